@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+/// The variant value of the data layer: one cell, one extreme, one key of a frequency table.
+#pragma once
+#include <QByteArray>
+#include <QDataStream>
+#include <QString>
+#include <QtGlobal>
+#include "datainterface/export.h"
+
+class DATAINTERFACE_EXPORT MDatum {
+public:
+    /// Codes of the stream form. The public record `datum` numbers its kinds the other way round.
+    enum Type : qint32 { Integer = 0, Decimal = 1, String = 2, Empty = 3 };
+
+    /// No value.
+    MDatum() = default;
+    MDatum(int value) : mType(Integer), mInteger(value) {}
+    MDatum(unsigned int value) : mType(Integer), mInteger(value) {}
+    MDatum(qint64 value) : mType(Integer), mInteger(value) {}
+    /// The upper half of the range wraps: the field is signed.
+    MDatum(quint64 value) : mType(Integer), mInteger(static_cast<qint64>(value)) {}
+    MDatum(double value) : mType(Decimal), mDecimal(value) {}
+    /// Texts are held as Latin-1 bytes.
+    MDatum(const char *value) : mType(String), mText(value) {}
+    MDatum(const QString &value) : mType(String), mText(value.toLatin1()) {}
+
+    qint32 type() const { return mType; }
+    bool isEmpty() const { return mType == Empty; }
+    qint64 integerValue() const { return mInteger; }
+    double decimalValue() const { return mDecimal; }
+    /// Valid while this value lives.
+    const char *charstr() const { return mText.constData(); }
+    /// A text is read in the C locale, 0 when it does not parse; no value is NaN.
+    double toDouble() const;
+
+    /// Within a type the natural order (a NaN is one key, behind all numbers; texts by bytes); across types by code.
+    bool operator<(const MDatum &other) const;
+    bool operator==(const MDatum &other) const;
+    bool operator!=(const MDatum &other) const { return !(*this == other); }
+
+private:
+    friend DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const MDatum &value);
+    friend DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MDatum &value);
+    friend DATAINTERFACE_EXPORT uint qHash(const MDatum &value, uint seed);
+
+    qint32 mType = Empty;
+    qint8 mFlag = 0; ///< opaque; saved and restored only
+    qint64 mInteger = 0;
+    double mDecimal = 0.0;
+    QByteArray mText;
+};
+
+DATAINTERFACE_EXPORT uint qHash(const MDatum &value, uint seed = 0);
+/// Always the present form: all five fields, whatever the type.
+DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const MDatum &value);
+/// By dataInterfaceVersionLoading.
+DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MDatum &value);

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+/// The two shapes of a vector dataset's values: all objects at one time, or one object over time. Each is a handle of
+/// a few words; its content is one block of the block store and in memory only while somebody has it checked out.
+#pragma once
+#include <QList>
+#include <QMap>
+#include <QPair>
+#include <QSet>
+#include <QString>
+#include <QVector>
+#include <exception>
+#include "datainterface/TimeStamp.h"
+#include "datainterface/export.h"
+
+/// One value of one object and the interval on which it holds. 32 bytes in memory and, for numbers, in the block.
+template <class T> struct TimeSeriesEntry {
+    TimeStamp stamp;
+    T value{};
+};
+
+/// All values of one time slice. T is int, double or QString.
+///
+/// Every operation pages in at need and, when nobody holds the slice checked out, writes a change back and lets go of
+/// the memory before it returns. Check-out counts are not atomic.
+template <class T> class DATAINTERFACE_EXPORT TimeSliceData {
+public:
+    /// Takes copies and stores them as a new block at once. A slice of strings must hold a value ("empty dataset").
+    TimeSliceData(const QVector<T> &values, const QSet<int> &missing);
+    /// A slice that lies in block `blockId` already.
+    explicit TimeSliceData(int blockId);
+    /// A deep copy with a block of its own.
+    TimeSliceData(const TimeSliceData &other);
+    TimeSliceData &operator=(const TimeSliceData &) = delete;
+    /// Gives the block back to the store.
+    ~TimeSliceData();
+
+    void CheckOut() const;
+    /// A surplus check-in is ignored. The last one writes back, which can raise "result".
+    void CheckIn() const;
+    int CheckOutCount() const;
+    int BlockId() const;
+
+    int GetCount() const;
+    /// The value at a position; what a missing object's position holds has no meaning. 0 <= object < count.
+    T GetValue(int object) const;
+    /// Stores a value; the object is no longer missing.
+    void SetValue(int object, const T &value);
+    QVector<T> GetValues() const;
+    QSet<int> GetMissingIds() const;
+    int GetMissingCount() const;
+    bool IsMissing(int object) const;
+    void SetMissing(int object);
+    /// Positions added by growing are missing.
+    void Resize(int count);
+    /// Drops the listed positions; the rest moves down in order, missing ids with it.
+    void RemoveObjects(const QSet<int> &objects);
+
+    /// The values in place: GetCount() elements, valid until the next change or the last check-in. Check out first.
+    const T *Data() const;
+    /// The missing ids in place, under the same conditions.
+    const QSet<int> &MissingIds() const;
+
+private:
+    class Payload;
+    Payload *const d;
+};
+
+/// The history of one object: entries sorted by interval, which never overlap. T is int, double or QString.
+template <class T> class DATAINTERFACE_EXPORT TimeSeriesData {
+public:
+    using Entry = TimeSeriesEntry<T>;
+
+    TimeSeriesData();
+    explicit TimeSeriesData(const QMap<TimeStamp, T> &values);
+    /// Entries must be sorted and free of overlap.
+    explicit TimeSeriesData(const QVector<Entry> &entries);
+    explicit TimeSeriesData(int blockId);
+    TimeSeriesData(const TimeSeriesData &other);
+    TimeSeriesData &operator=(const TimeSeriesData &) = delete;
+    ~TimeSeriesData();
+
+    void CheckOut() const;
+    void CheckIn() const;
+    int CheckOutCount() const;
+    int BlockId() const;
+
+    int GetCount() const;
+    /// False, with `value` untouched, when no entry holds the instant.
+    bool GetValue(qint64 time, T &value) const;
+    /// Inserts at its sorted place. Overlaps are the caller's to prevent.
+    void AddValue(const TimeStamp &stamp, const T &value);
+    QMap<TimeStamp, T> GetValues() const;
+    QList<TimeStamp> GetIntervals() const;
+    QVector<Entry> GetEntries() const;
+    /// Replaces the history; entries sorted and free of overlap.
+    void SetEntries(const QVector<Entry> &entries);
+
+    /// The entries in place: GetCount() of them, valid until the next change or the last check-in. Check out first.
+    const Entry *Data() const;
+
+private:
+    class Payload;
+    Payload *const d;
+};
+
+extern template class TimeSliceData<int>;
+extern template class TimeSliceData<double>;
+extern template class TimeSliceData<QString>;
+extern template class TimeSeriesData<int>;
+extern template class TimeSeriesData<double>;
+extern template class TimeSeriesData<QString>;
+
+/// Holds a container checked out for a scope. Leaving the scope by an exception never raises a second one.
+template <class Container> class CheckedOut {
+public:
+    explicit CheckedOut(const Container &container) : mContainer(container), mUnwinding(std::uncaught_exceptions())
+    {
+        mContainer.CheckOut();
+    }
+    ~CheckedOut() noexcept(false)
+    {
+        try {
+            mContainer.CheckIn();
+        } catch (...) {
+            if (std::uncaught_exceptions() == mUnwinding)
+                throw;
+        }
+    }
+    CheckedOut(const CheckedOut &) = delete;
+    CheckedOut &operator=(const CheckedOut &) = delete;
+
+private:
+    const Container &mContainer;
+    const int mUnwinding;
+};

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+/// Time intervals: the internal value TimeStamp, its public twin Interval, and their algebra.
+#pragma once
+#include <QDataStream>
+#include <QList>
+#include <QString>
+#include <QtGlobal>
+#include "datainterface/TimeFormat.h"
+#include "datainterface/export.h"
+
+struct timeRange;
+
+/// A span of time as the public functions take and give it. No behaviour of its own.
+struct Interval {
+    qint64 startTime = 0;
+    qint64 endTime = 0;
+    bool inclusiveStart = false;
+    bool inclusiveEnd = false;
+};
+
+/// A span of discrete time. Two stamps that overlap are equal keys of a map: `operator<` means wholly before.
+class DATAINTERFACE_EXPORT TimeStamp {
+public:
+    qint64 startTime;
+    qint64 endTime;
+    bool inclusiveStart;
+    bool inclusiveEnd;
+
+    /// Crossed ends, both inclusive: empty, and neutral under `operator+`.
+    static const TimeStamp Invalid;
+
+    TimeStamp();
+    TimeStamp(qint64 t);
+    /// A one-point interval is always closed, whatever flags are given.
+    TimeStamp(qint64 start, qint64 end, bool startInclusive, bool endInclusive);
+    TimeStamp(const Interval &interval);
+    TimeStamp(const timeRange &range);
+
+    operator Interval() const { return {startTime, endTime, inclusiveStart, inclusiveEnd}; }
+    /// False for crossed ends and for ends one tick apart that are both exclusive.
+    bool isValid() const;
+    bool contains(qint64 t) const;
+    /// Compares ends and flags only: (1, 2) overlaps itself although it holds no instant.
+    bool overlaps(const TimeStamp &ts) const;
+    /// One instant that stands for the interval; raises "Invalid time stamp" when it holds none.
+    qint64 timeInInterval() const;
+    /// Wholly before.
+    bool operator<(const TimeStamp &ts) const
+    {
+        if (endTime == ts.startTime)
+            return !(inclusiveEnd && ts.inclusiveStart);
+        return endTime < ts.startTime;
+    }
+    bool operator==(const TimeStamp &ts) const
+    {
+        return startTime == ts.startTime && endTime == ts.endTime && inclusiveStart == ts.inclusiveStart
+            && inclusiveEnd == ts.inclusiveEnd;
+    }
+    bool operator!=(const TimeStamp &ts) const { return !(*this == ts); }
+    /// The hull, gaps covered.
+    TimeStamp operator+(const TimeStamp &ts) const;
+    TimeStamp operator+=(const TimeStamp &ts);
+    /// Disjoint stamps give crossed ends: test `overlaps` before or `isValid` after.
+    TimeStamp intersect(const TimeStamp &ts);
+    QString toString(TimeFormat format, const char *dateFormat, const char *timeFormat) const;
+
+    /// An empty list stands for no restriction in these two: the other list comes back.
+    static QList<TimeStamp> TimeStampIntersection(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
+    static QList<TimeStamp> TimeStampUnion(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
+    /// What lies in `a` and not in `b`.
+    static QList<TimeStamp> TimeStampDifference(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
+    /// The common refinement: disjoint pieces, cut at every boundary of every input. O(n log n).
+    static QList<TimeStamp> MergeTimeStamps(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
+    static QList<TimeStamp> MergeTimeStamps(const QList<QList<TimeStamp>> &lists);
+};
+
+/// Wholly before, as TimeStamp's: an Interval can be a key.
+DATAINTERFACE_EXPORT bool operator<(const Interval &a, const Interval &b);
+DATAINTERFACE_EXPORT bool operator==(const Interval &a, const Interval &b);
+
+/// 24 bytes: both times as 64-bit, both flags as 32-bit integers. Reading validates and normalises nothing.
+DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const TimeStamp &stamp);
+DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, TimeStamp &stamp);
+
+Q_DECLARE_TYPEINFO(TimeStamp, Q_MOVABLE_TYPE);
+Q_DECLARE_TYPEINFO(Interval, Q_MOVABLE_TYPE);

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+/// One progress bar for nested work, and the way in which a cancel travels back.
+#pragma once
+#include "datainterface/export.h"
+
+/// Percent and text (may be null); false asks the work to stop.
+using ProgressCallback = bool (*)(int percent, const char *text);
+
+/// A scope guard that makes the one bar and closes it. All else is static, so that deep code can report without being
+/// handed an object. Each level of work counts 0 to 100 of its own; the stack of sections maps that onto the bar.
+///
+/// Under the testing flag, and with no QApplication, no bar is made. Without a bar the reporting operations raise
+/// "Progress bar has not been created"; only Close, UsingProgressBar and CheckForCancel tolerate that. Under the
+/// testing flag all of them return true at once.
+class DATAINTERFACE_EXPORT VORN_Progress {
+public:
+    VORN_Progress(const char *title, const char *label, const char *cancelText);
+    ~VORN_Progress();
+    VORN_Progress(const VORN_Progress &) = delete;
+    VORN_Progress &operator=(const VORN_Progress &) = delete;
+
+    static void Close();
+    static bool UsingProgressBar();
+    static bool SetProgressText(const char *text);
+    static void SetProgressButtonText(const char *text, bool resetOnCancel);
+    /// A negative percent only sets the text (unless null) and polls. False: the user cancelled.
+    static bool UpdateProgress(int percent, const char *text);
+    /// Polls for cancel without moving the bar; both arguments are ignored.
+    static bool CheckForCancel(int percent, const char *text);
+    static bool SetProgressBarSubSection(int lower, int upper);
+    /// From the innermost section's old upper end to `upper`.
+    static bool SetNextProgressBarSubSection(int upper);
+    static bool PushProgressBarSection();
+    static bool PopProgressBarSection();
+    static bool ProgressBarCanceled();
+};

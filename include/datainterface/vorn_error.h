@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+/// The exception of a broken internal condition: the model can no longer be trusted.
+#pragma once
+#include <stdexcept>
+#include <string>
+#include "datainterface/export.h"
+
+/// Raised when the library's own logic is broken, never for what a user or a file can cause.
+/// `what()` is the condition in double quotes, a line break, and "(file, line n)".
+/// The host catches it at its own boundary and shows VORN_ShowExceptionDialog.
+class DATAINTERFACE_EXPORT vorn_error : public std::runtime_error {
+public:
+    /// @param text   the whole message, as what() returns it.
+    /// @param stack  one line a frame, innermost first; may be empty.
+    vorn_error(const char *text, const std::string &stack);
+    vorn_error(const vorn_error &other);
+    ~vorn_error() override;
+
+    const std::string &stack() const { return mStack; }
+
+private:
+    std::string mStack;
+};

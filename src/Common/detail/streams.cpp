@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: MIT
+#include "Common/detail/streams.h"
+#include <QIODevice>
+#include <QMetaType>
+#include <QVariantList>
+#include <QtEndian>
+#include <algorithm>
+#include <libdeflate.h>
+#include <memory>
+
+namespace datainterface {
+namespace {
+
+constexpr int kMaxVariantDepth = 32;
+constexpr qint64 kMaxZlibRatio = 1032;
+
+bool corrupt(QDataStream &in)
+{
+    in.setStatus(QDataStream::ReadCorruptData);
+    return false;
+}
+
+bool readVariant(QDataStream &in, QVariant &value, int depth);
+
+bool readVariantPairs(QDataStream &in, QMap<QString, QVariant> &map, int depth)
+{
+    return readMap(in, map, 4 + 5, [&](QString &key, QVariant &value) {
+        in >> key;
+        readVariant(in, value, depth);
+    });
+}
+
+// Types whose own stream operators hold no nested variants and bound what they allocate.
+bool isPlainType(int type)
+{
+    switch (type) {
+    case QMetaType::Bool: case QMetaType::Int: case QMetaType::UInt: case QMetaType::LongLong:
+    case QMetaType::ULongLong: case QMetaType::Double: case QMetaType::Float: case QMetaType::Short:
+    case QMetaType::UShort: case QMetaType::Char: case QMetaType::SChar: case QMetaType::UChar:
+    case QMetaType::Long: case QMetaType::ULong: case QMetaType::QChar: case QMetaType::QString:
+    case QMetaType::QDate: case QMetaType::QTime: case QMetaType::QDateTime: case QMetaType::QUrl:
+    case QMetaType::QUuid: case QMetaType::QSize: case QMetaType::QSizeF: case QMetaType::QPoint:
+    case QMetaType::QPointF: case QMetaType::QRect: case QMetaType::QRectF: case QMetaType::QLine:
+    case QMetaType::QLineF: case QMetaType::QColor:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool readVariant(QDataStream &in, QVariant &value, int depth)
+{
+    quint32 type = 0;
+    qint8 isNull = 0;
+    in >> type >> isNull;
+    if (in.status() != QDataStream::Ok)
+        return false;
+    if (type == QMetaType::UnknownType) {
+        QString padding; // an invalid variant is followed by an empty text
+        in >> padding;
+        value = QVariant();
+        return in.status() == QDataStream::Ok;
+    }
+    if (depth >= kMaxVariantDepth)
+        return corrupt(in);
+    switch (type) {
+    case QMetaType::QVariantMap: {
+        QVariantMap map;
+        readVariantPairs(in, map, depth + 1);
+        value = map;
+        break;
+    }
+    case QMetaType::QVariantList: {
+        QVariantList list;
+        readList(in, list, 5, [&](QVariant &element) { readVariant(in, element, depth + 1); });
+        value = list;
+        break;
+    }
+    case QMetaType::QStringList: {
+        QStringList list;
+        readList(in, list, 4);
+        value = list;
+        break;
+    }
+    case QMetaType::QByteArray: {
+        QByteArray bytes;
+        readBytes(in, bytes);
+        value = bytes;
+        break;
+    }
+    default: {
+        if (!isPlainType(static_cast<int>(type)))
+            return corrupt(in);
+        QVariant plain(static_cast<int>(type), nullptr);
+        if (!QMetaType::load(in, static_cast<int>(type), plain.data()))
+            return corrupt(in);
+        value = isNull ? QVariant(static_cast<QVariant::Type>(type)) : plain;
+        break;
+    }
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+} // namespace
+
+qint64 bytesLeft(const QDataStream &in)
+{
+    const QIODevice *device = in.device();
+    if (!device)
+        return 0;
+    return device->isSequential() ? std::numeric_limits<qint64>::max() : device->bytesAvailable();
+}
+
+int readCount(QDataStream &in, qint64 minElementBytes)
+{
+    qint32 count = 0;
+    in >> count;
+    if (in.status() != QDataStream::Ok)
+        return 0;
+    if (count < 0 || count > bytesLeft(in) / std::max<qint64>(minElementBytes, 1)) {
+        corrupt(in);
+        return 0;
+    }
+    return count;
+}
+
+bool readBytes(QDataStream &in, QByteArray &bytes)
+{
+    bytes.clear();
+    quint32 length = 0;
+    in >> length;
+    if (in.status() != QDataStream::Ok || length == 0xffffffffU)
+        return in.status() == QDataStream::Ok;
+    if (length > static_cast<quint32>(std::numeric_limits<int>::max()) - 64 || length > bytesLeft(in))
+        return corrupt(in);
+    bytes.resize(static_cast<int>(length));
+    if (in.readRawData(bytes.data(), bytes.size()) != bytes.size()) {
+        bytes.clear();
+        in.setStatus(QDataStream::ReadPastEnd);
+        return false;
+    }
+    return true;
+}
+
+bool inflateBytes(const QByteArray &packed, QByteArray &bytes, qint64 limit)
+{
+    bytes.clear();
+    if (packed.size() < 4)
+        return packed.isEmpty();
+    const qint64 length = qFromBigEndian<quint32>(packed.constData());
+    const qint64 body = packed.size() - 4;
+    if (length > limit || length > std::numeric_limits<int>::max() - 64 || length > body * kMaxZlibRatio + 64)
+        return false;
+    static thread_local const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)>
+        decompressor(libdeflate_alloc_decompressor(), &libdeflate_free_decompressor);
+    if (!decompressor)
+        return false;
+    bytes.resize(static_cast<int>(length));
+    size_t written = 0;
+    const auto result = libdeflate_zlib_decompress(decompressor.get(), packed.constData() + 4,
+                                                   static_cast<size_t>(body), bytes.data(),
+                                                   static_cast<size_t>(length), &written);
+    if (result != LIBDEFLATE_SUCCESS || written != static_cast<size_t>(length)) {
+        bytes.clear();
+        return false;
+    }
+    return true;
+}
+
+bool readVariantMap(QDataStream &in, QMap<QString, QVariant> &map)
+{
+    return readVariantPairs(in, map, 0);
+}
+
+void writeIntSet(QDataStream &out, const QSet<int> &set)
+{
+    QVector<int> ids;
+    ids.reserve(set.size());
+    for (int id : set)
+        ids.append(id);
+    std::sort(ids.begin(), ids.end());
+    out << qint32(ids.size());
+    for (int id : std::as_const(ids))
+        out << qint32(id);
+}
+
+bool readIntSet(QDataStream &in, QSet<int> &set)
+{
+    set.clear();
+    const int count = readCount(in, 4);
+    set.reserve(count);
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        qint32 id = 0;
+        in >> id;
+        set.insert(id);
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+} // namespace datainterface
