@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+/// Shows the wait cursor for a scope.
+#pragma once
+#include "datainterface/export.h"
+
+/// Nothing happens without a QGuiApplication.
+class DATAINTERFACE_EXPORT WaitCursor {
+public:
+    WaitCursor();
+    ~WaitCursor();
+    WaitCursor(const WaitCursor &) = delete;
+    WaitCursor &operator=(const WaitCursor &) = delete;
+};
