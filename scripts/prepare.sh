@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Sourced by run.sh and test.sh: installs the Debian packages that are missing and sets up the environment of the build.
+# shellcheck shell=bash
+
+packages=(g++ cmake ninja-build ccache pkg-config binutils
+    qtbase5-dev libgeos-dev libshp-dev libdeflate-dev libblas-dev liblapack-dev libopenblas-dev
+    libgdal-dev libcli11-dev libboost-dev fonts-dejavu-core)
+
+install_missing() {
+    local missing=() package
+    for package in "${packages[@]}"; do
+        [ "$(dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null | cut -c1-2)" = ii ] || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || { echo "Please install: ${missing[*]}" >&2; exit 1; }
+        as_root=(sudo)
+    fi
+    echo "Installing: ${missing[*]}" >&2
+    "${as_root[@]}" apt-get update -qq
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+install_missing
+jobs=$(nproc)
+# Qt warns about a missing run-time directory in bare containers; windows are never needed here.
+runtime_dir=${XDG_RUNTIME_DIR:-$PWD/build/runtime}
+mkdir -p "$runtime_dir" && chmod 700 "$runtime_dir" 2>/dev/null
+export XDG_RUNTIME_DIR=$runtime_dir QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen}
+
+# build PRESET [cmake option...]: configures when nothing is configured yet, and builds.
+build() {
+    local preset=$1
+    shift
+    if [ ! -f "build/$preset/build.ninja" ] || [ $# -gt 0 ]; then
+        cmake --preset "$preset" "$@" >"build/$preset.log" 2>&1 || { cat "build/$preset.log" >&2; exit 1; }
+    fi
+    cmake --build "build/$preset" -j"$jobs" >"build/$preset.log" 2>&1 || { cat "build/$preset.log" >&2; exit 1; }
+}
+mkdir -p build

@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Installs what is missing, builds, and runs all tests. Arguments go to ctest: ./test.sh -R Time
+set -euo pipefail
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
+. scripts/prepare.sh
+build release
+exec ctest --test-dir build/release --output-on-failure -j"$jobs" "$@"

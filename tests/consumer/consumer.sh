@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Builds and runs the foreign project three times: against the build tree by the config package, against an install
+# tree by the config package, and against the install tree by pkg-config.
+# usage: consumer.sh BUILD_DIR SOURCE_DIR CXX
+set -euo pipefail
+build=$1 source=$2 cxx=$3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+package() { # NAME PACKAGE_DIR
+    cmake -S "$source" -B "$work/$1" -DCMAKE_CXX_COMPILER="$cxx" -DDataInterface_DIR="$2" >"$work/log" 2>&1 \
+        && cmake --build "$work/$1" >>"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+    echo "$1: $("$work/$1/consumer")"
+}
+package build-tree "$build"
+
+cmake --install "$build" --prefix "$work/prefix" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+package install-tree "$(dirname "$(find "$work/prefix" -name DataInterfaceConfig.cmake)")"
+
+PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name datainterface.pc)")
+export PKG_CONFIG_PATH
+# shellcheck disable=SC2046
+"$cxx" -std=c++17 -fPIC "$source/main.cpp" $(pkg-config --cflags --libs datainterface) -o "$work/by-pkg-config"
+LD_LIBRARY_PATH=$(pkg-config --variable=libdir datainterface)
+export LD_LIBRARY_PATH
+echo "pkg-config: $("$work/by-pkg-config")"
