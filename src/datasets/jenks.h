@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+/// Natural breaks of a sorted list.
+#pragma once
+#include <QList>
+#include <QVector>
+
+namespace datainterface {
+
+/// The limits of the `breakCount` - 1 classes with the least within-class sum of squares (Fisher 1958, JASA 53,
+/// 789-798): minimum, midpoints between neighbouring classes, maximum. Of equally good partitions the one whose last
+/// class begins first is taken, then its last but one, and so on.
+/// @param sorted  ascending and finite; repeats count.
+/// @return empty when the user cancels, for an empty list and for a `breakCount` below 2.
+QList<double> jenksBreaks(int breakCount, const QVector<double> &sorted);
+
+} // namespace datainterface
