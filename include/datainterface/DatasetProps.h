@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+/// What a host is shown of a dataset.
+#pragma once
+#include <QMap>
+#include <QString>
+#include <QVariant>
+#include "datainterface/TimeStamp.h"
+#include "datainterface/VariogramModel.h"
+
+/// An id of -1 says that there is none.
+struct DatasetProps {
+    int id = -1;
+    QString name;
+    int dataType = 0;        ///< DataType
+    int storageType = 0;     ///< MVectorDataset::StorageType of a vector dataset
+    int realizationKind = 1; ///< 1: one realization; 2: several
+    int realizationCount = -1;
+    int bitDepth = 0; ///< of raster cells
+    QString path;     ///< MDataset::GetHierarchyPathAsString
+    QMap<QString, QVariant> metaData;
+    TimeStamp timeBounds; ///< TimeStamp::Invalid without data
+    bool isStatic = false;
+    bool isInvalid = false; ///< holds no usable value
+    QMap<int, VariogramModelProps> variogramProps;
+};

@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: MIT
+/// A named collection of values over the objects of one geography: what vector and raster datasets share.
+#pragma once
+#include <QDataStream>
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+#include <QVector>
+#include "datainterface/DataId.h"
+#include "datainterface/DataType.h"
+#include "datainterface/MDatum.h"
+#include "datainterface/MMetaData.h"
+#include "datainterface/TimeStamp.h"
+#include "datainterface/VariogramModel.h"
+#include "datainterface/export.h"
+
+class MDataSource;
+class MGeoData;
+class VORN_ConstDataContainer;
+class VORN_DataContainer;
+struct DatasetProps;
+
+/// Statistics of one set of values.
+struct DATAINTERFACE_EXPORT DataSetStats {
+    double mean = 0.0;
+    double stdDev = 0.0; ///< population form
+    MDatum minimum;      ///< empty when there were no values
+    MDatum maximum;
+    bool stdDevValid = false;
+    bool meanValid = false; ///< mean, minimum and maximum hold
+};
+DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const DataSetStats &stats);
+DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, DataSetStats &stats);
+
+/// The statistics of one realization: by time, and of all its values.
+struct DATAINTERFACE_EXPORT StatsRealization {
+    QMap<TimeStamp, DataSetStats> perTime;
+    DataSetStats whole; ///< up to date while its meanValid is set
+};
+DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const StatsRealization &stats);
+DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, StatsRealization &stats);
+
+/// Identity, description, time bounds, statistics and variogram models; the values live in the derived classes.
+/// Realizations are numbered from 0, objects from 0 in the order of the geography. Made and destroyed by its data
+/// source alone. For use on one thread.
+class DATAINTERFACE_EXPORT MDataset : public QObject {
+    Q_OBJECT
+public:
+    /// How a legend is cut.
+    enum ClassificationType : qint32 { EqualIntervals = 0, Quantiles = 1, Jenks = 2 };
+
+    /// One level of the path under which a dataset is filed: a name, or with a null name the numbered node `id`.
+    struct pathLevel {
+        QString name;
+        int id = 0;
+        bool operator==(const pathLevel &other) const
+        {
+            return name == other.name && name.isNull() == other.name.isNull() && id == other.id;
+        }
+    };
+
+    virtual bool SaveToStream(QDataStream &out);
+    /// Everything behind the dataset kind, which the data source has read to choose the class. False on a short or
+    /// corrupt stream: the dataset is then to be discarded.
+    virtual bool RestoreFromStream(QDataStream &in);
+    virtual DatasetProps GetProperties(const MGeoData *geography);
+    /// Check-outs hold values in memory across many reads; they come in pairs. The last int is not used.
+    virtual bool CheckInRealization(int realization, int arg) const = 0;
+    virtual bool CheckOutRealization(int realization, int arg) const = 0;
+    /// Stops at the first realization that answers false.
+    virtual bool CheckOutAllRealizations(int arg) const;
+    virtual bool CheckInAllRealizations(int arg) const;
+    /// Whether different intervals hold the object's values at the two times. Values are not compared.
+    virtual bool ObjectValueChanged(int realization, int id, qint64 first, qint64 second) = 0;
+    /// `breakCount` limits of `breakCount` - 1 classes, ascending; empty when the user cancels. Taken from the
+    /// frequency table. Raises "Invalid data type" for text and for an unknown classification.
+    virtual QList<double> GetIntervalBreaks(int realization, int breakCount,
+                                            MDataset::ClassificationType classification, bool showProgress) = 0;
+    virtual bool RecalculateFrequencies() = 0;
+    virtual QMap<MDatum, int> GetDataFrequencies() = 0;
+    /// Keys of the frequency table. `capped`, unless null, tells whether it is full.
+    virtual int UniqueValueCount(bool *capped) const = 0;
+    virtual int GetDatumFrequency(const MDatum &value) const = 0;
+    virtual int GetDataCount(int realization, qint64 time) const = 0;
+    virtual bool HasDataAtTime(int realization, qint64 time) const;
+    virtual QList<TimeStamp> GetCommonTimeStamps(int realization) = 0;
+    virtual QList<TimeStamp> GetDataIntervals(int realization, int id) = 0;
+    virtual bool IsNormalScoreDataset(qint64 time, int realization) const = 0;
+    virtual bool IsNumeric() const = 0;
+    virtual bool IsDecimal() const = 0;
+    virtual bool IsInteger() const = 0;
+    virtual bool IsValid() const;
+    virtual bool HasMissing(int realization) const = 0;
+    virtual void SetStatic(bool isStatic);
+    virtual QString GetDisplayName();
+    virtual void SetDisplayName(const QString &name);
+    virtual QString GetShortDescription();
+    virtual void SetShortDescription(const QString &text);
+    virtual QString GetLongDescription();
+    virtual void SetLongDescription(const QString &text);
+    virtual void AddToLongDescription(const QString &text);
+    /// Copies the bounds; false, the copy made all the same, when there are no data.
+    virtual bool GetTimeBounds(TimeStamp &bounds) const;
+    /// Computes and keeps the statistics of a realization, or of one of its times.
+    virtual bool CalcMinMaxMean(int realization) const = 0;
+    virtual bool CalcMinMaxMean(int realization, qint64 time) const = 0;
+    /// The record of a time, computed at need. A record stays when values change later: CalcMinMaxMean renews it.
+    virtual bool GetDataSetStats(int realization, qint64 time, DataSetStats &stats) const;
+    virtual bool GetGlobalDataSetStats(int realization, DataSetStats &stats) const;
+    virtual bool GetStdDev(int realization, qint64 time, double &result) const = 0;
+    virtual MDatum GetValue(int id, qint64 time, bool interpolate, int realization) = 0;
+    /// Empty when the value is missing.
+    virtual MDatum GetValue(int id, qint64 time, int realization) = 0;
+    /// @param overwrite  the new values win where both exist; otherwise they fill holes alone.
+    virtual bool AddTimeSliceValues(int realization, const TimeStamp &stamp, VORN_DataContainer &values,
+                                    bool overwrite, bool updateFrequencies) = 0;
+
+    int GetId() const { return mId; }
+    void SetId(int id) { mId = id; }
+    /// 1 vector, 2 raster: the first word of the stream form.
+    int GetDatasetKind() const { return mDatasetKind; }
+    DataType GetDataType() const { return mDataType; }
+    /// The values do not depend on time: every time is 0.
+    bool IsStatic() const { return mIsStatic; }
+    int GetRealizationCount() const { return mRealizationCount; }
+
+    MMetaData &GetMetaData() { return mMetaData; }
+    MMetaData GetMetaData() const { return mMetaData; }
+    QVariant GetMetaData(const QString &key) const { return mMetaData[key]; }
+    void SetMetaData(const MMetaData &metaData) { mMetaData = metaData; }
+    void SetMetaData(const QString &key, const QVariant &value) { mMetaData.setTag(key, value); }
+
+    QList<pathLevel> GetHierarchyPath() const { return mHierarchyPath; }
+    void SetHierarchyPath(const QList<pathLevel> &path) { mHierarchyPath = path; }
+    /// "/a//b/<7>" is the level named "a/b" and the numbered level 7.
+    void SetHierarchyPath(const QString &path);
+    /// Slashes inside a name are written as they stand, so that they do not survive a round trip. An empty name
+    /// raises "Dataset path is empty".
+    QString GetHierarchyPathAsString() const;
+
+    QList<int> GetVariogramModelIds() const;
+    QList<QString> GetVariogramModelNames() const;
+    bool GetVariogramModel(int id, VariogramModel &model) const;
+    /// False, with nothing changed, for a model of another dataset. With `assignId` the model gets the next id.
+    bool AddVariogramModel(VariogramModel &model, bool assignId);
+    bool RemoveVariogramModel(int id);
+    /// Stores a changed model; one that now names another dataset of `source` moves there under a new id.
+    /// A dataset that is not there raises "dataset".
+    bool ReplaceVariogramModel(MDataSource *source, VariogramModel &model);
+    /// A fitted model does not outlive the data that it was fitted to.
+    bool RemoveAllVariogramModels();
+    bool DuplicateVariogramModel(int id);
+
+    /// All values of one time. False for a realization that is not there.
+    bool GetData(int realization, qint64 time, VORN_ConstDataContainer &values) const;
+    /// The same of a static dataset; false for another.
+    bool GetStaticData(int realization, VORN_ConstDataContainer &values) const;
+
+    /// Natural breaks: the classes with the least within-class sum of squares (Fisher 1958, JASA 53, 789-798).
+    /// @param sorted  ascending, in the dataset's unit, at least one value per class; repeats count.
+    /// @return `breakCount` limits in the same unit: minimum, midpoints between neighbouring classes, maximum; empty
+    ///         when the user cancels. O(k n) memory for n different values in k classes.
+    static QList<double> GetJenksBreaks(int breakCount, const QVector<double> &sorted);
+
+Q_SIGNALS:
+    void VariogramModelAddedSignal(const DataId &dataset, qint32 model);
+    void VariogramModelRemovedSignal(const DataId &dataset, qint32 model);
+    void VariogramModelChangedSignal(const DataId &dataset, qint32 model);
+
+protected:
+    /// For loading: the fields come from the stream. `directory` is scratch space of the dataset.
+    MDataset(MDataSource *source, const QString &directory);
+    MDataset(MDataSource *source, int id, DataType type, const QString &name, const QString &path,
+             int realizationCount);
+    ~MDataset() override;
+
+    /// The time under which this dataset files what is asked for at `time`.
+    qint64 timeOf(qint64 time) const { return mIsStatic ? 0 : time; }
+    bool hasStatistics(int realization) const { return realization >= 0 && realization < mStatistics.size(); }
+    /// Marks the whole-realization statistics out of date.
+    void invalidateStatistics(int realization);
+
+    int mId = 0;
+    int mDatasetKind = 0;
+    DataType mDataType = DecimalType;
+    bool mIsStatic = false;
+    QMap<int, VariogramModel> mVariogramModels;
+    int mNextVariogramId = 0;
+    MMetaData mMetaData;
+    TimeStamp mTimeBounds;
+    QList<pathLevel> mHierarchyPath;
+    int mRealizationCount = 0;
+    mutable QVector<StatsRealization> mStatistics; ///< filled on demand
+    QString mScratchDirectory;
+
+private:
+    friend class MDataSource;
+
+    void forwardSignalsTo(MDataSource *source);
+    void readTags(QDataStream &in);
+    bool readPath(QDataStream &in);
+    void readStatistics(QDataStream &in);
+    void readVariogramModels(QDataStream &in);
+};
+
+DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const MDataset::pathLevel &level);
+DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MDataset::pathLevel &level);

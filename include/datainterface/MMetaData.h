@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+/// Free-form tags of a geography or a dataset.
+#pragma once
+#include <QDataStream>
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QVariant>
+#include "datainterface/export.h"
+
+class DATAINTERFACE_EXPORT MMetaData {
+public:
+    MMetaData() = default;
+    MMetaData(const MMetaData &) = default;
+    MMetaData &operator=(const MMetaData &) = default;
+    virtual ~MMetaData();
+
+    /// Sets or replaces.
+    void setTag(const QString &key, const QVariant &value);
+    /// Appends with no separator; an absent tag is made. False when the tag holds something other than text.
+    bool addTextToTag(const QString &key, const QString &text);
+    bool tagExists(const QString &key) const;
+    /// The keys, ascending.
+    QList<QString> getTags() const;
+    /// An invalid value when the key is absent; never inserts.
+    QVariant operator[](const QString &key) const;
+    const QMap<QString, QVariant> &values() const { return mTags; }
+
+private:
+    friend DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MMetaData &metaData);
+
+    QMap<QString, QVariant> mTags;
+};
+
+DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const MMetaData &metaData);
+/// By dataInterfaceVersionLoading: before 180000 every value is a text.
+DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MMetaData &metaData);
