@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+/// A place.
+#pragma once
+#include "fennimark/FMObject.h"
+
+class FENNIMARK_EXPORT FMPoint : public FMObject {
+public:
+    explicit FMPoint(const QPointF &point);
+    FMPoint(const FMPoint &other) = default;
+    ~FMPoint() override;
+
+    double x = 0.0;
+    double y = 0.0;
+
+protected:
+    FMObject *duplicate() const override;
+    virtual void setX(double newX);
+    virtual void setY(double newY);
+    virtual QPointF operator=(const QPointF &point);
+    virtual QPointF operator+=(const QPointF &offset);
+};
