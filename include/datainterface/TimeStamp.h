@@ -34,6 +34,7 @@ public:
     /// A one-point interval is always closed, whatever flags are given.
     TimeStamp(qint64 start, qint64 end, bool startInclusive, bool endInclusive);
     TimeStamp(const Interval &interval);
+    /// Truncates toward zero; beyond the 64-bit range, the infinities included, the ends are those of the range.
     TimeStamp(const timeRange &range);
 
     operator Interval() const { return {startTime, endTime, inclusiveStart, inclusiveEnd}; }
@@ -60,11 +61,14 @@ public:
     /// The hull, gaps covered.
     TimeStamp operator+(const TimeStamp &ts) const;
     TimeStamp operator+=(const TimeStamp &ts);
-    /// Disjoint stamps give crossed ends: test `overlaps` before or `isValid` after.
-    TimeStamp intersect(const TimeStamp &ts);
+    /// Disjoint stamps give crossed ends: test `overlaps` before or `isValid` after. Raises when `ts` is one tick wide and
+    /// excludes both ends.
+    TimeStamp intersect(const TimeStamp &ts) const;
+    /// "[start, end)", both ends in the given Qt formats.
     QString toString(TimeFormat format, const char *dateFormat, const char *timeFormat) const;
 
-    /// An empty list stands for no restriction in these two: the other list comes back.
+    /// An empty list stands for no restriction in these two: the other list comes back. Neither list may overlap itself
+    /// ("Invalid time stamp overlap"); pieces that only touch are not joined. O(n log n).
     static QList<TimeStamp> TimeStampIntersection(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
     static QList<TimeStamp> TimeStampUnion(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
     /// What lies in `a` and not in `b`.

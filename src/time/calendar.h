@@ -6,6 +6,7 @@
 #include <QString>
 #include <QTime>
 #include "datainterface/TimeFormat.h"
+#include "datainterface/TimeStamp.h"
 
 namespace datainterface {
 
@@ -31,5 +32,7 @@ qint64 IncrementTime(TimeFormat format, TimeStep step, qint64 t);
 QString TimeToString(qint64 t, TimeFormat format, const char *dateFormat, const char *timeFormat);
 /// "[1y,2m,3d] [4h,5m,6s] (exact)" and its parts, or the plain number of steps.
 QString TimeStepToString(const TimeStep &step, TimeFormat format);
+/// Both ends in the brackets that tell which end is included.
+QString IntervalToString(const Interval &interval, TimeFormat format, const char *dateFormat, const char *timeFormat);
 
 } // namespace datainterface
