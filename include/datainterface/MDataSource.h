@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+/// The datasets of one geography: registry, notification hub, and the road by which the public functions reach them.
+#pragma once
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+#include "datainterface/DataId.h"
+#include "datainterface/DataType.h"
+#include "datainterface/MDataset.h"
+#include "datainterface/MDatum.h"
+#include "datainterface/TimeStamp.h"
+#include "datainterface/export.h"
+
+class QDataStream;
+class VORN_DataContainer;
+class VariogramModel;
+
+/// Owns its datasets, by their whole packed id. An unknown dataset id gives false, 0 or an empty value, silently;
+/// IsValid alone answers true for one. Signals are direct calls.
+class DATAINTERFACE_EXPORT MDataSource : public QObject {
+    Q_OBJECT
+public:
+    /// Kinds of source, as they stand in project files. Not the tags of datasets.
+    enum SourceKind : qint32 { RasterSource = 0, VectorSource = 1, BaseSource = 2 };
+
+    /// @param idSeed  the first dataset's id: the geography's id in the upper 16 bits.
+    MDataSource(const QString &directory, int idSeed);
+    /// Deletes the datasets in order of id, without a signal.
+    ~MDataSource() override;
+
+    virtual bool SaveToStream(QDataStream &out);
+    /// By dataInterfaceVersionLoading. False for a dataset of the wrong kind, a bad stream, and a cancel.
+    virtual bool RestoreFromStream(QDataStream &in);
+    /// A negative realization stands for all of them. `arg` is not used.
+    virtual bool CheckOutDataset(int id, int arg, int realization) const;
+    virtual bool CheckInDataset(int id, int arg, int realization) const;
+    /// Connects the listener's slots DatasetsDyingSlot(const QList<DataId> &),
+    /// DatasetsAddedSlot(const QList<DataId> &, bool), DatasetsChangedSlot(const QList<DataId> &),
+    /// DatasetNameChangedSlot(const DataId &, const QString &), SuspendDataUsageSlot(MDataSource *) and
+    /// ResumeDataUsageSlot(MDataSource *). A missing one raises "Can't connect signals".
+    virtual bool AddListener(QObject *listener);
+    /// Disconnects the first four: a listener that lives on must still let go of data when it is told to suspend.
+    virtual void RemoveListener(QObject *listener);
+    virtual QList<DataId> GetDatasetIds() const; ///< ascending
+    virtual unsigned int GetObjectCount() const = 0;
+    virtual int GetDataCount(int id, int realization, qint64 t);
+    virtual bool HasDataAtTime(int id, int realization, qint64 t) const;
+    /// No dataset is valid.
+    virtual bool IsEmpty();
+    /// True for an unknown id: what is not there cannot be invalid. Hosts rely on it.
+    virtual bool IsValid(int id);
+    virtual bool IsDatasetIdValid(int id) const = 0;
+    /// Moves on to the next object of a display layout.
+    virtual void IncDisplayIndex(double &x, double &y, double &z) const = 0;
+    virtual void SuspendDataUsage();
+    virtual void ResumeDataUsage();
+    virtual void AnnounceNewDataset(const DataId &id, bool flag);
+    virtual void AnnounceNewDatasets(const QList<DataId> &ids, bool flag);
+    virtual void AnnounceChangedDataset(const DataId &id);
+    virtual void AnnounceChangedDatasets(const QList<DataId> &ids);
+    /// Announces the whole list, unknown ids included, while the datasets are alive; then removes those that exist with
+    /// every variogram model that refers to them. True always.
+    virtual bool RemoveDatasets(const QList<DataId> &ids);
+    /// The same for one; an unknown id is not announced.
+    virtual bool RemoveDataset(const DataId &id);
+    /// False unless the container holds one value for each object.
+    virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp, VORN_DataContainer &values,
+                                    bool overwrite, bool updateFrequencies);
+    virtual QString GetDisplayName(int id);
+    /// The present name emits no signal.
+    virtual bool SetDisplayName(int id, const char *name);
+    virtual QVariant GetMetaData(int id, const QString &key);
+    virtual bool SetMetaData(int id, const QString &key, const QVariant &value);
+    virtual QString GetShortDescription(int id);
+    virtual bool SetShortDescription(int id, const QString &text);
+    virtual QString GetLongDescription(int id);
+    virtual bool SetLongDescription(int id, const QString &text);
+    virtual bool AddToLongDescription(int id, const QString &text);
+    virtual QList<TimeStamp> GetCommonTimeStamps(int id, int realization);
+    virtual bool GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const = 0;
+    virtual QList<double> GetIntervalBreaks(int id, int realization, int count, MDataset::ClassificationType type,
+                                            bool flag) = 0;
+    virtual QMap<MDatum, int> GetDataFrequencies(int id) = 0;
+    virtual int GetUniqueValueCount(int id) const = 0;
+    /// True when another interval holds the object's value at `second` than at `first`.
+    virtual bool ObjectValueChanged(int id, int realization, unsigned int object, qint64 first, qint64 second);
+    virtual bool SetHierarchyPath(int id, const QString &path) = 0;
+    virtual bool SetHierarchyPath(int id, const QList<MDataset::pathLevel> &path) = 0;
+    virtual bool GetHierarchyPath(int id, QList<MDataset::pathLevel> &path) const = 0;
+    virtual bool GetHierarchyPathAsString(int id, QString &path) const = 0;
+    virtual bool GetTimeBounds(int id, TimeStamp &bounds) const = 0;
+    /// The hull over all datasets; TimeStamp::Invalid without data.
+    virtual TimeStamp GetTimeBounds() = 0;
+    virtual bool GetMean(int id, int realization, qint64 t, double &mean) = 0;
+    virtual bool GetStddev(int id, int realization, qint64 t, double &deviation) = 0;
+    virtual bool GetMax(int id, int realization, qint64 t, MDatum &value) = 0;
+    virtual bool GetMin(int id, int realization, qint64 t, MDatum &value) = 0;
+    virtual bool GetGlobalMin(int id, int realization, MDatum &value) = 0; ///< over all times
+    virtual bool GetGlobalMax(int id, int realization, MDatum &value) = 0;
+    virtual bool IsNumeric(int id) const = 0;
+    virtual int GetSourceKind() const { return mKind; }
+
+    MDataset *GetDataset(int id) { return mDatasets.value(id, nullptr); }
+    const MDataset *GetDataset(int id) const { return mDatasets.value(id, nullptr); }
+    int GetNewDatasetId() { return mNextDatasetId++; }
+    bool GetDataType(int id, DataType &type) const;
+
+    bool GetVariogramModel(const DataId &id, int modelId, VariogramModel &model) const;
+    /// Gives the model the dataset's next model id.
+    bool AddVariogramModel(const DataId &id, VariogramModel &model);
+    bool RemoveVariogramModel(const DataId &id, int modelId);
+    bool ReplaceVariogramModel(const DataId &id, VariogramModel &model);
+    bool RemoveAllVariogramModels(const DataId &id);
+    void RemoveAllVariogramModels();
+    bool DuplicateVariogramModel(const DataId &id, int modelId);
+    bool GetVariogramModelNames(const DataId &id, QList<QString> &names) const;
+    bool GetVariogramModelIds(const DataId &id, QList<int> &ids) const;
+    /// Whether a model of any dataset here was made from `id`: its dataset or its locations.
+    bool HasAssociatedVariogramModels(const DataId &id) const;
+    void RemoveAssociatedVariogramModels(const DataId &id);
+
+Q_SIGNALS:
+    void DatasetsDyingSignal(const QList<DataId> &ids); ///< still alive
+    void DatasetsAddedSignal(const QList<DataId> &ids, bool flag);
+    void DatasetsChangedSignal(const QList<DataId> &ids);
+    void DatasetNameChangedSignal(const DataId &id, const QString &name);
+    void SuspendDataUsageSignal(MDataSource *source); ///< let go of data
+    void ResumeDataUsageSignal(MDataSource *source);
+    void VariogramModelAddedSignal(const DataId &id, qint32 modelId);
+    void VariogramModelRemovedSignal(const DataId &id, qint32 modelId);
+    void VariogramModelChangedSignal(const DataId &id, qint32 modelId);
+
+protected:
+    int mNextDatasetId;
+    qint32 mKind = BaseSource;
+    QString mDirectory; ///< stays empty: values lie in the block store
+    QMap<int, MDataset *> mDatasets;
+    qint32 mLegacyObjectCount = 0; ///< from files before 130000, which kept it here
+
+private:
+    void deleteDataset(int id);
+    MDataset *newDataset(qint32 tag);
+    bool restoreDatasets(QDataStream &in);
+    bool restoreLegacyDatasets(QDataStream &in);
+};

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+/// A geography: a named set of spatial objects with all that hangs on it. Vector geographies are MVectorData.
+#pragma once
+#include <QDate>
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+#include <QTime>
+#include <QVector>
+#include "datainterface/GeoProps.h"
+#include "datainterface/MMetaData.h"
+#include "datainterface/TimeFormat.h"
+#include "datainterface/TimeStamp.h"
+#include "datainterface/export.h"
+
+class MDataSource;
+class QDataStream;
+struct RectInT;
+
+/// A QObject so that views can listen. Owns its data source, which the derived class makes.
+class DATAINTERFACE_EXPORT MGeoData : public QObject {
+    Q_OBJECT
+public:
+    /// Takes the next id of the process.
+    MGeoData(const QString &name, TimeFormat format, const QString &filePath);
+    ~MGeoData() override;
+
+    virtual bool SaveToStream(QDataStream &out);
+    /// By dataInterfaceVersionLoading. Also sets the id that the next geography of the process gets.
+    virtual bool RestoreFromStream(QDataStream &in);
+    virtual bool IsValid() const = 0;
+    virtual QString GetName();
+    /// Emits GeographyNameChangedSignal, also for the present name.
+    virtual void SetName(const QString &name);
+    virtual GeoProps GetProperties() = 0;
+    /// The flag goes to all datasets too, which keep one slice at most when they become static.
+    virtual void SetStatic(bool isStatic);
+    virtual bool IsDatasetIdValid(int id) const;
+    virtual bool IsNumeric(int id) const;
+    virtual unsigned int GetObjectCount() const = 0;
+    virtual TimeStamp GetTimeBounds() = 0;
+    virtual RectInT GetBoundingRect() const = 0;
+    /// Connects the listener's slots of MDataSource::AddListener and
+    /// GeographyNameChangedSlot(MGeoData *, const char *). A missing slot raises "Can't connect signals".
+    virtual bool AddListener(QObject *listener);
+    /// False, with the argument untouched, when the tag "Distance unit" is absent.
+    virtual bool GetDistanceUnit(QString &unit) const;
+    /// In this geography's time format.
+    virtual QString TimeToString(qint64 t, const char *dateFormat, const char *timeFormat);
+    virtual QString TimeStepToString(const TimeStep &step);
+    /// True when an object exists at a time that the dataset does not cover.
+    virtual bool HasObjectsWithMissingData(int dataset) const = 0;
+
+    void RemoveListener(QObject *listener);
+    /// Connects the data source's three variogram signals to VariogramModelAddedSlot, ...RemovedSlot and ...ChangedSlot,
+    /// each (const DataId &, qint32). A missing slot raises "Can't connect signals".
+    bool AddVariogramModelListener(QObject *listener);
+    void RemoveVariogramModelListener(QObject *listener);
+
+    int GetId() const { return mId; }
+    /// The geography that this one was cut from; -1 when there is none.
+    int GetParentId() const { return mParentId; }
+    void SetParentId(int id) { mParentId = id; }
+    /// For each object of this geography its index in the parent.
+    const QVector<int> &GetParentObjectIds() const { return mParentObjectIds; }
+    void SetParentObjectIds(const QVector<int> &ids) { mParentObjectIds = ids; }
+    MMetaData &GetMetaData() { return mMetaData; }
+    const MMetaData &GetMetaData() const { return mMetaData; }
+    void SetMetaData(const MMetaData &metaData) { mMetaData = metaData; }
+    TimeFormat GetTheTimeFormat() const { return mTimeFormat; }
+    void SetTimeFormat(TimeFormat format) { mTimeFormat = format; }
+    bool IsStatic() const { return mIsStatic; }
+    /// Null until the geography is initialised or restored.
+    MDataSource *GetDataSource() const { return mDataSource; }
+
+    // How times are encoded, stepped and shown; see TimeFormat.
+    static qint64 ConvertFromDate(const QDate &date);
+    static qint64 ConvertFromTime(const QTime &time);
+    static qint64 ConvertFromDateTime(const QDate &date, const QTime &time);
+    /// An instant before the epoch that is not at midnight lands on the later day.
+    static QDate ConvertToDate(qint64 t);
+    /// Always a null time: hosts rely on the empty text that follows.
+    static QTime ConvertToTime(qint64 t);
+    static QDateTime ConvertToDateTime(qint64 t);
+    static qint64 IncrementTime(TimeFormat format, TimeStep step, qint64 t);
+    static QString TimeToString(qint64 t, TimeFormat format, const char *dateFormat, const char *timeFormat);
+    static QString TimeStepToString(const TimeStep &step, TimeFormat format);
+
+Q_SIGNALS:
+    void GeographyNameChangedSignal(MGeoData *geography, const char *name);
+
+protected:
+    /// The fields that every kind of geography fills alike.
+    GeoProps BaseProperties();
+
+    static int mNextId;
+
+    QString mName;
+    int mParentId = -1;
+    MMetaData mMetaData;
+    QVector<int> mParentObjectIds;
+    TimeFormat mTimeFormat;
+    int mId;
+    bool mIsStatic = false;
+    QString mFilePath; ///< where the data source keeps its files; never streamed
+    MDataSource *mDataSource = nullptr;
+};

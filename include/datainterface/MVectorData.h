@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+/// A geography of points, lines or polygons that can change through time.
+#pragma once
+#include <QHash>
+#include <QList>
+#include <QSet>
+#include <QVector>
+#include <memory>
+#include "datainterface/MGeoData.h"
+#include "datainterface/export.h"
+
+class Fennims;
+class MVectorDataSource;
+
+/// Wraps a Fennims and gives its chains the dense numbers, object indices, that datasets use: 0 to n - 1 in ascending
+/// order of chain id.
+class DATAINTERFACE_EXPORT MVectorData : public MGeoData {
+    Q_OBJECT
+public:
+    MVectorData(const QString &name, TimeFormat format, const QString &filePath);
+    ~MVectorData() override;
+
+    bool SaveToStream(QDataStream &out) override;
+    bool RestoreFromStream(QDataStream &in) override;
+    bool IsValid() const override;
+    void SetName(const QString &name) override;
+    GeoProps GetProperties() override;
+    unsigned int GetObjectCount() const override;
+    TimeStamp GetTimeBounds() override;
+    RectInT GetBoundingRect() const override;
+    /// MGeoData's slots and ObjectsWillBeRemovedSlot, ObjectsWereRemovedSlot, each (int, const QSet<int> &).
+    bool AddListener(QObject *listener) override;
+    bool HasObjectsWithMissingData(int dataset) const override;
+
+    /// Takes the geometry over, makes the data source and numbers the objects. @return always true.
+    /// @param createDefaultWeightSet  asks for the neighbour set that suits the kind of objects.
+    virtual bool Initialize(Fennims *fennims, bool createDefaultWeightSet);
+    /// Removes objects with their values; later objects move down. Indices out of range are left out.
+    virtual void RemoveObjects(const QSet<int> &objects);
+    /// Puts another geometry with as many chains under the geography and drops what was derived from the old one:
+    /// variogram models. Takes it over only on success: false when the counts differ; raises
+    /// "Invalid data source type".
+    virtual bool ReplaceVORN(Fennims *fennims);
+    /// Null always: a subset is made through ControllerBase::AddNewVectorGeography.
+    virtual MVectorData *CreateFromSubset(const QString &name, bool flag, const QSet<unsigned int> &objects);
+    /// True when at least one object exists at the time.
+    virtual bool ExistsAtTime(qint64 time);
+    /// The objects without a value at the time: those missing in the data and those that do not exist then.
+    virtual bool GetMissingValues(int dataset, int realization, qint64 time, QSet<int> &missing);
+    virtual bool SetMissingValue(int dataset, int realization, unsigned int object, const TimeStamp &stamp);
+
+    Fennims *GetFennims() const { return mFennims.get(); }
+    MVectorDataSource *GetVectorDataSource() const { return mVectorDataSource; }
+    /// Object index to chain id.
+    const QVector<int> &GetFennimIdMap() const { return mFennimIdMap; }
+    int GetFennimId(unsigned int index) const;
+    /// The object index of a chain; -1 when there is none.
+    int GetObjectId(int chainId) const { return mObjectIndexByFennimId.value(chainId, -1); }
+    /// The disjoint intervals, in order, on each of which the set of objects and their shapes stays the same.
+    QList<TimeStamp> GetMergedObjectTimes() const;
+
+Q_SIGNALS:
+    void ObjectsWillBeRemovedSignal(int geographyId, const QSet<int> &objects);
+    void ObjectsWereRemovedSignal(int geographyId, const QSet<int> &objects);
+
+private:
+    enum class AngularUnit { Name, Code };
+
+    void NumberObjects();
+    void NumberObjectsFromMap();
+    void SetProjectionTags(AngularUnit unit);
+    bool RestoreGeometry(QDataStream &in);
+    bool RestoreObjectNumbers(QDataStream &in);
+    bool SaveGeometry(QDataStream &out);
+
+    std::unique_ptr<Fennims> mFennims;
+    MVectorDataSource *mVectorDataSource = nullptr; ///< mDataSource, typed
+    QHash<int, int> mObjectIndexByFennimId;
+    QVector<int> mFennimIdMap;
+};

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+/// Records that cross to the host. The library makes them with default values and hands them on; their meaning is the
+/// host's, and nothing here reads a field of one.
+#pragma once
+#include <QPointF>
+#include <QString>
+#include <QVariant>
+#include <QVector>
+
+/// What VORN_Display... asks the host to draw.
+enum GraphTypes { ScatterPlot = 0, BoxPlot = 1, Histogram = 2, TimePlot = 4 };
+
+/// One argument of a method of the host.
+struct MethodParameter {
+    QString name;
+    QVariant value;
+};
+
+/// What a method of the host reports when it is done.
+struct MethodReport {
+    QString text;
+    QVector<MethodParameter> results;
+};
+
+/// How the host colours values: a scheme, class limits and the texts of its legend.
+struct ColorSchemeInfo {
+    struct Label {
+        QString text;
+    };
+    struct LabelGroup {
+        QString text;
+        QVector<Label> labels;
+    };
+
+    qint32 scheme = 0;
+    QVector<quint32> colors;
+    quint32 missingColor = 0;
+    qint32 firstShade = 0;
+    qint32 shadeCount = 64;
+    qint32 classCount = 1;
+    qint32 classification = 1;
+    QVector<quint32> classColors;
+    QVector<double> classLimits;
+    QVector<Label> labels;
+    QVector<LabelGroup> labelGroups;
+};
+
+/// How the host draws points.
+struct SymbolSchemeInfo {
+    struct Symbol {
+        qint32 shape = 0;
+        double size = 0.0;
+    };
+    struct Label {
+        QString text;
+    };
+
+    qint32 scheme = 0;
+    QVector<Symbol> symbols;
+    QVector<Label> labels;
+};
