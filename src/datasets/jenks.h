@@ -10,7 +10,9 @@ namespace datainterface {
 /// 789-798): minimum, midpoints between neighbouring classes, maximum. Of equally good partitions the one whose last
 /// class begins first is taken, then its last but one, and so on.
 /// @param sorted  ascending and finite; repeats count.
-/// @return empty when the user cancels, for an empty list and for a `breakCount` below 2.
+/// @return `breakCount` limits; minimum and maximum alone for a count of 2 and below; empty when the user cancels and for
+///         an empty list. O(k d log d) time for d different values in k classes, O(k d) memory; O(k n^2) and O(k n)
+///         when rounding decides.
 QList<double> jenksBreaks(int breakCount, const QVector<double> &sorted);
 
 } // namespace datainterface

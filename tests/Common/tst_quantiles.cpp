@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+#include <QtTest>
+#include <random>
+#include "Common/quantiles.h"
+
+using Classes = QMap<int, QPair<double, double>>;
+
+namespace {
+
+QVector<double> repeated(std::initializer_list<int> sizes)
+{
+    QVector<double> values;
+    double value = 0.0;
+    for (const int size : sizes)
+        values += QVector<double>(size, value += 1.0);
+    return values;
+}
+
+Classes classes(std::initializer_list<QPair<double, double>> bounds)
+{
+    Classes result;
+    for (const auto &bound : bounds)
+        result.insert(result.size(), bound);
+    return result;
+}
+
+// The rule with one list that is searched anew for each fusion.
+Classes naiveQuantiles(const QVector<double> &values, int count)
+{
+    struct Run { int first, last, size; };
+    QList<Run> runs;
+    for (int i = 0; i < values.size(); ++i) {
+        if (i > 0 && values[i] == values[i - 1])
+            runs.last() = {runs.last().first, i, runs.last().size + 1};
+        else
+            runs.append({i, i, 1});
+    }
+    const auto fuse = [&runs](int at) {
+        runs[at] = {runs[at].first, runs[at + 1].last, runs[at].size + runs[at + 1].size};
+        runs.removeAt(at + 1);
+    };
+    int excess = runs.size() - count;
+    int smallCount = 0, smallSum = 0;
+    for (const Run &run : runs) {
+        if (run.size < values.size() / count) {
+            ++smallCount;
+            smallSum += run.size;
+        }
+    }
+    const int left = smallCount + count - runs.size();
+    const int target = left > 0 ? smallSum / left + 1 : 0;
+    for (int i = 0; i < runs.size() && excess > 0; ++i) {
+        if (runs[i].size >= target)
+            continue;
+        while (excess > 0 && i + 1 < runs.size() && runs[i].size + runs[i + 1].size < target) {
+            fuse(i);
+            --excess;
+        }
+        if (excess > 0 && i + 1 < runs.size() && double(runs[i + 1].size) / runs[i].size < 0.2) {
+            fuse(i);
+            --excess;
+        }
+    }
+    for (; excess > 0; --excess) {
+        int best = 0;
+        for (int i = 1; i + 1 < runs.size(); ++i) {
+            if (runs[i].size + runs[i + 1].size < runs[best].size + runs[best + 1].size)
+                best = i;
+        }
+        fuse(best);
+    }
+    Classes result;
+    for (const Run &run : runs)
+        result.insert(result.size(), {values[run.first], values[run.last]});
+    return result;
+}
+
+} // namespace
+
+class TestQuantiles : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cases_data();
+    void cases();
+    void agreesWithANaiveSearch();
+};
+
+void TestQuantiles::cases_data()
+{
+    QTest::addColumn<QVector<double>>("values");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<bool>("answer");
+    QTest::addColumn<Classes>("expected");
+    QTest::newRow("equal values stay together") << repeated({4, 1}) << 2 << true << classes({{1, 1}, {2, 2}});
+    QTest::newRow("fewer values than classes") << repeated({4, 1}) << 3 << false << classes({{1, 1}, {2, 2}});
+    QTest::newRow("the small ones are fused") << repeated({1, 1, 1, 7}) << 2 << true << classes({{1, 3}, {4, 4}});
+    QTest::newRow("a tiny neighbour joins") << repeated({8, 1, 12, 11}) << 3 << true << classes({{1, 2}, {3, 3}, {4, 4}});
+    QTest::newRow("no small runs: first smallest pair") << repeated({2, 2, 2}) << 2 << true << classes({{1, 2}, {3, 3}});
+    QTest::newRow("even lists") << repeated({1, 1, 1, 1, 1, 1}) << 3 << true << classes({{1, 2}, {3, 4}, {5, 6}});
+    QTest::newRow("descending") << QVector<double>{1, 3, 2} << 2 << false << Classes();
+    QTest::newRow("not a number inside") << QVector<double>{1, qQNaN(), 2} << 2 << false << Classes();
+    QTest::newRow("no classes") << repeated({1, 2}) << 0 << false << Classes();
+    QTest::newRow("no values") << QVector<double>() << 2 << false << Classes();
+}
+
+void TestQuantiles::cases()
+{
+    QFETCH(QVector<double>, values);
+    QFETCH(int, count);
+    QFETCH(bool, answer);
+    QFETCH(Classes, expected);
+    Classes result = classes({{77, 78}});
+    QCOMPARE(quantiles(values, count, result), answer);
+    QCOMPARE(result, expected);
+}
+
+void TestQuantiles::agreesWithANaiveSearch()
+{
+    std::mt19937 random(7);
+    for (int i = 0; i < 5000; ++i) {
+        QVector<double> values;
+        const int runs = 3 + static_cast<int>(random() % 40);
+        const int largest = 1 + static_cast<int>(random() % 30);
+        for (int run = 0; run < runs; ++run)
+            values += QVector<double>(1 + static_cast<int>(random() % unsigned(largest)), run);
+        const int count = 1 + static_cast<int>(random() % unsigned(runs));
+        Classes result;
+        QVERIFY(quantiles(values, count, result));
+        QCOMPARE(result.size(), count);
+        QVERIFY2(result == naiveQuantiles(values, count), qPrintable(QString("case %1").arg(i)));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestQuantiles)
+#include "tst_quantiles.moc"
