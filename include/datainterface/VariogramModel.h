@@ -3,6 +3,7 @@
 /// here they are kept, evaluated and summed up.
 #pragma once
 #include <QDataStream>
+#include <QList>
 #include <QMap>
 #include <QString>
 #include <QVector>
