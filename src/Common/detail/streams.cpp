@@ -13,6 +13,9 @@ namespace {
 
 constexpr int kMaxVariantDepth = 32;
 constexpr qint64 kMaxZlibRatio = 1032;
+constexpr qint64 kMaxArrayBytes = std::numeric_limits<int>::max() - 64; // QByteArray's own header counts
+constexpr qint64 kUnaskedBytes = 64 * 1024;
+constexpr int kSequentialStep = 16 * 1024 * 1024;
 
 bool corrupt(QDataStream &in)
 {
@@ -131,13 +134,21 @@ bool readBytes(QDataStream &in, QByteArray &bytes)
     in >> length;
     if (in.status() != QDataStream::Ok || length == 0xffffffffU)
         return in.status() == QDataStream::Ok;
-    if (length > static_cast<quint32>(std::numeric_limits<int>::max()) - 64 || length > bytesLeft(in))
+    // Asking a file for its size is a system call; a short array may be wrong about its length for free.
+    const bool tooLong = length > kUnaskedBytes && length > bytesLeft(in);
+    if (length > kMaxArrayBytes || tooLong)
         return corrupt(in);
-    bytes.resize(static_cast<int>(length));
-    if (in.readRawData(bytes.data(), bytes.size()) != bytes.size()) {
-        bytes.clear();
-        in.setStatus(QDataStream::ReadPastEnd);
-        return false;
+    const int total = static_cast<int>(length);
+    const int longestStep = in.device() && in.device()->isSequential() ? kSequentialStep : total;
+    for (int done = 0; done < total;) {
+        const int step = std::min(total - done, longestStep);
+        bytes.resize(done + step);
+        if (in.readRawData(bytes.data() + done, step) != step) {
+            bytes.clear();
+            in.setStatus(QDataStream::ReadPastEnd);
+            return false;
+        }
+        done += step;
     }
     return true;
 }
@@ -145,11 +156,13 @@ bool readBytes(QDataStream &in, QByteArray &bytes)
 bool inflateBytes(const QByteArray &packed, QByteArray &bytes, qint64 limit)
 {
     bytes.clear();
+    if (packed.isEmpty() || packed == QByteArray(4, '\0'))
+        return true; // an empty array is packed as its length alone
     if (packed.size() < 4)
-        return packed.isEmpty();
+        return false;
     const qint64 length = qFromBigEndian<quint32>(packed.constData());
     const qint64 body = packed.size() - 4;
-    if (length > limit || length > std::numeric_limits<int>::max() - 64 || length > body * kMaxZlibRatio + 64)
+    if (length > limit || length > kMaxArrayBytes || length > body * kMaxZlibRatio + 64)
         return false;
     static thread_local const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)>
         decompressor(libdeflate_alloc_decompressor(), &libdeflate_free_decompressor);

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+#include "Common/DataManager.h"
+#include <QMutexLocker>
+#include <limits>
+#include "Common/detail/failure.h"
+#include "datainterface/DataBlocks.h"
+
+using namespace datainterface;
+
+namespace {
+
+// What the cache keeps must be bytes of its own, and not many more than it counts: an array over foreign memory
+// is copied, and so is one with much spare room.
+QByteArray compactBytes(const QByteArray &bytes)
+{
+    const qint64 spare = qint64(bytes.capacity()) - bytes.size();
+    if (spare < 0 || spare > 64 + bytes.size() / 4)
+        return QByteArray(bytes.constData(), bytes.size());
+    return bytes;
+}
+
+} // namespace
+
+DataManager::DataManager(std::unique_ptr<PositionedFile> file) : mFile(std::move(file)), mCache(mTable) {}
+
+DataManager::~DataManager()
+{
+    Clear();
+}
+
+void DataManager::Initialize(const QString &directory, int cacheBytes)
+{
+    const QMutexLocker lock(&mLock);
+    Clear();
+    mDirectory = directory;
+    mCache.SetLimit(cacheBytes);
+    Reset();
+}
+
+void DataManager::Reset()
+{
+    const QMutexLocker lock(&mLock);
+    Clear();
+    require(mFile.open(mDirectory), "opened");
+    mNextId = 0;
+}
+
+void DataManager::Clear()
+{
+    const QMutexLocker lock(&mLock);
+    mCache.Clear();
+    mTable.Clear();
+    mExtents.Clear();
+    mFile.close();
+}
+
+int DataManager::SaveDataBlock(const QByteArray &bytes)
+{
+    const QMutexLocker lock(&mLock);
+    require(mNextId < std::numeric_limits<int>::max(), "block ids");
+    Keep(mNextId, compactBytes(bytes), true);
+    return mNextId++;
+}
+
+void DataManager::ReplaceDataBlock(int id, const QByteArray &bytes)
+{
+    require(id >= 0, "block id");
+    const QMutexLocker lock(&mLock);
+    Keep(id, compactBytes(bytes), true);
+}
+
+bool DataManager::ReadDataBlock(int id, QByteArray &bytes)
+{
+    const QMutexLocker lock(&mLock);
+    BlockSlot *slot = mTable.Find(id);
+    if (!slot)
+        return false;
+    if (slot->cached) {
+        mCache.Touch(id, *slot);
+        bytes = slot->bytes;
+        return true;
+    }
+    bool read = false;
+    try {
+        const qint64 size = mExtents.SizeOf(slot->extent);
+        bytes = QByteArray(static_cast<int>(size), Qt::Uninitialized);
+        read = mFile.read(mExtents.PositionOf(slot->extent), bytes.data(), size);
+    } catch (...) {
+        // No memory for the contents: the block is as unreadable as on a failing disk.
+    }
+    if (read)
+        Keep(id, bytes, false);
+    else
+        bytes.clear();
+    return read;
+}
+
+bool DataManager::DeleteDataBlock(int id)
+{
+    const QMutexLocker lock(&mLock);
+    BlockSlot *slot = mTable.Find(id);
+    if (slot && slot->cached)
+        mCache.Remove(*slot);
+    const bool wasWritten = FreeDataBlock(id);
+    mTable.DropIfEmpty(id);
+    return wasWritten;
+}
+
+DataManager::State DataManager::Inspect() const
+{
+    const QMutexLocker lock(&mLock);
+    return {mExtents.Extents(), mExtents.FreeList(), mCache.Ids(), mCache.Cost(), mNextId, mFile.path()};
+}
+
+// Makes the contents the most recently used entry of the cache. What the id held before is dropped unwritten, and only
+// once there is room for its successor.
+void DataManager::Keep(int id, const QByteArray &bytes, bool dirty)
+{
+    const qint64 cost = BlockCache::CostOf(bytes);
+    BlockSlot *old = mTable.Find(id);
+    if (cost > mCache.Limit()) {
+        require(!dirty || WriteDataBlock(id, bytes, WriteMode::Through), "result");
+        if (old && old->cached)
+            mCache.Remove(*old);
+        return;
+    }
+    const qint64 oldCost = old && old->cached ? BlockCache::CostOf(old->bytes) : 0;
+    if (oldCost > 0)
+        mCache.Touch(id, *old); // last in the order of eviction
+    while (mCache.Cost() - oldCost + cost > mCache.Limit())
+        Evict(mCache.Oldest());
+    mCache.Put(id, bytes, dirty);
+}
+
+void DataManager::Evict(int id)
+{
+    BlockSlot &slot = *mTable.Find(id);
+    require(!slot.dirty || WriteDataBlock(id, slot.bytes, WriteMode::Combined), "result");
+    mCache.Remove(slot);
+}
+
+void DataManager::EmptyCache()
+{
+    while (mCache.Oldest() >= 0)
+        Evict(mCache.Oldest());
+}
+
+// The bytes go to the file first; the books change when that succeeded.
+bool DataManager::WriteDataBlock(int id, const QByteArray &bytes, WriteMode mode)
+{
+    const BlockSlot *slot = mTable.Find(id);
+    if (!slot || slot->extent < 0)
+        return AllocateDataBlock(id, bytes, mode);
+    const int extent = slot->extent;
+    const qint64 held = mExtents.SizeOf(extent);
+    if (bytes.size() > held) {
+        // The free list is left alone: a block that grows keeps growing.
+        if (!mFile.write(mExtents.End(), bytes.constData(), bytes.size(), mode))
+            return false;
+        FreeDataBlock(id);
+        mTable.FindOrMake(id).extent = mExtents.Append(id, bytes.size());
+        return true;
+    }
+    if (!mFile.write(mExtents.PositionOf(extent), bytes.constData(), bytes.size(), mode))
+        return false;
+    if (bytes.size() < held)
+        mExtents.Shrink(extent, bytes.size());
+    return true;
+}
+
+bool DataManager::AllocateDataBlock(int id, const QByteArray &bytes, WriteMode mode)
+{
+    const int fit = mExtents.BestFit(bytes.size());
+    if (fit < 0)
+        return AppendDataBlock(id, bytes, mode);
+    if (!mFile.write(mExtents.PositionOf(fit), bytes.constData(), bytes.size(), mode))
+        return false;
+    mTable.FindOrMake(id).extent = mExtents.Take(fit, id, bytes.size());
+    return true;
+}
+
+bool DataManager::AppendDataBlock(int id, const QByteArray &bytes, WriteMode mode)
+{
+    if (!mFile.write(mExtents.End(), bytes.constData(), bytes.size(), mode))
+        return false;
+    mTable.FindOrMake(id).extent = mExtents.Append(id, bytes.size());
+    return true;
+}
+
+bool DataManager::FreeDataBlock(int id)
+{
+    BlockSlot *slot = mTable.Find(id);
+    if (!slot || slot->extent < 0)
+        return false;
+    const int extent = slot->extent;
+    slot->extent = -1;
+    mExtents.Release(extent);
+    return true;
+}
+
+DataManager &blockStore()
+{
+    static DataManager store;
+    return store;
+}
+
+void InitializeDataManager(const QString &directory, int cacheBytes)
+{
+    blockStore().Initialize(directory, cacheBytes);
+}
+
+void ResetDataManager()
+{
+    blockStore().Reset();
+}
+
+void ClearDataManager()
+{
+    blockStore().Clear();
+}
+
+int SaveDataBlock(const QByteArray &bytes)
+{
+    return blockStore().SaveDataBlock(bytes);
+}
+
+bool ReplaceDataBlock(int id, const QByteArray &bytes)
+{
+    blockStore().ReplaceDataBlock(id, bytes);
+    return true;
+}
+
+bool ReadDataBlock(int id, QByteArray &bytes)
+{
+    return blockStore().ReadDataBlock(id, bytes);
+}
+
+bool DeleteDataBlock(int id)
+{
+    return blockStore().DeleteDataBlock(id);
+}

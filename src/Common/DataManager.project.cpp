@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+// The blocks' part of a project file:
+//   int32 next block id, int32 number of blocks, then for each block in ascending order of ids:
+//   int32 block id, QByteArray contents, packed in qCompress's form unless the caller says otherwise.
+#include <QMutexLocker>
+#include <QtEndian>
+#include <algorithm>
+#include <libdeflate.h>
+#include <limits>
+#include "Common/DataManager.h"
+#include "Common/detail/failure.h"
+#include "Common/detail/streams.h"
+#include "datainterface/DataBlocks.h"
+
+using namespace datainterface;
+
+namespace {
+
+constexpr int kQtPackLevel = 9;
+constexpr int kMaxPackLevel = 12;
+constexpr qint64 kMinBlockBytes = 8; // id and length
+
+// Packs blocks into qCompress's form: four bytes of big-endian length, then a zlib stream.
+class Packer {
+public:
+    /// Level 0 is qCompress itself; 1 to 12 are libdeflate's.
+    explicit Packer(int level)
+        : mCompressor(level > 0 ? libdeflate_alloc_compressor(level) : nullptr, &libdeflate_free_compressor)
+    {
+    }
+
+    QByteArray Pack(const QByteArray &bytes) const
+    {
+        if (!mCompressor || bytes.isEmpty())
+            return qCompress(bytes, kQtPackLevel);
+        const auto size = static_cast<size_t>(bytes.size());
+        const size_t bound = libdeflate_zlib_compress_bound(mCompressor.get(), size);
+        if (bound > static_cast<size_t>(std::numeric_limits<int>::max()) - 64)
+            return qCompress(bytes, kQtPackLevel);
+        QByteArray packed(static_cast<int>(bound) + 4, Qt::Uninitialized);
+        qToBigEndian(static_cast<quint32>(size), packed.data());
+        const size_t length = libdeflate_zlib_compress(mCompressor.get(), bytes.constData(), size,
+                                                       packed.data() + 4, bound);
+        if (length == 0)
+            return qCompress(bytes, kQtPackLevel);
+        packed.resize(static_cast<int>(length) + 4);
+        return packed;
+    }
+
+private:
+    std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> mCompressor;
+};
+
+int percentOf(int done, int count)
+{
+    return static_cast<int>(qint64(100) * done / count);
+}
+
+ProgressCallback progressReport()
+{
+    return VORN_Progress::UsingProgressBar() ? &VORN_Progress::UpdateProgress : nullptr;
+}
+
+} // namespace
+
+void DataManager::SetPackLevel(int level)
+{
+    const QMutexLocker lock(&mLock);
+    if (level >= 0 && level <= kMaxPackLevel)
+        mPackLevel = level;
+}
+
+bool DataManager::SaveProjectData(QDataStream &out, bool compress, ProgressCallback report)
+{
+    const QMutexLocker lock(&mLock);
+    EmptyCache();
+    const int count = mExtents.UsedCount();
+    out << qint32(mNextId) << qint32(count);
+    const int reportStep = std::max(count / 1000, 1);
+    const Packer packer(mPackLevel);
+    const QVector<int> ids = mTable.WrittenIds();
+    for (int i = 0; i < ids.size(); ++i) {
+        QByteArray bytes;
+        if (!ReadDataBlock(ids[i], bytes))
+            return false;
+        out << qint32(ids[i]) << (compress ? packer.Pack(bytes) : bytes);
+        if (out.status() != QDataStream::Ok)
+            return false;
+        if (report && i % reportStep == 0 && !report(percentOf(i, count), nullptr))
+            return false;
+    }
+    return out.status() == QDataStream::Ok;
+}
+
+bool DataManager::RestoreProjectData(QDataStream &in, bool compressed, ProgressCallback report)
+{
+    const QMutexLocker lock(&mLock);
+    require(mFile.isOpen(), "File stream not open");
+    EmptyCache();
+    qint32 nextId = 0;
+    in >> nextId;
+    const int count = readCount(in, kMinBlockBytes);
+    if (in.status() != QDataStream::Ok || nextId < 0)
+        return false;
+    mNextId = nextId;
+    for (int i = 0; i < count; ++i) {
+        qint32 id = -1;
+        QByteArray stored;
+        in >> id;
+        if (!readBytes(in, stored))
+            return false;
+        QByteArray bytes = stored;
+        if (compressed && !inflateBytes(stored, bytes))
+            return false;
+        if (!RestoreBlock(id, bytes))
+            return false;
+        if (report && !report(percentOf(i, count), nullptr))
+            return false;
+    }
+    return mFile.flush();
+}
+
+// A later block of the same id takes the place of the earlier one, and no id can be given out twice.
+bool DataManager::RestoreBlock(int id, const QByteArray &bytes)
+{
+    if (id < 0 || id == std::numeric_limits<int>::max())
+        return false;
+    FreeDataBlock(id);
+    if (!AppendDataBlock(id, bytes, WriteMode::Combined))
+        return false;
+    mNextId = std::max(mNextId, id + 1);
+    return true;
+}
+
+bool SaveProjectData(QDataStream &out, bool compress)
+{
+    return blockStore().SaveProjectData(out, compress, progressReport());
+}
+
+bool RestoreProjectData(QDataStream &in, bool compressed)
+{
+    return blockStore().RestoreProjectData(in, compressed, progressReport());
+}
+
+void VORN_SetProjectCompression(int level)
+{
+    blockStore().SetPackLevel(level);
+}
