@@ -7,8 +7,10 @@
 #include <QPair>
 #include <QSet>
 #include <QString>
+#include <QTypeInfo>
 #include <QVector>
 #include <exception>
+#include <memory>
 #include "datainterface/TimeStamp.h"
 #include "datainterface/export.h"
 
@@ -17,6 +19,8 @@ template <class T> struct TimeSeriesEntry {
     TimeStamp stamp;
     T value{};
 };
+template <class T>
+class QTypeInfo<TimeSeriesEntry<T>> : public QTypeInfoMerger<TimeSeriesEntry<T>, TimeStamp, T> {};
 
 /// All values of one time slice. T is int, double or QString.
 ///
@@ -61,8 +65,14 @@ public:
     const QSet<int> &MissingIds() const;
 
 private:
-    class Payload;
-    Payload *const d;
+    class Content;
+    void PageIn() const;
+    void PageOut() const;
+
+    mutable int mBlockId = -1;
+    mutable int mCheckOutCount = 0;
+    mutable bool mDirty = false;
+    mutable std::unique_ptr<Content> mContent; ///< null while paged out
 };
 
 /// The history of one object: entries sorted by interval, which never overlap. T is int, double or QString.
@@ -99,8 +109,14 @@ public:
     const Entry *Data() const;
 
 private:
-    class Payload;
-    Payload *const d;
+    class Content;
+    void PageIn() const;
+    void PageOut() const;
+
+    mutable int mBlockId = -1;
+    mutable int mCheckOutCount = 0;
+    mutable bool mDirty = false;
+    mutable std::unique_ptr<Content> mContent; ///< null while paged out
 };
 
 extern template class TimeSliceData<int>;
