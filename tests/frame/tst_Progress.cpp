@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: MIT
+#include <QApplication>
+#include <QProgressDialog>
+#include <QTimer>
+#include <QtTest>
+#include "datainterface/VORN_Progress.h"
+#include "frame/frameState.h"
+#include "support/support.h"
+
+namespace {
+
+// How a host reaches the bar.
+QProgressDialog *bar()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (widget->objectName() == QLatin1String("ProgressBar"))
+            return qobject_cast<QProgressDialog *>(widget);
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class TestProgress : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup();
+    void makesOneModalBar();
+    void mapsNestedSections_data();
+    void mapsNestedSections();
+    void aTypicalCallerTilesTheBar();
+    void negativePercentOnlySetsTheText();
+    void cancelArrivesWithTheEvents();
+    void cancelResetsTheBarWhenAsked();
+    void aSlotMayCloseTheBarDuringAReport();
+    void reportingWithoutABarFails();
+    void misuseFails();
+    void testingNeedsNoBar();
+};
+
+void TestProgress::cleanup()
+{
+    datainterface::setTesting(false);
+    VORN_Progress::Close();
+    QVERIFY(!bar());
+}
+
+void TestProgress::makesOneModalBar()
+{
+    {
+        VORN_Progress progress("Export", "Exporting datasets...", "Stop");
+        QVERIFY(VORN_Progress::UsingProgressBar());
+        QVERIFY(bar());
+        QCOMPARE(bar()->windowTitle(), QStringLiteral("Export"));
+        QCOMPARE(bar()->labelText(), QStringLiteral("Exporting datasets..."));
+        QCOMPARE(bar()->minimum(), 0);
+        QCOMPARE(bar()->maximum(), 100);
+        QCOMPARE(bar()->minimumDuration(), 500);
+        QVERIFY(bar()->isModal() && bar()->isVisible());
+        const auto hints = Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint;
+        QCOMPARE(bar()->windowFlags() & (hints | Qt::WindowCloseButtonHint), hints);
+        QCOMPARE(raisedText([] { VORN_Progress second("a", "b", "c"); }),
+                 QStringLiteral("Progress bar already exists"));
+        QVERIFY(VORN_Progress::UsingProgressBar());
+    }
+    QVERIFY(!VORN_Progress::UsingProgressBar());
+}
+
+void TestProgress::mapsNestedSections_data()
+{
+    using Sections = QList<QPair<int, int>>; // the outermost first
+    QTest::addColumn<QList<QPair<int, int>>>("sections");
+    QTest::addColumn<int>("percent");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("whole") << Sections{{0, 100}} << 42 << 42;
+    QTest::newRow("two levels truncate each") << Sections{{50, 100}, {0, 50}} << 50 << 62;
+    QTest::newRow("as doubles have it") << Sections{{0, 100}} << 29 << 28; // 100 * (29 * 0.01) = 28.999...
+    QTest::newRow("three levels") << Sections{{10, 90}, {50, 75}, {20, 30}} << 99 << 55;
+    QTest::newRow("an empty section") << Sections{{30, 30}, {0, 100}} << 77 << 30;
+}
+
+void TestProgress::mapsNestedSections()
+{
+    using Sections = QList<QPair<int, int>>;
+    QFETCH(Sections, sections);
+    QFETCH(int, percent);
+    VORN_Progress progress("t", "l", "c");
+    for (int i = 0; i < sections.size(); ++i) {
+        if (i > 0)
+            QVERIFY(VORN_Progress::PushProgressBarSection());
+        QVERIFY(VORN_Progress::SetProgressBarSubSection(sections[i].first, sections[i].second));
+    }
+    QVERIFY(VORN_Progress::UpdateProgress(percent, nullptr));
+    QTEST(bar()->value(), "expected");
+}
+
+void TestProgress::aTypicalCallerTilesTheBar()
+{
+    VORN_Progress progress("t", "l", "c");
+    VORN_Progress::SetProgressBarSubSection(0, 40);
+    VORN_Progress::PushProgressBarSection();
+    VORN_Progress::UpdateProgress(50, "inner");
+    QCOMPARE(bar()->value(), 20);
+    VORN_Progress::PopProgressBarSection();
+    VORN_Progress::SetNextProgressBarSubSection(70);
+    VORN_Progress::UpdateProgress(0, nullptr);
+    QCOMPARE(bar()->value(), 40);
+    VORN_Progress::UpdateProgress(100, nullptr);
+    QCOMPARE(bar()->value(), 70);
+    QCOMPARE(bar()->labelText(), QStringLiteral("inner"));
+}
+
+void TestProgress::negativePercentOnlySetsTheText()
+{
+    VORN_Progress progress("t", "l", "c");
+    VORN_Progress::UpdateProgress(30, nullptr);
+    VORN_Progress::UpdateProgress(-1, "x");
+    QCOMPARE(bar()->value(), 30);
+    QCOMPARE(bar()->labelText(), QStringLiteral("x"));
+}
+
+void TestProgress::cancelArrivesWithTheEvents()
+{
+    VORN_Progress progress("t", "l", "c");
+    QVERIFY(VORN_Progress::CheckForCancel(0, nullptr));
+    QTimer::singleShot(0, bar(), [] { bar()->cancel(); });
+    QVERIFY(!VORN_Progress::UpdateProgress(10, nullptr));
+    QVERIFY(!VORN_Progress::UpdateProgress(11, nullptr)); // stays cancelled
+    QVERIFY(!VORN_Progress::CheckForCancel(100, "ignored"));
+    QVERIFY(VORN_Progress::ProgressBarCanceled());
+}
+
+void TestProgress::cancelResetsTheBarWhenAsked()
+{
+    VORN_Progress progress("t", "l", "c");
+    VORN_Progress::SetProgressButtonText("Skip", true);
+    QTimer::singleShot(0, bar(), [] { bar()->cancel(); });
+    QVERIFY(!VORN_Progress::UpdateProgress(10, nullptr));
+    QVERIFY(VORN_Progress::UpdateProgress(20, nullptr)); // the next step goes on
+    VORN_Progress::SetProgressButtonText("Cancel", false);
+    QVERIFY(!bar()->autoClose());
+}
+
+void TestProgress::aSlotMayCloseTheBarDuringAReport()
+{
+    VORN_Progress progress("t", "l", "c");
+    QTimer::singleShot(0, [] { VORN_Progress::Close(); });
+    QVERIFY(VORN_Progress::UpdateProgress(10, nullptr));
+    QVERIFY(!VORN_Progress::UsingProgressBar());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void TestProgress::reportingWithoutABarFails()
+{
+    const QString text = QStringLiteral("Progress bar has not been created");
+    QCOMPARE(raisedText([] { VORN_Progress::SetProgressText("x"); }), text);
+    QCOMPARE(raisedText([] { VORN_Progress::SetProgressButtonText("x", true); }), text);
+    QCOMPARE(raisedText([] { VORN_Progress::UpdateProgress(1, nullptr); }), text);
+    QCOMPARE(raisedText([] { VORN_Progress::SetProgressBarSubSection(0, 1); }), text);
+    QCOMPARE(raisedText([] { VORN_Progress::SetNextProgressBarSubSection(1); }), text);
+    QCOMPARE(raisedText([] { VORN_Progress::PushProgressBarSection(); }), text);
+    QCOMPARE(raisedText([] { VORN_Progress::PopProgressBarSection(); }), text);
+    QCOMPARE(raisedText([] { VORN_Progress::ProgressBarCanceled(); }), text);
+    QVERIFY(VORN_Progress::CheckForCancel(1, nullptr));
+    VORN_Progress::Close();
+}
+
+void TestProgress::misuseFails()
+{
+    const auto badRange = [] { VORN_Progress::SetProgressBarSubSection(2, 1); };
+    QCOMPARE(raisedText(badRange), QStringLiteral("lower <= upper"));
+    VORN_Progress progress("t", "l", "c");
+    QCOMPARE(raisedText(badRange), QStringLiteral("lower <= upper"));
+    VORN_Progress::PushProgressBarSection();
+    VORN_Progress::PopProgressBarSection();
+    QCOMPARE(raisedText([] { VORN_Progress::PopProgressBarSection(); }), QStringLiteral("Unmatched section pop"));
+    try {
+        VORN_Progress::PopProgressBarSection();
+    } catch (const vorn_error &error) {
+        QVERIFY(QByteArray(error.what()).contains("\n(VORN_Progress, line "));
+    }
+}
+
+void TestProgress::testingNeedsNoBar()
+{
+    datainterface::setTesting(true);
+    VORN_Progress progress("t", "l", "c");
+    QVERIFY(!bar());
+    QVERIFY(VORN_Progress::UpdateProgress(10, "x"));
+    QVERIFY(VORN_Progress::SetProgressBarSubSection(2, 1));
+    QVERIFY(VORN_Progress::PopProgressBarSection());
+}
+
+QTEST_MAIN(TestProgress)
+#include "tst_Progress.moc"
