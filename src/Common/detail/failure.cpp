@@ -2,6 +2,7 @@
 #include "Common/detail/failure.h"
 #include <string>
 #include <string_view>
+#include "Common/detail/stackText.h"
 #include "datainterface/vorn_error.h"
 
 vorn_error::vorn_error(const char *text, const std::string &stack) : std::runtime_error(text), mStack(stack) {}
@@ -24,7 +25,7 @@ void fail(const char *text, const char *file, int line)
 {
     const std::string message =
         '"' + std::string(text) + "\"\n(" + fileLabel(file) + ", line " + std::to_string(line) + ')';
-    throw vorn_error(message.c_str(), std::string());
+    throw vorn_error(message.c_str(), stackText());
 }
 
 } // namespace datainterface
