@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#include <QSet>
+#include <cmath>
+#include <fennimark/Fennims.h>
+#include <limits>
+#include "datainterface/ControllerBase.h"
+#include "datainterface/MDataSource.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/TimeAPI.h"
+#include "frame/frameState.h"
+
+namespace {
+
+MGeoData *geography(int id)
+{
+    return datainterface::controller()->GetGeoData().value(id, nullptr);
+}
+
+bool staticRange(const MVectorData &vectors, qint64 t, timeRange &range)
+{
+    range.start = HUGE_VAL;
+    range.end = -HUGE_VAL;
+    range.flags = 0;
+    return vectors.GetFennims()->GetCommonStaticTimeStamp(t, range);
+}
+
+// `start` and `end` are those of `by`, in the arithmetic in which they are compared.
+template <class Time> void narrow(Interval &interval, Time start, Time end, const TimeStamp &by)
+{
+    const auto oldStart = static_cast<Time>(interval.startTime);
+    if (start > oldStart || (start == oldStart && !by.inclusiveStart)) {
+        interval.startTime = by.startTime;
+        interval.inclusiveStart = by.inclusiveStart;
+    }
+    const auto oldEnd = static_cast<Time>(interval.endTime);
+    if (end < oldEnd || (end == oldEnd && !by.inclusiveEnd)) {
+        interval.endTime = by.endTime;
+        interval.inclusiveEnd = by.inclusiveEnd;
+    }
+}
+
+// True as well for a geography whose objects cannot change.
+bool narrowByObjects(int geographyId, qint64 t, Interval &interval)
+{
+    const MGeoData *any = geography(geographyId);
+    if (!any)
+        return false;
+    const auto *vectors = dynamic_cast<const MVectorData *>(any);
+    if (!vectors)
+        return true;
+    timeRange range;
+    if (vectors->GetFennims()->GetObservationsAtTime(t).isEmpty() || !staticRange(*vectors, t, range))
+        return false;
+    narrow(interval, range.start, range.end, TimeStamp(range));
+    return true;
+}
+
+bool narrowByValues(int dataId, qint64 t, Interval &interval)
+{
+    const MGeoData *owner = geography(dataId >> 16);
+    TimeStamp stamp;
+    if (!owner || !owner->GetDataSource()->GetCommonTimeStamp(dataId, 0, t, stamp))
+        return false;
+    narrow(interval, stamp.startTime, stamp.endTime, stamp);
+    return true;
+}
+
+} // namespace
+
+bool VORN_GetTimeStepString(int geographyId, const TimeStep &step, QString &text)
+{
+    MGeoData *found = geography(geographyId);
+    if (found)
+        text = found->TimeStepToString(step);
+    return found != nullptr;
+}
+
+bool VORN_GetStaticObjectInterval(int geographyId, qint64 t, Interval &interval)
+{
+    const auto *vectors = dynamic_cast<const MVectorData *>(geography(geographyId));
+    if (!vectors)
+        return false;
+    timeRange range;
+    const bool found = staticRange(*vectors, t, range);
+    interval = TimeStamp(range);
+    return found;
+}
+
+bool VORN_GetNoChangeInterval(const QVector<int> &dataIds, qint64 t, Interval &interval)
+{
+    interval = {std::numeric_limits<qint64>::min(), std::numeric_limits<qint64>::max(), true, true};
+    bool known = true;
+    QSet<int> geographyIds;
+    for (const int id : dataIds)
+        geographyIds.insert(id >> 16);
+    for (const int id : qAsConst(geographyIds))
+        known = narrowByObjects(id, t, interval) && known;
+    for (const int id : dataIds)
+        known = narrowByValues(id, t, interval) && known;
+    return known;
+}
