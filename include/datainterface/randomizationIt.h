@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+/// Walks through rearrangements of object indices for Monte Carlo and exact tests:
+/// `for (shuffleIt it(n, 999);; it++) { use(it.indices()); if (it.done()) break; }`
+#pragma once
+#include <QVector>
+#include <vector>
+#include "datainterface/export.h"
+
+/// The present rearrangement stands in `indices()`; `next` at the end does nothing.
+class DATAINTERFACE_EXPORT randomizationIt {
+public:
+    virtual ~randomizationIt();
+    virtual bool done() = 0;
+    virtual void next() = 0;
+    virtual int nRandomizations() = 0;
+    void operator++(int) { next(); }
+    int *indices() { return mIndices; }
+    int nIndices() const { return mIndexCount; }
+
+protected:
+    explicit randomizationIt(int indexCount);
+    randomizationIt(const randomizationIt &other);
+    randomizationIt &operator=(const randomizationIt &other);
+
+    int mIndexCount;
+    int *mIndices; ///< owned, new[]
+};
+
+/// Independent random permutations of 0 to nIndices - 1. The first stands ready after construction.
+class DATAINTERFACE_EXPORT shuffleIt : public randomizationIt {
+public:
+    shuffleIt(int indexCount, int randomizations);
+    bool done() override { return mCount >= mRandomizations; }
+    void next() override;
+    int nRandomizations() override { return mRandomizations; }
+
+protected:
+    struct Unstarted {};
+    shuffleIt(int indexCount, int randomizations, Unstarted);
+
+    int mCount = 0;
+    int mRandomizations;
+};
+
+/// Samples of K positions without replacement, each pick with probability proportional to weight; O(N) a pick.
+/// "K <= weights.size()".
+class DATAINTERFACE_EXPORT weightedShuffleIt : public shuffleIt {
+public:
+    weightedShuffleIt(int K, const std::vector<double> &weights, int randomizations);
+    void next() override;
+
+private:
+    std::vector<double> mWeights;
+    std::vector<char> mPicked; ///< one flag a position, clear between picks
+};
+
+/// All K-subsets of 0 to N - 1 in lexical order. "N >= K". Counts beyond an int are clamped; the walk does not use them.
+class DATAINTERFACE_EXPORT combinationIt : public randomizationIt {
+public:
+    combinationIt();
+    combinationIt(int N, int K);
+    bool done() override { return mFinished; }
+    void next() override;
+    int nRandomizations() override { return mRandomizations; }
+    void reset();
+
+private:
+    int mN;
+    int mRandomizations;
+    bool mFinished = false;
+};
+
+/// All ordered K-arrangements of 0 to N - 1 in lexical order. "N >= K".
+class DATAINTERFACE_EXPORT permutationIt : public randomizationIt {
+public:
+    permutationIt();
+    permutationIt(int N, int K);
+    bool done() override { return mFinished; }
+    void next() override;
+    int nRandomizations() override { return mRandomizations; }
+    void reset();
+
+private:
+    int mN;
+    int mRandomizations;
+    bool mFinished = false;
+    QVector<char> mUsed; ///< one flag a value
+};

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+/// A shared array that is cloned before it is written: what matrices and vectors hold their elements in.
+#pragma once
+#include <algorithm>
+#include <cstddef>
+#include <new>
+#include <type_traits>
+
+/// Copies share one block; every non-const access first makes the block this pointer's own. Reference counts are not
+/// atomic: a share must not cross threads. T is a plain type.
+template <class T> class sharedDataPtr {
+    static_assert(std::is_trivially_copyable_v<T>, "elements are copied as bytes");
+
+public:
+    sharedDataPtr() = default;
+    /// `count` elements, contents undefined, aligned to 16 bytes whatever `align` up to that says. 0: empty.
+    sharedDataPtr(int count, int align) : mBlock(allocate(count, align)) {}
+    sharedDataPtr(int count, const T &fill, int align) : sharedDataPtr(count, align)
+    {
+        if (mBlock)
+            std::fill_n(mBlock->data, count, fill);
+    }
+    /// Adopts an array that was made with new[].
+    sharedDataPtr(T *data, int count) : mBlock(data ? new Block{data, count, 1, kForeign} : nullptr) {}
+    sharedDataPtr(const sharedDataPtr &other) : mBlock(other.mBlock)
+    {
+        if (mBlock)
+            ++mBlock->references;
+    }
+    sharedDataPtr(sharedDataPtr &&other) noexcept : mBlock(other.mBlock) { other.mBlock = nullptr; }
+    sharedDataPtr &operator=(sharedDataPtr other) noexcept
+    {
+        std::swap(mBlock, other.mBlock);
+        return *this;
+    }
+    ~sharedDataPtr() { release(mBlock); }
+
+    int count() const { return mBlock ? mBlock->count : 0; }
+    const T *data() const { return mBlock ? mBlock->data : nullptr; }
+    T *data()
+    {
+        copy();
+        return mBlock ? mBlock->data : nullptr;
+    }
+    const T &operator[](int i) const { return mBlock->data[i]; }
+    T &operator[](int i)
+    {
+        copy();
+        return mBlock->data[i];
+    }
+    bool isShared() const { return mBlock && mBlock->references > 1; }
+
+    /// Makes the block this pointer's own.
+    void copy()
+    {
+        if (isShared())
+            clone();
+    }
+
+    bool operator==(const sharedDataPtr &other) const
+    {
+        return count() == other.count() && (mBlock == other.mBlock || std::equal(data(), data() + count(), other.data()));
+    }
+    bool operator!=(const sharedDataPtr &other) const { return !(*this == other); }
+
+private:
+    static constexpr int kAlignment = 16;
+    static constexpr int kForeign = -1;
+
+    struct alignas(kAlignment) Block {
+        T *data;
+        int count;
+        int references;
+        int alignment; ///< kForeign: `data` is an array of its own and goes with delete[]
+    };
+
+    // The header and the elements behind it come from one allocation.
+    static Block *allocate(int count, int align)
+    {
+        if (count <= 0)
+            return nullptr;
+        const std::size_t bytes = sizeof(Block) + static_cast<std::size_t>(count) * sizeof(T);
+        auto *block = static_cast<Block *>(::operator new(bytes, std::align_val_t(kAlignment)));
+        return new (block) Block{reinterpret_cast<T *>(block + 1), count, 1, std::max(align, kAlignment)};
+    }
+    static void release(Block *block)
+    {
+        if (!block || --block->references > 0)
+            return;
+        if (block->alignment == kForeign) {
+            delete[] block->data;
+            delete block;
+        } else {
+            ::operator delete(block, std::align_val_t(kAlignment));
+        }
+    }
+    void clone()
+    {
+        Block *own = allocate(mBlock->count, kAlignment);
+        std::copy_n(mBlock->data, mBlock->count, own->data);
+        --mBlock->references;
+        mBlock = own;
+    }
+
+    Block *mBlock = nullptr;
+};

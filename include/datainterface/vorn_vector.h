@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+/// A vector of doubles with the value semantics of vorn_matrix.
+#pragma once
+#include "datainterface/export.h"
+#include "datainterface/sharedDataPtr.h"
+
+class DATAINTERFACE_EXPORT vorn_vector {
+public:
+    vorn_vector() = default;
+    /// Zeros. A negative size raises "Inconsistent vector size".
+    explicit vorn_vector(int n);
+    vorn_vector(int n, double fill);
+
+    int size() const { return mData.count(); }
+    /// Unchecked.
+    double operator[](int i) const { return mData[i]; }
+    double &operator[](int i) { return mData[i]; }
+    const double *data() const { return mData.data(); }
+    double *data() { return mData.data(); }
+
+    /// Keeps the leading elements; new ones are zero.
+    void resize(int n);
+    /// Drops one element, the rest moves up; "Inconsistent vector size" out of range.
+    void remove(int index);
+    double sum() const;
+    bool operator==(const vorn_vector &other) const { return mData == other.mData; }
+    bool operator!=(const vorn_vector &other) const { return !(*this == other); }
+
+private:
+    sharedDataPtr<double> mData;
+};
