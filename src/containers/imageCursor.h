@@ -55,7 +55,7 @@ public:
     {
         const auto bytes = integer<quint32>();
         if (bytes != kNullText)
-            take(bytes);
+            takeText(bytes);
     }
 
     QString text()
@@ -63,8 +63,7 @@ public:
         const auto bytes = integer<quint32>();
         if (bytes == kNullText)
             return QString();
-        mOk = mOk && bytes % 2 == 0;
-        const char *from = take(bytes);
+        const char *from = takeText(bytes);
         if (!from)
             return QString();
         QString result(static_cast<int>(bytes / 2), Qt::Uninitialized);
@@ -73,6 +72,12 @@ public:
     }
 
 private:
+    const char *takeText(quint32 bytes)
+    {
+        mOk = mOk && bytes % 2 == 0;
+        return take(bytes);
+    }
+
     const char *mImage;
     qint64 mAt;
     qint64 mSize;

@@ -1,25 +1,455 @@
 // SPDX-License-Identifier: MIT
 #include <QTemporaryDir>
+#include <random>
+#include "Common/DataManager.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/TimeContainers.h"
 #include "support/support.h"
+
+namespace {
+
+template <class T> T value(int i);
+template <> int value<int>(int i) { return i * 3 - 5; }
+template <> double value<double>(int i) { return i / 4.0; }
+template <> QString value<QString>(int i) { return i % 5 ? QString(i % 7, QChar(0x3b1 + i)) : QString(); }
+
+template <class T> QVector<T> values(int count)
+{
+    QVector<T> list;
+    for (int i = 0; i < count; ++i)
+        list.append(value<T>(i));
+    return list;
+}
+
+template <class T> QMap<TimeStamp, T> history(const QString &intervals)
+{
+    QMap<TimeStamp, T> map;
+    const QList<TimeStamp> list = stamps(intervals);
+    for (const TimeStamp &interval : list)
+        map.insert(interval, value<T>(map.size()));
+    return map;
+}
+
+QByteArray imageOf(int blockId)
+{
+    QByteArray bytes;
+    return ReadDataBlock(blockId, bytes) ? bytes : QByteArray("unknown");
+}
+
+QByteArray hex(const char *text)
+{
+    return QByteArray::fromHex(text);
+}
+
+} // namespace
+
 class TestTimeContainers : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { InitializeDataManager(mDir.path(), 1000); }
-    void cleanupTestCase() { ClearDataManager(); }
-    void smoke()
-    {
-        TimeSliceData<double> a({1, 2, 3}, {1});
-        QCOMPARE(a.GetValue(2), 3.0);
-        a.SetValue(1, 7);
-        QVERIFY(!a.IsMissing(1));
-        TimeSliceData<double> b(a);
-        QCOMPARE(b.GetValues(), (QVector<double>{1, 7, 3}));
-    }
+    void init() { InitializeDataManager(mDir.path(), 1 << 20); }
+    void cleanup() { ClearDataManager(); }
+
+    void imagesOfSlicesAreFixed();
+    void imagesOfSeriesAreFixed();
+    void imagesOfOtherWritersAreRead();
+    void sliceKeepsWhatItIsGiven();
+    void sliceWalkAgreesWithAModel();
+    void seriesKeepsWhatItIsGiven();
+    void seriesAnswersByInstant_data();
+    void seriesAnswersByInstant();
+    void entriesAreInsertedInOrder();
+    void checkOutsCount();
+    void readingWritesNothingBack();
+    void copiesStandAlone();
+    void deletingGivesTheBlockBack();
+    void changesSurviveAFailedWriteBack();
+    void stringSlicesCannotBeEmpty();
+    void unknownBlocks();
+    void imagesCutShortAreEmptyOrRefused();
+    void imagesWithAbsurdCountsAreEmptyOrRefused();
 
 private:
+    template <class T> void checkSlice();
+    template <class T> void walkSlice(unsigned seed);
+    template <class T> void checkSeries();
+    template <class T> void checkCut(const QByteArray &sliceImage, const QByteArray &seriesImage);
+
     QTemporaryDir mDir;
 };
+
+void TestTimeContainers::imagesOfSlicesAreFixed()
+{
+    const TimeSliceData<int> integers({1, -2}, {1, 300, -1});
+    QCOMPARE(imageOf(integers.BlockId()), hex("00000002 01000000 feffffff 00000003 ffffffff 00000001 0000012c"));
+    const TimeSliceData<double> decimals({1.0, -0.5}, {});
+    QCOMPARE(imageOf(decimals.BlockId()), hex("00000002 000000000000f03f 000000000000e0bf 00000000"));
+    const TimeSliceData<double> none({}, {});
+    QCOMPARE(imageOf(none.BlockId()), hex("00000000 00000000"));
+    const TimeSliceData<QString> texts({"aß", QString(), ""}, {1});
+    QCOMPARE(imageOf(texts.BlockId()), hex("00000003 00000004 0061 00df ffffffff 00000000 00000001 00000001"));
+}
+
+void TestTimeContainers::imagesOfSeriesAreFixed()
+{
+    const TimeSeriesData<int> integers(history<int>("[1, 258) [258, 300]"));
+    QCOMPARE(imageOf(integers.BlockId()),
+             hex("00000002 0100000000000000 0201000000000000 0100000000000000 fbffffff00000000"
+                 "0201000000000000 2c01000000000000 0101000000000000 feffffff00000000"));
+    const TimeSeriesData<double> decimals(history<double>("(1, 2] (3, 4]"));
+    QCOMPARE(imageOf(decimals.BlockId()),
+             hex("00000002 0100000000000000 0200000000000000 0001000000000000 0000000000000000"
+                 "0300000000000000 0400000000000000 0001000000000000 000000000000d03f"));
+    TimeSeriesData<QString> texts;
+    QCOMPARE(imageOf(texts.BlockId()), hex("00000000"));
+    texts.AddValue(stamp("[1, 2)"), "a");
+    QCOMPARE(imageOf(texts.BlockId()),
+             hex("00000001 0000000000000001 0000000000000002 00000001 00000000 00000002 0061"));
+}
+
+// Missing ids in the order of a hash, dirt in the gaps, flags that are no clean booleans.
+void TestTimeContainers::imagesOfOtherWritersAreRead()
+{
+    TimeSliceData<int> slice(SaveDataBlock(hex("00000003 01000000 02000000 03000000 00000002 00000002 00000000")));
+    QVERIFY(slice.IsMissing(2) && slice.IsMissing(0) && !slice.IsMissing(1));
+    QCOMPARE(slice.GetMissingIds(), (QSet<int>{0, 2}));
+    slice.SetMissing(1);
+    QCOMPARE(imageOf(slice.BlockId()).right(16), hex("00000003 00000000 00000001 00000002"));
+
+    TimeSeriesData<int> series(SaveDataBlock(
+        hex("00000001 0100000000000000 0500000000000000 8001aabbccddeeff 0700000012345678")));
+    int found = 0;
+    QVERIFY(series.GetValue(1, found));
+    QCOMPARE(found, 7);
+    QCOMPARE(text(series.GetIntervals()), QString("[1, 5]"));
+    series.AddValue(stamp("[7, 8]"), 9);
+    QCOMPARE(imageOf(series.BlockId()).mid(4, 32),
+             hex("0100000000000000 0500000000000000 0101000000000000 0700000000000000"));
+}
+
+template <class T> void TestTimeContainers::checkSlice()
+{
+    TimeSliceData<T> slice(values<T>(5), {1, 3});
+    QVERIFY(slice.BlockId() >= 0);
+    QCOMPARE(slice.CheckOutCount(), 0);
+    for (const bool held : {false, true}) {
+        if (held)
+            slice.CheckOut();
+        QCOMPARE(slice.GetCount(), 5);
+        QCOMPARE(slice.GetValue(4), value<T>(4));
+        QCOMPARE(slice.GetValue(5), T());
+        QVERIFY(slice.IsMissing(3) && !slice.IsMissing(0) && !slice.IsMissing(5));
+        QCOMPARE(slice.GetMissingCount(), 2);
+        QCOMPARE(slice.GetValues(), values<T>(5));
+        QCOMPARE(slice.GetMissingIds(), (QSet<int>{1, 3}));
+    }
+    QVERIFY(std::equal(slice.Data(), slice.Data() + 5, values<T>(5).constBegin()));
+    QCOMPARE(slice.MissingIds(), (QSet<int>{1, 3}));
+    slice.SetValue(3, value<T>(9)); // no longer missing
+    slice.CheckIn();
+    QCOMPARE(slice.GetMissingIds(), (QSet<int>{1}));
+    QCOMPARE(slice.GetValue(3), value<T>(9));
+    slice.SetValue(5, value<T>(1)); // no such object
+    QCOMPARE(slice.GetCount(), 5);
+    slice.Resize(7);
+    QCOMPARE(slice.GetMissingIds(), (QSet<int>{1, 5, 6}));
+    slice.Resize(6);
+    QCOMPARE(slice.GetMissingIds(), (QSet<int>{1, 5}));
+    slice.RemoveObjects({0, 2, 17, -3});
+    QCOMPARE(slice.GetValues(), (QVector<T>{value<T>(1), value<T>(9), value<T>(4), T()}));
+    QCOMPARE(slice.GetMissingIds(), (QSet<int>{0, 3}));
+}
+
+void TestTimeContainers::sliceKeepsWhatItIsGiven()
+{
+    checkSlice<int>();
+    checkSlice<double>();
+    checkSlice<QString>();
+}
+
+template <class T> void TestTimeContainers::walkSlice(unsigned seed)
+{
+    const QString where = QStringLiteral("seed %1").arg(seed);
+    std::mt19937 random(seed);
+    const auto below = [&random](int end) { return std::uniform_int_distribution<int>(0, end - 1)(random); };
+    QVector<T> model = values<T>(20);
+    QSet<int> missing{3};
+    TimeSliceData<T> slice(model, missing);
+    for (int step = 0; step < 500; ++step) {
+        const int object = below(model.size());
+        switch (below(6)) {
+        case 0: slice.CheckOut(); break;
+        case 1: slice.CheckIn(); break;
+        case 2:
+            slice.SetValue(object, value<T>(step));
+            model[object] = value<T>(step);
+            missing.remove(object);
+            break;
+        case 3:
+            slice.SetMissing(object);
+            missing.insert(object);
+            break;
+        case 4: {
+            const int count = 5 + below(40);
+            for (int id = model.size(); id < count; ++id)
+                missing.insert(id);
+            for (int id = count; id < model.size(); ++id)
+                missing.remove(id);
+            slice.Resize(count);
+            model.resize(count);
+            break;
+        }
+        default:
+            if (model.size() < 2)
+                break;
+            slice.RemoveObjects({object});
+            model.removeAt(object);
+            missing.remove(object);
+            QSet<int> moved;
+            for (const int id : std::as_const(missing))
+                moved.insert(id - (id > object));
+            missing = moved;
+        }
+        const int probe = below(model.size());
+        QVERIFY2(slice.GetCount() == model.size() && slice.GetValue(probe) == model[probe]
+                     && slice.IsMissing(probe) == missing.contains(probe), qPrintable(where));
+    }
+    QVERIFY2(slice.GetValues() == model && slice.GetMissingIds() == missing, qPrintable(where));
+}
+
+void TestTimeContainers::sliceWalkAgreesWithAModel()
+{
+    const unsigned seed = std::random_device()();
+    walkSlice<int>(seed);
+    walkSlice<double>(seed);
+    walkSlice<QString>(seed);
+}
+
+template <class T> void TestTimeContainers::checkSeries()
+{
+    const auto map = history<T>("[1, 5) [5, 8] (8, 9]");
+    TimeSeriesData<T> series(map);
+    QVERIFY(series.BlockId() >= 0);
+    QCOMPARE(series.GetCount(), 3);
+    QCOMPARE(series.GetValues(), map);
+    QCOMPARE(text(series.GetIntervals()), QString("[1, 5) [5, 8] (8, 9]"));
+    {
+        const CheckedOut<TimeSeriesData<T>> hold(series);
+        QVERIFY(series.Data()[2].value == value<T>(2));
+        series.SetEntries({{stamp("[3, 4]"), value<T>(6)}});
+    }
+    T found = value<T>(1);
+    QVERIFY(!series.GetValue(5, found));
+    QCOMPARE(found, value<T>(1));
+    QVERIFY(series.GetValue(4, found));
+    QCOMPARE(found, value<T>(6));
+    QCOMPARE(series.GetEntries().size(), 1);
+}
+
+void TestTimeContainers::seriesKeepsWhatItIsGiven()
+{
+    checkSeries<int>();
+    checkSeries<double>();
+    checkSeries<QString>();
+}
+
+void TestTimeContainers::seriesAnswersByInstant_data()
+{
+    QTest::addColumn<QString>("intervals");
+    QTest::addColumn<qint64>("time");
+    QTest::addColumn<int>("entry");
+    const auto row = [](const char *name, const char *intervals, qint64 time, int entry) {
+        QTest::newRow(name) << QString(intervals) << time << entry;
+    };
+    row("inclusive start", "[10, 20)", 10, 0);
+    row("exclusive end", "[10, 20)", 20, -1);
+    row("inclusive end", "[10, 20]", 20, 0);
+    row("exclusive start", "(10, 20]", 10, -1);
+    row("gap", "[1, 2] [5, 6]", 3, -1);
+    row("behind all", "[1, 2] [5, 6]", 7, -1);
+    row("before all", "[1, 2] [5, 6]", 0, -1);
+    row("shared end belongs to the closed one", "[1, 5) [5, 6]", 5, 1);
+    row("shared end belongs to the earlier", "[1, 5] (5, 6]", 5, 0);
+    row("shared end open on both sides", "[1, 5) (5, 6]", 5, -1);
+    row("instants", "[1, 1] [2, 2] [3, 3]", 2, 1);
+    row("no entries", "", 2, -1);
+}
+
+void TestTimeContainers::seriesAnswersByInstant()
+{
+    QFETCH(QString, intervals);
+    QFETCH(qint64, time);
+    QFETCH(int, entry);
+    const TimeSeriesData<double> decimals(history<double>(intervals));
+    const TimeSeriesData<QString> texts(history<QString>(intervals));
+    double decimal = 0;
+    QString string;
+    for (const bool decoded : {false, true}) {
+        if (decoded) {
+            decimals.CheckOut();
+            decimals.Data();
+        }
+        QCOMPARE(decimals.GetValue(time, decimal), entry >= 0);
+        QCOMPARE(texts.GetValue(time, string), entry >= 0);
+        if (entry >= 0) {
+            QCOMPARE(decimal, value<double>(entry));
+            QCOMPARE(string, value<QString>(entry));
+        }
+    }
+}
+
+void TestTimeContainers::entriesAreInsertedInOrder()
+{
+    TimeSeriesData<int> series;
+    for (const char *interval : {"[5, 6]", "[1, 2]", "[9, 9]", "(6, 8)", "(2, 4]"})
+        series.AddValue(stamp(interval), int(stamp(interval).startTime));
+    QCOMPARE(text(series.GetIntervals()), QString("[1, 2] (2, 4] [5, 6] (6, 8) [9, 9]"));
+    QCOMPARE(series.GetValues().values(), (QList<int>{1, 2, 5, 6, 9}));
+}
+
+void TestTimeContainers::checkOutsCount()
+{
+    TimeSliceData<int> slice({1, 2}, {});
+    slice.CheckIn(); // one too many is ignored
+    slice.CheckOut();
+    slice.CheckOut();
+    slice.SetValue(0, 7);
+    slice.CheckIn();
+    QCOMPARE(imageOf(slice.BlockId()).mid(4, 4), hex("01000000"));
+    QCOMPARE(slice.Data()[0], 7); // still held once
+    slice.CheckIn();
+    QCOMPARE(imageOf(slice.BlockId()).mid(4, 4), hex("07000000"));
+    QCOMPARE(raisedText([&] { slice.Data(); }), QString("not checked out"));
+}
+
+void TestTimeContainers::readingWritesNothingBack()
+{
+    TimeSliceData<double> slice(values<double>(10), {1});
+    const int block = slice.BlockId();
+    slice.CheckOut();
+    slice.Data();
+    slice.MissingIds();
+    ReplaceDataBlock(block, hex("00000000 00000000")); // a write-back would undo this
+    slice.CheckIn();
+    QCOMPARE(slice.GetCount(), 0);
+}
+
+void TestTimeContainers::copiesStandAlone()
+{
+    auto slice = std::make_unique<TimeSliceData<QString>>(values<QString>(4), QSet<int>{2});
+    slice->CheckOut();
+    slice->SetValue(0, "new"); // not written back yet
+    const TimeSliceData<QString> copy(*slice);
+    QVERIFY(copy.BlockId() != slice->BlockId());
+    slice->CheckIn();
+    slice.reset();
+    QCOMPARE(copy.GetValue(0), QString("new"));
+    QCOMPARE(copy.GetMissingIds(), (QSet<int>{2}));
+
+    auto series = std::make_unique<TimeSeriesData<int>>(history<int>("[1, 2] [3, 4]"));
+    TimeSeriesData<int> other(*series);
+    series.reset();
+    other.AddValue(stamp("[5, 6]"), 1);
+    QCOMPARE(other.GetCount(), 3);
+}
+
+void TestTimeContainers::deletingGivesTheBlockBack()
+{
+    int block = -1;
+    {
+        const TimeSliceData<int> slice({1}, {});
+        block = slice.BlockId();
+    }
+    QCOMPARE(imageOf(block), QByteArray("unknown"));
+}
+
+// Without a scratch file nothing that outgrows the cache can be written back.
+void TestTimeContainers::changesSurviveAFailedWriteBack()
+{
+    TimeSliceData<int> slice(values<int>(10), {});
+    ClearDataManager();
+    slice.CheckOut();
+    slice.Resize(1 << 19);
+    QCOMPARE(raisedText([&] { slice.CheckIn(); }), QString("result"));
+    QCOMPARE(slice.CheckOutCount(), 0);
+    ResetDataManager();
+    slice.CheckOut(); // pages nothing in over what is newer
+    QVERIFY(slice.IsMissing(1000));
+    slice.CheckIn();
+    QCOMPARE(slice.GetCount(), 1 << 19);
+    QVERIFY(slice.IsMissing(1000));
+}
+
+void TestTimeContainers::stringSlicesCannotBeEmpty()
+{
+    QCOMPARE(raisedText([] { TimeSliceData<QString> slice({}, {}); }), QString("empty dataset"));
+    const TimeSliceData<QString> loaded(SaveDataBlock(hex("00000000 00000000")));
+    QCOMPARE(raisedText([&] { loaded.CheckOut(); }), QString("size"));
+    QCOMPARE(loaded.CheckOutCount(), 0);
+}
+
+void TestTimeContainers::unknownBlocks()
+{
+    for (const int id : {-1, 77}) {
+        QCOMPARE(TimeSliceData<int>(id).GetCount(), 0);
+        QCOMPARE(TimeSliceData<double>(id).GetValue(3), 0.0);
+        QCOMPARE(TimeSeriesData<double>(id).GetCount(), 0);
+        try {
+            TimeSliceData<QString>(id).GetCount();
+            QFAIL("read an unknown block");
+        } catch (const vorn_error &error) {
+            QVERIFY(QByteArray(error.what()).startsWith("\"Invalid block id\"\n(TimeSliceData, line "));
+        }
+        try {
+            TimeSeriesData<QString>(id).GetCount();
+            QFAIL("read an unknown block");
+        } catch (const vorn_error &error) {
+            QVERIFY(QByteArray(error.what()).startsWith("\"Invalid block id\"\n(TimeSeriesData, line "));
+        }
+    }
+}
+
+template <class T> void TestTimeContainers::checkCut(const QByteArray &sliceImage, const QByteArray &seriesImage)
+{
+    for (int length = 0; length < sliceImage.size(); ++length) {
+        const TimeSliceData<T> slice(SaveDataBlock(sliceImage.left(length)));
+        int count = -1;
+        const QString raised = raisedText([&] { count = slice.GetCount(); });
+        QVERIFY2(std::is_arithmetic_v<T> ? count == 0 : raised == "Invalid block id", qPrintable(QString::number(length)));
+    }
+    for (int length = 0; length < seriesImage.size(); ++length) {
+        const TimeSeriesData<T> series(SaveDataBlock(seriesImage.left(length)));
+        int count = -1;
+        const QString raised = raisedText([&] { count = series.GetCount(); });
+        QVERIFY2(std::is_arithmetic_v<T> ? count == 0 : raised == "Invalid block id", qPrintable(QString::number(length)));
+    }
+}
+
+void TestTimeContainers::imagesCutShortAreEmptyOrRefused()
+{
+    const auto check = [this](auto element) {
+        using T = decltype(element);
+        const TimeSliceData<T> slice(values<T>(4), {0, 2});
+        const TimeSeriesData<T> series(history<T>("[1, 2] [3, 4]"));
+        checkCut<T>(imageOf(slice.BlockId()), imageOf(series.BlockId()));
+    };
+    check(0);
+    check(0.0);
+    check(QString());
+}
+
+void TestTimeContainers::imagesWithAbsurdCountsAreEmptyOrRefused()
+{
+    for (const char *image : {"ffffffff00000000", "7fffffff00000000", "80000000000000000000000000000000",
+                              "00000000ffffffff", "000000007fffffff"}) {
+        QCOMPARE(TimeSliceData<int>(SaveDataBlock(hex(image))).GetMissingIds(), QSet<int>());
+        QCOMPARE(TimeSliceData<double>(SaveDataBlock(hex(image))).GetValues(), QVector<double>());
+        QVERIFY(!raisedText([&] { TimeSliceData<QString>(SaveDataBlock(hex(image))).GetCount(); }).isNull());
+        QCOMPARE(TimeSeriesData<double>(SaveDataBlock(hex(image))).GetEntries().size(), 0);
+    }
+    // A text whose length is odd, or larger than what follows.
+    for (const char *image : {"00000001 00000003 006100 00000000", "00000001 fffffffe 0061 00000000"})
+        QCOMPARE(raisedText([&] { TimeSliceData<QString>(SaveDataBlock(hex(image))).GetValues(); }), QString("Invalid block id"));
+}
+
 QTEST_GUILESS_MAIN(TestTimeContainers)
 #include "tst_timeContainers.moc"

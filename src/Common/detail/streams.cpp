@@ -12,6 +12,8 @@ namespace datainterface {
 namespace {
 
 constexpr int kMaxVariantDepth = 32;
+// Qt 4 numbered float, long and the other small types from here on.
+constexpr quint32 kFirstQt4CoreType = 128;
 constexpr qint64 kMaxZlibRatio = 1032;
 constexpr qint64 kMaxArrayBytes = std::numeric_limits<int>::max() - 64; // QByteArray's own header counts
 constexpr qint64 kUnaskedBytes = 64 * 1024;
@@ -58,9 +60,13 @@ bool readVariant(QDataStream &in, QVariant &value, int depth)
     in >> type >> isNull;
     if (in.status() != QDataStream::Ok)
         return false;
+    const bool isOfQt4 = in.version() < QDataStream::Qt_5_0;
+    if (isOfQt4 && type >= kFirstQt4CoreType)
+        type -= kFirstQt4CoreType - QMetaType::VoidStar;
     if (type == QMetaType::UnknownType) {
-        QString padding; // an invalid variant is followed by an empty text
-        in >> padding;
+        QString padding; // followed an invalid variant in Qt 4
+        if (isOfQt4)
+            in >> padding;
         value = QVariant();
         return in.status() == QDataStream::Ok;
     }

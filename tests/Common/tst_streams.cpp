@@ -1,0 +1,233 @@
+// SPDX-License-Identifier: MIT
+#include <QColor>
+#include <QDate>
+#include <QIODevice>
+#include <cstring>
+#include "Common/detail/streams.h"
+#include "support/support.h"
+
+using namespace datainterface;
+
+namespace {
+
+// A device that cannot tell how much is left.
+class Pipe : public QIODevice {
+public:
+    explicit Pipe(const QByteArray &bytes) : mBytes(bytes) { open(QIODevice::ReadOnly | QIODevice::Unbuffered); }
+    bool isSequential() const override { return true; }
+
+protected:
+    qint64 readData(char *to, qint64 most) override
+    {
+        const qint64 count = std::min<qint64>(most, mBytes.size() - mAt);
+        std::memcpy(to, mBytes.constData() + mAt, static_cast<size_t>(count));
+        mAt += count;
+        return count;
+    }
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    QByteArray mBytes;
+    qint64 mAt = 0;
+};
+
+QByteArray nested(int depth)
+{
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    QVariant value(1);
+    for (int i = 0; i < depth; ++i)
+        value = QVariantList{value};
+    out << QMap<QString, QVariant>{{"a", value}};
+    return bytes;
+}
+
+
+} // namespace
+
+class TestStreams : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void formsAreFixed();
+    void countsAreHeldAgainstTheBytesLeft_data();
+    void countsAreHeldAgainstTheBytesLeft();
+    void bytesAreReadFromDevicesThatCannotTell();
+    void unpackingIsThatOfQt_data();
+    void unpackingIsThatOfQt();
+    void corruptPacksAreRefused();
+    void metadataIsReadBack();
+    void metadataOfQt4IsRead();
+    void cutMetadataSetsTheStatus();
+    void deepOrForeignMetadataIsRefused();
+    void listsEndEmptyWhenTheStreamTurnsBad();
+};
+
+// What rests on the version of the stream and on Qt's own forms: a new Qt must not move a byte.
+void TestStreams::formsAreFixed()
+{
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    writeIntSet(out, {300, -1, 2});
+    QCOMPARE(bytes.toHex(), QByteArray("00000003ffffffff000000020000012c"));
+
+    bytes.clear();
+    BytesWriter map(&bytes);
+    map << QMap<QString, QVariant>{{"a", 1}, {"b", QVariant()}};
+    QCOMPARE(bytes.toHex(), QByteArray("00000002" "000000020062" "0000000001"
+                                       "000000020061" "00000002" "00" "00000001"));
+    bytes.clear();
+    BytesWriter number(&bytes);
+    number << 1.0f << QVector<double>{-2.0};
+    QCOMPARE(bytes.toHex(), QByteArray("3ff0000000000000" "00000001c000000000000000"));
+}
+
+void TestStreams::countsAreHeldAgainstTheBytesLeft_data()
+{
+    QTest::addColumn<QByteArray>("hex");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("status");
+    QTest::newRow("as many as fit") << QByteArray("000000020000000000000000") << 2 << int(QDataStream::Ok);
+    QTest::newRow("one too many") << QByteArray("000000030000000000000000") << 0 << int(QDataStream::ReadCorruptData);
+    QTest::newRow("negative") << QByteArray("ffffffff0000000000000000") << 0 << int(QDataStream::ReadCorruptData);
+    QTest::newRow("largest") << QByteArray("7fffffff0000000000000000") << 0 << int(QDataStream::ReadCorruptData);
+    QTest::newRow("cut") << QByteArray("000000") << 0 << int(QDataStream::ReadPastEnd);
+}
+
+void TestStreams::countsAreHeldAgainstTheBytesLeft()
+{
+    QFETCH(QByteArray, hex);
+    QFETCH(int, count);
+    QFETCH(int, status);
+    const QByteArray bytes = QByteArray::fromHex(hex);
+    BytesReader in(bytes);
+    QCOMPARE(readCount(in, 4), count);
+    QCOMPARE(int(in.status()), status);
+}
+
+void TestStreams::bytesAreReadFromDevicesThatCannotTell()
+{
+    QByteArray large(40 << 20, 'x');
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    out << large;
+    for (const bool isCut : {false, true}) {
+        Pipe pipe(isCut ? bytes.chopped(1) : bytes);
+        QDataStream in(&pipe);
+        QByteArray found;
+        QCOMPARE(readBytes(in, found), !isCut);
+        QVERIFY(found == (isCut ? QByteArray() : large));
+    }
+    // 2 GiB announced, nothing there: fails after one step, not after 2 GiB.
+    Pipe pipe(QByteArray::fromHex("7fffff00"));
+    QDataStream in(&pipe);
+    QByteArray found;
+    QVERIFY(!readBytes(in, found));
+}
+
+void TestStreams::unpackingIsThatOfQt_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("one byte") << QByteArray("a");
+    QTest::newRow("zeros, the best that zlib can do") << QByteArray(10 << 20, '\0');
+    QByteArray noise(100000, '\0');
+    quint32 state = 1;
+    for (char &byte : noise)
+        byte = static_cast<char>((state = state * 1664525U + 1013904223U) >> 24);
+    QTest::newRow("noise") << noise;
+}
+
+void TestStreams::unpackingIsThatOfQt()
+{
+    QFETCH(QByteArray, bytes);
+    for (const int level : {0, 1, 9}) {
+        QByteArray found("before");
+        QVERIFY(inflateBytes(qCompress(bytes, level), found));
+        QVERIFY(found == bytes);
+    }
+}
+
+void TestStreams::corruptPacksAreRefused()
+{
+    const QByteArray packed = qCompress(QByteArray(1000, 'a') + QByteArray(1000, 'b'), 9);
+    QByteArray found;
+    for (int length = 1; length < packed.size(); ++length)
+        QVERIFY2(!inflateBytes(packed.left(length), found) && found.isEmpty(), QByteArray::number(length));
+    for (int i = 0; i < packed.size(); ++i) {
+        QByteArray damaged = packed;
+        damaged[i] = static_cast<char>(damaged[i] ^ 0x41);
+        QVERIFY2(!inflateBytes(damaged, found) && found.isEmpty(), QByteArray::number(i));
+    }
+    QVERIFY(!inflateBytes(packed, found, 1999));
+    QVERIFY(inflateBytes(packed, found, 2000));
+}
+
+void TestStreams::metadataIsReadBack()
+{
+    const QMap<QString, QVariant> map{
+        {"list", QVariantList{1, "two", 3.0, QVariant()}}, {"map", QVariantMap{{"x", QStringList{"a", "b"}}}},
+        {"bytes", QByteArray("ab")}, {"date", QDate(2001, 2, 3)}, {"null", QVariant(QVariant::Int)},
+        {"colour", QColor(Qt::red)}, {"no", false}};
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    out << map;
+    BytesReader in(bytes);
+    QMap<QString, QVariant> found;
+    QVERIFY(readVariantMap(in, found));
+    QCOMPARE(found, map);
+    QVERIFY(found["null"].isNull() && in.atEnd());
+}
+
+// A float is type 135 there, and an empty text follows an invalid variant.
+void TestStreams::metadataOfQt4IsRead()
+{
+    const QByteArray bytes = QByteArray::fromHex("00000002 00000002 0062 00000000 01 ffffffff"
+                                                 "00000002 0061 00000087 00 3ff8000000000000");
+    BytesReader in(bytes);
+    in.setVersion(QDataStream::Qt_4_6);
+    QMap<QString, QVariant> found;
+    QVERIFY(readVariantMap(in, found));
+    QVERIFY(in.atEnd() && !found["b"].isValid());
+    QCOMPARE(found["a"].toFloat(), 1.5f);
+}
+
+void TestStreams::cutMetadataSetsTheStatus()
+{
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    out << QMap<QString, QVariant>{{"list", QVariantList{1, "two", QVariantMap{{"k", QByteArray("ab")}}}}};
+    for (int length = 0; length < bytes.size(); ++length) {
+        const QByteArray cut = bytes.left(length);
+        BytesReader in(cut);
+        QMap<QString, QVariant> found;
+        QVERIFY2(!readVariantMap(in, found) && found.isEmpty(), QByteArray::number(length));
+    }
+}
+
+// A list nested a hundred thousand times overflows the stack of a reader that follows it.
+void TestStreams::deepOrForeignMetadataIsRefused()
+{
+    QMap<QString, QVariant> found;
+    const QByteArray shallow = nested(31);
+    BytesReader allowed(shallow);
+    QVERIFY(readVariantMap(allowed, found));
+    const QByteArray deep = nested(33);
+    BytesReader refused(deep);
+    QVERIFY(!readVariantMap(refused, found));
+    const QByteArray pixmap = QByteArray::fromHex("00000001 00000002 0061 00000041 00 00000000");
+    BytesReader foreign(pixmap);
+    QVERIFY(!readVariantMap(foreign, found));
+    QCOMPARE(foreign.status(), QDataStream::ReadCorruptData);
+}
+
+void TestStreams::listsEndEmptyWhenTheStreamTurnsBad()
+{
+    const QByteArray bytes = QByteArray::fromHex("00000002 00000002 0061 000000ff 0062");
+    BytesReader in(bytes);
+    QVector<QString> found{"before"};
+    QVERIFY(!readList(in, found, 4));
+    QVERIFY(found.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestStreams)
+#include "tst_streams.moc"
