@@ -9,7 +9,9 @@
 #include "fennimark/export.h"
 
 class FMPolygon;
+namespace fennimark {
 class PointForest;
+}
 
 /// One hit. Queries around a place fill all of it; the rectangle and the polygon query leave distance and angle 0.
 struct ptTreeQueryResult {
@@ -18,7 +20,7 @@ struct ptTreeQueryResult {
     double distance = 0.0; ///< Squared, in map units.
     double angle = 0.0;    ///< From the place asked about to the hit, radians, counter-clockwise from the x axis.
 };
-Q_DECLARE_TYPEINFO(ptTreeQueryResult, Q_PRIMITIVE_TYPE);
+Q_DECLARE_TYPEINFO(ptTreeQueryResult, Q_MOVABLE_TYPE);
 
 /// Points may be added and removed at any time; the structure is rearranged by the queries that follow. Several points
 /// may share a place, and several an id.
@@ -48,7 +50,7 @@ public:
     bool RemovePointFromSet(const QPointF &point, int id);
 
     /// Opens a cursor on the points by ascending distance and gives the nearest. The cursor keeps a copy of `exclude`
-    /// and outlives changes of the tree: it goes on with what lies farther than its last group of ties. Finish it with
+    /// and outlives changes of the tree: it goes on behind its last hit in the order of distance and id. Finish it with
     /// DoneWithNeighborSearch, whatever came back.
     /// @return false when there is no point.
     bool GetFirstNearestNeighbor(const QPointF &place, const QSet<int> &exclude, ptTreeQueryResult &hit,
@@ -72,5 +74,5 @@ public:
                             QVector<ptTreeQueryResult> &hits) const;
 
 private:
-    std::unique_ptr<PointForest> mForest;
+    std::unique_ptr<fennimark::PointForest> mForest;
 };

@@ -1,0 +1,338 @@
+// SPDX-License-Identifier: MIT
+#include "pointForest.h"
+#include <cmath>
+#include <cstring>
+
+namespace fennimark {
+namespace {
+
+constexpr size_t kNewcomers = 64;
+constexpr size_t kAbsorbed = 3; // times the newcomers' number
+constexpr int kFirstBatch = 12;
+constexpr int kLargestBatch = 1 << 20;
+constexpr int kTieUlps = 4;
+constexpr int kExponents = 2048;
+constexpr int kMantissaBits = 52;
+constexpr int kExponentBias = 1023;
+
+int exponentOf(const IdPoint &point)
+{
+    const double larger = std::max(std::abs(point.x), std::abs(point.y));
+    quint64 bits;
+    std::memcpy(&bits, &larger, sizeof bits);
+    return static_cast<int>(bits >> kMantissaBits);
+}
+
+bool isFinite(const QPointF &place)
+{
+    return std::isfinite(place.x()) && std::isfinite(place.y());
+}
+
+ptTreeQueryResult result(const IdPoint &point, const QPointF &place, double distance)
+{
+    ptTreeQueryResult hit;
+    hit.point = QPointF(point.x, point.y);
+    hit.id = point.id;
+    hit.distance = distance;
+    hit.angle = std::atan2(point.y - place.y(), point.x - place.x());
+    return hit;
+}
+
+} // namespace
+
+struct PointForest::Cursor {
+    struct Hit {
+        IdPoint point;
+        double distance;
+    };
+    QPointF place;
+    QSet<int> exclude;
+    PointHit last; // handed out last
+    bool hasLast;
+    std::vector<Hit> batch;
+    size_t next;
+    int batchSize;
+    quint64 version;
+};
+
+PointForest::PointForest() : mExponents(kExponents) {}
+PointForest::~PointForest() = default;
+
+PointForest::PointForest(const PointForest &other)
+    : mTrees(other.mTrees), mNewcomers(other.mNewcomers), mExponents(other.mExponents),
+      mTopExponent(other.mTopExponent), mLive(other.mLive), mQueries(other.mQueries)
+{
+}
+
+PointForest &PointForest::operator=(const PointForest &other)
+{
+    mTrees = other.mTrees;
+    mNewcomers = other.mNewcomers;
+    mExponents = other.mExponents;
+    mTopExponent = other.mTopExponent;
+    mLive = other.mLive;
+    changed();
+    return *this;
+}
+
+void PointForest::changed()
+{
+    ++mVersion;
+    mQueries = 0;
+}
+
+void PointForest::clear()
+{
+    mTrees.clear();
+    mNewcomers.clear();
+    std::fill(mExponents.begin(), mExponents.end(), 0);
+    mTopExponent = 0;
+    mLive = 0;
+    changed();
+}
+
+bool PointForest::setPoints(std::vector<IdPoint> points, const PointTree::Progress &progress)
+{
+    clear();
+    if (points.empty())
+        return true;
+    auto tree = PointTree::build(points, progress);
+    if (!tree)
+        return false;
+    for (const IdPoint &point : points)
+        countExponent(point, 1);
+    mLive = points.size();
+    mTrees.push_back(std::move(tree));
+    return true;
+}
+
+void PointForest::add(const IdPoint &point)
+{
+    mNewcomers.push_back(point);
+    countExponent(point, 1);
+    ++mLive;
+    changed();
+}
+
+bool PointForest::remove(const IdPoint &point)
+{
+    if (mNewcomers.size() > kNewcomers)
+        arrange();
+    const auto same = [&point](const IdPoint &other) {
+        return other.x == point.x && other.y == point.y && other.id == point.id;
+    };
+    const auto newcomer = std::find_if(mNewcomers.begin(), mNewcomers.end(), same);
+    bool found = newcomer != mNewcomers.end();
+    if (found)
+        mNewcomers.erase(newcomer);
+    for (size_t i = 0; i < mTrees.size() && !found; ++i) {
+        const quint32 slot = mTrees[i]->find(point.x, point.y, point.id);
+        found = slot < mTrees[i]->slotCount();
+        if (!found)
+            continue;
+        if (mTrees[i].use_count() > 1)
+            mTrees[i] = std::make_shared<PointTree>(*mTrees[i]);
+        mTrees[i]->remove(slot);
+    }
+    if (!found)
+        return false;
+    countExponent(point, -1);
+    --mLive;
+    changed();
+    return true;
+}
+
+void PointForest::countExponent(const IdPoint &point, int by)
+{
+    const int exponent = exponentOf(point);
+    mExponents[exponent] += by;
+    mTopExponent = std::max(mTopExponent, exponent);
+    while (mTopExponent > 0 && mExponents[mTopExponent] == 0)
+        --mTopExponent;
+}
+
+double PointForest::tolerance() const
+{
+    return std::ldexp(kTieUlps, std::max(mTopExponent, 1) - kExponentBias - kMantissaBits);
+}
+
+// Before every query.
+void PointForest::arrange()
+{
+    ++mQueries;
+    for (size_t i = mTrees.size(); i-- > 0;) {
+        if (2 * mTrees[i]->liveCount() < mTrees[i]->slotCount())
+            rebuild(i);
+    }
+    if (mNewcomers.size() > kNewcomers)
+        absorbNewcomers();
+    if (mQueries > mLive / 2 && mTrees.size() + !mNewcomers.empty() > 1)
+        rebuild(0);
+}
+
+void PointForest::absorbNewcomers()
+{
+    size_t points = mNewcomers.size();
+    size_t first = mTrees.size();
+    while (first > 0 && mTrees[first - 1]->liveCount() <= kAbsorbed * points)
+        points += mTrees[--first]->liveCount();
+    rebuild(first);
+}
+
+// Makes one tree of the newcomers and of the trees from `firstTree` on.
+void PointForest::rebuild(size_t firstTree)
+{
+    std::vector<IdPoint> points;
+    points.swap(mNewcomers);
+    for (size_t i = firstTree; i < mTrees.size(); ++i)
+        mTrees[i]->appendLive(points);
+    mTrees.resize(firstTree);
+    if (!points.empty())
+        mTrees.push_back(PointTree::build(points));
+}
+
+IdPoint PointForest::pointAt(quint32 slot) const
+{
+    for (const auto &tree : mTrees) {
+        if (slot < tree->slotCount())
+            return tree->point(slot);
+        slot -= tree->slotCount();
+    }
+    return mNewcomers[slot];
+}
+
+// Slots are counted through the trees and the newcomers.
+template <class Sink> struct ShiftedSink {
+    Sink &sink;
+    quint32 base;
+    double limit() const { return sink.limit(); }
+    void offer(double distance, int id, quint32 slot) { sink.offer(distance, id, base + slot); }
+};
+
+template <class Sink> void PointForest::visitNear(const QPointF &place, Sink &sink) const
+{
+    quint32 base = 0;
+    for (const auto &tree : mTrees) {
+        ShiftedSink<Sink> shifted{sink, base};
+        tree->visitNear(place.x(), place.y(), shifted);
+        base += tree->slotCount();
+    }
+    for (const IdPoint &point : mNewcomers) {
+        const double dx = point.x - place.x();
+        const double dy = point.y - place.y();
+        const double distance = dx * dx + dy * dy;
+        if (distance <= sink.limit())
+            sink.offer(distance, point.id, base);
+        ++base;
+    }
+}
+
+size_t PointForest::collectNearest(const QPointF &place, int count, const ExcludedIds &excluded, const PointHit *after)
+{
+    mHits.clear();
+    if (count < 1 || mLive == 0 || !isFinite(place))
+        return 0;
+    arrange();
+    NearestHits sink(mHits, mTies, std::min(static_cast<size_t>(count), mLive), tolerance(), excluded, after);
+    visitNear(place, sink);
+    return sink.finish();
+}
+
+bool PointForest::nearest(const QPointF &place, int count, const QSet<int> &exclude, QVector<ptTreeQueryResult> &hits)
+{
+    const size_t tied = collectNearest(place, count, ExcludedIds(exclude), nullptr);
+    const size_t found = mHits.size();
+    if (found > static_cast<size_t>(std::max(count, 0))) {
+        // Callers that count the ties compare distances exactly.
+        const auto group = mHits.end() - static_cast<std::ptrdiff_t>(tied);
+        const double distance = mHits[static_cast<size_t>(count) - 1].distance;
+        std::for_each(group, mHits.end(), [distance](PointHit &hit) { hit.distance = distance; });
+        std::sort(group, mHits.end());
+    }
+    hits.resize(static_cast<int>(found));
+    for (size_t i = 0; i < found; ++i)
+        hits[static_cast<int>(i)] = result(pointAt(mHits[i].slot), place, mHits[i].distance);
+    return found > 0;
+}
+
+void PointForest::within(const QPointF &place, double squaredRange, const QSet<int> &exclude,
+                         QVector<ptTreeQueryResult> &hits)
+{
+    hits.clear();
+    if (!isFinite(place))
+        return;
+    arrange();
+    const ExcludedIds excluded(exclude);
+    HitsWithin sink(mHits, squaredRange, excluded);
+    visitNear(place, sink);
+    std::sort(mHits.begin(), mHits.end());
+    hits.reserve(static_cast<int>(mHits.size()));
+    for (const PointHit &hit : mHits)
+        hits.append(result(pointAt(hit.slot), place, hit.distance));
+}
+
+void *PointForest::openCursor(const QPointF &place, const QSet<int> &exclude)
+{
+    if (mClosedCursors.empty())
+        mClosedCursors.push_back(std::make_unique<Cursor>());
+    mCursors.push_back(std::move(mClosedCursors.back()));
+    mClosedCursors.pop_back();
+    Cursor &cursor = *mCursors.back();
+    cursor.place = place;
+    cursor.exclude = exclude;
+    cursor.hasLast = false;
+    cursor.batch.clear();
+    cursor.next = 0;
+    cursor.batchSize = kFirstBatch;
+    return &cursor;
+}
+
+PointForest::Cursor *PointForest::findCursor(void *cursor) const
+{
+    for (auto it = mCursors.rbegin(); it != mCursors.rend(); ++it) {
+        if (it->get() == cursor)
+            return it->get();
+    }
+    return nullptr;
+}
+
+// All ties of its last hit are in a batch, so that the next one begins behind them.
+bool PointForest::fetch(Cursor &cursor)
+{
+    collectNearest(cursor.place, cursor.batchSize, ExcludedIds(cursor.exclude), cursor.hasLast ? &cursor.last : nullptr);
+    cursor.batch.clear();
+    for (const PointHit &hit : mHits)
+        cursor.batch.push_back({pointAt(hit.slot), hit.distance});
+    cursor.next = 0;
+    cursor.batchSize = std::min(2 * cursor.batchSize, kLargestBatch);
+    cursor.version = mVersion;
+    return !cursor.batch.empty();
+}
+
+bool PointForest::next(void *handle, ptTreeQueryResult &hit)
+{
+    Cursor *cursor = findCursor(handle);
+    if (!cursor)
+        return false;
+    if ((cursor->next == cursor->batch.size() || cursor->version != mVersion) && !fetch(*cursor))
+        return false;
+    const Cursor::Hit &found = cursor->batch[cursor->next++];
+    cursor->last = {found.distance, found.point.id, 0};
+    cursor->hasLast = true;
+    hit = result(found.point, cursor->place, found.distance);
+    return true;
+}
+
+void PointForest::closeCursor(void *handle)
+{
+    for (size_t i = mCursors.size(); i-- > 0;) {
+        if (mCursors[i].get() != handle)
+            continue;
+        mCursors[i]->exclude.clear();
+        mClosedCursors.push_back(std::move(mCursors[i]));
+        mCursors.erase(mCursors.begin() + static_cast<std::ptrdiff_t>(i));
+        return;
+    }
+}
+
+} // namespace fennimark
