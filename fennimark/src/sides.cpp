@@ -218,13 +218,23 @@ Sides sidesOf(const Shape &shape, const QPointF &place)
     return {where == Place::Inside, where == Place::Inside, where == Place::Boundary};
 }
 
+bool isOnePlace(const Shape &path, quint32 part)
+{
+    const quint32 first = path.partBegin(part);
+    quint32 i = first;
+    while (i < path.partEnd(part) && samePlace(path.vertex(i), path.vertex(first)))
+        ++i;
+    return i == path.partEnd(part);
+}
+
 } // namespace
 
-void SideWalk::cut(const QPointF &from, const QPointF &to)
+void SideWalk::cut(quint32 index, const QPointF &from, const QPointF &to)
 {
     mPieces.clear();
     if (samePlace(from, to)) {
-        mPieces.push_back({sidesOf(mFirst, from), sidesOf(mSecond, from)});
+        if (isOnePlace(mPath, mPath.partOf(index)))
+            mPieces.push_back({sidesOf(mFirst, from), sidesOf(mSecond, from)});
         return;
     }
     Cutter cutter(from, to);

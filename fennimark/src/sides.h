@@ -21,7 +21,7 @@ struct Sides {
 };
 
 /// The pieces of the segments of `path`, seen from two shapes (one of which may be path's own): visit(first, second)
-/// until it returns false; whether it never did. A segment without length is one piece.
+/// until it returns false; whether it never did. A part that is all at one place is one piece.
 class SideWalk {
 public:
     SideWalk(const Shape &path, const Shape &first, const Shape &second)
@@ -31,8 +31,8 @@ public:
 
     template <class Visit> bool visitPieces(Visit visit)
     {
-        return mPath.visitSegments(0, mPath.vertexCount(), [&](quint32, const QPointF &from, const QPointF &to) {
-            cut(from, to);
+        return mPath.visitSegments(0, mPath.vertexCount(), [&](quint32 index, const QPointF &from, const QPointF &to) {
+            cut(index, from, to);
             for (const auto &piece : mPieces) {
                 if (!visit(piece.first, piece.second))
                     return false;
@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    void cut(const QPointF &from, const QPointF &to);
+    void cut(quint32 index, const QPointF &from, const QPointF &to);
 
     const Shape &mPath;
     const Shape &mFirst;
