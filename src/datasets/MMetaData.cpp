@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#include "datainterface/MMetaData.h"
+#include "Common/detail/streams.h"
+#include "datainterface/VersionAPI.h"
+
+namespace {
+
+constexpr int kFirstWithVariants = 180000;
+constexpr qint64 kMinTextPairBytes = 8;
+
+} // namespace
+
+MMetaData::~MMetaData() = default;
+
+void MMetaData::setTag(const QString &key, const QVariant &value)
+{
+    mTags.insert(key, value);
+}
+
+bool MMetaData::addTextToTag(const QString &key, const QString &text)
+{
+    const auto tag = mTags.find(key);
+    if (tag == mTags.end()) {
+        mTags.insert(key, text);
+        return true;
+    }
+    if (tag->type() != QVariant::String)
+        return false;
+    *tag = QString(tag->toString() + text);
+    return true;
+}
+
+bool MMetaData::tagExists(const QString &key) const
+{
+    return mTags.contains(key);
+}
+
+QList<QString> MMetaData::getTags() const
+{
+    return mTags.keys();
+}
+
+QVariant MMetaData::operator[](const QString &key) const
+{
+    return mTags.value(key);
+}
+
+QDataStream &operator<<(QDataStream &out, const MMetaData &metaData)
+{
+    return out << metaData.values();
+}
+
+QDataStream &operator>>(QDataStream &in, MMetaData &metaData)
+{
+    if (dataInterfaceVersionLoading >= kFirstWithVariants) {
+        datainterface::readVariantMap(in, metaData.mTags);
+        return in;
+    }
+    QMap<QString, QString> texts;
+    datainterface::readMap(in, texts, kMinTextPairBytes);
+    metaData.mTags.clear();
+    for (auto text = texts.cbegin(); text != texts.cend(); ++text)
+        metaData.mTags.insert(text.key(), text.value());
+    return in;
+}
