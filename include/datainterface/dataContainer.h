@@ -11,6 +11,7 @@
 #include "datainterface/half.h"
 
 class MDataset;
+class MVectorDataset;
 class VORN_ConstDataContainer;
 
 /// Values of the caller's own. An id out of range raises "id>=0 and id<nObjects" in every read of a value, an empty
@@ -190,14 +191,14 @@ private:
     friend struct ContainerAccess;
     const MDataset *dataset() const;
     void copyFields(const VORN_ConstDataContainer &other);
-    void checkOut();
+    void loadVector(const MVectorDataset &dataset);
     void release() noexcept;
 
     DataType mType = VORN_DataContainer::NoData;
     int mDataSourceId = -1;
     int mDatasetId = -1;
     bool mInterp = false;
-    bool mCheckedOut = false;
+    mutable int mHeld = 0; ///< check-outs of the values at mTime that this container owes a check-in
     qint64 mTime = 0;
     int mRealization = 0;
     int nObjects = 0;
