@@ -200,7 +200,6 @@ private:
 
     void forwardSignalsTo(MDataSource *source);
     void readTags(QDataStream &in);
-    bool readPath(QDataStream &in);
     void readStatistics(QDataStream &in);
     void readVariogramModels(QDataStream &in);
 };

@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: MIT
+// The part of a dataset's stream form that both kinds share. Numbers are big-endian; maps stand as a count and their
+// pairs from the last key to the first.
+//
+//   int32 kind, int32 id, int32 data type, int8 static, metadata, time bounds (24 bytes),
+//   path: int32 count of (name, int32 id); int32 realizations;
+//   statistics: int32 count of (map of TimeStamp to record, record); int32 next model id; map of int32 to model
+#include "Common/detail/streams.h"
+#include "datainterface/MDataset.h"
+#include "datainterface/VersionAPI.h"
+
+using datainterface::readList;
+using datainterface::readMap;
+
+namespace {
+
+// Versions at which the form changed.
+constexpr int kHasPath = 120000;
+constexpr int kHasRealizations = 130000;
+constexpr int kHasLongForm = 130000;
+constexpr int kHasMetaDataTags = 170004;
+constexpr int kHasStatic = 170006;
+constexpr int kNameIsTag = 170009;
+constexpr int kAttributesAreTags = 180000;
+constexpr int kHasDataType = 201001;
+constexpr int kNewTypeCodes = 306014;
+
+// The fewest bytes that an element can take in any version: what a count is held against.
+constexpr qint64 kMinStatsBytes = 8 + 8 + 2 * 16 + 2;
+constexpr qint64 kMinTimedStatsBytes = 24 + kMinStatsBytes;
+constexpr qint64 kMinRealizationBytes = 4 + kMinStatsBytes;
+constexpr qint64 kMinLevelBytes = 4 + 4;
+constexpr qint64 kMinModelBytes = 4 + 4;
+constexpr qint64 kMinAttributeBytes = 4 + 16;
+
+template <class Wire> Wire read(QDataStream &in)
+{
+    Wire value{};
+    in >> value;
+    return value;
+}
+
+DataType dataTypeFrom(qint32 code, int version)
+{
+    if (version >= kNewTypeCodes)
+        return static_cast<DataType>(code);
+    switch (code) {
+    case 16: return RasterDecimalType;
+    case 32: return RasterIntegerType;
+    case 64: return RasterCellType;
+    case 128: return RasterColorType;
+    default: return static_cast<DataType>(code);
+    }
+}
+
+QVariant variantFrom(const MDatum &value)
+{
+    switch (value.type()) {
+    case MDatum::Integer: return static_cast<int>(value.integerValue());
+    case MDatum::Decimal: return value.decimalValue();
+    case MDatum::String: return QString::fromLatin1(value.charstr());
+    default: return QVariant();
+    }
+}
+
+} // namespace
+
+QDataStream &operator<<(QDataStream &out, const DataSetStats &stats)
+{
+    return out << stats.mean << stats.stdDev << stats.minimum << stats.maximum
+               << static_cast<qint8>(stats.stdDevValid) << static_cast<qint8>(stats.meanValid);
+}
+
+QDataStream &operator>>(QDataStream &in, DataSetStats &stats)
+{
+    in >> stats.mean >> stats.stdDev >> stats.minimum >> stats.maximum;
+    stats.stdDevValid = read<qint8>(in);
+    stats.meanValid = read<qint8>(in);
+    return in;
+}
+
+QDataStream &operator<<(QDataStream &out, const StatsRealization &stats)
+{
+    return out << stats.perTime << stats.whole;
+}
+
+QDataStream &operator>>(QDataStream &in, StatsRealization &stats)
+{
+    readMap(in, stats.perTime, kMinTimedStatsBytes);
+    return in >> stats.whole;
+}
+
+QDataStream &operator<<(QDataStream &out, const MDataset::pathLevel &level)
+{
+    return out << level.name << static_cast<qint32>(level.id);
+}
+
+QDataStream &operator>>(QDataStream &in, MDataset::pathLevel &level)
+{
+    in >> level.name;
+    level.id = read<qint32>(in);
+    return in;
+}
+
+bool MDataset::SaveToStream(QDataStream &out)
+{
+    out << static_cast<qint32>(mDatasetKind) << static_cast<qint32>(mId) << static_cast<qint32>(mDataType)
+        << static_cast<qint8>(mIsStatic) << mMetaData << mTimeBounds << mHierarchyPath
+        << static_cast<qint32>(mRealizationCount) << mStatistics << static_cast<qint32>(mNextVariogramId)
+        << mVariogramModels;
+    return true;
+}
+
+bool MDataset::RestoreFromStream(QDataStream &in)
+{
+    const int version = dataInterfaceVersionLoading;
+    if (version >= kHasLongForm) {
+        mId = read<qint32>(in);
+        if (version >= kHasDataType)
+            mDataType = dataTypeFrom(read<qint32>(in), version);
+        mIsStatic = version >= kHasStatic && read<qint8>(in);
+        readTags(in);
+        in >> mTimeBounds;
+    }
+    if (version >= kHasPath)
+        readList(in, mHierarchyPath, kMinLevelBytes);
+    readStatistics(in);
+    if (version >= kHasRealizations)
+        readVariogramModels(in);
+    return in.status() == QDataStream::Ok;
+}
+
+void MDataset::readTags(QDataStream &in)
+{
+    const int version = dataInterfaceVersionLoading;
+    if (version < kNameIsTag)
+        SetDisplayName(read<QString>(in));
+    if (version < kAttributesAreTags) {
+        QMap<QString, MDatum> attributes;
+        readMap(in, attributes, kMinAttributeBytes);
+        for (auto attribute = attributes.cbegin(); attribute != attributes.cend(); ++attribute) {
+            const QVariant value = variantFrom(*attribute);
+            if (value.isValid())
+                mMetaData.setTag(attribute.key(), value);
+        }
+    }
+    if (version < kHasMetaDataTags) {
+        SetShortDescription(read<QString>(in));
+        SetLongDescription(read<QString>(in));
+    } else {
+        MMetaData tags;
+        in >> tags;
+        for (auto tag = tags.values().cbegin(); tag != tags.values().cend(); ++tag)
+            mMetaData.setTag(tag.key(), tag.value());
+    }
+}
+
+void MDataset::readStatistics(QDataStream &in)
+{
+    if (dataInterfaceVersionLoading < kHasRealizations) {
+        mRealizationCount = 1;
+        mStatistics.resize(1);
+        in >> mStatistics[0];
+        return;
+    }
+    mRealizationCount = read<qint32>(in);
+    readList(in, mStatistics, kMinRealizationBytes);
+    if (mStatistics.size() != mRealizationCount)
+        in.setStatus(QDataStream::ReadCorruptData);
+}
+
+void MDataset::readVariogramModels(QDataStream &in)
+{
+    mNextVariogramId = read<qint32>(in);
+    readMap(in, mVariogramModels, kMinModelBytes);
+}
