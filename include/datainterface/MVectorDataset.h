@@ -238,7 +238,56 @@ protected:
     virtual TimeStamp CalculateTimeBounds(const MVectorDataRealization &realization);
 
 private:
-    friend struct VectorDatasetAccess;
+    bool isSliced() const { return mStorageType == TimeSlice; }
+    bool holdsObject(int id) const { return id >= 0 && id < mObjectCount; }
+    /// What the dataset files under `stamp`: a static one knows time 0 alone.
+    TimeStamp stampOf(const TimeStamp &stamp) const;
+    /// Null when the realization is not there.
+    const MVectorDataRealization *realizationAt(int realization) const;
+    MVectorDataRealization *realizationAt(int realization);
+    /// Raises "Invalid realization index" instead.
+    const MVectorDataRealization &knownRealization(int realization) const;
+    /// A bulk change: statistics out of date, fitted models gone.
+    void dataChanged(int realization);
+
+    template <class T> const TimeSliceData<T> *sliceAt(int realization, qint64 time) const;
+    template <class T> const TimeSeriesData<T> *seriesOf(int realization, int id) const;
+    template <class T> bool findSlice(int realization, qint64 time, const TimeSliceData<T> *&slice) const;
+    template <class T> bool takeSlices(int realization, const SliceMap<T> &slices);
+    template <class T> bool takeSeries(int id, int realization, TimeSeriesData<T> *series);
+    template <class T> bool takeAllSeries(int realization, const SeriesMap<T> &series);
+    template <class T> bool copySlices(int realization, SliceMap<T> &slices) const;
+    template <class T> bool copySeries(int realization, SeriesMap<T> &series) const;
+    template <class T> void makeStatic(MVectorDataRealization &realization);
+    template <class T> void removeObjects(MVectorDataRealization &realization, const QVector<int> &ids);
+
+    template <class T> bool addCell(int realization, int id, const TimeStamp &stamp, const T &value,
+                                    bool overwrite, bool updateFrequencies);
+    template <class T> void replaceCell(TimeSliceData<T> &slice, int id, const T &value, bool overwrite,
+                                        bool updateFrequencies);
+    template <class T> bool addSlice(int realization, const TimeStamp &stamp, const QVector<T> &values,
+                                     const QSet<int> &missing, bool overwrite, bool updateFrequencies);
+    template <class T> bool mergeSlice(SliceMap<T> &slices, const TimeStamp &stamp, const QVector<T> &values,
+                                       const QSet<int> &missing, bool overwrite, bool updateFrequencies);
+    template <class T> void addToSeries(MVectorDataRealization &realization, int id, const TimedValues<T> &values,
+                                        bool overwrite, bool updateFrequencies);
+    template <class T> bool addSeries(int realization, int id, const TimedValues<T> &values, bool overwrite,
+                                      bool updateFrequencies);
+    template <class T> bool markMissing(SliceMap<T> &slices, int id, const TimeStamp &stamp);
+    template <class T> bool markMissing(SeriesMap<T> &series, int id, const TimeStamp &stamp);
+
+    template <class T> bool readCell(int realization, int id, qint64 time, T &value) const;
+    template <class T> MDatum interpolated(int realization, int id, qint64 time) const;
+    template <class T> bool readValues(int realization, qint64 time, QVector<T> &values, QSet<int> &missing,
+                                       bool interpolate) const;
+    template <class T> TimeStamp stampOfValue(int realization, int id, qint64 time) const;
+
+    template <class T> bool updateFrequency(const T &value, bool add);
+    template <class T> bool recountFrequencies();
+    template <class T, class Visit> void visitValuesAt(int realization, qint64 time, Visit visit) const;
+    QVector<double> sortedValues() const;
+    bool restoreValues(QDataStream &in);
+    bool restoreRealizations(QDataStream &in);
 
     int mObjectCount = 0;
     StorageType mStorageType = TimeSlice;

@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+#include "Common/detail/failure.h"
+#include "datasets/elementTypes.h"
+#include "datasets/heldValues.h"
+
+using namespace datainterface;
+
+namespace {
+
+/// Mean and extremes of the finite values that come in.
+template <class T> class Summary {
+public:
+    void add(T value)
+    {
+        if (!std::isfinite(static_cast<double>(value)))
+            return;
+        ++mCount;
+        mSum += static_cast<double>(value);
+        mMinimum = mCount == 1 || value < mMinimum ? value : mMinimum;
+        mMaximum = mCount == 1 || value > mMaximum ? value : mMaximum;
+    }
+    qint64 count() const { return mCount; }
+    DataSetStats stats() const
+    {
+        DataSetStats stats;
+        stats.meanValid = true;
+        if (mCount > 0) {
+            stats.mean = mSum / static_cast<double>(mCount);
+            stats.minimum = MDatum(mMinimum);
+            stats.maximum = MDatum(mMaximum);
+        }
+        return stats;
+    }
+
+private:
+    qint64 mCount = 0;
+    double mSum = 0.0;
+    T mMinimum{};
+    T mMaximum{};
+};
+
+/// Characters that the text of a whole number takes.
+int widthOf(double number)
+{
+    return QString::number(number, 'f', 0).size();
+}
+
+} // namespace
+
+template <class T, class Visit> void MVectorDataset::visitValuesAt(int realization, qint64 time, Visit visit) const
+{
+    if (isSliced()) {
+        if (const TimeSliceData<T> *slice = sliceAt<T>(realization, time)) {
+            const CheckedOut<TimeSliceData<T>> hold(*slice);
+            HeldValues<T>(*slice).visit([&visit](int, T value) { visit(value); });
+        }
+        return;
+    }
+    T value{};
+    for (const TimeSeriesData<T> *series : knownRealization(realization).seriesOf<T>()) {
+        if (series->GetValue(timeOf(time), value))
+            visit(value);
+    }
+}
+
+// The record of a time without present values is kept as well: it says so.
+bool MVectorDataset::CalcMinMaxMean(int realization, qint64 time) const
+{
+    if (!realizationAt(realization) || !hasStatistics(realization))
+        return false;
+    return visitNumericElement(mDataType, [&](auto element) {
+        using T = ElementOf<decltype(element)>;
+        if (isSliced() && !sliceAt<T>(realization, time))
+            return false;
+        Summary<T> summary;
+        visitValuesAt<T>(realization, time, [&summary](T value) { summary.add(value); });
+        mStatistics[realization].perTime.insert(TimeStamp(timeOf(time)), summary.stats());
+        return true;
+    });
+}
+
+bool MVectorDataset::CalcMinMaxMean(int realization) const
+{
+    const MVectorDataRealization *found = realizationAt(realization);
+    if (!found || !hasStatistics(realization))
+        return false;
+    return visitNumericElement(mDataType, [&](auto element) {
+        using T = ElementOf<decltype(element)>;
+        Summary<T> summary;
+        if (isSliced()) {
+            for (const TimeSliceData<T> *slice : found->slicesOf<T>()) {
+                const CheckedOut<TimeSliceData<T>> hold(*slice);
+                HeldValues<T>(*slice).visit([&summary](int, T value) { summary.add(value); });
+            }
+        } else {
+            for (const TimeSeriesData<T> *series : found->seriesOf<T>()) {
+                const CheckedOut<TimeSeriesData<T>> hold(*series);
+                std::for_each(series->Data(), series->Data() + series->GetCount(),
+                              [&summary](const auto &entry) { summary.add(entry.value); });
+            }
+        }
+        if (summary.count() == 0)
+            return false;
+        mStatistics[realization].whole = summary.stats();
+        return true;
+    });
+}
+
+bool MVectorDataset::GetStdDev(int realization, qint64 time, double &result) const
+{
+    if (!hasStatistics(realization) || !realizationAt(realization))
+        return false;
+    const TimeStamp instant(timeOf(time));
+    return visitNumericElement(mDataType, [&](auto element) {
+        using T = ElementOf<decltype(element)>;
+        if (!mStatistics.at(realization).perTime.contains(instant) && !CalcMinMaxMean(realization, time))
+            return false;
+        auto &perTime = mStatistics[realization].perTime;
+        const auto stats = perTime.find(instant);
+        require(stats != perTime.end(), "Invalid dataset time");
+        if (!stats->stdDevValid) {
+            qint64 count = 0;
+            double sum = 0.0;
+            visitValuesAt<T>(realization, time, [&](T value) {
+                if (!std::isfinite(static_cast<double>(value)))
+                    return;
+                const double deviation = static_cast<double>(value) - stats->mean;
+                sum += deviation * deviation;
+                ++count;
+            });
+            if (count == 0)
+                return false;
+            stats->stdDev = std::sqrt(sum / static_cast<double>(count));
+            stats->stdDevValid = true;
+        }
+        result = stats->stdDev;
+        return true;
+    });
+}
+
+// Decimals get the places behind the point that 17 significant digits leave beside the larger of the extremes, so that
+// values of its magnitude read back as they were.
+void MVectorDataset::GetDataWidths(int &width, int &decimals)
+{
+    require(!mStatistics.isEmpty(), "Data stats not found");
+    width = 1;
+    decimals = 0;
+    if (mDataType == StringType) {
+        const auto widen = [&width](const QString &text) { width = qMax(width, text.size()); };
+        for (const MVectorDataRealization &realization : qAsConst(mRealizationData)) {
+            for (const TimeSliceData<QString> *slice : realization.slicesOf<QString>()) {
+                const CheckedOut<TimeSliceData<QString>> hold(*slice);
+                HeldValues<QString>(*slice).visit([&widen](int, const QString &text) { widen(text); });
+            }
+            for (const TimeSeriesData<QString> *series : realization.seriesOf<QString>()) {
+                const CheckedOut<TimeSeriesData<QString>> hold(*series);
+                std::for_each(series->Data(), series->Data() + series->GetCount(),
+                              [&widen](const auto &entry) { widen(entry.value); });
+            }
+        }
+        return;
+    }
+    DataSetStats stats;
+    if (!GetGlobalDataSetStats(0, stats))
+        return;
+    const double minimum = stats.minimum.toDouble();
+    const double maximum = stats.maximum.toDouble();
+    width = qMax(widthOf(minimum), widthOf(maximum));
+    if (mDataType == DecimalType) {
+        const int whole = qMax(widthOf(std::trunc(std::fabs(minimum))), widthOf(std::trunc(std::fabs(maximum))));
+        decimals = qBound(0, std::numeric_limits<double>::max_digits10 - whole, 15);
+        width = whole + (minimum < 0.0) + (decimals > 0 ? 1 + decimals : 0);
+    }
+}

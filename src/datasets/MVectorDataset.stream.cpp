@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+// A vector dataset in a project: the base's form, then
+//
+//   int32 storage type, int32 object count
+//   frequencies: a byte array of three maps (integers, decimals, texts; value and int32 count)
+//   int32 realizations, each, the last first: int32 index and a byte array of six maps (slices of integers, decimals and
+//   texts by TimeStamp, series of the same by int32 object id), with the int32 block id of every container
+//
+// Maps are written from the last key to the first. Values lie in the block store.
+#include <memory>
+#include "Common/detail/failure.h"
+#include "Common/detail/streams.h"
+#include "datainterface/VersionAPI.h"
+#include "datasets/elementTypes.h"
+
+using namespace datainterface;
+
+namespace {
+
+// Versions at which the form changed.
+constexpr int kFrequenciesAreArray = 180083;
+constexpr int kOldestRead = 180083;
+constexpr int kTypeInBase = 201001;
+
+constexpr qint64 kMinRealizationBytes = 4 + 4;
+
+template <class Key> constexpr qint64 keyBytes()
+{
+    return std::is_same_v<Key, TimeStamp> ? 24 : std::is_same_v<Key, OrderedDouble> ? 8 : 4;
+}
+
+template <class Map> void writeBlockIds(QDataStream &out, const Map &map)
+{
+    out << static_cast<qint32>(map.size());
+    for (auto it = map.cend(); it != map.cbegin();) {
+        --it;
+        out << it.key() << static_cast<qint32>((*it)->BlockId());
+    }
+}
+
+/// Containers that know their block and nothing else. A key that overlaps one read before takes its place.
+template <class Map> void readBlockIds(QDataStream &in, Map &map)
+{
+    using Key = typename Map::key_type;
+    using Container = std::remove_pointer_t<typename Map::mapped_type>;
+    QMap<Key, qint32> ids;
+    readMap(in, ids, keyBytes<Key>() + 4);
+    for (auto it = ids.cbegin(); it != ids.cend(); ++it)
+        map.insert(it.key(), new Container(*it));
+}
+
+template <class... Maps> void readTables(QDataStream &in, std::tuple<Maps...> &tables)
+{
+    const auto readTable = [&in](auto &table) {
+        readMap(in, table, keyBytes<typename std::decay_t<decltype(table)>::key_type>() + 4);
+    };
+    std::apply([&](auto &...table) { (readTable(table), ...); }, tables);
+}
+
+DataType dataTypeFromOld(qint32 code)
+{
+    switch (code) {
+    case 0: return IntegerType;
+    case 1: return DecimalType;
+    case 2: return StringType;
+    default: fail("Invalid data type");
+    }
+}
+
+template <class Wire> Wire read(QDataStream &in)
+{
+    Wire value{};
+    in >> value;
+    return value;
+}
+
+} // namespace
+
+QDataStream &operator<<(QDataStream &out, const RealizationVectorDataFrequencies &frequencies)
+{
+    QByteArray bytes;
+    BytesWriter writer(&bytes);
+    std::apply([&writer](const auto &...table) { (writer << ... << table); }, frequencies.tables);
+    return out << bytes;
+}
+
+QDataStream &operator>>(QDataStream &in, RealizationVectorDataFrequencies &frequencies)
+{
+    if (dataInterfaceVersionLoading < kFrequenciesAreArray) {
+        readTables(in, frequencies.tables);
+    } else {
+        QByteArray bytes;
+        readBytes(in, bytes);
+        BytesReader reader(bytes);
+        readTables(reader, frequencies.tables);
+        if (in.status() == QDataStream::Ok)
+            in.setStatus(reader.status());
+    }
+    require(in.status() == QDataStream::Ok, "Realization reserialization error");
+    return in;
+}
+
+QDataStream &operator<<(QDataStream &out, const MVectorDataRealization &realization)
+{
+    QByteArray bytes;
+    BytesWriter writer(&bytes);
+    const auto write = [&writer](const auto &...maps) { (writeBlockIds(writer, maps), ...); };
+    std::apply(write, realization.slices);
+    std::apply(write, realization.series);
+    return out << bytes;
+}
+
+QDataStream &operator>>(QDataStream &in, MVectorDataRealization &realization)
+{
+    QByteArray bytes;
+    readBytes(in, bytes);
+    BytesReader reader(bytes);
+    const auto read = [&reader](auto &...maps) { (readBlockIds(reader, maps), ...); };
+    std::apply(read, realization.slices);
+    std::apply(read, realization.series);
+    if (in.status() == QDataStream::Ok)
+        in.setStatus(reader.status());
+    return in;
+}
+
+bool MVectorDataset::SaveToStream(QDataStream &out)
+{
+    if (!MDataset::SaveToStream(out))
+        return false;
+    out << static_cast<qint32>(mStorageType) << static_cast<qint32>(mObjectCount) << mFrequencies << mRealizationData;
+    return true;
+}
+
+bool MVectorDataset::RestoreFromStream(QDataStream &in)
+{
+    return dataInterfaceVersionLoading >= kOldestRead && MDataset::RestoreFromStream(in) && restoreValues(in);
+}
+
+/// The form since 180083: containers as block ids.
+bool MVectorDataset::restoreValues(QDataStream &in)
+{
+    const qint32 storage = read<qint32>(in);
+    if (dataInterfaceVersionLoading < kTypeInBase)
+        mDataType = dataTypeFromOld(read<qint32>(in));
+    const bool isKnownType = mDataType == DecimalType || mDataType == IntegerType || mDataType == StringType;
+    mObjectCount = read<qint32>(in);
+    if (!isKnownType || (storage != TimeSeries && storage != TimeSlice) || mObjectCount < 0)
+        return false;
+    mStorageType = static_cast<StorageType>(storage);
+    in >> mFrequencies;
+    return restoreRealizations(in);
+}
+
+bool MVectorDataset::restoreRealizations(QDataStream &in)
+{
+    const int count = readCount(in, kMinRealizationBytes);
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        const qint32 index = read<qint32>(in);
+        const bool isNew = index >= 0 && index < mRealizationCount && !mRealizationData.contains(index);
+        if (!isNew)
+            return false;
+        in >> mRealizationData[index];
+    }
+    return in.status() == QDataStream::Ok && count == mRealizationCount;
+}

@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: MIT
+// How values leave a dataset.
+#include "Common/detail/failure.h"
+#include "datasets/elementTypes.h"
+#include "datasets/heldValues.h"
+
+using namespace datainterface;
+
+namespace {
+
+/// One value of an object as the interpolation sees it.
+struct TimedNumber {
+    bool isThere = false;
+    TimeStamp stamp;
+    double value = 0.0;
+};
+
+/// From an earlier to a later time; the difference may not fit a signed number.
+double span(qint64 from, qint64 to)
+{
+    return static_cast<double>(static_cast<quint64>(to) - static_cast<quint64>(from));
+}
+
+/// Half the sum, rounded toward zero, where the sum itself may not fit.
+qint64 midpoint(qint64 start, qint64 end)
+{
+    if ((start < 0) != (end < 0))
+        return (start + end) / 2;
+    return start < 0 ? end - (end - start) / 2 : start + (end - start) / 2;
+}
+
+/// Linear in time between the values around `time`. `current` stands at the middle of its interval, its neighbours at
+/// one instant of theirs; with no value on a side, the current one holds.
+MDatum interpolate(const TimedNumber &previous, const TimedNumber &current, const TimedNumber &next, qint64 time)
+{
+    const auto between = [time](double a, qint64 ta, double b, qint64 tb) {
+        return MDatum(a + (b - a) * span(ta, time) / span(ta, tb));
+    };
+    if (!current.isThere) {
+        if (!previous.isThere || !next.isThere)
+            return MDatum();
+        return between(previous.value, previous.stamp.timeInInterval(), next.value, next.stamp.timeInInterval());
+    }
+    const qint64 middle = midpoint(current.stamp.startTime, current.stamp.endTime);
+    if (time < middle && previous.isThere)
+        return between(previous.value, previous.stamp.timeInInterval(), current.value, middle);
+    if (time > middle && next.isThere)
+        return between(current.value, middle, next.value, next.stamp.timeInInterval());
+    return MDatum(current.value);
+}
+
+/// The value that a slice or an entry holds of the object.
+template <class T> TimedNumber numberIn(const TimeStamp &stamp, const TimeSliceData<T> &slice, int id)
+{
+    T value{};
+    if (!readHeld(slice, id, value))
+        return {};
+    return {true, stamp, static_cast<double>(value)};
+}
+template <class T> TimedNumber numberIn(const TimeSeriesEntry<T> &entry)
+{
+    return {true, entry.stamp, static_cast<double>(entry.value)};
+}
+
+template <class T> MDatum interpolatedIn(const QMap<TimeStamp, TimeSliceData<T> *> &slices, int id, qint64 time)
+{
+    auto after = slices.lowerBound(TimeStamp(time));
+    auto before = after;
+    TimedNumber previous;
+    TimedNumber current;
+    TimedNumber next;
+    if (after != slices.cend() && after.key().contains(time)) {
+        current = numberIn(after.key(), **after, id);
+        ++after;
+    }
+    for (; after != slices.cend() && !next.isThere; ++after)
+        next = numberIn(after.key(), **after, id);
+    while (before != slices.cbegin() && !previous.isThere) {
+        --before;
+        previous = numberIn(before.key(), **before, id);
+    }
+    return interpolate(previous, current, next, time);
+}
+
+template <class T> MDatum interpolatedIn(const TimeSeriesData<T> &series, qint64 time)
+{
+    const CheckedOut<TimeSeriesData<T>> hold(series);
+    const TimeSeriesEntry<T> *begin = series.Data();
+    const TimeSeriesEntry<T> *end = begin + series.GetCount();
+    const auto *at = std::lower_bound(begin, end, TimeStamp(time), [](const TimeSeriesEntry<T> &e, const TimeStamp &t) {
+        return e.stamp < t;
+    });
+    const bool isHeld = at != end && at->stamp.contains(time);
+    const auto *after = at + (isHeld ? 1 : 0);
+    return interpolate(at != begin ? numberIn(at[-1]) : TimedNumber(), isHeld ? numberIn(*at) : TimedNumber(),
+                       after != end ? numberIn(*after) : TimedNumber(), time);
+}
+
+} // namespace
+
+template <class T> bool MVectorDataset::readCell(int realization, int id, qint64 time, T &value) const
+{
+    if (!holdsObject(id))
+        return false;
+    if (!isSliced()) {
+        const TimeSeriesData<T> *series = seriesOf<T>(realization, id);
+        return series && series->GetValue(timeOf(time), value);
+    }
+    const TimeSliceData<T> *slice = sliceAt<T>(realization, time);
+    return slice && readHeld(*slice, id, value);
+}
+
+MDatum MVectorDataset::GetValue(int id, qint64 time, int realization)
+{
+    if (!realizationAt(realization))
+        return MDatum();
+    return visitElement(mDataType, [&](auto element) {
+        ElementOf<decltype(element)> value{};
+        return readCell(realization, id, time, value) ? MDatum(value) : MDatum();
+    });
+}
+
+template <class T> MDatum MVectorDataset::interpolated(int realization, int id, qint64 time) const
+{
+    const MVectorDataRealization *found = realizationAt(realization);
+    if (!found || !holdsObject(id))
+        return MDatum();
+    if (isSliced())
+        return interpolatedIn(found->slicesOf<T>(), id, timeOf(time));
+    const TimeSeriesData<T> *series = found->seriesOf<T>().value(id, nullptr);
+    return series ? interpolatedIn(*series, timeOf(time)) : MDatum();
+}
+
+MDatum MVectorDataset::GetValue(int id, qint64 time, bool interpolate, int realization)
+{
+    if (!interpolate || !realizationAt(realization) || mDataType == StringType)
+        return GetValue(id, time, realization);
+    return visitNumericElement(mDataType, [&](auto element) {
+        return interpolated<ElementOf<decltype(element)>>(realization, id, time);
+    });
+}
+
+MDatum MVectorDataset::GetIdValue(int realization, unsigned int id)
+{
+    const int object = id <= static_cast<unsigned int>(std::numeric_limits<int>::max()) ? static_cast<int>(id) : -1;
+    const MVectorDataRealization *found = realizationAt(realization);
+    return visitElement(mDataType, [&](auto element) {
+        using T = ElementOf<decltype(element)>;
+        if (!found || !holdsObject(object))
+            return MDatum();
+        if (isSliced()) {
+            const auto &slices = found->slicesOf<T>();
+            T value{};
+            return !slices.isEmpty() && readHeld(*slices.first(), object, value) ? MDatum(value) : MDatum();
+        }
+        const TimeSeriesData<T> *series = found->seriesOf<T>().value(object, nullptr);
+        if (!series)
+            return MDatum();
+        const CheckedOut<TimeSeriesData<T>> hold(*series);
+        return series->GetCount() > 0 ? MDatum(series->Data()->value) : MDatum();
+    });
+}
+
+template <class T>
+bool MVectorDataset::readValues(int realization, qint64 time, QVector<T> &values, QSet<int> &missing,
+                                bool interpolate) const
+{
+    const MVectorDataRealization *found = realizationAt(realization);
+    if (!found || mDataType != typeCode<T>())
+        return false;
+    missing.clear();
+    if (const TimeSliceData<T> *slice = isSliced() && !interpolate ? sliceAt<T>(realization, time) : nullptr) {
+        values = slice->GetValues();
+        missing = slice->GetMissingIds();
+        for (int id = values.size(); id < mObjectCount; ++id)
+            missing.insert(id);
+        if (values.size() != mObjectCount)
+            values.resize(mObjectCount);
+        for (const int id : qAsConst(missing)) {
+            if (holdsObject(id))
+                values[id] = T();
+        }
+        return true;
+    }
+    values = QVector<T>(mObjectCount);
+    for (int id = 0; id < mObjectCount; ++id) {
+        bool isHeld = false;
+        if constexpr (std::is_arithmetic_v<T>) {
+            if (interpolate) {
+                const MDatum value = interpolated<T>(realization, id, time);
+                isHeld = !value.isEmpty();
+                if (isHeld)
+                    values[id] = static_cast<T>(value.decimalValue());
+            }
+        }
+        if (!interpolate)
+            isHeld = !isSliced() && readCell(realization, id, time, values[id]);
+        if (!isHeld)
+            missing.insert(id);
+    }
+    return true;
+}
+
+bool MVectorDataset::GetValues(int realization, qint64 time, QVector<int> &values, QSet<int> &missing,
+                               bool interpolate) const
+{
+    return readValues(realization, time, values, missing, interpolate);
+}
+
+bool MVectorDataset::GetValues(int realization, qint64 time, QVector<double> &values, QSet<int> &missing,
+                               bool interpolate) const
+{
+    return readValues(realization, time, values, missing, interpolate);
+}
+
+bool MVectorDataset::GetValues(int realization, qint64 time, QVector<QString> &values, QSet<int> &missing) const
+{
+    return readValues(realization, time, values, missing, false);
+}
+
+bool MVectorDataset::GetValuesAsDecimal(int realization, qint64 time, QVector<double> &values,
+                                        QSet<int> &missing) const
+{
+    if (mDataType == DecimalType)
+        return GetValues(realization, time, values, missing, false);
+    QVector<int> integers;
+    if (!GetValues(realization, time, integers, missing, false))
+        return false;
+    values.resize(integers.size());
+    std::copy(integers.begin(), integers.end(), values.begin());
+    return true;
+}
+
+bool MVectorDataset::IsMissing(int realization, int id, qint64 time) const
+{
+    knownRealization(realization);
+    return visitElement(mDataType, [&](auto element) {
+        ElementOf<decltype(element)> value{};
+        return !readCell(realization, id, time, value);
+    });
+}
+
+int MVectorDataset::GetDataCount(int realization, qint64 time) const
+{
+    const MVectorDataRealization &known = knownRealization(realization);
+    return visitElement(mDataType, [&](auto element) {
+        using T = ElementOf<decltype(element)>;
+        if (isSliced()) {
+            const TimeSliceData<T> *slice = sliceAt<T>(realization, time);
+            return slice ? slice->GetCount() - slice->GetMissingCount() : 0;
+        }
+        const auto &series = known.seriesOf<T>();
+        T value{};
+        return static_cast<int>(std::count_if(series.begin(), series.end(), [&](const TimeSeriesData<T> *one) {
+            return one->GetValue(timeOf(time), value);
+        }));
+    });
+}
+
+bool MVectorDataset::GetMissingTimeSliceValues(int realization, qint64 time, QSet<int> &missing)
+{
+    return isSliced() && visitElement(mDataType, [&](auto element) {
+        const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
+        if (slice)
+            missing = slice->GetMissingIds();
+        return slice != nullptr;
+    });
+}

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+/// The values that a checked-out container holds.
+#pragma once
+#include <QSet>
+#include <algorithm>
+#include "datainterface/TimeContainers.h"
+
+namespace datainterface {
+
+/// What a slice holds: positions that exist and are not missing. Valid while the slice stays checked out, unchanged.
+template <class T> class HeldValues {
+public:
+    explicit HeldValues(const TimeSliceData<T> &slice)
+        : mValues(slice.Data()), mCount(slice.GetCount()), mMissing(slice.MissingIds())
+    {
+    }
+    int count() const { return mCount; }
+    const QSet<int> &missing() const { return mMissing; }
+    bool holds(int id) const
+    {
+        return id >= 0 && id < mCount && (mMissing.isEmpty() || !mMissing.contains(id));
+    }
+    const T &operator[](int id) const { return mValues[id]; }
+
+    /// `visit(id, value)` for each one held, ascending.
+    template <class Visit> void visit(Visit visit) const
+    {
+        if (mMissing.isEmpty()) {
+            for (int id = 0; id < mCount; ++id)
+                visit(id, mValues[id]);
+            return;
+        }
+        for (int id = 0; id < mCount; ++id) {
+            if (!mMissing.contains(id))
+                visit(id, mValues[id]);
+        }
+    }
+
+private:
+    const T *mValues;
+    int mCount;
+    const QSet<int> &mMissing;
+};
+
+/// One value of a slice; false, with `value` untouched, when the position does not exist or is missing.
+template <class T> bool readHeld(const TimeSliceData<T> &slice, int id, T &value)
+{
+    const CheckedOut<TimeSliceData<T>> hold(slice);
+    if (id < 0 || id >= slice.GetCount() || slice.IsMissing(id))
+        return false;
+    value = slice.GetValue(id);
+    return true;
+}
+
+/// The entry that holds an instant, null without one. Valid while the series stays checked out, unchanged.
+template <class T> const TimeSeriesEntry<T> *entryAt(const TimeSeriesData<T> &series, qint64 time)
+{
+    const TimeSeriesEntry<T> *end = series.Data() + series.GetCount();
+    const TimeStamp instant(time);
+    const auto *entry = std::lower_bound(series.Data(), end, instant,
+                                         [](const TimeSeriesEntry<T> &e, const TimeStamp &t) { return e.stamp < t; });
+    return entry != end && entry->stamp.contains(time) ? entry : nullptr;
+}
+
+} // namespace datainterface

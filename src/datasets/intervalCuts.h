@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+/// How an interval cuts another. Time is discrete: an exclusive end leaves out one tick, and an interval without a tick
+/// is never stored.
+#pragma once
+#include <limits>
+#include "Common/detail/failure.h"
+#include "datainterface/TimeStamp.h"
+
+namespace datainterface {
+
+inline qint64 firstTick(const TimeStamp &stamp)
+{
+    const bool next = !stamp.inclusiveStart && stamp.startTime < std::numeric_limits<qint64>::max();
+    return stamp.startTime + (next ? 1 : 0);
+}
+
+inline qint64 lastTick(const TimeStamp &stamp)
+{
+    const bool previous = !stamp.inclusiveEnd && stamp.endTime > std::numeric_limits<qint64>::min();
+    return stamp.endTime - (previous ? 1 : 0);
+}
+
+inline bool holdsTick(const TimeStamp &stamp)
+{
+    return firstTick(stamp) <= lastTick(stamp);
+}
+
+/// What `cutter` leaves of an interval that it overlaps.
+enum class Cut {
+    Nothing,     ///< covered
+    Head,        ///< the part before the cutter
+    Tail,        ///< the part behind it
+    HeadAndTail
+};
+
+/// Raises "Invalid time stamp" for crossed ends.
+inline Cut cutBy(const TimeStamp &cutter, const TimeStamp &stamp, const char *file = __builtin_FILE(),
+                 int line = __builtin_LINE())
+{
+    require(stamp.startTime <= stamp.endTime, "Invalid time stamp", file, line);
+    const bool head = firstTick(stamp) < firstTick(cutter);
+    const bool tail = lastTick(stamp) > lastTick(cutter);
+    if (head && tail)
+        return Cut::HeadAndTail;
+    return head ? Cut::Head : tail ? Cut::Tail : Cut::Nothing;
+}
+
+/// From the start of `stamp` up to the cutter.
+inline TimeStamp headOf(const TimeStamp &stamp, const TimeStamp &cutter)
+{
+    return TimeStamp(stamp.startTime, cutter.startTime, stamp.inclusiveStart, !cutter.inclusiveStart);
+}
+
+/// From behind the cutter to the end of `stamp`.
+inline TimeStamp tailOf(const TimeStamp &stamp, const TimeStamp &cutter)
+{
+    return TimeStamp(cutter.endTime, stamp.endTime, !cutter.inclusiveEnd, stamp.inclusiveEnd);
+}
+
+/// The common part of two intervals that overlap; at equal ends the bounds of `stamp`.
+inline TimeStamp partUnder(const TimeStamp &stamp, const TimeStamp &cutter)
+{
+    const TimeStamp &start = firstTick(stamp) >= firstTick(cutter) ? stamp : cutter;
+    const TimeStamp &end = lastTick(stamp) <= lastTick(cutter) ? stamp : cutter;
+    return TimeStamp(start.startTime, end.endTime, start.inclusiveStart, end.inclusiveEnd);
+}
+
+/// Walks along an interval while it is being cut up: the bound behind the last piece. A piece that would hold no tick
+/// comes back invalid.
+class PieceCursor {
+public:
+    explicit PieceCursor(const TimeStamp &whole)
+        : mWhole(whole), mTime(whole.startTime), mInclusive(whole.inclusiveStart), mDone(!holdsTick(whole))
+    {
+    }
+    /// The piece up to the start of `next`, and moves there.
+    TimeStamp upTo(const TimeStamp &next)
+    {
+        if (mDone || tick() >= firstTick(next))
+            return TimeStamp();
+        const TimeStamp piece(mTime, next.startTime, mInclusive, !next.inclusiveStart);
+        moveTo(next.startTime, next.inclusiveStart);
+        return piece;
+    }
+    /// The piece up to the earlier end of the whole and of `other` (other's at a tie), and moves behind it.
+    TimeStamp through(const TimeStamp &other)
+    {
+        const TimeStamp &end = lastTick(other) <= lastTick(mWhole) ? other : mWhole;
+        const qint64 last = lastTick(end);
+        TimeStamp piece;
+        if (!mDone && tick() <= last)
+            piece = TimeStamp(mTime, end.endTime, mInclusive, end.inclusiveEnd);
+        if (tick() <= last || last + 1 == tick())
+            moveTo(end.endTime, !end.inclusiveEnd);
+        mDone = mDone || last == lastTick(mWhole);
+        return piece;
+    }
+    /// The piece up to the end of the whole.
+    TimeStamp rest() { return through(mWhole); }
+
+private:
+    qint64 tick() const { return firstTick(TimeStamp(mTime, std::numeric_limits<qint64>::max(), mInclusive, true)); }
+    void moveTo(qint64 time, bool inclusive)
+    {
+        mTime = time;
+        mInclusive = inclusive;
+    }
+
+    const TimeStamp mWhole;
+    qint64 mTime;
+    bool mInclusive;
+    bool mDone;
+};
+
+} // namespace datainterface
