@@ -93,6 +93,11 @@ protected:
     /// The fields that every kind of geography fills alike.
     GeoProps BaseProperties();
 
+    /// The id and the counter, as they stand together in every version.
+    bool restoreIds(QDataStream &in);
+    /// Spatial weight sets: false for a file that holds one.
+    static bool readWeightSets(QDataStream &in);
+
     static int mNextId;
 
     QString mName;

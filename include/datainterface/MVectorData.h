@@ -64,14 +64,10 @@ Q_SIGNALS:
     void ObjectsWereRemovedSignal(int geographyId, const QSet<int> &objects);
 
 private:
-    enum class AngularUnit { Name, Code };
-
-    void NumberObjects();
-    void NumberObjectsFromMap();
-    void SetProjectionTags(AngularUnit unit);
-    bool RestoreGeometry(QDataStream &in);
-    bool RestoreObjectNumbers(QDataStream &in);
-    bool SaveGeometry(QDataStream &out);
+    void numberObjects();
+    void indexFennimIds();
+    bool restoreObjectNumbers(QDataStream &in);
+    bool restoreDataSource(QDataStream &in);
 
     std::unique_ptr<Fennims> mFennims;
     MVectorDataSource *mVectorDataSource = nullptr; ///< mDataSource, typed

@@ -26,6 +26,12 @@ public:
     explicit BytesReader(const QByteArray &bytes) : QDataStream(bytes) { setVersion(kStreamVersion); }
 };
 
+/// A stream over a device, which stays the caller's.
+class DeviceStream : public QDataStream {
+public:
+    explicit DeviceStream(QIODevice *device) : QDataStream(device) { setVersion(kStreamVersion); }
+};
+
 /// Bytes that the stream's device can still give; the largest number when a sequential device cannot tell.
 qint64 bytesLeft(const QDataStream &in);
 

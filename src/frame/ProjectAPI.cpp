@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: MIT
+// The project file is one flat stream: a header, the geographies with everything on them, the blocks of the block
+// store, the nonconditional variogram models. No table of contents, no checksum: reading is the mirror of writing, under
+// the version that the file names first. Containers are restored as block ids alone; the blocks stand behind the
+// geographies, so nothing may page in while geographies are read.
+#include "datainterface/ProjectAPI.h"
+#include <QColor>
+#include <QFile>
+#include <QStringList>
+#include <memory>
+#include "Common/detail/streams.h"
+#include "datainterface/ControllerBase.h"
+#include "datainterface/DataBlocks.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/MVectorDataSource.h"
+#include "datainterface/VersionAPI.h"
+#include "frame/frameState.h"
+#include "frame/versionText.h"
+
+using namespace datainterface;
+
+namespace {
+
+// Codes of a geography's kind in the file.
+enum GeographyKind : qint8 { RasterKind = 0, VectorKind = 1 };
+
+// The versions at which the frame of the file changed.
+constexpr int kFirstWithGeographyKinds = 103000;
+constexpr int kFirstWithApplicationName = 107000;
+constexpr int kFirstWithVariogramModels = 150000;
+constexpr int kFirstWithBlocks = 180005;
+constexpr int kFirstWithPackedBlocks = 180050;
+constexpr int kFirstWithoutStraySeries = 201044;
+
+constexpr int kLongestVersionText = 8; // "4.00.021"
+
+// Fields that every file has and no reader looks at.
+void writeReserved(QDataStream &out)
+{
+    out << QColor(255, 146, 0, 255) << qint8(1) << qint8(1) << qint8(0) << qint8(0) << qint32(0) << qint32(0)
+        << qint32(0);
+}
+
+void skipReserved(QDataStream &in, int version)
+{
+    QColor color;
+    qint8 flag = 0;
+    qint32 number = 0;
+    in >> color >> flag >> flag >> flag >> flag >> number >> number >> number;
+    if (version < kFirstWithGeographyKinds)
+        in >> number;
+}
+
+bool writeGeographies(QDataStream &out, const QMap<int, MGeoData *> &geographies)
+{
+    out << qint32(geographies.size());
+    for (MGeoData *geography : geographies)
+        out << geography->GetName();
+    for (MGeoData *geography : geographies) {
+        out << qint8(dynamic_cast<MVectorData *>(geography) ? VectorKind : RasterKind);
+        if (!geography->SaveToStream(out))
+            return false;
+    }
+    return true;
+}
+
+bool writeProject(QDataStream &out)
+{
+    out << QString::fromLatin1(kVersionText) << applicationName;
+    writeReserved(out);
+    const QMap<int, MGeoData *> geographies = controller()->GetGeoData();
+    if (!writeGeographies(out, geographies) || !SaveProjectData(out, true))
+        return false;
+    controller()->SaveNonconditionalVariogramModelsToStream(out);
+    return out.status() == QDataStream::Ok;
+}
+
+// The form of Qt's own types in files of each age. The row that breaks the rising order is tested first: files of its
+// range were written that way.
+int streamVersionOf(int version)
+{
+    struct Row {
+        int below;
+        int streamVersion;
+    };
+    static constexpr Row kRows[] = {{112001, 6},  {130000, 7},  {180022, 8},  {180063, 10},
+                                    {180088, 11}, {201038, 12}, {400019, 14}};
+    if (version >= 170100 && version <= 179999)
+        return 12;
+    for (const Row &row : kRows)
+        if (version < row.below)
+            return row.streamVersion;
+    return kStreamVersion;
+}
+
+// False for a text that is no version and for a newer file.
+bool readVersion(QDataStream &in)
+{
+    QString text;
+    in >> text;
+    dataInterfaceVersionStringLoading = text;
+    if (text.size() > kLongestVersionText || text.size() < 2 || text.at(1) != QLatin1Char('.'))
+        return false;
+    SetDataInterfaceVersionLoading(text);
+    return dataInterfaceVersionLoading <= serializationVersionNumber;
+}
+
+std::unique_ptr<MGeoData> newGeography(qint8 kind)
+{
+    if (kind == VectorKind)
+        return std::make_unique<MVectorData>(QString(), TF_DateTime, ControllerBase::GetVORNDataPath());
+    return nullptr;
+}
+
+// A geography that cannot be read ends the load: what follows it in the stream would be read at the wrong place.
+bool readGeography(QDataStream &in, int version)
+{
+    qint8 kind = VectorKind;
+    if (version >= kFirstWithGeographyKinds)
+        in >> kind;
+    std::unique_ptr<MGeoData> geography = newGeography(kind);
+    if (!geography || !geography->RestoreFromStream(in))
+        return false;
+    // One that stands under the id already belongs to a project that was not unloaded, and nobody could reach it again.
+    MGeoData *&entry = controller()->GetGeoData()[geography->GetId()];
+    delete entry;
+    entry = geography.release();
+    return true;
+}
+
+bool readGeographies(QDataStream &in, int version)
+{
+    constexpr qint64 kLeastNameBytes = 4;
+    QStringList names;
+    if (!readList(in, names, kLeastNameBytes))
+        return false;
+    for (int i = 0; i < names.size(); ++i)
+        if (!readGeography(in, version))
+            return false;
+    return true;
+}
+
+void cleanOldDatasets()
+{
+    for (MGeoData *geography : std::as_const(controller()->GetGeoData()))
+        if (auto *source = dynamic_cast<MVectorDataSource *>(geography->GetDataSource()))
+            source->CleanPre201044Data();
+}
+
+bool readProject(QDataStream &in)
+{
+    if (!readVersion(in))
+        return false;
+    const int version = dataInterfaceVersionLoading;
+    in.setVersion(streamVersionOf(version));
+    QString application;
+    if (version >= kFirstWithApplicationName)
+        in >> application;
+    skipReserved(in, version);
+    if (!readGeographies(in, version))
+        return false;
+    if (version >= kFirstWithBlocks && !RestoreProjectData(in, version >= kFirstWithPackedBlocks))
+        return false;
+    if (version < kFirstWithoutStraySeries)
+        cleanOldDatasets();
+    if (version >= kFirstWithVariogramModels)
+        controller()->RestoreNonconditionalVariogramModelsFromStream(in);
+    return in.status() == QDataStream::Ok;
+}
+
+} // namespace
+
+bool VORN_SaveProject(const QString &fileName)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    try {
+        DeviceStream out(&file);
+        return writeProject(out) && file.flush();
+    } catch (...) {
+        return false;
+    }
+}
+
+bool VORN_LoadProject(const QString &fileName)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    ResetDataManager();
+    try {
+        DeviceStream in(&file);
+        return readProject(in);
+    } catch (...) {
+        return false;
+    }
+}
+
+void VORN_UnloadProject()
+{
+    ResetDataManager();
+    const QList<int> ids = controller()->GetGeoData().keys();
+    for (int id : ids)
+        controller()->RemoveGeography(id);
+}

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+/// Names that the user can tell apart.
+#pragma once
+#include <QSet>
+#include <QString>
+
+namespace datainterface {
+
+/// `name`, or "name n" with the first n from 2 on that is not taken. Case counts.
+QString uniqueName(const QString &name, const QSet<QString> &taken);
+
+/// Among the display names of one geography's datasets; `name` when the geography is unknown.
+QString uniqueDatasetName(int geographyId, const QString &name);
+
+} // namespace datainterface

@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: MIT
+// A new geography takes the road of one that is opened from a file: the builder writes a scratch file, and the
+// controller opens it.
+#include <QFile>
+#include <QPolygonF>
+#include <cmath>
+#include <memory>
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MVectorData.h"
+#include "fennimark/FMLine.h"
+#include "fennimark/FMPoint.h"
+#include "fennimark/FMPolygon.h"
+#include "fennimark/FMProjectionInfo.h"
+#include "fennimark/Fennims.h"
+#include "fennimark/VORNBuilder.h"
+#include "frame/callFrame.h"
+
+using namespace datainterface;
+
+namespace {
+
+constexpr unsigned char kStartInclusive = 0xF0;
+constexpr unsigned char kEndInclusive = 0x0F;
+constexpr unsigned char kBothInclusive = 0xFF;
+
+struct NewGeography {
+    NewGeography(const RectInT &box, const FMProjectionInfo *projection)
+        : bounds(box), builder(std::make_unique<VORNBuilder>(bounds, nullptr, projection))
+    {
+    }
+
+    RectInT bounds;
+    double tolerance = 0.0;
+    bool hasChains = false;
+    std::unique_ptr<VORNBuilder> builder;
+};
+
+std::unique_ptr<NewGeography> gNewGeography; // null when idle
+
+// A scratch file's name, for as long as the file is needed.
+class ScratchFile {
+public:
+    explicit ScratchFile(const QString &path) : mPath(path) {}
+    ~ScratchFile() { QFile::remove(mPath); }
+    ScratchFile(const ScratchFile &) = delete;
+    ScratchFile &operator=(const ScratchFile &) = delete;
+    const QString &path() const { return mPath; }
+
+private:
+    const QString mPath;
+};
+
+RectInT boxOf(const QRectF &bounds, qint64 start, qint64 end)
+{
+    RectInT box;
+    box.xMin = bounds.x();
+    box.xMax = bounds.x() + bounds.width();
+    box.yMin = bounds.y();
+    box.yMax = bounds.y() + bounds.height();
+    box.start = static_cast<double>(start);
+    box.end = static_cast<double>(end);
+    box.flags = kBothInclusive;
+    return box;
+}
+
+timeRange rangeOf(const Interval &interval)
+{
+    timeRange range;
+    range.start = static_cast<double>(interval.startTime);
+    range.end = static_cast<double>(interval.endTime);
+    range.flags = static_cast<unsigned char>((interval.inclusiveStart ? kStartInclusive : 0)
+                                             | (interval.inclusiveEnd ? kEndInclusive : 0));
+    if (interval.startTime == interval.endTime)
+        range.flags = kBothInclusive;
+    return range;
+}
+
+bool startNewGeography(const RectInT &bounds, const FMProjectionInfo *projection)
+{
+    gNewGeography = std::make_unique<NewGeography>(bounds, projection);
+    return true;
+}
+
+// `makeObject` makes the geometry; a vertex list of any size can run out of memory there, which is no more than a
+// geometry that cannot be added.
+template <class MakeObject> bool addToChain(unsigned int chain, const Interval &interval, MakeObject makeObject)
+{
+    if (!gNewGeography)
+        return false;
+    TreeObject *object = nullptr;
+    try {
+        object = makeObject();
+    } catch (...) {
+        return false;
+    }
+    constexpr bool takeOver = true;
+    return gNewGeography->builder->AddObjectsToChain(static_cast<int>(chain), {object}, {rangeOf(interval)}, takeOver)
+        != nullptr;
+}
+
+} // namespace
+
+bool VORN_StartNewVectorGeography(int likeGeography)
+{
+    if (gNewGeography)
+        return false;
+    return onGeography<MVectorData>(likeGeography, false, [](const MVectorData &geography) {
+        const FMProjectionInfo projection = geography.GetFennims()->GetProjectionSettings();
+        return startNewGeography(geography.GetBoundingRect(), &projection);
+    });
+}
+
+bool VORN_StartNewVectorGeography(const QRectF &bounds, qint64 start, qint64 end, int projectionFrom)
+{
+    if (gNewGeography)
+        return false;
+    const RectInT box = boxOf(bounds, start, end);
+    if (projectionFrom < 0)
+        return startNewGeography(box, nullptr);
+    return onGeography<MVectorData>(projectionFrom, false, [&box](const MVectorData &geography) {
+        const FMProjectionInfo projection = geography.GetFennims()->GetProjectionSettings();
+        return startNewGeography(box, &projection);
+    });
+}
+
+bool VORN_SetNewGeographyProjection(const QString &wkt)
+{
+    FMProjectionInfo projection;
+    if (!gNewGeography || gNewGeography->hasChains || !FMProjectionInfo::FromWkt(wkt, projection))
+        return false;
+    const double tolerance = gNewGeography->tolerance;
+    startNewGeography(RectInT(gNewGeography->bounds), &projection);
+    return VORN_SetAdjacencyTolerance(tolerance);
+}
+
+bool VORN_SetAdjacencyTolerance(double tolerance)
+{
+    if (!gNewGeography || !std::isfinite(tolerance) || tolerance < 0.0)
+        return false;
+    gNewGeography->tolerance = tolerance;
+    gNewGeography->builder->SetAdjacencyTolerance(tolerance);
+    return true;
+}
+
+int VORN_CreateNewObjectChain()
+{
+    if (!gNewGeography)
+        return -1;
+    const FMObjectChain *chain = gNewGeography->builder->CreateChain({}, {}, -1);
+    gNewGeography->hasChains = true;
+    return chain ? chain->id : -1;
+}
+
+bool VORN_AddPointToChain(unsigned int chain, const QPointF &point, const Interval &interval)
+{
+    return addToChain(chain, interval, [&point] { return new FMPoint(point); });
+}
+
+bool VORN_AddLineToChain(unsigned int chain, const QList<QList<QPointF>> &parts, const Interval &interval)
+{
+    return addToChain(chain, interval, [&parts] {
+        QList<QVector<QPointF>> vertices;
+        for (const QList<QPointF> &part : parts)
+            vertices.append(part.toVector());
+        return new FMLine(vertices);
+    });
+}
+
+bool VORN_AddPolygonToChain(unsigned int chain, const QList<QList<QPointF>> &rings, const Interval &interval)
+{
+    return addToChain(chain, interval, [&rings] {
+        QList<QPolygonF> polygons;
+        for (const QList<QPointF> &ring : rings)
+            polygons.append(QPolygonF(ring.toVector()));
+        return new FMPolygon(polygons, 0);
+    });
+}
+
+bool VORN_AddPolygonToChain(unsigned int chain, const QList<QPointF> &ring, const Interval &interval)
+{
+    return VORN_AddPolygonToChain(chain, QList<QList<QPointF>>{ring}, interval);
+}
+
+bool VORN_AbortNewVectorGeography()
+{
+    const bool wasBuilding = gNewGeography != nullptr;
+    gNewGeography.reset();
+    return wasBuilding;
+}
+
+int VORN_FinishVectorGeography(const QString &name, const QString &history, TimeFormat format)
+{
+    if (!gNewGeography)
+        return 0;
+    const std::unique_ptr<NewGeography> finished = std::move(gNewGeography);
+    if (!finished->builder->IsValid())
+        return -1;
+    const ScratchFile file(ControllerBase::GetVORNTempFile("TMP"));
+    if (!finished->builder->Finish(file.path().toLocal8Bit().constData(), nullptr))
+        return -1;
+    return controller()->AddNewVectorGeography(file.path(), name, history, format, -1, nullptr);
+}

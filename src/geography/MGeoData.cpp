@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: MIT
+#include "datainterface/MGeoData.h"
+#include "Common/detail/failure.h"
+#include "Common/detail/streams.h"
+#include "datainterface/MDataSource.h"
+#include "datainterface/VersionAPI.h"
+#include "fennimark/geometryTypes.h"
+#include "frame/listeners.h"
+#include "time/calendar.h"
+
+using namespace datainterface;
+
+namespace {
+
+// Ids are the upper half of a dataset's id, so there are 15 bits for them.
+constexpr int kIdLimit = 0x8000;
+
+const Connection kNameConnections[] = {
+    {SIGNAL(GeographyNameChangedSignal(MGeoData *, const char *)),
+     SLOT(GeographyNameChangedSlot(MGeoData *, const char *))},
+};
+
+const Connection kVariogramConnections[] = {
+    {SIGNAL(VariogramModelAddedSignal(const DataId &, qint32)),
+     SLOT(VariogramModelAddedSlot(const DataId &, qint32))},
+    {SIGNAL(VariogramModelRemovedSignal(const DataId &, qint32)),
+     SLOT(VariogramModelRemovedSlot(const DataId &, qint32))},
+    {SIGNAL(VariogramModelChangedSignal(const DataId &, qint32)),
+     SLOT(VariogramModelChangedSlot(const DataId &, qint32))},
+};
+
+// Files from 103000 to 106999: two flags, of which the first says whether there is a date.
+TimeFormat readOldTimeFormat(QDataStream &in)
+{
+    qint8 hasDate = 0;
+    qint8 hasTime = 0;
+    in >> hasDate >> hasTime;
+    if (hasDate == 0)
+        return TF_Time;
+    return hasTime != 0 ? TF_DateTime : TF_Date;
+}
+
+TimeFormat readTimeFormat(QDataStream &in)
+{
+    if (dataInterfaceVersionLoading < 107000)
+        return readOldTimeFormat(in);
+    qint32 format = 0;
+    in >> format;
+    if (format < TF_Date || format > TF_Integer)
+        in.setStatus(QDataStream::ReadCorruptData);
+    return static_cast<TimeFormat>(format);
+}
+
+} // namespace
+
+int MGeoData::mNextId = 0;
+
+MGeoData::MGeoData(const QString &name, TimeFormat format, const QString &filePath)
+    : mName(name), mTimeFormat(format), mId(mNextId++), mFilePath(filePath)
+{
+}
+
+MGeoData::~MGeoData()
+{
+    delete mDataSource;
+}
+
+bool MGeoData::SaveToStream(QDataStream &out)
+{
+    out << mName << qint32(mId) << qint32(mNextId) << qint8(mIsStatic) << mMetaData << qint32(mTimeFormat)
+        << qint32(mParentId) << mParentObjectIds;
+    out << qint32(0); // spatial weight sets
+    return out.status() == QDataStream::Ok;
+}
+
+bool MGeoData::RestoreFromStream(QDataStream &in)
+{
+    const int version = dataInterfaceVersionLoading;
+    if (version >= 130000)
+        in >> mName;
+    if (!restoreIds(in))
+        return false;
+    mIsStatic = false;
+    if (version >= 170006) {
+        qint8 isStatic = 0;
+        in >> isStatic;
+        mIsStatic = isStatic != 0;
+    }
+    if (version >= 170004)
+        in >> mMetaData;
+    if (version < 103000)
+        return in.status() == QDataStream::Ok;
+    mTimeFormat = readTimeFormat(in);
+    in >> mParentId;
+    readList(in, mParentObjectIds, sizeof(qint32));
+    return readWeightSets(in) && in.status() == QDataStream::Ok;
+}
+
+bool MGeoData::restoreIds(QDataStream &in)
+{
+    qint32 id = 0;
+    qint32 nextId = 0;
+    in >> id >> nextId;
+    if (in.status() != QDataStream::Ok || id < 0 || id >= kIdLimit || nextId < 0 || nextId > kIdLimit)
+        return false;
+    mId = id;
+    mNextId = nextId;
+    return true;
+}
+
+// A file with weight sets is refused: a set cannot be skipped, since its length stands nowhere.
+bool MGeoData::readWeightSets(QDataStream &in)
+{
+    qint32 count = 0;
+    in >> count;
+    return count == 0;
+}
+
+QString MGeoData::GetName()
+{
+    return mName;
+}
+
+void MGeoData::SetName(const QString &name)
+{
+    mName = name;
+    Q_EMIT GeographyNameChangedSignal(this, name.toLocal8Bit().constData());
+}
+
+void MGeoData::SetStatic(bool isStatic)
+{
+    mIsStatic = isStatic;
+    const QList<DataId> ids = mDataSource->GetDatasetIds();
+    for (const DataId &id : ids)
+        if (MDataset *dataset = mDataSource->GetDataset(id))
+            dataset->SetStatic(isStatic);
+}
+
+bool MGeoData::IsDatasetIdValid(int id) const
+{
+    return mDataSource->IsDatasetIdValid(id);
+}
+
+bool MGeoData::IsNumeric(int id) const
+{
+    return mDataSource->IsNumeric(id);
+}
+
+bool MGeoData::AddListener(QObject *listener)
+{
+    if (!mDataSource->AddListener(listener))
+        return false;
+    require(connectAll(this, listener, kNameConnections), "Can't connect signals");
+    return true;
+}
+
+void MGeoData::RemoveListener(QObject *listener)
+{
+    mDataSource->RemoveListener(listener);
+    disconnectAll(this, listener, kNameConnections);
+}
+
+bool MGeoData::AddVariogramModelListener(QObject *listener)
+{
+    require(connectAll(mDataSource, listener, kVariogramConnections), "Can't connect signals");
+    return true;
+}
+
+void MGeoData::RemoveVariogramModelListener(QObject *listener)
+{
+    disconnectAll(mDataSource, listener, kVariogramConnections);
+}
+
+bool MGeoData::GetDistanceUnit(QString &unit) const
+{
+    const QString key = QStringLiteral("Distance unit");
+    if (!mMetaData.tagExists(key))
+        return false;
+    unit = mMetaData[key].toString();
+    return true;
+}
+
+GeoProps MGeoData::BaseProperties()
+{
+    GeoProps props;
+    props.id = mId;
+    props.name = mName;
+    props.metaData = mMetaData.values();
+    props.isStatic = mIsStatic;
+    props.timeFormat = mTimeFormat;
+    props.timeBounds = GetTimeBounds();
+    const Rect2D box = GetBoundingRect();
+    props.bounds = QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin);
+    props.objectCount = static_cast<int>(mDataSource->GetObjectCount());
+    for (const DataId &id : mDataSource->GetDatasetIds())
+        props.datasetIds.insert(id);
+    return props;
+}
+
+QString MGeoData::TimeToString(qint64 t, const char *dateFormat, const char *timeFormat)
+{
+    return datainterface::TimeToString(t, mTimeFormat, dateFormat, timeFormat);
+}
+
+QString MGeoData::TimeStepToString(const TimeStep &step)
+{
+    return datainterface::TimeStepToString(step, mTimeFormat);
+}
+
+qint64 MGeoData::ConvertFromDate(const QDate &date)
+{
+    return datainterface::ConvertFromDate(date);
+}
+
+qint64 MGeoData::ConvertFromTime(const QTime &time)
+{
+    return datainterface::ConvertFromTime(time);
+}
+
+qint64 MGeoData::ConvertFromDateTime(const QDate &date, const QTime &time)
+{
+    return datainterface::ConvertFromDateTime(date, time);
+}
+
+QDate MGeoData::ConvertToDate(qint64 t)
+{
+    return datainterface::ConvertToDate(t);
+}
+
+QTime MGeoData::ConvertToTime(qint64 t)
+{
+    return datainterface::ConvertToTime(t);
+}
+
+QDateTime MGeoData::ConvertToDateTime(qint64 t)
+{
+    return datainterface::ConvertToDateTime(t);
+}
+
+qint64 MGeoData::IncrementTime(TimeFormat format, TimeStep step, qint64 t)
+{
+    return datainterface::IncrementTime(format, step, t);
+}
+
+QString MGeoData::TimeToString(qint64 t, TimeFormat format, const char *dateFormat, const char *timeFormat)
+{
+    return datainterface::TimeToString(t, format, dateFormat, timeFormat);
+}
+
+QString MGeoData::TimeStepToString(const TimeStep &step, TimeFormat format)
+{
+    return datainterface::TimeStepToString(step, format);
+}

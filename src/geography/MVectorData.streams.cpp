@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// Behind the base part: the geometry as the geometry library writes it, both maps of object numbers, the data source.
+#include <algorithm>
+#include "Common/detail/streams.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/MVectorDataSource.h"
+#include "datainterface/VersionAPI.h"
+#include "fennimark/FMProjectionInfo.h"
+#include "fennimark/Fennims.h"
+#include "frame/progressSection.h"
+#include "geography/projectionTags.h"
+
+using namespace datainterface;
+
+namespace {
+
+// The geometry takes the first half of a geography's range of the progress bar, the datasets the second.
+constexpr int kGeometryShare = 50;
+
+void setProgressText(const QString &text)
+{
+    if (VORN_Progress::UsingProgressBar())
+        VORN_Progress::SetProgressText(text.toUtf8().constData());
+}
+
+void writeAscending(QDataStream &out, const QHash<int, int> &hash)
+{
+    QList<int> keys = hash.keys();
+    std::sort(keys.begin(), keys.end());
+    out << qint32(keys.size());
+    for (int key : std::as_const(keys))
+        out << qint32(key) << qint32(hash.value(key));
+}
+
+bool readHash(QDataStream &in, QHash<int, int> &hash)
+{
+    hash.clear();
+    const int count = readCount(in, 2 * sizeof(qint32));
+    hash.reserve(count);
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        qint32 key = 0;
+        qint32 value = 0;
+        in >> key >> value;
+        hash.insert(key, value);
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+} // namespace
+
+bool MVectorData::SaveToStream(QDataStream &out)
+{
+    if (!MGeoData::SaveToStream(out))
+        return false;
+    const QString saving = QStringLiteral("Saving ") + mName;
+    setProgressText(saving + QStringLiteral("..."));
+    ProgressSection section(kGeometryShare);
+    if (!mFennims->Save(out, progressCallback()))
+        return false;
+    writeAscending(out, mObjectIndexByFennimId);
+    out << mFennimIdMap;
+    section.next(100);
+    setProgressText(saving + QStringLiteral(" datasets..."));
+    return mDataSource->SaveToStream(out);
+}
+
+bool MVectorData::RestoreFromStream(QDataStream &in)
+{
+    const int version = dataInterfaceVersionLoading;
+    if (version > 102000 && !MGeoData::RestoreFromStream(in))
+        return false;
+    ProgressSection section(kGeometryShare);
+    mFennims = std::make_unique<Fennims>();
+    if (!mFennims->Open(in, progressCallback()))
+        return false;
+    if (version < 130000)
+        mName = mFennims->GetName();
+    if (version <= 102000 && !restoreIds(in))
+        return false;
+    if (!readHash(in, mObjectIndexByFennimId))
+        return false;
+    if (version <= 102000 && !readWeightSets(in))
+        return false;
+    if (!restoreObjectNumbers(in))
+        return false;
+    setProjectionTags(mMetaData, mFennims->GetProjectionSettings(), AngularUnit::Code);
+    section.next(100);
+    return restoreDataSource(in);
+}
+
+// Datasets are addressed by these numbers, so both maps must tell the same and name each chain of the geometry once.
+bool MVectorData::restoreObjectNumbers(QDataStream &in)
+{
+    if (!readList(in, mFennimIdMap, sizeof(qint32)))
+        return false;
+    const QHash<int, int> stored = mObjectIndexByFennimId;
+    indexFennimIds();
+    if (mFennimIdMap.size() != mFennims->mChains.size() || stored != mObjectIndexByFennimId)
+        return false;
+    return std::all_of(mFennimIdMap.cbegin(), mFennimIdMap.cend(),
+                       [this](int id) { return mFennims->mChains.contains(id); });
+}
+
+bool MVectorData::restoreDataSource(QDataStream &in)
+{
+    delete mDataSource;
+    mDataSource = mVectorDataSource = new MVectorDataSource(mFilePath);
+    return mVectorDataSource->RestoreFromStream(in)
+        && mVectorDataSource->GetObjectCount() == static_cast<unsigned int>(mFennimIdMap.size());
+}
