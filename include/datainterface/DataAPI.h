@@ -145,8 +145,8 @@ DATAINTERFACE_EXPORT bool VORN_AppendToLongDescription(int id, const QString &te
 
 // Frequencies and statistics
 DATAINTERFACE_EXPORT bool VORN_RecalculateDataFrequencies(int id);
-/// @param complete  false when the frequency table stopped short of all values.
-DATAINTERFACE_EXPORT int VORN_GetUniqueDataCount(int id, bool &complete);
+/// Keys of the frequency table. @param isCapped  whether the table is full, so that there may be more values.
+DATAINTERFACE_EXPORT int VORN_GetUniqueDataCount(int id, bool &isCapped);
 /// Ascending.
 DATAINTERFACE_EXPORT bool VORN_GetUniqueDataValues(int id, QList<datum> &values);
 DATAINTERFACE_EXPORT bool VORN_GetMean(int id, int realization, qint64 t, double &mean);

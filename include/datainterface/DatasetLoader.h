@@ -11,7 +11,8 @@ class MDataset;
 class DATAINTERFACE_EXPORT DatasetLoader {
 public:
     DatasetLoader(MDataSource *source, int id, int realization);
-    ~DatasetLoader();
+    /// The last check-in writes back, which can raise; never while another failure is on its way.
+    ~DatasetLoader() noexcept(false);
 
 private:
     const MDataset *mDataset;

@@ -142,6 +142,7 @@ protected:
 private:
     void deleteDataset(int id);
     MDataset *newDataset(qint32 tag);
+    bool adoptRestored(MDataset *dataset, QDataStream &in);
     bool restoreDatasets(QDataStream &in);
     bool restoreLegacyDatasets(QDataStream &in);
 };

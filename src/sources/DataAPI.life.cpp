@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+// Making, announcing, removing and copying datasets, and the values of simulated realizations.
+#include <algorithm>
+#include "Common/detail/failure.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/OrderedDouble.h"
+#include "datainterface/dataContainer.h"
+#include "datasets/elementTypes.h"
+#include "datasets/ownedContainers.h"
+#include "sources/dataFrame.h"
+
+using namespace datainterface;
+
+namespace {
+
+bool isVectorType(DataType type)
+{
+    return type == DecimalType || type == IntegerType || type == StringType;
+}
+
+QMap<int, QList<DataId>> byGeography(const QVector<int> &ids)
+{
+    QMap<int, QList<DataId>> lists;
+    for (int id : ids)
+        lists[geographyIdOf(id)].append(DataId(id));
+    return lists;
+}
+
+// One call for each geography that is there, in order of its id. @return whether all were.
+template <class Call> bool forEachGeography(const QVector<int> &ids, Call call)
+{
+    const QMap<int, QList<DataId>> lists = byGeography(ids);
+    bool areAllThere = true;
+    for (auto list = lists.cbegin(); list != lists.cend(); ++list) {
+        areAllThere = onGeographySource(list.key(), false, [&](MDataSource &source) {
+            call(source, list.value());
+            return true;
+        }) && areAllThere;
+    }
+    return areAllThere;
+}
+
+template <class T, class Map> bool copyContainers(const MVectorDataset &from, int realization, Map &map)
+{
+    if constexpr (std::is_same_v<T, double>)
+        return from.CopyDecimalData(realization, map);
+    else if constexpr (std::is_same_v<T, int>)
+        return from.CopyIntegerData(realization, map);
+    else
+        return from.CopyStringData(realization, map);
+}
+
+template <class T> bool copyRealization(const MVectorDataset &from, MVectorDataset &to, int realization)
+{
+    if (from.GetStorageType() == MVectorDataset::TimeSlice) {
+        OwnedContainers<MVectorDataset::SliceMap<T>> copies;
+        return copyContainers<T>(from, realization, copies.map())
+            && copies.handOver([&](const auto &map) { return to.SetTimeSliceData(realization, map, true); });
+    }
+    OwnedContainers<MVectorDataset::SeriesMap<T>> copies;
+    return copyContainers<T>(from, realization, copies.map())
+        && copies.handOver([&](const auto &map) { return to.SetTimeSeriesData(realization, map, true); });
+}
+
+bool copyValues(const MVectorDataset &from, MVectorDataset &to)
+{
+    for (int realization = 0; realization < from.GetRealizationCount(); ++realization) {
+        const bool isCopied = visitElement(from.GetDataType(), [&](auto element) {
+            return copyRealization<ElementOf<decltype(element)>>(from, to, realization);
+        });
+        if (!isCopied)
+            return false;
+    }
+    to.RecalculateFrequencies();
+    // The one slice of a static dataset lies under time 0, where a static copy looks for it.
+    if (from.IsStatic() && from.GetStorageType() == MVectorDataset::TimeSlice)
+        to.SetStatic(true);
+    return true;
+}
+
+int migrateVector(MVectorDataset &dataset, MVectorDataSource &target)
+{
+    const int newId = target.NewVectorDataset(dataset.GetDisplayName(), dataset.GetDataType(),
+                                              dataset.GetStorageType(), dataset.GetRealizationCount(),
+                                              dataset.GetHierarchyPath());
+    if (copyValues(dataset, *target.GetVectorDataset(newId)))
+        return newId;
+    target.RemoveDataset(newId);
+    return -1;
+}
+
+struct RankedValue {
+    OrderedDouble value;
+    int position;
+    bool operator<(const RankedValue &other) const { return value < other.value; }
+};
+
+// The values that are present, ascending; equal ones in order of position.
+QVector<RankedValue> ranked(const VORN_DataContainer &values)
+{
+    QVector<RankedValue> list;
+    for (int i = 0; i < values.count(); ++i)
+        if (!values.isMissing(i))
+            list.append({values.value(i), i});
+    std::stable_sort(list.begin(), list.end());
+    return list;
+}
+
+bool holdsNormalScores(MDataset &dataset, qint64 t)
+{
+    const QString key = QStringLiteral("Normal scores");
+    if (!dataset.GetMetaData().tagExists(key))
+        dataset.SetMetaData(key, static_cast<int>(dataset.IsNormalScoreDataset(t, 0)));
+    return dataset.GetMetaData(key).toInt() != 0;
+}
+
+} // namespace
+
+int VORN_NewVectorDataset(int geographyId, const QString &name, StorageType storage, DataType type, int realizations,
+                          const QString &path)
+{
+    if (!isVectorType(type) || (storage != TimeSeries && storage != TimeSlice) || realizations < 1)
+        return -1;
+    return onGeography<MVectorData>(geographyId, -1, [&](const MVectorData &geography) {
+        return geography.GetVectorDataSource()->NewVectorDataset(
+            name, type, static_cast<MVectorDataset::StorageType>(storage), realizations, path);
+    });
+}
+
+bool VORN_NewDatasetCreated(int id)
+{
+    return onSource(id, false, [id](MDataSource &source) {
+        source.AnnounceNewDataset(id, true);
+        return true;
+    });
+}
+
+bool VORN_NewDatasetsCreated(const QVector<int> &ids)
+{
+    return forEachGeography(
+        ids, [](MDataSource &source, const QList<DataId> &list) { source.AnnounceNewDatasets(list, true); });
+}
+
+bool VORN_DatasetChanged(int id)
+{
+    return onSource(id, false, [id](MDataSource &source) {
+        source.AnnounceChangedDataset(id);
+        return true;
+    });
+}
+
+bool VORN_DatasetsChanged(const QVector<int> &ids)
+{
+    return forEachGeography(
+        ids, [](MDataSource &source, const QList<DataId> &list) { source.AnnounceChangedDatasets(list); });
+}
+
+bool VORN_RemoveDataset(int id)
+{
+    return onSource(id, false, [id](MDataSource &source) { return source.RemoveDataset(id); });
+}
+
+bool VORN_RemoveDatasets(const QVector<int> &ids)
+{
+    for (int geographyId : byGeography(ids).keys())
+        require(controller()->GetGeoData().contains(geographyId), "gd");
+    return forEachGeography(ids,
+                            [](MDataSource &source, const QList<DataId> &list) { source.RemoveDatasets(list); });
+}
+
+int VORN_MigrateDataset(int id, int targetGeographyId, bool announce)
+{
+    return onDataset<MVectorDataset>(id, -1, [&](MVectorDataset &dataset) {
+        return onGeographySource<MVectorDataSource>(targetGeographyId, -1, [&](MVectorDataSource &target) {
+            if (target.GetObjectCount() != static_cast<unsigned int>(dataset.GetObjectCount()))
+                return -1;
+            const int newId = migrateVector(dataset, target);
+            if (newId != -1 && announce)
+                target.AnnounceNewDataset(newId, false);
+            return newId;
+        });
+    });
+}
+
+bool VORN_IsNormalScoreDataset(int id, qint64 t)
+{
+    return onDataset(id, false, [t](const MDataset &dataset) { return dataset.IsNormalScoreDataset(t, 0); });
+}
+
+bool VORN_GetRealizationValues(int id, int realization, qint64 t, const VORN_DataContainer &scores,
+                               VORN_DataContainer &result)
+{
+    return onDataset(id, false, [&](MDataset &dataset) {
+        result = VORN_DataContainer(VORN_ConstDataContainer(&dataset, t, realization));
+        if (!holdsNormalScores(dataset, t))
+            return true;
+        result.missingData() += scores.missingData();
+        const QVector<RankedValue> sources = ranked(scores);
+        const QVector<RankedValue> targets = ranked(result);
+        for (int k = 0; k < std::min(sources.size(), targets.size()); ++k)
+            result.setValue(targets[k].position, static_cast<double>(sources[k].value));
+        return true;
+    });
+}

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+// Kind, next id, count, then each dataset behind a tag of its own. Files before 130000 held vector datasets alone and
+// kept names and metadata in tables of the source.
+#include <memory>
+#include "Common/detail/failure.h"
+#include "Common/detail/streams.h"
+#include "datainterface/MDataSource.h"
+#include "datainterface/MVectorDataset.h"
+#include "datainterface/VersionAPI.h"
+#include "frame/progressSection.h"
+
+using namespace datainterface;
+
+namespace {
+
+// The word in front of each dataset. Not the kind of a source, whose numbers are others.
+enum DatasetTag : qint32 { VectorTag = 1, RasterTag = 2 };
+
+constexpr int kFirstWithDatasetTags = 130000;
+constexpr qint64 kLeastDatasetBytes = 4;
+
+using TextTable = QMap<int, QString>;
+using TagTable = QMap<QString, MDatum>;
+
+struct LegacyTables {
+    QMap<int, TagTable> metaData;
+    TextTable names;
+    TextTable shortDescriptions;
+    TextTable longDescriptions;
+};
+
+bool readTextTable(QDataStream &in, TextTable &table)
+{
+    return readMap(in, table, 2 * sizeof(qint32));
+}
+
+bool readTables(QDataStream &in, LegacyTables &tables)
+{
+    readMap(in, tables.metaData, 2 * sizeof(qint32), [&in](int &id, TagTable &tags) {
+        in >> id;
+        readMap(in, tags, 2 * sizeof(qint32));
+    });
+    readTextTable(in, tables.names);
+    readTextTable(in, tables.shortDescriptions);
+    readTextTable(in, tables.longDescriptions);
+    if (dataInterfaceVersionLoading >= 102001 && dataInterfaceVersionLoading < 120000) {
+        TextTable unused;
+        readTextTable(in, unused);
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+QVariant variantOf(const MDatum &value)
+{
+    switch (value.type()) {
+    case MDatum::Integer: return static_cast<int>(value.integerValue());
+    case MDatum::Decimal: return value.decimalValue();
+    case MDatum::String: return QString::fromLatin1(value.charstr());
+    default: return QVariant();
+    }
+}
+
+void describe(MDataset &dataset, int id, const LegacyTables &tables)
+{
+    const auto name = tables.names.constFind(id);
+    require(name != tables.names.constEnd(), "Can't find dataset name");
+    dataset.SetDisplayName(name.value());
+    const TagTable tags = tables.metaData.value(id);
+    for (auto tag = tags.cbegin(); tag != tags.cend(); ++tag) {
+        const QVariant value = variantOf(tag.value());
+        if (value.isValid())
+            dataset.SetMetaData(tag.key(), value);
+    }
+    if (tables.shortDescriptions.contains(id))
+        dataset.SetShortDescription(tables.shortDescriptions.value(id));
+    if (tables.longDescriptions.contains(id))
+        dataset.SetLongDescription(tables.longDescriptions.value(id));
+}
+
+bool reportDataset(int i, int count)
+{
+    return reportProgress(static_cast<int>(100LL * (i + 1) / count));
+}
+
+} // namespace
+
+bool MDataSource::SaveToStream(QDataStream &out)
+{
+    out << mKind << qint32(mNextDatasetId) << qint32(mDatasets.size());
+    int i = 0;
+    for (MDataset *dataset : std::as_const(mDatasets))
+        if (!dataset->SaveToStream(out) || !reportDataset(i++, mDatasets.size()))
+            return false;
+    return out.status() == QDataStream::Ok;
+}
+
+bool MDataSource::RestoreFromStream(QDataStream &in)
+{
+    qint32 kind = BaseSource;
+    in >> kind >> mNextDatasetId;
+    if (in.status() != QDataStream::Ok || kind != mKind)
+        return false;
+    return dataInterfaceVersionLoading >= kFirstWithDatasetTags ? restoreDatasets(in) : restoreLegacyDatasets(in);
+}
+
+// Null for an unknown tag and for one that does not belong to this kind of source.
+MDataset *MDataSource::newDataset(qint32 tag)
+{
+    if (tag == VectorTag && mKind == VectorSource)
+        return new MVectorDataset(this, mDirectory);
+    return nullptr;
+}
+
+bool MDataSource::restoreDatasets(QDataStream &in)
+{
+    const int count = readCount(in, kLeastDatasetBytes);
+    for (int i = 0; i < count; ++i) {
+        qint32 tag = 0;
+        in >> tag;
+        MDataset *dataset = newDataset(tag);
+        if (!dataset || !adoptRestored(dataset, in) || !reportDataset(i, count))
+            return false;
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+bool MDataSource::restoreLegacyDatasets(QDataStream &in)
+{
+    LegacyTables tables;
+    if (!readTables(in, tables))
+        return false;
+    in >> mLegacyObjectCount;
+    const int count = readCount(in, kLeastDatasetBytes);
+    for (int i = 0; i < count; ++i) {
+        qint32 id = 0;
+        in >> id;
+        MDataset *dataset = newDataset(VectorTag);
+        if (!dataset)
+            return false;
+        dataset->SetId(id);
+        if (!adoptRestored(dataset, in))
+            return false;
+        describe(*dataset, id, tables);
+        if (!reportDataset(i, count))
+            return false;
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+// Restores a dataset and enters it under the id that it has read. One that cannot be read, or whose id stands twice,
+// is freed.
+bool MDataSource::adoptRestored(MDataset *dataset, QDataStream &in)
+{
+    const auto destroy = [](MDataset *unwanted) { delete unwanted; };
+    std::unique_ptr<MDataset, decltype(destroy)> owner(dataset, destroy);
+    if (!dataset->RestoreFromStream(in) || mDatasets.contains(dataset->GetId()))
+        return false;
+    mDatasets.insert(dataset->GetId(), owner.release());
+    return true;
+}
