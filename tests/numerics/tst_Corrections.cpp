@@ -5,6 +5,8 @@
 #include "datainterface/StatisticsAPI.h"
 #include "support/support.h"
 
+Q_DECLARE_METATYPE(VORN_MissingData)
+
 namespace {
 
 const double kNaN = std::nan("");
@@ -162,6 +164,5 @@ void TestCorrections::familiesEqualTheWalkOverEveryFamily()
     }
 }
 
-Q_DECLARE_METATYPE(VORN_MissingData)
 QTEST_GUILESS_MAIN(TestCorrections)
 #include "tst_Corrections.moc"

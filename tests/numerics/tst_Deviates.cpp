@@ -7,6 +7,9 @@
 #include "numerics/deviates.h"
 #include "support/support.h"
 
+Q_DECLARE_METATYPE(std::function<double()>)
+Q_DECLARE_METATYPE(std::function<double(double)>)
+
 namespace {
 
 constexpr int kDraws = 100000;
@@ -167,7 +170,5 @@ void TestDeviates::absurdParametersGiveZero()
     QCOMPARE(VORN_GetBinomialDeviate(0.0, 1000), 0);
 }
 
-Q_DECLARE_METATYPE(std::function<double()>)
-Q_DECLARE_METATYPE(std::function<double(double)>)
 QTEST_GUILESS_MAIN(TestDeviates)
 #include "tst_Deviates.moc"

@@ -5,6 +5,9 @@
 #include "datainterface/MatrixAPI.h"
 #include "support/support.h"
 
+Q_DECLARE_METATYPE(std::function<void()>)
+Q_DECLARE_METATYPE(vorn_matrix)
+
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -399,7 +402,5 @@ void TestMatrix::hopelessNumbersGiveFalse()
     QVERIFY(VORN_Upper_Cholesky(matrix(2, 2, {1, 0, 0, -1}), result) == 2);
 }
 
-Q_DECLARE_METATYPE(std::function<void()>)
-Q_DECLARE_METATYPE(vorn_matrix)
 QTEST_GUILESS_MAIN(TestMatrix)
 #include "tst_Matrix.moc"
