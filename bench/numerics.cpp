@@ -67,7 +67,7 @@ void addProducts(std::vector<Pair> &table)
 
 void addSolvers(std::vector<Pair> &table)
 {
-    constexpr int n = 1000;
+    static constexpr int n = 1000;
     const vorn_matrix a = randomMatrix(n, n, 3);
     const std::vector<double> plain = elements(a);
     table.push_back({"inverse 1000", "DGETRF, DGETRI", 1.02,
