@@ -134,8 +134,8 @@ void TestCorrections::familiesEqualTheWalkOverEveryFamily()
             for (int i = 0; i < objects; ++i)
                 flags[i] = generator() % 100 < unsigned(2 * i);
         }
-        const double alpha = 0.02 + 0.3 * (generator() % 1000) / 1000.0;
-        const double fraction = 0.3 * (generator() % 1000) / 1000.0;
+        const double alpha = 0.02 + 0.3 * int(generator() % 1000) / 1000.0;
+        const double fraction = 0.3 * int(generator() % 1000) / 1000.0;
         QVector<QPair<int, int>> order;
         for (int i = 0; i < objects; ++i) {
             int count = 0;
