@@ -223,6 +223,17 @@ void addSequences(std::vector<Pair> &table)
                          }
                      },
                      standardPermutations});
+    table.push_back({"10,000 arrangements of 5 in 30", "std::next_permutation", 2.0,
+                     [](benchmark::State &state) {
+                         permutationIt it(30, 5);
+                         for (auto _ : state) {
+                             for (int i = 0; i < 10000; ++i)
+                                 it++;
+                             if (it.done())
+                                 it.reset();
+                         }
+                     },
+                     standardPermutations});
     table.push_back({"10,000 combinations of 10 in 30", "std::next_permutation", 2.0,
                      [](benchmark::State &state) {
                          combinationIt it(30, 10);
