@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: MIT
+#include <QtTest>
+#include "Common/detail/streams.h"
+#include "datainterface/GeoProps.h"
+#include "datainterface/MissingData.h"
+#include "datainterface/MissingFlag.h"
+#include "datainterface/dataContainer.h"
+#include "support/support.h"
+
+Q_DECLARE_METATYPE(MissingFlag)
+
+using datainterface::BytesReader;
+using datainterface::BytesWriter;
+
+namespace {
+
+VORN_MissingData raster(int cells, std::initializer_list<int> missing)
+{
+    VORN_MissingData result(MissingData::Raster, cells);
+    for (const int cell : missing)
+        result.setMissing(cell);
+    return result;
+}
+
+QByteArray pixels(const VORN_MissingData &missing, int bytes)
+{
+    return QByteArray(reinterpret_cast<const char *>(missing.missingPixels()), bytes).toHex();
+}
+
+} // namespace
+
+class TestMissingData : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void nothingIsMissingFromNothing();
+    void setsAndUnsets_data();
+    void setsAndUnsets();
+    void allMissingIsAShortcut();
+    void copiesDetach();
+    void unionsOfTheSameForm();
+    void unionsWithNothingAndWithAll();
+    void formsDoNotMix();
+    void checkersAddUpContainers();
+    void flagsMatchTheirOwnWidth();
+    void flagsStream_data();
+    void flagsStream();
+};
+
+void TestMissingData::nothingIsMissingFromNothing()
+{
+    VORN_MissingData missing;
+    QVERIFY(!missing.isValid() && missing.noneMissing() && !missing.isMissing(3));
+    QCOMPARE(raisedText([&] { missing.setMissing(0); }), QString("isValid()"));
+    QCOMPARE(raisedText([&] { missing.unsetMissing(0, 1); }), QString("isValid()"));
+    QCOMPARE(raisedText([&] { missing.missingIds(); }), QString("md->type == MissingData::Vector"));
+    QCOMPARE(raisedText([&] { missing.missingPixels(); }), QString("md->type == MissingData::Raster"));
+    GeoProps grid;
+    grid.type = GeoProps::Raster;
+    grid.rows = 3;
+    grid.columns = 5;
+    QCOMPARE(pixels(VORN_MissingData(grid), 2), QByteArray("0000"));
+}
+
+void TestMissingData::setsAndUnsets_data()
+{
+    QTest::addColumn<bool>("isRaster");
+    QTest::newRow("raster") << true;
+    QTest::newRow("vector") << false;
+}
+
+void TestMissingData::setsAndUnsets()
+{
+    QFETCH(bool, isRaster);
+    VORN_MissingData missing(isRaster ? MissingData::Raster : MissingData::Vector, 12);
+    for (const int id : {3, 11, 3})
+        missing.setMissing(id);
+    QCOMPARE(missing.missingCount(), 2);
+    QVERIFY(missing.isMissing(3) && missing.isMissing(11) && !missing.isMissing(4));
+    missing.unsetMissing(3, 12);
+    missing.unsetMissing(3, 12);
+    QCOMPARE(missing.missingCount(), 1);
+    QVERIFY(!missing.isMissing(3) && missing.isMissing(11));
+    if (isRaster) {
+        missing.setMissing(16);
+        missing.setMissing(-1);
+        QVERIFY(!missing.isMissing(16) && !missing.isMissing(-1));
+        QCOMPARE(missing.missingCount(), 1);
+        QCOMPARE(pixels(missing, 2), QByteArray("0008"));
+    }
+    missing.clearMissing();
+    QVERIFY(missing.noneMissing() && !missing.isMissing(11));
+}
+
+void TestMissingData::allMissingIsAShortcut()
+{
+    VORN_MissingData vector(MissingData::Vector, 5);
+    vector.setAllMissing(5);
+    QVERIFY(vector.isAllMissing() && vector.isMissing(4));
+    QVERIFY(vector.missingIds().isEmpty());
+    vector.setMissing(2);
+    QCOMPARE(vector.missingCount(), 5);
+    vector.unsetMissing(2, 5);
+    QCOMPARE(vector.missingIds(), (QSet<int>{0, 1, 3, 4}));
+    QCOMPARE(vector.missingCount(), 4);
+
+    VORN_MissingData cells = raster(12, {});
+    cells.setAllMissing(12);
+    QCOMPARE(pixels(cells, 2), QByteArray("0000"));
+    cells.unsetMissing(0, 12);
+    QCOMPARE(pixels(cells, 2), QByteArray("feff"));
+    QCOMPARE(cells.missingCount(), 11);
+
+    cells.setAllMissing(12);
+    cells.clearMissing();
+    QVERIFY(cells.isAllMissing() && cells.missingCount() == 0);
+}
+
+void TestMissingData::copiesDetach()
+{
+    VORN_MissingData first(QSet<int>{1});
+    VORN_MissingData second = first;
+    second.setMissing(2);
+    QVERIFY(!first.isMissing(2) && second.isMissing(2));
+    VORN_MissingData third = raster(8, {1});
+    const VORN_MissingData fourth = third;
+    third.clearMissing();
+    QVERIFY(fourth.isMissing(1));
+}
+
+void TestMissingData::unionsOfTheSameForm()
+{
+    const VORN_MissingData vector = VORN_MissingData(QSet<int>{1, 2}) + VORN_MissingData(QSet<int>{2, 5});
+    QCOMPARE(vector.missingIds(), (QSet<int>{1, 2, 5}));
+    QCOMPARE(vector.missingCount(), 3);
+    const VORN_MissingData cells = raster(12, {0, 1}) + raster(12, {1, 11});
+    QCOMPARE(pixels(cells, 2), QByteArray("0308"));
+    QCOMPARE(cells.missingCount(), 3);
+    const VORN_MissingData unchanged = raster(12, {0}) + raster(40, {1});
+    QCOMPARE(pixels(unchanged, 2), QByteArray("0100"));
+}
+
+void TestMissingData::unionsWithNothingAndWithAll()
+{
+    VORN_MissingData all(MissingData::Vector, 4);
+    all.setAllMissing(4);
+    VORN_MissingData sum;
+    sum += VORN_MissingData(QSet<int>{3});
+    QCOMPARE(sum.missingIds(), QSet<int>{3});
+    sum += VORN_MissingData();
+    QCOMPARE(sum.missingCount(), 1);
+    sum += all;
+    QVERIFY(sum.isAllMissing() && sum.missingCount() == 4 && sum.missingIds().isEmpty());
+    sum += raster(8, {1}); // nothing can be added to all, whatever its form
+    QVERIFY(sum.isAllMissing());
+    VORN_MissingData fresh;
+    fresh += all;
+    fresh.unsetMissing(0, 4);
+    QCOMPARE(fresh.missingIds(), (QSet<int>{1, 2, 3}));
+}
+
+void TestMissingData::formsDoNotMix()
+{
+    QCOMPARE(raisedText([] { VORN_MissingData(QSet<int>{1}) + raster(8, {}); }),
+             QString("md->type != MissingData::Vector"));
+    QCOMPARE(raisedText([] { raster(8, {}) + VORN_MissingData(QSet<int>{1}); }),
+             QString("md->type != MissingData::Raster"));
+}
+
+void TestMissingData::checkersAddUpContainers()
+{
+    const VORN_DataContainer first(VORN_DataContainer::DoubleData, QVector<double>{1, 2, 3}, QSet<int>{0});
+    const VORN_DataContainer second(VORN_DataContainer::Int32Data, QVector<int>{1, 2, 3}, QSet<int>{2});
+    VORN_MissingValueChecker checker(first);
+    QVERIFY(checker.addDataset(second));
+    QVERIFY(checker.checkId(0) && !checker.checkId(1) && checker.checkId(2));
+    QVERIFY(!checker.addDataset(VORN_DataContainer()));
+    QVERIFY(!checker.addDataset(VORN_ConstDataContainer()));
+    VORN_MissingValueChecker cells;
+    cells.addMissingData(raster(8, {1}));
+    QVERIFY(!cells.addDataset(VORN_DataContainer(VORN_DataContainer::DoubleData, QVector<double>(40), raster(40, {2}))));
+    QVERIFY(!cells.checkId(2));
+}
+
+void TestMissingData::flagsMatchTheirOwnWidth()
+{
+    const MissingFlag flag(qint16(-1));
+    QVERIFY(flag.matches(qint16(-1)) && !flag.matches(qint16(0)) && !flag.matches(quint16(0xFFFF)));
+    QVERIFY(!MissingFlag().matches(0.0));
+    QVERIFY(!MissingFlag(qQNaN()).matches(qQNaN()));
+    QVERIFY(MissingFlag(half::fromBits(0x7E00)).matches(half::fromBits(0x7E00)));
+    QCOMPARE(float(half::fromBits(0x3C00)), 1.0f);
+}
+
+void TestMissingData::flagsStream_data()
+{
+    QTest::addColumn<MissingFlag>("flag");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("none") << MissingFlag() << QByteArray("00000000");
+    QTest::newRow("double") << MissingFlag(-2.0) << QByteArray("00000100c000000000000000");
+    QTest::newRow("half") << MissingFlag(half::fromBits(0x7BFF)) << QByteArray("000003007bff");
+    QTest::newRow("signed 8") << MissingFlag(qint8(-2)) << QByteArray("00001000fe");
+    QTest::newRow("unsigned 8") << MissingFlag(quint8(255)) << QByteArray("00001400ff");
+    QTest::newRow("signed 16") << MissingFlag(qint16(-2)) << QByteArray("00002000fffe");
+    QTest::newRow("unsigned 16") << MissingFlag(quint16(0xFFFE)) << QByteArray("00002400fffe");
+    QTest::newRow("signed 32") << MissingFlag(qint32(-2)) << QByteArray("00003000fffffffe");
+    QTest::newRow("unsigned 32") << MissingFlag(quint32(7)) << QByteArray("0000340000000007");
+    QTest::newRow("signed 64") << MissingFlag(qint64(-2)) << QByteArray("00004000fffffffffffffffe");
+    QTest::newRow("unsigned 64") << MissingFlag(quint64(7)) << QByteArray("000044000000000000000007");
+}
+
+void TestMissingData::flagsStream()
+{
+    QFETCH(MissingFlag, flag);
+    QFETCH(QByteArray, bytes);
+    QByteArray written;
+    BytesWriter writer(&written);
+    writer << flag;
+    QCOMPARE(written.toHex(), bytes);
+    MissingFlag read;
+    BytesReader reader(written);
+    reader >> read;
+    QByteArray again;
+    BytesWriter second(&again);
+    second << read;
+    QCOMPARE(again, written);
+    QVERIFY(reader.atEnd());
+
+    const QByteArray unknown = QByteArray::fromHex("00000500");
+    BytesReader unknownReader(unknown);
+    QCOMPARE(raisedText([&] { unknownReader >> read; }), QString("Invalid data type"));
+    QCOMPARE(raisedText([&] { writer << read; }), QString("Invalid data type"));
+}
+
+QTEST_GUILESS_MAIN(TestMissingData)
+#include "tst_missingData.moc"

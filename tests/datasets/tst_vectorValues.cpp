@@ -1,0 +1,468 @@
+// SPDX-License-Identifier: MIT
+// How values enter: worked cases, and random walks against a model that knows every tick of every object.
+#include <QtTest>
+#include <random>
+#include "datasetFixture.h"
+#include "support/support.h"
+
+Q_DECLARE_METATYPE(MDatum)
+
+namespace {
+
+constexpr int kTicks = 26;
+constexpr int kObjects = 3;
+constexpr int kKinds = 5; ///< different values
+
+/// Value numbers by tick and object, -1 for none; slices also cover ticks on which nobody has a value.
+struct TickModel {
+    int values[kTicks][kObjects];
+    bool covered[kTicks] = {};
+
+    TickModel() { std::fill(&values[0][0], &values[0][0] + kTicks * kObjects, -1); }
+
+    void add(const TimeStamp &t, int object, int value, bool overwrite)
+    {
+        for (int tick = 0; tick < kTicks; ++tick) {
+            int &cell = values[tick][object];
+            if (t.contains(tick) && value >= 0 && (overwrite || cell < 0))
+                cell = value;
+        }
+    }
+    void remove(const TimeStamp &t, int object)
+    {
+        for (int tick = 0; tick < kTicks; ++tick) {
+            if (t.contains(tick))
+                values[tick][object] = -1;
+        }
+    }
+    /// Whether a slice without `overwrite` has anything to do.
+    bool hasRoomFor(const TimeStamp &t, const int (&added)[kObjects]) const
+    {
+        for (int tick = 0; tick < kTicks; ++tick) {
+            if (!t.contains(tick))
+                continue;
+            if (!covered[tick])
+                return true;
+            for (int object = 0; object < kObjects; ++object) {
+                if (added[object] >= 0 && values[tick][object] < 0)
+                    return true;
+            }
+        }
+        return false;
+    }
+    void cover(const TimeStamp &t)
+    {
+        for (int tick = 0; tick < kTicks; ++tick)
+            covered[tick] = covered[tick] || t.contains(tick);
+    }
+};
+
+class Dice {
+public:
+    explicit Dice(unsigned seed) : mEngine(seed) {}
+    int below(int n) { return static_cast<int>(mEngine() % static_cast<unsigned>(n)); }
+    bool coin() { return below(2) != 0; }
+    /// Inside the model's ticks, holding at least one.
+    TimeStamp stamp()
+    {
+        for (;;) {
+            const int start = below(kTicks - 6);
+            const TimeStamp stamp(start, start + below(7), coin(), coin());
+            if (stamp.isValid())
+                return stamp;
+        }
+    }
+
+private:
+    std::mt19937 mEngine;
+};
+
+template <class T> MDatum datumOf(int n)
+{
+    return n < 0 ? MDatum() : MDatum(Sample<T>::value(n));
+}
+
+/// The first cell that differs, as a text; empty when none does.
+template <class T> QString difference(MVectorDataset &dataset, const TickModel &model)
+{
+    for (int tick = 0; tick < kTicks; ++tick) {
+        for (int object = 0; object < kObjects; ++object) {
+            const int n = model.values[tick][object];
+            if (dataset.GetValue(object, tick, 0) != datumOf<T>(n))
+                return QString("object %1 at %2 is not %3").arg(object).arg(tick).arg(n);
+        }
+    }
+    return QString();
+}
+
+QString disorder(const QList<TimeStamp> &intervals)
+{
+    for (int i = 0; i < intervals.size(); ++i) {
+        if (!intervals[i].isValid() || (i > 0 && !(intervals[i - 1] < intervals[i])))
+            return text(intervals);
+    }
+    return QString();
+}
+
+/// Keys that are counted; a count of 0 may stay in the table.
+template <class Table> Table counted(Table table)
+{
+    for (auto it = table.begin(); it != table.end();)
+        it = *it == 0 ? table.erase(it) : std::next(it);
+    return table;
+}
+
+/// Whether the table kept on the way is what a recount gives. Leaves the recount behind.
+template <class T> bool isCountedRight(MVectorDataset &dataset)
+{
+    const auto kept = counted(Sample<T>::table(dataset));
+    dataset.RecalculateFrequencies();
+    return kept == Sample<T>::table(dataset);
+}
+
+} // namespace
+
+class TestVectorValues : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void slicesMerge_data();
+    void slicesMerge();
+    void entriesMerge_data();
+    void entriesMerge();
+    void walksOfSlicesFollowTheModel_data() { seeds(); }
+    void walksOfSlicesFollowTheModel();
+    void walksOfSeriesFollowTheModel_data() { seeds(); }
+    void walksOfSeriesFollowTheModel();
+    void aSplitSliceCountsItsCopy();
+    void aReplacedCellKeepsItsKeyInTheTable();
+    void aRefusedCellIsCountedDownAllTheSame();
+    void wrongUseIsRefused();
+    void decimalsThatAreNotFiniteAreMissing();
+    void interpolates_data();
+    void interpolates();
+    void farTimesAreTold();
+
+private:
+    void seeds()
+    {
+        QTest::addColumn<unsigned>("seed");
+        for (unsigned seed = 1; seed <= 40; ++seed)
+            QTest::addRow("seed %u", seed) << seed;
+    }
+    template <class T> void walkOfSlices(unsigned seed);
+    template <class T> void walkOfSeries(unsigned seed);
+
+    BlockStore mStore;
+};
+
+void TestVectorValues::slicesMerge_data()
+{
+    // Values are numbers, "-" is missing; slices stand as "interval values".
+    QTest::addColumn<QString>("present");
+    QTest::addColumn<QString>("added");
+    QTest::addColumn<bool>("overwrite");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("into nothing") << "" << "[5, 15) 9 -" << true << "[5, 15) 9 -";
+    QTest::newRow("over the end") << "[0, 10] 1 2" << "[5, 15] 9 -" << true
+                                  << "[0, 5) 1 2; [5, 10] 9 2; (10, 15] 9 -";
+    QTest::newRow("behind the end") << "[0, 10] 1 2" << "[5, 15] 9 -" << false << "[0, 10] 1 2; (10, 15] 9 -";
+    QTest::newRow("replaced whole") << "[0, 10] 1 -" << "[0, 10] 8 9" << true << "[0, 10] 8 9";
+    QTest::newRow("spanned") << "[2, 3] 1 2; [5, 6] 3 4" << "[0, 10] 8 9" << true << "[0, 10] 8 9";
+    QTest::newRow("in the middle") << "[0, 10] 1 2" << "(3, 5) 8 9" << true << "[0, 3] 1 2; (3, 5) 8 9; [5, 10] 1 2";
+    QTest::newRow("a hole filled") << "[0, 10] 1 -" << "[4, 12] 8 9" << false
+                                   << "[0, 4) 1 -; [4, 10] 1 9; (10, 12] 8 9";
+    QTest::newRow("nothing to fill") << "[0, 10] 1 2" << "[0, 10] 8 9" << false << "[0, 10] 1 2";
+    QTest::newRow("gaps filled") << "[2, 3] 1 2; [5, 6] 3 4" << "[0, 10) 8 9" << false
+                                 << "[0, 2) 8 9; [2, 3] 1 2; (3, 5) 8 9; [5, 6] 3 4; (6, 10) 8 9";
+    QTest::newRow("no tick between") << "[2, 3] 1 2; [4, 6] 3 4" << "[2, 6] 8 9" << false
+                                     << "[2, 3] 1 2; [4, 6] 3 4";
+    QTest::newRow("sharing no tick") << "[0, 5) 1 2" << "(4, 8] 8 9" << true << "[0, 4] 1 2; (4, 8] 8 9";
+    QTest::newRow("at one tick") << "[0, 10] 1 2" << "[5, 5] 9 -" << true
+                                 << "[0, 5) 1 2; [5, 5] 9 2; (5, 10] 1 2";
+    QTest::newRow("survivor first") << "[0, 4] 1 -; [5, 9] 2 3" << "[2, 7] 8 -" << true
+                                    << "[0, 2) 1 -; [2, 5) 8 -; [5, 7] 8 3; (7, 9] 2 3";
+}
+
+void TestVectorValues::slicesMerge()
+{
+    QFETCH(QString, present);
+    QFETCH(QString, added);
+    QFETCH(bool, overwrite);
+    QFETCH(QString, expected);
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
+    const auto add = [&dataset](const QString &slice, bool over) {
+        const QString interval = slice.section(' ', 0, 1);
+        const QStringList numbers = slice.section(' ', 2).split(' ');
+        QVector<int> values;
+        QSet<int> missing;
+        for (const QString &number : numbers) {
+            if (number == "-")
+                missing.insert(values.size());
+            values.append(number.toInt());
+        }
+        return dataset.AddTimeSliceValues(0, stamp(interval), values, missing, over, true);
+    };
+    for (const QString &slice : present.split("; ", Qt::SkipEmptyParts))
+        QVERIFY(add(slice, false));
+    QCOMPARE(add(added, overwrite), expected != present);
+
+    QStringList result;
+    const auto &slices = *dataset.GetTimeSliceIntegerData(0);
+    for (auto it = slices.begin(); it != slices.end(); ++it) {
+        QStringList numbers;
+        for (int id = 0; id < 2; ++id)
+            numbers.append((*it)->IsMissing(id) ? "-" : QString::number((*it)->GetValue(id)));
+        result.append(text(it.key()) + " " + numbers.join(' '));
+    }
+    QCOMPARE(result.join("; "), expected);
+    QVERIFY(isCountedRight<int>(dataset));
+    TimeStamp bounds;
+    QVERIFY(dataset.GetTimeBounds(bounds));
+    QCOMPARE(bounds, dataset.CalculateTimeBounds(MVectorDataRealization()) + bounds);
+}
+
+void TestVectorValues::entriesMerge_data()
+{
+    QTest::addColumn<QString>("present");
+    QTest::addColumn<QString>("added");
+    QTest::addColumn<bool>("overwrite");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("one tick") << "[0, 10]" << "[5, 5]" << true << "[0, 5) [5, 5] (5, 10]";
+    QTest::newRow("no gap") << "[0, 5) [5, 10]" << "[0, 10]" << false << "[0, 5) [5, 10]";
+    QTest::newRow("a point between") << "[0, 5) (5, 10]" << "[0, 10]" << false << "[0, 5) [5, 5] (5, 10]";
+    QTest::newRow("no tick between") << "[0, 5] [6, 10]" << "[0, 10]" << false << "[0, 5] [6, 10]";
+    QTest::newRow("around") << "[3, 4] [6, 7)" << "(0, 10)" << false << "(0, 3) [3, 4] (4, 6) [6, 7) [7, 10)";
+    QTest::newRow("over both ends") << "[0, 4] [6, 9]" << "[3, 7)" << true << "[0, 3) [3, 7) [7, 9]";
+    QTest::newRow("covering") << "[2, 4] [6, 8]" << "[0, 9]" << true << "[0, 9]";
+}
+
+void TestVectorValues::entriesMerge()
+{
+    QFETCH(QString, present);
+    QFETCH(QString, added);
+    QFETCH(bool, overwrite);
+    QFETCH(QString, expected);
+    LoneDataset dataset(DecimalType, MVectorDataset::TimeSeries, 1);
+    for (const TimeStamp &t : stamps(present))
+        QVERIFY(dataset.AddTimeSeriesValue(0, 0, t, MDatum(1.0), false, true));
+    QVERIFY(dataset.AddTimeSeriesValue(0, 0, stamp(added), MDatum(2.0), overwrite, true));
+    QCOMPARE(text(dataset.GetTimeSeriesIntervals(0, 0)), expected);
+    QVERIFY(isCountedRight<double>(dataset));
+}
+
+template <class T> void TestVectorValues::walkOfSlices(unsigned seed)
+{
+    Dice dice(seed);
+    TickModel model;
+    LoneDataset dataset(Sample<T>::type, MVectorDataset::TimeSlice, kObjects);
+    for (int step = 0; step < 60; ++step) {
+        const TimeStamp t = dice.stamp();
+        const QByteArray where = QByteArray::number(seed) + ", step " + QByteArray::number(step);
+        const bool overwrite = dice.coin();
+        const int object = dice.below(kObjects);
+        const int n = dice.below(kKinds);
+        switch (dice.below(4)) {
+        case 0:
+            // Without overwrite the table comes out one short, which another test tells.
+            QVERIFY2(dataset.AddDataValue(0, object, t, datumOf<T>(n), true, true), where);
+            model.add(t, object, n, true);
+            model.cover(t);
+            break;
+        case 1:
+            dataset.SetMissing(0, object, t);
+            model.remove(t, object);
+            break;
+        default: {
+            QVector<T> values;
+            QSet<int> missing;
+            int added[kObjects];
+            for (int id = 0; id < kObjects; ++id) {
+                added[id] = id != object && dice.below(3) == 0 ? -1 : dice.below(kKinds);
+                values.append(Sample<T>::value(qMax(added[id], 0)));
+                if (added[id] < 0)
+                    missing.insert(id);
+            }
+            const bool expected = overwrite || model.hasRoomFor(t, added);
+            QVERIFY2(dataset.AddTimeSliceValues(0, t, values, missing, overwrite, true) == expected, where);
+            for (int id = 0; id < kObjects; ++id)
+                model.add(t, id, added[id], overwrite);
+            model.cover(t);
+        }
+        }
+        const QString wrong = difference<T>(dataset, model) + disorder(dataset.GetTimeSliceIntervals(0));
+        QVERIFY2(wrong.isEmpty(), QByteArray(where + ": " + wrong.toLocal8Bit()).constData());
+        QVERIFY2(isCountedRight<T>(dataset), where);
+    }
+}
+
+void TestVectorValues::walksOfSlicesFollowTheModel()
+{
+    QFETCH(unsigned, seed);
+    walkOfSlices<int>(seed);
+    walkOfSlices<double>(seed);
+    walkOfSlices<QString>(seed);
+}
+
+template <class T> void TestVectorValues::walkOfSeries(unsigned seed)
+{
+    Dice dice(seed);
+    TickModel model;
+    LoneDataset dataset(Sample<T>::type, MVectorDataset::TimeSeries, kObjects);
+    for (int step = 0; step < 80; ++step) {
+        const QByteArray where = QByteArray::number(seed) + ", step " + QByteArray::number(step);
+        const bool overwrite = dice.coin();
+        const int object = dice.below(kObjects);
+        if (dice.below(4) == 0) {
+            const TimeStamp t = dice.stamp();
+            dataset.SetMissing(0, object, t);
+            model.remove(t, object);
+        } else {
+            QVector<QPair<TimeStamp, T>> values;
+            for (int i = dice.below(3); i >= 0; --i) {
+                const TimeStamp t = dice.stamp();
+                const int n = dice.below(kKinds);
+                values.append({t, Sample<T>::value(n)});
+                model.add(t, object, n, overwrite);
+            }
+            QVERIFY2(dataset.AddTimeSeriesValues(0, object, values, overwrite, true), where);
+        }
+        const QString wrong = difference<T>(dataset, model) + disorder(dataset.GetTimeSeriesIntervals(0, object));
+        QVERIFY2(wrong.isEmpty(), QByteArray(where + ": " + wrong.toLocal8Bit()).constData());
+        QVERIFY2(isCountedRight<T>(dataset), where);
+    }
+}
+
+void TestVectorValues::walksOfSeriesFollowTheModel()
+{
+    QFETCH(unsigned, seed);
+    walkOfSeries<int>(seed);
+    walkOfSeries<double>(seed);
+    walkOfSeries<QString>(seed);
+}
+
+void TestVectorValues::aSplitSliceCountsItsCopy()
+{
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
+    dataset.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{1, 2}, {}, true, true);
+    dataset.AddTimeSliceValues(0, stamp("[4, 5]"), QVector<int>{3, 3}, {}, true, true);
+    QCOMPARE(*dataset.GetIntegerFrequencies(), (QMap<int, int>{{1, 2}, {2, 2}, {3, 2}}));
+}
+
+void TestVectorValues::aReplacedCellKeepsItsKeyInTheTable()
+{
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
+    dataset.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{1, 2}, {}, true, true);
+    QVERIFY(dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), true, true));
+    QCOMPARE(*dataset.GetIntegerFrequencies(), (QMap<int, int>{{1, 0}, {2, 1}, {5, 1}}));
+    dataset.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{7, 8}, {}, true, false);
+    QCOMPARE(raisedText([&] { dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), true, true); }),
+             QString("frequencies.contains(oldValue)"));
+}
+
+void TestVectorValues::aRefusedCellIsCountedDownAllTheSame()
+{
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
+    dataset.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{1, 2}, {}, true, true);
+    QVERIFY(dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), false, true));
+    QCOMPARE(dataset.GetValue(0, 3, 0), MDatum(1));
+    QCOMPARE(*dataset.GetIntegerFrequencies(), (QMap<int, int>{{1, 0}, {2, 1}}));
+}
+
+void TestVectorValues::wrongUseIsRefused()
+{
+    LoneDataset slices(DecimalType, MVectorDataset::TimeSlice, 2);
+    LoneDataset series(DecimalType, MVectorDataset::TimeSeries, 2);
+    const TimeStamp t = stamp("[0, 1]");
+    QVERIFY(!slices.AddTimeSliceValues(1, t, QVector<double>{1, 2}, {}, true, true));
+    QVERIFY(!slices.AddTimeSliceValues(0, t, QVector<int>{1, 2}, {}, true, true));
+    QVERIFY(!series.AddTimeSliceValues(0, t, QVector<double>{1, 2}, {}, true, true));
+    QVERIFY(!slices.AddTimeSliceValues(0, TimeStamp(), QVector<double>{1, 2}, {}, true, true));
+    QVERIFY(!slices.AddTimeSliceValues(0, stamp("(1, 2)"), QVector<double>{1, 2}, {}, true, true));
+    QVERIFY(!slices.AddTimeSliceValue(0, 2, t, MDatum(1.0), true, true));
+    QVERIFY(!slices.AddTimeSliceValue(0, 0, t, MDatum(), true, true));
+    QVERIFY(!slices.AddTimeSeriesValue(0, 0, t, MDatum(1.0), true, true));
+    QVERIFY(!series.AddTimeSeriesValue(0, 0, t, MDatum(), true, true));
+    QVERIFY(!series.AddTimeSeriesValue(-1, 0, t, MDatum(1.0), true, true));
+    QVERIFY(!series.AddTimeSeriesValues(0, 0, QVector<QPair<TimeStamp, int>>{{t, 1}}, true, true));
+    QCOMPARE(raisedText([&] { slices.AddTimeSliceValues(0, t, QVector<double>{1}, {}, true, true); }),
+             QString("Invalid object count"));
+    QCOMPARE(raisedText([&] { slices.IsMissing(3, 0, 0); }), QString("Invalid realization index"));
+    QCOMPARE(raisedText([&] { slices.GetDataCount(3, 0); }), QString("Invalid realization index"));
+    QCOMPARE(raisedText([&] { slices.SetMissing(3, 0, t); }), QString("Invalid realization index"));
+    QVERIFY(slices.GetValue(0, 0, 3).isEmpty());
+    QVERIFY(slices.GetValue(-1, 0, 0).isEmpty());
+    QVERIFY(!slices.IsValid());
+    // A value of another kind enters the slices of its kind, which the dataset's own reads do not look at.
+    QVERIFY(slices.AddTimeSliceValue(0, 0, t, MDatum(4), true, false));
+    QVERIFY(slices.GetValue(0, 0, 0).isEmpty());
+    QCOMPARE(slices.GetTimeSliceIntegerData(0)->size(), 1);
+}
+
+void TestVectorValues::decimalsThatAreNotFiniteAreMissing()
+{
+    LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, 2);
+    const double nan = qQNaN();
+    QVERIFY(dataset.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{nan, qInf()}, {}, true, true));
+    QVERIFY(dataset.GetTimeSliceIntervals(0).isEmpty());
+    QVERIFY(dataset.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{nan, 2.0}, {}, true, true));
+    QVERIFY(dataset.IsMissing(0, 0, 0));
+    QCOMPARE(dataset.GetDataCount(0, 0), 1);
+    // A single cell is taken as it is.
+    QVERIFY(dataset.AddTimeSliceValue(0, 0, stamp("[0, 1]"), MDatum(nan), true, true));
+    QVERIFY(!dataset.IsMissing(0, 0, 0));
+    QCOMPARE(dataset.GetDoubleFrequencies()->size(), 2);
+    QVERIFY(qIsNaN(dataset.GetDoubleFrequencies()->lastKey()));
+    DataSetStats stats;
+    QVERIFY(dataset.GetDataSetStats(0, 1, stats));
+    QCOMPARE(stats.mean, 2.0);
+}
+
+void TestVectorValues::interpolates_data()
+{
+    QTest::addColumn<qint64>("time");
+    QTest::addColumn<MDatum>("expected");
+    // 10 on [0, 10], 30 on [20, 30), nothing on [40, 50], 70 on [60, 60]
+    QTest::newRow("before the first") << qint64(-1) << MDatum();
+    QTest::newRow("first half, no neighbour") << qint64(2) << MDatum(10.0);
+    QTest::newRow("at the middle") << qint64(5) << MDatum(10.0);
+    QTest::newRow("second half") << qint64(8) << MDatum(10.0 + 20.0 * 3 / 15);
+    QTest::newRow("in a gap") << qint64(15) << MDatum(10.0 + 20.0 * 15 / 20);
+    QTest::newRow("before the middle") << qint64(21) << MDatum(10.0 + 20.0 * 21 / 25);
+    QTest::newRow("missing there") << qint64(45) << MDatum(30.0 + 40.0 * 25 / 40);
+    QTest::newRow("at the last") << qint64(60) << MDatum(70.0);
+    QTest::newRow("behind the last") << qint64(61) << MDatum();
+}
+
+void TestVectorValues::interpolates()
+{
+    QFETCH(qint64, time);
+    QFETCH(MDatum, expected);
+    LoneDataset slices(IntegerType, MVectorDataset::TimeSlice, 2);
+    LoneDataset series(IntegerType, MVectorDataset::TimeSeries, 2);
+    const QVector<QPair<TimeStamp, int>> values{
+        {stamp("[0, 10]"), 10}, {stamp("[20, 30)"), 30}, {stamp("[40, 50]"), -1}, {stamp("[60, 60]"), 70}};
+    for (const auto &[t, n] : values) {
+        slices.AddTimeSliceValues(0, t, QVector<int>{n, 0}, n < 0 ? QSet<int>{0} : QSet<int>{}, true, false);
+        if (n >= 0)
+            series.AddTimeSeriesValue(0, 0, t, MDatum(n), true, false);
+    }
+    QCOMPARE(slices.GetValue(0, time, true, 0), expected);
+    QCOMPARE(series.GetValue(0, time, true, 0), expected);
+}
+
+void TestVectorValues::farTimesAreTold()
+{
+    const qint64 last = std::numeric_limits<qint64>::max();
+    const qint64 first = std::numeric_limits<qint64>::min();
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 1);
+    QVERIFY(dataset.AddTimeSliceValues(0, TimeStamp(first, last, true, true), QVector<int>{1}, {}, true, true));
+    QVERIFY(dataset.AddTimeSliceValues(0, TimeStamp(last), QVector<int>{2}, {}, true, true));
+    QVERIFY(!dataset.AddTimeSliceValues(0, TimeStamp(first, last, true, true), QVector<int>{3}, {}, false, true));
+    QCOMPARE(dataset.GetValue(0, last - 1, 0), MDatum(1));
+    QCOMPARE(dataset.GetValue(0, last, 0), MDatum(2));
+    QCOMPARE(dataset.GetTimeSliceIntervals(0).size(), 2);
+    QVERIFY(isCountedRight<int>(dataset));
+}
+
+QTEST_GUILESS_MAIN(TestVectorValues)
+#include "tst_vectorValues.moc"
