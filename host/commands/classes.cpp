@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include "render/classes.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
+#include "commands/commands.h"
+#include "datainterface/DataAPI.h"
+#include "failure.h"
+#include "model.h"
+
+namespace meridor {
+namespace {
+
+struct Options {
+    QString project;
+    QString dataset;
+    QString method = QStringLiteral("jenks");
+    int count = 5;
+    QString at;
+};
+
+/// Values in each class: those of one time, or all by the table of values.
+QVector<int> countsIn(const QVector<double> &breaks, const ValuesAt &values)
+{
+    QVector<int> counts(qMax(0, breaks.size() - 1));
+    for (int i = 0; i < values.numbers.size(); ++i)
+        if (const int index = values.missing.contains(i) ? -1 : classOf(values.numbers[i], breaks); index >= 0)
+            ++counts[index];
+    return counts;
+}
+
+QVector<int> countsOfAll(const QVector<double> &breaks, int dataset)
+{
+    QVector<int> counts(qMax(0, breaks.size() - 1));
+    const auto frequencies = datasetOf(dataset)->GetDataFrequencies();
+    for (auto it = frequencies.begin(); it != frequencies.end(); ++it)
+        if (const int index = classOf(it.key().toDouble(), breaks); index >= 0)
+            counts[index] += it.value();
+    return counts;
+}
+
+void run(const Options &options, const Context &context)
+{
+    Session session(context.session, context.console);
+    session.load(options.project);
+    const int dataset = findDataset(options.dataset);
+    if (!datasetOf(dataset)->IsNumeric())
+        fail(QStringLiteral("%1 holds texts; classes are of numbers").arg(datasetName(dataset)));
+    const auto method = classificationOf(options.method);
+    QVector<double> breaks;
+    QVector<int> counts;
+    if (options.at.isEmpty()) {
+        breaks = breaksOfAll(dataset, method, options.count);
+        counts = countsOfAll(breaks, dataset);
+    } else {
+        const qint64 time = chooseTime(dataset, options.at);
+        breaks = breaksAt(dataset, time, method, options.count);
+        counts = countsIn(breaks, valuesAt(dataset, time));
+    }
+
+    QJsonArray limits;
+    QJsonArray numbers;
+    TextTable table({{QStringLiteral("class"), TextTable::Right}, {QStringLiteral("from"), TextTable::Right},
+                     {QStringLiteral("to"), TextTable::Right}, {QStringLiteral("values"), TextTable::Right}});
+    for (const double limit : breaks)
+        limits.append(limit);
+    for (int i = 0; i < counts.size(); ++i) {
+        numbers.append(counts[i]);
+        table.add({QString::number(i + 1), exactNumber(breaks[i]), exactNumber(breaks[i + 1]),
+                   QString::number(counts[i])});
+    }
+    if (context.console.json)
+        context.console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
+                                          {QStringLiteral("method"), options.method},
+                                          {QStringLiteral("breaks"), limits}, {QStringLiteral("counts"), numbers}});
+    else
+        table.print(context.console);
+}
+
+} // namespace
+
+void addClasses(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = *app.add_subcommand("classes", "Cut a dataset's values into classes");
+    textOption(command, "PROJECT", options->project, "The project")->required();
+    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")->required();
+    textOption(command, "--method", options->method, "How to cut")
+        ->default_str("jenks")->check(CLI::IsMember({"equal", "quantile", "jenks"}));
+    command.add_option("--count", options->count, "Number of classes")->capture_default_str()->check(CLI::Range(1, 256));
+    textOption(command, "--at", options->at, "The values of this time alone (default: of all times)");
+    command.footer("Example:\n  meridor classes income.vorn income --method jenks --count 5 --at 2009");
+    command.callback([options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+/// The verbs. Each adds its subcommand and, when it was the one chosen, leaves its work in the context.
+#pragma once
+#include <CLI/CLI.hpp>
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include "console.h"
+#include "session.h"
+
+namespace meridor {
+
+/// What all verbs share. `run` is the chosen verb's work.
+struct Context {
+    Console console;
+    SessionOptions session;
+    bool overwrite = false;
+    std::function<void(const Context &)> run;
+};
+
+void addImport(CLI::App &app, Context &context);
+void addInfo(CLI::App &app, Context &context);
+void addStats(CLI::App &app, Context &context);
+void addSeries(CLI::App &app, Context &context);
+void addClasses(CLI::App &app, Context &context);
+void addMap(CLI::App &app, Context &context);
+void addExport(CLI::App &app, Context &context);
+void addRename(CLI::App &app, Context &context);
+void addRemove(CLI::App &app, Context &context);
+void addDemo(CLI::App &app, Context &context);
+
+// Options whose values are texts.
+CLI::Option *textOption(CLI::App &app, const char *name, QString &target, const char *help);
+/// May be given several times, one text each.
+CLI::Option *textsOption(CLI::App &app, const char *name, QStringList &target, const char *help);
+/// --overwrite, for verbs that write a file.
+void overwriteOption(CLI::App &app, Context &context);
+
+} // namespace meridor

@@ -1,0 +1,276 @@
+// SPDX-License-Identifier: MIT
+// The whole road on real data: income per head of the 48 contiguous states of the USA over 81 years, and the days on
+// which they came into the Union. What each step should find is known from outside.
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <cmath>
+#include <memory>
+#include "commands/commands.h"
+#include "commands/snapshot.h"
+#include "commands/statistics.h"
+#include "commands/tables.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "failure.h"
+#include "foreign/ogrReader.h"
+#include "importer/mapImporter.h"
+#include "model.h"
+#include "render/choropleth.h"
+#include "render/classes.h"
+#include "safeFile.h"
+#include "samples.h"
+
+namespace meridor {
+namespace {
+
+struct Options {
+    QString directory;
+    QString samples;
+};
+
+constexpr int kStates = 48;
+constexpr int kYears = 81;
+
+class Demo {
+public:
+    Demo(const Options &options, const Context &context)
+        : mContext(context), mDirectory(options.directory),
+          mSamples(samplesDirectory(options.samples) + QStringLiteral("/us_income")),
+          mSession(context.session, context.console)
+    {
+        if (!QDir().mkpath(mDirectory))
+            fail(QStringLiteral("%1: cannot be made").arg(mDirectory));
+        for (const char *name : {"income.vorn", "income_2009.png", "income.csv", "income.dat", "income.dbf"})
+            requireWritable(path(name), context.overwrite);
+    }
+
+    /// True when every figure was right.
+    bool run()
+    {
+        step("import", [this] { return import(); });
+        for (const auto &when : {qMakePair("1800", 16), qMakePair("1850", 31), qMakePair("1912", 48)})
+            step("exists", [&] { return exists(when.first, when.second); });
+        for (const auto &when : {qMakePair("1929", 615.208), qMakePair("1981", 10725.917), qMakePair("2009", 37205.021)})
+            step("statistics", [&] { return statistics(when.first, when.second); });
+        step("classes", [this] { return classes("1929", {271, 401.5, 541.5, 713.5, 890, 1152}); });
+        step("classes", [this] { return classes("2009", {29318, 32892.5, 35829.5, 39460, 45027.5, 52736}); });
+        step("map", [this] { return map(); });
+        step("series", [this] { return series(); });
+        step("save", [this] { return save(); });
+        step("load", [this] { return load(); });
+        step("compare", [this] { return compare(); });
+        step("export", [this] { return exportAs("income.csv", TableFormat::Csv); });
+        step("export", [this] { return exportAs("income.dat", TableFormat::GeoEas); });
+        step("export", [this] { return exportAs("income.dbf", TableFormat::Dbf); });
+        if (mContext.console.json)
+            mContext.console.print(QJsonObject{{QStringLiteral("steps"), mSteps}, {QStringLiteral("wrong"), mWrong}});
+        else
+            mContext.console.print(mWrong == 0 ? QStringLiteral("every figure is right")
+                                               : QStringLiteral("%1 figures are wrong").arg(mWrong));
+        return mWrong == 0;
+    }
+
+private:
+    QString path(const char *name) const { return mDirectory + QLatin1Char('/') + QLatin1String(name); }
+
+    template <class Work> void step(const char *what, Work work)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        mRight = true;
+        const QString result = work();
+        const double milliseconds = static_cast<double>(timer.nsecsElapsed()) * 1e-6;
+        mWrong += !mRight;
+        mSteps.append(QJsonObject{{QStringLiteral("step"), QLatin1String(what)}, {QStringLiteral("result"), result},
+                                  {QStringLiteral("right"), mRight}, {QStringLiteral("milliseconds"), milliseconds}});
+        if (!mContext.console.json)
+            mContext.console.print(QStringLiteral("%1 %2 %3 ms%4")
+                                       .arg(QLatin1String(what), -11).arg(result, -88)
+                                       .arg(milliseconds, 8, 'f', 1)
+                                       .arg(mRight ? QString() : QStringLiteral("  WRONG")));
+    }
+
+    void expect(bool right) { mRight = mRight && right; }
+
+    QString import()
+    {
+        ImportOptions options;
+        options.map = mSamples + QStringLiteral("/states48.geojson");
+        options.name = QStringLiteral("states");
+        options.key = QStringLiteral("fips");
+        options.tables = QStringList{mSamples + QStringLiteral("/income_1929_2009.csv"),
+                                     mSamples + QStringLiteral("/admission.csv")};
+        options.series = QStringList{QStringLiteral("income=1929..2009")};
+        options.start = QStringLiteral("admitted");
+        options.times = QStringLiteral("auto");
+        options.strict = true;
+        Console silent = mContext.console;
+        silent.quiet = true; // the tables repeat the states' names
+        const Progress progress("Import", "Importing...");
+        const ImportReport report = importMap(options, silent, progress);
+        mIncome = findDataset(report.geography, QStringLiteral("income"));
+        const int years = dataTimes(mIncome).size();
+        expect(report.objects == kStates && years == kYears);
+        return QStringLiteral("%1 states, income of %2 years, admission dates").arg(report.objects).arg(years);
+    }
+
+    QString exists(const char *year, int expected)
+    {
+        const QString lastDay = QLatin1String(year) + QStringLiteral("-12-31");
+        const int count = objectsAt(geography(), chooseTime(mIncome, lastDay)).size();
+        expect(count == expected);
+        return QStringLiteral("%1 states at the end of %2").arg(count).arg(QLatin1String(year));
+    }
+
+    QString statistics(const char *year, double mean)
+    {
+        const Statistics found = statisticsAt(mIncome, chooseTime(mIncome, QLatin1String(year)));
+        expect(found.count == kStates && std::abs(found.mean - mean) < 0.0006);
+        return QStringLiteral("%1: mean %2, standard deviation %3, %4 to %5")
+            .arg(QLatin1String(year), shortNumber(found.mean), shortNumber(found.deviation), shortNumber(found.minimum),
+                 shortNumber(found.maximum));
+    }
+
+    QString classes(const char *year, const QVector<double> &expected)
+    {
+        const qint64 time = chooseTime(mIncome, QLatin1String(year));
+        const QVector<double> breaks = breaksAt(mIncome, time, MDataset::Jenks, expected.size() - 1);
+        expect(breaks == expected);
+        QStringList texts;
+        for (const double limit : breaks)
+            texts.append(exactNumber(limit));
+        return QStringLiteral("%1: natural breaks %2").arg(QLatin1String(year), texts.join(QLatin1Char(' ')));
+    }
+
+    QString map()
+    {
+        MapStyle style;
+        style.subtitle = QStringLiteral("US dollars of the year, 48 contiguous states, 2009");
+        mSession.controller().painter = [&](const MapView &view) {
+            savePicture(draw(choropleth(view, style)), path("income_2009.png"));
+            return true;
+        };
+        const int window = VORN_DisplayMap(mIncome, chooseTime(mIncome, QStringLiteral("2009")),
+                                           QStringLiteral("Personal income per head"), ColorSchemeInfo(),
+                                           ColorSchemeInfo(), SymbolSchemeInfo());
+        mSession.controller().painter = nullptr;
+        expect(window > 0 && QFileInfo(path("income_2009.png")).size() > 0);
+        return QStringLiteral("2009 in 5 classes: income_2009.png");
+    }
+
+    QString series()
+    {
+        const auto virginia = static_cast<unsigned int>(findObject(geography(), QStringLiteral("Virginia")));
+        QVector<Interval> intervals;
+        QVector<datum> values;
+        VORN_GetObjectDataValues(mIncome, 0, virginia, intervals, values);
+        if (values.isEmpty()) {
+            expect(false);
+            return QStringLiteral("Virginia: no values");
+        }
+        const auto number = [](const datum &value) {
+            return value.type == 1 ? static_cast<double>(value.integerValue) : value.decimalValue;
+        };
+        expect(values.size() == kYears && number(values.first()) == 434 && number(values.last()) == 43211);
+        const TimeAxis axis = axisOf(geography());
+        return QStringLiteral("Virginia: %1 values, %2 in %3, %4 in %5").arg(values.size())
+            .arg(exactNumber(number(values.first())), axis.show(intervals.first()), exactNumber(number(values.last())),
+                 axis.show(intervals.last()));
+    }
+
+    QString save()
+    {
+        mBefore = takeSnapshot();
+        mSession.save(path("income.vorn"));
+        return QStringLiteral("income.vorn, %1 bytes").arg(QFileInfo(path("income.vorn")).size());
+    }
+
+    QString load()
+    {
+        mSession.unload();
+        expect(geographyIds().isEmpty());
+        mSession.load(path("income.vorn"));
+        mIncome = findDataset(QStringLiteral("income"));
+        const int datasets = datasetIds(geography()).size();
+        expect(VORN_GetGeographyProperties(geography()).objectCount == kStates);
+        return QStringLiteral("unloaded and loaded: %1 states, %2 datasets").arg(kStates).arg(datasets);
+    }
+
+    QString compare()
+    {
+        const Snapshot after = takeSnapshot();
+        const QStringList changed = differences(mBefore, after);
+        expect(changed.isEmpty() && after.count >= kStates * kYears);
+        if (!changed.isEmpty())
+            return QStringLiteral("different: %1").arg(someOf(changed, 4));
+        return QStringLiteral("%1 values, every one identical").arg(after.count);
+    }
+
+    QString exportAs(const char *name, TableFormat format)
+    {
+        const auto times = timesOf({mIncome});
+        exportTable(path(name), format, {mIncome}, times.first, times.second, QStringLiteral("-999"));
+        const int rows = format == TableFormat::GeoEas ? geoEasRows(path(name)) : tableRows(path(name));
+        expect(rows == kStates * kYears);
+        return QStringLiteral("%1, %2 rows").arg(QLatin1String(name)).arg(rows);
+    }
+
+    /// Read back by another program's reader.
+    static int tableRows(const QString &file)
+    {
+        ReadOptions options;
+        options.shapes = false;
+        return readFeatures(file, options).rows;
+    }
+
+    /// Lines behind the title, the number of columns and their names.
+    static int geoEasRows(const QString &file)
+    {
+        QFile lines(file);
+        if (!lines.open(QIODevice::ReadOnly))
+            return 0;
+        lines.readLine();
+        const int columns = lines.readLine().trimmed().toInt();
+        int count = -columns;
+        while (!lines.atEnd())
+            count += !lines.readLine().trimmed().isEmpty();
+        return count;
+    }
+
+    int geography() const { return VORN_GetGeographyId(mIncome); }
+
+    const Context &mContext;
+    QString mDirectory;
+    QString mSamples;
+    Session mSession;
+    int mIncome = -1;
+    Snapshot mBefore;
+    QJsonArray mSteps;
+    int mWrong = 0;
+    bool mRight = true;
+};
+
+} // namespace
+
+void addDemo(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = *app.add_subcommand("demo", "Tell the whole story on sample data, every figure checked");
+    textOption(command, "DIR", options->directory, "Where the results go; made when it is missing")->required();
+    textOption(command, "--samples", options->samples, "Directory of the sample data");
+    overwriteOption(command, context);
+    command.footer("Example:\n  meridor demo results");
+    command.callback([options, &context] {
+        context.run = [options](const Context &c) {
+            if (!Demo(*options, c).run())
+                fail(QStringLiteral("the demo found wrong figures"));
+        };
+    });
+}
+
+} // namespace meridor

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
+#include "commands/commands.h"
+#include "commands/tables.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/MDataset.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/MVectorDataSource.h"
+#include "failure.h"
+#include "interrupt.h"
+#include "model.h"
+#include "safeFile.h"
+
+namespace meridor {
+
+void exportTable(const QString &path, TableFormat format, const QVector<int> &datasets, qint64 start, qint64 end,
+                 const QString &missing)
+{
+    const int geography = VORN_GetGeographyId(datasets.first());
+    auto *vector = dynamic_cast<MVectorData *>(geographyOf(geography));
+    if (!vector)
+        fail(QStringLiteral("%1 is no vector geography").arg(geographyName(geography)));
+    MVectorDataSource &source = *vector->GetVectorDataSource();
+    QList<DataId> ids;
+    for (const int id : datasets)
+        ids.append(id);
+    const TimeFormat times = vector->GetTheTimeFormat();
+    const bool written = replaceFile(path, [&](const QString &beside) {
+        bool done = false;
+        switch (format) {
+        case TableFormat::Csv:
+            done = source.ExportDatasetsAsCSV(beside, ids, times, start, end, missing, 0);
+            break;
+        case TableFormat::GeoEas:
+            done = source.ExportDatasetsAsGeoeas(beside, vector->GetName(), ids, times, start, end, missing, 0);
+            break;
+        case TableFormat::Dbf: done = source.ExportDatasetsAsDBF(beside, ids, times, start, end, missing, 0); break;
+        }
+        return done && !interrupted();
+    });
+    stopIfInterrupted();
+    if (!written)
+        fail(QStringLiteral("%1: could not be written").arg(path));
+}
+
+QPair<qint64, qint64> timesOf(const QVector<int> &datasets)
+{
+    bool any = false;
+    QPair<qint64, qint64> hull(0, 0);
+    for (const int id : datasets) {
+        TimeStamp bounds;
+        if (datasetOf(id)->IsStatic() || !datasetOf(id)->GetTimeBounds(bounds))
+            continue;
+        hull = {any ? qMin(hull.first, bounds.startTime) : bounds.startTime,
+                any ? qMax(hull.second, bounds.endTime) : bounds.endTime};
+        any = true;
+    }
+    return hull;
+}
+
+namespace {
+
+struct Options {
+    QString project;
+    QString output;
+    QString format;
+    QString geography;
+    QStringList datasets;
+    QString from;
+    QString to;
+    QString missing;
+    bool missingGiven = false;
+};
+
+TableFormat formatOf(const Options &options)
+{
+    const QString suffix = QFileInfo(options.output).suffix().toLower();
+    const QString name = options.format.isEmpty() ? suffix : options.format;
+    if (name == QLatin1String("csv"))
+        return TableFormat::Csv;
+    if (name == QLatin1String("dbf")) {
+        if (suffix != QLatin1String("dbf"))
+            failUsage(QStringLiteral("%1: the name of a DBF table ends in .dbf").arg(options.output));
+        return TableFormat::Dbf;
+    }
+    if (name == QLatin1String("geoeas") || name == QLatin1String("dat") || name == QLatin1String("eas"))
+        return TableFormat::GeoEas;
+    failUsage(QStringLiteral("%1: --format csv, geoeas or dbf").arg(options.output));
+}
+
+QVector<int> chooseDatasets(const Options &options)
+{
+    QVector<int> ids;
+    for (const QString &name : options.datasets)
+        ids.append(options.geography.isEmpty() ? findDataset(name)
+                                               : findDataset(findGeography(options.geography), name));
+    if (ids.isEmpty())
+        ids = datasetIds(findGeography(options.geography));
+    if (ids.isEmpty())
+        fail(QStringLiteral("no dataset to export"));
+    for (const int id : ids)
+        if (VORN_GetGeographyId(id) != VORN_GetGeographyId(ids.first()))
+            fail(QStringLiteral("%1 and %2 are of different geographies").arg(datasetName(ids.first()), datasetName(id)));
+    return ids;
+}
+
+qint64 timeOption(const TimeAxis &axis, const char *option, const QString &text, bool end)
+{
+    const auto span = axis.span(text);
+    if (!span)
+        failUsage(QStringLiteral("%1 %2 is no %3").arg(QLatin1String(option), text,
+                                                       QLatin1String(timeFormatName(axis.format()))));
+    return end ? span->endTime : span->startTime;
+}
+
+void run(const Options &options, const Context &context)
+{
+    const TableFormat format = formatOf(options);
+    requireWritable(options.output, context.overwrite);
+    Session session(context.session, context.console);
+    session.load(options.project);
+    const QVector<int> ids = chooseDatasets(options);
+    const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
+    auto times = timesOf(ids);
+    if (!options.from.isEmpty())
+        times.first = timeOption(axis, "--from", options.from, false);
+    if (!options.to.isEmpty())
+        times.second = timeOption(axis, "--to", options.to, true);
+    // A GeoEAS reader parts fields at blanks: an empty field would shift the rest of the row.
+    const QString missing =
+        options.missingGiven || format != TableFormat::GeoEas ? options.missing : QStringLiteral("-999");
+    exportTable(options.output, format, ids, times.first, times.second, missing);
+    QStringList names;
+    for (const int id : ids)
+        names.append(datasetName(id));
+    if (context.console.json)
+        context.console.print(QJsonObject{{QStringLiteral("file"), options.output},
+                                          {QStringLiteral("bytes"), QFileInfo(options.output).size()},
+                                          {QStringLiteral("datasets"), QJsonArray::fromStringList(names)}});
+    else
+        context.console.print(QStringLiteral("%1: %2, %3 to %4").arg(options.output, someOf(names), axis.show(times.first),
+                                                                    axis.show(times.second)));
+}
+
+} // namespace
+
+void addExport(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = *app.add_subcommand("export", "Write datasets as a table: CSV, GeoEAS or DBF");
+    textOption(command, "PROJECT", options->project, "The project")->required();
+    textOption(command, "TABLE", options->output, "The file to write; its ending tells the format")->required();
+    textsOption(command, "--datasets", options->datasets, "Datasets, parted by commas (default: all)")->delimiter(',');
+    textOption(command, "--geography", options->geography, "The geography, when there are several");
+    textOption(command, "--format", options->format, "csv, geoeas or dbf")
+        ->check(CLI::IsMember({"csv", "geoeas", "dbf"}));
+    textOption(command, "--from", options->from, "First time");
+    textOption(command, "--to", options->to, "Last time");
+    auto *missing = textOption(command, "--missing", options->missing,
+                               "Text of a missing value (default: empty, -999 in GeoEAS)");
+    overwriteOption(command, context);
+    command.footer("Example:\n  meridor export income.vorn income.csv --datasets income --from 2000 --to 2009");
+    command.callback([options, missing, &context] {
+        options->missingGiven = missing->count() > 0;
+        context.run = [options](const Context &c) { run(*options, c); };
+    });
+}
+
+} // namespace meridor

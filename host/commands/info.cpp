@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
+#include "commands/commands.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MDataset.h"
+#include "model.h"
+#include "progress.h"
+
+namespace meridor {
+namespace {
+
+struct Options {
+    QString project;
+    QString at;
+};
+
+QJsonObject span(const TimeAxis &axis, const TimeStamp &bounds)
+{
+    if (bounds.endTime < bounds.startTime)
+        return {};
+    return {{QStringLiteral("start"), axis.show(bounds.startTime)}, {QStringLiteral("end"), axis.show(bounds.endTime)}};
+}
+
+QJsonObject describeDataset(int id, const TimeAxis &axis)
+{
+    const DatasetProps props = VORN_GetDatasetProperties(id);
+    bool complete = true;
+    QJsonObject object{{QStringLiteral("name"), datasetName(id)},
+                       {QStringLiteral("type"), QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
+                       {QStringLiteral("storage"), props.storageType == TimeSlice ? QStringLiteral("slices")
+                                                                                  : QStringLiteral("series")},
+                       {QStringLiteral("static"), props.isStatic},
+                       {QStringLiteral("realizations"), props.realizationCount},
+                       {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()},
+                       {QStringLiteral("missing"), datasetOf(id)->HasMissing(0)},
+                       {QStringLiteral("uniqueValues"), VORN_GetUniqueDataCount(id, complete)},
+                       {QStringLiteral("key"), keyDataset(VORN_GetGeographyId(id)) == id}};
+    if (!props.isStatic)
+        object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
+    return object;
+}
+
+QJsonObject describeGeography(int id, const QString &at)
+{
+    const GeoProps props = VORN_GetGeographyProperties(id);
+    const TimeAxis axis(props.timeFormat);
+    QJsonArray datasets;
+    for (const int dataset : datasetIds(id))
+        datasets.append(describeDataset(dataset, axis));
+    QJsonObject object{
+        {QStringLiteral("name"), geographyName(id)},
+        {QStringLiteral("shapes"), QLatin1String(shapeName(props.type))},
+        {QStringLiteral("objects"), props.objectCount},
+        {QStringLiteral("projection"), props.metaData.value(QStringLiteral("Projection")).toString()},
+        {QStringLiteral("distanceUnit"), props.metaData.value(QStringLiteral("Distance unit")).toString()},
+        {QStringLiteral("history"), props.metaData.value(QStringLiteral("History")).toString()},
+        {QStringLiteral("bounds"), QJsonArray{props.bounds.left(), props.bounds.top(),
+                                              props.bounds.left() + props.bounds.width(),
+                                              props.bounds.top() + props.bounds.height()}},
+        {QStringLiteral("static"), props.isStatic},
+        {QStringLiteral("timeFormat"), QLatin1String(timeFormatName(props.timeFormat))},
+        {QStringLiteral("datasets"), datasets}};
+    if (!props.isStatic)
+        object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
+    if (!at.isEmpty()) {
+        QStringList keys;
+        const QStringList all = objectKeys(id);
+        if (const auto when = axis.span(at))
+            for (const int index : objectsAt(id, when->startTime))
+                keys.append(all[index]);
+        object.insert(QStringLiteral("existing"), QJsonArray::fromStringList(keys));
+    }
+    return object;
+}
+
+QString timeText(const QJsonObject &object)
+{
+    if (object.value(QStringLiteral("static")).toBool())
+        return QStringLiteral("always");
+    const QJsonObject time = object.value(QStringLiteral("time")).toObject();
+    return time.isEmpty() ? QStringLiteral("-")
+                          : QString(time.value(QStringLiteral("start")).toString() + QStringLiteral(" to ")
+                                    + time.value(QStringLiteral("end")).toString());
+}
+
+void print(const QJsonObject &geography, const Console &console)
+{
+    const auto text = [&geography](const char *key) { return geography.value(QLatin1String(key)).toVariant().toString(); };
+    console.print(QStringLiteral("%1: %2 objects, %3; %4 (%5); %6")
+                      .arg(text("name"), text("objects"), text("shapes"), text("projection"), text("distanceUnit"),
+                           timeText(geography)));
+    if (geography.contains(QStringLiteral("existing"))) {
+        const auto existing = geography.value(QStringLiteral("existing")).toArray();
+        QStringList keys;
+        for (const QJsonValue &key : existing)
+            keys.append(key.toString());
+        console.print(QStringLiteral("%1 exist: %2").arg(keys.size()).arg(keys.join(QStringLiteral(", "))));
+    }
+    TextTable table({{QStringLiteral("dataset"), TextTable::Left}, {QStringLiteral("type"), TextTable::Left},
+                     {QStringLiteral("times"), TextTable::Right}, {QStringLiteral("time"), TextTable::Left},
+                     {QStringLiteral("unique"), TextTable::Right}, {QStringLiteral("missing"), TextTable::Left}});
+    for (const QJsonValue &value : geography.value(QStringLiteral("datasets")).toArray()) {
+        const QJsonObject dataset = value.toObject();
+        const bool key = dataset.value(QStringLiteral("key")).toBool();
+        table.add({dataset.value(QStringLiteral("name")).toString() + QString(key ? QStringLiteral(" (key)") : QString()),
+                   dataset.value(QStringLiteral("type")).toString(),
+                   QString::number(dataset.value(QStringLiteral("times")).toInt()), timeText(dataset),
+                   QString::number(dataset.value(QStringLiteral("uniqueValues")).toInt()),
+                   dataset.value(QStringLiteral("missing")).toBool() ? QStringLiteral("some") : QStringLiteral("none")});
+    }
+    table.print(console);
+}
+
+void run(const Options &options, const Context &context)
+{
+    Session session(context.session, context.console);
+    session.load(options.project);
+    QJsonArray geographies;
+    for (const int id : geographyIds())
+        geographies.append(describeGeography(id, options.at));
+    if (context.console.json) {
+        context.console.print(QJsonObject{{QStringLiteral("project"), options.project},
+                                          {QStringLiteral("bytes"), QFileInfo(options.project).size()},
+                                          {QStringLiteral("geographies"), geographies}});
+        return;
+    }
+    for (const QJsonValue &geography : geographies)
+        print(geography.toObject(), context.console);
+    if (geographies.isEmpty())
+        context.console.print(QStringLiteral("no geography"));
+}
+
+} // namespace
+
+void addInfo(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = *app.add_subcommand("info", "Tell what a project holds");
+    textOption(command, "PROJECT", options->project, "The project")->required();
+    textOption(command, "--at", options->at, "Also name the objects that exist at this time");
+    command.footer("Example:\n  meridor info income.vorn --at 1850-12-31");
+    command.callback([options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include "commands/snapshot.h"
+#include <algorithm>
+#include "console.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/MDataset.h"
+#include "datainterface/MVectorData.h"
+#include "fennimark/FMPolygon.h"
+#include "fennimark/Fennims.h"
+#include "model.h"
+
+namespace meridor {
+namespace {
+
+QString textOf(const datum &value)
+{
+    switch (value.type) {
+    case 0: return exactNumber(value.decimalValue);
+    case 1: return QString::number(value.integerValue);
+    default: return value.stringValue.isNull() ? QStringLiteral("") : value.stringValue;
+    }
+}
+
+Snapshot::Series seriesOf(int dataset, qint64 &count)
+{
+    Snapshot::Series series;
+    series.intervals = dataTimes(dataset);
+    for (const Interval &interval : series.intervals) {
+        QVector<datum> values;
+        QSet<int> missing;
+        VORN_GetDataValues(dataset, 0, instantOf(interval), values, missing);
+        QStringList texts;
+        for (int i = 0; i < values.size(); ++i)
+            texts.append(missing.contains(i) ? QString() : textOf(values[i]));
+        count += values.size() - missing.size();
+        series.values.append(texts);
+    }
+    return series;
+}
+
+QStringList existence(int id)
+{
+    QStringList texts;
+    const auto *geography = dynamic_cast<const MVectorData *>(geographyOf(id));
+    if (!geography)
+        return texts;
+    for (const int chainId : geography->GetFennimIdMap()) {
+        QString text;
+        for (const auto &observation : geography->GetFennims()->GetChainById(chainId)->GetObservations())
+            text += QStringLiteral("%1 %2 %3;").arg(exactNumber(observation.first.start),
+                                                    exactNumber(observation.first.end)).arg(observation.first.flags);
+        texts.append(text);
+    }
+    return texts;
+}
+
+bool same(const QVector<Interval> &a, const QVector<Interval> &b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Interval &x, const Interval &y) {
+        return x.startTime == y.startTime && x.endTime == y.endTime && x.inclusiveStart == y.inclusiveStart
+            && x.inclusiveEnd == y.inclusiveEnd;
+    });
+}
+
+} // namespace
+
+Snapshot takeSnapshot()
+{
+    Snapshot snapshot;
+    for (const int geography : geographyIds()) {
+        snapshot.shapes.insert(geographyName(geography), existence(geography));
+        for (const int dataset : datasetIds(geography))
+            snapshot.datasets.insert(geographyName(geography) + QLatin1Char('/') + datasetName(dataset),
+                                     seriesOf(dataset, snapshot.count));
+    }
+    return snapshot;
+}
+
+QStringList differences(const Snapshot &a, const Snapshot &b)
+{
+    QStringList names;
+    if (a.shapes != b.shapes)
+        names.append(QStringLiteral("shapes"));
+    const QStringList keys = a.datasets.keys() + b.datasets.keys();
+    for (const QString &name : keys) {
+        const Snapshot::Series before = a.datasets.value(name);
+        const Snapshot::Series after = b.datasets.value(name);
+        const bool both = a.datasets.contains(name) && b.datasets.contains(name);
+        if ((!both || before.values != after.values || !same(before.intervals, after.intervals))
+            && !names.contains(name))
+            names.append(name);
+    }
+    return names;
+}
+
+} // namespace meridor

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include <QJsonArray>
+#include <QJsonObject>
+#include <limits>
+#include <memory>
+#include "commands/commands.h"
+#include "commands/statistics.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/MDataset.h"
+#include "failure.h"
+#include "interrupt.h"
+#include "model.h"
+
+namespace meridor {
+
+Statistics statisticsAt(int dataset, qint64 time)
+{
+    Statistics result;
+    result.count = VORN_GetDataCount(dataset, time);
+    if (result.count == 0)
+        return result;
+    VORN_GetMean(dataset, 0, time, result.mean);
+    VORN_GetStddev(dataset, 0, time, result.deviation);
+    VORN_GetMin(dataset, 0, time, result.minimum);
+    VORN_GetMax(dataset, 0, time, result.maximum);
+    return result;
+}
+
+Statistics statisticsOfAll(int dataset)
+{
+    Statistics result;
+    result.deviation = std::numeric_limits<double>::quiet_NaN();
+    DataSetStats whole;
+    if (!datasetOf(dataset)->GetGlobalDataSetStats(0, whole))
+        return result;
+    result.mean = whole.mean;
+    result.minimum = whole.minimum.toDouble();
+    result.maximum = whole.maximum.toDouble();
+    for (const Interval &interval : dataTimes(dataset))
+        result.count += VORN_GetDataCount(dataset, instantOf(interval));
+    return result;
+}
+
+namespace {
+
+struct Options {
+    QString project;
+    QString dataset;
+    QStringList at;
+};
+
+struct Row {
+    QString time;
+    Statistics statistics;
+};
+
+QJsonObject toJson(const Row &row)
+{
+    const Statistics &s = row.statistics;
+    const bool any = s.count > 0;
+    const auto number = [any](double value) { return any ? jsonNumber(value) : QJsonValue(QJsonValue::Null); };
+    return {{QStringLiteral("time"), row.time}, {QStringLiteral("count"), s.count},
+            {QStringLiteral("mean"), number(s.mean)}, {QStringLiteral("stddev"), number(s.deviation)},
+            {QStringLiteral("min"), number(s.minimum)}, {QStringLiteral("max"), number(s.maximum)}};
+}
+
+QStringList toCells(const Row &row)
+{
+    const Statistics &s = row.statistics;
+    QStringList cells{row.time, QString::number(s.count)};
+    for (const double value : {s.mean, s.deviation, s.minimum, s.maximum})
+        cells.append(s.count > 0 ? shortNumber(value) : QStringLiteral("-"));
+    return cells;
+}
+
+void printNumbers(int dataset, const QVector<Row> &rows, const Row &all, const Console &console)
+{
+    if (console.json) {
+        QJsonArray times;
+        for (const Row &row : rows)
+            times.append(toJson(row));
+        QJsonObject overall = toJson(all);
+        overall.remove(QStringLiteral("time"));
+        console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)}, {QStringLiteral("times"), times},
+                                  {QStringLiteral("overall"), overall}});
+        return;
+    }
+    TextTable table({{QStringLiteral("time"), TextTable::Left}, {QStringLiteral("count"), TextTable::Right},
+                     {QStringLiteral("mean"), TextTable::Right}, {QStringLiteral("stddev"), TextTable::Right},
+                     {QStringLiteral("min"), TextTable::Right}, {QStringLiteral("max"), TextTable::Right}});
+    for (const Row &row : rows)
+        table.add(toCells(row));
+    table.add(toCells(all));
+    table.print(console);
+}
+
+/// Of texts: how often each stands in the dataset.
+void printTexts(int dataset, const Console &console)
+{
+    QJsonArray values;
+    TextTable table({{QStringLiteral("value"), TextTable::Left}, {QStringLiteral("count"), TextTable::Right}});
+    const auto frequencies = datasetOf(dataset)->GetDataFrequencies();
+    for (auto it = frequencies.begin(); it != frequencies.end(); ++it) {
+        const QString text = QString::fromLocal8Bit(it.key().charstr());
+        values.append(QJsonObject{{QStringLiteral("value"), text}, {QStringLiteral("count"), it.value()}});
+        table.add({text, QString::number(it.value())});
+    }
+    if (console.json)
+        console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)}, {QStringLiteral("values"), values}});
+    else
+        table.print(console);
+}
+
+void run(const Options &options, const Context &context)
+{
+    Session session(context.session, context.console);
+    session.load(options.project);
+    const int dataset = findDataset(options.dataset);
+    if (!datasetOf(dataset)->IsNumeric()) {
+        printTexts(dataset, context.console);
+        return;
+    }
+    const TimeAxis axis = axisOf(VORN_GetGeographyId(dataset));
+    QVector<Row> rows;
+    for (const QString &at : options.at)
+        rows.append({at, statisticsAt(dataset, chooseTime(dataset, at))});
+    if (options.at.isEmpty() && !datasetOf(dataset)->IsStatic()) {
+        for (const Interval &interval : dataTimes(dataset)) {
+            stopIfInterrupted();
+            rows.append({axis.show(interval), statisticsAt(dataset, instantOf(interval))});
+        }
+    }
+    Row all{QStringLiteral("overall"), statisticsOfAll(dataset)};
+    if (datasetOf(dataset)->IsStatic())
+        VORN_GetStddev(dataset, 0, 0, all.statistics.deviation);
+    printNumbers(dataset, rows, all, context.console);
+}
+
+} // namespace
+
+void addStats(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = *app.add_subcommand("stats", "Statistics of a dataset: at each time and over all");
+    textOption(command, "PROJECT", options->project, "The project")->required();
+    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")->required();
+    textsOption(command, "--at", options->at, "A time, in place of all; repeatable");
+    command.footer("Example:\n  meridor stats income.vorn income --at 1929 --at 2009");
+    command.callback([options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor

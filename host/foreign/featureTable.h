@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+/// What a foreign file holds, in plain values: columns of cells and, for a map, one shape a row.
+#pragma once
+#include <QPointF>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+namespace meridor {
+
+enum class ValueKind { Integer, Decimal, Text };
+enum class ShapeKind { None, Points, Polygons, Lines };
+
+/// The parts of one shape: rings of a polygon (holes and further parts alike), parts of a line, the one vertex of a
+/// point. No part: the row has no shape.
+using ShapeParts = QVector<QVector<QPointF>>;
+
+/// Cells are kept as text, exact for numbers; a null text is a missing cell.
+struct Column {
+    QString name;
+    bool typed = false; ///< the file itself says what `kind` is; otherwise it is recognised from the cells
+    ValueKind kind = ValueKind::Text;
+    QVector<QString> cells;
+    QString file;         ///< set for a column that came from another file ...
+    QVector<int> fileRow; ///< ... with its row there, -1 for none
+};
+
+struct FeatureTable {
+    QString file;  ///< as the user wrote it: for messages
+    QString layer;
+    QString projection; ///< WKT; empty when the file has none
+    ShapeKind shapeKind = ShapeKind::None;
+    QVector<Column> columns;
+    QVector<ShapeParts> shapes; ///< one a row for a map, none for a table
+    int rows = 0;
+
+    /// -1 when there is no such column.
+    int indexOf(const QString &column) const
+    {
+        for (int i = 0; i < columns.size(); ++i)
+            if (columns[i].name == column)
+                return i;
+        return -1;
+    }
+    QStringList columnNames() const
+    {
+        QStringList names;
+        for (const Column &column : columns)
+            names.append(column.name);
+        return names;
+    }
+};
+
+/// "states.csv, field income, row 7": where a message points. Rows count from 1, headings left out.
+inline QString place(const FeatureTable &table, const Column &column, int row)
+{
+    const bool joined = !column.file.isEmpty();
+    return QStringLiteral("%1, field %2, row %3").arg(joined ? column.file : table.file, column.name)
+        .arg((joined ? column.fileRow[row] : row) + 1);
+}
+
+inline QString place(const FeatureTable &table, int row)
+{
+    return QStringLiteral("%1, row %2").arg(table.file).arg(row + 1);
+}
+
+} // namespace meridor

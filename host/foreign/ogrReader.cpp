@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: MIT
+#include "foreign/ogrReader.h"
+#include <QFileInfo>
+#include <cmath>
+#include <cpl_conv.h>
+#include <cpl_error.h>
+#include <cpl_string.h>
+#include <gdal.h>
+#include <memory>
+#include <ogr_api.h>
+#include <ogr_srs_api.h>
+#include "console.h"
+#include "failure.h"
+#include "foreign/ogrShapes.h"
+#include "interrupt.h"
+
+namespace meridor {
+namespace {
+
+struct CloseDataset {
+    void operator()(void *dataset) const { GDALClose(dataset); }
+};
+struct FreeFeature {
+    void operator()(void *feature) const { OGR_F_Destroy(feature); }
+};
+struct FreeReference {
+    void operator()(void *reference) const { OSRDestroySpatialReference(reference); }
+};
+using Dataset = std::unique_ptr<void, CloseDataset>;
+using FeaturePtr = std::unique_ptr<std::remove_pointer_t<OGRFeatureH>, FreeFeature>;
+using Reference = std::unique_ptr<void, FreeReference>;
+
+/// GDAL speaks through us: its last complaint ends up in our own message, and nowhere else.
+class QuietGdal {
+public:
+    QuietGdal()
+    {
+        CPLErrorReset();
+        CPLPushErrorHandler(CPLQuietErrorHandler);
+    }
+    ~QuietGdal() { CPLPopErrorHandler(); }
+    QuietGdal(const QuietGdal &) = delete;
+    QuietGdal &operator=(const QuietGdal &) = delete;
+    static QString complaint()
+    {
+        const QString text = QString::fromUtf8(CPLGetLastErrorMsg()).simplified();
+        return text.isEmpty() ? QString() : QString(QStringLiteral(": ") + text);
+    }
+};
+
+Dataset open(const QString &path)
+{
+    static const bool registered = (GDALAllRegister(), true);
+    Q_UNUSED(registered);
+    // Cells stay the texts they are: what they mean is decided once, for every format alike.
+    const char *const options[] = {"HEADERS=YES", "AUTODETECT_TYPE=NO", "EMPTY_STRING_AS_NULL=YES",
+                                   "KEEP_GEOM_COLUMNS=NO", nullptr};
+    const bool isText = path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)
+        || path.endsWith(QLatin1String(".tsv"), Qt::CaseInsensitive);
+    return Dataset(GDALOpenEx(path.toUtf8().constData(), GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr,
+                              isText ? options : nullptr, nullptr));
+}
+
+OGRLayerH chooseLayer(GDALDatasetH dataset, const ReadOptions &options, const QString &file)
+{
+    QStringList names;
+    for (int i = 0; i < GDALDatasetGetLayerCount(dataset); ++i) {
+        OGRLayerH layer = GDALDatasetGetLayer(dataset, i);
+        names.append(QString::fromUtf8(OGR_L_GetName(layer)));
+        if (names.last() == options.layer)
+            return layer;
+    }
+    if (names.isEmpty())
+        fail(file + QStringLiteral(": holds no layer"));
+    if (!options.layer.isEmpty())
+        fail(QStringLiteral("%1: no layer %2; there are: %3").arg(file, options.layer, someOf(names)));
+    if (names.size() > 1)
+        fail(QStringLiteral("%1: several layers, choose one with --layer: %2").arg(file, someOf(names)));
+    return GDALDatasetGetLayer(dataset, 0);
+}
+
+Column describe(OGRFieldDefnH field)
+{
+    Column column;
+    column.name = QString::fromUtf8(OGR_Fld_GetNameRef(field));
+    switch (OGR_Fld_GetType(field)) {
+    case OFTInteger: column.typed = true; column.kind = ValueKind::Integer; break;
+    case OFTReal: column.typed = true; column.kind = ValueKind::Decimal; break;
+    case OFTInteger64: break; // may not fit the library's 32 bits: seen from the cells
+    default: column.typed = OGR_Fld_GetType(field) != OFTString; break;
+    }
+    return column;
+}
+
+QString isoTime(OGRFeatureH feature, int field, bool dateOnly)
+{
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, zone = 0;
+    float second = 0;
+    OGR_F_GetFieldAsDateTimeEx(feature, field, &year, &month, &day, &hour, &minute, &second, &zone);
+    const auto two = [](int number) { return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')); };
+    QString text = QStringLiteral("%1-%2-%3").arg(year, 4, 10, QLatin1Char('0')).arg(two(month), two(day));
+    if (dateOnly)
+        return text;
+    text += QStringLiteral("T%1:%2:%3").arg(two(hour), two(minute), two(static_cast<int>(second)));
+    if (zone > 1) { // quarters of an hour around 100, which is UTC; 0 and 1 say nothing
+        const int quarters = std::abs(zone - 100);
+        text += QLatin1Char(zone < 100 ? '-' : '+') + two(quarters / 4) + QLatin1Char(':') + two(quarters % 4 * 15);
+    }
+    return text;
+}
+
+QString cell(OGRFeatureH feature, int field, OGRFieldType type)
+{
+    if (!OGR_F_IsFieldSetAndNotNull(feature, field))
+        return QString();
+    switch (type) {
+    case OFTReal: {
+        const double value = OGR_F_GetFieldAsDouble(feature, field);
+        return std::isfinite(value) ? exactNumber(value) : QString();
+    }
+    case OFTDate: return isoTime(feature, field, true);
+    case OFTDateTime: return isoTime(feature, field, false);
+    default: return QString::fromUtf8(OGR_F_GetFieldAsString(feature, field));
+    }
+}
+
+QString wktOf(OGRSpatialReferenceH reference)
+{
+    char *text = nullptr;
+    QString wkt;
+    if (reference && OSRExportToWkt(reference, &text) == OGRERR_NONE)
+        wkt = QString::fromUtf8(text);
+    CPLFree(text);
+    return wkt;
+}
+
+QString wktOf(const QString &userText)
+{
+    const Reference reference(OSRNewSpatialReference(nullptr));
+    if (OSRSetFromUserInput(reference.get(), userText.toUtf8().constData()) != OGRERR_NONE)
+        fail(QStringLiteral("unknown projection %1%2").arg(userText, QuietGdal::complaint()));
+    return wktOf(static_cast<OGRSpatialReferenceH>(reference.get()));
+}
+
+/// Reads the rows one after another into a table whose columns are described already.
+class RowReader {
+public:
+    RowReader(FeatureTable &table, OGRLayerH layer, const ReadOptions &options)
+        : mTable(table), mLayer(layer), mOptions(options)
+    {
+        OGRFeatureDefnH definition = OGR_L_GetLayerDefn(layer);
+        for (int i = 0; i < OGR_FD_GetFieldCount(definition); ++i) {
+            OGRFieldDefnH field = OGR_FD_GetFieldDefn(definition, i);
+            mTypes.append(OGR_Fld_GetType(field));
+            table.columns.append(describe(field));
+        }
+        mX = coordinate(options.xColumn);
+        mY = coordinate(options.yColumn);
+    }
+
+    void read()
+    {
+        const auto expected = OGR_L_GetFeatureCount(mLayer, 0);
+        OGR_L_ResetReading(mLayer);
+        while (FeaturePtr feature{OGR_L_GetNextFeature(mLayer)}) {
+            take(feature.get());
+            ++mTable.rows;
+            if (mTable.rows % 256 == 0) {
+                stopIfInterrupted();
+                mOptions.progress(expected > 0 ? static_cast<int>(100 * mTable.rows / expected) : 0);
+            }
+        }
+        if (CPLGetLastErrorType() >= CE_Failure)
+            fail(QStringLiteral("%1: broken behind row %2%3").arg(mTable.file).arg(mTable.rows)
+                     .arg(QuietGdal::complaint()));
+    }
+
+private:
+    int coordinate(const QString &name) const
+    {
+        if (name.isEmpty())
+            return -1;
+        const int index = mTable.indexOf(name);
+        if (index < 0)
+            fail(QStringLiteral("%1: no field %2; there are: %3").arg(mTable.file, name, someOf(mTable.columnNames())));
+        return index;
+    }
+
+    void take(OGRFeatureH feature)
+    {
+        for (int i = 0; i < mTypes.size(); ++i) {
+            QString text = cell(feature, i, mTypes[i]);
+            if (text.isEmpty() || mOptions.missing.contains(text))
+                text = QString();
+            mTable.columns[i].cells.append(text);
+        }
+        if (!mOptions.shapes)
+            return;
+        if (mX >= 0) {
+            const double x = number(mX);
+            const double y = number(mY);
+            mTable.shapeKind = ShapeKind::Points;
+            mTable.shapes.append(ShapeParts{{QPointF(x, y)}});
+        } else {
+            takeShape(mTable, OGR_F_GetGeometryRef(feature));
+        }
+    }
+
+    double number(int column) const
+    {
+        bool fits = false;
+        const QString &text = mTable.columns[column].cells.last();
+        const double value = text.toDouble(&fits);
+        if (!fits || !std::isfinite(value))
+            fail(QStringLiteral("%1: \"%2\" is no coordinate")
+                     .arg(place(mTable, mTable.columns[column], mTable.rows), text));
+        return value;
+    }
+
+    FeatureTable &mTable;
+    OGRLayerH mLayer;
+    const ReadOptions &mOptions;
+    QVector<OGRFieldType> mTypes;
+    int mX = -1;
+    int mY = -1;
+};
+
+} // namespace
+
+FeatureTable readFeatures(const QString &path, const ReadOptions &options)
+{
+    const QuietGdal quiet;
+    if (options.xColumn.isEmpty() != options.yColumn.isEmpty())
+        failUsage(QStringLiteral("--x and --y go together"));
+    const Dataset dataset = open(path);
+    if (!dataset)
+        fail(QStringLiteral("%1: %2%3").arg(path, QFileInfo::exists(path) ? QStringLiteral("not a file that GDAL reads")
+                                                                          : QStringLiteral("no such file"),
+                                            QFileInfo::exists(path) ? QuietGdal::complaint() : QString()));
+    OGRLayerH layer = chooseLayer(dataset.get(), options, path);
+
+    FeatureTable table;
+    table.file = path;
+    table.layer = QString::fromUtf8(OGR_L_GetName(layer));
+    CPLErrorReset();
+    RowReader(table, layer, options).read();
+    if (options.shapes)
+        table.projection =
+            options.projection.isEmpty() ? wktOf(OGR_L_GetSpatialRef(layer)) : wktOf(options.projection);
+    return table;
+}
+
+} // namespace meridor

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+/// What the cells of a column mean: decimal numbers, 32-bit integers or texts.
+#pragma once
+#include <optional>
+#include "foreign/featureTable.h"
+
+namespace meridor {
+
+/// In the C locale; nothing for a text that is no finite number.
+std::optional<double> toDecimal(const QString &text);
+/// Nothing for what is no plain integer of 32 bits; texts with leading zeros are codes, not numbers.
+std::optional<int> toInteger(const QString &text);
+
+/// The narrowest kind that holds every cell that is not missing; nothing when there is none to look at.
+std::optional<ValueKind> recogniseKind(const Column &column);
+/// The kind of both.
+ValueKind widest(ValueKind a, ValueKind b);
+
+const char *kindName(ValueKind kind);
+/// "decimal", "integer" or "text"; nothing for anything else.
+std::optional<ValueKind> kindOfName(const QString &name);
+
+} // namespace meridor

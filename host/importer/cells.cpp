@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "importer/cells.h"
+#include "failure.h"
+
+namespace meridor {
+namespace {
+
+[[noreturn]] void wrongCell(const CellColumn &column, int row, const char *wanted)
+{
+    fail(QStringLiteral("%1: \"%2\" is no %3")
+             .arg(column.place(row), column.cells().cells[row], QLatin1String(wanted)));
+}
+
+/// Texts among numbers: the first text is the likely slip.
+void refuseMixture(const QString &name, const QVector<CellColumn> &columns)
+{
+    bool numbers = false;
+    const CellColumn *textColumn = nullptr;
+    int textRow = -1;
+    for (const CellColumn &column : columns) {
+        for (int row = 0; row < column.table->rows; ++row) {
+            const QString &cell = column.cells().cells[row];
+            if (cell.isNull())
+                continue;
+            if (toDecimal(cell))
+                numbers = true;
+            else if (!textColumn)
+                textColumn = &column, textRow = row;
+        }
+    }
+    if (numbers && textColumn)
+        fail(QStringLiteral("%1: \"%2\" is no number (--missing \"%2\" if it stands for none, --type %3=text to keep texts)")
+                 .arg(textColumn->place(textRow), textColumn->cells().cells[textRow], name));
+}
+
+} // namespace
+
+ValueKind kindOfDataset(const ImportPlan &plan, const QString &name, const QVector<CellColumn> &columns, bool measured)
+{
+    for (const QString &type : plan.options.types) {
+        if (type.section(QLatin1Char('='), 0, 0) != name)
+            continue;
+        const auto kind = kindOfName(type.section(QLatin1Char('='), 1));
+        if (!kind)
+            failUsage(QStringLiteral("--type %1: write NAME=decimal, NAME=integer or NAME=text").arg(type));
+        return *kind;
+    }
+    std::optional<ValueKind> kind;
+    for (const CellColumn &column : columns)
+        if (const auto own = recogniseKind(column.cells()))
+            kind = kind ? widest(*kind, *own) : *own;
+    if (measured && kind == ValueKind::Text)
+        refuseMixture(name, columns);
+    return kind.value_or(measured ? ValueKind::Decimal : ValueKind::Text);
+}
+
+template <> int valueOf<int>(const CellColumn &column, int row)
+{
+    const auto value = toInteger(column.cells().cells[row]);
+    if (!value)
+        wrongCell(column, row, "integer of 32 bits");
+    return *value;
+}
+
+template <> double valueOf<double>(const CellColumn &column, int row)
+{
+    const auto value = toDecimal(column.cells().cells[row]);
+    if (!value)
+        wrongCell(column, row, "decimal number");
+    return *value;
+}
+
+template <> QString valueOf<QString>(const CellColumn &column, int row)
+{
+    return column.cells().cells[row];
+}
+
+} // namespace meridor

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "importer/geographyBuilder.h"
+#include <QFileInfo>
+#include <QRectF>
+#include "datainterface/GeographyAPI.h"
+#include "failure.h"
+
+namespace meridor {
+namespace {
+
+/// Takes the builder back unless the geography was finished.
+class BuilderGuard {
+public:
+    BuilderGuard() = default;
+    ~BuilderGuard()
+    {
+        if (!mFinished)
+            VORN_AbortNewVectorGeography();
+    }
+    BuilderGuard(const BuilderGuard &) = delete;
+    BuilderGuard &operator=(const BuilderGuard &) = delete;
+    void finished() { mFinished = true; }
+
+private:
+    bool mFinished = false;
+};
+
+QRectF extent(const FeatureTable &map)
+{
+    double left = 0, right = 0, low = 0, high = 0;
+    bool any = false;
+    for (const ShapeParts &shape : map.shapes) {
+        for (const auto &part : shape) {
+            for (const QPointF &point : part) {
+                left = any ? qMin(left, point.x()) : point.x();
+                right = any ? qMax(right, point.x()) : point.x();
+                low = any ? qMin(low, point.y()) : point.y();
+                high = any ? qMax(high, point.y()) : point.y();
+                any = true;
+            }
+        }
+    }
+    return QRectF(left, low, right - left, high - low);
+}
+
+QList<QList<QPointF>> asLists(const ShapeParts &shape)
+{
+    QList<QList<QPointF>> parts;
+    for (const auto &part : shape)
+        parts.append(QList<QPointF>(part.begin(), part.end()));
+    return parts;
+}
+
+bool addShape(unsigned int chain, ShapeKind kind, const ShapeParts &shape, const Interval &when)
+{
+    switch (kind) {
+    case ShapeKind::Points: return VORN_AddPointToChain(chain, shape.first().first(), when);
+    case ShapeKind::Lines: return VORN_AddLineToChain(chain, asLists(shape), when);
+    default: return VORN_AddPolygonToChain(chain, asLists(shape), when);
+    }
+}
+
+void addObject(const ImportPlan &plan, const ObjectRows &object)
+{
+    const int chain = VORN_CreateNewObjectChain();
+    if (chain < 0)
+        fail(QStringLiteral("%1: no room for object %2").arg(plan.map.file, object.key));
+    for (const int row : object.rows) {
+        const ShapeParts &shape = plan.map.shapes[row];
+        if (shape.isEmpty())
+            continue;
+        if (!addShape(static_cast<unsigned int>(chain), plan.map.shapeKind, shape, plan.rowSpans[row]))
+            fail(QStringLiteral("%1: the shape of object %2 is no shape of a geography")
+                     .arg(place(plan.map, row), object.key));
+    }
+}
+
+QString history(const ImportPlan &plan)
+{
+    return QStringLiteral("Imported from %1, layer %2").arg(QFileInfo(plan.map.file).fileName(), plan.map.layer);
+}
+
+} // namespace
+
+int buildGeography(const ImportPlan &plan, const std::function<void(int)> &progress)
+{
+    if (!VORN_StartNewVectorGeography(extent(plan.map), plan.hull.startTime, plan.hull.endTime, -1))
+        fail(QStringLiteral("a geography is being built already"));
+    BuilderGuard guard;
+    if (plan.options.snap > 0)
+        VORN_SetAdjacencyTolerance(plan.options.snap);
+    if (!plan.map.projection.isEmpty())
+        VORN_SetNewGeographyProjection(plan.map.projection);
+    for (int i = 0; i < plan.objects.size(); ++i) {
+        addObject(plan, plan.objects[i]);
+        if (i % 64 == 0)
+            progress(static_cast<int>(95LL * i / plan.objects.size()));
+    }
+    progress(95);
+    const QString name = plan.options.name.isEmpty() ? plan.map.layer : plan.options.name;
+    guard.finished();
+    const int id = VORN_FinishVectorGeography(VORN_GetUniqueGeographyName(name), history(plan), plan.axis.format());
+    if (id < 0)
+        fail(QStringLiteral("%1: the geography could not be made").arg(plan.map.file));
+    progress(100);
+    return id;
+}
+
+} // namespace meridor

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#include "importer/mapImporter.h"
+#include <algorithm>
+#include "failure.h"
+#include "importer/datasetBuilder.h"
+#include "importer/geographyBuilder.h"
+#include "model.h"
+
+namespace meridor {
+namespace {
+
+void tell(const ImportPlan &plan, const ImportReport &report, const Console &console)
+{
+    for (const Unmatched &keys : report.unmatched) {
+        if (!keys.tableKeys.isEmpty())
+            console.note(QStringLiteral("%1: %2 keys that no object has: %3")
+                             .arg(keys.table).arg(keys.tableKeys.size()).arg(someOf(keys.tableKeys)));
+        if (!keys.objectKeys.isEmpty())
+            console.note(QStringLiteral("%1: %2 objects without a row, their values are missing: %3")
+                             .arg(keys.table).arg(keys.objectKeys.size()).arg(someOf(keys.objectKeys)));
+    }
+    if (!report.withoutShape.isEmpty())
+        console.note(QStringLiteral("%1: %2 objects without a shape, they exist at no time: %3")
+                         .arg(plan.map.file).arg(report.withoutShape.size()).arg(someOf(report.withoutShape)));
+    if (report.nearVertices.count == 0)
+        return;
+    const QString distance = exactNumber(report.nearVertices.distance);
+    if (plan.options.snap > 0)
+        console.note(QStringLiteral("%1 vertices lie within the tolerance of %2 of others without being the same: "
+                                    "borders there count as one").arg(report.nearVertices.count).arg(distance));
+    else
+        console.note(QStringLiteral("%1 vertices lie within %2 of others without being the same: borders there may not "
+                                    "count as common (--snap %2)").arg(report.nearVertices.count).arg(distance));
+}
+
+void refuseUnmatched(const ImportPlan &plan)
+{
+    for (const Unmatched &keys : plan.unmatched)
+        if (plan.options.strict && keys.any())
+            fail(QStringLiteral("%1: keys do not match: %2").arg(keys.table, someOf(keys.tableKeys + keys.objectKeys)));
+}
+
+} // namespace
+
+ImportReport importMap(const ImportOptions &options, const Console &console, const Progress &progress)
+{
+    progress.report(0, "Reading files...");
+    const ImportPlan plan = makePlan(options, console, progress.part(0, 30));
+    refuseUnmatched(plan);
+    progress.report(30, "Building the geography...");
+
+    ImportReport report;
+    report.geography = buildGeography(plan, progress.part(30, 60));
+    report.objects = plan.objects.size();
+    report.unmatched = plan.unmatched;
+    for (const ObjectRows &object : plan.objects) {
+        const auto shapes = std::count_if(object.rows.begin(), object.rows.end(),
+                                          [&plan](int row) { return !plan.map.shapes[row].isEmpty(); });
+        report.shapes += static_cast<int>(shapes);
+        if (shapes == 0)
+            report.withoutShape.append(object.key);
+    }
+    if (plan.map.shapeKind == ShapeKind::Polygons)
+        report.nearVertices = countNearVertices(plan.map.shapes, options.snap);
+    progress.report(60, "Filling the datasets...");
+    try {
+        report.datasets = buildDatasets(plan, report.geography, progress.part(60, 100));
+    } catch (...) {
+        controller().RemoveGeography(report.geography);
+        throw;
+    }
+    tell(plan, report, console);
+    return report;
+}
+
+} // namespace meridor

@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: MIT
+#include "importer/timeline.h"
+#include <algorithm>
+#include "failure.h"
+
+namespace meridor {
+namespace {
+
+constexpr Interval kNoTime{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(), true, true};
+
+bool isEmpty(const Interval &interval)
+{
+    return interval.endTime < interval.startTime;
+}
+
+void widen(Interval &hull, const Interval &by)
+{
+    if (by.startTime < hull.startTime)
+        hull.startTime = by.startTime;
+    if (by.endTime > hull.endTime || (by.endTime == hull.endTime && by.inclusiveEnd)) {
+        hull.endTime = by.endTime;
+        hull.inclusiveEnd = by.inclusiveEnd;
+    }
+}
+
+/// The columns of times, with the table that a complaint names.
+struct TimeColumn {
+    const FeatureTable *table;
+    int column;
+};
+
+class Timeline {
+public:
+    explicit Timeline(ImportPlan &plan) : mPlan(plan), mHull(kNoTime)
+    {
+        const QString &end = plan.options.end;
+        mUntilNext = end == QLatin1String("next") && plan.map.indexOf(end) < 0;
+        mStart = plan.options.start.isEmpty() ? -1 : requireColumn(plan.map, plan.options.start);
+        mEnd = end.isEmpty() || mUntilNext ? -1 : requireColumn(plan.map, end);
+        if (mUntilNext && mStart < 0)
+            failUsage(QStringLiteral("--end next needs --start"));
+    }
+
+    void resolve()
+    {
+        mPlan.timed = mStart >= 0 || mEnd >= 0 || !mPlan.series.isEmpty() || !mPlan.observed.isEmpty();
+        chooseFormat();
+        gatherHull();
+        mPlan.rowSpans.resize(mPlan.map.rows);
+        for (ObjectRows &object : mPlan.objects)
+            resolve(object);
+    }
+
+private:
+    QVector<TimeColumn> timeColumns() const
+    {
+        QVector<TimeColumn> columns;
+        for (const int column : {mStart, mEnd})
+            if (column >= 0)
+                columns.append({&mPlan.map, column});
+        for (const ObservationSpec &spec : mPlan.observed)
+            for (const int column : {spec.start, spec.end})
+                if (column >= 0)
+                    columns.append({&mPlan.observations, column});
+        return columns;
+    }
+
+    void chooseFormat()
+    {
+        if (mPlan.options.times == QLatin1String("auto")) {
+            QSet<QString> texts;
+            for (const TimeColumn &time : timeColumns())
+                for (const QString &cell : time.table->columns[time.column].cells)
+                    if (!cell.isNull())
+                        texts.insert(cell);
+            for (const SeriesSpec &spec : mPlan.series)
+                for (const SeriesStep &step : spec.steps)
+                    for (const QString &text : {step.start, step.end})
+                        if (!text.isEmpty())
+                            texts.insert(text);
+            // A text that is no time is found again below, where its row is known.
+            mPlan.axis = TimeAxis(recogniseTimes(texts.values()).value_or(formatOfTheRest(texts)));
+        } else {
+            for (const TimeFormat format : {TF_Date, TF_DateTime, TF_Integer})
+                if (mPlan.options.times == QLatin1String(timeFormatName(format)))
+                    mPlan.axis = TimeAxis(format);
+        }
+    }
+
+    static TimeFormat formatOfTheRest(const QSet<QString> &texts)
+    {
+        QStringList good;
+        for (const QString &text : texts)
+            if (recogniseTimes({text}))
+                good.append(text);
+        return *recogniseTimes(good);
+    }
+
+    Interval span(const FeatureTable &table, int column, int row) const
+    {
+        const Column &cells = table.columns[column];
+        const auto result = mPlan.axis.span(cells.cells[row]);
+        if (!result)
+            fail(QStringLiteral("%1: \"%2\" is no %3")
+                     .arg(place(table, cells, row), cells.cells[row], QLatin1String(timeFormatName(mPlan.axis.format()))));
+        return *result;
+    }
+
+    void gatherHull()
+    {
+        for (const TimeColumn &time : timeColumns())
+            for (int row = 0; row < time.table->rows; ++row)
+                if (!time.table->columns[time.column].cells[row].isNull())
+                    widen(mHull, span(*time.table, time.column, row));
+        for (const SeriesSpec &spec : mPlan.series)
+            for (const SeriesStep &step : spec.steps) {
+                const auto interval =
+                    step.end.isEmpty() ? mPlan.axis.span(step.start) : mPlan.axis.span(step.start, step.end);
+                if (!interval)
+                    fail(QStringLiteral("series %1, field %2: \"%3%4\" is no %5")
+                             .arg(spec.name, mPlan.map.columns[step.column].name, step.start,
+                                  step.end.isEmpty() ? QString() : QString(QLatin1Char('/') + step.end),
+                                  QLatin1String(timeFormatName(mPlan.axis.format()))));
+                widen(mHull, *interval);
+            }
+        if (isEmpty(mHull))
+            mHull = {0, 0, true, true};
+        mPlan.hull = mHull;
+    }
+
+    /// A row's own span, open sides at the hull.
+    Interval ownSpan(int row) const
+    {
+        const Column *starts = mStart < 0 ? nullptr : &mPlan.map.columns[mStart];
+        const Column *ends = mEnd < 0 ? nullptr : &mPlan.map.columns[mEnd];
+        const bool hasStart = starts && !starts->cells[row].isNull();
+        const bool hasEnd = ends && !ends->cells[row].isNull();
+        if (hasStart && hasEnd) {
+            span(mPlan.map, mStart, row);
+            span(mPlan.map, mEnd, row);
+            const auto both = mPlan.axis.span(starts->cells[row], ends->cells[row]);
+            if (!both)
+                fail(QStringLiteral("%1: the end %2 lies before the start %3")
+                         .arg(place(mPlan.map, *ends, row), ends->cells[row], starts->cells[row]));
+            return *both;
+        }
+        Interval result = mHull;
+        if (hasStart)
+            result.startTime = span(mPlan.map, mStart, row).startTime;
+        if (hasEnd) {
+            const Interval end = span(mPlan.map, mEnd, row);
+            result.endTime = end.endTime;
+            result.inclusiveEnd = end.inclusiveEnd && mPlan.axis.format() != TF_DateTime;
+        }
+        if (result.startTime == result.endTime)
+            result.inclusiveEnd = true;
+        return result;
+    }
+
+    void resolve(ObjectRows &object)
+    {
+        for (const int row : object.rows)
+            mPlan.rowSpans[row] = ownSpan(row);
+        auto &spans = mPlan.rowSpans;
+        std::stable_sort(object.rows.begin(), object.rows.end(),
+                         [&spans](int a, int b) { return spans[a].startTime < spans[b].startTime; });
+        if (mUntilNext)
+            endWithTheNext(object);
+        for (int i = 1; i < object.rows.size(); ++i)
+            part(object, object.rows[i - 1], object.rows[i]);
+    }
+
+    void endWithTheNext(const ObjectRows &object)
+    {
+        auto &spans = mPlan.rowSpans;
+        for (int i = 0; i < object.rows.size(); ++i) {
+            Interval &own = spans[object.rows[i]];
+            const bool last = i + 1 == object.rows.size();
+            own.endTime = last ? own.startTime : spans[object.rows[i + 1]].startTime;
+            own.inclusiveEnd = own.endTime == own.startTime;
+        }
+    }
+
+    /// Of two shapes that share one instant, the earlier gives way; more than that cannot be one object.
+    void part(const ObjectRows &object, int earlier, int later)
+    {
+        Interval &first = mPlan.rowSpans[earlier];
+        const Interval &second = mPlan.rowSpans[later];
+        if (first.endTime == second.startTime && first.startTime < first.endTime) {
+            first.inclusiveEnd = false;
+            return;
+        }
+        if (first.endTime >= second.startTime)
+            fail(QStringLiteral("%1, rows %2 and %3: object %4 has two shapes at one time; "
+                                "--start and --end tell when each holds")
+                     .arg(mPlan.map.file).arg(qMin(earlier, later) + 1).arg(qMax(earlier, later) + 1).arg(object.key));
+    }
+
+    ImportPlan &mPlan;
+    Interval mHull;
+    int mStart = -1;
+    int mEnd = -1;
+    bool mUntilNext = false;
+};
+
+} // namespace
+
+void resolveTimes(ImportPlan &plan)
+{
+    Timeline(plan).resolve();
+}
+
+} // namespace meridor

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "interrupt.h"
+#include <csignal>
+#include "failure.h"
+
+namespace meridor {
+namespace {
+
+volatile std::sig_atomic_t gInterrupted = 0;
+
+extern "C" void noteInterrupt(int signal)
+{
+    gInterrupted = 1;
+    std::signal(signal, SIG_DFL);
+}
+
+} // namespace
+
+void watchInterrupts()
+{
+    std::signal(SIGINT, noteInterrupt);
+    std::signal(SIGTERM, noteInterrupt);
+}
+
+bool interrupted()
+{
+    return gInterrupted != 0;
+}
+
+void stopIfInterrupted()
+{
+    if (interrupted())
+        cancelled();
+}
+
+} // namespace meridor

@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: MIT
+#include "model.h"
+#include <algorithm>
+#include "console.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MDataSource.h"
+#include "datainterface/MDataset.h"
+#include "datainterface/MVectorData.h"
+#include "failure.h"
+#include "fennimark/Fennims.h"
+#include "hostController.h"
+
+namespace meridor {
+namespace {
+
+HostController *gController = nullptr;
+const QString kKeyTag = QStringLiteral("Object key");
+
+QString fullName(int dataset)
+{
+    return geographyName(VORN_GetGeographyId(dataset)) + QLatin1Char('/') + datasetName(dataset);
+}
+
+QString textOf(const datum &value)
+{
+    switch (value.type) {
+    case 0: return exactNumber(value.decimalValue);
+    case 1: return QString::number(value.integerValue);
+    default: return value.stringValue;
+    }
+}
+
+/// The values of a dataset that holds for good, as texts; a null text is missing.
+QStringList constantTexts(int dataset)
+{
+    QVector<datum> values;
+    QSet<int> missing;
+    QStringList texts;
+    if (!VORN_GetDataValues(dataset, 0, 0, values, missing))
+        return texts;
+    for (int i = 0; i < values.size(); ++i)
+        texts.append(missing.contains(i) ? QString() : textOf(values[i]));
+    return texts;
+}
+
+} // namespace
+
+HostController &controller()
+{
+    return *gController;
+}
+
+void setController(HostController *controller)
+{
+    gController = controller;
+}
+
+MGeoData *geographyOf(int id)
+{
+    return controller().GetGeoData().value(id, nullptr);
+}
+
+MDataset *datasetOf(int id)
+{
+    MGeoData *geography = geographyOf(VORN_GetGeographyId(id));
+    return geography ? geography->GetDataSource()->GetDataset(id) : nullptr;
+}
+
+QVector<int> geographyIds()
+{
+    return controller().GetGeoData().keys().toVector();
+}
+
+QVector<int> datasetIds(int geography)
+{
+    QVector<int> ids;
+    for (const int id : VORN_GetGeographyProperties(geography).datasetIds)
+        ids.append(id);
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+QString geographyName(int id)
+{
+    MGeoData *geography = geographyOf(id);
+    return geography ? geography->GetName() : QString();
+}
+
+QString datasetName(int id)
+{
+    MDataset *dataset = datasetOf(id);
+    return dataset ? dataset->GetDisplayName() : QString();
+}
+
+TimeAxis axisOf(int geography)
+{
+    return TimeAxis(VORN_GetGeographyProperties(geography).timeFormat);
+}
+
+const char *typeName(DataType type)
+{
+    switch (type) {
+    case DecimalType: return "decimal";
+    case IntegerType: return "integer";
+    case StringType: return "text";
+    default: return "raster";
+    }
+}
+
+const char *shapeName(int geographyType)
+{
+    switch (geographyType) {
+    case GeoProps::Polygons: return "polygons";
+    case GeoProps::Points: return "points";
+    case GeoProps::Lines: return "lines";
+    default: return "raster";
+    }
+}
+
+int findGeography(const QString &name)
+{
+    const QVector<int> ids = geographyIds();
+    if (name.isEmpty() && ids.size() == 1)
+        return ids.first();
+    QStringList names;
+    for (const int id : ids) {
+        names.append(geographyName(id));
+        if (names.last() == name)
+            return id;
+    }
+    if (names.isEmpty())
+        fail(QStringLiteral("the project holds no geography"));
+    if (name.isEmpty())
+        fail(QStringLiteral("several geographies, name one: %1").arg(someOf(names)));
+    fail(QStringLiteral("no geography %1; there are: %2").arg(name, someOf(names)));
+}
+
+int findDataset(int geography, const QString &name)
+{
+    const int id = VORN_GetDatasetByName(geography, name);
+    if (id >= 0)
+        return id;
+    QStringList names;
+    for (const int other : datasetIds(geography))
+        names.append(datasetName(other));
+    fail(QStringLiteral("no dataset %1 in %2; there are: %3").arg(name, geographyName(geography), someOf(names)));
+}
+
+int findDataset(const QString &name)
+{
+    QVector<int> found;
+    QStringList names;
+    for (const int geography : geographyIds()) {
+        for (const int id : datasetIds(geography)) {
+            names.append(datasetName(id));
+            if (datasetName(id) == name || fullName(id) == name)
+                found.append(id);
+        }
+    }
+    if (found.isEmpty())
+        fail(QStringLiteral("no dataset %1; there are: %2").arg(name, someOf(names)));
+    if (found.size() > 1)
+        fail(QStringLiteral("several datasets %1; write %2").arg(name, fullName(found.first())));
+    return found.first();
+}
+
+int keyDataset(int geography)
+{
+    const QVariant id = geographyOf(geography)->GetMetaData()[kKeyTag];
+    return id.isValid() && datasetOf(id.toInt()) ? id.toInt() : -1;
+}
+
+void setKeyDataset(int geography, int dataset)
+{
+    geographyOf(geography)->GetMetaData().setTag(kKeyTag, dataset);
+}
+
+QStringList objectKeys(int geography)
+{
+    QStringList keys;
+    if (const int dataset = keyDataset(geography); dataset >= 0)
+        keys = constantTexts(dataset);
+    const int count = VORN_GetGeographyProperties(geography).objectCount;
+    for (int i = keys.size(); i < count; ++i)
+        keys.append(QString::number(i + 1));
+    return keys;
+}
+
+int findObject(int geography, const QString &text)
+{
+    if (const int index = objectKeys(geography).indexOf(text); index >= 0)
+        return index;
+    QVector<int> found;
+    for (const int id : datasetIds(geography)) {
+        const MDataset *dataset = datasetOf(id);
+        if (!dataset->IsStatic() || dataset->GetDataType() != StringType)
+            continue;
+        const QStringList texts = constantTexts(id);
+        for (int i = 0; i < texts.size(); ++i)
+            if (texts[i] == text && !found.contains(i))
+                found.append(i);
+    }
+    if (found.isEmpty())
+        fail(QStringLiteral("no object %1 in %2").arg(text, geographyName(geography)));
+    if (found.size() > 1)
+        fail(QStringLiteral("%1 objects of %2 are called %3; name one by its key")
+                 .arg(found.size()).arg(geographyName(geography), text));
+    return found.first();
+}
+
+QVector<int> objectsAt(int geography, qint64 time)
+{
+    QVector<int> objects;
+    const auto *vector = dynamic_cast<const MVectorData *>(geographyOf(geography));
+    if (!vector)
+        return objects;
+    const Fennims *shapes = vector->GetFennims();
+    for (int i = 0; i < static_cast<int>(vector->GetObjectCount()); ++i) {
+        const FMObjectChain *chain = shapes->GetChainById(vector->GetFennimId(static_cast<unsigned int>(i)));
+        if (chain && chain->GetObservation(time).second >= 0)
+            objects.append(i);
+    }
+    return objects;
+}
+
+QVector<Interval> dataTimes(int dataset)
+{
+    QVector<Interval> times;
+    VORN_GetAllDatasetTimes(dataset, 0, times);
+    return times;
+}
+
+qint64 instantOf(const Interval &interval)
+{
+    return TimeStamp(interval).timeInInterval();
+}
+
+qint64 chooseTime(int dataset, const QString &text)
+{
+    const TimeAxis axis = axisOf(VORN_GetGeographyId(dataset));
+    if (!text.isEmpty()) {
+        const auto span = axis.span(text);
+        if (!span)
+            failUsage(QStringLiteral("--at %1 is no %2").arg(text, QLatin1String(timeFormatName(axis.format()))));
+        return span->startTime;
+    }
+    const QVector<Interval> times = dataTimes(dataset);
+    if (times.isEmpty())
+        fail(QStringLiteral("dataset %1 holds no values").arg(datasetName(dataset)));
+    return instantOf(times.last());
+}
+
+} // namespace meridor

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+/// The loaded project as people name it: geographies and datasets by name, objects by key.
+#pragma once
+#include <QString>
+#include <QStringList>
+#include <QVector>
+#include "datainterface/DataType.h"
+#include "datainterface/TimeStamp.h"
+#include "times.h"
+
+class MDataset;
+class MGeoData;
+
+namespace meridor {
+
+class HostController;
+
+/// The controller of the running session; there is one at a time.
+HostController &controller();
+void setController(HostController *controller);
+
+/// Null for an unknown id.
+MGeoData *geographyOf(int id);
+MDataset *datasetOf(int id);
+QVector<int> geographyIds();
+/// Ascending; empty for an unknown geography.
+QVector<int> datasetIds(int geography);
+
+QString geographyName(int id);
+QString datasetName(int id);
+TimeAxis axisOf(int geography);
+const char *typeName(DataType type);
+const char *shapeName(int geographyType);
+
+/// By name; raises a Failure that lists what there is. An empty name stands for the only geography.
+int findGeography(const QString &name);
+/// "DATASET" when the name is there once, else "GEOGRAPHY/DATASET".
+int findDataset(const QString &name);
+int findDataset(int geography, const QString &name);
+
+/// The dataset that holds the objects' keys, -1 when they have none. Kept with the geography.
+int keyDataset(int geography);
+void setKeyDataset(int geography, int dataset);
+/// Every object's key; without a key dataset its number from 1.
+QStringList objectKeys(int geography);
+/// By key, else by an unambiguous value of a text dataset that holds for good (a name). Raises a Failure.
+int findObject(int geography, const QString &text);
+
+/// The objects that exist at a time, ascending.
+QVector<int> objectsAt(int geography, qint64 time);
+
+/// Every time at which the dataset has data, in order.
+QVector<Interval> dataTimes(int dataset);
+/// An instant inside.
+qint64 instantOf(const Interval &interval);
+/// The instant that an option names; without one the dataset's only time, or its last.
+qint64 chooseTime(int dataset, const QString &text);
+
+} // namespace meridor

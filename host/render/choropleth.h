@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+/// From a dataset at one time to the picture of it.
+#pragma once
+#include <QSize>
+#include <QString>
+#include "hostController.h"
+#include "render/mapPicture.h"
+
+namespace meridor {
+
+struct MapStyle {
+    QString method = QStringLiteral("jenks");
+    int classes = 5;
+    QString palette = QStringLiteral("lagoon");
+    QString subtitle;      ///< empty: the time
+    bool breaksOfAllTimes = false; ///< one legend for every time: pictures of a series can be compared
+    QSize size{1600, 1000};
+};
+
+/// Objects that do not exist at the time are not drawn; those without a value are grey.
+MapPicture choropleth(const MapView &view, const MapStyle &style);
+
+/// As PNG, whole or not at all; raises a Failure.
+void savePicture(const QImage &image, const QString &path);
+
+} // namespace meridor

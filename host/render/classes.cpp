@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include "render/classes.h"
+#include <QMap>
+#include <algorithm>
+#include "datainterface/DataAPI.h"
+#include "failure.h"
+#include "interrupt.h"
+#include "model.h"
+
+namespace meridor {
+namespace {
+
+/// A dataset for the length of a scope.
+class PassingDataset {
+public:
+    explicit PassingDataset(int id) : mId(id) {}
+    ~PassingDataset() { VORN_RemoveDataset(mId); }
+    PassingDataset(const PassingDataset &) = delete;
+    PassingDataset &operator=(const PassingDataset &) = delete;
+
+private:
+    int mId;
+};
+
+const QMap<QString, MDataset::ClassificationType> &methods()
+{
+    static const QMap<QString, MDataset::ClassificationType> map{{QStringLiteral("equal"), MDataset::EqualIntervals},
+                                                                 {QStringLiteral("quantile"), MDataset::Quantiles},
+                                                                 {QStringLiteral("jenks"), MDataset::Jenks}};
+    return map;
+}
+
+} // namespace
+
+ValuesAt valuesAt(int dataset, qint64 time)
+{
+    ValuesAt values;
+    values.numeric = datasetOf(dataset)->IsNumeric();
+    bool there = false;
+    if (values.numeric) {
+        there = VORN_GetNumericValues(dataset, 0, time, values.numbers, values.missing);
+    } else {
+        QVector<QString> texts;
+        there = VORN_GetDataValues(dataset, 0, time, texts, values.missing);
+        values.texts = QStringList(texts.toList());
+    }
+    if (!there) {
+        const int geography = VORN_GetGeographyId(dataset);
+        fail(QStringLiteral("%1 holds no values at %2").arg(datasetName(dataset), axisOf(geography).show(time)));
+    }
+    return values;
+}
+
+MDataset::ClassificationType classificationOf(const QString &method)
+{
+    return methods().value(method, MDataset::Jenks);
+}
+
+QStringList classificationNames()
+{
+    return methods().keys();
+}
+
+QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, int classes)
+{
+    // The table of values is empty when there are none; classes of nothing are none.
+    MDataset *owner = datasetOf(dataset);
+    if (owner->UniqueValueCount(nullptr) == 0)
+        return {};
+    // A class takes at least one distinct value.
+    const int wanted = method == MDataset::Jenks ? qMin(classes, owner->UniqueValueCount(nullptr)) : classes;
+    const QVector<double> breaks = owner->GetIntervalBreaks(0, wanted + 1, method, true).toVector();
+    stopIfInterrupted();
+    return breaks;
+}
+
+QVector<double> breaksAt(int dataset, qint64 time, MDataset::ClassificationType method, int classes)
+{
+    const ValuesAt values = valuesAt(dataset, time);
+    const int alone = VORN_NewVectorDataset(VORN_GetGeographyId(dataset), datasetName(dataset) + QStringLiteral(" alone"),
+                                            TimeSlice, DecimalType, 1, QString());
+    const PassingDataset passing(alone);
+    VORN_AddDataValues(alone, 0, Interval{time, time, true, true}, values.numbers, values.missing, true, true);
+    return breaksOfAll(alone, method, classes);
+}
+
+int classOf(double value, const QVector<double> &breaks)
+{
+    if (breaks.size() < 2 || value < breaks.first() || value > breaks.last())
+        return -1;
+    const auto upper = std::lower_bound(breaks.begin() + 1, breaks.end(), value);
+    return static_cast<int>(upper - breaks.begin()) - 1;
+}
+
+} // namespace meridor

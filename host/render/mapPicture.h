@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+/// Draws a choropleth: shapes filled by class under a title, beside a legend. Knows nothing of projects.
+#pragma once
+#include <QColor>
+#include <QImage>
+#include <QPointF>
+#include <QString>
+#include <QVector>
+
+namespace meridor {
+
+struct MapShape {
+    enum Kind { Area, Line, Place };
+    Kind kind = Area;
+    QVector<QVector<QPointF>> parts; ///< map coordinates, y upwards
+    int classIndex = -1;             ///< -1: no value
+};
+
+struct LegendEntry {
+    QColor color;
+    QString text;
+    int count = 0;
+};
+
+struct MapPicture {
+    QString title;
+    QString subtitle;
+    QString legendTitle;
+    QString footnote;
+    QVector<MapShape> shapes;
+    QVector<LegendEntry> legend; ///< by class index
+    int missingCount = 0;
+    bool geographic = false; ///< degrees: drawn with the width of a degree at the middle latitude
+    QSize size{1600, 1000};
+};
+
+extern const QColor kMissingColor;
+
+QImage draw(const MapPicture &picture);
+
+} // namespace meridor

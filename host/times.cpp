@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: MIT
+#include "times.h"
+#include <QDateTime>
+#include <QRegularExpression>
+#include "datainterface/TimeAPI.h"
+
+namespace meridor {
+namespace {
+
+// The library's epoch; its own splitting of a moment into hours gives no result, so texts are made here.
+const QDate kEpoch(1752, 9, 14);
+constexpr qint64 kDay = 86400;
+
+struct Match {
+    TimeFormat format;
+    QRegularExpressionMatch parts;
+};
+
+std::optional<Match> match(const QString &text)
+{
+    static const QRegularExpression number(QStringLiteral("^\\s*([+-]?\\d{1,18})\\s*$"));
+    static const QRegularExpression date(QStringLiteral("^\\s*(\\d{4})-(\\d{2})(?:-(\\d{2}))?\\s*$"));
+    static const QRegularExpression moment(
+        QStringLiteral("^\\s*(\\d{4}-\\d{2}-\\d{2})[T ](\\d{2}):(\\d{2})(?::(\\d{2})(?:\\.\\d+)?)?"
+                       "\\s*(Z|[+-]\\d{2}(?::?\\d{2})?)?\\s*$"));
+    if (auto parts = number.match(text); parts.hasMatch())
+        return Match{TF_Integer, parts};
+    if (auto parts = date.match(text); parts.hasMatch())
+        return Match{TF_Date, parts};
+    if (auto parts = moment.match(text); parts.hasMatch())
+        return Match{TF_DateTime, parts};
+    return std::nullopt;
+}
+
+qint64 ofDate(const QDate &date)
+{
+    return VORN_ConstructTime(TF_Date, date.year(), date.month(), date.day(), 0, 0, 0);
+}
+
+/// First day and the first day behind: a year, a month or a day.
+std::optional<QPair<QDate, QDate>> days(const Match &text)
+{
+    QDate first;
+    QDate behind;
+    if (text.format == TF_Integer) {
+        bool fits = false;
+        const int year = text.parts.captured(1).toInt(&fits);
+        if (!fits || year < 1 || year > 9999)
+            return std::nullopt;
+        first = QDate(year, 1, 1);
+        behind = first.addYears(1);
+    } else {
+        const bool whole = text.parts.captured(3).isEmpty();
+        first = QDate(text.parts.captured(1).toInt(), text.parts.captured(2).toInt(),
+                      whole ? 1 : text.parts.captured(3).toInt());
+        behind = whole ? first.addMonths(1) : first.addDays(1);
+    }
+    if (!first.isValid())
+        return std::nullopt;
+    return qMakePair(first, behind);
+}
+
+std::optional<qint64> moment(const QRegularExpressionMatch &parts)
+{
+    const QDate date = QDate::fromString(parts.captured(1), Qt::ISODate);
+    const QTime time(parts.captured(2).toInt(), parts.captured(3).toInt(), parts.captured(4).toInt());
+    if (!date.isValid() || !time.isValid())
+        return std::nullopt;
+    const qint64 local =
+        VORN_ConstructTime(TF_DateTime, date.year(), date.month(), date.day(), time.hour(), time.minute(), time.second());
+    QString zone = parts.captured(5);
+    if (zone.isEmpty() || zone == QLatin1String("Z"))
+        return local;
+    zone.remove(QLatin1Char(':'));
+    const qint64 offset = zone.mid(1, 2).toInt() * 3600 + zone.mid(3, 2).toInt() * 60;
+    return zone.startsWith(QLatin1Char('-')) ? local + offset : local - offset;
+}
+
+QDateTime ofTime(qint64 time)
+{
+    return QDateTime(kEpoch, QTime(0, 0), Qt::UTC).addSecs(time);
+}
+
+bool isInstant(const Interval &interval)
+{
+    return interval.startTime == interval.endTime;
+}
+
+/// The name of a whole year or month that begins on `first` and whose next one begins on `behind`; else empty.
+QString calendarName(const QDate &first, const QDate &behind)
+{
+    if (first.day() != 1)
+        return QString();
+    if (first.month() == 1 && behind == first.addYears(1))
+        return QString::number(first.year());
+    if (behind == first.addMonths(1))
+        return first.toString(QStringLiteral("yyyy-MM"));
+    return QString();
+}
+
+} // namespace
+
+std::optional<TimeFormat> recogniseTimes(const QStringList &texts, QString *culprit)
+{
+    bool dates = false;
+    bool moments = false;
+    for (const QString &text : texts) {
+        const auto found = match(text);
+        if (!found) {
+            if (culprit)
+                *culprit = text;
+            return std::nullopt;
+        }
+        dates |= found->format == TF_Date;
+        moments |= found->format == TF_DateTime;
+    }
+    return moments ? TF_DateTime : dates ? TF_Date : TF_Integer;
+}
+
+std::optional<Interval> TimeAxis::span(const QString &text) const
+{
+    const auto found = match(text);
+    if (!found)
+        return std::nullopt;
+    if (mFormat == TF_Integer || mFormat == TF_Time) {
+        if (found->format != TF_Integer)
+            return std::nullopt;
+        const qint64 tick = found->parts.captured(1).toLongLong();
+        return Interval{tick, tick, true, true};
+    }
+    if (found->format == TF_DateTime) {
+        if (mFormat != TF_DateTime)
+            return std::nullopt;
+        const auto time = moment(found->parts);
+        return time ? std::optional<Interval>(Interval{*time, *time, true, true}) : std::nullopt;
+    }
+    const auto whole = days(*found);
+    if (!whole)
+        return std::nullopt;
+    const qint64 start = ofDate(whole->first);
+    const qint64 behind = ofDate(whole->second);
+    return mFormat == TF_Date ? Interval{start, behind - kDay, true, true} : Interval{start, behind, true, false};
+}
+
+std::optional<Interval> TimeAxis::span(const QString &start, const QString &end) const
+{
+    const auto first = span(start);
+    const auto last = span(end);
+    if (!first || !last)
+        return std::nullopt;
+    Interval result{first->startTime, last->endTime, true, last->inclusiveEnd};
+    if (mFormat == TF_DateTime && isInstant(*last))
+        result.inclusiveEnd = false;
+    if (isInstant(result))
+        result.inclusiveEnd = true;
+    return result.endTime < result.startTime ? std::nullopt : std::optional<Interval>(result);
+}
+
+std::optional<Interval> TimeAxis::range(const QString &text) const
+{
+    const int slash = text.indexOf(QLatin1Char('/'));
+    if (slash > 0)
+        return span(text.left(slash), text.mid(slash + 1));
+    return span(text);
+}
+
+QString TimeAxis::show(qint64 time) const
+{
+    switch (mFormat) {
+    case TF_Date: return ofTime(time).date().toString(Qt::ISODate);
+    case TF_DateTime: return ofTime(time).toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+    case TF_Time: return QTime(0, 0).addSecs(static_cast<int>(time)).toString(QStringLiteral("HH:mm:ss"));
+    default: return QString::number(time);
+    }
+}
+
+QString TimeAxis::show(const Interval &interval) const
+{
+    if (mFormat == TF_Date || (mFormat == TF_DateTime && !interval.inclusiveEnd)) {
+        const bool byDay = mFormat == TF_Date;
+        const QDateTime behind = ofTime(interval.endTime + (byDay ? kDay : 0));
+        const QDateTime first = ofTime(interval.startTime);
+        if (first.time() == QTime(0, 0) && behind.time() == QTime(0, 0)) {
+            const QString name = calendarName(first.date(), behind.date());
+            if (!name.isEmpty())
+                return name;
+        }
+    }
+    if (isInstant(interval))
+        return show(interval.startTime);
+    return show(interval.startTime) + QLatin1Char('/') + show(interval.endTime);
+}
+
+const char *timeFormatName(TimeFormat format)
+{
+    switch (format) {
+    case TF_Date: return "date";
+    case TF_Time: return "time";
+    case TF_DateTime: return "date-time";
+    default: return "number";
+    }
+}
+
+} // namespace meridor
