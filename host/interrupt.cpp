@@ -20,6 +20,9 @@ void watchInterrupts()
 {
     std::signal(SIGINT, noteInterrupt);
     std::signal(SIGTERM, noteInterrupt);
+    // A closed pipe and a file-size limit are write errors, told like any other.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool interrupted()

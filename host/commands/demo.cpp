@@ -9,6 +9,7 @@
 #include <QJsonObject>
 #include <cmath>
 #include <memory>
+#include <utility>
 #include "commands/commands.h"
 #include "commands/snapshot.h"
 #include "commands/statistics.h"
@@ -35,6 +36,8 @@ struct Options {
 
 constexpr int kStates = 48;
 constexpr int kYears = 81;
+constexpr std::pair<const char *, int> kExisting[] = {{"1800", 16}, {"1850", 31}, {"1912", 48}};
+constexpr std::pair<const char *, double> kMeans[] = {{"1929", 615.208}, {"1981", 10725.917}, {"2009", 37205.021}};
 
 class Demo {
 public:
@@ -53,10 +56,10 @@ public:
     bool run()
     {
         step("import", [this] { return import(); });
-        for (const auto &when : {qMakePair("1800", 16), qMakePair("1850", 31), qMakePair("1912", 48)})
-            step("exists", [&] { return exists(when.first, when.second); });
-        for (const auto &when : {qMakePair("1929", 615.208), qMakePair("1981", 10725.917), qMakePair("2009", 37205.021)})
-            step("statistics", [&] { return statistics(when.first, when.second); });
+        for (const auto &[year, count] : kExisting)
+            step("exists", [&, year = year, count = count] { return exists(year, count); });
+        for (const auto &[year, mean] : kMeans)
+            step("statistics", [&, year = year, mean = mean] { return statistics(year, mean); });
         step("classes", [this] { return classes("1929", {271, 401.5, 541.5, 713.5, 890, 1152}); });
         step("classes", [this] { return classes("2009", {29318, 32892.5, 35829.5, 39460, 45027.5, 52736}); });
         step("map", [this] { return map(); });

@@ -6,6 +6,7 @@
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
+#include "datainterface/MDataset.h"
 #include "failure.h"
 #include "model.h"
 #include "render/choropleth.h"

@@ -2,6 +2,7 @@
 #include "importer/geographyBuilder.h"
 #include <QFileInfo>
 #include <QRectF>
+#include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "failure.h"
 

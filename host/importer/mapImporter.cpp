@@ -2,6 +2,7 @@
 #include "importer/mapImporter.h"
 #include <algorithm>
 #include "failure.h"
+#include "hostController.h"
 #include "importer/datasetBuilder.h"
 #include "importer/geographyBuilder.h"
 #include "model.h"

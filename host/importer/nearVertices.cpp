@@ -34,9 +34,9 @@ std::vector<Vertex> distinctVertices(const QVector<ShapeParts> &shapes)
 bool hasNear(const std::vector<Vertex> &vertices, const Vertex &vertex, double distance)
 {
     for (qint64 cellX = vertex.cellX - 1; cellX <= vertex.cellX + 1; ++cellX) {
-        const auto from = std::lower_bound(vertices.begin(), vertices.end(), std::make_pair(cellX, vertex.cellY - 1),
-                                           [](const Vertex &v, const std::pair<qint64, qint64> &cell) {
-                                               return std::tie(v.cellX, v.cellY) < cell;
+        const auto from = std::lower_bound(vertices.begin(), vertices.end(), std::make_tuple(cellX, vertex.cellY - 1),
+                                           [](const Vertex &v, const std::tuple<qint64, qint64> &cell) {
+                                               return std::make_tuple(v.cellX, v.cellY) < cell;
                                            });
         for (auto it = from; it != vertices.end() && it->cellX == cellX && it->cellY <= vertex.cellY + 1; ++it) {
             const double gap = std::hypot(it->x - vertex.x, it->y - vertex.y);

@@ -145,6 +145,16 @@ Classified classifyTexts(const ValuesAt &values)
     return result;
 }
 
+QString methodText(const MapStyle &style)
+{
+    QString text = style.method == QLatin1String("equal") ? QStringLiteral(", equal intervals")
+        : style.method == QLatin1String("quantile")       ? QStringLiteral(", classes of equal size")
+                                                          : QStringLiteral(", natural breaks");
+    if (style.breaksOfAllTimes)
+        text += QStringLiteral(" of all times");
+    return text;
+}
+
 void addShapes(MapPicture &picture, const MVectorData &geography, const MapView &view, const QVector<int> &classes)
 {
     const Fennims &shapes = *geography.GetFennims();
@@ -185,9 +195,9 @@ MapPicture choropleth(const MapView &view, const MapStyle &style)
     if (picture.shapes.isEmpty())
         fail(QStringLiteral("no object of %1 exists at %2").arg(geographyName(id), axis.show(view.time)));
     picture.footnote = QStringLiteral("%1 %2 of %3%4")
-                           .arg(picture.shapes.size()).arg(QLatin1String(shapeName(VORN_GetGeographyProperties(id).type)))
-                           .arg(geographyName(id))
-                           .arg(values.numeric ? QString(QStringLiteral(", classes: ") + style.method) : QString());
+                           .arg(picture.shapes.size())
+                           .arg(QLatin1String(shapeName(VORN_GetGeographyProperties(id).type)), geographyName(id),
+                                values.numeric ? methodText(style) : QString());
     return picture;
 }
 

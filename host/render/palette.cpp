@@ -52,10 +52,10 @@ using Anchors = std::array<const char *, 4>;
 const QVector<QPair<QString, Anchors>> &palettes()
 {
     static const QVector<QPair<QString, Anchors>> list{
-        {QStringLiteral("lagoon"), {"#f4f7d5", "#9ed3b4", "#2f8fa8", "#173a6b"}},
-        {QStringLiteral("ember"), {"#fdf3d8", "#f5b971", "#d3572f", "#6e1423"}},
-        {QStringLiteral("heather"), {"#f5f0f4", "#cdb6d6", "#9166a8", "#431a60"}},
-        {QStringLiteral("slate"), {"#f2f4f5", "#b8c4cc", "#6d8291", "#22303c"}}};
+        {QStringLiteral("lagoon"), {"#ebf2c4", "#9ed3b4", "#2f8fa8", "#173a6b"}},
+        {QStringLiteral("ember"), {"#fbedc8", "#f5b971", "#d3572f", "#6e1423"}},
+        {QStringLiteral("heather"), {"#efe6ee", "#cdb6d6", "#9166a8", "#431a60"}},
+        {QStringLiteral("slate"), {"#e9edef", "#b8c4cc", "#6d8291", "#22303c"}}};
     return list;
 }
 

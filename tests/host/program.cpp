@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#include "program.h"
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QProcess>
+
+namespace {
+
+constexpr int kPatience = 120000; // milliseconds; an end to a hang, not a measure
+
+} // namespace
+
+QJsonObject Outcome::json() const
+{
+    return QJsonDocument::fromJson(out.toUtf8()).object();
+}
+
+Workplace::Workplace() : mRoot(mDirectory.path())
+{
+}
+
+Workplace::Workplace(const QString &folder) : mRoot(mDirectory.path() + QLatin1Char('/') + folder)
+{
+    QDir().mkpath(mRoot);
+}
+
+QString Workplace::file(const QString &name, const QByteArray &content) const
+{
+    QFile file(path(name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("cannot write %s", qPrintable(name));
+    return name;
+}
+
+QByteArray Workplace::bytes(const QString &name) const
+{
+    QFile file(path(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QStringList Workplace::files() const
+{
+    return QDir(mRoot).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+}
+
+Outcome Workplace::run(const QStringList &arguments) const
+{
+    return run(QStringLiteral(MERIDOR_PROGRAM), arguments);
+}
+
+Outcome Workplace::run(const QString &program, const QStringList &arguments) const
+{
+    QProcess process;
+    process.setWorkingDirectory(mRoot);
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    Outcome outcome;
+    if (!process.waitForFinished(kPatience)) {
+        process.kill();
+        process.waitForFinished();
+    } else if (process.exitStatus() == QProcess::NormalExit) {
+        outcome.code = process.exitCode();
+    }
+    outcome.out = QString::fromUtf8(process.readAllStandardOutput());
+    outcome.err = QString::fromUtf8(process.readAllStandardError());
+    return outcome;
+}
+
+QByteArray squares()
+{
+    const auto square = [](const char *key, int left) {
+        const QByteArray x = QByteArray::number(left);
+        const QByteArray r = QByteArray::number(left + 1);
+        return QByteArray("{\"type\":\"Feature\",\"properties\":{\"id\":\"") + key
+            + "\"},\"geometry\":{\"type\":\"Polygon\",\"coordinates\":[[[" + x + ",0],[" + r + ",0],[" + r + ",1],[" + x
+            + ",1],[" + x + ",0]]]}}";
+    };
+    return "{\"type\":\"FeatureCollection\",\"features\":[" + square("a", 0) + "," + square("b", 1) + ","
+        + square("c", 5) + "]}";
+}

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+/// Runs the built program in a directory of its own and keeps what it said.
+#pragma once
+#include <QByteArray>
+#include <QJsonObject>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+struct Outcome {
+    int code = -1; ///< exit code; -1 when it crashed or never ended
+    QString out;
+    QString err;
+    /// The result as JSON; an empty object when it does not parse.
+    QJsonObject json() const;
+};
+
+class Workplace {
+public:
+    Workplace();
+    /// With a name under the temporary directory, such as one with blanks.
+    explicit Workplace(const QString &folder);
+    QString path(const QString &name) const { return mRoot + QLatin1Char('/') + name; }
+    /// Writes a file and gives its name, relative to the workplace.
+    QString file(const QString &name, const QByteArray &content) const;
+    QByteArray bytes(const QString &name) const;
+    QStringList files() const;
+    Outcome run(const QStringList &arguments) const;
+    Outcome run(const QString &program, const QStringList &arguments) const;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+
+private:
+    QTemporaryDir mDirectory;
+    QString mRoot;
+};
+
+/// Two squares side by side, keys "a" and "b", and a third one, "c", apart.
+QByteArray squares();
