@@ -1,0 +1,313 @@
+// SPDX-License-Identifier: MIT
+#include <QSignalSpy>
+#include <QtTest>
+#include "Common/detail/streams.h"
+#include "datainterface/DatasetProps.h"
+#include "datainterface/MVectorDataSource.h"
+#include "datainterface/VersionAPI.h"
+#include "datasetFixture.h"
+#include "support/support.h"
+
+using datainterface::BytesReader;
+using datainterface::BytesWriter;
+
+namespace {
+
+QStringList levels(const MDataset &dataset)
+{
+    QStringList texts;
+    for (const MDataset::pathLevel &level : dataset.GetHierarchyPath())
+        texts.append(level.name.isNull() ? "#" + QString::number(level.id) : level.name);
+    return texts;
+}
+
+QByteArray saved(MDataset &dataset)
+{
+    QByteArray bytes;
+    BytesWriter writer(&bytes);
+    dataset.SaveToStream(writer);
+    return bytes;
+}
+
+/// As a data source reads: the kind, then the rest.
+bool restore(const QByteArray &bytes, MDataset &dataset)
+{
+    BytesReader reader(bytes);
+    qint32 kind = 0;
+    reader >> kind;
+    return dataset.RestoreFromStream(reader);
+}
+
+VariogramModel modelOf(int dataset, const char *name)
+{
+    VariogramModel model{DataId(dataset)};
+    model.name = name;
+    return model;
+}
+
+/// A dataset with something in every field. Its tags are cleared of the day's date.
+void fill(LoneDataset &dataset)
+{
+    dataset.SetMetaData(MMetaData());
+    dataset.SetDisplayName("rain");
+    dataset.AddTimeSliceValues(0, stamp("[0, 4)"), QVector<double>{1.5, 1.5, -2.0}, {}, true, true);
+    dataset.AddTimeSliceValues(1, stamp("[2, 3]"), QVector<double>{1.5, 0.0, 0.0}, {1, 2}, true, true);
+    VariogramModel model = modelOf(7, "m");
+    dataset.AddVariogramModel(model, true);
+    double stdDev = 0.0;
+    dataset.GetStdDev(0, 1, stdDev);
+    DataSetStats stats;
+    dataset.GetGlobalDataSetStats(1, stats);
+}
+
+class Version {
+public:
+    explicit Version(int version) : mOld(dataInterfaceVersionLoading) { dataInterfaceVersionLoading = version; }
+    ~Version() { dataInterfaceVersionLoading = mOld; }
+
+private:
+    const int mOld;
+};
+
+} // namespace
+
+class TestMDataset : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void parsesPaths_data();
+    void parsesPaths();
+    void anEmptyNameHasNoText();
+    void tagsAppendToTextAlone();
+    void modelsComeAndGoWithSignals();
+    void aMovedModelGetsANewIdElsewhere();
+    void addingValuesRemovesModels();
+    void streamHoldsTheStatedFields();
+    void streamsSurviveARoundTrip();
+    void cutStreamsAreRefused();
+    void typeCodesFollowTheVersion_data();
+    void typeCodesFollowTheVersion();
+    void badFieldsAreRefused_data();
+    void badFieldsAreRefused();
+
+private:
+    BlockStore mStore;
+};
+
+void TestMDataset::parsesPaths_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("empty") << "" << QStringList() << "";
+    QTest::newRow("slash") << "/" << QStringList() << "";
+    QTest::newRow("names") << "/a/b" << QStringList{"a", "b"} << "/a/b";
+    QTest::newRow("no leading slash") << "a/b/" << QStringList{"a", "b"} << "/a/b";
+    QTest::newRow("slash in a name") << "/a//b/<7>" << QStringList{"a/b", "#7"} << "/a/b/<7>";
+    QTest::newRow("numbers") << "/<1>/<-2>" << QStringList{"#1", "#-2"} << "/<1>/<-2>";
+    QTest::newRow("no number in it") << "/<x>/a" << QStringList{"#0", "a"} << "/<0>/a";
+    QTest::newRow("unclosed") << "/a/<" << QStringList{"a"} << "/a";
+    QTest::newRow("text behind a number") << "/<7>a/b" << QStringList{"#7"} << "/<7>";
+    QTest::newRow("grows") << "/<<a" << QStringList{"<<a"} << "/<<<a";
+}
+
+void TestMDataset::parsesPaths()
+{
+    QFETCH(QString, path);
+    QFETCH(QStringList, expected);
+    QFETCH(QString, text);
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 1);
+    dataset.SetHierarchyPath(path);
+    QCOMPARE(levels(dataset), expected);
+    QCOMPARE(dataset.GetHierarchyPathAsString(), text);
+}
+
+void TestMDataset::anEmptyNameHasNoText()
+{
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 1);
+    dataset.SetHierarchyPath(QList<MDataset::pathLevel>{{QString(""), 3}});
+    QCOMPARE(raisedText([&] { dataset.GetHierarchyPathAsString(); }), QString("Dataset path is empty"));
+}
+
+void TestMDataset::tagsAppendToTextAlone()
+{
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 1);
+    dataset.AddToLongDescription("a");
+    dataset.AddToLongDescription("b");
+    QCOMPARE(dataset.GetLongDescription(), QString("ab"));
+    MMetaData tags;
+    tags.setTag("n", 4);
+    QVERIFY(!tags.addTextToTag("n", "x"));
+    QCOMPARE(tags["n"], QVariant(4));
+    QVERIFY(!tags["absent"].isValid());
+    QVERIFY(!tags.tagExists("absent"));
+}
+
+void TestMDataset::modelsComeAndGoWithSignals()
+{
+    MVectorDataSource source(QString(), 1, 7);
+    auto *dataset = new MVectorDataset(&source, MVectorDataset::TimeSlice, 7, DecimalType, "d", "/", 1, 1);
+    const std::unique_ptr<QObject> owner(dataset);
+    QSignalSpy added(&source, SIGNAL(VariogramModelAddedSignal(DataId, qint32)));
+    QSignalSpy removed(&source, SIGNAL(VariogramModelRemovedSignal(DataId, qint32)));
+    VariogramModel foreign = modelOf(8, "x");
+    QVERIFY(!dataset->AddVariogramModel(foreign, true));
+    VariogramModel model = modelOf(7, "m");
+    QVERIFY(dataset->AddVariogramModel(model, true));
+    QCOMPARE(model.id, 0); // the refused one took no id
+    QVERIFY(dataset->DuplicateVariogramModel(0));
+    QCOMPARE(dataset->GetVariogramModelNames(), (QList<QString>{"m", "m copy"}));
+    QVERIFY(!dataset->RemoveVariogramModel(5));
+    dataset->RemoveAllVariogramModels();
+    QCOMPARE(added.count(), 2);
+    QCOMPARE(removed.count(), 2);
+    QVERIFY(dataset->GetVariogramModelIds().isEmpty());
+}
+
+void TestMDataset::aMovedModelGetsANewIdElsewhere()
+{
+    MVectorDataSource source(QString(), 1, 0);
+    const int a = source.NewVectorDataset("a", DecimalType, MVectorDataset::TimeSlice, 1, "/");
+    const int b = source.NewVectorDataset("b", DecimalType, MVectorDataset::TimeSlice, 1, "/");
+    VariogramModel first = modelOf(a, "m");
+    VariogramModel second = modelOf(a, "n");
+    source.GetDataset(a)->AddVariogramModel(first, true);
+    source.GetDataset(a)->AddVariogramModel(second, true);
+    second.dataset = DataId(b);
+    QVERIFY(source.GetDataset(a)->ReplaceVariogramModel(&source, second));
+    QCOMPARE(source.GetDataset(a)->GetVariogramModelIds(), QList<int>{0});
+    QCOMPARE(source.GetDataset(b)->GetVariogramModelIds(), QList<int>{0});
+    first.dataset = DataId(99);
+    QCOMPARE(raisedText([&] { source.GetDataset(a)->ReplaceVariogramModel(&source, first); }), QString("dataset"));
+}
+
+void TestMDataset::addingValuesRemovesModels()
+{
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 1);
+    const auto hasModelAfter = [&dataset](auto change) {
+        VariogramModel model = modelOf(7, "m");
+        dataset.AddVariogramModel(model, true);
+        change();
+        return !dataset.GetVariogramModelIds().isEmpty();
+    };
+    const TimeStamp t = stamp("[0, 1]");
+    QVERIFY(!hasModelAfter([&] { dataset.AddTimeSliceValues(0, t, QVector<int>{1}, {}, true, true); }));
+    QVERIFY(!hasModelAfter([&] { dataset.AddTimeSliceValues(0, t, QVector<int>{1}, {}, false, true); })); // unchanged
+    QVERIFY(hasModelAfter([&] { dataset.AddTimeSliceValue(0, 0, t, MDatum(2), true, true); }));
+    QVERIFY(!hasModelAfter([&] { dataset.SetMissing(0, 0, t); }));
+    QVERIFY(!hasModelAfter([&] { dataset.Resize(2); }));
+}
+
+void TestMDataset::streamHoldsTheStatedFields()
+{
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
+    dataset.SetMetaData(MMetaData());
+    dataset.SetMetaData("k", 5);
+    dataset.AddTimeSliceValues(0, stamp("[1, 2)"), QVector<int>{3, 4}, {}, true, true);
+    const int block = dataset.GetTimeSliceIntegerData(0)->first()->BlockId();
+    const QByteArray empty = "00000000";
+    const QByteArray stampBytes = "0000000000000001" "0000000000000002" "00000001" "00000000";
+    const QByteArray noDatum = "00000003" "00" "0000000000000000" "0000000000000000" "ffffffff";
+    const QByteArray noStats = "0000000000000000" "0000000000000000" + noDatum + noDatum + "0000";
+    const QByteArray expected = "00000001" "00000007" "00000002" "00"
+        "00000001" "00000002006b" "00000002" "00" "00000005" // metadata
+        + stampBytes
+        + "00000001" "00000008" "0068006500720065" "00000000" // path
+        "00000001"                                            // realizations
+        "00000001" + empty + noStats                          // statistics
+        + empty + empty                                       // models
+        + "00000001" "00000002"                               // storage, objects
+        "0000001c" "00000002" "00000004" "00000001" "00000003" "00000001" + empty + empty // frequencies
+        + "00000001" "00000000" "00000034"                    // one realization
+        "00000001" + stampBytes + QByteArray::number(block, 16).rightJustified(8, '0')
+        + empty + empty + empty + empty + empty;
+    QCOMPARE(saved(dataset).toHex(), expected);
+}
+
+void TestMDataset::streamsSurviveARoundTrip()
+{
+    LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, 3, 2);
+    fill(dataset);
+    const QByteArray bytes = saved(dataset);
+    LoneDataset copy;
+    copy.SetMetaData(MMetaData());
+    QVERIFY(restore(bytes, copy));
+    QCOMPARE(saved(copy), bytes);
+    QCOMPARE(copy.GetValue(2, 3, 0), MDatum(-2.0));
+    QVERIFY(copy.IsMissing(1, 1, 2));
+    QCOMPARE(copy.GetProperties(nullptr).variogramProps.size(), 1);
+    double stdDev = 0.0;
+    QVERIFY(copy.GetStdDev(0, 1, stdDev));
+}
+
+// The copies name the same blocks and give them back, so that each cut begins with a dataset of its own.
+void TestMDataset::cutStreamsAreRefused()
+{
+    QByteArray bytes;
+    {
+        LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, 3, 2);
+        fill(dataset);
+        bytes = saved(dataset);
+    }
+    for (int size = 4; size < bytes.size(); ++size) {
+        LoneDataset copy;
+        bool isRestored = false;
+        const QString raised = raisedText([&] { isRestored = restore(bytes.left(size), copy); });
+        QVERIFY2(!isRestored, QByteArray::number(size));
+        QVERIFY2(raised.isNull() || raised == "Realization reserialization error", qPrintable(raised));
+    }
+}
+
+void TestMDataset::typeCodesFollowTheVersion_data()
+{
+    QTest::addColumn<int>("version");
+    QTest::addColumn<int>("written");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("old raster code") << 306013 << 16 << 0x100;
+    QTest::newRow("new raster code") << 306014 << 16 << 16;
+    QTest::newRow("old colour code") << 201001 << 128 << 0x1000;
+    QTest::newRow("text") << 201001 << 4 << 4;
+}
+
+void TestMDataset::typeCodesFollowTheVersion()
+{
+    QFETCH(int, version);
+    QFETCH(int, written);
+    QFETCH(int, expected);
+    LoneDataset dataset(static_cast<DataType>(written), MVectorDataset::TimeSlice, 1);
+    const QByteArray bytes = saved(dataset);
+    const Version loading(version);
+    LoneDataset copy;
+    QCOMPARE(restore(bytes, copy), expected == 4); // vectors know no raster codes
+    QCOMPARE(static_cast<int>(copy.GetDataType()), expected);
+}
+
+void TestMDataset::badFieldsAreRefused_data()
+{
+    QTest::addColumn<int>("offset"); // from the end of the base's part
+    QTest::addColumn<int>("value");
+    QTest::newRow("storage type") << 0 << 2;
+    QTest::newRow("object count") << 4 << -1;
+    QTest::newRow("length of the frequencies") << 8 << 0x7FFFFFFF;
+    QTest::newRow("keys") << 12 << 0x7FFFFFFF;
+    QTest::newRow("negative keys") << 12 << -5;
+}
+
+void TestMDataset::badFieldsAreRefused()
+{
+    QFETCH(int, offset);
+    QFETCH(int, value);
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
+    dataset.SetMetaData(MMetaData());
+    QByteArray base;
+    BytesWriter writer(&base);
+    dataset.MDataset::SaveToStream(writer);
+    QByteArray bytes = saved(dataset);
+    qToBigEndian(value, bytes.data() + base.size() + offset);
+    LoneDataset copy;
+    bool isRestored = false;
+    raisedText([&] { isRestored = restore(bytes, copy); });
+    QVERIFY(!isRestored);
+}
+
+QTEST_GUILESS_MAIN(TestMDataset)
+#include "tst_MDataset.moc"

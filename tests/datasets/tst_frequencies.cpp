@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: MIT
+// Counts, statistics and classes.
+#include <QtTest>
+#include <random>
+#include "datasetFixture.h"
+#include "datasets/frequencyTally.h"
+#include "support/support.h"
+
+using namespace datainterface;
+
+class TestFrequencies : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void talliesCountAsOneByOne_data();
+    void talliesCountAsOneByOne();
+    void aFullTableTakesNothing();
+    void nansAreOneKeyBehindAllNumbers();
+    void uniqueValuesNameObjects();
+    void statisticsOfATime();
+    void statisticsFollowBulkChanges();
+    void widthsHoldTheExtremes();
+    void classes_data();
+    void classes();
+    void normalScoresAreTold();
+
+private:
+    template <class T> void compareTally(int keys, int count, bool up);
+
+    BlockStore mStore;
+};
+
+void TestFrequencies::talliesCountAsOneByOne_data()
+{
+    QTest::addColumn<int>("keys");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<bool>("up");
+    QTest::newRow("few") << 10 << 30 << true;
+    QTest::newRow("many") << 300 << 20000 << true;
+    QTest::newRow("over the limit") << 9000 << 30000 << true;
+    QTest::newRow("down") << 300 << 2000 << false;
+    QTest::newRow("few down") << 4000 << 100 << false;
+}
+
+template <class T> void TestFrequencies::compareTally(int keys, int count, bool up)
+{
+    std::mt19937 engine(static_cast<unsigned>(keys + count));
+    FrequencyTable<T> table;
+    const auto draw = [&] {
+        const int n = static_cast<int>(engine() % static_cast<unsigned>(keys)) - keys / 2;
+        if constexpr (std::is_same_v<T, double>)
+            return n == 3 ? qQNaN() : n == 4 ? -0.0 : n == 5 ? 0.0 : n == 6 ? -qInf() : n / 8.0;
+        else
+            return n;
+    };
+    for (int i = 0; i < keys / 2; ++i)
+        countUp<T>(table, draw());
+    if (!up)
+        table[T(keys)] = 0; // a key may stand with no count, and be counted below it
+    FrequencyTable<T> expected = table;
+    FrequencyTally<T> tally(table, count, up ? FrequencyTally<T>::Up : FrequencyTally<T>::Down);
+    for (int i = 0; i < count; ++i) {
+        const T value = i == 7 ? T(keys) : draw();
+        tally.count(value);
+        up ? void(countUp<T>(expected, value)) : countDown<T>(expected, value);
+    }
+    tally.finish();
+    QCOMPARE(table.size(), expected.size());
+    QVERIFY(table == expected);
+}
+
+void TestFrequencies::talliesCountAsOneByOne()
+{
+    QFETCH(int, keys);
+    QFETCH(int, count);
+    QFETCH(bool, up);
+    compareTally<int>(keys, count, up);
+    compareTally<double>(keys, count, up);
+}
+
+void TestFrequencies::aFullTableTakesNothing()
+{
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 1);
+    bool capped = false;
+    for (int i = 0; i < 5000; ++i)
+        QVERIFY(dataset.UpdateFrequencies(i, true));
+    QCOMPARE(dataset.UniqueValueCount(&capped), 5000);
+    QVERIFY(capped);
+    QVERIFY(dataset.UpdateFrequencies(5000, true));
+    QCOMPARE(dataset.UniqueValueCount(&capped), 5001);
+    QVERIFY(!capped);
+    QVERIFY(!dataset.UpdateFrequencies(6000, true));
+    QVERIFY(!dataset.UpdateFrequencies(3, true));
+    QCOMPARE(dataset.GetDatumFrequency(MDatum(3)), 1);
+    QVERIFY(dataset.UpdateFrequencies(3, false));
+    QCOMPARE(dataset.GetDatumFrequency(MDatum(3)), 0);
+    QCOMPARE(dataset.UniqueValueCount(nullptr), 5000);
+}
+
+void TestFrequencies::nansAreOneKeyBehindAllNumbers()
+{
+    LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, 1);
+    for (const double value : {qQNaN(), 2.0, -qQNaN(), -1.0, qInf(), 2.0})
+        dataset.UpdateFrequencies(value, true);
+    const auto &table = *dataset.GetDoubleFrequencies();
+    QCOMPARE(table.values(), (QList<int>{1, 2, 1, 2}));
+    QVERIFY(qIsNaN(table.lastKey()));
+    QCOMPARE(dataset.GetDatumFrequency(MDatum(qQNaN())), 2);
+    QCOMPARE(dataset.GetDataFrequencies().size(), 4);
+    QVERIFY(dataset.IsValid());
+    dataset.UpdateFrequencies(2.0, false);
+    dataset.UpdateFrequencies(2.0, false);
+    dataset.UpdateFrequencies(-1.0, false);
+    QVERIFY(!dataset.IsValid());
+}
+
+void TestFrequencies::uniqueValuesNameObjects()
+{
+    LoneDataset slices(StringType, MVectorDataset::TimeSlice, 2);
+    slices.AddTimeSliceValues(0, stamp("(3, 4]"), QVector<QString>{"a", "b"}, {}, true, true);
+    bool capped = true;
+    QVERIFY(slices.AllUniqueValues(0, &capped));
+    QVERIFY(!capped);
+    QCOMPARE(raisedText([&] { slices.AllUniqueValues(3, nullptr); }), QString("ts.size()"));
+    slices.AddTimeSliceValues(0, stamp("[8, 9]"), QVector<QString>{"b", "a"}, {}, true, true);
+    QVERIFY(!slices.AllUniqueValues(0, nullptr));
+    LoneDataset series(IntegerType, MVectorDataset::TimeSeries, 2);
+    series.AddTimeSeriesValue(0, 0, stamp("[0, 1]"), MDatum(1), true, true);
+    series.AddTimeSeriesValue(0, 0, stamp("[2, 3]"), MDatum(2), true, true);
+    QVERIFY(!series.AllUniqueValues(0, nullptr));
+}
+
+void TestFrequencies::statisticsOfATime()
+{
+    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 4);
+    dataset.AddTimeSliceValues(0, stamp("[0, 5]"), QVector<int>{1, 2, 3, 99}, {3}, true, true);
+    double stdDev = 0.0;
+    QVERIFY(dataset.GetStdDev(0, 2, stdDev));
+    QCOMPARE(stdDev, std::sqrt(2.0 / 3.0));
+    DataSetStats stats;
+    QVERIFY(dataset.GetDataSetStats(0, 2, stats));
+    QVERIFY(stats.meanValid && stats.stdDevValid);
+    QCOMPARE(stats.mean, 2.0);
+    QCOMPARE(stats.minimum, MDatum(1));
+    QCOMPARE(stats.maximum, MDatum(3));
+    QVERIFY(!dataset.GetDataSetStats(0, 9, stats));
+    QVERIFY(!dataset.GetDataSetStats(1, 2, stats));
+    QVERIFY(!dataset.GetStdDev(-1, 2, stdDev));
+    dataset.SetMissing(0, 0, stamp("[0, 5]"));
+    QVERIFY(dataset.GetDataSetStats(0, 2, stats));
+    QCOMPARE(stats.mean, 2.0); // kept until it is asked to be renewed
+    QVERIFY(dataset.CalcMinMaxMean(0, 2));
+    QVERIFY(dataset.GetDataSetStats(0, 2, stats));
+    QCOMPARE(stats.mean, 2.5);
+    LoneDataset texts(StringType, MVectorDataset::TimeSlice, 1);
+    QCOMPARE(raisedText([&] { texts.CalcMinMaxMean(0); }), QString("Invalid data type"));
+}
+
+void TestFrequencies::statisticsFollowBulkChanges()
+{
+    LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, 2);
+    DataSetStats stats;
+    QVERIFY(!dataset.GetGlobalDataSetStats(0, stats));
+    dataset.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{1, 3}, {}, true, true);
+    QVERIFY(dataset.GetGlobalDataSetStats(0, stats));
+    QCOMPARE(stats.mean, 2.0);
+    dataset.AddTimeSliceValue(0, 0, stamp("[0, 1]"), MDatum(7.0), true, true);
+    QVERIFY(dataset.GetGlobalDataSetStats(0, stats));
+    QCOMPARE(stats.mean, 2.0); // single cells do not announce themselves
+    dataset.AddTimeSliceValues(0, stamp("[2, 3]"), QVector<double>{5, 5}, {}, true, true);
+    QVERIFY(dataset.GetGlobalDataSetStats(0, stats));
+    QCOMPARE(stats.mean, 5.0);
+    QCOMPARE(stats.maximum, MDatum(7.0));
+}
+
+void TestFrequencies::widthsHoldTheExtremes()
+{
+    int width = 0;
+    int decimals = 0;
+    LoneDataset decimal(DecimalType, MVectorDataset::TimeSlice, 2);
+    decimal.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{-1234.1, 1.0 / 3}, {}, true, true);
+    decimal.GetDataWidths(width, decimals);
+    for (const double value : {-1234.1, 1.0 / 3})
+        QVERIFY(QString::number(value, 'f', decimals).size() <= width);
+    QCOMPARE(QString::number(-1234.1, 'f', decimals).toDouble(), -1234.1);
+    LoneDataset integer(IntegerType, MVectorDataset::TimeSlice, 2);
+    integer.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<int>{-123, 7}, {}, true, true);
+    integer.GetDataWidths(width, decimals);
+    QCOMPARE(width, 4);
+    QCOMPARE(decimals, 0);
+    LoneDataset text(StringType, MVectorDataset::TimeSlice, 2);
+    text.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<QString>{"ab", "abcde"}, {}, true, true);
+    text.GetDataWidths(width, decimals);
+    QCOMPARE(width, 5);
+    LoneDataset none(IntegerType, MVectorDataset::TimeSlice, 2, 0);
+    QCOMPARE(raisedText([&] { none.GetDataWidths(width, decimals); }), QString("Data stats not found"));
+}
+
+void TestFrequencies::classes_data()
+{
+    QTest::addColumn<QVector<double>>("values");
+    QTest::addColumn<int>("classification");
+    QTest::addColumn<int>("breakCount");
+    QTest::addColumn<QList<double>>("expected");
+    QTest::newRow("equal") << QVector<double>{0, 3, 8} << 0 << 4 << QList<double>{0, 2, 4, 8};
+    QTest::newRow("equal, nothing") << QVector<double>{} << 0 << 1 << QList<double>{0};
+    QTest::newRow("equal, one break") << QVector<double>{2, 5} << 0 << 1 << QList<double>{5};
+    QTest::newRow("quantiles") << QVector<double>{1, 1, 1, 1, 2} << 1 << 3 << QList<double>{1, 1, 2};
+    QTest::newRow("natural") << QVector<double>{1, 1, 1, 9} << 2 << 3 << QList<double>{1, 5, 9};
+    QTest::newRow("without what is no number")
+        << QVector<double>{1, 1, 1, 9, qQNaN(), qInf()} << 2 << 3 << QList<double>{1, 5, 9};
+}
+
+void TestFrequencies::classes()
+{
+    QFETCH(QVector<double>, values);
+    QFETCH(int, classification);
+    QFETCH(int, breakCount);
+    QFETCH(QList<double>, expected);
+    LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, 1);
+    for (const double value : values)
+        dataset.UpdateFrequencies(value, true);
+    const auto type = static_cast<MDataset::ClassificationType>(classification);
+    QCOMPARE(dataset.GetIntervalBreaks(0, breakCount, type, false), expected);
+    QCOMPARE(raisedText([&] { dataset.GetIntervalBreaks(0, 3, static_cast<MDataset::ClassificationType>(3), false); }),
+             QString("Invalid data type"));
+    LoneDataset texts(StringType, MVectorDataset::TimeSlice, 1);
+    QCOMPARE(raisedText([&] { texts.GetIntervalBreaks(0, 3, type, false); }), QString("Invalid data type"));
+}
+
+void TestFrequencies::normalScoresAreTold()
+{
+    // Quantiles of the normal distribution at 1/6, 1/2 and 5/6.
+    const double outer = 0.967421566101701;
+    const auto isNormal = [](const QVector<double> &values) {
+        LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, values.size());
+        dataset.AddTimeSliceValues(0, stamp("[0, 1]"), values, {}, true, true);
+        return dataset.IsNormalScoreDataset(0, 0);
+    };
+    QVERIFY(isNormal({outer, 0.0, -outer}));
+    QVERIFY(!isNormal({outer, 0.1, -outer - 0.1}));
+    QVERIFY(!isNormal({outer, 0.5, -outer}));
+    QVERIFY(!LoneDataset(IntegerType, MVectorDataset::TimeSlice, 1).IsNormalScoreDataset(0, 0));
+    QVERIFY(!LoneDataset(DecimalType, MVectorDataset::TimeSlice, 1).IsNormalScoreDataset(0, 0));
+}
+
+QTEST_GUILESS_MAIN(TestFrequencies)
+#include "tst_frequencies.moc"
