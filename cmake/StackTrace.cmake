@@ -17,4 +17,6 @@ unset(CMAKE_REQUIRED_LINK_OPTIONS)
 if(DATAINTERFACE_HAVE_LIBBACKTRACE)
     target_compile_definitions(StackTrace INTERFACE DATAINTERFACE_HAVE_LIBBACKTRACE)
     target_link_libraries(StackTrace INTERFACE backtrace)
+    # Its names stay inside: a host may bring another version.
+    target_link_options(StackTrace INTERFACE LINKER:--exclude-libs,libbacktrace.a)
 endif()

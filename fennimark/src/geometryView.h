@@ -20,7 +20,8 @@ struct RunBox {
 quint32 runBoxCount(quint32 vertexCount);
 void buildRunBoxes(const GeometryView &view, ObjectKind kind, RunBox *boxes);
 
-/// The hull of the vertices: a zero rectangle when there are none or one is not finite (`finite` is then false).
+/// The hull of the vertices: a zero rectangle when there are none or one is not finite or
+/// beyond 1e37 (`finite` is then false).
 Rect2D vertexBounds(const QPointF *vertices, quint32 count, bool *finite = nullptr);
 
 /// Contact of two boundaries: none, at a place, along a piece longer than four times the slack.
@@ -37,6 +38,7 @@ struct ObjectAccess {
     /// Live objects on vertices that outlive them. The caller's.
     static std::unique_ptr<FMLine> makeLine(const GeometryView &view);
     static std::unique_ptr<FMPolygon> makePolygon(const GeometryView &view, Simplicity simplicity);
+    static std::unique_ptr<FMPolygon> makePolygon(std::unique_ptr<ObjectBacking> backing, Simplicity simplicity);
 
     static ObjectKind kind(const FMObject &object) { return object.mKind; }
     /// The raw vertices of a line or polygon, run boxes as far as they were made. Empty for a point.

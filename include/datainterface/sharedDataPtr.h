@@ -13,7 +13,8 @@ template <class T> class sharedDataPtr {
 
 public:
     sharedDataPtr() = default;
-    /// `count` elements, contents undefined, aligned to 16 bytes whatever `align` up to that says. 0: empty.
+    /// `count` elements, contents undefined, aligned to at least 16 bytes whatever `align` says, large ones to a cache
+    /// line. 0: empty.
     sharedDataPtr(int count, int align) : mBlock(allocate(count, align)) {}
     sharedDataPtr(int count, const T &fill, int align) : sharedDataPtr(count, align)
     {
@@ -65,23 +66,31 @@ public:
 
 private:
     static constexpr int kAlignment = 16;
+    static constexpr int kCacheLine = 64;
+    static constexpr std::size_t kLarge = 1024; ///< bytes from which a cache line pays for the slower allocation
     static constexpr int kForeign = -1;
 
-    struct alignas(kAlignment) Block {
+    struct alignas(16) Block {
         T *data;
         int count;
         int references;
         int alignment; ///< kForeign: `data` is an array of its own and goes with delete[]
     };
 
+    static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= kAlignment, "plain new aligns small arrays");
+
     // The header and the elements behind it come from one allocation.
     static Block *allocate(int count, int align)
     {
         if (count <= 0)
             return nullptr;
-        const std::size_t bytes = sizeof(Block) + static_cast<std::size_t>(count) * sizeof(T);
-        auto *block = static_cast<Block *>(::operator new(bytes, std::align_val_t(kAlignment)));
-        return new (block) Block{reinterpret_cast<T *>(block + 1), count, 1, std::max(align, kAlignment)};
+        const std::size_t bytes = static_cast<std::size_t>(count) * sizeof(T);
+        const bool isLarge = bytes >= kLarge || align > kAlignment;
+        const std::size_t header = isLarge ? kCacheLine : sizeof(Block);
+        void *memory = isLarge ? ::operator new(header + bytes, std::align_val_t(kCacheLine))
+                               : ::operator new(header + bytes);
+        T *data = reinterpret_cast<T *>(static_cast<char *>(memory) + header);
+        return new (memory) Block{data, count, 1, isLarge ? kCacheLine : kAlignment};
     }
     static void release(Block *block)
     {
@@ -90,8 +99,10 @@ private:
         if (block->alignment == kForeign) {
             delete[] block->data;
             delete block;
+        } else if (block->alignment == kCacheLine) {
+            ::operator delete(block, std::align_val_t(kCacheLine));
         } else {
-            ::operator delete(block, std::align_val_t(kAlignment));
+            ::operator delete(block);
         }
     }
     void clone()

@@ -86,15 +86,17 @@ bool VORN_GetCumBinomialP(int n, int k, double p, double &result)
         result = 1.0;
         return true;
     }
-    return incompleteBeta(k, n - k + 1.0, p, result);
+    return incompleteBeta(k, n - k + 1.0, p, 1.0 - p, result);
 }
 
 bool VORN_GetTDistP(double t, int df, double &p)
 {
     if (df < 1 || !std::isfinite(t))
         return false;
+    const double square = t * t;
+    const double inside = std::isfinite(square) ? square / (square + df) : 1.0;
     double outside = 0.0;
-    if (!incompleteBeta(0.5 * df, 0.5, df / (t * t + df), outside))
+    if (!incompleteBeta(0.5 * df, 0.5, df / (square + df), inside, outside))
         return false;
     p = 1.0 - outside;
     return true;
@@ -104,7 +106,9 @@ bool VORN_GetFDistP(double f, int df1, int df2, double &p)
 {
     if (df1 < 1 || df2 < 1 || !(f >= 0.0) || !std::isfinite(f))
         return false;
-    return incompleteBeta(0.5 * df2, 0.5 * df1, df2 / (df1 * f + df2), p);
+    const double scaled = df1 * f;
+    const double below = std::isfinite(scaled) ? scaled / (scaled + df2) : 1.0;
+    return incompleteBeta(0.5 * df2, 0.5 * df1, df2 / (scaled + df2), below, p);
 }
 
 bool VORN_GetChiDistP(double x, int df, bool lowerTail, double &p)

@@ -2,6 +2,7 @@
 // Continued fractions are evaluated by Lentz's method as modified by I. J. Thompson and A. R. Barnett, J. Comput. Phys. 64
 // (1986) 490-509.
 #include "numerics/distributions.h"
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -15,6 +16,26 @@ constexpr int kMaxRounds = 5000;
 double awayFromZero(double value)
 {
     return std::fabs(value) < kFloor ? kFloor : value;
+}
+
+constexpr double kLanczosShift = 5.5;
+
+double lanczosSeries(double x)
+{
+    constexpr double kCoefficients[] = {76.18009172947146,  -86.50532032941678,   24.01409824083091,
+                                        -1.231739572450155, 0.001208650973866179, -5.395239384953e-06};
+    double series = 1.000000000190015;
+    for (double coefficient : kCoefficients)
+        series += coefficient / ++x;
+    return series;
+}
+
+// lnGamma(a + b) - lnGamma(a) from the same series, with its large terms cancelled beforehand.
+double lnGammaStep(double a, double b)
+{
+    const double t = a + kLanczosShift;
+    return std::log(lanczosSeries(a + b) / lanczosSeries(a) * (a / (a + b))) - b + b * std::log(t + b)
+        + (a + 0.5) * std::log1p(b / t);
 }
 
 double gammaFront(double a, double x)
@@ -100,14 +121,8 @@ bool betaFraction(double a, double b, double x, double &result)
 
 double lnGamma(double x)
 {
-    constexpr double kCoefficients[] = {76.18009172947146,    -86.50532032941678,    24.01409824083091,
-                                        -1.231739572450155,   0.001208650973866179,  -5.395239384953e-06};
-    const double t = x + 5.5;
-    double series = 1.000000000190015;
-    double y = x;
-    for (double coefficient : kCoefficients)
-        series += coefficient / ++y;
-    return std::log(2.5066282746310007 * series / x) - (t - (x + 0.5) * std::log(t));
+    const double t = x + kLanczosShift;
+    return std::log(2.5066282746310007 * lanczosSeries(x) / x) - (t - (x + 0.5) * std::log(t));
 }
 
 bool incompleteGammaP(double a, double x, double &result)
@@ -120,17 +135,17 @@ bool incompleteGammaQ(double a, double x, double &result)
     return incompleteGamma(a, x, false, result);
 }
 
-bool incompleteBeta(double a, double b, double x, double &result)
+bool incompleteBeta(double a, double b, double x, double y, double &result)
 {
     if (!(a > 0.0) || !(b > 0.0) || !(x >= 0.0 && x <= 1.0) || !std::isfinite(a) || !std::isfinite(b))
         return false;
     const bool direct = x < (a + 1.0) / (a + b + 2.0);
     double value = 0.0;
-    if (x > 0.0 && x < 1.0) {
-        const double front = std::exp(lnGamma(a + b) - lnGamma(a) - lnGamma(b) + a * std::log(x)
-                                      + b * std::log(1.0 - x));
+    if (x > 0.0 && y > 0.0) {
+        const double front = std::exp(lnGammaStep(std::max(a, b), std::min(a, b)) - lnGamma(std::min(a, b))
+                                      + a * std::log(x) + b * std::log(y));
         double fraction = 0.0;
-        if (!(direct ? betaFraction(a, b, x, fraction) : betaFraction(b, a, 1.0 - x, fraction)))
+        if (!(direct ? betaFraction(a, b, x, fraction) : betaFraction(b, a, y, fraction)))
             return false;
         value = front * fraction / (direct ? a : b);
     }

@@ -14,7 +14,8 @@ bool incompleteGammaP(double a, double x, double &result);
 bool incompleteGammaQ(double a, double x, double &result);
 
 /// The regularized incomplete beta function I_x(a, b), a, b > 0, 0 <= x <= 1; false likewise.
-bool incompleteBeta(double a, double b, double x, double &result);
+/// @param y  1 - x, which the caller often knows without cancellation.
+bool incompleteBeta(double a, double b, double x, double y, double &result);
 
 /// The standard normal distribution function.
 bool normalP(double x, double &p);

@@ -142,6 +142,12 @@ void permutationIt::next()
 {
     if (mFinished)
         return;
+    if (mIndexCount == mN) { // all values are in use: the flags have nothing to say
+        mFinished = !std::next_permutation(mIndices, mIndices + mN);
+        if (mFinished)
+            std::prev_permutation(mIndices, mIndices + mN); // the last one stays
+        return;
+    }
     char *const used = mUsed.data();
     for (int i = mIndexCount - 1; i >= 0; --i) {
         int value = mIndices[i];

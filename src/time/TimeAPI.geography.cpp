@@ -3,18 +3,14 @@
 #include <cmath>
 #include <fennimark/Fennims.h>
 #include <limits>
-#include "datainterface/ControllerBase.h"
-#include "datainterface/MDataSource.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/TimeAPI.h"
-#include "frame/frameState.h"
+#include "frame/callFrame.h"
+
+using datainterface::onGeography;
+using datainterface::onSource;
 
 namespace {
-
-MGeoData *geography(int id)
-{
-    return datainterface::controller()->GetGeoData().value(id, nullptr);
-}
 
 bool staticRange(const MVectorData &vectors, qint64 t, timeRange &range)
 {
@@ -40,12 +36,9 @@ template <class Time> void narrow(Interval &interval, Time start, Time end, cons
 }
 
 // True as well for a geography whose objects cannot change.
-bool narrowByObjects(int geographyId, qint64 t, Interval &interval)
+bool narrowByObjects(const MGeoData &geography, qint64 t, Interval &interval)
 {
-    const MGeoData *any = geography(geographyId);
-    if (!any)
-        return false;
-    const auto *vectors = dynamic_cast<const MVectorData *>(any);
+    const auto *vectors = dynamic_cast<const MVectorData *>(&geography);
     if (!vectors)
         return true;
     timeRange range;
@@ -55,11 +48,10 @@ bool narrowByObjects(int geographyId, qint64 t, Interval &interval)
     return true;
 }
 
-bool narrowByValues(int dataId, qint64 t, Interval &interval)
+bool narrowByValues(const MDataSource &source, int dataId, qint64 t, Interval &interval)
 {
-    const MGeoData *owner = geography(dataId >> 16);
     TimeStamp stamp;
-    if (!owner || !owner->GetDataSource()->GetCommonTimeStamp(dataId, 0, t, stamp))
+    if (!source.GetCommonTimeStamp(dataId, 0, t, stamp))
         return false;
     narrow(interval, stamp.startTime, stamp.endTime, stamp);
     return true;
@@ -69,21 +61,20 @@ bool narrowByValues(int dataId, qint64 t, Interval &interval)
 
 bool VORN_GetTimeStepString(int geographyId, const TimeStep &step, QString &text)
 {
-    MGeoData *found = geography(geographyId);
-    if (found)
-        text = found->TimeStepToString(step);
-    return found != nullptr;
+    return onGeography(geographyId, false, [&](MGeoData &geography) {
+        text = geography.TimeStepToString(step);
+        return true;
+    });
 }
 
 bool VORN_GetStaticObjectInterval(int geographyId, qint64 t, Interval &interval)
 {
-    const auto *vectors = dynamic_cast<const MVectorData *>(geography(geographyId));
-    if (!vectors)
-        return false;
-    timeRange range;
-    const bool found = staticRange(*vectors, t, range);
-    interval = TimeStamp(range);
-    return found;
+    return onGeography<MVectorData>(geographyId, false, [&](const MVectorData &vectors) {
+        timeRange range;
+        const bool found = staticRange(vectors, t, range);
+        interval = TimeStamp(range);
+        return found;
+    });
 }
 
 bool VORN_GetNoChangeInterval(const QVector<int> &dataIds, qint64 t, Interval &interval)
@@ -92,10 +83,10 @@ bool VORN_GetNoChangeInterval(const QVector<int> &dataIds, qint64 t, Interval &i
     bool known = true;
     QSet<int> geographyIds;
     for (const int id : dataIds)
-        geographyIds.insert(id >> 16);
+        geographyIds.insert(datainterface::geographyIdOf(id));
     for (const int id : qAsConst(geographyIds))
-        known = narrowByObjects(id, t, interval) && known;
+        known = onGeography(id, false, [&](const MGeoData &g) { return narrowByObjects(g, t, interval); }) && known;
     for (const int id : dataIds)
-        known = narrowByValues(id, t, interval) && known;
+        known = onSource(id, false, [&](const MDataSource &s) { return narrowByValues(s, id, t, interval); }) && known;
     return known;
 }

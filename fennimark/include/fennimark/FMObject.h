@@ -37,7 +37,7 @@ using VertexTransform = void (*)(QPointF *vertices, int count, const FMProjectio
 
 /// Predicates are exact (no tolerance) on closed sets, boundary included. Distances and lengths are planar, in map
 /// units. An object is a view on vertices of the store that made it, or owns them; copies always own. Vertices that
-/// are not finite are kept, but the object is then an empty set.
+/// are not finite, or beyond 1e37, are kept, but the object is then an empty set.
 class FENNIMARK_EXPORT FMObject : public TreeObject {
 public:
     ~FMObject() override;
@@ -97,9 +97,9 @@ protected:
     explicit FMObject(fennimark::ObjectKind kind);
     FMObject(fennimark::ObjectKind kind, const fennimark::GeometryView &view, fennimark::Simplicity simplicity);
     FMObject(const FMObject &other);
-    FMObject &operator=(const FMObject &other);
+    FMObject &operator=(const FMObject &other) = delete;
 
-    /// Takes vertices over; `canonical` is told of rings that are known to be a valid multipolygon in canonical order.
+    /// Owns these vertices from now on instead of viewing others.
     void adopt(std::unique_ptr<fennimark::ObjectBacking> backing);
 
 private:

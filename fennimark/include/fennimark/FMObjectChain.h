@@ -24,8 +24,6 @@ public:
     QPair<timeRange, int> GetObservation(qint64 time) const;
 
 private:
-    friend class Fennims;
-    friend class VORNBuilder;
     friend class fennimark::ObservationSource;
     quint32 mFirst = 0; // position in the source's list; of a builder, the chain's number
     quint32 mCount = 0;

@@ -52,6 +52,7 @@ public:
     /// four times the slack. Vertices inside edges and crossing boundaries count; containment without contact does not.
     virtual bool BordersPolygon(const FMPolygon &other, bool queen) const;
 
+    bool GetCentroid(double &x, double &y) const override;
     bool ContainsPoint(double x, double y) const override;
     bool ContainsPoint(const QPointF &point) const;
     bool ContainsLine(const FMLine &line) const;

@@ -9,6 +9,7 @@
 
 namespace fennimark {
 class RecordStore;
+struct StoreAccess;
 }
 
 /// Record ids are 1 to the record count; they follow the curve, so near ids are near places. Owned by its Fennims.
@@ -31,6 +32,7 @@ public:
 private:
     friend class Fennims;
     friend class HilbertTreeRecord;
+    friend struct fennimark::StoreAccess;
     HilbertTree();
     Q_DISABLE_COPY(HilbertTree)
 

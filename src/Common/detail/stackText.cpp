@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Common/detail/stackText.h"
 #include <QtGlobal>
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -18,7 +19,7 @@ namespace datainterface {
 namespace {
 
 constexpr int kMaxFrames = 64;
-constexpr int kOwnFrames = 2; // stackText and its caller, which raises
+constexpr int kOwnFrames = 4; // the collector's, stackText's and its caller's
 constexpr size_t kMaxName = 1024;
 
 struct Location {
@@ -108,9 +109,11 @@ Q_NEVER_INLINE std::string stackText() noexcept
     try {
         std::array<void *, kMaxFrames + kOwnFrames> frames{};
         const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
+        // How many frames the collector leaves above the caller's differs; a sanitizer adds its own.
+        const auto caller = std::find(frames.begin(), frames.end(), __builtin_return_address(0));
         std::string text;
-        for (int i = kOwnFrames; i < count; ++i)
-            text += "  " + describe(reinterpret_cast<uintptr_t>(frames[static_cast<size_t>(i)])) + '\n';
+        for (auto frame = caller == frames.end() ? frames.begin() : caller + 1; frame < frames.begin() + count; ++frame)
+            text += "  " + describe(reinterpret_cast<uintptr_t>(*frame)) + '\n';
         return text;
     } catch (...) {
         return {}; // short of memory: the failure itself matters more

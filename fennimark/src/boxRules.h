@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+/// Arithmetic on boxes, with floats that never cut anything off.
+#pragma once
+#include <QtGlobal>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include "fennimark/geometryTypes.h"
+
+namespace fennimark {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr Rect2D kNoBox{kInfinity, -kInfinity, kInfinity, -kInfinity};
+
+/// The nearest float that is not above, or not below, `value`.
+inline float roundedDown(double value)
+{
+    const auto near = static_cast<float>(value);
+    return static_cast<double>(near) > value ? std::nextafterf(near, -std::numeric_limits<float>::infinity()) : near;
+}
+inline float roundedUp(double value)
+{
+    const auto near = static_cast<float>(value);
+    return static_cast<double>(near) < value ? std::nextafterf(near, std::numeric_limits<float>::infinity()) : near;
+}
+
+inline void widen(Rect2D &hull, const Rect2D &box)
+{
+    hull.xMin = std::min(hull.xMin, box.xMin);
+    hull.xMax = std::max(hull.xMax, box.xMax);
+    hull.yMin = std::min(hull.yMin, box.yMin);
+    hull.yMax = std::max(hull.yMax, box.yMax);
+}
+
+inline bool meet(const Rect2D &a, const Rect2D &b)
+{
+    return (a.xMin <= b.xMax) & (b.xMin <= a.xMax) & (a.yMin <= b.yMax) & (b.yMin <= a.yMax);
+}
+
+/// `inner` has no point outside `outer`.
+inline bool covers(const Rect2D &outer, const Rect2D &inner)
+{
+    return (outer.xMin <= inner.xMin) & (inner.xMax <= outer.xMax) & (outer.yMin <= inner.yMin)
+        & (inner.yMax <= outer.yMax);
+}
+
+inline Rect2D grown(const Rect2D &box, double by)
+{
+    return {box.xMin - by, box.xMax + by, box.yMin - by, box.yMax + by};
+}
+
+/// The squared distance of two boxes, 0 when they meet. From a point: the box of that point.
+inline double sqrDistance(const Rect2D &a, const Rect2D &b)
+{
+    const double dx = std::max({a.xMin - b.xMax, b.xMin - a.xMax, 0.0});
+    const double dy = std::max({a.yMin - b.yMax, b.yMin - a.yMax, 0.0});
+    return dx * dx + dy * dy;
+}
+
+/// The squared distance from a point to the farthest point of a box.
+inline double sqrFarthest(const Rect2D &box, double x, double y)
+{
+    const double dx = std::max(x - box.xMin, box.xMax - x);
+    const double dy = std::max(y - box.yMin, box.yMax - y);
+    return dx * dx + dy * dy;
+}
+
+} // namespace fennimark

@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: MIT
+// Nothing that a file says is believed before it has been seen: counts are held against section lengths, and buffers
+// grow with the data that have arrived, a chunk at a time.
+#include <QDataStream>
+#include <QtEndian>
+#include <algorithm>
+#include <cstring>
+#include "crc32c.h"
+#include "geometryFile.h"
+
+namespace fennimark {
+namespace {
+
+using namespace file;
+
+/// One section after the other; a chunk is handed out only when its checksum is right.
+class SectionReader {
+public:
+    SectionReader(QDataStream &in, const FileHeader &header, Progress progress)
+        : mIn(in), mProgress(progress), mSkipsUnknown(header.minor > kMinor),
+          mTotal(std::max<quint64>(1, header.payloadBytes + header.records * (kObservationSize + kRecordSize)
+                                          + header.chains * kChainSize + header.times * kTimeSize))
+    {
+    }
+
+    /// Finds the section; false for another tag, another element size or a length that is no multiple of it.
+    bool begin(quint32 sectionTag, quint32 elementSize)
+    {
+        for (;;) {
+            uchar head[16];
+            if (!raw(head, sizeof head))
+                return false;
+            const auto found = qFromLittleEndian<quint32>(head);
+            mUnread = qFromLittleEndian<quint64>(head + 8);
+            mAt = mEnd = 0;
+            if (found == sectionTag) {
+                return qFromLittleEndian<quint32>(head + 4) == elementSize
+                    && (elementSize == 0 ? mUnread == 0 : mUnread % elementSize == 0);
+            }
+            if (!mSkipsUnknown || found == kEnd || !skip())
+                return false;
+        }
+    }
+    /// Bytes of the section that have not been handed out.
+    quint64 left() const { return mUnread + (mEnd - mAt); }
+
+    bool bytes(void *data, quint64 size)
+    {
+        auto *to = static_cast<uchar *>(data);
+        while (size > 0) {
+            if (mAt == mEnd && !nextChunk())
+                return false;
+            const auto piece = std::size_t(std::min<quint64>(size, mEnd - mAt));
+            std::memcpy(to, mChunk.data() + mAt, piece);
+            to += piece;
+            mAt += piece;
+            size -= piece;
+        }
+        return true;
+    }
+    template <class T> bool value(T &number)
+    {
+        uchar raw[sizeof(T)];
+        if (!bytes(raw, sizeof raw))
+            return false;
+        number = qFromLittleEndian<T>(raw);
+        return true;
+    }
+    /// So many elements of 4 or 8-byte words, taken over as they arrive.
+    template <class Word, class T> bool words(std::vector<T> &values, quint64 count)
+    {
+        static_assert(sizeof(T) % sizeof(Word) == 0);
+        values.clear();
+        while (count > 0) {
+            const auto piece = std::size_t(std::min<quint64>(count, kChunkSize / sizeof(T)));
+            const std::size_t first = values.size();
+            if (values.capacity() < first + piece)
+                values.reserve(std::max(first + piece, std::min<std::size_t>(2 * first, first + std::size_t(count))));
+            values.resize(first + piece);
+            auto *raw = reinterpret_cast<uchar *>(values.data() + first);
+            if (!bytes(raw, piece * sizeof(T)))
+                return false;
+            qFromLittleEndian<Word>(raw, qsizetype(piece * sizeof(T) / sizeof(Word)), raw);
+            count -= piece;
+        }
+        return true;
+    }
+    bool text(quint32 sectionTag, QByteArray &utf8)
+    {
+        std::vector<uchar> bytes;
+        if (!begin(sectionTag, 1) || left() > kMaxText || !words<uchar>(bytes, left()))
+            return false;
+        utf8 = QByteArray(reinterpret_cast<const char *>(bytes.data()), int(bytes.size()));
+        return true;
+    }
+    bool raw(void *bytes, quint64 size)
+    {
+        return mIn.readRawData(static_cast<char *>(bytes), int(size)) == int(size) && mIn.status() == QDataStream::Ok;
+    }
+
+private:
+    bool nextChunk()
+    {
+        const auto size = std::size_t(std::min<quint64>(mUnread, kChunkSize));
+        if (size == 0)
+            return false;
+        mChunk.resize(std::max(mChunk.size(), size + 4));
+        if (!raw(mChunk.data(), size + 4)
+            || qFromLittleEndian<quint32>(mChunk.data() + size) != crc32c(0, mChunk.data(), size))
+            return false;
+        mUnread -= size;
+        mAt = 0;
+        mEnd = size;
+        mRead += size;
+        return !mProgress || mProgress(int(std::min<quint64>(100, mRead * 100 / mTotal)), nullptr);
+    }
+    bool skip()
+    {
+        while (mUnread > 0) {
+            if (!nextChunk())
+                return false;
+        }
+        return true;
+    }
+
+    QDataStream &mIn;
+    Progress mProgress;
+    bool mSkipsUnknown;
+    quint64 mTotal, mRead = 0;
+    quint64 mUnread = 0; // of the section, behind the present chunk
+    std::vector<uchar> mChunk;
+    std::size_t mAt = 0, mEnd = 0;
+};
+
+bool readTimes(SectionReader &section, quint64 count, std::vector<timeRange> &times)
+{
+    if (!section.begin(kTimes, kTimeSize) || section.left() != count * kTimeSize)
+        return false;
+    for (quint64 i = 0; i < count; ++i) {
+        timeRange range;
+        quint64 flags = 0;
+        if (!section.value(range.start) || !section.value(range.end) || !section.value(flags) || flags > 0xff)
+            return false;
+        range.flags = static_cast<unsigned char>(flags);
+        if (!isUsable(range) || normalized(range).flags != range.flags
+            || (!times.empty() && !startsBefore(times.back(), range)))
+            return false;
+        times.push_back(range);
+    }
+    return true;
+}
+
+bool readChains(SectionReader &section, const FileHeader &header, std::vector<ChainEntry> &chains)
+{
+    if (!section.begin(kChains, kChainSize) || section.left() != header.chains * kChainSize
+        || !section.words<quint32>(chains, header.chains))
+        return false;
+    quint64 observations = 0;
+    qint64 last = -1;
+    for (const ChainEntry &chain : chains) {
+        if (chain.id <= last)
+            return false;
+        last = chain.id;
+        observations += chain.count;
+    }
+    return observations == header.records;
+}
+
+/// Each record in exactly one observation.
+bool readObservations(SectionReader &section, quint64 count, std::vector<quint32> &observations)
+{
+    if (!section.begin(kObservations, kObservationSize) || section.left() != count * kObservationSize
+        || !section.words<quint32>(observations, count))
+        return false;
+    std::vector<bool> seen(observations.size(), false);
+    for (const quint32 id : observations) {
+        if (id < 1 || id > count || seen[id - 1])
+            return false;
+        seen[id - 1] = true;
+    }
+    return true;
+}
+
+bool readRecords(SectionReader &section, quint64 count, StoreContent &content)
+{
+    if (!section.begin(kRecords, kRecordSize) || section.left() != count * kRecordSize)
+        return false;
+    for (quint64 i = 0; i < count; ++i) {
+        quint32 time = 0;
+        quint8 flags = 0;
+        if (!section.value(time) || !section.value(flags) || time >= content.times.size()
+            || flags != typeCode(content.kind))
+            return false;
+        content.timeIndex.push_back(time);
+    }
+    return true;
+}
+
+/// Gives the records their chains; false when a chain's observations are out of order or overlap.
+bool placeObservations(const std::vector<ChainEntry> &chains, StoreContent &content)
+{
+    content.chainOf.resize(content.timeIndex.size());
+    const quint32 *id = content.observations.data();
+    for (const ChainEntry &chain : chains) {
+        const timeRange *before = nullptr;
+        for (quint32 i = 0; i < chain.count; ++i, ++id) {
+            const timeRange &range = content.times[content.timeIndex[*id - 1]];
+            if (before && (!startsBefore(*before, range) || overlaps(*before, range)))
+                return false;
+            before = &range;
+            content.chainOf[*id - 1] = chain.id;
+        }
+    }
+    return true;
+}
+
+bool readPoints(SectionReader &section, quint64 count, StoreContent &content)
+{
+    return section.words<quint64>(content.points, count)
+        && std::all_of(content.points.begin(), content.points.end(), [](const QPointF &point) {
+               return std::isfinite(point.x()) && std::isfinite(point.y());
+           });
+}
+
+bool readShapes(SectionReader &section, const FileHeader &header, StoreContent &content)
+{
+    std::vector<quint32> sizes;
+    std::vector<QPointF> vertices;
+    quint64 parts = 0, total = 0;
+    for (quint64 i = 0; i < header.records; ++i) {
+        quint32 partCount = 0;
+        if (!section.value(partCount) || partCount > section.left() / 4 || !section.words<quint32>(sizes, partCount))
+            return false;
+        quint64 vertexCount = 0;
+        for (const quint32 size : sizes)
+            vertexCount += size;
+        if (vertexCount > section.left() / sizeof(QPointF) || vertexCount > 0x7fffffffU
+            || !section.words<quint64>(vertices, vertexCount))
+            return false;
+        GeometryView view;
+        view.vertices = vertices.data();
+        view.partSizes = sizes.data();
+        view.partCount = partCount;
+        view.vertexCount = quint32(vertexCount);
+        bool finite = true;
+        view.bounds = vertexBounds(view.vertices, view.vertexCount, &finite);
+        if (!finite || !hasUsableParts(view, content.kind) || !content.addPayload(view))
+            return false;
+        parts += partCount;
+        total += vertexCount;
+    }
+    return parts == header.parts && total == header.vertices;
+}
+
+bool readGeometry(SectionReader &section, const FileHeader &header, StoreContent &content)
+{
+    if (!section.begin(kGeometry, 1) || section.left() != header.payloadBytes)
+        return false;
+    return content.kind == ObjectKind::Point ? readPoints(section, header.records, content)
+                                             : readShapes(section, header, content);
+}
+
+} // namespace
+
+bool FileImage::read(QDataStream &in, Progress progress)
+{
+    QByteArray head(kHeaderSize, '\0');
+    FileHeader header;
+    if (in.readRawData(head.data(), kHeaderSize) != kHeaderSize || !FileHeader::fromBytes(head, header))
+        return false;
+    content.kind = header.kind;
+    content.tolerance = header.tolerance;
+    hull = header.hull;
+    SectionReader section(in, header, progress);
+    return section.text(kName, name) && section.text(kProjection, projection)
+        && readTimes(section, header.times, content.times) && readChains(section, header, chains)
+        && readObservations(section, header.records, content.observations)
+        && readRecords(section, header.records, content) && placeObservations(chains, content)
+        && readGeometry(section, header, content) && section.begin(kEnd, 0);
+}
+
+} // namespace fennimark

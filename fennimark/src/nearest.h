@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+/// Records by distance: best-first search over the box tree.
+#pragma once
+#include <queue>
+#include <vector>
+#include "recordStore.h"
+
+namespace fennimark {
+
+/// Distances of objects are rounded otherwise than those of their boxes; a bound this much lower never passes over a
+/// record for that.
+constexpr double kBoundSlack = 1.0 - 1e-14;
+
+struct RecordDistance {
+    double sqrDistance;
+    quint32 record;
+    friend bool operator<(const RecordDistance &a, const RecordDistance &b)
+    {
+        return a.sqrDistance < b.sqrDistance || (a.sqrDistance == b.sqrDistance && a.record < b.record);
+    }
+};
+
+/// The `count` records nearest to something inside `from`, by distance and then record. `exact(record)` gives the squared
+/// distance of a record's geometry; not a number and infinity are no distance. No more than `limit` away.
+template <class When, class Exact>
+std::vector<RecordDistance> nearestRecords(const RecordStore &store, const Rect2D &from, const When &when,
+                                           std::size_t count, double limit, Exact exact)
+{
+    // Levels 0 and up are nodes of the tree, as whose entries runs and records are met.
+    constexpr int kRun = -1, kRecord = -2;
+    struct Waiting {
+        double bound;
+        int level;
+        quint32 index;
+        bool operator<(const Waiting &other) const { return bound > other.bound; } // the least on top
+    };
+    std::vector<RecordDistance> best; // a heap with the farthest on top
+    if (count == 0 || !store.mayHold(when))
+        return best;
+    std::priority_queue<Waiting> waiting;
+    const auto worst = [&] { return best.size() < count ? limit : best.front().sqrDistance; };
+    const auto wait = [&](double sqrDistance, int level, quint32 index) {
+        const double bound = sqrDistance * kBoundSlack;
+        if (bound <= worst())
+            waiting.push({bound, level, index});
+    };
+    const auto take = [&](quint32 record) {
+        const RecordDistance found{exact(record), record};
+        if (!(found.sqrDistance <= limit) || found.sqrDistance == kInfinity || (best.size() == count && !(found < best.front())))
+            return;
+        if (best.size() == count) {
+            std::pop_heap(best.begin(), best.end());
+            best.pop_back();
+        }
+        best.push_back(found);
+        std::push_heap(best.begin(), best.end());
+    };
+    waiting.push({0.0, store.tree().levelCount() - 1, 0});
+    while (!waiting.empty() && waiting.top().bound <= worst()) {
+        const Waiting next = waiting.top();
+        waiting.pop();
+        if (next.level == kRecord) {
+            take(next.index);
+        } else if (next.level == kRun) {
+            store.visitRun(next.index, Rect2D{-kInfinity, kInfinity, -kInfinity, kInfinity}, when,
+                           [&](quint32 record) { wait(sqrDistance(store.box(record), from), kRecord, record); });
+        } else {
+            const BoxNode &node = store.tree().node(next.level, next.index);
+            for (unsigned i = 0; i < kFanOut; ++i) {
+                const Rect2D box{node.xMin[i], node.xMax[i], node.yMin[i], node.yMax[i]};
+                if (node.start[i] <= when.to() && node.end[i] >= when.from())
+                    wait(sqrDistance(box, from), next.level - 1, next.index * kFanOut + i);
+            }
+        }
+    }
+    std::sort_heap(best.begin(), best.end());
+    return best;
+}
+
+} // namespace fennimark

@@ -1,0 +1,277 @@
+// SPDX-License-Identifier: MIT
+#include "overlay.h"
+#include <cmath>
+#include "orientation.h"
+#include "relate.h"
+
+namespace fennimark {
+namespace {
+
+class Context {
+public:
+    Context() : mHandle(GEOS_init_r())
+    {
+        GEOSContext_setNoticeMessageHandler_r(mHandle, ignore, nullptr);
+        GEOSContext_setErrorMessageHandler_r(mHandle, ignore, nullptr);
+    }
+    ~Context() { GEOS_finish_r(mHandle); }
+    Q_DISABLE_COPY(Context)
+    GEOSContextHandle_t handle() const { return mHandle; }
+
+private:
+    static void ignore(const char *, void *) {}
+    GEOSContextHandle_t mHandle;
+};
+
+/// Geometries on their way into a collection, which takes them all over whatever becomes of it.
+std::vector<GEOSGeometry *> released(std::vector<Geometry> &geometries)
+{
+    std::vector<GEOSGeometry *> raw;
+    raw.reserve(geometries.size());
+    for (Geometry &geometry : geometries)
+        raw.push_back(geometry.release());
+    return raw;
+}
+
+Geometry collection(int type, std::vector<Geometry> &geometries)
+{
+    std::vector<GEOSGeometry *> raw = released(geometries);
+    return Geometry(GEOSGeom_createCollection_r(geosContext(), type, raw.data(), static_cast<unsigned int>(raw.size())));
+}
+
+/// Whether a face of the plane that the rings cut out lies inside, by a place in it.
+bool faceInside(const Shape &polygon, const GEOSGeometry *face)
+{
+    GEOSContextHandle_t context = geosContext();
+    const Geometry place(GEOSPointOnSurface_r(context, face));
+    double x = 0.0;
+    double y = 0.0;
+    return place && GEOSGeomGetX_r(context, place.get(), &x) == 1 && GEOSGeomGetY_r(context, place.get(), &y) == 1
+           && locate(polygon, QPointF(x, y)) == Place::Inside;
+}
+
+/// The vertices of a ring without a closing repetition, as [first, end).
+std::pair<quint32, quint32> openRing(const Shape &polygon, quint32 part)
+{
+    const quint32 first = polygon.partBegin(part);
+    quint32 end = polygon.partEnd(part);
+    while (end - first > 1 && samePlace(polygon.vertex(end - 1), polygon.vertex(first)))
+        --end;
+    return {first, end};
+}
+
+/// Null for a ring of fewer than three vertices.
+Geometry toRing(const Shape &polygon, quint32 part)
+{
+    static_assert(sizeof(QPointF) == 2 * sizeof(double), "vertices go over as pairs of doubles");
+    GEOSContextHandle_t context = geosContext();
+    const auto range = openRing(polygon, part);
+    const quint32 first = range.first;
+    const quint32 count = range.second - first;
+    if (count < 3)
+        return nullptr;
+    const auto *raw = reinterpret_cast<const double *>(&polygon.vertex(first));
+    GEOSCoordSequence *sequence = nullptr;
+    if (range.second < polygon.partEnd(part)) { // closed as given
+        sequence = GEOSCoordSeq_copyFromBuffer_r(context, raw, count + 1, 0, 0);
+    } else {
+        std::vector<double> closed(raw, raw + 2 * std::size_t(count));
+        closed.insert(closed.end(), raw, raw + 2);
+        sequence = GEOSCoordSeq_copyFromBuffer_r(context, closed.data(), count + 1, 0, 0);
+    }
+    return Geometry(sequence ? GEOSGeom_createLinearRing_r(context, sequence) : nullptr);
+}
+
+void appendRing(ObjectBacking &out, const GEOSGeometry *ring, bool hole)
+{
+    GEOSContextHandle_t context = geosContext();
+    const GEOSCoordSequence *sequence = GEOSGeom_getCoordSeq_r(context, ring);
+    unsigned int count = 0;
+    char counterClockwise = 0;
+    if (!sequence || !GEOSCoordSeq_getSize_r(context, sequence, &count) || count < 4)
+        return;
+    GEOSCoordSeq_isCCW_r(context, sequence, &counterClockwise);
+    const std::size_t first = out.vertices.size();
+    out.vertices.resize(first + count);
+    GEOSCoordSeq_copyToBuffer_r(context, sequence, reinterpret_cast<double *>(&out.vertices[first]), 0, 0);
+    if ((counterClockwise != 0) == hole)
+        std::reverse(out.vertices.begin() + static_cast<std::ptrdiff_t>(first), out.vertices.end());
+    const auto number = static_cast<quint32>(out.partSizes.size());
+    out.partSizes.push_back(count);
+    out.nesting.isHole.push_back(hole);
+    out.nesting.shell.push_back(hole ? out.nesting.shell.back() : number);
+}
+
+void appendPolygons(ObjectBacking &out, const GEOSGeometry *geometry)
+{
+    GEOSContextHandle_t context = geosContext();
+    const int type = GEOSGeomTypeId_r(context, geometry);
+    if (type == GEOS_POLYGON) {
+        if (!(areaOf(geometry) > 0.0))
+            return;
+        appendRing(out, GEOSGetExteriorRing_r(context, geometry), false);
+        for (int hole = 0; hole < GEOSGetNumInteriorRings_r(context, geometry); ++hole)
+            appendRing(out, GEOSGetInteriorRingN_r(context, geometry, hole), true);
+    } else if (type == GEOS_MULTIPOLYGON || type == GEOS_GEOMETRYCOLLECTION) {
+        for (int i = 0; i < GEOSGetNumGeometries_r(context, geometry); ++i)
+            appendPolygons(out, GEOSGetGeometryN_r(context, geometry, i));
+    }
+}
+
+Nesting computeNesting(const Shape &polygon)
+{
+    const quint32 count = polygon.partCount();
+    Nesting nesting{std::vector<quint8>(count, 0), std::vector<quint32>(count, 0)};
+    std::vector<std::unique_ptr<Shape>> rings(count);
+    for (quint32 i = 0; i < count; ++i) {
+        GeometryView ring;
+        ring.vertices = &polygon.vertex(polygon.partBegin(i));
+        ring.vertexCount = polygon.partEnd(i) - polygon.partBegin(i);
+        ring.partCount = 1;
+        ring.bounds = vertexBounds(ring.vertices, ring.vertexCount);
+        rings[i] = std::make_unique<Shape>(ring, ObjectKind::Polygon);
+    }
+    std::vector<quint32> depth(count, 0);
+    std::vector<std::vector<quint32>> around(count);
+    for (quint32 i = 0; i < count; ++i) {
+        for (quint32 j = 0; j < count; ++j) {
+            if (i != j && !rings[i]->isEmpty() && ringInside(*rings[i], *rings[j]))
+                around[i].push_back(j);
+        }
+        depth[i] = static_cast<quint32>(around[i].size());
+    }
+    for (quint32 i = 0; i < count; ++i) {
+        nesting.isHole[i] = depth[i] & 1U;
+        nesting.shell[i] = i;
+        for (const quint32 j : around[i]) {
+            if (nesting.isHole[i] && depth[j] + 1 == depth[i])
+                nesting.shell[i] = j;
+        }
+    }
+    return nesting;
+}
+
+/// What coverage union makes of shared edges is right only where vertices match; elsewhere it fails silently, with an
+/// invalid result or one whose area is not the sum.
+Geometry coverageUnion(const GEOSGeometry *polygons)
+{
+    GEOSContextHandle_t context = geosContext();
+    Geometry result(GEOSCoverageUnion_r(context, polygons));
+    if (!result || GEOSisValid_r(context, result.get()) != 1)
+        return nullptr;
+    const double sum = areaOf(polygons);
+    return std::abs(areaOf(result.get()) - sum) <= 1.0e-12 * sum ? std::move(result) : nullptr;
+}
+
+} // namespace
+
+GEOSContextHandle_t geosContext()
+{
+    thread_local const Context context;
+    return context.handle();
+}
+
+const Nesting &nestingOf(const FMPolygon &polygon)
+{
+    static const Nesting single{{0}, {0}};
+    const Shape shape(polygon);
+    if (shape.partCount() == 1)
+        return single;
+    Nesting &nesting = ObjectAccess::backing(polygon)->nesting; // stands since the shape needed part ends
+    if (nesting.isHole.empty())
+        nesting = computeNesting(shape);
+    return nesting;
+}
+
+Geometry toGeometry(const FMPolygon &polygon)
+{
+    const Shape shape(polygon);
+    if (shape.isEmpty())
+        return nullptr;
+    const Nesting &nesting = nestingOf(polygon);
+    const quint32 count = shape.partCount();
+    std::vector<Geometry> shells(count);
+    std::vector<std::vector<Geometry>> holes(count);
+    for (quint32 i = 0; i < count; ++i) {
+        Geometry ring = toRing(shape, i);
+        if (!ring)
+            return nullptr;
+        if (nesting.shell[i] == i)
+            shells[i] = std::move(ring);
+        else
+            holes[nesting.shell[i]].push_back(std::move(ring));
+    }
+    std::vector<Geometry> polygons;
+    for (quint32 i = 0; i < count; ++i) {
+        if (!shells[i])
+            continue;
+        std::vector<GEOSGeometry *> raw = released(holes[i]);
+        polygons.emplace_back(GEOSGeom_createPolygon_r(geosContext(), shells[i].release(), raw.data(),
+                                                       static_cast<unsigned int>(raw.size())));
+        if (!polygons.back())
+            return nullptr;
+    }
+    if (polygons.size() == 1)
+        return std::move(polygons.front());
+    return polygons.empty() ? nullptr : collection(GEOS_MULTIPOLYGON, polygons);
+}
+
+Geometry repaired(const FMPolygon &polygon)
+{
+    GEOSContextHandle_t context = geosContext();
+    const Shape shape(polygon);
+    std::vector<Geometry> rings;
+    for (quint32 part = 0; part < shape.partCount() && !shape.isEmpty(); ++part) {
+        if (Geometry ring = toRing(shape, part))
+            rings.push_back(std::move(ring));
+    }
+    const Geometry lines = rings.empty() ? nullptr : collection(GEOS_GEOMETRYCOLLECTION, rings);
+    const Geometry noded(lines ? GEOSUnaryUnion_r(context, lines.get()) : nullptr);
+    const GEOSGeometry *edges = noded.get();
+    const Geometry faces(noded ? GEOSPolygonize_r(context, &edges, 1) : nullptr);
+    std::vector<Geometry> inside;
+    for (int i = 0; faces && i < GEOSGetNumGeometries_r(context, faces.get()); ++i) {
+        const GEOSGeometry *face = GEOSGetGeometryN_r(context, faces.get(), i);
+        if (faceInside(shape, face))
+            inside.emplace_back(GEOSGeom_clone_r(context, face));
+    }
+    if (inside.empty())
+        return nullptr;
+    return inside.size() == 1 ? std::move(inside.front()) : unionOf(std::move(inside));
+}
+
+std::unique_ptr<FMPolygon> fromGeometry(const GEOSGeometry *geometry)
+{
+    auto out = std::make_unique<ObjectBacking>();
+    if (geometry)
+        appendPolygons(*out, geometry);
+    return out->partSizes.empty() ? nullptr : ObjectAccess::makePolygon(std::move(out), Simplicity::Simple);
+}
+
+double areaOf(const GEOSGeometry *geometry)
+{
+    double area = 0.0;
+    return geometry && GEOSArea_r(geosContext(), geometry, &area) ? area : 0.0;
+}
+
+bool isValidArea(const GEOSGeometry *geometry)
+{
+    if (!geometry || GEOSisValid_r(geosContext(), geometry) != 1)
+        return false;
+    const double area = areaOf(geometry);
+    return std::isfinite(area) && area > 0.0;
+}
+
+Geometry unionOf(std::vector<Geometry> polygons)
+{
+    GEOSContextHandle_t context = geosContext();
+    if (polygons.size() == 2)
+        return Geometry(GEOSUnion_r(context, polygons[0].get(), polygons[1].get()));
+    const Geometry all = collection(GEOS_GEOMETRYCOLLECTION, polygons);
+    if (!all)
+        return nullptr;
+    Geometry result = coverageUnion(all.get());
+    return result ? std::move(result) : Geometry(GEOSUnaryUnion_r(context, all.get()));
+}
+
+} // namespace fennimark

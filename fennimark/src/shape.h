@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: MIT
+/// Any object, or a rectangle, a segment, a place, as the algorithms see it: vertices in parts under a tree of run boxes.
+/// The tree is implicit (boxes of eight, level behind level), so a traversal is index arithmetic and box tests.
+#pragma once
+#include <QVarLengthArray>
+#include <vector>
+#include "geometryView.h"
+
+namespace fennimark {
+
+constexpr quint32 kRunShift = 3; // eight segments a run, eight boxes a box
+constexpr quint32 kRunLength = 1U << kRunShift;
+
+/// Which rings of a polygon are holes, by the depth to which they are nested, and the shell around each.
+struct Nesting {
+    std::vector<quint8> isHole;
+    std::vector<quint32> shell; ///< of a hole; a shell's own number
+};
+
+/// What an object keeps beyond its view: vertices of its own, and what is made on first use.
+struct ObjectBacking {
+    std::vector<QPointF> vertices;
+    std::vector<quint32> partSizes;
+    std::vector<quint32> partEnds; ///< of objects with several parts
+    std::vector<RunBox> runBoxes;
+    Nesting nesting; ///< of polygons, empty until asked for
+};
+
+/// The vertices exactly as given, also those of an object that is empty because one of them is not finite.
+GeometryView givenVertices(const FMObject &object);
+
+/// Valid while the object it is made from stands unchanged.
+class Shape {
+public:
+    explicit Shape(const FMObject &object);
+    Shape(const GeometryView &view, ObjectKind kind);
+    explicit Shape(const Rect2D &rect);
+    explicit Shape(const QPointF &point);
+    Shape(const QPointF &from, const QPointF &to);
+    Q_DISABLE_COPY(Shape)
+
+    bool isEmpty() const { return mCount == 0; }
+    bool isPolygon() const { return mKind == ObjectKind::Polygon; }
+    ObjectKind kind() const { return mKind; }
+    const Rect2D &bounds() const { return mBounds; }
+    quint32 vertexCount() const { return mCount; }
+    const QPointF &vertex(quint32 index) const { return mVertices[index]; }
+
+    quint32 partCount() const { return mPartCount; }
+    quint32 partBegin(quint32 part) const { return part == 0 ? 0 : partEnd(part - 1); }
+    quint32 partEnd(quint32 part) const { return mPartCount == 1 ? mCount : mPartEnds[part]; }
+    quint32 partOf(quint32 vertex) const;
+
+    /// The end of segment `index`, which begins at that vertex.
+    const QPointF &segmentEnd(quint32 index) const
+    {
+        return segmentEnd(index, mPartCount == 1 ? 0 : partOf(index));
+    }
+
+    /// Calls visit(index, from, to) for the segments [first, end) until it returns false; whether it never did.
+    template <class Visit> bool visitSegments(quint32 first, quint32 end, Visit visit) const
+    {
+        quint32 part = mPartCount == 1 ? 0 : partOf(first);
+        for (quint32 i = first; i < end; ++i) {
+            while (i >= partEnd(part))
+                ++part;
+            if (!visit(i, mVertices[i], segmentEnd(i, part)))
+                return false;
+        }
+        return true;
+    }
+
+    // The tree. Level 0 are the runs; the single box of the topmost level is made up for objects that have no boxes.
+    struct Node {
+        quint32 level;
+        quint32 index;
+    };
+    Node root() const { return {mLevels, 0}; }
+    RunBox box(Node node) const
+    {
+        return node.level == mLevels ? mRootBox : mRunBoxes[mLevelStarts[node.level] + node.index];
+    }
+    quint32 firstSegment(Node node) const { return node.index << (kRunShift * (node.level + 1)); }
+    quint32 endSegment(Node node) const
+    {
+        const quint64 end = (quint64(node.index) + 1) << (kRunShift * (node.level + 1));
+        return end < mCount ? quint32(end) : mCount;
+    }
+    quint32 firstChild(Node node) const { return node.index << kRunShift; }
+    quint32 endChild(Node node) const
+    {
+        return std::min((node.index + 1) << kRunShift, levelSize(node.level - 1));
+    }
+    const RunBox *children(Node node) const
+    {
+        return mRunBoxes + mLevelStarts[node.level - 1] + firstChild(node);
+    }
+
+    /// Walks down from the root into boxes that enter(box) accepts; visit(first, end) gets each run's segments and
+    /// ends the walk with false. Whether it never did.
+    template <class Enter, class Visit> bool visitRuns(Enter enter, Visit visit) const
+    {
+        return mCount == 0 || !enter(mRootBox) || visitBelow(root(), enter, visit);
+    }
+    /// The same for each segment of the runs reached: visit(index, from, to).
+    template <class Enter, class Visit> bool visitNear(Enter enter, Visit visit) const
+    {
+        return visitRuns(enter, [&](quint32 first, quint32 end) { return visitSegments(first, end, visit); });
+    }
+
+private:
+    void setTree(const RunBox *boxes);
+    void setParts(const GeometryView &view, const quint32 *ends);
+    void setLocal(quint32 count, ObjectKind kind);
+    quint32 levelSize(quint32 level) const { return ((mCount - 1) >> (kRunShift * (level + 1))) + 1; }
+
+    const QPointF &segmentEnd(quint32 index, quint32 part) const
+    {
+        if (index + 1 < partEnd(part))
+            return mVertices[index + 1];
+        return mVertices[isPolygon() ? partBegin(part) : index];
+    }
+
+    template <class Enter, class Visit> bool visitBelow(Node node, Enter &enter, Visit &visit) const
+    {
+        if (node.level == 0)
+            return visit(firstSegment(node), endSegment(node));
+        const RunBox *boxes = children(node);
+        const quint32 first = firstChild(node);
+        const quint32 count = endChild(node) - first;
+        for (quint32 i = 0; i < count; ++i) {
+            if (enter(boxes[i]) && !visitBelow({node.level - 1, first + i}, enter, visit))
+                return false;
+        }
+        return true;
+    }
+
+    static constexpr quint32 kMaxLevels = 11; // 8^11 segments are more than 32 bits count
+
+    const QPointF *mVertices = nullptr;
+    const quint32 *mPartEnds = nullptr;
+    const RunBox *mRunBoxes = nullptr;
+    quint32 mCount = 0;
+    quint32 mPartCount = 1;
+    quint32 mLevels = 0; ///< the root's level
+    ObjectKind mKind = ObjectKind::Point;
+    Rect2D mBounds;
+    RunBox mRootBox{};
+    quint32 mLevelStarts[kMaxLevels];
+    QPointF mLocal[4];
+    std::vector<quint32> mOwnEnds;
+    std::vector<RunBox> mOwnBoxes;
+};
+
+/// Calls visit(firstA, endA, firstB, endB) for the pairs of runs whose boxes, and all boxes above, enter(boxA, boxB)
+/// accepts, until it returns false; whether it never did.
+template <class Enter, class Visit>
+bool visitRunPairs(const Shape &a, Shape::Node nodeA, const Shape &b, Shape::Node nodeB, Enter &enter, Visit &visit)
+{
+    if (nodeA.level == 0 && nodeB.level == 0)
+        return visit(a.firstSegment(nodeA), a.endSegment(nodeA), b.firstSegment(nodeB), b.endSegment(nodeB));
+    const bool descendA = nodeA.level >= nodeB.level;
+    const Shape &split = descendA ? a : b;
+    const Shape::Node node = descendA ? nodeA : nodeB;
+    const RunBox other = descendA ? b.box(nodeB) : a.box(nodeA);
+    const RunBox *boxes = split.children(node);
+    const quint32 first = split.firstChild(node);
+    const quint32 count = split.endChild(node) - first;
+    for (quint32 i = 0; i < count; ++i) {
+        const Shape::Node child{node.level - 1, first + i};
+        const bool goOn = descendA ? !enter(boxes[i], other) || visitRunPairs(a, child, b, nodeB, enter, visit)
+                                   : !enter(other, boxes[i]) || visitRunPairs(a, nodeA, b, child, enter, visit);
+        if (!goOn)
+            return false;
+    }
+    return true;
+}
+
+template <class Enter, class Visit> bool visitRunPairs(const Shape &a, const Shape &b, Enter enter, Visit visit)
+{
+    return a.isEmpty() || b.isEmpty() || !enter(a.box(a.root()), b.box(b.root()))
+           || visitRunPairs(a, a.root(), b, b.root(), enter, visit);
+}
+
+inline bool boxesMeet(const RunBox &a, const RunBox &b)
+{
+    return a.xMin <= b.xMax && b.xMin <= a.xMax && a.yMin <= b.yMax && b.yMin <= a.yMax;
+}
+inline bool boxesMeet(const Rect2D &a, const Rect2D &b)
+{
+    return a.xMin <= b.xMax && b.xMin <= a.xMax && a.yMin <= b.yMax && b.yMin <= a.yMax;
+}
+inline bool boxContains(const Rect2D &outer, const Rect2D &inner)
+{
+    return outer.xMin <= inner.xMin && inner.xMax <= outer.xMax && outer.yMin <= inner.yMin && inner.yMax <= outer.yMax;
+}
+
+/// Rounding to float that never rises, and never falls.
+float roundedDown(double value);
+float roundedUp(double value);
+RunBox roundedOut(const Rect2D &rect);
+
+} // namespace fennimark

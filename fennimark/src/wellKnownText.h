@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+/// The names and units of a coordinate system in well-known text, form 1 or 2.
+#pragma once
+#include <QString>
+
+namespace fennimark {
+
+struct SystemNames {
+    QString projection; ///< empty when the system is not projected
+    QString geographic;
+    QString linearUnit;
+    QString angularUnit;
+    double angularFactor = 0.0; ///< radians in one angular unit; 0 unknown
+};
+
+/// False for text that is no well-formed projected or geographic system, nor a compound or bound system of one.
+bool readWellKnownText(const QString &text, SystemNames &names);
+
+} // namespace fennimark

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#include <QtTest>
+#include "fennimark/FMProjectionInfo.h"
+
+namespace {
+
+const char *const kUtm =
+    R"wkt(PROJCS["WGS 84 / UTM zone 33N",GEOGCS["WGS 84",DATUM["WGS_1984",SPHEROID["WGS 84",6378137,298.257223563,)wkt"
+    R"wkt(AUTHORITY["EPSG","7030"]],AUTHORITY["EPSG","6326"]],PRIMEM["Greenwich",0,AUTHORITY["EPSG","8901"]],)wkt"
+    R"wkt(UNIT["degree",0.0174532925199433,AUTHORITY["EPSG","9122"]],AUTHORITY["EPSG","4326"]],)wkt"
+    R"wkt(PROJECTION["Transverse_Mercator"],PARAMETER["latitude_of_origin",0],PARAMETER["central_meridian",15],)wkt"
+    R"wkt(UNIT["metre",1,AUTHORITY["EPSG","9001"]],AXIS["Easting",EAST],AXIS["Northing",NORTH],AUTHORITY["EPSG","32633"]])wkt";
+const char *const kUtm2 =
+    R"wkt(PROJCRS["WGS 84 / UTM zone 33N",BASEGEOGCRS["WGS 84",DATUM["World Geodetic System 1984",)wkt"
+    R"wkt(ELLIPSOID["WGS 84",6378137,298.257223563,LENGTHUNIT["foot",1]]],PRIMEM["Greenwich",0,)wkt"
+    R"wkt(ANGLEUNIT["degree",0.0174532925199433]],ID["EPSG",4326]],CONVERSION["UTM zone 33N",)wkt"
+    R"wkt(METHOD["Transverse Mercator",ID["EPSG",9807]],PARAMETER["Longitude of natural origin",15,)wkt"
+    R"wkt(ANGLEUNIT["grad",0.015707963267949]],PARAMETER["False easting",500000,LENGTHUNIT["chain",20]]],)wkt"
+    R"wkt(CS[Cartesian,2],AXIS["(E)",east,ORDER[1],LENGTHUNIT["metre",1]],AXIS["(N)",north,ORDER[2],)wkt"
+    R"wkt(LENGTHUNIT["metre",1]],ID["EPSG",32633]])wkt";
+const char *const kGrads =
+    R"wkt(geogcs("NTF ""Paris""", datum("NTF", spheroid("Clarke 1880",6378249.2,293.4660212936269)), )wkt"
+    R"wkt(primem("Paris",2.5969213) , unit("grad",0.015707963267949)))wkt";
+
+} // namespace
+
+class TestFMProjectionInfo : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void namesAndUnitsAreRead_data()
+    {
+        QTest::addColumn<QString>("wkt");
+        QTest::addColumn<QStringList>("names"); // projection, geographic, linear, angular
+        QTest::addColumn<int>("code");
+        const QString utm = QString::fromLatin1(kUtm);
+        const QStringList utmNames{"WGS 84 / UTM zone 33N", "WGS 84", "metre", "degree"};
+        QTest::newRow("projected, form 1") << utm << utmNames << 9102;
+        QTest::newRow("projected, form 2") << QString::fromLatin1(kUtm2) << utmNames << 9102;
+        QTest::newRow("round brackets, lower case, quotes")
+            << QString::fromLatin1(kGrads) << QStringList{"", "NTF \"Paris\"", "", "grad"} << 9105;
+        QTest::newRow("compound") << "COMPD_CS[\"both\"," + utm + ",VERT_CS[\"height\",UNIT[\"yard\",0.9144]]]" << utmNames << 9102;
+        QTest::newRow("bound") << "BOUNDCRS[SOURCECRS[" + utm + "],TARGETCRS[GEOGCRS[\"other\",UNIT[\"radian\",1]]]]"
+                               << utmNames << 9102;
+        QTest::newRow("radian") << QStringLiteral("GEOGCS[\"g\",UNIT[\"radian\",1.0]]") << QStringList{"", "g", "", "radian"} << 9101;
+        QTest::newRow("unknown unit") << QStringLiteral("GEOGCS[\"g\",UNIT[\"mil\",0.00098]]") << QStringList{"", "g", "", "mil"} << 0;
+        QTest::newRow("geographic, form 2 with units at the axes")
+            << QStringLiteral("GEOGCRS[\"g\",CS[ellipsoidal,2],AXIS[\"lat\",north,ANGLEUNIT[\"degree\",0.0174532925199433]]]")
+            << QStringList{"", "g", "", "degree"} << 9102;
+    }
+    void namesAndUnitsAreRead()
+    {
+        QFETCH(QString, wkt);
+        QFETCH(QStringList, names);
+        QFETCH(int, code);
+        FMProjectionInfo info;
+        QVERIFY(FMProjectionInfo::FromWkt(wkt, info));
+        const auto told = [](const FMProjectionInfo &of) {
+            return QStringList{of.GetProjectionName(), of.GetGeographicCSName(), of.GetLinUnitName(), of.GetAngUnitName()};
+        };
+        QCOMPARE(told(info), names);
+        QCOMPARE(info.mAngUnitCode, code);
+        FMProjectionInfo again;
+        QVERIFY(FMProjectionInfo::FromUtf8(info.ToUtf8(), again));
+        QCOMPARE(told(again), names);
+        QCOMPARE(again.mAngUnitCode, code);
+        QCOMPARE(again.GetWkt(), wkt);
+        FMProjectionInfo kept;
+        for (int size = 0; size < wkt.size(); ++size)
+            QVERIFY(!FMProjectionInfo::FromWkt(wkt.left(size), kept));
+        QVERIFY(told(kept).join(QString()).isEmpty());
+    }
+    void malformedTextIsRefused_data()
+    {
+        QTest::addColumn<QString>("wkt");
+        QTest::newRow("nothing") << QString();
+        QTest::newRow("a word") << QStringLiteral("GEOGCS");
+        QTest::newRow("another system") << QStringLiteral("VERT_CS[\"height\",UNIT[\"metre\",1]]");
+        QTest::newRow("brackets that do not match") << QStringLiteral("GEOGCS[\"g\",UNIT[\"degree\",1)]");
+        QTest::newRow("text behind") << QStringLiteral("GEOGCS[\"g\",UNIT[\"degree\",1]],");
+        QTest::newRow("empty item") << QStringLiteral("GEOGCS[\"g\",,UNIT[\"degree\",1]]");
+        QTest::newRow("deeper than any system") << QStringLiteral("GEOGCS[\"g\",") + QStringLiteral("A[").repeated(100000);
+        QTest::newRow("longer than any system") << "GEOGCS[\"" + QString(2000000, QLatin1Char('g')) + "\"]";
+    }
+    void malformedTextIsRefused()
+    {
+        QFETCH(QString, wkt);
+        FMProjectionInfo info;
+        QVERIFY(!FMProjectionInfo::FromWkt(wkt, info));
+    }
+    void foreignBytesAreRefused()
+    {
+        FMProjectionInfo info;
+        for (const QByteArray &bytes : {QByteArray(), QByteArray("a\nb\nc\nd\n9102"), QByteArray("a\nb\nc\nd\nx\n"),
+                                        QByteArray("\xff\nb\nc\nd\n1\n")})
+            QVERIFY(!FMProjectionInfo::FromUtf8(bytes, info));
+        QVERIFY(FMProjectionInfo::FromUtf8(FMProjectionInfo().ToUtf8(), info));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFMProjectionInfo)
+#include "tst_FMProjectionInfo.moc"

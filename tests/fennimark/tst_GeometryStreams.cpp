@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+// Objects as views, copies and bytes.
+#include <QBuffer>
+#include <QDataStream>
+#include <QtTest>
+#include "fennimark/FMPoint.h"
+#include "fennimark/FMProjectionInfo.h"
+#include "geometryCases.h"
+#include "geometryView.h"
+
+namespace {
+
+QByteArray saved(FMObject &object, QDataStream::ByteOrder order = QDataStream::BigEndian)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setByteOrder(order);
+    return object.SaveToStream(out) ? bytes : QByteArray();
+}
+
+bool restored(FMObject &object, const QByteArray &bytes, int form = 1)
+{
+    QDataStream in(bytes);
+    return object.RestoreFromStream(in, form);
+}
+
+const QList<QPolygonF> kRings{cases::rectangle(0, 0, 10, 10), QPolygonF(QVector<QPointF>{{1, 1}, {2, 1}, {2, 3}})};
+
+/// Opens what is protected.
+class Movable : public FMPolygon {
+public:
+    using FMPolygon::FMPolygon;
+    using FMPolygon::TransformVertices;
+};
+
+void shift(QPointF *vertices, int count, const FMProjectionInfo &, bool inverse)
+{
+    for (int i = 0; i < count; ++i)
+        vertices[i] += inverse ? QPointF(-100, 0) : QPointF(100, 0);
+}
+
+} // namespace
+
+class TestGeometryStreams : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void bytesAreLittleEndianWhateverTheStream()
+    {
+        FMLine line({{{1.0, -2.0}, {0.5, 0.0}}});
+        const QByteArray golden = QByteArray::fromHex("01000000"
+                                                      "02000000"
+                                                      "000000000000f03f00000000000000c0"
+                                                      "000000000000e03f0000000000000000");
+        QCOMPARE(saved(line), golden);
+        QCOMPARE(saved(line, QDataStream::LittleEndian), golden);
+        FMPoint point({1.0, -2.0});
+        QCOMPARE(saved(point), golden.mid(8, 16));
+    }
+    void everyCutIsRefusedAndChangesNothing()
+    {
+        FMPolygon polygon(kRings);
+        const QByteArray bytes = saved(polygon);
+        const QList<QPolygonF> before{cases::rectangle(5, 5, 6, 6)};
+        for (int size = 0; size < bytes.size(); ++size) {
+            FMPolygon target(before);
+            QVERIFY(!restored(target, bytes.left(size)));
+            QCOMPARE(target.GetVertices(), before);
+        }
+        FMPolygon target(before);
+        QVERIFY(!restored(target, bytes, 2));
+        QVERIFY(restored(target, bytes));
+        QCOMPARE(target.GetVertices(), kRings);
+        QCOMPARE(target.GetArea(), 99.0);
+        for (const char *lie : {"ffffffff", "feffff7f", "01000000feffff7f", "02000000ffffffffffffffff"})
+            QVERIFY(!restored(target, QByteArray::fromHex(lie) + QByteArray(4096, '\1')));
+        QCOMPARE(target.GetVertices(), kRings);
+    }
+    void aFullDeviceIsTold()
+    {
+        class Full : public QIODevice {
+            qint64 readData(char *, qint64) override { return -1; }
+            qint64 writeData(const char *, qint64) override { return -1; }
+        } device;
+        device.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+        QDataStream out(&device);
+        FMPolygon polygon(kRings);
+        QVERIFY(!polygon.SaveToStream(out));
+    }
+
+    void copiesOutliveTheMemoryOfAView()
+    {
+        QVector<QPointF> vertices = cases::refined(kRings[0], 5) + kRings[1];
+        QVector<quint32> sizes{20, 3};
+        fennimark::GeometryView view;
+        view.vertices = vertices.constData();
+        view.vertexCount = 23;
+        view.partSizes = sizes.constData();
+        view.partCount = 2;
+        view.bounds = {0, 10, 0, 10};
+        view.tolerance = 0.5;
+        std::vector<fennimark::RunBox> boxes(fennimark::runBoxCount(23));
+        fennimark::buildRunBoxes(view, fennimark::ObjectKind::Polygon, boxes.data());
+        view.runBoxes = boxes.data();
+        auto live = fennimark::ObjectAccess::makePolygon(view, fennimark::Simplicity::Unknown);
+        QCOMPARE(live->GetArea(), 99.0);
+        QVERIFY(live->ContainsPoint(0.5, 9.5) && !live->ContainsPoint(1.75, 1.5));
+        QVERIFY(live->BordersPolygon(FMPolygon(cases::rectangle(10.4, 0, 12, 10)), false)); // within its tolerance
+        const std::unique_ptr<TreeObject> copy(live->Copy());
+        live.reset();
+        vertices.fill({-1, -1});
+        sizes.fill(0);
+        const auto &polygon = dynamic_cast<const FMPolygon &>(*copy);
+        QCOMPARE(polygon.GetArea(), 99.0);
+        QCOMPARE(polygon.GetVertices()[1], kRings[1]);
+        QVERIFY(polygon.BordersPolygon(FMPolygon(cases::rectangle(10.4, 0, 12, 10)), false));
+    }
+    void runBoxesHoldTheirSegments()
+    {
+        cases::Random random(2);
+        for (const int count : {9, 64, 65, 4097}) {
+            const FMPolygon polygon(cases::star(random, count, {4.0e5, 6.0e6}, 1000.0));
+            const auto &view = fennimark::ObjectAccess::view(polygon);
+            std::vector<fennimark::RunBox> boxes(fennimark::runBoxCount(view.vertexCount));
+            fennimark::buildRunBoxes(view, fennimark::ObjectKind::Polygon, boxes.data());
+            for (int i = 0; i <= count; ++i) { // each vertex ends one segment and begins the next
+                const fennimark::RunBox &box = boxes[static_cast<std::size_t>(std::min(i, count - 1) / 8)];
+                const QPointF &p = view.vertices[i % count];
+                QVERIFY(box.xMin <= p.x() && p.x() <= box.xMax && box.yMin <= p.y() && p.y() <= box.yMax);
+            }
+            const fennimark::RunBox &root = boxes.back();
+            QVERIFY(root.xMin <= view.bounds.xMin && root.xMax >= view.bounds.xMax);
+        }
+    }
+    void changesMakeAnObjectDirtyAndForgetWhatWasKnown()
+    {
+        Movable polygon(kRings);
+        QVERIFY(polygon.ContainsPoint(0.5, 0.5) && polygon.IsSimple() && !polygon.IsDirty());
+        const FMProjectionInfo projection;
+        polygon.TransformVertices(nullptr, projection, false);
+        QVERIFY(!polygon.IsDirty());
+        polygon.TransformVertices(reinterpret_cast<void *>(&shift), projection, false);
+        QVERIFY(polygon.IsDirty() && polygon.ContainsPoint(100.5, 0.5) && !polygon.ContainsPoint(0.5, 0.5));
+        QCOMPARE(polygon.GetBounds().xMax, 110.0);
+        polygon.TransformVertices(reinterpret_cast<void *>(&shift), projection, true);
+        QCOMPARE(polygon.GetVertices(), kRings);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestGeometryStreams)
+#include "tst_GeometryStreams.moc"

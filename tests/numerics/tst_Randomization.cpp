@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <map>
+#include <numeric>
+#include <random>
+#include <set>
+#include "datainterface/StatisticsAPI.h"
+#include "datainterface/randomizationIt.h"
+#include "support/support.h"
+
+namespace {
+
+template <class Iterator> QString walk(Iterator it)
+{
+    QStringList steps;
+    for (; !it.done(); it++) {
+        QString step;
+        for (int i = 0; i < it.nIndices(); ++i)
+            step += QString::number(it.indices()[i]);
+        steps.append(step);
+    }
+    it++; // at the end nothing happens
+    return steps.join(' ');
+}
+
+// Chi-square of counts that are all expected alike, in deviations above its mean.
+double surprise(const std::map<std::vector<int>, int> &counts, int cells, int draws)
+{
+    const double expected = double(draws) / cells;
+    double chi = expected * (cells - int(counts.size()));
+    for (const auto &count : counts)
+        chi += (count.second - expected) * (count.second - expected) / expected;
+    return (chi - (cells - 1)) / std::sqrt(2.0 * (cells - 1));
+}
+
+} // namespace
+
+class TestRandomization : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void exhaustiveWalksAreLexical_data();
+    void exhaustiveWalksAreLexical();
+    void permutationsEqualTheStandardOnes();
+    void countsAreClampedAndImpossibleSizesRaise();
+    void shufflesFollowTheStatedExchanges();
+    void everyOrderIsAsLikely();
+    void copiesWalkOnTheirOwn();
+    void weightsDecideTheSample();
+    void missingIdsKeepTheirPlaces();
+    void picksOfRandomIds();
+};
+
+void TestRandomization::exhaustiveWalksAreLexical_data()
+{
+    QTest::addColumn<int>("n");
+    QTest::addColumn<int>("k");
+    QTest::addColumn<QString>("combinations");
+    QTest::addColumn<QString>("permutations");
+    QTest::newRow("2 of 4") << 4 << 2 << "01 02 03 12 13 23" << "01 02 03 10 12 13 20 21 23 30 31 32";
+    QTest::newRow("all of 3") << 3 << 3 << "012" << "012 021 102 120 201 210";
+    QTest::newRow("1 of 3") << 3 << 1 << "0 1 2" << "0 1 2";
+    QTest::newRow("none of 3") << 3 << 0 << "" << "";
+}
+
+void TestRandomization::exhaustiveWalksAreLexical()
+{
+    QFETCH(int, n);
+    QFETCH(int, k);
+    QFETCH(QString, combinations);
+    QFETCH(QString, permutations);
+    QCOMPARE(walk(combinationIt(n, k)), combinations);
+    QCOMPARE(walk(permutationIt(n, k)), permutations);
+    permutationIt again(n, k);
+    again++;
+    again.reset();
+    QCOMPARE(walk(again), permutations);
+    if (k > 0) {
+        QCOMPARE(combinationIt(n, k).nRandomizations(), combinations.count(' ') + 1);
+        QCOMPARE(permutationIt(n, k).nRandomizations(), permutations.count(' ') + 1);
+    }
+}
+
+void TestRandomization::permutationsEqualTheStandardOnes()
+{
+    std::vector<int> reference(7);
+    std::iota(reference.begin(), reference.end(), 0);
+    permutationIt it(7, 7);
+    do {
+        QVERIFY(!it.done() && std::equal(reference.begin(), reference.end(), it.indices()));
+        it++;
+    } while (std::next_permutation(reference.begin(), reference.end()));
+    QVERIFY(it.done());
+}
+
+void TestRandomization::countsAreClampedAndImpossibleSizesRaise()
+{
+    QCOMPARE(combinationIt(40, 20).nRandomizations(), std::numeric_limits<int>::max());
+    QCOMPARE(permutationIt(500, 400).nRandomizations(), std::numeric_limits<int>::max());
+    QCOMPARE(combinationIt(30, 15).nRandomizations(), 155117520);
+    QCOMPARE(raisedText([] { combinationIt(2, 3); }), QString("N >= K"));
+    QCOMPARE(raisedText([] { permutationIt(2, 3); }), QString("N >= K"));
+    QCOMPARE(raisedText([] { weightedShuffleIt(3, {1, 1}, 1); }), QString("K <= weights.size()"));
+}
+
+void TestRandomization::shufflesFollowTheStatedExchanges()
+{
+    // The walk over the published generator: position i changes places with trunc(u (n - i) + i).
+    constexpr int n = 50;
+    std::mt19937 generator(99);
+    VORN_SetRandomSeed(99);
+    shuffleIt it(n, 3);
+    for (int step = 0; step < 3; ++step, it++) {
+        std::vector<int> expected(n);
+        std::iota(expected.begin(), expected.end(), 0);
+        for (int i = 0; i < n - 1; ++i)
+            std::swap(expected[size_t(i)], expected[size_t(quint32(generator()) * 0x1p-32 * (n - i) + i)]);
+        QVERIFY(std::equal(expected.begin(), expected.end(), it.indices()));
+        QCOMPARE(it.done(), step == 2); // the last one stands ready while the walk is done
+    }
+    QVERIFY(VORN_ShuffleIds(0).isEmpty());
+    QCOMPARE(VORN_ShuffleIds(1), QVector<int>{0});
+}
+
+void TestRandomization::everyOrderIsAsLikely()
+{
+    VORN_SetRandomSeed(5);
+    std::map<std::vector<int>, int> counts;
+    constexpr int draws = 60000;
+    shuffleIt it(5, draws);
+    for (int i = 0; i < draws; ++i, it++)
+        ++counts[std::vector<int>(it.indices(), it.indices() + 5)];
+    QVERIFY(surprise(counts, 120, draws) < 6.0);
+}
+
+void TestRandomization::copiesWalkOnTheirOwn()
+{
+    combinationIt it(4, 2);
+    combinationIt copy(it);
+    it++;
+    QCOMPARE(copy.indices()[1], 1);
+    copy = it;
+    it++;
+    QCOMPARE(copy.indices()[1], 2);
+    QCOMPARE(it.indices()[1], 3);
+}
+
+void TestRandomization::weightsDecideTheSample()
+{
+    VORN_SetRandomSeed(6);
+    const std::vector<double> weights{1, 0, 2, 5};
+    constexpr int draws = 40000;
+    weightedShuffleIt it(2, weights, draws);
+    std::map<std::pair<int, int>, int> counts;
+    for (int i = 0; i < draws; ++i, it++)
+        ++counts[{it.indices()[0], it.indices()[1]}];
+    double chi = 0.0;
+    int total = 0;
+    for (int a : {0, 2, 3}) {
+        for (int b : {0, 2, 3}) {
+            if (a == b)
+                continue;
+            const double wa = weights[size_t(a)];
+            const double expected = draws * wa / 8.0 * weights[size_t(b)] / (8.0 - wa);
+            const int count = counts[{a, b}];
+            chi += (count - expected) * (count - expected) / expected;
+            total += count;
+        }
+    }
+    QCOMPARE(total, draws); // the position without weight is never picked, and none twice
+    QVERIFY(chi < 5 + 6.0 * std::sqrt(10.0));
+}
+
+void TestRandomization::missingIdsKeepTheirPlaces()
+{
+    VORN_SetRandomSeed(7);
+    const QSet<int> missing{0, 3, 7};
+    std::set<QVector<int>> seen;
+    for (int i = 0; i < 200; ++i) {
+        QVector<int> ids = VORN_ShuffleIds(8, VORN_MissingData(missing));
+        for (int id : missing)
+            QCOMPARE(ids[id], id);
+        seen.insert(ids);
+        std::sort(ids.begin(), ids.end());
+        for (int k = 0; k < 8; ++k)
+            QCOMPARE(ids[k], k);
+    }
+    QVERIFY(seen.size() > 60); // of 120 orders
+    QCOMPARE(VORN_ShuffleIds(8, VORN_MissingData()).size(), 8);
+}
+
+void TestRandomization::picksOfRandomIds()
+{
+    QVERIFY(VORN_ChooseRandomIds(3, {1, 1}).isEmpty());
+    QVERIFY(VORN_ChooseRandomIds(-1, {1, 1}).isEmpty());
+    QCOMPARE(raisedText([] { VORN_ChooseRandomIds(1, {0, 0}); }), QString("weightSum"));
+    VORN_SetRandomSeed(8);
+    QVector<int> all = VORN_ChooseRandomIds(4, {3, 1, 4, 1});
+    std::sort(all.begin(), all.end());
+    QCOMPARE(all, (QVector<int>{0, 1, 2, 3}));
+    // More picks than positions with weight: rounding must not run past the end.
+    QCOMPARE(VORN_ChooseRandomIds(3, {0.1, 0, 0}).size(), 3);
+}
+
+QTEST_GUILESS_MAIN(TestRandomization)
+#include "tst_Randomization.moc"
