@@ -8,6 +8,8 @@
 #include "datasetFixture.h"
 #include "support/support.h"
 
+Q_DECLARE_METATYPE(DataId)
+
 using datainterface::BytesReader;
 using datainterface::BytesWriter;
 
@@ -29,9 +31,19 @@ QByteArray saved(MDataset &dataset)
     return bytes;
 }
 
+class Version {
+public:
+    explicit Version(int version) : mOld(dataInterfaceVersionLoading) { dataInterfaceVersionLoading = version; }
+    ~Version() { dataInterfaceVersionLoading = mOld; }
+
+private:
+    const int mOld;
+};
+
 /// As a data source reads: the kind, then the rest.
-bool restore(const QByteArray &bytes, MDataset &dataset)
+bool restore(const QByteArray &bytes, MDataset &dataset, int version = serializationVersionNumber)
 {
+    const Version loading(version);
     BytesReader reader(bytes);
     qint32 kind = 0;
     reader >> kind;
@@ -60,20 +72,12 @@ void fill(LoneDataset &dataset)
     dataset.GetGlobalDataSetStats(1, stats);
 }
 
-class Version {
-public:
-    explicit Version(int version) : mOld(dataInterfaceVersionLoading) { dataInterfaceVersionLoading = version; }
-    ~Version() { dataInterfaceVersionLoading = mOld; }
-
-private:
-    const int mOld;
-};
-
 } // namespace
 
 class TestMDataset : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() { qRegisterMetaType<DataId>("DataId"); }
     void parsesPaths_data();
     void parsesPaths();
     void anEmptyNameHasNoText();
@@ -275,9 +279,8 @@ void TestMDataset::typeCodesFollowTheVersion()
     QFETCH(int, expected);
     LoneDataset dataset(static_cast<DataType>(written), MVectorDataset::TimeSlice, 1);
     const QByteArray bytes = saved(dataset);
-    const Version loading(version);
     LoneDataset copy;
-    QCOMPARE(restore(bytes, copy), expected == 4); // vectors know no raster codes
+    QCOMPARE(restore(bytes, copy, version), expected == 4); // vectors know no raster codes
     QCOMPARE(static_cast<int>(copy.GetDataType()), expected);
 }
 
