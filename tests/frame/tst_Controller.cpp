@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+// The controller and the functions that hand a request on to it.
+#include <QFile>
+#include <QFileInfo>
+#include <QtTest>
+#include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MVectorData.h"
+#include "frame/frameState.h"
+#include "support/model.h"
+#include "support/support.h"
+
+class TestController : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void namesAreNumberedFromTwo();
+    void graphsOfOneDatasetHaveNoScheme();
+    void baseAnswersForTheHost();
+    void filesThatAreNoGeography();
+    void removedGeographyIsTheCallers();
+    void scratchFilesAreUniqueAndPrivate();
+    void testingRunNeedsNoHost();
+};
+
+void TestController::namesAreNumberedFromTwo()
+{
+    TestModel model;
+    const int a = addPoints(1, QStringLiteral("A"));
+    QCOMPARE(VORN_GetUniqueGeographyName(QStringLiteral("a")), QStringLiteral("a"));
+    QCOMPARE(VORN_GetUniqueGeographyName(QStringLiteral("A")), QStringLiteral("A 2"));
+    addPoints(1, QStringLiteral("A 2"));
+    QCOMPARE(VORN_GetUniqueGeographyName(QStringLiteral("A")), QStringLiteral("A 3"));
+    QCOMPARE(VORN_GetUniqueGeographyName(QStringLiteral("A 2")), QStringLiteral("A 2 2"));
+
+    VORN_NewVectorDataset(a, QString::fromUtf8("Größe"), TimeSlice, DecimalType, 1, QString());
+    QCOMPARE(VORN_GetUniqueDatasetName(a, QString::fromUtf8("Größe")), QString::fromUtf8("Größe 2"));
+    QCOMPARE(VORN_SuggestUniqueDatasetName(a, QString::fromUtf8("Größe")), QString::fromUtf8("Größe 2"));
+    QCOMPARE(VORN_GetUniqueDatasetName(a + 77, QString::fromUtf8("Größe")), QString::fromUtf8("Größe"));
+    QVERIFY(VORN_GetDatasetByName(a, QString::fromUtf8("Größe")) >= 0);
+    QCOMPARE(VORN_GetDatasetByName(a, QString::fromUtf8("größe")), -1);
+}
+
+void TestController::graphsOfOneDatasetHaveNoScheme()
+{
+    TestModel model;
+    const QPointF points[2];
+    const QRectF bounds;
+    QCOMPARE(VORN_DisplayScatterplot(1, 2, 3, QStringLiteral("s"), ColorSchemeInfo(), points, &bounds), 1);
+    VORN_DisplayBoxplot(4, 5, QStringLiteral("b"));
+    VORN_DisplayHistogram(6, 7, QStringLiteral("h"));
+    VORN_DisplayTimePlot(8, QStringLiteral("t"));
+    const auto &graphs = model.controller.graphs;
+    QCOMPARE(graphs.size(), 4);
+    QCOMPARE(graphs[0].dataIds, (QVector<int>{1, 2}));
+    QVERIFY(graphs[0].points == points && graphs[0].bounds == &bounds);
+    const int types[] = {0, 1, 2, 4};
+    const qint64 times[] = {3, 5, 7, 0};
+    for (int i = 0; i < 4; ++i) {
+        QCOMPARE(static_cast<int>(graphs[i].type), types[i]);
+        QCOMPARE(graphs[i].t, times[i]);
+        QVERIFY(i == 0 || (!graphs[i].points && !graphs[i].bounds && graphs[i].dataIds.size() == 1));
+    }
+}
+
+void TestController::baseAnswersForTheHost()
+{
+    TestModel model;
+    MethodReport report;
+    QCOMPARE(VORN_ShowMethod(1, QString(), {}), -1);
+    QVERIFY(!VORN_ExecuteMethod(1, QString(), {}, report));
+    QCOMPARE(VORN_DisplayMap(1, 2, QString(), ColorSchemeInfo(), ColorSchemeInfo(), SymbolSchemeInfo()), 0);
+    QVERIFY(!VORN_DisplayMapLayer(1, 2, ColorSchemeInfo(), ColorSchemeInfo(), SymbolSchemeInfo()));
+    QVERIFY(VORN_GetInvocationString(1, QString(), {}).isEmpty());
+    QVERIFY(VORN_GetMethodName(1, QString()).isEmpty());
+    QVERIFY(!model.controller.HasGUI());
+}
+
+void TestController::filesThatAreNoGeography()
+{
+    TestModel model;
+    const auto open = [&](const QString &path) {
+        return model.controller.AddNewVectorGeography(path, QStringLiteral("n"), QString(), TF_Date, -1, nullptr);
+    };
+    QCOMPARE(raisedText([&] { open(model.path(QStringLiteral("none"))); }), QStringLiteral("Can't open file"));
+    QFile file(model.path(QStringLiteral("text")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(open(file.fileName()), -1);
+    file.write(QByteArray(10000, 'x'));
+    file.close();
+    QCOMPARE(open(file.fileName()), -1);
+    QVERIFY(model.controller.GetGeoData().isEmpty());
+}
+
+void TestController::removedGeographyIsTheCallers()
+{
+    TestModel model;
+    const int id = addPoints(1);
+    const std::unique_ptr<MGeoData> geography(model.controller.GetGeoData().value(id));
+    model.controller.ControllerBase::RemoveGeography(id);
+    QCOMPARE(geography->GetName(), QStringLiteral("points"));
+    QCOMPARE(VORN_GetGeographyProperties(id).id, -1);
+}
+
+void TestController::scratchFilesAreUniqueAndPrivate()
+{
+    QStringList paths;
+    for (int i = 0; i < 3; ++i)
+        paths.append(ControllerBase::GetVORNTempFile("TMP"));
+    paths.removeDuplicates();
+    QCOMPARE(paths.size(), 3);
+    for (const QString &path : std::as_const(paths)) {
+        const QFileInfo info(path);
+        QVERIFY(info.exists() && info.size() == 0 && info.fileName().startsWith(QLatin1String("TMP")));
+        QVERIFY(!(info.permissions() & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther)));
+        QFile::remove(path);
+    }
+}
+
+void TestController::testingRunNeedsNoHost()
+{
+    VORN_InitializeForTesting();
+    QVERIFY(datainterface::isTesting());
+    const int id = addPoints(2);
+    QVERIFY(id >= 0);
+    const int dataset = VORN_NewVectorDataset(id, QStringLiteral("d"), TimeSlice, DecimalType, 1, QString());
+    QVERIFY(VORN_AddDataValue(dataset, 0, 1, {0, 5, true, true}, 1.5, true, true));
+    VORN_DoneWithTesting();
+    QVERIFY(!datainterface::isTesting() && !datainterface::controller());
+    VORN_DoneWithTesting();
+}
+
+QTEST_GUILESS_MAIN(TestController)
+#include "tst_Controller.moc"

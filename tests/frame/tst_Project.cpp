@@ -1,0 +1,288 @@
+// SPDX-License-Identifier: MIT
+// The project file: what is saved comes back, and what is no project is refused without harm.
+#include <QColor>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QtTest>
+#include "Common/detail/streams.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/MVectorDataSource.h"
+#include "datainterface/ProjectAPI.h"
+#include "datainterface/VersionAPI.h"
+#include "support/model.h"
+#include "support/support.h"
+
+namespace {
+
+const Interval kEarly{0, 10, true, false};
+const Interval kLate{10, 20, true, true};
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray bytesOf(const QString &text)
+{
+    QByteArray bytes;
+    datainterface::BytesWriter out(&bytes);
+    out << text;
+    return bytes;
+}
+
+bool load(const TestModel &model, const QByteArray &bytes)
+{
+    QFile file(model.path(QStringLiteral("foreign")));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    file.write(bytes);
+    file.close();
+    return VORN_LoadProject(file.fileName());
+}
+
+// Two geographies, every type of value in both storages, two realizations, models, metadata.
+void fill(TestModel &model, const QVector<StorageType> &storages = {TimeSlice, TimeSeries})
+{
+    const int first = addPoints(5, QString::fromUtf8("Zürich"), TF_DateTime);
+    const int second = addPoints(3, QStringLiteral("second"));
+    for (int geography : {first, second}) {
+        for (const StorageType storage : storages) {
+            const auto add = [=](const char *name, DataType type) {
+                return VORN_NewVectorDataset(geography, QString::fromUtf8(name), storage, type, 2,
+                                             QStringLiteral("/folder/<3>"));
+            };
+            const int decimal = add("decimal", DecimalType);
+            const int integer = add("integer", IntegerType);
+            const int text = add("text", StringType);
+            for (int realization = 0; realization < 2; ++realization) {
+                for (unsigned int object = 0; object < 3; ++object) {
+                    VORN_AddDataValue(decimal, realization, object, kEarly, object + 0.5, true, true);
+                    VORN_AddDataValue(decimal, realization, object, kLate, object - 0.5, true, true);
+                    VORN_AddDataValue(integer, realization, object, kLate, static_cast<int>(object), true, true);
+                    VORN_AddDataValue(text, realization, object, kEarly, QString::fromUtf8("wörter"), true, true);
+                }
+            }
+            VORN_SetDatasetAttribute(decimal, QStringLiteral("Weight"), 1.25);
+            VORN_SetLongDescription(text, QStringLiteral("long"));
+            VariogramModel variogram{DataId(decimal)};
+            model.vectorData(geography).GetDataSource()->AddVariogramModel(decimal, variogram);
+        }
+    }
+    model.controller.AddNonConVariogramModel(VariogramModel());
+    model.vectorData(second).SetParentId(first);
+    model.vectorData(second).SetParentObjectIds({4, 2, 0});
+}
+
+QString describe(const QVector<datum> &values)
+{
+    QString text;
+    for (const datum &value : values)
+        text += QString::number(value.type) + '/' + QString::number(value.decimalValue) + '/'
+            + QString::number(value.integerValue) + '/' + value.stringValue + ' ';
+    return text;
+}
+
+// Everything a host can see of the model, as text.
+QStringList contents(const TestModel &model)
+{
+    QStringList lines;
+    for (int geography : model.controller.GetGeoData().keys()) {
+        const GeoProps props = VORN_GetGeographyProperties(geography);
+        lines.append(QString::number(props.id) + ' ' + props.name + ' ' + QString::number(props.objectCount) + ' '
+                     + QString::number(props.type) + ' ' + text(props.timeBounds));
+        for (const DataId &id : model.controller.GetGeoData().value(geography)->GetDataSource()->GetDatasetIds()) {
+            const DatasetProps dataset = VORN_GetDatasetProperties(id);
+            lines.append(QString::number(id) + ' ' + dataset.name + ' ' + dataset.path + ' '
+                         + QString::number(dataset.variogramProps.size()) + ' ' + text(dataset.timeBounds));
+            for (int realization = 0; realization < dataset.realizationCount; ++realization) {
+                for (qint64 t : {5, 15}) {
+                    QVector<datum> values;
+                    QSet<int> missing;
+                    VORN_GetDataValues(id, realization, t, values, missing);
+                    lines.append(describe(values) + QString::number(missing.size()));
+                }
+            }
+        }
+    }
+    lines.append(QString::number(model.controller.GetNonConVariogramModelIds().size()));
+    return lines;
+}
+
+} // namespace
+
+class TestProject : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void savedModelComesBack();
+    void headerIsTheFilesForm();
+    void emptyProject();
+    void damagedFilesAreRefused();
+    void versionTexts_data();
+    void versionTexts();
+    void reservedFieldsOfEachAge();
+    void loadingTwiceReplaces();
+    void saveFailures();
+};
+
+void TestProject::savedModelComesBack()
+{
+    TestModel model;
+    fill(model);
+    const QStringList before = contents(model);
+    const QString first = model.path(QStringLiteral("first"));
+    const QString second = model.path(QStringLiteral("second"));
+    QVERIFY(VORN_SaveProject(first));
+    VORN_UnloadProject();
+    QVERIFY(model.controller.GetGeoData().isEmpty());
+    QVERIFY(VORN_LoadProject(first));
+    QCOMPARE(contents(model), before);
+    QVERIFY(VORN_SaveProject(second));
+    QVERIFY(read(first) == read(second));
+
+    // What is made after a load takes no id that was used before it.
+    const int geography = addPoints(1);
+    QVERIFY(geography > model.controller.GetGeoData().firstKey());
+    QCOMPARE(model.controller.GetGeoData().size(), 3);
+    QCOMPARE(model.controller.AddNonConVariogramModel(VariogramModel()), 1);
+}
+
+void TestProject::headerIsTheFilesForm()
+{
+    TestModel model;
+    addPoints(1, QStringLiteral("one"));
+    const QString path = model.path(QStringLiteral("project"));
+    QVERIFY(VORN_SaveProject(path));
+    QByteArray expected;
+    datainterface::BytesWriter out(&expected);
+    out << QStringLiteral("4.00.021") << QStringLiteral("Meridor");
+    // A colour of the RGB form: four 16-bit channels of 0x101 times the 8-bit value, alpha first.
+    out << qint8(1) << quint16(0xFFFF) << quint16(0xFFFF) << quint16(146 * 0x101) << quint16(0) << quint16(0);
+    out << qint8(1) << qint8(1) << qint8(0) << qint8(0) << qint32(0) << qint32(0) << qint32(0);
+    out << qint32(1) << QStringLiteral("one") << qint8(1) << QStringLiteral("one");
+    QCOMPARE(read(path).left(expected.size()).toHex(), expected.toHex());
+}
+
+void TestProject::emptyProject()
+{
+    TestModel model;
+    const QString path = model.path(QStringLiteral("empty"));
+    QVERIFY(VORN_SaveProject(path));
+    QVERIFY(VORN_LoadProject(path));
+    QVERIFY(model.controller.GetGeoData().isEmpty());
+    QCOMPARE(dataInterfaceVersionLoading, serializationVersionNumber);
+}
+
+void TestProject::damagedFilesAreRefused()
+{
+    TestModel model;
+    fill(model, {TimeSlice});
+    const QString path = model.path(QStringLiteral("project"));
+    QVERIFY(VORN_SaveProject(path));
+    const QStringList before = contents(model);
+    const QByteArray bytes = read(path);
+    VORN_UnloadProject();
+    for (int length = 0; length < bytes.size(); ++length) {
+        QVERIFY2(!load(model, bytes.left(length)), qPrintable(QString::number(length)));
+        VORN_UnloadProject();
+    }
+    // A flipped bit need not show: most of the file is values. It must not end the process, and what was read of it
+    // must be fit to be looked at and saved.
+    QRandomGenerator random(20260101);
+    for (int i = 0; i < 400; ++i) {
+        QByteArray damaged = bytes;
+        const int at = static_cast<int>(random.bounded(damaged.size()));
+        damaged[at] = static_cast<char>(damaged[at] ^ (1 << random.bounded(8)));
+        if (load(model, damaged)) {
+            try {
+                contents(model);
+                VORN_SaveProject(model.path(QStringLiteral("again")));
+            } catch (const vorn_error &) { // a block of another size than its dataset says
+            }
+        }
+        VORN_UnloadProject();
+    }
+    QVERIFY(load(model, bytes));
+    QCOMPARE(contents(model), before);
+}
+
+void TestProject::versionTexts_data()
+{
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<bool>("isRead");
+    QTest::newRow("this one") << "4.00.021" << true;
+    QTest::newRow("a newer one") << "4.00.022" << false;
+    QTest::newRow("two digits of major") << "10.00.000" << false;
+    QTest::newRow("nine characters") << "4.00.0211" << false;
+    QTest::newRow("no point") << "40000021" << false;
+    QTest::newRow("one character") << "4" << false;
+    QTest::newRow("empty") << "" << false;
+}
+
+void TestProject::versionTexts()
+{
+    QFETCH(QString, version);
+    QFETCH(bool, isRead);
+    TestModel model;
+    addPoints(1);
+    const QString path = model.path(QStringLiteral("project"));
+    QVERIFY(VORN_SaveProject(path));
+    VORN_UnloadProject();
+    const QByteArray rest = read(path).mid(bytesOf(QStringLiteral("4.00.021")).size());
+    QCOMPARE(load(model, bytesOf(version) + rest), isRead);
+    QCOMPARE(model.controller.GetGeoData().size(), isRead ? 1 : 0);
+}
+
+// Empty projects of each age of the header and the tail.
+void TestProject::reservedFieldsOfEachAge()
+{
+    TestModel model;
+    for (const char *version : {"1.00.000", "1.03.000", "1.07.000", "1.49.999", "1.50.000", "1.80.004"}) {
+        SetDataInterfaceVersionLoading(QString::fromLatin1(version));
+        const int number = dataInterfaceVersionLoading;
+        QByteArray bytes;
+        QDataStream out(&bytes, QIODevice::WriteOnly);
+        out.setVersion(number <= 112000 ? 6 : number < 130000 ? 7 : 8);
+        out << QString::fromLatin1(version);
+        if (number >= 107000)
+            out << QStringLiteral("Ambergate VORN");
+        out << QColor(1, 2, 3) << qint8(1) << qint8(1) << qint8(0) << qint8(0) << qint32(0) << qint32(0) << qint32(0);
+        if (number < 103000)
+            out << qint32(0);
+        out << qint32(0);
+        if (number >= 150000)
+            out << qint32(0) << qint32(6); // no models, the next one's id
+        QVERIFY2(!load(model, bytes.chopped(1)), version);
+        QVERIFY2(load(model, bytes), version);
+        QCOMPARE(dataInterfaceVersionLoading, number);
+        if (number >= 150000)
+            QCOMPARE(model.controller.AddNonConVariogramModel(VariogramModel()), 6);
+    }
+}
+
+void TestProject::loadingTwiceReplaces()
+{
+    TestModel model;
+    fill(model);
+    const QString path = model.path(QStringLiteral("project"));
+    QVERIFY(VORN_SaveProject(path));
+    const QStringList before = contents(model);
+    QVERIFY(VORN_LoadProject(path));
+    QCOMPARE(contents(model), before);
+}
+
+void TestProject::saveFailures()
+{
+    TestModel model;
+    fill(model);
+    QVERIFY(!VORN_SaveProject(model.path(QStringLiteral("none/project"))));
+    QVERIFY(!VORN_LoadProject(model.path(QStringLiteral("none/project"))));
+    if (QFile::exists(QStringLiteral("/dev/full")))
+        QVERIFY(!VORN_SaveProject(QStringLiteral("/dev/full")));
+    QCOMPARE(contents(model).size(), 2 + 2 * 6 * 5 + 1);
+}
+
+QTEST_GUILESS_MAIN(TestProject)
+#include "tst_Project.moc"

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+/// A model to test on: a host's controller, a block store of its own, and small geographies built as hosts build them.
+#pragma once
+#include <QList>
+#include <QObject>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QVariant>
+#include <QVector>
+#include "datainterface/ControllerBase.h"
+#include "datainterface/DataId.h"
+#include "datainterface/TimeFormat.h"
+
+class MDataSource;
+class MVectorData;
+
+/// Owns what it removes, as hosts do, and keeps what it is asked.
+class RecordingController : public ControllerBase {
+public:
+    void RemoveGeography(int id) override;
+    void AddToLog(const QString &text, bool fromHost) override;
+    int CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds, qint64 t, const QString &title,
+                          const ColorSchemeInfo &colors, const QPointF *points, const QRectF *bounds) override;
+
+    QStringList log;
+    struct Graph {
+        GraphTypes type;
+        QVector<int> dataIds;
+        qint64 t;
+        QString title;
+        const QPointF *points;
+        const QRectF *bounds;
+    };
+    QList<Graph> graphs;
+};
+
+/// The library started for a scope, with an empty model.
+class TestModel {
+public:
+    explicit TestModel(int cacheBytes = 1000000);
+    ~TestModel();
+
+    RecordingController controller;
+    QString path(const QString &name) const { return mDirectory.filePath(name); }
+    MVectorData &vectorData(int geographyId);
+
+private:
+    QTemporaryDir mDirectory;
+};
+
+/// A geography of `count` points on a diagonal that all exist over [start, end]; its id.
+int addPoints(int count, const QString &name = QStringLiteral("points"), TimeFormat format = TF_Integer,
+              qint64 start = 0, qint64 end = 1000);
+
+/// Notes each call of the slots of a data source's and a geography's listener as one line of text.
+class Listener : public QObject {
+    Q_OBJECT
+public:
+    QStringList calls;
+    MDataSource *source = nullptr; ///< when set, dying datasets are looked up in it
+
+public Q_SLOTS:
+    void DatasetsDyingSlot(const QList<DataId> &ids);
+    void DatasetsAddedSlot(const QList<DataId> &ids, bool flag);
+    void DatasetsChangedSlot(const QList<DataId> &ids);
+    void DatasetNameChangedSlot(const DataId &id, const QString &name);
+    void SuspendDataUsageSlot(MDataSource *);
+    void ResumeDataUsageSlot(MDataSource *);
+    void GeographyNameChangedSlot(MGeoData *, const char *name);
+    void ObjectsWillBeRemovedSlot(int geographyId, const QSet<int> &objects);
+    void ObjectsWereRemovedSlot(int geographyId, const QSet<int> &objects);
+    void VariogramModelAddedSlot(const DataId &id, qint32 model);
+    void VariogramModelRemovedSlot(const DataId &id, qint32 model);
+    void VariogramModelChangedSlot(const DataId &id, qint32 model);
+};
