@@ -1,0 +1,371 @@
+// SPDX-License-Identifier: MIT
+// The registry of datasets: who is told what and when, conversions and imports, the stream form.
+#include <QtTest>
+#include "Common/detail/streams.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/DataBlocks.h"
+#include "datainterface/DatasetLoader.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/MVectorDataSource.h"
+#include "datainterface/VersionAPI.h"
+#include "support/model.h"
+#include "support/support.h"
+
+using datainterface::BytesReader;
+using datainterface::BytesWriter;
+
+namespace {
+
+const TimeStamp kSpan(0, 10, true, true);
+
+struct Fixture {
+    explicit Fixture(int objects = 3)
+        : geography(addPoints(objects)), source(*model.vectorData(geography).GetVectorDataSource())
+    {
+        dataInterfaceVersionLoading = serializationVersionNumber;
+    }
+    int add(DataType type, MVectorDataset::StorageType storage = MVectorDataset::TimeSlice, int realizations = 1)
+    {
+        return source.NewVectorDataset(QStringLiteral("values"), type, storage, realizations, QStringLiteral("/a/<7>"));
+    }
+    TestModel model;
+    int geography;
+    MVectorDataSource &source;
+};
+
+QByteArray bytesOf(MVectorDataSource &source)
+{
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    source.SaveToStream(out);
+    return bytes;
+}
+
+bool restore(const QByteArray &bytes, int version = serializationVersionNumber)
+{
+    dataInterfaceVersionLoading = version;
+    MVectorDataSource source{QString()};
+    BytesReader in(bytes);
+    bool isRestored = false;
+    // A frequency table that ends early raises, which a load takes for false.
+    raisedText([&] { isRestored = source.RestoreFromStream(in); });
+    dataInterfaceVersionLoading = serializationVersionNumber;
+    return isRestored;
+}
+
+// A listener that lacks one slot.
+class HalfListener : public QObject {
+    Q_OBJECT
+public Q_SLOTS:
+    void DatasetsDyingSlot(const QList<DataId> &) {}
+    void DatasetsAddedSlot(const QList<DataId> &, bool) {}
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(MDatum)
+
+class TestVectorDataSource : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void listenerHearsEverySignal();
+    void removedListenerStillHearsSuspension();
+    void listenerWithoutSlotsRaises();
+    void removalTakesModelsAlong();
+    void unknownDatasetIsValid();
+    void loaderHoldsARealization();
+    void resizeAndRemoveReachEveryDataset();
+    void conversions_data();
+    void conversions();
+    void conversionRefusals();
+    void importFollowsTheObjectMap();
+    void streamGivesTheSameBytesAgain();
+    void foreignStreamsAreRefused();
+    void streamsBefore130000KeepNamesInTables();
+};
+
+void TestVectorDataSource::listenerHearsEverySignal()
+{
+    Fixture fixture;
+    Listener listener;
+    QVERIFY(fixture.source.AddListener(&listener));
+    listener.source = &fixture.source;
+    const int id = fixture.add(DecimalType);
+    const QString text = QString::number(id);
+    fixture.source.AnnounceNewDataset(id, false);
+    fixture.source.AnnounceChangedDataset(id);
+    QVERIFY(fixture.source.SetDisplayName(id, "values")); // the present name
+    QVERIFY(fixture.source.SetDisplayName(id, "others"));
+    QVERIFY(!fixture.source.SetDisplayName(id + 1, "others"));
+    fixture.source.SuspendDataUsage();
+    fixture.source.ResumeDataUsage();
+    QVERIFY(fixture.source.RemoveDataset(id + 1)); // unknown: nothing is said
+    QVERIFY(fixture.source.RemoveDatasets({id + 1, id}));
+    QCOMPARE(listener.calls,
+             (QStringList{"added " + text + " false", "changed " + text, "renamed " + text + " others", "suspend",
+                          "resume", "dying " + QString::number(id + 1) + ',' + text + " alive"}));
+    QVERIFY(!fixture.source.GetDataset(id));
+}
+
+void TestVectorDataSource::removedListenerStillHearsSuspension()
+{
+    Fixture fixture;
+    Listener listener;
+    QVERIFY(fixture.source.AddListener(&listener));
+    fixture.source.RemoveListener(&listener);
+    fixture.source.AnnounceChangedDataset(fixture.add(DecimalType));
+    fixture.source.SuspendDataUsage();
+    QCOMPARE(listener.calls, QStringList{"suspend"});
+}
+
+void TestVectorDataSource::listenerWithoutSlotsRaises()
+{
+    Fixture fixture;
+    HalfListener listener;
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("No such slot")));
+    QCOMPARE(raisedText([&] { fixture.source.AddListener(&listener); }), QStringLiteral("Can't connect signals"));
+    QCOMPARE(raisedText([&] { fixture.source.AddListener(nullptr); }), QStringLiteral("Can't connect signals"));
+}
+
+void TestVectorDataSource::removalTakesModelsAlong()
+{
+    Fixture fixture;
+    const int a = fixture.add(DecimalType);
+    const int b = fixture.add(DecimalType);
+    VariogramModel onA{DataId(a)};
+    onA.locations = b;
+    VariogramModel plain{DataId(a)};
+    QVERIFY(fixture.source.AddVariogramModel(a, onA));
+    QVERIFY(fixture.source.AddVariogramModel(a, plain));
+    QVERIFY(!fixture.source.AddVariogramModel(b, plain)); // of another dataset
+    QVERIFY(fixture.source.HasAssociatedVariogramModels(b));
+    Listener listener;
+    QVERIFY(fixture.model.vectorData(fixture.geography).AddVariogramModelListener(&listener));
+    QVERIFY(fixture.source.RemoveDataset(b));
+    QCOMPARE(listener.calls, QStringList{"model removed " + QString::number(a) + '/' + QString::number(onA.id)});
+    QList<int> ids;
+    QVERIFY(fixture.source.GetVariogramModelIds(a, ids));
+    QCOMPARE(ids, QList<int>{plain.id});
+    QVERIFY(!fixture.source.GetVariogramModelIds(b, ids));
+}
+
+void TestVectorDataSource::unknownDatasetIsValid()
+{
+    Fixture fixture;
+    QVERIFY(fixture.source.IsEmpty());
+    const int id = fixture.add(DecimalType);
+    QVERIFY(fixture.source.IsEmpty()); // one without a value is not valid
+    QVERIFY(!fixture.source.IsValid(id));
+    QVERIFY(fixture.source.IsValid(id + 1));
+    QVERIFY(fixture.source.AddDataValue(id, 0, 0, kSpan, MDatum(1.5), true, true));
+    QVERIFY(!fixture.source.IsEmpty());
+    TimeStamp bounds;
+    QVERIFY(fixture.source.GetTimeBounds(id, bounds));
+    QCOMPARE(bounds, kSpan);
+    QCOMPARE(fixture.source.GetTimeBounds(), kSpan);
+}
+
+void TestVectorDataSource::loaderHoldsARealization()
+{
+    Fixture fixture;
+    const int id = fixture.add(DecimalType);
+    QVERIFY(fixture.source.AddDataValue(id, 0, 0, kSpan, MDatum(1.5), true, true));
+    const TimeSliceData<double> *slice = nullptr;
+    QVERIFY(fixture.source.GetVectorDataset(id)->GetTimeSliceData(0, 5, slice));
+    {
+        const DatasetLoader loader(&fixture.source, id, 0);
+        const DatasetLoader ofNothing(&fixture.source, id + 1, 0);
+        QCOMPARE(slice->CheckOutCount(), 1);
+        QVERIFY(fixture.source.CheckOutDataset(id, 0, -1));
+        QCOMPARE(slice->CheckOutCount(), 2);
+        QVERIFY(fixture.source.CheckInDataset(id, 0, 0));
+    }
+    QCOMPARE(slice->CheckOutCount(), 0);
+}
+
+void TestVectorDataSource::resizeAndRemoveReachEveryDataset()
+{
+    Fixture fixture(4);
+    QList<int> ids;
+    for (const auto storage : {MVectorDataset::TimeSlice, MVectorDataset::TimeSeries}) {
+        ids.append(fixture.add(IntegerType, storage));
+        for (unsigned int object = 0; object < 4; ++object)
+            QVERIFY(fixture.source.AddDataValue(ids.last(), 0, object, kSpan, MDatum(static_cast<int>(object)), true,
+                                                true));
+    }
+    QVERIFY(fixture.source.Resize(5));
+    QCOMPARE(fixture.source.GetObjectCount(), 5U);
+    for (int id : ids)
+        QVERIFY(fixture.source.IsMissing(id, 0, 4, 5));
+    fixture.source.RemoveObjects({1, 3, 77, -1});
+    QCOMPARE(fixture.source.GetObjectCount(), 3U);
+    for (int id : ids) {
+        QVector<int> values;
+        QSet<int> missing;
+        QVERIFY(fixture.source.GetDataValues(id, 0, 5, values, missing));
+        QCOMPARE(values.mid(0, 2), (QVector<int>{0, 2}));
+        QCOMPARE(missing, QSet<int>{2});
+    }
+}
+
+void TestVectorDataSource::conversions_data()
+{
+    QTest::addColumn<MDatum>("value");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<int>("precision");
+    QTest::addColumn<MDatum>("expected");
+    QTest::newRow("text to decimal") << MDatum("3.25") << int(DecimalType) << 0 << MDatum(3.25);
+    QTest::newRow("text that is no number") << MDatum("abc") << int(DecimalType) << 0 << MDatum(0.0);
+    QTest::newRow("text to integer") << MDatum("3.7") << int(IntegerType) << 0 << MDatum(3);
+    QTest::newRow("integer to decimal") << MDatum(-4) << int(DecimalType) << 0 << MDatum(-4.0);
+    QTest::newRow("integer to text") << MDatum(-4) << int(StringType) << 3 << MDatum("-4");
+    QTest::newRow("decimal to integer") << MDatum(-4.9) << int(IntegerType) << 0 << MDatum(-4);
+    QTest::newRow("decimal beyond int") << MDatum(1e300) << int(IntegerType) << 0 << MDatum(2147483647);
+    QTest::newRow("decimal to text") << MDatum(2.0 / 3) << int(StringType) << 3 << MDatum("0.667");
+    QTest::newRow("decimal to whole text") << MDatum(-2.9) << int(StringType) << 0 << MDatum("-2");
+}
+
+void TestVectorDataSource::conversions()
+{
+    QFETCH(MDatum, value);
+    QFETCH(int, to);
+    QFETCH(int, precision);
+    QFETCH(MDatum, expected);
+    const DataType types[] = {IntegerType, DecimalType, StringType};
+    const char *const words[] = {"integer", "decimal", "string"};
+    for (const auto storage : {MVectorDataset::TimeSlice, MVectorDataset::TimeSeries}) {
+        Fixture fixture;
+        const int id = fixture.add(types[value.type()], storage, 2);
+        QVERIFY(fixture.source.AddDataValue(id, 1, 2, kSpan, value, true, true));
+        Listener listener;
+        QVERIFY(fixture.source.AddListener(&listener));
+        const int converted =
+            fixture.source.ConvertDataset(id, QStringLiteral("new"), static_cast<DataType>(to), precision);
+        QCOMPARE(listener.calls, QStringList{"added " + QString::number(converted) + " true"});
+        QCOMPARE(fixture.source.GetVectorDataValue(converted, 1, 2, 5, false), expected);
+        QVERIFY(fixture.source.IsMissing(converted, 1, 1, 5));
+        QCOMPARE(fixture.source.GetUniqueCount(converted), 1U);
+        QCOMPARE(fixture.source.GetVectorDataValue(id, 1, 2, 5, false), value);
+        QVERIFY(fixture.source.GetLongDescription(converted)
+                    .startsWith(QStringLiteral("Converted from %1 dataset (\"values\") on ")
+                                    .arg(QLatin1String(words[value.type()]))));
+        QCOMPARE(fixture.source.GetVectorDataset(converted)->GetHierarchyPathAsString(), QStringLiteral("/a/<7>"));
+    }
+}
+
+void TestVectorDataSource::conversionRefusals()
+{
+    Fixture fixture;
+    const int id = fixture.add(DecimalType);
+    const auto convert = [&](int from, DataType type) {
+        return raisedText([&] { fixture.source.ConvertDataset(from, QString(), type, 0); });
+    };
+    QCOMPARE(convert(id + 1, IntegerType), QStringLiteral("Invalid dataset id"));
+    QCOMPARE(convert(id, DecimalType), QStringLiteral("Invalid dataset type"));
+    QCOMPARE(convert(id, RasterDecimalType), QStringLiteral("Invalid dataset type"));
+    QCOMPARE(fixture.source.GetDatasetIds().size(), 1);
+    QCOMPARE(raisedText([&] { fixture.source.ImportDatasetFromDataSource(&fixture.source, id + 1, {}, true); }),
+             QStringLiteral("Invalid dataset id"));
+}
+
+void TestVectorDataSource::importFollowsTheObjectMap()
+{
+    Fixture fixture(4);
+    MVectorDataSource &target = *fixture.model.vectorData(addPoints(3)).GetVectorDataSource();
+    for (const auto storage : {MVectorDataset::TimeSlice, MVectorDataset::TimeSeries}) {
+        const int id = fixture.add(StringType, storage);
+        for (unsigned int object = 0; object < 4; ++object)
+            QVERIFY(fixture.source.AddDataValue(id, 0, object, kSpan, MDatum(QString::number(object)), true, true));
+    }
+    Listener listener;
+    QVERIFY(target.AddListener(&listener));
+    target.ImportFromDataSource(&fixture.source, {3, 9, 1});
+    const QList<DataId> ids = target.GetDatasetIds();
+    QCOMPARE(ids.size(), 2);
+    QCOMPARE(listener.calls.size(), 1); // together, at the end
+    for (const DataId &id : ids) {
+        QVector<QString> values;
+        QSet<int> missing;
+        QVERIFY(target.GetDataValues(id, 0, 5, values, missing));
+        QCOMPARE(missing, QSet<int>{1}); // mapped to an object that is not there
+        QCOMPARE(values[0], QStringLiteral("3"));
+        QCOMPARE(values[2], QStringLiteral("1"));
+        QVERIFY(target.GetLongDescription(id).startsWith(QLatin1String("Subsetted from dataset (\"values\") on ")));
+    }
+}
+
+void TestVectorDataSource::streamGivesTheSameBytesAgain()
+{
+    Fixture fixture;
+    const int id = fixture.add(DecimalType);
+    const int removed = fixture.add(StringType, MVectorDataset::TimeSeries);
+    QVERIFY(fixture.source.AddDataValue(id, 0, 1, kSpan, MDatum(2.5), true, true));
+    QVERIFY(fixture.source.RemoveDataset(removed));
+    const QByteArray bytes = bytesOf(fixture.source);
+    // The kind, the next id, one dataset with the vector tag.
+    QByteArray head;
+    BytesWriter(&head) << qint32(1) << qint32(removed + 1) << qint32(1) << qint32(1) << qint32(id);
+    QCOMPARE(bytes.left(head.size()).toHex(), head.toHex());
+    QCOMPARE(bytes.right(4).toHex(), QByteArray("00000003")); // the object count
+    MVectorDataSource loaded{QString()};
+    BytesReader in(bytes);
+    QVERIFY(loaded.RestoreFromStream(in));
+    QVERIFY(in.atEnd());
+    QCOMPARE(bytesOf(loaded), bytes);
+    QVERIFY(loaded.NewVectorDataset(QString(), DecimalType, MVectorDataset::TimeSlice, 1, QString()) > removed);
+}
+
+void TestVectorDataSource::foreignStreamsAreRefused()
+{
+    Fixture fixture;
+    fixture.add(DecimalType);
+    const QByteArray bytes = bytesOf(fixture.source);
+    QVERIFY(restore(bytes));
+    for (int length = 0; length < bytes.size(); ++length)
+        QVERIFY2(!restore(bytes.left(length)), qPrintable(QString::number(length)));
+    const auto with = [&bytes](int word, quint32 value) {
+        QByteArray changed = bytes;
+        for (int i = 0; i < 4; ++i)
+            changed[4 * word + i] = static_cast<char>(value >> (24 - 8 * i));
+        return changed;
+    };
+    QVERIFY(!restore(with(0, 0)));          // the kind of a raster source
+    QVERIFY(!restore(with(3, 2)));          // a raster dataset's tag
+    QVERIFY(!restore(with(3, 3)));          // no tag
+    QVERIFY(!restore(with(2, 2)));          // more datasets than there are
+    QVERIFY(!restore(with(2, 0x7FFFFFFF))); // more than there can be
+    const int lastWord = bytes.size() - 4;
+    QVERIFY(!restore(bytes.left(lastWord) + QByteArray("\0\0\0\4", 4))); // an object count that no dataset has
+}
+
+void TestVectorDataSource::streamsBefore130000KeepNamesInTables()
+{
+    TestModel model;
+    const auto write = [](int version, int datasets) {
+        QByteArray bytes;
+        BytesWriter out(&bytes);
+        out << qint32(1) << qint32(0x20000) << qint32(0); // kind, next id, no metadata
+        for (int table = 0; table < (version >= 102001 && version < 120000 ? 4 : 3); ++table)
+            out << QMap<int, QString>{{5, QStringLiteral("text")}};
+        out << qint32(9) << qint32(datasets);
+        if (version >= 101000 && version < 102000)
+            out << QMap<int, QString>{{5, QStringLiteral("gone")}};
+        return bytes;
+    };
+    for (int version : {100000, 101500, 102001, 119999, 120000, 129999}) {
+        dataInterfaceVersionLoading = version;
+        MVectorDataSource source{QString()};
+        const QByteArray bytes = write(version, 0);
+        BytesReader in(bytes);
+        QVERIFY2(source.RestoreFromStream(in), qPrintable(QString::number(version)));
+        QVERIFY(in.atEnd());
+        QCOMPARE(source.GetObjectCount(), 9U);
+        QCOMPARE(source.GetNewDatasetId(), 0x20000);
+        QVERIFY(!restore(write(version, 1), version)); // a dataset that is not there
+    }
+    dataInterfaceVersionLoading = serializationVersionNumber;
+}
+
+
+QTEST_GUILESS_MAIN(TestVectorDataSource)
+#include "tst_VectorDataSource.moc"
