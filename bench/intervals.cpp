@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// How far are the union and the refinement of a million intervals from sorting their ends, the least they must do?
-// The ratio of each pair of rows is the answer. "ordered": both lists lie in order of time, as containers hold them;
-// "shuffled": neither does.
+// How far are the union and the refinement of a million intervals from sorting their ends, the
+// least they must do? The ratio of each pair of rows is the answer. "ordered": both lists lie in
+// order of time, as containers hold them; "shuffled": neither does.
 #include <benchmark/benchmark.h>
 #include <QVector>
 #include <algorithm>
@@ -15,7 +15,8 @@ constexpr int kEach = 500000;
 
 enum Order { Ordered, Shuffled };
 
-// Two lists, neither of which overlaps itself; each interval of one overlaps about two of the other.
+// Two lists, neither of which overlaps itself; each interval of one overlaps about two of
+// the other.
 struct Input {
     explicit Input(Order order)
     {

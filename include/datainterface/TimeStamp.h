@@ -18,7 +18,8 @@ struct Interval {
     bool inclusiveEnd = false;
 };
 
-/// A span of discrete time. Two stamps that overlap are equal keys of a map: `operator<` means wholly before.
+/// A span of discrete time. Two stamps that overlap are equal keys of a map: `operator<` means
+/// wholly before.
 class DATAINTERFACE_EXPORT TimeStamp {
 public:
     qint64 startTime;
@@ -34,7 +35,8 @@ public:
     /// A one-point interval is always closed, whatever flags are given.
     TimeStamp(qint64 start, qint64 end, bool startInclusive, bool endInclusive);
     TimeStamp(const Interval &interval);
-    /// Truncates toward zero; beyond the 64-bit range, the infinities included, the ends are those of the range.
+    /// Truncates toward zero; beyond the 64-bit range, the infinities included, the ends are those
+    /// of the range.
     TimeStamp(const timeRange &range);
 
     operator Interval() const { return {startTime, endTime, inclusiveStart, inclusiveEnd}; }
@@ -54,25 +56,28 @@ public:
     }
     bool operator==(const TimeStamp &ts) const
     {
-        return startTime == ts.startTime && endTime == ts.endTime && inclusiveStart == ts.inclusiveStart
-            && inclusiveEnd == ts.inclusiveEnd;
+        return startTime == ts.startTime && endTime == ts.endTime
+               && inclusiveStart == ts.inclusiveStart && inclusiveEnd == ts.inclusiveEnd;
     }
     bool operator!=(const TimeStamp &ts) const { return !(*this == ts); }
     /// The hull, gaps covered.
     TimeStamp operator+(const TimeStamp &ts) const;
     TimeStamp operator+=(const TimeStamp &ts);
-    /// Disjoint stamps give crossed ends: test `overlaps` before or `isValid` after. Raises when `ts` is one tick wide and
-    /// excludes both ends.
+    /// Disjoint stamps give crossed ends: test `overlaps` before or `isValid` after. Raises when
+    /// `ts` is one tick wide and excludes both ends.
     TimeStamp intersect(const TimeStamp &ts) const;
     /// "[start, end)", both ends in the given Qt formats.
     QString toString(TimeFormat format, const char *dateFormat, const char *timeFormat) const;
 
-    /// An empty list stands for no restriction in these two: the other list comes back. Neither list may overlap itself
-    /// ("Invalid time stamp overlap"); pieces that only touch are not joined. O(n log n).
-    static QList<TimeStamp> TimeStampIntersection(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
+    /// An empty list stands for no restriction in these two: the other list comes back. Neither
+    /// list may overlap itself ("Invalid time stamp overlap"); pieces that only touch are not
+    /// joined. O(n log n).
+    static QList<TimeStamp> TimeStampIntersection(const QList<TimeStamp> &a,
+                                                  const QList<TimeStamp> &b);
     static QList<TimeStamp> TimeStampUnion(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
     /// What lies in `a` and not in `b`.
-    static QList<TimeStamp> TimeStampDifference(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
+    static QList<TimeStamp> TimeStampDifference(const QList<TimeStamp> &a,
+                                                const QList<TimeStamp> &b);
     /// The common refinement: disjoint pieces, cut at every boundary of every input. O(n log n).
     static QList<TimeStamp> MergeTimeStamps(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
     static QList<TimeStamp> MergeTimeStamps(const QList<QList<TimeStamp>> &lists);
@@ -82,7 +87,8 @@ public:
 DATAINTERFACE_EXPORT bool operator<(const Interval &a, const Interval &b);
 DATAINTERFACE_EXPORT bool operator==(const Interval &a, const Interval &b);
 
-/// 24 bytes: both times as 64-bit, both flags as 32-bit integers. Reading validates and normalises nothing.
+/// 24 bytes: both times as 64-bit, both flags as 32-bit integers. Reading validates and
+/// normalises nothing.
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const TimeStamp &stamp);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, TimeStamp &stamp);
 

@@ -6,12 +6,13 @@
 /// Percent and text (may be null); false asks the work to stop.
 using ProgressCallback = bool (*)(int percent, const char *text);
 
-/// A scope guard that makes the one bar and closes it. All else is static, so that deep code can report without being
-/// handed an object. Each level of work counts 0 to 100 of its own; the stack of sections maps that onto the bar.
+/// A scope guard that makes the one bar and closes it. All else is static, so that deep code can
+/// report without being handed an object. Each level of work counts 0 to 100 of its own; the stack
+/// of sections maps that onto the bar.
 ///
-/// Under the testing flag, and with no QApplication, no bar is made. Without a bar the reporting operations raise
-/// "Progress bar has not been created"; only Close, UsingProgressBar and CheckForCancel tolerate that. Under the
-/// testing flag all of them return true at once.
+/// Under the testing flag, and with no QApplication, no bar is made. Without a bar the reporting
+/// operations raise "Progress bar has not been created"; only Close, UsingProgressBar and
+/// CheckForCancel tolerate that. Under the testing flag all of them return true at once.
 class DATAINTERFACE_EXPORT VORN_Progress {
 public:
     VORN_Progress(const char *title, const char *label, const char *cancelText);

@@ -14,7 +14,8 @@ QString bugReportAddress()
     return QStringLiteral(DATAINTERFACE_BUG_REPORT_ADDRESS);
 }
 
-// Demangled names hold "&" and "#", which would end the body, so these go with the blanks and quotes.
+// Demangled names hold "&" and "#", which would end the body, so these go
+// with the blanks and quotes.
 QString escaped(QString text)
 {
     text.replace(QLatin1Char('%'), QLatin1String("%25"));
@@ -42,12 +43,14 @@ VORNExceptionDlg::~VORNExceptionDlg() = default;
 
 void VORNExceptionDlg::on_sendButton_clicked()
 {
-    const QString body = QLatin1String("If possible please describe what steps led up to the exception you observed:"
-                                       "%0A%0A%0A%0A%0A")
+    const QString body =
+        QLatin1String("If possible please describe what steps led up to the exception you observed:"
+                      "%0A%0A%0A%0A%0A")
         + escaped(mDetails);
-    const QString url = QLatin1String("mailto:") + bugReportAddress() + QLatin1String("?subject=") + applicationName
-        + QLatin1Char('(') + QLatin1String(datainterface::kVersionText) + QLatin1String(")%20exception:%20") + escaped(mWhat)
-        + QLatin1String("&body=") + body;
+    const QString url =
+        QLatin1String("mailto:") + bugReportAddress() + QLatin1String("?subject=") + applicationName
+        + QLatin1Char('(') + QLatin1String(datainterface::kVersionText)
+        + QLatin1String(")%20exception:%20") + escaped(mWhat) + QLatin1String("&body=") + body;
     QDesktopServices::openUrl(QUrl(url));
     accept();
 }

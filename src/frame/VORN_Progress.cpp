@@ -57,7 +57,8 @@ int toBar(int percent)
     constexpr double kMost = std::numeric_limits<int>::max();
     for (const Section &section : std::as_const(gSections)) {
         const double width = static_cast<double>(section.upper) - section.lower;
-        percent = static_cast<int>(std::clamp(section.lower + width * (percent * 0.01), kLeast, kMost));
+        percent =
+            static_cast<int>(std::clamp(section.lower + width * (percent * 0.01), kLeast, kMost));
     }
     return percent;
 }
@@ -71,8 +72,9 @@ VORN_Progress::VORN_Progress(const char *title, const char *label, const char *c
     require(gBar == nullptr, "Progress bar already exists");
     if (!datainterface::canShowWidgets())
         return;
-    gBar = new QProgressDialog(QString::fromUtf8(label), QString::fromUtf8(cancelText), 0, 100, nullptr,
-                               Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint);
+    gBar = new QProgressDialog(
+        QString::fromUtf8(label), QString::fromUtf8(cancelText), 0, 100, nullptr,
+        Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint);
     gBar->setObjectName(QStringLiteral("ProgressBar"));
     gBar->setModal(true);
     gBar->setWindowTitle(QString::fromUtf8(title));

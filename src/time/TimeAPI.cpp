@@ -44,8 +44,8 @@ Interval VORN_IntersectIntervals(const Interval &a, const Interval &b)
     return datainterface::intersection(a, b);
 }
 
-QVector<Interval> VORN_IntervalIntersection(const QVector<Interval> &ts1, const QVector<Interval> &ts2,
-                                            bool emptyIfEitherEmpty)
+QVector<Interval> VORN_IntervalIntersection(const QVector<Interval> &ts1,
+                                            const QVector<Interval> &ts2, bool emptyIfEitherEmpty)
 {
     if (ts1.isEmpty() || ts2.isEmpty()) {
         if (emptyIfEitherEmpty)
@@ -64,7 +64,8 @@ QVector<Interval> VORN_IntervalUnion(const QVector<Interval> &ts1, const QVector
     return datainterface::sweepDepth(ts1, ts2, 1, kIntervalRules);
 }
 
-QVector<Interval> VORN_IntervalDifference(const QVector<Interval> &ts1, const QVector<Interval> &ts2)
+QVector<Interval> VORN_IntervalDifference(const QVector<Interval> &ts1,
+                                          const QVector<Interval> &ts2)
 {
     return datainterface::sweepDifference(ts1, ts2, kIntervalRules);
 }
@@ -95,7 +96,8 @@ qint64 VORN_ConstructTime(TimeFormat format, int a, int b, int c, int d, int e, 
     return -1;
 }
 
-bool VORN_GetTimeComponents(qint64 t, TimeFormat format, int *a, int *b, int *c, int *d, int *e, int *f)
+bool VORN_GetTimeComponents(qint64 t, TimeFormat format, int *a, int *b, int *c, int *d, int *e,
+                            int *f)
 {
     switch (format) {
     case TF_Date: {

@@ -42,7 +42,8 @@ bool narrowByObjects(const MGeoData &geography, qint64 t, Interval &interval)
     if (!vectors)
         return true;
     timeRange range;
-    if (vectors->GetFennims()->GetObservationsAtTime(t).isEmpty() || !staticRange(*vectors, t, range))
+    if (vectors->GetFennims()->GetObservationsAtTime(t).isEmpty()
+        || !staticRange(*vectors, t, range))
         return false;
     narrow(interval, range.start, range.end, TimeStamp(range));
     return true;
@@ -84,9 +85,15 @@ bool VORN_GetNoChangeInterval(const QVector<int> &dataIds, qint64 t, Interval &i
     QSet<int> geographyIds;
     for (const int id : dataIds)
         geographyIds.insert(datainterface::geographyIdOf(id));
-    for (const int id : qAsConst(geographyIds))
-        known = onGeography(id, false, [&](const MGeoData &g) { return narrowByObjects(g, t, interval); }) && known;
-    for (const int id : dataIds)
-        known = onSource(id, false, [&](const MDataSource &s) { return narrowByValues(s, id, t, interval); }) && known;
+    for (const int id : qAsConst(geographyIds)) {
+        known &= onGeography(id, false, [&](const MGeoData &geography) {
+            return narrowByObjects(geography, t, interval);
+        });
+    }
+    for (const int id : dataIds) {
+        known &= onSource(id, false, [&](const MDataSource &source) {
+            return narrowByValues(source, id, t, interval);
+        });
+    }
     return known;
 }

@@ -28,7 +28,8 @@ qint64 toTime(double time)
 // Widest spans overflow: differences and sums wrap.
 qint64 span(const TimeStamp &stamp)
 {
-    return static_cast<qint64>(static_cast<quint64>(stamp.endTime) - static_cast<quint64>(stamp.startTime));
+    return static_cast<qint64>(static_cast<quint64>(stamp.endTime)
+                               - static_cast<quint64>(stamp.startTime));
 }
 
 void closePoint(TimeStamp &stamp)
@@ -42,9 +43,13 @@ void closePoint(TimeStamp &stamp)
 const TimeStamp TimeStamp::Invalid(kLast, kFirst, true, true);
 
 // Not a copy of Invalid: stamps with static storage elsewhere may be made before it.
-TimeStamp::TimeStamp() : startTime(kLast), endTime(kFirst), inclusiveStart(true), inclusiveEnd(true) {}
+TimeStamp::TimeStamp() : startTime(kLast), endTime(kFirst), inclusiveStart(true), inclusiveEnd(true)
+{
+}
 
-TimeStamp::TimeStamp(qint64 t) : startTime(t), endTime(t), inclusiveStart(true), inclusiveEnd(true) {}
+TimeStamp::TimeStamp(qint64 t) : startTime(t), endTime(t), inclusiveStart(true), inclusiveEnd(true)
+{
+}
 
 TimeStamp::TimeStamp(qint64 start, qint64 end, bool startInclusive, bool endInclusive)
     : startTime(start), endTime(end), inclusiveStart(startInclusive), inclusiveEnd(endInclusive)
@@ -53,12 +58,14 @@ TimeStamp::TimeStamp(qint64 start, qint64 end, bool startInclusive, bool endIncl
 }
 
 TimeStamp::TimeStamp(const Interval &interval)
-    : TimeStamp(interval.startTime, interval.endTime, interval.inclusiveStart, interval.inclusiveEnd)
+    : TimeStamp(interval.startTime, interval.endTime, interval.inclusiveStart,
+                interval.inclusiveEnd)
 {
 }
 
 TimeStamp::TimeStamp(const timeRange &range)
-    : TimeStamp(toTime(range.start), toTime(range.end), (range.flags & 0xF0) != 0, (range.flags & 0x0F) != 0)
+    : TimeStamp(toTime(range.start), toTime(range.end), (range.flags & 0xF0) != 0,
+                (range.flags & 0x0F) != 0)
 {
 }
 
@@ -69,7 +76,8 @@ bool TimeStamp::isValid() const
 
 bool TimeStamp::contains(qint64 t) const
 {
-    return (startTime < t && t < endTime) || (t == startTime && inclusiveStart) || (t == endTime && inclusiveEnd);
+    return (startTime < t && t < endTime) || (t == startTime && inclusiveStart)
+           || (t == endTime && inclusiveEnd);
 }
 
 bool TimeStamp::overlaps(const TimeStamp &ts) const
@@ -119,7 +127,8 @@ QString TimeStamp::toString(TimeFormat format, const char *dateFormat, const cha
     return datainterface::IntervalToString(*this, format, dateFormat, timeFormat);
 }
 
-QList<TimeStamp> TimeStamp::TimeStampIntersection(const QList<TimeStamp> &a, const QList<TimeStamp> &b)
+QList<TimeStamp> TimeStamp::TimeStampIntersection(const QList<TimeStamp> &a,
+                                                  const QList<TimeStamp> &b)
 {
     if (a.isEmpty() || b.isEmpty())
         return a.isEmpty() ? b : a;
@@ -133,7 +142,8 @@ QList<TimeStamp> TimeStamp::TimeStampUnion(const QList<TimeStamp> &a, const QLis
     return datainterface::sweepDepth(a, b, 1, kStampRules);
 }
 
-QList<TimeStamp> TimeStamp::TimeStampDifference(const QList<TimeStamp> &a, const QList<TimeStamp> &b)
+QList<TimeStamp> TimeStamp::TimeStampDifference(const QList<TimeStamp> &a,
+                                                const QList<TimeStamp> &b)
 {
     if (a == b)
         return {};
@@ -160,14 +170,15 @@ bool operator<(const Interval &a, const Interval &b)
 
 bool operator==(const Interval &a, const Interval &b)
 {
-    return a.startTime == b.startTime && a.endTime == b.endTime && a.inclusiveStart == b.inclusiveStart
-        && a.inclusiveEnd == b.inclusiveEnd;
+    return a.startTime == b.startTime && a.endTime == b.endTime
+           && a.inclusiveStart == b.inclusiveStart && a.inclusiveEnd == b.inclusiveEnd;
 }
 
 // The flags go out as 32-bit integers; one byte would shift every later field of old files.
 QDataStream &operator<<(QDataStream &out, const TimeStamp &stamp)
 {
-    return out << stamp.startTime << stamp.endTime << qint32(stamp.inclusiveStart) << qint32(stamp.inclusiveEnd);
+    return out << stamp.startTime << stamp.endTime << qint32(stamp.inclusiveStart)
+               << qint32(stamp.inclusiveEnd);
 }
 
 QDataStream &operator>>(QDataStream &in, TimeStamp &stamp)

@@ -13,8 +13,8 @@ QDate epoch()
     return QDate(1752, 9, 14);
 }
 
-// Steps are counted in 32 bits that wrap: a step of more than 68 years of seconds moves time backward. Saved steps
-// rely on it.
+// Steps are counted in 32 bits that wrap: a step of more than 68 years of seconds moves time
+// backward. Saved steps rely on it.
 quint32 bits(qint32 value)
 {
     return static_cast<quint32>(value);
@@ -28,7 +28,8 @@ qint32 exactDays(const TimeStep &step)
 qint32 secondsOf(const TimeStep &step, qint32 days)
 {
     return static_cast<qint32>(bits(step.seconds)
-                               + (bits(step.minutes) + (bits(step.hours) + bits(days) * 24U) * 60U) * 60U);
+                               + (bits(step.minutes) + (bits(step.hours) + bits(days) * 24U) * 60U)
+                                     * 60U);
 }
 
 qint64 wrappedSum(qint64 a, qint64 b)
@@ -36,7 +37,8 @@ qint64 wrappedSum(qint64 a, qint64 b)
     return static_cast<qint64>(static_cast<quint64>(a) + static_cast<quint64>(b));
 }
 
-template <class CalendarTime> CalendarTime addCalendarDays(const CalendarTime &time, const TimeStep &step)
+template <class CalendarTime>
+CalendarTime addCalendarDays(const CalendarTime &time, const TimeStep &step)
 {
     return time.addYears(step.years).addMonths(step.months).addDays(step.days);
 }
@@ -102,7 +104,8 @@ qint64 IncrementTime(TimeFormat format, TimeStep step, qint64 t)
     case TF_DateTime: {
         if (step.exact)
             return wrappedSum(t, secondsOf(step, exactDays(step)));
-        const QDateTime later = addCalendarDays(ConvertToDateTime(t), step).addSecs(secondsOf(step, 0));
+        const QDateTime later =
+            addCalendarDays(ConvertToDateTime(t), step).addSecs(secondsOf(step, 0));
         return ConvertFromDateTime(later.date(), later.time());
     }
     case TF_Integer:
@@ -123,7 +126,7 @@ QString TimeToString(qint64 t, TimeFormat format, const char *dateFormat, const 
         break;
     case TF_DateTime:
         text = ConvertToDate(t).toString(QString::fromUtf8(dateFormat)) + QLatin1Char(' ')
-            + ConvertToTime(t).toString(QString::fromUtf8(timeFormat));
+               + ConvertToTime(t).toString(QString::fromUtf8(timeFormat));
         break;
     case TF_Integer:
         text = QString::number(t);
@@ -153,12 +156,13 @@ QString TimeStepToString(const TimeStep &step, TimeFormat format)
     return step.exact ? QString(text + QLatin1String(" (exact)")) : text;
 }
 
-QString IntervalToString(const Interval &interval, TimeFormat format, const char *dateFormat, const char *timeFormat)
+QString IntervalToString(const Interval &interval, TimeFormat format, const char *dateFormat,
+                         const char *timeFormat)
 {
     return QLatin1Char(interval.inclusiveStart ? '[' : '(')
-        + TimeToString(interval.startTime, format, dateFormat, timeFormat) + QLatin1String(", ")
-        + TimeToString(interval.endTime, format, dateFormat, timeFormat)
-        + QLatin1Char(interval.inclusiveEnd ? ']' : ')');
+           + TimeToString(interval.startTime, format, dateFormat, timeFormat) + QLatin1String(", ")
+           + TimeToString(interval.endTime, format, dateFormat, timeFormat)
+           + QLatin1Char(interval.inclusiveEnd ? ']' : ')');
 }
 
 } // namespace datainterface

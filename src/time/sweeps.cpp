@@ -40,7 +40,9 @@ void sortBoundaries(TimeBoundaries &boundaries)
         merged.clear();
         merged.reserve(boundaries.size());
         std::vector<size_t> mergedEnds;
-        const auto at = [&boundaries](size_t i) { return boundaries.cbegin() + static_cast<std::ptrdiff_t>(i); };
+        const auto at = [&boundaries](size_t i) {
+            return boundaries.cbegin() + static_cast<std::ptrdiff_t>(i);
+        };
         size_t begin = 0;
         for (size_t run = 0; run < ends.size(); run += 2) {
             const size_t middle = ends[run];

@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: MIT
 /// The algebra of interval lists, told once for TimeStamp and Interval.
 ///
-/// Every interval becomes two boundaries. Sorted, they are walked once, and a piece of the result opens and closes where
-/// the number of open intervals passes a given depth (1: union, 2: intersection) or where the membership in one list
-/// changes against the other (difference). Boundaries at the same time are ordered by where they sit on the time line,
-/// so that [1, 5) and [5, 8) are never open together:
+/// Every interval becomes two boundaries. Sorted, they are walked once, and a piece of the result
+/// opens and closes where the number of open intervals passes a given depth (1: union, 2:
+/// intersection) or where the membership in one list changes against the other (difference).
+/// Boundaries at the same time are ordered by where they sit on the time line, so that [1, 5) and
+/// [5, 8) are never open together:
 ///
 ///     rank 0  exclusive end     just before t
 ///     rank 1  inclusive start   at t
 ///     rank 2  inclusive end     at t
 ///     rank 3  exclusive start   just after t
 ///
-/// At the same time and rank the first list goes first. With that the order is total up to records that are the same in
-/// every field, and no sort has to be stable.
+/// At the same time and rank the first list goes first. With that the order is total up to records
+/// that are the same in every field, and no sort has to be stable.
 #pragma once
 #include <QtGlobal>
 #include <vector>
@@ -50,15 +51,15 @@ private:
 
 using TimeBoundaries = std::vector<TimeBoundary>;
 
-/// Sorts lists that hold long ascending runs, as the boundaries of sorted intervals do, by merging the runs: O(n) for a
-/// fixed number of sorted lists, O(n log n) for any.
+/// Sorts lists that hold long ascending runs, as the boundaries of sorted intervals do, by merging
+/// the runs: O(n) for a fixed number of sorted lists, O(n log n) for any.
 void sortBoundaries(TimeBoundaries &boundaries);
 
 /// Where the algebras of TimeStamp and of Interval differ.
 struct SweepRules {
     const char *file;     ///< of the operation, as the failure shows it
     const char *badCount; ///< raised when more than two intervals are open, or fewer than none
-    bool closesPoints;    ///< a one-point interval counts as closed; else the first list must hold it closed
+    bool closesPoints;    ///< one-point intervals count as closed; else the first list's must be
     bool dropsEmpty;      ///< pieces without an instant are left out
 };
 
@@ -66,8 +67,8 @@ struct SweepRules {
 template <class Span> bool holdsNoInstant(const Span &span)
 {
     return span.startTime > span.endTime
-        || (span.endTime != span.startTime && span.endTime - 1 == span.startTime && !span.inclusiveStart
-            && !span.inclusiveEnd);
+           || (span.endTime != span.startTime && span.endTime - 1 == span.startTime
+               && !span.inclusiveStart && !span.inclusiveEnd);
 }
 
 /// The span shared by both, by its fields: crossed ends when they share none.
@@ -86,11 +87,13 @@ template <class Span> Span intersection(const Span &a, const Span &b)
 }
 
 template <class Spans>
-void appendBoundaries(TimeBoundaries &boundaries, const Spans &spans, quint32 list, bool closesPoints)
+void appendBoundaries(TimeBoundaries &boundaries, const Spans &spans, quint32 list,
+                      bool closesPoints)
 {
     for (const auto &span : spans) {
         const bool closed = closesPoints && span.startTime == span.endTime;
-        boundaries.emplace_back(span.startTime, TimeBoundary::Start, closed || span.inclusiveStart, list);
+        boundaries.emplace_back(span.startTime, TimeBoundary::Start, closed || span.inclusiveStart,
+                                list);
         boundaries.emplace_back(span.endTime, TimeBoundary::End, closed || span.inclusiveEnd, list);
     }
 }
@@ -111,7 +114,8 @@ TimeBoundaries sortedBoundaries(const Spans &a, const Spans &b, const SweepRules
     return boundaries;
 }
 
-/// The pieces on which at least `depth` intervals are open. A list that overlaps itself counts as two.
+/// The pieces on which at least `depth` intervals are open. A list that overlaps itself
+/// counts as two.
 template <class Spans>
 Spans sweepDepth(const Spans &a, const Spans &b, int depth, const SweepRules &rules)
 {
@@ -135,7 +139,8 @@ Spans sweepDepth(const Spans &a, const Spans &b, int depth, const SweepRules &ru
     return pieces;
 }
 
-/// What lies in `a` and not in `b`. Where `b` begins or ends inside `a`, the remainder takes in what `b` keeps out.
+/// What lies in `a` and not in `b`. Where `b` begins or ends inside `a`, the remainder takes in
+/// what `b` keeps out.
 template <class Spans>
 Spans sweepDifference(const Spans &a, const Spans &b, const SweepRules &rules)
 {
@@ -165,14 +170,17 @@ Spans sweepDifference(const Spans &a, const Spans &b, const SweepRules &rules)
             open(boundary, !boundary.inclusive());
         } else if (inA && wasInA && !wasInB && inB) {
             const bool holds = close(boundary, !boundary.inclusive());
-            if (holds && (piece.startTime < piece.endTime || (piece.inclusiveStart && piece.inclusiveEnd)))
+            if (holds
+                && (piece.startTime < piece.endTime
+                    || (piece.inclusiveStart && piece.inclusiveEnd)))
                 pieces.append(piece);
         }
     }
     return pieces;
 }
 
-/// The common refinement: consecutive boundaries are the ends of a piece, except across a gap between the inputs.
+/// The common refinement: consecutive boundaries are the ends of a piece, except across a gap
+/// between the inputs.
 template <class Spans> Spans refine(TimeBoundaries boundaries, const char *file)
 {
     Spans pieces;

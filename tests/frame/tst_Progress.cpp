@@ -74,7 +74,8 @@ void TestProgress::mapsNestedSections_data()
     QTest::addColumn<int>("expected");
     QTest::newRow("whole") << Sections{{0, 100}} << 42 << 42;
     QTest::newRow("two levels truncate each") << Sections{{50, 100}, {0, 50}} << 50 << 62;
-    QTest::newRow("as doubles have it") << Sections{{0, 100}} << 29 << 28; // 100 * (29 * 0.01) = 28.999...
+    QTest::newRow("as doubles have it")
+        << Sections{{0, 100}} << 29 << 28; // 100 * (29 * 0.01) = 28.999...
     QTest::newRow("three levels") << Sections{{10, 90}, {50, 75}, {20, 30}} << 99 << 55;
     QTest::newRow("an empty section") << Sections{{30, 30}, {0, 100}} << 77 << 30;
 }
@@ -173,7 +174,8 @@ void TestProgress::misuseFails()
     QCOMPARE(raisedText(badRange), QStringLiteral("lower <= upper"));
     VORN_Progress::PushProgressBarSection();
     VORN_Progress::PopProgressBarSection();
-    QCOMPARE(raisedText([] { VORN_Progress::PopProgressBarSection(); }), QStringLiteral("Unmatched section pop"));
+    QCOMPARE(raisedText([] { VORN_Progress::PopProgressBarSection(); }),
+             QStringLiteral("Unmatched section pop"));
     try {
         VORN_Progress::PopProgressBarSection();
     } catch (const vorn_error &error) {

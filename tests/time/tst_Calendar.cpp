@@ -65,11 +65,13 @@ void TestCalendar::constructs_data()
     QTest::newRow("day after") << int(TF_Date) << Parts{1752, 9, 15, 0, 0, 0} << kDay;
     QTest::newRow("no such day") << int(TF_Date) << Parts{2000, 2, 30, 0, 0, 0} << qint64(-1);
     // 90,352 days from 14 September 1752: Julian day numbers 2361222 and 2451545 + 29.
-    QTest::newRow("leap day") << int(TF_Date) << Parts{2000, 2, 29, 0, 0, 0} << qint64(2451604 - 2361222) * kDay;
+    QTest::newRow("leap day") << int(TF_Date) << Parts{2000, 2, 29, 0, 0, 0}
+                              << qint64(2451604 - 2361222) * kDay;
     QTest::newRow("time") << int(TF_Time) << Parts{23, 59, 59, 0, 0, 0} << qint64(86399);
     QTest::newRow("no such hour") << int(TF_Time) << Parts{24, 0, 0, 0, 0, 0} << qint64(-1);
     QTest::newRow("both") << int(TF_DateTime) << Parts{1752, 9, 13, 0, 0, 1} << 1 - kDay;
-    QTest::newRow("no such minute") << int(TF_DateTime) << Parts{1752, 9, 14, 0, 60, 0} << qint64(-1);
+    QTest::newRow("no such minute")
+        << int(TF_DateTime) << Parts{1752, 9, 14, 0, 60, 0} << qint64(-1);
     QTest::newRow("number") << int(TF_Integer) << Parts{-7, 0, 0, 0, 0, 0} << qint64(-7);
     QTest::newRow("no format") << 9 << Parts{1, 1, 1, 1, 1, 1} << qint64(-1);
 }
@@ -78,28 +80,33 @@ void TestCalendar::constructs()
 {
     QFETCH(int, format);
     QFETCH(QVector<int>, parts);
-    QTEST(VORN_ConstructTime(static_cast<TimeFormat>(format), parts[0], parts[1], parts[2], parts[3], parts[4],
-                             parts[5]),
+    QTEST(VORN_ConstructTime(static_cast<TimeFormat>(format), parts[0], parts[1], parts[2],
+                             parts[3], parts[4], parts[5]),
           "expected");
 }
 
 void TestCalendar::componentsOfADate()
 {
     int a = 0, b = 0, c = 0, d = 7, e = 7, f = 7;
-    QVERIFY(VORN_GetTimeComponents(day(1999, 12, 31), TF_Date, &a, &b, &c, nullptr, nullptr, nullptr));
+    QVERIFY(
+        VORN_GetTimeComponents(day(1999, 12, 31), TF_Date, &a, &b, &c, nullptr, nullptr, nullptr));
     QCOMPARE(QVector<int>({a, b, c}), QVector<int>({1999, 12, 31}));
-    QVERIFY(VORN_GetTimeComponents(day(1999, 12, 31) + 3661, TF_DateTime, &a, nullptr, &c, &d, &e, &f));
+    QVERIFY(
+        VORN_GetTimeComponents(day(1999, 12, 31) + 3661, TF_DateTime, &a, nullptr, &c, &d, &e, &f));
     QCOMPARE(QVector<int>({a, c, d, e, f}), QVector<int>({1999, 31, 0, 0, 0}));
-    QVERIFY(VORN_GetTimeComponents((qint64(5) << 32) | 0xFFFFFFFE, TF_Integer, &a, &b, &c, &d, &e, &f));
+    QVERIFY(
+        VORN_GetTimeComponents((qint64(5) << 32) | 0xFFFFFFFE, TF_Integer, &a, &b, &c, &d, &e, &f));
     QCOMPARE(a, -2);
     QVERIFY(!VORN_GetTimeComponents(0, static_cast<TimeFormat>(4), &a, &b, &c, &d, &e, &f));
-    QVERIFY(!VORN_GetTimeComponents(std::numeric_limits<qint64>::max(), TF_Date, &a, &b, &c, &d, &e, &f));
+    QVERIFY(!VORN_GetTimeComponents(std::numeric_limits<qint64>::max(), TF_Date, &a, &b, &c, &d, &e,
+                                    &f));
 }
 
 void TestCalendar::timesOfDayHaveNoComponents()
 {
     int a = 3;
-    QVERIFY(!VORN_GetTimeComponents(3600, TF_Time, &a, nullptr, nullptr, nullptr, nullptr, nullptr));
+    QVERIFY(
+        !VORN_GetTimeComponents(3600, TF_Time, &a, nullptr, nullptr, nullptr, nullptr, nullptr));
     QCOMPARE(a, 3);
     QVERIFY(datainterface::ConvertToTime(3600).isNull());
 }
@@ -125,12 +132,14 @@ void TestCalendar::steps_data()
     row("years first", TF_Date, step(1, 1, 1, false), day(2000, 1, 31), day(2001, 3, 1));
     row("from a leap day", TF_Date, step(1, 0, 0, false), day(2000, 2, 29), day(2001, 2, 28));
     row("exact years", TF_Date, step(2, 0, -1, true), 0, 729 * kDay);
-    row("exact days wrap at 32 bits", TF_Date, step(0, 0, 25000, true), 0, 25000 * kDay - (qint64(1) << 32));
+    row("exact days wrap at 32 bits", TF_Date, step(0, 0, 25000, true), 0,
+        25000 * kDay - (qint64(1) << 32));
     row("drops the time of day", TF_Date, step(0, 0, 1, false), 5 * kDay + 30, 6 * kDay);
     row("within the day", TF_Time, clockStep(1, 2, 3), 10, 10 + 3723);
     row("stops at midnight", TF_Time, clockStep(1, 0, 0), 86000, 86399);
     row("below zero", TF_Time, clockStep(-1, 0, 0), 10, -3590);
-    row("calendar drops the time of day", TF_DateTime, step(0, 1, 0, false), day(2000, 1, 31) + 59, day(2000, 2, 29));
+    row("calendar drops the time of day", TF_DateTime, step(0, 1, 0, false), day(2000, 1, 31) + 59,
+        day(2000, 2, 29));
     row("exact keeps it", TF_DateTime, step(0, 0, 1, true), 59, kDay + 59);
     TimeStep ticks;
     ticks.steps = -3;
@@ -155,7 +164,8 @@ void TestCalendar::texts_data()
                           << QLocale::system().toString(QDate(2000, 2, 29), "d MMM yyyy");
     QTest::newRow("time") << int(TF_Time) << qint64(3600) << QString();
     QTest::newRow("both") << int(TF_DateTime) << qint64(3600)
-                          << QString(QLocale::system().toString(QDate(1752, 9, 14), "d MMM yyyy") + " ");
+                          << QString(QLocale::system().toString(QDate(1752, 9, 14), "d MMM yyyy")
+                                     + " ");
     QTest::newRow("number") << int(TF_Integer) << qint64(-5) << "-5";
     QTest::newRow("no format") << 4 << qint64(1) << QString();
 }
@@ -213,8 +223,9 @@ void TestCalendar::textsGoThroughTheTranslator()
         bool isEmpty() const override { return false; }
         QString translate(const char *context, const char *source, const char *, int) const override
         {
-            return qstrcmp(context, "MGeoData") == 0 && qstrcmp(source, "-5") == 0 ? QStringLiteral("minus five")
-                                                                                  : QString();
+            return qstrcmp(context, "MGeoData") == 0 && qstrcmp(source, "-5") == 0
+                       ? QStringLiteral("minus five")
+                       : QString();
         }
     } minus;
     QCoreApplication::installTranslator(&minus);

@@ -26,13 +26,15 @@ Stamps asStamps(const QVector<Interval> &list)
     return result;
 }
 
-// The naive model: a stamp as the set of places it covers, 2t for the instant t and 2t + 1 for the gap behind it.
+// The naive model: a stamp as the set of places it covers, 2t for the instant t and 2t + 1 for the
+// gap behind it.
 using Places = std::set<qint64>;
 
 void cover(Places &places, const TimeStamp &stamp)
 {
     const qint64 last = 2 * stamp.endTime - (stamp.inclusiveEnd ? 0 : 1);
-    for (qint64 place = 2 * stamp.startTime + (stamp.inclusiveStart ? 0 : 1); place <= last; ++place)
+    for (qint64 place = 2 * stamp.startTime + (stamp.inclusiveStart ? 0 : 1); place <= last;
+         ++place)
         places.insert(place);
 }
 
@@ -58,6 +60,11 @@ bool areInOrder(const Stamps &list)
             return false;
     }
     return true;
+}
+
+template <class... Texts> void addRow(const char *name, Texts... texts)
+{
+    (QTest::newRow(name) << ... << texts);
 }
 
 class RandomStamps {
@@ -114,20 +121,20 @@ void TestIntervalSweeps::pairs_data()
     QTest::addColumn<QString>("both");
     QTest::addColumn<QString>("either");
     QTest::addColumn<QString>("onlyA");
-    QTest::newRow("overlap") << "[1, 3]" << "[2, 4]" << "[2, 3]" << "[1, 4]" << "[1, 2)";
-    QTest::newRow("touching, left open") << "[1, 5)" << "[5, 8)" << "" << "[1, 5) [5, 8)" << "[1, 5)";
-    QTest::newRow("touching, right open") << "[1, 5]" << "(5, 8]" << "" << "[1, 5] (5, 8]" << "[1, 5]";
-    QTest::newRow("touching, closed") << "[1, 5]" << "[5, 8]" << "[5, 5]" << "[1, 8]" << "[1, 5)";
-    QTest::newRow("hole") << "[1, 10]" << "[3, 5]" << "[3, 5]" << "[1, 10]" << "[1, 3) (5, 10]";
-    QTest::newRow("hole, open") << "[1, 10]" << "(3, 5)" << "(3, 5)" << "[1, 10]" << "[1, 3] [5, 10]";
-    QTest::newRow("same start") << "[1, 10]" << "[1, 5]" << "[1, 5]" << "[1, 10]" << "(5, 10]";
-    QTest::newRow("same end") << "[1, 10]" << "[5, 10]" << "[5, 10]" << "[1, 10]" << "[1, 5)";
-    QTest::newRow("a point out of the middle") << "[1, 9]" << "[5, 5]" << "[5, 5]" << "[1, 9]" << "[1, 5) (5, 9]";
-    QTest::newRow("point on point") << "[5, 5]" << "[5, 5] [7, 7]" << "[5, 5]" << "[5, 5] [7, 7]" << "";
-    QTest::newRow("two in one") << "[1, 2] [4, 5]" << "[0, 9]" << "[1, 2] [4, 5]" << "[0, 9]" << "";
-    QTest::newRow("all of time") << "[-9223372036854775808, 9223372036854775807]" << "(0, 9223372036854775807]"
-                                 << "(0, 9223372036854775807]" << "[-9223372036854775808, 9223372036854775807]"
-                                 << "[-9223372036854775808, 0]";
+    addRow("overlap", "[1, 3]", "[2, 4]", "[2, 3]", "[1, 4]", "[1, 2)");
+    addRow("touching, left open", "[1, 5)", "[5, 8)", "", "[1, 5) [5, 8)", "[1, 5)");
+    addRow("touching, right open", "[1, 5]", "(5, 8]", "", "[1, 5] (5, 8]", "[1, 5]");
+    addRow("touching, closed", "[1, 5]", "[5, 8]", "[5, 5]", "[1, 8]", "[1, 5)");
+    addRow("hole", "[1, 10]", "[3, 5]", "[3, 5]", "[1, 10]", "[1, 3) (5, 10]");
+    addRow("hole, open", "[1, 10]", "(3, 5)", "(3, 5)", "[1, 10]", "[1, 3] [5, 10]");
+    addRow("same start", "[1, 10]", "[1, 5]", "[1, 5]", "[1, 10]", "(5, 10]");
+    addRow("same end", "[1, 10]", "[5, 10]", "[5, 10]", "[1, 10]", "[1, 5)");
+    addRow("a point out of the middle", "[1, 9]", "[5, 5]", "[5, 5]", "[1, 9]", "[1, 5) (5, 9]");
+    addRow("point on point", "[5, 5]", "[5, 5] [7, 7]", "[5, 5]", "[5, 5] [7, 7]", "");
+    addRow("two in one", "[1, 2] [4, 5]", "[0, 9]", "[1, 2] [4, 5]", "[0, 9]", "");
+    addRow("all of time", "[-9223372036854775808, 9223372036854775807]", "(0, 9223372036854775807]",
+           "(0, 9223372036854775807]", "[-9223372036854775808, 9223372036854775807]",
+           "[-9223372036854775808, 0]");
 }
 
 void TestIntervalSweeps::pairs()
@@ -143,7 +150,8 @@ void TestIntervalSweeps::pairs()
     QCOMPARE(text(TimeStamp::TimeStampIntersection(second, first)), both);
     QCOMPARE(text(TimeStamp::TimeStampUnion(first, second)), either);
     QCOMPARE(text(TimeStamp::TimeStampDifference(first, second)), onlyA);
-    QCOMPARE(text(asStamps(VORN_IntervalIntersection(intervals(first), intervals(second), true))), both);
+    QCOMPARE(text(asStamps(VORN_IntervalIntersection(intervals(first), intervals(second), true))),
+             both);
     QCOMPARE(text(asStamps(VORN_IntervalUnion(intervals(first), intervals(second)))), either);
     QCOMPARE(text(asStamps(VORN_IntervalDifference(intervals(first), intervals(second)))), onlyA);
 }
@@ -164,11 +172,15 @@ void TestIntervalSweeps::emptyListsAreNoRestriction()
 void TestIntervalSweeps::intervalsKeepEmptyPieces()
 {
     QCOMPARE(TimeStamp::TimeStampIntersection(stamps("[1, 3)"), stamps("(2, 5]")), Stamps());
-    QCOMPARE(text(asStamps(VORN_IntervalIntersection({interval("[1, 3)")}, {interval("(2, 5]")}, true))), "(2, 3)");
+    QCOMPARE(
+        text(asStamps(VORN_IntervalIntersection({interval("[1, 3)")}, {interval("(2, 5]")}, true))),
+        "(2, 3)");
     QCOMPARE(TimeStamp::TimeStampUnion(stamps("(1, 2)"), stamps("[4, 5]")), stamps("[4, 5]"));
-    QCOMPARE(text(asStamps(VORN_IntervalUnion({interval("(1, 2)")}, {interval("[4, 5]")}))), "(1, 2) [4, 5]");
+    QCOMPARE(text(asStamps(VORN_IntervalUnion({interval("(1, 2)")}, {interval("[4, 5]")}))),
+             "(1, 2) [4, 5]");
     QCOMPARE(TimeStamp::TimeStampDifference(stamps("[1, 5]"), stamps("[1, 2] [3, 5]")), Stamps());
-    const QVector<Interval> rest = VORN_IntervalDifference({interval("[1, 5]")}, intervals(stamps("[1, 2] [3, 5]")));
+    const QVector<Interval> rest =
+        VORN_IntervalDifference({interval("[1, 5]")}, intervals(stamps("[1, 2] [3, 5]")));
     QCOMPARE(text(asStamps(rest)), "(2, 3)");
 }
 
@@ -182,8 +194,8 @@ void TestIntervalSweeps::overlapWithinAListFails_data()
 {
     QTest::addColumn<QString>("a");
     QTest::addColumn<QString>("b");
-    QTest::newRow("three open") << "[1, 9] [2, 8]" << "[3, 4]";
-    QTest::newRow("crossed ends") << "[9, 1]" << "[20, 30]";
+    addRow("three open", "[1, 9] [2, 8]", "[3, 4]");
+    addRow("crossed ends", "[9, 1]", "[20, 30]");
 }
 
 void TestIntervalSweeps::overlapWithinAListFails()
@@ -208,8 +220,10 @@ void TestIntervalSweeps::intervalsMustBeInOrderAndClosed()
              QStringLiteral("ts1[i].startTime <= ts1[i].endTime"));
     QCOMPARE(raisedText([&] { VORN_IntervalIntersection(good, crossed, true); }),
              QStringLiteral("ts2[i].startTime <= ts2[i].endTime"));
-    QCOMPARE(raisedText([&] { VORN_IntervalDifference(openPoint, good); }), QStringLiteral("Invalid time stamp"));
-    QCOMPARE(raisedText([&] { VORN_IntervalUnion(openPoint, good); }), QStringLiteral("Invalid time stamp"));
+    QCOMPARE(raisedText([&] { VORN_IntervalDifference(openPoint, good); }),
+             QStringLiteral("Invalid time stamp"));
+    QCOMPARE(raisedText([&] { VORN_IntervalUnion(openPoint, good); }),
+             QStringLiteral("Invalid time stamp"));
     // In the second list its flags stand as they are, and its end sorts before its start.
     QCOMPARE(raisedText([&] { VORN_IntervalUnion(good, openPoint); }),
              QStringLiteral("Invalid time stamp containment"));
@@ -225,20 +239,20 @@ void TestIntervalSweeps::refinement_data()
     QTest::addColumn<QString>("a");
     QTest::addColumn<QString>("b");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("overlap") << "[1, 5]" << "[3, 8]" << "[1, 3) [3, 5] (5, 8]";
-    QTest::newRow("a gap yields nothing") << "[1, 2]" << "[5, 6]" << "[1, 2] [5, 6]";
-    QTest::newRow("the same") << "[1, 5)" << "[1, 5)" << "[1, 5)";
-    QTest::newRow("starts differ") << "[1, 5]" << "(1, 5]" << "[1, 1] (1, 5]";
-    QTest::newRow("ends differ") << "[1, 5]" << "[1, 5)" << "[1, 5) [5, 5]";
-    QTest::newRow("touching, closed") << "[1, 5]" << "[5, 8]" << "[1, 5) [5, 5] (5, 8]";
-    QTest::newRow("touching, left open") << "[1, 5)" << "[5, 8]" << "[1, 5) [5, 8]";
-    QTest::newRow("an instant between two open ends") << "[1, 5) (5, 9]" << "[0, 9]"
-                                                      << "[0, 1) [1, 5) [5, 5] (5, 9]";
-    QTest::newRow("an instant that nobody covers") << "[1, 5)" << "(5, 9]" << "[1, 5) (5, 9]";
-    QTest::newRow("a hole between closed ends") << "[1, 9]" << "[2, 3] [6, 7]"
-                                                << "[1, 2) [2, 3] (3, 6) [6, 7] (7, 9]";
-    QTest::newRow("pieces without an instant") << "[1, 9]" << "[2, 3] [4, 5]" << "[1, 2) [2, 3] [4, 5] (5, 9]";
-    QTest::newRow("nothing") << "" << "" << "";
+    addRow("overlap", "[1, 5]", "[3, 8]", "[1, 3) [3, 5] (5, 8]");
+    addRow("a gap yields nothing", "[1, 2]", "[5, 6]", "[1, 2] [5, 6]");
+    addRow("the same", "[1, 5)", "[1, 5)", "[1, 5)");
+    addRow("starts differ", "[1, 5]", "(1, 5]", "[1, 1] (1, 5]");
+    addRow("ends differ", "[1, 5]", "[1, 5)", "[1, 5) [5, 5]");
+    addRow("touching, closed", "[1, 5]", "[5, 8]", "[1, 5) [5, 5] (5, 8]");
+    addRow("touching, left open", "[1, 5)", "[5, 8]", "[1, 5) [5, 8]");
+    addRow("an instant between two open ends", "[1, 5) (5, 9]", "[0, 9]",
+           "[0, 1) [1, 5) [5, 5] (5, 9]");
+    addRow("an instant that nobody covers", "[1, 5)", "(5, 9]", "[1, 5) (5, 9]");
+    addRow("a hole between closed ends", "[1, 9]", "[2, 3] [6, 7]",
+           "[1, 2) [2, 3] (3, 6) [6, 7] (7, 9]");
+    addRow("pieces without an instant", "[1, 9]", "[2, 3] [4, 5]", "[1, 2) [2, 3] [4, 5] (5, 9]");
+    addRow("nothing", "", "", "");
 }
 
 void TestIntervalSweeps::refinement()
@@ -248,7 +262,8 @@ void TestIntervalSweeps::refinement()
     QFETCH(QString, expected);
     QCOMPARE(text(TimeStamp::MergeTimeStamps(stamps(a), stamps(b))), expected);
     QCOMPARE(text(TimeStamp::MergeTimeStamps(stamps(b), stamps(a))), expected);
-    QCOMPARE(text(asStamps(VORN_MergeIntervals(intervals(stamps(a)), intervals(stamps(b))))), expected);
+    QCOMPARE(text(asStamps(VORN_MergeIntervals(intervals(stamps(a)), intervals(stamps(b))))),
+             expected);
 }
 
 void TestIntervalSweeps::agreesWithTheModel()
@@ -262,21 +277,28 @@ void TestIntervalSweeps::agreesWithTheModel()
         const Places inA = cover(a);
         const Places inB = cover(b);
         Places both, either, onlyA;
-        std::set_intersection(inA.begin(), inA.end(), inB.begin(), inB.end(), std::inserter(both, both.end()));
-        std::set_union(inA.begin(), inA.end(), inB.begin(), inB.end(), std::inserter(either, either.end()));
-        std::set_difference(inA.begin(), inA.end(), inB.begin(), inB.end(), std::inserter(onlyA, onlyA.end()));
-        const auto agrees = [](const Stamps &pieces, const QVector<Interval> &plain, const Places &expected) {
+        std::set_intersection(inA.begin(), inA.end(), inB.begin(), inB.end(),
+                              std::inserter(both, both.end()));
+        std::set_union(inA.begin(), inA.end(), inB.begin(), inB.end(),
+                       std::inserter(either, either.end()));
+        std::set_difference(inA.begin(), inA.end(), inB.begin(), inB.end(),
+                            std::inserter(onlyA, onlyA.end()));
+        const auto agrees = [](const Stamps &pieces, const QVector<Interval> &plain,
+                               const Places &expected) {
             return areInOrder(pieces) && instants(cover(pieces)) == instants(expected)
-                && cover(asStamps(plain)) == expected;
+                   && cover(asStamps(plain)) == expected;
         };
-        const QByteArray message = "seed " + QByteArray::number(seed) + ": " + text(a).toLatin1() + " with "
-            + text(b).toLatin1();
+        const QByteArray message = "seed " + QByteArray::number(seed) + ": " + text(a).toLatin1()
+                                   + " with " + text(b).toLatin1();
         QVERIFY2(agrees(TimeStamp::TimeStampIntersection(a, b),
-                        VORN_IntervalIntersection(intervals(a), intervals(b), true), both), message);
-        QVERIFY2(agrees(TimeStamp::TimeStampUnion(a, b), VORN_IntervalUnion(intervals(a), intervals(b)), either),
+                        VORN_IntervalIntersection(intervals(a), intervals(b), true), both),
                  message);
-        QVERIFY2(agrees(TimeStamp::TimeStampDifference(a, b), VORN_IntervalDifference(intervals(a), intervals(b)),
-                        onlyA), message);
+        QVERIFY2(agrees(TimeStamp::TimeStampUnion(a, b),
+                        VORN_IntervalUnion(intervals(a), intervals(b)), either),
+                 message);
+        QVERIFY2(agrees(TimeStamp::TimeStampDifference(a, b),
+                        VORN_IntervalDifference(intervals(a), intervals(b)), onlyA),
+                 message);
     }
 }
 
@@ -295,8 +317,8 @@ void TestIntervalSweeps::refinementAgreesWithTheModel()
         for (const Stamps &list : qAsConst(lists))
             all += list;
         const Stamps pieces = TimeStamp::MergeTimeStamps(lists);
-        const QByteArray message = "seed " + QByteArray::number(seed) + ": " + text(all).toLatin1() + " to "
-            + text(pieces).toLatin1();
+        const QByteArray message = "seed " + QByteArray::number(seed) + ": " + text(all).toLatin1()
+                                   + " to " + text(pieces).toLatin1();
         QVERIFY2(areInOrder(pieces), message);
         QVERIFY2(instants(cover(pieces)) == instants(cover(all)), message);
         for (const TimeStamp &piece : pieces) {

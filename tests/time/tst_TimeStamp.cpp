@@ -84,7 +84,8 @@ void TestTimeStamp::validity_data()
     QTest::newRow("two ticks, open") << stamp("(3, 5)") << true;
     QTest::newRow("crossed") << stamp("[4, 3]") << false;
     QTest::newRow("a point left open") << raw(3, 3, false, false) << true;
-    QTest::newRow("all of time, open") << stamp("(-9223372036854775808, 9223372036854775807)") << true;
+    QTest::newRow("all of time, open")
+        << stamp("(-9223372036854775808, 9223372036854775807)") << true;
     QTest::newRow("the last tick, open") << TimeStamp(kLast - 1, kLast, false, false) << false;
 }
 
@@ -96,8 +97,10 @@ void TestTimeStamp::validity()
 
 void TestTimeStamp::containsItsInclusiveEnds()
 {
-    QVERIFY(stamp("[1, 5)").contains(1) && stamp("[1, 5)").contains(4) && !stamp("[1, 5)").contains(5));
-    QVERIFY(!stamp("(1, 5]").contains(1) && stamp("(1, 5]").contains(5) && !stamp("(1, 5]").contains(6));
+    QVERIFY(stamp("[1, 5)").contains(1) && stamp("[1, 5)").contains(4)
+            && !stamp("[1, 5)").contains(5));
+    QVERIFY(!stamp("(1, 5]").contains(1) && stamp("(1, 5]").contains(5)
+            && !stamp("(1, 5]").contains(6));
 }
 
 void TestTimeStamp::relations_data()
@@ -150,8 +153,10 @@ void TestTimeStamp::representativeInstant_data()
     QTest::newRow("end") << stamp("(1, 9]") << QString() << qint64(9);
     QTest::newRow("middle") << stamp("(3, 5)") << QString() << qint64(4);
     QTest::newRow("middle, toward zero") << stamp("(-3, 0)") << QString() << qint64(-1);
-    QTest::newRow("middle of all time") << TimeStamp(kFirst, kLast, false, false) << QString() << qint64(0);
-    QTest::newRow("sum wraps") << TimeStamp(kLast - 4, kLast, false, false) << QString() << qint64(-3);
+    QTest::newRow("middle of all time")
+        << TimeStamp(kFirst, kLast, false, false) << QString() << qint64(0);
+    QTest::newRow("sum wraps") << TimeStamp(kLast - 4, kLast, false, false) << QString()
+                               << qint64(-3);
     QTest::newRow("none") << stamp("(3, 4)") << "Invalid time stamp" << qint64(0);
 }
 
@@ -170,11 +175,16 @@ void TestTimeStamp::hullAndIntersection_data()
     QTest::addColumn<TimeStamp>("b");
     QTest::addColumn<TimeStamp>("hull");
     QTest::addColumn<TimeStamp>("shared");
-    QTest::newRow("over") << stamp("[1, 5)") << stamp("(3, 8]") << stamp("[1, 8]") << stamp("(3, 5)");
-    QTest::newRow("inside") << stamp("(1, 8)") << stamp("[2, 3]") << stamp("(1, 8)") << stamp("[2, 3]");
-    QTest::newRow("same ends") << stamp("[1, 8)") << stamp("(1, 8]") << stamp("[1, 8]") << stamp("(1, 8)");
-    QTest::newRow("apart") << stamp("[1, 2]") << stamp("[5, 6]") << stamp("[1, 6]") << stamp("[5, 2]");
-    QTest::newRow("touching") << stamp("[1, 5)") << stamp("[5, 8]") << stamp("[1, 8]") << raw(5, 5, true, false);
+    QTest::newRow("over") << stamp("[1, 5)") << stamp("(3, 8]") << stamp("[1, 8]")
+                          << stamp("(3, 5)");
+    QTest::newRow("inside") << stamp("(1, 8)") << stamp("[2, 3]") << stamp("(1, 8)")
+                            << stamp("[2, 3]");
+    QTest::newRow("same ends") << stamp("[1, 8)") << stamp("(1, 8]") << stamp("[1, 8]")
+                               << stamp("(1, 8)");
+    QTest::newRow("apart") << stamp("[1, 2]") << stamp("[5, 6]") << stamp("[1, 6]")
+                           << stamp("[5, 2]");
+    QTest::newRow("touching") << stamp("[1, 5)") << stamp("[5, 8]") << stamp("[1, 8]")
+                              << raw(5, 5, true, false);
 }
 
 void TestTimeStamp::hullAndIntersection()
@@ -195,7 +205,8 @@ void TestTimeStamp::hullAndIntersection()
 
 void TestTimeStamp::intersectRefusesAnEmptyArgument()
 {
-    const QString text = "!(ts.endTime-ts.startTime == 1 and !ts.inclusiveEnd and !ts.inclusiveStart)";
+    const QString text =
+        "!(ts.endTime-ts.startTime == 1 and !ts.inclusiveEnd and !ts.inclusiveStart)";
     QCOMPARE(raisedText([] { stamp("[1, 9]").intersect(stamp("(3, 4)")); }), text);
     QCOMPARE(stamp("(3, 4)").intersect(stamp("[1, 9]")), stamp("(3, 4)"));
     QCOMPARE(VORN_IntersectIntervals(interval("[1, 9]"), interval("(3, 4)")), interval("(3, 4)"));
@@ -228,7 +239,8 @@ void TestTimeStamp::rangesOfTheGeometryLibrary()
 
 void TestTimeStamp::streamIsTwentyFourBytes()
 {
-    const QByteArray golden = QByteArray::fromHex("0000000000000001 ffffffffffffffff 00000001 00000000");
+    const QByteArray golden =
+        QByteArray::fromHex("0000000000000001 ffffffffffffffff 00000001 00000000");
     QByteArray bytes;
     datainterface::BytesWriter out(&bytes);
     out << TimeStamp(1, -1, true, false);

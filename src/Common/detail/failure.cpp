@@ -5,7 +5,10 @@
 #include "Common/detail/stackText.h"
 #include "datainterface/vorn_error.h"
 
-vorn_error::vorn_error(const char *text, const std::string &stack) : std::runtime_error(text), mStack(stack) {}
+vorn_error::vorn_error(const char *text, const std::string &stack)
+    : std::runtime_error(text), mStack(stack)
+{
+}
 vorn_error::vorn_error(const vorn_error &other) = default;
 vorn_error::~vorn_error() = default;
 
@@ -23,8 +26,8 @@ std::string fileLabel(std::string_view path)
 
 void fail(const char *text, const char *file, int line)
 {
-    const std::string message =
-        '"' + std::string(text) + "\"\n(" + fileLabel(file) + ", line " + std::to_string(line) + ')';
+    const std::string message = '"' + std::string(text) + "\"\n(" + fileLabel(file) + ", line "
+                                + std::to_string(line) + ')';
     throw vorn_error(message.c_str(), stackText());
 }
 

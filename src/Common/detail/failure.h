@@ -5,12 +5,15 @@
 
 namespace datainterface {
 
-/// Throws vorn_error with `text` in double quotes, the file's label and the line. Out of line: a passing check costs
-/// its test alone. The label is the file's name up to its first dot ("MVectorDataset" for
-/// MVectorDataset.values.cpp), and "..\Common\DataManager" for the block store.
-[[noreturn]] void fail(const char *text, const char *file = __builtin_FILE(), int line = __builtin_LINE());
+/// Throws vorn_error with `text` in double quotes, the file's label and the line. Out of line: a
+/// passing check costs its test alone. The label is the file's name up to its first dot
+/// ("MVectorDataset" for MVectorDataset.values.cpp), and "..\Common\DataManager" for the block
+/// store.
+[[noreturn]] void fail(const char *text, const char *file = __builtin_FILE(),
+                       int line = __builtin_LINE());
 
-inline void require(bool holds, const char *text, const char *file = __builtin_FILE(), int line = __builtin_LINE())
+inline void require(bool holds, const char *text, const char *file = __builtin_FILE(),
+                    int line = __builtin_LINE())
 {
     if (Q_UNLIKELY(!holds))
         fail(text, file, line);

@@ -54,7 +54,8 @@ void locateBySymbols(uintptr_t address, Location &location)
     static backtrace_state *const state = backtrace_create_state(nullptr, 1, ignore, nullptr);
     if (!state)
         return;
-    const auto takeSymbol = [](void *data, uintptr_t pc, const char *symbol, uintptr_t start, uintptr_t) {
+    const auto takeSymbol = [](void *data, uintptr_t pc, const char *symbol, uintptr_t start,
+                               uintptr_t) {
         if (symbol) {
             static_cast<Location *>(data)->name = readableName(symbol);
             static_cast<Location *>(data)->displacement = pc - start;
@@ -72,17 +73,21 @@ void locateBySymbols(uintptr_t address, Location &location)
     backtrace_pcinfo(state, address, takeLine, ignore, &location);
 }
 #else
-void locateBySymbols(uintptr_t, Location &) {}
+void locateBySymbols(uintptr_t, Location &)
+{
+}
 #endif
 
-// Exported functions; for the others the module and the offset, from which a debugger tells the rest.
+// Exported functions; for the others the module and the offset, from which a debugger tells
+// the rest.
 void locateByLinker(uintptr_t address, Location &location)
 {
     Dl_info info{};
     if (!dladdr(reinterpret_cast<const void *>(address), &info))
         return;
     const void *base = info.dli_sname ? info.dli_saddr : info.dli_fbase;
-    location.name = info.dli_sname ? readableName(info.dli_sname) : baseName(info.dli_fname ? info.dli_fname : "");
+    location.name = info.dli_sname ? readableName(info.dli_sname)
+                                   : baseName(info.dli_fname ? info.dli_fname : "");
     location.displacement = address - reinterpret_cast<uintptr_t>(base);
 }
 
@@ -109,10 +114,12 @@ Q_NEVER_INLINE std::string stackText() noexcept
     try {
         std::array<void *, kMaxFrames + kOwnFrames> frames{};
         const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
-        // How many frames the collector leaves above the caller's differs; a sanitizer adds its own.
+        // How many frames the collector leaves above the caller's differs; a sanitizer adds
+        // its own.
         const auto caller = std::find(frames.begin(), frames.end(), __builtin_return_address(0));
         std::string text;
-        for (auto frame = caller == frames.end() ? frames.begin() : caller + 1; frame < frames.begin() + count; ++frame)
+        for (auto frame = caller == frames.end() ? frames.begin() : caller + 1;
+             frame < frames.begin() + count; ++frame)
             text += "  " + describe(reinterpret_cast<uintptr_t>(*frame)) + '\n';
         return text;
     } catch (...) {
