@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: MIT
+#include <QApplication>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTextDocument>
+#include <QTextEdit>
+#include <QTimer>
+#include <QUrl>
+#include <QtTest>
+#include <cstddef>
+#include <cstdint>
+#include "Common/detail/failure.h"
+#include "datainterface/ControllerBase.h"
+#include "datainterface/DiagnosticsAPI.h"
+#include "datainterface/VORNExceptionDlg.h"
+#include "datainterface/VersionAPI.h"
+#include "frame/frameState.h"
+#include "support/support.h"
+
+namespace {
+
+class LoggingController : public ControllerBase {
+public:
+    void AddToLog(const QString &text, bool flag) override
+    {
+        mText = text;
+        mFlag = flag;
+    }
+    QString mText;
+    bool mFlag = false;
+};
+
+volatile bool gFails = true; // keeps the compiler from making a loop of the recursion
+
+Q_NEVER_INLINE int failInAnInnerFunction(int depth)
+{
+    if (depth > 0)
+        return failInAnInnerFunction(depth - 1) + (gFails ? 1 : 2);
+    if (gFails)
+        datainterface::fail("x", "../somewhere/f.part.cpp", 12);
+    return 0;
+}
+
+// Looks at the modal dialog that the next call opens, then ends it whatever was found.
+template <class Look> void whileModal(Look look)
+{
+    QTimer::singleShot(0, [look] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        look(dialog);
+        dialog->close();
+    });
+}
+
+} // namespace
+
+class TestDiagnostics : public QObject {
+    Q_OBJECT
+public Q_SLOTS:
+    void takeUrl(const QUrl &url) { mUrl = url; }
+private Q_SLOTS:
+    void failureTellsTextFileAndLine();
+    void blockStoreKeepsItsFolder();
+    void stackNamesTheCallers();
+    void stackOfDeepRecursionIsBounded();
+    void logTakesPlainTexts();
+    void logFormats();
+    void warningIsSilentUnderTesting();
+    void warningShowsOneButton();
+    void exceptionDialogShowsWhatTheHostSays();
+    void mailHoldsTheFailure();
+
+private:
+    QUrl mUrl;
+};
+
+void TestDiagnostics::failureTellsTextFileAndLine()
+{
+    try {
+        failInAnInnerFunction(0);
+        QFAIL("no failure");
+    } catch (const std::runtime_error &error) {
+        QCOMPARE(error.what(), "\"x\"\n(f, line 12)");
+    }
+}
+
+void TestDiagnostics::blockStoreKeepsItsFolder()
+{
+    try {
+        datainterface::fail("opened", "src/Common/DataManager.cpp", 98);
+    } catch (const vorn_error &error) {
+        const vorn_error copy(error);
+        QCOMPARE(copy.what(), "\"opened\"\n(..\\Common\\DataManager, line 98)");
+        QCOMPARE(copy.stack(), error.stack());
+    }
+}
+
+void TestDiagnostics::stackNamesTheCallers()
+{
+    try {
+        failInAnInnerFunction(0);
+    } catch (const vorn_error &error) {
+        const QStringList lines = QString::fromStdString(error.stack()).split(QLatin1Char('\n'));
+        QVERIFY2(lines.size() > 3, error.stack().c_str());
+        QVERIFY(lines.last().isEmpty()); // each line ends in a line break
+        for (const QString &line : lines.mid(0, lines.size() - 1))
+            QVERIFY2(line.startsWith(QLatin1String("  ")) && line.size() > 3,
+                     error.stack().c_str());
+        // Qt's own functions are exported, so their names are there in every build.
+        QVERIFY2(error.stack().find("QTest::qExec(QObject*, int, char**)+0x") != std::string::npos,
+                 error.stack().c_str());
+        QVERIFY2(error.stack().find("datainterface::fail") == std::string::npos,
+                 error.stack().c_str());
+    }
+}
+
+void TestDiagnostics::stackOfDeepRecursionIsBounded()
+{
+    try {
+        failInAnInnerFunction(5000);
+    } catch (const vorn_error &error) {
+        QVERIFY(!error.stack().empty());
+        QVERIFY(error.stack().size() < 200000);
+    }
+}
+
+void TestDiagnostics::logTakesPlainTexts()
+{
+    LoggingController controller;
+    datainterface::setController(&controller);
+    VORN_AddToLog(QStringLiteral("100% of %s"));
+    QCOMPARE(controller.mText, QStringLiteral("100% of %s"));
+    QVERIFY(controller.mFlag);
+    datainterface::setController(nullptr);
+}
+
+void TestDiagnostics::logFormats()
+{
+    LoggingController controller;
+    datainterface::setController(&controller);
+    const auto logged = [&controller](auto... arguments) {
+        VORN_AddToLog(arguments...);
+        return controller.mText;
+    };
+    QCOMPARE(logged("%d items", 3), QStringLiteral("3 items"));
+    QVERIFY(controller.mFlag);
+    QCOMPARE(logged("100%%"), QStringLiteral("100%"));
+    QCOMPARE(logged("%+5d|%-5d|%05i|%#x|%#o|% d|%u|%X", 3, 4, 5, 255, 8, 7, 9U, 0xab),
+             QStringLiteral("   +3|4    |00005|0xff|010| 7|9|AB"));
+    QCOMPARE(logged("%*d|%-*d|%*d|%.*f|%.*f", 6, 42, 4, 7, -6, 42, 1, 1.75, -1, 2.5),
+             QStringLiteral(
+                 "    42|7   |42|1.8|2.500000")); // a negative width or precision counts as absent
+    QCOMPARE(logged("%.3d|%5.3d|%zu|%jd|%td|%lld|%ld", 5, 5, std::size_t(7), std::intmax_t(-1),
+                    std::ptrdiff_t(-2), 1LL << 40, -3L),
+             QStringLiteral("005|  005|7|-1|-2|1099511627776|-3"));
+    QCOMPARE(logged("%e|%G|%.2f|%Lf", 1.5, 1e-10, 0.375, 1.5L),
+             QStringLiteral("1.500000e+00|1E-10|0.38|1.500000"));
+    QCOMPARE(logged("%c|%3c|%p", 'z', 'y', reinterpret_cast<void *>(0x1234)),
+             QStringLiteral("z|  y|0x1234"));
+    QCOMPARE(logged("%s|%.3s|%8s|%-4s|", "gr\xc3\xbc\xc3\x9f", "abcdef", "x", "y"),
+             QString::fromUtf8("gr\xc3\xbc\xc3\x9f|abc|       x|y   |"));
+    const ushort wide[] = {'h', 0x20ac, 'i', 0};
+    QCOMPARE(logged("%ls|%.2ls", wide, wide), QString::fromUtf8("h\xe2\x82\xaci|h\xe2\x82\xac"));
+    const char unterminated[] = {'a', 'b', 'c'};
+    QCOMPARE(logged("%.3s", unterminated), QStringLiteral("abc"));
+    int count = 0;
+    qint8 small = 0;
+    QCOMPARE(logged("gr\xc3\xbc\xc3\x9f%n %d%hhn", &count, 5, &small),
+             QString::fromUtf8("gr\xc3\xbc\xc3\x9f 5"));
+    QCOMPARE(count, 4);
+    QCOMPARE(int(small), 6);
+    datainterface::setController(nullptr);
+}
+
+void TestDiagnostics::warningIsSilentUnderTesting()
+{
+    datainterface::setTesting(true);
+    VORN_ShowWarningDialog(QStringLiteral("title"), QStringLiteral("text")); // would wait for ever
+    datainterface::setTesting(false);
+}
+
+void TestDiagnostics::warningShowsOneButton()
+{
+    QStringList texts;
+    QMessageBox::StandardButtons buttons;
+    whileModal([&](QWidget *dialog) {
+        if (const auto *box = qobject_cast<QMessageBox *>(dialog)) {
+            texts = QStringList{box->windowTitle(), box->text()};
+            buttons = box->standardButtons();
+        }
+    });
+    VORN_ShowWarningDialog(QStringLiteral("title"), QStringLiteral("text"));
+    QCOMPARE(texts, QStringList({QStringLiteral("title"), QStringLiteral("text")}));
+    QCOMPARE(buttons, QMessageBox::StandardButtons(0x400));
+}
+
+void TestDiagnostics::exceptionDialogShowsWhatTheHostSays()
+{
+    bool shown = false;
+    whileModal(
+        [&](QWidget *dialog) { shown = qobject_cast<VORNExceptionDlg *>(dialog) != nullptr; });
+    VORN_ShowExceptionDialog(QStringLiteral("It broke"), QStringLiteral("w"), QStringLiteral("d"));
+    QVERIFY(shown);
+
+    VORNExceptionDlg dialog(QStringLiteral("It broke"), QStringLiteral("w"),
+                            QStringLiteral("a <b>\nc"));
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("Application error"));
+    QCOMPARE(dialog.size(), QSize(450, 343));
+    QCOMPARE(dialog.findChild<QLabel *>("errorLabel")->text(), QStringLiteral("It broke"));
+    QCOMPARE(dialog.findChild<QTextEdit *>("infoTextEdit")->toPlainText(),
+             QStringLiteral("a <b>\nc"));
+    QVERIFY(dialog.findChild<QTextEdit *>("infoTextEdit")->isReadOnly());
+    QVERIFY(dialog.findChild<QLabel *>("errorIcon")->pixmap(Qt::ReturnByValue).width() > 0);
+    QTextDocument link;
+    link.setHtml(dialog.findChild<QLabel *>("linkLabel")->text());
+    QCOMPARE(link.toPlainText(),
+             QStringLiteral("To help us fix this error you can have Meridor send us an "
+                            "auto-generated email (or you can "
+                            "send the text below to " DATAINTERFACE_BUG_REPORT_ADDRESS ")."));
+    dialog.setResult(QDialog::Accepted);
+    dialog.findChild<QPushButton *>("cancelButton")->click();
+    QCOMPARE(dialog.result(), int(QDialog::Rejected));
+}
+
+void TestDiagnostics::mailHoldsTheFailure()
+{
+    QDesktopServices::setUrlHandler(QStringLiteral("mailto"), this, "takeUrl");
+    VORNExceptionDlg dialog(
+        QStringLiteral("t"), QStringLiteral("\"opened\"\n(f, line 1)"),
+        QStringLiteral("  f(QList<int> const&)+0x1 in a.cpp(3)\n  \"g\" 100% #1"));
+    dialog.findChild<QPushButton *>("sendButton")->click();
+    QDesktopServices::unsetUrlHandler(QStringLiteral("mailto"));
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QCOMPARE(mUrl.path(), QStringLiteral(DATAINTERFACE_BUG_REPORT_ADDRESS));
+    QVERIFY(mUrl.fragment().isEmpty());
+    const QStringList parts = QString::fromLatin1(mUrl.toEncoded()).section('?', 1).split('&');
+    QCOMPARE(parts.size(), 2);
+    const auto decoded = [](const QString &part) {
+        return QUrl::fromPercentEncoding(part.toLatin1());
+    };
+    QCOMPARE(decoded(parts[0]),
+             QStringLiteral("subject=Meridor(4.00.021) exception: \"opened\"\n(f, line 1)"));
+    QCOMPARE(decoded(parts[1]),
+             QStringLiteral("body=If possible please describe what steps led up to the exception "
+                            "you observed:\n\n\n\n\n"
+                            "  f(QList<int> const&)+0x1 in a.cpp(3)\n  \"g\" 100% #1"));
+    for (const QString &part : parts)
+        QVERIFY(!part.contains(' ') && !part.contains('"') && !part.contains('\n'));
+}
+
+QTEST_MAIN(TestDiagnostics)
+#include "tst_Diagnostics.moc"
