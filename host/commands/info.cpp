@@ -25,6 +25,17 @@ QJsonObject span(const TimeAxis &axis, const TimeStamp &bounds)
     return {{QStringLiteral("start"), axis.show(bounds.startTime)}, {QStringLiteral("end"), axis.show(bounds.endTime)}};
 }
 
+/// Coordinates that are angles come with the unit's EPSG code in place of its name.
+QString unitName(const QVariant &unit)
+{
+    switch (unit.type() == QVariant::Int ? unit.toInt() : 0) {
+    case 9101: return QStringLiteral("radian");
+    case 9102: return QStringLiteral("degree");
+    case 9105: return QStringLiteral("grad");
+    default: return unit.toString();
+    }
+}
+
 QJsonObject describeDataset(int id, const TimeAxis &axis)
 {
     const DatasetProps props = VORN_GetDatasetProperties(id);
@@ -56,7 +67,7 @@ QJsonObject describeGeography(int id, const QString &at)
         {QStringLiteral("shapes"), QLatin1String(shapeName(props.type))},
         {QStringLiteral("objects"), props.objectCount},
         {QStringLiteral("projection"), props.metaData.value(QStringLiteral("Projection")).toString()},
-        {QStringLiteral("distanceUnit"), props.metaData.value(QStringLiteral("Distance unit")).toString()},
+        {QStringLiteral("distanceUnit"), unitName(props.metaData.value(QStringLiteral("Distance unit")))},
         {QStringLiteral("history"), props.metaData.value(QStringLiteral("History")).toString()},
         {QStringLiteral("bounds"), QJsonArray{props.bounds.left(), props.bounds.top(),
                                               props.bounds.left() + props.bounds.width(),

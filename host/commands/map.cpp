@@ -50,9 +50,9 @@ void run(Options options, const Context &context)
     const qint64 time = chooseTime(dataset, options.at);
     options.style.size = QSize(options.width, options.height);
     const TimeAxis axis = axisOf(VORN_GetGeographyId(dataset));
-    options.style.subtitle =
-        datasetOf(dataset)->IsStatic() ? geographyName(VORN_GetGeographyId(dataset))
-                                       : options.at.isEmpty() ? axis.show(time) : options.at;
+    options.style.subtitle = !options.at.isEmpty()         ? options.at
+        : datasetOf(dataset)->IsStatic() ? geographyName(VORN_GetGeographyId(dataset))
+                                         : axis.show(time);
 
     MapPicture picture;
     session.controller().painter = [&](const MapView &view) {
@@ -87,7 +87,7 @@ void addMap(CLI::App &app, Context &context)
         ->default_str("jenks")->check(CLI::IsMember({"equal", "quantile", "jenks"}));
     command.add_option("--count", options->style.classes, "Number of classes")
         ->capture_default_str()->check(CLI::Range(1, 64));
-    command.add_flag("--all-times", options->style.breaksOfAllTimes, "Classes of all times, to compare pictures");
+    command.add_flag("--all-times", options->style.allTimes, "Classes and extent of all times, to compare pictures");
     std::vector<std::string> palettes;
     for (const QString &name : paletteNames())
         palettes.push_back(name.toStdString());

@@ -6,6 +6,7 @@
 #include "commands/commands.h"
 #include "commands/statistics.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataset.h"
 #include "failure.h"
 #include "interrupt.h"
@@ -26,6 +27,29 @@ Statistics statisticsAt(int dataset, qint64 time)
     return result;
 }
 
+namespace {
+
+/// Values that are kept: of series each entry once, however other objects cut time.
+qint64 valueCount(int dataset)
+{
+    const DatasetProps props = VORN_GetDatasetProperties(dataset);
+    qint64 count = 0;
+    if (props.storageType == TimeSlice) {
+        for (const Interval &interval : dataTimes(dataset))
+            count += VORN_GetDataCount(dataset, instantOf(interval));
+        return count;
+    }
+    const int objects = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount;
+    for (int object = 0; object < objects; ++object) {
+        QVector<Interval> intervals;
+        VORN_GetDataIntervals(dataset, 0, object, intervals);
+        count += intervals.size();
+    }
+    return count;
+}
+
+} // namespace
+
 Statistics statisticsOfAll(int dataset)
 {
     Statistics result;
@@ -36,8 +60,7 @@ Statistics statisticsOfAll(int dataset)
     result.mean = whole.mean;
     result.minimum = whole.minimum.toDouble();
     result.maximum = whole.maximum.toDouble();
-    for (const Interval &interval : dataTimes(dataset))
-        result.count += VORN_GetDataCount(dataset, instantOf(interval));
+    result.count = valueCount(dataset);
     return result;
 }
 

@@ -67,16 +67,21 @@ MapShape toMapShape(const TreeObject *object)
     return shape;
 }
 
-/// Decimals that tell the limits apart.
+/// The fewest decimals that move no limit by more than half a percent of the narrowest class.
 int decimalsFor(const QVector<double> &breaks)
 {
     double step = breaks.last() - breaks.first();
     for (int i = 1; i < breaks.size(); ++i)
         if (breaks[i] > breaks[i - 1])
             step = std::min(step, breaks[i] - breaks[i - 1]);
-    if (step <= 0 || step >= 20)
-        return 0;
-    return qBound(0, 2 - static_cast<int>(std::floor(std::log10(step))), 8);
+    for (int decimals = 0; decimals < 8; ++decimals) {
+        const double scale = std::pow(10, decimals);
+        if (std::all_of(breaks.begin(), breaks.end(), [&](double limit) {
+                return std::abs(std::round(limit * scale) / scale - limit) <= 0.005 * step;
+            }))
+            return decimals;
+    }
+    return 8;
 }
 
 /// Thousands in groups of three, parted by a thin space.
@@ -106,7 +111,7 @@ struct Classified {
 Classified classifyNumbers(const MapView &view, const MapStyle &style, const ValuesAt &values)
 {
     const auto method = classificationOf(style.method);
-    const QVector<double> breaks = style.breaksOfAllTimes ? breaksOfAll(view.dataset, method, style.classes)
+    const QVector<double> breaks = style.allTimes ? breaksOfAll(view.dataset, method, style.classes)
                                                           : breaksAt(view.dataset, view.time, method, style.classes);
     Classified result;
     if (breaks.size() > 1) {
@@ -120,12 +125,12 @@ Classified classifyNumbers(const MapView &view, const MapStyle &style, const Val
     return result;
 }
 
-Classified classifyTexts(const ValuesAt &values)
+Classified classifyTexts(const ValuesAt &values, const QVector<int> &existing)
 {
     QMap<QString, int> counts;
-    for (int i = 0; i < values.texts.size(); ++i)
-        if (!values.missing.contains(i))
-            ++counts[values.texts[i]];
+    for (const int object : existing)
+        if (!values.missing.contains(object))
+            ++counts[values.texts.value(object)];
     QStringList names = counts.keys();
     std::stable_sort(names.begin(), names.end(),
                      [&counts](const QString &a, const QString &b) { return counts[a] > counts[b]; });
@@ -135,12 +140,13 @@ Classified classifyTexts(const ValuesAt &values)
     Classified result;
     const QVector<QColor> colors = categoricalColors(names.size());
     for (int i = 0; i < names.size(); ++i)
-        result.legend.append({colors[i], names[i], 0});
+        result.legend.prepend({colors[i], names[i], 0}); // a legend is read from its last class down
     if (tooMany)
-        result.legend.append({QColor(0xe8, 0xe6, 0xdf), QStringLiteral("others"), 0});
+        result.legend.prepend({QColor(0xe8, 0xe6, 0xdf), QStringLiteral("others"), 0});
+    const int last = result.legend.size() - 1;
     for (int i = 0; i < values.texts.size(); ++i) {
         const int known = names.indexOf(values.texts[i]);
-        result.classes.append(values.missing.contains(i) ? -1 : known < 0 ? names.size() : known);
+        result.classes.append(values.missing.contains(i) ? -1 : known < 0 ? 0 : last - known);
     }
     return result;
 }
@@ -150,15 +156,24 @@ QString methodText(const MapStyle &style)
     QString text = style.method == QLatin1String("equal") ? QStringLiteral(", equal intervals")
         : style.method == QLatin1String("quantile")       ? QStringLiteral(", classes of equal size")
                                                           : QStringLiteral(", natural breaks");
-    if (style.breaksOfAllTimes)
+    if (style.allTimes)
         text += QStringLiteral(" of all times");
     return text;
 }
 
-void addShapes(MapPicture &picture, const MVectorData &geography, const MapView &view, const QVector<int> &classes)
+/// The whole geography with some room around it.
+QRectF wholeExtent(const Fennims &shapes)
+{
+    const RectInT box = shapes.GetBoundingRect();
+    const double room = 0.03 * std::max(box.xMax - box.xMin, box.yMax - box.yMin);
+    return QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin).adjusted(-room, -room, room, room);
+}
+
+void addShapes(MapPicture &picture, const MVectorData &geography, const MapView &view, const QVector<int> &existing,
+               const QVector<int> &classes)
 {
     const Fennims &shapes = *geography.GetFennims();
-    for (const int object : objectsAt(geography.GetId(), view.time)) {
+    for (const int object : existing) {
         const FMObjectChain *chain = shapes.GetChainById(geography.GetFennimId(static_cast<unsigned int>(object)));
         const ShapeAccess access(*shapes.mTree, chain->GetObservation(view.time).second);
         MapShape shape = toMapShape(access.object());
@@ -181,7 +196,13 @@ MapPicture choropleth(const MapView &view, const MapStyle &style)
         fail(QStringLiteral("%1 is no vector geography").arg(geographyName(id)));
     const TimeAxis axis = axisOf(id);
     const ValuesAt values = valuesAt(view.dataset, view.time);
-    const Classified classified = values.numeric ? classifyNumbers(view, style, values) : classifyTexts(values);
+    const QVector<int> existing = objectsAt(id, view.time);
+    if (existing.isEmpty())
+        fail(QStringLiteral("no object of %1 exists at %2").arg(geographyName(id), axis.show(view.time)));
+    const Classified classified =
+        values.numeric ? classifyNumbers(view, style, values) : classifyTexts(values, existing);
+    const Fennims &shapes = *geography->GetFennims();
+    const FMProjectionInfo projection = shapes.GetProjectionSettings();
 
     MapPicture picture;
     picture.title = view.title;
@@ -189,11 +210,11 @@ MapPicture choropleth(const MapView &view, const MapStyle &style)
     picture.legendTitle = datasetName(view.dataset);
     picture.legend = classified.legend;
     picture.size = style.size;
-    picture.geographic = geography->GetFennims()->GetProjectionSettings().GetProjectionName().isEmpty()
-        && !geography->GetFennims()->GetProjectionSettings().GetGeographicCSName().isEmpty();
-    addShapes(picture, *geography, view, classified.classes);
-    if (picture.shapes.isEmpty())
-        fail(QStringLiteral("no object of %1 exists at %2").arg(geographyName(id), axis.show(view.time)));
+    picture.geographic = projection.GetProjectionName().isEmpty() && !projection.GetGeographicCSName().isEmpty();
+    // Places have no ground of their own: the whole extent gives it.
+    if (style.allTimes || shapes.GetGeographyType() == Fennims::PointGeography)
+        picture.frame = wholeExtent(shapes);
+    addShapes(picture, *geography, view, existing, classified.classes);
     picture.footnote = QStringLiteral("%1 %2 of %3%4")
                            .arg(picture.shapes.size())
                            .arg(QLatin1String(shapeName(VORN_GetGeographyProperties(id).type)), geographyName(id),

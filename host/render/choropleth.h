@@ -13,7 +13,7 @@ struct MapStyle {
     int classes = 5;
     QString palette = QStringLiteral("lagoon");
     QString subtitle;      ///< empty: the time
-    bool breaksOfAllTimes = false; ///< one legend for every time: pictures of a series can be compared
+    bool allTimes = false; ///< classes and extent of all times: pictures of a series can be compared
     QSize size{1600, 1000};
 };
 

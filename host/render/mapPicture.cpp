@@ -16,6 +16,7 @@ const QColor kInk(0x1f, 0x2a, 0x33);
 const QColor kSoftInk(0x5f, 0x6c, 0x76);
 const QColor kBorder(0xff, 0xff, 0xff);
 const QColor kOutline(0x8a, 0x96, 0x9e);
+const QColor kGround(0xf4, 0xf6, 0xf7);
 
 /// Sizes follow the picture: 1 is a picture of 1600 by 1000.
 class Layout {
@@ -70,7 +71,7 @@ QRectF extent(const QVector<MapShape> &shapes)
 QTransform fit(const MapPicture &picture, const QRectF &area)
 {
     constexpr double kRadian = 3.14159265358979323846 / 180;
-    const QRectF box = extent(picture.shapes);
+    const QRectF box = picture.frame.isEmpty() ? extent(picture.shapes) : picture.frame;
     const double squeeze = picture.geographic ? std::max(0.1, std::cos(box.center().y() * kRadian)) : 1.0;
     const double width = std::max(box.width() * squeeze, 1e-12);
     const double height = std::max(box.height(), 1e-12);
@@ -206,6 +207,8 @@ QImage draw(const MapPicture &picture)
     QPainter painter(&image);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
     const QTransform transform = fit(picture, layout.mapArea());
+    if (!picture.frame.isEmpty())
+        painter.fillRect(transform.mapRect(picture.frame), kGround);
     drawAreas(painter, picture, transform, layout);
     drawLines(painter, picture, transform, layout);
     drawPlaces(painter, picture, transform, layout);

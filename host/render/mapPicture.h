@@ -4,6 +4,7 @@
 #include <QColor>
 #include <QImage>
 #include <QPointF>
+#include <QRectF>
 #include <QString>
 #include <QVector>
 
@@ -30,6 +31,7 @@ struct MapPicture {
     QVector<MapShape> shapes;
     QVector<LegendEntry> legend; ///< by class index
     int missingCount = 0;
+    QRectF frame;            ///< map coordinates that the picture shows; empty: what its shapes cover
     bool geographic = false; ///< degrees: drawn with the width of a degree at the middle latitude
     QSize size{1600, 1000};
 };

@@ -69,7 +69,7 @@ Outcome Workplace::run(const QString &program, const QStringList &arguments) con
 
 QByteArray squares()
 {
-    const auto square = [](const char *key, int left) {
+    const auto square = [](const char *key, int left) -> QByteArray {
         const QByteArray x = QByteArray::number(left);
         const QByteArray r = QByteArray::number(left + 1);
         return QByteArray("{\"type\":\"Feature\",\"properties\":{\"id\":\"") + key
