@@ -25,7 +25,7 @@ bool works()
             return false;
     }
     const int wells = VORN_FinishVectorGeography("wells", "", TF_Integer);
-    const int level = VORN_NewVectorDataset(wells, "level", MVectorDataset::TimeSlice, DecimalType, 1, "");
+    const int level = VORN_NewVectorDataset(wells, "level", TimeSlice, DecimalType, 1, "");
     const QVector<double> values{1.5, 2.5, 3.5};
     double mean = 0;
     return VORN_AddDataValues(level, 0, Interval{1, 2, true, true}, values, QSet<int>{1}, true, true)
