@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+// Vector datasets beside a banded raster file, an ordered map and a hash: filled slice by slice, read through time,
+// counted, and read cell by cell.
+#include <QHash>
+#include <QTemporaryDir>
+#include <gdal_priv.h>
+#include <random>
+#include "datainterface/DataBlocks.h"
+#include "datainterface/MVectorDataset.h"
+#include "ratios.h"
+
+namespace {
+
+constexpr int kSlices = 1000;
+constexpr int kObjects = 10000;
+constexpr int kRounds = 5;
+constexpr int kCacheBytes = 64 << 20;
+
+class Dataset : public MVectorDataset {
+public:
+    explicit Dataset(int objectCount)
+        : MVectorDataset(nullptr, TimeSlice, 0, DecimalType, "bench", "/", 1, objectCount)
+    {
+    }
+};
+
+QVector<double> drawn(int count, int keys)
+{
+    std::mt19937 engine(1);
+    QVector<double> values(count);
+    for (double &value : values)
+        value = static_cast<double>(engine() % static_cast<unsigned>(keys)) / 16.0;
+    return values;
+}
+
+void fill(Dataset &dataset, const QVector<double> &values)
+{
+    for (int t = 0; t < kSlices; ++t)
+        dataset.AddTimeSliceValues(0, TimeStamp(t), values, {}, true, false);
+}
+
+GDALDataset *writeBands(const QByteArray &path, QVector<double> values)
+{
+    char **options = CSLSetNameValue(nullptr, "INTERLEAVE", "BAND");
+    GDALDriver *driver = GetGDALDriverManager()->GetDriverByName("GTiff");
+    GDALDataset *file = driver->Create(path.constData(), kObjects / 100, 100, kSlices, GDT_Float64, options);
+    CSLDestroy(options);
+    for (int t = 1; t <= kSlices; ++t) {
+        if (file->GetRasterBand(t)->RasterIO(GF_Write, 0, 0, kObjects / 100, 100, values.data(), kObjects / 100, 100,
+                                             GDT_Float64, 0, 0)
+            != CE_None)
+            std::abort();
+    }
+    return file;
+}
+
+void fillAndReadThroughTime()
+{
+    const QTemporaryDir directory;
+    const QByteArray path = directory.filePath("bands.tif").toLocal8Bit();
+    const QVector<double> values = drawn(kObjects, 1 << 30);
+    const double total = static_cast<double>(kSlices) * kObjects;
+
+    const double ours = ratios::best(kRounds, total, [&] {
+        ResetDataManager();
+        Dataset dataset(kObjects);
+        fill(dataset, values);
+    });
+    const double theirs = ratios::best(kRounds, total, [&] { GDALClose(writeBands(path, values)); });
+    ratios::row("a value of 1,000 slices of 10,000 decimals written", ours, "GeoTIFF, a band a slice", theirs, 1.0);
+
+    ResetDataManager();
+    Dataset dataset(kObjects);
+    fill(dataset, values);
+    double sum = 0.0;
+    const double read = ratios::best(kRounds, kSlices, [&] {
+        for (int t = 0; t < kSlices; ++t)
+            sum += dataset.GetValue(4321, t, 0).decimalValue();
+    });
+    auto *file = static_cast<GDALDataset *>(GDALOpen(path.constData(), GA_ReadOnly));
+    const double readBands = ratios::best(kRounds, kSlices, [&] {
+        for (int t = 1; t <= kSlices; ++t) {
+            double value = 0.0;
+            if (file->GetRasterBand(t)->RasterIO(GF_Read, 21, 43, 1, 1, &value, 1, 1, GDT_Float64, 0, 0) == CE_None)
+                sum -= value;
+        }
+    });
+    GDALClose(file);
+    ratios::row("one object at one of 1,000 times", read, "GeoTIFF, one cell", readBands, 1.0);
+    if (!(std::abs(sum) < 1e300))
+        std::abort();
+}
+
+void count()
+{
+    constexpr int kKeys = 5000;
+    constexpr int kValues = 1000000;
+    const QVector<double> values = drawn(kValues, kKeys);
+    QVector<QVector<double>> slices;
+    for (int from = 0; from < kValues; from += kObjects)
+        slices.append(values.mid(from, kObjects));
+
+    const double ours = ratios::best(kRounds, kValues, [&] {
+        ResetDataManager();
+        Dataset dataset(kObjects);
+        for (int t = 0; t < slices.size(); ++t)
+            dataset.AddTimeSliceValues(0, TimeStamp(t), slices.at(t), {}, true, true);
+    });
+    const double theirs = ratios::best(kRounds, kValues, [&] {
+        QMap<double, int> table;
+        for (const double value : values)
+            ++table[value];
+        if (table.size() != kKeys)
+            std::abort();
+    });
+    ratios::row("a value added and counted among 5,000 keys", ours, "one QMap increment", theirs, 0.25);
+}
+
+void readCells()
+{
+    ResetDataManager();
+    Dataset dataset(kObjects);
+    fill(dataset, drawn(kObjects, 1 << 30));
+    dataset.CheckOutTimeSlice(0, 500, 0);
+    QHash<int, double> hash;
+    std::mt19937 engine(1);
+    QVector<int> ids(kObjects);
+    for (int id = 0; id < kObjects; ++id) {
+        hash.insert(id, id);
+        ids[id] = static_cast<int>(engine() % kObjects);
+    }
+    double sum = 0.0;
+    const double ours = ratios::best(kRounds, kObjects, [&] {
+        for (const int id : ids)
+            sum += dataset.GetValue(id, 500, 0).decimalValue();
+    });
+    const double theirs = ratios::best(kRounds, kObjects, [&] {
+        for (const int id : ids)
+            sum += hash.value(id);
+    });
+    dataset.CheckInTimeSlice(0, 500, 0);
+    ratios::row("a value of a checked-out slice", ours, "one hash look-up", theirs, 10.0);
+    if (!(std::abs(sum) < 1e300))
+        std::abort();
+}
+
+} // namespace
+
+int main()
+{
+    GDALAllRegister();
+    const QTemporaryDir scratch;
+    InitializeDataManager(scratch.path(), kCacheBytes);
+    ratios::head("Vector datasets");
+    fillAndReadThroughTime();
+    count();
+    readCells();
+    ClearDataManager();
+    return ratios::missed > 0;
+}
