@@ -47,6 +47,8 @@ public:
     int GetCount() const;
     /// The value at a position; what a missing object's position holds has no meaning. 0 <= object < count.
     T GetValue(int object) const;
+    /// False, with `value` untouched, when the object is missing or the position does not exist.
+    bool GetValue(int object, T &value) const;
     /// Stores a value; the object is no longer missing.
     void SetValue(int object, const T &value);
     QVector<T> GetValues() const;

@@ -131,6 +131,20 @@ template <class T> T TimeSliceData<T>::GetValue(int object) const
     return mContent->value(object);
 }
 
+template <class T> bool TimeSliceData<T>::GetValue(int object, T &value) const
+{
+    const auto read = [&] {
+        if (object < 0 || object >= mContent->count() || mContent->isMissing(object))
+            return false;
+        value = mContent->value(object);
+        return true;
+    };
+    if (mCheckOutCount > 0)
+        return read();
+    const CheckedOut<TimeSliceData> hold(*this);
+    return read();
+}
+
 template <class T> void TimeSliceData<T>::SetValue(int object, const T &value)
 {
     const CheckedOut<TimeSliceData> hold(*this);

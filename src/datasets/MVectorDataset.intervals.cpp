@@ -78,7 +78,7 @@ template <class T> TimeStamp MVectorDataset::stampOfValue(int realization, int i
         const auto &slices = found->slicesOf<T>();
         const auto slice = slices.constFind(TimeStamp(timeOf(time)));
         T value{};
-        return slice != slices.constEnd() && readHeld(**slice, id, value) ? slice.key() : TimeStamp::Invalid;
+        return slice != slices.constEnd() && (*slice)->GetValue(id, value) ? slice.key() : TimeStamp::Invalid;
     }
     const TimeSeriesData<T> *series = found->seriesOf<T>().value(id, nullptr);
     if (!series)

@@ -53,7 +53,7 @@ MDatum interpolate(const TimedNumber &previous, const TimedNumber &current, cons
 template <class T> TimedNumber numberIn(const TimeStamp &stamp, const TimeSliceData<T> &slice, int id)
 {
     T value{};
-    if (!readHeld(slice, id, value))
+    if (!slice.GetValue(id, value))
         return {};
     return {true, stamp, static_cast<double>(value)};
 }
@@ -100,20 +100,20 @@ template <class T> MDatum interpolatedIn(const TimeSeriesData<T> &series, qint64
 
 template <class T> bool MVectorDataset::readCell(int realization, int id, qint64 time, T &value) const
 {
-    if (!holdsObject(id))
+    const MVectorDataRealization *found = realizationAt(realization);
+    if (!found || !holdsObject(id))
         return false;
     if (!isSliced()) {
-        const TimeSeriesData<T> *series = seriesOf<T>(realization, id);
+        const TimeSeriesData<T> *series = found->seriesOf<T>().value(id, nullptr);
         return series && series->GetValue(timeOf(time), value);
     }
-    const TimeSliceData<T> *slice = sliceAt<T>(realization, time);
-    return slice && readHeld(*slice, id, value);
+    const auto &slices = found->slicesOf<T>();
+    const auto slice = slices.constFind(TimeStamp(timeOf(time)));
+    return slice != slices.constEnd() && (*slice)->GetValue(id, value);
 }
 
 MDatum MVectorDataset::GetValue(int id, qint64 time, int realization)
 {
-    if (!realizationAt(realization))
-        return MDatum();
     return visitElement(mDataType, [&](auto element) {
         ElementOf<decltype(element)> value{};
         return readCell(realization, id, time, value) ? MDatum(value) : MDatum();
@@ -151,7 +151,7 @@ MDatum MVectorDataset::GetIdValue(int realization, unsigned int id)
         if (isSliced()) {
             const auto &slices = found->slicesOf<T>();
             T value{};
-            return !slices.isEmpty() && readHeld(*slices.first(), object, value) ? MDatum(value) : MDatum();
+            return !slices.isEmpty() && slices.first()->GetValue(object, value) ? MDatum(value) : MDatum();
         }
         const TimeSeriesData<T> *series = found->seriesOf<T>().value(object, nullptr);
         if (!series)

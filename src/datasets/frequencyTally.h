@@ -41,9 +41,9 @@ public:
     FrequencyIndex(FrequencyTable<T> &table, qint64 expected) : mTable(table), mKeyCount(table.size())
     {
         const qint64 keys = qMax<qint64>(table.size(), qMin<qint64>(kFrequencyKeyLimit + 1, table.size() + expected));
-        while (mCapacity < 2 * static_cast<std::size_t>(keys))
-            mCapacity *= 2;
-        mSlots.resize(mCapacity);
+        while ((std::size_t(1) << mBits) < 2 * static_cast<std::size_t>(keys))
+            ++mBits;
+        mSlots.resize(std::size_t(1) << mBits);
         for (auto it = table.begin(); it != table.end(); ++it) {
             Slot &slot = slotOf(it.key());
             slot.key = it.key();
@@ -110,21 +110,20 @@ private:
         } else {
             bits = static_cast<quint32>(value);
         }
-        bits *= 0x9E3779B97F4A7C15u; // Fibonacci hashing: the high bits are the good ones
-        return bits ^ (bits >> 32);
+        return bits * 0x9E3779B97F4A7C15u; // Fibonacci hashing: only the high bits mix all of the value's
     }
     static bool equal(T a, T b) { return a == b || (a != a && b != b); }
     Slot &slotOf(T value)
     {
-        std::size_t i = hash(value) & (mCapacity - 1);
+        std::size_t i = hash(value) >> (64 - mBits);
         while (mSlots[i].isUsed && !equal(mSlots[i].key, value))
-            i = (i + 1) & (mCapacity - 1);
+            i = (i + 1) & (mSlots.size() - 1);
         return mSlots[i];
     }
 
     FrequencyTable<T> &mTable;
     int mKeyCount;
-    std::size_t mCapacity = 64;
+    int mBits = 6; ///< of the number of slots
     std::vector<Slot> mSlots;
 };
 

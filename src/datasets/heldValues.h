@@ -42,16 +42,6 @@ private:
     const QSet<int> &mMissing;
 };
 
-/// One value of a slice; false, with `value` untouched, when the position does not exist or is missing.
-template <class T> bool readHeld(const TimeSliceData<T> &slice, int id, T &value)
-{
-    const CheckedOut<TimeSliceData<T>> hold(slice);
-    if (id < 0 || id >= slice.GetCount() || slice.IsMissing(id))
-        return false;
-    value = slice.GetValue(id);
-    return true;
-}
-
 /// The entry that holds an instant, null without one. Valid while the series stays checked out, unchanged.
 template <class T> const TimeSeriesEntry<T> *entryAt(const TimeSeriesData<T> &series, qint64 time)
 {
