@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -15,6 +16,41 @@
 #include "safeFile.h"
 
 namespace meridor {
+namespace {
+
+/// A small file that a format keeps beside its main one, such as the code page of a DBF table: it goes where the main
+/// file goes, and away when that is given up.
+class SideFile {
+public:
+    explicit SideFile(const QString &suffix) : mSuffix(suffix) {}
+    ~SideFile()
+    {
+        if (!mName.isEmpty())
+            QFile::remove(mName);
+    }
+    SideFile(const SideFile &) = delete;
+    SideFile &operator=(const SideFile &) = delete;
+    void follow(const QString &mainFile) { mName = nameBeside(mainFile); }
+    void moveTo(const QString &mainFile)
+    {
+        if (!QFile::exists(mName))
+            return;
+        QFile::remove(nameBeside(mainFile));
+        QFile::rename(mName, nameBeside(mainFile));
+    }
+
+private:
+    QString nameBeside(const QString &mainFile) const
+    {
+        const QFileInfo info(mainFile);
+        return info.absolutePath() + QLatin1Char('/') + info.completeBaseName() + mSuffix;
+    }
+
+    QString mSuffix;
+    QString mName;
+};
+
+} // namespace
 
 void exportTable(const QString &path, TableFormat format, const QVector<int> &datasets, qint64 start, qint64 end,
                  const QString &missing)
@@ -28,7 +64,9 @@ void exportTable(const QString &path, TableFormat format, const QVector<int> &da
     for (const int id : datasets)
         ids.append(id);
     const TimeFormat times = vector->GetTheTimeFormat();
+    SideFile codePage(QStringLiteral(".cpg"));
     const bool written = replaceFile(path, [&](const QString &beside) {
+        codePage.follow(beside);
         bool done = false;
         switch (format) {
         case TableFormat::Csv:
@@ -44,6 +82,7 @@ void exportTable(const QString &path, TableFormat format, const QVector<int> &da
     stopIfInterrupted();
     if (!written)
         fail(QStringLiteral("%1: could not be written").arg(path));
+    codePage.moveTo(path);
 }
 
 QPair<qint64, qint64> timesOf(const QVector<int> &datasets)

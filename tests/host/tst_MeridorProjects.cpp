@@ -117,6 +117,13 @@ void TestMeridorProjects::exportsReadBack()
     const QByteArray content = place.bytes(file).replace("\r\n", "\n");
     QVERIFY2(content.contains(line), content.constData());
     QCOMPARE(content.contains("2000"), !options.contains("--from"));
+    QStringList expected{file, "map.geojson", "p.vorn", "t.csv"};
+    if (file.endsWith(".dbf"))
+        expected.append("t.cpg"); // the code page belongs to the table
+    QStringList found = place.files();
+    expected.sort();
+    found.sort();
+    QCOMPARE(found, expected);
     QCOMPARE(place.run(QStringList{"export", "p.vorn", file, "--datasets", "v"} + options).code, 1); // it is there
 }
 
