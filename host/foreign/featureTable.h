@@ -2,10 +2,12 @@
 /// What a foreign file holds, in plain values: columns of cells and, for a map, one shape a row.
 #pragma once
 #include <QPointF>
-#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace meridor {
 
@@ -16,12 +18,41 @@ enum class ShapeKind { None, Points, Polygons, Lines };
 /// point. No part: the row has no shape.
 using ShapeParts = QVector<QVector<QPointF>>;
 
-/// Cells are kept as text, exact for numbers; a null text is a missing cell.
+/// The cells of one column as UTF-8 in one piece: a dozen bytes a cell rather than a text object each. An empty cell is
+/// a missing one.
+class Cells {
+public:
+    void append(const QByteArray &text)
+    {
+        mBytes.append(text.constData(), static_cast<size_t>(text.size()));
+        mEnds.push_back(mBytes.size());
+    }
+    int size() const { return static_cast<int>(mEnds.size()); }
+    std::string_view view(int row) const
+    {
+        const auto index = static_cast<size_t>(row);
+        const size_t start = index == 0 ? 0 : mEnds[index - 1];
+        return std::string_view(mBytes).substr(start, mEnds[index] - start);
+    }
+    bool isMissing(int row) const { return view(row).empty(); }
+    bool same(int a, int b) const { return view(a) == view(b); }
+    /// Null when it is missing.
+    QString operator[](int row) const
+    {
+        const std::string_view text = view(row);
+        return text.empty() ? QString() : QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+    }
+
+private:
+    std::string mBytes;
+    std::vector<size_t> mEnds;
+};
+
 struct Column {
     QString name;
     bool typed = false; ///< the file itself says what `kind` is; otherwise it is recognised from the cells
     ValueKind kind = ValueKind::Text;
-    QVector<QString> cells;
+    Cells cells;          ///< exact for numbers
     QString file;         ///< set for a column that came from another file ...
     QVector<int> fileRow; ///< ... with its row there, -1 for none
 };

@@ -12,6 +12,7 @@
 #include "console.h"
 #include "failure.h"
 #include "foreign/ogrShapes.h"
+#include "foreign/values.h"
 #include "interrupt.h"
 
 namespace meridor {
@@ -109,18 +110,19 @@ QString isoTime(OGRFeatureH feature, int field, bool dateOnly)
     return text;
 }
 
-QString cell(OGRFeatureH feature, int field, OGRFieldType type)
+/// Empty when the cell is missing.
+QByteArray cell(OGRFeatureH feature, int field, OGRFieldType type)
 {
     if (!OGR_F_IsFieldSetAndNotNull(feature, field))
-        return QString();
+        return QByteArray();
     switch (type) {
     case OFTReal: {
         const double value = OGR_F_GetFieldAsDouble(feature, field);
-        return std::isfinite(value) ? exactNumber(value) : QString();
+        return std::isfinite(value) ? exactNumber(value).toLatin1() : QByteArray();
     }
-    case OFTDate: return isoTime(feature, field, true);
-    case OFTDateTime: return isoTime(feature, field, false);
-    default: return QString::fromUtf8(OGR_F_GetFieldAsString(feature, field));
+    case OFTDate: return isoTime(feature, field, true).toLatin1();
+    case OFTDateTime: return isoTime(feature, field, false).toLatin1();
+    default: return QByteArray(OGR_F_GetFieldAsString(feature, field));
     }
 }
 
@@ -154,6 +156,8 @@ public:
             mTypes.append(OGR_Fld_GetType(field));
             table.columns.append(describe(field));
         }
+        for (const QString &text : options.missing)
+            mMissing.append(text.toUtf8());
         mX = coordinate(options.xColumn);
         mY = coordinate(options.yColumn);
     }
@@ -189,10 +193,8 @@ private:
     void take(OGRFeatureH feature)
     {
         for (int i = 0; i < mTypes.size(); ++i) {
-            QString text = cell(feature, i, mTypes[i]);
-            if (text.isEmpty() || mOptions.missing.contains(text))
-                text = QString();
-            mTable.columns[i].cells.append(text);
+            const QByteArray text = cell(feature, i, mTypes[i]);
+            mTable.columns[i].cells.append(mMissing.contains(text) ? QByteArray() : text);
         }
         if (!mOptions.shapes)
             return;
@@ -208,19 +210,19 @@ private:
 
     double number(int column) const
     {
-        bool fits = false;
-        const QString &text = mTable.columns[column].cells.last();
-        const double value = text.toDouble(&fits);
-        if (!fits || !std::isfinite(value))
+        const Cells &cells = mTable.columns[column].cells;
+        const auto value = toDecimal(cells.view(mTable.rows));
+        if (!value)
             fail(QStringLiteral("%1: \"%2\" is no coordinate")
-                     .arg(place(mTable, mTable.columns[column], mTable.rows), text));
-        return value;
+                     .arg(place(mTable, mTable.columns[column], mTable.rows), cells[mTable.rows]));
+        return *value;
     }
 
     FeatureTable &mTable;
     OGRLayerH mLayer;
     const ReadOptions &mOptions;
     QVector<OGRFieldType> mTypes;
+    QList<QByteArray> mMissing;
     int mX = -1;
     int mY = -1;
 };

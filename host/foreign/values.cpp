@@ -1,28 +1,62 @@
 // SPDX-License-Identifier: MIT
 #include "foreign/values.h"
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <system_error>
 
 namespace meridor {
 
-std::optional<double> toDecimal(const QString &text)
+namespace {
+
+std::string_view trimmed(std::string_view text)
 {
-    bool fits = false;
-    const double value = text.trimmed().toDouble(&fits);
-    if (!fits || !std::isfinite(value))
+    constexpr const char *kBlanks = " \t\r\n";
+    const size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+/// The whole text as a number; a plus sign is allowed.
+template <class T> std::optional<T> parse(std::string_view text)
+{
+    text = trimmed(text);
+    if (text.size() > 1 && text[0] == '+' && text[1] != '-')
+        text.remove_prefix(1);
+    T value{};
+    const char *const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end)
         return std::nullopt;
     return value;
 }
 
-std::optional<int> toInteger(const QString &text)
+bool isDigit(char c)
 {
-    const QString digits = text.trimmed();
-    const int sign = digits.startsWith(QLatin1Char('-')) ? 1 : 0;
-    if (digits.size() > sign + 1 && digits.at(sign) == QLatin1Char('0'))
-        return std::nullopt;
-    bool fits = false;
-    const int value = digits.toInt(&fits);
-    return fits ? std::optional<int>(value) : std::nullopt;
+    return c >= '0' && c <= '9';
+}
+
+/// "007" reads as a number and is a code: turning it into 7 would lose it.
+bool isCode(std::string_view text)
+{
+    text = trimmed(text);
+    if (!text.empty() && text[0] == '-')
+        text.remove_prefix(1);
+    return text.size() > 1 && text[0] == '0' && isDigit(text[1]);
+}
+
+} // namespace
+
+std::optional<double> toDecimal(std::string_view text)
+{
+    const auto value = parse<double>(text);
+    return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+std::optional<int> toInteger(std::string_view text)
+{
+    return isCode(text) ? std::nullopt : parse<int>(text);
 }
 
 std::optional<ValueKind> recogniseKind(const Column &column)
@@ -31,15 +65,14 @@ std::optional<ValueKind> recogniseKind(const Column &column)
         return column.kind;
     bool any = false;
     ValueKind kind = ValueKind::Integer;
-    for (const QString &cell : column.cells) {
-        if (cell.isNull())
+    for (int row = 0; row < column.cells.size(); ++row) {
+        const std::string_view cell = column.cells.view(row);
+        if (cell.empty())
             continue;
         any = true;
         if (kind == ValueKind::Integer && !toInteger(cell))
             kind = ValueKind::Decimal;
-        // "007" reads as a number and is a code: turning it into 7 would lose it.
-        const bool code = cell.size() > 1 && cell.at(0) == QLatin1Char('0') && cell.at(1).isDigit();
-        if (kind == ValueKind::Decimal && (code || !toDecimal(cell)))
+        if (kind == ValueKind::Decimal && (isCode(cell) || !toDecimal(cell)))
             return ValueKind::Text;
     }
     return any ? std::optional<ValueKind>(kind) : std::nullopt;

@@ -19,8 +19,8 @@ void refuseMixture(const QString &name, const QVector<CellColumn> &columns)
     int textRow = -1;
     for (const CellColumn &column : columns) {
         for (int row = 0; row < column.table->rows; ++row) {
-            const QString &cell = column.cells().cells[row];
-            if (cell.isNull())
+            const std::string_view cell = column.cells().cells.view(row);
+            if (cell.empty())
                 continue;
             if (toDecimal(cell))
                 numbers = true;
@@ -56,7 +56,7 @@ ValueKind kindOfDataset(const ImportPlan &plan, const QString &name, const QVect
 
 template <> int valueOf<int>(const CellColumn &column, int row)
 {
-    const auto value = toInteger(column.cells().cells[row]);
+    const auto value = toInteger(column.cells().cells.view(row));
     if (!value)
         wrongCell(column, row, "integer of 32 bits");
     return *value;
@@ -64,7 +64,7 @@ template <> int valueOf<int>(const CellColumn &column, int row)
 
 template <> double valueOf<double>(const CellColumn &column, int row)
 {
-    const auto value = toDecimal(column.cells().cells[row]);
+    const auto value = toDecimal(column.cells().cells.view(row));
     if (!value)
         wrongCell(column, row, "decimal number");
     return *value;

@@ -102,7 +102,7 @@ private:
     {
         return std::all_of(mPlan.objects.begin(), mPlan.objects.end(), [&](const ObjectRows &object) {
             return std::all_of(object.rows.begin(), object.rows.end(),
-                               [&](int row) { return column.cells[row] == column.cells[object.rows.first()]; });
+                               [&](int row) { return column.cells.same(row, object.rows.first()); });
         });
     }
 
@@ -129,7 +129,7 @@ private:
         QSet<int> missing;
         for (int i = 0; i < objectCount(); ++i) {
             const int row = mPlan.objects[i].rows.first();
-            if (column.cells().cells[row].isNull())
+            if (column.cells().cells.isMissing(row))
                 missing.insert(i);
             else
                 values[i] = valueOf<T>(column, row);
@@ -143,7 +143,7 @@ private:
         for (int i = 0; i < objectCount(); ++i) {
             QVector<QPair<Interval, T>> values;
             for (const int row : mPlan.objects[i].rows)
-                if (!column.cells().cells[row].isNull())
+                if (!column.cells().cells.isMissing(row))
                     values.append(qMakePair(mPlan.rowSpans[row], valueOf<T>(column, row)));
             if (!values.isEmpty())
                 VORN_AddDataValues(id, 0, static_cast<unsigned int>(i), values, true, false);
@@ -206,12 +206,12 @@ private:
     {
         int found = -1;
         for (const int row : object.rows) {
-            const QString &cell = column.cells().cells[row];
-            if (cell.isNull())
+            const Cells &cells = column.cells().cells;
+            if (cells.isMissing(row))
                 continue;
-            if (found >= 0 && column.cells().cells[found] != cell)
+            if (found >= 0 && !cells.same(found, row))
                 fail(QStringLiteral("%1: object %2 has %3 here and %4 in row %5")
-                         .arg(column.place(row), object.key, cell, column.cells().cells[found]).arg(found + 1));
+                         .arg(column.place(row), object.key, cells[row], cells[found]).arg(found + 1));
             found = row;
         }
         return found;
@@ -228,7 +228,7 @@ private:
             for (int i = 0; i < objectCount(); ++i) {
                 QVector<QPair<Interval, T>> values;
                 for (int k = 0; k < rows[i].size(); ++k)
-                    if (!column.cells().cells[rows[i][k]].isNull())
+                    if (!column.cells().cells.isMissing(rows[i][k]))
                         values.append(qMakePair(observationSpan(spec, rows[i], k), valueOf<T>(column, rows[i][k])));
                 refuseOverlap(spec, rows[i], values);
                 if (!values.isEmpty())
@@ -249,12 +249,16 @@ private:
             const int object = mPlan.objectOf.value(table.columns[mPlan.observationKey].cells[row], -1);
             if (object < 0)
                 continue;
-            if (starts.cells[row].isNull())
+            if (starts.cells.isMissing(row))
                 fail(QStringLiteral("%1: no time").arg(place(table, starts, row)));
             rows[object].append(row);
         }
-        for (QVector<int> &own : rows)
-            std::stable_sort(own.begin(), own.end(), [&](int a, int b) { return startOf(spec, a) < startOf(spec, b); });
+        QVector<qint64> times(table.rows);
+        for (QVector<int> &own : rows) {
+            for (const int row : own)
+                times[row] = startOf(spec, row);
+            std::stable_sort(own.begin(), own.end(), [&times](int a, int b) { return times[a] < times[b]; });
+        }
         return rows;
     }
 
@@ -267,13 +271,13 @@ private:
     {
         const FeatureTable &table = mPlan.observations;
         const int row = rows[position];
-        const QString &start = table.columns[spec.start].cells[row];
+        const QString start = table.columns[spec.start].cells[row];
         if (spec.end == ObservationSpec::kUntilNext) {
             const qint64 from = startOf(spec, row);
             const qint64 to = position + 1 < rows.size() ? startOf(spec, rows[position + 1]) : from;
             return {from, to, true, from == to};
         }
-        if (spec.end < 0 || table.columns[spec.end].cells[row].isNull())
+        if (spec.end < 0 || table.columns[spec.end].cells.isMissing(row))
             return *mPlan.axis.span(start);
         const auto span = mPlan.axis.span(start, table.columns[spec.end].cells[row]);
         if (!span)

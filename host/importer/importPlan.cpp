@@ -86,7 +86,8 @@ void readObservations(ImportPlan &plan)
 
     Unmatched unmatched{plan.observations.file, {}, {}};
     QSet<QString> seen;
-    for (const QString &key : plan.observations.columns[plan.observationKey].cells) {
+    for (int row = 0; row < plan.observations.rows; ++row) {
+        const QString key = plan.observations.columns[plan.observationKey].cells[row];
         if (!plan.objectOf.contains(key) && !seen.contains(key))
             unmatched.tableKeys.append(key);
         seen.insert(key);

@@ -11,7 +11,7 @@ QHash<QString, int> rowsByKey(const FeatureTable &table, const Column &keys)
 {
     QHash<QString, int> rows;
     for (int row = 0; row < table.rows; ++row) {
-        const QString &key = keys.cells[row];
+        const QString key = keys.cells[row];
         if (key.isNull())
             fail(QStringLiteral("%1: no key").arg(place(table, keys, row)));
         if (rows.contains(key))
@@ -40,19 +40,21 @@ Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const C
     QSet<QString> seen;
     QVector<int> partner(map.rows);
     for (int row = 0; row < map.rows; ++row) {
-        const QString &key = map.columns[mapKey].cells[row];
+        const QString key = map.columns[mapKey].cells[row];
         partner[row] = rows.value(key, -1);
         if (partner[row] < 0 && !seen.contains(key))
             unmatched.objectKeys.append(key);
         seen.insert(key);
     }
-    for (const QString &key : table.columns[tableKey].cells)
-        if (!seen.contains(key))
+    for (int row = 0; row < table.rows; ++row)
+        if (const QString key = table.columns[tableKey].cells[row]; !seen.contains(key))
             unmatched.tableKeys.append(key);
+    if (table.rows == 0)
+        fail(table.file + QStringLiteral(": holds no rows"));
     if (unmatched.tableKeys.size() == table.rows)
         fail(QStringLiteral("%1: no key in field %2 is one of the map's; the first is %3, the map's first %4")
-                 .arg(table.file, table.columns[tableKey].name, table.columns[tableKey].cells.value(0),
-                      map.columns[mapKey].cells.value(0)));
+                 .arg(table.file, table.columns[tableKey].name, table.columns[tableKey].cells[0],
+                      map.columns[mapKey].cells[0]));
 
     for (int c = 0; c < table.columns.size(); ++c) {
         if (c == tableKey)
@@ -63,9 +65,10 @@ Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const C
             continue;
         }
         Column column{source.name, source.typed, source.kind, {}, table.file, partner};
-        column.cells.reserve(map.rows);
-        for (const int row : partner)
-            column.cells.append(row < 0 ? QString() : source.cells[row]);
+        for (const int row : partner) {
+            const std::string_view cell = row < 0 ? std::string_view() : source.cells.view(row);
+            column.cells.append(QByteArray::fromRawData(cell.data(), static_cast<int>(cell.size())));
+        }
         map.columns.append(column);
     }
     return unmatched;

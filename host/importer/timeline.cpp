@@ -70,8 +70,8 @@ private:
         if (mPlan.options.times == QLatin1String("auto")) {
             QSet<QString> texts;
             for (const TimeColumn &time : timeColumns())
-                for (const QString &cell : time.table->columns[time.column].cells)
-                    if (!cell.isNull())
+                for (int row = 0; row < time.table->rows; ++row)
+                    if (const QString cell = time.table->columns[time.column].cells[row]; !cell.isNull())
                         texts.insert(cell);
             for (const SeriesSpec &spec : mPlan.series)
                 for (const SeriesStep &step : spec.steps)
@@ -110,7 +110,7 @@ private:
     {
         for (const TimeColumn &time : timeColumns())
             for (int row = 0; row < time.table->rows; ++row)
-                if (!time.table->columns[time.column].cells[row].isNull())
+                if (!time.table->columns[time.column].cells.isMissing(row))
                     widen(mHull, span(*time.table, time.column, row));
         for (const SeriesSpec &spec : mPlan.series)
             for (const SeriesStep &step : spec.steps) {
@@ -133,8 +133,8 @@ private:
     {
         const Column *starts = mStart < 0 ? nullptr : &mPlan.map.columns[mStart];
         const Column *ends = mEnd < 0 ? nullptr : &mPlan.map.columns[mEnd];
-        const bool hasStart = starts && !starts->cells[row].isNull();
-        const bool hasEnd = ends && !ends->cells[row].isNull();
+        const bool hasStart = starts && !starts->cells.isMissing(row);
+        const bool hasEnd = ends && !ends->cells.isMissing(row);
         if (hasStart && hasEnd) {
             span(mPlan.map, mStart, row);
             span(mPlan.map, mEnd, row);
