@@ -164,7 +164,7 @@ struct ContainerAccess {
         bool equal = false;
         visitValues(container, [&](const auto *values) {
             visitValues(other, [&](const auto *others) {
-                if constexpr (std::is_same_v<decltype(values), decltype(others)>)
+                if constexpr (std::is_same_v<std::decay_t<decltype(*values)>, std::decay_t<decltype(*others)>>)
                     equal = equalElements(container, values, other, others);
             });
         });
