@@ -2,6 +2,7 @@
 #include "pointForest.h"
 #include <cmath>
 #include <cstring>
+#include "angle.h"
 
 namespace fennimark {
 namespace {
@@ -28,29 +29,15 @@ bool isFinite(const QPointF &place)
     return std::isfinite(place.x()) && std::isfinite(place.y());
 }
 
-ptTreeQueryResult result(const IdPoint &point, const QPointF &place, double distance)
-{
-    ptTreeQueryResult hit;
-    hit.point = QPointF(point.x, point.y);
-    hit.id = point.id;
-    hit.distance = distance;
-    hit.angle = std::atan2(point.y - place.y(), point.x - place.x());
-    return hit;
-}
-
 } // namespace
 
 struct PointForest::Cursor {
-    struct Hit {
-        IdPoint point;
-        double distance;
-    };
     QPointF place;
     QSet<int> exclude;
     PointHit last; // handed out last
     bool hasLast;
-    std::vector<Hit> batch;
-    size_t next;
+    QVector<ptTreeQueryResult> batch;
+    int next;
     int batchSize;
     quint64 version;
 };
@@ -238,6 +225,33 @@ size_t PointForest::collectNearest(const QPointF &place, int count, const Exclud
     return sink.finish();
 }
 
+// The collected hits as records.
+void PointForest::report(const QPointF &place, QVector<ptTreeQueryResult> &records) const
+{
+    const auto count = static_cast<int>(mHits.size());
+    records.resize(count);
+    ptTreeQueryResult *const out = records.data();
+    double dx[kAngles] = {};
+    double dy[kAngles] = {};
+    double angles[kAngles];
+    for (int begin = 0; begin < count; begin += kAngles) {
+        const int chunk = std::min(count - begin, kAngles);
+        for (int i = 0; i < chunk; ++i) {
+            const PointHit &hit = mHits[static_cast<size_t>(begin + i)];
+            const IdPoint point = pointAt(hit.slot);
+            ptTreeQueryResult &record = out[begin + i];
+            record.point = QPointF(point.x, point.y);
+            record.id = hit.id;
+            record.distance = hit.distance;
+            dx[i] = point.x - place.x();
+            dy[i] = point.y - place.y();
+        }
+        anglesOf(dy, dx, angles);
+        for (int i = 0; i < chunk; ++i)
+            out[begin + i].angle = angles[i];
+    }
+}
+
 bool PointForest::nearest(const QPointF &place, int count, const QSet<int> &exclude, QVector<ptTreeQueryResult> &hits)
 {
     const size_t tied = collectNearest(place, count, ExcludedIds(exclude), nullptr);
@@ -249,9 +263,7 @@ bool PointForest::nearest(const QPointF &place, int count, const QSet<int> &excl
         std::for_each(group, mHits.end(), [distance](PointHit &hit) { hit.distance = distance; });
         std::sort(group, mHits.end());
     }
-    hits.resize(static_cast<int>(found));
-    for (size_t i = 0; i < found; ++i)
-        hits[static_cast<int>(i)] = result(pointAt(mHits[i].slot), place, mHits[i].distance);
+    report(place, hits);
     return found > 0;
 }
 
@@ -266,9 +278,7 @@ void PointForest::within(const QPointF &place, double squaredRange, const QSet<i
     HitsWithin sink(mHits, squaredRange, excluded);
     visitNear(place, sink);
     std::sort(mHits.begin(), mHits.end());
-    hits.reserve(static_cast<int>(mHits.size()));
-    for (const PointHit &hit : mHits)
-        hits.append(result(pointAt(hit.slot), place, hit.distance));
+    report(place, hits);
 }
 
 void *PointForest::openCursor(const QPointF &place, const QSet<int> &exclude)
@@ -300,13 +310,11 @@ PointForest::Cursor *PointForest::findCursor(void *cursor) const
 bool PointForest::fetch(Cursor &cursor)
 {
     collectNearest(cursor.place, cursor.batchSize, ExcludedIds(cursor.exclude), cursor.hasLast ? &cursor.last : nullptr);
-    cursor.batch.clear();
-    for (const PointHit &hit : mHits)
-        cursor.batch.push_back({pointAt(hit.slot), hit.distance});
+    report(cursor.place, cursor.batch);
     cursor.next = 0;
     cursor.batchSize = std::min(2 * cursor.batchSize, kLargestBatch);
     cursor.version = mVersion;
-    return !cursor.batch.empty();
+    return !cursor.batch.isEmpty();
 }
 
 bool PointForest::next(void *handle, ptTreeQueryResult &hit)
@@ -316,10 +324,9 @@ bool PointForest::next(void *handle, ptTreeQueryResult &hit)
         return false;
     if ((cursor->next == cursor->batch.size() || cursor->version != mVersion) && !fetch(*cursor))
         return false;
-    const Cursor::Hit &found = cursor->batch[cursor->next++];
-    cursor->last = {found.distance, found.point.id, 0};
+    hit = cursor->batch.at(cursor->next++);
+    cursor->last = {hit.distance, hit.id, 0};
     cursor->hasLast = true;
-    hit = result(found.point, cursor->place, found.distance);
     return true;
 }
 

@@ -49,6 +49,7 @@ private:
     IdPoint pointAt(quint32 slot) const;
     size_t collectNearest(const QPointF &place, int count, const ExcludedIds &excluded, const PointHit *after);
     template <class Sink> void visitNear(const QPointF &place, Sink &sink) const;
+    void report(const QPointF &place, QVector<ptTreeQueryResult> &records) const;
     Cursor *findCursor(void *cursor) const;
     bool fetch(Cursor &cursor);
 

@@ -46,7 +46,7 @@ public:
         const quint32 leaves = (count + kLeafSize - 1) / kLeafSize;
         mTree.mNodes.resize(leaves - 1);
         mTree.mLeaves.resize(leaves);
-        mTree.mIds.resize(count);
+        mTree.mSlots = count;
         mTree.mBounds = boundsOf(points);
         mTree.mLive = count;
         mReportBelow = std::max(count / 64, 4 * kLeafSize);
@@ -73,8 +73,7 @@ private:
         for (quint32 i = 0; i < kLeafSize; ++i) {
             leaf.x[i] = i < count ? points[i].x : kNone;
             leaf.y[i] = i < count ? points[i].y : kNone;
-            if (i < count)
-                mTree.mIds[at * kLeafSize + i] = points[i].id;
+            leaf.id[i] = i < count ? points[i].id : 0;
         }
         return true;
     }
@@ -143,7 +142,7 @@ quint32 PointTree::find(double x, double y, int id) const
             continue;
         }
         const Node &node = mNodes[range.node];
-        const double v = node.splitsY() ? y : x;
+        const double v = node.axis() ? y : x;
         if (v >= node.high)
             stack[depth++] = range.right();
         if (v <= node.low)

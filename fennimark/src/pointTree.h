@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// A static kd-tree over points with ids, laid out without pointers: 22 bytes a point.
+/// A static kd-tree over points with ids, laid out without pointers: 21.5 bytes a point.
 ///
-/// Points lie in leaves of eight, coordinates apart from ids. A node over m leaves has m/2 of them on its left; nodes are
+/// Points lie in leaves of twelve, by columns. A node over m leaves has m/2 of them on its left; nodes are
 /// in preorder, so that its left child is the next node and its right child comes m/2 later, and a subtree's leaves are
 /// neighbours. A node holds the two bounds of the gap between its halves along one axis. Removed points and the unused
 /// end of the last leaf have NaN coordinates, which no comparison accepts.
@@ -9,7 +9,8 @@
 /// Distances to cells are computed by the expression of the distances to points, so that rounding is monotone: a cell is
 /// never farther than a point in it.
 #pragma once
-#include <QtGlobal>
+#include <QtAlgorithms>
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -26,19 +27,19 @@ struct IdPoint {
 
 class PointTree {
 public:
-    static constexpr quint32 kLeafSize = 8;
+    static constexpr quint32 kLeafSize = 12;
     /// Told how many points more have found their place; false ends the work.
     using Progress = std::function<bool(quint32)>;
 
     /// Reorders `points`, at least one. Null when `progress` (may be empty) answers false.
     static std::shared_ptr<PointTree> build(std::vector<IdPoint> &points, const Progress &progress = {});
 
-    quint32 slotCount() const { return static_cast<quint32>(mIds.size()); } ///< places, removed points included
+    quint32 slotCount() const { return mSlots; } ///< places, removed points included
     quint32 liveCount() const { return mLive; }
     IdPoint point(quint32 slot) const
     {
         const Leaf &leaf = mLeaves[slot / kLeafSize];
-        return {leaf.x[slot % kLeafSize], leaf.y[slot % kLeafSize], mIds[slot]};
+        return {leaf.x[slot % kLeafSize], leaf.y[slot % kLeafSize], leaf.id[slot % kLeafSize]};
     }
     void appendLive(std::vector<IdPoint> &points) const;
 
@@ -59,12 +60,13 @@ private:
     struct Leaf {
         double x[kLeafSize];
         double y[kLeafSize];
+        int id[kLeafSize];
     };
     // The axis is the last bit of `low`, which is rounded up to make it so.
     struct Node {
         double low;  ///< no point on the left is above
         double high; ///< no point on the right is below
-        bool splitsY() const
+        quint32 axis() const // 0: x
         {
             quint64 bits;
             std::memcpy(&bits, &low, sizeof bits);
@@ -88,7 +90,7 @@ private:
 
     std::vector<Node> mNodes;
     std::vector<Leaf> mLeaves;
-    std::vector<int> mIds;
+    quint32 mSlots = 0;
     Rect2D mBounds; ///< of all points, removed ones included
     quint32 mLive = 0;
 };
@@ -102,46 +104,54 @@ template <class Sink> void PointTree::scanLeaf(quint32 leaf, double x, double y,
         const double dy = points.y[i] - y;
         distance[i] = dx * dx + dy * dy;
     }
-    for (quint32 i = 0; i < kLeafSize; ++i) {
-        if (distance[i] <= sink.limit()) {
-            const quint32 slot = leaf * kLeafSize + i;
-            sink.offer(distance[i], mIds[slot], slot);
-        }
+    // One test for the leaf: most leaves have no point that is near enough.
+    const double limit = sink.limit();
+    quint32 near = 0;
+    for (quint32 i = 0; i < kLeafSize; ++i)
+        near |= static_cast<quint32>(distance[i] <= limit) << i;
+    for (; near != 0; near &= near - 1) {
+        const quint32 i = qCountTrailingZeroBits(near);
+        const quint32 slot = leaf * kLeafSize + i;
+        if (distance[i] <= sink.limit())
+            sink.offer(distance[i], points.id[i], slot);
     }
 }
 
 template <class Sink> void PointTree::visitNear(double x, double y, Sink &sink) const
 {
+    // What differs between the axes and between left and right is indexed and computed, not branched on: neither can
+    // be predicted.
     struct Waiting {
         double distance; // to the cell
-        double dx;
-        double dy;
+        double away[2];  // along the axes
         Range range;
     } stack[kMaxDepth];
     int depth = 0;
     const auto outside = [](double low, double high, double v) { return v < low ? low - v : v > high ? v - high : 0.0; };
-    double dx = outside(mBounds.xMin, mBounds.xMax, x);
-    double dy = outside(mBounds.yMin, mBounds.yMax, y);
+    const double place[2] = {x, y};
+    double away[2] = {outside(mBounds.xMin, mBounds.xMax, x), outside(mBounds.yMin, mBounds.yMax, y)};
     Range range = all();
-    if (!(dx * dx + dy * dy <= sink.limit()))
+    if (!(away[0] * away[0] + away[1] * away[1] <= sink.limit()))
         return;
     for (;;) {
         while (range.leaves > 1) {
             const Node &node = mNodes[range.node];
-            const bool splitsY = node.splitsY();
-            const double v = splitsY ? y : x;
+            const quint32 axis = node.axis();
+            const double v = place[axis];
             const double toLeft = v - node.low;
             const double toRight = node.high - v;
-            const bool leftFirst = toLeft < toRight;
-            const double across = leftFirst ? toRight : toLeft; // to the other side, not negative
-            const double farX = splitsY ? dx : across;
-            const double farY = splitsY ? across : dy;
-            const double distance = farX * farX + farY * farY;
-            const Range left = range.left();
-            const Range right = range.right();
-            if (distance <= sink.limit())
-                stack[depth++] = {distance, farX, farY, leftFirst ? right : left};
-            range = leftFirst ? left : right;
+            const double across = std::max(toLeft, toRight); // to the farther side, not negative
+            const double along = away[1 - axis];
+            const double distance = across * across + along * along;
+            const quint32 rightFirst = toRight <= toLeft;
+            const Range halves[2] = {range.left(), range.right()};
+            Waiting &farther = stack[depth];
+            farther.distance = distance;
+            farther.away[axis] = across;
+            farther.away[1 - axis] = along;
+            farther.range = halves[1 - rightFirst];
+            depth += distance <= sink.limit();
+            range = halves[rightFirst];
         }
         scanLeaf(range.leaf, x, y, sink);
         do {
@@ -149,8 +159,8 @@ template <class Sink> void PointTree::visitNear(double x, double y, Sink &sink) 
                 return;
             --depth;
         } while (stack[depth].distance > sink.limit());
-        dx = stack[depth].dx;
-        dy = stack[depth].dy;
+        away[0] = stack[depth].away[0];
+        away[1] = stack[depth].away[1];
         range = stack[depth].range;
     }
 }
@@ -173,8 +183,8 @@ void PointTree::visitCells(Range range, const Rect2D &box, bool inside, CellTest
         const Node &node = mNodes[range.node];
         Rect2D left = box;
         Rect2D right = box;
-        (node.splitsY() ? left.yMax : left.xMax) = node.low;
-        (node.splitsY() ? right.yMin : right.xMin) = node.high;
+        (node.axis() ? left.yMax : left.xMax) = node.low;
+        (node.axis() ? right.yMin : right.xMin) = node.high;
         visitCells(range.left(), left, inside, cell, visit);
         visitCells(range.right(), right, inside, cell, visit);
         return;
