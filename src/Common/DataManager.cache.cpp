@@ -2,6 +2,12 @@
 #include "Common/DataManager.cache.h"
 
 namespace datainterface {
+namespace {
+
+constexpr size_t kShortestLog = 1024;
+constexpr size_t kLookAhead = 8;
+
+} // namespace
 
 BlockSlot *BlockTable::Find(int id)
 {
@@ -28,6 +34,12 @@ BlockSlot &BlockTable::FindOrMake(int id)
     return slot;
 }
 
+const BlockSlot *BlockTable::AddressOf(int id)
+{
+    const size_t chunk = static_cast<size_t>(id) >> kChunkBits;
+    return chunk < mChunks.size() && mChunks[chunk] ? &SlotIn(*mChunks[chunk], id) : nullptr;
+}
+
 void BlockTable::DropIfEmpty(int id)
 {
     BlockSlot *slot = Find(id);
@@ -51,12 +63,26 @@ QVector<int> BlockTable::WrittenIds() const
     return ids;
 }
 
+// The log tells what will be evicted next: its memory can be on the way by then. (The prefetches stand in the loop
+// itself; a function that does nothing else is removed as having no effect.)
+int BlockCache::Oldest()
+{
+    if (mCount == 0)
+        return -1;
+    for (;; ++mFront) {
+        if (mFront + 2 * kLookAhead < mLog.size()) {
+            __builtin_prefetch(mTable.AddressOf(mLog[mFront + 2 * kLookAhead]));
+            if (const BlockSlot *slot = mTable.AddressOf(mLog[mFront + kLookAhead]))
+                __builtin_prefetch(const_cast<QByteArray &>(slot->bytes).data_ptr());
+        }
+        if (Counts(mFront))
+            return mLog[mFront];
+    }
+}
+
 void BlockCache::Touch(int id, BlockSlot &slot)
 {
-    if (mNewest == id)
-        return;
-    Unlink(slot);
-    LinkNewest(id, slot);
+    Log(id, slot);
 }
 
 void BlockCache::Put(int id, const QByteArray &bytes, bool dirty)
@@ -68,13 +94,14 @@ void BlockCache::Put(int id, const QByteArray &bytes, bool dirty)
     slot.cached = true;
     slot.dirty = dirty;
     mCost += CostOf(bytes);
-    LinkNewest(id, slot);
+    ++mCount;
+    Log(id, slot);
 }
 
 void BlockCache::Remove(BlockSlot &slot)
 {
-    Unlink(slot);
     mCost -= CostOf(slot.bytes);
+    --mCount;
     slot.bytes = QByteArray();
     slot.cached = false;
     slot.dirty = false;
@@ -83,30 +110,48 @@ void BlockCache::Remove(BlockSlot &slot)
 void BlockCache::Clear()
 {
     mCost = 0;
-    mNewest = -1;
-    mOldest = -1;
+    mCount = 0;
+    mLog = std::vector<int>();
+    mFront = 0;
 }
 
 QVector<int> BlockCache::Ids() const
 {
     QVector<int> ids;
-    for (int id = mNewest; id >= 0; id = mTable.Find(id)->older)
-        ids.append(id);
+    for (size_t index = mLog.size(); index > mFront; --index) {
+        if (Counts(index - 1))
+            ids.append(mLog[index - 1]);
+    }
     return ids;
 }
 
-void BlockCache::LinkNewest(int id, BlockSlot &slot)
+bool BlockCache::Counts(size_t index) const
 {
-    slot.newer = -1;
-    slot.older = mNewest;
-    (mNewest >= 0 ? mTable.Find(mNewest)->newer : mOldest) = id;
-    mNewest = id;
+    const BlockSlot *slot = mTable.Find(mLog[index]);
+    return slot && slot->cached && slot->lastUse == index;
 }
 
-void BlockCache::Unlink(const BlockSlot &slot)
+void BlockCache::Log(int id, BlockSlot &slot)
 {
-    (slot.newer >= 0 ? mTable.Find(slot.newer)->older : mNewest) = slot.older;
-    (slot.older >= 0 ? mTable.Find(slot.older)->newer : mOldest) = slot.newer;
+    if (mLog.size() >= kShortestLog && mLog.size() >= 3 * mCount)
+        DropStaleEntries();
+    slot.lastUse = static_cast<quint32>(mLog.size());
+    mLog.push_back(id);
+}
+
+void BlockCache::DropStaleEntries()
+{
+    size_t kept = 0;
+    for (size_t index = mFront; index < mLog.size(); ++index) {
+        if (index + kLookAhead < mLog.size())
+            __builtin_prefetch(mTable.AddressOf(mLog[index + kLookAhead]));
+        if (!Counts(index))
+            continue;
+        mTable.Find(mLog[index])->lastUse = static_cast<quint32>(kept);
+        mLog[kept++] = mLog[index];
+    }
+    mLog.resize(kept);
+    mFront = 0;
 }
 
 } // namespace datainterface

@@ -10,14 +10,16 @@
 
 namespace datainterface {
 
-struct BlockSlot {
-    QByteArray bytes; ///< the contents, when cached
-    int extent = -1;  ///< where they lie in the scratch file; -1 when they were never written
-    int newer = -1;   ///< neighbours in the order of use, by block id
-    int older = -1;
+/// Half a cache line with all that a read needs, so that it waits for memory once.
+struct alignas(32) BlockSlot {
+    QByteArray bytes;     ///< the contents, when cached
+    qint64 position = 0;  ///< of the extent
+    int size = 0;         ///< of the extent
+    int extent = -1;      ///< where the contents lie in the scratch file; -1 when they were never written
+    quint32 lastUse = 0;  ///< when cached, the entry of the cache's log that counts
     bool known = false;
     bool cached = false;
-    bool dirty = false; ///< the contents differ from the scratch file
+    bool dirty = false;   ///< the contents differ from the scratch file
 };
 
 /// Slots by block id. Ids rise and are never used again, so slots lie in chunks that come and go with their blocks.
@@ -26,6 +28,8 @@ public:
     /// Null when the id is unknown.
     BlockSlot *Find(int id);
     BlockSlot &FindOrMake(int id);
+    /// Where the slot lies, known or not, to have its memory on the way before it is needed; null when nowhere.
+    const BlockSlot *AddressOf(int id);
     /// Forgets an id that has neither contents in the cache nor an extent.
     void DropIfEmpty(int id);
     void Clear() { mChunks.clear(); }
@@ -45,7 +49,12 @@ private:
     std::vector<std::unique_ptr<Chunk>> mChunks;
 };
 
-/// The cached blocks from the most to the least recently used, and their cost: each one's bytes and 16 more.
+/// The cached blocks in the order of their last use, and their cost: each one's bytes and 16 more.
+///
+/// The order is a log: every use appends the block's id, and an entry counts when its block was not used after it. A
+/// use so touches the block's own slot alone; in a list of slots it would touch two strangers as well, and each of
+/// them is a wait for memory. Entries that no longer count are dropped when they come to the front, or all at once
+/// when they are the greater part.
 class BlockCache {
 public:
     explicit BlockCache(BlockTable &table) : mTable(table) {}
@@ -55,7 +64,7 @@ public:
     void SetLimit(qint64 limit) { mLimit = limit; }
     qint64 Cost() const { return mCost; }
     /// The id of the entry to evict next; -1 when there is none.
-    int Oldest() const { return mOldest; }
+    int Oldest();
 
     void Touch(int id, BlockSlot &slot);
     /// Enters contents as the most recently used; what the id held before is dropped.
@@ -66,14 +75,16 @@ public:
     QVector<int> Ids() const;
 
 private:
-    void LinkNewest(int id, BlockSlot &slot);
-    void Unlink(const BlockSlot &slot);
+    bool Counts(size_t index) const;
+    void Log(int id, BlockSlot &slot);
+    void DropStaleEntries();
 
     BlockTable &mTable;
     qint64 mLimit = 100;
     qint64 mCost = 0;
-    int mNewest = -1;
-    int mOldest = -1;
+    size_t mCount = 0;
+    std::vector<int> mLog;
+    size_t mFront = 0; ///< entries of the log before this one are done with
 };
 
 } // namespace datainterface

@@ -82,9 +82,8 @@ bool DataManager::ReadDataBlock(int id, QByteArray &bytes)
     }
     bool read = false;
     try {
-        const qint64 size = mExtents.SizeOf(slot->extent);
-        bytes = QByteArray(static_cast<int>(size), Qt::Uninitialized);
-        read = mFile.read(mExtents.PositionOf(slot->extent), bytes.data(), size);
+        bytes = QByteArray(slot->size, Qt::Uninitialized);
+        read = mFile.read(slot->position, bytes.data(), slot->size);
     } catch (...) {
         // No memory for the contents: the block is as unreadable as on a failing disk.
     }
@@ -148,23 +147,22 @@ void DataManager::EmptyCache()
 // The bytes go to the file first; the books change when that succeeded.
 bool DataManager::WriteDataBlock(int id, const QByteArray &bytes, WriteMode mode)
 {
-    const BlockSlot *slot = mTable.Find(id);
+    BlockSlot *slot = mTable.Find(id);
     if (!slot || slot->extent < 0)
         return AllocateDataBlock(id, bytes, mode);
-    const int extent = slot->extent;
-    const qint64 held = mExtents.SizeOf(extent);
-    if (bytes.size() > held) {
+    if (bytes.size() > slot->size) {
         // The free list is left alone: a block that grows keeps growing.
         if (!mFile.write(mExtents.End(), bytes.constData(), bytes.size(), mode))
             return false;
         FreeDataBlock(id);
-        mTable.FindOrMake(id).extent = mExtents.Append(id, bytes.size());
+        Place(id, mExtents.Append(id, bytes.size()));
         return true;
     }
-    if (!mFile.write(mExtents.PositionOf(extent), bytes.constData(), bytes.size(), mode))
+    if (!mFile.write(slot->position, bytes.constData(), bytes.size(), mode))
         return false;
-    if (bytes.size() < held)
-        mExtents.Shrink(extent, bytes.size());
+    if (bytes.size() < slot->size)
+        mExtents.Shrink(slot->extent, bytes.size());
+    slot->size = bytes.size();
     return true;
 }
 
@@ -175,7 +173,7 @@ bool DataManager::AllocateDataBlock(int id, const QByteArray &bytes, WriteMode m
         return AppendDataBlock(id, bytes, mode);
     if (!mFile.write(mExtents.PositionOf(fit), bytes.constData(), bytes.size(), mode))
         return false;
-    mTable.FindOrMake(id).extent = mExtents.Take(fit, id, bytes.size());
+    Place(id, mExtents.Take(fit, id, bytes.size()));
     return true;
 }
 
@@ -183,8 +181,16 @@ bool DataManager::AppendDataBlock(int id, const QByteArray &bytes, WriteMode mod
 {
     if (!mFile.write(mExtents.End(), bytes.constData(), bytes.size(), mode))
         return false;
-    mTable.FindOrMake(id).extent = mExtents.Append(id, bytes.size());
+    Place(id, mExtents.Append(id, bytes.size()));
     return true;
+}
+
+void DataManager::Place(int id, int extent)
+{
+    BlockSlot &slot = mTable.FindOrMake(id);
+    slot.extent = extent;
+    slot.position = mExtents.PositionOf(extent);
+    slot.size = static_cast<int>(mExtents.SizeOf(extent));
 }
 
 bool DataManager::FreeDataBlock(int id)

@@ -24,11 +24,10 @@ int ExtentMap::Take(int freeExtent, int id, qint64 size)
     ++mUsedCount;
     if (At(freeExtent).size == size) {
         At(freeExtent).id = id;
-        At(freeExtent).inUse = true;
+        At(freeExtent).nextFree = kUsed;
         return freeExtent;
     }
     const int used = NewRecord(id, At(freeExtent).position, size);
-    At(used).inUse = true;
     LinkAfter(used, At(freeExtent).previous);
     At(freeExtent).position += size;
     At(freeExtent).size -= size;
@@ -39,7 +38,6 @@ int ExtentMap::Take(int freeExtent, int id, qint64 size)
 int ExtentMap::Append(int id, qint64 size)
 {
     const int used = NewRecord(id, End(), size);
-    At(used).inUse = true;
     LinkAfter(used, mLast);
     ++mUsedCount;
     return used;
@@ -55,8 +53,6 @@ void ExtentMap::Shrink(int extent, qint64 size)
 
 void ExtentMap::Release(int extent)
 {
-    At(extent).inUse = false;
-    At(extent).id = -1;
     --mUsedCount;
     const int previous = At(extent).previous;
     const int next = At(extent).next;
@@ -146,23 +142,24 @@ void ExtentMap::UnlinkAndDelete(int index)
 void ExtentMap::AddFree(int index)
 {
     const auto [entry, isNew] = mFree.try_emplace(At(index).size, index);
-    At(index).previousFree = -1;
+    At(index).id = -1;
     At(index).nextFree = isNew ? -1 : entry->second;
     if (isNew)
         return;
-    At(entry->second).previousFree = index;
+    At(entry->second).id = index;
     entry->second = index;
 }
 
 void ExtentMap::RemoveFree(int index)
 {
     const Record &record = At(index);
+    const int before = record.id;
     const auto entry = mFree.find(record.size);
     require(entry != mFree.end(), "Couldn't find empty data block");
     if (record.nextFree >= 0)
-        At(record.nextFree).previousFree = record.previousFree;
-    if (record.previousFree >= 0) {
-        At(record.previousFree).nextFree = record.nextFree;
+        At(record.nextFree).id = before;
+    if (before >= 0) {
+        At(before).nextFree = record.nextFree;
         return;
     }
     require(entry->second == index, "Couldn't find empty data block");
@@ -187,7 +184,8 @@ void ExtentMap::RequireContiguous(int first, int second) const
 ExtentMap::Extent ExtentMap::Describe(int index) const
 {
     const Record &record = At(index);
-    return {record.id, record.size, record.position, record.inUse};
+    const bool inUse = record.nextFree == kUsed;
+    return {inUse ? record.id : -1, record.size, record.position, inUse};
 }
 
 } // namespace datainterface

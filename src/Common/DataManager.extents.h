@@ -48,16 +48,16 @@ public:
     QVector<Extent> FreeList() const;
 
 private:
-    struct Record {
+    // Half a cache line, so that finding an extent waits for memory once.
+    struct alignas(32) Record {
         qint64 position = 0;
         qint64 size = 0;
         int previous = -1; ///< neighbours in the file
         int next = -1;
-        int previousFree = -1; ///< neighbours among the free extents of this size
-        int nextFree = -1;
-        int id = -1;
-        bool inUse = false;
+        int id = -1;       ///< of the block; of a free extent the one before it among those of its size
+        int nextFree = kUsed;
     };
+    static constexpr int kUsed = -2; ///< in place of the next free extent
 
     Record &At(int index) { return mRecords[static_cast<size_t>(index)]; }
     const Record &At(int index) const { return mRecords[static_cast<size_t>(index)]; }
@@ -67,7 +67,7 @@ private:
     void AddFree(int index);
     void RemoveFree(int index);
     void GrowFree(int index, qint64 by);
-    bool IsFree(int index) const { return index >= 0 && !At(index).inUse; }
+    bool IsFree(int index) const { return index >= 0 && At(index).nextFree != kUsed; }
     void RequireContiguous(int first, int second) const;
     Extent Describe(int index) const;
 

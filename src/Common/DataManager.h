@@ -65,6 +65,7 @@ private:
     bool WriteDataBlock(int id, const QByteArray &bytes, WriteMode mode);
     bool AllocateDataBlock(int id, const QByteArray &bytes, WriteMode mode);
     bool AppendDataBlock(int id, const QByteArray &bytes, WriteMode mode);
+    void Place(int id, int extent);
     bool FreeDataBlock(int id);
     bool RestoreBlock(int id, const QByteArray &bytes);
 

@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: MIT
+// What does a block cost against one plain call of the operating system for each block, and against LMDB?
+//
+// Three phases on the same random order: save all, read as many at random, replace as many at random by blocks of other
+// sizes. "plain" is one pwrite or pread for each block, into places of fixed size. LMDB runs without syncs, all in one
+// transaction a phase. Every number is the median over rounds in which the three take turns. What a call is given is in
+// memory before the clock starts, for all three.
+#include <QByteArray>
+#include <QFile>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <functional>
+#include <lmdb.h>
+#include <malloc.h>
+#include <random>
+#include <unistd.h>
+#include <vector>
+#include "Common/DataManager.h"
+#include "datainterface/DataBlocks.h"
+
+namespace {
+
+constexpr int kCacheBytes = 64 << 20;
+
+struct Case {
+    const char *name;
+    int count;
+    int bytes;
+    int rounds;
+};
+
+// The orders and sizes that the peers share.
+struct Work {
+    explicit Work(const Case &which) : count(which.count), bytes(which.bytes), contents(2 * which.bytes, '\0')
+    {
+        std::mt19937 random(7);
+        for (char &byte : contents)
+            byte = static_cast<char>(random());
+        std::uniform_int_distribution<int> anyBlock(0, count - 1);
+        std::uniform_int_distribution<int> anySize(bytes / 2, bytes + bytes / 2);
+        for (int i = 0; i < count; ++i) {
+            order.push_back(anyBlock(random));
+            sizes.push_back(anySize(random));
+        }
+    }
+    int count;
+    int bytes;
+    QByteArray contents;
+    std::vector<int> order;
+    std::vector<int> sizes;
+};
+
+using Times = std::array<double, 3>; // seconds: save, read, replace
+
+void check(bool holds, const char *what)
+{
+    if (!holds) {
+        std::fprintf(stderr, "%s failed\n", what);
+        std::exit(1);
+    }
+}
+
+double secondsOf(const std::function<void()> &call)
+{
+    const auto start = std::chrono::steady_clock::now();
+    call();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Times the calls alone: what they are given is made ahead, a few at a time.
+template <class Make, class Call> double secondsOfEach(int count, Make make, Call call)
+{
+    constexpr int kAhead = 16;
+    std::vector<QByteArray> made(kAhead);
+    double seconds = 0;
+    for (int first = 0; first < count; first += kAhead) {
+        const int end = std::min(first + kAhead, count);
+        for (int i = first; i < end; ++i)
+            made[static_cast<size_t>(i - first)] = make(i);
+        seconds += secondsOf([&] {
+            for (int i = first; i < end; ++i)
+                call(i, made[static_cast<size_t>(i - first)]);
+        });
+    }
+    return seconds;
+}
+
+double residentMegabytes()
+{
+    QFile status("/proc/self/statm");
+    check(status.open(QIODevice::ReadOnly), "statm");
+    return status.readAll().split(' ').at(1).toDouble() * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+}
+
+Times runStore(const Work &work, const QString &directory, double &megabytes)
+{
+    malloc_trim(0);
+    const double before = residentMegabytes();
+    InitializeDataManager(directory, kCacheBytes);
+    const char *contents = work.contents.constData();
+    Times times{};
+    times[0] = secondsOfEach(
+        work.count, [&](int) { return QByteArray(contents, work.bytes); },
+        [](int i, const QByteArray &bytes) { check(SaveDataBlock(bytes) == i, "save"); });
+    times[1] = secondsOf([&] {
+        QByteArray bytes;
+        for (const int id : work.order)
+            check(ReadDataBlock(id, bytes) && bytes.size() == work.bytes, "read");
+    });
+    megabytes = residentMegabytes() - before;
+    times[2] = secondsOfEach(
+        work.count, [&](int i) { return QByteArray(contents, work.sizes[static_cast<size_t>(i)]); },
+        [&](int i, const QByteArray &bytes) { ReplaceDataBlock(work.order[static_cast<size_t>(i)], bytes); });
+    ClearDataManager();
+    return times;
+}
+
+Times runPlain(const Work &work, const QString &directory)
+{
+    const QByteArray path = QFile::encodeName(directory + "/plain");
+    const int file = ::open(path.constData(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    check(file >= 0, "open");
+    const char *contents = work.contents.constData();
+    std::vector<char> bytes(static_cast<size_t>(2 * work.bytes));
+    const auto place = [&](int id) { return static_cast<off_t>(id) * work.bytes * 3 / 2; };
+    Times times{};
+    times[0] = secondsOf([&] {
+        for (int i = 0; i < work.count; ++i)
+            check(::pwrite(file, contents, static_cast<size_t>(work.bytes), place(i)) == work.bytes, "pwrite");
+    });
+    times[1] = secondsOf([&] {
+        for (const int id : work.order)
+            check(::pread(file, bytes.data(), static_cast<size_t>(work.bytes), place(id)) == work.bytes, "pread");
+    });
+    times[2] = secondsOf([&] {
+        for (size_t i = 0; i < work.order.size(); ++i) {
+            const int size = work.sizes[i];
+            check(::pwrite(file, contents, static_cast<size_t>(size), place(work.order[i])) == size, "pwrite");
+        }
+    });
+    ::close(file);
+    ::unlink(path.constData());
+    return times;
+}
+
+Times runLmdb(const Work &work, const QString &directory)
+{
+    const QByteArray path = QFile::encodeName(directory + "/lmdb");
+    MDB_env *environment = nullptr;
+    check(mdb_env_create(&environment) == 0 && mdb_env_set_mapsize(environment, size_t(16) << 30) == 0
+              && mdb_env_open(environment, path.constData(), MDB_NOSUBDIR | MDB_NOSYNC | MDB_WRITEMAP, 0600) == 0,
+          "mdb_env_open");
+    MDB_dbi table = 0;
+    const auto inTransaction = [&](const std::function<void(MDB_txn *)> &call) {
+        MDB_txn *transaction = nullptr;
+        check(mdb_txn_begin(environment, nullptr, 0, &transaction) == 0, "mdb_txn_begin");
+        check(mdb_dbi_open(transaction, nullptr, MDB_INTEGERKEY | MDB_CREATE, &table) == 0, "mdb_dbi_open");
+        call(transaction);
+        check(mdb_txn_commit(transaction) == 0, "mdb_txn_commit");
+    };
+    const auto put = [&](MDB_txn *transaction, int id, int size, unsigned flags) {
+        MDB_val key{sizeof(int), &id};
+        MDB_val data{static_cast<size_t>(size), const_cast<char *>(work.contents.constData())};
+        check(mdb_put(transaction, table, &key, &data, flags) == 0, "mdb_put");
+    };
+    Times times{};
+    times[0] = secondsOf([&] {
+        inTransaction([&](MDB_txn *transaction) {
+            for (int i = 0; i < work.count; ++i)
+                put(transaction, i, work.bytes, MDB_APPEND);
+        });
+    });
+    times[1] = secondsOf([&] {
+        inTransaction([&](MDB_txn *transaction) {
+            for (int id : work.order) {
+                MDB_val key{sizeof(int), &id};
+                MDB_val data{};
+                check(mdb_get(transaction, table, &key, &data) == 0, "mdb_get");
+                const QByteArray bytes(static_cast<const char *>(data.mv_data), static_cast<int>(data.mv_size));
+                check(bytes.size() == work.bytes, "mdb_get");
+            }
+        });
+    });
+    times[2] = secondsOf([&] {
+        inTransaction([&](MDB_txn *transaction) {
+            for (size_t i = 0; i < work.order.size(); ++i)
+                put(transaction, work.order[i], work.sizes[i], 0);
+        });
+    });
+    mdb_env_close(environment);
+    ::unlink(path.constData());
+    const QByteArray lock = path + "-lock";
+    ::unlink(lock.constData());
+    return times;
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+void runCase(const Case &which)
+{
+    const QTemporaryDir directory;
+    const Work work(which);
+    std::vector<Times> store, plain, lmdb;
+    double megabytes = 0;
+    for (int round = 0; round < which.rounds; ++round) {
+        double used = 0;
+        store.push_back(runStore(work, directory.path(), used));
+        if (round == 0)
+            megabytes = used; // later rounds start from a heap that is warm
+        plain.push_back(runPlain(work, directory.path()));
+        lmdb.push_back(runLmdb(work, directory.path()));
+    }
+    std::printf("%s, cache %d MiB\n", which.name, kCacheBytes >> 20);
+    std::printf("%-10s %12s %12s %12s %12s %12s\n", "phase", "store us", "plain us", "LMDB us", "store/plain",
+                "store/LMDB");
+    for (size_t phase = 0; phase < 3; ++phase) {
+        std::vector<double> s, p, l, toPlain, toLmdb;
+        for (size_t round = 0; round < store.size(); ++round) {
+            s.push_back(store[round][phase] * 1e6 / which.count);
+            p.push_back(plain[round][phase] * 1e6 / which.count);
+            l.push_back(lmdb[round][phase] * 1e6 / which.count);
+            toPlain.push_back(s.back() / p.back());
+            toLmdb.push_back(s.back() / l.back());
+        }
+        const char *names[] = {"save", "read", "replace"};
+        std::printf("%-10s %12.3f %12.3f %12.3f %12.2f %12.2f\n", names[phase], median(s), median(p), median(l),
+                    median(toPlain), median(toLmdb));
+    }
+    const double allowed = kCacheBytes / 1e6 + 100.0 * which.count / 1e6 + 40;
+    std::printf("resident after reading: %.0f MB; budget + 100 bytes a block + 40 MB: %.0f MB\n\n", megabytes,
+                allowed);
+}
+
+} // namespace
+
+int main()
+{
+    runCase({"1,000,000 blocks of 100 bytes", 1000000, 100, 5});
+    runCase({"20,000 blocks of 64 KiB", 20000, 65536, 3});
+    return 0;
+}
