@@ -7,15 +7,17 @@
 #include "datainterface/export.h"
 
 /// Sets the scratch directory (made when missing) and the cache's limit in bytes, and starts an empty scratch file.
-/// Raises "opened" when it cannot be made.
+/// Geometry stores keep their large files in that directory, too. Raises "opened" when the file cannot be made.
 DATAINTERFACE_EXPORT void InitializeDataManager(const QString &directory, int cacheBytes);
 /// Forgets every block and starts a new empty scratch file.
 DATAINTERFACE_EXPORT void ResetDataManager();
 /// Forgets every block and deletes the scratch file.
 DATAINTERFACE_EXPORT void ClearDataManager();
-/// @return the new block's id; ids rise from 0 and are never reused.
+/// @return the new block's id; ids rise from 0 and are never reused. Raises "result", with nothing changed, when the
+/// cache must write something back for it and cannot; the call can be made again when there is room.
 DATAINTERFACE_EXPORT int SaveDataBlock(const QByteArray &bytes);
-/// False, with `bytes` untouched, when the id is unknown; false with `bytes` empty when the read fails.
+/// False, with `bytes` untouched, when the id is unknown; false with `bytes` empty when the read fails. The bytes are
+/// shared with the cache. Raises "result" as SaveDataBlock does.
 DATAINTERFACE_EXPORT bool ReadDataBlock(int id, QByteArray &bytes);
 /// False when the block never reached the scratch file; it is gone all the same.
 DATAINTERFACE_EXPORT bool DeleteDataBlock(int id);

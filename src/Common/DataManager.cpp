@@ -4,6 +4,7 @@
 #include <limits>
 #include "Common/detail/failure.h"
 #include "datainterface/DataBlocks.h"
+#include "fennimark/Fennims.h"
 
 using namespace datainterface;
 
@@ -212,6 +213,7 @@ DataManager &blockStore()
 
 void InitializeDataManager(const QString &directory, int cacheBytes)
 {
+    Fennims::SetScratchDirectory(directory);
     blockStore().Initialize(directory, cacheBytes);
 }
 
