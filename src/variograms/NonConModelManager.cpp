@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "Common/detail/streams.h"
 #include "datainterface/NonConVariogramModelManager.h"
+#include "frame/listeners.h"
+#include "frame/uniqueNames.h"
 
 namespace {
 
 constexpr int kMinModelBytes = 4 + 6 * 4; // what the key, the name's length and the first counts take at least
 
-struct Connection {
-    const char *signal;
-    const char *slot;
-};
-const Connection kConnections[] = {
+const datainterface::Connection kConnections[] = {
     {SIGNAL(NonConVariogramModelAddedSignal(qint32)), SLOT(NonConVariogramModelAddedSlot(qint32))},
     {SIGNAL(NonConVariogramModelRemovedSignal(qint32)), SLOT(NonConVariogramModelRemovedSlot(qint32))},
     {SIGNAL(NonConVariogramModelChangedSignal(qint32)), SLOT(NonConVariogramModelChangedSlot(qint32))},
@@ -20,14 +18,6 @@ const Connection kConnections[] = {
 bool hasSlot(const QObject &listener, const char *slot)
 {
     return listener.metaObject()->indexOfSlot(slot + 1) >= 0;
-}
-
-QString uniqueName(const QString &base, const QList<QString> &taken)
-{
-    QString name = base;
-    for (int n = 2; taken.contains(name); ++n)
-        name = base + QLatin1Char(' ') + QString::number(n);
-    return name;
 }
 
 } // namespace
@@ -77,7 +67,8 @@ bool NonConVariogramModelManager::DuplicateNonConVariogramModel(int id)
     VariogramModel copy;
     if (!GetNonConVariogramModel(id, copy))
         return false;
-    copy.name = uniqueName(copy.name + QStringLiteral(" copy"), GetNonConVariogramModelNames());
+    const QList<QString> names = GetNonConVariogramModelNames();
+    copy.name = datainterface::uniqueName(copy.name + QStringLiteral(" copy"), QSet<QString>(names.begin(), names.end()));
     AddNonConVariogramModel(copy);
     return true;
 }
@@ -112,7 +103,7 @@ bool NonConVariogramModelManager::AddNonConVariogramModelListener(QObject *liste
 {
     if (!listener)
         return false;
-    for (const Connection &connection : kConnections) {
+    for (const datainterface::Connection &connection : kConnections) {
         if (hasSlot(*listener, connection.slot))
             connect(this, connection.signal, listener, connection.slot);
     }

@@ -3,33 +3,30 @@
 #include <algorithm>
 #include <optional>
 #include "Common/detail/failure.h"
-#include "datainterface/ControllerBase.h"
-#include "datainterface/MDataSource.h"
-#include "datainterface/MGeoData.h"
 #include "datainterface/VORN_Progress.h"
-#include "frame/frameState.h"
+#include "frame/callFrame.h"
+#include "frame/uniqueNames.h"
 
-using datainterface::controller;
+using namespace datainterface;
 
 namespace {
-
-// A dataset with the geography that it lies in; both null when the id is unknown.
-struct Found {
-    const MGeoData *geography = nullptr;
-    MDataset *dataset = nullptr;
-};
-
-Found find(int dataId)
-{
-    const MGeoData *geography = controller()->GetGeoData().value(DataId(dataId).GeoId(), nullptr);
-    MDataset *dataset = geography ? geography->GetDataSource()->GetDataset(dataId) : nullptr;
-    return dataset ? Found{geography, dataset} : Found{};
-}
 
 bool hasStructures(const VariogramModel &model)
 {
     return std::any_of(model.centroidModels.begin(), model.centroidModels.end(),
                        [](const VariogramModelAtT &atT) { return !atT.structures.isEmpty(); });
+}
+
+MDataset *findDataset(int dataId)
+{
+    return onDataset(dataId, static_cast<MDataset *>(nullptr), [](MDataset &dataset) { return &dataset; });
+}
+
+// Of a model of a dataset, on that dataset's geography.
+VariogramModelProps propertiesOf(const VariogramModel &model)
+{
+    return onGeography(geographyIdOf(model.dataset), VariogramModelProps(),
+                       [&model](const MGeoData &geography) { return model.GetProperties(&geography); });
 }
 
 } // namespace
@@ -38,8 +35,8 @@ VariogramModelProps VORN_GenerateVariogramModel(const QString &name, int dataId,
                                                 int estimator, int locationsId, int lagCount, bool flagA,
                                                 double parameter, bool flagB, bool)
 {
-    const Found found = find(dataId);
-    datainterface::require(found.dataset, "Invalid dataset id");
+    MDataset *const dataset = findDataset(dataId);
+    require(dataset, "Invalid dataset id");
 
     VariogramModel model{DataId(dataId)};
     model.name = name;
@@ -51,25 +48,22 @@ VariogramModelProps VORN_GenerateVariogramModel(const QString &name, int dataId,
         parameter, flagB);
     progress.reset();
 
-    if (!fitted || !hasStructures(model) || !found.dataset->AddVariogramModel(model, true))
+    if (!fitted || !hasStructures(model) || !dataset->AddVariogramModel(model, true))
         return {};
     controller()->MarkProjectDirty();
-    return model.GetProperties(found.geography);
+    return propertiesOf(model);
 }
 
 QList<int> VORN_GetVariogramModelIds(int dataId)
 {
-    const MDataset *dataset = find(dataId).dataset;
-    return dataset ? dataset->GetVariogramModelIds() : QList<int>();
+    return onDataset(dataId, QList<int>(), [](const MDataset &dataset) { return dataset.GetVariogramModelIds(); });
 }
 
 VariogramModelProps VORN_GetVariogramModelProperties(int dataId, int modelId)
 {
-    const Found found = find(dataId);
+    const MDataset *dataset = findDataset(dataId);
     VariogramModel model;
-    if (!found.dataset || !found.dataset->GetVariogramModel(modelId, model))
-        return {};
-    return model.GetProperties(found.geography);
+    return dataset && dataset->GetVariogramModel(modelId, model) ? propertiesOf(model) : VariogramModelProps();
 }
 
 VariogramModelProps VORN_GetNonConVariogramModelProperties(int modelId)
@@ -82,12 +76,10 @@ VariogramModelProps VORN_GetNonConVariogramModelProperties(int modelId)
 
 QString VORN_SuggestUniqueVariogramModelName(int dataId, const QString &base)
 {
-    const MDataset *dataset = find(dataId).dataset;
-    const QList<QString> taken = dataset ? dataset->GetVariogramModelNames() : QList<QString>();
-    QString name = base;
-    for (int n = 2; taken.contains(name); ++n)
-        name = base + QLatin1Char(' ') + QString::number(n);
-    return name;
+    return onDataset(dataId, base, [&base](const MDataset &dataset) {
+        const QList<QString> names = dataset.GetVariogramModelNames();
+        return uniqueName(base, QSet<QString>(names.begin(), names.end()));
+    });
 }
 
 void VORN_ShowVariogramModelDialog(const QString &name, int dataset, int locations, int estimator, int weightsDataset,

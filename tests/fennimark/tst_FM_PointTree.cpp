@@ -2,6 +2,7 @@
 #include <QtTest>
 #include <cmath>
 #include <random>
+#include "fennimark/FMPolygon.h"
 #include "fennimark/FM_PointTree.h"
 
 namespace {
@@ -190,6 +191,8 @@ private Q_SLOTS:
     void queriesAgreeWithLookingAtEachPoint_data();
     void queriesAgreeWithLookingAtEachPoint();
     void changesAgreeWithLookingAtEachPoint();
+    void polygonsHoldWhatTheirPredicateSays();
+    void anglesAreThoseOfTheCLibrary();
     void tiesOfALatticeDoNotDependOnItsSpacing();
     void aTieGroupHasOneDistance();
     void cursorsGoThroughAllPointsInOrder();
@@ -247,6 +250,61 @@ void TestPointTree::changesAgreeWithLookingAtEachPoint()
             for (unsigned i = random() % 100 ? 1 : 900; i > 0; --i)
                 compareQueries(tree, naive, random);
         }
+    }
+}
+
+void TestPointTree::polygonsHoldWhatTheirPredicateSays()
+{
+    // Large enough for cells that lie inside, outside and in the hole; lattice points lie on edges and corners.
+    std::mt19937 random(2);
+    const FMPolygon star(QList<QPolygonF>{
+        QPolygonF({{5, 5}, {60, 20}, {95, 5}, {80, 60}, {95, 95}, {50, 80}, {5, 95}, {20, 50}}),
+        QPolygonF({{30, 30}, {30, 60}, {60, 60}, {60, 30}})});
+    const FMPolygon sliver(QVector<QPointF>{{0, 0}, {99, 99}, {0, 0.5}});
+    const FMPolygon apart(QVector<QPointF>{{200, 0}, {210, 0}, {210, 10}});
+    for (const char *kind : {"lattice", "random"}) {
+        NaiveTree naive{makeMembers(kind, 10000, random)};
+        if (kind == QByteArray("random")) {
+            for (Member &member : naive.members)
+                member = {100 * member.x, 100 * member.y, member.id};
+        }
+        FM_PointTree tree;
+        fill(tree, naive.members);
+        tree.AddPointToSet(QPointF(20, 50), 20000);
+        naive.members.append({20, 50, 20000});
+        for (const FMPolygon *polygon : {&star, &sliver, &apart}) {
+            const QSet<int> exclude = someIds(naive.members, random);
+            QVector<int> inside;
+            for (const Member &member : naive.members) {
+                if (!exclude.contains(member.id) && polygon->ContainsPoint(member.x, member.y))
+                    inside.append(member.id);
+            }
+            Hits hits;
+            QVERIFY(tree.GetPointsInPolygon(polygon, exclude, hits));
+            QCOMPARE(ids(hits), inside);
+            QCOMPARE(inside.isEmpty(), polygon == &apart);
+        }
+    }
+}
+
+void TestPointTree::anglesAreThoseOfTheCLibrary()
+{
+    std::mt19937 random(6);
+    const auto coordinate = [&random] {
+        const double simple[] = {0.0, 1.0, -1.0, 1e-300, -1e-300, 1e305, -1e305};
+        const double unit = double(random()) / 2147483648.0 - 1.0;
+        return random() % 4 == 0 ? simple[random() % 7] : unit * std::pow(10.0, double(random() % 20));
+    };
+    for (int i = 0; i < 20000; ++i) {
+        const QPointF point(coordinate(), coordinate());
+        FM_PointTree tree;
+        QVERIFY(tree.AddPointToSet(point, 1));
+        Hits hits;
+        QVERIFY(tree.GetNearestNeighbors(QPointF(0, 0), 1, {}, hits, true));
+        const double expected = std::atan2(point.y(), point.x());
+        const double ulp = std::nextafter(std::abs(expected), 10.0) - std::abs(expected);
+        QVERIFY2(std::abs(hits[0].angle - expected) <= 2.5 * ulp && std::signbit(hits[0].angle) == std::signbit(expected),
+                 qPrintable(QString("%1 %2").arg(point.x(), 0, 'g', 17).arg(point.y(), 0, 'g', 17)));
     }
 }
 
@@ -441,6 +499,7 @@ void TestPointTree::badInputIsRefused()
     QCOMPARE(ids(hits), QVector<int>{1});
     QVERIFY(tree.GetNearestNeighbors(QPointF(), INT_MAX, {}, hits, true));
     QCOMPARE(ids(hits), QVector<int>{1});
+    QVERIFY(!tree.GetPointsInPolygon(nullptr, {}, hits));
     QVERIFY(!tree.SetPoints({QPointF(1, 1)}, {1, 2}, nullptr, 0, 100));
     QVERIFY(!tree.GetNearestNeighbors(QPointF(), 1, {}, hits, true)); // and the tree is empty
     QVERIFY(!tree.SetPoints({QPointF(1, inf)}, {1}, nullptr, 0, 100));
