@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "commandLine.h"
-#include <exception>
 #include "commands/commands.h"
 #include "datainterface/VersionAPI.h"
 #include "datainterface/vorn_error.h"
 #include "failure.h"
 #include "interrupt.h"
 #include "progress.h"
+#include <exception>
 
 namespace meridor {
 namespace {
@@ -15,10 +15,13 @@ void addCommonOptions(CLI::App &app, Context &context)
 {
     app.add_flag("--json", context.console.json, "Results as JSON");
     app.add_flag("-q,--quiet", context.console.quiet, "No notes and no progress bar");
-    textOption(app, "--scratch", context.session.scratch, "Parent directory of scratch files (default: the user's cache)");
+    textOption(app, "--scratch", context.session.scratch,
+               "Parent directory of scratch files (default: the user's cache)");
     app.add_option("--cache", context.session.cacheMegabytes, "Megabytes of values kept in memory")
-        ->capture_default_str()->check(CLI::Range(1, 2000));
-    app.add_flag("--smallest", context.session.smallest, "Pack projects as small as can be, in many times the time");
+        ->capture_default_str()
+        ->check(CLI::Range(1, 2000));
+    app.add_flag("--smallest", context.session.smallest,
+                 "Pack projects as small as can be, in many times the time");
 }
 
 /// The one place where failures become text and a code.
@@ -32,7 +35,8 @@ int runGuarded(const Context &context)
         return failure.code();
     } catch (const vorn_error &error) {
         context.console.error(QStringLiteral("internal error: ") + QString::fromUtf8(error.what()));
-        context.console.note(QStringLiteral("call stack:\n") + QString::fromStdString(error.stack()));
+        context.console.note(QStringLiteral("call stack:\n")
+                             + QString::fromStdString(error.stack()));
     } catch (const std::bad_alloc &) {
         context.console.error(QStringLiteral("out of memory"));
     } catch (const std::exception &error) {
@@ -43,7 +47,9 @@ int runGuarded(const Context &context)
 
 QString version()
 {
-    return QStringLiteral("%1 %2.%3.%4").arg(applicationName).arg(productVersionNumber / 100000)
+    return QStringLiteral("%1 %2.%3.%4")
+        .arg(applicationName)
+        .arg(productVersionNumber / 100000)
         .arg(productVersionNumber / 1000 % 100, 2, 10, QLatin1Char('0'))
         .arg(productVersionNumber % 1000, 3, 10, QLatin1Char('0'));
 }
@@ -57,11 +63,12 @@ int runCommandLine(int argc, char **argv)
     app.require_subcommand(1);
     app.fallthrough();
     app.set_version_flag("--version", version().toStdString());
-    app.footer("Example:\n  meridor demo results\n\nExit codes: 0 done, 1 failed, 2 wrong usage, 130 cancelled.\n"
+    app.footer("Example:\n  meridor demo results\n\nExit codes: 0 done, 1 failed, 2 wrong usage, "
+               "130 cancelled.\n"
                "meridor VERB --help tells more.");
     addCommonOptions(app, context);
-    for (const auto add : {addImport, addInfo, addStats, addSeries, addClasses, addMap, addExport, addRename, addRemove,
-                           addDemo})
+    for (const auto add : {addImport, addInfo, addStats, addSeries, addClasses, addMap, addExport,
+                           addRename, addRemove, addDemo})
         add(app, context);
     try {
         app.parse(argc, argv);

@@ -4,7 +4,8 @@
 
 namespace meridor {
 
-/// Parses, runs the chosen verb and reports how it ended. Needs the application object. @return the exit code
+/// Parses, runs the chosen verb and reports how it ended. Needs the application object. @return the
+/// exit code
 int runCommandLine(int argc, char **argv);
 
 } // namespace meridor

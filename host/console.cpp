@@ -53,7 +53,8 @@ void TextTable::print(const Console &console) const
             const QString cell = cells.value(c);
             if (c > 0)
                 text += QStringLiteral("  ");
-            text += mColumns[c].second == Right ? cell.rightJustified(widths[c]) : cell.leftJustified(widths[c]);
+            text += mColumns[c].second == Right ? cell.rightJustified(widths[c])
+                                                : cell.leftJustified(widths[c]);
         }
         while (text.endsWith(QLatin1Char(' ')))
             text.chop(1);
@@ -79,7 +80,8 @@ QString shortNumber(double value, int decimals)
     if (value != 0 && (std::abs(value) < std::pow(10.0, -decimals) || std::abs(value) >= 1e15))
         return QString::number(value, 'g', 6);
     QString text = QString::number(value, 'f', decimals);
-    while (text.contains(QLatin1Char('.')) && (text.endsWith(QLatin1Char('0')) || text.endsWith(QLatin1Char('.')))) {
+    while (text.contains(QLatin1Char('.'))
+           && (text.endsWith(QLatin1Char('0')) || text.endsWith(QLatin1Char('.')))) {
         const bool point = text.endsWith(QLatin1Char('.'));
         text.chop(1);
         if (point)
@@ -98,7 +100,7 @@ QString someOf(const QStringList &names, int most)
     if (names.size() <= most)
         return names.join(QStringLiteral(", "));
     return QStringList(names.mid(0, most)).join(QStringLiteral(", "))
-        + QStringLiteral(" and %1 more").arg(names.size() - most);
+           + QStringLiteral(" and %1 more").arg(names.size() - most);
 }
 
 } // namespace meridor

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "hostController.h"
-#include <memory>
 #include "datainterface/MGeoData.h"
+#include <memory>
 
 namespace meridor {
 
@@ -16,7 +16,8 @@ int HostController::ShowMethod(int, const QString &name, const QVector<MethodPar
     return -1;
 }
 
-bool HostController::ExecuteMethod(int, const QString &name, const QVector<MethodParameter> &, MethodReport &report)
+bool HostController::ExecuteMethod(int, const QString &name, const QVector<MethodParameter> &,
+                                   MethodReport &report)
 {
     report = MethodReport();
     mConsole.note(QStringLiteral("method %1 is not one of this program").arg(name));
@@ -38,8 +39,9 @@ void HostController::ShowVariogramModelDialog(VariogramModel &, bool, int, bool)
     decline(QStringLiteral("the dialog of variogram models"));
 }
 
-int HostController::CreateMapWindow(int dataId, qint64 t, const QString &title, const ColorSchemeInfo &fill,
-                                    const ColorSchemeInfo &, const SymbolSchemeInfo &)
+int HostController::CreateMapWindow(int dataId, qint64 t, const QString &title,
+                                    const ColorSchemeInfo &fill, const ColorSchemeInfo &,
+                                    const SymbolSchemeInfo &)
 {
     const MapView view{dataId, t, title, fill};
     if (!painter || !painter(view))
@@ -73,15 +75,17 @@ bool HostController::ShowSpatialWeightsInMap(int, int, int)
     return false;
 }
 
-int HostController::CreateGraphWindow(GraphTypes, const QVector<int> &, qint64, const QString &title,
-                                      const ColorSchemeInfo &, const QPointF *, const QRectF *)
+int HostController::CreateGraphWindow(GraphTypes, const QVector<int> &, qint64,
+                                      const QString &title, const ColorSchemeInfo &,
+                                      const QPointF *, const QRectF *)
 {
     decline(QStringLiteral("the graph ") + title);
     return 0;
 }
 
 bool HostController::GenerateVariogramModel(VariogramModel &, const DataId &, const Interval &,
-                                            VariogramModel::EstimatorTypes, const DataId &, int, bool, double, bool)
+                                            VariogramModel::EstimatorTypes, const DataId &, int,
+                                            bool, double, bool)
 {
     mConsole.note(QStringLiteral("variogram models are not estimated by this program"));
     return false;
@@ -97,7 +101,8 @@ void HostController::ShowHelpTopic(const char *topic)
     mConsole.note(QStringLiteral("help on %1: meridor --help").arg(QString::fromUtf8(topic)));
 }
 
-QString HostController::GetInvocationStringForMethod(int, const QString &, const QVector<MethodParameter> &)
+QString HostController::GetInvocationStringForMethod(int, const QString &,
+                                                     const QVector<MethodParameter> &)
 {
     return QString(); // no method, no call
 }

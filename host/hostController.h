@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// The terminal's answers to the library: maps become pictures, notes go to standard error, and what needs a window
-/// is declined.
+/// The terminal's answers to the library: maps become pictures, notes go to standard error, and
+/// what needs a window is declined.
 #pragma once
+#include "console.h"
+#include "datainterface/ControllerBase.h"
 #include <QMap>
 #include <QString>
 #include <functional>
-#include "console.h"
-#include "datainterface/ControllerBase.h"
 
 namespace meridor {
 
@@ -27,25 +27,29 @@ public:
 
     bool isDirty() const { return mProjectDirty; }
 
-    int ShowMethod(int method, const QString &name, const QVector<MethodParameter> &parameters) override;
+    int ShowMethod(int method, const QString &name,
+                   const QVector<MethodParameter> &parameters) override;
     bool ExecuteMethod(int method, const QString &name, const QVector<MethodParameter> &parameters,
                        MethodReport &report) override;
     QString GetDatasetPropertiesStringForCurrentMethod() override;
     void ShowSpatialWeightSetDialog(int geographyId, bool flagA, bool flagB) override;
-    void ShowVariogramModelDialog(VariogramModel &model, bool flagA, int number, bool flagB) override;
+    void ShowVariogramModelDialog(VariogramModel &model, bool flagA, int number,
+                                  bool flagB) override;
     /// @return a number for SyncViews, 0 when nothing could be drawn
     int CreateMapWindow(int dataId, qint64 t, const QString &title, const ColorSchemeInfo &fill,
                         const ColorSchemeInfo &line, const SymbolSchemeInfo &symbols) override;
-    bool CreateMapLayer(int window, int dataId, const ColorSchemeInfo &fill, const ColorSchemeInfo &line,
-                        const SymbolSchemeInfo &symbols) override;
+    bool CreateMapLayer(int window, int dataId, const ColorSchemeInfo &fill,
+                        const ColorSchemeInfo &line, const SymbolSchemeInfo &symbols) override;
     /// Draws the views again at another time.
     void SyncViews(QList<int> windows, qint64 t) override;
     bool ShowSpatialWeightsInMap(int window, int weightSet, int object) override;
-    int CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds, qint64 t, const QString &title,
-                          const ColorSchemeInfo &colors, const QPointF *points, const QRectF *bounds) override;
-    bool GenerateVariogramModel(VariogramModel &model, const DataId &dataset, const Interval &interval,
-                                VariogramModel::EstimatorTypes estimator, const DataId &locations, int lagCount,
-                                bool flagA, double parameter, bool flagB) override;
+    int CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds, qint64 t,
+                          const QString &title, const ColorSchemeInfo &colors,
+                          const QPointF *points, const QRectF *bounds) override;
+    bool GenerateVariogramModel(VariogramModel &model, const DataId &dataset,
+                                const Interval &interval, VariogramModel::EstimatorTypes estimator,
+                                const DataId &locations, int lagCount, bool flagA, double parameter,
+                                bool flagB) override;
     /// False: nobody is there to answer a dialog.
     bool HasGUI() override { return false; }
     void AddToLog(const QString &text, bool fromHost) override;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "interrupt.h"
-#include <csignal>
 #include "failure.h"
+#include <csignal>
 
 namespace meridor {
 namespace {

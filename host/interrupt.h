@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Ctrl-C as a flag: the first one asks the running work to stop, a second one ends the process at once.
+/// Ctrl-C as a flag: the first one asks the running work to stop, a second one ends the process at
+/// once.
 #pragma once
 
 namespace meridor {

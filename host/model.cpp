@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "model.h"
-#include <algorithm>
 #include "console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -10,6 +9,7 @@
 #include "failure.h"
 #include "fennimark/Fennims.h"
 #include "hostController.h"
+#include <algorithm>
 
 namespace meridor {
 namespace {
@@ -25,9 +25,12 @@ QString fullName(int dataset)
 QString textOf(const datum &value)
 {
     switch (value.type) {
-    case 0: return exactNumber(value.decimalValue);
-    case 1: return QString::number(value.integerValue);
-    default: return value.stringValue;
+    case 0:
+        return exactNumber(value.decimalValue);
+    case 1:
+        return QString::number(value.integerValue);
+    default:
+        return value.stringValue;
     }
 }
 
@@ -101,20 +104,28 @@ TimeAxis axisOf(int geography)
 const char *typeName(DataType type)
 {
     switch (type) {
-    case DecimalType: return "decimal";
-    case IntegerType: return "integer";
-    case StringType: return "text";
-    default: return "raster";
+    case DecimalType:
+        return "decimal";
+    case IntegerType:
+        return "integer";
+    case StringType:
+        return "text";
+    default:
+        return "raster";
     }
 }
 
 const char *shapeName(int geographyType)
 {
     switch (geographyType) {
-    case GeoProps::Polygons: return "polygons";
-    case GeoProps::Points: return "points";
-    case GeoProps::Lines: return "lines";
-    default: return "raster";
+    case GeoProps::Polygons:
+        return "polygons";
+    case GeoProps::Points:
+        return "points";
+    case GeoProps::Lines:
+        return "lines";
+    default:
+        return "raster";
     }
 }
 
@@ -144,7 +155,8 @@ int findDataset(int geography, const QString &name)
     QStringList names;
     for (const int other : datasetIds(geography))
         names.append(datasetName(other));
-    fail(QStringLiteral("no dataset %1 in %2; there are: %3").arg(name, geographyName(geography), someOf(names)));
+    fail(QStringLiteral("no dataset %1 in %2; there are: %3")
+             .arg(name, geographyName(geography), someOf(names)));
 }
 
 int findDataset(const QString &name)
@@ -205,7 +217,8 @@ int findObject(int geography, const QString &text)
         fail(QStringLiteral("no object %1 in %2").arg(text, geographyName(geography)));
     if (found.size() > 1)
         fail(QStringLiteral("%1 objects of %2 are called %3; name one by its key")
-                 .arg(found.size()).arg(geographyName(geography), text));
+                 .arg(found.size())
+                 .arg(geographyName(geography), text));
     return found.first();
 }
 
@@ -217,7 +230,8 @@ QVector<int> objectsAt(int geography, qint64 time)
         return objects;
     const Fennims *shapes = vector->GetFennims();
     for (int i = 0; i < static_cast<int>(vector->GetObjectCount()); ++i) {
-        const FMObjectChain *chain = shapes->GetChainById(vector->GetFennimId(static_cast<unsigned int>(i)));
+        const FMObjectChain *chain =
+            shapes->GetChainById(vector->GetFennimId(static_cast<unsigned int>(i)));
         if (chain && chain->GetObservation(time).second >= 0)
             objects.append(i);
     }
@@ -242,7 +256,8 @@ qint64 chooseTime(int dataset, const QString &text)
     if (!text.isEmpty()) {
         const auto span = axis.span(text);
         if (!span)
-            failUsage(QStringLiteral("--at %1 is no %2").arg(text, QLatin1String(timeFormatName(axis.format()))));
+            failUsage(QStringLiteral("--at %1 is no %2")
+                          .arg(text, QLatin1String(timeFormatName(axis.format()))));
         return span->startTime;
     }
     const QVector<Interval> times = dataTimes(dataset);

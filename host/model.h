@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// The loaded project as people name it: geographies and datasets by name, objects by key.
 #pragma once
-#include <QString>
-#include <QStringList>
-#include <QVector>
 #include "datainterface/DataType.h"
 #include "datainterface/TimeStamp.h"
 #include "times.h"
+#include <QString>
+#include <QStringList>
+#include <QVector>
 
 class MDataset;
 class MGeoData;
@@ -43,7 +43,8 @@ int keyDataset(int geography);
 void setKeyDataset(int geography, int dataset);
 /// Every object's key; without a key dataset its number from 1.
 QStringList objectKeys(int geography);
-/// By key, else by an unambiguous value of a text dataset that holds for good (a name). Raises a Failure.
+/// By key, else by an unambiguous value of a text dataset that holds for good (a name). Raises a
+/// Failure.
 int findObject(int geography, const QString &text);
 
 /// The objects that exist at a time, ascending.

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "progress.h"
+#include "failure.h"
+#include "interrupt.h"
 #include <QApplication>
 #include <QEvent>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <cstdio>
 #include <unistd.h>
-#include "failure.h"
-#include "interrupt.h"
 
 namespace meridor {
 namespace {
@@ -70,9 +70,11 @@ void TerminalProgress::draw(int percent, const QString &text)
     if (!mVisible)
         return;
     const int filled = kBarWidth * qBound(0, percent, 100) / 100;
-    const QString line = QStringLiteral("[%1%2] %3%  %4")
-                             .arg(QString(filled, QLatin1Char('#')), QString(kBarWidth - filled, QLatin1Char('.')))
-                             .arg(percent, 3).arg(text.left(40));
+    const QString line =
+        QStringLiteral("[%1%2] %3%  %4")
+            .arg(QString(filled, QLatin1Char('#')), QString(kBarWidth - filled, QLatin1Char('.')))
+            .arg(percent, 3)
+            .arg(text.left(40));
     if (line == mShown)
         return;
     std::fprintf(stderr, "\r%s\033[K", line.toUtf8().constData());

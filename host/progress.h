@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 /// One bar on the terminal for all long work, fed by the library's own progress.
 #pragma once
+#include "datainterface/VORN_Progress.h"
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QTimer>
-#include "datainterface/VORN_Progress.h"
 
 class QProgressDialog;
 
 namespace meridor {
 
-/// Watches for the library's progress dialog, which nobody sees, and shows on standard error what it says. Ctrl-C
-/// presses its cancel button. Other dialogs that the library may open are told as notes and closed, so that nothing
-/// ever waits for an answer.
+/// Watches for the library's progress dialog, which nobody sees, and shows on standard error what
+/// it says. Ctrl-C presses its cancel button. Other dialogs that the library may open are told as
+/// notes and closed, so that nothing ever waits for an answer.
 class TerminalProgress : public QObject {
     Q_OBJECT
 public:

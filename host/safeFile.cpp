@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "safeFile.h"
+#include "failure.h"
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -10,7 +11,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include "failure.h"
 
 namespace meridor {
 namespace {
@@ -20,7 +20,8 @@ QString systemError()
     return QString::fromLocal8Bit(std::strerror(errno));
 }
 
-/// A rename is durable only once the bytes before it are; and the directory's entry only once the directory is.
+/// A rename is durable only once the bytes before it are; and the directory's entry only once the
+/// directory is.
 bool flush(const QString &path, int flags)
 {
     const int handle = ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC);
@@ -57,9 +58,11 @@ void requireWritable(const QString &target, bool overwrite)
 bool replaceFile(const QString &target, const std::function<bool(const QString &)> &write)
 {
     const QFileInfo given(target);
-    const QString real = given.isSymLink() && given.exists() ? given.canonicalFilePath() : given.absoluteFilePath();
+    const QString real =
+        given.isSymLink() && given.exists() ? given.canonicalFilePath() : given.absoluteFilePath();
     const QFileInfo info(real);
-    const QString suffix = info.suffix().isEmpty() ? QString() : QString(QLatin1Char('.') + info.suffix());
+    const QString suffix =
+        info.suffix().isEmpty() ? QString() : QString(QLatin1Char('.') + info.suffix());
     QTemporaryFile beside(info.absolutePath() + QStringLiteral("/.") + info.completeBaseName()
                           + QStringLiteral("-XXXXXX") + suffix);
     if (!beside.open())

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "session.h"
-#include <QDir>
-#include <QFileInfo>
-#include <QStandardPaths>
 #include "datainterface/DataBlocks.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/ProjectAPI.h"
@@ -12,6 +9,9 @@
 #include "model.h"
 #include "progress.h"
 #include "safeFile.h"
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 namespace meridor {
 namespace {
@@ -20,7 +20,9 @@ std::unique_ptr<QTemporaryDir> makeScratch(const QString &wanted)
 {
     QStringList parents{wanted};
     if (wanted.isEmpty())
-        parents = QStringList{QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation), QDir::tempPath()};
+        parents =
+            QStringList{QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation),
+                        QDir::tempPath()};
     for (const QString &parent : parents) {
         if (parent.isEmpty() || !QDir().mkpath(parent))
             continue;
@@ -35,9 +37,12 @@ std::unique_ptr<QTemporaryDir> makeScratch(const QString &wanted)
 } // namespace
 
 Session::Session(const SessionOptions &options, const Console &console)
-    : mConsole(console), mScratch(makeScratch(options.scratch)), mController(std::make_unique<HostController>(console))
+    : mConsole(console),
+      mScratch(makeScratch(options.scratch)),
+      mController(std::make_unique<HostController>(console))
 {
-    // All scratch files of the library go where the platform keeps caches: that is ours alone for this process.
+    // All scratch files of the library go where the platform keeps caches: that is ours alone for
+    // this process.
     qputenv("XDG_CACHE_HOME", QFile::encodeName(mScratch->path()));
     Fennims::SetScratchDirectory(mScratch->path());
     setController(mController.get());
@@ -68,9 +73,8 @@ void Session::load(const QString &path)
 void Session::save(const QString &path)
 {
     const Progress bar("Saving", "Saving the project...");
-    const bool saved = replaceFile(path, [](const QString &beside) {
-        return VORN_SaveProject(beside) && !interrupted();
-    });
+    const bool saved = replaceFile(
+        path, [](const QString &beside) { return VORN_SaveProject(beside) && !interrupted(); });
     stopIfInterrupted();
     if (!saved)
         fail(QStringLiteral("%1: could not be written; what stood there is unchanged").arg(path));

@@ -1,18 +1,20 @@
 // SPDX-License-Identifier: MIT
-/// The library's life within one command: started with a scratch directory of its own, stopped and swept at the end.
+/// The library's life within one command: started with a scratch directory of its own, stopped and
+/// swept at the end.
 #pragma once
+#include "console.h"
+#include "hostController.h"
 #include <QString>
 #include <QTemporaryDir>
 #include <memory>
-#include "console.h"
-#include "hostController.h"
 
 namespace meridor {
 
 struct SessionOptions {
-    QString scratch;           ///< parent of the scratch directory; empty: the user's cache, else the system's
+    QString
+        scratch; ///< parent of the scratch directory; empty: the user's cache, else the system's
     int cacheMegabytes = 64;
-    bool smallest = false;     ///< projects packed as small as the library can, rather than quickly
+    bool smallest = false; ///< projects packed as small as the library can, rather than quickly
 };
 
 class Session {

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "times.h"
+#include "datainterface/TimeAPI.h"
 #include <QDateTime>
 #include <QRegularExpression>
-#include "datainterface/TimeAPI.h"
 
 namespace meridor {
 namespace {
 
-// The library's epoch; its own splitting of a moment into hours gives no result, so texts are made here.
+// The library's epoch; its own splitting of a moment into hours gives no result, so texts are made
+// here.
 const QDate kEpoch(1752, 9, 14);
 constexpr qint64 kDay = 86400;
 
@@ -19,7 +20,8 @@ struct Match {
 std::optional<Match> match(const QString &text)
 {
     static const QRegularExpression number(QStringLiteral("^\\s*([+-]?\\d{1,18})\\s*$"));
-    static const QRegularExpression date(QStringLiteral("^\\s*(\\d{4})-(\\d{2})(?:-(\\d{2}))?\\s*$"));
+    static const QRegularExpression date(
+        QStringLiteral("^\\s*(\\d{4})-(\\d{2})(?:-(\\d{2}))?\\s*$"));
     static const QRegularExpression moment(
         QStringLiteral("^\\s*(\\d{4}-\\d{2}-\\d{2})[T ](\\d{2}):(\\d{2})(?::(\\d{2})(?:\\.\\d+)?)?"
                        "\\s*(Z|[+-]\\d{2}(?::?\\d{2})?)?\\s*$"));
@@ -63,11 +65,12 @@ std::optional<QPair<QDate, QDate>> days(const Match &text)
 std::optional<qint64> moment(const QRegularExpressionMatch &parts)
 {
     const QDate date = QDate::fromString(parts.captured(1), Qt::ISODate);
-    const QTime time(parts.captured(2).toInt(), parts.captured(3).toInt(), parts.captured(4).toInt());
+    const QTime time(parts.captured(2).toInt(), parts.captured(3).toInt(),
+                     parts.captured(4).toInt());
     if (!date.isValid() || !time.isValid())
         return std::nullopt;
-    const qint64 local =
-        VORN_ConstructTime(TF_DateTime, date.year(), date.month(), date.day(), time.hour(), time.minute(), time.second());
+    const qint64 local = VORN_ConstructTime(TF_DateTime, date.year(), date.month(), date.day(),
+                                            time.hour(), time.minute(), time.second());
     QString zone = parts.captured(5);
     if (zone.isEmpty() || zone == QLatin1String("Z"))
         return local;
@@ -86,7 +89,8 @@ bool isInstant(const Interval &interval)
     return interval.startTime == interval.endTime;
 }
 
-/// The name of a whole year or month that begins on `first` and whose next one begins on `behind`; else empty.
+/// The name of a whole year or month that begins on `first` and whose next one begins on `behind`;
+/// else empty.
 QString calendarName(const QDate &first, const QDate &behind)
 {
     if (first.day() != 1)
@@ -139,7 +143,8 @@ std::optional<Interval> TimeAxis::span(const QString &text) const
         return std::nullopt;
     const qint64 start = ofDate(whole->first);
     const qint64 behind = ofDate(whole->second);
-    return mFormat == TF_Date ? Interval{start, behind - kDay, true, true} : Interval{start, behind, true, false};
+    return mFormat == TF_Date ? Interval{start, behind - kDay, true, true}
+                              : Interval{start, behind, true, false};
 }
 
 std::optional<Interval> TimeAxis::span(const QString &start, const QString &end) const
@@ -167,10 +172,14 @@ std::optional<Interval> TimeAxis::range(const QString &text) const
 QString TimeAxis::show(qint64 time) const
 {
     switch (mFormat) {
-    case TF_Date: return ofTime(time).date().toString(Qt::ISODate);
-    case TF_DateTime: return ofTime(time).toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
-    case TF_Time: return QTime(0, 0).addSecs(static_cast<int>(time)).toString(QStringLiteral("HH:mm:ss"));
-    default: return QString::number(time);
+    case TF_Date:
+        return ofTime(time).date().toString(Qt::ISODate);
+    case TF_DateTime:
+        return ofTime(time).toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+    case TF_Time:
+        return QTime(0, 0).addSecs(static_cast<int>(time)).toString(QStringLiteral("HH:mm:ss"));
+    default:
+        return QString::number(time);
     }
 }
 
@@ -194,10 +203,14 @@ QString TimeAxis::show(const Interval &interval) const
 const char *timeFormatName(TimeFormat format)
 {
     switch (format) {
-    case TF_Date: return "date";
-    case TF_Time: return "time";
-    case TF_DateTime: return "date-time";
-    default: return "number";
+    case TF_Date:
+        return "date";
+    case TF_Time:
+        return "time";
+    case TF_DateTime:
+        return "date-time";
+    default:
+        return "number";
     }
 }
 

@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
-/// Times as people write them: 1929, 1929-07, 1929-07-01, 2005-06-08T18:00Z. A text stands for its whole span, so that
-/// "1929" is a year of days in a geography of dates and one tick in a geography of numbers.
+/// Times as people write them: 1929, 1929-07, 1929-07-01, 2005-06-08T18:00Z. A text stands for its
+/// whole span, so that "1929" is a year of days in a geography of dates and one tick in a geography
+/// of numbers.
 #pragma once
+#include "datainterface/TimeFormat.h"
+#include "datainterface/TimeStamp.h"
 #include <QString>
 #include <QStringList>
 #include <optional>
-#include "datainterface/TimeFormat.h"
-#include "datainterface/TimeStamp.h"
 
 namespace meridor {
 
-/// The coarsest format in which every text can be told: numbers, then dates, then dates with a time of day.
-/// Nothing when a text is none of them; `culprit` then names it.
+/// The coarsest format in which every text can be told: numbers, then dates, then dates with a time
+/// of day. Nothing when a text is none of them; `culprit` then names it.
 std::optional<TimeFormat> recogniseTimes(const QStringList &texts, QString *culprit = nullptr);
 
 /// Reads and writes times in one format.
@@ -20,11 +21,12 @@ public:
     explicit TimeAxis(TimeFormat format) : mFormat(format) {}
     TimeFormat format() const { return mFormat; }
 
-    /// The span of a text. Dates are closed day by day, so that 1929 is [1929-01-01, 1929-12-31]; spans of date-times
-    /// end just before the next one begins. Nothing for a text that is no time of this format.
+    /// The span of a text. Dates are closed day by day, so that 1929 is [1929-01-01, 1929-12-31];
+    /// spans of date-times end just before the next one begins. Nothing for a text that is no time
+    /// of this format.
     std::optional<Interval> span(const QString &text) const;
-    /// From the start of one text to the end of another: days inclusive, moments of the day exclusive. Nothing when
-    /// a text is no time or the end lies before the start.
+    /// From the start of one text to the end of another: days inclusive, moments of the day
+    /// exclusive. Nothing when a text is no time or the end lies before the start.
     std::optional<Interval> span(const QString &start, const QString &end) const;
     /// "1929-1931" and "START/END" too: what an option takes.
     std::optional<Interval> range(const QString &text) const;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "render/classes.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "failure.h"
 #include "model.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 
 namespace meridor {
 namespace {
@@ -24,7 +24,8 @@ QVector<int> countsIn(const QVector<double> &breaks, const ValuesAt &values)
 {
     QVector<int> counts(qMax(0, breaks.size() - 1));
     for (int i = 0; i < values.numbers.size(); ++i)
-        if (const int index = values.missing.contains(i) ? -1 : classOf(values.numbers[i], breaks); index >= 0)
+        if (const int index = values.missing.contains(i) ? -1 : classOf(values.numbers[i], breaks);
+            index >= 0)
             ++counts[index];
     return counts;
 }
@@ -60,8 +61,10 @@ void run(const Options &options, const Context &context)
 
     QJsonArray limits;
     QJsonArray numbers;
-    TextTable table({{QStringLiteral("class"), TextTable::Right}, {QStringLiteral("from"), TextTable::Right},
-                     {QStringLiteral("to"), TextTable::Right}, {QStringLiteral("values"), TextTable::Right}});
+    TextTable table({{QStringLiteral("class"), TextTable::Right},
+                     {QStringLiteral("from"), TextTable::Right},
+                     {QStringLiteral("to"), TextTable::Right},
+                     {QStringLiteral("values"), TextTable::Right}});
     for (const double limit : breaks)
         limits.append(limit);
     for (int i = 0; i < counts.size(); ++i) {
@@ -72,7 +75,8 @@ void run(const Options &options, const Context &context)
     if (context.console.json)
         context.console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
                                           {QStringLiteral("method"), options.method},
-                                          {QStringLiteral("breaks"), limits}, {QStringLiteral("counts"), numbers}});
+                                          {QStringLiteral("breaks"), limits},
+                                          {QStringLiteral("counts"), numbers}});
     else
         table.print(context.console);
 }
@@ -84,13 +88,20 @@ void addClasses(CLI::App &app, Context &context)
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("classes", "Cut a dataset's values into classes");
     textOption(command, "PROJECT", options->project, "The project")->required();
-    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")->required();
+    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
+        ->required();
     textOption(command, "--method", options->method, "How to cut")
-        ->default_str("jenks")->check(CLI::IsMember({"equal", "quantile", "jenks"}));
-    command.add_option("--count", options->count, "Number of classes")->capture_default_str()->check(CLI::Range(1, 256));
-    textOption(command, "--at", options->at, "The values of this time alone (default: of all times)");
-    command.footer("Example:\n  meridor classes income.vorn income --method jenks --count 5 --at 2009");
-    command.callback([options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+        ->default_str("jenks")
+        ->check(CLI::IsMember({"equal", "quantile", "jenks"}));
+    command.add_option("--count", options->count, "Number of classes")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 256));
+    textOption(command, "--at", options->at,
+               "The values of this time alone (default: of all times)");
+    command.footer(
+        "Example:\n  meridor classes income.vorn income --method jenks --count 5 --at 2009");
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 
 } // namespace meridor

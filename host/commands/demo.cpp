@@ -1,15 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The whole road on real data: income per head of the 48 contiguous states of the USA over 81 years, and the days on
-// which they came into the Union. What each step should find is known from outside.
-#include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <cmath>
-#include <memory>
-#include <utility>
+// The whole road on real data: income per head of the 48 contiguous states of the USA over 81
+// years, and the days on which they came into the Union. What each step should find is known from
+// outside.
 #include "commands/commands.h"
 #include "commands/snapshot.h"
 #include "commands/statistics.h"
@@ -25,6 +17,15 @@
 #include "render/classes.h"
 #include "safeFile.h"
 #include "samples.h"
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <cmath>
+#include <memory>
+#include <utility>
 
 namespace meridor {
 namespace {
@@ -37,18 +38,21 @@ struct Options {
 constexpr int kStates = 48;
 constexpr int kYears = 81;
 constexpr std::pair<const char *, int> kExisting[] = {{"1800", 16}, {"1850", 31}, {"1912", 48}};
-constexpr std::pair<const char *, double> kMeans[] = {{"1929", 615.208}, {"1981", 10725.917}, {"2009", 37205.021}};
+constexpr std::pair<const char *, double> kMeans[] = {
+    {"1929", 615.208}, {"1981", 10725.917}, {"2009", 37205.021}};
 
 class Demo {
 public:
     Demo(const Options &options, const Context &context)
-        : mContext(context), mDirectory(options.directory),
+        : mContext(context),
+          mDirectory(options.directory),
           mSamples(samplesDirectory(options.samples) + QStringLiteral("/us_income")),
           mSession(context.session, context.console)
     {
         if (!QDir().mkpath(mDirectory))
             fail(QStringLiteral("%1: cannot be made").arg(mDirectory));
-        for (const char *name : {"income.vorn", "income_2009.png", "income.csv", "income.dat", "income.dbf"})
+        for (const char *name :
+             {"income.vorn", "income_2009.png", "income.csv", "income.dat", "income.dbf"})
             requireWritable(path(name), context.overwrite);
     }
 
@@ -61,7 +65,9 @@ public:
         for (const auto &[year, mean] : kMeans)
             step("statistics", [&, year = year, mean = mean] { return statistics(year, mean); });
         step("classes", [this] { return classes("1929", {271, 401.5, 541.5, 713.5, 890, 1152}); });
-        step("classes", [this] { return classes("2009", {29318, 32892.5, 35829.5, 39460, 45027.5, 52736}); });
+        step("classes", [this] {
+            return classes("2009", {29318, 32892.5, 35829.5, 39460, 45027.5, 52736});
+        });
         step("map", [this] { return map(); });
         step("series", [this] { return series(); });
         step("save", [this] { return save(); });
@@ -71,15 +77,20 @@ public:
         step("export", [this] { return exportAs("income.dat", TableFormat::GeoEas); });
         step("export", [this] { return exportAs("income.dbf", TableFormat::Dbf); });
         if (mContext.console.json)
-            mContext.console.print(QJsonObject{{QStringLiteral("steps"), mSteps}, {QStringLiteral("wrong"), mWrong}});
+            mContext.console.print(
+                QJsonObject{{QStringLiteral("steps"), mSteps}, {QStringLiteral("wrong"), mWrong}});
         else
-            mContext.console.print(mWrong == 0 ? QStringLiteral("every figure is right")
-                                               : QStringLiteral("%1 figures are wrong").arg(mWrong));
+            mContext.console.print(mWrong == 0
+                                       ? QStringLiteral("every figure is right")
+                                       : QStringLiteral("%1 figures are wrong").arg(mWrong));
         return mWrong == 0;
     }
 
 private:
-    QString path(const char *name) const { return mDirectory + QLatin1Char('/') + QLatin1String(name); }
+    QString path(const char *name) const
+    {
+        return mDirectory + QLatin1Char('/') + QLatin1String(name);
+    }
 
     template <class Work> void step(const char *what, Work work)
     {
@@ -89,11 +100,14 @@ private:
         const QString result = work();
         const double milliseconds = static_cast<double>(timer.nsecsElapsed()) * 1e-6;
         mWrong += !mRight;
-        mSteps.append(QJsonObject{{QStringLiteral("step"), QLatin1String(what)}, {QStringLiteral("result"), result},
-                                  {QStringLiteral("right"), mRight}, {QStringLiteral("milliseconds"), milliseconds}});
+        mSteps.append(QJsonObject{{QStringLiteral("step"), QLatin1String(what)},
+                                  {QStringLiteral("result"), result},
+                                  {QStringLiteral("right"), mRight},
+                                  {QStringLiteral("milliseconds"), milliseconds}});
         if (!mContext.console.json)
             mContext.console.print(QStringLiteral("%1 %2 %3 ms%4")
-                                       .arg(QLatin1String(what), -11).arg(result, -88)
+                                       .arg(QLatin1String(what), -11)
+                                       .arg(result, -88)
                                        .arg(milliseconds, 8, 'f', 1)
                                        .arg(mRight ? QString() : QStringLiteral("  WRONG")));
     }
@@ -119,7 +133,9 @@ private:
         mIncome = findDataset(report.geography, QStringLiteral("income"));
         const int years = dataTimes(mIncome).size();
         expect(report.objects == kStates && years == kYears);
-        return QStringLiteral("%1 states, income of %2 years, admission dates").arg(report.objects).arg(years);
+        return QStringLiteral("%1 states, income of %2 years, admission dates")
+            .arg(report.objects)
+            .arg(years);
     }
 
     QString exists(const char *year, int expected)
@@ -135,19 +151,21 @@ private:
         const Statistics found = statisticsAt(mIncome, chooseTime(mIncome, QLatin1String(year)));
         expect(found.count == kStates && std::abs(found.mean - mean) < 0.0006);
         return QStringLiteral("%1: mean %2, standard deviation %3, %4 to %5")
-            .arg(QLatin1String(year), shortNumber(found.mean), shortNumber(found.deviation), shortNumber(found.minimum),
-                 shortNumber(found.maximum));
+            .arg(QLatin1String(year), shortNumber(found.mean), shortNumber(found.deviation),
+                 shortNumber(found.minimum), shortNumber(found.maximum));
     }
 
     QString classes(const char *year, const QVector<double> &expected)
     {
         const qint64 time = chooseTime(mIncome, QLatin1String(year));
-        const QVector<double> breaks = breaksAt(mIncome, time, MDataset::Jenks, expected.size() - 1);
+        const QVector<double> breaks =
+            breaksAt(mIncome, time, MDataset::Jenks, expected.size() - 1);
         expect(breaks == expected);
         QStringList texts;
         for (const double limit : breaks)
             texts.append(exactNumber(limit));
-        return QStringLiteral("%1: natural breaks %2").arg(QLatin1String(year), texts.join(QLatin1Char(' ')));
+        return QStringLiteral("%1: natural breaks %2")
+            .arg(QLatin1String(year), texts.join(QLatin1Char(' ')));
     }
 
     QString map()
@@ -158,9 +176,10 @@ private:
             savePicture(draw(choropleth(view, style)), path("income_2009.png"));
             return true;
         };
-        const int window = VORN_DisplayMap(mIncome, chooseTime(mIncome, QStringLiteral("2009")),
-                                           QStringLiteral("Personal income per head"), ColorSchemeInfo(),
-                                           ColorSchemeInfo(), SymbolSchemeInfo());
+        const int window =
+            VORN_DisplayMap(mIncome, chooseTime(mIncome, QStringLiteral("2009")),
+                            QStringLiteral("Personal income per head"), ColorSchemeInfo(),
+                            ColorSchemeInfo(), SymbolSchemeInfo());
         mSession.controller().painter = nullptr;
         expect(window > 0 && QFileInfo(path("income_2009.png")).size() > 0);
         return QStringLiteral("2009 in 5 classes: income_2009.png");
@@ -168,7 +187,8 @@ private:
 
     QString series()
     {
-        const auto virginia = static_cast<unsigned int>(findObject(geography(), QStringLiteral("Virginia")));
+        const auto virginia =
+            static_cast<unsigned int>(findObject(geography(), QStringLiteral("Virginia")));
         QVector<Interval> intervals;
         QVector<datum> values;
         VORN_GetObjectDataValues(mIncome, 0, virginia, intervals, values);
@@ -179,11 +199,13 @@ private:
         const auto number = [](const datum &value) {
             return value.type == 1 ? static_cast<double>(value.integerValue) : value.decimalValue;
         };
-        expect(values.size() == kYears && number(values.first()) == 434 && number(values.last()) == 43211);
+        expect(values.size() == kYears && number(values.first()) == 434
+               && number(values.last()) == 43211);
         const TimeAxis axis = axisOf(geography());
-        return QStringLiteral("Virginia: %1 values, %2 in %3, %4 in %5").arg(values.size())
-            .arg(exactNumber(number(values.first())), axis.show(intervals.first()), exactNumber(number(values.last())),
-                 axis.show(intervals.last()));
+        return QStringLiteral("Virginia: %1 values, %2 in %3, %4 in %5")
+            .arg(values.size())
+            .arg(exactNumber(number(values.first())), axis.show(intervals.first()),
+                 exactNumber(number(values.last())), axis.show(intervals.last()));
     }
 
     QString save()
@@ -201,7 +223,9 @@ private:
         mIncome = findDataset(QStringLiteral("income"));
         const int datasets = datasetIds(geography()).size();
         expect(VORN_GetGeographyProperties(geography()).objectCount == kStates);
-        return QStringLiteral("unloaded and loaded: %1 states, %2 datasets").arg(kStates).arg(datasets);
+        return QStringLiteral("unloaded and loaded: %1 states, %2 datasets")
+            .arg(kStates)
+            .arg(datasets);
     }
 
     QString compare()
@@ -217,8 +241,10 @@ private:
     QString exportAs(const char *name, TableFormat format)
     {
         const auto times = timesOf({mIncome});
-        exportTable(path(name), format, {mIncome}, times.first, times.second, QStringLiteral("-999"));
-        const int rows = format == TableFormat::GeoEas ? geoEasRows(path(name)) : tableRows(path(name));
+        exportTable(path(name), format, {mIncome}, times.first, times.second,
+                    QStringLiteral("-999"));
+        const int rows =
+            format == TableFormat::GeoEas ? geoEasRows(path(name)) : tableRows(path(name));
         expect(rows == kStates * kYears);
         return QStringLiteral("%1, %2 rows").arg(QLatin1String(name)).arg(rows);
     }
@@ -263,8 +289,10 @@ private:
 void addDemo(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("demo", "Tell the whole story on sample data, every figure checked");
-    textOption(command, "DIR", options->directory, "Where the results go; made when it is missing")->required();
+    CLI::App &command =
+        *app.add_subcommand("demo", "Tell the whole story on sample data, every figure checked");
+    textOption(command, "DIR", options->directory, "Where the results go; made when it is missing")
+        ->required();
     textOption(command, "--samples", options->samples, "Directory of the sample data");
     overwriteOption(command, context);
     command.footer("Example:\n  meridor demo results");

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Verbs that change a project. It is written whole beside the old file, which goes only when the new one is complete.
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
+// Verbs that change a project. It is written whole beside the old file, which goes only when the
+// new one is complete.
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataSource.h"
@@ -10,6 +8,9 @@
 #include "failure.h"
 #include "model.h"
 #include "safeFile.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 
 namespace meridor {
 namespace {
@@ -28,8 +29,10 @@ void renameDataset(const Options &options)
     const int geography = VORN_GetGeographyId(id);
     const int other = VORN_GetDatasetByName(geography, options.newName);
     if (other >= 0 && other != id)
-        fail(QStringLiteral("%1 has a dataset %2 already").arg(geographyName(geography), options.newName));
-    geographyOf(geography)->GetDataSource()->SetDisplayName(id, options.newName.toLocal8Bit().constData());
+        fail(QStringLiteral("%1 has a dataset %2 already")
+                 .arg(geographyName(geography), options.newName));
+    geographyOf(geography)->GetDataSource()->SetDisplayName(
+        id, options.newName.toLocal8Bit().constData());
 }
 
 void renameGeography(const Options &options)
@@ -48,7 +51,8 @@ void removeDatasets(const Options &options, const Console &console)
         ids.append(findDataset(name));
     for (const int id : ids)
         if (keyDataset(VORN_GetGeographyId(id)) == id)
-            console.note(QStringLiteral("%1 held the objects' keys; from now on they are numbers").arg(datasetName(id)));
+            console.note(QStringLiteral("%1 held the objects' keys; from now on they are numbers")
+                             .arg(datasetName(id)));
     VORN_RemoveDatasets(ids);
 }
 
@@ -62,7 +66,8 @@ void removeGeographies(const Options &options)
 }
 
 /// Loads, changes and saves; nothing is written when the change fails.
-template <class Change> void edit(const Options &options, const Context &context, const char *done, Change change)
+template <class Change>
+void edit(const Options &options, const Context &context, const char *done, Change change)
 {
     const QString target = options.output.isEmpty() ? options.project : options.output;
     requireWritable(target, context.overwrite || options.output.isEmpty());
@@ -71,10 +76,13 @@ template <class Change> void edit(const Options &options, const Context &context
     change();
     session.save(target);
     if (context.console.json)
-        context.console.print(QJsonObject{{QStringLiteral("project"), target},
-                                          {QLatin1String(done), QJsonArray::fromStringList(options.names)}});
+        context.console.print(
+            QJsonObject{{QStringLiteral("project"), target},
+                        {QLatin1String(done), QJsonArray::fromStringList(options.names)}});
     else
-        context.console.print(QStringLiteral("%1: %2 %3").arg(target, QLatin1String(done), options.names.join(QStringLiteral(", "))));
+        context.console.print(
+            QStringLiteral("%1: %2 %3")
+                .arg(target, QLatin1String(done), options.names.join(QStringLiteral(", "))));
 }
 
 void addTarget(CLI::App &command, Options &options, Context &context)
@@ -91,9 +99,15 @@ void addRename(CLI::App &app, Context &context)
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("rename", "Give a dataset or a geography another name");
     textOption(command, "PROJECT", options->project, "The project")->required();
-    command.add_option_function<std::string>(
-        "NAME", [options](const std::string &name) { options->names = QStringList{QString::fromStdString(name)}; },
-        "The present name")->type_name("TEXT")->required();
+    command
+        .add_option_function<std::string>(
+            "NAME",
+            [options](const std::string &name) {
+                options->names = QStringList{QString::fromStdString(name)};
+            },
+            "The present name")
+        ->type_name("TEXT")
+        ->required();
     textOption(command, "NEW", options->newName, "The new name")->required();
     addTarget(command, *options, context);
     command.footer("Example:\n  meridor rename income.vorn income \"income per head\"");
@@ -101,8 +115,9 @@ void addRename(CLI::App &app, Context &context)
         context.run = [options](const Context &c) {
             if (options->newName.isEmpty())
                 failUsage(QStringLiteral("a name is not empty"));
-            edit(*options, c, "renamed",
-                 [&options] { options->geography ? renameGeography(*options) : renameDataset(*options); });
+            edit(*options, c, "renamed", [&options] {
+                options->geography ? renameGeography(*options) : renameDataset(*options);
+            });
         };
     });
 }
@@ -113,13 +128,16 @@ void addRemove(CLI::App &app, Context &context)
     CLI::App &command = *app.add_subcommand("remove", "Remove datasets or geographies");
     textOption(command, "PROJECT", options->project, "The project")->required();
     textsOption(command, "NAME", options->names, "Datasets, or geographies with --geography")
-        ->required()->expected(1, 1000)->allow_extra_args(true);
+        ->required()
+        ->expected(1, 1000)
+        ->allow_extra_args(true);
     addTarget(command, *options, context);
     command.footer("Example:\n  meridor remove income.vorn abbr sub_region");
     command.callback([options, &context] {
         context.run = [options](const Context &c) {
             edit(*options, c, "removed", [&] {
-                options->geography ? removeGeographies(*options) : removeDatasets(*options, c.console);
+                options->geography ? removeGeographies(*options)
+                                   : removeDatasets(*options, c.console);
             });
         };
     });

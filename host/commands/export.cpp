@@ -1,9 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <QFile>
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 #include "commands/commands.h"
 #include "commands/tables.h"
 #include "datainterface/DataAPI.h"
@@ -14,12 +9,17 @@
 #include "interrupt.h"
 #include "model.h"
 #include "safeFile.h"
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 
 namespace meridor {
 namespace {
 
-/// A small file that a format keeps beside its main one, such as the code page of a DBF table: it goes where the main
-/// file goes, and away when that is given up.
+/// A small file that a format keeps beside its main one, such as the code page of a DBF table: it
+/// goes where the main file goes, and away when that is given up.
 class SideFile {
 public:
     explicit SideFile(const QString &suffix) : mSuffix(suffix) {}
@@ -52,8 +52,8 @@ private:
 
 } // namespace
 
-void exportTable(const QString &path, TableFormat format, const QVector<int> &datasets, qint64 start, qint64 end,
-                 const QString &missing)
+void exportTable(const QString &path, TableFormat format, const QVector<int> &datasets,
+                 qint64 start, qint64 end, const QString &missing)
 {
     const int geography = VORN_GetGeographyId(datasets.first());
     auto *vector = dynamic_cast<MVectorData *>(geographyOf(geography));
@@ -73,9 +73,12 @@ void exportTable(const QString &path, TableFormat format, const QVector<int> &da
             done = source.ExportDatasetsAsCSV(beside, ids, times, start, end, missing, 0);
             break;
         case TableFormat::GeoEas:
-            done = source.ExportDatasetsAsGeoeas(beside, vector->GetName(), ids, times, start, end, missing, 0);
+            done = source.ExportDatasetsAsGeoeas(beside, vector->GetName(), ids, times, start, end,
+                                                 missing, 0);
             break;
-        case TableFormat::Dbf: done = source.ExportDatasetsAsDBF(beside, ids, times, start, end, missing, 0); break;
+        case TableFormat::Dbf:
+            done = source.ExportDatasetsAsDBF(beside, ids, times, start, end, missing, 0);
+            break;
         }
         return done && !interrupted();
     });
@@ -122,10 +125,12 @@ TableFormat formatOf(const Options &options)
         return TableFormat::Csv;
     if (name == QLatin1String("dbf")) {
         if (suffix != QLatin1String("dbf"))
-            failUsage(QStringLiteral("%1: the name of a DBF table ends in .dbf").arg(options.output));
+            failUsage(
+                QStringLiteral("%1: the name of a DBF table ends in .dbf").arg(options.output));
         return TableFormat::Dbf;
     }
-    if (name == QLatin1String("geoeas") || name == QLatin1String("dat") || name == QLatin1String("eas"))
+    if (name == QLatin1String("geoeas") || name == QLatin1String("dat")
+        || name == QLatin1String("eas"))
         return TableFormat::GeoEas;
     failUsage(QStringLiteral("%1: --format csv, geoeas or dbf").arg(options.output));
 }
@@ -134,15 +139,17 @@ QVector<int> chooseDatasets(const Options &options)
 {
     QVector<int> ids;
     for (const QString &name : options.datasets)
-        ids.append(options.geography.isEmpty() ? findDataset(name)
-                                               : findDataset(findGeography(options.geography), name));
+        ids.append(options.geography.isEmpty()
+                       ? findDataset(name)
+                       : findDataset(findGeography(options.geography), name));
     if (ids.isEmpty())
         ids = datasetIds(findGeography(options.geography));
     if (ids.isEmpty())
         fail(QStringLiteral("no dataset to export"));
     for (const int id : ids)
         if (VORN_GetGeographyId(id) != VORN_GetGeographyId(ids.first()))
-            fail(QStringLiteral("%1 and %2 are of different geographies").arg(datasetName(ids.first()), datasetName(id)));
+            fail(QStringLiteral("%1 and %2 are of different geographies")
+                     .arg(datasetName(ids.first()), datasetName(id)));
     return ids;
 }
 
@@ -150,8 +157,9 @@ qint64 timeOption(const TimeAxis &axis, const char *option, const QString &text,
 {
     const auto span = axis.span(text);
     if (!span)
-        failUsage(QStringLiteral("%1 %2 is no %3").arg(QLatin1String(option), text,
-                                                       QLatin1String(timeFormatName(axis.format()))));
+        failUsage(
+            QStringLiteral("%1 %2 is no %3")
+                .arg(QLatin1String(option), text, QLatin1String(timeFormatName(axis.format()))));
     return end ? span->endTime : span->startTime;
 }
 
@@ -169,19 +177,22 @@ void run(const Options &options, const Context &context)
     if (!options.to.isEmpty())
         times.second = timeOption(axis, "--to", options.to, true);
     // A GeoEAS reader parts fields at blanks: an empty field would shift the rest of the row.
-    const QString missing =
-        options.missingGiven || format != TableFormat::GeoEas ? options.missing : QStringLiteral("-999");
+    const QString missing = options.missingGiven || format != TableFormat::GeoEas
+                                ? options.missing
+                                : QStringLiteral("-999");
     exportTable(options.output, format, ids, times.first, times.second, missing);
     QStringList names;
     for (const int id : ids)
         names.append(datasetName(id));
     if (context.console.json)
-        context.console.print(QJsonObject{{QStringLiteral("file"), options.output},
-                                          {QStringLiteral("bytes"), QFileInfo(options.output).size()},
-                                          {QStringLiteral("datasets"), QJsonArray::fromStringList(names)}});
+        context.console.print(
+            QJsonObject{{QStringLiteral("file"), options.output},
+                        {QStringLiteral("bytes"), QFileInfo(options.output).size()},
+                        {QStringLiteral("datasets"), QJsonArray::fromStringList(names)}});
     else
-        context.console.print(QStringLiteral("%1: %2, %3 to %4").arg(options.output, someOf(names), axis.show(times.first),
-                                                                    axis.show(times.second)));
+        context.console.print(QStringLiteral("%1: %2, %3 to %4")
+                                  .arg(options.output, someOf(names), axis.show(times.first),
+                                       axis.show(times.second)));
 }
 
 } // namespace
@@ -189,10 +200,14 @@ void run(const Options &options, const Context &context)
 void addExport(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("export", "Write datasets as a table: CSV, GeoEAS or DBF");
+    CLI::App &command =
+        *app.add_subcommand("export", "Write datasets as a table: CSV, GeoEAS or DBF");
     textOption(command, "PROJECT", options->project, "The project")->required();
-    textOption(command, "TABLE", options->output, "The file to write; its ending tells the format")->required();
-    textsOption(command, "--datasets", options->datasets, "Datasets, parted by commas (default: all)")->delimiter(',');
+    textOption(command, "TABLE", options->output, "The file to write; its ending tells the format")
+        ->required();
+    textsOption(command, "--datasets", options->datasets,
+                "Datasets, parted by commas (default: all)")
+        ->delimiter(',');
     textOption(command, "--geography", options->geography, "The geography, when there are several");
     textOption(command, "--format", options->format, "csv, geoeas or dbf")
         ->check(CLI::IsMember({"csv", "geoeas", "dbf"}));
@@ -201,7 +216,8 @@ void addExport(CLI::App &app, Context &context)
     auto *missing = textOption(command, "--missing", options->missing,
                                "Text of a missing value (default: empty, -999 in GeoEAS)");
     overwriteOption(command, context);
-    command.footer("Example:\n  meridor export income.vorn income.csv --datasets income --from 2000 --to 2009");
+    command.footer("Example:\n  meridor export income.vorn income.csv --datasets income --from "
+                   "2000 --to 2009");
     command.callback([options, missing, &context] {
         options->missingGiven = missing->count() > 0;
         context.run = [options](const Context &c) { run(*options, c); };

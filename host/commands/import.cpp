@@ -1,8 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -10,6 +6,10 @@
 #include "importer/mapImporter.h"
 #include "model.h"
 #include "safeFile.h"
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 
 namespace meridor {
 namespace {
@@ -25,16 +25,19 @@ QJsonObject toJson(const ImportReport &report)
     QJsonArray datasets;
     for (const int id : report.datasets) {
         const DatasetProps props = VORN_GetDatasetProperties(id);
-        datasets.append(QJsonObject{{QStringLiteral("name"), datasetName(id)},
-                                    {QStringLiteral("type"), QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
-                                    {QStringLiteral("static"), props.isStatic},
-                                    {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()}});
+        datasets.append(
+            QJsonObject{{QStringLiteral("name"), datasetName(id)},
+                        {QStringLiteral("type"),
+                         QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
+                        {QStringLiteral("static"), props.isStatic},
+                        {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()}});
     }
     QJsonArray unmatched;
     for (const Unmatched &keys : report.unmatched)
-        unmatched.append(QJsonObject{{QStringLiteral("table"), keys.table},
-                                     {QStringLiteral("tableKeys"), QJsonArray::fromStringList(keys.tableKeys)},
-                                     {QStringLiteral("objectKeys"), QJsonArray::fromStringList(keys.objectKeys)}});
+        unmatched.append(QJsonObject{
+            {QStringLiteral("table"), keys.table},
+            {QStringLiteral("tableKeys"), QJsonArray::fromStringList(keys.tableKeys)},
+            {QStringLiteral("objectKeys"), QJsonArray::fromStringList(keys.objectKeys)}});
     const GeoProps props = VORN_GetGeographyProperties(report.geography);
     return {{QStringLiteral("geography"), geographyName(report.geography)},
             {QStringLiteral("shapes"), QLatin1String(shapeName(props.type))},
@@ -50,14 +53,19 @@ QJsonObject toJson(const ImportReport &report)
 void print(const ImportReport &report, const Console &console)
 {
     const GeoProps props = VORN_GetGeographyProperties(report.geography);
-    console.print(QStringLiteral("%1: %2 objects, %3 %4").arg(geographyName(report.geography))
-                      .arg(report.objects).arg(report.shapes).arg(QLatin1String(shapeName(props.type))));
-    TextTable table({{QStringLiteral("dataset"), TextTable::Left}, {QStringLiteral("type"), TextTable::Left},
+    console.print(QStringLiteral("%1: %2 objects, %3 %4")
+                      .arg(geographyName(report.geography))
+                      .arg(report.objects)
+                      .arg(report.shapes)
+                      .arg(QLatin1String(shapeName(props.type))));
+    TextTable table({{QStringLiteral("dataset"), TextTable::Left},
+                     {QStringLiteral("type"), TextTable::Left},
                      {QStringLiteral("times"), TextTable::Right}});
     for (const int id : report.datasets) {
         const DatasetProps dataset = VORN_GetDatasetProperties(id);
-        table.add({datasetName(id), QLatin1String(typeName(static_cast<DataType>(dataset.dataType))),
-                   dataset.isStatic ? QStringLiteral("always") : QString::number(dataTimes(id).size())});
+        table.add(
+            {datasetName(id), QLatin1String(typeName(static_cast<DataType>(dataset.dataType))),
+             dataset.isStatic ? QStringLiteral("always") : QString::number(dataTimes(id).size())});
     }
     table.print(console);
 }
@@ -86,23 +94,29 @@ void run(const Options &options, const Context &context)
 void addInputs(CLI::App &command, Options &options)
 {
     ImportOptions &import = options.import;
-    textOption(command, "MAP", import.map, "A vector file, or a table with --x and --y")->required();
+    textOption(command, "MAP", import.map, "A vector file, or a table with --x and --y")
+        ->required();
     textOption(command, "PROJECT", options.project, "The project to write")->required();
     command.add_flag("--append", options.append, "Add the geography to a project that is there");
     textOption(command, "--layer", import.layer, "Layer of the map, when it has several");
     textOption(command, "--name", import.name, "Name of the geography (default: the layer's)");
-    textOption(command, "--key", import.key, "Field that names the objects; rows with one key are one object");
+    textOption(command, "--key", import.key,
+               "Field that names the objects; rows with one key are one object");
     textOption(command, "--x", import.xColumn, "Field of the x coordinate of a table of points");
     textOption(command, "--y", import.yColumn, "Field of the y coordinate");
-    textOption(command, "--crs", import.projection, "Coordinate system, such as EPSG:4326, in place of the file's");
-    command.add_option("--snap", import.snap, "Nearer than this, in map units, places are one for common borders")
+    textOption(command, "--crs", import.projection,
+               "Coordinate system, such as EPSG:4326, in place of the file's");
+    command
+        .add_option("--snap", import.snap,
+                    "Nearer than this, in map units, places are one for common borders")
         ->check(CLI::NonNegativeNumber);
 }
 
 void addTimes(CLI::App &command, ImportOptions &import)
 {
     textOption(command, "--start", import.start, "Field with the start of a row's existence");
-    textOption(command, "--end", import.end, "Field with its end, or \"next\": up to the object's next row");
+    textOption(command, "--end", import.end,
+               "Field with its end, or \"next\": up to the object's next row");
     textOption(command, "--times", import.times, "How times are read")
         ->default_str("auto")
         ->check(CLI::IsMember({"auto", "number", "date", "date-time"}));
@@ -110,18 +124,26 @@ void addTimes(CLI::App &command, ImportOptions &import)
 
 void addValues(CLI::App &command, ImportOptions &import)
 {
-    textsOption(command, "--fields", import.fields, "Fields that become datasets (default: all that are left)")
+    textsOption(command, "--fields", import.fields,
+                "Fields that become datasets (default: all that are left)")
         ->delimiter(',');
     command.add_flag("!--no-fields", import.attributes, "No field becomes a dataset by itself");
-    textsOption(command, "--table", import.tables, "A table whose fields are added by key; repeatable");
-    textsOption(command, "--series", import.series, "A dataset over time: NAME=FIRST..LAST, NAME=PREFIX* or "
-                                                    "NAME=FIELD@TIME,FIELD@START/END,...; repeatable");
-    textOption(command, "--observations", import.observations, "A table with one row for each key and time");
+    textsOption(command, "--table", import.tables,
+                "A table whose fields are added by key; repeatable");
+    textsOption(command, "--series", import.series,
+                "A dataset over time: NAME=FIRST..LAST, NAME=PREFIX* or "
+                "NAME=FIELD@TIME,FIELD@START/END,...; repeatable");
+    textOption(command, "--observations", import.observations,
+               "A table with one row for each key and time");
     textsOption(command, "--observe", import.observed,
-                "A dataset of that table: NAME=VALUE@START, NAME=VALUE@START/END or NAME=VALUE@START/next, all fields");
-    textsOption(command, "--type", import.types, "NAME=decimal, integer or text, in place of what is recognised");
-    textsOption(command, "--missing", import.missing, "Text that stands for a missing value; repeatable");
-    command.add_flag("--strict", import.strict, "Fail when keys of a table and of the map do not match");
+                "A dataset of that table: NAME=VALUE@START, NAME=VALUE@START/END or "
+                "NAME=VALUE@START/next, all fields");
+    textsOption(command, "--type", import.types,
+                "NAME=decimal, integer or text, in place of what is recognised");
+    textsOption(command, "--missing", import.missing,
+                "Text that stands for a missing value; repeatable");
+    command.add_flag("--strict", import.strict,
+                     "Fail when keys of a table and of the map do not match");
 }
 
 } // namespace
@@ -137,7 +159,8 @@ void addImport(CLI::App &app, Context &context)
     overwriteOption(command, context);
     command.footer("Example:\n  meridor import states48.geojson income.vorn --key fips \\\n"
                    "      --table income_1929_2009.csv --series income=1929..2009");
-    command.callback([options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 
 } // namespace meridor

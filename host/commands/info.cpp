@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataset.h"
 #include "model.h"
 #include "progress.h"
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 
 namespace meridor {
 namespace {
@@ -22,17 +22,22 @@ QJsonObject span(const TimeAxis &axis, const TimeStamp &bounds)
 {
     if (bounds.endTime < bounds.startTime)
         return {};
-    return {{QStringLiteral("start"), axis.show(bounds.startTime)}, {QStringLiteral("end"), axis.show(bounds.endTime)}};
+    return {{QStringLiteral("start"), axis.show(bounds.startTime)},
+            {QStringLiteral("end"), axis.show(bounds.endTime)}};
 }
 
 /// Coordinates that are angles come with the unit's EPSG code in place of its name.
 QString unitName(const QVariant &unit)
 {
     switch (unit.type() == QVariant::Int ? unit.toInt() : 0) {
-    case 9101: return QStringLiteral("radian");
-    case 9102: return QStringLiteral("degree");
-    case 9105: return QStringLiteral("grad");
-    default: return unit.toString();
+    case 9101:
+        return QStringLiteral("radian");
+    case 9102:
+        return QStringLiteral("degree");
+    case 9105:
+        return QStringLiteral("grad");
+    default:
+        return unit.toString();
     }
 }
 
@@ -40,16 +45,17 @@ QJsonObject describeDataset(int id, const TimeAxis &axis)
 {
     const DatasetProps props = VORN_GetDatasetProperties(id);
     bool complete = true;
-    QJsonObject object{{QStringLiteral("name"), datasetName(id)},
-                       {QStringLiteral("type"), QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
-                       {QStringLiteral("storage"), props.storageType == TimeSlice ? QStringLiteral("slices")
-                                                                                  : QStringLiteral("series")},
-                       {QStringLiteral("static"), props.isStatic},
-                       {QStringLiteral("realizations"), props.realizationCount},
-                       {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()},
-                       {QStringLiteral("missing"), datasetOf(id)->HasMissing(0)},
-                       {QStringLiteral("uniqueValues"), VORN_GetUniqueDataCount(id, complete)},
-                       {QStringLiteral("key"), keyDataset(VORN_GetGeographyId(id)) == id}};
+    QJsonObject object{
+        {QStringLiteral("name"), datasetName(id)},
+        {QStringLiteral("type"), QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
+        {QStringLiteral("storage"),
+         props.storageType == TimeSlice ? QStringLiteral("slices") : QStringLiteral("series")},
+        {QStringLiteral("static"), props.isStatic},
+        {QStringLiteral("realizations"), props.realizationCount},
+        {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()},
+        {QStringLiteral("missing"), datasetOf(id)->HasMissing(0)},
+        {QStringLiteral("uniqueValues"), VORN_GetUniqueDataCount(id, complete)},
+        {QStringLiteral("key"), keyDataset(VORN_GetGeographyId(id)) == id}};
     if (!props.isStatic)
         object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
     return object;
@@ -66,8 +72,10 @@ QJsonObject describeGeography(int id, const QString &at)
         {QStringLiteral("name"), geographyName(id)},
         {QStringLiteral("shapes"), QLatin1String(shapeName(props.type))},
         {QStringLiteral("objects"), props.objectCount},
-        {QStringLiteral("projection"), props.metaData.value(QStringLiteral("Projection")).toString()},
-        {QStringLiteral("distanceUnit"), unitName(props.metaData.value(QStringLiteral("Distance unit")))},
+        {QStringLiteral("projection"),
+         props.metaData.value(QStringLiteral("Projection")).toString()},
+        {QStringLiteral("distanceUnit"),
+         unitName(props.metaData.value(QStringLiteral("Distance unit")))},
         {QStringLiteral("history"), props.metaData.value(QStringLiteral("History")).toString()},
         {QStringLiteral("bounds"), QJsonArray{props.bounds.left(), props.bounds.top(),
                                               props.bounds.left() + props.bounds.width(),
@@ -93,35 +101,45 @@ QString timeText(const QJsonObject &object)
     if (object.value(QStringLiteral("static")).toBool())
         return QStringLiteral("always");
     const QJsonObject time = object.value(QStringLiteral("time")).toObject();
-    return time.isEmpty() ? QStringLiteral("-")
-                          : QString(time.value(QStringLiteral("start")).toString() + QStringLiteral(" to ")
-                                    + time.value(QStringLiteral("end")).toString());
+    return time.isEmpty()
+               ? QStringLiteral("-")
+               : QString(time.value(QStringLiteral("start")).toString() + QStringLiteral(" to ")
+                         + time.value(QStringLiteral("end")).toString());
 }
 
 void print(const QJsonObject &geography, const Console &console)
 {
-    const auto text = [&geography](const char *key) { return geography.value(QLatin1String(key)).toVariant().toString(); };
+    const auto text = [&geography](const char *key) {
+        return geography.value(QLatin1String(key)).toVariant().toString();
+    };
     console.print(QStringLiteral("%1: %2 objects, %3; %4 (%5); %6")
-                      .arg(text("name"), text("objects"), text("shapes"), text("projection"), text("distanceUnit"),
-                           timeText(geography)));
+                      .arg(text("name"), text("objects"), text("shapes"), text("projection"),
+                           text("distanceUnit"), timeText(geography)));
     if (geography.contains(QStringLiteral("existing"))) {
         const auto existing = geography.value(QStringLiteral("existing")).toArray();
         QStringList keys;
         for (const QJsonValue &key : existing)
             keys.append(key.toString());
-        console.print(QStringLiteral("%1 exist: %2").arg(keys.size()).arg(keys.join(QStringLiteral(", "))));
+        console.print(
+            QStringLiteral("%1 exist: %2").arg(keys.size()).arg(keys.join(QStringLiteral(", "))));
     }
-    TextTable table({{QStringLiteral("dataset"), TextTable::Left}, {QStringLiteral("type"), TextTable::Left},
-                     {QStringLiteral("times"), TextTable::Right}, {QStringLiteral("time"), TextTable::Left},
-                     {QStringLiteral("unique"), TextTable::Right}, {QStringLiteral("missing"), TextTable::Left}});
+    TextTable table({{QStringLiteral("dataset"), TextTable::Left},
+                     {QStringLiteral("type"), TextTable::Left},
+                     {QStringLiteral("times"), TextTable::Right},
+                     {QStringLiteral("time"), TextTable::Left},
+                     {QStringLiteral("unique"), TextTable::Right},
+                     {QStringLiteral("missing"), TextTable::Left}});
     for (const QJsonValue &value : geography.value(QStringLiteral("datasets")).toArray()) {
         const QJsonObject dataset = value.toObject();
         const bool key = dataset.value(QStringLiteral("key")).toBool();
-        table.add({dataset.value(QStringLiteral("name")).toString() + QString(key ? QStringLiteral(" (key)") : QString()),
+        table.add({dataset.value(QStringLiteral("name")).toString()
+                       + QString(key ? QStringLiteral(" (key)") : QString()),
                    dataset.value(QStringLiteral("type")).toString(),
-                   QString::number(dataset.value(QStringLiteral("times")).toInt()), timeText(dataset),
+                   QString::number(dataset.value(QStringLiteral("times")).toInt()),
+                   timeText(dataset),
                    QString::number(dataset.value(QStringLiteral("uniqueValues")).toInt()),
-                   dataset.value(QStringLiteral("missing")).toBool() ? QStringLiteral("some") : QStringLiteral("none")});
+                   dataset.value(QStringLiteral("missing")).toBool() ? QStringLiteral("some")
+                                                                     : QStringLiteral("none")});
     }
     table.print(console);
 }
@@ -134,9 +152,10 @@ void run(const Options &options, const Context &context)
     for (const int id : geographyIds())
         geographies.append(describeGeography(id, options.at));
     if (context.console.json) {
-        context.console.print(QJsonObject{{QStringLiteral("project"), options.project},
-                                          {QStringLiteral("bytes"), QFileInfo(options.project).size()},
-                                          {QStringLiteral("geographies"), geographies}});
+        context.console.print(
+            QJsonObject{{QStringLiteral("project"), options.project},
+                        {QStringLiteral("bytes"), QFileInfo(options.project).size()},
+                        {QStringLiteral("geographies"), geographies}});
         return;
     }
     for (const QJsonValue &geography : geographies)
@@ -154,7 +173,8 @@ void addInfo(CLI::App &app, Context &context)
     textOption(command, "PROJECT", options->project, "The project")->required();
     textOption(command, "--at", options->at, "Also name the objects that exist at this time");
     command.footer("Example:\n  meridor info income.vorn --at 1850-12-31");
-    command.callback([options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 
 } // namespace meridor

@@ -1,8 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
@@ -12,6 +8,10 @@
 #include "render/choropleth.h"
 #include "render/palette.h"
 #include "safeFile.h"
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 
 namespace meridor {
 namespace {
@@ -31,10 +31,13 @@ QJsonObject toJson(const MapPicture &picture, const Options &options)
 {
     QJsonArray legend;
     for (const LegendEntry &entry : picture.legend)
-        legend.append(QJsonObject{{QStringLiteral("text"), entry.text}, {QStringLiteral("color"), entry.color.name()},
+        legend.append(QJsonObject{{QStringLiteral("text"), entry.text},
+                                  {QStringLiteral("color"), entry.color.name()},
                                   {QStringLiteral("count"), entry.count}});
-    return {{QStringLiteral("file"), options.output}, {QStringLiteral("width"), options.style.size.width()},
-            {QStringLiteral("height"), options.style.size.height()}, {QStringLiteral("legend"), legend},
+    return {{QStringLiteral("file"), options.output},
+            {QStringLiteral("width"), options.style.size.width()},
+            {QStringLiteral("height"), options.style.size.height()},
+            {QStringLiteral("legend"), legend},
             {QStringLiteral("missing"), picture.missingCount},
             {QStringLiteral("drawn"), picture.shapes.size()}};
 }
@@ -42,7 +45,8 @@ QJsonObject toJson(const MapPicture &picture, const Options &options)
 void run(Options options, const Context &context)
 {
     if (QFileInfo(options.output).suffix().toLower() != QLatin1String("png"))
-        failUsage(QStringLiteral("%1: a map is a PNG picture; its name ends in .png").arg(options.output));
+        failUsage(QStringLiteral("%1: a map is a PNG picture; its name ends in .png")
+                      .arg(options.output));
     requireWritable(options.output, context.overwrite);
     Session session(context.session, context.console);
     session.load(options.project);
@@ -50,9 +54,10 @@ void run(Options options, const Context &context)
     const qint64 time = chooseTime(dataset, options.at);
     options.style.size = QSize(options.width, options.height);
     const TimeAxis axis = axisOf(VORN_GetGeographyId(dataset));
-    options.style.subtitle = !options.at.isEmpty()         ? options.at
-        : datasetOf(dataset)->IsStatic() ? geographyName(VORN_GetGeographyId(dataset))
-                                         : axis.show(time);
+    options.style.subtitle = !options.at.isEmpty() ? options.at
+                             : datasetOf(dataset)->IsStatic()
+                                 ? geographyName(VORN_GetGeographyId(dataset))
+                                 : axis.show(time);
 
     MapPicture picture;
     session.controller().painter = [&](const MapView &view) {
@@ -61,14 +66,18 @@ void run(Options options, const Context &context)
         return true;
     };
     const QString title = options.title.isEmpty() ? datasetName(dataset) : options.title;
-    if (VORN_DisplayMap(dataset, time, title, ColorSchemeInfo(), ColorSchemeInfo(), SymbolSchemeInfo()) == 0)
+    if (VORN_DisplayMap(dataset, time, title, ColorSchemeInfo(), ColorSchemeInfo(),
+                        SymbolSchemeInfo())
+        == 0)
         fail(QStringLiteral("%1: could not be drawn").arg(options.output));
     session.controller().painter = nullptr;
     if (context.console.json)
         context.console.print(toJson(picture, options));
     else
         context.console.print(QStringLiteral("%1: %2 objects in %3 classes, %4 without a value")
-                                  .arg(options.output).arg(picture.shapes.size()).arg(picture.legend.size())
+                                  .arg(options.output)
+                                  .arg(picture.shapes.size())
+                                  .arg(picture.legend.size())
                                   .arg(picture.missingCount));
 }
 
@@ -79,25 +88,36 @@ void addMap(CLI::App &app, Context &context)
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("map", "Draw a dataset at one time as a picture");
     textOption(command, "PROJECT", options->project, "The project")->required();
-    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")->required();
+    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
+        ->required();
     textOption(command, "PICTURE", options->output, "The PNG file to write")->required();
     textOption(command, "--at", options->at, "The time (default: the dataset's last)");
     textOption(command, "--title", options->title, "Title (default: the dataset's name)");
     textOption(command, "--method", options->style.method, "How values are cut into classes")
-        ->default_str("jenks")->check(CLI::IsMember({"equal", "quantile", "jenks"}));
+        ->default_str("jenks")
+        ->check(CLI::IsMember({"equal", "quantile", "jenks"}));
     command.add_option("--count", options->style.classes, "Number of classes")
-        ->capture_default_str()->check(CLI::Range(1, 64));
-    command.add_flag("--all-times", options->style.allTimes, "Classes and extent of all times, to compare pictures");
+        ->capture_default_str()
+        ->check(CLI::Range(1, 64));
+    command.add_flag("--all-times", options->style.allTimes,
+                     "Classes and extent of all times, to compare pictures");
     std::vector<std::string> palettes;
     for (const QString &name : paletteNames())
         palettes.push_back(name.toStdString());
     textOption(command, "--palette", options->style.palette, "Colours")
-        ->default_str(palettes.front())->check(CLI::IsMember(palettes));
-    command.add_option("--width", options->width, "Pixels")->capture_default_str()->check(CLI::Range(320, 8000));
-    command.add_option("--height", options->height, "Pixels")->capture_default_str()->check(CLI::Range(200, 8000));
+        ->default_str(palettes.front())
+        ->check(CLI::IsMember(palettes));
+    command.add_option("--width", options->width, "Pixels")
+        ->capture_default_str()
+        ->check(CLI::Range(320, 8000));
+    command.add_option("--height", options->height, "Pixels")
+        ->capture_default_str()
+        ->check(CLI::Range(200, 8000));
     overwriteOption(command, context);
-    command.footer("Example:\n  meridor map income.vorn income 2009.png --at 2009 --title \"Income per head\"");
-    command.callback([options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+    command.footer("Example:\n  meridor map income.vorn income 2009.png --at 2009 --title \"Income "
+                   "per head\"");
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 
 } // namespace meridor

@@ -5,27 +5,31 @@ namespace meridor {
 
 CLI::Option *textOption(CLI::App &app, const char *name, QString &target, const char *help)
 {
-    return app.add_option_function<std::string>(
-        name, [&target](const std::string &text) { target = QString::fromStdString(text); }, help)
+    return app
+        .add_option_function<std::string>(
+            name, [&target](const std::string &text) { target = QString::fromStdString(text); },
+            help)
         ->type_name("TEXT");
 }
 
 CLI::Option *textsOption(CLI::App &app, const char *name, QStringList &target, const char *help)
 {
-    return app.add_option_function<std::vector<std::string>>(
-        name,
-        [&target](const std::vector<std::string> &texts) {
-            for (const std::string &text : texts)
-                target.append(QString::fromStdString(text));
-        },
-        help)
+    return app
+        .add_option_function<std::vector<std::string>>(
+            name,
+            [&target](const std::vector<std::string> &texts) {
+                for (const std::string &text : texts)
+                    target.append(QString::fromStdString(text));
+            },
+            help)
         ->type_name("TEXT")
         ->allow_extra_args(false);
 }
 
 void overwriteOption(CLI::App &app, Context &context)
 {
-    app.add_flag("--overwrite", context.overwrite, "Replace the output file when it is there already");
+    app.add_flag("--overwrite", context.overwrite,
+                 "Replace the output file when it is there already");
 }
 
 } // namespace meridor

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "failure.h"
 #include "model.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 
 namespace meridor {
 namespace {
@@ -19,18 +19,24 @@ struct Options {
 QJsonValue toJson(const datum &value)
 {
     switch (value.type) {
-    case 0: return jsonNumber(value.decimalValue);
-    case 1: return static_cast<double>(value.integerValue);
-    default: return value.stringValue;
+    case 0:
+        return jsonNumber(value.decimalValue);
+    case 1:
+        return static_cast<double>(value.integerValue);
+    default:
+        return value.stringValue;
     }
 }
 
 QString toText(const datum &value)
 {
     switch (value.type) {
-    case 0: return exactNumber(value.decimalValue);
-    case 1: return QString::number(value.integerValue);
-    default: return value.stringValue;
+    case 0:
+        return exactNumber(value.decimalValue);
+    case 1:
+        return QString::number(value.integerValue);
+    default:
+        return value.stringValue;
     }
 }
 
@@ -45,17 +51,19 @@ void run(const Options &options, const Context &context)
     const bool always = VORN_GetDatasetProperties(dataset).isStatic;
 
     QJsonArray entries;
-    TextTable table({{QStringLiteral("time"), TextTable::Left}, {QStringLiteral("value"), TextTable::Right}});
+    TextTable table(
+        {{QStringLiteral("time"), TextTable::Left}, {QStringLiteral("value"), TextTable::Right}});
     QVector<Interval> intervals;
     VORN_GetDataIntervals(dataset, 0, object, intervals);
     for (const Interval &interval : intervals) {
         datum value;
         // A slice holds the time for all objects; this one may be missing in it.
-        const bool there =
-            VORN_GetDataValue(dataset, 0, static_cast<unsigned int>(object), instantOf(interval), value);
+        const bool there = VORN_GetDataValue(dataset, 0, static_cast<unsigned int>(object),
+                                             instantOf(interval), value);
         const QString when = always ? QStringLiteral("always") : axis.show(interval);
-        QJsonObject entry{{QStringLiteral("time"), when},
-                          {QStringLiteral("value"), there ? toJson(value) : QJsonValue(QJsonValue::Null)}};
+        QJsonObject entry{
+            {QStringLiteral("time"), when},
+            {QStringLiteral("value"), there ? toJson(value) : QJsonValue(QJsonValue::Null)}};
         if (!always) {
             entry.insert(QStringLiteral("start"), axis.show(interval.startTime));
             entry.insert(QStringLiteral("end"), axis.show(interval.endTime));
@@ -66,7 +74,8 @@ void run(const Options &options, const Context &context)
     const QString key = objectKeys(geography).value(object);
     if (context.console.json)
         context.console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
-                                          {QStringLiteral("object"), key}, {QStringLiteral("values"), entries}});
+                                          {QStringLiteral("object"), key},
+                                          {QStringLiteral("values"), entries}});
     else
         table.print(context.console);
 }
@@ -78,10 +87,14 @@ void addSeries(CLI::App &app, Context &context)
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("series", "One object's values over time");
     textOption(command, "PROJECT", options->project, "The project")->required();
-    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")->required();
-    textOption(command, "OBJECT", options->object, "The object's key, or its name in a text dataset")->required();
+    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
+        ->required();
+    textOption(command, "OBJECT", options->object,
+               "The object's key, or its name in a text dataset")
+        ->required();
     command.footer("Example:\n  meridor series income.vorn income Virginia");
-    command.callback([options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 
 } // namespace meridor

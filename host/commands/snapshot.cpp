@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "commands/snapshot.h"
-#include <algorithm>
 #include "console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
@@ -8,6 +7,7 @@
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
 #include "model.h"
+#include <algorithm>
 
 namespace meridor {
 namespace {
@@ -15,9 +15,12 @@ namespace {
 QString textOf(const datum &value)
 {
     switch (value.type) {
-    case 0: return exactNumber(value.decimalValue);
-    case 1: return QString::number(value.integerValue);
-    default: return value.stringValue.isNull() ? QStringLiteral("") : value.stringValue;
+    case 0:
+        return exactNumber(value.decimalValue);
+    case 1:
+        return QString::number(value.integerValue);
+    default:
+        return value.stringValue.isNull() ? QStringLiteral("") : value.stringValue;
     }
 }
 
@@ -46,9 +49,12 @@ QStringList existence(int id)
         return texts;
     for (const int chainId : geography->GetFennimIdMap()) {
         QString text;
-        for (const auto &observation : geography->GetFennims()->GetChainById(chainId)->GetObservations())
-            text += QStringLiteral("%1 %2 %3;").arg(exactNumber(observation.first.start),
-                                                    exactNumber(observation.first.end)).arg(observation.first.flags);
+        for (const auto &observation :
+             geography->GetFennims()->GetChainById(chainId)->GetObservations())
+            text +=
+                QStringLiteral("%1 %2 %3;")
+                    .arg(exactNumber(observation.first.start), exactNumber(observation.first.end))
+                    .arg(observation.first.flags);
         texts.append(text);
     }
     return texts;
@@ -56,10 +62,11 @@ QStringList existence(int id)
 
 bool same(const QVector<Interval> &a, const QVector<Interval> &b)
 {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Interval &x, const Interval &y) {
-        return x.startTime == y.startTime && x.endTime == y.endTime && x.inclusiveStart == y.inclusiveStart
-            && x.inclusiveEnd == y.inclusiveEnd;
-    });
+    return std::equal(
+        a.begin(), a.end(), b.begin(), b.end(), [](const Interval &x, const Interval &y) {
+            return x.startTime == y.startTime && x.endTime == y.endTime
+                   && x.inclusiveStart == y.inclusiveStart && x.inclusiveEnd == y.inclusiveEnd;
+        });
 }
 
 } // namespace
@@ -70,7 +77,8 @@ Snapshot takeSnapshot()
     for (const int geography : geographyIds()) {
         snapshot.shapes.insert(geographyName(geography), existence(geography));
         for (const int dataset : datasetIds(geography))
-            snapshot.datasets.insert(geographyName(geography) + QLatin1Char('/') + datasetName(dataset),
+            snapshot.datasets.insert(geographyName(geography) + QLatin1Char('/')
+                                         + datasetName(dataset),
                                      seriesOf(dataset, snapshot.count));
     }
     return snapshot;

@@ -1,8 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <QJsonArray>
-#include <QJsonObject>
-#include <limits>
-#include <memory>
 #include "commands/commands.h"
 #include "commands/statistics.h"
 #include "datainterface/DataAPI.h"
@@ -11,6 +7,10 @@
 #include "failure.h"
 #include "interrupt.h"
 #include "model.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <limits>
+#include <memory>
 
 namespace meridor {
 
@@ -81,10 +81,13 @@ QJsonObject toJson(const Row &row)
 {
     const Statistics &s = row.statistics;
     const bool any = s.count > 0;
-    const auto number = [any](double value) { return any ? jsonNumber(value) : QJsonValue(QJsonValue::Null); };
-    return {{QStringLiteral("time"), row.time}, {QStringLiteral("count"), s.count},
-            {QStringLiteral("mean"), number(s.mean)}, {QStringLiteral("stddev"), number(s.deviation)},
-            {QStringLiteral("min"), number(s.minimum)}, {QStringLiteral("max"), number(s.maximum)}};
+    const auto number = [any](double value) {
+        return any ? jsonNumber(value) : QJsonValue(QJsonValue::Null);
+    };
+    return {
+        {QStringLiteral("time"), row.time},         {QStringLiteral("count"), s.count},
+        {QStringLiteral("mean"), number(s.mean)},   {QStringLiteral("stddev"), number(s.deviation)},
+        {QStringLiteral("min"), number(s.minimum)}, {QStringLiteral("max"), number(s.maximum)}};
 }
 
 QStringList toCells(const Row &row)
@@ -104,13 +107,17 @@ void printNumbers(int dataset, const QVector<Row> &rows, const Row &all, const C
             times.append(toJson(row));
         QJsonObject overall = toJson(all);
         overall.remove(QStringLiteral("time"));
-        console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)}, {QStringLiteral("times"), times},
+        console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
+                                  {QStringLiteral("times"), times},
                                   {QStringLiteral("overall"), overall}});
         return;
     }
-    TextTable table({{QStringLiteral("time"), TextTable::Left}, {QStringLiteral("count"), TextTable::Right},
-                     {QStringLiteral("mean"), TextTable::Right}, {QStringLiteral("stddev"), TextTable::Right},
-                     {QStringLiteral("min"), TextTable::Right}, {QStringLiteral("max"), TextTable::Right}});
+    TextTable table({{QStringLiteral("time"), TextTable::Left},
+                     {QStringLiteral("count"), TextTable::Right},
+                     {QStringLiteral("mean"), TextTable::Right},
+                     {QStringLiteral("stddev"), TextTable::Right},
+                     {QStringLiteral("min"), TextTable::Right},
+                     {QStringLiteral("max"), TextTable::Right}});
     for (const Row &row : rows)
         table.add(toCells(row));
     table.add(toCells(all));
@@ -121,15 +128,18 @@ void printNumbers(int dataset, const QVector<Row> &rows, const Row &all, const C
 void printTexts(int dataset, const Console &console)
 {
     QJsonArray values;
-    TextTable table({{QStringLiteral("value"), TextTable::Left}, {QStringLiteral("count"), TextTable::Right}});
+    TextTable table(
+        {{QStringLiteral("value"), TextTable::Left}, {QStringLiteral("count"), TextTable::Right}});
     const auto frequencies = datasetOf(dataset)->GetDataFrequencies();
     for (auto it = frequencies.begin(); it != frequencies.end(); ++it) {
         const QString text = QString::fromLocal8Bit(it.key().charstr());
-        values.append(QJsonObject{{QStringLiteral("value"), text}, {QStringLiteral("count"), it.value()}});
+        values.append(
+            QJsonObject{{QStringLiteral("value"), text}, {QStringLiteral("count"), it.value()}});
         table.add({text, QString::number(it.value())});
     }
     if (console.json)
-        console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)}, {QStringLiteral("values"), values}});
+        console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
+                                  {QStringLiteral("values"), values}});
     else
         table.print(console);
 }
@@ -164,12 +174,15 @@ void run(const Options &options, const Context &context)
 void addStats(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("stats", "Statistics of a dataset: at each time and over all");
+    CLI::App &command =
+        *app.add_subcommand("stats", "Statistics of a dataset: at each time and over all");
     textOption(command, "PROJECT", options->project, "The project")->required();
-    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")->required();
+    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
+        ->required();
     textsOption(command, "--at", options->at, "A time, in place of all; repeatable");
     command.footer("Example:\n  meridor stats income.vorn income --at 1929 --at 2009");
-    command.callback([options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 
 } // namespace meridor

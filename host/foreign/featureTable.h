@@ -14,12 +14,12 @@ namespace meridor {
 enum class ValueKind { Integer, Decimal, Text };
 enum class ShapeKind { None, Points, Polygons, Lines };
 
-/// The parts of one shape: rings of a polygon (holes and further parts alike), parts of a line, the one vertex of a
-/// point. No part: the row has no shape.
+/// The parts of one shape: rings of a polygon (holes and further parts alike), parts of a line, the
+/// one vertex of a point. No part: the row has no shape.
 using ShapeParts = QVector<QVector<QPointF>>;
 
-/// The cells of one column as UTF-8 in one piece: a dozen bytes a cell rather than a text object each. An empty cell is
-/// a missing one.
+/// The cells of one column as UTF-8 in one piece: a dozen bytes a cell rather than a text object
+/// each. An empty cell is a missing one.
 class Cells {
 public:
     void append(const QByteArray &text)
@@ -40,7 +40,8 @@ public:
     QString operator[](int row) const
     {
         const std::string_view text = view(row);
-        return text.empty() ? QString() : QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+        return text.empty() ? QString()
+                            : QString::fromUtf8(text.data(), static_cast<int>(text.size()));
     }
 
 private:
@@ -50,7 +51,8 @@ private:
 
 struct Column {
     QString name;
-    bool typed = false; ///< the file itself says what `kind` is; otherwise it is recognised from the cells
+    bool typed =
+        false; ///< the file itself says what `kind` is; otherwise it is recognised from the cells
     ValueKind kind = ValueKind::Text;
     Cells cells;          ///< exact for numbers
     QString file;         ///< set for a column that came from another file ...
@@ -58,7 +60,7 @@ struct Column {
 };
 
 struct FeatureTable {
-    QString file;  ///< as the user wrote it: for messages
+    QString file; ///< as the user wrote it: for messages
     QString layer;
     QString projection; ///< WKT; empty when the file has none
     ShapeKind shapeKind = ShapeKind::None;
@@ -87,7 +89,8 @@ struct FeatureTable {
 inline QString place(const FeatureTable &table, const Column &column, int row)
 {
     const bool joined = !column.file.isEmpty();
-    return QStringLiteral("%1, field %2, row %3").arg(joined ? column.file : table.file, column.name)
+    return QStringLiteral("%1, field %2, row %3")
+        .arg(joined ? column.file : table.file, column.name)
         .arg((joined ? column.fileRow[row] : row) + 1);
 }
 

@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "foreign/ogrReader.h"
+#include "console.h"
+#include "failure.h"
+#include "foreign/ogrShapes.h"
+#include "foreign/values.h"
+#include "interrupt.h"
 #include <QFileInfo>
 #include <cmath>
 #include <cpl_conv.h>
@@ -9,11 +14,6 @@
 #include <memory>
 #include <ogr_api.h>
 #include <ogr_srs_api.h>
-#include "console.h"
-#include "failure.h"
-#include "foreign/ogrShapes.h"
-#include "foreign/values.h"
-#include "interrupt.h"
 
 namespace meridor {
 namespace {
@@ -57,7 +57,7 @@ Dataset open(const QString &path)
     const char *const options[] = {"HEADERS=YES", "AUTODETECT_TYPE=NO", "EMPTY_STRING_AS_NULL=YES",
                                    "KEEP_GEOM_COLUMNS=NO", nullptr};
     const bool isText = path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)
-        || path.endsWith(QLatin1String(".tsv"), Qt::CaseInsensitive);
+                        || path.endsWith(QLatin1String(".tsv"), Qt::CaseInsensitive);
     return Dataset(GDALOpenEx(path.toUtf8().constData(), GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr,
                               isText ? options : nullptr, nullptr));
 }
@@ -74,9 +74,11 @@ OGRLayerH chooseLayer(GDALDatasetH dataset, const ReadOptions &options, const QS
     if (names.isEmpty())
         fail(file + QStringLiteral(": holds no layer"));
     if (!options.layer.isEmpty())
-        fail(QStringLiteral("%1: no layer %2; there are: %3").arg(file, options.layer, someOf(names)));
+        fail(QStringLiteral("%1: no layer %2; there are: %3")
+                 .arg(file, options.layer, someOf(names)));
     if (names.size() > 1)
-        fail(QStringLiteral("%1: several layers, choose one with --layer: %2").arg(file, someOf(names)));
+        fail(QStringLiteral("%1: several layers, choose one with --layer: %2")
+                 .arg(file, someOf(names)));
     return GDALDatasetGetLayer(dataset, 0);
 }
 
@@ -85,10 +87,19 @@ Column describe(OGRFieldDefnH field)
     Column column;
     column.name = QString::fromUtf8(OGR_Fld_GetNameRef(field));
     switch (OGR_Fld_GetType(field)) {
-    case OFTInteger: column.typed = true; column.kind = ValueKind::Integer; break;
-    case OFTReal: column.typed = true; column.kind = ValueKind::Decimal; break;
-    case OFTInteger64: break; // may not fit the library's 32 bits: seen from the cells
-    default: column.typed = OGR_Fld_GetType(field) != OFTString; break;
+    case OFTInteger:
+        column.typed = true;
+        column.kind = ValueKind::Integer;
+        break;
+    case OFTReal:
+        column.typed = true;
+        column.kind = ValueKind::Decimal;
+        break;
+    case OFTInteger64:
+        break; // may not fit the library's 32 bits: seen from the cells
+    default:
+        column.typed = OGR_Fld_GetType(field) != OFTString;
+        break;
     }
     return column;
 }
@@ -98,14 +109,18 @@ QString isoTime(OGRFeatureH feature, int field, bool dateOnly)
     int year = 0, month = 0, day = 0, hour = 0, minute = 0, zone = 0;
     float second = 0;
     OGR_F_GetFieldAsDateTimeEx(feature, field, &year, &month, &day, &hour, &minute, &second, &zone);
-    const auto two = [](int number) { return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')); };
-    QString text = QStringLiteral("%1-%2-%3").arg(year, 4, 10, QLatin1Char('0')).arg(two(month), two(day));
+    const auto two = [](int number) {
+        return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
+    };
+    QString text =
+        QStringLiteral("%1-%2-%3").arg(year, 4, 10, QLatin1Char('0')).arg(two(month), two(day));
     if (dateOnly)
         return text;
     text += QStringLiteral("T%1:%2:%3").arg(two(hour), two(minute), two(static_cast<int>(second)));
     if (zone > 1) { // quarters of an hour around 100, which is UTC; 0 and 1 say nothing
         const int quarters = std::abs(zone - 100);
-        text += QLatin1Char(zone < 100 ? '-' : '+') + two(quarters / 4) + QLatin1Char(':') + two(quarters % 4 * 15);
+        text += QLatin1Char(zone < 100 ? '-' : '+') + two(quarters / 4) + QLatin1Char(':')
+                + two(quarters % 4 * 15);
     }
     return text;
 }
@@ -120,9 +135,12 @@ QByteArray cell(OGRFeatureH feature, int field, OGRFieldType type)
         const double value = OGR_F_GetFieldAsDouble(feature, field);
         return std::isfinite(value) ? exactNumber(value).toLatin1() : QByteArray();
     }
-    case OFTDate: return isoTime(feature, field, true).toLatin1();
-    case OFTDateTime: return isoTime(feature, field, false).toLatin1();
-    default: return QByteArray(OGR_F_GetFieldAsString(feature, field));
+    case OFTDate:
+        return isoTime(feature, field, true).toLatin1();
+    case OFTDateTime:
+        return isoTime(feature, field, false).toLatin1();
+    default:
+        return QByteArray(OGR_F_GetFieldAsString(feature, field));
     }
 }
 
@@ -171,11 +189,14 @@ public:
             ++mTable.rows;
             if (mTable.rows % 256 == 0) {
                 stopIfInterrupted();
-                mOptions.progress(expected > 0 ? static_cast<int>(100 * mTable.rows / expected) : 0);
+                mOptions.progress(expected > 0 ? static_cast<int>(100 * mTable.rows / expected)
+                                               : 0);
             }
         }
         if (CPLGetLastErrorType() >= CE_Failure)
-            fail(QStringLiteral("%1: broken behind row %2%3").arg(mTable.file).arg(mTable.rows)
+            fail(QStringLiteral("%1: broken behind row %2%3")
+                     .arg(mTable.file)
+                     .arg(mTable.rows)
                      .arg(QuietGdal::complaint()));
     }
 
@@ -186,7 +207,8 @@ private:
             return -1;
         const int index = mTable.indexOf(name);
         if (index < 0)
-            fail(QStringLiteral("%1: no field %2; there are: %3").arg(mTable.file, name, someOf(mTable.columnNames())));
+            fail(QStringLiteral("%1: no field %2; there are: %3")
+                     .arg(mTable.file, name, someOf(mTable.columnNames())));
         return index;
     }
 
@@ -236,9 +258,11 @@ FeatureTable readFeatures(const QString &path, const ReadOptions &options)
         failUsage(QStringLiteral("--x and --y go together"));
     const Dataset dataset = open(path);
     if (!dataset)
-        fail(QStringLiteral("%1: %2%3").arg(path, QFileInfo::exists(path) ? QStringLiteral("not a file that GDAL reads")
-                                                                          : QStringLiteral("no such file"),
-                                            QFileInfo::exists(path) ? QuietGdal::complaint() : QString()));
+        fail(QStringLiteral("%1: %2%3")
+                 .arg(path,
+                      QFileInfo::exists(path) ? QStringLiteral("not a file that GDAL reads")
+                                              : QStringLiteral("no such file"),
+                      QFileInfo::exists(path) ? QuietGdal::complaint() : QString()));
     OGRLayerH layer = chooseLayer(dataset.get(), options, path);
 
     FeatureTable table;
@@ -247,8 +271,8 @@ FeatureTable readFeatures(const QString &path, const ReadOptions &options)
     CPLErrorReset();
     RowReader(table, layer, options).read();
     if (options.shapes)
-        table.projection =
-            options.projection.isEmpty() ? wktOf(OGR_L_GetSpatialRef(layer)) : wktOf(options.projection);
+        table.projection = options.projection.isEmpty() ? wktOf(OGR_L_GetSpatialRef(layer))
+                                                        : wktOf(options.projection);
     return table;
 }
 

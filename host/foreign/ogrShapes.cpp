@@ -1,42 +1,54 @@
 // SPDX-License-Identifier: MIT
 #include "foreign/ogrShapes.h"
+#include "failure.h"
 #include <cmath>
 #include <memory>
-#include "failure.h"
 
 namespace meridor {
 namespace {
 
 struct FreeGeometry {
-    void operator()(void *geometry) const { OGR_G_DestroyGeometry(static_cast<OGRGeometryH>(geometry)); }
+    void operator()(void *geometry) const
+    {
+        OGR_G_DestroyGeometry(static_cast<OGRGeometryH>(geometry));
+    }
 };
 
 ShapeKind kindOf(OGRGeometryH geometry)
 {
     switch (wkbFlatten(OGR_G_GetGeometryType(geometry))) {
     case wkbPoint:
-    case wkbMultiPoint: return ShapeKind::Points;
+    case wkbMultiPoint:
+        return ShapeKind::Points;
     case wkbLineString:
-    case wkbMultiLineString: return ShapeKind::Lines;
+    case wkbMultiLineString:
+        return ShapeKind::Lines;
     case wkbPolygon:
-    case wkbMultiPolygon: return ShapeKind::Polygons;
-    default: return ShapeKind::None;
+    case wkbMultiPolygon:
+        return ShapeKind::Polygons;
+    default:
+        return ShapeKind::None;
     }
 }
 
 const char *nameOf(ShapeKind kind)
 {
     switch (kind) {
-    case ShapeKind::Points: return "a point";
-    case ShapeKind::Lines: return "a line";
-    case ShapeKind::Polygons: return "a polygon";
-    default: return "no shape";
+    case ShapeKind::Points:
+        return "a point";
+    case ShapeKind::Lines:
+        return "a line";
+    case ShapeKind::Polygons:
+        return "a polygon";
+    default:
+        return "no shape";
     }
 }
 
 bool isClosed(const QVector<QPointF> &part)
 {
-    return part.size() > 1 && part.first().x() == part.last().x() && part.first().y() == part.last().y();
+    return part.size() > 1 && part.first().x() == part.last().x()
+           && part.first().y() == part.last().y();
 }
 
 /// Vertices that do not just repeat the one before.
@@ -57,7 +69,9 @@ QVector<QPointF> vertices(const FeatureTable &table, OGRGeometryH part)
         const double x = OGR_G_GetX(part, i);
         const double y = OGR_G_GetY(part, i);
         if (!std::isfinite(x) || !std::isfinite(y))
-            fail(QStringLiteral("%1: vertex %2 is not finite").arg(place(table, table.rows)).arg(i + 1));
+            fail(QStringLiteral("%1: vertex %2 is not finite")
+                     .arg(place(table, table.rows))
+                     .arg(i + 1));
         points.append(QPointF(x, y));
     }
     return points;
@@ -71,8 +85,11 @@ void collect(const FeatureTable &table, OGRGeometryH geometry, ShapeKind kind, S
     if (children > 0 || OGR_G_GetPointCount(geometry) == 0)
         return;
     const QVector<QPointF> points = vertices(table, geometry);
-    // A ring of fewer than three places has no area, a line of one place no length: nothing of them would show.
-    const int needed = kind == ShapeKind::Polygons ? (isClosed(points) ? 4 : 3) : kind == ShapeKind::Lines ? 2 : 1;
+    // A ring of fewer than three places has no area, a line of one place no length: nothing of them
+    // would show.
+    const int needed = kind == ShapeKind::Polygons ? (isClosed(points) ? 4 : 3)
+                       : kind == ShapeKind::Lines  ? 2
+                                                   : 1;
     if (distinct(points) >= needed)
         parts.append(points);
 }
@@ -93,16 +110,20 @@ void takeShape(FeatureTable &table, OGRGeometryH geometry)
     const ShapeKind kind = kindOf(geometry);
     if (kind == ShapeKind::None)
         fail(QStringLiteral("%1: a %2 cannot be an object of a geography")
-                 .arg(place(table, table.rows), QString::fromLatin1(OGR_G_GetGeometryName(geometry)).toLower()));
+                 .arg(place(table, table.rows),
+                      QString::fromLatin1(OGR_G_GetGeometryName(geometry)).toLower()));
     if (table.shapeKind != ShapeKind::None && table.shapeKind != kind)
         fail(QStringLiteral("%1: %2 among shapes of another kind; the first shape was %3")
-                 .arg(place(table, table.rows), QLatin1String(nameOf(kind)), QLatin1String(nameOf(table.shapeKind))));
+                 .arg(place(table, table.rows), QLatin1String(nameOf(kind)),
+                      QLatin1String(nameOf(table.shapeKind))));
     table.shapeKind = kind;
     ShapeParts parts;
     collect(table, geometry, kind, parts);
     if (kind == ShapeKind::Points && parts.size() > 1)
-        fail(QStringLiteral("%1: %2 points in one object; an object of a point geography is one place")
-                 .arg(place(table, table.rows)).arg(parts.size()));
+        fail(QStringLiteral(
+                 "%1: %2 points in one object; an object of a point geography is one place")
+                 .arg(place(table, table.rows))
+                 .arg(parts.size()));
     table.shapes.append(parts);
 }
 

@@ -86,9 +86,12 @@ ValueKind widest(ValueKind a, ValueKind b)
 const char *kindName(ValueKind kind)
 {
     switch (kind) {
-    case ValueKind::Integer: return "integer";
-    case ValueKind::Decimal: return "decimal";
-    default: return "text";
+    case ValueKind::Integer:
+        return "integer";
+    case ValueKind::Decimal:
+        return "decimal";
+    default:
+        return "text";
     }
 }
 

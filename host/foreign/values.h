@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: MIT
 /// What the cells of a column mean: decimal numbers, 32-bit integers or texts.
 #pragma once
+#include "foreign/featureTable.h"
 #include <optional>
 #include <string_view>
-#include "foreign/featureTable.h"
 
 namespace meridor {
 
 // Blanks around a number are left out of account; a point is the decimal point.
 /// Nothing for a text that is no finite number.
 std::optional<double> toDecimal(std::string_view text);
-/// Nothing for what is no plain integer of 32 bits; texts with leading zeros are codes, not numbers.
+/// Nothing for what is no plain integer of 32 bits; texts with leading zeros are codes, not
+/// numbers.
 std::optional<int> toInteger(std::string_view text);
 
-/// The narrowest kind that holds every cell that is not missing; nothing when there is none to look at.
+/// The narrowest kind that holds every cell that is not missing; nothing when there is none to look
+/// at.
 std::optional<ValueKind> recogniseKind(const Column &column);
 /// The kind of both.
 ValueKind widest(ValueKind a, ValueKind b);

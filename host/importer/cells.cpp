@@ -29,20 +29,23 @@ void refuseMixture(const QString &name, const QVector<CellColumn> &columns)
         }
     }
     if (numbers && textColumn)
-        fail(QStringLiteral("%1: \"%2\" is no number (--missing \"%2\" if it stands for none, --type %3=text to keep texts)")
+        fail(QStringLiteral("%1: \"%2\" is no number (--missing \"%2\" if it stands for none, "
+                            "--type %3=text to keep texts)")
                  .arg(textColumn->place(textRow), textColumn->cells().cells[textRow], name));
 }
 
 } // namespace
 
-ValueKind kindOfDataset(const ImportPlan &plan, const QString &name, const QVector<CellColumn> &columns, bool measured)
+ValueKind kindOfDataset(const ImportPlan &plan, const QString &name,
+                        const QVector<CellColumn> &columns, bool measured)
 {
     for (const QString &type : plan.options.types) {
         if (type.section(QLatin1Char('='), 0, 0) != name)
             continue;
         const auto kind = kindOfName(type.section(QLatin1Char('='), 1));
         if (!kind)
-            failUsage(QStringLiteral("--type %1: write NAME=decimal, NAME=integer or NAME=text").arg(type));
+            failUsage(QStringLiteral("--type %1: write NAME=decimal, NAME=integer or NAME=text")
+                          .arg(type));
         return *kind;
     }
     std::optional<ValueKind> kind;

@@ -15,10 +15,11 @@ struct CellColumn {
 };
 
 /// The kind of a dataset made of these columns: what --type says, else what all cells allow.
-/// @param measured  numbers are expected: a lone text among numbers is an error that names its row, not a reason to
+/// @param measured  numbers are expected: a lone text among numbers is an error that names its row,
+/// not a reason to
 ///                  keep all of them as text.
-ValueKind kindOfDataset(const ImportPlan &plan, const QString &name, const QVector<CellColumn> &columns,
-                        bool measured);
+ValueKind kindOfDataset(const ImportPlan &plan, const QString &name,
+                        const QVector<CellColumn> &columns, bool measured);
 
 /// The cell as a T (int, double, QString). Raises a Failure that names the place when it is none.
 template <class T> T valueOf(const CellColumn &column, int row);

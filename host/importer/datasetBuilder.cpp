@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "importer/datasetBuilder.h"
-#include <QPair>
-#include <QSet>
-#include <algorithm>
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
 #include "failure.h"
 #include "importer/cells.h"
+#include "importer/observations.h"
 #include "model.h"
+#include <QPair>
+#include <QSet>
+#include <algorithm>
 
 namespace meridor {
 namespace {
@@ -17,9 +18,12 @@ namespace {
 DataType dataType(ValueKind kind)
 {
     switch (kind) {
-    case ValueKind::Integer: return IntegerType;
-    case ValueKind::Decimal: return DecimalType;
-    default: return StringType;
+    case ValueKind::Integer:
+        return IntegerType;
+    case ValueKind::Decimal:
+        return DecimalType;
+    default:
+        return StringType;
     }
 }
 
@@ -27,9 +31,15 @@ DataType dataType(ValueKind kind)
 template <class Visit> void visitKind(ValueKind kind, Visit visit)
 {
     switch (kind) {
-    case ValueKind::Integer: visit(int()); break;
-    case ValueKind::Decimal: visit(double()); break;
-    case ValueKind::Text: visit(QString()); break;
+    case ValueKind::Integer:
+        visit(int());
+        break;
+    case ValueKind::Decimal:
+        visit(double());
+        break;
+    case ValueKind::Text:
+        visit(QString());
+        break;
     }
 }
 
@@ -59,14 +69,12 @@ public:
 private:
     int objectCount() const { return mPlan.objects.size(); }
 
-    void stepDone()
-    {
-        mProgress(static_cast<int>(100LL * qMin(++mDone, mSteps) / mSteps));
-    }
+    void stepDone() { mProgress(static_cast<int>(100LL * qMin(++mDone, mSteps) / mSteps)); }
 
     int create(const QString &name, StorageType storage, ValueKind kind)
     {
-        const int id = VORN_NewVectorDataset(mGeography, name, storage, dataType(kind), 1, QString());
+        const int id =
+            VORN_NewVectorDataset(mGeography, name, storage, dataType(kind), 1, QString());
         if (id < 0)
             fail(QStringLiteral("dataset %1 could not be made").arg(name));
         mIds.append(id);
@@ -77,8 +85,7 @@ private:
     template <class T> void fillStatic(int id, const QVector<T> &values, const QSet<int> &missing)
     {
         datasetOf(id)->SetStatic(true);
-        if (missing.size() < values.size())
-            VORN_AddDataValues(id, 0, Interval{0, 0, true, true}, values, missing, true, false);
+        addSlice(id, Interval{0, 0, true, true}, values, missing);
     }
 
     void addKey()
@@ -100,10 +107,12 @@ private:
     /// True when every object has one value for good, whatever its number of shapes.
     bool isConstant(const Column &column) const
     {
-        return std::all_of(mPlan.objects.begin(), mPlan.objects.end(), [&](const ObjectRows &object) {
-            return std::all_of(object.rows.begin(), object.rows.end(),
-                               [&](int row) { return column.cells.same(row, object.rows.first()); });
-        });
+        return std::all_of(
+            mPlan.objects.begin(), mPlan.objects.end(), [&](const ObjectRows &object) {
+                return std::all_of(object.rows.begin(), object.rows.end(), [&](int row) {
+                    return column.cells.same(row, object.rows.first());
+                });
+            });
     }
 
     void addAttribute(int index)
@@ -145,8 +154,7 @@ private:
             for (const int row : mPlan.objects[i].rows)
                 if (!column.cells().cells.isMissing(row))
                     values.append(qMakePair(mPlan.rowSpans[row], valueOf<T>(column, row)));
-            if (!values.isEmpty())
-                VORN_AddDataValues(id, 0, static_cast<unsigned int>(i), values, true, false);
+            addSeriesOf(id, i, values);
         }
     }
 
@@ -159,11 +167,13 @@ private:
     {
         QVector<Slice> result;
         for (const SeriesStep &step : spec.steps) {
-            const auto when = step.end.isEmpty() ? mPlan.axis.span(step.start) : mPlan.axis.span(step.start, step.end);
+            const auto when = step.end.isEmpty() ? mPlan.axis.span(step.start)
+                                                 : mPlan.axis.span(step.start, step.end);
             result.append({step.column, *when});
         }
-        std::stable_sort(result.begin(), result.end(),
-                         [](const Slice &a, const Slice &b) { return a.when.startTime < b.when.startTime; });
+        std::stable_sort(result.begin(), result.end(), [](const Slice &a, const Slice &b) {
+            return a.when.startTime < b.when.startTime;
+        });
         for (int i = 1; i < result.size(); ++i)
             if (TimeStamp(result[i - 1].when).overlaps(TimeStamp(result[i].when)))
                 fail(QStringLiteral("series %1: fields %2 and %3 hold at the same time")
@@ -180,7 +190,9 @@ private:
         const ValueKind kind = kindOfDataset(mPlan, spec.name, columns, true);
         const int id = create(spec.name, TimeSlice, kind);
         for (const Slice &slice : slices(spec)) {
-            visitKind(kind, [&](auto type) { fillSlice<decltype(type)>(id, {&mPlan.map, slice.column}, slice.when); });
+            visitKind(kind, [&](auto type) {
+                fillSlice<decltype(type)>(id, {&mPlan.map, slice.column}, slice.when);
+            });
             stepDone();
         }
         finish(id);
@@ -197,8 +209,7 @@ private:
             else
                 values[i] = valueOf<T>(column, row);
         }
-        if (missing.size() < values.size())
-            VORN_AddDataValues(id, 0, when, values, missing, true, false);
+        addSlice(id, when, values, missing);
     }
 
     /// The rows of one object must agree on a value of one time.
@@ -211,7 +222,8 @@ private:
                 continue;
             if (found >= 0 && !cells.same(found, row))
                 fail(QStringLiteral("%1: object %2 has %3 here and %4 in row %5")
-                         .arg(column.place(row), object.key, cells[row], cells[found]).arg(found + 1));
+                         .arg(column.place(row), object.key, cells[row], cells[found])
+                         .arg(found + 1));
             found = row;
         }
         return found;
@@ -222,78 +234,39 @@ private:
         const CellColumn column{&mPlan.observations, spec.value};
         const ValueKind kind = kindOfDataset(mPlan, spec.name, {column}, true);
         const int id = create(spec.name, TimeSeries, kind);
-        const QVector<QVector<int>> rows = observationRows(spec);
+        const auto observations = observationsOf(mPlan, spec);
         visitKind(kind, [&](auto type) {
             using T = decltype(type);
             for (int i = 0; i < objectCount(); ++i) {
                 QVector<QPair<Interval, T>> values;
-                for (int k = 0; k < rows[i].size(); ++k)
-                    if (!column.cells().cells.isMissing(rows[i][k]))
-                        values.append(qMakePair(observationSpan(spec, rows[i], k), valueOf<T>(column, rows[i][k])));
-                refuseOverlap(spec, rows[i], values);
-                if (!values.isEmpty())
-                    VORN_AddDataValues(id, 0, static_cast<unsigned int>(i), values, true, false);
+                for (const Observation &observation : observations[i])
+                    values.append(qMakePair(observation.when, valueOf<T>(column, observation.row)));
+                addSeriesOf(id, i, values);
             }
         });
         finish(id);
         stepDone();
     }
 
-    /// For each object its rows of the table in the order of time.
-    QVector<QVector<int>> observationRows(const ObservationSpec &spec) const
+    template <class T>
+    void addSlice(int id, const Interval &when, const QVector<T> &values, const QSet<int> &missing)
     {
-        const FeatureTable &table = mPlan.observations;
-        const Column &starts = table.columns[spec.start];
-        QVector<QVector<int>> rows(objectCount());
-        for (int row = 0; row < table.rows; ++row) {
-            const int object = mPlan.objectOf.value(table.columns[mPlan.observationKey].cells[row], -1);
-            if (object < 0)
-                continue;
-            if (starts.cells.isMissing(row))
-                fail(QStringLiteral("%1: no time").arg(place(table, starts, row)));
-            rows[object].append(row);
-        }
-        QVector<qint64> times(table.rows);
-        for (QVector<int> &own : rows) {
-            for (const int row : own)
-                times[row] = startOf(spec, row);
-            std::stable_sort(own.begin(), own.end(), [&times](int a, int b) { return times[a] < times[b]; });
-        }
-        return rows;
-    }
-
-    qint64 startOf(const ObservationSpec &spec, int row) const
-    {
-        return mPlan.axis.span(mPlan.observations.columns[spec.start].cells[row])->startTime;
-    }
-
-    Interval observationSpan(const ObservationSpec &spec, const QVector<int> &rows, int position) const
-    {
-        const FeatureTable &table = mPlan.observations;
-        const int row = rows[position];
-        const QString start = table.columns[spec.start].cells[row];
-        if (spec.end == ObservationSpec::kUntilNext) {
-            const qint64 from = startOf(spec, row);
-            const qint64 to = position + 1 < rows.size() ? startOf(spec, rows[position + 1]) : from;
-            return {from, to, true, from == to};
-        }
-        if (spec.end < 0 || table.columns[spec.end].cells.isMissing(row))
-            return *mPlan.axis.span(start);
-        const auto span = mPlan.axis.span(start, table.columns[spec.end].cells[row]);
-        if (!span)
-            fail(QStringLiteral("%1: the end lies before the start").arg(place(table, table.columns[spec.end], row)));
-        return *span;
+        if (missing.size() < values.size())
+            requireStored(id, VORN_AddDataValues(id, 0, when, values, missing, true, false));
     }
 
     template <class T>
-    void refuseOverlap(const ObservationSpec &spec, const QVector<int> &rows, const QVector<QPair<Interval, T>> &values) const
+    void addSeriesOf(int id, int object, const QVector<QPair<Interval, T>> &values)
     {
-        for (int k = 1; k < values.size(); ++k)
-            if (TimeStamp(values[k - 1].first).overlaps(TimeStamp(values[k].first)))
-                fail(QStringLiteral("%1: object %2 has two values of %3 at %4")
-                         .arg(mPlan.observations.file,
-                              mPlan.observations.columns[mPlan.observationKey].cells[rows.first()], spec.name,
-                              mPlan.axis.show(values[k].first.startTime)));
+        if (!values.isEmpty())
+            requireStored(id, VORN_AddDataValues(id, 0, static_cast<unsigned int>(object), values,
+                                                 true, false));
+    }
+
+    static void requireStored(int id, bool stored)
+    {
+        if (!stored)
+            fail(QStringLiteral("dataset %1 does not take its values").arg(datasetName(id)));
     }
 
     void finish(int id)
@@ -312,7 +285,8 @@ private:
 
 } // namespace
 
-QVector<int> buildDatasets(const ImportPlan &plan, int geography, const std::function<void(int)> &progress)
+QVector<int> buildDatasets(const ImportPlan &plan, int geography,
+                           const std::function<void(int)> &progress)
 {
     const QVector<int> ids = DatasetBuilder(plan, geography, progress).build();
     if (!plan.timed)

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "importer/geographyBuilder.h"
-#include <QFileInfo>
-#include <QRectF>
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "failure.h"
+#include <QFileInfo>
+#include <QRectF>
 
 namespace meridor {
 namespace {
@@ -55,9 +55,12 @@ QList<QList<QPointF>> asLists(const ShapeParts &shape)
 bool addShape(unsigned int chain, ShapeKind kind, const ShapeParts &shape, const Interval &when)
 {
     switch (kind) {
-    case ShapeKind::Points: return VORN_AddPointToChain(chain, shape.first().first(), when);
-    case ShapeKind::Lines: return VORN_AddLineToChain(chain, asLists(shape), when);
-    default: return VORN_AddPolygonToChain(chain, asLists(shape), when);
+    case ShapeKind::Points:
+        return VORN_AddPointToChain(chain, shape.first().first(), when);
+    case ShapeKind::Lines:
+        return VORN_AddLineToChain(chain, asLists(shape), when);
+    default:
+        return VORN_AddPolygonToChain(chain, asLists(shape), when);
     }
 }
 
@@ -70,7 +73,8 @@ void addObject(const ImportPlan &plan, const ObjectRows &object)
         const ShapeParts &shape = plan.map.shapes[row];
         if (shape.isEmpty())
             continue;
-        if (!addShape(static_cast<unsigned int>(chain), plan.map.shapeKind, shape, plan.rowSpans[row]))
+        if (!addShape(static_cast<unsigned int>(chain), plan.map.shapeKind, shape,
+                      plan.rowSpans[row]))
             fail(QStringLiteral("%1: the shape of object %2 is no shape of a geography")
                      .arg(place(plan.map, row), object.key));
     }
@@ -78,7 +82,8 @@ void addObject(const ImportPlan &plan, const ObjectRows &object)
 
 QString history(const ImportPlan &plan)
 {
-    return QStringLiteral("Imported from %1, layer %2").arg(QFileInfo(plan.map.file).fileName(), plan.map.layer);
+    return QStringLiteral("Imported from %1, layer %2")
+        .arg(QFileInfo(plan.map.file).fileName(), plan.map.layer);
 }
 
 } // namespace
@@ -100,7 +105,8 @@ int buildGeography(const ImportPlan &plan, const std::function<void(int)> &progr
     progress(95);
     const QString name = plan.options.name.isEmpty() ? plan.map.layer : plan.options.name;
     guard.finished();
-    const int id = VORN_FinishVectorGeography(VORN_GetUniqueGeographyName(name), history(plan), plan.axis.format());
+    const int id = VORN_FinishVectorGeography(VORN_GetUniqueGeographyName(name), history(plan),
+                                              plan.axis.format());
     if (id < 0)
         fail(QStringLiteral("%1: the geography could not be made").arg(plan.map.file));
     progress(100);

@@ -9,24 +9,24 @@ namespace meridor {
 struct ImportOptions {
     QString map;
     QString layer;
-    QString name;               ///< of the geography; empty: the layer's
-    QString key;                ///< field that names the objects; empty: their row
-    QString start;              ///< fields of a row's existence
-    QString end;                ///< a field, or "next": up to the object's next row
+    QString name;  ///< of the geography; empty: the layer's
+    QString key;   ///< field that names the objects; empty: their row
+    QString start; ///< fields of a row's existence
+    QString end;   ///< a field, or "next": up to the object's next row
     QString xColumn;
     QString yColumn;
     QString projection;
-    bool attributes = true;     ///< further fields become datasets ...
-    QStringList fields;         ///< ... these alone when any is named
-    QStringList tables;         ///< files whose columns are added to the map's by key
-    QStringList series;         ///< NAME=COLUMNS
-    QString observations;       ///< a table with a row for each observation
-    QStringList observed;       ///< NAME=VALUE@START[/END], columns of that table
-    QStringList types;          ///< NAME=decimal|integer|text
+    bool attributes = true; ///< further fields become datasets ...
+    QStringList fields;     ///< ... these alone when any is named
+    QStringList tables;     ///< files whose columns are added to the map's by key
+    QStringList series;     ///< NAME=COLUMNS
+    QString observations;   ///< a table with a row for each observation
+    QStringList observed;   ///< NAME=VALUE@START[/END], columns of that table
+    QStringList types;      ///< NAME=decimal|integer|text
     QStringList missing;
-    QString times;              ///< "auto", "date", "date-time" or "number"
-    double snap = 0;            ///< tolerance of contiguity, in map units; 0: rounding slack alone
-    bool strict = false;        ///< keys without a partner are a failure
+    QString times;       ///< "auto", "date", "date-time" or "number"
+    double snap = 0;     ///< tolerance of contiguity, in map units; 0: rounding slack alone
+    bool strict = false; ///< keys without a partner are a failure
 };
 
 } // namespace meridor

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "importer/importPlan.h"
-#include <QSet>
 #include "failure.h"
 #include "foreign/ogrReader.h"
 #include "importer/timeline.h"
+#include <QSet>
 
 namespace meridor {
 namespace {
@@ -34,7 +34,8 @@ void readMap(ImportPlan &plan, const std::function<void(int)> &progress)
     if (plan.map.rows == 0)
         fail(plan.map.file + QStringLiteral(": holds no rows"));
     if (plan.map.shapeKind == ShapeKind::None)
-        fail(plan.map.file + QStringLiteral(": holds no shapes; points of a table are named with --x and --y"));
+        fail(plan.map.file
+             + QStringLiteral(": holds no shapes; points of a table are named with --x and --y"));
     if (!plan.options.key.isEmpty())
         plan.keyColumn = requireColumn(plan.map, plan.options.key);
 }
@@ -78,7 +79,8 @@ void readObservations(ImportPlan &plan)
     if (plan.options.observations.isEmpty())
         return;
     if (plan.keyColumn < 0)
-        failUsage(QStringLiteral("--observations needs --key: rows are found by the objects' keys"));
+        failUsage(
+            QStringLiteral("--observations needs --key: rows are found by the objects' keys"));
     plan.observations = readFeatures(plan.options.observations, tableOptions(plan.options));
     plan.observationKey = keyColumnOf(plan.observations, plan.options.key);
     for (const QString &text : plan.options.observed)
@@ -104,7 +106,8 @@ void readObservations(ImportPlan &plan)
 void chooseAttributes(ImportPlan &plan)
 {
     QSet<int> used{plan.keyColumn};
-    for (const QString &name : {plan.options.start, plan.options.end, plan.options.xColumn, plan.options.yColumn})
+    for (const QString &name :
+         {plan.options.start, plan.options.end, plan.options.xColumn, plan.options.yColumn})
         used.insert(plan.map.indexOf(name));
     for (const SeriesSpec &spec : plan.series)
         for (const SeriesStep &step : spec.steps)
@@ -143,7 +146,8 @@ void checkNames(const ImportPlan &plan)
 
 } // namespace
 
-ImportPlan makePlan(const ImportOptions &options, const Console &console, const std::function<void(int)> &progress)
+ImportPlan makePlan(const ImportOptions &options, const Console &console,
+                    const std::function<void(int)> &progress)
 {
     ImportPlan plan;
     plan.options = options;

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
-/// Everything about an import that can be known before the model is touched: files read, columns found, objects
-/// grouped, times resolved. A plan that stands is a plan whose geography can be built.
+/// Everything about an import that can be known before the model is touched: files read, columns
+/// found, objects grouped, times resolved. A plan that stands is a plan whose geography can be
+/// built.
 #pragma once
-#include <QHash>
-#include <functional>
 #include "console.h"
 #include "foreign/featureTable.h"
 #include "importer/importOptions.h"
 #include "importer/join.h"
 #include "importer/seriesSpec.h"
 #include "times.h"
+#include <QHash>
+#include <functional>
 
 namespace meridor {
 
@@ -25,21 +26,23 @@ struct ImportPlan {
     FeatureTable observations;
     QVector<SeriesSpec> series;
     QVector<ObservationSpec> observed;
-    QVector<int> attributes;  ///< columns of the map that become datasets
+    QVector<int> attributes; ///< columns of the map that become datasets
     int keyColumn = -1;
     int observationKey = -1;
-    QVector<ObjectRows> objects; ///< in the order of first appearance: their indices in the geography
+    QVector<ObjectRows>
+        objects; ///< in the order of first appearance: their indices in the geography
     QHash<QString, int> objectOf;
 
-    bool timed = false;          ///< false: nothing changes, and there is no time
+    bool timed = false; ///< false: nothing changes, and there is no time
     TimeAxis axis{TF_Integer};
-    Interval hull;               ///< all times that the files name
-    QVector<Interval> rowSpans;  ///< when each row of the map holds
+    Interval hull;              ///< all times that the files name
+    QVector<Interval> rowSpans; ///< when each row of the map holds
     QVector<Unmatched> unmatched;
 };
 
 /// Reads the files. `progress` is told 0 to 100 and raises to stop.
 /// Raises a Failure that names the file, the field and the row.
-ImportPlan makePlan(const ImportOptions &options, const Console &console, const std::function<void(int)> &progress);
+ImportPlan makePlan(const ImportOptions &options, const Console &console,
+                    const std::function<void(int)> &progress);
 
 } // namespace meridor

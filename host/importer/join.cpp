@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "importer/join.h"
+#include "failure.h"
 #include <QHash>
 #include <QSet>
-#include "failure.h"
 
 namespace meridor {
 namespace {
@@ -16,7 +16,8 @@ QHash<QString, int> rowsByKey(const FeatureTable &table, const Column &keys)
             fail(QStringLiteral("%1: no key").arg(place(table, keys, row)));
         if (rows.contains(key))
             fail(QStringLiteral("%1: key %2 stands in row %3 already")
-                     .arg(place(table, keys, row), key).arg(rows[key] + 1));
+                     .arg(place(table, keys, row), key)
+                     .arg(rows[key] + 1));
         rows.insert(key, row);
     }
     return rows;
@@ -52,7 +53,8 @@ Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const C
     if (table.rows == 0)
         fail(table.file + QStringLiteral(": holds no rows"));
     if (unmatched.tableKeys.size() == table.rows)
-        fail(QStringLiteral("%1: no key in field %2 is one of the map's; the first is %3, the map's first %4")
+        fail(QStringLiteral(
+                 "%1: no key in field %2 is one of the map's; the first is %3, the map's first %4")
                  .arg(table.file, table.columns[tableKey].name, table.columns[tableKey].cells[0],
                       map.columns[mapKey].cells[0]));
 
@@ -61,13 +63,15 @@ Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const C
             continue;
         const Column &source = table.columns[c];
         if (map.indexOf(source.name) >= 0) {
-            console.note(QStringLiteral("%1: field %2 is there already and is left out").arg(table.file, source.name));
+            console.note(QStringLiteral("%1: field %2 is there already and is left out")
+                             .arg(table.file, source.name));
             continue;
         }
         Column column{source.name, source.typed, source.kind, {}, table.file, partner};
         for (const int row : partner) {
             const std::string_view cell = row < 0 ? std::string_view() : source.cells.view(row);
-            column.cells.append(QByteArray::fromRawData(cell.data(), static_cast<int>(cell.size())));
+            column.cells.append(
+                QByteArray::fromRawData(cell.data(), static_cast<int>(cell.size())));
         }
         map.columns.append(column);
     }

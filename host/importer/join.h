@@ -17,9 +17,9 @@ struct Unmatched {
 /// The column of `table` that holds the keys: the one of that name, else its first.
 int keyColumnOf(const FeatureTable &table, const QString &key);
 
-/// Appends the table's other columns to the map's, each row's cells found by key; a row without a partner misses them.
-/// A name that the map has already is left out with a note. Raises a Failure for a key that stands twice in the
-/// table, and when no key matches at all.
+/// Appends the table's other columns to the map's, each row's cells found by key; a row without a
+/// partner misses them. A name that the map has already is left out with a note. Raises a Failure
+/// for a key that stands twice in the table, and when no key matches at all.
 Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const Console &console);
 
 } // namespace meridor

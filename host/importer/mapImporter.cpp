@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "importer/mapImporter.h"
-#include <algorithm>
 #include "failure.h"
 #include "hostController.h"
 #include "importer/datasetBuilder.h"
 #include "importer/geographyBuilder.h"
 #include "model.h"
+#include <algorithm>
 
 namespace meridor {
 namespace {
@@ -15,35 +15,52 @@ void tell(const ImportPlan &plan, const ImportReport &report, const Console &con
     for (const Unmatched &keys : report.unmatched) {
         if (!keys.tableKeys.isEmpty())
             console.note(QStringLiteral("%1: %2 keys that no object has: %3")
-                             .arg(keys.table).arg(keys.tableKeys.size()).arg(someOf(keys.tableKeys)));
+                             .arg(keys.table)
+                             .arg(keys.tableKeys.size())
+                             .arg(someOf(keys.tableKeys)));
         if (!keys.objectKeys.isEmpty())
-            console.note(QStringLiteral("%1: %2 objects without a row, their values are missing: %3")
-                             .arg(keys.table).arg(keys.objectKeys.size()).arg(someOf(keys.objectKeys)));
+            console.note(
+                QStringLiteral("%1: %2 objects without a row, their values are missing: %3")
+                    .arg(keys.table)
+                    .arg(keys.objectKeys.size())
+                    .arg(someOf(keys.objectKeys)));
     }
     if (!report.withoutShape.isEmpty())
         console.note(QStringLiteral("%1: %2 objects without a shape, they exist at no time: %3")
-                         .arg(plan.map.file).arg(report.withoutShape.size()).arg(someOf(report.withoutShape)));
+                         .arg(plan.map.file)
+                         .arg(report.withoutShape.size())
+                         .arg(someOf(report.withoutShape)));
     if (report.nearVertices.count == 0)
         return;
     const QString distance = exactNumber(report.nearVertices.distance);
     if (plan.options.snap > 0)
-        console.note(QStringLiteral("%1 vertices lie within the tolerance of %2 of others without being the same: "
-                                    "borders there count as one").arg(report.nearVertices.count).arg(distance));
+        console.note(
+            QStringLiteral(
+                "%1 vertices lie within the tolerance of %2 of others without being the same: "
+                "borders there count as one")
+                .arg(report.nearVertices.count)
+                .arg(distance));
     else
-        console.note(QStringLiteral("%1 vertices lie within %2 of others without being the same: borders there may not "
-                                    "count as common (--snap %2)").arg(report.nearVertices.count).arg(distance));
+        console.note(
+            QStringLiteral(
+                "%1 vertices lie within %2 of others without being the same: borders there may not "
+                "count as common (--snap %2)")
+                .arg(report.nearVertices.count)
+                .arg(distance));
 }
 
 void refuseUnmatched(const ImportPlan &plan)
 {
     for (const Unmatched &keys : plan.unmatched)
         if (plan.options.strict && keys.any())
-            fail(QStringLiteral("%1: keys do not match: %2").arg(keys.table, someOf(keys.tableKeys + keys.objectKeys)));
+            fail(QStringLiteral("%1: keys do not match: %2")
+                     .arg(keys.table, someOf(keys.tableKeys + keys.objectKeys)));
 }
 
 } // namespace
 
-ImportReport importMap(const ImportOptions &options, const Console &console, const Progress &progress)
+ImportReport importMap(const ImportOptions &options, const Console &console,
+                       const Progress &progress)
 {
     progress.report(0, "Reading files...");
     const ImportPlan plan = makePlan(options, console, progress.part(0, 30));
@@ -55,8 +72,9 @@ ImportReport importMap(const ImportOptions &options, const Console &console, con
     report.objects = plan.objects.size();
     report.unmatched = plan.unmatched;
     for (const ObjectRows &object : plan.objects) {
-        const auto shapes = std::count_if(object.rows.begin(), object.rows.end(),
-                                          [&plan](int row) { return !plan.map.shapes[row].isEmpty(); });
+        const auto shapes = std::count_if(object.rows.begin(), object.rows.end(), [&plan](int row) {
+            return !plan.map.shapes[row].isEmpty();
+        });
         report.shapes += static_cast<int>(shapes);
         if (shapes == 0)
             report.withoutShape.append(object.key);

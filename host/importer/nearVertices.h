@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Vertices that are nearly but not quite the same: borders that a map shows as one line and that are two.
+/// Vertices that are nearly but not quite the same: borders that a map shows as one line and that
+/// are two.
 #pragma once
 #include "foreign/featureTable.h"
 
@@ -10,7 +11,8 @@ struct NearVertices {
     int count = 0;       ///< vertices that have such a neighbour
 };
 
-/// @param tolerance  in map units; at least a hundred-millionth of the extent is looked at. O(n log n) for n vertices.
+/// @param tolerance  in map units; at least a hundred-millionth of the extent is looked at. O(n log
+/// n) for n vertices.
 NearVertices countNearVertices(const QVector<ShapeParts> &shapes, double tolerance);
 
 } // namespace meridor

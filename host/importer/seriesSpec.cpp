@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "importer/seriesSpec.h"
-#include <QRegularExpression>
 #include "console.h"
 #include "failure.h"
 #include "times.h"
+#include <QRegularExpression>
 
 namespace meridor {
 namespace {
 
 [[noreturn]] void badSeries(const QString &text)
 {
-    failUsage(QStringLiteral("\"%1\" is no series: write NAME=FIRST..LAST, NAME=PREFIX* or NAME=COLUMN@TIME,...")
-                  .arg(text));
+    failUsage(
+        QStringLiteral(
+            "\"%1\" is no series: write NAME=FIRST..LAST, NAME=PREFIX* or NAME=COLUMN@TIME,...")
+            .arg(text));
 }
 
 QPair<QString, QString> splitName(const QString &text)
@@ -25,8 +27,8 @@ QPair<QString, QString> splitName(const QString &text)
 /// The time at the end of a column's name: "1929", "pop_1990", "t2005-06-08".
 QString timeAtEnd(const FeatureTable &table, int column)
 {
-    static const QRegularExpression pattern(
-        QStringLiteral("(?:^|\\D)(\\d{4}-\\d{2}(?:-\\d{2})?(?:T\\d{2}:\\d{2}(?::\\d{2})?Z?)?|\\d+)$"));
+    static const QRegularExpression pattern(QStringLiteral(
+        "(?:^|\\D)(\\d{4}-\\d{2}(?:-\\d{2})?(?:T\\d{2}:\\d{2}(?::\\d{2})?Z?)?|\\d+)$"));
     const auto match = pattern.match(table.columns[column].name);
     if (!match.hasMatch())
         fail(QStringLiteral("%1: the name of field %2 ends in no time; write %2@TIME")
@@ -34,7 +36,8 @@ QString timeAtEnd(const FeatureTable &table, int column)
     return match.captured(1);
 }
 
-void addRange(const FeatureTable &table, const QString &first, const QString &last, SeriesSpec &spec)
+void addRange(const FeatureTable &table, const QString &first, const QString &last,
+              SeriesSpec &spec)
 {
     const int from = requireColumn(table, first);
     const int to = requireColumn(table, last);
@@ -51,14 +54,16 @@ void addPattern(const FeatureTable &table, const QString &pattern, SeriesSpec &s
     const int before = spec.steps.size();
     for (int column = 0; column < table.columns.size(); ++column) {
         const QString &name = table.columns[column].name;
-        if (name.size() <= prefix.size() + suffix.size() || !name.startsWith(prefix) || !name.endsWith(suffix))
+        if (name.size() <= prefix.size() + suffix.size() || !name.startsWith(prefix)
+            || !name.endsWith(suffix))
             continue;
         const QString time = name.mid(prefix.size(), name.size() - prefix.size() - suffix.size());
         if (recogniseTimes({time}))
             spec.steps.append({column, time, QString()});
     }
     if (spec.steps.size() == before)
-        fail(QStringLiteral("%1: no field %2 with a time in the place of *").arg(table.file, pattern));
+        fail(QStringLiteral("%1: no field %2 with a time in the place of *")
+                 .arg(table.file, pattern));
 }
 
 void addItem(const FeatureTable &table, const QString &item, SeriesSpec &spec)
@@ -87,7 +92,8 @@ int requireColumn(const FeatureTable &table, const QString &name)
 {
     const int index = table.indexOf(name);
     if (index < 0)
-        fail(QStringLiteral("%1: no field %2; there are: %3").arg(table.file, name, someOf(table.columnNames())));
+        fail(QStringLiteral("%1: no field %2; there are: %3")
+                 .arg(table.file, name, someOf(table.columnNames())));
     return index;
 }
 
@@ -105,11 +111,14 @@ ObservationSpec parseObservation(const QString &text, const FeatureTable &table)
     const auto parts = splitName(text);
     const int at = parts.second.lastIndexOf(QLatin1Char('@'));
     if (at < 1)
-        failUsage(QStringLiteral("\"%1\" is no observation: write NAME=VALUE@START or NAME=VALUE@START/END, "
-                                 "all three fields of the table").arg(text));
+        failUsage(QStringLiteral(
+                      "\"%1\" is no observation: write NAME=VALUE@START or NAME=VALUE@START/END, "
+                      "all three fields of the table")
+                      .arg(text));
     const QString start = parts.second.mid(at + 1).section(QLatin1Char('/'), 0, 0);
     const QString end = parts.second.mid(at + 1).section(QLatin1Char('/'), 1);
-    ObservationSpec spec{parts.first, requireColumn(table, parts.second.left(at)), requireColumn(table, start), -1};
+    ObservationSpec spec{parts.first, requireColumn(table, parts.second.left(at)),
+                         requireColumn(table, start), -1};
     if (!end.isEmpty()) {
         const bool untilNext = end == QLatin1String("next") && table.indexOf(end) < 0;
         spec.end = untilNext ? ObservationSpec::kUntilNext : requireColumn(table, end);

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 /// The little language that says which columns are a dataset over time.
 ///
-///     income=1929..2009                 every column from 1929 to 2009, each of the time its name ends in
-///     births=BIR*                       every column BIR and a time
+///     income=1929..2009                 every column from 1929 to 2009, each of the time its name
+///     ends in births=BIR*                       every column BIR and a time
 ///     births=BIR74@1974-07-01/1978-06-30,BIR79@1979-07-01/1984-06-30
-///     wind=wind_kt@time                 of a table of observations: value, start (and /end) columns
+///     wind=wind_kt@time                 of a table of observations: value, start (and /end)
+///     columns
 #pragma once
+#include "foreign/featureTable.h"
 #include <QString>
 #include <QVector>
-#include "foreign/featureTable.h"
 
 namespace meridor {
 
@@ -23,7 +24,8 @@ struct SeriesSpec {
     QVector<SeriesStep> steps;
 };
 
-/// Raises a Failure (wrong usage for a text that is no series, failed for a column that `table` lacks).
+/// Raises a Failure (wrong usage for a text that is no series, failed for a column that `table`
+/// lacks).
 SeriesSpec parseSeries(const QString &text, const FeatureTable &table);
 
 struct ObservationSpec {

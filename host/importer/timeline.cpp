@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "importer/timeline.h"
-#include <algorithm>
 #include "failure.h"
+#include <algorithm>
 
 namespace meridor {
 namespace {
 
-constexpr Interval kNoTime{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(), true, true};
+constexpr Interval kNoTime{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(),
+                           true, true};
 
 bool isEmpty(const Interval &interval)
 {
@@ -43,7 +44,8 @@ public:
 
     void resolve()
     {
-        mPlan.timed = mStart >= 0 || mEnd >= 0 || !mPlan.series.isEmpty() || !mPlan.observed.isEmpty();
+        mPlan.timed =
+            mStart >= 0 || mEnd >= 0 || !mPlan.series.isEmpty() || !mPlan.observed.isEmpty();
         chooseFormat();
         gatherHull();
         mPlan.rowSpans.resize(mPlan.map.rows);
@@ -71,7 +73,8 @@ private:
             QSet<QString> texts;
             for (const TimeColumn &time : timeColumns())
                 for (int row = 0; row < time.table->rows; ++row)
-                    if (const QString cell = time.table->columns[time.column].cells[row]; !cell.isNull())
+                    if (const QString cell = time.table->columns[time.column].cells[row];
+                        !cell.isNull())
                         texts.insert(cell);
             for (const SeriesSpec &spec : mPlan.series)
                 for (const SeriesStep &step : spec.steps)
@@ -102,7 +105,8 @@ private:
         const auto result = mPlan.axis.span(cells.cells[row]);
         if (!result)
             fail(QStringLiteral("%1: \"%2\" is no %3")
-                     .arg(place(table, cells, row), cells.cells[row], QLatin1String(timeFormatName(mPlan.axis.format()))));
+                     .arg(place(table, cells, row), cells.cells[row],
+                          QLatin1String(timeFormatName(mPlan.axis.format()))));
         return *result;
     }
 
@@ -114,12 +118,13 @@ private:
                     widen(mHull, span(*time.table, time.column, row));
         for (const SeriesSpec &spec : mPlan.series)
             for (const SeriesStep &step : spec.steps) {
-                const auto interval =
-                    step.end.isEmpty() ? mPlan.axis.span(step.start) : mPlan.axis.span(step.start, step.end);
+                const auto interval = step.end.isEmpty() ? mPlan.axis.span(step.start)
+                                                         : mPlan.axis.span(step.start, step.end);
                 if (!interval)
                     fail(QStringLiteral("series %1, field %2: \"%3%4\" is no %5")
                              .arg(spec.name, mPlan.map.columns[step.column].name, step.start,
-                                  step.end.isEmpty() ? QString() : QString(QLatin1Char('/') + step.end),
+                                  step.end.isEmpty() ? QString()
+                                                     : QString(QLatin1Char('/') + step.end),
                                   QLatin1String(timeFormatName(mPlan.axis.format()))));
                 widen(mHull, *interval);
             }
@@ -162,8 +167,9 @@ private:
         for (const int row : object.rows)
             mPlan.rowSpans[row] = ownSpan(row);
         auto &spans = mPlan.rowSpans;
-        std::stable_sort(object.rows.begin(), object.rows.end(),
-                         [&spans](int a, int b) { return spans[a].startTime < spans[b].startTime; });
+        std::stable_sort(object.rows.begin(), object.rows.end(), [&spans](int a, int b) {
+            return spans[a].startTime < spans[b].startTime;
+        });
         if (mUntilNext)
             endWithTheNext(object);
         for (int i = 1; i < object.rows.size(); ++i)
@@ -181,7 +187,8 @@ private:
         }
     }
 
-    /// Of two shapes that share one instant, the earlier gives way; more than that cannot be one object.
+    /// Of two shapes that share one instant, the earlier gives way; more than that cannot be one
+    /// object.
     void part(const ObjectRows &object, int earlier, int later)
     {
         Interval &first = mPlan.rowSpans[earlier];
@@ -193,7 +200,10 @@ private:
         if (first.endTime >= second.startTime)
             fail(QStringLiteral("%1, rows %2 and %3: object %4 has two shapes at one time; "
                                 "--start and --end tell when each holds")
-                     .arg(mPlan.map.file).arg(qMin(earlier, later) + 1).arg(qMax(earlier, later) + 1).arg(object.key));
+                     .arg(mPlan.map.file)
+                     .arg(qMin(earlier, later) + 1)
+                     .arg(qMax(earlier, later) + 1)
+                     .arg(object.key));
     }
 
     ImportPlan &mPlan;

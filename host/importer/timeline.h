@@ -5,8 +5,9 @@
 
 namespace meridor {
 
-/// Fills `timed`, `axis`, `hull` and `rowSpans`, and puts each object's rows in the order of time. Raises a Failure for
-/// a text that is no time, an end before its start, and two shapes of one object at one time.
+/// Fills `timed`, `axis`, `hull` and `rowSpans`, and puts each object's rows in the order of time.
+/// Raises a Failure for a text that is no time, an end before its start, and two shapes of one
+/// object at one time.
 void resolveTimes(ImportPlan &plan);
 
 } // namespace meridor

@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "render/choropleth.h"
-#include <QBuffer>
-#include <QFile>
-#include <QMap>
-#include <algorithm>
-#include <cmath>
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
@@ -18,6 +13,11 @@
 #include "render/classes.h"
 #include "render/palette.h"
 #include "safeFile.h"
+#include <QBuffer>
+#include <QFile>
+#include <QMap>
+#include <algorithm>
+#include <cmath>
 
 namespace meridor {
 namespace {
@@ -28,7 +28,9 @@ constexpr int kMostNames = 12;
 class ShapeAccess {
 public:
     ShapeAccess(const HilbertTree &tree, int record)
-        : mTree(tree), mRecordId(record), mRecord(tree.CheckOutRecord(record, true)),
+        : mTree(tree),
+          mRecordId(record),
+          mRecord(tree.CheckOutRecord(record, true)),
           mObject(mRecord ? mRecord->GetTreeObject(&tree) : nullptr)
     {
     }
@@ -111,8 +113,9 @@ struct Classified {
 Classified classifyNumbers(const MapView &view, const MapStyle &style, const ValuesAt &values)
 {
     const auto method = classificationOf(style.method);
-    const QVector<double> breaks = style.allTimes ? breaksOfAll(view.dataset, method, style.classes)
-                                                          : breaksAt(view.dataset, view.time, method, style.classes);
+    const QVector<double> breaks = style.allTimes
+                                       ? breaksOfAll(view.dataset, method, style.classes)
+                                       : breaksAt(view.dataset, view.time, method, style.classes);
     Classified result;
     if (breaks.size() > 1) {
         const int decimals = decimalsFor(breaks);
@@ -132,15 +135,17 @@ Classified classifyTexts(const ValuesAt &values, const QVector<int> &existing)
         if (!values.missing.contains(object))
             ++counts[values.texts.value(object)];
     QStringList names = counts.keys();
-    std::stable_sort(names.begin(), names.end(),
-                     [&counts](const QString &a, const QString &b) { return counts[a] > counts[b]; });
+    std::stable_sort(names.begin(), names.end(), [&counts](const QString &a, const QString &b) {
+        return counts[a] > counts[b];
+    });
     const bool tooMany = names.size() > kMostNames;
     if (tooMany)
         names = names.mid(0, kMostNames - 1);
     Classified result;
     const QVector<QColor> colors = categoricalColors(names.size());
     for (int i = 0; i < names.size(); ++i)
-        result.legend.prepend({colors[i], names[i], 0}); // a legend is read from its last class down
+        result.legend.prepend(
+            {colors[i], names[i], 0}); // a legend is read from its last class down
     if (tooMany)
         result.legend.prepend({QColor(0xe8, 0xe6, 0xdf), QStringLiteral("others"), 0});
     const int last = result.legend.size() - 1;
@@ -154,8 +159,9 @@ Classified classifyTexts(const ValuesAt &values, const QVector<int> &existing)
 QString methodText(const MapStyle &style)
 {
     QString text = style.method == QLatin1String("equal") ? QStringLiteral(", equal intervals")
-        : style.method == QLatin1String("quantile")       ? QStringLiteral(", classes of equal size")
-                                                          : QStringLiteral(", natural breaks");
+                   : style.method == QLatin1String("quantile")
+                       ? QStringLiteral(", classes of equal size")
+                       : QStringLiteral(", natural breaks");
     if (style.allTimes)
         text += QStringLiteral(" of all times");
     return text;
@@ -166,15 +172,17 @@ QRectF wholeExtent(const Fennims &shapes)
 {
     const RectInT box = shapes.GetBoundingRect();
     const double room = 0.03 * std::max(box.xMax - box.xMin, box.yMax - box.yMin);
-    return QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin).adjusted(-room, -room, room, room);
+    return QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin)
+        .adjusted(-room, -room, room, room);
 }
 
-void addShapes(MapPicture &picture, const MVectorData &geography, const MapView &view, const QVector<int> &existing,
-               const QVector<int> &classes)
+void addShapes(MapPicture &picture, const MVectorData &geography, const MapView &view,
+               const QVector<int> &existing, const QVector<int> &classes)
 {
     const Fennims &shapes = *geography.GetFennims();
     for (const int object : existing) {
-        const FMObjectChain *chain = shapes.GetChainById(geography.GetFennimId(static_cast<unsigned int>(object)));
+        const FMObjectChain *chain =
+            shapes.GetChainById(geography.GetFennimId(static_cast<unsigned int>(object)));
         const ShapeAccess access(*shapes.mTree, chain->GetObservation(view.time).second);
         MapShape shape = toMapShape(access.object());
         shape.classIndex = classes.value(object, -1);
@@ -198,7 +206,8 @@ MapPicture choropleth(const MapView &view, const MapStyle &style)
     const ValuesAt values = valuesAt(view.dataset, view.time);
     const QVector<int> existing = objectsAt(id, view.time);
     if (existing.isEmpty())
-        fail(QStringLiteral("no object of %1 exists at %2").arg(geographyName(id), axis.show(view.time)));
+        fail(QStringLiteral("no object of %1 exists at %2")
+                 .arg(geographyName(id), axis.show(view.time)));
     const Classified classified =
         values.numeric ? classifyNumbers(view, style, values) : classifyTexts(values, existing);
     const Fennims &shapes = *geography->GetFennims();
@@ -210,15 +219,16 @@ MapPicture choropleth(const MapView &view, const MapStyle &style)
     picture.legendTitle = datasetName(view.dataset);
     picture.legend = classified.legend;
     picture.size = style.size;
-    picture.geographic = projection.GetProjectionName().isEmpty() && !projection.GetGeographicCSName().isEmpty();
+    picture.geographic =
+        projection.GetProjectionName().isEmpty() && !projection.GetGeographicCSName().isEmpty();
     // Places have no ground of their own: the whole extent gives it.
     if (style.allTimes || shapes.GetGeographyType() == Fennims::PointGeography)
         picture.frame = wholeExtent(shapes);
     addShapes(picture, *geography, view, existing, classified.classes);
     picture.footnote = QStringLiteral("%1 %2 of %3%4")
                            .arg(picture.shapes.size())
-                           .arg(QLatin1String(shapeName(VORN_GetGeographyProperties(id).type)), geographyName(id),
-                                values.numeric ? methodText(style) : QString());
+                           .arg(QLatin1String(shapeName(VORN_GetGeographyProperties(id).type)),
+                                geographyName(id), values.numeric ? methodText(style) : QString());
     return picture;
 }
 
@@ -228,8 +238,9 @@ void savePicture(const QImage &image, const QString &path)
         QByteArray bytes;
         QBuffer buffer(&bytes);
         QFile file(beside);
-        return buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG") && file.open(QIODevice::WriteOnly)
-            && file.write(bytes) == bytes.size() && file.flush();
+        return buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG")
+               && file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()
+               && file.flush();
     });
     if (!written)
         fail(QStringLiteral("%1: could not be written").arg(path));

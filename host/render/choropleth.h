@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// From a dataset at one time to the picture of it.
 #pragma once
-#include <QSize>
-#include <QString>
 #include "hostController.h"
 #include "render/mapPicture.h"
+#include <QSize>
+#include <QString>
 
 namespace meridor {
 
@@ -12,8 +12,9 @@ struct MapStyle {
     QString method = QStringLiteral("jenks");
     int classes = 5;
     QString palette = QStringLiteral("lagoon");
-    QString subtitle;      ///< empty: the time
-    bool allTimes = false; ///< classes and extent of all times: pictures of a series can be compared
+    QString subtitle; ///< empty: the time
+    bool allTimes =
+        false; ///< classes and extent of all times: pictures of a series can be compared
     QSize size{1600, 1000};
 };
 

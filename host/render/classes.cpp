@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "render/classes.h"
-#include <QMap>
-#include <algorithm>
 #include "datainterface/DataAPI.h"
 #include "failure.h"
 #include "interrupt.h"
 #include "model.h"
+#include <QMap>
+#include <algorithm>
 
 namespace meridor {
 namespace {
@@ -24,9 +24,10 @@ private:
 
 const QMap<QString, MDataset::ClassificationType> &methods()
 {
-    static const QMap<QString, MDataset::ClassificationType> map{{QStringLiteral("equal"), MDataset::EqualIntervals},
-                                                                 {QStringLiteral("quantile"), MDataset::Quantiles},
-                                                                 {QStringLiteral("jenks"), MDataset::Jenks}};
+    static const QMap<QString, MDataset::ClassificationType> map{
+        {QStringLiteral("equal"), MDataset::EqualIntervals},
+        {QStringLiteral("quantile"), MDataset::Quantiles},
+        {QStringLiteral("jenks"), MDataset::Jenks}};
     return map;
 }
 
@@ -46,7 +47,8 @@ ValuesAt valuesAt(int dataset, qint64 time)
     }
     if (!there) {
         const int geography = VORN_GetGeographyId(dataset);
-        fail(QStringLiteral("%1 holds no values at %2").arg(datasetName(dataset), axisOf(geography).show(time)));
+        fail(QStringLiteral("%1 holds no values at %2")
+                 .arg(datasetName(dataset), axisOf(geography).show(time)));
     }
     return values;
 }
@@ -68,7 +70,8 @@ QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, in
     if (owner->UniqueValueCount(nullptr) == 0)
         return {};
     // A class takes at least one distinct value.
-    const int wanted = method == MDataset::Jenks ? qMin(classes, owner->UniqueValueCount(nullptr)) : classes;
+    const int wanted =
+        method == MDataset::Jenks ? qMin(classes, owner->UniqueValueCount(nullptr)) : classes;
     const QVector<double> breaks = owner->GetIntervalBreaks(0, wanted + 1, method, true).toVector();
     stopIfInterrupted();
     return breaks;
@@ -77,10 +80,12 @@ QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, in
 QVector<double> breaksAt(int dataset, qint64 time, MDataset::ClassificationType method, int classes)
 {
     const ValuesAt values = valuesAt(dataset, time);
-    const int alone = VORN_NewVectorDataset(VORN_GetGeographyId(dataset), datasetName(dataset) + QStringLiteral(" alone"),
+    const int alone = VORN_NewVectorDataset(VORN_GetGeographyId(dataset),
+                                            datasetName(dataset) + QStringLiteral(" alone"),
                                             TimeSlice, DecimalType, 1, QString());
     const PassingDataset passing(alone);
-    VORN_AddDataValues(alone, 0, Interval{time, time, true, true}, values.numbers, values.missing, true, true);
+    VORN_AddDataValues(alone, 0, Interval{time, time, true, true}, values.numbers, values.missing,
+                       true, true);
     return breaksOfAll(alone, method, classes);
 }
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// Classes of a dataset's values, as a legend shows them.
 #pragma once
+#include "datainterface/MDataset.h"
 #include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
-#include "datainterface/MDataset.h"
 
 namespace meridor {
 
@@ -21,10 +21,11 @@ ValuesAt valuesAt(int dataset, qint64 time);
 MDataset::ClassificationType classificationOf(const QString &method);
 QStringList classificationNames();
 
-/// Limits of classes, ascending, one more than there are classes; of all values of the dataset, or of one time's alone.
-/// Empty without values; raises the cancel.
+/// Limits of classes, ascending, one more than there are classes; of all values of the dataset, or
+/// of one time's alone. Empty without values; raises the cancel.
 QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, int classes);
-QVector<double> breaksAt(int dataset, qint64 time, MDataset::ClassificationType method, int classes);
+QVector<double> breaksAt(int dataset, qint64 time, MDataset::ClassificationType method,
+                         int classes);
 
 /// The class of a value: the first takes its lower limit too, each its upper one. -1 outside.
 int classOf(double value, const QVector<double> &breaks);

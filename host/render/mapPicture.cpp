@@ -21,7 +21,10 @@ const QColor kGround(0xf4, 0xf6, 0xf7);
 /// Sizes follow the picture: 1 is a picture of 1600 by 1000.
 class Layout {
 public:
-    explicit Layout(const QSize &size) : mUnit(std::min(size.width() / 1600.0, size.height() / 1000.0)), mSize(size) {}
+    explicit Layout(const QSize &size)
+        : mUnit(std::min(size.width() / 1600.0, size.height() / 1000.0)), mSize(size)
+    {
+    }
     double unit(double length) const { return length * mUnit; }
     QFont font(double points, QFont::Weight weight = QFont::Normal) const
     {
@@ -39,7 +42,10 @@ public:
         return QRectF(margin(), top, mSize.width() - 3 * margin() - legendWidth(),
                       mSize.height() - top - unit(76));
     }
-    QPointF legendTopLeft() const { return QPointF(mSize.width() - margin() - legendWidth(), unit(170)); }
+    QPointF legendTopLeft() const
+    {
+        return QPointF(mSize.width() - margin() - legendWidth(), unit(170));
+    }
     QSize size() const { return mSize; }
 
 private:
@@ -72,7 +78,8 @@ QTransform fit(const MapPicture &picture, const QRectF &area)
 {
     constexpr double kRadian = 3.14159265358979323846 / 180;
     const QRectF box = picture.frame.isEmpty() ? extent(picture.shapes) : picture.frame;
-    const double squeeze = picture.geographic ? std::max(0.1, std::cos(box.center().y() * kRadian)) : 1.0;
+    const double squeeze =
+        picture.geographic ? std::max(0.1, std::cos(box.center().y() * kRadian)) : 1.0;
     const double width = std::max(box.width() * squeeze, 1e-12);
     const double height = std::max(box.height(), 1e-12);
     const double scale = std::min(area.width() / width, area.height() / height);
@@ -99,7 +106,8 @@ QColor colorOf(const MapPicture &picture, const MapShape &shape)
     return shape.classIndex < 0 ? kMissingColor : picture.legend[shape.classIndex].color;
 }
 
-void drawAreas(QPainter &painter, const MapPicture &picture, const QTransform &transform, const Layout &layout)
+void drawAreas(QPainter &painter, const MapPicture &picture, const QTransform &transform,
+               const Layout &layout)
 {
     QVector<QPainterPath> paths;
     for (const MapShape &shape : picture.shapes)
@@ -116,24 +124,29 @@ void drawAreas(QPainter &painter, const MapPicture &picture, const QTransform &t
     }
 }
 
-void drawLines(QPainter &painter, const MapPicture &picture, const QTransform &transform, const Layout &layout)
+void drawLines(QPainter &painter, const MapPicture &picture, const QTransform &transform,
+               const Layout &layout)
 {
     painter.setBrush(Qt::NoBrush);
     for (const MapShape &shape : picture.shapes) {
         if (shape.kind != MapShape::Line)
             continue;
-        painter.setPen(QPen(colorOf(picture, shape), layout.unit(3), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.setPen(QPen(colorOf(picture, shape), layout.unit(3), Qt::SolidLine, Qt::RoundCap,
+                            Qt::RoundJoin));
         for (const auto &part : shape.parts)
             painter.drawPolyline(transform.map(QPolygonF(part)));
     }
 }
 
-void drawPlaces(QPainter &painter, const MapPicture &picture, const QTransform &transform, const Layout &layout)
+void drawPlaces(QPainter &painter, const MapPicture &picture, const QTransform &transform,
+                const Layout &layout)
 {
-    const auto count = std::count_if(picture.shapes.begin(), picture.shapes.end(),
-                                     [](const MapShape &shape) { return shape.kind == MapShape::Place; });
+    const auto count =
+        std::count_if(picture.shapes.begin(), picture.shapes.end(),
+                      [](const MapShape &shape) { return shape.kind == MapShape::Place; });
     // Many places are small dots, few are large ones.
-    const double radius = layout.unit(qBound(2.0, 40 / std::sqrt(static_cast<double>(count) + 1), 9.0));
+    const double radius =
+        layout.unit(qBound(2.0, 40 / std::sqrt(static_cast<double>(count) + 1), 9.0));
     painter.setPen(QPen(kInk, layout.unit(0.8)));
     for (const MapShape &shape : picture.shapes) {
         if (shape.kind != MapShape::Place)
@@ -146,13 +159,14 @@ void drawPlaces(QPainter &painter, const MapPicture &picture, const QTransform &
 }
 
 /// A line of text, cut with dots where it would leave its room. @return the y below it
-double drawText(QPainter &painter, const QFont &font, const QColor &color, const QPointF &topLeft, double width,
-                const QString &text, Qt::Alignment alignment = Qt::AlignLeft)
+double drawText(QPainter &painter, const QFont &font, const QColor &color, const QPointF &topLeft,
+                double width, const QString &text, Qt::Alignment alignment = Qt::AlignLeft)
 {
     const QFontMetricsF metrics(font);
     painter.setFont(font);
     painter.setPen(color);
-    painter.drawText(QRectF(topLeft, QSizeF(width, metrics.height())), static_cast<int>(alignment) | Qt::TextSingleLine,
+    painter.drawText(QRectF(topLeft, QSizeF(width, metrics.height())),
+                     static_cast<int>(alignment) | Qt::TextSingleLine,
                      metrics.elidedText(text, Qt::ElideRight, width));
     return topLeft.y() + metrics.height();
 }
@@ -162,16 +176,16 @@ void drawHeading(QPainter &painter, const MapPicture &picture, const Layout &lay
     const double width = layout.size().width() - 2 * layout.margin();
     const double below = drawText(painter, layout.font(42, QFont::Bold), kInk,
                                   QPointF(layout.margin(), layout.unit(36)), width, picture.title);
-    drawText(painter, layout.font(24), kSoftInk, QPointF(layout.margin(), below + layout.unit(4)), width,
-             picture.subtitle);
+    drawText(painter, layout.font(24), kSoftInk, QPointF(layout.margin(), below + layout.unit(4)),
+             width, picture.subtitle);
 }
 
 void drawLegend(QPainter &painter, const MapPicture &picture, const Layout &layout)
 {
     const QPointF corner = layout.legendTopLeft();
-    double y = drawText(painter, layout.font(22, QFont::DemiBold), kInk, corner, layout.legendWidth(),
-                        picture.legendTitle)
-        + layout.unit(14);
+    double y = drawText(painter, layout.font(22, QFont::DemiBold), kInk, corner,
+                        layout.legendWidth(), picture.legendTitle)
+               + layout.unit(14);
     const double box = layout.unit(30);
     const QFont font = layout.font(20);
     const double textHeight = QFontMetricsF(font).height();
@@ -184,8 +198,8 @@ void drawLegend(QPainter &painter, const MapPicture &picture, const Layout &layo
         const double countWidth = layout.unit(56);
         const double width = layout.legendWidth() - layout.unit(58) - countWidth;
         drawText(painter, font, kInk, QPointF(left, textY), width, text);
-        drawText(painter, font, kSoftInk, QPointF(left + width, textY), countWidth, QString::number(count),
-                 Qt::AlignRight);
+        drawText(painter, font, kSoftInk, QPointF(left + width, textY), countWidth,
+                 QString::number(count), Qt::AlignRight);
         y += box + layout.unit(10);
     };
     // The largest on top, as on a thermometer.
@@ -214,7 +228,8 @@ QImage draw(const MapPicture &picture)
     drawPlaces(painter, picture, transform, layout);
     drawHeading(painter, picture, layout);
     drawLegend(painter, picture, layout);
-    drawText(painter, layout.font(16), kSoftInk, QPointF(layout.margin(), picture.size.height() - layout.unit(44)),
+    drawText(painter, layout.font(16), kSoftInk,
+             QPointF(layout.margin(), picture.size.height() - layout.unit(44)),
              picture.size.width() - 2 * layout.margin(), picture.footnote);
     return image;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Draws a choropleth: shapes filled by class under a title, beside a legend. Knows nothing of projects.
+/// Draws a choropleth: shapes filled by class under a title, beside a legend. Knows nothing of
+/// projects.
 #pragma once
 #include <QColor>
 #include <QImage>
@@ -31,7 +32,7 @@ struct MapPicture {
     QVector<MapShape> shapes;
     QVector<LegendEntry> legend; ///< by class index
     int missingCount = 0;
-    QRectF frame;            ///< map coordinates that the picture shows; empty: what its shapes cover
+    QRectF frame; ///< map coordinates that the picture shows; empty: what its shapes cover
     bool geographic = false; ///< degrees: drawn with the width of a degree at the middle latitude
     QSize size{1600, 1000};
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Ramps are given by a few anchors and interpolated in OKLab (B. Ottosson 2020, "A perceptual color space for image
-// processing"), where equal steps look equal and lightness falls evenly.
+// Ramps are given by a few anchors and interpolated in OKLab (B. Ottosson 2020, "A perceptual color
+// space for image processing"), where equal steps look equal and lightness falls evenly.
 #include "render/palette.h"
 #include <QMap>
 #include <array>
@@ -82,7 +82,8 @@ QVector<QColor> sequentialColors(const QString &palette, int count)
         const double share = position - static_cast<double>(low);
         const Lab a = toLab(QColor(QLatin1String(anchors[low])));
         const Lab b = toLab(QColor(QLatin1String(anchors[low + 1])));
-        colors.append(toColor({a.l + (b.l - a.l) * share, a.a + (b.a - a.a) * share, a.b + (b.b - a.b) * share}));
+        colors.append(toColor(
+            {a.l + (b.l - a.l) * share, a.a + (b.a - a.a) * share, a.b + (b.b - a.b) * share}));
     }
     return colors;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Colours of classes: ramps from light to dark that stay in order in grey print, and sets of colours for names.
+/// Colours of classes: ramps from light to dark that stay in order in grey print, and sets of
+/// colours for names.
 #pragma once
 #include <QColor>
 #include <QStringList>
@@ -8,7 +9,8 @@
 namespace meridor {
 
 QStringList paletteNames();
-/// `count` colours from light to dark, evenly spaced to the eye. An unknown name is the first palette.
+/// `count` colours from light to dark, evenly spaced to the eye. An unknown name is the first
+/// palette.
 QVector<QColor> sequentialColors(const QString &palette, int count);
 /// Colours for up to twelve unordered classes; further ones repeat.
 QVector<QColor> categoricalColors(int count);

@@ -73,9 +73,9 @@ QByteArray squares()
         const QByteArray x = QByteArray::number(left);
         const QByteArray r = QByteArray::number(left + 1);
         return QByteArray("{\"type\":\"Feature\",\"properties\":{\"id\":\"") + key
-            + "\"},\"geometry\":{\"type\":\"Polygon\",\"coordinates\":[[[" + x + ",0],[" + r + ",0],[" + r + ",1],[" + x
-            + ",1],[" + x + ",0]]]}}";
+               + "\"},\"geometry\":{\"type\":\"Polygon\",\"coordinates\":[[[" + x + ",0],[" + r
+               + ",0],[" + r + ",1],[" + x + ",1],[" + x + ",0]]]}}";
     };
-    return "{\"type\":\"FeatureCollection\",\"features\":[" + square("a", 0) + "," + square("b", 1) + ","
-        + square("c", 5) + "]}";
+    return "{\"type\":\"FeatureCollection\",\"features\":[" + square("a", 0) + "," + square("b", 1)
+           + "," + square("c", 5) + "]}";
 }

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
+#include "program.h"
 #include <QJsonArray>
 #include <QtTest>
-#include "program.h"
 
 namespace {
 
 QJsonArray valuesOf(const Workplace &place, const QString &dataset, const QString &object)
 {
-    return place.run({"series", "p.vorn", dataset, object, "--json"}).json().value("values").toArray();
+    return place.run({"series", "p.vorn", dataset, object, "--json"})
+        .json()
+        .value("values")
+        .toArray();
 }
 
 /// "time=value" of each entry, blank-separated.
@@ -50,22 +53,30 @@ void TestMeridorImport::readsSeriesOfEveryForm_data()
     QTest::addColumn<QString>("c");
     const QByteArray wide = "id,v2000,v2001,v2002\na,1,2.5,\nb,4,5,6\nc,,8,NA\n";
     const QStringList table{"--table", "t.csv", "--missing", "NA", "--series"};
-    QTest::newRow("range of columns") << wide << table + QStringList{"v=v2000..v2002"}
-                                      << "2000=1 2001=2.5 2002=missing" << "2000=missing 2001=8 2002=missing";
+    QTest::newRow("range of columns")
+        << wide << table + QStringList{"v=v2000..v2002"} << "2000=1 2001=2.5 2002=missing"
+        << "2000=missing 2001=8 2002=missing";
     QTest::newRow("pattern") << wide << table + QStringList{"v=v*"}
-                             << "2000=1 2001=2.5 2002=missing" << "2000=missing 2001=8 2002=missing";
+                             << "2000=1 2001=2.5 2002=missing"
+                             << "2000=missing 2001=8 2002=missing";
     QTest::newRow("columns and their times")
         << wide << table + QStringList{"v=v2001@1990-03,v2000@1980-01-01/1989-12-31"}
-        << "1980-01-01/1989-12-31=1 1990-03=2.5" << "1980-01-01/1989-12-31=missing 1990-03=8";
+        << "1980-01-01/1989-12-31=1 1990-03=2.5"
+        << "1980-01-01/1989-12-31=missing 1990-03=8";
     QTest::newRow("texts") << QByteArray("id,t1,t2\na,x,\"y, z\"\nb,,w\nc,x,\n")
-                           << QStringList{"--table", "t.csv", "--series", "v=t1..t2"} << "1=x 2=y, z" << "1=x 2=missing";
-    const QByteArray observations = "id,from,to,value\na,2001,2003,7\na,1999,2000,6\nc,2000,2000,5\nb,2000,2001,4\n";
+                           << QStringList{"--table", "t.csv", "--series", "v=t1..t2"}
+                           << "1=x 2=y, z"
+                           << "1=x 2=missing";
+    const QByteArray observations =
+        "id,from,to,value\na,2001,2003,7\na,1999,2000,6\nc,2000,2000,5\nb,2000,2001,4\n";
     QTest::newRow("observations with ends")
         << observations << QStringList{"--observations", "t.csv", "--observe", "v=value@from/to"}
-        << "1999/2000=6 2001/2003=7" << "2000=5";
+        << "1999/2000=6 2001/2003=7"
+        << "2000=5";
     QTest::newRow("observations until the next")
         << observations << QStringList{"--observations", "t.csv", "--observe", "v=value@from/next"}
-        << "1999/2001=6 2001=7" << "2000=5";
+        << "1999/2001=6 2001=7"
+        << "2000=5";
 }
 
 void TestMeridorImport::readsSeriesOfEveryForm()
@@ -77,7 +88,8 @@ void TestMeridorImport::readsSeriesOfEveryForm()
     const Workplace place;
     place.file("map.geojson", squares());
     place.file("t.csv", table);
-    const Outcome outcome = place.run(QStringList{"import", "map.geojson", "p.vorn", "--key", "id"} + options);
+    const Outcome outcome =
+        place.run(QStringList{"import", "map.geojson", "p.vorn", "--key", "id"} + options);
     QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
     QCOMPARE(told(valuesOf(place, "v", "a")), a);
     QCOMPARE(told(valuesOf(place, "v", "c")), c);
@@ -90,42 +102,52 @@ void TestMeridorImport::namesThePlaceOfWhatIsWrong_data()
     QTest::addColumn<QStringList>("options");
     QTest::addColumn<QString>("told");
     const QByteArray map = squares();
-    const QByteArray point = "{\"type\":\"Feature\",\"properties\":{},\"geometry\":{\"type\":\"Point\",\"coordinates\":[0,0]}}";
-    QTest::newRow("no map") << QByteArray() << QByteArray() << QStringList{} << "map.geojson: not a file that GDAL reads";
+    const QByteArray point = "{\"type\":\"Feature\",\"properties\":{},\"geometry\":{\"type\":"
+                             "\"Point\",\"coordinates\":[0,0]}}";
+    QTest::newRow("no map") << QByteArray() << QByteArray() << QStringList{}
+                            << "map.geojson: not a file that GDAL reads";
     QTest::newRow("no such field") << map << QByteArray() << QStringList{"--key", "fips"}
                                    << "map.geojson: no field fips; there are: id";
     QTest::newRow("text among numbers") << map << QByteArray("id,v1,v2\na,1,2\nb,3,4\nc,5,many\n")
                                         << QStringList{"--table", "t.csv", "--series", "v=v1..v2"}
                                         << "t.csv, field v2, row 3: \"many\" is no number";
-    QTest::newRow("not of the asked type") << map << QByteArray("id,v1\na,1\nb,2.5\n")
-                                           << QStringList{"--table", "t.csv", "--series", "v=v1", "--type", "v=integer"}
-                                           << "t.csv, field v1, row 2: \"2.5\" is no integer";
-    QTest::newRow("key twice in a table") << map << QByteArray("id,x\na,1\nb,2\na,3\n") << QStringList{"--table", "t.csv"}
-                                          << "t.csv, field id, row 3: key a stands in row 1 already";
-    QTest::newRow("no key matches") << map << QByteArray("id,x\n1,1\n2,2\n") << QStringList{"--table", "t.csv"}
-                                    << "t.csv: no key in field id is one of the map's";
+    QTest::newRow("not of the asked type")
+        << map << QByteArray("id,v1\na,1\nb,2.5\n")
+        << QStringList{"--table", "t.csv", "--series", "v=v1", "--type", "v=integer"}
+        << "t.csv, field v1, row 2: \"2.5\" is no integer";
+    QTest::newRow("key twice in a table")
+        << map << QByteArray("id,x\na,1\nb,2\na,3\n") << QStringList{"--table", "t.csv"}
+        << "t.csv, field id, row 3: key a stands in row 1 already";
+    QTest::newRow("no key matches")
+        << map << QByteArray("id,x\n1,1\n2,2\n") << QStringList{"--table", "t.csv"}
+        << "t.csv: no key in field id is one of the map's";
     QTest::newRow("no time") << map << QByteArray("id,born\na,1900\nb,soon\n")
                              << QStringList{"--table", "t.csv", "--start", "born"}
                              << "t.csv, field born, row 2: \"soon\" is no number";
-    QTest::newRow("end before start") << map << QByteArray("id,s,e\na,1,2\nb,9,3\nc,1,1\n")
-                                      << QStringList{"--table", "t.csv", "--start", "s", "--end", "e"}
-                                      << "t.csv, field e, row 2: the end 3 lies before the start 9";
-    QTest::newRow("two values at a time") << map << QByteArray("id,t,x\na,5,1\na,5,2\n")
-                                          << QStringList{"--observations", "t.csv", "--observe", "v=x@t"}
-                                          << "t.csv: object a has two values of v at 5";
+    QTest::newRow("end before start")
+        << map << QByteArray("id,s,e\na,1,2\nb,9,3\nc,1,1\n")
+        << QStringList{"--table", "t.csv", "--start", "s", "--end", "e"}
+        << "t.csv, field e, row 2: the end 3 lies before the start 9";
+    QTest::newRow("two values at a time")
+        << map << QByteArray("id,t,x\na,5,1\na,5,2\n")
+        << QStringList{"--observations", "t.csv", "--observe", "v=x@t"}
+        << "t.csv: object a has two values of v at 5";
     QTest::newRow("series overlap") << map << QByteArray("id,x,y\na,5,1\n")
                                     << QStringList{"--table", "t.csv", "--series", "v=x@1/3,y@3/4"}
                                     << "series v: fields x and y hold at the same time";
-    QTest::newRow("two shapes at one time") << squares().replace("\"b\"", "\"a\"") << QByteArray() << QStringList{}
-                                            << "map.geojson, rows 1 and 2: object a has two shapes at one time";
-    QTest::newRow("mixed shapes") << squares().replace("]}}]}", "]}}," + point + "]}") << QByteArray() << QStringList{}
+    QTest::newRow("two shapes at one time")
+        << squares().replace("\"b\"", "\"a\"") << QByteArray() << QStringList{}
+        << "map.geojson, rows 1 and 2: object a has two shapes at one time";
+    QTest::newRow("mixed shapes") << squares().replace("]}}]}", "]}}," + point + "]}")
+                                  << QByteArray() << QStringList{}
                                   << "map.geojson, row 4: a point among shapes of another kind";
-    QTest::newRow("no shape at all") << QByteArray("{\"type\":\"FeatureCollection\",\"features\":[{\"type\":\"Feature\","
-                                                   "\"properties\":{\"id\":\"a\"},\"geometry\":null}]}")
-                                     << QByteArray() << QStringList{} << "map.geojson: holds no shapes";
-    QTest::newRow("two datasets of a name") << map << QByteArray("id,x,y\na,5,1\n")
-                                            << QStringList{"--table", "t.csv", "--series", "x=y@3"}
-                                            << "two datasets would be called x";
+    QTest::newRow("no shape at all")
+        << QByteArray("{\"type\":\"FeatureCollection\",\"features\":[{\"type\":\"Feature\","
+                      "\"properties\":{\"id\":\"a\"},\"geometry\":null}]}")
+        << QByteArray() << QStringList{} << "map.geojson: holds no shapes";
+    QTest::newRow("two datasets of a name")
+        << map << QByteArray("id,x,y\na,5,1\n")
+        << QStringList{"--table", "t.csv", "--series", "x=y@3"} << "two datasets would be called x";
 }
 
 void TestMeridorImport::namesThePlaceOfWhatIsWrong()
@@ -154,11 +176,13 @@ void TestMeridorImport::namesKeysThatDoNotMatch()
     const Workplace place;
     place.file("map.geojson", squares());
     place.file("t.csv", "id,x\na,1\nz,2\nb,3\ny,4\n");
-    const QStringList arguments{"import", "map.geojson", "p.vorn", "--key", "id", "--table", "t.csv", "--json"};
+    const QStringList arguments{"import", "map.geojson", "p.vorn", "--key",
+                                "id",     "--table",     "t.csv",  "--json"};
     const Outcome outcome = place.run(arguments);
     QCOMPARE(outcome.code, 0);
     QVERIFY2(outcome.err.contains("2 keys that no object has: z, y"), qPrintable(outcome.err));
-    QVERIFY2(outcome.err.contains("1 objects without a row, their values are missing: c"), qPrintable(outcome.err));
+    QVERIFY2(outcome.err.contains("1 objects without a row, their values are missing: c"),
+             qPrintable(outcome.err));
     const QJsonObject keys = outcome.json().value("unmatched").toArray().first().toObject();
     QCOMPARE(keys.value("tableKeys").toArray(), (QJsonArray{"z", "y"}));
     QCOMPARE(keys.value("objectKeys").toArray(), (QJsonArray{"c"}));
@@ -172,13 +196,20 @@ void TestMeridorImport::keepsCodesAndWideNumbersAsTheyAre_data()
     QTest::addColumn<QByteArray>("cells");
     QTest::addColumn<QString>("type");
     QTest::addColumn<QString>("first");
-    QTest::newRow("integers") << QByteArray("1,-2,2147483647") << "integer" << "always=1";
-    QTest::newRow("decimals") << QByteArray("0.1,-2,1e300") << "decimal" << "always=0.1";
-    QTest::newRow("beyond 32 bits") << QByteArray("2147483648,1,2") << "decimal" << "always=2147483648";
-    QTest::newRow("codes") << QByteArray("01001,2,3") << "text" << "always=01001";
-    QTest::newRow("a code among decimals") << QByteArray("1.5,007,3") << "text" << "always=1.5";
-    QTest::newRow("texts") << QByteArray("1,two,3") << "text" << "always=1";
-    QTest::newRow("infinite") << QByteArray("inf,2,3") << "text" << "always=inf";
+    QTest::newRow("integers") << QByteArray("1,-2,2147483647") << "integer"
+                              << "always=1";
+    QTest::newRow("decimals") << QByteArray("0.1,-2,1e300") << "decimal"
+                              << "always=0.1";
+    QTest::newRow("beyond 32 bits") << QByteArray("2147483648,1,2") << "decimal"
+                                    << "always=2147483648";
+    QTest::newRow("codes") << QByteArray("01001,2,3") << "text"
+                           << "always=01001";
+    QTest::newRow("a code among decimals") << QByteArray("1.5,007,3") << "text"
+                                           << "always=1.5";
+    QTest::newRow("texts") << QByteArray("1,two,3") << "text"
+                           << "always=1";
+    QTest::newRow("infinite") << QByteArray("inf,2,3") << "text"
+                              << "always=inf";
 }
 
 void TestMeridorImport::keepsCodesAndWideNumbersAsTheyAre()
@@ -203,16 +234,19 @@ void TestMeridorImport::makesOneObjectOfTheRowsOfAKey()
     const Workplace place;
     // Row 2 is a later shape of "a"; its end is open.
     place.file("map.geojson", squares().replace("\"b\"", "\"a\""));
-    place.file("rows.csv", "n,id,from,to,ruler,x,y\n1,a,1800-01-01,1849-12-31,Ann,0,0\n2,b,1820,,Bo,1,1\n"
-                           "3,a,1850-01-01,1900-06,Cyd,2,2\n");
-    const Outcome outcome = place.run({"import", "rows.csv", "p.vorn", "--key", "id", "--x", "x", "--y", "y", "--start",
-                                       "from", "--end", "to", "--json"});
+    place.file("rows.csv",
+               "n,id,from,to,ruler,x,y\n1,a,1800-01-01,1849-12-31,Ann,0,0\n2,b,1820,,Bo,1,1\n"
+               "3,a,1850-01-01,1900-06,Cyd,2,2\n");
+    const Outcome outcome = place.run({"import", "rows.csv", "p.vorn", "--key", "id", "--x", "x",
+                                       "--y", "y", "--start", "from", "--end", "to", "--json"});
     QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
     QCOMPARE(outcome.json().value("objects").toInt(), 2);
     QCOMPARE(outcome.json().value("shapeCount").toInt(), 3);
     QCOMPARE(outcome.json().value("timeFormat").toString(), QString("date"));
-    QCOMPARE(told(valuesOf(place, "ruler", "a")), QString("1800-01-01/1849-12-31=Ann 1850-01-01/1900-06-30=Cyd"));
-    QCOMPARE(told(valuesOf(place, "ruler", "b")), QString("always=Bo").replace("always", "1820-01-01/1900-06-30"));
+    QCOMPARE(told(valuesOf(place, "ruler", "a")),
+             QString("1800-01-01/1849-12-31=Ann 1850-01-01/1900-06-30=Cyd"));
+    QCOMPARE(told(valuesOf(place, "ruler", "b")),
+             QString("always=Bo").replace("always", "1820-01-01/1900-06-30"));
     const auto existing = [&place](const char *time) {
         const QJsonObject info = place.run({"info", "p.vorn", "--at", time, "--json"}).json();
         return info.value("geographies").toArray().first().toObject().value("existing").toArray();
@@ -226,11 +260,12 @@ void TestMeridorImport::makesOneObjectOfTheRowsOfAKey()
 void TestMeridorImport::letsPositionsHoldUntilTheNext()
 {
     const Workplace place;
-    place.file("storm.csv", "storm,time,lon,lat,wind\nAda,2005-06-08T18:00Z,-84,17,25\nBob,2005-06-08T21:00Z,-60,20,50\n"
+    place.file("storm.csv", "storm,time,lon,lat,wind\nAda,2005-06-08T18:00Z,-84,17,25\nBob,2005-06-"
+                            "08T21:00Z,-60,20,50\n"
                             "Ada,2005-06-09T00:00+01:00,-83,18,30\n");
     const Outcome outcome =
-        place.run({"import", "storm.csv", "p.vorn", "--key", "storm", "--x", "lon", "--y", "lat", "--crs", "EPSG:4326",
-                   "--start", "time", "--end", "next", "--json"});
+        place.run({"import", "storm.csv", "p.vorn", "--key", "storm", "--x", "lon", "--y", "lat",
+                   "--crs", "EPSG:4326", "--start", "time", "--end", "next", "--json"});
     QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
     QCOMPARE(outcome.json().value("timeFormat").toString(), QString("date-time"));
     QCOMPARE(told(valuesOf(place, "wind", "Ada")),
@@ -241,17 +276,21 @@ void TestMeridorImport::letsPositionsHoldUntilTheNext()
 void TestMeridorImport::readsHolesAndParts()
 {
     const Workplace place;
-    place.file("map.geojson",
-               "{\"type\":\"FeatureCollection\",\"features\":[{\"type\":\"Feature\",\"properties\":{\"v\":1},\"geometry\":"
-               "{\"type\":\"MultiPolygon\",\"coordinates\":[[[[0,0],[9,0],[9,9],[0,9],[0,0]],[[3,3],[3,6],[6,6],[6,3],[3,3]]],"
-               "[[[20,0],[29,0],[29,9],[20,9],[20,0]]]]}}]}");
+    place.file("map.geojson", "{\"type\":\"FeatureCollection\",\"features\":[{\"type\":\"Feature\","
+                              "\"properties\":{\"v\":1},\"geometry\":"
+                              "{\"type\":\"MultiPolygon\",\"coordinates\":[[[[0,0],[9,0],[9,9],[0,"
+                              "9],[0,0]],[[3,3],[3,6],[6,6],[6,3],[3,3]]],"
+                              "[[[20,0],[29,0],[29,9],[20,9],[20,0]]]]}}]}");
     QCOMPARE(place.run({"import", "map.geojson", "p.vorn"}).code, 0);
-    QCOMPARE(place.run({"map", "p.vorn", "v", "p.png", "--width", "800", "--height", "500"}).code, 0);
-    // Map coordinates 0..29 by 0..9 fill the width of the map area: the hole and the gap between the parts are paper.
+    QCOMPARE(place.run({"map", "p.vorn", "v", "p.png", "--width", "800", "--height", "500"}).code,
+             0);
+    // Map coordinates 0..29 by 0..9 fill the width of the map area: the hole and the gap between
+    // the parts are paper.
     const QImage picture(place.path("p.png"));
     const auto at = [&picture](double x, double y) {
         const double scale = 563 / 29.0; // 800 wide: margins of 24, a legend of 165
-        return QColor(picture.pixel(static_cast<int>(24 + x * scale), static_cast<int>(268.5 - (y - 4.5) * scale)));
+        return QColor(picture.pixel(static_cast<int>(24 + x * scale),
+                                    static_cast<int>(268.5 - (y - 4.5) * scale)));
     };
     QCOMPARE(at(4.5, 4.5), QColor(Qt::white));
     QCOMPARE(at(14, 4.5), QColor(Qt::white));
@@ -266,7 +305,8 @@ void TestMeridorImport::readsTheProjection()
     QCOMPARE(place.run({"import", "map.geojson", "p.vorn", "--crs", "EPSG:5070"}).code, 0);
     const QJsonObject info = place.run({"info", "p.vorn", "--json"}).json();
     const QJsonObject geography = info.value("geographies").toArray().first().toObject();
-    QVERIFY2(geography.value("projection").toString().contains("Albers"), qPrintable(geography.value("projection").toString()));
+    QVERIFY2(geography.value("projection").toString().contains("Albers"),
+             qPrintable(geography.value("projection").toString()));
     QCOMPARE(geography.value("distanceUnit").toString(), QString("metre"));
 }
 
@@ -289,16 +329,19 @@ void TestMeridorImport::takesCancelledWorkBack()
     const Workplace place;
     QByteArray rows = "id,x,y\n";
     for (int i = 0; i < 400000; ++i)
-        rows += QByteArray::number(i) + ',' + QByteArray::number(i % 1000) + ',' + QByteArray::number(i / 1000) + '\n';
+        rows += QByteArray::number(i) + ',' + QByteArray::number(i % 1000) + ','
+                + QByteArray::number(i / 1000) + '\n';
     place.file("points.csv", rows);
     place.file("p.vorn", "precious");
     QDir(place.path("")).mkdir("scratch");
     QProcess process;
     process.setWorkingDirectory(place.path(""));
-    process.start(MERIDOR_PROGRAM, {"import", "points.csv", "p.vorn", "--x", "x", "--y", "y", "--key", "id",
-                                    "--overwrite", "--scratch", "scratch"});
+    process.start(MERIDOR_PROGRAM, {"import", "points.csv", "p.vorn", "--x", "x", "--y", "y",
+                                    "--key", "id", "--overwrite", "--scratch", "scratch"});
     // The scratch directory appears right before the work begins.
-    QTRY_VERIFY_WITH_TIMEOUT(QDir(place.path("scratch")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size() == 1, 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        QDir(place.path("scratch")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size() == 1,
+        30000);
     QProcess::execute("kill", {"-INT", QString::number(process.processId())});
     QVERIFY(process.waitForFinished(60000));
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "program.h"
 #include <QImage>
 #include <QJsonArray>
 #include <QtTest>
-#include "program.h"
 
 namespace {
 
@@ -11,18 +11,20 @@ void makeProject(const Workplace &place)
 {
     place.file("map.geojson", squares());
     place.file("t.csv", "id,v2000,v2001\na,1,2.5\nb,4,5\nc,7,\n");
-    const Outcome outcome = place.run({"import", "map.geojson", "p.vorn", "--key", "id", "--name", "land", "--table",
-                                       "t.csv", "--series", "v=v2000..v2001"});
+    const Outcome outcome = place.run({"import", "map.geojson", "p.vorn", "--key", "id", "--name",
+                                       "land", "--table", "t.csv", "--series", "v=v2000..v2001"});
     QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
 }
 
 QStringList datasetNames(const Workplace &place, const QString &project)
 {
     QStringList names;
-    const QJsonArray geographies = place.run({"info", project, "--json"}).json().value("geographies").toArray();
+    const QJsonArray geographies =
+        place.run({"info", project, "--json"}).json().value("geographies").toArray();
     for (const QJsonValue &geography : geographies)
         for (const QJsonValue &dataset : geography.toObject().value("datasets").toArray())
-            names.append(geography.toObject().value("name").toString() + '/' + dataset.toObject().value("name").toString());
+            names.append(geography.toObject().value("name").toString() + '/'
+                         + dataset.toObject().value("name").toString());
     return names;
 }
 
@@ -61,7 +63,8 @@ void TestMeridorProjects::statisticsLeaveMissingValuesOut()
     QCOMPARE(overall.value("count").toInt(), 5);
     QCOMPARE(overall.value("mean").toDouble(), 3.9);
     QCOMPARE(overall.value("max").toDouble(), 7.0);
-    const QJsonObject nowhere = place.run({"stats", "p.vorn", "v", "--at", "1900", "--json"}).json();
+    const QJsonObject nowhere =
+        place.run({"stats", "p.vorn", "v", "--at", "1900", "--json"}).json();
     QVERIFY(nowhere.value("times").toArray()[0].toObject().value("mean").isNull());
 }
 
@@ -70,15 +73,16 @@ void TestMeridorProjects::classesCountEveryValueOnce_data()
     QTest::addColumn<QStringList>("options");
     QTest::addColumn<QJsonArray>("breaks");
     QTest::addColumn<QJsonArray>("counts");
-    QTest::newRow("jenks of all") << QStringList{"--count", "2"} << QJsonArray{1, 3.25, 7} << QJsonArray{2, 3};
-    QTest::newRow("jenks of one year") << QStringList{"--count", "2", "--at", "2000"} << QJsonArray{1, 2.5, 7}
-                                       << QJsonArray{1, 2};
-    QTest::newRow("more classes than values") << QStringList{"--count", "9", "--at", "2001"} << QJsonArray{2.5, 3.75, 5}
-                                              << QJsonArray{1, 1};
-    QTest::newRow("equal intervals") << QStringList{"--method", "equal", "--count", "2"} << QJsonArray{1, 3, 7}
-                                     << QJsonArray{2, 3};
-    QTest::newRow("quantiles") << QStringList{"--method", "quantile", "--count", "5"} << QJsonArray{1, 1, 2.5, 4, 5, 7}
-                               << QJsonArray{1, 1, 1, 1, 1};
+    QTest::newRow("jenks of all") << QStringList{"--count", "2"} << QJsonArray{1, 3.25, 7}
+                                  << QJsonArray{2, 3};
+    QTest::newRow("jenks of one year")
+        << QStringList{"--count", "2", "--at", "2000"} << QJsonArray{1, 2.5, 7} << QJsonArray{1, 2};
+    QTest::newRow("more classes than values") << QStringList{"--count", "9", "--at", "2001"}
+                                              << QJsonArray{2.5, 3.75, 5} << QJsonArray{1, 1};
+    QTest::newRow("equal intervals") << QStringList{"--method", "equal", "--count", "2"}
+                                     << QJsonArray{1, 3, 7} << QJsonArray{2, 3};
+    QTest::newRow("quantiles") << QStringList{"--method", "quantile", "--count", "5"}
+                               << QJsonArray{1, 1, 2.5, 4, 5, 7} << QJsonArray{1, 1, 1, 1, 1};
 }
 
 void TestMeridorProjects::classesCountEveryValueOnce()
@@ -88,7 +92,8 @@ void TestMeridorProjects::classesCountEveryValueOnce()
     QFETCH(QJsonArray, counts);
     const Workplace place;
     makeProject(place);
-    const QJsonObject classes = place.run(QStringList{"classes", "p.vorn", "v", "--json"} + options).json();
+    const QJsonObject classes =
+        place.run(QStringList{"classes", "p.vorn", "v", "--json"} + options).json();
     QCOMPARE(classes.value("breaks").toArray(), breaks);
     QCOMPARE(classes.value("counts").toArray(), counts);
 }
@@ -98,10 +103,12 @@ void TestMeridorProjects::exportsReadBack_data()
     QTest::addColumn<QString>("file");
     QTest::addColumn<QStringList>("options");
     QTest::addColumn<QByteArray>("line");
-    QTest::newRow("csv") << "t.csv2.csv" << QStringList{"--missing", "?"} << QByteArray("2,2001,2001,?");
+    QTest::newRow("csv") << "t.csv2.csv" << QStringList{"--missing", "?"}
+                         << QByteArray("2,2001,2001,?");
     QTest::newRow("csv, missing empty") << "e.csv" << QStringList{} << QByteArray("2,2001,2001,");
     QTest::newRow("geoeas") << "t.dat" << QStringList{} << QByteArray("2 2001 2001 -999");
-    QTest::newRow("one year alone") << "y.csv" << QStringList{"--from", "2001"} << QByteArray("0,2001,2001,2.5");
+    QTest::newRow("one year alone")
+        << "y.csv" << QStringList{"--from", "2001"} << QByteArray("0,2001,2001,2.5");
     QTest::newRow("dbf") << "t.dbf" << QStringList{"--missing", "-1"} << QByteArray("2001");
 }
 
@@ -112,7 +119,8 @@ void TestMeridorProjects::exportsReadBack()
     QFETCH(QByteArray, line);
     const Workplace place;
     makeProject(place);
-    const Outcome outcome = place.run(QStringList{"export", "p.vorn", file, "--datasets", "v"} + options);
+    const Outcome outcome =
+        place.run(QStringList{"export", "p.vorn", file, "--datasets", "v"} + options);
     QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
     const QByteArray content = place.bytes(file).replace("\r\n", "\n");
     QVERIFY2(content.contains(line), content.constData());
@@ -124,7 +132,8 @@ void TestMeridorProjects::exportsReadBack()
     expected.sort();
     found.sort();
     QCOMPARE(found, expected);
-    QCOMPARE(place.run(QStringList{"export", "p.vorn", file, "--datasets", "v"} + options).code, 1); // it is there
+    QCOMPARE(place.run(QStringList{"export", "p.vorn", file, "--datasets", "v"} + options).code,
+             1); // it is there
 }
 
 void TestMeridorProjects::renamesAndRemoves()
@@ -166,7 +175,8 @@ void TestMeridorProjects::savingAgainGivesTheSameBytes()
     QCOMPARE(place.bytes("q.vorn"), place.bytes("p.vorn"));
     QCOMPARE(place.bytes("r.vorn"), place.bytes("q.vorn"));
     QCOMPARE(place.run({"rename", "p.vorn", "v", "v", "--smallest"}).code, 0);
-    QCOMPARE(place.run({"stats", "p.vorn", "v", "--json"}).out, place.run({"stats", "q.vorn", "v", "--json"}).out);
+    QCOMPARE(place.run({"stats", "p.vorn", "v", "--json"}).out,
+             place.run({"stats", "q.vorn", "v", "--json"}).out);
 }
 
 void TestMeridorProjects::aFullDiskLeavesTheOldProject()
@@ -176,7 +186,8 @@ void TestMeridorProjects::aFullDiskLeavesTheOldProject()
     const QByteArray before = place.bytes("p.vorn");
     const QStringList files = place.files();
     // No file may grow beyond 1 KiB: the save breaks off in the middle, as on a full disk.
-    const Outcome outcome = place.run("/bin/sh", {"-c", "ulimit -f 2; exec \"$0\" rename p.vorn v w", MERIDOR_PROGRAM});
+    const Outcome outcome =
+        place.run("/bin/sh", {"-c", "ulimit -f 2; exec \"$0\" rename p.vorn v w", MERIDOR_PROGRAM});
     QCOMPARE(outcome.code, 1);
     QCOMPARE(place.bytes("p.vorn"), before);
     QCOMPARE(place.files(), files);
@@ -206,14 +217,16 @@ void TestMeridorProjects::picturesShowWhatIsMissing()
 {
     const Workplace place;
     makeProject(place);
-    const Outcome outcome = place.run({"map", "p.vorn", "v", "p.png", "--at", "2001", "--count", "2", "--json"});
+    const Outcome outcome =
+        place.run({"map", "p.vorn", "v", "p.png", "--at", "2001", "--count", "2", "--json"});
     QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
     QCOMPARE(outcome.json().value("missing").toInt(), 1);
     const QImage picture(place.path("p.png"));
     QCOMPARE(picture.size(), QSize(1600, 1000));
     const QJsonArray legend = outcome.json().value("legend").toArray();
     QCOMPARE(legend.size(), 2);
-    // Each colour of the legend is in the map as well, and the grey of "c", the rightmost square, is too.
+    // Each colour of the legend is in the map as well, and the grey of "c", the rightmost square,
+    // is too.
     QStringList wanted{"#c9cccf"};
     for (const QJsonValue &entry : legend)
         wanted.append(entry.toObject().value("color").toString());
@@ -230,12 +243,14 @@ void TestMeridorProjects::theDemoChecksItsFigures()
     const Outcome good = place.run({"demo", "out", "--samples", MERIDOR_TEST_SAMPLES});
     QVERIFY2(good.code == 0, qPrintable(good.out + good.err));
     QVERIFY2(good.out.contains("every figure is right"), qPrintable(good.out));
-    for (const char *name : {"income.vorn", "income_2009.png", "income.csv", "income.dat", "income.dbf"})
+    for (const char *name :
+         {"income.vorn", "income_2009.png", "income.csv", "income.dat", "income.dbf"})
         QVERIFY2(QFileInfo(place.path(QString("out/") + name)).size() > 0, name);
 
     // One income changed by a dollar: means and classes are off.
     QDir(place.path("")).mkpath("samples/us_income");
-    for (const QFileInfo &file : QDir(QString(MERIDOR_TEST_SAMPLES) + "/us_income").entryInfoList(QDir::Files))
+    for (const QFileInfo &file :
+         QDir(QString(MERIDOR_TEST_SAMPLES) + "/us_income").entryInfoList(QDir::Files))
         QVERIFY(QFile::copy(file.filePath(), place.path("samples/us_income/") + file.fileName()));
     QByteArray table = place.bytes("samples/us_income/income_1929_2009.csv");
     QVERIFY(table.contains(",52736\n"));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include <QtTest>
 #include "program.h"
+#include <QtTest>
 
 /// The conventions that every verb keeps: codes, help, quietness, refusals before work.
 class TestMeridorUsage : public QObject {
@@ -23,11 +23,16 @@ void TestMeridorUsage::endsWithTheStatedCode_data()
     QTest::newRow("unknown verb") << QStringList{"paint"} << 2 << "";
     QTest::newRow("unknown option") << QStringList{"info", "p.vorn", "--colour"} << 2 << "--colour";
     QTest::newRow("argument left out") << QStringList{"stats", "p.vorn"} << 2 << "DATASET";
-    QTest::newRow("number out of range") << QStringList{"classes", "p.vorn", "x", "--count", "0"} << 2 << "--count";
-    QTest::newRow("unknown method") << QStringList{"classes", "p.vorn", "x", "--method", "best"} << 2 << "--method";
-    QTest::newRow("picture of another kind") << QStringList{"map", "p.vorn", "x", "x.jpg"} << 2 << "x.jpg";
-    QTest::newRow("table of another kind") << QStringList{"export", "p.vorn", "x.xml"} << 2 << "x.xml";
-    QTest::newRow("no such project") << QStringList{"info", "p.vorn"} << 1 << "p.vorn: no such file";
+    QTest::newRow("number out of range")
+        << QStringList{"classes", "p.vorn", "x", "--count", "0"} << 2 << "--count";
+    QTest::newRow("unknown method")
+        << QStringList{"classes", "p.vorn", "x", "--method", "best"} << 2 << "--method";
+    QTest::newRow("picture of another kind")
+        << QStringList{"map", "p.vorn", "x", "x.jpg"} << 2 << "x.jpg";
+    QTest::newRow("table of another kind")
+        << QStringList{"export", "p.vorn", "x.xml"} << 2 << "x.xml";
+    QTest::newRow("no such project")
+        << QStringList{"info", "p.vorn"} << 1 << "p.vorn: no such file";
     QTest::newRow("help") << QStringList{"--help"} << 0 << "";
     QTest::newRow("version") << QStringList{"--version"} << 0 << "";
 }
@@ -46,7 +51,8 @@ void TestMeridorUsage::endsWithTheStatedCode()
 void TestMeridorUsage::everyVerbHasHelpWithAnExample_data()
 {
     QTest::addColumn<QString>("verb");
-    for (const char *verb : {"import", "info", "stats", "series", "classes", "map", "export", "rename", "remove", "demo"})
+    for (const char *verb : {"import", "info", "stats", "series", "classes", "map", "export",
+                             "rename", "remove", "demo"})
         QTest::newRow(verb) << QString::fromLatin1(verb);
 }
 
@@ -55,7 +61,8 @@ void TestMeridorUsage::everyVerbHasHelpWithAnExample()
     QFETCH(QString, verb);
     const Outcome outcome = Workplace().run({verb, QStringLiteral("--help")});
     QCOMPARE(outcome.code, 0);
-    QVERIFY2(outcome.out.contains(QStringLiteral("Example:\n  meridor ") + verb), qPrintable(outcome.out));
+    QVERIFY2(outcome.out.contains(QStringLiteral("Example:\n  meridor ") + verb),
+             qPrintable(outcome.out));
 }
 
 void TestMeridorUsage::neverReplacesAFileUnasked()
@@ -67,7 +74,11 @@ void TestMeridorUsage::neverReplacesAFileUnasked()
     QCOMPARE(refused.code, 1);
     QVERIFY2(refused.err.contains(QStringLiteral("--overwrite")), qPrintable(refused.err));
     QCOMPARE(place.bytes(QStringLiteral("p.vorn")), QByteArray("precious"));
-    QCOMPARE(place.run({QStringLiteral("import"), map, QStringLiteral("p.vorn"), QStringLiteral("--overwrite")}).code, 0);
+    QCOMPARE(place
+                 .run({QStringLiteral("import"), map, QStringLiteral("p.vorn"),
+                       QStringLiteral("--overwrite")})
+                 .code,
+             0);
     QVERIFY(place.bytes(QStringLiteral("p.vorn")) != QByteArray("precious"));
 }
 
@@ -75,20 +86,23 @@ void TestMeridorUsage::runsWithoutHomeInAPathWithBlanks()
 {
     Workplace place(QStringLiteral("a place with blanks"));
     place.environment = QProcessEnvironment(); // no HOME, no display, no locale, nothing
-    place.environment.insert(QStringLiteral("LD_LIBRARY_PATH"), qEnvironmentVariable("LD_LIBRARY_PATH"));
-    const QString map = place.file(QStringLiteral("my map.geojson"), squares().replace("\"a\"", "\"\xc3\xa4\""));
-    const Outcome imported = place.run({QStringLiteral("import"), map, QStringLiteral("my project.vorn"),
-                                        QStringLiteral("--key"), QStringLiteral("id"), QStringLiteral("--name"),
-                                        QStringLiteral("Stra\u00dfen")});
+    place.environment.insert(QStringLiteral("LD_LIBRARY_PATH"),
+                             qEnvironmentVariable("LD_LIBRARY_PATH"));
+    const QString map =
+        place.file(QStringLiteral("my map.geojson"), squares().replace("\"a\"", "\"\xc3\xa4\""));
+    const Outcome imported = place.run(
+        {QStringLiteral("import"), map, QStringLiteral("my project.vorn"), QStringLiteral("--key"),
+         QStringLiteral("id"), QStringLiteral("--name"), QStringLiteral("Stra\u00dfen")});
     QVERIFY2(imported.code == 0, qPrintable(imported.err));
     QCOMPARE(imported.err, QString());
     const Outcome info = place.run({QStringLiteral("info"), QStringLiteral("my project.vorn")});
     QVERIFY2(info.out.startsWith(QStringLiteral("Stra\u00dfen: 3 objects")), qPrintable(info.out));
-    const Outcome drawn = place.run({QStringLiteral("map"), QStringLiteral("my project.vorn"), QStringLiteral("id"),
-                                     QStringLiteral("a map.png")});
+    const Outcome drawn = place.run({QStringLiteral("map"), QStringLiteral("my project.vorn"),
+                                     QStringLiteral("id"), QStringLiteral("a map.png")});
     QVERIFY2(drawn.code == 0, qPrintable(drawn.err));
-    const Outcome series = place.run({QStringLiteral("series"), QStringLiteral("my project.vorn"), QStringLiteral("id"),
-                                      QStringLiteral("\u00e4"), QStringLiteral("--json")});
+    const Outcome series =
+        place.run({QStringLiteral("series"), QStringLiteral("my project.vorn"),
+                   QStringLiteral("id"), QStringLiteral("\u00e4"), QStringLiteral("--json")});
     QCOMPARE(series.json().value(QStringLiteral("object")).toString(), QStringLiteral("\u00e4"));
 }
 
