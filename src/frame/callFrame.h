@@ -8,16 +8,24 @@
 #include "datainterface/MDataSource.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
+#include "datainterface/MVectorDataset.h"
 #include "frame/frameState.h"
 
 namespace datainterface {
 
+/// The object as one of that kind; null for another kind and for null.
 template <class Kind, class Base> Kind *asKind(Base *object)
 {
     if constexpr (std::is_same_v<Kind, Base>)
         return object;
     else
         return dynamic_cast<Kind *>(object);
+}
+/// A dataset names its kind. Single values are read through here, and a cast would be a third of their cost.
+template <> inline MVectorDataset *asKind<MVectorDataset, MDataset>(MDataset *dataset)
+{
+    constexpr int kVectorDataset = 1;
+    return dataset && dataset->GetDatasetKind() == kVectorDataset ? static_cast<MVectorDataset *>(dataset) : nullptr;
 }
 
 /// Arithmetic: a negative half stays negative.

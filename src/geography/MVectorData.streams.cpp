@@ -32,16 +32,17 @@ void writeAscending(QDataStream &out, const QHash<int, int> &hash)
         out << qint32(key) << qint32(hash.value(key));
 }
 
-bool readHash(QDataStream &in, QHash<int, int> &hash)
+using NumberPairs = QVector<QPair<qint32, qint32>>;
+
+bool readPairs(QDataStream &in, NumberPairs &pairs)
 {
-    hash.clear();
     const int count = readCount(in, 2 * sizeof(qint32));
-    hash.reserve(count);
+    pairs.reserve(count);
     for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
         qint32 key = 0;
         qint32 value = 0;
         in >> key >> value;
-        hash.insert(key, value);
+        pairs.append({key, value});
     }
     return in.status() == QDataStream::Ok;
 }
@@ -77,10 +78,6 @@ bool MVectorData::RestoreFromStream(QDataStream &in)
         mName = mFennims->GetName();
     if (version <= 102000 && !restoreIds(in))
         return false;
-    if (!readHash(in, mObjectIndexByFennimId))
-        return false;
-    if (version <= 102000 && !readWeightSets(in))
-        return false;
     if (!restoreObjectNumbers(in))
         return false;
     setProjectionTags(mMetaData, mFennims->GetProjectionSettings(), AngularUnit::Code);
@@ -91,14 +88,20 @@ bool MVectorData::RestoreFromStream(QDataStream &in)
 // Datasets are addressed by these numbers, so both maps must tell the same and name each chain of the geometry once.
 bool MVectorData::restoreObjectNumbers(QDataStream &in)
 {
-    if (!readList(in, mFennimIdMap, sizeof(qint32)))
+    NumberPairs pairs;
+    if (!readPairs(in, pairs) || (dataInterfaceVersionLoading <= 102000 && !readWeightSets(in))
+        || !readList(in, mFennimIdMap, sizeof(qint32)))
         return false;
-    const QHash<int, int> stored = mObjectIndexByFennimId;
     indexFennimIds();
-    if (mFennimIdMap.size() != mFennims->mChains.size() || stored != mObjectIndexByFennimId)
+    const QMap<int, FMObjectChain *> &chains = mFennims->mChains;
+    if (mFennimIdMap.size() != chains.size() || pairs.size() != chains.size()
+        || mObjectIndexByFennimId.size() != chains.size())
         return false;
-    return std::all_of(mFennimIdMap.cbegin(), mFennimIdMap.cend(),
-                       [this](int id) { return mFennims->mChains.contains(id); });
+    const bool areNamed = std::all_of(chains.keyBegin(), chains.keyEnd(),
+                                      [this](int id) { return mObjectIndexByFennimId.contains(id); });
+    return areNamed && std::all_of(pairs.cbegin(), pairs.cend(), [this](const QPair<qint32, qint32> &pair) {
+        return GetObjectId(pair.first) == pair.second && pair.second >= 0;
+    });
 }
 
 bool MVectorData::restoreDataSource(QDataStream &in)
