@@ -44,12 +44,12 @@ bool load(const TestModel &model, const QByteArray &bytes)
 }
 
 // Two geographies, every type of value in both storages, two realizations, models, metadata.
-void fill(TestModel &model, const QVector<StorageType> &storages = {TimeSlice, TimeSeries})
+void fill(TestModel &model)
 {
     const int first = addPoints(5, QString::fromUtf8("Zürich"), TF_DateTime);
     const int second = addPoints(3, QStringLiteral("second"));
     for (int geography : {first, second}) {
-        for (const StorageType storage : storages) {
+        for (const StorageType storage : {TimeSlice, TimeSeries}) {
             const auto add = [=](const char *name, DataType type) {
                 return VORN_NewVectorDataset(geography, QString::fromUtf8(name), storage, type, 2,
                                              QStringLiteral("/folder/<3>"));
@@ -74,6 +74,17 @@ void fill(TestModel &model, const QVector<StorageType> &storages = {TimeSlice, T
     model.controller.AddNonConVariogramModel(VariogramModel());
     model.vectorData(second).SetParentId(first);
     model.vectorData(second).SetParentObjectIds({4, 2, 0});
+}
+
+// The same in little.
+void fillLittle(TestModel &model)
+{
+    const int geography = addPoints(3, QStringLiteral("little"));
+    const int numbers = VORN_NewVectorDataset(geography, QStringLiteral("a"), TimeSlice, DecimalType, 1, QString());
+    const int texts = VORN_NewVectorDataset(geography, QStringLiteral("b"), TimeSeries, StringType, 1, QString());
+    VORN_AddDataValue(numbers, 0, 1, kEarly, 1.5, true, true);
+    VORN_AddDataValue(texts, 0, 1, kEarly, QStringLiteral("text"), true, true);
+    model.controller.AddNonConVariogramModel(VariogramModel());
 }
 
 QString describe(const QVector<datum> &values)
@@ -178,7 +189,7 @@ void TestProject::emptyProject()
 void TestProject::damagedFilesAreRefused()
 {
     TestModel model;
-    fill(model, {TimeSlice});
+    fillLittle(model);
     const QString path = model.path(QStringLiteral("project"));
     QVERIFY(VORN_SaveProject(path));
     const QStringList before = contents(model);
