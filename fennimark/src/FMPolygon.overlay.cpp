@@ -119,8 +119,10 @@ FMPolygon *FMPolygon::GetIntersection(QVector<const FMPolygon *> &polygons)
 {
     if (!allSimple(polygons))
         return nullptr;
-    auto result = std::make_unique<FMPolygon>(*polygons.first());
-    for (int i = 1; i < polygons.size() && result; ++i)
+    if (polygons.size() == 1)
+        return new FMPolygon(*polygons.first());
+    auto result = common(*polygons[0], *polygons[1]);
+    for (int i = 2; i < polygons.size() && result; ++i)
         result = common(*result, *polygons[i]);
     return result.release();
 }

@@ -136,8 +136,10 @@ private:
             if (next >= end)
                 return;
             if (winding > 0) {
-                for (; next < end; ++next)
-                    cells.append({column, static_cast<unsigned int>(next), whole});
+                const int first = cells.size();
+                cells.resize(first + static_cast<int>(end - next));
+                for (auto *cell = cells.data() + first; next < end; ++next)
+                    *cell++ = {column, static_cast<unsigned int>(next), whole};
             }
             next = end;
             cover = winding * mGrid.cellWidth;

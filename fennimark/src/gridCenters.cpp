@@ -3,6 +3,7 @@
 // centres between odd and even crossings are inside. Centres so near a crossing that rounding could decide, and those
 // on vertices or vertical edges, are put to the exact point test; so the answer is that test's for every centre.
 #include <cmath>
+#include <limits>
 #include "gridCoverage.h"
 #include "relate.h"
 
@@ -29,7 +30,8 @@ public:
             return true;
         });
         for (std::size_t i = 0; i < mColumns.size(); ++i)
-            emitColumn(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i], cells);
+            collectRuns(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i]);
+        emit(cells);
     }
 
 private:
@@ -87,30 +89,62 @@ private:
         }
     }
 
-    void emitColumn(unsigned int column, Column &line, QVector<QPair<unsigned int, unsigned int>> &cells)
+    /// Cells [first, end) of a column.
+    struct Run {
+        unsigned int column;
+        qint64 first;
+        qint64 end;
+    };
+
+    void append(unsigned int column, qint64 first, qint64 end)
+    {
+        if (first >= end)
+            return;
+        mTotal += end - first;
+        if (!mRuns.empty() && mRuns.back().column == column && mRuns.back().end == first)
+            mRuns.back().end = end;
+        else
+            mRuns.push_back({column, first, end});
+    }
+
+    void collectRuns(unsigned int column, Column &line)
     {
         std::sort(line.crossings.begin(), line.crossings.end());
         std::sort(line.near.begin(), line.near.end());
         line.near.erase(std::unique(line.near.begin(), line.near.end()), line.near.end());
         auto next = line.near.cbegin();
-        const auto emitNear = [&](qint64 end) { // those before row `end` that the test accepts
+        const auto appendNear = [&](qint64 end) { // those before row `end` that the test accepts
             for (; next != line.near.cend() && *next < end; ++next) {
                 if (locate(mPolygon, QPointF(centerX(column), centerY(*next))) != Place::Outside)
-                    cells.append({column, *next});
+                    append(column, *next, qint64(*next) + 1);
             }
         };
         for (std::size_t i = 0; i + 1 < line.crossings.size(); i += 2) {
             const qint64 end = endRow(line.crossings[i + 1]);
-            for (qint64 row = firstRow(line.crossings[i]); row < end;) {
-                emitNear(row + 1);
-                const bool tested = next != line.near.cbegin() && *std::prev(next) == row;
-                const qint64 stop = tested ? row + 1 : std::min(end, next == line.near.cend() ? end : qint64(*next));
-                for (qint64 inside = tested ? stop : row; inside < stop; ++inside)
-                    cells.append({column, static_cast<unsigned int>(inside)});
+            qint64 row = firstRow(line.crossings[i]);
+            appendNear(row);
+            while (row < end) { // up to the next row that is put to the test, and over it
+                const qint64 stop = next == line.near.cend() ? end : std::min(end, qint64(*next));
+                append(column, row, stop);
                 row = stop;
+                if (row < end) {
+                    ++row;
+                    appendNear(row);
+                }
             }
         }
-        emitNear(qint64(mWindow.lastRow) + 1);
+        appendNear(qint64(mWindow.lastRow) + 1);
+    }
+
+    void emit(QVector<QPair<unsigned int, unsigned int>> &cells) const
+    {
+        cells.resize(static_cast<int>(std::min<qint64>(mTotal, std::numeric_limits<int>::max())));
+        auto *to = cells.data();
+        const auto *const stop = to + cells.size();
+        for (const Run &run : mRuns) {
+            for (qint64 row = run.first; row < run.end && to != stop; ++row)
+                *to++ = {run.column, static_cast<unsigned int>(row)};
+        }
     }
 
     const Shape &mPolygon;
@@ -118,6 +152,8 @@ private:
     const FMGridWindow &mWindow;
     std::vector<Column> mColumns;
     double mNear;
+    std::vector<Run> mRuns;
+    qint64 mTotal = 0;
 };
 
 } // namespace

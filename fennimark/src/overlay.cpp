@@ -75,31 +75,48 @@ Geometry toRing(const Shape &polygon, quint32 part)
     if (range.second < polygon.partEnd(part)) { // closed as given
         sequence = GEOSCoordSeq_copyFromBuffer_r(context, raw, count + 1, 0, 0);
     } else {
-        std::vector<double> closed(raw, raw + 2 * std::size_t(count));
+        thread_local std::vector<double> closed; // kept: the system would clear the memory anew for each large ring
+        closed.assign(raw, raw + 2 * std::size_t(count));
         closed.insert(closed.end(), raw, raw + 2);
         sequence = GEOSCoordSeq_copyFromBuffer_r(context, closed.data(), count + 1, 0, 0);
     }
     return Geometry(sequence ? GEOSGeom_createLinearRing_r(context, sequence) : nullptr);
 }
 
-void appendRing(ObjectBacking &out, const GEOSGeometry *ring, bool hole)
+/// Twice the area, above 0 for a counter-clockwise ring.
+double doubleArea(const QPointF *ring, std::size_t count)
+{
+    double sum = 0.0;
+    for (std::size_t i = 1; i < count; ++i) {
+        sum += (ring[i - 1].x() - ring[0].x()) * (ring[i].y() - ring[0].y())
+               - (ring[i - 1].y() - ring[0].y()) * (ring[i].x() - ring[0].x());
+    }
+    return sum;
+}
+
+/// False, with nothing appended, for a ring without area.
+bool appendRing(ObjectBacking &out, const GEOSGeometry *ring, bool hole)
 {
     GEOSContextHandle_t context = geosContext();
     const GEOSCoordSequence *sequence = GEOSGeom_getCoordSeq_r(context, ring);
     unsigned int count = 0;
-    char counterClockwise = 0;
     if (!sequence || !GEOSCoordSeq_getSize_r(context, sequence, &count) || count < 4)
-        return;
-    GEOSCoordSeq_isCCW_r(context, sequence, &counterClockwise);
+        return false;
     const std::size_t first = out.vertices.size();
     out.vertices.resize(first + count);
     GEOSCoordSeq_copyToBuffer_r(context, sequence, reinterpret_cast<double *>(&out.vertices[first]), 0, 0);
-    if ((counterClockwise != 0) == hole)
+    const double area = doubleArea(&out.vertices[first], count);
+    if (area == 0.0) {
+        out.vertices.resize(first);
+        return false;
+    }
+    if ((area > 0.0) == hole)
         std::reverse(out.vertices.begin() + static_cast<std::ptrdiff_t>(first), out.vertices.end());
     const auto number = static_cast<quint32>(out.partSizes.size());
     out.partSizes.push_back(count);
     out.nesting.isHole.push_back(hole);
     out.nesting.shell.push_back(hole ? out.nesting.shell.back() : number);
+    return true;
 }
 
 void appendPolygons(ObjectBacking &out, const GEOSGeometry *geometry)
@@ -107,9 +124,8 @@ void appendPolygons(ObjectBacking &out, const GEOSGeometry *geometry)
     GEOSContextHandle_t context = geosContext();
     const int type = GEOSGeomTypeId_r(context, geometry);
     if (type == GEOS_POLYGON) {
-        if (!(areaOf(geometry) > 0.0))
+        if (!appendRing(out, GEOSGetExteriorRing_r(context, geometry), false))
             return;
-        appendRing(out, GEOSGetExteriorRing_r(context, geometry), false);
         for (int hole = 0; hole < GEOSGetNumInteriorRings_r(context, geometry); ++hole)
             appendRing(out, GEOSGetInteriorRingN_r(context, geometry, hole), true);
     } else if (type == GEOS_MULTIPOLYGON || type == GEOS_GEOMETRYCOLLECTION) {
