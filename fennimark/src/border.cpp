@@ -8,6 +8,7 @@
 // continue one another along the first boundary, over vertices of either, are one piece.
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <optional>
 #include "orientation.h"
 #include "shape.h"
@@ -34,7 +35,7 @@ double ulp(double value)
     std::memcpy(&bits, &value, sizeof bits);
     bits &= quint64(0x7ff) << 52;
     std::memcpy(&value, &bits, sizeof bits);
-    return std::ldexp(value, -52);
+    return value * std::numeric_limits<double>::epsilon();
 }
 
 double slackOf(const Rect2D &a, const Rect2D &b, double tolerance)

@@ -119,9 +119,10 @@ private:
                     append(column, *next, qint64(*next) + 1);
             }
         };
+        qint64 row = mWindow.firstRow; // the first not yet decided
         for (std::size_t i = 0; i + 1 < line.crossings.size(); i += 2) {
             const qint64 end = endRow(line.crossings[i + 1]);
-            qint64 row = firstRow(line.crossings[i]);
+            row = std::max(row, firstRow(line.crossings[i])); // crossings may share a row, which is decided once
             appendNear(row);
             while (row < end) { // up to the next row that is put to the test, and over it
                 const qint64 stop = next == line.near.cend() ? end : std::min(end, qint64(*next));
