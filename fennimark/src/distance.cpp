@@ -59,9 +59,13 @@ private:
         const quint32 first = split.firstChild(node);
         const quint32 count = split.endChild(node) - first;
         Step steps[kRunLength];
-        for (quint32 i = 0; i < count; ++i)
-            steps[i] = {boxDistance(boxes[i], other), first + i};
-        std::sort(steps, steps + count, [](const Step &x, const Step &y) { return x.distance < y.distance; });
+        for (quint32 i = 0; i < count; ++i) { // nearest first
+            const Step step{boxDistance(boxes[i], other), first + i};
+            quint32 at = i;
+            for (; at > 0 && step.distance < steps[at - 1].distance; --at)
+                steps[at] = steps[at - 1];
+            steps[at] = step;
+        }
         for (quint32 i = 0; i < count && steps[i].distance < mBest; ++i) {
             const Shape::Node child{node.level - 1, steps[i].child};
             descendA ? below(child, b) : below(a, child);
