@@ -5,6 +5,7 @@
 // whole crossings, makes a cell all or nothing, and the running sum starts afresh from it, so that no rounding is
 // carried on.
 #include <cmath>
+#include <limits>
 #include "gridCoverage.h"
 
 namespace fennimark {
@@ -31,7 +32,8 @@ public:
                                    });
         }
         for (std::size_t i = 0; i < mColumns.size(); ++i)
-            emitColumn(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i], cells);
+            collectRuns(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i]);
+        emit(cells);
     }
 
 private:
@@ -125,22 +127,32 @@ private:
         }
     }
 
-    void emitColumn(unsigned int column, std::vector<Entry> &entries, QVector<FMCellArea> &cells)
+    /// Cells [first, end) of a column that are covered alike.
+    struct Run {
+        unsigned int column;
+        qint64 first;
+        qint64 end;
+        double area;
+    };
+
+    void append(const Run &run)
+    {
+        mRuns.push_back(run);
+        mTotal += run.end - run.first;
+    }
+
+    void collectRuns(unsigned int column, std::vector<Entry> &entries)
     {
         std::sort(entries.begin(), entries.end(), [](const Entry &a, const Entry &b) { return a.row < b.row; });
         const double whole = mGrid.cellWidth * mGrid.cellHeight;
         qint64 next = mFirstRow;
         double cover = 0.0;
         int winding = 0;
-        const auto fillTo = [&](qint64 end) {
+        const auto fillTo = [&](qint64 end) { // over cells that no edge enters
             if (next >= end)
                 return;
-            if (winding > 0) {
-                const int first = cells.size();
-                cells.resize(first + static_cast<int>(end - next));
-                for (auto *cell = cells.data() + first; next < end; ++next)
-                    *cell++ = {column, static_cast<unsigned int>(next), whole};
-            }
+            if (winding > 0)
+                append({column, next, end, whole});
             next = end;
             cover = winding * mGrid.cellWidth;
         };
@@ -154,10 +166,21 @@ private:
                 winding += entries[i].winding;
             }
             if (row >= mFirstRow && area > kNothing * whole)
-                cells.append({column, static_cast<unsigned int>(row), std::min(area, whole)});
+                append({column, row, row + 1, std::min(area, whole)});
             next = std::max(next, row + 1);
         }
         fillTo(mEndRow);
+    }
+
+    void emit(QVector<FMCellArea> &cells) const
+    {
+        cells.resize(static_cast<int>(std::min<qint64>(mTotal, std::numeric_limits<int>::max())));
+        FMCellArea *to = cells.data();
+        const FMCellArea *const stop = to + cells.size();
+        for (const Run &run : mRuns) {
+            for (qint64 row = run.first; row < run.end && to != stop; ++row)
+                *to++ = {run.column, static_cast<unsigned int>(row), run.area};
+        }
     }
 
     const Shape &mPolygon;
@@ -166,6 +189,8 @@ private:
     const qint64 mFirstRow;
     const qint64 mEndRow;
     std::vector<std::vector<Entry>> mColumns;
+    std::vector<Run> mRuns;
+    qint64 mTotal = 0;
 };
 
 } // namespace

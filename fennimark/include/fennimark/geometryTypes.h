@@ -2,6 +2,7 @@
 /// The plain value types of the geometry library: boxes in space, in time and in both, grids of equal cells. Places are
 /// planar and in map units throughout the library: degrees are used as they are, and nothing wraps at the antimeridian.
 #pragma once
+#include <QtGlobal>
 
 /// A closed rectangle.
 struct Rect2D {
@@ -47,3 +48,4 @@ struct FMCellArea {
     unsigned int row = 0;
     double area = 0.0;
 };
+Q_DECLARE_TYPEINFO(FMCellArea, Q_PRIMITIVE_TYPE); // long vectors of them are grown and moved as bytes
