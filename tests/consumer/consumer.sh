@@ -9,7 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 package() { # NAME PACKAGE_DIR
-    cmake -S "$source" -B "$work/$1" -DCMAKE_CXX_COMPILER="$cxx" -DDataInterface_DIR="$2" >"$work/log" 2>&1 \
+    cmake -G Ninja -S "$source" -B "$work/$1" -DCMAKE_CXX_COMPILER="$cxx" -DDataInterface_DIR="$2" >"$work/log" 2>&1 \
         && cmake --build "$work/$1" >>"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
     echo "$1: $("$work/$1/consumer")"
 }
