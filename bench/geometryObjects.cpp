@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-// Geometry objects beside GEOS and GDAL: point in polygon, shared borders, contiguity of a pair, polygons over grids, and
-// what the way to GEOS and back adds to an overlay.
+// Geometry objects beside GEOS and GDAL: point in polygon, shared borders, contiguity of a pair,
+// polygons over grids, and what the way to GEOS and back adds to an overlay.
+#include "fennimark/FMPolygon.h"
+#include "pairs.h"
+#include <cmath>
 #include <gdal.h>
 #include <gdal_alg.h>
 #include <geos_c.h>
-#include <ogr_api.h>
-#include <cmath>
 #include <memory>
+#include <ogr_api.h>
 #include <random>
-#include "fennimark/FMPolygon.h"
-#include "pairs.h"
 
 using benchmark::DoNotOptimize;
 using pairs::Pair;
@@ -35,9 +35,11 @@ using Geometry = std::unique_ptr<GEOSGeometry, Destroy>;
 Geometry geometryOf(QPolygonF ring)
 {
     ring.append(ring.first());
-    GEOSCoordSequence *sequence = GEOSCoordSeq_copyFromBuffer_r(
-        geos(), reinterpret_cast<const double *>(ring.constData()), static_cast<unsigned>(ring.size()), 0, 0);
-    return Geometry(GEOSGeom_createPolygon_r(geos(), GEOSGeom_createLinearRing_r(geos(), sequence), nullptr, 0));
+    GEOSCoordSequence *sequence =
+        GEOSCoordSeq_copyFromBuffer_r(geos(), reinterpret_cast<const double *>(ring.constData()),
+                                      static_cast<unsigned>(ring.size()), 0, 0);
+    return Geometry(GEOSGeom_createPolygon_r(geos(), GEOSGeom_createLinearRing_r(geos(), sequence),
+                                             nullptr, 0));
 }
 
 /// A coast: waves of every length around a circle.
@@ -53,7 +55,8 @@ QPolygonF coast(int vertices, unsigned seed, const QPointF &center = {0, 0})
         const double angle = 6.283185307179586 * i / vertices;
         double radius = 1.0;
         for (std::size_t k = 1; k < phases.size(); ++k)
-            radius += 0.12 * std::sin(static_cast<double>(k) * angle + phases[k]) / static_cast<double>(k);
+            radius += 0.12 * std::sin(static_cast<double>(k) * angle + phases[k])
+                      / static_cast<double>(k);
         ring.append(center + QPointF(std::cos(angle), std::sin(angle)) * radius);
     }
     return ring;
@@ -66,8 +69,11 @@ QPolygonF tile(int column, int row, int vertices)
     QPolygonF ring;
     for (int side = 0; side < 4; ++side) {
         for (int i = 0; i < vertices / 4; ++i) {
-            const QPointF p = corners[side] + (corners[(side + 1) % 4] - corners[side]) * (4.0 * i / vertices) + QPointF(column, row);
-            ring.append(QPointF(0.8660254037844387 * p.x() - 0.5 * p.y(), 0.5 * p.x() + 0.8660254037844387 * p.y()));
+            const QPointF p = corners[side]
+                              + (corners[(side + 1) % 4] - corners[side]) * (4.0 * i / vertices)
+                              + QPointF(column, row);
+            ring.append(QPointF(0.8660254037844387 * p.x() - 0.5 * p.y(),
+                                0.5 * p.x() + 0.8660254037844387 * p.y()));
         }
     }
     return ring;
@@ -86,12 +92,16 @@ void addPointInPolygon(std::vector<Pair> &table)
         const auto geometries = std::make_shared<std::vector<Geometry>>();
         for (std::size_t i = 0; i < kPoints; ++i) {
             points->push_back({place(random), place(random)});
-            geometries->emplace_back(GEOSGeom_createPointFromXY_r(geos(), points->back().x(), points->back().y()));
+            geometries->emplace_back(
+                GEOSGeom_createPointFromXY_r(geos(), points->back().x(), points->back().y()));
         }
-        table.push_back({"point in polygon, " + std::to_string(vertices) + " vertices", "GEOS prepared", 1.1,
-                         repeat([=, i = std::size_t(0)]() mutable { DoNotOptimize(polygon->ContainsPoint((*points)[++i % kPoints])); }),
+        table.push_back({"point in polygon, " + std::to_string(vertices) + " vertices",
+                         "GEOS prepared", 1.1, repeat([=, i = std::size_t(0)]() mutable {
+                             DoNotOptimize(polygon->ContainsPoint((*points)[++i % kPoints]));
+                         }),
                          repeat([=, prepares = area, i = std::size_t(0)]() mutable {
-                             DoNotOptimize(GEOSPreparedIntersects_r(geos(), prepared, (*geometries)[++i % kPoints].get()));
+                             DoNotOptimize(GEOSPreparedIntersects_r(
+                                 geos(), prepared, (*geometries)[++i % kPoints].get()));
                          })});
     }
 }
@@ -103,13 +113,15 @@ void addBorders(std::vector<Pair> &table)
         const auto b = std::make_shared<FMPolygon>(tile(1, 0, vertices));
         const auto first = std::make_shared<Geometry>(geometryOf(tile(0, 0, vertices)));
         const auto second = std::make_shared<Geometry>(geometryOf(tile(1, 0, vertices)));
-        table.push_back({"shared border of a pair, " + std::to_string(vertices) + " vertices", "GEOS intersection", 0.06,
-                         repeat([=] { DoNotOptimize(a->GetBorderEdges(*b, nullptr)); }), repeat([=] {
-                             const Geometry common(GEOSIntersection_r(geos(), first->get(), second->get()));
-                             double length = 0.0;
-                             GEOSLength_r(geos(), common.get(), &length);
-                             DoNotOptimize(length);
-                         })});
+        table.push_back(
+            {"shared border of a pair, " + std::to_string(vertices) + " vertices",
+             "GEOS intersection", 0.06,
+             repeat([=] { DoNotOptimize(a->GetBorderEdges(*b, nullptr)); }), repeat([=] {
+                 const Geometry common(GEOSIntersection_r(geos(), first->get(), second->get()));
+                 double length = 0.0;
+                 GEOSLength_r(geos(), common.get(), &length);
+                 DoNotOptimize(length);
+             })});
     }
     for (const int vertices : {4, 32}) {
         const auto tiles = std::make_shared<std::vector<std::unique_ptr<FMPolygon>>>();
@@ -118,31 +130,36 @@ void addBorders(std::vector<Pair> &table)
             tiles->push_back(std::make_unique<FMPolygon>(tile(i % 3, i / 3, vertices)));
             geometries->push_back(geometryOf(tile(i % 3, i / 3, vertices)));
         }
-        table.push_back({"contact with eight neighbours, " + std::to_string(vertices) + " vertices", "GEOS touches", 0.08,
-                         repeat([=] {
+        table.push_back({"contact with eight neighbours, " + std::to_string(vertices) + " vertices",
+                         "GEOS touches", 0.08, repeat([=] {
                              for (const auto &other : *tiles)
-                                 DoNotOptimize(&other != &(*tiles)[4] && (*tiles)[4]->BordersPolygon(*other, true));
+                                 DoNotOptimize(&other != &(*tiles)[4]
+                                               && (*tiles)[4]->BordersPolygon(*other, true));
                          }),
                          repeat([=] {
                              for (const auto &other : *geometries)
-                                 DoNotOptimize(&other != &(*geometries)[4]
-                                               && GEOSTouches_r(geos(), (*geometries)[4].get(), other.get()));
+                                 DoNotOptimize(
+                                     &other != &(*geometries)[4]
+                                     && GEOSTouches_r(geos(), (*geometries)[4].get(), other.get()));
                          })});
     }
 }
 
-/// Burns the polygon into a byte raster and collects the cells, which GDAL decides by their centres.
+/// Burns the polygon into a byte raster and collects the cells, which GDAL decides by their
+/// centres.
 std::size_t burnt(OGRGeometryH polygon)
 {
-    GDALDatasetH raster = GDALCreate(GDALGetDriverByName("MEM"), "", kCells, kCells, 1, GDT_Byte, nullptr);
+    GDALDatasetH raster =
+        GDALCreate(GDALGetDriverByName("MEM"), "", kCells, kCells, 1, GDT_Byte, nullptr);
     double transform[6] = {kGrid.left, kGrid.cellWidth, 0.0, kGrid.top, 0.0, -kGrid.cellHeight};
     GDALSetGeoTransform(raster, transform);
     int band = 1;
     double value = 1.0;
-    GDALRasterizeGeometries(raster, 1, &band, 1, &polygon, nullptr, nullptr, &value, nullptr, nullptr, nullptr);
+    GDALRasterizeGeometries(raster, 1, &band, 1, &polygon, nullptr, nullptr, &value, nullptr,
+                            nullptr, nullptr);
     std::vector<unsigned char> bytes(std::size_t(kCells) * kCells);
-    CPLErr status = GDALRasterIO(GDALGetRasterBand(raster, 1), GF_Read, 0, 0, kCells, kCells, bytes.data(), kCells, kCells,
-                                 GDT_Byte, 0, 0);
+    CPLErr status = GDALRasterIO(GDALGetRasterBand(raster, 1), GF_Read, 0, 0, kCells, kCells,
+                                 bytes.data(), kCells, kCells, GDT_Byte, 0, 0);
     std::vector<std::pair<unsigned, unsigned>> cells;
     for (unsigned row = 0; status == CE_None && row < kCells; ++row) {
         for (unsigned column = 0; column < kCells; ++column) {
@@ -154,7 +171,8 @@ std::size_t burnt(OGRGeometryH polygon)
     return cells.size();
 }
 
-/// The usual way to cell areas: cells inside and outside by a prepared polygon, the others by intersection.
+/// The usual way to cell areas: cells inside and outside by a prepared polygon, the others by
+/// intersection.
 double areasByGeos(const GEOSGeometry *polygon, const GEOSPreparedGeometry *prepared)
 {
     double sum = 0.0;
@@ -162,7 +180,8 @@ double areasByGeos(const GEOSGeometry *polygon, const GEOSPreparedGeometry *prep
         for (int row = 0; row < kCells; ++row) {
             const double x = kGrid.left + column * kGrid.cellWidth;
             const double y = kGrid.bottom + row * kGrid.cellHeight;
-            const Geometry cell(GEOSGeom_createRectangle_r(geos(), x, y, x + kGrid.cellWidth, y + kGrid.cellHeight));
+            const Geometry cell(GEOSGeom_createRectangle_r(geos(), x, y, x + kGrid.cellWidth,
+                                                           y + kGrid.cellHeight));
             if (!GEOSPreparedIntersects_r(geos(), prepared, cell.get()))
                 continue;
             double area = kGrid.cellWidth * kGrid.cellHeight;
@@ -189,13 +208,15 @@ void addGrids(std::vector<Pair> &table)
     OGR_G_AddPoint_2D(line, ring.first().x(), ring.first().y());
     OGR_G_AddGeometryDirectly(burning, line);
     GDALAllRegister();
-    table.push_back({"centres in 5,000 vertices, 2000 x 2000", "GDAL rasterize and collect", 0.6, repeat([=] {
+    table.push_back({"centres in 5,000 vertices, 2000 x 2000", "GDAL rasterize and collect", 0.6,
+                     repeat([=] {
                          QVector<QPair<unsigned int, unsigned int>> cells;
                          polygon->ContainedCenters(kGrid, kWindow, cells);
                          DoNotOptimize(cells.size());
                      }),
                      repeat([=] { DoNotOptimize(burnt(burning)); })});
-    table.push_back({"cell areas of 5,000 vertices, 2000 x 2000", "GEOS prepared and partial cells", 0.005, repeat([=] {
+    table.push_back({"cell areas of 5,000 vertices, 2000 x 2000", "GEOS prepared and partial cells",
+                     0.005, repeat([=] {
                          QVector<FMCellArea> cells;
                          polygon->CellAreas(kGrid, kWindow, cells);
                          DoNotOptimize(cells.size());
@@ -212,15 +233,17 @@ void addIntersections(std::vector<Pair> &table)
         const auto b = std::make_shared<FMPolygon>(second);
         const auto ga = std::make_shared<Geometry>(geometryOf(first));
         const auto gb = std::make_shared<Geometry>(geometryOf(second));
-        table.push_back({"intersection, " + std::to_string(vertices) + " vertices", "GEOS alone", 1.1, repeat([=] {
-                             QVector<const FMPolygon *> both{a.get(), b.get()};
-                             const std::unique_ptr<FMPolygon> common(FMPolygon::GetIntersection(both));
-                             DoNotOptimize(common.get());
-                         }),
-                         repeat([=] {
-                             const Geometry common(GEOSIntersection_r(geos(), ga->get(), gb->get()));
-                             DoNotOptimize(common.get());
-                         })});
+        table.push_back(
+            {"intersection, " + std::to_string(vertices) + " vertices", "GEOS alone", 1.1,
+             repeat([=] {
+                 QVector<const FMPolygon *> both{a.get(), b.get()};
+                 const std::unique_ptr<FMPolygon> common(FMPolygon::GetIntersection(both));
+                 DoNotOptimize(common.get());
+             }),
+             repeat([=] {
+                 const Geometry common(GEOSIntersection_r(geos(), ga->get(), gb->get()));
+                 DoNotOptimize(common.get());
+             })});
     }
 }
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMObject.h"
-#include <cmath>
-#include <limits>
 #include "distance.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "overlay.h"
 #include "relate.h"
+#include <cmath>
+#include <limits>
 
 using fennimark::GeometryView;
 using fennimark::ObjectBacking;
@@ -16,7 +16,9 @@ using fennimark::Shape;
 
 TreeObject::~TreeObject() = default;
 
-FMObject::FMObject(ObjectKind kind) : mKind(kind) {}
+FMObject::FMObject(ObjectKind kind) : mKind(kind)
+{
+}
 
 FMObject::FMObject(ObjectKind kind, const GeometryView &view, fennimark::Simplicity simplicity)
     : mView(view), mKind(kind), mSimplicity(simplicity)
@@ -213,10 +215,11 @@ double FMObject::Length() const
 {
     double length = 0.0;
     const Shape shape(*this);
-    shape.visitSegments(0, shape.vertexCount(), [&length](quint32, const QPointF &from, const QPointF &to) {
-        length += std::hypot(to.x() - from.x(), to.y() - from.y());
-        return true;
-    });
+    shape.visitSegments(0, shape.vertexCount(),
+                        [&length](quint32, const QPointF &from, const QPointF &to) {
+                            length += std::hypot(to.x() - from.x(), to.y() - from.y());
+                            return true;
+                        });
     return length;
 }
 
@@ -229,13 +232,14 @@ bool FMObject::GetCentroid(double &x, double &y) const
     double length = mKind == ObjectKind::Point ? 1.0 : 0.0;
     double momentX = 0.0;
     double momentY = 0.0;
-    shape.visitSegments(0, shape.vertexCount(), [&](quint32, const QPointF &from, const QPointF &to) {
-        const double step = std::hypot(to.x() - from.x(), to.y() - from.y());
-        length += step;
-        momentX += step * (0.5 * (from.x() - origin.x()) + 0.5 * (to.x() - origin.x()));
-        momentY += step * (0.5 * (from.y() - origin.y()) + 0.5 * (to.y() - origin.y()));
-        return true;
-    });
+    shape.visitSegments(
+        0, shape.vertexCount(), [&](quint32, const QPointF &from, const QPointF &to) {
+            const double step = std::hypot(to.x() - from.x(), to.y() - from.y());
+            length += step;
+            momentX += step * (0.5 * (from.x() - origin.x()) + 0.5 * (to.x() - origin.x()));
+            momentY += step * (0.5 * (from.y() - origin.y()) + 0.5 * (to.y() - origin.y()));
+            return true;
+        });
     if (!(length > 0.0))
         return false;
     x = origin.x() + momentX / length;

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The stream form of one object, little-endian bytes whatever the stream's own order and version: a point is x and y; a
-// line or polygon is a u32 part count, the u32 sizes of the parts, and x and y of every vertex, all exactly as given.
-#include <QDataStream>
-#include <QtEndian>
+// The stream form of one object, little-endian bytes whatever the stream's own order and version: a
+// point is x and y; a line or polygon is a u32 part count, the u32 sizes of the parts, and x and y
+// of every vertex, all exactly as given.
 #include "fennimark/FMPoint.h"
 #include "shape.h"
+#include <QDataStream>
+#include <QtEndian>
 
 namespace {
 
@@ -13,8 +14,12 @@ constexpr std::size_t kChunk = 1U << 15; // elements; memory grows no faster tha
 constexpr quint64 kMaxVertices = 0x7ffffffe;
 
 template <class T> struct Wire;
-template <> struct Wire<quint32> { using Word = quint32; };
-template <> struct Wire<double> { using Word = quint64; };
+template <> struct Wire<quint32> {
+    using Word = quint32;
+};
+template <> struct Wire<double> {
+    using Word = quint64;
+};
 
 template <class T> bool write(QDataStream &out, const T *values, std::size_t count)
 {
@@ -40,7 +45,8 @@ template <class T> bool read(QDataStream &in, T *values, std::size_t count)
 }
 
 /// Appends `count` elements of `Width` numbers each.
-template <class T, std::size_t Width = 1, class Element> bool readGrowing(QDataStream &in, std::vector<Element> &list, quint64 count)
+template <class T, std::size_t Width = 1, class Element>
+bool readGrowing(QDataStream &in, std::vector<Element> &list, quint64 count)
 {
     while (list.size() < count) {
         const std::size_t step = std::min<std::size_t>(kChunk, count - list.size());
@@ -63,7 +69,8 @@ bool FMObject::SaveToStream(QDataStream &out)
     }
     const fennimark::GeometryView given = fennimark::givenVertices(*this);
     return write(out, &given.partCount, 1) && write(out, given.partSizes, given.partCount)
-           && write(out, reinterpret_cast<const double *>(given.vertices), 2 * std::size_t(given.vertexCount));
+           && write(out, reinterpret_cast<const double *>(given.vertices),
+                    2 * std::size_t(given.vertexCount));
 }
 
 bool FMObject::RestoreFromStream(QDataStream &in, int form)
@@ -81,7 +88,8 @@ bool FMObject::RestoreFromStream(QDataStream &in, int form)
     }
     auto backing = std::make_unique<fennimark::ObjectBacking>();
     quint32 parts = 0;
-    if (!read(in, &parts, 1) || parts > kMaxVertices || !readGrowing<quint32>(in, backing->partSizes, parts))
+    if (!read(in, &parts, 1) || parts > kMaxVertices
+        || !readGrowing<quint32>(in, backing->partSizes, parts))
         return false;
     quint64 total = 0;
     for (const quint32 size : backing->partSizes)

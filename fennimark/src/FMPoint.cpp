@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMPoint.h"
 
-FMPoint::FMPoint(const QPointF &point) : FMObject(fennimark::ObjectKind::Point), x(point.x()), y(point.y()) {}
+FMPoint::FMPoint(const QPointF &point)
+    : FMObject(fennimark::ObjectKind::Point), x(point.x()), y(point.y())
+{
+}
 
 FMPoint::~FMPoint() = default;
 

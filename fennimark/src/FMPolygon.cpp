@@ -15,7 +15,8 @@ FMPolygon::FMPolygon(const QVector<QPointF> &ring) : FMObject(fennimark::ObjectK
     adopt(fennimark::joined(QList<QVector<QPointF>>{ring}));
 }
 
-FMPolygon::FMPolygon(const QList<QPolygonF> &rings, int form) : FMObject(fennimark::ObjectKind::Polygon)
+FMPolygon::FMPolygon(const QList<QPolygonF> &rings, int form)
+    : FMObject(fennimark::ObjectKind::Polygon)
 {
     constexpr int kCanonical = 1;
     adopt(fennimark::joined(rings));
@@ -77,17 +78,20 @@ bool FMPolygon::BordersPolygon(const FMPolygon &other, bool queen) const
     const GeometryView &mine = ObjectAccess::view(*this);
     const GeometryView &theirs = ObjectAccess::view(other);
     const Contact wanted = queen ? Contact::Place : Contact::Piece;
-    return fennimark::contact(mine, theirs, std::max(mine.tolerance, theirs.tolerance), wanted) >= wanted;
+    return fennimark::contact(mine, theirs, std::max(mine.tolerance, theirs.tolerance), wanted)
+           >= wanted;
 }
 
 namespace fennimark {
 
-std::unique_ptr<FMPolygon> ObjectAccess::makePolygon(const GeometryView &view, Simplicity simplicity)
+std::unique_ptr<FMPolygon> ObjectAccess::makePolygon(const GeometryView &view,
+                                                     Simplicity simplicity)
 {
     return std::unique_ptr<FMPolygon>(new FMPolygon(view, simplicity));
 }
 
-std::unique_ptr<FMPolygon> ObjectAccess::makePolygon(std::unique_ptr<ObjectBacking> backing, Simplicity simplicity)
+std::unique_ptr<FMPolygon> ObjectAccess::makePolygon(std::unique_ptr<ObjectBacking> backing,
+                                                     Simplicity simplicity)
 {
     std::unique_ptr<FMPolygon> polygon(new FMPolygon(GeometryView(), simplicity));
     polygon->adopt(std::move(backing));

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include <cmath>
 #include "fennimark/FMPolygon.h"
 #include "gridCoverage.h"
 #include "overlay.h"
+#include <cmath>
 
 using fennimark::Shape;
 
@@ -10,13 +10,15 @@ namespace {
 
 bool isUsable(const FMGrid &grid, const FMGridWindow &window)
 {
-    const bool finite = std::isfinite(grid.left) && std::isfinite(grid.bottom) && std::isfinite(grid.top)
-                        && std::isfinite(grid.cellWidth) && std::isfinite(grid.cellHeight);
-    return finite && grid.cellWidth > 0.0 && grid.cellHeight > 0.0 && window.firstColumn <= window.lastColumn
-           && window.firstRow <= window.lastRow;
+    const bool finite = std::isfinite(grid.left) && std::isfinite(grid.bottom)
+                        && std::isfinite(grid.top) && std::isfinite(grid.cellWidth)
+                        && std::isfinite(grid.cellHeight);
+    return finite && grid.cellWidth > 0.0 && grid.cellHeight > 0.0
+           && window.firstColumn <= window.lastColumn && window.firstRow <= window.lastRow;
 }
 
-/// Takes from the window the columns that the bounds do not reach, but for one at either end; false when none is left.
+/// Takes from the window the columns that the bounds do not reach, but for one at either end; false
+/// when none is left.
 bool narrow(FMGridWindow &window, const FMGrid &grid, const Rect2D &bounds)
 {
     const double first = std::floor((bounds.xMin - grid.left) / grid.cellWidth) - 1.0;
@@ -38,16 +40,19 @@ std::vector<bool> reversedRings(const Shape &shape, const fennimark::Nesting &ne
         double area = 0.0;
         const quint32 first = shape.partBegin(part);
         const QPointF origin = first < shape.partEnd(part) ? shape.vertex(first) : QPointF();
-        shape.visitSegments(first, shape.partEnd(part), [&](quint32, const QPointF &from, const QPointF &to) {
-            area += (from.x() - origin.x()) * (to.y() - origin.y()) - (from.y() - origin.y()) * (to.x() - origin.x());
-            return true;
-        });
+        shape.visitSegments(first, shape.partEnd(part),
+                            [&](quint32, const QPointF &from, const QPointF &to) {
+                                area += (from.x() - origin.x()) * (to.y() - origin.y())
+                                        - (from.y() - origin.y()) * (to.x() - origin.x());
+                                return true;
+                            });
         reversed[part] = (area < 0.0) != (nesting.isHole[part] != 0);
     }
     return reversed;
 }
 
-/// Draws places uniformly from the covered part of a grid: a cell by its covered area, then places in the cell.
+/// Draws places uniformly from the covered part of a grid: a cell by its covered area, then places
+/// in the cell.
 class CellSampler {
 public:
     CellSampler(const FMGrid &grid, const QVector<FMCellArea> &cells, double (*deviate)(void))
@@ -94,7 +99,8 @@ void FMPolygon::ContainedCenters(const FMGrid &grid, const FMGridWindow &window,
         fennimark::containedCenters(shape, grid, within, cells);
 }
 
-void FMPolygon::CellAreas(const FMGrid &grid, const FMGridWindow &window, QVector<FMCellArea> &cells) const
+void FMPolygon::CellAreas(const FMGrid &grid, const FMGridWindow &window,
+                          QVector<FMCellArea> &cells) const
 {
     cells.clear();
     if (!IsSimple()) {
@@ -105,7 +111,8 @@ void FMPolygon::CellAreas(const FMGrid &grid, const FMGridWindow &window, QVecto
     const Shape shape(*this);
     FMGridWindow within = window;
     if (isUsable(grid, window) && narrow(within, grid, shape.bounds()))
-        fennimark::cellAreas(shape, reversedRings(shape, fennimark::nestingOf(*this)), grid, within, cells);
+        fennimark::cellAreas(shape, reversedRings(shape, fennimark::nestingOf(*this)), grid, within,
+                             cells);
 }
 
 QVector<QPointF> FMPolygon::GetRandomPoints(double (*deviate)(void), int count) const
@@ -113,7 +120,8 @@ QVector<QPointF> FMPolygon::GetRandomPoints(double (*deviate)(void), int count) 
     QVector<QPointF> points;
     const Rect2D bounds = GetBounds();
     const Shape shape(*this);
-    const unsigned int side = shape.vertexCount() < 64 ? 16 : (shape.vertexCount() < 1024 ? 32 : 64);
+    const unsigned int side =
+        shape.vertexCount() < 64 ? 16 : (shape.vertexCount() < 1024 ? 32 : 64);
     const FMGrid grid{bounds.xMin, bounds.yMin, bounds.yMax, (bounds.xMax - bounds.xMin) / side,
                       (bounds.yMax - bounds.yMin) / side};
     if (!deviate || count < 1)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What asks for the area as a set: measures by ring sums, overlay through GEOS.
-#include <cmath>
 #include "fennimark/FMPolygon.h"
 #include "overlay.h"
+#include <cmath>
 
 using fennimark::Geometry;
 using fennimark::ObjectAccess;
@@ -44,9 +44,9 @@ struct RingSums {
 
 bool allSimple(const QVector<const FMPolygon *> &polygons)
 {
-    return !polygons.isEmpty() && std::all_of(polygons.cbegin(), polygons.cend(), [](const FMPolygon *polygon) {
-        return polygon && polygon->IsSimple();
-    });
+    return !polygons.isEmpty()
+           && std::all_of(polygons.cbegin(), polygons.cend(),
+                          [](const FMPolygon *polygon) { return polygon && polygon->IsSimple(); });
 }
 
 std::unique_ptr<FMPolygon> common(const FMPolygon &a, const FMPolygon &b)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMProjectionInfo.h"
-#include <QStringList>
 #include "wellKnownText.h"
+#include <QStringList>
 
 namespace {
 
@@ -45,8 +45,12 @@ bool FMProjectionInfo::FromWkt(const QString &wkt, FMProjectionInfo &info)
 
 QByteArray FMProjectionInfo::ToUtf8() const
 {
-    const QStringList lines{mProjectionName, mGeographicCSName, mLinUnitName, mAngUnitName,
-                            QString::number(mAngUnitCode), mWkt};
+    const QStringList lines{mProjectionName,
+                            mGeographicCSName,
+                            mLinUnitName,
+                            mAngUnitName,
+                            QString::number(mAngUnitCode),
+                            mWkt};
     return lines.join(QLatin1Char('\n')).toUtf8();
 }
 

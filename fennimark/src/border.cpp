@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
-// The pair test behind contiguity and shared borders: the segments of two boundaries that come near each other inside the
-// common window of their boxes, found by a dual descent through the run boxes.
+// The pair test behind contiguity and shared borders: the segments of two boundaries that come near
+// each other inside the common window of their boxes, found by a dual descent through the run
+// boxes.
 //
-// A vertex stored on a slanted edge is never on it to the last bit, so places within the slack are one place. Two
-// segments run together where the projection of one on the other overlaps it and both ends of that overlap are within
-// the slack: edges that merely diverge at a small angle from a common vertex share a place and no piece. Overlaps that
-// continue one another along the first boundary, over vertices of either, are one piece.
+// A vertex stored on a slanted edge is never on it to the last bit, so places within the slack are
+// one place. Two segments run together where the projection of one on the other overlaps it and
+// both ends of that overlap are within the slack: edges that merely diverge at a small angle from a
+// common vertex share a place and no piece. Overlaps that continue one another along the first
+// boundary, over vertices of either, are one piece.
+#include "shape.h"
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <optional>
-#include "orientation.h"
-#include "shape.h"
 
 namespace fennimark {
 namespace {
@@ -50,7 +51,10 @@ double slackOf(const Rect2D &a, const Rect2D &b, double tolerance)
 class Rail {
 public:
     Rail(const QPointF &from, const QPointF &to, double slack)
-        : mFrom(from), mTo(to), mSlack(slack), mLength(lengthOf(to.x() - from.x(), to.y() - from.y()))
+        : mFrom(from),
+          mTo(to),
+          mSlack(slack),
+          mLength(lengthOf(to.x() - from.x(), to.y() - from.y()))
     {
         if (mLength > 0.0)
             mDirection = QPointF((to.x() - from.x()) / mLength, (to.y() - from.y()) / mLength);
@@ -84,7 +88,8 @@ private:
     {
         const double dx = p.x() - mFrom.x();
         const double dy = p.y() - mFrom.y();
-        return {mDirection.x() * dx + mDirection.y() * dy, mDirection.x() * dy - mDirection.y() * dx};
+        return {mDirection.x() * dx + mDirection.y() * dy,
+                mDirection.x() * dy - mDirection.y() * dx};
     }
     QPointF at(double distance) const
     {
@@ -106,7 +111,8 @@ private:
             if (crossing >= 0.0 && crossing <= mLength)
                 return true;
         }
-        return nearRail(c) || nearRail(d) || nearSegment({0.0, 0.0}, c, d) || nearSegment({mLength, 0.0}, c, d);
+        return nearRail(c) || nearRail(d) || nearSegment({0.0, 0.0}, c, d)
+               || nearSegment({mLength, 0.0}, c, d);
     }
     bool nearRail(const QPointF &p) const { return nearSegment(p, {0.0, 0.0}, {mLength, 0.0}); }
     bool nearSegment(const QPointF &p, const QPointF &c, const QPointF &d) const
@@ -145,7 +151,8 @@ public:
     /// visit(contact, overlap) for each two segments in contact, until it returns false.
     template <class Visit> void visitContacts(Visit visit) const
     {
-        if (mA.isEmpty() || mB.isEmpty() || mWindow.xMin > mWindow.xMax || mWindow.yMin > mWindow.yMax)
+        if (mA.isEmpty() || mB.isEmpty() || mWindow.xMin > mWindow.xMax
+            || mWindow.yMin > mWindow.yMax)
             return;
         const auto enter = [this](const RunBox &p, const RunBox &q) {
             return std::max({double(p.xMin), double(q.xMin), mWindow.xMin}) - mSlack
@@ -153,9 +160,10 @@ public:
                    && std::max({double(p.yMin), double(q.yMin), mWindow.yMin}) - mSlack
                           <= std::min({double(p.yMax), double(q.yMax), mWindow.yMax});
         };
-        visitRunPairs(mA, mB, enter, [&](quint32 firstA, quint32 endA, quint32 firstB, quint32 endB) {
-            return visitRun(firstA, endA, firstB, endB, visit);
-        });
+        visitRunPairs(mA, mB, enter,
+                      [&](quint32 firstA, quint32 endA, quint32 firstB, quint32 endB) {
+                          return visitRun(firstA, endA, firstB, endB, visit);
+                      });
     }
 
 private:
@@ -177,30 +185,35 @@ private:
         int count = 0;
         mB.visitSegments(firstB, endB, [&](quint32, const QPointF &c, const QPointF &d) {
             if (inWindow(c, d)) {
-                segments[count++] = {&c, &d,
-                                     {std::min(c.x(), d.x()) - mSlack, std::max(c.x(), d.x()) + mSlack,
-                                      std::min(c.y(), d.y()) - mSlack, std::max(c.y(), d.y()) + mSlack}};
+                segments[count++] = {
+                    &c,
+                    &d,
+                    {std::min(c.x(), d.x()) - mSlack, std::max(c.x(), d.x()) + mSlack,
+                     std::min(c.y(), d.y()) - mSlack, std::max(c.y(), d.y()) + mSlack}};
             }
             return true;
         });
-        return count == 0 || mA.visitSegments(firstA, endA, [&](quint32 i, const QPointF &a, const QPointF &b) {
-            if (!inWindow(a, b))
-                return true;
-            const Rect2D box{std::min(a.x(), b.x()), std::max(a.x(), b.x()), std::min(a.y(), b.y()),
-                             std::max(a.y(), b.y())};
-            std::optional<Rail> rail;
-            for (int j = 0; j < count; ++j) {
-                if (!boxesMeet(box, segments[j].reach))
-                    continue;
-                if (!rail)
-                    rail.emplace(a, b, mSlack);
-                Overlap overlap{i, 0.0, 0.0, {}, {}};
-                const Contact found = rail->meet(*segments[j].from, *segments[j].to, overlap);
-                if (found != Contact::None && !visit(found, overlap))
-                    return false;
-            }
-            return true;
-        });
+        return count == 0
+               || mA.visitSegments(
+                   firstA, endA, [&](quint32 i, const QPointF &a, const QPointF &b) {
+                       if (!inWindow(a, b))
+                           return true;
+                       const Rect2D box{std::min(a.x(), b.x()), std::max(a.x(), b.x()),
+                                        std::min(a.y(), b.y()), std::max(a.y(), b.y())};
+                       std::optional<Rail> rail;
+                       for (int j = 0; j < count; ++j) {
+                           if (!boxesMeet(box, segments[j].reach))
+                               continue;
+                           if (!rail)
+                               rail.emplace(a, b, mSlack);
+                           Overlap overlap{i, 0.0, 0.0, {}, {}};
+                           const Contact found =
+                               rail->meet(*segments[j].from, *segments[j].to, overlap);
+                           if (found != Contact::None && !visit(found, overlap))
+                               return false;
+                       }
+                       return true;
+                   });
     }
 
     const Shape &mA;
@@ -234,7 +247,8 @@ void unite(Overlaps &overlaps, double slack)
     overlaps.resize(std::min(kept + 1, overlaps.size()));
 }
 
-/// Chains of overlaps that continue one another, as the length of the chain that each united overlap belongs to.
+/// Chains of overlaps that continue one another, as the length of the chain that each united
+/// overlap belongs to.
 QVarLengthArray<double, 16> chainLengths(const Overlaps &overlaps, double slack)
 {
     QVarLengthArray<double, 16> lengths(overlaps.size());
@@ -254,7 +268,9 @@ QVarLengthArray<double, 16> chainLengths(const Overlaps &overlaps, double slack)
             firstEnd = i;
         }
     }
-    if (begin > 0 && nearby(overlaps.back().to, overlaps.front().from, 2.0 * slack)) { // over the ring's first vertex
+    if (begin > 0
+        && nearby(overlaps.back().to, overlaps.front().from,
+                  2.0 * slack)) { // over the ring's first vertex
         const double length = firstChain + lengths.back();
         std::fill(lengths.begin(), lengths.begin() + firstEnd, length);
         std::fill(lengths.begin() + begin, lengths.end(), length);
@@ -289,7 +305,8 @@ Contact contact(const GeometryView &a, const GeometryView &b, double tolerance, 
     return best;
 }
 
-double sharedBorder(const GeometryView &a, const GeometryView &b, double tolerance, QList<QLineF> *pieces)
+double sharedBorder(const GeometryView &a, const GeometryView &b, double tolerance,
+                    QList<QLineF> *pieces)
 {
     const Shape first(a, ObjectKind::Polygon);
     const Shape second(b, ObjectKind::Polygon);

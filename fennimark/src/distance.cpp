@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Common points are found exactly and first. What is left is the least distance between two boundaries, by descending
-// both trees at once, nearer boxes first, into pairs of boxes that are nearer than the best so far.
+// Common points are found exactly and first. What is left is the least distance between two
+// boundaries, by descending both trees at once, nearer boxes first, into pairs of boxes that are
+// nearer than the best so far.
 #include "distance.h"
-#include <limits>
 #include "relate.h"
+#include <limits>
 
 namespace fennimark {
 namespace {
@@ -17,8 +18,10 @@ double squared(const QPointF &v)
 
 double boxDistance(const RunBox &a, const RunBox &b)
 {
-    const double dx = std::max({0.0, double(a.xMin) - double(b.xMax), double(b.xMin) - double(a.xMax)});
-    const double dy = std::max({0.0, double(a.yMin) - double(b.yMax), double(b.yMin) - double(a.yMax)});
+    const double dx =
+        std::max({0.0, double(a.xMin) - double(b.xMax), double(b.xMin) - double(a.xMax)});
+    const double dy =
+        std::max({0.0, double(a.yMin) - double(b.yMax), double(b.yMin) - double(a.yMax)});
     return dx * dx + dy * dy;
 }
 
@@ -74,13 +77,16 @@ private:
 
     void segments(Shape::Node a, Shape::Node b)
     {
-        mA.visitSegments(mA.firstSegment(a), mA.endSegment(a), [&](quint32, const QPointF &from, const QPointF &to) {
-            return mB.visitSegments(mB.firstSegment(b), mB.endSegment(b),
-                                    [&](quint32, const QPointF &otherFrom, const QPointF &otherTo) {
-                                        mBest = std::min(mBest, segmentDistance(from, to, otherFrom, otherTo));
-                                        return true;
-                                    });
-        });
+        mA.visitSegments(mA.firstSegment(a), mA.endSegment(a),
+                         [&](quint32, const QPointF &from, const QPointF &to) {
+                             return mB.visitSegments(
+                                 mB.firstSegment(b), mB.endSegment(b),
+                                 [&](quint32, const QPointF &otherFrom, const QPointF &otherTo) {
+                                     mBest = std::min(
+                                         mBest, segmentDistance(from, to, otherFrom, otherTo));
+                                     return true;
+                                 });
+                         });
     }
 
     const Shape &mA;
@@ -115,7 +121,8 @@ double squaredReach(const Shape &shape, const QPointF &center)
 {
     double reach = shape.isEmpty() ? kFar : 0.0;
     for (quint32 i = 0; i < shape.vertexCount(); ++i)
-        reach = std::max(reach, squared(QPointF(shape.vertex(i).x() - center.x(), shape.vertex(i).y() - center.y())));
+        reach = std::max(reach, squared(QPointF(shape.vertex(i).x() - center.x(),
+                                                shape.vertex(i).y() - center.y())));
     return reach;
 }
 

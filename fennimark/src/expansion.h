@@ -6,9 +6,10 @@
 
 namespace fennimark {
 
-/// A number as an unevaluated sum of doubles that do not overlap, smallest first (J. R. Shewchuk, "Adaptive precision
-/// floating-point arithmetic and fast robust geometric predicates", Discrete & Computational Geometry 18, 1997,
-/// 305-363). Exact as long as nothing overflows and no product falls below the normal range.
+/// A number as an unevaluated sum of doubles that do not overlap, smallest first (J. R. Shewchuk,
+/// "Adaptive precision floating-point arithmetic and fast robust geometric predicates", Discrete &
+/// Computational Geometry 18, 1997, 305-363). Exact as long as nothing overflows and no product
+/// falls below the normal range.
 class Expansion {
 public:
     Expansion() = default;

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-/// The inside of geometry objects, for the record store: objects as views on its memory, the raw vertices of any object,
-/// run boxes, and the one pair test behind contiguity and shared borders.
+/// The inside of geometry objects, for the record store: objects as views on its memory, the raw
+/// vertices of any object, run boxes, and the one pair test behind contiguity and shared borders.
 #pragma once
+#include "fennimark/FMObject.h"
 #include <QLineF>
 #include <QList>
-#include "fennimark/FMObject.h"
 
 namespace fennimark {
 
-/// The box of eight consecutive segments, rounded outwards. Segment i runs from vertex i to the next of its part; the
-/// last vertex of a ring goes back to the first, the last of a line stays where it is. Runs take no notice of parts.
-/// Above the runs stand boxes of eight boxes each, level behind level up to a single one. Objects of at most eight
-/// vertices have none.
+/// The box of eight consecutive segments, rounded outwards. Segment i runs from vertex i to the
+/// next of its part; the last vertex of a ring goes back to the first, the last of a line stays
+/// where it is. Runs take no notice of parts. Above the runs stand boxes of eight boxes each, level
+/// behind level up to a single one. Objects of at most eight vertices have none.
 struct RunBox {
     float xMin, yMin, xMax, yMax;
 };
@@ -27,26 +27,38 @@ Rect2D vertexBounds(const QPointF *vertices, quint32 count, bool *finite = nullp
 /// Contact of two boundaries: none, at a place, along a piece longer than four times the slack.
 enum class Contact : quint8 { None, Place, Piece };
 
-/// The pair test. Two places are the same within `tolerance` or the rounding slack (8 ulp of the largest coordinate of
-/// the two boxes), whichever is more. The walk ends as soon as `enough` is known to hold.
-Contact contact(const GeometryView &a, const GeometryView &b, double tolerance, Contact enough = Contact::Piece);
-/// The same walk without early end: length of all common pieces, and the pieces in a's direction when asked for.
-double sharedBorder(const GeometryView &a, const GeometryView &b, double tolerance, QList<QLineF> *pieces = nullptr);
+/// The pair test. Two places are the same within `tolerance` or the rounding slack (8 ulp of the
+/// largest coordinate of the two boxes), whichever is more. The walk ends as soon as `enough` is
+/// known to hold.
+Contact contact(const GeometryView &a, const GeometryView &b, double tolerance,
+                Contact enough = Contact::Piece);
+/// The same walk without early end: length of all common pieces, and the pieces in a's direction
+/// when asked for.
+double sharedBorder(const GeometryView &a, const GeometryView &b, double tolerance,
+                    QList<QLineF> *pieces = nullptr);
 
 /// The way past the public surface of geometry objects.
 struct ObjectAccess {
     /// Live objects on vertices that outlive them. The caller's.
     static std::unique_ptr<FMLine> makeLine(const GeometryView &view);
     static std::unique_ptr<FMPolygon> makePolygon(const GeometryView &view, Simplicity simplicity);
-    static std::unique_ptr<FMPolygon> makePolygon(std::unique_ptr<ObjectBacking> backing, Simplicity simplicity);
+    static std::unique_ptr<FMPolygon> makePolygon(std::unique_ptr<ObjectBacking> backing,
+                                                  Simplicity simplicity);
 
     static ObjectKind kind(const FMObject &object) { return object.mKind; }
-    /// The raw vertices of a line or polygon, run boxes as far as they were made. Empty for a point.
+    /// The raw vertices of a line or polygon, run boxes as far as they were made. Empty for a
+    /// point.
     static const GeometryView &view(const FMObject &object) { return object.mView; }
     /// What is known so far; nothing is computed.
     static Simplicity simplicity(const FMObject &object) { return object.mSimplicity; }
-    static void setSimplicity(const FMObject &object, Simplicity simplicity) { object.mSimplicity = simplicity; }
-    static std::unique_ptr<ObjectBacking> &backing(const FMObject &object) { return object.mBacking; }
+    static void setSimplicity(const FMObject &object, Simplicity simplicity)
+    {
+        object.mSimplicity = simplicity;
+    }
+    static std::unique_ptr<ObjectBacking> &backing(const FMObject &object)
+    {
+        return object.mBacking;
+    }
 };
 
 } // namespace fennimark

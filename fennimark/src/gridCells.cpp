@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Areas of a polygon in grid cells. Every edge is cut at the grid lines. A piece in a cell adds the area above it within
-// the cell, signed by its direction, and covers its width of every cell above; summed up a column this is the polygon's
-// area in each cell that an edge enters. Between those, the winding just right of the column's left line, a count of
-// whole crossings, makes a cell all or nothing, and the running sum starts afresh from it, so that no rounding is
-// carried on.
+// Areas of a polygon in grid cells. Every edge is cut at the grid lines. A piece in a cell adds the
+// area above it within the cell, signed by its direction, and covers its width of every cell above;
+// summed up a column this is the polygon's area in each cell that an edge enters. Between those,
+// the winding just right of the column's left line, a count of whole crossings, makes a cell all or
+// nothing, and the running sum starts afresh from it, so that no rounding is carried on.
+#include "gridCoverage.h"
 #include <cmath>
 #include <limits>
-#include "gridCoverage.h"
 
 namespace fennimark {
 namespace {
@@ -16,7 +16,11 @@ constexpr double kNothing = 1.0e-12; // of a cell
 class CellWalk {
 public:
     CellWalk(const Shape &polygon, const FMGrid &grid, const FMGridWindow &window)
-        : mPolygon(polygon), mGrid(grid), mWindow(window), mFirstRow(window.firstRow), mEndRow(qint64(window.lastRow) + 1),
+        : mPolygon(polygon),
+          mGrid(grid),
+          mWindow(window),
+          mFirstRow(window.firstRow),
+          mEndRow(qint64(window.lastRow) + 1),
           mColumns(window.lastColumn - window.firstColumn + 1U)
     {
     }
@@ -47,8 +51,11 @@ private:
     double lineX(qint64 column) const { return double(column) * mGrid.cellWidth + mGrid.left; }
     double lineY(qint64 row) const { return double(row) * mGrid.cellHeight + mGrid.bottom; }
 
-    /// The cell between whose lines a place lies, the lower line included; within [low, high] told apart from outside.
-    template <class Line> static qint64 cellOf(double place, double origin, double size, qint64 low, qint64 high, Line line)
+    /// The cell between whose lines a place lies, the lower line included; within [low, high] told
+    /// apart from outside.
+    template <class Line>
+    static qint64 cellOf(double place, double origin, double size, qint64 low, qint64 high,
+                         Line line)
     {
         const double guess = std::floor((place - origin) / size);
         auto cell = static_cast<qint64>(std::min(std::max(guess, double(low)), double(high)));
@@ -61,12 +68,13 @@ private:
     /// Below the window's first row: mFirstRow - 1. Above its last: mEndRow.
     qint64 rowOf(double y) const
     {
-        return cellOf(y, mGrid.bottom, mGrid.cellHeight, mFirstRow - 1, mEndRow, [this](qint64 r) { return lineY(r); });
+        return cellOf(y, mGrid.bottom, mGrid.cellHeight, mFirstRow - 1, mEndRow,
+                      [this](qint64 r) { return lineY(r); });
     }
     qint64 columnOf(double x) const
     {
-        return cellOf(x, mGrid.left, mGrid.cellWidth, qint64(mWindow.firstColumn) - 1, qint64(mWindow.lastColumn) + 1,
-                      [this](qint64 c) { return lineX(c); });
+        return cellOf(x, mGrid.left, mGrid.cellWidth, qint64(mWindow.firstColumn) - 1,
+                      qint64(mWindow.lastColumn) + 1, [this](qint64 c) { return lineX(c); });
     }
 
     static double between(double from, double to, double fraction)
@@ -85,24 +93,28 @@ private:
         if (left.x() == right.x() && (left.y() == right.y() || left.x() == lineX(first)))
             return; // along a grid line: in no cell
         QPointF from = left;
-        for (qint64 column = first; column <= std::min<qint64>(last, mWindow.lastColumn); ++column) {
+        for (qint64 column = first; column <= std::min<qint64>(last, mWindow.lastColumn);
+             ++column) {
             const double end = lineX(column + 1);
             if (column == last && right.x() == lineX(column))
                 break;
-            const QPointF to = column == last ? right
-                                              : QPointF(end, between(left.y(), right.y(), (end - left.x()) / (right.x() - left.x())));
+            const QPointF to =
+                column == last ? right
+                               : QPointF(end, between(left.y(), right.y(),
+                                                      (end - left.x()) / (right.x() - left.x())));
             if (column >= mWindow.firstColumn) {
                 const bool entersLeft = column > first || left.x() == lineX(column);
-                addPiece(mColumns[static_cast<std::size_t>(column - mWindow.firstColumn)], from, to, sign,
-                         entersLeft ? sign : 0);
+                addPiece(mColumns[static_cast<std::size_t>(column - mWindow.firstColumn)], from, to,
+                         sign, entersLeft ? sign : 0);
             }
             from = to;
         }
     }
 
-    /// A piece within one column, cut at the row lines from its left end on; `winding` goes with the first cut, where
-    /// the piece leaves the column's left line.
-    void addPiece(std::vector<Entry> &column, const QPointF &left, const QPointF &right, int sign, int winding)
+    /// A piece within one column, cut at the row lines from its left end on; `winding` goes with
+    /// the first cut, where the piece leaves the column's left line.
+    void addPiece(std::vector<Entry> &column, const QPointF &left, const QPointF &right, int sign,
+                  int winding)
     {
         const bool rises = right.y() > left.y();
         qint64 row = rowOf(left.y());
@@ -114,10 +126,13 @@ private:
             const double line = canLeave ? lineY(rises ? row + 1 : row) : 0.0;
             const bool ends = !canLeave || (rises ? right.y() <= line : right.y() >= line);
             const QPointF to = ends ? right
-                                    : QPointF(between(left.x(), right.x(), (line - left.y()) / (right.y() - left.y())), line);
+                                    : QPointF(between(left.x(), right.x(),
+                                                      (line - left.y()) / (right.y() - left.y())),
+                                              line);
             if (row < mEndRow) {
                 const double cover = sign * (to.x() - from.x());
-                const double above = row < mFirstRow ? 0.0 : lineY(row + 1) - 0.5 * (from.y() + to.y());
+                const double above =
+                    row < mFirstRow ? 0.0 : lineY(row + 1) - 0.5 * (from.y() + to.y());
                 column.push_back({row, cover * above, cover, winding});
             }
             if (ends)
@@ -143,7 +158,8 @@ private:
 
     void collectRuns(unsigned int column, std::vector<Entry> &entries)
     {
-        std::sort(entries.begin(), entries.end(), [](const Entry &a, const Entry &b) { return a.row < b.row; });
+        std::sort(entries.begin(), entries.end(),
+                  [](const Entry &a, const Entry &b) { return a.row < b.row; });
         const double whole = mGrid.cellWidth * mGrid.cellHeight;
         qint64 next = mFirstRow;
         double cover = 0.0;
@@ -195,8 +211,8 @@ private:
 
 } // namespace
 
-void cellAreas(const Shape &polygon, const std::vector<bool> &reversed, const FMGrid &grid, const FMGridWindow &window,
-               QVector<FMCellArea> &cells)
+void cellAreas(const Shape &polygon, const std::vector<bool> &reversed, const FMGrid &grid,
+               const FMGridWindow &window, QVector<FMCellArea> &cells)
 {
     CellWalk(polygon, grid, window).run(reversed, cells);
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// What a polygon covers of a grid, cell by cell without a test per cell.
 #pragma once
+#include "shape.h"
 #include <QPair>
 #include <QVector>
-#include "shape.h"
 
 namespace fennimark {
 
@@ -11,8 +11,8 @@ namespace fennimark {
 void containedCenters(const Shape &polygon, const FMGrid &grid, const FMGridWindow &window,
                       QVector<QPair<unsigned int, unsigned int>> &cells);
 
-/// Rows count up from the bottom. The rings bound a valid multipolygon; `reversed` tells of each whether its area lies
-/// to the right of its segments.
+/// Rows count up from the bottom. The rings bound a valid multipolygon; `reversed` tells of each
+/// whether its area lies to the right of its segments.
 void cellAreas(const Shape &polygon, const std::vector<bool> &reversed, const FMGrid &grid,
                const FMGridWindow &window, QVector<FMCellArea> &cells);
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Point in polygon by a ray to the right through the tree of run boxes. A box that lies wholly right of the point need not
-// be entered when its segments are one connected path: the path crosses the ray an odd number of times exactly when its
-// two ends lie on different sides of it. So the walk only enters boxes that hold the point.
+// Point in polygon by a ray to the right through the tree of run boxes. A box that lies wholly
+// right of the point need not be entered when its segments are one connected path: the path crosses
+// the ray an odd number of times exactly when its two ends lie on different sides of it. So the
+// walk only enters boxes that hold the point.
 #include "orientation.h"
 #include "relate.h"
 
@@ -11,7 +12,11 @@ namespace {
 class Ray {
 public:
     Ray(const Shape &shape, const QPointF &point)
-        : mShape(shape), mPoint(point), mX(point.x()), mY(point.y()), mLow{roundedDown(mX), roundedDown(mY)},
+        : mShape(shape),
+          mPoint(point),
+          mX(point.x()),
+          mY(point.y()),
+          mLow{roundedDown(mX), roundedDown(mY)},
           mHigh{roundedUp(mX), roundedUp(mY)}
     {
     }
@@ -57,20 +62,23 @@ private:
 
     bool segments(quint32 first, quint32 end)
     {
-        return mShape.visitSegments(first, end, [this](quint32, const QPointF &from, const QPointF &to) {
-            const bool fromAbove = above(from);
-            if (fromAbove == above(to))
-                return !(samePlace(from, mPoint) || (from.y() == mY && to.y() == mY && onSegment(from, to, mPoint)));
-            if (from.x() < mX && to.x() < mX)
-                return true;
-            if (from.x() > mX && to.x() > mX) {
-                mOdd = !mOdd;
-                return true;
-            }
-            const int side = orientation(from, to, mPoint);
-            mOdd ^= (side > 0) != fromAbove; // left of a rising edge, right of a falling one: the edge is ahead
-            return side != 0;
-        });
+        return mShape.visitSegments(
+            first, end, [this](quint32, const QPointF &from, const QPointF &to) {
+                const bool fromAbove = above(from);
+                if (fromAbove == above(to))
+                    return !(samePlace(from, mPoint)
+                             || (from.y() == mY && to.y() == mY && onSegment(from, to, mPoint)));
+                if (from.x() < mX && to.x() < mX)
+                    return true;
+                if (from.x() > mX && to.x() > mX) {
+                    mOdd = !mOdd;
+                    return true;
+                }
+                const int side = orientation(from, to, mPoint);
+                mOdd ^= (side > 0) != fromAbove; // left of a rising edge, right of a falling one:
+                                                 // the edge is ahead
+                return side != 0;
+            });
     }
 
     const Shape &mShape;
@@ -86,8 +94,9 @@ private:
 
 bool onSegment(const QPointF &a, const QPointF &b, const QPointF &p)
 {
-    return std::min(a.x(), b.x()) <= p.x() && p.x() <= std::max(a.x(), b.x()) && std::min(a.y(), b.y()) <= p.y()
-           && p.y() <= std::max(a.y(), b.y()) && orientation(a, b, p) == 0;
+    return std::min(a.x(), b.x()) <= p.x() && p.x() <= std::max(a.x(), b.x())
+           && std::min(a.y(), b.y()) <= p.y() && p.y() <= std::max(a.y(), b.y())
+           && orientation(a, b, p) == 0;
 }
 
 Place locate(const Shape &shape, const QPointF &point)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Second and last stage of the orientation test: most places that defeat the filter lie on axis-parallel edges, or their
-// differences are exact and two exact products decide; the rest goes through expansions.
+// Second and last stage of the orientation test: most places that defeat the filter lie on
+// axis-parallel edges, or their differences are exact and two exact products decide; the rest goes
+// through expansions.
 #include "orientation.h"
 #include "expansion.h"
 
@@ -25,15 +26,16 @@ int exactOrientation(const QPointF &a, const QPointF &b, const QPointF &c)
     const double by = b.y() - c.y();
     if ((ax == 0.0 || by == 0.0) && (ay == 0.0 || bx == 0.0))
         return 0;
-    if (exactDifference(a.x(), c.x()) && exactDifference(a.y(), c.y()) && exactDifference(b.x(), c.x())
-        && exactDifference(b.y(), c.y())) {
+    if (exactDifference(a.x(), c.x()) && exactDifference(a.y(), c.y())
+        && exactDifference(b.x(), c.x()) && exactDifference(b.y(), c.y())) {
         const double left = ax * by;
         const double right = ay * bx;
         if (left != right)
             return signOf(left - right); // rounding is monotone: the exact products order alike
         return signOf(std::fma(ax, by, -left) - std::fma(ay, bx, -right));
     }
-    Expansion determinant = Expansion::difference(a.x(), c.x()) * Expansion::difference(b.y(), c.y());
+    Expansion determinant =
+        Expansion::difference(a.x(), c.x()) * Expansion::difference(b.y(), c.y());
     determinant -= Expansion::difference(a.y(), c.y()) * Expansion::difference(b.x(), c.x());
     return determinant.sign();
 }

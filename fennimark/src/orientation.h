@@ -19,8 +19,9 @@ inline bool samePlace(const QPointF &a, const QPointF &b)
     return a.x() == b.x() && a.y() == b.y();
 }
 
-/// 1 when c lies left of the line from a to b, -1 right of it, 0 on it. The filter is Shewchuk's first stage: the
-/// rounded determinant is right when it exceeds (3 + 16 u) u times the sum of its products, u = 2^-53.
+/// 1 when c lies left of the line from a to b, -1 right of it, 0 on it. The filter is Shewchuk's
+/// first stage: the rounded determinant is right when it exceeds (3 + 16 u) u times the sum of its
+/// products, u = 2^-53.
 inline int orientation(const QPointF &a, const QPointF &b, const QPointF &c)
 {
     constexpr double kFilter = 3.3306690738754716e-16;

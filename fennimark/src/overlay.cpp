@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "overlay.h"
-#include <cmath>
 #include "orientation.h"
 #include "relate.h"
+#include <cmath>
 
 namespace fennimark {
 namespace {
@@ -36,7 +36,8 @@ std::vector<GEOSGeometry *> released(std::vector<Geometry> &geometries)
 Geometry collection(int type, std::vector<Geometry> &geometries)
 {
     std::vector<GEOSGeometry *> raw = released(geometries);
-    return Geometry(GEOSGeom_createCollection_r(geosContext(), type, raw.data(), static_cast<unsigned int>(raw.size())));
+    return Geometry(GEOSGeom_createCollection_r(geosContext(), type, raw.data(),
+                                                static_cast<unsigned int>(raw.size())));
 }
 
 /// Whether a face of the plane that the rings cut out lies inside, by a place in it.
@@ -46,7 +47,8 @@ bool faceInside(const Shape &polygon, const GEOSGeometry *face)
     const Geometry place(GEOSPointOnSurface_r(context, face));
     double x = 0.0;
     double y = 0.0;
-    return place && GEOSGeomGetX_r(context, place.get(), &x) == 1 && GEOSGeomGetY_r(context, place.get(), &y) == 1
+    return place && GEOSGeomGetX_r(context, place.get(), &x) == 1
+           && GEOSGeomGetY_r(context, place.get(), &y) == 1
            && locate(polygon, QPointF(x, y)) == Place::Inside;
 }
 
@@ -75,7 +77,8 @@ Geometry toRing(const Shape &polygon, quint32 part)
     if (range.second < polygon.partEnd(part)) { // closed as given
         sequence = GEOSCoordSeq_copyFromBuffer_r(context, raw, count + 1, 0, 0);
     } else {
-        thread_local std::vector<double> closed; // kept: the system would clear the memory anew for each large ring
+        thread_local std::vector<double>
+            closed; // kept: the system would clear the memory anew for each large ring
         closed.assign(raw, raw + 2 * std::size_t(count));
         closed.insert(closed.end(), raw, raw + 2);
         sequence = GEOSCoordSeq_copyFromBuffer_r(context, closed.data(), count + 1, 0, 0);
@@ -104,7 +107,8 @@ bool appendRing(ObjectBacking &out, const GEOSGeometry *ring, bool hole)
         return false;
     const std::size_t first = out.vertices.size();
     out.vertices.resize(first + count);
-    GEOSCoordSeq_copyToBuffer_r(context, sequence, reinterpret_cast<double *>(&out.vertices[first]), 0, 0);
+    GEOSCoordSeq_copyToBuffer_r(context, sequence, reinterpret_cast<double *>(&out.vertices[first]),
+                                0, 0);
     const double area = doubleArea(&out.vertices[first], count);
     if (area == 0.0) {
         out.vertices.resize(first);
@@ -167,8 +171,8 @@ Nesting computeNesting(const Shape &polygon)
     return nesting;
 }
 
-/// What coverage union makes of shared edges is right only where vertices match; elsewhere it fails silently, with an
-/// invalid result or one whose area is not the sum.
+/// What coverage union makes of shared edges is right only where vertices match; elsewhere it fails
+/// silently, with an invalid result or one whose area is not the sum.
 Geometry coverageUnion(const GEOSGeometry *polygons)
 {
     GEOSContextHandle_t context = geosContext();
@@ -193,7 +197,8 @@ const Nesting &nestingOf(const FMPolygon &polygon)
     const Shape shape(polygon);
     if (shape.partCount() == 1)
         return single;
-    Nesting &nesting = ObjectAccess::backing(polygon)->nesting; // stands since the shape needed part ends
+    Nesting &nesting =
+        ObjectAccess::backing(polygon)->nesting; // stands since the shape needed part ends
     if (nesting.isHole.empty())
         nesting = computeNesting(shape);
     return nesting;
@@ -222,8 +227,8 @@ Geometry toGeometry(const FMPolygon &polygon)
         if (!shells[i])
             continue;
         std::vector<GEOSGeometry *> raw = released(holes[i]);
-        polygons.emplace_back(GEOSGeom_createPolygon_r(geosContext(), shells[i].release(), raw.data(),
-                                                       static_cast<unsigned int>(raw.size())));
+        polygons.emplace_back(GEOSGeom_createPolygon_r(
+            geosContext(), shells[i].release(), raw.data(), static_cast<unsigned int>(raw.size())));
         if (!polygons.back())
             return nullptr;
     }
@@ -261,7 +266,8 @@ std::unique_ptr<FMPolygon> fromGeometry(const GEOSGeometry *geometry)
     auto out = std::make_unique<ObjectBacking>();
     if (geometry)
         appendPolygons(*out, geometry);
-    return out->partSizes.empty() ? nullptr : ObjectAccess::makePolygon(std::move(out), Simplicity::Simple);
+    return out->partSizes.empty() ? nullptr
+                                  : ObjectAccess::makePolygon(std::move(out), Simplicity::Simple);
 }
 
 double areaOf(const GEOSGeometry *geometry)

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-/// Between lists of parts, as callers give and take them, and the parts behind one another that objects keep.
+/// Between lists of parts, as callers give and take them, and the parts behind one another that
+/// objects keep.
 #pragma once
-#include <QList>
 #include "shape.h"
+#include <QList>
 
 namespace fennimark {
 

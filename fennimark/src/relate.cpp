@@ -6,20 +6,25 @@
 namespace fennimark {
 namespace {
 
-/// visit(i, a, b, j, c, d) for the pairs of segments that meet, until it returns false; whether it never did.
+/// visit(i, a, b, j, c, d) for the pairs of segments that meet, until it returns false; whether it
+/// never did.
 template <class Visit> bool visitMeetings(const Shape &x, const Shape &y, Visit visit)
 {
     const auto enter = [](const RunBox &a, const RunBox &b) { return boxesMeet(a, b); };
-    return visitRunPairs(x, y, enter, [&](quint32 firstX, quint32 endX, quint32 firstY, quint32 endY) {
-        return x.visitSegments(firstX, endX, [&](quint32 i, const QPointF &a, const QPointF &b) {
-            return y.visitSegments(firstY, endY, [&](quint32 j, const QPointF &c, const QPointF &d) {
-                return !segmentsMeet(a, b, c, d) || visit(i, a, b, j, c, d);
-            });
+    return visitRunPairs(
+        x, y, enter, [&](quint32 firstX, quint32 endX, quint32 firstY, quint32 endY) {
+            return x.visitSegments(
+                firstX, endX, [&](quint32 i, const QPointF &a, const QPointF &b) {
+                    return y.visitSegments(
+                        firstY, endY, [&](quint32 j, const QPointF &c, const QPointF &d) {
+                            return !segmentsMeet(a, b, c, d) || visit(i, a, b, j, c, d);
+                        });
+                });
         });
-    });
 }
 
-/// Whether some part of `inner` lies in the area of `outer`, when the two have no segments in common.
+/// Whether some part of `inner` lies in the area of `outer`, when the two have no segments in
+/// common.
 bool holdsPart(const Shape &outer, const Shape &inner)
 {
     if (!outer.isPolygon())
@@ -34,9 +39,9 @@ bool holdsPart(const Shape &outer, const Shape &inner)
 
 bool allAt(const Shape &shape, const QPointF &place)
 {
-    return shape.visitSegments(0, shape.vertexCount(), [&place](quint32, const QPointF &from, const QPointF &) {
-        return samePlace(from, place);
-    });
+    return shape.visitSegments(
+        0, shape.vertexCount(),
+        [&place](quint32, const QPointF &from, const QPointF &) { return samePlace(from, place); });
 }
 
 /// Whether one side of a piece is inside `first` and outside `second`.
@@ -61,41 +66,53 @@ bool isEnd(const Shape &line, quint32 index, const QPointF &place)
 
 bool lineInteriorsMeet(const Shape &x, const Shape &y)
 {
-    const bool touchAtMost = visitMeetings(x, y, [&](quint32 i, const QPointF &a, const QPointF &b, quint32 j,
-                                                     const QPointF &c, const QPointF &d) {
-        if (orientation(a, b, c) * orientation(a, b, d) < 0 && orientation(c, d, a) * orientation(c, d, b) < 0)
-            return false;
-        for (const QPointF *place : {&a, &b, &c, &d}) {
-            if (onSegment(a, b, *place) && onSegment(c, d, *place) && !isEnd(x, i, *place) && !isEnd(y, j, *place))
-                return false;
-        }
-        return true;
+    const bool touchAtMost =
+        visitMeetings(x, y,
+                      [&](quint32 i, const QPointF &a, const QPointF &b, quint32 j,
+                          const QPointF &c, const QPointF &d) {
+                          if (orientation(a, b, c) * orientation(a, b, d) < 0
+                              && orientation(c, d, a) * orientation(c, d, b) < 0)
+                              return false;
+                          for (const QPointF *place : {&a, &b, &c, &d}) {
+                              if (onSegment(a, b, *place) && onSegment(c, d, *place)
+                                  && !isEnd(x, i, *place) && !isEnd(y, j, *place))
+                                  return false;
+                          }
+                          return true;
+                      });
+    return !touchAtMost || !SideWalk(x, x, y).visitPieces([](const Sides &, const Sides &other) {
+        return !other.on;
     });
-    return !touchAtMost
-           || !SideWalk(x, x, y).visitPieces([](const Sides &, const Sides &other) { return !other.on; });
 }
 
 bool interiorsMeet(const Shape &a, const Shape &b)
 {
     if (a.isPolygon() && b.isPolygon()) {
-        const auto apart = [](const Sides &first, const Sides &second) { return !shares(first, second); };
+        const auto apart = [](const Sides &first, const Sides &second) {
+            return !shares(first, second);
+        };
         return !SideWalk(a, a, b).visitPieces(apart) || !SideWalk(b, a, b).visitPieces(apart);
     }
     if (!a.isPolygon() && !b.isPolygon())
         return lineInteriorsMeet(a, b);
     const Shape &line = a.isPolygon() ? b : a;
     const Shape &area = a.isPolygon() ? a : b;
-    return !SideWalk(line, area, line).visitPieces([](const Sides &of, const Sides &) { return !of.inside(); });
+    return !SideWalk(line, area, line).visitPieces([](const Sides &of, const Sides &) {
+        return !of.inside();
+    });
 }
 
 } // namespace
 
 bool segmentsMeet(const QPointF &a, const QPointF &b, const QPointF &c, const QPointF &d)
 {
-    if (std::max(a.x(), b.x()) < std::min(c.x(), d.x()) || std::max(c.x(), d.x()) < std::min(a.x(), b.x())
-        || std::max(a.y(), b.y()) < std::min(c.y(), d.y()) || std::max(c.y(), d.y()) < std::min(a.y(), b.y()))
+    if (std::max(a.x(), b.x()) < std::min(c.x(), d.x())
+        || std::max(c.x(), d.x()) < std::min(a.x(), b.x())
+        || std::max(a.y(), b.y()) < std::min(c.y(), d.y())
+        || std::max(c.y(), d.y()) < std::min(a.y(), b.y()))
         return false;
-    return orientation(a, b, c) * orientation(a, b, d) <= 0 && orientation(c, d, a) * orientation(c, d, b) <= 0;
+    return orientation(a, b, c) * orientation(a, b, d) <= 0
+           && orientation(c, d, a) * orientation(c, d, b) <= 0;
 }
 
 bool meets(const Shape &a, const Shape &b)
@@ -106,9 +123,8 @@ bool meets(const Shape &a, const Shape &b)
         const bool first = a.kind() == ObjectKind::Point;
         return locate(first ? b : a, (first ? a : b).vertex(0)) != Place::Outside;
     }
-    const auto never = [](quint32, const QPointF &, const QPointF &, quint32, const QPointF &, const QPointF &) {
-        return false;
-    };
+    const auto never = [](quint32, const QPointF &, const QPointF &, quint32, const QPointF &,
+                          const QPointF &) { return false; };
     return !visitMeetings(a, b, never) || holdsPart(a, b) || holdsPart(b, a);
 }
 
@@ -120,12 +136,15 @@ bool covers(const Shape &outer, const Shape &inner)
         return locate(outer, inner.vertex(0)) != Place::Outside;
     if (outer.kind() == ObjectKind::Point)
         return allAt(inner, outer.vertex(0));
-    const bool boundaryInside = SideWalk(inner, outer, inner).visitPieces([](const Sides &of, const Sides &own) {
-        return of.covered() && !differs(own, of);
-    });
+    const bool boundaryInside =
+        SideWalk(inner, outer, inner).visitPieces([](const Sides &of, const Sides &own) {
+            return of.covered() && !differs(own, of);
+        });
     if (!boundaryInside || !inner.isPolygon() || !outer.isPolygon())
         return boundaryInside;
-    return SideWalk(outer, outer, inner).visitPieces([](const Sides &own, const Sides &of) { return !differs(of, own); });
+    return SideWalk(outer, outer, inner).visitPieces([](const Sides &own, const Sides &of) {
+        return !differs(of, own);
+    });
 }
 
 bool crosses(const Shape &a, const Shape &b)

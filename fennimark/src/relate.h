@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Exact relations of closed sets: where a place lies, what two shapes have in common. No tolerance anywhere.
+/// Exact relations of closed sets: where a place lies, what two shapes have in common. No tolerance
+/// anywhere.
 #pragma once
 #include "shape.h"
 
@@ -20,7 +21,8 @@ bool meets(const Shape &a, const Shape &b);
 bool covers(const Shape &outer, const Shape &inner);
 /// The interiors meet and neither covers the other.
 bool crosses(const Shape &a, const Shape &b);
-/// Whether ring `inner` of a polygon lies inside ring `outer` alone; rings that cross give either answer.
+/// Whether ring `inner` of a polygon lies inside ring `outer` alone; rings that cross give either
+/// answer.
 bool ringInside(const Shape &inner, const Shape &outer);
 
 } // namespace fennimark

@@ -42,7 +42,8 @@ void fillRunBoxes(const Shape &shape, RunBox *boxes)
     for (quint32 run = 0; run < runs; ++run) {
         const quint32 first = run << kRunShift;
         const quint32 end = std::min(first + kRunLength, shape.vertexCount());
-        Rect2D hull{shape.vertex(first).x(), shape.vertex(first).x(), shape.vertex(first).y(), shape.vertex(first).y()};
+        Rect2D hull{shape.vertex(first).x(), shape.vertex(first).x(), shape.vertex(first).y(),
+                    shape.vertex(first).y()};
         shape.visitSegments(first, end, [&hull](quint32, const QPointF &from, const QPointF &to) {
             widen(hull, from);
             widen(hull, to);
@@ -55,7 +56,8 @@ void fillRunBoxes(const Shape &shape, RunBox *boxes)
         RunBox *above = boxes + (below - boxes) + count;
         for (quint32 i = 0; i < boxesOf(count); ++i) {
             above[i] = emptyBox();
-            for (quint32 child = i << kRunShift; child < std::min((i + 1) << kRunShift, count); ++child)
+            for (quint32 child = i << kRunShift; child < std::min((i + 1) << kRunShift, count);
+                 ++child)
                 widen(above[i], below[child]);
         }
         below = above;
@@ -76,18 +78,21 @@ std::vector<quint32> endsOf(const GeometryView &view)
 float roundedDown(double value)
 {
     const float rounded = static_cast<float>(value);
-    return rounded > value ? std::nextafter(rounded, -std::numeric_limits<float>::infinity()) : rounded;
+    return rounded > value ? std::nextafter(rounded, -std::numeric_limits<float>::infinity())
+                           : rounded;
 }
 
 float roundedUp(double value)
 {
     const float rounded = static_cast<float>(value);
-    return rounded < value ? std::nextafter(rounded, std::numeric_limits<float>::infinity()) : rounded;
+    return rounded < value ? std::nextafter(rounded, std::numeric_limits<float>::infinity())
+                           : rounded;
 }
 
 RunBox roundedOut(const Rect2D &rect)
 {
-    return {roundedDown(rect.xMin), roundedDown(rect.yMin), roundedUp(rect.xMax), roundedUp(rect.yMax)};
+    return {roundedDown(rect.xMin), roundedDown(rect.yMin), roundedUp(rect.xMax),
+            roundedUp(rect.yMax)};
 }
 
 quint32 runBoxCount(quint32 vertexCount)
@@ -123,7 +128,8 @@ Rect2D vertexBounds(const QPointF *vertices, quint32 count, bool *finite)
         widen(hull, vertices[i]);
         probe += vertices[i].x() * 0.0 + vertices[i].y() * 0.0;
     }
-    if (probe == 0.0 && std::min(hull.xMin, hull.yMin) >= -kReach && std::max(hull.xMax, hull.yMax) <= kReach)
+    if (probe == 0.0 && std::min(hull.xMin, hull.yMin) >= -kReach
+        && std::max(hull.xMax, hull.yMax) <= kReach)
         return hull;
     if (finite)
         *finite = false;
@@ -231,7 +237,8 @@ quint32 Shape::partOf(quint32 vertex) const
 {
     if (mPartCount == 1)
         return 0;
-    return static_cast<quint32>(std::upper_bound(mPartEnds, mPartEnds + mPartCount, vertex) - mPartEnds);
+    return static_cast<quint32>(std::upper_bound(mPartEnds, mPartEnds + mPartCount, vertex)
+                                - mPartEnds);
 }
 
 } // namespace fennimark

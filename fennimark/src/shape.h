@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: MIT
-/// Any object, or a rectangle, a segment, a place, as the algorithms see it: vertices in parts under a tree of run boxes.
-/// The tree is implicit (boxes of eight, level behind level), so a traversal is index arithmetic and box tests.
+/// Any object, or a rectangle, a segment, a place, as the algorithms see it: vertices in parts
+/// under a tree of run boxes. The tree is implicit (boxes of eight, level behind level), so a
+/// traversal is index arithmetic and box tests.
 #pragma once
+#include "geometryView.h"
 #include <QVarLengthArray>
 #include <vector>
-#include "geometryView.h"
 
 namespace fennimark {
 
 constexpr quint32 kRunShift = 3; // eight segments a run, eight boxes a box
 constexpr quint32 kRunLength = 1U << kRunShift;
 
-/// Which rings of a polygon are holes, by the depth to which they are nested, and the shell around each.
+/// Which rings of a polygon are holes, by the depth to which they are nested, and the shell around
+/// each.
 struct Nesting {
     std::vector<quint8> isHole;
     std::vector<quint32> shell; ///< of a hole; a shell's own number
@@ -26,7 +28,8 @@ struct ObjectBacking {
     Nesting nesting; ///< of polygons, empty until asked for
 };
 
-/// The vertices exactly as given, also those of an object that is empty because one of them is not finite.
+/// The vertices exactly as given, also those of an object that is empty because one of them is not
+/// finite.
 GeometryView givenVertices(const FMObject &object);
 
 /// Valid while the object it is made from stands unchanged.
@@ -57,7 +60,8 @@ public:
         return segmentEnd(index, mPartCount == 1 ? 0 : partOf(index));
     }
 
-    /// Calls visit(index, from, to) for the segments [first, end) until it returns false; whether it never did.
+    /// Calls visit(index, from, to) for the segments [first, end) until it returns false; whether
+    /// it never did.
     template <class Visit> bool visitSegments(quint32 first, quint32 end, Visit visit) const
     {
         quint32 part = mPartCount == 1 ? 0 : partOf(first);
@@ -70,7 +74,8 @@ public:
         return true;
     }
 
-    // The tree. Level 0 are the runs; the single box of the topmost level is made up for objects that have no boxes.
+    // The tree. Level 0 are the runs; the single box of the topmost level is made up for objects
+    // that have no boxes.
     struct Node {
         quint32 level;
         quint32 index;
@@ -96,8 +101,8 @@ public:
         return mRunBoxes + mLevelStarts[node.level - 1] + firstChild(node);
     }
 
-    /// Walks down from the root into boxes that enter(box) accepts; visit(first, end) gets each run's segments and
-    /// ends the walk with false. Whether it never did.
+    /// Walks down from the root into boxes that enter(box) accepts; visit(first, end) gets each
+    /// run's segments and ends the walk with false. Whether it never did.
     template <class Enter, class Visit> bool visitRuns(Enter enter, Visit visit) const
     {
         return mCount == 0 || !enter(mRootBox) || visitBelow(root(), enter, visit);
@@ -105,14 +110,18 @@ public:
     /// The same for each segment of the runs reached: visit(index, from, to).
     template <class Enter, class Visit> bool visitNear(Enter enter, Visit visit) const
     {
-        return visitRuns(enter, [&](quint32 first, quint32 end) { return visitSegments(first, end, visit); });
+        return visitRuns(
+            enter, [&](quint32 first, quint32 end) { return visitSegments(first, end, visit); });
     }
 
 private:
     void setTree(const RunBox *boxes);
     void setParts(const GeometryView &view, const quint32 *ends);
     void setLocal(quint32 count, ObjectKind kind);
-    quint32 levelSize(quint32 level) const { return ((mCount - 1) >> (kRunShift * (level + 1))) + 1; }
+    quint32 levelSize(quint32 level) const
+    {
+        return ((mCount - 1) >> (kRunShift * (level + 1))) + 1;
+    }
 
     const QPointF &segmentEnd(quint32 index, quint32 part) const
     {
@@ -152,13 +161,15 @@ private:
     std::vector<RunBox> mOwnBoxes;
 };
 
-/// Calls visit(firstA, endA, firstB, endB) for the pairs of runs whose boxes, and all boxes above, enter(boxA, boxB)
-/// accepts, until it returns false; whether it never did.
+/// Calls visit(firstA, endA, firstB, endB) for the pairs of runs whose boxes, and all boxes above,
+/// enter(boxA, boxB) accepts, until it returns false; whether it never did.
 template <class Enter, class Visit>
-bool visitRunPairs(const Shape &a, Shape::Node nodeA, const Shape &b, Shape::Node nodeB, Enter &enter, Visit &visit)
+bool visitRunPairs(const Shape &a, Shape::Node nodeA, const Shape &b, Shape::Node nodeB,
+                   Enter &enter, Visit &visit)
 {
     if (nodeA.level == 0 && nodeB.level == 0)
-        return visit(a.firstSegment(nodeA), a.endSegment(nodeA), b.firstSegment(nodeB), b.endSegment(nodeB));
+        return visit(a.firstSegment(nodeA), a.endSegment(nodeA), b.firstSegment(nodeB),
+                     b.endSegment(nodeB));
     const bool descendA = nodeA.level >= nodeB.level;
     const Shape &split = descendA ? a : b;
     const Shape::Node node = descendA ? nodeA : nodeB;
@@ -168,15 +179,17 @@ bool visitRunPairs(const Shape &a, Shape::Node nodeA, const Shape &b, Shape::Nod
     const quint32 count = split.endChild(node) - first;
     for (quint32 i = 0; i < count; ++i) {
         const Shape::Node child{node.level - 1, first + i};
-        const bool goOn = descendA ? !enter(boxes[i], other) || visitRunPairs(a, child, b, nodeB, enter, visit)
-                                   : !enter(other, boxes[i]) || visitRunPairs(a, nodeA, b, child, enter, visit);
+        const bool goOn =
+            descendA ? !enter(boxes[i], other) || visitRunPairs(a, child, b, nodeB, enter, visit)
+                     : !enter(other, boxes[i]) || visitRunPairs(a, nodeA, b, child, enter, visit);
         if (!goOn)
             return false;
     }
     return true;
 }
 
-template <class Enter, class Visit> bool visitRunPairs(const Shape &a, const Shape &b, Enter enter, Visit visit)
+template <class Enter, class Visit>
+bool visitRunPairs(const Shape &a, const Shape &b, Enter enter, Visit visit)
 {
     return a.isEmpty() || b.isEmpty() || !enter(a.box(a.root()), b.box(b.root()))
            || visitRunPairs(a, a.root(), b, b.root(), enter, visit);
@@ -192,7 +205,8 @@ inline bool boxesMeet(const Rect2D &a, const Rect2D &b)
 }
 inline bool boxContains(const Rect2D &outer, const Rect2D &inner)
 {
-    return outer.xMin <= inner.xMin && inner.xMax <= outer.xMax && outer.yMin <= inner.yMin && inner.yMax <= outer.yMax;
+    return outer.xMin <= inner.xMin && inner.xMax <= outer.xMax && outer.yMin <= inner.yMin
+           && inner.yMax <= outer.yMax;
 }
 
 /// Rounding to float that never rises, and never falls.

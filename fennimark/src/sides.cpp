@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "sides.h"
-#include <cmath>
-#include <limits>
 #include "expansion.h"
 #include "orientation.h"
 #include "relate.h"
+#include <cmath>
+#include <limits>
 
 namespace fennimark {
 namespace {
 
-constexpr double kRounding = 1.0e-15; // more than the relative error of any determinant below, in units of its terms
+constexpr double kRounding =
+    1.0e-15; // more than the relative error of any determinant below, in units of its terms
 
-/// A place along the segment p to q as a fraction of it: where edge a to b crosses its line, or (a alone) vertex a that
-/// lies on the line.
+/// A place along the segment p to q as a fraction of it: where edge a to b crosses its line, or (a
+/// alone) vertex a that lies on the line.
 struct Cut {
     const QPointF *a;
     const QPointF *b;
@@ -52,15 +53,17 @@ public:
     void collect(const Shape &shape, bool first, State &behind)
     {
         const Rect2D &bounds = shape.bounds();
-        const double reach = std::max({std::abs(bounds.xMin), std::abs(bounds.xMax), std::abs(bounds.yMin),
-                                       std::abs(bounds.yMax), std::abs(p.x()), std::abs(p.y()), std::abs(q.x()),
-                                       std::abs(q.y())});
+        const double reach =
+            std::max({std::abs(bounds.xMin), std::abs(bounds.xMax), std::abs(bounds.yMin),
+                      std::abs(bounds.yMax), std::abs(p.x()), std::abs(p.y()), std::abs(q.x()),
+                      std::abs(q.y())});
         const double dx = q.x() - p.x();
         const double dy = q.y() - p.y();
         const double slack = 16.0 * kRounding * reach * (std::abs(dx) + std::abs(dy));
         const auto enter = [&](const RunBox &box) {
             const Range across = range(box, p, -dy, dx);
-            return across.low <= slack && across.high >= -slack && range(box, q, dx, dy).low <= slack;
+            return across.low <= slack && across.high >= -slack
+                   && range(box, q, dx, dy).low <= slack;
         };
         shape.visitNear(enter, [&](quint32, const QPointF &a, const QPointF &b) {
             addEdge(a, b, shape.isPolygon(), first, behind);
@@ -128,14 +131,19 @@ private:
         }
         if (!area || sideA * sideB > 0)
             return;
-        Event event{{&a, nullptr, 0.0, 0.0}, first, (sideA > 0) != (sideB > 0), (sideA < 0) != (sideB < 0), 0};
+        Event event{{&a, nullptr, 0.0, 0.0},
+                    first,
+                    (sideA > 0) != (sideB > 0),
+                    (sideA < 0) != (sideB < 0),
+                    0};
         int where = 0;
         if (sideA == 0 || sideB == 0) {
             event.cut.a = sideA == 0 ? &a : &b;
             where = zone(*event.cut.a);
         } else {
             event.cut.b = &b;
-            where = orientation(a, b, p) * sideB <= 0 ? -1 : (orientation(a, b, q) * sideB >= 0 ? 1 : 0);
+            where = orientation(a, b, p) * sideB <= 0 ? -1
+                                                      : (orientation(a, b, q) * sideB >= 0 ? 1 : 0);
         }
         add(event, where, behind);
     }
@@ -145,8 +153,10 @@ private:
         if (samePlace(a, b))
             return;
         const bool forward = (along(a) < along(b)) == (along(p) < along(q));
-        add({{forward ? &a : &b, nullptr, 0.0, 0.0}, first, false, false, 1}, zone(forward ? a : b), behind);
-        add({{forward ? &b : &a, nullptr, 0.0, 0.0}, first, false, false, -1}, zone(forward ? b : a), behind);
+        add({{forward ? &a : &b, nullptr, 0.0, 0.0}, first, false, false, 1}, zone(forward ? a : b),
+            behind);
+        add({{forward ? &b : &a, nullptr, 0.0, 0.0}, first, false, false, -1},
+            zone(forward ? b : a), behind);
     }
 
     void add(Event event, int where, State &behind)
@@ -185,7 +195,8 @@ private:
         if (!(size > 0.0))
             return;
         const double ratio = numerator / denominator;
-        const double error = (numeratorError + std::abs(ratio) * denominatorError) / size + kRounding * std::abs(ratio);
+        const double error = (numeratorError + std::abs(ratio) * denominatorError) / size
+                             + kRounding * std::abs(ratio);
         if (!std::isfinite(ratio) || !std::isfinite(error))
             return;
         cut.low = ratio - error;
@@ -246,7 +257,8 @@ void SideWalk::cut(quint32 index, const QPointF &from, const QPointF &to)
     mPieces.push_back({first.sides(), second.sides()});
     for (std::size_t i = 0; i < events.size(); ++i) {
         (events[i].first ? first : second).pass(events[i]);
-        const bool last = i + 1 == events.size() || cutter.compare(events[i].cut, events[i + 1].cut) != 0;
+        const bool last =
+            i + 1 == events.size() || cutter.compare(events[i].cut, events[i + 1].cut) != 0;
         if (last)
             mPieces.push_back({first.sides(), second.sides()});
     }

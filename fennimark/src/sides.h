@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// What lies on either side along a segment, exactly, whatever touches or overlaps it.
 //
-// The segment is cut where it meets edges of a shape. Each open piece between cuts has three exact facts: whether the
-// places next to it on its left and on its right are inside, and whether an edge runs along it. They follow from
-// parities: a path just left of the segment's line, from far behind, changes between outside and inside at every edge
-// with one end strictly left of the line and the other not; a path just right of it likewise. Cuts are ratios of
-// determinants, compared by intervals and, when these overlap, by exact expansions.
+// The segment is cut where it meets edges of a shape. Each open piece between cuts has three exact
+// facts: whether the places next to it on its left and on its right are inside, and whether an edge
+// runs along it. They follow from parities: a path just left of the segment's line, from far
+// behind, changes between outside and inside at every edge with one end strictly left of the line
+// and the other not; a path just right of it likewise. Cuts are ratios of determinants, compared by
+// intervals and, when these overlap, by exact expansions.
 #pragma once
 #include "shape.h"
 
@@ -20,8 +21,9 @@ struct Sides {
     bool covered() const { return left || right || on; } ///< in the closed set
 };
 
-/// The pieces of the segments of `path`, seen from two shapes (one of which may be path's own): visit(first, second)
-/// until it returns false; whether it never did. A part that is all at one place is one piece.
+/// The pieces of the segments of `path`, seen from two shapes (one of which may be path's own):
+/// visit(first, second) until it returns false; whether it never did. A part that is all at one
+/// place is one piece.
 class SideWalk {
 public:
     SideWalk(const Shape &path, const Shape &first, const Shape &second)
@@ -31,14 +33,15 @@ public:
 
     template <class Visit> bool visitPieces(Visit visit)
     {
-        return mPath.visitSegments(0, mPath.vertexCount(), [&](quint32 index, const QPointF &from, const QPointF &to) {
-            cut(index, from, to);
-            for (const auto &piece : mPieces) {
-                if (!visit(piece.first, piece.second))
-                    return false;
-            }
-            return true;
-        });
+        return mPath.visitSegments(0, mPath.vertexCount(),
+                                   [&](quint32 index, const QPointF &from, const QPointF &to) {
+                                       cut(index, from, to);
+                                       for (const auto &piece : mPieces) {
+                                           if (!visit(piece.first, piece.second))
+                                               return false;
+                                       }
+                                       return true;
+                                   });
     }
 
 private:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Well-known text is a tree of NODE["name", number, NODE[...], word, ...] in square or round brackets. One pass reads it
-// with the open nodes on a stack; a name or factor is taken where the stack says what it belongs to.
+// Well-known text is a tree of NODE["name", number, NODE[...], word, ...] in square or round
+// brackets. One pass reads it with the open nodes on a stack; a name or factor is taken where the
+// stack says what it belongs to.
 #include "wellKnownText.h"
 #include <QVector>
 
@@ -19,15 +20,24 @@ Node nodeOf(const QString &word)
         Node node;
     };
     static constexpr Row kRows[] = {
-        {"PROJCS", Node::Projected},        {"PROJCRS", Node::Projected},
-        {"PROJECTEDCRS", Node::Projected},  {"BASEPROJCRS", Node::Projected},
-        {"GEOGCS", Node::Geographic},       {"GEOGCRS", Node::Geographic},
-        {"GEOGRAPHICCRS", Node::Geographic}, {"GEODCRS", Node::Geographic},
-        {"GEODETICCRS", Node::Geographic},  {"BASEGEOGCRS", Node::Geographic},
-        {"BASEGEODCRS", Node::Geographic},  {"UNIT", Node::Unit},
-        {"LENGTHUNIT", Node::LinearUnit},   {"ANGLEUNIT", Node::AngularUnit},
-        {"AXIS", Node::Carrier},            {"CS", Node::Carrier},
-        {"PRIMEM", Node::Carrier},          {"PRIMEMERIDIAN", Node::Carrier},
+        {"PROJCS", Node::Projected},
+        {"PROJCRS", Node::Projected},
+        {"PROJECTEDCRS", Node::Projected},
+        {"BASEPROJCRS", Node::Projected},
+        {"GEOGCS", Node::Geographic},
+        {"GEOGCRS", Node::Geographic},
+        {"GEOGRAPHICCRS", Node::Geographic},
+        {"GEODCRS", Node::Geographic},
+        {"GEODETICCRS", Node::Geographic},
+        {"BASEGEOGCRS", Node::Geographic},
+        {"BASEGEODCRS", Node::Geographic},
+        {"UNIT", Node::Unit},
+        {"LENGTHUNIT", Node::LinearUnit},
+        {"ANGLEUNIT", Node::AngularUnit},
+        {"AXIS", Node::Carrier},
+        {"CS", Node::Carrier},
+        {"PRIMEM", Node::Carrier},
+        {"PRIMEMERIDIAN", Node::Carrier},
     };
     for (const Row &row : kRows) {
         if (word.compare(QLatin1String(row.word), Qt::CaseInsensitive) == 0)
@@ -70,7 +80,8 @@ private:
     {
         const int first = mAt;
         while (peek().isLetterOrNumber() || peek() == QLatin1Char('_') || peek() == QLatin1Char('.')
-               || peek() == QLatin1Char('+') || peek() == QLatin1Char('-') || peek() == QLatin1Char(':'))
+               || peek() == QLatin1Char('+') || peek() == QLatin1Char('-')
+               || peek() == QLatin1Char(':'))
             ++mAt;
         return mText.mid(first, mAt - first);
     }
@@ -86,10 +97,12 @@ private:
     bool open(const QString &word)
     {
         const QChar bracket = peek();
-        if ((bracket != QLatin1Char('[') && bracket != QLatin1Char('(')) || mOpen.size() == kMaxDepth)
+        if ((bracket != QLatin1Char('[') && bracket != QLatin1Char('('))
+            || mOpen.size() == kMaxDepth)
             return false;
         ++mAt;
-        mOpen.append({nodeOf(word), QLatin1Char(bracket == QLatin1Char('[') ? ']' : ')'), 0, QString()});
+        mOpen.append(
+            {nodeOf(word), QLatin1Char(bracket == QLatin1Char('[') ? ']' : ')'), 0, QString()});
         return true;
     }
 
@@ -150,8 +163,8 @@ private:
         return false;
     }
 
-    /// What an item of the innermost node, a unit, is the unit of: the system nearest around it, through an axis, a
-    /// coordinate system or a prime meridian alone.
+    /// What an item of the innermost node, a unit, is the unit of: the system nearest around it,
+    /// through an axis, a coordinate system or a prime meridian alone.
     Node unitOwner() const
     {
         for (int i = mOpen.size() - 2; i >= 0; --i) {

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 /// Geometry for tests: shapes drawn from a seed, brick walls, and GEOS as the other opinion.
 #pragma once
+#include "fennimark/FMLine.h"
+#include "fennimark/FMPolygon.h"
 #include <QPolygonF>
 #include <QString>
 #include <cmath>
 #include <geos_c.h>
 #include <memory>
 #include <random>
-#include "fennimark/FMLine.h"
-#include "fennimark/FMPolygon.h"
 
 namespace cases {
 
@@ -25,7 +25,8 @@ inline int whole(Random &random, int low, int high)
     return std::uniform_int_distribution<int>(low, high)(random);
 }
 
-/// A ring around a centre with that many vertices: simple, with dents down to a third of the radius.
+/// A ring around a centre with that many vertices: simple, with dents down to a third of the
+/// radius.
 inline QPolygonF star(Random &random, int vertices, const QPointF &center, double radius)
 {
     QPolygonF ring;
@@ -89,7 +90,10 @@ public:
     using Geometry = std::unique_ptr<GEOSGeometry, Delete>;
 
     Geometry own(GEOSGeometry *geometry) const { return Geometry(geometry, Delete{mHandle}); }
-    Geometry point(const QPointF &p) const { return own(GEOSGeom_createPointFromXY_r(mHandle, p.x(), p.y())); }
+    Geometry point(const QPointF &p) const
+    {
+        return own(GEOSGeom_createPointFromXY_r(mHandle, p.x(), p.y()));
+    }
     Geometry line(const QVector<QPointF> &vertices) const
     {
         return own(GEOSGeom_createLineString_r(mHandle, sequence(vertices)));
@@ -102,7 +106,8 @@ public:
             ring.append(ring.first());
             made.append(GEOSGeom_createLinearRing_r(mHandle, sequence(ring)));
         }
-        return own(GEOSGeom_createPolygon_r(mHandle, made[0], made.data() + 1, static_cast<unsigned>(made.size() - 1)));
+        return own(GEOSGeom_createPolygon_r(mHandle, made[0], made.data() + 1,
+                                            static_cast<unsigned>(made.size() - 1)));
     }
     double area(const GEOSGeometry *geometry) const
     {
@@ -114,7 +119,8 @@ public:
 private:
     GEOSCoordSequence *sequence(const QVector<QPointF> &vertices) const
     {
-        return GEOSCoordSeq_copyFromBuffer_r(mHandle, reinterpret_cast<const double *>(vertices.constData()),
+        return GEOSCoordSeq_copyFromBuffer_r(mHandle,
+                                             reinterpret_cast<const double *>(vertices.constData()),
                                              static_cast<unsigned>(vertices.size()), 0, 0);
     }
     GEOSContextHandle_t mHandle;

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Contiguity and shared borders on walls whose contacts are known by construction, straight and turned.
-#include <QtTest>
+// Contiguity and shared borders on walls whose contacts are known by construction, straight and
+// turned.
 #include "geometryCases.h"
 #include "geometryView.h"
+#include <QtTest>
 
 using fennimark::Contact;
 using fennimark::ObjectAccess;
@@ -14,14 +15,16 @@ struct Brick {
     QPolygonF ring;
 };
 
-/// Bricks of two by one, every other row moved by half a brick, so that each long edge has a vertex of another inside.
+/// Bricks of two by one, every other row moved by half a brick, so that each long edge has a vertex
+/// of another inside.
 QVector<Brick> wall(int rows, int columns, int pieces, double degrees, const QPointF &offset)
 {
     QVector<Brick> bricks;
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < columns; ++column) {
             const double x = 2.0 * column + (row % 2);
-            const QPolygonF ring = cases::refined(cases::rectangle(x, row, x + 2.0, row + 1.0), pieces);
+            const QPolygonF ring =
+                cases::refined(cases::rectangle(x, row, x + 2.0, row + 1.0), pieces);
             bricks.append({QRectF(x, row, 2.0, 1.0), cases::turned(ring, degrees, offset)});
         }
     }
@@ -56,7 +59,8 @@ private Q_SLOTS:
         for (const int pieces : {1, 3, 16}) {
             for (const double degrees : {0.0, 30.0, 73.1}) {
                 const auto row = [&](const char *where) -> QTestData & {
-                    return QTest::newRow(qPrintable(QStringLiteral("%1 %2 %3").arg(pieces).arg(degrees).arg(where)));
+                    return QTest::newRow(
+                        qPrintable(QStringLiteral("%1 %2 %3").arg(pieces).arg(degrees).arg(where)));
                 };
                 row("near 0") << pieces << degrees << QPointF(0.0, 0.0);
                 row("projected") << pieces << degrees << QPointF(512345.678, 5432109.876);
@@ -95,7 +99,8 @@ private Q_SLOTS:
         QTest::addColumn<double>("tolerance");
         QTest::addColumn<int>("expected");
         QTest::addColumn<double>("border");
-        const auto row = [](const char *name, const QVector<QPointF> &other, double tolerance, Contact contact, double border) {
+        const auto row = [](const char *name, const QVector<QPointF> &other, double tolerance,
+                            Contact contact, double border) {
             QTest::newRow(name) << other << tolerance << int(contact) << border;
         };
         // against the square (0, 0) (10, 10)
@@ -105,15 +110,21 @@ private Q_SLOTS:
         row("corner to corner", cases::rectangle(10, 10, 12, 12), 0.0, Contact::Place, 0.0);
         row("corner inside an edge", {{10, 5}, {14, 3}, {14, 7}}, 0.0, Contact::Place, 0.0);
         row("crossing", cases::rectangle(5, 5, 15, 6), 0.0, Contact::Place, 0.0);
-        row("diverging at a small angle", {{10, 0}, {10.001, 10}, {12, 10}}, 0.0, Contact::Place, 0.0);
+        row("diverging at a small angle", {{10, 0}, {10.001, 10}, {12, 10}}, 0.0, Contact::Place,
+            0.0);
         row("part of an edge", cases::rectangle(10, 4, 12, 30), 0.0, Contact::Piece, 6.0);
-        row("around a corner", {{10, 4}, {12, 4}, {12, 12}, {4, 12}, {4, 10}, {10, 10}}, 0.0, Contact::Piece, 12.0);
-        row("a gap within the tolerance", cases::rectangle(10.01, 4, 12, 8), 0.02, Contact::Piece, 4.0);
-        row("a gap above the tolerance", cases::rectangle(10.03, 4, 12, 8), 0.02, Contact::None, 0.0);
-        row("shorter than four tolerances", cases::rectangle(10, 4, 12, 4.07), 0.02, Contact::Place, 0.0);
+        row("around a corner", {{10, 4}, {12, 4}, {12, 12}, {4, 12}, {4, 10}, {10, 10}}, 0.0,
+            Contact::Piece, 12.0);
+        row("a gap within the tolerance", cases::rectangle(10.01, 4, 12, 8), 0.02, Contact::Piece,
+            4.0);
+        row("a gap above the tolerance", cases::rectangle(10.03, 4, 12, 8), 0.02, Contact::None,
+            0.0);
+        row("shorter than four tolerances", cases::rectangle(10, 4, 12, 4.07), 0.02, Contact::Place,
+            0.0);
         row("a coast of short edges under a wide tolerance",
             cases::refined(cases::rectangle(10.01, 4, 12, 8), 200), 0.02, Contact::Piece, 4.0);
-        row("over the first vertex", {{10, 5}, {10, 5.07}, {12, 5.07}, {12, 4.93}, {10, 4.93}}, 0.02, Contact::Piece, 0.14);
+        row("over the first vertex", {{10, 5}, {10, 5.07}, {12, 5.07}, {12, 4.93}, {10, 4.93}},
+            0.02, Contact::Piece, 0.14);
     }
     void contactsAreTold()
     {
@@ -128,8 +139,10 @@ private Q_SLOTS:
             const auto &b = ObjectAccess::view(polygon);
             QCOMPARE(int(fennimark::contact(a, b, tolerance)), expected);
             QCOMPARE(int(fennimark::contact(b, a, tolerance)), expected);
-            QVERIFY(std::abs(fennimark::sharedBorder(a, b, tolerance) - border) <= 2.0 * tolerance + 1e-9);
-            QVERIFY(std::abs(fennimark::sharedBorder(b, a, tolerance) - border) <= 2.0 * tolerance + 1e-9);
+            QVERIFY(std::abs(fennimark::sharedBorder(a, b, tolerance) - border)
+                    <= 2.0 * tolerance + 1e-9);
+            QVERIFY(std::abs(fennimark::sharedBorder(b, a, tolerance) - border)
+                    <= 2.0 * tolerance + 1e-9);
         }
     }
 
@@ -138,9 +151,11 @@ private Q_SLOTS:
         cases::Random random(3);
         for (const int vertices : {3, 8, 9, 300}) {
             const QPolygonF ring = cases::star(random, vertices, {4.0e5, 6.0e6}, 1000.0);
-            const FMPolygon polygon(QList<QPolygonF>{ring, cases::rectangle(4.0e5 + 5000, 6.0e6, 4.0e5 + 5100, 6.0e6 + 50)});
+            const FMPolygon polygon(QList<QPolygonF>{
+                ring, cases::rectangle(4.0e5 + 5000, 6.0e6, 4.0e5 + 5100, 6.0e6 + 50)});
             QList<QLineF> edges;
-            QVERIFY(std::abs(polygon.GetBorderEdges(polygon, &edges) / polygon.Length() - 1.0) < 1e-12);
+            QVERIFY(std::abs(polygon.GetBorderEdges(polygon, &edges) / polygon.Length() - 1.0)
+                    < 1e-12);
             QCOMPARE(edges.size(), vertices + 4);
             QVERIFY(polygon.BordersPolygon(polygon, false));
         }

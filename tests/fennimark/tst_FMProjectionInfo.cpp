@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include <QtTest>
 #include "fennimark/FMProjectionInfo.h"
+#include <QtTest>
 
 namespace {
 
@@ -38,13 +38,19 @@ private Q_SLOTS:
         QTest::newRow("projected, form 2") << QString::fromLatin1(kUtm2) << utmNames << 9102;
         QTest::newRow("round brackets, lower case, quotes")
             << QString::fromLatin1(kGrads) << QStringList{"", "NTF \"Paris\"", "", "grad"} << 9105;
-        QTest::newRow("compound") << "COMPD_CS[\"both\"," + utm + ",VERT_CS[\"height\",UNIT[\"yard\",0.9144]]]" << utmNames << 9102;
-        QTest::newRow("bound") << "BOUNDCRS[SOURCECRS[" + utm + "],TARGETCRS[GEOGCRS[\"other\",UNIT[\"radian\",1]]]]"
+        QTest::newRow("compound") << "COMPD_CS[\"both\"," + utm
+                                         + ",VERT_CS[\"height\",UNIT[\"yard\",0.9144]]]"
+                                  << utmNames << 9102;
+        QTest::newRow("bound") << "BOUNDCRS[SOURCECRS[" + utm
+                                      + "],TARGETCRS[GEOGCRS[\"other\",UNIT[\"radian\",1]]]]"
                                << utmNames << 9102;
-        QTest::newRow("radian") << QStringLiteral("GEOGCS[\"g\",UNIT[\"radian\",1.0]]") << QStringList{"", "g", "", "radian"} << 9101;
-        QTest::newRow("unknown unit") << QStringLiteral("GEOGCS[\"g\",UNIT[\"mil\",0.00098]]") << QStringList{"", "g", "", "mil"} << 0;
+        QTest::newRow("radian") << QStringLiteral("GEOGCS[\"g\",UNIT[\"radian\",1.0]]")
+                                << QStringList{"", "g", "", "radian"} << 9101;
+        QTest::newRow("unknown unit") << QStringLiteral("GEOGCS[\"g\",UNIT[\"mil\",0.00098]]")
+                                      << QStringList{"", "g", "", "mil"} << 0;
         QTest::newRow("geographic, form 2 with units at the axes")
-            << QStringLiteral("GEOGCRS[\"g\",CS[ellipsoidal,2],AXIS[\"lat\",north,ANGLEUNIT[\"degree\",0.0174532925199433]]]")
+            << QStringLiteral("GEOGCRS[\"g\",CS[ellipsoidal,2],AXIS[\"lat\",north,ANGLEUNIT["
+                              "\"degree\",0.0174532925199433]]]")
             << QStringList{"", "g", "", "degree"} << 9102;
     }
     void namesAndUnitsAreRead()
@@ -55,7 +61,8 @@ private Q_SLOTS:
         FMProjectionInfo info;
         QVERIFY(FMProjectionInfo::FromWkt(wkt, info));
         const auto told = [](const FMProjectionInfo &of) {
-            return QStringList{of.GetProjectionName(), of.GetGeographicCSName(), of.GetLinUnitName(), of.GetAngUnitName()};
+            return QStringList{of.GetProjectionName(), of.GetGeographicCSName(),
+                               of.GetLinUnitName(), of.GetAngUnitName()};
         };
         QCOMPARE(told(info), names);
         QCOMPARE(info.mAngUnitCode, code);
@@ -75,11 +82,14 @@ private Q_SLOTS:
         QTest::newRow("nothing") << QString();
         QTest::newRow("a word") << QStringLiteral("GEOGCS");
         QTest::newRow("another system") << QStringLiteral("VERT_CS[\"height\",UNIT[\"metre\",1]]");
-        QTest::newRow("brackets that do not match") << QStringLiteral("GEOGCS[\"g\",UNIT[\"degree\",1)]");
+        QTest::newRow("brackets that do not match")
+            << QStringLiteral("GEOGCS[\"g\",UNIT[\"degree\",1)]");
         QTest::newRow("text behind") << QStringLiteral("GEOGCS[\"g\",UNIT[\"degree\",1]],");
         QTest::newRow("empty item") << QStringLiteral("GEOGCS[\"g\",,UNIT[\"degree\",1]]");
-        QTest::newRow("deeper than any system") << QStringLiteral("GEOGCS[\"g\",") + QStringLiteral("A[").repeated(100000);
-        QTest::newRow("longer than any system") << "GEOGCS[\"" + QString(2000000, QLatin1Char('g')) + "\"]";
+        QTest::newRow("deeper than any system")
+            << QStringLiteral("GEOGCS[\"g\",") + QStringLiteral("A[").repeated(100000);
+        QTest::newRow("longer than any system")
+            << "GEOGCS[\"" + QString(2000000, QLatin1Char('g')) + "\"]";
     }
     void malformedTextIsRefused()
     {
@@ -90,8 +100,9 @@ private Q_SLOTS:
     void foreignBytesAreRefused()
     {
         FMProjectionInfo info;
-        for (const QByteArray &bytes : {QByteArray(), QByteArray("a\nb\nc\nd\n9102"), QByteArray("a\nb\nc\nd\nx\n"),
-                                        QByteArray("\xff\nb\nc\nd\n1\n")})
+        for (const QByteArray &bytes :
+             {QByteArray(), QByteArray("a\nb\nc\nd\n9102"), QByteArray("a\nb\nc\nd\nx\n"),
+              QByteArray("\xff\nb\nc\nd\n1\n")})
             QVERIFY(!FMProjectionInfo::FromUtf8(bytes, info));
         QVERIFY(FMProjectionInfo::FromUtf8(FMProjectionInfo().ToUtf8(), info));
     }

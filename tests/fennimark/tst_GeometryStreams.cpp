@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Objects as views, copies and bytes.
-#include <QBuffer>
-#include <QDataStream>
-#include <QtTest>
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "geometryCases.h"
 #include "geometryView.h"
+#include <QBuffer>
+#include <QDataStream>
+#include <QtTest>
 
 namespace {
 
@@ -24,7 +24,8 @@ bool restored(FMObject &object, const QByteArray &bytes, int form = 1)
     return object.RestoreFromStream(in, form);
 }
 
-const QList<QPolygonF> kRings{cases::rectangle(0, 0, 10, 10), QPolygonF(QVector<QPointF>{{1, 1}, {2, 1}, {2, 3}})};
+const QList<QPolygonF> kRings{cases::rectangle(0, 0, 10, 10),
+                              QPolygonF(QVector<QPointF>{{1, 1}, {2, 1}, {2, 3}})};
 
 /// Opens what is protected.
 class Movable : public FMPolygon {
@@ -71,7 +72,8 @@ private Q_SLOTS:
         QVERIFY(restored(target, bytes));
         QCOMPARE(target.GetVertices(), kRings);
         QCOMPARE(target.GetArea(), 99.0);
-        for (const char *lie : {"ffffffff", "feffff7f", "01000000feffff7f", "02000000ffffffffffffffff"})
+        for (const char *lie :
+             {"ffffffff", "feffff7f", "01000000feffff7f", "02000000ffffffffffffffff"})
             QVERIFY(!restored(target, QByteArray::fromHex(lie) + QByteArray(4096, '\1')));
         QCOMPARE(target.GetVertices(), kRings);
     }
@@ -104,7 +106,8 @@ private Q_SLOTS:
         auto live = fennimark::ObjectAccess::makePolygon(view, fennimark::Simplicity::Unknown);
         QCOMPARE(live->GetArea(), 99.0);
         QVERIFY(live->ContainsPoint(0.5, 9.5) && !live->ContainsPoint(1.75, 1.5));
-        QVERIFY(live->BordersPolygon(FMPolygon(cases::rectangle(10.4, 0, 12, 10)), false)); // within its tolerance
+        QVERIFY(live->BordersPolygon(FMPolygon(cases::rectangle(10.4, 0, 12, 10)),
+                                     false)); // within its tolerance
         const std::unique_ptr<TreeObject> copy(live->Copy());
         live.reset();
         vertices.fill({-1, -1});
@@ -123,9 +126,11 @@ private Q_SLOTS:
             std::vector<fennimark::RunBox> boxes(fennimark::runBoxCount(view.vertexCount));
             fennimark::buildRunBoxes(view, fennimark::ObjectKind::Polygon, boxes.data());
             for (int i = 0; i <= count; ++i) { // each vertex ends one segment and begins the next
-                const fennimark::RunBox &box = boxes[static_cast<std::size_t>(std::min(i, count - 1) / 8)];
+                const fennimark::RunBox &box =
+                    boxes[static_cast<std::size_t>(std::min(i, count - 1) / 8)];
                 const QPointF &p = view.vertices[i % count];
-                QVERIFY(box.xMin <= p.x() && p.x() <= box.xMax && box.yMin <= p.y() && p.y() <= box.yMax);
+                QVERIFY(box.xMin <= p.x() && p.x() <= box.xMax && box.yMin <= p.y()
+                        && p.y() <= box.yMax);
             }
             const fennimark::RunBox &root = boxes.back();
             QVERIFY(root.xMin <= view.bounds.xMin && root.xMax >= view.bounds.xMax);
@@ -139,7 +144,8 @@ private Q_SLOTS:
         polygon.TransformVertices(nullptr, projection, false);
         QVERIFY(!polygon.IsDirty());
         polygon.TransformVertices(reinterpret_cast<void *>(&shift), projection, false);
-        QVERIFY(polygon.IsDirty() && polygon.ContainsPoint(100.5, 0.5) && !polygon.ContainsPoint(0.5, 0.5));
+        QVERIFY(polygon.IsDirty() && polygon.ContainsPoint(100.5, 0.5)
+                && !polygon.ContainsPoint(0.5, 0.5));
         QCOMPARE(polygon.GetBounds().xMax, 110.0);
         polygon.TransformVertices(reinterpret_cast<void *>(&shift), projection, true);
         QCOMPARE(polygon.GetVertices(), kRings);

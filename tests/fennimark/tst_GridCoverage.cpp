@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Cells of a grid against the point test of every centre and GEOS's intersection with every cell.
-#include <QtTest>
 #include "geometryCases.h"
+#include <QtTest>
 
 namespace {
 
@@ -35,7 +35,8 @@ class TestGridCoverage : public QObject {
 private Q_SLOTS:
     void centersAgreeWithThePointTest_data()
     {
-        QTest::addColumn<bool>("lattice"); // vertices on centres, edges along columns and rows of centres
+        QTest::addColumn<bool>(
+            "lattice"); // vertices on centres, edges along columns and rows of centres
         QTest::addColumn<int>("vertices");
         QTest::addColumn<QPointF>("offset");
         QTest::addColumn<double>("cell");
@@ -43,7 +44,8 @@ private Q_SLOTS:
         QTest::newRow("the same with an inexact cell") << true << 7 << QPointF(0, 0) << 0.1;
         QTest::newRow("the same far out") << true << 20 << QPointF(512345.6, 5432109.8) << 0.1;
         QTest::newRow("stars") << false << 40 << QPointF(0, 0) << 1.0;
-        QTest::newRow("cells of the size of the rounding") << false << 9 << QPointF(4.0e9, 4.0e9) << 1.0e-6;
+        QTest::newRow("cells of the size of the rounding")
+            << false << 9 << QPointF(4.0e9, 4.0e9) << 1.0e-6;
     }
     void centersAgreeWithThePointTest()
     {
@@ -58,17 +60,20 @@ private Q_SLOTS:
             QPolygonF ring;
             if (lattice) {
                 for (const QPointF &p : cases::tangle(random, vertices, 26)) {
-                    ring.append(QPointF((p.x() - 1 + 0.5) * cell + grid.left, grid.top - (p.y() - 1 + 0.5) * cell));
+                    ring.append(QPointF((p.x() - 1 + 0.5) * cell + grid.left,
+                                        grid.top - (p.y() - 1 + 0.5) * cell));
                 }
             } else {
                 for (const QPointF &p : cases::star(random, vertices, {12, 12}, 14))
                     ring.append(offset + p * cell);
             }
             const FMPolygon polygon(ring);
-            const FMGridWindow window = round % 3 ? FMGridWindow{0, 0, 23, 23} : FMGridWindow{5, 7, 15, 20};
+            const FMGridWindow window =
+                round % 3 ? FMGridWindow{0, 0, 23, 23} : FMGridWindow{5, 7, 15, 20};
             Cells cells{{99U, 99U}};
             polygon.ContainedCenters(grid, window, cells);
-            QVERIFY2(cells == plainCenters(polygon, grid, window), qPrintable(QString::number(round)));
+            QVERIFY2(cells == plainCenters(polygon, grid, window),
+                     qPrintable(QString::number(round)));
             found += cells.size();
         }
         QVERIFY(found > 1000);
@@ -96,7 +101,8 @@ private Q_SLOTS:
         for (int round = 0; round < 3; ++round) {
             QPolygonF ring;
             for (const QPointF &p : cases::star(random, std::abs(vertices), {10, 10}, 12)) {
-                const QPointF place = vertices < 0 ? QPointF(std::round(p.x()), std::round(2 * p.y()) / 2) : p;
+                const QPointF place =
+                    vertices < 0 ? QPointF(std::round(p.x()), std::round(2 * p.y()) / 2) : p;
                 ring.append(offset + place * cell);
             }
             const FMPolygon polygon(ring);
@@ -111,12 +117,17 @@ private Q_SLOTS:
                     const double x = column * cell + grid.left;
                     const double y = row * cell + grid.bottom;
                     const auto square = geos.polygon({cases::rectangle(x, y, x + cell, y + cell)});
-                    const auto common = geos.own(GEOSIntersection_r(geos, whole.get(), square.get()));
+                    const auto common =
+                        geos.own(GEOSIntersection_r(geos, whole.get(), square.get()));
                     const double expected = geos.area(common.get());
-                    const bool listed = next < cells.size() && cells[next].column == column && cells[next].row == row;
-                    QVERIFY(std::abs((listed ? cells[next].area : 0.0) - expected) < 1e-8 * cell * cell);
+                    const bool listed = next < cells.size() && cells[next].column == column
+                                        && cells[next].row == row;
+                    QVERIFY(std::abs((listed ? cells[next].area : 0.0) - expected)
+                            < 1e-8 * cell * cell);
                     if (GEOSContains_r(geos, whole.get(), square.get()) == 1
-                        && GEOSDisjoint_r(geos, GEOSGetExteriorRing_r(geos, whole.get()), square.get()) == 1)
+                        && GEOSDisjoint_r(geos, GEOSGetExteriorRing_r(geos, whole.get()),
+                                          square.get())
+                               == 1)
                         QCOMPARE(cells[next].area - cell * cell, 0.0);
                     next += listed;
                 }
@@ -129,7 +140,8 @@ private Q_SLOTS:
     {
         cases::Random random(29);
         for (int round = 0; round < 100; ++round) {
-            const QPolygonF shell = cases::star(random, cases::whole(random, 3, 400), {5.0e5, 5.0e6}, 900.0);
+            const QPolygonF shell =
+                cases::star(random, cases::whole(random, 3, 400), {5.0e5, 5.0e6}, 900.0);
             QPolygonF hole;
             for (const QPointF &p : shell)
                 hole.append(QPointF(5.0e5, 5.0e6) + (p - QPointF(5.0e5, 5.0e6)) * 0.5);
@@ -163,7 +175,8 @@ private Q_SLOTS:
         const FMGrid grid{0.3, -7.7, 100.0, 0.1, 0.7};
         const auto x = [&](int c) { return c * grid.cellWidth + grid.left; };
         const auto y = [&](int r) { return r * grid.cellHeight + grid.bottom; };
-        const QPolygonF stairs(QVector<QPointF>{{x(1), y(1)}, {x(6), y(1)}, {x(6), y(4)}, {x(4), y(4)}, {x(4), y(7)}, {x(1), y(7)}});
+        const QPolygonF stairs(QVector<QPointF>{
+            {x(1), y(1)}, {x(6), y(1)}, {x(6), y(4)}, {x(4), y(4)}, {x(4), y(7)}, {x(1), y(7)}});
         for (const bool reversed : {false, true}) {
             QPolygonF ring = stairs;
             if (reversed)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Areas as sets: what is simple, measures, overlay and what is drawn from an area.
-#include <QtTest>
 #include "fennimark/FMPoint.h"
 #include "geometryCases.h"
+#include <QtTest>
 
 namespace {
 
@@ -50,20 +50,32 @@ private Q_SLOTS:
         QTest::newRow("hole, any direction") << Rings{big, middle} << true << 64.0 << 1;
         QTest::newRow("hole first") << Rings{middle, big} << true << 64.0 << 1;
         QTest::newRow("island in the hole") << Rings{small, big, middle} << true << 68.0 << 2;
-        QTest::newRow("two apart") << Rings{big, cases::rectangle(20, 0, 21, 1)} << true << 101.0 << 2;
-        QTest::newRow("two that touch") << Rings{big, cases::rectangle(10, 10, 11, 11)} << true << 101.0 << 2;
+        QTest::newRow("two apart")
+            << Rings{big, cases::rectangle(20, 0, 21, 1)} << true << 101.0 << 2;
+        QTest::newRow("two that touch")
+            << Rings{big, cases::rectangle(10, 10, 11, 11)} << true << 101.0 << 2;
         QTest::newRow("hole that touches at a vertex")
             << Rings{big, QPolygonF(QVector<QPointF>{{0, 5}, {3, 4}, {3, 6}})} << true << 97.0 << 1;
-        QTest::newRow("hole that touches with every vertex") << Rings{big, diamond} << false << 50.0 << 4;
-        QTest::newRow("two that overlap") << Rings{middle, cases::rectangle(5, 5, 10, 10)} << false << 43.0 << -1;
-        QTest::newRow("two with a common edge") << Rings{big, cases::rectangle(10, 0, 12, 10)} << false << 120.0 << 1;
-        QTest::newRow("bow tie") << Rings{QPolygonF(QVector<QPointF>{{0, 0}, {4, 4}, {4, 0}, {0, 4}})} << false << 8.0 << 2;
-        QTest::newRow("no area") << Rings{QPolygonF(QVector<QPointF>{{0, 0}, {4, 4}, {8, 8}})} << false << 0.0 << 0;
-        QTest::newRow("two vertices") << Rings{QPolygonF(QVector<QPointF>{{0, 0}, {4, 4}})} << false << 0.0 << 0;
-        QTest::newRow("a ring without vertices beside") << Rings{big, QPolygonF()} << false << 100.0 << 1;
-        QTest::newRow("hole along the shell") << Rings{big, cases::rectangle(0, 0, 5, 10)} << false << 50.0 << 1;
+        QTest::newRow("hole that touches with every vertex")
+            << Rings{big, diamond} << false << 50.0 << 4;
+        QTest::newRow("two that overlap")
+            << Rings{middle, cases::rectangle(5, 5, 10, 10)} << false << 43.0 << -1;
+        QTest::newRow("two with a common edge")
+            << Rings{big, cases::rectangle(10, 0, 12, 10)} << false << 120.0 << 1;
+        QTest::newRow("bow tie") << Rings{QPolygonF(
+            QVector<QPointF>{{0, 0}, {4, 4}, {4, 0}, {0, 4}})}
+                                 << false << 8.0 << 2;
+        QTest::newRow("no area") << Rings{QPolygonF(QVector<QPointF>{{0, 0}, {4, 4}, {8, 8}})}
+                                 << false << 0.0 << 0;
+        QTest::newRow("two vertices")
+            << Rings{QPolygonF(QVector<QPointF>{{0, 0}, {4, 4}})} << false << 0.0 << 0;
+        QTest::newRow("a ring without vertices beside")
+            << Rings{big, QPolygonF()} << false << 100.0 << 1;
+        QTest::newRow("hole along the shell")
+            << Rings{big, cases::rectangle(0, 0, 5, 10)} << false << 50.0 << 1;
         QTest::newRow("the same ring twice") << Rings{big, big} << false << 0.0 << 0;
-        QTest::newRow("spike") << Rings{QPolygonF(QVector<QPointF>{{0, 0}, {4, 0}, {4, 4}, {4, 9}, {4, 4}, {0, 4}})}
+        QTest::newRow("spike") << Rings{QPolygonF(
+            QVector<QPointF>{{0, 0}, {4, 0}, {4, 4}, {4, 9}, {4, 4}, {0, 4}})}
                                << false << 16.0 << 1;
     }
     void ringsMakeTheirEvenOddSet()
@@ -95,18 +107,23 @@ private Q_SLOTS:
         double x = 0.0;
         double y = 0.0;
         const auto shifted = [&far](QPolygonF ring) { return ring.translated(far); };
-        const FMPolygon holed(Rings{shifted(cases::rectangle(0, 0, 10, 10)), shifted(cases::rectangle(0, 0, 5, 10))});
+        const FMPolygon holed(
+            Rings{shifted(cases::rectangle(0, 0, 10, 10)), shifted(cases::rectangle(0, 0, 5, 10))});
         QVERIFY(FMPolygon(shifted(cases::rectangle(0, 0, 3, 1))).GetCentroid(x, y));
         QCOMPARE(QPointF(x, y), far + QPointF(1.5, 0.5));
         QVERIFY(holed.GetCentroid(x, y)); // the hole shares an edge: repaired first
         QCOMPARE(QPointF(x, y), far + QPointF(7.5, 5.0));
-        QVERIFY(FMPolygon(Rings{shifted(cases::rectangle(0, 0, 2, 2)), shifted(cases::rectangle(10, 0, 12, 4))}).GetCentroid(x, y));
-        QVERIFY(std::abs(x - far.x() - (1.0 * 4 + 11.0 * 8) / 12) < 1e-8 && std::abs(y - far.y() - (1.0 * 4 + 2.0 * 8) / 12) < 1e-8);
+        QVERIFY(FMPolygon(Rings{shifted(cases::rectangle(0, 0, 2, 2)),
+                                shifted(cases::rectangle(10, 0, 12, 4))})
+                    .GetCentroid(x, y));
+        QVERIFY(std::abs(x - far.x() - (1.0 * 4 + 11.0 * 8) / 12) < 1e-8
+                && std::abs(y - far.y() - (1.0 * 4 + 2.0 * 8) / 12) < 1e-8);
         QVERIFY(FMLine({{far, far + QPointF(4, 0), far + QPointF(4, 4)}}).GetCentroid(x, y));
         QCOMPARE(QPointF(x, y), far + QPointF(3, 1));
         QVERIFY(FMPoint(far).GetCentroid(x, y) && x == far.x() && y == far.y());
         x = 77.0;
-        QVERIFY(!FMLine({{far, far}}).GetCentroid(x, y) && !FMPolygon(QVector<QPointF>{{0, 0}, {1, 1}, {2, 2}}).GetCentroid(x, y));
+        QVERIFY(!FMLine({{far, far}}).GetCentroid(x, y)
+                && !FMPolygon(QVector<QPointF>{{0, 0}, {1, 1}, {2, 2}}).GetCentroid(x, y));
         QCOMPARE(x, 77.0);
     }
 
@@ -148,11 +165,13 @@ private Q_SLOTS:
         const FMPolygon away(cases::rectangle(5, 5, 6, 6));
         const FMPolygon bowTie(QVector<QPointF>{{0, 0}, {4, 4}, {4, 0}, {0, 4}});
         using List = QVector<const FMPolygon *>;
-        for (List list : {List{}, List{nullptr}, List{&square, nullptr}, List{&bowTie}, List{&square, &bowTie}}) {
+        for (List list : {List{}, List{nullptr}, List{&square, nullptr}, List{&bowTie},
+                          List{&square, &bowTie}}) {
             QVERIFY(!FMPolygon::GetUnion(list));
             QVERIFY(!FMPolygon::GetIntersection(list));
         }
-        for (List list : {List{&square, &beside}, List{&square, &away}, List{&square, &square, &away}})
+        for (List list :
+             {List{&square, &beside}, List{&square, &away}, List{&square, &square, &away}})
             QVERIFY(!FMPolygon::GetIntersection(list));
         List alone{&square};
         const std::unique_ptr<FMPolygon> copy(FMPolygon::GetUnion(alone));
@@ -179,8 +198,8 @@ private Q_SLOTS:
         for (int row = 0; row < 6; ++row) {
             for (int column = 0; column < 6; ++column) {
                 const double x = column + (row % 2) * shift;
-                owners.push_back(std::make_unique<FMPolygon>(
-                    cases::turned(cases::rectangle(x, row, x + width, row + 1.0), degrees, {0, 0})));
+                owners.push_back(std::make_unique<FMPolygon>(cases::turned(
+                    cases::rectangle(x, row, x + width, row + 1.0), degrees, {0, 0})));
                 list.append(owners.back().get());
             }
         }
@@ -192,8 +211,9 @@ private Q_SLOTS:
     void randomPointsAreUniform()
     {
         // A sliver, a hole and an island; the island has a tenth of the area.
-        const FMPolygon polygon(Rings{QPolygonF(QVector<QPointF>{{0, 0}, {100, 100}, {100, 101.8}, {0, 1.8}}),
-                                      cases::rectangle(200, 0, 205, 5), cases::rectangle(201, 1, 204, 3.0 - 1.0 / 3.0)});
+        const FMPolygon polygon(Rings{
+            QPolygonF(QVector<QPointF>{{0, 0}, {100, 100}, {100, 101.8}, {0, 1.8}}),
+            cases::rectangle(200, 0, 205, 5), cases::rectangle(201, 1, 204, 3.0 - 1.0 / 3.0)});
         const double island = 25.0 - 3.0 * (2.0 - 1.0 / 3.0);
         QVERIFY(std::abs(polygon.GetArea() - 180.0 - island) < 1e-9);
         constexpr int kCount = 20000;
@@ -209,14 +229,18 @@ private Q_SLOTS:
             low += point.x() < 50.0;
         }
         const auto near = [](int count, double share) {
-            return std::abs(count - kCount * share) < 5.0 * std::sqrt(kCount * share * (1.0 - share));
+            return std::abs(count - kCount * share)
+                   < 5.0 * std::sqrt(kCount * share * (1.0 - share));
         };
         QVERIFY(near(onIsland, island / (180.0 + island)));
         QVERIFY(near(low, 90.0 / (180.0 + island)));
 
         QVERIFY(polygon.GetRandomPoints(nullptr, 5).isEmpty());
-        QVERIFY(polygon.GetRandomPoints(deviate, 0).isEmpty() && polygon.GetRandomPoints(deviate, -3).isEmpty());
-        QVERIFY(FMPolygon(QVector<QPointF>{{0, 0}, {1, 1}, {2, 2}}).GetRandomPoints(deviate, 5).isEmpty());
+        QVERIFY(polygon.GetRandomPoints(deviate, 0).isEmpty()
+                && polygon.GetRandomPoints(deviate, -3).isEmpty());
+        QVERIFY(FMPolygon(QVector<QPointF>{{0, 0}, {1, 1}, {2, 2}})
+                    .GetRandomPoints(deviate, 5)
+                    .isEmpty());
     }
 };
 

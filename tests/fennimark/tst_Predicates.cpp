@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Predicates against exact integer arithmetic and against GEOS, on data full of touches, overlaps and collinear runs.
-#include <QtTest>
-#include <limits>
+// Predicates against exact integer arithmetic and against GEOS, on data full of touches, overlaps
+// and collinear runs.
 #include "fennimark/FMPoint.h"
 #include "geometryCases.h"
 #include "orientation.h"
+#include <QtTest>
+#include <limits>
 
 namespace {
 
@@ -13,7 +14,9 @@ __extension__ using Wide = __int128;
 
 int wholeOrientation(const QPointF &a, const QPointF &b, const QPointF &c, double unit)
 {
-    const auto number = [unit](double value) { return static_cast<Wide>(static_cast<qint64>(value / unit)); };
+    const auto number = [unit](double value) {
+        return static_cast<Wide>(static_cast<qint64>(value / unit));
+    };
     const Wide left = (number(a.x()) - number(c.x())) * (number(b.y()) - number(c.y()));
     const Wide right = (number(a.y()) - number(c.y())) * (number(b.x()) - number(c.x()));
     return (left > right) - (left < right);
@@ -41,7 +44,8 @@ double plainDistance(const QPointF &p, const QPointF &a, const QPointF &b)
 {
     const QPointF d = b - a;
     const double length = QPointF::dotProduct(d, d);
-    const double t = length > 0.0 ? std::min(1.0, std::max(0.0, QPointF::dotProduct(p - a, d) / length)) : 0.0;
+    const double t =
+        length > 0.0 ? std::min(1.0, std::max(0.0, QPointF::dotProduct(p - a, d) / length)) : 0.0;
     const QPointF gap = a + d * t - p;
     return std::hypot(gap.x(), gap.y());
 }
@@ -67,7 +71,8 @@ private Q_SLOTS:
         int onLine = 0;
         for (int i = 0; i < 200000; ++i) {
             const auto place = [&] {
-                return QPointF(offset + unit * cases::whole(random, 0, 15), offset + unit * cases::whole(random, 0, 15));
+                return QPointF(offset + unit * cases::whole(random, 0, 15),
+                               offset + unit * cases::whole(random, 0, 15));
             };
             const QPointF a = place();
             const QPointF b = i % 2 ? place() : QPointF(2.0, 2.0) + 3.0 * (a - QPointF(1.0, 1.0));
@@ -81,8 +86,9 @@ private Q_SLOTS:
     }
     void orientationOfInexactDifferences()
     {
-        // (0.5, 0.5) + k ulp against the line through (12, 12) and (24, 24): y = x, decided by the last bits alone
-        // (L. Kettner et al., "Classroom examples of robustness problems in geometric computations", 2008).
+        // (0.5, 0.5) + k ulp against the line through (12, 12) and (24, 24): y = x, decided by the
+        // last bits alone (L. Kettner et al., "Classroom examples of robustness problems in
+        // geometric computations", 2008).
         for (int i = 0; i < 64; ++i) {
             for (int k = 0; k < 64; ++k) {
                 const QPointF p(0.5 + i * std::ldexp(1.0, -53), 0.5 + k * std::ldexp(1.0, -53));
@@ -118,9 +124,12 @@ private Q_SLOTS:
                 list.last().append(list.last().first());
             const FMPolygon polygon(list);
             for (int i = 0; i < 150; ++i) {
-                const QPointF p(cases::whole(random, -1, extent + 1), cases::whole(random, -1, extent + 1));
-                QVERIFY2(polygon.ContainsPoint(p) == plainlyContains(list, p),
-                         qPrintable(QStringLiteral("round %1, (%2, %3)").arg(round).arg(p.x()).arg(p.y())));
+                const QPointF p(cases::whole(random, -1, extent + 1),
+                                cases::whole(random, -1, extent + 1));
+                QVERIFY2(
+                    polygon.ContainsPoint(p) == plainlyContains(list, p),
+                    qPrintable(
+                        QStringLiteral("round %1, (%2, %3)").arg(round).arg(p.x()).arg(p.y())));
             }
         }
     }
@@ -145,7 +154,8 @@ private Q_SLOTS:
         int counts[4] = {};
         for (int round = 0; round < 6000; ++round) {
             const auto first = draw(geos, random, firstIsArea, vertices, counts[3]);
-            const auto second = draw(geos, random, secondIsArea, round % 2 ? vertices : 4, counts[3]);
+            const auto second =
+                draw(geos, random, secondIsArea, round % 2 ? vertices : 4, counts[3]);
             const FMObject &a = *first.object;
             const FMObject &b = *second.object;
             const GEOSGeometry *ga = first.geometry.get();
@@ -153,7 +163,8 @@ private Q_SLOTS:
             const bool overlap = GEOSIntersects_r(geos, ga, gb) == 1;
             const bool covers = GEOSCovers_r(geos, ga, gb) == 1;
             const bool covered = GEOSCoveredBy_r(geos, ga, gb) == 1;
-            const bool cross = !covers && !covered && GEOSRelatePattern_r(geos, ga, gb, "T********") == 1;
+            const bool cross =
+                !covers && !covered && GEOSRelatePattern_r(geos, ga, gb, "T********") == 1;
             const QByteArray told = text(geos, ga) + " / " + text(geos, gb);
             QVERIFY2(a.Overlaps(b) == overlap, told);
             QVERIFY2(b.Overlaps(a) == overlap, told);
@@ -173,25 +184,31 @@ private Q_SLOTS:
 
     void containmentMindsHolesAndSeams()
     {
-        const FMPolygon frame(QList<QPolygonF>{cases::rectangle(0, 0, 10, 10), cases::rectangle(2, 2, 8, 8)});
+        const FMPolygon frame(
+            QList<QPolygonF>{cases::rectangle(0, 0, 10, 10), cases::rectangle(2, 2, 8, 8)});
         const FMPolygon across(cases::rectangle(1, 1, 9, 9));
         QVERIFY(!frame.ContainsPolygon(across)); // its boundary lies in the frame, the hole in it
         QVERIFY(frame.Overlaps(across));
         QVERIFY(frame.Crosses(across));
         QVERIFY(!frame.Overlaps(FMPolygon(cases::rectangle(3, 3, 7, 7))));
-        QVERIFY(frame.OverlapsPolygon(FMPolygon(cases::rectangle(2, 2, 8, 8)), nullptr)); // touches all around
+        QVERIFY(frame.OverlapsPolygon(FMPolygon(cases::rectangle(2, 2, 8, 8)),
+                                      nullptr)); // touches all around
         QVERIFY(!frame.Crosses(FMPolygon(cases::rectangle(2, 2, 8, 8))));
 
         // Two rings that share an edge: nothing along the seam is outside.
-        const FMPolygon pair(QList<QPolygonF>{cases::rectangle(0, 0, 4, 4), cases::rectangle(4, 0, 8, 4)});
+        const FMPolygon pair(
+            QList<QPolygonF>{cases::rectangle(0, 0, 4, 4), cases::rectangle(4, 0, 8, 4)});
         QVERIFY(pair.ContainsPolygon(FMPolygon(cases::rectangle(1, 1, 7, 3))));
         QVERIFY(pair.ContainsLine(FMLine({{{1.0, 1.0}, {7.0, 2.0}}})));
         QVERIFY(!pair.ContainsLine(FMLine({{{1.0, 1.0}, {9.0, 2.0}}})));
-        // A place between two crossings that differ in the last bits: the notch's tip is 1 ulp wide there.
+        // A place between two crossings that differ in the last bits: the notch's tip is 1 ulp wide
+        // there.
         const double tip = 1.0 + std::ldexp(1.0, -52);
-        const FMPolygon notched(QVector<QPointF>{{0, 0}, {1, 1}, {tip, 1}, {2, 0}, {3, 0}, {3, 3}, {-1, 3}, {-1, 0}});
+        const FMPolygon notched(
+            QVector<QPointF>{{0, 0}, {1, 1}, {tip, 1}, {2, 0}, {3, 0}, {3, 3}, {-1, 3}, {-1, 0}});
         QVERIFY(notched.ContainsLine(FMLine({{{-0.5, 1.0}, {2.5, 1.0}}})));
-        QVERIFY(!notched.ContainsLine(FMLine({{{-0.5, 1.0 - std::ldexp(1.0, -53)}, {2.5, 1.0 - std::ldexp(1.0, -53)}}})));
+        QVERIFY(!notched.ContainsLine(
+            FMLine({{{-0.5, 1.0 - std::ldexp(1.0, -53)}, {2.5, 1.0 - std::ldexp(1.0, -53)}}})));
     }
 
     void distancesAgreeWithAPlainLoop()
@@ -199,8 +216,9 @@ private Q_SLOTS:
         Random random(31);
         for (int round = 0; round < 300; ++round) {
             const QPolygonF first = cases::star(random, cases::whole(random, 3, 90), {0, 0}, 10.0);
-            const QPolygonF second = cases::star(random, cases::whole(random, 3, 90),
-                                                 {cases::real(random, -30, 30), cases::real(random, -30, 30)}, 8.0);
+            const QPolygonF second =
+                cases::star(random, cases::whole(random, 3, 90),
+                            {cases::real(random, -30, 30), cases::real(random, -30, 30)}, 8.0);
             const FMPolygon a(first);
             const FMPolygon b(second);
             double least = std::numeric_limits<double>::infinity();
@@ -208,7 +226,8 @@ private Q_SLOTS:
                 for (int k = 0; k < second.size(); ++k) {
                     const QPointF a1 = first[(i + 1) % first.size()];
                     const QPointF b1 = second[(k + 1) % second.size()];
-                    least = std::min({least, plainDistance(first[i], second[k], b1), plainDistance(second[k], first[i], a1)});
+                    least = std::min({least, plainDistance(first[i], second[k], b1),
+                                      plainDistance(second[k], first[i], a1)});
                 }
             }
             if (a.Overlaps(b))
@@ -245,9 +264,11 @@ private Q_SLOTS:
         QCOMPARE(polygon.GetVertices().first().size(), ring.size());
         QVERIFY(!polygon.IsSimple());
         QCOMPARE(polygon.GetArea(), 0.0);
-        QVERIFY(!polygon.ContainsPoint(0.5, 0.5) && !polygon.Overlaps(square) && !square.Contains(polygon));
+        QVERIFY(!polygon.ContainsPoint(0.5, 0.5) && !polygon.Overlaps(square)
+                && !square.Contains(polygon));
         QVERIFY(!polygon.Crosses(square) && !polygon.BordersPolygon(square, true));
-        QVERIFY(std::isinf(polygon.SqrDistance(0.0, 0.0)) && std::isinf(square.SqrPolygonDistance(polygon)));
+        QVERIFY(std::isinf(polygon.SqrDistance(0.0, 0.0))
+                && std::isinf(square.SqrPolygonDistance(polygon)));
         double x = 0.0;
         QVERIFY(!polygon.GetCentroid(x, x));
         QVector<const FMPolygon *> pieces;
@@ -270,22 +291,27 @@ private:
         GEOSFree_r(geos, told);
         return result;
     }
-    /// On a small lattice, so that contacts of every kind abound. Areas are redrawn until they are simple.
-    static Drawn draw(const cases::Geos &geos, Random &random, bool area, int vertices, int &redrawn)
+    /// On a small lattice, so that contacts of every kind abound. Areas are redrawn until they are
+    /// simple.
+    static Drawn draw(const cases::Geos &geos, Random &random, bool area, int vertices,
+                      int &redrawn)
     {
         for (;; ++redrawn) {
-            const QPolygonF ring = cases::tangle(random, cases::whole(random, area ? 3 : 2, vertices), vertices > 8 ? 30 : 4);
+            const QPolygonF ring = cases::tangle(
+                random, cases::whole(random, area ? 3 : 2, vertices), vertices > 8 ? 30 : 4);
             if (!area) {
                 if (std::count(ring.cbegin(), ring.cend(), ring.front()) == ring.size())
                     continue;
                 auto line = geos.line(ring);
                 if (GEOSisSimple_r(geos, line.get()) == 1)
-                    return {std::make_unique<FMLine>(QList<QVector<QPointF>>{ring}), std::move(line)};
+                    return {std::make_unique<FMLine>(QList<QVector<QPointF>>{ring}),
+                            std::move(line)};
                 continue;
             }
             QPolygonF made = vertices > 8 ? QPolygonF() : ring;
             if (vertices > 8) { // a star rounded to the lattice
-                for (const QPointF &p : cases::star(random, vertices, {15, 15}, cases::real(random, 2, 15)))
+                for (const QPointF &p :
+                     cases::star(random, vertices, {15, 15}, cases::real(random, 2, 15)))
                     made.append(QPointF(std::round(p.x()), std::round(p.y())));
             }
             auto polygon = geos.polygon({made});

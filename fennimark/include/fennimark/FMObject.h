@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-/// Points, lines and polygons as sets of places: exact predicates on closed sets, distances, lengths and centroids.
+/// Points, lines and polygons as sets of places: exact predicates on closed sets, distances,
+/// lengths and centroids.
 #pragma once
+#include "fennimark/TreeObject.h"
 #include <QPointF>
 #include <memory>
-#include "fennimark/TreeObject.h"
 
 class FMLine;
 class FMPoint;
@@ -19,7 +20,8 @@ struct RunBox;
 enum class ObjectKind : quint8 { Point, Line, Polygon };
 enum class Simplicity : quint8 { Unknown, Simple, NotSimple };
 
-/// Where an object's vertices lie: the parts behind one another, each as given. The memory is another's.
+/// Where an object's vertices lie: the parts behind one another, each as given. The memory is
+/// another's.
 struct GeometryView {
     const QPointF *vertices = nullptr;
     const quint32 *partSizes = nullptr;
@@ -27,17 +29,20 @@ struct GeometryView {
     quint32 vertexCount = 0;
     Rect2D bounds;
     const RunBox *runBoxes = nullptr; ///< made on first use when null
-    double tolerance = 0.0;           ///< map units within which borders count as shared; 0: rounding slack alone
+    double tolerance =
+        0.0; ///< map units within which borders count as shared; 0: rounding slack alone
 };
 
 /// Transforms `count` vertices in place, to or (inverse) from the system that `projection` names.
-using VertexTransform = void (*)(QPointF *vertices, int count, const FMProjectionInfo &projection, bool inverse);
+using VertexTransform = void (*)(QPointF *vertices, int count, const FMProjectionInfo &projection,
+                                 bool inverse);
 
 } // namespace fennimark
 
-/// Predicates are exact (no tolerance) on closed sets, boundary included. Distances and lengths are planar, in map
-/// units. An object is a view on vertices of the store that made it, or owns them; copies always own. Vertices that
-/// are not finite, or beyond 1e37, are kept, but the object is then an empty set.
+/// Predicates are exact (no tolerance) on closed sets, boundary included. Distances and lengths are
+/// planar, in map units. An object is a view on vertices of the store that made it, or owns them;
+/// copies always own. Vertices that are not finite, or beyond 1e37, are kept, but the object is
+/// then an empty set.
 class FENNIMARK_EXPORT FMObject : public TreeObject {
 public:
     ~FMObject() override;
@@ -65,7 +70,8 @@ public:
     virtual bool Overlaps(const FMObject &object) const;
     virtual bool OverlapsPoint(const QPointF &point) const;
     virtual bool OverlapsLine(const FMLine &line) const;
-    /// @param area  when not null, takes the area of the intersection in squared map units: 0 where the two only touch
+    /// @param area  when not null, takes the area of the intersection in squared map units: 0 where
+    /// the two only touch
     ///              and for objects that are no polygon.
     virtual bool OverlapsPolygon(const FMPolygon &polygon, double *area) const;
     /// The interiors meet and neither contains the other. Never true of a point.
@@ -73,7 +79,8 @@ public:
     virtual bool CrossesPoint(const QPointF &point) const;
     virtual bool CrossesLine(const FMLine &line) const;
     virtual bool CrossesPolygon(const FMPolygon &polygon) const;
-    /// No point of this object is outside; the boundary counts as inside. An empty object is contained by nothing.
+    /// No point of this object is outside; the boundary counts as inside. An empty object is
+    /// contained by nothing.
     virtual bool ContainedByRect(const Rect2D &rect) const;
     virtual bool ContainedByPolygon(const FMPolygon &polygon) const;
     virtual bool ContainsPoint(double x, double y) const;
@@ -82,12 +89,15 @@ public:
     virtual double SqrPolygonDistance(const FMPolygon &polygon) const;
 
 protected:
-    /// Calls the fennimark::VertexTransform that `transform` points to on all vertices; null leaves them alone.
-    virtual void TransformVertices(void *transform, const FMProjectionInfo &projection, bool inverse);
+    /// Calls the fennimark::VertexTransform that `transform` points to on all vertices; null leaves
+    /// them alone.
+    virtual void TransformVertices(void *transform, const FMProjectionInfo &projection,
+                                   bool inverse);
     virtual FMObject *duplicate() const = 0;
 
 public:
-    /// Centre of gravity: of the area of a polygon, of the length of a line. False for an area or length of 0.
+    /// Centre of gravity: of the area of a polygon, of the length of a line. False for an area or
+    /// length of 0.
     virtual bool GetCentroid(double &x, double &y) const;
 
     /// The bounds of GetObjectBounds, of a const object.
@@ -95,7 +105,8 @@ public:
 
 protected:
     explicit FMObject(fennimark::ObjectKind kind);
-    FMObject(fennimark::ObjectKind kind, const fennimark::GeometryView &view, fennimark::Simplicity simplicity);
+    FMObject(fennimark::ObjectKind kind, const fennimark::GeometryView &view,
+             fennimark::Simplicity simplicity);
     FMObject(const FMObject &other);
     FMObject &operator=(const FMObject &other) = delete;
 
@@ -106,7 +117,8 @@ private:
     friend struct fennimark::ObjectAccess;
 
     fennimark::GeometryView mView;
-    mutable std::unique_ptr<fennimark::ObjectBacking> mBacking; // owned vertices, and what is made on first use
+    mutable std::unique_ptr<fennimark::ObjectBacking>
+        mBacking; // owned vertices, and what is made on first use
     fennimark::ObjectKind mKind;
     mutable fennimark::Simplicity mSimplicity = fennimark::Simplicity::Unknown;
     bool mDirty = false;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// What a geography knows of its coordinate system: names and units. Nothing is projected here.
 #pragma once
+#include "fennimark/export.h"
 #include <QByteArray>
 #include <QString>
-#include "fennimark/export.h"
 
 class FENNIMARK_EXPORT FMProjectionInfo {
 public:
@@ -20,12 +20,14 @@ public:
     /// The text that the names were read from; empty when there was none.
     QString GetWkt() const { return mWkt; }
 
-    /// Reads names and units from well-known text of a coordinate system, form 1 or 2 (ISO 19162), projected,
-    /// geographic, compound or bound. At most 1 MiB and 64 levels.
-    /// @return false, with `info` unchanged, for text that is no well-formed coordinate system of these kinds.
+    /// Reads names and units from well-known text of a coordinate system, form 1 or 2 (ISO 19162),
+    /// projected, geographic, compound or bound. At most 1 MiB and 64 levels.
+    /// @return false, with `info` unchanged, for text that is no well-formed coordinate system of
+    /// these kinds.
     static bool FromWkt(const QString &wkt, FMProjectionInfo &info);
 
-    /// The form kept in geometry files: UTF-8, the four names and the unit code on a line each, then the text.
+    /// The form kept in geometry files: UTF-8, the four names and the unit code on a line each,
+    /// then the text.
     QByteArray ToUtf8() const;
     /// @return false, with `info` unchanged, for bytes that ToUtf8 cannot have written.
     static bool FromUtf8(const QByteArray &bytes, FMProjectionInfo &info);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// What the index in space and time knows of a live object: its box, its distances, its stream form.
+/// What the index in space and time knows of a live object: its box, its distances, its stream
+/// form.
 #pragma once
 #include "fennimark/export.h"
 #include "fennimark/geometryTypes.h"
@@ -12,13 +13,15 @@ public:
 
     /// Writes the vertices exactly as given. @return false when the stream refuses.
     virtual bool SaveToStream(QDataStream &out) = 0;
-    /// Takes the vertices that SaveToStream wrote with the same form number; the object owns them from then on.
-    /// @return false, with the object unchanged, for data cut short, counts that cannot be or an unknown `form`.
+    /// Takes the vertices that SaveToStream wrote with the same form number; the object owns them
+    /// from then on.
+    /// @return false, with the object unchanged, for data cut short, counts that cannot be or an
+    /// unknown `form`.
     virtual bool RestoreFromStream(QDataStream &in, int form) = 0;
     /// A copy that owns its vertices, whatever this object is a view of. The caller's.
     virtual TreeObject *Copy() const = 0;
-    /// Squared distance between closed sets in squared map units; 0 when they have a common point, infinity when one
-    /// of them is empty or null.
+    /// Squared distance between closed sets in squared map units; 0 when they have a common point,
+    /// infinity when one of them is empty or null.
     virtual double SqrDistance(const Rect2D &rect) const = 0;
     virtual double SqrDistance(const TreeObject *object) const = 0;
     virtual double SqrDistance(double x, double y) const = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// The plain value types of the geometry library: boxes in space, in time and in both, grids of equal cells. Places are
-/// planar and in map units throughout the library: degrees are used as they are, and nothing wraps at the antimeridian.
+/// The plain value types of the geometry library: boxes in space, in time and in both, grids of
+/// equal cells. Places are planar and in map units throughout the library: degrees are used as they
+/// are, and nothing wraps at the antimeridian.
 #pragma once
 #include <QtGlobal>
 
@@ -12,8 +13,8 @@ struct Rect2D {
     double yMax = 0.0;
 };
 
-/// A span of time. The upper four bits of `flags` all set: the start is inclusive; the lower four: the end is. A range
-/// whose end is below its start is no time at all.
+/// A span of time. The upper four bits of `flags` all set: the start is inclusive; the lower four:
+/// the end is. A range whose end is below its start is no time at all.
 struct timeRange {
     double start = 0.0;
     double end = 0.0;
@@ -21,11 +22,11 @@ struct timeRange {
 };
 
 /// A box in space and time.
-struct RectInT : Rect2D, timeRange {
-};
+struct RectInT : Rect2D, timeRange {};
 
-/// An axis-aligned grid of equal cells. `top` is told beside `bottom` because rows of cell centres count down from the
-/// top and rows of cell rectangles up from the bottom, each by the expression that its users evaluate.
+/// An axis-aligned grid of equal cells. `top` is told beside `bottom` because rows of cell centres
+/// count down from the top and rows of cell rectangles up from the bottom, each by the expression
+/// that its users evaluate.
 struct FMGrid {
     double left = 0.0;
     double bottom = 0.0;
@@ -48,4 +49,5 @@ struct FMCellArea {
     unsigned int row = 0;
     double area = 0.0;
 };
-Q_DECLARE_TYPEINFO(FMCellArea, Q_PRIMITIVE_TYPE); // long vectors of them are grown and moved as bytes
+Q_DECLARE_TYPEINFO(FMCellArea,
+                   Q_PRIMITIVE_TYPE); // long vectors of them are grown and moved as bytes
