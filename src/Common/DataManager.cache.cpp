@@ -24,7 +24,7 @@ BlockSlot &BlockTable::FindOrMake(int id)
     if (index >= mChunks.size())
         mChunks.resize(index + 1);
     if (!mChunks[index])
-        mChunks[index] = std::make_unique<Chunk>();
+        mChunks[index] = mPool.make();
     Chunk &chunk = *mChunks[index];
     BlockSlot &slot = SlotIn(chunk, id);
     if (!slot.known) {

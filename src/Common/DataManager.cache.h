@@ -5,8 +5,8 @@
 #include <QVector>
 #include <QtGlobal>
 #include <array>
-#include <memory>
 #include <vector>
+#include "Common/detail/slabPool.h"
 
 namespace datainterface {
 
@@ -32,7 +32,7 @@ public:
     const BlockSlot *AddressOf(int id);
     /// Forgets an id that has neither contents in the cache nor an extent.
     void DropIfEmpty(int id);
-    void Clear() { mChunks.clear(); }
+    void Clear() { mChunks.clear(); mChunks.shrink_to_fit(); }
 
     /// The ids that have an extent, ascending.
     QVector<int> WrittenIds() const;
@@ -46,7 +46,8 @@ private:
     };
     BlockSlot &SlotIn(Chunk &chunk, int id) { return chunk.slots[static_cast<size_t>(id & (kChunkSize - 1))]; }
 
-    std::vector<std::unique_ptr<Chunk>> mChunks;
+    SlabPool<Chunk> mPool;
+    std::vector<SlabPool<Chunk>::Pointer> mChunks;
 };
 
 /// The cached blocks in the order of their last use, and their cost: each one's bytes and 16 more.
