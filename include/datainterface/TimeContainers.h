@@ -68,6 +68,7 @@ public:
 
 private:
     class Content;
+    bool IsHeld() const;
     void PageIn() const;
     void PageOut() const;
 

@@ -128,6 +128,8 @@ template <class T> int TimeSliceData<T>::GetCount() const
 template <class T> T TimeSliceData<T>::GetValue(int object) const
 {
     const CheckedOut<TimeSliceData> hold(*this);
+    if (!isRaw<T> && IsHeld())
+        mContent->values(); // finding one text means walking those before it
     return mContent->value(object);
 }
 
@@ -176,6 +178,8 @@ template <class T> int TimeSliceData<T>::GetMissingCount() const
 template <class T> bool TimeSliceData<T>::IsMissing(int object) const
 {
     const CheckedOut<TimeSliceData> hold(*this);
+    if (IsHeld())
+        mContent->missing();
     return mContent->isMissing(object);
 }
 
@@ -239,6 +243,13 @@ template <class T> const QSet<int> &TimeSliceData<T>::MissingIds() const
 {
     require(mContent != nullptr, "not checked out");
     return mContent->missing();
+}
+
+// Inside an operation: whether somebody else has the slice checked out. He will ask again, and what is decoded for one
+// question serves the next.
+template <class T> bool TimeSliceData<T>::IsHeld() const
+{
+    return mCheckOutCount > 1;
 }
 
 // A block of numbers that cannot be read is an empty slice; one of strings must not be.
