@@ -1,28 +1,17 @@
 // SPDX-License-Identifier: MIT
-/// Arithmetic on boxes, with floats that never cut anything off.
+/// Arithmetic on boxes.
 #pragma once
 #include <QtGlobal>
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include "fennimark/geometryTypes.h"
+#include "floatRounding.h"
 
 namespace fennimark {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr Rect2D kNoBox{kInfinity, -kInfinity, kInfinity, -kInfinity};
-
-/// The nearest float that is not above, or not below, `value`.
-inline float roundedDown(double value)
-{
-    const auto near = static_cast<float>(value);
-    return static_cast<double>(near) > value ? std::nextafterf(near, -std::numeric_limits<float>::infinity()) : near;
-}
-inline float roundedUp(double value)
-{
-    const auto near = static_cast<float>(value);
-    return static_cast<double>(near) < value ? std::nextafterf(near, std::numeric_limits<float>::infinity()) : near;
-}
 
 inline void widen(Rect2D &hull, const Rect2D &box)
 {

@@ -18,7 +18,7 @@
 namespace fennimark {
 
 constexpr quint32 kFanOut = 16;
-constexpr quint32 kRunLength = 16;
+constexpr quint32 kRecordsPerRun = 16;
 
 struct alignas(16) BoxNode {
     float xMin[kFanOut], xMax[kFanOut], yMin[kFanOut], yMax[kFanOut];

@@ -105,7 +105,7 @@ bool ContiguityGraph::build(const RecordStore &store, double time, Progress prog
     mFirst.assign(std::size_t(store.recordCount()) + 2, 0);
     if (store.mayHold(AtTime{time})) {
         RunJoin join(store, time);
-        const quint32 runs = (store.recordCount() + kRunLength - 1) / kRunLength;
+        const quint32 runs = (store.recordCount() + kRecordsPerRun - 1) / kRecordsPerRun;
         for (quint32 run = 0; run < runs; ++run) {
             join.join(run, [&](quint32 a, quint32 b, Contact contact) {
                 edges.push_back({a, b, contact == Contact::Piece});

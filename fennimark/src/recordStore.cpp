@@ -125,9 +125,9 @@ bool RecordStore::assign(StoreContent &&content)
 std::vector<RunHull> RecordStore::runHulls(const StoreContent &content) const
 {
     const std::size_t count = content.recordCount();
-    std::vector<RunHull> hulls((count + kRunLength - 1) / kRunLength);
+    std::vector<RunHull> hulls((count + kRecordsPerRun - 1) / kRecordsPerRun);
     for (std::size_t i = 0; i < count; ++i) {
-        RunHull &hull = hulls[i / kRunLength];
+        RunHull &hull = hulls[i / kRecordsPerRun];
         if (content.kind == ObjectKind::Point) {
             const QPointF &p = content.points[i];
             widen(hull.box, Rect2D{p.x(), p.x(), p.y(), p.y()});

@@ -171,8 +171,8 @@ struct StoreAccess {
 template <class When, class Visit>
 void RecordStore::visitRun(quint32 run, const Rect2D &window, const When &when, Visit visit) const
 {
-    const quint32 first = run * kRunLength;
-    const quint32 end = std::min(mCount, first + kRunLength);
+    const quint32 first = run * kRecordsPerRun;
+    const quint32 end = std::min(mCount, first + kRecordsPerRun);
     const auto hits = [&](quint32 record) {
         return lives(record) && (!mTimeIndex || when(mTimes[mTimeIndex[record]]));
     };

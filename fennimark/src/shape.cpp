@@ -44,7 +44,11 @@ void fillRunBoxes(const Shape &shape, RunBox *boxes)
         const quint32 end = std::min(first + kRunLength, shape.vertexCount());
         Rect2D hull{shape.vertex(first).x(), shape.vertex(first).x(), shape.vertex(first).y(),
                     shape.vertex(first).y()};
-        shape.visitSegments(first, end, [&hull](quint32, const QPointF &from, const QPointF &to) {
+        // One segment begins where another ends, as long as no part begins between them.
+        const bool onePart = shape.partCount() == 1;
+        for (quint32 i = first + 1; onePart && i < end; ++i)
+            widen(hull, shape.vertex(i));
+        shape.visitSegments(onePart ? end - 1 : first, end, [&hull](quint32, const QPointF &from, const QPointF &to) {
             widen(hull, from);
             widen(hull, to);
             return true;
@@ -74,20 +78,6 @@ std::vector<quint32> endsOf(const GeometryView &view)
 }
 
 } // namespace
-
-float roundedDown(double value)
-{
-    const float rounded = static_cast<float>(value);
-    return rounded > value ? std::nextafter(rounded, -std::numeric_limits<float>::infinity())
-                           : rounded;
-}
-
-float roundedUp(double value)
-{
-    const float rounded = static_cast<float>(value);
-    return rounded < value ? std::nextafter(rounded, std::numeric_limits<float>::infinity())
-                           : rounded;
-}
 
 RunBox roundedOut(const Rect2D &rect)
 {

@@ -3,6 +3,7 @@
 /// under a tree of run boxes. The tree is implicit (boxes of eight, level behind level), so a
 /// traversal is index arithmetic and box tests.
 #pragma once
+#include "floatRounding.h"
 #include "geometryView.h"
 #include <QVarLengthArray>
 #include <vector>
@@ -209,9 +210,6 @@ inline bool boxContains(const Rect2D &outer, const Rect2D &inner)
            && inner.yMax <= outer.yMax;
 }
 
-/// Rounding to float that never rises, and never falls.
-float roundedDown(double value);
-float roundedUp(double value);
 RunBox roundedOut(const Rect2D &rect);
 
 } // namespace fennimark
