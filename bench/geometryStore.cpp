@@ -247,6 +247,13 @@ template <int Dimensions> void timedQueries(int each, double instantTarget, doub
                 wholeTarget);
 }
 
+void boxRows()
+{
+    timedQueries<2>(1, 0.7, 0, 0);
+    timedQueries<3>(10, 0.45, 0.7, 0.35);
+    timedQueries<3>(100, 0.55, 0.85, 0.35);
+}
+
 void indexRows()
 {
     const std::vector<Shape> shapes = timedBoxes(1);
@@ -262,9 +269,9 @@ void indexRows()
             centers.push_back({box.xMin / 2 + box.xMax / 2, box.yMin / 2 + box.yMax / 2, 0});
         const auto order = hilbertOrder(centers, RectInT{Rect2D{0, kSize, 0, kSize}, timeRange{}}, false);
         std::vector<Rect2D> sorted;
-        std::vector<RunHull> hulls((boxes.size() + kRunLength - 1) / kRunLength);
+        std::vector<RunHull> hulls((boxes.size() + kRecordsPerRun - 1) / kRecordsPerRun);
         for (const quint32 i : order) {
-            widen(hulls[sorted.size() / kRunLength].box, boxes[i]);
+            widen(hulls[sorted.size() / kRecordsPerRun].box, boxes[i]);
             sorted.push_back(boxes[i]);
         }
         sink = sink + BoxTree::build(hulls).size();
@@ -416,41 +423,6 @@ void contiguityRow(const char *name, const std::vector<Shape> &shapes, double si
                 geosRook / 2);
 }
 
-void contiguityRows()
-{
-    for (const int n : {100, 300, 500}) {
-        std::vector<Shape> squares;
-        for (int i = 0; i < n * n; ++i)
-            squares.push_back({rect(i % n, i / n, 1, 1), {0, 1, 0xFF}});
-        std::shuffle(squares.begin(), squares.end(), random);
-        char name[64];
-        std::snprintf(name, sizeof name, "queen + rook, %d squared", n);
-        contiguityRow(name, squares, n, n < 500, n < 500 ? 0.1 : 0.4);
-    }
-    std::vector<Shape> wall;
-    for (int i = 0; i < 90000; ++i) {
-        const int row = i / 300;
-        const double x = i % 300 + (row % 2) * 0.5, y = row * 0.5, c = std::cos(M_PI / 6), s = std::sin(M_PI / 6);
-        Ring brick = rect(x, y, 1, 0.5);
-        for (QPointF &vertex : brick)
-            vertex = QPointF(vertex.x() * c - vertex.y() * s, vertex.x() * s + vertex.y() * c);
-        wall.push_back({brick, {0, 1, 0xFF}});
-    }
-    contiguityRow("T-junction wall, 90k, queen + rook", wall, 400, false, 0.9);
-    std::vector<Shape> round;
-    for (int i = 0; i < 10000; ++i) {
-        Ring ring; // a square with 16 vertices on each side
-        const double x = i % 100, y = i / 100;
-        for (int k = 0; k < 64; ++k) {
-            const double t = (k % 16) / 16.0;
-            const QPointF at[4] = {{x + t, y}, {x + 1, y + t}, {x + 1 - t, y + 1}, {x, y + 1 - t}};
-            ring.append(at[k / 16]);
-        }
-        round.push_back({ring, {0, 1, 0xFF}});
-    }
-    contiguityRow("queen + rook, 10k polygons of 64 vertices", round, 100, true, 0.1);
-}
-
 void oneNeighbourhood(int vertices, double target)
 {
     std::vector<Shape> squares;
@@ -499,9 +471,46 @@ void oneNeighbourhood(int vertices, double target)
     ratios::row(name, ours, "GEOS tree + touches", peer, target);
 }
 
+void contiguityRows()
+{
+    for (const int n : {100, 300, 500}) {
+        std::vector<Shape> squares;
+        for (int i = 0; i < n * n; ++i)
+            squares.push_back({rect(i % n, i / n, 1, 1), {0, 1, 0xFF}});
+        std::shuffle(squares.begin(), squares.end(), random);
+        char name[64];
+        std::snprintf(name, sizeof name, "queen + rook, %d squared", n);
+        contiguityRow(name, squares, n, n < 500, n < 500 ? 0.1 : 0.4);
+    }
+    std::vector<Shape> wall;
+    for (int i = 0; i < 90000; ++i) {
+        const int row = i / 300;
+        const double x = i % 300 + (row % 2) * 0.5, y = row * 0.5, c = std::cos(M_PI / 6), s = std::sin(M_PI / 6);
+        Ring brick = rect(x, y, 1, 0.5);
+        for (QPointF &vertex : brick)
+            vertex = QPointF(vertex.x() * c - vertex.y() * s, vertex.x() * s + vertex.y() * c);
+        wall.push_back({brick, {0, 1, 0xFF}});
+    }
+    contiguityRow("T-junction wall, 90k, queen + rook", wall, 400, false, 0.9);
+    std::vector<Shape> round;
+    for (int i = 0; i < 10000; ++i) {
+        Ring ring; // a square with 16 vertices on each side
+        const double x = i % 100, y = i / 100;
+        for (int k = 0; k < 64; ++k) {
+            const double t = (k % 16) / 16.0;
+            const QPointF at[4] = {{x + t, y}, {x + 1, y + t}, {x + 1 - t, y + 1}, {x, y + 1 - t}};
+            ring.append(at[k / 16]);
+        }
+        round.push_back({ring, {0, 1, 0xFF}});
+    }
+    contiguityRow("queen + rook, 10k polygons of 64 vertices", round, 100, true, 0.1);
+    oneNeighbourhood(4, 0.08);
+    oneNeighbourhood(32, 0.08);
+}
+
 // --- Files and live objects ------------------------------------------------------------------------------------------------
 
-void openRow()
+void fileRows()
 {
     std::vector<Shape> shapes;
     for (int i = 0; i < 100000; ++i)
@@ -586,21 +595,25 @@ void heapRow(int vertices)
     ratios::row("the same", ours, "allowed", 80, 1.0, "B");
 }
 
-} // namespace
-
-int main()
+void heapRows()
 {
-    ratios::head("Geometry store");
-    timedQueries<2>(1, 0.7, 0, 0);
-    timedQueries<3>(10, 0.45, 0.7, 0.35);
-    timedQueries<3>(100, 0.55, 0.85, 0.35);
-    indexRows();
-    exactRows();
-    contiguityRows();
-    oneNeighbourhood(4, 0.08);
-    oneNeighbourhood(32, 0.08);
-    openRow();
     heapRow(4);
     heapRow(32);
+}
+
+} // namespace
+
+/// All groups of rows, or those named on the command line.
+int main(int argc, char **argv)
+{
+    const std::pair<const char *, void (*)()> groups[] = {
+        {"boxes", boxRows}, {"index", indexRows}, {"exact", exactRows},
+        {"contiguity", contiguityRows}, {"files", fileRows}, {"heap", heapRows},
+    };
+    ratios::head("Geometry store");
+    for (const auto &[name, rows] : groups) {
+        if (argc == 1 || std::find(argv + 1, argv + argc, std::string(name)) != argv + argc)
+            rows();
+    }
     return ratios::missed;
 }
