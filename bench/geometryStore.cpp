@@ -1,19 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The record store of the geometry library against well-known indexes: boxes in space and time, exact rectangles,
-// nearest polygons, contiguity, opening a file, what a live object and a kept polygon cost.
-#include <gdal.h>
-#include <geos_c.h>
-#include <malloc.h>
-#include <ogr_api.h>
-#include <ogr_srs_api.h>
-#include <QDataStream>
-#include <QFile>
-#include <QTemporaryDir>
-#include <boost/geometry.hpp>
-#include <boost/geometry/index/rtree.hpp>
-#include <boost/iterator/function_output_iterator.hpp>
-#include <memory>
-#include <random>
+// The record store of the geometry library against well-known indexes: boxes in space and time,
+// exact rectangles, nearest polygons, contiguity, opening a file, what a live object and a kept
+// polygon cost.
 #include "contiguity.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
@@ -21,13 +9,27 @@
 #include "geometryFile.h"
 #include "hilbertOrder.h"
 #include "ratios.h"
+#include <QDataStream>
+#include <QFile>
+#include <QTemporaryDir>
+#include <boost/geometry.hpp>
+#include <boost/geometry/index/rtree.hpp>
+#include <boost/iterator/function_output_iterator.hpp>
+#include <gdal.h>
+#include <geos_c.h>
+#include <malloc.h>
+#include <memory>
+#include <ogr_api.h>
+#include <ogr_srs_api.h>
+#include <random>
 
 namespace {
 
 namespace bg = boost::geometry;
 namespace bgi = boost::geometry::index;
 using namespace fennimark;
-template <int Dimensions> using BoostPoint = bg::model::point<double, Dimensions, bg::cs::cartesian>;
+template <int Dimensions>
+using BoostPoint = bg::model::point<double, Dimensions, bg::cs::cartesian>;
 template <int Dimensions> using BoostBox = bg::model::box<BoostPoint<Dimensions>>;
 template <int Dimensions>
 using BoostTree = bgi::rtree<std::pair<BoostBox<Dimensions>, int>, bgi::quadratic<16>>;
@@ -68,9 +70,11 @@ QString scratchFile()
 }
 
 /// The shapes as a geography; chain i has shapes i * each to (i + 1) * each - 1.
-std::unique_ptr<Fennims> opened(const std::vector<Shape> &shapes, double size, double time, int each = 1)
+std::unique_ptr<Fennims> opened(const std::vector<Shape> &shapes, double size, double time,
+                                int each = 1)
 {
-    VORNBuilder builder(RectInT{Rect2D{0, size, 0, size}, timeRange{0, time, 0xFF}}, nullptr, nullptr);
+    VORNBuilder builder(RectInT{Rect2D{0, size, 0, size}, timeRange{0, time, 0xFF}}, nullptr,
+                        nullptr);
     for (std::size_t i = 0; i < shapes.size(); i += std::size_t(each)) {
         QVector<TreeObject *> objects;
         QVector<timeRange> ranges;
@@ -112,8 +116,9 @@ template <int Dimensions> BoostTree<Dimensions> boostTree(const std::vector<Shap
 {
     std::vector<std::pair<BoostBox<Dimensions>, int>> values;
     for (const Shape &shape : shapes)
-        values.emplace_back(boostBox<Dimensions>(boundsOf(shape.ring), shape.range.start, shape.range.end),
-                            int(values.size()));
+        values.emplace_back(
+            boostBox<Dimensions>(boundsOf(shape.ring), shape.range.start, shape.range.end),
+            int(values.size()));
     return BoostTree<Dimensions>(values);
 }
 
@@ -140,8 +145,10 @@ public:
     {
         ring.append(ring.first());
         GEOSCoordSequence *sequence = GEOSCoordSeq_copyFromBuffer_r(
-            mContext, reinterpret_cast<const double *>(ring.constData()), unsigned(ring.size()), 0, 0);
-        return GEOSGeom_createPolygon_r(mContext, GEOSGeom_createLinearRing_r(mContext, sequence), nullptr, 0);
+            mContext, reinterpret_cast<const double *>(ring.constData()), unsigned(ring.size()), 0,
+            0);
+        return GEOSGeom_createPolygon_r(mContext, GEOSGeom_createLinearRing_r(mContext, sequence),
+                                        nullptr, 0);
     }
     void index()
     {
@@ -158,7 +165,9 @@ public:
     {
         GEOSSTRtree_query_r(
             mContext, tree, box,
-            [](void *item, void *context) { (*static_cast<Visit *>(context))(reinterpret_cast<std::size_t>(item)); },
+            [](void *item, void *context) {
+                (*static_cast<Visit *>(context))(reinterpret_cast<std::size_t>(item));
+            },
             &visit);
     }
     GEOSContextHandle_t context() const { return mContext; }
@@ -174,7 +183,8 @@ private:
 
 volatile std::size_t sink; // what queries find goes here, so that none is left out
 
-// --- Boxes in space and time ------------------------------------------------------------------------------------------
+// Boxes in space and time
+// 
 
 constexpr int kRecords = 100000;
 constexpr double kSize = 1000;
@@ -185,13 +195,15 @@ std::vector<Shape> timedBoxes(int each)
     for (int i = 0; i < kRecords / each; ++i) {
         const double x = uniform(0, kSize), y = uniform(0, kSize);
         for (int j = 0; j < each; ++j)
-            shapes.push_back({rect(x + uniform(-5, 5), y + uniform(-5, 5), uniform(0.5, 3), uniform(0.5, 3)),
-                              {j * 1000.0 / each, (j + 1) * 1000.0 / each, 0xF0}});
+            shapes.push_back(
+                {rect(x + uniform(-5, 5), y + uniform(-5, 5), uniform(0.5, 3), uniform(0.5, 3)),
+                 {j * 1000.0 / each, (j + 1) * 1000.0 / each, 0xF0}});
     }
     return shapes;
 }
 
-template <int Dimensions> void timedQueries(int each, double instantTarget, double spanTarget, double wholeTarget)
+template <int Dimensions>
+void timedQueries(int each, double instantTarget, double spanTarget, double wholeTarget)
 {
     const std::vector<Shape> shapes = timedBoxes(each);
     const std::unique_ptr<Fennims> fennims = opened(shapes, kSize, 1000, each);
@@ -219,32 +231,38 @@ template <int Dimensions> void timedQueries(int each, double instantTarget, doub
         return ratios::best(kRounds, double(queries.size()), [&] {
             for (const Query &query : queries) {
                 ids.clear();
-                peer.query(bgi::intersects(window(query)), boost::make_function_output_iterator([&ids](const auto &value) {
-                               ids.push_back(value.second);
-                           }));
+                peer.query(bgi::intersects(window(query)),
+                           boost::make_function_output_iterator(
+                               [&ids](const auto &value) { ids.push_back(value.second); }));
                 sink = sink + ids.size();
             }
         });
     };
     char name[64];
     std::snprintf(name, sizeof name, "box at an instant, %d observations", each);
-    ratios::row(name, ours([&](const Query &q) { fennims->OverlapsMBRs(q.box, qint64(q.time), records); }),
-                Dimensions == 2 ? "Boost rtree 2D" : "Boost rtree 3D",
-                boost([](const Query &q) { return boostBox<Dimensions>(q.box, q.time, q.time); }), instantTarget);
+    ratios::row(
+        name, ours([&](const Query &q) { fennims->OverlapsMBRs(q.box, qint64(q.time), records); }),
+        Dimensions == 2 ? "Boost rtree 2D" : "Boost rtree 3D",
+        boost([](const Query &q) { return boostBox<Dimensions>(q.box, q.time, q.time); }),
+        instantTarget);
     if (each == 1)
         return;
     std::snprintf(name, sizeof name, "box over a time range, %d observations", each);
-    ratios::row(name, ours([&](const Query &q) {
-                    fennims->mTree->Overlaps(RectInT{q.box, timeRange{q.time, q.time + 50, 0xFF}}, records);
-                }),
-                "Boost rtree 3D", boost([](const Query &q) { return boostBox<Dimensions>(q.box, q.time, q.time + 50); }),
-                spanTarget);
+    ratios::row(
+        name, ours([&](const Query &q) {
+            fennims->mTree->Overlaps(RectInT{q.box, timeRange{q.time, q.time + 50, 0xFF}}, records);
+        }),
+        "Boost rtree 3D",
+        boost([](const Query &q) { return boostBox<Dimensions>(q.box, q.time, q.time + 50); }),
+        spanTarget);
     queries.resize(100);
     const Rect2D whole{-10, kSize + 10, -10, kSize + 10};
     std::snprintf(name, sizeof name, "whole extent at an instant, %d observations", each);
-    ratios::row(name, ours([&](const Query &q) { fennims->OverlapsMBRs(whole, qint64(q.time), records); }),
-                "Boost rtree 3D", boost([&](const Query &q) { return boostBox<Dimensions>(whole, q.time, q.time); }),
-                wholeTarget);
+    ratios::row(
+        name, ours([&](const Query &q) { fennims->OverlapsMBRs(whole, qint64(q.time), records); }),
+        "Boost rtree 3D",
+        boost([&](const Query &q) { return boostBox<Dimensions>(whole, q.time, q.time); }),
+        wholeTarget);
 }
 
 void boxRows()
@@ -267,7 +285,8 @@ void indexRows()
         std::vector<RecordCenter> centers;
         for (const Rect2D &box : boxes)
             centers.push_back({box.xMin / 2 + box.xMax / 2, box.yMin / 2 + box.yMax / 2, 0});
-        const auto order = hilbertOrder(centers, RectInT{Rect2D{0, kSize, 0, kSize}, timeRange{}}, false);
+        const auto order =
+            hilbertOrder(centers, RectInT{Rect2D{0, kSize, 0, kSize}, timeRange{}}, false);
         std::vector<Rect2D> sorted;
         std::vector<RunHull> hulls((boxes.size() + kRecordsPerRun - 1) / kRecordsPerRun);
         for (const quint32 i : order) {
@@ -276,23 +295,27 @@ void indexRows()
         }
         sink = sink + BoxTree::build(hulls).size();
     });
-    const double peer = ratios::best(kRounds, 1e6, [&] { sink = sink + BoostTree<2>(values).size(); });
+    const double peer =
+        ratios::best(kRounds, 1e6, [&] { sink = sink + BoostTree<2>(values).size(); });
     ratios::row("box tree build, 100k", ours, "Boost rtree, packed", peer, 1.2, "ms");
     for (const int each : {1, 10}) {
         const std::unique_ptr<Fennims> fennims = opened(timedBoxes(each), kSize, 1000, each);
         const double bytes = double(StoreAccess::store(*fennims->mTree).columnBytes()) / kRecords;
-        ratios::row(each == 1 ? "all columns, one time, a record" : "all columns, 10 observations, a record", bytes,
-                    "boxes, times, id bare", each == 1 ? 32 + 4 : 32 + 16 + 4, 1.5, "B");
+        ratios::row(each == 1 ? "all columns, one time, a record"
+                              : "all columns, 10 observations, a record",
+                    bytes, "boxes, times, id bare", each == 1 ? 32 + 4 : 32 + 16 + 4, 1.5, "B");
     }
 }
 
-// --- Exact queries -------------------------------------------------------------------------------------------------------
+// Exact queries
+// 
 
 void exactRows()
 {
     std::vector<Shape> shapes;
     for (int i = 0; i < 30000; ++i)
-        shapes.push_back({star(uniform(0, kSize), uniform(0, kSize), uniform(1, 4), 32), {0, 1, 0xFF}});
+        shapes.push_back(
+            {star(uniform(0, kSize), uniform(0, kSize), uniform(1, 4), 32), {0, 1, 0xFF}});
     const std::unique_ptr<Fennims> fennims = opened(shapes, kSize, 1);
     GeosShapes geos(shapes);
     geos.index();
@@ -318,7 +341,8 @@ void exactRows()
         theirsFound = 0;
         for (const GEOSGeometry *window : geosWindows) {
             geos.query(window, [&](std::size_t i) {
-                theirsFound += GEOSPreparedIntersects_r(geos.context(), geos.prepared(i), window) == 1;
+                theirsFound +=
+                    GEOSPreparedIntersects_r(geos.context(), geos.prepared(i), window) == 1;
             });
         }
     });
@@ -341,7 +365,8 @@ void exactRows()
         GEOSSTRtree_insert_r(geos.context(), tree, one, one);
     const double geosNearest = ratios::best(2, double(windows.size()), [&] {
         for (const GEOSGeometry *point : points)
-            sink = sink + std::size_t(GEOSSTRtree_nearest_r(geos.context(), tree, point) != nullptr);
+            sink =
+                sink + std::size_t(GEOSSTRtree_nearest_r(geos.context(), tree, point) != nullptr);
     });
     ratios::row("nearest polygon to a point", nearest, "GEOS STRtree nearest", geosNearest, 0.3);
     GEOSSTRtree_destroy_r(geos.context(), tree);
@@ -351,10 +376,12 @@ void exactRows()
         GEOSGeom_destroy_r(geos.context(), one);
 }
 
-// --- Contiguity ------------------------------------------------------------------------------------------------------------
+// Contiguity
+// 
 
 /// From rings to both relations, index included: milliseconds, and how many pairs.
-double oursContiguity(const std::vector<Shape> &shapes, double size, int rounds, std::size_t &queen, std::size_t &rook)
+double oursContiguity(const std::vector<Shape> &shapes, double size, int rounds, std::size_t &queen,
+                      std::size_t &rook)
 {
     return ratios::best(rounds, 1e6, [&] {
         StoreContent content;
@@ -365,7 +392,8 @@ double oursContiguity(const std::vector<Shape> &shapes, double size, int rounds,
             const Rect2D box = boundsOf(shape.ring);
             centers.push_back({box.xMin / 2 + box.xMax / 2, box.yMin / 2 + box.yMax / 2, 0});
         }
-        for (const quint32 i : hilbertOrder(centers, RectInT{Rect2D{0, size, 0, size}, timeRange{}}, false)) {
+        for (const quint32 i :
+             hilbertOrder(centers, RectInT{Rect2D{0, size, 0, size}, timeRange{}}, false)) {
             const auto count = quint32(shapes[i].ring.size());
             GeometryView view;
             view.vertices = shapes[i].ring.constData();
@@ -390,8 +418,10 @@ double oursContiguity(const std::vector<Shape> &shapes, double size, int rounds,
     });
 }
 
-/// GEOS tree and prepared geometries: touching pairs, and of these those whose boundaries share a line.
-double geosContiguity(const std::vector<Shape> &shapes, bool withRook, std::size_t &queen, std::size_t &rook)
+/// GEOS tree and prepared geometries: touching pairs, and of these those whose boundaries share a
+/// line.
+double geosContiguity(const std::vector<Shape> &shapes, bool withRook, std::size_t &queen,
+                      std::size_t &rook)
 {
     GeosShapes geos(shapes);
     return ratios::best(1, 1e6, [&] {
@@ -400,27 +430,32 @@ double geosContiguity(const std::vector<Shape> &shapes, bool withRook, std::size
         queen = rook = 0;
         for (std::size_t i = 0; i < shapes.size(); ++i) {
             geos.query(geos.geometries[i], [&](std::size_t j) {
-                if (j <= i || GEOSPreparedIntersects_r(geos.context(), geos.prepared(i), geos.geometries[j]) != 1)
+                if (j <= i
+                    || GEOSPreparedIntersects_r(geos.context(), geos.prepared(i),
+                                                geos.geometries[j])
+                           != 1)
                     return;
                 queen += 2;
                 if (withRook)
                     rook += 2
-                        * std::size_t(GEOSRelatePattern_r(geos.context(), geos.geometries[i], geos.geometries[j],
-                                                          "****1****")
-                                      == 1);
+                            * std::size_t(GEOSRelatePattern_r(geos.context(), geos.geometries[i],
+                                                              geos.geometries[j], "****1****")
+                                          == 1);
             });
         }
     });
 }
 
-void contiguityRow(const char *name, const std::vector<Shape> &shapes, double size, bool withRook, double target)
+void contiguityRow(const char *name, const std::vector<Shape> &shapes, double size, bool withRook,
+                   double target)
 {
     std::size_t queen = 0, rook = 0, geosQueen = 0, geosRook = 0;
     const double ours = oursContiguity(shapes, size, kRounds, queen, rook);
     const double peer = geosContiguity(shapes, withRook, geosQueen, geosRook);
-    ratios::row(name, ours, withRook ? "GEOS tree + prepared + relate" : "same, queen only", peer, target, "ms");
-    std::printf("    pairs: queen %zu, rook %zu; GEOS, which knows no slack: %zu, %zu\n", queen / 2, rook / 2, geosQueen / 2,
-                geosRook / 2);
+    ratios::row(name, ours, withRook ? "GEOS tree + prepared + relate" : "same, queen only", peer,
+                target, "ms");
+    std::printf("    pairs: queen %zu, rook %zu; GEOS, which knows no slack: %zu, %zu\n", queen / 2,
+                rook / 2, geosQueen / 2, geosRook / 2);
 }
 
 void oneNeighbourhood(int vertices, double target)
@@ -447,14 +482,17 @@ void oneNeighbourhood(int vertices, double target)
     for (int i = 0; i < asked; ++i)
         records.push_back(fennims->GetChainById(1000 + 97 * i)->GetObservation(0).second);
     for (int round = 0; round < 20; ++round) {
-        // A time without a geometry makes the store forget its count of questions, so no graph is made.
+        // A time without a geometry makes the store forget its count of questions, so no graph is
+        // made.
         fennims->CalculatePolygonAdjacencies(records[0], 0, true, 1, {});
         const std::unique_ptr<Fennims> fresh = opened(squares, 100, 1);
-        ours = std::min(ours, ratios::best(1, asked, [&] {
-                            for (const int record : records)
-                                sink = sink + std::size_t(
-                                    fresh->CalculatePolygonAdjacencies(record, 0, true, 1, {}).size());
-                        }));
+        ours = std::min(
+            ours, ratios::best(1, asked, [&] {
+                for (const int record : records)
+                    sink = sink
+                           + std::size_t(
+                               fresh->CalculatePolygonAdjacencies(record, 0, true, 1, {}).size());
+            }));
         if (round == 2)
             break;
     }
@@ -462,7 +500,8 @@ void oneNeighbourhood(int vertices, double target)
         for (int i = 0; i < asked; ++i) {
             const GEOSGeometry *ego = geos.geometries[std::size_t(1000 + 97 * i)];
             geos.query(ego, [&](std::size_t j) {
-                sink = sink + std::size_t(GEOSTouches_r(geos.context(), ego, geos.geometries[j]) == 1);
+                sink =
+                    sink + std::size_t(GEOSTouches_r(geos.context(), ego, geos.geometries[j]) == 1);
             });
         }
     });
@@ -485,7 +524,8 @@ void contiguityRows()
     std::vector<Shape> wall;
     for (int i = 0; i < 90000; ++i) {
         const int row = i / 300;
-        const double x = i % 300 + (row % 2) * 0.5, y = row * 0.5, c = std::cos(M_PI / 6), s = std::sin(M_PI / 6);
+        const double x = i % 300 + (row % 2) * 0.5, y = row * 0.5, c = std::cos(M_PI / 6),
+                     s = std::sin(M_PI / 6);
         Ring brick = rect(x, y, 1, 0.5);
         for (QPointF &vertex : brick)
             vertex = QPointF(vertex.x() * c - vertex.y() * s, vertex.x() * s + vertex.y() * c);
@@ -508,7 +548,8 @@ void contiguityRows()
     oneNeighbourhood(32, 0.08);
 }
 
-// --- Files and live objects ------------------------------------------------------------------------------------------------
+// Files and live objects
+// 
 
 void fileRows()
 {
@@ -542,7 +583,8 @@ void fileRows()
     }
     GDALClose(written);
     const double peer = ratios::best(kRounds, 1e6, [&] {
-        GDALDatasetH dataset = GDALOpenEx(path.constData(), GDAL_OF_VECTOR, nullptr, nullptr, nullptr);
+        GDALDatasetH dataset =
+            GDALOpenEx(path.constData(), GDAL_OF_VECTOR, nullptr, nullptr, nullptr);
         OGRLayerH read = GDALDatasetGetLayer(dataset, 0);
         while (OGRFeatureH feature = OGR_L_GetNextFeature(read)) {
             sink = sink + std::size_t(OGR_F_GetGeometryRef(feature) != nullptr);
@@ -550,7 +592,8 @@ void fileRows()
         }
         GDALClose(dataset);
     });
-    ratios::row("Open, 100k polygons of 32 vertices, all checks", ours, "OGR, FlatGeobuf", peer, 0.8, "ms");
+    ratios::row("Open, 100k polygons of 32 vertices, all checks", ours, "OGR, FlatGeobuf", peer,
+                0.8, "ms");
 
     std::vector<int> ids(10000);
     for (int &id : ids)
@@ -565,7 +608,8 @@ void fileRows()
             }
         });
     };
-    const double view = pass([](TreeObject *object) { sink = sink + std::size_t(object != nullptr); });
+    const double view =
+        pass([](TreeObject *object) { sink = sink + std::size_t(object != nullptr); });
     const double copy = pass([](TreeObject *object) { delete object->Copy(); }) - view;
     ratios::row("check-out to check-in, live view", view, "allowed", 80, 1.0);
     ratios::row("the same", view, "an owning copy", copy, 1.0);
@@ -607,8 +651,9 @@ void heapRows()
 int main(int argc, char **argv)
 {
     const std::pair<const char *, void (*)()> groups[] = {
-        {"boxes", boxRows}, {"index", indexRows}, {"exact", exactRows},
-        {"contiguity", contiguityRows}, {"files", fileRows}, {"heap", heapRows},
+        {"boxes", boxRows},   {"index", indexRows},
+        {"exact", exactRows}, {"contiguity", contiguityRows},
+        {"files", fileRows},  {"heap", heapRows},
     };
     ratios::head("Geometry store");
     for (const auto &[name, rows] : groups) {

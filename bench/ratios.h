@@ -17,7 +17,8 @@ template <class Work> double best(int rounds, double count, Work work)
     for (int i = 0; i < rounds; ++i) {
         const auto start = std::chrono::steady_clock::now();
         work();
-        const std::chrono::duration<double, std::nano> took = std::chrono::steady_clock::now() - start;
+        const std::chrono::duration<double, std::nano> took =
+            std::chrono::steady_clock::now() - start;
         least = std::min(least, took.count() / count);
     }
     return least;
@@ -25,15 +26,17 @@ template <class Work> double best(int rounds, double count, Work work)
 
 inline void head(const char *title)
 {
-    std::printf("\n%s\n%-52s %12s %-28s %12s %7s %7s\n", title, "", "ours", "peer", "", "ratio", "target");
+    std::printf("\n%s\n%-52s %12s %-28s %12s %7s %7s\n", title, "", "ours", "peer", "", "ratio",
+                "target");
 }
 
-inline void row(const char *name, double ours, const char *peerName, double peer, double target, const char *unit = "ns")
+inline void row(const char *name, double ours, const char *peerName, double peer, double target,
+                const char *unit = "ns")
 {
     const bool met = ours <= peer * target;
     missed += !met;
-    std::printf("%-52s %9.4g %-2s %-28s %9.4g %-2s %7.3f %7.2f%s\n", name, ours, unit, peerName, peer, unit,
-                ours / peer, target, met ? "" : "  MISSED");
+    std::printf("%-52s %9.4g %-2s %-28s %9.4g %-2s %7.3f %7.2f%s\n", name, ours, unit, peerName,
+                peer, unit, ours / peer, target, met ? "" : "  MISSED");
     std::fflush(stdout);
 }
 

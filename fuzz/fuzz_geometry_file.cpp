@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
-// Fennims::Open on foreign bytes. What it accepts must write back, read again and answer. Checksums keep random changes
-// out of the sections, so the input is the file without them: header fields, then data a chunk at a time.
+// Fennims::Open on foreign bytes. What it accepts must write back, read again and answer. Checksums
+// keep random changes out of the sections, so the input is the file without them: header fields,
+// then data a chunk at a time.
+#include "crc32c.h"
+#include "fennimark/FMObject.h"
+#include "fennimark/Fennims.h"
 #include <QBuffer>
 #include <QDataStream>
 #include <QtEndian>
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include "crc32c.h"
-#include "fennimark/FMObject.h"
-#include "fennimark/Fennims.h"
 
 namespace {
 
@@ -19,7 +20,8 @@ constexpr quint64 kChunk = 1U << 20;
 void appendCrc(QByteArray &bytes, int from)
 {
     uchar crc[4];
-    qToLittleEndian(fennimark::crc32c(0, bytes.constData() + from, std::size_t(bytes.size() - from)), crc);
+    qToLittleEndian(
+        fennimark::crc32c(0, bytes.constData() + from, std::size_t(bytes.size() - from)), crc);
     bytes.append(reinterpret_cast<const char *>(crc), 4);
 }
 
@@ -70,7 +72,8 @@ void useAll(Fennims &fennims)
     for (int i = 0; i < std::min(times.size(), 8); ++i) {
         QMap<int, QVector<int>> neighbors;
         fennims.CalculatePolygonAdjacencies(true, times[i], 1, false, neighbors, nullptr);
-        fennims.CalculateNearestNeighborsToPoint(QPointF(hull.xMin, hull.yMin), times[i], 3, records);
+        fennims.CalculateNearestNeighborsToPoint(QPointF(hull.xMin, hull.yMin), times[i], 3,
+                                                 records);
     }
 }
 
@@ -90,7 +93,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     QByteArray saved;
     QDataStream out(&saved, QIODevice::WriteOnly);
     Fennims again;
-    if (!fennims.Save(out, nullptr) || !opens(again, saved) || again.GetChainCount() != fennims.GetChainCount())
+    if (!fennims.Save(out, nullptr) || !opens(again, saved)
+        || again.GetChainCount() != fennims.GetChainCount())
         std::abort();
     return 0;
 }

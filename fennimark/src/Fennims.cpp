@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/Fennims.h"
-#include <QDataStream>
-#include <algorithm>
-#include <limits>
 #include "fennimark/FMObject.h"
 #include "fennimsState.h"
 #include "nearest.h"
+#include <QDataStream>
+#include <algorithm>
+#include <limits>
 
 using namespace fennimark;
 
@@ -30,7 +30,9 @@ void ObservationLists::insert(const timeRange &piece, quint32 version, const QVe
         mLists.pop_back();
 }
 
-Fennims::Fennims() : mTree(new HilbertTree), d(std::make_unique<Private>(*mTree->mStore)) {}
+Fennims::Fennims() : mTree(new HilbertTree), d(std::make_unique<Private>(*mTree->mStore))
+{
+}
 
 Fennims::~Fennims()
 {
@@ -42,15 +44,42 @@ void Fennims::SetScratchDirectory(const QString &directory)
     ScratchSpace::setDirectory(directory);
 }
 
-QString Fennims::GetName() const { return d->name; }
-void Fennims::SetName(const char *name) { d->name = QString::fromLocal8Bit(name); }
-int Fennims::GetChainCount() const { return mChains.size(); }
-FMObjectChain *Fennims::GetChainById(int id) { return mChains.value(id); }
-const FMObjectChain *Fennims::GetChainById(int id) const { return mChains.value(id); }
-FMProjectionInfo Fennims::GetProjectionSettings() const { return d->projection; }
-double Fennims::GetAdjacencyTolerance() const { return d->store.tolerance(); }
-RectInT Fennims::GetBoundingRect() const { return d->store.hull(); }
-timeRange Fennims::GetTimeBounds() const { return d->store.hull(); }
+QString Fennims::GetName() const
+{
+    return d->name;
+}
+void Fennims::SetName(const char *name)
+{
+    d->name = QString::fromLocal8Bit(name);
+}
+int Fennims::GetChainCount() const
+{
+    return mChains.size();
+}
+FMObjectChain *Fennims::GetChainById(int id)
+{
+    return mChains.value(id);
+}
+const FMObjectChain *Fennims::GetChainById(int id) const
+{
+    return mChains.value(id);
+}
+FMProjectionInfo Fennims::GetProjectionSettings() const
+{
+    return d->projection;
+}
+double Fennims::GetAdjacencyTolerance() const
+{
+    return d->store.tolerance();
+}
+RectInT Fennims::GetBoundingRect() const
+{
+    return d->store.hull();
+}
+timeRange Fennims::GetTimeBounds() const
+{
+    return d->store.hull();
+}
 
 Fennims::GeoTypes Fennims::GetGeographyType() const
 {
@@ -69,7 +98,8 @@ void Fennims::RemoveChain(FMObjectChain *chain)
     d->contiguity.clear();
 }
 
-FMObjectChain *Fennims::AddChain(const QVector<QPair<timeRange, int>> &observations, int id, GeoTypes type)
+FMObjectChain *Fennims::AddChain(const QVector<QPair<timeRange, int>> &observations, int id,
+                                 GeoTypes type)
 {
     const int last = mChains.isEmpty() ? -1 : mChains.lastKey();
     if (id == -1 && last < std::numeric_limits<int>::max())
@@ -92,7 +122,8 @@ FMObjectChain *Fennims::AddChain(const QVector<QPair<timeRange, int>> &observati
     }
     FMObjectChain &chain = d->chains.emplace_back();
     chain.id = id;
-    ObservationSource::place(chain, &d->store, d->store.revive(records, id), quint32(records.size()));
+    ObservationSource::place(chain, &d->store, d->store.revive(records, id),
+                             quint32(records.size()));
     mChains.insert(id, &chain);
     return &chain;
 }
@@ -119,7 +150,8 @@ QVector<int> Fennims::GetObservationsAtTime(qint64 time)
 bool Fennims::GetCommonStaticTimeStamp(qint64 time, timeRange &range)
 {
     timeRange piece;
-    if (!d->store.pieces().pieceAround(double(time), piece) || GetObservationsAtTime(time).isEmpty())
+    if (!d->store.pieces().pieceAround(double(time), piece)
+        || GetObservationsAtTime(time).isEmpty())
         return false;
     range = piece;
     return true;
@@ -142,10 +174,11 @@ bool isRect(const Rect2D &rect)
     return rect.xMin <= rect.xMax && rect.yMin <= rect.yMax;
 }
 
-/// Collects the ids of the candidates in `window` that are sure to hit by their box, or whose live object hits.
+/// Collects the ids of the candidates in `window` that are sure to hit by their box, or whose live
+/// object hits.
 template <class ByBox, class ByObject>
-void query(const RecordStore &store, const Rect2D &window, qint64 time, QVector<int> &records, ByBox byBox,
-           ByObject byObject)
+void query(const RecordStore &store, const Rect2D &window, qint64 time, QVector<int> &records,
+           ByBox byBox, ByObject byObject)
 {
     records.clear();
     std::vector<quint64> buffer;
@@ -165,7 +198,8 @@ void query(const RecordStore &store, const Rect2D &window, qint64 time, QVector<
 void Fennims::OverlapsMBRs(const Rect2D &rect, qint64 time, QVector<int> &records) const
 {
     records.clear();
-    d->store.visit(rect, AtTime{double(time)}, [&records](quint32 record) { records.append(int(record) + 1); });
+    d->store.visit(rect, AtTime{double(time)},
+                   [&records](quint32 record) { records.append(int(record) + 1); });
 }
 
 void Fennims::RectQuery(const Rect2D &rect, qint64 time, QVector<int> &records) const
@@ -178,13 +212,16 @@ void Fennims::RectQuery(const Rect2D &rect, qint64 time, QVector<int> &records) 
         [&rect](const FMObject &object) { return object.OverlapsRect(rect); });
 }
 
-void Fennims::CircleQuery(double x, double y, double radius, qint64 time, QVector<int> &records) const
+void Fennims::CircleQuery(double x, double y, double radius, qint64 time,
+                          QVector<int> &records) const
 {
     records.clear();
     if (!(radius >= 0) || !std::isfinite(x) || !std::isfinite(y))
         return;
-    // Sums and squares are rounded here: the window is a little wider and the short way a little stricter.
-    const double margin = 4 * std::numeric_limits<double>::epsilon() * (std::fabs(x) + std::fabs(y) + radius);
+    // Sums and squares are rounded here: the window is a little wider and the short way a little
+    // stricter.
+    const double margin =
+        4 * std::numeric_limits<double>::epsilon() * (std::fabs(x) + std::fabs(y) + radius);
     const double sqrInner = radius * radius * kBoundSlack;
     const bool points = d->store.kind() == ObjectKind::Point;
     query(

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include <QDataStream>
-#include <QFile>
-#include <algorithm>
 #include "fennimark/Fennims.h"
 #include "fennimsState.h"
 #include "geometryFile.h"
+#include <QDataStream>
+#include <QFile>
+#include <algorithm>
 
 using namespace fennimark;
 
@@ -12,8 +12,8 @@ namespace {
 
 bool sameHull(const RectInT &a, const RectInT &b)
 {
-    return a.xMin == b.xMin && a.xMax == b.xMax && a.yMin == b.yMin && a.yMax == b.yMax && a.start == b.start
-        && a.end == b.end && a.flags == b.flags;
+    return a.xMin == b.xMin && a.xMax == b.xMax && a.yMin == b.yMin && a.yMax == b.yMax
+           && a.start == b.start && a.end == b.end && a.flags == b.flags;
 }
 
 } // namespace
@@ -66,7 +66,8 @@ void Fennims::Private::describe(const QMap<int, FMObjectChain *> &written, FileC
                 quint32(store.observation(ObservationSource::firstOf(*chain), i).second) - 1);
     }
     content.order = content.recordsByChain;
-    std::sort(content.order.begin(), content.order.end()); // records stand in the order of the curve already
+    std::sort(content.order.begin(),
+              content.order.end()); // records stand in the order of the curve already
     content.rangeOf = [this](quint32 record) { return store.range(record); };
     content.geometryOf = [this, &buffer](quint32 record, GeometryView &view) {
         view.bounds = store.box(record);
@@ -94,5 +95,7 @@ bool Fennims::CreateSubsetFromIds(const char *path, const QVector<int> &chainIds
     FileContent content;
     std::vector<quint64> buffer;
     d->describe(chosen, content, buffer);
-    return path && replaceFile(QFile::decodeName(path), [&](QDataStream &out) { return content.write(out, progress); });
+    return path && replaceFile(QFile::decodeName(path), [&](QDataStream &out) {
+               return content.write(out, progress);
+           });
 }

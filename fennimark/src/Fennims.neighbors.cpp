@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include <algorithm>
-#include "fennimark/FMObject.h"
 #include "fennimark/Fennims.h"
+#include "fennimark/FMObject.h"
 #include "fennimsState.h"
 #include "nearest.h"
+#include <algorithm>
 
 using namespace fennimark;
 
@@ -35,7 +35,8 @@ QVector<int> within(const std::vector<std::vector<quint32>> &rings, quint32 ego)
 /// neighbors[record] = hits(point, excluded ids) for all points; false when the callback says so.
 template <class Hits>
 bool eachPoint(const QVector<QPointF> &points, const QVector<int> &ids, bool includeEgo,
-               QMap<int, QVector<ptTreeQueryResult>> &neighbors, Fennims::Progress progress, Hits hits)
+               QMap<int, QVector<ptTreeQueryResult>> &neighbors, Fennims::Progress progress,
+               Hits hits)
 {
     FM_PointTree tree;
     tree.SetPoints(points, ids, nullptr, 0, 100);
@@ -66,9 +67,10 @@ bool eachSource(const RecordStore &store, const HilbertTree *source, const QVect
         const CheckedOutRecord held(*source, records[i]);
         if (const auto *object = dynamic_cast<const FMObject *>(held.object())) {
             neighbors.insert(records[i], recordIds(search(object->GetBounds(), [&](quint32 record) {
-                const std::unique_ptr<FMObject> target = store.makeObject(record, buffer);
-                return target ? object->SqrDistance(target.get()) : kInfinity;
-            })));
+                                 const std::unique_ptr<FMObject> target =
+                                     store.makeObject(record, buffer);
+                                 return target ? object->SqrDistance(target.get()) : kInfinity;
+                             })));
         }
         if (!reported(progress, i, records.size())) {
             neighbors.clear();
@@ -84,7 +86,7 @@ bool Fennims::Private::polygonAt(int recordId, qint64 time, quint32 &record) con
 {
     record = quint32(recordId) - 1;
     return store.kind() == ObjectKind::Polygon && store.isRecordId(recordId)
-        && contains(store.range(record), double(time));
+           && contains(store.range(record), double(time));
 }
 
 bool Fennims::Private::pointsAt(qint64 time, QVector<QPointF> &points, QVector<int> &ids) const
@@ -107,7 +109,9 @@ QVector<int> Fennims::CalculatePolygonAdjacencies(int recordId, qint64 time, boo
     if (order < 0 || !d->polygonAt(recordId, time, record))
         return {};
     QVector<int> ids = within(d->contiguity.rings(record, time, queen, order), record);
-    ids.erase(std::remove_if(ids.begin(), ids.end(), [&exclude](int id) { return exclude.contains(id); }), ids.end());
+    ids.erase(
+        std::remove_if(ids.begin(), ids.end(), [&exclude](int id) { return exclude.contains(id); }),
+        ids.end());
     return ids;
 }
 
@@ -115,11 +119,13 @@ bool Fennims::CalculatePolygonAdjacencies(bool queen, qint64 time, int order, bo
                                           QMap<int, QVector<int>> &neighbors, Progress progress)
 {
     neighbors.clear();
-    if (order < 0 || d->store.kind() != ObjectKind::Polygon || !d->contiguity.prepare(time, progress))
+    if (order < 0 || d->store.kind() != ObjectKind::Polygon
+        || !d->contiguity.prepare(time, progress))
         return false;
     QVector<int> egos;
     const Rect2D everywhere{-kInfinity, kInfinity, -kInfinity, kInfinity};
-    d->store.visit(everywhere, AtTime{double(time)}, [&egos](quint32 record) { egos.append(int(record) + 1); });
+    d->store.visit(everywhere, AtTime{double(time)},
+                   [&egos](quint32 record) { egos.append(int(record) + 1); });
     for (int i = 0; i < egos.size(); ++i) {
         const quint32 record = quint32(egos[i]) - 1;
         QVector<int> ids = within(d->contiguity.rings(record, time, queen, order), record);
@@ -134,7 +140,8 @@ bool Fennims::CalculatePolygonAdjacencies(bool queen, qint64 time, int order, bo
     return true;
 }
 
-QVector<QSet<int>> Fennims::CalculatePolygonNeighborRings(int recordId, qint64 time, bool queen, int rings)
+QVector<QSet<int>> Fennims::CalculatePolygonNeighborRings(int recordId, qint64 time, bool queen,
+                                                          int rings)
 {
     quint32 record = 0;
     if (rings < 1 || !d->polygonAt(recordId, time, record))
@@ -149,51 +156,64 @@ QVector<QSet<int>> Fennims::CalculatePolygonNeighborRings(int recordId, qint64 t
 }
 
 bool Fennims::CalculatePointAdjacenciesByRange(double range, qint64 time, bool includeEgo,
-                                               QMap<int, QVector<ptTreeQueryResult>> &neighbors, Progress progress)
+                                               QMap<int, QVector<ptTreeQueryResult>> &neighbors,
+                                               Progress progress)
 {
     QVector<QPointF> points;
     QVector<int> ids;
     neighbors.clear();
     return range >= 0 && d->pointsAt(time, points, ids)
-        && eachPoint(points, ids, includeEgo, neighbors, progress,
-                     [range](const FM_PointTree &tree, const QPointF &point, const QSet<int> &exclude, auto &hits) {
-                         tree.GetRangeNeighbors(point, range, exclude, hits, true);
-                     });
+           && eachPoint(
+               points, ids, includeEgo, neighbors, progress,
+               [range](const FM_PointTree &tree, const QPointF &point, const QSet<int> &exclude,
+                       auto &hits) { tree.GetRangeNeighbors(point, range, exclude, hits, true); });
 }
 
-bool Fennims::CalculatePointAdjacenciesByNearestNeighbor(int count, qint64 time, bool includeEgo,
-                                                         QMap<int, QVector<ptTreeQueryResult>> &neighbors,
-                                                         Progress progress)
+bool Fennims::CalculatePointAdjacenciesByNearestNeighbor(
+    int count, qint64 time, bool includeEgo, QMap<int, QVector<ptTreeQueryResult>> &neighbors,
+    Progress progress)
 {
     QVector<QPointF> points;
     QVector<int> ids;
     neighbors.clear();
     return count >= 1 && d->pointsAt(time, points, ids)
-        && eachPoint(points, ids, includeEgo, neighbors, progress,
-                     [count](const FM_PointTree &tree, const QPointF &point, const QSet<int> &exclude, auto &hits) {
-                         tree.GetNearestNeighbors(point, count, exclude, hits, true);
-                     });
+           && eachPoint(points, ids, includeEgo, neighbors, progress,
+                        [count](const FM_PointTree &tree, const QPointF &point,
+                                const QSet<int> &exclude, auto &hits) {
+                            tree.GetNearestNeighbors(point, count, exclude, hits, true);
+                        });
 }
 
-bool Fennims::CalculateNearestNeighborsToObjects(HilbertTree *source, const QVector<int> &records, qint64 time,
-                                                 int count, QMap<int, QVector<int>> &neighbors, Progress progress)
+bool Fennims::CalculateNearestNeighborsToObjects(HilbertTree *source, const QVector<int> &records,
+                                                 qint64 time, int count,
+                                                 QMap<int, QVector<int>> &neighbors,
+                                                 Progress progress)
 {
     neighbors.clear();
-    return count >= 1 && eachSource(d->store, source, records, neighbors, progress, [&](const Rect2D &from, auto exact) {
-        return nearestRecords(d->store, from, AtTime{double(time)}, std::size_t(count), kInfinity, exact);
-    });
+    return count >= 1
+           && eachSource(d->store, source, records, neighbors, progress,
+                         [&](const Rect2D &from, auto exact) {
+                             return nearestRecords(d->store, from, AtTime{double(time)},
+                                                   std::size_t(count), kInfinity, exact);
+                         });
 }
 
-bool Fennims::CalculateRangeNeighborsToObjects(HilbertTree *source, const QVector<int> &records, qint64 time,
-                                               double range, QMap<int, QVector<int>> &neighbors, Progress progress)
+bool Fennims::CalculateRangeNeighborsToObjects(HilbertTree *source, const QVector<int> &records,
+                                               qint64 time, double range,
+                                               QMap<int, QVector<int>> &neighbors,
+                                               Progress progress)
 {
     neighbors.clear();
-    return range >= 0 && eachSource(d->store, source, records, neighbors, progress, [&](const Rect2D &from, auto exact) {
-        return nearestRecords(d->store, from, AtTime{double(time)}, kMaxRecords, range * range, exact);
-    });
+    return range >= 0
+           && eachSource(d->store, source, records, neighbors, progress,
+                         [&](const Rect2D &from, auto exact) {
+                             return nearestRecords(d->store, from, AtTime{double(time)},
+                                                   kMaxRecords, range * range, exact);
+                         });
 }
 
-bool Fennims::CalculateNearestNeighborsToPoint(const QPointF &point, qint64 time, int count, QVector<int> &records)
+bool Fennims::CalculateNearestNeighborsToPoint(const QPointF &point, qint64 time, int count,
+                                               QVector<int> &records)
 {
     records.clear();
     if (count < 1 || !std::isfinite(point.x()) || !std::isfinite(point.y()))

@@ -4,7 +4,9 @@
 
 using fennimark::LiveRecord;
 
-HilbertTree::HilbertTree() : mStore(std::make_unique<fennimark::RecordStore>()) {}
+HilbertTree::HilbertTree() : mStore(std::make_unique<fennimark::RecordStore>())
+{
+}
 HilbertTree::~HilbertTree() = default;
 
 HilbertTreeRecord *HilbertTree::CheckOutRecord(int recordId, bool keep)
@@ -49,5 +51,6 @@ const TreeObject *HilbertTreeRecord::GetTreeObject(const HilbertTree *tree) cons
 
 void HilbertTreeRecord::ReturnTreeObject(const HilbertTree *tree) const
 {
-    tree->mStore->live().returnObject(const_cast<LiveRecord &>(static_cast<const LiveRecord &>(*this)));
+    tree->mStore->live().returnObject(
+        const_cast<LiveRecord &>(static_cast<const LiveRecord &>(*this)));
 }

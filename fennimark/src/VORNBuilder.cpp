@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
-// A geometry goes to a scratch file as soon as it comes: its bounds, u32 part count, u32 part sizes, padding to 8, its
-// vertices (of a point, the bounds alone). What stays in memory is what the order of the records needs.
+// A geometry goes to a scratch file as soon as it comes: its bounds, u32 part count, u32 part
+// sizes, padding to 8, its vertices (of a point, the bounds alone). What stays in memory is what
+// the order of the records needs.
 #include "fennimark/VORNBuilder.h"
-#include <QFile>
-#include <QMap>
-#include <algorithm>
-#include <deque>
-#include <limits>
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "geometryFile.h"
 #include "hilbertOrder.h"
+#include <QFile>
+#include <QMap>
+#include <algorithm>
+#include <deque>
+#include <limits>
 
 using namespace fennimark;
 
@@ -31,7 +32,10 @@ struct BuiltChain {
 /// Deletes added objects on every way out; one that was passed twice is one.
 class AddedObjects {
 public:
-    AddedObjects(const QVector<TreeObject *> &objects, bool own) : mObjects(own ? objects : QVector<TreeObject *>()) {}
+    AddedObjects(const QVector<TreeObject *> &objects, bool own)
+        : mObjects(own ? objects : QVector<TreeObject *>())
+    {
+    }
     ~AddedObjects()
     {
         std::sort(mObjects.begin(), mObjects.end());
@@ -44,7 +48,8 @@ private:
     QVector<TreeObject *> mObjects;
 };
 
-/// Tells two ranges apart that stand in order; false when they have more in common than one inclusive end.
+/// Tells two ranges apart that stand in order; false when they have more in common than one
+/// inclusive end.
 bool tellApart(timeRange &earlier, timeRange &later)
 {
     if (!overlaps(earlier, later))
@@ -83,7 +88,8 @@ public:
     }
 
     bool store(const TreeObject *object, const timeRange &range, BuiltRecord &record);
-    bool append(BuiltChain &chain, const QVector<TreeObject *> &objects, const QVector<timeRange> &ranges);
+    bool append(BuiltChain &chain, const QVector<TreeObject *> &objects,
+                const QVector<timeRange> &ranges);
     bool geometry(quint32 record, GeometryView &view, std::vector<quint64> &buffer) const;
     void order(FileContent &content) const;
 
@@ -92,11 +98,13 @@ private:
         timeRange range;
         quint32 record;
     };
-    std::vector<Timed> merged(const BuiltChain &chain, const QVector<timeRange> &ranges, std::size_t &untouched) const;
+    std::vector<Timed> merged(const BuiltChain &chain, const QVector<timeRange> &ranges,
+                              std::size_t &untouched) const;
 };
 
 /// Writes one geometry to the scratch file; false when it is none that can be kept.
-bool VORNBuilder::Private::store(const TreeObject *object, const timeRange &range, BuiltRecord &record)
+bool VORNBuilder::Private::store(const TreeObject *object, const timeRange &range,
+                                 BuiltRecord &record)
 {
     const auto *shape = dynamic_cast<const FMObject *>(object);
     if (!shape || (hasKind && ObjectAccess::kind(*shape) != kind))
@@ -121,23 +129,29 @@ bool VORNBuilder::Private::store(const TreeObject *object, const timeRange &rang
     kind = its;
     hasKind = true;
     return its == ObjectKind::Point
-        || (space.append(&view.partCount, 4) && space.append(view.partSizes, 4 * quint64(view.partCount))
-            && space.align(8) && space.append(view.vertices, sizeof(QPointF) * quint64(view.vertexCount)));
+           || (space.append(&view.partCount, 4)
+               && space.append(view.partSizes, 4 * quint64(view.partCount)) && space.align(8)
+               && space.append(view.vertices, sizeof(QPointF) * quint64(view.vertexCount)));
 }
 
-/// The chain's observations from number `untouched` on and the new ones, numbered behind all records, in order of time.
+/// The chain's observations from number `untouched` on and the new ones, numbered behind all
+/// records, in order of time.
 std::vector<VORNBuilder::Private::Timed>
-VORNBuilder::Private::merged(const BuiltChain &chain, const QVector<timeRange> &ranges, std::size_t &untouched) const
+VORNBuilder::Private::merged(const BuiltChain &chain, const QVector<timeRange> &ranges,
+                             std::size_t &untouched) const
 {
-    const auto byStart = [](const Timed &a, const Timed &b) { return startsBefore(a.range, b.range); };
+    const auto byStart = [](const Timed &a, const Timed &b) {
+        return startsBefore(a.range, b.range);
+    };
     std::vector<Timed> added;
     for (const timeRange &range : ranges)
         added.push_back({normalized(range), quint32(records.size() + added.size())});
     std::stable_sort(added.begin(), added.end(), byStart);
     // Mostly they follow what is there, and then only the last one can be touched.
-    const auto first = std::upper_bound(
-        chain.records.begin(), chain.records.end(), added.front(),
-        [this](const Timed &one, quint32 record) { return startsBefore(one.range, records[record].range); });
+    const auto first = std::upper_bound(chain.records.begin(), chain.records.end(), added.front(),
+                                        [this](const Timed &one, quint32 record) {
+                                            return startsBefore(one.range, records[record].range);
+                                        });
     untouched = std::size_t(std::max<std::ptrdiff_t>(0, first - chain.records.begin() - 1));
     std::vector<Timed> all;
     for (std::size_t i = untouched; i < chain.records.size(); ++i)
@@ -151,7 +165,8 @@ VORNBuilder::Private::merged(const BuiltChain &chain, const QVector<timeRange> &
 bool VORNBuilder::Private::append(BuiltChain &chain, const QVector<TreeObject *> &objects,
                                   const QVector<timeRange> &ranges)
 {
-    if (finished || objects.size() != ranges.size() || !std::all_of(ranges.begin(), ranges.end(), isUsable)
+    if (finished || objects.size() != ranges.size()
+        || !std::all_of(ranges.begin(), ranges.end(), isUsable)
         || records.size() + std::size_t(objects.size()) > kMaxRecords)
         return false;
     if (objects.isEmpty())
@@ -180,7 +195,8 @@ bool VORNBuilder::Private::append(BuiltChain &chain, const QVector<TreeObject *>
     return true;
 }
 
-bool VORNBuilder::Private::geometry(quint32 record, GeometryView &view, std::vector<quint64> &buffer) const
+bool VORNBuilder::Private::geometry(quint32 record, GeometryView &view,
+                                    std::vector<quint64> &buffer) const
 {
     const quint64 at = records[record].bytesAt;
     const quint64 countAt = at + sizeof(Rect2D);
@@ -221,7 +237,8 @@ void VORNBuilder::Private::order(FileContent &content) const
     for (const auto number : chainNumbers) {
         const BuiltChain &chain = chains[number];
         content.chains.push_back({chain.handle.id, quint32(chain.records.size())});
-        content.recordsByChain.insert(content.recordsByChain.end(), chain.records.begin(), chain.records.end());
+        content.recordsByChain.insert(content.recordsByChain.end(), chain.records.begin(),
+                                      chain.records.end());
     }
     used = content.recordsByChain;
     std::sort(used.begin(), used.end());
@@ -235,7 +252,8 @@ void VORNBuilder::Private::order(FileContent &content) const
         content.order.push_back(used[position]);
 }
 
-VORNBuilder::VORNBuilder(const RectInT &bounds, const Fennims *like, const FMProjectionInfo *projection)
+VORNBuilder::VORNBuilder(const RectInT &bounds, const Fennims *like,
+                         const FMProjectionInfo *projection)
     : d(std::make_unique<Private>())
 {
     d->bounds = bounds;
@@ -250,7 +268,8 @@ VORNBuilder::VORNBuilder(const RectInT &bounds, const Fennims *like, const FMPro
 
 VORNBuilder::~VORNBuilder() = default;
 
-FMObjectChain *VORNBuilder::CreateChain(const QVector<TreeObject *> &objects, const QVector<timeRange> &ranges, int id)
+FMObjectChain *VORNBuilder::CreateChain(const QVector<TreeObject *> &objects,
+                                        const QVector<timeRange> &ranges, int id)
 {
     const AddedObjects owned(objects, true);
     if (id == -1) {

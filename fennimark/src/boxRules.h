@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// Arithmetic on boxes.
 #pragma once
+#include "fennimark/geometryTypes.h"
+#include "floatRounding.h"
 #include <QtGlobal>
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include "fennimark/geometryTypes.h"
-#include "floatRounding.h"
 
 namespace fennimark {
 
@@ -30,7 +30,7 @@ inline bool meet(const Rect2D &a, const Rect2D &b)
 inline bool covers(const Rect2D &outer, const Rect2D &inner)
 {
     return (outer.xMin <= inner.xMin) & (inner.xMax <= outer.xMax) & (outer.yMin <= inner.yMin)
-        & (inner.yMax <= outer.yMax);
+           & (inner.yMax <= outer.yMax);
 }
 
 inline Rect2D grown(const Rect2D &box, double by)

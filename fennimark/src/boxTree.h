@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
 /// The packed box tree over runs of 16 records.
 ///
-/// Implicit: no pointers. Entry r of the lowest level is the hull of records 16 r to 16 r + 15 (a run); entry i of every
-/// other level is the hull of node i one level below. A node holds 16 entries side by side, as floats rounded outwards
-/// in space and as doubles in time: 512 bytes, 2.13 a record. Levels stand one behind the other, the lowest first, and
-/// the highest is a single node. Lanes without an entry hold a box that meets nothing.
+/// Implicit: no pointers. Entry r of the lowest level is the hull of records 16 r to 16 r + 15 (a
+/// run); entry i of every other level is the hull of node i one level below. A node holds 16
+/// entries side by side, as floats rounded outwards in space and as doubles in time: 512
+/// bytes, 2.13 a record. Levels stand one behind the other, the lowest first, and the highest is a
+/// single node. Lanes without an entry hold a box that meets nothing.
 #pragma once
+#include "boxRules.h"
 #include <QtGlobal>
 #include <array>
 #include <limits>
 #include <vector>
-#include "boxRules.h"
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -31,8 +32,12 @@ struct BoxWindow {
     double start, end;
 
     explicit BoxWindow(const Rect2D &box, double from = -kInfinity, double to = kInfinity)
-        : xMin(roundedDown(box.xMin)), xMax(roundedUp(box.xMax)), yMin(roundedDown(box.yMin)),
-          yMax(roundedUp(box.yMax)), start(from), end(to)
+        : xMin(roundedDown(box.xMin)),
+          xMax(roundedUp(box.xMax)),
+          yMin(roundedDown(box.yMin)),
+          yMax(roundedUp(box.yMax)),
+          start(from),
+          end(to)
     {
     }
     /// One bit for each entry of the node that meets the window.
@@ -53,7 +58,10 @@ public:
     BoxTree(const BoxNode *nodes, quint32 runCount);
 
     int levelCount() const { return mLevelCount; }
-    const BoxNode &node(int level, quint32 index) const { return mNodes[mLevelStart[std::size_t(level)] + index]; }
+    const BoxNode &node(int level, quint32 index) const
+    {
+        return mNodes[mLevelStart[std::size_t(level)] + index];
+    }
 
     /// Calls visit(run) for every run that may hold a record in the window, in ascending order.
     template <class Visit> void visitRuns(const BoxWindow &window, Visit visit) const
@@ -63,7 +71,8 @@ public:
     }
 
 private:
-    template <class Visit> void descend(int level, quint32 index, const BoxWindow &window, Visit &visit) const
+    template <class Visit>
+    void descend(int level, quint32 index, const BoxWindow &window, Visit &visit) const
     {
         for (unsigned hits = window.entriesOf(node(level, index)); hits != 0; hits &= hits - 1) {
             const quint32 entry = index * kFanOut + quint32(qCountTrailingZeroBits(hits));
@@ -109,7 +118,7 @@ inline unsigned BoxWindow::entriesOf(const BoxNode &node) const
     unsigned hits = 0;
     for (unsigned i = 0; i < kFanOut; ++i) {
         const bool hit = (node.xMin[i] <= xMax) & (node.xMax[i] >= xMin) & (node.yMin[i] <= yMax)
-            & (node.yMax[i] >= yMin) & (node.start[i] <= end) & (node.end[i] >= start);
+                         & (node.yMax[i] >= yMin) & (node.start[i] <= end) & (node.end[i] >= start);
         hits |= unsigned(hit) << i;
     }
     return hits;

@@ -7,12 +7,13 @@ namespace {
 
 constexpr int kQuestionsBeforeGraph = 64;
 
-/// How far apart two boxes of the store may be while the pair test still finds contact: at least its own slack.
+/// How far apart two boxes of the store may be while the pair test still finds contact: at least
+/// its own slack.
 double reachOf(const RecordStore &store)
 {
     const RectInT hull = store.hull();
-    const double largest = std::max({std::fabs(hull.xMin), std::fabs(hull.xMax), std::fabs(hull.yMin),
-                                     std::fabs(hull.yMax)});
+    const double largest = std::max(
+        {std::fabs(hull.xMin), std::fabs(hull.xMax), std::fabs(hull.yMin), std::fabs(hull.yMax)});
     return std::max(store.tolerance(), 16 * (std::nextafter(largest, kInfinity) - largest));
 }
 
@@ -22,10 +23,14 @@ struct Candidate {
     quint32 record;
 };
 
-/// Joins a run with itself and the runs behind it; found(a, b, contact) comes in ascending order of a, then b > a.
+/// Joins a run with itself and the runs behind it; found(a, b, contact) comes in ascending order of
+/// a, then b > a.
 class RunJoin {
 public:
-    RunJoin(const RecordStore &store, double time) : mStore(store), mWhen{time}, mReach(reachOf(store)) {}
+    RunJoin(const RecordStore &store, double time)
+        : mStore(store), mWhen{time}, mReach(reachOf(store))
+    {
+    }
 
     template <class Found> void join(quint32 run, Found found)
     {
@@ -42,8 +47,9 @@ public:
         const Rect2D window = grown(hull, mReach);
         mStore.tree().visitRuns(BoxWindow(window, mWhen.from(), mWhen.to()), [&](quint32 other) {
             if (other >= run) {
-                mStore.visitRun(other, window, mWhen,
-                                [&](quint32 record) { mOthers.push_back({mStore.box(record), record}); });
+                mStore.visitRun(other, window, mWhen, [&](quint32 record) {
+                    mOthers.push_back({mStore.box(record), record});
+                });
             }
         });
         for (const Candidate &own : mOwn)
@@ -78,7 +84,8 @@ private:
 
 } // namespace
 
-std::vector<quint32> borderingRecords(const RecordStore &store, quint32 record, double time, bool queen)
+std::vector<quint32> borderingRecords(const RecordStore &store, quint32 record, double time,
+                                      bool queen)
 {
     std::vector<quint32> neighbors;
     GeometryView view;
@@ -119,8 +126,9 @@ bool ContiguityGraph::build(const RecordStore &store, double time, Progress prog
     for (std::size_t i = 2; i < mFirst.size(); ++i)
         mFirst[i] += mFirst[i - 1];
     mNeighbors.resize(mFirst.back());
-    // Edges stand by their first record, then their second: entered downwards first and upwards then, every list
-    // ascends. mFirst[r + 1] runs from the beginning of r's list to its end meanwhile.
+    // Edges stand by their first record, then their second: entered downwards first and upwards
+    // then, every list ascends. mFirst[r + 1] runs from the beginning of r's list to its end
+    // meanwhile.
     for (const Edge &edge : edges)
         mNeighbors[mFirst[edge.to + 1]++] = edge.from * 2 + edge.piece;
     for (const Edge &edge : edges)
@@ -170,10 +178,12 @@ bool Contiguity::prepare(qint64 time, Progress progress)
 
 std::vector<quint32> Contiguity::bordering(quint32 record, qint64 time, bool queen) const
 {
-    return mHasGraph ? mGraph.bordering(record, queen) : borderingRecords(mStore, record, double(time), queen);
+    return mHasGraph ? mGraph.bordering(record, queen)
+                     : borderingRecords(mStore, record, double(time), queen);
 }
 
-std::vector<std::vector<quint32>> Contiguity::rings(quint32 record, qint64 time, bool queen, int steps)
+std::vector<std::vector<quint32>> Contiguity::rings(quint32 record, qint64 time, bool queen,
+                                                    int steps)
 {
     isAtHand(time);
     if (!mHasGraph && (steps > 1 || ++mQuestions > kQuestionsBeforeGraph))

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// With the processor's own instruction where it has one (asked at run time), else eight bytes a step through eight tables: M. Kounavis and F. Berry, "A systematic approach to building high
+// With the processor's own instruction where it has one (asked at run time), else eight bytes a
+// step through eight tables: M. Kounavis and F. Berry, "A systematic approach to building high
 // performance, software-based, CRC generators", ISCC 2005.
 #include "crc32c.h"
 #include <array>
@@ -31,8 +32,8 @@ constexpr auto kTables = makeTables();
 #if defined(__x86_64__) && defined(__GNUC__)
 #define FENNIMARK_HAS_CRC_INSTRUCTION 1
 /// Continues the inverted `crc` over all whole words and returns how many bytes that were.
-__attribute__((target("sse4.2"))) std::size_t wordsByInstruction(std::uint32_t &crc, const unsigned char *bytes,
-                                                                std::size_t size)
+__attribute__((target("sse4.2"))) std::size_t
+wordsByInstruction(std::uint32_t &crc, const unsigned char *bytes, std::size_t size)
 {
     std::uint64_t state = crc;
     std::size_t done = 0;

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// What a geography holds beside its records: name, projection, pooled chains, and what is remade when records change.
+/// What a geography holds beside its records: name, projection, pooled chains, and what is remade
+/// when records change.
 #pragma once
-#include <deque>
-#include <vector>
 #include "contiguity.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "recordStore.h"
+#include <deque>
+#include <vector>
 
 namespace fennimark {
 
@@ -30,7 +31,9 @@ private:
 class CheckedOutRecord {
 public:
     CheckedOutRecord(const HilbertTree &tree, int recordId)
-        : mTree(tree), mRecord(tree.CheckOutRecord(recordId, false)), mObject(mRecord ? mRecord->GetTreeObject(&tree) : nullptr)
+        : mTree(tree),
+          mRecord(tree.CheckOutRecord(recordId, false)),
+          mObject(mRecord ? mRecord->GetTreeObject(&tree) : nullptr)
     {
     }
     ~CheckedOutRecord()

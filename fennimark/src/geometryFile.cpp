@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "geometryFile.h"
+#include "crc32c.h"
 #include <QDataStream>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QtEndian>
 #include <cstring>
 #include <filesystem>
-#include "crc32c.h"
 
 namespace fennimark {
 namespace {
@@ -34,7 +34,8 @@ template <class Header, class Field> void eachField(Header &header, Field field)
 bool addProduct(quint64 &sum, quint64 count, quint64 size)
 {
     quint64 product = 0;
-    return !__builtin_mul_overflow(count, size, &product) && !__builtin_add_overflow(sum, product, &sum);
+    return !__builtin_mul_overflow(count, size, &product)
+           && !__builtin_add_overflow(sum, product, &sum);
 }
 
 } // namespace
@@ -57,7 +58,8 @@ bool FileHeader::fromBytes(const QByteArray &bytes, FileHeader &header)
 {
     const auto *raw = reinterpret_cast<const uchar *>(bytes.constData());
     if (bytes.size() != kHeaderSize || std::memcmp(raw, kMagic, sizeof kMagic) != 0
-        || qFromLittleEndian<quint16>(raw + 8) != kMajor || qFromLittleEndian<quint32>(raw + 12) != kHeaderSize
+        || qFromLittleEndian<quint16>(raw + 8) != kMajor
+        || qFromLittleEndian<quint32>(raw + 12) != kHeaderSize
         || qFromLittleEndian<quint32>(raw + kHeaderSize - 4) != crc32c(0, raw, kHeaderSize - 4))
         return false;
     header.minor = qFromLittleEndian<quint16>(raw + 10);
@@ -65,15 +67,18 @@ bool FileHeader::fromBytes(const QByteArray &bytes, FileHeader &header)
     const auto flags = qFromLittleEndian<quint64>(raw + 120);
     if (type < 1 || type > 3 || flags > 0xff)
         return false;
-    header.kind = type == 1 ? ObjectKind::Point : type == 2 ? ObjectKind::Polygon : ObjectKind::Line;
+    header.kind = type == 1   ? ObjectKind::Point
+                  : type == 2 ? ObjectKind::Polygon
+                              : ObjectKind::Line;
     header.hull.flags = static_cast<unsigned char>(flags);
     eachField(header, [raw](int at, auto &value) {
         value = qFromLittleEndian<std::remove_reference_t<decltype(value)>>(raw + at);
     });
     quint64 payload = 0;
-    return header.records <= kMaxRecords && header.chains <= kMaxRecords && header.times <= header.records
-        && header.expectedPayload(payload) && payload == header.payloadBytes && std::isfinite(header.tolerance)
-        && header.tolerance >= 0;
+    return header.records <= kMaxRecords && header.chains <= kMaxRecords
+           && header.times <= header.records && header.expectedPayload(payload)
+           && payload == header.payloadBytes && std::isfinite(header.tolerance)
+           && header.tolerance >= 0;
 }
 
 bool FileHeader::expectedPayload(quint64 &bytes) const
@@ -82,7 +87,7 @@ bool FileHeader::expectedPayload(quint64 &bytes) const
     if (kind == ObjectKind::Point)
         return parts == 0 && vertices == records && addProduct(bytes, vertices, 16);
     return parts >= records && addProduct(bytes, records, 4) && addProduct(bytes, parts, 4)
-        && addProduct(bytes, vertices, 16);
+           && addProduct(bytes, vertices, 16);
 }
 
 bool hasUsableParts(const GeometryView &view, ObjectKind kind)
@@ -93,12 +98,15 @@ bool hasUsableParts(const GeometryView &view, ObjectKind kind)
         if (kind == ObjectKind::Line && size < 2)
             return false;
         if (kind == ObjectKind::Polygon) {
-            const auto same = [](const QPointF &a, const QPointF &b) { return a.x() == b.x() && a.y() == b.y(); };
+            const auto same = [](const QPointF &a, const QPointF &b) {
+                return a.x() == b.x() && a.y() == b.y();
+            };
             quint32 second = 1;
             while (second < size && same(vertex[second], vertex[0]))
                 ++second;
             quint32 third = second + 1;
-            while (third < size && (same(vertex[third], vertex[0]) || same(vertex[third], vertex[second])))
+            while (third < size
+                   && (same(vertex[third], vertex[0]) || same(vertex[third], vertex[second])))
                 ++third;
             if (third >= size)
                 return false;
@@ -112,7 +120,8 @@ bool replaceFile(const QString &path, const std::function<bool(QDataStream &)> &
 {
     QFile file;
     for (int tries = 0; tries < 100 && !file.isOpen(); ++tries) {
-        file.setFileName(path + QLatin1Char('.') + QString::number(QRandomGenerator::global()->generate(), 36));
+        file.setFileName(path + QLatin1Char('.')
+                         + QString::number(QRandomGenerator::global()->generate(), 36));
         if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && !file.exists())
             return false;
     }
@@ -125,8 +134,8 @@ bool replaceFile(const QString &path, const std::function<bool(QDataStream &)> &
     if (done) {
         // Unlike QFile::rename this takes the place of a file that is there, in one step.
         std::error_code error;
-        std::filesystem::rename(QFile::encodeName(file.fileName()).constData(), QFile::encodeName(path).constData(),
-                                error);
+        std::filesystem::rename(QFile::encodeName(file.fileName()).constData(),
+                                QFile::encodeName(path).constData(), error);
         done = !error;
     }
     if (!done)

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Nothing that a file says is believed before it has been seen: counts are held against section lengths, and buffers
-// grow with the data that have arrived, a chunk at a time.
+// Nothing that a file says is believed before it has been seen: counts are held against section
+// lengths, and buffers grow with the data that have arrived, a chunk at a time.
+#include "geometryFile.h"
+#include "crc32c.h"
 #include <QDataStream>
 #include <QtEndian>
 #include <algorithm>
 #include <cstring>
-#include "crc32c.h"
-#include "geometryFile.h"
 
 namespace fennimark {
 namespace {
@@ -17,13 +17,17 @@ using namespace file;
 class SectionReader {
 public:
     SectionReader(QDataStream &in, const FileHeader &header, Progress progress)
-        : mIn(in), mProgress(progress), mSkipsUnknown(header.minor > kMinor),
-          mTotal(std::max<quint64>(1, header.payloadBytes + header.records * (kObservationSize + kRecordSize)
+        : mIn(in),
+          mProgress(progress),
+          mSkipsUnknown(header.minor > kMinor),
+          mTotal(std::max<quint64>(1, header.payloadBytes
+                                          + header.records * (kObservationSize + kRecordSize)
                                           + header.chains * kChainSize + header.times * kTimeSize))
     {
     }
 
-    /// Finds the section; false for another tag, another element size or a length that is no multiple of it.
+    /// Finds the section; false for another tag, another element size or a length that is no
+    /// multiple of it.
     bool begin(quint32 sectionTag, quint32 elementSize)
     {
         for (;;) {
@@ -35,7 +39,7 @@ public:
             mAt = mEnd = 0;
             if (found == sectionTag) {
                 return qFromLittleEndian<quint32>(head + 4) == elementSize
-                    && (elementSize == 0 ? mUnread == 0 : mUnread % elementSize == 0);
+                       && (elementSize == 0 ? mUnread == 0 : mUnread % elementSize == 0);
             }
             if (!mSkipsUnknown || found == kEnd || !skip())
                 return false;
@@ -75,7 +79,8 @@ public:
             const auto piece = std::size_t(std::min<quint64>(count, kChunkSize / sizeof(T)));
             const std::size_t first = values.size();
             if (values.capacity() < first + piece)
-                values.reserve(std::max(first + piece, std::min<std::size_t>(2 * first, first + std::size_t(count))));
+                values.reserve(std::max(
+                    first + piece, std::min<std::size_t>(2 * first, first + std::size_t(count))));
             values.resize(first + piece);
             auto *raw = reinterpret_cast<uchar *>(values.data() + first);
             if (!bytes(raw, piece * sizeof(T)))
@@ -95,7 +100,8 @@ public:
     }
     bool raw(void *bytes, quint64 size)
     {
-        return mIn.readRawData(static_cast<char *>(bytes), int(size)) == int(size) && mIn.status() == QDataStream::Ok;
+        return mIn.readRawData(static_cast<char *>(bytes), int(size)) == int(size)
+               && mIn.status() == QDataStream::Ok;
     }
 
 private:
@@ -139,7 +145,8 @@ bool readTimes(SectionReader &section, quint64 count, std::vector<timeRange> &ti
     for (quint64 i = 0; i < count; ++i) {
         timeRange range;
         quint64 flags = 0;
-        if (!section.value(range.start) || !section.value(range.end) || !section.value(flags) || flags > 0xff)
+        if (!section.value(range.start) || !section.value(range.end) || !section.value(flags)
+            || flags > 0xff)
             return false;
         range.flags = static_cast<unsigned char>(flags);
         if (!isUsable(range) || normalized(range).flags != range.flags
@@ -169,7 +176,8 @@ bool readChains(SectionReader &section, const FileHeader &header, std::vector<Ch
 /// Each record in exactly one observation.
 bool readObservations(SectionReader &section, quint64 count, std::vector<quint32> &observations)
 {
-    if (!section.begin(kObservations, kObservationSize) || section.left() != count * kObservationSize
+    if (!section.begin(kObservations, kObservationSize)
+        || section.left() != count * kObservationSize
         || !section.words<quint32>(observations, count))
         return false;
     std::vector<bool> seen(observations.size(), false);
@@ -217,9 +225,9 @@ bool placeObservations(const std::vector<ChainEntry> &chains, StoreContent &cont
 bool readPoints(SectionReader &section, quint64 count, StoreContent &content)
 {
     return section.words<quint64>(content.points, count)
-        && std::all_of(content.points.begin(), content.points.end(), [](const QPointF &point) {
-               return std::isfinite(point.x()) && std::isfinite(point.y());
-           });
+           && std::all_of(content.points.begin(), content.points.end(), [](const QPointF &point) {
+                  return std::isfinite(point.x()) && std::isfinite(point.y());
+              });
 }
 
 bool readShapes(SectionReader &section, const FileHeader &header, StoreContent &content)
@@ -229,7 +237,8 @@ bool readShapes(SectionReader &section, const FileHeader &header, StoreContent &
     quint64 parts = 0, total = 0;
     for (quint64 i = 0; i < header.records; ++i) {
         quint32 partCount = 0;
-        if (!section.value(partCount) || partCount > section.left() / 4 || !section.words<quint32>(sizes, partCount))
+        if (!section.value(partCount) || partCount > section.left() / 4
+            || !section.words<quint32>(sizes, partCount))
             return false;
         quint64 vertexCount = 0;
         for (const quint32 size : sizes)
@@ -266,17 +275,18 @@ bool FileImage::read(QDataStream &in, Progress progress)
 {
     QByteArray head(kHeaderSize, '\0');
     FileHeader header;
-    if (in.readRawData(head.data(), kHeaderSize) != kHeaderSize || !FileHeader::fromBytes(head, header))
+    if (in.readRawData(head.data(), kHeaderSize) != kHeaderSize
+        || !FileHeader::fromBytes(head, header))
         return false;
     content.kind = header.kind;
     content.tolerance = header.tolerance;
     hull = header.hull;
     SectionReader section(in, header, progress);
     return section.text(kName, name) && section.text(kProjection, projection)
-        && readTimes(section, header.times, content.times) && readChains(section, header, chains)
-        && readObservations(section, header.records, content.observations)
-        && readRecords(section, header.records, content) && placeObservations(chains, content)
-        && readGeometry(section, header, content) && section.begin(kEnd, 0);
+           && readTimes(section, header.times, content.times) && readChains(section, header, chains)
+           && readObservations(section, header.records, content.observations)
+           && readRecords(section, header.records, content) && placeObservations(chains, content)
+           && readGeometry(section, header, content) && section.begin(kEnd, 0);
 }
 
 } // namespace fennimark

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "geometryFile.h"
+#include "crc32c.h"
 #include <QDataStream>
 #include <QtEndian>
 #include <algorithm>
 #include <cstring>
-#include "crc32c.h"
-#include "geometryFile.h"
 
 namespace fennimark {
 namespace {
@@ -24,7 +24,7 @@ public:
     {
         mWritten += size;
         return mOut.writeRawData(static_cast<const char *>(bytes), int(size)) == int(size)
-            && mOut.status() == QDataStream::Ok;
+               && mOut.status() == QDataStream::Ok;
     }
     bool begin(quint32 sectionTag, quint32 elementSize, quint64 length)
     {
@@ -57,7 +57,7 @@ public:
     bool text(quint32 sectionTag, const QByteArray &utf8)
     {
         return quint64(utf8.size()) <= kMaxText && begin(sectionTag, 1, quint64(utf8.size()))
-            && bytes(utf8.constData(), quint64(utf8.size())) && end();
+               && bytes(utf8.constData(), quint64(utf8.size())) && end();
     }
 
 private:
@@ -68,7 +68,9 @@ private:
         mChunk.insert(mChunk.end(), crc, crc + 4);
         const bool done = raw(mChunk.data(), mChunk.size());
         mChunk.clear();
-        return done && (!mProgress || mProgress(int(std::min<quint64>(100, mWritten * 100 / mTotal)), nullptr));
+        return done
+               && (!mProgress
+                   || mProgress(int(std::min<quint64>(100, mWritten * 100 / mTotal)), nullptr));
     }
 
     QDataStream &mOut;
@@ -83,8 +85,9 @@ bool writeGeometry(SectionWriter &section, const GeometryView &view, ObjectKind 
     if (kind == ObjectKind::Point)
         return section.value(view.bounds.xMin) && section.value(view.bounds.yMin);
     if constexpr (Q_BYTE_ORDER == Q_LITTLE_ENDIAN) {
-        return section.value(view.partCount) && section.bytes(view.partSizes, 4 * quint64(view.partCount))
-            && section.bytes(view.vertices, sizeof(QPointF) * quint64(view.vertexCount));
+        return section.value(view.partCount)
+               && section.bytes(view.partSizes, 4 * quint64(view.partCount))
+               && section.bytes(view.vertices, sizeof(QPointF) * quint64(view.vertexCount));
     }
     bool done = section.value(view.partCount);
     for (quint32 i = 0; i < view.partCount && done; ++i)
@@ -108,9 +111,11 @@ bool FileContent::plan(Plan &plan) const
     for (const quint32 record : order)
         plan.times.push_back(rangeOf(record));
     std::sort(plan.times.begin(), plan.times.end(), startsBefore);
-    plan.times.erase(std::unique(plan.times.begin(), plan.times.end(), sameRange), plan.times.end());
+    plan.times.erase(std::unique(plan.times.begin(), plan.times.end(), sameRange),
+                     plan.times.end());
 
-    std::vector<quint32> place(order.empty() ? 0 : std::size_t(*std::max_element(order.begin(), order.end())) + 1);
+    std::vector<quint32> place(
+        order.empty() ? 0 : std::size_t(*std::max_element(order.begin(), order.end())) + 1);
     FileHeader &header = plan.header;
     Rect2D box = kNoBox;
     timeRange span = kNoTime;
@@ -121,7 +126,8 @@ bool FileContent::plan(Plan &plan) const
         header.parts += view.partCount;
         header.vertices += kind == ObjectKind::Point ? 1 : view.vertexCount;
         widen(box, view.bounds);
-        const auto time = std::lower_bound(plan.times.begin(), plan.times.end(), rangeOf(record), startsBefore);
+        const auto time =
+            std::lower_bound(plan.times.begin(), plan.times.end(), rangeOf(record), startsBefore);
         plan.timeOf.push_back(quint32(time - plan.times.begin()));
         place[record] = quint32(plan.timeOf.size()); // ids count from 1
     }
@@ -148,16 +154,20 @@ bool FileContent::write(QDataStream &out, Progress progress) const
                           header.payloadBytes + header.records * (kObservationSize + kRecordSize)
                               + header.chains * kChainSize + header.times * kTimeSize);
     bool done = section.raw(header.toBytes().constData(), kHeaderSize) && section.text(kName, name)
-        && section.text(kProjection, projection) && section.begin(kTimes, kTimeSize, kTimeSize * header.times);
+                && section.text(kProjection, projection)
+                && section.begin(kTimes, kTimeSize, kTimeSize * header.times);
     for (auto time = plan.times.begin(); time != plan.times.end() && done; ++time)
-        done = section.value(time->start) && section.value(time->end) && section.value(quint64(time->flags));
+        done = section.value(time->start) && section.value(time->end)
+               && section.value(quint64(time->flags));
     done = done && section.end() && section.begin(kChains, kChainSize, kChainSize * header.chains);
     for (auto chain = chains.begin(); chain != chains.end() && done; ++chain)
         done = section.value(chain->id) && section.value(chain->count);
-    done = done && section.end() && section.begin(kObservations, kObservationSize, kObservationSize * header.records);
+    done = done && section.end()
+           && section.begin(kObservations, kObservationSize, kObservationSize * header.records);
     for (auto id = plan.observations.begin(); id != plan.observations.end() && done; ++id)
         done = section.value(*id);
-    done = done && section.end() && section.begin(kRecords, kRecordSize, kRecordSize * header.records);
+    done =
+        done && section.end() && section.begin(kRecords, kRecordSize, kRecordSize * header.records);
     for (auto time = plan.timeOf.begin(); time != plan.timeOf.end() && done; ++time)
         done = section.value(*time) && section.value(typeCode(kind));
     done = done && section.end() && section.begin(kGeometry, 1, header.payloadBytes);

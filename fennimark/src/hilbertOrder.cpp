@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The keys: J. Skilling, "Programming the Hilbert curve", AIP Conference Proceedings 707 (2004), 381-387. The transposed
-// form of a cell (the key's bits dealt out over the axes) is reached by exchanges and inversions from the top bit down
-// and one Gray encoding. The sort is a byte-wise radix sort on the 32-bit keys.
+// The keys: J. Skilling, "Programming the Hilbert curve", AIP Conference Proceedings 707 (2004),
+// 381-387. The transposed form of a cell (the key's bits dealt out over the axes) is reached by
+// exchanges and inversions from the top bit down and one Gray encoding. The sort is a byte-wise
+// radix sort on the 32-bit keys.
 #include "hilbertOrder.h"
 #include <algorithm>
 #include <array>
@@ -50,7 +51,8 @@ public:
     quint32 operator()(double value) const
     {
         const double cell = (value - mLow) * mFactor;
-        return static_cast<quint32>(cell > 0 ? std::min(cell, mLast) : 0.0); // a NaN of inf * 0 fails the test
+        return static_cast<quint32>(cell > 0 ? std::min(cell, mLast)
+                                             : 0.0); // a NaN of inf * 0 fails the test
     }
 
 private:
@@ -75,7 +77,8 @@ std::vector<quint32> sortedPositions(std::vector<Keyed> &items)
         items.swap(other);
     }
     std::vector<quint32> positions(items.size());
-    std::transform(items.begin(), items.end(), positions.begin(), [](const Keyed &item) { return item.position; });
+    std::transform(items.begin(), items.end(), positions.begin(),
+                   [](const Keyed &item) { return item.position; });
     return positions;
 }
 
@@ -91,10 +94,12 @@ quint32 hilbertKey(quint32 x, quint32 y, quint32 z)
     return keyOf<3, 10>({x, y, z});
 }
 
-std::vector<quint32> hilbertOrder(const std::vector<RecordCenter> &centers, const RectInT &scale, bool withTime)
+std::vector<quint32> hilbertOrder(const std::vector<RecordCenter> &centers, const RectInT &scale,
+                                  bool withTime)
 {
     const unsigned bits = withTime ? 10 : 16;
-    const CellScale x(scale.xMin, scale.xMax, bits), y(scale.yMin, scale.yMax, bits), t(scale.start, scale.end, bits);
+    const CellScale x(scale.xMin, scale.xMax, bits), y(scale.yMin, scale.yMax, bits),
+        t(scale.start, scale.end, bits);
     std::vector<Keyed> items;
     items.reserve(centers.size());
     for (const RecordCenter &center : centers) {

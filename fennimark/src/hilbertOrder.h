@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// The order of records along a Hilbert curve: near in space and time is near in the store.
 #pragma once
+#include "fennimark/geometryTypes.h"
 #include <QtGlobal>
 #include <vector>
-#include "fennimark/geometryTypes.h"
 
 namespace fennimark {
 
@@ -12,10 +12,11 @@ struct RecordCenter {
     double x, y, time;
 };
 
-/// Positions 0 to n - 1 in the order of their 32-bit keys, equal keys in the order given. `scale` only sets the grid:
-/// centres outside count as at its edge. With a single time the curve is plane, 16 bits an axis, else it runs through
-/// space and time, 10 bits an axis. O(n).
-std::vector<quint32> hilbertOrder(const std::vector<RecordCenter> &centers, const RectInT &scale, bool withTime);
+/// Positions 0 to n - 1 in the order of their 32-bit keys, equal keys in the order given. `scale`
+/// only sets the grid: centres outside count as at its edge. With a single time the curve is plane,
+/// 16 bits an axis, else it runs through space and time, 10 bits an axis. O(n).
+std::vector<quint32> hilbertOrder(const std::vector<RecordCenter> &centers, const RectInT &scale,
+                                  bool withTime);
 
 /// The position of a cell on the plane curve of 2^16 by 2^16 cells.
 quint32 hilbertKey(quint32 x, quint32 y);

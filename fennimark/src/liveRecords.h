@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// The records that are checked out, with their live objects, and the last few that were.
 #pragma once
-#include <memory>
-#include <vector>
 #include "fennimark/FMObject.h"
 #include "fennimark/HilbertTreeRecord.h"
+#include <memory>
+#include <vector>
 
 namespace fennimark {
 
@@ -18,8 +18,8 @@ struct LiveRecord final : HilbertTreeRecord {
     LiveRecord *older = nullptr, *newer = nullptr; // while waiting among the kept ones
 };
 
-/// A hash table of live records, chained through themselves, and a pool that gives them again. Records that were checked
-/// out to be kept wait after their final return, the 64 latest of them.
+/// A hash table of live records, chained through themselves, and a pool that gives them again.
+/// Records that were checked out to be kept wait after their final return, the 64 latest of them.
 class LiveRecords {
 public:
     /// Told of each live object that is given up.
@@ -43,10 +43,16 @@ public:
     void forget(int recordId);
     void clear();
 
-    quint32 inUse() const { return mInUse; } ///< Records checked out at the moment, for tests of balance.
+    quint32 inUse() const
+    {
+        return mInUse;
+    } ///< Records checked out at the moment, for tests of balance.
 
 private:
-    std::size_t bucketOf(int recordId) const { return (quint32(recordId) * 2654435769U) & (mBuckets.size() - 1); }
+    std::size_t bucketOf(int recordId) const
+    {
+        return (quint32(recordId) * 2654435769U) & (mBuckets.size() - 1);
+    }
     void rehash();
     void settle(LiveRecord &record);
     void drop(LiveRecord &record);

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 /// Records by distance: best-first search over the box tree.
 #pragma once
+#include "recordStore.h"
 #include <queue>
 #include <vector>
-#include "recordStore.h"
 
 namespace fennimark {
 
-/// Distances of objects are rounded otherwise than those of their boxes; a bound this much lower never passes over a
-/// record for that.
+/// Distances of objects are rounded otherwise than those of their boxes; a bound this much lower
+/// never passes over a record for that.
 constexpr double kBoundSlack = 1.0 - 1e-14;
 
 struct RecordDistance {
@@ -16,15 +16,18 @@ struct RecordDistance {
     quint32 record;
     friend bool operator<(const RecordDistance &a, const RecordDistance &b)
     {
-        return a.sqrDistance < b.sqrDistance || (a.sqrDistance == b.sqrDistance && a.record < b.record);
+        return a.sqrDistance < b.sqrDistance
+               || (a.sqrDistance == b.sqrDistance && a.record < b.record);
     }
 };
 
-/// The `count` records nearest to something inside `from`, by distance and then record. `exact(record)` gives the squared
-/// distance of a record's geometry; not a number and infinity are no distance. No more than `limit` away.
+/// The `count` records nearest to something inside `from`, by distance and then record.
+/// `exact(record)` gives the squared distance of a record's geometry; not a number and infinity are
+/// no distance. No more than `limit` away.
 template <class When, class Exact>
-std::vector<RecordDistance> nearestRecords(const RecordStore &store, const Rect2D &from, const When &when,
-                                           std::size_t count, double limit, Exact exact)
+std::vector<RecordDistance> nearestRecords(const RecordStore &store, const Rect2D &from,
+                                           const When &when, std::size_t count, double limit,
+                                           Exact exact)
 {
     // Levels 0 and up are nodes of the tree, as whose entries runs and records are met.
     constexpr int kRun = -1, kRecord = -2;
@@ -32,7 +35,10 @@ std::vector<RecordDistance> nearestRecords(const RecordStore &store, const Rect2
         double bound;
         int level;
         quint32 index;
-        bool operator<(const Waiting &other) const { return bound > other.bound; } // the least on top
+        bool operator<(const Waiting &other) const
+        {
+            return bound > other.bound;
+        } // the least on top
     };
     std::vector<RecordDistance> best; // a heap with the farthest on top
     if (count == 0 || !store.mayHold(when))
@@ -46,7 +52,8 @@ std::vector<RecordDistance> nearestRecords(const RecordStore &store, const Rect2
     };
     const auto take = [&](quint32 record) {
         const RecordDistance found{exact(record), record};
-        if (!(found.sqrDistance <= limit) || found.sqrDistance == kInfinity || (best.size() == count && !(found < best.front())))
+        if (!(found.sqrDistance <= limit) || found.sqrDistance == kInfinity
+            || (best.size() == count && !(found < best.front())))
             return;
         if (best.size() == count) {
             std::pop_heap(best.begin(), best.end());
@@ -63,7 +70,9 @@ std::vector<RecordDistance> nearestRecords(const RecordStore &store, const Rect2
             take(next.index);
         } else if (next.level == kRun) {
             store.visitRun(next.index, Rect2D{-kInfinity, kInfinity, -kInfinity, kInfinity}, when,
-                           [&](quint32 record) { wait(sqrDistance(store.box(record), from), kRecord, record); });
+                           [&](quint32 record) {
+                               wait(sqrDistance(store.box(record), from), kRecord, record);
+                           });
         } else {
             const BoxNode &node = store.tree().node(next.level, next.index);
             for (unsigned i = 0; i < kFanOut; ++i) {

@@ -25,7 +25,8 @@ void lookAt(const uchar *bytes, GeometryView &view)
         view.vertexCount += view.partSizes[i];
     view.vertices = reinterpret_cast<const QPointF *>(bytes + verticesAt(view.partCount));
     const quint32 boxes = runBoxCount(view.vertexCount);
-    view.runBoxes = boxes > 0 ? reinterpret_cast<const RunBox *>(view.vertices + view.vertexCount) : nullptr;
+    view.runBoxes =
+        boxes > 0 ? reinterpret_cast<const RunBox *>(view.vertices + view.vertexCount) : nullptr;
 }
 
 } // namespace
@@ -39,12 +40,15 @@ bool StoreContent::addPayload(const GeometryView &view)
         return false;
     mPayloads.push_back(space.size());
     boxes.push_back(view.bounds);
-    return space.append(&view.partCount, 4) && space.append(view.partSizes, 4 * quint64(view.partCount))
-        && space.align(8) && space.append(view.vertices, sizeof(QPointF) * quint64(view.vertexCount))
-        && space.append(mRuns.data(), sizeof(RunBox) * mRuns.size());
+    return space.append(&view.partCount, 4)
+           && space.append(view.partSizes, 4 * quint64(view.partCount)) && space.align(8)
+           && space.append(view.vertices, sizeof(QPointF) * quint64(view.vertexCount))
+           && space.append(mRuns.data(), sizeof(RunBox) * mRuns.size());
 }
 
-RecordStore::RecordStore() : mLive(this) {}
+RecordStore::RecordStore() : mLive(this)
+{
+}
 
 void RecordStore::clear()
 {
@@ -68,7 +72,8 @@ void RecordStore::clear()
 
 /// Where the columns begin.
 struct RecordStore::Layout {
-    quint64 times = 0, timeIndex = 0, chainOf = 0, observations = 0, points = 0, boxes = 0, payloads = 0, nodes = 0;
+    quint64 times = 0, timeIndex = 0, chainOf = 0, observations = 0, points = 0, boxes = 0,
+            payloads = 0, nodes = 0;
 };
 
 template <class T> bool RecordStore::appendColumn(const std::vector<T> &values, quint64 &offset)
@@ -85,7 +90,8 @@ bool RecordStore::layOut(const StoreContent &content, const std::vector<BoxNode>
     mPayloadEnd = mSpace.size();
     const quint64 columnsAt = (mPayloadEnd + kAlignment - 1) / kAlignment * kAlignment;
     if (!(appendColumn(content.times, at.times) && appendColumn(content.timeIndex, at.timeIndex)
-          && appendColumn(content.chainOf, at.chainOf) && appendColumn(content.observations, at.observations)
+          && appendColumn(content.chainOf, at.chainOf)
+          && appendColumn(content.observations, at.observations)
           && appendColumn(content.points, at.points) && appendColumn(content.boxes, at.boxes)
           && appendColumn(content.payloads(), at.payloads) && appendColumn(nodes, at.nodes)
           && mSpace.align(kAlignment))) // an empty column, too, has a place
@@ -163,7 +169,8 @@ bool RecordStore::view(quint32 record, GeometryView &view, std::vector<quint64> 
         lookAt(bytes, view);
         return true;
     }
-    // Payloads stand one behind the other: the next one's position, or the first column's, ends this one.
+    // Payloads stand one behind the other: the next one's position, or the first column's, ends
+    // this one.
     const quint64 end = record + 1 < mCount ? mPayloads[record + 1] : mPayloadEnd;
     buffer.resize((end - offset + 7) / 8);
     auto *bytes = reinterpret_cast<uchar *>(buffer.data());
@@ -173,7 +180,8 @@ bool RecordStore::view(quint32 record, GeometryView &view, std::vector<quint64> 
     return true;
 }
 
-std::unique_ptr<FMObject> RecordStore::makeObject(quint32 record, std::vector<quint64> &buffer) const
+std::unique_ptr<FMObject> RecordStore::makeObject(quint32 record,
+                                                  std::vector<quint64> &buffer) const
 {
     if (mKind == ObjectKind::Point)
         return std::make_unique<FMPoint>(mPoints[record]);
@@ -183,9 +191,9 @@ std::unique_ptr<FMObject> RecordStore::makeObject(quint32 record, std::vector<qu
     if (mKind == ObjectKind::Line)
         return ObjectAccess::makeLine(bytes);
     const quint8 flags = mFlags[record];
-    return ObjectAccess::makePolygon(bytes, flags & kKnownSimple ? Simplicity::Simple
-                                                : flags & kKnownNotSimple ? Simplicity::NotSimple
-                                                                          : Simplicity::Unknown);
+    return ObjectAccess::makePolygon(bytes, flags & kKnownSimple      ? Simplicity::Simple
+                                            : flags & kKnownNotSimple ? Simplicity::NotSimple
+                                                                      : Simplicity::Unknown);
 }
 
 FMObject *RecordStore::liveObject(LiveRecord &record) const
@@ -199,7 +207,8 @@ void RecordStore::objectDropped(int recordId, const FMObject &object)
 {
     const Simplicity known = ObjectAccess::simplicity(object);
     if (known != Simplicity::Unknown)
-        mFlags[quint32(recordId) - 1] |= known == Simplicity::Simple ? kKnownSimple : kKnownNotSimple;
+        mFlags[quint32(recordId) - 1] |=
+            known == Simplicity::Simple ? kKnownSimple : kKnownNotSimple;
 }
 
 void RecordStore::remove(quint32 record)

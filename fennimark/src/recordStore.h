@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
-/// The records of one geography: columns in the order of the Hilbert curve, payloads, a packed box tree over them.
+/// The records of one geography: columns in the order of the Hilbert curve, payloads, a packed box
+/// tree over them.
 ///
 /// All of it lies in one ScratchSpace, payloads first, each at a multiple of 8:
-///     u32 part count, u32 part sizes, padding, 16 bytes a vertex, the run boxes of objects with more than 8 vertices.
-/// A point has no payload: its 16 bytes are its box. Behind the payloads stand the columns and the nodes. Per record:
-///     box 32 (point 16), time index 4 (none when all records share one range), chain id 4, payload position 8 (points
-///     none), entry in the list of observations 4, nodes 2.1; on the heap 1 of flags, which are the only thing to change.
-/// Here records count from 0; their public ids count from 1, since callers check in only ids above 0.
+///     u32 part count, u32 part sizes, padding, 16 bytes a vertex, the run boxes of objects with
+///     more than 8 vertices.
+/// A point has no payload: its 16 bytes are its box. Behind the payloads stand the columns and the
+/// nodes. Per record:
+///     box 32 (point 16), time index 4 (none when all records share one range), chain id 4, payload
+///     position 8 (points none), entry in the list of observations 4, nodes 2.1; on the heap 1 of
+///     flags, which are the only thing to change.
+/// Here records count from 0; their public ids count from 1, since callers check in only ids above
+/// 0.
 #pragma once
-#include <QHash>
-#include <QVector>
-#include <vector>
 #include "boxTree.h"
 #include "fennimark/HilbertTree.h"
 #include "geometryView.h"
@@ -18,6 +20,9 @@
 #include "observationSource.h"
 #include "scratchSpace.h"
 #include "timeRules.h"
+#include <QHash>
+#include <QVector>
+#include <vector>
 
 namespace fennimark {
 
@@ -47,9 +52,13 @@ public:
     std::vector<Rect2D> boxes;
     ScratchSpace space;
 
-    std::size_t recordCount() const { return kind == ObjectKind::Point ? points.size() : boxes.size(); }
+    std::size_t recordCount() const
+    {
+        return kind == ObjectKind::Point ? points.size() : boxes.size();
+    }
     void addPoint(const QPointF &point) { points.push_back(point); }
-    /// Takes a line's or polygon's bytes; its run boxes are made here. False when the scratch file fails.
+    /// Takes a line's or polygon's bytes; its run boxes are made here. False when the scratch file
+    /// fails.
     bool addPayload(const GeometryView &view);
     const std::vector<quint64> &payloads() const { return mPayloads; }
 
@@ -84,18 +93,25 @@ public:
     double tolerance() const { return mTolerance; }
     quint32 recordCount() const { return mCount; }
     bool lives(quint32 record) const { return (mFlags[record] & kRemoved) == 0; }
-    bool isRecordId(int id) const { return id > 0 && quint32(id) <= mCount && lives(quint32(id) - 1); }
+    bool isRecordId(int id) const
+    {
+        return id > 0 && quint32(id) <= mCount && lives(quint32(id) - 1);
+    }
     Rect2D box(quint32 record) const
     {
-        return mPoints ? Rect2D{mPoints[record].x(), mPoints[record].x(), mPoints[record].y(), mPoints[record].y()}
+        return mPoints ? Rect2D{mPoints[record].x(), mPoints[record].x(), mPoints[record].y(),
+                                mPoints[record].y()}
                        : mBoxes[record];
     }
-    const timeRange &range(quint32 record) const { return mTimes[mTimeIndex ? mTimeIndex[record] : 0]; }
+    const timeRange &range(quint32 record) const
+    {
+        return mTimes[mTimeIndex ? mTimeIndex[record] : 0];
+    }
     int chainId(quint32 record) const;
     QPair<timeRange, int> observation(quint32 first, quint32 index) const override;
 
-    /// A line's or polygon's vertices in place, or in `buffer` where they are not in memory. False when the device
-    /// fails.
+    /// A line's or polygon's vertices in place, or in `buffer` where they are not in memory. False
+    /// when the device fails.
     bool view(quint32 record, GeometryView &view, std::vector<quint64> &buffer) const;
     /// A live object of one's own; null when the device fails. `buffer` must outlive it.
     std::unique_ptr<FMObject> makeObject(quint32 record, std::vector<quint64> &buffer) const;
@@ -117,10 +133,12 @@ public:
     const TimePieces &pieces() const;
 
     const BoxTree &tree() const { return mTree; }
-    /// Calls visit(record) for the living records of a run, or of all, whose box meets the window at the time.
+    /// Calls visit(record) for the living records of a run, or of all, whose box meets the window
+    /// at the time.
     template <class When, class Visit>
     void visitRun(quint32 run, const Rect2D &window, const When &when, Visit visit) const;
-    template <class When, class Visit> void visit(const Rect2D &window, const When &when, Visit visit) const;
+    template <class When, class Visit>
+    void visit(const Rect2D &window, const When &when, Visit visit) const;
     /// Whether the store has records of the time at all, where one range says it for all.
     template <class When> bool mayHold(const When &when) const
     {
@@ -128,7 +146,10 @@ public:
     }
 
 private:
-    template <class T> const T *column(quint64 offset) const { return reinterpret_cast<const T *>(mSpace.at(offset)); }
+    template <class T> const T *column(quint64 offset) const
+    {
+        return reinterpret_cast<const T *>(mSpace.at(offset));
+    }
     struct Layout;
     bool layOut(const StoreContent &content, const std::vector<BoxNode> &nodes, Layout &at);
     template <class T> bool appendColumn(const std::vector<T> &values, quint64 &offset);
@@ -154,8 +175,9 @@ private:
     std::vector<quint8> mFlags;
     quint32 mVersion = 0;
 
-    std::vector<quint32> mLaterObservations; // of chains made after the columns; they count on from the column's end
-    QHash<quint32, qint32> mLaterChains;     // their records
+    std::vector<quint32>
+        mLaterObservations; // of chains made after the columns; they count on from the column's end
+    QHash<quint32, qint32> mLaterChains; // their records
 
     mutable LiveRecords mLive;
     mutable quint32 mRefreshed = ~quint32(0); // the version that hull and pieces are of
@@ -179,7 +201,8 @@ void RecordStore::visitRun(quint32 run, const Rect2D &window, const When &when, 
     if (mPoints) {
         for (quint32 record = first; record < end; ++record) {
             const double x = mPoints[record].x(), y = mPoints[record].y();
-            if (((x >= window.xMin) & (x <= window.xMax) & (y >= window.yMin) & (y <= window.yMax)) && hits(record))
+            if (((x >= window.xMin) & (x <= window.xMax) & (y >= window.yMin) & (y <= window.yMax))
+                && hits(record))
                 visit(record);
         }
     } else {

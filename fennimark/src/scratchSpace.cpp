@@ -25,7 +25,10 @@ bool mappingAllowed = true;
 class ScratchFile : public QTemporaryFile {
 public:
     explicit ScratchFile(const QString &place) : QTemporaryFile(place) {}
-    bool openUnbuffered() { return QTemporaryFile::open(QIODevice::ReadWrite | QIODevice::Unbuffered); }
+    bool openUnbuffered()
+    {
+        return QTemporaryFile::open(QIODevice::ReadWrite | QIODevice::Unbuffered);
+    }
 };
 
 ScratchSpace::ScratchSpace() = default;
@@ -67,7 +70,8 @@ bool ScratchSpace::align(quint64 alignment)
 bool ScratchSpace::flush()
 {
     if (!mFile) {
-        const QString directory = scratchDirectory().isEmpty() ? QDir::tempPath() : scratchDirectory();
+        const QString directory =
+            scratchDirectory().isEmpty() ? QDir::tempPath() : scratchDirectory();
         QDir().mkpath(directory);
         mFile = std::make_unique<ScratchFile>(directory + QLatin1String("/fennimark"));
         if (!mFile->openUnbuffered())
@@ -75,7 +79,8 @@ bool ScratchSpace::flush()
     }
     for (std::size_t done = 0; done < mBuffer.size();) {
         const std::size_t piece = std::min(kFlushSize, mBuffer.size() - done);
-        const qint64 written = mFile->write(reinterpret_cast<const char *>(mBuffer.data() + done), qint64(piece));
+        const qint64 written =
+            mFile->write(reinterpret_cast<const char *>(mBuffer.data() + done), qint64(piece));
         if (written <= 0)
             return false;
         done += std::size_t(written);
@@ -99,7 +104,8 @@ bool ScratchSpace::freeze(quint64 residentFrom)
         return true;
     mBuffer.resize(mFlushed - residentFrom);
     return mFile->seek(qint64(residentFrom))
-        && mFile->read(reinterpret_cast<char *>(mBuffer.data()), qint64(mBuffer.size())) == qint64(mBuffer.size());
+           && mFile->read(reinterpret_cast<char *>(mBuffer.data()), qint64(mBuffer.size()))
+                  == qint64(mBuffer.size());
 }
 
 const uchar *ScratchSpace::at(quint64 offset) const
@@ -116,7 +122,8 @@ bool ScratchSpace::read(quint64 offset, void *bytes, quint64 size) const
         std::memcpy(bytes, from, size);
         return true;
     }
-    return mFile->seek(qint64(offset)) && mFile->read(static_cast<char *>(bytes), qint64(size)) == qint64(size);
+    return mFile->seek(qint64(offset))
+           && mFile->read(static_cast<char *>(bytes), qint64(size)) == qint64(size);
 }
 
 } // namespace fennimark

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Bytes that are appended, frozen and then read at random: a heap buffer while they are few, else a mapped file.
+/// Bytes that are appended, frozen and then read at random: a heap buffer while they are few, else
+/// a mapped file.
 #pragma once
 #include <QString>
 #include <QtGlobal>
@@ -10,8 +11,9 @@ namespace fennimark {
 
 class ScratchFile;
 
-/// Up to 4 MiB stay on the heap. Beyond, all goes to a file without a name (where the platform has none: deleted on
-/// close) that is mapped read-only once frozen. When it cannot be mapped, reads are positioned.
+/// Up to 4 MiB stay on the heap. Beyond, all goes to a file without a name (where the platform has
+/// none: deleted on close) that is mapped read-only once frozen. When it cannot be mapped, reads
+/// are positioned.
 class ScratchSpace {
 public:
     ScratchSpace();
@@ -27,7 +29,8 @@ public:
 
     /// Ends appending. What lies from `residentFrom` on is in memory afterwards, mapped or not.
     bool freeze(quint64 residentFrom);
-    /// Frozen bytes in place; null when the file could not be mapped and `offset` is below the resident part.
+    /// Frozen bytes in place; null when the file could not be mapped and `offset` is below the
+    /// resident part.
     const uchar *at(quint64 offset) const;
     /// A copy of frozen bytes; false on a failure of the device.
     bool read(quint64 offset, void *bytes, quint64 size) const;
@@ -40,7 +43,8 @@ public:
 private:
     bool flush();
 
-    std::vector<uchar> mBuffer; // all of it, or the tail that is not in the file yet; the resident part once frozen
+    std::vector<uchar> mBuffer; // all of it, or the tail that is not in the file yet; the resident
+                                // part once frozen
     std::unique_ptr<ScratchFile> mFile;
     quint64 mFlushed = 0;
     const uchar *mMapped = nullptr;

@@ -9,8 +9,9 @@ timeRange normalized(const timeRange &range)
 {
     const bool instant = range.start == range.end;
     timeRange result = range;
-    result.flags = static_cast<unsigned char>((instant || startIncluded(range) ? kStartInclusive : 0)
-                                              | (instant || endIncluded(range) ? kEndInclusive : 0));
+    result.flags =
+        static_cast<unsigned char>((instant || startIncluded(range) ? kStartInclusive : 0)
+                                   | (instant || endIncluded(range) ? kEndInclusive : 0));
     return result;
 }
 
@@ -21,8 +22,14 @@ bool endsBeforeStart(const timeRange &a, const timeRange &b)
     return a.end < b.start || (a.end == b.start && !(endIncluded(a) && startIncluded(b)));
 }
 
-TimeCut startCut(const timeRange &range) { return {range.start, !startIncluded(range)}; }
-TimeCut endCut(const timeRange &range) { return {range.end, endIncluded(range)}; }
+TimeCut startCut(const timeRange &range)
+{
+    return {range.start, !startIncluded(range)};
+}
+TimeCut endCut(const timeRange &range)
+{
+    return {range.end, endIncluded(range)};
+}
 
 } // namespace
 
@@ -51,7 +58,8 @@ void widen(timeRange &hull, const timeRange &range)
     const TimeCut start = std::min(startCut(hull), startCut(range));
     const TimeCut end = std::max(endCut(hull), endCut(range));
     hull = {start.time, end.time,
-            static_cast<unsigned char>((start.after ? 0 : kStartInclusive) | (end.after ? kEndInclusive : 0))};
+            static_cast<unsigned char>((start.after ? 0 : kStartInclusive)
+                                       | (end.after ? kEndInclusive : 0))};
 }
 
 qint64 truncated(double time)
@@ -82,7 +90,8 @@ bool TimePieces::pieceAround(double time, timeRange &piece) const
         return false;
     const TimeCut &from = *(upper - 1);
     piece = {from.time, upper->time,
-             static_cast<unsigned char>((from.after ? 0 : kStartInclusive) | (upper->after ? kEndInclusive : 0))};
+             static_cast<unsigned char>((from.after ? 0 : kStartInclusive)
+                                        | (upper->after ? kEndInclusive : 0))};
     return true;
 }
 

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-/// What a timeRange means: comparisons on doubles with the flags, and the pieces of time in which nothing changes.
+/// What a timeRange means: comparisons on doubles with the flags, and the pieces of time in which
+/// nothing changes.
 #pragma once
+#include "fennimark/geometryTypes.h"
 #include <QtGlobal>
 #include <cmath>
 #include <vector>
-#include "fennimark/geometryTypes.h"
 
 namespace fennimark {
 
@@ -12,8 +13,14 @@ constexpr unsigned char kStartInclusive = 0xF0;
 constexpr unsigned char kEndInclusive = 0x0F;
 constexpr timeRange kNoTime{0.0, -1.0, 0};
 
-inline bool startIncluded(const timeRange &range) { return (range.flags & kStartInclusive) != 0; }
-inline bool endIncluded(const timeRange &range) { return (range.flags & kEndInclusive) != 0; }
+inline bool startIncluded(const timeRange &range)
+{
+    return (range.flags & kStartInclusive) != 0;
+}
+inline bool endIncluded(const timeRange &range)
+{
+    return (range.flags & kEndInclusive) != 0;
+}
 
 inline bool isUsable(const timeRange &range)
 {
@@ -25,11 +32,12 @@ timeRange normalized(const timeRange &range);
 inline bool contains(const timeRange &range, double time)
 {
     return (range.start < time || (range.start == time && startIncluded(range)))
-        && (time < range.end || (range.end == time && endIncluded(range)));
+           && (time < range.end || (range.end == time && endIncluded(range)));
 }
 /// Ends that meet overlap only when both are inclusive.
 bool overlaps(const timeRange &a, const timeRange &b);
-/// By start, then by which begins first, then by which ends first: strict and total over normalized ranges.
+/// By start, then by which begins first, then by which ends first: strict and total over normalized
+/// ranges.
 bool startsBefore(const timeRange &a, const timeRange &b);
 bool sameRange(const timeRange &a, const timeRange &b);
 /// The hull of both; kNoTime adds nothing.
@@ -46,17 +54,21 @@ struct TimeCut {
     {
         return a.time < b.time || (a.time == b.time && !a.after && b.after);
     }
-    friend bool operator==(const TimeCut &a, const TimeCut &b) { return a.time == b.time && a.after == b.after; }
+    friend bool operator==(const TimeCut &a, const TimeCut &b)
+    {
+        return a.time == b.time && a.after == b.after;
+    }
 };
 
-/// The time line, cut at every start and end of a set of ranges. An inclusive start and an exclusive end lie just before
-/// their time, an exclusive start and an inclusive end just after, so [0, 50] and [50, 100] give the pieces [0, 50),
-/// [50, 50] and (50, 100].
+/// The time line, cut at every start and end of a set of ranges. An inclusive start and an
+/// exclusive end lie just before their time, an exclusive start and an inclusive end just after, so
+/// [0, 50] and [50, 100] give the pieces [0, 50), [50, 50] and (50, 100].
 class TimePieces {
 public:
     void add(const timeRange &range);
     void sort(); ///< After the last range, before the first question.
-    /// The piece around a time, also where it is a gap between ranges. False outside the first and the last cut.
+    /// The piece around a time, also where it is a gap between ranges. False outside the first and
+    /// the last cut.
     bool pieceAround(double time, timeRange &piece) const;
     /// The distinct times, ascending, truncated.
     std::vector<qint64> times() const;

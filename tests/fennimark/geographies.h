@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// Small and random geographies for the tests of the record store.
 #pragma once
+#include "fennimark/FMLine.h"
+#include "fennimark/FMPoint.h"
+#include "fennimark/FMPolygon.h"
+#include "fennimark/Fennims.h"
+#include "fennimark/VORNBuilder.h"
 #include <QBuffer>
 #include <QDataStream>
 #include <QFile>
@@ -8,11 +13,6 @@
 #include <QtTest>
 #include <memory>
 #include <random>
-#include "fennimark/FMLine.h"
-#include "fennimark/FMPoint.h"
-#include "fennimark/FMPolygon.h"
-#include "fennimark/Fennims.h"
-#include "fennimark/VORNBuilder.h"
 
 inline timeRange span(double start, double end, unsigned char flags = 0xFF)
 {
@@ -26,7 +26,8 @@ inline RectInT extent(double size, double start = 0, double end = 100)
 
 inline FMPolygon *square(double x, double y, double size = 1)
 {
-    return new FMPolygon(QVector<QPointF>{{x, y}, {x + size, y}, {x + size, y + size}, {x, y + size}});
+    return new FMPolygon(
+        QVector<QPointF>{{x, y}, {x + size, y}, {x + size, y + size}, {x, y + size}});
 }
 
 /// What a builder made, opened.
@@ -68,8 +69,10 @@ public:
     enum Kind { Points, Lines, Polygons };
 
     /// @param observations  in each chain, one behind the other in time; 1: all share one range.
-    /// @param step          coordinates are multiples of it (0: any double); `offset` is added to them.
-    RandomGeography(unsigned seed, Kind kind, int chains, int observations, double step, double offset)
+    /// @param step          coordinates are multiples of it (0: any double); `offset` is added to
+    /// them.
+    RandomGeography(unsigned seed, Kind kind, int chains, int observations, double step,
+                    double offset)
         : mRandom(seed), mKind(kind), mStep(step), mOffset(offset)
     {
         VORNBuilder builder(extent(100), nullptr, nullptr);
@@ -93,14 +96,20 @@ public:
     FMObject *newObject()
     {
         switch (mKind) {
-        case Points: return new FMPoint(place());
-        case Lines: return new FMLine({blob(2 + int(uniform(0, 20)))});
-        case Polygons: return new FMPolygon(blob(3 + int(uniform(0, 20))));
+        case Points:
+            return new FMPoint(place());
+        case Lines:
+            return new FMLine({blob(2 + int(uniform(0, 20)))});
+        case Polygons:
+            return new FMPolygon(blob(3 + int(uniform(0, 20))));
         }
         return nullptr;
     }
     QPointF place() { return {coordinate(0, 100), coordinate(0, 100)}; }
-    double uniform(double low, double high) { return std::uniform_real_distribution<double>(low, high)(mRandom); }
+    double uniform(double low, double high)
+    {
+        return std::uniform_real_distribution<double>(low, high)(mRandom);
+    }
 
     /// The given observation behind a record id, by its chain and start.
     const Given *of(int record) const
@@ -112,7 +121,8 @@ public:
         fennims->mTree->CheckInRecord(record);
         for (const auto &observation : fennims->GetChainById(chain)->GetObservations()) {
             for (const Given &one : given) {
-                if (observation.second == record && one.chain == chain && one.range.start == observation.first.start)
+                if (observation.second == record && one.chain == chain
+                    && one.range.start == observation.first.start)
                     return &one;
             }
         }

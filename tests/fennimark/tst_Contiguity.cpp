@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Neighbours of polygons and points over time. The pair test itself has its own tests.
+#include "fennimark/geographies.h"
+#include "recordStore.h"
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <algorithm>
-#include "fennimark/geographies.h"
-#include "recordStore.h"
 
 namespace {
 
@@ -49,12 +49,14 @@ std::unique_ptr<Fennims> fromGeoJson(const QString &path)
         QList<QPolygonF> rings;
         const QJsonObject geometry = feature.toObject()[QStringLiteral("geometry")].toObject();
         const QJsonArray coordinates = geometry[QStringLiteral("coordinates")].toArray();
-        const bool multi = geometry[QStringLiteral("type")].toString() == QLatin1String("MultiPolygon");
+        const bool multi =
+            geometry[QStringLiteral("type")].toString() == QLatin1String("MultiPolygon");
         for (const auto polygon : multi ? coordinates : QJsonArray{coordinates}) {
             for (const auto ring : polygon.toArray()) {
                 QPolygonF vertices;
                 for (const auto vertex : ring.toArray())
-                    vertices.append(QPointF(vertex.toArray()[0].toDouble(), vertex.toArray()[1].toDouble()));
+                    vertices.append(
+                        QPointF(vertex.toArray()[0].toDouble(), vertex.toArray()[1].toDouble()));
                 rings.append(vertices);
             }
         }
@@ -118,13 +120,16 @@ void TestContiguity::gridsHaveTheirNeighbours()
     QCOMPARE(links(*grid.fennims, false), 2 * (29 * 20 + 30 * 19));
     QCOMPARE(links(*grid.fennims, true), 2 * (29 * 20 + 30 * 19 + 2 * 29 * 19));
     const auto around = [&grid](int index, bool queen, int order, const QSet<int> &exclude) {
-        return grid.indices(grid.fennims->CalculatePolygonAdjacencies(grid.record(index), 5, queen, order, exclude));
+        return grid.indices(grid.fennims->CalculatePolygonAdjacencies(grid.record(index), 5, queen,
+                                                                      order, exclude));
     };
     QCOMPARE(around(31, false, 1, {}), (QVector<int>{1, 30, 31, 32, 61}));
-    QCOMPARE(around(31, true, 1, {grid.record(31), grid.record(0)}), (QVector<int>{1, 2, 30, 32, 60, 61, 62}));
+    QCOMPARE(around(31, true, 1, {grid.record(31), grid.record(0)}),
+             (QVector<int>{1, 2, 30, 32, 60, 61, 62}));
     QCOMPARE(around(0, false, 0, {}), (QVector<int>{0}));
     // Exclusion drops from the result, not from the walk.
-    QCOMPARE(around(0, false, 2, {grid.record(0), grid.record(1), grid.record(30)}), (QVector<int>{2, 31, 60}));
+    QCOMPARE(around(0, false, 2, {grid.record(0), grid.record(1), grid.record(30)}),
+             (QVector<int>{2, 31, 60}));
     QVERIFY(around(0, false, -1, {}).isEmpty());
     QVERIFY(grid.fennims->CalculatePolygonAdjacencies(grid.record(0), 11, true, 1, {}).isEmpty());
     QVERIFY(grid.fennims->CalculatePolygonAdjacencies(0, 5, true, 1, {}).isEmpty());
@@ -139,15 +144,18 @@ void TestContiguity::oneByOneAndAllAgree()
         for (const bool queen : {true, false}) {
             QMap<int, QVector<int>> all, asked;
             for (const int record : records) // the first 64 without the graph, the others with it
-                asked.insert(record, fennims.CalculatePolygonAdjacencies(record, time, queen, 1, {record}));
+                asked.insert(record,
+                             fennims.CalculatePolygonAdjacencies(record, time, queen, 1, {record}));
             QVERIFY(fennims.CalculatePolygonAdjacencies(queen, time, 1, false, all, nullptr));
             QCOMPARE(asked, all);
             for (auto one = all.cbegin(); one != all.cend(); ++one) {
                 QVector<int> expected;
-                const auto *polygon = static_cast<const FMPolygon *>(geography.of(one.key())->object.get());
+                const auto *polygon =
+                    static_cast<const FMPolygon *>(geography.of(one.key())->object.get());
                 for (const int other : records) {
                     const FMObject &object = *geography.of(other)->object;
-                    if (other != one.key() && polygon->BordersPolygon(static_cast<const FMPolygon &>(object), queen))
+                    if (other != one.key()
+                        && polygon->BordersPolygon(static_cast<const FMPolygon &>(object), queen))
                         expected.append(other);
                 }
                 std::sort(expected.begin(), expected.end());
@@ -165,7 +173,8 @@ void TestContiguity::ringsGrowStepByStep()
     for (int i = 0; i < 7; ++i)
         QCOMPARE(rings[i].size(), i < 4 ? 8 * (i + 1) : 0);
     QVERIFY(rings[1].contains(grid.record(20)) && !rings[0].contains(grid.record(40)));
-    QCOMPARE(grid.fennims->CalculatePolygonAdjacencies(grid.record(40), 5, false, 3, {}).size(), 25);
+    QCOMPARE(grid.fennims->CalculatePolygonAdjacencies(grid.record(40), 5, false, 3, {}).size(),
+             25);
     QVERIFY(grid.fennims->CalculatePolygonNeighborRings(grid.record(40), 5, true, 0).isEmpty());
     QVERIFY(grid.fennims->CalculatePolygonNeighborRings(9999, 5, true, 2).isEmpty());
 }
@@ -182,8 +191,11 @@ void TestContiguity::publishedCounts_data()
 
 void TestContiguity::publishedCounts()
 {
-    QFETCH(QString, file); QFETCH(int, queen); QFETCH(int, rook);
-    const std::unique_ptr<Fennims> fennims = fromGeoJson(QStringLiteral(SAMPLES_DIRECTORY "/") + file);
+    QFETCH(QString, file);
+    QFETCH(int, queen);
+    QFETCH(int, rook);
+    const std::unique_ptr<Fennims> fennims =
+        fromGeoJson(QStringLiteral(SAMPLES_DIRECTORY "/") + file);
     QVERIFY(fennims);
     QCOMPARE(links(*fennims, true), queen);
     QCOMPARE(links(*fennims, false), rook);
@@ -198,7 +210,8 @@ void TestContiguity::toleranceJoinsWhatIsNearlyThere()
         builder.CreateChain({square(1.01, 0)}, {span(0, 1)}, -1);
         const std::unique_ptr<Fennims> fennims = opened(builder);
         QCOMPARE(links(*fennims, false), tolerance > 0 ? 2 : 0);
-        QCOMPARE(fennims->CalculatePolygonAdjacencies(1, 0, true, 1, {1}).size(), tolerance > 0 ? 1 : 0);
+        QCOMPARE(fennims->CalculatePolygonAdjacencies(1, 0, true, 1, {1}).size(),
+                 tolerance > 0 ? 1 : 0);
         const auto polygon = [&fennims](int record) {
             return static_cast<FMPolygon *>(
                 fennims->mTree->CheckOutRecord(record, false)->GetTreeObject(fennims->mTree));
@@ -253,7 +266,8 @@ void TestContiguity::pointsFindTheirNeighbours()
         QCOMPARE(near[record].last().distance, distances[2]);
         QCOMPARE(inRange[record].size(), within);
     }
-    QVERIFY(!fennims.CalculatePointAdjacenciesByRange(-1, time, true, inRange, nullptr) && inRange.isEmpty());
+    QVERIFY(!fennims.CalculatePointAdjacenciesByRange(-1, time, true, inRange, nullptr)
+            && inRange.isEmpty());
     QVERIFY(!fennims.CalculatePointAdjacenciesByNearestNeighbor(0, time, true, near, nullptr));
     QVERIFY(!fennims.CalculatePolygonNeighborRings(records[0], time, true, 2).size());
 }
@@ -275,17 +289,26 @@ void TestContiguity::stopsLeaveNothingOut()
         }
         return stops;
     };
-    QVERIFY(stopped([&] { return fennims.CalculatePolygonAdjacencies(true, 5, 1, true, neighbors, &countDown); }) > 1);
     QVERIFY(stopped([&] {
-                return fennims.CalculateNearestNeighborsToObjects(fennims.mTree, records, 5, 2, neighbors, &countDown);
-            }) > 1);
+                return fennims.CalculatePolygonAdjacencies(true, 5, 1, true, neighbors, &countDown);
+            })
+            > 1);
     QVERIFY(stopped([&] {
-                return fennims.CalculateRangeNeighborsToObjects(fennims.mTree, records, 5, 1, neighbors, &countDown);
-            }) > 1);
+                return fennims.CalculateNearestNeighborsToObjects(fennims.mTree, records, 5, 2,
+                                                                  neighbors, &countDown);
+            })
+            > 1);
+    QVERIFY(stopped([&] {
+                return fennims.CalculateRangeNeighborsToObjects(fennims.mTree, records, 5, 1,
+                                                                neighbors, &countDown);
+            })
+            > 1);
     QCOMPARE(fennimark::StoreAccess::store(*fennims.mTree).live().inUse(), 0U);
-    QCOMPARE(neighbors.value(grid.record(82)).size(), 21); // 5 by 5 without the corners: exactly 1 is in range
+    QCOMPARE(neighbors.value(grid.record(82)).size(),
+             21); // 5 by 5 without the corners: exactly 1 is in range
     // Records that are not there have no entry.
-    QVERIFY(fennims.CalculateNearestNeighborsToObjects(fennims.mTree, {1, 0, 5000}, 5, 2, neighbors, nullptr));
+    QVERIFY(fennims.CalculateNearestNeighborsToObjects(fennims.mTree, {1, 0, 5000}, 5, 2, neighbors,
+                                                       nullptr));
     QCOMPARE(neighbors.keys(), QList<int>{1});
     QCOMPARE(neighbors[1].first(), 1); // it finds itself
 }

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The geometry file: what is written reads back the same, and nothing else is believed.
-#include <QtEndian>
-#include <functional>
 #include "crc32c.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/geographies.h"
 #include "timeRules.h"
+#include <QtEndian>
+#include <functional>
 
 namespace {
 
@@ -46,7 +46,10 @@ struct Sections {
         }
         return bytes;
     }
-    template <class T> void setHeader(int at, T value) { qToLittleEndian(value, header.data() + at); }
+    template <class T> void setHeader(int at, T value)
+    {
+        qToLittleEndian(value, header.data() + at);
+    }
 
     static void appendCrc(QByteArray &bytes, const QByteArray &of)
     {
@@ -119,7 +122,8 @@ void TestGeometryFile::savedAndOpenedIsTheSame_data()
     QTest::addColumn<int>("kind");
     QTest::addColumn<int>("chains");
     QTest::addColumn<int>("observations");
-    for (const int kind : {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
+    for (const int kind :
+         {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
         QTest::addRow("kind %d, static", kind) << kind << 3000 << 1;
         QTest::addRow("kind %d, changing", kind) << kind << 40 << 9;
     }
@@ -127,7 +131,9 @@ void TestGeometryFile::savedAndOpenedIsTheSame_data()
 
 void TestGeometryFile::savedAndOpenedIsTheSame()
 {
-    QFETCH(int, kind); QFETCH(int, chains); QFETCH(int, observations);
+    QFETCH(int, kind);
+    QFETCH(int, chains);
+    QFETCH(int, observations);
     RandomGeography geography(3, RandomGeography::Kind(kind), chains, observations, 0, 0);
     QVERIFY(geography.fennims);
     geography.fennims->SetName("Caf\xc3\xa9");
@@ -148,7 +154,8 @@ void TestGeometryFile::savedAndOpenedIsTheSame()
         const int record = chain->GetObservation(qint64(one.range.start)).second;
         HilbertTreeRecord *held = geography.fennims->mTree->CheckOutRecord(record, false);
         QByteArray expected, actual;
-        QDataStream toExpected(&expected, QIODevice::WriteOnly), toActual(&actual, QIODevice::WriteOnly);
+        QDataStream toExpected(&expected, QIODevice::WriteOnly),
+            toActual(&actual, QIODevice::WriteOnly);
         one.object->SaveToStream(toExpected);
         held->GetTreeObject(geography.fennims->mTree)->SaveToStream(toActual);
         held->ReturnTreeObject(geography.fennims->mTree);
@@ -165,7 +172,8 @@ void TestGeometryFile::isLaidOutAsTold()
     QStringList tags;
     for (const auto &part : file.parts)
         tags.append(QString::fromLatin1(part.first.left(4)));
-    QCOMPARE(tags.join(QLatin1Char(' ')), QStringLiteral("NAME PROJ TIME CHAI OBSV RECS GEOM END."));
+    QCOMPARE(tags.join(QLatin1Char(' ')),
+             QStringLiteral("NAME PROJ TIME CHAI OBSV RECS GEOM END."));
     QCOMPARE(file.section("TIME").size(), 3 * 24); // [0, 10), [0, 20], [10, 20]
     QCOMPARE(file.section("CHAI"), QByteArray("\0\0\0\0\2\0\0\0\1\0\0\0\1\0\0\0", 16));
     QCOMPARE(file.section("GEOM").size(), 3 * (8 + 4 * 16));
@@ -262,11 +270,13 @@ void TestGeometryFile::forgedFilesAreRefused_data()
         QByteArray &ids = f.section("OBSV");
         ids = ids.mid(4, 4) + ids.left(4) + ids.mid(8);
     });
-    row("observations that overlap", [](Sections &f) { set<quint64>(f.section("TIME"), 16, 0xff); });
+    row("observations that overlap",
+        [](Sections &f) { set<quint64>(f.section("TIME"), 16, 0xff); });
     row("time index", [](Sections &f) { set<quint32>(f.section("RECS"), 5, 3); });
     row("record of another type", [](Sections &f) { f.section("RECS")[4] = 1; });
     row("no part", [](Sections &f) { set<quint32>(f.section("GEOM"), 0, 0); });
-    row("very many parts of one", [](Sections &f) { set<quint32>(f.section("GEOM"), 0, 0xffffffff); });
+    row("very many parts of one",
+        [](Sections &f) { set<quint32>(f.section("GEOM"), 0, 0xffffffff); });
     row("very long ring", [](Sections &f) { set<quint32>(f.section("GEOM"), 4, 0x7fffffff); });
     row("ring of two", [](Sections &f) { set<quint32>(f.section("GEOM"), 4, 2); });
     row("ring sizes", [](Sections &f) { set<quint32>(f.section("GEOM"), 4, 5); });
@@ -275,10 +285,13 @@ void TestGeometryFile::forgedFilesAreRefused_data()
         for (int vertex = 1; vertex < 4; ++vertex)
             geometry.replace(8 + 16 * vertex, 16, geometry.mid(8 + 16 * (vertex % 2), 16));
     });
-    row("coordinate not a number", [notANumber](Sections &f) { set(f.section("GEOM"), 8, notANumber); });
+    row("coordinate not a number",
+        [notANumber](Sections &f) { set(f.section("GEOM"), 8, notANumber); });
     row("infinite coordinate", [](Sections &f) { set(f.section("GEOM"), 24, HUGE_VAL); });
     row("section missing", [](Sections &f) { f.parts.remove(2); });
-    row("unknown section", [](Sections &f) { f.parts.insert(2, {QByteArray("SPAM\1\0\0\0", 8), "data"}); });
+    row("unknown section", [](Sections &f) {
+        f.parts.insert(2, {QByteArray("SPAM\1\0\0\0", 8), "data"});
+    });
     row("no end", [](Sections &f) { f.parts.removeLast(); });
 }
 
@@ -322,8 +335,10 @@ void TestGeometryFile::failedWritesLeaveNothing()
     builder.CreateChain({square(0, 0)}, {span(0, 1)}, -1);
     QVERIFY(!builder.Finish("/nowhere/at/all", nullptr));
     QTemporaryDir directory;
-    QVERIFY(!fennims.CreateSubsetFromIds(directory.filePath(QStringLiteral("none/x")).toLocal8Bit(), {0}, nullptr));
-    QVERIFY(!fennims.CreateSubsetFromIds(directory.filePath(QStringLiteral("x")).toLocal8Bit(), {0, 2}, nullptr));
+    QVERIFY(!fennims.CreateSubsetFromIds(directory.filePath(QStringLiteral("none/x")).toLocal8Bit(),
+                                         {0}, nullptr));
+    QVERIFY(!fennims.CreateSubsetFromIds(directory.filePath(QStringLiteral("x")).toLocal8Bit(),
+                                         {0, 2}, nullptr));
     callsLeft = 1;
     QVERIFY(!builder.Finish(directory.filePath(QStringLiteral("x")).toLocal8Bit(), &countDown));
     QVERIFY(QDir(directory.path()).isEmpty());

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Every query of a geography against the plain walk over what was put into it.
-#include <algorithm>
-#include <set>
 #include "fennimark/geographies.h"
 #include "recordStore.h"
 #include "scratchSpace.h"
+#include <algorithm>
+#include <set>
 
 namespace {
 
@@ -16,7 +16,8 @@ bool meets(const Rect2D &a, const Rect2D &b)
 }
 
 /// The record ids of what was given and holds at the time for which `hits` is true, ascending.
-template <class Hits> QVector<int> expected(const RandomGeography &geography, qint64 time, Hits hits)
+template <class Hits>
+QVector<int> expected(const RandomGeography &geography, qint64 time, Hits hits)
 {
     QVector<int> ids;
     for (const Given &one : geography.given) {
@@ -31,7 +32,8 @@ template <class Hits> QVector<int> expected(const RandomGeography &geography, qi
 
 /// Ids by distance and then id.
 template <class Distance>
-QVector<int> expectedNearest(const RandomGeography &geography, qint64 time, int count, double limit, Distance distance)
+QVector<int> expectedNearest(const RandomGeography &geography, qint64 time, int count, double limit,
+                             Distance distance)
 {
     std::set<std::pair<double, int>> byDistance;
     for (const Given &one : geography.given) {
@@ -68,9 +70,12 @@ void TestRecordQueries::agreeWithThePlainWalk_data()
     QTest::addColumn<int>("observations");
     QTest::addColumn<double>("step");
     QTest::addColumn<double>("offset");
-    for (const int kind : {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
+    for (const int kind :
+         {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
         const auto row = [kind](const char *name) -> QTestData & {
-            return QTest::newRow(qPrintable(QStringLiteral("kind %1, %2").arg(kind).arg(QLatin1String(name)))) << kind;
+            return QTest::newRow(
+                       qPrintable(QStringLiteral("kind %1, %2").arg(kind).arg(QLatin1String(name))))
+                   << kind;
         };
         row("one") << 1 << 1 << 0.0 << 0.0;
         row("static") << 900 << 1 << 0.0 << 0.0;
@@ -82,7 +87,11 @@ void TestRecordQueries::agreeWithThePlainWalk_data()
 
 void TestRecordQueries::agreeWithThePlainWalk()
 {
-    QFETCH(int, kind); QFETCH(int, chains); QFETCH(int, observations); QFETCH(double, step); QFETCH(double, offset);
+    QFETCH(int, kind);
+    QFETCH(int, chains);
+    QFETCH(int, observations);
+    QFETCH(double, step);
+    QFETCH(double, offset);
     RandomGeography geography(7, RandomGeography::Kind(kind), chains, observations, step, offset);
     QVERIFY(geography.fennims);
     Fennims &fennims = *geography.fennims;
@@ -98,16 +107,19 @@ void TestRecordQueries::agreeWithThePlainWalk()
         const Rect2D rect{corner.x(), corner.x() + size, corner.y(), corner.y() + size};
         QVector<int> found;
         fennims.OverlapsMBRs(rect, time, found);
-        QCOMPARE(found, expected(geography, time, [&](FMObject &o) { return meets(o.GetObjectBounds(), rect); }));
+        QCOMPARE(found, expected(geography, time,
+                                 [&](FMObject &o) { return meets(o.GetObjectBounds(), rect); }));
         fennims.RectQuery(rect, time, found);
-        QCOMPARE(found, expected(geography, time, [&](FMObject &o) { return o.OverlapsRect(rect); }));
+        QCOMPARE(found,
+                 expected(geography, time, [&](FMObject &o) { return o.OverlapsRect(rect); }));
         fennims.CircleQuery(corner.x(), corner.y(), size, time, found);
         QCOMPARE(found, expected(geography, time, [&](FMObject &o) {
                      return o.OverlapsCircle(corner.x(), corner.y(), size);
                  }));
         const std::unique_ptr<FMObject> object(geography.newObject());
         fennims.ObjectQuery(*object, time, found);
-        QCOMPARE(found, expected(geography, time, [&](FMObject &o) { return o.Overlaps(*object); }));
+        QCOMPARE(found,
+                 expected(geography, time, [&](FMObject &o) { return o.Overlaps(*object); }));
 
         RectInT box{rect, span(double(time), double(time) + 5, round % 2 ? 0xFF : 0x00)};
         fennims.mTree->Overlaps(box, found);
@@ -116,7 +128,8 @@ void TestRecordQueries::agreeWithThePlainWalk()
             for (const auto &observation : fennims.GetChainById(id)->GetObservations()) {
                 const Given *one = geography.of(observation.second);
                 QVERIFY(one);
-                if (fennimark::overlaps(one->range, box) && meets(one->object->GetObjectBounds(), rect))
+                if (fennimark::overlaps(one->range, box)
+                    && meets(one->object->GetObjectBounds(), rect))
                     overlapping.append(observation.second);
             }
         }
@@ -137,11 +150,17 @@ void TestRecordQueries::agreeWithThePlainWalk()
         QVERIFY(source);
         const QVector<int> sources{atTime[round % atTime.size()]};
         QMap<int, QVector<int>> neighbors;
-        const auto toSource = [source](const FMObject &o) { return source->object->SqrDistance(&o); };
-        QVERIFY(fennims.CalculateNearestNeighborsToObjects(fennims.mTree, sources, time, count, neighbors, nullptr));
-        QCOMPARE(neighbors.value(sources[0]), expectedNearest(geography, time, count, HUGE_VAL, toSource));
-        QVERIFY(fennims.CalculateRangeNeighborsToObjects(fennims.mTree, sources, time, size, neighbors, nullptr));
-        QCOMPARE(neighbors.value(sources[0]), expectedNearest(geography, time, INT_MAX, size * size, toSource));
+        const auto toSource = [source](const FMObject &o) {
+            return source->object->SqrDistance(&o);
+        };
+        QVERIFY(fennims.CalculateNearestNeighborsToObjects(fennims.mTree, sources, time, count,
+                                                           neighbors, nullptr));
+        QCOMPARE(neighbors.value(sources[0]),
+                 expectedNearest(geography, time, count, HUGE_VAL, toSource));
+        QVERIFY(fennims.CalculateRangeNeighborsToObjects(fennims.mTree, sources, time, size,
+                                                         neighbors, nullptr));
+        QCOMPARE(neighbors.value(sources[0]),
+                 expectedNearest(geography, time, INT_MAX, size * size, toSource));
     }
     QCOMPARE(fennimark::StoreAccess::store(*fennims.mTree).live().inUse(), 0U);
 }
@@ -163,12 +182,14 @@ void TestRecordQueries::storesBeyondTheHeapAnswerAlike()
     const auto ringAround = [](double x, double radius) {
         QPolygonF ring;
         for (int i = 0; i < 3000; ++i)
-            ring.append({x + radius * std::cos(i * M_PI / 1500), radius * std::sin(i * M_PI / 1500)});
+            ring.append(
+                {x + radius * std::cos(i * M_PI / 1500), radius * std::sin(i * M_PI / 1500)});
         return ring;
     };
     VORNBuilder builder(extent(100), nullptr, nullptr);
     for (int i = 0; i < 60; ++i)
-        builder.CreateChain({new FMPolygon({ringAround(10 * i, 2), ringAround(10 * i, 1)})}, {span(i, i + 1)}, -1);
+        builder.CreateChain({new FMPolygon({ringAround(10 * i, 2), ringAround(10 * i, 1)})},
+                            {span(i, i + 1)}, -1);
     const std::unique_ptr<Fennims> fennims = opened(builder);
     fennimark::ScratchSpace::allowMapping(true);
     Fennims::SetScratchDirectory(QString());
@@ -178,8 +199,10 @@ void TestRecordQueries::storesBeyondTheHeapAnswerAlike()
         HilbertTreeRecord *record = fennims->mTree->CheckOutRecord(observation.second, i % 2);
         const auto *polygon = dynamic_cast<FMPolygon *>(record->GetTreeObject(fennims->mTree));
         QVERIFY(polygon);
-        QCOMPARE(polygon->GetVertices(), (QList<QPolygonF>{ringAround(10 * i, 2), ringAround(10 * i, 1)}));
-        QVERIFY(polygon->ContainsPoint(10 * i + 1.5, 0) && !polygon->ContainsPoint(10 * i + 0.5, 0));
+        QCOMPARE(polygon->GetVertices(),
+                 (QList<QPolygonF>{ringAround(10 * i, 2), ringAround(10 * i, 1)}));
+        QVERIFY(polygon->ContainsPoint(10 * i + 1.5, 0)
+                && !polygon->ContainsPoint(10 * i + 0.5, 0));
         record->ReturnTreeObject(fennims->mTree);
         fennims->mTree->CheckInRecord(observation.second);
         QVector<int> found;
@@ -197,7 +220,8 @@ void TestRecordQueries::liveObjectsAreCountedAndKept()
         builder.CreateChain({square(i, 0)}, {span(0, 1)}, -1);
     const std::unique_ptr<Fennims> fennims = opened(builder);
     HilbertTree &tree = *fennims->mTree;
-    QVERIFY(!tree.CheckOutRecord(0, true) && !tree.CheckOutRecord(201, true) && !tree.CheckOutRecord(-1, true));
+    QVERIFY(!tree.CheckOutRecord(0, true) && !tree.CheckOutRecord(201, true)
+            && !tree.CheckOutRecord(-1, true));
     tree.CheckInRecord(17); // never out
 
     HilbertTreeRecord *record = tree.CheckOutRecord(5, true);
@@ -289,7 +313,8 @@ void TestRecordQueries::removedRecordsCanJoinANewChain()
     QVERIFY(!fennims.AddChain(observations, -1, Fennims::PolygonGeography)); // still in use
     fennims.RemoveChain(fennims.GetChainById(0));
     QVERIFY(!fennims.AddChain(observations, -1, Fennims::LineGeography));
-    QVERIFY(!fennims.AddChain({{span(0, 11), observations[0].second}}, -1, Fennims::PolygonGeography));
+    QVERIFY(
+        !fennims.AddChain({{span(0, 11), observations[0].second}}, -1, Fennims::PolygonGeography));
     QVERIFY(!fennims.AddChain({{span(0, 10), 99}}, -1, Fennims::PolygonGeography));
     const FMObjectChain *chain = fennims.AddChain(observations, -1, Fennims::PolygonGeography);
     QVERIFY(chain);

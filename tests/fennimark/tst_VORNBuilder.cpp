@@ -12,21 +12,23 @@ namespace {
 QVector<timeRange> ranges(const QString &text)
 {
     QVector<timeRange> result;
-    const QRegularExpression form(QStringLiteral("([\\[(])([-\\d.]+|nan|inf), ([-\\d.]+|nan|inf)([\\])])"));
+    const QRegularExpression form(
+        QStringLiteral("([\\[(])([-\\d.]+|nan|inf), ([-\\d.]+|nan|inf)([\\])])"));
     for (auto match = form.globalMatch(text); match.hasNext();) {
         const QRegularExpressionMatch one = match.next();
-        result.append(span(one.captured(2).toDouble(), one.captured(3).toDouble(),
-                           static_cast<unsigned char>((one.captured(1) == QLatin1String("[") ? 0x10 : 0)
-                                                      | (one.captured(4) == QLatin1String("]") ? 0x01 : 0))));
+        result.append(
+            span(one.captured(2).toDouble(), one.captured(3).toDouble(),
+                 static_cast<unsigned char>((one.captured(1) == QLatin1String("[") ? 0x10 : 0)
+                                            | (one.captured(4) == QLatin1String("]") ? 0x01 : 0))));
     }
     return result;
 }
 
 QString text(const timeRange &range)
 {
-    return (fennimark::startIncluded(range) ? QStringLiteral("[") : QStringLiteral("(")) + QString::number(range.start)
-        + QStringLiteral(", ") + QString::number(range.end)
-        + (fennimark::endIncluded(range) ? QStringLiteral("]") : QStringLiteral(")"));
+    return (fennimark::startIncluded(range) ? QStringLiteral("[") : QStringLiteral("("))
+           + QString::number(range.start) + QStringLiteral(", ") + QString::number(range.end)
+           + (fennimark::endIncluded(range) ? QStringLiteral("]") : QStringLiteral(")"));
 }
 
 QString text(const FMObjectChain &chain)
@@ -87,7 +89,8 @@ void TestVORNBuilder::rangesOfAChainAreToldApart_data()
     row("[10, 10]", "[10, 30]", "[10, 10] (10, 30]");
     row("[0, 10]", "[10, 10]", "[0, 10) [10, 10]");
     row("[0, 10] [10, 30]", "[10, 10]", "[0, 10) [10, 10] (10, 30]");
-    row("[0, 10] [10, 20] [20, 30]", "[40, 50] [30, 40]", "[0, 10) [10, 20) [20, 30) [30, 40) [40, 50]");
+    row("[0, 10] [10, 20] [20, 30]", "[40, 50] [30, 40]",
+        "[0, 10) [10, 20) [20, 30) [30, 40) [40, 50]");
     row("[0, 10] [30, 40]", "[10, 30]", "[0, 10) [10, 30) [30, 40]");
     row("[10, 10]", "[10, 10]", "");
     row("[0, 10]", "[5, 5]", "");
@@ -102,13 +105,16 @@ void TestVORNBuilder::rangesOfAChainAreToldApart_data()
 
 void TestVORNBuilder::rangesOfAChainAreToldApart()
 {
-    QFETCH(QString, first); QFETCH(QString, second); QFETCH(QString, expected);
+    QFETCH(QString, first);
+    QFETCH(QString, second);
+    QFETCH(QString, expected);
     VORNBuilder builder(extent(10), nullptr, nullptr);
     FMObjectChain *chain = builder.CreateChain(squares(ranges(first).size()), ranges(first), -1);
     QVERIFY(chain);
     const QString before = text(*chain);
     const bool taken =
-        builder.AddObjectsToChain(chain->id, squares(ranges(second).size()), ranges(second), true) == chain;
+        builder.AddObjectsToChain(chain->id, squares(ranges(second).size()), ranges(second), true)
+        == chain;
     QCOMPARE(taken, !expected.isEmpty());
     QCOMPARE(text(*chain), taken ? expected : before);
     const std::unique_ptr<Fennims> fennims = opened(builder);
@@ -130,7 +136,9 @@ void TestVORNBuilder::objectsThatCannotBeAreRefused_data()
 {
     QTest::addColumn<TreeObject *>("object");
     QTest::addColumn<bool>("taken");
-    const auto row = [](const char *name, TreeObject *object, bool taken) { QTest::newRow(name) << object << taken; };
+    const auto row = [](const char *name, TreeObject *object, bool taken) {
+        QTest::newRow(name) << object << taken;
+    };
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
     row("none", nullptr, false);
     row("point", new FMPoint(QPointF(1, 2)), true);
@@ -143,14 +151,17 @@ void TestVORNBuilder::objectsThatCannotBeAreRefused_data()
     row("triangle", new FMPolygon(QVector<QPointF>{{0, 0}, {1, 0}, {0, 1}}), true);
     row("closed triangle", new FMPolygon(QVector<QPointF>{{0, 0}, {1, 0}, {0, 1}, {0, 0}}), true);
     row("there and back", new FMPolygon(QVector<QPointF>{{0, 0}, {1, 0}, {0, 0}, {1, 0}}), false);
-    row("three of them alike", new FMPolygon(QVector<QPointF>{{0, 0}, {0, 0}, {0, 0}, {1, 0}, {1, 0}, {1, 1}}), true);
+    row("three of them alike",
+        new FMPolygon(QVector<QPointF>{{0, 0}, {0, 0}, {0, 0}, {1, 0}, {1, 0}, {1, 1}}), true);
     row("no rings", new FMPolygon(QList<QPolygonF>()), false);
-    row("one ring too short", new FMPolygon(QList<QPolygonF>{QPolygonF(QRectF(0, 0, 1, 1)), QPolygonF()}), false);
+    row("one ring too short",
+        new FMPolygon(QList<QPolygonF>{QPolygonF(QRectF(0, 0, 1, 1)), QPolygonF()}), false);
 }
 
 void TestVORNBuilder::objectsThatCannotBeAreRefused()
 {
-    QFETCH(TreeObject *, object); QFETCH(bool, taken);
+    QFETCH(TreeObject *, object);
+    QFETCH(bool, taken);
     VORNBuilder builder(extent(10), nullptr, nullptr);
     QCOMPARE(builder.CreateChain({object}, {span(0, 1)}, 5) != nullptr, taken);
     QCOMPARE(builder.IsValid(), taken);
@@ -227,7 +238,9 @@ void TestVORNBuilder::timeIsCutWhereAnythingChanges_data()
 
 void TestVORNBuilder::timeIsCutWhereAnythingChanges()
 {
-    QFETCH(QString, chains); QFETCH(qint64, time); QFETCH(QString, piece);
+    QFETCH(QString, chains);
+    QFETCH(qint64, time);
+    QFETCH(QString, piece);
     VORNBuilder builder(extent(10), nullptr, nullptr);
     for (const timeRange &range : ranges(chains))
         builder.CreateChain({square(0, 0)}, {range}, -1);
@@ -237,7 +250,8 @@ void TestVORNBuilder::timeIsCutWhereAnythingChanges()
     QCOMPARE(fennims->GetObservationsAtTime(time).isEmpty(), piece.isEmpty());
     QCOMPARE(piece.isEmpty() ? text(timeRange{HUGE_VAL, -HUGE_VAL, 0}) : piece, text(found));
     if (!piece.isEmpty()) // one vector serves the whole piece
-        QCOMPARE(fennims->GetObservationsAtTime(time).constData(), fennims->GetObservationsAtTime(time).constData());
+        QCOMPARE(fennims->GetObservationsAtTime(time).constData(),
+                 fennims->GetObservationsAtTime(time).constData());
 }
 
 void TestVORNBuilder::timesMayBeAnyNumbers()
@@ -246,8 +260,8 @@ void TestVORNBuilder::timesMayBeAnyNumbers()
     builder.CreateChain({square(0, 0)}, {span(-1e300, -2.5)}, -1);
     builder.CreateChain({square(0, 0), square(1, 1)}, {span(-2.25, 0.5), span(0.75, 1e300)}, -1);
     const std::unique_ptr<Fennims> fennims = opened(builder);
-    QCOMPARE(fennims->GetAllObjectTimes(),
-             (QList<qint64>{std::numeric_limits<qint64>::min(), -2, 0, std::numeric_limits<qint64>::max()}));
+    QCOMPARE(fennims->GetAllObjectTimes(), (QList<qint64>{std::numeric_limits<qint64>::min(), -2, 0,
+                                                          std::numeric_limits<qint64>::max()}));
     QCOMPARE(fennims->GetObservationsAtTime(-3).size(), 1);
     QCOMPARE(fennims->GetTimeBounds().end, 1e300);
 }
@@ -256,13 +270,15 @@ void TestVORNBuilder::settingsReachTheGeography()
 {
     FMProjectionInfo projection;
     QVERIFY(FMProjectionInfo::FromWkt(
-        QStringLiteral("GEOGCS[\"WGS 84\",DATUM[\"WGS_1984\",SPHEROID[\"WGS 84\",6378137,298.257223563]],"
-                       "PRIMEM[\"Greenwich\",0],UNIT[\"degree\",0.0174532925199433]]"),
+        QStringLiteral(
+            "GEOGCS[\"WGS 84\",DATUM[\"WGS_1984\",SPHEROID[\"WGS 84\",6378137,298.257223563]],"
+            "PRIMEM[\"Greenwich\",0],UNIT[\"degree\",0.0174532925199433]]"),
         projection));
     VORNBuilder builder(extent(10), nullptr, &projection);
     builder.SetAdjacencyTolerance(-1);
     builder.SetAdjacencyTolerance(0.25);
-    builder.CreateChain({square(1000, 1000), square(0, 0)}, {span(5, 6), span(500, 501)}, -1); // outside the bounds told
+    builder.CreateChain({square(1000, 1000), square(0, 0)}, {span(5, 6), span(500, 501)},
+                        -1); // outside the bounds told
     const std::unique_ptr<Fennims> fennims = opened(builder);
     QVERIFY(fennims);
     QCOMPARE(fennims->GetAdjacencyTolerance(), 0.25);

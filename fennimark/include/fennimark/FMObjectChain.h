@@ -1,26 +1,26 @@
 // SPDX-License-Identifier: MIT
 /// One object's identity through time: an id and the observations in which its geometries hold.
 #pragma once
-#include <QPair>
-#include <QVector>
 #include "fennimark/export.h"
 #include "fennimark/geometryTypes.h"
+#include <QPair>
+#include <QVector>
 
 namespace fennimark {
 class ObservationSource;
 }
 
-/// Made and owned by a Fennims or a VORNBuilder; gone when its chain is removed. The observations themselves stay in
-/// the owner's store.
+/// Made and owned by a Fennims or a VORNBuilder; gone when its chain is removed. The observations
+/// themselves stay in the owner's store.
 class FENNIMARK_EXPORT FMObjectChain {
 public:
     int id = -1;
 
-    /// All observations, the earliest first: the range and the id of the record that carries the geometry. Ranges of
-    /// one chain are disjoint.
+    /// All observations, the earliest first: the range and the id of the record that carries the
+    /// geometry. Ranges of one chain are disjoint.
     QVector<QPair<timeRange, int>> GetObservations() const;
-    /// The observation at `time`. When the object does not exist then: range start 0, end -1, flags 0, record -1.
-    /// O(log n) in the chain's observations.
+    /// The observation at `time`. When the object does not exist then: range start 0, end -1, flags
+    /// 0, record -1. O(log n) in the chain's observations.
     QPair<timeRange, int> GetObservation(qint64 time) const;
 
 private:

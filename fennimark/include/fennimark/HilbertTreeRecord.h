@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// The stored form of one geometry, for as long as it is checked out.
 #pragma once
-#include <QtGlobal>
 #include "fennimark/export.h"
+#include <QtGlobal>
 
 class HilbertTree;
 class TreeObject;
@@ -13,8 +13,9 @@ public:
     int recordId = -1;
     int chainId = -1;
 
-    /// The live geometry: an FMPoint, FMLine or FMPolygon that looks at the store's own bytes. Each call is matched by
-    /// one ReturnTreeObject; the object stays the record's. Null when the bytes cannot be read.
+    /// The live geometry: an FMPoint, FMLine or FMPolygon that looks at the store's own bytes. Each
+    /// call is matched by one ReturnTreeObject; the object stays the record's. Null when the bytes
+    /// cannot be read.
     TreeObject *GetTreeObject(const HilbertTree *tree);
     const TreeObject *GetTreeObject(const HilbertTree *tree) const;
     /// A surplus return is ignored.
