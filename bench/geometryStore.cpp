@@ -184,7 +184,6 @@ private:
 volatile std::size_t sink; // what queries find goes here, so that none is left out
 
 // Boxes in space and time
-// 
 
 constexpr int kRecords = 100000;
 constexpr double kSize = 1000;
@@ -308,7 +307,6 @@ void indexRows()
 }
 
 // Exact queries
-// 
 
 void exactRows()
 {
@@ -377,7 +375,6 @@ void exactRows()
 }
 
 // Contiguity
-// 
 
 /// From rings to both relations, index included: milliseconds, and how many pairs.
 double oursContiguity(const std::vector<Shape> &shapes, double size, int rounds, std::size_t &queen,
@@ -549,7 +546,6 @@ void contiguityRows()
 }
 
 // Files and live objects
-// 
 
 void fileRows()
 {

@@ -8,6 +8,7 @@
 /// single node. Lanes without an entry hold a box that meets nothing.
 #pragma once
 #include "boxRules.h"
+#include <QtAlgorithms>
 #include <QtGlobal>
 #include <array>
 #include <limits>
