@@ -45,8 +45,13 @@ template <class Map> void readBlockIds(QDataStream &in, Map &map)
     using Container = std::remove_pointer_t<typename Map::mapped_type>;
     QMap<Key, qint32> ids;
     readMap(in, ids, keyBytes<Key>() + 4);
-    for (auto it = ids.cbegin(); it != ids.cend(); ++it)
-        map.insert(it.key(), new Container(*it));
+    for (auto it = ids.cbegin(); it != ids.cend(); ++it) {
+        // Stamps with crossed ends have no order: one that the ids kept apart can meet another here.
+        auto container = std::make_unique<Container>(*it);
+        Container *&entry = map[it.key()];
+        delete entry;
+        entry = container.release();
+    }
 }
 
 template <class... Maps> void readTables(QDataStream &in, std::tuple<Maps...> &tables)
