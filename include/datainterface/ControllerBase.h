@@ -71,6 +71,11 @@ public:
     /// @return the new id; -1 when the file does not parse. Raises "Can't open file" when it cannot be opened.
     virtual int AddNewVectorGeography(const QString &fileName, const QString &name, const QString &history,
                                       TimeFormat format, int parentId, const QVector<int> *parentObjectIds);
+    /// Makes a grid. The two numbers are rows, then columns. The texts become the tags "History" and "Projection". No
+    /// signal is made. @return the new id; -1 for a grid that cannot be: see MRasterDataSource::IsGrid.
+    virtual int AddNewRasterGeography(const QString &name, unsigned int rows, unsigned int columns,
+                                      const QRectF &bounds, const TimeStamp &stamp, TimeFormat format,
+                                      const QString &history, const QString &projection);
     /// Drops the entry. The geography itself is not deleted: an override or the caller must.
     virtual void RemoveGeography(int id);
 

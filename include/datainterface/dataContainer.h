@@ -2,6 +2,7 @@
 /// All values of one time of one realization, in the element type that the data have: how values pass between datasets
 /// and analyses. VORN_ConstDataContainer looks at a dataset, VORN_DataContainer owns its values.
 #pragma once
+#include <QByteArray>
 #include <QRect>
 #include <QString>
 #include <QVector>
@@ -11,6 +12,7 @@
 #include "datainterface/half.h"
 
 class MDataset;
+class MRasterDataset;
 class MVectorDataset;
 class VORN_ConstDataContainer;
 
@@ -192,6 +194,7 @@ private:
     const MDataset *dataset() const;
     void copyFields(const VORN_ConstDataContainer &other);
     void loadVector(const MVectorDataset &dataset);
+    void loadRaster(const MRasterDataset &dataset);
     void release() noexcept;
 
     DataType mType = VORN_DataContainer::NoData;
@@ -214,6 +217,7 @@ private:
     std::tuple<const double *, const float *, const half *, const qint8 *, const qint16 *, const qint32 *,
                const qint64 *, const quint8 *, const quint16 *, const quint32 *, const quint64 *>
         mCells{}; ///< of a raster observation; the one of the type is set
+    QByteArray mGrid; ///< shares those bytes, so that they stay good whatever happens to the observation
     QVector<unsigned int> mColorTable;
     VORN_MissingData mMissing;
 };

@@ -54,8 +54,11 @@ VORN_DataContainer::VORN_DataContainer(const VORN_ConstDataContainer &other)
 {
     if (ContainerAccess::isEmpty(other))
         return;
-    ContainerAccess::visitValues(
-        other, [&](const auto *values) { nObjects = adopt(mVectors, copied(values, other.count())); });
+    ContainerAccess::visitValues(other, [&](const auto *values) {
+        using T = std::decay_t<decltype(*values)>;
+        // A grid that is not there has no values, and every cell is missing.
+        nObjects = adopt(mVectors, values ? copied(values, other.count()) : QVector<T>(other.count()));
+    });
     visitForm(other.type(), [this](auto form) { mType = form.owned; });
 }
 

@@ -16,6 +16,7 @@ namespace datainterface {
 template <class T, int Owned, int Borrowed> struct ContainerForm {
     using type = T;
     static constexpr auto owned = static_cast<VORN_DataContainer::DataType>(Owned);
+    static constexpr auto borrowed = static_cast<VORN_DataContainer::DataType>(Borrowed);
     static constexpr bool holds(int code) { return code == Owned || code == Borrowed; }
 };
 constexpr int kNeverBorrowed = -1;

@@ -4,8 +4,10 @@
 #include "datainterface/ControllerBase.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
+#include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorDataset.h"
 #include "frame/frameState.h"
+#include "raster/cellForms.h"
 
 using namespace datainterface;
 
@@ -23,6 +25,42 @@ MDataset *datasetOf(int dataId)
     MDataset *dataset = geography->GetDataSource() ? geography->GetDataSource()->GetDataset(dataId) : nullptr;
     require(dataset, "Invalid dataset type");
     return dataset;
+}
+
+bool checkOut(const MDataset *dataset, int realization, qint64 time, int arg)
+{
+    if (const auto *raster = dynamic_cast<const MRasterDataset *>(dataset)) {
+        const MRasterObservation *grid = raster->GetConstRasterInfo(realization, time);
+        return grid && grid->CheckOutObservation();
+    }
+    const auto *vector = dynamic_cast<const MVectorDataset *>(dataset);
+    require(vector, "Invalid dataset type");
+    return vector->GetStorageType() == MVectorDataset::TimeSlice ? vector->CheckOutTimeSlice(realization, time, arg)
+                                                                 : vector->CheckOutRealization(realization, arg);
+}
+
+bool checkIn(const MDataset *dataset, int realization, qint64 time, int arg)
+{
+    if (const auto *raster = dynamic_cast<const MRasterDataset *>(dataset)) {
+        const MRasterObservation *grid = raster->GetConstRasterInfo(realization, time);
+        return grid && grid->CheckInObservation();
+    }
+    const auto *vector = dynamic_cast<const MVectorDataset *>(dataset);
+    require(vector, "Invalid dataset type");
+    return vector->GetStorageType() == MVectorDataset::TimeSlice ? vector->CheckInTimeSlice(realization, time, arg)
+                                                                 : vector->CheckInRealization(realization, arg);
+}
+
+/// The code of borrowed cells of a type.
+template <class T> VORN_DataContainer::DataType borrowedType()
+{
+    VORN_DataContainer::DataType type = VORN_DataContainer::NoData;
+    const auto tryForm = [&type](auto form) {
+        if constexpr (std::is_same_v<ElementOfForm<decltype(form)>, T>)
+            type = form.borrowed;
+    };
+    std::apply([&](auto... form) { (tryForm(form), ...); }, ContainerForms{});
+    return type;
 }
 
 quint8 channel(unsigned int color, int shift)
@@ -78,6 +116,7 @@ void VORN_ConstDataContainer::copyFields(const VORN_ConstDataContainer &other)
     mSampleWindow = other.mSampleWindow;
     data = other.data;
     mCells = other.mCells;
+    mGrid = other.mGrid;
     mColorTable = other.mColorTable;
     mMissing = other.mMissing;
 }
@@ -92,6 +131,7 @@ void VORN_ConstDataContainer::LoadFromDataset(void *dataset, qint64 time, int re
     *this = VORN_ConstDataContainer();
     nObjects = static_cast<int>(geography->GetObjectCount());
     require(nObjects > 0, "nObjects");
+    require(!(interp && dynamic_cast<MRasterDataset *>(source)), "!(interp and rds)");
     mDataSourceId = DataId(source->GetId()).GeoId();
     mDatasetId = source->GetId();
     mInterp = interp;
@@ -102,6 +142,8 @@ void VORN_ConstDataContainer::LoadFromDataset(void *dataset, qint64 time, int re
     CheckOutData(realization, time, 0);
     if (auto *vector = dynamic_cast<MVectorDataset *>(source))
         loadVector(*vector);
+    else if (auto *raster = dynamic_cast<MRasterDataset *>(source))
+        loadRaster(*raster);
     else
         fail("Invalid dataset type");
     undo.dismiss();
@@ -131,6 +173,35 @@ void VORN_ConstDataContainer::loadVector(const MVectorDataset &dataset)
     mMissing = VORN_MissingData(missing);
 }
 
+void VORN_ConstDataContainer::loadRaster(const MRasterDataset &dataset)
+{
+    unsigned int columns = 0;
+    unsigned int rows = 0;
+    dataset.GetRasterDims(columns, rows);
+    mColumns = static_cast<int>(columns);
+    mRows = static_cast<int>(rows);
+    mMissing = VORN_MissingData(MissingData::Raster, nObjects);
+    const MRasterObservation *grid = dataset.GetConstRasterInfo(mRealization, mTime);
+    const bool isKnown = visitCellForm(dataset.GetDataType(), dataset.GetRasterBitDepth(), [&](auto form) {
+        using T = CellOf<decltype(form)>;
+        mType = borrowedType<T>();
+        if (!grid) {
+            mMissing.setAllMissing(nObjects);
+            return;
+        }
+        mGrid = grid->GetData();
+        mColorTable = grid->GetColorMap();
+        const T *cells = reinterpret_cast<const T *>(mGrid.constData());
+        std::get<const T *>(mCells) = cells;
+        const CellTest<const T *> test(dataset.GetCellFlag());
+        for (int id = 0; test.isSet() && id < nObjects; ++id) {
+            if (test.equals(cells[id]))
+                mMissing.setMissing(id);
+        }
+    });
+    require(isKnown, "Invalid bit depth");
+}
+
 const MDataset *VORN_ConstDataContainer::dataset() const
 {
     const MGeoData *geography = geographyOf(mDataSourceId);
@@ -140,22 +211,14 @@ const MDataset *VORN_ConstDataContainer::dataset() const
 
 bool VORN_ConstDataContainer::CheckOutData(int realization, qint64 time, int arg) const
 {
-    const auto *vector = dynamic_cast<const MVectorDataset *>(dataset());
-    require(vector, "Invalid dataset type");
-    const bool done = vector->GetStorageType() == MVectorDataset::TimeSlice
-        ? vector->CheckOutTimeSlice(realization, time, arg)
-        : vector->CheckOutRealization(realization, arg);
+    const bool done = checkOut(dataset(), realization, time, arg);
     mHeld += done && realization == mRealization && time == mTime;
     return done;
 }
 
 bool VORN_ConstDataContainer::CheckInData(int realization, qint64 time, int arg) const
 {
-    const auto *vector = dynamic_cast<const MVectorDataset *>(dataset());
-    require(vector, "Invalid dataset type");
-    const bool done = vector->GetStorageType() == MVectorDataset::TimeSlice
-        ? vector->CheckInTimeSlice(realization, time, arg)
-        : vector->CheckInRealization(realization, arg);
+    const bool done = checkIn(dataset(), realization, time, arg);
     if (mHeld > 0 && realization == mRealization && time == mTime)
         --mHeld;
     return done;

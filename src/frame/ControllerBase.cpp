@@ -8,6 +8,7 @@
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
 #include "Common/detail/tempFile.h"
+#include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
@@ -131,6 +132,20 @@ int ControllerBase::AddNewVectorGeography(const QString &fileName, const QString
         return -1;
     geography->GetMetaData().setTag(QStringLiteral("History"), history);
     setProjectionTags(geography->GetMetaData(), projection, AngularUnit::Code);
+    const int id = geography->GetId();
+    mGeographies.insert(id, geography.release());
+    return id;
+}
+
+int ControllerBase::AddNewRasterGeography(const QString &name, unsigned int rows, unsigned int columns,
+                                          const QRectF &bounds, const TimeStamp &stamp, TimeFormat format,
+                                          const QString &history, const QString &projection)
+{
+    auto geography = std::make_unique<MRasterData>(name, stamp, format, isTesting() ? QString() : GetVORNDataPath());
+    if (!geography->Initialize(static_cast<int>(rows), static_cast<int>(columns), bounds))
+        return -1;
+    geography->GetMetaData().setTag(QStringLiteral("History"), history);
+    geography->GetMetaData().setTag(QStringLiteral("Projection"), projection);
     const int id = geography->GetId();
     mGeographies.insert(id, geography.release());
     return id;

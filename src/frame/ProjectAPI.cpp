@@ -11,6 +11,7 @@
 #include "Common/detail/streams.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataBlocks.h"
+#include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/VersionAPI.h"
@@ -109,6 +110,9 @@ std::unique_ptr<MGeoData> newGeography(qint8 kind)
 {
     if (kind == VectorKind)
         return std::make_unique<MVectorData>(QString(), TF_DateTime, ControllerBase::GetVORNDataPath());
+    if (kind == RasterKind)
+        return std::make_unique<MRasterData>(QString(), TimeStamp(0, 0, true, true), TF_DateTime,
+                                             ControllerBase::GetVORNDataPath());
     return nullptr;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include "Common/detail/failure.h"
 #include "datainterface/MVectorData.h"
+#include "datainterface/RasterAPI.h"
 #include "datainterface/dataContainer.h"
 #include "sources/dataFrame.h"
 
@@ -81,6 +82,8 @@ bool VORN_GetAllDatasetTimes(int id, int realization, QVector<Interval> &interva
 
 bool VORN_GetDataIntervals(int id, int realization, int object, QVector<Interval> &intervals)
 {
+    if (VORN_GetRasterIntervals(id, realization, intervals))
+        return true;
     return onObject(id, static_cast<unsigned int>(object), false, [&](MVectorDataset &dataset) {
         intervals = toIntervals(dataset.GetDataIntervals(realization, object));
         return true;
@@ -89,6 +92,8 @@ bool VORN_GetDataIntervals(int id, int realization, int object, QVector<Interval
 
 bool VORN_GetTimeSliceDataIntervals(int id, int realization, QVector<Interval> &intervals)
 {
+    if (VORN_GetRasterIntervals(id, realization, intervals))
+        return true;
     return onDataset<MVectorDataset>(id, false, [&](MVectorDataset &dataset) {
         intervals = toIntervals(dataset.GetTimeSliceIntervals(realization));
         return true;

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include "Common/detail/failure.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/MRasterDataSource.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/OrderedDouble.h"
 #include "datainterface/dataContainer.h"
 #include "datasets/elementTypes.h"
 #include "datasets/ownedContainers.h"
+#include "raster/heldGrid.h"
 #include "sources/dataFrame.h"
 
 using namespace datainterface;
@@ -88,6 +90,48 @@ int migrateVector(MVectorDataset &dataset, MVectorDataSource &target)
         return newId;
     target.RemoveDataset(newId);
     return -1;
+}
+
+bool copyGrids(const MRasterDataset &from, MRasterDataset &to)
+{
+    for (int realization = 0; realization < from.GetRealizationCount(); ++realization) {
+        for (const TimeStamp &stamp : from.GetRasterIntervals(realization)) {
+            const MRasterObservation &grid = *from.GetConstRasterInfo(realization, stamp.timeInInterval());
+            const HeldGrid hold(grid);
+            if (!to.AddRasterValues(realization, stamp, grid, true, false))
+                return false;
+        }
+    }
+    to.SetMissingFlag(from.GetMissingFlag());
+    to.RecalculateFrequencies();
+    // The one grid of a static dataset lies under time 0, where a static copy looks for it.
+    if (from.IsStatic())
+        to.SetStatic(true);
+    return true;
+}
+
+int migrateRaster(MRasterDataset &dataset, MRasterDataSource &target)
+{
+    const int newId = target.NewRasterDataset(dataset.GetDisplayName(), dataset.GetDataType(),
+                                              dataset.GetRealizationCount(), dataset.GetRasterBitDepth(),
+                                              dataset.GetHierarchyPathAsString());
+    if (newId == -1 || copyGrids(dataset, *target.GetRasterDataset(newId)))
+        return newId;
+    target.RemoveDataset(newId);
+    return -1;
+}
+
+/// -1 unless the target is of the dataset's kind and has as many objects.
+int migrate(MDataset &dataset, MDataSource &target)
+{
+    if (auto *vector = dynamic_cast<MVectorDataset *>(&dataset)) {
+        auto *source = dynamic_cast<MVectorDataSource *>(&target);
+        const bool fits = source && source->GetObjectCount() == static_cast<unsigned int>(vector->GetObjectCount());
+        return fits ? migrateVector(*vector, *source) : -1;
+    }
+    auto *raster = dynamic_cast<MRasterDataset *>(&dataset);
+    auto *source = dynamic_cast<MRasterDataSource *>(&target);
+    return raster && source ? migrateRaster(*raster, *source) : -1;
 }
 
 struct RankedValue {
@@ -171,11 +215,9 @@ bool VORN_RemoveDatasets(const QVector<int> &ids)
 
 int VORN_MigrateDataset(int id, int targetGeographyId, bool announce)
 {
-    return onDataset<MVectorDataset>(id, -1, [&](MVectorDataset &dataset) {
-        return onGeographySource<MVectorDataSource>(targetGeographyId, -1, [&](MVectorDataSource &target) {
-            if (target.GetObjectCount() != static_cast<unsigned int>(dataset.GetObjectCount()))
-                return -1;
-            const int newId = migrateVector(dataset, target);
+    return onDataset(id, -1, [&](MDataset &dataset) {
+        return onGeographySource(targetGeographyId, -1, [&](MDataSource &target) {
+            const int newId = migrate(dataset, target);
             if (newId != -1 && announce)
                 target.AnnounceNewDataset(newId, false);
             return newId;

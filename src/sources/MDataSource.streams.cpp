@@ -5,6 +5,7 @@
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
 #include "datainterface/MDataSource.h"
+#include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorDataset.h"
 #include "datainterface/VersionAPI.h"
 #include "frame/progressSection.h"
@@ -108,6 +109,8 @@ MDataset *MDataSource::newDataset(qint32 tag)
 {
     if (tag == VectorTag && mKind == VectorSource)
         return new MVectorDataset(this, mDirectory);
+    if (tag == RasterTag && mKind == RasterSource)
+        return new MRasterDataset(this, mDirectory);
     return nullptr;
 }
 

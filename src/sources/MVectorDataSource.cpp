@@ -2,24 +2,10 @@
 #include "datainterface/MVectorDataSource.h"
 #include "Common/detail/streams.h"
 #include "datainterface/VersionAPI.h"
+#include "sources/askStatistics.h"
 #include "sources/askVector.h"
 
 using namespace datainterface;
-
-namespace {
-
-// Copies one field of a statistics record that holds.
-template <class GetStats, class Field, class Value>
-bool readStats(GetStats getStats, bool DataSetStats::*isValid, Field field, Value &value)
-{
-    DataSetStats stats;
-    if (!getStats(stats) || !(stats.*isValid))
-        return false;
-    value = stats.*field;
-    return true;
-}
-
-} // namespace
 
 MVectorDataSource::MVectorDataSource(const QString &directory) : MVectorDataSource(directory, 0, 0) {}
 
@@ -193,21 +179,12 @@ bool MVectorDataSource::GetTimeBounds(int id, TimeStamp &bounds) const
 
 TimeStamp MVectorDataSource::GetTimeBounds()
 {
-    TimeStamp hull = TimeStamp::Invalid;
-    for (const MDataset *dataset : std::as_const(mDatasets)) {
-        TimeStamp bounds;
-        if (dataset->GetTimeBounds(bounds))
-            hull += bounds;
-    }
-    return hull;
+    return hullOf(mDatasets);
 }
 
 bool MVectorDataSource::GetMean(int id, int realization, qint64 t, double &mean)
 {
-    return askVector(*this, id, [&](const MVectorDataset &dataset) {
-        const auto get = [&](DataSetStats &stats) { return dataset.GetDataSetStats(realization, t, stats); };
-        return readStats(get, &DataSetStats::meanValid, &DataSetStats::mean, mean);
-    });
+    return askStatistics(*this, id, realization, t, &DataSetStats::mean, mean);
 }
 
 bool MVectorDataSource::GetStddev(int id, int realization, qint64 t, double &deviation)
@@ -218,34 +195,22 @@ bool MVectorDataSource::GetStddev(int id, int realization, qint64 t, double &dev
 
 bool MVectorDataSource::GetMax(int id, int realization, qint64 t, MDatum &value)
 {
-    return askVector(*this, id, [&](const MVectorDataset &dataset) {
-        const auto get = [&](DataSetStats &stats) { return dataset.GetDataSetStats(realization, t, stats); };
-        return readStats(get, &DataSetStats::meanValid, &DataSetStats::maximum, value);
-    });
+    return askStatistics(*this, id, realization, t, &DataSetStats::maximum, value);
 }
 
 bool MVectorDataSource::GetMin(int id, int realization, qint64 t, MDatum &value)
 {
-    return askVector(*this, id, [&](const MVectorDataset &dataset) {
-        const auto get = [&](DataSetStats &stats) { return dataset.GetDataSetStats(realization, t, stats); };
-        return readStats(get, &DataSetStats::meanValid, &DataSetStats::minimum, value);
-    });
+    return askStatistics(*this, id, realization, t, &DataSetStats::minimum, value);
 }
 
 bool MVectorDataSource::GetGlobalMin(int id, int realization, MDatum &value)
 {
-    return askVector(*this, id, [&](const MVectorDataset &dataset) {
-        const auto get = [&](DataSetStats &stats) { return dataset.GetGlobalDataSetStats(realization, stats); };
-        return readStats(get, &DataSetStats::meanValid, &DataSetStats::minimum, value);
-    });
+    return askGlobalStatistics(*this, id, realization, &DataSetStats::minimum, value);
 }
 
 bool MVectorDataSource::GetGlobalMax(int id, int realization, MDatum &value)
 {
-    return askVector(*this, id, [&](const MVectorDataset &dataset) {
-        const auto get = [&](DataSetStats &stats) { return dataset.GetGlobalDataSetStats(realization, stats); };
-        return readStats(get, &DataSetStats::meanValid, &DataSetStats::maximum, value);
-    });
+    return askGlobalStatistics(*this, id, realization, &DataSetStats::maximum, value);
 }
 
 bool MVectorDataSource::IsNumeric(int id) const

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+/// A geography that is a regular grid: its objects are the cells.
+#pragma once
+#include <QRectF>
+#include "datainterface/MGeoData.h"
+#include "datainterface/export.h"
+
+class MRasterDataSource;
+
+/// The grid's geometry lies in its data source.
+class DATAINTERFACE_EXPORT MRasterData : public MGeoData {
+    Q_OBJECT
+public:
+    /// @param stamp  the time over which the geography exists whatever its datasets hold.
+    MRasterData(const QString &name, const TimeStamp &stamp, TimeFormat format, const QString &filePath);
+
+    bool SaveToStream(QDataStream &out) override;
+    bool RestoreFromStream(QDataStream &in) override;
+    bool IsValid() const override;
+    GeoProps GetProperties() override;
+    /// Cells, at any time.
+    unsigned int GetObjectCount() const override;
+    /// The hull of the geography's own time and that of its datasets.
+    TimeStamp GetTimeBounds() override;
+    RectInT GetBoundingRect() const override;
+    bool HasObjectsWithMissingData(int dataset) const override;
+    /// Makes the data source, once. False for a grid that cannot be: see MRasterDataSource::IsGrid.
+    virtual bool Initialize(int rows, int columns, const QRectF &bounds);
+
+    MRasterDataSource *GetRasterDataSource() const { return mRasterDataSource; }
+    /// See MRasterDataSource::GetPixelBounds.
+    bool GetPixelBounds(unsigned int column, unsigned int row, QRectF &rect) const;
+    /// The tag "Projection".
+    QString GetProjectionName() const;
+
+private:
+    MRasterDataSource *mRasterDataSource = nullptr; ///< mDataSource, typed
+    TimeStamp mTimeStamp;
+};

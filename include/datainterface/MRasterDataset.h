@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+/// A dataset whose values are grids: one grid per interval of each realization.
+#pragma once
+#include <QMap>
+#include <QVector>
+#include <tuple>
+#include <type_traits>
+#include "datainterface/MDataset.h"
+#include "datainterface/MRasterObservation.h"
+#include "datainterface/MissingFlag.h"
+#include "datainterface/OrderedDouble.h"
+#include "datainterface/export.h"
+
+/// How often each cell value is held, over all realizations and times. Only the map of the dataset's cells is used.
+/// Signed integers are counted under their unsigned bit pattern, halves under theirs, cells of 1 bit as 0 and 1 of 8.
+struct DATAINTERFACE_EXPORT RealizationRasterDataFrequencies {
+    std::tuple<QMap<quint8, int>, QMap<quint16, int>, QMap<quint32, int>, QMap<quint64, int>, QMap<OrderedDouble, int>,
+               QMap<OrderedFloat, int>, QMap<quint16, int>>
+        maps;
+
+    /// The place of a cell type's map.
+    template <class T> static constexpr std::size_t indexOf()
+    {
+        if constexpr (std::is_same_v<T, double>)
+            return 4;
+        else if constexpr (std::is_same_v<T, float>)
+            return 5;
+        else if constexpr (std::is_same_v<T, half>)
+            return 6;
+        else
+            return sizeof(T) == 1 ? 0 : sizeof(T) == 2 ? 1 : sizeof(T) == 4 ? 2 : 3;
+    }
+    template <class T> auto &mapOf() { return std::get<indexOf<T>()>(maps); }
+    template <class T> const auto &mapOf() const { return std::get<indexOf<T>()>(maps); }
+};
+DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const RealizationRasterDataFrequencies &frequencies);
+/// By dataInterfaceVersionLoading: before 180083 a table for each realization, put together until one of the maps holds
+/// more than 10,000 values.
+DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, RealizationRasterDataFrequencies &frequencies);
+
+/// Grids have the dimensions of the geography and stay in the block store except while they are checked out. Intervals
+/// of one realization never overlap. Cells are numbered row * columns + column. A realization or time that is not there
+/// gives null, false, 0 or an empty value, but for what a text here says.
+class DATAINTERFACE_EXPORT MRasterDataset : public MDataset {
+    Q_OBJECT
+public:
+    /// For loading. A source of another kind raises "Invalid data source type", in both.
+    MRasterDataset(MDataSource *source, const QString &directory);
+    MRasterDataset(MDataSource *source, int realizationCount, DataType type, const QString &name, const QString &path,
+                   int id, int bitDepth);
+
+    int GetRasterBitDepth() const { return mBitDepth; }
+    void GetRasterDims(unsigned int &columns, unsigned int &rows) const;
+    const MissingFlag &GetMissingFlag() const { return mMissingFlag; }
+    /// A flag of another width counts where the cells can hold its value. Frequencies are not counted anew.
+    void SetMissingFlag(const MissingFlag &flag);
+    /// The flag in the width of the cells, for their readers; not set when no cell can hold its value.
+    const MissingFlag &GetCellFlag() const { return mCellFlag; }
+
+    bool SaveToStream(QDataStream &out) override;
+    /// Files before 180005, which held the cells here, are refused.
+    bool RestoreFromStream(QDataStream &in) override;
+    DatasetProps GetProperties(const MGeoData *geography) override;
+    bool CheckInRealization(int realization, int arg) const override; ///< raises "Invalid realization index"
+    bool CheckOutRealization(int realization, int arg) const override;
+    /// Announces a change of the dataset through its source when there is a grid at `first`.
+    bool ObjectValueChanged(int realization, int id, qint64 first, qint64 second) override;
+    /// Of all realizations. Raises "Invalid dataset type" for colours.
+    QList<double> GetIntervalBreaks(int realization, int breakCount, MDataset::ClassificationType classification,
+                                    bool showProgress) override;
+    /// False after a cancel, with what was counted so far.
+    bool RecalculateFrequencies() override;
+    QMap<MDatum, int> GetDataFrequencies() override;
+    int UniqueValueCount(bool *capped) const override; ///< never capped
+    int GetDatumFrequency(const MDatum &value) const override;
+    int GetDataCount(int realization, qint64 time) const override;
+    QList<TimeStamp> GetCommonTimeStamps(int realization) override;
+    QList<TimeStamp> GetDataIntervals(int realization, int id) override;
+    bool IsNormalScoreDataset(qint64 time, int realization) const override;
+    bool IsNumeric() const override { return (mDataType & 0x703) != 0; }
+    bool IsDecimal() const override { return (mDataType & 0x101) != 0; }
+    bool IsInteger() const override { return (mDataType & 0x202) != 0; }
+    /// Holds a grid, and a counted value that is finite.
+    bool IsValid() const override;
+    /// Whether the flag's value is among those counted.
+    bool HasMissing(int realization) const override;
+    /// Every realization keeps its first grid alone.
+    void SetStatic(bool isStatic) override;
+    /// Statistics of decimals, integers and unsigned integers from 8 bits on, of cells that are finite and not missing.
+    /// Raise "Invalid bit depth" for another depth and, all times together, "Invalid raster data type" for another type.
+    bool CalcMinMaxMean(int realization) const override;
+    bool CalcMinMaxMean(int realization, qint64 time) const override;
+    bool GetStdDev(int realization, qint64 time, double &result) const override; ///< raises "Invalid raster type"
+    /// Raises "Raster interpolation not yet implemented" when asked to. Without a grid: a null text.
+    MDatum GetValue(int index, qint64 time, bool interpolate, int realization) override;
+    MDatum GetValue(int index, qint64 time, int realization) override;
+    /// The container's cells have the dataset's type and depth and its missing cells get a value of their own, which
+    /// becomes the dataset's missing flag; colours stand as they are given.
+    bool AddTimeSliceValues(int realization, const TimeStamp &stamp, VORN_DataContainer &values, bool overwrite,
+                            bool updateFrequencies) override;
+    virtual bool GetContainingTimeStamp(int realization, qint64 time, TimeStamp &stamp) const;
+    /// True also where there is no cell and no grid.
+    virtual bool IsPixelMissing(int realization, int column, int row, qint64 time) const;
+    virtual const QMap<quint8, int> *GetInt8Frequencies() const;
+    virtual const QMap<quint16, int> *GetInt16Frequencies() const;
+    virtual const QMap<quint32, int> *GetInt32Frequencies() const;
+    virtual const QMap<quint64, int> *GetInt64Frequencies() const;
+    virtual const QMap<OrderedDouble, int> *GetDoubleFrequencies() const;
+    virtual const QMap<OrderedFloat, int> *GetFloatFrequencies() const;
+    virtual const QMap<quint16, int> *GetHalfFloatFrequencies() const;
+    /// One value more or less; a count of 0 takes its value along.
+    virtual void UpdateInt8Frequencies(quint8 value, bool add);
+    virtual void UpdateInt16Frequencies(quint16 value, bool add);
+    virtual void UpdateInt32Frequencies(quint32 value, bool add);
+    virtual void UpdateInt64Frequencies(quint64 value, bool add);
+    virtual void UpdateDoubleFrequencies(double value, bool add);
+    virtual void UpdateFloatFrequencies(float value, bool add);
+    virtual void UpdateHalfFloatFrequencies(quint16 value, bool add);
+
+    /// False, with nothing changed, for a grid of another size, type or depth, an unknown realization, an interval that
+    /// holds no instant and, without `overwrite`, one that has no free part.
+    /// @param overwrite    the new grid takes its whole interval; otherwise it fills the free parts of it.
+    /// @param recalculate  counts the frequencies anew.
+    bool AddRasterValues(int realization, const TimeStamp &stamp, const MRasterBand &band, bool overwrite,
+                         bool recalculate);
+    /// The grid under exactly that stamp, to be changed; one under another stamp there raises "Time stamp mismatch".
+    MRasterObservation *GetRasterInfo(int realization, const TimeStamp &stamp);
+    /// The grid that holds `time`.
+    const MRasterObservation *GetConstRasterInfo(int realization, qint64 time) const;
+    QList<TimeStamp> GetRasterIntervals(int realization) const;
+
+    /// One cell of the grid under the stamp. False for another data type: the whole forms want signed integers.
+    bool SetValue(int realization, double value, int column, int row, const TimeStamp &stamp);
+    bool SetValue(int realization, qint64 value, int column, int row, const TimeStamp &stamp);
+    bool SetValue(int realization, quint64 value, int column, int row, const TimeStamp &stamp);
+    bool GetValue(int realization, int column, int row, qint64 time, quint64 &value) const;
+    bool GetValue(int realization, int column, int row, qint64 time, qint64 &value) const;
+    bool GetValue(int realization, int column, int row, qint64 time, double &value) const;
+    bool GetValueAsDecimal(int index, int realization, qint64 time, double &value) const;
+    bool GetValueAsDecimal(int column, int row, int realization, qint64 time, double &value) const;
+    /// All cells; missing ones are minus infinity, which `missing` then names.
+    bool GetValuesAsDecimal(int realization, qint64 time, QVector<double> &values, MissingFlag &missing) const;
+
+    /// Whether a value of this width is the flag's; false without a flag.
+    bool IsMissing(double value) const { return mCellFlag.matches(value); }
+    bool IsMissing(float value) const { return mCellFlag.matches(value); }
+    bool IsMissing(quint8 value) const { return mCellFlag.matches(value); }
+    bool IsMissing(quint16 value) const { return mCellFlag.matches(value); }
+    bool IsMissing(quint32 value) const { return mCellFlag.matches(value); }
+    bool IsMissing(quint64 value) const { return mCellFlag.matches(value); }
+    bool IsMissing(qint8 value) const { return mCellFlag.matches(value); }
+    bool IsMissing(qint16 value) const { return mCellFlag.matches(value); }
+    bool IsMissing(qint32 value) const { return mCellFlag.matches(value); }
+    bool IsMissing(qint64 value) const { return mCellFlag.matches(value); }
+
+protected:
+    ~MRasterDataset() override;
+
+private:
+    using ObservationMap = QMap<TimeStamp, MRasterObservation *>;
+
+    TimeStamp stampOf(const TimeStamp &stamp) const;
+    void dropStatistics(int realization);
+    void dataChanged(int realization);
+    void overwriteGrids(ObservationMap &grids, const TimeStamp &stamp, const MRasterBand &band);
+    bool fillFreeTime(ObservationMap &grids, const TimeStamp &stamp, const MRasterBand &band);
+    template <class Value> bool setCell(int realization, Value value, int column, int row, const TimeStamp &stamp);
+    template <class T> void updateFrequency(T value, bool add);
+    void countCell(const MRasterObservation &grid, int column, int row);
+    QVector<double> sortedValues() const;
+    bool restoreFlag(QDataStream &in);
+    bool restoreRealizations(QDataStream &in);
+    bool restoreObservations(QDataStream &in, ObservationMap &grids);
+
+    int mBitDepth = 0;
+    unsigned int mRows = 0;
+    unsigned int mColumns = 0;
+    MissingFlag mMissingFlag;
+    MissingFlag mCellFlag;
+    RealizationRasterDataFrequencies mFrequencies;
+    QMap<int, ObservationMap> mRealizations; ///< owned
+    MDataSource *mSource = nullptr;          ///< the owner
+};

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+// In a project: the base part, the data source, the geography's own time (24 bytes).
+#include "datainterface/MRasterData.h"
+#include "Common/detail/streams.h"
+#include "datainterface/MRasterDataSource.h"
+#include "datainterface/VersionAPI.h"
+#include "fennimark/geometryTypes.h"
+#include "frame/progressSection.h"
+
+using namespace datainterface;
+
+namespace {
+
+constexpr unsigned char kStartInclusive = 0xF0;
+constexpr unsigned char kEndInclusive = 0x0F;
+
+// Versions at which the form changed.
+constexpr int kWithoutSecondStamp = 105000;
+constexpr int kHasProjectionText = 111001;
+constexpr int kHasOwnTime = 160000;
+constexpr int kTextsAreTags = 170004;
+
+// The upper 16 bits of every dataset's id.
+int datasetIdSeed(int geographyId)
+{
+    return static_cast<int>(static_cast<quint32>(geographyId) << 16);
+}
+
+QString readText(QDataStream &in)
+{
+    QString text;
+    in >> text;
+    return text;
+}
+
+} // namespace
+
+MRasterData::MRasterData(const QString &name, const TimeStamp &stamp, TimeFormat format, const QString &filePath)
+    : MGeoData(name, format, filePath), mTimeStamp(stamp)
+{
+}
+
+bool MRasterData::Initialize(int rows, int columns, const QRectF &bounds)
+{
+    if (mDataSource || !MRasterDataSource::IsGrid(columns, rows, bounds))
+        return false;
+    mDataSource = mRasterDataSource =
+        new MRasterDataSource(mFilePath, static_cast<unsigned int>(columns), static_cast<unsigned int>(rows), bounds,
+                              datasetIdSeed(mId));
+    return true;
+}
+
+bool MRasterData::SaveToStream(QDataStream &out)
+{
+    if (!MGeoData::SaveToStream(out))
+        return false;
+    if (VORN_Progress::UsingProgressBar()) {
+        const QString text = QStringLiteral("Saving ") + mName + QStringLiteral(" datasets...");
+        VORN_Progress::SetProgressText(text.toUtf8().constData());
+    }
+    if (!mDataSource->SaveToStream(out))
+        return false;
+    out << mTimeStamp;
+    return out.status() == QDataStream::Ok;
+}
+
+bool MRasterData::RestoreFromStream(QDataStream &in)
+{
+    if (!MGeoData::RestoreFromStream(in))
+        return false;
+    delete mDataSource;
+    mDataSource = mRasterDataSource = new MRasterDataSource(mFilePath);
+    if (!mRasterDataSource->RestoreFromStream(in))
+        return false;
+    const int version = dataInterfaceVersionLoading;
+    if (version < kHasOwnTime)
+        mTimeStamp = mRasterDataSource->GetTimeBounds();
+    else
+        in >> mTimeStamp;
+    if (version < kTextsAreTags)
+        mMetaData.setTag(QStringLiteral("History"), readText(in));
+    if (version < kWithoutSecondStamp) {
+        TimeStamp unused;
+        in >> unused;
+    }
+    if (version >= kHasProjectionText && version < kTextsAreTags)
+        mMetaData.setTag(QStringLiteral("Projection"), readText(in));
+    if (version >= kHasOwnTime && version < kTextsAreTags)
+        mMetaData.setTag(QStringLiteral("Distance unit"), readText(in));
+    return in.status() == QDataStream::Ok;
+}
+
+bool MRasterData::IsValid() const
+{
+    return mDataSource && mDataSource->GetSourceKind() == MDataSource::RasterSource;
+}
+
+GeoProps MRasterData::GetProperties()
+{
+    GeoProps props = BaseProperties();
+    unsigned int columns = 0;
+    unsigned int rows = 0;
+    mRasterDataSource->GetRasterDims(columns, rows);
+    props.type = GeoProps::Raster;
+    props.rows = static_cast<int>(rows);
+    props.columns = static_cast<int>(columns);
+    props.pixelWidth = mRasterDataSource->GetPixelWidth();
+    props.pixelHeight = mRasterDataSource->GetPixelHeight();
+    return props;
+}
+
+unsigned int MRasterData::GetObjectCount() const
+{
+    return mDataSource->GetObjectCount();
+}
+
+TimeStamp MRasterData::GetTimeBounds()
+{
+    return mTimeStamp + mDataSource->GetTimeBounds();
+}
+
+RectInT MRasterData::GetBoundingRect() const
+{
+    RectInT box = mRasterDataSource->GetBoundingRect();
+    const TimeStamp bounds = mTimeStamp + mDataSource->GetTimeBounds();
+    box.start = static_cast<double>(bounds.startTime);
+    box.end = static_cast<double>(bounds.endTime);
+    box.flags = static_cast<unsigned char>((bounds.inclusiveStart ? kStartInclusive : 0)
+                                           | (bounds.inclusiveEnd ? kEndInclusive : 0));
+    return box;
+}
+
+bool MRasterData::HasObjectsWithMissingData(int dataset) const
+{
+    return mRasterDataSource->HasMissingValues(dataset);
+}
+
+bool MRasterData::GetPixelBounds(unsigned int column, unsigned int row, QRectF &rect) const
+{
+    return mRasterDataSource->GetPixelBounds(column, row, rect);
+}
+
+QString MRasterData::GetProjectionName() const
+{
+    return mMetaData[QStringLiteral("Projection")].toString();
+}

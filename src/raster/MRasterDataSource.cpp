@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: MIT
+#include "datainterface/MRasterDataSource.h"
+#include <cmath>
+#include <limits>
+#include "fennimark/geometryTypes.h"
+#include "raster/binary16.h"
+#include "raster/cellForms.h"
+#include "raster/askRaster.h"
+#include "sources/askStatistics.h"
+
+using namespace datainterface;
+
+namespace {
+
+constexpr int kMaxDisplaySize = 2000;
+constexpr unsigned char kStartInclusive = 0xF0;
+constexpr unsigned char kEndInclusive = 0x0F;
+
+/// Shown columns of a grid.
+unsigned int displayColumns(unsigned int columns, unsigned int rows)
+{
+    if (columns > kMaxDisplaySize)
+        return kMaxDisplaySize;
+    if (rows <= kMaxDisplaySize)
+        return columns;
+    return qMax(columns * kMaxDisplaySize / rows, 1u);
+}
+
+} // namespace
+
+MRasterDataSource::MRasterDataSource(const QString &directory) : MDataSource(directory, 0)
+{
+    mKind = RasterSource;
+}
+
+MRasterDataSource::MRasterDataSource(const QString &directory, unsigned int columns, unsigned int rows,
+                                     const QRectF &bounds, int idSeed)
+    : MDataSource(directory, idSeed), mBounds(bounds), mColumns(columns), mRows(rows),
+      mDisplayStep(static_cast<double>(columns) / displayColumns(columns, rows))
+{
+    mKind = RasterSource;
+}
+
+bool MRasterDataSource::IsGrid(qint64 columns, qint64 rows, const QRectF &bounds)
+{
+    const double right = bounds.x() + bounds.width();
+    const double bottom = bounds.y() + bounds.height();
+    return columns > 0 && rows > 0 && rows <= std::numeric_limits<int>::max() / columns && std::isfinite(right)
+        && std::isfinite(bottom) && std::isfinite(bounds.width()) && std::isfinite(bounds.height())
+        && bounds.width() > 0.0 && bounds.height() > 0.0;
+}
+
+bool MRasterDataSource::SaveToStream(QDataStream &out)
+{
+    if (!MDataSource::SaveToStream(out))
+        return false;
+    out << mBounds.x() << mBounds.x() + mBounds.width() << mBounds.y() << mBounds.y() + mBounds.height()
+        << qint32(mColumns) << qint32(mRows) << qint32(mMaxDisplaySize) << mDisplayStep;
+    return out.status() == QDataStream::Ok;
+}
+
+bool MRasterDataSource::RestoreFromStream(QDataStream &in)
+{
+    if (!MDataSource::RestoreFromStream(in))
+        return false;
+    double left = 0.0;
+    double right = 0.0;
+    double low = 0.0;
+    double high = 0.0;
+    qint32 columns = 0;
+    qint32 rows = 0;
+    qint32 maxDisplaySize = 0;
+    in >> left >> right >> low >> high >> columns >> rows >> maxDisplaySize >> mDisplayStep;
+    mBounds = QRectF(left, low, right - left, high - low);
+    if (in.status() != QDataStream::Ok || !IsGrid(columns, rows, mBounds) || maxDisplaySize <= 0
+        || !(mDisplayStep > 0.0))
+        return false;
+    mColumns = static_cast<unsigned int>(columns);
+    mRows = static_cast<unsigned int>(rows);
+    mMaxDisplaySize = maxDisplaySize;
+    // A dataset of another size would be read beyond its end.
+    return std::all_of(mDatasets.cbegin(), mDatasets.cend(), [this](const MDataset *dataset) {
+        unsigned int datasetColumns = 0;
+        unsigned int datasetRows = 0;
+        static_cast<const MRasterDataset *>(dataset)->GetRasterDims(datasetColumns, datasetRows);
+        return datasetColumns == mColumns && datasetRows == mRows;
+    });
+}
+
+MRasterDataset *MRasterDataSource::GetRasterDataset(int id)
+{
+    return static_cast<MRasterDataset *>(GetDataset(id)); // no other kind is ever entered here
+}
+
+const MRasterDataset *MRasterDataSource::GetRasterDataset(int id) const
+{
+    return static_cast<const MRasterDataset *>(GetDataset(id));
+}
+
+bool MRasterDataSource::IsDatasetIdValid(int id) const
+{
+    return GetRasterDataset(id) != nullptr;
+}
+
+void MRasterDataSource::IncDisplayIndex(double &index, double &row, double &column) const
+{
+    if (mDisplayStep == 1.0) {
+        index += 1.0;
+        column += 1.0;
+        if (std::fmod(std::trunc(column), mColumns) == 0.0) {
+            column = 0.0;
+            row += 1.0;
+        }
+        return;
+    }
+    column += mDisplayStep;
+    if (std::trunc(column) >= mColumns) {
+        row += mDisplayStep;
+        column = 0.0;
+        index = std::trunc(row) * mColumns;
+    } else {
+        index = std::trunc(row) * mColumns + std::trunc(column);
+    }
+}
+
+void MRasterDataSource::GetRasterDims(unsigned int &columns, unsigned int &rows) const
+{
+    columns = mColumns;
+    rows = mRows;
+}
+
+void MRasterDataSource::GetDisplayDims(unsigned int &width, unsigned int &height) const
+{
+    const auto limit = static_cast<quint64>(mMaxDisplaySize);
+    const auto scaled = [limit](quint64 count, quint64 by) { return static_cast<unsigned int>(count * limit / by); };
+    if (mColumns > limit) {
+        width = static_cast<unsigned int>(limit);
+        height = scaled(mRows, mColumns);
+    } else if (mRows <= limit) {
+        width = mColumns;
+        height = mRows;
+    } else {
+        width = scaled(mColumns, mRows);
+        height = static_cast<unsigned int>(limit);
+    }
+}
+
+RectInT MRasterDataSource::GetBoundingRect()
+{
+    RectInT box;
+    box.xMin = mBounds.x();
+    box.xMax = mBounds.x() + mBounds.width();
+    box.yMin = mBounds.y();
+    box.yMax = mBounds.y() + mBounds.height();
+    const TimeStamp bounds = GetTimeBounds();
+    box.start = static_cast<double>(bounds.startTime);
+    box.end = static_cast<double>(bounds.endTime);
+    box.flags = static_cast<unsigned char>((bounds.inclusiveStart ? kStartInclusive : 0)
+                                           | (bounds.inclusiveEnd ? kEndInclusive : 0));
+    return box;
+}
+
+int MRasterDataSource::NewRasterDataset(const QString &name, DataType type, int realizationCount, int bitDepth,
+                                        const QString &path)
+{
+    if (!isCellForm(type, bitDepth) || realizationCount < 1)
+        return -1;
+    const int id = GetNewDatasetId();
+    mDatasets.insert(id, new MRasterDataset(this, realizationCount, type, name, path, id, bitDepth));
+    return id;
+}
+
+bool MRasterDataSource::GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const
+{
+    return GetContainingTimeStamp(id, realization, t, stamp);
+}
+
+QList<double> MRasterDataSource::GetIntervalBreaks(int id, int realization, int count,
+                                                   MDataset::ClassificationType type, bool flag)
+{
+    return askRaster(*this, id, [=](MRasterDataset &dataset) {
+        return dataset.GetIntervalBreaks(realization, count, type, flag);
+    });
+}
+
+QMap<MDatum, int> MRasterDataSource::GetDataFrequencies(int id)
+{
+    return askRaster(*this, id, [](MRasterDataset &dataset) { return dataset.GetDataFrequencies(); });
+}
+
+int MRasterDataSource::GetUniqueValueCount(int id) const
+{
+    return askRaster(*this, id, [](const MRasterDataset &dataset) { return dataset.UniqueValueCount(nullptr); });
+}
+
+bool MRasterDataSource::SetHierarchyPath(int id, const QString &path)
+{
+    return tell(*this, id, [&path](MDataset &dataset) { dataset.SetHierarchyPath(path); });
+}
+
+bool MRasterDataSource::SetHierarchyPath(int id, const QList<MDataset::pathLevel> &path)
+{
+    return tell(*this, id, [&path](MDataset &dataset) { dataset.SetHierarchyPath(path); });
+}
+
+bool MRasterDataSource::GetHierarchyPath(int id, QList<MDataset::pathLevel> &path) const
+{
+    return tell(*this, id, [&path](const MDataset &dataset) { path = dataset.GetHierarchyPath(); });
+}
+
+bool MRasterDataSource::GetHierarchyPathAsString(int id, QString &path) const
+{
+    return tell(*this, id, [&path](const MDataset &dataset) { path = dataset.GetHierarchyPathAsString(); });
+}
+
+bool MRasterDataSource::GetTimeBounds(int id, TimeStamp &bounds) const
+{
+    return askRaster(*this, id, [&bounds](const MRasterDataset &dataset) { return dataset.GetTimeBounds(bounds); });
+}
+
+TimeStamp MRasterDataSource::GetTimeBounds()
+{
+    return hullOf(mDatasets);
+}
+
+bool MRasterDataSource::GetMean(int id, int realization, qint64 t, double &mean)
+{
+    return askStatistics(*this, id, realization, t, &DataSetStats::mean, mean);
+}
+
+bool MRasterDataSource::GetStddev(int id, int realization, qint64 t, double &deviation)
+{
+    return askRaster(*this, id,
+                     [&](const MRasterDataset &dataset) { return dataset.GetStdDev(realization, t, deviation); });
+}
+
+bool MRasterDataSource::GetMax(int id, int realization, qint64 t, MDatum &value)
+{
+    return askStatistics(*this, id, realization, t, &DataSetStats::maximum, value);
+}
+
+bool MRasterDataSource::GetMin(int id, int realization, qint64 t, MDatum &value)
+{
+    return askStatistics(*this, id, realization, t, &DataSetStats::minimum, value);
+}
+
+bool MRasterDataSource::GetGlobalMin(int id, int realization, MDatum &value)
+{
+    return askGlobalStatistics(*this, id, realization, &DataSetStats::minimum, value);
+}
+
+bool MRasterDataSource::GetGlobalMax(int id, int realization, MDatum &value)
+{
+    return askGlobalStatistics(*this, id, realization, &DataSetStats::maximum, value);
+}
+
+bool MRasterDataSource::IsNumeric(int id) const
+{
+    return askRaster(*this, id, [](const MRasterDataset &dataset) { return dataset.IsNumeric(); });
+}

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include <cmath>
+#include "Common/detail/failure.h"
+#include "datainterface/MRasterDataset.h"
+#include "datasets/normalScores.h"
+#include "raster/cellSummary.h"
+#include "raster/heldGrid.h"
+
+using namespace datainterface;
+
+namespace {
+
+/// Colours, and the unsigned form that only files hold, have no statistics.
+bool hasStatisticsOf(DataType type)
+{
+    return type == RasterDecimalType || type == RasterIntegerType || type == RasterUnsignedType;
+}
+
+} // namespace
+
+// The record stands under the interval of its grid, so that every time in it finds the same one.
+bool MRasterDataset::CalcMinMaxMean(int realization, qint64 time) const
+{
+    TimeStamp stamp;
+    if (!hasStatistics(realization) || !GetContainingTimeStamp(realization, time, stamp) || !hasStatisticsOf(mDataType))
+        return false;
+    if (mStatistics.at(realization).perTime.contains(stamp))
+        return true;
+    const MRasterObservation &grid = *GetConstRasterInfo(realization, time);
+    const bool isKnown = visitCellForm(mDataType, mBitDepth, [&](auto form) {
+        using T = CellOf<decltype(form)>;
+        const HeldGrid hold(grid);
+        CellSummary<T> summary;
+        summary.add(grid.cells<T>(), grid.CellCount(), CellTest<const T *>(mCellFlag));
+        mStatistics[realization].perTime.insert(stamp, summary.stats());
+    });
+    require(isKnown, "Invalid bit depth");
+    return true;
+}
+
+bool MRasterDataset::CalcMinMaxMean(int realization) const
+{
+    const auto grids = mRealizations.constFind(realization);
+    if (!hasStatistics(realization) || grids == mRealizations.constEnd())
+        return false;
+    require(hasStatisticsOf(mDataType), "Invalid raster data type");
+    if (mStatistics.at(realization).whole.meanValid)
+        return true;
+    const bool isKnown = visitCellForm(mDataType, mBitDepth, [&](auto form) {
+        using T = CellOf<decltype(form)>;
+        CellSummary<T> summary;
+        for (const MRasterObservation *grid : *grids) {
+            const HeldGrid hold(*grid);
+            summary.add(grid->cells<T>(), grid->CellCount(), CellTest<const T *>(mCellFlag));
+        }
+        if (summary.count() > 0)
+            mStatistics[realization].whole = summary.stats();
+    });
+    require(isKnown, "Invalid bit depth");
+    return mStatistics.at(realization).whole.meanValid;
+}
+
+bool MRasterDataset::GetStdDev(int realization, qint64 time, double &result) const
+{
+    const MRasterObservation *grid = GetConstRasterInfo(realization, time);
+    if (!grid || !hasStatistics(realization))
+        return false;
+    require(hasStatisticsOf(mDataType), "Invalid raster type");
+    if (!CalcMinMaxMean(realization, time))
+        return false;
+    DataSetStats &stats = *mStatistics[realization].perTime.find(TimeStamp(timeOf(time)));
+    if (!stats.stdDevValid) {
+        qint64 count = 0;
+        double sum = 0.0;
+        visitCellForm(mDataType, mBitDepth, [&](auto form) {
+            using T = CellOf<decltype(form)>;
+            const HeldGrid hold(*grid);
+            sum = squaredDeviations(grid->cells<T>(), grid->CellCount(), CellTest<const T *>(mCellFlag), stats.mean,
+                                    count);
+        });
+        if (count == 0)
+            return false;
+        stats.stdDev = std::sqrt(sum / static_cast<double>(count));
+        stats.stdDevValid = true;
+    }
+    result = stats.stdDev;
+    return true;
+}
+
+bool MRasterDataset::IsNormalScoreDataset(qint64 time, int realization) const
+{
+    DataSetStats stats;
+    QVector<double> values;
+    MissingFlag missing;
+    if (mDataType != RasterDecimalType || !GetDataSetStats(realization, time, stats)
+        || !GetValuesAsDecimal(realization, time, values, missing))
+        return false;
+    QVector<OrderedDouble> present;
+    for (const double value : qAsConst(values)) {
+        if (!missing.matches(value))
+            present.append(value);
+    }
+    return areNormalScores(stats.mean, present);
+}

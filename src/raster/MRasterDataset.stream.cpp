@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+// A raster dataset in a project: the base's form, then
+//
+//   int32 bit depth, rows, columns; the missing flag
+//   frequencies: a byte array of seven maps (8, 16, 32, 64 bits, double, float, half; value and int32 count)
+//   int32 realizations, each, the last first: int32 index, int32 grids, each, the last first: the interval (24 bytes) and
+//   the header of the grid, which names its block
+//
+// Cells lie in the block store.
+#include <cmath>
+#include <memory>
+#include "Common/detail/streams.h"
+#include "datainterface/MRasterDataset.h"
+#include "datainterface/VersionAPI.h"
+#include "raster/cellFlag.h"
+#include "raster/cellForms.h"
+
+using namespace datainterface;
+
+namespace {
+
+// Versions at which the form changed.
+constexpr int kOldestRead = 180005; // before, grids stood inline
+constexpr int kFrequenciesAreArray = 180083;
+constexpr int kTypeInBase = 201001;
+constexpr int kHasMissingFlag = 306014;
+
+constexpr int kMergedKeyLimit = 10000;
+constexpr qint64 kMinOldTablesBytes = 5 * 4;
+constexpr qint64 kMinRealizationBytes = 4 + 4;
+constexpr qint64 kMinGridBytes = 24 + 6 * 4;
+
+template <class Wire> Wire read(QDataStream &in)
+{
+    Wire value{};
+    in >> value;
+    return value;
+}
+
+template <class Map> constexpr qint64 entryBytes()
+{
+    using Key = typename Map::key_type;
+    // Floats are doubles on the wire.
+    return (std::is_same_v<Key, OrderedFloat> ? 8 : static_cast<qint64>(sizeof(Key))) + 4;
+}
+
+template <class Map> void readTable(QDataStream &in, Map &map)
+{
+    readMap(in, map, entryBytes<Map>());
+}
+
+using OldTables = std::tuple<QMap<quint8, int>, QMap<quint16, int>, QMap<quint32, int>, QMap<quint64, int>,
+                             QMap<OrderedDouble, int>>;
+
+template <class Map> bool merge(const Map &from, Map &to)
+{
+    for (auto it = from.cbegin(); it != from.cend(); ++it)
+        to[it.key()] += it.value();
+    return to.size() <= kMergedKeyLimit;
+}
+
+/// False when one of the maps has become too large for another realization to follow.
+template <std::size_t... I>
+bool mergeTables(const OldTables &from, RealizationRasterDataFrequencies &to, std::index_sequence<I...>)
+{
+    return (merge(std::get<I>(from), std::get<I>(to.maps)) & ...);
+}
+
+void readOldFrequencies(QDataStream &in, RealizationRasterDataFrequencies &frequencies)
+{
+    bool isMerging = true;
+    const int count = readCount(in, kMinOldTablesBytes);
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        OldTables tables;
+        std::apply([&in](auto &...table) { (readTable(in, table), ...); }, tables);
+        if (isMerging)
+            isMerging = mergeTables(tables, frequencies, std::make_index_sequence<std::tuple_size_v<OldTables>>());
+    }
+}
+
+DataType typeFromOld(qint32 code)
+{
+    switch (code) {
+    case 0: return RasterDecimalType;
+    case 1: return RasterUnsignedType;
+    case 2: return RasterCellType;
+    case 3: return RasterColorType;
+    default: return static_cast<DataType>(code);
+    }
+}
+
+/// The first of a list of values in Qt's form; `otherwise` for an empty one.
+template <class T> T firstOf(QDataStream &in, T otherwise)
+{
+    const int count = readCount(in, sizeof(T));
+    T first = otherwise;
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        const T value = read<T>(in);
+        first = i == 0 ? value : first;
+    }
+    return first;
+}
+
+} // namespace
+
+QDataStream &operator<<(QDataStream &out, const RealizationRasterDataFrequencies &frequencies)
+{
+    QByteArray bytes;
+    BytesWriter writer(&bytes);
+    std::apply([&writer](const auto &...map) { (writer << ... << map); }, frequencies.maps);
+    return out << bytes;
+}
+
+QDataStream &operator>>(QDataStream &in, RealizationRasterDataFrequencies &frequencies)
+{
+    frequencies = RealizationRasterDataFrequencies();
+    if (dataInterfaceVersionLoading < kFrequenciesAreArray) {
+        readOldFrequencies(in, frequencies);
+        return in;
+    }
+    QByteArray bytes;
+    readBytes(in, bytes);
+    BytesReader reader(bytes);
+    std::apply([&reader](auto &...map) { (readTable(reader, map), ...); }, frequencies.maps);
+    if (in.status() == QDataStream::Ok)
+        in.setStatus(reader.status());
+    return in;
+}
+
+bool MRasterDataset::SaveToStream(QDataStream &out)
+{
+    if (!MDataset::SaveToStream(out))
+        return false;
+    out << qint32(mBitDepth) << qint32(mRows) << qint32(mColumns) << mMissingFlag << mFrequencies
+        << qint32(mRealizations.size());
+    for (auto grids = mRealizations.cend(); grids != mRealizations.cbegin();) {
+        --grids;
+        out << qint32(grids.key()) << qint32(grids->size());
+        for (auto grid = grids->cend(); grid != grids->cbegin();) {
+            --grid;
+            out << grid.key();
+            (*grid)->SaveToStream(out);
+        }
+    }
+    return true;
+}
+
+bool MRasterDataset::RestoreFromStream(QDataStream &in)
+{
+    const int version = dataInterfaceVersionLoading;
+    if (version < kOldestRead || !MDataset::RestoreFromStream(in))
+        return false;
+    if (version < kTypeInBase)
+        mDataType = typeFromOld(read<qint32>(in));
+    mBitDepth = read<qint32>(in);
+    const qint32 rows = read<qint32>(in);
+    const qint32 columns = read<qint32>(in);
+    if (rows <= 0 || columns <= 0 || rows > std::numeric_limits<int>::max() / columns
+        || !isCellForm(mDataType, mBitDepth))
+        return false;
+    mRows = static_cast<unsigned int>(rows);
+    mColumns = static_cast<unsigned int>(columns);
+    if (!restoreFlag(in))
+        return false;
+    in >> mFrequencies;
+    return restoreRealizations(in);
+}
+
+bool MRasterDataset::restoreFlag(QDataStream &in)
+{
+    if (dataInterfaceVersionLoading >= kHasMissingFlag) {
+        in >> mMissingFlag;
+    } else {
+        const double decimal = firstOf(in, -HUGE_VAL);
+        const quint64 whole = firstOf(in, ~quint64(0));
+        mMissingFlag = mDataType == RasterDecimalType ? MissingFlag(decimal) : MissingFlag(whole);
+    }
+    mCellFlag = cellFlag(mMissingFlag, mDataType, mBitDepth);
+    return in.status() == QDataStream::Ok;
+}
+
+bool MRasterDataset::restoreRealizations(QDataStream &in)
+{
+    const int count = readCount(in, kMinRealizationBytes);
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        const qint32 index = read<qint32>(in);
+        const bool isNew = index >= 0 && index < mRealizationCount && !mRealizations.contains(index);
+        if (!isNew || !restoreObservations(in, mRealizations[index]))
+            return false;
+    }
+    return in.status() == QDataStream::Ok && count == mRealizationCount;
+}
+
+// A grid of another form than its dataset's would be read beyond its end.
+bool MRasterDataset::restoreObservations(QDataStream &in, ObservationMap &grids)
+{
+    const int count = readCount(in, kMinGridBytes);
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        TimeStamp stamp;
+        in >> stamp;
+        auto grid = std::make_unique<MRasterObservation>(in);
+        const bool fits = grid->Rows() == static_cast<int>(mRows) && grid->Columns() == static_cast<int>(mColumns)
+            && grid->Type() == mDataType && grid->BitDepth() == mBitDepth && grid->GetByteLength() > 0
+            && grid->BlockId() >= 0;
+        if (in.status() != QDataStream::Ok || !fits || stamp.startTime > stamp.endTime || grids.contains(stamp))
+            return false;
+        grids.insert(stamp, grid.release());
+    }
+    return in.status() == QDataStream::Ok;
+}

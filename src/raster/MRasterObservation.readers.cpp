@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: MIT
+// Readers are one lambda over cells each; which cells stands outside of it.
+#include <cmath>
+#include <limits>
+#include "Common/detail/failure.h"
+#include "datainterface/MRasterObservation.h"
+#include "raster/cellForms.h"
+#include "raster/heldGrid.h"
+
+using namespace datainterface;
+
+namespace {
+
+/// One cell into `value`, converted by `convert`; false for a missing one.
+template <class Cells, class Value, class Convert>
+bool readCell(const Cells &cells, int index, const MissingFlag &flag, Value &value, Convert convert)
+{
+    const auto cell = cells[index];
+    if (CellTest<std::decay_t<Cells>>(flag).isMissing(cell))
+        return false;
+    value = convert(cell);
+    return true;
+}
+
+/// Whether a cell is a number, whatever the types: no conversion makes two different numbers one.
+template <class T, class Number> bool isNumber(T cell, Number number)
+{
+    if constexpr (std::is_same_v<T, half>)
+        return isNumber(static_cast<float>(cell), number);
+    else if constexpr (std::is_integral_v<T> && std::is_integral_v<Number>)
+        return (std::is_signed_v<T> && cell < T(0)) == (std::is_signed_v<Number> && number < Number(0))
+            && static_cast<quint64>(cell) == static_cast<quint64>(number);
+    else
+        return static_cast<double>(cell) == static_cast<double>(number);
+}
+
+/// The number as a cell; false when no cell of the type can hold it.
+template <class T, class Number> bool asCell(Number number, T &cell)
+{
+    if constexpr (std::is_same_v<T, half>) {
+        cell = half(static_cast<float>(number));
+    } else if constexpr (std::is_integral_v<T> && std::is_floating_point_v<Number>) {
+        constexpr double kEnd = 2.0 * static_cast<double>(T(1) << (8 * sizeof(T) - 1 - std::is_signed_v<T>));
+        if (!(number >= (std::is_signed_v<T> ? -kEnd : 0.0) && number < kEnd))
+            return false;
+        cell = static_cast<T>(number);
+    } else {
+        cell = static_cast<T>(number);
+    }
+    return isNumber(cell, number);
+}
+
+template <class Number> int tally(const MRasterObservation &grid, Number number)
+{
+    const HeldGrid hold(grid);
+    const int count = grid.CellCount();
+    int found = 0;
+    visitCells(grid, [&](const auto &cells) {
+        using T = ValueOf<std::decay_t<decltype(cells)>>;
+        T wanted{};
+        if (!asCell(number, wanted))
+            return;
+        for (int i = 0; i < count; ++i) {
+            if constexpr (std::is_same_v<T, half>)
+                found += static_cast<float>(cells[i]) == static_cast<float>(wanted);
+            else
+                found += cells[i] == wanted;
+        }
+    });
+    return found;
+}
+
+} // namespace
+
+bool MRasterObservation::GetIntegerValue(int column, int row, qint64 &value, const MissingFlag &flag) const
+{
+    return holdsCell(column, row) && GetIntegerValue(row * mColumns + column, value, flag);
+}
+
+bool MRasterObservation::GetIntegerValue(int index, qint64 &value, const MissingFlag &flag) const
+{
+    if (!holdsIndex(index))
+        return false;
+    const HeldGrid hold(*this);
+    bool isRead = false;
+    const auto read = [&](const auto &cells) {
+        isRead = readCell(cells, index, flag, value, [](auto cell) { return static_cast<qint64>(cell); });
+    };
+    if (mBitDepth == 1)
+        read(BitCells(*this));
+    else
+        visitSignedWidth(*this, read);
+    return isRead;
+}
+
+bool MRasterObservation::GetUnsignedIntegerValue(int column, int row, quint64 &value, const MissingFlag &flag) const
+{
+    return holdsCell(column, row) && GetUnsignedIntegerValue(row * mColumns + column, value, flag);
+}
+
+bool MRasterObservation::GetUnsignedIntegerValue(int index, quint64 &value, const MissingFlag &flag) const
+{
+    if (!holdsIndex(index))
+        return false;
+    const HeldGrid hold(*this);
+    bool isRead = false;
+    const auto read = [&](const auto &cells) {
+        isRead = readCell(cells, index, flag, value, [](auto cell) { return static_cast<quint64>(cell); });
+    };
+    if (mBitDepth == 1)
+        read(BitCells(*this));
+    else
+        visitUnsignedWidth(*this, read);
+    return isRead;
+}
+
+bool MRasterObservation::GetDecimalValue(int column, int row, double &value, const MissingFlag &flag) const
+{
+    return holdsCell(column, row) && GetDecimalValue(row * mColumns + column, value, flag);
+}
+
+bool MRasterObservation::GetDecimalValue(int index, double &value, const MissingFlag &flag) const
+{
+    if (!holdsIndex(index))
+        return false;
+    const HeldGrid hold(*this);
+    bool isRead = false;
+    visitDecimalWidth(*this, [&](const auto *cells) {
+        isRead = readCell(cells, index, flag, value, [](auto cell) { return cellToDouble(cell); });
+    });
+    return isRead;
+}
+
+bool MRasterObservation::GetValueAsDecimal(int column, int row, double &value, const MissingFlag &flag) const
+{
+    return holdsCell(column, row) && GetValueAsDecimal(row * mColumns + column, value, flag);
+}
+
+bool MRasterObservation::GetValueAsDecimal(int index, double &value, const MissingFlag &flag) const
+{
+    const MDatum found = GetValue(index, flag);
+    if (found.isEmpty())
+        return false;
+    // The datum's field is signed; the upper half of 64 unsigned bits wraps there.
+    const bool isUnsigned = mType != RasterDecimalType && mType != RasterIntegerType;
+    value = isUnsigned ? static_cast<double>(static_cast<quint64>(found.integerValue())) : found.toDouble();
+    return true;
+}
+
+MDatum MRasterObservation::GetValue(int index, const MissingFlag &flag) const
+{
+    double decimal = 0.0;
+    qint64 integer = 0;
+    quint64 whole = 0;
+    switch (mType) {
+    case RasterDecimalType: return GetDecimalValue(index, decimal, flag) ? MDatum(decimal) : MDatum();
+    case RasterIntegerType: return GetIntegerValue(index, integer, flag) ? MDatum(integer) : MDatum();
+    case RasterUnsignedType:
+    case RasterCellType:
+    case RasterColorType: return GetUnsignedIntegerValue(index, whole, flag) ? MDatum(whole) : MDatum();
+    default: fail("Invalid raster data type");
+    }
+}
+
+bool MRasterObservation::GetValuesAsDecimal(QVector<double> &values, const MissingFlag &in, MissingFlag &out) const
+{
+    const HeldGrid hold(*this);
+    const int count = CellCount();
+    constexpr double kMissing = -std::numeric_limits<double>::infinity();
+    values.resize(count);
+    out = MissingFlag(kMissing);
+    double *to = values.data();
+    return visitCells(*this, [&](const auto &cells) {
+        const CellTest<std::decay_t<decltype(cells)>> test(in);
+        if (test.isSet()) {
+            for (int i = 0; i < count; ++i) {
+                const auto cell = cells[i];
+                to[i] = test.equals(cell) ? kMissing : cellToDouble(cell);
+            }
+        } else {
+            for (int i = 0; i < count; ++i)
+                to[i] = cellToDouble(cells[i]);
+        }
+    });
+}
+
+int MRasterObservation::TallyValue(qint64 value) const
+{
+    return tally(*this, value);
+}
+
+int MRasterObservation::TallyValue(quint64 value) const
+{
+    return tally(*this, value);
+}
+
+int MRasterObservation::TallyValue(double value) const
+{
+    return tally(*this, value);
+}

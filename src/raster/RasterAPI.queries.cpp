@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <memory>
+#include "datainterface/MRasterData.h"
+#include "datainterface/MRasterDataSource.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/RasterAPI.h"
+#include "fennimark/FMObjectChain.h"
+#include "fennimark/FMPolygon.h"
+#include "fennimark/Fennims.h"
+#include "frame/callFrame.h"
+
+using namespace datainterface;
+
+namespace {
+
+template <class Call> bool onGrid(int geographyId, Call call)
+{
+    return onGeographySource<MRasterDataSource>(geographyId, false, call);
+}
+
+std::unique_ptr<FMPolygon> polygonOf(const QList<QVector<QPointF>> &rings)
+{
+    QList<QPolygonF> polygons;
+    for (const QVector<QPointF> &ring : rings)
+        polygons.append(QPolygonF(ring));
+    return std::make_unique<FMPolygon>(polygons, 0);
+}
+
+/// `call` on the polygon that an object is at a time; false when it is none.
+template <class Call> bool onPolygon(int geographyId, unsigned int object, qint64 time, Call call)
+{
+    return onGeography<MVectorData>(geographyId, false, [&](const MVectorData &geography) {
+        if (object >= geography.GetObjectCount())
+            return false;
+        const Fennims &fennims = *geography.GetFennims();
+        const FMObjectChain *chain = fennims.GetChainById(geography.GetFennimId(object));
+        const int recordId = chain ? chain->GetObservation(time).second : -1;
+        const HilbertTree &tree = *fennims.mTree;
+        const HilbertTreeRecord *record = recordId < 0 ? nullptr : tree.CheckOutRecord(recordId, true);
+        if (!record)
+            return false;
+        const TreeObject *shape = record->GetTreeObject(&tree);
+        const auto *polygon = dynamic_cast<const FMPolygon *>(shape);
+        const bool result = polygon && call(*polygon);
+        if (shape)
+            record->ReturnTreeObject(&tree);
+        tree.CheckInRecord(recordId);
+        return result;
+    });
+}
+
+/// The simple pieces of a polygon; they are owned here unless the polygon is simple itself.
+class SimplePieces {
+public:
+    explicit SimplePieces(const FMPolygon &polygon)
+    {
+        if (polygon.IsSimple()) {
+            mPieces.append(&polygon);
+            return;
+        }
+        mOwns = true;
+        mIsWhole = polygon.Decompose(mPieces);
+    }
+    ~SimplePieces()
+    {
+        if (mOwns)
+            qDeleteAll(mPieces);
+    }
+    Q_DISABLE_COPY(SimplePieces)
+    bool isWhole() const { return mIsWhole; }
+    const QVector<const FMPolygon *> &list() const { return mPieces; }
+
+private:
+    QVector<const FMPolygon *> mPieces;
+    bool mOwns = false;
+    bool mIsWhole = true;
+};
+
+bool queryPolygon(int geographyId, const FMPolygon &polygon, RasterPixels &pixels, QVector<double> *areas)
+{
+    return onGrid(geographyId, [&](const MRasterDataSource &source) {
+        const SimplePieces pieces(polygon);
+        if (!pieces.isWhole())
+            return false;
+        QMap<MRasterDataSource::Pixel, double> shared; // a cell that several pieces touch stands once
+        bool meetsGrid = false;
+        for (const FMPolygon *piece : pieces.list()) {
+            const Rect2D box = const_cast<FMPolygon *>(piece)->GetObjectBounds(); // which changes nothing
+            FMGridWindow window;
+            if (!source.GetWindow(QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin), false, window))
+                continue;
+            meetsGrid = true;
+            QVector<FMCellArea> cells;
+            piece->CellAreas(source.GetGrid(), window, cells);
+            for (const FMCellArea &cell : qAsConst(cells))
+                shared[{cell.column, cell.row}] += cell.area;
+        }
+        if (!meetsGrid)
+            return false;
+        pixels = shared.keys().toVector();
+        if (areas)
+            *areas = shared.values().toVector();
+        return true;
+    });
+}
+
+/// How far two spans run together.
+double overlap(double low, double high, double otherLow, double otherHigh)
+{
+    return std::max(0.0, std::min(high, otherHigh) - std::max(low, otherLow));
+}
+
+} // namespace
+
+bool VORN_GetPixelCentersInRect(int geographyId, const QRectF &rect, RasterPixels &pixels)
+{
+    return onGrid(geographyId, [&](const MRasterDataSource &source) { return source.RectQuery(rect, true, pixels); });
+}
+
+bool VORN_GetPixelCentersInPolygon(int geographyId, const QList<QVector<QPointF>> &rings, RasterPixels &pixels)
+{
+    return onGrid(geographyId, [&](const MRasterDataSource &source) {
+        try {
+            return source.PolygonQuery(polygonOf(rings).get(), pixels);
+        } catch (...) { // a vertex list of any size can run out of memory
+            return false;
+        }
+    });
+}
+
+bool VORN_GetPixelCentersInPolygon(int geographyId, int polygonGeography, unsigned int object, qint64 time,
+                                   RasterPixels &pixels)
+{
+    return onGrid(geographyId, [&](const MRasterDataSource &source) {
+        return onPolygon(polygonGeography, object, time,
+                         [&](const FMPolygon &polygon) { return source.PolygonQuery(&polygon, pixels); });
+    });
+}
+
+bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect, RasterPixels &pixels, QVector<double> *areas)
+{
+    return onGrid(geographyId, [&](const MRasterDataSource &source) {
+        FMGridWindow window;
+        if (!source.GetWindow(rect, false, window))
+            return false;
+        const FMGrid grid = source.GetGrid();
+        unsigned int columns = 0;
+        unsigned int rows = 0;
+        source.GetRasterDims(columns, rows);
+        const double whole = grid.cellWidth * grid.cellHeight;
+        const QRectF r = rect.normalized();
+        RasterPixels found;
+        QVector<double> foundAreas;
+        for (unsigned int row = window.firstRow; row <= window.lastRow; ++row) {
+            for (unsigned int column = window.firstColumn; column <= window.lastColumn; ++column) {
+                found.append({column, row});
+                if (!areas)
+                    continue;
+                const bool isInside = row > window.firstRow && row < window.lastRow && column > window.firstColumn
+                    && column < window.lastColumn;
+                const double x = column * grid.cellWidth + grid.left;
+                const double y = (rows - row - 1) * grid.cellHeight + grid.bottom;
+                foundAreas.append(isInside ? whole
+                                           : overlap(x, x + grid.cellWidth, r.left(), r.right())
+                                          * overlap(y, y + grid.cellHeight, r.top(), r.bottom()));
+            }
+        }
+        pixels = found;
+        if (areas)
+            *areas = foundAreas;
+        return true;
+    });
+}
+
+bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect, unsigned int &firstColumn, unsigned int &firstRow,
+                              unsigned int &lastColumn, unsigned int &lastRow)
+{
+    return onGrid(geographyId, [&](const MRasterDataSource &source) {
+        return source.RectQuery(rect, false, firstColumn, firstRow, lastColumn, lastRow);
+    });
+}
+
+bool VORN_QueryRasterWithCircle(int geographyId, const QPointF &center, double radius, RasterPixels &pixels)
+{
+    return onGrid(geographyId,
+                  [&](const MRasterDataSource &source) { return source.CircleQuery(center, radius, pixels); });
+}
+
+bool VORN_QueryRasterWithEllipse(int geographyId, const QPointF &center, double a, double b, double angle,
+                                 bool sortByDistance, RasterPixels &pixels)
+{
+    return onGrid(geographyId, [&](const MRasterDataSource &source) {
+        return source.EllipseQuery(center, a, b, angle, sortByDistance, pixels);
+    });
+}
+
+bool VORN_QueryRasterWithPolygon(int geographyId, const QList<QVector<QPointF>> &rings, RasterPixels &pixels,
+                                 QVector<double> *areas)
+{
+    try {
+        return queryPolygon(geographyId, *polygonOf(rings), pixels, areas);
+    } catch (...) { // a vertex list of any size can run out of memory
+        return false;
+    }
+}
+
+bool VORN_QueryRasterWithPolygon(int geographyId, int polygonGeography, unsigned int object, qint64 time,
+                                 RasterPixels &pixels, QVector<double> *areas)
+{
+    return onPolygon(polygonGeography, object, time, [&](const FMPolygon &polygon) {
+        try {
+            return queryPolygon(geographyId, polygon, pixels, areas);
+        } catch (...) {
+            return false;
+        }
+    });
+}

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+/// The one description of raster cells: which type code and depth stands for which C++ type. Readers, tallies, statistics
+/// and frequencies are generic lambdas over it; the dispatch stands outside their loops.
+#pragma once
+#include <QtGlobal>
+#include <tuple>
+#include <type_traits>
+#include "datainterface/MDatum.h"
+#include "datainterface/MRasterBand.h"
+#include "datainterface/MissingFlag.h"
+#include "datainterface/half.h"
+
+namespace datainterface {
+
+constexpr int kUnsignedCells = RasterUnsignedType | RasterCellType;
+
+/// @tparam Codes  the type codes that are cells of this kind, one bit each.
+template <int Codes, int Bits, class T> struct CellForm {
+    using type = T;
+    static constexpr bool holds(int code, int bits) { return (code & Codes) != 0 && (code & ~Codes) == 0 && bits == Bits; }
+};
+using CellForms =
+    std::tuple<CellForm<RasterDecimalType, 16, half>, CellForm<RasterDecimalType, 32, float>,
+               CellForm<RasterDecimalType, 64, double>, CellForm<RasterIntegerType, 8, qint8>,
+               CellForm<RasterIntegerType, 16, qint16>, CellForm<RasterIntegerType, 32, qint32>,
+               CellForm<RasterIntegerType, 64, qint64>, CellForm<kUnsignedCells | RasterColorType, 8, quint8>,
+               CellForm<kUnsignedCells, 16, quint16>, CellForm<kUnsignedCells, 32, quint32>,
+               CellForm<kUnsignedCells, 64, quint64>>;
+using BitForm = CellForm<kUnsignedCells, 1, bool>;
+template <class Form> using CellOf = typename std::decay_t<Form>::type;
+
+/// Calls `visit` with the form of a type and depth, BitForm aside; false when there is none.
+template <class Visit> bool visitCellForm(int code, int bits, Visit visit)
+{
+    const auto tryForm = [&](auto form) { return form.holds(code, bits) && (visit(form), true); };
+    return std::apply([&](auto... form) { return (tryForm(form) || ...); }, CellForms{});
+}
+inline bool isCellForm(int code, int bits)
+{
+    return BitForm::holds(code, bits) || visitCellForm(code, bits, [](auto) {});
+}
+
+/// Cells of one bit as every reader sees them: one bit of the byte, the same for all cells of a grid.
+class BitCells {
+public:
+    explicit BitCells(const MRasterBand &band) : mBytes(band.cells<quint8>()), mBit(band.Columns() % 8) {}
+    quint8 operator[](int index) const { return static_cast<quint8>((mBytes[index >> 3] >> mBit) & 1); }
+
+private:
+    const quint8 *mBytes;
+    const int mBit;
+};
+template <class Cells> using ValueOf = std::decay_t<decltype(std::declval<const Cells &>()[0])>;
+
+/// Calls `visit` with the cells, by type and depth, of a grid that has them in memory; false: no such form.
+template <class Visit> bool visitCells(const MRasterBand &band, Visit visit)
+{
+    if (BitForm::holds(band.Type(), band.BitDepth())) {
+        visit(BitCells(band));
+        return true;
+    }
+    return visitCellForm(band.Type(), band.BitDepth(), [&](auto form) { visit(band.cells<CellOf<decltype(form)>>()); });
+}
+
+/// Calls `visit` with the cells as the first of `Types` whose width is the depth, whatever the type; false: none.
+template <class... Types, class Visit> bool visitWidth(const MRasterBand &band, Visit visit)
+{
+    const auto tryWidth = [&](auto cell) {
+        using T = decltype(cell);
+        return band.BitDepth() == static_cast<int>(8 * sizeof(T)) && (visit(band.cells<T>()), true);
+    };
+    return (tryWidth(Types{}) || ...);
+}
+template <class Visit> bool visitSignedWidth(const MRasterBand &band, Visit visit)
+{
+    return visitWidth<qint8, qint16, qint32, qint64>(band, visit);
+}
+template <class Visit> bool visitUnsignedWidth(const MRasterBand &band, Visit visit)
+{
+    return visitWidth<quint8, quint16, quint32, quint64>(band, visit);
+}
+template <class Visit> bool visitDecimalWidth(const MRasterBand &band, Visit visit)
+{
+    return visitWidth<half, float, double>(band, visit);
+}
+
+/// What a flag says of cells of one kind. Cells of one bit are never missing.
+template <class Cells> class CellTest {
+    using T = ValueOf<Cells>;
+
+public:
+    explicit CellTest(const MissingFlag &flag) : mIsSet(!std::is_same_v<Cells, BitCells> && flag.type != MissingFlag::None)
+    {
+        if (mIsSet)
+            mValue = std::get<T>(flag.values);
+    }
+    /// Without a flag nothing is missing: loops without the test can run.
+    bool isSet() const { return mIsSet; }
+    /// With a flag set.
+    bool equals(T value) const
+    {
+        if constexpr (std::is_same_v<T, half>)
+            return value.bits == mValue.bits;
+        else
+            return value == mValue;
+    }
+    bool isMissing(T value) const { return mIsSet && equals(value); }
+
+private:
+    const bool mIsSet;
+    T mValue{};
+};
+
+template <class T> double cellToDouble(T value)
+{
+    if constexpr (std::is_same_v<T, half>)
+        return static_cast<double>(static_cast<float>(value));
+    else
+        return static_cast<double>(value);
+}
+
+template <class T> MDatum cellToDatum(T value)
+{
+    if constexpr (std::is_floating_point_v<T> || std::is_same_v<T, half>)
+        return MDatum(cellToDouble(value));
+    else if constexpr (std::is_signed_v<T>)
+        return MDatum(static_cast<qint64>(value));
+    else
+        return MDatum(static_cast<quint64>(value));
+}
+
+} // namespace datainterface
