@@ -60,9 +60,10 @@ public:
     virtual bool RectQuery(const QRectF &rect, bool centersOnly, unsigned int &firstColumn, unsigned int &firstRow,
                            unsigned int &lastColumn, unsigned int &lastRow) const;
     /// The cells that `rect` touches, or those whose centres it holds, column after column. With `centersOnly` a
-    /// rectangle no wider than a cell gives the column that it lies in, and so with rows.
+    /// rectangle no wider than a cell gives the column that it lies in, and so with rows; centres exactly on its left or
+    /// upper side are out.
     virtual bool RectQuery(const QRectF &rect, bool centersOnly, QVector<Pixel> &pixels) const;
-    /// The cells whose centres are no farther than `radius`, column after column.
+    /// The cells whose centres are no farther than `radius`, column after column, out of RectQuery's answer for the box.
     virtual bool CircleQuery(const QPointF &center, double radius, QVector<Pixel> &pixels) const;
     /// The cells whose centres an FMPolygon holds, column after column. False when there is none.
     virtual bool PolygonQuery(const void *polygon, QVector<Pixel> &pixels) const;

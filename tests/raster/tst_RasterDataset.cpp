@@ -419,7 +419,7 @@ void TestRasterDataset::shortStreamsAreRefused()
     QByteArray bytes;
     BytesWriter out(&bytes);
     QVERIFY(source.SaveToStream(out));
-    SetDataInterfaceVersionLoading(VORN_GetProductVersion());
+    dataInterfaceVersionLoading = serializationVersionNumber;
     for (int length = 0; length < bytes.size(); ++length) {
         BytesReader in(bytes.left(length));
         MRasterDataSource cut((QString()));
