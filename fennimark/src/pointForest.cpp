@@ -178,16 +178,6 @@ void PointForest::rebuild(size_t firstTree)
         mTrees.push_back(PointTree::build(points));
 }
 
-IdPoint PointForest::pointAt(quint32 slot) const
-{
-    for (const auto &tree : mTrees) {
-        if (slot < tree->slotCount())
-            return tree->point(slot);
-        slot -= tree->slotCount();
-    }
-    return mNewcomers[slot];
-}
-
 // Slots are counted through the trees and the newcomers.
 template <class Sink> struct ShiftedSink {
     Sink &sink;

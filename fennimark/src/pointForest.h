@@ -66,6 +66,16 @@ private:
     std::vector<PointHit> mTies;
 };
 
+inline IdPoint PointForest::pointAt(quint32 slot) const
+{
+    for (const auto &tree : mTrees) {
+        if (slot < tree->slotCount())
+            return tree->point(slot);
+        slot -= tree->slotCount();
+    }
+    return mNewcomers[slot];
+}
+
 template <class CellTest, class Visit> void PointForest::inCells(CellTest cell, Visit visit)
 {
     arrange();

@@ -65,14 +65,13 @@ public:
                 const ExcludedIds &excluded, const PointHit *after)
         : mHits(hits), mTies(ties), mWanted(count), mTolerance(tolerance), mExcluded(excluded), mAfter(after)
     {
-        mHits.clear();
         mHits.resize(count);
         mTies.clear();
     }
 
     double limit() const { return mLimit; }
 
-    void offer(double distance, int id, quint32 slot)
+    Q_ALWAYS_INLINE void offer(double distance, int id, quint32 slot)
     {
         const PointHit hit{distance, id, slot};
         if (mExcluded.holds(id) || (mAfter && !(*mAfter < hit)))
@@ -103,7 +102,7 @@ public:
             if (tie.distance <= upper * upper)
                 mHits.push_back(tie);
         }
-        std::sort(mHits.begin(), mHits.end());
+        sort();
         const double lower = std::max(std::sqrt(last) - mTolerance, 0.0);
         size_t tied = 0;
         while (tied < mHits.size() && mHits[mHits.size() - 1 - tied].distance >= lower * lower)
@@ -114,6 +113,23 @@ public:
 
 private:
     static constexpr size_t kSortedCount = 32;
+
+    // What was kept in order lacks the order of ids only.
+    void sort()
+    {
+        if (mHits.size() > 2 * kSortedCount) {
+            std::sort(mHits.begin(), mHits.end());
+            return;
+        }
+        for (size_t i = 1; i < mHits.size(); ++i) {
+            const PointHit hit = mHits[i];
+            size_t at = i;
+            for (; at > 0 && hit < mHits[at - 1]; --at)
+                mHits[at] = mHits[at - 1];
+            mHits[at] = hit;
+        }
+    }
+
     static bool nearer(const PointHit &a, const PointHit &b) { return a.distance < b.distance; }
 
     void insert(const PointHit &hit, size_t end)

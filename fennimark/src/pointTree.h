@@ -9,7 +9,7 @@
 /// Distances to cells are computed by the expression of the distances to points, so that rounding is monotone: a cell is
 /// never farther than a point in it.
 #pragma once
-#include <QtAlgorithms>
+#include <QtGlobal>
 #include <algorithm>
 #include <cstring>
 #include <functional>
@@ -104,16 +104,18 @@ template <class Sink> void PointTree::scanLeaf(quint32 leaf, double x, double y,
         const double dy = points.y[i] - y;
         distance[i] = dx * dx + dy * dy;
     }
-    // One test for the leaf: most leaves have no point that is near enough.
+    // Few points of a leaf are near enough, and which ones cannot be predicted: they are listed without branches.
     const double limit = sink.limit();
-    quint32 near = 0;
-    for (quint32 i = 0; i < kLeafSize; ++i)
-        near |= static_cast<quint32>(distance[i] <= limit) << i;
-    for (; near != 0; near &= near - 1) {
-        const quint32 i = qCountTrailingZeroBits(near);
-        const quint32 slot = leaf * kLeafSize + i;
+    quint32 near[kLeafSize];
+    quint32 found = 0;
+    for (quint32 i = 0; i < kLeafSize; ++i) {
+        near[found] = i;
+        found += distance[i] <= limit;
+    }
+    for (quint32 n = 0; n < found; ++n) {
+        const quint32 i = near[n];
         if (distance[i] <= sink.limit())
-            sink.offer(distance[i], points.id[i], slot);
+            sink.offer(distance[i], points.id[i], leaf * kLeafSize + i);
     }
 }
 
