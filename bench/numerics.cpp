@@ -157,6 +157,20 @@ void addSvdAndAccess(std::vector<Pair> &table)
                      })});
 }
 
+// 10,000 steps of an exhaustive walk an iteration.
+template <class Iterator> pairs::Body walk(int n, int k)
+{
+    return [n, k](benchmark::State &state) {
+        Iterator it(n, k);
+        for (auto _ : state) {
+            for (int i = 0; i < 10000; ++i)
+                it++;
+            if (it.done())
+                it.reset();
+        }
+    };
+}
+
 void addSequences(std::vector<Pair> &table)
 {
     static std::mt19937 standard(5489);
@@ -212,38 +226,11 @@ void addSequences(std::vector<Pair> &table)
             DoNotOptimize(ids.data());
         }
     };
-    table.push_back({"10,000 permutations of 10", "std::next_permutation", 2.0,
-                     [](benchmark::State &state) {
-                         permutationIt it(10, 10);
-                         for (auto _ : state) {
-                             for (int i = 0; i < 10000; ++i)
-                                 it++;
-                             if (it.done())
-                                 it.reset();
-                         }
-                     },
+    table.push_back({"10,000 permutations of 10", "std::next_permutation", 2.0, walk<permutationIt>(10, 10),
                      standardPermutations});
-    table.push_back({"10,000 arrangements of 5 in 30", "std::next_permutation", 2.0,
-                     [](benchmark::State &state) {
-                         permutationIt it(30, 5);
-                         for (auto _ : state) {
-                             for (int i = 0; i < 10000; ++i)
-                                 it++;
-                             if (it.done())
-                                 it.reset();
-                         }
-                     },
+    table.push_back({"10,000 arrangements of 5 in 30", "std::next_permutation", 2.0, walk<permutationIt>(30, 5),
                      standardPermutations});
-    table.push_back({"10,000 combinations of 10 in 30", "std::next_permutation", 2.0,
-                     [](benchmark::State &state) {
-                         combinationIt it(30, 10);
-                         for (auto _ : state) {
-                             for (int i = 0; i < 10000; ++i)
-                                 it++;
-                             if (it.done())
-                                 it.reset();
-                         }
-                     },
+    table.push_back({"10,000 combinations of 10 in 30", "std::next_permutation", 2.0, walk<combinationIt>(30, 10),
                      standardPermutations});
 }
 

@@ -22,18 +22,6 @@ QString fullName(int dataset)
     return geographyName(VORN_GetGeographyId(dataset)) + QLatin1Char('/') + datasetName(dataset);
 }
 
-QString textOf(const datum &value)
-{
-    switch (value.type) {
-    case 0:
-        return exactNumber(value.decimalValue);
-    case 1:
-        return QString::number(value.integerValue);
-    default:
-        return value.stringValue;
-    }
-}
-
 /// The values of a dataset that holds for good, as texts; a null text is missing.
 QStringList constantTexts(int dataset)
 {
@@ -48,6 +36,18 @@ QStringList constantTexts(int dataset)
 }
 
 } // namespace
+
+QString textOf(const datum &value)
+{
+    switch (value.type) {
+    case 0:
+        return exactNumber(value.decimalValue);
+    case 1:
+        return QString::number(value.integerValue);
+    default:
+        return value.stringValue;
+    }
+}
 
 HostController &controller()
 {

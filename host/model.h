@@ -3,6 +3,7 @@
 #pragma once
 #include "datainterface/DataType.h"
 #include "datainterface/TimeStamp.h"
+#include "datainterface/datum.h"
 #include "times.h"
 #include <QString>
 #include <QStringList>
@@ -25,6 +26,9 @@ MDataset *datasetOf(int id);
 QVector<int> geographyIds();
 /// Ascending; empty for an unknown geography.
 QVector<int> datasetIds(int geography);
+
+/// A value as text that reads back.
+QString textOf(const datum &value);
 
 QString geographyName(int id);
 QString datasetName(int id);

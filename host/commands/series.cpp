@@ -28,18 +28,6 @@ QJsonValue toJson(const datum &value)
     }
 }
 
-QString toText(const datum &value)
-{
-    switch (value.type) {
-    case 0:
-        return exactNumber(value.decimalValue);
-    case 1:
-        return QString::number(value.integerValue);
-    default:
-        return value.stringValue;
-    }
-}
-
 void run(const Options &options, const Context &context)
 {
     Session session(context.session, context.console);
@@ -69,7 +57,7 @@ void run(const Options &options, const Context &context)
             entry.insert(QStringLiteral("end"), axis.show(interval.endTime));
         }
         entries.append(entry);
-        table.add({when, there ? toText(value) : QStringLiteral("-")});
+        table.add({when, there ? textOf(value) : QStringLiteral("-")});
     }
     const QString key = objectKeys(geography).value(object);
     if (context.console.json)

@@ -12,16 +12,11 @@
 namespace meridor {
 namespace {
 
-QString textOf(const datum &value)
+// A null text stands for a missing value here, so an empty one that is held must not be null.
+QString heldText(const datum &value)
 {
-    switch (value.type) {
-    case 0:
-        return exactNumber(value.decimalValue);
-    case 1:
-        return QString::number(value.integerValue);
-    default:
-        return value.stringValue.isNull() ? QStringLiteral("") : value.stringValue;
-    }
+    const QString text = textOf(value);
+    return text.isNull() ? QStringLiteral("") : text;
 }
 
 Snapshot::Series seriesOf(int dataset, qint64 &count)
@@ -34,7 +29,7 @@ Snapshot::Series seriesOf(int dataset, qint64 &count)
         VORN_GetDataValues(dataset, 0, instantOf(interval), values, missing);
         QStringList texts;
         for (int i = 0; i < values.size(); ++i)
-            texts.append(missing.contains(i) ? QString() : textOf(values[i]));
+            texts.append(missing.contains(i) ? QString() : heldText(values[i]));
         count += values.size() - missing.size();
         series.values.append(texts);
     }
