@@ -87,9 +87,8 @@ void addClasses(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("classes", "Cut a dataset's values into classes");
-    textOption(command, "PROJECT", options->project, "The project")->required();
-    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
-        ->required();
+    projectArgument(command, options->project);
+    datasetArgument(command, options->dataset);
     textOption(command, "--method", options->method, "How to cut")
         ->default_str("jenks")
         ->check(CLI::IsMember({"equal", "quantile", "jenks"}));

@@ -34,6 +34,9 @@ void addDemo(CLI::App &app, Context &context);
 CLI::Option *textOption(CLI::App &app, const char *name, QString &target, const char *help);
 /// May be given several times, one text each.
 CLI::Option *textsOption(CLI::App &app, const char *name, QStringList &target, const char *help);
+/// The arguments PROJECT and DATASET.
+void projectArgument(CLI::App &command, QString &project);
+void datasetArgument(CLI::App &command, QString &dataset);
 /// --overwrite, for verbs that write a file.
 void overwriteOption(CLI::App &app, Context &context);
 

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Verbs that change a project. It is written whole beside the old file, which goes only when the
-// new one is complete.
-#include "commands/commands.h"
+// Other names, and fewer datasets and geographies.
+#include "commands/projectEdit.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
 #include "failure.h"
 #include "model.h"
-#include "safeFile.h"
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
@@ -16,10 +14,9 @@ namespace meridor {
 namespace {
 
 struct Options {
-    QString project;
+    EditTarget target;
     QStringList names;
     QString newName;
-    QString output; ///< empty: the project itself
     bool geography = false;
 };
 
@@ -65,31 +62,25 @@ void removeGeographies(const Options &options)
         controller().RemoveGeography(id);
 }
 
-/// Loads, changes and saves; nothing is written when the change fails.
 template <class Change>
 void edit(const Options &options, const Context &context, const char *done, Change change)
 {
-    const QString target = options.output.isEmpty() ? options.project : options.output;
-    requireWritable(target, context.overwrite || options.output.isEmpty());
-    Session session(context.session, context.console);
-    session.load(options.project);
-    change();
-    session.save(target);
+    editProject(options.target, context, [&change](Session &) { change(); });
+    const QString file = options.target.file();
     if (context.console.json)
         context.console.print(
-            QJsonObject{{QStringLiteral("project"), target},
+            QJsonObject{{QStringLiteral("project"), file},
                         {QLatin1String(done), QJsonArray::fromStringList(options.names)}});
     else
         context.console.print(
             QStringLiteral("%1: %2 %3")
-                .arg(target, QLatin1String(done), options.names.join(QStringLiteral(", "))));
+                .arg(file, QLatin1String(done), options.names.join(QStringLiteral(", "))));
 }
 
 void addTarget(CLI::App &command, Options &options, Context &context)
 {
-    textOption(command, "--output", options.output, "Write here (default: the project itself)");
+    targetOptions(command, options.target, context);
     command.add_flag("--geography", options.geography, "A geography, not a dataset");
-    overwriteOption(command, context);
 }
 
 } // namespace
@@ -98,7 +89,7 @@ void addRename(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("rename", "Give a dataset or a geography another name");
-    textOption(command, "PROJECT", options->project, "The project")->required();
+    projectArgument(command, options->target.project);
     command
         .add_option_function<std::string>(
             "NAME",
@@ -126,7 +117,7 @@ void addRemove(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("remove", "Remove datasets or geographies");
-    textOption(command, "PROJECT", options->project, "The project")->required();
+    projectArgument(command, options->target.project);
     textsOption(command, "NAME", options->names, "Datasets, or geographies with --geography")
         ->required()
         ->expected(1, 1000)

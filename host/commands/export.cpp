@@ -202,7 +202,7 @@ void addExport(CLI::App &app, Context &context)
     auto options = std::make_shared<Options>();
     CLI::App &command =
         *app.add_subcommand("export", "Write datasets as a table: CSV, GeoEAS or DBF");
-    textOption(command, "PROJECT", options->project, "The project")->required();
+    projectArgument(command, options->project);
     textOption(command, "TABLE", options->output, "The file to write; its ending tells the format")
         ->required();
     textsOption(command, "--datasets", options->datasets,

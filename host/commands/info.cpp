@@ -170,7 +170,7 @@ void addInfo(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("info", "Tell what a project holds");
-    textOption(command, "PROJECT", options->project, "The project")->required();
+    projectArgument(command, options->project);
     textOption(command, "--at", options->at, "Also name the objects that exist at this time");
     command.footer("Example:\n  meridor info income.vorn --at 1850-12-31");
     command.callback(

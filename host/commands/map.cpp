@@ -87,9 +87,8 @@ void addMap(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("map", "Draw a dataset at one time as a picture");
-    textOption(command, "PROJECT", options->project, "The project")->required();
-    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
-        ->required();
+    projectArgument(command, options->project);
+    datasetArgument(command, options->dataset);
     textOption(command, "PICTURE", options->output, "The PNG file to write")->required();
     textOption(command, "--at", options->at, "The time (default: the dataset's last)");
     textOption(command, "--title", options->title, "Title (default: the dataset's name)");

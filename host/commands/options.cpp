@@ -26,6 +26,17 @@ CLI::Option *textsOption(CLI::App &app, const char *name, QStringList &target, c
         ->allow_extra_args(false);
 }
 
+void projectArgument(CLI::App &command, QString &project)
+{
+    textOption(command, "PROJECT", project, "The project")->required();
+}
+
+void datasetArgument(CLI::App &command, QString &dataset)
+{
+    textOption(command, "DATASET", dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
+        ->required();
+}
+
 void overwriteOption(CLI::App &app, Context &context)
 {
     app.add_flag("--overwrite", context.overwrite,

@@ -74,9 +74,8 @@ void addSeries(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     CLI::App &command = *app.add_subcommand("series", "One object's values over time");
-    textOption(command, "PROJECT", options->project, "The project")->required();
-    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
-        ->required();
+    projectArgument(command, options->project);
+    datasetArgument(command, options->dataset);
     textOption(command, "OBJECT", options->object,
                "The object's key, or its name in a text dataset")
         ->required();

@@ -176,9 +176,8 @@ void addStats(CLI::App &app, Context &context)
     auto options = std::make_shared<Options>();
     CLI::App &command =
         *app.add_subcommand("stats", "Statistics of a dataset: at each time and over all");
-    textOption(command, "PROJECT", options->project, "The project")->required();
-    textOption(command, "DATASET", options->dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
-        ->required();
+    projectArgument(command, options->project);
+    datasetArgument(command, options->dataset);
     textsOption(command, "--at", options->at, "A time, in place of all; repeatable");
     command.footer("Example:\n  meridor stats income.vorn income --at 1929 --at 2009");
     command.callback(

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include "commands/projectEdit.h"
+#include "safeFile.h"
+
+namespace meridor {
+
+void targetOptions(CLI::App &command, EditTarget &target, Context &context)
+{
+    textOption(command, "--output", target.output, "Write here (default: the project itself)");
+    overwriteOption(command, context);
+}
+
+void editProject(const EditTarget &target, const Context &context,
+                 const std::function<void(Session &)> &change)
+{
+    requireWritable(target.file(), context.overwrite || target.output.isEmpty());
+    Session session(context.session, context.console);
+    session.load(target.project);
+    change(session);
+    session.save(target.file());
+}
+
+} // namespace meridor
