@@ -3,7 +3,9 @@
 #pragma once
 #include <QDate>
 #include <QDateTime>
+#include <QList>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QTime>
 #include <QVector>
@@ -13,11 +15,15 @@
 #include "datainterface/TimeStamp.h"
 #include "datainterface/export.h"
 
+class MAttributes;
 class MDataSource;
+class MDatum;
+class MLinker;
 class QDataStream;
 struct RectInT;
 
-/// A QObject so that views can listen. Owns its data source, which the derived class makes.
+/// A QObject so that views can listen. Owns its data source, which the derived class makes, and the
+/// attributes that the application adds.
 class DATAINTERFACE_EXPORT MGeoData : public QObject {
     Q_OBJECT
 public:
@@ -50,6 +56,25 @@ public:
     virtual QString TimeStepToString(const TimeStep &step);
     /// True when an object exists at a time that the dataset does not cover.
     virtual bool HasObjectsWithMissingData(int dataset) const = 0;
+    /// Sets an attribute of population 0 for each object whose value at the time is one of
+    /// `values`; the others keep theirs. Views hear of it once. Values compare by type: an integer
+    /// dataset holds no 1.0. Nothing happens without attributes. Raises "Invalid dataset type" for
+    /// a dataset that is not of this geography.
+    virtual void SelectObjectsByValue(int dataset, int realization, qint64 time,
+                                      const QSet<MDatum> &values, int attribute) = 0;
+    /// The same for the numbers from `low` to `high`, both included. Texts are no numbers.
+    virtual void SelectObjectsByRange(int dataset, int realization, qint64 time, double low,
+                                      double high, int attribute) = 0;
+
+    /// Flags that views share; owned from now on. Population 0, the first, is the one in use.
+    void AddAttributes(MAttributes *attributes);
+    /// Null before they are added. Any population but 0 raises "Invalid attribute population id".
+    MAttributes *GetAttributes(int population) const;
+    /// A view on this geography; not owned. When the last one dies population 0 goes back to its
+    /// idle state: attribute 0 set for all objects, attributes 1 and 2 clear.
+    void AddObjectManager(MLinker *view);
+    /// Any of the views; null when there is none.
+    MLinker *GetObjectManager() const;
 
     void RemoveListener(QObject *listener);
     /// Connects the data source's three variogram signals to VariogramModelAddedSlot, ...RemovedSlot and ...ChangedSlot,
@@ -89,7 +114,16 @@ public:
 Q_SIGNALS:
     void GeographyNameChangedSignal(MGeoData *geography, const char *name);
 
+protected Q_SLOTS:
+    virtual void ObjectManagerDyingSlot(MLinker *view);
+
 protected:
+    // What both kinds of geography do alike for a selection.
+    void selectByValue(int dataset, int realization, qint64 time, const QSet<MDatum> &values,
+                       int attribute);
+    void selectByRange(int dataset, int realization, qint64 time, double low, double high,
+                       int attribute);
+
     /// The fields that every kind of geography fills alike.
     GeoProps BaseProperties();
 
@@ -109,4 +143,10 @@ protected:
     bool mIsStatic = false;
     QString mFilePath; ///< where the data source keeps its files; never streamed
     MDataSource *mDataSource = nullptr;
+    QList<MAttributes *> mAttributes;
+    QSet<MLinker *> mObjectManagers; ///< not owned
+
+private:
+    template <class Test>
+    void selectWhere(int dataset, int realization, qint64 time, int attribute, Test test);
 };

@@ -24,6 +24,10 @@ public:
     TimeStamp GetTimeBounds() override;
     RectInT GetBoundingRect() const override;
     bool HasObjectsWithMissingData(int dataset) const override;
+    void SelectObjectsByValue(int dataset, int realization, qint64 time, const QSet<MDatum> &values,
+                              int attribute) override;
+    void SelectObjectsByRange(int dataset, int realization, qint64 time, double low, double high,
+                              int attribute) override;
     /// Makes the data source, once. False for a grid that cannot be: see MRasterDataSource::IsGrid.
     virtual bool Initialize(int rows, int columns, const QRectF &bounds);
 

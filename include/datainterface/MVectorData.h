@@ -31,6 +31,10 @@ public:
     /// MGeoData's slots and ObjectsWillBeRemovedSlot, ObjectsWereRemovedSlot, each (int, const QSet<int> &).
     bool AddListener(QObject *listener) override;
     bool HasObjectsWithMissingData(int dataset) const override;
+    void SelectObjectsByValue(int dataset, int realization, qint64 time, const QSet<MDatum> &values,
+                              int attribute) override;
+    void SelectObjectsByRange(int dataset, int realization, qint64 time, double low, double high,
+                              int attribute) override;
 
     /// Takes the geometry over, makes the data source and numbers the objects. @return always true.
     /// @param createDefaultWeightSet  asks for the neighbour set that suits the kind of objects.

@@ -2,7 +2,9 @@
 #include "datainterface/MGeoData.h"
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
+#include "datainterface/MAttributes.h"
 #include "datainterface/MDataSource.h"
+#include "datainterface/MLinker.h"
 #include "datainterface/VersionAPI.h"
 #include "fennimark/geometryTypes.h"
 #include "frame/listeners.h"
@@ -63,6 +65,9 @@ MGeoData::MGeoData(const QString &name, TimeFormat format, const QString &filePa
 MGeoData::~MGeoData()
 {
     delete mDataSource;
+    qDeleteAll(mAttributes);
+    for (MLinker *view : std::as_const(mObjectManagers))
+        disconnect(view, nullptr, this, nullptr);
 }
 
 bool MGeoData::SaveToStream(QDataStream &out)

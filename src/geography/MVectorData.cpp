@@ -2,6 +2,8 @@
 #include "datainterface/MVectorData.h"
 #include <algorithm>
 #include "Common/detail/failure.h"
+#include "datainterface/MAttributes.h"
+#include "datainterface/MDatum.h"
 #include "datainterface/MVectorDataSource.h"
 #include "fennimark/FMObjectChain.h"
 #include "fennimark/FMProjectionInfo.h"
@@ -19,6 +21,9 @@ const Connection kObjectConnections[] = {
     {SIGNAL(ObjectsWereRemovedSignal(int, const QSet<int> &)),
      SLOT(ObjectsWereRemovedSlot(int, const QSet<int> &))},
 };
+
+// What the objects' numbers have moved under.
+constexpr int kSelectedAttribute = 1;
 
 int propertyType(Fennims::GeoTypes type)
 {
@@ -157,6 +162,18 @@ bool MVectorData::HasObjectsWithMissingData(int dataset) const
     return false;
 }
 
+void MVectorData::SelectObjectsByValue(int dataset, int realization, qint64 time,
+                                       const QSet<MDatum> &values, int attribute)
+{
+    selectByValue(dataset, realization, time, values, attribute);
+}
+
+void MVectorData::SelectObjectsByRange(int dataset, int realization, qint64 time, double low,
+                                       double high, int attribute)
+{
+    selectByRange(dataset, realization, time, low, high, attribute);
+}
+
 void MVectorData::RemoveObjects(const QSet<int> &objects)
 {
     QSet<int> present;
@@ -174,6 +191,10 @@ void MVectorData::RemoveObjects(const QSet<int> &objects)
     mFennimIdMap = kept;
     indexFennimIds();
     mVectorDataSource->RemoveObjects(present);
+    for (MAttributes *attributes : std::as_const(mAttributes)) {
+        attributes->RemoveObjects(present);
+        attributes->SetAllAttribute(kSelectedAttribute, false);
+    }
     Q_EMIT ObjectsWereRemovedSignal(mId, objects);
     mVectorDataSource->AnnounceChangedDatasets(mVectorDataSource->GetDatasetIds());
 }

@@ -135,6 +135,18 @@ bool MRasterData::HasObjectsWithMissingData(int dataset) const
     return mRasterDataSource->HasMissingValues(dataset);
 }
 
+void MRasterData::SelectObjectsByValue(int dataset, int realization, qint64 time,
+                                       const QSet<MDatum> &values, int attribute)
+{
+    selectByValue(dataset, realization, time, values, attribute);
+}
+
+void MRasterData::SelectObjectsByRange(int dataset, int realization, qint64 time, double low,
+                                       double high, int attribute)
+{
+    selectByRange(dataset, realization, time, low, high, attribute);
+}
+
 bool MRasterData::GetPixelBounds(unsigned int column, unsigned int row, QRectF &rect) const
 {
     return mRasterDataSource->GetPixelBounds(column, row, rect);

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+/// One operation on the flags of an attribute.
+#pragma once
+#include <algorithm>
+#include "datainterface/MAttributes.h"
+
+/// Changes flags and gathers the ids of those that really changed, if anybody listens.
+class MAttributes::Change {
+public:
+    Change(MAttributes &attributes, int attribute)
+        : mAttributes(attributes),
+          mFlags(attributes.flagsOf(attribute)),
+          mIsObserved(attributes.isObserved())
+    {
+        mChanged.attribute = attribute;
+    }
+
+    void set(unsigned int id, bool state)
+    {
+        if (mFlags && mAttributes.isObject(id) && mAttributes.readFlag(mFlags, id) != state) {
+            mAttributes.writeFlag(mFlags, id, state);
+            note(id);
+        }
+    }
+
+    void toggle(unsigned int id)
+    {
+        if (mFlags && mAttributes.isObject(id)) {
+            mAttributes.writeFlag(mFlags, id, !mAttributes.readFlag(mFlags, id));
+            note(id);
+        }
+    }
+
+    /// The last act: a listener can do anything.
+    void announce()
+    {
+        if (mChanged.ids.isEmpty())
+            return;
+        mChanged.state =
+            std::any_of(mChanged.ids.cbegin(), mChanged.ids.cend(),
+                        [this](unsigned int id) { return mAttributes.readFlag(mFlags, id); });
+        Q_EMIT mAttributes.AttributeChangedSignal(mChanged);
+    }
+
+private:
+    // What changes a second time is as it was.
+    void note(unsigned int id)
+    {
+        if (mIsObserved && !mChanged.ids.remove(id))
+            mChanged.ids.insert(id);
+    }
+
+    MAttributes &mAttributes;
+    unsigned char *mFlags;
+    bool mIsObserved;
+    changedAttributes mChanged;
+};
