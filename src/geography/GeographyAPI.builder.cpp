@@ -13,7 +13,7 @@
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
-#include "frame/callFrame.h"
+#include "geography/shapeFrame.h"
 
 using namespace datainterface;
 
@@ -49,19 +49,6 @@ public:
 private:
     const QString mPath;
 };
-
-RectInT boxOf(const QRectF &bounds, qint64 start, qint64 end)
-{
-    RectInT box;
-    box.xMin = bounds.x();
-    box.xMax = bounds.x() + bounds.width();
-    box.yMin = bounds.y();
-    box.yMax = bounds.y() + bounds.height();
-    box.start = static_cast<double>(start);
-    box.end = static_cast<double>(end);
-    box.flags = kBothInclusive;
-    return box;
-}
 
 timeRange rangeOf(const Interval &interval)
 {

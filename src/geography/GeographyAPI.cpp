@@ -1,10 +1,78 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/GeographyAPI.h"
-#include "frame/callFrame.h"
+#include "Common/detail/failure.h"
+#include "datainterface/MRasterData.h"
+#include "geography/shapeFrame.h"
+#include "sources/dataFrame.h"
 
 using namespace datainterface;
 
 GeoProps VORN_GetGeographyProperties(int geographyId)
 {
-    return onGeography(geographyId, GeoProps(), [](MGeoData &geography) { return geography.GetProperties(); });
+    return onGeography(geographyId, GeoProps(),
+                       [](MGeoData &geography) { return geography.GetProperties(); });
+}
+
+void *VORN_GetGeography(int geographyId)
+{
+    return controller()->GetGeoData().value(geographyId);
+}
+
+QVector<int> VORN_GetGeographyIds()
+{
+    return controller()->GetGeoData().keys().toVector();
+}
+
+bool VORN_RemoveGeography(int geographyId)
+{
+    if (!controller()->GetGeoData().contains(geographyId))
+        return false;
+    controller()->RemoveGeography(geographyId);
+    return true;
+}
+
+bool VORN_GetObservationTimes(int geographyId, unsigned int object, QVector<Interval> &intervals)
+{
+    return onGeography<MVectorData>(geographyId, false, [&](const MVectorData &geography) {
+        if (object >= geography.GetObjectCount())
+            return false;
+        const FMObjectChain *chain = chainOf(geography, object);
+        require(chain != nullptr, "Invalid object chain");
+        intervals.clear();
+        for (const auto &observation : chain->GetObservations())
+            intervals.append(TimeStamp(observation.first));
+        return true;
+    });
+}
+
+bool VORN_ObjectExistsAtTime(int geographyId, unsigned int object, qint64 time)
+{
+    return onGeography<MVectorData>(geographyId, false, [&](const MVectorData &geography) {
+        const FMObjectChain *chain = chainOf(geography, object);
+        if (!chain)
+            return false;
+        const timeRange range = chain->GetObservation(time).first;
+        return range.end >= range.start;
+    });
+}
+
+bool VORN_GetAllObjectTimes(int geographyId, QVector<Interval> &intervals)
+{
+    return onGeography(geographyId, false, [&](MGeoData &geography) {
+        if (const auto *vectors = asKind<MVectorData>(&geography))
+            intervals = toIntervals(vectors->GetMergedObjectTimes());
+        else
+            intervals = {geography.GetTimeBounds()};
+        return true;
+    });
+}
+
+unsigned int VORN_GetObjectCount(int geographyId, qint64 time)
+{
+    return onGeography(geographyId, 0U, [time](MGeoData &geography) {
+        const auto *vectors = asKind<MVectorData>(&geography);
+        if (!vectors)
+            return geography.GetObjectCount();
+        return static_cast<unsigned int>(vectors->GetFennims()->GetObservationsAtTime(time).size());
+    });
 }

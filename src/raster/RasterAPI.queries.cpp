@@ -3,12 +3,9 @@
 #include <memory>
 #include "datainterface/MRasterData.h"
 #include "datainterface/MRasterDataSource.h"
-#include "datainterface/MVectorData.h"
 #include "datainterface/RasterAPI.h"
-#include "fennimark/FMObjectChain.h"
 #include "fennimark/FMPolygon.h"
-#include "fennimark/Fennims.h"
-#include "frame/callFrame.h"
+#include "geography/shapeFrame.h"
 
 using namespace datainterface;
 
@@ -25,29 +22,6 @@ std::unique_ptr<FMPolygon> polygonOf(const QList<QVector<QPointF>> &rings)
     for (const QVector<QPointF> &ring : rings)
         polygons.append(QPolygonF(ring));
     return std::make_unique<FMPolygon>(polygons, 0);
-}
-
-/// `call` on the polygon that an object is at a time; false when it is none.
-template <class Call> bool onPolygon(int geographyId, unsigned int object, qint64 time, Call call)
-{
-    return onGeography<MVectorData>(geographyId, false, [&](const MVectorData &geography) {
-        if (object >= geography.GetObjectCount())
-            return false;
-        const Fennims &fennims = *geography.GetFennims();
-        const FMObjectChain *chain = fennims.GetChainById(geography.GetFennimId(object));
-        const int recordId = chain ? chain->GetObservation(time).second : -1;
-        const HilbertTree &tree = *fennims.mTree;
-        const HilbertTreeRecord *record = recordId < 0 ? nullptr : tree.CheckOutRecord(recordId, true);
-        if (!record)
-            return false;
-        const TreeObject *shape = record->GetTreeObject(&tree);
-        const auto *polygon = dynamic_cast<const FMPolygon *>(shape);
-        const bool result = polygon && call(*polygon);
-        if (shape)
-            record->ReturnTreeObject(&tree);
-        tree.CheckInRecord(recordId);
-        return result;
-    });
 }
 
 /// The simple pieces of a polygon; they are owned here unless the polygon is simple itself.
@@ -133,7 +107,7 @@ bool VORN_GetPixelCentersInPolygon(int geographyId, int polygonGeography, unsign
                                    RasterPixels &pixels)
 {
     return onGrid(geographyId, [&](const MRasterDataSource &source) {
-        return onPolygon(polygonGeography, object, time,
+        return onShape<FMPolygon>(polygonGeography, object, time,
                          [&](const FMPolygon &polygon) { return source.PolygonQuery(&polygon, pixels); });
     });
 }
@@ -208,7 +182,7 @@ bool VORN_QueryRasterWithPolygon(int geographyId, const QList<QVector<QPointF>> 
 bool VORN_QueryRasterWithPolygon(int geographyId, int polygonGeography, unsigned int object, qint64 time,
                                  RasterPixels &pixels, QVector<double> *areas)
 {
-    return onPolygon(polygonGeography, object, time, [&](const FMPolygon &polygon) {
+    return onShape<FMPolygon>(polygonGeography, object, time, [&](const FMPolygon &polygon) {
         try {
             return queryPolygon(geographyId, polygon, pixels, areas);
         } catch (...) {

