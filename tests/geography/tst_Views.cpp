@@ -1,0 +1,500 @@
+// SPDX-License-Identifier: MIT
+// Shared attributes against naive sets, groups of views that live and die, selection by values.
+#include <QtTest>
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <random>
+#include "datainterface/DataAPI.h"
+#include "datainterface/MDatum.h"
+#include "datainterface/MLinker.h"
+#include "datainterface/MRasterAttributes.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/RasterAPI.h"
+#include "support/model.h"
+#include "support/support.h"
+
+namespace {
+
+using IdSet = QSet<unsigned int>;
+
+// A view that notes what reaches it.
+class View : public MLinker {
+public:
+    View() = default;
+    explicit View(MAttributes *attributes) : MLinker(attributes) {}
+    bool UpdateView() override
+    {
+        ++updates;
+        delete victim;
+        victim = nullptr;
+        return answer;
+    }
+    void ClearSelection() override { ++clearings; }
+
+    int updates = 0;
+    int clearings = 0;
+    bool answer = true;
+    View *victim = nullptr; ///< dies in the next update
+    QList<changedAttributes> changes;
+    QList<bool> primary;
+
+protected:
+    void PrimarySelectorStatusChanged(bool isPrimary) override { primary.append(isPrimary); }
+    void AttributeChanged(const changedAttributes &change) override { changes.append(change); }
+};
+
+std::unique_ptr<MAttributes> makeAttributes(bool isRaster, int columns, int rows)
+{
+    if (isRaster)
+        return std::make_unique<MRasterAttributes>(columns, rows);
+    return std::make_unique<MAttributes>(columns * rows);
+}
+
+QVector<unsigned int> sorted(const IdSet &ids)
+{
+    QVector<unsigned int> result(ids.cbegin(), ids.cend());
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
+// The set of the ids for which the two differ.
+IdSet difference(const IdSet &a, const IdSet &b)
+{
+    return (a - b) + (b - a);
+}
+
+} // namespace
+
+class TestViews : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void flagsFollowNaiveSets_data();
+    void flagsFollowNaiveSets();
+    void gridsPackBitsByRow();
+    void rescaledFlagsAreThoseOfSteppedCells();
+    void resizingKeepsWhatBothHave();
+    void unknownAttributesAndObjectsAreLeftAlone();
+    void groupsDriveAllTheirViews();
+    void oneViewOfAGroupLeads();
+    void viewsAndAttributesDieInAnyOrder();
+    void theLastViewLeavesTheIdleState();
+    void selectionByValues_data();
+    void selectionByValues();
+    void removedObjectsLeaveTheAttributes();
+};
+
+void TestViews::flagsFollowNaiveSets_data()
+{
+    QTest::addColumn<bool>("isRaster");
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<int>("rows");
+    QTest::newRow("objects") << false << 37 << 1;
+    QTest::newRow("cells, rows with unused bits") << true << 11 << 7;
+    QTest::newRow("cells, whole bytes") << true << 16 << 3;
+}
+
+// Every operation on random ids, beyond the last one too: the flags, the counts, and one change set
+// that holds exactly what became different.
+void TestViews::flagsFollowNaiveSets()
+{
+    QFETCH(bool, isRaster);
+    QFETCH(int, columns);
+    QFETCH(int, rows);
+    const unsigned seed = std::random_device()();
+    std::mt19937 engine(seed);
+    const auto random = [&engine] { return static_cast<unsigned int>(engine()); };
+    const auto attributes = makeAttributes(isRaster, columns, rows);
+    auto *grid = qobject_cast<MRasterAttributes *>(attributes.get());
+    const auto count = static_cast<unsigned int>(columns * rows);
+    QVector<IdSet> model(3);
+    for (int i = 0; i < model.size(); ++i)
+        QCOMPARE(attributes->AddAttribute(), i);
+    View view(attributes.get());
+    view.SetAttributes(attributes.get()); // the same ones again: still one change an operation
+    for (int step = 0; step < 400; ++step) {
+        const QString where = QStringLiteral("seed %1, step %2").arg(seed).arg(step);
+        const int attribute = static_cast<int>(random() % 3);
+        const bool state = random() % 2 == 0;
+        const bool isObserved = step % 4 != 0;
+        IdSet ids;
+        for (unsigned int i = random() % count; i > 0; --i)
+            ids.insert(random() % (count + 3));
+        IdSet all;
+        for (unsigned int id = 0; id < count; ++id)
+            all.insert(id);
+        const IdSet present = ids & all;
+        const QRect rect(static_cast<int>(random() % 9) - 2, static_cast<int>(random() % 9) - 2, 4,
+                         3);
+        IdSet inRect;
+        for (unsigned int id : qAsConst(all))
+            if (rect.contains(static_cast<int>(id) % columns, static_cast<int>(id) / columns))
+                inRect.insert(id);
+        if (!isObserved)
+            view.SetAttributes(nullptr);
+        IdSet &expected = model[attribute];
+        const IdSet before = expected;
+        const auto put = [&](const IdSet &which) {
+            expected = state ? expected + which : expected - which;
+        };
+        const auto flip = [&](const IdSet &which) { expected = difference(expected, which); };
+        switch (random() % (isRaster ? 10 : 7)) {
+        case 0:
+            QCOMPARE(attributes->SetAttribute(attribute, count / 2, state),
+                     before.contains(count / 2));
+            put({count / 2});
+            break;
+        case 1: attributes->SetAttributeIds(attribute, sorted(ids), state), put(present); break;
+        case 2: attributes->SetAttributeIds(attribute, ids, state), put(present); break;
+        case 3: attributes->SetAllAttribute(attribute, state), put(all); break;
+        case 4: attributes->ToggleAttribute(attribute, count - 1), flip({count - 1}); break;
+        case 5: attributes->ToggleAttributeIds(attribute, ids), flip(present); break;
+        case 6: attributes->ToggleAllAttributeIds(attribute), flip(all); break;
+        case 7: grid->SetAttributeRect(attribute, rect, state), put(inRect); break;
+        case 8: grid->ToggleAttributeRect(attribute, rect), flip(inRect); break;
+        default: {
+            QList<unsigned int> twice = sorted(ids).toList();
+            twice += sorted(ids).mid(ids.size() / 2).toList();
+            grid->ToggleAttributeIds(attribute, twice);
+            const QVector<unsigned int> once = sorted(ids).mid(0, ids.size() / 2);
+            flip(IdSet(once.cbegin(), once.cend()) & all);
+        }
+        }
+        if (!isObserved)
+            view.SetAttributes(attributes.get());
+        const IdSet changed = difference(before, expected);
+        QVERIFY2(attributes->GetIdsByState(attribute, true) == sorted(expected), qPrintable(where));
+        QVERIFY2(attributes->GetIdsByState(attribute, false) == sorted(all - expected),
+                 qPrintable(where));
+        QVERIFY2(attributes->GetStateCount(attribute, true) == expected.size(), qPrintable(where));
+        QVERIFY2(attributes->GetStateCount(attribute, false) == (all - expected).size(),
+                 qPrintable(where));
+        QVERIFY2(view.changes.size() == (changed.isEmpty() || !isObserved ? 0 : 1),
+                 qPrintable(where));
+        if (!view.changes.isEmpty()) {
+            const changedAttributes change = view.changes.takeFirst();
+            QVERIFY2(change.attribute == attribute && change.ids == changed, qPrintable(where));
+            QVERIFY2(change.state == !(changed & expected).isEmpty(), qPrintable(where));
+        }
+        const unsigned int any = random() % count;
+        QCOMPARE(
+            attributes->GetObjectAttributes(any),
+            (QList<bool>{model[0].contains(any), model[1].contains(any), model[2].contains(any)}));
+    }
+}
+
+void TestViews::gridsPackBitsByRow()
+{
+    MRasterAttributes grid(10, 3);
+    grid.AddAttribute();
+    QCOMPARE(grid.GetByteCount(), 6);
+    grid.SetAllAttribute(0, true);
+    grid.SetAttribute(0, 9, 1, false);
+    QVERIFY(!grid.GetAttribute(0, 19u) && grid.GetAttribute(0, 9, 2)
+            && !grid.GetAttribute(0, 10, 0));
+    QCOMPARE(QByteArray(reinterpret_cast<const char *>(grid.GetAttributeVector(0)), 6),
+             QByteArray("\xFF\x03\xFF\x01\xFF\x03", 6));
+    View view(&grid); // observed flags are set one by one, to the same bytes
+    grid.SetAllAttribute(0, false);
+    grid.SetAllAttribute(0, true);
+    QCOMPARE(QByteArray(reinterpret_cast<const char *>(grid.GetAttributeVector(0)), 6),
+             QByteArray("\xFF\x03\xFF\x03\xFF\x03", 6));
+    QCOMPARE(MRasterAttributes(1 << 16, 1 << 15).GetByteCount(), 0); // cell numbers beyond an int
+}
+
+void TestViews::rescaledFlagsAreThoseOfSteppedCells()
+{
+    MRasterAttributes grid(20, 8);
+    grid.AddAttribute();
+    for (unsigned int id = 0; id < 160; id += 3)
+        grid.SetAttribute(0, id * id % 160, true);
+    for (const QSize &size : {QSize(5, 2), QSize(20, 8), QSize(40, 32), QSize(1, 1), QSize(80, 4)}) {
+        const std::unique_ptr<unsigned char[]> scaled(
+            grid.GetRescaledAttributeVector(0, size.width(), size.height()));
+        QVERIFY(scaled);
+        for (int y = 0; y < size.height(); ++y)
+            for (int x = 0; x < size.width(); ++x) {
+                const auto byte = static_cast<std::size_t>(y * ((size.width() + 7) >> 3) + x / 8);
+                QCOMPARE((scaled[byte] >> x % 8 & 1) != 0,
+                         grid.GetAttribute(0, 20 * x / size.width(), 8 * y / size.height()));
+            }
+    }
+    QVERIFY(!grid.GetRescaledAttributeVector(1, 5, 5) && !grid.GetRescaledAttributeVector(0, 0, 3));
+}
+
+void TestViews::resizingKeepsWhatBothHave()
+{
+    MAttributes objects(5);
+    objects.AddAttribute();
+    objects.SetAttributeIds(0, IdSet{1, 3, 4}, true);
+    objects.Resize(4);
+    objects.Resize(6);
+    QCOMPARE(objects.GetIdsByState(0, true), (QVector<unsigned int>{1, 3}));
+    objects.RemoveObjects({0, 1, 77});
+    QCOMPARE(objects.GetIdsByState(0, true), (QVector<unsigned int>{1}));
+    QCOMPARE(objects.GetStateCount(0, false), 3);
+
+    MRasterAttributes grid(12, 4);
+    grid.AddAttribute();
+    grid.SetAllAttribute(0, true);
+    grid.Resize(10, 3);
+    grid.Resize(14, 5);
+    QCOMPARE(grid.GetStateCount(0, true), 30);
+    QVERIFY(grid.GetAttribute(0, 9, 2) && !grid.GetAttribute(0, 10, 2)
+            && !grid.GetAttribute(0, 9, 3));
+    static_cast<MAttributes &>(grid).Resize(3);
+    grid.RemoveObjects({1, 2});
+    QCOMPARE(grid.GetStateCount(0, true), 30);
+    QCOMPARE(grid.GetStateCount(0, false), 40);
+}
+
+void TestViews::unknownAttributesAndObjectsAreLeftAlone()
+{
+    MAttributes attributes(3);
+    for (int attribute : {-1, 0, 7}) {
+        QVERIFY(!attributes.SetAttribute(attribute, 0, true)
+                && !attributes.GetAttribute(attribute, 0));
+        attributes.SetAllAttribute(attribute, true);
+        attributes.DeleteAttribute(attribute);
+        QCOMPARE(attributes.GetStateCount(attribute, false), 0);
+        QVERIFY(!attributes.GetAttributeVector(attribute));
+    }
+    attributes.AddAttribute();
+    attributes.AddAttribute();
+    attributes.SetAttribute(1, 2, true);
+    attributes.DeleteAttribute(0);
+    QVERIFY(attributes.GetAttribute(0, 2)); // the id moved down
+}
+
+void TestViews::groupsDriveAllTheirViews()
+{
+    View a, b, c, d;
+    a.answer = false;
+    a.Link(&b);
+    QCOMPARE(b.UpdateLinkedViews(), true); // b does not drive a
+    QCOMPARE(a.updates, 0);
+    QCOMPARE(a.UpdateLinkedViews(), false); // its own answer
+    QCOMPARE(a.updates + b.updates, 3);
+    a.Unlink(&b);
+    c.Link(&d);
+    MLinker::LinkViews(&a, &b);
+    MLinker::LinkViews(&b, &d); // not c: d does not drive it
+    MLinker::LinkViews(&b, nullptr);
+    for (View *view : {&a, &b, &d}) {
+        for (View *each : {&a, &b, &c, &d})
+            each->clearings = 0;
+        view->ClearSelectionState();
+        QCOMPARE(a.clearings + b.clearings + d.clearings, 3);
+        QCOMPARE(c.clearings, 0);
+    }
+    d.UnlinkDestination(&a);
+    a.UnlinkSource(&d);
+    d.ClearSelectionState();
+    QCOMPARE(a.clearings, 1);
+    QCOMPARE(b.clearings, 2);
+}
+
+void TestViews::oneViewOfAGroupLeads()
+{
+    View a, b;
+    MLinker::LinkViews(&a, &b);
+    a.MakePrimarySelector();
+    a.MakePrimarySelector();
+    b.MakePrimarySelector();
+    a.MakePrimarySelector();
+    QVERIFY(a.IsPrimarySelector() && !b.IsPrimarySelector());
+    QCOMPARE(a.primary, (QList<bool>{true, false, true}));
+    QCOMPARE(b.primary, (QList<bool>{false, true, false}));
+}
+
+// A random walk over links of all kinds and deaths, also in the middle of an update; the sanitizers
+// see what dangles.
+void TestViews::viewsAndAttributesDieInAnyOrder()
+{
+    std::mt19937 random(7);
+    for (int round = 0; round < 200; ++round) {
+        auto attributes = std::make_unique<MAttributes>(10);
+        attributes->AddAttribute();
+        std::vector<std::unique_ptr<View>> views;
+        for (int i = 0; i < 6; ++i)
+            views.push_back(std::make_unique<View>(attributes.get()));
+        const auto any = [&] { return views[random() % views.size()].get(); };
+        while (views.size() > 1) {
+            switch (random() % 9) {
+            case 0: any()->Link(any()); break;
+            case 1: any()->AddLinkingView(any()); break;
+            case 2: any()->UnlinkSource(any()); break;
+            case 3: any()->UnlinkDestination(any()); break;
+            case 4: MLinker::LinkViews(any(), any()); break;
+            case 5: any()->UpdateLinkedViews(); break;
+            case 6: any()->MakePrimarySelector(); break;
+            case 7:
+                views.erase(views.begin() + static_cast<std::ptrdiff_t>(random() % views.size()));
+                break;
+            default: {
+                const std::size_t dying = 1 + random() % (views.size() - 1);
+                views[0]->Link(views[0].get());
+                views[0]->victim = views[dying].release();
+                views.erase(views.begin() + static_cast<std::ptrdiff_t>(dying));
+                views[0]->UpdateLinkedViews();
+                QVERIFY(!views[0]->victim);
+            }
+            }
+            if (round % 2 == 0 && views.size() == 3)
+                attributes.reset();
+            if (attributes)
+                attributes->ToggleAttribute(0, 3);
+        }
+        if (attributes)
+            QVERIFY(!views[0]->changes.isEmpty() && views[0]->GetAttributes() == attributes.get());
+        else
+            QVERIFY(!views[0]->GetAttributes());
+    }
+    MAttributes first(1);
+    MAttributes second(1);
+    View view(&first);
+    QCOMPARE(raisedText([&] { view.SetAttributes(&second); }),
+             QStringLiteral("Attributes already exist"));
+}
+
+void TestViews::theLastViewLeavesTheIdleState()
+{
+    TestModel model;
+    MVectorData &geography = model.vectorData(addPoints(4));
+    QVERIFY(!geography.GetAttributes(0));
+    QCOMPARE(raisedText([&] { geography.GetAttributes(1); }),
+             QStringLiteral("Invalid attribute population id"));
+    auto *attributes = new MAttributes(4);
+    geography.AddAttributes(attributes);
+    for (int i = 0; i < 4; ++i)
+        attributes->AddAttribute();
+    auto a = std::make_unique<View>(geography.GetAttributes(0));
+    auto b = std::make_unique<View>(geography.GetAttributes(0));
+    geography.AddObjectManager(a.get());
+    geography.AddObjectManager(b.get());
+    for (int i = 1; i < 4; ++i)
+        attributes->SetAttribute(i, 2, true);
+    const auto counts = [&] {
+        QVector<int> set;
+        for (int i = 0; i < 4; ++i)
+            set.append(attributes->GetStateCount(i, true));
+        return set;
+    };
+    a.reset();
+    QCOMPARE(counts(), (QVector<int>{0, 1, 1, 1}));
+    QCOMPARE(geography.GetObjectManager(), b.get());
+    b->blockSignals(true); // its death is told all the same
+    b.reset();
+    QCOMPARE(counts(), (QVector<int>{4, 0, 0, 1}));
+    QVERIFY(!geography.GetObjectManager());
+
+    View survivor(attributes);
+    geography.AddObjectManager(&survivor);
+    model.controller.RemoveGeography(geography.GetId());
+    QVERIFY(!survivor.GetAttributes());
+}
+
+void TestViews::selectionByValues_data()
+{
+    using Ids = QVector<unsigned int>;
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<Ids>("byValue");
+    QTest::addColumn<Ids>("byRange"); // from 2 to 7.5
+    QTest::newRow("decimal") << 0 << Ids{3} << Ids{0, 3};
+    QTest::newRow("integer") << 1 << Ids{0, 1} << Ids{0, 3};
+    QTest::newRow("text") << 2 << Ids{3} << Ids{};
+    QTest::newRow("grid of decimals") << 3 << Ids{3, 5} << Ids{0, 3};
+    QTest::newRow("grid of integers") << 4 << Ids{0, 1} << Ids{0, 3};
+}
+
+// Six objects hold 2, 11, nothing, 7.5 (7 as an integer or a text), -4 and NaN (0; missing in a
+// vector dataset): what is asked for joins what is selected, object 4, in one change. Keys of
+// another type do not count.
+void TestViews::selectionByValues()
+{
+    QFETCH(int, kind);
+    QFETCH(QVector<unsigned int>, byValue);
+    QFETCH(QVector<unsigned int>, byRange);
+    const QSet<MDatum> keys{MDatum(2), MDatum(11), MDatum(7.5), MDatum(std::nan("")), MDatum("7")};
+    const QVector<double> decimals{2, 11, -99, 7.5, -4, std::nan("")};
+    const QVector<int> integers{2, 11, -99, 7, -4, 0};
+    const Interval when = interval("[0, 9]");
+    TestModel model;
+    const bool isGrid = kind >= 3;
+    const int id = !isGrid ? addPoints(6)
+                           : VORN_CreateNewRasterGeography("grid", 2, 3, QRectF(0, 0, 3, 2), when,
+                                                           TF_Integer, "", "");
+    const DataType types[] = {DecimalType, IntegerType, StringType, RasterDecimalType,
+                              RasterIntegerType};
+    const int dataset =
+        isGrid ? VORN_NewRasterDataset(id, "data", types[kind], 1, kind == 3 ? 64 : 32, "")
+               : VORN_NewVectorDataset(id, "data", TimeSlice, types[kind], 1, "");
+    switch (kind) {
+    case 0:
+        QVERIFY(VORN_AddDataValues(dataset, 0, when, decimals, {2}, true, true));
+        break;
+    case 1:
+        QVERIFY(VORN_AddDataValues(dataset, 0, when, integers, {2}, true, true));
+        break;
+    case 2:
+        QVERIFY(VORN_AddDataValues(dataset, 0, when, QVector<QString>{"2", "11", "7", "7", "", "x"},
+                                   {2}, true, true));
+        break;
+    case 3:
+        QVERIFY(VORN_AddRasterValues(dataset, 0, when, decimals, -99.0, true, true));
+        break;
+    default:
+        QVERIFY(VORN_AddRasterValues(dataset, 0, when, integers, -99, true, true));
+    }
+    MGeoData &geography = *model.controller.GetGeoData().value(id);
+    geography.SelectObjectsByValue(dataset, 0, 5, keys, 1); // without attributes nothing happens
+    geography.AddAttributes(makeAttributes(isGrid, 3, 2).release());
+    MAttributes &attributes = *geography.GetAttributes(0);
+    attributes.AddAttribute();
+    attributes.AddAttribute();
+    View view(&attributes);
+    const auto selects = [&](const QVector<unsigned int> &expected) {
+        IdSet all(expected.cbegin(), expected.cend());
+        const bool isOne = expected.isEmpty()
+                               ? view.changes.isEmpty()
+                               : view.changes.size() == 1 && view.changes[0].ids == all;
+        all.insert(4);
+        return isOne && attributes.GetIdsByState(1, true) == sorted(all);
+    };
+    const auto startAnew = [&] {
+        attributes.SetAllAttribute(1, false);
+        attributes.SetAttribute(1, 4, true);
+        view.changes.clear();
+    };
+    startAnew();
+    geography.SelectObjectsByValue(dataset, 0, 5, keys, 1);
+    QVERIFY(selects(byValue));
+    startAnew();
+    geography.SelectObjectsByRange(dataset, 0, 5, 2, 7.5, 1);
+    QVERIFY(selects(byRange));
+    startAnew();
+    geography.SelectObjectsByRange(dataset, 0, 50, -1e300, 1e300, 1); // no data then
+    QVERIFY(selects({}));
+    QCOMPARE(raisedText([&] { geography.SelectObjectsByRange(dataset + 1, 0, 5, 0, 1, 1); }),
+             QStringLiteral("Invalid dataset type"));
+}
+
+void TestViews::removedObjectsLeaveTheAttributes()
+{
+    TestModel model;
+    MVectorData &geography = model.vectorData(addPoints(6));
+    auto *attributes = new MAttributes(6);
+    geography.AddAttributes(attributes);
+    for (int i = 0; i < 2; ++i)
+        attributes->AddAttribute();
+    attributes->SetAttributeIds(0, IdSet{1, 4, 5}, true);
+    attributes->SetAttributeIds(1, IdSet{0, 5}, true);
+    geography.RemoveObjects({0, 4});
+    QCOMPARE(attributes->GetIdsByState(0, true), (QVector<unsigned int>{0, 3}));
+    QCOMPARE(attributes->GetIdsByState(0, false), (QVector<unsigned int>{1, 2}));
+    QCOMPARE(attributes->GetStateCount(1, true), 0);
+    QCOMPARE(attributes->GetStateCount(1, false), 4);
+}
+
+QTEST_GUILESS_MAIN(TestViews)
+#include "tst_Views.moc"
