@@ -93,7 +93,9 @@ bool HostController::GenerateVariogramModel(VariogramModel &, const DataId &, co
 
 void HostController::AddToLog(const QString &text, bool)
 {
-    mConsole.note(text);
+    mLog.append(text);
+    const QString prefix = QStringLiteral("Note: "); // the console has its own
+    mConsole.note(text.startsWith(prefix) ? text.mid(prefix.size()) : text);
 }
 
 void HostController::ShowHelpTopic(const char *topic)
@@ -110,6 +112,19 @@ QString HostController::GetInvocationStringForMethod(int, const QString &,
 QString HostController::GetMethodName(int, const QString &name)
 {
     return name;
+}
+
+int HostController::AddNewVectorGeography(const QString &fileName, const QString &name,
+                                          const QString &history, TimeFormat format, int parentId,
+                                          const QVector<int> *parentObjectIds)
+{
+    const int id = ControllerBase::AddNewVectorGeography(fileName, name, history, format, parentId,
+                                                         parentObjectIds);
+    if (id >= 0 && parentObjectIds) {
+        GetGeoData()[id]->SetParentId(parentId);
+        GetGeoData()[id]->SetParentObjectIds(*parentObjectIds);
+    }
+    return id;
 }
 
 void HostController::RemoveGeography(int id)

@@ -6,6 +6,7 @@
 #include "datainterface/ControllerBase.h"
 #include <QMap>
 #include <QString>
+#include <QStringList>
 #include <functional>
 
 namespace meridor {
@@ -26,6 +27,8 @@ public:
     std::function<bool(const MapView &)> painter;
 
     bool isDirty() const { return mProjectDirty; }
+    /// What the library noted so far, warnings included.
+    const QStringList &log() const { return mLog; }
 
     int ShowMethod(int method, const QString &name,
                    const QVector<MethodParameter> &parameters) override;
@@ -50,13 +53,17 @@ public:
                                 const Interval &interval, VariogramModel::EstimatorTypes estimator,
                                 const DataId &locations, int lagCount, bool flagA, double parameter,
                                 bool flagB) override;
-    /// False: nobody is there to answer a dialog.
-    bool HasGUI() override { return false; }
+    /// True: a warning's dialog becomes a note and is closed, see TerminalProgress.
+    bool HasGUI() override { return true; }
     void AddToLog(const QString &text, bool fromHost) override;
     void ShowHelpTopic(const char *topic) override;
     QString GetInvocationStringForMethod(int method, const QString &name,
                                          const QVector<MethodParameter> &parameters) override;
     QString GetMethodName(int method, const QString &name) override;
+    /// Also records what a subset was cut from.
+    int AddNewVectorGeography(const QString &fileName, const QString &name, const QString &history,
+                              TimeFormat format, int parentId,
+                              const QVector<int> *parentObjectIds) override;
     /// Takes the geography out of the project and deletes it.
     void RemoveGeography(int id) override;
 
@@ -66,6 +73,7 @@ private:
 
     const Console &mConsole;
     QMap<int, MapView> mViews;
+    QStringList mLog;
 };
 
 } // namespace meridor

@@ -49,6 +49,18 @@ QString textOf(const datum &value)
     }
 }
 
+QJsonValue jsonValue(const datum &value)
+{
+    switch (value.type) {
+    case 0:
+        return jsonNumber(value.decimalValue);
+    case 1:
+        return static_cast<double>(value.integerValue);
+    default:
+        return value.stringValue;
+    }
+}
+
 HostController &controller()
 {
     return *gController;
@@ -115,6 +127,11 @@ const char *typeName(DataType type)
     }
 }
 
+const char *storageName(MVectorDataset::StorageType storage)
+{
+    return storage == MVectorDataset::TimeSlice ? "slices" : "series";
+}
+
 const char *shapeName(int geographyType)
 {
     switch (geographyType) {
@@ -175,6 +192,14 @@ int findDataset(const QString &name)
     if (found.size() > 1)
         fail(QStringLiteral("several datasets %1; write %2").arg(name, fullName(found.first())));
     return found.first();
+}
+
+void requireNewDatasetName(int geography, const QString &name)
+{
+    if (name.isEmpty())
+        failUsage(QStringLiteral("a name is not empty"));
+    if (VORN_GetDatasetByName(geography, name) >= 0)
+        fail(QStringLiteral("%1 has a dataset %2 already").arg(geographyName(geography), name));
 }
 
 int keyDataset(int geography)
@@ -250,16 +275,20 @@ qint64 instantOf(const Interval &interval)
     return TimeStamp(interval).timeInInterval();
 }
 
+Interval timeOption(const TimeAxis &axis, const char *option, const QString &text)
+{
+    const auto span = axis.span(text);
+    if (!span)
+        failUsage(
+            QStringLiteral("%1 %2 is no %3")
+                .arg(QLatin1String(option), text, QLatin1String(timeFormatName(axis.format()))));
+    return *span;
+}
+
 qint64 chooseTime(int dataset, const QString &text)
 {
-    const TimeAxis axis = axisOf(VORN_GetGeographyId(dataset));
-    if (!text.isEmpty()) {
-        const auto span = axis.span(text);
-        if (!span)
-            failUsage(QStringLiteral("--at %1 is no %2")
-                          .arg(text, QLatin1String(timeFormatName(axis.format()))));
-        return span->startTime;
-    }
+    if (!text.isEmpty())
+        return timeOption(axisOf(VORN_GetGeographyId(dataset)), "--at", text).startTime;
     const QVector<Interval> times = dataTimes(dataset);
     if (times.isEmpty())
         fail(QStringLiteral("dataset %1 holds no values").arg(datasetName(dataset)));

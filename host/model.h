@@ -2,14 +2,15 @@
 /// The loaded project as people name it: geographies and datasets by name, objects by key.
 #pragma once
 #include "datainterface/DataType.h"
+#include "datainterface/MVectorDataset.h"
 #include "datainterface/TimeStamp.h"
 #include "datainterface/datum.h"
 #include "times.h"
+#include <QJsonValue>
 #include <QString>
 #include <QStringList>
 #include <QVector>
 
-class MDataset;
 class MGeoData;
 
 namespace meridor {
@@ -29,11 +30,13 @@ QVector<int> datasetIds(int geography);
 
 /// A value as text that reads back.
 QString textOf(const datum &value);
+QJsonValue jsonValue(const datum &value);
 
 QString geographyName(int id);
 QString datasetName(int id);
 TimeAxis axisOf(int geography);
 const char *typeName(DataType type);
+const char *storageName(MVectorDataset::StorageType storage);
 const char *shapeName(int geographyType);
 
 /// By name; raises a Failure that lists what there is. An empty name stands for the only geography.
@@ -41,6 +44,20 @@ int findGeography(const QString &name);
 /// "DATASET" when the name is there once, else "GEOGRAPHY/DATASET".
 int findDataset(const QString &name);
 int findDataset(int geography, const QString &name);
+
+/// Raises a Failure for an empty name and one that a dataset of the geography has.
+void requireNewDatasetName(int geography, const QString &name);
+
+/// Calls with a value of the type that a dataset holds.
+template <class Visit> void visitType(DataType type, Visit visit)
+{
+    if (type == DecimalType)
+        visit(double());
+    else if (type == IntegerType)
+        visit(int());
+    else
+        visit(QString());
+}
 
 /// The dataset that holds the objects' keys, -1 when they have none. Kept with the geography.
 int keyDataset(int geography);
@@ -58,6 +75,8 @@ QVector<int> objectsAt(int geography, qint64 time);
 QVector<Interval> dataTimes(int dataset);
 /// An instant inside.
 qint64 instantOf(const Interval &interval);
+/// The span that an option names; raises a Failure for a text that is no time.
+Interval timeOption(const TimeAxis &axis, const char *option, const QString &text);
 /// The instant that an option names; without one the dataset's only time, or its last.
 qint64 chooseTime(int dataset, const QString &text);
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "progress.h"
 #include "failure.h"
+#include "hostController.h"
 #include "interrupt.h"
+#include "model.h"
 #include <QApplication>
 #include <QEvent>
 #include <QMessageBox>
@@ -35,7 +37,7 @@ bool TerminalProgress::eventFilter(QObject *watched, QEvent *event)
             follow(dialog);
         } else if (auto *box = qobject_cast<QMessageBox *>(watched)) {
             wipe();
-            std::fprintf(stderr, "note: %s\n", box->text().toUtf8().constData());
+            controller().AddToLog(box->text(), false);
             QTimer::singleShot(0, box, &QDialog::accept);
         } else if (auto *other = qobject_cast<QDialog *>(watched)) {
             QTimer::singleShot(0, other, &QDialog::reject);

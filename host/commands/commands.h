@@ -28,6 +28,10 @@ void addMap(CLI::App &app, Context &context);
 void addExport(CLI::App &app, Context &context);
 void addRename(CLI::App &app, Context &context);
 void addRemove(CLI::App &app, Context &context);
+void addConvert(CLI::App &app, Context &context);
+void addSubset(CLI::App &app, Context &context);
+void addSelect(CLI::App &app, Context &context);
+void addUpgrade(CLI::App &app, Context &context);
 void addDemo(CLI::App &app, Context &context);
 
 // Options whose values are texts.

@@ -153,16 +153,6 @@ QVector<int> chooseDatasets(const Options &options)
     return ids;
 }
 
-qint64 timeOption(const TimeAxis &axis, const char *option, const QString &text, bool end)
-{
-    const auto span = axis.span(text);
-    if (!span)
-        failUsage(
-            QStringLiteral("%1 %2 is no %3")
-                .arg(QLatin1String(option), text, QLatin1String(timeFormatName(axis.format()))));
-    return end ? span->endTime : span->startTime;
-}
-
 void run(const Options &options, const Context &context)
 {
     const TableFormat format = formatOf(options);
@@ -173,9 +163,9 @@ void run(const Options &options, const Context &context)
     const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
     auto times = timesOf(ids);
     if (!options.from.isEmpty())
-        times.first = timeOption(axis, "--from", options.from, false);
+        times.first = timeOption(axis, "--from", options.from).startTime;
     if (!options.to.isEmpty())
-        times.second = timeOption(axis, "--to", options.to, true);
+        times.second = timeOption(axis, "--to", options.to).endTime;
     // A GeoEAS reader parts fields at blanks: an empty field would shift the rest of the row.
     const QString missing = options.missingGiven || format != TableFormat::GeoEas
                                 ? options.missing

@@ -3,6 +3,7 @@
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataset.h"
+#include "datainterface/MGeoData.h"
 #include "model.h"
 #include "progress.h"
 #include <QFileInfo>
@@ -49,7 +50,7 @@ QJsonObject describeDataset(int id, const TimeAxis &axis)
         {QStringLiteral("name"), datasetName(id)},
         {QStringLiteral("type"), QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
         {QStringLiteral("storage"),
-         props.storageType == TimeSlice ? QStringLiteral("slices") : QStringLiteral("series")},
+         QLatin1String(storageName(static_cast<MVectorDataset::StorageType>(props.storageType)))},
         {QStringLiteral("static"), props.isStatic},
         {QStringLiteral("realizations"), props.realizationCount},
         {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()},
@@ -85,6 +86,8 @@ QJsonObject describeGeography(int id, const QString &at)
         {QStringLiteral("datasets"), datasets}};
     if (!props.isStatic)
         object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
+    if (const int parent = geographyOf(id)->GetParentId(); geographyOf(parent))
+        object.insert(QStringLiteral("parent"), geographyName(parent));
     if (!at.isEmpty()) {
         QStringList keys;
         const QStringList all = objectKeys(id);

@@ -16,18 +16,6 @@ struct Options {
     QString object;
 };
 
-QJsonValue toJson(const datum &value)
-{
-    switch (value.type) {
-    case 0:
-        return jsonNumber(value.decimalValue);
-    case 1:
-        return static_cast<double>(value.integerValue);
-    default:
-        return value.stringValue;
-    }
-}
-
 void run(const Options &options, const Context &context)
 {
     Session session(context.session, context.console);
@@ -51,7 +39,7 @@ void run(const Options &options, const Context &context)
         const QString when = always ? QStringLiteral("always") : axis.show(interval);
         QJsonObject entry{
             {QStringLiteral("time"), when},
-            {QStringLiteral("value"), there ? toJson(value) : QJsonValue(QJsonValue::Null)}};
+            {QStringLiteral("value"), there ? jsonValue(value) : QJsonValue(QJsonValue::Null)}};
         if (!always) {
             entry.insert(QStringLiteral("start"), axis.show(interval.startTime));
             entry.insert(QStringLiteral("end"), axis.show(interval.endTime));

@@ -27,22 +27,6 @@ DataType dataType(ValueKind kind)
     }
 }
 
-/// Calls with a value of the type that holds a kind.
-template <class Visit> void visitKind(ValueKind kind, Visit visit)
-{
-    switch (kind) {
-    case ValueKind::Integer:
-        visit(int());
-        break;
-    case ValueKind::Decimal:
-        visit(double());
-        break;
-    case ValueKind::Text:
-        visit(QString());
-        break;
-    }
-}
-
 class DatasetBuilder {
 public:
     DatasetBuilder(const ImportPlan &plan, int geography, const std::function<void(int)> &progress)
@@ -93,7 +77,7 @@ private:
         const CellColumn keys{&mPlan.map, mPlan.keyColumn};
         const ValueKind kind = kindOfDataset(mPlan, mPlan.options.key, {keys}, false);
         const int id = create(mPlan.options.key, TimeSlice, kind);
-        visitKind(kind, [&](auto type) {
+        visitType(dataType(kind), [&](auto type) {
             QVector<decltype(type)> values;
             for (const ObjectRows &object : mPlan.objects)
                 values.append(valueOf<decltype(type)>(keys, object.rows.first()));
@@ -121,7 +105,7 @@ private:
         const ValueKind kind = kindOfDataset(mPlan, column.cells().name, {column}, false);
         const bool constant = isConstant(column.cells());
         const int id = create(column.cells().name, constant ? TimeSlice : TimeSeries, kind);
-        visitKind(kind, [&](auto type) {
+        visitType(dataType(kind), [&](auto type) {
             using T = decltype(type);
             if (constant)
                 fillConstant<T>(id, column);
@@ -190,7 +174,7 @@ private:
         const ValueKind kind = kindOfDataset(mPlan, spec.name, columns, true);
         const int id = create(spec.name, TimeSlice, kind);
         for (const Slice &slice : slices(spec)) {
-            visitKind(kind, [&](auto type) {
+            visitType(dataType(kind), [&](auto type) {
                 fillSlice<decltype(type)>(id, {&mPlan.map, slice.column}, slice.when);
             });
             stepDone();
@@ -235,7 +219,7 @@ private:
         const ValueKind kind = kindOfDataset(mPlan, spec.name, {column}, true);
         const int id = create(spec.name, TimeSeries, kind);
         const auto observations = observationsOf(mPlan, spec);
-        visitKind(kind, [&](auto type) {
+        visitType(dataType(kind), [&](auto type) {
             using T = decltype(type);
             for (int i = 0; i < objectCount(); ++i) {
                 QVector<QPair<Interval, T>> values;

@@ -52,7 +52,7 @@ void TestMeridorUsage::everyVerbHasHelpWithAnExample_data()
 {
     QTest::addColumn<QString>("verb");
     for (const char *verb : {"import", "info", "stats", "series", "classes", "map", "export",
-                             "rename", "remove", "demo"})
+                             "rename", "remove", "convert", "subset", "select", "upgrade", "demo"})
         QTest::newRow(verb) << QString::fromLatin1(verb);
 }
 

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "commands/projectEdit.h"
+#include "convertDataset.h"
+#include "datainterface/DataAPI.h"
+#include "failure.h"
+#include "model.h"
+#include <QJsonObject>
+#include <memory>
+
+namespace meridor {
+namespace {
+
+struct Options {
+    EditTarget target;
+    QString dataset;
+    QString type;
+    QString storage;
+    Conversion conversion;
+};
+
+Conversion conversionOf(const Options &options)
+{
+    Conversion conversion = options.conversion;
+    for (const DataType type : {DecimalType, IntegerType, StringType})
+        if (options.type == QLatin1String(typeName(type)))
+            conversion.type = type;
+    for (const auto storage : {MVectorDataset::TimeSlice, MVectorDataset::TimeSeries})
+        if (options.storage == QLatin1String(storageName(storage)))
+            conversion.storage = storage;
+    if (!conversion.type && !conversion.storage)
+        failUsage(QStringLiteral("--type or --storage tells what becomes of the dataset"));
+    return conversion;
+}
+
+void run(const Options &options, const Context &context)
+{
+    const Conversion conversion = conversionOf(options);
+    DatasetProps props;
+    editProject(options.target, context, [&](Session &) {
+        const int dataset = findDataset(options.dataset);
+        requireNewDatasetName(VORN_GetGeographyId(dataset), conversion.name);
+        props = VORN_GetDatasetProperties(convertDataset(dataset, conversion));
+    });
+    const QString type = QLatin1String(typeName(static_cast<DataType>(props.dataType)));
+    const QString storage =
+        QLatin1String(storageName(static_cast<MVectorDataset::StorageType>(props.storageType)));
+    if (context.console.json)
+        context.console.print(
+            QJsonObject{{QStringLiteral("project"), options.target.file()},
+                        {QStringLiteral("dataset"), conversion.name},
+                        {QStringLiteral("type"), type},
+                        {QStringLiteral("storage"), storage},
+                        {QStringLiteral("realizations"), props.realizationCount}});
+    else
+        context.console.print(QStringLiteral("%1: %2, %3 values in %4")
+                                  .arg(options.target.file(), conversion.name, type, storage));
+}
+
+} // namespace
+
+void addConvert(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command =
+        *app.add_subcommand("convert", "Add a dataset's values in another type or storage");
+    projectArgument(command, options->target.project);
+    datasetArgument(command, options->dataset);
+    textOption(command, "NEW", options->conversion.name, "The new dataset's name")->required();
+    textOption(command, "--type", options->type, "decimal, integer or text")
+        ->check(CLI::IsMember({"decimal", "integer", "text"}));
+    textOption(command, "--storage", options->storage,
+               "slices (all objects at a time) or series (all times of an object)")
+        ->check(CLI::IsMember({"slices", "series"}));
+    command
+        .add_option("--decimals", options->conversion.decimals,
+                    "Decimals of numbers that become text")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 17));
+    targetOptions(command, options->target, context);
+    command.footer("Example:\n  meridor convert income.vorn income \"income as text\" --type text "
+                   "--decimals 0");
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor

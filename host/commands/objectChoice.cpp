@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "commands/objectChoice.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/MAttributes.h"
+#include "datainterface/MDatum.h"
+#include "datainterface/MGeoData.h"
+#include "failure.h"
+#include "foreign/values.h"
+#include "model.h"
+#include "render/classes.h"
+#include <QSet>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace meridor {
+namespace {
+
+constexpr int kSelected = 1; ///< the attribute that means it; clear while nothing is selected
+
+/// The attributes that selections go to; made when first asked for.
+MAttributes &attributesOf(int geography)
+{
+    MGeoData &owner = *geographyOf(geography);
+    if (!owner.GetAttributes(0)) {
+        auto *attributes = new MAttributes(static_cast<int>(owner.GetObjectCount()));
+        for (int i = 0; i <= kSelected; ++i)
+            attributes->AddAttribute();
+        owner.AddAttributes(attributes);
+    }
+    owner.GetAttributes(0)->SetAllAttribute(kSelected, false);
+    return *owner.GetAttributes(0);
+}
+
+double numberOption(const char *option, const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    const auto number = toDecimal({bytes.constData(), static_cast<size_t>(bytes.size())});
+    if (!number)
+        failUsage(QStringLiteral("%1 %2 is no number").arg(QLatin1String(option), text));
+    return *number;
+}
+
+QSet<MDatum> wantedValues(const MDataset &dataset, const QStringList &texts)
+{
+    QSet<MDatum> wanted;
+    for (const QString &text : texts) {
+        if (!dataset.IsNumeric()) {
+            wanted.insert(MDatum(text));
+            continue;
+        }
+        const double number = numberOption("--values", text);
+        if (!dataset.IsInteger())
+            wanted.insert(MDatum(number));
+        else if (number == std::trunc(number) && std::abs(number) <= 1e15)
+            wanted.insert(MDatum(static_cast<qint64>(number)));
+    }
+    return wanted;
+}
+
+QVector<int> selected(MAttributes &attributes)
+{
+    QVector<int> objects;
+    for (const unsigned int object : attributes.GetIdsByState(kSelected, true))
+        objects.append(static_cast<int>(object));
+    return objects;
+}
+
+QVector<int> byValue(int dataset, qint64 time, const QStringList &texts)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    const MDataset &owner = *datasetOf(dataset);
+    MAttributes &attributes = attributesOf(geography);
+    geographyOf(geography)->SelectObjectsByValue(dataset, 0, time, wantedValues(owner, texts),
+                                                 kSelected);
+    QVector<int> objects = selected(attributes);
+    if (owner.IsNumeric())
+        return objects;
+    // Single texts travel in Latin-1: letters beyond it look alike there.
+    const QStringList values = valuesAt(dataset, time).texts;
+    objects.erase(std::remove_if(objects.begin(), objects.end(),
+                                 [&](int object) { return !texts.contains(values[object]); }),
+                  objects.end());
+    return objects;
+}
+
+QVector<int> byRange(int dataset, qint64 time, const QString &low, const QString &high)
+{
+    if (!datasetOf(dataset)->IsNumeric())
+        fail(QStringLiteral("%1 holds texts; --values names some").arg(datasetName(dataset)));
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const double from = low.isEmpty() ? -kInfinity : numberOption("--min", low);
+    const double to = high.isEmpty() ? kInfinity : numberOption("--max", high);
+    const int geography = VORN_GetGeographyId(dataset);
+    MAttributes &attributes = attributesOf(geography);
+    geographyOf(geography)->SelectObjectsByRange(dataset, 0, time, from, to, kSelected);
+    return selected(attributes);
+}
+
+QVector<int> both(const QVector<int> &a, const QVector<int> &b)
+{
+    QVector<int> common;
+    std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(common));
+    return common;
+}
+
+qint64 existenceTime(int geography, const ObjectChoice &choice)
+{
+    if (!choice.dataset.isEmpty())
+        return chooseTime(findDataset(geography, choice.dataset), choice.at);
+    if (choice.at.isEmpty())
+        failUsage(QStringLiteral("--existing goes with --at"));
+    return timeOption(axisOf(geography), "--at", choice.at).startTime;
+}
+
+} // namespace
+
+void valueOptions(CLI::App &command, ObjectChoice &choice)
+{
+    textsOption(command, "--values", choice.values, "Objects with one of these values")
+        ->delimiter(',');
+    textOption(command, "--min", choice.low, "Objects with at least this value");
+    textOption(command, "--max", choice.high, "Objects with at most this value");
+    textOption(command, "--at", choice.at, "The time (default: the dataset's last)");
+}
+
+int geographyOf(const ObjectChoice &choice)
+{
+    return choice.geography.isEmpty() && !choice.dataset.isEmpty()
+               ? VORN_GetGeographyId(findDataset(choice.dataset))
+               : findGeography(choice.geography);
+}
+
+QVector<int> chosenObjects(int geography, const ObjectChoice &choice)
+{
+    const bool range = !choice.low.isEmpty() || !choice.high.isEmpty();
+    if ((range || !choice.values.isEmpty()) != !choice.dataset.isEmpty())
+        failUsage(QStringLiteral("a dataset goes with --values, --min or --max, and they with it"));
+    if (choice.keys.isEmpty() && choice.dataset.isEmpty() && !choice.existing)
+        failUsage(QStringLiteral("--objects, --where or --existing tells which objects"));
+    QVector<int> objects;
+    for (int i = 0; i < static_cast<int>(geographyOf(geography)->GetObjectCount()); ++i)
+        objects.append(i);
+    if (!choice.keys.isEmpty()) {
+        QSet<int> named;
+        for (const QString &key : choice.keys)
+            named.insert(findObject(geography, key));
+        objects = named.values().toVector();
+        std::sort(objects.begin(), objects.end());
+    }
+    if (!choice.dataset.isEmpty()) {
+        const int dataset = choice.geography.isEmpty() ? findDataset(choice.dataset)
+                                                       : findDataset(geography, choice.dataset);
+        const qint64 time = chooseTime(dataset, choice.at);
+        if (!choice.values.isEmpty())
+            objects = both(objects, byValue(dataset, time, choice.values));
+        if (range)
+            objects = both(objects, byRange(dataset, time, choice.low, choice.high));
+    }
+    if (choice.existing)
+        objects = both(objects, objectsAt(geography, existenceTime(geography, choice)));
+    return objects;
+}
+
+} // namespace meridor

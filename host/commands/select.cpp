@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#include "commands/objectChoice.h"
+#include "datainterface/DataAPI.h"
+#include "model.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
+
+namespace meridor {
+namespace {
+
+struct Options {
+    QString project;
+    ObjectChoice choice;
+};
+
+void run(const Options &options, const Context &context)
+{
+    Session session(context.session, context.console);
+    session.load(options.project);
+    const int dataset = findDataset(options.choice.dataset);
+    const int geography = VORN_GetGeographyId(dataset);
+    const qint64 time = chooseTime(dataset, options.choice.at);
+    const QStringList keys = objectKeys(geography);
+    QJsonArray objects;
+    TextTable table(
+        {{QStringLiteral("object"), TextTable::Left}, {QStringLiteral("value"), TextTable::Right}});
+    for (const int object : chosenObjects(geography, options.choice)) {
+        datum value;
+        VORN_GetDataValue(dataset, 0, static_cast<unsigned int>(object), time, value);
+        objects.append(QJsonObject{{QStringLiteral("object"), keys[object]},
+                                   {QStringLiteral("value"), jsonValue(value)}});
+        table.add({keys[object], textOf(value)});
+    }
+    if (context.console.json)
+        context.console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
+                                          {QStringLiteral("time"), axisOf(geography).show(time)},
+                                          {QStringLiteral("objects"), objects}});
+    else
+        table.print(context.console);
+}
+
+} // namespace
+
+void addSelect(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command =
+        *app.add_subcommand("select", "Name the objects with a value, or in a range");
+    projectArgument(command, options->project);
+    datasetArgument(command, options->choice.dataset);
+    valueOptions(command, options->choice);
+    command.footer("Example:\n  meridor select income.vorn income --min 40000 --at 2009");
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor

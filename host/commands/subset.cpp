@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "commands/objectChoice.h"
+#include "commands/projectEdit.h"
+#include "datainterface/FrameAPI.h"
+#include "failure.h"
+#include "model.h"
+#include "subsetGeography.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
+
+namespace meridor {
+namespace {
+
+struct Options {
+    EditTarget target;
+    QString name;
+    ObjectChoice choice;
+};
+
+void run(const Options &options, const Context &context)
+{
+    QString parent;
+    QStringList keys;
+    int datasets = 0;
+    editProject(options.target, context, [&](Session &) {
+        const int geography = geographyOf(options.choice);
+        for (const int other : geographyIds())
+            if (geographyName(other) == options.name)
+                fail(QStringLiteral("the project has a geography %1 already").arg(options.name));
+        const QVector<int> objects = chosenObjects(geography, options.choice);
+        if (objects.isEmpty())
+            fail(QStringLiteral("no object of %1 is like that").arg(geographyName(geography)));
+        const int id = subsetGeography(geography, objects, options.name);
+        parent = geographyName(geography);
+        keys = objectKeys(id);
+        datasets = datasetIds(id).size();
+    });
+    if (context.console.json)
+        context.console.print(
+            QJsonObject{{QStringLiteral("project"), options.target.file()},
+                        {QStringLiteral("geography"), options.name},
+                        {QStringLiteral("parent"), parent},
+                        {QStringLiteral("datasets"), datasets},
+                        {QStringLiteral("objects"), QJsonArray::fromStringList(keys)}});
+    else
+        context.console.print(QStringLiteral("%1: %2 objects of %3 with %4 datasets: %5")
+                                  .arg(options.name)
+                                  .arg(keys.size())
+                                  .arg(parent)
+                                  .arg(datasets)
+                                  .arg(someOf(keys)));
+}
+
+} // namespace
+
+void addSubset(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command =
+        *app.add_subcommand("subset", "Add a geography cut down to some objects of another");
+    projectArgument(command, options->target.project);
+    textOption(command, "NAME", options->name, "The new geography's name")->required();
+    textOption(command, "--geography", options->choice.geography,
+               "The geography to cut, when there are several");
+    textsOption(command, "--objects", options->choice.keys,
+                "Objects by key or name, parted by commas")
+        ->delimiter(',');
+    textOption(command, "--where", options->choice.dataset,
+               "Objects by their value in this dataset");
+    valueOptions(command, options->choice);
+    command.add_flag("--existing", options->choice.existing, "Objects that exist at --at");
+    targetOptions(command, options->target, context);
+    command.footer("Example:\n  meridor subset income.vorn \"rich states\" --where income --min "
+                   "40000 --at 2009");
+    command.callback([options, &context] {
+        context.run = [options](const Context &c) {
+            if (options->name.isEmpty())
+                failUsage(QStringLiteral("a name is not empty"));
+            run(*options, c);
+        };
+    });
+}
+
+} // namespace meridor

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "commands/commands.h"
+#include "datainterface/VersionAPI.h"
+#include "model.h"
+#include "safeFile.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
+
+namespace meridor {
+namespace {
+
+struct Options {
+    QString old;
+    QString project;
+};
+
+struct Report {
+    QString version; ///< of the old file
+    QStringList notes;
+    int geographies = 0;
+    int datasets = 0;
+};
+
+Report upgrade(const Options &options, const Context &context)
+{
+    Session session(context.session, context.console);
+    session.load(options.old);
+    Report report{dataInterfaceVersionStringLoading, session.controller().log(), 0, 0};
+    for (const int geography : geographyIds()) {
+        ++report.geographies;
+        report.datasets += datasetIds(geography).size();
+    }
+    session.save(options.project);
+    return report;
+}
+
+void run(const Options &options, const Context &context)
+{
+    requireWritable(options.project, context.overwrite);
+    const Report report = upgrade(options, context);
+    if (context.console.json)
+        context.console.print(
+            QJsonObject{{QStringLiteral("project"), options.project},
+                        {QStringLiteral("version"), report.version},
+                        {QStringLiteral("geographies"), report.geographies},
+                        {QStringLiteral("datasets"), report.datasets},
+                        {QStringLiteral("notes"), QJsonArray::fromStringList(report.notes)}});
+    else
+        context.console.print(
+            QStringLiteral("%1: %2 geographies, %3 datasets from version %4, %5")
+                .arg(options.project)
+                .arg(report.geographies)
+                .arg(report.datasets)
+                .arg(report.version, report.notes.isEmpty()
+                                         ? QStringLiteral("nothing to note")
+                                         : QStringLiteral("%1 notes").arg(report.notes.size())));
+}
+
+} // namespace
+
+void addUpgrade(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command =
+        *app.add_subcommand("upgrade", "Bring a project of any age to the present form");
+    textOption(command, "OLD", options->old, "The project to read")->required();
+    textOption(command, "NEW", options->project, "The project to write")->required();
+    overwriteOption(command, context);
+    command.footer("Example:\n  meridor upgrade survey1998.vorn survey.vorn");
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor
