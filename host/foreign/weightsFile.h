@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+/// Neighbour lists and weights as this field exchanges them.
+///
+/// GAL: a heading, then for each object its id and its number of neighbours, and on the next line
+/// their ids. GWT and KWT: a heading, then a line "from to weight" for each link; in GWT the number
+/// is most often a distance, in KWT a kernel's weight. CSV: the columns from, to and weight, a line
+/// for each link; one without `to` names an object without neighbours. The heading of the others is
+/// "0 COUNT NAME KEY", or the count alone.
+#pragma once
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+namespace meridor {
+
+enum class WeightsFormat { Gal, Gwt, Kwt, Csv };
+
+/// By the file's ending; raises a usage Failure for another.
+WeightsFormat weightsFormatOf(const QString &path);
+
+/// Objects stand in the order of the file; ids are texts and never positions.
+struct WeightsFile {
+    struct Link {
+        QString to;
+        double weight = 1;
+    };
+    struct Ego {
+        QString id;
+        QVector<Link> links;
+    };
+    QString name; ///< of the map
+    QString key;  ///< what the ids are called there
+    QVector<Ego> egos;
+};
+
+/// Raises a Failure that names the line: another count than the heading or an object says, a weight
+/// that is no finite number, an object told twice, the same link told twice.
+WeightsFile readWeights(const QString &path);
+
+/// Ids with blanks fit in CSV alone. Raises a Failure for those in another format, and when the
+/// disk refuses.
+void writeWeights(const QString &path, const WeightsFile &weights);
+
+} // namespace meridor
