@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The whole public surface of the library.
 #pragma once
+#include "datainterface/AdjacencySet.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/DataBlocks.h"
@@ -38,6 +39,7 @@
 #include "datainterface/PointTreeAPI.h"
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/RasterAPI.h"
+#include "datainterface/SpatialWeightSetProps.h"
 #include "datainterface/StatisticsAPI.h"
 #include "datainterface/TimeAPI.h"
 #include "datainterface/TimeContainers.h"
@@ -50,6 +52,8 @@
 #include "datainterface/VariogramModel.h"
 #include "datainterface/VersionAPI.h"
 #include "datainterface/WaitCursor.h"
+#include "datainterface/WeightsAPI.h"
+#include "datainterface/WeightsAtT.h"
 #include "datainterface/dataContainer.h"
 #include "datainterface/datum.h"
 #include "datainterface/half.h"

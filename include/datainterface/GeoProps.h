@@ -7,6 +7,7 @@
 #include <QString>
 #include <QVariant>
 #include <limits>
+#include "datainterface/SpatialWeightSetProps.h"
 #include "datainterface/TimeFormat.h"
 #include "datainterface/TimeStamp.h"
 
@@ -30,4 +31,5 @@ struct GeoProps {
     double pixelWidth = 0.0;
     double pixelHeight = 0.0;
     QSet<int> datasetIds;
+    QMap<int, SpatialWeightSetProps> weightSets; ///< by id
 };

@@ -4,6 +4,7 @@
 #include <QDate>
 #include <QDateTime>
 #include <QList>
+#include <QMap>
 #include <QObject>
 #include <QSet>
 #include <QString>
@@ -14,7 +15,9 @@
 #include "datainterface/TimeFormat.h"
 #include "datainterface/TimeStamp.h"
 #include "datainterface/export.h"
+#include "datainterface/neighborDatum.h"
 
+class AdjacencySet;
 class MAttributes;
 class MDataSource;
 class MDatum;
@@ -22,8 +25,8 @@ class MLinker;
 class QDataStream;
 struct RectInT;
 
-/// A QObject so that views can listen. Owns its data source, which the derived class makes, and the
-/// attributes that the application adds.
+/// A QObject so that views can listen. Owns its data source, which the derived class makes, its
+/// weight sets, and the attributes that the application adds.
 class DATAINTERFACE_EXPORT MGeoData : public QObject {
     Q_OBJECT
 public:
@@ -82,6 +85,41 @@ public:
     bool AddVariogramModelListener(QObject *listener);
     void RemoveVariogramModelListener(QObject *listener);
 
+    /// The weight set that suits the kind of objects: "Queen neighbors" of polygons, "Nearest 5 neighbors" of points, "Rook
+    /// neighbors (E-W-N-S)" of cells, with a number from 2 on when the geography has one of that name. The caller's, who
+    /// adds it. Null for lines.
+    static AdjacencySet *CreateDefaultAdjacencySet(MGeoData *geography, bool includeEgo);
+    /// Enters `set` under its own id, owns it from then on and emits WeightSetAddedSignal. A set that stood under that
+    /// id leaves the map without being freed: it is the caller's again. @return always true.
+    bool AddSpatialWeightSet(AdjacencySet *set);
+    // False, null or empty for an unknown id.
+    /// Deletes the set.
+    bool RemoveSpatialWeightSet(int id);
+    /// Emits WeightSetRenamedSignal twice, since the set's own notice comes through it too.
+    /// @param name  in the local 8-bit encoding.
+    bool RenameSpatialWeightSet(int id, const char *name);
+    /// Adds a copy with an id of its own and " copy" behind its name.
+    bool DuplicateSpatialWeightSet(int id);
+    AdjacencySet *GetSpatialWeightSet(int id);
+    const AdjacencySet *GetSpatialWeightSet(int id) const;
+    /// Whether the set has lists for the time, which is cut off to a whole number.
+    bool HasSpatialWeightSetAtTime(int id, double time) const;
+    /// The neighbours of an object; calculated when needed. Raises as AdjacencySet::PrecalcSpatialWeights.
+    QVector<neighborDatum> GetSpatialWeightsForObject(int id, double time, unsigned int objectId);
+    /// Ascending; the names are in the order of the ids.
+    QList<int> GetSpatialWeightsIds() const;
+    QList<QString> GetSpatialWeightsNames() const;
+    void RemoveAllSpatialWeightSets();
+    /// Frees the lists of all sets; the sets stay.
+    void ClearSpatialWeightSets();
+    /// Emits WeightSetChangedSignal.
+    void SpatialWeightSetChanged(AdjacencySet *set);
+    /// Connects the four signals of weight sets to WeightSetAddedSlot, ...RemovedSlot and ...ChangedSlot, each
+    /// (MGeoData *, qint32), and WeightSetRenamedSlot(MGeoData *, qint32, const char *). A missing slot raises "Can't
+    /// connect signals".
+    bool AddSpatialWeightSetListener(QObject *listener);
+    void RemoveSpatialWeightSetListener(QObject *listener);
+
     int GetId() const { return mId; }
     /// The geography that this one was cut from; -1 when there is none.
     int GetParentId() const { return mParentId; }
@@ -113,6 +151,10 @@ public:
 
 Q_SIGNALS:
     void GeographyNameChangedSignal(MGeoData *geography, const char *name);
+    void WeightSetAddedSignal(MGeoData *geography, qint32 id);
+    void WeightSetRemovedSignal(MGeoData *geography, qint32 id);
+    void WeightSetChangedSignal(MGeoData *geography, qint32 id);
+    void WeightSetRenamedSignal(MGeoData *geography, qint32 id, const char *name);
 
 protected Q_SLOTS:
     virtual void ObjectManagerDyingSlot(MLinker *view);
@@ -129,8 +171,12 @@ protected:
 
     /// The id and the counter, as they stand together in every version.
     bool restoreIds(QDataStream &in);
-    /// Spatial weight sets: false for a file that holds one.
-    static bool readWeightSets(QDataStream &in);
+    /// The weight sets, under ids or, in files before 120000, under names.
+    bool readWeightSets(QDataStream &in);
+    /// Of a file before 400002: frees all lists, and removes the sets that only a host could fill again, with a note.
+    void purgeWeightSets();
+    /// Whether every set has as many lists as there are objects; asked when the data source has been read.
+    bool weightSetsFit() const;
 
     static int mNextId;
 
@@ -145,8 +191,12 @@ protected:
     MDataSource *mDataSource = nullptr;
     QList<MAttributes *> mAttributes;
     QSet<MLinker *> mObjectManagers; ///< not owned
+    QMap<int, AdjacencySet *> mSpatialWeightSets; ///< by their ids; owned
 
 private:
     template <class Test>
     void selectWhere(int dataset, int realization, qint64 time, int attribute, Test test);
+    void saveWeightSets(QDataStream &out) const;
+    bool readWeightSet(QDataStream &in);
+    bool readNamedWeightSet(QDataStream &in);
 };

@@ -32,6 +32,8 @@ public:
     virtual bool Initialize(int rows, int columns, const QRectF &bounds);
 
     MRasterDataSource *GetRasterDataSource() const { return mRasterDataSource; }
+    /// The time over which the geography exists whatever its datasets hold.
+    const TimeStamp &GetTimeStamp() const { return mTimeStamp; }
     /// See MRasterDataSource::GetPixelBounds.
     bool GetPixelBounds(unsigned int column, unsigned int row, QRectF &rect) const;
     /// The tag "Projection".

@@ -37,12 +37,13 @@ public:
                               int attribute) override;
 
     /// Takes the geometry over, makes the data source and numbers the objects. @return always true.
-    /// @param createDefaultWeightSet  asks for the neighbour set that suits the kind of objects.
+    /// @param createDefaultWeightSet  adds CreateDefaultAdjacencySet's, which does not include the objects themselves.
     virtual bool Initialize(Fennims *fennims, bool createDefaultWeightSet);
-    /// Removes objects with their values; later objects move down. Indices out of range are left out.
+    /// Removes objects with their values; later objects move down, and the lists of weight sets are freed. Indices out of
+    /// range are left out.
     virtual void RemoveObjects(const QSet<int> &objects);
-    /// Puts another geometry with as many chains under the geography and drops what was derived from the old one:
-    /// variogram models. Takes it over only on success: false when the counts differ; raises
+    /// Puts another geometry with as many chains under the geography and drops what was derived from the old one: the
+    /// lists of weight sets and variogram models. Takes it over only on success: false when the counts differ; raises
     /// "Invalid data source type".
     virtual bool ReplaceVORN(Fennims *fennims);
     /// Null always: a subset is made through ControllerBase::AddNewVectorGeography.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// Reporting from code that runs with a progress bar or without one.
 #pragma once
+#include <QString>
 #include "datainterface/VORN_Progress.h"
 
 namespace datainterface {
@@ -15,6 +16,12 @@ inline ProgressCallback progressCallback()
 inline bool reportProgress(int percent, const char *text = nullptr)
 {
     return !VORN_Progress::UsingProgressBar() || VORN_Progress::UpdateProgress(percent, text);
+}
+
+inline void setProgressText(const QString &text)
+{
+    if (VORN_Progress::UsingProgressBar())
+        VORN_Progress::SetProgressText(text.toUtf8().constData());
 }
 
 /// An inner level of work for a scope. It begins on 0 to `upper` percent of its own range.

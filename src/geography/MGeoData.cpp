@@ -2,6 +2,7 @@
 #include "datainterface/MGeoData.h"
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
+#include "datainterface/AdjacencySet.h"
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MLinker.h"
@@ -64,6 +65,7 @@ MGeoData::MGeoData(const QString &name, TimeFormat format, const QString &filePa
 
 MGeoData::~MGeoData()
 {
+    qDeleteAll(mSpatialWeightSets);
     delete mDataSource;
     qDeleteAll(mAttributes);
     for (MLinker *view : std::as_const(mObjectManagers))
@@ -74,7 +76,7 @@ bool MGeoData::SaveToStream(QDataStream &out)
 {
     out << mName << qint32(mId) << qint32(mNextId) << qint8(mIsStatic) << mMetaData << qint32(mTimeFormat)
         << qint32(mParentId) << mParentObjectIds;
-    out << qint32(0); // spatial weight sets
+    saveWeightSets(out);
     return out.status() == QDataStream::Ok;
 }
 
@@ -93,12 +95,17 @@ bool MGeoData::RestoreFromStream(QDataStream &in)
     }
     if (version >= 170004)
         in >> mMetaData;
-    if (version < 103000)
+    if (version < 103000) {
+        purgeWeightSets();
         return in.status() == QDataStream::Ok;
+    }
     mTimeFormat = readTimeFormat(in);
     in >> mParentId;
     readList(in, mParentObjectIds, sizeof(qint32));
-    return readWeightSets(in) && in.status() == QDataStream::Ok;
+    if (!readWeightSets(in))
+        return false;
+    purgeWeightSets();
+    return in.status() == QDataStream::Ok;
 }
 
 bool MGeoData::restoreIds(QDataStream &in)
@@ -111,14 +118,6 @@ bool MGeoData::restoreIds(QDataStream &in)
     mId = id;
     mNextId = nextId;
     return true;
-}
-
-// A file with weight sets is refused: a set cannot be skipped, since its length stands nowhere.
-bool MGeoData::readWeightSets(QDataStream &in)
-{
-    qint32 count = 0;
-    in >> count;
-    return count == 0;
 }
 
 QString MGeoData::GetName()
@@ -199,6 +198,8 @@ GeoProps MGeoData::BaseProperties()
     props.objectCount = static_cast<int>(mDataSource->GetObjectCount());
     for (const DataId &id : mDataSource->GetDatasetIds())
         props.datasetIds.insert(id);
+    for (auto set = mSpatialWeightSets.cbegin(); set != mSpatialWeightSets.cend(); ++set)
+        props.weightSets.insert(set.key(), set.value()->GetProperties());
     return props;
 }
 

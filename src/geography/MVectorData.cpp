@@ -63,7 +63,7 @@ MVectorData::MVectorData(const QString &name, TimeFormat format, const QString &
 
 MVectorData::~MVectorData() = default;
 
-bool MVectorData::Initialize(Fennims *fennims, bool)
+bool MVectorData::Initialize(Fennims *fennims, bool createDefaultWeightSet)
 {
     mFennims.reset(fennims);
     mFennims->SetName(mName.toLocal8Bit().constData());
@@ -73,6 +73,9 @@ bool MVectorData::Initialize(Fennims *fennims, bool)
     delete mDataSource;
     mDataSource = mVectorDataSource;
     numberObjects();
+    if (createDefaultWeightSet)
+        if (AdjacencySet *set = CreateDefaultAdjacencySet(this, false))
+            AddSpatialWeightSet(set);
     return true;
 }
 
@@ -195,6 +198,7 @@ void MVectorData::RemoveObjects(const QSet<int> &objects)
         attributes->RemoveObjects(present);
         attributes->SetAllAttribute(kSelectedAttribute, false);
     }
+    ClearSpatialWeightSets();
     Q_EMIT ObjectsWereRemovedSignal(mId, objects);
     mVectorDataSource->AnnounceChangedDatasets(mVectorDataSource->GetDatasetIds());
 }
@@ -204,6 +208,7 @@ bool MVectorData::ReplaceVORN(Fennims *fennims)
     require(dynamic_cast<MVectorDataSource *>(mDataSource) != nullptr, "Invalid data source type");
     if (fennims->GetChainCount() != mFennims->GetChainCount())
         return false;
+    ClearSpatialWeightSets();
     mDataSource->RemoveAllVariogramModels();
     mFennims.reset(fennims);
     numberObjects();

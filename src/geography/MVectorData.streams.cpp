@@ -17,12 +17,6 @@ namespace {
 // The geometry takes the first half of a geography's range of the progress bar, the datasets the second.
 constexpr int kGeometryShare = 50;
 
-void setProgressText(const QString &text)
-{
-    if (VORN_Progress::UsingProgressBar())
-        VORN_Progress::SetProgressText(text.toUtf8().constData());
-}
-
 void writeAscending(QDataStream &out, const QHash<int, int> &hash)
 {
     QList<int> keys = hash.keys();
@@ -92,6 +86,7 @@ bool MVectorData::restoreObjectNumbers(QDataStream &in)
     if (!readPairs(in, pairs) || (dataInterfaceVersionLoading <= 102000 && !readWeightSets(in))
         || !readList(in, mFennimIdMap, sizeof(qint32)))
         return false;
+    purgeWeightSets();
     indexFennimIds();
     const QMap<int, FMObjectChain *> &chains = mFennims->mChains;
     if (mFennimIdMap.size() != chains.size() || pairs.size() != chains.size()
@@ -109,5 +104,5 @@ bool MVectorData::restoreDataSource(QDataStream &in)
     delete mDataSource;
     mDataSource = mVectorDataSource = new MVectorDataSource(mFilePath);
     return mVectorDataSource->RestoreFromStream(in)
-        && mVectorDataSource->GetObjectCount() == static_cast<unsigned int>(mFennimIdMap.size());
+        && mVectorDataSource->GetObjectCount() == static_cast<unsigned int>(mFennimIdMap.size()) && weightSetsFit();
 }

@@ -54,10 +54,7 @@ bool MRasterData::SaveToStream(QDataStream &out)
 {
     if (!MGeoData::SaveToStream(out))
         return false;
-    if (VORN_Progress::UsingProgressBar()) {
-        const QString text = QStringLiteral("Saving ") + mName + QStringLiteral(" datasets...");
-        VORN_Progress::SetProgressText(text.toUtf8().constData());
-    }
+    setProgressText(QStringLiteral("Saving ") + mName + QStringLiteral(" datasets..."));
     if (!mDataSource->SaveToStream(out))
         return false;
     out << mTimeStamp;
@@ -70,7 +67,7 @@ bool MRasterData::RestoreFromStream(QDataStream &in)
         return false;
     delete mDataSource;
     mDataSource = mRasterDataSource = new MRasterDataSource(mFilePath);
-    if (!mRasterDataSource->RestoreFromStream(in))
+    if (!mRasterDataSource->RestoreFromStream(in) || !weightSetsFit())
         return false;
     const int version = dataInterfaceVersionLoading;
     if (version < kHasOwnTime)

@@ -111,7 +111,6 @@ private Q_SLOTS:
     void oldTimeFormats_data();
     void oldTimeFormats();
     void baseOfEachAge();
-    void weightSetsAreRefused();
 };
 
 void TestVectorData::objectsAreNumberedByChainId()
@@ -321,16 +320,6 @@ void TestVectorData::baseOfEachAge()
         QVERIFY(!cut.restoreBase(shorter));
     }
     dataInterfaceVersionLoading = serializationVersionNumber;
-}
-
-void TestVectorData::weightSetsAreRefused()
-{
-    dataInterfaceVersionLoading = serializationVersionNumber;
-    QByteArray bytes = baseBytes(400021, [](QDataStream &out) { out << qint32(TF_Date); });
-    bytes[bytes.size() - 1] = 1;
-    BareGeography geography;
-    BytesReader in(bytes);
-    QVERIFY(!geography.restoreBase(in));
 }
 
 QTEST_GUILESS_MAIN(TestVectorData)

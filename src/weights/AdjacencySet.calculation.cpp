@@ -1,0 +1,414 @@
+// SPDX-License-Identifier: MIT
+// All lists of one span. Each run hands the finished list of one object after another to `store`,
+// which says whether to go on.
+//
+// Points are asked for near their neighbours in space, where the search finds its tree in the
+// processor's cache, and stored in the order of the objects, so that a reader's loop meets the
+// blocks in the order in which they were written: batches of a bounded number of neighbours lie
+// between the two.
+#include "datainterface/AdjacencySet.h"
+#include "Common/detail/failure.h"
+#include "datainterface/MRasterData.h"
+#include "datainterface/MRasterDataSource.h"
+#include "datainterface/MVectorData.h"
+#include "fennimark/FMPolygon.h"
+#include "fennimark/FM_PointTree.h"
+#include "fennimark/Fennims.h"
+#include "frame/progressSection.h"
+#include "weights/egoNeighbors.h"
+#include "weights/weighting.h"
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <utility>
+#include <vector>
+
+using namespace datainterface;
+
+namespace {
+
+constexpr char kCalculating[] = "Calculating spatial weights...";
+constexpr qint64 kReports = 1000; // of progress, at most about as many
+
+class Report {
+public:
+    Report(bool isWanted, qint64 count)
+        : mStep(isWanted ? std::max<qint64>(count / kReports, 1) : 0), mCount(count)
+    {
+    }
+    /// False: the user cancelled.
+    bool operator()(qint64 done) const
+    {
+        return mStep == 0 || done % mStep != 0
+               || reportProgress(static_cast<int>(done * 100 / mCount), kCalculating);
+    }
+
+private:
+    const qint64 mStep; ///< 0: no reports
+    const qint64 mCount;
+};
+
+/// A record of the geography with its geometry, for a scope.
+class HeldRecord {
+public:
+    HeldRecord(HilbertTree &tree, int recordId, bool keep)
+        : mTree(&tree),
+          mRecord(tree.CheckOutRecord(recordId, keep)),
+          mObject(mRecord ? mRecord->GetTreeObject(mTree) : nullptr)
+    {
+    }
+    HeldRecord(HeldRecord &&other) noexcept
+        : mTree(other.mTree),
+          mRecord(std::exchange(other.mRecord, nullptr)),
+          mObject(std::exchange(other.mObject, nullptr))
+    {
+    }
+    HeldRecord &operator=(HeldRecord &&) = delete;
+    ~HeldRecord()
+    {
+        if (mObject)
+            mRecord->ReturnTreeObject(mTree);
+        if (mRecord)
+            mTree->CheckInRecord(mRecord->recordId);
+    }
+    int chainId() const { return mRecord ? mRecord->chainId : -1; }
+    TreeObject *object() const { return mObject; }
+
+private:
+    HilbertTree *mTree;
+    HilbertTreeRecord *mRecord;
+    TreeObject *mObject;
+};
+
+neighborDatum datumOf(int id, double angle, double distance)
+{
+    return {id, 0.0F, static_cast<float>(angle), static_cast<float>(distance)};
+}
+
+class PointRun {
+public:
+    PointRun(const AdjacencySet &set, const WeightRule &rule, MVectorData &geography, qint64 t)
+        : mSet(set), mRule(rule)
+    {
+        HilbertTree &tree = *geography.GetFennims()->mTree;
+        for (int record : geography.GetFennims()->GetObservationsAtTime(t)) {
+            const HeldRecord held(tree, record, false);
+            const Rect2D box = held.object() ? held.object()->GetObjectBounds() : Rect2D();
+            require(box.xMin == box.xMax && box.yMin == box.yMax, "Invalid point bounds");
+            mEgos.push_back(
+                {record, geography.GetObjectId(held.chainId()), QPointF(box.xMin, box.yMin)});
+        }
+        std::sort(mEgos.begin(), mEgos.end(),
+                  [](const Ego &a, const Ego &b) { return a.object < b.object; });
+        QVector<QPointF> points;
+        QVector<int> ids;
+        for (const Ego &ego : mEgos) {
+            points.append(ego.point);
+            ids.append(ego.object);
+        }
+        mTree.SetPoints(points, ids, nullptr, 0, 100);
+    }
+
+    template <class Store> bool run(Store store)
+    {
+        for (size_t begin = 0; begin < mEgos.size(); begin += kBatchEgos) {
+            const size_t end = std::min(begin + kBatchEgos, mEgos.size());
+            std::vector<Ego> batch(mEgos.begin() + static_cast<std::ptrdiff_t>(begin),
+                                   mEgos.begin() + static_cast<std::ptrdiff_t>(end));
+            // Record ids follow a space-filling curve.
+            std::sort(batch.begin(), batch.end(),
+                      [](const Ego &a, const Ego &b) { return a.record < b.record; });
+            for (const Ego &ego : batch) {
+                find(ego);
+                if (mNeighbors.size() >= kBatchNeighbors && !flush(store))
+                    return false;
+            }
+            if (!flush(store))
+                return false;
+        }
+        return true;
+    }
+
+private:
+    static constexpr size_t kBatchEgos = 1 << 16;
+    static constexpr size_t kBatchNeighbors = 1 << 20;
+    struct Ego {
+        int record;
+        int object;
+        QPointF point;
+    };
+    struct List {
+        int object;
+        int count;
+        size_t first; ///< in mNeighbors
+    };
+
+    void find(const Ego &ego)
+    {
+        mExcluded.clear();
+        if (!mSet.IncludeEgo())
+            mExcluded.insert(ego.object);
+        if (mSet.NeighborType() == NearestNeighbors)
+            mTree.GetNearestNeighbors(ego.point, mSet.NeighborCount(), mExcluded, mHits, true);
+        else
+            mTree.GetRangeNeighbors(ego.point, mSet.Range(), mExcluded, mHits, true);
+        const List list{ego.object, mHits.size(), mNeighbors.size()};
+        for (const ptTreeQueryResult &hit : std::as_const(mHits))
+            mNeighbors.push_back(datumOf(hit.id, hit.angle, hit.distance));
+        mRule.apply(mNeighbors.data() + list.first, list.count);
+        mLists.push_back(list);
+    }
+
+    template <class Store> bool flush(Store &store)
+    {
+        std::sort(mLists.begin(), mLists.end(),
+                  [](const List &a, const List &b) { return a.object < b.object; });
+        for (const List &list : mLists)
+            if (!store(list.object, mNeighbors.data() + list.first, list.count))
+                return false;
+        mLists.clear();
+        mNeighbors.clear();
+        return true;
+    }
+
+    const AdjacencySet &mSet;
+    const WeightRule &mRule;
+    std::vector<Ego> mEgos; ///< in order of objects
+    FM_PointTree mTree;
+    QSet<int> mExcluded;
+    QVector<ptTreeQueryResult> mHits;
+    std::vector<List> mLists; ///< of the batch
+    std::vector<neighborDatum> mNeighbors;
+};
+
+class PolygonRun {
+public:
+    PolygonRun(const AdjacencySet &set, const WeightRule &rule, MVectorData &geography, qint64 t)
+        : mSet(set),
+          mRule(rule),
+          mFennims(*geography.GetFennims()),
+          mTime(t),
+          mNeedsBorders(rule.type == BorderLengthWeight || rule.type == BorderShareWeight),
+          mRecords(mFennims.GetObservationsAtTime(t))
+    {
+        const int last =
+            mRecords.isEmpty() ? 0 : *std::max_element(mRecords.cbegin(), mRecords.cend());
+        mPlaces.resize(static_cast<size_t>(last) + 1);
+        for (int record : std::as_const(mRecords)) {
+            HeldRecord held(*mFennims.mTree, record, mNeedsBorders);
+            const auto *polygon = dynamic_cast<const FMPolygon *>(held.object());
+            mPlaces[static_cast<size_t>(record)] = {geography.GetObjectId(held.chainId()),
+                                                    mNeedsBorders ? polygon : nullptr};
+            if (mNeedsBorders)
+                mHeld.push_back(
+                    std::move(held)); // to the end of the run, so that each geometry is made once
+        }
+    }
+
+    template <class Store> bool run(Store store)
+    {
+        QSet<int> excluded;
+        std::vector<neighborDatum> list;
+        for (int record : std::as_const(mRecords)) {
+            excluded.clear();
+            if (!mSet.IncludeEgo())
+                excluded.insert(record);
+            list.clear();
+            for (int neighbor : mFennims.CalculatePolygonAdjacencies(
+                     record, mTime, mSet.QueenNeighbor(), mSet.RingCount(), excluded))
+                list.push_back(datumOf(placeOf(neighbor).object, 0.0, borderOf(record, neighbor)));
+            mRule.apply(list.data(), static_cast<int>(list.size()));
+            if (!store(placeOf(record).object, list.data(), static_cast<int>(list.size())))
+                return false;
+        }
+        return true;
+    }
+
+private:
+    struct Place {
+        int object = -1;
+        const FMPolygon *polygon = nullptr;
+    };
+
+    const Place &placeOf(int record) const { return mPlaces[static_cast<size_t>(record)]; }
+    double borderOf(int record, int neighbor) const
+    {
+        constexpr double kNoBorder = -1.0;
+        const FMPolygon *a = placeOf(record).polygon;
+        const FMPolygon *b = placeOf(neighbor).polygon;
+        return a && b ? a->GetBorderEdges(*b, nullptr) : kNoBorder;
+    }
+
+    const AdjacencySet &mSet;
+    const WeightRule &mRule;
+    Fennims &mFennims;
+    const qint64 mTime;
+    const bool mNeedsBorders;
+    const QVector<int> mRecords;
+    std::vector<Place> mPlaces; ///< by record id
+    std::vector<HeldRecord> mHeld;
+};
+
+// West, east, north, south, then the corners.
+constexpr int kAround[8][2] = {{-1, 0},  {1, 0},  {0, -1}, {0, 1},
+                               {-1, -1}, {1, -1}, {-1, 1}, {1, 1}};
+
+QVector<MRasterDataSource::Pixel> adjacentPixels(const MRasterDataSource &source, int x, int y,
+                                                 int around)
+{
+    unsigned int columns = 0;
+    unsigned int rows = 0;
+    source.GetRasterDims(columns, rows);
+    QVector<MRasterDataSource::Pixel> pixels;
+    pixels.reserve(around);
+    for (int i = 0; i < around; ++i) {
+        // A step out to the left or top wraps round to a number that no grid has.
+        const auto column = static_cast<unsigned int>(x + kAround[i][0]);
+        const auto row = static_cast<unsigned int>(y + kAround[i][1]);
+        if (column < columns && row < rows)
+            pixels.append({column, row});
+    }
+    return pixels;
+}
+
+} // namespace
+
+bool AdjacencySet::PrecalculateSpatialWeights(qint64 t, bool showProgress)
+{
+    if (HasPrecalculatedSpatialWeights(t))
+        return true;
+    if (!showProgress || VORN_Progress::UsingProgressBar())
+        return PrecalcSpatialWeights(t, showProgress);
+    const VORN_Progress progress("Spatial weights", kCalculating, "Cancel");
+    return PrecalcSpatialWeights(t, showProgress);
+}
+
+bool AdjacencySet::PrecalcSpatialWeights(qint64 t, bool showProgress)
+{
+    if (IsCustom())
+        return HasPrecalculatedSpatialWeights(t);
+    require(mGeoData != nullptr, "Geography not defined");
+    if (auto *vector = dynamic_cast<MVectorData *>(mGeoData))
+        return calculateVector(*vector, t, showProgress);
+    auto *raster = dynamic_cast<MRasterData *>(mGeoData);
+    require(raster != nullptr, "rd");
+    return calculateRaster(*raster, showProgress);
+}
+
+// `run` hands over all lists of a span. A run that did not end must not pass for one that did: what
+// it left goes, but for cancelled rasters, whose first rows stay.
+template <class Run>
+bool AdjacencySet::calculate(const TimeStamp &stamp, bool showProgress, bool keepsCancelled,
+                             Run run)
+{
+    const ListsPointer lists = prepareLists(stamp, true);
+    require(lists != nullptr, "Invalid time stamp");
+    const Report report(showProgress, static_cast<qint64>(lists->size()));
+    qint64 done = 0;
+    bool isWhole = false;
+    try {
+        isWhole = run([&](int object, const neighborDatum *list, int count) {
+            store(*lists, object, list, count);
+            return report(done++);
+        });
+    } catch (...) {
+        mWeights.erase(stamp);
+        throw;
+    }
+    if (!isWhole && !keepsCancelled)
+        mWeights.erase(stamp);
+    return isWhole;
+}
+
+bool AdjacencySet::calculateVector(MVectorData &geography, qint64 t, bool showProgress)
+{
+    Fennims &fennims = *geography.GetFennims();
+    timeRange range;
+    range.start = std::numeric_limits<double>::infinity();
+    range.end = -range.start;
+    fennims.GetCommonStaticTimeStamp(t, range);
+    const TimeStamp stamp(range);
+    require(stamp.isValid(), "Invalid time stamp");
+
+    const WeightRule rule = weightRule();
+    const auto calculateBy = [&](auto run) {
+        return calculate(stamp, showProgress, false, [&run](auto store) { return run.run(store); });
+    };
+    if (fennims.GetGeographyType() == Fennims::PointGeography)
+        return calculateBy(PointRun(*this, rule, geography, t));
+    if (!calculateBy(PolygonRun(*this, rule, geography, t)))
+        return false;
+    geography.SpatialWeightSetChanged(this);
+    return true;
+}
+
+bool AdjacencySet::calculateRaster(MRasterData &geography, bool showProgress)
+{
+    const MRasterDataSource *source = geography.GetRasterDataSource();
+    require(source != nullptr, "Empty raster geography");
+    // Asked for at a time outside its own, a raster has the lists of its own time and no others.
+    if (mWeights.find(geography.GetTimeStamp()) != mWeights.end())
+        return true;
+    unsigned int columns = 0;
+    unsigned int rows = 0;
+    source->GetRasterDims(columns, rows);
+    const WeightRule rule = weightRule();
+    const ProgressSection section(100);
+    const auto eachPixel = [&](auto store) {
+        int id = 0;
+        for (unsigned int y = 0; y < rows; ++y) {
+            for (unsigned int x = 0; x < columns; ++x, ++id) {
+                QPointF centre;
+                require(source->GetPixelCenter(x, y, centre), "Invalid pixel id");
+                QVector<neighborDatum> list = CalculatePixelNeighbors(
+                    source, centre, static_cast<int>(x), static_cast<int>(y));
+                rule.apply(list.data(), list.size());
+                if (!store(id, list.constData(), list.size()))
+                    return false;
+            }
+        }
+        return true;
+    };
+    if (!calculate(geography.GetTimeStamp(), showProgress, true, eachPixel))
+        return false;
+    geography.SpatialWeightSetChanged(this);
+    return true;
+}
+
+QVector<neighborDatum> AdjacencySet::CalculatePixelNeighbors(const MRasterDataSource *source,
+                                                             const QPointF &centre, int x,
+                                                             int y) const
+{
+    const MRasterDataSource::Pixel ego(static_cast<unsigned int>(x), static_cast<unsigned int>(y));
+    QVector<MRasterDataSource::Pixel> pixels;
+    switch (mNeighborType) {
+    case RangeNeighbors:
+        require(source->CircleQuery(centre, mRange, pixels), "Invalid pixel id");
+        if (!mIncludeEgo)
+            pixels.removeOne(ego);
+        break;
+    case RookNeighbors:
+    case QueenNeighbors:
+        pixels = adjacentPixels(*source, x, y, mNeighborType == RookNeighbors ? 4 : 8);
+        if (mIncludeEgo)
+            pixels.prepend(ego);
+        break;
+    default:
+        fail("Invalid weight set type");
+    }
+    const bool needsDistances =
+        mWeightType == DistanceRankWeight || mWeightType == InverseDistanceWeight;
+    QVector<neighborDatum> list;
+    list.reserve(pixels.size());
+    for (const MRasterDataSource::Pixel &pixel : std::as_const(pixels)) {
+        QPointF place;
+        require(source->GetPixelCenter(pixel.first, pixel.second, place), "Invalid pixel id");
+        const double dx = place.x() - centre.x();
+        const double dy = place.y() - centre.y();
+        list.append(datumOf(static_cast<int>(source->IndexFromColRow(pixel.first, pixel.second)),
+                            std::atan2(dy, dx),
+                            needsDistances ? std::sqrt(dx * dx + dy * dy) : 0.0));
+    }
+    return list;
+}

@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: MIT
+// A set in a project: its definition, then block ids by span and object. The blocks stand behind
+// all geographies, so nothing of them can be looked at here.
+#include "datainterface/AdjacencySet.h"
+#include "Common/detail/streams.h"
+#include "datainterface/ControllerBase.h"
+#include "datainterface/DiagnosticsAPI.h"
+#include "datainterface/VersionAPI.h"
+#include "frame/frameState.h"
+#include "weights/egoNeighbors.h"
+#include <array>
+#include <limits>
+
+using namespace datainterface;
+
+namespace {
+
+// Versions at which the form changed.
+constexpr int kHasEgoByVersion =
+    103000; // this one alone includes objects among their neighbours, without saying so
+constexpr int kHasIncludeEgo = 104000;
+constexpr int kHasInformation = 105000;
+constexpr int kHasNumerator = 107000; // one byte of another use stands behind the powers before
+constexpr int kHasClusterSets = 112000;
+constexpr int kHasIds = 120000;
+constexpr int kFloatsAreFloats = 130000;
+constexpr int kHasBlocks = 201042;
+
+constexpr int kIdCount = 1 << 16;
+constexpr qint64 kStampBytes = 24;
+constexpr qint64 kCountBytes = 4;
+constexpr qint64 kOldDatumBytes = 12; // at least: floats are 4 or 8 bytes by the stream's version
+
+// An enumerator, written as a number; another number makes the stream corrupt.
+template <class Enum, size_t n>
+void readOneOf(QDataStream &in, Enum &value, const std::array<Enum, n> &allowed)
+{
+    qint32 number = 0;
+    in >> number;
+    for (const Enum candidate : allowed) {
+        if (candidate == number) {
+            value = candidate;
+            return;
+        }
+    }
+    in.setStatus(QDataStream::ReadCorruptData);
+}
+
+constexpr std::array<AdjacencySet::GeographyType, 3> kGeographyTypes{
+    AdjacencySet::PointGeography, AdjacencySet::PolygonGeography, AdjacencySet::RasterGeography};
+constexpr std::array<neighborMethodType, 6> kMethods{PolygonNeighbors, NearestNeighbors,
+                                                     RangeNeighbors,   RookNeighbors,
+                                                     QueenNeighbors,   CustomNeighbors};
+constexpr std::array<spatialWeightType, 7> kWeightTypes{
+    ConstantWeight,     RowStandardizedWeight, DistanceRankWeight, InverseDistanceWeight,
+    BorderLengthWeight, BorderShareWeight,     CustomWeight};
+
+template <class Wire> bool readFlag(QDataStream &in)
+{
+    Wire flag = 0;
+    in >> flag;
+    return flag != 0;
+}
+
+int readInt(QDataStream &in)
+{
+    qint32 number = 0;
+    in >> number;
+    return number;
+}
+
+/// id, weight and angle of files that kept lists in place.
+struct pre201042NeighborDatum {
+    qint32 id = -1;
+    float weight = 0.0F;
+    float angle = 0.0F;
+};
+
+void readOldFloat(QDataStream &in, float &value)
+{
+    if (dataInterfaceVersionLoading >= kFloatsAreFloats) {
+        in >> value;
+        return;
+    }
+    double wide = 0.0;
+    in >> wide;
+    value = static_cast<float>(wide);
+}
+
+QDataStream &operator>>(QDataStream &in, pre201042NeighborDatum &datum)
+{
+    in >> datum.id;
+    readOldFloat(in, datum.weight);
+    readOldFloat(in, datum.angle);
+    return in;
+}
+
+// All files that old are also older than the last change of what lists hold: they are calculated
+// anew.
+bool skipOldLists(QDataStream &in)
+{
+    const int count = readCount(in, kStampBytes + kCountBytes);
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        TimeStamp stamp;
+        in >> stamp;
+        const int egos = readCount(in, kCountBytes);
+        for (int ego = 0; ego < egos && in.status() == QDataStream::Ok; ++ego) {
+            QVector<pre201042NeighborDatum> list;
+            readList(in, list, kOldDatumBytes);
+        }
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+} // namespace
+
+QDataStream &operator<<(QDataStream &out, const neighborDatum &datum)
+{
+    return out << qint32(datum.id) << datum.weight << datum.angle << datum.distance;
+}
+
+QDataStream &operator>>(QDataStream &in, neighborDatum &datum)
+{
+    return in >> datum.id >> datum.weight >> datum.angle >> datum.distance;
+}
+
+QDataStream &operator<<(QDataStream &out, const AdjacencySet *set)
+{
+    set->SaveToStream(out);
+    return out;
+}
+
+QDataStream &operator>>(QDataStream &in, AdjacencySet *set)
+{
+    set->RestoreFromStream(in);
+    return in;
+}
+
+bool AdjacencySet::SaveToStream(QDataStream &out) const
+{
+    out << qint32(mId) << qint32(sNextId) << mName << qint32(mGeoType) << qint32(mNeighborType)
+        << qint32(mWeightType) << qint32(mNeighborCount) << qint32(mRingCount)
+        << qint32(mQueenNeighbor) << mRange << mInverseDistanceNumerator << mInverseDistancePower
+        << qint8(mIncludeEgo) << mInformation;
+    out << qint32(mWeights.size());
+    for (auto entry = mWeights.rbegin(); entry != mWeights.rend(); ++entry) {
+        out << entry->first << qint32(entry->second->size());
+        for (const egoNeighbors &list : *entry->second)
+            out << qint32(list.blockId());
+    }
+    out << qint8(mIsClusterSet);
+    return out.status() == QDataStream::Ok;
+}
+
+bool AdjacencySet::RestoreFromStream(QDataStream &in)
+{
+    ClearSpatialWeights();
+    if (!readDefinition(in)
+        || !(dataInterfaceVersionLoading < kHasBlocks ? skipOldLists(in) : readLists(in)))
+        return false;
+    mIsClusterSet = dataInterfaceVersionLoading >= kHasClusterSets && readFlag<qint8>(in);
+    if (dataInterfaceVersionLoading < kHasInformation)
+        renumberWeights();
+    return in.status() == QDataStream::Ok;
+}
+
+bool AdjacencySet::readDefinition(QDataStream &in)
+{
+    const int version = dataInterfaceVersionLoading;
+    if (version >= kHasIds) {
+        mId = readInt(in);
+        const int nextId = readInt(in);
+        if (in.status() != QDataStream::Ok || nextId < 0 || nextId > kIdCount)
+            return false;
+        sNextId = nextId;
+        in >> mName;
+    }
+    readOneOf(in, mGeoType, kGeographyTypes);
+    readOneOf(in, mNeighborType, kMethods);
+    readOneOf(in, mWeightType, kWeightTypes);
+    mNeighborCount = readInt(in);
+    mRingCount = readInt(in);
+    mQueenNeighbor = readFlag<qint32>(in);
+    in >> mRange;
+    mInverseDistanceNumerator = 1.0;
+    if (version >= kHasNumerator)
+        in >> mInverseDistanceNumerator;
+    in >> mInverseDistancePower;
+    mIncludeEgo = version >= kHasIncludeEgo ? readFlag<qint8>(in) : version == kHasEgoByVersion;
+    if (version >= kHasInformation && version < kHasNumerator)
+        readFlag<qint8>(in);
+    if (version >= kHasInformation)
+        in >> mInformation;
+    return in.status() == QDataStream::Ok;
+}
+
+bool AdjacencySet::readLists(QDataStream &in)
+{
+    const int count = readCount(in, kStampBytes + kCountBytes);
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        TimeStamp stamp;
+        in >> stamp;
+        const int egos = readCount(in, sizeof(qint32));
+        auto lists = std::make_shared<NeighborLists>();
+        lists->reserve(static_cast<size_t>(egos));
+        for (int ego = 0; ego < egos; ++ego)
+            lists->emplace_back(readInt(in));
+        if (in.status() != QDataStream::Ok || !stamp.isValid()
+            || !mWeights.emplace(stamp, lists).second)
+            in.setStatus(QDataStream::ReadCorruptData);
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+// The weights numbered 3 in these files are gone, and those numbered 2 have moved up.
+void AdjacencySet::renumberWeights()
+{
+    if (mWeightType == InverseDistanceWeight) {
+        mWeightType = ConstantWeight;
+        ClearSpatialWeights();
+        if (controller() && controller()->HasGUI())
+            VORN_ShowWarningDialog(
+                applicationName,
+                QStringLiteral(
+                    "Note: The weight-by-distance option is no longer available for a "
+                    "spatial weight set being loaded.\nIt will be changed to use constant "
+                    "weights."));
+    }
+    if (mWeightType == DistanceRankWeight)
+        mWeightType = InverseDistanceWeight;
+}

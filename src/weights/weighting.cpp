@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+// Sums and quotients are double; only the finished weight is narrowed.
+#include "weights/weighting.h"
+#include "Common/detail/failure.h"
+#include "datainterface/OrderedDouble.h"
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace datainterface {
+namespace {
+
+constexpr double kTieWidth =
+    1e-14; // of squared distances, which ties have in common to the last bit
+
+double shareOf(double part, double whole)
+{
+    return whole == 0.0 ? 0.0 : part / whole;
+}
+
+template <class Weight> void weigh(neighborDatum *list, int count, Weight weight)
+{
+    for (neighborDatum *datum = list; datum != list + count; ++datum)
+        datum->weight = static_cast<float>(weight(*datum));
+}
+
+/// 1 / (1 + number of nearer neighbours).
+void weighByRank(neighborDatum *list, int count)
+{
+    std::vector<OrderedDouble> distances;
+    distances.reserve(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+        distances.emplace_back(static_cast<double>(list[i].distance));
+    std::sort(distances.begin(), distances.end());
+    weigh(list, count, [&distances](const neighborDatum &datum) {
+        const OrderedDouble distance(static_cast<double>(datum.distance));
+        const auto nearer =
+            std::lower_bound(distances.begin(), distances.end(), distance) - distances.begin();
+        return 1.0 / (1.0 + static_cast<double>(nearer));
+    });
+}
+
+/// How many of the last neighbours are as far as the last one.
+int tiesAtTheEnd(const neighborDatum *list, int count)
+{
+    const double last = static_cast<double>(list[count - 1].distance);
+    int ties = 0;
+    while (ties < count
+           && std::abs(static_cast<double>(list[count - 1 - ties].distance) - last) < kTieWidth)
+        ++ties;
+    return ties;
+}
+
+} // namespace
+
+void WeightRule::apply(neighborDatum *list, int count) const
+{
+    if (isRaster)
+        return weighCells(list, count);
+    if (method == PolygonNeighbors)
+        return weighPolygons(list, count);
+    if (method == NearestNeighbors || method == RangeNeighbors)
+        weighPoints(list, count);
+}
+
+void WeightRule::weighCells(neighborDatum *list, int count) const
+{
+    switch (type) {
+    case ConstantWeight:
+        return weigh(list, count, [](const neighborDatum &) { return 1.0; });
+    case RowStandardizedWeight:
+        return weigh(list, count, [count](const neighborDatum &) { return 1.0 / count; });
+    case DistanceRankWeight:
+        return weighByRank(list, count);
+    case InverseDistanceWeight:
+        return weigh(list, count, [this](const neighborDatum &datum) {
+            return numerator / (1.0 + std::pow(static_cast<double>(datum.distance), power));
+        });
+    default:
+        fail("Invalid weight set type");
+    }
+}
+
+// More neighbours than asked for are ties at the last distance, who share the places that are left:
+// the factors sum to the number asked for.
+void WeightRule::weighPoints(neighborDatum *list, int count) const
+{
+    const bool hasShared = method == NearestNeighbors && count > neighborCount && count > 0;
+    const int ties = hasShared ? tiesAtTheEnd(list, count) : 0;
+    const double shared = hasShared ? 1.0 - static_cast<double>(count - neighborCount) / ties : 1.0;
+    const auto factor = [&](const neighborDatum &datum) {
+        return &datum - list >= count - ties ? shared : 1.0;
+    };
+    switch (type) {
+    case ConstantWeight:
+        return weigh(list, count, factor);
+    case RowStandardizedWeight: {
+        double sum = 0.0;
+        for (int i = 0; i < count; ++i)
+            sum += factor(list[i]);
+        return weigh(list, count,
+                     [&](const neighborDatum &datum) { return shareOf(factor(datum), sum); });
+    }
+    case DistanceRankWeight:
+        return weighByRank(list, count);
+    case InverseDistanceWeight: // the 1 keeps neighbours at the same place finite
+        return weigh(list, count, [this](const neighborDatum &datum) {
+            return numerator
+                   / (1.0 + std::pow(std::sqrt(static_cast<double>(datum.distance)), power));
+        });
+    default:
+        fail("Invalid weight set type");
+    }
+}
+
+void WeightRule::weighPolygons(neighborDatum *list, int count) const
+{
+    switch (type) {
+    case ConstantWeight:
+        return weigh(list, count, [](const neighborDatum &) { return 1.0; });
+    case RowStandardizedWeight:
+        return weigh(list, count, [count](const neighborDatum &) { return 1.0 / count; });
+    case BorderLengthWeight:
+        return weigh(list, count, [](const neighborDatum &datum) {
+            return static_cast<double>(datum.distance);
+        });
+    case BorderShareWeight: {
+        double borders = 0.0;
+        for (int i = 0; i < count; ++i)
+            borders += static_cast<double>(list[i].distance);
+        return weigh(list, count, [borders](const neighborDatum &datum) {
+            return shareOf(static_cast<double>(datum.distance), borders);
+        });
+    }
+    default:
+        fail("Invalid weight set type");
+    }
+}
+
+} // namespace datainterface

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+/// Weights of one object's neighbours, from nothing but their list.
+#pragma once
+#include "datainterface/AdjacencySet.h"
+
+namespace datainterface {
+
+struct WeightRule {
+    bool isRaster;
+    neighborMethodType method;
+    spatialWeightType type;
+    int neighborCount; ///< asked for by the nearest method
+    double numerator;
+    double power;
+
+    /// Sets all weights. Lists of points are ordered by distance. Raises "Invalid weight set type"
+    /// for weights that the method has no distances for; a method that is no vector geography's own
+    /// leaves the weights alone.
+    void apply(neighborDatum *list, int count) const;
+
+private:
+    void weighCells(neighborDatum *list, int count) const;
+    void weighPoints(neighborDatum *list, int count) const;
+    void weighPolygons(neighborDatum *list, int count) const;
+};
+
+} // namespace datainterface
