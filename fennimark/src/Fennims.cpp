@@ -169,11 +169,6 @@ QList<qint64> Fennims::GetAllObjectTimes()
 
 namespace {
 
-bool isRect(const Rect2D &rect)
-{
-    return rect.xMin <= rect.xMax && rect.yMin <= rect.yMax;
-}
-
 /// Collects the ids of the candidates in `window` that are sure to hit by their box, or whose live
 /// object hits.
 template <class ByBox, class ByObject>
@@ -198,6 +193,8 @@ void query(const RecordStore &store, const Rect2D &window, qint64 time, QVector<
 void Fennims::OverlapsMBRs(const Rect2D &rect, qint64 time, QVector<int> &records) const
 {
     records.clear();
+    if (!isRect(rect))
+        return;
     d->store.visit(rect, AtTime{double(time)},
                    [&records](quint32 record) { records.append(int(record) + 1); });
 }

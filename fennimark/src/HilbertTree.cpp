@@ -30,7 +30,7 @@ void HilbertTree::Overlaps(const RectInT &box, QVector<int> &records) const
 {
     records.clear();
     const fennimark::DuringTime during{fennimark::normalized(box)};
-    if (!(during.span.start <= during.span.end))
+    if (!fennimark::isRect(box) || !(during.span.start <= during.span.end))
         return;
     mStore->visit(box, during, [&records](quint32 record) { records.append(int(record) + 1); });
 }

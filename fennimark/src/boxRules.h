@@ -13,6 +13,12 @@ namespace fennimark {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr Rect2D kNoBox{kInfinity, -kInfinity, kInfinity, -kInfinity};
 
+/// Neither crossed nor without a number.
+inline bool isRect(const Rect2D &rect)
+{
+    return (rect.xMin <= rect.xMax) & (rect.yMin <= rect.yMax);
+}
+
 inline void widen(Rect2D &hull, const Rect2D &box)
 {
     hull.xMin = std::min(hull.xMin, box.xMin);

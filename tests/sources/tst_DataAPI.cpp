@@ -64,6 +64,12 @@ template <class Read> bool intervalMiss(Read read)
     return !read(intervals) && intervals.size() == 1;
 }
 
+template <class Query> bool objectMiss(Query query)
+{
+    QVector<unsigned int> objects{7};
+    return !query(objects) && objects.size() == 1;
+}
+
 template <class Read> bool numberMiss(Read read)
 {
     double value = 1.5;
@@ -167,6 +173,7 @@ QVector<QPair<const char *, Miss>> untypedMisses()
 QVector<QPair<const char *, Miss>> geographyMisses()
 {
     const QString name = QStringLiteral("n");
+    const QRectF all(-9, -9, 99, 99);
     return {
         {"GetDatasetByName", [name](int id) { return VORN_GetDatasetByName(id >> 16, name) == -1; }},
         {"NewVectorDataset", [name](int id) {
@@ -182,6 +189,59 @@ QVector<QPair<const char *, Miss>> geographyMisses()
         {"GetUniqueDatasetName", [name](int id) { return VORN_GetUniqueDatasetName(id >> 16, name) == name; }},
         {"SuggestUniqueDatasetName", [name](int id) { return VORN_SuggestUniqueDatasetName(id >> 16, name) == name; }},
         {"GetGeographyProperties", [](int id) { return VORN_GetGeographyProperties(id >> 16).id == -1; }},
+        {"GetGeography", [](int id) { return !VORN_GetGeography(id >> 16); }},
+        {"RemoveGeography", [](int id) { return !VORN_RemoveGeography(id >> 16); }},
+        {"GetObjectCount", [](int id) { return VORN_GetObjectCount(id >> 16, 5) == 0; }},
+        {"GetObservationTimes",
+         [](int id) { return intervalMiss([id](auto &t) { return VORN_GetObservationTimes(id >> 16, 0, t); }); }},
+        {"GetAllObjectTimes",
+         [](int id) { return intervalMiss([id](auto &t) { return VORN_GetAllObjectTimes(id >> 16, t); }); }},
+        {"ObjectExistsAtTime", [](int id) { return !VORN_ObjectExistsAtTime(id >> 16, 0, 5); }},
+        {"GetObject", [](int id) {
+             const VORN_Object object = VORN_GetObject(id >> 16, 0, 5);
+             return !object.tree && !object.record;
+         }},
+        {"GetPointVertex", [](int id) {
+             QPointF point(1, 2);
+             return !VORN_GetPointVertex(id >> 16, 0, 5, point) && point == QPointF(1, 2);
+         }},
+        {"GetLineVertices", [](int id) {
+             QList<QVector<QPointF>> parts{{}};
+             return !VORN_GetLineVertices(id >> 16, 0, 5, parts) && parts.size() == 1;
+         }},
+        {"GetObjectBounds", [](int id) {
+             QRectF bounds(1, 2, 3, 4);
+             return !VORN_GetObjectBounds(id >> 16, 0, 5, bounds) && bounds == QRectF(1, 2, 3, 4);
+         }},
+        {"Rect, MBR and RectTimeQuery", [all](int id) {
+             return objectMiss([&](auto &o) { return VORN_RectQuery(id >> 16, all, 5, o); })
+                 && objectMiss([&](auto &o) { return VORN_MBRQuery(id >> 16, all, 5, o); })
+                 && objectMiss([&](auto &o) { return VORN_RectTimeQuery(id >> 16, all, 0, 9, o); });
+         }},
+        {"CircleQuery", [](int id) {
+             return objectMiss([&](auto &o) { return VORN_CircleQuery(id >> 16, QPointF(0, 0), 9, 5, o); });
+         }},
+        {"ObjectQuery", [](int id) {
+             const int there = VORN_GetGeographyIds().first();
+             return objectMiss([&](auto &o) { return VORN_ObjectQuery(id >> 16, 0, there, 5, o); })
+                 && objectMiss([&](auto &o) { return VORN_ObjectQuery(there, 0, id >> 16, 5, o); });
+         }},
+        {"NearestNeighborQuery", [](int id) {
+             QVector<neighborDatum> neighbors(1);
+             return !VORN_NearestNeighborQuery(id >> 16, QPointF(0, 0), 5, 1, neighbors) && neighbors.size() == 1;
+         }},
+        {"Nearest and RangeObjectQuery", [](int id) {
+             const int there = VORN_GetGeographyIds().first();
+             QVector<QVector<neighborDatum>> neighbors(1);
+             return !VORN_NearestNeighborObjectQuery(id >> 16, there, 5, 1, neighbors, false)
+                 && !VORN_NearestNeighborObjectQuery(there, id >> 16, 5, 1, neighbors, false)
+                 && !VORN_RangeObjectQuery(id >> 16, there, 5, 1, neighbors, false)
+                 && !VORN_RangeObjectQuery(there, id >> 16, 5, 1, neighbors, false) && neighbors.size() == 1;
+         }},
+        {"GetPolygonNeighborRings", [](int id) {
+             QVector<QVector<unsigned int>> rings(1);
+             return !VORN_GetPolygonNeighborRings(id >> 16, 0, 5, 1, true, rings) && rings.size() == 1;
+         }},
         {"StartNewVectorGeography", [](int id) {
              return !VORN_StartNewVectorGeography(id >> 16)
                  && (id < 0 || !VORN_StartNewVectorGeography(QRectF(0, 0, 1, 1), 0, 1, id >> 16));

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "support/model.h"
-#include <QPointF>
 #include <QRectF>
 #include <QSet>
 #include <algorithm>
@@ -79,6 +78,16 @@ int addPoints(int count, const QString &name, TimeFormat format, qint64 start, q
         VORN_AddPointToChain(static_cast<unsigned int>(chain), QPointF(i, i), {start, end, true, true});
     }
     return VORN_FinishVectorGeography(name, QStringLiteral("made for a test"), format);
+}
+
+int addPolygons(const QList<QVector<QPointF>> &rings)
+{
+    VORN_StartNewVectorGeography(QRectF(0, 0, 10, 10), 0, 10, -1);
+    for (const QVector<QPointF> &ring : rings) {
+        const int chain = VORN_CreateNewObjectChain();
+        VORN_AddPolygonToChain(static_cast<unsigned int>(chain), ring.toList(), {0, 10, true, true});
+    }
+    return VORN_FinishVectorGeography(QStringLiteral("polygons"), QStringLiteral("made for a test"), TF_Integer);
 }
 
 void Listener::DatasetsDyingSlot(const QList<DataId> &ids)

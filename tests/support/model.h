@@ -4,6 +4,7 @@
 #include <QList>
 #include <QObject>
 #include <QPair>
+#include <QPointF>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -53,6 +54,8 @@ private:
 /// A geography of `count` points on a diagonal that all exist over [start, end]; its id.
 int addPoints(int count, const QString &name = QStringLiteral("points"), TimeFormat format = TF_Integer,
               qint64 start = 0, qint64 end = 1000);
+/// A geography of one polygon a ring, all of which exist over [0, 10]; its id.
+int addPolygons(const QList<QVector<QPointF>> &rings);
 
 /// Notes each call of the slots of a data source's and a geography's listener as one line of text.
 class Listener : public QObject {
