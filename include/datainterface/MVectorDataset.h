@@ -222,9 +222,13 @@ public:
 
     // Conversion.
     /// Fills this new dataset with `source`'s values in this dataset's type; `precision` decimals when decimals become
-    /// text. False when the user cancels.
+    /// text. Missing objects stay missing. False when the user cancels, and for a dataset of another storage type or with
+    /// fewer realizations. The same type raises "Invalid data type".
     bool ConvertDataset(const MVectorDataset *source, int precision);
-    /// Takes the values of a dataset of another source over: `objectMap` gives the object there for each one here.
+    /// Takes the values of a dataset of another source over: `objectMap` gives the object there for each one here; one
+    /// without an object there is missing. A vector dataset must have this one's type and storage type, or the result is
+    /// false. Of a raster dataset each object takes the values of its cell, in this dataset's type. The long description
+    /// tells the origin. Raises "Invalid data type" for other kinds of datasets.
     bool ImportDataset(const MDataset *source, const QVector<int> &objectMap);
     /// Frees the series that shrinking left behind.
     void CleanPre201044Data();

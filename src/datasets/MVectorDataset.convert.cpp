@@ -1,55 +1,21 @@
 // SPDX-License-Identifier: MIT
-// Copies of whole datasets, container by container: into another value type, or through a map of objects. Only one
-// container of either dataset is in memory at a time.
+// A dataset's values in another type, container by container: only one of either dataset is in memory at a time.
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
 #include "Common/detail/failure.h"
 #include "datainterface/MVectorDataset.h"
-#include "datainterface/TimeAPI.h"
 #include "datainterface/VORN_Progress.h"
-#include "datasets/elementTypes.h"
-#include "datasets/ownedContainers.h"
+#include "datasets/dataContainer.elements.h"
+#include "datasets/datasetCopies.h"
 
 using namespace datainterface;
 
 namespace {
 
-template <class T> using SliceMap = MVectorDataset::SliceMap<T>;
-template <class T> using SeriesMap = MVectorDataset::SeriesMap<T>;
-
-template <class T> const SliceMap<T> *slicesOf(const MVectorDataset &dataset, int realization)
-{
-    if constexpr (std::is_same_v<T, double>)
-        return dataset.GetTimeSliceDecimalData(realization);
-    else if constexpr (std::is_same_v<T, int>)
-        return dataset.GetTimeSliceIntegerData(realization);
-    else
-        return dataset.GetTimeSliceStringData(realization);
-}
-
-template <class T> const SeriesMap<T> *seriesOf(const MVectorDataset &dataset, int realization)
-{
-    if constexpr (std::is_same_v<T, double>)
-        return dataset.GetTimeSeriesDecimalData(realization);
-    else if constexpr (std::is_same_v<T, int>)
-        return dataset.GetTimeSeriesIntegerData(realization);
-    else
-        return dataset.GetTimeSeriesStringData(realization);
-}
-
-// Toward zero. What an int cannot hold becomes the nearest that it can, a NaN 0.
-int truncated(double value)
-{
-    if (std::isnan(value))
-        return 0;
-    if (value >= std::numeric_limits<int>::max())
-        return std::numeric_limits<int>::max();
-    if (value <= std::numeric_limits<int>::min())
-        return std::numeric_limits<int>::min();
-    return static_cast<int>(value);
-}
+// No double has more: what follows are zeros.
+constexpr int kMostDecimals = 1074;
 
 // One value in another type; a text that does not parse is 0.
 template <class To, class From> To convertedValue(const From &value, int precision)
@@ -58,17 +24,17 @@ template <class To, class From> To convertedValue(const From &value, int precisi
     if constexpr (std::is_same_v<From, QString> && std::is_same_v<To, double>)
         return value.toDouble();
     else if constexpr (std::is_same_v<From, QString> && std::is_same_v<To, int>)
-        return truncated(value.toDouble());
+        return integerFrom<int>(value.toDouble());
     else if constexpr (std::is_same_v<From, int> && std::is_same_v<To, double>)
         return value;
     else if constexpr (std::is_same_v<From, int> && std::is_same_v<To, QString>)
         return QString::number(value);
     else if constexpr (std::is_same_v<From, double> && std::is_same_v<To, int>)
-        return truncated(value);
+        return integerFrom<int>(value);
     else if constexpr (std::is_same_v<From, double> && std::is_same_v<To, QString>)
         return precision == 0 && std::abs(value) < std::numeric_limits<int>::max()
-            ? QString::number(truncated(value))
-            : QString::number(precision == 0 ? std::trunc(value) : value, 'f', precision);
+            ? QString::number(integerFrom<int>(value))
+            : QString::number(precision == 0 ? std::trunc(value) : value, 'f', std::min(precision, kMostDecimals));
     else
         fail("Invalid data type");
 }
@@ -185,58 +151,11 @@ bool convertRealization(MVectorDataset &target, const MVectorDataset &source, in
         [&](const SeriesMap<To> &map) { return target.SetTimeSeriesData(realization, map, true); });
 }
 
-// The values of the objects that the map names; an object without one, and one that the source does not have, is
-// missing.
-template <class T>
-std::unique_ptr<TimeSliceData<T>> importedSlice(const TimeSliceData<T> &slice, const QVector<int> &objectMap,
-                                                int objectCount)
-{
-    const CheckedOut<TimeSliceData<T>> hold(slice);
-    QVector<T> values(objectCount);
-    QSet<int> missing;
-    for (int object = 0; object < objectCount; ++object) {
-        const int from = objectMap.value(object, -1);
-        if (from < 0 || from >= slice.GetCount() || slice.IsMissing(from))
-            missing.insert(object);
-        else
-            values[object] = slice.Data()[from];
-    }
-    return std::make_unique<TimeSliceData<T>>(values, missing);
-}
-
-template <class T>
-bool importRealization(MVectorDataset &target, const MVectorDataset &source, int realization,
-                       const QVector<int> &objectMap)
-{
-    if (source.GetStorageType() == MVectorDataset::TimeSlice) {
-        const SliceMap<T> &slices = *slicesOf<T>(source, realization);
-        OwnedContainers<SliceMap<T>> imported;
-        for (auto slice = slices.cbegin(); slice != slices.cend(); ++slice)
-            imported.insert(slice.key(), importedSlice(*slice.value(), objectMap, target.GetObjectCount()));
-        return imported.handOver([&](const SliceMap<T> &map) {
-            return target.SetTimeSliceData(realization, map, true);
-        });
-    }
-    const SeriesMap<T> &series = *seriesOf<T>(source, realization);
-    OwnedContainers<SeriesMap<T>> imported;
-    for (int object = 0; object < std::min(objectMap.size(), target.GetObjectCount()); ++object)
-        if (const TimeSeriesData<T> *one = series.value(objectMap[object], nullptr))
-            imported.insert(object, std::make_unique<TimeSeriesData<T>>(*one));
-    return imported.handOver(
-        [&](const SeriesMap<T> &map) { return target.SetTimeSeriesData(realization, map, true); });
-}
-
-// A static source has its one slice under time 0, where a static copy looks for it.
-void takeOverStatic(MVectorDataset &target, const MVectorDataset &source)
-{
-    if (source.IsStatic() && target.GetStorageType() == MVectorDataset::TimeSlice)
-        target.SetStatic(true);
-}
-
 } // namespace
 
 bool MVectorDataset::ConvertDataset(const MVectorDataset *source, int precision)
 {
+    require(source->GetDataType() != GetDataType(), "Invalid data type");
     const int realizations = source->GetRealizationCount();
     for (int realization = 0; realization < realizations; ++realization) {
         const RealizationProgress progress(realization, realizations);
@@ -252,24 +171,5 @@ bool MVectorDataset::ConvertDataset(const MVectorDataset *source, int precision)
     }
     RecalculateFrequencies();
     takeOverStatic(*this, *source);
-    return true;
-}
-
-bool MVectorDataset::ImportDataset(const MDataset *source, const QVector<int> &objectMap)
-{
-    const auto *vector = dynamic_cast<const MVectorDataset *>(source);
-    require(vector != nullptr, "Invalid data type");
-    for (int realization = 0; realization < vector->GetRealizationCount(); ++realization) {
-        const bool isDone = visitElement(vector->GetDataType(), [&](auto element) {
-            return importRealization<ElementOf<decltype(element)>>(*this, *vector, realization, objectMap);
-        });
-        if (!isDone)
-            return false;
-    }
-    RecalculateFrequencies();
-    takeOverStatic(*this, *vector);
-    const QString name = vector->GetMetaData(QStringLiteral("Name")).toString();
-    AddToLongDescription(
-        QStringLiteral("Subsetted from dataset (\"%1\") on %2\n").arg(name, VORN_GetDateTime()));
     return true;
 }
