@@ -67,9 +67,9 @@ int runCommandLine(int argc, char **argv)
                "130 cancelled.\n"
                "meridor VERB --help tells more.");
     addCommonOptions(app, context);
-    for (const auto add :
-         {addImport, addInfo, addStats, addSeries, addClasses, addMap, addExport, addRename,
-          addRemove, addConvert, addSubset, addSelect, addUpgrade, addDemo})
+    for (const auto add : {addImport, addInfo, addStats, addSeries, addClasses, addMap, addExport,
+                           addRename, addRemove, addConvert, addSubset, addSelect, addUpgrade,
+                           addWeights, addNeighbors, addNearest, addMoran, addDemo})
         add(app, context);
     try {
         app.parse(argc, argv);

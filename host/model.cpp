@@ -5,10 +5,10 @@
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MDataset.h"
-#include "datainterface/MVectorData.h"
+#include "datainterface/MGeoData.h"
 #include "failure.h"
-#include "fennimark/Fennims.h"
 #include "hostController.h"
+#include <QSet>
 #include <algorithm>
 
 namespace meridor {
@@ -213,6 +213,23 @@ void setKeyDataset(int geography, int dataset)
     geographyOf(geography)->GetMetaData().setTag(kKeyTag, dataset);
 }
 
+QStringList uniqueTexts(int dataset)
+{
+    const QString name = datasetName(dataset);
+    if (!datasetOf(dataset)->IsStatic())
+        fail(QStringLiteral("%1 changes over time: it names no objects").arg(name));
+    const QStringList texts = constantTexts(dataset);
+    QSet<QString> seen;
+    for (int i = 0; i < texts.size(); ++i) {
+        if (texts[i].isNull())
+            fail(QStringLiteral("%1: object %2 has no value").arg(name).arg(i + 1));
+        if (seen.contains(texts[i]))
+            fail(QStringLiteral("%1: two objects have %2").arg(name, texts[i]));
+        seen.insert(texts[i]);
+    }
+    return texts;
+}
+
 QStringList objectKeys(int geography)
 {
     QStringList keys;
@@ -250,16 +267,11 @@ int findObject(int geography, const QString &text)
 QVector<int> objectsAt(int geography, qint64 time)
 {
     QVector<int> objects;
-    const auto *vector = dynamic_cast<const MVectorData *>(geographyOf(geography));
-    if (!vector)
-        return objects;
-    const Fennims *shapes = vector->GetFennims();
-    for (int i = 0; i < static_cast<int>(vector->GetObjectCount()); ++i) {
-        const FMObjectChain *chain =
-            shapes->GetChainById(vector->GetFennimId(static_cast<unsigned int>(i)));
-        if (chain && chain->GetObservation(time).second >= 0)
+    const GeoProps props = VORN_GetGeographyProperties(geography);
+    for (int i = 0; i < props.objectCount; ++i)
+        if (props.type == GeoProps::Raster
+            || VORN_ObjectExistsAtTime(geography, static_cast<unsigned int>(i), time))
             objects.append(i);
-    }
     return objects;
 }
 
@@ -283,6 +295,16 @@ Interval timeOption(const TimeAxis &axis, const char *option, const QString &tex
             QStringLiteral("%1 %2 is no %3")
                 .arg(QLatin1String(option), text, QLatin1String(timeFormatName(axis.format()))));
     return *span;
+}
+
+qint64 chooseTimeOf(int geography, const QString &text)
+{
+    if (!text.isEmpty())
+        return timeOption(axisOf(geography), "--at", text).startTime;
+    QVector<Interval> times;
+    if (!VORN_GetAllObjectTimes(geography, times) || times.isEmpty())
+        fail(QStringLiteral("%1 has no object at any time").arg(geographyName(geography)));
+    return instantOf(times.last());
 }
 
 qint64 chooseTime(int dataset, const QString &text)

@@ -62,13 +62,16 @@ template <class Visit> void visitType(DataType type, Visit visit)
 /// The dataset that holds the objects' keys, -1 when they have none. Kept with the geography.
 int keyDataset(int geography);
 void setKeyDataset(int geography, int dataset);
+/// The values of a dataset that name the objects: one each, for good, no two alike. Raises a
+/// Failure.
+QStringList uniqueTexts(int dataset);
 /// Every object's key; without a key dataset its number from 1.
 QStringList objectKeys(int geography);
 /// By key, else by an unambiguous value of a text dataset that holds for good (a name). Raises a
 /// Failure.
 int findObject(int geography, const QString &text);
 
-/// The objects that exist at a time, ascending.
+/// The objects that exist at a time, ascending; of a grid all cells.
 QVector<int> objectsAt(int geography, qint64 time);
 
 /// Every time at which the dataset has data, in order.
@@ -77,6 +80,9 @@ QVector<Interval> dataTimes(int dataset);
 qint64 instantOf(const Interval &interval);
 /// The span that an option names; raises a Failure for a text that is no time.
 Interval timeOption(const TimeAxis &axis, const char *option, const QString &text);
+/// The instant that an option names; without one the last span of time in which objects stay as
+/// they are.
+qint64 chooseTimeOf(int geography, const QString &text);
 /// The instant that an option names; without one the dataset's only time, or its last.
 qint64 chooseTime(int dataset, const QString &text);
 

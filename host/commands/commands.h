@@ -32,6 +32,10 @@ void addConvert(CLI::App &app, Context &context);
 void addSubset(CLI::App &app, Context &context);
 void addSelect(CLI::App &app, Context &context);
 void addUpgrade(CLI::App &app, Context &context);
+void addWeights(CLI::App &app, Context &context);
+void addNeighbors(CLI::App &app, Context &context);
+void addNearest(CLI::App &app, Context &context);
+void addMoran(CLI::App &app, Context &context);
 void addDemo(CLI::App &app, Context &context);
 
 // Options whose values are texts.

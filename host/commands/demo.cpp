@@ -2,6 +2,7 @@
 // The whole road on real data: income per head of the 48 contiguous states of the USA over 81
 // years, and the days on which they came into the Union. What each step should find is known from
 // outside.
+#include "analysis/moranOverTime.h"
 #include "commands/commands.h"
 #include "commands/snapshot.h"
 #include "commands/statistics.h"
@@ -17,6 +18,7 @@
 #include "render/classes.h"
 #include "safeFile.h"
 #include "samples.h"
+#include "weightSets.h"
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -38,6 +40,11 @@ struct Options {
 constexpr int kStates = 48;
 constexpr int kYears = 81;
 constexpr std::pair<const char *, int> kExisting[] = {{"1800", 16}, {"1850", 31}, {"1912", 48}};
+constexpr std::pair<const char *, int> kQueenLinks[] = {
+    {"1800", 52}, {"1850", 112}, {"1912", 214}, {"2000", 214}};
+constexpr std::pair<const char *, double> kMoran[] = {
+    {"1929", 0.626927}, {"1934", 0.666630}, {"1981", 0.248167}, {"2009", 0.428769}};
+constexpr int kSeed = 1929;
 constexpr std::pair<const char *, double> kMeans[] = {
     {"1929", 615.208}, {"1981", 10725.917}, {"2009", 37205.021}};
 
@@ -51,8 +58,8 @@ public:
     {
         if (!QDir().mkpath(mDirectory))
             fail(QStringLiteral("%1: cannot be made").arg(mDirectory));
-        for (const char *name :
-             {"income.vorn", "income_2009.png", "income.csv", "income.dat", "income.dbf"})
+        for (const char *name : {"income.vorn", "income_2009.png", "income_moran.csv", "income.csv",
+                                 "income.dat", "income.dbf"})
             requireWritable(path(name), context.overwrite);
     }
 
@@ -70,6 +77,9 @@ public:
         });
         step("map", [this] { return map(); });
         step("series", [this] { return series(); });
+        for (const auto &[year, links] : kQueenLinks)
+            step("neighbours", [&, year = year, links = links] { return neighbors(year, links); });
+        step("moran", [this] { return moranOfAllYears(); });
         step("save", [this] { return save(); });
         step("load", [this] { return load(); });
         step("compare", [this] { return compare(); });
@@ -208,6 +218,74 @@ private:
                  exactNumber(number(values.last())), axis.show(intervals.last()));
     }
 
+    QString neighbors(const char *year, int links)
+    {
+        if (mQueen < 0) {
+            WeightSetPlan plan;
+            plan.name = plan.method = QStringLiteral("queen");
+            plan.weights = QStringLiteral("row");
+            mQueen = createWeightSet(geography(), plan);
+        }
+        const QString lastDay = QLatin1String(year) + QStringLiteral("-12-31");
+        const LinkSummary found = summarize(mQueen, chooseTimeOf(geography(), lastDay));
+        expect(found.links == links);
+        return QStringLiteral("%1: %2 queen links of %3 states, %4 to %5 each, mean %6, %7 islands")
+            .arg(QLatin1String(year))
+            .arg(found.links)
+            .arg(found.objects)
+            .arg(found.least)
+            .arg(found.most)
+            .arg(shortNumber(found.mean()))
+            .arg(found.islands.size());
+    }
+
+    QString moranOfAllYears()
+    {
+        MoranPlan plan;
+        plan.dataset = mIncome;
+        plan.weightSet = mQueen;
+        plan.times = dataTimes(mIncome);
+        plan.seed = kSeed;
+        const Progress progress("Moran", "Permuting...");
+        const QVector<MoranAt> found = moranOverTime(plan, progress);
+        storeMoran(plan, found, QStringLiteral("income Moran"));
+        const TimeAxis axis = axisOf(geography());
+        QMap<QString, double> byYear;
+        QByteArray table = "year,I,z,p\n";
+        double largestP = 0;
+        for (const MoranAt &result : found) {
+            const QString year = axis.show(result.when);
+            byYear.insert(year, result.whole.value);
+            largestP = qMax(largestP, result.whole.p);
+            table +=
+                QStringLiteral("%1,%2,%3,%4\n")
+                    .arg(year, QString::number(result.whole.value, 'f', 6),
+                         QString::number(result.whole.deviate, 'f', 4), exactNumber(result.whole.p))
+                    .toUtf8();
+        }
+        expect(byYear.size() == kYears && replaceBytes("income_moran.csv", table));
+        for (const auto &[year, value] : kMoran)
+            expect(std::abs(byYear.value(QLatin1String(year)) - value) < 6e-7);
+        return QStringLiteral(
+                   "%1 years, I %2 in 1929, %3 in 2009, largest p %4 of %5 permutations, "
+                   "seed %6")
+            .arg(byYear.size())
+            .arg(byYear.value(QStringLiteral("1929")), 0, 'f', 6)
+            .arg(byYear.value(QStringLiteral("2009")), 0, 'f', 6)
+            .arg(exactNumber(largestP))
+            .arg(plan.permutations)
+            .arg(plan.seed);
+    }
+
+    bool replaceBytes(const char *name, const QByteArray &bytes) const
+    {
+        return replaceFile(path(name), [&bytes](const QString &beside) {
+            QFile file(beside);
+            return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()
+                   && file.flush();
+        });
+    }
+
     QString save()
     {
         mBefore = takeSnapshot();
@@ -278,6 +356,7 @@ private:
     QString mSamples;
     Session mSession;
     int mIncome = -1;
+    int mQueen = -1;
     Snapshot mBefore;
     QJsonArray mSteps;
     int mWrong = 0;

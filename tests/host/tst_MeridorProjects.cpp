@@ -243,8 +243,8 @@ void TestMeridorProjects::theDemoChecksItsFigures()
     const Outcome good = place.run({"demo", "out", "--samples", MERIDOR_TEST_SAMPLES});
     QVERIFY2(good.code == 0, qPrintable(good.out + good.err));
     QVERIFY2(good.out.contains("every figure is right"), qPrintable(good.out));
-    for (const char *name :
-         {"income.vorn", "income_2009.png", "income.csv", "income.dat", "income.dbf"})
+    for (const char *name : {"income.vorn", "income_2009.png", "income_moran.csv", "income.csv",
+                             "income.dat", "income.dbf"})
         QVERIFY2(QFileInfo(place.path(QString("out/") + name)).size() > 0, name);
 
     // One income changed by a dollar: means and classes are off.

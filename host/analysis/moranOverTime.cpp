@@ -1,0 +1,272 @@
+// SPDX-License-Identifier: MIT
+#include "analysis/moranOverTime.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/StatisticsAPI.h"
+#include "failure.h"
+#include "interrupt.h"
+#include "model.h"
+#include "weightSets.h"
+#include <QSet>
+#include <cmath>
+#include <limits>
+
+namespace meridor {
+namespace {
+
+constexpr double kFalseFraction = 0.1; ///< of a family of local tests: the joint error fraction's
+constexpr qint64 kMostFlags = qint64(64) << 20; ///< objects times permutations of the same
+
+struct Observed {
+    QVector<int> objects;
+    std::vector<double> values;
+    QSet<int> missing; ///< all others
+};
+
+Observed observe(int dataset, qint64 time)
+{
+    QVector<double> values;
+    Observed observed;
+    if (!VORN_GetNumericValues(dataset, 0, time, values, observed.missing))
+        return observed;
+    for (int i = 0; i < values.size(); ++i)
+        observed.missing.insert(i);
+    QSet<int> without;
+    VORN_GetMissingVectorIds(dataset, 0, time, without);
+    for (const int object : objectsAt(VORN_GetGeographyId(dataset), time)) {
+        if (without.contains(object) || !std::isfinite(values[object]))
+            continue;
+        observed.objects.append(object);
+        observed.values.push_back(values[object]);
+        observed.missing.remove(object);
+    }
+    return observed;
+}
+
+/// The set's weights among the objects that are observed, weighted as if there were no others.
+SparseWeights weightsAmong(int set, qint64 time, const Observed &observed)
+{
+    const WeightsAtT handle = VORN_GetSpatialWeightsHandle(set, time, true);
+    const VORN_MissingData missing(observed.missing);
+    QVector<int> row(observed.objects.isEmpty() ? 0 : observed.objects.last() + 1, -1);
+    for (int i = 0; i < observed.objects.size(); ++i)
+        row[observed.objects[i]] = i;
+    SparseWeights weights;
+    QVector<neighborDatum> neighbors;
+    for (const int object : observed.objects) {
+        stopIfInterrupted();
+        if (!VORN_GetSpatialWeights(handle, static_cast<unsigned int>(object), neighbors, missing))
+            fail(QStringLiteral("weight set %1 has nothing at %2")
+                     .arg(weightSetOf(set).GetName(), axisOf(set >> 16).show(time)));
+        for (const neighborDatum &neighbor : neighbors)
+            if (const int other = row.value(neighbor.id, -1); other >= 0)
+                weights.addNeighbor(other, static_cast<double>(neighbor.weight));
+        weights.endRow();
+    }
+    return weights;
+}
+
+using Correct = QVector<int> (*)(const QVector<double> &, const VORN_MissingData &, double);
+
+QVector<int> uncorrected(const QVector<double> &p, const VORN_MissingData &missing, double alpha)
+{
+    QVector<int> passing;
+    for (int i = 0; i < p.size(); ++i)
+        if (!missing.isMissing(i) && p[i] <= alpha)
+            passing.append(i);
+    return passing;
+}
+
+/// The walk down from the largest p-value gives those that it passed over: the others pass.
+QVector<int> simes(const QVector<double> &p, const VORN_MissingData &missing, double alpha)
+{
+    const QVector<int> passedOver = VORN_PerformSimesCorrection(p, missing, alpha);
+    const QSet<int> failing(passedOver.begin(), passedOver.end());
+    QVector<int> passing;
+    for (int i = 0; i < p.size(); ++i)
+        if (!missing.isMissing(i) && !failing.contains(i))
+            passing.append(i);
+    return passing;
+}
+
+struct Correction {
+    const char *name;
+    Correct correct; ///< null for the joint error fraction, which needs the randomizations
+};
+constexpr Correction kCorrections[] = {
+    {"none", &uncorrected},
+    {"bonferroni", &VORN_PerformBonferroniCorrection},
+    {"holm", &VORN_PerformHolmCorrection},
+    {"simes", &simes},
+    {"fdr", &VORN_PerformFDRCorrection},
+    {"jef", nullptr},
+};
+
+class MoranRun {
+public:
+    MoranRun(const MoranPlan &plan, const Progress &progress) : mPlan(plan), mProgress(progress)
+    {
+        VORN_SetRandomSeed(plan.seed);
+    }
+
+    bool at(const Interval &when, MoranAt &result)
+    {
+        const qint64 time = instantOf(when);
+        const Observed observed = observe(mPlan.dataset, time);
+        if (observed.objects.isEmpty())
+            return false;
+        const SparseWeights weights = weightsAmong(mPlan.weightSet, time, observed);
+        result.when = when;
+        result.objects = observed.objects;
+        result.whole = moran(observed.values, weights, mPlan.permutations, meter());
+        if (mPlan.local) {
+            result.local = localMoran(observed.values, weights, mPlan.permutations, meter());
+            judge(observed, weights, result);
+        }
+        return true;
+    }
+    void timeDone() { ++mDone; }
+
+private:
+    /// Within one time the bar stands still; Ctrl-C is heard all the same.
+    Meter meter() const
+    {
+        return [this](int) { mProgress.report(100 * mDone / qMax(1, mPlan.times.size())); };
+    }
+
+    void judge(const Observed &observed, const SparseWeights &weights, MoranAt &result) const
+    {
+        const QVector<double> p(result.local.p.begin(), result.local.p.end());
+        QSet<int> untested;
+        for (int i = 0; i < p.size(); ++i)
+            if (std::isnan(p[i]))
+                untested.insert(i);
+        result.significant.fill(false, p.size());
+        QVector<int> passing;
+        for (const Correction &known : kCorrections)
+            if (mPlan.correction == QLatin1String(known.name))
+                passing = known.correct ? known.correct(p, VORN_MissingData(untested), mPlan.alpha)
+                                        : jointErrors(observed, weights, p, untested);
+        for (const int i : passing)
+            result.significant[i] = !untested.contains(i);
+    }
+
+    /// Among the objects whose own test passes, the family that chance seldom flags.
+    QVector<int> jointErrors(const Observed &observed, const SparseWeights &weights,
+                             const QVector<double> &p, QSet<int> untested) const
+    {
+        if (qint64(mPlan.permutations) * p.size() > kMostFlags)
+            fail(QStringLiteral("%1 objects are too many for jef with %2 permutations")
+                     .arg(p.size())
+                     .arg(mPlan.permutations));
+        if (mPlan.permutations == 0)
+            return {};
+        for (int i = 0; i < p.size(); ++i)
+            if (!(p[i] <= mPlan.alpha))
+                untested.insert(i);
+        QVector<QVector<bool>> flags;
+        for (const std::vector<bool> &row :
+             flagsOfChance(observed.values, weights, mPlan.permutations, mPlan.alpha, meter()))
+            flags.append(QVector<bool>(row.begin(), row.end()));
+        return VORN_PerformJEFCorrection(flags, VORN_MissingData(untested), mPlan.alpha,
+                                         kFalseFraction);
+    }
+
+    const MoranPlan &mPlan;
+    const Progress &mProgress;
+    int mDone = 0;
+};
+
+/// A new dataset, filled time by time with the values of `valueOf` at the objects that have one.
+template <class T, class ValueOf>
+int store(const MoranPlan &plan, const QVector<MoranAt> &results, const QString &name,
+          DataType type, ValueOf valueOf)
+{
+    const int geography = VORN_GetGeographyId(plan.dataset);
+    const DatasetProps props = VORN_GetDatasetProperties(plan.dataset);
+    const int objects = VORN_GetGeographyProperties(geography).objectCount;
+    const int id = VORN_NewVectorDataset(geography, name, TimeSlice, type, 1, props.path);
+    if (id < 0)
+        fail(QStringLiteral("dataset %1 could not be made").arg(name));
+    if (props.isStatic)
+        datasetOf(id)->SetStatic(true);
+    for (const MoranAt &result : results) {
+        QVector<T> values(objects);
+        QSet<int> missing;
+        for (int i = 0; i < objects; ++i)
+            missing.insert(i);
+        for (int i = 0; i < result.objects.size(); ++i) {
+            const int object = result.objects[i];
+            values[object] = valueOf(result, i);
+            if constexpr (std::is_same_v<T, double>)
+                if (!std::isfinite(values[object]))
+                    continue;
+            missing.remove(object);
+        }
+        if (missing.size() < objects)
+            VORN_AddDataValues(id, 0, result.when, values, missing, true, false);
+    }
+    VORN_RecalculateDataFrequencies(id);
+    VORN_AppendToLongDescription(
+        id, QStringLiteral("Moran's I of %1, weights %2, %3 permutations, seed %4\n")
+                .arg(datasetName(plan.dataset), weightSetOf(plan.weightSet).GetName())
+                .arg(plan.permutations)
+                .arg(plan.seed));
+    VORN_NewDatasetCreated(id);
+    return id;
+}
+
+} // namespace
+
+QVector<MoranAt> moranOverTime(const MoranPlan &plan, const Progress &progress)
+{
+    if (!datasetOf(plan.dataset)->IsNumeric())
+        fail(QStringLiteral("%1 holds texts").arg(datasetName(plan.dataset)));
+    MoranRun run(plan, progress);
+    QVector<MoranAt> results;
+    for (const Interval &when : plan.times) {
+        MoranAt result;
+        if (run.at(when, result))
+            results.append(result);
+        run.timeDone();
+    }
+    return results;
+}
+
+QString clusterName(const MoranAt &result, int position)
+{
+    if (!result.significant[position])
+        return QStringLiteral("not significant");
+    const auto i = static_cast<size_t>(position);
+    return QStringLiteral("%1-%2").arg(
+        result.local.z[i] > 0 ? QStringLiteral("high") : QStringLiteral("low"),
+        result.local.lags[i] > 0 ? QStringLiteral("high") : QStringLiteral("low"));
+}
+
+QVector<int> storeMoran(const MoranPlan &plan, const QVector<MoranAt> &results, const QString &name)
+{
+    const int geography = VORN_GetGeographyId(plan.dataset);
+    const auto named = [&](const char *what) {
+        const QString full = name + QLatin1Char(' ') + QLatin1String(what);
+        requireNewDatasetName(geography, full);
+        return full;
+    };
+    using At = const MoranAt &;
+    const auto local = [](const std::vector<double> &values, int i) {
+        return values[static_cast<size_t>(i)];
+    };
+    QVector<int> ids{
+        store<double>(plan, results, named("I"), DecimalType,
+                      [](At r, int) { return r.whole.value; }),
+        store<double>(plan, results, named("p"), DecimalType, [](At r, int) { return r.whole.p; })};
+    if (!plan.local)
+        return ids;
+    ids.append(store<double>(plan, results, named("local I"), DecimalType,
+                             [&](At r, int i) { return local(r.local.values, i); }));
+    ids.append(store<double>(plan, results, named("local p"), DecimalType,
+                             [&](At r, int i) { return local(r.local.p, i); }));
+    ids.append(store<QString>(plan, results, named("cluster"), StringType, &clusterName));
+    return ids;
+}
+
+} // namespace meridor

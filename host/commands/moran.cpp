@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+#include "analysis/moranOverTime.h"
+#include "commands/projectEdit.h"
+#include "datainterface/DataAPI.h"
+#include "failure.h"
+#include "model.h"
+#include "weightSets.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QMap>
+#include <QRandomGenerator>
+#include <limits>
+#include <memory>
+
+namespace meridor {
+namespace {
+
+struct Options {
+    EditTarget target;
+    QString dataset;
+    QString set;
+    QStringList at;
+    QString save; ///< empty: nothing goes into the project
+    MoranPlan plan;
+};
+
+/// The times' own spans, so that results hold as long as what they are of.
+QVector<Interval> timesOf(int dataset, const QStringList &at)
+{
+    const QVector<Interval> all = dataTimes(dataset);
+    QVector<Interval> times;
+    for (const QString &text : at) {
+        const qint64 time = chooseTime(dataset, text);
+        const int before = times.size();
+        for (const Interval &when : all)
+            if (TimeStamp(when).contains(time))
+                times.append(when);
+        if (times.size() == before)
+            fail(QStringLiteral("%1 holds no values at %2").arg(datasetName(dataset), text));
+    }
+    return at.isEmpty() ? all : times;
+}
+
+QJsonObject objectToJson(const MoranAt &result, int i, const QStringList &keys)
+{
+    const auto at = static_cast<size_t>(i);
+    return {{QStringLiteral("object"), keys[result.objects[i]]},
+            {QStringLiteral("I"), jsonNumber(result.local.values[at])},
+            {QStringLiteral("z"), jsonNumber(result.local.deviates[at])},
+            {QStringLiteral("p"), jsonNumber(result.local.p[at])},
+            {QStringLiteral("cluster"), clusterName(result, i)}};
+}
+
+QJsonObject toJson(const MoranAt &result, const QString &when, const QStringList &keys)
+{
+    QJsonObject object{{QStringLiteral("time"), when},
+                       {QStringLiteral("objects"), result.objects.size()},
+                       {QStringLiteral("I"), jsonNumber(result.whole.value)},
+                       {QStringLiteral("expected"), jsonNumber(result.whole.expectation)},
+                       {QStringLiteral("z"), jsonNumber(result.whole.deviate)},
+                       {QStringLiteral("p"), jsonNumber(result.whole.p)}};
+    if (result.local.values.empty())
+        return object;
+    QJsonArray local;
+    for (int i = 0; i < result.objects.size(); ++i)
+        local.append(objectToJson(result, i, keys));
+    object.insert(QStringLiteral("local"), local);
+    return object;
+}
+
+void printLocal(const QJsonObject &result, const Console &console)
+{
+    TextTable table({{QStringLiteral("object"), TextTable::Left},
+                     {QStringLiteral("I"), TextTable::Right},
+                     {QStringLiteral("z"), TextTable::Right},
+                     {QStringLiteral("p"), TextTable::Right},
+                     {QStringLiteral("cluster"), TextTable::Left}});
+    const auto number = [](const QJsonValue &value) {
+        return shortNumber(value.toDouble(std::numeric_limits<double>::quiet_NaN()), 4);
+    };
+    for (const QJsonValue &value : result.value(QStringLiteral("local")).toArray()) {
+        const QJsonObject row = value.toObject();
+        table.add({row.value(QStringLiteral("object")).toString(),
+                   number(row.value(QStringLiteral("I"))), number(row.value(QStringLiteral("z"))),
+                   number(row.value(QStringLiteral("p"))),
+                   row.value(QStringLiteral("cluster")).toString()});
+    }
+    table.print(console);
+}
+
+/// "5 high-high, 3 low-low".
+QString clusters(const QJsonObject &result)
+{
+    QMap<QString, int> counts;
+    for (const QJsonValue &value : result.value(QStringLiteral("local")).toArray())
+        ++counts[value.toObject().value(QStringLiteral("cluster")).toString()];
+    counts.remove(QStringLiteral("not significant"));
+    QStringList texts;
+    for (auto it = counts.begin(); it != counts.end(); ++it)
+        texts.append(QStringLiteral("%1 %2").arg(it.value()).arg(it.key()));
+    return texts.isEmpty() ? QStringLiteral("-") : texts.join(QStringLiteral(", "));
+}
+
+void print(const QJsonArray &results, const Options &options, const Console &console)
+{
+    const bool local = options.plan.local;
+    QVector<QPair<QString, TextTable::Align>> columns{
+        {QStringLiteral("time"), TextTable::Left}, {QStringLiteral("objects"), TextTable::Right},
+        {QStringLiteral("I"), TextTable::Right},   {QStringLiteral("expected"), TextTable::Right},
+        {QStringLiteral("z"), TextTable::Right},   {QStringLiteral("p"), TextTable::Right}};
+    if (local)
+        columns.append({QStringLiteral("clusters"), TextTable::Left});
+    TextTable table(columns);
+    for (const QJsonValue &value : results) {
+        const QJsonObject row = value.toObject();
+        QStringList cells{row.value(QStringLiteral("time")).toString(),
+                          QString::number(row.value(QStringLiteral("objects")).toInt())};
+        for (const char *name : {"I", "expected", "z", "p"})
+            cells.append(shortNumber(
+                row.value(QLatin1String(name)).toDouble(std::numeric_limits<double>::quiet_NaN()),
+                6));
+        if (local)
+            cells.append(clusters(row));
+        table.add(cells);
+    }
+    table.print(console);
+    if (local && results.size() == 1)
+        printLocal(results.first().toObject(), console);
+    console.print(QStringLiteral("%1 permutations, seed %2")
+                      .arg(options.plan.permutations)
+                      .arg(options.plan.seed));
+}
+
+QJsonArray compute(const Options &options, MoranPlan plan)
+{
+    plan.dataset = findDataset(options.dataset);
+    const int geography = VORN_GetGeographyId(plan.dataset);
+    plan.weightSet = findWeightSet(options.set);
+    if (plan.weightSet >> 16 != geography)
+        fail(QStringLiteral("weight set %1 is of %2, %3 of %4")
+                 .arg(options.set, geographyName(plan.weightSet >> 16), options.dataset,
+                      geographyName(geography)));
+    plan.times = timesOf(plan.dataset, options.at);
+    QVector<MoranAt> found;
+    {
+        const Progress progress("Moran", "Permuting...");
+        found = moranOverTime(plan, progress);
+    }
+    if (!options.save.isEmpty())
+        storeMoran(plan, found, options.save);
+    const TimeAxis axis = axisOf(geography);
+    const bool always = datasetOf(plan.dataset)->IsStatic();
+    const QStringList keys = objectKeys(geography);
+    QJsonArray results;
+    for (const MoranAt &result : found)
+        results.append(
+            toJson(result, always ? QStringLiteral("always") : axis.show(result.when), keys));
+    return results;
+}
+
+void run(const Options &options, const Context &context)
+{
+    QJsonArray results;
+    if (options.save.isEmpty()) {
+        Session session(context.session, context.console);
+        session.load(options.target.project);
+        results = compute(options, options.plan);
+    } else {
+        editProject(options.target, context,
+                    [&](Session &) { results = compute(options, options.plan); });
+    }
+    if (context.console.json)
+        context.console.print(
+            QJsonObject{{QStringLiteral("dataset"), options.dataset},
+                        {QStringLiteral("weights"), options.set},
+                        {QStringLiteral("permutations"), options.plan.permutations},
+                        {QStringLiteral("seed"), options.plan.seed},
+                        {QStringLiteral("times"), results}});
+    else
+        print(results, options, context.console);
+}
+
+void addTests(CLI::App &command, MoranPlan &plan)
+{
+    plan.correction = QStringLiteral("none");
+    plan.seed = QRandomGenerator::system()->bounded(1, std::numeric_limits<int>::max());
+    command.add_option("--permutations", plan.permutations, "How many; 0 for none")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 1000000));
+    command.add_option("--seed", plan.seed, "Of the permutations (default: another each time)")
+        ->check(CLI::Range(0, std::numeric_limits<int>::max()));
+    command.add_flag("--local", plan.local, "Each object's own statistic too");
+    textOption(command, "--correction", plan.correction,
+               "Of local tests: none, bonferroni, holm, simes, fdr or jef")
+        ->default_str("none")
+        ->check(CLI::IsMember({"none", "bonferroni", "holm", "simes", "fdr", "jef"}));
+    command.add_option("--alpha", plan.alpha, "Level of local tests")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, 1.0));
+}
+
+} // namespace
+
+void addMoran(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = *app.add_subcommand(
+        "moran", "Moran's I over time: are like values neighbours more often than by chance?");
+    projectArgument(command, options->target.project);
+    datasetArgument(command, options->dataset);
+    textOption(command, "SET", options->set, "The weight set, as SET or GEOGRAPHY/SET")->required();
+    textsOption(command, "--at", options->at, "A time, in place of all; repeatable");
+    addTests(command, options->plan);
+    textOption(command, "--save", options->save, "Keep the results as datasets of this name");
+    targetOptions(command, options->target, context);
+    command.footer("Example:\n  meridor moran income.vorn income queen --at 1929 --local --seed 1");
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor

@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: MIT
+// neighbors and nearest: who is near one object, or one place.
+#include "commands/commands.h"
+#include "datainterface/GeographyAPI.h"
+#include "failure.h"
+#include "model.h"
+#include "progress.h"
+#include "weightSets.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <cmath>
+#include <limits>
+#include <memory>
+
+namespace meridor {
+namespace {
+
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+
+struct Options {
+    QString project;
+    QString set;
+    QString object;
+    QString geography;
+    QString at;
+    QVector<double> place;
+    int count = 5;
+};
+
+struct Row {
+    QString object;
+    double weight = kNone;
+    double distance = kNone; ///< map units; of borders their length
+};
+
+/// Columns without any number are left out.
+void print(const QVector<Row> &rows, QJsonObject head, const char *distanceName,
+           const Console &console)
+{
+    bool weights = false;
+    bool distances = false;
+    for (const Row &row : rows) {
+        weights |= !std::isnan(row.weight);
+        distances |= !std::isnan(row.distance);
+    }
+    QVector<QPair<QString, TextTable::Align>> columns{{QStringLiteral("object"), TextTable::Left}};
+    if (weights)
+        columns.append({QStringLiteral("weight"), TextTable::Right});
+    if (distances)
+        columns.append({QLatin1String(distanceName), TextTable::Right});
+    TextTable table(columns);
+    QJsonArray list;
+    for (const Row &row : rows) {
+        QStringList cells{row.object};
+        QJsonObject entry{{QStringLiteral("object"), row.object}};
+        if (weights) {
+            cells.append(shortNumber(row.weight, 6));
+            entry.insert(QStringLiteral("weight"), jsonNumber(row.weight));
+        }
+        if (distances) {
+            cells.append(shortNumber(row.distance));
+            entry.insert(QLatin1String(distanceName), jsonNumber(row.distance));
+        }
+        table.add(cells);
+        list.append(entry);
+    }
+    head.insert(QStringLiteral("neighbors"), list);
+    console.json ? console.print(head) : table.print(console);
+}
+
+/// What a set keeps in the field: squares between points, lengths of borders, distances of cells.
+double distanceOf(const AdjacencySet &set, const neighborDatum &neighbor)
+{
+    if (set.IsCustom())
+        return kNone;
+    const spatialWeightType type = set.WeightType();
+    switch (set.GeoType()) {
+    case AdjacencySet::PointGeography:
+        return std::sqrt(static_cast<double>(neighbor.distance));
+    case AdjacencySet::PolygonGeography:
+        return type == BorderLengthWeight || type == BorderShareWeight
+                   ? static_cast<double>(neighbor.distance)
+                   : kNone;
+    default:
+        return type == DistanceRankWeight || type == InverseDistanceWeight
+                   ? static_cast<double>(neighbor.distance)
+                   : kNone;
+    }
+}
+
+void runNeighbors(const Options &options, const Context &context)
+{
+    Session session(context.session, context.console);
+    session.load(options.project);
+    const int id = findWeightSet(options.set);
+    const int geography = id >> 16;
+    const AdjacencySet &set = weightSetOf(id);
+    const qint64 time = chooseTimeOf(geography, options.at);
+    const QString when = axisOf(geography).show(time);
+    const int object = findObject(geography, options.object);
+    const QStringList keys = objectKeys(geography);
+    if (!objectsAt(geography, time).contains(object))
+        fail(QStringLiteral("%1 does not exist at %2").arg(keys[object], when));
+    QVector<neighborDatum> neighbors;
+    {
+        const Progress progress("Weights", "Calculating spatial weights...");
+        if (!VORN_GetSpatialWeights(id, static_cast<unsigned int>(object), time, neighbors,
+                                    VORN_MissingData())) {
+            progress.report(100); // raises the cancel
+            fail(QStringLiteral("weight set %1 has nothing at %2").arg(set.GetName(), when));
+        }
+    }
+    QVector<Row> rows;
+    for (const neighborDatum &neighbor : neighbors)
+        rows.append(
+            {keys[neighbor.id], static_cast<double>(neighbor.weight), distanceOf(set, neighbor)});
+    print(rows,
+          {{QStringLiteral("set"), set.GetName()},
+           {QStringLiteral("object"), keys[object]},
+           {QStringLiteral("time"), when}},
+          set.GeoType() == AdjacencySet::PolygonGeography ? "border" : "distance", context.console);
+}
+
+/// A shape of an object for as long as it is looked at.
+class HeldObject {
+public:
+    HeldObject(int geography, int object, qint64 time)
+        : mObject(VORN_GetObject(geography, static_cast<unsigned int>(object), time))
+    {
+    }
+    ~HeldObject() { VORN_ReturnObject(mObject); }
+    HeldObject(const HeldObject &) = delete;
+    HeldObject &operator=(const HeldObject &) = delete;
+    const VORN_Object &operator*() const { return mObject; }
+
+private:
+    VORN_Object mObject;
+};
+
+/// A point itself, of other objects the middle.
+QPointF placeOf(int geography, int object, qint64 time)
+{
+    QPointF place;
+    if (VORN_GetPointVertex(geography, static_cast<unsigned int>(object), time, place))
+        return place;
+    const HeldObject held(geography, object, time);
+    QRectF bounds;
+    if (VORN_GetPolygonCentroid(*held, place))
+        return place;
+    if (VORN_GetObjectBounds(geography, static_cast<unsigned int>(object), time, bounds))
+        return bounds.center();
+    fail(QStringLiteral("%1 does not exist at %2")
+             .arg(objectKeys(geography)[object], axisOf(geography).show(time)));
+}
+
+void runNearest(const Options &options, const Context &context)
+{
+    if ((options.place.size() == 2) == !options.object.isEmpty())
+        failUsage(QStringLiteral("a place is X Y or --object"));
+    Session session(context.session, context.console);
+    session.load(options.project);
+    const int geography = findGeography(options.geography);
+    const qint64 time = chooseTimeOf(geography, options.at);
+    const int self = options.object.isEmpty() ? -1 : findObject(geography, options.object);
+    const QPointF place =
+        self < 0 ? QPointF(options.place[0], options.place[1]) : placeOf(geography, self, time);
+    QVector<neighborDatum> found;
+    if (!VORN_NearestNeighborQuery(geography, place, time, options.count + (self < 0 ? 0 : 1),
+                                   found))
+        fail(QStringLiteral("no object of %1 exists at %2")
+                 .arg(geographyName(geography), axisOf(geography).show(time)));
+    const QStringList keys = objectKeys(geography);
+    QVector<Row> rows;
+    for (const neighborDatum &neighbor : found)
+        if (neighbor.id != self && rows.size() < options.count)
+            rows.append(
+                {keys[neighbor.id], kNone, std::sqrt(static_cast<double>(neighbor.distance))});
+    print(rows,
+          {{QStringLiteral("place"), QJsonArray{place.x(), place.y()}},
+           {QStringLiteral("time"), axisOf(geography).show(time)}},
+          "distance", context.console);
+}
+
+} // namespace
+
+void addNeighbors(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = *app.add_subcommand("neighbors", "An object's neighbours in a weight set");
+    projectArgument(command, options->project);
+    textOption(command, "SET", options->set, "The weight set, as SET or GEOGRAPHY/SET")->required();
+    textOption(command, "OBJECT", options->object,
+               "The object's key, or its name in a text dataset")
+        ->required();
+    textOption(command, "--at", options->at, "The time (default: the last)");
+    command.footer("Example:\n  meridor neighbors income.vorn queen Virginia --at 1850");
+    command.callback([options, &context] {
+        context.run = [options](const Context &c) { runNeighbors(*options, c); };
+    });
+}
+
+void addNearest(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = *app.add_subcommand("nearest", "The objects nearest to a place");
+    projectArgument(command, options->project);
+    command
+        .add_option_function<std::vector<double>>(
+            "PLACE",
+            [options](const std::vector<double> &place) {
+                options->place = QVector<double>(place.begin(), place.end());
+            },
+            "X Y, in map units")
+        ->expected(2);
+    textOption(command, "--object", options->object, "The place of this object, itself left out");
+    textOption(command, "--geography", options->geography, "The geography, when there are several");
+    command.add_option("--count", options->count, "How many")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 1000000));
+    textOption(command, "--at", options->at, "The time (default: the last)");
+    command.footer("Example:\n  meridor nearest storms.vorn -- -89.6 26.3 --count 3 --at "
+                   "2005-08-28T18:00Z");
+    command.callback([options, &context] {
+        context.run = [options](const Context &c) { runNearest(*options, c); };
+    });
+}
+
+} // namespace meridor

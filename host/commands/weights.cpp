@@ -1,0 +1,270 @@
+// SPDX-License-Identifier: MIT
+// weights create, list, show, remove.
+#include "commands/projectEdit.h"
+#include "commands/weightsFiles.h"
+#include "datainterface/MGeoData.h"
+#include "failure.h"
+#include "model.h"
+#include "progress.h"
+#include "weightSets.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
+
+namespace meridor {
+namespace {
+
+struct Options {
+    EditTarget target;
+    QString geography;
+    QStringList sets;
+    QStringList at;
+    WeightSetPlan plan;
+};
+
+QJsonObject toJson(const AdjacencySet &set)
+{
+    const int geography = set.GetId() >> 16;
+    const TimeAxis axis = axisOf(geography);
+    QJsonArray times;
+    for (const TimeStamp &time : set.GetAdjacencyTimes())
+        times.append(axis.show(Interval(time)));
+    return {{QStringLiteral("name"), set.GetName()},
+            {QStringLiteral("geography"), geographyName(geography)},
+            {QStringLiteral("definition"), describe(set)},
+            {QStringLiteral("information"), set.GetInformation()},
+            {QStringLiteral("stored"), times}};
+}
+
+QJsonObject toJson(const LinkSummary &summary, int set, const QString &time)
+{
+    const QStringList keys = objectKeys(set >> 16);
+    QJsonArray islands;
+    for (const int object : summary.islands)
+        islands.append(keys[object]);
+    return {{QStringLiteral("time"), time},
+            {QStringLiteral("objects"), summary.objects},
+            {QStringLiteral("links"), static_cast<double>(summary.links)},
+            {QStringLiteral("least"), summary.least},
+            {QStringLiteral("most"), summary.most},
+            {QStringLiteral("mean"), summary.mean()},
+            {QStringLiteral("islands"), islands}};
+}
+
+/// The summaries of a set at the times asked for, or at the last; the lists stay with the set.
+QJsonArray summaries(int set, const QStringList &at)
+{
+    const Progress progress("Weights", "Calculating spatial weights...");
+    const int geography = set >> 16;
+    QJsonArray times;
+    for (const QString &text : at.isEmpty() ? QStringList{QString()} : at) {
+        const qint64 time = chooseTimeOf(geography, text);
+        times.append(toJson(summarize(set, time), set, axisOf(geography).show(time)));
+    }
+    return times;
+}
+
+void print(const QJsonObject &set, const Console &console)
+{
+    if (console.json) {
+        console.print(set);
+        return;
+    }
+    const auto text = [&set](const char *key) { return set.value(QLatin1String(key)).toString(); };
+    console.print(
+        QStringLiteral("%1 of %2: %3").arg(text("name"), text("geography"), text("definition")));
+    if (!text("information").isEmpty())
+        console.print(text("information"));
+    TextTable table({{QStringLiteral("time"), TextTable::Left},
+                     {QStringLiteral("objects"), TextTable::Right},
+                     {QStringLiteral("links"), TextTable::Right},
+                     {QStringLiteral("least"), TextTable::Right},
+                     {QStringLiteral("most"), TextTable::Right},
+                     {QStringLiteral("mean"), TextTable::Right},
+                     {QStringLiteral("islands"), TextTable::Left}});
+    const QJsonArray times = set.value(QStringLiteral("times")).toArray();
+    for (const QJsonValue &value : times) {
+        const QJsonObject row = value.toObject();
+        const auto number = [&row](const char *key) {
+            return QString::number(row.value(QLatin1String(key)).toDouble(), 'f', 0);
+        };
+        QStringList islands;
+        for (const QJsonValue &island : row.value(QStringLiteral("islands")).toArray())
+            islands.append(island.toString());
+        table.add({row.value(QStringLiteral("time")).toString(), number("objects"), number("links"),
+                   number("least"), number("most"),
+                   shortNumber(row.value(QStringLiteral("mean")).toDouble()),
+                   islands.isEmpty() ? QStringLiteral("-") : someOf(islands)});
+    }
+    if (!times.isEmpty())
+        table.print(console);
+}
+
+void create(const Options &options, const Context &context)
+{
+    QJsonObject result;
+    editProject(options.target, context, [&](Session &) {
+        const int set = createWeightSet(findGeography(options.geography), options.plan);
+        const QJsonArray times = options.at.isEmpty() ? QJsonArray() : summaries(set, options.at);
+        result = toJson(weightSetOf(set));
+        result.insert(QStringLiteral("times"), times);
+    });
+    print(result, context.console);
+}
+
+void list(const Options &options, const Context &context)
+{
+    Session session(context.session, context.console);
+    session.load(options.target.project);
+    QJsonArray sets;
+    TextTable table({{QStringLiteral("set"), TextTable::Left},
+                     {QStringLiteral("geography"), TextTable::Left},
+                     {QStringLiteral("neighbours"), TextTable::Left},
+                     {QStringLiteral("times stored"), TextTable::Right}});
+    for (const int geography : geographyIds()) {
+        for (const int id : geographyOf(geography)->GetSpatialWeightsIds()) {
+            const AdjacencySet &set = weightSetOf(id);
+            sets.append(toJson(set));
+            table.add({set.GetName(), geographyName(geography), describe(set),
+                       QString::number(set.GetAdjacencyTimes().size())});
+        }
+    }
+    if (context.console.json)
+        context.console.print(QJsonObject{{QStringLiteral("sets"), sets}});
+    else if (sets.isEmpty())
+        context.console.print(QStringLiteral("no weight set"));
+    else
+        table.print(context.console);
+}
+
+void show(const Options &options, const Context &context)
+{
+    Session session(context.session, context.console);
+    session.load(options.target.project);
+    const int set = findWeightSet(options.sets.first());
+    QJsonObject result = toJson(weightSetOf(set));
+    result.insert(QStringLiteral("times"), summaries(set, options.at));
+    print(result, context.console);
+}
+
+void remove(const Options &options, const Context &context)
+{
+    editProject(options.target, context, [&options](Session &) {
+        QVector<int> ids;
+        for (const QString &name : options.sets)
+            ids.append(findWeightSet(name));
+        for (const int id : ids)
+            geographyOf(id >> 16)->RemoveSpatialWeightSet(id);
+    });
+    if (context.console.json)
+        context.console.print(
+            QJsonObject{{QStringLiteral("project"), options.target.file()},
+                        {QStringLiteral("removed"), QJsonArray::fromStringList(options.sets)}});
+    else
+        context.console.print(
+            QStringLiteral("%1: removed %2")
+                .arg(options.target.file(), options.sets.join(QStringLiteral(", "))));
+}
+
+void addMethod(CLI::App &command, WeightSetPlan &plan)
+{
+    plan.method = QStringLiteral("queen");
+    plan.weights = QStringLiteral("row");
+    textOption(command, "--method", plan.method,
+               "queen or rook (polygons and grids), nearest (points) or range (points and grids)")
+        ->default_str("queen")
+        ->check(CLI::IsMember({"queen", "rook", "nearest", "range"}));
+    command.add_option("--order", plan.order, "Steps of contiguity between polygons")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 1000));
+    command.add_option("--count", plan.count, "How many are nearest; ties share the last places")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 1000000));
+    command.add_option("--range", plan.range, "Distance, in map units");
+    textOption(command, "--weights", plan.weights,
+               "constant, row (sum to 1), rank or inverse (of distances), border or border-share")
+        ->default_str("row")
+        ->check(CLI::IsMember({"constant", "row", "rank", "inverse", "border", "border-share"}));
+    command.add_option("--numerator", plan.numerator, "Of inverse distances")
+        ->capture_default_str();
+    command.add_option("--power", plan.power, "Of inverse distances")->capture_default_str();
+    command.add_flag("--ego", plan.includeEgo, "An object is a neighbour of itself too");
+    textOption(command, "--information", plan.information, "A note on the set");
+}
+
+using Run = void (*)(const Options &, const Context &);
+
+CLI::App &addVerb(CLI::App &weights, const char *name, const char *help,
+                  const std::shared_ptr<Options> &options, Context &context, Run run)
+{
+    CLI::App &command = *weights.add_subcommand(name, help);
+    projectArgument(command, options->target.project);
+    command.callback([options, run, &context] {
+        context.run = [options, run](const Context &c) { run(*options, c); };
+    });
+    return command;
+}
+
+void addCreate(CLI::App &weights, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command =
+        addVerb(weights, "create", "Define who is whose neighbour", options, context, &create);
+    textOption(command, "NAME", options->plan.name, "The set's name")->required();
+    textOption(command, "--geography", options->geography, "The geography, when there are several");
+    addMethod(command, options->plan);
+    textsOption(command, "--at", options->at,
+                "Calculate and keep the lists of this time; repeatable");
+    targetOptions(command, options->target, context);
+    command.footer("Example:\n  meridor weights create income.vorn queen --method queen --at 2009");
+}
+
+void addList(CLI::App &weights, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    addVerb(weights, "list", "Name the sets of a project", options, context, &list)
+        .footer("Example:\n  meridor weights list income.vorn");
+}
+
+void addShow(CLI::App &weights, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command =
+        addVerb(weights, "show", "Tell a set's definition and how many links it has", options,
+                context, &show);
+    textsOption(command, "SET", options->sets, "The set, as SET or GEOGRAPHY/SET")
+        ->required()
+        ->expected(1);
+    textsOption(command, "--at", options->at, "The time (default: the last); repeatable");
+    command.footer("Example:\n  meridor weights show income.vorn queen --at 1850 --at 2000");
+}
+
+void addRemoveSets(CLI::App &weights, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = addVerb(weights, "remove", "Remove sets", options, context, &remove);
+    textsOption(command, "SET", options->sets, "The sets")
+        ->required()
+        ->expected(1, 1000)
+        ->allow_extra_args(true);
+    targetOptions(command, options->target, context);
+    command.footer("Example:\n  meridor weights remove income.vorn queen");
+}
+
+} // namespace
+
+void addWeights(CLI::App &app, Context &context)
+{
+    CLI::App &weights =
+        *app.add_subcommand("weights", "Spatial weights: who is whose neighbour, and how much");
+    weights.require_subcommand(1);
+    weights.footer("Example:\n  meridor weights create income.vorn queen --method queen");
+    addCreate(weights, context);
+    addList(weights, context);
+    addShow(weights, context);
+    addRemoveSets(weights, context);
+    addWeightsExport(weights, context);
+    addWeightsImport(weights, context);
+}
+
+} // namespace meridor
