@@ -83,6 +83,7 @@ DATAINTERFACE_EXPORT bool VORN_GetRasterValue(int id, int realization, unsigned 
 /// Datasets of signed integers.
 DATAINTERFACE_EXPORT bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row,
                                               qint64 time, qint64 &value);
+/// Of any dataset. An integer keeps its low 32 bits, with their sign.
 DATAINTERFACE_EXPORT bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row,
                                               qint64 time, datum &value);
 /// One cell of the grid of exactly that interval; decimal datasets, and those of signed integers. Another interval that

@@ -23,10 +23,8 @@ QVector<Interval> toIntervals(const QList<TimeStamp> &stamps)
 bool toDatum(const MDatum &value, datum &result)
 {
     switch (value.type()) {
-    case MDatum::Integer:
-        result.type = 1;
-        result.integerValue = value.integerValue();
-        return true;
+    // The integers of vector datasets have 32 bits; of wider cells these forms show the low half.
+    case MDatum::Integer: result = datum(static_cast<int>(value.integerValue())); return true;
     case MDatum::Decimal: result = datum(value.decimalValue()); return true;
     case MDatum::String: result = datum(QString::fromLatin1(value.charstr())); return true;
     case MDatum::Empty: return false;
@@ -169,12 +167,8 @@ bool VORN_GetUniqueDataValues(int id, QList<datum> &values)
         const QMap<MDatum, int> frequencies = source.GetDataFrequencies(id);
         for (auto entry = frequencies.cbegin(); entry != frequencies.cend(); ++entry) {
             datum value;
-            // Keys of texts are local 8-bit, unlike single values.
-            if (entry.key().type() == MDatum::String)
-                value = datum(QString::fromLocal8Bit(entry.key().charstr()));
-            else if (!toDatum(entry.key(), value))
-                continue;
-            found.append(value);
+            if (toDatum(entry.key(), value))
+                found.append(value);
         }
         values = found;
         return true;

@@ -7,8 +7,7 @@
 #include "datainterface/MVectorData.h"
 #include "datainterface/OrderedDouble.h"
 #include "datainterface/dataContainer.h"
-#include "datasets/elementTypes.h"
-#include "datasets/ownedContainers.h"
+#include "datasets/datasetCopies.h"
 #include "raster/heldGrid.h"
 #include "sources/dataFrame.h"
 
@@ -75,9 +74,7 @@ bool copyValues(const MVectorDataset &from, MVectorDataset &to)
             return false;
     }
     to.RecalculateFrequencies();
-    // The one slice of a static dataset lies under time 0, where a static copy looks for it.
-    if (from.IsStatic() && from.GetStorageType() == MVectorDataset::TimeSlice)
-        to.SetStatic(true);
+    takeOverStatic(to, from);
     return true;
 }
 
@@ -131,7 +128,12 @@ int migrate(MDataset &dataset, MDataSource &target)
     }
     auto *raster = dynamic_cast<MRasterDataset *>(&dataset);
     auto *source = dynamic_cast<MRasterDataSource *>(&target);
-    return raster && source ? migrateRaster(*raster, *source) : -1;
+    if (!raster || !source)
+        return -1;
+    unsigned int columns = 0;
+    unsigned int rows = 0;
+    raster->GetRasterDims(columns, rows);
+    return source->GetObjectCount() == columns * rows ? migrateRaster(*raster, *source) : -1;
 }
 
 struct RankedValue {

@@ -3,7 +3,7 @@
 #include <cstring>
 #include "datainterface/DataAPI.h"
 #include "datainterface/dataContainer.h"
-#include "datasets/elementTypes.h"
+#include "datasets/datasetCopies.h"
 #include "sources/dataFrame.h"
 
 using namespace datainterface;
@@ -61,20 +61,10 @@ MDatum valueOf(int id, int realization, unsigned int object, qint64 t)
     });
 }
 
-template <class T> const MVectorDataset::SeriesMap<T> *seriesMap(const MVectorDataset &dataset, int realization)
-{
-    if constexpr (std::is_same_v<T, double>)
-        return dataset.GetTimeSeriesDecimalData(realization);
-    else if constexpr (std::is_same_v<T, int>)
-        return dataset.GetTimeSeriesIntegerData(realization);
-    else
-        return dataset.GetTimeSeriesStringData(realization);
-}
-
 template <class T> bool getSeries(int id, int realization, unsigned int object, QMap<Interval, T> &values)
 {
     return onObject(id, object, false, [&](const MVectorDataset &dataset) {
-        const auto *map = seriesMap<T>(dataset, realization);
+        const auto *map = seriesOf<T>(dataset, realization);
         const TimeSeriesData<T> *series = map ? map->value(static_cast<int>(object), nullptr) : nullptr;
         if (!series)
             return false;

@@ -26,7 +26,7 @@ template <class Result, class Call> Result onValidSource(int dataId, Result miss
 
 QVector<Interval> toIntervals(const QList<TimeStamp> &stamps);
 
-/// False for no value; a type that is none raises "Invalid data type".
+/// False for no value; a type that is none raises "Invalid data type". An integer keeps its low 32 bits.
 bool toDatum(const MDatum &value, datum &result);
 
 } // namespace datainterface

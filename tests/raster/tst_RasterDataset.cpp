@@ -473,6 +473,11 @@ void TestRasterDataset::datasetsMigrate()
     QVERIFY(VORN_GetRasterValue(copy, 0, 2, 1, 3, value) && value == 6);
     QVERIFY(VORN_IsRasterDataMissing(copy, 1, 0, 3));
     QCOMPARE(VORN_MigrateDataset(id, addGrid(3, 2), false), -1);
+    const int empty = VORN_NewRasterDataset(from, "no grids", RasterUnsignedType, 1, 64, "");
+    QCOMPARE(VORN_MigrateDataset(empty, addGrid(3, 3), false), -1);
+    QVERIFY(VORN_AddRasterValues(empty, 0, interval("[0, 5]"), QVector<quint64>(6, 5000000000), 2, true, true));
+    datum low; // half of the integer; the whole one comes from the other forms
+    QVERIFY(VORN_GetRasterValue(empty, 0, 0, 0, 3, low) && low.integerValue == 5000000000 - (qint64(1) << 32));
     QCOMPARE(VORN_MigrateDataset(id, addPoints(6), false), -1);
     QVector<Interval> intervals;
     QVERIFY(VORN_GetTimeSliceDataIntervals(copy, 0, intervals) && intervals.size() == 1);
