@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/PointTreeAPI.h"
+#include "datainterface/RasterAPI.h"
+#include "datainterface/VORN_Progress.h"
+#include "frame/frameState.h"
+#include "support/model.h"
+#include "support/support.h"
 #include <QApplication>
 #include <QProgressDialog>
 #include <QTimer>
 #include <QtTest>
-#include "datainterface/VORN_Progress.h"
-#include "frame/frameState.h"
-#include "support/support.h"
 
 namespace {
 
@@ -33,6 +37,7 @@ private Q_SLOTS:
     void cancelArrivesWithTheEvents();
     void cancelResetsTheBarWhenAsked();
     void aSlotMayCloseTheBarDuringAReport();
+    void aCancelEndsQueries();
     void reportingWithoutABarFails();
     void misuseFails();
     void testingNeedsNoBar();
@@ -149,6 +154,30 @@ void TestProgress::aSlotMayCloseTheBarDuringAReport()
     QVERIFY(VORN_Progress::UpdateProgress(10, nullptr));
     QVERIFY(!VORN_Progress::UsingProgressBar());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void TestProgress::aCancelEndsQueries()
+{
+    TestModel model;
+    constexpr PT_RotationMatrix kPlain{1, 0, 0, 1};
+    const int points = addPoints(600);
+    const int grid = VORN_CreateNewRasterGeography("grid", 30, 30, QRectF(0, 0, 1, 1),
+                                                   {0, 9, true, true}, TF_Integer, "", "");
+    const QVector<QPair<QPointF, int>> pairs(600, {QPointF(1, 1), 1});
+    QVector<QVector<neighborDatum>> neighbors;
+    for (const bool isCanceled : {false, true}) {
+        VORN_Progress progress("t", "l", "c");
+        if (isCanceled)
+            bar()->cancel();
+        QCOMPARE(VORN_CreatePointTreeFromPoints(pairs, kPlain) < 0, isCanceled);
+        QCOMPARE(VORN_CreatePointTreeFromCentroids(points, 5, kPlain) < 0, isCanceled);
+        QCOMPARE(VORN_CreatePointTreeFromCentroids(grid, 5, kPlain) < 0, isCanceled);
+        QVERIFY(isCanceled || bar()->labelText() == QLatin1String("Building point tree (96%)..."));
+        QVERIFY(VORN_RangeObjectQuery(points, points, 5, 0, neighbors, false));
+        QCOMPARE(VORN_RangeObjectQuery(points, points, 5, 0, neighbors, true), !isCanceled);
+        QCOMPARE(VORN_NearestNeighborObjectQuery(points, points, 5, 1, neighbors, true),
+                 !isCanceled);
+    }
 }
 
 void TestProgress::reportingWithoutABarFails()
