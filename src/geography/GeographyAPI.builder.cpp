@@ -19,10 +19,6 @@ using namespace datainterface;
 
 namespace {
 
-constexpr unsigned char kStartInclusive = 0xF0;
-constexpr unsigned char kEndInclusive = 0x0F;
-constexpr unsigned char kBothInclusive = 0xFF;
-
 struct NewGeography {
     NewGeography(const RectInT &box, const FMProjectionInfo *projection)
         : bounds(box), builder(std::make_unique<VORNBuilder>(bounds, nullptr, projection))
@@ -49,18 +45,6 @@ public:
 private:
     const QString mPath;
 };
-
-timeRange rangeOf(const Interval &interval)
-{
-    timeRange range;
-    range.start = static_cast<double>(interval.startTime);
-    range.end = static_cast<double>(interval.endTime);
-    range.flags = static_cast<unsigned char>((interval.inclusiveStart ? kStartInclusive : 0)
-                                             | (interval.inclusiveEnd ? kEndInclusive : 0));
-    if (interval.startTime == interval.endTime)
-        range.flags = kBothInclusive;
-    return range;
-}
 
 bool startNewGeography(const RectInT &bounds, const FMProjectionInfo *projection)
 {
@@ -101,7 +85,7 @@ bool VORN_StartNewVectorGeography(const QRectF &bounds, qint64 start, qint64 end
 {
     if (gNewGeography)
         return false;
-    const RectInT box = boxOf(bounds, start, end);
+    const RectInT box = boxOf(bounds, {start, end, true, true});
     if (projectionFrom < 0)
         return startNewGeography(box, nullptr);
     return onGeography<MVectorData>(projectionFrom, false, [&box](const MVectorData &geography) {

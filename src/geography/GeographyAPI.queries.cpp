@@ -94,7 +94,7 @@ bool VORN_RectTimeQuery(int geographyId, const QRectF &rect, qint64 start, qint6
                         QVector<unsigned int> &objects)
 {
     return queryVectors(geographyId, objects, [&](const Fennims &fennims, QVector<int> &records) {
-        fennims.mTree->Overlaps(boxOf(rect, start, end), records);
+        fennims.mTree->Overlaps(boxOf(rect, {start, end, true, true}), records);
     });
 }
 

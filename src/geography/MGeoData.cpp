@@ -7,8 +7,8 @@
 #include "datainterface/MDataSource.h"
 #include "datainterface/MLinker.h"
 #include "datainterface/VersionAPI.h"
-#include "fennimark/geometryTypes.h"
 #include "frame/listeners.h"
+#include "geography/boxes.h"
 #include "time/calendar.h"
 
 using namespace datainterface;
@@ -193,8 +193,7 @@ GeoProps MGeoData::BaseProperties()
     props.isStatic = mIsStatic;
     props.timeFormat = mTimeFormat;
     props.timeBounds = GetTimeBounds();
-    const Rect2D box = GetBoundingRect();
-    props.bounds = QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin);
+    props.bounds = rectOf(GetBoundingRect());
     props.objectCount = static_cast<int>(mDataSource->GetObjectCount());
     for (const DataId &id : mDataSource->GetDatasetIds())
         props.datasetIds.insert(id);

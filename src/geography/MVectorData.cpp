@@ -231,11 +231,9 @@ bool MVectorData::GetMissingValues(int dataset, int realization, qint64 time, QS
     QSet<int> found;
     if (!mVectorDataSource->GetMissingValues(dataset, realization, time, found))
         return false;
-    int object = 0;
     for (const FMObjectChain *chain : std::as_const(mFennims->mChains)) {
         if (!existsIn(chain->GetObservation(time)))
-            found.insert(object);
-        ++object;
+            found.insert(GetObjectId(chain->id));
     }
     missing = found;
     return true;

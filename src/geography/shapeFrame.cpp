@@ -2,11 +2,6 @@
 #include "geography/shapeFrame.h"
 
 namespace datainterface {
-namespace {
-
-constexpr unsigned char kBothInclusive = 0xFF;
-
-} // namespace
 
 FMObjectChain *chainOf(const MVectorData &geography, unsigned int object)
 {
@@ -26,21 +21,6 @@ int objectOf(const MVectorData &geography, int recordId)
 {
     const HeldRecord record(*geography.GetFennims()->mTree, recordId);
     return record.get() ? geography.GetObjectId(record.get()->chainId) : -1;
-}
-
-QRectF rectOf(const Rect2D &box)
-{
-    return QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin);
-}
-
-Rect2D boxOf(const QRectF &rect)
-{
-    return {rect.x(), rect.x() + rect.width(), rect.y(), rect.y() + rect.height()};
-}
-
-RectInT boxOf(const QRectF &rect, qint64 start, qint64 end)
-{
-    return {boxOf(rect), {static_cast<double>(start), static_cast<double>(end), kBothInclusive}};
 }
 
 HeldRecord::HeldRecord(const HilbertTree &tree, int recordId, bool keep)

@@ -7,7 +7,7 @@
 #include "fennimark/Fennims.h"
 #include "fennimark/TreeObject.h"
 #include "frame/callFrame.h"
-#include <QRectF>
+#include "geography/boxes.h"
 
 namespace datainterface {
 
@@ -17,12 +17,6 @@ FMObjectChain *chainOf(const MVectorData &geography, unsigned int object);
 int recordAt(const MVectorData &geography, unsigned int object, qint64 time);
 /// The object index behind a record; -1 when it has none.
 int objectOf(const MVectorData &geography, int recordId);
-
-/// Top left is the smallest x and the smallest y.
-QRectF rectOf(const Rect2D &box);
-Rect2D boxOf(const QRectF &rect);
-/// Both ends of the time are included.
-RectInT boxOf(const QRectF &rect, qint64 start, qint64 end);
 
 /// A record that is checked out; null for an id that does not exist.
 class HeldRecord {

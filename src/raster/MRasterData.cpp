@@ -4,15 +4,12 @@
 #include "Common/detail/streams.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/VersionAPI.h"
-#include "fennimark/geometryTypes.h"
 #include "frame/progressSection.h"
+#include "geography/boxes.h"
 
 using namespace datainterface;
 
 namespace {
-
-constexpr unsigned char kStartInclusive = 0xF0;
-constexpr unsigned char kEndInclusive = 0x0F;
 
 // Versions at which the form changed.
 constexpr int kWithoutSecondStamp = 105000;
@@ -118,13 +115,7 @@ TimeStamp MRasterData::GetTimeBounds()
 
 RectInT MRasterData::GetBoundingRect() const
 {
-    RectInT box = mRasterDataSource->GetBoundingRect();
-    const TimeStamp bounds = mTimeStamp + mDataSource->GetTimeBounds();
-    box.start = static_cast<double>(bounds.startTime);
-    box.end = static_cast<double>(bounds.endTime);
-    box.flags = static_cast<unsigned char>((bounds.inclusiveStart ? kStartInclusive : 0)
-                                           | (bounds.inclusiveEnd ? kEndInclusive : 0));
-    return box;
+    return boxOf(mRasterDataSource->GetBounds(), mTimeStamp + mDataSource->GetTimeBounds());
 }
 
 bool MRasterData::HasObjectsWithMissingData(int dataset) const

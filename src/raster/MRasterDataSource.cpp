@@ -2,7 +2,7 @@
 #include "datainterface/MRasterDataSource.h"
 #include <cmath>
 #include <limits>
-#include "fennimark/geometryTypes.h"
+#include "geography/boxes.h"
 #include "raster/binary16.h"
 #include "raster/cellForms.h"
 #include "raster/askRaster.h"
@@ -13,8 +13,6 @@ using namespace datainterface;
 namespace {
 
 constexpr int kMaxDisplaySize = 2000;
-constexpr unsigned char kStartInclusive = 0xF0;
-constexpr unsigned char kEndInclusive = 0x0F;
 
 /// Shown columns of a grid.
 unsigned int displayColumns(unsigned int columns, unsigned int rows)
@@ -147,17 +145,7 @@ void MRasterDataSource::GetDisplayDims(unsigned int &width, unsigned int &height
 
 RectInT MRasterDataSource::GetBoundingRect()
 {
-    RectInT box;
-    box.xMin = mBounds.x();
-    box.xMax = mBounds.x() + mBounds.width();
-    box.yMin = mBounds.y();
-    box.yMax = mBounds.y() + mBounds.height();
-    const TimeStamp bounds = GetTimeBounds();
-    box.start = static_cast<double>(bounds.startTime);
-    box.end = static_cast<double>(bounds.endTime);
-    box.flags = static_cast<unsigned char>((bounds.inclusiveStart ? kStartInclusive : 0)
-                                           | (bounds.inclusiveEnd ? kEndInclusive : 0));
-    return box;
+    return boxOf(mBounds, GetTimeBounds());
 }
 
 int MRasterDataSource::NewRasterDataset(const QString &name, DataType type, int realizationCount, int bitDepth,
