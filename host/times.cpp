@@ -2,6 +2,7 @@
 #include "times.h"
 #include "datainterface/TimeAPI.h"
 #include <QDateTime>
+#include <QLocale>
 #include <QRegularExpression>
 
 namespace meridor {
@@ -25,12 +26,16 @@ std::optional<Match> match(const QString &text)
     static const QRegularExpression moment(
         QStringLiteral("^\\s*(\\d{4}-\\d{2}-\\d{2})[T ](\\d{2}):(\\d{2})(?::(\\d{2})(?:\\.\\d+)?)?"
                        "\\s*(Z|[+-]\\d{2}(?::?\\d{2})?)?\\s*$"));
+    static const QRegularExpression clock(
+        QStringLiteral("^\\s*(\\d{1,2}):(\\d{2})(?::(\\d{2}))?\\s*$"));
     if (auto parts = number.match(text); parts.hasMatch())
         return Match{TF_Integer, parts};
     if (auto parts = date.match(text); parts.hasMatch())
         return Match{TF_Date, parts};
     if (auto parts = moment.match(text); parts.hasMatch())
         return Match{TF_DateTime, parts};
+    if (auto parts = clock.match(text); parts.hasMatch())
+        return Match{TF_Time, parts};
     return std::nullopt;
 }
 
@@ -79,6 +84,26 @@ std::optional<qint64> moment(const QRegularExpressionMatch &parts)
     return zone.startsWith(QLatin1Char('-')) ? local + offset : local - offset;
 }
 
+/// Of numbers, dates and moments each can be told as the next.
+int rankOf(TimeFormat format)
+{
+    return format == TF_DateTime ? 2 : format == TF_Date ? 1 : 0;
+}
+
+/// Seconds after midnight.
+std::optional<qint64> timeOfDay(const QRegularExpressionMatch &parts)
+{
+    const QTime time(parts.captured(1).toInt(), parts.captured(2).toInt(),
+                     parts.captured(3).toInt());
+    return time.isValid() ? std::optional<qint64>(time.msecsSinceStartOfDay() / 1000)
+                          : std::nullopt;
+}
+
+std::optional<Interval> instant(const std::optional<qint64> &time)
+{
+    return time ? std::optional<Interval>(Interval{*time, *time, true, true}) : std::nullopt;
+}
+
 QDateTime ofTime(qint64 time)
 {
     return QDateTime(kEpoch, QTime(0, 0), Qt::UTC).addSecs(time);
@@ -106,19 +131,19 @@ QString calendarName(const QDate &first, const QDate &behind)
 
 std::optional<TimeFormat> recogniseTimes(const QStringList &texts, QString *culprit)
 {
-    bool dates = false;
-    bool moments = false;
+    std::optional<TimeFormat> all;
     for (const QString &text : texts) {
         const auto found = match(text);
-        if (!found) {
+        const bool clock = found && found->format == TF_Time;
+        if (!found || (all && clock != (*all == TF_Time))) {
             if (culprit)
                 *culprit = text;
             return std::nullopt;
         }
-        dates |= found->format == TF_Date;
-        moments |= found->format == TF_DateTime;
+        if (!all || rankOf(found->format) > rankOf(*all))
+            all = found->format;
     }
-    return moments ? TF_DateTime : dates ? TF_Date : TF_Integer;
+    return all.value_or(TF_Integer);
 }
 
 std::optional<Interval> TimeAxis::span(const QString &text) const
@@ -126,18 +151,17 @@ std::optional<Interval> TimeAxis::span(const QString &text) const
     const auto found = match(text);
     if (!found)
         return std::nullopt;
+    if (mFormat == TF_Time && found->format == TF_Time)
+        return instant(timeOfDay(found->parts));
     if (mFormat == TF_Integer || mFormat == TF_Time) {
         if (found->format != TF_Integer)
             return std::nullopt;
-        const qint64 tick = found->parts.captured(1).toLongLong();
-        return Interval{tick, tick, true, true};
+        return instant(found->parts.captured(1).toLongLong());
     }
-    if (found->format == TF_DateTime) {
-        if (mFormat != TF_DateTime)
-            return std::nullopt;
-        const auto time = moment(found->parts);
-        return time ? std::optional<Interval>(Interval{*time, *time, true, true}) : std::nullopt;
-    }
+    if (found->format == TF_DateTime)
+        return mFormat == TF_DateTime ? instant(moment(found->parts)) : std::nullopt;
+    if (found->format == TF_Time)
+        return std::nullopt;
     const auto whole = days(*found);
     if (!whole)
         return std::nullopt;
@@ -154,7 +178,7 @@ std::optional<Interval> TimeAxis::span(const QString &start, const QString &end)
     if (!first || !last)
         return std::nullopt;
     Interval result{first->startTime, last->endTime, true, last->inclusiveEnd};
-    if (mFormat == TF_DateTime && isInstant(*last))
+    if (countsSeconds() && isInstant(*last))
         result.inclusiveEnd = false;
     if (isInstant(result))
         result.inclusiveEnd = true;
@@ -198,6 +222,24 @@ QString TimeAxis::show(const Interval &interval) const
     if (isInstant(interval))
         return show(interval.startTime);
     return show(interval.startTime) + QLatin1Char('/') + show(interval.endTime);
+}
+
+QString isoTime(const QString &text, const QString &pattern)
+{
+    const bool ofDay = pattern.contains(QLatin1Char('h'), Qt::CaseInsensitive);
+    if (!pattern.contains(QLatin1Char('y'))) {
+        const QTime time = QLocale::c().toTime(text.trimmed(), pattern);
+        return time.isValid() ? time.toString(QStringLiteral("HH:mm:ss")) : QString();
+    }
+    const QDateTime time = QLocale::c().toDateTime(text.trimmed(), pattern);
+    if (!time.date().isValid() || !time.time().isValid())
+        return QString();
+    if (ofDay)
+        return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+    if (pattern.contains(QLatin1Char('d')))
+        return time.toString(QStringLiteral("yyyy-MM-dd"));
+    return time.toString(pattern.contains(QLatin1Char('M')) ? QStringLiteral("yyyy-MM")
+                                                            : QStringLiteral("yyyy"));
 }
 
 const char *timeFormatName(TimeFormat format)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// Times as people write them: 1929, 1929-07, 1929-07-01, 2005-06-08T18:00Z. A text stands for its
-/// whole span, so that "1929" is a year of days in a geography of dates and one tick in a geography
-/// of numbers.
+/// Times as people write them: 1929, 1929-07, 1929-07-01, 2005-06-08T18:00Z, 18:00. A text stands
+/// for its whole span, so that "1929" is a year of days in a geography of dates and one tick in a
+/// geography of numbers.
 #pragma once
 #include "datainterface/TimeFormat.h"
 #include "datainterface/TimeStamp.h"
@@ -12,7 +12,8 @@
 namespace meridor {
 
 /// The coarsest format in which every text can be told: numbers, then dates, then dates with a time
-/// of day. Nothing when a text is none of them; `culprit` then names it.
+/// of day; times of day keep to themselves. Nothing when a text is none of them; `culprit` then
+/// names it.
 std::optional<TimeFormat> recogniseTimes(const QStringList &texts, QString *culprit = nullptr);
 
 /// Reads and writes times in one format.
@@ -20,12 +21,14 @@ class TimeAxis {
 public:
     explicit TimeAxis(TimeFormat format) : mFormat(format) {}
     TimeFormat format() const { return mFormat; }
+    /// Spans then end just before the next one begins.
+    bool countsSeconds() const { return mFormat == TF_DateTime || mFormat == TF_Time; }
 
     /// The span of a text. Dates are closed day by day, so that 1929 is [1929-01-01, 1929-12-31];
     /// spans of date-times end just before the next one begins. Nothing for a text that is no time
     /// of this format.
     std::optional<Interval> span(const QString &text) const;
-    /// From the start of one text to the end of another: days inclusive, moments of the day
+    /// From the start of one text to the end of another: days inclusive, moments and times of day
     /// exclusive. Nothing when a text is no time or the end lies before the start.
     std::optional<Interval> span(const QString &start, const QString &end) const;
     /// "1929-1931" and "START/END" too: what an option takes.
@@ -40,5 +43,9 @@ private:
 };
 
 const char *timeFormatName(TimeFormat format);
+
+/// A text written in another way, as one that TimeAxis reads and as exact as `pattern`; null when
+/// it does not fit. @param pattern  of Qt: d, M, yyyy, HH, mm, ss and what stands between them.
+QString isoTime(const QString &text, const QString &pattern);
 
 } // namespace meridor

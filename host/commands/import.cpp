@@ -119,7 +119,9 @@ void addTimes(CLI::App &command, ImportOptions &import)
                "Field with its end, or \"next\": up to the object's next row");
     textOption(command, "--times", import.times, "How times are read")
         ->default_str("auto")
-        ->check(CLI::IsMember({"auto", "number", "date", "date-time"}));
+        ->check(CLI::IsMember({"auto", "number", "date", "date-time", "time"}));
+    textOption(command, "--time-format", import.timePattern,
+               "How the files write times, such as d.M.yyyy or yyyyMMdd HH:mm");
 }
 
 void addValues(CLI::App &command, ImportOptions &import)

@@ -178,6 +178,10 @@ public:
             mMissing.append(text.toUtf8());
         mX = coordinate(options.xColumn);
         mY = coordinate(options.yColumn);
+        const QSet<int> chosen = options.choose ? options.choose(table) : QSet<int>();
+        for (int i = 0; i < mTypes.size(); ++i)
+            if (!options.choose || chosen.contains(i))
+                mKept.append(i);
     }
 
     void read()
@@ -214,7 +218,7 @@ private:
 
     void take(OGRFeatureH feature)
     {
-        for (int i = 0; i < mTypes.size(); ++i) {
+        for (const int i : mKept) {
             const QByteArray text = cell(feature, i, mTypes[i]);
             mTable.columns[i].cells.append(mMissing.contains(text) ? QByteArray() : text);
         }
@@ -244,6 +248,7 @@ private:
     OGRLayerH mLayer;
     const ReadOptions &mOptions;
     QVector<OGRFieldType> mTypes;
+    QVector<int> mKept;
     QList<QByteArray> mMissing;
     int mX = -1;
     int mY = -1;

@@ -2,6 +2,7 @@
 /// Reads any vector file or table that GDAL reads. The only place that knows GDAL's vector model.
 #pragma once
 #include "foreign/featureTable.h"
+#include <QSet>
 #include <functional>
 
 namespace meridor {
@@ -13,6 +14,8 @@ struct ReadOptions {
     QString projection;  ///< "EPSG:4326", WKT or a PROJ text that replaces the file's own
     QStringList missing; ///< texts that stand for a missing cell; an empty cell always does
     bool shapes = true;  ///< false: attributes alone
+    /// Given the columns, names those whose cells are kept; without it all are.
+    std::function<QSet<int>(const FeatureTable &)> choose;
     /// Told the share of rows read, 0 to 100; raises to stop.
     std::function<void(int)> progress = [](int) {};
 };

@@ -24,7 +24,8 @@ struct ImportOptions {
     QStringList observed;   ///< NAME=VALUE@START[/END], columns of that table
     QStringList types;      ///< NAME=decimal|integer|text
     QStringList missing;
-    QString times;       ///< "auto", "date", "date-time" or "number"
+    QString times;       ///< "auto", "number", "date", "date-time" or "time"
+    QString timePattern; ///< how files write times; empty: as TimeAxis reads them
     double snap = 0;     ///< tolerance of contiguity, in map units; 0: rounding slack alone
     bool strict = false; ///< keys without a partner are a failure
 };

@@ -81,10 +81,19 @@ void readObservations(ImportPlan &plan)
     if (plan.keyColumn < 0)
         failUsage(
             QStringLiteral("--observations needs --key: rows are found by the objects' keys"));
-    plan.observations = readFeatures(plan.options.observations, tableOptions(plan.options));
-    plan.observationKey = keyColumnOf(plan.observations, plan.options.key);
-    for (const QString &text : plan.options.observed)
-        plan.observed.append(parseObservation(text, plan.observations));
+    ReadOptions read = tableOptions(plan.options);
+    // Such tables are long: what no dataset is made of stays out of memory.
+    read.choose = [&plan](const FeatureTable &table) {
+        plan.observationKey = keyColumnOf(table, plan.options.key);
+        QSet<int> used{plan.observationKey};
+        for (const QString &text : plan.options.observed) {
+            plan.observed.append(parseObservation(text, table));
+            used << plan.observed.last().value << plan.observed.last().start
+                 << plan.observed.last().end;
+        }
+        return used;
+    };
+    plan.observations = readFeatures(plan.options.observations, read);
 
     Unmatched unmatched{plan.observations.file, {}, {}};
     QSet<QString> seen;

@@ -63,7 +63,7 @@ ImportReport importMap(const ImportOptions &options, const Console &console,
                        const Progress &progress)
 {
     progress.report(0, "Reading files...");
-    const ImportPlan plan = makePlan(options, console, progress.part(0, 30));
+    ImportPlan plan = makePlan(options, console, progress.part(0, 30));
     refuseUnmatched(plan);
     progress.report(30, "Building the geography...");
 
@@ -81,6 +81,7 @@ ImportReport importMap(const ImportOptions &options, const Console &console,
     }
     if (plan.map.shapeKind == ShapeKind::Polygons)
         report.nearVertices = countNearVertices(plan.map.shapes, options.snap);
+    plan.map.shapes.clear(); // the geography has them: their memory is free for values
     progress.report(60, "Filling the datasets...");
     try {
         report.datasets = buildDatasets(plan, report.geography, progress.part(60, 100));

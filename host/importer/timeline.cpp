@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "importer/timeline.h"
 #include "failure.h"
+#include <QSet>
 #include <algorithm>
 
 namespace meridor {
@@ -44,6 +45,8 @@ public:
 
     void resolve()
     {
+        if (!mPlan.options.timePattern.isEmpty())
+            translate();
         mPlan.timed =
             mStart >= 0 || mEnd >= 0 || !mPlan.series.isEmpty() || !mPlan.observed.isEmpty();
         chooseFormat();
@@ -67,6 +70,31 @@ private:
         return columns;
     }
 
+    /// Times that the files write in a way of their own; those of options are written as
+    /// everywhere.
+    void translate()
+    {
+        const QString &pattern = mPlan.options.timePattern;
+        for (FeatureTable *table : {&mPlan.map, &mPlan.observations}) {
+            QSet<int> columns;
+            for (const TimeColumn &time : timeColumns())
+                if (time.table == table)
+                    columns.insert(time.column);
+            for (const int column : columns) {
+                const Column &old = table->columns[column];
+                Cells cells;
+                for (int row = 0; row < table->rows; ++row) {
+                    const QString text = isoTime(old.cells[row], pattern);
+                    if (text.isNull() && !old.cells.isMissing(row))
+                        fail(QStringLiteral("%1: \"%2\" is not like %3")
+                                 .arg(place(*table, old, row), old.cells[row], pattern));
+                    cells.append(text.toUtf8());
+                }
+                table->columns[column].cells = cells;
+            }
+        }
+    }
+
     void chooseFormat()
     {
         if (mPlan.options.times == QLatin1String("auto")) {
@@ -84,7 +112,7 @@ private:
             // A text that is no time is found again below, where its row is known.
             mPlan.axis = TimeAxis(recogniseTimes(texts.values()).value_or(formatOfTheRest(texts)));
         } else {
-            for (const TimeFormat format : {TF_Date, TF_DateTime, TF_Integer})
+            for (const TimeFormat format : {TF_Date, TF_DateTime, TF_Time, TF_Integer})
                 if (mPlan.options.times == QLatin1String(timeFormatName(format)))
                     mPlan.axis = TimeAxis(format);
         }
@@ -96,7 +124,7 @@ private:
         for (const QString &text : texts)
             if (recogniseTimes({text}))
                 good.append(text);
-        return *recogniseTimes(good);
+        return recogniseTimes(good).value_or(TF_Integer);
     }
 
     Interval span(const FeatureTable &table, int column, int row) const
@@ -155,7 +183,7 @@ private:
         if (hasEnd) {
             const Interval end = span(mPlan.map, mEnd, row);
             result.endTime = end.endTime;
-            result.inclusiveEnd = end.inclusiveEnd && mPlan.axis.format() != TF_DateTime;
+            result.inclusiveEnd = end.inclusiveEnd && !mPlan.axis.countsSeconds();
         }
         if (result.startTime == result.endTime)
             result.inclusiveEnd = true;

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
+#include <csignal>
 
 namespace {
 
@@ -51,12 +52,29 @@ Outcome Workplace::run(const QStringList &arguments) const
 
 Outcome Workplace::run(const QString &program, const QStringList &arguments) const
 {
+    return watch(program, arguments, [](QProcess &) {});
+}
+
+Outcome Workplace::interrupt(const QStringList &arguments, const std::function<bool()> &when) const
+{
+    return watch(QStringLiteral(MERIDOR_PROGRAM), arguments, [&when](QProcess &process) {
+        for (int i = 0; i < kPatience && process.state() != QProcess::NotRunning && !when(); ++i)
+            process.waitForFinished(1);
+        ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    });
+}
+
+Outcome Workplace::watch(const QString &program, const QStringList &arguments,
+                         const std::function<void(QProcess &)> &meanwhile) const
+{
     QProcess process;
     process.setWorkingDirectory(mRoot);
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
     Outcome outcome;
-    if (!process.waitForFinished(kPatience)) {
+    if (process.waitForStarted(kPatience))
+        meanwhile(process);
+    if (process.state() != QProcess::NotRunning && !process.waitForFinished(kPatience)) {
         process.kill();
         process.waitForFinished();
     } else if (process.exitStatus() == QProcess::NormalExit) {

@@ -7,6 +7,9 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <functional>
+
+class QProcess;
 
 struct Outcome {
     int code = -1; ///< exit code; -1 when it crashed or never ended
@@ -28,9 +31,14 @@ public:
     QStringList files() const;
     Outcome run(const QStringList &arguments) const;
     Outcome run(const QString &program, const QStringList &arguments) const;
+    /// Presses Ctrl-C as soon as `when` holds, or after a while.
+    Outcome interrupt(const QStringList &arguments, const std::function<bool()> &when) const;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
 
 private:
+    Outcome watch(const QString &program, const QStringList &arguments,
+                  const std::function<void(QProcess &)> &meanwhile) const;
+
     QTemporaryDir mDirectory;
     QString mRoot;
 };

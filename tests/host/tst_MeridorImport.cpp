@@ -77,6 +77,17 @@ void TestMeridorImport::readsSeriesOfEveryForm_data()
         << observations << QStringList{"--observations", "t.csv", "--observe", "v=value@from/next"}
         << "1999/2001=6 2001=7"
         << "2000=5";
+    QTest::newRow("dates written in another way")
+        << QByteArray("id,at,value\na,3.2.2001,7\nc,28.12.1999,5\n")
+        << QStringList{"--time-format", "d.M.yyyy",  "--observations",
+                       "t.csv",         "--observe", "v=value@at"}
+        << "2001-02-03=7"
+        << "1999-12-28=5";
+    QTest::newRow("times of day") << QByteArray("id,at,value\na,6:30,1\na,18:00,2\nc,23:59:59,5\n")
+                                  << QStringList{"--observations", "t.csv", "--observe",
+                                                 "v=value@at/next"}
+                                  << "06:30:00/18:00:00=1 18:00:00=2"
+                                  << "23:59:59=5";
 }
 
 void TestMeridorImport::readsSeriesOfEveryForm()
@@ -334,18 +345,15 @@ void TestMeridorImport::takesCancelledWorkBack()
     place.file("points.csv", rows);
     place.file("p.vorn", "precious");
     QDir(place.path("")).mkdir("scratch");
-    QProcess process;
-    process.setWorkingDirectory(place.path(""));
-    process.start(MERIDOR_PROGRAM, {"import", "points.csv", "p.vorn", "--x", "x", "--y", "y",
-                                    "--key", "id", "--overwrite", "--scratch", "scratch"});
     // The scratch directory appears right before the work begins.
-    QTRY_VERIFY_WITH_TIMEOUT(
-        QDir(place.path("scratch")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size() == 1,
-        30000);
-    QProcess::execute("kill", {"-INT", QString::number(process.processId())});
-    QVERIFY(process.waitForFinished(60000));
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(process.exitCode(), 130);
+    const Outcome outcome = place.interrupt(
+        {"import", "points.csv", "p.vorn", "--x", "x", "--y", "y", "--key", "id", "--overwrite",
+         "--scratch", "scratch"},
+        [&place] {
+            return QDir(place.path("scratch")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size()
+                   == 1;
+        });
+    QCOMPARE(outcome.code, 130);
     QCOMPARE(place.bytes("p.vorn"), QByteArray("precious"));
     QCOMPARE(place.files(), (QStringList{"p.vorn", "points.csv"}));
     QCOMPARE(QDir(place.path("scratch")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 0);

@@ -2,6 +2,7 @@
 #include "program.h"
 #include <QImage>
 #include <QJsonArray>
+#include <QRegularExpression>
 #include <QtTest>
 
 namespace {
@@ -42,6 +43,8 @@ private Q_SLOTS:
     void refusesWhatWouldBeAmbiguous();
     void savingAgainGivesTheSameBytes();
     void aFullDiskLeavesTheOldProject();
+    void cancelsAndFailuresLeaveNothing_data();
+    void cancelsAndFailuresLeaveNothing();
     void refusesDamagedProjects_data();
     void refusesDamagedProjects();
     void picturesShowWhatIsMissing();
@@ -191,6 +194,64 @@ void TestMeridorProjects::aFullDiskLeavesTheOldProject()
     QCOMPARE(outcome.code, 1);
     QCOMPARE(place.bytes("p.vorn"), before);
     QCOMPARE(place.files(), files);
+}
+
+void TestMeridorProjects::cancelsAndFailuresLeaveNothing_data()
+{
+    QTest::addColumn<QStringList>("words");
+    for (const char *table : {"t.csv", "t.dat", "t.dbf"})
+        QTest::newRow(table) << QStringList{"export", "big.vorn", table, "--overwrite"};
+    QTest::newRow("convert") << QStringList{"convert", "big.vorn", "x",      "n",          "--type",
+                                            "text",    "--output", "t.vorn", "--overwrite"};
+    QTest::newRow("weights") << QStringList{"weights", "export", "big.vorn",
+                                            "near",    "t.gwt",  "--overwrite"};
+}
+
+/// In the middle of the work, by its own progress and on a full disk: what stood there stays.
+void TestMeridorProjects::cancelsAndFailuresLeaveNothing()
+{
+    static const Workplace place;
+    if (!QFile::exists(place.path("big.vorn"))) {
+        QByteArray rows = "id,x,y\n";
+        for (int i = 0; i < 300000; ++i)
+            rows += QByteArray::number(i) + ',' + QByteArray::number(i % 1000) + ','
+                    + QByteArray::number(i / 1000) + '\n';
+        place.file("points.csv", rows);
+        QCOMPARE(place
+                     .run({"import", "points.csv", "big.vorn", "--x", "x", "--y", "y", "--key",
+                           "id", "--fields", "x,y"})
+                     .code,
+                 0);
+        QCOMPARE(place.run({"weights", "create", "big.vorn", "near", "--method", "nearest"}).code,
+                 0);
+    }
+    QFETCH(QStringList, words);
+    const QString target = words.filter(QRegularExpression("^t\\.")).first();
+    place.file(target, "precious");
+    const QStringList files = place.files();
+    // New files: the table beside its target, or the scratch of the session.
+    QDir(place.path("")).mkpath("scratch");
+    const bool writesAsItGoes = words.first() == "export";
+    const auto begun = [&] {
+        return writesAsItGoes
+                   ? place.files().size() > files.size()
+                   : !QDir(place.path("scratch")).isEmpty(QDir::Dirs | QDir::NoDotAndDotDot);
+    };
+    const Outcome cancelled = place.interrupt(words + QStringList{"--scratch", "scratch"}, begun);
+    QVERIFY2(cancelled.code == 130, qPrintable(cancelled.out + cancelled.err));
+    QVERIFY2(cancelled.err.contains("cancelled"), qPrintable(cancelled.err));
+    QCOMPARE(place.bytes(target), QByteArray("precious"));
+    QCOMPARE(place.files(), files);
+    QVERIFY(QDir(place.path("scratch")).isEmpty());
+
+    // No file may grow beyond 1 MiB; the scratch files of the program are larger, the tables too.
+    const Outcome full =
+        place.run("/bin/sh",
+                  QStringList{"-c", "ulimit -f 2048; exec \"$0\" \"$@\"", MERIDOR_PROGRAM} + words);
+    QCOMPARE(full.code, 1);
+    QCOMPARE(place.bytes(target), QByteArray("precious"));
+    QCOMPARE(place.files(), files);
+    QVERIFY(QFile::remove(place.path(target)));
 }
 
 void TestMeridorProjects::refusesDamagedProjects_data()
