@@ -138,6 +138,7 @@ protected:
     QString mDirectory; ///< stays empty: values lie in the block store
     QMap<int, MDataset *> mDatasets;
     qint32 mLegacyObjectCount = 0; ///< from files before 130000, which kept it here
+    int mExpectedObjectCount = -1; ///< the geography's, while a project is read; -1: not known
 
 private:
     void deleteDataset(int id);

@@ -181,6 +181,8 @@ protected:
     bool hasStatistics(int realization) const { return realization >= 0 && realization < mStatistics.size(); }
     /// Marks the whole-realization statistics out of date.
     void invalidateStatistics(int realization);
+    /// By dataInterfaceVersionLoading; the number of realizations with them.
+    void readStatistics(QDataStream &in);
 
     int mId = 0;
     int mDatasetKind = 0;
@@ -200,7 +202,6 @@ private:
 
     void forwardSignalsTo(MDataSource *source);
     void readTags(QDataStream &in);
-    void readStatistics(QDataStream &in);
     void readVariogramModels(QDataStream &in);
 };
 

@@ -18,6 +18,9 @@ public:
 
     bool SaveToStream(QDataStream &out) override;
     bool RestoreFromStream(QDataStream &in) override;
+    /// Before restoring: the number that the geography's own part of the file has told. Another one makes
+    /// RestoreFromStream false before anything is allocated for it.
+    void ExpectObjectCount(int count) { mExpectedObjectCount = count; }
     unsigned int GetObjectCount() const override { return mObjectCount; }
     bool IsDatasetIdValid(int id) const override;
     /// One step along x.

@@ -6,6 +6,7 @@
 #include <QSet>
 #include <QString>
 #include <QVector>
+#include <string>
 #include <tuple>
 #include <type_traits>
 #include "datainterface/MDataset.h"
@@ -240,6 +241,8 @@ protected:
 
     /// The hull of one realization's intervals.
     virtual TimeStamp CalculateTimeBounds(const MVectorDataRealization &realization);
+    /// Texts of files before 180005, which are bytes up to the first NUL, in UTF-8.
+    static void ProcessPre180005StringData(const QVector<std::string> &stored, QVector<QString> &texts);
 
 private:
     bool isSliced() const { return mStorageType == TimeSlice; }
@@ -291,8 +294,17 @@ private:
     template <class T, class Visit> void visitValuesAt(int realization, qint64 time, Visit visit) const;
     QVector<double> sortedValues() const;
     bool restoreValues(QDataStream &in);
+    bool restoreObjectCount(QDataStream &in);
+    void restoreOldFrequencies(QDataStream &in);
     bool restoreRealizations(QDataStream &in);
+    class OldValues;
+    bool restoreSingle(QDataStream &in);
+    bool restoreInline(QDataStream &in);
+    bool restoreOldHead(QDataStream &in);
+    bool restoreInlineRealization(QDataStream &in, MVectorDataRealization &realization);
+    bool settleStorage();
 
+    int mExpectedObjectCount = -1; ///< the geography's, while a project is read; -1: not known
     int mObjectCount = 0;
     StorageType mStorageType = TimeSlice;
     RealizationVectorDataFrequencies mFrequencies;

@@ -9,6 +9,7 @@
 #include "datainterface/MDataset.h"
 #include "datainterface/VersionAPI.h"
 
+using datainterface::read;
 using datainterface::readList;
 using datainterface::readMap;
 
@@ -32,13 +33,6 @@ constexpr qint64 kMinRealizationBytes = 4 + kMinStatsBytes;
 constexpr qint64 kMinLevelBytes = 4 + 4;
 constexpr qint64 kMinModelBytes = 4 + 4;
 constexpr qint64 kMinAttributeBytes = 4 + 16;
-
-template <class Wire> Wire read(QDataStream &in)
-{
-    Wire value{};
-    in >> value;
-    return value;
-}
 
 DataType dataTypeFrom(qint32 code, int version)
 {

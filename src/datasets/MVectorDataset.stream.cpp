@@ -6,20 +6,25 @@
 //   int32 realizations, each, the last first: int32 index and a byte array of six maps (slices of integers, decimals and
 //   texts by TimeStamp, series of the same by int32 object id), with the int32 block id of every container
 //
-// Maps are written from the last key to the first. Values lie in the block store.
+// Maps are written from the last key to the first. Values lie in the block store. Files of 180004 are without one: what
+// their block ids stood for is in no file, and the datasets come back without values. Older forms: see the file beside.
 #include <memory>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
 #include "datainterface/VersionAPI.h"
 #include "datasets/elementTypes.h"
+#include "datasets/oldForms.h"
 
 using namespace datainterface;
 
 namespace {
 
 // Versions at which the form changed.
+constexpr int kHasBase = 103000;
+constexpr int kHasRealizations = 130000;
+constexpr int kHasStorageType = 180004; // and containers as block ids
+constexpr int kHasBlocks = 180005;
 constexpr int kFrequenciesAreArray = 180083;
-constexpr int kOldestRead = 180083;
 constexpr int kTypeInBase = 201001;
 
 constexpr qint64 kMinRealizationBytes = 4 + 4;
@@ -60,23 +65,6 @@ template <class... Maps> void readTables(QDataStream &in, std::tuple<Maps...> &t
         readMap(in, table, keyBytes<typename std::decay_t<decltype(table)>::key_type>() + 4);
     };
     std::apply([&](auto &...table) { (readTable(table), ...); }, tables);
-}
-
-DataType dataTypeFromOld(qint32 code)
-{
-    switch (code) {
-    case 0: return IntegerType;
-    case 1: return DecimalType;
-    case 2: return StringType;
-    default: fail("Invalid data type");
-    }
-}
-
-template <class Wire> Wire read(QDataStream &in)
-{
-    Wire value{};
-    in >> value;
-    return value;
 }
 
 } // namespace
@@ -138,33 +126,69 @@ bool MVectorDataset::SaveToStream(QDataStream &out)
 
 bool MVectorDataset::RestoreFromStream(QDataStream &in)
 {
-    return dataInterfaceVersionLoading >= kOldestRead && MDataset::RestoreFromStream(in) && restoreValues(in);
+    const int version = dataInterfaceVersionLoading;
+    if (version >= kHasBase && !MDataset::RestoreFromStream(in))
+        return false;
+    if (version < kHasRealizations)
+        return restoreSingle(in);
+    return version < kHasStorageType ? restoreInline(in) : restoreValues(in);
 }
 
-/// The form since 180083: containers as block ids.
+/// The form since 180004: containers as block ids.
 bool MVectorDataset::restoreValues(QDataStream &in)
 {
+    const int version = dataInterfaceVersionLoading;
     const qint32 storage = read<qint32>(in);
-    if (dataInterfaceVersionLoading < kTypeInBase)
+    if (version < kTypeInBase)
         mDataType = dataTypeFromOld(read<qint32>(in));
     const bool isKnownType = mDataType == DecimalType || mDataType == IntegerType || mDataType == StringType;
-    mObjectCount = read<qint32>(in);
-    if (!isKnownType || (storage != TimeSeries && storage != TimeSlice) || mObjectCount < 0)
+    if (!restoreObjectCount(in) || !isKnownType || (storage != TimeSeries && storage != TimeSlice))
         return false;
     mStorageType = static_cast<StorageType>(storage);
-    in >> mFrequencies;
+    if (version < kFrequenciesAreArray)
+        restoreOldFrequencies(in);
+    else
+        in >> mFrequencies;
     return restoreRealizations(in);
+}
+
+// What a container takes follows from this number, so a wrong one is refused before anything is allocated for it.
+bool MVectorDataset::restoreObjectCount(QDataStream &in)
+{
+    mObjectCount = read<qint32>(in);
+    return in.status() == QDataStream::Ok && mObjectCount >= 0
+        && (mExpectedObjectCount < 0 || mObjectCount == mExpectedObjectCount);
+}
+
+void MVectorDataset::restoreOldFrequencies(QDataStream &in)
+{
+    using Tables = decltype(mFrequencies.tables);
+    const int count = readOldFrequencies<Tables>(in, mFrequencies.tables, [&in](Tables &tables) {
+        RealizationVectorDataFrequencies realization;
+        in >> realization;
+        tables = realization.tables;
+    });
+    require(count == mRealizationCount, "Invalid realization count");
 }
 
 bool MVectorDataset::restoreRealizations(QDataStream &in)
 {
+    const bool hasBlocks = dataInterfaceVersionLoading >= kHasBlocks;
     const int count = readCount(in, kMinRealizationBytes);
     for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
         const qint32 index = read<qint32>(in);
         const bool isNew = index >= 0 && index < mRealizationCount && !mRealizationData.contains(index);
         if (!isNew)
             return false;
-        in >> mRealizationData[index];
+        MVectorDataRealization &realization = mRealizationData[index];
+        QByteArray lost;
+        if (hasBlocks)
+            in >> realization;
+        else
+            readBytes(in, lost);
     }
-    return in.status() == QDataStream::Ok && count == mRealizationCount;
+    if (in.status() != QDataStream::Ok)
+        return false;
+    require(count == mRealizationCount, "Invalid realization count");
+    return hasBlocks || RecalculateFrequencies();
 }

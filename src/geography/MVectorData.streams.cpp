@@ -103,6 +103,7 @@ bool MVectorData::restoreDataSource(QDataStream &in)
 {
     delete mDataSource;
     mDataSource = mVectorDataSource = new MVectorDataSource(mFilePath);
+    mVectorDataSource->ExpectObjectCount(mFennimIdMap.size());
     return mVectorDataSource->RestoreFromStream(in)
         && mVectorDataSource->GetObjectCount() == static_cast<unsigned int>(mFennimIdMap.size()) && weightSetsFit();
 }

@@ -12,6 +12,7 @@
 #include "Common/detail/streams.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/VersionAPI.h"
+#include "datasets/oldForms.h"
 #include "raster/cellFlag.h"
 #include "raster/cellForms.h"
 
@@ -25,17 +26,8 @@ constexpr int kFrequenciesAreArray = 180083;
 constexpr int kTypeInBase = 201001;
 constexpr int kHasMissingFlag = 306014;
 
-constexpr int kMergedKeyLimit = 10000;
-constexpr qint64 kMinOldTablesBytes = 5 * 4;
 constexpr qint64 kMinRealizationBytes = 4 + 4;
 constexpr qint64 kMinGridBytes = 24 + 6 * 4;
-
-template <class Wire> Wire read(QDataStream &in)
-{
-    Wire value{};
-    in >> value;
-    return value;
-}
 
 template <class Map> constexpr qint64 entryBytes()
 {
@@ -51,32 +43,6 @@ template <class Map> void readTable(QDataStream &in, Map &map)
 
 using OldTables = std::tuple<QMap<quint8, int>, QMap<quint16, int>, QMap<quint32, int>, QMap<quint64, int>,
                              QMap<OrderedDouble, int>>;
-
-template <class Map> bool merge(const Map &from, Map &to)
-{
-    for (auto it = from.cbegin(); it != from.cend(); ++it)
-        to[it.key()] += it.value();
-    return to.size() <= kMergedKeyLimit;
-}
-
-/// False when one of the maps has become too large for another realization to follow.
-template <std::size_t... I>
-bool mergeTables(const OldTables &from, RealizationRasterDataFrequencies &to, std::index_sequence<I...>)
-{
-    return (merge(std::get<I>(from), std::get<I>(to.maps)) & ...);
-}
-
-void readOldFrequencies(QDataStream &in, RealizationRasterDataFrequencies &frequencies)
-{
-    bool isMerging = true;
-    const int count = readCount(in, kMinOldTablesBytes);
-    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
-        OldTables tables;
-        std::apply([&in](auto &...table) { (readTable(in, table), ...); }, tables);
-        if (isMerging)
-            isMerging = mergeTables(tables, frequencies, std::make_index_sequence<std::tuple_size_v<OldTables>>());
-    }
-}
 
 DataType typeFromOld(qint32 code)
 {
@@ -115,7 +81,9 @@ QDataStream &operator>>(QDataStream &in, RealizationRasterDataFrequencies &frequ
 {
     frequencies = RealizationRasterDataFrequencies();
     if (dataInterfaceVersionLoading < kFrequenciesAreArray) {
-        readOldFrequencies(in, frequencies);
+        readOldFrequencies<OldTables>(in, frequencies.maps, [&in](OldTables &tables) {
+            std::apply([&in](auto &...table) { (readTable(in, table), ...); }, tables);
+        });
         return in;
     }
     QByteArray bytes;

@@ -107,8 +107,11 @@ bool MDataSource::RestoreFromStream(QDataStream &in)
 // Null for an unknown tag and for one that does not belong to this kind of source.
 MDataset *MDataSource::newDataset(qint32 tag)
 {
-    if (tag == VectorTag && mKind == VectorSource)
-        return new MVectorDataset(this, mDirectory);
+    if (tag == VectorTag && mKind == VectorSource) {
+        auto *dataset = new MVectorDataset(this, mDirectory);
+        dataset->mExpectedObjectCount = mExpectedObjectCount;
+        return dataset;
+    }
     if (tag == RasterTag && mKind == RasterSource)
         return new MRasterDataset(this, mDirectory);
     return nullptr;

@@ -35,6 +35,14 @@ public:
 /// Bytes that the stream's device can still give; the largest number when a sequential device cannot tell.
 qint64 bytesLeft(const QDataStream &in);
 
+/// A value in T's own stream form.
+template <class T> T read(QDataStream &in)
+{
+    T value{};
+    in >> value;
+    return value;
+}
+
 /// Reads a 32-bit element count and holds it against the bytes left, `minElementBytes` for each element. A negative or
 /// impossible count sets the status ReadCorruptData and gives 0, so a loop over it does nothing.
 int readCount(QDataStream &in, qint64 minElementBytes);

@@ -1,0 +1,348 @@
+// SPDX-License-Identifier: MIT
+// Vector datasets of files before 180004, which hold their values inline. Behind the base part
+// (none before 103000):
+//
+//   int32 old data type, int32 object count
+//   before 130000  slices and series of the type; before 103000 then the statistics
+//   from 130000    frequencies: int32 count of three maps each;
+//                  for each realization int64 length and as many bytes: slices of decimals,
+//                  integers and texts, series of the same; from 170001 as an array, with an int32
+//                  length of its own
+//
+//   slices  int32 count of (stamp, list of values, list of int32 ids); value i is object ids[i]'s
+//   series  int32 count of (int32 object, int32 count of (stamp, value))
+//
+// Which way a dataset is cut stands nowhere: the map with entries tells. A container is made, and
+// stored as a block, as soon as its values are read, so a realization may be larger than memory.
+#include "Common/detail/failure.h"
+#include "containers/imageCursor.h"
+#include "datainterface/VersionAPI.h"
+#include "datasets/elementTypes.h"
+#include "datasets/oldForms.h"
+#include <QtEndian>
+#include <algorithm>
+
+using namespace datainterface;
+
+namespace {
+
+// Versions at which the form changed.
+constexpr int kHasBase = 103000;
+constexpr int kNestsMaps = 170001;
+
+constexpr qint64 kStampBytes = 24;
+constexpr int kElementsAtOnce = 1 << 17; // memory follows what is read, not what a count says
+
+template <class T> using Stored = std::conditional_t<std::is_same_v<T, QString>, std::string, T>;
+template <class T> constexpr qint64 leastBytes()
+{
+    return std::is_arithmetic_v<T> ? sizeof(T) : sizeof(qint32);
+}
+
+void setCorrupt(QDataStream &in)
+{
+    in.setStatus(QDataStream::ReadCorruptData);
+}
+
+bool readRaw(QDataStream &in, void *to, qint64 bytes)
+{
+    if (in.readRawData(static_cast<char *>(to), static_cast<int>(bytes)) == bytes)
+        return true;
+    in.setStatus(QDataStream::ReadPastEnd);
+    return false;
+}
+
+// A point is closed, whatever its flags say.
+TimeStamp normalized(const TimeStamp &stamp)
+{
+    return TimeStamp(stamp.startTime, stamp.endTime, stamp.inclusiveStart, stamp.inclusiveEnd);
+}
+
+TimeStamp readStamp(ImageReader &in)
+{
+    TimeStamp stamp;
+    stamp.startTime = in.integer<qint64>();
+    stamp.endTime = in.integer<qint64>();
+    stamp.inclusiveStart = (in.integer<qint32>() & 0xff) != 0;
+    stamp.inclusiveEnd = (in.integer<qint32>() & 0xff) != 0;
+    return normalized(stamp);
+}
+
+template <class T> bool readElements(QDataStream &in, QVector<T> &elements)
+{
+    elements.resize(0);
+    const int count = readCount(in, leastBytes<T>());
+    while (elements.size() < count && in.status() == QDataStream::Ok) {
+        const int done = elements.size();
+        const int step = std::min(count - done, kElementsAtOnce);
+        elements.resize(done + step);
+        T *first = elements.data() + done;
+        if constexpr (std::is_arithmetic_v<T>) {
+            if (readRaw(in, first, step * qint64(sizeof(T))))
+                qFromBigEndian<T>(first, step, first);
+        } else {
+            std::for_each(first, first + step, [&in](T &element) { in >> element; });
+        }
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+// The last entry first, as maps stand in files.
+template <class T> bool readEntries(QDataStream &in, QVector<TimeSeriesEntry<T>> &entries)
+{
+    entries.resize(0);
+    QByteArray bytes;
+    const int count = readCount(in, kStampBytes + leastBytes<T>());
+    while (entries.size() < count && in.status() == QDataStream::Ok) {
+        const int step = std::min(count - entries.size(), kElementsAtOnce);
+        bytes.resize(step * static_cast<int>(kStampBytes + sizeof(T)));
+        if (!readRaw(in, bytes.data(), bytes.size()))
+            return false;
+        ImageReader image(bytes);
+        for (int i = 0; i < step; ++i) {
+            const TimeStamp stamp = readStamp(image);
+            entries.append({stamp, qFromBigEndian<T>(image.take(sizeof(T)))});
+        }
+    }
+    std::reverse(entries.begin(), entries.end());
+    return in.status() == QDataStream::Ok;
+}
+
+template <class T> bool isHistory(const QVector<TimeSeriesEntry<T>> &entries)
+{
+    const bool areStamps = std::all_of(entries.begin(), entries.end(),
+                                       [](const auto &entry) { return entry.stamp.isValid(); });
+    const auto inOrder = [](const auto &a, const auto &b) { return !(a.stamp < b.stamp); };
+    return areStamps
+           && std::adjacent_find(entries.begin(), entries.end(), inOrder) == entries.end();
+}
+
+} // namespace
+
+QDataStream &operator<<(QDataStream &out, const std::string &text)
+{
+    return out << QByteArray::fromRawData(text.data(), static_cast<int>(text.size()));
+}
+
+QDataStream &operator>>(QDataStream &in, std::string &text)
+{
+    QByteArray bytes;
+    readBytes(in, bytes);
+    text.assign(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    return in;
+}
+
+DataType datainterface::dataTypeFromOld(qint32 code)
+{
+    switch (code) {
+    case 0:
+        return IntegerType;
+    case 1:
+        return DecimalType;
+    case 2:
+        return StringType;
+    default:
+        fail("Invalid data type");
+    }
+}
+
+/// Reads the maps of one dataset, with the stream's status as the answer.
+class MVectorDataset::OldValues {
+public:
+    OldValues(QDataStream &in, DataType type, int objectCount)
+        : mIn(in), mType(type), mObjectCount(objectCount)
+    {
+    }
+
+    /// The two maps of the dataset's type.
+    void readOwn(MVectorDataRealization &realization)
+    {
+        visitElement(mType, [&](auto element) {
+            using T = ElementOf<decltype(element)>;
+            readSlices<T>(realization.slicesOf<T>());
+            readSeries<T>(realization.seriesOf<T>());
+        });
+    }
+
+    void readSix(MVectorDataRealization &realization)
+    {
+        readSlices<double>(realization.slicesOf<double>());
+        readSlices<int>(realization.slicesOf<int>());
+        readSlices<QString>(realization.slicesOf<QString>());
+        readSeries<double>(realization.seriesOf<double>());
+        readSeries<int>(realization.seriesOf<int>());
+        readSeries<QString>(realization.seriesOf<QString>());
+    }
+
+private:
+    /// What another type's maps hold would be out of reach.
+    template <class T> int readMapSize(qint64 leastEntryBytes)
+    {
+        const int count = readCount(mIn, leastEntryBytes);
+        if (count > 0 && mType != typeCode<T>())
+            setCorrupt(mIn);
+        return count;
+    }
+
+    template <class T> void readSlices(SliceMap<T> &slices)
+    {
+        oldSlice<Stored<T>> old;
+        const int count = readMapSize<T>(kStampBytes + 2 * qint64(sizeof(qint32)));
+        for (int i = 0; i < count && mIn.status() == QDataStream::Ok; ++i) {
+            TimeStamp stamp;
+            mIn >> stamp;
+            stamp = normalized(stamp);
+            if (!readElements(mIn, old.values) || !readElements(mIn, old.ids) || !stamp.isValid()
+                || slices.contains(stamp) || !namesObjects(old))
+                return setCorrupt(mIn);
+            slices[stamp] = newSlice<T>(old);
+        }
+    }
+
+    template <class S> bool namesObjects(const oldSlice<S> &slice) const
+    {
+        return slice.values.size() == slice.ids.size()
+               && std::all_of(slice.ids.begin(), slice.ids.end(),
+                              [this](int id) { return id >= 0 && id < mObjectCount; });
+    }
+
+    /// Objects that are not named are missing.
+    template <class T> TimeSliceData<T> *newSlice(const oldSlice<Stored<T>> &slice) const
+    {
+        QVector<T> named;
+        if constexpr (std::is_same_v<T, QString>)
+            ProcessPre180005StringData(slice.values, named);
+        else
+            named = slice.values;
+        QVector<bool> isNamed(mObjectCount, false);
+        QVector<T> values(mObjectCount);
+        for (int i = 0; i < named.size(); ++i) {
+            values[slice.ids.at(i)] = named.at(i);
+            isNamed[slice.ids.at(i)] = true;
+        }
+        QSet<int> missing;
+        for (int id = 0; id < mObjectCount; ++id) {
+            if (!isNamed.at(id))
+                missing.insert(id);
+        }
+        return new TimeSliceData<T>(values, missing);
+    }
+
+    template <class T> void readSeries(SeriesMap<T> &series)
+    {
+        QVector<TimeSeriesEntry<T>> entries;
+        const int count = readMapSize<T>(2 * qint64(sizeof(qint32)));
+        for (int i = 0; i < count && mIn.status() == QDataStream::Ok; ++i) {
+            const qint32 object = read<qint32>(mIn);
+            // Objects beyond the count are what shrinking left behind; the load frees them later.
+            if (!readHistory(entries) || !isHistory(entries) || object < 0
+                || series.contains(object))
+                return setCorrupt(mIn);
+            series[object] = new TimeSeriesData<T>(entries);
+        }
+    }
+
+    template <class T> bool readHistory(QVector<TimeSeriesEntry<T>> &entries)
+    {
+        return readEntries(mIn, entries);
+    }
+    bool readHistory(QVector<TimeSeriesEntry<QString>> &entries)
+    {
+        QVector<TimeStamp> stamps;
+        QVector<std::string> stored;
+        const int count = readCount(mIn, kStampBytes + leastBytes<std::string>());
+        for (int i = 0; i < count && mIn.status() == QDataStream::Ok; ++i) {
+            stamps.append(normalized(read<TimeStamp>(mIn)));
+            stored.append(read<std::string>(mIn));
+        }
+        QVector<QString> texts;
+        ProcessPre180005StringData(stored, texts);
+        entries.resize(0);
+        for (int i = texts.size(); i-- > 0;)
+            entries.append({stamps.at(i), texts.at(i)});
+        return mIn.status() == QDataStream::Ok;
+    }
+
+    QDataStream &mIn;
+    const DataType mType;
+    const int mObjectCount;
+};
+
+// The old program read them as C strings.
+void MVectorDataset::ProcessPre180005StringData(const QVector<std::string> &stored,
+                                                QVector<QString> &texts)
+{
+    texts.resize(0);
+    texts.reserve(stored.size());
+    for (const std::string &text : stored)
+        texts.append(QString(text.c_str()));
+}
+
+/// Before 130000.
+bool MVectorDataset::restoreSingle(QDataStream &in)
+{
+    if (!restoreOldHead(in))
+        return false;
+    OldValues(in, mDataType, mObjectCount).readOwn(mRealizationData[0]);
+    if (dataInterfaceVersionLoading < kHasBase)
+        readStatistics(in);
+    if (in.status() != QDataStream::Ok || !settleStorage())
+        return false;
+    CleanPre201044Data(); // what is counted below must be in reach
+    mTimeBounds = CalculateTimeBounds(mRealizationData.first());
+    return RecalculateFrequencies();
+}
+
+/// From 130000 to 180003.
+bool MVectorDataset::restoreInline(QDataStream &in)
+{
+    if (!restoreOldHead(in))
+        return false;
+    restoreOldFrequencies(in);
+    for (int i = 0; i < mRealizationCount; ++i) {
+        if (!restoreInlineRealization(in, mRealizationData[i]))
+            return false;
+    }
+    return in.status() == QDataStream::Ok && settleStorage();
+}
+
+bool MVectorDataset::restoreOldHead(QDataStream &in)
+{
+    const qint32 code = read<qint32>(in);
+    if (in.status() == QDataStream::Ok)
+        mDataType = dataTypeFromOld(code);
+    return restoreObjectCount(in);
+}
+
+// Maps that end elsewhere than their length says belong to a file that contradicts itself.
+bool MVectorDataset::restoreInlineRealization(QDataStream &in, MVectorDataRealization &realization)
+{
+    const qint64 length = read<qint64>(in);
+    if (in.status() != QDataStream::Ok || length < 0 || length > bytesLeft(in))
+        return false;
+    const qint64 end = in.device()->pos() + length;
+    if (dataInterfaceVersionLoading >= kNestsMaps
+        && read<qint32>(in) != length - qint64(sizeof(qint32)))
+        return false;
+    OldValues(in, mDataType, mObjectCount).readSix(realization);
+    return in.status() == QDataStream::Ok
+           && (in.device()->isSequential() || in.device()->pos() == end);
+}
+
+bool MVectorDataset::settleStorage()
+{
+    return visitElement(mDataType, [this](auto element) {
+        using T = ElementOf<decltype(element)>;
+        const auto any = [this](auto containersOf) {
+            return std::any_of(
+                mRealizationData.cbegin(), mRealizationData.cend(),
+                [&](const auto &realization) { return !containersOf(realization).isEmpty(); });
+        };
+        const bool hasSlices =
+            any([](const auto &data) -> auto & { return data.template slicesOf<T>(); });
+        const bool hasSeries =
+            any([](const auto &data) -> auto & { return data.template seriesOf<T>(); });
+        mStorageType = hasSeries ? TimeSeries : TimeSlice;
+        return !(hasSlices && hasSeries);
+    });
+}

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+/// Forms that datasets of old files share: slices held inline, texts as bytes, data types and
+/// frequency tables of each realization.
+#pragma once
+#include "Common/detail/streams.h"
+#include "datainterface/DataType.h"
+#include <QDataStream>
+#include <QMap>
+#include <QVector>
+#include <string>
+#include <tuple>
+#include <utility>
+
+/// The values of one time as files before 180004 hold them, and the objects that have them,
+/// pairwise. Exists only while a project is read. T is int, double or std::string.
+template <class T> struct oldSlice {
+    QVector<T> values;
+    QVector<int> ids;
+};
+
+/// A text of files before 180004: its length in bytes as 32 bits, then the bytes. Never more than
+/// the stream has left.
+QDataStream &operator<<(QDataStream &out, const std::string &text);
+QDataStream &operator>>(QDataStream &in, std::string &text);
+
+namespace datainterface {
+
+/// The codes before 201001: 0 integer, 1 decimal, 2 text. Any other raises "Invalid data type".
+DataType dataTypeFromOld(qint32 code);
+
+/// Realizations are put together until, behind one of them, a table holds more keys than this.
+constexpr int kMergedKeyLimit = 10000;
+
+/// @return false when the table has become too large for another realization to follow.
+template <class Map> bool mergeCounts(const Map &from, Map &to)
+{
+    for (auto it = from.cbegin(); it != from.cend(); ++it)
+        to[it.key()] += it.value();
+    return to.size() <= kMergedKeyLimit;
+}
+template <class From, class To, std::size_t... I>
+bool mergeCounts(const From &from, To &to, std::index_sequence<I...>)
+{
+    return (mergeCounts(std::get<I>(from), std::get<I>(to)) & ...);
+}
+
+/// The frequencies of files before 180083: a list of tables, one a realization. `Tables` is a tuple
+/// of maps, which `readTables(Tables &)` reads, and stands at the front of `merged`.
+/// @return how many realizations the list has.
+template <class Tables, class Merged, class ReadTables>
+int readOldFrequencies(QDataStream &in, Merged &merged, ReadTables readTables)
+{
+    constexpr std::size_t kMaps = std::tuple_size_v<Tables>;
+    bool isMerging = true;
+    const int count = readCount(in, qint64(kMaps * sizeof(qint32)));
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        Tables tables;
+        readTables(tables);
+        isMerging = isMerging && mergeCounts(tables, merged, std::make_index_sequence<kMaps>());
+    }
+    return count;
+}
+
+} // namespace datainterface
