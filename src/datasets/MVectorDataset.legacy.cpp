@@ -15,12 +15,13 @@
 // Which way a dataset is cut stands nowhere: the map with entries tells. A container is made, and
 // stored as a block, as soon as its values are read, so a realization may be larger than memory.
 #include "Common/detail/failure.h"
-#include "containers/imageCursor.h"
+#include "Common/detail/readAhead.h"
 #include "datainterface/VersionAPI.h"
 #include "datasets/elementTypes.h"
 #include "datasets/oldForms.h"
 #include <QtEndian>
 #include <algorithm>
+#include <vector>
 
 using namespace datainterface;
 
@@ -39,73 +40,44 @@ template <class T> constexpr qint64 leastBytes()
     return std::is_arithmetic_v<T> ? sizeof(T) : sizeof(qint32);
 }
 
-void setCorrupt(QDataStream &in)
-{
-    in.setStatus(QDataStream::ReadCorruptData);
-}
-
-bool readRaw(QDataStream &in, void *to, qint64 bytes)
-{
-    if (in.readRawData(static_cast<char *>(to), static_cast<int>(bytes)) == bytes)
-        return true;
-    in.setStatus(QDataStream::ReadPastEnd);
-    return false;
-}
-
 // A point is closed, whatever its flags say.
-TimeStamp normalized(const TimeStamp &stamp)
+TimeStamp readStamp(ReadAhead &in)
 {
-    return TimeStamp(stamp.startTime, stamp.endTime, stamp.inclusiveStart, stamp.inclusiveEnd);
+    const auto start = in.number<qint64>();
+    const auto end = in.number<qint64>();
+    const bool isClosedAtStart = (in.number<qint32>() & 0xff) != 0;
+    const bool isClosedAtEnd = (in.number<qint32>() & 0xff) != 0;
+    return TimeStamp(start, end, isClosedAtStart, isClosedAtEnd);
 }
 
-TimeStamp readStamp(ImageReader &in)
+template <class T> void readElements(ReadAhead &in, T *first, int count)
 {
-    TimeStamp stamp;
-    stamp.startTime = in.integer<qint64>();
-    stamp.endTime = in.integer<qint64>();
-    stamp.inclusiveStart = (in.integer<qint32>() & 0xff) != 0;
-    stamp.inclusiveEnd = (in.integer<qint32>() & 0xff) != 0;
-    return normalized(stamp);
+    if (const char *bytes = in.take(count * qint64(sizeof(T))))
+        qFromBigEndian<T>(bytes, count, first);
+}
+void readElements(ReadAhead &in, std::string *first, int count)
+{
+    for (std::string *text = first; text != first + count; ++text) {
+        const auto length = in.number<quint32>();
+        const char *bytes = in.take(length);
+        text->assign(bytes ? bytes : "", bytes ? length : 0);
+    }
 }
 
-template <class T> bool readElements(QDataStream &in, QVector<T> &elements)
+// Elements of the list before are written over: texts keep their memory.
+template <class T> bool readElements(ReadAhead &in, QVector<T> &elements)
 {
-    elements.resize(0);
-    const int count = readCount(in, leastBytes<T>());
-    while (elements.size() < count && in.status() == QDataStream::Ok) {
-        const int done = elements.size();
+    const int count = in.count(leastBytes<T>());
+    if (elements.size() > count)
+        elements.resize(count);
+    for (int done = 0; done < count && in.ok();) {
         const int step = std::min(count - done, kElementsAtOnce);
-        elements.resize(done + step);
-        T *first = elements.data() + done;
-        if constexpr (std::is_arithmetic_v<T>) {
-            if (readRaw(in, first, step * qint64(sizeof(T))))
-                qFromBigEndian<T>(first, step, first);
-        } else {
-            std::for_each(first, first + step, [&in](T &element) { in >> element; });
-        }
+        if (elements.size() < done + step)
+            elements.resize(done + step);
+        readElements(in, elements.data() + done, step);
+        done += step;
     }
-    return in.status() == QDataStream::Ok;
-}
-
-// The last entry first, as maps stand in files.
-template <class T> bool readEntries(QDataStream &in, QVector<TimeSeriesEntry<T>> &entries)
-{
-    entries.resize(0);
-    QByteArray bytes;
-    const int count = readCount(in, kStampBytes + leastBytes<T>());
-    while (entries.size() < count && in.status() == QDataStream::Ok) {
-        const int step = std::min(count - entries.size(), kElementsAtOnce);
-        bytes.resize(step * static_cast<int>(kStampBytes + sizeof(T)));
-        if (!readRaw(in, bytes.data(), bytes.size()))
-            return false;
-        ImageReader image(bytes);
-        for (int i = 0; i < step; ++i) {
-            const TimeStamp stamp = readStamp(image);
-            entries.append({stamp, qFromBigEndian<T>(image.take(sizeof(T)))});
-        }
-    }
-    std::reverse(entries.begin(), entries.end());
-    return in.status() == QDataStream::Ok;
+    return in.ok();
 }
 
 template <class T> bool isHistory(const QVector<TimeSeriesEntry<T>> &entries)
@@ -178,9 +150,9 @@ private:
     /// What another type's maps hold would be out of reach.
     template <class T> int readMapSize(qint64 leastEntryBytes)
     {
-        const int count = readCount(mIn, leastEntryBytes);
+        const int count = mIn.count(leastEntryBytes);
         if (count > 0 && mType != typeCode<T>())
-            setCorrupt(mIn);
+            mIn.setCorrupt();
         return count;
     }
 
@@ -188,13 +160,11 @@ private:
     {
         oldSlice<Stored<T>> old;
         const int count = readMapSize<T>(kStampBytes + 2 * qint64(sizeof(qint32)));
-        for (int i = 0; i < count && mIn.status() == QDataStream::Ok; ++i) {
-            TimeStamp stamp;
-            mIn >> stamp;
-            stamp = normalized(stamp);
+        for (int i = 0; i < count && mIn.ok(); ++i) {
+            const TimeStamp stamp = readStamp(mIn);
             if (!readElements(mIn, old.values) || !readElements(mIn, old.ids) || !stamp.isValid()
                 || slices.contains(stamp) || !namesObjects(old))
-                return setCorrupt(mIn);
+                return mIn.setCorrupt();
             slices[stamp] = newSlice<T>(old);
         }
     }
@@ -209,61 +179,63 @@ private:
     /// Objects that are not named are missing.
     template <class T> TimeSliceData<T> *newSlice(const oldSlice<Stored<T>> &slice) const
     {
-        QVector<T> named;
-        if constexpr (std::is_same_v<T, QString>)
-            ProcessPre180005StringData(slice.values, named);
-        else
-            named = slice.values;
-        QVector<bool> isNamed(mObjectCount, false);
+        QVector<T> named = valuesOf(slice.values);
         QVector<T> values(mObjectCount);
+        std::vector<bool> isNamed(static_cast<std::size_t>(mObjectCount));
         for (int i = 0; i < named.size(); ++i) {
-            values[slice.ids.at(i)] = named.at(i);
-            isNamed[slice.ids.at(i)] = true;
+            const int id = slice.ids.at(i);
+            values[id] = std::move(named[i]);
+            isNamed[static_cast<std::size_t>(id)] = true;
         }
         QSet<int> missing;
         for (int id = 0; id < mObjectCount; ++id) {
-            if (!isNamed.at(id))
+            if (!isNamed[static_cast<std::size_t>(id)])
                 missing.insert(id);
         }
         return new TimeSliceData<T>(values, missing);
     }
 
+    template <class T> static QVector<T> valuesOf(const QVector<T> &stored) { return stored; }
+    static QVector<QString> valuesOf(const QVector<std::string> &stored)
+    {
+        QVector<QString> texts;
+        ProcessPre180005StringData(stored, texts);
+        return texts;
+    }
+
     template <class T> void readSeries(SeriesMap<T> &series)
     {
-        QVector<TimeSeriesEntry<T>> entries;
         const int count = readMapSize<T>(2 * qint64(sizeof(qint32)));
-        for (int i = 0; i < count && mIn.status() == QDataStream::Ok; ++i) {
-            const qint32 object = read<qint32>(mIn);
+        for (int i = 0; i < count && mIn.ok(); ++i) {
+            const auto object = mIn.number<qint32>();
+            const QVector<TimeSeriesEntry<T>> entries = readHistory<T>();
             // Objects beyond the count are what shrinking left behind; the load frees them later.
-            if (!readHistory(entries) || !isHistory(entries) || object < 0
-                || series.contains(object))
-                return setCorrupt(mIn);
+            if (!mIn.ok() || !isHistory(entries) || object < 0 || series.contains(object))
+                return mIn.setCorrupt();
             series[object] = new TimeSeriesData<T>(entries);
         }
     }
 
-    template <class T> bool readHistory(QVector<TimeSeriesEntry<T>> &entries)
-    {
-        return readEntries(mIn, entries);
-    }
-    bool readHistory(QVector<TimeSeriesEntry<QString>> &entries)
+    /// In the file the last entry comes first.
+    template <class T> QVector<TimeSeriesEntry<T>> readHistory()
     {
         QVector<TimeStamp> stamps;
-        QVector<std::string> stored;
-        const int count = readCount(mIn, kStampBytes + leastBytes<std::string>());
-        for (int i = 0; i < count && mIn.status() == QDataStream::Ok; ++i) {
-            stamps.append(normalized(read<TimeStamp>(mIn)));
-            stored.append(read<std::string>(mIn));
+        QVector<Stored<T>> stored;
+        const int count = mIn.count(kStampBytes + leastBytes<Stored<T>>());
+        for (int i = 0; i < count && mIn.ok(); ++i) {
+            stamps.append(readStamp(mIn));
+            stored.append(Stored<T>());
+            readElements(mIn, &stored.last(), 1);
         }
-        QVector<QString> texts;
-        ProcessPre180005StringData(stored, texts);
-        entries.resize(0);
-        for (int i = texts.size(); i-- > 0;)
-            entries.append({stamps.at(i), texts.at(i)});
-        return mIn.status() == QDataStream::Ok;
+        const QVector<T> values = valuesOf(stored);
+        QVector<TimeSeriesEntry<T>> entries;
+        entries.reserve(values.size());
+        for (int i = values.size(); i-- > 0;)
+            entries.append({stamps.at(i), values.at(i)});
+        return entries;
     }
 
-    QDataStream &mIn;
+    ReadAhead mIn;
     const DataType mType;
     const int mObjectCount;
 };

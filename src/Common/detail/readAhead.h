@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+/// Reading many small fields of a stream at the cost of memory: big-endian, by pointer, ahead of
+/// the stream's place.
+#pragma once
+#include "Common/detail/streams.h"
+#include <QByteArray>
+#include <QDataStream>
+#include <QtEndian>
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace datainterface {
+
+/// The stream stands behind what was taken once this is gone; it is not to be read meanwhile. What
+/// cannot be taken sets the stream's status. Of a device that cannot go back no more is read than
+/// is asked for.
+class ReadAhead {
+public:
+    explicit ReadAhead(QDataStream &in)
+        : mIn(in), mIsSequential(in.device()->isSequential()), mUnread(bytesLeft(in))
+    {
+    }
+    ~ReadAhead()
+    {
+        if (mAt < mSize)
+            mIn.device()->seek(mIn.device()->pos() - (mSize - mAt));
+    }
+    ReadAhead(const ReadAhead &) = delete;
+    ReadAhead &operator=(const ReadAhead &) = delete;
+
+    bool ok() const { return mIn.status() == QDataStream::Ok; }
+    void setCorrupt() { mIn.setStatus(QDataStream::ReadCorruptData); }
+    qint64 left() const { return mUnread + (mSize - mAt); }
+
+    /// `bytes` bytes, valid until the next call. Null, with the status set, when there are fewer.
+    const char *take(qint64 bytes)
+    {
+        if (bytes > mSize - mAt && !fetch(bytes))
+            return nullptr;
+        const char *from = mWindow.constData() + mAt;
+        mAt += static_cast<int>(bytes);
+        return from;
+    }
+
+    /// 0 at the end.
+    template <class T> T number()
+    {
+        const char *from = take(sizeof(T));
+        return from ? qFromBigEndian<T>(from) : T(0);
+    }
+
+    /// A count of elements, held against the bytes left as readCount does.
+    int count(qint64 minElementBytes)
+    {
+        const auto n = number<qint32>();
+        if (ok() && n >= 0 && n <= left() / minElementBytes)
+            return n;
+        setCorrupt();
+        return 0;
+    }
+
+private:
+    static constexpr int kAheadBytes = 1 << 16;
+    static constexpr int kMostBytes = std::numeric_limits<int>::max() / 2;
+    static constexpr int kMostSequentialBytes = 1 << 24;
+
+    // A device that does not know its end must not make much of a length.
+    bool fetch(qint64 bytes)
+    {
+        const qint64 most = mIsSequential ? kMostSequentialBytes : kMostBytes;
+        if (!ok() || bytes > left() || bytes > most)
+            return fail();
+        const int held = mSize - mAt;
+        const qint64 ahead = mIsSequential ? 0 : std::min<qint64>(kAheadBytes, mUnread);
+        const int wanted = static_cast<int>(std::max(bytes - held, ahead));
+        if (mWindow.size() < held + wanted)
+            mWindow.resize(held + wanted);
+        std::memmove(mWindow.data(), mWindow.constData() + mAt, static_cast<std::size_t>(held));
+        const int got = std::max(mIn.readRawData(mWindow.data() + held, wanted), 0);
+        mAt = 0;
+        mSize = held + got;
+        if (!mIsSequential)
+            mUnread -= got;
+        return got == wanted || fail();
+    }
+    bool fail()
+    {
+        mIn.setStatus(QDataStream::ReadPastEnd);
+        return false;
+    }
+
+    QDataStream &mIn;
+    const bool mIsSequential;
+    qint64 mUnread; ///< of the device
+    QByteArray mWindow;
+    int mAt = 0;
+    int mSize = 0;
+};
+
+} // namespace datainterface
