@@ -37,8 +37,8 @@ QList<TimeStamp> MVectorDataset::GetCommonTimeStamps(int realization)
     visitElement(mDataType, [&](auto element) {
         if (!found)
             return;
-        for (const auto *series : found->seriesOf<ElementOf<decltype(element)>>())
-            intervals.append(series->GetIntervals());
+        visitObjects(found->seriesOf<ElementOf<decltype(element)>>(), mObjectCount,
+                     [&intervals](const auto &series) { intervals.append(series.GetIntervals()); });
     });
     return TimeStamp::MergeTimeStamps(intervals);
 }
@@ -58,13 +58,13 @@ bool MVectorDataset::GetCommonTimeStamp(int realization, qint64 time, TimeStamp 
             return slice != slices.constEnd();
         }
         bool isFirst = true;
-        for (const TimeSeriesData<T> *series : found->seriesOf<T>()) {
-            const CheckedOut<TimeSeriesData<T>> hold(*series);
-            if (const auto *entry = entryAt(*series, timeOf(time))) {
+        visitObjects(found->seriesOf<T>(), mObjectCount, [&](const TimeSeriesData<T> &series) {
+            const CheckedOut<TimeSeriesData<T>> hold(series);
+            if (const auto *entry = entryAt(series, timeOf(time))) {
                 stamp = isFirst ? entry->stamp : stamp.intersect(entry->stamp);
                 isFirst = false;
             }
-        }
+        });
         return !isFirst;
     });
 }

@@ -57,10 +57,10 @@ template <class T, class Visit> void MVectorDataset::visitValuesAt(int realizati
         return;
     }
     T value{};
-    for (const TimeSeriesData<T> *series : knownRealization(realization).seriesOf<T>()) {
-        if (series->GetValue(timeOf(time), value))
+    visitObjects(knownRealization(realization).seriesOf<T>(), mObjectCount, [&](const TimeSeriesData<T> &series) {
+        if (series.GetValue(timeOf(time), value))
             visit(value);
-    }
+    });
 }
 
 // The record of a time without present values is kept as well: it says so.

@@ -249,11 +249,11 @@ int MVectorDataset::GetDataCount(int realization, qint64 time) const
             const TimeSliceData<T> *slice = sliceAt<T>(realization, time);
             return slice ? slice->GetCount() - slice->GetMissingCount() : 0;
         }
-        const auto &series = known.seriesOf<T>();
+        int count = 0;
         T value{};
-        return static_cast<int>(std::count_if(series.begin(), series.end(), [&](const TimeSeriesData<T> *one) {
-            return one->GetValue(timeOf(time), value);
-        }));
+        visitObjects(known.seriesOf<T>(), mObjectCount,
+                     [&](const TimeSeriesData<T> &series) { count += series.GetValue(timeOf(time), value); });
+        return count;
     });
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The values that a checked-out container holds.
 #pragma once
+#include <QMap>
 #include <QSet>
 #include <algorithm>
 #include "datainterface/TimeContainers.h"
@@ -41,6 +42,15 @@ private:
     int mCount;
     const QSet<int> &mMissing;
 };
+
+/// Calls `visit(series)` for the series of each object. What shrinking left behind lies beyond the objects.
+template <class T, class Visit>
+void visitObjects(const QMap<int, TimeSeriesData<T> *> &series, int objectCount, Visit visit)
+{
+    const auto end = series.lowerBound(objectCount);
+    for (auto one = series.cbegin(); one != end; ++one)
+        visit(**one);
+}
 
 /// The entry that holds an instant, null without one. Valid while the series stays checked out, unchanged.
 template <class T> const TimeSeriesEntry<T> *entryAt(const TimeSeriesData<T> &series, qint64 time)

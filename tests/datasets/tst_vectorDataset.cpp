@@ -139,6 +139,12 @@ void TestVectorDataset::resizingMarksAndCutsOff()
     series.Resize(2);
     QVERIFY(series.GetValue(2, 0, 0).isEmpty());
     QVERIFY(series.GetTimeSeriesIntegerData(0)->contains(2)); // out of reach, but saved
+    TimeStamp common;
+    DataSetStats stats;
+    QCOMPARE(series.GetDataCount(0, 0), 0);
+    QVERIFY(series.GetCommonTimeStamps(0).isEmpty());
+    QVERIFY(!series.GetCommonTimeStamp(0, 0, common));
+    QVERIFY(series.GetDataSetStats(0, 0, stats) && stats.minimum.isEmpty());
     series.CleanPre201044Data();
     QVERIFY(!series.GetTimeSeriesIntegerData(0)->contains(2));
 }
