@@ -56,7 +56,7 @@ DATAINTERFACE_EXPORT bool VORN_AddRasterValues(int id, int realization, const In
                                                bool recalculate);
 
 // The first cell of the grid that holds `time`, of a dataset of that type and width. The caller holds the realization
-// checked out (VORN_CheckOutDataset); without that there are no cells to point at, and the answer is false.
+// checked out (MDataSource::CheckOutDataset); without that there are no cells to point at, and the answer is false.
 // @param flag  takes the dataset's missing flag.
 DATAINTERFACE_EXPORT bool VORN_GetRasterData(int id, int realization, qint64 time, const double *&data,
                                              MissingFlag &flag);

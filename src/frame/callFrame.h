@@ -8,6 +8,7 @@
 #include "datainterface/MDataSource.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
+#include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorDataset.h"
 #include "frame/frameState.h"
 
@@ -26,6 +27,12 @@ template <> inline MVectorDataset *asKind<MVectorDataset, MDataset>(MDataset *da
 {
     constexpr int kVectorDataset = 1;
     return dataset && dataset->GetDatasetKind() == kVectorDataset ? static_cast<MVectorDataset *>(dataset) : nullptr;
+}
+
+template <> inline MRasterDataset *asKind<MRasterDataset, MDataset>(MDataset *dataset)
+{
+    constexpr int kRasterDataset = 2;
+    return dataset && dataset->GetDatasetKind() == kRasterDataset ? static_cast<MRasterDataset *>(dataset) : nullptr;
 }
 
 /// Arithmetic: a negative half stays negative.

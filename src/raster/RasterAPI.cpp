@@ -70,10 +70,9 @@ bool setCell(int id, int realization, unsigned int column, unsigned int row, con
 template <class T>
 bool getCell(int id, int realization, unsigned int column, unsigned int row, qint64 time, int type, T &value)
 {
-    return onRaster(id, false, [&](const MRasterDataSource &source) {
-        const MRasterDataset *dataset = source.GetRasterDataset(id);
-        return dataset && (type == 0 || dataset->GetDataType() == type)
-            && source.GetRasterValue(id, realization, column, row, time, value);
+    return onDataset<MRasterDataset>(id, false, [&](const MRasterDataset &dataset) {
+        return (type == 0 || dataset.GetDataType() == type)
+            && dataset.GetValue(realization, static_cast<int>(column), static_cast<int>(row), time, value);
     });
 }
 
@@ -184,7 +183,9 @@ bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned 
 bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row, qint64 time, datum &value)
 {
     MDatum found;
-    return getCell(id, realization, column, row, time, 0, found) && toDatum(found, value);
+    return onRaster(id, false, [&](const MRasterDataSource &source) {
+        return source.GetRasterValue(id, realization, column, row, time, found) && toDatum(found, value);
+    });
 }
 
 bool VORN_SetRasterValue(int id, int realization, unsigned int column, unsigned int row, const Interval &interval,

@@ -51,13 +51,36 @@ private:
     bool mIsWhole = true;
 };
 
+bool isBefore(const FMCellArea &a, const FMCellArea &b)
+{
+    return a.column != b.column ? a.column < b.column : a.row < b.row;
+}
+
+/// The cells of several pieces in order, one that several share once. Those of one piece are so as they come.
+void mergeCells(QVector<FMCellArea> &cells)
+{
+    if (!std::is_sorted(cells.begin(), cells.end(), isBefore))
+        std::stable_sort(cells.begin(), cells.end(), isBefore); // sums in the order of the pieces
+    auto last = cells.begin();
+    for (auto cell = cells.begin(); cell != cells.end(); ++cell) {
+        if (cell == last)
+            continue;
+        if (isBefore(*last, *cell))
+            *++last = *cell;
+        else
+            last->area += cell->area;
+    }
+    if (!cells.isEmpty())
+        cells.erase(last + 1, cells.end());
+}
+
 bool queryPolygon(int geographyId, const FMPolygon &polygon, RasterPixels &pixels, QVector<double> *areas)
 {
     return onGrid(geographyId, [&](const MRasterDataSource &source) {
         const SimplePieces pieces(polygon);
         if (!pieces.isWhole())
             return false;
-        QMap<MRasterDataSource::Pixel, double> shared; // a cell that several pieces touch stands once
+        QVector<FMCellArea> shared;
         bool meetsGrid = false;
         for (const FMPolygon *piece : pieces.list()) {
             const Rect2D box = const_cast<FMPolygon *>(piece)->GetObjectBounds(); // which changes nothing
@@ -67,14 +90,18 @@ bool queryPolygon(int geographyId, const FMPolygon &polygon, RasterPixels &pixel
             meetsGrid = true;
             QVector<FMCellArea> cells;
             piece->CellAreas(source.GetGrid(), window, cells);
-            for (const FMCellArea &cell : qAsConst(cells))
-                shared[{cell.column, cell.row}] += cell.area;
+            shared = shared.isEmpty() ? cells : shared + cells;
         }
         if (!meetsGrid)
             return false;
-        pixels = shared.keys().toVector();
-        if (areas)
-            *areas = shared.values().toVector();
+        mergeCells(shared);
+        pixels.resize(shared.size());
+        std::transform(shared.cbegin(), shared.cend(), pixels.begin(),
+                       [](const FMCellArea &cell) { return qMakePair(cell.column, cell.row); });
+        if (!areas)
+            return true;
+        areas->resize(shared.size());
+        std::transform(shared.cbegin(), shared.cend(), areas->begin(), [](const FMCellArea &cell) { return cell.area; });
         return true;
     });
 }

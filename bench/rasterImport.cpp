@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// The program that imports a grid into a project beside the one that copies it into a plain GeoTIFF: wall time and the
+// largest resident size of each process.
+#include <QByteArray>
+#include <QFile>
+#include <QTemporaryDir>
+#include <chrono>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gdal_priv.h>
+#include <random>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+#include "ratios.h"
+
+namespace {
+
+struct Run {
+    double seconds;
+    double megabytes; ///< at the most
+};
+
+Run run(std::vector<QByteArray> words)
+{
+    std::vector<char *> arguments;
+    for (QByteArray &word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    const auto start = std::chrono::steady_clock::now();
+    posix_spawn_file_actions_t quiet;
+    posix_spawn_file_actions_init(&quiet);
+    posix_spawn_file_actions_addopen(&quiet, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = 0;
+    int status = -1;
+    rusage usage{};
+    if (posix_spawnp(&child, arguments.front(), &quiet, nullptr, arguments.data(), environ) != 0
+        || wait4(child, &status, 0, &usage) != child || status != 0) {
+        std::fprintf(stderr, "%s failed\n", arguments.front());
+        std::abort();
+    }
+    posix_spawn_file_actions_destroy(&quiet);
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    return {took.count(), static_cast<double>(usage.ru_maxrss) / 1000};
+}
+
+/// Measured values: smooth, with noise in the lower half of their bits.
+void writeBands(const QByteArray &path, int side, int bands)
+{
+    std::mt19937 engine(1);
+    std::vector<float> cells(static_cast<std::size_t>(side) * static_cast<std::size_t>(side));
+    char **options = CSLSetNameValue(nullptr, "INTERLEAVE", "BAND");
+    GDALDataset *file =
+        GetGDALDriverManager()->GetDriverByName("GTiff")->Create(path.constData(), side, side, bands, GDT_Float32, options);
+    CSLDestroy(options);
+    for (int band = 1; band <= bands; ++band) {
+        for (std::size_t i = 0; i < cells.size(); ++i)
+            cells[i] = static_cast<float>(band) + static_cast<float>(engine() % 65536) / 65536.0f;
+        if (file->GetRasterBand(band)->RasterIO(GF_Write, 0, 0, side, side, cells.data(), side, side, GDT_Float32, 0, 0)
+            != CE_None)
+            std::abort();
+    }
+    GDALClose(file);
+}
+
+void compare(const char *name, int side, int bands, double memoryLimit)
+{
+    const QTemporaryDir directory;
+    const auto file = [&](const char *own) { return directory.filePath(QString::fromLatin1(own)).toLocal8Bit(); };
+    writeBands(file("source.tif"), side, bands);
+    Run ours{1e9, 0};
+    Run theirs{1e9, 0};
+    for (int round = 0; round < 3; ++round) {
+        const Run import = run({MERIDOR_PROGRAM, "import", file("source.tif"), file("ours.vorn"), "--times", "auto",
+                                "--overwrite", "--quiet", "--cache", "64", "--scratch", file("scratch")});
+        const Run copy = run({"gdal_translate", "-q", file("source.tif"), file("copy.tif")});
+        ours = import.seconds < ours.seconds ? import : ours;
+        theirs = copy.seconds < theirs.seconds ? copy : theirs;
+    }
+    ratios::row(name, ours.seconds, "gdal_translate", theirs.seconds, 1.5, "s");
+    ratios::row("its memory", ours.megabytes, "what it may take", memoryLimit, 1.0, "MB");
+    std::printf("    project %lld MB, gdal_translate took %.0f MB\n", QFile(file("ours.vorn")).size() / 1000000,
+                theirs.megabytes);
+}
+
+} // namespace
+
+int main()
+{
+    GDALAllRegister();
+    ratios::head("Import of grids, saved as a project");
+    compare("10,000 bands of 100 x 100 floats", 100, 10000, 64 + 150);
+    compare("one band of 8,000 x 8,000 floats", 8000, 1, 2 * 256 + 64 + 100);
+    return ratios::missed > 0;
+}
