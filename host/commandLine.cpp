@@ -68,8 +68,9 @@ int runCommandLine(int argc, char **argv)
                "meridor VERB --help tells more.");
     addCommonOptions(app, context);
     for (const auto add : {addImport, addInfo, addStats, addSeries, addClasses, addMap, addExport,
-                           addRename, addRemove, addConvert, addSubset, addSelect, addUpgrade,
-                           addWeights, addNeighbors, addNearest, addMoran, addDemo})
+                           addQuery, addZonal, addRename, addRemove, addConvert, addSubset,
+                           addSelect, addUpgrade, addWeights, addNeighbors, addNearest, addMoran,
+                           addDemo})
         add(app, context);
     try {
         app.parse(argc, argv);

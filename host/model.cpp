@@ -4,9 +4,11 @@
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataSource.h"
-#include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
+#include "datainterface/MRasterDataset.h"
+#include "datainterface/MVectorData.h"
 #include "failure.h"
+#include "fennimark/Fennims.h"
 #include "hostController.h"
 #include <QSet>
 #include <algorithm>
@@ -82,6 +84,11 @@ MDataset *datasetOf(int id)
     return geography ? geography->GetDataSource()->GetDataset(id) : nullptr;
 }
 
+MRasterDataset *rasterOf(int dataset)
+{
+    return dynamic_cast<MRasterDataset *>(datasetOf(dataset));
+}
+
 QVector<int> geographyIds()
 {
     return controller().GetGeoData().keys().toVector();
@@ -117,19 +124,35 @@ const char *typeName(DataType type)
 {
     switch (type) {
     case DecimalType:
+    case RasterDecimalType:
         return "decimal";
     case IntegerType:
+    case RasterIntegerType:
         return "integer";
-    case StringType:
-        return "text";
+    case RasterUnsignedType:
+    case RasterCellType:
+        return "unsigned";
+    case RasterColorType:
+        return "colors";
     default:
-        return "raster";
+        return "text";
     }
 }
 
 const char *storageName(MVectorDataset::StorageType storage)
 {
     return storage == MVectorDataset::TimeSlice ? "slices" : "series";
+}
+
+QString typeText(const DatasetProps &props)
+{
+    const QString name = QLatin1String(typeName(static_cast<DataType>(props.dataType)));
+    return props.bitDepth > 0 ? QStringLiteral("%1 %2").arg(name).arg(props.bitDepth) : name;
+}
+
+QString gridText(const GeoProps &props)
+{
+    return QStringLiteral("%1 rows, %2 columns").arg(props.rows).arg(props.columns);
 }
 
 const char *shapeName(int geographyType)
@@ -262,6 +285,14 @@ int findObject(int geography, const QString &text)
                  .arg(found.size())
                  .arg(geographyName(geography), text));
     return found.first();
+}
+
+qint64 shapeTime(int geography, qint64 time)
+{
+    const auto *vector = dynamic_cast<const MVectorData *>(geographyOf(geography));
+    return vector && vector->IsStatic()
+               ? static_cast<qint64>(vector->GetFennims()->GetBoundingRect().start)
+               : time;
 }
 
 QVector<int> objectsAt(int geography, qint64 time)

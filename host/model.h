@@ -12,6 +12,9 @@
 #include <QVector>
 
 class MGeoData;
+class MRasterDataset;
+struct DatasetProps;
+struct GeoProps;
 
 namespace meridor {
 
@@ -24,6 +27,8 @@ void setController(HostController *controller);
 /// Null for an unknown id.
 MGeoData *geographyOf(int id);
 MDataset *datasetOf(int id);
+/// Null for other kinds.
+MRasterDataset *rasterOf(int dataset);
 QVector<int> geographyIds();
 /// Ascending; empty for an unknown geography.
 QVector<int> datasetIds(int geography);
@@ -37,7 +42,11 @@ QString datasetName(int id);
 TimeAxis axisOf(int geography);
 const char *typeName(DataType type);
 const char *storageName(MVectorDataset::StorageType storage);
+/// "decimal"; of a raster with its depth, "decimal 32".
+QString typeText(const DatasetProps &props);
 const char *shapeName(int geographyType);
+/// "33 rows, 81 columns".
+QString gridText(const GeoProps &props);
 
 /// By name; raises a Failure that lists what there is. An empty name stands for the only geography.
 int findGeography(const QString &name);
@@ -71,6 +80,8 @@ QStringList objectKeys(int geography);
 /// Failure.
 int findObject(int geography, const QString &text);
 
+/// The time of the shapes that belong to values at `time`: a geography that holds for good has one.
+qint64 shapeTime(int geography, qint64 time);
 /// The objects that exist at a time, ascending; of a grid all cells.
 QVector<int> objectsAt(int geography, qint64 time);
 

@@ -36,6 +36,8 @@ void addWeights(CLI::App &app, Context &context);
 void addNeighbors(CLI::App &app, Context &context);
 void addNearest(CLI::App &app, Context &context);
 void addMoran(CLI::App &app, Context &context);
+void addQuery(CLI::App &app, Context &context);
+void addZonal(CLI::App &app, Context &context);
 void addDemo(CLI::App &app, Context &context);
 
 // Options whose values are texts.

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The whole road on real data: income per head of the 48 contiguous states of the USA over 81
-// years, and the days on which they came into the Union. What each step should find is known from
-// outside.
+// years, and the days on which they came into the Union; then rain over the Carolinas. What each
+// step should find is known from outside.
 #include "analysis/moranOverTime.h"
 #include "commands/commands.h"
+#include "commands/demoClimate.h"
 #include "commands/snapshot.h"
 #include "commands/statistics.h"
 #include "commands/tables.h"
@@ -20,11 +21,8 @@
 #include "samples.h"
 #include "weightSets.h"
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
 #include <cmath>
 #include <memory>
 #include <utility>
@@ -53,47 +51,48 @@ public:
     Demo(const Options &options, const Context &context)
         : mContext(context),
           mDirectory(options.directory),
-          mSamples(samplesDirectory(options.samples) + QStringLiteral("/us_income")),
-          mSession(context.session, context.console)
+          mSamples(samplesDirectory(options.samples)),
+          mSession(context.session, context.console),
+          mSteps(context.console)
     {
         if (!QDir().mkpath(mDirectory))
             fail(QStringLiteral("%1: cannot be made").arg(mDirectory));
         for (const char *name : {"income.vorn", "income_2009.png", "income_moran.csv", "income.csv",
                                  "income.dat", "income.dbf"})
             requireWritable(path(name), context.overwrite);
+        for (const char *name : kClimateResults)
+            requireWritable(path(name), context.overwrite);
     }
 
     /// True when every figure was right.
     bool run()
     {
-        step("import", [this] { return import(); });
+        mSteps.step("import", [this] { return import(); });
         for (const auto &[year, count] : kExisting)
-            step("exists", [&, year = year, count = count] { return exists(year, count); });
+            mSteps.step("exists", [&, year = year, count = count] { return exists(year, count); });
         for (const auto &[year, mean] : kMeans)
-            step("statistics", [&, year = year, mean = mean] { return statistics(year, mean); });
-        step("classes", [this] { return classes("1929", {271, 401.5, 541.5, 713.5, 890, 1152}); });
-        step("classes", [this] {
+            mSteps.step("statistics",
+                        [&, year = year, mean = mean] { return statistics(year, mean); });
+        mSteps.step("classes", [this] {
+            return classes("1929", {271, 401.5, 541.5, 713.5, 890, 1152});
+        });
+        mSteps.step("classes", [this] {
             return classes("2009", {29318, 32892.5, 35829.5, 39460, 45027.5, 52736});
         });
-        step("map", [this] { return map(); });
-        step("series", [this] { return series(); });
+        mSteps.step("map", [this] { return map(); });
+        mSteps.step("series", [this] { return series(); });
         for (const auto &[year, links] : kQueenLinks)
-            step("neighbours", [&, year = year, links = links] { return neighbors(year, links); });
-        step("moran", [this] { return moranOfAllYears(); });
-        step("save", [this] { return save(); });
-        step("load", [this] { return load(); });
-        step("compare", [this] { return compare(); });
-        step("export", [this] { return exportAs("income.csv", TableFormat::Csv); });
-        step("export", [this] { return exportAs("income.dat", TableFormat::GeoEas); });
-        step("export", [this] { return exportAs("income.dbf", TableFormat::Dbf); });
-        if (mContext.console.json)
-            mContext.console.print(
-                QJsonObject{{QStringLiteral("steps"), mSteps}, {QStringLiteral("wrong"), mWrong}});
-        else
-            mContext.console.print(mWrong == 0
-                                       ? QStringLiteral("every figure is right")
-                                       : QStringLiteral("%1 figures are wrong").arg(mWrong));
-        return mWrong == 0;
+            mSteps.step("neighbours",
+                        [&, year = year, links = links] { return neighbors(year, links); });
+        mSteps.step("moran", [this] { return moranOfAllYears(); });
+        mSteps.step("save", [this] { return save(); });
+        mSteps.step("load", [this] { return load(); });
+        mSteps.step("compare", [this] { return compare(); });
+        mSteps.step("export", [this] { return exportAs("income.csv", TableFormat::Csv); });
+        mSteps.step("export", [this] { return exportAs("income.dat", TableFormat::GeoEas); });
+        mSteps.step("export", [this] { return exportAs("income.dbf", TableFormat::Dbf); });
+        ClimateDemo(mSteps, mSession, mContext, mDirectory, mSamples).run();
+        return mSteps.finish();
     }
 
 private:
@@ -102,36 +101,14 @@ private:
         return mDirectory + QLatin1Char('/') + QLatin1String(name);
     }
 
-    template <class Work> void step(const char *what, Work work)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        mRight = true;
-        const QString result = work();
-        const double milliseconds = static_cast<double>(timer.nsecsElapsed()) * 1e-6;
-        mWrong += !mRight;
-        mSteps.append(QJsonObject{{QStringLiteral("step"), QLatin1String(what)},
-                                  {QStringLiteral("result"), result},
-                                  {QStringLiteral("right"), mRight},
-                                  {QStringLiteral("milliseconds"), milliseconds}});
-        if (!mContext.console.json)
-            mContext.console.print(QStringLiteral("%1 %2 %3 ms%4")
-                                       .arg(QLatin1String(what), -11)
-                                       .arg(result, -88)
-                                       .arg(milliseconds, 8, 'f', 1)
-                                       .arg(mRight ? QString() : QStringLiteral("  WRONG")));
-    }
-
-    void expect(bool right) { mRight = mRight && right; }
-
     QString import()
     {
         ImportOptions options;
-        options.map = mSamples + QStringLiteral("/states48.geojson");
+        options.map = mSamples + QStringLiteral("/us_income/states48.geojson");
         options.name = QStringLiteral("states");
         options.key = QStringLiteral("fips");
-        options.tables = QStringList{mSamples + QStringLiteral("/income_1929_2009.csv"),
-                                     mSamples + QStringLiteral("/admission.csv")};
+        options.tables = QStringList{mSamples + QStringLiteral("/us_income/income_1929_2009.csv"),
+                                     mSamples + QStringLiteral("/us_income/admission.csv")};
         options.series = QStringList{QStringLiteral("income=1929..2009")};
         options.start = QStringLiteral("admitted");
         options.times = QStringLiteral("auto");
@@ -142,7 +119,7 @@ private:
         const ImportReport report = importMap(options, silent, progress);
         mIncome = findDataset(report.geography, QStringLiteral("income"));
         const int years = dataTimes(mIncome).size();
-        expect(report.objects == kStates && years == kYears);
+        mSteps.expect(report.objects == kStates && years == kYears);
         return QStringLiteral("%1 states, income of %2 years, admission dates")
             .arg(report.objects)
             .arg(years);
@@ -152,14 +129,14 @@ private:
     {
         const QString lastDay = QLatin1String(year) + QStringLiteral("-12-31");
         const int count = objectsAt(geography(), chooseTime(mIncome, lastDay)).size();
-        expect(count == expected);
+        mSteps.expect(count == expected);
         return QStringLiteral("%1 states at the end of %2").arg(count).arg(QLatin1String(year));
     }
 
     QString statistics(const char *year, double mean)
     {
         const Statistics found = statisticsAt(mIncome, chooseTime(mIncome, QLatin1String(year)));
-        expect(found.count == kStates && std::abs(found.mean - mean) < 0.0006);
+        mSteps.expect(found.count == kStates && std::abs(found.mean - mean) < 0.0006);
         return QStringLiteral("%1: mean %2, standard deviation %3, %4 to %5")
             .arg(QLatin1String(year), shortNumber(found.mean), shortNumber(found.deviation),
                  shortNumber(found.minimum), shortNumber(found.maximum));
@@ -170,7 +147,7 @@ private:
         const qint64 time = chooseTime(mIncome, QLatin1String(year));
         const QVector<double> breaks =
             breaksAt(mIncome, time, MDataset::Jenks, expected.size() - 1);
-        expect(breaks == expected);
+        mSteps.expect(breaks == expected);
         QStringList texts;
         for (const double limit : breaks)
             texts.append(exactNumber(limit));
@@ -191,7 +168,7 @@ private:
                             QStringLiteral("Personal income per head"), ColorSchemeInfo(),
                             ColorSchemeInfo(), SymbolSchemeInfo());
         mSession.controller().painter = nullptr;
-        expect(window > 0 && QFileInfo(path("income_2009.png")).size() > 0);
+        mSteps.expect(window > 0 && QFileInfo(path("income_2009.png")).size() > 0);
         return QStringLiteral("2009 in 5 classes: income_2009.png");
     }
 
@@ -203,14 +180,14 @@ private:
         QVector<datum> values;
         VORN_GetObjectDataValues(mIncome, 0, virginia, intervals, values);
         if (values.isEmpty()) {
-            expect(false);
+            mSteps.expect(false);
             return QStringLiteral("Virginia: no values");
         }
         const auto number = [](const datum &value) {
             return value.type == 1 ? static_cast<double>(value.integerValue) : value.decimalValue;
         };
-        expect(values.size() == kYears && number(values.first()) == 434
-               && number(values.last()) == 43211);
+        mSteps.expect(values.size() == kYears && number(values.first()) == 434
+                      && number(values.last()) == 43211);
         const TimeAxis axis = axisOf(geography());
         return QStringLiteral("Virginia: %1 values, %2 in %3, %4 in %5")
             .arg(values.size())
@@ -228,7 +205,7 @@ private:
         }
         const QString lastDay = QLatin1String(year) + QStringLiteral("-12-31");
         const LinkSummary found = summarize(mQueen, chooseTimeOf(geography(), lastDay));
-        expect(found.links == links);
+        mSteps.expect(found.links == links);
         return QStringLiteral("%1: %2 queen links of %3 states, %4 to %5 each, mean %6, %7 islands")
             .arg(QLatin1String(year))
             .arg(found.links)
@@ -263,9 +240,9 @@ private:
                          QString::number(result.whole.deviate, 'f', 4), exactNumber(result.whole.p))
                     .toUtf8();
         }
-        expect(byYear.size() == kYears && replaceBytes("income_moran.csv", table));
+        mSteps.expect(byYear.size() == kYears && replaceBytes("income_moran.csv", table));
         for (const auto &[year, value] : kMoran)
-            expect(std::abs(byYear.value(QLatin1String(year)) - value) < 6e-7);
+            mSteps.expect(std::abs(byYear.value(QLatin1String(year)) - value) < 6e-7);
         return QStringLiteral(
                    "%1 years, I %2 in 1929, %3 in 2009, largest p %4 of %5 permutations, "
                    "seed %6")
@@ -296,11 +273,11 @@ private:
     QString load()
     {
         mSession.unload();
-        expect(geographyIds().isEmpty());
+        mSteps.expect(geographyIds().isEmpty());
         mSession.load(path("income.vorn"));
         mIncome = findDataset(QStringLiteral("income"));
         const int datasets = datasetIds(geography()).size();
-        expect(VORN_GetGeographyProperties(geography()).objectCount == kStates);
+        mSteps.expect(VORN_GetGeographyProperties(geography()).objectCount == kStates);
         return QStringLiteral("unloaded and loaded: %1 states, %2 datasets")
             .arg(kStates)
             .arg(datasets);
@@ -310,7 +287,7 @@ private:
     {
         const Snapshot after = takeSnapshot();
         const QStringList changed = differences(mBefore, after);
-        expect(changed.isEmpty() && after.count >= kStates * kYears);
+        mSteps.expect(changed.isEmpty() && after.count >= kStates * kYears);
         if (!changed.isEmpty())
             return QStringLiteral("different: %1").arg(someOf(changed, 4));
         return QStringLiteral("%1 values, every one identical").arg(after.count);
@@ -323,7 +300,7 @@ private:
                     QStringLiteral("-999"));
         const int rows =
             format == TableFormat::GeoEas ? geoEasRows(path(name)) : tableRows(path(name));
-        expect(rows == kStates * kYears);
+        mSteps.expect(rows == kStates * kYears);
         return QStringLiteral("%1, %2 rows").arg(QLatin1String(name)).arg(rows);
     }
 
@@ -358,9 +335,7 @@ private:
     int mIncome = -1;
     int mQueen = -1;
     Snapshot mBefore;
-    QJsonArray mSteps;
-    int mWrong = 0;
-    bool mRight = true;
+    DemoSteps mSteps;
 };
 
 } // namespace

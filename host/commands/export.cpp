@@ -6,6 +6,7 @@
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
 #include "failure.h"
+#include "foreign/rasterWriter.h"
 #include "interrupt.h"
 #include "model.h"
 #include "safeFile.h"
@@ -113,13 +114,27 @@ struct Options {
     QStringList datasets;
     QString from;
     QString to;
+    QString at;
     QString missing;
     bool missingGiven = false;
 };
 
+QString suffixOf(const Options &options)
+{
+    return QFileInfo(options.output).suffix().toLower();
+}
+
+bool isGrid(const Options &options)
+{
+    const QString suffix = suffixOf(options);
+    const QString name = options.format.isEmpty() ? suffix : options.format;
+    return name == QLatin1String("geotiff") || name == QLatin1String("tif")
+           || name == QLatin1String("tiff");
+}
+
 TableFormat formatOf(const Options &options)
 {
-    const QString suffix = QFileInfo(options.output).suffix().toLower();
+    const QString suffix = suffixOf(options);
     const QString name = options.format.isEmpty() ? suffix : options.format;
     if (name == QLatin1String("csv"))
         return TableFormat::Csv;
@@ -132,7 +147,7 @@ TableFormat formatOf(const Options &options)
     if (name == QLatin1String("geoeas") || name == QLatin1String("dat")
         || name == QLatin1String("eas"))
         return TableFormat::GeoEas;
-    failUsage(QStringLiteral("%1: --format csv, geoeas or dbf").arg(options.output));
+    failUsage(QStringLiteral("%1: --format csv, geoeas, dbf or geotiff").arg(options.output));
 }
 
 QVector<int> chooseDatasets(const Options &options)
@@ -153,8 +168,39 @@ QVector<int> chooseDatasets(const Options &options)
     return ids;
 }
 
+void tell(const Options &options, const QStringList &names, const QString &times,
+          const Console &console)
+{
+    if (console.json)
+        console.print(QJsonObject{{QStringLiteral("file"), options.output},
+                                  {QStringLiteral("bytes"), QFileInfo(options.output).size()},
+                                  {QStringLiteral("datasets"), QJsonArray::fromStringList(names)}});
+    else
+        console.print(QStringLiteral("%1: %2, %3").arg(options.output, someOf(names), times));
+}
+
+void runGrid(const Options &options, const Context &context)
+{
+    requireWritable(options.output, context.overwrite);
+    Session session(context.session, context.console);
+    session.load(options.project);
+    const QVector<int> ids = chooseDatasets(options);
+    if (ids.size() != 1)
+        failUsage(QStringLiteral("a GeoTIFF holds one dataset; --datasets names it"));
+    const qint64 time = chooseTime(ids.first(), options.at);
+    exportGrid(options.output, ids.first(), time);
+    const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
+    tell(options, {datasetName(ids.first())},
+         datasetOf(ids.first())->IsStatic() ? QStringLiteral("always") : axis.show(time),
+         context.console);
+}
+
 void run(const Options &options, const Context &context)
 {
+    if (isGrid(options)) {
+        runGrid(options, context);
+        return;
+    }
     const TableFormat format = formatOf(options);
     requireWritable(options.output, context.overwrite);
     Session session(context.session, context.console);
@@ -174,15 +220,9 @@ void run(const Options &options, const Context &context)
     QStringList names;
     for (const int id : ids)
         names.append(datasetName(id));
-    if (context.console.json)
-        context.console.print(
-            QJsonObject{{QStringLiteral("file"), options.output},
-                        {QStringLiteral("bytes"), QFileInfo(options.output).size()},
-                        {QStringLiteral("datasets"), QJsonArray::fromStringList(names)}});
-    else
-        context.console.print(QStringLiteral("%1: %2, %3 to %4")
-                                  .arg(options.output, someOf(names), axis.show(times.first),
-                                       axis.show(times.second)));
+    tell(options, names,
+         QStringLiteral("%1 to %2").arg(axis.show(times.first), axis.show(times.second)),
+         context.console);
 }
 
 } // namespace
@@ -190,8 +230,8 @@ void run(const Options &options, const Context &context)
 void addExport(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
-        *app.add_subcommand("export", "Write datasets as a table: CSV, GeoEAS or DBF");
+    CLI::App &command = *app.add_subcommand(
+        "export", "Write datasets as a table (CSV, GeoEAS, DBF), or a grid as GeoTIFF");
     projectArgument(command, options->project);
     textOption(command, "TABLE", options->output, "The file to write; its ending tells the format")
         ->required();
@@ -199,8 +239,9 @@ void addExport(CLI::App &app, Context &context)
                 "Datasets, parted by commas (default: all)")
         ->delimiter(',');
     textOption(command, "--geography", options->geography, "The geography, when there are several");
-    textOption(command, "--format", options->format, "csv, geoeas or dbf")
-        ->check(CLI::IsMember({"csv", "geoeas", "dbf"}));
+    textOption(command, "--format", options->format, "csv, geoeas, dbf or geotiff")
+        ->check(CLI::IsMember({"csv", "geoeas", "dbf", "geotiff"}));
+    textOption(command, "--at", options->at, "The time of a grid (default: its last)");
     textOption(command, "--from", options->from, "First time");
     textOption(command, "--to", options->to, "Last time");
     auto *missing = textOption(command, "--missing", options->missing,

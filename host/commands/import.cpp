@@ -3,7 +3,8 @@
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "failure.h"
-#include "importer/mapImporter.h"
+#include "foreign/rasterReader.h"
+#include "importer/rasterImporter.h"
 #include "model.h"
 #include "safeFile.h"
 #include <QFileInfo>
@@ -18,6 +19,7 @@ struct Options {
     ImportOptions import;
     QString project;
     bool append = false;
+    bool raster = false; ///< read the file as a grid, whatever else it holds
 };
 
 QJsonObject toJson(const ImportReport &report)
@@ -25,12 +27,14 @@ QJsonObject toJson(const ImportReport &report)
     QJsonArray datasets;
     for (const int id : report.datasets) {
         const DatasetProps props = VORN_GetDatasetProperties(id);
-        datasets.append(
-            QJsonObject{{QStringLiteral("name"), datasetName(id)},
-                        {QStringLiteral("type"),
-                         QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
-                        {QStringLiteral("static"), props.isStatic},
-                        {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()}});
+        QJsonObject dataset{{QStringLiteral("name"), datasetName(id)},
+                            {QStringLiteral("type"),
+                             QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
+                            {QStringLiteral("static"), props.isStatic},
+                            {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()}};
+        if (props.bitDepth > 0)
+            dataset.insert(QStringLiteral("bits"), props.bitDepth);
+        datasets.append(dataset);
     }
     QJsonArray unmatched;
     for (const Unmatched &keys : report.unmatched)
@@ -53,25 +57,52 @@ QJsonObject toJson(const ImportReport &report)
 void print(const ImportReport &report, const Console &console)
 {
     const GeoProps props = VORN_GetGeographyProperties(report.geography);
-    console.print(QStringLiteral("%1: %2 objects, %3 %4")
-                      .arg(geographyName(report.geography))
-                      .arg(report.objects)
-                      .arg(report.shapes)
-                      .arg(QLatin1String(shapeName(props.type))));
+    if (props.type == GeoProps::Raster)
+        console.print(
+            QStringLiteral("%1: %2").arg(geographyName(report.geography), gridText(props)));
+    else
+        console.print(QStringLiteral("%1: %2 objects, %3 %4")
+                          .arg(geographyName(report.geography))
+                          .arg(report.objects)
+                          .arg(report.shapes)
+                          .arg(QLatin1String(shapeName(props.type))));
     TextTable table({{QStringLiteral("dataset"), TextTable::Left},
                      {QStringLiteral("type"), TextTable::Left},
                      {QStringLiteral("times"), TextTable::Right}});
     for (const int id : report.datasets) {
         const DatasetProps dataset = VORN_GetDatasetProperties(id);
         table.add(
-            {datasetName(id), QLatin1String(typeName(static_cast<DataType>(dataset.dataType))),
+            {datasetName(id), typeText(dataset),
              dataset.isStatic ? QStringLiteral("always") : QString::number(dataTimes(id).size())});
     }
     table.print(console);
 }
 
+/// What is asked of maps alone says nothing of a grid.
+void refuseMapOptions(const ImportOptions &import)
+{
+    const QPair<const char *, bool> given[] = {
+        {"--key", !import.key.isEmpty()},
+        {"--layer", !import.layer.isEmpty()},
+        {"--x", !import.xColumn.isEmpty()},
+        {"--table", !import.tables.isEmpty()},
+        {"--series", !import.series.isEmpty()},
+        {"--observations", !import.observations.isEmpty()},
+        {"--type", !import.types.isEmpty()},
+        {"--missing", !import.missing.isEmpty()},
+        {"--snap", import.snap > 0},
+        {"--start without --times", !import.start.isEmpty() && !import.bandsAreTimes},
+        {"--fields with --times", !import.fields.isEmpty() && import.bandsAreTimes}};
+    for (const auto &[option, isGiven] : given)
+        if (isGiven)
+            failUsage(QStringLiteral("%1 says nothing of a grid").arg(QLatin1String(option)));
+}
+
 void run(const Options &options, const Context &context)
 {
+    const bool isRaster = options.raster || isRasterFile(options.import.map);
+    if (isRaster)
+        refuseMapOptions(options.import);
     const bool there = QFileInfo::exists(options.project);
     if (options.append && !there)
         fail(QStringLiteral("%1: no such file to append to").arg(options.project));
@@ -82,7 +113,8 @@ void run(const Options &options, const Context &context)
     ImportReport report;
     {
         const Progress progress("Import", "Importing...");
-        report = importMap(options.import, context.console, progress);
+        report = isRaster ? importRaster(options.import, context.console, progress)
+                          : importMap(options.import, context.console, progress);
     }
     session.save(options.project);
     if (context.console.json)
@@ -94,7 +126,7 @@ void run(const Options &options, const Context &context)
 void addInputs(CLI::App &command, Options &options)
 {
     ImportOptions &import = options.import;
-    textOption(command, "MAP", import.map, "A vector file, or a table with --x and --y")
+    textOption(command, "MAP", import.map, "A vector file, a table with --x and --y, or a raster")
         ->required();
     textOption(command, "PROJECT", options.project, "The project to write")->required();
     command.add_flag("--append", options.append, "Add the geography to a project that is there");
@@ -114,10 +146,12 @@ void addInputs(CLI::App &command, Options &options)
 
 void addTimes(CLI::App &command, ImportOptions &import)
 {
-    textOption(command, "--start", import.start, "Field with the start of a row's existence");
+    textOption(command, "--start", import.start,
+               "Field with the start of a row's existence; item of a raster's bands");
     textOption(command, "--end", import.end,
-               "Field with its end, or \"next\": up to the object's next row");
-    textOption(command, "--times", import.times, "How times are read")
+               "Field with its end, or \"next\": up to the object's next row or the next band");
+    textOption(command, "--times", import.times,
+               "How times are read; a raster's bands are then times of one dataset")
         ->default_str("auto")
         ->check(CLI::IsMember({"auto", "number", "date", "date-time", "time"}));
     textOption(command, "--time-format", import.timePattern,
@@ -148,6 +182,15 @@ void addValues(CLI::App &command, ImportOptions &import)
                      "Fail when keys of a table and of the map do not match");
 }
 
+void addRasters(CLI::App &command, Options &options)
+{
+    textOption(command, "--dataset", options.import.dataset,
+               "Name of a raster's dataset (default: the file's)");
+    textOption(command, "--no-data", options.import.noData,
+               "The cell of a raster that means no data, or \"none\", in place of the file's");
+    command.add_flag("--raster", options.raster, "Read a file that holds both as a raster");
+}
+
 } // namespace
 
 void addImport(CLI::App &app, Context &context)
@@ -158,11 +201,15 @@ void addImport(CLI::App &app, Context &context)
     addInputs(command, *options);
     addTimes(command, options->import);
     addValues(command, options->import);
+    addRasters(command, *options);
     overwriteOption(command, context);
     command.footer("Example:\n  meridor import states48.geojson income.vorn --key fips \\\n"
-                   "      --table income_1929_2009.csv --series income=1929..2009");
-    command.callback(
-        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+                   "      --table income_1929_2009.csv --series income=1929..2009\n"
+                   "  meridor import pr_1999.tif rain.vorn --times date");
+    command.callback([options, &command, &context] {
+        options->import.bandsAreTimes = command.count("--times") > 0;
+        context.run = [options](const Context &c) { run(*options, c); };
+    });
 }
 
 } // namespace meridor

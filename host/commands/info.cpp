@@ -2,13 +2,14 @@
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
-#include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
+#include "datainterface/MRasterDataset.h"
 #include "model.h"
 #include "progress.h"
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <algorithm>
 #include <memory>
 
 namespace meridor {
@@ -42,6 +43,18 @@ QString unitName(const QVariant &unit)
     }
 }
 
+/// A grid's table of values holds none of its missing cells: they are counted.
+bool hasMissing(int id)
+{
+    if (!rasterOf(id))
+        return datasetOf(id)->HasMissing(0);
+    const int cells = VORN_GetGeographyProperties(VORN_GetGeographyId(id)).objectCount;
+    const QVector<Interval> times = dataTimes(id);
+    return std::any_of(times.begin(), times.end(), [&](const Interval &when) {
+        return static_cast<int>(VORN_GetDataCount(id, instantOf(when))) < cells;
+    });
+}
+
 QJsonObject describeDataset(int id, const TimeAxis &axis)
 {
     const DatasetProps props = VORN_GetDatasetProperties(id);
@@ -50,13 +63,17 @@ QJsonObject describeDataset(int id, const TimeAxis &axis)
         {QStringLiteral("name"), datasetName(id)},
         {QStringLiteral("type"), QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
         {QStringLiteral("storage"),
-         QLatin1String(storageName(static_cast<MVectorDataset::StorageType>(props.storageType)))},
+         props.bitDepth > 0 ? QStringLiteral("grids")
+                            : QString(QLatin1String(storageName(
+                                static_cast<MVectorDataset::StorageType>(props.storageType))))},
         {QStringLiteral("static"), props.isStatic},
         {QStringLiteral("realizations"), props.realizationCount},
         {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()},
-        {QStringLiteral("missing"), datasetOf(id)->HasMissing(0)},
+        {QStringLiteral("missing"), hasMissing(id)},
         {QStringLiteral("uniqueValues"), VORN_GetUniqueDataCount(id, complete)},
         {QStringLiteral("key"), keyDataset(VORN_GetGeographyId(id)) == id}};
+    if (props.bitDepth > 0)
+        object.insert(QStringLiteral("bits"), props.bitDepth);
     if (!props.isStatic)
         object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
     return object;
@@ -88,6 +105,11 @@ QJsonObject describeGeography(int id, const QString &at)
         object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
     if (const int parent = geographyOf(id)->GetParentId(); geographyOf(parent))
         object.insert(QStringLiteral("parent"), geographyName(parent));
+    if (props.type == GeoProps::Raster) {
+        object.insert(QStringLiteral("rows"), props.rows);
+        object.insert(QStringLiteral("columns"), props.columns);
+        object.insert(QStringLiteral("cellSize"), QJsonArray{props.pixelWidth, props.pixelHeight});
+    }
     if (!at.isEmpty()) {
         QStringList keys;
         const QStringList all = objectKeys(id);
@@ -97,6 +119,15 @@ QJsonObject describeGeography(int id, const QString &at)
         object.insert(QStringLiteral("existing"), QJsonArray::fromStringList(keys));
     }
     return object;
+}
+
+/// The name at the head of a WKT text; other texts as they are.
+QString projectionName(const QString &text)
+{
+    const int open = text.indexOf(QLatin1String("[\""));
+    return open > 0 && !text.left(open).contains(QLatin1Char(' '))
+               ? text.section(QLatin1Char('"'), 1, 1)
+               : text;
 }
 
 QString timeText(const QJsonObject &object)
@@ -115,9 +146,16 @@ void print(const QJsonObject &geography, const Console &console)
     const auto text = [&geography](const char *key) {
         return geography.value(QLatin1String(key)).toVariant().toString();
     };
-    console.print(QStringLiteral("%1: %2 objects, %3; %4 (%5); %6")
-                      .arg(text("name"), text("objects"), text("shapes"), text("projection"),
-                           text("distanceUnit"), timeText(geography)));
+    const QString shapes =
+        geography.contains(QStringLiteral("rows"))
+            ? QStringLiteral("%1 rows, %2 columns").arg(text("rows"), text("columns"))
+            : QStringLiteral("%1 objects, %2").arg(text("objects"), text("shapes"));
+    const QString unit = text("distanceUnit").isEmpty()
+                             ? QString()
+                             : QStringLiteral(" (%1)").arg(text("distanceUnit"));
+    console.print(QStringLiteral("%1: %2; %3%4; %5")
+                      .arg(text("name"), shapes, projectionName(text("projection")), unit,
+                           timeText(geography)));
     if (geography.contains(QStringLiteral("existing"))) {
         const auto existing = geography.value(QStringLiteral("existing")).toArray();
         QStringList keys;
@@ -135,14 +173,17 @@ void print(const QJsonObject &geography, const Console &console)
     for (const QJsonValue &value : geography.value(QStringLiteral("datasets")).toArray()) {
         const QJsonObject dataset = value.toObject();
         const bool key = dataset.value(QStringLiteral("key")).toBool();
-        table.add({dataset.value(QStringLiteral("name")).toString()
-                       + QString(key ? QStringLiteral(" (key)") : QString()),
-                   dataset.value(QStringLiteral("type")).toString(),
-                   QString::number(dataset.value(QStringLiteral("times")).toInt()),
-                   timeText(dataset),
-                   QString::number(dataset.value(QStringLiteral("uniqueValues")).toInt()),
-                   dataset.value(QStringLiteral("missing")).toBool() ? QStringLiteral("some")
-                                                                     : QStringLiteral("none")});
+        table.add(
+            {dataset.value(QStringLiteral("name")).toString()
+                 + QString(key ? QStringLiteral(" (key)") : QString()),
+             dataset.value(QStringLiteral("type")).toString()
+                 + QString(dataset.contains(QStringLiteral("bits")) ? QStringLiteral(" %1").arg(
+                               dataset.value(QStringLiteral("bits")).toInt())
+                                                                    : QString()),
+             QString::number(dataset.value(QStringLiteral("times")).toInt()), timeText(dataset),
+             QString::number(dataset.value(QStringLiteral("uniqueValues")).toInt()),
+             dataset.value(QStringLiteral("missing")).toBool() ? QStringLiteral("some")
+                                                               : QStringLiteral("none")});
     }
     table.print(console);
 }

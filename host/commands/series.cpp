@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/RasterAPI.h"
 #include "failure.h"
 #include "model.h"
+#include "raster/gridValues.h"
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
@@ -22,7 +24,9 @@ void run(const Options &options, const Context &context)
     session.load(options.project);
     const int dataset = findDataset(options.dataset);
     const int geography = VORN_GetGeographyId(dataset);
-    const int object = findObject(geography, options.object);
+    const bool isGrid = rasterOf(dataset);
+    const auto cell = isGrid ? findCell(geography, options.object) : qMakePair(0u, 0u);
+    const int object = isGrid ? 0 : findObject(geography, options.object);
     const TimeAxis axis = axisOf(geography);
     const bool always = VORN_GetDatasetProperties(dataset).isStatic;
 
@@ -34,8 +38,10 @@ void run(const Options &options, const Context &context)
     for (const Interval &interval : intervals) {
         datum value;
         // A slice holds the time for all objects; this one may be missing in it.
-        const bool there = VORN_GetDataValue(dataset, 0, static_cast<unsigned int>(object),
-                                             instantOf(interval), value);
+        const qint64 time = instantOf(interval);
+        const bool there =
+            isGrid ? VORN_GetRasterValue(dataset, 0, cell.first, cell.second, time, value)
+                   : VORN_GetDataValue(dataset, 0, static_cast<unsigned int>(object), time, value);
         const QString when = always ? QStringLiteral("always") : axis.show(interval);
         QJsonObject entry{
             {QStringLiteral("time"), when},
@@ -45,9 +51,13 @@ void run(const Options &options, const Context &context)
             entry.insert(QStringLiteral("end"), axis.show(interval.endTime));
         }
         entries.append(entry);
-        table.add({when, there ? textOf(value) : QStringLiteral("-")});
+        const bool isDecimal = isGrid && value.type == 0;
+        table.add({when, !there      ? QStringLiteral("-")
+                         : isDecimal ? cellText(dataset, value.decimalValue)
+                                     : textOf(value)});
     }
-    const QString key = objectKeys(geography).value(object);
+    const QString key = isGrid ? QStringLiteral("%1,%2").arg(cell.first).arg(cell.second)
+                               : objectKeys(geography).value(object);
     if (context.console.json)
         context.console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
                                           {QStringLiteral("object"), key},
@@ -61,11 +71,14 @@ void run(const Options &options, const Context &context)
 void addSeries(CLI::App &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("series", "One object's values over time");
+    CLI::App &command =
+        *app.add_subcommand("series", "One object's or one cell's values over time");
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
-    textOption(command, "OBJECT", options->object,
-               "The object's key, or its name in a text dataset")
+    textOption(
+        command, "OBJECT", options->object,
+        "The object's key, or its name in a text dataset; of a grid COLUMN,ROW from 0 at the "
+        "top left, or the place @X,Y")
         ->required();
     command.footer("Example:\n  meridor series income.vorn income Virginia");
     command.callback(

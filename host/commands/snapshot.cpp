@@ -7,7 +7,9 @@
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
 #include "model.h"
+#include "raster/gridValues.h"
 #include <algorithm>
+#include <cmath>
 
 namespace meridor {
 namespace {
@@ -19,10 +21,25 @@ QString heldText(const datum &value)
     return text.isNull() ? QStringLiteral("") : text;
 }
 
+QStringList gridTexts(int dataset, qint64 time, qint64 &count)
+{
+    QStringList texts;
+    for (const double value : gridValues(dataset, time)) {
+        texts.append(std::isnan(value) ? QString() : exactNumber(value));
+        count += !std::isnan(value);
+    }
+    return texts;
+}
+
 Snapshot::Series seriesOf(int dataset, qint64 &count)
 {
     Snapshot::Series series;
     series.intervals = dataTimes(dataset);
+    if (rasterOf(dataset)) {
+        for (const Interval &interval : qAsConst(series.intervals))
+            series.values.append(gridTexts(dataset, instantOf(interval), count));
+        return series;
+    }
     for (const Interval &interval : series.intervals) {
         QVector<datum> values;
         QSet<int> missing;

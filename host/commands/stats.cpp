@@ -3,7 +3,7 @@
 #include "commands/statistics.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
-#include "datainterface/MDataset.h"
+#include "datainterface/MRasterDataset.h"
 #include "failure.h"
 #include "interrupt.h"
 #include "model.h"
@@ -34,7 +34,7 @@ qint64 valueCount(int dataset)
 {
     const DatasetProps props = VORN_GetDatasetProperties(dataset);
     qint64 count = 0;
-    if (props.storageType == TimeSlice) {
+    if (props.storageType == TimeSlice || rasterOf(dataset)) {
         for (const Interval &interval : dataTimes(dataset))
             count += VORN_GetDataCount(dataset, instantOf(interval));
         return count;
@@ -124,7 +124,7 @@ void printNumbers(int dataset, const QVector<Row> &rows, const Row &all, const C
     table.print(console);
 }
 
-/// Of texts: how often each stands in the dataset.
+/// Of texts and of colours: how often each stands in the dataset.
 void printTexts(int dataset, const Console &console)
 {
     QJsonArray values;
@@ -132,7 +132,9 @@ void printTexts(int dataset, const Console &console)
         {{QStringLiteral("value"), TextTable::Left}, {QStringLiteral("count"), TextTable::Right}});
     const auto frequencies = datasetOf(dataset)->GetDataFrequencies();
     for (auto it = frequencies.begin(); it != frequencies.end(); ++it) {
-        const QString text = QString::fromLocal8Bit(it.key().charstr());
+        const QString text = it.key().type() == MDatum::String
+                                 ? QString::fromLocal8Bit(it.key().charstr())
+                                 : QString::number(it.key().integerValue());
         values.append(
             QJsonObject{{QStringLiteral("value"), text}, {QStringLiteral("count"), it.value()}});
         table.add({text, QString::number(it.value())});

@@ -2,64 +2,32 @@
 #include "foreign/ogrReader.h"
 #include "console.h"
 #include "failure.h"
+#include "foreign/gdalFile.h"
 #include "foreign/ogrShapes.h"
 #include "foreign/values.h"
 #include "interrupt.h"
-#include <QFileInfo>
 #include <cmath>
-#include <cpl_conv.h>
 #include <cpl_error.h>
 #include <cpl_string.h>
-#include <gdal.h>
 #include <memory>
 #include <ogr_api.h>
-#include <ogr_srs_api.h>
 
 namespace meridor {
 namespace {
 
-struct CloseDataset {
-    void operator()(void *dataset) const { GDALClose(dataset); }
-};
 struct FreeFeature {
     void operator()(void *feature) const { OGR_F_Destroy(feature); }
 };
-struct FreeReference {
-    void operator()(void *reference) const { OSRDestroySpatialReference(reference); }
-};
-using Dataset = std::unique_ptr<void, CloseDataset>;
 using FeaturePtr = std::unique_ptr<std::remove_pointer_t<OGRFeatureH>, FreeFeature>;
-using Reference = std::unique_ptr<void, FreeReference>;
 
-/// GDAL speaks through us: its last complaint ends up in our own message, and nowhere else.
-class QuietGdal {
-public:
-    QuietGdal()
-    {
-        CPLErrorReset();
-        CPLPushErrorHandler(CPLQuietErrorHandler);
-    }
-    ~QuietGdal() { CPLPopErrorHandler(); }
-    QuietGdal(const QuietGdal &) = delete;
-    QuietGdal &operator=(const QuietGdal &) = delete;
-    static QString complaint()
-    {
-        const QString text = QString::fromUtf8(CPLGetLastErrorMsg()).simplified();
-        return text.isEmpty() ? QString() : QString(QStringLiteral(": ") + text);
-    }
-};
-
-Dataset open(const QString &path)
+GdalFile open(const QString &path)
 {
-    static const bool registered = (GDALAllRegister(), true);
-    Q_UNUSED(registered);
     // Cells stay the texts they are: what they mean is decided once, for every format alike.
     const char *const options[] = {"HEADERS=YES", "AUTODETECT_TYPE=NO", "EMPTY_STRING_AS_NULL=YES",
                                    "KEEP_GEOM_COLUMNS=NO", nullptr};
     const bool isText = path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)
                         || path.endsWith(QLatin1String(".tsv"), Qt::CaseInsensitive);
-    return Dataset(GDALOpenEx(path.toUtf8().constData(), GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr,
-                              isText ? options : nullptr, nullptr));
+    return openGdalFile(path, GDAL_OF_VECTOR, isText ? options : nullptr);
 }
 
 OGRLayerH chooseLayer(GDALDatasetH dataset, const ReadOptions &options, const QString &file)
@@ -142,24 +110,6 @@ QByteArray cell(OGRFeatureH feature, int field, OGRFieldType type)
     default:
         return QByteArray(OGR_F_GetFieldAsString(feature, field));
     }
-}
-
-QString wktOf(OGRSpatialReferenceH reference)
-{
-    char *text = nullptr;
-    QString wkt;
-    if (reference && OSRExportToWkt(reference, &text) == OGRERR_NONE)
-        wkt = QString::fromUtf8(text);
-    CPLFree(text);
-    return wkt;
-}
-
-QString wktOf(const QString &userText)
-{
-    const Reference reference(OSRNewSpatialReference(nullptr));
-    if (OSRSetFromUserInput(reference.get(), userText.toUtf8().constData()) != OGRERR_NONE)
-        fail(QStringLiteral("unknown projection %1%2").arg(userText, QuietGdal::complaint()));
-    return wktOf(static_cast<OGRSpatialReferenceH>(reference.get()));
 }
 
 /// Reads the rows one after another into a table whose columns are described already.
@@ -261,13 +211,9 @@ FeatureTable readFeatures(const QString &path, const ReadOptions &options)
     const QuietGdal quiet;
     if (options.xColumn.isEmpty() != options.yColumn.isEmpty())
         failUsage(QStringLiteral("--x and --y go together"));
-    const Dataset dataset = open(path);
+    const GdalFile dataset = open(path);
     if (!dataset)
-        fail(QStringLiteral("%1: %2%3")
-                 .arg(path,
-                      QFileInfo::exists(path) ? QStringLiteral("not a file that GDAL reads")
-                                              : QStringLiteral("no such file"),
-                      QFileInfo::exists(path) ? QuietGdal::complaint() : QString()));
+        failUnread(path);
     OGRLayerH layer = chooseLayer(dataset.get(), options, path);
 
     FeatureTable table;

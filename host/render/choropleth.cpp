@@ -13,6 +13,7 @@
 #include "render/classes.h"
 #include "render/palette.h"
 #include "safeFile.h"
+#include "shapeAccess.h"
 #include <QBuffer>
 #include <QFile>
 #include <QMap>
@@ -23,34 +24,6 @@ namespace meridor {
 namespace {
 
 constexpr int kMostNames = 12;
-
-/// A geometry for a scope: checked out and in again in pairs.
-class ShapeAccess {
-public:
-    ShapeAccess(const HilbertTree &tree, int record)
-        : mTree(tree),
-          mRecordId(record),
-          mRecord(tree.CheckOutRecord(record, true)),
-          mObject(mRecord ? mRecord->GetTreeObject(&tree) : nullptr)
-    {
-    }
-    ~ShapeAccess()
-    {
-        if (mObject)
-            mRecord->ReturnTreeObject(&mTree);
-        if (mRecordId > 0)
-            mTree.CheckInRecord(mRecordId);
-    }
-    ShapeAccess(const ShapeAccess &) = delete;
-    ShapeAccess &operator=(const ShapeAccess &) = delete;
-    const TreeObject *object() const { return mObject; }
-
-private:
-    const HilbertTree &mTree;
-    int mRecordId;
-    const HilbertTreeRecord *mRecord;
-    const TreeObject *mObject;
-};
 
 MapShape toMapShape(const TreeObject *object)
 {
@@ -176,14 +149,14 @@ QRectF wholeExtent(const Fennims &shapes)
         .adjusted(-room, -room, room, room);
 }
 
-void addShapes(MapPicture &picture, const MVectorData &geography, const MapView &view,
+void addShapes(MapPicture &picture, const MVectorData &geography, qint64 time,
                const QVector<int> &existing, const QVector<int> &classes)
 {
     const Fennims &shapes = *geography.GetFennims();
     for (const int object : existing) {
         const FMObjectChain *chain =
             shapes.GetChainById(geography.GetFennimId(static_cast<unsigned int>(object)));
-        const ShapeAccess access(*shapes.mTree, chain->GetObservation(view.time).second);
+        const ShapeAccess access(*shapes.mTree, chain->GetObservation(time).second);
         MapShape shape = toMapShape(access.object());
         shape.classIndex = classes.value(object, -1);
         if (shape.classIndex < 0)
@@ -204,7 +177,8 @@ MapPicture choropleth(const MapView &view, const MapStyle &style)
         fail(QStringLiteral("%1 is no vector geography").arg(geographyName(id)));
     const TimeAxis axis = axisOf(id);
     const ValuesAt values = valuesAt(view.dataset, view.time);
-    const QVector<int> existing = objectsAt(id, view.time);
+    const qint64 time = shapeTime(id, view.time);
+    const QVector<int> existing = objectsAt(id, time);
     if (existing.isEmpty())
         fail(QStringLiteral("no object of %1 exists at %2")
                  .arg(geographyName(id), axis.show(view.time)));
@@ -224,7 +198,7 @@ MapPicture choropleth(const MapView &view, const MapStyle &style)
     // Places have no ground of their own: the whole extent gives it.
     if (style.allTimes || shapes.GetGeographyType() == Fennims::PointGeography)
         picture.frame = wholeExtent(shapes);
-    addShapes(picture, *geography, view, existing, classified.classes);
+    addShapes(picture, *geography, time, existing, classified.classes);
     picture.footnote = QStringLiteral("%1 %2 of %3%4")
                            .arg(picture.shapes.size())
                            .arg(QLatin1String(shapeName(VORN_GetGeographyProperties(id).type)),

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "render/classes.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/MRasterDataset.h"
+#include "datainterface/RasterAPI.h"
 #include "failure.h"
 #include "interrupt.h"
 #include "model.h"
+#include "raster/gridValues.h"
+#include "raster/heldRaster.h"
 #include <QMap>
 #include <algorithm>
 
@@ -38,7 +42,10 @@ ValuesAt valuesAt(int dataset, qint64 time)
     ValuesAt values;
     values.numeric = datasetOf(dataset)->IsNumeric();
     bool there = false;
-    if (values.numeric) {
+    if (rasterOf(dataset)) {
+        values.numbers = gridValues(dataset, time);
+        there = true;
+    } else if (values.numeric) {
         there = VORN_GetNumericValues(dataset, 0, time, values.numbers, values.missing);
     } else {
         QVector<QString> texts;
@@ -67,6 +74,9 @@ QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, in
 {
     // The table of values is empty when there are none; classes of nothing are none.
     MDataset *owner = datasetOf(dataset);
+    if (rasterOf(dataset) && owner->UniqueValueCount(nullptr) == 0)
+        VORN_RecalculateDataFrequencies(dataset); // large grids are not counted as they come
+    stopIfInterrupted();
     if (owner->UniqueValueCount(nullptr) == 0)
         return {};
     // A class takes at least one distinct value.
@@ -77,8 +87,31 @@ QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, in
     return breaks;
 }
 
+namespace {
+
+QVector<double> gridBreaksAt(int dataset, qint64 time, MDataset::ClassificationType method,
+                             int classes)
+{
+    const MRasterDataset &raster = *rasterOf(dataset);
+    const MRasterObservation *grid = raster.GetConstRasterInfo(0, time);
+    if (!grid)
+        fail(QStringLiteral("%1 holds no grid at that time").arg(datasetName(dataset)));
+    const HeldRaster hold(*grid);
+    const int alone =
+        VORN_NewRasterDataset(VORN_GetGeographyId(dataset), datasetName(dataset),
+                              raster.GetDataType(), 1, raster.GetRasterBitDepth(), QString());
+    const PassingDataset passing(alone);
+    rasterOf(alone)->SetMissingFlag(raster.GetMissingFlag());
+    rasterOf(alone)->AddRasterValues(0, TimeStamp(0, 0, true, true), *grid, true, true);
+    return breaksOfAll(alone, method, classes);
+}
+
+} // namespace
+
 QVector<double> breaksAt(int dataset, qint64 time, MDataset::ClassificationType method, int classes)
 {
+    if (rasterOf(dataset))
+        return gridBreaksAt(dataset, time, method, classes);
     const ValuesAt values = valuesAt(dataset, time);
     const int alone = VORN_NewVectorDataset(VORN_GetGeographyId(dataset),
                                             datasetName(dataset) + QStringLiteral(" alone"),
@@ -91,7 +124,7 @@ QVector<double> breaksAt(int dataset, qint64 time, MDataset::ClassificationType 
 
 int classOf(double value, const QVector<double> &breaks)
 {
-    if (breaks.size() < 2 || value < breaks.first() || value > breaks.last())
+    if (breaks.size() < 2 || !(value >= breaks.first() && value <= breaks.last()))
         return -1;
     const auto upper = std::lower_bound(breaks.begin() + 1, breaks.end(), value);
     return static_cast<int>(upper - breaks.begin()) - 1;

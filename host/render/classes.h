@@ -12,7 +12,7 @@ namespace meridor {
 /// A dataset's values at one time, numeric or text.
 struct ValuesAt {
     bool numeric = true;
-    QVector<double> numbers;
+    QVector<double> numbers; ///< of grids with NaN for what is missing
     QStringList texts;
     QSet<int> missing;
 };

@@ -52,8 +52,8 @@ void TestMeridorUsage::everyVerbHasHelpWithAnExample_data()
 {
     QTest::addColumn<QString>("verb");
     for (const char *verb : {"import", "info", "stats", "series", "classes", "map", "export",
-                             "rename", "remove", "convert", "subset", "select", "upgrade",
-                             "weights", "neighbors", "nearest", "moran", "demo"})
+                             "query", "zonal", "rename", "remove", "convert", "subset", "select",
+                             "upgrade", "weights", "neighbors", "nearest", "moran", "demo"})
         QTest::newRow(verb) << QString::fromLatin1(verb);
 }
 

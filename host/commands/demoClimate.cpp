@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: MIT
+// Rain and temperature of 1999 in cells of an eighth of a degree. The figures are those of the
+// source; those of counties come from an overlay of cells and counties in a spatial database.
+#include "commands/demoClimate.h"
+#include "commands/snapshot.h"
+#include "commands/statistics.h"
+#include "commands/zonal.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "failure.h"
+#include "foreign/rasterReader.h"
+#include "foreign/rasterWriter.h"
+#include "importer/rasterImporter.h"
+#include "model.h"
+#include "render/choropleth.h"
+#include <QFileInfo>
+#include <cmath>
+#include <utility>
+
+namespace meridor {
+namespace {
+
+constexpr int kMonths = 12;
+constexpr int kCells = 33 * 81;
+constexpr int kLand = 2080;
+constexpr int kCounties = 100;
+constexpr const char *kWettest = "1999-09"; // the month of hurricane Floyd
+constexpr std::pair<const char *, double> kCountyRain[] = {
+    {"Buncombe", 56.7457400159}, {"Wake", 512.2323984231}, {"Edgecombe", 756.99152346}};
+
+bool near(double a, double b, double tolerance)
+{
+    return std::abs(a - b) <= tolerance;
+}
+
+} // namespace
+
+QString ClimateDemo::path(const char *name) const
+{
+    return mDirectory + QLatin1Char('/') + QLatin1String(name);
+}
+
+void ClimateDemo::run()
+{
+    mSession.unload();
+    mSteps.step("import", [this] { return import(); });
+    mSteps.step("missing", [this] { return missing(); });
+    mSteps.step("statistics", [this] { return january(); });
+    mSteps.step("statistics", [this] { return extremes(); });
+    mSteps.step("import", [this] { return counties(); });
+    mSteps.step("zonal", [this] { return means(); });
+    for (const auto &[name, expected] : kCountyRain)
+        mSteps.step("zonal",
+                    [&, name = name, expected = expected] { return county(name, expected); });
+    mSteps.step("map", [this] { return map(); });
+    mSteps.step("compare", [this] { return saveAndLoad(); });
+    mSteps.step("export", [this] { return exported(); });
+}
+
+int ClimateDemo::importGrid(const char *file)
+{
+    ImportOptions options;
+    options.map = mSamples + QStringLiteral("/carolina_climate/") + QLatin1String(file);
+    options.times = QStringLiteral("date");
+    options.bandsAreTimes = true;
+    const Progress progress("Import", "Importing...");
+    return importRaster(options, mContext.console, progress).datasets.value(0, -1);
+}
+
+QString ClimateDemo::import()
+{
+    mRain = importGrid("pr_1999.tif");
+    mTemperature = importGrid("tas_1999.tif");
+    const GeoProps props = VORN_GetGeographyProperties(VORN_GetGeographyId(mRain));
+    const int months = dataTimes(mRain).size();
+    mSteps.expect(props.objectCount == kCells && months == kMonths
+                  && dataTimes(mTemperature).size() == kMonths);
+    return QStringLiteral("rain and temperature of %1 months, %2").arg(months).arg(gridText(props));
+}
+
+QString ClimateDemo::missing() const
+{
+    bool same = true;
+    for (const Interval &month : dataTimes(mRain))
+        same = same && static_cast<int>(VORN_GetDataCount(mRain, instantOf(month))) == kLand;
+    mSteps.expect(same);
+    return QStringLiteral("the sea: %1 % of the cells, every month")
+        .arg(100.0 * (kCells - kLand) / kCells, 0, 'f', 2);
+}
+
+QString ClimateDemo::january() const
+{
+    const Statistics found = statisticsAt(mRain, chooseTime(mRain, QStringLiteral("1999-01")));
+    mSteps.expect(near(found.mean, 155.113, 0.0006) && near(found.deviation, 37.124, 0.0006)
+                  && near(found.minimum, 36.9, 1e-5) && near(found.maximum, 332.8, 1e-4));
+    return QStringLiteral("rain in January: mean %1, standard deviation %2, %3 to %4 mm")
+        .arg(shortNumber(found.mean), shortNumber(found.deviation), shortNumber(found.minimum),
+             shortNumber(found.maximum));
+}
+
+QString ClimateDemo::extremes()
+{
+    const Statistics rain = statisticsOfAll(mRain);
+    const Statistics temperature = statisticsOfAll(mTemperature);
+    mSteps.expect(near(rain.minimum, 0.6, 1e-5) && near(rain.maximum, 848.6, 1e-4)
+                  && near(temperature.minimum, -0.42, 1e-5)
+                  && near(temperature.maximum, 29.39, 1e-5));
+    return QStringLiteral("the year: %1 to %2 mm a month, %3 to %4 degrees")
+        .arg(shortNumber(rain.minimum), shortNumber(rain.maximum), shortNumber(temperature.minimum),
+             shortNumber(temperature.maximum));
+}
+
+QString ClimateDemo::counties()
+{
+    ImportOptions options;
+    options.map = mSamples + QStringLiteral("/nc_sids/nc_counties.geojson");
+    options.name = QStringLiteral("counties");
+    options.key = QStringLiteral("fips");
+    options.fields = QStringList{QStringLiteral("name")};
+    options.times = QStringLiteral("auto");
+    const Progress progress("Import", "Importing...");
+    const ImportReport report = importMap(options, mContext.console, progress);
+    mCounties = report.geography;
+    mSteps.expect(report.objects == kCounties);
+    return QStringLiteral("%1 counties").arg(report.objects);
+}
+
+QString ClimateDemo::means()
+{
+    const Progress progress("Zonal statistics", "Cutting cells...");
+    const auto times = zonalStatistics(mRain, mCounties, dataTimes(mRain), progress);
+    mMeans = keepZonal(times, mRain, mCounties, QStringLiteral("rain"), QStringLiteral("mean"));
+    int count = 0;
+    for (const ZonesAtTime &at : times)
+        for (const ZoneStatistics &zone : at.zones)
+            count += zone.cells > 0;
+    mSteps.expect(count == kCounties * kMonths);
+    return QStringLiteral("means of rain over counties: %1").arg(count);
+}
+
+QString ClimateDemo::county(const char *name, double expected) const
+{
+    datum value;
+    const int object = findObject(mCounties, QLatin1String(name));
+    const bool there = VORN_GetDataValue(mMeans, 0, static_cast<unsigned>(object),
+                                         chooseTime(mMeans, QLatin1String(kWettest)), value);
+    mSteps.expect(there && near(value.decimalValue, expected, 1e-6));
+    return QStringLiteral("%1 in September: %2 mm")
+        .arg(QLatin1String(name), shortNumber(value.decimalValue));
+}
+
+QString ClimateDemo::map() const
+{
+    MapStyle style;
+    style.subtitle = QStringLiteral("mm in September 1999, means over the counties of North "
+                                    "Carolina from a grid of an eighth of a degree");
+    mSession.controller().painter = [&](const MapView &view) {
+        savePicture(draw(choropleth(view, style)), path("rain_1999_09.png"));
+        return true;
+    };
+    const int window = VORN_DisplayMap(mMeans, chooseTime(mMeans, QLatin1String(kWettest)),
+                                       QStringLiteral("The rain of hurricane Floyd"),
+                                       ColorSchemeInfo(), ColorSchemeInfo(), SymbolSchemeInfo());
+    mSession.controller().painter = nullptr;
+    mSteps.expect(window > 0 && QFileInfo(path("rain_1999_09.png")).size() > 0);
+    return QStringLiteral("September in 5 classes: rain_1999_09.png");
+}
+
+QString ClimateDemo::saveAndLoad()
+{
+    const Snapshot before = takeSnapshot();
+    mSession.save(path("rain.vorn"));
+    mSession.unload();
+    mSession.load(path("rain.vorn"));
+    mRain = findDataset(QStringLiteral("pr_1999"));
+    const Snapshot after = takeSnapshot();
+    const QStringList changed = differences(before, after);
+    mSteps.expect(changed.isEmpty() && after.count >= 2 * kLand * kMonths);
+    if (!changed.isEmpty())
+        return QStringLiteral("different: %1").arg(someOf(changed, 4));
+    return QStringLiteral("saved and loaded: %1 values, every one identical").arg(after.count);
+}
+
+QString ClimateDemo::exported() const
+{
+    const qint64 time = chooseTime(mRain, QLatin1String(kWettest));
+    exportGrid(path("rain_1999_09.tif"), mRain, time);
+    const RasterReader reader(path("rain_1999_09.tif"), RasterReadOptions());
+    const GeoProps props = VORN_GetGeographyProperties(VORN_GetGeographyId(mRain));
+    mSteps.expect(reader.rows() == props.rows && reader.columns() == props.columns
+                  && reader.bounds() == props.bounds && reader.bands().first().bits == 32
+                  && reader.bands().first().missing.matches(-9999.0f));
+    return QStringLiteral("rain_1999_09.tif, %1 rows, %2 columns")
+        .arg(reader.rows())
+        .arg(reader.columns());
+}
+
+} // namespace meridor

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+/// The demo's second half: monthly grids of rain and temperature, and their means over counties.
+#pragma once
+#include "commands/commands.h"
+#include "commands/demoSteps.h"
+
+namespace meridor {
+
+constexpr const char *kClimateResults[] = {"rain.vorn", "rain_1999_09.png", "rain_1999_09.tif"};
+
+class ClimateDemo {
+public:
+    ClimateDemo(DemoSteps &steps, Session &session, const Context &context,
+                const QString &directory, const QString &samples)
+        : mSteps(steps),
+          mSession(session),
+          mContext(context),
+          mDirectory(directory),
+          mSamples(samples)
+    {
+    }
+    /// Over an empty project.
+    void run();
+
+private:
+    QString path(const char *name) const;
+    int importGrid(const char *file);
+    QString import();
+    QString missing() const;
+    QString extremes();
+    QString january() const;
+    QString counties();
+    QString means();
+    QString county(const char *name, double expected) const;
+    QString map() const;
+    QString saveAndLoad();
+    QString exported() const;
+
+    DemoSteps &mSteps;
+    Session &mSession;
+    const Context &mContext;
+    QString mDirectory;
+    QString mSamples;
+    int mRain = -1;
+    int mTemperature = -1;
+    int mCounties = -1;
+    int mMeans = -1; ///< of rain, by county and month
+};
+
+} // namespace meridor

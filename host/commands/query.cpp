@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: MIT
+#include "commands/commands.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MRasterDataSource.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/RasterAPI.h"
+#include "failure.h"
+#include "foreign/ogrReader.h"
+#include "hostController.h"
+#include "model.h"
+#include "raster/cellShares.h"
+#include "raster/gridValues.h"
+#include "shapeAccess.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <cmath>
+#include <memory>
+
+namespace meridor {
+namespace {
+
+struct Options {
+    QString project;
+    QString dataset;
+    QString at;
+    QString rect;
+    QString circle;
+    QString ellipse;
+    QString polygon;
+    QString in;
+    bool centers = false;
+};
+
+constexpr double kRadian = 3.14159265358979323846 / 180;
+
+/// Cells and, where the query tells them, the areas that they share with what was asked for.
+struct Cells {
+    RasterPixels pixels;
+    QVector<double> areas;
+};
+
+/// The shapes of a file together.
+QList<QVector<QPointF>> ringsOfFile(const QString &path)
+{
+    QList<QVector<QPointF>> rings;
+    const FeatureTable table = readFeatures(path, ReadOptions());
+    if (table.shapeKind != ShapeKind::Polygons)
+        fail(path + QStringLiteral(": holds no polygons"));
+    for (const ShapeParts &shape : table.shapes)
+        rings += shape.toList();
+    return rings;
+}
+
+/// "GEOGRAPHY/OBJECT", or the object of the only geography that is none of grids.
+QList<QVector<QPointF>> ringsOfObject(const QString &text, qint64 time)
+{
+    const int slash = text.lastIndexOf(QLatin1Char('/'));
+    if (slash < 1)
+        failUsage(QStringLiteral("--in %1: not GEOGRAPHY/OBJECT").arg(text));
+    const int geography = findGeography(text.left(slash));
+    const auto *vector = dynamic_cast<const MVectorData *>(geographyOf(geography));
+    if (!vector)
+        fail(QStringLiteral("%1 has no polygons").arg(geographyName(geography)));
+    const int object = findObject(geography, text.mid(slash + 1));
+    const auto rings = ringsOf(*vector, object, shapeTime(geography, time));
+    if (rings.isEmpty())
+        fail(QStringLiteral("%1 is no polygon at that time").arg(text));
+    return rings;
+}
+
+Cells inPolygon(int geography, const QList<QVector<QPointF>> &rings, bool centers)
+{
+    Cells cells;
+    if (centers) {
+        VORN_GetPixelCentersInPolygon(geography, rings, cells.pixels);
+        return cells;
+    }
+    for (const CellShare &share : CellShares(geography).of(rings)) {
+        cells.pixels.append({share.column, share.row});
+        cells.areas.append(share.area);
+    }
+    return cells;
+}
+
+Cells ask(const Options &options, int geography, qint64 time)
+{
+    Cells cells;
+    if (!options.rect.isEmpty()) {
+        const auto n = numbersOf(options.rect, 4, QStringLiteral("--rect"));
+        const QRectF rect = QRectF(QPointF(n[0], n[1]), QPointF(n[2], n[3])).normalized();
+        if (options.centers)
+            VORN_GetPixelCentersInRect(geography, rect, cells.pixels);
+        else
+            VORN_QueryRasterWithRect(geography, rect, cells.pixels, &cells.areas);
+    } else if (!options.circle.isEmpty()) {
+        const auto n = numbersOf(options.circle, 3, QStringLiteral("--circle"));
+        VORN_QueryRasterWithCircle(geography, QPointF(n[0], n[1]), n[2], cells.pixels);
+    } else if (!options.ellipse.isEmpty()) {
+        const auto n = numbersOf(options.ellipse, 5, QStringLiteral("--ellipse"));
+        VORN_QueryRasterWithEllipse(geography, QPointF(n[0], n[1]), n[2], n[3], n[4] * kRadian,
+                                    false, cells.pixels);
+    } else if (!options.polygon.isEmpty()) {
+        return inPolygon(geography, ringsOfFile(options.polygon), options.centers);
+    } else {
+        return inPolygon(geography, ringsOfObject(options.in, time), options.centers);
+    }
+    return cells;
+}
+
+void print(const Cells &cells, int dataset, qint64 time, const Console &console)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    const auto &source =
+        *dynamic_cast<const MRasterDataSource *>(geographyOf(geography)->GetDataSource());
+    const QVector<double> values = gridValues(dataset, time);
+    QJsonArray json;
+    TextTable table({{QStringLiteral("column"), TextTable::Right},
+                     {QStringLiteral("row"), TextTable::Right},
+                     {QStringLiteral("x"), TextTable::Right},
+                     {QStringLiteral("y"), TextTable::Right},
+                     {QStringLiteral("area"), TextTable::Right},
+                     {QStringLiteral("value"), TextTable::Right}});
+    for (int i = 0; i < cells.pixels.size(); ++i) {
+        const auto [column, row] = cells.pixels[i];
+        QPointF center;
+        source.GetPixelCenter(column, row, center);
+        const double value = values[static_cast<int>(source.IndexFromColRow(column, row))];
+        QJsonObject cell{{QStringLiteral("column"), static_cast<int>(column)},
+                         {QStringLiteral("row"), static_cast<int>(row)},
+                         {QStringLiteral("x"), center.x()},
+                         {QStringLiteral("y"), center.y()},
+                         {QStringLiteral("value"), jsonNumber(value)}};
+        if (!cells.areas.isEmpty())
+            cell.insert(QStringLiteral("area"), cells.areas[i]);
+        json.append(cell);
+        table.add({QString::number(column), QString::number(row), shortNumber(center.x(), 9),
+                   shortNumber(center.y(), 9),
+                   cells.areas.isEmpty() ? QStringLiteral("-") : shortNumber(cells.areas[i], 9),
+                   std::isnan(value) ? QStringLiteral("-") : cellText(dataset, value)});
+    }
+    if (console.json)
+        console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
+                                  {QStringLiteral("count"), cells.pixels.size()},
+                                  {QStringLiteral("cells"), json}});
+    else
+        table.print(console);
+}
+
+void run(const Options &options, const Context &context)
+{
+    int places = 0;
+    for (const QString &place :
+         {options.rect, options.circle, options.ellipse, options.polygon, options.in})
+        places += !place.isEmpty();
+    if (places != 1)
+        failUsage(QStringLiteral("one of --rect, --circle, --ellipse, --polygon and --in"));
+    Session session(context.session, context.console);
+    session.load(options.project);
+    const int dataset = findDataset(options.dataset);
+    if (!rasterOf(dataset))
+        fail(QStringLiteral("%1 is no grid").arg(datasetName(dataset)));
+    const qint64 time = chooseTime(dataset, options.at);
+    print(ask(options, VORN_GetGeographyId(dataset), time), dataset, time, context.console);
+}
+
+} // namespace
+
+void addQuery(CLI::App &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App &command = *app.add_subcommand("query", "The cells of a grid in a place");
+    projectArgument(command, options->project);
+    textOption(command, "DATASET", options->dataset, "The raster dataset")->required();
+    textOption(command, "--rect", options->rect, "X0,Y0,X1,Y1: cells that it touches");
+    textOption(command, "--circle", options->circle, "X,Y,RADIUS: cells with their centre in it");
+    textOption(command, "--ellipse", options->ellipse,
+               "X,Y,A,B,DEGREES: cells with their centre in it; A lies along the angle");
+    textOption(command, "--polygon", options->polygon, "A file of polygons: cells that share area");
+    textOption(command, "--in", options->in, "GEOGRAPHY/OBJECT of the project: the same");
+    command.add_flag("--centers", options->centers,
+                     "Cells with their centre in the rectangle or polygon");
+    textOption(command, "--at", options->at, "The time (default: the dataset's last)");
+    command.footer("Example:\n  meridor query rain.vorn pr_1999 --circle -80.8,35.2,0.5 --at "
+                   "1999-09");
+    command.callback(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "foreign/gdalFile.h"
+#include "failure.h"
+#include <QFileInfo>
+#include <cpl_conv.h>
+#include <cpl_error.h>
+
+namespace meridor {
+namespace {
+
+struct FreeReference {
+    void operator()(void *reference) const { OSRDestroySpatialReference(reference); }
+};
+
+} // namespace
+
+QuietGdal::QuietGdal()
+{
+    CPLErrorReset();
+    CPLPushErrorHandler(CPLQuietErrorHandler);
+}
+
+QuietGdal::~QuietGdal()
+{
+    CPLPopErrorHandler();
+}
+
+QString QuietGdal::complaint()
+{
+    const QString text = QString::fromUtf8(CPLGetLastErrorMsg()).simplified();
+    return text.isEmpty() ? QString() : QString(QStringLiteral(": ") + text);
+}
+
+GdalFile openGdalFile(const QString &path, unsigned kinds, const char *const *options)
+{
+    static const bool registered = (GDALAllRegister(), true);
+    Q_UNUSED(registered);
+    return GdalFile(
+        GDALOpenEx(path.toUtf8().constData(), kinds | GDAL_OF_READONLY, nullptr, options, nullptr));
+}
+
+void failUnread(const QString &path)
+{
+    const bool there = QFileInfo::exists(path);
+    fail(QStringLiteral("%1: %2%3")
+             .arg(path,
+                  there ? QStringLiteral("not a file that GDAL reads")
+                        : QStringLiteral("no such file"),
+                  there ? QuietGdal::complaint() : QString()));
+}
+
+QString wktOf(OGRSpatialReferenceH reference)
+{
+    char *text = nullptr;
+    QString wkt;
+    if (reference && OSRExportToWkt(reference, &text) == OGRERR_NONE)
+        wkt = QString::fromUtf8(text);
+    CPLFree(text);
+    return wkt;
+}
+
+QString wktOf(const QString &userText)
+{
+    const std::unique_ptr<void, FreeReference> reference(OSRNewSpatialReference(nullptr));
+    if (OSRSetFromUserInput(reference.get(), userText.toUtf8().constData()) != OGRERR_NONE)
+        fail(QStringLiteral("unknown projection %1%2").arg(userText, QuietGdal::complaint()));
+    return wktOf(static_cast<OGRSpatialReferenceH>(reference.get()));
+}
+
+} // namespace meridor

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+#include "foreign/rasterWriter.h"
+#include "console.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MRasterDataset.h"
+#include "failure.h"
+#include "foreign/gdalFile.h"
+#include "interrupt.h"
+#include "model.h"
+#include "progress.h"
+#include "raster/cellTypes.h"
+#include "raster/heldRaster.h"
+#include "safeFile.h"
+#include <algorithm>
+#include <cpl_error.h>
+#include <vector>
+
+namespace meridor {
+namespace {
+
+constexpr int kStripBytes = 4 << 20;
+
+/// The type that a file has for cells, and what else must be said: it has none for signed bytes and
+/// halves.
+template <class T> GDALDataType fileType(std::vector<const char *> &options)
+{
+    if constexpr (std::is_same_v<T, double>)
+        return GDT_Float64;
+    else if constexpr (std::is_same_v<T, float>)
+        return GDT_Float32;
+    else if constexpr (std::is_same_v<T, half>)
+        return options.push_back("NBITS=16"), GDT_Float32;
+    else if constexpr (std::is_same_v<T, qint8>)
+        return options.push_back("PIXELTYPE=SIGNEDBYTE"), GDT_Byte;
+    else if constexpr (sizeof(T) == 1)
+        return GDT_Byte;
+    else if constexpr (sizeof(T) == 2)
+        return std::is_signed_v<T> ? GDT_Int16 : GDT_UInt16;
+    else if constexpr (sizeof(T) == 4)
+        return std::is_signed_v<T> ? GDT_Int32 : GDT_UInt32;
+    else
+        return std::is_signed_v<T> ? GDT_Int64 : GDT_UInt64;
+}
+
+class GridWriter {
+public:
+    GridWriter(const MRasterDataset &dataset, const MRasterObservation &grid, const GeoProps &place)
+        : mDataset(dataset), mGrid(grid), mPlace(place)
+    {
+    }
+
+    template <class T> bool write(const QString &path, const QString &name)
+    {
+        std::vector<const char *> options{"COMPRESS=DEFLATE", "BIGTIFF=IF_SAFER"};
+        const GDALDataType type = fileType<T>(options);
+        options.push_back(nullptr);
+        CPLErrorReset();
+        GdalFile file(GDALCreate(GDALGetDriverByName("GTiff"), path.toUtf8().constData(),
+                                 mGrid.Columns(), mGrid.Rows(), 1, type,
+                                 const_cast<char **>(options.data())));
+        if (!file)
+            return false;
+        describe<T>(file.get(), name);
+        if (!writeRows<T>(GDALGetRasterBand(file.get(), 1)))
+            return false;
+        file.reset(); // what is left is written now
+        return CPLGetLastErrorType() < CE_Failure;
+    }
+
+private:
+    template <class T> void describe(GDALDatasetH file, const QString &name) const
+    {
+        const double top = mPlace.bounds.top() + mPlace.bounds.height();
+        double transform[6] = {mPlace.bounds.left(), mPlace.pixelWidth, 0, top, 0,
+                               -mPlace.pixelHeight};
+        GDALSetGeoTransform(file, transform);
+        const QString projection = mPlace.metaData.value(QStringLiteral("Projection")).toString();
+        if (!projection.isEmpty())
+            GDALSetProjection(file, projection.toUtf8().constData());
+        GDALRasterBandH band = GDALGetRasterBand(file, 1);
+        GDALSetDescription(band, name.toUtf8().constData());
+        setNoData<T>(band);
+        setColors(band);
+    }
+
+    template <class T> void setNoData(GDALRasterBandH band) const
+    {
+        const MissingFlag &flag = mDataset.GetCellFlag();
+        if (flag.type == MissingFlag::None)
+            return;
+        const T value = std::get<T>(flag.values);
+        if constexpr (std::is_same_v<T, qint64>)
+            GDALSetRasterNoDataValueAsInt64(band, value);
+        else if constexpr (std::is_same_v<T, quint64>)
+            GDALSetRasterNoDataValueAsUInt64(band, value);
+        else
+            GDALSetRasterNoDataValue(band, static_cast<double>(value));
+    }
+
+    void setColors(GDALRasterBandH band) const
+    {
+        const QVector<unsigned> &colors = mGrid.GetColorMap();
+        if (colors.isEmpty())
+            return;
+        const GDALColorTableH table = GDALCreateColorTable(GPI_RGB);
+        for (int i = 0; i < qMin(colors.size(), 256); ++i) {
+            const auto byte = [&](int shift) {
+                return static_cast<short>(colors[i] >> shift & 255);
+            };
+            const GDALColorEntry entry{byte(16), byte(8), byte(0), byte(24)};
+            GDALSetColorEntry(table, i, &entry);
+        }
+        GDALSetRasterColorTable(band, table);
+        GDALDestroyColorTable(table);
+    }
+
+    template <class T> bool writeRows(GDALRasterBandH band) const
+    {
+        using Wire = std::conditional_t<std::is_same_v<T, half>, float, T>;
+        const int columns = mGrid.Columns();
+        const int step = qMax(1, kStripBytes / static_cast<int>(sizeof(Wire)) / columns);
+        std::vector<Wire> strip;
+        std::vector<const char *> unused;
+        for (int row = 0; row < mGrid.Rows(); row += step) {
+            stopIfInterrupted();
+            const int rows = qMin(step, mGrid.Rows() - row);
+            const T *first = mGrid.cells<T>() + static_cast<std::ptrdiff_t>(row) * columns;
+            strip.assign(first, first + static_cast<std::ptrdiff_t>(rows) * columns);
+            if (GDALRasterIO(band, GF_Write, 0, row, columns, rows, strip.data(), columns, rows,
+                             fileType<T>(unused), 0, 0)
+                != CE_None)
+                return false;
+        }
+        return true;
+    }
+
+    const MRasterDataset &mDataset;
+    const MRasterObservation &mGrid;
+    const GeoProps &mPlace;
+};
+
+} // namespace
+
+void exportGrid(const QString &path, int dataset, qint64 time)
+{
+    const QuietGdal quiet;
+    GDALAllRegister();
+    const MRasterDataset *raster = rasterOf(dataset);
+    if (!raster)
+        fail(QStringLiteral("%1 is no grid; GeoTIFF holds grids").arg(datasetName(dataset)));
+    const int geography = VORN_GetGeographyId(dataset);
+    const TimeAxis axis = axisOf(geography);
+    TimeStamp when;
+    if (!raster->GetContainingTimeStamp(0, time, when))
+        fail(QStringLiteral("%1 holds no grid at %2").arg(datasetName(dataset), axis.show(time)));
+    const GeoProps place = VORN_GetGeographyProperties(geography);
+    const MRasterObservation &grid = *raster->GetConstRasterInfo(0, time);
+    const HeldRaster hold(grid);
+    const QString name = raster->IsStatic() ? datasetName(dataset) : axis.show(when);
+    const bool written = replaceFile(path, [&](const QString &beside) {
+        bool done = false;
+        GridWriter writer(*raster, grid, place);
+        visitCellType(grid.Type(), grid.BitDepth(),
+                      [&](auto zero) { done = writer.write<decltype(zero)>(beside, name); });
+        return done && !interrupted();
+    });
+    stopIfInterrupted();
+    if (!written)
+        fail(QStringLiteral("%1: could not be written%2").arg(path, QuietGdal::complaint()));
+}
+
+} // namespace meridor

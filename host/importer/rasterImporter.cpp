@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: MIT
+#include "importer/rasterImporter.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MGeoData.h"
+#include "datainterface/MRasterDataSource.h"
+#include "datainterface/RasterAPI.h"
+#include "failure.h"
+#include "foreign/rasterReader.h"
+#include "hostController.h"
+#include "model.h"
+#include "raster/bandTimes.h"
+#include "raster/cellTypes.h"
+#include <QFileInfo>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace meridor {
+namespace {
+
+/// Distinct values of more cells than these are counted when somebody asks for classes.
+constexpr qint64 kMostCounted = 16 << 20;
+
+/// What stands for "no value" in decimals of a file that says so with cells that are no number.
+template <class T> T missingNumber()
+{
+    if constexpr (std::is_same_v<T, half>)
+        return half::fromBits(0x7BFF); // the largest
+    else if constexpr (std::is_floating_point_v<T>)
+        return std::numeric_limits<T>::max();
+    else
+        return T();
+}
+
+/// Makes cells that are no number the missing ones. @return how many there were
+template <class T> qint64 replaceNaN(T *cells, qint64 count, T by)
+{
+    qint64 found = 0;
+    for (qint64 i = 0; i < count; ++i) {
+        if (std::isnan(static_cast<double>(cells[i]))) {
+            cells[i] = by;
+            ++found;
+        }
+    }
+    return found;
+}
+
+class RasterImport {
+public:
+    RasterImport(const ImportOptions &options, const Console &console, const Progress &progress)
+        : mOptions(options),
+          mConsole(console),
+          mProgress(progress),
+          mReader(options.map, {options.projection, options.noData}),
+          mTimes(bandTimes(mReader, options))
+    {
+        for (const QString &note : mReader.notes())
+            console.note(note);
+    }
+
+    ImportReport run()
+    {
+        createGeography();
+        try {
+            mOptions.bandsAreTimes ? importTimes() : importDatasets();
+        } catch (...) {
+            controller().RemoveGeography(mReport.geography);
+            throw;
+        }
+        mReport.objects = mReader.columns() * mReader.rows();
+        mReport.datasets = mDatasets;
+        return mReport;
+    }
+
+private:
+    QString baseName() const { return QFileInfo(mOptions.map).completeBaseName(); }
+
+    void createGeography()
+    {
+        const QString name = mOptions.name.isEmpty() ? baseName() : mOptions.name;
+        const QString history =
+            QStringLiteral("Imported from %1").arg(QFileInfo(mOptions.map).fileName());
+        mReport.geography = VORN_CreateNewRasterGeography(
+            VORN_GetUniqueGeographyName(name), static_cast<unsigned>(mReader.rows()),
+            static_cast<unsigned>(mReader.columns()), mReader.bounds(), mTimes.hull, mTimes.format,
+            history, mReader.projection());
+        if (mReport.geography < 0)
+            fail(QStringLiteral("%1: the grid could not be made").arg(mOptions.map));
+        if (!mOptions.bandsAreTimes)
+            geographyOf(mReport.geography)->SetStatic(true);
+    }
+
+    int createDataset(const QString &name, const RasterBand &band)
+    {
+        const int id =
+            VORN_NewRasterDataset(mReport.geography, name, band.type, 1, band.bits, QString());
+        if (id < 0)
+            fail(QStringLiteral("dataset %1 could not be made").arg(name));
+        mDatasets.append(id);
+        if (!band.unit.isEmpty())
+            VORN_SetDatasetMetaData(id, QStringLiteral("Unit"), band.unit);
+        return id;
+    }
+
+    /// All bands are times of one dataset, so they are of one form.
+    void importTimes()
+    {
+        const RasterBand &first = mReader.bands().first();
+        for (int i = 1; i < mReader.bands().size(); ++i) {
+            const RasterBand &band = mReader.bands()[i];
+            if (band.type != first.type || band.bits != first.bits
+                || band.missing.values != first.missing.values
+                || band.missing.type != first.missing.type || band.colors != first.colors)
+                fail(QStringLiteral("%1, band %2: is of another type or has another no-data value "
+                                    "than band 1; times of one dataset are alike")
+                         .arg(mOptions.map)
+                         .arg(i + 1));
+        }
+        const int id =
+            createDataset(mOptions.dataset.isEmpty() ? baseName() : mOptions.dataset, first);
+        addBands(id, 0, mReader.bands().size());
+        finish(id);
+    }
+
+    void importDatasets()
+    {
+        QStringList names;
+        for (int i = 0; i < mReader.bands().size(); ++i)
+            names.append(nameOf(i, names));
+        const QVector<int> chosen = chosenBands(names);
+        for (int i = 0; i < chosen.size(); ++i) {
+            const int id = createDataset(names[chosen[i]], mReader.bands()[chosen[i]]);
+            dynamic_cast<MRasterDataset *>(datasetOf(id))->SetStatic(true);
+            mDone = i;
+            mToDo = chosen.size();
+            addBands(id, chosen[i], 1);
+            finish(id);
+        }
+    }
+
+    /// The file's name for a band, else its number; a second one of a name gets its number too.
+    QString nameOf(int band, const QStringList &taken) const
+    {
+        const QString own = mReader.bands()[band].name;
+        const QString number = QString::number(band + 1);
+        if (mReader.bands().size() == 1)
+            return !mOptions.dataset.isEmpty() ? mOptions.dataset
+                   : own.isEmpty()             ? baseName()
+                                               : own;
+        if (own.isEmpty())
+            return QStringLiteral("band ") + number;
+        return taken.contains(own) ? QString(own + QLatin1Char(' ') + number) : own;
+    }
+
+    QVector<int> chosenBands(const QStringList &names) const
+    {
+        QVector<int> bands;
+        for (const QString &name : mOptions.fields) {
+            const int band = names.indexOf(name);
+            if (band < 0)
+                fail(QStringLiteral("%1: no band %2; there are: %3")
+                         .arg(mOptions.map, name, someOf(names)));
+            bands.append(band);
+        }
+        for (int band = 0; mOptions.fields.isEmpty() && band < names.size(); ++band)
+            bands.append(band);
+        return bands;
+    }
+
+    void addBands(int id, int first, int count)
+    {
+        auto &dataset = *dynamic_cast<MRasterDataset *>(datasetOf(id));
+        dataset.SetMissingFlag(mReader.bands()[first].missing);
+        std::vector<char> cells;
+        for (int band = first; band < first + count;) {
+            const int together = qMin(mReader.groupAt(band), first + count - band);
+            cells.resize(static_cast<size_t>(mReader.bytesOf(band) * together));
+            mReader.read(band, together, cells.data(), [&](int percent) {
+                const int done = 100 * (band - first) + percent * together;
+                mProgress.report((100 * mDone + done / count) / mToDo, "Reading the grid...");
+            });
+            for (int i = 0; i < together; ++i)
+                addGrid(dataset, band + i, cells.data() + mReader.bytesOf(band) * i);
+            band += together;
+        }
+    }
+
+    void addGrid(MRasterDataset &dataset, int index, char *cells)
+    {
+        const RasterBand &band = mReader.bands()[index];
+        if (band.type == RasterDecimalType)
+            markNaN(dataset, band, cells);
+        const MRasterBand grid(mReader.columns(), mReader.rows(), band.type, band.bits, cells,
+                               band.colors);
+        const Interval when = mTimes.of.isEmpty() ? mTimes.hull : mTimes.of[index];
+        if (!dataset.AddRasterValues(0, TimeStamp(when), grid, true, false))
+            fail(QStringLiteral("%1, band %2: the grid could not be kept")
+                     .arg(mOptions.map)
+                     .arg(index + 1));
+    }
+
+    /// Cells that are no number are missing, under the file's no-data value or one of ours.
+    void markNaN(MRasterDataset &dataset, const RasterBand &band, char *cells)
+    {
+        visitCellType(band.type, band.bits, [&](auto zero) {
+            using T = decltype(zero);
+            if constexpr (!std::is_integral_v<T>) {
+                const bool named = band.missing.type != MissingFlag::None;
+                const T by = named ? std::get<T>(band.missing.values) : missingNumber<T>();
+                const qint64 count = qint64(mReader.columns()) * mReader.rows();
+                mNotNumbers += replaceNaN(reinterpret_cast<T *>(cells), count, by);
+                if ((mNotNumbers > 0 || band.missingIsNaN)
+                    && dataset.GetMissingFlag().type == MissingFlag::None)
+                    dataset.SetMissingFlag(MissingFlag(by));
+            }
+        });
+    }
+
+    void finish(int id)
+    {
+        if (mNotNumbers > 0)
+            mConsole.note(QStringLiteral("%1: %2 cells that are no number are missing")
+                              .arg(datasetName(id))
+                              .arg(mNotNumbers));
+        mNotNumbers = 0;
+        const qint64 cells =
+            qint64(mReader.columns()) * mReader.rows() * qMax(1, dataTimes(id).size());
+        if (cells <= kMostCounted || VORN_GetDatasetProperties(id).bitDepth <= 16)
+            VORN_RecalculateDataFrequencies(id);
+        VORN_NewDatasetCreated(id);
+    }
+
+    const ImportOptions &mOptions;
+    const Console &mConsole;
+    const Progress &mProgress;
+    RasterReader mReader;
+    BandTimes mTimes;
+    ImportReport mReport;
+    QVector<int> mDatasets;
+    qint64 mNotNumbers = 0; ///< of the dataset at hand
+    int mDone = 0;          ///< datasets
+    int mToDo = 1;
+};
+
+} // namespace
+
+ImportReport importRaster(const ImportOptions &options, const Console &console,
+                          const Progress &progress)
+{
+    return RasterImport(options, console, progress).run();
+}
+
+} // namespace meridor

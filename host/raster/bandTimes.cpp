@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "raster/bandTimes.h"
+#include "failure.h"
+#include <algorithm>
+#include <numeric>
+
+namespace meridor {
+namespace {
+
+QString item(const RasterReader &reader, const ImportOptions &options, int band, const QString &key)
+{
+    const auto &items = reader.bands()[band].items;
+    if (!items.contains(key))
+        fail(QStringLiteral("%1, band %2: has no item %3").arg(options.map).arg(band + 1).arg(key));
+    return items.value(key);
+}
+
+QStringList startTexts(const RasterReader &reader, const ImportOptions &options)
+{
+    QStringList texts;
+    const int count = reader.bands().size();
+    for (int band = 0; band < count; ++band)
+        texts.append(options.start.isEmpty() ? reader.bands()[band].name
+                                             : item(reader, options, band, options.start));
+    if (!options.start.isEmpty() || recogniseTimes(texts))
+        return texts;
+    for (int band = 0; band < count; ++band)
+        texts[band] = QString::number(band + 1);
+    return texts;
+}
+
+TimeFormat formatOf(const QString &wanted, const QStringList &texts, const QString &file)
+{
+    for (const TimeFormat format : {TF_Date, TF_DateTime, TF_Integer})
+        if (wanted == QLatin1String(timeFormatName(format)))
+            return format;
+    QString culprit;
+    const auto found = recogniseTimes(texts, &culprit);
+    if (!found)
+        fail(QStringLiteral("%1: \"%2\" is no time").arg(file, culprit));
+    return *found;
+}
+
+/// In the order of time, each up to the next.
+void part(QVector<Interval> &spans, bool untilNext, const QString &file)
+{
+    std::vector<int> order(static_cast<size_t>(spans.size()));
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](int a, int b) { return spans[a].startTime < spans[b].startTime; });
+    for (size_t i = 1; i < order.size(); ++i) {
+        Interval &first = spans[order[i - 1]];
+        const Interval &second = spans[order[i]];
+        const bool shareOne = first.endTime == second.startTime && first.startTime < first.endTime;
+        if (untilNext && first.startTime < second.startTime) {
+            first.endTime = second.startTime;
+            first.inclusiveEnd = false;
+        } else if (shareOne) {
+            first.inclusiveEnd = false;
+        } else if (first.endTime >= second.startTime) {
+            fail(QStringLiteral("%1: bands %2 and %3 hold at one time")
+                     .arg(file)
+                     .arg(order[i - 1] + 1)
+                     .arg(order[i] + 1));
+        }
+    }
+}
+
+} // namespace
+
+BandTimes bandTimes(const RasterReader &reader, const ImportOptions &options)
+{
+    BandTimes times;
+    if (!options.bandsAreTimes)
+        return times;
+    const bool untilNext = options.end == QLatin1String("next");
+    const QStringList starts = startTexts(reader, options);
+    QStringList ends;
+    for (int band = 0; !options.end.isEmpty() && !untilNext && band < starts.size(); ++band)
+        ends.append(item(reader, options, band, options.end));
+    times.format = formatOf(options.times, starts + ends, options.map);
+    const TimeAxis axis(times.format);
+    for (int band = 0; band < starts.size(); ++band) {
+        const auto span =
+            ends.isEmpty() ? axis.span(starts[band]) : axis.span(starts[band], ends[band]);
+        if (!span)
+            fail(QStringLiteral("%1, band %2: \"%3\" is no %4")
+                     .arg(options.map)
+                     .arg(band + 1)
+                     .arg(starts[band] + (ends.isEmpty() ? QString() : QString('/' + ends[band])),
+                          QLatin1String(timeFormatName(times.format))));
+        times.of.append(*span);
+    }
+    part(times.of, untilNext, options.map);
+    times.hull = times.of.first();
+    for (const Interval &span : qAsConst(times.of)) {
+        times.hull.startTime = qMin(times.hull.startTime, span.startTime);
+        if (span.endTime >= times.hull.endTime) {
+            times.hull.inclusiveEnd =
+                span.inclusiveEnd
+                || (span.endTime == times.hull.endTime && times.hull.inclusiveEnd);
+            times.hull.endTime = span.endTime;
+        }
+    }
+    return times;
+}
+
+} // namespace meridor

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+// The polygon query numbers its cells upwards from the smallest y, within the row numbers that the
+// polygon's box has from the top. Both are the same rows where the box lies in the middle of the
+// grid. So the polygon is moved, by whole rows, to the middle of a grid that has its rows and one
+// more where that makes a middle.
+#include "raster/cellShares.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/RasterAPI.h"
+#include "failure.h"
+#include "hostController.h"
+#include "model.h"
+#include <QPolygonF>
+
+namespace meridor {
+namespace {
+
+QRectF boxOf(const QList<QVector<QPointF>> &rings)
+{
+    QRectF box;
+    for (const QVector<QPointF> &ring : rings)
+        box |= QPolygonF(ring).boundingRect();
+    return box;
+}
+
+} // namespace
+
+CellShares::CellShares(int geography) : mGeography(geography)
+{
+    const GeoProps props = VORN_GetGeographyProperties(geography);
+    mRows = props.rows;
+    mColumns = props.columns;
+    mBounds = props.bounds;
+    mPixelHeight = props.pixelHeight;
+}
+
+CellShares::~CellShares()
+{
+    for (const int grid : mGrids)
+        if (grid >= 0)
+            controller().RemoveGeography(grid);
+}
+
+/// Of the number of rows or one more, so that `rows` rows have the same distance to both ends.
+int CellShares::gridFor(int rows)
+{
+    const int more = (mRows - rows) % 2;
+    if (mGrids[more] < 0) {
+        QRectF bounds = mBounds;
+        bounds.setHeight((mRows + more) * mPixelHeight);
+        mGrids[more] = VORN_CreateNewRasterGeography(
+            QStringLiteral("scratch"), static_cast<unsigned>(mRows + more),
+            static_cast<unsigned>(mColumns), bounds, Interval{0, 0, true, true}, TF_Integer,
+            QString(), QString());
+    }
+    if (mGrids[more] < 0)
+        fail(QStringLiteral("%1: no room for a second grid").arg(geographyName(mGeography)));
+    return mGrids[more];
+}
+
+QVector<CellShare> CellShares::of(const QList<QVector<QPointF>> &rings)
+{
+    unsigned firstColumn = 0;
+    unsigned firstRow = 0;
+    unsigned lastColumn = 0;
+    unsigned lastRow = 0;
+    if (!VORN_QueryRasterWithRect(mGeography, boxOf(rings), firstColumn, firstRow, lastColumn,
+                                  lastRow))
+        return {};
+    const int rows = static_cast<int>(lastRow - firstRow) + 1;
+    const int grid = gridFor(rows);
+    const int gridRows = mRows + (mRows - rows) % 2;
+    const int margin = (gridRows - rows) / 2;
+    // Rows count from the top, and both grids stand on the same ground.
+    const int rowsUp = (gridRows - mRows) + static_cast<int>(firstRow) - margin;
+    QList<QVector<QPointF>> moved = rings;
+    for (QVector<QPointF> &ring : moved)
+        for (QPointF &vertex : ring)
+            vertex.ry() += rowsUp * mPixelHeight;
+    RasterPixels pixels;
+    QVector<double> areas;
+    if (!VORN_QueryRasterWithPolygon(grid, moved, pixels, &areas))
+        fail(QStringLiteral("a shape is no polygon with an area"));
+    QVector<CellShare> shares;
+    for (int i = 0; i < pixels.size(); ++i) {
+        const int fromTop = gridRows - 1 - static_cast<int>(pixels[i].second);
+        const int row = fromTop - margin + static_cast<int>(firstRow);
+        if (row >= 0 && row < mRows) // the added row is not of the grid
+            shares.append({pixels[i].first, static_cast<unsigned>(row), areas[i]});
+    }
+    return shares;
+}
+
+} // namespace meridor

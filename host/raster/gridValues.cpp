@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include "raster/gridValues.h"
+#include "console.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MGeoData.h"
+#include "datainterface/MRasterDataSource.h"
+#include "datainterface/RasterAPI.h"
+#include "failure.h"
+#include "foreign/values.h"
+#include "hostController.h"
+#include "model.h"
+#include <limits>
+
+namespace meridor {
+
+QVector<double> gridValues(int dataset, qint64 time)
+{
+    QVector<double> values;
+    MissingFlag missing;
+    if (!VORN_GetRasterDataAsDecimal(dataset, 0, time, values, missing))
+        fail(QStringLiteral("%1 holds no grid at %2")
+                 .arg(datasetName(dataset), axisOf(VORN_GetGeographyId(dataset)).show(time)));
+    for (double &value : values)
+        if (missing.matches(value))
+            value = std::numeric_limits<double>::quiet_NaN();
+    return values;
+}
+
+QString cellText(int dataset, double value)
+{
+    const MRasterDataset *raster = rasterOf(dataset);
+    if (!raster || raster->GetDataType() != RasterDecimalType || raster->GetRasterBitDepth() > 32)
+        return exactNumber(value);
+    const auto narrow = static_cast<float>(value);
+    for (int digits = 6; digits < 9; ++digits) {
+        const QString text = QString::number(value, 'g', digits);
+        if (text.toFloat() == narrow)
+            return text;
+    }
+    return QString::number(value, 'g', 9);
+}
+
+QVector<double> numbersOf(const QString &text, int count, const QString &option)
+{
+    QVector<double> numbers;
+    for (const QString &part : text.split(QLatin1Char(','))) {
+        const auto number = toDecimal(part.toStdString());
+        if (number)
+            numbers.append(*number);
+        if (!number || numbers.size() > count)
+            break;
+    }
+    if (numbers.size() != count || text.count(QLatin1Char(',')) != count - 1)
+        failUsage(
+            QStringLiteral("%1 %2: not %3 numbers parted by commas").arg(option, text).arg(count));
+    return numbers;
+}
+
+QPair<unsigned, unsigned> findCell(int geography, const QString &text)
+{
+    const GeoProps props = VORN_GetGeographyProperties(geography);
+    unsigned column = 0;
+    unsigned row = 0;
+    bool isThere = false;
+    if (text.startsWith(QLatin1Char('@'))) {
+        const auto *source =
+            dynamic_cast<const MRasterDataSource *>(geographyOf(geography)->GetDataSource());
+        const QVector<double> place = numbersOf(text.mid(1), 2, QStringLiteral("place"));
+        isThere = source && source->PointQuery(place[0], place[1], column, row, true);
+    } else {
+        const QVector<double> cell = numbersOf(text, 2, QStringLiteral("cell"));
+        isThere = cell[0] >= 0 && cell[0] < props.columns && cell[1] >= 0 && cell[1] < props.rows;
+        column = isThere ? static_cast<unsigned>(cell[0]) : 0;
+        row = isThere ? static_cast<unsigned>(cell[1]) : 0;
+    }
+    if (!isThere)
+        fail(QStringLiteral("%1 has no cell %2; it has %3")
+                 .arg(geographyName(geography), text, gridText(props)));
+    return {column, row};
+}
+
+} // namespace meridor

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+/// Cells of a raster dataset as numbers.
+#pragma once
+#include <QPair>
+#include <QString>
+#include <QVector>
+
+namespace meridor {
+
+/// Every cell of the grid at a time, row after row; NaN for a missing one. Raises a Failure when
+/// there is no grid then.
+QVector<double> gridValues(int dataset, qint64 time);
+
+/// The shortest text that reads back as the same cell of a dataset.
+QString cellText(int dataset, double value);
+
+/// Column and row of a cell told as "COLUMN,ROW" from 0 at the top left, or by its place as "@X,Y".
+/// Raises a Failure.
+QPair<unsigned, unsigned> findCell(int geography, const QString &text);
+
+/// Numbers parted by commas, exactly `count`; `option` is named in the failure.
+QVector<double> numbersOf(const QString &text, int count, const QString &option);
+
+} // namespace meridor

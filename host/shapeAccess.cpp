@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include "shapeAccess.h"
+#include "fennimark/FMPolygon.h"
+
+namespace meridor {
+
+QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int object, qint64 time)
+{
+    QList<QVector<QPointF>> rings;
+    const Fennims &shapes = *geography.GetFennims();
+    const FMObjectChain *chain =
+        shapes.GetChainById(geography.GetFennimId(static_cast<unsigned>(object)));
+    const int record = chain ? chain->GetObservation(time).second : -1;
+    if (record < 0)
+        return rings;
+    const ShapeAccess access(*shapes.mTree, record);
+    if (const auto *polygon = dynamic_cast<const FMPolygon *>(access.object()))
+        for (const QPolygonF &ring : polygon->GetVertices())
+            rings.append(ring);
+    return rings;
+}
+
+} // namespace meridor
