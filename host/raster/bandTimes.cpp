@@ -7,12 +7,25 @@
 namespace meridor {
 namespace {
 
+QString inIso(const QString &text, const ImportOptions &options, int band)
+{
+    if (options.timePattern.isEmpty())
+        return text;
+    const QString result = isoTime(text, options.timePattern);
+    if (result.isNull())
+        fail(QStringLiteral("%1, band %2: \"%3\" does not fit %4")
+                 .arg(options.map)
+                 .arg(band + 1)
+                 .arg(text, options.timePattern));
+    return result;
+}
+
 QString item(const RasterReader &reader, const ImportOptions &options, int band, const QString &key)
 {
     const auto &items = reader.bands()[band].items;
     if (!items.contains(key))
         fail(QStringLiteral("%1, band %2: has no item %3").arg(options.map).arg(band + 1).arg(key));
-    return items.value(key);
+    return inIso(items.value(key), options, band);
 }
 
 QStringList startTexts(const RasterReader &reader, const ImportOptions &options)
@@ -20,7 +33,7 @@ QStringList startTexts(const RasterReader &reader, const ImportOptions &options)
     QStringList texts;
     const int count = reader.bands().size();
     for (int band = 0; band < count; ++band)
-        texts.append(options.start.isEmpty() ? reader.bands()[band].name
+        texts.append(options.start.isEmpty() ? inIso(reader.bands()[band].name, options, band)
                                              : item(reader, options, band, options.start));
     if (!options.start.isEmpty() || recogniseTimes(texts))
         return texts;
@@ -31,7 +44,7 @@ QStringList startTexts(const RasterReader &reader, const ImportOptions &options)
 
 TimeFormat formatOf(const QString &wanted, const QStringList &texts, const QString &file)
 {
-    for (const TimeFormat format : {TF_Date, TF_DateTime, TF_Integer})
+    for (const TimeFormat format : {TF_Date, TF_DateTime, TF_Integer, TF_Time})
         if (wanted == QLatin1String(timeFormatName(format)))
             return format;
     QString culprit;
