@@ -20,15 +20,14 @@ class DATAINTERFACE_EXPORT GeoPointTree : public FM_PointTree {
 public:
     using FM_PointTree::SetPoints;
     /// Points with their ids. No points: true, and the tree stays as it is.
-    /// @return false when the user cancelled and for a coordinate that is not finite; the tree is
-    /// empty then, unless the
-    ///         cancel came before its first change.
+    /// @return false when the user cancelled and for a coordinate that is not finite. The tree is
+    ///         empty then, or as it was.
     bool SetPoints(const QVector<QPair<QPointF, int>> &points, const PT_RotationMatrix &rotation);
     /// The objects that exist at the time, by object index: points, centroids of polygons (the
     /// middle of the bounds where there is none), centres of all cells of a raster. A geography
     /// without objects gives an empty tree.
     /// @return false for an unknown id, for lines, and as SetPoints. Raises "Invalid point bounds"
-    /// for a point that is
-    ///         not a place, and "Invalid object type" for an object that cannot be read.
+    ///         for a point that is no place, and "Invalid object type" for an object that cannot be
+    ///         read.
     bool SetGeography(int geographyId, qint64 time, const PT_RotationMatrix &rotation);
 };

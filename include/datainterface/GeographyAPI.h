@@ -54,8 +54,7 @@ DATAINTERFACE_EXPORT bool VORN_GetLineVertices(int geographyId, unsigned int obj
 DATAINTERFACE_EXPORT bool VORN_GetObjectBounds(int geographyId, unsigned int object, qint64 time,
                                                QRectF &bounds);
 
-// Polygons by handle. A simple polygon is one that FMPolygon::IsSimple holds for; its area and
-// overlays are defined.
+// Polygons by handle. Areas and overlays are of simple polygons alone (FMPolygon::IsSimple).
 /// The rings as they were given.
 DATAINTERFACE_EXPORT bool VORN_GetPolygonVertices(VORN_Object polygon,
                                                   QList<QVector<QPointF>> &rings);
@@ -64,7 +63,7 @@ DATAINTERFACE_EXPORT bool VORN_GetPolygonCentroid(VORN_Object polygon, QPointF &
 /// In squared map units. Of a polygon that is not simple, and without one: false, and the area is
 /// set to 0.
 DATAINTERFACE_EXPORT bool VORN_GetPolygonArea(VORN_Object polygon, double &area);
-/// Uniform draws from the polygon, by VORN_GetUniformDeviate. False when none can be drawn.
+/// Uniform draws from the polygon's area, by VORN_GetUniformDeviate. False when none can be drawn.
 DATAINTERFACE_EXPORT bool VORN_GetRandomPointsInPolygon(VORN_Object polygon, int count,
                                                         QVector<QPointF> &points);
 /// The pieces in which both boundaries run together, in the first one's direction. True without
@@ -104,15 +103,14 @@ DATAINTERFACE_EXPORT bool VORN_ObjectQuery(int geographyId, unsigned int object,
 /// The objects that have a point in common with the polygon; of a raster the cells with their
 /// centres in it, and false without any. A handle that holds no polygon raises "Invalid object
 /// type".
-/// @param overlap  may be null; takes each object's common area with the polygon when that is
-/// simple and the geography's
-///                 objects are polygons, and stays as it is otherwise.
+/// @param overlap  may be null; takes the area that each object shares with the polygon when that
+///                 is simple and the objects are polygons, and stays as it is otherwise.
 DATAINTERFACE_EXPORT bool VORN_PolygonQuery(VORN_Object polygon, int geographyId, qint64 time,
                                             QVector<unsigned int> &objects,
                                             QVector<double> *overlap);
 
 // Neighbours with their squared distances; weights are 0, and so are angles but between two points.
-// Of as many as are asked for ties do not add any.
+// Ties do not add to the number that is asked for.
 /// The nearest `count` objects, the nearest first. False when `count` is below 1 or there is no
 /// object.
 DATAINTERFACE_EXPORT bool VORN_NearestNeighborQuery(int geographyId, const QPointF &place,

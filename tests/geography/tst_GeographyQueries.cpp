@@ -150,8 +150,6 @@ private Q_SLOTS:
     void ringsAreStepsOfAWalk();
     void timesOfObjects();
     void gridsAnswerByCell();
-    void overlays_data();
-    void overlays();
     void badPolygonsAreRefused();
     void badPlacesAndCountsAreRefused();
 };
@@ -348,80 +346,36 @@ void TestGeographyQueries::gridsAnswerByCell()
     QVERIFY(VORN_GetAllObjectTimes(grid, intervals));
     QCOMPARE(intervals, QVector<Interval>{interval("[3, 9)")});
     QCOMPARE(VORN_GetObjectCount(grid, 77), 80U);
-    const Rings windows{{{1, 1}, {7, 2}, {5, 7}}, {{50, 50}, {51, 50}, {51, 51}}};
-    const int id = addPolygons(windows);
+    const int id = addPolygons({{{1, 1}, {7, 2}, {5, 7}}, {{50, 50}, {51, 50}, {51, 51}}});
     const Handle window(id, 0);
-    Objects inCircle;
-    Objects inPolygon;
-    for (unsigned int i = 0; i < 80; ++i) {
-        const QPointF center(i % 10 + 0.5, 8 - (i / 10 + 0.5));
-        if (std::hypot(center.x() - 4, center.y() - 4) <= 2.6)
-            inCircle.append(i);
-        if (FMPolygon(windows[0]).ContainsPoint(center))
-            inPolygon.append(i);
-    }
+    const auto cellsOf = [](const RasterPixels &pixels) {
+        Objects cells;
+        for (const auto &pixel : pixels)
+            cells.append(pixel.second * 10 + pixel.first);
+        return cells;
+    };
     Objects found;
+    RasterPixels pixels;
     QVector<double> overlap;
     QVERIFY(VORN_CircleQuery(grid, QPointF(4, 4), 2.6, 5, found));
-    QCOMPARE(sorted(found), inCircle);
+    QVERIFY(VORN_QueryRasterWithCircle(grid, QPointF(4, 4), 2.6, pixels) && pixels.size() > 9);
+    QCOMPARE(found, cellsOf(pixels));
     QVERIFY(VORN_PolygonQuery(window.object, grid, 5, found, &overlap));
-    QCOMPARE(sorted(found), inPolygon);
+    QVERIFY(VORN_GetPixelCentersInPolygon(grid, id, 0, 5, pixels) && pixels.size() > 9);
+    QCOMPARE(found, cellsOf(pixels));
     QVERIFY(!VORN_PolygonQuery(Handle(id, 1).object, grid, 5, found, &overlap));
     QVERIFY(!VORN_CircleQuery(grid, QPointF(50, 50), 1, 5, found));
     QVERIFY(!VORN_RectQuery(grid, QRectF(0, 0, 5, 5), 5, found));
-    QVERIFY(sorted(found) == inPolygon && overlap.isEmpty());
-}
-
-void TestGeographyQueries::overlays_data()
-{
-    QTest::addColumn<QVector<QPointF>>("b"); // beside the square
-    QTest::addColumn<double>("common");      // areas; negative: refused
-    QTest::addColumn<double>("whole");
-    QTest::addColumn<double>("border");
-    QTest::newRow("overlapping") << QVector<QPointF>{{2, 2}, {6, 2}, {6, 6}, {2, 6}} << 4.0 << 28.0
-                                 << 0.0;
-    QTest::newRow("beside") << QVector<QPointF>{{4, 0}, {8, 0}, {8, 4}, {4, 4}} << -1.0 << 32.0
-                            << 4.0;
-    QTest::newRow("itself") << kSquare << 16.0 << 16.0 << 16.0;
-    QTest::newRow("not simple") << kBowTie << -1.0 << -1.0 << 8.0;
-    QTest::newRow("far apart") << QVector<QPointF>{{90, 90}, {91, 90}, {91, 91}} << -1.0 << 16.5
-                               << 0.0;
-}
-
-void TestGeographyQueries::overlays()
-{
-    QFETCH(QVector<QPointF>, b);
-    QFETCH(double, common);
-    QFETCH(double, whole);
-    QFETCH(double, border);
-    TestModel model;
-    const int id = addPolygons({kSquare, b});
-    const Handle first(id, 0);
-    const Handle second(id, 1);
-    Rings rings;
-    double area = -1.0;
-    QCOMPARE(VORN_GetPolygonIntersection(first.object, second.object, rings, area), common >= 0.0);
-    QCOMPARE(area, common);
-    QCOMPARE(rings.isEmpty(), common < 0.0);
-    QCOMPARE(VORN_GetPolygonUnion({first.object, second.object}, rings), whole >= 0.0);
-    double sum = whole < 0.0 ? -1.0 : 0.0;
-    for (const QVector<QPointF> &ring : qAsConst(rings))
-        sum += FMPolygon(ring).GetArea();
-    QCOMPARE(sum, whole);
-    QList<QLineF> pieces;
-    QVERIFY(VORN_GetCommonPolygonBorder(first.object, second.object, pieces));
-    double length = 0.0;
-    for (const QLineF &piece : qAsConst(pieces))
-        length += piece.length();
-    QCOMPARE(length, border);
+    QVERIFY(found == cellsOf(pixels) && overlap.isEmpty());
 }
 
 void TestGeographyQueries::badPolygonsAreRefused()
 {
     TestModel model;
-    const int id = addPolygons({kSquare, kBowTie});
+    const int id = addPolygons({kSquare, kBowTie, {{4, 0}, {8, 0}, {8, 4}, {4, 4}}});
     const Handle square(id, 0);
     const Handle bowTie(id, 1);
+    const Handle beside(id, 2);
     const Handle point(addPoints(3), 1);
     const VORN_Object none;
     VORN_ReturnObject(none);
@@ -459,6 +413,12 @@ void TestGeographyQueries::badPolygonsAreRefused()
     QVERIFY(rings.isEmpty() && points.isEmpty() && area == 5.0);
     QVERIFY(VORN_GetPolygonRectIntersection(square.object, QRectF(3, 3, 9, 9), rings, area));
     QCOMPARE(area, 1.0);
+    QVERIFY(VORN_GetPolygonIntersection(square.object, square.object, rings, area));
+    QCOMPARE(area, FMPolygon(rings.value(0)).GetArea());
+    QVERIFY(VORN_GetPolygonUnion({square.object, beside.object}, rings));
+    QVERIFY(rings.size() == 1 && FMPolygon(rings[0]).GetArea() == 32.0);
+    QVERIFY(VORN_GetCommonPolygonBorder(square.object, beside.object, border));
+    QVERIFY(border.size() == 1 && border[0].length() == 4.0);
     // What a polygon that is not simple still gives.
     QVERIFY(VORN_GetPolygonUnion({bowTie.object}, rings));
     QCOMPARE(rings, Rings{kBowTie});
@@ -482,9 +442,10 @@ void TestGeographyQueries::badPlacesAndCountsAreRefused()
         QVERIFY(VORN_RectTimeQuery(id, rect, 0, 9, found) && found.isEmpty());
     }
     QVERIFY(VORN_RectTimeQuery(id, QRectF(0, 0, 9, 9), 9, 0, found) && found.isEmpty());
-    for (const double radius : {-1.0, kNan})
-        QVERIFY(VORN_CircleQuery(id, QPointF(1, 1), radius, 5, found) && found.isEmpty());
-    QVERIFY(VORN_CircleQuery(id, QPointF(1, 1), kInfinite, 5, found) && found.size() == 2);
+    for (const double radius : {-1.0, kNan, kInfinite}) {
+        QVERIFY(VORN_CircleQuery(id, QPointF(1, 1), radius, 5, found));
+        QCOMPARE(found.size(), radius == kInfinite ? 2 : 0);
+    }
     QVector<neighborDatum> neighbors(3);
     QVector<QVector<neighborDatum>> all(3);
     for (const int count : {0, -1}) {
