@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A dataset's values in another type, container by container: only one of either dataset is in memory at a time.
+// A dataset's values in another type, container by container: only one of either dataset is in
+// memory at a time.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -33,8 +34,9 @@ template <class To, class From> To convertedValue(const From &value, int precisi
         return integerFrom<int>(value);
     else if constexpr (std::is_same_v<From, double> && std::is_same_v<To, QString>)
         return precision == 0 && std::abs(value) < std::numeric_limits<int>::max()
-            ? QString::number(integerFrom<int>(value))
-            : QString::number(precision == 0 ? std::trunc(value) : value, 'f', std::min(precision, kMostDecimals));
+                   ? QString::number(integerFrom<int>(value))
+                   : QString::number(precision == 0 ? std::trunc(value) : value, 'f',
+                                     std::min(precision, kMostDecimals));
     else
         fail("Invalid data type");
 }
@@ -43,15 +45,32 @@ template <class To, class From> To convertedValue(const From &value, int precisi
 class Meter {
 public:
     explicit Meter(qint64 total) : mTotal(std::max<qint64>(total, 1)) {}
-    bool step()
+    /// Calls `work(first, last)` for stretches of the positions 0 to count - 1. False after a
+    /// cancel.
+    template <class Work> bool walk(int count, Work work)
     {
-        constexpr qint64 kInterval = 100;
-        if (++mDone % kInterval != 0 || !VORN_Progress::UsingProgressBar())
-            return true;
-        return VORN_Progress::UpdateProgress(static_cast<int>(std::min<qint64>(100, 100 * mDone / mTotal)), nullptr);
+        constexpr int kInterval = 100;
+        for (int first = 0; first < count;) {
+            const int last =
+                first + std::min(count - first, kInterval - static_cast<int>(mDone % kInterval));
+            work(first, last);
+            mDone += last - first;
+            first = last;
+            if (mDone % kInterval == 0 && !report())
+                return false;
+        }
+        return true;
     }
 
 private:
+    bool report() const
+    {
+        if (!VORN_Progress::UsingProgressBar())
+            return true;
+        return VORN_Progress::UpdateProgress(
+            static_cast<int>(std::min<qint64>(100, 100 * mDone / mTotal)), nullptr);
+    }
+
     const qint64 mTotal;
     qint64 mDone = 0;
 };
@@ -63,7 +82,8 @@ public:
     {
         if (!mOpen)
             return;
-        VORN_Progress::SetProgressBarSubSection(100 * realization / count, 100 * (realization + 1) / count);
+        VORN_Progress::SetProgressBarSubSection(100 * realization / count,
+                                                100 * (realization + 1) / count);
         VORN_Progress::PushProgressBarSection();
     }
     ~RealizationProgress()
@@ -82,47 +102,60 @@ private:
     const bool mOpen;
 };
 
-// Null after a cancel.
+// Null after a cancel. Missing positions hold a default value.
 template <class To, class From>
-std::unique_ptr<TimeSliceData<To>> convertedSlice(const TimeSliceData<From> &slice, int precision, Meter &meter)
+std::unique_ptr<TimeSliceData<To>> convertedSlice(const TimeSliceData<From> &slice, int precision,
+                                                  Meter &meter)
 {
+    constexpr bool areNumbers = std::is_arithmetic_v<From> && std::is_arithmetic_v<To>;
     const CheckedOut<TimeSliceData<From>> hold(slice);
     const QSet<int> missing = slice.GetMissingIds();
+    const From *from = slice.Data();
     QVector<To> values(slice.GetCount());
-    for (int object = 0; object < values.size(); ++object) {
-        if (!missing.contains(object))
-            values[object] = convertedValue<To>(slice.Data()[object], precision);
-        if (!meter.step())
-            return nullptr;
-    }
+    To *to = values.data();
+    const bool isDone = meter.walk(values.size(), [&](int first, int last) {
+        for (int object = first; object < last; ++object)
+            if (areNumbers || !missing.contains(object))
+                to[object] = convertedValue<To>(from[object], precision);
+    });
+    if (!isDone)
+        return nullptr;
+    if (areNumbers)
+        for (int object : missing)
+            to[object] = To();
     return std::make_unique<TimeSliceData<To>>(values, missing);
 }
 
 template <class To, class From>
-std::unique_ptr<TimeSeriesData<To>> convertedSeries(const TimeSeriesData<From> &series, int precision, Meter &meter)
+std::unique_ptr<TimeSeriesData<To>> convertedSeries(const TimeSeriesData<From> &series,
+                                                    int precision, Meter &meter)
 {
     const CheckedOut<TimeSeriesData<From>> hold(series);
-    QVector<TimeSeriesEntry<To>> entries;
-    entries.reserve(series.GetCount());
-    for (int i = 0; i < series.GetCount(); ++i) {
-        const TimeSeriesEntry<From> &entry = series.Data()[i];
-        entries.append({entry.stamp, convertedValue<To>(entry.value, precision)});
-        if (!meter.step())
-            return nullptr;
-    }
-    return std::make_unique<TimeSeriesData<To>>(entries);
+    const TimeSeriesEntry<From> *from = series.Data();
+    QVector<TimeSeriesEntry<To>> entries(series.GetCount());
+    TimeSeriesEntry<To> *to = entries.data();
+    const bool isDone = meter.walk(entries.size(), [&](int first, int last) {
+        for (int i = first; i < last; ++i) {
+            to[i].stamp = from[i].stamp;
+            to[i].value = convertedValue<To>(from[i].value, precision);
+        }
+    });
+    return isDone ? std::make_unique<TimeSeriesData<To>>(entries) : nullptr;
 }
 
+// To count means to page in: only a progress bar wants to know.
 template <class T> qint64 valueCount(const SeriesMap<T> &series)
 {
     qint64 count = 0;
-    for (const TimeSeriesData<T> *one : series)
-        count += one->GetCount();
+    if (VORN_Progress::UsingProgressBar())
+        for (const TimeSeriesData<T> *one : series)
+            count += one->GetCount();
     return count;
 }
 
 template <class To, class From>
-bool convertRealization(MVectorDataset &target, const MVectorDataset &source, int realization, int precision)
+bool convertRealization(MVectorDataset &target, const MVectorDataset &source, int realization,
+                        int precision)
 {
     if (source.GetStorageType() == MVectorDataset::TimeSlice) {
         const SliceMap<From> &slices = *slicesOf<From>(source, realization);

@@ -26,14 +26,18 @@ std::unique_ptr<TimeSliceData<T>> importedSlice(const TimeSliceData<T> &slice,
                                                 const QVector<int> &objectMap, int objectCount)
 {
     const CheckedOut<TimeSliceData<T>> hold(slice);
+    const T *from = slice.Data();
+    const QSet<int> &holes = slice.MissingIds();
+    const int count = slice.GetCount();
     QVector<T> values(objectCount);
+    T *to = values.data();
     QSet<int> missing;
     for (int object = 0; object < objectCount; ++object) {
-        const int from = objectMap.value(object, -1);
-        if (from < 0 || from >= slice.GetCount() || slice.IsMissing(from))
+        const int source = objectMap.value(object, -1);
+        if (source < 0 || source >= count || (!holes.isEmpty() && holes.contains(source)))
             missing.insert(object);
         else
-            values[object] = slice.Data()[from];
+            to[object] = from[source];
     }
     return std::make_unique<TimeSliceData<T>>(values, missing);
 }
