@@ -4,6 +4,7 @@
 #include <QSet>
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -113,6 +114,7 @@ public:
 
 private:
     static constexpr size_t kSortedCount = 32;
+    static constexpr size_t kSelectedCount = 8;
 
     // What was kept in order lacks the order of ids only.
     void sort()
@@ -140,9 +142,31 @@ private:
             std::push_heap(mHits.data(), at + 1, nearer);
             return;
         }
+        if (mWanted <= kSelectedCount) {
+            // Where a hit belongs cannot be predicted: in a short list each place selects.
+            *at = hit;
+            for (; at != mHits.data(); --at) {
+                const bool moves = at[-1].distance > hit.distance;
+                *at = select(moves, at[-1], *at);
+                at[-1] = select(moves, hit, at[-1]);
+            }
+            return;
+        }
         for (; at != mHits.data() && at[-1].distance > hit.distance; --at)
             *at = at[-1];
         *at = hit;
+    }
+    static PointHit select(bool first, const PointHit &a, const PointHit &b)
+    {
+        quint64 words[2][2];
+        std::memcpy(words[0], &a, sizeof a);
+        std::memcpy(words[1], &b, sizeof b);
+        const quint64 mask = 0U - quint64(first);
+        for (int i = 0; i < 2; ++i)
+            words[0][i] = (words[0][i] & mask) | (words[1][i] & ~mask);
+        PointHit hit;
+        std::memcpy(&hit, words[0], sizeof hit);
+        return hit;
     }
 
     PointHit replaceLast(const PointHit &hit)

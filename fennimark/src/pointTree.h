@@ -9,6 +9,7 @@
 /// Distances to cells are computed by the expression of the distances to points, so that rounding is monotone: a cell is
 /// never farther than a point in it.
 #pragma once
+#include <QtAlgorithms>
 #include <QtGlobal>
 #include <algorithm>
 #include <cstring>
@@ -16,6 +17,9 @@
 #include <memory>
 #include <vector>
 #include "fennimark/geometryTypes.h"
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace fennimark {
 
@@ -61,6 +65,9 @@ private:
         double x[kLeafSize];
         double y[kLeafSize];
         int id[kLeafSize];
+
+        /// All squared distances, and a bit for each that is at most `limit`: few are, and which ones cannot be predicted.
+        quint32 within(double limit, double fromX, double fromY, double *distance) const;
     };
     // The axis is the last bit of `low`, which is rounded up to make it so.
     struct Node {
@@ -77,13 +84,27 @@ private:
         quint32 node;
         quint32 leaf;
         quint32 leaves;
-        Range left() const { return {node + 1, leaf, leaves / 2}; }
-        Range right() const { return {node + leaves / 2, leaf + leaves / 2, leaves - leaves / 2}; }
+        Range left() const { return half(false); }
+        Range right() const { return half(true); }
+        /// By masks, since a walk chooses as if by the toss of a coin.
+        Range half(bool isRight) const
+        {
+            const quint32 mask = 0U - quint32(isRight);
+            const quint32 onLeft = leaves / 2;
+            return {node + 1 + ((onLeft - 1) & mask), leaf + (onLeft & mask), onLeft + (leaves & 1 & mask)};
+        }
     };
     class Builder;
     static constexpr int kMaxDepth = 34;
 
     Range all() const { return {0, 0, static_cast<quint32>(mLeaves.size())}; }
+    /// Asks for a leaf's memory while the way to it is still being found.
+    void fetchAhead(quint32 leaf) const
+    {
+        const auto *bytes = reinterpret_cast<const char *>(mLeaves.data() + leaf);
+        for (std::size_t i = 0; i < sizeof(Leaf); i += 64)
+            __builtin_prefetch(bytes + i);
+    }
     template <class Sink> void scanLeaf(quint32 leaf, double x, double y, Sink &sink) const;
     template <class CellTest, class Visit>
     void visitCells(Range range, const Rect2D &box, bool inside, CellTest &cell, Visit &visit) const;
@@ -95,25 +116,37 @@ private:
     quint32 mLive = 0;
 };
 
+inline quint32 PointTree::Leaf::within(double limit, double fromX, double fromY, double *distance) const
+{
+    quint32 near = 0;
+#ifdef __SSE2__
+    const __m128d placeX = _mm_set1_pd(fromX);
+    const __m128d placeY = _mm_set1_pd(fromY);
+    const __m128d most = _mm_set1_pd(limit);
+    for (quint32 i = 0; i < kLeafSize; i += 2) {
+        const __m128d dx = _mm_sub_pd(_mm_loadu_pd(x + i), placeX);
+        const __m128d dy = _mm_sub_pd(_mm_loadu_pd(y + i), placeY);
+        const __m128d squared = _mm_add_pd(_mm_mul_pd(dx, dx), _mm_mul_pd(dy, dy));
+        _mm_storeu_pd(distance + i, squared);
+        near |= static_cast<quint32>(_mm_movemask_pd(_mm_cmple_pd(squared, most))) << i;
+    }
+#else
+    for (quint32 i = 0; i < kLeafSize; ++i) {
+        const double dx = x[i] - fromX;
+        const double dy = y[i] - fromY;
+        distance[i] = dx * dx + dy * dy;
+        near |= static_cast<quint32>(distance[i] <= limit) << i;
+    }
+#endif
+    return near;
+}
+
 template <class Sink> void PointTree::scanLeaf(quint32 leaf, double x, double y, Sink &sink) const
 {
     const Leaf &points = mLeaves[leaf];
     double distance[kLeafSize];
-    for (quint32 i = 0; i < kLeafSize; ++i) {
-        const double dx = points.x[i] - x;
-        const double dy = points.y[i] - y;
-        distance[i] = dx * dx + dy * dy;
-    }
-    // Few points of a leaf are near enough, and which ones cannot be predicted: they are listed without branches.
-    const double limit = sink.limit();
-    quint32 near[kLeafSize];
-    quint32 found = 0;
-    for (quint32 i = 0; i < kLeafSize; ++i) {
-        near[found] = i;
-        found += distance[i] <= limit;
-    }
-    for (quint32 n = 0; n < found; ++n) {
-        const quint32 i = near[n];
+    for (quint32 near = points.within(sink.limit(), x, y, distance); near != 0; near &= near - 1) {
+        const quint32 i = qCountTrailingZeroBits(near);
         if (distance[i] <= sink.limit())
             sink.offer(distance[i], points.id[i], leaf * kLeafSize + i);
     }
@@ -145,15 +178,18 @@ template <class Sink> void PointTree::visitNear(double x, double y, Sink &sink) 
             const double across = std::max(toLeft, toRight); // to the farther side, not negative
             const double along = away[1 - axis];
             const double distance = across * across + along * along;
-            const quint32 rightFirst = toRight <= toLeft;
-            const Range halves[2] = {range.left(), range.right()};
+            const bool rightFirst = toRight <= toLeft;
             Waiting &farther = stack[depth];
             farther.distance = distance;
             farther.away[axis] = across;
             farther.away[1 - axis] = along;
-            farther.range = halves[1 - rightFirst];
+            farther.range = range.half(!rightFirst);
             depth += distance <= sink.limit();
-            range = halves[rightFirst];
+            range = range.half(rightFirst);
+            if (range.leaves <= 2) {
+                fetchAhead(range.leaf);
+                fetchAhead(farther.range.leaf);
+            }
         }
         scanLeaf(range.leaf, x, y, sink);
         do {
