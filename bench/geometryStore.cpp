@@ -188,23 +188,35 @@ volatile std::size_t sink; // what queries find goes here, so that none is left 
 constexpr int kRecords = 100000;
 constexpr double kSize = 1000;
 
-std::vector<Shape> timedBoxes(int each)
+enum class Changes { Together, Apart };
+
+/// Objects whose observations follow one another without a gap, all at the same times or each at
+/// its own.
+std::vector<Shape> timedBoxes(int each, Changes changes = Changes::Together)
 {
     std::vector<Shape> shapes;
     for (int i = 0; i < kRecords / each; ++i) {
         const double x = uniform(0, kSize), y = uniform(0, kSize);
+        std::vector<double> times;
+        for (int j = 0; j <= each; ++j) {
+            const bool inner = j > 0 && j < each;
+            times.push_back(changes == Changes::Apart && inner ? uniform(0, 1000)
+                                                               : j * 1000.0 / each);
+        }
+        std::sort(times.begin(), times.end());
         for (int j = 0; j < each; ++j)
             shapes.push_back(
                 {rect(x + uniform(-5, 5), y + uniform(-5, 5), uniform(0.5, 3), uniform(0.5, 3)),
-                 {j * 1000.0 / each, (j + 1) * 1000.0 / each, 0xF0}});
+                 {times[std::size_t(j)], times[std::size_t(j) + 1], 0xF0}});
     }
     return shapes;
 }
 
 template <int Dimensions>
-void timedQueries(int each, double instantTarget, double spanTarget, double wholeTarget)
+void timedQueries(int each, Changes changes, double instantTarget, double spanTarget,
+                  double wholeTarget)
 {
-    const std::vector<Shape> shapes = timedBoxes(each);
+    const std::vector<Shape> shapes = timedBoxes(each, changes);
     const std::unique_ptr<Fennims> fennims = opened(shapes, kSize, 1000, each);
     const BoostTree<Dimensions> peer = boostTree<Dimensions>(shapes);
     struct Query {
@@ -218,57 +230,57 @@ void timedQueries(int each, double instantTarget, double spanTarget, double whol
     }
     QVector<int> records;
     std::vector<int> ids;
-    const auto ours = [&](auto ask) {
-        return ratios::best(kRounds, double(queries.size()), [&] {
-            for (const Query &query : queries) {
-                ask(query);
-                sink = sink + std::size_t(records.size());
-            }
-        });
+    const auto row = [&](const char *question, double target, auto ask, auto window) {
+        const auto [ours, boost] = ratios::bestInTurns(
+            kRounds, double(queries.size()),
+            [&] {
+                for (const Query &query : queries) {
+                    ask(query);
+                    sink = sink + std::size_t(records.size());
+                }
+            },
+            [&] {
+                for (const Query &query : queries) {
+                    ids.clear();
+                    peer.query(bgi::intersects(window(query)),
+                               boost::make_function_output_iterator(
+                                   [&ids](const auto &value) { ids.push_back(value.second); }));
+                    sink = sink + ids.size();
+                }
+            });
+        char name[64];
+        std::snprintf(name, sizeof name, "%s, %d observations%s", question, each,
+                      changes == Changes::Apart ? ", own times" : "");
+        ratios::row(name, ours, Dimensions == 2 ? "Boost rtree 2D" : "Boost rtree 3D", boost,
+                    target);
     };
-    const auto boost = [&](auto window) {
-        return ratios::best(kRounds, double(queries.size()), [&] {
-            for (const Query &query : queries) {
-                ids.clear();
-                peer.query(bgi::intersects(window(query)),
-                           boost::make_function_output_iterator(
-                               [&ids](const auto &value) { ids.push_back(value.second); }));
-                sink = sink + ids.size();
-            }
-        });
-    };
-    char name[64];
-    std::snprintf(name, sizeof name, "box at an instant, %d observations", each);
-    ratios::row(
-        name, ours([&](const Query &q) { fennims->OverlapsMBRs(q.box, qint64(q.time), records); }),
-        Dimensions == 2 ? "Boost rtree 2D" : "Boost rtree 3D",
-        boost([](const Query &q) { return boostBox<Dimensions>(q.box, q.time, q.time); }),
-        instantTarget);
+    row(
+        "box at an instant", instantTarget,
+        [&](const Query &q) { fennims->OverlapsMBRs(q.box, qint64(q.time), records); },
+        [](const Query &q) { return boostBox<Dimensions>(q.box, q.time, q.time); });
     if (each == 1)
         return;
-    std::snprintf(name, sizeof name, "box over a time range, %d observations", each);
-    ratios::row(
-        name, ours([&](const Query &q) {
+    row(
+        "box over a time range", spanTarget,
+        [&](const Query &q) {
             fennims->mTree->Overlaps(RectInT{q.box, timeRange{q.time, q.time + 50, 0xFF}}, records);
-        }),
-        "Boost rtree 3D",
-        boost([](const Query &q) { return boostBox<Dimensions>(q.box, q.time, q.time + 50); }),
-        spanTarget);
+        },
+        [](const Query &q) { return boostBox<Dimensions>(q.box, q.time, q.time + 50); });
     queries.resize(100);
     const Rect2D whole{-10, kSize + 10, -10, kSize + 10};
-    std::snprintf(name, sizeof name, "whole extent at an instant, %d observations", each);
-    ratios::row(
-        name, ours([&](const Query &q) { fennims->OverlapsMBRs(whole, qint64(q.time), records); }),
-        "Boost rtree 3D",
-        boost([&](const Query &q) { return boostBox<Dimensions>(whole, q.time, q.time); }),
-        wholeTarget);
+    row(
+        "whole extent at an instant", wholeTarget,
+        [&](const Query &q) { fennims->OverlapsMBRs(whole, qint64(q.time), records); },
+        [&](const Query &q) { return boostBox<Dimensions>(whole, q.time, q.time); });
 }
 
 void boxRows()
 {
-    timedQueries<2>(1, 0.7, 0, 0);
-    timedQueries<3>(10, 0.45, 0.7, 0.35);
-    timedQueries<3>(100, 0.55, 0.85, 0.35);
+    timedQueries<2>(1, Changes::Together, 0.7, 0, 0);
+    timedQueries<3>(10, Changes::Together, 0.45, 0.7, 0.35);
+    timedQueries<3>(100, Changes::Together, 0.55, 0.85, 0.35);
+    timedQueries<3>(10, Changes::Apart, 0.8, 0.8, 1.2);
+    timedQueries<3>(100, Changes::Apart, 0.8, 0.85, 1.2);
 }
 
 void indexRows()
@@ -328,22 +340,24 @@ void exactRows()
         geosWindows.push_back(geos.polygon(rect(w.xMin, w.yMin, 5, 5)));
     QVector<int> records;
     std::size_t oursFound = 0, theirsFound = 0;
-    const double ours = ratios::best(kRounds, double(windows.size()), [&] {
-        oursFound = 0;
-        for (const Rect2D &window : windows) {
-            fennims->RectQuery(window, 0, records);
-            oursFound += std::size_t(records.size());
-        }
-    });
-    const double peer = ratios::best(kRounds, double(windows.size()), [&] {
-        theirsFound = 0;
-        for (const GEOSGeometry *window : geosWindows) {
-            geos.query(window, [&](std::size_t i) {
-                theirsFound +=
-                    GEOSPreparedIntersects_r(geos.context(), geos.prepared(i), window) == 1;
-            });
-        }
-    });
+    const auto [ours, peer] = ratios::bestInTurns(
+        kRounds, double(windows.size()),
+        [&] {
+            oursFound = 0;
+            for (const Rect2D &window : windows) {
+                fennims->RectQuery(window, 0, records);
+                oursFound += std::size_t(records.size());
+            }
+        },
+        [&] {
+            theirsFound = 0;
+            for (const GEOSGeometry *window : geosWindows) {
+                geos.query(window, [&](std::size_t i) {
+                    theirsFound +=
+                        GEOSPreparedIntersects_r(geos.context(), geos.prepared(i), window) == 1;
+                });
+            }
+        });
     if (oursFound != theirsFound)
         std::printf("rectangle queries differ: %zu and %zu\n", oursFound, theirsFound);
     ratios::row("rectangle query, exact, 30k polygons", ours, "GEOS STRtree + prepared", peer, 0.6);
@@ -472,36 +486,35 @@ void oneNeighbourhood(int vertices, double target)
     GeosShapes geos(squares);
     geos.index();
     geos.query(geos.geometries[0], [](std::size_t) {}); // the tree is packed by its first query
-    const int asked = 60;
-    double ours = std::numeric_limits<double>::infinity();
-    const std::unique_ptr<Fennims> fennims = opened(squares, 100, 1);
-    std::vector<int> records;
-    for (int i = 0; i < asked; ++i)
-        records.push_back(fennims->GetChainById(1000 + 97 * i)->GetObservation(0).second);
-    for (int round = 0; round < 20; ++round) {
-        // A time without a geometry makes the store forget its count of questions, so no graph is
-        // made.
-        fennims->CalculatePolygonAdjacencies(records[0], 0, true, 1, {});
-        const std::unique_ptr<Fennims> fresh = opened(squares, 100, 1);
-        ours = std::min(
-            ours, ratios::best(1, asked, [&] {
-                for (const int record : records)
-                    sink = sink
-                           + std::size_t(
-                               fresh->CalculatePolygonAdjacencies(record, 0, true, 1, {}).size());
-            }));
-        if (round == 2)
-            break;
-    }
-    const double peer = ratios::best(kRounds, asked, [&] {
-        for (int i = 0; i < asked; ++i) {
-            const GEOSGeometry *ego = geos.geometries[std::size_t(1000 + 97 * i)];
-            geos.query(ego, [&](std::size_t j) {
-                sink =
-                    sink + std::size_t(GEOSTouches_r(geos.context(), ego, geos.geometries[j]) == 1);
-            });
+    // After 64 questions about one time all answers come from one graph, so every round has a
+    // geography of its own, to which half of the questions have been put before.
+    constexpr int kAsked = 30;
+    const auto ask = [](Fennims &geography) {
+        for (int i = 0; i < kAsked; ++i) {
+            const int record = geography.GetChainById(1000 + 97 * i)->GetObservation(0).second;
+            sink =
+                sink
+                + std::size_t(geography.CalculatePolygonAdjacencies(record, 0, true, 1, {}).size());
         }
-    });
+    };
+    std::vector<std::unique_ptr<Fennims>> geographies;
+    for (int round = 0; round < kRounds; ++round) {
+        geographies.push_back(opened(squares, 100, 1));
+        ask(*geographies.back());
+    }
+    auto fresh = geographies.begin();
+    const auto [ours, peer] = ratios::bestInTurns(
+        kRounds, kAsked, [&] { ask(**fresh++); },
+        [&] {
+            for (int i = 0; i < kAsked; ++i) {
+                const GEOSGeometry *ego = geos.geometries[std::size_t(1000 + 97 * i)];
+                geos.query(ego, [&](std::size_t j) {
+                    sink =
+                        sink
+                        + std::size_t(GEOSTouches_r(geos.context(), ego, geos.geometries[j]) == 1);
+                });
+            }
+        });
     char name[64];
     std::snprintf(name, sizeof name, "one polygon's neighbours, %d vertices", vertices);
     ratios::row(name, ours, "GEOS tree + touches", peer, target);
@@ -553,13 +566,6 @@ void fileRows()
     for (int i = 0; i < 100000; ++i)
         shapes.push_back({star(uniform(0, kSize), uniform(0, kSize), 2, 32), {0, 1, 0xFF}});
     const std::unique_ptr<Fennims> fennims = opened(shapes, kSize, 1);
-    const double ours = ratios::best(kRounds, 1e6, [] {
-        QFile file(scratchFile());
-        file.open(QIODevice::ReadOnly);
-        QDataStream in(&file);
-        Fennims again;
-        sink = sink + std::size_t(again.Open(in, nullptr));
-    });
     GDALAllRegister();
     const QByteArray path = QFile::encodeName(scratchFile() + QStringLiteral(".fgb"));
     GDALDriverH driver = GDALGetDriverByName("FlatGeobuf");
@@ -578,16 +584,25 @@ void fileRows()
         OGR_F_Destroy(feature);
     }
     GDALClose(written);
-    const double peer = ratios::best(kRounds, 1e6, [&] {
-        GDALDatasetH dataset =
-            GDALOpenEx(path.constData(), GDAL_OF_VECTOR, nullptr, nullptr, nullptr);
-        OGRLayerH read = GDALDatasetGetLayer(dataset, 0);
-        while (OGRFeatureH feature = OGR_L_GetNextFeature(read)) {
-            sink = sink + std::size_t(OGR_F_GetGeometryRef(feature) != nullptr);
-            OGR_F_Destroy(feature);
-        }
-        GDALClose(dataset);
-    });
+    const auto [ours, peer] = ratios::bestInTurns(
+        kRounds, 1e6,
+        [] {
+            QFile file(scratchFile());
+            file.open(QIODevice::ReadOnly);
+            QDataStream in(&file);
+            Fennims again;
+            sink = sink + std::size_t(again.Open(in, nullptr));
+        },
+        [&] {
+            GDALDatasetH dataset =
+                GDALOpenEx(path.constData(), GDAL_OF_VECTOR, nullptr, nullptr, nullptr);
+            OGRLayerH read = GDALDatasetGetLayer(dataset, 0);
+            while (OGRFeatureH feature = OGR_L_GetNextFeature(read)) {
+                sink = sink + std::size_t(OGR_F_GetGeometryRef(feature) != nullptr);
+                OGR_F_Destroy(feature);
+            }
+            GDALClose(dataset);
+        });
     ratios::row("Open, 100k polygons of 32 vertices, all checks", ours, "OGR, FlatGeobuf", peer,
                 0.8, "ms");
 

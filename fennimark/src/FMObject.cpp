@@ -55,6 +55,15 @@ void FMObject::adopt(std::unique_ptr<ObjectBacking> backing)
     mView.partCount = static_cast<quint32>(mBacking->partSizes.size());
 }
 
+void fennimark::ObjectAccess::seat(FMObject &object, const GeometryView &view,
+                                   Simplicity simplicity)
+{
+    object.mBacking.reset();
+    object.mView = view;
+    object.mSimplicity = simplicity;
+    object.mDirty = false;
+}
+
 Rect2D FMObject::GetBounds() const
 {
     if (mKind != ObjectKind::Point)

@@ -177,12 +177,11 @@ void query(const RecordStore &store, const Rect2D &window, qint64 time, QVector<
 {
     records.clear();
     std::vector<quint64> buffer;
+    std::unique_ptr<FMObject> object;
     store.visit(window, AtTime{double(time)}, [&](quint32 record) {
         bool hits = byBox(store.box(record));
-        if (!hits) {
-            const std::unique_ptr<FMObject> object = store.makeObject(record, buffer);
-            hits = object && byObject(*object);
-        }
+        if (!hits)
+            hits = store.present(record, object, buffer) && byObject(*object);
         if (hits)
             records.append(int(record) + 1);
     });
@@ -193,10 +192,8 @@ void query(const RecordStore &store, const Rect2D &window, qint64 time, QVector<
 void Fennims::OverlapsMBRs(const Rect2D &rect, qint64 time, QVector<int> &records) const
 {
     records.clear();
-    if (!isRect(rect))
-        return;
-    d->store.visit(rect, AtTime{double(time)},
-                   [&records](quint32 record) { records.append(int(record) + 1); });
+    if (isRect(rect))
+        d->store.collect(rect, AtTime{double(time)}, records);
 }
 
 void Fennims::RectQuery(const Rect2D &rect, qint64 time, QVector<int> &records) const

@@ -63,13 +63,14 @@ bool eachSource(const RecordStore &store, const HilbertTree *source, const QVect
     if (!source)
         return false;
     std::vector<quint64> buffer;
+    std::unique_ptr<FMObject> target;
     for (int i = 0; i < records.size(); ++i) {
         const CheckedOutRecord held(*source, records[i]);
         if (const auto *object = dynamic_cast<const FMObject *>(held.object())) {
             neighbors.insert(records[i], recordIds(search(object->GetBounds(), [&](quint32 record) {
-                                 const std::unique_ptr<FMObject> target =
-                                     store.makeObject(record, buffer);
-                                 return target ? object->SqrDistance(target.get()) : kInfinity;
+                                 return store.present(record, target, buffer)
+                                            ? object->SqrDistance(target.get())
+                                            : kInfinity;
                              })));
         }
         if (!reported(progress, i, records.size())) {
@@ -124,8 +125,7 @@ bool Fennims::CalculatePolygonAdjacencies(bool queen, qint64 time, int order, bo
         return false;
     QVector<int> egos;
     const Rect2D everywhere{-kInfinity, kInfinity, -kInfinity, kInfinity};
-    d->store.visit(everywhere, AtTime{double(time)},
-                   [&egos](quint32 record) { egos.append(int(record) + 1); });
+    d->store.collect(everywhere, AtTime{double(time)}, egos);
     for (int i = 0; i < egos.size(); ++i) {
         const quint32 record = quint32(egos[i]) - 1;
         QVector<int> ids = within(d->contiguity.rings(record, time, queen, order), record);
@@ -219,14 +219,16 @@ bool Fennims::CalculateNearestNeighborsToPoint(const QPointF &point, qint64 time
     if (count < 1 || !std::isfinite(point.x()) || !std::isfinite(point.y()))
         return false;
     std::vector<quint64> buffer;
+    std::unique_ptr<FMObject> object;
     const Rect2D from{point.x(), point.x(), point.y(), point.y()};
     const bool points = d->store.kind() == ObjectKind::Point;
     records = recordIds(nearestRecords(
         d->store, from, AtTime{double(time)}, std::size_t(count), kInfinity, [&](quint32 record) {
             if (points)
                 return sqrDistance(d->store.box(record), from);
-            const std::unique_ptr<FMObject> object = d->store.makeObject(record, buffer);
-            return object ? object->SqrDistance(point.x(), point.y()) : kInfinity;
+            return d->store.present(record, object, buffer)
+                       ? object->SqrDistance(point.x(), point.y())
+                       : kInfinity;
         }));
     return !records.isEmpty();
 }

@@ -13,6 +13,7 @@ HilbertTreeRecord *HilbertTree::CheckOutRecord(int recordId, bool keep)
 {
     if (!mStore->isRecordId(recordId))
         return nullptr;
+    mStore->fetchAhead(quint32(recordId) - 1);
     return mStore->live().checkOut(recordId, mStore->chainId(quint32(recordId) - 1), keep);
 }
 
@@ -32,7 +33,7 @@ void HilbertTree::Overlaps(const RectInT &box, QVector<int> &records) const
     const fennimark::DuringTime during{fennimark::normalized(box)};
     if (!fennimark::isRect(box) || !(during.span.start <= during.span.end))
         return;
-    mStore->visit(box, during, [&records](quint32 record) { records.append(int(record) + 1); });
+    mStore->collect(box, during, records);
 }
 
 TreeObject *HilbertTreeRecord::GetTreeObject(const HilbertTree *tree)

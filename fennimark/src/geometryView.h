@@ -42,6 +42,8 @@ struct ObjectAccess {
     /// Live objects on vertices that outlive them. The caller's.
     static std::unique_ptr<FMLine> makeLine(const GeometryView &view);
     static std::unique_ptr<FMPolygon> makePolygon(const GeometryView &view, Simplicity simplicity);
+    /// Makes a line or polygon that was such a live object one of other vertices.
+    static void seat(FMObject &object, const GeometryView &view, Simplicity simplicity);
     static std::unique_ptr<FMPolygon> makePolygon(std::unique_ptr<ObjectBacking> backing,
                                                   Simplicity simplicity);
 

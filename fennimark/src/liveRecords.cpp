@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "liveRecords.h"
+#include "geometryView.h"
+#include "shape.h"
 
 namespace fennimark {
 namespace {
@@ -69,7 +71,7 @@ void LiveRecords::settle(LiveRecord &record)
     if (record.checkOuts > 0 || record.objectsOut > 0)
         return;
     --mInUse;
-    if (!record.keep || !record.object) {
+    if (!record.keep || !record.isPresent) {
         drop(record);
         return;
     }
@@ -94,9 +96,11 @@ void LiveRecords::unlinkWaiting(LiveRecord &record)
 
 void LiveRecords::dropObject(LiveRecord &record)
 {
-    if (record.object)
-        mOwner->objectDropped(record.recordId, *record.object);
-    record.object.reset();
+    if (!record.isPresent)
+        return;
+    mOwner->objectDropped(record.recordId, *record.object);
+    ObjectAccess::backing(*record.object).reset();
+    record.isPresent = false;
 }
 
 void LiveRecords::drop(LiveRecord &record)

@@ -12,6 +12,7 @@ struct LiveRecord final : HilbertTreeRecord {
     quint32 checkOuts = 0;
     quint32 objectsOut = 0;
     bool keep = false;
+    bool isPresent = false; // the object is this record's, not one that waits to be used again
     std::unique_ptr<FMObject> object;
     std::vector<quint64> bytes; // the payload, where the store is not mapped
     LiveRecord *nextInBucket = nullptr;

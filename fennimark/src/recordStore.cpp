@@ -29,6 +29,52 @@ void lookAt(const uchar *bytes, GeometryView &view)
         boxes > 0 ? reinterpret_cast<const RunBox *>(view.vertices + view.vertexCount) : nullptr;
 }
 
+/// A box as its corners, both axes tested at once.
+class Corners {
+public:
+    explicit Corners(const QPointF &point)
+        : Corners(Rect2D{point.x(), point.x(), point.y(), point.y()})
+    {
+    }
+#ifdef __SSE2__
+    explicit Corners(const Rect2D &rect)
+    {
+        const __m128d x = _mm_loadu_pd(&rect.xMin), y = _mm_loadu_pd(&rect.yMin);
+        mLow = _mm_unpacklo_pd(x, y);
+        mHigh = _mm_unpackhi_pd(x, y);
+    }
+    bool meet(const Corners &other) const
+    {
+        return _mm_movemask_pd(
+                   _mm_and_pd(_mm_cmple_pd(mLow, other.mHigh), _mm_cmpge_pd(mHigh, other.mLow)))
+               == 3;
+    }
+
+private:
+    __m128d mLow, mHigh;
+#else
+    explicit Corners(const Rect2D &rect) : mRect(rect)
+    {
+    }
+    bool meet(const Corners &other) const
+    {
+        return fennimark::meet(mRect, other.mRect);
+    }
+
+private:
+    Rect2D mRect;
+#endif
+};
+
+template <class Item> unsigned itemsIn(const Item *items, quint32 count, const Rect2D &window)
+{
+    const Corners wanted(window);
+    unsigned bits = 0;
+    for (quint32 i = 0; i < count; ++i)
+        bits |= unsigned(Corners(items[i]).meet(wanted)) << i;
+    return bits;
+}
+
 } // namespace
 
 bool StoreContent::addPayload(const GeometryView &view)
@@ -44,6 +90,16 @@ bool StoreContent::addPayload(const GeometryView &view)
            && space.append(view.partSizes, 4 * quint64(view.partCount)) && space.align(8)
            && space.append(view.vertices, sizeof(QPointF) * quint64(view.vertexCount))
            && space.append(mRuns.data(), sizeof(RunBox) * mRuns.size());
+}
+
+unsigned boxesIn(const Rect2D *boxes, quint32 count, const Rect2D &window)
+{
+    return itemsIn(boxes, count, window);
+}
+
+unsigned pointsIn(const QPointF *points, quint32 count, const Rect2D &window)
+{
+    return itemsIn(points, count, window);
 }
 
 RecordStore::RecordStore() : mLive(this)
@@ -63,6 +119,8 @@ void RecordStore::clear()
     mBoxes = nullptr;
     mPayloads = nullptr;
     mTree = BoxTree();
+    mBounds = kNoBox;
+    mRemoved = 0;
     mFlags.clear();
     mLaterObservations.clear();
     mLaterChains.clear();
@@ -124,6 +182,8 @@ bool RecordStore::assign(StoreContent &&content)
     mBoxes = column<Rect2D>(at.boxes);
     mPayloads = column<quint64>(at.payloads);
     mTree = BoxTree(column<BoxNode>(at.nodes), quint32(hulls.size()));
+    for (const RunHull &hull : hulls)
+        widen(mBounds, hull.box);
     mFlags.assign(mCount, typeCode(mKind));
     return true;
 }
@@ -180,27 +240,34 @@ bool RecordStore::view(quint32 record, GeometryView &view, std::vector<quint64> 
     return true;
 }
 
-std::unique_ptr<FMObject> RecordStore::makeObject(quint32 record,
-                                                  std::vector<quint64> &buffer) const
+bool RecordStore::present(quint32 record, std::unique_ptr<FMObject> &object,
+                          std::vector<quint64> &buffer) const
 {
-    if (mKind == ObjectKind::Point)
-        return std::make_unique<FMPoint>(mPoints[record]);
+    if (mKind == ObjectKind::Point) {
+        object = std::make_unique<FMPoint>(mPoints[record]);
+        return true;
+    }
     GeometryView bytes;
     if (!view(record, bytes, buffer))
-        return nullptr;
-    if (mKind == ObjectKind::Line)
-        return ObjectAccess::makeLine(bytes);
+        return false;
     const quint8 flags = mFlags[record];
-    return ObjectAccess::makePolygon(bytes, flags & kKnownSimple      ? Simplicity::Simple
-                                            : flags & kKnownNotSimple ? Simplicity::NotSimple
-                                                                      : Simplicity::Unknown);
+    const Simplicity simplicity = flags & kKnownSimple      ? Simplicity::Simple
+                                  : flags & kKnownNotSimple ? Simplicity::NotSimple
+                                                            : Simplicity::Unknown;
+    if (object)
+        ObjectAccess::seat(*object, bytes, simplicity);
+    else if (mKind == ObjectKind::Line)
+        object = ObjectAccess::makeLine(bytes);
+    else
+        object = ObjectAccess::makePolygon(bytes, simplicity);
+    return true;
 }
 
 FMObject *RecordStore::liveObject(LiveRecord &record) const
 {
-    if (!record.object)
-        record.object = makeObject(quint32(record.recordId) - 1, record.bytes);
-    return record.object.get();
+    record.isPresent =
+        record.isPresent || present(quint32(record.recordId) - 1, record.object, record.bytes);
+    return record.isPresent ? record.object.get() : nullptr;
 }
 
 void RecordStore::objectDropped(int recordId, const FMObject &object)
@@ -213,6 +280,7 @@ void RecordStore::objectDropped(int recordId, const FMObject &object)
 
 void RecordStore::remove(quint32 record)
 {
+    mRemoved += lives(record);
     mFlags[record] |= kRemoved;
     mLive.forget(int(record) + 1);
     ++mVersion;
@@ -222,6 +290,7 @@ quint32 RecordStore::revive(const std::vector<quint32> &records, int chain)
 {
     const auto first = quint32(mCount + mLaterObservations.size());
     for (const quint32 record : records) {
+        mRemoved -= !lives(record);
         mFlags[record] &= quint8(~kRemoved);
         mLaterObservations.push_back(record + 1);
         mLaterChains.insert(record, chain);

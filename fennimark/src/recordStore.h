@@ -27,6 +27,7 @@
 namespace fennimark {
 
 constexpr quint64 kMaxRecords = 0x7ffffffeU;
+constexpr quint32 kRecordsARange = 64; // so many, and testing all ranges costs next to nothing
 
 /// Flags of a record; the lower two bits are its geometry type.
 constexpr quint8 kTypeMask = 0x03;
@@ -113,8 +114,18 @@ public:
     /// A line's or polygon's vertices in place, or in `buffer` where they are not in memory. False
     /// when the device fails.
     bool view(quint32 record, GeometryView &view, std::vector<quint64> &buffer) const;
-    /// A live object of one's own; null when the device fails. `buffer` must outlive it.
-    std::unique_ptr<FMObject> makeObject(quint32 record, std::vector<quint64> &buffer) const;
+    /// Asks for the memory that a view of the record will read.
+    void fetchAhead(quint32 record) const
+    {
+        if (!mPoints) {
+            __builtin_prefetch(mBoxes + record);
+            __builtin_prefetch(mSpace.at(mPayloads[record]));
+        }
+    }
+    /// Makes `object` a live object of the record, in place of an earlier one where there is one.
+    /// False when the device fails. `buffer` must outlive it.
+    bool present(quint32 record, std::unique_ptr<FMObject> &object,
+                 std::vector<quint64> &buffer) const;
     /// The record's live object while it is checked out; it stays the record's.
     FMObject *liveObject(LiveRecord &record) const;
     LiveRecords &live() const { return mLive; }
@@ -139,6 +150,9 @@ public:
     void visitRun(quint32 run, const Rect2D &window, const When &when, Visit visit) const;
     template <class When, class Visit>
     void visit(const Rect2D &window, const When &when, Visit visit) const;
+    /// The ids of the same records, ascending.
+    template <class When>
+    void collect(const Rect2D &window, const When &when, QVector<int> &ids) const;
     /// Whether the store has records of the time at all, where one range says it for all.
     template <class When> bool mayHold(const When &when) const
     {
@@ -146,6 +160,10 @@ public:
     }
 
 private:
+    unsigned livingIn(quint32 first, quint32 count) const;
+    /// One bit for each record of the run that lives and hits.
+    template <class When>
+    unsigned hitsIn(quint32 run, const Rect2D &window, const When &when) const;
     template <class T> const T *column(quint64 offset) const
     {
         return reinterpret_cast<const T *>(mSpace.at(offset));
@@ -172,7 +190,9 @@ private:
     const Rect2D *mBoxes = nullptr;
     const quint64 *mPayloads = nullptr;
     BoxTree mTree;
+    Rect2D mBounds = kNoBox; // of all records, removed ones included
     std::vector<quint8> mFlags;
+    quint32 mRemoved = 0; // how many records are
     quint32 mVersion = 0;
 
     std::vector<quint32>
@@ -190,27 +210,45 @@ struct StoreAccess {
     static RecordStore &store(const HilbertTree &tree) { return *tree.mStore; }
 };
 
+/// One bit for each of `count` boxes, or points, that meets the window.
+unsigned boxesIn(const Rect2D *boxes, quint32 count, const Rect2D &window);
+unsigned pointsIn(const QPointF *points, quint32 count, const Rect2D &window);
+
+inline unsigned RecordStore::livingIn(quint32 first, quint32 count) const
+{
+    unsigned bits = (1U << count) - 1;
+    if (mRemoved == 0)
+        return bits;
+    for (quint32 i = 0; i < count; ++i)
+        bits &= ~(unsigned(!lives(first + i)) << i);
+    return bits;
+}
+
+template <class When>
+unsigned RecordStore::hitsIn(quint32 run, const Rect2D &window, const When &when) const
+{
+    const quint32 first = run * kRecordsPerRun;
+    const quint32 count = std::min(mCount - first, kRecordsPerRun);
+    const unsigned inWindow =
+        mPoints ? pointsIn(mPoints + first, count, window) : boxesIn(mBoxes + first, count, window);
+    unsigned hits = inWindow & livingIn(first, count);
+    for (unsigned untested = mTimeIndex ? hits : 0; untested != 0; untested &= untested - 1) {
+        const quint32 i = qCountTrailingZeroBits(untested);
+        hits &= ~(unsigned(!when(mTimes[mTimeIndex[first + i]])) << i);
+    }
+    return hits;
+}
+
+template <class Visit> void visitBits(quint32 first, unsigned bits, Visit visit)
+{
+    for (; bits != 0; bits &= bits - 1)
+        visit(first + quint32(qCountTrailingZeroBits(bits)));
+}
+
 template <class When, class Visit>
 void RecordStore::visitRun(quint32 run, const Rect2D &window, const When &when, Visit visit) const
 {
-    const quint32 first = run * kRecordsPerRun;
-    const quint32 end = std::min(mCount, first + kRecordsPerRun);
-    const auto hits = [&](quint32 record) {
-        return lives(record) && (!mTimeIndex || when(mTimes[mTimeIndex[record]]));
-    };
-    if (mPoints) {
-        for (quint32 record = first; record < end; ++record) {
-            const double x = mPoints[record].x(), y = mPoints[record].y();
-            if (((x >= window.xMin) & (x <= window.xMax) & (y >= window.yMin) & (y <= window.yMax))
-                && hits(record))
-                visit(record);
-        }
-    } else {
-        for (quint32 record = first; record < end; ++record) {
-            if (meet(mBoxes[record], window) && hits(record))
-                visit(record);
-        }
-    }
+    visitBits(run * kRecordsPerRun, hitsIn(run, window, when), visit);
 }
 
 template <class When, class Visit>
@@ -220,6 +258,51 @@ void RecordStore::visit(const Rect2D &window, const When &when, Visit visit) con
         return;
     mTree.visitRuns(BoxWindow(window, when.from(), when.to()),
                     [&](quint32 run) { visitRun(run, window, when, visit); });
+}
+
+/// Appends first + 1 + i for each i < count that takes(first + i), without a branch: which ones do
+/// cannot be predicted.
+template <class Takes>
+void appendIds(quint32 first, quint32 count, QVector<int> &ids, int &found, Takes takes)
+{
+    if (ids.size() < found + int(kRecordsPerRun))
+        ids.resize(std::max(64, 2 * ids.size()));
+    int *const out = ids.data();
+    int at = found;
+    for (quint32 record = first; record < first + count; ++record) {
+        out[at] = int(record) + 1;
+        at += takes(record) ? 1 : 0;
+    }
+    found = at;
+}
+
+template <class When>
+void RecordStore::collect(const Rect2D &window, const When &when, QVector<int> &ids) const
+{
+    ids.clear();
+    if (!covers(window, mBounds)) {
+        visit(window, when, [&ids](quint32 record) { ids.append(int(record) + 1); });
+        return;
+    }
+    if (!mayHold(when))
+        return;
+    int found = 0;
+    const auto collectRuns = [&](auto takes) {
+        mTree.visitRuns(BoxWindow(window, when.from(), when.to()), [&](quint32 run) {
+            const quint32 first = run * kRecordsPerRun;
+            appendIds(first, std::min(mCount - first, kRecordsPerRun), ids, found, takes);
+        });
+    };
+    // No box needs a look; and where ranges are far fewer than records, they are tested beforehand.
+    if (mRemoved == 0 && mTimeIndex && mTimeCount < mCount / kRecordsARange) {
+        std::vector<quint8> admitted(mTimeCount);
+        for (quint32 i = 0; i < mTimeCount; ++i)
+            admitted[i] = when(mTimes[i]);
+        collectRuns([&](quint32 record) { return admitted[mTimeIndex[record]]; });
+    } else {
+        collectRuns([&](quint32 record) { return lives(record) && when(range(record)); });
+    }
+    ids.resize(found);
 }
 
 } // namespace fennimark
