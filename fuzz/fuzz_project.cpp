@@ -11,6 +11,7 @@
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/ProjectAPI.h"
+#include "datainterface/WeightsAPI.h"
 #include "datainterface/vorn_error.h"
 
 namespace {
@@ -31,6 +32,11 @@ public:
 void lookAt(const Host &host)
 {
     for (int geography : host.GetGeoData().keys()) {
+        for (int set : VORN_GetGeographyProperties(geography).weightSets.keys()) {
+            QVector<neighborDatum> neighbors;
+            for (unsigned int object = 0; object < 10; ++object)
+                VORN_GetSpatialWeights(set, object, 5, neighbors, VORN_MissingData());
+        }
         for (int id : VORN_GetGeographyProperties(geography).datasetIds) {
             const DatasetProps props = VORN_GetDatasetProperties(id);
             QVector<datum> values;

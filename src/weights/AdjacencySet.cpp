@@ -36,8 +36,8 @@ AdjacencySet::GeographyType typeOf(const MGeoData *geography)
     if (dynamic_cast<const MRasterData *>(geography))
         return AdjacencySet::RasterGeography;
     const auto *vector = dynamic_cast<const MVectorData *>(geography);
-    const bool isPolygons =
-        vector && vector->GetFennims()->GetGeographyType() == Fennims::PolygonGeography;
+    const Fennims *fennims = vector ? vector->GetFennims() : nullptr;
+    const bool isPolygons = fennims && fennims->GetGeographyType() == Fennims::PolygonGeography;
     return isPolygons ? AdjacencySet::PolygonGeography : AdjacencySet::PointGeography;
 }
 

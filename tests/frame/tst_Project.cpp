@@ -11,6 +11,7 @@
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/VersionAPI.h"
+#include "datainterface/WeightsAPI.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -84,6 +85,11 @@ void fillLittle(TestModel &model)
     const int texts = VORN_NewVectorDataset(geography, QStringLiteral("b"), TimeSeries, StringType, 1, QString());
     VORN_AddDataValue(numbers, 0, 1, kEarly, 1.5, true, true);
     VORN_AddDataValue(texts, 0, 1, kEarly, QStringLiteral("text"), true, true);
+    const int nearest = VORN_CreateNearestNeighborWeightSet(geography, QStringLiteral("c"), QString(), 1,
+                                                            InverseDistanceWeight, false, 1.0, 2.0);
+    VORN_PrecalculateSpatialWeights(nearest, 5, false);
+    const int clusters = VORN_CreateClusterSet(geography, QStringLiteral("d"), QString());
+    VORN_AddToClusterSet(clusters, 1, kEarly, {{2, 0.5F, 0.0F, 1.0F}});
     model.controller.AddNonConVariogramModel(VariogramModel());
 }
 
@@ -96,6 +102,15 @@ QString describe(const QVector<datum> &values)
     return text;
 }
 
+QString describe(const QVector<neighborDatum> &neighbors)
+{
+    QString text;
+    for (const neighborDatum &one : neighbors)
+        text += QString::number(one.id) + '*' + QString::number(one.weight) + '@' + QString::number(one.angle) + '/'
+            + QString::number(one.distance) + ' ';
+    return text;
+}
+
 // Everything a host can see of the model, as text.
 QStringList contents(const TestModel &model)
 {
@@ -104,6 +119,13 @@ QStringList contents(const TestModel &model)
         const GeoProps props = VORN_GetGeographyProperties(geography);
         lines.append(QString::number(props.id) + ' ' + props.name + ' ' + QString::number(props.objectCount) + ' '
                      + QString::number(props.type) + ' ' + text(props.timeBounds));
+        for (const SpatialWeightSetProps &set : props.weightSets) {
+            for (int object = 0; object < props.objectCount; ++object) {
+                QVector<neighborDatum> neighbors;
+                VORN_GetSpatialWeights(set.id, static_cast<unsigned int>(object), 5, neighbors, VORN_MissingData());
+                lines.append(set.name + ' ' + describe(neighbors));
+            }
+        }
         for (const DataId &id : model.controller.GetGeoData().value(geography)->GetDataSource()->GetDatasetIds()) {
             const DatasetProps dataset = VORN_GetDatasetProperties(id);
             lines.append(QString::number(id) + ' ' + dataset.name + ' ' + dataset.path + ' '

@@ -1,0 +1,616 @@
+// SPDX-License-Identifier: MIT
+// Neighbours and weights beside what plain loops over all pairs find, on changing random maps.
+#include "datainterface/AdjacencySet.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MRasterData.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/MissingData.h"
+#include "datainterface/RasterAPI.h"
+#include "datainterface/WeightsAPI.h"
+#include "support/model.h"
+#include "support/support.h"
+#include <QApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProgressDialog>
+#include <QTimer>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <random>
+
+namespace {
+
+using List = QVector<neighborDatum>;
+constexpr int kTimes = 12;
+constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinite = std::numeric_limits<double>::infinity();
+
+// Where an object stands, and when: from the first time up to, not including, the second.
+struct Placed {
+    int x;
+    int y;
+    int from;
+    int to;
+    bool exists(int t) const { return from <= t && t < to; }
+    int squared(const Placed &other) const
+    {
+        return (x - other.x) * (x - other.x) + (y - other.y) * (y - other.y);
+    }
+    bool touches(const Placed &other, bool queen) const
+    {
+        return squared(other) == 1 || (queen && squared(other) == 2);
+    }
+};
+using Map = std::vector<Placed>;
+
+Map randomMap(unsigned seed, int count, int size)
+{
+    std::mt19937 random(seed);
+    const auto draw = [&random](int n) {
+        return static_cast<int>(random() % static_cast<unsigned>(n));
+    };
+    Map map;
+    for (int i = 0; i < count; ++i) {
+        const int from = draw(3) > 0 ? 0 : draw(kTimes / 2);
+        map.push_back(
+            {draw(size), draw(size), from, draw(3) > 0 ? kTimes : from + 1 + draw(kTimes / 2)});
+    }
+    return map;
+}
+
+// Squares of a lattice, each place at most once, a third of them not there.
+Map randomLattice(unsigned seed, int size)
+{
+    Map map;
+    const Map spans = randomMap(seed, size * size, 9);
+    for (int i = 0; i < size * size; ++i)
+        if (spans[static_cast<size_t>(i)].x > 2)
+            map.push_back({i % size, i / size, spans[static_cast<size_t>(i)].from,
+                           spans[static_cast<size_t>(i)].to});
+    return map;
+}
+
+int addMap(const Map &map, bool isPolygons)
+{
+    VORN_StartNewVectorGeography(QRectF(0, 0, 20, 20), 0, kTimes, -1);
+    for (const Placed &place : map) {
+        const auto chain = static_cast<unsigned int>(VORN_CreateNewObjectChain());
+        const Interval span{place.from, place.to, true, false};
+        const double x = place.x;
+        const double y = place.y;
+        if (isPolygons)
+            VORN_AddPolygonToChain(
+                chain, QList<QPointF>{{x, y}, {x + 1, y}, {x + 1, y + 1}, {x, y + 1}}, span);
+        else
+            VORN_AddPointToChain(chain, QPointF(x, y), span);
+    }
+    return VORN_FinishVectorGeography(QStringLiteral("map"), QString(), TF_Integer);
+}
+
+// The formulas as they are told, over any list.
+double rank(const List &list, int i)
+{
+    int nearer = 0;
+    for (const neighborDatum &other : list)
+        nearer += other.distance < list[i].distance;
+    return 1.0 + nearer;
+}
+
+void weighPoints(List &list, int wanted, int type, double numerator, double power)
+{
+    const int n = list.size();
+    std::vector<double> factors(static_cast<size_t>(n), 1.0);
+    if (wanted > 0 && n > wanted) {
+        int ties = 0;
+        for (const neighborDatum &datum : list)
+            ties += datum.distance == list.last().distance;
+        for (int i = n - ties; i < n; ++i)
+            factors[static_cast<size_t>(i)] = 1.0 - static_cast<double>(n - wanted) / ties;
+    }
+    double sum = 0.0;
+    for (double factor : factors)
+        sum += factor;
+    for (int i = 0; i < n; ++i) {
+        const double factor = factors[static_cast<size_t>(i)];
+        const double distance = std::sqrt(static_cast<double>(list[i].distance));
+        const double weights[] = {factor, factor / sum, 1.0 / rank(list, i),
+                                  numerator / (1.0 + std::pow(distance, power))};
+        list[i].weight = static_cast<float>(weights[type]);
+    }
+}
+
+void weighPolygons(List &list, int type)
+{
+    double borders = 0.0;
+    for (const neighborDatum &datum : list)
+        borders += static_cast<double>(datum.distance);
+    for (neighborDatum &datum : list) {
+        const double border = static_cast<double>(datum.distance);
+        const double share = borders > 0.0 ? border / borders : 0.0;
+        const double weights[] = {1.0, 1.0 / list.size(), 0.0, 0.0, border, share};
+        datum.weight = static_cast<float>(weights[type]);
+    }
+}
+
+List without(const List &list, const VORN_MissingData &missing)
+{
+    List kept;
+    for (const neighborDatum &datum : list)
+        if (!missing.isMissing(datum.id))
+            kept.append(datum);
+    return kept;
+}
+
+QString text(const List &list)
+{
+    QStringList lines;
+    for (const neighborDatum &datum : list)
+        lines.append(QStringLiteral("%1: %2 at %3, %4")
+                         .arg(datum.id)
+                         .arg(datum.weight)
+                         .arg(datum.angle)
+                         .arg(datum.distance));
+    return lines.join('\n');
+}
+
+List byId(List list)
+{
+    std::sort(list.begin(), list.end(),
+              [](const neighborDatum &a, const neighborDatum &b) { return a.id < b.id; });
+    return list;
+}
+
+neighborDatum entry(int id, double distance, double angle = 0.0)
+{
+    return {id, 0.0F, static_cast<float>(angle), static_cast<float>(distance)};
+}
+
+List pointNeighbors(const Map &map, size_t ego, int t, int count, double range, bool includeEgo)
+{
+    List list;
+    for (size_t i = 0; i < map.size(); ++i)
+        if (map[i].exists(t) && (i != ego || includeEgo))
+            list.append(entry(static_cast<int>(i), map[ego].squared(map[i]),
+                              std::atan2(map[i].y - map[ego].y, map[i].x - map[ego].x)));
+    std::stable_sort(list.begin(), list.end(), [](const neighborDatum &a, const neighborDatum &b) {
+        return a.distance < b.distance;
+    });
+    const auto last = count > 0 && count < list.size()
+                          ? static_cast<double>(list[count - 1].distance)
+                          : kInfinite;
+    const double limit = count > 0 ? last : count < 0 ? range * range : -1.0;
+    list.erase(std::remove_if(list.begin(), list.end(),
+                              [limit](const neighborDatum &datum) {
+                                  return !(static_cast<double>(datum.distance) <= limit);
+                              }),
+               list.end());
+    return list;
+}
+
+List polygonNeighbors(const Map &map, size_t ego, int t, bool queen, int rings, bool includeEgo)
+{
+    std::map<size_t, int> steps{{ego, 0}};
+    for (int step = 1; step <= rings; ++step) {
+        std::vector<size_t> reached;
+        for (size_t i = 0; i < map.size(); ++i)
+            for (const auto &[from, at] : steps)
+                if (at == step - 1 && map[i].exists(t) && map[from].touches(map[i], queen))
+                    reached.push_back(i);
+        for (size_t i : reached)
+            steps.emplace(i, step);
+    }
+    List list;
+    for (const auto &[i, step] : steps)
+        if (i != ego || includeEgo)
+            list.append(entry(static_cast<int>(i), i == ego ? 4.0 : map[ego].squared(map[i]) == 1));
+    return list;
+}
+
+QProgressDialog *bar()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets())
+        if (auto *dialog = qobject_cast<QProgressDialog *>(widget))
+            return dialog;
+    return nullptr;
+}
+
+int addGrid(unsigned int rows, unsigned int columns)
+{
+    return VORN_CreateNewRasterGeography(QStringLiteral("grid"), rows, columns,
+                                         QRectF(-3, 2, columns * 0.5, rows * 0.25),
+                                         interval("[0, 9]"), TF_Integer, QString(), QString());
+}
+
+List listOf(int set, unsigned int object, qint64 t,
+            const VORN_MissingData &missing = VORN_MissingData())
+{
+    List list;
+    return VORN_GetSpatialWeights(set, object, t, list, missing) ? list : List{entry(-99, 0.0)};
+}
+
+} // namespace
+
+class TestNeighborCalculation : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void pointsAreThoseOfAllPairs_data();
+    void pointsAreThoseOfAllPairs();
+    void polygonsAreThoseOfAllPairs_data();
+    void polygonsAreThoseOfAllPairs();
+    void cellsAreThoseOfAllPairs_data();
+    void cellsAreThoseOfAllPairs();
+    void tiesShareTheLastPlaces();
+    void adjacentCellsComeInTheirOrder();
+    void weightsThatDoNotSuitRaise();
+    void rangesThatAreNoDistances();
+    void manyPointsAreStoredAsTheyAreFound();
+    void cancelledRuns_data();
+    void cancelledRuns();
+    void statesAreThoseOfThePublishedFile();
+};
+
+void TestNeighborCalculation::pointsAreThoseOfAllPairs_data()
+{
+    QTest::addColumn<int>("count"); // -1: by range
+    QTest::addColumn<double>("range");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("includeEgo");
+    for (int type = 0; type < 4; ++type) {
+        for (bool includeEgo : {false, true}) {
+            const auto row = [&](const char *name, int count, double range) {
+                QTest::addRow("%s, weights %d%s", name, type, includeEgo ? ", with the ego" : "")
+                    << count << range << type << includeEgo;
+            };
+            row("nearest 5", 5, 0.0);
+            row("nearest 1000", 1000, 0.0);
+            row("nearest 0", 0, 0.0);
+            row("range 2.5", -1, 2.5);
+            row("range 0", -1, 0.0);
+            row("range infinite", -1, kInfinite);
+            row("range NaN", -1, kNoNumber);
+            row("range negative", -1, -1.0 - type);
+        }
+    }
+}
+
+void TestNeighborCalculation::pointsAreThoseOfAllPairs()
+{
+    QFETCH(int, count);
+    QFETCH(double, range);
+    QFETCH(int, type);
+    QFETCH(bool, includeEgo);
+    TestModel model;
+    constexpr double kNumerator = 3.0;
+    constexpr double kPower = 1.5;
+    const Map map = randomMap(static_cast<unsigned>(7 + type), 48, 6);
+    const int geography = addMap(map, false);
+    const auto weights = static_cast<spatialWeightType>(type);
+    const int set = count >= 0 ? VORN_CreateNearestNeighborWeightSet(
+                        geography, {}, {}, count, weights, includeEgo, kNumerator, kPower)
+                               : VORN_CreateRangeWeightSet(geography, {}, {}, range, weights,
+                                                           includeEgo, kNumerator, kPower);
+    QVERIFY(set >= 0);
+    if (range < 0.0)
+        range = kNoNumber;
+    const VORN_MissingData missing(QSet<int>{3, 17, 18, 30, 31, 42, 66});
+    for (int t = 0; t < kTimes; ++t) {
+        for (size_t ego = 0; ego < map.size(); ++ego) {
+            List expected;
+            if (map[ego].exists(t))
+                expected = pointNeighbors(map, ego, t, count, range, includeEgo);
+            List present = without(expected, missing);
+            weighPoints(expected, count, type, kNumerator, kPower);
+            weighPoints(present, count, type, kNumerator, kPower);
+            QCOMPARE(text(listOf(set, static_cast<unsigned int>(ego), t)), text(expected));
+            QCOMPARE(text(listOf(set, static_cast<unsigned int>(ego), t, missing)), text(present));
+        }
+    }
+}
+
+void TestNeighborCalculation::polygonsAreThoseOfAllPairs_data()
+{
+    QTest::addColumn<bool>("queen");
+    QTest::addColumn<int>("rings");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("includeEgo");
+    for (bool queen : {true, false})
+        for (int rings : {-1, 0, 1, 2, 3})
+            for (int type : {0, 1, 4, 5})
+                QTest::addRow("%s, %d rings, weights %d", queen ? "queen" : "rook", rings, type)
+                    << queen << rings << type << ((rings + type) % 3 == 1);
+}
+
+void TestNeighborCalculation::polygonsAreThoseOfAllPairs()
+{
+    QFETCH(bool, queen);
+    QFETCH(int, rings);
+    QFETCH(int, type);
+    QFETCH(bool, includeEgo);
+    TestModel model;
+    const Map map = randomLattice(static_cast<unsigned>(11 + rings), 8);
+    const int geography = addMap(map, true);
+    const int set =
+        VORN_CreatePolygonWeightSet(geography, {}, {}, rings, queen,
+                                    static_cast<spatialWeightType>(type), includeEgo, 0.0, 0.0);
+    QVERIFY(set >= 0);
+    const VORN_MissingData missing(QSet<int>{1, 5, 8, 9, 21});
+    for (int t = 0; t < kTimes; ++t) {
+        for (size_t ego = 0; ego < map.size(); ++ego) {
+            List expected;
+            if (map[ego].exists(t) && rings >= 0)
+                expected = polygonNeighbors(map, ego, t, queen, rings, includeEgo);
+            if (type < 4)
+                for (neighborDatum &one : expected)
+                    one.distance = -1.0F;
+            List present = without(expected, missing);
+            weighPolygons(expected, type);
+            weighPolygons(present, type);
+            QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), t))), text(expected));
+            QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), t, missing))),
+                     text(present));
+        }
+    }
+}
+
+void TestNeighborCalculation::cellsAreThoseOfAllPairs_data()
+{
+    QTest::addColumn<int>("method");
+    QTest::addColumn<double>("range");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("includeEgo");
+    for (int type = 0; type < 4; ++type) {
+        for (bool includeEgo : {false, true}) {
+            const auto row = [&](const char *name, int method, double range) {
+                QTest::addRow("%s, weights %d%s", name, type, includeEgo ? ", with the ego" : "")
+                    << method << range << type << includeEgo;
+            };
+            row("rook", RookNeighbors, 0.0);
+            row("queen", QueenNeighbors, 0.0);
+            row("range 1.01", RangeNeighbors, 1.01);
+            row("range 0", RangeNeighbors, 0.0);
+            row("range of all", RangeNeighbors, 100.0);
+        }
+    }
+}
+
+void TestNeighborCalculation::cellsAreThoseOfAllPairs()
+{
+    QFETCH(int, method);
+    QFETCH(double, range);
+    QFETCH(int, type);
+    QFETCH(bool, includeEgo);
+    TestModel model;
+    constexpr int kColumns = 7;
+    constexpr int kRows = 5;
+    const int geography = addGrid(kRows, kColumns);
+    const auto weights = static_cast<spatialWeightType>(type);
+    const int set =
+        method == RangeNeighbors
+            ? VORN_CreateRangeWeightSet(geography, {}, {}, range, weights, includeEgo, 2.0, 0.5)
+            : VORN_CreateAdjacentPixelWeightSet(geography, {}, {},
+                                                static_cast<neighborMethodType>(method), weights,
+                                                includeEgo, 2.0, 0.5);
+    VORN_MissingData missing(MissingData::Raster, kColumns * kRows);
+    for (int id : {0, 8, 9, 16, 34})
+        missing.setMissing(id);
+    const auto weigh = [type](List list) {
+        for (int i = 0; i < list.size(); ++i) {
+            const double distance = static_cast<double>(list[i].distance);
+            const double all[] = {1.0, 1.0 / list.size(), 1.0 / rank(list, i),
+                                  2.0 / (1.0 + std::sqrt(distance))};
+            list[i].weight = static_cast<float>(all[type]);
+        }
+        return list;
+    };
+    for (int ego = 0; ego < kColumns * kRows; ++ego) {
+        List expected;
+        for (int id = 0; id < kColumns * kRows; ++id) {
+            const int columns = id % kColumns - ego % kColumns;
+            const int rows = id / kColumns - ego / kColumns;
+            const double distance = std::hypot(columns * 0.5, rows * 0.25);
+            const bool isNear = method == RangeNeighbors ? distance <= range
+                                : method == RookNeighbors
+                                    ? std::abs(columns) + std::abs(rows) <= 1
+                                    : std::abs(columns) <= 1 && std::abs(rows) <= 1;
+            // Rows count down the map.
+            if (isNear && (id != ego || includeEgo))
+                expected.append(
+                    entry(id, type < 2 ? 0.0 : distance, std::atan2(0.25 * -rows, 0.5 * columns)));
+        }
+        QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), 4))), text(weigh(expected)));
+        QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), 4, missing))),
+                 text(weigh(without(expected, missing))));
+    }
+    QVERIFY(listOf(set, 0, 10).value(0).id == -99); // outside the grid's own time
+}
+
+void TestNeighborCalculation::tiesShareTheLastPlaces()
+{
+    TestModel model;
+    const int geography = addMap({{0, 0, 0, 9},
+                                  {1, 0, 0, 9},
+                                  {2, 0, 0, 9},
+                                  {0, 3, 0, 9},
+                                  {4, 0, 0, 9},
+                                  {5, 0, 0, 9},
+                                  {0, 5, 0, 9},
+                                  {3, 4, 0, 9},
+                                  {9, 9, 0, 9}},
+                                 false);
+    const int set = VORN_CreateNearestNeighborWeightSet(geography, {}, {}, 5, RowStandardizedWeight,
+                                                        false, 1, 1);
+    const List list = listOf(set, 0, 1);
+    QCOMPARE(list.size(), 7);
+    for (int i = 0; i < 7; ++i)
+        QCOMPARE(list[i].weight, static_cast<float>(i < 4 ? 1.0 / 5 : 1.0 / 15));
+    // With a tied one missing there are two for one place; with two missing there is nothing to
+    // share.
+    QCOMPARE(listOf(set, 0, 1, VORN_MissingData(QSet<int>{7})).last().weight,
+             static_cast<float>(1.0 / 10));
+    QCOMPARE(listOf(set, 0, 1, VORN_MissingData(QSet<int>{6, 7})).last().weight,
+             static_cast<float>(1.0 / 5));
+    QCOMPARE(text(listOf(set, 0, 1, VORN_MissingData(QSet<int>{1, 2, 3, 4, 5, 6, 7}))), QString());
+}
+
+void TestNeighborCalculation::adjacentCellsComeInTheirOrder()
+{
+    TestModel model;
+    const int geography = addGrid(3, 3);
+    const auto ids = [](const List &list) {
+        QVector<int> result;
+        for (const neighborDatum &one : list)
+            result.append(one.id);
+        return result;
+    };
+    const int queen = VORN_CreateAdjacentPixelWeightSet(geography, {}, {}, QueenNeighbors,
+                                                        ConstantWeight, true, 1, 1);
+    const int rook = VORN_CreateAdjacentPixelWeightSet(geography, {}, {}, RookNeighbors,
+                                                       ConstantWeight, false, 1, 1);
+    QCOMPARE(ids(listOf(queen, 4, 0)), (QVector<int>{4, 3, 5, 1, 7, 0, 2, 6, 8}));
+    QCOMPARE(ids(listOf(queen, 0, 0)), (QVector<int>{0, 1, 3, 4}));
+    QCOMPARE(ids(listOf(rook, 4, 0)), (QVector<int>{3, 5, 1, 7}));
+    QCOMPARE(ids(listOf(rook, 2, 0)), (QVector<int>{1, 5}));
+}
+
+void TestNeighborCalculation::weightsThatDoNotSuitRaise()
+{
+    TestModel model;
+    const QString text = QStringLiteral("Invalid weight set type");
+    const int polygons = addMap({{0, 0, 0, 9}, {1, 0, 0, 9}}, true);
+    const int ranks =
+        VORN_CreatePolygonWeightSet(polygons, {}, {}, 1, true, DistanceRankWeight, false, 1, 1);
+    QVERIFY(ranks >= 0);
+    QCOMPARE(raisedText([&] { listOf(ranks, 0, 1); }), text);
+    QCOMPARE(raisedText([&] { listOf(ranks, 0, 1); }),
+             text); // nothing was left behind that would pass for lists
+    QCOMPARE(raisedText([&] { VORN_PrecalculateSpatialWeights(ranks, 77, false); }),
+             QStringLiteral("Invalid time stamp"));
+    auto &geography = model.vectorData(polygons);
+    QCOMPARE(
+        raisedText([&] { AdjacencySet({}, &geography, 1, true, InverseDistanceWeight, false); }),
+        text);
+    QCOMPARE(raisedText([&] { AdjacencySet({}, &geography, 1, BorderShareWeight, false, 1, 1); }),
+             text);
+    QCOMPARE(
+        raisedText([&] { AdjacencySet({}, &geography, 1.0, BorderLengthWeight, false, 1, 1); }),
+        text);
+    QCOMPARE(raisedText([] {
+                 AdjacencySet({}, static_cast<MRasterData *>(nullptr), NearestNeighbors,
+                              ConstantWeight, false, 1, 1);
+             }),
+             text);
+    QCOMPARE(raisedText([] {
+                 AdjacencySet({}, static_cast<MRasterData *>(nullptr), 1.0, ConstantWeight, false,
+                              1, 1);
+             }),
+             QStringLiteral("Geography not defined"));
+}
+
+void TestNeighborCalculation::rangesThatAreNoDistances()
+{
+    TestModel model;
+    const int grid = addGrid(2, 2);
+    for (double range : {kNoNumber, -1.0, -kInfinite}) {
+        const int set = VORN_CreateRangeWeightSet(grid, {}, {}, range, ConstantWeight, false, 1, 1);
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(raisedText([&] { listOf(set, 0, 1); }), QStringLiteral("Invalid pixel id"));
+    }
+    const int all = VORN_CreateRangeWeightSet(grid, {}, {}, 1e300, ConstantWeight, false, 1, 1);
+    QCOMPARE(listOf(all, 0, 1).size(), 3);
+}
+
+// More than one batch of objects, found out of their order.
+void TestNeighborCalculation::manyPointsAreStoredAsTheyAreFound()
+{
+    TestModel model;
+    constexpr int kCount = 70000;
+    const int geography = addPoints(kCount);
+    const int set = VORN_CreateRangeWeightSet(geography, {}, {}, 1.5, ConstantWeight, true, 1, 1);
+    const WeightsAtT handle = VORN_GetSpatialWeightsHandle(set, 5, false);
+    List list;
+    for (unsigned int id = 0; id < kCount; ++id) {
+        QVERIFY(VORN_GetSpatialWeights(handle, id, list, VORN_MissingData()));
+        const int first = static_cast<int>(id) - (id > 0);
+        const List sorted = byId(list);
+        QCOMPARE(sorted.size(), id == 0 || id + 1 == kCount ? 2 : 3);
+        QCOMPARE(sorted.first().id, first);
+    }
+}
+
+void TestNeighborCalculation::cancelledRuns_data()
+{
+    QTest::addColumn<bool>("isRaster");
+    QTest::newRow("of points leave nothing") << false;
+    QTest::newRow("of cells leave what was done") << true;
+}
+
+void TestNeighborCalculation::cancelledRuns()
+{
+    QFETCH(bool, isRaster);
+    TestModel model;
+    const int geography = isRaster ? addGrid(30, 40) : addPoints(1000);
+    const int set = VORN_CreateRangeWeightSet(geography, {}, {}, 0.3, ConstantWeight, true, 1, 1);
+    bool wasShown = false;
+    QTimer::singleShot(0, [&wasShown] {
+        if (QProgressDialog *dialog = bar()) {
+            wasShown = dialog->windowTitle() == QStringLiteral("Spatial weights")
+                       && dialog->labelText() == QStringLiteral("Calculating spatial weights...");
+            dialog->cancel();
+        }
+    });
+    QVERIFY(!VORN_GetSpatialWeightsHandle(set, 5, true).set);
+    QVERIFY(wasShown);
+    QVERIFY(!bar());
+    MGeoData &data = *model.controller.GetGeoData().value(geography);
+    QCOMPARE(data.HasSpatialWeightSetAtTime(set, 5.9), isRaster);
+    QCOMPARE(listOf(set, 999, 5).size(), isRaster ? 0 : 1);
+}
+
+void TestNeighborCalculation::statesAreThoseOfThePublishedFile()
+{
+    TestModel model;
+    QFile file(QStringLiteral(SAMPLES_DIRECTORY "/us_income/states48.geojson"));
+    QFile gal(QStringLiteral(SAMPLES_DIRECTORY "/us_income/states48.gal"));
+    QVERIFY(file.open(QIODevice::ReadOnly) && gal.open(QIODevice::ReadOnly));
+    VORN_StartNewVectorGeography(QRectF(-3e6, 0, 6e6, 4e6), 0, 9, -1);
+    QVector<int> fips;
+    for (const QJsonValue &feature :
+         QJsonDocument::fromJson(file.readAll()).object()["features"].toArray()) {
+        fips.append(feature["properties"].toObject()["fips"].toInt());
+        QList<QList<QPointF>> rings;
+        for (const QJsonValue &part : feature["geometry"].toObject()["coordinates"].toArray()) {
+            for (const QJsonValue &ring : part.toArray()) {
+                rings.append(QList<QPointF>());
+                for (const QJsonValue &place : ring.toArray())
+                    rings.last().append(
+                        QPointF(place.toArray()[0].toDouble(), place.toArray()[1].toDouble()));
+            }
+        }
+        QVERIFY(VORN_AddPolygonToChain(static_cast<unsigned int>(VORN_CreateNewObjectChain()),
+                                       rings, {0, 9, true, true}));
+    }
+    const int geography = VORN_FinishVectorGeography({}, {}, TF_Integer);
+    const int set =
+        VORN_CreatePolygonWeightSet(geography, {}, {}, 1, true, RowStandardizedWeight, false, 1, 1);
+    int links = 0;
+    gal.readLine();
+    while (!gal.atEnd()) {
+        const int state = gal.readLine().split(' ').first().toInt();
+        QSet<int> expected;
+        for (const QByteArray &id : gal.readLine().simplified().split(' '))
+            expected.insert(id.toInt());
+        QSet<int> found;
+        for (const neighborDatum &one :
+             listOf(set, static_cast<unsigned int>(fips.indexOf(state)), 3))
+            found.insert(fips[one.id]);
+        QCOMPARE(found, expected);
+        links += found.size();
+    }
+    QCOMPARE(links, 214);
+}
+
+QTEST_MAIN(TestNeighborCalculation)
+#include "tst_NeighborCalculation.moc"

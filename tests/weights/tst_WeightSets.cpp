@@ -1,0 +1,631 @@
+// SPDX-License-Identifier: MIT
+// Sets on their geography: ids, names, notices, lists put in by hand, handles, and the forms of
+// files of each age.
+#include "Common/DataManager.h"
+#include "Common/detail/streams.h"
+#include "datainterface/AdjacencySet.h"
+#include "datainterface/DataBlocks.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MRasterData.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/MissingData.h"
+#include "datainterface/ProjectAPI.h"
+#include "datainterface/RasterAPI.h"
+#include "datainterface/VersionAPI.h"
+#include "datainterface/WeightsAPI.h"
+#include "support/model.h"
+#include "support/support.h"
+#include <QFile>
+#include <memory>
+
+using datainterface::BytesReader;
+using datainterface::BytesWriter;
+
+namespace {
+
+using List = QVector<neighborDatum>;
+
+class WeightListener : public QObject {
+    Q_OBJECT
+public:
+    QStringList calls;
+    void note(const char *what, MGeoData *geography, int id, const char *name = "")
+    {
+        calls.append(QStringLiteral("%1 %2/%3 %4")
+                         .arg(what)
+                         .arg(geography->GetId())
+                         .arg(id & 0xffff)
+                         .arg(name));
+    }
+
+public Q_SLOTS:
+    void WeightSetAddedSlot(MGeoData *geography, qint32 id) { note("added", geography, id); }
+    void WeightSetRemovedSlot(MGeoData *geography, qint32 id) { note("removed", geography, id); }
+    void WeightSetChangedSlot(MGeoData *geography, qint32 id) { note("changed", geography, id); }
+    void WeightSetRenamedSlot(MGeoData *geography, qint32 id, const char *name)
+    {
+        note("renamed", geography, id, name);
+    }
+};
+
+int addSquares(int count)
+{
+    VORN_StartNewVectorGeography(QRectF(0, 0, count, 1), 0, 9, -1);
+    for (int i = 0; i < count; ++i)
+        VORN_AddPolygonToChain(
+            static_cast<unsigned int>(VORN_CreateNewObjectChain()),
+            QList<QPointF>{{i + 0.0, 0}, {i + 1.0, 0}, {i + 1.0, 1}, {i + 0.0, 1}},
+            {0, 9, true, true});
+    return VORN_FinishVectorGeography(QStringLiteral("squares"), QString(), TF_Integer);
+}
+
+int addGrid(unsigned int rows, unsigned int columns)
+{
+    return VORN_CreateNewRasterGeography(QStringLiteral("grid"), rows, columns,
+                                         QRectF(0, 0, columns, rows), interval("[0, 9]"),
+                                         TF_Integer, QString(), QString());
+}
+
+neighborDatum entry(int id, float weight)
+{
+    return {id, weight, 0.5F, 2.0F};
+}
+
+QString text(const List &list)
+{
+    QStringList parts;
+    for (const neighborDatum &one : list)
+        parts.append(QStringLiteral("%1*%2").arg(one.id).arg(one.weight));
+    return parts.join(' ');
+}
+
+QString listAt(int set, unsigned int id, qint64 t, const QSet<int> &missing = {})
+{
+    List list;
+    return VORN_GetSpatialWeights(set, id, t, list, VORN_MissingData(missing))
+               ? text(list)
+               : QStringLiteral("none");
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A set's body as a file of `version` holds it, with lists for two objects over [0, 9].
+struct OldSet {
+    int version = serializationVersionNumber;
+    int method = NearestNeighbors;
+    int weights = RowStandardizedWeight;
+    bool isCluster = false;
+    int nextId = 9;
+    int egoCount = 2;
+
+    QByteArray bytes(int id) const
+    {
+        QByteArray result;
+        BytesWriter out(&result);
+        if (version >= 120000)
+            out << qint32(id) << qint32(nextId) << QStringLiteral("set");
+        out << qint32(0) << qint32(method) << qint32(weights) << qint32(5) << qint32(2) << qint32(1)
+            << 7.5;
+        if (version >= 107000)
+            out << 3.0;
+        out << 2.0;
+        if (version >= 104000)
+            out << qint8(1);
+        if (version >= 105000 && version < 107000)
+            out << qint8(7);
+        if (version >= 105000)
+            out << QStringLiteral("information");
+        out << qint32(1) << stamp("[0, 9]") << qint32(egoCount);
+        for (int ego = 0; ego < egoCount; ++ego) {
+            if (version >= 201042)
+                out << qint32(40 + ego);
+            else if (version >= 130000)
+                out << qint32(1) << qint32(1) << 0.5F << 0.25F;
+            else
+                out << qint32(1) << qint32(1) << 0.5 << 0.25;
+        }
+        if (version >= 112000)
+            out << qint8(isCluster);
+        return result;
+    }
+};
+
+// Reads only what MGeoData holds.
+class BareGeography : public MVectorData {
+public:
+    BareGeography() : MVectorData(QStringLiteral("bare"), TF_Date, QString()) {}
+    bool restoreBase(QDataStream &in) { return MGeoData::RestoreFromStream(in); }
+};
+
+QByteArray geographyBytes(int version, const QList<QPair<int, QByteArray>> &sets)
+{
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    if (version >= 130000)
+        out << QStringLiteral("old");
+    out << qint32(3) << qint32(8);
+    if (version >= 170006)
+        out << qint8(1);
+    if (version >= 170004)
+        out << qint32(0);
+    if (version < 107000)
+        out << qint8(1) << qint8(1);
+    else
+        out << qint32(TF_Integer);
+    out << qint32(-1) << qint32(0) << qint32(sets.size());
+    for (const auto &[id, body] : sets) {
+        if (version >= 120000)
+            out << qint32(id);
+        else
+            out << QStringLiteral("set %1").arg(id);
+        out.writeRawData(body.constData(), body.size());
+    }
+    return bytes;
+}
+
+struct Loading {
+    explicit Loading(int version) { dataInterfaceVersionLoading = version; }
+    ~Loading() { dataInterfaceVersionLoading = serializationVersionNumber; }
+};
+
+} // namespace
+
+class TestWeightSets : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void creatorsRefuse_data();
+    void creatorsRefuse();
+    void defaultSetsAreNamedApart();
+    void noticesOfASetsLife();
+    void listsByHand();
+    void handlesThatNoLongerHold();
+    void whatChangesTheObjectsClears();
+    void copiesHaveBlocksOfTheirOwn();
+    void bytesOfASet();
+    void projectGivesTheSameBytesAgain();
+    void formsOfEachAge_data();
+    void formsOfEachAge();
+    void retiredWeights();
+    void oldCustomSetsArePurged();
+    void damagedSetsAreRefused();
+};
+
+void TestWeightSets::creatorsRefuse_data()
+{
+    QTest::addColumn<int>("kind");            // of geography: 0 points, 1 polygons, 2 a raster
+    QTest::addColumn<int>("creator");         // 0 nearest, 1 range, 2 polygons, 3 adjacent cells
+    QTest::addColumn<QList<int>>("accepted"); // weights
+    QTest::newRow("nearest points") << 0 << 0 << QList<int>{0, 1, 2, 3};
+    QTest::newRow("points in range") << 0 << 1 << QList<int>{0, 1, 2, 3};
+    QTest::newRow("polygons of points") << 0 << 2 << QList<int>{};
+    QTest::newRow("cells of points") << 0 << 3 << QList<int>{};
+    QTest::newRow("nearest polygons") << 1 << 0 << QList<int>{};
+    QTest::newRow("polygons in range") << 1 << 1 << QList<int>{};
+    QTest::newRow("polygons") << 1 << 2 << QList<int>{0, 1, 2, 4, 5, 99};
+    QTest::newRow("cells of polygons") << 1 << 3 << QList<int>{};
+    QTest::newRow("nearest cells") << 2 << 0 << QList<int>{};
+    QTest::newRow("cells in range") << 2 << 1 << QList<int>{0, 1, 2, 3};
+    QTest::newRow("polygons of cells") << 2 << 2 << QList<int>{};
+    QTest::newRow("cells") << 2 << 3 << QList<int>{0, 1, 2, 3, 99};
+}
+
+void TestWeightSets::creatorsRefuse()
+{
+    QFETCH(int, kind);
+    QFETCH(int, creator);
+    QFETCH(QList<int>, accepted);
+    TestModel model;
+    const int geography = kind == 0 ? addPoints(3) : kind == 1 ? addSquares(3) : addGrid(2, 2);
+    const auto create = [creator](int id, int weights, neighborMethodType method) {
+        const auto type = static_cast<spatialWeightType>(weights);
+        switch (creator) {
+        case 0:
+            return VORN_CreateNearestNeighborWeightSet(id, "a", "b", 2, type, true, 1, 1);
+        case 1:
+            return VORN_CreateRangeWeightSet(id, "a", "b", 2.0, type, true, 1, 1);
+        case 2:
+            return VORN_CreatePolygonWeightSet(id, "a", "b", 1, true, type, true, 1, 1);
+        default:
+            return VORN_CreateAdjacentPixelWeightSet(id, "a", "b", method, type, true, 1, 1);
+        }
+    };
+    QList<int> found;
+    for (int weights : {-1, 0, 1, 2, 3, 4, 5, 6, 99, 100}) {
+        const int id = create(geography, weights, RookNeighbors);
+        if (id < 0)
+            continue;
+        found.append(weights);
+        QCOMPARE(id >> 16, geography);
+        const SpatialWeightSetProps props = VORN_GetSpatialWeightSetProperties(id);
+        QVERIFY(props.id == id && props.name == "a" && !props.isClusterSet && props.includeEgo);
+        QCOMPARE(VORN_IsCustomWeightSet(id), weights == 99);
+    }
+    QCOMPARE(found, accepted);
+    QCOMPARE(VORN_GetGeographyProperties(geography).weightSets.size(), accepted.size());
+    QCOMPARE(create(geography + 1, 1, QueenNeighbors), -1);
+    if (creator == 3)
+        QCOMPARE(create(geography, 1, RangeNeighbors), -1);
+}
+
+void TestWeightSets::defaultSetsAreNamedApart()
+{
+    TestModel model;
+    const auto names = [&model](int id) {
+        MGeoData *geography = model.controller.GetGeoData().value(id);
+        for (int i = 0; i < 3; ++i)
+            geography->AddSpatialWeightSet(MGeoData::CreateDefaultAdjacencySet(geography, i == 1));
+        QStringList texts;
+        for (int set : geography->GetSpatialWeightsIds())
+            texts.append(geography->GetSpatialWeightSet(set)->GetName() + ' ' + listAt(set, 0, 0));
+        return texts.join("; ");
+    };
+    QCOMPARE(names(addSquares(2)),
+             QString("Queen neighbors 1*1; Queen neighbors 2 0*0.5 1*0.5; Queen neighbors 3 1*1"));
+    QCOMPARE(names(addPoints(2)), QString("Nearest 5 neighbors 1*1; Nearest 5 neighbors 2 0*0.5 "
+                                          "1*0.5; Nearest 5 neighbors 3 1*1"));
+    QCOMPARE(names(addGrid(1, 2)),
+             QString("Rook neighbors (E-W-N-S) 1*1; Rook neighbors (E-W-N-S) 2 0*0.5 1*0.5; "
+                     "Rook neighbors (E-W-N-S) 3 1*1"));
+    QCOMPARE(raisedText([] { MGeoData::CreateDefaultAdjacencySet(nullptr, false); }),
+             QString("rd"));
+}
+
+void TestWeightSets::noticesOfASetsLife()
+{
+    TestModel model;
+    const int id = addPoints(2);
+    MGeoData &geography = model.vectorData(id);
+    WeightListener listener;
+    QVERIFY(geography.AddSpatialWeightSetListener(&listener));
+    QObject deaf;
+    QCOMPARE(raisedText([&] { geography.AddSpatialWeightSetListener(&deaf); }),
+             QString("Can't connect signals"));
+    const int set = VORN_CreateClusterSet(id, "clusters", "by hand");
+    const auto call = [=](const char *what, int later, const char *name = "") {
+        return QStringLiteral("%1 %2/%3 %4")
+            .arg(what)
+            .arg(id)
+            .arg((set & 0xffff) + later)
+            .arg(name);
+    };
+    QVERIFY(VORN_AddToClusterSet(set, 1, {0, 5, true, false}, {entry(0, 1)}));
+    QVERIFY(geography.RenameSpatialWeightSet(set, "other"));
+    QVERIFY(geography.DuplicateSpatialWeightSet(set));
+    QCOMPARE(geography.GetSpatialWeightsIds(), (QList<int>{set, set + 1}));
+    QCOMPARE(geography.GetSpatialWeightsNames(), (QList<QString>{"other", "other copy"}));
+    QVERIFY(VORN_RemoveClusterSet(set));
+    geography.RemoveAllSpatialWeightSets();
+    QCOMPARE(listener.calls,
+             (QStringList{call("added", 0), call("changed", 0), call("renamed", 0, "other"),
+                          call("renamed", 0, "other"), call("renamed", 1, "other copy"),
+                          call("added", 1), call("removed", 0), call("removed", 1)}));
+    geography.RemoveSpatialWeightSetListener(&listener);
+    VORN_CreateClusterSet(id, "unheard", "");
+    QCOMPARE(listener.calls.size(), 8);
+    for (int unknown : {set, -1, 5 << 16}) {
+        QVERIFY(!VORN_RemoveClusterSet(unknown) && !VORN_IsCustomWeightSet(unknown));
+        QVERIFY(!geography.RenameSpatialWeightSet(unknown, "x")
+                && !geography.DuplicateSpatialWeightSet(unknown));
+        QVERIFY(!geography.GetSpatialWeightSet(unknown)
+                && geography.GetSpatialWeightsForObject(unknown, 1, 1).isEmpty());
+        QCOMPARE(VORN_GetSpatialWeightSetProperties(unknown).id, -1);
+        QVERIFY(!VORN_GetSpatialWeightsHandle(unknown, 1, false).set
+                && !VORN_PrecalculateSpatialWeights(unknown, 1, false));
+        QVERIFY(!VORN_AddToClusterSet(unknown, 0, {0, 5, true, false}, {}));
+    }
+}
+
+void TestWeightSets::listsByHand()
+{
+    TestModel model;
+    const int id = addPoints(3);
+    const int set = VORN_CreateClusterSet(id, "clusters", "");
+    QVERIFY(VORN_IsCustomWeightSet(set) && VORN_GetSpatialWeightSetProperties(set).isClusterSet);
+    QCOMPARE(listAt(set, 1, 3), QString("none")); // and nothing is calculated
+    QVERIFY(VORN_AddToClusterSet(set, 1, {0, 5, true, false}, {entry(0, 0.25F), entry(2, 4.0F)}));
+    QVERIFY(VORN_AddToClusterSet(set, 1, {5, 8, true, true}, {entry(2, 0.5F)}));
+    QCOMPARE(listAt(set, 1, 0), QString("0*0.25 2*4"));
+    QCOMPARE(listAt(set, 1, 5), QString("2*0.5"));
+    QCOMPARE(listAt(set, 0, 5), QString());
+    QCOMPARE(listAt(set, 1, 9), QString("none"));
+    QCOMPARE(listAt(set, 3, 5), QString("none"));
+    QCOMPARE(listAt(set, 1, 0, {0}), QString("2*4")); // the others keep their weights
+    // Only the same span takes more.
+    QVERIFY(VORN_AddToClusterSet(set, 1, {0, 5, true, false}, {entry(2, 3.0F)}));
+    QVERIFY(!VORN_AddToClusterSet(set, 1, {4, 6, true, true}, {entry(2, 1.0F)}));
+    QVERIFY(!VORN_AddToClusterSet(set, 1, {20, 10, true, true}, {}));
+    QVERIFY(!VORN_AddToClusterSet(set, 1, {20, 21, false, false}, {}));
+    QVERIFY(!VORN_AddToClusterSet(set, 3, {10, 20, true, true}, {}));
+    QVERIFY(!VORN_AddToClusterSet(set, -1, {10, 20, true, true}, {}));
+    QCOMPARE(listAt(set, 1, 4), QString("2*3"));
+    // Replacing gives up both spans in the way.
+    AdjacencySet &held = *model.vectorData(id).GetSpatialWeightSet(set);
+    QCOMPARE(text(held.GetAdjacencyTimes()), text(stamps("[0, 5) [5, 8]")));
+    QVERIFY(held.AddToSpatialWeights(0, {entry(1, 1.0F)}, stamp("[4, 6]"), true));
+    QCOMPARE(text(held.GetAdjacencyTimes()), text(stamps("[4, 6]")));
+    QCOMPARE(listAt(set, 0, 6) + listAt(set, 1, 6), QString("1*1"));
+    QVERIFY(!held.HasPrecalculatedSpatialWeights(3) && held.HasPrecalculatedSpatialWeights(4));
+}
+
+void TestWeightSets::handlesThatNoLongerHold()
+{
+    TestModel model;
+    const int id = addPoints(4);
+    const int set =
+        VORN_CreateNearestNeighborWeightSet(id, "a", "", 1, ConstantWeight, false, 1, 1);
+    AdjacencySet &held = *model.vectorData(id).GetSpatialWeightSet(set);
+    const auto holds = [](const WeightsAtT &handle) {
+        List list;
+        int size = 0;
+        const bool isRead = VORN_GetSpatialWeights(handle, 0, list, VORN_MissingData());
+        return isRead == VORN_GetSpatialWeightsSize(handle, size) && isRead && text(list) == "1*1";
+    };
+    List list;
+    int size = 0;
+    QVERIFY(!holds(WeightsAtT()));
+    WeightsAtT handle = VORN_GetSpatialWeightsHandle(set, 5, false);
+    QVERIFY(holds(handle));
+    QVERIFY(!VORN_GetSpatialWeights(handle, 4, list, VORN_MissingData()));
+    QVERIFY(VORN_GetSpatialWeightsSize(handle, size));
+    QCOMPARE(size, 2 * (4 + 28) + 2 * (4 + 2 * 28)); // the inner points have two nearest
+    held.ClearSpatialWeights();
+    QVERIFY(!holds(handle));
+    handle = VORN_GetSpatialWeightsHandle(set, 5, false);
+    QVERIFY(holds(handle));
+    VORN_RemoveClusterSet(set);
+    QVERIFY(!holds(handle));
+}
+
+void TestWeightSets::whatChangesTheObjectsClears()
+{
+    TestModel model;
+    const int id = addPoints(4);
+    const int set =
+        VORN_CreateNearestNeighborWeightSet(id, "a", "", 1, ConstantWeight, false, 1, 1);
+    QCOMPARE(listAt(set, 3, 5), QString("2*1"));
+    model.vectorData(id).RemoveObjects({1, 2});
+    QVERIFY(model.vectorData(id).GetSpatialWeightSet(set)->IsEmpty());
+    QCOMPARE(listAt(set, 1, 5), QString("0*1"));
+    QCOMPARE(listAt(set, 3, 5), QString("none"));
+}
+
+void TestWeightSets::copiesHaveBlocksOfTheirOwn()
+{
+    TestModel model;
+    const int id = addPoints(2);
+    const int set = VORN_CreateClusterSet(id, "a", "");
+    VORN_AddToClusterSet(set, 1, {0, 5, true, false}, {entry(0, 0.25F)});
+    QVERIFY(model.vectorData(id).DuplicateSpatialWeightSet(set));
+    QVERIFY(VORN_RemoveClusterSet(set));
+    QCOMPARE(listAt(set + 1, 1, 1), QString("0*0.25"));
+    QCOMPARE(listAt(set + 1, 0, 1), QString());
+}
+
+void TestWeightSets::bytesOfASet()
+{
+    TestModel model;
+    const int id = addPoints(2);
+    auto &geography = model.vectorData(id);
+    AdjacencySet set("näme", &geography, 7.5, DistanceRankWeight, true, 3.0, 2.0);
+    set.AddInformation("infor");
+    set.AddInformation("mation");
+    QVERIFY(set.AddToSpatialWeights(1, {entry(7, 0.25F)}, stamp("[5, 9]"), false));
+    QVERIFY(set.AddToSpatialWeights(0, {}, stamp("[0, 5)"), false));
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    out << &set;
+    QByteArray expected;
+    BytesWriter form(&expected);
+    form << qint32(set.GetId()) << qint32((set.GetId() & 0xffff) + 1) << QStringLiteral("näme")
+         << qint32(0) << qint32(2) << qint32(2) << qint32(0) << qint32(0) << qint32(0) << 7.5 << 3.0
+         << 2.0 << qint8(1) << QStringLiteral("information");
+    form << qint32(2) << stamp("[5, 9]") << qint32(2) << qint32(-1) << qint32(0);
+    form << stamp("[0, 5)") << qint32(2) << qint32(1) << qint32(-1) << qint8(0);
+    QCOMPARE(bytes.toHex(), expected.toHex());
+    QByteArray block;
+    QVERIFY(ReadDataBlock(0, block));
+    QByteArray list;
+    BytesWriter image(&list);
+    image << QVector<neighborDatum>{entry(7, 0.25F)};
+    QCOMPARE(block.toHex(), list.toHex());
+    for (int length = 0; length < bytes.size(); ++length) {
+        BytesReader shorter(bytes.left(length));
+        AdjacencySet cut;
+        QVERIFY2(!cut.RestoreFromStream(shorter), qPrintable(QString::number(length)));
+    }
+}
+
+void TestWeightSets::projectGivesTheSameBytesAgain()
+{
+    TestModel model;
+    const int points = addPoints(40);
+    const int grid = addGrid(3, 4);
+    const int nearest =
+        VORN_CreateNearestNeighborWeightSet(points, "a", "b", 3, InverseDistanceWeight, true, 2, 2);
+    const int clusters = VORN_CreateClusterSet(points, "c", "");
+    const int queen = VORN_CreateAdjacentPixelWeightSet(grid, "q", "", QueenNeighbors,
+                                                        RowStandardizedWeight, false, 1, 1);
+    VORN_AddToClusterSet(clusters, 39, {0, 5, true, false}, {entry(0, 0.25F)});
+    const auto lists = [=]() -> QString {
+        return listAt(nearest, 20, 4) + '/' + listAt(clusters, 39, 4) + '/'
+               + listAt(clusters, 38, 4) + '/' + listAt(queen, 5, 4);
+    };
+    const QString before = lists();
+    const QString first = model.path("first");
+    const QString second = model.path("second");
+    QVERIFY(VORN_SaveProject(first));
+    VORN_UnloadProject();
+    QVERIFY(VORN_LoadProject(first));
+    QVERIFY(
+        model.vectorData(points).GetSpatialWeightSet(nearest)->HasPrecalculatedSpatialWeights(4));
+    QCOMPARE(lists(), before);
+    QVERIFY(VORN_SaveProject(second));
+    QVERIFY(read(first) == read(second));
+    // Numbers go on where the saved ones end, and notices have their road again.
+    QCOMPARE(VORN_CreateClusterSet(points, "d", "") & 0xffff, (queen & 0xffff) + 1);
+    WeightListener listener;
+    model.vectorData(points).AddSpatialWeightSetListener(&listener);
+    model.vectorData(points).GetSpatialWeightSet(nearest)->SetName("e", true);
+    QCOMPARE(listener.calls.size(), 1);
+}
+
+void TestWeightSets::formsOfEachAge_data()
+{
+    QTest::addColumn<int>("version");
+    for (int version : {103000, 103500, 104000, 104999, 105000, 106999, 107000, 111999, 112000,
+                        119999, 120000, 129999, 130000, 201041, 201042, 400001, 400002, 400021})
+        QTest::addRow("%d", version) << version;
+}
+
+void TestWeightSets::formsOfEachAge()
+{
+    QFETCH(int, version);
+    TestModel model;
+    const Loading loading(version);
+    const OldSet old{version};
+    constexpr int kSet = 3 * 65536 + 4;
+    const QByteArray bytes = geographyBytes(version, {{kSet, old.bytes(kSet)}});
+    BareGeography geography;
+    BytesReader in(bytes);
+    QVERIFY(geography.restoreBase(in));
+    QVERIFY(in.atEnd());
+    QCOMPARE(geography.GetSpatialWeightsIds().size(), 1);
+    const int id = geography.GetSpatialWeightsIds().first();
+    const AdjacencySet &set = *geography.GetSpatialWeightSet(id);
+    QCOMPARE(id >> 16, 3);
+    QCOMPARE(set.GetId(), id);
+    QCOMPARE(set.GetName(), version >= 120000 ? QString("set") : QString("set %1").arg(kSet));
+    QCOMPARE(set.GetGeoData(), &geography);
+    QVERIFY(set.NeighborCount() == 5 && set.RingCount() == 2 && set.QueenNeighbor()
+            && set.Range() == 7.5);
+    QCOMPARE(set.InverseDistanceNumerator(), version >= 107000 ? 3.0 : 1.0);
+    QCOMPARE(set.InverseDistancePower(), 2.0);
+    QCOMPARE(set.IncludeEgo(), version >= 104000 || version == 103000);
+    QCOMPARE(set.GetInformation(), version >= 105000 ? QString("information") : QString());
+    QCOMPARE(set.WeightType(), RowStandardizedWeight);
+    QCOMPARE(set.HasPrecalculatedSpatialWeights(4), version >= 400002);
+    AdjacencySet next("next", &geography, false, false);
+    if (version >= 120000) {
+        QVERIFY(id == kSet);
+        QCOMPARE(next.GetId(), 3 * 65536 + 9);
+    }
+    for (int length = 0; length < bytes.size(); ++length) {
+        BareGeography cut;
+        BytesReader shorter(bytes.left(length));
+        QVERIFY2(!cut.restoreBase(shorter), qPrintable(QString::number(length)));
+    }
+}
+
+void TestWeightSets::retiredWeights()
+{
+    TestModel model;
+    for (const auto &[version, written, expected] : {std::make_tuple(104999, 3, ConstantWeight),
+                                                     {104999, 2, InverseDistanceWeight},
+                                                     {104999, 1, RowStandardizedWeight},
+                                                     {105000, 3, InverseDistanceWeight},
+                                                     {105000, 2, DistanceRankWeight}}) {
+        const Loading loading(version);
+        OldSet old{version};
+        old.weights = written;
+        AdjacencySet set;
+        const QByteArray bytes = old.bytes(0);
+        BytesReader in(bytes);
+        QVERIFY(set.RestoreFromStream(in));
+        QCOMPARE(set.WeightType(), expected);
+        QVERIFY(set.IsEmpty());
+    }
+}
+
+void TestWeightSets::oldCustomSetsArePurged()
+{
+    TestModel model;
+    constexpr int kFirst = 3 * 65536;
+    for (int version : {400001, 400002}) {
+        const Loading loading(version);
+        OldSet plain{version};
+        OldSet custom{version, 99, 99};
+        OldSet cluster{version, 1, 1, true};
+        OldSet both{version, 1, 99, true};
+        BareGeography geography;
+        const QByteArray bytes = geographyBytes(version, {{kFirst + 3, both.bytes(kFirst + 3)},
+                                                          {kFirst + 2, cluster.bytes(kFirst + 2)},
+                                                          {kFirst + 1, custom.bytes(kFirst + 1)},
+                                                          {kFirst, plain.bytes(kFirst)}});
+        BytesReader in(bytes);
+        QVERIFY(geography.restoreBase(in));
+        QCOMPARE(geography.GetSpatialWeightsIds().size(), version < 400002 ? 1 : 4);
+        QCOMPARE(geography.GetSpatialWeightSet(kFirst)->IsEmpty(), version < 400002);
+    }
+    const QString custom = "Note: the custom spatial-weight set, set, was deleted because of "
+                           "incompatibility with Meridor 4.  "
+                           "You'll need to re-import it.";
+    const QString cluster =
+        "Note: the cluster set, set, was deleted because of incompatibility with Meridor 4.  "
+        "You'll need to recreate it.";
+    QCOMPARE(model.controller.log, (QStringList{custom, cluster, custom}));
+}
+
+void TestWeightSets::damagedSetsAreRefused()
+{
+    TestModel model;
+    constexpr int kSet = 3 * 65536;
+    const auto loads = [](const QList<QPair<int, QByteArray>> &sets) {
+        const QByteArray bytes = geographyBytes(serializationVersionNumber, sets);
+        BareGeography geography;
+        BytesReader in(bytes);
+        return geography.restoreBase(in);
+    };
+    const auto with = [](auto change) {
+        OldSet set;
+        change(set);
+        return set.bytes(kSet);
+    };
+    const Loading loading(serializationVersionNumber);
+    const QByteArray good = OldSet().bytes(kSet);
+    QVERIFY(loads({{kSet, good}}));
+    QVERIFY(!loads({{kSet + 1, good}}));           // under another's id
+    QVERIFY(!loads({{kSet, good}, {kSet, good}})); // twice
+    QVERIFY(!loads({{kSet, with([](OldSet &set) { set.method = 5; })}}));
+    QVERIFY(!loads({{kSet, with([](OldSet &set) { set.weights = -1; })}}));
+    QVERIFY(!loads({{kSet, with([](OldSet &set) { set.nextId = -1; })}}));
+    QVERIFY(!loads({{kSet, with([](OldSet &set) { set.nextId = 65537; })}}));
+    // A last number that leaves none: sets are refused before ids could become another geography's.
+    QVERIFY(loads({{kSet, with([](OldSet &set) { set.nextId = 65536; })}}));
+    const int id = addPoints(2);
+    QCOMPARE(raisedText([id] { VORN_CreateClusterSet(id, "", ""); }),
+             QString("Weight set id not defined"));
+    QVERIFY(loads({{kSet, good}}));
+
+    // Lists of fewer objects than there are make the project unreadable; blocks that are no lists
+    // read as empty ones.
+    const int set = VORN_CreateClusterSet(id, "", "");
+    VORN_AddToClusterSet(set, 1, {0, 5, true, false}, {entry(0, 0.25F)});
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    QVERIFY(model.vectorData(id).SaveToStream(out));
+    QByteArray lists;
+    BytesWriter form(&lists);
+    form << stamp("[0, 5)") << qint32(2) << qint32(-1);
+    const int at = bytes.indexOf(lists);
+    QVERIFY(at > 0);
+    bytes.remove(at + lists.size() - 4, 4);
+    bytes[at + 24 + 3] = 1;
+    MVectorData loaded(QString(), TF_Date, QString());
+    BytesReader in(bytes);
+    QVERIFY(!loaded.RestoreFromStream(in));
+    for (const QByteArray &block :
+         {QByteArray(), QByteArray("\0\0\0\1", 4), QByteArray("\177\377\377\377", 4),
+          QByteArray(32, '\377'), QByteArray(31, '\0')}) {
+        ReplaceDataBlock(0, block);
+        QCOMPARE(listAt(set, 1, 1), QString());
+    }
+    DeleteDataBlock(0);
+    QCOMPARE(listAt(set, 1, 1), QString());
+}
+
+QTEST_GUILESS_MAIN(TestWeightSets)
+#include "tst_WeightSets.moc"
