@@ -81,6 +81,8 @@ private:
     TreeObject *mObject;
 };
 
+using Pixel = MRasterDataSource::Pixel;
+
 neighborDatum datumOf(int id, double angle, double distance)
 {
     return {id, 0.0F, static_cast<float>(angle), static_cast<float>(distance)};
@@ -250,27 +252,119 @@ private:
     std::vector<HeldRecord> mHeld;
 };
 
-// West, east, north, south, then the corners.
-constexpr int kAround[8][2] = {{-1, 0},  {1, 0},  {0, -1}, {0, 1},
-                               {-1, -1}, {1, -1}, {-1, 1}, {1, 1}};
-
-QVector<MRasterDataSource::Pixel> adjacentPixels(const MRasterDataSource &source, int x, int y,
-                                                 int around)
-{
-    unsigned int columns = 0;
-    unsigned int rows = 0;
-    source.GetRasterDims(columns, rows);
-    QVector<MRasterDataSource::Pixel> pixels;
-    pixels.reserve(around);
-    for (int i = 0; i < around; ++i) {
-        // A step out to the left or top wraps round to a number that no grid has.
-        const auto column = static_cast<unsigned int>(x + kAround[i][0]);
-        const auto row = static_cast<unsigned int>(y + kAround[i][1]);
-        if (column < columns && row < rows)
-            pixels.append({column, row});
+class PixelRun {
+public:
+    PixelRun(const AdjacencySet &set, const MRasterDataSource &source)
+        : mSource(source),
+          mMethod(set.NeighborType()),
+          mRange(set.Range()),
+          mIncludeEgo(set.IncludeEgo()),
+          mNeedsDistances(set.WeightType() == DistanceRankWeight
+                          || set.WeightType() == InverseDistanceWeight)
+    {
+        source.GetRasterDims(mColumns, mRows);
     }
-    return pixels;
-}
+
+    template <class Store> bool run(const WeightRule &rule, Store store)
+    {
+        QVector<neighborDatum> list;
+        int id = 0;
+        for (unsigned int y = 0; y < mRows; ++y) {
+            for (unsigned int x = 0; x < mColumns; ++x, ++id) {
+                find(centerOf({x, y}), {x, y}, list);
+                rule.apply(list.data(), list.size());
+                if (!store(id, list.constData(), list.size()))
+                    return false;
+            }
+        }
+        return true;
+    }
+
+    void find(const QPointF &centre, const Pixel &ego, QVector<neighborDatum> &list)
+    {
+        findPixels(centre, ego);
+        list.resize(mPixels.size());
+        mAngles.resize(static_cast<size_t>(mPixels.size()));
+        neighborDatum *out = list.data();
+        Angle *angle = mAngles.data();
+        for (const Pixel &pixel : std::as_const(mPixels)) {
+            const QPointF way = centerOf(pixel) - centre;
+            const double distance =
+                mNeedsDistances ? std::sqrt(way.x() * way.x() + way.y() * way.y()) : 0.0;
+            *out++ = datumOf(static_cast<int>(mSource.IndexFromColRow(pixel.first, pixel.second)),
+                             (angle++)->of(way), distance);
+        }
+    }
+
+private:
+    /// The direction of one place in the list: from most cells the same as from the one before.
+    class Angle {
+    public:
+        double of(const QPointF &way)
+        {
+            if (way.x() != mWay.x() || way.y() != mWay.y()) {
+                mWay = way;
+                mAngle = std::atan2(way.y(), way.x());
+            }
+            return mAngle;
+        }
+
+    private:
+        QPointF mWay;
+        double mAngle = 0.0;
+    };
+
+    QPointF centerOf(const Pixel &pixel) const
+    {
+        QPointF centre;
+        require(mSource.GetPixelCenter(pixel.first, pixel.second, centre), "Invalid pixel id");
+        return centre;
+    }
+
+    void findPixels(const QPointF &centre, const Pixel &ego)
+    {
+        switch (mMethod) {
+        case RangeNeighbors:
+            require(mSource.CircleQuery(centre, mRange, mPixels), "Invalid pixel id");
+            if (!mIncludeEgo)
+                mPixels.removeOne(ego);
+            return;
+        case RookNeighbors:
+            return findAdjacent(ego, 4);
+        case QueenNeighbors:
+            return findAdjacent(ego, 8);
+        default:
+            fail("Invalid weight set type");
+        }
+    }
+
+    void findAdjacent(const Pixel &ego, int count)
+    {
+        // West, east, north, south, then the corners. A step out to the left or top wraps round to
+        // a number that no grid has.
+        constexpr int kAround[8][2] = {{-1, 0},  {1, 0},  {0, -1}, {0, 1},
+                                       {-1, -1}, {1, -1}, {-1, 1}, {1, 1}};
+        mPixels.resize(0); // and keep the memory
+        if (mIncludeEgo)
+            mPixels.append(ego);
+        for (int i = 0; i < count; ++i) {
+            const Pixel pixel(ego.first + static_cast<unsigned int>(kAround[i][0]),
+                              ego.second + static_cast<unsigned int>(kAround[i][1]));
+            if (pixel.first < mColumns && pixel.second < mRows)
+                mPixels.append(pixel);
+        }
+    }
+
+    const MRasterDataSource &mSource;
+    const neighborMethodType mMethod;
+    const double mRange;
+    const bool mIncludeEgo;
+    const bool mNeedsDistances;
+    unsigned int mColumns = 0;
+    unsigned int mRows = 0;
+    QVector<Pixel> mPixels;
+    std::vector<Angle> mAngles; ///< by place in the list
+};
 
 } // namespace
 
@@ -350,26 +444,10 @@ bool AdjacencySet::calculateRaster(MRasterData &geography, bool showProgress)
     // Asked for at a time outside its own, a raster has the lists of its own time and no others.
     if (mWeights.find(geography.GetTimeStamp()) != mWeights.end())
         return true;
-    unsigned int columns = 0;
-    unsigned int rows = 0;
-    source->GetRasterDims(columns, rows);
     const WeightRule rule = weightRule();
     const ProgressSection section(100);
-    const auto eachPixel = [&](auto store) {
-        int id = 0;
-        for (unsigned int y = 0; y < rows; ++y) {
-            for (unsigned int x = 0; x < columns; ++x, ++id) {
-                QPointF centre;
-                require(source->GetPixelCenter(x, y, centre), "Invalid pixel id");
-                QVector<neighborDatum> list = CalculatePixelNeighbors(
-                    source, centre, static_cast<int>(x), static_cast<int>(y));
-                rule.apply(list.data(), list.size());
-                if (!store(id, list.constData(), list.size()))
-                    return false;
-            }
-        }
-        return true;
-    };
+    PixelRun run(*this, *source);
+    const auto eachPixel = [&](auto store) { return run.run(rule, store); };
     if (!calculate(geography.GetTimeStamp(), showProgress, true, eachPixel))
         return false;
     geography.SpatialWeightSetChanged(this);
@@ -380,35 +458,8 @@ QVector<neighborDatum> AdjacencySet::CalculatePixelNeighbors(const MRasterDataSo
                                                              const QPointF &centre, int x,
                                                              int y) const
 {
-    const MRasterDataSource::Pixel ego(static_cast<unsigned int>(x), static_cast<unsigned int>(y));
-    QVector<MRasterDataSource::Pixel> pixels;
-    switch (mNeighborType) {
-    case RangeNeighbors:
-        require(source->CircleQuery(centre, mRange, pixels), "Invalid pixel id");
-        if (!mIncludeEgo)
-            pixels.removeOne(ego);
-        break;
-    case RookNeighbors:
-    case QueenNeighbors:
-        pixels = adjacentPixels(*source, x, y, mNeighborType == RookNeighbors ? 4 : 8);
-        if (mIncludeEgo)
-            pixels.prepend(ego);
-        break;
-    default:
-        fail("Invalid weight set type");
-    }
-    const bool needsDistances =
-        mWeightType == DistanceRankWeight || mWeightType == InverseDistanceWeight;
     QVector<neighborDatum> list;
-    list.reserve(pixels.size());
-    for (const MRasterDataSource::Pixel &pixel : std::as_const(pixels)) {
-        QPointF place;
-        require(source->GetPixelCenter(pixel.first, pixel.second, place), "Invalid pixel id");
-        const double dx = place.x() - centre.x();
-        const double dy = place.y() - centre.y();
-        list.append(datumOf(static_cast<int>(source->IndexFromColRow(pixel.first, pixel.second)),
-                            std::atan2(dy, dx),
-                            needsDistances ? std::sqrt(dx * dx + dy * dy) : 0.0));
-    }
+    PixelRun(*this, *source)
+        .find(centre, {static_cast<unsigned int>(x), static_cast<unsigned int>(y)}, list);
     return list;
 }
