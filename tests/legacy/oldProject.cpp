@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "legacy/oldProject.h"
 #include "fennimark/FMObjectChain.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
+#include "legacy/oldValues.h"
 #include <QColor>
 #include <QDataStream>
 #include <QMap>
@@ -20,19 +20,6 @@ namespace oldProject {
 
 namespace {
 
-constexpr int kNestedStream = 16;
-
-struct Span {
-    qint64 start;
-    qint64 end;
-    bool closedStart;
-    bool closedEnd;
-};
-QDataStream &operator<<(QDataStream &out, const Span &span)
-{
-    return out << span.start << span.end << qint32(span.closedStart) << qint32(span.closedEnd);
-}
-
 int streamVersion(int version)
 {
     if (version >= 170100 && version < 180000)
@@ -40,20 +27,6 @@ int streamVersion(int version)
     static const QMap<int, int> kFirst{{0, 6},       {112001, 7},  {130000, 8},  {180022, 10},
                                        {180063, 11}, {180088, 12}, {201038, 14}, {400019, 16}};
     return *--kFirst.upperBound(version);
-}
-
-template <class Write> QByteArray array(Write write)
-{
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setVersion(kNestedStream);
-    write(out);
-    return bytes;
-}
-
-template <class T> QByteArray raw(const T &value)
-{
-    return QByteArray(reinterpret_cast<const char *>(&value), sizeof value);
 }
 
 // Points on a line, all there from the first interval's start to far beyond the last one's end.
@@ -77,7 +50,8 @@ QByteArray geometry(int objects)
 
 class Writer {
 public:
-    explicit Writer(const Sample &sample) : s(sample), mOut(&mBytes, QIODevice::WriteOnly)
+    explicit Writer(const Sample &sample)
+        : s(sample), mOut(&mBytes, QIODevice::WriteOnly), mValues(sample)
     {
         mOut.setVersion(streamVersion(s.version));
     }
@@ -109,7 +83,6 @@ private:
     bool since(int version) const { return s.version >= version; }
     bool within(int first, int last) const { return since(first) && s.version <= last; }
     bool has(Fault fault) const { return s.fault == fault; }
-    void raw(const QByteArray &bytes) { mOut.writeRawData(bytes.constData(), bytes.size()); }
 
     void header()
     {
@@ -149,7 +122,8 @@ private:
     {
         if (s.version > 102000)
             geography(kVectorId, QStringLiteral("points"), false);
-        raw(geometry(s.objects));
+        const QByteArray points = geometry(s.objects);
+        mOut.writeRawData(points.constData(), points.size());
         if (s.version <= 102000)
             ids(kVectorId);
         mOut << qint32(s.objects);
@@ -290,7 +264,7 @@ private:
 
     void statistics(int number)
     {
-        mOut << qint32(1) << span(0);
+        mOut << qint32(1) << mValues.span(0);
         record(0.5);
         record(number + 0.125);
     }
@@ -310,10 +284,10 @@ private:
             mOut << qint32(17);
         if (since(160002))
             mOut << qint32(18);
-        mOut << qint32(1) << span(0) << qint32(1) << 2.0 << 0.0 << 30.0 << 30.0
+        mOut << qint32(1) << mValues.span(0) << qint32(1) << 2.0 << 0.0 << 30.0 << 30.0
              << qint32(1); // spherical
         mOut << qint32(0);
-        mOut << qint32(1) << span(0) << qint32(1) << 1.0 << 2.0 << 3.0 << qint32(4);
+        mOut << qint32(1) << mValues.span(0) << qint32(1) << 1.0 << 2.0 << 3.0 << qint32(4);
         mOut << qint32(dataset) << qint32(-1) << qint32(12) << qint32(-1) << qint32(2);
         const auto run = [this](int count, auto value) {
             for (int i = 0; i < count; ++i)
@@ -323,8 +297,6 @@ private:
             run(2, qint8(0));
         run(3, 3.5), run(1, qint32(3)), run(2, qint8(1)), run(5, qint32(4)), run(2, qint8(1));
     }
-
-    Span span(int time) const { return {start(time), start(time + 1), true, time + 1 == s.times}; }
 
     void vectorDataset(int number, const Dataset &dataset)
     {
@@ -340,257 +312,11 @@ private:
         mOut << qint32(isWrong                         ? s.objects + 1
                        : has(Fault::SourceObjectCount) ? 0x7FFFFFFF
                                                        : s.objects);
-        if (!since(130000)) {
-            maps(mOut, {number, 0, dataset}, dataset.type);
-            if (!since(103000))
-                statistics(number);
-            return;
-        }
-        frequencies(number, dataset);
-        if (since(180004))
-            realizationsOfBlocks(number, dataset);
-        else
-            realizationsInline(number, dataset);
-    }
-
-    struct Place {
-        int number;
-        int realization;
-        Dataset dataset;
-    };
-
-    void frequencies(int number, const Dataset &dataset)
-    {
-        const int count = realizations(s.version);
-        if (since(180083)) {
-            QMap<int, int> counts;
-            for (int realization = 0; realization < count; ++realization)
-                count_(counts, {number, realization, dataset});
-            mOut << array([&](QDataStream &out) { table(out, dataset.type, counts); });
-            return;
-        }
-        const int tables = has(Fault::FewerFrequencies) ? count - 1 : count;
-        mOut << qint32(tables);
-        for (int realization = 0; realization < tables; ++realization) {
-            QMap<int, int> counts;
-            count_(counts, {number, realization, dataset});
-            table(mOut, dataset.type, counts);
-        }
-    }
-
-    void count_(QMap<int, int> &counts, const Place &place) const
-    {
-        for (int time = 0; time < s.times && counts.size() < 5000; ++time)
-            for (int object = 0; object < s.objects; ++object)
-                if (isPresent(place.realization, object, time))
-                    ++counts[oldProject::number(place.number, place.realization, object, time)];
-    }
-
-    static void table(QDataStream &out, Type type, const QMap<int, int> &counts)
-    {
-        QMap<double, int> decimals;
-        QMap<QString, int> texts;
-        for (auto it = counts.cbegin(); it != counts.cend(); ++it) {
-            decimals.insert(it.key() / 100.0, it.value());
-            texts.insert(text(it.key()), it.value());
-        }
-        out << (type == Integer ? counts : QMap<int, int>())
-            << (type == Decimal ? decimals : QMap<double, int>())
-            << (type == Text ? texts : QMap<QString, int>());
-    }
-
-    void realizationsInline(int number, const Dataset &dataset)
-    {
-        for (int realization = 0; realization < realizations(s.version); ++realization) {
-            QByteArray bytes = array([&](QDataStream &out) {
-                for (const bool isSliced : {true, false})
-                    for (const Type type : {Decimal, Integer, Text})
-                        half(out, {number, realization, dataset}, type, isSliced);
-            });
-            if (since(170001))
-                bytes = array([&](QDataStream &out) { out << bytes; });
-            const bool isWrong = has(Fault::LongRealization) || has(Fault::ShortRealization);
-            mOut << (isWrong ? qint64(has(Fault::LongRealization) ? 1LL << 40 : bytes.size() - 9)
-                             : bytes.size());
-            raw(bytes);
-        }
-    }
-
-    void maps(QDataStream &out, const Place &place, Type type)
-    {
-        half(out, place, type, true);
-        half(out, place, type, false);
-    }
-
-    // The slices or the series of one type: empty unless they are those of the dataset.
-    void half(QDataStream &out, const Place &place, Type type, bool isSliced)
-    {
-        const bool isUsed = place.dataset.isSliced == isSliced || has(Fault::BothStorages);
-        if (place.dataset.type != type || !isUsed)
-            out << qint32(0);
-        else if (isSliced)
-            slices(out, place);
-        else
-            histories(out, place);
-    }
-
-    void value(QDataStream &out, Type type, int number) const
-    {
-        switch (type) {
-        case Integer:
-            out << qint32(number);
-            break;
-        case Decimal:
-            out << number / 100.0;
-            break;
-        case Text:
-            out << text(number).toUtf8();
-            break; // as a standard string: length and bytes
-        }
-    }
-
-    void slices(QDataStream &out, const Place &place)
-    {
-        out << qint32(has(Fault::RepeatedSlice) ? s.times + 1 : s.times);
-        if (has(Fault::RepeatedSlice))
-            slice(out, place, s.times - 1);
-        for (int time = s.times; time-- > 0;)
-            slice(out, place, time);
-    }
-
-    void slice(QDataStream &out, const Place &place, int time)
-    {
-        QVector<qint32> ids;
-        for (int object = s.objects; object-- > 0;)
-            if (isPresent(place.realization, object, time))
-                ids.append(object);
-        out << (has(Fault::CrossedSlice) ? Span{5, 3, true, true} : span(time))
-            << qint32(ids.size());
-        for (const int object : qAsConst(ids))
-            value(out, place.dataset.type,
-                  oldProject::number(place.number, place.realization, object, time));
-        if (has(Fault::SliceIdMissing))
-            ids.removeLast();
-        if (has(Fault::SliceIdTooLarge))
-            ids.last() = s.objects;
-        out << ids;
-    }
-
-    // One object more than there are: shrinking left such histories behind.
-    int historyCount() const { return s.objects + 1; }
-
-    void histories(QDataStream &out, const Place &place)
-    {
-        out << qint32(historyCount());
-        for (int object = historyCount(); object-- > 0;) {
-            const bool isRepeated = has(Fault::RepeatedHistory) && object == 0;
-            out << qint32(object) << qint32(times(place, object).size() + isRepeated);
-            for (int time : times(place, object)) {
-                out << (has(Fault::CrossedHistory) ? Span{5, 3, true, true} : span(time));
-                value(out, place.dataset.type,
-                      oldProject::number(place.number, place.realization, object, time));
-            }
-            if (isRepeated) {
-                out << span(0);
-                value(out, place.dataset.type, 1);
-            }
-        }
-    }
-
-    // The last one first.
-    QVector<int> times(const Place &place, int object) const
-    {
-        QVector<int> result;
-        for (int time = s.times; time-- > 0;)
-            if (isPresent(place.realization, object, time))
-                result.append(time);
-        return result;
-    }
-
-    void realizationsOfBlocks(int number, const Dataset &dataset)
-    {
-        const int count = has(Fault::FewerRealizations) ? 1 : realizations(s.version);
-        mOut << qint32(count);
-        for (int realization = count; realization-- > 0;) {
-            mOut << qint32(realization);
-            mOut << array([&](QDataStream &out) {
-                for (const bool isSliced : {true, false})
-                    for (const Type type : {Integer, Decimal, Text}) {
-                        const Place place{number, realization, dataset};
-                        if (dataset.type != type || dataset.isSliced != isSliced)
-                            out << qint32(0);
-                        else if (isSliced)
-                            sliceBlocks(out, place);
-                        else
-                            historyBlocks(out, place);
-                    }
-            });
-        }
-    }
-
-    qint32 store(const QByteArray &image)
-    {
-        mBlocks.append(image);
-        return mBlocks.size() - 1;
-    }
-
-    static void rawValue(QDataStream &out, Type type, int number)
-    {
-        const QByteArray bytes =
-            type == Integer ? oldProject::raw(qint32(number)) : oldProject::raw(number / 100.0);
-        out.writeRawData(bytes.constData(), bytes.size());
-    }
-
-    void sliceBlocks(QDataStream &out, const Place &place)
-    {
-        out << qint32(s.times);
-        for (int time = s.times; time-- > 0;) {
-            const QByteArray image = array([&](QDataStream &block) {
-                QSet<int> missing;
-                block << qint32(s.objects);
-                for (int object = 0; object < s.objects; ++object) {
-                    const int value =
-                        oldProject::number(place.number, place.realization, object, time);
-                    if (place.dataset.type == Text)
-                        block << text(value);
-                    else
-                        rawValue(block, place.dataset.type, value);
-                    if (!isPresent(place.realization, object, time))
-                        missing.insert(object);
-                }
-                block << missing;
-            });
-            out << span(time) << store(image);
-        }
-    }
-
-    void historyBlocks(QDataStream &out, const Place &place)
-    {
-        out << qint32(historyCount());
-        for (int object = historyCount(); object-- > 0;) {
-            QVector<int> ascending = times(place, object);
-            std::reverse(ascending.begin(), ascending.end());
-            const QByteArray image = array([&](QDataStream &block) {
-                block << qint32(ascending.size());
-                for (const int time : qAsConst(ascending)) {
-                    const int value =
-                        oldProject::number(place.number, place.realization, object, time);
-                    if (place.dataset.type == Text) {
-                        block << span(time) << text(value);
-                        continue;
-                    }
-                    const Span when = span(time);
-                    const QByteArray head = oldProject::raw(when.start) + oldProject::raw(when.end)
-                                            + oldProject::raw(when.closedStart)
-                                            + oldProject::raw(when.closedEnd) + QByteArray(6, '\0');
-                    block.writeRawData(head.constData(), head.size());
-                    rawValue(block, place.dataset.type, value);
-                    if (place.dataset.type == Integer)
-                        block.writeRawData("\0\0\0", 4);
-                }
-            });
-            out << qint32(object) << store(image);
-        }
+        if (since(130000))
+            mValues.frequencies(mOut, number, dataset);
+        mValues.write(mOut, number, dataset);
+        if (!since(103000))
+            statistics(number);
     }
 
     void rasterGeography()
@@ -637,7 +363,7 @@ private:
         for (int realization = realizations(s.version); realization-- > 0;)
             mOut << qint32(realization) << qint32(1) << Span{3, 8, true, true} << qint32(kRows)
                  << qint32(kColumns) << (since(201001) ? type : oldType) << qint32(isByte ? 8 : 32)
-                 << qint32(0) << store(cells(i));
+                 << qint32(0) << mValues.store(cells(i));
     }
 
     void missingFlag(int i)
@@ -679,23 +405,23 @@ private:
             if (i == 0)
                 bytes.append(static_cast<char>(static_cast<quint8>(kCells[cell])));
             else
-                bytes.append(
-                    oldProject::raw(static_cast<float>(cell == 2 ? missing : kCells[cell])));
+                bytes.append(raw(static_cast<float>(cell == 2 ? missing : kCells[cell])));
         }
         return bytes;
     }
 
     void blocks()
     {
-        mOut << qint32(mBlocks.size()) << qint32(mBlocks.size());
-        for (int id = 0; id < mBlocks.size(); ++id)
-            mOut << qint32(id) << (since(180050) ? qCompress(mBlocks.at(id)) : mBlocks.at(id));
+        const QVector<QByteArray> &all = mValues.blocks();
+        mOut << qint32(all.size()) << qint32(all.size());
+        for (int id = 0; id < all.size(); ++id)
+            mOut << qint32(id) << (since(180050) ? qCompress(all.at(id)) : all.at(id));
     }
 
     const Sample &s;
     QByteArray mBytes;
     QDataStream mOut;
-    QVector<QByteArray> mBlocks;
+    ValueWriter mValues;
 };
 
 } // namespace
