@@ -5,6 +5,7 @@
 #include <QPair>
 #include <QSet>
 #include <QString>
+#include <QStringView>
 #include <QVector>
 #include <string>
 #include <tuple>
@@ -241,8 +242,9 @@ protected:
 
     /// The hull of one realization's intervals.
     virtual TimeStamp CalculateTimeBounds(const MVectorDataRealization &realization);
-    /// Texts of files before 180005, which are bytes up to the first NUL, in UTF-8.
-    static void ProcessPre180005StringData(const QVector<std::string> &stored, QVector<QString> &texts);
+    /// Texts of files before 180004 (bytes up to the first NUL, in UTF-8) as views into `joined`.
+    static void ProcessPre180005StringData(const QVector<std::string> &stored, QString &joined,
+                                           QVector<QStringView> &texts);
 
 private:
     bool isSliced() const { return mStorageType == TimeSlice; }
@@ -310,3 +312,8 @@ private:
     RealizationVectorDataFrequencies mFrequencies;
     mutable QMap<int, MVectorDataRealization> mRealizationData; ///< a check-out can make an empty series
 };
+
+/// A standard string, as files before 180004 hold texts: its length in bytes as 32 bits, then the
+/// bytes. Reading takes no more than the stream has left.
+DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const std::string &text);
+DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, std::string &text);

@@ -3,6 +3,7 @@
 #pragma once
 #include <QByteArray>
 #include <QString>
+#include <QStringView>
 #include <QtEndian>
 #include <cstring>
 #include <limits>
@@ -95,7 +96,7 @@ public:
         mTo = mImage.data();
     }
 
-    static qint64 textBytes(const QString &text) { return 4 + 2 * qint64(text.size()); }
+    static qint64 textBytes(QStringView text) { return 4 + 2 * qint64(text.size()); }
 
     template <class T> void integer(T value)
     {
@@ -113,12 +114,12 @@ public:
         return to;
     }
 
-    void text(const QString &text)
+    void text(QStringView text)
     {
         if (text.isNull())
             return integer(kNullText);
         integer(static_cast<quint32>(text.size()) * 2);
-        qToBigEndian<quint16>(text.constData(), text.size(), mTo);
+        qToBigEndian<quint16>(text.data(), text.size(), mTo);
         mTo += 2 * qint64(text.size());
     }
 

@@ -33,7 +33,30 @@ template <class T> qint64 bytesOf(const QVector<T> &values)
     return bytes;
 }
 
+template <class T> QByteArray encodeSlice(const QVector<T> &values, const QSet<int> &missing)
+{
+    const qint64 valueBytes = bytesOf(values);
+    ImageWriter out(kHeadBytes + valueBytes + 4 + 4 * qint64(missing.size()));
+    out.integer(qint32(values.size()));
+    if constexpr (isRaw<T>) {
+        out.raw(values.constData(), valueBytes);
+    } else {
+        for (const T &value : values)
+            out.text(value);
+    }
+    out.integer(qint32(missing.size()));
+    const QVector<int> ids = ascending(missing);
+    for (const int id : ids)
+        out.integer(qint32(id));
+    return out.image();
+}
+
 } // namespace
+
+QByteArray encodeTextSlice(const QVector<QStringView> &texts, const QSet<int> &missing)
+{
+    return encodeSlice(texts, missing);
+}
 
 template <class T> bool SliceImage<T>::assign(const QByteArray &bytes)
 {
@@ -58,20 +81,7 @@ template <class T> bool SliceImage<T>::assign(const QByteArray &bytes)
 
 template <class T> QByteArray SliceImage<T>::encode(const QVector<T> &values, const QSet<int> &missing)
 {
-    const qint64 valueBytes = bytesOf(values);
-    ImageWriter out(kHeadBytes + valueBytes + 4 + 4 * qint64(missing.size()));
-    out.integer(qint32(values.size()));
-    if constexpr (isRaw<T>) {
-        out.raw(values.constData(), valueBytes);
-    } else {
-        for (const T &value : values)
-            out.text(value);
-    }
-    out.integer(qint32(missing.size()));
-    const QVector<int> ids = ascending(missing);
-    for (const int id : ids)
-        out.integer(qint32(id));
-    return out.image();
+    return encodeSlice(values, missing);
 }
 
 template <class T> T SliceImage<T>::value(int object) const

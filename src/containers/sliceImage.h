@@ -10,6 +10,7 @@
 #include <QByteArray>
 #include <QSet>
 #include <QString>
+#include <QStringView>
 #include <QVector>
 #include <type_traits>
 
@@ -46,6 +47,9 @@ private:
     int mMissingCount = 0;
     int mMissingAt = 0; ///< offset of the missing ids
 };
+
+/// The image of a slice of texts that lie elsewhere.
+QByteArray encodeTextSlice(const QVector<QStringView> &texts, const QSet<int> &missing);
 
 extern template class SliceImage<int>;
 extern template class SliceImage<double>;

@@ -16,6 +16,8 @@
 // stored as a block, as soon as its values are read, so a realization may be larger than memory.
 #include "Common/detail/failure.h"
 #include "Common/detail/readAhead.h"
+#include "containers/sliceImage.h"
+#include "datainterface/DataBlocks.h"
 #include "datainterface/VersionAPI.h"
 #include "datasets/elementTypes.h"
 #include "datasets/oldForms.h"
@@ -165,7 +167,7 @@ private:
             if (!readElements(mIn, old.values) || !readElements(mIn, old.ids) || !stamp.isValid()
                 || slices.contains(stamp) || !namesObjects(old))
                 return mIn.setCorrupt();
-            slices[stamp] = newSlice<T>(old);
+            slices[stamp] = newSlice(old);
         }
     }
 
@@ -176,31 +178,40 @@ private:
                               [this](int id) { return id >= 0 && id < mObjectCount; });
     }
 
-    /// Objects that are not named are missing.
-    template <class T> TimeSliceData<T> *newSlice(const oldSlice<Stored<T>> &slice) const
+    template <class T> TimeSliceData<T> *newSlice(const oldSlice<T> &slice) const
     {
-        QVector<T> named = valuesOf(slice.values);
-        QVector<T> values(mObjectCount);
+        QSet<int> missing;
+        const QVector<T> values = placed(slice.values, slice.ids, missing);
+        return new TimeSliceData<T>(values, missing);
+    }
+    // Texts go into the image without ever being objects of their own.
+    TimeSliceData<QString> *newSlice(const oldSlice<std::string> &slice) const
+    {
+        require(mObjectCount > 0, "empty dataset");
+        QString joined;
+        QVector<QStringView> texts;
+        ProcessPre180005StringData(slice.values, joined, texts);
+        QSet<int> missing;
+        const QVector<QStringView> values = placed(texts, slice.ids, missing);
+        return new TimeSliceData<QString>(SaveDataBlock(encodeTextSlice(values, missing)));
+    }
+
+    /// Each element at the position of its object; objects that are not named are missing.
+    template <class V>
+    QVector<V> placed(const QVector<V> &named, const QVector<int> &ids, QSet<int> &missing) const
+    {
+        QVector<V> values(mObjectCount);
         std::vector<bool> isNamed(static_cast<std::size_t>(mObjectCount));
         for (int i = 0; i < named.size(); ++i) {
-            const int id = slice.ids.at(i);
-            values[id] = std::move(named[i]);
-            isNamed[static_cast<std::size_t>(id)] = true;
+            values[ids.at(i)] = named.at(i);
+            isNamed[static_cast<std::size_t>(ids.at(i))] = true;
         }
-        QSet<int> missing;
+        missing.reserve(mObjectCount - named.size());
         for (int id = 0; id < mObjectCount; ++id) {
             if (!isNamed[static_cast<std::size_t>(id)])
                 missing.insert(id);
         }
-        return new TimeSliceData<T>(values, missing);
-    }
-
-    template <class T> static QVector<T> valuesOf(const QVector<T> &stored) { return stored; }
-    static QVector<QString> valuesOf(const QVector<std::string> &stored)
-    {
-        QVector<QString> texts;
-        ProcessPre180005StringData(stored, texts);
-        return texts;
+        return values;
     }
 
     template <class T> void readSeries(SeriesMap<T> &series)
@@ -227,12 +238,29 @@ private:
             stored.append(Stored<T>());
             readElements(mIn, &stored.last(), 1);
         }
-        const QVector<T> values = valuesOf(stored);
+        return historyOf(stamps, stored);
+    }
+
+    template <class T>
+    static QVector<TimeSeriesEntry<T>> historyOf(const QVector<TimeStamp> &stamps,
+                                                 const QVector<T> &values)
+    {
         QVector<TimeSeriesEntry<T>> entries;
         entries.reserve(values.size());
         for (int i = values.size(); i-- > 0;)
             entries.append({stamps.at(i), values.at(i)});
         return entries;
+    }
+    static QVector<TimeSeriesEntry<QString>> historyOf(const QVector<TimeStamp> &stamps,
+                                                       const QVector<std::string> &stored)
+    {
+        QString joined;
+        QVector<QStringView> texts;
+        ProcessPre180005StringData(stored, joined, texts);
+        QVector<QString> values;
+        for (const QStringView text : qAsConst(texts))
+            values.append(text.toString());
+        return historyOf(stamps, values);
     }
 
     ReadAhead mIn;
@@ -240,14 +268,24 @@ private:
     const int mObjectCount;
 };
 
-// The old program read them as C strings.
-void MVectorDataset::ProcessPre180005StringData(const QVector<std::string> &stored,
-                                                QVector<QString> &texts)
+// The old program read them as C strings. They are decoded in one go, parted by what none of them
+// holds: a string object for each would cost a multiple.
+void MVectorDataset::ProcessPre180005StringData(const QVector<std::string> &stored, QString &joined,
+                                                QVector<QStringView> &texts)
 {
+    QByteArray bytes;
+    for (const std::string &text : stored)
+        bytes.append('\0').append(text.c_str());
+    joined =
+        QString::fromUtf8(bytes.constData(), bytes.size()); // as an array it would end at a NUL
     texts.resize(0);
     texts.reserve(stored.size());
-    for (const std::string &text : stored)
-        texts.append(QString(text.c_str()));
+    const QChar *const end = joined.constData() + joined.size();
+    for (const QChar *at = joined.constData(); at != end;) {
+        const QChar *const first = at + 1;
+        at = std::find(first, end, QChar());
+        texts.append(QStringView(first, at));
+    }
 }
 
 /// Before 130000.

@@ -18,11 +18,6 @@ template <class T> struct oldSlice {
     QVector<int> ids;
 };
 
-/// A text of files before 180004: its length in bytes as 32 bits, then the bytes. Never more than
-/// the stream has left.
-QDataStream &operator<<(QDataStream &out, const std::string &text);
-QDataStream &operator>>(QDataStream &in, std::string &text);
-
 namespace datainterface {
 
 /// The codes before 201001: 0 integer, 1 decimal, 2 text. Any other raises "Invalid data type".
