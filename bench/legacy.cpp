@@ -58,7 +58,7 @@ template <class T> void readAll(int times)
 
 template <class T>
 void compare(const Host &host, const char *name, int version, const oldProject::Dataset &dataset,
-             int times)
+             int times, double loadTarget)
 {
     const QString old = host.path("old");
     const QString present = host.path("present");
@@ -75,7 +75,7 @@ void compare(const Host &host, const char *name, int version, const oldProject::
     std::printf("%.0f MB in the present form\n", static_cast<double>(QFile(present).size()) / 1e6);
     const double oldLoad = ratios::best(kRounds, 1e6, [&] { load(old); });
     const double presentLoad = ratios::best(kRounds, 1e6, [&] { load(present); });
-    ratios::row("  loaded", oldLoad, "present form", presentLoad, 2.0, "ms");
+    ratios::row("  loaded", oldLoad, "present form", presentLoad, loadTarget, "ms");
     const auto whole = [times](const QString &path) {
         return [=] {
             load(path);
@@ -93,10 +93,12 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const Host host;
     ratios::head("old projects");
-    compare<double>(host, "slices of decimals, 1.02.000", 102000, {oldProject::Decimal, true},
-                    1100);
-    compare<double>(host, "series of decimals, 1.80.003", 180003, {oldProject::Decimal, false},
-                    210);
-    compare<QString>(host, "slices of texts, 1.80.003", 180003, {oldProject::Text, true}, 380);
+    compare<double>(host, "slices of decimals, 1.02.000", 102000, {oldProject::Decimal, true}, 1100,
+                    2.0);
+    compare<double>(host, "series of decimals, 1.80.003", 180003, {oldProject::Decimal, false}, 210,
+                    2.0);
+    // The present form's texts stay as they lie until somebody reads them; old ones are decoded
+    // first.
+    compare<QString>(host, "slices of texts, 1.80.003", 180003, {oldProject::Text, true}, 380, 3.5);
     return ratios::missed > 0;
 }
