@@ -10,6 +10,7 @@
 #include <QMap>
 #include <QPointF>
 #include <QSet>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <QVariant>
 #include <cmath>
@@ -19,15 +20,6 @@
 namespace oldProject {
 
 namespace {
-
-int streamVersion(int version)
-{
-    if (version >= 170100 && version < 180000)
-        return 12;
-    static const QMap<int, int> kFirst{{0, 6},       {112001, 7},  {130000, 8},  {180022, 10},
-                                       {180063, 11}, {180088, 12}, {201038, 14}, {400019, 16}};
-    return *--kFirst.upperBound(version);
-}
 
 // Points on a line, all there from the first interval's start to far beyond the last one's end.
 QByteArray geometry(int objects)
@@ -115,7 +107,48 @@ private:
         if (since(103000))
             mOut << qint32(-1) << QVector<qint32>{3, 1};
         if (since(103000))
-            mOut << qint32(0); // weight sets
+            weightSets(id);
+    }
+
+    // Of the points alone: one that is calculated and one of the host's. Lists stand in place
+    // before 201042.
+    void weightSets(int geography)
+    {
+        const QStringList names{QStringLiteral("near"), QStringLiteral("own")};
+        const int count = geography == kVectorId ? names.size() : 0;
+        mOut << qint32(count);
+        for (int i = count; i-- > 0;) {
+            if (since(120000))
+                mOut << qint32((geography << 16) + i) << qint32((geography << 16) + i) << qint32(2);
+            mOut << names.at(i) << qint32(0) << qint32(i == 0 ? 1 : 99) << qint32(i == 0 ? 2 : 99);
+            mOut << qint32(3) << qint32(0) << qint32(0) << 0.5;
+            if (since(107000))
+                mOut << 2.0;
+            mOut << 1.5;
+            if (since(104000))
+                mOut << qint8(1);
+            if (within(105000, 106999))
+                mOut << qint8(0);
+            if (since(105000))
+                mOut << QStringLiteral("information");
+            weightLists();
+            if (since(112000))
+                mOut << qint8(0);
+        }
+    }
+    void weightLists()
+    {
+        mOut << qint32(!since(201042));
+        if (since(201042))
+            return;
+        mOut << mValues.span(0) << qint32(s.objects);
+        for (int object = 0; object < s.objects; ++object) {
+            mOut << qint32(1) << qint32(0);
+            if (since(130000))
+                mOut << 0.5f << 1.5f;
+            else
+                mOut << 0.5 << 1.5;
+        }
     }
 
     void vectorGeography()
@@ -130,7 +163,7 @@ private:
         for (int object = 0; object < s.objects; ++object)
             mOut << qint32(object) << qint32(object);
         if (s.version <= 102000)
-            mOut << qint32(0); // weight sets
+            weightSets(kVectorId);
         mOut << qint32(s.objects);
         for (int object = 0; object < s.objects; ++object)
             mOut << qint32(object);
@@ -473,6 +506,15 @@ QString versionText(int version)
         .arg(version / 100000)
         .arg(version / 1000 % 100, 2, 10, QLatin1Char('0'))
         .arg(version % 1000, 3, 10, QLatin1Char('0'));
+}
+
+int streamVersion(int version)
+{
+    if (version >= 170100 && version < 180000)
+        return 12;
+    static const QMap<int, int> kFirst{{0, 6},       {112001, 7},  {130000, 8},  {180022, 10},
+                                       {180063, 11}, {180088, 12}, {201038, 14}, {400019, 16}};
+    return *--kFirst.upperBound(version);
 }
 
 QByteArray write(const Sample &sample)

@@ -70,6 +70,7 @@ constexpr qint64 start(int time)
 /// The first version of every form of a project's parts, and the last of the form before it.
 QVector<int> versions();
 QString versionText(int version);
+int streamVersion(int version); ///< of QDataStream
 QByteArray write(const Sample &sample);
 /// The map of points alone, as MVectorData reads it.
 QByteArray writeVectorGeography(const Sample &sample);

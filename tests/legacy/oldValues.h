@@ -17,7 +17,7 @@ struct Span {
     bool closedStart;
     bool closedEnd;
 };
-QDataStream &operator<<(QDataStream &out, const Span &span)
+inline QDataStream &operator<<(QDataStream &out, const Span &span)
 {
     return out << span.start << span.end << qint32(span.closedStart) << qint32(span.closedEnd);
 }
