@@ -309,10 +309,13 @@ void TestMeridorProjects::theDemoChecksItsFigures()
         QVERIFY2(QFileInfo(place.path(QString("out/") + name)).size() > 0, name);
 
     // One income changed by a dollar: means and classes are off.
-    QDir(place.path("")).mkpath("samples/us_income");
-    for (const QFileInfo &file :
-         QDir(QString(MERIDOR_TEST_SAMPLES) + "/us_income").entryInfoList(QDir::Files))
-        QVERIFY(QFile::copy(file.filePath(), place.path("samples/us_income/") + file.fileName()));
+    for (const char *folder : {"us_income", "nc_sids", "carolina_climate"}) {
+        const QString copy = QStringLiteral("samples/") + folder;
+        QDir(place.path("")).mkpath(copy);
+        for (const QFileInfo &file :
+             QDir(QString(MERIDOR_TEST_SAMPLES) + "/" + folder).entryInfoList(QDir::Files))
+            QVERIFY(QFile::copy(file.filePath(), place.path(copy + "/") + file.fileName()));
+    }
     QByteArray table = place.bytes("samples/us_income/income_1929_2009.csv");
     QVERIFY(table.contains(",52736\n"));
     place.file("samples/us_income/income_1929_2009.csv", table.replace(",52736\n", ",52737\n"));
