@@ -3,6 +3,7 @@
 #include "gridCoverage.h"
 #include "overlay.h"
 #include <cmath>
+#include <limits>
 
 using fennimark::Shape;
 
@@ -117,6 +118,8 @@ void FMPolygon::CellAreas(const FMGrid &grid, const FMGridWindow &window,
 
 QVector<QPointF> FMPolygon::GetRandomPoints(double (*deviate)(void), int count) const
 {
+    // As many as one vector holds: more are refused before they are drawn.
+    constexpr int kMostPoints = (std::numeric_limits<int>::max() - 64) / int(sizeof(QPointF));
     QVector<QPointF> points;
     const Rect2D bounds = GetBounds();
     const Shape shape(*this);
@@ -124,7 +127,7 @@ QVector<QPointF> FMPolygon::GetRandomPoints(double (*deviate)(void), int count) 
         shape.vertexCount() < 64 ? 16 : (shape.vertexCount() < 1024 ? 32 : 64);
     const FMGrid grid{bounds.xMin, bounds.yMin, bounds.yMax, (bounds.xMax - bounds.xMin) / side,
                       (bounds.yMax - bounds.yMin) / side};
-    if (!deviate || count < 1)
+    if (!deviate || count < 1 || count > kMostPoints)
         return points;
     QVector<FMCellArea> cells;
     CellAreas(grid, {0, 0, side - 1, side - 1}, cells);
