@@ -188,7 +188,7 @@ private:
     template <class Run>
     bool calculate(const TimeStamp &stamp, bool showProgress, bool keepsCancelled, Run run);
     bool calculateVector(MVectorData &geography, qint64 t, bool showProgress);
-    bool calculateRaster(MRasterData &geography, bool showProgress);
+    bool calculateRaster(MRasterData &geography, qint64 t, bool showProgress);
     bool readList(const NeighborLists &lists, unsigned int id, QVector<neighborDatum> &list,
                   const VORN_MissingData &missing) const;
     datainterface::WeightRule weightRule() const;

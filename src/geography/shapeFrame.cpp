@@ -19,8 +19,7 @@ int recordAt(const MVectorData &geography, unsigned int object, qint64 time)
 
 int objectOf(const MVectorData &geography, int recordId)
 {
-    const HeldRecord record(*geography.GetFennims()->mTree, recordId);
-    return record.get() ? geography.GetObjectId(record.get()->chainId) : -1;
+    return geography.GetObjectId(HeldRecord(*geography.GetFennims()->mTree, recordId).chainId());
 }
 
 HeldRecord::HeldRecord(const HilbertTree &tree, int recordId, bool keep)

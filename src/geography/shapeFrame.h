@@ -26,6 +26,7 @@ public:
     ~HeldRecord();
     Q_DISABLE_COPY(HeldRecord)
     const HilbertTreeRecord *get() const { return mRecord; }
+    int chainId() const { return mRecord ? mRecord->chainId : -1; }
 
 private:
     const HilbertTree &mTree;
@@ -59,7 +60,7 @@ public:
     }
     const TreeObject *get() const { return mObject.get(); }
     template <class Kind> const Kind *as() const { return mObject.as<Kind>(); }
-    int chainId() const { return mRecord.get() ? mRecord.get()->chainId : -1; }
+    int chainId() const { return mRecord.chainId(); }
 
 private:
     const HeldRecord mRecord;

@@ -15,10 +15,12 @@
 #include "fennimark/FM_PointTree.h"
 #include "fennimark/Fennims.h"
 #include "frame/progressSection.h"
+#include "geography/shapeFrame.h"
 #include "weights/egoNeighbors.h"
 #include "weights/weighting.h"
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -49,38 +51,6 @@ private:
     const qint64 mCount;
 };
 
-/// A record of the geography with its geometry, for a scope.
-class HeldRecord {
-public:
-    HeldRecord(HilbertTree &tree, int recordId, bool keep)
-        : mTree(&tree),
-          mRecord(tree.CheckOutRecord(recordId, keep)),
-          mObject(mRecord ? mRecord->GetTreeObject(mTree) : nullptr)
-    {
-    }
-    HeldRecord(HeldRecord &&other) noexcept
-        : mTree(other.mTree),
-          mRecord(std::exchange(other.mRecord, nullptr)),
-          mObject(std::exchange(other.mObject, nullptr))
-    {
-    }
-    HeldRecord &operator=(HeldRecord &&) = delete;
-    ~HeldRecord()
-    {
-        if (mObject)
-            mRecord->ReturnTreeObject(mTree);
-        if (mRecord)
-            mTree->CheckInRecord(mRecord->recordId);
-    }
-    int chainId() const { return mRecord ? mRecord->chainId : -1; }
-    TreeObject *object() const { return mObject; }
-
-private:
-    HilbertTree *mTree;
-    HilbertTreeRecord *mRecord;
-    TreeObject *mObject;
-};
-
 using Pixel = MRasterDataSource::Pixel;
 
 neighborDatum datumOf(int id, double angle, double distance)
@@ -93,10 +63,11 @@ public:
     PointRun(const AdjacencySet &set, const WeightRule &rule, MVectorData &geography, qint64 t)
         : mSet(set), mRule(rule)
     {
-        HilbertTree &tree = *geography.GetFennims()->mTree;
+        const HilbertTree &tree = *geography.GetFennims()->mTree;
         for (int record : geography.GetFennims()->GetObservationsAtTime(t)) {
-            const HeldRecord held(tree, record, false);
-            const Rect2D box = held.object() ? held.object()->GetObjectBounds() : Rect2D();
+            const HeldObject held(tree, record, false);
+            const auto *point = held.as<FMObject>();
+            const Rect2D box = point ? point->GetBounds() : Rect2D();
             require(box.xMin == box.xMax && box.yMin == box.yMax, "Invalid point bounds");
             mEgos.push_back(
                 {record, geography.GetObjectId(held.chainId()), QPointF(box.xMin, box.yMin)});
@@ -197,14 +168,12 @@ public:
         const int last =
             mRecords.isEmpty() ? 0 : *std::max_element(mRecords.cbegin(), mRecords.cend());
         mPlaces.resize(static_cast<size_t>(last) + 1);
+        const HilbertTree &tree = *mFennims.mTree;
         for (int record : std::as_const(mRecords)) {
-            HeldRecord held(*mFennims.mTree, record, mNeedsBorders);
-            const auto *polygon = dynamic_cast<const FMPolygon *>(held.object());
-            mPlaces[static_cast<size_t>(record)] = {geography.GetObjectId(held.chainId()),
-                                                    mNeedsBorders ? polygon : nullptr};
-            if (mNeedsBorders)
-                mHeld.push_back(
-                    std::move(held)); // to the end of the run, so that each geometry is made once
+            Place &place = mPlaces[static_cast<size_t>(record)];
+            place.object = geography.GetObjectId(HeldRecord(tree, record, false).chainId());
+            if (mNeedsBorders) // held to the end of the run, so that each geometry is made once
+                place.polygon = mHeld.emplace_back(tree, record).as<FMPolygon>();
         }
     }
 
@@ -249,7 +218,7 @@ private:
     const bool mNeedsBorders;
     const QVector<int> mRecords;
     std::vector<Place> mPlaces; ///< by record id
-    std::vector<HeldRecord> mHeld;
+    std::deque<HeldObject> mHeld;
 };
 
 class PixelRun {
@@ -387,11 +356,12 @@ bool AdjacencySet::PrecalcSpatialWeights(qint64 t, bool showProgress)
         return calculateVector(*vector, t, showProgress);
     auto *raster = dynamic_cast<MRasterData *>(mGeoData);
     require(raster != nullptr, "rd");
-    return calculateRaster(*raster, showProgress);
+    return calculateRaster(*raster, t, showProgress);
 }
 
 // `run` hands over all lists of a span. A run that did not end must not pass for one that did: what
-// it left goes, but for cancelled rasters, whose first rows stay.
+// it left goes, but for cancelled rasters, whose first rows stay. A source that was made smaller
+// than its geometry has no place for the last objects' lists.
 template <class Run>
 bool AdjacencySet::calculate(const TimeStamp &stamp, bool showProgress, bool keepsCancelled,
                              Run run)
@@ -403,7 +373,8 @@ bool AdjacencySet::calculate(const TimeStamp &stamp, bool showProgress, bool kee
     bool isWhole = false;
     try {
         isWhole = run([&](int object, const neighborDatum *list, int count) {
-            store(*lists, object, list, count);
+            if (static_cast<size_t>(object) < lists->size())
+                store(*lists, object, list, count);
             return report(done++);
         });
     } catch (...) {
@@ -437,12 +408,13 @@ bool AdjacencySet::calculateVector(MVectorData &geography, qint64 t, bool showPr
     return true;
 }
 
-bool AdjacencySet::calculateRaster(MRasterData &geography, bool showProgress)
+bool AdjacencySet::calculateRaster(MRasterData &geography, qint64 t, bool showProgress)
 {
     const MRasterDataSource *source = geography.GetRasterDataSource();
     require(source != nullptr, "Empty raster geography");
     // Asked for at a time outside its own, a raster has the lists of its own time and no others.
-    if (mWeights.find(geography.GetTimeStamp()) != mWeights.end())
+    if (!geography.GetTimeStamp().contains(t)
+        && mWeights.find(geography.GetTimeStamp()) != mWeights.end())
         return true;
     const WeightRule rule = weightRule();
     const ProgressSection section(100);
