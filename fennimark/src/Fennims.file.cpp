@@ -46,9 +46,12 @@ bool Fennims::Open(QDataStream &in, Progress progress)
         FMObjectChain &chain = d->chains.emplace_back();
         chain.id = entry.id;
         ObservationSource::place(chain, &d->store, first, entry.count);
-        mChains.insert(mChains.cend(), entry.id, &chain);
         first += entry.count;
     }
+    // Downwards: a map takes a key below all others without a search.
+    std::for_each(d->chains.rbegin(), d->chains.rend(), [this](FMObjectChain &chain) {
+        mChains.insert(mChains.cbegin(), chain.id, &chain);
+    });
     return true;
 }
 

@@ -13,6 +13,8 @@ namespace {
 
 using namespace file;
 
+constexpr quint64 kAhead = quint64(1) << 24; // the most that is made room for before it has arrived
+
 /// One section after the other; a chunk is handed out only when its checksum is right.
 class SectionReader {
 public:
@@ -90,6 +92,17 @@ public:
         }
         return true;
     }
+    /// So many elements `ahead` bytes from here, where they lie; null when the chunk at hand does
+    /// not have them all, ready for use. Valid until the next call that reads.
+    template <class T> const T *inPlace(quint64 ahead, quint64 count) const
+    {
+        const std::size_t at = mAt + std::size_t(ahead);
+        const bool isReady = Q_BYTE_ORDER == Q_LITTLE_ENDIAN && at % alignof(T) == 0
+                             && mEnd - mAt >= ahead + count * sizeof(T);
+        return isReady ? reinterpret_cast<const T *>(mChunk.data() + at) : nullptr;
+    }
+    /// Passes over bytes that were read in place.
+    void pass(quint64 size) { mAt += std::size_t(size); }
     bool text(quint32 sectionTag, QByteArray &utf8)
     {
         std::vector<uchar> bytes;
@@ -193,6 +206,7 @@ bool readRecords(SectionReader &section, quint64 count, StoreContent &content)
 {
     if (!section.begin(kRecords, kRecordSize) || section.left() != count * kRecordSize)
         return false;
+    content.timeIndex.reserve(std::min<quint64>(count, kAhead / sizeof(quint32)));
     for (quint64 i = 0; i < count; ++i) {
         quint32 time = 0;
         quint8 flags = 0;
@@ -230,33 +244,70 @@ bool readPoints(SectionReader &section, quint64 count, StoreContent &content)
               });
 }
 
+/// The next line or polygon, where it lies in the file's chunk or, across the border of two,
+/// copied.
+class ShapeReader {
+public:
+    explicit ShapeReader(SectionReader &section) : mSection(section) {}
+
+    bool next(GeometryView &view)
+    {
+        if (!mSection.value(view.partCount))
+            return false;
+        const quint64 sizesSize = 4 * quint64(view.partCount);
+        view.partSizes = mSection.inPlace<quint32>(0, view.partCount);
+        if (view.partSizes && count(view)) {
+            view.vertices = mSection.inPlace<QPointF>(sizesSize, view.vertexCount);
+            if (view.vertices) {
+                mSection.pass(sizesSize + sizeof(QPointF) * quint64(view.vertexCount));
+                return true;
+            }
+        }
+        return copyNext(view);
+    }
+
+private:
+    static bool count(GeometryView &view)
+    {
+        quint64 vertexCount = 0;
+        for (quint32 i = 0; i < view.partCount; ++i)
+            vertexCount += view.partSizes[i];
+        view.vertexCount = quint32(vertexCount);
+        return vertexCount <= 0x7fffffffU;
+    }
+    bool copyNext(GeometryView &view)
+    {
+        if (view.partCount > mSection.left() / 4
+            || !mSection.words<quint32>(mSizes, view.partCount))
+            return false;
+        view.partSizes = mSizes.data();
+        if (!count(view) || view.vertexCount > mSection.left() / sizeof(QPointF)
+            || !mSection.words<quint64>(mVertices, view.vertexCount))
+            return false;
+        view.vertices = mVertices.data();
+        return true;
+    }
+
+    SectionReader &mSection;
+    std::vector<quint32> mSizes;
+    std::vector<QPointF> mVertices;
+};
+
 bool readShapes(SectionReader &section, const FileHeader &header, StoreContent &content)
 {
-    std::vector<quint32> sizes;
-    std::vector<QPointF> vertices;
+    ShapeReader shapes(section);
     quint64 parts = 0, total = 0;
+    content.expect(std::min<quint64>(header.records, kAhead / sizeof(Rect2D)), header.payloadBytes);
     for (quint64 i = 0; i < header.records; ++i) {
-        quint32 partCount = 0;
-        if (!section.value(partCount) || partCount > section.left() / 4
-            || !section.words<quint32>(sizes, partCount))
-            return false;
-        quint64 vertexCount = 0;
-        for (const quint32 size : sizes)
-            vertexCount += size;
-        if (vertexCount > section.left() / sizeof(QPointF) || vertexCount > 0x7fffffffU
-            || !section.words<quint64>(vertices, vertexCount))
-            return false;
         GeometryView view;
-        view.vertices = vertices.data();
-        view.partSizes = sizes.data();
-        view.partCount = partCount;
-        view.vertexCount = quint32(vertexCount);
         bool finite = true;
+        if (!shapes.next(view))
+            return false;
         view.bounds = vertexBounds(view.vertices, view.vertexCount, &finite);
         if (!finite || !hasUsableParts(view, content.kind) || !content.addPayload(view))
             return false;
-        parts += partCount;
-        total += vertexCount;
+        parts += view.partCount;
+        total += view.vertexCount;
     }
     return parts == header.parts && total == header.vertices;
 }

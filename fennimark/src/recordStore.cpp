@@ -77,6 +77,13 @@ template <class Item> unsigned itemsIn(const Item *items, quint32 count, const R
 
 } // namespace
 
+void StoreContent::expect(std::size_t records, quint64 payloadBytes)
+{
+    boxes.reserve(records);
+    mPayloads.reserve(records);
+    space.expect(payloadBytes);
+}
+
 bool StoreContent::addPayload(const GeometryView &view)
 {
     mRuns.resize(runBoxCount(view.vertexCount));
@@ -86,9 +93,13 @@ bool StoreContent::addPayload(const GeometryView &view)
         return false;
     mPayloads.push_back(space.size());
     boxes.push_back(view.bounds);
-    return space.append(&view.partCount, 4)
-           && space.append(view.partSizes, 4 * quint64(view.partCount)) && space.align(8)
-           && space.append(view.vertices, sizeof(QPointF) * quint64(view.vertexCount))
+    const quint32 counts[2] = {view.partCount, view.partSizes[0]};
+    const bool counted = view.partCount == 1
+                             ? space.append(counts, sizeof counts)
+                             : space.append(&view.partCount, 4)
+                                   && space.append(view.partSizes, 4 * quint64(view.partCount))
+                                   && space.align(8);
+    return counted && space.append(view.vertices, sizeof(QPointF) * quint64(view.vertexCount))
            && space.append(mRuns.data(), sizeof(RunBox) * mRuns.size());
 }
 

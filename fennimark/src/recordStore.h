@@ -57,6 +57,9 @@ public:
     {
         return kind == ObjectKind::Point ? points.size() : boxes.size();
     }
+    /// Makes room for lines or polygons that are about to come, and for their bytes on the heap only
+    /// when they will stay there.
+    void expect(std::size_t records, quint64 payloadBytes);
     void addPoint(const QPointF &point) { points.push_back(point); }
     /// Takes a line's or polygon's bytes; its run boxes are made here. False when the scratch file
     /// fails.

@@ -46,11 +46,17 @@ void ScratchSpace::allowMapping(bool allowed)
     mappingAllowed = allowed;
 }
 
+void ScratchSpace::expect(quint64 size)
+{
+    mExpectsFile = size > kHeapLimit;
+    mBuffer.reserve(std::size_t(mExpectsFile ? kFlushSize : size));
+}
+
 bool ScratchSpace::append(const void *bytes, quint64 size)
 {
     const auto *from = static_cast<const uchar *>(bytes);
     while (size > 0) {
-        const std::size_t limit = mFile ? kFlushSize : kHeapLimit;
+        const std::size_t limit = mFile || mExpectsFile ? kFlushSize : kHeapLimit;
         const std::size_t room = std::min<quint64>(limit - std::min(limit, mBuffer.size()), size);
         mBuffer.insert(mBuffer.end(), from, from + room);
         from += room;

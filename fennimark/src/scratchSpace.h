@@ -21,6 +21,8 @@ public:
     ScratchSpace(ScratchSpace &&other) noexcept;
     ScratchSpace &operator=(ScratchSpace &&other) noexcept;
 
+    /// That so many bytes may come: more than the heap is for go to a file from the first.
+    void expect(quint64 size);
     /// False when the file cannot be made or the disk is full; the space is of no use from then on.
     bool append(const void *bytes, quint64 size);
     /// Zeros up to the next multiple of `alignment`, a power of two of at most 64.
@@ -47,6 +49,7 @@ private:
                                 // part once frozen
     std::unique_ptr<ScratchFile> mFile;
     quint64 mFlushed = 0;
+    bool mExpectsFile = false;
     const uchar *mMapped = nullptr;
 };
 

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "shape.h"
 #include <cmath>
+#include <cstring>
 #include <limits>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace fennimark {
 namespace {
@@ -28,33 +32,101 @@ void widen(RunBox &box, const RunBox &other)
     box.yMax = std::max(box.yMax, other.yMax);
 }
 
-void widen(Rect2D &rect, const QPointF &point)
-{
-    rect.xMin = std::min(rect.xMin, point.x());
-    rect.yMin = std::min(rect.yMin, point.y());
-    rect.xMax = std::max(rect.xMax, point.x());
-    rect.yMax = std::max(rect.yMax, point.y());
-}
-
-void fillRunBoxes(const Shape &shape, RunBox *boxes)
-{
-    const quint32 runs = boxesOf(shape.vertexCount());
-    for (quint32 run = 0; run < runs; ++run) {
-        const quint32 first = run << kRunShift;
-        const quint32 end = std::min(first + kRunLength, shape.vertexCount());
-        Rect2D hull{shape.vertex(first).x(), shape.vertex(first).x(), shape.vertex(first).y(),
-                    shape.vertex(first).y()};
-        // One segment begins where another ends, as long as no part begins between them.
-        const bool onePart = shape.partCount() == 1;
-        for (quint32 i = first + 1; onePart && i < end; ++i)
-            widen(hull, shape.vertex(i));
-        shape.visitSegments(onePart ? end - 1 : first, end, [&hull](quint32, const QPointF &from, const QPointF &to) {
-            widen(hull, from);
-            widen(hull, to);
-            return true;
-        });
-        boxes[run] = roundedOut(hull);
+/// The hull of places, both axes at a time. One that is no number makes it undefined and is told.
+class Hull {
+public:
+#ifdef __SSE2__
+    explicit Hull(const QPointF &first) : mLow(load(first)), mHigh(mLow)
+    {
     }
+    void add(const QPointF &point)
+    {
+        const __m128d place = load(point);
+        mLow = _mm_min_pd(mLow, place);
+        mHigh = _mm_max_pd(mHigh, place);
+    }
+    void addChecked(const QPointF &point)
+    {
+        mNoNumber = _mm_or_pd(mNoNumber, _mm_cmpunord_pd(load(point), load(point)));
+        add(point);
+    }
+    bool hasNumbersOnly() const
+    {
+        return _mm_movemask_pd(mNoNumber) == 0;
+    }
+    Rect2D rect() const
+    {
+        Rect2D rect;
+        _mm_storeu_pd(&rect.xMin, _mm_unpacklo_pd(mLow, mHigh));
+        _mm_storeu_pd(&rect.yMin, _mm_unpackhi_pd(mLow, mHigh));
+        return rect;
+    }
+    /// As roundedOut(rect()): all four sides take their steps at once.
+    RunBox roundedOut() const
+    {
+        const __m128 near = _mm_movelh_ps(_mm_cvtpd_ps(mLow), _mm_cvtpd_ps(mHigh));
+        const __m128d tooHigh = _mm_cmpgt_pd(_mm_cvtps_pd(near), mLow);
+        const __m128d tooLow = _mm_cmplt_pd(_mm_cvtps_pd(_mm_movehl_ps(near, near)), mHigh);
+        const __m128i wrong = _mm_castps_si128(
+            _mm_shuffle_ps(_mm_castpd_ps(tooHigh), _mm_castpd_ps(tooLow), _MM_SHUFFLE(2, 0, 2, 0)));
+        const __m128i step = _mm_and_si128(wrong, _mm_set_epi32(1, 1, -1, -1));
+        const __m128i isZero = _mm_castps_si128(_mm_cmpeq_ps(near, _mm_setzero_ps()));
+        const __m128i steps = _mm_add_epi32(step, _mm_and_si128(step, isZero));
+        const auto ordered = [](__m128i bits) { // its own inverse
+            return _mm_xor_si128(
+                bits, _mm_and_si128(_mm_srai_epi32(bits, 31), _mm_set1_epi32(0x7fffffff)));
+        };
+        RunBox box;
+        const __m128i stepped = ordered(_mm_add_epi32(ordered(_mm_castps_si128(near)), steps));
+        std::memcpy(&box, &stepped, sizeof box);
+        return box;
+    }
+
+private:
+    static __m128d load(const QPointF &point)
+    {
+        return _mm_loadu_pd(reinterpret_cast<const double *>(&point));
+    }
+
+    __m128d mLow, mHigh, mNoNumber = _mm_setzero_pd();
+#else
+    explicit Hull(const QPointF &first) : mRect{first.x(), first.x(), first.y(), first.y()}
+    {
+    }
+    void add(const QPointF &point)
+    {
+        mRect.xMin = std::min(mRect.xMin, point.x());
+        mRect.yMin = std::min(mRect.yMin, point.y());
+        mRect.xMax = std::max(mRect.xMax, point.x());
+        mRect.yMax = std::max(mRect.yMax, point.y());
+    }
+    void addChecked(const QPointF &point)
+    {
+        mHasNumbersOnly = mHasNumbersOnly && point.x() == point.x() && point.y() == point.y();
+        add(point);
+    }
+    bool hasNumbersOnly() const
+    {
+        return mHasNumbersOnly;
+    }
+    Rect2D rect() const
+    {
+        return mRect;
+    }
+    RunBox roundedOut() const
+    {
+        return fennimark::roundedOut(mRect);
+    }
+
+private:
+    Rect2D mRect;
+    bool mHasNumbersOnly = true;
+#endif
+};
+
+/// The boxes above so many runs, behind which they go.
+void fillUpperBoxes(RunBox *boxes, quint32 runs)
+{
     const RunBox *below = boxes;
     for (quint32 count = runs; count > 1; count = boxesOf(count)) {
         RunBox *above = boxes + (below - boxes) + count;
@@ -66,6 +138,44 @@ void fillRunBoxes(const Shape &shape, RunBox *boxes)
         }
         below = above;
     }
+}
+
+/// Of a single part: one segment begins where another ends, so a run's vertices and the next one
+/// do.
+void fillRunBoxes(const QPointF *vertices, quint32 count, ObjectKind kind, RunBox *boxes)
+{
+    const quint32 runs = boxesOf(count);
+    for (quint32 run = 0; run < runs; ++run) {
+        const quint32 first = run << kRunShift;
+        const quint32 end = std::min(first + kRunLength, count);
+        Hull hull(end < count ? vertices[end]
+                              : vertices[kind == ObjectKind::Polygon ? 0 : count - 1]);
+        for (quint32 i = first; i < end; ++i)
+            hull.add(vertices[i]);
+        boxes[run] = hull.roundedOut();
+    }
+    fillUpperBoxes(boxes, runs);
+}
+
+void fillRunBoxes(const Shape &shape, RunBox *boxes)
+{
+    if (shape.partCount() == 1) {
+        fillRunBoxes(&shape.vertex(0), shape.vertexCount(), shape.kind(), boxes);
+        return;
+    }
+    const quint32 runs = boxesOf(shape.vertexCount());
+    for (quint32 run = 0; run < runs; ++run) {
+        const quint32 first = run << kRunShift;
+        Hull hull(shape.vertex(first));
+        shape.visitSegments(first, std::min(first + kRunLength, shape.vertexCount()),
+                            [&hull](quint32, const QPointF &from, const QPointF &to) {
+                                hull.add(from);
+                                hull.add(to);
+                                return true;
+                            });
+        boxes[run] = hull.roundedOut();
+    }
+    fillUpperBoxes(boxes, runs);
 }
 
 std::vector<quint32> endsOf(const GeometryView &view)
@@ -101,6 +211,10 @@ void buildRunBoxes(const GeometryView &view, ObjectKind kind, RunBox *boxes)
 {
     if (view.vertexCount <= kRunLength)
         return;
+    if (view.partCount == 1) {
+        fillRunBoxes(view.vertices, view.vertexCount, kind, boxes);
+        return;
+    }
     GeometryView bare = view;
     bare.runBoxes = boxes; // only asked for the segments: nothing reads a box before it is written
     fillRunBoxes(Shape(bare, kind), boxes);
@@ -112,15 +226,13 @@ Rect2D vertexBounds(const QPointF *vertices, quint32 count, bool *finite)
         *finite = true;
     if (count == 0)
         return {};
-    Rect2D hull{vertices->x(), vertices->x(), vertices->y(), vertices->y()};
-    double probe = 0.0; // turns NaN with the first coordinate that is not finite
-    for (quint32 i = 0; i < count; ++i) {
-        widen(hull, vertices[i]);
-        probe += vertices[i].x() * 0.0 + vertices[i].y() * 0.0;
-    }
-    if (probe == 0.0 && std::min(hull.xMin, hull.yMin) >= -kReach
-        && std::max(hull.xMax, hull.yMax) <= kReach)
-        return hull;
+    Hull hull(*vertices);
+    for (quint32 i = 0; i < count; ++i)
+        hull.addChecked(vertices[i]);
+    const Rect2D rect = hull.rect();
+    if (hull.hasNumbersOnly() && std::min(rect.xMin, rect.yMin) >= -kReach
+        && std::max(rect.xMax, rect.yMax) <= kReach)
+        return rect;
     if (finite)
         *finite = false;
     return {};
