@@ -105,6 +105,7 @@ class TestGeometryFile : public QObject {
 private Q_SLOTS:
     void savedAndOpenedIsTheSame_data();
     void savedAndOpenedIsTheSame();
+    void checksumsAreTheSameInPieces();
     void isLaidOutAsTold();
     void nothingBehindTheEndIsRead();
     void cutFilesAreRefused();
@@ -162,6 +163,20 @@ void TestGeometryFile::savedAndOpenedIsTheSame()
         geography.fennims->mTree->CheckInRecord(record);
         QVERIFY(expected == actual);
     }
+}
+
+// Long pieces are read in lanes, short ones in order, and both must make the same file.
+void TestGeometryFile::checksumsAreTheSameInPieces()
+{
+    QCOMPARE(fennimark::crc32c(0, "123456789", 9), 0xe3069283U);
+    std::mt19937 random(5);
+    QByteArray bytes(100003, '\0');
+    std::generate(bytes.begin(), bytes.end(), [&random] { return char(random()); });
+    quint32 inPieces = 0;
+    for (int at = 0; at < bytes.size(); at += 997)
+        inPieces = fennimark::crc32c(inPieces, bytes.constData() + at,
+                                     std::size_t(qMin(997, bytes.size() - at)));
+    QCOMPARE(fennimark::crc32c(0, bytes.constData(), std::size_t(bytes.size())), inPieces);
 }
 
 void TestGeometryFile::isLaidOutAsTold()

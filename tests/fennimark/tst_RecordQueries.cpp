@@ -59,6 +59,7 @@ private Q_SLOTS:
     void storesBeyondTheHeapAnswerAlike_data();
     void storesBeyondTheHeapAnswerAlike();
     void liveObjectsAreCountedAndKept();
+    void sharedRangesAreTestedByTheirOwnEnds();
     void removedChainsAreGone();
     void removedRecordsCanJoinANewChain();
 };
@@ -96,6 +97,7 @@ void TestRecordQueries::agreeWithThePlainWalk()
     QVERIFY(geography.fennims);
     Fennims &fennims = *geography.fennims;
     QCOMPARE(fennims.GetChainCount(), chains);
+    const Rect2D whole = fennims.GetBoundingRect();
     for (int round = 0; round < 40; ++round) {
         if (round == 30) { // the same again with every fifth chain gone
             for (int chain = 0; chain < chains; chain += 5)
@@ -104,7 +106,9 @@ void TestRecordQueries::agreeWithThePlainWalk()
         const auto time = qint64(geography.uniform(0, 60));
         const QPointF corner = geography.place();
         const double size = round % 4 ? geography.uniform(0, 30) : 0;
-        const Rect2D rect{corner.x(), corner.x() + size, corner.y(), corner.y() + size};
+        const Rect2D rect =
+            round % 5 == 4 ? whole
+                           : Rect2D{corner.x(), corner.x() + size, corner.y(), corner.y() + size};
         QVector<int> found;
         fennims.OverlapsMBRs(rect, time, found);
         QCOMPARE(found, expected(geography, time,
@@ -263,6 +267,26 @@ void TestRecordQueries::liveObjectsAreCountedAndKept()
         tree.CheckInRecord(id);
     }
     QCOMPARE(live.inUse(), 0U);
+}
+
+// Records of few ranges under a window over everything take a road of their own.
+void TestRecordQueries::sharedRangesAreTestedByTheirOwnEnds()
+{
+    VORNBuilder builder(extent(30), nullptr, nullptr);
+    for (int i = 0; i < 333; ++i)
+        builder.CreateChain({square(i % 18, i / 18), square(i % 18, i / 18, 2)},
+                            {span(0, 5, 0xF0), span(5, 10)}, -1);
+    const std::unique_ptr<Fennims> fennims = opened(builder);
+    for (const int removed : {-1, 7}) {
+        fennims->RemoveChain(fennims->GetChainById(removed));
+        for (const qint64 time : {-1, 0, 5, 10, 11}) {
+            QVector<int> found;
+            fennims->OverlapsMBRs(Rect2D{-1, 99, -1, 99}, time, found);
+            QVector<int> expected = fennims->GetObservationsAtTime(time);
+            std::sort(expected.begin(), expected.end());
+            QCOMPARE(found, expected);
+        }
+    }
 }
 
 void TestRecordQueries::removedChainsAreGone()
