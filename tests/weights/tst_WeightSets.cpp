@@ -8,6 +8,7 @@
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
+#include "datainterface/MVectorDataSource.h"
 #include "datainterface/MissingData.h"
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/RasterAPI.h"
@@ -391,6 +392,20 @@ void TestWeightSets::whatChangesTheObjectsClears()
     QVERIFY(model.vectorData(id).GetSpatialWeightSet(set)->IsEmpty());
     QCOMPARE(listAt(set, 1, 5), QString("0*1"));
     QCOMPARE(listAt(set, 3, 5), QString("none"));
+    // Lists of objects that the data have lost once lay beyond the end.
+    model.vectorData(id).ClearSpatialWeightSets();
+    QVERIFY(model.vectorData(id).GetVectorDataSource()->Resize(1));
+    QCOMPARE(listAt(set, 0, 5), QString("1*1"));
+    QCOMPARE(listAt(set, 1, 5), QString("none"));
+    // A calculation that is asked for outright takes up changes, of cells too.
+    const int cells = addGrid(1, 2);
+    MGeoData &grid = *model.controller.GetGeoData().value(cells);
+    grid.AddSpatialWeightSet(MGeoData::CreateDefaultAdjacencySet(&grid, false));
+    AdjacencySet &rook = *grid.GetSpatialWeightSet(grid.GetSpatialWeightsIds().first());
+    QCOMPARE(listAt(rook.GetId(), 0, 5), QString("1*1"));
+    rook.SetIncludeEgo(true);
+    QVERIFY(rook.PrecalcSpatialWeights(5, false));
+    QCOMPARE(listAt(rook.GetId(), 0, 5), QString("0*0.5 1*0.5"));
 }
 
 void TestWeightSets::copiesHaveBlocksOfTheirOwn()
