@@ -3,6 +3,7 @@
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/StatisticsAPI.h"
+#include "datainterface/dataContainer.h"
 #include "failure.h"
 #include "interrupt.h"
 #include "model.h"
@@ -14,7 +15,10 @@
 namespace meridor {
 namespace {
 
-constexpr double kFalseFraction = 0.1; ///< of a family of local tests: the joint error fraction's
+// Of the joint error fraction. Chance flags an object in twice the share of its own level; at the
+// level of the family not even a family of one would stand.
+constexpr double kFalseFraction = 0.1; ///< of a family's flags
+constexpr double kOwnLevel = 0.1;      ///< of an object's own test, in parts of the family's
 constexpr qint64 kMostFlags = qint64(64) << 20; ///< objects times permutations of the same
 
 struct Observed {
@@ -25,19 +29,16 @@ struct Observed {
 
 Observed observe(int dataset, qint64 time)
 {
-    QVector<double> values;
+    const VORN_ConstDataContainer values(dataset, time, 0, false);
     Observed observed;
-    if (!VORN_GetNumericValues(dataset, 0, time, values, observed.missing))
-        return observed;
-    for (int i = 0; i < values.size(); ++i)
+    for (int i = 0; i < values.count(); ++i)
         observed.missing.insert(i);
-    QSet<int> without;
-    VORN_GetMissingVectorIds(dataset, 0, time, without);
     for (const int object : objectsAt(VORN_GetGeographyId(dataset), time)) {
-        if (without.contains(object) || !std::isfinite(values[object]))
+        if (object >= values.count() || values.isMissing(object)
+            || !std::isfinite(values.value(object)))
             continue;
         observed.objects.append(object);
-        observed.values.push_back(values[object]);
+        observed.values.push_back(values.value(object));
         observed.missing.remove(object);
     }
     return observed;
@@ -161,12 +162,13 @@ private:
                      .arg(mPlan.permutations));
         if (mPlan.permutations == 0)
             return {};
+        const double ownLevel = kOwnLevel * mPlan.alpha;
         for (int i = 0; i < p.size(); ++i)
-            if (!(p[i] <= mPlan.alpha))
+            if (!(p[i] <= ownLevel))
                 untested.insert(i);
         QVector<QVector<bool>> flags;
         for (const std::vector<bool> &row :
-             flagsOfChance(observed.values, weights, mPlan.permutations, mPlan.alpha, meter()))
+             flagsOfChance(observed.values, weights, mPlan.permutations, ownLevel, meter()))
             flags.append(QVector<bool>(row.begin(), row.end()));
         return VORN_PerformJEFCorrection(flags, VORN_MissingData(untested), mPlan.alpha,
                                          kFalseFraction);
@@ -246,6 +248,9 @@ QString clusterName(const MoranAt &result, int position)
 QVector<int> storeMoran(const MoranPlan &plan, const QVector<MoranAt> &results, const QString &name)
 {
     const int geography = VORN_GetGeographyId(plan.dataset);
+    if (VORN_GetGeographyProperties(geography).type == GeoProps::Raster)
+        fail(QStringLiteral("%1 is a grid: its results are printed alone")
+                 .arg(geographyName(geography)));
     const auto named = [&](const char *what) {
         const QString full = name + QLatin1Char(' ') + QLatin1String(what);
         requireNewDatasetName(geography, full);

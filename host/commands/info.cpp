@@ -110,6 +110,9 @@ QJsonObject describeGeography(int id, const QString &at)
         object.insert(QStringLiteral("columns"), props.columns);
         object.insert(QStringLiteral("cellSize"), QJsonArray{props.pixelWidth, props.pixelHeight});
     }
+    const QStringList sets = geographyOf(id)->GetSpatialWeightsNames();
+    if (!sets.isEmpty())
+        object.insert(QStringLiteral("weightSets"), QJsonArray::fromStringList(sets));
     if (!at.isEmpty()) {
         QStringList keys;
         const QStringList all = objectKeys(id);
@@ -141,6 +144,11 @@ QString timeText(const QJsonObject &object)
                          + time.value(QStringLiteral("end")).toString());
 }
 
+QStringList texts(const QJsonObject &object, const char *key)
+{
+    return object.value(QLatin1String(key)).toVariant().toStringList();
+}
+
 void print(const QJsonObject &geography, const Console &console)
 {
     const auto text = [&geography](const char *key) {
@@ -156,14 +164,16 @@ void print(const QJsonObject &geography, const Console &console)
     console.print(QStringLiteral("%1: %2; %3%4; %5")
                       .arg(text("name"), shapes, projectionName(text("projection")), unit,
                            timeText(geography)));
+    if (geography.contains(QStringLiteral("parent")))
+        console.print(QStringLiteral("cut from %1").arg(text("parent")));
     if (geography.contains(QStringLiteral("existing"))) {
-        const auto existing = geography.value(QStringLiteral("existing")).toArray();
-        QStringList keys;
-        for (const QJsonValue &key : existing)
-            keys.append(key.toString());
+        const QStringList keys = texts(geography, "existing");
         console.print(
             QStringLiteral("%1 exist: %2").arg(keys.size()).arg(keys.join(QStringLiteral(", "))));
     }
+    if (geography.contains(QStringLiteral("weightSets")))
+        console.print(
+            QStringLiteral("weight sets: %1").arg(someOf(texts(geography, "weightSets"))));
     TextTable table({{QStringLiteral("dataset"), TextTable::Left},
                      {QStringLiteral("type"), TextTable::Left},
                      {QStringLiteral("times"), TextTable::Right},
