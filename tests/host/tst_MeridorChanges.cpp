@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "legacy/oldProject.h"
 #include "program.h"
 #include <QJsonArray>
 #include <QtTest>
@@ -15,7 +16,8 @@ private Q_SLOTS:
     void selectsByValueAndRange_data();
     void selectsByValueAndRange();
     void cutsGeographiesWithTheirValues();
-    void upgradeTellsWhereTheFileCameFrom();
+    void upgradesProjectsOfAnyAge_data();
+    void upgradesProjectsOfAnyAge();
 
 private:
     /// "a=1 b=? c=7": what a dataset holds at a time, missing values left out.
@@ -177,13 +179,34 @@ void TestMeridorChanges::cutsGeographiesWithTheirValues()
     QCOMPARE(mPlace.run({"subset", "p.vorn", "all"}).code, 2);
 }
 
-void TestMeridorChanges::upgradeTellsWhereTheFileCameFrom()
+void TestMeridorChanges::upgradesProjectsOfAnyAge_data()
 {
-    const Outcome outcome = mPlace.run({"upgrade", "p.vorn", "new.vorn", "--json"});
+    QTest::addColumn<int>("version");
+    QTest::addColumn<QString>("told");
+    QTest::newRow("points alone") << 102000 << "1.02.000";
+    QTest::newRow("with a grid") << 160004 << "1.60.004";
+    QTest::newRow("half way") << 201044 << "2.01.044";
+}
+
+void TestMeridorChanges::upgradesProjectsOfAnyAge()
+{
+    QFETCH(int, version);
+    QFETCH(QString, told);
+    mPlace.file("old.vorn", oldProject::write(oldProject::Sample{version}));
+    const Outcome outcome =
+        mPlace.run({"upgrade", "old.vorn", "new.vorn", "--json", "--overwrite"});
     QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
-    QCOMPARE(outcome.json().value("version").toString(), QString("4.00.021"));
-    QVERIFY(outcome.json().value("notes").toArray().isEmpty());
-    QCOMPARE(mPlace.bytes("new.vorn"), mPlace.bytes("p.vorn"));
+    QCOMPARE(outcome.json().value("version").toString(), told);
+    const QJsonObject before = mPlace.run({"info", "old.vorn", "--json"}).json();
+    const QJsonObject after = mPlace.run({"info", "new.vorn", "--json"}).json();
+    QVERIFY(!before.value("geographies").toArray().isEmpty());
+    QCOMPARE(after.value("geographies"), before.value("geographies"));
+    // The present form is as it is.
+    QCOMPARE(mPlace.run({"upgrade", "new.vorn", "again.vorn", "--overwrite"}).code, 0);
+    QCOMPARE(mPlace.bytes("again.vorn"), mPlace.bytes("new.vorn"));
+    mPlace.file("old.vorn", "no project");
+    QCOMPARE(mPlace.run({"upgrade", "old.vorn", "new.vorn", "--overwrite"}).code, 1);
+    QCOMPARE(mPlace.bytes("again.vorn"), mPlace.bytes("new.vorn"));
 }
 
 QTEST_GUILESS_MAIN(TestMeridorChanges)
