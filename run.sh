@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what is missing, builds, and runs the main job on real data: per-capita income of 48 states over 81 years.
+# Installs what is missing, builds, and runs the main jobs on real data: per-capita income of 48 states over 81 years,
+# and monthly grids of rain over counties.
 # The results stand in ./demo (or the directory given).
 set -euo pipefail
 here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")

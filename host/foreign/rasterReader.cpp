@@ -17,6 +17,7 @@ namespace {
 constexpr qint64 kMostGridBytes = std::numeric_limits<int>::max() - 64;
 constexpr qint64 kGroupBytes = 32 << 20;
 constexpr qint64 kStripBytes = 4 << 20;
+constexpr qint64 kCacheBytes = 32 << 20; // of blocks: every one is read once
 
 GDALRasterBandH bandOf(const GdalFile &file, int band)
 {
@@ -183,6 +184,7 @@ bool isRasterFile(const QString &path)
 RasterReader::RasterReader(const QString &path, const RasterReadOptions &options) : mPath(path)
 {
     const QuietGdal quiet;
+    GDALSetCacheMax64(kCacheBytes);
     mFile = openGdalFile(path, GDAL_OF_RASTER);
     if (!mFile)
         failUnread(path);

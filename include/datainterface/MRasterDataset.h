@@ -5,11 +5,16 @@
 #include <QVector>
 #include <tuple>
 #include <type_traits>
+#include <vector>
 #include "datainterface/MDataset.h"
 #include "datainterface/MRasterObservation.h"
 #include "datainterface/MissingFlag.h"
 #include "datainterface/OrderedDouble.h"
 #include "datainterface/export.h"
+
+namespace datainterface {
+struct ValueRun;
+}
 
 /// How often each cell value is held, over all realizations and times. Only the map of the dataset's cells is used.
 /// Signed integers are counted under their unsigned bit pattern, halves under theirs, cells of 1 bit as 0 and 1 of 8.
@@ -167,7 +172,7 @@ private:
     template <class Value> bool setCell(int realization, Value value, int column, int row, const TimeStamp &stamp);
     template <class T> void updateFrequency(T value, bool add);
     void countCell(const MRasterObservation &grid, int column, int row);
-    QVector<double> sortedValues() const;
+    std::vector<datainterface::ValueRun> sortedValues() const;
     bool restoreFlag(QDataStream &in);
     bool restoreRealizations(QDataStream &in);
     bool restoreObservations(QDataStream &in, ObservationMap &grids);

@@ -3,6 +3,7 @@
 // that the small ones would share out evenly, a second one fuses whatever pair is smallest until the count is right.
 #include "Common/quantiles.h"
 #include <algorithm>
+#include <limits>
 #include <queue>
 #include <tuple>
 #include <vector>
@@ -11,39 +12,27 @@
 namespace {
 
 constexpr double kTinyNeighbour = 0.2; // of the size of the run before it
-constexpr int kNoPair = 0x7FFFFFFF;
+constexpr qint64 kNoPair = std::numeric_limits<qint64>::max();
 
 struct Run {
-    int first;
-    int last;
-    int size;
+    double low;
+    double high;
+    qint64 size;
 };
-
-std::vector<Run> runsOf(const QVector<double> &sorted)
-{
-    std::vector<Run> runs;
-    for (int i = 0; i < sorted.size(); ++i) {
-        if (i == 0 || sorted[i] != sorted[i - 1])
-            runs.push_back({i, i, 1});
-        else
-            runs.back() = {runs.back().first, i, runs.back().size + 1};
-    }
-    return runs;
-}
 
 void fuse(Run &run, const Run &next)
 {
-    run.last = next.last;
+    run.high = next.high;
     run.size += next.size;
 }
 
 // The size below which runs are fused: what the small runs hold, shared out over the classes that the big ones leave.
 // 0, so that none counts as small, when the big runs leave no class.
-int targetSize(const std::vector<Run> &runs, int values, int classes)
+qint64 targetSize(const std::vector<Run> &runs, qint64 values, int classes)
 {
-    const int mean = values / classes;
+    const qint64 mean = values / classes;
     int count = 0;
-    int sum = 0;
+    qint64 sum = 0;
     for (const Run &run : runs) {
         if (run.size < mean) {
             ++count;
@@ -51,11 +40,11 @@ int targetSize(const std::vector<Run> &runs, int values, int classes)
         }
     }
     const int left = count + classes - static_cast<int>(runs.size());
-    return left > 0 ? static_cast<int>(static_cast<double>(sum) / left + 1.0) : 0;
+    return left > 0 ? static_cast<qint64>(static_cast<double>(sum) / left + 1.0) : 0;
 }
 
 // @return the fusions still to be made.
-int fuseSmallRuns(std::vector<Run> &runs, int target, int fusions)
+int fuseSmallRuns(std::vector<Run> &runs, qint64 target, int fusions)
 {
     std::vector<Run> fused;
     fused.reserve(runs.size());
@@ -67,7 +56,7 @@ int fuseSmallRuns(std::vector<Run> &runs, int target, int fusions)
                 --fusions;
             }
             if (fusions > 0 && next < runs.size()
-                && static_cast<double>(runs[next].size) / run.size < kTinyNeighbour) {
+                && static_cast<double>(runs[next].size) / static_cast<double>(run.size) < kTinyNeighbour) {
                 fuse(run, runs[next++]);
                 --fusions;
             }
@@ -107,9 +96,9 @@ public:
     }
 
 private:
-    using Pair = std::tuple<int, size_t>;
+    using Pair = std::tuple<qint64, size_t>;
 
-    int sumAt(size_t at) const { return mRuns[at].size + mRuns[mNext[at]].size; }
+    qint64 sumAt(size_t at) const { return mRuns[at].size + mRuns[mNext[at]].size; }
 
     void push(size_t at)
     {
@@ -150,17 +139,29 @@ bool quantiles(const QVector<double> &sorted, int classes, QMap<int, QPair<doubl
 {
     result.clear();
     const auto descends = [](double a, double b) { return !(a <= b); };
-    if (classes < 1 || std::adjacent_find(sorted.begin(), sorted.end(), descends) != sorted.end())
+    if (std::adjacent_find(sorted.begin(), sorted.end(), descends) != sorted.end())
         return false;
+    return quantiles(datainterface::runsOf(sorted), classes, result);
+}
 
-    std::vector<Run> runs = runsOf(sorted);
+bool quantiles(const datainterface::ValueRuns &sorted, int classes, QMap<int, QPair<double, double>> &result)
+{
+    result.clear();
+    if (classes < 1)
+        return false;
+    std::vector<Run> runs;
+    qint64 values = 0;
+    for (const datainterface::ValueRun &run : sorted) {
+        runs.push_back({run.value, run.value, run.count});
+        values += run.count;
+    }
     const int surplus = static_cast<int>(runs.size()) - classes;
     if (surplus > 0) {
-        const int left = fuseSmallRuns(runs, targetSize(runs, sorted.size(), classes), surplus);
+        const int left = fuseSmallRuns(runs, targetSize(runs, values, classes), surplus);
         if (left > 0)
             fuseSmallestPairs(runs, left);
     }
     for (size_t i = 0; i < runs.size(); ++i)
-        result.insert(static_cast<int>(i), {sorted[runs[i].first], sorted[runs[i].last]});
+        result.insert(static_cast<int>(i), {runs[i].low, runs[i].high});
     return surplus >= 0;
 }

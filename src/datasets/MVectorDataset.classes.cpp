@@ -25,7 +25,7 @@ QVector<double> MVectorDataset::sortedValues() const
 QList<double> MVectorDataset::GetIntervalBreaks(int, int breakCount, MDataset::ClassificationType classification,
                                                 bool showProgress)
 {
-    return intervalBreaks(breakCount, sortedValues(), classification, showProgress);
+    return intervalBreaks(breakCount, runsOf(sortedValues()), classification, showProgress);
 }
 
 DatasetProps MVectorDataset::GetProperties(const MGeoData *geography)

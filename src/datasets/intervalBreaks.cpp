@@ -4,6 +4,7 @@
 #include "Common/detail/failure.h"
 #include "Common/quantiles.h"
 #include "datainterface/VORN_Progress.h"
+#include "datasets/jenks.h"
 
 namespace datainterface {
 
@@ -20,7 +21,7 @@ QList<double> equalIntervals(int breakCount, double minimum, double maximum)
     return breaks;
 }
 
-QList<double> quantileBreaks(int breakCount, const QVector<double> &sorted)
+QList<double> quantileBreaks(int breakCount, const ValueRuns &sorted)
 {
     QMap<int, QPair<double, double>> classes;
     quantiles(sorted, breakCount - 1, classes);
@@ -32,23 +33,23 @@ QList<double> quantileBreaks(int breakCount, const QVector<double> &sorted)
     return breaks;
 }
 
-QList<double> jenks(int breakCount, const QVector<double> &sorted, bool showProgress)
+QList<double> jenks(int breakCount, const ValueRuns &sorted, bool showProgress)
 {
     std::unique_ptr<VORN_Progress> progress;
     if (showProgress && breakCount > 2)
         progress = std::make_unique<VORN_Progress>("Jenks classes", "Creating Jenks classes...", "Cancel");
-    return MDataset::GetJenksBreaks(breakCount, sorted);
+    return jenksBreaks(breakCount, sorted);
 }
 
 } // namespace
 
-QList<double> intervalBreaks(int breakCount, const QVector<double> &sorted, MDataset::ClassificationType classification,
+QList<double> intervalBreaks(int breakCount, const ValueRuns &sorted, MDataset::ClassificationType classification,
                              bool showProgress, const char *file, int line)
 {
     switch (classification) {
     case MDataset::EqualIntervals:
-        return sorted.isEmpty() ? equalIntervals(breakCount, 0.0, 0.0)
-                                : equalIntervals(breakCount, sorted.first(), sorted.last());
+        return sorted.empty() ? equalIntervals(breakCount, 0.0, 0.0)
+                                : equalIntervals(breakCount, sorted.front().value, sorted.back().value);
     case MDataset::Quantiles: return quantileBreaks(breakCount, sorted);
     case MDataset::Jenks: return jenks(breakCount, sorted, showProgress);
     }

@@ -17,6 +17,9 @@
 #include <vector>
 #include "datainterface/VORN_Progress.h"
 
+using datainterface::ValueRun;
+using datainterface::ValueRuns;
+
 namespace {
 
 constexpr double kRounding = 0x1p-53;
@@ -24,9 +27,10 @@ constexpr double kSquareLimit = 1e140;   // a larger value could overflow the su
 constexpr double kScaleDown = 0x1p-600;
 constexpr qint64 kPlainLimit = 20000;    // values that the plain recurrence is still fit for: 2e8 costs
 constexpr qint64 kPlainFewLimit = 2000;  // the same when there are not more different values than classes
+constexpr qint64 kMostSums = 1LL << 30;  // however many values there are
 constexpr qint64 kSumsPerValue = 64;     // elements summed a value before the plain recurrence is the shorter way
 
-using Splits = std::vector<int>; // for c = k down to 2: the elements before class c
+using Splits = std::vector<qint64>; // for c = k down to 2: the elements before class c
 
 bool goOn(double part)
 {
@@ -51,9 +55,12 @@ private:
 };
 
 // All of the recurrence. An empty result: cancelled.
-Splits plainSplits(const QVector<double> &values, int classes)
+Splits plainSplits(const ValueRuns &runs, int classes)
 {
-    const int n = values.size();
+    std::vector<double> values;
+    for (const ValueRun &run : runs)
+        values.insert(values.end(), static_cast<std::size_t>(run.count), run.value);
+    const int n = static_cast<int>(values.size());
     std::vector<std::vector<double>> best(classes + 1, std::vector<double>(n + 1, HUGE_VAL));
     std::vector<std::vector<int>> back(classes + 1, std::vector<int>(n + 1, 1));
     std::vector<double> cost(n + 1);
@@ -89,13 +96,13 @@ Splits plainSplits(const QVector<double> &values, int classes)
 }
 
 // With no more different values than classes every run is a class; classes left over part off the first element.
-Splits splitsOfFewRuns(const std::vector<int> &ends, int classes)
+Splits splitsOfFewRuns(const std::vector<qint64> &ends, int classes)
 {
     Splits splits;
     size_t run = ends.size() - 1;
     for (int c = classes; c > 1; --c) {
         run -= run > 0 ? 1 : 0;
-        splits.push_back(std::max(ends[run], 1));
+        splits.push_back(std::max<qint64>(ends[run], 1));
     }
     return splits;
 }
@@ -103,9 +110,9 @@ Splits splitsOfFewRuns(const std::vector<int> &ends, int classes)
 class RunSplits {
 public:
     // ends[r]: the elements in the first r runs. More runs than classes.
-    RunSplits(const QVector<double> &values, const std::vector<int> &ends, int classes)
-        : mValues(values), mEnds(ends), mRuns(static_cast<int>(ends.size()) - 1), mClasses(classes),
-          mBudget(kSumsPerValue * values.size())
+    RunSplits(const ValueRuns &values, const std::vector<qint64> &ends, int classes)
+        : mValues(values), mEnds(ends), mRuns(static_cast<int>(values.size())), mClasses(classes),
+          mBudget(std::min(kSumsPerValue * ends.back(), kMostSums))
     {
         sumUp();
     }
@@ -129,7 +136,7 @@ public:
     // Nothing: rounding decides, or too many sums matter.
     std::optional<Splits> certifiedSplits()
     {
-        if (leastValue(mClasses, mRuns) < mSlack * mClasses * mValues.size())
+        if (leastValue(mClasses, mRuns) < mSlack * mClasses * static_cast<double>(mEnds.back()))
             return std::nullopt;
         return walkBack([this](int c, int b) -> int {
             const std::vector<int> all = candidates(c, b, mSlack);
@@ -153,16 +160,17 @@ private:
     // Prefix sums of the values less the middle one; what that takes off the costs' rounding is all the better.
     void sumUp()
     {
-        const double shift = mValues[mValues.size() / 2];
+        const auto middle = std::upper_bound(mEnds.begin(), mEnds.end(), mEnds.back() / 2);
+        const double shift = mValues[static_cast<std::size_t>(middle - mEnds.begin()) - 1].value;
         mSums.assign(mRuns + 1, 0.0);
         mSquares.assign(mRuns + 1, 0.0);
         double squares = 0.0;   // of the values themselves
         double magnitude = 0.0; // of the shifted ones, summed
         double largest = 0.0;
         for (int r = 0; r < mRuns; ++r) {
-            const double value = mValues[mEnds[r]];
+            const double value = mValues[r].value;
             const double shifted = value - shift;
-            const double count = mEnds[r + 1] - mEnds[r];
+            const double count = static_cast<double>(mValues[r].count);
             mSums[r + 1] = mSums[r] + count * shifted;
             mSquares[r + 1] = mSquares[r] + count * shifted * shifted;
             squares += count * value * value;
@@ -172,7 +180,7 @@ private:
         // The recurrence: n additions each to sums of which the squared one is at most n times the sum of squares.
         // The approximation: d additions, two ends, k classes, and 2 log2 d + 2 times that since a split that rounding
         // moved bounds the search for others.
-        const double n = mValues.size();
+        const double n = static_cast<double>(mEnds.back());
         const double d = mRuns;
         const double k = mClasses;
         const double plain = (3.0 * n + 8.0 + k) * squares;
@@ -184,7 +192,7 @@ private:
     double cost(int a, int b) const
     {
         const double sum = mSums[b] - mSums[a];
-        return mSquares[b] - mSquares[a] - sum * sum / (mEnds[b] - mEnds[a]);
+        return mSquares[b] - mSquares[a] - sum * sum / static_cast<double>(mEnds[b] - mEnds[a]);
     }
 
     double approximateValue(int c, int i, int b) const { return mBest[c - 1][i] + cost(i, b); }
@@ -243,8 +251,10 @@ private:
         mBudget -= mEnds[b] - mEnds[a];
         double result = 0.0;
         GrowingCost growing;
-        for (int e = mEnds[a]; e < mEnds[b] && mBudget >= 0; ++e)
-            result = growing.add(mValues[e]);
+        for (int r = a; r < b && mBudget >= 0; ++r) {
+            for (qint64 i = 0; i < mValues[r].count; ++i)
+                result = growing.add(mValues[r].value);
+        }
         return result;
     }
 
@@ -280,8 +290,8 @@ private:
         return splits;
     }
 
-    const QVector<double> &mValues;
-    const std::vector<int> &mEnds;
+    const ValueRuns &mValues;
+    const std::vector<qint64> &mEnds;
     const int mRuns;
     const int mClasses;
     qint64 mBudget; // elements that may still be summed or looked at
@@ -292,56 +302,63 @@ private:
     std::map<std::pair<int, int>, Exact> mExact;
 };
 
-std::vector<int> runEnds(const QVector<double> &values)
+std::vector<qint64> runEnds(const ValueRuns &runs)
 {
-    std::vector<int> ends;
-    for (int i = 0; i < values.size(); ++i) {
-        if (i == 0 || values[i] != values[i - 1])
-            ends.push_back(i);
-    }
-    ends.push_back(values.size());
+    std::vector<qint64> ends{0};
+    for (const ValueRun &run : runs)
+        ends.push_back(ends.back() + run.count);
     return ends;
 }
 
 // Where the classes part; nothing: cancelled.
-std::optional<Splits> findSplits(const QVector<double> &values, int classes)
+std::optional<Splits> findSplits(const ValueRuns &values, const std::vector<qint64> &ends, int classes)
 {
-    const std::vector<int> ends = runEnds(values);
+    const qint64 count = ends.back();
     const auto plain = [&]() -> std::optional<Splits> {
         Splits splits = plainSplits(values, classes);
         return splits.empty() ? std::nullopt : std::make_optional(std::move(splits));
     };
-    if (static_cast<int>(ends.size()) - 1 <= classes)
-        return qint64(values.size()) + classes <= kPlainFewLimit ? plain() : splitsOfFewRuns(ends, classes);
+    if (static_cast<int>(values.size()) <= classes)
+        return count + classes <= kPlainFewLimit ? plain() : splitsOfFewRuns(ends, classes);
 
     RunSplits runs(values, ends, classes);
     if (!runs.approximate())
         return std::nullopt;
     if (auto splits = runs.certifiedSplits())
         return splits;
-    return values.size() <= kPlainLimit ? plain() : runs.likelySplits();
+    return count <= kPlainLimit ? plain() : runs.likelySplits();
 }
 
 } // namespace
 
 QList<double> datainterface::jenksBreaks(int breakCount, const QVector<double> &sorted)
 {
-    if (sorted.isEmpty())
+    return jenksBreaks(breakCount, runsOf(sorted));
+}
+
+QList<double> datainterface::jenksBreaks(int breakCount, const ValueRuns &sorted)
+{
+    if (sorted.empty())
         return {};
+    const std::vector<qint64> ends = runEnds(sorted);
     Splits splits;
     if (breakCount > 2) {
-        const double largest = std::max(std::abs(sorted.first()), std::abs(sorted.last()));
-        QVector<double> values = sorted;
-        if (largest > kSquareLimit)
-            std::transform(values.begin(), values.end(), values.begin(), [](double v) { return v * kScaleDown; });
-        const auto found = findSplits(values, breakCount - 1);
+        const double largest = std::max(std::abs(sorted.front().value), std::abs(sorted.back().value));
+        ValueRuns values = sorted;
+        for (ValueRun &run : values)
+            run.value *= largest > kSquareLimit ? kScaleDown : 1.0;
+        const auto found = findSplits(values, ends, breakCount - 1);
         if (!found)
             return {};
         splits = *found;
     }
-    QList<double> breaks{sorted.first()};
+    const auto valueAt = [&](qint64 element) {
+        const auto behind = std::upper_bound(ends.begin(), ends.end(), element);
+        return sorted[static_cast<std::size_t>(behind - ends.begin()) - 1].value;
+    };
+    QList<double> breaks{sorted.front().value};
     for (auto split = splits.rbegin(); split != splits.rend(); ++split)
-        breaks.append((sorted[*split - 1] + sorted[std::min(*split, sorted.size() - 1)]) * 0.5);
-    breaks.append(sorted.last());
+        breaks.append((valueAt(*split - 1) + valueAt(std::min(*split, ends.back() - 1))) * 0.5);
+    breaks.append(sorted.back().value);
     return breaks;
 }

@@ -3,6 +3,7 @@
 #pragma once
 #include <QList>
 #include <QVector>
+#include "Common/valueRuns.h"
 
 namespace datainterface {
 
@@ -14,5 +15,7 @@ namespace datainterface {
 ///         an empty list. O(k d log d) time for d different values in k classes, O(k d) memory; O(k n^2) and O(k n)
 ///         when rounding decides.
 QList<double> jenksBreaks(int breakCount, const QVector<double> &sorted);
+/// The same for a list told by its runs, in O(k d) memory however long the list is.
+QList<double> jenksBreaks(int breakCount, const ValueRuns &sorted);
 
 } // namespace datainterface

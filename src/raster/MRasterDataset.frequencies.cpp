@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <cmath>
 #include "Common/detail/failure.h"
 #include "datainterface/MRasterDataset.h"
@@ -61,6 +62,18 @@ template <class T> bool cellOf(const MDatum &datum, T &cell)
             cell = datum.toDouble();
         return true;
     }
+}
+
+ValueRuns mergedRuns(const ValueRuns &sorted)
+{
+    ValueRuns merged;
+    for (const ValueRun &run : sorted) {
+        if (merged.empty() || merged.back().value != run.value)
+            merged.push_back(run);
+        else
+            merged.back().count += run.count;
+    }
+    return merged;
 }
 
 template <class T, class Map> void countOne(Map &map, T value, bool add)
@@ -187,23 +200,24 @@ bool MRasterDataset::IsValid() const
     return hasGrid && hasValue;
 }
 
-/// Every finite value as often as it is counted. Keys of signed cells and halves are patterns, in another order.
-QVector<double> MRasterDataset::sortedValues() const
+/// Every finite value with its count. Keys of signed cells and halves are patterns, in another order, and wide integers
+/// can be one number.
+ValueRuns MRasterDataset::sortedValues() const
 {
-    QMap<double, int> counts;
+    ValueRuns runs;
     visitCounted(mDataType, mBitDepth, [&](auto form) {
         using T = CellOf<decltype(form)>;
         const auto &map = mFrequencies.mapOf<T>();
         for (auto it = map.cbegin(); it != map.cend(); ++it) {
             const T value = valueOfKey<T>(it.key());
             if (isFiniteCell(value) && it.value() > 0)
-                counts[cellToDouble(value)] += it.value();
+                runs.push_back({cellToDouble(value), it.value()});
         }
     });
-    QVector<double> values;
-    for (auto it = counts.cbegin(); it != counts.cend(); ++it)
-        values.insert(values.end(), it.value(), it.key());
-    return values;
+    const auto isBefore = [](const ValueRun &a, const ValueRun &b) { return a.value < b.value; };
+    if (!std::is_sorted(runs.begin(), runs.end(), isBefore))
+        std::sort(runs.begin(), runs.end(), isBefore);
+    return mergedRuns(runs);
 }
 
 QList<double> MRasterDataset::GetIntervalBreaks(int, int breakCount, MDataset::ClassificationType classification,

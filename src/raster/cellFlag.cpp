@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "raster/cellFlag.h"
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include "raster/binary16.h"
 #include "raster/cellForms.h"
@@ -53,6 +54,18 @@ template <class T, class Value> bool cellFromValue(Value value, T &cell)
     }
 }
 
+/// A cell can be read as any type of its width.
+template <class T> MissingFlag flagOfBits(T cell)
+{
+    MissingFlag flag(cell);
+    const auto fill = [&cell](auto &value) {
+        if constexpr (sizeof value == sizeof cell)
+            std::memcpy(static_cast<void *>(&value), &cell, sizeof cell);
+    };
+    std::apply([&fill](auto &...value) { (fill(value), ...); }, flag.values);
+    return flag;
+}
+
 } // namespace
 
 MissingFlag cellFlag(const MissingFlag &flag, int type, int bitDepth)
@@ -65,7 +78,7 @@ MissingFlag cellFlag(const MissingFlag &flag, int type, int bitDepth)
         const auto tryValue = [&](auto value) {
             T cell{};
             if (flag.type == MissingFlag::codeOf(value) && cellFromValue(value, cell))
-                result = MissingFlag(cell);
+                result = flagOfBits(cell);
         };
         std::apply([&](auto... value) { (tryValue(value), ...); }, flag.values);
     });

@@ -58,6 +58,7 @@ private Q_SLOTS:
     void intervalsAreCutOrFilled();
     void bandsThatDoNotFitChangeNothing();
     void everyFormGoesAllTheWay();
+    void flagsHoldForEveryReadingOfTheWidth();
     void valuesAreCountedAndSummed();
     void notANumberIsOneKey();
     void signedClassesAscend();
@@ -132,6 +133,18 @@ void TestRasterDataset::bandsThatDoNotFitChangeNothing()
 }
 
 // Values in, then out through containers, counts, statistics and a project.
+void TestRasterDataset::flagsHoldForEveryReadingOfTheWidth()
+{
+    TestModel model;
+    const int id = VORN_NewRasterDataset(addGrid(1, 2), "d", RasterIntegerType, 1, 32, "");
+    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 9]"), QVector<int>{-1, 0}, -1, true, true));
+    quint64 bits = 7;
+    QVERIFY(!VORN_GetRasterValue(id, 0, 0, 0, 5, bits)); // the pattern of -1
+    QCOMPARE(bits, quint64(7));
+    QVERIFY(VORN_GetRasterValue(id, 0, 1, 0, 5, bits));
+    QCOMPARE(bits, quint64(0));
+}
+
 void TestRasterDataset::everyFormGoesAllTheWay()
 {
     TestModel model;
