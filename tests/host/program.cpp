@@ -60,7 +60,8 @@ Outcome Workplace::interrupt(const QStringList &arguments, const std::function<b
     return watch(QStringLiteral(MERIDOR_PROGRAM), arguments, [&when](QProcess &process) {
         for (int i = 0; i < kPatience && process.state() != QProcess::NotRunning && !when(); ++i)
             process.waitForFinished(1);
-        ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+        if (process.state() == QProcess::Running) // else the id is 0, which stands for ourselves
+            ::kill(static_cast<pid_t>(process.processId()), SIGINT);
     });
 }
 
