@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
-// What does a block cost against one plain call of the operating system for each block, and against LMDB?
+// What does a block cost against one plain call of the operating system for each block, and against
+// LMDB?
 //
-// The store writes what it saves when the cache overflows; what a first pass of reading takes longer than a second one
-// counts as saving.
+// The store writes what it saves when the cache overflows; what a first pass of reading takes
+// longer than a second one counts as saving.
 //
-// Three phases on the same random order: save all, read as many at random, replace as many at random by blocks of other
-// sizes. "plain" is one pwrite or pread for each block, into places of fixed size. LMDB runs without syncs, all in one
-// transaction a phase. "kept" is pread into as much memory as the cache has, in turns: what a reader that keeps what it
-// read can reach at best. Every number is the median over rounds in which the three take turns. What a call is given is in
-// memory before the clock starts, for all three.
+// Three phases on the same random order: save all, read as many at random, replace as many at
+// random by blocks of other sizes. "plain" is one pwrite or pread for each block, into places of
+// fixed size. LMDB runs without syncs, all in one transaction a phase. "kept" is pread into as much
+// memory as the cache has, in turns: what a reader that keeps what it read can reach at best. Every
+// number is the median over rounds in which the three take turns. What a call is given is in memory
+// before the clock starts, for all three.
+#include "Common/DataManager.h"
+#include "datainterface/DataBlocks.h"
+#include "ratios.h"
 #include <QByteArray>
 #include <QFile>
 #include <QTemporaryDir>
@@ -24,9 +29,6 @@
 #include <random>
 #include <unistd.h>
 #include <vector>
-#include "Common/DataManager.h"
-#include "datainterface/DataBlocks.h"
-#include "ratios.h"
 
 namespace {
 
@@ -44,7 +46,8 @@ struct Case {
 
 // The orders and sizes that the peers share.
 struct Work {
-    explicit Work(const Case &which) : count(which.count), bytes(which.bytes), contents(2 * which.bytes, '\0')
+    explicit Work(const Case &which)
+        : count(which.count), bytes(which.bytes), contents(2 * which.bytes, '\0')
     {
         std::mt19937 random(7);
         for (char &byte : contents)
@@ -74,13 +77,6 @@ void check(bool holds, const char *what)
     }
 }
 
-double secondsOf(const std::function<void()> &call)
-{
-    const auto start = std::chrono::steady_clock::now();
-    call();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
 // Times the calls alone: what they are given is made ahead, a few at a time.
 template <class Make, class Call> double secondsOfEach(int count, Make make, Call call)
 {
@@ -91,7 +87,7 @@ template <class Make, class Call> double secondsOfEach(int count, Make make, Cal
         const int end = std::min(first + kAhead, count);
         for (int i = first; i < end; ++i)
             made[static_cast<size_t>(i - first)] = make(i);
-        seconds += secondsOf([&] {
+        seconds += ratios::secondsOf([&] {
             for (int i = first; i < end; ++i)
                 call(i, made[static_cast<size_t>(i - first)]);
         });
@@ -103,7 +99,8 @@ double residentMegabytes()
 {
     QFile status("/proc/self/statm");
     check(status.open(QIODevice::ReadOnly), "statm");
-    return status.readAll().split(' ').at(1).toDouble() * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+    return status.readAll().split(' ').at(1).toDouble() * static_cast<double>(sysconf(_SC_PAGESIZE))
+           / 1e6;
 }
 
 Times runStore(const Work &work, const QString &directory, double &megabytes)
@@ -121,13 +118,16 @@ Times runStore(const Work &work, const QString &directory, double &megabytes)
         for (const int id : work.order)
             check(ReadDataBlock(id, found) && found.size() == work.bytes, "read");
     };
-    times[Save] += secondsOf(readAll); // what is still to be written of the saved blocks goes out
-    times[Read] = secondsOf(readAll);
+    times[Save] +=
+        ratios::secondsOf(readAll); // what is still to be written of the saved blocks goes out
+    times[Read] = ratios::secondsOf(readAll);
     times[Save] -= times[Read];
     megabytes = residentMegabytes() - before;
     times[Replace] = secondsOfEach(
         work.count, [&](int i) { return QByteArray(contents, work.sizes[static_cast<size_t>(i)]); },
-        [&](int i, const QByteArray &bytes) { ReplaceDataBlock(work.order[static_cast<size_t>(i)], bytes); });
+        [&](int i, const QByteArray &bytes) {
+            ReplaceDataBlock(work.order[static_cast<size_t>(i)], bytes);
+        });
     ClearDataManager();
     return times;
 }
@@ -141,27 +141,33 @@ Times runPlain(const Work &work, const QString &directory)
     std::vector<char> bytes(static_cast<size_t>(2 * work.bytes));
     const auto place = [&](int id) { return static_cast<off_t>(id) * work.bytes * 3 / 2; };
     Times times{};
-    times[Save] = secondsOf([&] {
+    times[Save] = ratios::secondsOf([&] {
         for (int i = 0; i < work.count; ++i)
-            check(::pwrite(file, contents, static_cast<size_t>(work.bytes), place(i)) == work.bytes, "pwrite");
+            check(::pwrite(file, contents, static_cast<size_t>(work.bytes), place(i)) == work.bytes,
+                  "pwrite");
     });
-    times[Read] = secondsOf([&] {
+    times[Read] = ratios::secondsOf([&] {
         for (const int id : work.order)
-            check(::pread(file, bytes.data(), static_cast<size_t>(work.bytes), place(id)) == work.bytes, "pread");
+            check(::pread(file, bytes.data(), static_cast<size_t>(work.bytes), place(id))
+                      == work.bytes,
+                  "pread");
     });
     std::vector<char> kept(kCacheBytes, 'x');
-    times[ReadKept] = secondsOf([&] {
+    times[ReadKept] = ratios::secondsOf([&] {
         size_t at = 0;
         for (const int id : work.order) {
-            check(::pread(file, &kept[at], static_cast<size_t>(work.bytes), place(id)) == work.bytes, "pread");
+            check(::pread(file, &kept[at], static_cast<size_t>(work.bytes), place(id))
+                      == work.bytes,
+                  "pread");
             at += static_cast<size_t>(work.bytes);
             at = at + static_cast<size_t>(work.bytes) > kept.size() ? 0 : at;
         }
     });
-    times[Replace] = secondsOf([&] {
+    times[Replace] = ratios::secondsOf([&] {
         for (size_t i = 0; i < work.order.size(); ++i) {
             const int size = work.sizes[i];
-            check(::pwrite(file, contents, static_cast<size_t>(size), place(work.order[i])) == size, "pwrite");
+            check(::pwrite(file, contents, static_cast<size_t>(size), place(work.order[i])) == size,
+                  "pwrite");
         }
     });
     ::close(file);
@@ -173,14 +179,18 @@ Times runLmdb(const Work &work, const QString &directory)
 {
     const QByteArray path = QFile::encodeName(directory + "/lmdb");
     MDB_env *environment = nullptr;
-    check(mdb_env_create(&environment) == 0 && mdb_env_set_mapsize(environment, size_t(16) << 30) == 0
-              && mdb_env_open(environment, path.constData(), MDB_NOSUBDIR | MDB_NOSYNC | MDB_WRITEMAP, 0600) == 0,
+    check(mdb_env_create(&environment) == 0
+              && mdb_env_set_mapsize(environment, size_t(16) << 30) == 0
+              && mdb_env_open(environment, path.constData(),
+                              MDB_NOSUBDIR | MDB_NOSYNC | MDB_WRITEMAP, 0600)
+                     == 0,
           "mdb_env_open");
     MDB_dbi table = 0;
     const auto inTransaction = [&](const std::function<void(MDB_txn *)> &call) {
         MDB_txn *transaction = nullptr;
         check(mdb_txn_begin(environment, nullptr, 0, &transaction) == 0, "mdb_txn_begin");
-        check(mdb_dbi_open(transaction, nullptr, MDB_INTEGERKEY | MDB_CREATE, &table) == 0, "mdb_dbi_open");
+        check(mdb_dbi_open(transaction, nullptr, MDB_INTEGERKEY | MDB_CREATE, &table) == 0,
+              "mdb_dbi_open");
         call(transaction);
         check(mdb_txn_commit(transaction) == 0, "mdb_txn_commit");
     };
@@ -190,24 +200,25 @@ Times runLmdb(const Work &work, const QString &directory)
         check(mdb_put(transaction, table, &key, &data, flags) == 0, "mdb_put");
     };
     Times times{};
-    times[Save] = secondsOf([&] {
+    times[Save] = ratios::secondsOf([&] {
         inTransaction([&](MDB_txn *transaction) {
             for (int i = 0; i < work.count; ++i)
                 put(transaction, i, work.bytes, MDB_APPEND);
         });
     });
-    times[Read] = secondsOf([&] {
+    times[Read] = ratios::secondsOf([&] {
         inTransaction([&](MDB_txn *transaction) {
             for (int id : work.order) {
                 MDB_val key{sizeof(int), &id};
                 MDB_val data{};
                 check(mdb_get(transaction, table, &key, &data) == 0, "mdb_get");
-                const QByteArray bytes(static_cast<const char *>(data.mv_data), static_cast<int>(data.mv_size));
+                const QByteArray bytes(static_cast<const char *>(data.mv_data),
+                                       static_cast<int>(data.mv_size));
                 check(bytes.size() == work.bytes, "mdb_get");
             }
         });
     });
-    times[Replace] = secondsOf([&] {
+    times[Replace] = ratios::secondsOf([&] {
         inTransaction([&](MDB_txn *transaction) {
             for (size_t i = 0; i < work.order.size(); ++i)
                 put(transaction, work.order[i], work.sizes[i], 0);
@@ -218,12 +229,6 @@ Times runLmdb(const Work &work, const QString &directory)
     const QByteArray lock = path + "-lock";
     ::unlink(lock.constData());
     return times;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 void runCase(const Case &which)
@@ -245,28 +250,31 @@ void runCase(const Case &which)
         std::vector<double> values;
         for (const Times &round : times)
             values.push_back(round[phase] * 1e6 / which.count);
-        return median(values);
+        return ratios::median(values);
     };
     ratios::head(which.name);
     const char *names[] = {"save", "read at random", "replace at random"};
     const char *calls[] = {"one pwrite each", "one pread each", "one pwrite each"};
     for (const Phase phase : {Save, Read, Replace}) {
         const double ours = middle(store, phase);
-        ratios::row(names[phase], ours, calls[phase], middle(plain, phase), which.targets[phase], "us");
+        ratios::row(names[phase], ours, calls[phase], middle(plain, phase), which.targets[phase],
+                    "us");
         std::printf("%-52s %12s %-28s %9.4g us %7.3f\n", "", "", "LMDB", middle(lmdb, phase),
                     ours / middle(lmdb, phase));
     }
     std::printf("%-52s %12s %-28s %9.4g us %7.3f\n", names[Read], "", "one pread each, kept",
                 middle(plain, ReadKept), middle(store, Read) / middle(plain, ReadKept));
     const double allowed = kCacheBytes / 1e6 + 100.0 * which.count / 1e6 + 40;
-    ratios::row("resident after reading", megabytes, "cache, 100 bytes a block, 40", allowed, 1.0, "MB");
+    ratios::row("resident after reading", megabytes, "cache, 100 bytes a block, 40", allowed, 1.0,
+                "MB");
 }
 
 } // namespace
 
 int main()
 {
-    runCase({"1,000,000 blocks of 100 bytes, 64 MiB of cache", 1000000, 100, 5, {0.20, 0.75, 0.55}});
+    runCase(
+        {"1,000,000 blocks of 100 bytes, 64 MiB of cache", 1000000, 100, 5, {0.20, 0.75, 0.55}});
     runCase({"20,000 blocks of 64 KiB, 64 MiB of cache", 20000, 65536, 3, {1.2, 1.6, 1.3}});
     return ratios::missed > 0;
 }

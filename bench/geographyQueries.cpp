@@ -6,7 +6,7 @@
 #include "datainterface/MVectorData.h"
 #include "datainterface/PointTreeAPI.h"
 #include "fennimark/Fennims.h"
-#include "pairs.h"
+#include "ratios.h"
 #include <QCoreApplication>
 #include <random>
 
@@ -77,29 +77,29 @@ int main(int argc, char **argv)
     QMap<int, QVector<int>> byRecord;
     QVector<QVector<neighborDatum>> byObject;
     const auto rect = [&at] { return QRectF(at.next(), QSizeF(2, 2)); }; // meets 9 squares
-    const std::vector<pairs::Pair> table{
+    const std::vector<ratios::Pair> table{
         {"rectangle query, 30,625 squares, 9 hits", "Fennims::RectQuery", 2.0,
-         pairs::repeat([&] { VORN_RectQuery(squares, rect(), kTime, objects); }),
-         pairs::repeat([&] {
+         ratios::repeat([&] { VORN_RectQuery(squares, rect(), kTime, objects); }),
+         ratios::repeat([&] {
              const QRectF r = rect();
              polygons.RectQuery({r.left(), r.right(), r.top(), r.bottom()}, kTime, records);
          })},
         {"nearest 5 to a place, 30,625 squares", "Fennims, the records alone", 2.0,
-         pairs::repeat([&] { VORN_NearestNeighborQuery(squares, at.next(), kTime, 5, neighbors); }),
-         pairs::repeat(
+         ratios::repeat([&] { VORN_NearestNeighborQuery(squares, at.next(), kTime, 5, neighbors); }),
+         ratios::repeat(
              [&] { polygons.CalculateNearestNeighborsToPoint(at.next(), kTime, 5, records); })},
         {"nearest 5 of each of 30,625 points", "Fennims, the records alone", 2.0,
-         pairs::repeat(
+         ratios::repeat(
              [&] { VORN_NearestNeighborObjectQuery(points, points, kTime, 5, byObject, false); }),
-         pairs::repeat([&] {
+         ratios::repeat([&] {
              places.CalculateNearestNeighborsToObjects(
                  places.mTree, places.GetObservationsAtTime(kTime), kTime, 5, byRecord, nullptr);
          })},
         {"nearest 5 in a tree by handle", "the tree itself", 1.1,
-         pairs::repeat([&] { VORN_GetPointTreeNearestNeighbors(tree, at.next(), 5, {}, hits); }),
-         pairs::repeat([&] { bare.GetNearestNeighbors(at.next(), 5, {}, hits, true); })},
+         ratios::repeat([&] { VORN_GetPointTreeNearestNeighbors(tree, at.next(), 5, {}, hits); }),
+         ratios::repeat([&] { bare.GetNearestNeighbors(at.next(), 5, {}, hits, true); })},
     };
-    const int result = pairs::run(argc, argv, table);
+    const int result = ratios::run(argc, argv, table);
     VORN_DeletePointTree(tree);
     VORN_DoneWithTesting();
     return result;

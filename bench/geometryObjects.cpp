@@ -2,7 +2,7 @@
 // Geometry objects beside GEOS and GDAL: point in polygon, shared borders, contiguity of a pair,
 // polygons over grids, and what the way to GEOS and back adds to an overlay.
 #include "fennimark/FMPolygon.h"
-#include "pairs.h"
+#include "ratios.h"
 #include <cmath>
 #include <gdal.h>
 #include <gdal_alg.h>
@@ -12,8 +12,8 @@
 #include <random>
 
 using benchmark::DoNotOptimize;
-using pairs::Pair;
-using pairs::repeat;
+using ratios::Pair;
+using ratios::repeat;
 
 namespace {
 
@@ -256,5 +256,5 @@ int main(int argc, char **argv)
     addBorders(table);
     addIntersections(table);
     addGrids(table);
-    return pairs::run(argc, argv, table);
+    return ratios::run(argc, argv, table);
 }

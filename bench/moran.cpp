@@ -2,12 +2,12 @@
 // Permutation tests of 10,000 objects beside as many plain products of the sparse matrix with a
 // vector: what the sums alone would take.
 #include "analysis/moran.h"
-#include "pairs.h"
+#include "ratios.h"
 #include <random>
 #include <vector>
 
 using benchmark::DoNotOptimize;
-using pairs::repeat;
+using ratios::repeat;
 
 namespace {
 
@@ -84,12 +84,12 @@ int main(int argc, char **argv)
     const std::vector<double> values = randomValues();
     const Rows rows = plainRows(weights);
     const meridor::Meter silent = [](int) {};
-    const pairs::Body peer = repeat([rows, values] {
+    const ratios::Body peer = repeat([rows, values] {
         std::vector<double> result(values.size());
         products(rows, values, result);
         DoNotOptimize(result.data());
     });
-    return pairs::run(
+    return ratios::run(
         argc, argv,
         {{"global Moran, 10,000 objects, 999 permutations", "999 sparse products", 1.5,
           repeat([&] { DoNotOptimize(meridor::moran(values, weights, kPermutations, silent)); }),

@@ -9,12 +9,12 @@
 #include "datainterface/randomizationIt.h"
 #include "numerics/deviates.h"
 #include "numerics/lapack.h"
-#include "pairs.h"
+#include "ratios.h"
 
 using namespace datainterface;
 using benchmark::DoNotOptimize;
-using pairs::Pair;
-using pairs::repeat;
+using ratios::Pair;
+using ratios::repeat;
 
 namespace {
 
@@ -158,7 +158,7 @@ void addSvdAndAccess(std::vector<Pair> &table)
 }
 
 // 10,000 steps of an exhaustive walk an iteration.
-template <class Iterator> pairs::Body walk(int n, int k)
+template <class Iterator> ratios::Body walk(int n, int k)
 {
     return [n, k](benchmark::State &state) {
         Iterator it(n, k);
@@ -217,7 +217,7 @@ void addSequences(std::vector<Pair> &table)
                              DoNotOptimize(ids.data());
                          }
                      }});
-    const pairs::Body standardPermutations = [](benchmark::State &state) {
+    const ratios::Body standardPermutations = [](benchmark::State &state) {
         std::vector<int> ids(10);
         std::iota(ids.begin(), ids.end(), 0);
         for (auto _ : state) {
@@ -241,7 +241,7 @@ void addCorrections(std::vector<Pair> &table)
     QVector<double> p(1000000);
     for (double &value : p)
         value = uniform(generator);
-    const pairs::Body sorting = repeat([p] {
+    const ratios::Body sorting = repeat([p] {
         std::vector<double> values(p.cbegin(), p.cend());
         std::sort(values.begin(), values.end());
         DoNotOptimize(values.data());
@@ -282,5 +282,5 @@ int main(int argc, char **argv)
     addSvdAndAccess(table);
     addSequences(table);
     addCorrections(table);
-    return pairs::run(argc, argv, table);
+    return ratios::run(argc, argv, table);
 }

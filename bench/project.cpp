@@ -1,25 +1,21 @@
 // SPDX-License-Identifier: MIT
-// What does the model cost over its bytes? Saving beside qCompress of the same blocks, loading beside qUncompress of
-// them, one value through the public function beside one look-up in a hash table; and how much memory a dataset of ten
-// times the cache takes while it is filled and read.
+// What does the model cost over its bytes? Saving beside qCompress of the same blocks, loading
+// beside qUncompress of them, one value through the public function beside one look-up in a hash
+// table; and how much memory a dataset of ten times the cache takes while it is filled and read.
+#include "datainterface/DataAPI.h"
+#include "datainterface/DataBlocks.h"
+#include "datainterface/MDataSource.h"
+#include "datainterface/ProjectAPI.h"
+#include "pointHost.h"
+#include "ratios.h"
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QHash>
-#include <QTemporaryDir>
 #include <QVector>
 #include <cmath>
 #include <cstdio>
 #include <random>
 #include <sys/resource.h>
-#include "datainterface/ControllerBase.h"
-#include "datainterface/DataAPI.h"
-#include "datainterface/DataBlocks.h"
-#include "datainterface/FrameAPI.h"
-#include "datainterface/GeographyAPI.h"
-#include "datainterface/MDataSource.h"
-#include "datainterface/MGeoData.h"
-#include "datainterface/ProjectAPI.h"
-#include "pairs.h"
 
 namespace {
 
@@ -27,51 +23,18 @@ constexpr int kObjects = 10000;
 constexpr int kSlices = 200;
 constexpr int kCache = 8000000;
 
-class Host : public ControllerBase {
-public:
-    explicit Host(int slices)
-    {
-        InitializeCInterface(this);
-        InitializeDataManager(directory.filePath(QStringLiteral("blocks")), kCache);
-        const int geography = addPoints();
-        dataset = VORN_NewVectorDataset(geography, QStringLiteral("values"), TimeSlice, DecimalType, 1, QString());
-        fill(slices);
+// Measurements with two decimals, each near the one before it.
+void fill(const PointHost &host, int slices)
+{
+    std::mt19937 random(20240501);
+    std::normal_distribution<double> step(0.0, 1.0);
+    QVector<double> values(kObjects, 100.0);
+    for (int t = 0; t < slices; ++t) {
+        for (double &value : values)
+            value = std::round((value + step(random)) * 100.0) / 100.0;
+        VORN_AddDataValues(host.dataset, 0, {t, t + 1, true, false}, values, {}, true, false);
     }
-    ~Host() override
-    {
-        VORN_UnloadProject();
-        ClearDataManager();
-    }
-    void RemoveGeography(int id) override { delete GetGeoData().take(id); }
-    QString path() const { return directory.filePath(QStringLiteral("project")); }
-    MDataSource &source() const { return *GetGeoData().value(dataset >> 16)->GetDataSource(); }
-
-    QTemporaryDir directory;
-    int dataset = -1;
-
-private:
-    static int addPoints()
-    {
-        VORN_StartNewVectorGeography(QRectF(0, 0, 100, 100), 0, 1, -1);
-        for (int i = 0; i < kObjects; ++i) {
-            const auto chain = static_cast<unsigned int>(VORN_CreateNewObjectChain());
-            VORN_AddPointToChain(chain, QPointF(i % 100, i / 100), {0, 1, true, true});
-        }
-        return VORN_FinishVectorGeography(QStringLiteral("grid"), QString(), TF_Integer);
-    }
-    // Measurements with two decimals, each near the one before it.
-    void fill(int slices) const
-    {
-        std::mt19937 random(20240501);
-        std::normal_distribution<double> step(0.0, 1.0);
-        QVector<double> values(kObjects, 100.0);
-        for (int t = 0; t < slices; ++t) {
-            for (double &value : values)
-                value = std::round((value + step(random)) * 100.0) / 100.0;
-            VORN_AddDataValues(dataset, 0, {t, t + 1, true, false}, values, {}, true, false);
-        }
-    }
-};
+}
 
 // The blocks as the store holds them.
 QVector<QByteArray> blocks()
@@ -95,15 +58,17 @@ void reportMemory()
 {
     constexpr int kManySlices = 1000;
     const double before = peakMiB();
-    const Host host(kManySlices);
+    const PointHost host(kObjects, kCache);
+    fill(host, kManySlices);
     QVector<double> values;
     QSet<int> missing;
     for (int t = 0; t < kManySlices; ++t)
         VORN_GetDataValues(host.dataset, 0, t, values, missing);
-    std::printf("%d slices of %d decimals, %.0f MiB, filled and read under a cache of %.0f MiB: the process grew by "
+    std::printf("%d slices of %d decimals, %.0f MiB, filled and read under a cache of %.0f MiB: "
+                "the process grew by "
                 "%.1f MiB\n",
-                kManySlices, kObjects, kManySlices * sizeof(double) * kObjects / 1048576.0, kCache / 1048576.0,
-                peakMiB() - before);
+                kManySlices, kObjects, kManySlices * sizeof(double) * kObjects / 1048576.0,
+                kCache / 1048576.0, peakMiB() - before);
 }
 
 // The order in which values are asked for: any object of one slice.
@@ -116,15 +81,15 @@ QVector<unsigned int> order()
     return objects;
 }
 
-pairs::Body save(const Host &host)
+ratios::Body save(const PointHost &host)
 {
-    return pairs::repeat([&host] {
+    return ratios::repeat([&host] {
         if (!VORN_SaveProject(host.path()))
             std::abort();
     });
 }
 
-pairs::Body load(const Host &host)
+ratios::Body load(const PointHost &host)
 {
     return [&host](benchmark::State &state) {
         for (auto _ : state) {
@@ -137,9 +102,9 @@ pairs::Body load(const Host &host)
     };
 }
 
-pairs::Body lookUp(const QHash<int, double> &table)
+ratios::Body lookUp(const QHash<int, double> &table)
 {
-    return pairs::repeat([&table, objects = order()] {
+    return ratios::repeat([&table, objects = order()] {
         double sum = 0.0;
         for (unsigned int object : objects)
             sum += table.constFind(static_cast<int>(object)).value();
@@ -147,7 +112,7 @@ pairs::Body lookUp(const QHash<int, double> &table)
     });
 }
 
-pairs::Body values(const Host &host)
+ratios::Body values(const PointHost &host)
 {
     return [&host, objects = order()](benchmark::State &state) {
         host.source().CheckOutDataset(host.dataset, 0, 0);
@@ -170,7 +135,8 @@ int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     reportMemory();
-    const Host host(kSlices);
+    const PointHost host(kObjects, kCache);
+    fill(host, kSlices);
     const QVector<QByteArray> plain = blocks();
     QVector<QByteArray> packed;
     for (const QByteArray &block : plain)
@@ -179,16 +145,17 @@ int main(int argc, char **argv)
     QHash<int, double> oneSlice;
     for (int i = 0; i < kObjects; ++i)
         oneSlice.insert(i, i);
-    return pairs::run(
-        argc, argv,
-        {{"save a project", "qCompress(9) of its blocks alone", 1.03, save(host), pairs::repeat([&plain] {
-              for (const QByteArray &block : plain)
-                  benchmark::DoNotOptimize(qCompress(block, 9).size());
-          })},
-         {"load a project", "qUncompress of its blocks alone", 0.7, load(host), pairs::repeat([&packed] {
-              for (const QByteArray &block : packed)
-                  benchmark::DoNotOptimize(qUncompress(block).size());
-          })},
-         {"one value of a checked-out slice", "look-up in a QHash of the slice", 10.0, values(host),
-          lookUp(oneSlice)}});
+    return ratios::run(argc, argv,
+                       {{"save a project", "qCompress(9) of its blocks alone", 1.03, save(host),
+                         ratios::repeat([&plain] {
+                             for (const QByteArray &block : plain)
+                                 benchmark::DoNotOptimize(qCompress(block, 9).size());
+                         })},
+                        {"load a project", "qUncompress of its blocks alone", 0.7, load(host),
+                         ratios::repeat([&packed] {
+                             for (const QByteArray &block : packed)
+                                 benchmark::DoNotOptimize(qUncompress(block).size());
+                         })},
+                        {"one value of a checked-out slice", "look-up in a QHash of the slice",
+                         10.0, values(host), lookUp(oneSlice)}});
 }

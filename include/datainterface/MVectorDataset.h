@@ -13,6 +13,7 @@
 #include "datainterface/MDataset.h"
 #include "datainterface/OrderedDouble.h"
 #include "datainterface/TimeContainers.h"
+#include "datainterface/datum.h"
 #include "datainterface/export.h"
 
 /// How often each value is held, over all realizations and times: a value that stands at two times counts twice.
@@ -171,6 +172,13 @@ public:
     MDatum GetValue(int id, qint64 time, int realization) override;
     /// With `interpolate`, linear in time between the neighbouring values of the object; always a decimal then.
     MDatum GetValue(int id, qint64 time, bool interpolate, int realization) override;
+    /// The same for a dataset of that type, without the variant: false, with `value` untouched, when the value is missing
+    /// and for a dataset of another type. For reading one value after the other.
+    bool ReadValue(int realization, int id, qint64 time, int &value) const;
+    bool ReadValue(int realization, int id, qint64 time, double &value) const;
+    /// All values of one object in order of time, each with the interval that it holds on. Intervals at which the object
+    /// is missing are left out. Slices that nobody holds are not paged in for it.
+    void GetObjectValues(int realization, int id, QVector<Interval> &intervals, QVector<datum> &values);
     /// The object's first value in time.
     MDatum GetIdValue(int realization, unsigned int id);
     /// All objects at a time: one element each, 0 where the object is missing. False for another data type.
@@ -254,6 +262,8 @@ private:
     /// Null when the realization is not there.
     const MVectorDataRealization *realizationAt(int realization) const;
     MVectorDataRealization *realizationAt(int realization);
+    /// For a change: what was remembered of the slices is forgotten.
+    QMap<int, MVectorDataRealization> &realizationsToChange();
     /// Raises "Invalid realization index" instead.
     const MVectorDataRealization &knownRealization(int realization) const;
     /// A bulk change: statistics out of date, fitted models gone.
@@ -286,6 +296,7 @@ private:
     template <class T> bool markMissing(SeriesMap<T> &series, int id, const TimeStamp &stamp);
 
     template <class T> bool readCell(int realization, int id, qint64 time, T &value) const;
+    template <class T, class Take> void visitObject(int realization, int id, Take take);
     template <class T> MDatum interpolated(int realization, int id, qint64 time) const;
     template <class T> bool readValues(int realization, qint64 time, QVector<T> &values, QSet<int> &missing,
                                        bool interpolate) const;
@@ -306,11 +317,20 @@ private:
     bool restoreInlineRealization(QDataStream &in, MVectorDataRealization &realization);
     bool settleStorage();
 
+    /// The slice that was asked for last. Values are read in runs, and a search by time is most of what one costs.
+    template <class T> struct LastSlice {
+        int realization = -1;
+        TimeStamp stamp;
+        const TimeSliceData<T> *slice = nullptr;
+    };
+    using LastSlices = std::tuple<LastSlice<int>, LastSlice<double>, LastSlice<QString>>;
+
     int mExpectedObjectCount = -1; ///< the geography's, while a project is read; -1: not known
     int mObjectCount = 0;
     StorageType mStorageType = TimeSlice;
     RealizationVectorDataFrequencies mFrequencies;
     mutable QMap<int, MVectorDataRealization> mRealizationData; ///< a check-out can make an empty series
+    mutable LastSlices mLastSlices; ///< cleared before slices change: see realizationsToChange()
 };
 
 /// A standard string, as files before 180004 hold texts: its length in bytes as 32 bits, then the

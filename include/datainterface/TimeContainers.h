@@ -22,11 +22,50 @@ template <class T> struct TimeSeriesEntry {
 template <class T>
 class QTypeInfo<TimeSeriesEntry<T>> : public QTypeInfoMerger<TimeSeriesEntry<T>, TimeStamp, T> {};
 
-/// All values of one time slice. T is int, double or QString.
+/// What the two shapes share: the block, the count of check-outs, and when the content comes and goes.
 ///
-/// Every operation pages in at need and, when nobody holds the slice checked out, writes a change back and lets go of
-/// the memory before it returns. Check-out counts are not atomic.
-template <class T> class DATAINTERFACE_EXPORT TimeSliceData {
+/// Every operation pages in at need and, when nobody holds the container checked out, writes a change back and lets go
+/// of the memory before it returns. Check-out counts are not atomic.
+template <class Container> class DATAINTERFACE_EXPORT PagedContainer {
+public:
+    PagedContainer(const PagedContainer &) = delete;
+    PagedContainer &operator=(const PagedContainer &) = delete;
+
+    void CheckOut() const;
+    /// A surplus check-in is ignored. The last one writes back, which can raise "result".
+    void CheckIn() const;
+    int CheckOutCount() const { return mCheckOutCount; }
+    int BlockId() const { return mBlockId; }
+
+protected:
+    explicit PagedContainer(int blockId) : mBlockId(blockId) {}
+    /// Gives the block back to the store.
+    ~PagedContainer();
+
+    void PageIn() const;
+    void PageOut() const;
+    const Container &self() const { return static_cast<const Container &>(*this); }
+
+    mutable int mBlockId; ///< -1 before the first page-out
+    mutable int mCheckOutCount = 0;
+    mutable bool mDirty = false; ///< the content differs from the block
+};
+
+namespace datainterface {
+
+struct SliceAccess;
+
+/// What a slice remembers of the image in its block, to find one value without all the others.
+struct SliceShape {
+    int count = -1; ///< of the values; -1 when it is to be looked up
+    int missingCount = 0;
+    bool idsAscend = false;
+};
+
+} // namespace datainterface
+
+/// All values of one time slice. T is int, double or QString.
+template <class T> class DATAINTERFACE_EXPORT TimeSliceData : public PagedContainer<TimeSliceData<T>> {
 public:
     /// Takes copies and stores them as a new block at once. A slice of strings must hold a value ("empty dataset").
     TimeSliceData(const QVector<T> &values, const QSet<int> &missing);
@@ -34,20 +73,13 @@ public:
     explicit TimeSliceData(int blockId);
     /// A deep copy with a block of its own.
     TimeSliceData(const TimeSliceData &other);
-    TimeSliceData &operator=(const TimeSliceData &) = delete;
-    /// Gives the block back to the store.
     ~TimeSliceData();
-
-    void CheckOut() const;
-    /// A surplus check-in is ignored. The last one writes back, which can raise "result".
-    void CheckIn() const;
-    int CheckOutCount() const;
-    int BlockId() const;
 
     int GetCount() const;
     /// The value at a position; what a missing object's position holds has no meaning. 0 <= object < count.
     T GetValue(int object) const;
-    /// False, with `value` untouched, when the object is missing or the position does not exist.
+    /// False, with `value` untouched, when the object is missing or the position does not exist. A number of a slice
+    /// that nobody holds is read where it lies, in the cache or in the scratch file, without the rest of the slice.
     bool GetValue(int object, T &value) const;
     /// Stores a value; the object is no longer missing.
     void SetValue(int object, const T &value);
@@ -67,19 +99,19 @@ public:
     const QSet<int> &MissingIds() const;
 
 private:
+    friend class PagedContainer<TimeSliceData>;
+    friend struct datainterface::SliceAccess;
     class Content;
     bool IsHeld() const;
-    void PageIn() const;
-    void PageOut() const;
+    bool getWhole(int object, T &value) const;
+    void Changed();
 
-    mutable int mBlockId = -1;
-    mutable int mCheckOutCount = 0;
-    mutable bool mDirty = false;
+    mutable datainterface::SliceShape mShape;
     mutable std::unique_ptr<Content> mContent; ///< null while paged out
 };
 
 /// The history of one object: entries sorted by interval, which never overlap. T is int, double or QString.
-template <class T> class DATAINTERFACE_EXPORT TimeSeriesData {
+template <class T> class DATAINTERFACE_EXPORT TimeSeriesData : public PagedContainer<TimeSeriesData<T>> {
 public:
     using Entry = TimeSeriesEntry<T>;
 
@@ -89,13 +121,7 @@ public:
     explicit TimeSeriesData(const QVector<Entry> &entries);
     explicit TimeSeriesData(int blockId);
     TimeSeriesData(const TimeSeriesData &other);
-    TimeSeriesData &operator=(const TimeSeriesData &) = delete;
     ~TimeSeriesData();
-
-    void CheckOut() const;
-    void CheckIn() const;
-    int CheckOutCount() const;
-    int BlockId() const;
 
     int GetCount() const;
     /// False, with `value` untouched, when no entry holds the instant.
@@ -112,16 +138,18 @@ public:
     const Entry *Data() const;
 
 private:
+    friend class PagedContainer<TimeSeriesData>;
     class Content;
-    void PageIn() const;
-    void PageOut() const;
 
-    mutable int mBlockId = -1;
-    mutable int mCheckOutCount = 0;
-    mutable bool mDirty = false;
     mutable std::unique_ptr<Content> mContent; ///< null while paged out
 };
 
+extern template class PagedContainer<TimeSliceData<int>>;
+extern template class PagedContainer<TimeSliceData<double>>;
+extern template class PagedContainer<TimeSliceData<QString>>;
+extern template class PagedContainer<TimeSeriesData<int>>;
+extern template class PagedContainer<TimeSeriesData<double>>;
+extern template class PagedContainer<TimeSeriesData<QString>>;
 extern template class TimeSliceData<int>;
 extern template class TimeSliceData<double>;
 extern template class TimeSliceData<QString>;

@@ -31,7 +31,7 @@ public:
     static const TimeStamp Invalid;
 
     TimeStamp();
-    TimeStamp(qint64 t);
+    TimeStamp(qint64 t) : startTime(t), endTime(t), inclusiveStart(true), inclusiveEnd(true) {}
     /// A one-point interval is always closed, whatever flags are given.
     TimeStamp(qint64 start, qint64 end, bool startInclusive, bool endInclusive);
     TimeStamp(const Interval &interval);
@@ -42,7 +42,11 @@ public:
     operator Interval() const { return {startTime, endTime, inclusiveStart, inclusiveEnd}; }
     /// False for crossed ends and for ends one tick apart that are both exclusive.
     bool isValid() const;
-    bool contains(qint64 t) const;
+    bool contains(qint64 t) const
+    {
+        return (startTime < t && t < endTime) || (t == startTime && inclusiveStart)
+               || (t == endTime && inclusiveEnd);
+    }
     /// Compares ends and flags only: (1, 2) overlaps itself although it holds no instant.
     bool overlaps(const TimeStamp &ts) const;
     /// One instant that stands for the interval; raises "Invalid time stamp" when it holds none.

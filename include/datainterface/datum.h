@@ -15,3 +15,4 @@ struct datum {
     datum(int value) : type(1), integerValue(value) {}
     datum(const QString &value) : type(2), stringValue(value) {}
 };
+Q_DECLARE_TYPEINFO(datum, Q_MOVABLE_TYPE);

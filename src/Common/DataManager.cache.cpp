@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Common/DataManager.cache.h"
+#include <utility>
 
 namespace datainterface {
 namespace {
@@ -82,7 +83,8 @@ int BlockCache::Oldest()
 
 void BlockCache::Touch(int id, BlockSlot &slot)
 {
-    Log(id, slot);
+    if (size_t(slot.lastUse) + 1 != mLog.size())
+        Log(id, slot);
 }
 
 void BlockCache::Put(int id, const QByteArray &bytes, bool dirty)
@@ -93,18 +95,19 @@ void BlockCache::Put(int id, const QByteArray &bytes, bool dirty)
     slot.bytes = bytes;
     slot.cached = true;
     slot.dirty = dirty;
-    mCost += CostOf(bytes);
+    slot.pieces = 0;
+    mCost += CostOf(bytes.size());
     ++mCount;
     Log(id, slot);
 }
 
-void BlockCache::Remove(BlockSlot &slot)
+QByteArray BlockCache::Remove(BlockSlot &slot)
 {
-    mCost -= CostOf(slot.bytes);
+    mCost -= CostOf(slot.bytes.size());
     --mCount;
-    slot.bytes = QByteArray();
     slot.cached = false;
     slot.dirty = false;
+    return std::exchange(slot.bytes, QByteArray());
 }
 
 void BlockCache::Clear()

@@ -20,7 +20,9 @@ struct alignas(32) BlockSlot {
     bool known = false;
     bool cached = false;
     bool dirty = false;   ///< the contents differ from the scratch file
+    quint8 pieces = 0;    ///< read from the file since the contents were last cached
 };
+static_assert(sizeof(BlockSlot) == 32);
 
 /// Slots by block id. Ids rise and are never used again, so slots lie in chunks that come and go with their blocks.
 class BlockTable {
@@ -60,7 +62,7 @@ class BlockCache {
 public:
     explicit BlockCache(BlockTable &table) : mTable(table) {}
 
-    static qint64 CostOf(const QByteArray &bytes) { return qint64(bytes.size()) + 16; }
+    static qint64 CostOf(qint64 size) { return size + 16; }
     qint64 Limit() const { return mLimit; }
     void SetLimit(qint64 limit) { mLimit = limit; }
     qint64 Cost() const { return mCost; }
@@ -70,7 +72,8 @@ public:
     void Touch(int id, BlockSlot &slot);
     /// Enters contents as the most recently used; what the id held before is dropped.
     void Put(int id, const QByteArray &bytes, bool dirty);
-    void Remove(BlockSlot &slot);
+    /// @return the contents.
+    QByteArray Remove(BlockSlot &slot);
     void Clear();
     /// Most recently used first.
     QVector<int> Ids() const;

@@ -20,6 +20,16 @@ QByteArray compactBytes(const QByteArray &bytes)
     return bytes;
 }
 
+// An array of that size, in the memory of `used` when nobody else holds that and it is hardly larger.
+QByteArray recycled(QByteArray used, int size)
+{
+    const int spare = used.capacity() - size;
+    if (!used.isDetached() || spare < 0 || spare > 16 + size / 8)
+        return QByteArray(size, Qt::Uninitialized);
+    used.resize(size);
+    return used;
+}
+
 } // namespace
 
 DataManager::DataManager(std::unique_ptr<PositionedFile> file) : mFile(std::move(file)), mCache(mTable) {}
@@ -81,17 +91,20 @@ bool DataManager::ReadDataBlock(int id, QByteArray &bytes)
         bytes = slot->bytes;
         return true;
     }
+    const qint64 cost = BlockCache::CostOf(slot->size);
+    const bool isKept = cost <= mCache.Limit();
+    QByteArray evicted = isKept ? MakeRoom(cost) : QByteArray();
     bool read = false;
     try {
-        bytes = QByteArray(slot->size, Qt::Uninitialized);
+        bytes = recycled(std::move(evicted), slot->size);
         read = mFile.read(slot->position, bytes.data(), slot->size);
     } catch (...) {
         // No memory for the contents: the block is as unreadable as on a failing disk.
     }
-    if (read)
-        Keep(id, bytes, false);
-    else
+    if (!read)
         bytes.clear();
+    else if (isKept)
+        mCache.Put(id, bytes, false);
     return read;
 }
 
@@ -116,7 +129,7 @@ DataManager::State DataManager::Inspect() const
 // once there is room for its successor.
 void DataManager::Keep(int id, const QByteArray &bytes, bool dirty)
 {
-    const qint64 cost = BlockCache::CostOf(bytes);
+    const qint64 cost = BlockCache::CostOf(bytes.size());
     BlockSlot *old = mTable.Find(id);
     if (cost > mCache.Limit()) {
         require(!dirty || WriteDataBlock(id, bytes, WriteMode::Through), "result");
@@ -124,19 +137,28 @@ void DataManager::Keep(int id, const QByteArray &bytes, bool dirty)
             mCache.Remove(*old);
         return;
     }
-    const qint64 oldCost = old && old->cached ? BlockCache::CostOf(old->bytes) : 0;
+    const qint64 oldCost = old && old->cached ? BlockCache::CostOf(old->bytes.size()) : 0;
     if (oldCost > 0)
         mCache.Touch(id, *old); // last in the order of eviction
-    while (mCache.Cost() - oldCost + cost > mCache.Limit())
-        Evict(mCache.Oldest());
+    MakeRoom(cost - oldCost);
     mCache.Put(id, bytes, dirty);
 }
 
-void DataManager::Evict(int id)
+// @return the contents that were evicted last.
+QByteArray DataManager::MakeRoom(qint64 cost)
+{
+    QByteArray evicted;
+    while (mCache.Cost() + cost > mCache.Limit())
+        evicted = Evict(mCache.Oldest());
+    return evicted;
+}
+
+// @return the contents, which are in the file.
+QByteArray DataManager::Evict(int id)
 {
     BlockSlot &slot = *mTable.Find(id);
     require(!slot.dirty || WriteDataBlock(id, slot.bytes, WriteMode::Combined), "result");
-    mCache.Remove(slot);
+    return mCache.Remove(slot);
 }
 
 void DataManager::EmptyCache()

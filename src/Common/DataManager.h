@@ -12,6 +12,10 @@
 #include "Common/detail/scratchFile.h"
 #include "datainterface/VORN_Progress.h"
 
+namespace datainterface {
+class BlockReading;
+}
+
 /// Gives the block new contents of any size. Always true. Raises "result", with the old contents still in place, when
 /// the cache has to write something back for it and cannot.
 bool ReplaceDataBlock(int id, const QByteArray &bytes);
@@ -59,8 +63,11 @@ public:
 private:
     using WriteMode = datainterface::ScratchFile::Mode;
 
+    friend class datainterface::BlockReading;
+
     void Keep(int id, const QByteArray &bytes, bool dirty);
-    void Evict(int id);
+    QByteArray MakeRoom(qint64 cost);
+    QByteArray Evict(int id);
     void EmptyCache();
     bool WriteDataBlock(int id, const QByteArray &bytes, WriteMode mode);
     bool AllocateDataBlock(int id, const QByteArray &bytes, WriteMode mode);
@@ -81,3 +88,32 @@ private:
 
 /// The one store of the process.
 DataManager &blockStore();
+
+namespace datainterface {
+
+/// Reads a few bytes of a block, of many blocks in a row. Holds the store's lock, which taken once costs a block next to
+/// nothing.
+class BlockReading {
+public:
+    BlockReading() : mStore(blockStore()) { mStore.mLock.lock(); }
+    ~BlockReading() { mStore.mLock.unlock(); }
+    BlockReading(const BlockReading &) = delete;
+    BlockReading &operator=(const BlockReading &) = delete;
+
+    /// In bytes; -1 for an unknown block.
+    int sizeOf(int id) const;
+    /// The contents where they lie in the cache, which is a use of them; null when they are not there or are not `size`
+    /// bytes. Until the next call of the store itself.
+    const char *inPlace(int id, int size) const;
+    /// `count` bytes of a block of `size` bytes that is not in the cache, out of the file; the cache stays as it is.
+    /// False when there is no such block, when its size is another, and when so much of it was read in pieces since it
+    /// was last cached that the whole block is the cheaper read.
+    bool readPiece(int id, int size, int at, char *to, int count) const;
+    /// Has the memory of a cached block on its way before it is read `at` bytes from its start.
+    void prefetch(int id, int at) const;
+
+private:
+    DataManager &mStore;
+};
+
+} // namespace datainterface

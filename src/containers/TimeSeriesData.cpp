@@ -2,11 +2,9 @@
 // In memory a series of numbers begins as its image, whose bytes it shares with the block store, and is searched there;
 // the entries are decoded when somebody needs them whole.
 #include <algorithm>
-#include "Common/DataManager.h"
 #include "Common/detail/failure.h"
+#include "containers/pagedContainer.h"
 #include "containers/seriesImage.h"
-#include "datainterface/DataBlocks.h"
-#include "datainterface/TimeContainers.h"
 
 using namespace datainterface;
 
@@ -15,15 +13,14 @@ public:
     Content() = default;
     explicit Content(const QVector<Entry> &entries) : mEntries(entries), mIsDecoded(true) {}
 
-    /// False when the image cannot be read; there are no entries then.
-    bool assign(const QByteArray &image)
+    /// Numbers that cannot be read are an empty series.
+    void restore(bool isRead, const QByteArray &image)
     {
         mIsDecoded = !kSearchesImage;
         if constexpr (!kSearchesImage)
-            return SeriesImage<T>::decode(image, mEntries);
-        if (SeriesImage<T>::count(image) > 0)
+            require(isRead && SeriesImage<T>::decode(image, mEntries), "Invalid block id");
+        else if (isRead && SeriesImage<T>::count(image) > 0)
             mImage = image;
-        return true;
     }
     QByteArray encode() { return mImage.isEmpty() ? SeriesImage<T>::encode(mEntries) : mImage; }
 
@@ -82,52 +79,22 @@ TimeSeriesData<T>::TimeSeriesData(const QMap<TimeStamp, T> &values) : TimeSeries
 }
 
 template <class T>
-TimeSeriesData<T>::TimeSeriesData(const QVector<Entry> &entries) : mContent(std::make_unique<Content>(entries))
+TimeSeriesData<T>::TimeSeriesData(const QVector<Entry> &entries) : TimeSeriesData(-1)
 {
-    PageOut();
+    mContent = std::make_unique<Content>(entries);
+    this->PageOut();
 }
 
-template <class T> TimeSeriesData<T>::TimeSeriesData(int blockId) : mBlockId(blockId) {}
+template <class T> TimeSeriesData<T>::TimeSeriesData(int blockId) : PagedContainer<TimeSeriesData>(blockId) {}
 
-template <class T> TimeSeriesData<T>::TimeSeriesData(const TimeSeriesData &other)
+template <class T> TimeSeriesData<T>::TimeSeriesData(const TimeSeriesData &other) : TimeSeriesData(-1)
 {
     const CheckedOut<TimeSeriesData> hold(other);
     mContent = std::make_unique<Content>(*other.mContent);
-    PageOut();
+    this->PageOut();
 }
 
-template <class T> TimeSeriesData<T>::~TimeSeriesData()
-{
-    if (mBlockId >= 0)
-        DeleteDataBlock(mBlockId);
-}
-
-template <class T> void TimeSeriesData<T>::CheckOut() const
-{
-    // Content that could not be written back is still here, and newer than the block.
-    if (!mContent)
-        PageIn();
-    ++mCheckOutCount;
-}
-
-template <class T> void TimeSeriesData<T>::CheckIn() const
-{
-    if (mCheckOutCount == 0 || --mCheckOutCount > 0)
-        return;
-    if (mDirty)
-        PageOut();
-    mContent.reset();
-}
-
-template <class T> int TimeSeriesData<T>::CheckOutCount() const
-{
-    return mCheckOutCount;
-}
-
-template <class T> int TimeSeriesData<T>::BlockId() const
-{
-    return mBlockId;
-}
+template <class T> TimeSeriesData<T>::~TimeSeriesData() = default;
 
 template <class T> int TimeSeriesData<T>::GetCount() const
 {
@@ -152,7 +119,7 @@ template <class T> void TimeSeriesData<T>::AddValue(const TimeStamp &stamp, cons
 {
     const CheckedOut<TimeSeriesData> hold(*this);
     mContent->entries().insert(mContent->lowerBound(stamp), Entry{stamp, value});
-    mDirty = true;
+    this->mDirty = true;
 }
 
 template <class T> QMap<TimeStamp, T> TimeSeriesData<T>::GetValues() const
@@ -184,7 +151,7 @@ template <class T> void TimeSeriesData<T>::SetEntries(const QVector<Entry> &entr
 {
     const CheckedOut<TimeSeriesData> hold(*this);
     mContent->entries() = entries;
-    mDirty = true;
+    this->mDirty = true;
 }
 
 template <class T> const TimeSeriesEntry<T> *TimeSeriesData<T>::Data() const
@@ -193,29 +160,9 @@ template <class T> const TimeSeriesEntry<T> *TimeSeriesData<T>::Data() const
     return mContent->entries().constData();
 }
 
-// A block of numbers that cannot be read is an empty series.
-template <class T> void TimeSeriesData<T>::PageIn() const
-{
-    QByteArray image;
-    auto content = std::make_unique<Content>();
-    const bool isWhole = ReadDataBlock(mBlockId, image) && content->assign(image);
-    require(isWhole || std::is_arithmetic_v<T>, "Invalid block id");
-    mContent = std::move(content);
-    mDirty = false;
-}
-
-// Nothing is let go of before the store has taken the image.
-template <class T> void TimeSeriesData<T>::PageOut() const
-{
-    const QByteArray image = mContent->encode();
-    if (mBlockId >= 0)
-        ReplaceDataBlock(mBlockId, image);
-    else
-        mBlockId = SaveDataBlock(image);
-    mContent.reset();
-    mDirty = false;
-}
-
+template class PagedContainer<TimeSeriesData<int>>;
+template class PagedContainer<TimeSeriesData<double>>;
+template class PagedContainer<TimeSeriesData<QString>>;
 template class TimeSeriesData<int>;
 template class TimeSeriesData<double>;
 template class TimeSeriesData<QString>;

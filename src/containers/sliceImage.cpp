@@ -110,6 +110,18 @@ template <class T> bool SliceImage<T>::isMissing(int object) const
     return false;
 }
 
+template <class T> QBitArray SliceImage<T>::missingBits() const
+{
+    QBitArray bits(mCount);
+    ImageReader in(mBytes, mMissingAt);
+    for (int i = 0; i < mMissingCount; ++i) {
+        const auto id = in.integer<qint32>();
+        if (id >= 0 && id < mCount)
+            bits.setBit(id);
+    }
+    return bits;
+}
+
 template <class T> QVector<T> SliceImage<T>::values() const
 {
     QVector<T> values(mCount);

@@ -7,6 +7,7 @@
 /// Integers are big-endian; "raw" is the machine's little-endian memory in one copy. A text is its length in bytes
 /// (0xFFFFFFFF: null) and UTF-16, big-endian.
 #pragma once
+#include <QBitArray>
 #include <QByteArray>
 #include <QSet>
 #include <QString>
@@ -34,6 +35,8 @@ public:
     /// 0 <= object < count(); the others are not decoded.
     T value(int object) const;
     bool isMissing(int object) const;
+    /// One bit for each value; ids of others are left out.
+    QBitArray missingBits() const;
     QVector<T> values() const;
     QSet<int> missing() const;
     /// The values where they lie; null when they are not raw or not aligned.

@@ -3,18 +3,10 @@
 #include <memory>
 #include "Common/detail/failure.h"
 #include "datasets/elementTypes.h"
+#include "datasets/lastSlice.h"
 
 using datainterface::require;
 using datainterface::typeCode;
-
-template <class T> const TimeSliceData<T> *MVectorDataset::sliceAt(int realization, qint64 time) const
-{
-    const MVectorDataRealization *found = realizationAt(realization);
-    return found ? found->slicesOf<T>().value(TimeStamp(timeOf(time)), nullptr) : nullptr;
-}
-template const TimeSliceData<int> *MVectorDataset::sliceAt(int, qint64) const;
-template const TimeSliceData<double> *MVectorDataset::sliceAt(int, qint64) const;
-template const TimeSliceData<QString> *MVectorDataset::sliceAt(int, qint64) const;
 
 template <class T> const TimeSeriesData<T> *MVectorDataset::seriesOf(int realization, int id) const
 {

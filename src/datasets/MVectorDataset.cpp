@@ -4,6 +4,7 @@
 #include <QDir>
 #include "Common/detail/failure.h"
 #include "datasets/elementTypes.h"
+#include "datasets/lastSlice.h"
 
 using namespace datainterface;
 
@@ -62,7 +63,7 @@ MVectorDataset::MVectorDataset(MDataSource *source, StorageType storage, int id,
 // and a load that failed may have left the type unset.
 MVectorDataset::~MVectorDataset()
 {
-    for (MVectorDataRealization &realization : mRealizationData) {
+    for (MVectorDataRealization &realization : realizationsToChange()) {
         deleteContainers(realization.slices);
         deleteContainers(realization.series);
     }
@@ -85,8 +86,15 @@ const MVectorDataRealization *MVectorDataset::realizationAt(int realization) con
 
 MVectorDataRealization *MVectorDataset::realizationAt(int realization)
 {
-    const auto found = mRealizationData.find(realization);
-    return found == mRealizationData.end() ? nullptr : &*found;
+    QMap<int, MVectorDataRealization> &realizations = realizationsToChange();
+    const auto found = realizations.find(realization);
+    return found == realizations.end() ? nullptr : &*found;
+}
+
+QMap<int, MVectorDataRealization> &MVectorDataset::realizationsToChange()
+{
+    mLastSlices = LastSlices();
+    return mRealizationData;
 }
 
 const MVectorDataRealization &MVectorDataset::knownRealization(int realization) const
@@ -167,6 +175,7 @@ bool MVectorDataset::CheckInTimeSeries(int realization, int id, int) const
 
 void MVectorDataset::ClearRealization(MVectorDataRealization &realization)
 {
+    mLastSlices = LastSlices();
     visitContainers(realization, mDataType, mStorageType, [](auto &map) {
         qDeleteAll(map);
         map.clear();
@@ -197,7 +206,7 @@ void MVectorDataset::SetStatic(bool isStatic)
     visitElement(mDataType, [this](auto element) {
         using T = ElementOf<decltype(element)>;
         mFrequencies.tableOf<T>().clear();
-        for (MVectorDataRealization &realization : mRealizationData)
+        for (MVectorDataRealization &realization : realizationsToChange())
             makeStatic<T>(realization);
     });
     RecalculateFrequencies();
@@ -211,7 +220,7 @@ bool MVectorDataset::Resize(int objectCount)
         return false;
     RemoveAllVariogramModels();
     visitElement(mDataType, [&](auto element) {
-        for (MVectorDataRealization &realization : mRealizationData) {
+        for (MVectorDataRealization &realization : realizationsToChange()) {
             for (auto *slice : realization.slicesOf<ElementOf<decltype(element)>>())
                 slice->Resize(objectCount);
         }
@@ -253,7 +262,8 @@ void MVectorDataset::RemoveObjects(const QSet<int> &ids)
                 require(!series || series->CheckOutCount() == 0, "Time series still in use");
             }
         }
-        for (auto realization = mRealizationData.begin(); realization != mRealizationData.end(); ++realization) {
+        auto &realizations = realizationsToChange();
+        for (auto realization = realizations.begin(); realization != realizations.end(); ++realization) {
             removeObjects<T>(*realization, sorted);
             invalidateStatistics(realization.key());
         }
@@ -298,7 +308,7 @@ void MVectorDataset::CleanPre201044Data()
     if (isSliced())
         return;
     visitElement(mDataType, [this](auto element) {
-        for (MVectorDataRealization &realization : mRealizationData) {
+        for (MVectorDataRealization &realization : realizationsToChange()) {
             auto &series = realization.seriesOf<ElementOf<decltype(element)>>();
             for (auto it = series.lowerBound(mObjectCount); it != series.end(); it = series.erase(it))
                 delete *it;

@@ -293,7 +293,7 @@ bool MVectorDataset::restoreSingle(QDataStream &in)
 {
     if (!restoreOldHead(in))
         return false;
-    OldValues(in, mDataType, mObjectCount).readOwn(mRealizationData[0]);
+    OldValues(in, mDataType, mObjectCount).readOwn(realizationsToChange()[0]);
     if (dataInterfaceVersionLoading < kHasBase)
         readStatistics(in);
     if (in.status() != QDataStream::Ok || !settleStorage())
@@ -310,7 +310,7 @@ bool MVectorDataset::restoreInline(QDataStream &in)
         return false;
     restoreOldFrequencies(in);
     for (int i = 0; i < mRealizationCount; ++i) {
-        if (!restoreInlineRealization(in, mRealizationData[i]))
+        if (!restoreInlineRealization(in, realizationsToChange()[i]))
             return false;
     }
     return in.status() == QDataStream::Ok && settleStorage();

@@ -2,6 +2,7 @@
 #include "Common/detail/failure.h"
 #include "datasets/elementTypes.h"
 #include "datasets/heldValues.h"
+#include "datasets/lastSlice.h"
 
 using namespace datainterface;
 

@@ -180,7 +180,7 @@ bool MVectorDataset::restoreRealizations(QDataStream &in)
         const bool isNew = index >= 0 && index < mRealizationCount && !mRealizationData.contains(index);
         if (!isNew)
             return false;
-        MVectorDataRealization &realization = mRealizationData[index];
+        MVectorDataRealization &realization = realizationsToChange()[index];
         QByteArray lost;
         if (hasBlocks)
             in >> realization;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // How values leave a dataset.
 #include "Common/detail/failure.h"
+#include "containers/slicePeek.h"
 #include "datasets/elementTypes.h"
 #include "datasets/heldValues.h"
+#include "datasets/lastSlice.h"
 
 using namespace datainterface;
 
@@ -96,20 +98,56 @@ template <class T> MDatum interpolatedIn(const TimeSeriesData<T> &series, qint64
                        after != end ? numberIn(*after) : TimedNumber(), time);
 }
 
+/// `take(stamp, value)` where the slices hold a value of the object. The store stays locked from the first slice to the
+/// last, and the memory of a block is asked for some slices before it is read: what is left is little more than the
+/// wait for memory.
+template <class T, class Take>
+void visitThroughTime(const QMap<TimeStamp, TimeSliceData<T> *> &slices, int id, Take take)
+{
+    constexpr int kAhead = 12;
+    const BlockReading store;
+    auto ahead = slices.cbegin();
+    int lead = 0;
+    for (auto slice = slices.cbegin(); slice != slices.cend(); ++slice, --lead) {
+        for (; lead < kAhead && ahead != slices.cend(); ++lead, ++ahead)
+            store.prefetch((*ahead)->BlockId(), placeOfValue<T>(id));
+        slice.key().timeInInterval(); // raises for an interval that holds no instant
+        T value{};
+        if (SliceAccess::getValue(store, **slice, id, value))
+            take(slice.key(), value);
+    }
+}
+
+template <class T, class Take> void visitEntries(const TimeSeriesData<T> &series, Take take)
+{
+    const CheckedOut<TimeSeriesData<T>> hold(series);
+    const TimeSeriesEntry<T> *entry = series.Data();
+    for (const auto *end = entry + series.GetCount(); entry != end; ++entry)
+        take(entry->stamp, entry->value);
+}
+
 } // namespace
 
 template <class T> bool MVectorDataset::readCell(int realization, int id, qint64 time, T &value) const
 {
-    const MVectorDataRealization *found = realizationAt(realization);
-    if (!found || !holdsObject(id))
+    if (!holdsObject(id))
         return false;
-    if (!isSliced()) {
-        const TimeSeriesData<T> *series = found->seriesOf<T>().value(id, nullptr);
-        return series && series->GetValue(timeOf(time), value);
+    if (isSliced()) {
+        const TimeSliceData<T> *slice = sliceAt<T>(realization, time);
+        return slice && slice->GetValue(id, value);
     }
-    const auto &slices = found->slicesOf<T>();
-    const auto slice = slices.constFind(TimeStamp(timeOf(time)));
-    return slice != slices.constEnd() && (*slice)->GetValue(id, value);
+    const TimeSeriesData<T> *series = seriesOf<T>(realization, id);
+    return series && series->GetValue(timeOf(time), value);
+}
+
+bool MVectorDataset::ReadValue(int realization, int id, qint64 time, int &value) const
+{
+    return mDataType == IntegerType && readCell(realization, id, time, value);
+}
+
+bool MVectorDataset::ReadValue(int realization, int id, qint64 time, double &value) const
+{
+    return mDataType == DecimalType && readCell(realization, id, time, value);
 }
 
 MDatum MVectorDataset::GetValue(int id, qint64 time, int realization)
@@ -133,10 +171,47 @@ template <class T> MDatum MVectorDataset::interpolated(int realization, int id, 
 
 MDatum MVectorDataset::GetValue(int id, qint64 time, bool interpolate, int realization)
 {
-    if (!interpolate || !realizationAt(realization) || mDataType == StringType)
+    if (!interpolate || !std::as_const(*this).realizationAt(realization) || mDataType == StringType)
         return GetValue(id, time, realization);
     return visitNumericElement(mDataType, [&](auto element) {
         return interpolated<ElementOf<decltype(element)>>(realization, id, time);
+    });
+}
+
+template <class T, class Take> void MVectorDataset::visitObject(int realization, int id, Take take)
+{
+    // Whatever the interval, a static dataset is read at time 0.
+    if (mIsStatic) {
+        T value{};
+        for (const TimeStamp &stamp : GetDataIntervals(realization, id)) {
+            if (readCell(realization, id, stamp.timeInInterval(), value))
+                take(stamp, value);
+        }
+    } else if (!isSliced()) {
+        if (const TimeSeriesData<T> *series = holdsObject(id) ? seriesOf<T>(realization, id) : nullptr)
+            visitEntries(*series, take);
+    } else if (const auto *found = std::as_const(*this).realizationAt(realization)) {
+        visitThroughTime(found->slicesOf<T>(), id, take);
+    }
+}
+
+void MVectorDataset::GetObjectValues(int realization, int id, QVector<Interval> &intervals, QVector<datum> &values)
+{
+    intervals.clear();
+    values.clear();
+    visitElement(mDataType, [&](auto element) {
+        using T = ElementOf<decltype(element)>;
+        const MVectorDataRealization *found = std::as_const(*this).realizationAt(realization);
+        const int most = found && isSliced() ? found->slicesOf<T>().size() : 0;
+        intervals.reserve(most);
+        values.reserve(most);
+        visitObject<T>(realization, id, [&](const TimeStamp &stamp, const T &value) {
+            intervals.append(stamp);
+            if constexpr (std::is_arithmetic_v<T>)
+                values.append(datum(value));
+            else
+                values.append(datum(QString::fromLatin1(MDatum(value).charstr())));
+        });
     });
 }
 

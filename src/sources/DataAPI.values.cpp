@@ -61,6 +61,20 @@ MDatum valueOf(int id, int realization, unsigned int object, qint64 t)
     });
 }
 
+// A value of another type than T is there, and 0.
+template <class T> bool numberOf(int id, int realization, unsigned int object, qint64 t, T &value)
+{
+    return onObject(id, object, false, [=, &value](MVectorDataset &dataset) {
+        const int index = static_cast<int>(object);
+        if (dataset.GetDataType() == typeCode<T>())
+            return dataset.ReadValue(realization, index, t, value);
+        if (dataset.GetValue(index, t, realization).isEmpty())
+            return false;
+        value = T();
+        return true;
+    });
+}
+
 template <class T> bool getSeries(int id, int realization, unsigned int object, QMap<Interval, T> &values)
 {
     return onObject(id, object, false, [&](const MVectorDataset &dataset) {
@@ -181,16 +195,7 @@ bool VORN_GetObjectDataValues(int id, int realization, unsigned int object, QVec
                               QVector<datum> &values)
 {
     return onObject(id, object, false, [&](MVectorDataset &dataset) {
-        intervals.clear();
-        values.clear();
-        const int index = static_cast<int>(object);
-        for (const TimeStamp &stamp : dataset.GetDataIntervals(realization, index)) {
-            datum value;
-            if (!toDatum(dataset.GetValue(index, stamp.timeInInterval(), realization), value))
-                continue;
-            intervals.append(stamp);
-            values.append(value);
-        }
+        dataset.GetObjectValues(realization, static_cast<int>(object), intervals, values);
         return true;
     });
 }
@@ -202,18 +207,12 @@ bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, d
 
 bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, double &value)
 {
-    const MDatum found = valueOf(id, realization, object, t);
-    if (!found.isEmpty())
-        value = found.decimalValue();
-    return !found.isEmpty();
+    return numberOf(id, realization, object, t, value);
 }
 
 bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, int &value)
 {
-    const MDatum found = valueOf(id, realization, object, t);
-    if (!found.isEmpty())
-        value = static_cast<int>(found.integerValue());
-    return !found.isEmpty();
+    return numberOf(id, realization, object, t, value);
 }
 
 bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, int maxLength, char *buffer)

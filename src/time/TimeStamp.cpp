@@ -47,10 +47,6 @@ TimeStamp::TimeStamp() : startTime(kLast), endTime(kFirst), inclusiveStart(true)
 {
 }
 
-TimeStamp::TimeStamp(qint64 t) : startTime(t), endTime(t), inclusiveStart(true), inclusiveEnd(true)
-{
-}
-
 TimeStamp::TimeStamp(qint64 start, qint64 end, bool startInclusive, bool endInclusive)
     : startTime(start), endTime(end), inclusiveStart(startInclusive), inclusiveEnd(endInclusive)
 {
@@ -72,12 +68,6 @@ TimeStamp::TimeStamp(const timeRange &range)
 bool TimeStamp::isValid() const
 {
     return !datainterface::holdsNoInstant(*this);
-}
-
-bool TimeStamp::contains(qint64 t) const
-{
-    return (startTime < t && t < endTime) || (t == startTime && inclusiveStart)
-           || (t == endTime && inclusiveEnd);
 }
 
 bool TimeStamp::overlaps(const TimeStamp &ts) const

@@ -53,6 +53,7 @@ private Q_SLOTS:
     void imagesOfSeriesAreFixed();
     void imagesOfOtherWritersAreRead();
     void sliceKeepsWhatItIsGiven();
+    void sliceWalkAgreesWithAModel_data();
     void sliceWalkAgreesWithAModel();
     void seriesKeepsWhatItIsGiven();
     void seriesAnswersByInstant_data();
@@ -112,6 +113,9 @@ void TestTimeContainers::imagesOfOtherWritersAreRead()
     TimeSliceData<int> slice(SaveDataBlock(hex("00000003 01000000 02000000 03000000 00000002 00000002 00000000")));
     QVERIFY(slice.IsMissing(2) && slice.IsMissing(0) && !slice.IsMissing(1));
     QCOMPARE(slice.GetMissingIds(), (QSet<int>{0, 2}));
+    int value = 0;
+    QVERIFY(!slice.GetValue(0, value) && !slice.GetValue(2, value) && slice.GetValue(1, value));
+    QCOMPARE(value, 2);
     slice.SetMissing(1);
     QCOMPARE(imageOf(slice.BlockId()).right(16), hex("00000003 00000000 00000001 00000002"));
 
@@ -212,12 +216,28 @@ template <class T> void TestTimeContainers::walkSlice(unsigned seed)
         const int probe = below(model.size());
         QVERIFY2(slice.GetCount() == model.size() && slice.GetValue(probe) == model[probe]
                      && slice.IsMissing(probe) == missing.contains(probe), qPrintable(where));
+        for (const int one : {probe, below(model.size()), model.size(), -1}) {
+            T found{};
+            const bool isThere = one >= 0 && one < model.size() && !missing.contains(one);
+            QVERIFY2(slice.GetValue(one, found) == isThere && (!isThere || found == model[one]), qPrintable(where));
+        }
     }
     QVERIFY2(slice.GetValues() == model && slice.GetMissingIds() == missing, qPrintable(where));
 }
 
+// Single values are read out of the cache, out of the file, or of a slice that is paged in.
+void TestTimeContainers::sliceWalkAgreesWithAModel_data()
+{
+    QTest::addColumn<int>("cacheBytes");
+    QTest::newRow("all cached") << (1 << 20);
+    QTest::newRow("one slice cached, at times") << 300;
+    QTest::newRow("nothing cached") << 0;
+}
+
 void TestTimeContainers::sliceWalkAgreesWithAModel()
 {
+    QFETCH(int, cacheBytes);
+    InitializeDataManager(mDir.path(), cacheBytes);
     const unsigned seed = std::random_device()();
     walkSlice<int>(seed);
     walkSlice<double>(seed);

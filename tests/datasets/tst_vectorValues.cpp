@@ -82,6 +82,28 @@ template <class T> MDatum datumOf(int n)
     return n < 0 ? MDatum() : MDatum(Sample<T>::value(n));
 }
 
+/// Whether an object's history, read in one pass, is what its single values tell.
+bool isHistoryRight(MVectorDataset &dataset, int object)
+{
+    QVector<Interval> intervals;
+    QVector<datum> values;
+    dataset.GetObjectValues(0, object, intervals, values);
+    int at = 0;
+    const QList<TimeStamp> stamps = dataset.GetDataIntervals(0, object);
+    for (const TimeStamp &stamp : stamps) {
+        const MDatum value = dataset.GetValue(object, stamp.timeInInterval(), 0);
+        if (value.isEmpty())
+            continue;
+        if (at == values.size() || TimeStamp(intervals[at]) != stamp)
+            return false;
+        const datum &found = values[at++];
+        const MDatum kinds[] = {found.decimalValue, found.integerValue, found.stringValue};
+        if (kinds[found.type] != value)
+            return false;
+    }
+    return at == values.size() && at == intervals.size();
+}
+
 /// The first cell that differs, as a text; empty when none does.
 template <class T> QString difference(MVectorDataset &dataset, const TickModel &model)
 {
@@ -91,6 +113,10 @@ template <class T> QString difference(MVectorDataset &dataset, const TickModel &
             if (dataset.GetValue(object, tick, 0) != datumOf<T>(n))
                 return QString("object %1 at %2 is not %3").arg(object).arg(tick).arg(n);
         }
+    }
+    for (int object = 0; object < kObjects; ++object) {
+        if (!isHistoryRight(dataset, object))
+            return QString("history of object %1").arg(object);
     }
     return QString();
 }

@@ -11,7 +11,7 @@ library=$1 list=$2
 exported=$(nm -DC --defined-only "$library" | sed -E 's/^[0-9a-f]* //' | awk '
     $1 ~ /^[TBDR]$/ && $2 !~ /^(_init|_fini|_edata|_end|__bss_start)$/ { print substr($0, 3); next }
     $1 == "V" && /typeinfo for / && !/ (Q[A-Z]|Qt|std|__|QtPrivate)/ { print substr($0, 3); next }
-    $1 == "W" && /^W Time(Slice|Series)Data</ && !/::Content/ { print substr($0, 3) }' | LC_ALL=C sort -u)
+    $1 == "W" && /^W (Time(Slice|Series)Data|PagedContainer)</ && !/::Content/ { print substr($0, 3) }' | LC_ALL=C sort -u)
 if [ "${3:-}" = --update ]; then
     printf '%s\n' "$exported" >"$list"
     exit

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+// Bytes of a block without the block.
+#include <limits>
+#include "Common/DataManager.h"
+
+namespace datainterface {
+namespace {
+
+// A read of a piece costs about as much as this many bytes of a whole block. Whoever pays for pieces as long as they
+// have not cost what the whole would, and then for the whole, never pays more than twice what was best.
+constexpr int kPieceBytes = 4096;
+
+} // namespace
+
+int BlockReading::sizeOf(int id) const
+{
+    const BlockSlot *slot = mStore.mTable.Find(id);
+    if (!slot)
+        return -1;
+    return slot->cached ? slot->bytes.size() : slot->size;
+}
+
+const char *BlockReading::inPlace(int id, int size) const
+{
+    BlockSlot *slot = mStore.mTable.Find(id);
+    if (!slot || !slot->cached || slot->bytes.size() != size)
+        return nullptr;
+    mStore.mCache.Touch(id, *slot);
+    return slot->bytes.constData();
+}
+
+bool BlockReading::readPiece(int id, int size, int at, char *to, int count) const
+{
+    BlockSlot *slot = mStore.mTable.Find(id);
+    if (!slot || slot->cached || slot->size != size || at < 0 || count < 0 || at > size - count)
+        return false;
+    if (BlockCache::CostOf(size) <= mStore.mCache.Limit()) {
+        if (slot->pieces == std::numeric_limits<quint8>::max() || slot->pieces * kPieceBytes >= size)
+            return false;
+        ++slot->pieces;
+    }
+    return mStore.mFile.read(slot->position + at, to, count);
+}
+
+void BlockReading::prefetch(int id, int at) const
+{
+    const BlockSlot *slot = mStore.mTable.Find(id);
+    if (!slot || !slot->cached)
+        return;
+    // A guess of where the contents begin: reading the array's own account of it would be the wait to be spared.
+    const char *head = reinterpret_cast<const char *>(const_cast<QByteArray &>(slot->bytes).data_ptr());
+    __builtin_prefetch(head);
+    __builtin_prefetch(head + sizeof(QByteArrayData) + at);
+}
+
+} // namespace datainterface

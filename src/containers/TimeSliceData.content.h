@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+/// A slice in memory. It begins as its image, whose bytes it shares with the block store: one value read costs one value.
+/// Values and missing ids are decoded apart, each when somebody first needs them whole, and both before a change.
+#pragma once
+#include <QBitArray>
+#include "Common/detail/failure.h"
+#include "containers/sliceImage.h"
+#include "datainterface/TimeContainers.h"
+
+template <class T> class TimeSliceData<T>::Content {
+public:
+    Content() = default;
+    Content(const QVector<T> &values, const QSet<int> &missing)
+        : mValues(values), mMissing(missing), mHasValues(true), mHasMissing(true)
+    {
+    }
+
+    /// Numbers that cannot be read are an empty slice; strings must not be.
+    void restore(bool isRead, const QByteArray &image)
+    {
+        mHasValues = mHasMissing = false;
+        const bool isWhole = isRead && mImage.assign(image);
+        datainterface::require(datainterface::isRaw<T> || isWhole, "Invalid block id");
+        datainterface::require(datainterface::isRaw<T> || count() > 0, "size");
+    }
+    QByteArray encode()
+    {
+        datainterface::require(datainterface::isRaw<T> || count() > 0, "empty dataset");
+        const bool isUntouched = !mHasValues && !mHasMissing && !mImage.bytes().isEmpty();
+        return isUntouched ? mImage.bytes() : datainterface::SliceImage<T>::encode(values(), missing());
+    }
+
+    int count() const { return mHasValues ? mValues.size() : mImage.count(); }
+    int missingCount() const { return mHasMissing ? mMissing.size() : mImage.missingCount(); }
+    T value(int object) const
+    {
+        if (object < 0 || object >= count())
+            return T();
+        return mHasValues ? mValues.at(object) : mImage.value(object);
+    }
+    /// Asked of many objects: the ids of the image are spread out into bits at the first time.
+    bool isMissing(int object) const
+    {
+        if (mHasMissing)
+            return mMissing.contains(object);
+        if (mImage.missingCount() == 0)
+            return false;
+        if (mMissingBits.isEmpty())
+            mMissingBits = mImage.missingBits();
+        return object >= 0 && object < mMissingBits.size() ? mMissingBits.testBit(object) : mImage.isMissing(object);
+    }
+    const T *data()
+    {
+        const T *inPlace = mHasValues ? nullptr : mImage.valuesInPlace();
+        return inPlace ? inPlace : values().constData();
+    }
+
+    QVector<T> &values()
+    {
+        if (!mHasValues) {
+            mValues = mImage.values();
+            mImage.dropValues();
+            mHasValues = true;
+        }
+        return mValues;
+    }
+    QSet<int> &missing()
+    {
+        if (!mHasMissing) {
+            mMissing = mImage.missing();
+            mHasMissing = true;
+        }
+        return mMissing;
+    }
+
+private:
+    datainterface::SliceImage<T> mImage;
+    QVector<T> mValues;
+    QSet<int> mMissing;
+    mutable QBitArray mMissingBits; ///< by object; empty until they are asked for
+    bool mHasValues = false; ///< else they are in the image
+    bool mHasMissing = false;
+};
