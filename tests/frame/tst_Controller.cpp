@@ -16,7 +16,6 @@ class TestController : public QObject {
 private Q_SLOTS:
     void namesAreNumberedFromTwo();
     void graphsOfOneDatasetHaveNoScheme();
-    void baseAnswersForTheHost();
     void filesThatAreNoGeography();
     void removedGeographyIsTheCallers();
     void scratchFilesAreUniqueAndPrivate();
@@ -61,19 +60,6 @@ void TestController::graphsOfOneDatasetHaveNoScheme()
         QCOMPARE(graphs[i].t, times[i]);
         QVERIFY(i == 0 || (!graphs[i].points && !graphs[i].bounds && graphs[i].dataIds.size() == 1));
     }
-}
-
-void TestController::baseAnswersForTheHost()
-{
-    TestModel model;
-    MethodReport report;
-    QCOMPARE(VORN_ShowMethod(1, QString(), {}), -1);
-    QVERIFY(!VORN_ExecuteMethod(1, QString(), {}, report));
-    QCOMPARE(VORN_DisplayMap(1, 2, QString(), ColorSchemeInfo(), ColorSchemeInfo(), SymbolSchemeInfo()), 0);
-    QVERIFY(!VORN_DisplayMapLayer(1, 2, ColorSchemeInfo(), ColorSchemeInfo(), SymbolSchemeInfo()));
-    QVERIFY(VORN_GetInvocationString(1, QString(), {}).isEmpty());
-    QVERIFY(VORN_GetMethodName(1, QString()).isEmpty());
-    QVERIFY(!model.controller.HasGUI());
 }
 
 void TestController::filesThatAreNoGeography()

@@ -55,11 +55,9 @@ private Q_SLOTS:
     void geometriesOfEachKind_data();
     void geometriesOfEachKind();
     void badGeometriesAreRefused();
-    void failedFinishEndsTheBuilding();
     void projectionsBecomeTags_data();
     void projectionsBecomeTags();
     void projectionIsTakenFromAnother();
-    void toleranceStaysWithTheGeography();
 };
 
 void TestGeographyBuilder::nothingIsBuiltUnstarted()
@@ -73,6 +71,12 @@ void TestGeographyBuilder::nothingIsBuiltUnstarted()
     QVERIFY(!VORN_AddPolygonToChain(0, QList<QPointF>{QPointF(0, 0), QPointF(1, 1), QPointF(1, 0)}, kSpan));
     QVERIFY(!VORN_SetAdjacencyTolerance(1.0));
     QVERIFY(!VORN_SetNewGeographyProjection(kProjected));
+    const int files = scratchFileCount();
+    QVERIFY(start());
+    QCOMPARE(finish(), -1); // nothing was added
+    QCOMPARE(finish(), 0);
+    QVERIFY(addPoints(3) >= 0);
+    QCOMPARE(scratchFileCount(), files);
 }
 
 void TestGeographyBuilder::oneGeographyAtATime()
@@ -150,17 +154,6 @@ void TestGeographyBuilder::badGeometriesAreRefused()
     QVERIFY(finish() >= 0);
 }
 
-void TestGeographyBuilder::failedFinishEndsTheBuilding()
-{
-    TestModel model;
-    const int files = scratchFileCount();
-    QVERIFY(start());
-    QCOMPARE(finish(), -1); // nothing was added
-    QCOMPARE(finish(), 0);
-    QVERIFY(addPoints(3) >= 0);
-    QCOMPARE(scratchFileCount(), files);
-}
-
 void TestGeographyBuilder::projectionsBecomeTags_data()
 {
     QTest::addColumn<QString>("wkt");
@@ -194,31 +187,23 @@ void TestGeographyBuilder::projectionsBecomeTags()
 void TestGeographyBuilder::projectionIsTakenFromAnother()
 {
     TestModel model;
-    QVERIFY(start());
-    QVERIFY(VORN_SetNewGeographyProjection(kProjected));
-    QVERIFY(VORN_AddPointToChain(newChain(), QPointF(1, 1), kSpan));
-    const int first = finish();
-    QVERIFY(!VORN_StartNewVectorGeography(kBounds, 0, 10, first + 1));
-    QVERIFY(VORN_StartNewVectorGeography(kBounds, 0, 10, first));
-    QVERIFY(VORN_AddPointToChain(newChain(), QPointF(1, 1), kSpan));
-    QCOMPARE(model.vectorData(finish()).GetMetaData()[QStringLiteral("Projection")], QVariant("Grid"));
-    QVERIFY(VORN_StartNewVectorGeography(first));
-    QVERIFY(VORN_AddPointToChain(newChain(), QPointF(1, 1), kSpan));
-    QCOMPARE(model.vectorData(finish()).GetMetaData()[QStringLiteral("Projection")], QVariant("Grid"));
-}
-
-void TestGeographyBuilder::toleranceStaysWithTheGeography()
-{
-    TestModel model;
+    const auto finishPoint = [&]() -> MVectorData & {
+        VORN_AddPointToChain(newChain(), QPointF(1, 1), kSpan);
+        return model.vectorData(finish());
+    };
     QVERIFY(start());
     QVERIFY(!VORN_SetAdjacencyTolerance(-1.0));
     QVERIFY(!VORN_SetAdjacencyTolerance(std::numeric_limits<double>::infinity()));
     QVERIFY(VORN_SetAdjacencyTolerance(0.25));
-    QVERIFY(VORN_SetNewGeographyProjection(kProjected)); // which keeps it
-    QVERIFY(VORN_AddPointToChain(newChain(), QPointF(1, 1), kSpan));
-    QCOMPARE(model.vectorData(finish()).GetFennims()->GetAdjacencyTolerance(), 0.25);
+    QVERIFY(VORN_SetNewGeographyProjection(kProjected)); // which keeps the tolerance
+    const MVectorData &first = finishPoint();
+    QCOMPARE(first.GetFennims()->GetAdjacencyTolerance(), 0.25);
+    QVERIFY(!VORN_StartNewVectorGeography(kBounds, 0, 10, first.GetId() + 1));
+    QVERIFY(VORN_StartNewVectorGeography(kBounds, 0, 10, first.GetId()));
+    QCOMPARE(finishPoint().GetMetaData()[QStringLiteral("Projection")], QVariant("Grid"));
+    QVERIFY(VORN_StartNewVectorGeography(first.GetId()));
+    QCOMPARE(finishPoint().GetMetaData()[QStringLiteral("Projection")], QVariant("Grid"));
 }
-
 
 QTEST_GUILESS_MAIN(TestGeographyBuilder)
 #include "tst_GeographyBuilder.moc"

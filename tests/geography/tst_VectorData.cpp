@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: MIT
 // Vector geographies: object numbers, removal, listeners, the stream form and the forms of older files.
-#include <QFile>
-#include <QtTest>
-#include <functional>
-#include <memory>
 #include "Common/detail/streams.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
@@ -14,6 +10,9 @@
 #include "fennimark/VORNBuilder.h"
 #include "support/model.h"
 #include "support/support.h"
+#include <QFile>
+#include <QtTest>
+#include <memory>
 
 using datainterface::BytesReader;
 using datainterface::BytesWriter;
@@ -65,33 +64,11 @@ struct Fixture {
     MVectorData *geography;
 };
 
-// The geography part alone, up to the geometry, as a file of `version` holds it.
-QByteArray baseBytes(int version, const std::function<void(QDataStream &)> &timeFormat)
-{
-    QByteArray bytes;
-    BytesWriter out(&bytes);
-    if (version >= 130000)
-        out << QStringLiteral("old");
-    out << qint32(3) << qint32(8);
-    if (version >= 170006)
-        out << qint8(1);
-    if (version >= 180000)
-        out << QMap<QString, QVariant>{{QStringLiteral("tag"), 7}};
-    else if (version >= 170004)
-        out << QMap<QString, QString>{{QStringLiteral("tag"), QStringLiteral("7")}};
-    if (version < 103000)
-        return bytes;
-    timeFormat(out);
-    out << qint32(2) << QVector<int>{5, 6} << qint32(0);
-    return bytes;
-}
-
 // Reads only what MGeoData holds.
 class BareGeography : public MVectorData {
 public:
     BareGeography() : MVectorData(QStringLiteral("bare"), TF_Date, QString()) {}
     bool restoreBase(QDataStream &in) { return MGeoData::RestoreFromStream(in); }
-    static int nextId() { return mNextId; }
 };
 
 } // namespace
@@ -102,15 +79,12 @@ private Q_SLOTS:
     void objectsAreNumberedByChainId();
     void removalMovesObjectsDown();
     void listenersOfTheGeography();
-    void existence();
     void objectsBeyondTheDataAreMissing();
     void replacementNeedsAsManyChains();
     void staticReachesTheDatasets();
     void streamGivesTheSameBytesAgain();
     void numbersThatDoNotFitAreRefused();
-    void oldTimeFormats_data();
     void oldTimeFormats();
-    void baseOfEachAge();
 };
 
 void TestVectorData::objectsAreNumberedByChainId()
@@ -124,6 +98,10 @@ void TestVectorData::objectsAreNumberedByChainId()
     QVERIFY(fixture.geography->IsValid());
     QCOMPARE(fixture.geography->GetDataSource()->GetNewDatasetId(), fixture.geography->GetId() << 16);
     QVERIFY(!fixture.geography->CreateFromSubset(QString(), true, {1}));
+    QVERIFY(fixture.geography->ExistsAtTime(0) && !fixture.geography->ExistsAtTime(101));
+    QCOMPARE(text(fixture.geography->GetMergedObjectTimes()),
+             QStringLiteral("[0, 20) [20, 40] (40, 100]"));
+    QCOMPARE(fixture.geography->GetTimeBounds(), stamp("[0, 100]"));
 }
 
 void TestVectorData::removalMovesObjectsDown()
@@ -165,15 +143,6 @@ void TestVectorData::listenersOfTheGeography()
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("No such slot")));
     QCOMPARE(raisedText([&] { fixture.geography->AddVariogramModelListener(&plain); }),
              QStringLiteral("Can't connect signals"));
-}
-
-void TestVectorData::existence()
-{
-    Fixture fixture;
-    QVERIFY(fixture.geography->ExistsAtTime(0));
-    QVERIFY(!fixture.geography->ExistsAtTime(101));
-    QCOMPARE(text(fixture.geography->GetMergedObjectTimes()), QStringLiteral("[0, 20) [20, 40] (40, 100]"));
-    QCOMPARE(fixture.geography->GetTimeBounds(), stamp("[0, 100]"));
 }
 
 void TestVectorData::objectsBeyondTheDataAreMissing()
@@ -274,50 +243,20 @@ void TestVectorData::numbersThatDoNotFitAreRefused()
     }
 }
 
-void TestVectorData::oldTimeFormats_data()
-{
-    QTest::addColumn<int>("first");
-    QTest::addColumn<int>("second");
-    QTest::addColumn<int>("format");
-    QTest::newRow("date and time") << 1 << 1 << 2;
-    QTest::newRow("date") << 1 << 0 << 0;
-    QTest::newRow("time") << 0 << 0 << 1;
-    QTest::newRow("time whatever follows") << 0 << 1 << 1;
-}
-
 void TestVectorData::oldTimeFormats()
 {
-    QFETCH(int, first);
-    QFETCH(int, second);
-    QFETCH(int, format);
     dataInterfaceVersionLoading = 106999;
-    BareGeography geography;
-    BytesReader in(baseBytes(106999, [=](QDataStream &out) { out << qint8(first) << qint8(second); }));
-    QVERIFY(geography.restoreBase(in));
-    QCOMPARE(static_cast<int>(geography.GetTheTimeFormat()), format);
-    dataInterfaceVersionLoading = serializationVersionNumber;
-}
-
-void TestVectorData::baseOfEachAge()
-{
-    const auto integerFormat = [](QDataStream &out) { out << qint32(TF_Integer); };
-    for (int version : {102999, 107000, 129999, 130000, 170004, 170006, 180000, 400021}) {
-        dataInterfaceVersionLoading = version;
-        const QByteArray bytes = baseBytes(version, integerFormat);
+    // Date and time, date, time, time whatever follows.
+    for (const auto &[first, second, format] :
+         {std::make_tuple(1, 1, 2), {1, 0, 0}, {0, 0, 1}, {0, 1, 1}}) {
+        QByteArray bytes; // the part before the geometry
+        BytesWriter(&bytes) << qint32(3) << qint32(8) << qint8(first) << qint8(second) << qint32(2)
+                            << QVector<int>{5, 6} << qint32(0);
         BareGeography geography;
         BytesReader in(bytes);
-        QVERIFY2(geography.restoreBase(in), qPrintable(QString::number(version)));
-        QVERIFY(in.atEnd());
-        QCOMPARE(geography.GetId(), 3);
-        QCOMPARE(BareGeography::nextId(), 8);
-        QCOMPARE(geography.GetName(), version >= 130000 ? QStringLiteral("old") : QStringLiteral("bare"));
-        QCOMPARE(geography.IsStatic(), version >= 170006);
-        QCOMPARE(geography.GetMetaData()[QStringLiteral("tag")].toString(),
-                 version >= 170004 ? QStringLiteral("7") : QString());
-        QCOMPARE(geography.GetParentId(), version >= 103000 ? 2 : -1);
-        BareGeography cut;
-        BytesReader shorter(bytes.chopped(1));
-        QVERIFY(!cut.restoreBase(shorter));
+        QVERIFY(geography.restoreBase(in));
+        QCOMPARE(static_cast<int>(geography.GetTheTimeFormat()), format);
+        QCOMPARE(geography.GetParentId(), 2);
     }
     dataInterfaceVersionLoading = serializationVersionNumber;
 }

@@ -76,7 +76,6 @@ private Q_SLOTS:
     void resizingKeepsWhatBothHave();
     void unknownAttributesAndObjectsAreLeftAlone();
     void groupsDriveAllTheirViews();
-    void oneViewOfAGroupLeads();
     void viewsAndAttributesDieInAnyOrder();
     void theLastViewLeavesTheIdleState();
     void selectionByValues_data();
@@ -230,9 +229,6 @@ void TestViews::resizingKeepsWhatBothHave()
     objects.Resize(4);
     objects.Resize(6);
     QCOMPARE(objects.GetIdsByState(0, true), (QVector<unsigned int>{1, 3}));
-    objects.RemoveObjects({0, 1, 77});
-    QCOMPARE(objects.GetIdsByState(0, true), (QVector<unsigned int>{1}));
-    QCOMPARE(objects.GetStateCount(0, false), 3);
 
     MRasterAttributes grid(12, 4);
     grid.AddAttribute();
@@ -287,17 +283,6 @@ void TestViews::groupsDriveAllTheirViews()
         QCOMPARE(a.clearings + b.clearings + d.clearings, 3);
         QCOMPARE(c.clearings, 0);
     }
-    d.UnlinkDestination(&a);
-    a.UnlinkSource(&d);
-    d.ClearSelectionState();
-    QCOMPARE(a.clearings, 1);
-    QCOMPARE(b.clearings, 2);
-}
-
-void TestViews::oneViewOfAGroupLeads()
-{
-    View a, b;
-    MLinker::LinkViews(&a, &b);
     a.MakePrimarySelector();
     a.MakePrimarySelector();
     b.MakePrimarySelector();
@@ -305,6 +290,11 @@ void TestViews::oneViewOfAGroupLeads()
     QVERIFY(a.IsPrimarySelector() && !b.IsPrimarySelector());
     QCOMPARE(a.primary, (QList<bool>{true, false, true}));
     QCOMPARE(b.primary, (QList<bool>{false, true, false}));
+    d.UnlinkDestination(&a);
+    a.UnlinkSource(&d);
+    d.ClearSelectionState();
+    QCOMPARE(a.clearings, 1);
+    QCOMPARE(b.clearings, 2);
 }
 
 // A random walk over links of all kinds and deaths, also in the middle of an update; the sanitizers
@@ -429,23 +419,12 @@ void TestViews::selectionByValues()
     const int dataset =
         isGrid ? VORN_NewRasterDataset(id, "data", types[kind], 1, kind == 3 ? 64 : 32, "")
                : VORN_NewVectorDataset(id, "data", TimeSlice, types[kind], 1, "");
-    switch (kind) {
-    case 0:
-        QVERIFY(VORN_AddDataValues(dataset, 0, when, decimals, {2}, true, true));
-        break;
-    case 1:
-        QVERIFY(VORN_AddDataValues(dataset, 0, when, integers, {2}, true, true));
-        break;
-    case 2:
-        QVERIFY(VORN_AddDataValues(dataset, 0, when, QVector<QString>{"2", "11", "7", "7", "", "x"},
-                                   {2}, true, true));
-        break;
-    case 3:
-        QVERIFY(VORN_AddRasterValues(dataset, 0, when, decimals, -99.0, true, true));
-        break;
-    default:
-        QVERIFY(VORN_AddRasterValues(dataset, 0, when, integers, -99, true, true));
-    }
+    const QVector<QString> texts{"2", "11", "7", "7", "", "x"};
+    QVERIFY(kind == 0   ? VORN_AddDataValues(dataset, 0, when, decimals, {2}, true, true)
+            : kind == 1 ? VORN_AddDataValues(dataset, 0, when, integers, {2}, true, true)
+            : kind == 2 ? VORN_AddDataValues(dataset, 0, when, texts, {2}, true, true)
+            : kind == 3 ? VORN_AddRasterValues(dataset, 0, when, decimals, -99.0, true, true)
+                        : VORN_AddRasterValues(dataset, 0, when, integers, -99, true, true));
     MGeoData &geography = *model.controller.GetGeoData().value(id);
     geography.SelectObjectsByValue(dataset, 0, 5, keys, 1); // without attributes nothing happens
     geography.AddAttributes(makeAttributes(isGrid, 3, 2).release());
@@ -489,7 +468,7 @@ void TestViews::removedObjectsLeaveTheAttributes()
         attributes->AddAttribute();
     attributes->SetAttributeIds(0, IdSet{1, 4, 5}, true);
     attributes->SetAttributeIds(1, IdSet{0, 5}, true);
-    geography.RemoveObjects({0, 4});
+    geography.RemoveObjects({0, 4, 77});
     QCOMPARE(attributes->GetIdsByState(0, true), (QVector<unsigned int>{0, 3}));
     QCOMPARE(attributes->GetIdsByState(0, false), (QVector<unsigned int>{1, 2}));
     QCOMPARE(attributes->GetStateCount(1, true), 0);

@@ -121,7 +121,7 @@ private:
             if (since(120000))
                 mOut << qint32((geography << 16) + i) << qint32((geography << 16) + i) << qint32(2);
             mOut << names.at(i) << qint32(0) << qint32(i == 0 ? 1 : 99) << qint32(i == 0 ? 2 : 99);
-            mOut << qint32(3) << qint32(0) << qint32(0) << 0.5;
+            mOut << qint32(3) << qint32(0) << qint32(1) << 0.5;
             if (since(107000))
                 mOut << 2.0;
             mOut << 1.5;

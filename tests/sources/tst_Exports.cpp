@@ -74,7 +74,6 @@ private Q_SLOTS:
     void dbf();
     void dbfNamesStayDistinct();
     void dbfHoldsTheMissingText();
-    void wideDecimalsBecomeTexts();
 };
 
 void TestExports::csv()
@@ -215,33 +214,24 @@ void TestExports::dbfHoldsTheMissingText()
     MVectorDataSource *source = model.vectorData(geography).GetVectorDataSource();
     const int number = VORN_NewVectorDataset(geography, QStringLiteral("i"), TimeSlice, IntegerType, 1, QString());
     const int decimal = VORN_NewVectorDataset(geography, QStringLiteral("d"), TimeSlice, DecimalType, 1, QString());
+    const int wide =
+        VORN_NewVectorDataset(geography, QStringLiteral("w"), TimeSlice, DecimalType, 1, QString());
     const int text = VORN_NewVectorDataset(geography, QStringLiteral("s"), TimeSlice, StringType, 1, QString());
     VORN_AddDataValue(number, 0, 0, {0, 1, true, true}, 5, true, true);
     VORN_AddDataValue(decimal, 0, 0, {0, 1, true, true}, 5.0, true, true);
+    VORN_AddDataValues(wide, 0, {0, 1, true, true}, QVector<double>{1e300, 0.25}, {}, true, true);
     VORN_AddDataValue(text, 0, 0, {0, 1, true, true}, QString::fromUtf8("äöüß"), true, true);
     const QString path = model.path(QStringLiteral("out.dbf"));
-    QVERIFY(source->ExportDatasetsAsDBF(path, {number, decimal, text}, TF_Integer, 0, 9,
+    QVERIFY(source->ExportDatasetsAsDBF(path, {number, decimal, text, wide}, TF_Integer, 0, 9,
                                         QStringLiteral("-99999.125"), 0));
     const DbfReader table(path);
     QCOMPARE(table.cell(1, 3), QStringLiteral("-99999"));
     QCOMPARE(table.cell(1, 4).toDouble(), -99999.125);
     QCOMPARE(table.cell(1, 5), QStringLiteral("-99999.125"));
     QCOMPARE(table.cell(0, 5), QString::fromUtf8("äöüß"));
-}
-
-void TestExports::wideDecimalsBecomeTexts()
-{
-    TestModel model;
-    const int geography = addPoints(2);
-    MVectorDataSource *source = model.vectorData(geography).GetVectorDataSource();
-    const int id = VORN_NewVectorDataset(geography, QStringLiteral("d"), TimeSlice, DecimalType, 1, QString());
-    VORN_AddDataValues(id, 0, {0, 1, true, true}, QVector<double>{1e300, 0.25}, {}, true, true);
-    const QString path = model.path(QStringLiteral("out.dbf"));
-    QVERIFY(source->ExportDatasetsAsDBF(path, {id}, TF_Integer, 0, 9, QStringLiteral("0"), 0));
-    const DbfReader table(path);
-    QCOMPARE(table.field(3), QStringLiteral("d C 20.0"));
-    QCOMPARE(table.cell(0, 3).toDouble(), 1e300);
-    QCOMPARE(table.cell(1, 3).toDouble(), 0.25);
+    QCOMPARE(table.field(6), QStringLiteral("w C 20.0")); // decimals too wide for a number field
+    QCOMPARE(table.cell(0, 6).toDouble(), 1e300);
+    QCOMPARE(table.cell(1, 6).toDouble(), 0.25);
 }
 
 QTEST_GUILESS_MAIN(TestExports)

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "support/model.h"
-#include <QRectF>
-#include <QSet>
-#include <algorithm>
 #include "datainterface/DataBlocks.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -10,6 +7,12 @@
 #include "datainterface/MVectorData.h"
 #include "datainterface/ProjectAPI.h"
 #include "frame/frameState.h"
+#include <QApplication>
+#include <QFile>
+#include <QProgressDialog>
+#include <QRectF>
+#include <QSet>
+#include <algorithm>
 
 namespace {
 
@@ -55,6 +58,24 @@ TestModel::TestModel(int cacheBytes)
 {
     InitializeCInterface(&controller);
     InitializeDataManager(mDirectory.filePath(QStringLiteral("blocks")), cacheBytes);
+}
+
+bool TestModel::load(const QByteArray &project) const
+{
+    QFile file(path(QStringLiteral("foreign")));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    file.write(project);
+    file.close();
+    return VORN_LoadProject(file.fileName());
+}
+
+QProgressDialog *progressBar()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets())
+        if (widget->objectName() == QLatin1String("ProgressBar"))
+            return qobject_cast<QProgressDialog *>(widget);
+    return nullptr;
 }
 
 TestModel::~TestModel()

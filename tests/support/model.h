@@ -16,6 +16,7 @@
 
 class MDataSource;
 class MVectorData;
+class QProgressDialog;
 
 /// Owns what it removes, as hosts do, and keeps what it is asked.
 class RecordingController : public ControllerBase {
@@ -46,10 +47,14 @@ public:
     RecordingController controller;
     QString path(const QString &name) const { return mDirectory.filePath(name); }
     MVectorData &vectorData(int geographyId);
+    bool load(const QByteArray &project) const; ///< from a file of these bytes
 
 private:
     QTemporaryDir mDirectory;
 };
+
+/// The progress bar as a host reaches it; null when there is none.
+QProgressDialog *progressBar();
 
 /// A geography of `count` points on a diagonal that all exist over [start, end]; its id.
 int addPoints(int count, const QString &name = QStringLiteral("points"), TimeFormat format = TF_Integer,

@@ -1,5 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "support/support.h"
+#include <QFile>
+
+QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 TimeStamp stamp(const QString &text)
 {

@@ -18,6 +18,8 @@ template <class Call> QString raisedText(Call call)
     return QString();
 }
 
+QByteArray fileBytes(const QString &path); ///< empty when it cannot be read
+
 /// "[1, 5)" and the like; a single number is an instant.
 TimeStamp stamp(const QString &text);
 Interval interval(const QString &text);

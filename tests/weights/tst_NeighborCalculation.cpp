@@ -209,14 +209,6 @@ List polygonNeighbors(const Map &map, size_t ego, int t, bool queen, int rings, 
     return list;
 }
 
-QProgressDialog *bar()
-{
-    for (QWidget *widget : QApplication::topLevelWidgets())
-        if (auto *dialog = qobject_cast<QProgressDialog *>(widget))
-            return dialog;
-    return nullptr;
-}
-
 int addGrid(unsigned int rows, unsigned int columns)
 {
     return VORN_CreateNewRasterGeography(QStringLiteral("grid"), rows, columns,
@@ -242,10 +234,8 @@ private Q_SLOTS:
     void polygonsAreThoseOfAllPairs();
     void cellsAreThoseOfAllPairs_data();
     void cellsAreThoseOfAllPairs();
-    void tiesShareTheLastPlaces();
     void adjacentCellsComeInTheirOrder();
     void weightsThatDoNotSuitRaise();
-    void rangesThatAreNoDistances();
     void manyPointsAreStoredAsTheyAreFound();
     void cancelledRuns_data();
     void cancelledRuns();
@@ -258,22 +248,14 @@ void TestNeighborCalculation::pointsAreThoseOfAllPairs_data()
     QTest::addColumn<double>("range");
     QTest::addColumn<int>("type");
     QTest::addColumn<bool>("includeEgo");
-    for (int type = 0; type < 4; ++type) {
-        for (bool includeEgo : {false, true}) {
-            const auto row = [&](const char *name, int count, double range) {
-                QTest::addRow("%s, weights %d%s", name, type, includeEgo ? ", with the ego" : "")
+    const QList<QPair<int, double>> kinds{{5, 0.0},  {1000, 0.0},     {0, 0.0},        {-1, 2.5},
+                                          {-1, 0.0}, {-1, kInfinite}, {-1, kNoNumber}, {-1, -2.0}};
+    for (const auto &[count, range] : kinds)
+        for (int type = 0; type < 4; ++type)
+            for (bool includeEgo : {false, true})
+                QTest::addRow("%d nearest, range %g, weights %d, ego %d", count, range, type,
+                              includeEgo)
                     << count << range << type << includeEgo;
-            };
-            row("nearest 5", 5, 0.0);
-            row("nearest 1000", 1000, 0.0);
-            row("nearest 0", 0, 0.0);
-            row("range 2.5", -1, 2.5);
-            row("range 0", -1, 0.0);
-            row("range infinite", -1, kInfinite);
-            row("range NaN", -1, kNoNumber);
-            row("range negative", -1, -1.0 - type);
-        }
-    }
 }
 
 void TestNeighborCalculation::pointsAreThoseOfAllPairs()
@@ -361,19 +343,17 @@ void TestNeighborCalculation::cellsAreThoseOfAllPairs_data()
     QTest::addColumn<double>("range");
     QTest::addColumn<int>("type");
     QTest::addColumn<bool>("includeEgo");
-    for (int type = 0; type < 4; ++type) {
-        for (bool includeEgo : {false, true}) {
-            const auto row = [&](const char *name, int method, double range) {
-                QTest::addRow("%s, weights %d%s", name, type, includeEgo ? ", with the ego" : "")
+    const QList<QPair<int, double>> kinds{{RookNeighbors, 0.0},
+                                          {QueenNeighbors, 0.0},
+                                          {RangeNeighbors, 1.01},
+                                          {RangeNeighbors, 0.0},
+                                          {RangeNeighbors, 100.0}};
+    for (const auto &[method, range] : kinds)
+        for (int type = 0; type < 4; ++type)
+            for (bool includeEgo : {false, true})
+                QTest::addRow("method %d, range %g, weights %d, ego %d", method, range, type,
+                              includeEgo)
                     << method << range << type << includeEgo;
-            };
-            row("rook", RookNeighbors, 0.0);
-            row("queen", QueenNeighbors, 0.0);
-            row("range 1.01", RangeNeighbors, 1.01);
-            row("range 0", RangeNeighbors, 0.0);
-            row("range of all", RangeNeighbors, 100.0);
-        }
-    }
 }
 
 void TestNeighborCalculation::cellsAreThoseOfAllPairs()
@@ -427,52 +407,20 @@ void TestNeighborCalculation::cellsAreThoseOfAllPairs()
     QVERIFY(listOf(set, 0, 10).value(0).id == -99); // outside the grid's own time
 }
 
-void TestNeighborCalculation::tiesShareTheLastPlaces()
-{
-    TestModel model;
-    const int geography = addMap({{0, 0, 0, 9},
-                                  {1, 0, 0, 9},
-                                  {2, 0, 0, 9},
-                                  {0, 3, 0, 9},
-                                  {4, 0, 0, 9},
-                                  {5, 0, 0, 9},
-                                  {0, 5, 0, 9},
-                                  {3, 4, 0, 9},
-                                  {9, 9, 0, 9}},
-                                 false);
-    const int set = VORN_CreateNearestNeighborWeightSet(geography, {}, {}, 5, RowStandardizedWeight,
-                                                        false, 1, 1);
-    const List list = listOf(set, 0, 1);
-    QCOMPARE(list.size(), 7);
-    for (int i = 0; i < 7; ++i)
-        QCOMPARE(list[i].weight, static_cast<float>(i < 4 ? 1.0 / 5 : 1.0 / 15));
-    // With a tied one missing there are two for one place; with two missing there is nothing to
-    // share.
-    QCOMPARE(listOf(set, 0, 1, VORN_MissingData(QSet<int>{7})).last().weight,
-             static_cast<float>(1.0 / 10));
-    QCOMPARE(listOf(set, 0, 1, VORN_MissingData(QSet<int>{6, 7})).last().weight,
-             static_cast<float>(1.0 / 5));
-    QCOMPARE(text(listOf(set, 0, 1, VORN_MissingData(QSet<int>{1, 2, 3, 4, 5, 6, 7}))), QString());
-}
-
 void TestNeighborCalculation::adjacentCellsComeInTheirOrder()
 {
     TestModel model;
     const int geography = addGrid(3, 3);
-    const auto ids = [](const List &list) {
+    const auto ids = [geography](neighborMethodType method, bool includeEgo, unsigned int cell) {
+        const int set = VORN_CreateAdjacentPixelWeightSet(geography, {}, {}, method, ConstantWeight,
+                                                          includeEgo, 1, 1);
         QVector<int> result;
-        for (const neighborDatum &one : list)
+        for (const neighborDatum &one : listOf(set, cell, 0))
             result.append(one.id);
         return result;
     };
-    const int queen = VORN_CreateAdjacentPixelWeightSet(geography, {}, {}, QueenNeighbors,
-                                                        ConstantWeight, true, 1, 1);
-    const int rook = VORN_CreateAdjacentPixelWeightSet(geography, {}, {}, RookNeighbors,
-                                                       ConstantWeight, false, 1, 1);
-    QCOMPARE(ids(listOf(queen, 4, 0)), (QVector<int>{4, 3, 5, 1, 7, 0, 2, 6, 8}));
-    QCOMPARE(ids(listOf(queen, 0, 0)), (QVector<int>{0, 1, 3, 4}));
-    QCOMPARE(ids(listOf(rook, 4, 0)), (QVector<int>{3, 5, 1, 7}));
-    QCOMPARE(ids(listOf(rook, 2, 0)), (QVector<int>{1, 5}));
+    QCOMPARE(ids(QueenNeighbors, true, 4), (QVector<int>{4, 3, 5, 1, 7, 0, 2, 6, 8}));
+    QCOMPARE(ids(RookNeighbors, false, 2), (QVector<int>{1, 5}));
 }
 
 void TestNeighborCalculation::weightsThatDoNotSuitRaise()
@@ -507,19 +455,12 @@ void TestNeighborCalculation::weightsThatDoNotSuitRaise()
                               1, 1);
              }),
              QStringLiteral("Geography not defined"));
-}
-
-void TestNeighborCalculation::rangesThatAreNoDistances()
-{
-    TestModel model;
     const int grid = addGrid(2, 2);
     for (double range : {kNoNumber, -1.0, -kInfinite}) {
         const int set = VORN_CreateRangeWeightSet(grid, {}, {}, range, ConstantWeight, false, 1, 1);
         for (int i = 0; i < 2; ++i)
             QCOMPARE(raisedText([&] { listOf(set, 0, 1); }), QStringLiteral("Invalid pixel id"));
     }
-    const int all = VORN_CreateRangeWeightSet(grid, {}, {}, 1e300, ConstantWeight, false, 1, 1);
-    QCOMPARE(listOf(all, 0, 1).size(), 3);
 }
 
 // More than one batch of objects, found out of their order.
@@ -555,7 +496,7 @@ void TestNeighborCalculation::cancelledRuns()
     const int set = VORN_CreateRangeWeightSet(geography, {}, {}, 0.3, ConstantWeight, true, 1, 1);
     bool wasShown = false;
     QTimer::singleShot(0, [&wasShown] {
-        if (QProgressDialog *dialog = bar()) {
+        if (QProgressDialog *dialog = progressBar()) {
             wasShown = dialog->windowTitle() == QStringLiteral("Spatial weights")
                        && dialog->labelText() == QStringLiteral("Calculating spatial weights...");
             dialog->cancel();
@@ -563,7 +504,7 @@ void TestNeighborCalculation::cancelledRuns()
     });
     QVERIFY(!VORN_GetSpatialWeightsHandle(set, 5, true).set);
     QVERIFY(wasShown);
-    QVERIFY(!bar());
+    QVERIFY(!progressBar());
     MGeoData &data = *model.controller.GetGeoData().value(geography);
     QCOMPARE(data.HasSpatialWeightSetAtTime(set, 5.9), isRaster);
     QCOMPARE(listOf(set, 999, 5).size(), isRaster ? 0 : 1);

@@ -16,7 +16,6 @@
 #include "datainterface/WeightsAPI.h"
 #include "support/model.h"
 #include "support/support.h"
-#include <QFile>
 #include <memory>
 
 using datainterface::BytesReader;
@@ -88,12 +87,6 @@ QString listAt(int set, unsigned int id, qint64 t, const QSet<int> &missing = {}
                : QStringLiteral("none");
 }
 
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // A set's body as a file of `version` holds it, with lists for two objects over [0, 9].
 struct OldSet {
     int version = serializationVersionNumber;
@@ -142,27 +135,15 @@ public:
     bool restoreBase(QDataStream &in) { return MGeoData::RestoreFromStream(in); }
 };
 
-QByteArray geographyBytes(int version, const QList<QPair<int, QByteArray>> &sets)
+// As files from 180000 on hold it.
+QByteArray geographyBytes(const QList<QPair<int, QByteArray>> &sets)
 {
     QByteArray bytes;
     BytesWriter out(&bytes);
-    if (version >= 130000)
-        out << QStringLiteral("old");
-    out << qint32(3) << qint32(8);
-    if (version >= 170006)
-        out << qint8(1);
-    if (version >= 170004)
-        out << qint32(0);
-    if (version < 107000)
-        out << qint8(1) << qint8(1);
-    else
-        out << qint32(TF_Integer);
-    out << qint32(-1) << qint32(0) << qint32(sets.size());
+    out << QStringLiteral("old") << qint32(3) << qint32(8) << qint8(1) << qint32(0);
+    out << qint32(TF_Integer) << qint32(-1) << qint32(0) << qint32(sets.size());
     for (const auto &[id, body] : sets) {
-        if (version >= 120000)
-            out << qint32(id);
-        else
-            out << QStringLiteral("set %1").arg(id);
+        out << qint32(id);
         out.writeRawData(body.constData(), body.size());
     }
     return bytes;
@@ -185,11 +166,8 @@ private Q_SLOTS:
     void listsByHand();
     void handlesThatNoLongerHold();
     void whatChangesTheObjectsClears();
-    void copiesHaveBlocksOfTheirOwn();
     void bytesOfASet();
     void projectGivesTheSameBytesAgain();
-    void formsOfEachAge_data();
-    void formsOfEachAge();
     void retiredWeights();
     void oldCustomSetsArePurged();
     void damagedSetsAreRefused();
@@ -343,12 +321,15 @@ void TestWeightSets::listsByHand()
     QVERIFY(!VORN_AddToClusterSet(set, 3, {10, 20, true, true}, {}));
     QVERIFY(!VORN_AddToClusterSet(set, -1, {10, 20, true, true}, {}));
     QCOMPARE(listAt(set, 1, 4), QString("2*3"));
+    // A copy has blocks of its own.
+    QVERIFY(model.vectorData(id).DuplicateSpatialWeightSet(set));
     // Replacing gives up both spans in the way.
     AdjacencySet &held = *model.vectorData(id).GetSpatialWeightSet(set);
     QCOMPARE(text(held.GetAdjacencyTimes()), text(stamps("[0, 5) [5, 8]")));
     QVERIFY(held.AddToSpatialWeights(0, {entry(1, 1.0F)}, stamp("[4, 6]"), true));
     QCOMPARE(text(held.GetAdjacencyTimes()), text(stamps("[4, 6]")));
     QCOMPARE(listAt(set, 0, 6) + listAt(set, 1, 6), QString("1*1"));
+    QCOMPARE(listAt(set + 1, 1, 1), QString("2*3"));
     QVERIFY(!held.HasPrecalculatedSpatialWeights(3) && held.HasPrecalculatedSpatialWeights(4));
 }
 
@@ -406,18 +387,6 @@ void TestWeightSets::whatChangesTheObjectsClears()
     rook.SetIncludeEgo(true);
     QVERIFY(rook.PrecalcSpatialWeights(5, false));
     QCOMPARE(listAt(rook.GetId(), 0, 5), QString("0*0.5 1*0.5"));
-}
-
-void TestWeightSets::copiesHaveBlocksOfTheirOwn()
-{
-    TestModel model;
-    const int id = addPoints(2);
-    const int set = VORN_CreateClusterSet(id, "a", "");
-    VORN_AddToClusterSet(set, 1, {0, 5, true, false}, {entry(0, 0.25F)});
-    QVERIFY(model.vectorData(id).DuplicateSpatialWeightSet(set));
-    QVERIFY(VORN_RemoveClusterSet(set));
-    QCOMPARE(listAt(set + 1, 1, 1), QString("0*0.25"));
-    QCOMPARE(listAt(set + 1, 0, 1), QString());
 }
 
 void TestWeightSets::bytesOfASet()
@@ -479,7 +448,7 @@ void TestWeightSets::projectGivesTheSameBytesAgain()
         model.vectorData(points).GetSpatialWeightSet(nearest)->HasPrecalculatedSpatialWeights(4));
     QCOMPARE(lists(), before);
     QVERIFY(VORN_SaveProject(second));
-    QVERIFY(read(first) == read(second));
+    QVERIFY(fileBytes(first) == fileBytes(second));
     // Numbers go on where the saved ones end, and notices have their road again.
     QCOMPARE(VORN_CreateClusterSet(points, "d", "") & 0xffff, (queen & 0xffff) + 1);
     WeightListener listener;
@@ -488,61 +457,20 @@ void TestWeightSets::projectGivesTheSameBytesAgain()
     QCOMPARE(listener.calls.size(), 1);
 }
 
-void TestWeightSets::formsOfEachAge_data()
-{
-    QTest::addColumn<int>("version");
-    for (int version : {103000, 103500, 104000, 104999, 105000, 106999, 107000, 111999, 112000,
-                        119999, 120000, 129999, 130000, 201041, 201042, 400001, 400002, 400021})
-        QTest::addRow("%d", version) << version;
-}
-
-void TestWeightSets::formsOfEachAge()
-{
-    QFETCH(int, version);
-    TestModel model;
-    const Loading loading(version);
-    const OldSet old{version};
-    constexpr int kSet = 3 * 65536 + 4;
-    const QByteArray bytes = geographyBytes(version, {{kSet, old.bytes(kSet)}});
-    BareGeography geography;
-    BytesReader in(bytes);
-    QVERIFY(geography.restoreBase(in));
-    QVERIFY(in.atEnd());
-    QCOMPARE(geography.GetSpatialWeightsIds().size(), 1);
-    const int id = geography.GetSpatialWeightsIds().first();
-    const AdjacencySet &set = *geography.GetSpatialWeightSet(id);
-    QCOMPARE(id >> 16, 3);
-    QCOMPARE(set.GetId(), id);
-    QCOMPARE(set.GetName(), version >= 120000 ? QString("set") : QString("set %1").arg(kSet));
-    QCOMPARE(set.GetGeoData(), &geography);
-    QVERIFY(set.NeighborCount() == 5 && set.RingCount() == 2 && set.QueenNeighbor()
-            && set.Range() == 7.5);
-    QCOMPARE(set.InverseDistanceNumerator(), version >= 107000 ? 3.0 : 1.0);
-    QCOMPARE(set.InverseDistancePower(), 2.0);
-    QCOMPARE(set.IncludeEgo(), version >= 104000 || version == 103000);
-    QCOMPARE(set.GetInformation(), version >= 105000 ? QString("information") : QString());
-    QCOMPARE(set.WeightType(), RowStandardizedWeight);
-    QCOMPARE(set.HasPrecalculatedSpatialWeights(4), version >= 400002);
-    AdjacencySet next("next", &geography, false, false);
-    if (version >= 120000) {
-        QVERIFY(id == kSet);
-        QCOMPARE(next.GetId(), 3 * 65536 + 9);
-    }
-    for (int length = 0; length < bytes.size(); ++length) {
-        BareGeography cut;
-        BytesReader shorter(bytes.left(length));
-        QVERIFY2(!cut.restoreBase(shorter), qPrintable(QString::number(length)));
-    }
-}
-
 void TestWeightSets::retiredWeights()
 {
     TestModel model;
+    // A version of every form, too.
     for (const auto &[version, written, expected] : {std::make_tuple(104999, 3, ConstantWeight),
                                                      {104999, 2, InverseDistanceWeight},
                                                      {104999, 1, RowStandardizedWeight},
                                                      {105000, 3, InverseDistanceWeight},
-                                                     {105000, 2, DistanceRankWeight}}) {
+                                                     {105000, 2, DistanceRankWeight},
+                                                     {103999, 0, ConstantWeight},
+                                                     {111999, 2, DistanceRankWeight},
+                                                     {119999, 4, BorderLengthWeight},
+                                                     {129999, 5, BorderShareWeight},
+                                                     {201041, 1, RowStandardizedWeight}}) {
         const Loading loading(version);
         OldSet old{version};
         old.weights = written;
@@ -550,8 +478,12 @@ void TestWeightSets::retiredWeights()
         const QByteArray bytes = old.bytes(0);
         BytesReader in(bytes);
         QVERIFY(set.RestoreFromStream(in));
-        QCOMPARE(set.WeightType(), expected);
-        QVERIFY(set.IsEmpty());
+        QVERIFY(set.WeightType() == expected && in.atEnd() && set.IsEmpty());
+        for (int length = 0; length < bytes.size(); ++length) {
+            AdjacencySet cut;
+            BytesReader shorter(bytes.left(length));
+            QVERIFY2(!cut.RestoreFromStream(shorter), qPrintable(QString::number(length)));
+        }
     }
 }
 
@@ -566,10 +498,10 @@ void TestWeightSets::oldCustomSetsArePurged()
         OldSet cluster{version, 1, 1, true};
         OldSet both{version, 1, 99, true};
         BareGeography geography;
-        const QByteArray bytes = geographyBytes(version, {{kFirst + 3, both.bytes(kFirst + 3)},
-                                                          {kFirst + 2, cluster.bytes(kFirst + 2)},
-                                                          {kFirst + 1, custom.bytes(kFirst + 1)},
-                                                          {kFirst, plain.bytes(kFirst)}});
+        const QByteArray bytes = geographyBytes({{kFirst + 3, both.bytes(kFirst + 3)},
+                                                 {kFirst + 2, cluster.bytes(kFirst + 2)},
+                                                 {kFirst + 1, custom.bytes(kFirst + 1)},
+                                                 {kFirst, plain.bytes(kFirst)}});
         BytesReader in(bytes);
         QVERIFY(geography.restoreBase(in));
         QCOMPARE(geography.GetSpatialWeightsIds().size(), version < 400002 ? 1 : 4);
@@ -589,7 +521,7 @@ void TestWeightSets::damagedSetsAreRefused()
     TestModel model;
     constexpr int kSet = 3 * 65536;
     const auto loads = [](const QList<QPair<int, QByteArray>> &sets) {
-        const QByteArray bytes = geographyBytes(serializationVersionNumber, sets);
+        const QByteArray bytes = geographyBytes(sets);
         BareGeography geography;
         BytesReader in(bytes);
         return geography.restoreBase(in);
