@@ -58,12 +58,9 @@ private Q_SLOTS:
         QTest::addColumn<QPointF>("offset");
         for (const int pieces : {1, 3, 16}) {
             for (const double degrees : {0.0, 30.0, 73.1}) {
-                const auto row = [&](const char *where) -> QTestData & {
-                    return QTest::newRow(
-                        qPrintable(QStringLiteral("%1 %2 %3").arg(pieces).arg(degrees).arg(where)));
-                };
-                row("near 0") << pieces << degrees << QPointF(0.0, 0.0);
-                row("projected") << pieces << degrees << QPointF(512345.678, 5432109.876);
+                for (const auto &offset : {QPointF(0.0, 0.0), QPointF(512345.678, 5432109.876)})
+                    QTest::addRow("%d %g %g", pieces, degrees, offset.x())
+                        << pieces << degrees << offset;
             }
         }
     }
@@ -72,17 +69,16 @@ private Q_SLOTS:
         QFETCH(int, pieces);
         QFETCH(double, degrees);
         QFETCH(QPointF, offset);
-        const QVector<Brick> bricks = wall(11, 9, pieces, degrees, offset);
-        std::vector<std::unique_ptr<FMPolygon>> polygons;
-        for (const Brick &brick : bricks)
-            polygons.push_back(std::make_unique<FMPolygon>(brick.ring));
-        for (int i = 0; i < bricks.size(); ++i) {
-            for (int k = 0; k < bricks.size(); ++k) {
-                if (i == k)
+        std::vector<std::pair<QRectF, std::unique_ptr<FMPolygon>>> bricks;
+        for (const Brick &brick : wall(11, 9, pieces, degrees, offset))
+            bricks.emplace_back(brick.place, std::make_unique<FMPolygon>(brick.ring));
+        for (const auto &one : bricks) {
+            for (const auto &other : bricks) {
+                if (&one == &other)
                     continue;
-                const double expected = commonLength(bricks[i].place, bricks[k].place);
-                const FMPolygon &a = *polygons[static_cast<std::size_t>(i)];
-                const FMPolygon &b = *polygons[static_cast<std::size_t>(k)];
+                const double expected = commonLength(one.first, other.first);
+                const FMPolygon &a = *one.second;
+                const FMPolygon &b = *other.second;
                 QCOMPARE(a.BordersPolygon(b, true), expected >= 0.0);
                 QCOMPARE(a.BordersPolygon(b, false), expected > 0.0);
                 QList<QLineF> edges;
@@ -99,32 +95,31 @@ private Q_SLOTS:
         QTest::addColumn<double>("tolerance");
         QTest::addColumn<int>("expected");
         QTest::addColumn<double>("border");
-        const auto row = [](const char *name, const QVector<QPointF> &other, double tolerance,
-                            Contact contact, double border) {
+        using cases::rectangle;
+        using Ring = QVector<QPointF>;
+        const auto row = [](const char *name, Contact contact, double border, const Ring &other,
+                            double tolerance = 0.0) {
             QTest::newRow(name) << other << tolerance << int(contact) << border;
         };
         // against the square (0, 0) (10, 10)
-        row("apart", cases::rectangle(11, 0, 12, 10), 0.0, Contact::None, 0.0);
-        row("inside without contact", cases::rectangle(2, 2, 8, 8), 0.0, Contact::None, 0.0);
-        row("inside along an edge", cases::rectangle(2, 0, 8, 8), 0.0, Contact::Piece, 6.0);
-        row("corner to corner", cases::rectangle(10, 10, 12, 12), 0.0, Contact::Place, 0.0);
-        row("corner inside an edge", {{10, 5}, {14, 3}, {14, 7}}, 0.0, Contact::Place, 0.0);
-        row("crossing", cases::rectangle(5, 5, 15, 6), 0.0, Contact::Place, 0.0);
-        row("diverging at a small angle", {{10, 0}, {10.001, 10}, {12, 10}}, 0.0, Contact::Place,
-            0.0);
-        row("part of an edge", cases::rectangle(10, 4, 12, 30), 0.0, Contact::Piece, 6.0);
-        row("around a corner", {{10, 4}, {12, 4}, {12, 12}, {4, 12}, {4, 10}, {10, 10}}, 0.0,
-            Contact::Piece, 12.0);
-        row("a gap within the tolerance", cases::rectangle(10.01, 4, 12, 8), 0.02, Contact::Piece,
-            4.0);
-        row("a gap above the tolerance", cases::rectangle(10.03, 4, 12, 8), 0.02, Contact::None,
-            0.0);
-        row("shorter than four tolerances", cases::rectangle(10, 4, 12, 4.07), 0.02, Contact::Place,
-            0.0);
-        row("a coast of short edges under a wide tolerance",
-            cases::refined(cases::rectangle(10.01, 4, 12, 8), 200), 0.02, Contact::Piece, 4.0);
-        row("over the first vertex", {{10, 5}, {10, 5.07}, {12, 5.07}, {12, 4.93}, {10, 4.93}},
-            0.02, Contact::Piece, 0.14);
+        const Ring wedge{{10, 0}, {10.001, 10}, {12, 10}};
+        const Ring hook{{10, 4}, {12, 4}, {12, 12}, {4, 12}, {4, 10}, {10, 10}};
+        const Ring overStart{{10, 5}, {10, 5.07}, {12, 5.07}, {12, 4.93}, {10, 4.93}};
+        const Ring coast = cases::refined(rectangle(10.01, 4, 12, 8), 200);
+        row("apart", Contact::None, 0, rectangle(11, 0, 12, 10));
+        row("inside without contact", Contact::None, 0, rectangle(2, 2, 8, 8));
+        row("inside along an edge", Contact::Piece, 6, rectangle(2, 0, 8, 8));
+        row("corner to corner", Contact::Place, 0, rectangle(10, 10, 12, 12));
+        row("corner inside an edge", Contact::Place, 0, {{10, 5}, {14, 3}, {14, 7}});
+        row("crossing", Contact::Place, 0, rectangle(5, 5, 15, 6));
+        row("diverging at a small angle", Contact::Place, 0, wedge);
+        row("part of an edge", Contact::Piece, 6, rectangle(10, 4, 12, 30));
+        row("around a corner", Contact::Piece, 12, hook);
+        row("a gap within the tolerance", Contact::Piece, 4, rectangle(10.01, 4, 12, 8), 0.02);
+        row("a gap above the tolerance", Contact::None, 0, rectangle(10.03, 4, 12, 8), 0.02);
+        row("shorter than four tolerances", Contact::Place, 0, rectangle(10, 4, 12, 4.07), 0.02);
+        row("short edges under a wide tolerance", Contact::Piece, 4, coast, 0.02);
+        row("over the first vertex", Contact::Piece, 0.14, overStart, 0.02);
     }
     void contactsAreTold()
     {
@@ -137,12 +132,11 @@ private Q_SLOTS:
             const FMPolygon polygon(other);
             const auto &a = ObjectAccess::view(square);
             const auto &b = ObjectAccess::view(polygon);
-            QCOMPARE(int(fennimark::contact(a, b, tolerance)), expected);
-            QCOMPARE(int(fennimark::contact(b, a, tolerance)), expected);
-            QVERIFY(std::abs(fennimark::sharedBorder(a, b, tolerance) - border)
-                    <= 2.0 * tolerance + 1e-9);
-            QVERIFY(std::abs(fennimark::sharedBorder(b, a, tolerance) - border)
-                    <= 2.0 * tolerance + 1e-9);
+            for (const auto &[one, two] : {std::tie(a, b), std::tie(b, a)}) {
+                QCOMPARE(int(fennimark::contact(one, two, tolerance)), expected);
+                QVERIFY(std::abs(fennimark::sharedBorder(one, two, tolerance) - border)
+                        <= 2.0 * tolerance + 1e-9);
+            }
         }
     }
 
@@ -154,8 +148,8 @@ private Q_SLOTS:
             const FMPolygon polygon(QList<QPolygonF>{
                 ring, cases::rectangle(4.0e5 + 5000, 6.0e6, 4.0e5 + 5100, 6.0e6 + 50)});
             QList<QLineF> edges;
-            QVERIFY(std::abs(polygon.GetBorderEdges(polygon, &edges) / polygon.Length() - 1.0)
-                    < 1e-12);
+            const double length = polygon.GetBorderEdges(polygon, &edges);
+            QVERIFY(std::abs(length / polygon.Length() - 1.0) < 1e-12);
             QCOMPARE(edges.size(), vertices + 4);
             QVERIFY(polygon.BordersPolygon(polygon, false));
         }

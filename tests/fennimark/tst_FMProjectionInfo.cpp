@@ -34,24 +34,21 @@ private Q_SLOTS:
         QTest::addColumn<int>("code");
         const QString utm = QString::fromLatin1(kUtm);
         const QStringList utmNames{"WGS 84 / UTM zone 33N", "WGS 84", "metre", "degree"};
-        QTest::newRow("projected, form 1") << utm << utmNames << 9102;
-        QTest::newRow("projected, form 2") << QString::fromLatin1(kUtm2) << utmNames << 9102;
-        QTest::newRow("round brackets, lower case, quotes")
-            << QString::fromLatin1(kGrads) << QStringList{"", "NTF \"Paris\"", "", "grad"} << 9105;
-        QTest::newRow("compound") << "COMPD_CS[\"both\"," + utm
-                                         + ",VERT_CS[\"height\",UNIT[\"yard\",0.9144]]]"
-                                  << utmNames << 9102;
-        QTest::newRow("bound") << "BOUNDCRS[SOURCECRS[" + utm
-                                      + "],TARGETCRS[GEOGCRS[\"other\",UNIT[\"radian\",1]]]]"
-                               << utmNames << 9102;
-        QTest::newRow("radian") << QStringLiteral("GEOGCS[\"g\",UNIT[\"radian\",1.0]]")
-                                << QStringList{"", "g", "", "radian"} << 9101;
-        QTest::newRow("unknown unit") << QStringLiteral("GEOGCS[\"g\",UNIT[\"mil\",0.00098]]")
-                                      << QStringList{"", "g", "", "mil"} << 0;
-        QTest::newRow("geographic, form 2 with units at the axes")
-            << QStringLiteral("GEOGCRS[\"g\",CS[ellipsoidal,2],AXIS[\"lat\",north,ANGLEUNIT["
-                              "\"degree\",0.0174532925199433]]]")
-            << QStringList{"", "g", "", "degree"} << 9102;
+        const auto row = [](const char *name, const QString &wkt, const QStringList &names,
+                            int code) { QTest::newRow(name) << wkt << names << code; };
+        const QString vertical(",VERT_CS[\"height\",UNIT[\"yard\",0.9144]]]");
+        const QString target("],TARGETCRS[GEOGCRS[\"other\",UNIT[\"radian\",1]]]]");
+        row("projected, form 1", utm, utmNames, 9102);
+        row("projected, form 2", kUtm2, utmNames, 9102);
+        row("round brackets, lower case, quotes", kGrads, {"", "NTF \"Paris\"", "", "grad"}, 9105);
+        row("compound", "COMPD_CS[\"both\"," + utm + vertical, utmNames, 9102);
+        row("bound", "BOUNDCRS[SOURCECRS[" + utm + target, utmNames, 9102);
+        row("radian", "GEOGCS[\"g\",UNIT[\"radian\",1.0]]", {"", "g", "", "radian"}, 9101);
+        row("unknown unit", "GEOGCS[\"g\",UNIT[\"mil\",0.00098]]", {"", "g", "", "mil"}, 0);
+        row("geographic, form 2 with units at the axes",
+            "GEOGCRS[\"g\",CS[ellipsoidal,2],AXIS[\"lat\",north,"
+            "ANGLEUNIT[\"degree\",0.0174532925199433]]]",
+            {"", "g", "", "degree"}, 9102);
     }
     void namesAndUnitsAreRead()
     {
@@ -76,26 +73,19 @@ private Q_SLOTS:
             QVERIFY(!FMProjectionInfo::FromWkt(wkt.left(size), kept));
         QVERIFY(told(kept).join(QString()).isEmpty());
     }
-    void malformedTextIsRefused_data()
-    {
-        QTest::addColumn<QString>("wkt");
-        QTest::newRow("nothing") << QString();
-        QTest::newRow("a word") << QStringLiteral("GEOGCS");
-        QTest::newRow("another system") << QStringLiteral("VERT_CS[\"height\",UNIT[\"metre\",1]]");
-        QTest::newRow("brackets that do not match")
-            << QStringLiteral("GEOGCS[\"g\",UNIT[\"degree\",1)]");
-        QTest::newRow("text behind") << QStringLiteral("GEOGCS[\"g\",UNIT[\"degree\",1]],");
-        QTest::newRow("empty item") << QStringLiteral("GEOGCS[\"g\",,UNIT[\"degree\",1]]");
-        QTest::newRow("deeper than any system")
-            << QStringLiteral("GEOGCS[\"g\",") + QStringLiteral("A[").repeated(100000);
-        QTest::newRow("longer than any system")
-            << "GEOGCS[\"" + QString(2000000, QLatin1Char('g')) + "\"]";
-    }
     void malformedTextIsRefused()
     {
-        QFETCH(QString, wkt);
         FMProjectionInfo info;
-        QVERIFY(!FMProjectionInfo::FromWkt(wkt, info));
+        for (const QString &wkt : {
+                 QString(), QStringLiteral("GEOGCS"),
+                 QStringLiteral("VERT_CS[\"height\",UNIT[\"metre\",1]]"), // another system
+                 QStringLiteral("GEOGCS[\"g\",UNIT[\"degree\",1)]"),
+                 QStringLiteral("GEOGCS[\"g\",UNIT[\"degree\",1]],"),
+                 QStringLiteral("GEOGCS[\"g\",,UNIT[\"degree\",1]]"),
+                 QString("GEOGCS[\"g\"," + QStringLiteral("A[").repeated(100000)),  // too deep
+                 QString("GEOGCS[\"" + QString(2000000, QLatin1Char('g')) + "\"]"), // too long
+             })
+            QVERIFY2(!FMProjectionInfo::FromWkt(wkt, info), qPrintable(wkt.left(80)));
     }
     void foreignBytesAreRefused()
     {

@@ -92,318 +92,291 @@ private:
     qint64 mRoom;
 };
 
-int callsLeft = 0;
-bool countDown(int, const char *)
-{
-    return --callsLeft > 0;
-}
-
 } // namespace
-
-class TestGeometryFile : public QObject {
-    Q_OBJECT
-private Q_SLOTS:
-    void savedAndOpenedIsTheSame_data();
-    void savedAndOpenedIsTheSame();
-    void checksumsAreTheSameInPieces();
-    void isLaidOutAsTold();
-    void nothingBehindTheEndIsRead();
-    void cutFilesAreRefused();
-    void everyFlippedByteIsRefused();
-    void forgedFilesAreRefused_data();
-    void forgedFilesAreRefused();
-    void sectionsOfALaterMinorAreSkipped();
-    void failedWritesLeaveNothing();
-    void callbacksStopWork();
-    void subsetsKeepTheirChains();
-};
-
-void TestGeometryFile::savedAndOpenedIsTheSame_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<int>("chains");
-    QTest::addColumn<int>("observations");
-    for (const int kind :
-         {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
-        QTest::addRow("kind %d, static", kind) << kind << 3000 << 1;
-        QTest::addRow("kind %d, changing", kind) << kind << 40 << 9;
-    }
-}
-
-void TestGeometryFile::savedAndOpenedIsTheSame()
-{
-    QFETCH(int, kind);
-    QFETCH(int, chains);
-    QFETCH(int, observations);
-    RandomGeography geography(3, RandomGeography::Kind(kind), chains, observations, 0, 0);
-    QVERIFY(geography.fennims);
-    geography.fennims->SetName("Caf\xc3\xa9");
-    for (int round = 0; round < 2; ++round) {
-        const QByteArray bytes = saved(*geography.fennims);
-        Fennims again;
-        QVERIFY(open(again, bytes));
-        QCOMPARE(again.GetName(), QString::fromLocal8Bit("Caf\xc3\xa9"));
-        QCOMPARE(again.GetGeographyType(), geography.fennims->GetGeographyType());
-        QVERIFY(saved(again) == bytes);
-        geography.fennims->RemoveChain(geography.fennims->GetChainById(chains / 2));
-    }
-    // Vertices come back bit by bit.
-    for (const Given &one : geography.given) {
-        const FMObjectChain *chain = geography.fennims->GetChainById(one.chain);
-        if (!chain)
-            continue;
-        const int record = chain->GetObservation(qint64(one.range.start)).second;
-        HilbertTreeRecord *held = geography.fennims->mTree->CheckOutRecord(record, false);
-        QByteArray expected, actual;
-        QDataStream toExpected(&expected, QIODevice::WriteOnly),
-            toActual(&actual, QIODevice::WriteOnly);
-        one.object->SaveToStream(toExpected);
-        held->GetTreeObject(geography.fennims->mTree)->SaveToStream(toActual);
-        held->ReturnTreeObject(geography.fennims->mTree);
-        geography.fennims->mTree->CheckInRecord(record);
-        QVERIFY(expected == actual);
-    }
-}
-
-// Long pieces are read in lanes, short ones in order, and both must make the same file.
-void TestGeometryFile::checksumsAreTheSameInPieces()
-{
-    QCOMPARE(fennimark::crc32c(0, "123456789", 9), 0xe3069283U);
-    std::mt19937 random(5);
-    QByteArray bytes(100003, '\0');
-    std::generate(bytes.begin(), bytes.end(), [&random] { return char(random()); });
-    quint32 inPieces = 0;
-    for (int at = 0; at < bytes.size(); at += 997)
-        inPieces = fennimark::crc32c(inPieces, bytes.constData() + at,
-                                     std::size_t(qMin(997, bytes.size() - at)));
-    QCOMPARE(fennimark::crc32c(0, bytes.constData(), std::size_t(bytes.size())), inPieces);
-}
-
-void TestGeometryFile::isLaidOutAsTold()
-{
-    const QByteArray bytes = smallFile();
-    QVERIFY(bytes.startsWith(QByteArray("FNMK\r\n\x1a\0\1\0\0\0\0\1\0\0\2\0\0\0\0\0\0\0", 24)));
-    Sections file(bytes);
-    QStringList tags;
-    for (const auto &part : file.parts)
-        tags.append(QString::fromLatin1(part.first.left(4)));
-    QCOMPARE(tags.join(QLatin1Char(' ')),
-             QStringLiteral("NAME PROJ TIME CHAI OBSV RECS GEOM END."));
-    QCOMPARE(file.section("TIME").size(), 3 * 24); // [0, 10), [0, 20], [10, 20]
-    QCOMPARE(file.section("CHAI"), QByteArray("\0\0\0\0\2\0\0\0\1\0\0\0\1\0\0\0", 16));
-    QCOMPARE(file.section("GEOM").size(), 3 * (8 + 4 * 16));
-    QCOMPARE(file.file(), bytes);
-}
-
-void TestGeometryFile::nothingBehindTheEndIsRead()
-{
-    QByteArray bytes = smallFile();
-    const int size = bytes.size();
-    bytes += "next";
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
-    QDataStream in(&buffer);
-    in.setVersion(QDataStream::Qt_4_6); // raw bytes: neither this nor the byte order matters
-    in.setByteOrder(QDataStream::LittleEndian);
-    Fennims fennims;
-    QVERIFY(fennims.Open(in, nullptr));
-    QCOMPARE(buffer.pos(), qint64(size));
-}
-
-void TestGeometryFile::cutFilesAreRefused()
-{
-    const QByteArray bytes = smallFile();
-    for (int size = 0; size < bytes.size(); ++size) {
-        Fennims fennims;
-        QVERIFY2(!open(fennims, bytes.left(size)), qPrintable(QString::number(size)));
-        QCOMPARE(fennims.GetChainCount(), 0);
-    }
-    // A long one, at every chunk.
-    RandomGeography geography(5, RandomGeography::Polygons, 12000, 1, 0, 0);
-    const QByteArray longFile = saved(*geography.fennims);
-    QVERIFY(longFile.size() > 2 << 20);
-    for (int size = 1 << 19; size < longFile.size(); size += 1 << 19) {
-        QVERIFY(!open(*geography.fennims, longFile.left(size)));
-        QCOMPARE(geography.fennims->GetChainCount(), 0);
-        QCOMPARE(geography.fennims->GetBoundingRect().end, -1.0);
-    }
-    QVERIFY(open(*geography.fennims, longFile));
-}
-
-void TestGeometryFile::everyFlippedByteIsRefused()
-{
-    const QByteArray bytes = smallFile();
-    for (int at = 0; at < bytes.size(); ++at) {
-        QByteArray flipped = bytes;
-        flipped[at] = char(flipped[at] ^ (1 << (at % 8)));
-        Fennims fennims;
-        QVERIFY2(!open(fennims, flipped), qPrintable(QString::number(at)));
-    }
-}
 
 using Forge = std::function<void(Sections &)>;
 Q_DECLARE_METATYPE(Forge)
 
-void TestGeometryFile::forgedFilesAreRefused_data()
-{
-    QTest::addColumn<Forge>("forge");
-    const auto row = [](const char *name, const Forge &forge) { QTest::newRow(name) << forge; };
-    const double notANumber = std::numeric_limits<double>::quiet_NaN();
-    row("major", [](Sections &f) { f.setHeader<quint16>(8, 2); });
-    row("header size", [](Sections &f) { f.setHeader<quint32>(12, 512); });
-    row("type 0", [](Sections &f) { f.setHeader<quint32>(16, 0); });
-    row("another type", [](Sections &f) { f.setHeader<quint32>(16, 3); });
-    row("fewer chains", [](Sections &f) { f.setHeader<quint64>(24, 1); });
-    row("very many chains", [](Sections &f) { f.setHeader<quint64>(24, ~quint64(0)); });
-    row("very many records", [](Sections &f) { f.setHeader<quint64>(32, ~quint64(0)); });
-    row("as many records as there may be", [](Sections &f) {
-        f.setHeader<quint64>(32, 0x7ffffffe);
-        f.setHeader<quint64>(48, 0x7ffffffe);
-        f.setHeader<quint64>(56, 12);
-        f.setHeader<quint64>(64, quint64(0x7ffffffe) * 8 + 12 * 16);
-    });
-    row("very many parts", [](Sections &f) { f.setHeader<quint64>(48, quint64(1) << 62); });
-    row("payload bytes", [](Sections &f) { f.setHeader<quint64>(64, 3 * 72 + 16); });
-    row("hull", [](Sections &f) { f.setHeader<double>(80, 10.0); });
-    row("hull's time", [](Sections &f) { f.setHeader<double>(112, 21.0); });
-    row("negative tolerance", [](Sections &f) { f.setHeader<double>(128, -1.0); });
-    row("times out of order", [](Sections &f) { set(f.section("TIME"), 24, 30.0); });
-    row("times crossed", [](Sections &f) { set(f.section("TIME"), 8, -1.0); });
-    row("time not a number", [notANumber](Sections &f) { set(f.section("TIME"), 8, notANumber); });
-    row("time flags", [](Sections &f) { set<quint64>(f.section("TIME"), 16, 0x10); });
-    row("chain ids alike", [](Sections &f) { set<qint32>(f.section("CHAI"), 8, 0); });
-    row("negative chain id", [](Sections &f) { set<qint32>(f.section("CHAI"), 0, -5); });
-    row("too many observations", [](Sections &f) { set<quint32>(f.section("CHAI"), 4, 3); });
-    row("observations that wrap", [](Sections &f) {
-        set<quint32>(f.section("CHAI"), 4, 0xfffffffe);
-        set<quint32>(f.section("CHAI"), 12, 5);
-    });
-    row("record in two observations", [](Sections &f) { set<quint32>(f.section("OBSV"), 8, 1); });
-    row("record 0", [](Sections &f) { set<quint32>(f.section("OBSV"), 0, 0); });
-    row("record above all", [](Sections &f) { set<quint32>(f.section("OBSV"), 0, 4); });
-    row("observations out of order", [](Sections &f) {
-        QByteArray &ids = f.section("OBSV");
-        ids = ids.mid(4, 4) + ids.left(4) + ids.mid(8);
-    });
-    row("observations that overlap",
-        [](Sections &f) { set<quint64>(f.section("TIME"), 16, 0xff); });
-    row("time index", [](Sections &f) { set<quint32>(f.section("RECS"), 5, 3); });
-    row("record of another type", [](Sections &f) { f.section("RECS")[4] = 1; });
-    row("no part", [](Sections &f) { set<quint32>(f.section("GEOM"), 0, 0); });
-    row("very many parts of one",
-        [](Sections &f) { set<quint32>(f.section("GEOM"), 0, 0xffffffff); });
-    row("very long ring", [](Sections &f) { set<quint32>(f.section("GEOM"), 4, 0x7fffffff); });
-    row("ring of two", [](Sections &f) { set<quint32>(f.section("GEOM"), 4, 2); });
-    row("ring sizes", [](Sections &f) { set<quint32>(f.section("GEOM"), 4, 5); });
-    row("three places alike", [](Sections &f) {
-        QByteArray &geometry = f.section("GEOM");
-        for (int vertex = 1; vertex < 4; ++vertex)
-            geometry.replace(8 + 16 * vertex, 16, geometry.mid(8 + 16 * (vertex % 2), 16));
-    });
-    row("coordinate not a number",
-        [notANumber](Sections &f) { set(f.section("GEOM"), 8, notANumber); });
-    row("infinite coordinate", [](Sections &f) { set(f.section("GEOM"), 24, HUGE_VAL); });
-    row("section missing", [](Sections &f) { f.parts.remove(2); });
-    row("unknown section", [](Sections &f) {
-        f.parts.insert(2, {QByteArray("SPAM\1\0\0\0", 8), "data"});
-    });
-    row("no end", [](Sections &f) { f.parts.removeLast(); });
-}
-
-void TestGeometryFile::forgedFilesAreRefused()
-{
-    QFETCH(Forge, forge);
-    static const QByteArray bytes = smallFile();
-    Sections file(bytes);
-    forge(file);
-    QByteArray forged = file.file();
-    QVERIFY(forged != bytes);
-    QDataStream in(&forged, QIODevice::ReadOnly);
-    Fennims fennims;
-    QVERIFY(!fennims.Open(in, nullptr));
-    QCOMPARE(in.status() == QDataStream::Ok, false);
-    QCOMPARE(fennims.GetChainCount(), 0);
-    QVERIFY(!fennims.mTree->CheckOutRecord(1, true));
-}
-
-void TestGeometryFile::sectionsOfALaterMinorAreSkipped()
-{
-    Sections file(smallFile());
-    file.setHeader<quint16>(10, 1);
-    file.parts.insert(2, {QByteArray("SPAM\1\0\0\0", 8), QByteArray(1000, 'x')});
-    file.parts.insert(file.parts.size() - 1, {QByteArray("SPAM\1\0\0\0", 8), QByteArray()});
-    Fennims fennims;
-    QVERIFY(open(fennims, file.file()));
-    QCOMPARE(saved(fennims), smallFile());
-}
-
-void TestGeometryFile::failedWritesLeaveNothing()
-{
-    Fennims fennims;
-    QVERIFY(open(fennims, smallFile()));
-    for (qint64 room = 0; room < smallFile().size(); ++room) {
-        FillingDevice device(room);
-        QDataStream out(&device);
-        QVERIFY(!fennims.Save(out, nullptr));
+class TestGeometryFile : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void savedAndOpenedIsTheSame_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("chains");
+        QTest::addColumn<int>("observations");
+        for (const int kind :
+             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
+            QTest::addRow("kind %d, static", kind) << kind << 3000 << 1;
+            QTest::addRow("kind %d, changing", kind) << kind << 40 << 9;
+        }
     }
-    VORNBuilder builder(extent(10), nullptr, nullptr);
-    builder.CreateChain({square(0, 0)}, {span(0, 1)}, -1);
-    QVERIFY(!builder.Finish("/nowhere/at/all", nullptr));
-    QTemporaryDir directory;
-    QVERIFY(!fennims.CreateSubsetFromIds(directory.filePath(QStringLiteral("none/x")).toLocal8Bit(),
-                                         {0}, nullptr));
-    QVERIFY(!fennims.CreateSubsetFromIds(directory.filePath(QStringLiteral("x")).toLocal8Bit(),
-                                         {0, 2}, nullptr));
-    callsLeft = 1;
-    QVERIFY(!builder.Finish(directory.filePath(QStringLiteral("x")).toLocal8Bit(), &countDown));
-    QVERIFY(QDir(directory.path()).isEmpty());
-}
 
-void TestGeometryFile::callbacksStopWork()
-{
-    const QByteArray bytes = smallFile();
-    int calls = 0;
-    for (bool done = false; !done; ++calls) {
-        QVERIFY(calls < 1000);
-        QByteArray copy;
-        QDataStream out(&copy, QIODevice::WriteOnly);
-        QDataStream in(bytes);
+    void savedAndOpenedIsTheSame()
+    {
+        QFETCH(int, kind);
+        QFETCH(int, chains);
+        QFETCH(int, observations);
+        RandomGeography geography(3, RandomGeography::Kind(kind), chains, observations, 0, 0);
+        QVERIFY(geography.fennims);
+        geography.fennims->SetName("Caf\xc3\xa9");
+        for (int round = 0; round < 2; ++round) {
+            const QByteArray bytes = saved(*geography.fennims);
+            Fennims again;
+            QVERIFY(open(again, bytes));
+            QCOMPARE(again.GetName(), QString::fromLocal8Bit("Caf\xc3\xa9"));
+            QVERIFY(saved(again) == bytes);
+            geography.fennims->RemoveChain(geography.fennims->GetChainById(chains / 2));
+        }
+        // Vertices come back bit by bit.
+        for (const Given &one : geography.given) {
+            const FMObjectChain *chain = geography.fennims->GetChainById(one.chain);
+            if (!chain)
+                continue;
+            const int record = chain->GetObservation(qint64(one.range.start)).second;
+            HilbertTree *tree = geography.fennims->mTree;
+            HilbertTreeRecord *held = tree->CheckOutRecord(record, false);
+            const auto bytesOf = [](TreeObject *object) {
+                QByteArray bytes;
+                QDataStream out(&bytes, QIODevice::WriteOnly);
+                object->SaveToStream(out);
+                return bytes;
+            };
+            QVERIFY(bytesOf(one.object.get()) == bytesOf(held->GetTreeObject(tree)));
+            held->ReturnTreeObject(tree);
+            tree->CheckInRecord(record);
+        }
+    }
+
+    // Long pieces are read in lanes, short ones in order, and both must make the same file.
+    void checksumsAreTheSameInPieces()
+    {
+        QCOMPARE(fennimark::crc32c(0, "123456789", 9), 0xe3069283U);
+        std::mt19937 random(5);
+        QByteArray bytes(100003, '\0');
+        std::generate(bytes.begin(), bytes.end(), [&random] { return char(random()); });
+        quint32 inPieces = 0;
+        for (int at = 0; at < bytes.size(); at += 997)
+            inPieces = fennimark::crc32c(inPieces, bytes.constData() + at,
+                                         std::size_t(qMin(997, bytes.size() - at)));
+        QCOMPARE(fennimark::crc32c(0, bytes.constData(), std::size_t(bytes.size())), inPieces);
+    }
+
+    void isLaidOutAsTold()
+    {
+        const QByteArray bytes = smallFile();
+        QVERIFY(bytes.startsWith(QByteArray("FNMK\r\n\x1a\0\1\0\0\0\0\1\0\0\2\0\0\0\0\0\0\0", 24)));
+        Sections file(bytes);
+        QStringList tags;
+        for (const auto &part : file.parts)
+            tags.append(QString::fromLatin1(part.first.left(4)));
+        QCOMPARE(tags.join(QLatin1Char(' ')),
+                 QStringLiteral("NAME PROJ TIME CHAI OBSV RECS GEOM END."));
+        QCOMPARE(file.section("TIME").size(), 3 * 24); // [0, 10), [0, 20], [10, 20]
+        QCOMPARE(file.section("CHAI"), QByteArray("\0\0\0\0\2\0\0\0\1\0\0\0\1\0\0\0", 16));
+        QCOMPARE(file.section("GEOM").size(), 3 * (8 + 4 * 16));
+        QCOMPARE(file.file(), bytes);
+    }
+
+    void nothingBehindTheEndIsRead()
+    {
+        QByteArray bytes = smallFile();
+        const int size = bytes.size();
+        bytes += "next";
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        QDataStream in(&buffer);
+        in.setVersion(QDataStream::Qt_4_6); // raw bytes: neither this nor the byte order matters
+        in.setByteOrder(QDataStream::LittleEndian);
         Fennims fennims;
-        callsLeft = calls + 1;
-        done = fennims.Open(in, &countDown);
-        QCOMPARE(fennims.GetChainCount(), done ? 2 : 0);
-        QVERIFY(open(fennims, bytes));
-        callsLeft = calls + 1;
-        QCOMPARE(fennims.Save(out, &countDown), done);
+        QVERIFY(fennims.Open(in, nullptr));
+        QCOMPARE(buffer.pos(), qint64(size));
     }
-    QVERIFY(calls > 3);
-}
 
-void TestGeometryFile::subsetsKeepTheirChains()
-{
-    RandomGeography geography(9, RandomGeography::Polygons, 30, 3, 0, 0);
-    QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("subset"));
-    QFile earlier(path);
-    QVERIFY(earlier.open(QIODevice::WriteOnly) && earlier.write("what stood there before") > 0);
-    earlier.close();
-    QVERIFY(geography.fennims->CreateSubsetFromIds(path.toLocal8Bit(), {17, 4, 17, 9}, nullptr));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QDataStream in(&file);
-    Fennims subset;
-    QVERIFY(subset.Open(in, nullptr));
-    QVERIFY(file.atEnd());
-    QCOMPARE(subset.mChains.keys(), (QList<int>{4, 9, 17}));
-    for (const int id : {4, 9, 17}) {
-        const auto part = subset.GetChainById(id)->GetObservations();
-        const auto whole = geography.fennims->GetChainById(id)->GetObservations();
-        QCOMPARE(part.size(), whole.size());
-        for (int i = 0; i < part.size(); ++i)
-            QVERIFY(fennimark::sameRange(part[i].first, whole[i].first));
+    void cutAndFlippedFilesAreRefused()
+    {
+        const QByteArray bytes = smallFile();
+        for (int at = 0; at < bytes.size(); ++at) {
+            QByteArray flipped = bytes;
+            flipped[at] = char(flipped[at] ^ (1 << (at % 8)));
+            Fennims fennims;
+            QVERIFY2(!open(fennims, bytes.left(at)), qPrintable(QString::number(at)));
+            QCOMPARE(fennims.GetChainCount(), 0);
+            QVERIFY2(!open(fennims, flipped), qPrintable(QString::number(at)));
+        }
+        // A long one, at every chunk.
+        RandomGeography geography(5, RandomGeography::Polygons, 12000, 1, 0, 0);
+        const QByteArray longFile = saved(*geography.fennims);
+        QVERIFY(longFile.size() > 2 << 20);
+        for (int size = 1 << 19; size < longFile.size(); size += 1 << 19) {
+            QVERIFY(!open(*geography.fennims, longFile.left(size)));
+            QCOMPARE(geography.fennims->GetChainCount(), 0);
+            QCOMPARE(geography.fennims->GetBoundingRect().end, -1.0);
+        }
+        QVERIFY(open(*geography.fennims, longFile));
     }
-    QCOMPARE(QDir(directory.path()).entryList(QDir::Files), QStringList{QStringLiteral("subset")});
-}
+
+    void forgedFilesAreRefused_data()
+    {
+        QTest::addColumn<Forge>("forge");
+        const auto row = [](const char *name, const Forge &forge) { QTest::newRow(name) << forge; };
+        row("major", [](Sections &f) { f.setHeader<quint16>(8, 2); });
+        row("header size", [](Sections &f) { f.setHeader<quint32>(12, 512); });
+        row("type 0", [](Sections &f) { f.setHeader<quint32>(16, 0); });
+        row("another type", [](Sections &f) { f.setHeader<quint32>(16, 3); });
+        row("fewer chains", [](Sections &f) { f.setHeader<quint64>(24, 1); });
+        row("very many chains", [](Sections &f) { f.setHeader<quint64>(24, ~quint64(0)); });
+        row("very many records", [](Sections &f) { f.setHeader<quint64>(32, ~quint64(0)); });
+        row("as many records as there may be", [](Sections &f) {
+            f.setHeader<quint64>(32, 0x7ffffffe);
+            f.setHeader<quint64>(48, 0x7ffffffe);
+            f.setHeader<quint64>(56, 12);
+            f.setHeader<quint64>(64, quint64(0x7ffffffe) * 8 + 12 * 16);
+        });
+        row("very many parts", [](Sections &f) { f.setHeader<quint64>(48, quint64(1) << 62); });
+        row("payload bytes", [](Sections &f) { f.setHeader<quint64>(64, 3 * 72 + 16); });
+        row("hull", [](Sections &f) { f.setHeader<double>(80, 10.0); });
+        row("hull's time", [](Sections &f) { f.setHeader<double>(112, 21.0); });
+        row("negative tolerance", [](Sections &f) { f.setHeader<double>(128, -1.0); });
+        row("times out of order", [](Sections &f) { set(f.section("TIME"), 24, 30.0); });
+        row("times crossed", [](Sections &f) { set(f.section("TIME"), 8, -1.0); });
+        row("time not a number", [](Sections &f) { set(f.section("TIME"), 8, qQNaN()); });
+        row("time flags", [](Sections &f) { set<quint64>(f.section("TIME"), 16, 0x10); });
+        row("chain ids alike", [](Sections &f) { set<qint32>(f.section("CHAI"), 8, 0); });
+        row("negative chain id", [](Sections &f) { set<qint32>(f.section("CHAI"), 0, -5); });
+        row("too many observations", [](Sections &f) { set<quint32>(f.section("CHAI"), 4, 3); });
+        row("observations that wrap", [](Sections &f) {
+            set<quint32>(f.section("CHAI"), 4, 0xfffffffe);
+            set<quint32>(f.section("CHAI"), 12, 5);
+        });
+        row("record in two observations",
+            [](Sections &f) { set<quint32>(f.section("OBSV"), 8, 1); });
+        row("record 0", [](Sections &f) { set<quint32>(f.section("OBSV"), 0, 0); });
+        row("record above all", [](Sections &f) { set<quint32>(f.section("OBSV"), 0, 4); });
+        row("observations out of order", [](Sections &f) {
+            QByteArray &ids = f.section("OBSV");
+            ids = ids.mid(4, 4) + ids.left(4) + ids.mid(8);
+        });
+        row("observations that overlap",
+            [](Sections &f) { set<quint64>(f.section("TIME"), 16, 0xff); });
+        row("time index", [](Sections &f) { set<quint32>(f.section("RECS"), 5, 3); });
+        row("record of another type", [](Sections &f) { f.section("RECS")[4] = 1; });
+        row("no part", [](Sections &f) { set<quint32>(f.section("GEOM"), 0, 0); });
+        row("very many parts of one",
+            [](Sections &f) { set<quint32>(f.section("GEOM"), 0, 0xffffffff); });
+        row("very long ring", [](Sections &f) { set<quint32>(f.section("GEOM"), 4, 0x7fffffff); });
+        row("ring of two", [](Sections &f) { set<quint32>(f.section("GEOM"), 4, 2); });
+        row("ring sizes", [](Sections &f) { set<quint32>(f.section("GEOM"), 4, 5); });
+        row("three places alike", [](Sections &f) {
+            QByteArray &geometry = f.section("GEOM");
+            for (int vertex = 1; vertex < 4; ++vertex)
+                geometry.replace(8 + 16 * vertex, 16, geometry.mid(8 + 16 * (vertex % 2), 16));
+        });
+        row("coordinate not a number", [](Sections &f) { set(f.section("GEOM"), 8, qQNaN()); });
+        row("infinite coordinate", [](Sections &f) { set(f.section("GEOM"), 24, HUGE_VAL); });
+        row("section missing", [](Sections &f) { f.parts.remove(2); });
+        row("unknown section", [](Sections &f) {
+            f.parts.insert(2, {QByteArray("SPAM\1\0\0\0", 8), "data"});
+        });
+        row("no end", [](Sections &f) { f.parts.removeLast(); });
+    }
+
+    void forgedFilesAreRefused()
+    {
+        QFETCH(Forge, forge);
+        static const QByteArray bytes = smallFile();
+        Sections file(bytes);
+        forge(file);
+        QByteArray forged = file.file();
+        QVERIFY(forged != bytes);
+        QDataStream in(&forged, QIODevice::ReadOnly);
+        Fennims fennims;
+        QVERIFY(!fennims.Open(in, nullptr));
+        QVERIFY(in.status() != QDataStream::Ok);
+        QCOMPARE(fennims.GetChainCount(), 0);
+        QVERIFY(!fennims.mTree->CheckOutRecord(1, true));
+    }
+
+    void sectionsOfALaterMinorAreSkipped()
+    {
+        Sections file(smallFile());
+        file.setHeader<quint16>(10, 1);
+        file.parts.insert(2, {QByteArray("SPAM\1\0\0\0", 8), QByteArray(1000, 'x')});
+        file.parts.insert(file.parts.size() - 1, {QByteArray("SPAM\1\0\0\0", 8), QByteArray()});
+        Fennims fennims;
+        QVERIFY(open(fennims, file.file()));
+        QCOMPARE(saved(fennims), smallFile());
+    }
+
+    void failedWritesLeaveNothing()
+    {
+        Fennims fennims;
+        QVERIFY(open(fennims, smallFile()));
+        for (qint64 room = 0; room < smallFile().size(); ++room) {
+            FillingDevice device(room);
+            QDataStream out(&device);
+            QVERIFY(!fennims.Save(out, nullptr));
+        }
+        VORNBuilder builder(extent(10), nullptr, nullptr);
+        builder.CreateChain({square(0, 0)}, {span(0, 1)}, -1);
+        QVERIFY(!builder.Finish("/nowhere/at/all", nullptr));
+        QTemporaryDir directory;
+        const QByteArray path = directory.filePath(QStringLiteral("x")).toLocal8Bit();
+        QVERIFY(!fennims.CreateSubsetFromIds(QByteArray(path + "/none"), {0}, nullptr));
+        QVERIFY(!fennims.CreateSubsetFromIds(path, {0, 2}, nullptr));
+        callsLeft = 1;
+        QVERIFY(!builder.Finish(path, &countDown));
+        QVERIFY(QDir(directory.path()).isEmpty());
+    }
+
+    void callbacksStopWork()
+    {
+        const QByteArray bytes = smallFile();
+        int calls = 0;
+        for (bool done = false; !done; ++calls) {
+            QVERIFY(calls < 1000);
+            QByteArray copy;
+            QDataStream out(&copy, QIODevice::WriteOnly);
+            QDataStream in(bytes);
+            Fennims fennims;
+            callsLeft = calls + 1;
+            done = fennims.Open(in, &countDown);
+            QCOMPARE(fennims.GetChainCount(), done ? 2 : 0);
+            QVERIFY(open(fennims, bytes));
+            callsLeft = calls + 1;
+            QCOMPARE(fennims.Save(out, &countDown), done);
+        }
+        QVERIFY(calls > 3);
+    }
+
+    void subsetsKeepTheirChains()
+    {
+        RandomGeography geography(9, RandomGeography::Polygons, 30, 3, 0, 0);
+        QTemporaryDir directory;
+        const QString path = directory.filePath(QStringLiteral("subset"));
+        QFile earlier(path);
+        QVERIFY(earlier.open(QIODevice::WriteOnly) && earlier.write("what stood there before") > 0);
+        earlier.close();
+        QVERIFY(
+            geography.fennims->CreateSubsetFromIds(path.toLocal8Bit(), {17, 4, 17, 9}, nullptr));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QDataStream in(&file);
+        Fennims subset;
+        QVERIFY(subset.Open(in, nullptr));
+        QVERIFY(file.atEnd());
+        QCOMPARE(subset.mChains.keys(), (QList<int>{4, 9, 17}));
+        for (const int id : {4, 9, 17}) {
+            const auto part = subset.GetChainById(id)->GetObservations();
+            const auto whole = geography.fennims->GetChainById(id)->GetObservations();
+            QCOMPARE(part.size(), whole.size());
+            for (int i = 0; i < part.size(); ++i)
+                QVERIFY(fennimark::sameRange(part[i].first, whole[i].first));
+        }
+        QCOMPARE(QDir(directory.path()).entryList(QDir::Files),
+                 QStringList{QStringLiteral("subset")});
+    }
+};
 
 QTEST_GUILESS_MAIN(TestGeometryFile)
 #include "tst_GeometryFile.moc"

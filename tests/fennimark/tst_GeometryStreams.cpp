@@ -62,15 +62,12 @@ private Q_SLOTS:
         FMPolygon polygon(kRings);
         const QByteArray bytes = saved(polygon);
         const QList<QPolygonF> before{cases::rectangle(5, 5, 6, 6)};
-        for (int size = 0; size < bytes.size(); ++size) {
-            FMPolygon target(before);
-            QVERIFY(!restored(target, bytes.left(size)));
-            QCOMPARE(target.GetVertices(), before);
-        }
         FMPolygon target(before);
+        for (int size = 0; size < bytes.size(); ++size)
+            QVERIFY(!restored(target, bytes.left(size)));
         QVERIFY(!restored(target, bytes, 2));
+        QCOMPARE(target.GetVertices(), before);
         QVERIFY(restored(target, bytes));
-        QCOMPARE(target.GetVertices(), kRings);
         QCOMPARE(target.GetArea(), 99.0);
         for (const char *lie :
              {"ffffffff", "feffff7f", "01000000feffff7f", "02000000ffffffffffffffff"})
@@ -106,8 +103,8 @@ private Q_SLOTS:
         auto live = fennimark::ObjectAccess::makePolygon(view, fennimark::Simplicity::Unknown);
         QCOMPARE(live->GetArea(), 99.0);
         QVERIFY(live->ContainsPoint(0.5, 9.5) && !live->ContainsPoint(1.75, 1.5));
-        QVERIFY(live->BordersPolygon(FMPolygon(cases::rectangle(10.4, 0, 12, 10)),
-                                     false)); // within its tolerance
+        const FMPolygon near(cases::rectangle(10.4, 0, 12, 10)); // within the tolerance
+        QVERIFY(live->BordersPolygon(near, false));
         const std::unique_ptr<TreeObject> copy(live->Copy());
         live.reset();
         vertices.fill({-1, -1});
@@ -115,26 +112,7 @@ private Q_SLOTS:
         const auto &polygon = dynamic_cast<const FMPolygon &>(*copy);
         QCOMPARE(polygon.GetArea(), 99.0);
         QCOMPARE(polygon.GetVertices()[1], kRings[1]);
-        QVERIFY(polygon.BordersPolygon(FMPolygon(cases::rectangle(10.4, 0, 12, 10)), false));
-    }
-    void runBoxesHoldTheirSegments()
-    {
-        cases::Random random(2);
-        for (const int count : {9, 64, 65, 4097}) {
-            const FMPolygon polygon(cases::star(random, count, {4.0e5, 6.0e6}, 1000.0));
-            const auto &view = fennimark::ObjectAccess::view(polygon);
-            std::vector<fennimark::RunBox> boxes(fennimark::runBoxCount(view.vertexCount));
-            fennimark::buildRunBoxes(view, fennimark::ObjectKind::Polygon, boxes.data());
-            for (int i = 0; i <= count; ++i) { // each vertex ends one segment and begins the next
-                const fennimark::RunBox &box =
-                    boxes[static_cast<std::size_t>(std::min(i, count - 1) / 8)];
-                const QPointF &p = view.vertices[i % count];
-                QVERIFY(box.xMin <= p.x() && p.x() <= box.xMax && box.yMin <= p.y()
-                        && p.y() <= box.yMax);
-            }
-            const fennimark::RunBox &root = boxes.back();
-            QVERIFY(root.xMin <= view.bounds.xMin && root.xMax >= view.bounds.xMax);
-        }
+        QVERIFY(polygon.BordersPolygon(near, false));
     }
     void changesMakeAnObjectDirtyAndForgetWhatWasKnown()
     {

@@ -35,8 +35,8 @@ class TestGridCoverage : public QObject {
 private Q_SLOTS:
     void centersAgreeWithThePointTest_data()
     {
-        QTest::addColumn<bool>(
-            "lattice"); // vertices on centres, edges along columns and rows of centres
+        // A lattice has vertices on centres, edges along columns and rows of centres.
+        QTest::addColumn<bool>("lattice");
         QTest::addColumn<int>("vertices");
         QTest::addColumn<QPointF>("offset");
         QTest::addColumn<double>("cell");
@@ -58,15 +58,11 @@ private Q_SLOTS:
         int found = 0;
         for (int round = 0; round < 200; ++round) {
             QPolygonF ring;
-            if (lattice) {
-                for (const QPointF &p : cases::tangle(random, vertices, 26)) {
-                    ring.append(QPointF((p.x() - 1 + 0.5) * cell + grid.left,
-                                        grid.top - (p.y() - 1 + 0.5) * cell));
-                }
-            } else {
-                for (const QPointF &p : cases::star(random, vertices, {12, 12}, 14))
-                    ring.append(offset + p * cell);
-            }
+            for (const QPointF &p : lattice ? cases::tangle(random, vertices, 26)
+                                            : cases::star(random, vertices, {12, 12}, 14))
+                ring.append(lattice ? QPointF((p.x() - 1 + 0.5) * cell + grid.left,
+                                              grid.top - (p.y() - 1 + 0.5) * cell)
+                                    : offset + p * cell);
             const FMPolygon polygon(ring);
             const FMGridWindow window =
                 round % 3 ? FMGridWindow{0, 0, 23, 23} : FMGridWindow{5, 7, 15, 20};
@@ -139,6 +135,7 @@ private Q_SLOTS:
     void areasSumUpToTheArea()
     {
         cases::Random random(29);
+        const FMGrid grid{4.99e5, 4.999e6, 5.001e6, 7.3, 11.1};
         for (int round = 0; round < 100; ++round) {
             const QPolygonF shell =
                 cases::star(random, cases::whole(random, 3, 400), {5.0e5, 5.0e6}, 900.0);
@@ -150,13 +147,12 @@ private Q_SLOTS:
             const FMPolygon polygon(QList<QPolygonF>{shell, hole});
             QVERIFY(polygon.IsSimple());
             QVector<FMCellArea> cells;
-            polygon.CellAreas({4.99e5, 4.999e6, 5.001e6, 7.3, 11.1}, {0, 0, 300, 200}, cells);
+            polygon.CellAreas(grid, {0, 0, 300, 200}, cells);
             QVERIFY(std::abs(areaOfCells(cells) / polygon.GetArea() - 1.0) < 1e-9);
 
             // Windows that cut the polygon: what is below and beside them must not show.
             QVector<FMCellArea> part;
-            const FMGridWindow window{120, 60, 160, 100};
-            polygon.CellAreas({4.99e5, 4.999e6, 5.001e6, 7.3, 11.1}, window, part);
+            polygon.CellAreas(grid, {120, 60, 160, 100}, part);
             QVector<FMCellArea> expected;
             for (const FMCellArea &cell : cells) {
                 if (cell.column >= 120 && cell.column <= 160 && cell.row >= 60 && cell.row <= 100)
@@ -173,14 +169,12 @@ private Q_SLOTS:
     void edgesAlongGridLinesEnterNoCell()
     {
         const FMGrid grid{0.3, -7.7, 100.0, 0.1, 0.7};
-        const auto x = [&](int c) { return c * grid.cellWidth + grid.left; };
-        const auto y = [&](int r) { return r * grid.cellHeight + grid.bottom; };
-        const QPolygonF stairs(QVector<QPointF>{
-            {x(1), y(1)}, {x(6), y(1)}, {x(6), y(4)}, {x(4), y(4)}, {x(4), y(7)}, {x(1), y(7)}});
-        for (const bool reversed : {false, true}) {
-            QPolygonF ring = stairs;
-            if (reversed)
-                std::reverse(ring.begin(), ring.end());
+        QPolygonF ring;
+        for (const QPoint &p : {QPoint(1, 1), {6, 1}, {6, 4}, {4, 4}, {4, 7}, {1, 7}})
+            ring.append(
+                {p.x() * grid.cellWidth + grid.left, p.y() * grid.cellHeight + grid.bottom});
+        for (int direction = 0; direction < 2; ++direction) {
+            std::reverse(ring.begin(), ring.end());
             QVector<FMCellArea> cells;
             FMPolygon(ring).CellAreas(grid, {0, 0, 9, 9}, cells);
             QCOMPARE(cells.size(), 5 * 3 + 3 * 3);
@@ -198,28 +192,24 @@ private Q_SLOTS:
         QCOMPARE(cells.size(), 12);
     }
 
-    void unusableGridsGiveNothing_data()
-    {
-        QTest::addColumn<double>("cell");
-        QTest::addColumn<unsigned int>("first");
-        QTest::addColumn<unsigned int>("last");
-        QTest::newRow("no width") << 0.0 << 0U << 9U;
-        QTest::newRow("negative width") << -1.0 << 0U << 9U;
-        QTest::newRow("not a number") << std::nan("") << 0U << 9U;
-        QTest::newRow("window turned round") << 1.0 << 9U << 0U;
-        QTest::newRow("window beyond the polygon") << 1.0 << 4000000000U << 4294967295U;
-    }
     void unusableGridsGiveNothing()
     {
-        QFETCH(double, cell);
-        QFETCH(unsigned int, first);
-        QFETCH(unsigned int, last);
+        const struct {
+            double cell;
+            unsigned int first, last;
+        } grids[] = {{0.0, 0, 9},
+                     {-1.0, 0, 9},
+                     {qQNaN(), 0, 9},
+                     {1.0, 9, 0},                      // turned round
+                     {1.0, 4000000000U, 4294967295U}}; // beyond the polygon
         const FMPolygon square(cases::rectangle(0, 0, 5, 5));
-        Cells centers{{1U, 1U}};
-        QVector<FMCellArea> cells(1);
-        square.ContainedCenters({0, 0, 10, cell, 1}, {first, 0, last, 9}, centers);
-        square.CellAreas({0, 0, 10, cell, 1}, {first, 0, last, 9}, cells);
-        QVERIFY(centers.isEmpty() && cells.isEmpty());
+        for (const auto &[cell, first, last] : grids) {
+            Cells centers{{1U, 1U}};
+            QVector<FMCellArea> cells(1);
+            square.ContainedCenters({0, 0, 10, cell, 1}, {first, 0, last, 9}, centers);
+            square.CellAreas({0, 0, 10, cell, 1}, {first, 0, last, 9}, cells);
+            QVERIFY(centers.isEmpty() && cells.isEmpty());
+        }
     }
 };
 

@@ -7,6 +7,10 @@
 namespace {
 
 using Rings = QList<QPolygonF>;
+using Ring = QVector<QPointF>;
+
+const Ring kBowTie{{0, 0}, {4, 4}, {4, 0}, {0, 4}};
+const Ring kLine{{0, 0}, {4, 4}, {8, 8}};
 
 double signedArea(const QPolygonF &ring)
 {
@@ -42,41 +46,31 @@ private Q_SLOTS:
         const QPolygonF big = cases::rectangle(0, 0, 10, 10);
         const QPolygonF middle = cases::rectangle(2, 2, 8, 8);
         const QPolygonF small = cases::rectangle(4, 4, 6, 6);
-        const QPolygonF diamond(QVector<QPointF>{{5, 0}, {10, 5}, {5, 10}, {0, 5}});
+        const Ring diamond{{5, 0}, {10, 5}, {5, 10}, {0, 5}};
+        const Ring tooth{{0, 5}, {3, 4}, {3, 6}};
+        const Ring spike{{0, 0}, {4, 0}, {4, 4}, {4, 9}, {4, 4}, {0, 4}};
         QPolygonF closed = big;
         closed.append(closed.first());
-        QTest::newRow("square") << Rings{big} << true << 100.0 << 1;
-        QTest::newRow("closed as given") << Rings{closed} << true << 100.0 << 1;
-        QTest::newRow("hole, any direction") << Rings{big, middle} << true << 64.0 << 1;
-        QTest::newRow("hole first") << Rings{middle, big} << true << 64.0 << 1;
-        QTest::newRow("island in the hole") << Rings{small, big, middle} << true << 68.0 << 2;
-        QTest::newRow("two apart")
-            << Rings{big, cases::rectangle(20, 0, 21, 1)} << true << 101.0 << 2;
-        QTest::newRow("two that touch")
-            << Rings{big, cases::rectangle(10, 10, 11, 11)} << true << 101.0 << 2;
-        QTest::newRow("hole that touches at a vertex")
-            << Rings{big, QPolygonF(QVector<QPointF>{{0, 5}, {3, 4}, {3, 6}})} << true << 97.0 << 1;
-        QTest::newRow("hole that touches with every vertex")
-            << Rings{big, diamond} << false << 50.0 << 4;
-        QTest::newRow("two that overlap")
-            << Rings{middle, cases::rectangle(5, 5, 10, 10)} << false << 43.0 << -1;
-        QTest::newRow("two with a common edge")
-            << Rings{big, cases::rectangle(10, 0, 12, 10)} << false << 120.0 << 1;
-        QTest::newRow("bow tie") << Rings{QPolygonF(
-            QVector<QPointF>{{0, 0}, {4, 4}, {4, 0}, {0, 4}})}
-                                 << false << 8.0 << 2;
-        QTest::newRow("no area") << Rings{QPolygonF(QVector<QPointF>{{0, 0}, {4, 4}, {8, 8}})}
-                                 << false << 0.0 << 0;
-        QTest::newRow("two vertices")
-            << Rings{QPolygonF(QVector<QPointF>{{0, 0}, {4, 4}})} << false << 0.0 << 0;
-        QTest::newRow("a ring without vertices beside")
-            << Rings{big, QPolygonF()} << false << 100.0 << 1;
-        QTest::newRow("hole along the shell")
-            << Rings{big, cases::rectangle(0, 0, 5, 10)} << false << 50.0 << 1;
-        QTest::newRow("the same ring twice") << Rings{big, big} << false << 0.0 << 0;
-        QTest::newRow("spike") << Rings{QPolygonF(
-            QVector<QPointF>{{0, 0}, {4, 0}, {4, 4}, {4, 9}, {4, 4}, {0, 4}})}
-                               << false << 16.0 << 1;
+        const auto row = [](const char *name, const Rings &rings, bool simple, double area,
+                            int pieces) {
+            QTest::newRow(name) << rings << simple << area << pieces;
+        };
+        row("closed as given", {closed}, true, 100, 1);
+        row("hole, any direction", {big, middle}, true, 64, 1);
+        row("hole first", {middle, big}, true, 64, 1);
+        row("island in the hole", {small, big, middle}, true, 68, 2);
+        row("two that touch", {big, cases::rectangle(10, 10, 11, 11)}, true, 101, 2);
+        row("hole that touches at a vertex", {big, tooth}, true, 97, 1);
+        row("hole that touches with every vertex", {big, diamond}, false, 50, 4);
+        row("two that overlap", {middle, cases::rectangle(5, 5, 10, 10)}, false, 43, -1);
+        row("two with a common edge", {big, cases::rectangle(10, 0, 12, 10)}, false, 120, 1);
+        row("bow tie", {kBowTie}, false, 8, 2);
+        row("no area", {kLine}, false, 0, 0);
+        row("two vertices", {Ring{{0, 0}, {4, 4}}}, false, 0, 0);
+        row("a ring without vertices beside", {big, QPolygonF()}, false, 100, 1);
+        row("hole along the shell", {big, cases::rectangle(0, 0, 5, 10)}, false, 50, 1);
+        row("the same ring twice", {big, big}, false, 0, 0);
+        row("spike", {spike}, false, 16, 1);
     }
     void ringsMakeTheirEvenOddSet()
     {
@@ -116,14 +110,13 @@ private Q_SLOTS:
         QVERIFY(FMPolygon(Rings{shifted(cases::rectangle(0, 0, 2, 2)),
                                 shifted(cases::rectangle(10, 0, 12, 4))})
                     .GetCentroid(x, y));
-        QVERIFY(std::abs(x - far.x() - (1.0 * 4 + 11.0 * 8) / 12) < 1e-8
-                && std::abs(y - far.y() - (1.0 * 4 + 2.0 * 8) / 12) < 1e-8);
+        const QPointF expected(far + QPointF((1.0 * 4 + 11.0 * 8) / 12, (1.0 * 4 + 2.0 * 8) / 12));
+        QVERIFY(std::abs(x - expected.x()) < 1e-8 && std::abs(y - expected.y()) < 1e-8);
         QVERIFY(FMLine({{far, far + QPointF(4, 0), far + QPointF(4, 4)}}).GetCentroid(x, y));
         QCOMPARE(QPointF(x, y), far + QPointF(3, 1));
         QVERIFY(FMPoint(far).GetCentroid(x, y) && x == far.x() && y == far.y());
         x = 77.0;
-        QVERIFY(!FMLine({{far, far}}).GetCentroid(x, y)
-                && !FMPolygon(QVector<QPointF>{{0, 0}, {1, 1}, {2, 2}}).GetCentroid(x, y));
+        QVERIFY(!FMLine({{far, far}}).GetCentroid(x, y) && !FMPolygon(kLine).GetCentroid(x, y));
         QCOMPARE(x, 77.0);
     }
 
@@ -151,7 +144,7 @@ private Q_SLOTS:
         QVERIFY(frame.OverlapsPolygon(FMPolygon(cases::rectangle(10, 0, 12, 2)), &area));
         QCOMPARE(area, 0.0);
         QVERIFY(!frame.OverlapsPolygon(FMPolygon(cases::rectangle(3, 3, 7, 7)), &area));
-        const FMPolygon bowTie(QVector<QPointF>{{0, 0}, {4, 4}, {4, 0}, {0, 4}});
+        const FMPolygon bowTie(kBowTie);
         QVERIFY(bowTie.OverlapsPolygon(FMPolygon(cases::rectangle(-1, 0, 5, 2)), &area));
         QCOMPARE(area, 4.0);
         QVERIFY(FMPoint({0, 0}).OverlapsPolygon(frame, &area));
@@ -163,15 +156,14 @@ private Q_SLOTS:
         const FMPolygon square(cases::rectangle(0, 0, 2, 2));
         const FMPolygon beside(cases::rectangle(2, 0, 4, 2));
         const FMPolygon away(cases::rectangle(5, 5, 6, 6));
-        const FMPolygon bowTie(QVector<QPointF>{{0, 0}, {4, 4}, {4, 0}, {0, 4}});
+        const FMPolygon bowTie(kBowTie);
         using List = QVector<const FMPolygon *>;
         for (List list : {List{}, List{nullptr}, List{&square, nullptr}, List{&bowTie},
                           List{&square, &bowTie}}) {
             QVERIFY(!FMPolygon::GetUnion(list));
             QVERIFY(!FMPolygon::GetIntersection(list));
         }
-        for (List list :
-             {List{&square, &beside}, List{&square, &away}, List{&square, &square, &away}})
+        for (List list : {List{&square, &beside}, List{&square, &square, &away}})
             QVERIFY(!FMPolygon::GetIntersection(list));
         List alone{&square};
         const std::unique_ptr<FMPolygon> copy(FMPolygon::GetUnion(alone));
@@ -236,11 +228,8 @@ private Q_SLOTS:
         QVERIFY(near(low, 90.0 / (180.0 + island)));
 
         QVERIFY(polygon.GetRandomPoints(nullptr, 5).isEmpty());
-        QVERIFY(polygon.GetRandomPoints(deviate, 0).isEmpty()
-                && polygon.GetRandomPoints(deviate, -3).isEmpty());
-        QVERIFY(FMPolygon(QVector<QPointF>{{0, 0}, {1, 1}, {2, 2}})
-                    .GetRandomPoints(deviate, 5)
-                    .isEmpty());
+        QVERIFY(polygon.GetRandomPoints(deviate, -3).isEmpty());
+        QVERIFY(FMPolygon(kLine).GetRandomPoints(deviate, 5).isEmpty());
     }
 };
 

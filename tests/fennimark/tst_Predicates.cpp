@@ -126,10 +126,9 @@ private Q_SLOTS:
             for (int i = 0; i < 150; ++i) {
                 const QPointF p(cases::whole(random, -1, extent + 1),
                                 cases::whole(random, -1, extent + 1));
-                QVERIFY2(
-                    polygon.ContainsPoint(p) == plainlyContains(list, p),
-                    qPrintable(
-                        QStringLiteral("round %1, (%2, %3)").arg(round).arg(p.x()).arg(p.y())));
+                const QString told =
+                    QStringLiteral("round %1, (%2, %3)").arg(round).arg(p.x()).arg(p.y());
+                QVERIFY2(polygon.ContainsPoint(p) == plainlyContains(list, p), qPrintable(told));
             }
         }
     }
@@ -166,10 +165,8 @@ private Q_SLOTS:
             const bool cross =
                 !covers && !covered && GEOSRelatePattern_r(geos, ga, gb, "T********") == 1;
             const QByteArray told = text(geos, ga) + " / " + text(geos, gb);
-            QVERIFY2(a.Overlaps(b) == overlap, told);
-            QVERIFY2(b.Overlaps(a) == overlap, told);
-            QVERIFY2(a.Crosses(b) == cross, told);
-            QVERIFY2(b.Crosses(a) == cross, told);
+            QVERIFY2(a.Overlaps(b) == overlap && b.Overlaps(a) == overlap, told);
+            QVERIFY2(a.Crosses(b) == cross && b.Crosses(a) == cross, told);
             if (firstIsArea)
                 QVERIFY2(static_cast<const FMPolygon &>(a).Contains(b) == covers, told);
             if (secondIsArea)
@@ -178,37 +175,32 @@ private Q_SLOTS:
             counts[1] += covers || covered;
             counts[2] += cross;
         }
-        QVERIFY(counts[0] > 500 && counts[2] > 200);
-        QVERIFY(counts[1] > 20);
+        QVERIFY(counts[0] > 500 && counts[1] > 20 && counts[2] > 200);
     }
 
     void containmentMindsHolesAndSeams()
     {
-        const FMPolygon frame(
-            QList<QPolygonF>{cases::rectangle(0, 0, 10, 10), cases::rectangle(2, 2, 8, 8)});
-        const FMPolygon across(cases::rectangle(1, 1, 9, 9));
+        using cases::rectangle;
+        const FMPolygon frame(QList<QPolygonF>{rectangle(0, 0, 10, 10), rectangle(2, 2, 8, 8)});
+        const FMPolygon across(rectangle(1, 1, 9, 9));
         QVERIFY(!frame.ContainsPolygon(across)); // its boundary lies in the frame, the hole in it
-        QVERIFY(frame.Overlaps(across));
-        QVERIFY(frame.Crosses(across));
-        QVERIFY(!frame.Overlaps(FMPolygon(cases::rectangle(3, 3, 7, 7))));
-        QVERIFY(frame.OverlapsPolygon(FMPolygon(cases::rectangle(2, 2, 8, 8)),
-                                      nullptr)); // touches all around
-        QVERIFY(!frame.Crosses(FMPolygon(cases::rectangle(2, 2, 8, 8))));
+        QVERIFY(frame.Overlaps(across) && frame.Crosses(across));
+        QVERIFY(!frame.Overlaps(FMPolygon(rectangle(3, 3, 7, 7))));
+        const FMPolygon plug(rectangle(2, 2, 8, 8)); // touches all around
+        QVERIFY(frame.OverlapsPolygon(plug, nullptr) && !frame.Crosses(plug));
 
         // Two rings that share an edge: nothing along the seam is outside.
-        const FMPolygon pair(
-            QList<QPolygonF>{cases::rectangle(0, 0, 4, 4), cases::rectangle(4, 0, 8, 4)});
-        QVERIFY(pair.ContainsPolygon(FMPolygon(cases::rectangle(1, 1, 7, 3))));
+        const FMPolygon pair(QList<QPolygonF>{rectangle(0, 0, 4, 4), rectangle(4, 0, 8, 4)});
+        QVERIFY(pair.ContainsPolygon(FMPolygon(rectangle(1, 1, 7, 3))));
         QVERIFY(pair.ContainsLine(FMLine({{{1.0, 1.0}, {7.0, 2.0}}})));
         QVERIFY(!pair.ContainsLine(FMLine({{{1.0, 1.0}, {9.0, 2.0}}})));
-        // A place between two crossings that differ in the last bits: the notch's tip is 1 ulp wide
-        // there.
+        // Two crossings that differ in the last bits: the notch's tip is 1 ulp wide there.
         const double tip = 1.0 + std::ldexp(1.0, -52);
         const FMPolygon notched(
             QVector<QPointF>{{0, 0}, {1, 1}, {tip, 1}, {2, 0}, {3, 0}, {3, 3}, {-1, 3}, {-1, 0}});
-        QVERIFY(notched.ContainsLine(FMLine({{{-0.5, 1.0}, {2.5, 1.0}}})));
-        QVERIFY(!notched.ContainsLine(
-            FMLine({{{-0.5, 1.0 - std::ldexp(1.0, -53)}, {2.5, 1.0 - std::ldexp(1.0, -53)}}})));
+        const auto level = [](double y) { return FMLine({{{-0.5, y}, {2.5, y}}}); };
+        QVERIFY(notched.ContainsLine(level(1.0)));
+        QVERIFY(!notched.ContainsLine(level(1.0 - std::ldexp(1.0, -53))));
     }
 
     void distancesAgreeWithAPlainLoop()
@@ -221,10 +213,10 @@ private Q_SLOTS:
                             {cases::real(random, -30, 30), cases::real(random, -30, 30)}, 8.0);
             const FMPolygon a(first);
             const FMPolygon b(second);
-            double least = std::numeric_limits<double>::infinity();
+            double least = qInf();
             for (int i = 0; i < first.size(); ++i) {
+                const QPointF a1 = first[(i + 1) % first.size()];
                 for (int k = 0; k < second.size(); ++k) {
-                    const QPointF a1 = first[(i + 1) % first.size()];
                     const QPointF b1 = second[(k + 1) % second.size()];
                     least = std::min({least, plainDistance(first[i], second[k], b1),
                                       plainDistance(second[k], first[i], a1)});
@@ -248,13 +240,10 @@ private Q_SLOTS:
 
     void emptyAndUnusableObjectsAreEmptySets_data()
     {
-        const double nan = std::numeric_limits<double>::quiet_NaN();
-        const double far = std::numeric_limits<double>::infinity();
         QTest::addColumn<QVector<QPointF>>("ring");
         QTest::newRow("no vertex") << QVector<QPointF>();
-        QTest::newRow("not a number") << QVector<QPointF>{{0, 0}, {1, nan}, {1, 1}, {0, 1}};
-        QTest::newRow("infinite") << QVector<QPointF>{{0, 0}, {far, 0}, {1, 1}, {0, 1}};
-        QTest::newRow("beyond reach") << QVector<QPointF>{{0, 0}, {1e300, 0}, {1, 1}, {0, 1}};
+        for (const double bad : {qQNaN(), qInf(), 1e300}) // the last one lies beyond reach
+            QTest::addRow("%g", bad) << QVector<QPointF>{{0, 0}, {bad, 0}, {1, 1}, {0, 1}};
     }
     void emptyAndUnusableObjectsAreEmptySets()
     {
@@ -262,8 +251,7 @@ private Q_SLOTS:
         FMPolygon polygon(ring);
         const FMPolygon square(cases::rectangle(0, 0, 1, 1));
         QCOMPARE(polygon.GetVertices().first().size(), ring.size());
-        QVERIFY(!polygon.IsSimple());
-        QCOMPARE(polygon.GetArea(), 0.0);
+        QVERIFY(!polygon.IsSimple() && polygon.GetArea() == 0.0);
         QVERIFY(!polygon.ContainsPoint(0.5, 0.5) && !polygon.Overlaps(square)
                 && !square.Contains(polygon));
         QVERIFY(!polygon.Crosses(square) && !polygon.BordersPolygon(square, true));

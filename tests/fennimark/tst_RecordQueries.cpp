@@ -8,24 +8,30 @@
 
 namespace {
 
-using fennimark::contains;
-
 bool meets(const Rect2D &a, const Rect2D &b)
 {
     return a.xMin <= b.xMax && b.xMin <= a.xMax && a.yMin <= b.yMax && b.yMin <= a.yMax;
 }
 
-/// The record ids of what was given and holds at the time for which `hits` is true, ascending.
+/// What was given, is still there and holds at the time, told with its record id.
+template <class Tell> void walk(const RandomGeography &geography, qint64 time, Tell tell)
+{
+    for (const Given &one : geography.given) {
+        const FMObjectChain *chain = geography.fennims->GetChainById(one.chain);
+        if (chain && fennimark::contains(one.range, double(time)))
+            tell(*one.object, chain->GetObservation(time).second);
+    }
+}
+
+/// The record ids of those for which `hits` is true, ascending.
 template <class Hits>
 QVector<int> expected(const RandomGeography &geography, qint64 time, Hits hits)
 {
     QVector<int> ids;
-    for (const Given &one : geography.given) {
-        const FMObjectChain *chain = geography.fennims->GetChainById(one.chain);
-        if (!chain || !contains(one.range, double(time)) || !hits(*one.object))
-            continue;
-        ids.append(chain->GetObservation(time).second);
-    }
+    walk(geography, time, [&](FMObject &object, int record) {
+        if (hits(object))
+            ids.append(record);
+    });
     std::sort(ids.begin(), ids.end());
     return ids;
 }
@@ -36,11 +42,10 @@ QVector<int> expectedNearest(const RandomGeography &geography, qint64 time, int 
                              Distance distance)
 {
     std::set<std::pair<double, int>> byDistance;
-    for (const Given &one : geography.given) {
-        const FMObjectChain *chain = geography.fennims->GetChainById(one.chain);
-        if (chain && contains(one.range, double(time)) && distance(*one.object) <= limit)
-            byDistance.insert({distance(*one.object), chain->GetObservation(time).second});
-    }
+    walk(geography, time, [&](FMObject &object, int record) {
+        if (distance(object) <= limit)
+            byDistance.insert({distance(object), record});
+    });
     QVector<int> ids;
     for (const auto &one : byDistance) {
         if (ids.size() < count)
@@ -54,302 +59,286 @@ QVector<int> expectedNearest(const RandomGeography &geography, qint64 time, int 
 class TestRecordQueries : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void agreeWithThePlainWalk_data();
-    void agreeWithThePlainWalk();
-    void storesBeyondTheHeapAnswerAlike_data();
-    void storesBeyondTheHeapAnswerAlike();
-    void liveObjectsAreCountedAndKept();
-    void sharedRangesAreTestedByTheirOwnEnds();
-    void removedChainsAreGone();
-    void removedRecordsCanJoinANewChain();
-};
-
-void TestRecordQueries::agreeWithThePlainWalk_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<int>("chains");
-    QTest::addColumn<int>("observations");
-    QTest::addColumn<double>("step");
-    QTest::addColumn<double>("offset");
-    for (const int kind :
-         {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
-        const auto row = [kind](const char *name) -> QTestData & {
-            return QTest::newRow(
-                       qPrintable(QStringLiteral("kind %1, %2").arg(kind).arg(QLatin1String(name))))
-                   << kind;
-        };
-        row("one") << 1 << 1 << 0.0 << 0.0;
-        row("static") << 900 << 1 << 0.0 << 0.0;
-        row("changing") << 120 << 6 << 0.0 << 0.0;
-        row("lattice") << 500 << 1 << 10.0 << 0.0;
-        row("far off") << 200 << 3 << 0.1 << 6.5e6;
-    }
-}
-
-void TestRecordQueries::agreeWithThePlainWalk()
-{
-    QFETCH(int, kind);
-    QFETCH(int, chains);
-    QFETCH(int, observations);
-    QFETCH(double, step);
-    QFETCH(double, offset);
-    RandomGeography geography(7, RandomGeography::Kind(kind), chains, observations, step, offset);
-    QVERIFY(geography.fennims);
-    Fennims &fennims = *geography.fennims;
-    QCOMPARE(fennims.GetChainCount(), chains);
-    const Rect2D whole = fennims.GetBoundingRect();
-    for (int round = 0; round < 40; ++round) {
-        if (round == 30) { // the same again with every fifth chain gone
-            for (int chain = 0; chain < chains; chain += 5)
-                fennims.RemoveChain(fennims.GetChainById(chain));
+    void agreeWithThePlainWalk_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("chains");
+        QTest::addColumn<int>("observations");
+        QTest::addColumn<double>("step");
+        QTest::addColumn<double>("offset");
+        for (const int kind :
+             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
+            const auto row = [kind](const char *name) -> QTestData & {
+                return QTest::addRow("kind %d, %s", kind, name) << kind;
+            };
+            row("one") << 1 << 1 << 0.0 << 0.0;
+            row("static") << 900 << 1 << 0.0 << 0.0;
+            row("changing") << 120 << 6 << 0.0 << 0.0;
+            row("lattice") << 500 << 1 << 10.0 << 0.0;
+            row("far off") << 200 << 3 << 0.1 << 6.5e6;
         }
-        const auto time = qint64(geography.uniform(0, 60));
-        const QPointF corner = geography.place();
-        const double size = round % 4 ? geography.uniform(0, 30) : 0;
-        const Rect2D rect =
-            round % 5 == 4 ? whole
-                           : Rect2D{corner.x(), corner.x() + size, corner.y(), corner.y() + size};
-        QVector<int> found;
-        fennims.OverlapsMBRs(rect, time, found);
-        QCOMPARE(found, expected(geography, time,
-                                 [&](FMObject &o) { return meets(o.GetObjectBounds(), rect); }));
-        fennims.RectQuery(rect, time, found);
-        QCOMPARE(found,
-                 expected(geography, time, [&](FMObject &o) { return o.OverlapsRect(rect); }));
-        fennims.CircleQuery(corner.x(), corner.y(), size, time, found);
-        QCOMPARE(found, expected(geography, time, [&](FMObject &o) {
-                     return o.OverlapsCircle(corner.x(), corner.y(), size);
-                 }));
-        const std::unique_ptr<FMObject> object(geography.newObject());
-        fennims.ObjectQuery(*object, time, found);
-        QCOMPARE(found,
-                 expected(geography, time, [&](FMObject &o) { return o.Overlaps(*object); }));
+    }
 
-        RectInT box{rect, span(double(time), double(time) + 5, round % 2 ? 0xFF : 0x00)};
-        fennims.mTree->Overlaps(box, found);
-        QVector<int> overlapping;
-        for (const int id : fennims.mChains.keys()) {
-            for (const auto &observation : fennims.GetChainById(id)->GetObservations()) {
-                const Given *one = geography.of(observation.second);
-                QVERIFY(one);
-                if (fennimark::overlaps(one->range, box)
-                    && meets(one->object->GetObjectBounds(), rect))
-                    overlapping.append(observation.second);
+    void agreeWithThePlainWalk()
+    {
+        QFETCH(int, kind);
+        QFETCH(int, chains);
+        QFETCH(int, observations);
+        QFETCH(double, step);
+        QFETCH(double, offset);
+        RandomGeography geography(7, RandomGeography::Kind(kind), chains, observations, step,
+                                  offset);
+        QVERIFY(geography.fennims);
+        Fennims &fennims = *geography.fennims;
+        QCOMPARE(fennims.GetChainCount(), chains);
+        const Rect2D whole = fennims.GetBoundingRect();
+        for (int round = 0; round < 40; ++round) {
+            if (round == 30) { // the same again with every fifth chain gone
+                for (int chain = 0; chain < chains; chain += 5)
+                    fennims.RemoveChain(fennims.GetChainById(chain));
+            }
+            const auto time = qint64(geography.uniform(0, 60));
+            const QPointF corner = geography.place();
+            const double size = round % 4 ? geography.uniform(0, 30) : 0;
+            const Rect2D rect = round % 5 == 4 ? whole
+                                               : Rect2D{corner.x(), corner.x() + size, corner.y(),
+                                                        corner.y() + size};
+            const auto all = [&](auto hits) { return expected(geography, time, hits); };
+            QVector<int> found;
+            fennims.OverlapsMBRs(rect, time, found);
+            QCOMPARE(found, all([&](FMObject &o) { return meets(o.GetObjectBounds(), rect); }));
+            fennims.RectQuery(rect, time, found);
+            QCOMPARE(found, all([&](FMObject &o) { return o.OverlapsRect(rect); }));
+            fennims.CircleQuery(corner.x(), corner.y(), size, time, found);
+            QCOMPARE(found, all([&](FMObject &o) {
+                         return o.OverlapsCircle(corner.x(), corner.y(), size);
+                     }));
+            const std::unique_ptr<FMObject> object(geography.newObject());
+            fennims.ObjectQuery(*object, time, found);
+            QCOMPARE(found, all([&](FMObject &o) { return o.Overlaps(*object); }));
+
+            RectInT box{rect, span(double(time), double(time) + 5, round % 2 ? 0xFF : 0x00)};
+            fennims.mTree->Overlaps(box, found);
+            QVector<int> overlapping;
+            for (const int id : fennims.mChains.keys()) {
+                for (const auto &observation : fennims.GetChainById(id)->GetObservations()) {
+                    const Given *one = geography.of(observation.second);
+                    QVERIFY(one);
+                    if (fennimark::overlaps(one->range, box)
+                        && meets(one->object->GetObjectBounds(), rect))
+                        overlapping.append(observation.second);
+                }
+            }
+            std::sort(overlapping.begin(), overlapping.end());
+            QCOMPARE(found, overlapping);
+
+            QVector<int> atTime = fennims.GetObservationsAtTime(time);
+            std::sort(atTime.begin(), atTime.end());
+            QCOMPARE(atTime, all([](FMObject &) { return true; }));
+            const int count = 1 + round;
+            fennims.CalculateNearestNeighborsToPoint(corner, time, count, found);
+            const auto toCorner = [&corner](const FMObject &o) {
+                return o.SqrDistance(corner.x(), corner.y());
+            };
+            QCOMPARE(found, expectedNearest(geography, time, count, HUGE_VAL, toCorner));
+            if (atTime.isEmpty())
+                continue;
+            const int record = atTime[round % atTime.size()];
+            const Given *source = geography.of(record);
+            QVERIFY(source);
+            QMap<int, QVector<int>> neighbors;
+            const auto toSource = [source](const FMObject &o) {
+                return source->object->SqrDistance(&o);
+            };
+            QVERIFY(fennims.CalculateNearestNeighborsToObjects(fennims.mTree, {record}, time, count,
+                                                               neighbors, nullptr));
+            QCOMPARE(neighbors.value(record),
+                     expectedNearest(geography, time, count, HUGE_VAL, toSource));
+            QVERIFY(fennims.CalculateRangeNeighborsToObjects(fennims.mTree, {record}, time, size,
+                                                             neighbors, nullptr));
+            QCOMPARE(neighbors.value(record),
+                     expectedNearest(geography, time, INT_MAX, size * size, toSource));
+        }
+        QCOMPARE(fennimark::StoreAccess::store(*fennims.mTree).live().inUse(), 0U);
+    }
+
+    void storesBeyondTheHeapAnswerAlike_data()
+    {
+        QTest::addColumn<bool>("mapped");
+        QTest::newRow("mapped file") << true;
+        QTest::newRow("positioned reads") << false;
+    }
+    void storesBeyondTheHeapAnswerAlike()
+    {
+        QFETCH(bool, mapped);
+        QTemporaryDir scratch;
+        Fennims::SetScratchDirectory(scratch.filePath(QStringLiteral("made/when/missing")));
+        fennimark::ScratchSpace::allowMapping(mapped);
+        // Two parts of 3,000 vertices each; 60 of them go beyond the 4 MiB of a heap store.
+        const auto rings = [](double x) {
+            QList<QPolygonF> two{QPolygonF(), QPolygonF()};
+            for (int i = 0; i < 3000; ++i) {
+                const QPointF way(std::cos(i * M_PI / 1500), std::sin(i * M_PI / 1500));
+                two[0].append(QPointF(x, 0) + 2 * way);
+                two[1].append(QPointF(x, 0) + way);
+            }
+            return two;
+        };
+        VORNBuilder builder(extent(100), nullptr, nullptr);
+        for (int i = 0; i < 60; ++i)
+            builder.CreateChain({new FMPolygon(rings(10 * i))}, {span(i, i + 1)}, -1);
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        fennimark::ScratchSpace::allowMapping(true);
+        Fennims::SetScratchDirectory(QString());
+        QVERIFY(fennims);
+        for (int i = 0; i < 60; ++i) {
+            const auto observation = fennims->GetChainById(i)->GetObservation(i);
+            HilbertTreeRecord *record = fennims->mTree->CheckOutRecord(observation.second, i % 2);
+            const auto *polygon = dynamic_cast<FMPolygon *>(record->GetTreeObject(fennims->mTree));
+            QVERIFY(polygon);
+            QCOMPARE(polygon->GetVertices(), rings(10 * i));
+            QVERIFY(polygon->ContainsPoint(10 * i + 1.5, 0)
+                    && !polygon->ContainsPoint(10 * i + 0.5, 0));
+            record->ReturnTreeObject(fennims->mTree);
+            fennims->mTree->CheckInRecord(observation.second);
+            QVector<int> found;
+            fennims->RectQuery(Rect2D{10.0 * i + 1.9, 10.0 * i + 3, -0.1, 0.1}, i, found);
+            QCOMPARE(found.size(), 1);
+        }
+        QVERIFY(QDir(scratch.filePath(QStringLiteral("made/when/missing"))).exists());
+        QCOMPARE(fennimark::StoreAccess::store(*fennims->mTree).live().inUse(), 0U);
+    }
+
+    void liveObjectsAreCountedAndKept()
+    {
+        VORNBuilder builder(extent(200), nullptr, nullptr);
+        for (int i = 0; i < 200; ++i)
+            builder.CreateChain({square(i, 0)}, {span(0, 1)}, -1);
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        HilbertTree &tree = *fennims->mTree;
+        const fennimark::LiveRecords &live = fennimark::StoreAccess::store(tree).live();
+        QVERIFY(!tree.CheckOutRecord(0, true) && !tree.CheckOutRecord(201, true)
+                && !tree.CheckOutRecord(-1, true));
+        tree.CheckInRecord(17); // never out
+
+        HilbertTreeRecord *record = tree.CheckOutRecord(5, true);
+        TreeObject *object = record->GetTreeObject(&tree);
+        QCOMPARE(tree.CheckOutRecord(5, false), record);
+        QCOMPARE(record->GetTreeObject(&tree), object);
+        for (int times = 0; times < 3; ++times) // one too many
+            record->ReturnTreeObject(&tree);
+        tree.CheckInRecord(5);
+        QCOMPARE(live.inUse(), 1U);
+        tree.CheckInRecord(5);
+        tree.CheckInRecord(5);
+        QCOMPARE(live.inUse(), 0U);
+
+        // Kept ones come back as they were as long as no 64 others were returned after them.
+        const auto use = [&tree](int id, bool keep) {
+            HilbertTreeRecord *held = tree.CheckOutRecord(id, keep);
+            held->GetTreeObject(&tree);
+            held->ReturnTreeObject(&tree);
+            tree.CheckInRecord(id);
+        };
+        for (int id = 10; id < 73; ++id)
+            use(id, true);
+        for (int id = 80; id < 200; ++id)
+            use(id, false);
+        QVERIFY(live.find(5) && live.find(72) && !live.find(80));
+        use(73, true);
+        QVERIFY(!live.find(5) && live.find(10));
+        // Held ones are many, and none is lost when the table grows.
+        for (int id = 1; id <= 200; ++id)
+            QVERIFY(tree.CheckOutRecord(id, false)->GetTreeObject(&tree));
+        QCOMPARE(live.inUse(), 200U);
+        for (int id = 1; id <= 200; ++id) {
+            QCOMPARE(live.find(id)->recordId, id);
+            live.find(id)->ReturnTreeObject(&tree);
+            tree.CheckInRecord(id);
+        }
+        QCOMPARE(live.inUse(), 0U);
+    }
+
+    // Records of few ranges under a window over everything take a road of their own.
+    void sharedRangesAreTestedByTheirOwnEnds()
+    {
+        VORNBuilder builder(extent(30), nullptr, nullptr);
+        for (int i = 0; i < 333; ++i)
+            builder.CreateChain({square(i % 18, i / 18), square(i % 18, i / 18, 2)},
+                                {span(0, 5, 0xF0), span(5, 10)}, -1);
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        for (const int removed : {-1, 7}) {
+            fennims->RemoveChain(fennims->GetChainById(removed));
+            for (const qint64 time : {-1, 0, 5, 10, 11}) {
+                QVector<int> found;
+                fennims->OverlapsMBRs(Rect2D{-1, 99, -1, 99}, time, found);
+                QVector<int> expected = fennims->GetObservationsAtTime(time);
+                std::sort(expected.begin(), expected.end());
+                QCOMPARE(found, expected);
             }
         }
-        std::sort(overlapping.begin(), overlapping.end());
-        QCOMPARE(found, overlapping);
-
-        QVector<int> atTime = fennims.GetObservationsAtTime(time);
-        std::sort(atTime.begin(), atTime.end());
-        QCOMPARE(atTime, expected(geography, time, [](FMObject &) { return true; }));
-        const int count = 1 + round;
-        fennims.CalculateNearestNeighborsToPoint(corner, time, count, found);
-        QCOMPARE(found, expectedNearest(geography, time, count, HUGE_VAL, [&](const FMObject &o) {
-                     return o.SqrDistance(corner.x(), corner.y());
-                 }));
-        if (atTime.isEmpty())
-            continue;
-        const Given *source = geography.of(atTime[round % atTime.size()]);
-        QVERIFY(source);
-        const QVector<int> sources{atTime[round % atTime.size()]};
-        QMap<int, QVector<int>> neighbors;
-        const auto toSource = [source](const FMObject &o) {
-            return source->object->SqrDistance(&o);
-        };
-        QVERIFY(fennims.CalculateNearestNeighborsToObjects(fennims.mTree, sources, time, count,
-                                                           neighbors, nullptr));
-        QCOMPARE(neighbors.value(sources[0]),
-                 expectedNearest(geography, time, count, HUGE_VAL, toSource));
-        QVERIFY(fennims.CalculateRangeNeighborsToObjects(fennims.mTree, sources, time, size,
-                                                         neighbors, nullptr));
-        QCOMPARE(neighbors.value(sources[0]),
-                 expectedNearest(geography, time, INT_MAX, size * size, toSource));
     }
-    QCOMPARE(fennimark::StoreAccess::store(*fennims.mTree).live().inUse(), 0U);
-}
 
-void TestRecordQueries::storesBeyondTheHeapAnswerAlike_data()
-{
-    QTest::addColumn<bool>("mapped");
-    QTest::newRow("mapped file") << true;
-    QTest::newRow("positioned reads") << false;
-}
+    void removedChainsAreGone()
+    {
+        VORNBuilder builder(extent(10), nullptr, nullptr);
+        builder.CreateChain({square(0, 0)}, {span(0, 10)}, 4);
+        builder.CreateChain({square(100, 50), square(7, 7)}, {span(20, 30), span(40, 60)}, 9);
+        builder.CreateChain({}, {}, 17);
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        const int record = fennims->GetChainById(9)->GetObservation(25).second;
+        HilbertTreeRecord *held = fennims->mTree->CheckOutRecord(record, true);
+        TreeObject *object = held->GetTreeObject(fennims->mTree);
+        QCOMPARE(fennims->GetBoundingRect().xMax, 101.0);
+        fennims->RemoveChain(fennims->GetChainById(9));
+        QCOMPARE(fennims->GetBoundingRect().xMax, 1.0);
+        QCOMPARE(fennims->GetTimeBounds().end, 10.0);
+        QCOMPARE(fennims->GetAllObjectTimes(), (QList<qint64>{0, 10}));
+        QVERIFY(fennims->GetObservationsAtTime(25).isEmpty());
+        QVERIFY(!fennims->mTree->CheckOutRecord(record, true));
+        QCOMPARE(object->GetObjectBounds().xMax, 101.0); // who holds it may finish
+        held->ReturnTreeObject(fennims->mTree);
+        fennims->mTree->CheckInRecord(record);
 
-void TestRecordQueries::storesBeyondTheHeapAnswerAlike()
-{
-    QFETCH(bool, mapped);
-    QTemporaryDir scratch;
-    Fennims::SetScratchDirectory(scratch.filePath(QStringLiteral("made/when/missing")));
-    fennimark::ScratchSpace::allowMapping(mapped);
-    // Two parts of 3,000 vertices each; 60 of them go beyond the 4 MiB of a heap store.
-    const auto ringAround = [](double x, double radius) {
-        QPolygonF ring;
-        for (int i = 0; i < 3000; ++i)
-            ring.append(
-                {x + radius * std::cos(i * M_PI / 1500), radius * std::sin(i * M_PI / 1500)});
-        return ring;
-    };
-    VORNBuilder builder(extent(100), nullptr, nullptr);
-    for (int i = 0; i < 60; ++i)
-        builder.CreateChain({new FMPolygon({ringAround(10 * i, 2), ringAround(10 * i, 1)})},
-                            {span(i, i + 1)}, -1);
-    const std::unique_ptr<Fennims> fennims = opened(builder);
-    fennimark::ScratchSpace::allowMapping(true);
-    Fennims::SetScratchDirectory(QString());
-    QVERIFY(fennims);
-    for (int i = 0; i < 60; ++i) {
-        const auto observation = fennims->GetChainById(i)->GetObservation(i);
-        HilbertTreeRecord *record = fennims->mTree->CheckOutRecord(observation.second, i % 2);
-        const auto *polygon = dynamic_cast<FMPolygon *>(record->GetTreeObject(fennims->mTree));
-        QVERIFY(polygon);
-        QCOMPARE(polygon->GetVertices(),
-                 (QList<QPolygonF>{ringAround(10 * i, 2), ringAround(10 * i, 1)}));
-        QVERIFY(polygon->ContainsPoint(10 * i + 1.5, 0)
-                && !polygon->ContainsPoint(10 * i + 0.5, 0));
-        record->ReturnTreeObject(fennims->mTree);
-        fennims->mTree->CheckInRecord(observation.second);
-        QVector<int> found;
-        fennims->RectQuery(Rect2D{10.0 * i + 1.9, 10.0 * i + 3, -0.1, 0.1}, i, found);
-        QCOMPARE(found.size(), 1);
+        Fennims again;
+        QVERIFY(open(again, saved(*fennims)));
+        QCOMPARE(again.mChains.keys(), (QList<int>{4, 17}));
+        QCOMPARE(again.GetBoundingRect().xMax, 1.0);
+        again.RemoveChain(again.GetChainById(4));
+        QCOMPARE(again.GetBoundingRect().xMax, 0.0);
+        QCOMPARE(again.GetTimeBounds().end, -1.0);
+        Fennims empty;
+        QVERIFY(open(empty, saved(again)));
+        QVERIFY(empty.GetChainCount() == 1 && empty.GetAllObjectTimes().isEmpty());
     }
-    QCOMPARE(QDir(scratch.filePath(QStringLiteral("made/when/missing"))).exists(), true);
-    QCOMPARE(fennimark::StoreAccess::store(*fennims->mTree).live().inUse(), 0U);
-}
 
-void TestRecordQueries::liveObjectsAreCountedAndKept()
-{
-    VORNBuilder builder(extent(200), nullptr, nullptr);
-    for (int i = 0; i < 200; ++i)
-        builder.CreateChain({square(i, 0)}, {span(0, 1)}, -1);
-    const std::unique_ptr<Fennims> fennims = opened(builder);
-    HilbertTree &tree = *fennims->mTree;
-    QVERIFY(!tree.CheckOutRecord(0, true) && !tree.CheckOutRecord(201, true)
-            && !tree.CheckOutRecord(-1, true));
-    tree.CheckInRecord(17); // never out
-
-    HilbertTreeRecord *record = tree.CheckOutRecord(5, true);
-    TreeObject *object = record->GetTreeObject(&tree);
-    QCOMPARE(tree.CheckOutRecord(5, false), record);
-    QCOMPARE(record->GetTreeObject(&tree), object);
-    record->ReturnTreeObject(&tree);
-    record->ReturnTreeObject(&tree);
-    record->ReturnTreeObject(&tree); // one too many
-    tree.CheckInRecord(5);
-    QCOMPARE(fennimark::StoreAccess::store(tree).live().inUse(), 1U);
-    tree.CheckInRecord(5);
-    tree.CheckInRecord(5);
-    QCOMPARE(fennimark::StoreAccess::store(tree).live().inUse(), 0U);
-
-    // Kept ones come back as they were as long as no 64 others were returned after them.
-    const auto use = [&tree](int id, bool keep) {
-        HilbertTreeRecord *held = tree.CheckOutRecord(id, keep);
-        TreeObject *live = held->GetTreeObject(&tree);
-        held->ReturnTreeObject(&tree);
-        tree.CheckInRecord(id);
-        return live;
-    };
-    for (int id = 10; id < 73; ++id)
-        use(id, true);
-    for (int id = 80; id < 200; ++id)
-        use(id, false);
-    const fennimark::LiveRecords &live = fennimark::StoreAccess::store(tree).live();
-    QVERIFY(live.find(5) && live.find(72) && !live.find(80));
-    use(73, true);
-    QVERIFY(!live.find(5) && live.find(10));
-    // Held ones are many, and none is lost when the table grows.
-    for (int id = 1; id <= 200; ++id)
-        QVERIFY(tree.CheckOutRecord(id, false)->GetTreeObject(&tree));
-    QCOMPARE(live.inUse(), 200U);
-    for (int id = 1; id <= 200; ++id) {
-        QCOMPARE(live.find(id)->recordId, id);
-        live.find(id)->ReturnTreeObject(&tree);
-        tree.CheckInRecord(id);
+    void removedRecordsCanJoinANewChain()
+    {
+        struct Open : Fennims {
+            using Fennims::AddChain;
+        } fennims;
+        VORNBuilder builder(extent(10), nullptr, nullptr);
+        builder.CreateChain({square(0, 0), square(3, 3)}, {span(0, 10), span(20, 30)}, -1);
+        builder.CreateChain({square(6, 6)}, {span(0, 30)}, -1);
+        QVERIFY(open(fennims, saved(*opened(builder))));
+        const auto observations = fennims.GetChainById(0)->GetObservations();
+        QVERIFY(!fennims.AddChain(observations, -1, Fennims::PolygonGeography)); // still in use
+        fennims.RemoveChain(fennims.GetChainById(0));
+        QVERIFY(!fennims.AddChain(observations, -1, Fennims::LineGeography));
+        QVERIFY(!fennims.AddChain({{span(0, 11), observations[0].second}}, -1,
+                                  Fennims::PolygonGeography));
+        QVERIFY(!fennims.AddChain({{span(0, 10), 99}}, -1, Fennims::PolygonGeography));
+        const FMObjectChain *chain = fennims.AddChain(observations, -1, Fennims::PolygonGeography);
+        QVERIFY(chain);
+        QCOMPARE(chain->id, 2);
+        QCOMPARE(chain->GetObservation(25).second, observations[1].second);
+        QCOMPARE(fennims.mTree->CheckOutRecord(observations[1].second, false)->chainId, 2);
+        fennims.mTree->CheckInRecord(observations[1].second);
+        Fennims again;
+        QVERIFY(open(again, saved(fennims)));
+        QCOMPARE(again.GetChainById(2)->GetObservations().size(), 2);
     }
-    QCOMPARE(live.inUse(), 0U);
-}
-
-// Records of few ranges under a window over everything take a road of their own.
-void TestRecordQueries::sharedRangesAreTestedByTheirOwnEnds()
-{
-    VORNBuilder builder(extent(30), nullptr, nullptr);
-    for (int i = 0; i < 333; ++i)
-        builder.CreateChain({square(i % 18, i / 18), square(i % 18, i / 18, 2)},
-                            {span(0, 5, 0xF0), span(5, 10)}, -1);
-    const std::unique_ptr<Fennims> fennims = opened(builder);
-    for (const int removed : {-1, 7}) {
-        fennims->RemoveChain(fennims->GetChainById(removed));
-        for (const qint64 time : {-1, 0, 5, 10, 11}) {
-            QVector<int> found;
-            fennims->OverlapsMBRs(Rect2D{-1, 99, -1, 99}, time, found);
-            QVector<int> expected = fennims->GetObservationsAtTime(time);
-            std::sort(expected.begin(), expected.end());
-            QCOMPARE(found, expected);
-        }
-    }
-}
-
-void TestRecordQueries::removedChainsAreGone()
-{
-    VORNBuilder builder(extent(10), nullptr, nullptr);
-    builder.CreateChain({square(0, 0)}, {span(0, 10)}, 4);
-    builder.CreateChain({square(100, 50), square(7, 7)}, {span(20, 30), span(40, 60)}, 9);
-    builder.CreateChain({}, {}, 17);
-    const std::unique_ptr<Fennims> fennims = opened(builder);
-    QCOMPARE(fennims->mChains.keys(), (QList<int>{4, 9, 17}));
-    const int record = fennims->GetChainById(9)->GetObservation(25).second;
-    HilbertTreeRecord *held = fennims->mTree->CheckOutRecord(record, true);
-    TreeObject *object = held->GetTreeObject(fennims->mTree);
-    QCOMPARE(fennims->GetBoundingRect().xMax, 101.0);
-    fennims->RemoveChain(fennims->GetChainById(9));
-    QCOMPARE(fennims->GetBoundingRect().xMax, 1.0);
-    QCOMPARE(fennims->GetTimeBounds().end, 10.0);
-    QCOMPARE(fennims->GetAllObjectTimes(), (QList<qint64>{0, 10}));
-    QVERIFY(fennims->GetObservationsAtTime(25).isEmpty());
-    QVERIFY(!fennims->mTree->CheckOutRecord(record, true));
-    QCOMPARE(object->GetObjectBounds().xMax, 101.0); // who holds it may finish
-    held->ReturnTreeObject(fennims->mTree);
-    fennims->mTree->CheckInRecord(record);
-
-    Fennims again;
-    QVERIFY(open(again, saved(*fennims)));
-    QCOMPARE(again.mChains.keys(), (QList<int>{4, 17}));
-    QCOMPARE(again.GetBoundingRect().xMax, 1.0);
-    again.RemoveChain(again.GetChainById(4));
-    QCOMPARE(again.GetBoundingRect().xMax, 0.0);
-    QCOMPARE(again.GetTimeBounds().end, -1.0);
-    Fennims empty;
-    QVERIFY(open(empty, saved(again)));
-    QCOMPARE(empty.GetChainCount(), 1);
-    QVERIFY(empty.GetAllObjectTimes().isEmpty());
-}
-
-void TestRecordQueries::removedRecordsCanJoinANewChain()
-{
-    struct Open : Fennims {
-        using Fennims::AddChain;
-    } fennims;
-    VORNBuilder builder(extent(10), nullptr, nullptr);
-    builder.CreateChain({square(0, 0), square(3, 3)}, {span(0, 10), span(20, 30)}, -1);
-    builder.CreateChain({square(6, 6)}, {span(0, 30)}, -1);
-    QVERIFY(open(fennims, saved(*opened(builder))));
-    const auto observations = fennims.GetChainById(0)->GetObservations();
-    QVERIFY(!fennims.AddChain(observations, -1, Fennims::PolygonGeography)); // still in use
-    fennims.RemoveChain(fennims.GetChainById(0));
-    QVERIFY(!fennims.AddChain(observations, -1, Fennims::LineGeography));
-    QVERIFY(
-        !fennims.AddChain({{span(0, 11), observations[0].second}}, -1, Fennims::PolygonGeography));
-    QVERIFY(!fennims.AddChain({{span(0, 10), 99}}, -1, Fennims::PolygonGeography));
-    const FMObjectChain *chain = fennims.AddChain(observations, -1, Fennims::PolygonGeography);
-    QVERIFY(chain);
-    QCOMPARE(chain->id, 2);
-    QCOMPARE(chain->GetObservation(25).second, observations[1].second);
-    QCOMPARE(fennims.mTree->CheckOutRecord(observations[1].second, false)->chainId, 2);
-    fennims.mTree->CheckInRecord(observations[1].second);
-    Fennims again;
-    QVERIFY(open(again, saved(fennims)));
-    QCOMPARE(again.GetChainById(2)->GetObservations().size(), 2);
-}
+};
 
 QTEST_GUILESS_MAIN(TestRecordQueries)
 #include "tst_RecordQueries.moc"

@@ -8,18 +8,17 @@ Q_DECLARE_METATYPE(TreeObject *)
 
 namespace {
 
-/// "[0, 10) [10, 20]" and the like; one number is an instant.
+/// "[0, 10) [10, 20]" and the like.
 QVector<timeRange> ranges(const QString &text)
 {
     QVector<timeRange> result;
     const QRegularExpression form(
         QStringLiteral("([\\[(])([-\\d.]+|nan|inf), ([-\\d.]+|nan|inf)([\\])])"));
     for (auto match = form.globalMatch(text); match.hasNext();) {
-        const QRegularExpressionMatch one = match.next();
-        result.append(
-            span(one.captured(2).toDouble(), one.captured(3).toDouble(),
-                 static_cast<unsigned char>((one.captured(1) == QLatin1String("[") ? 0x10 : 0)
-                                            | (one.captured(4) == QLatin1String("]") ? 0x01 : 0))));
+        const QStringList one = match.next().capturedTexts();
+        const int flags =
+            (one[1] == QLatin1String("[") ? 0x10 : 0) | (one[4] == QLatin1String("]") ? 0x01 : 0);
+        result.append(span(one[2].toDouble(), one[3].toDouble(), uchar(flags)));
     }
     return result;
 }
@@ -58,240 +57,220 @@ struct CountedPoint : FMPoint {
 class TestVORNBuilder : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void rangesOfAChainAreToldApart_data();
-    void rangesOfAChainAreToldApart();
-    void objectsThatCannotBeAreRefused_data();
-    void objectsThatCannotBeAreRefused();
-    void objectsAreTheBuilders();
-    void chainIdsAreGivenAndTaken();
-    void timeIsCutWhereAnythingChanges_data();
-    void timeIsCutWhereAnythingChanges();
-    void timesMayBeAnyNumbers();
-    void settingsReachTheGeography();
-};
-
-void TestVORNBuilder::rangesOfAChainAreToldApart_data()
-{
-    QTest::addColumn<QString>("first");
-    QTest::addColumn<QString>("second");
-    QTest::addColumn<QString>("expected"); // empty: the second is refused
-    const auto row = [](const char *first, const char *second, const char *expected) {
-        QTest::addRow("%s and %s", first, second) << first << second << expected;
-    };
-    row("[0, 10]", "[20, 30]", "[0, 10] [20, 30]");
-    row("[20, 30]", "[0, 10]", "[0, 10] [20, 30]");
-    row("[0, 10]", "[10, 30]", "[0, 10) [10, 30]");
-    row("[10, 30]", "[0, 10]", "[0, 10) [10, 30]");
-    row("[0, 10)", "[10, 30]", "[0, 10) [10, 30]");
-    row("[0, 10]", "(10, 30]", "[0, 10] (10, 30]");
-    row("[0, 10)", "(10, 30]", "[0, 10) (10, 30]");
-    row("[0, 10)", "(10, 10)", "[0, 10) [10, 10]");
-    row("[10, 10]", "[10, 30]", "[10, 10] (10, 30]");
-    row("[0, 10]", "[10, 10]", "[0, 10) [10, 10]");
-    row("[0, 10] [10, 30]", "[10, 10]", "[0, 10) [10, 10] (10, 30]");
-    row("[0, 10] [10, 20] [20, 30]", "[40, 50] [30, 40]",
-        "[0, 10) [10, 20) [20, 30) [30, 40) [40, 50]");
-    row("[0, 10] [30, 40]", "[10, 30]", "[0, 10) [10, 30) [30, 40]");
-    row("[10, 10]", "[10, 10]", "");
-    row("[0, 10]", "[5, 5]", "");
-    row("[0, 10]", "[9, 20]", "");
-    row("[0, 10]", "[0, 10]", "");
-    row("(0, 10)", "(0, 10)", "");
-    row("[0, 10]", "[20, 30] [25, 40]", "");
-    row("[0, 10]", "[20, 15]", "");
-    row("[0, 10]", "[20, inf]", "");
-    row("[0, 10]", "[nan, 20]", "");
-}
-
-void TestVORNBuilder::rangesOfAChainAreToldApart()
-{
-    QFETCH(QString, first);
-    QFETCH(QString, second);
-    QFETCH(QString, expected);
-    VORNBuilder builder(extent(10), nullptr, nullptr);
-    FMObjectChain *chain = builder.CreateChain(squares(ranges(first).size()), ranges(first), -1);
-    QVERIFY(chain);
-    const QString before = text(*chain);
-    const bool taken =
-        builder.AddObjectsToChain(chain->id, squares(ranges(second).size()), ranges(second), true)
-        == chain;
-    QCOMPARE(taken, !expected.isEmpty());
-    QCOMPARE(text(*chain), taken ? expected : before);
-    const std::unique_ptr<Fennims> fennims = opened(builder);
-    QVERIFY(fennims);
-    QCOMPARE(text(*fennims->GetChainById(0)), taken ? expected : before);
-    // One answer at every instant.
-    for (qint64 time = -1; time < 60; ++time) {
-        int holding = 0;
-        for (const auto &observation : chain->GetObservations())
-            holding += fennimark::contains(observation.first, double(time));
-        const auto found = fennims->GetChainById(0)->GetObservation(time);
-        QCOMPARE(holding, found.second > 0 ? 1 : 0);
-        QCOMPARE(found.first.end >= found.first.start, holding == 1);
-        QVERIFY(holding == 0 || fennimark::contains(found.first, double(time)));
+    void rangesOfAChainAreToldApart_data()
+    {
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("second");
+        QTest::addColumn<QString>("expected"); // empty: the second is refused
+        const auto row = [](const char *first, const char *second, const char *expected) {
+            QTest::addRow("%s and %s", first, second) << first << second << expected;
+        };
+        row("[20, 30]", "[0, 10]", "[0, 10] [20, 30]");
+        row("[0, 10]", "[10, 30]", "[0, 10) [10, 30]");
+        row("[10, 30]", "[0, 10]", "[0, 10) [10, 30]");
+        row("[0, 10]", "(10, 30]", "[0, 10] (10, 30]");
+        row("[0, 10)", "(10, 30]", "[0, 10) (10, 30]");
+        row("[0, 10)", "(10, 10)", "[0, 10) [10, 10]");
+        row("[10, 10]", "[10, 30]", "[10, 10] (10, 30]");
+        row("[0, 10]", "[10, 10]", "[0, 10) [10, 10]");
+        row("[0, 10] [10, 30]", "[10, 10]", "[0, 10) [10, 10] (10, 30]");
+        row("[0, 10] [10, 20] [20, 30]", "[40, 50] [30, 40]",
+            "[0, 10) [10, 20) [20, 30) [30, 40) [40, 50]");
+        row("[10, 10]", "[10, 10]", "");
+        row("[0, 10]", "[5, 5]", "");
+        row("[0, 10]", "[9, 20]", "");
+        row("(0, 10)", "(0, 10)", "");
+        row("[0, 10]", "[20, 30] [25, 40]", "");
+        row("[0, 10]", "[20, 15]", "");
+        row("[0, 10]", "[20, inf]", "");
+        row("[0, 10]", "[nan, 20]", "");
     }
-}
 
-void TestVORNBuilder::objectsThatCannotBeAreRefused_data()
-{
-    QTest::addColumn<TreeObject *>("object");
-    QTest::addColumn<bool>("taken");
-    const auto row = [](const char *name, TreeObject *object, bool taken) {
-        QTest::newRow(name) << object << taken;
-    };
-    const double notANumber = std::numeric_limits<double>::quiet_NaN();
-    row("none", nullptr, false);
-    row("point", new FMPoint(QPointF(1, 2)), true);
-    row("point not a number", new FMPoint(QPointF(1, notANumber)), false);
-    row("line", new FMLine({{{0, 0}, {1, 1}}}), true);
-    row("line at one place", new FMLine({{{1, 1}, {1, 1}}}), true);
-    row("line of one vertex", new FMLine({{{0, 0}, {1, 1}}, {{0, 0}}}), false);
-    row("line without parts", new FMLine(QList<QVector<QPointF>>()), false);
-    row("line to infinity", new FMLine({{{0, 0}, {1, HUGE_VAL}}}), false);
-    row("triangle", new FMPolygon(QVector<QPointF>{{0, 0}, {1, 0}, {0, 1}}), true);
-    row("closed triangle", new FMPolygon(QVector<QPointF>{{0, 0}, {1, 0}, {0, 1}, {0, 0}}), true);
-    row("there and back", new FMPolygon(QVector<QPointF>{{0, 0}, {1, 0}, {0, 0}, {1, 0}}), false);
-    row("three of them alike",
-        new FMPolygon(QVector<QPointF>{{0, 0}, {0, 0}, {0, 0}, {1, 0}, {1, 0}, {1, 1}}), true);
-    row("no rings", new FMPolygon(QList<QPolygonF>()), false);
-    row("one ring too short",
-        new FMPolygon(QList<QPolygonF>{QPolygonF(QRectF(0, 0, 1, 1)), QPolygonF()}), false);
-}
+    void rangesOfAChainAreToldApart()
+    {
+        QFETCH(QString, first);
+        QFETCH(QString, second);
+        QFETCH(QString, expected);
+        VORNBuilder builder(extent(10), nullptr, nullptr);
+        FMObjectChain *chain =
+            builder.CreateChain(squares(ranges(first).size()), ranges(first), -1);
+        QVERIFY(chain);
+        const QString before = text(*chain);
+        const auto *changed =
+            builder.AddObjectsToChain(0, squares(ranges(second).size()), ranges(second), true);
+        QCOMPARE(changed, expected.isEmpty() ? nullptr : chain);
+        const QString after = expected.isEmpty() ? before : expected;
+        QCOMPARE(text(*chain), after);
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        QVERIFY(fennims);
+        QCOMPARE(text(*fennims->GetChainById(0)), after);
+        // One answer at every instant.
+        for (qint64 time = -1; time < 60; ++time) {
+            int holding = 0;
+            for (const auto &observation : chain->GetObservations())
+                holding += fennimark::contains(observation.first, double(time));
+            const auto found = fennims->GetChainById(0)->GetObservation(time);
+            QCOMPARE(holding, found.second > 0 ? 1 : 0);
+            QCOMPARE(found.first.end >= found.first.start, holding == 1);
+            QVERIFY(holding == 0 || fennimark::contains(found.first, double(time)));
+        }
+    }
 
-void TestVORNBuilder::objectsThatCannotBeAreRefused()
-{
-    QFETCH(TreeObject *, object);
-    QFETCH(bool, taken);
-    VORNBuilder builder(extent(10), nullptr, nullptr);
-    QCOMPARE(builder.CreateChain({object}, {span(0, 1)}, 5) != nullptr, taken);
-    QCOMPARE(builder.IsValid(), taken);
-    // A refused chain leaves its id free and the geography's kind open.
-    QVERIFY(taken || builder.CreateChain({square(0, 0)}, {span(0, 1)}, 5));
-}
+    void objectsThatCannotBeAreRefused_data()
+    {
+        QTest::addColumn<TreeObject *>("object");
+        QTest::addColumn<bool>("taken");
+        const auto row = [](const char *name, TreeObject *object, bool taken) {
+            QTest::newRow(name) << object << taken;
+        };
+        using Ring = QVector<QPointF>;
+        row("none", nullptr, false);
+        row("point", new FMPoint(QPointF(1, 2)), true);
+        row("point not a number", new FMPoint(QPointF(1, qQNaN())), false);
+        row("line", new FMLine({{{0, 0}, {1, 1}}}), true);
+        row("line at one place", new FMLine({{{1, 1}, {1, 1}}}), true);
+        row("line of one vertex", new FMLine({{{0, 0}, {1, 1}}, {{0, 0}}}), false);
+        row("line without parts", new FMLine(QList<QVector<QPointF>>()), false);
+        row("line to infinity", new FMLine({{{0, 0}, {1, HUGE_VAL}}}), false);
+        row("triangle", new FMPolygon(Ring{{0, 0}, {1, 0}, {0, 1}}), true);
+        row("closed triangle", new FMPolygon(Ring{{0, 0}, {1, 0}, {0, 1}, {0, 0}}), true);
+        row("there and back", new FMPolygon(Ring{{0, 0}, {1, 0}, {0, 0}, {1, 0}}), false);
+        row("three of them alike",
+            new FMPolygon(Ring{{0, 0}, {0, 0}, {0, 0}, {1, 0}, {1, 0}, {1, 1}}), true);
+        row("no rings", new FMPolygon(QList<QPolygonF>()), false);
+        row("one ring too short",
+            new FMPolygon(QList<QPolygonF>{QPolygonF(QRectF(0, 0, 1, 1)), QPolygonF()}), false);
+    }
 
-void TestVORNBuilder::objectsAreTheBuilders()
-{
-    const auto point = [] { return new CountedPoint; };
+    void objectsThatCannotBeAreRefused()
+    {
+        QFETCH(TreeObject *, object);
+        QFETCH(bool, taken);
+        VORNBuilder builder(extent(10), nullptr, nullptr);
+        QCOMPARE(builder.CreateChain({object}, {span(0, 1)}, 5) != nullptr, taken);
+        QCOMPARE(builder.IsValid(), taken);
+        // A refused chain leaves its id free and the geography's kind open.
+        QVERIFY(taken || builder.CreateChain({square(0, 0)}, {span(0, 1)}, 5));
+    }
+
+    void objectsAreTheBuilders()
+    {
+        const auto point = [] { return new CountedPoint; };
+        {
+            VORNBuilder builder(extent(10), nullptr, nullptr);
+            QVERIFY(builder.CreateChain({point()}, {span(0, 1)}, -1));
+            QCOMPARE(living, 0);
+            QVERIFY(!builder.AddObjectsToChain(0, {point(), point()}, {span(2, 3)}, true));
+            QVERIFY(!builder.AddObjectsToChain(9, {point()}, {span(2, 3)}, true));
+            QVERIFY(
+                !builder.AddObjectsToChain(0, {square(0, 0)}, {span(2, 3)}, true)); // a second kind
+            QVERIFY(!builder.CreateChain({point()}, {span(2, 3)}, 0));
+            QCOMPARE(living, 0);
+            CountedPoint mine;
+            QVERIFY(builder.AddObjectsToChain(0, {&mine}, {span(2, 3)}, false));
+            CountedPoint *twice = point();
+            QVERIFY(builder.AddObjectsToChain(0, {twice, twice}, {span(4, 5), span(6, 7)}, true));
+        }
+        QCOMPARE(living, 0);
+    }
+
+    void chainIdsAreGivenAndTaken()
     {
         VORNBuilder builder(extent(10), nullptr, nullptr);
-        QVERIFY(builder.CreateChain({point()}, {span(0, 1)}, -1));
-        QCOMPARE(living, 0);
-        QVERIFY(!builder.AddObjectsToChain(0, {point(), point()}, {span(2, 3)}, true));
-        QVERIFY(!builder.AddObjectsToChain(9, {point()}, {span(2, 3)}, true));
-        QVERIFY(!builder.AddObjectsToChain(0, {square(0, 0)}, {span(2, 3)}, true)); // a second kind
-        QVERIFY(!builder.CreateChain({point()}, {span(2, 3)}, 0));
-        QCOMPARE(living, 0);
-        CountedPoint mine;
-        QVERIFY(builder.AddObjectsToChain(0, {&mine}, {span(2, 3)}, false));
-        CountedPoint *twice = point();
-        QVERIFY(builder.AddObjectsToChain(0, {twice, twice}, {span(4, 5), span(6, 7)}, true));
+        QCOMPARE(builder.CreateChain({}, {}, -1)->id, 0);
+        QCOMPARE(builder.CreateChain({}, {}, 7)->id, 7);
+        QCOMPARE(builder.CreateChain({}, {}, 3)->id, 3);
+        QCOMPARE(builder.CreateChain({}, {}, -1)->id, 8);
+        QVERIFY(!builder.CreateChain({}, {}, 7) && !builder.CreateChain({}, {}, -2));
+        QVERIFY(builder.CreateChain({}, {}, INT_MAX) && !builder.CreateChain({}, {}, -1));
+        QVERIFY(!builder.IsValid() && !opened(builder));
+        QVERIFY(builder.AddObjectsToChain(8, {square(0, 0)}, {span(0, 1)}, true));
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        QCOMPARE(fennims->mChains.keys(), (QList<int>{0, 3, 7, 8, INT_MAX}));
+        QCOMPARE(fennims->GetChainById(3)->GetObservation(0).second, -1);
+        QVERIFY(!fennims->GetChainById(1));
+        QCOMPARE(fennims->GetChainById(8)->GetObservation(0).second, 1); // record ids begin above 0
     }
-    QCOMPARE(living, 0);
-}
 
-void TestVORNBuilder::chainIdsAreGivenAndTaken()
-{
-    VORNBuilder builder(extent(10), nullptr, nullptr);
-    QCOMPARE(builder.CreateChain({}, {}, -1)->id, 0);
-    QCOMPARE(builder.CreateChain({}, {}, 7)->id, 7);
-    QCOMPARE(builder.CreateChain({}, {}, 3)->id, 3);
-    QCOMPARE(builder.CreateChain({}, {}, -1)->id, 8);
-    QVERIFY(!builder.CreateChain({}, {}, 7) && !builder.CreateChain({}, {}, -2));
-    QVERIFY(builder.CreateChain({}, {}, INT_MAX) && !builder.CreateChain({}, {}, -1));
-    QVERIFY(!builder.IsValid() && !opened(builder));
-    QVERIFY(builder.AddObjectsToChain(8, {square(0, 0)}, {span(0, 1)}, true));
-    const std::unique_ptr<Fennims> fennims = opened(builder);
-    QCOMPARE(fennims->mChains.keys(), (QList<int>{0, 3, 7, 8, INT_MAX}));
-    QCOMPARE(fennims->GetChainById(3)->GetObservation(0).second, -1);
-    QVERIFY(!fennims->GetChainById(1));
-    QCOMPARE(fennims->GetChainById(8)->GetObservation(0).second, 1); // record ids begin above 0
-}
+    void timeIsCutWhereAnythingChanges_data()
+    {
+        QTest::addColumn<QString>("chains"); // each observation a chain of its own
+        QTest::addColumn<qint64>("time");
+        QTest::addColumn<QString>("piece"); // empty: nothing exists
+        const auto row = [](const char *chains, qint64 time, const char *piece) {
+            QTest::addRow("%s at %d", chains, int(time)) << chains << time << piece;
+        };
+        row("[0, 50] [50, 100]", 25, "[0, 50)");
+        row("[0, 50] [50, 100]", 50, "[50, 50]");
+        row("[0, 50] [50, 100]", 75, "(50, 100]");
+        row("[0, 50) [50, 100]", 50, "[50, 100]");
+        row("[0, 50] (50, 100]", 50, "[0, 50]");
+        row("[0, 50) (50, 100]", 50, "");
+        row("[0, 100] [20, 30]", 10, "[0, 20)");
+        row("[0, 100] (20, 30)", 20, "[0, 20]");
+        row("[0, 100] (20, 30)", 30, "[30, 100]");
+        row("[0, 100] [40, 40]", 40, "[40, 40]");
+        row("[0, 100] [40, 40]", 41, "(40, 100]");
+        row("[0, 10] [20, 30]", -1, "");
+        row("[0, 10] [20, 30]", 31, "");
+        row("(0, 10)", 0, "");
+        row("(0, 10)", 5, "(0, 10)");
+    }
 
-void TestVORNBuilder::timeIsCutWhereAnythingChanges_data()
-{
-    QTest::addColumn<QString>("chains"); // each observation a chain of its own
-    QTest::addColumn<qint64>("time");
-    QTest::addColumn<QString>("piece"); // empty: nothing exists
-    const auto row = [](const char *chains, qint64 time, const char *piece) {
-        QTest::addRow("%s at %d", chains, int(time)) << chains << time << piece;
-    };
-    row("[0, 50] [50, 100]", 25, "[0, 50)");
-    row("[0, 50] [50, 100]", 50, "[50, 50]");
-    row("[0, 50] [50, 100]", 75, "(50, 100]");
-    row("[0, 50) [50, 100]", 50, "[50, 100]");
-    row("[0, 50] (50, 100]", 50, "[0, 50]");
-    row("[0, 50) (50, 100]", 49, "[0, 50)");
-    row("[0, 50) (50, 100]", 50, "");
-    row("[0, 50) (50, 100]", 51, "(50, 100]");
-    row("[0, 100] [20, 30]", 10, "[0, 20)");
-    row("[0, 100] [20, 30]", 20, "[20, 30]");
-    row("[0, 100] (20, 30)", 20, "[0, 20]");
-    row("[0, 100] (20, 30)", 30, "[30, 100]");
-    row("[0, 100] [40, 40]", 40, "[40, 40]");
-    row("[0, 100] [40, 40]", 41, "(40, 100]");
-    row("[0, 10] [20, 30]", 15, "");
-    row("[0, 10] [20, 30]", -1, "");
-    row("[0, 10] [20, 30]", 31, "");
-    row("(0, 10)", 0, "");
-    row("(0, 10)", 5, "(0, 10)");
-}
+    void timeIsCutWhereAnythingChanges()
+    {
+        QFETCH(QString, chains);
+        QFETCH(qint64, time);
+        QFETCH(QString, piece);
+        VORNBuilder builder(extent(10), nullptr, nullptr);
+        for (const timeRange &range : ranges(chains))
+            builder.CreateChain({square(0, 0)}, {range}, -1);
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        timeRange found{HUGE_VAL, -HUGE_VAL, 0};
+        QCOMPARE(fennims->GetCommonStaticTimeStamp(time, found), !piece.isEmpty());
+        QCOMPARE(fennims->GetObservationsAtTime(time).isEmpty(), piece.isEmpty());
+        QCOMPARE(piece.isEmpty() ? text(timeRange{HUGE_VAL, -HUGE_VAL, 0}) : piece, text(found));
+        if (!piece.isEmpty()) // one vector serves the whole piece
+            QCOMPARE(fennims->GetObservationsAtTime(time).constData(),
+                     fennims->GetObservationsAtTime(time).constData());
+    }
 
-void TestVORNBuilder::timeIsCutWhereAnythingChanges()
-{
-    QFETCH(QString, chains);
-    QFETCH(qint64, time);
-    QFETCH(QString, piece);
-    VORNBuilder builder(extent(10), nullptr, nullptr);
-    for (const timeRange &range : ranges(chains))
-        builder.CreateChain({square(0, 0)}, {range}, -1);
-    const std::unique_ptr<Fennims> fennims = opened(builder);
-    timeRange found{HUGE_VAL, -HUGE_VAL, 0};
-    QCOMPARE(fennims->GetCommonStaticTimeStamp(time, found), !piece.isEmpty());
-    QCOMPARE(fennims->GetObservationsAtTime(time).isEmpty(), piece.isEmpty());
-    QCOMPARE(piece.isEmpty() ? text(timeRange{HUGE_VAL, -HUGE_VAL, 0}) : piece, text(found));
-    if (!piece.isEmpty()) // one vector serves the whole piece
-        QCOMPARE(fennims->GetObservationsAtTime(time).constData(),
-                 fennims->GetObservationsAtTime(time).constData());
-}
+    void timesMayBeAnyNumbers()
+    {
+        VORNBuilder builder(extent(10), nullptr, nullptr);
+        builder.CreateChain({square(0, 0)}, {span(-1e300, -2.5)}, -1);
+        builder.CreateChain({square(0, 0), square(1, 1)}, {span(-2.25, 0.5), span(0.75, 1e300)},
+                            -1);
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        QCOMPARE(fennims->GetAllObjectTimes(),
+                 (QList<qint64>{std::numeric_limits<qint64>::min(), -2, 0,
+                                std::numeric_limits<qint64>::max()}));
+        QCOMPARE(fennims->GetObservationsAtTime(-3).size(), 1);
+        QCOMPARE(fennims->GetTimeBounds().end, 1e300);
+    }
 
-void TestVORNBuilder::timesMayBeAnyNumbers()
-{
-    VORNBuilder builder(extent(10), nullptr, nullptr);
-    builder.CreateChain({square(0, 0)}, {span(-1e300, -2.5)}, -1);
-    builder.CreateChain({square(0, 0), square(1, 1)}, {span(-2.25, 0.5), span(0.75, 1e300)}, -1);
-    const std::unique_ptr<Fennims> fennims = opened(builder);
-    QCOMPARE(fennims->GetAllObjectTimes(), (QList<qint64>{std::numeric_limits<qint64>::min(), -2, 0,
-                                                          std::numeric_limits<qint64>::max()}));
-    QCOMPARE(fennims->GetObservationsAtTime(-3).size(), 1);
-    QCOMPARE(fennims->GetTimeBounds().end, 1e300);
-}
-
-void TestVORNBuilder::settingsReachTheGeography()
-{
-    FMProjectionInfo projection;
-    QVERIFY(FMProjectionInfo::FromWkt(
-        QStringLiteral(
-            "GEOGCS[\"WGS 84\",DATUM[\"WGS_1984\",SPHEROID[\"WGS 84\",6378137,298.257223563]],"
-            "PRIMEM[\"Greenwich\",0],UNIT[\"degree\",0.0174532925199433]]"),
-        projection));
-    VORNBuilder builder(extent(10), nullptr, &projection);
-    builder.SetAdjacencyTolerance(-1);
-    builder.SetAdjacencyTolerance(0.25);
-    builder.CreateChain({square(1000, 1000), square(0, 0)}, {span(5, 6), span(500, 501)},
-                        -1); // outside the bounds told
-    const std::unique_ptr<Fennims> fennims = opened(builder);
-    QVERIFY(fennims);
-    QCOMPARE(fennims->GetAdjacencyTolerance(), 0.25);
-    QCOMPARE(fennims->GetProjectionSettings().GetGeographicCSName(), QStringLiteral("WGS 84"));
-    QCOMPARE(fennims->GetBoundingRect().xMax, 1001.0);
-    fennims->SetName("like this");
-    VORNBuilder another(fennims->GetBoundingRect(), fennims.get(), nullptr);
-    another.CreateChain({square(0, 0)}, {span(0, 1)}, -1);
-    const std::unique_ptr<Fennims> like = opened(another);
-    QCOMPARE(like->GetName(), QStringLiteral("like this"));
-    QCOMPARE(like->GetProjectionSettings().GetGeographicCSName(), QStringLiteral("WGS 84"));
-    QCOMPARE(like->GetAdjacencyTolerance(), 0.25);
-}
+    void settingsReachTheGeography()
+    {
+        FMProjectionInfo projection;
+        QVERIFY(FMProjectionInfo::FromWkt(QStringLiteral("GEOGCS[\"any\",UNIT[\"degree\",1]]"),
+                                          projection));
+        VORNBuilder builder(extent(10), nullptr, &projection);
+        builder.SetAdjacencyTolerance(-1);
+        builder.SetAdjacencyTolerance(0.25);
+        // Outside the bounds told.
+        builder.CreateChain({square(1000, 1000), square(0, 0)}, {span(5, 6), span(500, 501)}, -1);
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        QVERIFY(fennims);
+        QCOMPARE(fennims->GetBoundingRect().xMax, 1001.0);
+        fennims->SetName("like this");
+        VORNBuilder another(fennims->GetBoundingRect(), fennims.get(), nullptr);
+        another.CreateChain({square(0, 0)}, {span(0, 1)}, -1);
+        const std::unique_ptr<Fennims> like = opened(another);
+        QCOMPARE(like->GetName(), QStringLiteral("like this"));
+        QCOMPARE(like->GetProjectionSettings().GetGeographicCSName(), QStringLiteral("any"));
+        QCOMPARE(like->GetAdjacencyTolerance(), 0.25);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestVORNBuilder)
 #include "tst_VORNBuilder.moc"
