@@ -32,7 +32,6 @@ class TestProjectBlocks : public QObject {
 private Q_SLOTS:
     void init();
     void plainFormIsFixed();
-    void everyLevelIsReadBack_data();
     void everyLevelIsReadBack();
     void cutFormsAreRefused();
     void absurdFormsAreRefused_data();
@@ -42,9 +41,7 @@ private Q_SLOTS:
     void savingReportsEveryThousandthAndLoadingEveryBlock();
     void emptyStoreReportsNothing();
     void cancelEndsBoth();
-    void refusingDeviceIsFalse();
-    void fullDiskEndsTheLoad();
-    void loadingNeedsAScratchFile();
+    void devicesThatFail();
 
 private:
     QByteArray saved(bool compress);
@@ -90,39 +87,34 @@ void TestProjectBlocks::plainFormIsFixed()
     QVERIFY(mStore->Inspect().cachedIds == (QVector<int>{2, 0})); // saving fills the cache again
 }
 
-void TestProjectBlocks::everyLevelIsReadBack_data()
-{
-    QTest::addColumn<int>("level");
-    for (const int level : {0, 1, 6, 9, 12})
-        QTest::addRow("level %d", level) << level;
-}
-
 void TestProjectBlocks::everyLevelIsReadBack()
 {
-    QFETCH(int, level);
-    mStore->SetPackLevel(level);
-    mStore->SetPackLevel(13);
-    mStore->SetPackLevel(-1);
-    QList<QByteArray> blocks{QByteArray(), "a", QByteArray(100000, 'z'), text(7).repeated(50)};
-    for (const QByteArray &block : blocks)
-        mStore->SaveDataBlock(block);
-    const QByteArray bytes = saved(true);
-    BytesReader in(bytes);
-    qint32 number = 0;
-    in >> number >> number;
-    for (const QByteArray &block : blocks) {
-        QByteArray packed;
-        in >> number >> packed;
-        QCOMPARE(qUncompress(packed), block);
-        QVERIFY(packed == qCompress(block, 9) || level > 0);
+    const QList<QByteArray> blocks{QByteArray(), "a", QByteArray(100000, 'z'),
+                                   text(7).repeated(50)};
+    for (const int level : {0, 1, 6, 9, 12}) {
+        mStore->Reset();
+        mStore->SetPackLevel(level);
+        mStore->SetPackLevel(13);
+        mStore->SetPackLevel(-1);
+        for (const QByteArray &block : blocks)
+            mStore->SaveDataBlock(block);
+        const QByteArray bytes = saved(true);
+        BytesReader in(bytes);
+        qint32 number = 0;
+        in >> number >> number;
+        for (const QByteArray &block : blocks) {
+            QByteArray packed;
+            in >> number >> packed;
+            QCOMPARE(qUncompress(packed), block);
+            QVERIFY(packed == qCompress(block, 9) || level > 0);
+        }
+        QVERIFY(restore(bytes, true));
+        for (int i = 0; i < blocks.size(); ++i) {
+            QByteArray block;
+            QVERIFY(mStore->ReadDataBlock(i, block) && block == blocks[i]);
+        }
+        QCOMPARE(saved(true), bytes); // a project loaded and saved again is the same file
     }
-    QVERIFY(restore(bytes, true));
-    for (int i = 0; i < blocks.size(); ++i) {
-        QByteArray block;
-        QVERIFY(mStore->ReadDataBlock(i, block));
-        QCOMPARE(block, blocks[i]);
-    }
-    QCOMPARE(saved(true), bytes); // a project loaded and saved again is the same file
 }
 
 void TestProjectBlocks::cutFormsAreRefused()
@@ -233,31 +225,22 @@ void TestProjectBlocks::cancelEndsBoth()
     QCOMPARE(gReports.size(), 3);
 }
 
-void TestProjectBlocks::refusingDeviceIsFalse()
+void TestProjectBlocks::devicesThatFail()
 {
-    mStore->SaveDataBlock("a");
+    for (int i = 0; i < 10; ++i)
+        mStore->SaveDataBlock(text(i));
     QBuffer closed;
     QDataStream out(&closed);
     QTest::ignoreMessage(QtWarningMsg, "QIODevice::write (QBuffer): device not open");
     QVERIFY(!mStore->SaveProjectData(out, true, nullptr));
-}
-
-void TestProjectBlocks::fullDiskEndsTheLoad()
-{
-    for (int i = 0; i < 10; ++i)
-        mStore->SaveDataBlock(text(i));
     const QByteArray bytes = saved(false);
+    DataManager store; // without a scratch file
+    BytesReader in(bytes);
+    QCOMPARE(raisedText([&] { store.RestoreProjectData(in, false, nullptr); }),
+             QString("File stream not open"));
     mDisk.reserves = false; // shows only when the last of it is written
     mDisk.room = 50;
     QVERIFY(!restore(bytes, false));
-}
-
-void TestProjectBlocks::loadingNeedsAScratchFile()
-{
-    DataManager store;
-    const QByteArray bytes = saved(false);
-    BytesReader in(bytes);
-    QCOMPARE(raisedText([&] { store.RestoreProjectData(in, false, nullptr); }), QString("File stream not open"));
 }
 
 QTEST_GUILESS_MAIN(TestProjectBlocks)

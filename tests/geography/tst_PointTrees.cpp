@@ -47,7 +47,6 @@ class TestPointTrees : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void geographiesBecomePoints();
-    void rotations_data();
     void rotations();
     void queriesArePassedOn();
     void cursorsGoOn();
@@ -83,27 +82,20 @@ void TestPointTrees::geographiesBecomePoints()
     expect(grid, 77, cells);
 }
 
-void TestPointTrees::rotations_data()
-{
-    QTest::addColumn<QVector<double>>("matrix");
-    QTest::addColumn<QPointF>("expected"); // of (3, 4)
-    QTest::newRow("identity") << QVector<double>{1, 0, 0, 1} << QPointF(3, 4);
-    QTest::newRow("quarter turn") << QVector<double>{0, -1, 1, 0} << QPointF(-4, 3);
-    QTest::newRow("half a turn stays") << QVector<double>{-1, 0, 0, -1} << QPointF(3, 4);
-    QTest::newRow("equal diagonals stay") << QVector<double>{2, 5, 5, 2} << QPointF(3, 4);
-    QTest::newRow("stretched") << QVector<double>{2, 0, 0, 1} << QPointF(6, 4);
-}
-
 void TestPointTrees::rotations()
 {
-    QFETCH(QVector<double>, matrix);
-    QFETCH(QPointF, expected);
-    const PT_RotationMatrix m{matrix[0], matrix[1], matrix[2], matrix[3]};
-    const int tree = VORN_CreatePointTreeFromPoints({{{3, 4}, 1}, {{3, 4}, 3}}, m);
-    QVERIFY(VORN_AddToPointTree(tree, QPointF(3, 4), 2, m));
-    QCOMPARE(VORN_RemoveFromPointTree(tree, QPointF(3, 4), 1), expected == QPointF(3, 4));
-    VORN_RemoveFromPointTree(tree, expected, 1); // as it lies in the tree
-    QCOMPARE(takeContents(tree), contents({{expected, 2}, {expected, 3}}));
+    // Half a turn, and equal diagonals, are taken for no turn at all.
+    for (const auto &[m, expected] : {std::make_pair(PT_RotationMatrix{1, 0, 0, 1}, QPointF(3, 4)),
+                                      {{0, -1, 1, 0}, {-4, 3}},
+                                      {{-1, 0, 0, -1}, {3, 4}},
+                                      {{2, 5, 5, 2}, {3, 4}},
+                                      {{2, 0, 0, 1}, {6, 4}}}) {
+        const int tree = VORN_CreatePointTreeFromPoints({{{3, 4}, 1}, {{3, 4}, 3}}, m);
+        QVERIFY(VORN_AddToPointTree(tree, QPointF(3, 4), 2, m));
+        QCOMPARE(VORN_RemoveFromPointTree(tree, QPointF(3, 4), 1), expected == QPointF(3, 4));
+        VORN_RemoveFromPointTree(tree, expected, 1); // as it lies in the tree
+        QCOMPARE(takeContents(tree), contents({{expected, 2}, {expected, 3}}));
+    }
 }
 
 void TestPointTrees::queriesArePassedOn()

