@@ -11,7 +11,6 @@ using namespace datainterface;
 class TestFrequencies : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void talliesCountAsOneByOne_data();
     void talliesCountAsOneByOne();
     void aFullTableTakesNothing();
     void nansAreOneKeyBehindAllNumbers();
@@ -19,7 +18,6 @@ private Q_SLOTS:
     void statisticsOfATime();
     void statisticsFollowBulkChanges();
     void widthsHoldTheExtremes();
-    void classes_data();
     void classes();
     void normalScoresAreTold();
 
@@ -28,18 +26,6 @@ private:
 
     BlockStore mStore;
 };
-
-void TestFrequencies::talliesCountAsOneByOne_data()
-{
-    QTest::addColumn<int>("keys");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<bool>("up");
-    QTest::newRow("few") << 10 << 30 << true;
-    QTest::newRow("many") << 300 << 20000 << true;
-    QTest::newRow("over the limit") << 9000 << 30000 << true;
-    QTest::newRow("down") << 300 << 2000 << false;
-    QTest::newRow("few down") << 4000 << 100 << false;
-}
 
 template <class T> void TestFrequencies::compareTally(int keys, int count, bool up)
 {
@@ -70,11 +56,15 @@ template <class T> void TestFrequencies::compareTally(int keys, int count, bool 
 
 void TestFrequencies::talliesCountAsOneByOne()
 {
-    QFETCH(int, keys);
-    QFETCH(int, count);
-    QFETCH(bool, up);
-    compareTally<int>(keys, count, up);
-    compareTally<double>(keys, count, up);
+    const auto compare = [this](int keys, int count, bool up) {
+        compareTally<int>(keys, count, up);
+        compareTally<double>(keys, count, up);
+    };
+    compare(10, 30, true);
+    compare(300, 20000, true);
+    compare(9000, 30000, true); // over the limit
+    compare(300, 2000, false);
+    compare(4000, 100, false);
 }
 
 void TestFrequencies::aFullTableTakesNothing()
@@ -187,44 +177,30 @@ void TestFrequencies::widthsHoldTheExtremes()
     integer.GetDataWidths(width, decimals);
     QCOMPARE(width, 4);
     QCOMPARE(decimals, 0);
-    LoneDataset text(StringType, MVectorDataset::TimeSlice, 2);
-    text.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<QString>{"ab", "abcde"}, {}, true, true);
-    text.GetDataWidths(width, decimals);
-    QCOMPARE(width, 5);
     LoneDataset none(IntegerType, MVectorDataset::TimeSlice, 2, 0);
     QCOMPARE(raisedText([&] { none.GetDataWidths(width, decimals); }), QString("Data stats not found"));
 }
 
-void TestFrequencies::classes_data()
-{
-    QTest::addColumn<QVector<double>>("values");
-    QTest::addColumn<int>("classification");
-    QTest::addColumn<int>("breakCount");
-    QTest::addColumn<QList<double>>("expected");
-    QTest::newRow("equal") << QVector<double>{0, 3, 8} << 0 << 4 << QList<double>{0, 2, 4, 8};
-    QTest::newRow("equal, nothing") << QVector<double>{} << 0 << 1 << QList<double>{0};
-    QTest::newRow("equal, one break") << QVector<double>{2, 5} << 0 << 1 << QList<double>{5};
-    QTest::newRow("quantiles") << QVector<double>{1, 1, 1, 1, 2} << 1 << 3 << QList<double>{1, 1, 2};
-    QTest::newRow("natural") << QVector<double>{1, 1, 1, 9} << 2 << 3 << QList<double>{1, 5, 9};
-    QTest::newRow("without what is no number")
-        << QVector<double>{1, 1, 1, 9, qQNaN(), qInf()} << 2 << 3 << QList<double>{1, 5, 9};
-}
-
 void TestFrequencies::classes()
 {
-    QFETCH(QVector<double>, values);
-    QFETCH(int, classification);
-    QFETCH(int, breakCount);
-    QFETCH(QList<double>, expected);
-    LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, 1);
-    for (const double value : values)
-        dataset.UpdateFrequencies(value, true);
-    const auto type = static_cast<MDataset::ClassificationType>(classification);
-    QCOMPARE(dataset.GetIntervalBreaks(0, breakCount, type, false), expected);
-    QCOMPARE(raisedText([&] { dataset.GetIntervalBreaks(0, 3, static_cast<MDataset::ClassificationType>(3), false); }),
+    using Classes = MDataset::ClassificationType;
+    using Breaks = QList<double>;
+    const auto breaks = [](Classes type, int count, const QVector<double> &values) {
+        LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, 1);
+        for (const double value : values)
+            dataset.UpdateFrequencies(value, true);
+        return dataset.GetIntervalBreaks(0, count, type, false);
+    };
+    QCOMPARE(breaks(MDataset::EqualIntervals, 4, {0, 3, 8}), (Breaks{0, 2, 4, 8}));
+    QCOMPARE(breaks(MDataset::EqualIntervals, 1, {}), Breaks{0});
+    QCOMPARE(breaks(MDataset::EqualIntervals, 1, {2, 5}), Breaks{5});
+    QCOMPARE(breaks(MDataset::Quantiles, 3, {1, 1, 1, 1, 2}), (Breaks{1, 1, 2}));
+    QCOMPARE(breaks(MDataset::Jenks, 3, {1, 1, 1, 9, qQNaN(), qInf()}), (Breaks{1, 5, 9}));
+    QCOMPARE(raisedText([&] { breaks(static_cast<Classes>(3), 3, {1}); }),
              QString("Invalid data type"));
     LoneDataset texts(StringType, MVectorDataset::TimeSlice, 1);
-    QCOMPARE(raisedText([&] { texts.GetIntervalBreaks(0, 3, type, false); }), QString("Invalid data type"));
+    QCOMPARE(raisedText([&] { texts.GetIntervalBreaks(0, 3, MDataset::Jenks, false); }),
+             QString("Invalid data type"));
 }
 
 void TestFrequencies::normalScoresAreTold()

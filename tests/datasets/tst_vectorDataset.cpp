@@ -33,7 +33,6 @@ private Q_SLOTS:
     void becomingStaticKeepsTheEarliestSlice();
     void seriesDoNotBecomeStatic();
     void resizingMarksAndCutsOff();
-    void removingRenumbers_data();
     void removingRenumbers();
     void aHeldSeriesIsNotRemoved();
     void containersAreTakenOver();
@@ -42,7 +41,6 @@ private Q_SLOTS:
     void intervalsInCommon();
     void valuesChangeWithTheirInterval();
     void firstValues();
-    void decimalsOfEitherType();
 
 private:
     template <class T> void removing();
@@ -149,14 +147,6 @@ void TestVectorDataset::resizingMarksAndCutsOff()
     QVERIFY(!series.GetTimeSeriesIntegerData(0)->contains(2));
 }
 
-void TestVectorDataset::removingRenumbers_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::newRow("integers") << int(IntegerType);
-    QTest::newRow("decimals") << int(DecimalType);
-    QTest::newRow("texts") << int(StringType);
-}
-
 template <class T> void TestVectorDataset::removing()
 {
     LoneDataset slices(Sample<T>::type, MVectorDataset::TimeSlice, 5);
@@ -176,12 +166,9 @@ template <class T> void TestVectorDataset::removing()
 
 void TestVectorDataset::removingRenumbers()
 {
-    QFETCH(int, type);
-    switch (type) {
-    case IntegerType: return removing<int>();
-    case DecimalType: return removing<double>();
-    default: return removing<QString>();
-    }
+    removing<int>();
+    removing<double>();
+    removing<QString>();
 }
 
 void TestVectorDataset::aHeldSeriesIsNotRemoved()
@@ -284,18 +271,6 @@ void TestVectorDataset::firstValues()
     QCOMPARE(slices.GetIdValue(0, 0), MDatum("a"));
     QVERIFY(slices.GetIdValue(0, 1).isEmpty());
     QVERIFY(slices.GetIdValue(0, 0xFFFFFFFFu).isEmpty());
-}
-
-void TestVectorDataset::decimalsOfEitherType()
-{
-    LoneDataset dataset(IntegerType, MVectorDataset::TimeSeries, 2);
-    dataset.AddTimeSeriesValue(0, 1, stamp("[0, 1]"), MDatum(3), true, true);
-    QVector<double> values;
-    QSet<int> missing;
-    QVERIFY(dataset.GetValuesAsDecimal(0, 1, values, missing));
-    QCOMPARE(values, (QVector<double>{0.0, 3.0}));
-    QCOMPARE(missing, QSet<int>{0});
-    QVERIFY(!LoneDataset(StringType, MVectorDataset::TimeSlice, 1).GetValuesAsDecimal(0, 1, values, missing));
 }
 
 QTEST_GUILESS_MAIN(TestVectorDataset)

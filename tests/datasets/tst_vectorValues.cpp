@@ -5,8 +5,6 @@
 #include "datasetFixture.h"
 #include "support/support.h"
 
-Q_DECLARE_METATYPE(MDatum)
-
 namespace {
 
 constexpr int kTicks = 26;
@@ -151,129 +149,94 @@ template <class T> bool isCountedRight(MVectorDataset &dataset)
 class TestVectorValues : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void slicesMerge_data();
     void slicesMerge();
-    void entriesMerge_data();
     void entriesMerge();
-    void walksOfSlicesFollowTheModel_data() { seeds(); }
-    void walksOfSlicesFollowTheModel();
-    void walksOfSeriesFollowTheModel_data() { seeds(); }
-    void walksOfSeriesFollowTheModel();
-    void aSplitSliceCountsItsCopy();
+    void walksFollowTheModel();
     void aReplacedCellKeepsItsKeyInTheTable();
-    void aRefusedCellIsCountedDownAllTheSame();
     void wrongUseIsRefused();
     void decimalsThatAreNotFiniteAreMissing();
-    void interpolates_data();
     void interpolates();
     void farTimesAreTold();
 
 private:
-    void seeds()
-    {
-        QTest::addColumn<unsigned>("seed");
-        for (unsigned seed = 1; seed <= 40; ++seed)
-            QTest::addRow("seed %u", seed) << seed;
-    }
     template <class T> void walkOfSlices(unsigned seed);
     template <class T> void walkOfSeries(unsigned seed);
 
     BlockStore mStore;
 };
 
-void TestVectorValues::slicesMerge_data()
-{
-    // Values are numbers, "-" is missing; slices stand as "interval values".
-    QTest::addColumn<QString>("present");
-    QTest::addColumn<QString>("added");
-    QTest::addColumn<bool>("overwrite");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("into nothing") << "" << "[5, 15) 9 -" << true << "[5, 15) 9 -";
-    QTest::newRow("over the end") << "[0, 10] 1 2" << "[5, 15] 9 -" << true
-                                  << "[0, 5) 1 2; [5, 10] 9 2; (10, 15] 9 -";
-    QTest::newRow("behind the end") << "[0, 10] 1 2" << "[5, 15] 9 -" << false << "[0, 10] 1 2; (10, 15] 9 -";
-    QTest::newRow("replaced whole") << "[0, 10] 1 -" << "[0, 10] 8 9" << true << "[0, 10] 8 9";
-    QTest::newRow("spanned") << "[2, 3] 1 2; [5, 6] 3 4" << "[0, 10] 8 9" << true << "[0, 10] 8 9";
-    QTest::newRow("in the middle") << "[0, 10] 1 2" << "(3, 5) 8 9" << true << "[0, 3] 1 2; (3, 5) 8 9; [5, 10] 1 2";
-    QTest::newRow("a hole filled") << "[0, 10] 1 -" << "[4, 12] 8 9" << false
-                                   << "[0, 4) 1 -; [4, 10] 1 9; (10, 12] 8 9";
-    QTest::newRow("nothing to fill") << "[0, 10] 1 2" << "[0, 10] 8 9" << false << "[0, 10] 1 2";
-    QTest::newRow("gaps filled") << "[2, 3] 1 2; [5, 6] 3 4" << "[0, 10) 8 9" << false
-                                 << "[0, 2) 8 9; [2, 3] 1 2; (3, 5) 8 9; [5, 6] 3 4; (6, 10) 8 9";
-    QTest::newRow("no tick between") << "[2, 3] 1 2; [4, 6] 3 4" << "[2, 6] 8 9" << false
-                                     << "[2, 3] 1 2; [4, 6] 3 4";
-    QTest::newRow("sharing no tick") << "[0, 5) 1 2" << "(4, 8] 8 9" << true << "[0, 4] 1 2; (4, 8] 8 9";
-    QTest::newRow("at one tick") << "[0, 10] 1 2" << "[5, 5] 9 -" << true
-                                 << "[0, 5) 1 2; [5, 5] 9 2; (5, 10] 1 2";
-    QTest::newRow("survivor first") << "[0, 4] 1 -; [5, 9] 2 3" << "[2, 7] 8 -" << true
-                                    << "[0, 2) 1 -; [2, 5) 8 -; [5, 7] 8 3; (7, 9] 2 3";
-}
-
 void TestVectorValues::slicesMerge()
 {
-    QFETCH(QString, present);
-    QFETCH(QString, added);
-    QFETCH(bool, overwrite);
-    QFETCH(QString, expected);
-    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
-    const auto add = [&dataset](const QString &slice, bool over) {
-        const QString interval = slice.section(' ', 0, 1);
-        const QStringList numbers = slice.section(' ', 2).split(' ');
-        QVector<int> values;
-        QSet<int> missing;
-        for (const QString &number : numbers) {
-            if (number == "-")
-                missing.insert(values.size());
-            values.append(number.toInt());
+    // Values are numbers, "-" is missing; slices stand as "interval values".
+    const auto merged = [](const QString &present, const QString &added, bool overwrite) {
+        LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
+        const auto add = [&dataset](const QString &slice, bool over) {
+            QVector<int> values;
+            QSet<int> missing;
+            for (const QString &number : slice.section(' ', 2).split(' ')) {
+                if (number == "-")
+                    missing.insert(values.size());
+                values.append(number.toInt());
+            }
+            return dataset.AddTimeSliceValues(0, stamp(slice.section(' ', 0, 1)), values, missing,
+                                              over, true);
+        };
+        for (const QString &slice : present.split("; ", Qt::SkipEmptyParts))
+            add(slice, false);
+        const bool isChanged = add(added, overwrite);
+        QStringList result;
+        const auto &slices = *dataset.GetTimeSliceIntegerData(0);
+        for (auto it = slices.begin(); it != slices.end(); ++it) {
+            QStringList numbers;
+            for (int id = 0; id < 2; ++id)
+                numbers.append((*it)->IsMissing(id) ? "-" : QString::number((*it)->GetValue(id)));
+            result.append(text(it.key()) + " " + numbers.join(' '));
         }
-        return dataset.AddTimeSliceValues(0, stamp(interval), values, missing, over, true);
+        const QString all = result.join("; ");
+        TimeStamp bounds;
+        const bool isBounded =
+            dataset.GetTimeBounds(bounds)
+            && bounds == dataset.CalculateTimeBounds(MVectorDataRealization()) + bounds;
+        return isBounded && isCountedRight<int>(dataset) && isChanged == (all != present)
+                   ? all
+                   : "not told";
     };
-    for (const QString &slice : present.split("; ", Qt::SkipEmptyParts))
-        QVERIFY(add(slice, false));
-    QCOMPARE(add(added, overwrite), expected != present);
-
-    QStringList result;
-    const auto &slices = *dataset.GetTimeSliceIntegerData(0);
-    for (auto it = slices.begin(); it != slices.end(); ++it) {
-        QStringList numbers;
-        for (int id = 0; id < 2; ++id)
-            numbers.append((*it)->IsMissing(id) ? "-" : QString::number((*it)->GetValue(id)));
-        result.append(text(it.key()) + " " + numbers.join(' '));
-    }
-    QCOMPARE(result.join("; "), expected);
-    QVERIFY(isCountedRight<int>(dataset));
-    TimeStamp bounds;
-    QVERIFY(dataset.GetTimeBounds(bounds));
-    QCOMPARE(bounds, dataset.CalculateTimeBounds(MVectorDataRealization()) + bounds);
-}
-
-void TestVectorValues::entriesMerge_data()
-{
-    QTest::addColumn<QString>("present");
-    QTest::addColumn<QString>("added");
-    QTest::addColumn<bool>("overwrite");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("one tick") << "[0, 10]" << "[5, 5]" << true << "[0, 5) [5, 5] (5, 10]";
-    QTest::newRow("no gap") << "[0, 5) [5, 10]" << "[0, 10]" << false << "[0, 5) [5, 10]";
-    QTest::newRow("a point between") << "[0, 5) (5, 10]" << "[0, 10]" << false << "[0, 5) [5, 5] (5, 10]";
-    QTest::newRow("no tick between") << "[0, 5] [6, 10]" << "[0, 10]" << false << "[0, 5] [6, 10]";
-    QTest::newRow("around") << "[3, 4] [6, 7)" << "(0, 10)" << false << "(0, 3) [3, 4] (4, 6) [6, 7) [7, 10)";
-    QTest::newRow("over both ends") << "[0, 4] [6, 9]" << "[3, 7)" << true << "[0, 3) [3, 7) [7, 9]";
-    QTest::newRow("covering") << "[2, 4] [6, 8]" << "[0, 9]" << true << "[0, 9]";
+    const QString whole("[0, 10] 1 2");
+    const QString pair("[2, 3] 1 2; [5, 6] 3 4");
+    QCOMPARE(merged("", "[5, 15) 9 -", true), QString("[5, 15) 9 -"));
+    QCOMPARE(merged(whole, "[5, 15] 9 -", true), QString("[0, 5) 1 2; [5, 10] 9 2; (10, 15] 9 -"));
+    QCOMPARE(merged(whole, "[5, 15] 9 -", false), QString("[0, 10] 1 2; (10, 15] 9 -"));
+    QCOMPARE(merged(pair, "[0, 10] 8 9", true), QString("[0, 10] 8 9"));
+    QCOMPARE(merged(whole, "(3, 5) 8 9", true), QString("[0, 3] 1 2; (3, 5) 8 9; [5, 10] 1 2"));
+    QCOMPARE(merged("[0, 10] 1 -", "[4, 12] 8 9", false),
+             QString("[0, 4) 1 -; [4, 10] 1 9; (10, 12] 8 9")); // a hole filled
+    QCOMPARE(merged(pair, "[0, 10) 8 9", false),
+             QString("[0, 2) 8 9; [2, 3] 1 2; (3, 5) 8 9; [5, 6] 3 4; (6, 10) 8 9"));
+    const QString close("[2, 3] 1 2; [4, 6] 3 4"); // no tick between
+    QCOMPARE(merged(close, "[2, 6] 8 9", false), close);
+    QCOMPARE(merged("[0, 5) 1 2", "(4, 8] 8 9", true), QString("[0, 4] 1 2; (4, 8] 8 9"));
+    QCOMPARE(merged(whole, "[5, 5] 9 -", true), QString("[0, 5) 1 2; [5, 5] 9 2; (5, 10] 1 2"));
+    QCOMPARE(merged("[0, 4] 1 -; [5, 9] 2 3", "[2, 7] 8 -", true),
+             QString("[0, 2) 1 -; [2, 5) 8 -; [5, 7] 8 3; (7, 9] 2 3"));
 }
 
 void TestVectorValues::entriesMerge()
 {
-    QFETCH(QString, present);
-    QFETCH(QString, added);
-    QFETCH(bool, overwrite);
-    QFETCH(QString, expected);
-    LoneDataset dataset(DecimalType, MVectorDataset::TimeSeries, 1);
-    for (const TimeStamp &t : stamps(present))
-        QVERIFY(dataset.AddTimeSeriesValue(0, 0, t, MDatum(1.0), false, true));
-    QVERIFY(dataset.AddTimeSeriesValue(0, 0, stamp(added), MDatum(2.0), overwrite, true));
-    QCOMPARE(text(dataset.GetTimeSeriesIntervals(0, 0)), expected);
-    QVERIFY(isCountedRight<double>(dataset));
+    const auto merged = [](const char *present, const char *added, bool overwrite) {
+        LoneDataset dataset(DecimalType, MVectorDataset::TimeSeries, 1);
+        for (const TimeStamp &t : stamps(present))
+            dataset.AddTimeSeriesValue(0, 0, t, MDatum(1.0), false, true);
+        dataset.AddTimeSeriesValue(0, 0, stamp(added), MDatum(2.0), overwrite, true);
+        return text(dataset.GetTimeSeriesIntervals(0, 0));
+    };
+    QCOMPARE(merged("[0, 10]", "[5, 5]", true), QString("[0, 5) [5, 5] (5, 10]"));
+    QCOMPARE(merged("[0, 4] [6, 9]", "[3, 7)", true), QString("[0, 3) [3, 7) [7, 9]"));
+    QCOMPARE(merged("[2, 4] [6, 8]", "[0, 9]", true), QString("[0, 9]"));
+    QCOMPARE(merged("[0, 5) (5, 10]", "[0, 10]", false), QString("[0, 5) [5, 5] (5, 10]"));
+    QCOMPARE(merged("[0, 5] [6, 10]", "[0, 10]", false),
+             QString("[0, 5] [6, 10]")); // no tick between
+    QCOMPARE(merged("[3, 4] [6, 7)", "(0, 10)", false),
+             QString("(0, 3) [3, 4] (4, 6) [6, 7) [7, 10)"));
 }
 
 template <class T> void TestVectorValues::walkOfSlices(unsigned seed)
@@ -321,12 +284,16 @@ template <class T> void TestVectorValues::walkOfSlices(unsigned seed)
     }
 }
 
-void TestVectorValues::walksOfSlicesFollowTheModel()
+void TestVectorValues::walksFollowTheModel()
 {
-    QFETCH(unsigned, seed);
-    walkOfSlices<int>(seed);
-    walkOfSlices<double>(seed);
-    walkOfSlices<QString>(seed);
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        walkOfSlices<int>(seed);
+        walkOfSlices<double>(seed);
+        walkOfSlices<QString>(seed);
+        walkOfSeries<int>(seed);
+        walkOfSeries<double>(seed);
+        walkOfSeries<QString>(seed);
+    }
 }
 
 template <class T> void TestVectorValues::walkOfSeries(unsigned seed)
@@ -358,22 +325,6 @@ template <class T> void TestVectorValues::walkOfSeries(unsigned seed)
     }
 }
 
-void TestVectorValues::walksOfSeriesFollowTheModel()
-{
-    QFETCH(unsigned, seed);
-    walkOfSeries<int>(seed);
-    walkOfSeries<double>(seed);
-    walkOfSeries<QString>(seed);
-}
-
-void TestVectorValues::aSplitSliceCountsItsCopy()
-{
-    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
-    dataset.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{1, 2}, {}, true, true);
-    dataset.AddTimeSliceValues(0, stamp("[4, 5]"), QVector<int>{3, 3}, {}, true, true);
-    QCOMPARE(*dataset.GetIntegerFrequencies(), (QMap<int, int>{{1, 2}, {2, 2}, {3, 2}}));
-}
-
 void TestVectorValues::aReplacedCellKeepsItsKeyInTheTable()
 {
     LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
@@ -381,17 +332,15 @@ void TestVectorValues::aReplacedCellKeepsItsKeyInTheTable()
     QVERIFY(dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), true, true));
     QCOMPARE(*dataset.GetIntegerFrequencies(), (QMap<int, int>{{1, 0}, {2, 1}, {5, 1}}));
     dataset.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{7, 8}, {}, true, false);
-    QCOMPARE(raisedText([&] { dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), true, true); }),
+    QCOMPARE(raisedText(
+                 [&] { dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), true, true); }),
              QString("frequencies.contains(oldValue)"));
-}
 
-void TestVectorValues::aRefusedCellIsCountedDownAllTheSame()
-{
-    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
-    dataset.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{1, 2}, {}, true, true);
-    QVERIFY(dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), false, true));
-    QCOMPARE(dataset.GetValue(0, 3, 0), MDatum(1));
-    QCOMPARE(*dataset.GetIntegerFrequencies(), (QMap<int, int>{{1, 0}, {2, 1}}));
+    LoneDataset kept(IntegerType, MVectorDataset::TimeSlice, 2);
+    kept.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{1, 2}, {}, true, true);
+    QVERIFY(kept.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), false, true));
+    QCOMPARE(kept.GetValue(0, 3, 0), MDatum(1)); // refused, and counted down all the same
+    QCOMPARE(*kept.GetIntegerFrequencies(), (QMap<int, int>{{1, 0}, {2, 1}}));
 }
 
 void TestVectorValues::wrongUseIsRefused()
@@ -443,26 +392,8 @@ void TestVectorValues::decimalsThatAreNotFiniteAreMissing()
     QCOMPARE(stats.mean, 2.0);
 }
 
-void TestVectorValues::interpolates_data()
-{
-    QTest::addColumn<qint64>("time");
-    QTest::addColumn<MDatum>("expected");
-    // 10 on [0, 10], 30 on [20, 30), nothing on [40, 50], 70 on [60, 60]
-    QTest::newRow("before the first") << qint64(-1) << MDatum();
-    QTest::newRow("first half, no neighbour") << qint64(2) << MDatum(10.0);
-    QTest::newRow("at the middle") << qint64(5) << MDatum(10.0);
-    QTest::newRow("second half") << qint64(8) << MDatum(10.0 + 20.0 * 3 / 15);
-    QTest::newRow("in a gap") << qint64(15) << MDatum(10.0 + 20.0 * 15 / 20);
-    QTest::newRow("before the middle") << qint64(21) << MDatum(10.0 + 20.0 * 21 / 25);
-    QTest::newRow("missing there") << qint64(45) << MDatum(30.0 + 40.0 * 25 / 40);
-    QTest::newRow("at the last") << qint64(60) << MDatum(70.0);
-    QTest::newRow("behind the last") << qint64(61) << MDatum();
-}
-
 void TestVectorValues::interpolates()
 {
-    QFETCH(qint64, time);
-    QFETCH(MDatum, expected);
     LoneDataset slices(IntegerType, MVectorDataset::TimeSlice, 2);
     LoneDataset series(IntegerType, MVectorDataset::TimeSeries, 2);
     const QVector<QPair<TimeStamp, int>> values{
@@ -472,8 +403,18 @@ void TestVectorValues::interpolates()
         if (n >= 0)
             series.AddTimeSeriesValue(0, 0, t, MDatum(n), true, false);
     }
-    QCOMPARE(slices.GetValue(0, time, true, 0), expected);
-    QCOMPARE(series.GetValue(0, time, true, 0), expected);
+    for (LoneDataset *dataset : {&slices, &series}) {
+        const auto at = [dataset](qint64 time) { return dataset->GetValue(0, time, true, 0); };
+        QCOMPARE(at(-1), MDatum());
+        QCOMPARE(at(2), MDatum(10.0)); // the first half has no neighbour
+        QCOMPARE(at(5), MDatum(10.0));
+        QCOMPARE(at(8), MDatum(10.0 + 20.0 * 3 / 15));
+        QCOMPARE(at(15), MDatum(10.0 + 20.0 * 15 / 20)); // in a gap
+        QCOMPARE(at(21), MDatum(10.0 + 20.0 * 21 / 25)); // before the middle
+        QCOMPARE(at(45), MDatum(30.0 + 40.0 * 25 / 40)); // missing there
+        QCOMPARE(at(60), MDatum(70.0));
+        QCOMPARE(at(61), MDatum());
+    }
 }
 
 void TestVectorValues::farTimesAreTold()
