@@ -35,54 +35,36 @@ TimeStep clockStep(int hours, int minutes, int seconds)
 
 } // namespace
 
-Q_DECLARE_METATYPE(TimeStep)
-
 class TestCalendar : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void constructs_data();
     void constructs();
     void componentsOfADate();
-    void timesOfDayHaveNoComponents();
-    void daysBeforeTheEpochTruncateTowardIt();
-    void steps_data();
     void steps();
-    void texts_data();
     void texts();
-    void stepTexts_data();
     void stepTexts();
     void intervalTextAgreesWithTheStamp();
     void textsGoThroughTheTranslator();
 };
 
-void TestCalendar::constructs_data()
-{
-    QTest::addColumn<int>("format");
-    QTest::addColumn<QVector<int>>("parts");
-    QTest::addColumn<qint64>("expected");
-    using Parts = QVector<int>;
-    QTest::newRow("epoch") << int(TF_Date) << Parts{1752, 9, 14, 99, 99, 99} << qint64(0);
-    QTest::newRow("day after") << int(TF_Date) << Parts{1752, 9, 15, 0, 0, 0} << kDay;
-    QTest::newRow("no such day") << int(TF_Date) << Parts{2000, 2, 30, 0, 0, 0} << qint64(-1);
-    // 90,352 days from 14 September 1752: Julian day numbers 2361222 and 2451545 + 29.
-    QTest::newRow("leap day") << int(TF_Date) << Parts{2000, 2, 29, 0, 0, 0}
-                              << qint64(2451604 - 2361222) * kDay;
-    QTest::newRow("time") << int(TF_Time) << Parts{23, 59, 59, 0, 0, 0} << qint64(86399);
-    QTest::newRow("no such hour") << int(TF_Time) << Parts{24, 0, 0, 0, 0, 0} << qint64(-1);
-    QTest::newRow("both") << int(TF_DateTime) << Parts{1752, 9, 13, 0, 0, 1} << 1 - kDay;
-    QTest::newRow("no such minute")
-        << int(TF_DateTime) << Parts{1752, 9, 14, 0, 60, 0} << qint64(-1);
-    QTest::newRow("number") << int(TF_Integer) << Parts{-7, 0, 0, 0, 0, 0} << qint64(-7);
-    QTest::newRow("no format") << 9 << Parts{1, 1, 1, 1, 1, 1} << qint64(-1);
-}
-
 void TestCalendar::constructs()
 {
-    QFETCH(int, format);
-    QFETCH(QVector<int>, parts);
-    QTEST(VORN_ConstructTime(static_cast<TimeFormat>(format), parts[0], parts[1], parts[2],
-                             parts[3], parts[4], parts[5]),
-          "expected");
+    const auto time = [](TimeFormat format, int a, int b, int c, int d, int e, int f) {
+        return VORN_ConstructTime(format, a, b, c, d, e, f);
+    };
+    QCOMPARE(time(TF_Date, 1752, 9, 14, 99, 99, 99), qint64(0));
+    QCOMPARE(time(TF_Date, 2000, 2, 30, 0, 0, 0), qint64(-1));
+    // 90,352 days from 14 September 1752: Julian day numbers 2361222 and 2451545 + 29.
+    QCOMPARE(time(TF_Date, 2000, 2, 29, 0, 0, 0), qint64(2451604 - 2361222) * kDay);
+    QCOMPARE(time(TF_Time, 23, 59, 59, 0, 0, 0), qint64(86399));
+    QCOMPARE(time(TF_Time, 24, 0, 0, 0, 0, 0), qint64(-1));
+    QCOMPARE(time(TF_DateTime, 1752, 9, 13, 0, 0, 1), 1 - kDay);
+    QCOMPARE(time(TF_DateTime, 1752, 9, 14, 0, 60, 0), qint64(-1));
+    QCOMPARE(time(TF_Integer, -7, 0, 0, 0, 0, 0), qint64(-7));
+    QCOMPARE(time(static_cast<TimeFormat>(9), 1, 1, 1, 1, 1, 1), qint64(-1));
+    // Days before the epoch truncate toward it.
+    QCOMPARE(datainterface::ConvertToDate(-1), QDate(1752, 9, 14));
+    QCOMPARE(datainterface::ConvertToDate(-kDay - 1), QDate(1752, 9, 13));
 }
 
 void TestCalendar::componentsOfADate()
@@ -97,112 +79,72 @@ void TestCalendar::componentsOfADate()
     QVERIFY(
         VORN_GetTimeComponents((qint64(5) << 32) | 0xFFFFFFFE, TF_Integer, &a, &b, &c, &d, &e, &f));
     QCOMPARE(a, -2);
+    QVERIFY(!VORN_GetTimeComponents(3600, TF_Time, &a, &b, &c, &d, &e, &f));
+    QVERIFY(datainterface::ConvertToTime(3600).isNull());
     QVERIFY(!VORN_GetTimeComponents(0, static_cast<TimeFormat>(4), &a, &b, &c, &d, &e, &f));
     QVERIFY(!VORN_GetTimeComponents(std::numeric_limits<qint64>::max(), TF_Date, &a, &b, &c, &d, &e,
                                     &f));
 }
 
-void TestCalendar::timesOfDayHaveNoComponents()
-{
-    int a = 3;
-    QVERIFY(
-        !VORN_GetTimeComponents(3600, TF_Time, &a, nullptr, nullptr, nullptr, nullptr, nullptr));
-    QCOMPARE(a, 3);
-    QVERIFY(datainterface::ConvertToTime(3600).isNull());
-}
-
-void TestCalendar::daysBeforeTheEpochTruncateTowardIt()
-{
-    QCOMPARE(datainterface::ConvertToDate(-1), QDate(1752, 9, 14));
-    QCOMPARE(datainterface::ConvertToDate(-kDay), QDate(1752, 9, 13));
-    QCOMPARE(datainterface::ConvertToDate(-kDay - 1), QDate(1752, 9, 13));
-}
-
-void TestCalendar::steps_data()
-{
-    QTest::addColumn<int>("format");
-    QTest::addColumn<TimeStep>("step");
-    QTest::addColumn<qint64>("from");
-    QTest::addColumn<qint64>("expected");
-    const auto row = [](const char *name, TimeFormat format, TimeStep by, qint64 from, qint64 to) {
-        QTest::newRow(name) << int(format) << by << from << to;
-    };
-    row("month end", TF_Date, step(0, 1, 0, false), day(2001, 1, 31), day(2001, 2, 28));
-    row("exact month", TF_Date, step(0, 1, 0, true), day(2001, 1, 31), day(2001, 3, 2));
-    row("years first", TF_Date, step(1, 1, 1, false), day(2000, 1, 31), day(2001, 3, 1));
-    row("from a leap day", TF_Date, step(1, 0, 0, false), day(2000, 2, 29), day(2001, 2, 28));
-    row("exact years", TF_Date, step(2, 0, -1, true), 0, 729 * kDay);
-    row("exact days wrap at 32 bits", TF_Date, step(0, 0, 25000, true), 0,
-        25000 * kDay - (qint64(1) << 32));
-    row("drops the time of day", TF_Date, step(0, 0, 1, false), 5 * kDay + 30, 6 * kDay);
-    row("within the day", TF_Time, clockStep(1, 2, 3), 10, 10 + 3723);
-    row("stops at midnight", TF_Time, clockStep(1, 0, 0), 86000, 86399);
-    row("below zero", TF_Time, clockStep(-1, 0, 0), 10, -3590);
-    row("calendar drops the time of day", TF_DateTime, step(0, 1, 0, false), day(2000, 1, 31) + 59,
-        day(2000, 2, 29));
-    row("exact keeps it", TF_DateTime, step(0, 0, 1, true), 59, kDay + 59);
-    TimeStep ticks;
-    ticks.steps = -3;
-    row("ticks", TF_Integer, ticks, 1, -2);
-    row("no format", static_cast<TimeFormat>(8), ticks, 1, 1);
-}
-
 void TestCalendar::steps()
 {
-    QFETCH(int, format);
-    QFETCH(TimeStep, step);
-    QFETCH(qint64, from);
-    QTEST(VORN_UpdateTime(static_cast<TimeFormat>(format), step, from), "expected");
-}
-
-void TestCalendar::texts_data()
-{
-    QTest::addColumn<int>("format");
-    QTest::addColumn<qint64>("time");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("date") << int(TF_Date) << day(2000, 2, 29)
-                          << QLocale::system().toString(QDate(2000, 2, 29), "d MMM yyyy");
-    QTest::newRow("time") << int(TF_Time) << qint64(3600) << QString();
-    QTest::newRow("both") << int(TF_DateTime) << qint64(3600)
-                          << QString(QLocale::system().toString(QDate(1752, 9, 14), "d MMM yyyy")
-                                     + " ");
-    QTest::newRow("number") << int(TF_Integer) << qint64(-5) << "-5";
-    QTest::newRow("no format") << 4 << qint64(1) << QString();
+    const auto check = [](const char *name, TimeFormat format, const TimeStep &by, qint64 from,
+                          qint64 expected) {
+        const qint64 found = VORN_UpdateTime(format, by, from);
+        QVERIFY2(found == expected, qPrintable(QString("%1: %2").arg(name).arg(found)));
+    };
+    check("month end", TF_Date, step(0, 1, 0, false), day(2001, 1, 31), day(2001, 2, 28));
+    check("exact month", TF_Date, step(0, 1, 0, true), day(2001, 1, 31), day(2001, 3, 2));
+    check("years first", TF_Date, step(1, 1, 1, false), day(2000, 1, 31), day(2001, 3, 1));
+    check("from a leap day", TF_Date, step(1, 0, 0, false), day(2000, 2, 29), day(2001, 2, 28));
+    check("exact years", TF_Date, step(2, 0, -1, true), 0, 729 * kDay);
+    check("exact days wrap at 32 bits", TF_Date, step(0, 0, 25000, true), 0,
+          25000 * kDay - (qint64(1) << 32));
+    check("drops the time of day", TF_Date, step(0, 0, 1, false), 5 * kDay + 30, 6 * kDay);
+    check("within the day", TF_Time, clockStep(1, 2, 3), 10, 10 + 3723);
+    check("stops at midnight", TF_Time, clockStep(1, 0, 0), 86000, 86399);
+    check("below zero", TF_Time, clockStep(-1, 0, 0), 10, -3590);
+    check("calendar drops the time of day", TF_DateTime, step(0, 1, 0, false),
+          day(2000, 1, 31) + 59, day(2000, 2, 29));
+    check("exact keeps it", TF_DateTime, step(0, 0, 1, true), 59, kDay + 59);
+    TimeStep ticks;
+    ticks.steps = -3;
+    check("ticks", TF_Integer, ticks, 1, -2);
+    check("no format", static_cast<TimeFormat>(8), ticks, 1, 1);
 }
 
 void TestCalendar::texts()
 {
-    QFETCH(int, format);
-    QFETCH(qint64, time);
-    QString text;
-    QVERIFY(VORN_GetTimeString(static_cast<TimeFormat>(format), time, text));
-    QTEST(text, "expected");
+    const auto told = [](int format, qint64 time) {
+        QString text;
+        return VORN_GetTimeString(static_cast<TimeFormat>(format), time, text) ? text : "failed";
+    };
+    const QLocale locale = QLocale::system();
+    QCOMPARE(told(TF_Date, day(2000, 2, 29)), locale.toString(QDate(2000, 2, 29), "d MMM yyyy"));
+    QCOMPARE(told(TF_Time, 3600), QString());
+    QCOMPARE(told(TF_DateTime, 3600),
+             QString(locale.toString(QDate(1752, 9, 14), "d MMM yyyy") + " "));
+    QCOMPARE(told(TF_Integer, -5), QString("-5"));
+    QCOMPARE(told(4, 1), QString());
 }
 
-void TestCalendar::stepTexts_data()
+void TestCalendar::stepTexts()
 {
-    QTest::addColumn<int>("format");
-    QTest::addColumn<TimeStep>("step");
-    QTest::addColumn<QString>("expected");
+    const auto told = [](const TimeStep &step, int format) {
+        return datainterface::TimeStepToString(step, static_cast<TimeFormat>(format));
+    };
     TimeStep all = step(1, -2, 3, false);
     all.hours = 4;
     all.minutes = 5;
     all.seconds = 6;
     all.steps = 7;
-    QTest::newRow("date, exact") << int(TF_Date) << step(0, 1, 0, true) << "[0y,1m,0d] (exact)";
-    QTest::newRow("time") << int(TF_Time) << all << "[4h,5m,6s]";
-    QTest::newRow("both") << int(TF_DateTime) << all << "[1y,-2m,3d] [4h,5m,6s]";
+    QCOMPARE(told(step(0, 1, 0, true), TF_Date), QString("[0y,1m,0d] (exact)"));
+    QCOMPARE(told(all, TF_Time), QString("[4h,5m,6s]"));
+    QCOMPARE(told(all, TF_DateTime), QString("[1y,-2m,3d] [4h,5m,6s]"));
     all.exact = true;
-    QTest::newRow("both, exact") << int(TF_DateTime) << all << "[1y,-2m,3d] [4h,5m,6s] (exact)";
-    QTest::newRow("number") << int(TF_Integer) << all << "7";
-    QTest::newRow("no format") << -1 << all << QString();
-}
-
-void TestCalendar::stepTexts()
-{
-    QFETCH(int, format);
-    QFETCH(TimeStep, step);
-    QTEST(datainterface::TimeStepToString(step, static_cast<TimeFormat>(format)), "expected");
+    QCOMPARE(told(all, TF_DateTime), QString("[1y,-2m,3d] [4h,5m,6s] (exact)"));
+    QCOMPARE(told(all, TF_Integer), QString("7"));
+    QCOMPARE(told(all, -1), QString());
 }
 
 void TestCalendar::intervalTextAgreesWithTheStamp()
