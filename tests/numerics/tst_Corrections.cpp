@@ -5,8 +5,6 @@
 #include "datainterface/StatisticsAPI.h"
 #include "support/support.h"
 
-Q_DECLARE_METATYPE(VORN_MissingData)
-
 namespace {
 
 const double kNaN = std::nan("");
@@ -37,54 +35,36 @@ using Correction = QVector<int> (*)(const QVector<double> &, const VORN_MissingD
 class TestCorrections : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void knownCases_data();
     void knownCases();
     void sortedWalksEqualThePlainOnes();
     void familiesGrowUntilChanceFillsThem();
     void familiesEqualTheWalkOverEveryFamily();
 };
 
-void TestCorrections::knownCases_data()
+void TestCorrections::knownCases()
 {
-    QTest::addColumn<QVector<double>>("p");
-    QTest::addColumn<VORN_MissingData>("missing");
-    QTest::addColumn<double>("alpha");
-    QTest::addColumn<QVector<int>>("bonferroni");
-    QTest::addColumn<QVector<int>>("holm");
-    QTest::addColumn<QVector<int>>("simes");
-    QTest::addColumn<QVector<int>>("fdr");
-    using P = QVector<double>;
     using I = QVector<int>;
+    const auto check = [](const char *name, const QVector<double> &p,
+                          const VORN_MissingData &missing, double alpha, const I &bonferroni,
+                          const I &holm, const I &simes, const I &fdr) {
+        QVERIFY2(VORN_PerformBonferroniCorrection(p, missing, alpha) == bonferroni, name);
+        QVERIFY2(VORN_PerformHolmCorrection(p, missing, alpha) == holm, name);
+        QVERIFY2(VORN_PerformSimesCorrection(p, missing, alpha) == simes, name);
+        QVERIFY2(VORN_PerformFDRCorrection(p, missing, alpha) == fdr, name);
+    };
+    using P = QVector<double>;
     const VORN_MissingData none;
     VORN_MissingData all(QSet<int>{0});
     all.setAllMissing(2);
-    QTest::newRow("strict and not strict") << P{0.01, 0.02} << none << 0.04 << I{0} << I{0, 1} << I{} << I{1, 0};
-    QTest::newRow("equality passes Holm") << P{0.01, 0.04} << none << 0.05 << I{0} << I{0, 1} << I{} << I{1, 0};
-    QTest::newRow("each at its own rank") << P{0.01, 0.03, 0.9} << none << 0.05 << I{0} << I{0} << I{2, 1} << I{1, 0};
-    QTest::newRow("one misses its own threshold")
-        << P{0.02, 0.03, 0.04} << none << 0.05 << I{} << I{} << I{} << I{2, 1};
-    QTest::newRow("a missing object is tested by one alone")
-        << P{0.001, 0.02, 0.5} << VORN_MissingData(QSet<int>{0}) << 0.05 << I{0, 1} << I{1} << I{2} << I{1};
-    QTest::newRow("all missing") << P{0.001, 0.002} << all << 0.05 << I{} << I{} << I{} << I{};
-    QTest::newRow("all missing, one by one")
-        << P{0.001, 0.002} << VORN_MissingData(QSet<int>{0, 1}) << 0.05 << I{} << I{} << I{} << I{};
-    QTest::newRow("empty") << P{} << none << 0.05 << I{} << I{} << I{} << I{};
-    QTest::newRow("a NaN never passes") << P{kNaN, 0.001} << none << 0.05 << I{1} << I{1} << I{0} << I{1};
-}
-
-void TestCorrections::knownCases()
-{
-    QFETCH(QVector<double>, p);
-    QFETCH(VORN_MissingData, missing);
-    QFETCH(double, alpha);
-    QFETCH(QVector<int>, bonferroni);
-    QFETCH(QVector<int>, holm);
-    QFETCH(QVector<int>, simes);
-    QFETCH(QVector<int>, fdr);
-    QCOMPARE(VORN_PerformBonferroniCorrection(p, missing, alpha), bonferroni);
-    QCOMPARE(VORN_PerformHolmCorrection(p, missing, alpha), holm);
-    QCOMPARE(VORN_PerformSimesCorrection(p, missing, alpha), simes);
-    QCOMPARE(VORN_PerformFDRCorrection(p, missing, alpha), fdr);
+    check("strict and not strict", P{0.01, 0.02}, none, 0.04, I{0}, I{0, 1}, I{}, I{1, 0});
+    check("equality passes Holm", P{0.01, 0.04}, none, 0.05, I{0}, I{0, 1}, I{}, I{1, 0});
+    check("each at its own rank", P{0.01, 0.03, 0.9}, none, 0.05, I{0}, I{0}, I{2, 1}, I{1, 0});
+    check("one misses its own threshold", P{0.02, 0.03, 0.04}, none, 0.05, I{}, I{}, I{}, I{2, 1});
+    check("a missing object is tested by one alone", P{0.001, 0.02, 0.5},
+          VORN_MissingData(QSet<int>{0}), 0.05, I{0, 1}, I{1}, I{2}, I{1});
+    check("all missing", P{0.001, 0.002}, all, 0.05, I{}, I{}, I{}, I{});
+    check("empty", P{}, none, 0.05, I{}, I{}, I{}, I{});
+    check("a NaN never passes", P{kNaN, 0.001}, none, 0.05, I{1}, I{1}, I{0}, I{1});
 }
 
 void TestCorrections::sortedWalksEqualThePlainOnes()
