@@ -32,10 +32,8 @@ class TestMeridorImport : public QObject {
 private Q_SLOTS:
     void readsSeriesOfEveryForm_data();
     void readsSeriesOfEveryForm();
-    void namesThePlaceOfWhatIsWrong_data();
     void namesThePlaceOfWhatIsWrong();
     void namesKeysThatDoNotMatch();
-    void keepsCodesAndWideNumbersAsTheyAre_data();
     void keepsCodesAndWideNumbersAsTheyAre();
     void makesOneObjectOfTheRowsOfAKey();
     void letsPositionsHoldUntilTheNext();
@@ -106,80 +104,55 @@ void TestMeridorImport::readsSeriesOfEveryForm()
     QCOMPARE(told(valuesOf(place, "v", "c")), c);
 }
 
-void TestMeridorImport::namesThePlaceOfWhatIsWrong_data()
-{
-    QTest::addColumn<QByteArray>("map");
-    QTest::addColumn<QByteArray>("table");
-    QTest::addColumn<QStringList>("options");
-    QTest::addColumn<QString>("told");
-    const QByteArray map = squares();
-    const QByteArray point = "{\"type\":\"Feature\",\"properties\":{},\"geometry\":{\"type\":"
-                             "\"Point\",\"coordinates\":[0,0]}}";
-    QTest::newRow("no map") << QByteArray() << QByteArray() << QStringList{}
-                            << "map.geojson: not a file that GDAL reads";
-    QTest::newRow("no such field") << map << QByteArray() << QStringList{"--key", "fips"}
-                                   << "map.geojson: no field fips; there are: id";
-    QTest::newRow("text among numbers") << map << QByteArray("id,v1,v2\na,1,2\nb,3,4\nc,5,many\n")
-                                        << QStringList{"--table", "t.csv", "--series", "v=v1..v2"}
-                                        << "t.csv, field v2, row 3: \"many\" is no number";
-    QTest::newRow("not of the asked type")
-        << map << QByteArray("id,v1\na,1\nb,2.5\n")
-        << QStringList{"--table", "t.csv", "--series", "v=v1", "--type", "v=integer"}
-        << "t.csv, field v1, row 2: \"2.5\" is no integer";
-    QTest::newRow("key twice in a table")
-        << map << QByteArray("id,x\na,1\nb,2\na,3\n") << QStringList{"--table", "t.csv"}
-        << "t.csv, field id, row 3: key a stands in row 1 already";
-    QTest::newRow("no key matches")
-        << map << QByteArray("id,x\n1,1\n2,2\n") << QStringList{"--table", "t.csv"}
-        << "t.csv: no key in field id is one of the map's";
-    QTest::newRow("no time") << map << QByteArray("id,born\na,1900\nb,soon\n")
-                             << QStringList{"--table", "t.csv", "--start", "born"}
-                             << "t.csv, field born, row 2: \"soon\" is no number";
-    QTest::newRow("end before start")
-        << map << QByteArray("id,s,e\na,1,2\nb,9,3\nc,1,1\n")
-        << QStringList{"--table", "t.csv", "--start", "s", "--end", "e"}
-        << "t.csv, field e, row 2: the end 3 lies before the start 9";
-    QTest::newRow("two values at a time")
-        << map << QByteArray("id,t,x\na,5,1\na,5,2\n")
-        << QStringList{"--observations", "t.csv", "--observe", "v=x@t"}
-        << "t.csv: object a has two values of v at 5";
-    QTest::newRow("series overlap") << map << QByteArray("id,x,y\na,5,1\n")
-                                    << QStringList{"--table", "t.csv", "--series", "v=x@1/3,y@3/4"}
-                                    << "series v: fields x and y hold at the same time";
-    QTest::newRow("two shapes at one time")
-        << squares().replace("\"b\"", "\"a\"") << QByteArray() << QStringList{}
-        << "map.geojson, rows 1 and 2: object a has two shapes at one time";
-    QTest::newRow("mixed shapes") << squares().replace("]}}]}", "]}}," + point + "]}")
-                                  << QByteArray() << QStringList{}
-                                  << "map.geojson, row 4: a point among shapes of another kind";
-    QTest::newRow("no shape at all")
-        << QByteArray("{\"type\":\"FeatureCollection\",\"features\":[{\"type\":\"Feature\","
-                      "\"properties\":{\"id\":\"a\"},\"geometry\":null}]}")
-        << QByteArray() << QStringList{} << "map.geojson: holds no shapes";
-    QTest::newRow("two datasets of a name")
-        << map << QByteArray("id,x,y\na,5,1\n")
-        << QStringList{"--table", "t.csv", "--series", "x=y@3"} << "two datasets would be called x";
-}
-
 void TestMeridorImport::namesThePlaceOfWhatIsWrong()
 {
-    QFETCH(QByteArray, map);
-    QFETCH(QByteArray, table);
-    QFETCH(QStringList, options);
-    QFETCH(QString, told);
-    const Workplace place;
-    place.file("map.geojson", map);
-    if (!table.isEmpty())
-        place.file("t.csv", table);
-    const QStringList before = place.files();
-    QStringList arguments{"import", "map.geojson", "p.vorn"};
-    if (!options.contains("--key"))
-        arguments += QStringList{"--key", "id"};
-    const Outcome outcome = place.run(arguments + options);
-    QVERIFY2(outcome.err.contains(told), qPrintable(outcome.err));
-    QVERIFY(outcome.code == 1 || outcome.code == 2);
-    QCOMPARE(outcome.out, QString());
-    QCOMPARE(place.files(), before); // nothing half-made stays
+    const auto check = [](const QByteArray &map, const QByteArray &table,
+                          const QStringList &options, const char *told) {
+        const Workplace place;
+        place.file("map.geojson", map);
+        QStringList arguments{"import", "map.geojson", "p.vorn"};
+        if (!options.contains("--key"))
+            arguments += QStringList{"--key", "id"};
+        if (!table.isEmpty()) {
+            place.file("t.csv", table);
+            arguments += options.contains("--observe") ? "--observations" : "--table";
+            arguments += "t.csv";
+        }
+        const QStringList before = place.files();
+        const Outcome outcome = place.run(arguments + options);
+        QVERIFY2(outcome.err.contains(told), qPrintable(QString(told) + '\n' + outcome.err));
+        QVERIFY(outcome.code == 1 || outcome.code == 2);
+        QCOMPARE(outcome.out, QString());
+        QCOMPARE(place.files(), before); // nothing half-made stays
+    };
+    const QByteArray map = squares();
+    check("", "", {}, "map.geojson: not a file that GDAL reads");
+    check(map, "", {"--key", "fips"}, "map.geojson: no field fips; there are: id");
+    check(map, "id,v1,v2\na,1,2\nb,3,4\nc,5,many\n", {"--series", "v=v1..v2"},
+          "t.csv, field v2, row 3: \"many\" is no number");
+    check(map, "id,v1\na,1\nb,2.5\n", {"--series", "v=v1", "--type", "v=integer"},
+          "t.csv, field v1, row 2: \"2.5\" is no integer");
+    check(map, "id,x\na,1\nb,2\na,3\n", {},
+          "t.csv, field id, row 3: key a stands in row 1 already");
+    check(map, "id,x\n1,1\n2,2\n", {}, "t.csv: no key in field id is one of the map's");
+    check(map, "id,born\na,1900\nb,soon\n", {"--start", "born"},
+          "t.csv, field born, row 2: \"soon\" is no number");
+    check(map, "id,s,e\na,1,2\nb,9,3\nc,1,1\n", {"--start", "s", "--end", "e"},
+          "t.csv, field e, row 2: the end 3 lies before the start 9");
+    check(map, "id,t,x\na,5,1\na,5,2\n", {"--observe", "v=x@t"},
+          "t.csv: object a has two values of v at 5");
+    check(map, "id,x,y\na,5,1\n", {"--series", "v=x@1/3,y@3/4"},
+          "series v: fields x and y hold at the same time");
+    check(map, "id,x,y\na,5,1\n", {"--series", "x=y@3"}, "two datasets would be called x");
+    check(squares().replace("\"b\"", "\"a\""), "", {},
+          "map.geojson, rows 1 and 2: object a has two shapes at one time");
+    const QByteArray feature = "{\"type\":\"Feature\",\"properties\":{},\"geometry\":";
+    const QByteArray point = feature + "{\"type\":\"Point\",\"coordinates\":[0,0]}}";
+    check(squares().replace("]}}]}", "]}}," + point + "]}"), "", {},
+          "map.geojson, row 4: a point among shapes of another kind");
+    check("{\"type\":\"FeatureCollection\",\"features\":["
+              + QByteArray(feature).replace("{}", "{\"id\":\"a\"}") + "null}]}",
+          "", {}, "map.geojson: holds no shapes");
 }
 
 void TestMeridorImport::namesKeysThatDoNotMatch()
@@ -202,42 +175,24 @@ void TestMeridorImport::namesKeysThatDoNotMatch()
     QCOMPARE(place.run(arguments + QStringList{"--overwrite", "--strict"}).code, 1);
 }
 
-void TestMeridorImport::keepsCodesAndWideNumbersAsTheyAre_data()
-{
-    QTest::addColumn<QByteArray>("cells");
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QString>("first");
-    QTest::newRow("integers") << QByteArray("1,-2,2147483647") << "integer"
-                              << "always=1";
-    QTest::newRow("decimals") << QByteArray("0.1,-2,1e300") << "decimal"
-                              << "always=0.1";
-    QTest::newRow("beyond 32 bits") << QByteArray("2147483648,1,2") << "decimal"
-                                    << "always=2147483648";
-    QTest::newRow("codes") << QByteArray("01001,2,3") << "text"
-                           << "always=01001";
-    QTest::newRow("a code among decimals") << QByteArray("1.5,007,3") << "text"
-                                           << "always=1.5";
-    QTest::newRow("texts") << QByteArray("1,two,3") << "text"
-                           << "always=1";
-    QTest::newRow("infinite") << QByteArray("inf,2,3") << "text"
-                              << "always=inf";
-}
-
 void TestMeridorImport::keepsCodesAndWideNumbersAsTheyAre()
 {
-    QFETCH(QByteArray, cells);
-    QFETCH(QString, type);
-    QFETCH(QString, first);
-    const QList<QByteArray> values = cells.split(',');
     const Workplace place;
     place.file("map.geojson", squares());
-    place.file("t.csv", "id,x\na," + values[0] + "\nb," + values[1] + "\nc," + values[2] + "\n");
-    const Outcome outcome =
-        place.run({"import", "map.geojson", "p.vorn", "--key", "id", "--table", "t.csv", "--json"});
-    QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
-    const QJsonArray datasets = outcome.json().value("datasets").toArray();
-    QCOMPARE(datasets.last().toObject().value("type").toString(), type);
-    QCOMPARE(told(valuesOf(place, "x", "a")), first);
+    const auto kept = [&place](const char *a, const char *b, const char *c) {
+        place.file("t.csv", QByteArray("id,x\na,") + a + "\nb," + b + "\nc," + c + "\n");
+        const Outcome outcome = place.run({"import", "map.geojson", "p.vorn", "--overwrite",
+                                           "--key", "id", "--table", "t.csv", "--json"});
+        const QJsonObject dataset = outcome.json().value("datasets").toArray().last().toObject();
+        return QString(dataset.value("type").toString() + ' ' + told(valuesOf(place, "x", "a")));
+    };
+    QCOMPARE(kept("1", "-2", "2147483647"), QString("integer always=1"));
+    QCOMPARE(kept("0.1", "-2", "1e300"), QString("decimal always=0.1"));
+    QCOMPARE(kept("2147483648", "1", "2"), QString("decimal always=2147483648"));
+    QCOMPARE(kept("01001", "2", "3"), QString("text always=01001"));
+    QCOMPARE(kept("1.5", "007", "3"), QString("text always=1.5"));
+    QCOMPARE(kept("1", "two", "3"), QString("text always=1"));
+    QCOMPARE(kept("inf", "2", "3"), QString("text always=inf"));
 }
 
 void TestMeridorImport::makesOneObjectOfTheRowsOfAKey()

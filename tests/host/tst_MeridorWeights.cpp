@@ -28,15 +28,20 @@ private Q_SLOTS:
     void filesBringTheSameSetBack_data();
     void filesBringTheSameSetBack();
     void idsAreMatchedNeverPositions();
-    void refusesDamagedFiles_data();
     void refusesDamagedFiles();
-    void refusesSetsThatCannotBe_data();
     void refusesSetsThatCannotBe();
     void findsTheNearest();
     void moranGoesBackIntoTheProject();
     void countsOfThePublishedLists();
 
 private:
+    QJsonArray neighborsOf(const QStringList &words) const
+    {
+        return mPlace.run(QStringList{"neighbors", "--json"} + words)
+            .json()
+            .value("neighbors")
+            .toArray();
+    }
     QJsonObject summary(const QStringList &words) const
     {
         const QJsonObject set = mPlace.run(QStringList{"weights", "show", "--json"} + words).json();
@@ -66,11 +71,7 @@ void TestMeridorWeights::followsTheObjectsThroughTime()
     QCOMPARE(later.value("links").toInt(), 6);
     QCOMPARE(later.value("mean").toDouble(), 1.5);
     QCOMPARE(later.value("least").toInt(), 1);
-    const QJsonArray neighbors =
-        mPlace.run({"neighbors", "p.vorn", "queen", "C 3", "--at", "2001", "--json"})
-            .json()
-            .value("neighbors")
-            .toArray();
+    const QJsonArray neighbors = neighborsOf({"p.vorn", "queen", "C 3", "--at", "2001"});
     QCOMPARE(neighbors.size(), 2);
     QCOMPARE(neighbors[0].toObject().value("weight").toDouble(), 0.5);
     QCOMPARE(mPlace.run({"neighbors", "p.vorn", "queen", "d", "--at", "2000"}).code,
@@ -126,11 +127,7 @@ void TestMeridorWeights::filesBringTheSameSetBack()
     QVERIFY2(read.code == 0, qPrintable(read.err));
     QCOMPARE(read.json().value("links").toInt(), 4);
     QCOMPARE(read.json().value("unnamed").toArray().size(), 1); // "d" is not yet there
-    const QJsonArray neighbors =
-        mPlace.run({"neighbors", "q.vorn", "back", "b", "--at", "2000", "--json"})
-            .json()
-            .value("neighbors")
-            .toArray();
+    const QJsonArray neighbors = neighborsOf({"q.vorn", "back", "b", "--at", "2000"});
     QCOMPARE(neighbors.size(), 2);
     for (const QJsonValue &neighbor : neighbors)
         QCOMPARE(neighbor.toObject().value("weight").toDouble(), weight);
@@ -158,58 +155,41 @@ void TestMeridorWeights::idsAreMatchedNeverPositions()
     QVERIFY2(nameless.err.contains("--key"), qPrintable(nameless.err));
 }
 
-void TestMeridorWeights::refusesDamagedFiles_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("told");
-    QTest::newRow("empty") << "x.gal" << QByteArray() << "heading";
-    QTest::newRow("no count") << "x.gal" << QByteArray("a b c\n") << "heading";
-    QTest::newRow("fewer objects") << "x.gal" << QByteArray("0 2 m k\na 0\n") << "1 objects";
-    QTest::newRow("cut short") << "x.gal" << QByteArray("0 1 m k\na 2\nb\n") << "fewer neighbours";
-    QTest::newRow("too many") << "x.gal" << QByteArray("0 1 m k\na 1\nb c\n") << "line 3";
-    QTest::newRow("twice") << "x.gal" << QByteArray("0 2 m k\na 1\nb\na 1\nb\n")
-                           << "a is there already";
-    QTest::newRow("negative count") << "x.gal" << QByteArray("0 1 m k\na -1\n") << "line 2";
-    QTest::newRow("no weight") << "x.gwt" << QByteArray("0 2 m k\na b\n") << "FROM TO WEIGHT";
-    QTest::newRow("weight of nothing")
-        << "x.gwt" << QByteArray("0 2 m k\na b nan\n") << "nan is no number";
-    QTest::newRow("link twice") << "x.kwt" << QByteArray("0 2 m k\na b 1\na b 2\n") << "line 3";
-    QTest::newRow("other columns") << "x.csv" << QByteArray("a,b\n1,2\n") << "from, to and weight";
-    QTest::newRow("open quote") << "x.csv" << QByteArray("from,to,weight\n\"a,b,1\n") << "quote";
-    QTest::newRow("ids of another map")
-        << "x.csv" << QByteArray("from,to,weight\n1,2,1\n") << "no id of the file";
-}
-
 void TestMeridorWeights::refusesDamagedFiles()
 {
-    QFETCH(QString, file);
-    QFETCH(QByteArray, content);
-    QFETCH(QString, told);
-    mPlace.file(file, content);
-    const QByteArray before = mPlace.bytes("p.vorn");
-    const Outcome outcome = mPlace.run({"weights", "import", "p.vorn", file, "x"});
-    QCOMPARE(outcome.code, 1);
-    QVERIFY2(outcome.err.contains(told), qPrintable(outcome.err));
-    QCOMPARE(mPlace.bytes("p.vorn"), before);
-}
-
-void TestMeridorWeights::refusesSetsThatCannotBe_data()
-{
-    QTest::addColumn<QStringList>("words");
-    QTest::addColumn<int>("code");
-    QTest::newRow("nearest polygons") << QStringList{"n", "--method", "nearest"} << 1;
-    QTest::newRow("polygons by distance") << QStringList{"n", "--weights", "inverse"} << 1;
-    QTest::newRow("name in use") << QStringList{"queen"} << 1;
-    QTest::newRow("no such method") << QStringList{"n", "--method", "king"} << 2;
-    QTest::newRow("order 0") << QStringList{"n", "--order", "0"} << 2;
+    const auto check = [this](const char *file, const QByteArray &content, const char *told) {
+        mPlace.file(file, content);
+        const QByteArray before = mPlace.bytes("p.vorn");
+        const Outcome outcome = mPlace.run({"weights", "import", "p.vorn", file, "x"});
+        QCOMPARE(outcome.code, 1);
+        QVERIFY2(outcome.err.contains(told), qPrintable(content + outcome.err));
+        QCOMPARE(mPlace.bytes("p.vorn"), before);
+    };
+    check("x.gal", QByteArray(), "heading");
+    check("x.gal", "a b c\n", "heading"); // no count
+    check("x.gal", "0 2 m k\na 0\n", "1 objects");
+    check("x.gal", "0 1 m k\na 2\nb\n", "fewer neighbours"); // cut short
+    check("x.gal", "0 1 m k\na 1\nb c\n", "line 3");
+    check("x.gal", "0 2 m k\na 1\nb\na 1\nb\n", "a is there already");
+    check("x.gal", "0 1 m k\na -1\n", "line 2");
+    check("x.gwt", "0 2 m k\na b\n", "FROM TO WEIGHT");
+    check("x.gwt", "0 2 m k\na b nan\n", "nan is no number");
+    check("x.kwt", "0 2 m k\na b 1\na b 2\n", "line 3"); // a link twice
+    check("x.csv", "a,b\n1,2\n", "from, to and weight");
+    check("x.csv", "from,to,weight\n\"a,b,1\n", "quote");
+    check("x.csv", "from,to,weight\n1,2,1\n", "no id of the file"); // ids of another map
 }
 
 void TestMeridorWeights::refusesSetsThatCannotBe()
 {
-    QFETCH(QStringList, words);
-    QFETCH(int, code);
-    QCOMPARE(mPlace.run(QStringList{"weights", "create", "p.vorn"} + words).code, code);
+    const auto code = [this](const QStringList &words) {
+        return mPlace.run(QStringList{"weights", "create", "p.vorn"} + words).code;
+    };
+    QCOMPARE(code({"n", "--method", "nearest"}), 1); // of polygons
+    QCOMPARE(code({"n", "--weights", "inverse"}), 1);
+    QCOMPARE(code({"queen"}), 1); // in use
+    QCOMPARE(code({"n", "--method", "king"}), 2);
+    QCOMPARE(code({"n", "--order", "0"}), 2);
 }
 
 void TestMeridorWeights::findsTheNearest()
@@ -236,11 +216,7 @@ void TestMeridorWeights::findsTheNearest()
         mPlace.run({"weights", "create", "n.vorn", "near", "--method", "range", "--range", "5",
                     "--weights", "inverse", "--power", "2", "--numerator", "13"});
     QVERIFY2(made.code == 0, qPrintable(made.err));
-    const QJsonObject b = mPlace.run({"neighbors", "n.vorn", "near", "a", "--json"})
-                              .json()
-                              .value("neighbors")
-                              .toArray()[0]
-                              .toObject();
+    const QJsonObject b = neighborsOf({"n.vorn", "near", "a"})[0].toObject();
     QCOMPARE(b.value("distance").toDouble(), 5.0);
     QCOMPARE(b.value("weight").toDouble(), 0.5);
 }
