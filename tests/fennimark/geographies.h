@@ -68,6 +68,7 @@ struct Given {
     int chain;
     timeRange range;
     std::shared_ptr<FMObject> object;
+    int record = -1;
 };
 
 /// A random geography beside the plain list of what it holds.
@@ -90,7 +91,7 @@ public:
             for (int j = 0; j < observations; ++j) {
                 const double end = observations > 1 ? time + 1 + std::floor(uniform(0, 10)) : 100;
                 given.push_back({i, span(time, end, j + 1 < observations ? 0xF0 : 0xFF),
-                                 std::shared_ptr<FMObject>(newObject())});
+                                 std::shared_ptr<FMObject>(newObject()), -1});
                 objects.append(given.back().object->Copy());
                 ranges.append(given.back().range);
                 time = end + std::floor(uniform(0, 3));
@@ -98,6 +99,11 @@ public:
             builder.CreateChain(objects, ranges, -1);
         }
         fennims = opened(builder);
+        for (Given &one : given) {
+            const FMObjectChain *chain = fennims ? fennims->GetChainById(one.chain) : nullptr;
+            if (chain)
+                one.record = chain->GetObservation(qint64(one.range.start)).second;
+        }
     }
 
     FMObject *newObject()
@@ -118,23 +124,16 @@ public:
         return std::uniform_real_distribution<double>(low, high)(mRandom);
     }
 
-    /// The given observation behind a record id, by its chain and start.
+    /// The given observation behind a record id; null: none.
     const Given *of(int record) const
     {
-        const HilbertTreeRecord *found = fennims->mTree->CheckOutRecord(record, false);
-        if (!found)
-            return nullptr;
-        const int chain = found->chainId;
-        fennims->mTree->CheckInRecord(record);
-        for (const auto &observation : fennims->GetChainById(chain)->GetObservations()) {
-            for (const Given &one : given) {
-                if (observation.second == record && one.chain == chain
-                    && one.range.start == observation.first.start)
-                    return &one;
-            }
-        }
-        return nullptr;
+        const auto found = std::find_if(given.begin(), given.end(), [record](const Given &one) {
+            return one.record == record;
+        });
+        return found == given.end() ? nullptr : &*found;
     }
+    /// Whether its chain has not been removed.
+    bool holds(const Given &one) const { return fennims->GetChainById(one.chain); }
 
     std::vector<Given> given;
     std::unique_ptr<Fennims> fennims;

@@ -4,6 +4,7 @@
 #include "geometryCases.h"
 #include "geometryView.h"
 #include <QtTest>
+#include <tuple>
 
 using fennimark::Contact;
 using fennimark::ObjectAccess;

@@ -21,17 +21,11 @@ struct Grid {
         fennims = opened(builder);
     }
     int record(int index) const { return fennims->GetChainById(index)->GetObservation(5).second; }
-    int index(int record) const
-    {
-        const int chain = fennims->mTree->CheckOutRecord(record, false)->chainId;
-        fennims->mTree->CheckInRecord(record);
-        return chain;
-    }
-    QVector<int> indices(const QVector<int> &records) const
+    QVector<int> records(const QVector<int> &indices) const
     {
         QVector<int> result;
-        for (const int one : records)
-            result.append(index(one));
+        for (const int one : indices)
+            result.append(record(one));
         std::sort(result.begin(), result.end());
         return result;
     }
@@ -98,16 +92,16 @@ private Q_SLOTS:
         QCOMPARE(links(*grid.fennims, false), 2 * (29 * 20 + 30 * 19));
         QCOMPARE(links(*grid.fennims, true), 2 * (29 * 20 + 30 * 19 + 2 * 29 * 19));
         const auto around = [&grid](int index, bool queen, int order, const QSet<int> &exclude) {
-            return grid.indices(grid.fennims->CalculatePolygonAdjacencies(grid.record(index), 5,
-                                                                          queen, order, exclude));
+            return grid.fennims->CalculatePolygonAdjacencies(grid.record(index), 5, queen, order,
+                                                             exclude);
         };
-        QCOMPARE(around(31, false, 1, {}), (QVector<int>{1, 30, 31, 32, 61}));
+        QCOMPARE(around(31, false, 1, {}), grid.records({1, 30, 31, 32, 61}));
         QCOMPARE(around(31, true, 1, {grid.record(31), grid.record(0)}),
-                 (QVector<int>{1, 2, 30, 32, 60, 61, 62}));
-        QCOMPARE(around(0, false, 0, {}), (QVector<int>{0}));
+                 grid.records({1, 2, 30, 32, 60, 61, 62}));
+        QCOMPARE(around(0, false, 0, {}), grid.records({0}));
         // Exclusion drops from the result, not from the walk.
         QCOMPARE(around(0, false, 2, {grid.record(0), grid.record(1), grid.record(30)}),
-                 (QVector<int>{2, 31, 60}));
+                 grid.records({2, 31, 60}));
         QVERIFY(around(0, false, -1, {}).isEmpty());
         QVERIFY(
             grid.fennims->CalculatePolygonAdjacencies(grid.record(0), 11, true, 1, {}).isEmpty());

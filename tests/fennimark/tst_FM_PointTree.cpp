@@ -88,31 +88,27 @@ QVector<int> ids(const Hits &hits)
     return result;
 }
 
+/// Where the points of a kind lie, from a place in the unit square and one of a lattice.
+const QMap<QString, QPointF (*)(QPointF any, QPointF knot)> kKinds{
+    {"random", [](QPointF any, QPointF) { return any; }},
+    {"lattice", [](QPointF, QPointF knot) { return knot; }},
+    {"lattice of 0.1", [](QPointF, QPointF knot) { return 0.1 * knot; }},
+    {"lattice of 10.1", [](QPointF, QPointF knot) { return 10.1 * knot; }},
+    {"collinear", [](QPointF any, QPointF) { return QPointF(any.x(), 2.0); }},
+    {"one place", [](QPointF, QPointF) { return QPointF(3.0, -4.0); }},
+    {"pairs", [](QPointF any, QPointF) { return QPointF((8.0 * any).toPoint()); }},
+    {"far off", [](QPointF any, QPointF) { return any + QPointF(5e8, -3e8); }},
+    {"clusters", [](QPointF any, QPointF) {
+         return QPointF(std::pow(10.0, 12.0 * any.x()), -std::pow(10.0, 12.0 * any.y()));
+     }}};
+
 QVector<Member> makeMembers(const QString &kind, int count, std::mt19937 &random)
 {
     const auto unit = [&random] { return double(random()) / 4294967296.0; };
     QVector<Member> members;
     const int side = std::max(1, int(std::sqrt(double(count))));
     for (int i = 0; i < count; ++i) {
-        const QPointF knot(i % side, i / side);
-        const QPointF any(unit(), unit());
-        QPointF place = any;
-        if (kind == "lattice")
-            place = knot;
-        else if (kind == "lattice of 0.1")
-            place = 0.1 * knot;
-        else if (kind == "lattice of 10.1")
-            place = 10.1 * knot;
-        else if (kind == "collinear")
-            place = {any.x(), 2.0};
-        else if (kind == "one place")
-            place = {3.0, -4.0};
-        else if (kind == "pairs")
-            place = {std::floor(8.0 * any.x()), std::floor(8.0 * any.y())};
-        else if (kind == "far off")
-            place = any + QPointF(5e8, -3e8);
-        else if (kind == "clusters")
-            place = {std::pow(10.0, 12.0 * any.x()), -std::pow(10.0, 12.0 * any.y())};
+        const QPointF place = kKinds[kind]({unit(), unit()}, QPointF(i % side, i / side));
         members.append({place, kind == "pairs" ? i / 2 : i});
     }
     return members;
@@ -195,10 +191,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<int>("count");
-        const QStringList kinds{"random",          "lattice",   "lattice of 0.1",
-                                "lattice of 10.1", "collinear", "one place",
-                                "pairs",           "far off",   "clusters"};
-        for (const QString &kind : kinds) {
+        for (const QString &kind : kKinds.keys()) {
             for (const int count : {1, 7, 8, 9, 65, 500})
                 QTest::newRow(qPrintable(QString("%1, %2").arg(kind).arg(count))) << kind << count;
         }

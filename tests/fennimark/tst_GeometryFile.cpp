@@ -130,12 +130,10 @@ private Q_SLOTS:
         }
         // Vertices come back bit by bit.
         for (const Given &one : geography.given) {
-            const FMObjectChain *chain = geography.fennims->GetChainById(one.chain);
-            if (!chain)
+            if (!geography.holds(one))
                 continue;
-            const int record = chain->GetObservation(qint64(one.range.start)).second;
             HilbertTree *tree = geography.fennims->mTree;
-            HilbertTreeRecord *held = tree->CheckOutRecord(record, false);
+            HilbertTreeRecord *held = tree->CheckOutRecord(one.record, false);
             const auto bytesOf = [](TreeObject *object) {
                 QByteArray bytes;
                 QDataStream out(&bytes, QIODevice::WriteOnly);
@@ -144,7 +142,7 @@ private Q_SLOTS:
             };
             QVERIFY(bytesOf(one.object.get()) == bytesOf(held->GetTreeObject(tree)));
             held->ReturnTreeObject(tree);
-            tree->CheckInRecord(record);
+            tree->CheckInRecord(one.record);
         }
     }
 
@@ -317,6 +315,10 @@ private Q_SLOTS:
             QDataStream out(&device);
             QVERIFY(!fennims.Save(out, nullptr));
         }
+        FillingDevice full(0);
+        QDataStream out(&full);
+        FMPolygon triangle(QVector<QPointF>{{0, 0}, {1, 0}, {0, 1}});
+        QVERIFY(!triangle.SaveToStream(out));
         VORNBuilder builder(extent(10), nullptr, nullptr);
         builder.CreateChain({square(0, 0)}, {span(0, 1)}, -1);
         QVERIFY(!builder.Finish("/nowhere/at/all", nullptr));

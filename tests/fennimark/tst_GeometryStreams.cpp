@@ -4,7 +4,6 @@
 #include "fennimark/FMProjectionInfo.h"
 #include "geometryCases.h"
 #include "geometryView.h"
-#include <QBuffer>
 #include <QDataStream>
 #include <QtTest>
 
@@ -74,18 +73,6 @@ private Q_SLOTS:
             QVERIFY(!restored(target, QByteArray::fromHex(lie) + QByteArray(4096, '\1')));
         QCOMPARE(target.GetVertices(), kRings);
     }
-    void aFullDeviceIsTold()
-    {
-        class Full : public QIODevice {
-            qint64 readData(char *, qint64) override { return -1; }
-            qint64 writeData(const char *, qint64) override { return -1; }
-        } device;
-        device.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-        QDataStream out(&device);
-        FMPolygon polygon(kRings);
-        QVERIFY(!polygon.SaveToStream(out));
-    }
-
     void copiesOutliveTheMemoryOfAView()
     {
         QVector<QPointF> vertices = cases::refined(kRings[0], 5) + kRings[1];

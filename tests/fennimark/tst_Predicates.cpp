@@ -5,7 +5,6 @@
 #include "geometryCases.h"
 #include "orientation.h"
 #include <QtTest>
-#include <limits>
 
 namespace {
 

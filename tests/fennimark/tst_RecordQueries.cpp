@@ -17,9 +17,8 @@ bool meets(const Rect2D &a, const Rect2D &b)
 template <class Tell> void walk(const RandomGeography &geography, qint64 time, Tell tell)
 {
     for (const Given &one : geography.given) {
-        const FMObjectChain *chain = geography.fennims->GetChainById(one.chain);
-        if (chain && fennimark::contains(one.range, double(time)))
-            tell(*one.object, chain->GetObservation(time).second);
+        if (geography.holds(one) && fennimark::contains(one.range, double(time)))
+            tell(*one.object, one.record);
     }
 }
 
@@ -120,14 +119,10 @@ private Q_SLOTS:
             RectInT box{rect, span(double(time), double(time) + 5, round % 2 ? 0xFF : 0x00)};
             fennims.mTree->Overlaps(box, found);
             QVector<int> overlapping;
-            for (const int id : fennims.mChains.keys()) {
-                for (const auto &observation : fennims.GetChainById(id)->GetObservations()) {
-                    const Given *one = geography.of(observation.second);
-                    QVERIFY(one);
-                    if (fennimark::overlaps(one->range, box)
-                        && meets(one->object->GetObjectBounds(), rect))
-                        overlapping.append(observation.second);
-                }
+            for (const Given &one : geography.given) {
+                if (geography.holds(one) && fennimark::overlaps(one.range, box)
+                    && meets(one.object->GetObjectBounds(), rect))
+                    overlapping.append(one.record);
             }
             std::sort(overlapping.begin(), overlapping.end());
             QCOMPARE(found, overlapping);
