@@ -50,13 +50,10 @@ public Q_SLOTS:
 
 int addSquares(int count)
 {
-    VORN_StartNewVectorGeography(QRectF(0, 0, count, 1), 0, 9, -1);
-    for (int i = 0; i < count; ++i)
-        VORN_AddPolygonToChain(
-            static_cast<unsigned int>(VORN_CreateNewObjectChain()),
-            QList<QPointF>{{i + 0.0, 0}, {i + 1.0, 0}, {i + 1.0, 1}, {i + 0.0, 1}},
-            {0, 9, true, true});
-    return VORN_FinishVectorGeography(QStringLiteral("squares"), QString(), TF_Integer);
+    QList<QVector<QPointF>> rings;
+    for (double x = 0; x < count; ++x)
+        rings.append({{x, 0}, {x + 1, 0}, {x + 1, 1}, {x, 1}});
+    return addPolygons(rings);
 }
 
 int addGrid(unsigned int rows, unsigned int columns)
