@@ -4,8 +4,8 @@
 #include "datainterface/DatasetProps.h"
 #include "datainterface/MVectorDataSource.h"
 #include "datasetFixture.h"
+#include "support/streamed.h"
 #include "support/support.h"
-#include "support/table.h"
 
 Q_DECLARE_METATYPE(DataId)
 

@@ -2,8 +2,8 @@
 #include <QMap>
 #include <limits>
 #include "datainterface/MDatum.h"
+#include "support/streamed.h"
 #include "support/support.h"
-#include "support/table.h"
 
 namespace {
 

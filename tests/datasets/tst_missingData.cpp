@@ -4,8 +4,8 @@
 #include "datainterface/MissingData.h"
 #include "datainterface/MissingFlag.h"
 #include "datainterface/dataContainer.h"
+#include "support/streamed.h"
 #include "support/support.h"
-#include "support/table.h"
 
 namespace {
 

@@ -30,7 +30,6 @@ QString told(const QJsonArray &entries)
 class TestMeridorImport : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void readsSeriesOfEveryForm_data();
     void readsSeriesOfEveryForm();
     void namesThePlaceOfWhatIsWrong();
     void namesKeysThatDoNotMatch();
@@ -43,65 +42,45 @@ private Q_SLOTS:
     void takesCancelledWorkBack();
 };
 
-void TestMeridorImport::readsSeriesOfEveryForm_data()
-{
-    QTest::addColumn<QByteArray>("table");
-    QTest::addColumn<QStringList>("options");
-    QTest::addColumn<QString>("a");
-    QTest::addColumn<QString>("c");
-    const QByteArray wide = "id,v2000,v2001,v2002\na,1,2.5,\nb,4,5,6\nc,,8,NA\n";
-    const QStringList table{"--table", "t.csv", "--missing", "NA", "--series"};
-    QTest::newRow("range of columns")
-        << wide << table + QStringList{"v=v2000..v2002"} << "2000=1 2001=2.5 2002=missing"
-        << "2000=missing 2001=8 2002=missing";
-    QTest::newRow("pattern") << wide << table + QStringList{"v=v*"}
-                             << "2000=1 2001=2.5 2002=missing"
-                             << "2000=missing 2001=8 2002=missing";
-    QTest::newRow("columns and their times")
-        << wide << table + QStringList{"v=v2001@1990-03,v2000@1980-01-01/1989-12-31"}
-        << "1980-01-01/1989-12-31=1 1990-03=2.5"
-        << "1980-01-01/1989-12-31=missing 1990-03=8";
-    QTest::newRow("texts") << QByteArray("id,t1,t2\na,x,\"y, z\"\nb,,w\nc,x,\n")
-                           << QStringList{"--table", "t.csv", "--series", "v=t1..t2"}
-                           << "1=x 2=y, z"
-                           << "1=x 2=missing";
-    const QByteArray observations =
-        "id,from,to,value\na,2001,2003,7\na,1999,2000,6\nc,2000,2000,5\nb,2000,2001,4\n";
-    QTest::newRow("observations with ends")
-        << observations << QStringList{"--observations", "t.csv", "--observe", "v=value@from/to"}
-        << "1999/2000=6 2001/2003=7"
-        << "2000=5";
-    QTest::newRow("observations until the next")
-        << observations << QStringList{"--observations", "t.csv", "--observe", "v=value@from/next"}
-        << "1999/2001=6 2001=7"
-        << "2000=5";
-    QTest::newRow("dates written in another way")
-        << QByteArray("id,at,value\na,3.2.2001,7\nc,28.12.1999,5\n")
-        << QStringList{"--time-format", "d.M.yyyy",  "--observations",
-                       "t.csv",         "--observe", "v=value@at"}
-        << "2001-02-03=7"
-        << "1999-12-28=5";
-    QTest::newRow("times of day") << QByteArray("id,at,value\na,6:30,1\na,18:00,2\nc,23:59:59,5\n")
-                                  << QStringList{"--observations", "t.csv", "--observe",
-                                                 "v=value@at/next"}
-                                  << "06:30:00/18:00:00=1 18:00:00=2"
-                                  << "23:59:59=5";
-}
-
 void TestMeridorImport::readsSeriesOfEveryForm()
 {
-    QFETCH(QByteArray, table);
-    QFETCH(QStringList, options);
-    QFETCH(QString, a);
-    QFETCH(QString, c);
-    const Workplace place;
-    place.file("map.geojson", squares());
-    place.file("t.csv", table);
-    const Outcome outcome =
-        place.run(QStringList{"import", "map.geojson", "p.vorn", "--key", "id"} + options);
-    QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
-    QCOMPARE(told(valuesOf(place, "v", "a")), a);
-    QCOMPARE(told(valuesOf(place, "v", "c")), c);
+    const auto check = [](const char *name, const QByteArray &table, const QStringList &options,
+                          const char *a, const char *c) {
+        const Workplace place;
+        place.file("map.geojson", squares());
+        place.file("t.csv", table);
+        const Outcome outcome =
+            place.run(QStringList{"import", "map.geojson", "p.vorn", "--key", "id"} + options);
+        QVERIFY2(outcome.code == 0, qPrintable(name + outcome.err));
+        QCOMPARE(told(valuesOf(place, "v", "a")), QString(a));
+        QCOMPARE(told(valuesOf(place, "v", "c")), QString(c));
+    };
+    const QByteArray wide = "id,v2000,v2001,v2002\na,1,2.5,\nb,4,5,6\nc,,8,NA\n";
+    const QStringList table{"--table", "t.csv", "--missing", "NA", "--series"};
+    check("range of columns", wide, table + QStringList{"v=v2000..v2002"},
+          "2000=1 2001=2.5 2002=missing", "2000=missing 2001=8 2002=missing");
+    check("pattern", wide, table + QStringList{"v=v*"}, "2000=1 2001=2.5 2002=missing",
+          "2000=missing 2001=8 2002=missing");
+    check("columns and their times", wide,
+          table + QStringList{"v=v2001@1990-03,v2000@1980-01-01/1989-12-31"},
+          "1980-01-01/1989-12-31=1 1990-03=2.5", "1980-01-01/1989-12-31=missing 1990-03=8");
+    check("texts", QByteArray("id,t1,t2\na,x,\"y, z\"\nb,,w\nc,x,\n"),
+          QStringList{"--table", "t.csv", "--series", "v=t1..t2"}, "1=x 2=y, z", "1=x 2=missing");
+    const QByteArray observations =
+        "id,from,to,value\na,2001,2003,7\na,1999,2000,6\nc,2000,2000,5\nb,2000,2001,4\n";
+    check("observations with ends", observations,
+          QStringList{"--observations", "t.csv", "--observe", "v=value@from/to"},
+          "1999/2000=6 2001/2003=7", "2000=5");
+    check("observations until the next", observations,
+          QStringList{"--observations", "t.csv", "--observe", "v=value@from/next"},
+          "1999/2001=6 2001=7", "2000=5");
+    check("dates written in another way", QByteArray("id,at,value\na,3.2.2001,7\nc,28.12.1999,5\n"),
+          QStringList{"--time-format", "d.M.yyyy", "--observations", "t.csv", "--observe",
+                      "v=value@at"},
+          "2001-02-03=7", "1999-12-28=5");
+    check("times of day", QByteArray("id,at,value\na,6:30,1\na,18:00,2\nc,23:59:59,5\n"),
+          QStringList{"--observations", "t.csv", "--observe", "v=value@at/next"},
+          "06:30:00/18:00:00=1 18:00:00=2", "23:59:59=5");
 }
 
 void TestMeridorImport::namesThePlaceOfWhatIsWrong()

@@ -10,8 +10,8 @@
 #include "datainterface/dataContainer.h"
 #include "raster/cellForms.h"
 #include "support/model.h"
+#include "support/streamed.h"
 #include "support/support.h"
-#include "support/table.h"
 
 using namespace datainterface;
 

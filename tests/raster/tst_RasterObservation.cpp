@@ -6,8 +6,8 @@
 #include "raster/cellFlag.h"
 #include "raster/cellForms.h"
 #include "raster/heldGrid.h"
+#include "support/streamed.h"
 #include "support/support.h"
-#include "support/table.h"
 
 using namespace datainterface;
 

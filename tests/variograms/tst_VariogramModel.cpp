@@ -2,8 +2,8 @@
 #include <QtTest>
 #include <cmath>
 #include "datainterface/VariogramModel.h"
+#include "support/streamed.h"
 #include "support/support.h"
-#include "support/table.h"
 
 using Basic = VariogramBasicModel;
 

@@ -1,15 +1,9 @@
 // SPDX-License-Identifier: MIT
-/// Tables of cases, and values by the bytes they write.
+/// Values by the bytes they write, and the version those are read as.
 #pragma once
-#include <QtTest>
+#include <QByteArray>
 #include "Common/detail/streams.h"
 #include "datainterface/VersionAPI.h"
-
-/// Declares the columns of a table: columns<int, QString>("size", "text").
-template <class... Types, class... Names> void columns(Names... names)
-{
-    (QTest::addColumn<Types>(names), ...);
-}
 
 /// The version of the files that are loaded in a scope.
 class LoadingVersion {
