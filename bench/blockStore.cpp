@@ -11,9 +11,6 @@
 // memory as the cache has, in turns: what a reader that keeps what it read can reach at best. Every
 // number is the median over rounds in which the three take turns. What a call is given is in memory
 // before the clock starts, for all three.
-#include "Common/DataManager.h"
-#include "datainterface/DataBlocks.h"
-#include "ratios.h"
 #include <QByteArray>
 #include <QFile>
 #include <QTemporaryDir>
@@ -29,6 +26,9 @@
 #include <random>
 #include <unistd.h>
 #include <vector>
+#include "Common/DataManager.h"
+#include "datainterface/DataBlocks.h"
+#include "ratios.h"
 
 namespace {
 

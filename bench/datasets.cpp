@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Vector datasets beside a banded raster file, an ordered map and a hash: filled slice by slice,
 // read through time, counted, and read cell by cell.
-#include "datainterface/MVectorDataset.h"
-#include "pointHost.h"
-#include "ratios.h"
 #include <QHash>
 #include <QTemporaryDir>
 #include <gdal_priv.h>
 #include <random>
 #include <vector>
+#include "datainterface/MVectorDataset.h"
+#include "pointHost.h"
+#include "ratios.h"
 
 namespace {
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 // What the way through ids and object indices costs: public queries beside the same calls of the
 // geometry library, which answer in records.
+#include <QCoreApplication>
+#include <random>
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/PointTreeAPI.h"
 #include "fennimark/Fennims.h"
 #include "ratios.h"
-#include <QCoreApplication>
-#include <random>
 
 namespace {
 
@@ -85,7 +85,8 @@ int main(int argc, char **argv)
              polygons.RectQuery({r.left(), r.right(), r.top(), r.bottom()}, kTime, records);
          })},
         {"nearest 5 to a place, 30,625 squares", "Fennims, the records alone", 2.0,
-         ratios::repeat([&] { VORN_NearestNeighborQuery(squares, at.next(), kTime, 5, neighbors); }),
+         ratios::repeat(
+             [&] { VORN_NearestNeighborQuery(squares, at.next(), kTime, 5, neighbors); }),
          ratios::repeat(
              [&] { polygons.CalculateNearestNeighborsToPoint(at.next(), kTime, 5, records); })},
         {"nearest 5 of each of 30,625 points", "Fennims, the records alone", 2.0,

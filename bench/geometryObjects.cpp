@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Geometry objects beside GEOS and GDAL: point in polygon, shared borders, contiguity of a pair,
 // polygons over grids, and what the way to GEOS and back adds to an overlay.
-#include "fennimark/FMPolygon.h"
-#include "ratios.h"
 #include <cmath>
 #include <gdal.h>
 #include <gdal_alg.h>
@@ -10,6 +8,8 @@
 #include <memory>
 #include <ogr_api.h>
 #include <random>
+#include "fennimark/FMPolygon.h"
+#include "ratios.h"
 
 using benchmark::DoNotOptimize;
 using ratios::Pair;

@@ -2,13 +2,6 @@
 // The record store of the geometry library against well-known indexes: boxes in space and time,
 // exact rectangles, nearest polygons, contiguity, opening a file, what a live object and a kept
 // polygon cost.
-#include "contiguity.h"
-#include "fennimark/FMPolygon.h"
-#include "fennimark/Fennims.h"
-#include "fennimark/VORNBuilder.h"
-#include "geometryFile.h"
-#include "hilbertOrder.h"
-#include "ratios.h"
 #include <QDataStream>
 #include <QFile>
 #include <QTemporaryDir>
@@ -22,6 +15,13 @@
 #include <ogr_api.h>
 #include <ogr_srs_api.h>
 #include <random>
+#include "contiguity.h"
+#include "fennimark/FMPolygon.h"
+#include "fennimark/Fennims.h"
+#include "fennimark/VORNBuilder.h"
+#include "geometryFile.h"
+#include "hilbertOrder.h"
+#include "ratios.h"
 
 namespace {
 

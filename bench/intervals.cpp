@@ -2,9 +2,9 @@
 // How far are the union and the refinement of a million intervals from sorting their ends, the
 // least they must do? The ratio of each pair of rows is the answer. "ordered": both lists lie in
 // order of time, as containers hold them; "shuffled": neither does.
-#include <benchmark/benchmark.h>
 #include <QVector>
 #include <algorithm>
+#include <benchmark/benchmark.h>
 #include <random>
 #include <vector>
 #include "datainterface/TimeAPI.h"

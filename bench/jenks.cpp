@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Natural breaks in seven classes: the stated recurrence written plainly, beside the library's; and what repeats of the
-// same values cost in time and memory.
+// Natural breaks in seven classes: the stated recurrence written plainly, beside the library's; and
+// what repeats of the same values cost in time and memory.
 #include <algorithm>
 #include <fstream>
 #include <random>
@@ -22,7 +22,8 @@ QVector<double> sortedValues(int count)
     std::generate(distinct.begin(), distinct.end(), [&] { return income(random); });
     QVector<double> values(count);
     for (int i = 0; i < count; ++i)
-        values[i] = distinct[static_cast<std::size_t>(i < kDistinct ? i : int(random() % kDistinct))];
+        values[i] =
+            distinct[static_cast<std::size_t>(i < kDistinct ? i : int(random() % kDistinct))];
     std::sort(values.begin(), values.end());
     return values;
 }
@@ -88,7 +89,8 @@ int main()
     const QVector<double> few = sortedValues(kDistinct);
     const QVector<double> many = sortedValues(1000000);
     QList<double> ours, plain;
-    const double fewTime = ratios::best(5, 1, [&] { ours = MDataset::GetJenksBreaks(kBreaks, few); });
+    const double fewTime =
+        ratios::best(5, 1, [&] { ours = MDataset::GetJenksBreaks(kBreaks, few); });
     const double plainTime = ratios::best(3, 1, [&] { plain = plainBreaks(few); });
     if (ours != plain) {
         std::puts("the breaks differ");
@@ -96,11 +98,14 @@ int main()
     }
     resetPeak();
     const double before = peakMegabytes();
-    const double manyTime = ratios::best(3, 1, [&] { ours = MDataset::GetJenksBreaks(kBreaks, many); });
+    const double manyTime =
+        ratios::best(3, 1, [&] { ours = MDataset::GetJenksBreaks(kBreaks, many); });
     const double grown = peakMegabytes() - before;
     ratios::head("Natural breaks, 7 classes");
-    ratios::row("5,000 distinct values", fewTime * 1e-6, "the recurrence, plainly", plainTime * 1e-6, 0.1, "ms");
-    ratios::row("1,000,000 values, 5,000 distinct", manyTime * 1e-6, "5,000 values", fewTime * 1e-6, 3.0, "ms");
+    ratios::row("5,000 distinct values", fewTime * 1e-6, "the recurrence, plainly",
+                plainTime * 1e-6, 0.1, "ms");
+    ratios::row("1,000,000 values, 5,000 distinct", manyTime * 1e-6, "5,000 values", fewTime * 1e-6,
+                3.0, "ms");
     ratios::row("memory for 1,000,000 values", grown, "limit", 10.0, 1.0, "MB");
     return ratios::missed ? 1 : 0;
 }

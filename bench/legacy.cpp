@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 // What does it cost that a project is old? Loading one of 100 MB whose values stand in old forms,
 // beside loading the same project in the present form; with every value read behind both.
+#include <QCoreApplication>
+#include <QFile>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <cstdlib>
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/DataBlocks.h"
@@ -9,11 +14,6 @@
 #include "datainterface/ProjectAPI.h"
 #include "legacy/oldProject.h"
 #include "ratios.h"
-#include <QCoreApplication>
-#include <QFile>
-#include <QTemporaryDir>
-#include <cstdio>
-#include <cstdlib>
 
 namespace {
 

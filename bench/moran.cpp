@@ -2,9 +2,9 @@
 // Permutation tests of 10,000 objects beside as many plain products of the sparse matrix with a
 // vector: what the sums alone would take.
 #include "analysis/moran.h"
-#include "ratios.h"
 #include <random>
 #include <vector>
+#include "ratios.h"
 
 using benchmark::DoNotOptimize;
 using ratios::repeat;

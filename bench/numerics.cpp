@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the numeric toolkit adds to the routines below it, and how its sequences compare with the standard library's.
+// What the numeric toolkit adds to the routines below it, and how its sequences compare with the
+// standard library's.
 #include <QSet>
 #include <algorithm>
 #include <numeric>
@@ -43,24 +44,26 @@ void addProducts(std::vector<Pair> &table)
             if (transposed)
                 a.transpose();
             const int flag = transposed ? kCblasTrans : kCblasNoTrans;
-            const std::string name = "product " + std::to_string(n) + (transposed ? ", transposed" : "");
-            table.push_back({name, "cblas_dgemm", n == 4 ? 1.5 : 1.01, repeat([a, b] { DoNotOptimize(a * b); }),
-                             repeat([=] {
+            const std::string name =
+                "product " + std::to_string(n) + (transposed ? ", transposed" : "");
+            table.push_back({name, "cblas_dgemm", n == 4 ? 1.5 : 1.01,
+                             repeat([a, b] { DoNotOptimize(a * b); }), repeat([=] {
                                  std::vector<double> c(plainA.size());
-                                 cblas_dgemm(kCblasColMajor, flag, kCblasNoTrans, n, n, n, 1.0, plainA.data(), n,
-                                             plainB.data(), n, 0.0, c.data(), n);
+                                 cblas_dgemm(kCblasColMajor, flag, kCblasNoTrans, n, n, n, 1.0,
+                                             plainA.data(), n, plainB.data(), n, 0.0, c.data(), n);
                                  DoNotOptimize(c.data());
                              })});
             if (n == 4)
                 continue;
             const vorn_vector x(n, 1.5);
-            table.push_back({"times vector " + std::to_string(n) + (transposed ? ", transposed" : ""), "cblas_dgemv",
-                             1.01, repeat([a, x] { DoNotOptimize(a * x); }), repeat([=] {
-                                 std::vector<double> y(static_cast<std::size_t>(n));
-                                 cblas_dgemv(kCblasColMajor, flag, n, n, 1.0, plainA.data(), n, x.data(), 1, 0.0,
-                                             y.data(), 1);
-                                 DoNotOptimize(y.data());
-                             })});
+            table.push_back(
+                {"times vector " + std::to_string(n) + (transposed ? ", transposed" : ""),
+                 "cblas_dgemv", 1.01, repeat([a, x] { DoNotOptimize(a * x); }), repeat([=] {
+                     std::vector<double> y(static_cast<std::size_t>(n));
+                     cblas_dgemv(kCblasColMajor, flag, n, n, 1.0, plainA.data(), n, x.data(), 1,
+                                 0.0, y.data(), 1);
+                     DoNotOptimize(y.data());
+                 })});
         }
     }
 }
@@ -70,8 +73,7 @@ void addSolvers(std::vector<Pair> &table)
     static constexpr int n = 1000;
     const vorn_matrix a = randomMatrix(n, n, 3);
     const std::vector<double> plain = elements(a);
-    table.push_back({"inverse 1000", "DGETRF, DGETRI", 1.02,
-                     repeat([a] {
+    table.push_back({"inverse 1000", "DGETRF, DGETRI", 1.02, repeat([a] {
                          vorn_matrix inverse;
                          DoNotOptimize(VORN_InvertMatrix(a, inverse));
                      }),
@@ -88,8 +90,7 @@ void addSolvers(std::vector<Pair> &table)
                          DoNotOptimize(lu.data());
                      })});
     const vorn_vector b(n, 1.0);
-    table.push_back({"solve 1000", "DGETRF, DGETRS", 1.02,
-                     repeat([a, b] {
+    table.push_back({"solve 1000", "DGETRF, DGETRS", 1.02, repeat([a, b] {
                          vorn_vector x;
                          DoNotOptimize(VORN_SolveMatrixEquation(a, b, x, false));
                      }),
@@ -99,7 +100,8 @@ void addSolvers(std::vector<Pair> &table)
                          int info = 0;
                          const int one = 1;
                          dgetrf_(&n, &n, lu.data(), &n, pivots.data(), &info);
-                         dgetrs_("N", &n, &one, lu.data(), &n, pivots.data(), x.data(), &n, &info, 1);
+                         dgetrs_("N", &n, &one, lu.data(), &n, pivots.data(), x.data(), &n, &info,
+                                 1);
                          DoNotOptimize(x.data());
                      })});
 }
@@ -114,9 +116,11 @@ void plainSvd(const std::vector<double> &plain, int n)
         size = int(work[0]);
         work.resize(static_cast<std::size_t>(size));
     };
-    dgebrd_(&n, &n, u.data(), &n, d.data(), e.data(), tauQ.data(), tauP.data(), work.data(), &size, &info);
+    dgebrd_(&n, &n, u.data(), &n, d.data(), e.data(), tauQ.data(), tauP.data(), work.data(), &size,
+            &info);
     grown();
-    dgebrd_(&n, &n, u.data(), &n, d.data(), e.data(), tauQ.data(), tauP.data(), work.data(), &size, &info);
+    dgebrd_(&n, &n, u.data(), &n, d.data(), e.data(), tauQ.data(), tauP.data(), work.data(), &size,
+            &info);
     v = u;
     size = -1;
     dorgbr_("Q", &n, &n, &n, u.data(), &n, tauQ.data(), work.data(), &size, &info, 1);
@@ -124,8 +128,8 @@ void plainSvd(const std::vector<double> &plain, int n)
     dorgbr_("Q", &n, &n, &n, u.data(), &n, tauQ.data(), work.data(), &size, &info, 1);
     dorgbr_("P", &n, &n, &n, v.data(), &n, tauP.data(), work.data(), &size, &info, 1);
     work.resize(std::max<std::size_t>(work.size(), 4 * length));
-    dbdsqr_("U", &n, &n, &n, &none, d.data(), e.data(), v.data(), &n, u.data(), &n, nullptr, &one, work.data(), &info,
-            1);
+    dbdsqr_("U", &n, &n, &n, &none, d.data(), e.data(), v.data(), &n, u.data(), &n, nullptr, &one,
+            work.data(), &info, 1);
     benchmark::DoNotOptimize(d.data());
 }
 
@@ -133,15 +137,13 @@ void addSvdAndAccess(std::vector<Pair> &table)
 {
     const vorn_matrix a = randomMatrix(500, 500, 4);
     const std::vector<double> plain = elements(a);
-    table.push_back({"SVD 500", "DGEBRD, DORGBR, DBDSQR", 1.02,
-                     repeat([a] {
+    table.push_back({"SVD 500", "DGEBRD, DORGBR, DBDSQR", 1.02, repeat([a] {
                          vorn_matrix u, v;
                          vorn_diagonal_matrix s;
                          DoNotOptimize(VORN_SVD(a, u, v, s, false));
                      }),
                      repeat([plain] { plainSvd(plain, 500); })});
-    table.push_back({"checked reads of 500 x 500", "raw pointer", 1.5,
-                     repeat([a] {
+    table.push_back({"checked reads of 500 x 500", "raw pointer", 1.5, repeat([a] {
                          double sum = 0;
                          for (int c = 0; c < a.cols(); ++c) {
                              for (int r = 0; r < a.rows(); ++r)
@@ -176,8 +178,7 @@ void addSequences(std::vector<Pair> &table)
     static std::mt19937 standard(5489);
     static MersenneTwister own;
     constexpr int kDraws = 100000;
-    table.push_back({"100,000 draws of 32 bits", "std::mt19937", 0.5,
-                     repeat([] {
+    table.push_back({"100,000 draws of 32 bits", "std::mt19937", 0.5, repeat([] {
                          for (int i = 0; i < kDraws; ++i)
                              DoNotOptimize(own.draw());
                      }),
@@ -185,8 +186,7 @@ void addSequences(std::vector<Pair> &table)
                          for (int i = 0; i < kDraws; ++i)
                              DoNotOptimize(standard());
                      })});
-    table.push_back({"100,000 uniform deviates", "std::mt19937 and distribution", 0.5,
-                     repeat([] {
+    table.push_back({"100,000 uniform deviates", "std::mt19937 and distribution", 0.5, repeat([] {
                          for (int i = 0; i < kDraws; ++i)
                              DoNotOptimize(VORN_GetUniformDeviate());
                      }),
@@ -226,12 +226,12 @@ void addSequences(std::vector<Pair> &table)
             DoNotOptimize(ids.data());
         }
     };
-    table.push_back({"10,000 permutations of 10", "std::next_permutation", 2.0, walk<permutationIt>(10, 10),
-                     standardPermutations});
-    table.push_back({"10,000 arrangements of 5 in 30", "std::next_permutation", 2.0, walk<permutationIt>(30, 5),
-                     standardPermutations});
-    table.push_back({"10,000 combinations of 10 in 30", "std::next_permutation", 2.0, walk<combinationIt>(30, 10),
-                     standardPermutations});
+    table.push_back({"10,000 permutations of 10", "std::next_permutation", 2.0,
+                     walk<permutationIt>(10, 10), standardPermutations});
+    table.push_back({"10,000 arrangements of 5 in 30", "std::next_permutation", 2.0,
+                     walk<permutationIt>(30, 5), standardPermutations});
+    table.push_back({"10,000 combinations of 10 in 30", "std::next_permutation", 2.0,
+                     walk<combinationIt>(30, 10), standardPermutations});
 }
 
 void addCorrections(std::vector<Pair> &table)
@@ -247,12 +247,15 @@ void addCorrections(std::vector<Pair> &table)
         DoNotOptimize(values.data());
     });
     using Correction = QVector<int> (*)(const QVector<double> &, const VORN_MissingData &, double);
-    const std::pair<const char *, Correction> corrections[] = {{"Holm", &VORN_PerformHolmCorrection},
-                                                               {"Simes", &VORN_PerformSimesCorrection},
-                                                               {"FDR", &VORN_PerformFDRCorrection}};
+    const std::pair<const char *, Correction> corrections[] = {
+        {"Holm", &VORN_PerformHolmCorrection},
+        {"Simes", &VORN_PerformSimesCorrection},
+        {"FDR", &VORN_PerformFDRCorrection}};
     for (const auto &[name, correction] : corrections) {
         table.push_back({std::string(name) + " of 1,000,000", "std::sort", 1.5,
-                         repeat([p, correct = correction] { DoNotOptimize(correct(p, VORN_MissingData(), 0.05)); }),
+                         repeat([p, correct = correction] {
+                             DoNotOptimize(correct(p, VORN_MissingData(), 0.05));
+                         }),
                          sorting});
     }
     QVector<QVector<bool>> flags(999, QVector<bool>(10000));
@@ -261,7 +264,10 @@ void addCorrections(std::vector<Pair> &table)
             flag = generator() % 20 == 0;
     }
     table.push_back({"JEF, 10,000 objects, 999 randomizations", "one pass over the flags", 10.0,
-                     repeat([flags] { DoNotOptimize(VORN_PerformJEFCorrection(flags, VORN_MissingData(), 0.05, 0.1)); }),
+                     repeat([flags] {
+                         DoNotOptimize(
+                             VORN_PerformJEFCorrection(flags, VORN_MissingData(), 0.05, 0.1));
+                     }),
                      repeat([flags] {
                          std::vector<int> counts(10000, 0);
                          for (const auto &row : flags) {

@@ -2,6 +2,7 @@
 /// A host with one geography of points in rows of 100 and one dataset of decimals on them, filled
 /// slice by slice.
 #pragma once
+#include <QTemporaryDir>
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/DataBlocks.h"
@@ -10,7 +11,6 @@
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/ProjectAPI.h"
-#include <QTemporaryDir>
 
 class PointHost : public ControllerBase {
 public:

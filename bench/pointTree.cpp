@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
-// What do the questions to a point tree cost next to nanoflann and Boost's rtree? Peers give the same answers: records
-// with distance and angle, sorted, the ties of the last one included, one id excluded. nanoflann gets its ties through
-// the library's own collection, so that the trees alone differ.
-#include <malloc.h>
+// What do the questions to a point tree cost next to nanoflann and Boost's rtree? Peers give the
+// same answers: records with distance and angle, sorted, the ties of the last one included, one id
+// excluded. nanoflann gets its ties through the library's own collection, so that the trees alone
+// differ.
 #include <boost/geometry.hpp>
 #include <boost/geometry/geometries/point_xy.hpp>
 #include <boost/geometry/index/rtree.hpp>
 #include <boost/iterator/function_output_iterator.hpp>
-#include <nanoflann.hpp>
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <malloc.h>
 #include <memory>
+#include <nanoflann.hpp>
 #include <random>
 #include <string>
 #include <vector>
@@ -43,7 +44,8 @@ struct Cloud {
     }
     template <class Box> bool kdtree_get_bbox(Box &) const { return false; }
 };
-using FlannTree = nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<double, Cloud>, Cloud, 2, unsigned>;
+using FlannTree = nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<double, Cloud>,
+                                                      Cloud, 2, unsigned>;
 
 Cloud randomCloud(int count)
 {
@@ -117,7 +119,8 @@ template <class Sink> struct FlannSink {
 
 class Peers {
 public:
-    explicit Peers(const Cloud &cloud) : mCloud(cloud), mFlann(2, cloud, nanoflann::KDTreeSingleIndexAdaptorParams(10))
+    explicit Peers(const Cloud &cloud)
+        : mCloud(cloud), mFlann(2, cloud, nanoflann::KDTreeSingleIndexAdaptorParams(10))
     {
         mFlann.buildIndex();
         mBoost = boostTree(cloud);
@@ -134,7 +137,8 @@ public:
     void flannNearest(const QPointF &place, int count, const QSet<int> &exclude, Hits &hits)
     {
         const fennimark::ExcludedIds excluded(exclude);
-        fennimark::NearestHits sink(mHits, mTies, static_cast<size_t>(count), 1e-15, excluded, nullptr);
+        fennimark::NearestHits sink(mHits, mTies, static_cast<size_t>(count), 1e-15, excluded,
+                                    nullptr);
         FlannSink<fennimark::NearestHits> set{sink};
         ask(place, set);
         sink.finish();
@@ -151,11 +155,13 @@ public:
         fill(place, hits);
     }
 
-    // Steps of the nearest query. It is told their number, without which it is a hundred times slower; it has no ties.
+    // Steps of the nearest query. It is told their number, without which it is a hundred times
+    // slower; it has no ties.
     void boostSteps(const QPointF &place, int steps, int exclude, Hits &hits) const
     {
         hits.clear();
-        auto at = mBoost->qbegin(bgi::nearest(BoostPoint(place.x(), place.y()), static_cast<unsigned>(steps + 1)));
+        auto at = mBoost->qbegin(
+            bgi::nearest(BoostPoint(place.x(), place.y()), static_cast<unsigned>(steps + 1)));
         for (; hits.size() < steps && at != mBoost->qend(); ++at) {
             if (at->second != exclude)
                 hits.append(boostRecord(*at, place));
@@ -165,13 +171,16 @@ public:
     void boostWithin(const QPointF &place, double range, int exclude, Hits &hits) const
     {
         hits.clear();
-        const boost::geometry::model::box<BoostPoint> box(BoostPoint(place.x() - range, place.y() - range),
-                                                          BoostPoint(place.x() + range, place.y() + range));
-        mBoost->query(bgi::intersects(box), boost::make_function_output_iterator([&](const BoostValue &value) {
-            const QPointF point(value.first.x(), value.first.y());
-            if (value.second != exclude && squaredDistance(point, place) <= range * range)
-                hits.append(boostRecord(value, place));
-        }));
+        const boost::geometry::model::box<BoostPoint> box(
+            BoostPoint(place.x() - range, place.y() - range),
+            BoostPoint(place.x() + range, place.y() + range));
+        mBoost->query(bgi::intersects(box),
+                      boost::make_function_output_iterator([&](const BoostValue &value) {
+                          const QPointF point(value.first.x(), value.first.y());
+                          if (value.second != exclude
+                              && squaredDistance(point, place) <= range * range)
+                              hits.append(boostRecord(value, place));
+                      }));
         std::sort(hits.begin(), hits.end(), [](const auto &a, const auto &b) {
             return a.distance < b.distance || (a.distance == b.distance && a.id < b.id);
         });
@@ -197,7 +206,8 @@ private:
         hits.resize(static_cast<int>(mHits.size()));
         for (size_t i = 0; i < mHits.size(); ++i) {
             const int at = static_cast<int>(mHits[i].slot);
-            hits[static_cast<int>(i)] = record(mCloud.points[at], mCloud.ids[at], place, mHits[i].distance);
+            hits[static_cast<int>(i)] =
+                record(mCloud.points[at], mCloud.ids[at], place, mHits[i].distance);
         }
     }
 
@@ -215,9 +225,11 @@ template <class Call> double seconds(Call &&call)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// One row: ours and the peers in turns, the best of five rounds each. Every call gives the seconds of one operation.
+// One row: ours and the peers in turns, the best of five rounds each. Every call gives the seconds
+// of one operation.
 template <class Ours, class... Peers>
-void compare(const std::string &name, double target, Ours ours, const char *peerName, Peers... peers)
+void compare(const std::string &name, double target, Ours ours, const char *peerName,
+             Peers... peers)
 {
     double mine = std::numeric_limits<double>::infinity();
     double best = mine;
@@ -231,7 +243,8 @@ void compare(const std::string &name, double target, Ours ours, const char *peer
 double gKeep = 0.0; // what the answers add up to, so that none is left out
 
 // Seconds a question, asked from points of the cloud with their own ids excluded.
-template <class Ask> double perQuestion(const Cloud &cloud, const std::vector<Asked> &questions, Ask ask)
+template <class Ask>
+double perQuestion(const Cloud &cloud, const std::vector<Asked> &questions, Ask ask)
 {
     Hits hits;
     const double total = seconds([&] {
@@ -243,47 +256,53 @@ template <class Ask> double perQuestion(const Cloud &cloud, const std::vector<As
     return total / static_cast<double>(questions.size());
 }
 
-void nearestRow(const std::string &name, double target, const Cloud &cloud, const FM_PointTree &tree,
-                Peers &peers, int count)
+void nearestRow(const std::string &name, double target, const Cloud &cloud,
+                const FM_PointTree &tree, Peers &peers, int count)
 {
     const std::vector<Asked> questions = asked(cloud);
     compare(
         name, target,
         [&] {
-            return perQuestion(cloud, questions, [&](const QPointF &place, const Asked &one, Hits &hits) {
-                tree.GetNearestNeighbors(place, count, one.exclude, hits, true);
-            });
+            return perQuestion(cloud, questions,
+                               [&](const QPointF &place, const Asked &one, Hits &hits) {
+                                   tree.GetNearestNeighbors(place, count, one.exclude, hits, true);
+                               });
         },
         "nanoflann + tie set",
         [&] {
-            return perQuestion(cloud, questions, [&](const QPointF &place, const Asked &one, Hits &hits) {
-                peers.flannNearest(place, count, one.exclude, hits);
-            });
+            return perQuestion(cloud, questions,
+                               [&](const QPointF &place, const Asked &one, Hits &hits) {
+                                   peers.flannNearest(place, count, one.exclude, hits);
+                               });
         });
 }
 
-void iteratorRow(const std::string &name, const Cloud &cloud, const FM_PointTree &tree, Peers &peers)
+void iteratorRow(const std::string &name, const Cloud &cloud, const FM_PointTree &tree,
+                 Peers &peers)
 {
     constexpr int kSteps = 10;
     const std::vector<Asked> questions = asked(cloud);
     compare(
         name, 0.6,
         [&] {
-            return perQuestion(cloud, questions, [&](const QPointF &place, const Asked &one, Hits &hits) {
-                hits.clear();
-                void *cursor = nullptr;
-                ptTreeQueryResult hit;
-                for (bool more = tree.GetFirstNearestNeighbor(place, one.exclude, hit, cursor); more && hits.size() < kSteps;
-                     more = hits.size() < kSteps && tree.GetNextNearestNeighbor(hit, cursor))
-                    hits.append(hit);
-                tree.DoneWithNeighborSearch(cursor);
-            });
+            return perQuestion(
+                cloud, questions, [&](const QPointF &place, const Asked &one, Hits &hits) {
+                    hits.clear();
+                    void *cursor = nullptr;
+                    ptTreeQueryResult hit;
+                    for (bool more = tree.GetFirstNearestNeighbor(place, one.exclude, hit, cursor);
+                         more && hits.size() < kSteps;
+                         more = hits.size() < kSteps && tree.GetNextNearestNeighbor(hit, cursor))
+                        hits.append(hit);
+                    tree.DoneWithNeighborSearch(cursor);
+                });
         },
         "Boost rtree",
         [&] {
-            return perQuestion(cloud, questions, [&](const QPointF &place, const Asked &one, Hits &hits) {
-                peers.boostSteps(place, kSteps, one.id, hits);
-            });
+            return perQuestion(cloud, questions,
+                               [&](const QPointF &place, const Asked &one, Hits &hits) {
+                                   peers.boostSteps(place, kSteps, one.id, hits);
+                               });
         });
 }
 
@@ -295,20 +314,23 @@ void rangeRow(const std::string &name, double target, const Cloud &cloud, const 
     compare(
         name, target,
         [&] {
-            return perQuestion(cloud, questions, [&](const QPointF &place, const Asked &one, Hits &hits) {
-                tree.GetRangeNeighbors(place, range, one.exclude, hits, true);
-            });
+            return perQuestion(cloud, questions,
+                               [&](const QPointF &place, const Asked &one, Hits &hits) {
+                                   tree.GetRangeNeighbors(place, range, one.exclude, hits, true);
+                               });
         },
         "nanoflann, Boost + sort",
         [&] {
-            return perQuestion(cloud, questions, [&](const QPointF &place, const Asked &one, Hits &hits) {
-                peers.flannWithin(place, range, one.exclude, hits);
-            });
+            return perQuestion(cloud, questions,
+                               [&](const QPointF &place, const Asked &one, Hits &hits) {
+                                   peers.flannWithin(place, range, one.exclude, hits);
+                               });
         },
         [&] {
-            return perQuestion(cloud, questions, [&](const QPointF &place, const Asked &one, Hits &hits) {
-                peers.boostWithin(place, range, one.id, hits);
-            });
+            return perQuestion(cloud, questions,
+                               [&](const QPointF &place, const Asked &one, Hits &hits) {
+                                   peers.boostWithin(place, range, one.id, hits);
+                               });
         });
 }
 
@@ -347,7 +369,7 @@ void addRow(const std::string &name, double target, const Cloud &cloud)
                            gKeep += hits.constLast().angle;
                        }
                    })
-                / kAdded;
+                   / kAdded;
         },
         "Boost rtree, quadratic",
         [&] {
@@ -359,16 +381,18 @@ void addRow(const std::string &name, double target, const Cloud &cloud)
                            const BoostPoint point(at.x(), at.y());
                            tree->insert(BoostValue(point, first + i));
                            hits.clear();
-                           tree->query(bgi::nearest(point, 5),
-                                       boost::make_function_output_iterator([&](const BoostValue &value) {
-                                           hits.append(Peers::boostRecord(value, at));
-                                       }));
-                           std::sort(hits.begin(), hits.end(),
-                                     [](const auto &a, const auto &b) { return a.distance < b.distance; });
+                           tree->query(
+                               bgi::nearest(point, 5),
+                               boost::make_function_output_iterator([&](const BoostValue &value) {
+                                   hits.append(Peers::boostRecord(value, at));
+                               }));
+                           std::sort(hits.begin(), hits.end(), [](const auto &a, const auto &b) {
+                               return a.distance < b.distance;
+                           });
                            gKeep += hits.constLast().angle;
                        }
                    })
-                / kAdded;
+                   / kAdded;
         });
 }
 
@@ -387,16 +411,19 @@ void removalRow(const std::string &name, const Cloud &cloud)
                        for (const int id : ids)
                            gKeep += tree.RemovePointFromSet(cloud.points.at(id), id);
                    })
-                / count;
+                   / count;
         },
         "Boost rtree, quadratic",
         [&] {
             const auto tree = Peers::boostTree(cloud);
             return seconds([&] {
                        for (const int id : ids)
-                           gKeep += tree->remove({BoostPoint(cloud.points.at(id).x(), cloud.points.at(id).y()), id}) > 0;
+                           gKeep += tree->remove({BoostPoint(cloud.points.at(id).x(),
+                                                             cloud.points.at(id).y()),
+                                                  id})
+                                    > 0;
                    })
-                / count;
+                   / count;
         });
 }
 
@@ -421,10 +448,11 @@ void memoryRow(const std::string &name, const Cloud &cloud)
     });
     // What nanoflann leaves to its caller, the coordinates and ids, counts as the library's do.
     const double flann = 20.0 + perPoint([&] {
-        auto tree = std::make_unique<FlannTree>(2, cloud, nanoflann::KDTreeSingleIndexAdaptorParams(10));
-        tree->buildIndex();
-        return tree;
-    });
+                             auto tree = std::make_unique<FlannTree>(
+                                 2, cloud, nanoflann::KDTreeSingleIndexAdaptorParams(10));
+                             tree->buildIndex();
+                             return tree;
+                         });
     ratios::row(name.c_str(), ours, "nanoflann", flann, 24.0 / 34.0, "B");
 }
 
@@ -438,16 +466,20 @@ int main()
         int count;
         double five, twenty, range;
     };
-    for (const Size &size : {Size{"10k", 10000, 0.9, 0.9, 1.0}, Size{"100k", 100000, 0.8, 0.8, 0.95},
-                             Size{"1M", 1000000, 0.65, 0.6, 0.95}}) {
+    for (const Size &size :
+         {Size{"10k", 10000, 0.9, 0.9, 1.0}, Size{"100k", 100000, 0.8, 0.8, 0.95},
+          Size{"1M", 1000000, 0.65, 0.6, 0.95}}) {
         const Cloud cloud = randomCloud(size.count);
-        const auto name = [&](const char *operation) { return std::string(operation) + ", " + size.name; };
+        const auto name = [&](const char *operation) {
+            return std::string(operation) + ", " + size.name;
+        };
         {
             FM_PointTree tree;
             tree.SetPoints(cloud.points, cloud.ids, nullptr, 0, 100);
             Peers peers(cloud);
             nearestRow(name("5 nearest, ties, one exclusion"), size.five, cloud, tree, peers, 5);
-            nearestRow(name("20 nearest, ties, one exclusion"), size.twenty, cloud, tree, peers, 20);
+            nearestRow(name("20 nearest, ties, one exclusion"), size.twenty, cloud, tree, peers,
+                       20);
             iteratorRow(name("iterator, 10 steps"), cloud, tree, peers);
             rangeRow(name("range, 20 hits, sorted"), size.range, cloud, tree, peers);
         }

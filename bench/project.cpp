@@ -2,12 +2,6 @@
 // What does the model cost over its bytes? Saving beside qCompress of the same blocks, loading
 // beside qUncompress of them, one value through the public function beside one look-up in a hash
 // table; and how much memory a dataset of ten times the cache takes while it is filled and read.
-#include "datainterface/DataAPI.h"
-#include "datainterface/DataBlocks.h"
-#include "datainterface/MDataSource.h"
-#include "datainterface/ProjectAPI.h"
-#include "pointHost.h"
-#include "ratios.h"
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QHash>
@@ -16,6 +10,12 @@
 #include <cstdio>
 #include <random>
 #include <sys/resource.h>
+#include "datainterface/DataAPI.h"
+#include "datainterface/DataBlocks.h"
+#include "datainterface/MDataSource.h"
+#include "datainterface/ProjectAPI.h"
+#include "pointHost.h"
+#include "ratios.h"
 
 namespace {
 

@@ -4,8 +4,6 @@
 // Save, default level, against qCompress at level 9 of the same arrays; load against qUncompress of
 // the same packs; the faster levels against the default, with the size of the file. The blocks are
 // slices of a smooth field with noise in the low bits, as measured data are.
-#include "datainterface/DataBlocks.h"
-#include "ratios.h"
 #include <QBuffer>
 #include <QTemporaryDir>
 #include <algorithm>
@@ -15,6 +13,8 @@
 #include <functional>
 #include <random>
 #include <vector>
+#include "datainterface/DataBlocks.h"
+#include "ratios.h"
 
 namespace {
 

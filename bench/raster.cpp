@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Rasters beside GDAL, GEOS and plain loops: whole-grid passes, single cells, tables of values and places.
+// Rasters beside GDAL, GEOS and plain loops: whole-grid passes, single cells, tables of values and
+// places.
 #include <QMap>
 #include <QTemporaryDir>
 #include <algorithm>
@@ -54,10 +55,12 @@ MRasterDataset &rasterOf(Host &host, int id)
 int addGrid(int side)
 {
     const auto n = static_cast<unsigned>(side);
-    return VORN_CreateNewRasterGeography("grid", n, n, QRectF(-1.6, -1.6, 3.2, 3.2), kAlways, TF_Integer, "", "");
+    return VORN_CreateNewRasterGeography("grid", n, n, QRectF(-1.6, -1.6, 3.2, 3.2), kAlways,
+                                         TF_Integer, "", "");
 }
 
-template <class T> int addDataset(Host &host, int geography, DataType type, const std::vector<T> &cells)
+template <class T>
+int addDataset(Host &host, int geography, DataType type, const std::vector<T> &cells)
 {
     const int id = VORN_NewRasterDataset(geography, "cells", type, 1, 8 * sizeof(T), "");
     MRasterDataset &dataset = rasterOf(host, id);
@@ -77,8 +80,10 @@ std::vector<float> drawn(unsigned keys)
 
 GDALDataset *inMemory(std::vector<float> &cells)
 {
-    GDALDataset *file = GetGDALDriverManager()->GetDriverByName("MEM")->Create("", kSide, kSide, 1, GDT_Float32, nullptr);
-    require(file->GetRasterBand(1)->RasterIO(GF_Write, 0, 0, kSide, kSide, cells.data(), kSide, kSide, GDT_Float32, 0, 0)
+    GDALDataset *file = GetGDALDriverManager()->GetDriverByName("MEM")->Create(
+        "", kSide, kSide, 1, GDT_Float32, nullptr);
+    require(file->GetRasterBand(1)->RasterIO(GF_Write, 0, 0, kSide, kSide, cells.data(), kSide,
+                                             kSide, GDT_Float32, 0, 0)
                 == CE_None,
             "filling GDAL's grid");
     return file;
@@ -110,8 +115,8 @@ void statistics(Host &host, int geography)
     double ours[4] = {};
     const double time = ratios::best(kRounds, kCount, [&] {
         rasterOf(host, id).SetMissingFlag(MissingFlag()); // forgets the statistics
-        require(VORN_GetMin(id, 0, 5, ours[0]) && VORN_GetMax(id, 0, 5, ours[1]) && VORN_GetMean(id, 0, 5, ours[2])
-                    && VORN_GetStddev(id, 0, 5, ours[3]),
+        require(VORN_GetMin(id, 0, 5, ours[0]) && VORN_GetMax(id, 0, 5, ours[1])
+                    && VORN_GetMean(id, 0, 5, ours[2]) && VORN_GetStddev(id, 0, 5, ours[3]),
                 "statistics");
     });
     std::array<double, 4> plain{};
@@ -119,21 +124,23 @@ void statistics(Host &host, int geography)
     GDALDataset *file = inMemory(cells);
     double theirs[4] = {};
     const double gdal = ratios::best(kRounds, kCount, [&] {
-        require(file->GetRasterBand(1)->ComputeStatistics(FALSE, &theirs[0], &theirs[1], &theirs[2], &theirs[3], nullptr,
-                                                          nullptr)
+        require(file->GetRasterBand(1)->ComputeStatistics(FALSE, &theirs[0], &theirs[1], &theirs[2],
+                                                          &theirs[3], nullptr, nullptr)
                     == CE_None,
                 "GDAL's statistics");
     });
     for (int i = 0; i < 4; ++i)
         require(std::abs(ours[i] - theirs[i]) <= 1e-9 * std::abs(theirs[i])
-                    && std::abs(ours[i] - plain[static_cast<std::size_t>(i)]) <= 1e-9 * std::abs(ours[i]),
+                    && std::abs(ours[i] - plain[static_cast<std::size_t>(i)])
+                           <= 1e-9 * std::abs(ours[i]),
                 "agreement of statistics");
     ratios::row("statistics of 4,000 x 4,000 floats, a cell", time, "GDAL, exact", gdal, 1.0 / 3);
     ratios::row("the same", time, "plain loops", loop, 1.4);
 
     QVector<double> values;
     MissingFlag flag;
-    const double widened = ratios::best(kRounds, kCount, [&] { VORN_GetRasterDataAsDecimal(id, 0, 5, values, flag); });
+    const double widened =
+        ratios::best(kRounds, kCount, [&] { VORN_GetRasterDataAsDecimal(id, 0, 5, values, flag); });
     QVector<double> wide(kCount);
     const double widening = ratios::best(kRounds, kCount, [&] {
         double *to = wide.data();
@@ -147,10 +154,16 @@ void statistics(Host &host, int geography)
     double sumThere = 0.0;
     ratios::row("a value tallied, a cell",
                 ratios::best(kRounds, kCount,
-                             [&] { sum += rasterOf(host, id).GetConstRasterInfo(0, 5)->TallyValue(double(cells[77])); }),
-                "std::count", ratios::best(kRounds, kCount, [&] {
-                    sumThere += static_cast<double>(std::count(cells.begin(), cells.end(), cells[77]));
-                }),
+                             [&] {
+                                 sum += rasterOf(host, id).GetConstRasterInfo(0, 5)->TallyValue(
+                                     double(cells[77]));
+                             }),
+                "std::count",
+                ratios::best(kRounds, kCount,
+                             [&] {
+                                 sumThere += static_cast<double>(
+                                     std::count(cells.begin(), cells.end(), cells[77]));
+                             }),
                 1.2);
     require(sum == sumThere, "agreement of tallies");
     delete file;
@@ -190,8 +203,9 @@ void pixelOfFile(Host &host, int geography)
     rasterOf(host, id).CheckInRealization(0, 0);
     const auto readPixel = [&](unsigned column, unsigned row) {
         double value = 0.0;
-        if (file->GetRasterBand(1)->RasterIO(GF_Read, static_cast<int>(column), static_cast<int>(row), 1, 1, &value, 1, 1,
-                                             GDT_Float64, 0, 0)
+        if (file->GetRasterBand(1)->RasterIO(GF_Read, static_cast<int>(column),
+                                             static_cast<int>(row), 1, 1, &value, 1, 1, GDT_Float64,
+                                             0, 0)
             == CE_None)
             sum += value;
     };
@@ -208,7 +222,8 @@ void pixelOfFile(Host &host, int geography)
 }
 
 template <class T>
-void frequencies(Host &host, int geography, DataType type, const std::vector<T> &cells, const char *name, double target)
+void frequencies(Host &host, int geography, DataType type, const std::vector<T> &cells,
+                 const char *name, double target)
 {
     const int id = addDataset(host, geography, type, cells);
     const double ours = ratios::best(kRounds, kCount, [&] { VORN_RecalculateDataFrequencies(id); });
@@ -225,11 +240,14 @@ void frequencies(Host &host, int geography, DataType type, const std::vector<T> 
     qint64 sumThere = 0;
     const MRasterObservation *grid = rasterOf(host, id).GetConstRasterInfo(0, 5);
     if (type == RasterUnsignedType)
-        ratios::row("a value tallied, 8 bits, a cell",
-                    ratios::best(kRounds, kCount, [&] { sum += grid->TallyValue(static_cast<quint64>(wanted)); }),
-                    "std::count",
-                    ratios::best(kRounds, kCount, [&] { sumThere += std::count(cells.begin(), cells.end(), wanted); }),
-                    1.2);
+        ratios::row(
+            "a value tallied, 8 bits, a cell",
+            ratios::best(kRounds, kCount,
+                         [&] { sum += grid->TallyValue(static_cast<quint64>(wanted)); }),
+            "std::count",
+            ratios::best(kRounds, kCount,
+                         [&] { sumThere += std::count(cells.begin(), cells.end(), wanted); }),
+            1.2);
     require(sum == sumThere, "agreement of tallies");
     VORN_RemoveDataset(id);
 }
@@ -258,7 +276,8 @@ QVector<QPointF> coast(int vertices)
         const double angle = 6.283185307179586 * i / vertices;
         double radius = 1.0;
         for (std::size_t k = 1; k < phases.size(); ++k)
-            radius += 0.12 * std::sin(static_cast<double>(k) * angle + phases[k]) / static_cast<double>(k);
+            radius += 0.12 * std::sin(static_cast<double>(k) * angle + phases[k])
+                      / static_cast<double>(k);
         ring.append(QPointF(std::cos(angle), std::sin(angle)) * radius);
     }
     return ring;
@@ -267,9 +286,11 @@ QVector<QPointF> coast(int vertices)
 Geometry geometryOf(QVector<QPointF> ring)
 {
     ring.append(ring.first());
-    GEOSCoordSequence *sequence = GEOSCoordSeq_copyFromBuffer_r(
-        geos(), reinterpret_cast<const double *>(ring.constData()), static_cast<unsigned>(ring.size()), 0, 0);
-    return Geometry(GEOSGeom_createPolygon_r(geos(), GEOSGeom_createLinearRing_r(geos(), sequence), nullptr, 0));
+    GEOSCoordSequence *sequence =
+        GEOSCoordSeq_copyFromBuffer_r(geos(), reinterpret_cast<const double *>(ring.constData()),
+                                      static_cast<unsigned>(ring.size()), 0, 0);
+    return Geometry(GEOSGeom_createPolygon_r(geos(), GEOSGeom_createLinearRing_r(geos(), sequence),
+                                             nullptr, 0));
 }
 
 /// Cells inside and outside by a prepared polygon, the others by intersection.
@@ -298,7 +319,8 @@ int centersByGeos(const GEOSPreparedGeometry *prepared)
     constexpr double kWidth = 3.2 / kPlaceSide;
     int count = 0;
     for (int i = 0; i < kPlaceSide * kPlaceSide; ++i) {
-        const Geometry point(GEOSGeom_createPointFromXY_r(geos(), -1.6 + (i % kPlaceSide + 0.5) * kWidth,
+        const Geometry point(GEOSGeom_createPointFromXY_r(geos(),
+                                                          -1.6 + (i % kPlaceSide + 0.5) * kWidth,
                                                           -1.6 + (i / kPlaceSide + 0.5) * kWidth));
         count += GEOSPreparedContains_r(geos(), prepared, point.get()) == 1;
     }
@@ -313,19 +335,22 @@ void places()
     const GEOSPreparedGeometry *prepared = GEOSPrepare_r(geos(), polygon.get());
     RasterPixels pixels;
     QVector<double> areas;
-    const double query = ratios::best(
-        kRounds, 1e6, [&] { require(VORN_QueryRasterWithPolygon(grid, {ring}, pixels, &areas), "the polygon query"); });
+    const double query = ratios::best(kRounds, 1e6, [&] {
+        require(VORN_QueryRasterWithPolygon(grid, {ring}, pixels, &areas), "the polygon query");
+    });
     double whole = 0.0;
-    const double overlay = ratios::best(1, 1e6, [&] { whole = areasByGeos(polygon.get(), prepared); });
+    const double overlay =
+        ratios::best(1, 1e6, [&] { whole = areasByGeos(polygon.get(), prepared); });
     double sum = 0.0;
     for (const double area : qAsConst(areas))
         sum += area;
     // The grid's rows are mirrored within the polygon's own: what lies in both images is told.
     require(sum > 0.9 * whole && sum <= whole * (1 + 1e-9), "agreement of areas");
-    ratios::row("areas in 5,000 vertices, 2,000 x 2,000 cells", query, "GEOS, prepared, partial cells", overlay, 0.005,
-                "ms");
-    const double centers = ratios::best(
-        kRounds, 1e6, [&] { require(VORN_GetPixelCentersInPolygon(grid, {ring}, pixels), "the query of centres"); });
+    ratios::row("areas in 5,000 vertices, 2,000 x 2,000 cells", query,
+                "GEOS, prepared, partial cells", overlay, 0.005, "ms");
+    const double centers = ratios::best(kRounds, 1e6, [&] {
+        require(VORN_GetPixelCentersInPolygon(grid, {ring}, pixels), "the query of centres");
+    });
     int count = 0;
     const double points = ratios::best(1, 1e6, [&] { count = centersByGeos(prepared); });
     require(std::abs(count - pixels.size()) <= 2, "agreement of centres"); // those on the border
@@ -351,7 +376,8 @@ int main()
     for (quint8 &byte : bytes)
         byte = static_cast<quint8>(engine());
     frequencies(host, grid, RasterUnsignedType, bytes, "frequencies of 8 bits, a cell", 0.02);
-    frequencies(host, grid, RasterDecimalType, drawn(5000), "frequencies of floats, 5,000 values, a cell", 0.2);
+    frequencies(host, grid, RasterDecimalType, drawn(5000),
+                "frequencies of floats, 5,000 values, a cell", 0.2);
     places();
     VORN_UnloadProject();
     ClearDataManager();

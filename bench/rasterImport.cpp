@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// A grid brought into the library beside gdal_translate to a plain GeoTIFF: wall time and the largest resident size of
-// each process. The import is this program called with a file: band after band from GDAL to the block store. What the
-// host's verb takes with the packed project stands beside it.
+// A grid brought into the library beside gdal_translate to a plain GeoTIFF: wall time and the
+// largest resident size of each process. The import is this program called with a file: band after
+// band from GDAL to the block store. What the host's verb takes with the packed project stands
+// beside it.
 #include <QByteArray>
 #include <QFile>
 #include <QTemporaryDir>
@@ -60,13 +61,14 @@ void writeBands(const QByteArray &path, int side, int bands)
     std::mt19937 engine(1);
     std::vector<float> cells(static_cast<std::size_t>(side) * static_cast<std::size_t>(side));
     char **options = CSLSetNameValue(nullptr, "INTERLEAVE", "BAND");
-    GDALDataset *file =
-        GetGDALDriverManager()->GetDriverByName("GTiff")->Create(path.constData(), side, side, bands, GDT_Float32, options);
+    GDALDataset *file = GetGDALDriverManager()->GetDriverByName("GTiff")->Create(
+        path.constData(), side, side, bands, GDT_Float32, options);
     CSLDestroy(options);
     for (int band = 1; band <= bands; ++band) {
         for (std::size_t i = 0; i < cells.size(); ++i)
             cells[i] = static_cast<float>(band) + static_cast<float>(engine() % 65536) / 65536.0f;
-        if (file->GetRasterBand(band)->RasterIO(GF_Write, 0, 0, side, side, cells.data(), side, side, GDT_Float32, 0, 0)
+        if (file->GetRasterBand(band)->RasterIO(GF_Write, 0, 0, side, side, cells.data(), side,
+                                                side, GDT_Float32, 0, 0)
             != CE_None)
             std::abort();
     }
@@ -91,17 +93,18 @@ int import(const QByteArray &path)
     const int columns = file->GetRasterXSize();
     const int rows = file->GetRasterYSize();
     const int bands = file->GetRasterCount();
-    const int grid = VORN_CreateNewRasterGeography("grid", static_cast<unsigned>(rows), static_cast<unsigned>(columns),
-                                                   QRectF(0, 0, columns, rows), Interval{0, bands, true, true},
-                                                   TF_Integer, "", "");
+    const int grid = VORN_CreateNewRasterGeography(
+        "grid", static_cast<unsigned>(rows), static_cast<unsigned>(columns),
+        QRectF(0, 0, columns, rows), Interval{0, bands, true, true}, TF_Integer, "", "");
     const int id = VORN_NewRasterDataset(grid, "cells", RasterDecimalType, 1, 32, "");
     QVector<float> cells(columns * rows);
     bool good = true;
     for (int band = 1; good && band <= bands; ++band)
-        good = file->GetRasterBand(band)->RasterIO(GF_Read, 0, 0, columns, rows, cells.data(), columns, rows, GDT_Float32,
-                                                   0, 0)
-                == CE_None
-            && VORN_AddRasterValues(id, 0, Interval{band, band, true, true}, cells, -9999.0f, true, false);
+        good = file->GetRasterBand(band)->RasterIO(GF_Read, 0, 0, columns, rows, cells.data(),
+                                                   columns, rows, GDT_Float32, 0, 0)
+                   == CE_None
+               && VORN_AddRasterValues(id, 0, Interval{band, band, true, true}, cells, -9999.0f,
+                                       true, false);
     GDALClose(file);
     VORN_UnloadProject();
     ClearDataManager();
@@ -111,23 +114,29 @@ int import(const QByteArray &path)
 void compare(const char *name, int side, int bands, double memoryLimit)
 {
     const QTemporaryDir directory;
-    const auto file = [&](const char *own) { return directory.filePath(QString::fromLatin1(own)).toLocal8Bit(); };
+    const auto file = [&](const char *own) {
+        return directory.filePath(QString::fromLatin1(own)).toLocal8Bit();
+    };
     writeBands(file("source.tif"), side, bands);
     Run ours{1e9, 0};
     Run theirs{1e9, 0};
     Run whole{1e9, 0};
-    const auto keepFaster = [](Run &best, const Run &run) { best = run.seconds < best.seconds ? run : best; };
+    const auto keepFaster = [](Run &best, const Run &run) {
+        best = run.seconds < best.seconds ? run : best;
+    };
     for (int round = 0; round < 3; ++round) {
         keepFaster(ours, run({ownProgram, file("source.tif")}));
         keepFaster(theirs, run({"gdal_translate", "-q", file("source.tif"), file("copy.tif")}));
-        keepFaster(whole, run({MERIDOR_PROGRAM, "import", file("source.tif"), file("ours.vorn"), "--times", "auto",
-                               "--overwrite", "--quiet", "--cache", "64", "--scratch", file("scratch")}));
+        keepFaster(whole, run({MERIDOR_PROGRAM, "import", file("source.tif"), file("ours.vorn"),
+                               "--times", "auto", "--overwrite", "--quiet", "--cache", "64",
+                               "--scratch", file("scratch")}));
     }
     ratios::row(name, ours.seconds, "gdal_translate", theirs.seconds, 1.5, "s");
     ratios::row("its memory", ours.megabytes, "what it may take", memoryLimit, 1.0, "MB");
-    std::printf("    meridor import, packed to %lld MB: %.2f s, %.2f of gdal_translate, %.0f MB; gdal_translate: %.0f MB\n",
-                QFile(file("ours.vorn")).size() / 1000000, whole.seconds, whole.seconds / theirs.seconds,
-                whole.megabytes, theirs.megabytes);
+    std::printf("    meridor import, packed to %lld MB: %.2f s, %.2f of gdal_translate, %.0f MB; "
+                "gdal_translate: %.0f MB\n",
+                QFile(file("ours.vorn")).size() / 1000000, whole.seconds,
+                whole.seconds / theirs.seconds, whole.megabytes, theirs.megabytes);
 }
 
 } // namespace

@@ -2,6 +2,14 @@
 // What does a weight set cost over the search for its neighbours? Sets are calculated through the
 // public functions, all lists in the block store at the end; beside them the search alone, with
 // nothing stored.
+#include <QCoreApplication>
+#include <QTemporaryDir>
+#include <QtEndian>
+#include <cmath>
+#include <cstring>
+#include <nanoflann.hpp>
+#include <random>
+#include <sys/resource.h>
 #include "datainterface/AdjacencySet.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataBlocks.h"
@@ -14,14 +22,6 @@
 #include "datainterface/WeightsAPI.h"
 #include "fennimark/Fennims.h"
 #include "ratios.h"
-#include <QCoreApplication>
-#include <QTemporaryDir>
-#include <QtEndian>
-#include <cmath>
-#include <cstring>
-#include <nanoflann.hpp>
-#include <random>
-#include <sys/resource.h>
 
 namespace {
 

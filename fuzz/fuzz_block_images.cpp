@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The first byte chooses a reader of blocks: the images of the six containers, or the blocks' part of a project.
-// Whatever the bytes are, a container reads as something or refuses, and what it reads is written and read back alike.
+// The first byte chooses a reader of blocks: the images of the six containers, or the blocks' part
+// of a project. Whatever the bytes are, a container reads as something or refuses, and what it
+// reads is written and read back alike.
 #include <QByteArray>
 #include <QDataStream>
 #include <QDir>
@@ -84,13 +85,27 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const QByteArray bytes(reinterpret_cast<const char *>(data) + 1, static_cast<int>(size) - 1);
     try {
         switch (data[0] % 7) {
-        case 0: readSlice<int>(bytes); break;
-        case 1: readSlice<double>(bytes); break;
-        case 2: readSlice<QString>(bytes); break;
-        case 3: readSeries<int>(bytes); break;
-        case 4: readSeries<double>(bytes); break;
-        case 5: readSeries<QString>(bytes); break;
-        default: readProject(bytes); break;
+        case 0:
+            readSlice<int>(bytes);
+            break;
+        case 1:
+            readSlice<double>(bytes);
+            break;
+        case 2:
+            readSlice<QString>(bytes);
+            break;
+        case 3:
+            readSeries<int>(bytes);
+            break;
+        case 4:
+            readSeries<double>(bytes);
+            break;
+        case 5:
+            readSeries<QString>(bytes);
+            break;
+        default:
+            readProject(bytes);
+            break;
         }
     } catch (const vorn_error &) {
         // A block of strings that cannot be read is refused so.

@@ -2,15 +2,15 @@
 // Fennims::Open on foreign bytes. What it accepts must write back, read again and answer. Checksums
 // keep random changes out of the sections, so the input is the file without them: header fields,
 // then data a chunk at a time.
-#include "crc32c.h"
-#include "fennimark/FMObject.h"
-#include "fennimark/Fennims.h"
 #include <QBuffer>
 #include <QDataStream>
 #include <QtEndian>
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include "crc32c.h"
+#include "fennimark/FMObject.h"
+#include "fennimark/Fennims.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Any bytes as a project: the load answers, and whatever was read of it can be looked at, saved and let go.
+// Any bytes as a project: the load answers, and whatever was read of it can be looked at, saved and
+// let go.
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>

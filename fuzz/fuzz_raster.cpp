@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// A project of grids of every kind with some of its bytes changed: the load answers, and whatever was read can be looked
-// at, queried anywhere, saved and let go. An input is two bytes and then patches of three: place, place, new byte; what
-// stands behind 64 of them are the numbers of the queries.
+// A project of grids of every kind with some of its bytes changed: the load answers, and whatever
+// was read can be looked at, queried anywhere, saved and let go. An input is two bytes and then
+// patches of three: place, place, new byte; what stands behind 64 of them are the numbers of the
+// queries.
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
@@ -41,19 +42,22 @@ private:
     {
         const QVector<unsigned int> colors(type == RasterColorType ? 256 : 0, 0xFF336699u);
         const QByteArray cells(4 * 5 * 8, '\x3C');
-        const int id = VORN_NewRasterDataset(geography, QStringLiteral("cells"), type, 1, bits, QString());
-        auto *source = static_cast<MRasterDataSource *>(GetGeoData().value(geography)->GetDataSource());
+        const int id =
+            VORN_NewRasterDataset(geography, QStringLiteral("cells"), type, 1, bits, QString());
+        auto *source =
+            static_cast<MRasterDataSource *>(GetGeoData().value(geography)->GetDataSource());
         for (const qint64 start : {0, 10}) {
             const MRasterBand band(5, 4, type, bits, cells.constData(), colors);
-            source->AddRasterValues(id, 0, TimeStamp(start, start + 9, true, true), band, true, true);
+            source->AddRasterValues(id, 0, TimeStamp(start, start + 9, true, true), band, true,
+                                    true);
         }
         source->GetRasterDataset(id)->SetMissingFlag(MissingFlag(qint32(7)));
     }
     void makeSeed()
     {
-        const int geography =
-            VORN_CreateNewRasterGeography(QStringLiteral("grid"), 4, 5, QRectF(0, 0, 5, 4), Interval{0, 19, true, true},
-                                          TF_Integer, QString(), QString());
+        const int geography = VORN_CreateNewRasterGeography(
+            QStringLiteral("grid"), 4, 5, QRectF(0, 0, 5, 4), Interval{0, 19, true, true},
+            TF_Integer, QString(), QString());
         for (const int bits : {16, 32, 64})
             addDataset(geography, RasterDecimalType, bits);
         for (const int bits : {8, 16, 32, 64}) {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "commandLine.h"
+#include <exception>
 #include "commands/commands.h"
 #include "datainterface/VersionAPI.h"
 #include "datainterface/vorn_error.h"
 #include "failure.h"
 #include "interrupt.h"
 #include "progress.h"
-#include <exception>
 
 namespace meridor {
 namespace {
@@ -67,10 +67,10 @@ int runCommandLine(int argc, char **argv)
                "130 cancelled.\n"
                "meridor VERB --help tells more.");
     addCommonOptions(app, context);
-    for (const auto add : {addImport, addInfo, addStats, addSeries, addClasses, addMap, addExport,
-                           addQuery, addZonal, addRename, addRemove, addConvert, addSubset,
-                           addSelect, addUpgrade, addWeights, addNeighbors, addNearest, addMoran,
-                           addDemo})
+    for (const auto add :
+         {addImport,  addInfo,    addStats,     addSeries,  addClasses, addMap,    addExport,
+          addQuery,   addZonal,   addRename,    addRemove,  addConvert, addSubset, addSelect,
+          addUpgrade, addWeights, addNeighbors, addNearest, addMoran,   addDemo})
         add(app, context);
     try {
         app.parse(argc, argv);

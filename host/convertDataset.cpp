@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "convertDataset.h"
+#include <algorithm>
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
@@ -9,7 +10,6 @@
 #include "interrupt.h"
 #include "model.h"
 #include "progress.h"
-#include <algorithm>
 
 namespace meridor {
 namespace {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// Datasets of another type or storage.
 #pragma once
-#include "datainterface/DataType.h"
-#include "datainterface/MVectorDataset.h"
 #include <QString>
 #include <optional>
+#include "datainterface/DataType.h"
+#include "datainterface/MVectorDataset.h"
 
 namespace meridor {
 

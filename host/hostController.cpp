@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "hostController.h"
-#include "datainterface/MGeoData.h"
 #include <memory>
+#include "datainterface/MGeoData.h"
 
 namespace meridor {
 

@@ -2,12 +2,12 @@
 /// The terminal's answers to the library: maps become pictures, notes go to standard error, and
 /// what needs a window is declined.
 #pragma once
-#include "console.h"
-#include "datainterface/ControllerBase.h"
 #include <QMap>
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include "console.h"
+#include "datainterface/ControllerBase.h"
 
 namespace meridor {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "interrupt.h"
-#include "failure.h"
 #include <csignal>
+#include "failure.h"
 
 namespace meridor {
 namespace {

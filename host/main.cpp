@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The process around the command line: an application without a display, texts in UTF-8, numbers in
 // the C locale.
-#include "commandLine.h"
 #include <QApplication>
 #include <QDir>
 #include <QTextCodec>
 #include <clocale>
 #include <cstdio>
+#include "commandLine.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "model.h"
+#include <QSet>
+#include <algorithm>
 #include "console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -10,8 +12,6 @@
 #include "failure.h"
 #include "fennimark/Fennims.h"
 #include "hostController.h"
-#include <QSet>
-#include <algorithm>
 
 namespace meridor {
 namespace {

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 /// The loaded project as people name it: geographies and datasets by name, objects by key.
 #pragma once
+#include <QJsonValue>
+#include <QString>
+#include <QStringList>
+#include <QVector>
 #include "datainterface/DataType.h"
 #include "datainterface/MVectorDataset.h"
 #include "datainterface/TimeStamp.h"
 #include "datainterface/datum.h"
 #include "times.h"
-#include <QJsonValue>
-#include <QString>
-#include <QStringList>
-#include <QVector>
 
 class MGeoData;
 class MRasterDataset;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// One bar on the terminal for all long work, fed by the library's own progress.
 #pragma once
-#include "datainterface/VORN_Progress.h"
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QTimer>
+#include "datainterface/VORN_Progress.h"
 
 class QProgressDialog;
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "safeFile.h"
-#include "failure.h"
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -11,6 +10,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include "failure.h"
 
 namespace meridor {
 namespace {

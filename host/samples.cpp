@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "samples.h"
-#include "failure.h"
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include "failure.h"
 
 namespace meridor {
 

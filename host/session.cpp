@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "session.h"
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 #include "datainterface/DataBlocks.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/ProjectAPI.h"
@@ -9,9 +12,6 @@
 #include "model.h"
 #include "progress.h"
 #include "safeFile.h"
-#include <QDir>
-#include <QFileInfo>
-#include <QStandardPaths>
 
 namespace meridor {
 namespace {

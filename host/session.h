@@ -2,11 +2,11 @@
 /// The library's life within one command: started with a scratch directory of its own, stopped and
 /// swept at the end.
 #pragma once
-#include "console.h"
-#include "hostController.h"
 #include <QString>
 #include <QTemporaryDir>
 #include <memory>
+#include "console.h"
+#include "hostController.h"
 
 namespace meridor {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
-#include "datainterface/MVectorData.h"
-#include "fennimark/Fennims.h"
 #include <QPointF>
 #include <QVector>
+#include "datainterface/MVectorData.h"
+#include "fennimark/Fennims.h"
 
 namespace meridor {
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "subsetGeography.h"
+#include <QFile>
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
@@ -10,7 +11,6 @@
 #include "interrupt.h"
 #include "model.h"
 #include "progress.h"
-#include <QFile>
 
 namespace meridor {
 namespace {

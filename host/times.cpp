@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "times.h"
-#include "datainterface/TimeAPI.h"
 #include <QDateTime>
 #include <QLocale>
 #include <QRegularExpression>
+#include "datainterface/TimeAPI.h"
 
 namespace meridor {
 namespace {

@@ -3,11 +3,11 @@
 /// for its whole span, so that "1929" is a year of days in a geography of dates and one tick in a
 /// geography of numbers.
 #pragma once
-#include "datainterface/TimeFormat.h"
-#include "datainterface/TimeStamp.h"
 #include <QString>
 #include <QStringList>
 #include <optional>
+#include "datainterface/TimeFormat.h"
+#include "datainterface/TimeStamp.h"
 
 namespace meridor {
 

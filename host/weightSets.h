@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// Spatial weight sets as people name them, and what their lists add up to.
 #pragma once
-#include "datainterface/WeightsAPI.h"
-#include "foreign/weightsFile.h"
 #include <QString>
 #include <QStringList>
 #include <QVector>
 #include <functional>
+#include "datainterface/WeightsAPI.h"
+#include "foreign/weightsFile.h"
 
 namespace meridor {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMObject.h"
+#include <cmath>
+#include <limits>
 #include "distance.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "overlay.h"
 #include "relate.h"
-#include <cmath>
-#include <limits>
 
 using fennimark::GeometryView;
 using fennimark::ObjectBacking;

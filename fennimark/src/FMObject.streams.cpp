@@ -2,10 +2,10 @@
 // The stream form of one object, little-endian bytes whatever the stream's own order and version: a
 // point is x and y; a line or polygon is a u32 part count, the u32 sizes of the parts, and x and y
 // of every vertex, all exactly as given.
-#include "fennimark/FMPoint.h"
-#include "shape.h"
 #include <QDataStream>
 #include <QtEndian>
+#include "fennimark/FMPoint.h"
+#include "shape.h"
 
 namespace {
 

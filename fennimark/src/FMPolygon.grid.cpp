@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMPolygon.h"
-#include "gridCoverage.h"
-#include "overlay.h"
 #include <cmath>
 #include <limits>
+#include "gridCoverage.h"
+#include "overlay.h"
 
 using fennimark::Shape;
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What asks for the area as a set: measures by ring sums, overlay through GEOS.
 #include "fennimark/FMPolygon.h"
-#include "overlay.h"
 #include <cmath>
+#include "overlay.h"
 
 using fennimark::Geometry;
 using fennimark::ObjectAccess;

@@ -15,8 +15,13 @@ bool isFinite(const QPointF &point)
 
 } // namespace
 
-FM_PointTree::FM_PointTree() : mForest(std::make_unique<PointForest>()) {}
-FM_PointTree::FM_PointTree(const FM_PointTree &other) : mForest(std::make_unique<PointForest>(*other.mForest)) {}
+FM_PointTree::FM_PointTree() : mForest(std::make_unique<PointForest>())
+{
+}
+FM_PointTree::FM_PointTree(const FM_PointTree &other)
+    : mForest(std::make_unique<PointForest>(*other.mForest))
+{
+}
 FM_PointTree::~FM_PointTree() = default;
 
 FM_PointTree &FM_PointTree::operator=(const FM_PointTree &other)
@@ -41,7 +46,8 @@ bool FM_PointTree::SetPoints(const QVector<QPointF> &points, const QVector<int> 
         report = [&](quint32 placed) {
             done += placed;
             const double part = static_cast<double>(done) / points.size();
-            return progress(firstPercent + static_cast<int>((lastPercent - firstPercent) * part), nullptr);
+            return progress(firstPercent + static_cast<int>((lastPercent - firstPercent) * part),
+                            nullptr);
         };
     }
     return mForest->setPoints(std::move(members), report);
@@ -60,8 +66,8 @@ bool FM_PointTree::RemovePointFromSet(const QPointF &point, int id)
     return mForest->remove({point.x(), point.y(), id});
 }
 
-bool FM_PointTree::GetFirstNearestNeighbor(const QPointF &place, const QSet<int> &exclude, ptTreeQueryResult &hit,
-                                           void *&cursor) const
+bool FM_PointTree::GetFirstNearestNeighbor(const QPointF &place, const QSet<int> &exclude,
+                                           ptTreeQueryResult &hit, void *&cursor) const
 {
     cursor = mForest->openCursor(place, exclude);
     return mForest->next(cursor, hit);

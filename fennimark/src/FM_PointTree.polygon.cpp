@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "fennimark/FMPolygon.h"
 #include "fennimark/FM_PointTree.h"
+#include "fennimark/FMPolygon.h"
 #include "pointCells.h"
 #include "pointForest.h"
 
@@ -14,8 +14,8 @@ PointTree::Cell relation(const FMPolygon &polygon, const Rect2D &box)
 {
     if (!polygon.OverlapsRect(box))
         return PointTree::Cell::Apart;
-    const FMPolygon cell(QVector<QPointF>{{box.xMin, box.yMin}, {box.xMax, box.yMin}, {box.xMax, box.yMax},
-                                          {box.xMin, box.yMax}});
+    const FMPolygon cell(QVector<QPointF>{
+        {box.xMin, box.yMin}, {box.xMax, box.yMin}, {box.xMax, box.yMax}, {box.xMin, box.yMax}});
     return polygon.ContainsPolygon(cell) ? PointTree::Cell::Inside : PointTree::Cell::Cut;
 }
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/Fennims.h"
-#include "fennimark/FMObject.h"
-#include "fennimsState.h"
-#include "nearest.h"
 #include <QDataStream>
 #include <algorithm>
 #include <limits>
+#include "fennimark/FMObject.h"
+#include "fennimsState.h"
+#include "nearest.h"
 
 using namespace fennimark;
 

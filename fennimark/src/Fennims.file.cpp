@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/Fennims.h"
-#include "fennimsState.h"
-#include "geometryFile.h"
 #include <QDataStream>
 #include <QFile>
 #include <algorithm>
+#include "fennimsState.h"
+#include "geometryFile.h"
 
 using namespace fennimark;
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/Fennims.h"
+#include <algorithm>
 #include "fennimark/FMObject.h"
 #include "fennimsState.h"
 #include "nearest.h"
-#include <algorithm>
 
 using namespace fennimark;
 
@@ -222,13 +222,13 @@ bool Fennims::CalculateNearestNeighborsToPoint(const QPointF &point, qint64 time
     std::unique_ptr<FMObject> object;
     const Rect2D from{point.x(), point.x(), point.y(), point.y()};
     const bool points = d->store.kind() == ObjectKind::Point;
-    records = recordIds(nearestRecords(
-        d->store, from, AtTime{double(time)}, std::size_t(count), kInfinity, [&](quint32 record) {
-            if (points)
-                return sqrDistance(d->store.box(record), from);
-            return d->store.present(record, object, buffer)
-                       ? object->SqrDistance(point.x(), point.y())
-                       : kInfinity;
-        }));
+    records = recordIds(nearestRecords(d->store, from, AtTime{double(time)}, std::size_t(count),
+                                       kInfinity, [&](quint32 record) {
+                                           if (points)
+                                               return sqrDistance(d->store.box(record), from);
+                                           return d->store.present(record, object, buffer)
+                                                      ? object->SqrDistance(point.x(), point.y())
+                                                      : kInfinity;
+                                       }));
     return !records.isEmpty();
 }

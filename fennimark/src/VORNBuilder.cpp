@@ -3,16 +3,16 @@
 // sizes, padding to 8, its vertices (of a point, the bounds alone). What stays in memory is what
 // the order of the records needs.
 #include "fennimark/VORNBuilder.h"
-#include "fennimark/FMPoint.h"
-#include "fennimark/FMProjectionInfo.h"
-#include "fennimark/Fennims.h"
-#include "geometryFile.h"
-#include "hilbertOrder.h"
 #include <QFile>
 #include <QMap>
 #include <algorithm>
 #include <deque>
 #include <limits>
+#include "fennimark/FMPoint.h"
+#include "fennimark/FMProjectionInfo.h"
+#include "fennimark/Fennims.h"
+#include "geometryFile.h"
+#include "hilbertOrder.h"
 
 using namespace fennimark;
 

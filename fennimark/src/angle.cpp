@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The quotient is brought to at most tan(pi / 8) by exchanging the axes and by atan(t) = pi/4 + atan((t-1) / (t+1)).
-// There atan(u) = u + u^3 p(u^2), with p the interpolation at Chebyshev's nodes: the remainder is below 5e-18 of the
-// result. All choices are selections, since directions cannot be predicted and the compiler can then take several at a
-// time.
+// The quotient is brought to at most tan(pi / 8) by exchanging the axes and by atan(t) = pi/4 +
+// atan((t-1) / (t+1)). There atan(u) = u + u^3 p(u^2), with p the interpolation at Chebyshev's
+// nodes: the remainder is below 5e-18 of the result. All choices are selections, since directions
+// cannot be predicted and the compiler can then take several at a time.
 #include "angle.h"
 #include <algorithm>
 #include <cmath>
@@ -14,7 +14,8 @@ constexpr double kTanEighth = 0.41421356237309503; // of pi
 constexpr double kQuarter = 0.78539816339744831;   // pi / 4
 constexpr double kHalf = 1.5707963267948966;
 constexpr double kHalfRest = 6.123233995736766e-17;
-constexpr double kSmallest = 1e-290; // of the larger coordinate: beyond these limits the steps could overflow
+constexpr double kSmallest =
+    1e-290; // of the larger coordinate: beyond these limits the steps could overflow
 constexpr double kLargest = 1e300;
 
 // p, from the constant term on.
@@ -44,7 +45,8 @@ double angleOf(double y, double x)
     const double low = (kP0 + z * kP1) + z2 * (kP2 + z * kP3);
     const double middle = (kP4 + z * kP5) + z2 * (kP6 + z * kP7);
     const double high = (kP8 + z * kP9) + z2 * kP10;
-    const double rest = u * z * (low + z4 * (middle + z4 * high)) + (turned ? 0.5 * kHalfRest : 0.0);
+    const double rest =
+        u * z * (low + z4 * (middle + z4 * high)) + (turned ? 0.5 * kHalfRest : 0.0);
     const double octant = (turned ? kQuarter : 0.0) + (u + rest);
     const double quadrant = up > across ? kHalf - (octant - kHalfRest) : octant;
     const double half = x < 0.0 ? 2.0 * kHalf - (quadrant - 2.0 * kHalfRest) : quadrant;

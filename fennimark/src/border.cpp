@@ -8,11 +8,11 @@
 // both ends of that overlap are within the slack: edges that merely diverge at a small angle from a
 // common vertex share a place and no piece. Overlaps that continue one another along the first
 // boundary, over vertices of either, are one piece.
-#include "shape.h"
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <optional>
+#include "shape.h"
 
 namespace fennimark {
 namespace {

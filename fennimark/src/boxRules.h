@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// Arithmetic on boxes.
 #pragma once
-#include "fennimark/geometryTypes.h"
-#include "floatRounding.h"
 #include <QtGlobal>
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include "fennimark/geometryTypes.h"
+#include "floatRounding.h"
 
 namespace fennimark {
 

@@ -7,12 +7,12 @@
 /// bytes, 2.13 a record. Levels stand one behind the other, the lowest first, and the highest is a
 /// single node. Lanes without an entry hold a box that meets nothing.
 #pragma once
-#include "boxRules.h"
 #include <QtAlgorithms>
 #include <QtGlobal>
 #include <array>
 #include <limits>
 #include <vector>
+#include "boxRules.h"
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif

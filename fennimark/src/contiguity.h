@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Which polygons of one time share a boundary point (queen) or a piece of border (rook).
 #pragma once
+#include <vector>
 #include "geometryFile.h"
 #include "recordStore.h"
-#include <vector>
 
 namespace fennimark {
 

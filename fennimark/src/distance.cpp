@@ -3,8 +3,8 @@
 // boundaries, by descending both trees at once, nearer boxes first, into pairs of boxes that are
 // nearer than the best so far.
 #include "distance.h"
-#include "relate.h"
 #include <limits>
+#include "relate.h"
 
 namespace fennimark {
 namespace {

@@ -2,12 +2,12 @@
 /// What a geography holds beside its records: name, projection, pooled chains, and what is remade
 /// when records change.
 #pragma once
+#include <deque>
+#include <vector>
 #include "contiguity.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "recordStore.h"
-#include <deque>
-#include <vector>
 
 namespace fennimark {
 

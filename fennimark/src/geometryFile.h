@@ -17,10 +17,10 @@
 /// Data stand in chunks of 1 MiB, the last of a section shorter, each followed by its CRC-32C.
 /// Boxes, positions, nodes and run boxes are not stored and so need no trust; the hull is compared.
 #pragma once
-#include "recordStore.h"
 #include <QByteArray>
 #include <functional>
 #include <vector>
+#include "recordStore.h"
 
 class QDataStream;
 

@@ -2,11 +2,11 @@
 // Nothing that a file says is believed before it has been seen: counts are held against section
 // lengths, and buffers grow with the data that have arrived, a chunk at a time.
 #include "geometryFile.h"
-#include "crc32c.h"
 #include <QDataStream>
 #include <QtEndian>
 #include <algorithm>
 #include <cstring>
+#include "crc32c.h"
 
 namespace fennimark {
 namespace {

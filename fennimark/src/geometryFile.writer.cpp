@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "geometryFile.h"
-#include "crc32c.h"
 #include <QDataStream>
 #include <QtEndian>
 #include <algorithm>
 #include <cstring>
+#include "crc32c.h"
 
 namespace fennimark {
 namespace {

@@ -2,9 +2,9 @@
 /// The inside of geometry objects, for the record store: objects as views on its memory, the raw
 /// vertices of any object, run boxes, and the one pair test behind contiguity and shared borders.
 #pragma once
-#include "fennimark/FMObject.h"
 #include <QLineF>
 #include <QList>
+#include "fennimark/FMObject.h"
 
 namespace fennimark {
 

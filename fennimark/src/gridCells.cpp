@@ -4,9 +4,9 @@
 // summed up a column this is the polygon's area in each cell that an edge enters. Between those,
 // the winding just right of the column's left line, a count of whole crossings, makes a cell all or
 // nothing, and the running sum starts afresh from it, so that no rounding is carried on.
-#include "gridCoverage.h"
 #include <cmath>
 #include <limits>
+#include "gridCoverage.h"
 
 namespace fennimark {
 namespace {

@@ -3,10 +3,10 @@
 // rings are sorted, and the centres between odd and even crossings are inside. Centres so near a
 // crossing that rounding could decide, and those on vertices or vertical edges, are put to the
 // exact point test; so the answer is that test's for every centre.
-#include "gridCoverage.h"
-#include "relate.h"
 #include <cmath>
 #include <limits>
+#include "gridCoverage.h"
+#include "relate.h"
 
 namespace fennimark {
 namespace {

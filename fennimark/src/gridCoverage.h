@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// What a polygon covers of a grid, cell by cell without a test per cell.
 #pragma once
-#include "shape.h"
 #include <QPair>
 #include <QVector>
+#include "shape.h"
 
 namespace fennimark {
 

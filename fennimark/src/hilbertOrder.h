@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// The order of records along a Hilbert curve: near in space and time is near in the store.
 #pragma once
-#include "fennimark/geometryTypes.h"
 #include <QtGlobal>
 #include <vector>
+#include "fennimark/geometryTypes.h"
 
 namespace fennimark {
 

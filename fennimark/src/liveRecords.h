@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// The records that are checked out, with their live objects, and the last few that were.
 #pragma once
-#include "fennimark/FMObject.h"
-#include "fennimark/HilbertTreeRecord.h"
 #include <memory>
 #include <vector>
+#include "fennimark/FMObject.h"
+#include "fennimark/HilbertTreeRecord.h"
 
 namespace fennimark {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Records by distance: best-first search over the box tree.
 #pragma once
-#include "recordStore.h"
 #include <queue>
 #include <vector>
+#include "recordStore.h"
 
 namespace fennimark {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// Where a chain's observations lie: in a record store, or in a builder that has not finished.
 #pragma once
-#include "fennimark/FMObjectChain.h"
 #include <QPair>
+#include "fennimark/FMObjectChain.h"
 
 namespace fennimark {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "overlay.h"
+#include <cmath>
 #include "orientation.h"
 #include "relate.h"
-#include <cmath>
 
 namespace fennimark {
 namespace {

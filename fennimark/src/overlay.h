@@ -3,9 +3,9 @@
 /// made for one operation and not kept: a conversion costs one or two hundredths of the overlay
 /// that follows.
 #pragma once
+#include <geos_c.h>
 #include "fennimark/FMPolygon.h"
 #include "shape.h"
-#include <geos_c.h>
 
 namespace fennimark {
 

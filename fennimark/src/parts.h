@@ -2,8 +2,8 @@
 /// Between lists of parts, as callers give and take them, and the parts behind one another that
 /// objects keep.
 #pragma once
-#include "shape.h"
 #include <QList>
+#include "shape.h"
 
 namespace fennimark {
 

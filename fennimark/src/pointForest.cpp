@@ -42,12 +42,18 @@ struct PointForest::Cursor {
     quint64 version;
 };
 
-PointForest::PointForest() : mExponents(kExponents) {}
+PointForest::PointForest() : mExponents(kExponents)
+{
+}
 PointForest::~PointForest() = default;
 
 PointForest::PointForest(const PointForest &other)
-    : mTrees(other.mTrees), mNewcomers(other.mNewcomers), mExponents(other.mExponents),
-      mTopExponent(other.mTopExponent), mLive(other.mLive), mQueries(other.mQueries)
+    : mTrees(other.mTrees),
+      mNewcomers(other.mNewcomers),
+      mExponents(other.mExponents),
+      mTopExponent(other.mTopExponent),
+      mLive(other.mLive),
+      mQueries(other.mQueries)
 {
 }
 
@@ -204,13 +210,15 @@ template <class Sink> void PointForest::visitNear(const QPointF &place, Sink &si
     }
 }
 
-size_t PointForest::collectNearest(const QPointF &place, int count, const ExcludedIds &excluded, const PointHit *after)
+size_t PointForest::collectNearest(const QPointF &place, int count, const ExcludedIds &excluded,
+                                   const PointHit *after)
 {
     mHits.clear();
     if (count < 1 || mLive == 0 || !isFinite(place))
         return 0;
     arrange();
-    NearestHits sink(mHits, mTies, std::min(static_cast<size_t>(count), mLive), tolerance(), excluded, after);
+    NearestHits sink(mHits, mTies, std::min(static_cast<size_t>(count), mLive), tolerance(),
+                     excluded, after);
     visitNear(place, sink);
     return sink.finish();
 }
@@ -242,7 +250,8 @@ void PointForest::report(const QPointF &place, QVector<ptTreeQueryResult> &recor
     }
 }
 
-bool PointForest::nearest(const QPointF &place, int count, const QSet<int> &exclude, QVector<ptTreeQueryResult> &hits)
+bool PointForest::nearest(const QPointF &place, int count, const QSet<int> &exclude,
+                          QVector<ptTreeQueryResult> &hits)
 {
     const size_t tied = collectNearest(place, count, ExcludedIds(exclude), nullptr);
     const size_t found = mHits.size();
@@ -299,7 +308,8 @@ PointForest::Cursor *PointForest::findCursor(void *cursor) const
 // All ties of its last hit are in a batch, so that the next one begins behind them.
 bool PointForest::fetch(Cursor &cursor)
 {
-    collectNearest(cursor.place, cursor.batchSize, ExcludedIds(cursor.exclude), cursor.hasLast ? &cursor.last : nullptr);
+    collectNearest(cursor.place, cursor.batchSize, ExcludedIds(cursor.exclude),
+                   cursor.hasLast ? &cursor.last : nullptr);
     report(cursor.place, cursor.batch);
     cursor.next = 0;
     cursor.batchSize = std::min(2 * cursor.batchSize, kLargestBatch);

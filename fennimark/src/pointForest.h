@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// A few static trees and a short list of newcomers, which together are one changing set of points.
 ///
-/// Adding only appends to the newcomers. The query that finds more than 64 of them builds a tree of them and of all trees
-/// of up to three times their number, so that a point is moved O(log n) times. Once the queries since the last change
-/// outnumber half the points, all become one tree. A tree with more removed points than live ones is made anew.
+/// Adding only appends to the newcomers. The query that finds more than 64 of them builds a tree of
+/// them and of all trees of up to three times their number, so that a point is moved O(log n)
+/// times. Once the queries since the last change outnumber half the points, all become one tree. A
+/// tree with more removed points than live ones is made anew.
 #pragma once
 #include <QPointF>
 #include <memory>
@@ -27,8 +28,10 @@ public:
     void add(const IdPoint &point);
     bool remove(const IdPoint &point);
 
-    bool nearest(const QPointF &place, int count, const QSet<int> &exclude, QVector<ptTreeQueryResult> &hits);
-    void within(const QPointF &place, double squaredRange, const QSet<int> &exclude, QVector<ptTreeQueryResult> &hits);
+    bool nearest(const QPointF &place, int count, const QSet<int> &exclude,
+                 QVector<ptTreeQueryResult> &hits);
+    void within(const QPointF &place, double squaredRange, const QSet<int> &exclude,
+                QVector<ptTreeQueryResult> &hits);
     /// All points in cells that `cell` does not set apart: visit(IdPoint, inside).
     template <class CellTest, class Visit> void inCells(CellTest cell, Visit visit);
 
@@ -47,7 +50,8 @@ private:
     void countExponent(const IdPoint &point, int by);
     double tolerance() const;
     IdPoint pointAt(quint32 slot) const;
-    size_t collectNearest(const QPointF &place, int count, const ExcludedIds &excluded, const PointHit *after);
+    size_t collectNearest(const QPointF &place, int count, const ExcludedIds &excluded,
+                          const PointHit *after);
     template <class Sink> void visitNear(const QPointF &place, Sink &sink) const;
     void report(const QPointF &place, QVector<ptTreeQueryResult> &records) const;
     Cursor *findCursor(void *cursor) const;

@@ -27,7 +27,10 @@ public:
         : mIds(ids), mCount(ids.size()), mOnly(mCount == 1 ? *ids.constBegin() : 0)
     {
     }
-    bool holds(int id) const { return mCount > 0 && (mCount == 1 ? id == mOnly : mIds.contains(id)); }
+    bool holds(int id) const
+    {
+        return mCount > 0 && (mCount == 1 ? id == mOnly : mIds.contains(id));
+    }
 
 private:
     const QSet<int> &mIds;
@@ -56,15 +59,21 @@ private:
     const ExcludedIds &mExcluded;
 };
 
-/// The nearest `count` and what ties with the last of them. The nearest are kept in order, or many of them in a heap;
-/// what was or could be tied waits apart, under a limit that is a little too wide, until the last distance is known.
+/// The nearest `count` and what ties with the last of them. The nearest are kept in order, or many
+/// of them in a heap; what was or could be tied waits apart, under a limit that is a little too
+/// wide, until the last distance is known.
 class NearestHits {
 public:
     /// @param tolerance  by how much tied distances may differ.
     /// @param after      hits up to this one are passed over; may be null.
-    NearestHits(std::vector<PointHit> &hits, std::vector<PointHit> &ties, size_t count, double tolerance,
-                const ExcludedIds &excluded, const PointHit *after)
-        : mHits(hits), mTies(ties), mWanted(count), mTolerance(tolerance), mExcluded(excluded), mAfter(after)
+    NearestHits(std::vector<PointHit> &hits, std::vector<PointHit> &ties, size_t count,
+                double tolerance, const ExcludedIds &excluded, const PointHit *after)
+        : mHits(hits),
+          mTies(ties),
+          mWanted(count),
+          mTolerance(tolerance),
+          mExcluded(excluded),
+          mAfter(after)
     {
         mHits.resize(count);
         mTies.clear();
@@ -90,8 +99,9 @@ public:
         }
     }
 
-    /// The hits in order of distance and id, ties at the end. @return how many of the last are tied: with each other
-    /// and, when there are more than wanted, at a distance that counts as one.
+    /// The hits in order of distance and id, ties at the end. @return how many of the last are
+    /// tied: with each other and, when there are more than wanted, at a distance that counts as
+    /// one.
     size_t finish()
     {
         mHits.resize(mFound);
@@ -185,11 +195,13 @@ private:
         mLimit = mLast + mSlack;
     }
 
-    // (d + t)^2 - d^2 for the first last distance, which only falls from here on, and some more for rounding.
+    // (d + t)^2 - d^2 for the first last distance, which only falls from here on, and some more for
+    // rounding.
     void setSlack()
     {
         mLast = mWanted > kSortedCount ? mHits.front().distance : mHits.back().distance;
-        mSlack = 2.5 * mTolerance * (std::sqrt(mLast) + mTolerance) + 4.0 * std::numeric_limits<double>::epsilon() * mLast;
+        mSlack = 2.5 * mTolerance * (std::sqrt(mLast) + mTolerance)
+                 + 4.0 * std::numeric_limits<double>::epsilon() * mLast;
         setLast();
     }
 

@@ -60,7 +60,8 @@ private:
         const bool reports = mProgress && count <= mReportBelow && mReported > mReportBelow;
         if (reports)
             mReported = count;
-        const bool goesOn = range.leaves == 1 ? fillLeaf(points, count, range.leaf) : split(points, count, range, box);
+        const bool goesOn = range.leaves == 1 ? fillLeaf(points, count, range.leaf)
+                                              : split(points, count, range, box);
         if (!reports || !goesOn)
             return goesOn;
         mReported = mReportBelow + 1;
@@ -91,12 +92,15 @@ private:
         (splitsY ? right.yMin : right.xMin) = node.high;
         if (isEven(node.low) == splitsY)
             node.low = std::nextafter(node.low, HUGE_VAL);
-        return place(points, rank, range.left(), left) && place(points + rank, count - rank, range.right(), right);
+        return place(points, rank, range.left(), left)
+               && place(points + rank, count - rank, range.right(), right);
     }
 
     template <bool isY> static Node part(IdPoint *points, quint32 count, quint32 rank)
     {
-        const auto before = [](const IdPoint &a, const IdPoint &b) { return coordinate<isY>(a) < coordinate<isY>(b); };
+        const auto before = [](const IdPoint &a, const IdPoint &b) {
+            return coordinate<isY>(a) < coordinate<isY>(b);
+        };
         std::nth_element(points, points + rank, points + count, before);
         double low = coordinate<isY>(points[0]);
         for (quint32 i = 1; i < rank; ++i)

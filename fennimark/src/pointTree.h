@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 /// A static kd-tree over points with ids, laid out without pointers: 21.5 bytes a point.
 ///
-/// Points lie in leaves of twelve, by columns. A node over m leaves has m/2 of them on its left; nodes are
-/// in preorder, so that its left child is the next node and its right child comes m/2 later, and a subtree's leaves are
-/// neighbours. A node holds the two bounds of the gap between its halves along one axis. Removed points and the unused
-/// end of the last leaf have NaN coordinates, which no comparison accepts.
+/// Points lie in leaves of twelve, by columns. A node over m leaves has m/2 of them on its left;
+/// nodes are in preorder, so that its left child is the next node and its right child comes m/2
+/// later, and a subtree's leaves are neighbours. A node holds the two bounds of the gap between its
+/// halves along one axis. Removed points and the unused end of the last leaf have NaN coordinates,
+/// which no comparison accepts.
 ///
-/// Distances to cells are computed by the expression of the distances to points, so that rounding is monotone: a cell is
-/// never farther than a point in it.
+/// Distances to cells are computed by the expression of the distances to points, so that rounding
+/// is monotone: a cell is never farther than a point in it.
 #pragma once
 #include <QtAlgorithms>
 #include <QtGlobal>
@@ -36,7 +37,8 @@ public:
     using Progress = std::function<bool(quint32)>;
 
     /// Reorders `points`, at least one. Null when `progress` (may be empty) answers false.
-    static std::shared_ptr<PointTree> build(std::vector<IdPoint> &points, const Progress &progress = {});
+    static std::shared_ptr<PointTree> build(std::vector<IdPoint> &points,
+                                            const Progress &progress = {});
 
     quint32 slotCount() const { return mSlots; } ///< places, removed points included
     quint32 liveCount() const { return mLive; }
@@ -47,17 +49,19 @@ public:
     }
     void appendLive(std::vector<IdPoint> &points) const;
 
-    /// The place of a point with exactly these coordinates and this id; slotCount() when there is none.
+    /// The place of a point with exactly these coordinates and this id; slotCount() when there is
+    /// none.
     quint32 find(double x, double y, int id) const;
     void remove(quint32 slot);
 
-    /// Calls sink.offer(squared distance, id, slot) for all points whose squared distance is at most sink.limit(), which
-    /// may fall meanwhile; near cells first.
+    /// Calls sink.offer(squared distance, id, slot) for all points whose squared distance is at
+    /// most sink.limit(), which may fall meanwhile; near cells first.
     template <class Sink> void visitNear(double x, double y, Sink &sink) const;
 
     enum class Cell { Apart, Cut, Inside };
-    /// Calls cell(box, points) on the way down, leaves included: what is apart is passed over, visit(IdPoint, inside)
-    /// gets the live points of the rest, `inside` saying that one of their cells was.
+    /// Calls cell(box, points) on the way down, leaves included: what is apart is passed over,
+    /// visit(IdPoint, inside) gets the live points of the rest, `inside` saying that one of their
+    /// cells was.
     template <class CellTest, class Visit> void visitCells(CellTest cell, Visit visit) const;
 
 private:
@@ -66,13 +70,14 @@ private:
         double y[kLeafSize];
         int id[kLeafSize];
 
-        /// All squared distances, and a bit for each that is at most `limit`: few are, and which ones cannot be predicted.
+        /// All squared distances, and a bit for each that is at most `limit`: few are, and which
+        /// ones cannot be predicted.
         quint32 within(double limit, double fromX, double fromY, double *distance) const;
     };
     // The axis is the last bit of `low`, which is rounded up to make it so.
     struct Node {
-        double low;  ///< no point on the left is above
-        double high; ///< no point on the right is below
+        double low;          ///< no point on the left is above
+        double high;         ///< no point on the right is below
         quint32 axis() const // 0: x
         {
             quint64 bits;
@@ -91,7 +96,8 @@ private:
         {
             const quint32 mask = 0U - quint32(isRight);
             const quint32 onLeft = leaves / 2;
-            return {node + 1 + ((onLeft - 1) & mask), leaf + (onLeft & mask), onLeft + (leaves & 1 & mask)};
+            return {node + 1 + ((onLeft - 1) & mask), leaf + (onLeft & mask),
+                    onLeft + (leaves & 1 & mask)};
         }
     };
     class Builder;
@@ -107,7 +113,8 @@ private:
     }
     template <class Sink> void scanLeaf(quint32 leaf, double x, double y, Sink &sink) const;
     template <class CellTest, class Visit>
-    void visitCells(Range range, const Rect2D &box, bool inside, CellTest &cell, Visit &visit) const;
+    void visitCells(Range range, const Rect2D &box, bool inside, CellTest &cell,
+                    Visit &visit) const;
 
     std::vector<Node> mNodes;
     std::vector<Leaf> mLeaves;
@@ -116,7 +123,8 @@ private:
     quint32 mLive = 0;
 };
 
-inline quint32 PointTree::Leaf::within(double limit, double fromX, double fromY, double *distance) const
+inline quint32 PointTree::Leaf::within(double limit, double fromX, double fromY,
+                                       double *distance) const
 {
     quint32 near = 0;
 #ifdef __SSE2__
@@ -154,17 +162,20 @@ template <class Sink> void PointTree::scanLeaf(quint32 leaf, double x, double y,
 
 template <class Sink> void PointTree::visitNear(double x, double y, Sink &sink) const
 {
-    // What differs between the axes and between left and right is indexed and computed, not branched on: neither can
-    // be predicted.
+    // What differs between the axes and between left and right is indexed and computed, not
+    // branched on: neither can be predicted.
     struct Waiting {
         double distance; // to the cell
         double away[2];  // along the axes
         Range range;
     } stack[kMaxDepth];
     int depth = 0;
-    const auto outside = [](double low, double high, double v) { return v < low ? low - v : v > high ? v - high : 0.0; };
+    const auto outside = [](double low, double high, double v) {
+        return v < low ? low - v : v > high ? v - high : 0.0;
+    };
     const double place[2] = {x, y};
-    double away[2] = {outside(mBounds.xMin, mBounds.xMax, x), outside(mBounds.yMin, mBounds.yMax, y)};
+    double away[2] = {outside(mBounds.xMin, mBounds.xMax, x),
+                      outside(mBounds.yMin, mBounds.yMax, y)};
     Range range = all();
     if (!(away[0] * away[0] + away[1] * away[1] <= sink.limit()))
         return;
@@ -209,7 +220,8 @@ template <class CellTest, class Visit> void PointTree::visitCells(CellTest cell,
 }
 
 template <class CellTest, class Visit>
-void PointTree::visitCells(Range range, const Rect2D &box, bool inside, CellTest &cell, Visit &visit) const
+void PointTree::visitCells(Range range, const Rect2D &box, bool inside, CellTest &cell,
+                           Visit &visit) const
 {
     if (!inside) {
         const Cell found = cell(box, range.leaves * kLeafSize);

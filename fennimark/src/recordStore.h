@@ -13,6 +13,9 @@
 /// Here records count from 0; their public ids count from 1, since callers check in only ids above
 /// 0.
 #pragma once
+#include <QHash>
+#include <QVector>
+#include <vector>
 #include "boxTree.h"
 #include "fennimark/HilbertTree.h"
 #include "geometryView.h"
@@ -20,9 +23,6 @@
 #include "observationSource.h"
 #include "scratchSpace.h"
 #include "timeRules.h"
-#include <QHash>
-#include <QVector>
-#include <vector>
 
 namespace fennimark {
 
@@ -57,8 +57,8 @@ public:
     {
         return kind == ObjectKind::Point ? points.size() : boxes.size();
     }
-    /// Makes room for lines or polygons that are about to come, and for their bytes on the heap only
-    /// when they will stay there.
+    /// Makes room for lines or polygons that are about to come, and for their bytes on the heap
+    /// only when they will stay there.
     void expect(std::size_t records, quint64 payloadBytes);
     void addPoint(const QPointF &point) { points.push_back(point); }
     /// Takes a line's or polygon's bytes; its run boxes are made here. False when the scratch file

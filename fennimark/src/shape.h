@@ -3,10 +3,10 @@
 /// under a tree of run boxes. The tree is implicit (boxes of eight, level behind level), so a
 /// traversal is index arithmetic and box tests.
 #pragma once
-#include "floatRounding.h"
-#include "geometryView.h"
 #include <QVarLengthArray>
 #include <vector>
+#include "floatRounding.h"
+#include "geometryView.h"
 
 namespace fennimark {
 

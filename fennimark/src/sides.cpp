@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "sides.h"
+#include <cmath>
+#include <limits>
 #include "expansion.h"
 #include "orientation.h"
 #include "relate.h"
-#include <cmath>
-#include <limits>
 
 namespace fennimark {
 namespace {

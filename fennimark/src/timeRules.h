@@ -2,10 +2,10 @@
 /// What a timeRange means: comparisons on doubles with the flags, and the pieces of time in which
 /// nothing changes.
 #pragma once
-#include "fennimark/geometryTypes.h"
 #include <QtGlobal>
 #include <cmath>
 #include <vector>
+#include "fennimark/geometryTypes.h"
 
 namespace fennimark {
 

@@ -9,12 +9,12 @@
 // few passes over plain arrays, without a look-up. The few permutations that drew the object
 // itself among its first values skip it and take one value more.
 #include "analysis/moran.h"
-#include "datainterface/randomizationIt.h"
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include "datainterface/randomizationIt.h"
 
 namespace meridor {
 namespace {

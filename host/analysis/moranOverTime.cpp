@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "analysis/moranOverTime.h"
+#include <QSet>
+#include <cmath>
+#include <limits>
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/StatisticsAPI.h"
@@ -8,9 +11,6 @@
 #include "interrupt.h"
 #include "model.h"
 #include "weightSets.h"
-#include <QSet>
-#include <cmath>
-#include <limits>
 
 namespace meridor {
 namespace {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// Moran's I of a dataset at its times, under a weight set.
 #pragma once
-#include "analysis/moran.h"
-#include "datainterface/TimeStamp.h"
-#include "progress.h"
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include "analysis/moran.h"
+#include "datainterface/TimeStamp.h"
+#include "progress.h"
 
 namespace meridor {
 

@@ -2,12 +2,12 @@
 /// The verbs. Each adds its subcommand and, when it was the one chosen, leaves its work in the
 /// context.
 #pragma once
-#include "console.h"
-#include "session.h"
 #include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include "console.h"
+#include "session.h"
 
 namespace meridor {
 

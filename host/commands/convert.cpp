@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include <QJsonObject>
+#include <memory>
 #include "commands/projectEdit.h"
 #include "convertDataset.h"
 #include "datainterface/DataAPI.h"
 #include "failure.h"
 #include "model.h"
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

@@ -2,6 +2,12 @@
 // The whole road on real data: income per head of the 48 contiguous states of the USA over 81
 // years, and the days on which they came into the Union; then rain over the Carolinas. What each
 // step should find is known from outside.
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <cmath>
+#include <memory>
+#include <utility>
 #include "analysis/moranOverTime.h"
 #include "commands/commands.h"
 #include "commands/demoClimate.h"
@@ -20,12 +26,6 @@
 #include "safeFile.h"
 #include "samples.h"
 #include "weightSets.h"
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <cmath>
-#include <memory>
-#include <utility>
 
 namespace meridor {
 namespace {

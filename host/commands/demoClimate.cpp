@@ -2,6 +2,9 @@
 // Rain and temperature of 1999 in cells of an eighth of a degree. The figures are those of the
 // source; those of counties come from an overlay of cells and counties in a spatial database.
 #include "commands/demoClimate.h"
+#include <QFileInfo>
+#include <cmath>
+#include <utility>
 #include "commands/snapshot.h"
 #include "commands/statistics.h"
 #include "commands/zonal.h"
@@ -14,9 +17,6 @@
 #include "importer/rasterImporter.h"
 #include "model.h"
 #include "render/choropleth.h"
-#include <QFileInfo>
-#include <cmath>
-#include <utility>
 
 namespace meridor {
 namespace {

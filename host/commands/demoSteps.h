@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// The steps of the demo: what each found, whether it was right, and how long it took.
 #pragma once
-#include "console.h"
 #include <QElapsedTimer>
+#include "console.h"
 
 namespace meridor {
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Other names, and fewer datasets and geographies.
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 #include "commands/projectEdit.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
 #include "failure.h"
 #include "model.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 #include "commands/commands.h"
 #include "commands/tables.h"
 #include "datainterface/DataAPI.h"
@@ -10,11 +15,6 @@
 #include "interrupt.h"
 #include "model.h"
 #include "safeFile.h"
-#include <QFile>
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

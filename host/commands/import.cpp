@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -7,10 +11,6 @@
 #include "importer/rasterImporter.h"
 #include "model.h"
 #include "safeFile.h"
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <algorithm>
+#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -6,11 +11,6 @@
 #include "datainterface/MRasterDataset.h"
 #include "model.h"
 #include "progress.h"
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <algorithm>
-#include <memory>
 
 namespace meridor {
 namespace {

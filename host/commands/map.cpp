@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
@@ -8,10 +12,6 @@
 #include "render/choropleth.h"
 #include "render/palette.h"
 #include "safeFile.h"
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "analysis/moranOverTime.h"
-#include "commands/projectEdit.h"
-#include "datainterface/DataAPI.h"
-#include "failure.h"
-#include "model.h"
-#include "weightSets.h"
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QMap>
 #include <QRandomGenerator>
 #include <limits>
 #include <memory>
+#include "analysis/moranOverTime.h"
+#include "commands/projectEdit.h"
+#include "datainterface/DataAPI.h"
+#include "failure.h"
+#include "model.h"
+#include "weightSets.h"
 
 namespace meridor {
 namespace {

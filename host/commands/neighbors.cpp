@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 // neighbors and nearest: who is near one object, or one place.
+#include <QJsonArray>
+#include <QJsonObject>
+#include <cmath>
+#include <limits>
+#include <memory>
 #include "commands/commands.h"
 #include "datainterface/GeographyAPI.h"
 #include "failure.h"
 #include "model.h"
 #include "progress.h"
 #include "weightSets.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <cmath>
-#include <limits>
-#include <memory>
 
 namespace meridor {
 namespace {

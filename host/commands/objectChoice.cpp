@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "commands/objectChoice.h"
+#include <QSet>
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include "datainterface/DataAPI.h"
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDatum.h"
@@ -8,10 +12,6 @@
 #include "foreign/values.h"
 #include "model.h"
 #include "render/classes.h"
-#include <QSet>
-#include <algorithm>
-#include <cmath>
-#include <limits>
 
 namespace meridor {
 namespace {

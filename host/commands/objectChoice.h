@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// Objects as people choose them: by key, by a value, by a range of values, by existence.
 #pragma once
-#include "commands/commands.h"
 #include <QVector>
+#include "commands/commands.h"
 
 namespace meridor {
 

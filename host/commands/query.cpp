@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include <QJsonArray>
+#include <QJsonObject>
+#include <cmath>
+#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -12,10 +16,6 @@
 #include "raster/cellShares.h"
 #include "raster/gridValues.h"
 #include "shapeAccess.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <cmath>
-#include <memory>
 
 namespace meridor {
 namespace {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "commands/objectChoice.h"
-#include "datainterface/DataAPI.h"
-#include "model.h"
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
+#include "commands/objectChoice.h"
+#include "datainterface/DataAPI.h"
+#include "model.h"
 
 namespace meridor {
 namespace {

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 #include "commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/RasterAPI.h"
 #include "failure.h"
 #include "model.h"
 #include "raster/gridValues.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/snapshot.h"
+#include <algorithm>
+#include <cmath>
 #include "console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
@@ -8,8 +10,6 @@
 #include "fennimark/Fennims.h"
 #include "model.h"
 #include "raster/gridValues.h"
-#include <algorithm>
-#include <cmath>
 
 namespace meridor {
 namespace {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// Every value of every dataset, to compare a project with itself after a round trip.
 #pragma once
-#include "datainterface/TimeStamp.h"
 #include <QMap>
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include "datainterface/TimeStamp.h"
 
 namespace meridor {
 

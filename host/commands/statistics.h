@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Statistics of a dataset, per time and over all.
 #pragma once
-#include "datainterface/TimeStamp.h"
 #include <QString>
 #include <QVector>
+#include "datainterface/TimeStamp.h"
 
 namespace meridor {
 

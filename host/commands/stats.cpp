@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include <QJsonArray>
+#include <QJsonObject>
+#include <limits>
+#include <memory>
 #include "commands/commands.h"
 #include "commands/statistics.h"
 #include "datainterface/DataAPI.h"
@@ -7,10 +11,6 @@
 #include "failure.h"
 #include "interrupt.h"
 #include "model.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <limits>
-#include <memory>
 
 namespace meridor {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 #include "commands/objectChoice.h"
 #include "commands/projectEdit.h"
 #include "datainterface/FrameAPI.h"
 #include "failure.h"
 #include "model.h"
 #include "subsetGeography.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

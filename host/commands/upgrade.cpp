@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 #include "commands/commands.h"
 #include "datainterface/VersionAPI.h"
 #include "model.h"
 #include "safeFile.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

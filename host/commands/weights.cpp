@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 // weights create, list, show, remove.
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 #include "commands/projectEdit.h"
 #include "commands/weightsFiles.h"
 #include "datainterface/MGeoData.h"
@@ -7,9 +10,6 @@
 #include "model.h"
 #include "progress.h"
 #include "weightSets.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

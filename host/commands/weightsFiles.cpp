@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/weightsFiles.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <memory>
 #include "commands/projectEdit.h"
 #include "datainterface/GeographyAPI.h"
 #include "failure.h"
@@ -7,9 +10,6 @@
 #include "progress.h"
 #include "safeFile.h"
 #include "weightSets.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <memory>
 
 namespace meridor {
 namespace {

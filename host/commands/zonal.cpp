@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "commands/zonal.h"
+#include <QJsonArray>
+#include <QJsonObject>
+#include <limits>
+#include <memory>
 #include "commands/projectEdit.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -9,10 +13,6 @@
 #include "hostController.h"
 #include "model.h"
 #include "raster/gridValues.h"
-#include <QJsonArray>
-#include <QJsonObject>
-#include <limits>
-#include <memory>
 
 namespace meridor {
 

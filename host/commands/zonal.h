@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// Statistics of a grid over the polygons of a geography.
 #pragma once
-#include "datainterface/TimeStamp.h"
-#include "raster/zones.h"
 #include <QString>
 #include <QVector>
+#include "datainterface/TimeStamp.h"
+#include "raster/zones.h"
 
 namespace meridor {
 

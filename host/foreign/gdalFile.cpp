@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "foreign/gdalFile.h"
-#include "failure.h"
 #include <QFileInfo>
 #include <cpl_conv.h>
 #include <cpl_error.h>
+#include "failure.h"
 
 namespace meridor {
 namespace {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Reads any vector file or table that GDAL reads. The only place that knows GDAL's vector model.
 #pragma once
-#include "foreign/featureTable.h"
 #include <QSet>
 #include <functional>
+#include "foreign/featureTable.h"
 
 namespace meridor {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "foreign/ogrShapes.h"
-#include "failure.h"
 #include <cmath>
 #include <memory>
+#include "failure.h"
 
 namespace meridor {
 namespace {

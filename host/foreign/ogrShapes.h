@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// Turns GDAL's geometries into plain parts.
 #pragma once
-#include "foreign/featureTable.h"
 #include <ogr_api.h>
+#include "foreign/featureTable.h"
 
 namespace meridor {
 

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "foreign/rasterReader.h"
-#include "console.h"
-#include "failure.h"
-#include "foreign/values.h"
-#include "raster/cellTypes.h"
 #include <algorithm>
 #include <cmath>
 #include <cpl_error.h>
 #include <cpl_string.h>
 #include <limits>
 #include <vector>
+#include "console.h"
+#include "failure.h"
+#include "foreign/values.h"
+#include "raster/cellTypes.h"
 
 namespace meridor {
 namespace {

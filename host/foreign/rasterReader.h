@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 /// Reads any grid that GDAL reads, whose cells stand in rows and columns along the axes of its map.
 #pragma once
-#include "datainterface/DataType.h"
-#include "datainterface/MissingFlag.h"
-#include "foreign/gdalFile.h"
 #include <QMap>
 #include <QRectF>
 #include <QString>
 #include <QStringList>
 #include <QVector>
 #include <functional>
+#include "datainterface/DataType.h"
+#include "datainterface/MissingFlag.h"
+#include "foreign/gdalFile.h"
 
 namespace meridor {
 

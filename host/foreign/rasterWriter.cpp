@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "foreign/rasterWriter.h"
+#include <algorithm>
+#include <cpl_error.h>
+#include <vector>
 #include "console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -12,9 +15,6 @@
 #include "raster/cellTypes.h"
 #include "raster/heldRaster.h"
 #include "safeFile.h"
-#include <algorithm>
-#include <cpl_error.h>
-#include <vector>
 
 namespace meridor {
 namespace {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// What the cells of a column mean: decimal numbers, 32-bit integers or texts.
 #pragma once
-#include "foreign/featureTable.h"
 #include <optional>
 #include <string_view>
+#include "foreign/featureTable.h"
 
 namespace meridor {
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "foreign/weightsFile.h"
-#include "console.h"
-#include "failure.h"
-#include "foreign/values.h"
-#include "safeFile.h"
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QSet>
 #include <QTextStream>
+#include "console.h"
+#include "failure.h"
+#include "foreign/values.h"
+#include "safeFile.h"
 
 namespace meridor {
 namespace {

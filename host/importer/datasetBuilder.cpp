@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "importer/datasetBuilder.h"
+#include <QPair>
+#include <QSet>
+#include <algorithm>
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MDataset.h"
@@ -8,9 +11,6 @@
 #include "importer/cells.h"
 #include "importer/observations.h"
 #include "model.h"
-#include <QPair>
-#include <QSet>
-#include <algorithm>
 
 namespace meridor {
 namespace {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// Fills a new geography with the datasets of a plan.
 #pragma once
-#include "importer/importPlan.h"
 #include <functional>
+#include "importer/importPlan.h"
 
 namespace meridor {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// Makes a geography of a plan through the public builder.
 #pragma once
-#include "importer/importPlan.h"
 #include <functional>
+#include "importer/importPlan.h"
 
 namespace meridor {
 

@@ -24,12 +24,12 @@ struct ImportOptions {
     QStringList observed;   ///< NAME=VALUE@START[/END], columns of that table
     QStringList types;      ///< NAME=decimal|integer|text
     QStringList missing;
-    QString times;       ///< "auto", "number", "date", "date-time" or "time"
-    QString timePattern; ///< how files write times; empty: as TimeAxis reads them
-    QString dataset;     ///< of a grid: the dataset's name; empty: the file's
-    QString noData;      ///< of a grid: a number or "none", in place of the file's
-    double snap = 0;     ///< tolerance of contiguity, in map units; 0: rounding slack alone
-    bool strict = false; ///< keys without a partner are a failure
+    QString times;              ///< "auto", "number", "date", "date-time" or "time"
+    QString timePattern;        ///< how files write times; empty: as TimeAxis reads them
+    QString dataset;            ///< of a grid: the dataset's name; empty: the file's
+    QString noData;             ///< of a grid: a number or "none", in place of the file's
+    double snap = 0;            ///< tolerance of contiguity, in map units; 0: rounding slack alone
+    bool strict = false;        ///< keys without a partner are a failure
     bool bandsAreTimes = false; ///< of a grid: of one dataset, else datasets each
 };
 

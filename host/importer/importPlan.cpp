@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "importer/importPlan.h"
+#include <QSet>
 #include "failure.h"
 #include "foreign/ogrReader.h"
 #include "importer/timeline.h"
-#include <QSet>
 
 namespace meridor {
 namespace {

@@ -3,14 +3,14 @@
 /// found, objects grouped, times resolved. A plan that stands is a plan whose geography can be
 /// built.
 #pragma once
+#include <QHash>
+#include <functional>
 #include "console.h"
 #include "foreign/featureTable.h"
 #include "importer/importOptions.h"
 #include "importer/join.h"
 #include "importer/seriesSpec.h"
 #include "times.h"
-#include <QHash>
-#include <functional>
 
 namespace meridor {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "importer/join.h"
-#include "failure.h"
 #include <QHash>
 #include <QSet>
+#include "failure.h"
 
 namespace meridor {
 namespace {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "importer/mapImporter.h"
+#include <algorithm>
 #include "failure.h"
 #include "hostController.h"
 #include "importer/datasetBuilder.h"
 #include "importer/geographyBuilder.h"
 #include "model.h"
-#include <algorithm>
 
 namespace meridor {
 namespace {

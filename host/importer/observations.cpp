@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "importer/observations.h"
-#include "failure.h"
 #include <algorithm>
+#include "failure.h"
 
 namespace meridor {
 namespace {

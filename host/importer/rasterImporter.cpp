@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "importer/rasterImporter.h"
+#include <QFileInfo>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -12,11 +17,6 @@
 #include "model.h"
 #include "raster/bandTimes.h"
 #include "raster/cellTypes.h"
-#include <QFileInfo>
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <vector>
 
 namespace meridor {
 namespace {

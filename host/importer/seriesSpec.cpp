@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "importer/seriesSpec.h"
+#include <QRegularExpression>
 #include "console.h"
 #include "failure.h"
 #include "times.h"
-#include <QRegularExpression>
 
 namespace meridor {
 namespace {

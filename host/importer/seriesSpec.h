@@ -7,9 +7,9 @@
 ///     wind=wind_kt@time                 of a table of observations: value, start (and /end)
 ///     columns
 #pragma once
-#include "foreign/featureTable.h"
 #include <QString>
 #include <QVector>
+#include "foreign/featureTable.h"
 
 namespace meridor {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "importer/timeline.h"
-#include "failure.h"
 #include <QSet>
 #include <algorithm>
+#include "failure.h"
 
 namespace meridor {
 namespace {

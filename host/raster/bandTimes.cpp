@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "raster/bandTimes.h"
-#include "failure.h"
 #include <algorithm>
 #include <numeric>
+#include "failure.h"
 
 namespace meridor {
 namespace {

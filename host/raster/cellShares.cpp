@@ -4,12 +4,12 @@
 // grid. So the polygon is moved, by whole rows, to the middle of a grid that has its rows and one
 // more where that makes a middle.
 #include "raster/cellShares.h"
+#include <QPolygonF>
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/RasterAPI.h"
 #include "failure.h"
 #include "hostController.h"
 #include "model.h"
-#include <QPolygonF>
 
 namespace meridor {
 namespace {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "raster/gridValues.h"
+#include <limits>
 #include "console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -10,7 +11,6 @@
 #include "foreign/values.h"
 #include "hostController.h"
 #include "model.h"
-#include <limits>
 
 namespace meridor {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "raster/zones.h"
+#include <cmath>
 #include "failure.h"
 #include "hostController.h"
 #include "model.h"
 #include "shapeAccess.h"
-#include <cmath>
 
 namespace meridor {
 

@@ -2,9 +2,9 @@
 /// Statistics of a grid over polygons: each cell weighs as much as the area it shares with the
 /// polygon.
 #pragma once
+#include <QMap>
 #include "progress.h"
 #include "raster/cellShares.h"
-#include <QMap>
 
 namespace meridor {
 

@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "render/choropleth.h"
+#include <QBuffer>
+#include <QFile>
+#include <QMap>
+#include <algorithm>
+#include <cmath>
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
@@ -14,11 +19,6 @@
 #include "render/palette.h"
 #include "safeFile.h"
 #include "shapeAccess.h"
-#include <QBuffer>
-#include <QFile>
-#include <QMap>
-#include <algorithm>
-#include <cmath>
 
 namespace meridor {
 namespace {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// From a dataset at one time to the picture of it.
 #pragma once
-#include "hostController.h"
-#include "render/mapPicture.h"
 #include <QSize>
 #include <QString>
+#include "hostController.h"
+#include "render/mapPicture.h"
 
 namespace meridor {
 

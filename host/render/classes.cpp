@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "render/classes.h"
+#include <QMap>
+#include <algorithm>
 #include "datainterface/DataAPI.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/RasterAPI.h"
@@ -8,8 +10,6 @@
 #include "model.h"
 #include "raster/gridValues.h"
 #include "raster/heldRaster.h"
-#include <QMap>
-#include <algorithm>
 
 namespace meridor {
 namespace {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// Classes of a dataset's values, as a legend shows them.
 #pragma once
-#include "datainterface/MDataset.h"
 #include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include "datainterface/MDataset.h"
 
 namespace meridor {
 

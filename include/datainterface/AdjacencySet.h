@@ -2,11 +2,6 @@
 /// A spatial weight set: for every object of a geography, at every time at which its objects
 /// differ, who its neighbours are and with what weight.
 #pragma once
-#include "datainterface/SpatialWeightSetProps.h"
-#include "datainterface/TimeStamp.h"
-#include "datainterface/WeightsAtT.h"
-#include "datainterface/export.h"
-#include "datainterface/neighborDatum.h"
 #include <QDataStream>
 #include <QList>
 #include <QObject>
@@ -15,6 +10,11 @@
 #include <map>
 #include <memory>
 #include <vector>
+#include "datainterface/SpatialWeightSetProps.h"
+#include "datainterface/TimeStamp.h"
+#include "datainterface/WeightsAtT.h"
+#include "datainterface/export.h"
+#include "datainterface/neighborDatum.h"
 
 class MGeoData;
 class MRasterData;

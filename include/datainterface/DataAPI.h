@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// Datasets by id.
 ///
-/// `id` is a dataset's id, whose upper 16 bits are the geography's; `realization` counts from 0; `object` is an object
-/// index, 0 to the geography's object count - 1; `t` is a time of the geography. An unknown id, or one of a geography of
-/// the wrong kind, gives false, -1, 0, an empty value or a default record, silently, and leaves the outputs as they were.
+/// `id` is a dataset's id, whose upper 16 bits are the geography's; `realization` counts from 0;
+/// `object` is an object index, 0 to the geography's object count - 1; `t` is a time of the
+/// geography. An unknown id, or one of a geography of the wrong kind, gives false, -1, 0, an empty
+/// value or a default record, silently, and leaves the outputs as they were.
 #pragma once
 #include <QList>
 #include <QMap>
@@ -28,45 +29,53 @@ DATAINTERFACE_EXPORT DatasetProps VORN_GetDatasetProperties(int id);
 DATAINTERFACE_EXPORT int VORN_GetDatasetByName(int geographyId, const QString &name);
 
 // Time lists
-DATAINTERFACE_EXPORT bool VORN_GetAllDatasetTimes(int id, int realization, QVector<Interval> &intervals);
+DATAINTERFACE_EXPORT bool VORN_GetAllDatasetTimes(int id, int realization,
+                                                  QVector<Interval> &intervals);
 /// Those of one object.
-DATAINTERFACE_EXPORT bool VORN_GetDataIntervals(int id, int realization, int object, QVector<Interval> &intervals);
+DATAINTERFACE_EXPORT bool VORN_GetDataIntervals(int id, int realization, int object,
+                                                QVector<Interval> &intervals);
 /// Empty for a dataset stored as series.
-DATAINTERFACE_EXPORT bool VORN_GetTimeSliceDataIntervals(int id, int realization, QVector<Interval> &intervals);
+DATAINTERFACE_EXPORT bool VORN_GetTimeSliceDataIntervals(int id, int realization,
+                                                         QVector<Interval> &intervals);
 
-// Values of all objects at one time. The vector's type must be the dataset's; a missing object's element has no meaning.
-DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<double> &values,
-                                             QSet<int> &missing);
-DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<int> &values,
-                                             QSet<int> &missing);
-DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<QString> &values,
-                                             QSet<int> &missing);
+// Values of all objects at one time. The vector's type must be the dataset's; a missing object's
+// element has no meaning.
+DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t,
+                                             QVector<double> &values, QSet<int> &missing);
+DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t,
+                                             QVector<int> &values, QSet<int> &missing);
+DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t,
+                                             QVector<QString> &values, QSet<int> &missing);
 /// Of any type.
-DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<datum> &values,
-                                             QSet<int> &missing);
+DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t,
+                                             QVector<datum> &values, QSet<int> &missing);
 /// Integers are widened.
-DATAINTERFACE_EXPORT bool VORN_GetNumericValues(int id, int realization, qint64 t, QVector<double> &values,
-                                                QSet<int> &missing);
+DATAINTERFACE_EXPORT bool VORN_GetNumericValues(int id, int realization, qint64 t,
+                                                QVector<double> &values, QSet<int> &missing);
 /// The slice as it is stored: false for a dataset stored as series.
-DATAINTERFACE_EXPORT bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<double> &values,
-                                                QSet<int> &missing);
-DATAINTERFACE_EXPORT bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<int> &values,
-                                                QSet<int> &missing);
-DATAINTERFACE_EXPORT bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<QString> &values,
-                                                QSet<int> &missing);
+DATAINTERFACE_EXPORT bool VORN_GetTimeSliceData(int id, int realization, qint64 t,
+                                                QVector<double> &values, QSet<int> &missing);
+DATAINTERFACE_EXPORT bool VORN_GetTimeSliceData(int id, int realization, qint64 t,
+                                                QVector<int> &values, QSet<int> &missing);
+DATAINTERFACE_EXPORT bool VORN_GetTimeSliceData(int id, int realization, qint64 t,
+                                                QVector<QString> &values, QSet<int> &missing);
 /// One object's intervals and values, pairwise, in order of time.
 DATAINTERFACE_EXPORT bool VORN_GetObjectDataValues(int id, int realization, unsigned int object,
-                                                   QVector<Interval> &intervals, QVector<datum> &values);
+                                                   QVector<Interval> &intervals,
+                                                   QVector<datum> &values);
 
 // One value; false when it is missing.
-DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, datum &value);
+DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t,
+                                            datum &value);
 /// The decimal field of the value: 0 in a dataset of another type.
-DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, double &value);
+DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t,
+                                            double &value);
 /// The integer field of the value: 0 in a dataset of another type.
-DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, int &value);
+DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t,
+                                            int &value);
 /// At most `maxLength` bytes, as strncpy does: a text that fills the buffer is not terminated.
-DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, int maxLength,
-                                            char *buffer);
+DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t,
+                                            int maxLength, char *buffer);
 
 // The history of one object in a dataset stored as series.
 DATAINTERFACE_EXPORT bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object,
@@ -82,44 +91,52 @@ DATAINTERFACE_EXPORT bool VORN_SetTimeSeriesData(int id, int realization, unsign
 DATAINTERFACE_EXPORT bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object,
                                                  const QMap<Interval, QString> &values);
 
-// Adding. `overwrite`: the new value wins where one is present, else it fills holes only. `updateFrequencies`: keep the
-// frequency table current; after a bulk of adding without it, call VORN_RecalculateDataFrequencies. Nothing is
-// announced: call VORN_DatasetChanged when done.
+// Adding. `overwrite`: the new value wins where one is present, else it fills holes only.
+// `updateFrequencies`: keep the frequency table current; after a bulk of adding without it, call
+// VORN_RecalculateDataFrequencies. Nothing is announced: call VORN_DatasetChanged when done.
 /// A whole slice: one element for each object, or it raises "Invalid object count".
 DATAINTERFACE_EXPORT bool VORN_AddDataValues(int id, int realization, const Interval &interval,
-                                             const QVector<double> &values, const QSet<int> &missing, bool overwrite,
+                                             const QVector<double> &values,
+                                             const QSet<int> &missing, bool overwrite,
                                              bool updateFrequencies);
 DATAINTERFACE_EXPORT bool VORN_AddDataValues(int id, int realization, const Interval &interval,
-                                             const QVector<int> &values, const QSet<int> &missing, bool overwrite,
-                                             bool updateFrequencies);
-DATAINTERFACE_EXPORT bool VORN_AddDataValues(int id, int realization, const Interval &interval,
-                                             const QVector<QString> &values, const QSet<int> &missing,
+                                             const QVector<int> &values, const QSet<int> &missing,
                                              bool overwrite, bool updateFrequencies);
+DATAINTERFACE_EXPORT bool VORN_AddDataValues(int id, int realization, const Interval &interval,
+                                             const QVector<QString> &values,
+                                             const QSet<int> &missing, bool overwrite,
+                                             bool updateFrequencies);
 /// A whole slice of any type; false for a container of another size.
 DATAINTERFACE_EXPORT bool VORN_AddDataValues(int id, int realization, const Interval &interval,
-                                             VORN_DataContainer &values, bool overwrite, bool updateFrequencies);
+                                             VORN_DataContainer &values, bool overwrite,
+                                             bool updateFrequencies);
 /// Many values of one object.
 DATAINTERFACE_EXPORT bool VORN_AddDataValues(int id, int realization, unsigned int object,
-                                             const QVector<QPair<Interval, double>> &values, bool overwrite,
-                                             bool updateFrequencies);
+                                             const QVector<QPair<Interval, double>> &values,
+                                             bool overwrite, bool updateFrequencies);
 DATAINTERFACE_EXPORT bool VORN_AddDataValues(int id, int realization, unsigned int object,
-                                             const QVector<QPair<Interval, int>> &values, bool overwrite,
-                                             bool updateFrequencies);
+                                             const QVector<QPair<Interval, int>> &values,
+                                             bool overwrite, bool updateFrequencies);
 DATAINTERFACE_EXPORT bool VORN_AddDataValues(int id, int realization, unsigned int object,
-                                             const QVector<QPair<Interval, QString>> &values, bool overwrite,
-                                             bool updateFrequencies);
+                                             const QVector<QPair<Interval, QString>> &values,
+                                             bool overwrite, bool updateFrequencies);
 /// One value.
-DATAINTERFACE_EXPORT bool VORN_AddDataValue(int id, int realization, unsigned int object, const Interval &interval,
-                                            double value, bool overwrite, bool updateFrequencies);
-DATAINTERFACE_EXPORT bool VORN_AddDataValue(int id, int realization, unsigned int object, const Interval &interval,
-                                            int value, bool overwrite, bool updateFrequencies);
-DATAINTERFACE_EXPORT bool VORN_AddDataValue(int id, int realization, unsigned int object, const Interval &interval,
-                                            const QString &value, bool overwrite, bool updateFrequencies);
+DATAINTERFACE_EXPORT bool VORN_AddDataValue(int id, int realization, unsigned int object,
+                                            const Interval &interval, double value, bool overwrite,
+                                            bool updateFrequencies);
+DATAINTERFACE_EXPORT bool VORN_AddDataValue(int id, int realization, unsigned int object,
+                                            const Interval &interval, int value, bool overwrite,
+                                            bool updateFrequencies);
+DATAINTERFACE_EXPORT bool VORN_AddDataValue(int id, int realization, unsigned int object,
+                                            const Interval &interval, const QString &value,
+                                            bool overwrite, bool updateFrequencies);
 
 // Life. A host makes a dataset, fills it, and announces it last: only then do views learn of it.
-/// @param geographyId  of a vector geography. @return the new id. @param path  "/level/level", see MDataset.
-DATAINTERFACE_EXPORT int VORN_NewVectorDataset(int geographyId, const QString &name, StorageType storage,
-                                               DataType type, int realizations, const QString &path);
+/// @param geographyId  of a vector geography. @return the new id. @param path  "/level/level", see
+/// MDataset.
+DATAINTERFACE_EXPORT int VORN_NewVectorDataset(int geographyId, const QString &name,
+                                               StorageType storage, DataType type, int realizations,
+                                               const QString &path);
 DATAINTERFACE_EXPORT bool VORN_NewDatasetCreated(int id);
 /// One announcement for each geography, in order of its id; the same in the two below.
 DATAINTERFACE_EXPORT bool VORN_NewDatasetsCreated(const QVector<int> &ids);
@@ -128,14 +145,16 @@ DATAINTERFACE_EXPORT bool VORN_DatasetsChanged(const QVector<int> &ids);
 DATAINTERFACE_EXPORT bool VORN_RemoveDataset(int id);
 /// An unknown geography in the list raises "gd".
 DATAINTERFACE_EXPORT bool VORN_RemoveDatasets(const QVector<int> &ids);
-/// Copies a dataset to a geography of the same kind with as many objects. The source stays as it was.
+/// Copies a dataset to a geography of the same kind with as many objects. The source stays as it
+/// was.
 /// @return the new id; -1 when an id is unknown or the geographies differ.
 DATAINTERFACE_EXPORT int VORN_MigrateDataset(int id, int targetGeographyId, bool announce);
 
 // Descriptions
 /// False for an absent key.
 DATAINTERFACE_EXPORT bool VORN_GetDatasetAttribute(int id, const QString &key, QVariant &value);
-DATAINTERFACE_EXPORT bool VORN_SetDatasetAttribute(int id, const QString &key, const QVariant &value);
+DATAINTERFACE_EXPORT bool VORN_SetDatasetAttribute(int id, const QString &key,
+                                                   const QVariant &value);
 DATAINTERFACE_EXPORT QString VORN_GetDatasetMetaData(int id, const QString &key);
 DATAINTERFACE_EXPORT bool VORN_SetDatasetMetaData(int id, const QString &key, const QString &value);
 DATAINTERFACE_EXPORT bool VORN_SetShortDescription(int id, const QString &text);
@@ -145,7 +164,8 @@ DATAINTERFACE_EXPORT bool VORN_AppendToLongDescription(int id, const QString &te
 
 // Frequencies and statistics
 DATAINTERFACE_EXPORT bool VORN_RecalculateDataFrequencies(int id);
-/// Keys of the frequency table. @param isCapped  whether the table is full, so that there may be more values.
+/// Keys of the frequency table. @param isCapped  whether the table is full, so that there may be
+/// more values.
 DATAINTERFACE_EXPORT int VORN_GetUniqueDataCount(int id, bool &isCapped);
 /// Ascending.
 DATAINTERFACE_EXPORT bool VORN_GetUniqueDataValues(int id, QList<datum> &values);
@@ -159,19 +179,26 @@ DATAINTERFACE_EXPORT bool VORN_GetMin(int id, int realization, double &value);
 /// Objects with a value at `t`, in realization 0.
 DATAINTERFACE_EXPORT unsigned int VORN_GetDataCount(int id, qint64 t);
 DATAINTERFACE_EXPORT bool VORN_HasDataAtTime(int id, qint64 t);
-/// Whether the values at `t` look like normal scores: a mean of 0 and the median of the normal distribution.
+/// Whether the values at `t` look like normal scores: a mean of 0 and the median of the normal
+/// distribution.
 DATAINTERFACE_EXPORT bool VORN_IsNormalScoreDataset(int id, qint64 t);
-/// Turns simulated normal scores back: where the dataset holds normal scores, the k-th smallest value of `result` (the
-/// realization's values) becomes the k-th smallest of `scores`; elsewhere `result` is the realization as it is. Whether
-/// it does is tested once and kept in the metadata under "Normal scores".
+/// Turns simulated normal scores back: where the dataset holds normal scores, the k-th smallest
+/// value of `result` (the realization's values) becomes the k-th smallest of `scores`; elsewhere
+/// `result` is the realization as it is. Whether it does is tested once and kept in the metadata
+/// under "Normal scores".
 DATAINTERFACE_EXPORT bool VORN_GetRealizationValues(int id, int realization, qint64 t,
-                                                    const VORN_DataContainer &scores, VORN_DataContainer &result);
+                                                    const VORN_DataContainer &scores,
+                                                    VORN_DataContainer &result);
 
 // Missing data
-DATAINTERFACE_EXPORT bool VORN_IsVectorDataMissing(int id, int realization, unsigned int object, qint64 t);
+DATAINTERFACE_EXPORT bool VORN_IsVectorDataMissing(int id, int realization, unsigned int object,
+                                                   qint64 t);
 /// The objects without a value at `t`, also those that do not exist then.
-DATAINTERFACE_EXPORT bool VORN_GetMissingVectorIds(int id, int realization, qint64 t, QSet<int> &missing);
+DATAINTERFACE_EXPORT bool VORN_GetMissingVectorIds(int id, int realization, qint64 t,
+                                                   QSet<int> &missing);
 DATAINTERFACE_EXPORT bool VORN_SetMissingVectorId(int id, int realization, unsigned int object,
                                                   const Interval &interval);
-/// The objects that are missing in any realization at `t`. An unknown dataset raises "Invalid dataset id".
-DATAINTERFACE_EXPORT bool VORN_GetAllMissingRealizationLocations(int id, qint64 t, VORN_MissingData &missing);
+/// The objects that are missing in any realization at `t`. An unknown dataset raises "Invalid
+/// dataset id".
+DATAINTERFACE_EXPORT bool VORN_GetAllMissingRealizationLocations(int id, qint64 t,
+                                                                 VORN_MissingData &missing);

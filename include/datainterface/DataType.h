@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-/// The codes of value types and of the two ways in which a vector dataset is cut. Both stand in project files.
+/// The codes of value types and of the two ways in which a vector dataset is cut. Both stand in
+/// project files.
 #pragma once
 #include <QtGlobal>
 
-/// One value type a dataset. Vector datasets use the first three; the codes from 0x100 on are raster cells, whose
-/// width is the dataset's bit depth.
+/// One value type a dataset. Vector datasets use the first three; the codes from 0x100 on are
+/// raster cells, whose width is the dataset's bit depth.
 enum DataType : qint32 {
     DecimalType = 0x1,
     IntegerType = 0x2, ///< 32 bits in a vector dataset
@@ -12,7 +13,7 @@ enum DataType : qint32 {
     RasterDecimalType = 0x100,
     RasterIntegerType = 0x200,
     RasterUnsignedType = 0x400,
-    RasterCellType = 0x800, ///< read as unsigned; files only
+    RasterCellType = 0x800,  ///< read as unsigned; files only
     RasterColorType = 0x1000 ///< 8-bit index into a colour map
 };
 

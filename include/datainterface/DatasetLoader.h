@@ -6,8 +6,8 @@
 class MDataSource;
 class MDataset;
 
-/// Two words, copied by value: a copy checks nothing out, but checks in when it goes, which ends the loan early. An
-/// unknown dataset is no failure; nothing is held then.
+/// Two words, copied by value: a copy checks nothing out, but checks in when it goes, which ends
+/// the loan early. An unknown dataset is no failure; nothing is held then.
 class DATAINTERFACE_EXPORT DatasetLoader {
 public:
     DatasetLoader(MDataSource *source, int id, int realization);

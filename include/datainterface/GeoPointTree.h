@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// A point tree that is filled from plain points or from the objects of a geography.
 #pragma once
-#include "datainterface/export.h"
 #include <QPair>
 #include <QPointF>
 #include <QVector>
 #include <fennimark/FM_PointTree.h>
+#include "datainterface/export.h"
 
 /// x' = m00 x + m01 y, y' = m10 x + m11 y. A matrix with m00 == m11 and m01 == m10 counts as the
 /// identity, whatever its numbers: half a turn, for one, is not applied.

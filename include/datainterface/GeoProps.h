@@ -23,7 +23,8 @@ struct GeoProps {
     bool isStatic = false;
     TimeFormat timeFormat = TF_Date;
     /// Crossed, the widest apart, until there is time to show.
-    TimeStamp timeBounds{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(), true, true};
+    TimeStamp timeBounds{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(),
+                         true, true};
     QRectF bounds; ///< Top left is the smallest x and the smallest y.
     int objectCount = 0;
     int rows = 0; ///< of a raster, as the three below

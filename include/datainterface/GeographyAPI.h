@@ -6,18 +6,18 @@
 /// an object or geography of another kind give false, -1, 0 or an empty handle. Outputs are
 /// replaced on success and stay as they are otherwise. Places are planar and in map units.
 #pragma once
-#include "datainterface/GeoProps.h"
-#include "datainterface/TimeFormat.h"
-#include "datainterface/TimeStamp.h"
-#include "datainterface/VORN_Object.h"
-#include "datainterface/export.h"
-#include "datainterface/neighborDatum.h"
 #include <QLineF>
 #include <QList>
 #include <QPointF>
 #include <QRectF>
 #include <QString>
 #include <QVector>
+#include "datainterface/GeoProps.h"
+#include "datainterface/TimeFormat.h"
+#include "datainterface/TimeStamp.h"
+#include "datainterface/VORN_Object.h"
+#include "datainterface/export.h"
+#include "datainterface/neighborDatum.h"
 
 /// A default record for an unknown id.
 DATAINTERFACE_EXPORT GeoProps VORN_GetGeographyProperties(int geographyId);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The datasets of one geography: registry, notification hub, and the road by which the public functions reach them.
+/// The datasets of one geography: registry, notification hub, and the road by which the public
+/// functions reach them.
 #pragma once
 #include <QList>
 #include <QMap>
@@ -17,8 +18,8 @@ class QDataStream;
 class VORN_DataContainer;
 class VariogramModel;
 
-/// Owns its datasets, by their whole packed id. An unknown dataset id gives false, 0 or an empty value, silently;
-/// IsValid alone answers true for one. Signals are direct calls.
+/// Owns its datasets, by their whole packed id. An unknown dataset id gives false, 0 or an empty
+/// value, silently; IsValid alone answers true for one. Signals are direct calls.
 class DATAINTERFACE_EXPORT MDataSource : public QObject {
     Q_OBJECT
 public:
@@ -31,17 +32,19 @@ public:
     ~MDataSource() override;
 
     virtual bool SaveToStream(QDataStream &out);
-    /// By dataInterfaceVersionLoading. False for a dataset of the wrong kind, a bad stream, and a cancel.
+    /// By dataInterfaceVersionLoading. False for a dataset of the wrong kind, a bad stream, and a
+    /// cancel.
     virtual bool RestoreFromStream(QDataStream &in);
     /// A negative realization stands for all of them. `arg` is not used.
     virtual bool CheckOutDataset(int id, int arg, int realization) const;
     virtual bool CheckInDataset(int id, int arg, int realization) const;
     /// Connects the listener's slots DatasetsDyingSlot(const QList<DataId> &),
     /// DatasetsAddedSlot(const QList<DataId> &, bool), DatasetsChangedSlot(const QList<DataId> &),
-    /// DatasetNameChangedSlot(const DataId &, const QString &), SuspendDataUsageSlot(MDataSource *) and
-    /// ResumeDataUsageSlot(MDataSource *). A missing one raises "Can't connect signals".
+    /// DatasetNameChangedSlot(const DataId &, const QString &), SuspendDataUsageSlot(MDataSource *)
+    /// and ResumeDataUsageSlot(MDataSource *). A missing one raises "Can't connect signals".
     virtual bool AddListener(QObject *listener);
-    /// Disconnects the first four: a listener that lives on must still let go of data when it is told to suspend.
+    /// Disconnects the first four: a listener that lives on must still let go of data when it is
+    /// told to suspend.
     virtual void RemoveListener(QObject *listener);
     virtual QList<DataId> GetDatasetIds() const; ///< ascending
     virtual unsigned int GetObjectCount() const = 0;
@@ -60,14 +63,15 @@ public:
     virtual void AnnounceNewDatasets(const QList<DataId> &ids, bool flag);
     virtual void AnnounceChangedDataset(const DataId &id);
     virtual void AnnounceChangedDatasets(const QList<DataId> &ids);
-    /// Announces the whole list, unknown ids included, while the datasets are alive; then removes those that exist with
-    /// every variogram model that refers to them. True always.
+    /// Announces the whole list, unknown ids included, while the datasets are alive; then removes
+    /// those that exist with every variogram model that refers to them. True always.
     virtual bool RemoveDatasets(const QList<DataId> &ids);
     /// The same for one; an unknown id is not announced.
     virtual bool RemoveDataset(const DataId &id);
     /// False unless the container holds one value for each object.
-    virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp, VORN_DataContainer &values,
-                                    bool overwrite, bool updateFrequencies);
+    virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp,
+                                    VORN_DataContainer &values, bool overwrite,
+                                    bool updateFrequencies);
     virtual QString GetDisplayName(int id);
     /// The present name emits no signal.
     virtual bool SetDisplayName(int id, const char *name);
@@ -80,12 +84,13 @@ public:
     virtual bool AddToLongDescription(int id, const QString &text);
     virtual QList<TimeStamp> GetCommonTimeStamps(int id, int realization);
     virtual bool GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const = 0;
-    virtual QList<double> GetIntervalBreaks(int id, int realization, int count, MDataset::ClassificationType type,
-                                            bool flag) = 0;
+    virtual QList<double> GetIntervalBreaks(int id, int realization, int count,
+                                            MDataset::ClassificationType type, bool flag) = 0;
     virtual QMap<MDatum, int> GetDataFrequencies(int id) = 0;
     virtual int GetUniqueValueCount(int id) const = 0;
     /// True when another interval holds the object's value at `second` than at `first`.
-    virtual bool ObjectValueChanged(int id, int realization, unsigned int object, qint64 first, qint64 second);
+    virtual bool ObjectValueChanged(int id, int realization, unsigned int object, qint64 first,
+                                    qint64 second);
     virtual bool SetHierarchyPath(int id, const QString &path) = 0;
     virtual bool SetHierarchyPath(int id, const QList<MDataset::pathLevel> &path) = 0;
     virtual bool GetHierarchyPath(int id, QList<MDataset::pathLevel> &path) const = 0;

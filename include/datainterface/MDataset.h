@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// A named collection of values over the objects of one geography: what vector and raster datasets share.
+/// A named collection of values over the objects of one geography: what vector and raster datasets
+/// share.
 #pragma once
 #include <QDataStream>
 #include <QList>
@@ -42,16 +43,17 @@ struct DATAINTERFACE_EXPORT StatsRealization {
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const StatsRealization &stats);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, StatsRealization &stats);
 
-/// Identity, description, time bounds, statistics and variogram models; the values live in the derived classes.
-/// Realizations are numbered from 0, objects from 0 in the order of the geography. Made and destroyed by its data
-/// source alone. For use on one thread.
+/// Identity, description, time bounds, statistics and variogram models; the values live in the
+/// derived classes. Realizations are numbered from 0, objects from 0 in the order of the geography.
+/// Made and destroyed by its data source alone. For use on one thread.
 class DATAINTERFACE_EXPORT MDataset : public QObject {
     Q_OBJECT
 public:
     /// How a legend is cut.
     enum ClassificationType : qint32 { EqualIntervals = 0, Quantiles = 1, Jenks = 2 };
 
-    /// One level of the path under which a dataset is filed: a name, or with a null name the numbered node `id`.
+    /// One level of the path under which a dataset is filed: a name, or with a null name the
+    /// numbered node `id`.
     struct pathLevel {
         QString name;
         int id = 0;
@@ -62,22 +64,26 @@ public:
     };
 
     virtual bool SaveToStream(QDataStream &out);
-    /// Everything behind the dataset kind, which the data source has read to choose the class. False on a short or
-    /// corrupt stream: the dataset is then to be discarded.
+    /// Everything behind the dataset kind, which the data source has read to choose the class.
+    /// False on a short or corrupt stream: the dataset is then to be discarded.
     virtual bool RestoreFromStream(QDataStream &in);
     virtual DatasetProps GetProperties(const MGeoData *geography);
-    /// Check-outs hold values in memory across many reads; they come in pairs. The last int is not used.
+    /// Check-outs hold values in memory across many reads; they come in pairs. The last int is not
+    /// used.
     virtual bool CheckInRealization(int realization, int arg) const = 0;
     virtual bool CheckOutRealization(int realization, int arg) const = 0;
     /// Stops at the first realization that answers false.
     virtual bool CheckOutAllRealizations(int arg) const;
     virtual bool CheckInAllRealizations(int arg) const;
-    /// Whether different intervals hold the object's values at the two times. Values are not compared.
+    /// Whether different intervals hold the object's values at the two times. Values are not
+    /// compared.
     virtual bool ObjectValueChanged(int realization, int id, qint64 first, qint64 second) = 0;
-    /// `breakCount` limits of `breakCount` - 1 classes, ascending; empty when the user cancels. Taken from the
-    /// frequency table. Raises "Invalid data type" for text and for an unknown classification.
+    /// `breakCount` limits of `breakCount` - 1 classes, ascending; empty when the user cancels.
+    /// Taken from the frequency table. Raises "Invalid data type" for text and for an unknown
+    /// classification.
     virtual QList<double> GetIntervalBreaks(int realization, int breakCount,
-                                            MDataset::ClassificationType classification, bool showProgress) = 0;
+                                            MDataset::ClassificationType classification,
+                                            bool showProgress) = 0;
     virtual bool RecalculateFrequencies() = 0;
     virtual QMap<MDatum, int> GetDataFrequencies() = 0;
     /// Keys of the frequency table. `capped`, unless null, tells whether it is full.
@@ -106,7 +112,8 @@ public:
     /// Computes and keeps the statistics of a realization, or of one of its times.
     virtual bool CalcMinMaxMean(int realization) const = 0;
     virtual bool CalcMinMaxMean(int realization, qint64 time) const = 0;
-    /// The record of a time, computed at need. A record stays when values change later: CalcMinMaxMean renews it.
+    /// The record of a time, computed at need. A record stays when values change later:
+    /// CalcMinMaxMean renews it.
     virtual bool GetDataSetStats(int realization, qint64 time, DataSetStats &stats) const;
     virtual bool GetGlobalDataSetStats(int realization, DataSetStats &stats) const;
     virtual bool GetStdDev(int realization, qint64 time, double &result) const = 0;
@@ -114,8 +121,9 @@ public:
     /// Empty when the value is missing.
     virtual MDatum GetValue(int id, qint64 time, int realization) = 0;
     /// @param overwrite  the new values win where both exist; otherwise they fill holes alone.
-    virtual bool AddTimeSliceValues(int realization, const TimeStamp &stamp, VORN_DataContainer &values,
-                                    bool overwrite, bool updateFrequencies) = 0;
+    virtual bool AddTimeSliceValues(int realization, const TimeStamp &stamp,
+                                    VORN_DataContainer &values, bool overwrite,
+                                    bool updateFrequencies) = 0;
 
     int GetId() const { return mId; }
     void SetId(int id) { mId = id; }
@@ -136,18 +144,19 @@ public:
     void SetHierarchyPath(const QList<pathLevel> &path) { mHierarchyPath = path; }
     /// "/a//b/<7>" is the level named "a/b" and the numbered level 7.
     void SetHierarchyPath(const QString &path);
-    /// Slashes inside a name are written as they stand, so that they do not survive a round trip. An empty name
-    /// raises "Dataset path is empty".
+    /// Slashes inside a name are written as they stand, so that they do not survive a round trip.
+    /// An empty name raises "Dataset path is empty".
     QString GetHierarchyPathAsString() const;
 
     QList<int> GetVariogramModelIds() const;
     QList<QString> GetVariogramModelNames() const;
     bool GetVariogramModel(int id, VariogramModel &model) const;
-    /// False, with nothing changed, for a model of another dataset. With `assignId` the model gets the next id.
+    /// False, with nothing changed, for a model of another dataset. With `assignId` the model gets
+    /// the next id.
     bool AddVariogramModel(VariogramModel &model, bool assignId);
     bool RemoveVariogramModel(int id);
-    /// Stores a changed model; one that now names another dataset of `source` moves there under a new id.
-    /// A dataset that is not there raises "dataset".
+    /// Stores a changed model; one that now names another dataset of `source` moves there under a
+    /// new id. A dataset that is not there raises "dataset".
     bool ReplaceVariogramModel(MDataSource *source, VariogramModel &model);
     /// A fitted model does not outlive the data that it was fitted to.
     bool RemoveAllVariogramModels();
@@ -158,9 +167,12 @@ public:
     /// The same of a static dataset; false for another.
     bool GetStaticData(int realization, VORN_ConstDataContainer &values) const;
 
-    /// Natural breaks: the classes with the least within-class sum of squares (Fisher 1958, JASA 53, 789-798).
-    /// @param sorted  ascending, in the dataset's unit, at least one value per class; repeats count.
-    /// @return `breakCount` limits in the same unit: minimum, midpoints between neighbouring classes, maximum; empty
+    /// Natural breaks: the classes with the least within-class sum of squares (Fisher 1958, JASA
+    /// 53, 789-798).
+    /// @param sorted  ascending, in the dataset's unit, at least one value per class; repeats
+    /// count.
+    /// @return `breakCount` limits in the same unit: minimum, midpoints between neighbouring
+    /// classes, maximum; empty
     ///         when the user cancels. O(k n) memory for n different values in k classes.
     static QList<double> GetJenksBreaks(int breakCount, const QVector<double> &sorted);
 
@@ -178,7 +190,10 @@ protected:
 
     /// The time under which this dataset files what is asked for at `time`.
     qint64 timeOf(qint64 time) const { return mIsStatic ? 0 : time; }
-    bool hasStatistics(int realization) const { return realization >= 0 && realization < mStatistics.size(); }
+    bool hasStatistics(int realization) const
+    {
+        return realization >= 0 && realization < mStatistics.size();
+    }
     /// Marks the whole-realization statistics out of date.
     void invalidateStatistics(int realization);
     /// By dataInterfaceVersionLoading; the number of realizations with them.

@@ -33,7 +33,8 @@ public:
     /// A text is read in the C locale, 0 when it does not parse; no value is NaN.
     double toDouble() const;
 
-    /// Within a type the natural order (a NaN is one key, behind all numbers; texts by bytes); across types by code.
+    /// Within a type the natural order (a NaN is one key, behind all numbers; texts by bytes);
+    /// across types by code.
     bool operator<(const MDatum &other) const;
     bool operator==(const MDatum &other) const;
     bool operator!=(const MDatum &other) const { return !(*this == other); }

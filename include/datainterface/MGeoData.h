@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// A geography: a named set of spatial objects with all that hangs on it. Vector geographies are MVectorData.
+/// A geography: a named set of spatial objects with all that hangs on it. Vector geographies are
+/// MVectorData.
 #pragma once
 #include <QDate>
 #include <QDateTime>
@@ -35,7 +36,8 @@ public:
     ~MGeoData() override;
 
     virtual bool SaveToStream(QDataStream &out);
-    /// By dataInterfaceVersionLoading. Also sets the id that the next geography of the process gets.
+    /// By dataInterfaceVersionLoading. Also sets the id that the next geography of the process
+    /// gets.
     virtual bool RestoreFromStream(QDataStream &in);
     virtual bool IsValid() const = 0;
     virtual QString GetName();
@@ -50,7 +52,8 @@ public:
     virtual TimeStamp GetTimeBounds() = 0;
     virtual RectInT GetBoundingRect() const = 0;
     /// Connects the listener's slots of MDataSource::AddListener and
-    /// GeographyNameChangedSlot(MGeoData *, const char *). A missing slot raises "Can't connect signals".
+    /// GeographyNameChangedSlot(MGeoData *, const char *). A missing slot raises "Can't connect
+    /// signals".
     virtual bool AddListener(QObject *listener);
     /// False, with the argument untouched, when the tag "Distance unit" is absent.
     virtual bool GetDistanceUnit(QString &unit) const;
@@ -80,17 +83,19 @@ public:
     MLinker *GetObjectManager() const;
 
     void RemoveListener(QObject *listener);
-    /// Connects the data source's three variogram signals to VariogramModelAddedSlot, ...RemovedSlot and ...ChangedSlot,
-    /// each (const DataId &, qint32). A missing slot raises "Can't connect signals".
+    /// Connects the data source's three variogram signals to VariogramModelAddedSlot,
+    /// ...RemovedSlot and ...ChangedSlot, each (const DataId &, qint32). A missing slot raises
+    /// "Can't connect signals".
     bool AddVariogramModelListener(QObject *listener);
     void RemoveVariogramModelListener(QObject *listener);
 
-    /// The weight set that suits the kind of objects: "Queen neighbors" of polygons, "Nearest 5 neighbors" of points, "Rook
-    /// neighbors (E-W-N-S)" of cells, with a number from 2 on when the geography has one of that name. The caller's, who
-    /// adds it. Null for lines.
+    /// The weight set that suits the kind of objects: "Queen neighbors" of polygons, "Nearest 5
+    /// neighbors" of points, "Rook neighbors (E-W-N-S)" of cells, with a number from 2 on when the
+    /// geography has one of that name. The caller's, who adds it. Null for lines.
     static AdjacencySet *CreateDefaultAdjacencySet(MGeoData *geography, bool includeEgo);
-    /// Enters `set` under its own id, owns it from then on and emits WeightSetAddedSignal. A set that stood under that
-    /// id leaves the map without being freed: it is the caller's again. @return always true.
+    /// Enters `set` under its own id, owns it from then on and emits WeightSetAddedSignal. A set
+    /// that stood under that id leaves the map without being freed: it is the caller's again.
+    /// @return always true.
     bool AddSpatialWeightSet(AdjacencySet *set);
     // False, null or empty for an unknown id.
     /// Deletes the set.
@@ -104,7 +109,8 @@ public:
     const AdjacencySet *GetSpatialWeightSet(int id) const;
     /// Whether the set has lists for the time, which is cut off to a whole number.
     bool HasSpatialWeightSetAtTime(int id, double time) const;
-    /// The neighbours of an object; calculated when needed. Raises as AdjacencySet::PrecalcSpatialWeights.
+    /// The neighbours of an object; calculated when needed. Raises as
+    /// AdjacencySet::PrecalcSpatialWeights.
     QVector<neighborDatum> GetSpatialWeightsForObject(int id, double time, unsigned int objectId);
     /// Ascending; the names are in the order of the ids.
     QList<int> GetSpatialWeightsIds() const;
@@ -114,9 +120,9 @@ public:
     void ClearSpatialWeightSets();
     /// Emits WeightSetChangedSignal.
     void SpatialWeightSetChanged(AdjacencySet *set);
-    /// Connects the four signals of weight sets to WeightSetAddedSlot, ...RemovedSlot and ...ChangedSlot, each
-    /// (MGeoData *, qint32), and WeightSetRenamedSlot(MGeoData *, qint32, const char *). A missing slot raises "Can't
-    /// connect signals".
+    /// Connects the four signals of weight sets to WeightSetAddedSlot, ...RemovedSlot and
+    /// ...ChangedSlot, each (MGeoData *, qint32), and WeightSetRenamedSlot(MGeoData *, qint32,
+    /// const char *). A missing slot raises "Can't connect signals".
     bool AddSpatialWeightSetListener(QObject *listener);
     void RemoveSpatialWeightSetListener(QObject *listener);
 
@@ -146,7 +152,8 @@ public:
     static QTime ConvertToTime(qint64 t);
     static QDateTime ConvertToDateTime(qint64 t);
     static qint64 IncrementTime(TimeFormat format, TimeStep step, qint64 t);
-    static QString TimeToString(qint64 t, TimeFormat format, const char *dateFormat, const char *timeFormat);
+    static QString TimeToString(qint64 t, TimeFormat format, const char *dateFormat,
+                                const char *timeFormat);
     static QString TimeStepToString(const TimeStep &step, TimeFormat format);
 
 Q_SIGNALS:
@@ -173,9 +180,11 @@ protected:
     bool restoreIds(QDataStream &in);
     /// The weight sets, under ids or, in files before 120000, under names.
     bool readWeightSets(QDataStream &in);
-    /// Of a file before 400002: frees all lists, and removes the sets that only a host could fill again, with a note.
+    /// Of a file before 400002: frees all lists, and removes the sets that only a host could fill
+    /// again, with a note.
     void purgeWeightSets();
-    /// Whether every set has as many lists as there are objects; asked when the data source has been read.
+    /// Whether every set has as many lists as there are objects; asked when the data source has
+    /// been read.
     bool weightSetsFit() const;
 
     static int mNextId;
@@ -190,7 +199,7 @@ protected:
     QString mFilePath; ///< where the data source keeps its files; never streamed
     MDataSource *mDataSource = nullptr;
     QList<MAttributes *> mAttributes;
-    QSet<MLinker *> mObjectManagers; ///< not owned
+    QSet<MLinker *> mObjectManagers;              ///< not owned
     QMap<int, AdjacencySet *> mSpatialWeightSets; ///< by their ids; owned
 
 private:

@@ -17,7 +17,8 @@ public:
 
     /// Sets or replaces.
     void setTag(const QString &key, const QVariant &value);
-    /// Appends with no separator; an absent tag is made. False when the tag holds something other than text.
+    /// Appends with no separator; an absent tag is made. False when the tag holds something other
+    /// than text.
     bool addTextToTag(const QString &key, const QString &text);
     bool tagExists(const QString &key) const;
     /// The keys, ascending.

@@ -12,7 +12,8 @@ class DATAINTERFACE_EXPORT MRasterData : public MGeoData {
     Q_OBJECT
 public:
     /// @param stamp  the time over which the geography exists whatever its datasets hold.
-    MRasterData(const QString &name, const TimeStamp &stamp, TimeFormat format, const QString &filePath);
+    MRasterData(const QString &name, const TimeStamp &stamp, TimeFormat format,
+                const QString &filePath);
 
     bool SaveToStream(QDataStream &out) override;
     bool RestoreFromStream(QDataStream &in) override;

@@ -13,9 +13,10 @@ struct FMGrid;
 struct FMGridWindow;
 struct RectInT;
 
-/// An axis-aligned grid of equal cells on a rectangle of the map. Rows count down from the largest y and columns up from
-/// the smallest x, but for GetPixelBounds. Cells are numbered row * columns + column. Cells are given as (column, row). A
-/// query without an answer gives false; one for an unknown dataset false, 0 or an empty value.
+/// An axis-aligned grid of equal cells on a rectangle of the map. Rows count down from the largest
+/// y and columns up from the smallest x, but for GetPixelBounds. Cells are numbered row * columns +
+/// column. Cells are given as (column, row). A query without an answer gives false; one for an
+/// unknown dataset false, 0 or an empty value.
 class DATAINTERFACE_EXPORT MRasterDataSource : public MDataSource {
     Q_OBJECT
 public:
@@ -23,11 +24,11 @@ public:
 
     /// For loading.
     explicit MRasterDataSource(const QString &directory);
-    MRasterDataSource(const QString &directory, unsigned int columns, unsigned int rows, const QRectF &bounds,
-                      int idSeed);
+    MRasterDataSource(const QString &directory, unsigned int columns, unsigned int rows,
+                      const QRectF &bounds, int idSeed);
 
-    /// Whether a grid can have these numbers: at least one cell, cell numbers that fit an int, a finite rectangle with
-    /// an area.
+    /// Whether a grid can have these numbers: at least one cell, cell numbers that fit an int, a
+    /// finite rectangle with an area.
     static bool IsGrid(qint64 columns, qint64 rows, const QRectF &bounds);
 
     bool SaveToStream(QDataStream &out) override;
@@ -37,8 +38,8 @@ public:
     /// From one shown cell to the next, row by row, in steps of the display.
     void IncDisplayIndex(double &index, double &row, double &column) const override;
     bool GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const override;
-    QList<double> GetIntervalBreaks(int id, int realization, int count, MDataset::ClassificationType type,
-                                    bool flag) override;
+    QList<double> GetIntervalBreaks(int id, int realization, int count,
+                                    MDataset::ClassificationType type, bool flag) override;
     QMap<MDatum, int> GetDataFrequencies(int id) override;
     int GetUniqueValueCount(int id) const override;
     bool SetHierarchyPath(int id, const QString &path) override;
@@ -57,37 +58,44 @@ public:
 
     virtual int GetRasterBitDepth(int id) const;
     /// The limits of the cells that `rect` touches; the bool takes no part.
-    virtual bool RectQuery(const QRectF &rect, bool centersOnly, unsigned int &firstColumn, unsigned int &firstRow,
-                           unsigned int &lastColumn, unsigned int &lastRow) const;
-    /// The cells that `rect` touches, or those whose centres it holds, column after column. With `centersOnly` a
-    /// rectangle no wider than a cell gives the column that it lies in, and so with rows; centres exactly on its left or
-    /// upper side are out.
+    virtual bool RectQuery(const QRectF &rect, bool centersOnly, unsigned int &firstColumn,
+                           unsigned int &firstRow, unsigned int &lastColumn,
+                           unsigned int &lastRow) const;
+    /// The cells that `rect` touches, or those whose centres it holds, column after column. With
+    /// `centersOnly` a rectangle no wider than a cell gives the column that it lies in, and so with
+    /// rows; centres exactly on its left or upper side are out.
     virtual bool RectQuery(const QRectF &rect, bool centersOnly, QVector<Pixel> &pixels) const;
-    /// The cells whose centres are no farther than `radius`, column after column, out of RectQuery's answer for the box.
+    /// The cells whose centres are no farther than `radius`, column after column, out of
+    /// RectQuery's answer for the box.
     virtual bool CircleQuery(const QPointF &center, double radius, QVector<Pixel> &pixels) const;
     /// The cells whose centres an FMPolygon holds, column after column. False when there is none.
     virtual bool PolygonQuery(const void *polygon, QVector<Pixel> &pixels) const;
     /// The point is written also for a cell outside the grid.
     virtual bool GetPixelCenter(unsigned int column, unsigned int row, QPointF &point) const;
-    /// Rows count up from the smallest y here: the mirror image of everything else. Hosts' layouts rest on it.
+    /// Rows count up from the smallest y here: the mirror image of everything else. Hosts' layouts
+    /// rest on it.
     virtual bool GetPixelBounds(unsigned int column, unsigned int row, QRectF &rect) const;
-    /// The cell at a place, brought into the grid with `clamp`. @return whether the grid's rectangle holds the place.
-    virtual bool PointQuery(double x, double y, unsigned int &column, unsigned int &row, bool clamp) const;
-    /// The number of the cell at a place, written also when there is none. Coordinates truncate toward zero, so that
-    /// less than a cell's width left of the grid is its first column.
+    /// The cell at a place, brought into the grid with `clamp`. @return whether the grid's
+    /// rectangle holds the place.
+    virtual bool PointQuery(double x, double y, unsigned int &column, unsigned int &row,
+                            bool clamp) const;
+    /// The number of the cell at a place, written also when there is none. Coordinates truncate
+    /// toward zero, so that less than a cell's width left of the grid is its first column.
     virtual bool PointQuery(double x, double y, unsigned int &id) const;
     /// The cells whose centres lie in an ellipse, row after row, or by distance from its centre.
-    /// @param a, b   semi-axes along `angle` (radians, counter-clockwise from x) and across it, both above 0.
-    virtual bool EllipseQuery(const QPointF &center, double a, double b, double angle, bool sortByDistance,
-                              QVector<Pixel> &pixels) const;
-    /// @return the new dataset's id, not announced; -1 for a type and depth that no cell has and without realizations.
-    virtual int NewRasterDataset(const QString &name, DataType type, int realizationCount, int bitDepth,
-                                 const QString &path);
+    /// @param a, b   semi-axes along `angle` (radians, counter-clockwise from x) and across it,
+    /// both above 0.
+    virtual bool EllipseQuery(const QPointF &center, double a, double b, double angle,
+                              bool sortByDistance, QVector<Pixel> &pixels) const;
+    /// @return the new dataset's id, not announced; -1 for a type and depth that no cell has and
+    /// without realizations.
+    virtual int NewRasterDataset(const QString &name, DataType type, int realizationCount,
+                                 int bitDepth, const QString &path);
     virtual RectInT GetBoundingRect();
     virtual void GetRasterDims(unsigned int &columns, unsigned int &rows) const;
     virtual void GetDisplayDims(unsigned int &width, unsigned int &height) const;
-    virtual bool AddRasterValues(int id, int realization, const TimeStamp &stamp, const MRasterBand &band,
-                                 bool overwrite, bool recalculate);
+    virtual bool AddRasterValues(int id, int realization, const TimeStamp &stamp,
+                                 const MRasterBand &band, bool overwrite, bool recalculate);
     /// Null for an unknown dataset.
     virtual const QMap<quint8, int> *GetInt8Frequencies(int id) const;
     virtual const QMap<quint16, int> *GetInt16Frequencies(int id) const;
@@ -97,10 +105,13 @@ public:
     virtual const QMap<OrderedFloat, int> *GetFloatFrequencies(int id) const;
     virtual const QMap<quint16, int> *GetHalfFloatFrequencies(int id) const;
     virtual QList<TimeStamp> GetRasterIntervals(int id, int realization);
-    virtual bool GetContainingTimeStamp(int id, int realization, qint64 time, TimeStamp &stamp) const;
+    virtual bool GetContainingTimeStamp(int id, int realization, qint64 time,
+                                        TimeStamp &stamp) const;
     virtual bool HasMissingValues(int id) const;
-    virtual bool IsMissing(int id, int realization, unsigned int column, unsigned int row, qint64 time);
-    /// Whether a value is the dataset's flag in the width of its cells. True for an unknown dataset, false without flag.
+    virtual bool IsMissing(int id, int realization, unsigned int column, unsigned int row,
+                           qint64 time);
+    /// Whether a value is the dataset's flag in the width of its cells. True for an unknown
+    /// dataset, false without flag.
     virtual bool IsMissingFlag(int id, quint64 value) const;
     virtual bool IsMissingFlag(int id, double value) const;
 
@@ -115,12 +126,12 @@ public:
     /// False for a cell that is missing or not there.
     bool GetRasterValue(int id, int realization, unsigned int column, unsigned int row, qint64 time,
                         MDatum &value) const;
-    bool SetRasterValue(int id, int realization, unsigned int column, unsigned int row, const TimeStamp &stamp,
-                        double value);
-    bool SetRasterValue(int id, int realization, unsigned int column, unsigned int row, const TimeStamp &stamp,
-                        qint64 value);
-    bool SetRasterValue(int id, int realization, unsigned int column, unsigned int row, const TimeStamp &stamp,
-                        quint64 value);
+    bool SetRasterValue(int id, int realization, unsigned int column, unsigned int row,
+                        const TimeStamp &stamp, double value);
+    bool SetRasterValue(int id, int realization, unsigned int column, unsigned int row,
+                        const TimeStamp &stamp, qint64 value);
+    bool SetRasterValue(int id, int realization, unsigned int column, unsigned int row,
+                        const TimeStamp &stamp, quint64 value);
     MRasterObservation *GetRasterInfo(int id, int realization, const TimeStamp &stamp);
     const MRasterObservation *GetRasterInfo(int id, int realization, qint64 time) const;
     bool RasterChanged(int id, int realization, qint64 first, qint64 second);
@@ -128,7 +139,10 @@ public:
     const QRectF &GetBounds() const { return mBounds; }
     double GetPixelWidth() const { return mBounds.width() / mColumns; }
     double GetPixelHeight() const { return mBounds.height() / mRows; }
-    unsigned int IndexFromColRow(unsigned int column, unsigned int row) const { return row * mColumns + column; }
+    unsigned int IndexFromColRow(unsigned int column, unsigned int row) const
+    {
+        return row * mColumns + column;
+    }
     bool ColRowFromIndex(int id, unsigned int &column, unsigned int &row) const;
     /// The grid and the window of `RectQuery` in the terms of the geometry library.
     FMGrid GetGrid() const;
@@ -136,7 +150,10 @@ public:
 
 private:
     double top() const { return mBounds.y() + mBounds.height(); }
-    bool holds(unsigned int column, unsigned int row) const { return column < mColumns && row < mRows; }
+    bool holds(unsigned int column, unsigned int row) const
+    {
+        return column < mColumns && row < mRows;
+    }
 
     QRectF mBounds;
     unsigned int mColumns = 0;

@@ -16,11 +16,12 @@ namespace datainterface {
 struct ValueRun;
 }
 
-/// How often each cell value is held, over all realizations and times. Only the map of the dataset's cells is used.
-/// Signed integers are counted under their unsigned bit pattern, halves under theirs, cells of 1 bit as 0 and 1 of 8.
+/// How often each cell value is held, over all realizations and times. Only the map of the
+/// dataset's cells is used. Signed integers are counted under their unsigned bit pattern, halves
+/// under theirs, cells of 1 bit as 0 and 1 of 8.
 struct DATAINTERFACE_EXPORT RealizationRasterDataFrequencies {
-    std::tuple<QMap<quint8, int>, QMap<quint16, int>, QMap<quint32, int>, QMap<quint64, int>, QMap<OrderedDouble, int>,
-               QMap<OrderedFloat, int>, QMap<quint16, int>>
+    std::tuple<QMap<quint8, int>, QMap<quint16, int>, QMap<quint32, int>, QMap<quint64, int>,
+               QMap<OrderedDouble, int>, QMap<OrderedFloat, int>, QMap<quint16, int>>
         maps;
 
     /// The place of a cell type's map.
@@ -38,40 +39,47 @@ struct DATAINTERFACE_EXPORT RealizationRasterDataFrequencies {
     template <class T> auto &mapOf() { return std::get<indexOf<T>()>(maps); }
     template <class T> const auto &mapOf() const { return std::get<indexOf<T>()>(maps); }
 };
-DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const RealizationRasterDataFrequencies &frequencies);
-/// By dataInterfaceVersionLoading: before 180083 a table for each realization, put together until one of the maps holds
-/// more than 10,000 values.
-DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, RealizationRasterDataFrequencies &frequencies);
+DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out,
+                                             const RealizationRasterDataFrequencies &frequencies);
+/// By dataInterfaceVersionLoading: before 180083 a table for each realization, put together until
+/// one of the maps holds more than 10,000 values.
+DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in,
+                                             RealizationRasterDataFrequencies &frequencies);
 
-/// Grids have the dimensions of the geography and stay in the block store except while they are checked out. Intervals
-/// of one realization never overlap. Cells are numbered row * columns + column. A realization or time that is not there
-/// gives null, false, 0 or an empty value, but for what a text here says.
+/// Grids have the dimensions of the geography and stay in the block store except while they are
+/// checked out. Intervals of one realization never overlap. Cells are numbered row * columns +
+/// column. A realization or time that is not there gives null, false, 0 or an empty value, but for
+/// what a text here says.
 class DATAINTERFACE_EXPORT MRasterDataset : public MDataset {
     Q_OBJECT
 public:
     /// For loading. A source of another kind raises "Invalid data source type", in both.
     MRasterDataset(MDataSource *source, const QString &directory);
-    MRasterDataset(MDataSource *source, int realizationCount, DataType type, const QString &name, const QString &path,
-                   int id, int bitDepth);
+    MRasterDataset(MDataSource *source, int realizationCount, DataType type, const QString &name,
+                   const QString &path, int id, int bitDepth);
 
     int GetRasterBitDepth() const { return mBitDepth; }
     void GetRasterDims(unsigned int &columns, unsigned int &rows) const;
     const MissingFlag &GetMissingFlag() const { return mMissingFlag; }
-    /// A flag of another width counts where the cells can hold its value. Frequencies are not counted anew.
+    /// A flag of another width counts where the cells can hold its value. Frequencies are not
+    /// counted anew.
     void SetMissingFlag(const MissingFlag &flag);
-    /// The flag in the width of the cells, for their readers; not set when no cell can hold its value.
+    /// The flag in the width of the cells, for their readers; not set when no cell can hold its
+    /// value.
     const MissingFlag &GetCellFlag() const { return mCellFlag; }
 
     bool SaveToStream(QDataStream &out) override;
     /// Files before 180005, which held the cells here, are refused.
     bool RestoreFromStream(QDataStream &in) override;
     DatasetProps GetProperties(const MGeoData *geography) override;
-    bool CheckInRealization(int realization, int arg) const override; ///< raises "Invalid realization index"
+    bool CheckInRealization(int realization,
+                            int arg) const override; ///< raises "Invalid realization index"
     bool CheckOutRealization(int realization, int arg) const override;
     /// Announces a change of the dataset through its source when there is a grid at `first`.
     bool ObjectValueChanged(int realization, int id, qint64 first, qint64 second) override;
     /// Of all realizations. Raises "Invalid dataset type" for colours.
-    QList<double> GetIntervalBreaks(int realization, int breakCount, MDataset::ClassificationType classification,
+    QList<double> GetIntervalBreaks(int realization, int breakCount,
+                                    MDataset::ClassificationType classification,
                                     bool showProgress) override;
     /// False after a cancel, with what was counted so far.
     bool RecalculateFrequencies() override;
@@ -91,18 +99,21 @@ public:
     bool HasMissing(int realization) const override;
     /// Every realization keeps its first grid alone.
     void SetStatic(bool isStatic) override;
-    /// Statistics of decimals, integers and unsigned integers from 8 bits on, of cells that are finite and not missing.
-    /// Raise "Invalid bit depth" for another depth and, all times together, "Invalid raster data type" for another type.
+    /// Statistics of decimals, integers and unsigned integers from 8 bits on, of cells that are
+    /// finite and not missing. Raise "Invalid bit depth" for another depth and, all times together,
+    /// "Invalid raster data type" for another type.
     bool CalcMinMaxMean(int realization) const override;
     bool CalcMinMaxMean(int realization, qint64 time) const override;
-    bool GetStdDev(int realization, qint64 time, double &result) const override; ///< raises "Invalid raster type"
-    /// Raises "Raster interpolation not yet implemented" when asked to. Without a grid: a null text.
+    bool GetStdDev(int realization, qint64 time,
+                   double &result) const override; ///< raises "Invalid raster type"
+    /// Raises "Raster interpolation not yet implemented" when asked to. Without a grid: a null
+    /// text.
     MDatum GetValue(int index, qint64 time, bool interpolate, int realization) override;
     MDatum GetValue(int index, qint64 time, int realization) override;
-    /// The container's cells have the dataset's type and depth and its missing cells get a value of their own, which
-    /// becomes the dataset's missing flag; colours stand as they are given.
-    bool AddTimeSliceValues(int realization, const TimeStamp &stamp, VORN_DataContainer &values, bool overwrite,
-                            bool updateFrequencies) override;
+    /// The container's cells have the dataset's type and depth and its missing cells get a value of
+    /// their own, which becomes the dataset's missing flag; colours stand as they are given.
+    bool AddTimeSliceValues(int realization, const TimeStamp &stamp, VORN_DataContainer &values,
+                            bool overwrite, bool updateFrequencies) override;
     virtual bool GetContainingTimeStamp(int realization, qint64 time, TimeStamp &stamp) const;
     /// True also where there is no cell and no grid.
     virtual bool IsPixelMissing(int realization, int column, int row, qint64 time) const;
@@ -122,19 +133,23 @@ public:
     virtual void UpdateFloatFrequencies(float value, bool add);
     virtual void UpdateHalfFloatFrequencies(quint16 value, bool add);
 
-    /// False, with nothing changed, for a grid of another size, type or depth, an unknown realization, an interval that
-    /// holds no instant and, without `overwrite`, one that has no free part.
-    /// @param overwrite    the new grid takes its whole interval; otherwise it fills the free parts of it.
+    /// False, with nothing changed, for a grid of another size, type or depth, an unknown
+    /// realization, an interval that holds no instant and, without `overwrite`, one that has no
+    /// free part.
+    /// @param overwrite    the new grid takes its whole interval; otherwise it fills the free parts
+    /// of it.
     /// @param recalculate  counts the frequencies anew.
-    bool AddRasterValues(int realization, const TimeStamp &stamp, const MRasterBand &band, bool overwrite,
-                         bool recalculate);
-    /// The grid under exactly that stamp, to be changed; one under another stamp there raises "Time stamp mismatch".
+    bool AddRasterValues(int realization, const TimeStamp &stamp, const MRasterBand &band,
+                         bool overwrite, bool recalculate);
+    /// The grid under exactly that stamp, to be changed; one under another stamp there raises "Time
+    /// stamp mismatch".
     MRasterObservation *GetRasterInfo(int realization, const TimeStamp &stamp);
     /// The grid that holds `time`.
     const MRasterObservation *GetConstRasterInfo(int realization, qint64 time) const;
     QList<TimeStamp> GetRasterIntervals(int realization) const;
 
-    /// One cell of the grid under the stamp. False for another data type: the whole forms want signed integers.
+    /// One cell of the grid under the stamp. False for another data type: the whole forms want
+    /// signed integers.
     bool SetValue(int realization, double value, int column, int row, const TimeStamp &stamp);
     bool SetValue(int realization, qint64 value, int column, int row, const TimeStamp &stamp);
     bool SetValue(int realization, quint64 value, int column, int row, const TimeStamp &stamp);
@@ -144,7 +159,8 @@ public:
     bool GetValueAsDecimal(int index, int realization, qint64 time, double &value) const;
     bool GetValueAsDecimal(int column, int row, int realization, qint64 time, double &value) const;
     /// All cells; missing ones are minus infinity, which `missing` then names.
-    bool GetValuesAsDecimal(int realization, qint64 time, QVector<double> &values, MissingFlag &missing) const;
+    bool GetValuesAsDecimal(int realization, qint64 time, QVector<double> &values,
+                            MissingFlag &missing) const;
 
     /// Whether a value of this width is the flag's; false without a flag.
     bool IsMissing(double value) const { return mCellFlag.matches(value); }
@@ -169,7 +185,8 @@ private:
     void dataChanged(int realization);
     void overwriteGrids(ObservationMap &grids, const TimeStamp &stamp, const MRasterBand &band);
     bool fillFreeTime(ObservationMap &grids, const TimeStamp &stamp, const MRasterBand &band);
-    template <class Value> bool setCell(int realization, Value value, int column, int row, const TimeStamp &stamp);
+    template <class Value>
+    bool setCell(int realization, Value value, int column, int row, const TimeStamp &stamp);
     template <class T> void updateFrequency(T value, bool add);
     void countCell(const MRasterObservation &grid, int column, int row);
     std::vector<datainterface::ValueRun> sortedValues() const;

@@ -12,8 +12,8 @@
 class Fennims;
 class MVectorDataSource;
 
-/// Wraps a Fennims and gives its chains the dense numbers, object indices, that datasets use: 0 to n - 1 in ascending
-/// order of chain id.
+/// Wraps a Fennims and gives its chains the dense numbers, object indices, that datasets use: 0 to
+/// n - 1 in ascending order of chain id.
 class DATAINTERFACE_EXPORT MVectorData : public MGeoData {
     Q_OBJECT
 public:
@@ -28,7 +28,8 @@ public:
     unsigned int GetObjectCount() const override;
     TimeStamp GetTimeBounds() override;
     RectInT GetBoundingRect() const override;
-    /// MGeoData's slots and ObjectsWillBeRemovedSlot, ObjectsWereRemovedSlot, each (int, const QSet<int> &).
+    /// MGeoData's slots and ObjectsWillBeRemovedSlot, ObjectsWereRemovedSlot, each (int, const
+    /// QSet<int> &).
     bool AddListener(QObject *listener) override;
     bool HasObjectsWithMissingData(int dataset) const override;
     void SelectObjectsByValue(int dataset, int realization, qint64 time, const QSet<MDatum> &values,
@@ -37,22 +38,26 @@ public:
                               int attribute) override;
 
     /// Takes the geometry over, makes the data source and numbers the objects. @return always true.
-    /// @param createDefaultWeightSet  adds CreateDefaultAdjacencySet's, which does not include the objects themselves.
+    /// @param createDefaultWeightSet  adds CreateDefaultAdjacencySet's, which does not include the
+    /// objects themselves.
     virtual bool Initialize(Fennims *fennims, bool createDefaultWeightSet);
-    /// Removes objects with their values; later objects move down, and the lists of weight sets are freed. Indices out of
-    /// range are left out.
+    /// Removes objects with their values; later objects move down, and the lists of weight sets are
+    /// freed. Indices out of range are left out.
     virtual void RemoveObjects(const QSet<int> &objects);
-    /// Puts another geometry with as many chains under the geography and drops what was derived from the old one: the
-    /// lists of weight sets and variogram models. Takes it over only on success: false when the counts differ; raises
-    /// "Invalid data source type".
+    /// Puts another geometry with as many chains under the geography and drops what was derived
+    /// from the old one: the lists of weight sets and variogram models. Takes it over only on
+    /// success: false when the counts differ; raises "Invalid data source type".
     virtual bool ReplaceVORN(Fennims *fennims);
     /// Null always: a subset is made through ControllerBase::AddNewVectorGeography.
-    virtual MVectorData *CreateFromSubset(const QString &name, bool flag, const QSet<unsigned int> &objects);
+    virtual MVectorData *CreateFromSubset(const QString &name, bool flag,
+                                          const QSet<unsigned int> &objects);
     /// True when at least one object exists at the time.
     virtual bool ExistsAtTime(qint64 time);
-    /// The objects without a value at the time: those missing in the data and those that do not exist then.
+    /// The objects without a value at the time: those missing in the data and those that do not
+    /// exist then.
     virtual bool GetMissingValues(int dataset, int realization, qint64 time, QSet<int> &missing);
-    virtual bool SetMissingValue(int dataset, int realization, unsigned int object, const TimeStamp &stamp);
+    virtual bool SetMissingValue(int dataset, int realization, unsigned int object,
+                                 const TimeStamp &stamp);
 
     Fennims *GetFennims() const { return mFennims.get(); }
     MVectorDataSource *GetVectorDataSource() const { return mVectorDataSource; }
@@ -61,7 +66,8 @@ public:
     int GetFennimId(unsigned int index) const;
     /// The object index of a chain; -1 when there is none.
     int GetObjectId(int chainId) const { return mObjectIndexByFennimId.value(chainId, -1); }
-    /// The disjoint intervals, in order, on each of which the set of objects and their shapes stays the same.
+    /// The disjoint intervals, in order, on each of which the set of objects and their shapes stays
+    /// the same.
     QList<TimeStamp> GetMergedObjectTimes() const;
 
 Q_SIGNALS:

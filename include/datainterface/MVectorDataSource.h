@@ -8,8 +8,8 @@
 #include "datainterface/MVectorDataset.h"
 #include "datainterface/TimeFormat.h"
 
-/// Adds the number of objects, the making of datasets, the typed values, conversions, imports and exports. An unknown
-/// id gives false, 0 or an empty value; a text here names what raises.
+/// Adds the number of objects, the making of datasets, the typed values, conversions, imports and
+/// exports. An unknown id gives false, 0 or an empty value; a text here names what raises.
 class DATAINTERFACE_EXPORT MVectorDataSource : public MDataSource {
     Q_OBJECT
 public:
@@ -18,8 +18,8 @@ public:
 
     bool SaveToStream(QDataStream &out) override;
     bool RestoreFromStream(QDataStream &in) override;
-    /// Before restoring: the number that the geography's own part of the file has told. Another one makes
-    /// RestoreFromStream false before anything is allocated for it.
+    /// Before restoring: the number that the geography's own part of the file has told. Another one
+    /// makes RestoreFromStream false before anything is allocated for it.
     void ExpectObjectCount(int count) { mExpectedObjectCount = count; }
     unsigned int GetObjectCount() const override { return mObjectCount; }
     bool IsDatasetIdValid(int id) const override;
@@ -27,8 +27,8 @@ public:
     void IncDisplayIndex(double &x, double &y, double &z) const override;
     using MDataSource::AddTimeSliceValues;
     bool GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const override;
-    QList<double> GetIntervalBreaks(int id, int realization, int count, MDataset::ClassificationType type,
-                                    bool flag) override;
+    QList<double> GetIntervalBreaks(int id, int realization, int count,
+                                    MDataset::ClassificationType type, bool flag) override;
     QMap<MDatum, int> GetDataFrequencies(int id) override;
     int GetUniqueValueCount(int id) const override;
     bool SetHierarchyPath(int id, const QString &path) override;
@@ -48,33 +48,41 @@ public:
     /// All datasets or none: after a refusal each has its old size again.
     virtual bool Resize(unsigned int objectCount);
     /// @return the new dataset's id. Nothing is announced: the caller fills it first.
-    virtual int NewVectorDataset(const QString &name, DataType type, MVectorDataset::StorageType storage,
-                                 int realizations, const QString &path);
-    virtual int NewVectorDataset(const QString &name, DataType type, MVectorDataset::StorageType storage,
-                                 int realizations, const QList<MDataset::pathLevel> &path);
+    virtual int NewVectorDataset(const QString &name, DataType type,
+                                 MVectorDataset::StorageType storage, int realizations,
+                                 const QString &path);
+    virtual int NewVectorDataset(const QString &name, DataType type,
+                                 MVectorDataset::StorageType storage, int realizations,
+                                 const QList<MDataset::pathLevel> &path);
 
-    // One row for each object and interval at which a dataset has data between `start` and `end`, both included.
-    // `missing` stands for a missing value. False when the file cannot be made or written, for an id that is no vector
-    // dataset of this source, and after a cancel.
-    /// A dBASE table. Blanks in names become underscores, names are cut to ten characters and kept distinct with a
-    /// number; a cut name is told to the log. Dates and times are the integers yyyymmdd and hhmmss.
-    virtual bool ExportDatasetsAsDBF(const QString &fileName, const QList<DataId> &ids, TimeFormat format,
-                                     qint64 start, qint64 end, const QString &missing, int realization);
+    // One row for each object and interval at which a dataset has data between `start` and `end`,
+    // both included. `missing` stands for a missing value. False when the file cannot be made or
+    // written, for an id that is no vector dataset of this source, and after a cancel.
+    /// A dBASE table. Blanks in names become underscores, names are cut to ten characters and kept
+    /// distinct with a number; a cut name is told to the log. Dates and times are the integers
+    /// yyyymmdd and hhmmss.
+    virtual bool ExportDatasetsAsDBF(const QString &fileName, const QList<DataId> &ids,
+                                     TimeFormat format, qint64 start, qint64 end,
+                                     const QString &missing, int realization);
     /// GeoEAS text. A cancel leaves no file.
-    virtual bool ExportDatasetsAsGeoeas(const QString &fileName, const QString &title, const QList<DataId> &ids,
-                                        TimeFormat format, qint64 start, qint64 end, const QString &missing,
-                                        int realization);
+    virtual bool ExportDatasetsAsGeoeas(const QString &fileName, const QString &title,
+                                        const QList<DataId> &ids, TimeFormat format, qint64 start,
+                                        qint64 end, const QString &missing, int realization);
     /// Comma-separated text with a header line; numbers in seven significant digits.
-    virtual bool ExportDatasetsAsCSV(const QString &fileName, const QList<DataId> &ids, TimeFormat format,
-                                     qint64 start, qint64 end, const QString &missing, int realization);
+    virtual bool ExportDatasetsAsCSV(const QString &fileName, const QList<DataId> &ids,
+                                     TimeFormat format, qint64 start, qint64 end,
+                                     const QString &missing, int realization);
 
     /// Copies every dataset of `source`. @param objectMap  for each object here its position there.
     virtual void ImportFromDataSource(MDataSource *source, const QVector<int> &objectMap);
-    /// @return the new dataset's id, -1 when it cannot be copied. Raises "Invalid dataset id" and "bad dataset type".
-    virtual int ImportDatasetFromDataSource(MDataSource *source, int id, const QVector<int> &objectMap, bool announce);
+    /// @return the new dataset's id, -1 when it cannot be copied. Raises "Invalid dataset id" and
+    /// "bad dataset type".
+    virtual int ImportDatasetFromDataSource(MDataSource *source, int id,
+                                            const QVector<int> &objectMap, bool announce);
     /// A new dataset of another type with the values of `id`, which stays as it is.
     /// @param precision  decimals of a number that becomes text.
-    /// @return the new id, announced; -1 after a cancel. Raises "Invalid dataset id" and "Invalid dataset type".
+    /// @return the new id, announced; -1 after a cancel. Raises "Invalid dataset id" and "Invalid
+    /// dataset type".
     virtual int ConvertDataset(int id, const QString &name, DataType type, int precision);
 
     /// Characters that the dataset's longest value takes, and the digits of them behind the point.
@@ -82,25 +90,30 @@ public:
     virtual unsigned int GetUniqueCount(int id);
     virtual QList<TimeStamp> GetTimeSliceIntervals(int id, int realization);
     virtual QList<TimeStamp> GetDataIntervals(int id, int realization, unsigned int object);
-    virtual MDatum GetVectorDataValue(int id, int realization, unsigned int object, qint64 t, bool interpolate);
+    virtual MDatum GetVectorDataValue(int id, int realization, unsigned int object, qint64 t,
+                                      bool interpolate);
     virtual bool AddDataValue(int id, int realization, unsigned int object, const TimeStamp &stamp,
                               const MDatum &value, bool overwrite, bool updateFrequencies);
     virtual bool AddTimeSeriesValues(int id, int realization, unsigned int object,
-                                     const QVector<QPair<TimeStamp, QString>> &values, bool overwrite,
-                                     bool updateFrequencies);
+                                     const QVector<QPair<TimeStamp, QString>> &values,
+                                     bool overwrite, bool updateFrequencies);
     virtual bool AddTimeSeriesValues(int id, int realization, unsigned int object,
                                      const QVector<QPair<TimeStamp, int>> &values, bool overwrite,
                                      bool updateFrequencies);
     virtual bool AddTimeSeriesValues(int id, int realization, unsigned int object,
-                                     const QVector<QPair<TimeStamp, double>> &values, bool overwrite,
-                                     bool updateFrequencies);
-    virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp, const QVector<QString> &values,
-                                    const QSet<int> &missing, bool overwrite, bool updateFrequencies);
-    virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp, const QVector<int> &values,
-                                    const QSet<int> &missing, bool overwrite, bool updateFrequencies);
-    virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp, const QVector<double> &values,
-                                    const QSet<int> &missing, bool overwrite, bool updateFrequencies);
-    /// The counts that the dataset keeps; null for an unknown id. Empty for a dataset of another type.
+                                     const QVector<QPair<TimeStamp, double>> &values,
+                                     bool overwrite, bool updateFrequencies);
+    virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp,
+                                    const QVector<QString> &values, const QSet<int> &missing,
+                                    bool overwrite, bool updateFrequencies);
+    virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp,
+                                    const QVector<int> &values, const QSet<int> &missing,
+                                    bool overwrite, bool updateFrequencies);
+    virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp,
+                                    const QVector<double> &values, const QSet<int> &missing,
+                                    bool overwrite, bool updateFrequencies);
+    /// The counts that the dataset keeps; null for an unknown id. Empty for a dataset of another
+    /// type.
     virtual const QMap<int, int> *GetIntegerFrequencies(int id);
     virtual const QMap<QString, int> *GetStringFrequencies(int id);
     virtual const QMap<OrderedDouble, int> *GetDecimalFrequencies(int id);
@@ -110,7 +123,8 @@ public:
     virtual bool HasMissingValues(int id);
     virtual bool IsMissing(int id, int realization, unsigned int object, qint64 t);
     virtual bool GetMissingValues(int id, int realization, qint64 t, QSet<int> &missing);
-    virtual bool SetMissingValue(int id, int realization, unsigned int object, const TimeStamp &stamp);
+    virtual bool SetMissingValue(int id, int realization, unsigned int object,
+                                 const TimeStamp &stamp);
 
     MVectorDataset *GetVectorDataset(int id);
     const MVectorDataset *GetVectorDataset(int id) const;
@@ -118,14 +132,16 @@ public:
     void RemoveObjects(const QSet<int> &objects);
     /// Frees the series that datasets of files before 201044 hold of objects that are gone.
     void CleanPre201044Data();
-    bool GetDataValues(int id, int realization, qint64 t, QVector<double> &values, QSet<int> &missing);
+    bool GetDataValues(int id, int realization, qint64 t, QVector<double> &values,
+                       QSet<int> &missing);
     bool GetDataValues(int id, int realization, qint64 t, QVector<int> &values, QSet<int> &missing);
-    bool GetDataValues(int id, int realization, qint64 t, QVector<QString> &values, QSet<int> &missing);
+    bool GetDataValues(int id, int realization, qint64 t, QVector<QString> &values,
+                       QSet<int> &missing);
 
 private:
     template <class Path>
-    int makeDataset(const QString &name, DataType type, MVectorDataset::StorageType storage, int realizations,
-                    const Path &path);
+    int makeDataset(const QString &name, DataType type, MVectorDataset::StorageType storage,
+                    int realizations, const Path &path);
 
     unsigned int mObjectCount = 0;
 };

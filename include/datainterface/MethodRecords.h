@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Records that cross to the host. The library makes them with default values and hands them on; their meaning is the
-/// host's, and nothing here reads a field of one.
+/// Records that cross to the host. The library makes them with default values and hands them on;
+/// their meaning is the host's, and nothing here reads a field of one.
 #pragma once
 #include <QPointF>
 #include <QString>

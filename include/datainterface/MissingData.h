@@ -32,7 +32,8 @@ public:
     dataType type = None;
 };
 
-/// The handle: shares its body and detaches before a write. Costs one test while nothing is missing.
+/// The handle: shares its body and detaches before a write. Costs one test while nothing is
+/// missing.
 class DATAINTERFACE_EXPORT VORN_MissingData {
 public:
     /// Says nothing about anything: not valid, nothing missing.
@@ -62,7 +63,8 @@ public:
 
     /// The union of the holes.
     VORN_MissingData operator+(const VORN_MissingData &other) const;
-    /// A raster of another size adds nothing; mixing the forms raises "md->type != MissingData::..." of this one.
+    /// A raster of another size adds nothing; mixing the forms raises "md->type !=
+    /// MissingData::..." of this one.
     VORN_MissingData operator+=(const VORN_MissingData &other);
 
 private:

@@ -10,8 +10,8 @@
 
 /// A type code and one value of each width, of which the code selects one. A plain value.
 ///
-/// The high byte of the code is the width (1: 8 bits, 2: 16, 3: 32, 4: 64), 0x400 means unsigned; 0x100 to 0x300 are
-/// the floating forms.
+/// The high byte of the code is the width (1: 8 bits, 2: 16, 3: 32, 4: 64), 0x400 means unsigned;
+/// 0x100 to 0x300 are the floating forms.
 struct DATAINTERFACE_EXPORT MissingFlag {
     enum Type : qint32 {
         None = 0,
@@ -29,14 +29,19 @@ struct DATAINTERFACE_EXPORT MissingFlag {
     };
 
     qint32 type = None;
-    std::tuple<quint64, quint32, quint16, quint8, qint64, qint32, qint16, qint8, half, float, double> values{};
+    std::tuple<quint64, quint32, quint16, quint8, qint64, qint32, qint16, qint8, half, float,
+               double>
+        values{};
 
     MissingFlag() = default;
     /// A flag of the value's own width.
-    template <class T> explicit MissingFlag(T value) : type(codeOf(T())) { std::get<T>(values) = value; }
+    template <class T> explicit MissingFlag(T value) : type(codeOf(T()))
+    {
+        std::get<T>(values) = value;
+    }
 
-    /// Whether a value of this width is the flag's. float and double compare as numbers, so that a NaN matches
-    /// nothing; a half is its bit pattern.
+    /// Whether a value of this width is the flag's. float and double compare as numbers, so that a
+    /// NaN matches nothing; a half is its bit pattern.
     template <class T> bool matches(T value) const
     {
         if constexpr (std::is_same_v<T, half>)
@@ -58,6 +63,7 @@ struct DATAINTERFACE_EXPORT MissingFlag {
     static constexpr Type codeOf(quint64) { return UInt64; }
 };
 
-/// The code, then the selected value in its own width; an unknown code raises "Invalid data type" both ways.
+/// The code, then the selected value in its own width; an unknown code raises "Invalid data type"
+/// both ways.
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const MissingFlag &flag);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MissingFlag &flag);

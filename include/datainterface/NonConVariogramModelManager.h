@@ -7,7 +7,8 @@
 #include "datainterface/VariogramModel.h"
 #include "datainterface/export.h"
 
-/// Holds the nonconditional models by id. Ids only grow, over saves and loads too: none is used twice in a project.
+/// Holds the nonconditional models by id. Ids only grow, over saves and loads too: none is used
+/// twice in a project.
 class DATAINTERFACE_EXPORT NonConVariogramModelManager : public QObject {
     Q_OBJECT
 public:
@@ -29,8 +30,9 @@ public:
     QMap<int, VariogramModelProps> GetNonConVariogramModelProps() const;
     /// Empties the store without a signal.
     void RemoveAllNonConVariogramModels();
-    /// Connects the listener's slots NonConVariogramModelAddedSlot, ...RemovedSlot and ...ChangedSlot, each (qint32);
-    /// those it lacks are left out. @return false for a null listener.
+    /// Connects the listener's slots NonConVariogramModelAddedSlot, ...RemovedSlot and
+    /// ...ChangedSlot, each (qint32); those it lacks are left out. @return false for a null
+    /// listener.
     bool AddNonConVariogramModelListener(QObject *listener);
 
     void SaveNonconditionalVariogramModelsToStream(QDataStream &out) const;

@@ -4,8 +4,8 @@
 #include <QDataStream>
 #include <QtGlobal>
 
-/// Behaves as the number it holds. Its order is total: a NaN is one key, behind all numbers. (As a plain double it
-/// would match the smallest key of a QMap, or swallow every later one.)
+/// Behaves as the number it holds. Its order is total: a NaN is one key, behind all numbers. (As a
+/// plain double it would match the smallest key of a QMap, or swallow every later one.)
 template <class T> class OrderedNumber {
 public:
     OrderedNumber() = default;
@@ -20,8 +20,14 @@ public:
     {
         return a.mValue == b.mValue || (a.mValue != a.mValue && b.mValue != b.mValue);
     }
-    friend QDataStream &operator<<(QDataStream &out, OrderedNumber value) { return out << value.mValue; }
-    friend QDataStream &operator>>(QDataStream &in, OrderedNumber &value) { return in >> value.mValue; }
+    friend QDataStream &operator<<(QDataStream &out, OrderedNumber value)
+    {
+        return out << value.mValue;
+    }
+    friend QDataStream &operator>>(QDataStream &in, OrderedNumber &value)
+    {
+        return in >> value.mValue;
+    }
 
 private:
     T mValue = 0;

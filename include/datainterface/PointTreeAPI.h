@@ -6,13 +6,13 @@
 /// gives false, with nothing done. How hits are ordered and tied, and what is squared, tells
 /// FM_PointTree.
 #pragma once
-#include "datainterface/GeoPointTree.h"
-#include "datainterface/export.h"
 #include <QPair>
 #include <QPointF>
 #include <QRectF>
 #include <QSet>
 #include <QVector>
+#include "datainterface/GeoPointTree.h"
+#include "datainterface/export.h"
 
 /// An empty tree; its handle.
 DATAINTERFACE_EXPORT int VORN_CreatePointTree();

@@ -4,15 +4,17 @@
 #include <QString>
 #include "datainterface/export.h"
 
-/// Writes the model in place: after a failure or a cancel the file is partial. A host that wants an atomic save writes
-/// beside the target and moves. No failure raises or shows a message. Containers must be checked in before.
+/// Writes the model in place: after a failure or a cancel the file is partial. A host that wants an
+/// atomic save writes beside the target and moves. No failure raises or shows a message. Containers
+/// must be checked in before.
 DATAINTERFACE_EXPORT bool VORN_SaveProject(const QString &fileName);
 
-/// Reads a project of this version or an older one. The block store is emptied once the file is open, also when the
-/// file turns out to be no project; the geographies that are there stay, so the host unloads first. After a failure
-/// those restored so far are in the controller's map. No failure raises or shows a message.
+/// Reads a project of this version or an older one. The block store is emptied once the file is
+/// open, also when the file turns out to be no project; the geographies that are there stay, so the
+/// host unloads first. After a failure those restored so far are in the controller's map. No
+/// failure raises or shows a message.
 DATAINTERFACE_EXPORT bool VORN_LoadProject(const QString &fileName);
 
-/// Empties the block store and calls ControllerBase::RemoveGeography for each geography in order of id; deleting them
-/// is the override's part.
+/// Empties the block store and calls ControllerBase::RemoveGeography for each geography in order of
+/// id; deleting them is the override's part.
 DATAINTERFACE_EXPORT void VORN_UnloadProject();

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// Random deviates, distribution functions, shuffles and multiple-testing corrections.
 ///
-/// Deviates come from two MT19937 generators of the process, one for everything uniform and one for normal values;
-/// equal seeds give equal sequences. They are not locked: draw from one thread.
+/// Deviates come from two MT19937 generators of the process, one for everything uniform and one for
+/// normal values; equal seeds give equal sequences. They are not locked: draw from one thread.
 ///
-/// Distribution functions answer false for arguments outside their domain, NaN and infinities included, and never give
-/// NaN. They are good to 1e-9 absolute, which is what their log-gamma series carries.
+/// Distribution functions answer false for arguments outside their domain, NaN and infinities
+/// included, and never give NaN. They are good to 1e-9 absolute, which is what their log-gamma
+/// series carries.
 #pragma once
 #include <QVector>
 #include "datainterface/MissingData.h"
@@ -34,8 +35,8 @@ DATAINTERFACE_EXPORT bool VORN_GetNormalP(double x, double &p);
 DATAINTERFACE_EXPORT bool VORN_GetNormalQuantile(double p, double &x);
 /// P(X < k) for a Poisson variable; mean >= 0, k >= 0.
 DATAINTERFACE_EXPORT bool VORN_GetPoissonP(int k, double mean, double &p);
-/// P(X = k) of `n` trials; 0 <= k <= n. With n p and n (1 - p) above 20 the normal approximation with continuity
-/// correction. 0 whatever k for p = 0, 1 whatever k for p = 1.
+/// P(X = k) of `n` trials; 0 <= k <= n. With n p and n (1 - p) above 20 the normal approximation
+/// with continuity correction. 0 whatever k for p = 0, 1 whatever k for p = 1.
 DATAINTERFACE_EXPORT bool VORN_GetBinomialP(int n, int k, double p, double &result);
 /// P(X >= k) of `n` trials; 0 <= k <= n.
 DATAINTERFACE_EXPORT bool VORN_GetCumBinomialP(int n, int k, double p, double &result);
@@ -50,27 +51,30 @@ DATAINTERFACE_EXPORT bool VORN_GetChiDistP(double x, int df, bool lowerTail, dou
 DATAINTERFACE_EXPORT QVector<int> VORN_ShuffleIds(unsigned int n);
 /// Missing ids keep their places; the others change places among themselves.
 DATAINTERFACE_EXPORT QVector<int> VORN_ShuffleIds(unsigned int n, const VORN_MissingData &missing);
-/// `count` positions without replacement, each pick with probability proportional to weight, in the order drawn. Empty
-/// for more picks than weights; weights that sum to 0 raise "weightSum".
+/// `count` positions without replacement, each pick with probability proportional to weight, in the
+/// order drawn. Empty for more picks than weights; weights that sum to 0 raise "weightSum".
 DATAINTERFACE_EXPORT QVector<int> VORN_ChooseRandomIds(int count, const QVector<double> &weights);
 
-/// Indices of the p-values below alpha / m, m being the number not missing. Missing objects' values are tested too.
+/// Indices of the p-values below alpha / m, m being the number not missing. Missing objects' values
+/// are tested too.
 DATAINTERFACE_EXPORT QVector<int> VORN_PerformBonferroniCorrection(const QVector<double> &p,
-                                                                   const VORN_MissingData &missing, double alpha);
+                                                                   const VORN_MissingData &missing,
+                                                                   double alpha);
 /// S. Holm (1979), Scandinavian J. of Statistics 6, 65-70: step-down. Ascending p-values.
-DATAINTERFACE_EXPORT QVector<int> VORN_PerformHolmCorrection(const QVector<double> &p,
-                                                             const VORN_MissingData &missing, double alpha);
-/// R. J. Simes (1986), Biometrika 73, 751-754. The p-values, largest first, that the walk from the largest passes over
-/// before the first one below alpha / (position + 1).
+DATAINTERFACE_EXPORT QVector<int>
+VORN_PerformHolmCorrection(const QVector<double> &p, const VORN_MissingData &missing, double alpha);
+/// R. J. Simes (1986), Biometrika 73, 751-754. The p-values, largest first, that the walk from the
+/// largest passes over before the first one below alpha / (position + 1).
 DATAINTERFACE_EXPORT QVector<int> VORN_PerformSimesCorrection(const QVector<double> &p,
-                                                              const VORN_MissingData &missing, double alpha);
-/// The thresholds of Y. Benjamini and Y. Hochberg (1995), J. R. Statist. Soc. B 57, 289-300, each p-value held against that
-/// of its own rank alone. Largest first.
-DATAINTERFACE_EXPORT QVector<int> VORN_PerformFDRCorrection(const QVector<double> &p, const VORN_MissingData &missing,
-                                                            double alpha);
-/// The largest family of objects, those flagged least often by chance first, that holds more than the fraction
-/// `falseFraction` of false flags in no more than `alpha` of the randomizations. One vector a randomization, one flag
-/// an object; no randomization raises "numRandomizations".
-DATAINTERFACE_EXPORT QVector<int> VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizations,
-                                                            const VORN_MissingData &missing, double alpha,
-                                                            double falseFraction);
+                                                              const VORN_MissingData &missing,
+                                                              double alpha);
+/// The thresholds of Y. Benjamini and Y. Hochberg (1995), J. R. Statist. Soc. B 57, 289-300, each
+/// p-value held against that of its own rank alone. Largest first.
+DATAINTERFACE_EXPORT QVector<int>
+VORN_PerformFDRCorrection(const QVector<double> &p, const VORN_MissingData &missing, double alpha);
+/// The largest family of objects, those flagged least often by chance first, that holds more than
+/// the fraction `falseFraction` of false flags in no more than `alpha` of the randomizations. One
+/// vector a randomization, one flag an object; no randomization raises "numRandomizations".
+DATAINTERFACE_EXPORT QVector<int>
+VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizations,
+                          const VORN_MissingData &missing, double alpha, double falseFraction);

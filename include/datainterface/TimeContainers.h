@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// The two shapes of a vector dataset's values: all objects at one time, or one object over time. Each is a handle of
-/// a few words; its content is one block of the block store and in memory only while somebody has it checked out.
+/// The two shapes of a vector dataset's values: all objects at one time, or one object over time.
+/// Each is a handle of a few words; its content is one block of the block store and in memory only
+/// while somebody has it checked out.
 #pragma once
 #include <QList>
 #include <QMap>
@@ -14,18 +15,21 @@
 #include "datainterface/TimeStamp.h"
 #include "datainterface/export.h"
 
-/// One value of one object and the interval on which it holds. 32 bytes in memory and, for numbers, in the block.
+/// One value of one object and the interval on which it holds. 32 bytes in memory and, for numbers,
+/// in the block.
 template <class T> struct TimeSeriesEntry {
     TimeStamp stamp;
     T value{};
 };
 template <class T>
-class QTypeInfo<TimeSeriesEntry<T>> : public QTypeInfoMerger<TimeSeriesEntry<T>, TimeStamp, T> {};
+class QTypeInfo<TimeSeriesEntry<T>> : public QTypeInfoMerger<TimeSeriesEntry<T>, TimeStamp, T> {
+};
 
-/// What the two shapes share: the block, the count of check-outs, and when the content comes and goes.
+/// What the two shapes share: the block, the count of check-outs, and when the content comes and
+/// goes.
 ///
-/// Every operation pages in at need and, when nobody holds the container checked out, writes a change back and lets go
-/// of the memory before it returns. Check-out counts are not atomic.
+/// Every operation pages in at need and, when nobody holds the container checked out, writes a
+/// change back and lets go of the memory before it returns. Check-out counts are not atomic.
 template <class Container> class DATAINTERFACE_EXPORT PagedContainer {
 public:
     PagedContainer(const PagedContainer &) = delete;
@@ -65,9 +69,11 @@ struct SliceShape {
 } // namespace datainterface
 
 /// All values of one time slice. T is int, double or QString.
-template <class T> class DATAINTERFACE_EXPORT TimeSliceData : public PagedContainer<TimeSliceData<T>> {
+template <class T>
+class DATAINTERFACE_EXPORT TimeSliceData : public PagedContainer<TimeSliceData<T>> {
 public:
-    /// Takes copies and stores them as a new block at once. A slice of strings must hold a value ("empty dataset").
+    /// Takes copies and stores them as a new block at once. A slice of strings must hold a value
+    /// ("empty dataset").
     TimeSliceData(const QVector<T> &values, const QSet<int> &missing);
     /// A slice that lies in block `blockId` already.
     explicit TimeSliceData(int blockId);
@@ -76,10 +82,12 @@ public:
     ~TimeSliceData();
 
     int GetCount() const;
-    /// The value at a position; what a missing object's position holds has no meaning. 0 <= object < count.
+    /// The value at a position; what a missing object's position holds has no meaning. 0 <= object
+    /// < count.
     T GetValue(int object) const;
-    /// False, with `value` untouched, when the object is missing or the position does not exist. A number of a slice
-    /// that nobody holds is read where it lies, in the cache or in the scratch file, without the rest of the slice.
+    /// False, with `value` untouched, when the object is missing or the position does not exist. A
+    /// number of a slice that nobody holds is read where it lies, in the cache or in the scratch
+    /// file, without the rest of the slice.
     bool GetValue(int object, T &value) const;
     /// Stores a value; the object is no longer missing.
     void SetValue(int object, const T &value);
@@ -93,7 +101,8 @@ public:
     /// Drops the listed positions; the rest moves down in order, missing ids with it.
     void RemoveObjects(const QSet<int> &objects);
 
-    /// The values in place: GetCount() elements, valid until the next change or the last check-in. Check out first.
+    /// The values in place: GetCount() elements, valid until the next change or the last check-in.
+    /// Check out first.
     const T *Data() const;
     /// The missing ids in place, under the same conditions.
     const QSet<int> &MissingIds() const;
@@ -110,8 +119,10 @@ private:
     mutable std::unique_ptr<Content> mContent; ///< null while paged out
 };
 
-/// The history of one object: entries sorted by interval, which never overlap. T is int, double or QString.
-template <class T> class DATAINTERFACE_EXPORT TimeSeriesData : public PagedContainer<TimeSeriesData<T>> {
+/// The history of one object: entries sorted by interval, which never overlap. T is int, double or
+/// QString.
+template <class T>
+class DATAINTERFACE_EXPORT TimeSeriesData : public PagedContainer<TimeSeriesData<T>> {
 public:
     using Entry = TimeSeriesEntry<T>;
 
@@ -134,7 +145,8 @@ public:
     /// Replaces the history; entries sorted and free of overlap.
     void SetEntries(const QVector<Entry> &entries);
 
-    /// The entries in place: GetCount() of them, valid until the next change or the last check-in. Check out first.
+    /// The entries in place: GetCount() of them, valid until the next change or the last check-in.
+    /// Check out first.
     const Entry *Data() const;
 
 private:
@@ -157,10 +169,12 @@ extern template class TimeSeriesData<int>;
 extern template class TimeSeriesData<double>;
 extern template class TimeSeriesData<QString>;
 
-/// Holds a container checked out for a scope. Leaving the scope by an exception never raises a second one.
+/// Holds a container checked out for a scope. Leaving the scope by an exception never raises a
+/// second one.
 template <class Container> class CheckedOut {
 public:
-    explicit CheckedOut(const Container &container) : mContainer(container), mUnwinding(std::uncaught_exceptions())
+    explicit CheckedOut(const Container &container)
+        : mContainer(container), mUnwinding(std::uncaught_exceptions())
     {
         mContainer.CheckOut();
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Variogram models: how the dissimilarity of two measurements grows with their separation. The application fits them;
-/// here they are kept, evaluated and summed up.
+/// Variogram models: how the dissimilarity of two measurements grows with their separation. The
+/// application fits them; here they are kept, evaluated and summed up.
 #pragma once
 #include <QDataStream>
 #include <QList>
@@ -14,9 +14,17 @@
 
 class MGeoData;
 
-/// One structure of a model. Lags and ranges are in map units, sills in the square of the dataset's unit.
+/// One structure of a model. Lags and ranges are in map units, sills in the square of the dataset's
+/// unit.
 struct DATAINTERFACE_EXPORT VariogramBasicModel {
-    enum ModelType : qint32 { Nugget = 0, Spherical = 1, Exponential = 2, Gaussian = 3, Power = 4, Cubic = 5 };
+    enum ModelType : qint32 {
+        Nugget = 0,
+        Spherical = 1,
+        Exponential = 2,
+        Gaussian = 3,
+        Power = 4,
+        Cubic = 5
+    };
 
     double sill = 0.0;
     double angle = 0.0;      ///< Direction of anisotropy, radians.
@@ -25,13 +33,14 @@ struct DATAINTERFACE_EXPORT VariogramBasicModel {
     ModelType type = Nugget;
 
     VariogramBasicModel() = default;
-    VariogramBasicModel(ModelType type, double sill, double angle, double majorRange, double minorRange);
+    VariogramBasicModel(ModelType type, double sill, double angle, double majorRange,
+                        double minorRange);
 
-    /// The value at lag `h` in the direction `theta` (radians); `sill` at every lag when a range is 0.
-    /// An unknown type raises "Invalid variogram model type".
+    /// The value at lag `h` in the direction `theta` (radians); `sill` at every lag when a range is
+    /// 0. An unknown type raises "Invalid variogram model type".
     double GetBasicModelValue(double h, double theta) const;
-    /// The practical range: the lag at which the structure has reached 1 - `epsilon` of its sill along `minorRange`;
-    /// HUGE_VAL of a power structure, which has no sill. Raises as above.
+    /// The practical range: the lag at which the structure has reached 1 - `epsilon` of its sill
+    /// along `minorRange`; HUGE_VAL of a power structure, which has no sill. Raises as above.
     double GetEpsilonRange(double epsilon) const;
     bool operator==(const VariogramBasicModel &other) const;
     bool operator!=(const VariogramBasicModel &other) const { return !(*this == other); }
@@ -42,8 +51,8 @@ struct DATAINTERFACE_EXPORT VariogramModelAtT {
     QVector<VariogramBasicModel> structures;
 
     double GetModelValue(double h, double theta) const;
-    /// The largest practical range of the structures, each taken at `epsilon` divided by their number. False, with
-    /// `range` HUGE_VAL, when one of them is a power structure.
+    /// The largest practical range of the structures, each taken at `epsilon` divided by their
+    /// number. False, with `range` HUGE_VAL, when one of them is a power structure.
     bool GetEpsilonRange(double epsilon, double &range) const;
     /// The sum of the sills; -1 when a power structure is among them.
     double GetSill() const;
@@ -54,19 +63,20 @@ struct DATAINTERFACE_EXPORT VariogramModelAtT {
 struct EmpiricalVariogramBin {
     double lag = 0.0;       ///< Mean separation of the pairs, map units.
     double direction = 0.0; ///< Radians.
-    double value = 0.0;     ///< Half the mean squared difference, or what the estimator puts in its place.
+    double value =
+        0.0; ///< Half the mean squared difference, or what the estimator puts in its place.
     qint32 pairCount = 0;
 
     bool operator==(const EmpiricalVariogramBin &other) const
     {
         return lag == other.lag && direction == other.direction && value == other.value
-            && pairCount == other.pairCount;
+               && pairCount == other.pairCount;
     }
 };
 using EmpiricalVariogram = QVector<EmpiricalVariogramBin>;
 
-/// What the application's fitting code keeps with a model. Its meaning is that code's: here it is stored, copied and
-/// streamed to the bit. In the stream the three kinds alternate, in runs.
+/// What the application's fitting code keeps with a model. Its meaning is that code's: here it is
+/// stored, copied and streamed to the bit. In the stream the three kinds alternate, in runs.
 struct VariogramFitState {
     std::array<qint32, 11> ints{-1, -1, 1, -1, -1, -1, -1, -1, -1, -1, -1};
     std::array<double, 9> doubles{-1.0, -1.0, -1.0, -1.0, -1.0, -1.0, -1.0, -1.0, -1.0};
@@ -81,7 +91,8 @@ struct VariogramFitState {
 /// What a host is shown of one structure.
 struct VariogramStructureProps {
     VariogramBasicModel::ModelType type = VariogramBasicModel::Nugget;
-    double sill = 0.0; ///< Of a power structure its value at the geography's diagonal; HUGE_VAL without a geography.
+    double sill = 0.0; ///< Of a power structure its value at the geography's diagonal; HUGE_VAL
+                       ///< without a geography.
     double angle = 0.0;
     double majorRange = 0.0;
     double minorRange = 0.0;
@@ -111,8 +122,8 @@ struct VariogramModelProps {
     bool isAnisotropic = false;
 };
 
-/// A model through time, in two parallel forms (at centroid support and at point support), with what it was fitted
-/// from. A value: holders hand out copies.
+/// A model through time, in two parallel forms (at centroid support and at point support), with
+/// what it was fitted from. A value: holders hand out copies.
 class DATAINTERFACE_EXPORT VariogramModel {
 public:
     /// Selects the estimator; the codes are those of the application's fitting code.
@@ -136,9 +147,9 @@ public:
     /// Named "variogram model".
     explicit VariogramModel(const DataId &dataset);
     /// The five arguments after `lagCount` enter `fit` unread.
-    VariogramModel(const QString &name, const DataId &dataset, const DataId &locations, int estimator,
-                   const DataId &weightsDataset, int lagCount, int fitA, int fitB, const DataId &fitDataset,
-                   int fitC, int fitD);
+    VariogramModel(const QString &name, const DataId &dataset, const DataId &locations,
+                   int estimator, const DataId &weightsDataset, int lagCount, int fitA, int fitB,
+                   const DataId &fitDataset, int fitC, int fitD);
     VariogramModel(const VariogramModel &other);
     VariogramModel &operator=(const VariogramModel &other);
     ~VariogramModel();
@@ -146,7 +157,8 @@ public:
     /// False, with `value` untouched, when no interval of the model holds the instant `t`.
     bool GetCentroidModelValue(qint64 t, double h, double theta, double &value) const;
     bool GetDeconvolutionModelValue(qint64 t, double h, double theta, double &value) const;
-    /// The summary of the centroid models. `geography` may be null: power structures then have no finite value.
+    /// The summary of the centroid models. `geography` may be null: power structures then have no
+    /// finite value.
     VariogramModelProps GetProperties(const MGeoData *geography) const;
 };
 

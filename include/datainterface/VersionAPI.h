@@ -10,8 +10,8 @@ extern DATAINTERFACE_EXPORT const int productVersionNumber;
 extern DATAINTERFACE_EXPORT const QString applicationName;
 extern DATAINTERFACE_EXPORT const QString applicationVendor;
 
-/// The version number of the file being read. Every reader of a persistent class decides by it what the stream holds;
-/// it stays as it is when a load ends.
+/// The version number of the file being read. Every reader of a persistent class decides by it what
+/// the stream holds; it stays as it is when a load ends.
 extern DATAINTERFACE_EXPORT int dataInterfaceVersionLoading;
 extern DATAINTERFACE_EXPORT QString dataInterfaceVersionStringLoading;
 

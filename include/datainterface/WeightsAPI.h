@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// Spatial weight sets and cluster sets by id. A set's id has its geography's in the upper 16 bits.
 #pragma once
+#include <QString>
+#include <QVector>
 #include "datainterface/AdjacencySet.h"
 #include "datainterface/MissingData.h"
 #include "datainterface/SpatialWeightSetProps.h"
@@ -8,8 +10,6 @@
 #include "datainterface/WeightsAtT.h"
 #include "datainterface/export.h"
 #include "datainterface/neighborDatum.h"
-#include <QString>
-#include <QVector>
 
 // Each makes a set on a geography, which announces it. @return the set's id; -1, with nothing
 // changed, for an unknown geography, one of another kind, and weights that the method cannot have.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// All values of one time of one realization, in the element type that the data have: how values pass between datasets
-/// and analyses. VORN_ConstDataContainer looks at a dataset, VORN_DataContainer owns its values.
+/// All values of one time of one realization, in the element type that the data have: how values
+/// pass between datasets and analyses. VORN_ConstDataContainer looks at a dataset,
+/// VORN_DataContainer owns its values.
 #pragma once
 #include <QByteArray>
 #include <QRect>
@@ -16,11 +17,12 @@ class MRasterDataset;
 class MVectorDataset;
 class VORN_ConstDataContainer;
 
-/// Values of the caller's own. An id out of range raises "id>=0 and id<nObjects" in every read of a value, an empty
-/// container "Empty data container".
+/// Values of the caller's own. An id out of range raises "id>=0 and id<nObjects" in every read of a
+/// value, an empty container "Empty data container".
 class DATAINTERFACE_EXPORT VORN_DataContainer {
 public:
-    /// Element types. `...Data` are vectors that a container owns, `...Cells` the memory of a raster that one borrows.
+    /// Element types. `...Data` are vectors that a container owns, `...Cells` the memory of a
+    /// raster that one borrows.
     enum DataType : qint32 {
         NoData = 0,
         DoubleData = 0x1,
@@ -49,18 +51,25 @@ public:
     };
 
     VORN_DataContainer() = default;
-    /// `count` zeros or empty texts. Raises "Invalid data type" for an unknown code, as all constructors do.
+    /// `count` zeros or empty texts. Raises "Invalid data type" for an unknown code, as all
+    /// constructors do.
     VORN_DataContainer(DataType type, int count);
     /// Copies; borrowed values become owned ones of the same element.
     VORN_DataContainer(const VORN_ConstDataContainer &other);
-    VORN_DataContainer(DataType type, const QVector<double> &values, const VORN_MissingData &missing);
-    VORN_DataContainer(DataType type, const QVector<float> &values, const VORN_MissingData &missing);
+    VORN_DataContainer(DataType type, const QVector<double> &values,
+                       const VORN_MissingData &missing);
+    VORN_DataContainer(DataType type, const QVector<float> &values,
+                       const VORN_MissingData &missing);
     /// Bit patterns of the half-float form.
-    VORN_DataContainer(DataType type, const QVector<unsigned short> &values, const VORN_MissingData &missing);
+    VORN_DataContainer(DataType type, const QVector<unsigned short> &values,
+                       const VORN_MissingData &missing);
     VORN_DataContainer(DataType type, const QVector<int> &values, const VORN_MissingData &missing);
-    VORN_DataContainer(DataType type, const QVector<qint64> &values, const VORN_MissingData &missing);
-    VORN_DataContainer(DataType type, const QVector<signed char> &values, const VORN_MissingData &missing);
-    VORN_DataContainer(DataType type, const QVector<short> &values, const VORN_MissingData &missing);
+    VORN_DataContainer(DataType type, const QVector<qint64> &values,
+                       const VORN_MissingData &missing);
+    VORN_DataContainer(DataType type, const QVector<signed char> &values,
+                       const VORN_MissingData &missing);
+    VORN_DataContainer(DataType type, const QVector<short> &values,
+                       const VORN_MissingData &missing);
     VORN_DataContainer(const QVector<unsigned char> &values, const QVector<unsigned int> &colors,
                        const VORN_MissingData &missing);
     VORN_DataContainer(const QVector<unsigned short> &values, const QVector<unsigned int> &colors,
@@ -70,9 +79,10 @@ public:
     VORN_DataContainer(const QVector<QString> &values, const VORN_MissingData &missing);
     VORN_DataContainer(const QString *values, int count, const VORN_MissingData &missing);
     /// Copies `count` elements of the type from `values`.
-    VORN_DataContainer(DataType type, const void *values, int count, const VORN_MissingData &missing);
-    VORN_DataContainer(DataType type, const void *values, int count, const QVector<unsigned int> &colors,
+    VORN_DataContainer(DataType type, const void *values, int count,
                        const VORN_MissingData &missing);
+    VORN_DataContainer(DataType type, const void *values, int count,
+                       const QVector<unsigned int> &colors, const VORN_MissingData &missing);
 
     DataType type() const { return mType; }
     int count() const { return nObjects; }
@@ -100,11 +110,12 @@ public:
     int compareValues(int id1, int id2) const;
     /// One step through the values: the next id; the other two arguments stay.
     void incSampleIndex(double &index, double &row, double &column) const;
-    /// The ids of present (and, of numbers, finite) values, ascending by value; equal values in no set order.
+    /// The ids of present (and, of numbers, finite) values, ascending by value; equal values in no
+    /// set order.
     void getSortedIndices(QVector<int> &indices) const;
 
-    /// Stores with conversion to the element type; the value is no longer missing. False for an id out of range and
-    /// where number and text do not go together.
+    /// Stores with conversion to the element type; the value is no longer missing. False for an id
+    /// out of range and where number and text do not go together.
     bool setValue(int id, double value);
     bool setValue(int id, signed char value);
     bool setValue(int id, short value);
@@ -126,23 +137,25 @@ private:
 
     int nObjects = 0;
     DataType mType = NoData;
-    std::tuple<QVector<double>, QVector<float>, QVector<half>, QVector<qint8>, QVector<qint16>, QVector<qint32>,
-               QVector<qint64>, QVector<quint8>, QVector<quint16>, QVector<quint32>, QVector<quint64>,
-               QVector<QString>>
+    std::tuple<QVector<double>, QVector<float>, QVector<half>, QVector<qint8>, QVector<qint16>,
+               QVector<qint32>, QVector<qint64>, QVector<quint8>, QVector<quint16>,
+               QVector<quint32>, QVector<quint64>, QVector<QString>>
         mVectors;
     QVector<unsigned int> mColorTable;
     VORN_MissingData mMissing;
 };
 
-/// A view of a dataset at one time. Holds its data checked out from load to destruction; must not outlive the
-/// controller that it was loaded through. Reads of values raise as those of VORN_DataContainer.
+/// A view of a dataset at one time. Holds its data checked out from load to destruction; must not
+/// outlive the controller that it was loaded through. Reads of values raise as those of
+/// VORN_DataContainer.
 class DATAINTERFACE_EXPORT VORN_ConstDataContainer {
 public:
     using DataType = VORN_DataContainer::DataType;
 
     /// Empty: dataset id -1, no objects.
     VORN_ConstDataContainer() = default;
-    /// Raises "Invalid geography id" for a geography that is not there, "Invalid dataset type" for such a dataset.
+    /// Raises "Invalid geography id" for a geography that is not there, "Invalid dataset type" for
+    /// such a dataset.
     VORN_ConstDataContainer(int dataId, qint64 time, int realization, bool interp);
     /// `dataset` is an MDataset.
     VORN_ConstDataContainer(void *dataset, qint64 time, int realization);
@@ -151,9 +164,11 @@ public:
     VORN_ConstDataContainer &operator=(const VORN_ConstDataContainer &other);
     ~VORN_ConstDataContainer();
 
-    /// Replaces the content by the values of `dataset`, an MDataset, at a time. `interp` interpolates in time.
+    /// Replaces the content by the values of `dataset`, an MDataset, at a time. `interp`
+    /// interpolates in time.
     void LoadFromDataset(void *dataset, qint64 time, int realization, bool interp);
-    /// Forward to the dataset; raise "Invalid dataset type" when it is not there. The last int is not used.
+    /// Forward to the dataset; raise "Invalid dataset type" when it is not there. The last int is
+    /// not used.
     bool CheckOutData(int realization, qint64 time, int arg) const;
     bool CheckInData(int realization, qint64 time, int arg) const;
 
@@ -172,15 +187,16 @@ public:
     qint64 intvalue(int objectId) const;
     quint64 uintvalue(int objectId) const;
     QString strvalue(int objectId) const;
-    /// The colour of a cell, 8 bits a channel. Raises "hasColorTable()" without a table. Alpha is in the high byte of
-    /// the table's 32 bits, blue in the low one.
+    /// The colour of a cell, 8 bits a channel. Raises "hasColorTable()" without a table. Alpha is
+    /// in the high byte of the table's 32 bits, blue in the low one.
     void colorValues(int objectId, unsigned short &red, unsigned short &green, unsigned short &blue,
                      unsigned short &alpha) const;
     const void *getNumericDataPtr() const;
     const void *getDataPtr() const;
     bool compareData(const VORN_ConstDataContainer &other) const;
     int compareValues(int id1, int id2) const;
-    /// One sample further through a raster, row by row, in steps of the sample step; with step 1 the next id.
+    /// One sample further through a raster, row by row, in steps of the sample step; with step 1
+    /// the next id.
     void incSampleIndex(double &index, double &row, double &column) const;
     void getSortedIndices(QVector<int> &indices) const;
 
@@ -201,7 +217,8 @@ private:
     int mDataSourceId = -1;
     int mDatasetId = -1;
     bool mInterp = false;
-    mutable int mHeld = 0; ///< check-outs of the values at mTime that this container owes a check-in
+    mutable int mHeld =
+        0; ///< check-outs of the values at mTime that this container owes a check-in
     qint64 mTime = 0;
     int mRealization = 0;
     int nObjects = 0;
@@ -214,10 +231,12 @@ private:
         QVector<int> int32VectorData;
         QVector<QString> stringVectorData;
     } data;
-    std::tuple<const double *, const float *, const half *, const qint8 *, const qint16 *, const qint32 *,
-               const qint64 *, const quint8 *, const quint16 *, const quint32 *, const quint64 *>
+    std::tuple<const double *, const float *, const half *, const qint8 *, const qint16 *,
+               const qint32 *, const qint64 *, const quint8 *, const quint16 *, const quint32 *,
+               const quint64 *>
         mCells{}; ///< of a raster observation; the one of the type is set
-    QByteArray mGrid; ///< shares those bytes, so that they stay good whatever happens to the observation
+    QByteArray
+        mGrid; ///< shares those bytes, so that they stay good whatever happens to the observation
     QVector<unsigned int> mColorTable;
     VORN_MissingData mMissing;
 };

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// One neighbour of one object.
 #pragma once
-#include "datainterface/export.h"
 #include <QDataStream>
 #include <QtGlobal>
+#include "datainterface/export.h"
 
 struct neighborDatum {
     int id = -1; ///< the neighbour's object index, or the cell's number

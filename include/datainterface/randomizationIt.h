@@ -42,8 +42,8 @@ protected:
     int mRandomizations;
 };
 
-/// Samples of K positions without replacement, each pick with probability proportional to weight; O(N) a pick.
-/// "K <= weights.size()".
+/// Samples of K positions without replacement, each pick with probability proportional to weight;
+/// O(N) a pick. "K <= weights.size()".
 class DATAINTERFACE_EXPORT weightedShuffleIt : public shuffleIt {
 public:
     weightedShuffleIt(int K, const std::vector<double> &weights, int randomizations);
@@ -54,7 +54,8 @@ private:
     std::vector<char> mPicked; ///< one flag a position, clear between picks
 };
 
-/// All K-subsets of 0 to N - 1 in lexical order. "N >= K". Counts beyond an int are clamped; the walk does not use them.
+/// All K-subsets of 0 to N - 1 in lexical order. "N >= K". Counts beyond an int are clamped; the
+/// walk does not use them.
 class DATAINTERFACE_EXPORT combinationIt : public randomizationIt {
 public:
     combinationIt();

@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: MIT
-/// A shared array that is cloned before it is written: what matrices and vectors hold their elements in.
+/// A shared array that is cloned before it is written: what matrices and vectors hold their
+/// elements in.
 #pragma once
 #include <algorithm>
 #include <cstddef>
 #include <new>
 #include <type_traits>
 
-/// Copies share one block; every non-const access first makes the block this pointer's own. Reference counts are not
-/// atomic: a share must not cross threads. T is a plain type.
+/// Copies share one block; every non-const access first makes the block this pointer's own.
+/// Reference counts are not atomic: a share must not cross threads. T is a plain type.
 template <class T> class sharedDataPtr {
     static_assert(std::is_trivially_copyable_v<T>, "elements are copied as bytes");
 
 public:
     sharedDataPtr() = default;
-    /// `count` elements, contents undefined, aligned to at least 16 bytes whatever `align` says, large ones to a cache
-    /// line. 0: empty.
+    /// `count` elements, contents undefined, aligned to at least 16 bytes whatever `align` says,
+    /// large ones to a cache line. 0: empty.
     sharedDataPtr(int count, int align) : mBlock(allocate(count, align)) {}
     sharedDataPtr(int count, const T &fill, int align) : sharedDataPtr(count, align)
     {
@@ -22,7 +23,9 @@ public:
             std::fill_n(mBlock->data, count, fill);
     }
     /// Adopts an array that was made with new[].
-    sharedDataPtr(T *data, int count) : mBlock(data ? new Block{data, count, 1, kForeign} : nullptr) {}
+    sharedDataPtr(T *data, int count) : mBlock(data ? new Block{data, count, 1, kForeign} : nullptr)
+    {
+    }
     sharedDataPtr(const sharedDataPtr &other) : mBlock(other.mBlock)
     {
         if (mBlock)
@@ -60,14 +63,16 @@ public:
 
     bool operator==(const sharedDataPtr &other) const
     {
-        return count() == other.count() && (mBlock == other.mBlock || std::equal(data(), data() + count(), other.data()));
+        return count() == other.count()
+               && (mBlock == other.mBlock || std::equal(data(), data() + count(), other.data()));
     }
     bool operator!=(const sharedDataPtr &other) const { return !(*this == other); }
 
 private:
     static constexpr int kAlignment = 16;
     static constexpr int kCacheLine = 64;
-    static constexpr std::size_t kLarge = 1024; ///< bytes from which a cache line pays for the slower allocation
+    static constexpr std::size_t kLarge =
+        1024; ///< bytes from which a cache line pays for the slower allocation
     static constexpr int kForeign = -1;
 
     struct alignas(16) Block {

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// A dense matrix of doubles in the column-major order of BLAS and LAPACK. Copying and transposing cost O(1).
+/// A dense matrix of doubles in the column-major order of BLAS and LAPACK. Copying and transposing
+/// cost O(1).
 #pragma once
 #include <cstddef>
 #include "datainterface/export.h"
 #include "datainterface/sharedDataPtr.h"
 
-/// Copies share their elements until one of them is written. Not for use from two threads, not even on two copies.
+/// Copies share their elements until one of them is written. Not for use from two threads, not even
+/// on two copies.
 class DATAINTERFACE_EXPORT vorn_matrix {
 public:
     vorn_matrix() = default;

@@ -64,8 +64,8 @@ QVector<int> BlockTable::WrittenIds() const
     return ids;
 }
 
-// The log tells what will be evicted next: its memory can be on the way by then. (The prefetches stand in the loop
-// itself; a function that does nothing else is removed as having no effect.)
+// The log tells what will be evicted next: its memory can be on the way by then. (The prefetches
+// stand in the loop itself; a function that does nothing else is removed as having no effect.)
 int BlockCache::Oldest()
 {
     if (mCount == 0)

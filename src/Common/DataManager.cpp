@@ -10,8 +10,8 @@ using namespace datainterface;
 
 namespace {
 
-// What the cache keeps must be bytes of its own, and not many more than it counts: an array over foreign memory
-// is copied, and so is one with much spare room.
+// What the cache keeps must be bytes of its own, and not many more than it counts: an array over
+// foreign memory is copied, and so is one with much spare room.
 QByteArray compactBytes(const QByteArray &bytes)
 {
     const qint64 spare = qint64(bytes.capacity()) - bytes.size();
@@ -20,7 +20,8 @@ QByteArray compactBytes(const QByteArray &bytes)
     return bytes;
 }
 
-// An array of that size, in the memory of `used` when nobody else holds that and it is hardly larger.
+// An array of that size, in the memory of `used` when nobody else holds that and it is hardly
+// larger.
 QByteArray recycled(QByteArray used, int size)
 {
     const int spare = used.capacity() - size;
@@ -32,7 +33,10 @@ QByteArray recycled(QByteArray used, int size)
 
 } // namespace
 
-DataManager::DataManager(std::unique_ptr<PositionedFile> file) : mFile(std::move(file)), mCache(mTable) {}
+DataManager::DataManager(std::unique_ptr<PositionedFile> file)
+    : mFile(std::move(file)), mCache(mTable)
+{
+}
 
 DataManager::~DataManager()
 {
@@ -122,11 +126,12 @@ bool DataManager::DeleteDataBlock(int id)
 DataManager::State DataManager::Inspect() const
 {
     const QMutexLocker lock(&mLock);
-    return {mExtents.Extents(), mExtents.FreeList(), mCache.Ids(), mCache.Cost(), mNextId, mFile.path()};
+    return {mExtents.Extents(), mExtents.FreeList(), mCache.Ids(), mCache.Cost(), mNextId,
+            mFile.path()};
 }
 
-// Makes the contents the most recently used entry of the cache. What the id held before is dropped unwritten, and only
-// once there is room for its successor.
+// Makes the contents the most recently used entry of the cache. What the id held before is dropped
+// unwritten, and only once there is room for its successor.
 void DataManager::Keep(int id, const QByteArray &bytes, bool dirty)
 {
     const qint64 cost = BlockCache::CostOf(bytes.size());

@@ -178,7 +178,8 @@ void ExtentMap::GrowFree(int index, qint64 by)
 
 void ExtentMap::RequireContiguous(int first, int second) const
 {
-    require(At(first).position + At(first).size == At(second).position, "Data blocks not contiguous");
+    require(At(first).position + At(first).size == At(second).position,
+            "Data blocks not contiguous");
 }
 
 ExtentMap::Extent ExtentMap::Describe(int index) const

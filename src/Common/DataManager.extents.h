@@ -8,14 +8,15 @@
 
 namespace datainterface {
 
-/// The extents of the scratch file, used and free. They form a chain in file order and cover the file without gaps.
+/// The extents of the scratch file, used and free. They form a chain in file order and cover the
+/// file without gaps.
 ///
-/// Free extents are found by size, smallest fit first, and among equals the one that became free last. Freeing joins
-/// an extent with its direct free neighbours. The tail that Shrink splits off alone is not joined with what lies
-/// behind it. The file never shrinks: a free last extent stays.
+/// Free extents are found by size, smallest fit first, and among equals the one that became free
+/// last. Freeing joins an extent with its direct free neighbours. The tail that Shrink splits off
+/// alone is not joined with what lies behind it. The file never shrinks: a free last extent stays.
 ///
-/// Nothing here touches the file; a caller writes first and enters the result when that succeeded. Extents are named
-/// by small integers, valid until they are released.
+/// Nothing here touches the file; a caller writes first and enters the result when that succeeded.
+/// Extents are named by small integers, valid until they are released.
 class ExtentMap {
 public:
     struct Extent {
@@ -54,7 +55,7 @@ private:
         qint64 size = 0;
         int previous = -1; ///< neighbours in the file
         int next = -1;
-        int id = -1;       ///< of the block; of a free extent the one before it among those of its size
+        int id = -1; ///< of the block; of a free extent the one before it among those of its size
         int nextFree = kUsed;
     };
     static constexpr int kUsed = -2; ///< in place of the next free extent
@@ -72,9 +73,9 @@ private:
     Extent Describe(int index) const;
 
     std::vector<Record> mRecords;
-    std::vector<int> mSpare;         ///< records to use again
-    std::map<qint64, int> mFree;     ///< by size, the free extent of that size to take first
-    int mFirst = -1;                 ///< the ends of the chain
+    std::vector<int> mSpare;     ///< records to use again
+    std::map<qint64, int> mFree; ///< by size, the free extent of that size to take first
+    int mFirst = -1;             ///< the ends of the chain
     int mLast = -1;
     int mUsedCount = 0;
 };

@@ -16,22 +16,25 @@ namespace datainterface {
 class BlockReading;
 }
 
-/// Gives the block new contents of any size. Always true. Raises "result", with the old contents still in place, when
-/// the cache has to write something back for it and cannot.
+/// Gives the block new contents of any size. Always true. Raises "result", with the old contents
+/// still in place, when the cache has to write something back for it and cannot.
 bool ReplaceDataBlock(int id, const QByteArray &bytes);
 
-/// Blocks in a write-back cache over one scratch file. A block goes to the file when the cache evicts it, and at once
-/// when it is larger than the cache. Deleted and outgrown extents are used again (ExtentMap).
+/// Blocks in a write-back cache over one scratch file. A block goes to the file when the cache
+/// evicts it, and at once when it is larger than the cache. Deleted and outgrown extents are used
+/// again (ExtentMap).
 ///
-/// Every write-back is done, and known to have succeeded, before the memory it came from is given up: when one fails,
-/// the call raises "result", nothing has changed, and it can be made again when there is room.
+/// Every write-back is done, and known to have succeeded, before the memory it came from is given
+/// up: when one fails, the call raises "result", nothing has changed, and it can be made again when
+/// there is room.
 class DataManager {
 public:
     /// All of the store's state that is not contents.
     struct State {
-        QVector<datainterface::ExtentMap::Extent> extents;  ///< in file order
-        QVector<datainterface::ExtentMap::Extent> freeList; ///< in the order in which they are considered
-        QVector<int> cachedIds;                             ///< most recently used first
+        QVector<datainterface::ExtentMap::Extent> extents; ///< in file order
+        QVector<datainterface::ExtentMap::Extent>
+            freeList;           ///< in the order in which they are considered
+        QVector<int> cachedIds; ///< most recently used first
         qint64 cacheCost;
         int nextId;
         QString scratchPath;
@@ -91,8 +94,8 @@ DataManager &blockStore();
 
 namespace datainterface {
 
-/// Reads a few bytes of a block, of many blocks in a row. Holds the store's lock, which taken once costs a block next to
-/// nothing.
+/// Reads a few bytes of a block, of many blocks in a row. Holds the store's lock, which taken once
+/// costs a block next to nothing.
 class BlockReading {
 public:
     BlockReading() : mStore(blockStore()) { mStore.mLock.lock(); }
@@ -102,12 +105,13 @@ public:
 
     /// In bytes; -1 for an unknown block.
     int sizeOf(int id) const;
-    /// The contents where they lie in the cache, which is a use of them; null when they are not there or are not `size`
-    /// bytes. Until the next call of the store itself.
+    /// The contents where they lie in the cache, which is a use of them; null when they are not
+    /// there or are not `size` bytes. Until the next call of the store itself.
     const char *inPlace(int id, int size) const;
-    /// `count` bytes of a block of `size` bytes that is not in the cache, out of the file; the cache stays as it is.
-    /// False when there is no such block, when its size is another, and when so much of it was read in pieces since it
-    /// was last cached that the whole block is the cheaper read.
+    /// `count` bytes of a block of `size` bytes that is not in the cache, out of the file; the
+    /// cache stays as it is. False when there is no such block, when its size is another, and when
+    /// so much of it was read in pieces since it was last cached that the whole block is the
+    /// cheaper read.
     bool readPiece(int id, int size, int at, char *to, int count) const;
     /// Has the memory of a cached block on its way before it is read `at` bytes from its start.
     void prefetch(int id, int at) const;

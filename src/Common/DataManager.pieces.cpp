@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Bytes of a block without the block.
-#include <limits>
 #include "Common/DataManager.h"
+#include <limits>
 
 namespace datainterface {
 namespace {
 
-// A read of a piece costs about as much as this many bytes of a whole block. Whoever pays for pieces as long as they
-// have not cost what the whole would, and then for the whole, never pays more than twice what was best.
+// A read of a piece costs about as much as this many bytes of a whole block. Whoever pays for
+// pieces as long as they have not cost what the whole would, and then for the whole, never pays
+// more than twice what was best.
 constexpr int kPieceBytes = 4096;
 
 } // namespace
@@ -35,7 +36,8 @@ bool BlockReading::readPiece(int id, int size, int at, char *to, int count) cons
     if (!slot || slot->cached || slot->size != size || at < 0 || count < 0 || at > size - count)
         return false;
     if (BlockCache::CostOf(size) <= mStore.mCache.Limit()) {
-        if (slot->pieces == std::numeric_limits<quint8>::max() || slot->pieces * kPieceBytes >= size)
+        if (slot->pieces == std::numeric_limits<quint8>::max()
+            || slot->pieces * kPieceBytes >= size)
             return false;
         ++slot->pieces;
     }
@@ -47,8 +49,10 @@ void BlockReading::prefetch(int id, int at) const
     const BlockSlot *slot = mStore.mTable.Find(id);
     if (!slot || !slot->cached)
         return;
-    // A guess of where the contents begin: reading the array's own account of it would be the wait to be spared.
-    const char *head = reinterpret_cast<const char *>(const_cast<QByteArray &>(slot->bytes).data_ptr());
+    // A guess of where the contents begin: reading the array's own account of it would be the wait
+    // to be spared.
+    const char *head =
+        reinterpret_cast<const char *>(const_cast<QByteArray &>(slot->bytes).data_ptr());
     __builtin_prefetch(head);
     __builtin_prefetch(head + sizeof(QByteArrayData) + at);
 }

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 // The blocks' part of a project file:
 //   int32 next block id, int32 number of blocks, then for each block in ascending order of ids:
-//   int32 block id, QByteArray contents, packed in qCompress's form unless the caller says otherwise.
+//   int32 block id, QByteArray contents, packed in qCompress's form unless the caller says
+//   otherwise.
+#include "Common/DataManager.h"
 #include <QMutexLocker>
 #include <QtEndian>
 #include <algorithm>
 #include <libdeflate.h>
 #include <limits>
-#include "Common/DataManager.h"
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
 #include "datainterface/DataBlocks.h"
@@ -25,7 +26,8 @@ class Packer {
 public:
     /// Level 0 is qCompress itself; 1 to 12 are libdeflate's.
     explicit Packer(int level)
-        : mCompressor(level > 0 ? libdeflate_alloc_compressor(level) : nullptr, &libdeflate_free_compressor)
+        : mCompressor(level > 0 ? libdeflate_alloc_compressor(level) : nullptr,
+                      &libdeflate_free_compressor)
     {
     }
 
@@ -120,7 +122,8 @@ bool DataManager::RestoreProjectData(QDataStream &in, bool compressed, ProgressC
     return mFile.flush();
 }
 
-// A later block of the same id takes the place of the earlier one, and no id can be given out twice.
+// A later block of the same id takes the place of the earlier one, and no id can be given out
+// twice.
 bool DataManager::RestoreBlock(int id, const QByteArray &bytes)
 {
     if (id < 0 || id == std::numeric_limits<int>::max())

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Quantile classes over runs of equal values. Runs are the atoms: a first pass fuses small neighbours up to the size
-// that the small ones would share out evenly, a second one fuses whatever pair is smallest until the count is right.
+// Quantile classes over runs of equal values. Runs are the atoms: a first pass fuses small
+// neighbours up to the size that the small ones would share out evenly, a second one fuses whatever
+// pair is smallest until the count is right.
 #include "Common/quantiles.h"
 #include <algorithm>
 #include <limits>
@@ -26,8 +27,8 @@ void fuse(Run &run, const Run &next)
     run.size += next.size;
 }
 
-// The size below which runs are fused: what the small runs hold, shared out over the classes that the big ones leave.
-// 0, so that none counts as small, when the big runs leave no class.
+// The size below which runs are fused: what the small runs hold, shared out over the classes that
+// the big ones leave. 0, so that none counts as small, when the big runs leave no class.
 qint64 targetSize(const std::vector<Run> &runs, qint64 values, int classes)
 {
     const qint64 mean = values / classes;
@@ -56,7 +57,8 @@ int fuseSmallRuns(std::vector<Run> &runs, qint64 target, int fusions)
                 --fusions;
             }
             if (fusions > 0 && next < runs.size()
-                && static_cast<double>(runs[next].size) / static_cast<double>(run.size) < kTinyNeighbour) {
+                && static_cast<double>(runs[next].size) / static_cast<double>(run.size)
+                       < kTinyNeighbour) {
                 fuse(run, runs[next++]);
                 --fusions;
             }
@@ -67,11 +69,12 @@ int fuseSmallRuns(std::vector<Run> &runs, qint64 target, int fusions)
     return fusions;
 }
 
-// The pair with the smallest sum is fused, the first of equal ones; pairs wait in a heap, and one that no longer stands
-// is recognised by its sizes' sum or by a fused partner.
+// The pair with the smallest sum is fused, the first of equal ones; pairs wait in a heap, and one
+// that no longer stands is recognised by its sizes' sum or by a fused partner.
 class PairFuser {
 public:
-    explicit PairFuser(std::vector<Run> &runs) : mRuns(runs), mNext(runs.size()), mPrevious(runs.size())
+    explicit PairFuser(std::vector<Run> &runs)
+        : mRuns(runs), mNext(runs.size()), mPrevious(runs.size())
     {
         for (size_t i = 0; i < runs.size(); ++i) {
             mNext[i] = i + 1;
@@ -130,7 +133,9 @@ void fuseSmallestPairs(std::vector<Run> &runs, int fusions)
     PairFuser fuser(runs);
     for (; fusions > 0; --fusions)
         fuser.fuseSmallest();
-    runs.erase(std::remove_if(runs.begin(), runs.end(), [](const Run &run) { return run.size == 0; }), runs.end());
+    runs.erase(
+        std::remove_if(runs.begin(), runs.end(), [](const Run &run) { return run.size == 0; }),
+        runs.end());
 }
 
 } // namespace
@@ -144,7 +149,8 @@ bool quantiles(const QVector<double> &sorted, int classes, QMap<int, QPair<doubl
     return quantiles(datainterface::runsOf(sorted), classes, result);
 }
 
-bool quantiles(const datainterface::ValueRuns &sorted, int classes, QMap<int, QPair<double, double>> &result)
+bool quantiles(const datainterface::ValueRuns &sorted, int classes,
+               QMap<int, QPair<double, double>> &result)
 {
     result.clear();
     if (classes < 1)

@@ -6,11 +6,15 @@
 #include <QVector>
 #include "Common/valueRuns.h"
 
-/// Cuts `sorted` (ascending) into `classes` classes of about equal count. Equal values never fall into two classes:
-/// runs of them are fused, the small ones first.
+/// Cuts `sorted` (ascending) into `classes` classes of about equal count. Equal values never fall
+/// into two classes: runs of them are fused, the small ones first.
 /// @param result  class index to its lowest and highest value; replaced.
-/// @return false, with no classes, when the list is not ascending or `classes` is below 1; false also when it holds fewer
-///         different values than classes: each of them then is a class. O(n + r log r) for r different values.
-bool quantiles(const QVector<double> &sorted, int classes, QMap<int, QPair<double, double>> &result);
+/// @return false, with no classes, when the list is not ascending or `classes` is below 1; false
+/// also when it holds fewer
+///         different values than classes: each of them then is a class. O(n + r log r) for r
+///         different values.
+bool quantiles(const QVector<double> &sorted, int classes,
+               QMap<int, QPair<double, double>> &result);
 /// The same for a list told by its runs.
-bool quantiles(const datainterface::ValueRuns &sorted, int classes, QMap<int, QPair<double, double>> &result);
+bool quantiles(const datainterface::ValueRuns &sorted, int classes,
+               QMap<int, QPair<double, double>> &result);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// A sorted list told as its different values and how often each stands in it: tables of values hold them so, and a list
-/// of billions takes no more room than its different values.
+/// A sorted list told as its different values and how often each stands in it: tables of values
+/// hold them so, and a list of billions takes no more room than its different values.
 #pragma once
 #include <QVector>
 #include <vector>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// In memory a series of numbers begins as its image, whose bytes it shares with the block store, and is searched there;
-// the entries are decoded when somebody needs them whole.
+// In memory a series of numbers begins as its image, whose bytes it shares with the block store,
+// and is searched there; the entries are decoded when somebody needs them whole.
 #include <algorithm>
 #include "Common/detail/failure.h"
 #include "containers/pagedContainer.h"
@@ -25,8 +25,14 @@ public:
     QByteArray encode() { return mImage.isEmpty() ? SeriesImage<T>::encode(mEntries) : mImage; }
 
     int count() const { return mIsDecoded ? mEntries.size() : SeriesImage<T>::count(mImage); }
-    Entry entry(int index) const { return mIsDecoded ? mEntries.at(index) : SeriesImage<T>::entry(mImage, index); }
-    TimeStamp stamp(int index) const { return mIsDecoded ? mEntries.at(index).stamp : entry(index).stamp; }
+    Entry entry(int index) const
+    {
+        return mIsDecoded ? mEntries.at(index) : SeriesImage<T>::entry(mImage, index);
+    }
+    TimeStamp stamp(int index) const
+    {
+        return mIsDecoded ? mEntries.at(index).stamp : entry(index).stamp;
+    }
     QVector<Entry> &entries()
     {
         if (!mIsDecoded) {
@@ -71,10 +77,13 @@ template <class T> QVector<TimeSeriesEntry<T>> entriesOf(const QMap<TimeStamp, T
 
 } // namespace
 
-template <class T> TimeSeriesData<T>::TimeSeriesData() : TimeSeriesData(QVector<Entry>()) {}
+template <class T> TimeSeriesData<T>::TimeSeriesData() : TimeSeriesData(QVector<Entry>())
+{
+}
 
 template <class T>
-TimeSeriesData<T>::TimeSeriesData(const QMap<TimeStamp, T> &values) : TimeSeriesData(entriesOf(values))
+TimeSeriesData<T>::TimeSeriesData(const QMap<TimeStamp, T> &values)
+    : TimeSeriesData(entriesOf(values))
 {
 }
 
@@ -85,9 +94,13 @@ TimeSeriesData<T>::TimeSeriesData(const QVector<Entry> &entries) : TimeSeriesDat
     this->PageOut();
 }
 
-template <class T> TimeSeriesData<T>::TimeSeriesData(int blockId) : PagedContainer<TimeSeriesData>(blockId) {}
+template <class T>
+TimeSeriesData<T>::TimeSeriesData(int blockId) : PagedContainer<TimeSeriesData>(blockId)
+{
+}
 
-template <class T> TimeSeriesData<T>::TimeSeriesData(const TimeSeriesData &other) : TimeSeriesData(-1)
+template <class T>
+TimeSeriesData<T>::TimeSeriesData(const TimeSeriesData &other) : TimeSeriesData(-1)
 {
     const CheckedOut<TimeSeriesData> hold(other);
     mContent = std::make_unique<Content>(*other.mContent);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// A slice in memory. It begins as its image, whose bytes it shares with the block store: one value read costs one value.
-/// Values and missing ids are decoded apart, each when somebody first needs them whole, and both before a change.
+/// A slice in memory. It begins as its image, whose bytes it shares with the block store: one value
+/// read costs one value. Values and missing ids are decoded apart, each when somebody first needs
+/// them whole, and both before a change.
 #pragma once
 #include <QBitArray>
 #include "Common/detail/failure.h"
@@ -27,7 +28,8 @@ public:
     {
         datainterface::require(datainterface::isRaw<T> || count() > 0, "empty dataset");
         const bool isUntouched = !mHasValues && !mHasMissing && !mImage.bytes().isEmpty();
-        return isUntouched ? mImage.bytes() : datainterface::SliceImage<T>::encode(values(), missing());
+        return isUntouched ? mImage.bytes()
+                           : datainterface::SliceImage<T>::encode(values(), missing());
     }
 
     int count() const { return mHasValues ? mValues.size() : mImage.count(); }
@@ -47,7 +49,8 @@ public:
             return false;
         if (mMissingBits.isEmpty())
             mMissingBits = mImage.missingBits();
-        return object >= 0 && object < mMissingBits.size() ? mMissingBits.testBit(object) : mImage.isMissing(object);
+        return object >= 0 && object < mMissingBits.size() ? mMissingBits.testBit(object)
+                                                           : mImage.isMissing(object);
     }
     const T *data()
     {
@@ -78,6 +81,6 @@ private:
     QVector<T> mValues;
     QSet<int> mMissing;
     mutable QBitArray mMissingBits; ///< by object; empty until they are asked for
-    bool mHasValues = false; ///< else they are in the image
+    bool mHasValues = false;        ///< else they are in the image
     bool mHasMissing = false;
 };

@@ -7,13 +7,17 @@
 using namespace datainterface;
 
 template <class T>
-TimeSliceData<T>::TimeSliceData(const QVector<T> &values, const QSet<int> &missing) : TimeSliceData(-1)
+TimeSliceData<T>::TimeSliceData(const QVector<T> &values, const QSet<int> &missing)
+    : TimeSliceData(-1)
 {
     mContent = std::make_unique<Content>(values, missing);
     this->PageOut();
 }
 
-template <class T> TimeSliceData<T>::TimeSliceData(int blockId) : PagedContainer<TimeSliceData>(blockId) {}
+template <class T>
+TimeSliceData<T>::TimeSliceData(int blockId) : PagedContainer<TimeSliceData>(blockId)
+{
+}
 
 template <class T> TimeSliceData<T>::TimeSliceData(const TimeSliceData &other) : TimeSliceData(-1)
 {
@@ -155,8 +159,8 @@ template <class T> const QSet<int> &TimeSliceData<T>::MissingIds() const
     return mContent->missing();
 }
 
-// Inside an operation: whether somebody else has the slice checked out. He will ask again, and what is decoded for one
-// question serves the next.
+// Inside an operation: whether somebody else has the slice checked out. He will ask again, and what
+// is decoded for one question serves the next.
 template <class T> bool TimeSliceData<T>::IsHeld() const
 {
     return this->mCheckOutCount > 1;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Reading and writing the fields of a block image by pointer, without a stream's cost for every element.
+/// Reading and writing the fields of a block image by pointer, without a stream's cost for every
+/// element.
 #pragma once
 #include <QByteArray>
 #include <QString>
@@ -33,7 +34,8 @@ public:
         return from ? qFromBigEndian<T>(from) : T(0);
     }
 
-    /// A count of elements of at least `minElementBytes` each; 0, and no longer ok, when they cannot all be there.
+    /// A count of elements of at least `minElementBytes` each; 0, and no longer ok, when they
+    /// cannot all be there.
     int count(qint64 minElementBytes)
     {
         const auto n = integer<qint32>();

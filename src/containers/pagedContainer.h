@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// Between block and memory: what a slice and a series do alike. Their Content restores itself from an image, and raises
-/// what is to be said of one that cannot be read; it encodes itself, and raises what may not be stored.
+/// Between block and memory: what a slice and a series do alike. Their Content restores itself from
+/// an image, and raises what is to be said of one that cannot be read; it encodes itself, and
+/// raises what may not be stored.
 #pragma once
 #include "Common/DataManager.h"
 #include "datainterface/DataBlocks.h"

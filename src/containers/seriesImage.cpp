@@ -24,11 +24,13 @@ template <class T> constexpr qint64 minEntryBytes()
 template <class T> constexpr bool liesAsWritten()
 {
     using Entry = TimeSeriesEntry<T>;
-    return std::is_trivially_copyable_v<Entry> && sizeof(Entry) == kEntryBytes && offsetof(Entry, value) == kValueAt
-        && offsetof(TimeStamp, startTime) == 0 && offsetof(TimeStamp, endTime) == 8
-        && offsetof(TimeStamp, inclusiveStart) == kFlagsAt && offsetof(TimeStamp, inclusiveEnd) == kFlagsAt + 1;
+    return std::is_trivially_copyable_v<Entry> && sizeof(Entry) == kEntryBytes
+           && offsetof(Entry, value) == kValueAt && offsetof(TimeStamp, startTime) == 0
+           && offsetof(TimeStamp, endTime) == 8 && offsetof(TimeStamp, inclusiveStart) == kFlagsAt
+           && offsetof(TimeStamp, inclusiveEnd) == kFlagsAt + 1;
 }
-static_assert(liesAsWritten<int>() && liesAsWritten<double>(), "entries are written as they lie in memory");
+static_assert(liesAsWritten<int>() && liesAsWritten<double>(),
+              "entries are written as they lie in memory");
 
 // A flag byte of a foreign image may hold anything; a bool may not.
 void settleFlags(void *entry)
@@ -73,7 +75,8 @@ template <class T> bool SeriesImage<T>::decode(const QByteArray &image, QVector<
     if constexpr (isRawEntry<T>) {
         const qint64 bytes = entries.size() * kEntryBytes;
         if (bytes > 0)
-            std::memcpy(static_cast<void *>(entries.data()), in.take(bytes), static_cast<size_t>(bytes));
+            std::memcpy(static_cast<void *>(entries.data()), in.take(bytes),
+                        static_cast<size_t>(bytes));
         for (Entry &entry : entries)
             settleFlags(&entry);
     } else {
@@ -114,7 +117,8 @@ template <class T> TimeSeriesEntry<T> SeriesImage<T>::entry(const QByteArray &im
 {
     Entry result;
     if constexpr (isRawEntry<T>) {
-        std::memcpy(static_cast<void *>(&result), image.constData() + kHeadBytes + index * kEntryBytes, kEntryBytes);
+        std::memcpy(static_cast<void *>(&result),
+                    image.constData() + kHeadBytes + index * kEntryBytes, kEntryBytes);
         settleFlags(&result);
     }
     return result;

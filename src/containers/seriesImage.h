@@ -4,8 +4,8 @@
 ///   of numbers   int32 n, n entries raw, 32 bytes each
 ///   of strings   int32 n, n times: int64 start, int64 end, int32 and int32 inclusive flags, text
 ///
-/// A raw entry is little-endian memory: start, end, two flag bytes, six zero bytes, and eight bytes of value, an int in
-/// the first four of them. All else is as in a slice's image.
+/// A raw entry is little-endian memory: start, end, two flag bytes, six zero bytes, and eight bytes
+/// of value, an int in the first four of them. All else is as in a slice's image.
 #pragma once
 #include <QByteArray>
 #include <QVector>

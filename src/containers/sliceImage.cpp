@@ -79,7 +79,8 @@ template <class T> bool SliceImage<T>::assign(const QByteArray &bytes)
     return true;
 }
 
-template <class T> QByteArray SliceImage<T>::encode(const QVector<T> &values, const QSet<int> &missing)
+template <class T>
+QByteArray SliceImage<T>::encode(const QVector<T> &values, const QSet<int> &missing)
 {
     return encodeSlice(values, missing);
 }
@@ -88,7 +89,8 @@ template <class T> T SliceImage<T>::value(int object) const
 {
     if constexpr (isRaw<T>) {
         T value;
-        std::memcpy(&value, mBytes.constData() + kHeadBytes + object * qint64(sizeof(T)), sizeof(T));
+        std::memcpy(&value, mBytes.constData() + kHeadBytes + object * qint64(sizeof(T)),
+                    sizeof(T));
         return value;
     } else {
         ImageReader in(mBytes, kHeadBytes);

@@ -4,8 +4,8 @@
 ///   of numbers   int32 n, n numbers raw, int32 m, m missing ids as int32
 ///   of strings   int32 n, n texts, int32 m, m missing ids as int32
 ///
-/// Integers are big-endian; "raw" is the machine's little-endian memory in one copy. A text is its length in bytes
-/// (0xFFFFFFFF: null) and UTF-16, big-endian.
+/// Integers are big-endian; "raw" is the machine's little-endian memory in one copy. A text is its
+/// length in bytes (0xFFFFFFFF: null) and UTF-16, big-endian.
 #pragma once
 #include <QBitArray>
 #include <QByteArray>
@@ -20,10 +20,12 @@ namespace datainterface {
 /// Whether values lie in an image as they lie in memory.
 template <class T> constexpr bool isRaw = std::is_arithmetic_v<T>;
 
-/// A slice's image, read in place. It shares its bytes with the block store. T is int, double or QString.
+/// A slice's image, read in place. It shares its bytes with the block store. T is int, double or
+/// QString.
 template <class T> class SliceImage {
 public:
-    /// False, and empty, when the image is cut short or a count is impossible. Strings are walked once.
+    /// False, and empty, when the image is cut short or a count is impossible. Strings are walked
+    /// once.
     bool assign(const QByteArray &bytes);
     /// Missing ids are written in ascending order. Raises "size" beyond what one array holds.
     static QByteArray encode(const QVector<T> &values, const QSet<int> &missing);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The image is count, values, missing count, missing ids (see sliceImage.h). With both counts known, the place of the
-// value and that of the ids are known, and a slice without missing objects is read in one step.
+// The image is count, values, missing count, missing ids (see sliceImage.h). With both counts
+// known, the place of the value and that of the ids are known, and a slice without missing objects
+// is read in one step.
 #include "containers/slicePeek.h"
 #include <QtEndian>
 #include <algorithm>
@@ -40,7 +41,8 @@ private:
 
 template <class T> qint64 sizeOf(const SliceShape &shape)
 {
-    return placeOfValue<T>(0) + qint64(shape.count) * qint64(sizeof(T)) + kCountBytes + qint64(shape.missingCount) * 4;
+    return placeOfValue<T>(0) + qint64(shape.count) * qint64(sizeof(T)) + kCountBytes
+           + qint64(shape.missingCount) * 4;
 }
 
 template <class T> int placeOfIds(const SliceShape &shape)
@@ -88,7 +90,8 @@ const char *readIds(const BlockPieces &block, int place, int count, IdBuffer &bu
     return isShort ? block.at(place, 4 * count, buffer.data()) : nullptr;
 }
 
-// False for an image that is not exactly what its counts say, and for one whose bytes are not to be had.
+// False for an image that is not exactly what its counts say, and for one whose bytes are not to be
+// had.
 template <class T> bool findShape(const BlockPieces &block, int size, SliceShape &shape)
 {
     std::array<char, kCountBytes> buffer;
@@ -127,8 +130,9 @@ Peek peekValue(const BlockReading &store, int blockId, SliceShape &shape, int ob
         return Peek::NoValue;
     if (shape.missingCount > 0) {
         IdBuffer buffer;
-        const char *ids =
-            shape.idsAscend ? readIds(block, placeOfIds<T>(shape), shape.missingCount, buffer) : nullptr;
+        const char *ids = shape.idsAscend
+                              ? readIds(block, placeOfIds<T>(shape), shape.missingCount, buffer)
+                              : nullptr;
         if (!ids)
             return Peek::Unknown;
         if (MissingList(ids, shape.missingCount).holds(object))

@@ -21,9 +21,12 @@ MDataset::MDataset(MDataSource *source, const QString &directory) : mScratchDire
     forwardSignalsTo(source);
 }
 
-MDataset::MDataset(MDataSource *source, int id, DataType type, const QString &name, const QString &path,
-                   int realizationCount)
-    : mId(id), mDataType(type), mRealizationCount(qMax(realizationCount, 0)), mStatistics(mRealizationCount)
+MDataset::MDataset(MDataSource *source, int id, DataType type, const QString &name,
+                   const QString &path, int realizationCount)
+    : mId(id),
+      mDataType(type),
+      mRealizationCount(qMax(realizationCount, 0)),
+      mStatistics(mRealizationCount)
 {
     forwardSignalsTo(source);
     SetDisplayName(name);
@@ -37,9 +40,12 @@ void MDataset::forwardSignalsTo(MDataSource *source)
 {
     if (!source)
         return;
-    connect(this, &MDataset::VariogramModelAddedSignal, source, &MDataSource::VariogramModelAddedSignal);
-    connect(this, &MDataset::VariogramModelRemovedSignal, source, &MDataSource::VariogramModelRemovedSignal);
-    connect(this, &MDataset::VariogramModelChangedSignal, source, &MDataSource::VariogramModelChangedSignal);
+    connect(this, &MDataset::VariogramModelAddedSignal, source,
+            &MDataSource::VariogramModelAddedSignal);
+    connect(this, &MDataset::VariogramModelRemovedSignal, source,
+            &MDataSource::VariogramModelRemovedSignal);
+    connect(this, &MDataset::VariogramModelChangedSignal, source,
+            &MDataSource::VariogramModelChangedSignal);
 }
 
 DatasetProps MDataset::GetProperties(const MGeoData *geography)
@@ -141,13 +147,15 @@ void MDataset::invalidateStatistics(int realization)
         mStatistics[realization].whole.meanValid = false;
 }
 
-// The map is ordered by wholly-before, so that any key that overlaps the instant compares equal to it.
+// The map is ordered by wholly-before, so that any key that overlaps the instant compares equal to
+// it.
 bool MDataset::GetDataSetStats(int realization, qint64 time, DataSetStats &stats) const
 {
     const TimeStamp instant(timeOf(time));
     if (!hasStatistics(realization))
         return false;
-    if (!mStatistics.at(realization).perTime.contains(instant) && !CalcMinMaxMean(realization, timeOf(time)))
+    if (!mStatistics.at(realization).perTime.contains(instant)
+        && !CalcMinMaxMean(realization, timeOf(time)))
         return false;
     const auto &perTime = mStatistics.at(realization).perTime;
     const auto found = perTime.constFind(instant);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The text of a hierarchy path: "/" and a name, or "/<" id ">" for a numbered level. "//" is a slash inside a name, and
-// a name that begins with "<" gets a second one, which reading keeps: such a name grows at each round trip through
-// text, and stored paths rely on the form.
-#include "Common/detail/failure.h"
+// The text of a hierarchy path: "/" and a name, or "/<" id ">" for a numbered level. "//" is a
+// slash inside a name, and a name that begins with "<" gets a second one, which reading keeps: such
+// a name grows at each round trip through text, and stored paths rely on the form.
 #include "datainterface/MDataset.h"
+#include "Common/detail/failure.h"
 
 namespace {
 

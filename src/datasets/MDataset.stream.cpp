@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The part of a dataset's stream form that both kinds share. Numbers are big-endian; maps stand as a count and their
-// pairs from the last key to the first.
+// The part of a dataset's stream form that both kinds share. Numbers are big-endian; maps stand as
+// a count and their pairs from the last key to the first.
 //
 //   int32 kind, int32 id, int32 data type, int8 static, metadata, time bounds (24 bytes),
 //   path: int32 count of (name, int32 id); int32 realizations;
-//   statistics: int32 count of (map of TimeStamp to record, record); int32 next model id; map of int32 to model
-#include "Common/detail/streams.h"
+//   statistics: int32 count of (map of TimeStamp to record, record); int32 next model id; map of
+//   int32 to model
 #include "datainterface/MDataset.h"
+#include "Common/detail/streams.h"
 #include "datainterface/VersionAPI.h"
 
 using datainterface::read;
@@ -39,21 +40,30 @@ DataType dataTypeFrom(qint32 code, int version)
     if (version >= kNewTypeCodes)
         return static_cast<DataType>(code);
     switch (code) {
-    case 16: return RasterDecimalType;
-    case 32: return RasterIntegerType;
-    case 64: return RasterCellType;
-    case 128: return RasterColorType;
-    default: return static_cast<DataType>(code);
+    case 16:
+        return RasterDecimalType;
+    case 32:
+        return RasterIntegerType;
+    case 64:
+        return RasterCellType;
+    case 128:
+        return RasterColorType;
+    default:
+        return static_cast<DataType>(code);
     }
 }
 
 QVariant variantFrom(const MDatum &value)
 {
     switch (value.type()) {
-    case MDatum::Integer: return static_cast<int>(value.integerValue());
-    case MDatum::Decimal: return value.decimalValue();
-    case MDatum::String: return QString::fromLatin1(value.charstr());
-    default: return QVariant();
+    case MDatum::Integer:
+        return static_cast<int>(value.integerValue());
+    case MDatum::Decimal:
+        return value.decimalValue();
+    case MDatum::String:
+        return QString::fromLatin1(value.charstr());
+    default:
+        return QVariant();
     }
 }
 
@@ -98,10 +108,10 @@ QDataStream &operator>>(QDataStream &in, MDataset::pathLevel &level)
 
 bool MDataset::SaveToStream(QDataStream &out)
 {
-    out << static_cast<qint32>(mDatasetKind) << static_cast<qint32>(mId) << static_cast<qint32>(mDataType)
-        << static_cast<qint8>(mIsStatic) << mMetaData << mTimeBounds << mHierarchyPath
-        << static_cast<qint32>(mRealizationCount) << mStatistics << static_cast<qint32>(mNextVariogramId)
-        << mVariogramModels;
+    out << static_cast<qint32>(mDatasetKind) << static_cast<qint32>(mId)
+        << static_cast<qint32>(mDataType) << static_cast<qint8>(mIsStatic) << mMetaData
+        << mTimeBounds << mHierarchyPath << static_cast<qint32>(mRealizationCount) << mStatistics
+        << static_cast<qint32>(mNextVariogramId) << mVariogramModels;
     return true;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "datainterface/MDataset.h"
 #include "Common/detail/failure.h"
 #include "datainterface/MDataSource.h"
-#include "datainterface/MDataset.h"
 
 QList<int> MDataset::GetVariogramModelIds() const
 {

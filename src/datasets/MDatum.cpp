@@ -45,10 +45,14 @@ bool equals(double a, double b)
 double MDatum::toDouble() const
 {
     switch (mType) {
-    case Integer: return static_cast<double>(mInteger);
-    case Decimal: return mDecimal;
-    case String: return mText.toDouble(); // the C locale
-    default: return std::numeric_limits<double>::quiet_NaN();
+    case Integer:
+        return static_cast<double>(mInteger);
+    case Decimal:
+        return mDecimal;
+    case String:
+        return mText.toDouble(); // the C locale
+    default:
+        return std::numeric_limits<double>::quiet_NaN();
     }
 }
 
@@ -57,10 +61,14 @@ bool MDatum::operator<(const MDatum &other) const
     if (mType != other.mType)
         return mType < other.mType;
     switch (mType) {
-    case Integer: return mInteger < other.mInteger;
-    case Decimal: return precedes(mDecimal, other.mDecimal);
-    case String: return mText < other.mText;
-    default: return false;
+    case Integer:
+        return mInteger < other.mInteger;
+    case Decimal:
+        return precedes(mDecimal, other.mDecimal);
+    case String:
+        return mText < other.mText;
+    default:
+        return false;
     }
 }
 
@@ -69,28 +77,36 @@ bool MDatum::operator==(const MDatum &other) const
     if (mType != other.mType)
         return false;
     switch (mType) {
-    case Integer: return mInteger == other.mInteger;
-    case Decimal: return equals(mDecimal, other.mDecimal);
-    case String: return mText == other.mText;
-    default: return true;
+    case Integer:
+        return mInteger == other.mInteger;
+    case Decimal:
+        return equals(mDecimal, other.mDecimal);
+    case String:
+        return mText == other.mText;
+    default:
+        return true;
     }
 }
 
 uint qHash(const MDatum &value, uint seed)
 {
     switch (value.mType) {
-    case MDatum::Integer: return ::qHash(value.mInteger, seed);
+    case MDatum::Integer:
+        return ::qHash(value.mInteger, seed);
     case MDatum::Decimal:
-        return std::isnan(value.mDecimal) ? ~seed : ::qHash(value.mDecimal, seed); // all NaNs are equal
-    case MDatum::String: return ::qHash(value.mText, seed);
-    default: return ::qHash(value.mType, seed);
+        return std::isnan(value.mDecimal) ? ~seed
+                                          : ::qHash(value.mDecimal, seed); // all NaNs are equal
+    case MDatum::String:
+        return ::qHash(value.mText, seed);
+    default:
+        return ::qHash(value.mType, seed);
     }
 }
 
 QDataStream &operator<<(QDataStream &out, const MDatum &value)
 {
-    return out << qint32(value.mType) << qint8(value.mFlag) << qint64(value.mInteger) << value.mDecimal
-               << value.mText;
+    return out << qint32(value.mType) << qint8(value.mFlag) << qint64(value.mInteger)
+               << value.mDecimal << value.mText;
 }
 
 QDataStream &operator>>(QDataStream &in, MDatum &value)
@@ -102,7 +118,8 @@ QDataStream &operator>>(QDataStream &in, MDatum &value)
     if (version < kFirstSingleValues) {
         readFirst<qint64>(in, 8, [&value](qint64 first) { value.mInteger = first; });
         readFirst<double>(in, 8, [&value](double first) { value.mDecimal = first; });
-        readFirst<QString>(in, 4, [&value](const QString &first) { value.mText = first.toLatin1(); });
+        readFirst<QString>(in, 4,
+                           [&value](const QString &first) { value.mText = first.toLatin1(); });
         return in;
     }
     in >> value.mInteger >> value.mDecimal;

@@ -19,7 +19,8 @@ template const TimeSeriesData<QString> *MVectorDataset::seriesOf(int, int) const
 
 namespace {
 
-/// Deletes the containers of `map` that `kept` does not hold: a host may hand a map back that it was given.
+/// Deletes the containers of `map` that `kept` does not hold: a host may hand a map back that it
+/// was given.
 template <class Map> void replaceContainers(Map &map, const Map &kept)
 {
     const auto stays = kept.values();
@@ -33,15 +34,18 @@ template <class Map> void replaceContainers(Map &map, const Map &kept)
 
 template <class Map> bool areThere(const Map &map)
 {
-    return std::none_of(map.begin(), map.end(), [](const auto *container) { return container == nullptr; });
+    return std::none_of(map.begin(), map.end(),
+                        [](const auto *container) { return container == nullptr; });
 }
 
-template <class T> const QMap<TimeStamp, TimeSliceData<T> *> *slicesIn(const MVectorDataRealization *realization)
+template <class T>
+const QMap<TimeStamp, TimeSliceData<T> *> *slicesIn(const MVectorDataRealization *realization)
 {
     return realization ? &realization->slicesOf<T>() : nullptr;
 }
 
-template <class T> const QMap<int, TimeSeriesData<T> *> *seriesIn(const MVectorDataRealization *realization)
+template <class T>
+const QMap<int, TimeSeriesData<T> *> *seriesIn(const MVectorDataRealization *realization)
 {
     return realization ? &realization->seriesOf<T>() : nullptr;
 }
@@ -80,10 +84,12 @@ template <class T> bool MVectorDataset::takeSlices(int realization, const SliceM
     return true;
 }
 
-template <class T> bool MVectorDataset::takeSeries(int id, int realization, TimeSeriesData<T> *series)
+template <class T>
+bool MVectorDataset::takeSeries(int id, int realization, TimeSeriesData<T> *series)
 {
     MVectorDataRealization *target = realizationAt(realization);
-    if (isSliced() || mIsStatic || !target || mDataType != typeCode<T>() || !holdsObject(id) || !series)
+    if (isSliced() || mIsStatic || !target || mDataType != typeCode<T>() || !holdsObject(id)
+        || !series)
         return false;
     const QList<TimeStamp> intervals = series->GetIntervals();
     auto &slot = target->seriesOf<T>()[id];
@@ -132,42 +138,50 @@ const MVectorDataset::SliceMap<int> *MVectorDataset::GetTimeSliceIntegerData(int
     return slicesIn<int>(realizationAt(realization));
 }
 
-const MVectorDataset::SliceMap<double> *MVectorDataset::GetTimeSliceDecimalData(int realization) const
+const MVectorDataset::SliceMap<double> *
+MVectorDataset::GetTimeSliceDecimalData(int realization) const
 {
     return slicesIn<double>(realizationAt(realization));
 }
 
-const MVectorDataset::SliceMap<QString> *MVectorDataset::GetTimeSliceStringData(int realization) const
+const MVectorDataset::SliceMap<QString> *
+MVectorDataset::GetTimeSliceStringData(int realization) const
 {
     return slicesIn<QString>(realizationAt(realization));
 }
 
-const MVectorDataset::SeriesMap<int> *MVectorDataset::GetTimeSeriesIntegerData(int realization) const
+const MVectorDataset::SeriesMap<int> *
+MVectorDataset::GetTimeSeriesIntegerData(int realization) const
 {
     return seriesIn<int>(realizationAt(realization));
 }
 
-const MVectorDataset::SeriesMap<double> *MVectorDataset::GetTimeSeriesDecimalData(int realization) const
+const MVectorDataset::SeriesMap<double> *
+MVectorDataset::GetTimeSeriesDecimalData(int realization) const
 {
     return seriesIn<double>(realizationAt(realization));
 }
 
-const MVectorDataset::SeriesMap<QString> *MVectorDataset::GetTimeSeriesStringData(int realization) const
+const MVectorDataset::SeriesMap<QString> *
+MVectorDataset::GetTimeSeriesStringData(int realization) const
 {
     return seriesIn<QString>(realizationAt(realization));
 }
 
-bool MVectorDataset::GetTimeSliceData(int realization, qint64 time, const TimeSliceData<int> *&slice) const
+bool MVectorDataset::GetTimeSliceData(int realization, qint64 time,
+                                      const TimeSliceData<int> *&slice) const
 {
     return findSlice(realization, time, slice);
 }
 
-bool MVectorDataset::GetTimeSliceData(int realization, qint64 time, const TimeSliceData<double> *&slice) const
+bool MVectorDataset::GetTimeSliceData(int realization, qint64 time,
+                                      const TimeSliceData<double> *&slice) const
 {
     return findSlice(realization, time, slice);
 }
 
-bool MVectorDataset::GetTimeSliceData(int realization, qint64 time, const TimeSliceData<QString> *&slice) const
+bool MVectorDataset::GetTimeSliceData(int realization, qint64 time,
+                                      const TimeSliceData<QString> *&slice) const
 {
     return findSlice(realization, time, slice);
 }
@@ -192,12 +206,14 @@ bool MVectorDataset::SetTimeSeriesData(int id, int realization, TimeSeriesData<i
     return takeSeries(id, realization, series);
 }
 
-bool MVectorDataset::SetTimeSeriesData(int id, int realization, TimeSeriesData<double> *series, bool)
+bool MVectorDataset::SetTimeSeriesData(int id, int realization, TimeSeriesData<double> *series,
+                                       bool)
 {
     return takeSeries(id, realization, series);
 }
 
-bool MVectorDataset::SetTimeSeriesData(int id, int realization, TimeSeriesData<QString> *series, bool)
+bool MVectorDataset::SetTimeSeriesData(int id, int realization, TimeSeriesData<QString> *series,
+                                       bool)
 {
     return takeSeries(id, realization, series);
 }
@@ -216,17 +232,20 @@ template <class T, class Take> bool giveSeries(const QMap<TimeStamp, T> &values,
 
 } // namespace
 
-bool MVectorDataset::SetTimeSeriesData(int id, int realization, const QMap<TimeStamp, int> &values, bool)
+bool MVectorDataset::SetTimeSeriesData(int id, int realization, const QMap<TimeStamp, int> &values,
+                                       bool)
 {
     return giveSeries(values, [&](auto *series) { return takeSeries(id, realization, series); });
 }
 
-bool MVectorDataset::SetTimeSeriesData(int id, int realization, const QMap<TimeStamp, double> &values, bool)
+bool MVectorDataset::SetTimeSeriesData(int id, int realization,
+                                       const QMap<TimeStamp, double> &values, bool)
 {
     return giveSeries(values, [&](auto *series) { return takeSeries(id, realization, series); });
 }
 
-bool MVectorDataset::SetTimeSeriesData(int id, int realization, const QMap<TimeStamp, QString> &values, bool)
+bool MVectorDataset::SetTimeSeriesData(int id, int realization,
+                                       const QMap<TimeStamp, QString> &values, bool)
 {
     return giveSeries(values, [&](auto *series) { return takeSeries(id, realization, series); });
 }

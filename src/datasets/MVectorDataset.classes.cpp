@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Legends and shapes of a distribution. Classes come from the frequency table: they need no pass over the values.
+// Legends and shapes of a distribution. Classes come from the frequency table: they need no pass
+// over the values.
 #include "datainterface/DatasetProps.h"
 #include "datasets/elementTypes.h"
 #include "datasets/intervalBreaks.h"
@@ -22,7 +23,8 @@ QVector<double> MVectorDataset::sortedValues() const
     return values;
 }
 
-QList<double> MVectorDataset::GetIntervalBreaks(int, int breakCount, MDataset::ClassificationType classification,
+QList<double> MVectorDataset::GetIntervalBreaks(int, int breakCount,
+                                                MDataset::ClassificationType classification,
                                                 bool showProgress)
 {
     return intervalBreaks(breakCount, runsOf(sortedValues()), classification, showProgress);

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // A dataset's values in another type, container by container: only one of either dataset is in
 // memory at a time.
+#include "datainterface/MVectorDataset.h"
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
 #include "Common/detail/failure.h"
-#include "datainterface/MVectorDataset.h"
 #include "datainterface/VORN_Progress.h"
 #include "datasets/dataContainer.elements.h"
 #include "datasets/datasetCopies.h"

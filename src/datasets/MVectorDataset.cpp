@@ -43,15 +43,19 @@ template <class Map> void checkInAll(const Map &map)
 
 } // namespace
 
-MVectorDataset::MVectorDataset(MDataSource *source, const QString &directory) : MDataset(source, directory)
+MVectorDataset::MVectorDataset(MDataSource *source, const QString &directory)
+    : MDataset(source, directory)
 {
     mDatasetKind = kVectorKind;
     SetMetaData(QStringLiteral("Creation date"), now());
 }
 
-MVectorDataset::MVectorDataset(MDataSource *source, StorageType storage, int id, DataType type, const QString &name,
-                               const QString &path, int realizationCount, int objectCount)
-    : MDataset(source, id, type, name, path, realizationCount), mObjectCount(objectCount), mStorageType(storage)
+MVectorDataset::MVectorDataset(MDataSource *source, StorageType storage, int id, DataType type,
+                               const QString &name, const QString &path, int realizationCount,
+                               int objectCount)
+    : MDataset(source, id, type, name, path, realizationCount),
+      mObjectCount(objectCount),
+      mStorageType(storage)
 {
     mDatasetKind = kVectorKind;
     SetMetaData(QStringLiteral("Creation date"), now());
@@ -59,8 +63,8 @@ MVectorDataset::MVectorDataset(MDataSource *source, StorageType storage, int id,
         mRealizationData.insert(i, MVectorDataRealization());
 }
 
-// Every map, not the one in use alone: a single value of another kind than the dataset's lies in the map of its kind,
-// and a load that failed may have left the type unset.
+// Every map, not the one in use alone: a single value of another kind than the dataset's lies in
+// the map of its kind, and a load that failed may have left the type unset.
 MVectorDataset::~MVectorDataset()
 {
     for (MVectorDataRealization &realization : realizationsToChange()) {
@@ -113,8 +117,9 @@ void MVectorDataset::dataChanged(int realization)
 bool MVectorDataset::CheckOutRealization(int realization, int) const
 {
     const MVectorDataRealization *found = realizationAt(realization);
-    return found
-        && visitContainers(*found, mDataType, mStorageType, [](const auto &map) { return checkOutAll(map); });
+    return found && visitContainers(*found, mDataType, mStorageType, [](const auto &map) {
+               return checkOutAll(map);
+           });
 }
 
 bool MVectorDataset::CheckInRealization(int realization, int) const
@@ -127,22 +132,22 @@ bool MVectorDataset::CheckInRealization(int realization, int) const
 bool MVectorDataset::CheckOutTimeSlice(int realization, qint64 time, int) const
 {
     return isSliced() && visitElement(mDataType, [&](auto element) {
-        const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
-        if (slice)
-            slice->CheckOut();
-        return slice != nullptr;
-    });
+               const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
+               if (slice)
+                   slice->CheckOut();
+               return slice != nullptr;
+           });
 }
 
 bool MVectorDataset::CheckInTimeSlice(int realization, qint64 time, int) const
 {
     knownRealization(realization);
     return isSliced() && visitElement(mDataType, [&](auto element) {
-        const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
-        if (slice && slice->CheckOutCount() > 0)
-            slice->CheckIn();
-        return slice != nullptr;
-    });
+               const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
+               if (slice && slice->CheckOutCount() > 0)
+                   slice->CheckIn();
+               return slice != nullptr;
+           });
 }
 
 bool MVectorDataset::CheckOutTimeSeries(int realization, int id, int) const
@@ -191,7 +196,8 @@ template <class T> void MVectorDataset::makeStatic(MVectorDataRealization &reali
         return;
     }
     auto &slices = realization.slicesOf<T>();
-    TimeSliceData<T> *earliest = mIsStatic && !slices.isEmpty() ? slices.take(slices.firstKey()) : nullptr;
+    TimeSliceData<T> *earliest =
+        mIsStatic && !slices.isEmpty() ? slices.take(slices.firstKey()) : nullptr;
     qDeleteAll(slices);
     slices.clear();
     if (earliest)
@@ -213,7 +219,8 @@ void MVectorDataset::SetStatic(bool isStatic)
     mTimeBounds = kStaticStamp;
 }
 
-// Series of objects that shrinking cuts off stay in the map: files hold such series, and CleanPre201044Data knows them.
+// Series of objects that shrinking cuts off stay in the map: files hold such series, and
+// CleanPre201044Data knows them.
 bool MVectorDataset::Resize(int objectCount)
 {
     if (objectCount < 0)
@@ -229,7 +236,8 @@ bool MVectorDataset::Resize(int objectCount)
     return true;
 }
 
-template <class T> void MVectorDataset::removeObjects(MVectorDataRealization &realization, const QVector<int> &ids)
+template <class T>
+void MVectorDataset::removeObjects(MVectorDataRealization &realization, const QVector<int> &ids)
 {
     const QSet<int> removed(ids.begin(), ids.end());
     for (TimeSliceData<T> *slice : realization.slicesOf<T>())
@@ -252,18 +260,21 @@ template <class T> void MVectorDataset::removeObjects(MVectorDataRealization &re
 void MVectorDataset::RemoveObjects(const QSet<int> &ids)
 {
     QVector<int> sorted;
-    std::copy_if(ids.begin(), ids.end(), std::back_inserter(sorted), [this](int id) { return holdsObject(id); });
+    std::copy_if(ids.begin(), ids.end(), std::back_inserter(sorted),
+                 [this](int id) { return holdsObject(id); });
     std::sort(sorted.begin(), sorted.end());
     visitElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
         for (const MVectorDataRealization &realization : qAsConst(mRealizationData)) {
             for (const int id : sorted) {
-                const TimeSeriesData<T> *series = realization.template seriesOf<T>().value(id, nullptr);
+                const TimeSeriesData<T> *series =
+                    realization.template seriesOf<T>().value(id, nullptr);
                 require(!series || series->CheckOutCount() == 0, "Time series still in use");
             }
         }
         auto &realizations = realizationsToChange();
-        for (auto realization = realizations.begin(); realization != realizations.end(); ++realization) {
+        for (auto realization = realizations.begin(); realization != realizations.end();
+             ++realization) {
             removeObjects<T>(*realization, sorted);
             invalidateStatistics(realization.key());
         }
@@ -276,7 +287,8 @@ bool MVectorDataset::IsValid() const
 {
     if (mDataType == DecimalType) {
         const auto &table = mFrequencies.tableOf<double>();
-        return std::any_of(table.keyBegin(), table.keyEnd(), [](double key) { return std::isfinite(key); });
+        return std::any_of(table.keyBegin(), table.keyEnd(),
+                           [](double key) { return std::isfinite(key); });
     }
     return mDataType == IntegerType ? !mFrequencies.tableOf<int>().isEmpty()
                                     : !mFrequencies.tableOf<QString>().isEmpty();
@@ -310,7 +322,8 @@ void MVectorDataset::CleanPre201044Data()
     visitElement(mDataType, [this](auto element) {
         for (MVectorDataRealization &realization : realizationsToChange()) {
             auto &series = realization.seriesOf<ElementOf<decltype(element)>>();
-            for (auto it = series.lowerBound(mObjectCount); it != series.end(); it = series.erase(it))
+            for (auto it = series.lowerBound(mObjectCount); it != series.end();
+                 it = series.erase(it))
                 delete *it;
         }
     });

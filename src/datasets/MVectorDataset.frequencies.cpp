@@ -92,10 +92,14 @@ bool MVectorDataset::RecalculateStringFrequencies()
 bool MVectorDataset::RecalculateFrequencies()
 {
     switch (mDataType) {
-    case DecimalType: return RecalculateDecimalFrequencies();
-    case IntegerType: return RecalculateIntegerFrequencies();
-    case StringType: return RecalculateStringFrequencies();
-    default: return false;
+    case DecimalType:
+        return RecalculateDecimalFrequencies();
+    case IntegerType:
+        return RecalculateIntegerFrequencies();
+    case StringType:
+        return RecalculateStringFrequencies();
+    default:
+        return false;
     }
 }
 
@@ -128,8 +132,9 @@ int MVectorDataset::GetDatumFrequency(const MDatum &value) const
 // Full to the key, and not over it: legends ask for exactly this.
 int MVectorDataset::UniqueValueCount(bool *capped) const
 {
-    const int count = visitElement(
-        mDataType, [&](auto element) { return mFrequencies.tableOf<ElementOf<decltype(element)>>().size(); });
+    const int count = visitElement(mDataType, [&](auto element) {
+        return mFrequencies.tableOf<ElementOf<decltype(element)>>().size();
+    });
     if (capped)
         *capped = count == kFrequencyKeyLimit;
     return count;

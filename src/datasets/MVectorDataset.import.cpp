@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // A dataset's values through a map of objects: for each object here the object, or the cell, there.
 // One that the map leaves out, or that is not there, is missing.
+#include "datainterface/MVectorDataset.h"
 #include <algorithm>
 #include <cmath>
 #include <memory>
 #include <vector>
 #include "Common/detail/failure.h"
 #include "datainterface/MRasterDataset.h"
-#include "datainterface/MVectorDataset.h"
 #include "datainterface/TimeAPI.h"
 #include "datasets/dataContainer.elements.h"
 #include "datasets/datasetCopies.h"

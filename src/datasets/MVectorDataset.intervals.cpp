@@ -10,22 +10,25 @@ QList<TimeStamp> MVectorDataset::GetTimeSliceIntervals(int realization)
 {
     const MVectorDataRealization *found = realizationAt(realization);
     return visitElement(mDataType, [&](auto element) {
-        return found && isSliced() ? found->slicesOf<ElementOf<decltype(element)>>().keys() : QList<TimeStamp>();
+        return found && isSliced() ? found->slicesOf<ElementOf<decltype(element)>>().keys()
+                                   : QList<TimeStamp>();
     });
 }
 
 QList<TimeStamp> MVectorDataset::GetTimeSeriesIntervals(int realization, int id)
 {
     return visitElement(mDataType, [&](auto element) {
-        const auto *series =
-            isSliced() || !holdsObject(id) ? nullptr : seriesOf<ElementOf<decltype(element)>>(realization, id);
+        const auto *series = isSliced() || !holdsObject(id)
+                                 ? nullptr
+                                 : seriesOf<ElementOf<decltype(element)>>(realization, id);
         return series ? series->GetIntervals() : QList<TimeStamp>();
     });
 }
 
 QList<TimeStamp> MVectorDataset::GetDataIntervals(int realization, int id)
 {
-    return isSliced() ? GetTimeSliceIntervals(realization) : GetTimeSeriesIntervals(realization, id);
+    return isSliced() ? GetTimeSliceIntervals(realization)
+                      : GetTimeSeriesIntervals(realization, id);
 }
 
 QList<TimeStamp> MVectorDataset::GetCommonTimeStamps(int realization)
@@ -69,7 +72,8 @@ bool MVectorDataset::GetCommonTimeStamp(int realization, qint64 time, TimeStamp 
     });
 }
 
-template <class T> TimeStamp MVectorDataset::stampOfValue(int realization, int id, qint64 time) const
+template <class T>
+TimeStamp MVectorDataset::stampOfValue(int realization, int id, qint64 time) const
 {
     const MVectorDataRealization *found = realizationAt(realization);
     if (!found || !holdsObject(id))
@@ -78,7 +82,8 @@ template <class T> TimeStamp MVectorDataset::stampOfValue(int realization, int i
         const auto &slices = found->slicesOf<T>();
         const auto slice = slices.constFind(TimeStamp(timeOf(time)));
         T value{};
-        return slice != slices.constEnd() && (*slice)->GetValue(id, value) ? slice.key() : TimeStamp::Invalid;
+        return slice != slices.constEnd() && (*slice)->GetValue(id, value) ? slice.key()
+                                                                           : TimeStamp::Invalid;
     }
     const TimeSeriesData<T> *series = found->seriesOf<T>().value(id, nullptr);
     if (!series)
@@ -110,7 +115,8 @@ TimeStamp MVectorDataset::CalculateTimeBounds(const MVectorDataRealization &real
         for (const TimeSeriesData<T> *series : realization.seriesOf<T>()) {
             const CheckedOut<TimeSeriesData<T>> hold(*series);
             if (series->GetCount() > 0)
-                bounds = bounds + series->Data()[0].stamp + series->Data()[series->GetCount() - 1].stamp;
+                bounds =
+                    bounds + series->Data()[0].stamp + series->Data()[series->GetCount() - 1].stamp;
         }
     });
     return bounds;

@@ -14,6 +14,9 @@
 //
 // Which way a dataset is cut stands nowhere: the map with entries tells. A container is made, and
 // stored as a block, as soon as its values are read, so a realization may be larger than memory.
+#include <QtEndian>
+#include <algorithm>
+#include <vector>
 #include "Common/detail/failure.h"
 #include "Common/detail/readAhead.h"
 #include "containers/sliceImage.h"
@@ -21,9 +24,6 @@
 #include "datainterface/VersionAPI.h"
 #include "datasets/elementTypes.h"
 #include "datasets/oldForms.h"
-#include <QtEndian>
-#include <algorithm>
-#include <vector>
 
 using namespace datainterface;
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// How values enter the history of one object. A history is edited on a copy of its entries and written back once; the
-// frequency table follows when it is back.
+// How values enter the history of one object. A history is edited on a copy of its entries and
+// written back once; the frequency table follows when it is back.
 #include <memory>
 #include "Common/detail/failure.h"
 #include "datasets/elementTypes.h"
@@ -11,7 +11,8 @@ using namespace datainterface;
 
 namespace {
 
-/// Entries in order of time, and the occurrences that an edit adds and takes away, in the order in which it does.
+/// Entries in order of time, and the occurrences that an edit adds and takes away, in the order in
+/// which it does.
 template <class T> class SeriesEdit {
 public:
     using Entry = TimeSeriesEntry<T>;
@@ -45,8 +46,12 @@ public:
                 mEntries.remove(i);
                 mCounts.append({present.value, false});
                 break;
-            case Cut::Head: mEntries[i++].stamp = head; break;
-            case Cut::Tail: mEntries[i].stamp = tail; return i;
+            case Cut::Head:
+                mEntries[i++].stamp = head;
+                break;
+            case Cut::Tail:
+                mEntries[i].stamp = tail;
+                return i;
             case Cut::HeadAndTail:
                 mEntries[i++].stamp = head;
                 insert(i, tail, present.value);
@@ -65,8 +70,9 @@ public:
 private:
     int firstUnder(const TimeStamp &stamp) const
     {
-        const auto first = std::lower_bound(mEntries.begin(), mEntries.end(), stamp,
-                                            [](const Entry &entry, const TimeStamp &t) { return entry.stamp < t; });
+        const auto first = std::lower_bound(
+            mEntries.begin(), mEntries.end(), stamp,
+            [](const Entry &entry, const TimeStamp &t) { return entry.stamp < t; });
         return static_cast<int>(first - mEntries.begin());
     }
     void insert(int at, const TimeStamp &stamp, const T &value)
@@ -112,8 +118,9 @@ template <class T> T valueOf(const MDatum &datum)
 } // namespace
 
 template <class T>
-void MVectorDataset::addToSeries(MVectorDataRealization &realization, int id, const TimedValues<T> &values,
-                                 bool overwrite, bool updateFrequencies)
+void MVectorDataset::addToSeries(MVectorDataRealization &realization, int id,
+                                 const TimedValues<T> &values, bool overwrite,
+                                 bool updateFrequencies)
 {
     auto &series = realization.seriesOf<T>();
     TimeSeriesData<T> *present = series.value(id, nullptr);
@@ -130,8 +137,8 @@ void MVectorDataset::addToSeries(MVectorDataRealization &realization, int id, co
         mTimeBounds += stamp;
 }
 
-bool MVectorDataset::AddTimeSeriesValue(int realization, int id, const TimeStamp &stamp, const MDatum &value,
-                                        bool overwrite, bool updateFrequencies)
+bool MVectorDataset::AddTimeSeriesValue(int realization, int id, const TimeStamp &stamp,
+                                        const MDatum &value, bool overwrite, bool updateFrequencies)
 {
     MVectorDataRealization *target = realizationAt(realization);
     const TimeStamp filed = stampOf(stamp);
@@ -146,8 +153,8 @@ bool MVectorDataset::AddTimeSeriesValue(int realization, int id, const TimeStamp
 }
 
 template <class T>
-bool MVectorDataset::addSeries(int realization, int id, const TimedValues<T> &values, bool overwrite,
-                               bool updateFrequencies)
+bool MVectorDataset::addSeries(int realization, int id, const TimedValues<T> &values,
+                               bool overwrite, bool updateFrequencies)
 {
     MVectorDataRealization *target = realizationAt(realization);
     if (!target || mDataType != typeCode<T>() || isSliced() || mIsStatic || !holdsObject(id))
@@ -173,32 +180,35 @@ bool MVectorDataset::addSeries(int realization, int id, const TimedValues<T> &va
     return areValid;
 }
 
-bool MVectorDataset::AddTimeSeriesValues(int realization, int id, const TimedValues<int> &values, bool overwrite,
+bool MVectorDataset::AddTimeSeriesValues(int realization, int id, const TimedValues<int> &values,
+                                         bool overwrite, bool updateFrequencies)
+{
+    return addSeries(realization, id, values, overwrite, updateFrequencies);
+}
+
+bool MVectorDataset::AddTimeSeriesValues(int realization, int id, const TimedValues<double> &values,
+                                         bool overwrite, bool updateFrequencies)
+{
+    return addSeries(realization, id, values, overwrite, updateFrequencies);
+}
+
+bool MVectorDataset::AddTimeSeriesValues(int realization, int id,
+                                         const TimedValues<QString> &values, bool overwrite,
                                          bool updateFrequencies)
 {
     return addSeries(realization, id, values, overwrite, updateFrequencies);
 }
 
-bool MVectorDataset::AddTimeSeriesValues(int realization, int id, const TimedValues<double> &values, bool overwrite,
-                                         bool updateFrequencies)
+bool MVectorDataset::AddDataValue(int realization, int id, const TimeStamp &stamp,
+                                  const MDatum &value, bool overwrite, bool updateFrequencies)
 {
-    return addSeries(realization, id, values, overwrite, updateFrequencies);
+    return isSliced()
+               ? AddTimeSliceValue(realization, id, stamp, value, overwrite, updateFrequencies)
+               : AddTimeSeriesValue(realization, id, stamp, value, overwrite, updateFrequencies);
 }
 
-bool MVectorDataset::AddTimeSeriesValues(int realization, int id, const TimedValues<QString> &values, bool overwrite,
-                                         bool updateFrequencies)
-{
-    return addSeries(realization, id, values, overwrite, updateFrequencies);
-}
-
-bool MVectorDataset::AddDataValue(int realization, int id, const TimeStamp &stamp, const MDatum &value,
-                                  bool overwrite, bool updateFrequencies)
-{
-    return isSliced() ? AddTimeSliceValue(realization, id, stamp, value, overwrite, updateFrequencies)
-                      : AddTimeSeriesValue(realization, id, stamp, value, overwrite, updateFrequencies);
-}
-
-template <class T> bool MVectorDataset::markMissing(SeriesMap<T> &series, int id, const TimeStamp &stamp)
+template <class T>
+bool MVectorDataset::markMissing(SeriesMap<T> &series, int id, const TimeStamp &stamp)
 {
     TimeSeriesData<T> *present = series.value(id, nullptr);
     if (!present)
@@ -218,8 +228,9 @@ bool MVectorDataset::SetMissing(int realization, int id, const TimeStamp &stamp)
     const TimeStamp filed = stampOf(stamp);
     if (!holdsObject(id) || !holdsTick(filed))
         return false;
-    const bool changed = visitContainers(*realizationAt(realization), mDataType, mStorageType,
-                                         [&](auto &containers) { return markMissing(containers, id, filed); });
+    const bool changed =
+        visitContainers(*realizationAt(realization), mDataType, mStorageType,
+                        [&](auto &containers) { return markMissing(containers, id, filed); });
     dataChanged(realization);
     return changed;
 }

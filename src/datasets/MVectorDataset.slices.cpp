@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // How a slice of values enters a map of slices that it overlaps.
 //
-// The new interval is cut into pieces at the ends of the slices under it. Each piece gets a container of its own, with
-// the new values and the old ones put together by the rule of `overwrite`. What the present slices had outside the
-// pieces stays with them, under shorter keys; one that is cut in the middle is copied. Everything that can fail on the
-// way to the block store happens before the map is touched.
+// The new interval is cut into pieces at the ends of the slices under it. Each piece gets a
+// container of its own, with the new values and the old ones put together by the rule of
+// `overwrite`. What the present slices had outside the pieces stays with them, under shorter keys;
+// one that is cut in the middle is copied. Everything that can fail on the way to the block store
+// happens before the map is touched.
 #include <memory>
 #include <vector>
 #include "Common/detail/failure.h"
@@ -20,7 +21,8 @@ using namespace datainterface;
 namespace {
 
 template <class T>
-void countSlice(FrequencyTable<T> &table, const TimeSliceData<T> &slice, typename FrequencyTally<T>::Direction direction)
+void countSlice(FrequencyTable<T> &table, const TimeSliceData<T> &slice,
+                typename FrequencyTally<T>::Direction direction)
 {
     const CheckedOut<TimeSliceData<T>> hold(slice);
     const HeldValues<T> held(slice);
@@ -35,7 +37,8 @@ public:
     using Slice = TimeSliceData<T>;
     using Map = MVectorDataset::SliceMap<T>;
 
-    SliceMerge(Map &slices, const TimeStamp &stamp, const QVector<T> &values, const QSet<int> &missing)
+    SliceMerge(Map &slices, const TimeStamp &stamp, const QVector<T> &values,
+               const QSet<int> &missing)
         : mSlices(slices), mStamp(stamp), mValues(values), mMissing(missing)
     {
     }
@@ -102,7 +105,8 @@ private:
     bool isNew(int id) const { return !mMissing.contains(id); }
     bool hasHoleToFill(const HeldValues<T> &held) const
     {
-        if (std::any_of(held.missing().begin(), held.missing().end(), [this](int id) { return isNew(id); }))
+        if (std::any_of(held.missing().begin(), held.missing().end(),
+                        [this](int id) { return isNew(id); }))
             return true;
         for (int id = held.count(); id < mValues.size(); ++id) {
             if (isNew(id))
@@ -155,8 +159,9 @@ private:
             if (i == mPieces.size() || present.key() < mPieces[i].stamp)
                 continue;
             const Cut cut = cutBy(mPieces[i].stamp, present.key());
-            mPresent.push_back({i, present.key(), *present, cut,
-                                cut == Cut::HeadAndTail ? std::make_unique<Slice>(**present) : nullptr});
+            mPresent.push_back(
+                {i, present.key(), *present, cut,
+                 cut == Cut::HeadAndTail ? std::make_unique<Slice>(**present) : nullptr});
         }
     }
     void count(FrequencyTable<T> &table) const
@@ -176,9 +181,15 @@ private:
     {
         const TimeStamp &piece = mPieces[present.piece].stamp;
         switch (present.cut) {
-        case Cut::Nothing: delete present.slice; break;
-        case Cut::Head: mSlices.insert(headOf(present.key, piece), present.slice); break;
-        case Cut::Tail: mSlices.insert(tailOf(present.key, piece), present.slice); break;
+        case Cut::Nothing:
+            delete present.slice;
+            break;
+        case Cut::Head:
+            mSlices.insert(headOf(present.key, piece), present.slice);
+            break;
+        case Cut::Tail:
+            mSlices.insert(tailOf(present.key, piece), present.slice);
+            break;
         case Cut::HeadAndTail:
             mSlices.insert(headOf(present.key, piece), present.slice);
             mSlices.insert(tailOf(present.key, piece), present.tail.release());
@@ -212,15 +223,17 @@ template <class To, class From> QVector<To> widened(const From *values, int coun
 template <class T>
 using SliceElement = std::conditional_t<
     std::is_same_v<T, QString>, QString,
-    std::conditional_t<std::is_same_v<T, double> || std::is_same_v<T, float> || std::is_same_v<T, half>, double,
-                       std::conditional_t<std::is_integral_v<T> && (sizeof(T) < 4 || std::is_same_v<T, qint32>), int,
-                                          void>>>;
+    std::conditional_t<
+        std::is_same_v<T, double> || std::is_same_v<T, float> || std::is_same_v<T, half>, double,
+        std::conditional_t<std::is_integral_v<T> && (sizeof(T) < 4 || std::is_same_v<T, qint32>),
+                           int, void>>>;
 
 } // namespace
 
 template <class T>
-bool MVectorDataset::mergeSlice(SliceMap<T> &slices, const TimeStamp &stamp, const QVector<T> &values,
-                                const QSet<int> &missing, bool overwrite, bool updateFrequencies)
+bool MVectorDataset::mergeSlice(SliceMap<T> &slices, const TimeStamp &stamp,
+                                const QVector<T> &values, const QSet<int> &missing, bool overwrite,
+                                bool updateFrequencies)
 {
     if (!holdsTick(stamp))
         return false;
@@ -242,7 +255,8 @@ void MVectorDataset::replaceCell(TimeSliceData<T> &slice, int id, const T &value
     if (updateFrequencies && isHeld) {
         const auto oldValue = frequencies.find(slice.GetValue(id));
         require(oldValue != frequencies.end(), "frequencies.contains(oldValue)");
-        // Before the test below, and without taking a key along whose count is 0: tables of files are counted so.
+        // Before the test below, and without taking a key along whose count is 0: tables of files
+        // are counted so.
         --*oldValue;
     }
     if (isHeld && !overwrite)
@@ -253,8 +267,8 @@ void MVectorDataset::replaceCell(TimeSliceData<T> &slice, int id, const T &value
 }
 
 template <class T>
-bool MVectorDataset::addCell(int realization, int id, const TimeStamp &stamp, const T &value, bool overwrite,
-                             bool updateFrequencies)
+bool MVectorDataset::addCell(int realization, int id, const TimeStamp &stamp, const T &value,
+                             bool overwrite, bool updateFrequencies)
 {
     auto &slices = realizationAt(realization)->slicesOf<T>();
     const auto present = slices.constFind(stamp);
@@ -273,20 +287,24 @@ bool MVectorDataset::addCell(int realization, int id, const TimeStamp &stamp, co
     return mergeSlice(slices, stamp, values, missing, overwrite, updateFrequencies);
 }
 
-bool MVectorDataset::AddTimeSliceValue(int realization, int id, const TimeStamp &stamp, const MDatum &value,
-                                       bool overwrite, bool updateFrequencies)
+bool MVectorDataset::AddTimeSliceValue(int realization, int id, const TimeStamp &stamp,
+                                       const MDatum &value, bool overwrite, bool updateFrequencies)
 {
     if (!isSliced() || !realizationAt(realization) || !holdsObject(id))
         return false;
-    const TimeStamp closed(stamp.startTime, stamp.endTime, stamp.inclusiveStart, stamp.inclusiveEnd);
+    const TimeStamp closed(stamp.startTime, stamp.endTime, stamp.inclusiveStart,
+                           stamp.inclusiveEnd);
     switch (value.type()) {
     case MDatum::Integer:
-        return addCell(realization, id, closed, static_cast<int>(value.integerValue()), overwrite, updateFrequencies);
+        return addCell(realization, id, closed, static_cast<int>(value.integerValue()), overwrite,
+                       updateFrequencies);
     case MDatum::Decimal:
         return addCell(realization, id, closed, value.decimalValue(), overwrite, updateFrequencies);
     case MDatum::String:
-        return addCell(realization, id, closed, QString::fromLatin1(value.charstr()), overwrite, updateFrequencies);
-    default: return false;
+        return addCell(realization, id, closed, QString::fromLatin1(value.charstr()), overwrite,
+                       updateFrequencies);
+    default:
+        return false;
     }
 }
 
@@ -312,58 +330,65 @@ bool MVectorDataset::addSlice(int realization, const TimeStamp &stamp, const QVe
         if (absent.size() == mObjectCount)
             return true;
     }
-    const bool changed =
-        mergeSlice(target->slicesOf<T>(), stampOf(stamp), values, absent, overwrite, updateFrequencies);
+    const bool changed = mergeSlice(target->slicesOf<T>(), stampOf(stamp), values, absent,
+                                    overwrite, updateFrequencies);
     if (changed)
         invalidateStatistics(realization);
     RemoveAllVariogramModels();
     return changed;
 }
 
-bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp, const QVector<int> &values,
-                                        const QSet<int> &missing, bool overwrite, bool updateFrequencies)
-{
-    return addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
-}
-
-bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp, const QVector<double> &values,
-                                        const QSet<int> &missing, bool overwrite, bool updateFrequencies)
-{
-    return addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
-}
-
-bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp, const QVector<QString> &values,
-                                        const QSet<int> &missing, bool overwrite, bool updateFrequencies)
-{
-    return addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
-}
-
-bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp, VORN_DataContainer &values,
+bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
+                                        const QVector<int> &values, const QSet<int> &missing,
                                         bool overwrite, bool updateFrequencies)
+{
+    return addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
+}
+
+bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
+                                        const QVector<double> &values, const QSet<int> &missing,
+                                        bool overwrite, bool updateFrequencies)
+{
+    return addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
+}
+
+bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
+                                        const QVector<QString> &values, const QSet<int> &missing,
+                                        bool overwrite, bool updateFrequencies)
+{
+    return addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
+}
+
+bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
+                                        VORN_DataContainer &values, bool overwrite,
+                                        bool updateFrequencies)
 {
     if (!isSliced() || values.count() != mObjectCount || ContainerAccess::isEmpty(values))
         return false;
     // After setAllMissing the ids are not listed: such a container's values count as present.
-    const QSet<int> missing = values.missingData().isValid() ? values.missingData().missingIds() : QSet<int>();
+    const QSet<int> missing =
+        values.missingData().isValid() ? values.missingData().missingIds() : QSet<int>();
     bool changed = false;
     ContainerAccess::visitValues(values, [&](const auto *elements) {
         using From = std::decay_t<decltype(*elements)>;
         using To = SliceElement<From>;
         if constexpr (!std::is_void_v<To>)
-            changed = addSlice(realization, stamp, widened<To>(elements, mObjectCount), missing, overwrite,
-                               updateFrequencies);
+            changed = addSlice(realization, stamp, widened<To>(elements, mObjectCount), missing,
+                               overwrite, updateFrequencies);
     });
     return changed;
 }
 
-template <class T> bool MVectorDataset::markMissing(SliceMap<T> &slices, int id, const TimeStamp &stamp)
+template <class T>
+bool MVectorDataset::markMissing(SliceMap<T> &slices, int id, const TimeStamp &stamp)
 {
     struct Found {
         TimeStamp key;
         TimeSliceData<T> *slice;
     };
     std::vector<Found> under;
-    for (auto it = qAsConst(slices).lowerBound(stamp); it != slices.constEnd() && !(stamp < it.key()); ++it) {
+    for (auto it = qAsConst(slices).lowerBound(stamp);
+         it != slices.constEnd() && !(stamp < it.key()); ++it) {
         if (holdsTick(partUnder(it.key(), stamp)))
             under.push_back({it.key(), *it});
     }
@@ -379,12 +404,14 @@ template <class T> bool MVectorDataset::markMissing(SliceMap<T> &slices, int id,
         }
         auto part = std::make_unique<TimeSliceData<T>>(*found.slice);
         part->SetMissing(id);
-        auto tail = cut == Cut::HeadAndTail ? std::make_unique<TimeSliceData<T>>(*found.slice) : nullptr;
+        auto tail =
+            cut == Cut::HeadAndTail ? std::make_unique<TimeSliceData<T>>(*found.slice) : nullptr;
         countSlice(frequencies, *part, FrequencyTally<T>::Up);
         if (tail)
             countSlice(frequencies, *tail, FrequencyTally<T>::Up);
         slices.remove(found.key);
-        slices.insert(cut == Cut::Tail ? tailOf(found.key, stamp) : headOf(found.key, stamp), found.slice);
+        slices.insert(cut == Cut::Tail ? tailOf(found.key, stamp) : headOf(found.key, stamp),
+                      found.slice);
         if (tail)
             slices.insert(tailOf(found.key, stamp), tail.release());
         slices.insert(partUnder(found.key, stamp), part.release());

@@ -48,7 +48,8 @@ int widthOf(double number)
 
 } // namespace
 
-template <class T, class Visit> void MVectorDataset::visitValuesAt(int realization, qint64 time, Visit visit) const
+template <class T, class Visit>
+void MVectorDataset::visitValuesAt(int realization, qint64 time, Visit visit) const
 {
     if (isSliced()) {
         if (const TimeSliceData<T> *slice = sliceAt<T>(realization, time)) {
@@ -58,10 +59,11 @@ template <class T, class Visit> void MVectorDataset::visitValuesAt(int realizati
         return;
     }
     T value{};
-    visitObjects(knownRealization(realization).seriesOf<T>(), mObjectCount, [&](const TimeSeriesData<T> &series) {
-        if (series.GetValue(timeOf(time), value))
-            visit(value);
-    });
+    visitObjects(knownRealization(realization).seriesOf<T>(), mObjectCount,
+                 [&](const TimeSeriesData<T> &series) {
+                     if (series.GetValue(timeOf(time), value))
+                         visit(value);
+                 });
 }
 
 // The record of a time without present values is kept as well: it says so.
@@ -114,7 +116,8 @@ bool MVectorDataset::GetStdDev(int realization, qint64 time, double &result) con
     const TimeStamp instant(timeOf(time));
     return visitNumericElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
-        if (!mStatistics.at(realization).perTime.contains(instant) && !CalcMinMaxMean(realization, time))
+        if (!mStatistics.at(realization).perTime.contains(instant)
+            && !CalcMinMaxMean(realization, time))
             return false;
         auto &perTime = mStatistics[realization].perTime;
         const auto stats = perTime.find(instant);
@@ -139,8 +142,8 @@ bool MVectorDataset::GetStdDev(int realization, qint64 time, double &result) con
     });
 }
 
-// Decimals get the places behind the point that 17 significant digits leave beside the larger of the extremes, so that
-// values of its magnitude read back as they were.
+// Decimals get the places behind the point that 17 significant digits leave beside the larger of
+// the extremes, so that values of its magnitude read back as they were.
 void MVectorDataset::GetDataWidths(int &width, int &decimals)
 {
     require(!mStatistics.isEmpty(), "Data stats not found");
@@ -151,7 +154,8 @@ void MVectorDataset::GetDataWidths(int &width, int &decimals)
         for (const MVectorDataRealization &realization : qAsConst(mRealizationData)) {
             for (const TimeSliceData<QString> *slice : realization.slicesOf<QString>()) {
                 const CheckedOut<TimeSliceData<QString>> hold(*slice);
-                HeldValues<QString>(*slice).visit([&widen](int, const QString &text) { widen(text); });
+                HeldValues<QString>(*slice).visit(
+                    [&widen](int, const QString &text) { widen(text); });
             }
             for (const TimeSeriesData<QString> *series : realization.seriesOf<QString>()) {
                 const CheckedOut<TimeSeriesData<QString>> hold(*series);
@@ -168,7 +172,8 @@ void MVectorDataset::GetDataWidths(int &width, int &decimals)
     const double maximum = stats.maximum.toDouble();
     width = qMax(widthOf(minimum), widthOf(maximum));
     if (mDataType == DecimalType) {
-        const int whole = qMax(widthOf(std::trunc(std::fabs(minimum))), widthOf(std::trunc(std::fabs(maximum))));
+        const int whole =
+            qMax(widthOf(std::trunc(std::fabs(minimum))), widthOf(std::trunc(std::fabs(maximum))));
         decimals = qBound(0, std::numeric_limits<double>::max_digits10 - whole, 15);
         width = whole + (minimum < 0.0) + (decimals > 0 ? 1 + decimals : 0);
     }

@@ -3,11 +3,13 @@
 //
 //   int32 storage type, int32 object count
 //   frequencies: a byte array of three maps (integers, decimals, texts; value and int32 count)
-//   int32 realizations, each, the last first: int32 index and a byte array of six maps (slices of integers, decimals and
-//   texts by TimeStamp, series of the same by int32 object id), with the int32 block id of every container
+//   int32 realizations, each, the last first: int32 index and a byte array of six maps (slices of
+//   integers, decimals and texts by TimeStamp, series of the same by int32 object id), with the
+//   int32 block id of every container
 //
-// Maps are written from the last key to the first. Values lie in the block store. Files of 180004 are without one: what
-// their block ids stood for is in no file, and the datasets come back without values. Older forms: see the file beside.
+// Maps are written from the last key to the first. Values lie in the block store. Files of 180004
+// are without one: what their block ids stood for is in no file, and the datasets come back without
+// values. Older forms: see the file beside.
 #include <memory>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
@@ -43,7 +45,8 @@ template <class Map> void writeBlockIds(QDataStream &out, const Map &map)
     }
 }
 
-/// Containers that know their block and nothing else. A key that overlaps one read before takes its place.
+/// Containers that know their block and nothing else. A key that overlaps one read before takes its
+/// place.
 template <class Map> void readBlockIds(QDataStream &in, Map &map)
 {
     using Key = typename Map::key_type;
@@ -51,7 +54,8 @@ template <class Map> void readBlockIds(QDataStream &in, Map &map)
     QMap<Key, qint32> ids;
     readMap(in, ids, keyBytes<Key>() + 4);
     for (auto it = ids.cbegin(); it != ids.cend(); ++it) {
-        // Stamps with crossed ends have no order: one that the ids kept apart can meet another here.
+        // Stamps with crossed ends have no order: one that the ids kept apart can meet another
+        // here.
         auto container = std::make_unique<Container>(*it);
         Container *&entry = map[it.key()];
         delete entry;
@@ -120,7 +124,8 @@ bool MVectorDataset::SaveToStream(QDataStream &out)
 {
     if (!MDataset::SaveToStream(out))
         return false;
-    out << static_cast<qint32>(mStorageType) << static_cast<qint32>(mObjectCount) << mFrequencies << mRealizationData;
+    out << static_cast<qint32>(mStorageType) << static_cast<qint32>(mObjectCount) << mFrequencies
+        << mRealizationData;
     return true;
 }
 
@@ -141,7 +146,8 @@ bool MVectorDataset::restoreValues(QDataStream &in)
     const qint32 storage = read<qint32>(in);
     if (version < kTypeInBase)
         mDataType = dataTypeFromOld(read<qint32>(in));
-    const bool isKnownType = mDataType == DecimalType || mDataType == IntegerType || mDataType == StringType;
+    const bool isKnownType =
+        mDataType == DecimalType || mDataType == IntegerType || mDataType == StringType;
     if (!restoreObjectCount(in) || !isKnownType || (storage != TimeSeries && storage != TimeSlice))
         return false;
     mStorageType = static_cast<StorageType>(storage);
@@ -152,12 +158,13 @@ bool MVectorDataset::restoreValues(QDataStream &in)
     return restoreRealizations(in);
 }
 
-// What a container takes follows from this number, so a wrong one is refused before anything is allocated for it.
+// What a container takes follows from this number, so a wrong one is refused before anything is
+// allocated for it.
 bool MVectorDataset::restoreObjectCount(QDataStream &in)
 {
     mObjectCount = read<qint32>(in);
     return in.status() == QDataStream::Ok && mObjectCount >= 0
-        && (mExpectedObjectCount < 0 || mObjectCount == mExpectedObjectCount);
+           && (mExpectedObjectCount < 0 || mObjectCount == mExpectedObjectCount);
 }
 
 void MVectorDataset::restoreOldFrequencies(QDataStream &in)
@@ -177,7 +184,8 @@ bool MVectorDataset::restoreRealizations(QDataStream &in)
     const int count = readCount(in, kMinRealizationBytes);
     for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
         const qint32 index = read<qint32>(in);
-        const bool isNew = index >= 0 && index < mRealizationCount && !mRealizationData.contains(index);
+        const bool isNew =
+            index >= 0 && index < mRealizationCount && !mRealizationData.contains(index);
         if (!isNew)
             return false;
         MVectorDataRealization &realization = realizationsToChange()[index];

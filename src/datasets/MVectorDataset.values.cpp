@@ -31,9 +31,10 @@ qint64 midpoint(qint64 start, qint64 end)
     return start < 0 ? end - (end - start) / 2 : start + (end - start) / 2;
 }
 
-/// Linear in time between the values around `time`. `current` stands at the middle of its interval, its neighbours at
-/// one instant of theirs; with no value on a side, the current one holds.
-MDatum interpolate(const TimedNumber &previous, const TimedNumber &current, const TimedNumber &next, qint64 time)
+/// Linear in time between the values around `time`. `current` stands at the middle of its interval,
+/// its neighbours at one instant of theirs; with no value on a side, the current one holds.
+MDatum interpolate(const TimedNumber &previous, const TimedNumber &current, const TimedNumber &next,
+                   qint64 time)
 {
     const auto between = [time](double a, qint64 ta, double b, qint64 tb) {
         return MDatum(a + (b - a) * span(ta, time) / span(ta, tb));
@@ -41,7 +42,8 @@ MDatum interpolate(const TimedNumber &previous, const TimedNumber &current, cons
     if (!current.isThere) {
         if (!previous.isThere || !next.isThere)
             return MDatum();
-        return between(previous.value, previous.stamp.timeInInterval(), next.value, next.stamp.timeInInterval());
+        return between(previous.value, previous.stamp.timeInInterval(), next.value,
+                       next.stamp.timeInInterval());
     }
     const qint64 middle = midpoint(current.stamp.startTime, current.stamp.endTime);
     if (time < middle && previous.isThere)
@@ -52,7 +54,8 @@ MDatum interpolate(const TimedNumber &previous, const TimedNumber &current, cons
 }
 
 /// The value that a slice or an entry holds of the object.
-template <class T> TimedNumber numberIn(const TimeStamp &stamp, const TimeSliceData<T> &slice, int id)
+template <class T>
+TimedNumber numberIn(const TimeStamp &stamp, const TimeSliceData<T> &slice, int id)
 {
     T value{};
     if (!slice.GetValue(id, value))
@@ -64,7 +67,8 @@ template <class T> TimedNumber numberIn(const TimeSeriesEntry<T> &entry)
     return {true, entry.stamp, static_cast<double>(entry.value)};
 }
 
-template <class T> MDatum interpolatedIn(const QMap<TimeStamp, TimeSliceData<T> *> &slices, int id, qint64 time)
+template <class T>
+MDatum interpolatedIn(const QMap<TimeStamp, TimeSliceData<T> *> &slices, int id, qint64 time)
 {
     auto after = slices.lowerBound(TimeStamp(time));
     auto before = after;
@@ -89,18 +93,19 @@ template <class T> MDatum interpolatedIn(const TimeSeriesData<T> &series, qint64
     const CheckedOut<TimeSeriesData<T>> hold(series);
     const TimeSeriesEntry<T> *begin = series.Data();
     const TimeSeriesEntry<T> *end = begin + series.GetCount();
-    const auto *at = std::lower_bound(begin, end, TimeStamp(time), [](const TimeSeriesEntry<T> &e, const TimeStamp &t) {
-        return e.stamp < t;
-    });
+    const auto *at = std::lower_bound(
+        begin, end, TimeStamp(time),
+        [](const TimeSeriesEntry<T> &e, const TimeStamp &t) { return e.stamp < t; });
     const bool isHeld = at != end && at->stamp.contains(time);
     const auto *after = at + (isHeld ? 1 : 0);
-    return interpolate(at != begin ? numberIn(at[-1]) : TimedNumber(), isHeld ? numberIn(*at) : TimedNumber(),
+    return interpolate(at != begin ? numberIn(at[-1]) : TimedNumber(),
+                       isHeld ? numberIn(*at) : TimedNumber(),
                        after != end ? numberIn(*after) : TimedNumber(), time);
 }
 
-/// `take(stamp, value)` where the slices hold a value of the object. The store stays locked from the first slice to the
-/// last, and the memory of a block is asked for some slices before it is read: what is left is little more than the
-/// wait for memory.
+/// `take(stamp, value)` where the slices hold a value of the object. The store stays locked from
+/// the first slice to the last, and the memory of a block is asked for some slices before it is
+/// read: what is left is little more than the wait for memory.
 template <class T, class Take>
 void visitThroughTime(const QMap<TimeStamp, TimeSliceData<T> *> &slices, int id, Take take)
 {
@@ -128,7 +133,8 @@ template <class T, class Take> void visitEntries(const TimeSeriesData<T> &series
 
 } // namespace
 
-template <class T> bool MVectorDataset::readCell(int realization, int id, qint64 time, T &value) const
+template <class T>
+bool MVectorDataset::readCell(int realization, int id, qint64 time, T &value) const
 {
     if (!holdsObject(id))
         return false;
@@ -188,14 +194,16 @@ template <class T, class Take> void MVectorDataset::visitObject(int realization,
                 take(stamp, value);
         }
     } else if (!isSliced()) {
-        if (const TimeSeriesData<T> *series = holdsObject(id) ? seriesOf<T>(realization, id) : nullptr)
+        if (const TimeSeriesData<T> *series =
+                holdsObject(id) ? seriesOf<T>(realization, id) : nullptr)
             visitEntries(*series, take);
     } else if (const auto *found = std::as_const(*this).realizationAt(realization)) {
         visitThroughTime(found->slicesOf<T>(), id, take);
     }
 }
 
-void MVectorDataset::GetObjectValues(int realization, int id, QVector<Interval> &intervals, QVector<datum> &values)
+void MVectorDataset::GetObjectValues(int realization, int id, QVector<Interval> &intervals,
+                                     QVector<datum> &values)
 {
     intervals.clear();
     values.clear();
@@ -217,7 +225,9 @@ void MVectorDataset::GetObjectValues(int realization, int id, QVector<Interval> 
 
 MDatum MVectorDataset::GetIdValue(int realization, unsigned int id)
 {
-    const int object = id <= static_cast<unsigned int>(std::numeric_limits<int>::max()) ? static_cast<int>(id) : -1;
+    const int object = id <= static_cast<unsigned int>(std::numeric_limits<int>::max())
+                           ? static_cast<int>(id)
+                           : -1;
     const MVectorDataRealization *found = realizationAt(realization);
     return visitElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
@@ -226,7 +236,8 @@ MDatum MVectorDataset::GetIdValue(int realization, unsigned int id)
         if (isSliced()) {
             const auto &slices = found->slicesOf<T>();
             T value{};
-            return !slices.isEmpty() && slices.first()->GetValue(object, value) ? MDatum(value) : MDatum();
+            return !slices.isEmpty() && slices.first()->GetValue(object, value) ? MDatum(value)
+                                                                                : MDatum();
         }
         const TimeSeriesData<T> *series = found->seriesOf<T>().value(object, nullptr);
         if (!series)
@@ -237,14 +248,15 @@ MDatum MVectorDataset::GetIdValue(int realization, unsigned int id)
 }
 
 template <class T>
-bool MVectorDataset::readValues(int realization, qint64 time, QVector<T> &values, QSet<int> &missing,
-                                bool interpolate) const
+bool MVectorDataset::readValues(int realization, qint64 time, QVector<T> &values,
+                                QSet<int> &missing, bool interpolate) const
 {
     const MVectorDataRealization *found = realizationAt(realization);
     if (!found || mDataType != typeCode<T>())
         return false;
     missing.clear();
-    if (const TimeSliceData<T> *slice = isSliced() && !interpolate ? sliceAt<T>(realization, time) : nullptr) {
+    if (const TimeSliceData<T> *slice =
+            isSliced() && !interpolate ? sliceAt<T>(realization, time) : nullptr) {
         values = slice->GetValues();
         missing = slice->GetMissingIds();
         for (int id = values.size(); id < mObjectCount; ++id)
@@ -276,19 +288,20 @@ bool MVectorDataset::readValues(int realization, qint64 time, QVector<T> &values
     return true;
 }
 
-bool MVectorDataset::GetValues(int realization, qint64 time, QVector<int> &values, QSet<int> &missing,
-                               bool interpolate) const
+bool MVectorDataset::GetValues(int realization, qint64 time, QVector<int> &values,
+                               QSet<int> &missing, bool interpolate) const
 {
     return readValues(realization, time, values, missing, interpolate);
 }
 
-bool MVectorDataset::GetValues(int realization, qint64 time, QVector<double> &values, QSet<int> &missing,
-                               bool interpolate) const
+bool MVectorDataset::GetValues(int realization, qint64 time, QVector<double> &values,
+                               QSet<int> &missing, bool interpolate) const
 {
     return readValues(realization, time, values, missing, interpolate);
 }
 
-bool MVectorDataset::GetValues(int realization, qint64 time, QVector<QString> &values, QSet<int> &missing) const
+bool MVectorDataset::GetValues(int realization, qint64 time, QVector<QString> &values,
+                               QSet<int> &missing) const
 {
     return readValues(realization, time, values, missing, false);
 }
@@ -326,8 +339,9 @@ int MVectorDataset::GetDataCount(int realization, qint64 time) const
         }
         int count = 0;
         T value{};
-        visitObjects(known.seriesOf<T>(), mObjectCount,
-                     [&](const TimeSeriesData<T> &series) { count += series.GetValue(timeOf(time), value); });
+        visitObjects(known.seriesOf<T>(), mObjectCount, [&](const TimeSeriesData<T> &series) {
+            count += series.GetValue(timeOf(time), value);
+        });
         return count;
     });
 }
@@ -335,9 +349,9 @@ int MVectorDataset::GetDataCount(int realization, qint64 time) const
 bool MVectorDataset::GetMissingTimeSliceValues(int realization, qint64 time, QSet<int> &missing)
 {
     return isSliced() && visitElement(mDataType, [&](auto element) {
-        const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
-        if (slice)
-            missing = slice->GetMissingIds();
-        return slice != nullptr;
-    });
+               const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
+               if (slice)
+                   missing = slice->GetMissingIds();
+               return slice != nullptr;
+           });
 }

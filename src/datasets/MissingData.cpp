@@ -40,7 +40,9 @@ MissingData::MissingData(dataType form, int n) : type(form)
         bits = QByteArray(bytesFor(qMax(n, 0)), 0);
 }
 
-MissingData::MissingData(const QSet<int> &missing) : ids(missing), type(Vector) {}
+MissingData::MissingData(const QSet<int> &missing) : ids(missing), type(Vector)
+{
+}
 
 MissingData::MissingData(const MissingData &other) : QSharedData(other), type(other.type)
 {
@@ -56,13 +58,22 @@ void MissingData::clear()
     bits.fill(0);
 }
 
-VORN_MissingData::VORN_MissingData() : md(new MissingData) {}
+VORN_MissingData::VORN_MissingData() : md(new MissingData)
+{
+}
 
-VORN_MissingData::VORN_MissingData(const GeoProps &geography) : VORN_MissingData(formFor(geography)) {}
+VORN_MissingData::VORN_MissingData(const GeoProps &geography) : VORN_MissingData(formFor(geography))
+{
+}
 
-VORN_MissingData::VORN_MissingData(MissingData::dataType type, int n) : md(new MissingData(type, n)) {}
+VORN_MissingData::VORN_MissingData(MissingData::dataType type, int n) : md(new MissingData(type, n))
+{
+}
 
-VORN_MissingData::VORN_MissingData(const QSet<int> &ids) : md(new MissingData(ids)), mMissingCount(ids.size()) {}
+VORN_MissingData::VORN_MissingData(const QSet<int> &ids)
+    : md(new MissingData(ids)), mMissingCount(ids.size())
+{
+}
 
 bool VORN_MissingData::isMissing(int id) const
 {
@@ -196,9 +207,14 @@ void VORN_MissingData::addVector(const VORN_MissingData &other)
     mMissingCount = md.constData()->ids.size();
 }
 
-VORN_MissingValueChecker::VORN_MissingValueChecker(const GeoProps &geography) : mSum(geography) {}
+VORN_MissingValueChecker::VORN_MissingValueChecker(const GeoProps &geography) : mSum(geography)
+{
+}
 
-VORN_MissingValueChecker::VORN_MissingValueChecker(int objectCount) : mSum(MissingData::Vector, objectCount) {}
+VORN_MissingValueChecker::VORN_MissingValueChecker(int objectCount)
+    : mSum(MissingData::Vector, objectCount)
+{
+}
 
 VORN_MissingValueChecker::VORN_MissingValueChecker(const VORN_ConstDataContainer &container)
 {
@@ -214,7 +230,8 @@ template <class Container> bool VORN_MissingValueChecker::add(const Container &c
 {
     const MissingData &sum = *mSum.md;
     const MissingData &added = *container.missingData().md;
-    if (sum.type == MissingData::Raster && added.type == MissingData::Raster && sum.bits.size() != added.bits.size())
+    if (sum.type == MissingData::Raster && added.type == MissingData::Raster
+        && sum.bits.size() != added.bits.size())
         return false;
     mSum += container.missingData();
     return true;

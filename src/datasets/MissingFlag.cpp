@@ -4,7 +4,8 @@
 
 namespace {
 
-/// How a value stands in the stream: the unsigned 8- and 16-bit forms and the half as signed integers.
+/// How a value stands in the stream: the unsigned 8- and 16-bit forms and the half as signed
+/// integers.
 template <class T> struct Wire {
     using type = T;
 };
@@ -43,7 +44,9 @@ template <class Flag, class Visit> void visitValue(Flag &flag, Visit visit)
         return;
     const bool found = std::apply(
         [&](auto &...value) {
-            return ((flag.type == MissingFlag::codeOf(std::decay_t<decltype(value)>()) && (visit(value), true)) || ...);
+            return ((flag.type == MissingFlag::codeOf(std::decay_t<decltype(value)>())
+                     && (visit(value), true))
+                    || ...);
         },
         flag.values);
     datainterface::require(found, "Invalid data type");

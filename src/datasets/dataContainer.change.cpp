@@ -20,10 +20,10 @@ template <class Change> bool changeElement(VORN_DataContainer &container, int id
 {
     bool changed = false;
     if (id >= 0 && id < container.count())
-        ContainerAccess::visitVector(container, [&](auto &vector) { changed = change(vector, id); });
+        ContainerAccess::visitVector(container,
+                                     [&](auto &vector) { changed = change(vector, id); });
     return changed;
 }
-
 
 template <class Value> bool store(VORN_DataContainer &container, int id, const Value &value)
 {
@@ -44,12 +44,13 @@ template <class Value> bool store(VORN_DataContainer &container, int id, const V
 
 template <class Number> bool increase(VORN_DataContainer &container, int id, Number by)
 {
-    return !container.isMissing(id) && changeElement(container, id, [by](auto &vector, int position) {
-        using T = typename std::decay_t<decltype(vector)>::value_type;
-        if constexpr (!std::is_same_v<T, QString>)
-            vector[position] = increased<T>(vector.at(position), by);
-        return !std::is_same_v<T, QString>;
-    });
+    return !container.isMissing(id)
+           && changeElement(container, id, [by](auto &vector, int position) {
+                  using T = typename std::decay_t<decltype(vector)>::value_type;
+                  if constexpr (!std::is_same_v<T, QString>)
+                      vector[position] = increased<T>(vector.at(position), by);
+                  return !std::is_same_v<T, QString>;
+              });
 }
 
 } // namespace
@@ -116,7 +117,8 @@ void VORN_DataContainer::fillMissingValues(double decimal, qint64 integer)
     ContainerAccess::visitVector(*this, [&](auto &vector) {
         using T = typename std::decay_t<decltype(vector)>::value_type;
         if constexpr (!std::is_same_v<T, QString>) {
-            const T filler = std::is_integral_v<T> ? elementFrom<T>(integer) : elementFrom<T>(decimal);
+            const T filler =
+                std::is_integral_v<T> ? elementFrom<T>(integer) : elementFrom<T>(decimal);
             for (int id = 0; id < vector.size(); ++id) {
                 if (isMissing(id))
                     vector[id] = filler;

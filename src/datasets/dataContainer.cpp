@@ -17,7 +17,8 @@ template <class T, class Vectors> int adopt(Vectors &vectors, const QVector<T> &
 template <class T> void requireForm(VORN_DataContainer::DataType type)
 {
     bool fits = false;
-    visitForm(type, [&fits](auto form) { fits = std::is_same_v<ElementOfForm<decltype(form)>, T>; });
+    visitForm(type,
+              [&fits](auto form) { fits = std::is_same_v<ElementOfForm<decltype(form)>, T>; });
     require(fits, "Invalid data type");
 }
 
@@ -57,19 +58,22 @@ VORN_DataContainer::VORN_DataContainer(const VORN_ConstDataContainer &other)
     ContainerAccess::visitValues(other, [&](const auto *values) {
         using T = std::decay_t<decltype(*values)>;
         // A grid that is not there has no values, and every cell is missing.
-        nObjects = adopt(mVectors, values ? copied(values, other.count()) : QVector<T>(other.count()));
+        nObjects =
+            adopt(mVectors, values ? copied(values, other.count()) : QVector<T>(other.count()));
     });
     visitForm(other.type(), [this](auto form) { mType = form.owned; });
 }
 
-VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<double> &values, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<double> &values,
+                                       const VORN_MissingData &missing)
     : mType(type), mMissing(missing)
 {
     requireForm<double>(type);
     nObjects = adopt(mVectors, values);
 }
 
-VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<float> &values, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<float> &values,
+                                       const VORN_MissingData &missing)
     : mType(type), mMissing(missing)
 {
     requireForm<float>(type);
@@ -84,14 +88,16 @@ VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<unsigned sho
     nObjects = adopt(mVectors, halves(values));
 }
 
-VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<int> &values, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<int> &values,
+                                       const VORN_MissingData &missing)
     : mType(type), mMissing(missing)
 {
     requireForm<qint32>(type);
     nObjects = adopt(mVectors, values);
 }
 
-VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<qint64> &values, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<qint64> &values,
+                                       const VORN_MissingData &missing)
     : mType(type), mMissing(missing)
 {
     requireForm<qint64>(type);
@@ -106,58 +112,67 @@ VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<signed char>
     nObjects = adopt(mVectors, values);
 }
 
-VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<short> &values, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(DataType type, const QVector<short> &values,
+                                       const VORN_MissingData &missing)
     : mType(type), mMissing(missing)
 {
     requireForm<qint16>(type);
     nObjects = adopt(mVectors, values);
 }
 
-VORN_DataContainer::VORN_DataContainer(const QVector<unsigned char> &values, const QVector<unsigned int> &colors,
+VORN_DataContainer::VORN_DataContainer(const QVector<unsigned char> &values,
+                                       const QVector<unsigned int> &colors,
                                        const VORN_MissingData &missing)
     : mType(UInt8Data), mColorTable(colors), mMissing(missing)
 {
     nObjects = adopt(mVectors, values);
 }
 
-VORN_DataContainer::VORN_DataContainer(const QVector<unsigned short> &values, const QVector<unsigned int> &colors,
+VORN_DataContainer::VORN_DataContainer(const QVector<unsigned short> &values,
+                                       const QVector<unsigned int> &colors,
                                        const VORN_MissingData &missing)
     : mType(UInt16Data), mColorTable(colors), mMissing(missing)
 {
     nObjects = adopt(mVectors, values);
 }
 
-VORN_DataContainer::VORN_DataContainer(const QVector<unsigned int> &values, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(const QVector<unsigned int> &values,
+                                       const VORN_MissingData &missing)
     : mType(UInt32Data), mMissing(missing)
 {
     nObjects = adopt(mVectors, values);
 }
 
-VORN_DataContainer::VORN_DataContainer(const QVector<quint64> &values, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(const QVector<quint64> &values,
+                                       const VORN_MissingData &missing)
     : mType(UInt64Data), mMissing(missing)
 {
     nObjects = adopt(mVectors, values);
 }
 
-VORN_DataContainer::VORN_DataContainer(const QVector<QString> &values, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(const QVector<QString> &values,
+                                       const VORN_MissingData &missing)
     : mType(StringData), mMissing(missing)
 {
     nObjects = adopt(mVectors, values);
 }
 
-VORN_DataContainer::VORN_DataContainer(const QString *values, int count, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(const QString *values, int count,
+                                       const VORN_MissingData &missing)
     : mType(StringData), mMissing(missing)
 {
     nObjects = adopt(mVectors, copied(values, count));
 }
 
-VORN_DataContainer::VORN_DataContainer(DataType type, const void *values, int count, const VORN_MissingData &missing)
+VORN_DataContainer::VORN_DataContainer(DataType type, const void *values, int count,
+                                       const VORN_MissingData &missing)
     : VORN_DataContainer(type, values, count, QVector<unsigned int>(), missing)
 {
 }
 
 VORN_DataContainer::VORN_DataContainer(DataType type, const void *values, int count,
-                                       const QVector<unsigned int> &colors, const VORN_MissingData &missing)
+                                       const QVector<unsigned int> &colors,
+                                       const VORN_MissingData &missing)
     : mType(type), mColorTable(colors), mMissing(missing)
 {
     const bool found = visitForm(type, [&](auto form) {
@@ -175,14 +190,16 @@ double VORN_DataContainer::value(int id) const
 
 qint64 VORN_DataContainer::intvalue(int id) const
 {
-    return ContainerAccess::readElement(*this, id, "Data value is missing",
-                                        [](const auto &element) { return toInteger<qint64>(element); });
+    return ContainerAccess::readElement(
+        *this, id, "Data value is missing",
+        [](const auto &element) { return toInteger<qint64>(element); });
 }
 
 quint64 VORN_DataContainer::uintvalue(int id) const
 {
-    return ContainerAccess::readElement(*this, id, "Data value is missing",
-                                        [](const auto &element) { return toInteger<quint64>(element); });
+    return ContainerAccess::readElement(
+        *this, id, "Data value is missing",
+        [](const auto &element) { return toInteger<quint64>(element); });
 }
 
 QString VORN_DataContainer::strvalue(int id) const

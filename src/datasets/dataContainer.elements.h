@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The element types of the data containers: one list of forms, and what both containers do with an element.
+/// The element types of the data containers: one list of forms, and what both containers do with an
+/// element.
 #pragma once
 #include <QLocale>
 #include <QString>
@@ -20,13 +21,13 @@ template <class T, int Owned, int Borrowed> struct ContainerForm {
     static constexpr bool holds(int code) { return code == Owned || code == Borrowed; }
 };
 constexpr int kNeverBorrowed = -1;
-using ContainerForms =
-    std::tuple<ContainerForm<double, 0x1, 0x10000>, ContainerForm<qint32, 0x30, 0x300000>,
-               ContainerForm<QString, 0x8000, kNeverBorrowed>, ContainerForm<float, 0x2, 0x20000>,
-               ContainerForm<half, 0x3, 0x30000>, ContainerForm<qint8, 0x10, 0x100000>,
-               ContainerForm<qint16, 0x20, 0x200000>, ContainerForm<qint64, 0x40, 0x400000>,
-               ContainerForm<quint8, 0x10000000, 0x1000000>, ContainerForm<quint16, 0x20000000, 0x2000000>,
-               ContainerForm<quint32, 0x30000000, 0x3000000>, ContainerForm<quint64, 0x40000000, 0x4000000>>;
+using ContainerForms = std::tuple<
+    ContainerForm<double, 0x1, 0x10000>, ContainerForm<qint32, 0x30, 0x300000>,
+    ContainerForm<QString, 0x8000, kNeverBorrowed>, ContainerForm<float, 0x2, 0x20000>,
+    ContainerForm<half, 0x3, 0x30000>, ContainerForm<qint8, 0x10, 0x100000>,
+    ContainerForm<qint16, 0x20, 0x200000>, ContainerForm<qint64, 0x40, 0x400000>,
+    ContainerForm<quint8, 0x10000000, 0x1000000>, ContainerForm<quint16, 0x20000000, 0x2000000>,
+    ContainerForm<quint32, 0x30000000, 0x3000000>, ContainerForm<quint64, 0x40000000, 0x4000000>>;
 
 /// Calls `visit` with the form of a code; false when there is none.
 template <class Visit> bool visitForm(int code, Visit visit)
@@ -85,12 +86,14 @@ template <class Integer, class T> Integer toInteger(const T &element)
 /// The shortest text that reads back as the same number.
 inline QString textOf(float value)
 {
-    for (int digits = std::numeric_limits<float>::digits10; digits < std::numeric_limits<float>::max_digits10; ++digits) {
+    for (int digits = std::numeric_limits<float>::digits10;
+         digits < std::numeric_limits<float>::max_digits10; ++digits) {
         const QString text = QString::number(static_cast<double>(value), 'g', digits);
         if (text.toFloat() == value)
             return text;
     }
-    return QString::number(static_cast<double>(value), 'g', std::numeric_limits<float>::max_digits10);
+    return QString::number(static_cast<double>(value), 'g',
+                           std::numeric_limits<float>::max_digits10);
 }
 template <class T> QString textOf(const T &element)
 {
@@ -112,17 +115,24 @@ struct ContainerAccess {
     template <class Visit> static void visitValues(const VORN_DataContainer &container, Visit visit)
     {
         const bool found = datainterface::visitForm(container.mType, [&](auto form) {
-            visit(std::get<QVector<datainterface::ElementOfForm<decltype(form)>>>(container.mVectors).constData());
+            visit(
+                std::get<QVector<datainterface::ElementOfForm<decltype(form)>>>(container.mVectors)
+                    .constData());
         });
         datainterface::require(found, "Invalid data type");
     }
-    template <class Visit> static void visitValues(const VORN_ConstDataContainer &container, Visit visit)
+    template <class Visit>
+    static void visitValues(const VORN_ConstDataContainer &container, Visit visit)
     {
         switch (container.mType) {
-        case VORN_DataContainer::DoubleData: return visit(container.data.doubleVectorData.constData());
-        case VORN_DataContainer::Int32Data: return visit(container.data.int32VectorData.constData());
-        case VORN_DataContainer::StringData: return visit(container.data.stringVectorData.constData());
-        default: break;
+        case VORN_DataContainer::DoubleData:
+            return visit(container.data.doubleVectorData.constData());
+        case VORN_DataContainer::Int32Data:
+            return visit(container.data.int32VectorData.constData());
+        case VORN_DataContainer::StringData:
+            return visit(container.data.stringVectorData.constData());
+        default:
+            break;
         }
         const bool found = datainterface::visitForm(container.mType, [&](auto form) {
             using T = datainterface::ElementOfForm<decltype(form)>;
@@ -135,11 +145,15 @@ struct ContainerAccess {
     template <class Visit> static bool visitVector(VORN_DataContainer &container, Visit visit)
     {
         return datainterface::visitForm(container.mType, [&](auto form) {
-            visit(std::get<QVector<datainterface::ElementOfForm<decltype(form)>>>(container.mVectors));
+            visit(std::get<QVector<datainterface::ElementOfForm<decltype(form)>>>(
+                container.mVectors));
         });
     }
 
-    static bool isEmpty(const VORN_DataContainer &container) { return container.type() == VORN_DataContainer::NoData; }
+    static bool isEmpty(const VORN_DataContainer &container)
+    {
+        return container.type() == VORN_DataContainer::NoData;
+    }
     static bool isEmpty(const VORN_ConstDataContainer &container) { return container.id() == -1; }
 
     /// The tests of every read of one value, then `read` on the element.
@@ -165,15 +179,16 @@ struct ContainerAccess {
         bool equal = false;
         visitValues(container, [&](const auto *values) {
             visitValues(other, [&](const auto *others) {
-                if constexpr (std::is_same_v<std::decay_t<decltype(*values)>, std::decay_t<decltype(*others)>>)
+                if constexpr (std::is_same_v<std::decay_t<decltype(*values)>,
+                                             std::decay_t<decltype(*others)>>)
                     equal = equalElements(container, values, other, others);
             });
         });
         return equal;
     }
     template <class Container, class T>
-    static bool equalElements(const Container &container, const T *values, const VORN_ConstDataContainer &other,
-                              const T *others)
+    static bool equalElements(const Container &container, const T *values,
+                              const VORN_ConstDataContainer &other, const T *others)
     {
         for (int id = 0; id < container.nObjects; ++id) {
             const bool missing = container.isMissing(id);
@@ -194,12 +209,14 @@ struct ContainerAccess {
             return static_cast<int>(missing1) - static_cast<int>(missing2);
         int order = 0;
         visitValues(container, [&](const auto *values) {
-            order = static_cast<int>(values[id2] < values[id1]) - static_cast<int>(values[id1] < values[id2]);
+            order = static_cast<int>(values[id2] < values[id1])
+                    - static_cast<int>(values[id1] < values[id2]);
         });
         return order;
     }
 
-    template <class Container> static void sortedIndices(const Container &container, QVector<int> &indices)
+    template <class Container>
+    static void sortedIndices(const Container &container, QVector<int> &indices)
     {
         indices.clear();
         if (isEmpty(container))
@@ -209,7 +226,8 @@ struct ContainerAccess {
                 if (!container.isMissing(id) && isSortable(values[id]))
                     indices.append(id);
             }
-            std::sort(indices.begin(), indices.end(), [values](int a, int b) { return values[a] < values[b]; });
+            std::sort(indices.begin(), indices.end(),
+                      [values](int a, int b) { return values[a] < values[b]; });
         });
     }
     template <class T> static bool isSortable(const T &element)

@@ -22,7 +22,8 @@ MDataset *datasetOf(int dataId)
 {
     MGeoData *geography = geographyOf(DataId(dataId).GeoId());
     require(geography, "Invalid geography id");
-    MDataset *dataset = geography->GetDataSource() ? geography->GetDataSource()->GetDataset(dataId) : nullptr;
+    MDataset *dataset =
+        geography->GetDataSource() ? geography->GetDataSource()->GetDataset(dataId) : nullptr;
     require(dataset, "Invalid dataset type");
     return dataset;
 }
@@ -35,8 +36,9 @@ bool checkOut(const MDataset *dataset, int realization, qint64 time, int arg)
     }
     const auto *vector = dynamic_cast<const MVectorDataset *>(dataset);
     require(vector, "Invalid dataset type");
-    return vector->GetStorageType() == MVectorDataset::TimeSlice ? vector->CheckOutTimeSlice(realization, time, arg)
-                                                                 : vector->CheckOutRealization(realization, arg);
+    return vector->GetStorageType() == MVectorDataset::TimeSlice
+               ? vector->CheckOutTimeSlice(realization, time, arg)
+               : vector->CheckOutRealization(realization, arg);
 }
 
 bool checkIn(const MDataset *dataset, int realization, qint64 time, int arg)
@@ -47,8 +49,9 @@ bool checkIn(const MDataset *dataset, int realization, qint64 time, int arg)
     }
     const auto *vector = dynamic_cast<const MVectorDataset *>(dataset);
     require(vector, "Invalid dataset type");
-    return vector->GetStorageType() == MVectorDataset::TimeSlice ? vector->CheckInTimeSlice(realization, time, arg)
-                                                                 : vector->CheckInRealization(realization, arg);
+    return vector->GetStorageType() == MVectorDataset::TimeSlice
+               ? vector->CheckInTimeSlice(realization, time, arg)
+               : vector->CheckInRealization(realization, arg);
 }
 
 /// The code of borrowed cells of a type.
@@ -70,7 +73,8 @@ quint8 channel(unsigned int color, int shift)
 
 } // namespace
 
-VORN_ConstDataContainer::VORN_ConstDataContainer(int dataId, qint64 time, int realization, bool interp)
+VORN_ConstDataContainer::VORN_ConstDataContainer(int dataId, qint64 time, int realization,
+                                                 bool interp)
 {
     LoadFromDataset(datasetOf(dataId), time, realization, interp);
 }
@@ -121,7 +125,8 @@ void VORN_ConstDataContainer::copyFields(const VORN_ConstDataContainer &other)
     mMissing = other.mMissing;
 }
 
-void VORN_ConstDataContainer::LoadFromDataset(void *dataset, qint64 time, int realization, bool interp)
+void VORN_ConstDataContainer::LoadFromDataset(void *dataset, qint64 time, int realization,
+                                              bool interp)
 {
     auto *source = static_cast<MDataset *>(dataset);
     require(source, "Invalid dataset type");
@@ -156,7 +161,8 @@ void VORN_ConstDataContainer::loadVector(const MVectorDataset &dataset)
     case DecimalType:
         mType = VORN_DataContainer::DoubleData;
         dataset.GetValues(mRealization, mTime, data.doubleVectorData, missing, mInterp);
-        require(data.doubleVectorData.size() == nObjects, "data.doubleVectorData.size() == nObjects");
+        require(data.doubleVectorData.size() == nObjects,
+                "data.doubleVectorData.size() == nObjects");
         break;
     case IntegerType:
         mType = VORN_DataContainer::Int32Data;
@@ -166,9 +172,11 @@ void VORN_ConstDataContainer::loadVector(const MVectorDataset &dataset)
     case StringType:
         mType = VORN_DataContainer::StringData;
         dataset.GetValues(mRealization, mTime, data.stringVectorData, missing);
-        require(data.stringVectorData.size() == nObjects, "data.stringVectorData.size() == nObjects");
+        require(data.stringVectorData.size() == nObjects,
+                "data.stringVectorData.size() == nObjects");
         break;
-    default: fail("Invalid data type");
+    default:
+        fail("Invalid data type");
     }
     mMissing = VORN_MissingData(missing);
 }
@@ -182,23 +190,24 @@ void VORN_ConstDataContainer::loadRaster(const MRasterDataset &dataset)
     mRows = static_cast<int>(rows);
     mMissing = VORN_MissingData(MissingData::Raster, nObjects);
     const MRasterObservation *grid = dataset.GetConstRasterInfo(mRealization, mTime);
-    const bool isKnown = visitCellForm(dataset.GetDataType(), dataset.GetRasterBitDepth(), [&](auto form) {
-        using T = CellOf<decltype(form)>;
-        mType = borrowedType<T>();
-        if (!grid) {
-            mMissing.setAllMissing(nObjects);
-            return;
-        }
-        mGrid = grid->GetData();
-        mColorTable = grid->GetColorMap();
-        const T *cells = reinterpret_cast<const T *>(mGrid.constData());
-        std::get<const T *>(mCells) = cells;
-        const CellTest<const T *> test(dataset.GetCellFlag());
-        for (int id = 0; test.isSet() && id < nObjects; ++id) {
-            if (test.equals(cells[id]))
-                mMissing.setMissing(id);
-        }
-    });
+    const bool isKnown =
+        visitCellForm(dataset.GetDataType(), dataset.GetRasterBitDepth(), [&](auto form) {
+            using T = CellOf<decltype(form)>;
+            mType = borrowedType<T>();
+            if (!grid) {
+                mMissing.setAllMissing(nObjects);
+                return;
+            }
+            mGrid = grid->GetData();
+            mColorTable = grid->GetColorMap();
+            const T *cells = reinterpret_cast<const T *>(mGrid.constData());
+            std::get<const T *>(mCells) = cells;
+            const CellTest<const T *> test(dataset.GetCellFlag());
+            for (int id = 0; test.isSet() && id < nObjects; ++id) {
+                if (test.equals(cells[id]))
+                    mMissing.setMissing(id);
+            }
+        });
     require(isKnown, "Invalid bit depth");
 }
 
@@ -224,7 +233,8 @@ bool VORN_ConstDataContainer::CheckInData(int realization, qint64 time, int arg)
     return done;
 }
 
-// A write-back that fails leaves the values with their slice, changed and in memory: nothing is lost by going on.
+// A write-back that fails leaves the values with their slice, changed and in memory: nothing is
+// lost by going on.
 void VORN_ConstDataContainer::release() noexcept
 {
     try {
@@ -249,14 +259,16 @@ double VORN_ConstDataContainer::value(int objectId) const
 
 qint64 VORN_ConstDataContainer::intvalue(int objectId) const
 {
-    return ContainerAccess::readElement(*this, objectId, "Data value is missing",
-                                        [](const auto &element) { return toInteger<qint64>(element); });
+    return ContainerAccess::readElement(
+        *this, objectId, "Data value is missing",
+        [](const auto &element) { return toInteger<qint64>(element); });
 }
 
 quint64 VORN_ConstDataContainer::uintvalue(int objectId) const
 {
-    return ContainerAccess::readElement(*this, objectId, "Data value is missing",
-                                        [](const auto &element) { return toInteger<quint64>(element); });
+    return ContainerAccess::readElement(
+        *this, objectId, "Data value is missing",
+        [](const auto &element) { return toInteger<quint64>(element); });
 }
 
 QString VORN_ConstDataContainer::strvalue(int objectId) const
@@ -270,8 +282,9 @@ void VORN_ConstDataContainer::colorValues(int objectId, unsigned short &red, uns
 {
     require(hasColorTable(), "hasColorTable()");
     const quint64 index = uintvalue(objectId);
-    const unsigned int color =
-        index < static_cast<quint64>(mColorTable.size()) ? mColorTable.at(static_cast<int>(index)) : 0u;
+    const unsigned int color = index < static_cast<quint64>(mColorTable.size())
+                                   ? mColorTable.at(static_cast<int>(index))
+                                   : 0u;
     red = channel(color, 16);
     green = channel(color, 8);
     blue = channel(color, 0);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The one switch over the value types of a vector dataset, and over the six maps that hold its containers.
+/// The one switch over the value types of a vector dataset, and over the six maps that hold its
+/// containers.
 #pragma once
 #include "Common/detail/failure.h"
 #include "datainterface/MVectorDataset.h"
@@ -23,37 +24,46 @@ template <class T> constexpr DataType typeCode()
         return StringType;
 }
 
-/// Calls `visit` with the element type of a vector dataset; any other code raises "Invalid data type".
+/// Calls `visit` with the element type of a vector dataset; any other code raises "Invalid data
+/// type".
 template <class Visit>
 decltype(auto) visitElement(DataType type, Visit &&visit, const char *file = __builtin_FILE(),
                             int line = __builtin_LINE())
 {
     switch (type) {
-    case DecimalType: return visit(Element<double>{});
-    case IntegerType: return visit(Element<int>{});
-    case StringType: return visit(Element<QString>{});
-    default: break;
+    case DecimalType:
+        return visit(Element<double>{});
+    case IntegerType:
+        return visit(Element<int>{});
+    case StringType:
+        return visit(Element<QString>{});
+    default:
+        break;
     }
     fail("Invalid data type", file, line);
 }
 
 /// As visitElement, for work that texts have no part in.
 template <class Visit>
-decltype(auto) visitNumericElement(DataType type, Visit &&visit, const char *file = __builtin_FILE(),
-                                   int line = __builtin_LINE())
+decltype(auto) visitNumericElement(DataType type, Visit &&visit,
+                                   const char *file = __builtin_FILE(), int line = __builtin_LINE())
 {
     switch (type) {
-    case DecimalType: return visit(Element<double>{});
-    case IntegerType: return visit(Element<int>{});
-    default: break;
+    case DecimalType:
+        return visit(Element<double>{});
+    case IntegerType:
+        return visit(Element<int>{});
+    default:
+        break;
     }
     fail("Invalid data type", file, line);
 }
 
 /// Calls `visit` with the one map of a realization that data type and storage type pick.
 template <class Realization, class Visit>
-decltype(auto) visitContainers(Realization &realization, DataType type, MVectorDataset::StorageType storage,
-                               Visit &&visit, const char *file = __builtin_FILE(), int line = __builtin_LINE())
+decltype(auto) visitContainers(Realization &realization, DataType type,
+                               MVectorDataset::StorageType storage, Visit &&visit,
+                               const char *file = __builtin_FILE(), int line = __builtin_LINE())
 {
     return visitElement(
         type,

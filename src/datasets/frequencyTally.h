@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// Counting values into the ordered table of a dataset.
 ///
-/// A look-up in the table costs a dozen cache misses. Where many numbers come at once, the keys are hashed first (open
-/// addressing, at most 5001 of them), the values are counted there, and the counts go back to the table in the end. The
-/// result is that of counting one by one, the limit of the table included.
+/// A look-up in the table costs a dozen cache misses. Where many numbers come at once, the keys are
+/// hashed first (open addressing, at most 5001 of them), the values are counted there, and the
+/// counts go back to the table in the end. The result is that of counting one by one, the limit of
+/// the table included.
 #pragma once
 #include <QVector>
 #include <cmath>
@@ -38,9 +39,11 @@ template <class T> void countDown(FrequencyTable<T> &table, const T &value)
 /// The table's keys hashed, for one run of additions or of removals.
 template <class T> class FrequencyIndex {
 public:
-    FrequencyIndex(FrequencyTable<T> &table, qint64 expected) : mTable(table), mKeyCount(table.size())
+    FrequencyIndex(FrequencyTable<T> &table, qint64 expected)
+        : mTable(table), mKeyCount(table.size())
     {
-        const qint64 keys = qMax<qint64>(table.size(), qMin<qint64>(kFrequencyKeyLimit + 1, table.size() + expected));
+        const qint64 keys = qMax<qint64>(
+            table.size(), qMin<qint64>(kFrequencyKeyLimit + 1, table.size() + expected));
         while ((std::size_t(1) << mBits) < 2 * static_cast<std::size_t>(keys))
             ++mBits;
         mSlots.resize(std::size_t(1) << mBits);
@@ -105,12 +108,14 @@ private:
     {
         quint64 bits = 0;
         if constexpr (std::is_floating_point_v<T>) {
-            const T plain = std::isnan(value) ? std::numeric_limits<T>::quiet_NaN() : value + 0.0; // -0 becomes 0
+            const T plain = std::isnan(value) ? std::numeric_limits<T>::quiet_NaN()
+                                              : value + 0.0; // -0 becomes 0
             std::memcpy(&bits, &plain, sizeof plain);
         } else {
             bits = static_cast<quint32>(value);
         }
-        return bits * 0x9E3779B97F4A7C15u; // Fibonacci hashing: only the high bits mix all of the value's
+        return bits * 0x9E3779B97F4A7C15u; // Fibonacci hashing: only the high bits mix all of the
+                                           // value's
     }
     static bool equal(T a, T b) { return a == b || (a != a && b != b); }
     Slot &slotOf(T value)

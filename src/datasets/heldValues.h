@@ -8,7 +8,8 @@
 
 namespace datainterface {
 
-/// What a slice holds: positions that exist and are not missing. Valid while the slice stays checked out, unchanged.
+/// What a slice holds: positions that exist and are not missing. Valid while the slice stays
+/// checked out, unchanged.
 template <class T> class HeldValues {
 public:
     explicit HeldValues(const TimeSliceData<T> &slice)
@@ -43,7 +44,8 @@ private:
     const QSet<int> &mMissing;
 };
 
-/// Calls `visit(series)` for the series of each object. What shrinking left behind lies beyond the objects.
+/// Calls `visit(series)` for the series of each object. What shrinking left behind lies beyond the
+/// objects.
 template <class T, class Visit>
 void visitObjects(const QMap<int, TimeSeriesData<T> *> &series, int objectCount, Visit visit)
 {
@@ -52,13 +54,15 @@ void visitObjects(const QMap<int, TimeSeriesData<T> *> &series, int objectCount,
         visit(**one);
 }
 
-/// The entry that holds an instant, null without one. Valid while the series stays checked out, unchanged.
+/// The entry that holds an instant, null without one. Valid while the series stays checked out,
+/// unchanged.
 template <class T> const TimeSeriesEntry<T> *entryAt(const TimeSeriesData<T> &series, qint64 time)
 {
     const TimeSeriesEntry<T> *end = series.Data() + series.GetCount();
     const TimeStamp instant(time);
-    const auto *entry = std::lower_bound(series.Data(), end, instant,
-                                         [](const TimeSeriesEntry<T> &e, const TimeStamp &t) { return e.stamp < t; });
+    const auto *entry = std::lower_bound(
+        series.Data(), end, instant,
+        [](const TimeSeriesEntry<T> &e, const TimeStamp &t) { return e.stamp < t; });
     return entry != end && entry->stamp.contains(time) ? entry : nullptr;
 }
 

@@ -10,8 +10,8 @@ namespace datainterface {
 
 namespace {
 
-// The range is divided by the number of breaks and not by that of classes, so that the last class is twice as wide as
-// the others: legends have always been cut so.
+// The range is divided by the number of breaks and not by that of classes, so that the last class
+// is twice as wide as the others: legends have always been cut so.
 QList<double> equalIntervals(int breakCount, double minimum, double maximum)
 {
     QList<double> breaks;
@@ -37,21 +37,26 @@ QList<double> jenks(int breakCount, const ValueRuns &sorted, bool showProgress)
 {
     std::unique_ptr<VORN_Progress> progress;
     if (showProgress && breakCount > 2)
-        progress = std::make_unique<VORN_Progress>("Jenks classes", "Creating Jenks classes...", "Cancel");
+        progress =
+            std::make_unique<VORN_Progress>("Jenks classes", "Creating Jenks classes...", "Cancel");
     return jenksBreaks(breakCount, sorted);
 }
 
 } // namespace
 
-QList<double> intervalBreaks(int breakCount, const ValueRuns &sorted, MDataset::ClassificationType classification,
-                             bool showProgress, const char *file, int line)
+QList<double> intervalBreaks(int breakCount, const ValueRuns &sorted,
+                             MDataset::ClassificationType classification, bool showProgress,
+                             const char *file, int line)
 {
     switch (classification) {
     case MDataset::EqualIntervals:
-        return sorted.empty() ? equalIntervals(breakCount, 0.0, 0.0)
-                                : equalIntervals(breakCount, sorted.front().value, sorted.back().value);
-    case MDataset::Quantiles: return quantileBreaks(breakCount, sorted);
-    case MDataset::Jenks: return jenks(breakCount, sorted, showProgress);
+        return sorted.empty()
+                   ? equalIntervals(breakCount, 0.0, 0.0)
+                   : equalIntervals(breakCount, sorted.front().value, sorted.back().value);
+    case MDataset::Quantiles:
+        return quantileBreaks(breakCount, sorted);
+    case MDataset::Jenks:
+        return jenks(breakCount, sorted, showProgress);
     }
     fail("Invalid data type", file, line);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// How an interval cuts another. Time is discrete: an exclusive end leaves out one tick, and an interval without a tick
-/// is never stored.
+/// How an interval cuts another. Time is discrete: an exclusive end leaves out one tick, and an
+/// interval without a tick is never stored.
 #pragma once
 #include <limits>
 #include "Common/detail/failure.h"
@@ -27,15 +27,15 @@ inline bool holdsTick(const TimeStamp &stamp)
 
 /// What `cutter` leaves of an interval that it overlaps.
 enum class Cut {
-    Nothing,     ///< covered
-    Head,        ///< the part before the cutter
-    Tail,        ///< the part behind it
+    Nothing, ///< covered
+    Head,    ///< the part before the cutter
+    Tail,    ///< the part behind it
     HeadAndTail
 };
 
 /// Raises "Invalid time stamp" for crossed ends.
-inline Cut cutBy(const TimeStamp &cutter, const TimeStamp &stamp, const char *file = __builtin_FILE(),
-                 int line = __builtin_LINE())
+inline Cut cutBy(const TimeStamp &cutter, const TimeStamp &stamp,
+                 const char *file = __builtin_FILE(), int line = __builtin_LINE())
 {
     require(stamp.startTime <= stamp.endTime, "Invalid time stamp", file, line);
     const bool head = firstTick(stamp) < firstTick(cutter);
@@ -48,7 +48,8 @@ inline Cut cutBy(const TimeStamp &cutter, const TimeStamp &stamp, const char *fi
 /// From the start of `stamp` up to the cutter.
 inline TimeStamp headOf(const TimeStamp &stamp, const TimeStamp &cutter)
 {
-    return TimeStamp(stamp.startTime, cutter.startTime, stamp.inclusiveStart, !cutter.inclusiveStart);
+    return TimeStamp(stamp.startTime, cutter.startTime, stamp.inclusiveStart,
+                     !cutter.inclusiveStart);
 }
 
 /// From behind the cutter to the end of `stamp`.
@@ -65,12 +66,15 @@ inline TimeStamp partUnder(const TimeStamp &stamp, const TimeStamp &cutter)
     return TimeStamp(start.startTime, end.endTime, start.inclusiveStart, end.inclusiveEnd);
 }
 
-/// Walks along an interval while it is being cut up: the bound behind the last piece. A piece that would hold no tick
-/// comes back invalid.
+/// Walks along an interval while it is being cut up: the bound behind the last piece. A piece that
+/// would hold no tick comes back invalid.
 class PieceCursor {
 public:
     explicit PieceCursor(const TimeStamp &whole)
-        : mWhole(whole), mTime(whole.startTime), mInclusive(whole.inclusiveStart), mDone(!holdsTick(whole))
+        : mWhole(whole),
+          mTime(whole.startTime),
+          mInclusive(whole.inclusiveStart),
+          mDone(!holdsTick(whole))
     {
     }
     /// The piece up to the start of `next`, and moves there.
@@ -82,7 +86,8 @@ public:
         moveTo(next.startTime, next.inclusiveStart);
         return piece;
     }
-    /// The piece up to the earlier end of the whole and of `other` (other's at a tie), and moves behind it.
+    /// The piece up to the earlier end of the whole and of `other` (other's at a tie), and moves
+    /// behind it.
     TimeStamp through(const TimeStamp &other)
     {
         const TimeStamp &end = lastTick(other) <= lastTick(mWhole) ? other : mWhole;
@@ -99,7 +104,10 @@ public:
     TimeStamp rest() { return through(mWhole); }
 
 private:
-    qint64 tick() const { return firstTick(TimeStamp(mTime, std::numeric_limits<qint64>::max(), mInclusive, true)); }
+    qint64 tick() const
+    {
+        return firstTick(TimeStamp(mTime, std::numeric_limits<qint64>::max(), mInclusive, true));
+    }
     void moveTo(qint64 time, bool inclusive)
     {
         mTime = time;

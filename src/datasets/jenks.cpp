@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
-// Natural breaks by the recurrence F(c, j) = min over i of F(c-1, i) + cost(i+1 .. j), the smallest i of equal ones, as
-// it comes out in doubles when each cost is summed from its first element to its last.
+// Natural breaks by the recurrence F(c, j) = min over i of F(c-1, i) + cost(i+1 .. j), the smallest
+// i of equal ones, as it comes out in doubles when each cost is summed from its first element to
+// its last.
 //
-// Equal values never part, so the recurrence is run over runs of them. First every F is found approximately from prefix
-// sums, in O(k d log d) for d runs, since the best i never falls as j grows. Then the way back from F(k, n) is walked:
-// at each step all i that could be the best one, given bounds on the rounding of both computations, are candidates.
-// A lone candidate is the answer. Several are told apart by the sums of the recurrence itself, of which only those that
-// matter are formed. When too many matter, or rounding is a fair part of the costs (values with a large common offset),
-// all of them are formed: the plain recurrence, first element by first element, in O(k n) memory.
+// Equal values never part, so the recurrence is run over runs of them. First every F is found
+// approximately from prefix sums, in O(k d log d) for d runs, since the best i never falls as j
+// grows. Then the way back from F(k, n) is walked: at each step all i that could be the best one,
+// given bounds on the rounding of both computations, are candidates. A lone candidate is the
+// answer. Several are told apart by the sums of the recurrence itself, of which only those that
+// matter are formed. When too many matter, or rounding is a fair part of the costs (values with a
+// large common offset), all of them are formed: the plain recurrence, first element by first
+// element, in O(k n) memory.
 #include "datasets/jenks.h"
 #include <algorithm>
 #include <cmath>
@@ -23,18 +26,22 @@ using datainterface::ValueRuns;
 namespace {
 
 constexpr double kRounding = 0x1p-53;
-constexpr double kSquareLimit = 1e140;   // a larger value could overflow the sums
+constexpr double kSquareLimit = 1e140; // a larger value could overflow the sums
 constexpr double kScaleDown = 0x1p-600;
-constexpr qint64 kPlainLimit = 20000;    // values that the plain recurrence is still fit for: 2e8 costs
-constexpr qint64 kPlainFewLimit = 2000;  // the same when there are not more different values than classes
-constexpr qint64 kMostSums = 1LL << 30;  // however many values there are
-constexpr qint64 kSumsPerValue = 64;     // elements summed a value before the plain recurrence is the shorter way
+constexpr qint64 kPlainLimit =
+    20000; // values that the plain recurrence is still fit for: 2e8 costs
+constexpr qint64 kPlainFewLimit =
+    2000; // the same when there are not more different values than classes
+constexpr qint64 kMostSums = 1LL << 30; // however many values there are
+constexpr qint64 kSumsPerValue =
+    64; // elements summed a value before the plain recurrence is the shorter way
 
 using Splits = std::vector<qint64>; // for c = k down to 2: the elements before class c
 
 bool goOn(double part)
 {
-    return !VORN_Progress::UsingProgressBar() || VORN_Progress::UpdateProgress(static_cast<int>(100.0 * part), nullptr);
+    return !VORN_Progress::UsingProgressBar()
+           || VORN_Progress::UpdateProgress(static_cast<int>(100.0 * part), nullptr);
 }
 
 // The costs of the stretches that begin at one element, each from the one before.
@@ -95,7 +102,8 @@ Splits plainSplits(const ValueRuns &runs, int classes)
     return splits;
 }
 
-// With no more different values than classes every run is a class; classes left over part off the first element.
+// With no more different values than classes every run is a class; classes left over part off the
+// first element.
 Splits splitsOfFewRuns(const std::vector<qint64> &ends, int classes)
 {
     Splits splits;
@@ -111,7 +119,10 @@ class RunSplits {
 public:
     // ends[r]: the elements in the first r runs. More runs than classes.
     RunSplits(const ValueRuns &values, const std::vector<qint64> &ends, int classes)
-        : mValues(values), mEnds(ends), mRuns(static_cast<int>(values.size())), mClasses(classes),
+        : mValues(values),
+          mEnds(ends),
+          mRuns(static_cast<int>(values.size())),
+          mClasses(classes),
           mBudget(std::min(kSumsPerValue * ends.back(), kMostSums))
     {
         sumUp();
@@ -157,7 +168,8 @@ private:
         int back;
     };
 
-    // Prefix sums of the values less the middle one; what that takes off the costs' rounding is all the better.
+    // Prefix sums of the values less the middle one; what that takes off the costs' rounding is all
+    // the better.
     void sumUp()
     {
         const auto middle = std::upper_bound(mEnds.begin(), mEnds.end(), mEnds.back() / 2);
@@ -177,14 +189,15 @@ private:
             magnitude += count * std::abs(shifted);
             largest = std::max(largest, std::abs(shifted));
         }
-        // The recurrence: n additions each to sums of which the squared one is at most n times the sum of squares.
-        // The approximation: d additions, two ends, k classes, and 2 log2 d + 2 times that since a split that rounding
-        // moved bounds the search for others.
+        // The recurrence: n additions each to sums of which the squared one is at most n times the
+        // sum of squares. The approximation: d additions, two ends, k classes, and 2 log2 d + 2
+        // times that since a split that rounding moved bounds the search for others.
         const double n = static_cast<double>(mEnds.back());
         const double d = mRuns;
         const double k = mClasses;
         const double plain = (3.0 * n + 8.0 + k) * squares;
-        const double approximation = k * (2.0 * std::ceil(std::log2(d)) + 3.0) * (6.0 * d + 20.0) * largest * magnitude;
+        const double approximation =
+            k * (2.0 * std::ceil(std::log2(d)) + 3.0) * (6.0 * d + 20.0) * largest * magnitude;
         mSlack = 2.0 * kRounding * (plain + approximation);
     }
 
@@ -231,7 +244,8 @@ private:
     {
         mBudget -= b;
         const double least = leastValue(c, b);
-        // To the recurrence fewer values than classes cost nothing. Only rounding can make that the better way.
+        // To the recurrence fewer values than classes cost nothing. Only rounding can make that the
+        // better way.
         for (int i = 1; i < c - 1; ++i) {
             if (slack > 0.0 && cost(i, b) <= least + slack)
                 mBudget = -1;
@@ -311,7 +325,8 @@ std::vector<qint64> runEnds(const ValueRuns &runs)
 }
 
 // Where the classes part; nothing: cancelled.
-std::optional<Splits> findSplits(const ValueRuns &values, const std::vector<qint64> &ends, int classes)
+std::optional<Splits> findSplits(const ValueRuns &values, const std::vector<qint64> &ends,
+                                 int classes)
 {
     const qint64 count = ends.back();
     const auto plain = [&]() -> std::optional<Splits> {
@@ -343,7 +358,8 @@ QList<double> datainterface::jenksBreaks(int breakCount, const ValueRuns &sorted
     const std::vector<qint64> ends = runEnds(sorted);
     Splits splits;
     if (breakCount > 2) {
-        const double largest = std::max(std::abs(sorted.front().value), std::abs(sorted.back().value));
+        const double largest =
+            std::max(std::abs(sorted.front().value), std::abs(sorted.back().value));
         ValueRuns values = sorted;
         for (ValueRun &run : values)
             run.value *= largest > kSquareLimit ? kScaleDown : 1.0;

@@ -3,11 +3,13 @@
 #pragma once
 #include "datainterface/MVectorDataset.h"
 
-template <class T> inline const TimeSliceData<T> *MVectorDataset::sliceAt(int realization, qint64 time) const
+template <class T>
+inline const TimeSliceData<T> *MVectorDataset::sliceAt(int realization, qint64 time) const
 {
     const TimeStamp instant(timeOf(time));
     LastSlice<T> &last = std::get<LastSlice<T>>(mLastSlices);
-    if (last.slice && last.realization == realization && !(last.stamp < instant) && !(instant < last.stamp))
+    if (last.slice && last.realization == realization && !(last.stamp < instant)
+        && !(instant < last.stamp))
         return last.slice;
     const MVectorDataRealization *found = realizationAt(realization);
     if (!found)

@@ -2,14 +2,14 @@
 /// Forms that datasets of old files share: slices held inline, texts as bytes, data types and
 /// frequency tables of each realization.
 #pragma once
-#include "Common/detail/streams.h"
-#include "datainterface/DataType.h"
 #include <QDataStream>
 #include <QMap>
 #include <QVector>
 #include <string>
 #include <tuple>
 #include <utility>
+#include "Common/detail/streams.h"
+#include "datainterface/DataType.h"
 
 /// The values of one time as files before 180004 hold them, and the objects that have them,
 /// pairwise. Exists only while a project is read. T is int, double or std::string.

@@ -16,7 +16,8 @@ public:
     OwnedContainers &operator=(const OwnedContainers &) = delete;
 
     Map &map() { return mMap; }
-    template <class Key, class Container> void insert(const Key &key, std::unique_ptr<Container> container)
+    template <class Key, class Container>
+    void insert(const Key &key, std::unique_ptr<Container> container)
     {
         mMap.insert(key, container.get());
         container.release();

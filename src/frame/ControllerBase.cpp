@@ -40,7 +40,8 @@ int ControllerBase::ShowMethod(int, const QString &, const QVector<MethodParamet
     return -1;
 }
 
-bool ControllerBase::ExecuteMethod(int, const QString &, const QVector<MethodParameter> &, MethodReport &)
+bool ControllerBase::ExecuteMethod(int, const QString &, const QVector<MethodParameter> &,
+                                   MethodReport &)
 {
     return false;
 }
@@ -50,12 +51,16 @@ QString ControllerBase::GetDatasetPropertiesStringForCurrentMethod()
     return QString();
 }
 
-void ControllerBase::ShowSpatialWeightSetDialog(int, bool, bool) {}
+void ControllerBase::ShowSpatialWeightSetDialog(int, bool, bool)
+{
+}
 
-void ControllerBase::ShowVariogramModelDialog(VariogramModel &, bool, int, bool) {}
+void ControllerBase::ShowVariogramModelDialog(VariogramModel &, bool, int, bool)
+{
+}
 
-int ControllerBase::CreateMapWindow(int, qint64, const QString &, const ColorSchemeInfo &, const ColorSchemeInfo &,
-                                    const SymbolSchemeInfo &)
+int ControllerBase::CreateMapWindow(int, qint64, const QString &, const ColorSchemeInfo &,
+                                    const ColorSchemeInfo &, const SymbolSchemeInfo &)
 {
     return 0;
 }
@@ -66,7 +71,9 @@ bool ControllerBase::CreateMapLayer(int, int, const ColorSchemeInfo &, const Col
     return false;
 }
 
-void ControllerBase::SyncViews(QList<int>, qint64) {}
+void ControllerBase::SyncViews(QList<int>, qint64)
+{
+}
 
 bool ControllerBase::ShowSpatialWeightsInMap(int, int, int)
 {
@@ -80,7 +87,8 @@ int ControllerBase::CreateGraphWindow(GraphTypes, const QVector<int> &, qint64, 
 }
 
 bool ControllerBase::GenerateVariogramModel(VariogramModel &, const DataId &, const Interval &,
-                                            VariogramModel::EstimatorTypes, const DataId &, int, bool, double, bool)
+                                            VariogramModel::EstimatorTypes, const DataId &, int,
+                                            bool, double, bool)
 {
     return false;
 }
@@ -90,11 +98,16 @@ bool ControllerBase::HasGUI()
     return dynamic_cast<QApplication *>(this) != nullptr;
 }
 
-void ControllerBase::AddToLog(const QString &, bool) {}
+void ControllerBase::AddToLog(const QString &, bool)
+{
+}
 
-void ControllerBase::ShowHelpTopic(const char *) {}
+void ControllerBase::ShowHelpTopic(const char *)
+{
+}
 
-QString ControllerBase::GetInvocationStringForMethod(int, const QString &, const QVector<MethodParameter> &)
+QString ControllerBase::GetInvocationStringForMethod(int, const QString &,
+                                                     const QVector<MethodParameter> &)
 {
     return QString();
 }
@@ -117,8 +130,9 @@ QString ControllerBase::GetUniqueDatasetName(int geographyId, const QString &nam
     return uniqueDatasetName(geographyId, name);
 }
 
-int ControllerBase::AddNewVectorGeography(const QString &fileName, const QString &name, const QString &history,
-                                          TimeFormat format, int, const QVector<int> *)
+int ControllerBase::AddNewVectorGeography(const QString &fileName, const QString &name,
+                                          const QString &history, TimeFormat format, int,
+                                          const QVector<int> *)
 {
     QFile file(fileName);
     require(file.open(QIODevice::ReadOnly), "Can't open file");
@@ -126,7 +140,8 @@ int ControllerBase::AddNewVectorGeography(const QString &fileName, const QString
     auto fennims = std::make_unique<Fennims>();
     if (!fennims->Open(in, nullptr))
         return -1;
-    auto geography = std::make_unique<MVectorData>(name, format, isTesting() ? QString() : GetVORNDataPath());
+    auto geography =
+        std::make_unique<MVectorData>(name, format, isTesting() ? QString() : GetVORNDataPath());
     const FMProjectionInfo projection = fennims->GetProjectionSettings();
     if (!geography->Initialize(fennims.release(), false))
         return -1;
@@ -137,11 +152,13 @@ int ControllerBase::AddNewVectorGeography(const QString &fileName, const QString
     return id;
 }
 
-int ControllerBase::AddNewRasterGeography(const QString &name, unsigned int rows, unsigned int columns,
-                                          const QRectF &bounds, const TimeStamp &stamp, TimeFormat format,
+int ControllerBase::AddNewRasterGeography(const QString &name, unsigned int rows,
+                                          unsigned int columns, const QRectF &bounds,
+                                          const TimeStamp &stamp, TimeFormat format,
                                           const QString &history, const QString &projection)
 {
-    auto geography = std::make_unique<MRasterData>(name, stamp, format, isTesting() ? QString() : GetVORNDataPath());
+    auto geography = std::make_unique<MRasterData>(name, stamp, format,
+                                                   isTesting() ? QString() : GetVORNDataPath());
     if (!geography->Initialize(static_cast<int>(rows), static_cast<int>(columns), bounds))
         return -1;
     geography->GetMetaData().setTag(QStringLiteral("History"), history);

@@ -16,7 +16,8 @@ constexpr int kTestingCacheBytes = 10000000;
 
 int showGraphOfOne(GraphTypes type, int dataId, qint64 t, const QString &title)
 {
-    return controller()->CreateGraphWindow(type, {dataId}, t, title, ColorSchemeInfo(), nullptr, nullptr);
+    return controller()->CreateGraphWindow(type, {dataId}, t, title, ColorSchemeInfo(), nullptr,
+                                           nullptr);
 }
 
 } // namespace
@@ -59,8 +60,8 @@ void VORN_ShowSpatialWeightSetDialog(int geographyId, bool flagA, bool flagB)
     controller()->ShowSpatialWeightSetDialog(geographyId, flagA, flagB);
 }
 
-int VORN_DisplayMap(int dataId, qint64 t, const QString &title, ColorSchemeInfo fill, ColorSchemeInfo line,
-                    SymbolSchemeInfo symbols)
+int VORN_DisplayMap(int dataId, qint64 t, const QString &title, ColorSchemeInfo fill,
+                    ColorSchemeInfo line, SymbolSchemeInfo symbols)
 {
     return controller()->CreateMapWindow(dataId, t, title, fill, line, symbols);
 }
@@ -81,7 +82,8 @@ void VORN_ShowHelpTopic(const char *topic)
     controller()->ShowHelpTopic(topic);
 }
 
-QString VORN_GetInvocationString(int method, const QString &name, const QVector<MethodParameter> &parameters)
+QString VORN_GetInvocationString(int method, const QString &name,
+                                 const QVector<MethodParameter> &parameters)
 {
     return controller()->GetInvocationStringForMethod(method, name, parameters);
 }
@@ -106,10 +108,11 @@ QString VORN_SuggestUniqueDatasetName(int geographyId, const QString &name)
     return uniqueDatasetName(geographyId, name);
 }
 
-int VORN_DisplayScatterplot(int dataIdX, int dataIdY, qint64 t, const QString &title, ColorSchemeInfo colors,
-                            const QPointF *points, const QRectF *bounds)
+int VORN_DisplayScatterplot(int dataIdX, int dataIdY, qint64 t, const QString &title,
+                            ColorSchemeInfo colors, const QPointF *points, const QRectF *bounds)
 {
-    return controller()->CreateGraphWindow(ScatterPlot, {dataIdX, dataIdY}, t, title, colors, points, bounds);
+    return controller()->CreateGraphWindow(ScatterPlot, {dataIdX, dataIdY}, t, title, colors,
+                                           points, bounds);
 }
 
 int VORN_DisplayBoxplot(int dataId, qint64 t, const QString &title)

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The project file is one flat stream: a header, the geographies with everything on them, the blocks of the block
-// store, the nonconditional variogram models. No table of contents, no checksum: reading is the mirror of writing, under
-// the version that the file names first. Containers are restored as block ids alone; the blocks stand behind the
-// geographies, so nothing may page in while geographies are read.
+// The project file is one flat stream: a header, the geographies with everything on them, the
+// blocks of the block store, the nonconditional variogram models. No table of contents, no
+// checksum: reading is the mirror of writing, under the version that the file names first.
+// Containers are restored as block ids alone; the blocks stand behind the geographies, so nothing
+// may page in while geographies are read.
 #include "datainterface/ProjectAPI.h"
 #include <QColor>
 #include <QFile>
@@ -38,8 +39,8 @@ constexpr int kLongestVersionText = 8; // "4.00.021"
 // Fields that every file has and no reader looks at.
 void writeReserved(QDataStream &out)
 {
-    out << QColor(255, 146, 0, 255) << qint8(1) << qint8(1) << qint8(0) << qint8(0) << qint32(0) << qint32(0)
-        << qint32(0);
+    out << QColor(255, 146, 0, 255) << qint8(1) << qint8(1) << qint8(0) << qint8(0) << qint32(0)
+        << qint32(0) << qint32(0);
 }
 
 void skipReserved(QDataStream &in, int version)
@@ -76,15 +77,15 @@ bool writeProject(QDataStream &out)
     return out.status() == QDataStream::Ok;
 }
 
-// The form of Qt's own types in files of each age. The row that breaks the rising order is tested first: files of its
-// range were written that way.
+// The form of Qt's own types in files of each age. The row that breaks the rising order is tested
+// first: files of its range were written that way.
 int streamVersionOf(int version)
 {
     struct Row {
         int below;
         int streamVersion;
     };
-    static constexpr Row kRows[] = {{112001, 6},  {130000, 7},  {180022, 8},  {180063, 10},
+    static constexpr Row kRows[] = {{112001, 6},  {130000, 7},  {180022, 8}, {180063, 10},
                                     {180088, 11}, {201038, 12}, {400019, 14}};
     if (version >= 170100 && version <= 179999)
         return 12;
@@ -109,14 +110,16 @@ bool readVersion(QDataStream &in)
 std::unique_ptr<MGeoData> newGeography(qint8 kind)
 {
     if (kind == VectorKind)
-        return std::make_unique<MVectorData>(QString(), TF_DateTime, ControllerBase::GetVORNDataPath());
+        return std::make_unique<MVectorData>(QString(), TF_DateTime,
+                                             ControllerBase::GetVORNDataPath());
     if (kind == RasterKind)
         return std::make_unique<MRasterData>(QString(), TimeStamp(0, 0, true, true), TF_DateTime,
                                              ControllerBase::GetVORNDataPath());
     return nullptr;
 }
 
-// A geography that cannot be read ends the load: what follows it in the stream would be read at the wrong place.
+// A geography that cannot be read ends the load: what follows it in the stream would be read at the
+// wrong place.
 bool readGeography(QDataStream &in, int version)
 {
     qint8 kind = VectorKind;
@@ -125,7 +128,8 @@ bool readGeography(QDataStream &in, int version)
     std::unique_ptr<MGeoData> geography = newGeography(kind);
     if (!geography || !geography->RestoreFromStream(in))
         return false;
-    // One that stands under the id already belongs to a project that was not unloaded, and nobody could reach it again.
+    // One that stands under the id already belongs to a project that was not unloaded, and nobody
+    // could reach it again.
     MGeoData *&entry = controller()->GetGeoData()[geography->GetId()];
     delete entry;
     entry = geography.release();

@@ -13,7 +13,7 @@ void SetDataInterfaceVersionLoading(const QString &version)
     dataInterfaceVersionStringLoading = version;
     const auto part = [&version](int i) { return version.section(QLatin1Char('.'), i, i).toInt(); };
     // Unsigned, so that an absurd text wraps instead of overflowing.
-    dataInterfaceVersionLoading = static_cast<int>(static_cast<unsigned>(part(0)) * 100000U
-                                                   + static_cast<unsigned>(part(1)) * 1000U
-                                                   + static_cast<unsigned>(part(2)));
+    dataInterfaceVersionLoading =
+        static_cast<int>(static_cast<unsigned>(part(0)) * 100000U
+                         + static_cast<unsigned>(part(1)) * 1000U + static_cast<unsigned>(part(2)));
 }

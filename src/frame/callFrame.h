@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// The call frame of the public functions: the one place that knows how an id finds its object. Each function names its
-/// own miss, which stands for an unknown id and for an object of another kind; nothing is reported.
+/// The call frame of the public functions: the one place that knows how an id finds its object.
+/// Each function names its own miss, which stands for an unknown id and for an object of another
+/// kind; nothing is reported.
 #pragma once
 #include <QMap>
 #include <type_traits>
@@ -22,17 +23,22 @@ template <class Kind, class Base> Kind *asKind(Base *object)
     else
         return dynamic_cast<Kind *>(object);
 }
-/// A dataset names its kind. Single values are read through here, and a cast would be a third of their cost.
+/// A dataset names its kind. Single values are read through here, and a cast would be a third of
+/// their cost.
 template <> inline MVectorDataset *asKind<MVectorDataset, MDataset>(MDataset *dataset)
 {
     constexpr int kVectorDataset = 1;
-    return dataset && dataset->GetDatasetKind() == kVectorDataset ? static_cast<MVectorDataset *>(dataset) : nullptr;
+    return dataset && dataset->GetDatasetKind() == kVectorDataset
+               ? static_cast<MVectorDataset *>(dataset)
+               : nullptr;
 }
 
 template <> inline MRasterDataset *asKind<MRasterDataset, MDataset>(MDataset *dataset)
 {
     constexpr int kRasterDataset = 2;
-    return dataset && dataset->GetDatasetKind() == kRasterDataset ? static_cast<MRasterDataset *>(dataset) : nullptr;
+    return dataset && dataset->GetDatasetKind() == kRasterDataset
+               ? static_cast<MRasterDataset *>(dataset)
+               : nullptr;
 }
 
 /// Arithmetic: a negative half stays negative.
@@ -63,14 +69,17 @@ Result onGeographySource(int geographyId, Result miss, Call call)
     });
 }
 
-/// `call` on the data source that a dataset id belongs to. Whether it has the dataset is not looked at.
-template <class Source = MDataSource, class Result, class Call> Result onSource(int dataId, Result miss, Call call)
+/// `call` on the data source that a dataset id belongs to. Whether it has the dataset is not looked
+/// at.
+template <class Source = MDataSource, class Result, class Call>
+Result onSource(int dataId, Result miss, Call call)
 {
     return onGeographySource<Source>(geographyIdOf(dataId), miss, call);
 }
 
 /// `call` on the dataset.
-template <class Dataset = MDataset, class Result, class Call> Result onDataset(int dataId, Result miss, Call call)
+template <class Dataset = MDataset, class Result, class Call>
+Result onDataset(int dataId, Result miss, Call call)
 {
     return onSource(dataId, miss, [&](MDataSource &source) {
         auto *dataset = asKind<Dataset>(source.GetDataset(dataId));

@@ -14,7 +14,8 @@ void setController(ControllerBase *controller);
 bool isTesting();
 void setTesting(bool testing);
 
-/// True when widgets may be made: a QApplication exists. A library never aborts its host for want of one.
+/// True when widgets may be made: a QApplication exists. A library never aborts its host for want
+/// of one.
 bool canShowWidgets();
 
 } // namespace datainterface

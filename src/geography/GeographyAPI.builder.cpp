@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-// A new geography takes the road of one that is opened from a file: the builder writes a scratch file, and the
-// controller opens it.
+// A new geography takes the road of one that is opened from a file: the builder writes a scratch
+// file, and the controller opens it.
+#include "datainterface/GeographyAPI.h"
 #include <QFile>
 #include <QPolygonF>
 #include <cmath>
 #include <memory>
-#include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
@@ -52,9 +52,10 @@ bool startNewGeography(const RectInT &bounds, const FMProjectionInfo *projection
     return true;
 }
 
-// `makeObject` makes the geometry; a vertex list of any size can run out of memory there, which is no more than a
-// geometry that cannot be added.
-template <class MakeObject> bool addToChain(unsigned int chain, const Interval &interval, MakeObject makeObject)
+// `makeObject` makes the geometry; a vertex list of any size can run out of memory there, which is
+// no more than a geometry that cannot be added.
+template <class MakeObject>
+bool addToChain(unsigned int chain, const Interval &interval, MakeObject makeObject)
 {
     if (!gNewGeography)
         return false;
@@ -65,8 +66,9 @@ template <class MakeObject> bool addToChain(unsigned int chain, const Interval &
         return false;
     }
     constexpr bool takeOver = true;
-    return gNewGeography->builder->AddObjectsToChain(static_cast<int>(chain), {object}, {rangeOf(interval)}, takeOver)
-        != nullptr;
+    return gNewGeography->builder->AddObjectsToChain(static_cast<int>(chain), {object},
+                                                     {rangeOf(interval)}, takeOver)
+           != nullptr;
 }
 
 } // namespace
@@ -81,7 +83,8 @@ bool VORN_StartNewVectorGeography(int likeGeography)
     });
 }
 
-bool VORN_StartNewVectorGeography(const QRectF &bounds, qint64 start, qint64 end, int projectionFrom)
+bool VORN_StartNewVectorGeography(const QRectF &bounds, qint64 start, qint64 end,
+                                  int projectionFrom)
 {
     if (gNewGeography)
         return false;
@@ -127,7 +130,8 @@ bool VORN_AddPointToChain(unsigned int chain, const QPointF &point, const Interv
     return addToChain(chain, interval, [&point] { return new FMPoint(point); });
 }
 
-bool VORN_AddLineToChain(unsigned int chain, const QList<QList<QPointF>> &parts, const Interval &interval)
+bool VORN_AddLineToChain(unsigned int chain, const QList<QList<QPointF>> &parts,
+                         const Interval &interval)
 {
     return addToChain(chain, interval, [&parts] {
         QList<QVector<QPointF>> vertices;
@@ -137,7 +141,8 @@ bool VORN_AddLineToChain(unsigned int chain, const QList<QList<QPointF>> &parts,
     });
 }
 
-bool VORN_AddPolygonToChain(unsigned int chain, const QList<QList<QPointF>> &rings, const Interval &interval)
+bool VORN_AddPolygonToChain(unsigned int chain, const QList<QList<QPointF>> &rings,
+                            const Interval &interval)
 {
     return addToChain(chain, interval, [&rings] {
         QList<QPolygonF> polygons;
@@ -147,7 +152,8 @@ bool VORN_AddPolygonToChain(unsigned int chain, const QList<QList<QPointF>> &rin
     });
 }
 
-bool VORN_AddPolygonToChain(unsigned int chain, const QList<QPointF> &ring, const Interval &interval)
+bool VORN_AddPolygonToChain(unsigned int chain, const QList<QPointF> &ring,
+                            const Interval &interval)
 {
     return VORN_AddPolygonToChain(chain, QList<QList<QPointF>>{ring}, interval);
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/GeographyAPI.h"
+#include <algorithm>
+#include <cmath>
 #include "fennimark/FMPoint.h"
 #include "frame/progressSection.h"
 #include "geography/shapeFrame.h"
-#include <algorithm>
-#include <cmath>
 
 using namespace datainterface;
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Polygons by handle.
 #include "datainterface/GeographyAPI.h"
+#include <list>
+#include <memory>
 #include "datainterface/StatisticsAPI.h"
 #include "fennimark/FMPolygon.h"
 #include "geography/centroid.h"
 #include "geography/shapeFrame.h"
-#include <list>
-#include <memory>
 
 using namespace datainterface;
 

@@ -74,8 +74,8 @@ MGeoData::~MGeoData()
 
 bool MGeoData::SaveToStream(QDataStream &out)
 {
-    out << mName << qint32(mId) << qint32(mNextId) << qint8(mIsStatic) << mMetaData << qint32(mTimeFormat)
-        << qint32(mParentId) << mParentObjectIds;
+    out << mName << qint32(mId) << qint32(mNextId) << qint8(mIsStatic) << mMetaData
+        << qint32(mTimeFormat) << qint32(mParentId) << mParentObjectIds;
     saveWeightSets(out);
     return out.status() == QDataStream::Ok;
 }
@@ -113,7 +113,8 @@ bool MGeoData::restoreIds(QDataStream &in)
     qint32 id = 0;
     qint32 nextId = 0;
     in >> id >> nextId;
-    if (in.status() != QDataStream::Ok || id < 0 || id >= kIdLimit || nextId < 0 || nextId > kIdLimit)
+    if (in.status() != QDataStream::Ok || id < 0 || id >= kIdLimit || nextId < 0
+        || nextId > kIdLimit)
         return false;
     mId = id;
     mNextId = nextId;
@@ -247,7 +248,8 @@ qint64 MGeoData::IncrementTime(TimeFormat format, TimeStep step, qint64 t)
     return datainterface::IncrementTime(format, step, t);
 }
 
-QString MGeoData::TimeToString(qint64 t, TimeFormat format, const char *dateFormat, const char *timeFormat)
+QString MGeoData::TimeToString(qint64 t, TimeFormat format, const char *dateFormat,
+                               const char *timeFormat)
 {
     return datainterface::TimeToString(t, format, dateFormat, timeFormat);
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Attributes and views of a geography, and selection by the values of a dataset.
+#include "datainterface/MGeoData.h"
 #include <QSet>
 #include <QVector>
 #include <algorithm>
 #include <type_traits>
-#include "datainterface/MGeoData.h"
 #include "Common/detail/failure.h"
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDataSource.h"

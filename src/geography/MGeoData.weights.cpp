@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The spatial weight sets of a geography.
 #include "datainterface/MGeoData.h"
+#include <algorithm>
+#include <memory>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
 #include "datainterface/AdjacencySet.h"
@@ -14,8 +16,6 @@
 #include "frame/listeners.h"
 #include "frame/progressSection.h"
 #include "frame/uniqueNames.h"
-#include <algorithm>
-#include <memory>
 
 using namespace datainterface;
 

@@ -28,9 +28,12 @@ constexpr int kSelectedAttribute = 1;
 int propertyType(Fennims::GeoTypes type)
 {
     switch (type) {
-    case Fennims::PointGeography: return GeoProps::Points;
-    case Fennims::LineGeography: return GeoProps::Lines;
-    case Fennims::PolygonGeography: break;
+    case Fennims::PointGeography:
+        return GeoProps::Points;
+    case Fennims::LineGeography:
+        return GeoProps::Lines;
+    case Fennims::PolygonGeography:
+        break;
     }
     return GeoProps::Polygons;
 }
@@ -68,8 +71,8 @@ bool MVectorData::Initialize(Fennims *fennims, bool createDefaultWeightSet)
     mFennims.reset(fennims);
     mFennims->SetName(mName.toLocal8Bit().constData());
     setProjectionTags(mMetaData, mFennims->GetProjectionSettings(), AngularUnit::Name);
-    mVectorDataSource =
-        new MVectorDataSource(mFilePath, static_cast<unsigned int>(mFennims->GetChainCount()), datasetIdSeed(mId));
+    mVectorDataSource = new MVectorDataSource(
+        mFilePath, static_cast<unsigned int>(mFennims->GetChainCount()), datasetIdSeed(mId));
     delete mDataSource;
     mDataSource = mVectorDataSource;
     numberObjects();
@@ -99,7 +102,7 @@ void MVectorData::indexFennimIds()
 bool MVectorData::IsValid() const
 {
     return mFennims && mFennims->GetChainCount() >= 1
-        && mDataSource->GetSourceKind() == MDataSource::VectorSource;
+           && mDataSource->GetSourceKind() == MDataSource::VectorSource;
 }
 
 void MVectorData::SetName(const QString &name)
@@ -138,8 +141,8 @@ bool MVectorData::AddListener(QObject *listener)
     return true;
 }
 
-// An object that exists outside the times of the data has missing data. Series know for themselves whether an object has
-// none at all, so the dataset is asked first.
+// An object that exists outside the times of the data has missing data. Series know for themselves
+// whether an object has none at all, so the dataset is asked first.
 bool MVectorData::HasObjectsWithMissingData(int dataset) const
 {
     MVectorDataset *data = mVectorDataSource->GetVectorDataset(dataset);
@@ -151,15 +154,18 @@ bool MVectorData::HasObjectsWithMissingData(int dataset) const
     if (data->IsStatic())
         return false;
     const auto leavesGap = [&](int object, const QList<TimeStamp> &dataTimes) {
-        const FMObjectChain *chain = mFennims->GetChainById(GetFennimId(static_cast<unsigned int>(object)));
+        const FMObjectChain *chain =
+            mFennims->GetChainById(GetFennimId(static_cast<unsigned int>(object)));
         return chain && !TimeStamp::TimeStampDifference(timesOf(*chain), dataTimes).isEmpty();
     };
     for (int realization = 0; realization < data->GetRealizationCount(); ++realization) {
         // All objects of a dataset stored as slices share its intervals.
         const bool isShared = data->GetStorageType() == MVectorDataset::TimeSlice;
-        const QList<TimeStamp> shared = isShared ? data->GetTimeSliceIntervals(realization) : QList<TimeStamp>();
+        const QList<TimeStamp> shared =
+            isShared ? data->GetTimeSliceIntervals(realization) : QList<TimeStamp>();
         for (int object = 0; object < mFennimIdMap.size(); ++object)
-            if (leavesGap(object, isShared ? shared : data->GetTimeSeriesIntervals(realization, object)))
+            if (leavesGap(object,
+                          isShared ? shared : data->GetTimeSeriesIntervals(realization, object)))
                 return true;
     }
     return false;
@@ -222,8 +228,9 @@ MVectorData *MVectorData::CreateFromSubset(const QString &, bool, const QSet<uns
 
 bool MVectorData::ExistsAtTime(qint64 time)
 {
-    return std::any_of(mFennims->mChains.cbegin(), mFennims->mChains.cend(),
-                       [time](const FMObjectChain *chain) { return existsIn(chain->GetObservation(time)); });
+    return std::any_of(
+        mFennims->mChains.cbegin(), mFennims->mChains.cend(),
+        [time](const FMObjectChain *chain) { return existsIn(chain->GetObservation(time)); });
 }
 
 bool MVectorData::GetMissingValues(int dataset, int realization, qint64 time, QSet<int> &missing)
@@ -239,7 +246,8 @@ bool MVectorData::GetMissingValues(int dataset, int realization, qint64 time, QS
     return true;
 }
 
-bool MVectorData::SetMissingValue(int dataset, int realization, unsigned int object, const TimeStamp &stamp)
+bool MVectorData::SetMissingValue(int dataset, int realization, unsigned int object,
+                                  const TimeStamp &stamp)
 {
     return mVectorDataSource->SetMissingValue(dataset, realization, object, stamp);
 }

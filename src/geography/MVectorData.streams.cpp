@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Behind the base part: the geometry as the geometry library writes it, both maps of object numbers, the data source.
+// Behind the base part: the geometry as the geometry library writes it, both maps of object
+// numbers, the data source.
+#include "datainterface/MVectorData.h"
 #include <algorithm>
 #include "Common/detail/streams.h"
-#include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/VersionAPI.h"
 #include "fennimark/FMProjectionInfo.h"
@@ -14,7 +15,8 @@ using namespace datainterface;
 
 namespace {
 
-// The geometry takes the first half of a geography's range of the progress bar, the datasets the second.
+// The geometry takes the first half of a geography's range of the progress bar, the datasets the
+// second.
 constexpr int kGeometryShare = 50;
 
 void writeAscending(QDataStream &out, const QHash<int, int> &hash)
@@ -79,7 +81,8 @@ bool MVectorData::RestoreFromStream(QDataStream &in)
     return restoreDataSource(in);
 }
 
-// Datasets are addressed by these numbers, so both maps must tell the same and name each chain of the geometry once.
+// Datasets are addressed by these numbers, so both maps must tell the same and name each chain of
+// the geometry once.
 bool MVectorData::restoreObjectNumbers(QDataStream &in)
 {
     NumberPairs pairs;
@@ -92,11 +95,13 @@ bool MVectorData::restoreObjectNumbers(QDataStream &in)
     if (mFennimIdMap.size() != chains.size() || pairs.size() != chains.size()
         || mObjectIndexByFennimId.size() != chains.size())
         return false;
-    const bool areNamed = std::all_of(chains.keyBegin(), chains.keyEnd(),
-                                      [this](int id) { return mObjectIndexByFennimId.contains(id); });
-    return areNamed && std::all_of(pairs.cbegin(), pairs.cend(), [this](const QPair<qint32, qint32> &pair) {
-        return GetObjectId(pair.first) == pair.second && pair.second >= 0;
+    const bool areNamed = std::all_of(chains.keyBegin(), chains.keyEnd(), [this](int id) {
+        return mObjectIndexByFennimId.contains(id);
     });
+    return areNamed
+           && std::all_of(pairs.cbegin(), pairs.cend(), [this](const QPair<qint32, qint32> &pair) {
+                  return GetObjectId(pair.first) == pair.second && pair.second >= 0;
+              });
 }
 
 bool MVectorData::restoreDataSource(QDataStream &in)
@@ -105,5 +110,6 @@ bool MVectorData::restoreDataSource(QDataStream &in)
     mDataSource = mVectorDataSource = new MVectorDataSource(mFilePath);
     mVectorDataSource->ExpectObjectCount(mFennimIdMap.size());
     return mVectorDataSource->RestoreFromStream(in)
-        && mVectorDataSource->GetObjectCount() == static_cast<unsigned int>(mFennimIdMap.size()) && weightSetsFit();
+           && mVectorDataSource->GetObjectCount() == static_cast<unsigned int>(mFennimIdMap.size())
+           && weightSetsFit();
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/PointTreeAPI.h"
+#include <map>
+#include <memory>
 #include "fennimark/FMPolygon.h"
 #include "geography/rotation.h"
 #include "geography/shapeFrame.h"
-#include <map>
-#include <memory>
 
 using namespace datainterface;
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Rectangles and spans of time in the terms of the geometry library, and back.
 #pragma once
+#include <QRectF>
 #include "datainterface/TimeStamp.h"
 #include "fennimark/geometryTypes.h"
-#include <QRectF>
 
 namespace datainterface {
 

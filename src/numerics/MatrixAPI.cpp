@@ -28,7 +28,8 @@ vorn_matrix combine(const vorn_matrix &a, const vorn_matrix &b, Operation operat
         return b.transposed() ? combine(a, reposed, operation) : combine(reposed, b, operation);
     }
     vorn_matrix result(a.storedRows(), a.storedCols());
-    const std::size_t count = static_cast<std::size_t>(a.storedRows()) * static_cast<std::size_t>(a.storedCols());
+    const std::size_t count =
+        static_cast<std::size_t>(a.storedRows()) * static_cast<std::size_t>(a.storedCols());
     std::transform(a.data(), a.data() + count, b.data(), result.data(), operation);
     if (a.transposed())
         result.transpose();
@@ -36,7 +37,8 @@ vorn_matrix combine(const vorn_matrix &a, const vorn_matrix &b, Operation operat
 }
 
 template <class Operation>
-vorn_vector combine(const double *a, int sizeA, const double *b, int sizeB, const char *text, Operation operation)
+vorn_vector combine(const double *a, int sizeA, const double *b, int sizeB, const char *text,
+                    Operation operation)
 {
     require(sizeA == sizeB, text);
     vorn_vector result(sizeA);
@@ -44,7 +46,8 @@ vorn_vector combine(const double *a, int sizeA, const double *b, int sizeB, cons
     return result;
 }
 
-template <class Operation> vorn_vector combine(const vorn_vector &a, const vorn_vector &b, Operation operation)
+template <class Operation>
+vorn_vector combine(const vorn_vector &a, const vorn_vector &b, Operation operation)
 {
     return combine(a.data(), a.size(), b.data(), b.size(), kVectorSize, operation);
 }
@@ -78,8 +81,9 @@ vorn_matrix operator*(const vorn_matrix &a, const vorn_matrix &b)
         return vorn_matrix(a.rows(), b.cols(), 0.0);
     vorn_matrix result(a.rows(), b.cols());
     if (a.rows() > 0 && b.cols() > 0) {
-        cblas_dgemm(kCblasColMajor, transFlag(a), transFlag(b), a.rows(), b.cols(), a.cols(), 1.0, a.data(),
-                    a.storedRows(), b.data(), b.storedRows(), 0.0, result.data(), a.rows());
+        cblas_dgemm(kCblasColMajor, transFlag(a), transFlag(b), a.rows(), b.cols(), a.cols(), 1.0,
+                    a.data(), a.storedRows(), b.data(), b.storedRows(), 0.0, result.data(),
+                    a.rows());
     }
     return result;
 }
@@ -109,8 +113,8 @@ vorn_vector operator*(const vorn_matrix &a, const vorn_vector &x)
     require(a.cols() == x.size(), kSizeMismatch);
     vorn_vector result(a.rows());
     if (a.rows() > 0 && a.cols() > 0) {
-        cblas_dgemv(kCblasColMajor, transFlag(a), a.storedRows(), a.storedCols(), 1.0, a.data(), a.storedRows(),
-                    x.data(), 1, 0.0, result.data(), 1);
+        cblas_dgemv(kCblasColMajor, transFlag(a), a.storedRows(), a.storedCols(), 1.0, a.data(),
+                    a.storedRows(), x.data(), 1, 0.0, result.data(), 1);
     }
     return result;
 }

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// One function a wrapper: sizes first, then a private copy that LAPACK may overwrite, then its routines in order.
+// One function a wrapper: sizes first, then a private copy that LAPACK may overwrite, then its
+// routines in order.
+#include "datainterface/MatrixAPI.h"
 #include <algorithm>
 #include <cmath>
 #include <vector>
 #include "Common/detail/failure.h"
-#include "datainterface/MatrixAPI.h"
 #include "datainterface/VORN_Progress.h"
 #include "numerics/lapack.h"
 
@@ -21,8 +22,10 @@ void requireSquare(const vorn_matrix &a)
 
 bool isFinite(const vorn_matrix &a)
 {
-    const std::size_t count = static_cast<std::size_t>(a.storedRows()) * static_cast<std::size_t>(a.storedCols());
-    return std::all_of(a.data(), a.data() + count, [](double value) { return std::isfinite(value); });
+    const std::size_t count =
+        static_cast<std::size_t>(a.storedRows()) * static_cast<std::size_t>(a.storedCols());
+    return std::all_of(a.data(), a.data() + count,
+                       [](double value) { return std::isfinite(value); });
 }
 
 vorn_matrix reposed(const vorn_matrix &a)
@@ -60,7 +63,8 @@ struct ErrorBounds {
     double *backward;
 };
 
-// Solves for `count` right sides, of which `x` holds a copy. With bounds one step of refinement follows.
+// Solves for `count` right sides, of which `x` holds a copy. With bounds one step of refinement
+// follows.
 bool solve(const vorn_matrix &a, const double *b, double *x, int count, const ErrorBounds *bounds)
 {
     if (!isFinite(a))
@@ -76,8 +80,8 @@ bool solve(const vorn_matrix &a, const double *b, double *x, int count, const Er
         return info == 0;
     std::vector<double> work(3 * static_cast<std::size_t>(n));
     std::vector<int> integers(static_cast<std::size_t>(n));
-    dgerfs_(trans, &n, &count, a.data(), &n, factors.lu.data(), &n, factors.pivots.data(), b, &n, x, &n,
-            bounds->forward, bounds->backward, work.data(), integers.data(), &info, 1);
+    dgerfs_(trans, &n, &count, a.data(), &n, factors.lu.data(), &n, factors.pivots.data(), b, &n, x,
+            &n, bounds->forward, bounds->backward, work.data(), integers.data(), &info, 1);
     return info == 0;
 }
 
@@ -144,7 +148,8 @@ bool VORN_InvertMatrix(const vorn_matrix &a, vorn_matrix &inverse)
     return info == 0;
 }
 
-bool VORN_SolveMatrixEquation(const vorn_matrix &a, const vorn_vector &b, vorn_vector &x, bool refine)
+bool VORN_SolveMatrixEquation(const vorn_matrix &a, const vorn_vector &b, vorn_vector &x,
+                              bool refine)
 {
     requireSquare(a);
     require(a.rows() == b.size(), "Matrix-vector mismatch");
@@ -162,7 +167,8 @@ bool VORN_SolveMatrixEquation(const vorn_matrix &a, const vorn_vector &b, vorn_v
     return solve(a, rightSide.data(), x.data(), 1, refine ? &bounds : nullptr);
 }
 
-bool VORN_SolveMatrixEquations(const vorn_matrix &a, const vorn_matrix &b, vorn_matrix &x, bool refine)
+bool VORN_SolveMatrixEquations(const vorn_matrix &a, const vorn_matrix &b, vorn_matrix &x,
+                               bool refine)
 {
     checkSystem(a, b);
     if (!refine)
@@ -182,9 +188,11 @@ bool VORN_SolveMatrixEquations(const vorn_matrix &a, const vorn_matrix &b, vorn_
     return solveAll(a, b, x, &bounds);
 }
 
-bool VORN_SVD(const vorn_matrix &a, vorn_matrix &u, vorn_matrix &v, vorn_diagonal_matrix &s, bool showProgress)
+bool VORN_SVD(const vorn_matrix &a, vorn_matrix &u, vorn_matrix &v, vorn_diagonal_matrix &s,
+              bool showProgress)
 {
-    require(a.rows() >= a.cols(), "SVD requires rows < columns"); // the text has always named the opposite
+    require(a.rows() >= a.cols(),
+            "SVD requires rows < columns"); // the text has always named the opposite
     if (!isFinite(a))
         return false;
     vorn_matrix reduced = reposed(a);
@@ -197,14 +205,15 @@ bool VORN_SVD(const vorn_matrix &a, vorn_matrix &u, vorn_matrix &v, vorn_diagona
         std::vector<double> e(length), tauQ(length), tauP(length);
         int info = withWorkspace([&](double *work, int size) {
             int result = 0;
-            dgebrd_(&m, &n, reduced.data(), &m, d.data(), e.data(), tauQ.data(), tauP.data(), work, &size, &result);
+            dgebrd_(&m, &n, reduced.data(), &m, d.data(), e.data(), tauQ.data(), tauP.data(), work,
+                    &size, &result);
             return result;
         });
         if (info != 0)
             return false;
         for (int c = 0; c < n; ++c)
-            std::copy_n(reduced.data() + static_cast<std::size_t>(c) * static_cast<std::size_t>(m), n,
-                        right.data() + static_cast<std::size_t>(c) * length);
+            std::copy_n(reduced.data() + static_cast<std::size_t>(c) * static_cast<std::size_t>(m),
+                        n, right.data() + static_cast<std::size_t>(c) * length);
         info = withWorkspace([&](double *work, int size) {
             int result = 0;
             dorgbr_("Q", &m, &n, &n, reduced.data(), &m, tauQ.data(), work, &size, &result, 1);
@@ -222,8 +231,8 @@ bool VORN_SVD(const vorn_matrix &a, vorn_matrix &u, vorn_matrix &v, vorn_diagona
         std::vector<double> work(4 * length);
         const int none = 0;
         const int one = 1;
-        dbdsqr_("U", &n, &n, &m, &none, d.data(), e.data(), right.data(), &n, reduced.data(), &m, nullptr, &one,
-                work.data(), &info, 1);
+        dbdsqr_("U", &n, &n, &m, &none, d.data(), e.data(), right.data(), &n, reduced.data(), &m,
+                nullptr, &one, work.data(), &info, 1);
         if (info != 0)
             return false;
     }
@@ -286,8 +295,8 @@ bool VORN_MatrixEigenvalues(const vorn_matrix &a, QVector<double> &real, QVector
     const int one = 1;
     info = withWorkspace([&](double *work, int size) {
         int result = 0;
-        dhseqr_("E", "N", &n, &low, &high, hessenberg.data(), &n, real.data(), imaginary.data(), nullptr, &one, work,
-                &size, &result, 1, 1);
+        dhseqr_("E", "N", &n, &low, &high, hessenberg.data(), &n, real.data(), imaginary.data(),
+                nullptr, &one, work, &size, &result, 1, 1);
         return result;
     });
     return info == 0;

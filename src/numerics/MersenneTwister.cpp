@@ -22,7 +22,8 @@ void MersenneTwister::seed(std::uint32_t seed)
 {
     mState[0] = seed;
     for (std::size_t i = 1; i < kStateSize; ++i)
-        mState[i] = 1812433253U * (mState[i - 1] ^ (mState[i - 1] >> 30)) + static_cast<std::uint32_t>(i);
+        mState[i] =
+            1812433253U * (mState[i - 1] ^ (mState[i - 1] >> 30)) + static_cast<std::uint32_t>(i);
     mNext = kStateSize;
 }
 

@@ -8,9 +8,11 @@ using namespace datainterface;
 
 namespace {
 
-// Above this product of trials and probability, on both sides, the binomial is close enough to the normal.
+// Above this product of trials and probability, on both sides, the binomial is close enough to the
+// normal.
 constexpr double kNormalFrom = 20.0;
-// Longer sums of logarithms come from the gamma function: the probability is then 0 within its error.
+// Longer sums of logarithms come from the gamma function: the probability is then 0 within its
+// error.
 constexpr int kLongestSum = 1000000;
 
 // ln of n choose k.
@@ -69,7 +71,8 @@ bool VORN_GetBinomialP(int n, int k, double p, double &result)
         const double deviation = std::sqrt(mean * (1.0 - p));
         double upper = 0.0;
         double lower = 0.0;
-        if (!normalP((k + 0.5 - mean) / deviation, upper) || !normalP((k - 0.5 - mean) / deviation, lower))
+        if (!normalP((k + 0.5 - mean) / deviation, upper)
+            || !normalP((k - 0.5 - mean) / deviation, lower))
             return false;
         result = upper - lower;
         return true;
@@ -115,5 +118,6 @@ bool VORN_GetChiDistP(double x, int df, bool lowerTail, double &p)
 {
     if (df < 1)
         return false;
-    return lowerTail ? incompleteGammaP(0.5 * df, 0.5 * x, p) : incompleteGammaQ(0.5 * df, 0.5 * x, p);
+    return lowerTail ? incompleteGammaP(0.5 * df, 0.5 * x, p)
+                     : incompleteGammaQ(0.5 * df, 0.5 * x, p);
 }

@@ -15,7 +15,8 @@ struct RankedValue {
     int index;
 };
 
-// Bits whose unsigned order is the order of the doubles; a NaN stands beyond the infinity of its sign.
+// Bits whose unsigned order is the order of the doubles; a NaN stands beyond the infinity of its
+// sign.
 quint64 orderedBits(double value)
 {
     quint64 bits = 0;
@@ -75,7 +76,8 @@ std::vector<RankedValue> ranked(const QVector<double> &p, const VORN_MissingData
 
 } // namespace
 
-QVector<int> VORN_PerformBonferroniCorrection(const QVector<double> &p, const VORN_MissingData &missing, double alpha)
+QVector<int> VORN_PerformBonferroniCorrection(const QVector<double> &p,
+                                              const VORN_MissingData &missing, double alpha)
 {
     QVector<int> result;
     const int m = presentCount(p, missing);
@@ -89,7 +91,8 @@ QVector<int> VORN_PerformBonferroniCorrection(const QVector<double> &p, const VO
     return result;
 }
 
-QVector<int> VORN_PerformHolmCorrection(const QVector<double> &p, const VORN_MissingData &missing, double alpha)
+QVector<int> VORN_PerformHolmCorrection(const QVector<double> &p, const VORN_MissingData &missing,
+                                        double alpha)
 {
     QVector<int> result;
     const auto values = ranked(p, missing);
@@ -102,7 +105,8 @@ QVector<int> VORN_PerformHolmCorrection(const QVector<double> &p, const VORN_Mis
     return result;
 }
 
-QVector<int> VORN_PerformSimesCorrection(const QVector<double> &p, const VORN_MissingData &missing, double alpha)
+QVector<int> VORN_PerformSimesCorrection(const QVector<double> &p, const VORN_MissingData &missing,
+                                         double alpha)
 {
     QVector<int> result;
     const auto values = ranked(p, missing);
@@ -115,7 +119,8 @@ QVector<int> VORN_PerformSimesCorrection(const QVector<double> &p, const VORN_Mi
     return result;
 }
 
-QVector<int> VORN_PerformFDRCorrection(const QVector<double> &p, const VORN_MissingData &missing, double alpha)
+QVector<int> VORN_PerformFDRCorrection(const QVector<double> &p, const VORN_MissingData &missing,
+                                       double alpha)
 {
     QVector<int> result;
     const auto values = ranked(p, missing);
@@ -128,8 +133,9 @@ QVector<int> VORN_PerformFDRCorrection(const QVector<double> &p, const VORN_Miss
     return result;
 }
 
-QVector<int> VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizations, const VORN_MissingData &missing,
-                                       double alpha, double falseFraction)
+QVector<int> VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizations,
+                                       const VORN_MissingData &missing, double alpha,
+                                       double falseFraction)
 {
     const int randomizationCount = randomizations.size();
     require(randomizationCount != 0, "numRandomizations");
@@ -139,7 +145,8 @@ QVector<int> VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizati
     std::vector<int> flagged(static_cast<std::size_t>(objectCount), 0);
     for (const QVector<bool> &flags : randomizations) {
         const bool *flag = flags.constData();
-        for (std::size_t i = 0, n = static_cast<std::size_t>(std::min(objectCount, flags.size())); i < n; ++i)
+        for (std::size_t i = 0, n = static_cast<std::size_t>(std::min(objectCount, flags.size()));
+             i < n; ++i)
             flagged[i] += flag[i];
     }
     std::vector<int> family;
@@ -153,11 +160,14 @@ QVector<int> VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizati
     });
     const std::size_t size = family.size();
 
-    // Families grow by one object: a randomization's count is carried from one to the next and never taken anew.
+    // Families grow by one object: a randomization's count is carried from one to the next and
+    // never taken anew.
     std::vector<int> allowed(size);
     for (std::size_t k = 0; k < size; ++k) {
         const double limit = static_cast<double>(k + 1) * falseFraction;
-        allowed[k] = limit >= objectCount ? objectCount : limit > -1.0 ? static_cast<int>(limit) : -1;
+        allowed[k] = limit >= objectCount ? objectCount
+                     : limit > -1.0       ? static_cast<int>(limit)
+                                          : -1;
     }
     std::vector<int> exceeding(size, 0);
     for (const QVector<bool> &flags : randomizations) {
@@ -169,7 +179,8 @@ QVector<int> VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizati
         }
     }
 
-    // p is summed as a walk over the randomizations would: the observed data first, then one increment each.
+    // p is summed as a walk over the randomizations would: the observed data first, then one
+    // increment each.
     const double increment = 1.0 / (randomizationCount + 1);
     int tolerated = -1;
     for (double p = increment; !(p > alpha) && tolerated < randomizationCount; p += increment)

@@ -58,7 +58,8 @@ QVector<int> VORN_ShuffleIds(unsigned int n, const VORN_MissingData &missing)
     QVector<int> ids(static_cast<int>(n));
     std::iota(ids.begin(), ids.end(), 0);
     QVector<int> present;
-    std::copy_if(ids.cbegin(), ids.cend(), std::back_inserter(present), [&](int id) { return !missing.isMissing(id); });
+    std::copy_if(ids.cbegin(), ids.cend(), std::back_inserter(present),
+                 [&](int id) { return !missing.isMissing(id); });
     const QVector<int> order = VORN_ShuffleIds(static_cast<unsigned int>(present.size()));
     for (int i = 0; i < present.size(); ++i)
         ids[present[i]] = present[order[i]];

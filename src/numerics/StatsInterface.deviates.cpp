@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Deviates by transformation and by rejection against a Lorentzian (W. H. Press et al., Numerical Recipes in C, 7.2, 7.3).
+// Deviates by transformation and by rejection against a Lorentzian (W. H. Press et al., Numerical
+// Recipes in C, 7.2, 7.3).
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -121,7 +122,7 @@ double rejectPoisson(const PoissonMemory &memory)
         } while (count < 0.0);
         count = std::floor(count);
         const double bound = 0.9 * (1.0 + y * y)
-            * std::exp(count * memory.logMean - lnGamma(count + 1.0) - memory.g);
+                             * std::exp(count * memory.logMean - lnGamma(count + 1.0) - memory.g);
         if (open() <= bound)
             return count;
     }
@@ -162,7 +163,8 @@ double rejectBinomial(const BinomialMemory &memory)
             count = root * y + mean;
         } while (!(count >= 0.0 && count < memory.n + 1.0));
         count = std::floor(count);
-        const double bound = 1.2 * root * (1.0 + y * y)
+        const double bound =
+            1.2 * root * (1.0 + y * y)
             * std::exp(memory.logFactorial - lnGamma(count + 1.0) - lnGamma(memory.n - count + 1.0)
                        + count * memory.logP + (memory.n - count) * memory.logQ);
         if (open() <= bound)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The process-wide generators and the draws that other numerics take from them. Not locked: one thread draws.
+/// The process-wide generators and the draws that other numerics take from them. Not locked: one
+/// thread draws.
 #pragma once
 #include <QtGlobal>
 #include "numerics/MersenneTwister.h"

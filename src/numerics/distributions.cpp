@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Continued fractions are evaluated by Lentz's method as modified by I. J. Thompson and A. R. Barnett, J. Comput. Phys. 64
-// (1986) 490-509.
+// Continued fractions are evaluated by Lentz's method as modified by I. J. Thompson and A. R.
+// Barnett, J. Comput. Phys. 64 (1986) 490-509.
 #include "numerics/distributions.h"
 #include <algorithm>
 #include <cmath>
@@ -22,8 +22,9 @@ constexpr double kLanczosShift = 5.5;
 
 double lanczosSeries(double x)
 {
-    constexpr double kCoefficients[] = {76.18009172947146,  -86.50532032941678,   24.01409824083091,
-                                        -1.231739572450155, 0.001208650973866179, -5.395239384953e-06};
+    constexpr double kCoefficients[] = {76.18009172947146,    -86.50532032941678,
+                                        24.01409824083091,    -1.231739572450155,
+                                        0.001208650973866179, -5.395239384953e-06};
     double series = 1.000000000190015;
     for (double coefficient : kCoefficients)
         series += coefficient / ++x;
@@ -34,8 +35,8 @@ double lanczosSeries(double x)
 double lnGammaStep(double a, double b)
 {
     const double t = a + kLanczosShift;
-    return std::log(lanczosSeries(a + b) / lanczosSeries(a) * (a / (a + b))) - b + b * std::log(t + b)
-        + (a + 0.5) * std::log1p(b / t);
+    return std::log(lanczosSeries(a + b) / lanczosSeries(a) * (a / (a + b))) - b
+           + b * std::log(t + b) + (a + 0.5) * std::log1p(b / t);
 }
 
 double gammaFront(double a, double x)
@@ -137,13 +138,15 @@ bool incompleteGammaQ(double a, double x, double &result)
 
 bool incompleteBeta(double a, double b, double x, double y, double &result)
 {
-    if (!(a > 0.0) || !(b > 0.0) || !(x >= 0.0 && x <= 1.0) || !std::isfinite(a) || !std::isfinite(b))
+    if (!(a > 0.0) || !(b > 0.0) || !(x >= 0.0 && x <= 1.0) || !std::isfinite(a)
+        || !std::isfinite(b))
         return false;
     const bool direct = x < (a + 1.0) / (a + b + 2.0);
     double value = 0.0;
     if (x > 0.0 && y > 0.0) {
-        const double front = std::exp(lnGammaStep(std::max(a, b), std::min(a, b)) - lnGamma(std::min(a, b))
-                                      + a * std::log(x) + b * std::log(y));
+        const double front =
+            std::exp(lnGammaStep(std::max(a, b), std::min(a, b)) - lnGamma(std::min(a, b))
+                     + a * std::log(x) + b * std::log(y));
         double fraction = 0.0;
         if (!(direct ? betaFraction(a, b, x, fraction) : betaFraction(b, a, y, fraction)))
             return false;
@@ -181,13 +184,13 @@ double normalQuantile(double p)
     if (p < kLow || p > 1.0 - kLow) {
         const double q = std::sqrt(-2.0 * std::log(p < kLow ? p : 1.0 - p));
         const double x = (((((kC[0] * q + kC[1]) * q + kC[2]) * q + kC[3]) * q + kC[4]) * q + kC[5])
-            / ((((kD[0] * q + kD[1]) * q + kD[2]) * q + kD[3]) * q + 1.0);
+                         / ((((kD[0] * q + kD[1]) * q + kD[2]) * q + kD[3]) * q + 1.0);
         return p < kLow ? x : -x;
     }
     const double q = p - 0.5;
     const double r = q * q;
     return (((((kA[0] * r + kA[1]) * r + kA[2]) * r + kA[3]) * r + kA[4]) * r + kA[5]) * q
-        / (((((kB[0] * r + kB[1]) * r + kB[2]) * r + kB[3]) * r + kB[4]) * r + 1.0);
+           / (((((kB[0] * r + kB[1]) * r + kB[2]) * r + kB[3]) * r + kB[4]) * r + 1.0);
 }
 
 } // namespace datainterface

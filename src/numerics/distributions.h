@@ -4,12 +4,12 @@
 
 namespace datainterface {
 
-/// ln of the gamma function for x > 0, by the series of C. Lanczos, SIAM J. Numer. Anal. B 1 (1964) 86-96, with the six
-/// coefficients for g = 5: relative error of gamma below 3.3e-10.
+/// ln of the gamma function for x > 0, by the series of C. Lanczos, SIAM J. Numer. Anal. B 1 (1964)
+/// 86-96, with the six coefficients for g = 5: relative error of gamma below 3.3e-10.
 double lnGamma(double x);
 
-/// The lower (P) and upper (Q) regularized incomplete gamma function, a > 0, x >= 0. False for other arguments and when
-/// 5,000 rounds did not converge.
+/// The lower (P) and upper (Q) regularized incomplete gamma function, a > 0, x >= 0. False for
+/// other arguments and when 5,000 rounds did not converge.
 bool incompleteGammaP(double a, double x, double &result);
 bool incompleteGammaQ(double a, double x, double &result);
 

@@ -35,7 +35,8 @@ int checkedSize(int n, int k)
 } // namespace
 
 randomizationIt::randomizationIt(int indexCount)
-    : mIndexCount(std::max(indexCount, 0)), mIndices(new int[static_cast<std::size_t>(mIndexCount)]())
+    : mIndexCount(std::max(indexCount, 0)),
+      mIndices(new int[static_cast<std::size_t>(mIndexCount)]())
 {
 }
 
@@ -61,7 +62,8 @@ randomizationIt::~randomizationIt()
     delete[] mIndices;
 }
 
-shuffleIt::shuffleIt(int indexCount, int randomizations) : shuffleIt(indexCount, randomizations, Unstarted())
+shuffleIt::shuffleIt(int indexCount, int randomizations)
+    : shuffleIt(indexCount, randomizations, Unstarted())
 {
     shuffleIt::next();
 }
@@ -90,11 +92,14 @@ void weightedShuffleIt::next()
 {
     if (done())
         return;
-    pickWeighted(mWeights.data(), static_cast<int>(mWeights.size()), mPicked.data(), mIndices, mIndexCount);
+    pickWeighted(mWeights.data(), static_cast<int>(mWeights.size()), mPicked.data(), mIndices,
+                 mIndexCount);
     ++mCount;
 }
 
-combinationIt::combinationIt() : combinationIt(0, 0) {}
+combinationIt::combinationIt() : combinationIt(0, 0)
+{
+}
 
 combinationIt::combinationIt(int N, int K)
     : randomizationIt(checkedSize(N, K)), mN(N), mRandomizations(arrangementCount(N, K, true))
@@ -122,10 +127,15 @@ void combinationIt::next()
     std::iota(mIndices + i, mIndices + mIndexCount, mIndices[i] + 1);
 }
 
-permutationIt::permutationIt() : permutationIt(0, 0) {}
+permutationIt::permutationIt() : permutationIt(0, 0)
+{
+}
 
 permutationIt::permutationIt(int N, int K)
-    : randomizationIt(checkedSize(N, K)), mN(N), mRandomizations(arrangementCount(N, K, false)), mUsed(std::max(N, 0))
+    : randomizationIt(checkedSize(N, K)),
+      mN(N),
+      mRandomizations(arrangementCount(N, K, false)),
+      mUsed(std::max(N, 0))
 {
     reset();
 }

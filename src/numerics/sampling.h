@@ -7,8 +7,8 @@ namespace datainterface {
 /// 0 to count - 1 in random order, by the exchange walk of R. Durstenfeld, CACM 7 (1964) 420.
 void fillShuffled(int *indices, int count);
 
-/// Picks `count` of `n` positions without replacement with probability proportional to weight, in the order drawn.
-/// A draw of exactly 0 picks -1 (one in 2^32).
+/// Picks `count` of `n` positions without replacement with probability proportional to weight, in
+/// the order drawn. A draw of exactly 0 picks -1 (one in 2^32).
 /// @param picked  `n` flags, all clear; clear again on return.
 void pickWeighted(const double *weights, int n, char *picked, int *positions, int count);
 

@@ -18,9 +18,14 @@ int checkedSize(int n, const char *text)
 
 } // namespace
 
-vorn_vector::vorn_vector(int n) : vorn_vector(n, 0.0) {}
+vorn_vector::vorn_vector(int n) : vorn_vector(n, 0.0)
+{
+}
 
-vorn_vector::vorn_vector(int n, double fill) : mData(checkedSize(n, "Inconsistent vector size"), fill, kAlignment) {}
+vorn_vector::vorn_vector(int n, double fill)
+    : mData(checkedSize(n, "Inconsistent vector size"), fill, kAlignment)
+{
+}
 
 void vorn_vector::resize(int n)
 {
@@ -46,7 +51,9 @@ double vorn_vector::sum() const
     return std::accumulate(data(), data() + size(), 0.0);
 }
 
-vorn_diagonal_matrix::vorn_diagonal_matrix(int n) : vorn_diagonal_matrix(n, 0.0) {}
+vorn_diagonal_matrix::vorn_diagonal_matrix(int n) : vorn_diagonal_matrix(n, 0.0)
+{
+}
 
 vorn_diagonal_matrix::vorn_diagonal_matrix(int n, double value)
     : mData(checkedSize(n, "Inconsistent matrix size"), value, kAlignment)

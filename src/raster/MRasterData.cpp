@@ -32,7 +32,8 @@ QString readText(QDataStream &in)
 
 } // namespace
 
-MRasterData::MRasterData(const QString &name, const TimeStamp &stamp, TimeFormat format, const QString &filePath)
+MRasterData::MRasterData(const QString &name, const TimeStamp &stamp, TimeFormat format,
+                         const QString &filePath)
     : MGeoData(name, format, filePath), mTimeStamp(stamp)
 {
 }
@@ -42,8 +43,8 @@ bool MRasterData::Initialize(int rows, int columns, const QRectF &bounds)
     if (mDataSource || !MRasterDataSource::IsGrid(columns, rows, bounds))
         return false;
     mDataSource = mRasterDataSource =
-        new MRasterDataSource(mFilePath, static_cast<unsigned int>(columns), static_cast<unsigned int>(rows), bounds,
-                              datasetIdSeed(mId));
+        new MRasterDataSource(mFilePath, static_cast<unsigned int>(columns),
+                              static_cast<unsigned int>(rows), bounds, datasetIdSeed(mId));
     return true;
 }
 

@@ -3,9 +3,9 @@
 #include <cmath>
 #include <limits>
 #include "geography/boxes.h"
+#include "raster/askRaster.h"
 #include "raster/binary16.h"
 #include "raster/cellForms.h"
-#include "raster/askRaster.h"
 #include "sources/askStatistics.h"
 
 using namespace datainterface;
@@ -31,9 +31,12 @@ MRasterDataSource::MRasterDataSource(const QString &directory) : MDataSource(dir
     mKind = RasterSource;
 }
 
-MRasterDataSource::MRasterDataSource(const QString &directory, unsigned int columns, unsigned int rows,
-                                     const QRectF &bounds, int idSeed)
-    : MDataSource(directory, idSeed), mBounds(bounds), mColumns(columns), mRows(rows),
+MRasterDataSource::MRasterDataSource(const QString &directory, unsigned int columns,
+                                     unsigned int rows, const QRectF &bounds, int idSeed)
+    : MDataSource(directory, idSeed),
+      mBounds(bounds),
+      mColumns(columns),
+      mRows(rows),
       mDisplayStep(static_cast<double>(columns) / displayColumns(columns, rows))
 {
     mKind = RasterSource;
@@ -43,17 +46,18 @@ bool MRasterDataSource::IsGrid(qint64 columns, qint64 rows, const QRectF &bounds
 {
     const double right = bounds.x() + bounds.width();
     const double bottom = bounds.y() + bounds.height();
-    return columns > 0 && rows > 0 && rows <= std::numeric_limits<int>::max() / columns && std::isfinite(right)
-        && std::isfinite(bottom) && std::isfinite(bounds.width()) && std::isfinite(bounds.height())
-        && bounds.width() > 0.0 && bounds.height() > 0.0;
+    return columns > 0 && rows > 0 && rows <= std::numeric_limits<int>::max() / columns
+           && std::isfinite(right) && std::isfinite(bottom) && std::isfinite(bounds.width())
+           && std::isfinite(bounds.height()) && bounds.width() > 0.0 && bounds.height() > 0.0;
 }
 
 bool MRasterDataSource::SaveToStream(QDataStream &out)
 {
     if (!MDataSource::SaveToStream(out))
         return false;
-    out << mBounds.x() << mBounds.x() + mBounds.width() << mBounds.y() << mBounds.y() + mBounds.height()
-        << qint32(mColumns) << qint32(mRows) << qint32(mMaxDisplaySize) << mDisplayStep;
+    out << mBounds.x() << mBounds.x() + mBounds.width() << mBounds.y()
+        << mBounds.y() + mBounds.height() << qint32(mColumns) << qint32(mRows)
+        << qint32(mMaxDisplaySize) << mDisplayStep;
     return out.status() == QDataStream::Ok;
 }
 
@@ -130,7 +134,9 @@ void MRasterDataSource::GetRasterDims(unsigned int &columns, unsigned int &rows)
 void MRasterDataSource::GetDisplayDims(unsigned int &width, unsigned int &height) const
 {
     const auto limit = static_cast<quint64>(mMaxDisplaySize);
-    const auto scaled = [limit](quint64 count, quint64 by) { return static_cast<unsigned int>(count * limit / by); };
+    const auto scaled = [limit](quint64 count, quint64 by) {
+        return static_cast<unsigned int>(count * limit / by);
+    };
     if (mColumns > limit) {
         width = static_cast<unsigned int>(limit);
         height = scaled(mRows, mColumns);
@@ -148,17 +154,19 @@ RectInT MRasterDataSource::GetBoundingRect()
     return boxOf(mBounds, GetTimeBounds());
 }
 
-int MRasterDataSource::NewRasterDataset(const QString &name, DataType type, int realizationCount, int bitDepth,
-                                        const QString &path)
+int MRasterDataSource::NewRasterDataset(const QString &name, DataType type, int realizationCount,
+                                        int bitDepth, const QString &path)
 {
     if (!isCellForm(type, bitDepth) || realizationCount < 1)
         return -1;
     const int id = GetNewDatasetId();
-    mDatasets.insert(id, new MRasterDataset(this, realizationCount, type, name, path, id, bitDepth));
+    mDatasets.insert(id,
+                     new MRasterDataset(this, realizationCount, type, name, path, id, bitDepth));
     return id;
 }
 
-bool MRasterDataSource::GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const
+bool MRasterDataSource::GetCommonTimeStamp(int id, int realization, qint64 t,
+                                           TimeStamp &stamp) const
 {
     return GetContainingTimeStamp(id, realization, t, stamp);
 }
@@ -173,12 +181,14 @@ QList<double> MRasterDataSource::GetIntervalBreaks(int id, int realization, int 
 
 QMap<MDatum, int> MRasterDataSource::GetDataFrequencies(int id)
 {
-    return askRaster(*this, id, [](MRasterDataset &dataset) { return dataset.GetDataFrequencies(); });
+    return askRaster(*this, id,
+                     [](MRasterDataset &dataset) { return dataset.GetDataFrequencies(); });
 }
 
 int MRasterDataSource::GetUniqueValueCount(int id) const
 {
-    return askRaster(*this, id, [](const MRasterDataset &dataset) { return dataset.UniqueValueCount(nullptr); });
+    return askRaster(
+        *this, id, [](const MRasterDataset &dataset) { return dataset.UniqueValueCount(nullptr); });
 }
 
 bool MRasterDataSource::SetHierarchyPath(int id, const QString &path)
@@ -198,12 +208,15 @@ bool MRasterDataSource::GetHierarchyPath(int id, QList<MDataset::pathLevel> &pat
 
 bool MRasterDataSource::GetHierarchyPathAsString(int id, QString &path) const
 {
-    return tell(*this, id, [&path](const MDataset &dataset) { path = dataset.GetHierarchyPathAsString(); });
+    return tell(*this, id,
+                [&path](const MDataset &dataset) { path = dataset.GetHierarchyPathAsString(); });
 }
 
 bool MRasterDataSource::GetTimeBounds(int id, TimeStamp &bounds) const
 {
-    return askRaster(*this, id, [&bounds](const MRasterDataset &dataset) { return dataset.GetTimeBounds(bounds); });
+    return askRaster(*this, id, [&bounds](const MRasterDataset &dataset) {
+        return dataset.GetTimeBounds(bounds);
+    });
 }
 
 TimeStamp MRasterDataSource::GetTimeBounds()
@@ -218,8 +231,9 @@ bool MRasterDataSource::GetMean(int id, int realization, qint64 t, double &mean)
 
 bool MRasterDataSource::GetStddev(int id, int realization, qint64 t, double &deviation)
 {
-    return askRaster(*this, id,
-                     [&](const MRasterDataset &dataset) { return dataset.GetStdDev(realization, t, deviation); });
+    return askRaster(*this, id, [&](const MRasterDataset &dataset) {
+        return dataset.GetStdDev(realization, t, deviation);
+    });
 }
 
 bool MRasterDataSource::GetMax(int id, int realization, qint64 t, MDatum &value)

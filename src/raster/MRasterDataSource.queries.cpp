@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Which cells lie where. Every query begins with the window of cells that its bounding rectangle meets.
+// Which cells lie where. Every query begins with the window of cells that its bounding rectangle
+// meets.
+#include "datainterface/MRasterDataSource.h"
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include "Common/detail/failure.h"
-#include "datainterface/MRasterDataSource.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/geometryTypes.h"
 
@@ -21,13 +22,14 @@ int truncated(double index)
 
 unsigned int indexInGrid(double index, unsigned int count)
 {
-    return static_cast<unsigned int>(std::max(0.0, std::min(static_cast<double>(count - 1), index)));
+    return static_cast<unsigned int>(
+        std::max(0.0, std::min(static_cast<double>(count - 1), index)));
 }
 
 bool isFinite(const QRectF &rect)
 {
-    return std::isfinite(rect.x()) && std::isfinite(rect.y()) && std::isfinite(rect.x() + rect.width())
-        && std::isfinite(rect.y() + rect.height());
+    return std::isfinite(rect.x()) && std::isfinite(rect.y())
+           && std::isfinite(rect.x() + rect.width()) && std::isfinite(rect.y() + rect.height());
 }
 
 double squaredDistance(const QPointF &a, const QPointF &b)
@@ -67,8 +69,9 @@ bool MRasterDataSource::GetWindow(const QRectF &rect, bool centersOnly, FMGridWi
     return true;
 }
 
-bool MRasterDataSource::RectQuery(const QRectF &rect, bool, unsigned int &firstColumn, unsigned int &firstRow,
-                                  unsigned int &lastColumn, unsigned int &lastRow) const
+bool MRasterDataSource::RectQuery(const QRectF &rect, bool, unsigned int &firstColumn,
+                                  unsigned int &firstRow, unsigned int &lastColumn,
+                                  unsigned int &lastRow) const
 {
     FMGridWindow window;
     if (!GetWindow(rect, false, window))
@@ -80,7 +83,8 @@ bool MRasterDataSource::RectQuery(const QRectF &rect, bool, unsigned int &firstC
     return true;
 }
 
-bool MRasterDataSource::RectQuery(const QRectF &rect, bool centersOnly, QVector<Pixel> &pixels) const
+bool MRasterDataSource::RectQuery(const QRectF &rect, bool centersOnly,
+                                  QVector<Pixel> &pixels) const
 {
     FMGridWindow window;
     if (!GetWindow(rect, centersOnly, window))
@@ -93,7 +97,8 @@ bool MRasterDataSource::RectQuery(const QRectF &rect, bool centersOnly, QVector<
     return true;
 }
 
-bool MRasterDataSource::CircleQuery(const QPointF &center, double radius, QVector<Pixel> &pixels) const
+bool MRasterDataSource::CircleQuery(const QPointF &center, double radius,
+                                    QVector<Pixel> &pixels) const
 {
     QVector<Pixel> candidates;
     Pixel here;
@@ -124,7 +129,8 @@ bool MRasterDataSource::PolygonQuery(const void *polygon, QVector<Pixel> &pixels
     const auto &area = *static_cast<const FMPolygon *>(polygon);
     const Rect2D box = const_cast<FMPolygon &>(area).GetObjectBounds(); // which changes nothing
     FMGridWindow window;
-    if (!GetWindow(QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin), true, window))
+    if (!GetWindow(QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin), true,
+                   window))
         return false;
     area.ContainedCenters(GetGrid(), window, pixels);
     return !pixels.isEmpty();
@@ -132,7 +138,8 @@ bool MRasterDataSource::PolygonQuery(const void *polygon, QVector<Pixel> &pixels
 
 bool MRasterDataSource::GetPixelCenter(unsigned int column, unsigned int row, QPointF &point) const
 {
-    point = QPointF((column + 0.5) * GetPixelWidth() + mBounds.x(), top() - (row + 0.5) * GetPixelHeight());
+    point = QPointF((column + 0.5) * GetPixelWidth() + mBounds.x(),
+                    top() - (row + 0.5) * GetPixelHeight());
     return holds(column, row);
 }
 
@@ -148,12 +155,14 @@ bool MRasterDataSource::GetPixelBounds(unsigned int column, unsigned int row, QR
     return true;
 }
 
-bool MRasterDataSource::PointQuery(double x, double y, unsigned int &column, unsigned int &row, bool clamp) const
+bool MRasterDataSource::PointQuery(double x, double y, unsigned int &column, unsigned int &row,
+                                   bool clamp) const
 {
     const int columnIndex = truncated((x - mBounds.x()) / GetPixelWidth());
     const int rowIndex = truncated((top() - y) / GetPixelHeight());
     const auto inGrid = [clamp](int index, unsigned int count) {
-        return static_cast<unsigned int>(clamp ? qBound(0, index, static_cast<int>(count) - 1) : index);
+        return static_cast<unsigned int>(clamp ? qBound(0, index, static_cast<int>(count) - 1)
+                                               : index);
     };
     column = inGrid(columnIndex, mColumns);
     row = inGrid(rowIndex, mRows);
@@ -178,10 +187,11 @@ bool MRasterDataSource::ColRowFromIndex(int id, unsigned int &column, unsigned i
     return holds(column, row);
 }
 
-// The ellipse is the conic A x^2 + B x y + C y^2 = 1 about its centre, where its linear terms vanish and nothing cancels.
-// With Q = B^2 - 4 A C its extremes are the roots of Q y^2 + 4 A = 0 and Q x^2 + 4 C = 0.
-bool MRasterDataSource::EllipseQuery(const QPointF &center, double a, double b, double angle, bool sortByDistance,
-                                     QVector<Pixel> &pixels) const
+// The ellipse is the conic A x^2 + B x y + C y^2 = 1 about its centre, where its linear terms
+// vanish and nothing cancels. With Q = B^2 - 4 A C its extremes are the roots of Q y^2 + 4 A = 0
+// and Q x^2 + 4 C = 0.
+bool MRasterDataSource::EllipseQuery(const QPointF &center, double a, double b, double angle,
+                                     bool sortByDistance, QVector<Pixel> &pixels) const
 {
     if (!(a > 0.0) || !(b > 0.0) || !std::isfinite(a) || !std::isfinite(b) || !std::isfinite(angle))
         return false;
@@ -195,7 +205,9 @@ bool MRasterDataSource::EllipseQuery(const QPointF &center, double a, double b, 
     const double halfWidth = std::sqrt(-4 * C / Q);
     const double halfHeight = std::sqrt(-4 * A / Q);
     FMGridWindow window;
-    if (!GetWindow(QRectF(center.x() - halfWidth, center.y() - halfHeight, 2 * halfWidth, 2 * halfHeight), false, window))
+    if (!GetWindow(
+            QRectF(center.x() - halfWidth, center.y() - halfHeight, 2 * halfWidth, 2 * halfHeight),
+            false, window))
         return false;
 
     struct Found {

@@ -34,8 +34,8 @@ MRasterDataset::MRasterDataset(MDataSource *source, const QString &directory)
     mDatasetKind = kRasterKind;
 }
 
-MRasterDataset::MRasterDataset(MDataSource *source, int realizationCount, DataType type, const QString &name,
-                               const QString &path, int id, int bitDepth)
+MRasterDataset::MRasterDataset(MDataSource *source, int realizationCount, DataType type,
+                               const QString &name, const QString &path, int id, int bitDepth)
     : MDataset(source, id, type, name, path, realizationCount), mBitDepth(bitDepth), mSource(source)
 {
     rasterSource(source).GetRasterDims(mColumns, mRows);
@@ -124,14 +124,16 @@ bool MRasterDataset::ObjectValueChanged(int realization, int, qint64 first, qint
     return true;
 }
 
-bool MRasterDataset::AddRasterValues(int realization, const TimeStamp &requested, const MRasterBand &band,
-                                     bool overwrite, bool recalculate)
+bool MRasterDataset::AddRasterValues(int realization, const TimeStamp &requested,
+                                     const MRasterBand &band, bool overwrite, bool recalculate)
 {
     const auto found = mRealizations.find(realization);
     const TimeStamp stamp = stampOf(requested);
-    const bool fits = band.Columns() == static_cast<int>(mColumns) && band.Rows() == static_cast<int>(mRows)
-        && band.Type() == mDataType && band.BitDepth() == mBitDepth;
-    if (!fits || found == mRealizations.end() || stamp.startTime > stamp.endTime || !holdsTick(stamp))
+    const bool fits = band.Columns() == static_cast<int>(mColumns)
+                      && band.Rows() == static_cast<int>(mRows) && band.Type() == mDataType
+                      && band.BitDepth() == mBitDepth;
+    if (!fits || found == mRealizations.end() || stamp.startTime > stamp.endTime
+        || !holdsTick(stamp))
         return false;
     if (overwrite)
         overwriteGrids(*found, stamp, band);
@@ -144,9 +146,10 @@ bool MRasterDataset::AddRasterValues(int realization, const TimeStamp &requested
     return true;
 }
 
-// What sticks out of the new interval stays under shorter stamps; a grid that is cut in the middle is copied. All that can
-// fail on the way to the block store happens before the map is touched.
-void MRasterDataset::overwriteGrids(ObservationMap &grids, const TimeStamp &stamp, const MRasterBand &band)
+// What sticks out of the new interval stays under shorter stamps; a grid that is cut in the middle
+// is copied. All that can fail on the way to the block store happens before the map is touched.
+void MRasterDataset::overwriteGrids(ObservationMap &grids, const TimeStamp &stamp,
+                                    const MRasterBand &band)
 {
     struct Present {
         TimeStamp key;
@@ -155,9 +158,11 @@ void MRasterDataset::overwriteGrids(ObservationMap &grids, const TimeStamp &stam
         std::unique_ptr<MRasterObservation> tail; ///< of one that is cut in the middle
     };
     std::vector<Present> overlapped;
-    for (auto it = qAsConst(grids).lowerBound(stamp); it != grids.constEnd() && !(stamp < it.key()); ++it) {
+    for (auto it = qAsConst(grids).lowerBound(stamp); it != grids.constEnd() && !(stamp < it.key());
+         ++it) {
         const Cut cut = cutBy(stamp, it.key());
-        overlapped.push_back({it.key(), *it, cut, cut == Cut::HeadAndTail ? (*it)->clone() : nullptr});
+        overlapped.push_back(
+            {it.key(), *it, cut, cut == Cut::HeadAndTail ? (*it)->clone() : nullptr});
     }
     auto added = std::make_unique<MRasterObservation>(band);
     for (const Present &present : overlapped)
@@ -166,7 +171,8 @@ void MRasterDataset::overwriteGrids(ObservationMap &grids, const TimeStamp &stam
         if (present.cut == Cut::Nothing)
             delete present.grid;
         else
-            grids.insert(present.cut == Cut::Tail ? tailOf(present.key, stamp) : headOf(present.key, stamp),
+            grids.insert(present.cut == Cut::Tail ? tailOf(present.key, stamp)
+                                                  : headOf(present.key, stamp),
                          present.grid);
         if (present.tail)
             grids.insert(tailOf(present.key, stamp), present.tail.release());
@@ -174,7 +180,8 @@ void MRasterDataset::overwriteGrids(ObservationMap &grids, const TimeStamp &stam
     grids.insert(stamp, added.release());
 }
 
-bool MRasterDataset::fillFreeTime(ObservationMap &grids, const TimeStamp &stamp, const MRasterBand &band)
+bool MRasterDataset::fillFreeTime(ObservationMap &grids, const TimeStamp &stamp,
+                                  const MRasterBand &band)
 {
     std::vector<std::pair<TimeStamp, std::unique_ptr<MRasterObservation>>> pieces;
     const auto addPiece = [&](const TimeStamp &piece) {
@@ -182,7 +189,8 @@ bool MRasterDataset::fillFreeTime(ObservationMap &grids, const TimeStamp &stamp,
             pieces.emplace_back(piece, std::make_unique<MRasterObservation>(band));
     };
     PieceCursor cursor(stamp);
-    for (auto it = qAsConst(grids).lowerBound(stamp); it != grids.constEnd() && !(stamp < it.key()); ++it) {
+    for (auto it = qAsConst(grids).lowerBound(stamp); it != grids.constEnd() && !(stamp < it.key());
+         ++it) {
         addPiece(cursor.upTo(it.key()));
         cursor.through(it.key());
     }

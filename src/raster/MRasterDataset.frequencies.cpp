@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "datainterface/MRasterDataset.h"
 #include <algorithm>
 #include <cmath>
 #include "Common/detail/failure.h"
-#include "datainterface/MRasterDataset.h"
 #include "datainterface/VORN_Progress.h"
 #include "datasets/intervalBreaks.h"
 #include "raster/cellForms.h"
@@ -131,7 +131,9 @@ bool MRasterDataset::RecalculateFrequencies()
         };
         for (const ObservationMap &grids : qAsConst(mRealizations)) {
             for (const MRasterObservation *grid : grids) {
-                isComplete = isComplete && !(VORN_Progress::UsingProgressBar() && VORN_Progress::ProgressBarCanceled());
+                isComplete =
+                    isComplete
+                    && !(VORN_Progress::UsingProgressBar() && VORN_Progress::ProgressBarCanceled());
                 if (isComplete)
                     countGrid(*grid);
             }
@@ -195,13 +197,14 @@ bool MRasterDataset::IsValid() const
     visitCounted(mDataType, mBitDepth, [&](auto form) {
         using T = CellOf<decltype(form)>;
         const auto &map = mFrequencies.mapOf<T>();
-        hasValue = std::any_of(map.keyBegin(), map.keyEnd(), [](auto key) { return isFiniteCell(valueOfKey<T>(key)); });
+        hasValue = std::any_of(map.keyBegin(), map.keyEnd(),
+                               [](auto key) { return isFiniteCell(valueOfKey<T>(key)); });
     });
     return hasGrid && hasValue;
 }
 
-/// Every finite value with its count. Keys of signed cells and halves are patterns, in another order, and wide integers
-/// can be one number.
+/// Every finite value with its count. Keys of signed cells and halves are patterns, in another
+/// order, and wide integers can be one number.
 ValueRuns MRasterDataset::sortedValues() const
 {
     ValueRuns runs;
@@ -220,7 +223,8 @@ ValueRuns MRasterDataset::sortedValues() const
     return mergedRuns(runs);
 }
 
-QList<double> MRasterDataset::GetIntervalBreaks(int, int breakCount, MDataset::ClassificationType classification,
+QList<double> MRasterDataset::GetIntervalBreaks(int, int breakCount,
+                                                MDataset::ClassificationType classification,
                                                 bool showProgress)
 {
     require(IsNumeric(), "Invalid dataset type");

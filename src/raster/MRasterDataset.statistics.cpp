@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "datainterface/MRasterDataset.h"
 #include <cmath>
 #include "Common/detail/failure.h"
-#include "datainterface/MRasterDataset.h"
 #include "datasets/normalScores.h"
 #include "raster/cellSummary.h"
 #include "raster/heldGrid.h"
@@ -22,7 +22,8 @@ bool hasStatisticsOf(DataType type)
 bool MRasterDataset::CalcMinMaxMean(int realization, qint64 time) const
 {
     TimeStamp stamp;
-    if (!hasStatistics(realization) || !GetContainingTimeStamp(realization, time, stamp) || !hasStatisticsOf(mDataType))
+    if (!hasStatistics(realization) || !GetContainingTimeStamp(realization, time, stamp)
+        || !hasStatisticsOf(mDataType))
         return false;
     if (mStatistics.at(realization).perTime.contains(stamp))
         return true;
@@ -75,8 +76,8 @@ bool MRasterDataset::GetStdDev(int realization, qint64 time, double &result) con
         visitCellForm(mDataType, mBitDepth, [&](auto form) {
             using T = CellOf<decltype(form)>;
             const HeldGrid hold(*grid);
-            sum = squaredDeviations(grid->cells<T>(), grid->CellCount(), CellTest<const T *>(mCellFlag), stats.mean,
-                                    count);
+            sum = squaredDeviations(grid->cells<T>(), grid->CellCount(),
+                                    CellTest<const T *>(mCellFlag), stats.mean, count);
         });
         if (count == 0)
             return false;

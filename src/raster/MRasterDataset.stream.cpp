@@ -2,15 +2,15 @@
 // A raster dataset in a project: the base's form, then
 //
 //   int32 bit depth, rows, columns; the missing flag
-//   frequencies: a byte array of seven maps (8, 16, 32, 64 bits, double, float, half; value and int32 count)
-//   int32 realizations, each, the last first: int32 index, int32 grids, each, the last first: the interval (24 bytes) and
-//   the header of the grid, which names its block
+//   frequencies: a byte array of seven maps (8, 16, 32, 64 bits, double, float, half; value and
+//   int32 count) int32 realizations, each, the last first: int32 index, int32 grids, each, the last
+//   first: the interval (24 bytes) and the header of the grid, which names its block
 //
 // Cells lie in the block store.
+#include "datainterface/MRasterDataset.h"
 #include <cmath>
 #include <memory>
 #include "Common/detail/streams.h"
-#include "datainterface/MRasterDataset.h"
 #include "datainterface/VersionAPI.h"
 #include "datasets/oldForms.h"
 #include "raster/cellFlag.h"
@@ -41,17 +41,22 @@ template <class Map> void readTable(QDataStream &in, Map &map)
     readMap(in, map, entryBytes<Map>());
 }
 
-using OldTables = std::tuple<QMap<quint8, int>, QMap<quint16, int>, QMap<quint32, int>, QMap<quint64, int>,
-                             QMap<OrderedDouble, int>>;
+using OldTables = std::tuple<QMap<quint8, int>, QMap<quint16, int>, QMap<quint32, int>,
+                             QMap<quint64, int>, QMap<OrderedDouble, int>>;
 
 DataType typeFromOld(qint32 code)
 {
     switch (code) {
-    case 0: return RasterDecimalType;
-    case 1: return RasterUnsignedType;
-    case 2: return RasterCellType;
-    case 3: return RasterColorType;
-    default: return static_cast<DataType>(code);
+    case 0:
+        return RasterDecimalType;
+    case 1:
+        return RasterUnsignedType;
+    case 2:
+        return RasterCellType;
+    case 3:
+        return RasterColorType;
+    default:
+        return static_cast<DataType>(code);
     }
 }
 
@@ -152,7 +157,8 @@ bool MRasterDataset::restoreRealizations(QDataStream &in)
     const int count = readCount(in, kMinRealizationBytes);
     for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
         const qint32 index = read<qint32>(in);
-        const bool isNew = index >= 0 && index < mRealizationCount && !mRealizations.contains(index);
+        const bool isNew =
+            index >= 0 && index < mRealizationCount && !mRealizations.contains(index);
         if (!isNew || !restoreObservations(in, mRealizations[index]))
             return false;
     }
@@ -167,10 +173,12 @@ bool MRasterDataset::restoreObservations(QDataStream &in, ObservationMap &grids)
         TimeStamp stamp;
         in >> stamp;
         auto grid = std::make_unique<MRasterObservation>(in);
-        const bool fits = grid->Rows() == static_cast<int>(mRows) && grid->Columns() == static_cast<int>(mColumns)
-            && grid->Type() == mDataType && grid->BitDepth() == mBitDepth && grid->GetByteLength() > 0
-            && grid->BlockId() >= 0;
-        if (in.status() != QDataStream::Ok || !fits || stamp.startTime > stamp.endTime || grids.contains(stamp))
+        const bool fits = grid->Rows() == static_cast<int>(mRows)
+                          && grid->Columns() == static_cast<int>(mColumns)
+                          && grid->Type() == mDataType && grid->BitDepth() == mBitDepth
+                          && grid->GetByteLength() > 0 && grid->BlockId() >= 0;
+        if (in.status() != QDataStream::Ok || !fits || stamp.startTime > stamp.endTime
+            || grids.contains(stamp))
             return false;
         grids.insert(stamp, grid.release());
     }

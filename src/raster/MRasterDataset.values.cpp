@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "datainterface/MRasterDataset.h"
 #include <cmath>
 #include <limits>
 #include "Common/detail/failure.h"
-#include "datainterface/MRasterDataset.h"
 #include "datainterface/dataContainer.h"
 #include "datasets/dataContainer.elements.h"
 #include "raster/binary16.h"
@@ -40,7 +40,8 @@ template <class T> void fillMissing(VORN_DataContainer &values, QVector<T> &cell
 } // namespace
 
 template <class Value>
-bool MRasterDataset::setCell(int realization, Value value, int column, int row, const TimeStamp &stamp)
+bool MRasterDataset::setCell(int realization, Value value, int column, int row,
+                             const TimeStamp &stamp)
 {
     MRasterObservation *grid = GetRasterInfo(realization, stamp);
     if (!grid)
@@ -63,34 +64,40 @@ void MRasterDataset::countCell(const MRasterObservation &grid, int column, int r
     });
 }
 
-bool MRasterDataset::SetValue(int realization, double value, int column, int row, const TimeStamp &stamp)
+bool MRasterDataset::SetValue(int realization, double value, int column, int row,
+                              const TimeStamp &stamp)
 {
     return mDataType == RasterDecimalType && setCell(realization, value, column, row, stamp);
 }
 
-bool MRasterDataset::SetValue(int realization, qint64 value, int column, int row, const TimeStamp &stamp)
+bool MRasterDataset::SetValue(int realization, qint64 value, int column, int row,
+                              const TimeStamp &stamp)
 {
     return mDataType == RasterIntegerType && setCell(realization, value, column, row, stamp);
 }
 
-bool MRasterDataset::SetValue(int realization, quint64 value, int column, int row, const TimeStamp &stamp)
+bool MRasterDataset::SetValue(int realization, quint64 value, int column, int row,
+                              const TimeStamp &stamp)
 {
     return SetValue(realization, static_cast<qint64>(value), column, row, stamp);
 }
 
-bool MRasterDataset::GetValue(int realization, int column, int row, qint64 time, quint64 &value) const
+bool MRasterDataset::GetValue(int realization, int column, int row, qint64 time,
+                              quint64 &value) const
 {
     const MRasterObservation *grid = GetConstRasterInfo(realization, time);
     return grid && grid->GetUnsignedIntegerValue(column, row, value, mCellFlag);
 }
 
-bool MRasterDataset::GetValue(int realization, int column, int row, qint64 time, qint64 &value) const
+bool MRasterDataset::GetValue(int realization, int column, int row, qint64 time,
+                              qint64 &value) const
 {
     const MRasterObservation *grid = GetConstRasterInfo(realization, time);
     return grid && grid->GetIntegerValue(column, row, value, mCellFlag);
 }
 
-bool MRasterDataset::GetValue(int realization, int column, int row, qint64 time, double &value) const
+bool MRasterDataset::GetValue(int realization, int column, int row, qint64 time,
+                              double &value) const
 {
     const MRasterObservation *grid = GetConstRasterInfo(realization, time);
     return grid && grid->GetDecimalValue(column, row, value, mCellFlag);
@@ -115,7 +122,8 @@ bool MRasterDataset::GetValueAsDecimal(int index, int realization, qint64 time, 
     return grid && grid->GetValueAsDecimal(index, value, mCellFlag);
 }
 
-bool MRasterDataset::GetValueAsDecimal(int column, int row, int realization, qint64 time, double &value) const
+bool MRasterDataset::GetValueAsDecimal(int column, int row, int realization, qint64 time,
+                                       double &value) const
 {
     const MRasterObservation *grid = GetConstRasterInfo(realization, time);
     return grid && grid->GetValueAsDecimal(column, row, value, mCellFlag);
@@ -152,10 +160,12 @@ int MRasterDataset::GetDataCount(int realization, qint64 time) const
     return count - missing;
 }
 
-bool MRasterDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp, VORN_DataContainer &values,
-                                        bool overwrite, bool updateFrequencies)
+bool MRasterDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
+                                        VORN_DataContainer &values, bool overwrite,
+                                        bool updateFrequencies)
 {
-    if (values.count() != static_cast<int>(mRows * mColumns) || (mDataType == RasterColorType) != values.hasColorTable())
+    if (values.count() != static_cast<int>(mRows * mColumns)
+        || (mDataType == RasterColorType) != values.hasColorTable())
         return false;
     const MissingFlag flagBefore = mMissingFlag;
     bool isAdded = false;
@@ -167,8 +177,9 @@ bool MRasterDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
                     fillMissing(values, vector);
                     SetMissingFlag(MissingFlag(missingCell<T>()));
                 }
-                const MRasterBand band(static_cast<int>(mColumns), static_cast<int>(mRows), mDataType, mBitDepth,
-                                       vector.constData(), values.getColorTable());
+                const MRasterBand band(static_cast<int>(mColumns), static_cast<int>(mRows),
+                                       mDataType, mBitDepth, vector.constData(),
+                                       values.getColorTable());
                 isAdded = AddRasterValues(realization, stamp, band, overwrite, updateFrequencies);
             }
         });

@@ -20,11 +20,16 @@ DataType typeFrom(qint32 code)
     if (dataInterfaceVersionLoading >= kHasTypeCodes)
         return static_cast<DataType>(code);
     switch (code) {
-    case 0: return RasterDecimalType;
-    case 1: return RasterUnsignedType;
-    case 2: return RasterCellType;
-    case 3: return RasterColorType;
-    default: return static_cast<DataType>(code);
+    case 0:
+        return RasterDecimalType;
+    case 1:
+        return RasterUnsignedType;
+    case 2:
+        return RasterCellType;
+    case 3:
+        return RasterColorType;
+    default:
+        return static_cast<DataType>(code);
     }
 }
 
@@ -88,7 +93,8 @@ std::unique_ptr<MRasterObservation> MRasterObservation::clone() const
 
 void MRasterObservation::SaveToStream(QDataStream &out) const
 {
-    out << qint32(mRows) << qint32(mColumns) << qint32(mType) << qint32(mBitDepth) << mColorMap << qint32(mBlockId);
+    out << qint32(mRows) << qint32(mColumns) << qint32(mType) << qint32(mBitDepth) << mColorMap
+        << qint32(mBlockId);
 }
 
 bool MRasterObservation::CheckOutObservation() const
@@ -120,13 +126,15 @@ void MRasterObservation::WriteData() const
     mDirty = false;
 }
 
-// A block of another size would be read beyond its end: the header and the block come from different parts of a file.
+// A block of another size would be read beyond its end: the header and the block come from
+// different parts of a file.
 void MRasterObservation::ReadData() const
 {
     // Changes that could not be written back are still here.
     if (mDirty && !mData.isEmpty())
         return;
-    const bool isRead = ReadDataBlock(mBlockId, mData) && mData.size() >= GetByteLength() && GetByteLength() > 0;
+    const bool isRead =
+        ReadDataBlock(mBlockId, mData) && mData.size() >= GetByteLength() && GetByteLength() > 0;
     if (!isRead)
         mData.clear();
     require(isRead, "Can't load raster data block");
@@ -165,8 +173,8 @@ bool MRasterObservation::holdsIndex(int index) const
     return index >= 0 && index < CellCount();
 }
 
-// The bytes are shared with the store's cache until the first write. Pointers that were handed out before stay good until
-// the last check-in.
+// The bytes are shared with the store's cache until the first write. Pointers that were handed out
+// before stay good until the last check-in.
 char *MRasterObservation::writableCells()
 {
     if (!mData.isDetached())
@@ -199,7 +207,8 @@ bool MRasterObservation::SetValue(quint64 value, int column, int row)
     const int index = row * mColumns + column;
     bool isSet = mBitDepth == 1;
     if (isSet) {
-        const unsigned int bits = (static_cast<unsigned int>(value & 0xFF) << ((index - index / 8) & 31)) & 7u;
+        const unsigned int bits =
+            (static_cast<unsigned int>(value & 0xFF) << ((index - index / 8) & 31)) & 7u;
         char &byte = writableCells()[index >> 3];
         byte = static_cast<char>(static_cast<unsigned char>(byte) | bits);
     } else {

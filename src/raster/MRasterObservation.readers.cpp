@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Readers are one lambda over cells each; which cells stands outside of it.
+#include "datainterface/MRasterObservation.h"
 #include <cmath>
 #include <limits>
 #include "Common/detail/failure.h"
-#include "datainterface/MRasterObservation.h"
 #include "raster/cellForms.h"
 #include "raster/heldGrid.h"
 
@@ -28,8 +28,9 @@ template <class T, class Number> bool isNumber(T cell, Number number)
     if constexpr (std::is_same_v<T, half>)
         return isNumber(static_cast<float>(cell), number);
     else if constexpr (std::is_integral_v<T> && std::is_integral_v<Number>)
-        return (std::is_signed_v<T> && cell < T(0)) == (std::is_signed_v<Number> && number < Number(0))
-            && static_cast<quint64>(cell) == static_cast<quint64>(number);
+        return (std::is_signed_v<T> && cell < T(0))
+                   == (std::is_signed_v<Number> && number < Number(0))
+               && static_cast<quint64>(cell) == static_cast<quint64>(number);
     else
         return static_cast<double>(cell) == static_cast<double>(number);
 }
@@ -40,7 +41,8 @@ template <class T, class Number> bool asCell(Number number, T &cell)
     if constexpr (std::is_same_v<T, half>) {
         cell = half(static_cast<float>(number));
     } else if constexpr (std::is_integral_v<T> && std::is_floating_point_v<Number>) {
-        constexpr double kEnd = 2.0 * static_cast<double>(T(1) << (8 * sizeof(T) - 1 - std::is_signed_v<T>));
+        constexpr double kEnd =
+            2.0 * static_cast<double>(T(1) << (8 * sizeof(T) - 1 - std::is_signed_v<T>));
         if (!(number >= (std::is_signed_v<T> ? -kEnd : 0.0) && number < kEnd))
             return false;
         cell = static_cast<T>(number);
@@ -72,7 +74,8 @@ template <class Number> int tally(const MRasterObservation &grid, Number number)
 
 } // namespace
 
-bool MRasterObservation::GetIntegerValue(int column, int row, qint64 &value, const MissingFlag &flag) const
+bool MRasterObservation::GetIntegerValue(int column, int row, qint64 &value,
+                                         const MissingFlag &flag) const
 {
     return holdsCell(column, row) && GetIntegerValue(row * mColumns + column, value, flag);
 }
@@ -84,7 +87,8 @@ bool MRasterObservation::GetIntegerValue(int index, qint64 &value, const Missing
     const HeldGrid hold(*this);
     bool isRead = false;
     const auto read = [&](const auto &cells) {
-        isRead = readCell(cells, index, flag, value, [](auto cell) { return static_cast<qint64>(cell); });
+        isRead = readCell(cells, index, flag, value,
+                          [](auto cell) { return static_cast<qint64>(cell); });
     };
     if (mBitDepth == 1)
         read(BitCells(*this));
@@ -93,19 +97,22 @@ bool MRasterObservation::GetIntegerValue(int index, qint64 &value, const Missing
     return isRead;
 }
 
-bool MRasterObservation::GetUnsignedIntegerValue(int column, int row, quint64 &value, const MissingFlag &flag) const
+bool MRasterObservation::GetUnsignedIntegerValue(int column, int row, quint64 &value,
+                                                 const MissingFlag &flag) const
 {
     return holdsCell(column, row) && GetUnsignedIntegerValue(row * mColumns + column, value, flag);
 }
 
-bool MRasterObservation::GetUnsignedIntegerValue(int index, quint64 &value, const MissingFlag &flag) const
+bool MRasterObservation::GetUnsignedIntegerValue(int index, quint64 &value,
+                                                 const MissingFlag &flag) const
 {
     if (!holdsIndex(index))
         return false;
     const HeldGrid hold(*this);
     bool isRead = false;
     const auto read = [&](const auto &cells) {
-        isRead = readCell(cells, index, flag, value, [](auto cell) { return static_cast<quint64>(cell); });
+        isRead = readCell(cells, index, flag, value,
+                          [](auto cell) { return static_cast<quint64>(cell); });
     };
     if (mBitDepth == 1)
         read(BitCells(*this));
@@ -114,7 +121,8 @@ bool MRasterObservation::GetUnsignedIntegerValue(int index, quint64 &value, cons
     return isRead;
 }
 
-bool MRasterObservation::GetDecimalValue(int column, int row, double &value, const MissingFlag &flag) const
+bool MRasterObservation::GetDecimalValue(int column, int row, double &value,
+                                         const MissingFlag &flag) const
 {
     return holdsCell(column, row) && GetDecimalValue(row * mColumns + column, value, flag);
 }
@@ -131,7 +139,8 @@ bool MRasterObservation::GetDecimalValue(int index, double &value, const Missing
     return isRead;
 }
 
-bool MRasterObservation::GetValueAsDecimal(int column, int row, double &value, const MissingFlag &flag) const
+bool MRasterObservation::GetValueAsDecimal(int column, int row, double &value,
+                                           const MissingFlag &flag) const
 {
     return holdsCell(column, row) && GetValueAsDecimal(row * mColumns + column, value, flag);
 }
@@ -143,7 +152,8 @@ bool MRasterObservation::GetValueAsDecimal(int index, double &value, const Missi
         return false;
     // The datum's field is signed; the upper half of 64 unsigned bits wraps there.
     const bool isUnsigned = mType != RasterDecimalType && mType != RasterIntegerType;
-    value = isUnsigned ? static_cast<double>(static_cast<quint64>(found.integerValue())) : found.toDouble();
+    value = isUnsigned ? static_cast<double>(static_cast<quint64>(found.integerValue()))
+                       : found.toDouble();
     return true;
 }
 
@@ -153,16 +163,21 @@ MDatum MRasterObservation::GetValue(int index, const MissingFlag &flag) const
     qint64 integer = 0;
     quint64 whole = 0;
     switch (mType) {
-    case RasterDecimalType: return GetDecimalValue(index, decimal, flag) ? MDatum(decimal) : MDatum();
-    case RasterIntegerType: return GetIntegerValue(index, integer, flag) ? MDatum(integer) : MDatum();
+    case RasterDecimalType:
+        return GetDecimalValue(index, decimal, flag) ? MDatum(decimal) : MDatum();
+    case RasterIntegerType:
+        return GetIntegerValue(index, integer, flag) ? MDatum(integer) : MDatum();
     case RasterUnsignedType:
     case RasterCellType:
-    case RasterColorType: return GetUnsignedIntegerValue(index, whole, flag) ? MDatum(whole) : MDatum();
-    default: fail("Invalid raster data type");
+    case RasterColorType:
+        return GetUnsignedIntegerValue(index, whole, flag) ? MDatum(whole) : MDatum();
+    default:
+        fail("Invalid raster data type");
     }
 }
 
-bool MRasterObservation::GetValuesAsDecimal(QVector<double> &values, const MissingFlag &in, MissingFlag &out) const
+bool MRasterObservation::GetValuesAsDecimal(QVector<double> &values, const MissingFlag &in,
+                                            MissingFlag &out) const
 {
     const HeldGrid hold(*this);
     const int count = CellCount();

@@ -19,23 +19,28 @@ template <class Result, class Call> Result onRaster(int id, Result miss, Call ca
 
 template <class T> bool holdsCells(const MRasterDataset &dataset, DataType type)
 {
-    return dataset.GetDataType() == type && dataset.GetRasterBitDepth() == static_cast<int>(8 * sizeof(T));
+    return dataset.GetDataType() == type
+           && dataset.GetRasterBitDepth() == static_cast<int>(8 * sizeof(T));
 }
 
-/// The flag is set when the values have been counted: the table then tells whether there are missing cells.
+/// The flag is set when the values have been counted: the table then tells whether there are
+/// missing cells.
 template <class T>
-bool addValues(int id, int realization, const Interval &interval, DataType type, const QVector<T> &values, T missing,
-               const QVector<unsigned int> &colorMap, bool overwrite, bool recalculate)
+bool addValues(int id, int realization, const Interval &interval, DataType type,
+               const QVector<T> &values, T missing, const QVector<unsigned int> &colorMap,
+               bool overwrite, bool recalculate)
 {
     return onDataset<MRasterDataset>(id, false, [&](MRasterDataset &dataset) {
         unsigned int columns = 0;
         unsigned int rows = 0;
         dataset.GetRasterDims(columns, rows);
-        if (!holdsCells<T>(dataset, type) || static_cast<unsigned int>(values.size()) != columns * rows)
+        if (!holdsCells<T>(dataset, type)
+            || static_cast<unsigned int>(values.size()) != columns * rows)
             return false;
-        const MRasterBand band(static_cast<int>(columns), static_cast<int>(rows), type, dataset.GetRasterBitDepth(),
-                               values.constData(), colorMap);
-        if (!dataset.AddRasterValues(realization, TimeStamp(interval), band, overwrite, recalculate))
+        const MRasterBand band(static_cast<int>(columns), static_cast<int>(rows), type,
+                               dataset.GetRasterBitDepth(), values.constData(), colorMap);
+        if (!dataset.AddRasterValues(realization, TimeStamp(interval), band, overwrite,
+                                     recalculate))
             return false;
         dataset.SetMissingFlag(MissingFlag(missing));
         return true;
@@ -43,7 +48,8 @@ bool addValues(int id, int realization, const Interval &interval, DataType type,
 }
 
 template <class T>
-bool getCells(int id, int realization, qint64 time, DataType type, const T *&data, MissingFlag &flag)
+bool getCells(int id, int realization, qint64 time, DataType type, const T *&data,
+              MissingFlag &flag)
 {
     return onDataset<MRasterDataset>(id, false, [&](const MRasterDataset &dataset) {
         const MRasterObservation *grid = dataset.GetConstRasterInfo(realization, time);
@@ -56,38 +62,40 @@ bool getCells(int id, int realization, qint64 time, DataType type, const T *&dat
 }
 
 template <class T>
-bool setCell(int id, int realization, unsigned int column, unsigned int row, const Interval &interval, DataType type,
-             T value)
+bool setCell(int id, int realization, unsigned int column, unsigned int row,
+             const Interval &interval, DataType type, T value)
 {
     return onDataset<MRasterDataset>(id, false, [&](MRasterDataset &dataset) {
         return dataset.GetDataType() == type
-            && dataset.SetValue(realization, value, static_cast<int>(column), static_cast<int>(row),
-                                TimeStamp(interval));
+               && dataset.SetValue(realization, value, static_cast<int>(column),
+                                   static_cast<int>(row), TimeStamp(interval));
     });
 }
 
 /// One cell of a dataset of `type`; any when it is 0.
 template <class T>
-bool getCell(int id, int realization, unsigned int column, unsigned int row, qint64 time, int type, T &value)
+bool getCell(int id, int realization, unsigned int column, unsigned int row, qint64 time, int type,
+             T &value)
 {
     return onDataset<MRasterDataset>(id, false, [&](const MRasterDataset &dataset) {
         return (type == 0 || dataset.GetDataType() == type)
-            && dataset.GetValue(realization, static_cast<int>(column), static_cast<int>(row), time, value);
+               && dataset.GetValue(realization, static_cast<int>(column), static_cast<int>(row),
+                                   time, value);
     });
 }
 
 } // namespace
 
-int VORN_CreateNewRasterGeography(const QString &name, unsigned int rows, unsigned int columns, const QRectF &bounds,
-                                  const Interval &interval, TimeFormat format, const QString &history,
-                                  const QString &projection)
+int VORN_CreateNewRasterGeography(const QString &name, unsigned int rows, unsigned int columns,
+                                  const QRectF &bounds, const Interval &interval, TimeFormat format,
+                                  const QString &history, const QString &projection)
 {
-    return controller()->AddNewRasterGeography(name, rows, columns, bounds, TimeStamp(interval), format, history,
-                                               projection);
+    return controller()->AddNewRasterGeography(name, rows, columns, bounds, TimeStamp(interval),
+                                               format, history, projection);
 }
 
-int VORN_NewRasterDataset(int geographyId, const QString &name, DataType type, int realizationCount, int bitDepth,
-                          const QString &path)
+int VORN_NewRasterDataset(int geographyId, const QString &name, DataType type, int realizationCount,
+                          int bitDepth, const QString &path)
 {
     if (type == RasterCellType) // read from files, never made
         return -1;
@@ -96,44 +104,53 @@ int VORN_NewRasterDataset(int geographyId, const QString &name, DataType type, i
     });
 }
 
-bool VORN_AddRasterValues(int id, int realization, const Interval &interval, const QVector<double> &values,
-                          double missing, bool overwrite, bool recalculate)
-{
-    return addValues(id, realization, interval, RasterDecimalType, values, missing, {}, overwrite, recalculate);
-}
-
-bool VORN_AddRasterValues(int id, int realization, const Interval &interval, const QVector<float> &values,
-                          float missing, bool overwrite, bool recalculate)
-{
-    return addValues(id, realization, interval, RasterDecimalType, values, missing, {}, overwrite, recalculate);
-}
-
-bool VORN_AddRasterValues(int id, int realization, const Interval &interval, const QVector<int> &values, int missing,
-                          bool overwrite, bool recalculate)
-{
-    return addValues(id, realization, interval, RasterIntegerType, values, missing, {}, overwrite, recalculate);
-}
-
-bool VORN_AddRasterValues(int id, int realization, const Interval &interval, const QVector<quint64> &values,
-                          quint64 missing, bool overwrite, bool recalculate)
-{
-    return addValues(id, realization, interval, RasterUnsignedType, values, missing, {}, overwrite, recalculate);
-}
-
-bool VORN_AddRasterValues(int id, int realization, const Interval &interval, const QVector<unsigned char> &values,
-                          unsigned char missing, const QVector<unsigned int> &colorMap, bool overwrite,
+bool VORN_AddRasterValues(int id, int realization, const Interval &interval,
+                          const QVector<double> &values, double missing, bool overwrite,
                           bool recalculate)
 {
-    return addValues(id, realization, interval, RasterColorType, values, missing, colorMap, overwrite, recalculate);
+    return addValues(id, realization, interval, RasterDecimalType, values, missing, {}, overwrite,
+                     recalculate);
 }
 
-bool VORN_GetRasterData(int id, int realization, qint64 time, const double *&data, MissingFlag &flag)
+bool VORN_AddRasterValues(int id, int realization, const Interval &interval,
+                          const QVector<float> &values, float missing, bool overwrite,
+                          bool recalculate)
+{
+    return addValues(id, realization, interval, RasterDecimalType, values, missing, {}, overwrite,
+                     recalculate);
+}
+
+bool VORN_AddRasterValues(int id, int realization, const Interval &interval,
+                          const QVector<int> &values, int missing, bool overwrite, bool recalculate)
+{
+    return addValues(id, realization, interval, RasterIntegerType, values, missing, {}, overwrite,
+                     recalculate);
+}
+
+bool VORN_AddRasterValues(int id, int realization, const Interval &interval,
+                          const QVector<quint64> &values, quint64 missing, bool overwrite,
+                          bool recalculate)
+{
+    return addValues(id, realization, interval, RasterUnsignedType, values, missing, {}, overwrite,
+                     recalculate);
+}
+
+bool VORN_AddRasterValues(int id, int realization, const Interval &interval,
+                          const QVector<unsigned char> &values, unsigned char missing,
+                          const QVector<unsigned int> &colorMap, bool overwrite, bool recalculate)
+{
+    return addValues(id, realization, interval, RasterColorType, values, missing, colorMap,
+                     overwrite, recalculate);
+}
+
+bool VORN_GetRasterData(int id, int realization, qint64 time, const double *&data,
+                        MissingFlag &flag)
 {
     return getCells(id, realization, time, RasterDecimalType, data, flag);
 }
 
-bool VORN_GetRasterData(int id, int realization, qint64 time, const qint64 *&data, QSet<quint64> &missing,
-                        MissingFlag &flag)
+bool VORN_GetRasterData(int id, int realization, qint64 time, const qint64 *&data,
+                        QSet<quint64> &missing, MissingFlag &flag)
 {
     if (!getCells(id, realization, time, RasterIntegerType, data, flag))
         return false;
@@ -143,66 +160,77 @@ bool VORN_GetRasterData(int id, int realization, qint64 time, const qint64 *&dat
     return true;
 }
 
-bool VORN_GetRasterData(int id, int realization, qint64 time, const quint64 *&data, MissingFlag &flag)
+bool VORN_GetRasterData(int id, int realization, qint64 time, const quint64 *&data,
+                        MissingFlag &flag)
 {
     return getCells(id, realization, time, RasterUnsignedType, data, flag);
 }
 
-bool VORN_GetRasterData(int id, int realization, qint64 time, const signed char *&data, MissingFlag &flag)
+bool VORN_GetRasterData(int id, int realization, qint64 time, const signed char *&data,
+                        MissingFlag &flag)
 {
     return getCells(id, realization, time, RasterIntegerType, data, flag);
 }
 
-bool VORN_GetRasterData(int id, int realization, qint64 time, const unsigned char *&data, MissingFlag &flag)
+bool VORN_GetRasterData(int id, int realization, qint64 time, const unsigned char *&data,
+                        MissingFlag &flag)
 {
     return getCells(id, realization, time, RasterUnsignedType, data, flag);
 }
 
-bool VORN_GetRasterDataAsDecimal(int id, int realization, qint64 time, QVector<double> &values, MissingFlag &flag)
+bool VORN_GetRasterDataAsDecimal(int id, int realization, qint64 time, QVector<double> &values,
+                                 MissingFlag &flag)
 {
     return onDataset<MRasterDataset>(id, false, [&](const MRasterDataset &dataset) {
         return dataset.GetValuesAsDecimal(realization, time, values, flag);
     });
 }
 
-bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row, qint64 time, double &value)
+bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row,
+                         qint64 time, double &value)
 {
     return getCell(id, realization, column, row, time, RasterDecimalType, value);
 }
 
-bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row, qint64 time, quint64 &value)
+bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row,
+                         qint64 time, quint64 &value)
 {
     return getCell(id, realization, column, row, time, 0, value);
 }
 
-bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row, qint64 time, qint64 &value)
+bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row,
+                         qint64 time, qint64 &value)
 {
     return getCell(id, realization, column, row, time, RasterIntegerType, value);
 }
 
-bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row, qint64 time, datum &value)
+bool VORN_GetRasterValue(int id, int realization, unsigned int column, unsigned int row,
+                         qint64 time, datum &value)
 {
     MDatum found;
     return onRaster(id, false, [&](const MRasterDataSource &source) {
-        return source.GetRasterValue(id, realization, column, row, time, found) && toDatum(found, value);
+        return source.GetRasterValue(id, realization, column, row, time, found)
+               && toDatum(found, value);
     });
 }
 
-bool VORN_SetRasterValue(int id, int realization, unsigned int column, unsigned int row, const Interval &interval,
-                         double value)
+bool VORN_SetRasterValue(int id, int realization, unsigned int column, unsigned int row,
+                         const Interval &interval, double value)
 {
     return setCell(id, realization, column, row, interval, RasterDecimalType, value);
 }
 
-bool VORN_SetRasterValue(int id, int realization, unsigned int column, unsigned int row, const Interval &interval,
-                         qint64 value)
+bool VORN_SetRasterValue(int id, int realization, unsigned int column, unsigned int row,
+                         const Interval &interval, qint64 value)
 {
     return setCell(id, realization, column, row, interval, RasterIntegerType, value);
 }
 
 bool VORN_IsRasterDataMissing(int id, unsigned int column, unsigned int row, qint64 time)
 {
-    return onRaster(id, false, [=](MRasterDataSource &source) { return source.IsMissing(id, 0, column, row, time); });
+    return onRaster(id, false, [=](MRasterDataSource &source) {
+        return source.IsMissing(id, 0, column, row, time);
+    });
 }
 
 bool VORN_GetMissingPixels(int id, int realization, qint64 time, QSet<int> &missing)

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "datainterface/RasterAPI.h"
 #include <algorithm>
 #include <memory>
 #include "datainterface/MRasterData.h"
 #include "datainterface/MRasterDataSource.h"
-#include "datainterface/RasterAPI.h"
 #include "fennimark/FMPolygon.h"
 #include "geography/shapeFrame.h"
 
@@ -56,7 +56,8 @@ bool isBefore(const FMCellArea &a, const FMCellArea &b)
     return a.column != b.column ? a.column < b.column : a.row < b.row;
 }
 
-/// The cells of several pieces in order, one that several share once. Those of one piece are so as they come.
+/// The cells of several pieces in order, one that several share once. Those of one piece are so as
+/// they come.
 void mergeCells(QVector<FMCellArea> &cells)
 {
     if (!std::is_sorted(cells.begin(), cells.end(), isBefore))
@@ -74,7 +75,8 @@ void mergeCells(QVector<FMCellArea> &cells)
         cells.erase(last + 1, cells.end());
 }
 
-bool queryPolygon(int geographyId, const FMPolygon &polygon, RasterPixels &pixels, QVector<double> *areas)
+bool queryPolygon(int geographyId, const FMPolygon &polygon, RasterPixels &pixels,
+                  QVector<double> *areas)
 {
     return onGrid(geographyId, [&](const MRasterDataSource &source) {
         const SimplePieces pieces(polygon);
@@ -83,9 +85,12 @@ bool queryPolygon(int geographyId, const FMPolygon &polygon, RasterPixels &pixel
         QVector<FMCellArea> shared;
         bool meetsGrid = false;
         for (const FMPolygon *piece : pieces.list()) {
-            const Rect2D box = const_cast<FMPolygon *>(piece)->GetObjectBounds(); // which changes nothing
+            const Rect2D box =
+                const_cast<FMPolygon *>(piece)->GetObjectBounds(); // which changes nothing
             FMGridWindow window;
-            if (!source.GetWindow(QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin), false, window))
+            if (!source.GetWindow(
+                    QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin), false,
+                    window))
                 continue;
             meetsGrid = true;
             QVector<FMCellArea> cells;
@@ -101,7 +106,8 @@ bool queryPolygon(int geographyId, const FMPolygon &polygon, RasterPixels &pixel
         if (!areas)
             return true;
         areas->resize(shared.size());
-        std::transform(shared.cbegin(), shared.cend(), areas->begin(), [](const FMCellArea &cell) { return cell.area; });
+        std::transform(shared.cbegin(), shared.cend(), areas->begin(),
+                       [](const FMCellArea &cell) { return cell.area; });
         return true;
     });
 }
@@ -116,10 +122,13 @@ double overlap(double low, double high, double otherLow, double otherHigh)
 
 bool VORN_GetPixelCentersInRect(int geographyId, const QRectF &rect, RasterPixels &pixels)
 {
-    return onGrid(geographyId, [&](const MRasterDataSource &source) { return source.RectQuery(rect, true, pixels); });
+    return onGrid(geographyId, [&](const MRasterDataSource &source) {
+        return source.RectQuery(rect, true, pixels);
+    });
 }
 
-bool VORN_GetPixelCentersInPolygon(int geographyId, const QList<QVector<QPointF>> &rings, RasterPixels &pixels)
+bool VORN_GetPixelCentersInPolygon(int geographyId, const QList<QVector<QPointF>> &rings,
+                                   RasterPixels &pixels)
 {
     return onGrid(geographyId, [&](const MRasterDataSource &source) {
         try {
@@ -130,16 +139,18 @@ bool VORN_GetPixelCentersInPolygon(int geographyId, const QList<QVector<QPointF>
     });
 }
 
-bool VORN_GetPixelCentersInPolygon(int geographyId, int polygonGeography, unsigned int object, qint64 time,
-                                   RasterPixels &pixels)
+bool VORN_GetPixelCentersInPolygon(int geographyId, int polygonGeography, unsigned int object,
+                                   qint64 time, RasterPixels &pixels)
 {
     return onGrid(geographyId, [&](const MRasterDataSource &source) {
-        return onShape<FMPolygon>(polygonGeography, object, time,
-                         [&](const FMPolygon &polygon) { return source.PolygonQuery(&polygon, pixels); });
+        return onShape<FMPolygon>(polygonGeography, object, time, [&](const FMPolygon &polygon) {
+            return source.PolygonQuery(&polygon, pixels);
+        });
     });
 }
 
-bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect, RasterPixels &pixels, QVector<double> *areas)
+bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect, RasterPixels &pixels,
+                              QVector<double> *areas)
 {
     return onGrid(geographyId, [&](const MRasterDataSource &source) {
         FMGridWindow window;
@@ -158,13 +169,14 @@ bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect, RasterPixels 
                 found.append({column, row});
                 if (!areas)
                     continue;
-                const bool isInside = row > window.firstRow && row < window.lastRow && column > window.firstColumn
-                    && column < window.lastColumn;
+                const bool isInside = row > window.firstRow && row < window.lastRow
+                                      && column > window.firstColumn && column < window.lastColumn;
                 const double x = column * grid.cellWidth + grid.left;
                 const double y = (rows - row - 1) * grid.cellHeight + grid.bottom;
-                foundAreas.append(isInside ? whole
-                                           : overlap(x, x + grid.cellWidth, r.left(), r.right())
-                                          * overlap(y, y + grid.cellHeight, r.top(), r.bottom()));
+                foundAreas.append(isInside
+                                      ? whole
+                                      : overlap(x, x + grid.cellWidth, r.left(), r.right())
+                                            * overlap(y, y + grid.cellHeight, r.top(), r.bottom()));
             }
         }
         pixels = found;
@@ -174,30 +186,33 @@ bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect, RasterPixels 
     });
 }
 
-bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect, unsigned int &firstColumn, unsigned int &firstRow,
-                              unsigned int &lastColumn, unsigned int &lastRow)
+bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect, unsigned int &firstColumn,
+                              unsigned int &firstRow, unsigned int &lastColumn,
+                              unsigned int &lastRow)
 {
     return onGrid(geographyId, [&](const MRasterDataSource &source) {
         return source.RectQuery(rect, false, firstColumn, firstRow, lastColumn, lastRow);
     });
 }
 
-bool VORN_QueryRasterWithCircle(int geographyId, const QPointF &center, double radius, RasterPixels &pixels)
+bool VORN_QueryRasterWithCircle(int geographyId, const QPointF &center, double radius,
+                                RasterPixels &pixels)
 {
-    return onGrid(geographyId,
-                  [&](const MRasterDataSource &source) { return source.CircleQuery(center, radius, pixels); });
+    return onGrid(geographyId, [&](const MRasterDataSource &source) {
+        return source.CircleQuery(center, radius, pixels);
+    });
 }
 
-bool VORN_QueryRasterWithEllipse(int geographyId, const QPointF &center, double a, double b, double angle,
-                                 bool sortByDistance, RasterPixels &pixels)
+bool VORN_QueryRasterWithEllipse(int geographyId, const QPointF &center, double a, double b,
+                                 double angle, bool sortByDistance, RasterPixels &pixels)
 {
     return onGrid(geographyId, [&](const MRasterDataSource &source) {
         return source.EllipseQuery(center, a, b, angle, sortByDistance, pixels);
     });
 }
 
-bool VORN_QueryRasterWithPolygon(int geographyId, const QList<QVector<QPointF>> &rings, RasterPixels &pixels,
-                                 QVector<double> *areas)
+bool VORN_QueryRasterWithPolygon(int geographyId, const QList<QVector<QPointF>> &rings,
+                                 RasterPixels &pixels, QVector<double> *areas)
 {
     try {
         return queryPolygon(geographyId, *polygonOf(rings), pixels, areas);
@@ -206,8 +221,8 @@ bool VORN_QueryRasterWithPolygon(int geographyId, const QList<QVector<QPointF>> 
     }
 }
 
-bool VORN_QueryRasterWithPolygon(int geographyId, int polygonGeography, unsigned int object, qint64 time,
-                                 RasterPixels &pixels, QVector<double> *areas)
+bool VORN_QueryRasterWithPolygon(int geographyId, int polygonGeography, unsigned int object,
+                                 qint64 time, RasterPixels &pixels, QVector<double> *areas)
 {
     return onShape<FMPolygon>(polygonGeography, object, time, [&](const FMPolygon &polygon) {
         try {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// "The raster dataset's own answer, else an empty one": the road of nearly every operation of MRasterDataSource.
+/// "The raster dataset's own answer, else an empty one": the road of nearly every operation of
+/// MRasterDataSource.
 #pragma once
 #include "datainterface/MRasterDataSource.h"
 #include "sources/askDataset.h"

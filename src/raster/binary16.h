@@ -6,8 +6,8 @@
 
 namespace datainterface {
 
-/// The nearest half by the high 32-bit word of the double, ties away from zero; the low word takes no part. Not a
-/// number gives 0xFE00, whatever its sign.
+/// The nearest half by the high 32-bit word of the double, ties away from zero; the low word takes
+/// no part. Not a number gives 0xFE00, whatever its sign.
 inline half halfFromDouble(double value)
 {
     quint64 bits = 0;

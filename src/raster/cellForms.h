@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// The one description of raster cells: which type code and depth stands for which C++ type. Readers, tallies, statistics
-/// and frequencies are generic lambdas over it; the dispatch stands outside their loops.
+/// The one description of raster cells: which type code and depth stands for which C++ type.
+/// Readers, tallies, statistics and frequencies are generic lambdas over it; the dispatch stands
+/// outside their loops.
 #pragma once
 #include <QtGlobal>
 #include <tuple>
@@ -17,13 +18,17 @@ constexpr int kUnsignedCells = RasterUnsignedType | RasterCellType;
 /// @tparam Codes  the type codes that are cells of this kind, one bit each.
 template <int Codes, int Bits, class T> struct CellForm {
     using type = T;
-    static constexpr bool holds(int code, int bits) { return (code & Codes) != 0 && (code & ~Codes) == 0 && bits == Bits; }
+    static constexpr bool holds(int code, int bits)
+    {
+        return (code & Codes) != 0 && (code & ~Codes) == 0 && bits == Bits;
+    }
 };
 using CellForms =
     std::tuple<CellForm<RasterDecimalType, 16, half>, CellForm<RasterDecimalType, 32, float>,
                CellForm<RasterDecimalType, 64, double>, CellForm<RasterIntegerType, 8, qint8>,
                CellForm<RasterIntegerType, 16, qint16>, CellForm<RasterIntegerType, 32, qint32>,
-               CellForm<RasterIntegerType, 64, qint64>, CellForm<kUnsignedCells | RasterColorType, 8, quint8>,
+               CellForm<RasterIntegerType, 64, qint64>,
+               CellForm<kUnsignedCells | RasterColorType, 8, quint8>,
                CellForm<kUnsignedCells, 16, quint16>, CellForm<kUnsignedCells, 32, quint32>,
                CellForm<kUnsignedCells, 64, quint64>>;
 using BitForm = CellForm<kUnsignedCells, 1, bool>;
@@ -40,11 +45,18 @@ inline bool isCellForm(int code, int bits)
     return BitForm::holds(code, bits) || visitCellForm(code, bits, [](auto) {});
 }
 
-/// Cells of one bit as every reader sees them: one bit of the byte, the same for all cells of a grid.
+/// Cells of one bit as every reader sees them: one bit of the byte, the same for all cells of a
+/// grid.
 class BitCells {
 public:
-    explicit BitCells(const MRasterBand &band) : mBytes(band.cells<quint8>()), mBit(band.Columns() % 8) {}
-    quint8 operator[](int index) const { return static_cast<quint8>((mBytes[index >> 3] >> mBit) & 1); }
+    explicit BitCells(const MRasterBand &band)
+        : mBytes(band.cells<quint8>()), mBit(band.Columns() % 8)
+    {
+    }
+    quint8 operator[](int index) const
+    {
+        return static_cast<quint8>((mBytes[index >> 3] >> mBit) & 1);
+    }
 
 private:
     const quint8 *mBytes;
@@ -52,17 +64,20 @@ private:
 };
 template <class Cells> using ValueOf = std::decay_t<decltype(std::declval<const Cells &>()[0])>;
 
-/// Calls `visit` with the cells, by type and depth, of a grid that has them in memory; false: no such form.
+/// Calls `visit` with the cells, by type and depth, of a grid that has them in memory; false: no
+/// such form.
 template <class Visit> bool visitCells(const MRasterBand &band, Visit visit)
 {
     if (BitForm::holds(band.Type(), band.BitDepth())) {
         visit(BitCells(band));
         return true;
     }
-    return visitCellForm(band.Type(), band.BitDepth(), [&](auto form) { visit(band.cells<CellOf<decltype(form)>>()); });
+    return visitCellForm(band.Type(), band.BitDepth(),
+                         [&](auto form) { visit(band.cells<CellOf<decltype(form)>>()); });
 }
 
-/// Calls `visit` with the cells as the first of `Types` whose width is the depth, whatever the type; false: none.
+/// Calls `visit` with the cells as the first of `Types` whose width is the depth, whatever the
+/// type; false: none.
 template <class... Types, class Visit> bool visitWidth(const MRasterBand &band, Visit visit)
 {
     const auto tryWidth = [&](auto cell) {
@@ -89,7 +104,8 @@ template <class Cells> class CellTest {
     using T = ValueOf<Cells>;
 
 public:
-    explicit CellTest(const MissingFlag &flag) : mIsSet(!std::is_same_v<Cells, BitCells> && flag.type != MissingFlag::None)
+    explicit CellTest(const MissingFlag &flag)
+        : mIsSet(!std::is_same_v<Cells, BitCells> && flag.type != MissingFlag::None)
     {
         if (mIsSet)
             mValue = std::get<T>(flag.values);

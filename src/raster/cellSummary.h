@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Mean, extremes and spread of the finite cells of grids that are not missing.
 ///
-/// Cells are dealt out to lanes that each keep a sum of their own: an addition need not wait for the last one, the
-/// compiler takes several lanes at a time, and the rounding error of the sum is smaller than that of one long sum.
+/// Cells are dealt out to lanes that each keep a sum of their own: an addition need not wait for
+/// the last one, the compiler takes several lanes at a time, and the rounding error of the sum is
+/// smaller than that of one long sum.
 #pragma once
 #include <algorithm>
 #include <array>
@@ -109,7 +110,8 @@ private:
 
 /// The sum of squared deviations from `mean`; `counted` takes the number of cells.
 template <class T>
-double squaredDeviations(const T *cells, int count, const CellTest<const T *> &test, double mean, qint64 &counted)
+double squaredDeviations(const T *cells, int count, const CellTest<const T *> &test, double mean,
+                         qint64 &counted)
 {
     constexpr int kLanes = 8;
     std::array<double, kLanes> sums{};

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Counting the cells of whole grids.
 ///
-/// An ordered map takes a dozen cache misses for a cell. Cells of up to 16 bits are counted in a table of all patterns;
-/// wider ones are hashed (open addressing, at most half full), and the counts become a map in the end.
+/// An ordered map takes a dozen cache misses for a cell. Cells of up to 16 bits are counted in a
+/// table of all patterns; wider ones are hashed (open addressing, at most half full), and the
+/// counts become a map in the end.
 #pragma once
 #include <algorithm>
 #include <cmath>
@@ -37,8 +38,8 @@ template <class T, class Pattern> T valueOf(Pattern pattern)
     return value;
 }
 
-/// For patterns of up to 16 bits. Neighbouring cells are often equal, so that they are counted in turns: one counter would
-/// wait for its own last step.
+/// For patterns of up to 16 bits. Neighbouring cells are often equal, so that they are counted in
+/// turns: one counter would wait for its own last step.
 template <class Pattern> class PatternTable {
 public:
     PatternTable() : mCounts(kLanes << (8 * sizeof(Pattern))) {}
@@ -53,7 +54,8 @@ public:
     {
         for (std::size_t pattern = 0; pattern < mCounts.size() / kLanes; ++pattern) {
             const auto first = mCounts.begin() + static_cast<std::ptrdiff_t>(kLanes * pattern);
-            const int count = std::accumulate(first, first + static_cast<std::ptrdiff_t>(kLanes), 0);
+            const int count =
+                std::accumulate(first, first + static_cast<std::ptrdiff_t>(kLanes), 0);
             if (count > 0)
                 visit(static_cast<Pattern>(pattern), count);
         }
@@ -109,7 +111,8 @@ private:
 
     Slot &slotOf(Pattern pattern)
     {
-        quint64 mixed = pattern * 0x9E3779B97F4A7C15u; // Fibonacci hashing: the high bits are the good ones
+        quint64 mixed =
+            pattern * 0x9E3779B97F4A7C15u; // Fibonacci hashing: the high bits are the good ones
         mixed ^= mixed >> 32;
         std::size_t i = mixed & (mSlots.size() - 1);
         while (mSlots[i].pattern != pattern && mSlots[i].pattern != kFree)
@@ -142,8 +145,11 @@ public:
         using Key = typename Map::key_type;
         std::vector<std::pair<Key, int>> counts;
         counts.reserve(mTable.size());
-        mTable.visit([&](auto pattern, int count) { counts.emplace_back(keyOf(valueOf<T>(pattern)), count); });
-        std::sort(counts.begin(), counts.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
+        mTable.visit([&](auto pattern, int count) {
+            counts.emplace_back(keyOf(valueOf<T>(pattern)), count);
+        });
+        std::sort(counts.begin(), counts.end(),
+                  [](const auto &a, const auto &b) { return a.first < b.first; });
         map.clear();
         for (const auto &entry : counts)
             map.insert(map.constEnd(), entry.first, entry.second);

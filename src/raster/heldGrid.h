@@ -8,7 +8,8 @@ namespace datainterface {
 
 class HeldGrid {
 public:
-    explicit HeldGrid(const MRasterObservation &grid) : mGrid(grid), mUnwinding(std::uncaught_exceptions())
+    explicit HeldGrid(const MRasterObservation &grid)
+        : mGrid(grid), mUnwinding(std::uncaught_exceptions())
     {
         try {
             mGrid.CheckOutObservation();
@@ -17,7 +18,8 @@ public:
             throw;
         }
     }
-    ~HeldGrid() noexcept(false) // the last check-in writes back, which can raise; never a second time
+    ~HeldGrid() noexcept(
+        false) // the last check-in writes back, which can raise; never a second time
     {
         try {
             mGrid.CheckInObservation();

@@ -24,10 +24,17 @@ bool toDatum(const MDatum &value, datum &result)
 {
     switch (value.type()) {
     // The integers of vector datasets have 32 bits; of wider cells these forms show the low half.
-    case MDatum::Integer: result = datum(static_cast<int>(value.integerValue())); return true;
-    case MDatum::Decimal: result = datum(value.decimalValue()); return true;
-    case MDatum::String: result = datum(QString::fromLatin1(value.charstr())); return true;
-    case MDatum::Empty: return false;
+    case MDatum::Integer:
+        result = datum(static_cast<int>(value.integerValue()));
+        return true;
+    case MDatum::Decimal:
+        result = datum(value.decimalValue());
+        return true;
+    case MDatum::String:
+        result = datum(QString::fromLatin1(value.charstr()));
+        return true;
+    case MDatum::Empty:
+        return false;
     }
     fail("Invalid data type", "DataAPI.cpp");
 }
@@ -56,7 +63,8 @@ int VORN_GetGeographyId(int id)
 DatasetProps VORN_GetDatasetProperties(int id)
 {
     return onGeography(geographyIdOf(id), DatasetProps(), [id](MGeoData &geography) {
-        return onDataset(id, DatasetProps(), [&](MDataset &dataset) { return dataset.GetProperties(&geography); });
+        return onDataset(id, DatasetProps(),
+                         [&](MDataset &dataset) { return dataset.GetProperties(&geography); });
     });
 }
 
@@ -110,13 +118,15 @@ bool VORN_GetDatasetAttribute(int id, const QString &key, QVariant &value)
 
 bool VORN_SetDatasetAttribute(int id, const QString &key, const QVariant &value)
 {
-    return onValidSource(id, false, [&](MDataSource &source) { return source.SetMetaData(id, key, value); });
+    return onValidSource(id, false,
+                         [&](MDataSource &source) { return source.SetMetaData(id, key, value); });
 }
 
 QString VORN_GetDatasetMetaData(int id, const QString &key)
 {
-    return onDataset(id, QString(),
-                     [&key](const MDataset &dataset) { return dataset.GetMetaData(key).toString(); });
+    return onDataset(id, QString(), [&key](const MDataset &dataset) {
+        return dataset.GetMetaData(key).toString();
+    });
 }
 
 bool VORN_SetDatasetMetaData(int id, const QString &key, const QString &value)
@@ -129,7 +139,8 @@ bool VORN_SetDatasetMetaData(int id, const QString &key, const QString &value)
 
 bool VORN_SetShortDescription(int id, const QString &text)
 {
-    return onValidSource(id, false, [&](MDataSource &source) { return source.SetShortDescription(id, text); });
+    return onValidSource(id, false,
+                         [&](MDataSource &source) { return source.SetShortDescription(id, text); });
 }
 
 bool VORN_GetLongDescription(int id, QString &text)
@@ -142,12 +153,14 @@ bool VORN_GetLongDescription(int id, QString &text)
 
 bool VORN_SetLongDescription(int id, const QString &text)
 {
-    return onValidSource(id, false, [&](MDataSource &source) { return source.SetLongDescription(id, text); });
+    return onValidSource(id, false,
+                         [&](MDataSource &source) { return source.SetLongDescription(id, text); });
 }
 
 bool VORN_AppendToLongDescription(int id, const QString &text)
 {
-    return onValidSource(id, false, [&](MDataSource &source) { return source.AddToLongDescription(id, text); });
+    return onValidSource(
+        id, false, [&](MDataSource &source) { return source.AddToLongDescription(id, text); });
 }
 
 bool VORN_RecalculateDataFrequencies(int id)
@@ -157,7 +170,9 @@ bool VORN_RecalculateDataFrequencies(int id)
 
 int VORN_GetUniqueDataCount(int id, bool &isCapped)
 {
-    return onDataset(id, 0, [&isCapped](const MDataset &dataset) { return dataset.UniqueValueCount(&isCapped); });
+    return onDataset(id, 0, [&isCapped](const MDataset &dataset) {
+        return dataset.UniqueValueCount(&isCapped);
+    });
 }
 
 bool VORN_GetUniqueDataValues(int id, QList<datum> &values)
@@ -177,52 +192,60 @@ bool VORN_GetUniqueDataValues(int id, QList<datum> &values)
 
 bool VORN_GetMean(int id, int realization, qint64 t, double &mean)
 {
-    return onValidSource(id, false, [&](MDataSource &source) { return source.GetMean(id, realization, t, mean); });
+    return onValidSource(
+        id, false, [&](MDataSource &source) { return source.GetMean(id, realization, t, mean); });
 }
 
 bool VORN_GetStddev(int id, int realization, qint64 t, double &deviation)
 {
-    return onValidSource(id, false,
-                         [&](MDataSource &source) { return source.GetStddev(id, realization, t, deviation); });
+    return onValidSource(id, false, [&](MDataSource &source) {
+        return source.GetStddev(id, realization, t, deviation);
+    });
 }
 
 bool VORN_GetMax(int id, int realization, qint64 t, double &value)
 {
     return onValidSource(id, false, [&](MDataSource &source) {
-        return getExtreme([&](MDatum &extreme) { return source.GetMax(id, realization, t, extreme); }, value);
+        return getExtreme(
+            [&](MDatum &extreme) { return source.GetMax(id, realization, t, extreme); }, value);
     });
 }
 
 bool VORN_GetMin(int id, int realization, qint64 t, double &value)
 {
     return onValidSource(id, false, [&](MDataSource &source) {
-        return getExtreme([&](MDatum &extreme) { return source.GetMin(id, realization, t, extreme); }, value);
+        return getExtreme(
+            [&](MDatum &extreme) { return source.GetMin(id, realization, t, extreme); }, value);
     });
 }
 
 bool VORN_GetMax(int id, int realization, double &value)
 {
     return onValidSource(id, false, [&](MDataSource &source) {
-        return getExtreme([&](MDatum &extreme) { return source.GetGlobalMax(id, realization, extreme); }, value);
+        return getExtreme(
+            [&](MDatum &extreme) { return source.GetGlobalMax(id, realization, extreme); }, value);
     });
 }
 
 bool VORN_GetMin(int id, int realization, double &value)
 {
     return onValidSource(id, false, [&](MDataSource &source) {
-        return getExtreme([&](MDatum &extreme) { return source.GetGlobalMin(id, realization, extreme); }, value);
+        return getExtreme(
+            [&](MDatum &extreme) { return source.GetGlobalMin(id, realization, extreme); }, value);
     });
 }
 
 unsigned int VORN_GetDataCount(int id, qint64 t)
 {
-    return onSource(id, 0U,
-                    [=](MDataSource &source) { return static_cast<unsigned int>(source.GetDataCount(id, 0, t)); });
+    return onSource(id, 0U, [=](MDataSource &source) {
+        return static_cast<unsigned int>(source.GetDataCount(id, 0, t));
+    });
 }
 
 bool VORN_HasDataAtTime(int id, qint64 t)
 {
-    return onSource(id, false, [=](const MDataSource &source) { return source.HasDataAtTime(id, 0, t); });
+    return onSource(id, false,
+                    [=](const MDataSource &source) { return source.HasDataAtTime(id, 0, t); });
 }
 
 bool VORN_IsVectorDataMissing(int id, int realization, unsigned int object, qint64 t)
@@ -243,13 +266,14 @@ bool VORN_SetMissingVectorId(int id, int realization, unsigned int object, const
 {
     return onGeography<MVectorData>(geographyIdOf(id), false, [&](MVectorData &geography) {
         return object < geography.GetObjectCount()
-            && geography.SetMissingValue(id, realization, object, TimeStamp(interval));
+               && geography.SetMissingValue(id, realization, object, TimeStamp(interval));
     });
 }
 
 bool VORN_GetAllMissingRealizationLocations(int id, qint64 t, VORN_MissingData &missing)
 {
-    MDataset *dataset = onDataset(id, static_cast<MDataset *>(nullptr), [](MDataset &found) { return &found; });
+    MDataset *dataset =
+        onDataset(id, static_cast<MDataset *>(nullptr), [](MDataset &found) { return &found; });
     require(dataset != nullptr, "Invalid dataset id");
     VORN_MissingData sum = VORN_ConstDataContainer(dataset, t, 0).missingData();
     for (int realization = 1; realization < dataset->GetRealizationCount(); ++realization)

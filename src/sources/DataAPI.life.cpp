@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Making, announcing, removing and copying datasets, and the values of simulated realizations.
+#include "datainterface/DataAPI.h"
 #include <algorithm>
 #include "Common/detail/failure.h"
-#include "datainterface/DataAPI.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/OrderedDouble.h"
@@ -34,15 +34,18 @@ template <class Call> bool forEachGeography(const QVector<int> &ids, Call call)
     const QMap<int, QList<DataId>> lists = byGeography(ids);
     bool areAllThere = true;
     for (auto list = lists.cbegin(); list != lists.cend(); ++list) {
-        areAllThere = onGeographySource(list.key(), false, [&](MDataSource &source) {
-            call(source, list.value());
-            return true;
-        }) && areAllThere;
+        areAllThere = onGeographySource(list.key(), false,
+                                        [&](MDataSource &source) {
+                                            call(source, list.value());
+                                            return true;
+                                        })
+                      && areAllThere;
     }
     return areAllThere;
 }
 
-template <class T, class Map> bool copyContainers(const MVectorDataset &from, int realization, Map &map)
+template <class T, class Map>
+bool copyContainers(const MVectorDataset &from, int realization, Map &map)
 {
     if constexpr (std::is_same_v<T, double>)
         return from.CopyDecimalData(realization, map);
@@ -52,16 +55,19 @@ template <class T, class Map> bool copyContainers(const MVectorDataset &from, in
         return from.CopyStringData(realization, map);
 }
 
-template <class T> bool copyRealization(const MVectorDataset &from, MVectorDataset &to, int realization)
+template <class T>
+bool copyRealization(const MVectorDataset &from, MVectorDataset &to, int realization)
 {
     if (from.GetStorageType() == MVectorDataset::TimeSlice) {
         OwnedContainers<MVectorDataset::SliceMap<T>> copies;
         return copyContainers<T>(from, realization, copies.map())
-            && copies.handOver([&](const auto &map) { return to.SetTimeSliceData(realization, map, true); });
+               && copies.handOver(
+                   [&](const auto &map) { return to.SetTimeSliceData(realization, map, true); });
     }
     OwnedContainers<MVectorDataset::SeriesMap<T>> copies;
     return copyContainers<T>(from, realization, copies.map())
-        && copies.handOver([&](const auto &map) { return to.SetTimeSeriesData(realization, map, true); });
+           && copies.handOver(
+               [&](const auto &map) { return to.SetTimeSeriesData(realization, map, true); });
 }
 
 bool copyValues(const MVectorDataset &from, MVectorDataset &to)
@@ -80,9 +86,9 @@ bool copyValues(const MVectorDataset &from, MVectorDataset &to)
 
 int migrateVector(MVectorDataset &dataset, MVectorDataSource &target)
 {
-    const int newId = target.NewVectorDataset(dataset.GetDisplayName(), dataset.GetDataType(),
-                                              dataset.GetStorageType(), dataset.GetRealizationCount(),
-                                              dataset.GetHierarchyPath());
+    const int newId = target.NewVectorDataset(
+        dataset.GetDisplayName(), dataset.GetDataType(), dataset.GetStorageType(),
+        dataset.GetRealizationCount(), dataset.GetHierarchyPath());
     if (copyValues(dataset, *target.GetVectorDataset(newId)))
         return newId;
     target.RemoveDataset(newId);
@@ -93,7 +99,8 @@ bool copyGrids(const MRasterDataset &from, MRasterDataset &to)
 {
     for (int realization = 0; realization < from.GetRealizationCount(); ++realization) {
         for (const TimeStamp &stamp : from.GetRasterIntervals(realization)) {
-            const MRasterObservation &grid = *from.GetConstRasterInfo(realization, stamp.timeInInterval());
+            const MRasterObservation &grid =
+                *from.GetConstRasterInfo(realization, stamp.timeInInterval());
             const HeldGrid hold(grid);
             if (!to.AddRasterValues(realization, stamp, grid, true, false))
                 return false;
@@ -109,9 +116,9 @@ bool copyGrids(const MRasterDataset &from, MRasterDataset &to)
 
 int migrateRaster(MRasterDataset &dataset, MRasterDataSource &target)
 {
-    const int newId = target.NewRasterDataset(dataset.GetDisplayName(), dataset.GetDataType(),
-                                              dataset.GetRealizationCount(), dataset.GetRasterBitDepth(),
-                                              dataset.GetHierarchyPathAsString());
+    const int newId = target.NewRasterDataset(
+        dataset.GetDisplayName(), dataset.GetDataType(), dataset.GetRealizationCount(),
+        dataset.GetRasterBitDepth(), dataset.GetHierarchyPathAsString());
     if (newId == -1 || copyGrids(dataset, *target.GetRasterDataset(newId)))
         return newId;
     target.RemoveDataset(newId);
@@ -123,7 +130,9 @@ int migrate(MDataset &dataset, MDataSource &target)
 {
     if (auto *vector = dynamic_cast<MVectorDataset *>(&dataset)) {
         auto *source = dynamic_cast<MVectorDataSource *>(&target);
-        const bool fits = source && source->GetObjectCount() == static_cast<unsigned int>(vector->GetObjectCount());
+        const bool fits =
+            source
+            && source->GetObjectCount() == static_cast<unsigned int>(vector->GetObjectCount());
         return fits ? migrateVector(*vector, *source) : -1;
     }
     auto *raster = dynamic_cast<MRasterDataset *>(&dataset);
@@ -163,8 +172,8 @@ bool holdsNormalScores(MDataset &dataset, qint64 t)
 
 } // namespace
 
-int VORN_NewVectorDataset(int geographyId, const QString &name, StorageType storage, DataType type, int realizations,
-                          const QString &path)
+int VORN_NewVectorDataset(int geographyId, const QString &name, StorageType storage, DataType type,
+                          int realizations, const QString &path)
 {
     if (!isVectorType(type) || (storage != TimeSeries && storage != TimeSlice) || realizations < 1)
         return -1;
@@ -184,8 +193,9 @@ bool VORN_NewDatasetCreated(int id)
 
 bool VORN_NewDatasetsCreated(const QVector<int> &ids)
 {
-    return forEachGeography(
-        ids, [](MDataSource &source, const QList<DataId> &list) { source.AnnounceNewDatasets(list, true); });
+    return forEachGeography(ids, [](MDataSource &source, const QList<DataId> &list) {
+        source.AnnounceNewDatasets(list, true);
+    });
 }
 
 bool VORN_DatasetChanged(int id)
@@ -198,8 +208,9 @@ bool VORN_DatasetChanged(int id)
 
 bool VORN_DatasetsChanged(const QVector<int> &ids)
 {
-    return forEachGeography(
-        ids, [](MDataSource &source, const QList<DataId> &list) { source.AnnounceChangedDatasets(list); });
+    return forEachGeography(ids, [](MDataSource &source, const QList<DataId> &list) {
+        source.AnnounceChangedDatasets(list);
+    });
 }
 
 bool VORN_RemoveDataset(int id)
@@ -211,8 +222,8 @@ bool VORN_RemoveDatasets(const QVector<int> &ids)
 {
     for (int geographyId : byGeography(ids).keys())
         require(controller()->GetGeoData().contains(geographyId), "gd");
-    return forEachGeography(ids,
-                            [](MDataSource &source, const QList<DataId> &list) { source.RemoveDatasets(list); });
+    return forEachGeography(
+        ids, [](MDataSource &source, const QList<DataId> &list) { source.RemoveDatasets(list); });
 }
 
 int VORN_MigrateDataset(int id, int targetGeographyId, bool announce)
@@ -229,7 +240,8 @@ int VORN_MigrateDataset(int id, int targetGeographyId, bool announce)
 
 bool VORN_IsNormalScoreDataset(int id, qint64 t)
 {
-    return onDataset(id, false, [t](const MDataset &dataset) { return dataset.IsNormalScoreDataset(t, 0); });
+    return onDataset(id, false,
+                     [t](const MDataset &dataset) { return dataset.IsNormalScoreDataset(t, 0); });
 }
 
 bool VORN_GetRealizationValues(int id, int realization, qint64 t, const VORN_DataContainer &scores,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Each overload is one line over a template of its element type.
-#include <cstring>
 #include "datainterface/DataAPI.h"
+#include <cstring>
 #include "datainterface/dataContainer.h"
 #include "datasets/datasetCopies.h"
 #include "sources/dataFrame.h"
@@ -75,11 +75,13 @@ template <class T> bool numberOf(int id, int realization, unsigned int object, q
     });
 }
 
-template <class T> bool getSeries(int id, int realization, unsigned int object, QMap<Interval, T> &values)
+template <class T>
+bool getSeries(int id, int realization, unsigned int object, QMap<Interval, T> &values)
 {
     return onObject(id, object, false, [&](const MVectorDataset &dataset) {
         const auto *map = seriesOf<T>(dataset, realization);
-        const TimeSeriesData<T> *series = map ? map->value(static_cast<int>(object), nullptr) : nullptr;
+        const TimeSeriesData<T> *series =
+            map ? map->value(static_cast<int>(object), nullptr) : nullptr;
         if (!series)
             return false;
         values.clear();
@@ -90,7 +92,8 @@ template <class T> bool getSeries(int id, int realization, unsigned int object, 
     });
 }
 
-template <class T> bool setSeries(int id, int realization, unsigned int object, const QMap<Interval, T> &values)
+template <class T>
+bool setSeries(int id, int realization, unsigned int object, const QMap<Interval, T> &values)
 {
     return onObject(id, object, false, [&](MVectorDataset &dataset) {
         if (dataset.GetDataType() != typeCode<T>() || realization < 0
@@ -104,41 +107,42 @@ template <class T> bool setSeries(int id, int realization, unsigned int object, 
 }
 
 template <class T>
-bool addSlice(int id, int realization, const Interval &interval, const QVector<T> &values, const QSet<int> &missing,
-              bool overwrite, bool updateFrequencies)
+bool addSlice(int id, int realization, const Interval &interval, const QVector<T> &values,
+              const QSet<int> &missing, bool overwrite, bool updateFrequencies)
 {
     return onSource<MVectorDataSource>(id, false, [&](MVectorDataSource &source) {
-        return source.AddTimeSliceValues(id, realization, TimeStamp(interval), values, missing, overwrite,
-                                         updateFrequencies);
+        return source.AddTimeSliceValues(id, realization, TimeStamp(interval), values, missing,
+                                         overwrite, updateFrequencies);
     });
 }
 
 template <class T>
-bool addSeries(int id, int realization, unsigned int object, const QVector<QPair<Interval, T>> &values,
-               bool overwrite, bool updateFrequencies)
+bool addSeries(int id, int realization, unsigned int object,
+               const QVector<QPair<Interval, T>> &values, bool overwrite, bool updateFrequencies)
 {
     return onObject(id, object, false, [&](MVectorDataset &dataset) {
         QVector<QPair<TimeStamp, T>> stamped;
         stamped.reserve(values.size());
         for (const QPair<Interval, T> &value : values)
             stamped.append({TimeStamp(value.first), value.second});
-        return dataset.AddTimeSeriesValues(realization, static_cast<int>(object), stamped, overwrite,
-                                           updateFrequencies);
+        return dataset.AddTimeSeriesValues(realization, static_cast<int>(object), stamped,
+                                           overwrite, updateFrequencies);
     });
 }
 
-bool addValue(int id, int realization, unsigned int object, const Interval &interval, const MDatum &value,
-              bool overwrite, bool updateFrequencies)
+bool addValue(int id, int realization, unsigned int object, const Interval &interval,
+              const MDatum &value, bool overwrite, bool updateFrequencies)
 {
     return onObject(id, object, false, [&](MVectorDataset &dataset) {
-        return dataset.AddDataValue(realization, static_cast<int>(object), TimeStamp(interval), value, overwrite,
-                                    updateFrequencies);
+        return dataset.AddDataValue(realization, static_cast<int>(object), TimeStamp(interval),
+                                    value, overwrite, updateFrequencies);
     });
 }
 
 } // namespace
 
-bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<double> &values, QSet<int> &missing)
+bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<double> &values,
+                        QSet<int> &missing)
 {
     return getValues(id, realization, t, values, missing);
 }
@@ -148,21 +152,25 @@ bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<int> &values,
     return getValues(id, realization, t, values, missing);
 }
 
-bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<QString> &values, QSet<int> &missing)
+bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<QString> &values,
+                        QSet<int> &missing)
 {
     return getValues(id, realization, t, values, missing);
 }
 
-bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<datum> &values, QSet<int> &missing)
+bool VORN_GetDataValues(int id, int realization, qint64 t, QVector<datum> &values,
+                        QSet<int> &missing)
 {
     return onDataset<MVectorDataset>(id, false, [&](const MVectorDataset &dataset) {
         return visitElement(dataset.GetDataType(), [&](auto element) {
-            return getWrappedValues<ElementOf<decltype(element)>>(id, realization, t, values, missing);
+            return getWrappedValues<ElementOf<decltype(element)>>(id, realization, t, values,
+                                                                  missing);
         });
     });
 }
 
-bool VORN_GetNumericValues(int id, int realization, qint64 t, QVector<double> &values, QSet<int> &missing)
+bool VORN_GetNumericValues(int id, int realization, qint64 t, QVector<double> &values,
+                           QSet<int> &missing)
 {
     return onDataset<MVectorDataset>(id, false, [&](const MVectorDataset &dataset) {
         QVector<double> foundValues;
@@ -175,24 +183,27 @@ bool VORN_GetNumericValues(int id, int realization, qint64 t, QVector<double> &v
     });
 }
 
-bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<double> &values, QSet<int> &missing)
+bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<double> &values,
+                           QSet<int> &missing)
 {
     return getSlice(id, realization, t, values, missing);
 }
 
-bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<int> &values, QSet<int> &missing)
+bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<int> &values,
+                           QSet<int> &missing)
 {
     return getSlice(id, realization, t, values, missing);
 }
 
-bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<QString> &values, QSet<int> &missing)
+bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<QString> &values,
+                           QSet<int> &missing)
 {
     return getSlice(id, realization, t, values, missing);
 }
 
 // An interval at which the object is missing, where other objects have values, is left out.
-bool VORN_GetObjectDataValues(int id, int realization, unsigned int object, QVector<Interval> &intervals,
-                              QVector<datum> &values)
+bool VORN_GetObjectDataValues(int id, int realization, unsigned int object,
+                              QVector<Interval> &intervals, QVector<datum> &values)
 {
     return onObject(id, object, false, [&](MVectorDataset &dataset) {
         dataset.GetObjectValues(realization, static_cast<int>(object), intervals, values);
@@ -215,7 +226,8 @@ bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, i
     return numberOf(id, realization, object, t, value);
 }
 
-bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, int maxLength, char *buffer)
+bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, int maxLength,
+                       char *buffer)
 {
     const MDatum found = valueOf(id, realization, object, t);
     if (found.isEmpty() || maxLength < 0)
@@ -224,94 +236,107 @@ bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t, i
     return true;
 }
 
-bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object, QMap<Interval, double> &values)
+bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object,
+                            QMap<Interval, double> &values)
 {
     return getSeries(id, realization, object, values);
 }
 
-bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object, QMap<Interval, int> &values)
+bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object,
+                            QMap<Interval, int> &values)
 {
     return getSeries(id, realization, object, values);
 }
 
-bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object, QMap<Interval, QString> &values)
+bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object,
+                            QMap<Interval, QString> &values)
 {
     return getSeries(id, realization, object, values);
 }
 
-bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object, const QMap<Interval, double> &values)
+bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object,
+                            const QMap<Interval, double> &values)
 {
     return setSeries(id, realization, object, values);
 }
 
-bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object, const QMap<Interval, int> &values)
+bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object,
+                            const QMap<Interval, int> &values)
 {
     return setSeries(id, realization, object, values);
 }
 
-bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object, const QMap<Interval, QString> &values)
+bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object,
+                            const QMap<Interval, QString> &values)
 {
     return setSeries(id, realization, object, values);
 }
 
-bool VORN_AddDataValues(int id, int realization, const Interval &interval, const QVector<double> &values,
-                        const QSet<int> &missing, bool overwrite, bool updateFrequencies)
-{
-    return addSlice(id, realization, interval, values, missing, overwrite, updateFrequencies);
-}
-
-bool VORN_AddDataValues(int id, int realization, const Interval &interval, const QVector<int> &values,
-                        const QSet<int> &missing, bool overwrite, bool updateFrequencies)
-{
-    return addSlice(id, realization, interval, values, missing, overwrite, updateFrequencies);
-}
-
-bool VORN_AddDataValues(int id, int realization, const Interval &interval, const QVector<QString> &values,
-                        const QSet<int> &missing, bool overwrite, bool updateFrequencies)
-{
-    return addSlice(id, realization, interval, values, missing, overwrite, updateFrequencies);
-}
-
-bool VORN_AddDataValues(int id, int realization, const Interval &interval, VORN_DataContainer &values, bool overwrite,
+bool VORN_AddDataValues(int id, int realization, const Interval &interval,
+                        const QVector<double> &values, const QSet<int> &missing, bool overwrite,
                         bool updateFrequencies)
 {
+    return addSlice(id, realization, interval, values, missing, overwrite, updateFrequencies);
+}
+
+bool VORN_AddDataValues(int id, int realization, const Interval &interval,
+                        const QVector<int> &values, const QSet<int> &missing, bool overwrite,
+                        bool updateFrequencies)
+{
+    return addSlice(id, realization, interval, values, missing, overwrite, updateFrequencies);
+}
+
+bool VORN_AddDataValues(int id, int realization, const Interval &interval,
+                        const QVector<QString> &values, const QSet<int> &missing, bool overwrite,
+                        bool updateFrequencies)
+{
+    return addSlice(id, realization, interval, values, missing, overwrite, updateFrequencies);
+}
+
+bool VORN_AddDataValues(int id, int realization, const Interval &interval,
+                        VORN_DataContainer &values, bool overwrite, bool updateFrequencies)
+{
     return onSource(id, false, [&](MDataSource &source) {
-        return source.AddTimeSliceValues(id, realization, TimeStamp(interval), values, overwrite, updateFrequencies);
+        return source.AddTimeSliceValues(id, realization, TimeStamp(interval), values, overwrite,
+                                         updateFrequencies);
     });
 }
 
-bool VORN_AddDataValues(int id, int realization, unsigned int object, const QVector<QPair<Interval, double>> &values,
-                        bool overwrite, bool updateFrequencies)
-{
-    return addSeries(id, realization, object, values, overwrite, updateFrequencies);
-}
-
-bool VORN_AddDataValues(int id, int realization, unsigned int object, const QVector<QPair<Interval, int>> &values,
-                        bool overwrite, bool updateFrequencies)
+bool VORN_AddDataValues(int id, int realization, unsigned int object,
+                        const QVector<QPair<Interval, double>> &values, bool overwrite,
+                        bool updateFrequencies)
 {
     return addSeries(id, realization, object, values, overwrite, updateFrequencies);
 }
 
 bool VORN_AddDataValues(int id, int realization, unsigned int object,
-                        const QVector<QPair<Interval, QString>> &values, bool overwrite, bool updateFrequencies)
+                        const QVector<QPair<Interval, int>> &values, bool overwrite,
+                        bool updateFrequencies)
 {
     return addSeries(id, realization, object, values, overwrite, updateFrequencies);
 }
 
-bool VORN_AddDataValue(int id, int realization, unsigned int object, const Interval &interval, double value,
-                       bool overwrite, bool updateFrequencies)
+bool VORN_AddDataValues(int id, int realization, unsigned int object,
+                        const QVector<QPair<Interval, QString>> &values, bool overwrite,
+                        bool updateFrequencies)
+{
+    return addSeries(id, realization, object, values, overwrite, updateFrequencies);
+}
+
+bool VORN_AddDataValue(int id, int realization, unsigned int object, const Interval &interval,
+                       double value, bool overwrite, bool updateFrequencies)
 {
     return addValue(id, realization, object, interval, MDatum(value), overwrite, updateFrequencies);
 }
 
-bool VORN_AddDataValue(int id, int realization, unsigned int object, const Interval &interval, int value,
-                       bool overwrite, bool updateFrequencies)
+bool VORN_AddDataValue(int id, int realization, unsigned int object, const Interval &interval,
+                       int value, bool overwrite, bool updateFrequencies)
 {
     return addValue(id, realization, object, interval, MDatum(value), overwrite, updateFrequencies);
 }
 
-bool VORN_AddDataValue(int id, int realization, unsigned int object, const Interval &interval, const QString &value,
-                       bool overwrite, bool updateFrequencies)
+bool VORN_AddDataValue(int id, int realization, unsigned int object, const Interval &interval,
+                       const QString &value, bool overwrite, bool updateFrequencies)
 {
     return addValue(id, realization, object, interval, MDatum(value), overwrite, updateFrequencies);
 }

@@ -11,9 +11,12 @@ namespace {
 
 // The last two stay when a listener is removed.
 const Connection kListenerConnections[] = {
-    {SIGNAL(DatasetsDyingSignal(const QList<DataId> &)), SLOT(DatasetsDyingSlot(const QList<DataId> &))},
-    {SIGNAL(DatasetsAddedSignal(const QList<DataId> &, bool)), SLOT(DatasetsAddedSlot(const QList<DataId> &, bool))},
-    {SIGNAL(DatasetsChangedSignal(const QList<DataId> &)), SLOT(DatasetsChangedSlot(const QList<DataId> &))},
+    {SIGNAL(DatasetsDyingSignal(const QList<DataId> &)),
+     SLOT(DatasetsDyingSlot(const QList<DataId> &))},
+    {SIGNAL(DatasetsAddedSignal(const QList<DataId> &, bool)),
+     SLOT(DatasetsAddedSlot(const QList<DataId> &, bool))},
+    {SIGNAL(DatasetsChangedSignal(const QList<DataId> &)),
+     SLOT(DatasetsChangedSlot(const QList<DataId> &))},
     {SIGNAL(DatasetNameChangedSignal(const DataId &, const QString &)),
      SLOT(DatasetNameChangedSlot(const DataId &, const QString &))},
 };
@@ -24,7 +27,9 @@ const Connection kSuspensionConnections[] = {
 
 } // namespace
 
-MDataSource::MDataSource(const QString &, int idSeed) : mNextDatasetId(idSeed) {}
+MDataSource::MDataSource(const QString &, int idSeed) : mNextDatasetId(idSeed)
+{
+}
 
 MDataSource::~MDataSource()
 {
@@ -35,20 +40,23 @@ MDataSource::~MDataSource()
 bool MDataSource::CheckOutDataset(int id, int arg, int realization) const
 {
     return ask(*this, id, false, [=](const MDataset &dataset) {
-        return realization < 0 ? dataset.CheckOutAllRealizations(arg) : dataset.CheckOutRealization(realization, arg);
+        return realization < 0 ? dataset.CheckOutAllRealizations(arg)
+                               : dataset.CheckOutRealization(realization, arg);
     });
 }
 
 bool MDataSource::CheckInDataset(int id, int arg, int realization) const
 {
     return ask(*this, id, false, [=](const MDataset &dataset) {
-        return realization < 0 ? dataset.CheckInAllRealizations(arg) : dataset.CheckInRealization(realization, arg);
+        return realization < 0 ? dataset.CheckInAllRealizations(arg)
+                               : dataset.CheckInRealization(realization, arg);
     });
 }
 
 bool MDataSource::AddListener(QObject *listener)
 {
-    require(connectAll(this, listener, kListenerConnections) && connectAll(this, listener, kSuspensionConnections),
+    require(connectAll(this, listener, kListenerConnections)
+                && connectAll(this, listener, kSuspensionConnections),
             "Can't connect signals");
     return true;
 }
@@ -68,17 +76,20 @@ QList<DataId> MDataSource::GetDatasetIds() const
 
 int MDataSource::GetDataCount(int id, int realization, qint64 t)
 {
-    return ask(*this, id, 0, [=](const MDataset &dataset) { return dataset.GetDataCount(realization, t); });
+    return ask(*this, id, 0,
+               [=](const MDataset &dataset) { return dataset.GetDataCount(realization, t); });
 }
 
 bool MDataSource::HasDataAtTime(int id, int realization, qint64 t) const
 {
-    return ask(*this, id, false, [=](const MDataset &dataset) { return dataset.HasDataAtTime(realization, t); });
+    return ask(*this, id, false,
+               [=](const MDataset &dataset) { return dataset.HasDataAtTime(realization, t); });
 }
 
 bool MDataSource::IsEmpty()
 {
-    return std::none_of(mDatasets.cbegin(), mDatasets.cend(), [](MDataset *dataset) { return dataset->IsValid(); });
+    return std::none_of(mDatasets.cbegin(), mDatasets.cend(),
+                        [](MDataset *dataset) { return dataset->IsValid(); });
 }
 
 bool MDataSource::IsValid(int id)
@@ -142,8 +153,9 @@ void MDataSource::deleteDataset(int id)
     delete mDatasets.take(id);
 }
 
-bool MDataSource::AddTimeSliceValues(int id, int realization, const TimeStamp &stamp, VORN_DataContainer &values,
-                                     bool overwrite, bool updateFrequencies)
+bool MDataSource::AddTimeSliceValues(int id, int realization, const TimeStamp &stamp,
+                                     VORN_DataContainer &values, bool overwrite,
+                                     bool updateFrequencies)
 {
     if (values.count() < 0 || static_cast<unsigned int>(values.count()) != GetObjectCount())
         return false;
@@ -171,7 +183,8 @@ bool MDataSource::SetDisplayName(int id, const char *name)
 
 QVariant MDataSource::GetMetaData(int id, const QString &key)
 {
-    return ask(*this, id, QVariant(), [&key](const MDataset &dataset) { return dataset.GetMetaData(key); });
+    return ask(*this, id, QVariant(),
+               [&key](const MDataset &dataset) { return dataset.GetMetaData(key); });
 }
 
 bool MDataSource::SetMetaData(int id, const QString &key, const QVariant &value)
@@ -181,7 +194,8 @@ bool MDataSource::SetMetaData(int id, const QString &key, const QVariant &value)
 
 QString MDataSource::GetShortDescription(int id)
 {
-    return ask(*this, id, QString(), [](MDataset &dataset) { return dataset.GetShortDescription(); });
+    return ask(*this, id, QString(),
+               [](MDataset &dataset) { return dataset.GetShortDescription(); });
 }
 
 bool MDataSource::SetShortDescription(int id, const QString &text)
@@ -191,7 +205,8 @@ bool MDataSource::SetShortDescription(int id, const QString &text)
 
 QString MDataSource::GetLongDescription(int id)
 {
-    return ask(*this, id, QString(), [](MDataset &dataset) { return dataset.GetLongDescription(); });
+    return ask(*this, id, QString(),
+               [](MDataset &dataset) { return dataset.GetLongDescription(); });
 }
 
 bool MDataSource::SetLongDescription(int id, const QString &text)
@@ -206,11 +221,13 @@ bool MDataSource::AddToLongDescription(int id, const QString &text)
 
 QList<TimeStamp> MDataSource::GetCommonTimeStamps(int id, int realization)
 {
-    return ask(*this, id, QList<TimeStamp>(),
-               [realization](MDataset &dataset) { return dataset.GetCommonTimeStamps(realization); });
+    return ask(*this, id, QList<TimeStamp>(), [realization](MDataset &dataset) {
+        return dataset.GetCommonTimeStamps(realization);
+    });
 }
 
-bool MDataSource::ObjectValueChanged(int id, int realization, unsigned int object, qint64 first, qint64 second)
+bool MDataSource::ObjectValueChanged(int id, int realization, unsigned int object, qint64 first,
+                                     qint64 second)
 {
     return ask(*this, id, false, [=](MDataset &dataset) {
         return dataset.ObjectValueChanged(realization, static_cast<int>(object), first, second);

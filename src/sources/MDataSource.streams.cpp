@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Kind, next id, count, then each dataset behind a tag of its own. Files before 130000 held vector datasets alone and
-// kept names and metadata in tables of the source.
+// Kind, next id, count, then each dataset behind a tag of its own. Files before 130000 held vector
+// datasets alone and kept names and metadata in tables of the source.
+#include "datainterface/MDataSource.h"
 #include <memory>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
-#include "datainterface/MDataSource.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorDataset.h"
 #include "datainterface/VersionAPI.h"
@@ -54,10 +54,14 @@ bool readTables(QDataStream &in, LegacyTables &tables)
 QVariant variantOf(const MDatum &value)
 {
     switch (value.type()) {
-    case MDatum::Integer: return static_cast<int>(value.integerValue());
-    case MDatum::Decimal: return value.decimalValue();
-    case MDatum::String: return QString::fromLatin1(value.charstr());
-    default: return QVariant();
+    case MDatum::Integer:
+        return static_cast<int>(value.integerValue());
+    case MDatum::Decimal:
+        return value.decimalValue();
+    case MDatum::String:
+        return QString::fromLatin1(value.charstr());
+    default:
+        return QVariant();
     }
 }
 
@@ -101,7 +105,8 @@ bool MDataSource::RestoreFromStream(QDataStream &in)
     in >> kind >> mNextDatasetId;
     if (in.status() != QDataStream::Ok || kind != mKind)
         return false;
-    return dataInterfaceVersionLoading >= kFirstWithDatasetTags ? restoreDatasets(in) : restoreLegacyDatasets(in);
+    return dataInterfaceVersionLoading >= kFirstWithDatasetTags ? restoreDatasets(in)
+                                                                : restoreLegacyDatasets(in);
 }
 
 // Null for an unknown tag and for one that does not belong to this kind of source.
@@ -153,8 +158,8 @@ bool MDataSource::restoreLegacyDatasets(QDataStream &in)
     return in.status() == QDataStream::Ok;
 }
 
-// Restores a dataset and enters it under the id that it has read. One that cannot be read, or whose id stands twice,
-// is freed.
+// Restores a dataset and enters it under the id that it has read. One that cannot be read, or whose
+// id stands twice, is freed.
 bool MDataSource::adoptRestored(MDataset *dataset, QDataStream &in)
 {
     const auto destroy = [](MDataset *unwanted) { delete unwanted; };

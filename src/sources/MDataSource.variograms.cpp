@@ -28,27 +28,32 @@ QList<int> modelsFrom(const MDataset &dataset, const DataId &id)
 
 bool MDataSource::GetVariogramModel(const DataId &id, int modelId, VariogramModel &model) const
 {
-    return ask(*this, id, false, [&](const MDataset &dataset) { return dataset.GetVariogramModel(modelId, model); });
+    return ask(*this, id, false,
+               [&](const MDataset &dataset) { return dataset.GetVariogramModel(modelId, model); });
 }
 
 bool MDataSource::AddVariogramModel(const DataId &id, VariogramModel &model)
 {
-    return ask(*this, id, false, [&model](MDataset &dataset) { return dataset.AddVariogramModel(model, true); });
+    return ask(*this, id, false,
+               [&model](MDataset &dataset) { return dataset.AddVariogramModel(model, true); });
 }
 
 bool MDataSource::RemoveVariogramModel(const DataId &id, int modelId)
 {
-    return ask(*this, id, false, [modelId](MDataset &dataset) { return dataset.RemoveVariogramModel(modelId); });
+    return ask(*this, id, false,
+               [modelId](MDataset &dataset) { return dataset.RemoveVariogramModel(modelId); });
 }
 
 bool MDataSource::ReplaceVariogramModel(const DataId &id, VariogramModel &model)
 {
-    return ask(*this, id, false, [&](MDataset &dataset) { return dataset.ReplaceVariogramModel(this, model); });
+    return ask(*this, id, false,
+               [&](MDataset &dataset) { return dataset.ReplaceVariogramModel(this, model); });
 }
 
 bool MDataSource::RemoveAllVariogramModels(const DataId &id)
 {
-    return ask(*this, id, false, [](MDataset &dataset) { return dataset.RemoveAllVariogramModels(); });
+    return ask(*this, id, false,
+               [](MDataset &dataset) { return dataset.RemoveAllVariogramModels(); });
 }
 
 void MDataSource::RemoveAllVariogramModels()
@@ -59,23 +64,27 @@ void MDataSource::RemoveAllVariogramModels()
 
 bool MDataSource::DuplicateVariogramModel(const DataId &id, int modelId)
 {
-    return ask(*this, id, false, [modelId](MDataset &dataset) { return dataset.DuplicateVariogramModel(modelId); });
+    return ask(*this, id, false,
+               [modelId](MDataset &dataset) { return dataset.DuplicateVariogramModel(modelId); });
 }
 
 bool MDataSource::GetVariogramModelNames(const DataId &id, QList<QString> &names) const
 {
-    return tell(*this, id, [&names](const MDataset &dataset) { names = dataset.GetVariogramModelNames(); });
+    return tell(*this, id,
+                [&names](const MDataset &dataset) { names = dataset.GetVariogramModelNames(); });
 }
 
 bool MDataSource::GetVariogramModelIds(const DataId &id, QList<int> &ids) const
 {
-    return tell(*this, id, [&ids](const MDataset &dataset) { ids = dataset.GetVariogramModelIds(); });
+    return tell(*this, id,
+                [&ids](const MDataset &dataset) { ids = dataset.GetVariogramModelIds(); });
 }
 
 bool MDataSource::HasAssociatedVariogramModels(const DataId &id) const
 {
-    return std::any_of(mDatasets.cbegin(), mDatasets.cend(),
-                       [&id](const MDataset *dataset) { return !modelsFrom(*dataset, id).isEmpty(); });
+    return std::any_of(mDatasets.cbegin(), mDatasets.cend(), [&id](const MDataset *dataset) {
+        return !modelsFrom(*dataset, id).isEmpty();
+    });
 }
 
 void MDataSource::RemoveAssociatedVariogramModels(const DataId &id)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "Common/detail/failure.h"
 #include "datainterface/MVectorDataSource.h"
+#include "Common/detail/failure.h"
 #include "datainterface/TimeAPI.h"
 #include "datainterface/VORN_Progress.h"
 
@@ -41,28 +41,29 @@ int MVectorDataSource::ConvertDataset(int id, const QString &name, DataType type
     const QString now = VORN_GetDateTime();
     const VORN_Progress progress("Dataset conversion", "Creating new dataset...", "Cancel");
     require(isConvertible(source->GetDataType(), type), "Invalid dataset type");
-    const int newId = NewVectorDataset(name, type, source->GetStorageType(), source->GetRealizationCount(),
-                                       source->GetHierarchyPath());
+    const int newId = NewVectorDataset(name, type, source->GetStorageType(),
+                                       source->GetRealizationCount(), source->GetHierarchyPath());
     MVectorDataset *converted = GetVectorDataset(newId);
     if (!converted->ConvertDataset(source, precision)) {
         RemoveDataset(newId);
         return -1;
     }
-    converted->AddToLongDescription(
-        QString::fromLatin1(lineFor(source->GetDataType())->text).arg(source->GetDisplayName(), now));
+    converted->AddToLongDescription(QString::fromLatin1(lineFor(source->GetDataType())->text)
+                                        .arg(source->GetDisplayName(), now));
     AnnounceNewDataset(newId, true);
     return newId;
 }
 
-int MVectorDataSource::ImportDatasetFromDataSource(MDataSource *source, int id, const QVector<int> &objectMap,
-                                                   bool announce)
+int MVectorDataSource::ImportDatasetFromDataSource(MDataSource *source, int id,
+                                                   const QVector<int> &objectMap, bool announce)
 {
     MDataset *found = source->GetDataset(id);
     require(found != nullptr, "Invalid dataset id");
     auto *dataset = dynamic_cast<MVectorDataset *>(found);
     require(dataset != nullptr, "bad dataset type");
-    const int newId = NewVectorDataset(dataset->GetDisplayName(), dataset->GetDataType(), dataset->GetStorageType(),
-                                       dataset->GetRealizationCount(), dataset->GetHierarchyPath());
+    const int newId = NewVectorDataset(dataset->GetDisplayName(), dataset->GetDataType(),
+                                       dataset->GetStorageType(), dataset->GetRealizationCount(),
+                                       dataset->GetHierarchyPath());
     if (!GetVectorDataset(newId)->ImportDataset(dataset, objectMap)) {
         RemoveDataset(newId);
         return -1;

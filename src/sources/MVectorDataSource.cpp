@@ -7,7 +7,9 @@
 
 using namespace datainterface;
 
-MVectorDataSource::MVectorDataSource(const QString &directory) : MVectorDataSource(directory, 0, 0) {}
+MVectorDataSource::MVectorDataSource(const QString &directory) : MVectorDataSource(directory, 0, 0)
+{
+}
 
 MVectorDataSource::MVectorDataSource(const QString &directory, unsigned int objectCount, int idSeed)
     : MDataSource(directory, idSeed), mObjectCount(objectCount)
@@ -39,9 +41,10 @@ bool MVectorDataSource::RestoreFromStream(QDataStream &in)
         return false;
     mObjectCount = static_cast<unsigned int>(objectCount);
     // A dataset of another size would be read beyond its end.
-    return std::all_of(mDatasets.cbegin(), mDatasets.cend(), [objectCount](const MDataset *dataset) {
-        return static_cast<const MVectorDataset *>(dataset)->GetObjectCount() == objectCount;
-    });
+    return std::all_of(
+        mDatasets.cbegin(), mDatasets.cend(), [objectCount](const MDataset *dataset) {
+            return static_cast<const MVectorDataset *>(dataset)->GetObjectCount() == objectCount;
+        });
 }
 
 MVectorDataset *MVectorDataSource::GetVectorDataset(int id)
@@ -99,8 +102,9 @@ void MVectorDataSource::CleanPre201044Data()
 }
 
 template <class Path>
-int MVectorDataSource::makeDataset(const QString &name, DataType type, MVectorDataset::StorageType storage,
-                                   int realizations, const Path &path)
+int MVectorDataSource::makeDataset(const QString &name, DataType type,
+                                   MVectorDataset::StorageType storage, int realizations,
+                                   const Path &path)
 {
     const int id = GetNewDatasetId();
     auto *dataset = new MVectorDataset(this, storage, id, type, name, QString(), realizations,
@@ -110,19 +114,22 @@ int MVectorDataSource::makeDataset(const QString &name, DataType type, MVectorDa
     return id;
 }
 
-int MVectorDataSource::NewVectorDataset(const QString &name, DataType type, MVectorDataset::StorageType storage,
-                                        int realizations, const QString &path)
+int MVectorDataSource::NewVectorDataset(const QString &name, DataType type,
+                                        MVectorDataset::StorageType storage, int realizations,
+                                        const QString &path)
 {
     return makeDataset(name, type, storage, realizations, path);
 }
 
-int MVectorDataSource::NewVectorDataset(const QString &name, DataType type, MVectorDataset::StorageType storage,
-                                        int realizations, const QList<MDataset::pathLevel> &path)
+int MVectorDataSource::NewVectorDataset(const QString &name, DataType type,
+                                        MVectorDataset::StorageType storage, int realizations,
+                                        const QList<MDataset::pathLevel> &path)
 {
     return makeDataset(name, type, storage, realizations, path);
 }
 
-bool MVectorDataSource::GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const
+bool MVectorDataSource::GetCommonTimeStamp(int id, int realization, qint64 t,
+                                           TimeStamp &stamp) const
 {
     return askVector(*this, id, [&](const MVectorDataset &dataset) {
         return dataset.GetCommonTimeStamp(realization, t, stamp);
@@ -139,12 +146,14 @@ QList<double> MVectorDataSource::GetIntervalBreaks(int id, int realization, int 
 
 QMap<MDatum, int> MVectorDataSource::GetDataFrequencies(int id)
 {
-    return askVector(*this, id, [](MVectorDataset &dataset) { return dataset.GetDataFrequencies(); });
+    return askVector(*this, id,
+                     [](MVectorDataset &dataset) { return dataset.GetDataFrequencies(); });
 }
 
 int MVectorDataSource::GetUniqueValueCount(int id) const
 {
-    return askVector(*this, id, [](const MVectorDataset &dataset) { return dataset.UniqueValueCount(nullptr); });
+    return askVector(
+        *this, id, [](const MVectorDataset &dataset) { return dataset.UniqueValueCount(nullptr); });
 }
 
 unsigned int MVectorDataSource::GetUniqueCount(int id)
@@ -169,12 +178,15 @@ bool MVectorDataSource::GetHierarchyPath(int id, QList<MDataset::pathLevel> &pat
 
 bool MVectorDataSource::GetHierarchyPathAsString(int id, QString &path) const
 {
-    return tell(*this, id, [&path](const MDataset &dataset) { path = dataset.GetHierarchyPathAsString(); });
+    return tell(*this, id,
+                [&path](const MDataset &dataset) { path = dataset.GetHierarchyPathAsString(); });
 }
 
 bool MVectorDataSource::GetTimeBounds(int id, TimeStamp &bounds) const
 {
-    return askVector(*this, id, [&bounds](const MVectorDataset &dataset) { return dataset.GetTimeBounds(bounds); });
+    return askVector(*this, id, [&bounds](const MVectorDataset &dataset) {
+        return dataset.GetTimeBounds(bounds);
+    });
 }
 
 TimeStamp MVectorDataSource::GetTimeBounds()
@@ -189,8 +201,9 @@ bool MVectorDataSource::GetMean(int id, int realization, qint64 t, double &mean)
 
 bool MVectorDataSource::GetStddev(int id, int realization, qint64 t, double &deviation)
 {
-    return askVector(*this, id,
-                     [&](const MVectorDataset &dataset) { return dataset.GetStdDev(realization, t, deviation); });
+    return askVector(*this, id, [&](const MVectorDataset &dataset) {
+        return dataset.GetStdDev(realization, t, deviation);
+    });
 }
 
 bool MVectorDataSource::GetMax(int id, int realization, qint64 t, MDatum &value)
@@ -227,7 +240,9 @@ bool MVectorDataSource::GetDataWidths(int id, int &width, int &decimals)
 
 QList<TimeStamp> MVectorDataSource::GetTimeSliceIntervals(int id, int realization)
 {
-    return askVector(*this, id, [=](MVectorDataset &dataset) { return dataset.GetTimeSliceIntervals(realization); });
+    return askVector(*this, id, [=](MVectorDataset &dataset) {
+        return dataset.GetTimeSliceIntervals(realization);
+    });
 }
 
 QList<TimeStamp> MVectorDataSource::GetDataIntervals(int id, int realization, unsigned int object)

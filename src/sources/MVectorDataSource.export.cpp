@@ -6,24 +6,30 @@
 
 using namespace datainterface;
 
-bool MVectorDataSource::ExportDatasetsAsDBF(const QString &fileName, const QList<DataId> &ids, TimeFormat format,
-                                            qint64 start, qint64 end, const QString &missing, int realization)
+bool MVectorDataSource::ExportDatasetsAsDBF(const QString &fileName, const QList<DataId> &ids,
+                                            TimeFormat format, qint64 start, qint64 end,
+                                            const QString &missing, int realization)
 {
     DbfExport writer;
-    return runExport(*this, {fileName, QString(), ids, format, start, end, missing, realization}, writer);
+    return runExport(*this, {fileName, QString(), ids, format, start, end, missing, realization},
+                     writer);
 }
 
 bool MVectorDataSource::ExportDatasetsAsGeoeas(const QString &fileName, const QString &title,
-                                               const QList<DataId> &ids, TimeFormat format, qint64 start, qint64 end,
-                                               const QString &missing, int realization)
+                                               const QList<DataId> &ids, TimeFormat format,
+                                               qint64 start, qint64 end, const QString &missing,
+                                               int realization)
 {
     GeoeasExport writer;
-    return runExport(*this, {fileName, title, ids, format, start, end, missing, realization}, writer);
+    return runExport(*this, {fileName, title, ids, format, start, end, missing, realization},
+                     writer);
 }
 
-bool MVectorDataSource::ExportDatasetsAsCSV(const QString &fileName, const QList<DataId> &ids, TimeFormat format,
-                                            qint64 start, qint64 end, const QString &missing, int realization)
+bool MVectorDataSource::ExportDatasetsAsCSV(const QString &fileName, const QList<DataId> &ids,
+                                            TimeFormat format, qint64 start, qint64 end,
+                                            const QString &missing, int realization)
 {
     CsvExport writer;
-    return runExport(*this, {fileName, QString(), ids, format, start, end, missing, realization}, writer);
+    return runExport(*this, {fileName, QString(), ids, format, start, end, missing, realization},
+                     writer);
 }

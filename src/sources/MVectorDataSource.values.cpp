@@ -17,18 +17,20 @@ bool addSeries(MVectorDataSource &source, int id, int realization, unsigned int 
 }
 
 template <class T>
-bool addSlice(MVectorDataSource &source, int id, int realization, const TimeStamp &stamp, const QVector<T> &values,
-              const QSet<int> &missing, bool overwrite, bool updateFrequencies)
+bool addSlice(MVectorDataSource &source, int id, int realization, const TimeStamp &stamp,
+              const QVector<T> &values, const QSet<int> &missing, bool overwrite,
+              bool updateFrequencies)
 {
     return askVector(source, id, [&](MVectorDataset &dataset) {
-        return dataset.AddTimeSliceValues(realization, stamp, values, missing, overwrite, updateFrequencies);
+        return dataset.AddTimeSliceValues(realization, stamp, values, missing, overwrite,
+                                          updateFrequencies);
     });
 }
 
 // Without interpolation in time, which texts do not have.
 template <class T>
-bool getValues(const MVectorDataSource &source, int id, int realization, qint64 t, QVector<T> &values,
-               QSet<int> &missing)
+bool getValues(const MVectorDataSource &source, int id, int realization, qint64 t,
+               QVector<T> &values, QSet<int> &missing)
 {
     return askVector(source, id, [&](const MVectorDataset &dataset) {
         if constexpr (std::is_same_v<T, QString>)
@@ -41,58 +43,61 @@ bool getValues(const MVectorDataSource &source, int id, int realization, qint64 
 } // namespace
 
 bool MVectorDataSource::AddTimeSeriesValues(int id, int realization, unsigned int object,
-                                            const QVector<QPair<TimeStamp, QString>> &values, bool overwrite,
-                                            bool updateFrequencies)
+                                            const QVector<QPair<TimeStamp, QString>> &values,
+                                            bool overwrite, bool updateFrequencies)
 {
     return addSeries(*this, id, realization, object, values, overwrite, updateFrequencies);
 }
 
 bool MVectorDataSource::AddTimeSeriesValues(int id, int realization, unsigned int object,
-                                            const QVector<QPair<TimeStamp, int>> &values, bool overwrite,
-                                            bool updateFrequencies)
+                                            const QVector<QPair<TimeStamp, int>> &values,
+                                            bool overwrite, bool updateFrequencies)
 {
     return addSeries(*this, id, realization, object, values, overwrite, updateFrequencies);
 }
 
 bool MVectorDataSource::AddTimeSeriesValues(int id, int realization, unsigned int object,
-                                            const QVector<QPair<TimeStamp, double>> &values, bool overwrite,
-                                            bool updateFrequencies)
+                                            const QVector<QPair<TimeStamp, double>> &values,
+                                            bool overwrite, bool updateFrequencies)
 {
     return addSeries(*this, id, realization, object, values, overwrite, updateFrequencies);
 }
 
 bool MVectorDataSource::AddTimeSliceValues(int id, int realization, const TimeStamp &stamp,
-                                           const QVector<QString> &values, const QSet<int> &missing, bool overwrite,
-                                           bool updateFrequencies)
+                                           const QVector<QString> &values, const QSet<int> &missing,
+                                           bool overwrite, bool updateFrequencies)
 {
     return addSlice(*this, id, realization, stamp, values, missing, overwrite, updateFrequencies);
 }
 
 bool MVectorDataSource::AddTimeSliceValues(int id, int realization, const TimeStamp &stamp,
-                                           const QVector<int> &values, const QSet<int> &missing, bool overwrite,
-                                           bool updateFrequencies)
+                                           const QVector<int> &values, const QSet<int> &missing,
+                                           bool overwrite, bool updateFrequencies)
 {
     return addSlice(*this, id, realization, stamp, values, missing, overwrite, updateFrequencies);
 }
 
 bool MVectorDataSource::AddTimeSliceValues(int id, int realization, const TimeStamp &stamp,
-                                           const QVector<double> &values, const QSet<int> &missing, bool overwrite,
-                                           bool updateFrequencies)
+                                           const QVector<double> &values, const QSet<int> &missing,
+                                           bool overwrite, bool updateFrequencies)
 {
     return addSlice(*this, id, realization, stamp, values, missing, overwrite, updateFrequencies);
 }
 
-bool MVectorDataSource::GetDataValues(int id, int realization, qint64 t, QVector<double> &values, QSet<int> &missing)
+bool MVectorDataSource::GetDataValues(int id, int realization, qint64 t, QVector<double> &values,
+                                      QSet<int> &missing)
 {
     return getValues(*this, id, realization, t, values, missing);
 }
 
-bool MVectorDataSource::GetDataValues(int id, int realization, qint64 t, QVector<int> &values, QSet<int> &missing)
+bool MVectorDataSource::GetDataValues(int id, int realization, qint64 t, QVector<int> &values,
+                                      QSet<int> &missing)
 {
     return getValues(*this, id, realization, t, values, missing);
 }
 
-bool MVectorDataSource::GetDataValues(int id, int realization, qint64 t, QVector<QString> &values, QSet<int> &missing)
+bool MVectorDataSource::GetDataValues(int id, int realization, qint64 t, QVector<QString> &values,
+                                      QSet<int> &missing)
 {
     return getValues(*this, id, realization, t, values, missing);
 }
@@ -105,27 +110,32 @@ MDatum MVectorDataSource::GetVectorDataValue(int id, int realization, unsigned i
     });
 }
 
-bool MVectorDataSource::AddDataValue(int id, int realization, unsigned int object, const TimeStamp &stamp,
-                                     const MDatum &value, bool overwrite, bool updateFrequencies)
+bool MVectorDataSource::AddDataValue(int id, int realization, unsigned int object,
+                                     const TimeStamp &stamp, const MDatum &value, bool overwrite,
+                                     bool updateFrequencies)
 {
     return askVector(*this, id, [&](MVectorDataset &dataset) {
-        return dataset.AddDataValue(realization, static_cast<int>(object), stamp, value, overwrite, updateFrequencies);
+        return dataset.AddDataValue(realization, static_cast<int>(object), stamp, value, overwrite,
+                                    updateFrequencies);
     });
 }
 
 const QMap<int, int> *MVectorDataSource::GetIntegerFrequencies(int id)
 {
-    return askVector(*this, id, [](MVectorDataset &dataset) { return dataset.GetIntegerFrequencies(); });
+    return askVector(*this, id,
+                     [](MVectorDataset &dataset) { return dataset.GetIntegerFrequencies(); });
 }
 
 const QMap<QString, int> *MVectorDataSource::GetStringFrequencies(int id)
 {
-    return askVector(*this, id, [](MVectorDataset &dataset) { return dataset.GetStringFrequencies(); });
+    return askVector(*this, id,
+                     [](MVectorDataset &dataset) { return dataset.GetStringFrequencies(); });
 }
 
 const QMap<OrderedDouble, int> *MVectorDataSource::GetDecimalFrequencies(int id)
 {
-    return askVector(*this, id, [](MVectorDataset &dataset) { return dataset.GetDoubleFrequencies(); });
+    return askVector(*this, id,
+                     [](MVectorDataset &dataset) { return dataset.GetDoubleFrequencies(); });
 }
 
 bool MVectorDataSource::CanBeId(int id)
@@ -138,8 +148,9 @@ bool MVectorDataSource::CanBeId(int id)
 
 MDatum MVectorDataSource::GetIdDataValue(int id, int realization, unsigned int object)
 {
-    return askVector(*this, id,
-                     [=](MVectorDataset &dataset) { return dataset.GetIdValue(realization, object); });
+    return askVector(*this, id, [=](MVectorDataset &dataset) {
+        return dataset.GetIdValue(realization, object);
+    });
 }
 
 bool MVectorDataSource::HasMissingValues(int id)
@@ -166,7 +177,8 @@ bool MVectorDataSource::GetMissingValues(int id, int realization, qint64 t, QSet
     });
 }
 
-bool MVectorDataSource::SetMissingValue(int id, int realization, unsigned int object, const TimeStamp &stamp)
+bool MVectorDataSource::SetMissingValue(int id, int realization, unsigned int object,
+                                        const TimeStamp &stamp)
 {
     return askVector(*this, id, [&](MVectorDataset &dataset) {
         return dataset.SetMissing(realization, static_cast<int>(object), stamp);

@@ -5,7 +5,8 @@
 namespace datainterface {
 
 /// `call` on the dataset with that id; `miss` when the source has none.
-template <class Source, class Result, class Call> Result ask(Source &source, int id, Result miss, Call call)
+template <class Source, class Result, class Call>
+Result ask(Source &source, int id, Result miss, Call call)
 {
     auto *dataset = source.GetDataset(id);
     return dataset ? call(*dataset) : miss;

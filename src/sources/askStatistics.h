@@ -6,10 +6,11 @@
 
 namespace datainterface {
 
-/// At a time; false, with `value` untouched, when the dataset is not there or has no such statistics.
+/// At a time; false, with `value` untouched, when the dataset is not there or has no such
+/// statistics.
 template <class Value>
-bool askStatistics(const MDataSource &source, int id, int realization, qint64 t, Value DataSetStats::*field,
-                   Value &value)
+bool askStatistics(const MDataSource &source, int id, int realization, qint64 t,
+                   Value DataSetStats::*field, Value &value)
 {
     return ask(source, id, false, [&](const MDataset &dataset) {
         DataSetStats stats;
@@ -22,7 +23,8 @@ bool askStatistics(const MDataSource &source, int id, int realization, qint64 t,
 
 /// Over all times.
 template <class Value>
-bool askGlobalStatistics(const MDataSource &source, int id, int realization, Value DataSetStats::*field, Value &value)
+bool askGlobalStatistics(const MDataSource &source, int id, int realization,
+                         Value DataSetStats::*field, Value &value)
 {
     return ask(source, id, false, [&](const MDataset &dataset) {
         DataSetStats stats;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// "The vector dataset's own answer, else an empty one": the road of nearly every operation of MVectorDataSource.
+/// "The vector dataset's own answer, else an empty one": the road of nearly every operation of
+/// MVectorDataSource.
 #pragma once
 #include "datainterface/MVectorDataSource.h"
 #include "sources/askDataset.h"

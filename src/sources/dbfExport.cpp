@@ -87,17 +87,20 @@ DbfExport::~DbfExport() = default;
 bool DbfExport::open(const ExportTable &table)
 {
     mMissing = table.request().missing;
-    const DBFHandle handle = DBFCreateEx(QFile::encodeName(table.request().fileName).constData(), "UTF-8");
+    const DBFHandle handle =
+        DBFCreateEx(QFile::encodeName(table.request().fileName).constData(), "UTF-8");
     if (!handle)
         return false;
     mTable = std::make_unique<Table>(handle);
     return addFields(table);
 }
 
-// The name that a column has in the table: blanks become underscores, ten bytes at most, distinct by a number.
+// The name that a column has in the table: blanks become underscores, ten bytes at most, distinct
+// by a number.
 QByteArray DbfExport::fieldName(const QString &columnName)
 {
-    const QByteArray whole = QString(columnName).replace(QLatin1Char(' '), QLatin1Char('_')).toUtf8();
+    const QByteArray whole =
+        QString(columnName).replace(QLatin1Char(' '), QLatin1Char('_')).toUtf8();
     QByteArray name = shortened(whole, kNameBytes);
     for (int n = 2; mUsedNames.contains(name.toUpper()); ++n) {
         const QByteArray number = QByteArray::number(n);
@@ -105,16 +108,19 @@ QByteArray DbfExport::fieldName(const QString &columnName)
     }
     mUsedNames.insert(name.toUpper());
     if (name != whole)
-        controller()->AddToLog(QStringLiteral("Note: the column \"%1\" is named \"%2\" in the DBF file.")
-                                   .arg(columnName, QString::fromUtf8(name)),
-                               false);
+        controller()->AddToLog(
+            QStringLiteral("Note: the column \"%1\" is named \"%2\" in the DBF file.")
+                .arg(columnName, QString::fromUtf8(name)),
+            false);
     return name;
 }
 
 bool DbfExport::addField(const Field &field)
 {
     mFields.append(field);
-    return DBFAddField(mTable->handle, field.name.constData(), field.type, field.width, field.decimals) >= 0;
+    return DBFAddField(mTable->handle, field.name.constData(), field.type, field.width,
+                       field.decimals)
+           >= 0;
 }
 
 bool DbfExport::addFields(const ExportTable &table)
@@ -139,9 +145,11 @@ bool DbfExport::addFields(const ExportTable &table)
             field.width = std::max(column.width, integerWidthOf(missingNumber));
         } else {
             field.type = FTDouble;
-            field.decimals = std::max(std::min(column.decimals, kMostDecimals), decimalsOf(missingNumber));
-            const int integerWidth = std::max(column.width - (column.decimals > 0 ? column.decimals + 1 : 0),
-                                              integerWidthOf(missingNumber));
+            field.decimals =
+                std::max(std::min(column.decimals, kMostDecimals), decimalsOf(missingNumber));
+            const int integerWidth =
+                std::max(column.width - (column.decimals > 0 ? column.decimals + 1 : 0),
+                         integerWidthOf(missingNumber));
             field.width = integerWidth + (field.decimals > 0 ? field.decimals + 1 : 0);
             if (field.width > kLongestNumber)
                 field = {field.name, FTString, std::max(kNumberTextWidth, missingLength), 0};
@@ -157,7 +165,9 @@ void DbfExport::writeRow(const ExportRow &row)
     int index = 0;
     bool isWritten = DBFWriteIntegerAttribute(mTable->handle, mRecord, index++, row.object) != 0;
     for (qint64 time : row.times)
-        isWritten = DBFWriteDoubleAttribute(mTable->handle, mRecord, index++, static_cast<double>(time)) && isWritten;
+        isWritten =
+            DBFWriteDoubleAttribute(mTable->handle, mRecord, index++, static_cast<double>(time))
+            && isWritten;
     for (const VORN_ConstDataContainer &values : row.values)
         isWritten = writeCell(mRecord, index++, values, row.object) && isWritten;
     mIsWritten = mIsWritten && isWritten;
@@ -169,13 +179,15 @@ bool DbfExport::writeCell(int record, int index, const VORN_ConstDataContainer &
 {
     const Field &field = mFields[index];
     const bool isText = values.type() == VORN_DataContainer::StringData;
-    const bool isMissing = values.isMissing(object) || (!isText && !std::isfinite(values.value(object)));
+    const bool isMissing =
+        values.isMissing(object) || (!isText && !std::isfinite(values.value(object)));
     if (field.type == FTString) {
         const QByteArray whole = isMissing ? mMissing.toUtf8()
-            : isText                       ? values.strvalue(object).toUtf8()
+                                 : isText  ? values.strvalue(object).toUtf8()
                                            : numberText(values.value(object), field.width);
         const QByteArray text = shortened(whole, field.width);
-        return DBFWriteStringAttribute(mTable->handle, record, index, text.constData()) && text == whole;
+        return DBFWriteStringAttribute(mTable->handle, record, index, text.constData())
+               && text == whole;
     }
     if (field.type == FTInteger) {
         const double number = isMissing ? std::trunc(mMissing.toDouble()) : values.value(object);
@@ -183,7 +195,7 @@ bool DbfExport::writeCell(int record, int index, const VORN_ConstDataContainer &
     }
     return DBFWriteDoubleAttribute(mTable->handle, record, index,
                                    isMissing ? mMissing.toDouble() : values.value(object))
-        != 0;
+           != 0;
 }
 
 bool DbfExport::close(bool)

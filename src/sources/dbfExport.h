@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Export as a dBASE table, through shapelib. Texts are UTF-8, which a .cpg file beside the table tells readers.
+/// Export as a dBASE table, through shapelib. Texts are UTF-8, which a .cpg file beside the table
+/// tells readers.
 #pragma once
 #include <QSet>
 #include <memory>

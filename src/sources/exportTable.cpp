@@ -44,7 +44,8 @@ void appendTime(TimeFormat format, qint64 t, QVector<qint64> &columns)
 
 bool isCanceled()
 {
-    return VORN_Progress::UsingProgressBar() && !isTesting() && VORN_Progress::ProgressBarCanceled();
+    return VORN_Progress::UsingProgressBar() && !isTesting()
+           && VORN_Progress::ProgressBarCanceled();
 }
 
 // False after a cancel.
@@ -86,9 +87,9 @@ QList<TimeStamp> ExportTable::timesInRange(MVectorDataSource &source) const
         lists.append(source.GetCommonTimeStamps(column.id, mRequest.realization));
     const QList<TimeStamp> merged = TimeStamp::MergeTimeStamps(lists);
     // An empty list would stand for all times.
-    return merged.isEmpty()
-        ? merged
-        : TimeStamp::TimeStampIntersection(merged, {TimeStamp(mRequest.start, mRequest.end, true, true)});
+    return merged.isEmpty() ? merged
+                            : TimeStamp::TimeStampIntersection(
+                                merged, {TimeStamp(mRequest.start, mRequest.end, true, true)});
 }
 
 QStringList ExportTable::timeColumns() const
@@ -123,7 +124,8 @@ bool runExport(MVectorDataSource &source, const ExportRequest &request, ExportWr
         return false;
     if (!writer.open(table)) {
         if (controller()->HasGUI())
-            VORN_ShowWarningDialog(applicationName, QStringLiteral("The file could not be created"));
+            VORN_ShowWarningDialog(applicationName,
+                                   QStringLiteral("The file could not be created"));
         return false;
     }
     const VORN_Progress progress("Export", "Exporting datasets...", "Cancel");

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The table that every export writes: one row for each object and interval. One generator of rows, one writer a format.
+/// The table that every export writes: one row for each object and interval. One generator of rows,
+/// one writer a format.
 #pragma once
 #include <QList>
 #include <QString>
@@ -37,7 +38,7 @@ struct ExportColumn {
 
 struct ExportRow {
     int object = 0;
-    const QVector<qint64> &times;                        ///< as many as timeColumns()
+    const QVector<qint64> &times;                       ///< as many as timeColumns()
     const std::vector<VORN_ConstDataContainer> &values; ///< one a column
 };
 
@@ -55,8 +56,8 @@ public:
     int objectCount() const { return mObjectCount; }
     /// The values of all columns at one of the times.
     std::vector<VORN_ConstDataContainer> valuesAt(const TimeStamp &stamp) const;
-    /// The numbers that stand for an interval in the time columns: dates as yyyymmdd, times of day as hhmmss, others as
-    /// they are.
+    /// The numbers that stand for an interval in the time columns: dates as yyyymmdd, times of day
+    /// as hhmmss, others as they are.
     QVector<qint64> timesOf(const TimeStamp &stamp) const;
 
 private:
@@ -79,7 +80,8 @@ public:
     virtual bool close(bool isCanceled) = 0;
 };
 
-/// False for a table that is not complete, a file that cannot be made (the user is told) or written, and a cancel.
+/// False for a table that is not complete, a file that cannot be made (the user is told) or
+/// written, and a cancel.
 bool runExport(MVectorDataSource &source, const ExportRequest &request, ExportWriter &writer);
 
 } // namespace datainterface

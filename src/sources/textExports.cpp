@@ -8,7 +8,8 @@ namespace {
 // A line of its own must stay one line.
 QString oneLine(QString text)
 {
-    return text.replace(QLatin1Char('\n'), QLatin1Char(' ')).replace(QLatin1Char('\r'), QLatin1Char(' '));
+    return text.replace(QLatin1Char('\n'), QLatin1Char(' '))
+        .replace(QLatin1Char('\r'), QLatin1Char(' '));
 }
 
 } // namespace
@@ -38,7 +39,8 @@ void TextExport::writeRow(const ExportRow &row)
 bool TextExport::close(bool)
 {
     mOut.flush();
-    const bool isWritten = mOut.status() == QTextStream::Ok && mFile.flush() && mFile.error() == QFile::NoError;
+    const bool isWritten =
+        mOut.status() == QTextStream::Ok && mFile.flush() && mFile.error() == QFile::NoError;
     mFile.close();
     return isWritten;
 }
@@ -48,17 +50,21 @@ QString TextExport::cellText(const VORN_ConstDataContainer &values, int object) 
     if (values.isMissing(object))
         return mMissing;
     switch (values.type()) {
-    case VORN_DataContainer::Int32Data: return QString::number(values.intvalue(object));
-    case VORN_DataContainer::StringData: return quoted(values.strvalue(object));
-    default: break;
+    case VORN_DataContainer::Int32Data:
+        return QString::number(values.intvalue(object));
+    case VORN_DataContainer::StringData:
+        return quoted(values.strvalue(object));
+    default:
+        break;
     }
-    return QString::number(values.value(object), 'g', mDigits > 0 ? mDigits : QLocale::FloatingPointShortest);
+    return QString::number(values.value(object), 'g',
+                           mDigits > 0 ? mDigits : QLocale::FloatingPointShortest);
 }
 
 QString TextExport::quoted(const QString &text) const
 {
     const bool isPlain = !text.contains(mSeparator) && !text.contains(QLatin1Char('"'))
-        && !text.contains(QLatin1Char('\n')) && !text.contains(QLatin1Char('\r'));
+                         && !text.contains(QLatin1Char('\n')) && !text.contains(QLatin1Char('\r'));
     if (isPlain && !(text.isEmpty() && mSeparator.isSpace()))
         return text;
     QString escaped = text;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Exports as text: comma-separated and GeoEAS. UTF-8, numbers with a decimal point in every locale.
+/// Exports as text: comma-separated and GeoEAS. UTF-8, numbers with a decimal point in every
+/// locale.
 #pragma once
 #include <QFile>
 #include <QTextStream>
@@ -7,8 +8,9 @@
 
 namespace datainterface {
 
-/// What both have in common: fields with a separator between them. A field that holds the separator, a quotation mark
-/// or a line break, and where blanks separate an empty one too, stands in quotation marks with those inside doubled.
+/// What both have in common: fields with a separator between them. A field that holds the
+/// separator, a quotation mark or a line break, and where blanks separate an empty one too, stands
+/// in quotation marks with those inside doubled.
 class TextExport : public ExportWriter {
 public:
     bool open(const ExportTable &table) override;

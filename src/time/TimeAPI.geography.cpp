@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "datainterface/TimeAPI.h"
 #include <QSet>
 #include <cmath>
 #include <fennimark/Fennims.h>
 #include <limits>
 #include "datainterface/MVectorData.h"
-#include "datainterface/TimeAPI.h"
 #include "frame/callFrame.h"
 
 using datainterface::onGeography;

@@ -6,12 +6,15 @@
 
 namespace {
 
-constexpr int kMinModelBytes = 4 + 6 * 4; // what the key, the name's length and the first counts take at least
+constexpr int kMinModelBytes =
+    4 + 6 * 4; // what the key, the name's length and the first counts take at least
 
 const datainterface::Connection kConnections[] = {
     {SIGNAL(NonConVariogramModelAddedSignal(qint32)), SLOT(NonConVariogramModelAddedSlot(qint32))},
-    {SIGNAL(NonConVariogramModelRemovedSignal(qint32)), SLOT(NonConVariogramModelRemovedSlot(qint32))},
-    {SIGNAL(NonConVariogramModelChangedSignal(qint32)), SLOT(NonConVariogramModelChangedSlot(qint32))},
+    {SIGNAL(NonConVariogramModelRemovedSignal(qint32)),
+     SLOT(NonConVariogramModelRemovedSlot(qint32))},
+    {SIGNAL(NonConVariogramModelChangedSignal(qint32)),
+     SLOT(NonConVariogramModelChangedSlot(qint32))},
 };
 
 // SLOT() puts a code before the signature.
@@ -22,7 +25,9 @@ bool hasSlot(const QObject &listener, const char *slot)
 
 } // namespace
 
-NonConVariogramModelManager::NonConVariogramModelManager(QObject *parent) : QObject(parent) {}
+NonConVariogramModelManager::NonConVariogramModelManager(QObject *parent) : QObject(parent)
+{
+}
 NonConVariogramModelManager::~NonConVariogramModelManager() = default;
 
 int NonConVariogramModelManager::AddNonConVariogramModel(const VariogramModel &model)
@@ -68,7 +73,8 @@ bool NonConVariogramModelManager::DuplicateNonConVariogramModel(int id)
     if (!GetNonConVariogramModel(id, copy))
         return false;
     const QList<QString> names = GetNonConVariogramModelNames();
-    copy.name = datainterface::uniqueName(copy.name + QStringLiteral(" copy"), QSet<QString>(names.begin(), names.end()));
+    copy.name = datainterface::uniqueName(copy.name + QStringLiteral(" copy"),
+                                          QSet<QString>(names.begin(), names.end()));
     AddNonConVariogramModel(copy);
     return true;
 }

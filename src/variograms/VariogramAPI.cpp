@@ -19,20 +19,23 @@ bool hasStructures(const VariogramModel &model)
 
 MDataset *findDataset(int dataId)
 {
-    return onDataset(dataId, static_cast<MDataset *>(nullptr), [](MDataset &dataset) { return &dataset; });
+    return onDataset(dataId, static_cast<MDataset *>(nullptr),
+                     [](MDataset &dataset) { return &dataset; });
 }
 
 // Of a model of a dataset, on that dataset's geography.
 VariogramModelProps propertiesOf(const VariogramModel &model)
 {
-    return onGeography(geographyIdOf(model.dataset), VariogramModelProps(),
-                       [&model](const MGeoData &geography) { return model.GetProperties(&geography); });
+    return onGeography(
+        geographyIdOf(model.dataset), VariogramModelProps(),
+        [&model](const MGeoData &geography) { return model.GetProperties(&geography); });
 }
 
 } // namespace
 
-VariogramModelProps VORN_GenerateVariogramModel(const QString &name, int dataId, const Interval &interval,
-                                                int estimator, int locationsId, int lagCount, bool flagA,
+VariogramModelProps VORN_GenerateVariogramModel(const QString &name, int dataId,
+                                                const Interval &interval, int estimator,
+                                                int locationsId, int lagCount, bool flagA,
                                                 double parameter, bool flagB, bool)
 {
     MDataset *const dataset = findDataset(dataId);
@@ -44,8 +47,8 @@ VariogramModelProps VORN_GenerateVariogramModel(const QString &name, int dataId,
     if (!VORN_Progress::UsingProgressBar())
         progress.emplace("Variogram model", "Calculating variogram model...", "Cancel");
     const bool fitted = controller()->GenerateVariogramModel(
-        model, dataId, interval, static_cast<VariogramModel::EstimatorTypes>(estimator), locationsId, lagCount, flagA,
-        parameter, flagB);
+        model, dataId, interval, static_cast<VariogramModel::EstimatorTypes>(estimator),
+        locationsId, lagCount, flagA, parameter, flagB);
     progress.reset();
 
     if (!fitted || !hasStructures(model) || !dataset->AddVariogramModel(model, true))
@@ -56,14 +59,16 @@ VariogramModelProps VORN_GenerateVariogramModel(const QString &name, int dataId,
 
 QList<int> VORN_GetVariogramModelIds(int dataId)
 {
-    return onDataset(dataId, QList<int>(), [](const MDataset &dataset) { return dataset.GetVariogramModelIds(); });
+    return onDataset(dataId, QList<int>(),
+                     [](const MDataset &dataset) { return dataset.GetVariogramModelIds(); });
 }
 
 VariogramModelProps VORN_GetVariogramModelProperties(int dataId, int modelId)
 {
     const MDataset *dataset = findDataset(dataId);
     VariogramModel model;
-    return dataset && dataset->GetVariogramModel(modelId, model) ? propertiesOf(model) : VariogramModelProps();
+    return dataset && dataset->GetVariogramModel(modelId, model) ? propertiesOf(model)
+                                                                 : VariogramModelProps();
 }
 
 VariogramModelProps VORN_GetNonConVariogramModelProperties(int modelId)
@@ -82,11 +87,11 @@ QString VORN_SuggestUniqueVariogramModelName(int dataId, const QString &base)
     });
 }
 
-void VORN_ShowVariogramModelDialog(const QString &name, int dataset, int locations, int estimator, int weightsDataset,
-                                   int lagCount, int fitA, int fitB, int fitDataset, int fitC, int fitD, bool flagA,
-                                   bool flagB)
+void VORN_ShowVariogramModelDialog(const QString &name, int dataset, int locations, int estimator,
+                                   int weightsDataset, int lagCount, int fitA, int fitB,
+                                   int fitDataset, int fitC, int fitD, bool flagA, bool flagB)
 {
-    VariogramModel model(name, dataset, locations, estimator, weightsDataset, lagCount, fitA, fitB, fitDataset, fitC,
-                         fitD);
+    VariogramModel model(name, dataset, locations, estimator, weightsDataset, lagCount, fitA, fitB,
+                         fitDataset, fitC, fitD);
     controller()->ShowVariogramModelDialog(model, flagA, model.id, flagB);
 }

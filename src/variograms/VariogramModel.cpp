@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The values of variogram models. A structure's shape is a function of the relative lag u = h / r; the practical ranges
-// of the two shapes that cannot be solved for u come from Newton's method.
+// The values of variogram models. A structure's shape is a function of the relative lag u = h / r;
+// the practical ranges of the two shapes that cannot be solved for u come from Newton's method.
 #include "datainterface/VariogramModel.h"
 #include <cmath>
 #include "Common/detail/failure.h"
@@ -36,7 +36,8 @@ double cubicSlope(double u)
     return 14.0 * u - 26.25 * u2 + 17.5 * u2 * u2 - 5.25 * u2 * u2 * u2;
 }
 
-// The lag at which the shape reaches `target`; `range` itself when the steps leave it or do not settle.
+// The lag at which the shape reaches `target`; `range` itself when the steps leave it or do not
+// settle.
 template <class Shape, class Slope>
 double newtonRange(double range, double target, Shape shape, Slope slope)
 {
@@ -52,7 +53,8 @@ double newtonRange(double range, double target, Shape shape, Slope slope)
     return x > 0.0 && steps < kNewtonSteps ? x : range;
 }
 
-// Along `angle` the range is the minor one, across it the major one: project files rest on this orientation.
+// Along `angle` the range is the minor one, across it the major one: project files rest on this
+// orientation.
 double effectiveRange(const VariogramBasicModel &model, double theta)
 {
     const double a = model.majorRange;
@@ -63,7 +65,8 @@ double effectiveRange(const VariogramBasicModel &model, double theta)
     return std::sqrt(a * a * b * b / (b * b + (a * a - b * b) * c * c));
 }
 
-bool modelValue(const QMap<TimeStamp, VariogramModelAtT> &models, qint64 t, double h, double theta, double &value)
+bool modelValue(const QMap<TimeStamp, VariogramModelAtT> &models, qint64 t, double h, double theta,
+                double &value)
 {
     const auto found = models.constFind(TimeStamp(t));
     if (found == models.constEnd() || !found.key().contains(t))
@@ -74,8 +77,8 @@ bool modelValue(const QMap<TimeStamp, VariogramModelAtT> &models, qint64 t, doub
 
 } // namespace
 
-VariogramBasicModel::VariogramBasicModel(ModelType modelType, double modelSill, double modelAngle, double major,
-                                         double minor)
+VariogramBasicModel::VariogramBasicModel(ModelType modelType, double modelSill, double modelAngle,
+                                         double major, double minor)
     : sill(modelSill), angle(modelAngle), majorRange(major), minorRange(minor), type(modelType)
 {
 }
@@ -87,12 +90,18 @@ double VariogramBasicModel::GetBasicModelValue(double h, double theta) const
     const double r = effectiveRange(*this, theta);
     const double u = h / r;
     switch (type) {
-    case Nugget: return h == 0.0 ? 0.0 : sill;
-    case Spherical: return h < r ? sill * spherical(u) : sill;
-    case Exponential: return sill * (1.0 - std::exp(-3.0 * h / r));
-    case Gaussian: return sill * (1.0 - std::exp(-3.0 * u * u));
-    case Power: return sill * std::pow(h, r);
-    case Cubic: return h < r ? sill * cubic(u) : sill;
+    case Nugget:
+        return h == 0.0 ? 0.0 : sill;
+    case Spherical:
+        return h < r ? sill * spherical(u) : sill;
+    case Exponential:
+        return sill * (1.0 - std::exp(-3.0 * h / r));
+    case Gaussian:
+        return sill * (1.0 - std::exp(-3.0 * u * u));
+    case Power:
+        return sill * std::pow(h, r);
+    case Cubic:
+        return h < r ? sill * cubic(u) : sill;
     }
     fail(kInvalidType);
 }
@@ -101,12 +110,18 @@ double VariogramBasicModel::GetEpsilonRange(double epsilon) const
 {
     const double a = minorRange;
     switch (type) {
-    case Power: return HUGE_VAL;
-    case Nugget: return 0.0;
-    case Exponential: return -a * std::log(epsilon) / 3.0;
-    case Gaussian: return std::sqrt(-a * a * std::log(epsilon) / 3.0);
-    case Spherical: return newtonRange(a, 1.0 - epsilon, spherical, sphericalSlope);
-    case Cubic: return newtonRange(a, 1.0 - epsilon, cubic, cubicSlope);
+    case Power:
+        return HUGE_VAL;
+    case Nugget:
+        return 0.0;
+    case Exponential:
+        return -a * std::log(epsilon) / 3.0;
+    case Gaussian:
+        return std::sqrt(-a * a * std::log(epsilon) / 3.0);
+    case Spherical:
+        return newtonRange(a, 1.0 - epsilon, spherical, sphericalSlope);
+    case Cubic:
+        return newtonRange(a, 1.0 - epsilon, cubic, cubicSlope);
     }
     fail(kInvalidType);
 }
@@ -114,7 +129,7 @@ double VariogramBasicModel::GetEpsilonRange(double epsilon) const
 bool VariogramBasicModel::operator==(const VariogramBasicModel &other) const
 {
     return sill == other.sill && angle == other.angle && majorRange == other.majorRange
-        && minorRange == other.minorRange && type == other.type;
+           && minorRange == other.minorRange && type == other.type;
 }
 
 double VariogramModelAtT::GetModelValue(double h, double theta) const
@@ -159,11 +174,16 @@ VariogramModel::VariogramModel(const DataId &modelDataset)
 {
 }
 
-VariogramModel::VariogramModel(const QString &modelName, const DataId &modelDataset, const DataId &modelLocations,
-                               int modelEstimator, const DataId &modelWeights, int lags, int fitA, int fitB,
+VariogramModel::VariogramModel(const QString &modelName, const DataId &modelDataset,
+                               const DataId &modelLocations, int modelEstimator,
+                               const DataId &modelWeights, int lags, int fitA, int fitB,
                                const DataId &fitDataset, int fitC, int fitD)
-    : name(modelName), dataset(modelDataset), locations(modelLocations),
-      estimator(static_cast<EstimatorTypes>(modelEstimator)), weightsDataset(modelWeights), lagCount(lags)
+    : name(modelName),
+      dataset(modelDataset),
+      locations(modelLocations),
+      estimator(static_cast<EstimatorTypes>(modelEstimator)),
+      weightsDataset(modelWeights),
+      lagCount(lags)
 {
     // The last argument is streamed before the dataset's id.
     const std::array<qint32, 5> given{fitA, fitB, fitD, fitDataset, fitC};
@@ -175,7 +195,8 @@ bool VariogramModel::GetCentroidModelValue(qint64 t, double h, double theta, dou
     return modelValue(centroidModels, t, h, theta, value);
 }
 
-bool VariogramModel::GetDeconvolutionModelValue(qint64 t, double h, double theta, double &value) const
+bool VariogramModel::GetDeconvolutionModelValue(qint64 t, double h, double theta,
+                                                double &value) const
 {
     return modelValue(deconvolutionModels, t, h, theta, value);
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The summary of a variogram model that hosts show.
+#include "datainterface/VariogramModel.h"
 #include <algorithm>
 #include <cmath>
 #include "datainterface/MGeoData.h"
-#include "datainterface/VariogramModel.h"
 #include "fennimark/geometryTypes.h"
 
 namespace {
@@ -20,7 +20,8 @@ double diagonal(const MGeoData &geography)
 }
 
 // Without a geography `maxDistance` is null and a power structure has no bound.
-VariogramStructureProps structureProps(const VariogramBasicModel &structure, const double *maxDistance)
+VariogramStructureProps structureProps(const VariogramBasicModel &structure,
+                                       const double *maxDistance)
 {
     VariogramStructureProps props;
     props.type = structure.type;
@@ -31,7 +32,8 @@ VariogramStructureProps structureProps(const VariogramBasicModel &structure, con
     props.epsilonRange = structure.GetEpsilonRange(kPropsEpsilon);
     if (structure.type == VariogramBasicModel::Power) {
         props.exponent = structure.minorRange;
-        props.sill = maxDistance ? structure.GetBasicModelValue(*maxDistance, structure.angle) : HUGE_VAL;
+        props.sill =
+            maxDistance ? structure.GetBasicModelValue(*maxDistance, structure.angle) : HUGE_VAL;
     }
     return props;
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The stream form of variogram models. Reading and writing walk the same two tables: the named fields and the runs of
-// the fit state.
-#include "Common/detail/streams.h"
+// The stream form of variogram models. Reading and writing walk the same two tables: the named
+// fields and the runs of the fit state.
 #include "datainterface/VariogramModel.h"
+#include "Common/detail/streams.h"
 #include "datainterface/VersionAPI.h"
 
 using datainterface::readList;
@@ -23,9 +23,10 @@ struct FitRun {
     FitKind kind;
     int length;
 };
-constexpr FitRun kFitRuns[] = {{FitKind::Int, 3},    {FitKind::Double, 5}, {FitKind::Flag, 3}, {FitKind::Int, 2},
-                               {FitKind::Double, 1}, {FitKind::Flag, 2},   {FitKind::Double, 3}, {FitKind::Int, 1},
-                               {FitKind::Flag, 2},   {FitKind::Int, 5},    {FitKind::Flag, 2}};
+constexpr FitRun kFitRuns[] = {{FitKind::Int, 3},    {FitKind::Double, 5}, {FitKind::Flag, 3},
+                               {FitKind::Int, 2},    {FitKind::Double, 1}, {FitKind::Flag, 2},
+                               {FitKind::Double, 3}, {FitKind::Int, 1},    {FitKind::Flag, 2},
+                               {FitKind::Int, 5},    {FitKind::Flag, 2}};
 
 template <class State, class Visit> void visitFit(State &state, Visit visit)
 {
@@ -35,9 +36,15 @@ template <class State, class Visit> void visitFit(State &state, Visit visit)
     for (const FitRun &run : kFitRuns) {
         for (int i = 0; i < run.length; ++i) {
             switch (run.kind) {
-            case FitKind::Int: visit(*ints++); break;
-            case FitKind::Double: visit(*doubles++); break;
-            case FitKind::Flag: visit(*flags++); break;
+            case FitKind::Int:
+                visit(*ints++);
+                break;
+            case FitKind::Double:
+                visit(*doubles++);
+                break;
+            case FitKind::Flag:
+                visit(*flags++);
+                break;
             }
         }
     }
@@ -100,7 +107,8 @@ template <class T> void readIntSince(QDataStream &in, int first, T &field)
 
 QDataStream &operator<<(QDataStream &out, const VariogramBasicModel &model)
 {
-    return out << model.sill << model.angle << model.majorRange << model.minorRange << qint32(model.type);
+    return out << model.sill << model.angle << model.majorRange << model.minorRange
+               << qint32(model.type);
 }
 
 QDataStream &operator>>(QDataStream &in, VariogramBasicModel &model)
@@ -124,10 +132,12 @@ QDataStream &operator>>(QDataStream &in, VariogramModelAtT &model)
 
 QDataStream &operator<<(QDataStream &out, const VariogramModel &model)
 {
-    out << model.name << qint32(model.id) << qint32(model.modelVersion) << qint32(model.parameterSet);
+    out << model.name << qint32(model.id) << qint32(model.modelVersion)
+        << qint32(model.parameterSet);
     writeModels(out, model.centroidModels);
     writeModels(out, model.deconvolutionModels);
-    writeTimes(out, model.empiricalResults, [&out](const EmpiricalVariogram &bins) { writeVector(out, bins); });
+    writeTimes(out, model.empiricalResults,
+               [&out](const EmpiricalVariogram &bins) { writeVector(out, bins); });
     out << model.dataset << model.weightsDataset << qint32(model.lagCount) << model.locations
         << qint32(model.estimator);
     visitFit(model.fit, [&out](const auto &field) { out << field; });
@@ -142,10 +152,11 @@ QDataStream &operator>>(QDataStream &in, VariogramModel &model)
     readIntSince(in, kParameterSetSince, model.parameterSet);
     readModels(in, model.centroidModels);
     readModels(in, model.deconvolutionModels);
-    readMap(in, model.empiricalResults, kStampBytes + kCountBytes, [&in](TimeStamp &stamp, EmpiricalVariogram &bins) {
-        in >> stamp;
-        readList(in, bins, kBinBytes, [&in](EmpiricalVariogramBin &bin) { in >> bin; });
-    });
+    readMap(in, model.empiricalResults, kStampBytes + kCountBytes,
+            [&in](TimeStamp &stamp, EmpiricalVariogram &bins) {
+                in >> stamp;
+                readList(in, bins, kBinBytes, [&in](EmpiricalVariogramBin &bin) { in >> bin; });
+            });
     in >> model.dataset >> model.weightsDataset;
     readInt(in, model.lagCount);
     in >> model.locations;

@@ -7,6 +7,13 @@
 // blocks in the order in which they were written: batches of a bounded number of neighbours lie
 // between the two.
 #include "datainterface/AdjacencySet.h"
+#include <algorithm>
+#include <cmath>
+#include <deque>
+#include <limits>
+#include <memory>
+#include <utility>
+#include <vector>
 #include "Common/detail/failure.h"
 #include "datainterface/MRasterData.h"
 #include "datainterface/MRasterDataSource.h"
@@ -18,13 +25,6 @@
 #include "geography/shapeFrame.h"
 #include "weights/egoNeighbors.h"
 #include "weights/weighting.h"
-#include <algorithm>
-#include <cmath>
-#include <deque>
-#include <limits>
-#include <memory>
-#include <utility>
-#include <vector>
 
 using namespace datainterface;
 

@@ -3,6 +3,8 @@
 // overlap; two spans that do are equal keys, so that a search for an instant finds the span around
 // it.
 #include "datainterface/AdjacencySet.h"
+#include <algorithm>
+#include <limits>
 #include "Common/detail/failure.h"
 #include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
@@ -10,8 +12,6 @@
 #include "fennimark/Fennims.h"
 #include "weights/egoNeighbors.h"
 #include "weights/weighting.h"
-#include <algorithm>
-#include <limits>
 
 using namespace datainterface;
 

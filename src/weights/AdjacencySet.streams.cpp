@@ -2,14 +2,14 @@
 // A set in a project: its definition, then block ids by span and object. The blocks stand behind
 // all geographies, so nothing of them can be looked at here.
 #include "datainterface/AdjacencySet.h"
+#include <array>
+#include <limits>
 #include "Common/detail/streams.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DiagnosticsAPI.h"
 #include "datainterface/VersionAPI.h"
 #include "frame/frameState.h"
 #include "weights/egoNeighbors.h"
-#include <array>
-#include <limits>
 
 using namespace datainterface;
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/WeightsAPI.h"
+#include <algorithm>
+#include <initializer_list>
+#include <memory>
 #include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/Fennims.h"
 #include "frame/callFrame.h"
-#include <algorithm>
-#include <initializer_list>
-#include <memory>
 
 using namespace datainterface;
 

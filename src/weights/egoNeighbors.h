@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// One object's neighbour list, held in the block store.
 #pragma once
-#include "datainterface/neighborDatum.h"
 #include <QVector>
+#include "datainterface/neighborDatum.h"
 
 namespace datainterface {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Sums and quotients are double; only the finished weight is narrowed.
 #include "weights/weighting.h"
-#include "Common/detail/failure.h"
-#include "datainterface/OrderedDouble.h"
 #include <algorithm>
 #include <cmath>
 #include <vector>
+#include "Common/detail/failure.h"
+#include "datainterface/OrderedDouble.h"
 
 namespace datainterface {
 namespace {

@@ -127,25 +127,36 @@ void TestDataManager::extentsArePlacedAndJoined_data()
     for (const QString freed :
          {"d0 d1 d2", "d0 d2 d1", "d1 d0 d2", "d1 d2 d0", "d2 d0 d1", "d2 d1 d0"})
         QTest::newRow(qPrintable(freed)) << "s10 s20 s30 s5 " + freed << "free:0+60 3:60+5";
-    QTest::newRow("the end stays free") << "s10 s20 d1 s30" << "0:0+10 free:10+20 2:30+30";
+    QTest::newRow("the end stays free") << "s10 s20 d1 s30"
+                                        << "0:0+10 free:10+20 2:30+30";
     QTest::newRow("free end joins backwards") << "s10 s20 d0 d1"
                                               << "free:0+30";
-    QTest::newRow("exact fit") << "s10 s20 s30 d1 s20" << "0:0+10 3:10+20 2:30+30";
-    QTest::newRow("larger hole is split") << "s10 s20 s30 d1 s7" << "0:0+10 3:10+7 free:17+13 2:30+30";
-    QTest::newRow("smallest hole that fits") << "s50 s1 s20 s1 s30 s1 d0 d2 d4 s15"
-                                             << "free:0+50 1:50+1 6:51+15 free:66+5 3:71+1 free:72+30 5:102+1";
-    QTest::newRow("same size in place") << "s10 s20 r0=10" << "0:0+10 1:10+20";
-    QTest::newRow("growing goes to the end past a hole") << "s10 s50 s20 d1 r0=30" << "free:0+60 2:60+20 0:80+30";
+    QTest::newRow("exact fit") << "s10 s20 s30 d1 s20"
+                               << "0:0+10 3:10+20 2:30+30";
+    QTest::newRow("larger hole is split") << "s10 s20 s30 d1 s7"
+                                          << "0:0+10 3:10+7 free:17+13 2:30+30";
+    QTest::newRow("smallest hole that fits")
+        << "s50 s1 s20 s1 s30 s1 d0 d2 d4 s15"
+        << "free:0+50 1:50+1 6:51+15 free:66+5 3:71+1 free:72+30 5:102+1";
+    QTest::newRow("same size in place") << "s10 s20 r0=10"
+                                        << "0:0+10 1:10+20";
+    QTest::newRow("growing goes to the end past a hole") << "s10 s50 s20 d1 r0=30"
+                                                         << "free:0+60 2:60+20 0:80+30";
     QTest::newRow("the last block grows behind its old place") << "s10 s20 r1=25"
                                                                << "0:0+10 free:10+20 1:30+25";
-    QTest::newRow("the tail of the last block is last") << "s10 r0=4 s8" << "0:0+4 free:4+6 1:10+8";
-    QTest::newRow("the tail stays apart from the hole behind it") << "s10 s20 s5 d1 r0=4"
-                                                                   << "0:0+4 free:4+6 free:10+20 2:30+5";
-    QTest::newRow("freeing the block behind the tail joins them") << "s10 s20 s5 r0=4 d1" << "0:0+4 free:4+26 2:30+5";
+    QTest::newRow("the tail of the last block is last") << "s10 r0=4 s8"
+                                                        << "0:0+4 free:4+6 1:10+8";
+    QTest::newRow("the tail stays apart from the hole behind it")
+        << "s10 s20 s5 d1 r0=4"
+        << "0:0+4 free:4+6 free:10+20 2:30+5";
+    QTest::newRow("freeing the block behind the tail joins them") << "s10 s20 s5 r0=4 d1"
+                                                                  << "0:0+4 free:4+26 2:30+5";
     QTest::newRow("freeing joins direct neighbours alone") << "s10 s20 s5 d1 r0=4 d0"
                                                            << "free:0+10 free:10+20 2:30+5";
-    QTest::newRow("an empty block splits nothing off") << "s10 s5 d0 s0" << "2:0+0 free:0+10 1:10+5";
-    QTest::newRow("shrinking to nothing") << "s10 s5 r0=0" << "0:0+0 free:0+10 1:10+5";
+    QTest::newRow("an empty block splits nothing off") << "s10 s5 d0 s0"
+                                                       << "2:0+0 free:0+10 1:10+5";
+    QTest::newRow("shrinking to nothing") << "s10 s5 r0=0"
+                                          << "0:0+0 free:0+10 1:10+5";
 }
 
 void TestDataManager::extentsArePlacedAndJoined()
@@ -203,7 +214,8 @@ void TestDataManager::unknownIdsLeaveTheArrayAlone()
 {
     const auto store = makeStore(1000);
     QByteArray bytes("kept");
-    for (const int id : {-1, 0, 255, 256, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+    for (const int id :
+         {-1, 0, 255, 256, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
         QVERIFY(!store->ReadDataBlock(id, bytes));
         QVERIFY(!store->DeleteDataBlock(id));
     }
@@ -231,7 +243,9 @@ void TestDataManager::walkAgreesWithAMap()
     const unsigned seed = std::random_device()();
     const QString where = QStringLiteral("seed %1 ").arg(seed);
     std::mt19937 random(seed);
-    const auto below = [&random](int end) { return std::uniform_int_distribution<int>(0, end - 1)(random); };
+    const auto below = [&random](int end) {
+        return std::uniform_int_distribution<int>(0, end - 1)(random);
+    };
     DataManager store; // over a real file
     store.Initialize(mDir.path(), cacheBytes);
     Model model;
@@ -261,8 +275,8 @@ void TestDataManager::walkAgreesWithAMap()
     QCOMPARE(QString(where + differences(store, model)), where);
 }
 
-// The same walk with a disk that fails from its nth write on, for every n: the failing call changes nothing, can be
-// made again when there is room, and no block is lost.
+// The same walk with a disk that fails from its nth write on, for every n: the failing call changes
+// nothing, can be made again when there is room, and no block is lost.
 void TestDataManager::failedWriteLosesNothing()
 {
     bool failed[] = {true, true}; // by whether the disk says when it is full
@@ -320,9 +334,10 @@ void TestDataManager::diskThatFillsUpShowsBeforeTheTailIsFull()
     const auto store = makeStore(116);
     int saved = 0;
     QCOMPARE(raisedText([&] {
-        for (; saved < 20; ++saved)
-            store->SaveDataBlock(bytesOf(100, saved));
-    }), QString("result"));
+                 for (; saved < 20; ++saved)
+                     store->SaveDataBlock(bytesOf(100, saved));
+             }),
+             QString("result"));
     QCOMPARE(saved, 11); // ten in the file, one in the cache
     QByteArray bytes;
     QVERIFY(store->ReadDataBlock(10, bytes));

@@ -171,7 +171,8 @@ void TestProjectBlocks::counterGoesOnFromTheFile()
 
 void TestProjectBlocks::blocksStandInTheOrderOfTheStream()
 {
-    QVERIFY(restore(QByteArray::fromHex("00000009000000020000000700000003616263000000020000000164"), false));
+    QVERIFY(restore(QByteArray::fromHex("00000009000000020000000700000003616263000000020000000164"),
+                    false));
     const auto extents = mStore->Inspect().extents;
     QCOMPARE(extents.size(), 2);
     QCOMPARE(extents[0].id, 7);

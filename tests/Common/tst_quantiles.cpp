@@ -27,7 +27,9 @@ Classes classes(std::initializer_list<QPair<double, double>> bounds)
 // The rule with one list that is searched anew for each fusion.
 Classes naiveQuantiles(const QVector<double> &values, int count)
 {
-    struct Run { int first, last, size; };
+    struct Run {
+        int first, last, size;
+    };
     QList<Run> runs;
     for (int i = 0; i < values.size(); ++i) {
         if (i > 0 && values[i] == values[i - 1])
@@ -91,13 +93,17 @@ void TestQuantiles::cases_data()
     QTest::addColumn<int>("count");
     QTest::addColumn<bool>("answer");
     QTest::addColumn<Classes>("expected");
-    QTest::newRow("equal values stay together") << repeated({4, 1}) << 2 << true << classes({{1, 1}, {2, 2}});
-    QTest::newRow("fewer values than classes") << repeated({4, 1}) << 3 << false << classes({{1, 1}, {2, 2}});
-    QTest::newRow("the small ones are fused") << repeated({1, 1, 1, 7}) << 2 << true << classes({{1, 3}, {4, 4}});
+    QTest::newRow("equal values stay together")
+        << repeated({4, 1}) << 2 << true << classes({{1, 1}, {2, 2}});
+    QTest::newRow("fewer values than classes")
+        << repeated({4, 1}) << 3 << false << classes({{1, 1}, {2, 2}});
+    QTest::newRow("the small ones are fused")
+        << repeated({1, 1, 1, 7}) << 2 << true << classes({{1, 3}, {4, 4}});
     QTest::newRow("a tiny neighbour joins")
         << repeated({8, 1, 12, 11}) << 3 << true << classes({{1, 2}, {3, 3}, {4, 4}});
     QTest::newRow("descending") << QVector<double>{1, 3, 2} << 2 << false << Classes();
-    QTest::newRow("not a number inside") << QVector<double>{1, qQNaN(), 2} << 2 << false << Classes();
+    QTest::newRow("not a number inside")
+        << QVector<double>{1, qQNaN(), 2} << 2 << false << Classes();
     QTest::newRow("no classes") << repeated({1, 2}) << 0 << false << Classes();
     QTest::newRow("no values") << QVector<double>() << 2 << false << Classes();
 }

@@ -13,7 +13,10 @@ namespace {
 // A device that cannot tell how much is left.
 class Pipe : public QIODevice {
 public:
-    explicit Pipe(const QByteArray &bytes) : mBytes(bytes) { open(QIODevice::ReadOnly | QIODevice::Unbuffered); }
+    explicit Pipe(const QByteArray &bytes) : mBytes(bytes)
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
     bool isSequential() const override { return true; }
 
 protected:
@@ -41,7 +44,6 @@ QByteArray nested(int depth)
     out << QMap<QString, QVariant>{{"a", value}};
     return bytes;
 }
-
 
 } // namespace
 
@@ -71,12 +73,18 @@ void TestStreams::formsAreFixed()
     bytes.clear();
     BytesWriter map(&bytes);
     map << QMap<QString, QVariant>{{"a", 1}, {"b", QVariant()}};
-    QCOMPARE(bytes.toHex(), QByteArray("00000002" "000000020062" "0000000001"
-                                       "000000020061" "00000002" "00" "00000001"));
+    QCOMPARE(bytes.toHex(), QByteArray("00000002"
+                                       "000000020062"
+                                       "0000000001"
+                                       "000000020061"
+                                       "00000002"
+                                       "00"
+                                       "00000001"));
     bytes.clear();
     BytesWriter number(&bytes);
     number << 1.0f << QVector<double>{-2.0};
-    QCOMPARE(bytes.toHex(), QByteArray("3ff0000000000000" "00000001c000000000000000"));
+    QCOMPARE(bytes.toHex(), QByteArray("3ff0000000000000"
+                                       "00000001c000000000000000"));
 }
 
 void TestStreams::countsAreHeldAgainstTheBytesLeft_data()
@@ -146,7 +154,8 @@ void TestStreams::corruptPacksAreRefused()
     const QByteArray packed = qCompress(QByteArray(1000, 'a') + QByteArray(1000, 'b'), 9);
     QByteArray found;
     for (int length = 1; length < packed.size(); ++length)
-        QVERIFY2(!inflateBytes(packed.left(length), found) && found.isEmpty(), QByteArray::number(length));
+        QVERIFY2(!inflateBytes(packed.left(length), found) && found.isEmpty(),
+                 QByteArray::number(length));
     for (int i = 0; i < packed.size(); ++i) {
         QByteArray damaged = packed;
         damaged[i] = static_cast<char>(damaged[i] ^ 0x41);
@@ -158,10 +167,13 @@ void TestStreams::corruptPacksAreRefused()
 
 void TestStreams::metadataIsReadBack()
 {
-    const QMap<QString, QVariant> map{
-        {"list", QVariantList{1, "two", 3.0, QVariant()}}, {"map", QVariantMap{{"x", QStringList{"a", "b"}}}},
-        {"bytes", QByteArray("ab")}, {"date", QDate(2001, 2, 3)}, {"null", QVariant(QVariant::Int)},
-        {"colour", QColor(Qt::red)}, {"no", false}};
+    const QMap<QString, QVariant> map{{"list", QVariantList{1, "two", 3.0, QVariant()}},
+                                      {"map", QVariantMap{{"x", QStringList{"a", "b"}}}},
+                                      {"bytes", QByteArray("ab")},
+                                      {"date", QDate(2001, 2, 3)},
+                                      {"null", QVariant(QVariant::Int)},
+                                      {"colour", QColor(Qt::red)},
+                                      {"no", false}};
     QByteArray bytes;
     BytesWriter out(&bytes);
     out << map;
@@ -189,7 +201,8 @@ void TestStreams::cutMetadataSetsTheStatus()
 {
     QByteArray bytes;
     BytesWriter out(&bytes);
-    out << QMap<QString, QVariant>{{"list", QVariantList{1, "two", QVariantMap{{"k", QByteArray("ab")}}}}};
+    out << QMap<QString, QVariant>{
+        {"list", QVariantList{1, "two", QVariantMap{{"k", QByteArray("ab")}}}}};
     for (int length = 0; length < bytes.size(); ++length) {
         const QByteArray cut = bytes.left(length);
         BytesReader in(cut);

@@ -9,9 +9,18 @@
 namespace {
 
 template <class T> T value(int i);
-template <> int value<int>(int i) { return i * 3 - 5; }
-template <> double value<double>(int i) { return i / 4.0; }
-template <> QString value<QString>(int i) { return i % 5 ? QString(i % 7, QChar(0x3b1 + i)) : QString(); }
+template <> int value<int>(int i)
+{
+    return i * 3 - 5;
+}
+template <> double value<double>(int i)
+{
+    return i / 4.0;
+}
+template <> QString value<QString>(int i)
+{
+    return i % 5 ? QString(i % 7, QChar(0x3b1 + i)) : QString();
+}
 
 template <class T> QVector<T> values(int count)
 {
@@ -76,13 +85,16 @@ private:
 void TestTimeContainers::imagesOfSlicesAreFixed()
 {
     const TimeSliceData<int> integers({1, -2}, {1, 300, -1});
-    QCOMPARE(imageOf(integers.BlockId()), hex("00000002 01000000 feffffff 00000003 ffffffff 00000001 0000012c"));
+    QCOMPARE(imageOf(integers.BlockId()),
+             hex("00000002 01000000 feffffff 00000003 ffffffff 00000001 0000012c"));
     const TimeSliceData<double> decimals({1.0, -0.5}, {});
-    QCOMPARE(imageOf(decimals.BlockId()), hex("00000002 000000000000f03f 000000000000e0bf 00000000"));
+    QCOMPARE(imageOf(decimals.BlockId()),
+             hex("00000002 000000000000f03f 000000000000e0bf 00000000"));
     const TimeSliceData<double> none({}, {});
     QCOMPARE(imageOf(none.BlockId()), hex("00000000 00000000"));
     const TimeSliceData<QString> texts({"aß", QString(), ""}, {1});
-    QCOMPARE(imageOf(texts.BlockId()), hex("00000003 00000004 0061 00df ffffffff 00000000 00000001 00000001"));
+    QCOMPARE(imageOf(texts.BlockId()),
+             hex("00000003 00000004 0061 00df ffffffff 00000000 00000001 00000001"));
 }
 
 void TestTimeContainers::imagesOfSeriesAreFixed()
@@ -105,7 +117,8 @@ void TestTimeContainers::imagesOfSeriesAreFixed()
 // Missing ids in the order of a hash, dirt in the gaps, flags that are no clean booleans.
 void TestTimeContainers::imagesOfOtherWritersAreRead()
 {
-    TimeSliceData<int> slice(SaveDataBlock(hex("00000003 01000000 02000000 03000000 00000002 00000002 00000000")));
+    TimeSliceData<int> slice(
+        SaveDataBlock(hex("00000003 01000000 02000000 03000000 00000002 00000002 00000000")));
     QVERIFY(slice.IsMissing(2) && slice.IsMissing(0) && !slice.IsMissing(1));
     QCOMPARE(slice.GetMissingIds(), (QSet<int>{0, 2}));
     int value = 0;
@@ -129,15 +142,21 @@ template <class T> void TestTimeContainers::walkSlice(unsigned seed)
 {
     const QString where = QStringLiteral("seed %1").arg(seed);
     std::mt19937 random(seed);
-    const auto below = [&random](int end) { return std::uniform_int_distribution<int>(0, end - 1)(random); };
+    const auto below = [&random](int end) {
+        return std::uniform_int_distribution<int>(0, end - 1)(random);
+    };
     QVector<T> model = values<T>(20);
     QSet<int> missing{3};
     TimeSliceData<T> slice(model, missing);
     for (int step = 0; step < 500; ++step) {
         const int object = below(model.size());
         switch (below(6)) {
-        case 0: slice.CheckOut(); break;
-        case 1: slice.CheckIn(); break;
+        case 0:
+            slice.CheckOut();
+            break;
+        case 1:
+            slice.CheckIn();
+            break;
         case 2:
             slice.SetValue(object, value<T>(step));
             model[object] = value<T>(step);
@@ -170,11 +189,13 @@ template <class T> void TestTimeContainers::walkSlice(unsigned seed)
         }
         const int probe = below(model.size());
         QVERIFY2(slice.GetCount() == model.size() && slice.GetValue(probe) == model[probe]
-                     && slice.IsMissing(probe) == missing.contains(probe), qPrintable(where));
+                     && slice.IsMissing(probe) == missing.contains(probe),
+                 qPrintable(where));
         for (const int one : {probe, below(model.size()), model.size(), -1}) {
             T found{};
             const bool isThere = one >= 0 && one < model.size() && !missing.contains(one);
-            QVERIFY2(slice.GetValue(one, found) == isThere && (!isThere || found == model[one]), qPrintable(where));
+            QVERIFY2(slice.GetValue(one, found) == isThere && (!isThere || found == model[one]),
+                     qPrintable(where));
         }
     }
     slice.SetValue(model.size(), value<T>(1)); // no such object
@@ -385,16 +406,21 @@ void TestTimeContainers::imagesCutShortAreEmptyOrRefused()
 
 void TestTimeContainers::imagesWithAbsurdCountsAreEmptyOrRefused()
 {
-    for (const char *image : {"ffffffff00000000", "7fffffff00000000", "80000000000000000000000000000000",
-                              "00000000ffffffff", "000000007fffffff"}) {
+    for (const char *image :
+         {"ffffffff00000000", "7fffffff00000000", "80000000000000000000000000000000",
+          "00000000ffffffff", "000000007fffffff"}) {
         QCOMPARE(TimeSliceData<int>(SaveDataBlock(hex(image))).GetMissingIds(), QSet<int>());
         QCOMPARE(TimeSliceData<double>(SaveDataBlock(hex(image))).GetValues(), QVector<double>());
-        QVERIFY(!raisedText([&] { TimeSliceData<QString>(SaveDataBlock(hex(image))).GetCount(); }).isNull());
+        QVERIFY(!raisedText([&] {
+                     TimeSliceData<QString>(SaveDataBlock(hex(image))).GetCount();
+                 }).isNull());
         QCOMPARE(TimeSeriesData<double>(SaveDataBlock(hex(image))).GetEntries().size(), 0);
     }
     // A text whose length is odd, or larger than what follows.
-    for (const char *image : {"00000001 00000003 006100 00000000", "00000001 fffffffe 0061 00000000"})
-        QCOMPARE(raisedText([&] { TimeSliceData<QString>(SaveDataBlock(hex(image))).GetValues(); }), QString("Invalid block id"));
+    for (const char *image :
+         {"00000001 00000003 006100 00000000", "00000001 fffffffe 0061 00000000"})
+        QCOMPARE(raisedText([&] { TimeSliceData<QString>(SaveDataBlock(hex(image))).GetValues(); }),
+                 QString("Invalid block id"));
 }
 
 QTEST_GUILESS_MAIN(TestTimeContainers)

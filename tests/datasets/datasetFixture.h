@@ -29,17 +29,26 @@ template <class T> struct Sample;
 template <> struct Sample<int> {
     static constexpr DataType type = IntegerType;
     static int value(int n) { return n; }
-    static const auto &table(const MVectorDataset &dataset) { return *dataset.GetIntegerFrequencies(); }
+    static const auto &table(const MVectorDataset &dataset)
+    {
+        return *dataset.GetIntegerFrequencies();
+    }
 };
 template <> struct Sample<double> {
     static constexpr DataType type = DecimalType;
     static double value(int n) { return n + 0.5; }
-    static const auto &table(const MVectorDataset &dataset) { return *dataset.GetDoubleFrequencies(); }
+    static const auto &table(const MVectorDataset &dataset)
+    {
+        return *dataset.GetDoubleFrequencies();
+    }
 };
 template <> struct Sample<QString> {
     static constexpr DataType type = StringType;
     static QString value(int n) { return "v" + QString::number(n); }
-    static const auto &table(const MVectorDataset &dataset) { return *dataset.GetStringFrequencies(); }
+    static const auto &table(const MVectorDataset &dataset)
+    {
+        return *dataset.GetStringFrequencies();
+    }
 };
 
 template <class T> QVector<T> samples(std::initializer_list<int> numbers)

@@ -53,7 +53,8 @@ void fill(LoneDataset &dataset)
     dataset.SetMetaData(MMetaData());
     dataset.SetDisplayName("rain");
     dataset.AddTimeSliceValues(0, stamp("[0, 4)"), QVector<double>{1.5, 1.5, -2.0}, {}, true, true);
-    dataset.AddTimeSliceValues(1, stamp("[2, 3]"), QVector<double>{1.5, 0.0, 0.0}, {1, 2}, true, true);
+    dataset.AddTimeSliceValues(1, stamp("[2, 3]"), QVector<double>{1.5, 0.0, 0.0}, {1, 2}, true,
+                               true);
     VariogramModel model = modelOf(7, "m");
     dataset.AddVariogramModel(model, true);
     double stdDev = 0.0;
@@ -98,13 +99,15 @@ void TestMDataset::parsesPaths()
     QCOMPARE(parsed("/<7>a/b"), QString("#7 = /<7>"));
     QCOMPARE(parsed("/<<a"), QString("<<a = /<<<a")); // grows
     dataset.SetHierarchyPath(QList<MDataset::pathLevel>{{QString(""), 3}});
-    QCOMPARE(raisedText([&] { dataset.GetHierarchyPathAsString(); }), QString("Dataset path is empty"));
+    QCOMPARE(raisedText([&] { dataset.GetHierarchyPathAsString(); }),
+             QString("Dataset path is empty"));
 }
 
 void TestMDataset::modelsComeAndGoWithSignals()
 {
     MVectorDataSource source(QString(), 1, 7);
-    auto *dataset = new MVectorDataset(&source, MVectorDataset::TimeSlice, 7, DecimalType, "d", "/", 1, 1);
+    auto *dataset =
+        new MVectorDataset(&source, MVectorDataset::TimeSlice, 7, DecimalType, "d", "/", 1, 1);
     const std::unique_ptr<QObject> owner(dataset);
     QSignalSpy added(&source, SIGNAL(VariogramModelAddedSignal(DataId, qint32)));
     QSignalSpy removed(&source, SIGNAL(VariogramModelRemovedSignal(DataId, qint32)));
@@ -136,7 +139,8 @@ void TestMDataset::aMovedModelGetsANewIdElsewhere()
     QCOMPARE(source.GetDataset(a)->GetVariogramModelIds(), QList<int>{0});
     QCOMPARE(source.GetDataset(b)->GetVariogramModelIds(), QList<int>{0});
     first.dataset = DataId(99);
-    QCOMPARE(raisedText([&] { source.GetDataset(a)->ReplaceVariogramModel(&source, first); }), QString("dataset"));
+    QCOMPARE(raisedText([&] { source.GetDataset(a)->ReplaceVariogramModel(&source, first); }),
+             QString("dataset"));
 }
 
 void TestMDataset::addingValuesRemovesModels()
@@ -149,8 +153,10 @@ void TestMDataset::addingValuesRemovesModels()
         return !dataset.GetVariogramModelIds().isEmpty();
     };
     const TimeStamp t = stamp("[0, 1]");
-    QVERIFY(!hasModelAfter([&] { dataset.AddTimeSliceValues(0, t, QVector<int>{1}, {}, true, true); }));
-    QVERIFY(!hasModelAfter([&] { dataset.AddTimeSliceValues(0, t, QVector<int>{1}, {}, false, true); })); // unchanged
+    QVERIFY(
+        !hasModelAfter([&] { dataset.AddTimeSliceValues(0, t, QVector<int>{1}, {}, true, true); }));
+    QVERIFY(!hasModelAfter(
+        [&] { dataset.AddTimeSliceValues(0, t, QVector<int>{1}, {}, false, true); })); // unchanged
     QVERIFY(hasModelAfter([&] { dataset.AddTimeSliceValue(0, 0, t, MDatum(2), true, true); }));
     QVERIFY(!hasModelAfter([&] { dataset.SetMissing(0, 0, t); }));
     QVERIFY(!hasModelAfter([&] { dataset.Resize(2); }));
@@ -164,21 +170,51 @@ void TestMDataset::streamHoldsTheStatedFields()
     dataset.AddTimeSliceValues(0, stamp("[1, 2)"), QVector<int>{3, 4}, {}, true, true);
     const int block = dataset.GetTimeSliceIntegerData(0)->first()->BlockId();
     const QByteArray empty = "00000000";
-    const QByteArray stampBytes = "0000000000000001" "0000000000000002" "00000001" "00000000";
-    const QByteArray noDatum = "00000003" "00" "0000000000000000" "0000000000000000" "ffffffff";
-    const QByteArray noStats = "0000000000000000" "0000000000000000" + noDatum + noDatum + "0000";
-    const QByteArray expected = "00000001" "00000007" "00000002" "00"
-        "00000001" "00000002006b" "00000002" "00" "00000005" // metadata
-        + stampBytes
-        + "00000001" "00000008" "0068006500720065" "00000000" // path
-        "00000001"                                            // realizations
-        "00000001" + empty + noStats                          // statistics
-        + empty + empty                                       // models
-        + "00000001" "00000002"                               // storage, objects
-        "0000001c" "00000002" "00000004" "00000001" "00000003" "00000001" + empty + empty // frequencies
-        + "00000001" "00000000" "00000034"                    // one realization
-        "00000001" + stampBytes + QByteArray::number(block, 16).rightJustified(8, '0')
-        + empty + empty + empty + empty + empty;
+    const QByteArray stampBytes = "0000000000000001"
+                                  "0000000000000002"
+                                  "00000001"
+                                  "00000000";
+    const QByteArray noDatum = "00000003"
+                               "00"
+                               "0000000000000000"
+                               "0000000000000000"
+                               "ffffffff";
+    const QByteArray noStats = "0000000000000000"
+                               "0000000000000000"
+                               + noDatum + noDatum + "0000";
+    const QByteArray expected = "00000001"
+                                "00000007"
+                                "00000002"
+                                "00"
+                                "00000001"
+                                "00000002006b"
+                                "00000002"
+                                "00"
+                                "00000005" // metadata
+                                + stampBytes
+                                + "00000001"
+                                  "00000008"
+                                  "0068006500720065"
+                                  "00000000" // path
+                                  "00000001" // realizations
+                                  "00000001"
+                                + empty + noStats // statistics
+                                + empty + empty   // models
+                                + "00000001"
+                                  "00000002" // storage, objects
+                                  "0000001c"
+                                  "00000002"
+                                  "00000004"
+                                  "00000001"
+                                  "00000003"
+                                  "00000001"
+                                + empty + empty // frequencies
+                                + "00000001"
+                                  "00000000"
+                                  "00000034" // one realization
+                                  "00000001"
+                                + stampBytes + QByteArray::number(block, 16).rightJustified(8, '0')
+                                + empty + empty + empty + empty + empty;
     QCOMPARE(saved(dataset).toHex(), expected);
 }
 
@@ -195,7 +231,8 @@ void TestMDataset::streamsSurviveARoundTrip()
     QVERIFY(copy.IsMissing(1, 1, 2));
 }
 
-// The copies name the same blocks and give them back, so that each cut begins with a dataset of its own.
+// The copies name the same blocks and give them back, so that each cut begins with a dataset of its
+// own.
 void TestMDataset::cutStreamsAreRefused()
 {
     QByteArray bytes;
@@ -209,7 +246,8 @@ void TestMDataset::cutStreamsAreRefused()
         bool isRestored = false;
         const QString raised = raisedText([&] { isRestored = restore(bytes.left(size), copy); });
         QVERIFY2(!isRestored, QByteArray::number(size));
-        QVERIFY2(raised.isNull() || raised == "Realization reserialization error", qPrintable(raised));
+        QVERIFY2(raised.isNull() || raised == "Realization reserialization error",
+                 qPrintable(raised));
     }
 }
 

@@ -25,8 +25,9 @@ private Q_SLOTS:
 
 void TestMDatum::presentFormIsFixed()
 {
-    QCOMPARE(streamed(MDatum(qint64(-2))).toHex(' '),
-             QByteArray("00 00 00 00 00 ff ff ff ff ff ff ff fe 00 00 00 00 00 00 00 00 ff ff ff ff"));
+    QCOMPARE(
+        streamed(MDatum(qint64(-2))).toHex(' '),
+        QByteArray("00 00 00 00 00 ff ff ff ff ff ff ff fe 00 00 00 00 00 00 00 00 ff ff ff ff"));
     QCOMPARE(streamed(MDatum(QString::fromUtf8("é"))).right(5).toHex(), QByteArray("00000001e9"));
     QCOMPARE(streamed(MDatum()).left(4).toHex(), QByteArray("00000003"));
 }
@@ -102,7 +103,8 @@ void TestMDatum::numbersAreReadFromAnyType()
 void TestMDatum::nanIsOneKeyBehindAllNumbers()
 {
     QMap<MDatum, int> counts;
-    for (const double number : {kNaN, 2.0, -kNaN, -1.0, 0.0, -0.0, std::numeric_limits<double>::infinity(), kNaN})
+    for (const double number :
+         {kNaN, 2.0, -kNaN, -1.0, 0.0, -0.0, std::numeric_limits<double>::infinity(), kNaN})
         ++counts[MDatum(number)];
     QCOMPARE(counts.values(), (QList<int>{1, 2, 1, 1, 3}));
     QVERIFY(MDatum(kNaN) == MDatum(-kNaN));

@@ -27,7 +27,8 @@ private:
     int addDataset(DataType type);
     MVectorDataset &dataset(int id)
     {
-        return dynamic_cast<MVectorDataset &>(*mModel->vectorData(mGeography).GetDataSource()->GetDataset(id));
+        return dynamic_cast<MVectorDataset &>(
+            *mModel->vectorData(mGeography).GetDataSource()->GetDataset(id));
     }
     int holders(int id) { return dataset(id).GetTimeSliceDecimalData(0)->first()->CheckOutCount(); }
 
@@ -41,7 +42,8 @@ void TestConstContainer::init()
     mModel = std::make_unique<TestModel>();
     mGeography = addPoints(3);
     mDecimals = addDataset(DecimalType);
-    dataset(mDecimals).AddTimeSliceValues(0, stamp("[0, 10]"), QVector<double>{1.5, 9, 3}, {1}, true, true);
+    dataset(mDecimals).AddTimeSliceValues(0, stamp("[0, 10]"), QVector<double>{1.5, 9, 3}, {1},
+                                          true, true);
 }
 
 int TestConstContainer::addDataset(DataType type)
@@ -61,7 +63,8 @@ void TestConstContainer::holdsTheValuesOfOneTime()
     QCOMPARE(raisedText([&] { decimals[1]; }), QString("Missing data value"));
 
     const int texts = addDataset(StringType);
-    dataset(texts).AddTimeSliceValues(0, stamp("[0, 10]"), QVector<QString>{"b", "2", "a"}, {}, true, true);
+    dataset(texts).AddTimeSliceValues(0, stamp("[0, 10]"), QVector<QString>{"b", "2", "a"}, {},
+                                      true, true);
     const VORN_ConstDataContainer container(texts, 5, 0, false);
     QVector<int> order;
     container.getSortedIndices(order);
@@ -110,8 +113,10 @@ void TestConstContainer::outlivesItsDataset()
 void TestConstContainer::badRequestsRaise()
 {
     const QString shape("data.doubleVectorData.size() == nObjects");
-    QCOMPARE(raisedText([&] { VORN_ConstDataContainer(0x7FFF0000, 0, 0, false); }), QString("Invalid geography id"));
-    QCOMPARE(raisedText([&] { VORN_ConstDataContainer(mDecimals + 50, 0, 0, false); }), QString("Invalid dataset type"));
+    QCOMPARE(raisedText([&] { VORN_ConstDataContainer(0x7FFF0000, 0, 0, false); }),
+             QString("Invalid geography id"));
+    QCOMPARE(raisedText([&] { VORN_ConstDataContainer(mDecimals + 50, 0, 0, false); }),
+             QString("Invalid dataset type"));
     QCOMPARE(raisedText([&] { VORN_ConstDataContainer(mDecimals, 0, 3, false); }), shape);
     dataset(mDecimals).Resize(2);
     QCOMPARE(raisedText([&] { VORN_ConstDataContainer(mDecimals, 0, 0, false); }), shape);

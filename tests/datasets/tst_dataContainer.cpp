@@ -18,18 +18,30 @@ template <class T> Container fourOf(Type type)
 Container fourOfType(Type type)
 {
     switch (type) {
-    case Container::DoubleData: return fourOf<double>(type);
-    case Container::FloatCells: return fourOf<float>(type);
-    case Container::HalfData: return fourOf<half>(type);
-    case Container::Int8Data: return fourOf<qint8>(type);
-    case Container::Int16Cells: return fourOf<qint16>(type);
-    case Container::Int32Data: return fourOf<qint32>(type);
-    case Container::Int64Data: return fourOf<qint64>(type);
-    case Container::UInt8Cells: return fourOf<quint8>(type);
-    case Container::UInt16Data: return fourOf<quint16>(type);
-    case Container::UInt32Data: return fourOf<quint32>(type);
-    case Container::UInt64Data: return fourOf<quint64>(type);
-    default: return Container(QVector<QString>{"3", "1", "", "2"}, QSet<int>{2});
+    case Container::DoubleData:
+        return fourOf<double>(type);
+    case Container::FloatCells:
+        return fourOf<float>(type);
+    case Container::HalfData:
+        return fourOf<half>(type);
+    case Container::Int8Data:
+        return fourOf<qint8>(type);
+    case Container::Int16Cells:
+        return fourOf<qint16>(type);
+    case Container::Int32Data:
+        return fourOf<qint32>(type);
+    case Container::Int64Data:
+        return fourOf<qint64>(type);
+    case Container::UInt8Cells:
+        return fourOf<quint8>(type);
+    case Container::UInt16Data:
+        return fourOf<quint16>(type);
+    case Container::UInt32Data:
+        return fourOf<quint32>(type);
+    case Container::UInt64Data:
+        return fourOf<quint64>(type);
+    default:
+        return Container(QVector<QString>{"3", "1", "", "2"}, QSet<int>{2});
     }
 }
 
@@ -50,8 +62,8 @@ private Q_SLOTS:
 void TestDataContainer::everyElementTypeAnswersAlike_data()
 {
     QTest::addColumn<int>("type");
-    for (const int type : {0x1, 0x20000, 0x3, 0x10, 0x200000, 0x30, 0x40, 0x8000, 0x1000000, 0x20000000, 0x30000000,
-                           0x40000000})
+    for (const int type : {0x1, 0x20000, 0x3, 0x10, 0x200000, 0x30, 0x40, 0x8000, 0x1000000,
+                           0x20000000, 0x30000000, 0x40000000})
         QTest::addRow("0x%x", static_cast<unsigned>(type)) << type;
 }
 
@@ -66,7 +78,8 @@ void TestDataContainer::everyElementTypeAnswersAlike()
     QCOMPARE(container.uintvalue(3), quint64(2));
     QCOMPARE(container.strvalue(0), QString("3"));
     QVERIFY(container.getDataPtr());
-    QCOMPARE(raisedText([&] { container.getNumericDataPtr(); }), type == 0x8000 ? QString("Invalid data type") : QString());
+    QCOMPARE(raisedText([&] { container.getNumericDataPtr(); }),
+             type == 0x8000 ? QString("Invalid data type") : QString());
 
     const int ranks[] = {2, 0, 3, 1}; // the missing one is last
     for (int a = 0; a < 4; ++a) {
@@ -92,13 +105,20 @@ void TestDataContainer::typesThatDoNotFitAreRefused()
 {
     const QString expected("Invalid data type");
     const VORN_MissingData none;
-    QCOMPARE(raisedText([&] { Container(Container::FloatData, QVector<double>{1}, none); }), expected);
-    QCOMPARE(raisedText([&] { Container(Container::UInt16Data, QVector<unsigned short>{1}, none); }), expected);
-    QCOMPARE(raisedText([&] { Container(Container::Int8Data, QVector<short>{1}, none); }), expected);
+    QCOMPARE(raisedText([&] { Container(Container::FloatData, QVector<double>{1}, none); }),
+             expected);
+    QCOMPARE(
+        raisedText([&] { Container(Container::UInt16Data, QVector<unsigned short>{1}, none); }),
+        expected);
+    QCOMPARE(raisedText([&] { Container(Container::Int8Data, QVector<short>{1}, none); }),
+             expected);
     QCOMPARE(raisedText([&] { Container(static_cast<Type>(0x5), 3); }), expected);
-    QCOMPARE(raisedText([&] { Container(Container::DoubleCells, QVector<double>{1}, none); }), QString());
+    QCOMPARE(raisedText([&] { Container(Container::DoubleCells, QVector<double>{1}, none); }),
+             QString());
     QCOMPARE(Container(Container::HalfCells, QVector<unsigned short>{0x3C00}, none)[0], 1.0);
-    QCOMPARE(Container(QVector<unsigned char>{1}, QVector<unsigned int>{5, 6}, none).hasColorTable(), true);
+    QCOMPARE(
+        Container(QVector<unsigned char>{1}, QVector<unsigned int>{5, 6}, none).hasColorTable(),
+        true);
 }
 
 void TestDataContainer::readsAreGuarded()
@@ -110,10 +130,14 @@ void TestDataContainer::readsAreGuarded()
     QCOMPARE(raisedText([&] { container.value(-1); }), QString("id>=0 and id<nObjects"));
     QCOMPARE(raisedText([&] { container[2]; }), QString("Missing data value"));
     QCOMPARE(raisedText([&] { container.intvalue(2); }), QString("Data value is missing"));
-    QCOMPARE(raisedText([&] { container.compareValues(4, 0); }), QString("id1>=0 and id1<nObjects"));
-    QCOMPARE(raisedText([&] { container.compareValues(0, -1); }), QString("id2>=0 and id2<nObjects"));
-    QCOMPARE(raisedText([&] { container.compareData(VORN_ConstDataContainer()); }), QString("Empty data container"));
-    QCOMPARE(raisedText([&] { VORN_ConstDataContainer().validCount(); }), QString("Empty data container"));
+    QCOMPARE(raisedText([&] { container.compareValues(4, 0); }),
+             QString("id1>=0 and id1<nObjects"));
+    QCOMPARE(raisedText([&] { container.compareValues(0, -1); }),
+             QString("id2>=0 and id2<nObjects"));
+    QCOMPARE(raisedText([&] { container.compareData(VORN_ConstDataContainer()); }),
+             QString("Empty data container"));
+    QCOMPARE(raisedText([&] { VORN_ConstDataContainer().validCount(); }),
+             QString("Empty data container"));
     QCOMPARE(VORN_ConstDataContainer().id(), -1);
 }
 
@@ -152,7 +176,8 @@ void TestDataContainer::numbersAreFittedIn()
 
 void TestDataContainer::sortingLeavesOutWhatIsNoNumber()
 {
-    const Container container(Container::DoubleData, QVector<double>{2, qQNaN(), -1, qInf(), 0}, QSet<int>{4});
+    const Container container(Container::DoubleData, QVector<double>{2, qQNaN(), -1, qInf(), 0},
+                              QSet<int>{4});
     QVector<int> order;
     container.getSortedIndices(order);
     QCOMPARE(order, (QVector<int>{2, 0}));

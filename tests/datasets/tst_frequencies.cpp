@@ -167,7 +167,8 @@ void TestFrequencies::widthsHoldTheExtremes()
     int width = 0;
     int decimals = 0;
     LoneDataset decimal(DecimalType, MVectorDataset::TimeSlice, 2);
-    decimal.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{-1234.1, 1.0 / 3}, {}, true, true);
+    decimal.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{-1234.1, 1.0 / 3}, {}, true,
+                               true);
     decimal.GetDataWidths(width, decimals);
     for (const double value : {-1234.1, 1.0 / 3})
         QVERIFY(QString::number(value, 'f', decimals).size() <= width);
@@ -178,7 +179,8 @@ void TestFrequencies::widthsHoldTheExtremes()
     QCOMPARE(width, 4);
     QCOMPARE(decimals, 0);
     LoneDataset none(IntegerType, MVectorDataset::TimeSlice, 2, 0);
-    QCOMPARE(raisedText([&] { none.GetDataWidths(width, decimals); }), QString("Data stats not found"));
+    QCOMPARE(raisedText([&] { none.GetDataWidths(width, decimals); }),
+             QString("Data stats not found"));
 }
 
 void TestFrequencies::classes()

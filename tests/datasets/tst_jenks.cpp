@@ -11,12 +11,13 @@ using datainterface::jenksBreaks;
 
 namespace {
 
-// Per-capita income of the 48 contiguous states of the USA in 2009, dollars (Bureau of Economic Analysis).
+// Per-capita income of the 48 contiguous states of the USA in 2009, dollars (Bureau of Economic
+// Analysis).
 const QVector<double> kIncome2009{
-    29318, 30107, 30835, 30987, 31250, 31493, 31843, 32077, 32197, 32274, 32699, 33086, 33174,
-    33512, 33564, 33708, 34280, 35018, 35106, 35151, 35210, 35268, 35674, 35676, 35983, 36499,
-    36565, 36752, 37036, 37057, 38009, 38672, 38827, 40093, 40135, 40619, 40902, 40920, 40933,
-    41283, 41882, 42504, 43211, 46844, 47159, 48123, 49590, 52736};
+    29318, 30107, 30835, 30987, 31250, 31493, 31843, 32077, 32197, 32274, 32699, 33086,
+    33174, 33512, 33564, 33708, 34280, 35018, 35106, 35151, 35210, 35268, 35674, 35676,
+    35983, 36499, 36565, 36752, 37036, 37057, 38009, 38672, 38827, 40093, 40135, 40619,
+    40902, 40920, 40933, 41283, 41882, 42504, 43211, 46844, 47159, 48123, 49590, 52736};
 
 // The recurrence as it is written down, with its square matrix of costs.
 QList<double> plainBreaks(int breakCount, const QVector<double> &data)
@@ -122,7 +123,8 @@ void TestJenks::agreesWithThePlainRecurrence()
 void TestJenks::hugeValuesDoNotOverflow()
 {
     const QVector<double> values{1e300, 1.1e300, 2e300, 2.1e300, 5e300};
-    QCOMPARE(jenksBreaks(4, values), (QList<double>{1e300, (1.1e300 + 2e300) * 0.5, (2.1e300 + 5e300) * 0.5, 5e300}));
+    QCOMPARE(jenksBreaks(4, values),
+             (QList<double>{1e300, (1.1e300 + 2e300) * 0.5, (2.1e300 + 5e300) * 0.5, 5e300}));
 }
 
 void TestJenks::repeatingEveryValueChangesNothing()

@@ -45,7 +45,8 @@ void TestMissingData::nothingIsMissingFromNothing()
     QCOMPARE(raisedText([&] { missing.setMissing(0); }), QString("isValid()"));
     QCOMPARE(raisedText([&] { missing.unsetMissing(0, 1); }), QString("isValid()"));
     QCOMPARE(raisedText([&] { missing.missingIds(); }), QString("md->type == MissingData::Vector"));
-    QCOMPARE(raisedText([&] { missing.missingPixels(); }), QString("md->type == MissingData::Raster"));
+    QCOMPARE(raisedText([&] { missing.missingPixels(); }),
+             QString("md->type == MissingData::Raster"));
     GeoProps grid;
     grid.type = GeoProps::Raster;
     grid.rows = 3;
@@ -114,7 +115,8 @@ void TestMissingData::copiesDetach()
 
 void TestMissingData::unionsOfTheSameForm()
 {
-    const VORN_MissingData vector = VORN_MissingData(QSet<int>{1, 2}) + VORN_MissingData(QSet<int>{2, 5});
+    const VORN_MissingData vector =
+        VORN_MissingData(QSet<int>{1, 2}) + VORN_MissingData(QSet<int>{2, 5});
     QCOMPARE(vector.missingIds(), (QSet<int>{1, 2, 5}));
     QCOMPARE(vector.missingCount(), 3);
     const VORN_MissingData cells = raster(12, {0, 1}) + raster(12, {1, 11});
@@ -149,8 +151,10 @@ void TestMissingData::unionsWithNothingAndWithAll()
 
 void TestMissingData::checkersAddUpContainers()
 {
-    const VORN_DataContainer first(VORN_DataContainer::DoubleData, QVector<double>{1, 2, 3}, QSet<int>{0});
-    const VORN_DataContainer second(VORN_DataContainer::Int32Data, QVector<int>{1, 2, 3}, QSet<int>{2});
+    const VORN_DataContainer first(VORN_DataContainer::DoubleData, QVector<double>{1, 2, 3},
+                                   QSet<int>{0});
+    const VORN_DataContainer second(VORN_DataContainer::Int32Data, QVector<int>{1, 2, 3},
+                                    QSet<int>{2});
     VORN_MissingValueChecker checker(first);
     QVERIFY(checker.addDataset(second));
     QVERIFY(checker.checkId(0) && !checker.checkId(1) && checker.checkId(2));
@@ -158,7 +162,8 @@ void TestMissingData::checkersAddUpContainers()
     QVERIFY(!checker.addDataset(VORN_ConstDataContainer()));
     VORN_MissingValueChecker cells;
     cells.addMissingData(raster(8, {1}));
-    QVERIFY(!cells.addDataset(VORN_DataContainer(VORN_DataContainer::DoubleData, QVector<double>(40), raster(40, {2}))));
+    QVERIFY(!cells.addDataset(
+        VORN_DataContainer(VORN_DataContainer::DoubleData, QVector<double>(40), raster(40, {2}))));
     QVERIFY(!cells.checkId(2));
 }
 

@@ -6,7 +6,8 @@
 
 namespace {
 
-template <class T> void addSlice(MVectorDataset &dataset, const char *t, std::initializer_list<int> numbers)
+template <class T>
+void addSlice(MVectorDataset &dataset, const char *t, std::initializer_list<int> numbers)
 {
     QVERIFY(dataset.AddTimeSliceValues(0, stamp(t), samples<T>(numbers), {}, true, true));
 }
@@ -56,11 +57,14 @@ void TestVectorDataset::checkOutsArePaired()
     QVERIFY(dataset.GetTimeSliceData(0, 5, slice));
     QVERIFY(dataset.CheckOutTimeSlice(0, 5, 0) && dataset.CheckOutTimeSlice(0, 9, 0));
     QCOMPARE(slice->CheckOutCount(), 2);
-    QVERIFY(dataset.CheckInTimeSlice(0, 0, 0) && dataset.CheckInTimeSlice(0, 0, 0) && dataset.CheckInTimeSlice(0, 0, 0));
+    QVERIFY(dataset.CheckInTimeSlice(0, 0, 0) && dataset.CheckInTimeSlice(0, 0, 0)
+            && dataset.CheckInTimeSlice(0, 0, 0));
     QCOMPARE(slice->CheckOutCount(), 0);
     QVERIFY(!dataset.CheckOutTimeSlice(0, 10, 0));
-    QCOMPARE(raisedText([&] { dataset.CheckInTimeSlice(1, 0, 0); }), QString("Invalid realization index"));
-    QCOMPARE(raisedText([&] { dataset.CheckOutTimeSeries(0, 0, 0); }), QString("mStorageType == TimeSeries"));
+    QCOMPARE(raisedText([&] { dataset.CheckInTimeSlice(1, 0, 0); }),
+             QString("Invalid realization index"));
+    QCOMPARE(raisedText([&] { dataset.CheckOutTimeSeries(0, 0, 0); }),
+             QString("mStorageType == TimeSeries"));
 }
 
 void TestVectorDataset::checkOutsOfARealization()
@@ -68,7 +72,8 @@ void TestVectorDataset::checkOutsOfARealization()
     LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 1, 2);
     QVERIFY(!dataset.CheckOutRealization(0, 0));
     QVERIFY(dataset.CheckInRealization(0, 0));
-    QCOMPARE(raisedText([&] { dataset.CheckInRealization(2, 0); }), QString("Invalid realization index"));
+    QCOMPARE(raisedText([&] { dataset.CheckInRealization(2, 0); }),
+             QString("Invalid realization index"));
     addSlice<int>(dataset, "[0, 1]", {1});
     QVERIFY(!dataset.CheckOutAllRealizations(0)); // the second is empty
     QCOMPARE(dataset.GetTimeSliceIntegerData(0)->first()->CheckOutCount(), 1);
@@ -84,7 +89,8 @@ void TestVectorDataset::aSeriesIsMadeForACheckOut()
     QVERIFY(dataset.AddTimeSeriesValue(0, 1, stamp("[0, 1]"), MDatum("x"), true, true));
     QVERIFY(dataset.CheckInTimeSeries(0, 1, 0));
     QCOMPARE(dataset.GetValue(1, 1, 0), MDatum("x"));
-    QCOMPARE(raisedText([&] { dataset.CheckOutTimeSeries(0, 2, 0); }), QString("id < mObjectCount"));
+    QCOMPARE(raisedText([&] { dataset.CheckOutTimeSeries(0, 2, 0); }),
+             QString("id < mObjectCount"));
 }
 
 void TestVectorDataset::becomingStaticKeepsTheEarliestSlice()
@@ -150,7 +156,8 @@ void TestVectorDataset::resizingMarksAndCutsOff()
 template <class T> void TestVectorDataset::removing()
 {
     LoneDataset slices(Sample<T>::type, MVectorDataset::TimeSlice, 5);
-    QVERIFY(slices.AddTimeSliceValues(0, stamp("[0, 1]"), samples<T>({0, 1, 2, 3, 4}), {3, 4}, true, true));
+    QVERIFY(slices.AddTimeSliceValues(0, stamp("[0, 1]"), samples<T>({0, 1, 2, 3, 4}), {3, 4}, true,
+                                      true));
     slices.RemoveObjects({1, 3, 17});
     QCOMPARE(slices.GetObjectCount(), 3);
     QCOMPARE(valuesAt<T>(slices, 0).mid(0, 2), samples<T>({0, 2}));
@@ -175,8 +182,13 @@ void TestVectorDataset::aHeldSeriesIsNotRemoved()
 {
     LoneDataset dataset(IntegerType, MVectorDataset::TimeSeries, 3);
     dataset.CheckOutTimeSeries(0, 1, 0);
-    QCOMPARE(raisedText([&] { dataset.RemoveObjects({0, 1}); }), QString("Time series still in use"));
-    QCOMPARE(raisedText([&] { dataset.SetTimeSeriesData(1, 0, QMap<TimeStamp, int>{{stamp("[0, 1]"), 3}}, true); }),
+    QCOMPARE(raisedText([&] {
+                 dataset.RemoveObjects({0, 1});
+             }),
+             QString("Time series still in use"));
+    QCOMPARE(raisedText([&] {
+                 dataset.SetTimeSeriesData(1, 0, QMap<TimeStamp, int>{{stamp("[0, 1]"), 3}}, true);
+             }),
              QString("Time series still in use"));
     QCOMPARE(dataset.GetObjectCount(), 3);
     dataset.CheckInTimeSeries(0, 1, 0);

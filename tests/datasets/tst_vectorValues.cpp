@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// How values enter: worked cases, and random walks against a model that knows every tick of every object.
+// How values enter: worked cases, and random walks against a model that knows every tick of every
+// object.
 #include <QtTest>
 #include <random>
 #include "datasetFixture.h"
@@ -11,7 +12,8 @@ constexpr int kTicks = 26;
 constexpr int kObjects = 3;
 constexpr int kKinds = 5; ///< different values
 
-/// Value numbers by tick and object, -1 for none; slices also cover ticks on which nobody has a value.
+/// Value numbers by tick and object, -1 for none; slices also cover ticks on which nobody has a
+/// value.
 struct TickModel {
     int values[kTicks][kObjects];
     bool covered[kTicks] = {};
@@ -272,13 +274,15 @@ template <class T> void TestVectorValues::walkOfSlices(unsigned seed)
                     missing.insert(id);
             }
             const bool expected = overwrite || model.hasRoomFor(t, added);
-            QVERIFY2(dataset.AddTimeSliceValues(0, t, values, missing, overwrite, true) == expected, where);
+            QVERIFY2(dataset.AddTimeSliceValues(0, t, values, missing, overwrite, true) == expected,
+                     where);
             for (int id = 0; id < kObjects; ++id)
                 model.add(t, id, added[id], overwrite);
             model.cover(t);
         }
         }
-        const QString wrong = difference<T>(dataset, model) + disorder(dataset.GetTimeSliceIntervals(0));
+        const QString wrong =
+            difference<T>(dataset, model) + disorder(dataset.GetTimeSliceIntervals(0));
         QVERIFY2(wrong.isEmpty(), QByteArray(where + ": " + wrong.toLocal8Bit()).constData());
         QVERIFY2(isCountedRight<T>(dataset), where);
     }
@@ -319,7 +323,8 @@ template <class T> void TestVectorValues::walkOfSeries(unsigned seed)
             }
             QVERIFY2(dataset.AddTimeSeriesValues(0, object, values, overwrite, true), where);
         }
-        const QString wrong = difference<T>(dataset, model) + disorder(dataset.GetTimeSeriesIntervals(0, object));
+        const QString wrong =
+            difference<T>(dataset, model) + disorder(dataset.GetTimeSeriesIntervals(0, object));
         QVERIFY2(wrong.isEmpty(), QByteArray(where + ": " + wrong.toLocal8Bit()).constData());
         QVERIFY2(isCountedRight<T>(dataset), where);
     }
@@ -359,15 +364,17 @@ void TestVectorValues::wrongUseIsRefused()
     QVERIFY(!series.AddTimeSeriesValue(0, 0, t, MDatum(), true, true));
     QVERIFY(!series.AddTimeSeriesValue(-1, 0, t, MDatum(1.0), true, true));
     QVERIFY(!series.AddTimeSeriesValues(0, 0, QVector<QPair<TimeStamp, int>>{{t, 1}}, true, true));
-    QCOMPARE(raisedText([&] { slices.AddTimeSliceValues(0, t, QVector<double>{1}, {}, true, true); }),
-             QString("Invalid object count"));
+    QCOMPARE(
+        raisedText([&] { slices.AddTimeSliceValues(0, t, QVector<double>{1}, {}, true, true); }),
+        QString("Invalid object count"));
     QCOMPARE(raisedText([&] { slices.IsMissing(3, 0, 0); }), QString("Invalid realization index"));
     QCOMPARE(raisedText([&] { slices.GetDataCount(3, 0); }), QString("Invalid realization index"));
     QCOMPARE(raisedText([&] { slices.SetMissing(3, 0, t); }), QString("Invalid realization index"));
     QVERIFY(slices.GetValue(0, 0, 3).isEmpty());
     QVERIFY(slices.GetValue(-1, 0, 0).isEmpty());
     QVERIFY(!slices.IsValid());
-    // A value of another kind enters the slices of its kind, which the dataset's own reads do not look at.
+    // A value of another kind enters the slices of its kind, which the dataset's own reads do not
+    // look at.
     QVERIFY(slices.AddTimeSliceValue(0, 0, t, MDatum(4), true, false));
     QVERIFY(slices.GetValue(0, 0, 0).isEmpty());
     QCOMPARE(slices.GetTimeSliceIntegerData(0)->size(), 1);
@@ -377,9 +384,11 @@ void TestVectorValues::decimalsThatAreNotFiniteAreMissing()
 {
     LoneDataset dataset(DecimalType, MVectorDataset::TimeSlice, 2);
     const double nan = qQNaN();
-    QVERIFY(dataset.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{nan, qInf()}, {}, true, true));
+    QVERIFY(dataset.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{nan, qInf()}, {}, true,
+                                       true));
     QVERIFY(dataset.GetTimeSliceIntervals(0).isEmpty());
-    QVERIFY(dataset.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{nan, 2.0}, {}, true, true));
+    QVERIFY(
+        dataset.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<double>{nan, 2.0}, {}, true, true));
     QVERIFY(dataset.IsMissing(0, 0, 0));
     QCOMPARE(dataset.GetDataCount(0, 0), 1);
     // A single cell is taken as it is.
@@ -396,10 +405,13 @@ void TestVectorValues::interpolates()
 {
     LoneDataset slices(IntegerType, MVectorDataset::TimeSlice, 2);
     LoneDataset series(IntegerType, MVectorDataset::TimeSeries, 2);
-    const QVector<QPair<TimeStamp, int>> values{
-        {stamp("[0, 10]"), 10}, {stamp("[20, 30)"), 30}, {stamp("[40, 50]"), -1}, {stamp("[60, 60]"), 70}};
+    const QVector<QPair<TimeStamp, int>> values{{stamp("[0, 10]"), 10},
+                                                {stamp("[20, 30)"), 30},
+                                                {stamp("[40, 50]"), -1},
+                                                {stamp("[60, 60]"), 70}};
     for (const auto &[t, n] : values) {
-        slices.AddTimeSliceValues(0, t, QVector<int>{n, 0}, n < 0 ? QSet<int>{0} : QSet<int>{}, true, false);
+        slices.AddTimeSliceValues(0, t, QVector<int>{n, 0}, n < 0 ? QSet<int>{0} : QSet<int>{},
+                                  true, false);
         if (n >= 0)
             series.AddTimeSeriesValue(0, 0, t, MDatum(n), true, false);
     }
@@ -422,9 +434,11 @@ void TestVectorValues::farTimesAreTold()
     const qint64 last = std::numeric_limits<qint64>::max();
     const qint64 first = std::numeric_limits<qint64>::min();
     LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 1);
-    QVERIFY(dataset.AddTimeSliceValues(0, TimeStamp(first, last, true, true), QVector<int>{1}, {}, true, true));
+    QVERIFY(dataset.AddTimeSliceValues(0, TimeStamp(first, last, true, true), QVector<int>{1}, {},
+                                       true, true));
     QVERIFY(dataset.AddTimeSliceValues(0, TimeStamp(last), QVector<int>{2}, {}, true, true));
-    QVERIFY(!dataset.AddTimeSliceValues(0, TimeStamp(first, last, true, true), QVector<int>{3}, {}, false, true));
+    QVERIFY(!dataset.AddTimeSliceValues(0, TimeStamp(first, last, true, true), QVector<int>{3}, {},
+                                        false, true));
     QCOMPARE(dataset.GetValue(0, last - 1, 0), MDatum(1));
     QCOMPARE(dataset.GetValue(0, last, 0), MDatum(2));
     QCOMPARE(dataset.GetTimeSliceIntervals(0).size(), 2);

@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// Small and random geographies for the tests of the record store.
 #pragma once
-#include "fennimark/FMLine.h"
-#include "fennimark/FMPoint.h"
-#include "fennimark/FMPolygon.h"
-#include "fennimark/Fennims.h"
-#include "fennimark/VORNBuilder.h"
 #include <QBuffer>
 #include <QDataStream>
 #include <QFile>
@@ -13,6 +8,11 @@
 #include <QtTest>
 #include <memory>
 #include <random>
+#include "fennimark/FMLine.h"
+#include "fennimark/FMPoint.h"
+#include "fennimark/FMPolygon.h"
+#include "fennimark/Fennims.h"
+#include "fennimark/VORNBuilder.h"
 
 inline timeRange span(double start, double end, unsigned char flags = 0xFF)
 {

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 /// Geometry for tests: shapes drawn from a seed, brick walls, and GEOS as the other opinion.
 #pragma once
-#include "fennimark/FMLine.h"
-#include "fennimark/FMPolygon.h"
 #include <QPolygonF>
 #include <QString>
 #include <cmath>
 #include <geos_c.h>
 #include <memory>
 #include <random>
+#include "fennimark/FMLine.h"
+#include "fennimark/FMPolygon.h"
 
 namespace cases {
 

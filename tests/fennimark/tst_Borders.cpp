@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Contiguity and shared borders on walls whose contacts are known by construction, straight and
 // turned.
-#include "geometryCases.h"
-#include "geometryView.h"
 #include <QtTest>
 #include <tuple>
+#include "geometryCases.h"
+#include "geometryView.h"
 
 using fennimark::Contact;
 using fennimark::ObjectAccess;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Neighbours of polygons and points over time. The pair test itself has its own tests.
-#include "fennimark/geographies.h"
-#include "recordStore.h"
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <algorithm>
+#include "fennimark/geographies.h"
+#include "recordStore.h"
 
 namespace {
 

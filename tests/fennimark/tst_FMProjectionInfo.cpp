@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "fennimark/FMProjectionInfo.h"
 #include <QtTest>
+#include "fennimark/FMProjectionInfo.h"
 
 namespace {
 

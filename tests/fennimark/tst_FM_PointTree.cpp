@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "fennimark/FMPolygon.h"
-#include "fennimark/FM_PointTree.h"
 #include <QtTest>
 #include <cmath>
 #include <random>
+#include "fennimark/FMPolygon.h"
+#include "fennimark/FM_PointTree.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The geometry file: what is written reads back the same, and nothing else is believed.
+#include <QtEndian>
+#include <functional>
 #include "crc32c.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/geographies.h"
 #include "timeRules.h"
-#include <QtEndian>
-#include <functional>
 
 namespace {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Objects as views, copies and bytes.
+#include <QDataStream>
+#include <QtTest>
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "geometryCases.h"
 #include "geometryView.h"
-#include <QDataStream>
-#include <QtTest>
 
 namespace {
 

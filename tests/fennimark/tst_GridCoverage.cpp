@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Cells of a grid against the point test of every centre and GEOS's intersection with every cell.
-#include "geometryCases.h"
 #include <QtTest>
+#include "geometryCases.h"
 
 namespace {
 

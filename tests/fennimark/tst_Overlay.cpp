@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Areas as sets: what is simple, measures, overlay and what is drawn from an area.
+#include <QtTest>
 #include "fennimark/FMPoint.h"
 #include "geometryCases.h"
-#include <QtTest>
 
 namespace {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Predicates against exact integer arithmetic and against GEOS, on data full of touches, overlaps
 // and collinear runs.
+#include <QtTest>
 #include "fennimark/FMPoint.h"
 #include "geometryCases.h"
 #include "orientation.h"
-#include <QtTest>
 
 namespace {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Every query of a geography against the plain walk over what was put into it.
+#include <algorithm>
+#include <set>
 #include "fennimark/geographies.h"
 #include "recordStore.h"
 #include "scratchSpace.h"
-#include <algorithm>
-#include <set>
 
 namespace {
 

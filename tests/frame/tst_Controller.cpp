@@ -33,9 +33,12 @@ void TestController::namesAreNumberedFromTwo()
     QCOMPARE(VORN_GetUniqueGeographyName(QStringLiteral("A 2")), QStringLiteral("A 2 2"));
 
     VORN_NewVectorDataset(a, QString::fromUtf8("Größe"), TimeSlice, DecimalType, 1, QString());
-    QCOMPARE(VORN_GetUniqueDatasetName(a, QString::fromUtf8("Größe")), QString::fromUtf8("Größe 2"));
-    QCOMPARE(VORN_SuggestUniqueDatasetName(a, QString::fromUtf8("Größe")), QString::fromUtf8("Größe 2"));
-    QCOMPARE(VORN_GetUniqueDatasetName(a + 77, QString::fromUtf8("Größe")), QString::fromUtf8("Größe"));
+    QCOMPARE(VORN_GetUniqueDatasetName(a, QString::fromUtf8("Größe")),
+             QString::fromUtf8("Größe 2"));
+    QCOMPARE(VORN_SuggestUniqueDatasetName(a, QString::fromUtf8("Größe")),
+             QString::fromUtf8("Größe 2"));
+    QCOMPARE(VORN_GetUniqueDatasetName(a + 77, QString::fromUtf8("Größe")),
+             QString::fromUtf8("Größe"));
     QVERIFY(VORN_GetDatasetByName(a, QString::fromUtf8("Größe")) >= 0);
     QCOMPARE(VORN_GetDatasetByName(a, QString::fromUtf8("größe")), -1);
 }
@@ -45,7 +48,9 @@ void TestController::graphsOfOneDatasetHaveNoScheme()
     TestModel model;
     const QPointF points[2];
     const QRectF bounds;
-    QCOMPARE(VORN_DisplayScatterplot(1, 2, 3, QStringLiteral("s"), ColorSchemeInfo(), points, &bounds), 1);
+    QCOMPARE(
+        VORN_DisplayScatterplot(1, 2, 3, QStringLiteral("s"), ColorSchemeInfo(), points, &bounds),
+        1);
     VORN_DisplayBoxplot(4, 5, QStringLiteral("b"));
     VORN_DisplayHistogram(6, 7, QStringLiteral("h"));
     VORN_DisplayTimePlot(8, QStringLiteral("t"));
@@ -58,7 +63,8 @@ void TestController::graphsOfOneDatasetHaveNoScheme()
     for (int i = 0; i < 4; ++i) {
         QCOMPARE(static_cast<int>(graphs[i].type), types[i]);
         QCOMPARE(graphs[i].t, times[i]);
-        QVERIFY(i == 0 || (!graphs[i].points && !graphs[i].bounds && graphs[i].dataIds.size() == 1));
+        QVERIFY(i == 0
+                || (!graphs[i].points && !graphs[i].bounds && graphs[i].dataIds.size() == 1));
     }
 }
 
@@ -66,9 +72,11 @@ void TestController::filesThatAreNoGeography()
 {
     TestModel model;
     const auto open = [&](const QString &path) {
-        return model.controller.AddNewVectorGeography(path, QStringLiteral("n"), QString(), TF_Date, -1, nullptr);
+        return model.controller.AddNewVectorGeography(path, QStringLiteral("n"), QString(), TF_Date,
+                                                      -1, nullptr);
     };
-    QCOMPARE(raisedText([&] { open(model.path(QStringLiteral("none"))); }), QStringLiteral("Can't open file"));
+    QCOMPARE(raisedText([&] { open(model.path(QStringLiteral("none"))); }),
+             QStringLiteral("Can't open file"));
     QFile file(model.path(QStringLiteral("text")));
     QVERIFY(file.open(QIODevice::WriteOnly));
     QCOMPARE(open(file.fileName()), -1);
@@ -97,8 +105,10 @@ void TestController::scratchFilesAreUniqueAndPrivate()
     QCOMPARE(paths.size(), 3);
     for (const QString &path : std::as_const(paths)) {
         const QFileInfo info(path);
-        QVERIFY(info.exists() && info.size() == 0 && info.fileName().startsWith(QLatin1String("TMP")));
-        QVERIFY(!(info.permissions() & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther)));
+        QVERIFY(info.exists() && info.size() == 0
+                && info.fileName().startsWith(QLatin1String("TMP")));
+        QVERIFY(!(info.permissions()
+                  & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther)));
         QFile::remove(path);
     }
 }
@@ -109,7 +119,8 @@ void TestController::testingRunNeedsNoHost()
     QVERIFY(datainterface::isTesting());
     const int id = addPoints(2);
     QVERIFY(id >= 0);
-    const int dataset = VORN_NewVectorDataset(id, QStringLiteral("d"), TimeSlice, DecimalType, 1, QString());
+    const int dataset =
+        VORN_NewVectorDataset(id, QStringLiteral("d"), TimeSlice, DecimalType, 1, QString());
     QVERIFY(VORN_AddDataValue(dataset, 0, 1, {0, 5, true, true}, 1.5, true, true));
     VORN_DoneWithTesting();
     QVERIFY(!datainterface::isTesting() && !datainterface::controller());

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include <QApplication>
+#include <QProgressDialog>
+#include <QTimer>
+#include <QtTest>
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/PointTreeAPI.h"
 #include "datainterface/RasterAPI.h"
@@ -6,10 +10,6 @@
 #include "frame/frameState.h"
 #include "support/model.h"
 #include "support/support.h"
-#include <QApplication>
-#include <QProgressDialog>
-#include <QTimer>
-#include <QtTest>
 
 class TestProgress : public QObject {
     Q_OBJECT

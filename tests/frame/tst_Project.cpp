@@ -44,10 +44,14 @@ void fill(TestModel &model)
             const int text = add("text", StringType);
             for (int realization = 0; realization < 2; ++realization) {
                 for (unsigned int object = 0; object < 3; ++object) {
-                    VORN_AddDataValue(decimal, realization, object, kEarly, object + 0.5, true, true);
-                    VORN_AddDataValue(decimal, realization, object, kLate, object - 0.5, true, true);
-                    VORN_AddDataValue(integer, realization, object, kLate, static_cast<int>(object), true, true);
-                    VORN_AddDataValue(text, realization, object, kEarly, QString::fromUtf8("wörter"), true, true);
+                    VORN_AddDataValue(decimal, realization, object, kEarly, object + 0.5, true,
+                                      true);
+                    VORN_AddDataValue(decimal, realization, object, kLate, object - 0.5, true,
+                                      true);
+                    VORN_AddDataValue(integer, realization, object, kLate, static_cast<int>(object),
+                                      true, true);
+                    VORN_AddDataValue(text, realization, object, kEarly,
+                                      QString::fromUtf8("wörter"), true, true);
                 }
             }
             VORN_SetDatasetAttribute(decimal, QStringLiteral("Weight"), 1.25);
@@ -65,12 +69,14 @@ void fill(TestModel &model)
 void fillLittle(TestModel &model)
 {
     const int geography = addPoints(3, QStringLiteral("little"));
-    const int numbers = VORN_NewVectorDataset(geography, QStringLiteral("a"), TimeSlice, DecimalType, 1, QString());
-    const int texts = VORN_NewVectorDataset(geography, QStringLiteral("b"), TimeSeries, StringType, 1, QString());
+    const int numbers =
+        VORN_NewVectorDataset(geography, QStringLiteral("a"), TimeSlice, DecimalType, 1, QString());
+    const int texts =
+        VORN_NewVectorDataset(geography, QStringLiteral("b"), TimeSeries, StringType, 1, QString());
     VORN_AddDataValue(numbers, 0, 1, kEarly, 1.5, true, true);
     VORN_AddDataValue(texts, 0, 1, kEarly, QStringLiteral("text"), true, true);
-    const int nearest = VORN_CreateNearestNeighborWeightSet(geography, QStringLiteral("c"), QString(), 1,
-                                                            InverseDistanceWeight, false, 1.0, 2.0);
+    const int nearest = VORN_CreateNearestNeighborWeightSet(
+        geography, QStringLiteral("c"), QString(), 1, InverseDistanceWeight, false, 1.0, 2.0);
     VORN_PrecalculateSpatialWeights(nearest, 5, false);
     const int clusters = VORN_CreateClusterSet(geography, QStringLiteral("d"), QString());
     VORN_AddToClusterSet(clusters, 1, kEarly, {{2, 0.5F, 0.0F, 1.0F}});
@@ -82,7 +88,7 @@ QString describe(const QVector<datum> &values)
     QString text;
     for (const datum &value : values)
         text += QString::number(value.type) + '/' + QString::number(value.decimalValue) + '/'
-            + QString::number(value.integerValue) + '/' + value.stringValue + ' ';
+                + QString::number(value.integerValue) + '/' + value.stringValue + ' ';
     return text;
 }
 
@@ -90,8 +96,8 @@ QString describe(const QVector<neighborDatum> &neighbors)
 {
     QString text;
     for (const neighborDatum &one : neighbors)
-        text += QString::number(one.id) + '*' + QString::number(one.weight) + '@' + QString::number(one.angle) + '/'
-            + QString::number(one.distance) + ' ';
+        text += QString::number(one.id) + '*' + QString::number(one.weight) + '@'
+                + QString::number(one.angle) + '/' + QString::number(one.distance) + ' ';
     return text;
 }
 
@@ -101,19 +107,23 @@ QStringList contents(const TestModel &model)
     QStringList lines;
     for (int geography : model.controller.GetGeoData().keys()) {
         const GeoProps props = VORN_GetGeographyProperties(geography);
-        lines.append(QString::number(props.id) + ' ' + props.name + ' ' + QString::number(props.objectCount) + ' '
-                     + QString::number(props.type) + ' ' + text(props.timeBounds));
+        lines.append(QString::number(props.id) + ' ' + props.name + ' '
+                     + QString::number(props.objectCount) + ' ' + QString::number(props.type) + ' '
+                     + text(props.timeBounds));
         for (const SpatialWeightSetProps &set : props.weightSets) {
             for (int object = 0; object < props.objectCount; ++object) {
                 QVector<neighborDatum> neighbors;
-                VORN_GetSpatialWeights(set.id, static_cast<unsigned int>(object), 5, neighbors, VORN_MissingData());
+                VORN_GetSpatialWeights(set.id, static_cast<unsigned int>(object), 5, neighbors,
+                                       VORN_MissingData());
                 lines.append(set.name + ' ' + describe(neighbors));
             }
         }
-        for (const DataId &id : model.controller.GetGeoData().value(geography)->GetDataSource()->GetDatasetIds()) {
+        for (const DataId &id :
+             model.controller.GetGeoData().value(geography)->GetDataSource()->GetDatasetIds()) {
             const DatasetProps dataset = VORN_GetDatasetProperties(id);
             lines.append(QString::number(id) + ' ' + dataset.name + ' ' + dataset.path + ' '
-                         + QString::number(dataset.variogramProps.size()) + ' ' + text(dataset.timeBounds));
+                         + QString::number(dataset.variogramProps.size()) + ' '
+                         + text(dataset.timeBounds));
             for (int realization = 0; realization < dataset.realizationCount; ++realization) {
                 for (qint64 t : {5, 15}) {
                     QVector<datum> values;
@@ -177,7 +187,8 @@ void TestProject::headerIsTheFilesForm()
     datainterface::BytesWriter out(&expected);
     out << QStringLiteral("4.00.021") << QStringLiteral("Meridor");
     // A colour of the RGB form: four 16-bit channels of 0x101 times the 8-bit value, alpha first.
-    out << qint8(1) << quint16(0xFFFF) << quint16(0xFFFF) << quint16(146 * 0x101) << quint16(0) << quint16(0);
+    out << qint8(1) << quint16(0xFFFF) << quint16(0xFFFF) << quint16(146 * 0x101) << quint16(0)
+        << quint16(0);
     out << qint8(1) << qint8(1) << qint8(0) << qint8(0) << qint32(0) << qint32(0) << qint32(0);
     out << qint32(1) << QStringLiteral("one") << qint8(1) << QStringLiteral("one");
     QCOMPARE(fileBytes(path).left(expected.size()).toHex(), expected.toHex());
@@ -196,8 +207,8 @@ void TestProject::damagedFilesAreRefused()
         QVERIFY2(!model.load(bytes.left(length)), qPrintable(QString::number(length)));
         VORN_UnloadProject();
     }
-    // A flipped bit need not show: most of the file is values. It must not end the process, and what was read of it
-    // must be fit to be looked at and saved.
+    // A flipped bit need not show: most of the file is values. It must not end the process, and
+    // what was read of it must be fit to be looked at and saved.
     QRandomGenerator random(20260101);
     for (int i = 0; i < 400; ++i) {
         QByteArray damaged = bytes;

@@ -17,7 +17,8 @@ const Interval kSpan{0, 10, true, true};
 const QRectF kBounds(0, 0, 10, 10);
 
 const QString kProjected = QStringLiteral(
-    "PROJCS[\"Grid\",GEOGCS[\"Base\",DATUM[\"D\",SPHEROID[\"S\",6378137,298.25]],PRIMEM[\"Greenwich\",0],"
+    "PROJCS[\"Grid\",GEOGCS[\"Base\",DATUM[\"D\",SPHEROID[\"S\",6378137,298.25]],PRIMEM["
+    "\"Greenwich\",0],"
     "UNIT[\"degree\",0.0174532925199433]],PROJECTION[\"Transverse_Mercator\"],UNIT[\"metre\",1]]");
 const QString kGeographic = QStringLiteral(
     "GEOGCS[\"Base\",DATUM[\"D\",SPHEROID[\"S\",6378137,298.25]],PRIMEM[\"Greenwich\",0],"
@@ -40,7 +41,9 @@ int finish()
 
 int scratchFileCount()
 {
-    return QDir(ControllerBase::GetVORNDataPath()).entryList({QStringLiteral("TMP*")}, QDir::Files).size();
+    return QDir(ControllerBase::GetVORNDataPath())
+        .entryList({QStringLiteral("TMP*")}, QDir::Files)
+        .size();
 }
 
 } // namespace
@@ -68,7 +71,8 @@ void TestGeographyBuilder::nothingIsBuiltUnstarted()
     QVERIFY(!VORN_AbortNewVectorGeography());
     QVERIFY(!VORN_AddPointToChain(0, QPointF(), kSpan));
     QVERIFY(!VORN_AddLineToChain(0, {{QPointF(0, 0), QPointF(1, 1)}}, kSpan));
-    QVERIFY(!VORN_AddPolygonToChain(0, QList<QPointF>{QPointF(0, 0), QPointF(1, 1), QPointF(1, 0)}, kSpan));
+    QVERIFY(!VORN_AddPolygonToChain(0, QList<QPointF>{QPointF(0, 0), QPointF(1, 1), QPointF(1, 0)},
+                                    kSpan));
     QVERIFY(!VORN_SetAdjacencyTolerance(1.0));
     QVERIFY(!VORN_SetNewGeographyProjection(kProjected));
     const int files = scratchFileCount();
@@ -100,13 +104,16 @@ void TestGeographyBuilder::geometriesOfEachKind_data()
     QTest::addColumn<Add>("add");
     QTest::addColumn<int>("type");
     QTest::addColumn<QRectF>("bounds");
-    QTest::newRow("points") << Add([](unsigned int chain) { return VORN_AddPointToChain(chain, QPointF(2, 3), kSpan); })
-                            << 2 << QRectF(2, 3, 0, 0);
+    QTest::newRow("points") << Add([](unsigned int chain) {
+        return VORN_AddPointToChain(chain, QPointF(2, 3), kSpan);
+    }) << 2 << QRectF(2, 3, 0, 0);
     QTest::newRow("lines") << Add([](unsigned int chain) {
-        return VORN_AddLineToChain(chain, {{QPointF(0, 0), QPointF(4, 1)}, {QPointF(5, 5), QPointF(6, 7)}}, kSpan);
+        return VORN_AddLineToChain(
+            chain, {{QPointF(0, 0), QPointF(4, 1)}, {QPointF(5, 5), QPointF(6, 7)}}, kSpan);
     }) << 4 << QRectF(0, 0, 6, 7);
     QTest::newRow("ring") << Add([](unsigned int chain) {
-        return VORN_AddPolygonToChain(chain, QList<QPointF>{QPointF(1, 1), QPointF(3, 1), QPointF(3, 4)}, kSpan);
+        return VORN_AddPolygonToChain(
+            chain, QList<QPointF>{QPointF(1, 1), QPointF(3, 1), QPointF(3, 4)}, kSpan);
     }) << 1 << QRectF(1, 1, 2, 3);
     QTest::newRow("rings") << Add([](unsigned int chain) {
         const QList<QPointF> shell{QPointF(0, 0), QPointF(9, 0), QPointF(9, 9), QPointF(0, 9)};
@@ -150,7 +157,8 @@ void TestGeographyBuilder::badGeometriesAreRefused()
     QVERIFY(!VORN_AddPolygonToChain(chain, QList<QPointF>{QPointF(0, 0), QPointF(1, 1)}, kSpan));
     QVERIFY(!VORN_AddPolygonToChain(chain, QList<QList<QPointF>>{}, kSpan));
     QVERIFY(VORN_AddPointToChain(chain, QPointF(0, 0), kSpan));
-    QVERIFY(!VORN_AddLineToChain(newChain(), {{QPointF(0, 0), QPointF(1, 1)}}, kSpan)); // another kind
+    QVERIFY(
+        !VORN_AddLineToChain(newChain(), {{QPointF(0, 0), QPointF(1, 1)}}, kSpan)); // another kind
     QVERIFY(finish() >= 0);
 }
 

@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The public queries on objects, beside a plain walk over the same objects.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <random>
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/RasterAPI.h"
@@ -9,11 +14,6 @@
 #include "fennimark/Fennims.h"
 #include "support/model.h"
 #include "support/support.h"
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <random>
 
 namespace {
 

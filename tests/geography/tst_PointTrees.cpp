@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Point trees by handle: what goes in, and that queries are passed on. How they answer is tested
 // where the trees live.
+#include <algorithm>
+#include <limits>
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/PointTreeAPI.h"
 #include "datainterface/RasterAPI.h"
 #include "support/model.h"
 #include "support/support.h"
-#include <algorithm>
-#include <limits>
 
 namespace {
 

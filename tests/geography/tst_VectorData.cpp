@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Vector geographies: object numbers, removal, listeners, the stream form and the forms of older files.
+// Vector geographies: object numbers, removal, listeners, the stream form and the forms of older
+// files.
+#include <QFile>
+#include <QtTest>
+#include <memory>
 #include "Common/detail/streams.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
@@ -10,9 +14,6 @@
 #include "fennimark/VORNBuilder.h"
 #include "support/model.h"
 #include "support/support.h"
-#include <QFile>
-#include <QtTest>
-#include <memory>
 
 using datainterface::BytesReader;
 using datainterface::BytesWriter;
@@ -96,7 +97,8 @@ void TestVectorData::objectsAreNumberedByChainId()
     QCOMPARE(fixture.geography->GetFennimId(1), 9);
     QVERIFY(!raisedText([&] { fixture.geography->GetFennimId(3); }).isEmpty());
     QVERIFY(fixture.geography->IsValid());
-    QCOMPARE(fixture.geography->GetDataSource()->GetNewDatasetId(), fixture.geography->GetId() << 16);
+    QCOMPARE(fixture.geography->GetDataSource()->GetNewDatasetId(), fixture.geography->GetId()
+                                                                        << 16);
     QVERIFY(!fixture.geography->CreateFromSubset(QString(), true, {1}));
     QVERIFY(fixture.geography->ExistsAtTime(0) && !fixture.geography->ExistsAtTime(101));
     QCOMPARE(text(fixture.geography->GetMergedObjectTimes()),
@@ -108,8 +110,10 @@ void TestVectorData::removalMovesObjectsDown()
 {
     Fixture fixture;
     MVectorDataSource &source = *fixture.geography->GetVectorDataSource();
-    const int id = source.NewVectorDataset(QString(), IntegerType, MVectorDataset::TimeSlice, 1, QString());
-    QVERIFY(source.AddTimeSliceValues(id, 0, stamp("[0, 50]"), QVector<int>{40, 90, 170}, {}, true, true));
+    const int id =
+        source.NewVectorDataset(QString(), IntegerType, MVectorDataset::TimeSlice, 1, QString());
+    QVERIFY(source.AddTimeSliceValues(id, 0, stamp("[0, 50]"), QVector<int>{40, 90, 170}, {}, true,
+                                      true));
     Listener listener;
     QVERIFY(fixture.geography->AddListener(&listener));
     fixture.geography->RemoveObjects({1, 44});
@@ -120,8 +124,8 @@ void TestVectorData::removalMovesObjectsDown()
     QCOMPARE(source.GetVectorDataValue(id, 0, 1, 5, false), MDatum(170));
     const QString geographyId = QString::number(fixture.geography->GetId());
     QCOMPARE(listener.calls,
-             (QStringList{"will remove " + geographyId + ": 1,44", "removed " + geographyId + ": 1,44",
-                          "changed " + QString::number(id)}));
+             (QStringList{"will remove " + geographyId + ": 1,44",
+                          "removed " + geographyId + ": 1,44", "changed " + QString::number(id)}));
     BytesReader in(fixture.bytes());
     MVectorData loaded(QString(), TF_Date, QString());
     QVERIFY(loaded.RestoreFromStream(in));
@@ -153,9 +157,11 @@ void TestVectorData::objectsBeyondTheDataAreMissing()
         return source.NewVectorDataset(QString(), IntegerType, storage, 1, QString());
     };
     const int slices = add(MVectorDataset::TimeSlice);
-    QVERIFY(source.AddTimeSliceValues(slices, 0, stamp("[0, 50]"), QVector<int>{1, 2, 3}, {}, true, true));
+    QVERIFY(source.AddTimeSliceValues(slices, 0, stamp("[0, 50]"), QVector<int>{1, 2, 3}, {}, true,
+                                      true));
     QVERIFY(fixture.geography->HasObjectsWithMissingData(slices));
-    QVERIFY(source.AddTimeSliceValues(slices, 0, stamp("(50, 100]"), QVector<int>{1, 2, 3}, {}, true, true));
+    QVERIFY(source.AddTimeSliceValues(slices, 0, stamp("(50, 100]"), QVector<int>{1, 2, 3}, {},
+                                      true, true));
     QVERIFY(!fixture.geography->HasObjectsWithMissingData(slices));
     const int series = add(MVectorDataset::TimeSeries);
     for (unsigned int object : {0U, 2U})
@@ -172,13 +178,15 @@ void TestVectorData::replacementNeedsAsManyChains()
 {
     Fixture fixture;
     MVectorDataSource &source = *fixture.geography->GetVectorDataSource();
-    const int id = source.NewVectorDataset(QString(), DecimalType, MVectorDataset::TimeSlice, 1, QString());
+    const int id =
+        source.NewVectorDataset(QString(), DecimalType, MVectorDataset::TimeSlice, 1, QString());
     VariogramModel variogram{DataId(id)};
     QVERIFY(source.AddVariogramModel(id, variogram));
     const std::unique_ptr<Fennims> fewer(newFennims(fixture.model, {{1, 0, 1}}));
     QVERIFY(!fixture.geography->ReplaceVORN(fewer.get()));
     QVERIFY(source.HasAssociatedVariogramModels(id));
-    QVERIFY(fixture.geography->ReplaceVORN(newFennims(fixture.model, {{1, 0, 1}, {2, 0, 1}, {30, 0, 1}})));
+    QVERIFY(fixture.geography->ReplaceVORN(
+        newFennims(fixture.model, {{1, 0, 1}, {2, 0, 1}, {30, 0, 1}})));
     QCOMPARE(fixture.geography->GetFennimIdMap(), (QVector<int>{1, 2, 30}));
     QVERIFY(!source.HasAssociatedVariogramModels(id));
 }
@@ -187,8 +195,10 @@ void TestVectorData::staticReachesTheDatasets()
 {
     Fixture fixture;
     MVectorDataSource &source = *fixture.geography->GetVectorDataSource();
-    const int id = source.NewVectorDataset(QString(), IntegerType, MVectorDataset::TimeSlice, 1, QString());
-    QVERIFY(source.AddTimeSliceValues(id, 0, stamp("[5, 6]"), QVector<int>{1, 2, 3}, {}, true, true));
+    const int id =
+        source.NewVectorDataset(QString(), IntegerType, MVectorDataset::TimeSlice, 1, QString());
+    QVERIFY(
+        source.AddTimeSliceValues(id, 0, stamp("[5, 6]"), QVector<int>{1, 2, 3}, {}, true, true));
     fixture.geography->SetStatic(true);
     QVERIFY(fixture.geography->IsStatic());
     QCOMPARE(source.GetVectorDataValue(id, 0, 1, 77777, false), MDatum(2));
@@ -198,7 +208,8 @@ void TestVectorData::streamGivesTheSameBytesAgain()
 {
     Fixture fixture;
     MVectorDataSource &source = *fixture.geography->GetVectorDataSource();
-    source.NewVectorDataset(QStringLiteral("d"), DecimalType, MVectorDataset::TimeSlice, 1, QString());
+    source.NewVectorDataset(QStringLiteral("d"), DecimalType, MVectorDataset::TimeSlice, 1,
+                            QString());
     fixture.geography->SetParentId(12);
     fixture.geography->SetParentObjectIds({7, 8, 9});
     const QByteArray bytes = fixture.bytes();

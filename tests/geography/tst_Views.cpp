@@ -143,14 +143,30 @@ void TestViews::flagsFollowNaiveSets()
                      before.contains(count / 2));
             put({count / 2});
             break;
-        case 1: attributes->SetAttributeIds(attribute, sorted(ids), state), put(present); break;
-        case 2: attributes->SetAttributeIds(attribute, ids, state), put(present); break;
-        case 3: attributes->SetAllAttribute(attribute, state), put(all); break;
-        case 4: attributes->ToggleAttribute(attribute, count - 1), flip({count - 1}); break;
-        case 5: attributes->ToggleAttributeIds(attribute, ids), flip(present); break;
-        case 6: attributes->ToggleAllAttributeIds(attribute), flip(all); break;
-        case 7: grid->SetAttributeRect(attribute, rect, state), put(inRect); break;
-        case 8: grid->ToggleAttributeRect(attribute, rect), flip(inRect); break;
+        case 1:
+            attributes->SetAttributeIds(attribute, sorted(ids), state), put(present);
+            break;
+        case 2:
+            attributes->SetAttributeIds(attribute, ids, state), put(present);
+            break;
+        case 3:
+            attributes->SetAllAttribute(attribute, state), put(all);
+            break;
+        case 4:
+            attributes->ToggleAttribute(attribute, count - 1), flip({count - 1});
+            break;
+        case 5:
+            attributes->ToggleAttributeIds(attribute, ids), flip(present);
+            break;
+        case 6:
+            attributes->ToggleAllAttributeIds(attribute), flip(all);
+            break;
+        case 7:
+            grid->SetAttributeRect(attribute, rect, state), put(inRect);
+            break;
+        case 8:
+            grid->ToggleAttributeRect(attribute, rect), flip(inRect);
+            break;
         default: {
             QList<unsigned int> twice = sorted(ids).toList();
             twice += sorted(ids).mid(ids.size() / 2).toList();
@@ -207,7 +223,8 @@ void TestViews::rescaledFlagsAreThoseOfSteppedCells()
     grid.AddAttribute();
     for (unsigned int id = 0; id < 160; id += 3)
         grid.SetAttribute(0, id * id % 160, true);
-    for (const QSize &size : {QSize(5, 2), QSize(20, 8), QSize(40, 32), QSize(1, 1), QSize(80, 4)}) {
+    for (const QSize &size :
+         {QSize(5, 2), QSize(20, 8), QSize(40, 32), QSize(1, 1), QSize(80, 4)}) {
         const std::unique_ptr<unsigned char[]> scaled(
             grid.GetRescaledAttributeVector(0, size.width(), size.height()));
         QVERIFY(scaled);
@@ -311,13 +328,27 @@ void TestViews::viewsAndAttributesDieInAnyOrder()
         const auto any = [&] { return views[random() % views.size()].get(); };
         while (views.size() > 1) {
             switch (random() % 9) {
-            case 0: any()->Link(any()); break;
-            case 1: any()->AddLinkingView(any()); break;
-            case 2: any()->UnlinkSource(any()); break;
-            case 3: any()->UnlinkDestination(any()); break;
-            case 4: MLinker::LinkViews(any(), any()); break;
-            case 5: any()->UpdateLinkedViews(); break;
-            case 6: any()->MakePrimarySelector(); break;
+            case 0:
+                any()->Link(any());
+                break;
+            case 1:
+                any()->AddLinkingView(any());
+                break;
+            case 2:
+                any()->UnlinkSource(any());
+                break;
+            case 3:
+                any()->UnlinkDestination(any());
+                break;
+            case 4:
+                MLinker::LinkViews(any(), any());
+                break;
+            case 5:
+                any()->UpdateLinkedViews();
+                break;
+            case 6:
+                any()->MakePrimarySelector();
+                break;
             case 7:
                 views.erase(views.begin() + static_cast<std::ptrdiff_t>(random() % views.size()));
                 break;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "legacy/oldProject.h"
-#include "program.h"
 #include <QJsonArray>
 #include <QtTest>
+#include "legacy/oldProject.h"
+#include "program.h"
 
 /// What makes new datasets and geographies of those that are there.
 class TestMeridorChanges : public QObject {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "program.h"
 #include <QImage>
 #include <QJsonArray>
 #include <QRegularExpression>
 #include <QtTest>
+#include "program.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "program.h"
 #include <QJsonArray>
 #include <QPointF>
 #include <QtTest>
 #include <cmath>
 #include <random>
+#include "program.h"
 
 namespace {
 
@@ -23,7 +23,8 @@ double valueAt(int column, int row)
 /// An ESRI ASCII grid.
 QByteArray grid(const QByteArray &noData = "-1")
 {
-    QByteArray text = "ncols 7\nnrows 5\nxllcorner -3\nyllcorner 40\ncellsize 2.5\nNODATA_value " + noData + "\n";
+    QByteArray text =
+        "ncols 7\nnrows 5\nxllcorner -3\nyllcorner 40\ncellsize 2.5\nNODATA_value " + noData + "\n";
     for (int row = 0; row < kRows; ++row) {
         for (int column = 0; column < kColumns; ++column)
             text += QByteArray::number(valueAt(column, row)) + ' ';
@@ -91,8 +92,10 @@ QByteArray asGeoJson(const QVector<Ring> &rings)
     for (const Ring &ring : rings) {
         QByteArrayList places;
         for (const QPointF &p : ring + Ring{ring.first()})
-            places.append('[' + QByteArray::number(p.x(), 'g', 17) + ',' + QByteArray::number(p.y(), 'g', 17) + ']');
-        features.append("{\"type\":\"Feature\",\"properties\":{},\"geometry\":{\"type\":\"Polygon\",\"coordinates\":[["
+            places.append('[' + QByteArray::number(p.x(), 'g', 17) + ','
+                          + QByteArray::number(p.y(), 'g', 17) + ']');
+        features.append("{\"type\":\"Feature\",\"properties\":{},\"geometry\":{\"type\":"
+                        "\"Polygon\",\"coordinates\":[["
                         + places.join(',') + "]]}}");
     }
     return "{\"type\":\"FeatureCollection\",\"features\":[" + features.join(',') + "]}";
@@ -122,7 +125,8 @@ void TestMeridorRasters::zonesWeighCellsByTheirArea()
     const QString zones = place.file("zones.geojson", asGeoJson(rings));
     QCOMPARE(place.run({"import", raster, "p.vorn"}).code, 0);
     QCOMPARE(place.run({"import", zones, "p.vorn", "--append", "--crs", "EPSG:4326"}).code, 0);
-    const Outcome told = place.run({"zonal", "p.vorn", "g", "zones", "--json", "--into", "mean", "--output", "q.vorn"});
+    const Outcome told = place.run(
+        {"zonal", "p.vorn", "g", "zones", "--json", "--into", "mean", "--output", "q.vorn"});
     QVERIFY2(told.code == 0, qPrintable(told.err));
     const QJsonArray found = told.json()["times"].toArray()[0].toObject()["zones"].toArray();
     QCOMPARE(found.size(), rings.size());
@@ -143,7 +147,8 @@ void TestMeridorRasters::zonesWeighCellsByTheirArea()
         QVERIFY2(area == 0 || std::abs(zone["mean"].toDouble() - sum / area) < 1e-9, which);
     }
     const Outcome kept = place.run({"stats", "q.vorn", "zones/mean", "--json"});
-    QVERIFY2(kept.json()["overall"].toObject()["count"].toInt() > 20, qPrintable(kept.out + kept.err));
+    QVERIFY2(kept.json()["overall"].toObject()["count"].toInt() > 20,
+             qPrintable(kept.out + kept.err));
 }
 
 void TestMeridorRasters::formsComeBack_data()
@@ -187,9 +192,15 @@ void TestMeridorRasters::bandsHoldWhenTheirNamesSay()
     const QString rain = QStringLiteral(MERIDOR_TEST_SAMPLES "/carolina_climate/pr_1999.tif");
     QCOMPARE(place.run({"import", rain, "months.vorn", "--times", "date"}).code, 0);
     // An end that is the next band's start is not of the band any more.
-    QCOMPARE(place.run({"import", rain, "spans.vorn", "--times", "date", "--start", "start", "--end", "end"}).code, 0);
+    QCOMPARE(place
+                 .run({"import", rain, "spans.vorn", "--times", "date", "--start", "start", "--end",
+                       "end"})
+                 .code,
+             0);
     const auto times = [&](const char *project) {
-        return place.run({"series", project, "pr_1999", "@-80.8,35.2", "--json"}).json()["values"].toArray();
+        return place.run({"series", project, "pr_1999", "@-80.8,35.2", "--json"})
+            .json()["values"]
+            .toArray();
     };
     const QJsonArray months = times("months.vorn");
     QCOMPARE(months.size(), 12);
@@ -214,7 +225,8 @@ void TestMeridorRasters::placesSelectCells_data()
     QTest::newRow("circle") << QStringList{"--circle", "-1.75,41.25,2.5001"} << 3 << 0.0;
     QTest::newRow("ellipse") << QStringList{"--ellipse", "-1.75,41.25,2.6,0.1,0"} << 2 << 0.0;
     QTest::newRow("polygon") << QStringList{"--polygon", "place.geojson"} << 3 << 12.5;
-    QTest::newRow("centres in it") << QStringList{"--polygon", "place.geojson", "--centers"} << 3 << 0.0;
+    QTest::newRow("centres in it")
+        << QStringList{"--polygon", "place.geojson", "--centers"} << 3 << 0.0;
     QTest::newRow("nowhere") << QStringList{"--circle", "500,500,1"} << 0 << 0.0;
 }
 
@@ -241,33 +253,41 @@ void TestMeridorRasters::refusesWhatIsNoGrid_data()
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QStringList>("options");
     QTest::addColumn<QString>("told");
-    const auto vrt = [](const QByteArray &inside, const QByteArray &size = "rasterXSize=\"2\" rasterYSize=\"2\"") -> QByteArray {
+    const auto vrt = [](const QByteArray &inside,
+                        const QByteArray &size =
+                            "rasterXSize=\"2\" rasterYSize=\"2\"") -> QByteArray {
         return "<VRTDataset " + size + ">" + inside + "</VRTDataset>";
     };
     const QByteArray floats = "<VRTRasterBand dataType=\"Float32\" band=\"1\"/>";
     QTest::newRow("turned") << QByteArray("g.vrt")
-                            << vrt("<GeoTransform>0, 1, 0.5, 0, 0.5, -1</GeoTransform>" + floats) << QStringList()
-                            << "turned or sheared";
-    QTest::newRow("mirrored") << QByteArray("g.vrt") << vrt("<GeoTransform>0, -1, 0, 0, 0, -1</GeoTransform>" + floats)
+                            << vrt("<GeoTransform>0, 1, 0.5, 0, 0.5, -1</GeoTransform>" + floats)
+                            << QStringList() << "turned or sheared";
+    QTest::newRow("mirrored") << QByteArray("g.vrt")
+                              << vrt("<GeoTransform>0, -1, 0, 0, 0, -1</GeoTransform>" + floats)
                               << QStringList() << "left to right";
-    QTest::newRow("complex") << QByteArray("g.vrt") << vrt("<VRTRasterBand dataType=\"CFloat32\" band=\"1\"/>")
+    QTest::newRow("complex") << QByteArray("g.vrt")
+                             << vrt("<VRTRasterBand dataType=\"CFloat32\" band=\"1\"/>")
                              << QStringList() << "two parts";
     QTest::newRow("no-data that no cell can be")
         << QByteArray("g.vrt")
-        << vrt("<VRTRasterBand dataType=\"Int16\" band=\"1\"><NoDataValue>-99999</NoDataValue></VRTRasterBand>")
+        << vrt("<VRTRasterBand dataType=\"Int16\" "
+               "band=\"1\"><NoDataValue>-99999</NoDataValue></VRTRasterBand>")
         << QStringList() << "-99999 fits no cell of 16 bits";
-    QTest::newRow("more cells than an int") << QByteArray("g.vrt")
-                                            << vrt(floats, "rasterXSize=\"100000\" rasterYSize=\"100000\"")
-                                            << QStringList() << "more than a grid can hold";
+    QTest::newRow("more cells than an int")
+        << QByteArray("g.vrt") << vrt(floats, "rasterXSize=\"100000\" rasterYSize=\"100000\"")
+        << QStringList() << "more than a grid can hold";
     QTest::newRow("bands of two types as times")
         << QByteArray("g.vrt") << vrt(floats + "<VRTRasterBand dataType=\"Byte\" band=\"2\"/>")
         << QStringList{"--times", "auto"} << "of another type";
-    QTest::newRow("cut short") << QByteArray("g.asc") << grid().left(150) << QStringList() << "broken at row";
-    QTest::newRow("a file that is gone") << QByteArray("g.vrt")
-                                         << vrt("<VRTRasterBand dataType=\"Byte\" band=\"1\"><SimpleSource>"
-                                                "<SourceFilename>gone.tif</SourceFilename></SimpleSource></VRTRasterBand>")
-                                         << QStringList() << "g.vrt";
-    QTest::newRow("options of maps") << QByteArray("g.asc") << grid() << QStringList{"--key", "id"} << "--key";
+    QTest::newRow("cut short") << QByteArray("g.asc") << grid().left(150) << QStringList()
+                               << "broken at row";
+    QTest::newRow("a file that is gone")
+        << QByteArray("g.vrt")
+        << vrt("<VRTRasterBand dataType=\"Byte\" band=\"1\"><SimpleSource>"
+               "<SourceFilename>gone.tif</SourceFilename></SimpleSource></VRTRasterBand>")
+        << QStringList() << "g.vrt";
+    QTest::newRow("options of maps")
+        << QByteArray("g.asc") << grid() << QStringList{"--key", "id"} << "--key";
 }
 
 void TestMeridorRasters::refusesWhatIsNoGrid()

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "program.h"
 #include <QtTest>
+#include "program.h"
 
 /// The conventions that every verb keeps: codes, help, quietness, refusals before work.
 class TestMeridorUsage : public QObject {
@@ -51,9 +51,10 @@ void TestMeridorUsage::endsWithTheStatedCode()
 void TestMeridorUsage::everyVerbHasHelpWithAnExample_data()
 {
     QTest::addColumn<QString>("verb");
-    for (const char *verb : {"import", "info", "stats", "series", "classes", "map", "export",
-                             "query", "zonal", "rename", "remove", "convert", "subset", "select",
-                             "upgrade", "weights", "neighbors", "nearest", "moran", "demo"})
+    for (const char *verb :
+         {"import",  "info",    "stats",     "series",  "classes", "map",    "export",
+          "query",   "zonal",   "rename",    "remove",  "convert", "subset", "select",
+          "upgrade", "weights", "neighbors", "nearest", "moran",   "demo"})
         QTest::newRow(verb) << QString::fromLatin1(verb);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "program.h"
 #include <QJsonArray>
 #include <QtTest>
+#include "program.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Against the definitions, written out plainly over a full matrix and the same shuffles.
-#include "analysis/moran.h"
-#include "datainterface/StatisticsAPI.h"
-#include "datainterface/randomizationIt.h"
 #include <QFile>
 #include <QHash>
 #include <QtTest>
 #include <cmath>
 #include <random>
+#include "analysis/moran.h"
+#include "datainterface/StatisticsAPI.h"
+#include "datainterface/randomizationIt.h"
 
 using namespace meridor;
 

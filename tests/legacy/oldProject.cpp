@@ -1,10 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "fennimark/FMObjectChain.h"
-#include "fennimark/FMPoint.h"
-#include "fennimark/FMProjectionInfo.h"
-#include "fennimark/Fennims.h"
-#include "fennimark/VORNBuilder.h"
-#include "legacy/oldValues.h"
 #include <QColor>
 #include <QDataStream>
 #include <QMap>
@@ -16,6 +10,12 @@
 #include <cmath>
 #include <fstream>
 #include <iterator>
+#include "fennimark/FMObjectChain.h"
+#include "fennimark/FMPoint.h"
+#include "fennimark/FMProjectionInfo.h"
+#include "fennimark/Fennims.h"
+#include "fennimark/VORNBuilder.h"
+#include "legacy/oldValues.h"
 
 namespace oldProject {
 

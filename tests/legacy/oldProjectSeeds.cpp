@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Writes a small project of every age into a directory: where a fuzzer of the project loader starts
 // from.
-#include "legacy/oldProject.h"
 #include <QDir>
 #include <QFile>
 #include <cstdio>
+#include "legacy/oldProject.h"
 
 int main(int argc, char **argv)
 {

@@ -2,10 +2,10 @@
 /// The values of a sample's datasets in the forms of each age: inline before 180004, from then on
 /// as block ids, with the blocks kept aside.
 #pragma once
-#include "legacy/oldProject.h"
 #include <QDataStream>
 #include <QMap>
 #include <QSet>
+#include "legacy/oldProject.h"
 
 namespace oldProject {
 

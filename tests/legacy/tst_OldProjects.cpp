@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Projects of every age open with all that they hold, are saved in the present form and open again;
 // what contradicts itself is refused.
+#include <QRandomGenerator>
+#include <QtTest>
 #include "Common/detail/streams.h"
 #include "datainterface/AdjacencySet.h"
 #include "datainterface/DataAPI.h"
@@ -15,8 +17,6 @@
 #include "legacy/oldProject.h"
 #include "support/model.h"
 #include "support/support.h"
-#include <QRandomGenerator>
-#include <QtTest>
 
 Q_DECLARE_METATYPE(oldProject::Fault)
 Q_DECLARE_METATYPE(oldProject::Dataset)

@@ -96,8 +96,10 @@ void TestCorrections::familiesGrowUntilChanceFillsThem()
     const QVector<QVector<bool>> quiet{{false, false, false}};
     QCOMPARE(VORN_PerformJEFCorrection(quiet, none, 0.5, 0.1), (QVector<int>{0, 1, 2}));
     QVERIFY(VORN_PerformJEFCorrection(quiet, none, 0.05, 0.1).isEmpty());
-    QCOMPARE(VORN_PerformJEFCorrection(quiet, VORN_MissingData(QSet<int>{1}), 0.5, 0.1), (QVector<int>{0, 2}));
-    QCOMPARE(raisedText([&] { VORN_PerformJEFCorrection({}, none, 0.05, 0.1); }), QString("numRandomizations"));
+    QCOMPARE(VORN_PerformJEFCorrection(quiet, VORN_MissingData(QSet<int>{1}), 0.5, 0.1),
+             (QVector<int>{0, 2}));
+    QCOMPARE(raisedText([&] { VORN_PerformJEFCorrection({}, none, 0.05, 0.1); }),
+             QString("numRandomizations"));
     // Rows of unequal length: what is not there is not flagged.
     QCOMPARE(VORN_PerformJEFCorrection({{false, true}, {}}, none, 0.7, 0.0), (QVector<int>{0, 1}));
     QVERIFY(VORN_PerformJEFCorrection({{}}, none, 0.9, 0.0).isEmpty());
@@ -140,7 +142,8 @@ void TestCorrections::familiesEqualTheWalkOverEveryFamily()
                 break;
             expected.append(order[k - 1].second);
         }
-        QCOMPARE(VORN_PerformJEFCorrection(randomizations, VORN_MissingData(), alpha, fraction), expected);
+        QCOMPARE(VORN_PerformJEFCorrection(randomizations, VORN_MissingData(), alpha, fraction),
+                 expected);
     }
 }
 

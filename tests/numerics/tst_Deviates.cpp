@@ -11,8 +11,9 @@ namespace {
 
 constexpr int kDraws = 100000;
 
-// The largest distance between the empirical and the stated distribution function, times sqrt(n). Above 2.5 with
-// probability 7e-6 (A. N. Kolmogorov 1933); the seeds are fixed, so a run that passes always passes.
+// The largest distance between the empirical and the stated distribution function, times sqrt(n).
+// Above 2.5 with probability 7e-6 (A. N. Kolmogorov 1933); the seeds are fixed, so a run that
+// passes always passes.
 double kolmogorov(QVector<double> values, const std::function<double(double)> &distribution)
 {
     std::sort(values.begin(), values.end());

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Against Boost.Math, which is good to a few units in the last place, over a grid from the centre far into both tails.
+// Against Boost.Math, which is good to a few units in the last place, over a grid from the centre
+// far into both tails.
 #include <boost/math/distributions.hpp>
 #include <cmath>
 #include "datainterface/StatisticsAPI.h"
@@ -61,7 +62,8 @@ void TestDistributions::normalAgreesAndInverts()
         double x = kNaN;
         QVERIFY(VORN_GetNormalQuantile(p, x));
         const double reference = math::quantile(math::normal(), p);
-        inverse.add(x / reference, std::fabs(reference) < 1e-3 ? x / reference : 1.0, QString::number(p));
+        inverse.add(x / reference, std::fabs(reference) < 1e-3 ? x / reference : 1.0,
+                    QString::number(p));
     }
     QVERIFY2(worst.within(kError), worst.text());
     QVERIFY2(inverse.within(1.16e-9), inverse.text()); // the published bound of the approximation
@@ -74,7 +76,8 @@ void TestDistributions::poissonAgrees()
         for (int k = 1; k < mean * 3 + 50; k += 1 + k / 20) {
             double p = kNaN;
             QVERIFY(VORN_GetPoissonP(k, mean, p));
-            worst.add(p, math::cdf(math::poisson(mean), k - 1), QString("%1 of %2").arg(k).arg(mean));
+            worst.add(p, math::cdf(math::poisson(mean), k - 1),
+                      QString("%1 of %2").arg(k).arg(mean));
         }
     }
     QVERIFY2(worst.within(kError), worst.text());
@@ -99,14 +102,15 @@ void TestDistributions::binomialAgrees()
                 else
                     exact.add(value, mass, where);
                 QVERIFY(VORN_GetCumBinomialP(n, k, p, value));
-                cumulative.add(value, k ? math::cdf(math::complement(reference, k - 1)) : 1.0, where);
+                cumulative.add(value, k ? math::cdf(math::complement(reference, k - 1)) : 1.0,
+                               where);
             }
         }
     }
     QVERIFY2(exact.within(kError), exact.text());
     QVERIFY2(cumulative.within(kError), cumulative.text());
-    // The skewness term that the approximation leaves out, phi(z) |z^3 - 3 z| |1 - 2p| / (6 n p (1 - p)), is below
-    // 0.092 / (n p (1 - p)); terms of higher order add a little.
+    // The skewness term that the approximation leaves out, phi(z) |z^3 - 3 z| |1 - 2p| / (6 n p (1
+    // - p)), is below 0.092 / (n p (1 - p)); terms of higher order add a little.
     QVERIFY2(approximate.within(0.1), approximate.text());
 }
 
@@ -151,7 +155,8 @@ void TestDistributions::chiSquareAgrees()
             QVERIFY(VORN_GetChiDistP(x, df, false, upper));
             const math::chi_squared reference(df);
             worst.add(lower, math::cdf(reference, x), QString("lower %1 with %2").arg(x).arg(df));
-            worst.add(upper, math::cdf(math::complement(reference, x)), QString("upper %1 with %2").arg(x).arg(df));
+            worst.add(upper, math::cdf(math::complement(reference, x)),
+                      QString("upper %1 with %2").arg(x).arg(df));
         }
     }
     QVERIFY2(worst.within(kError), worst.text());
@@ -196,11 +201,15 @@ void TestDistributions::limitsAndShortcuts()
     QCOMPARE(value([](double &p) { return VORN_GetTDistP(0.0, 2, p); }), 0.0);
     QCOMPARE(value([](double &p) { return VORN_GetTDistP(1e200, 2, p); }), 1.0);
     // 40 trials of a half: a mean of exactly 20 is still exact; the next even count is not.
-    QVERIFY(std::fabs(value([](double &p) { return VORN_GetBinomialP(40, 20, 0.5, p); }) - 0.12537068761957) < 1e-13);
+    QVERIFY(std::fabs(value([](double &p) { return VORN_GetBinomialP(40, 20, 0.5, p); })
+                      - 0.12537068761957)
+            < 1e-13);
     QVERIFY(std::fabs(value([](double &p) { return VORN_GetBinomialP(42, 21, 0.5, p); })
-                      - math::pdf(math::binomial(42, 0.5), 21)) > 1e-6);
+                      - math::pdf(math::binomial(42, 0.5), 21))
+            > 1e-6);
     // A long tail is 0 at once, not a sum over half a billion logarithms.
-    QCOMPARE(value([](double &p) { return VORN_GetBinomialP(1000000000, 500000000, 1e-9, p); }), 0.0);
+    QCOMPARE(value([](double &p) { return VORN_GetBinomialP(1000000000, 500000000, 1e-9, p); }),
+             0.0);
 }
 
 QTEST_GUILESS_MAIN(TestDistributions)

@@ -362,7 +362,8 @@ void TestMatrix::factorsMultiplyToTheirMatrix()
 void TestMatrix::eigenvaluesOfKnownMatrices()
 {
     QVector<double> real, imaginary;
-    QVERIFY(VORN_MatrixEigenvalues(matrix(2, 2, {0, -1, 1, 0}), real, imaginary)); // a quarter turn: i and -i
+    QVERIFY(VORN_MatrixEigenvalues(matrix(2, 2, {0, -1, 1, 0}), real,
+                                   imaginary)); // a quarter turn: i and -i
     QVERIFY(std::fabs(real[0]) < 1e-15 && std::fabs(std::fabs(imaginary[0]) - 1.0) < 1e-15);
     QCOMPARE(imaginary[0], -imaginary[1]);
     // The companion matrix of (x - 1)(x - 2)(x - 3).

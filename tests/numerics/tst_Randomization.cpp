@@ -91,7 +91,8 @@ void TestRandomization::shufflesFollowTheStatedExchanges()
         std::vector<int> expected(n);
         std::iota(expected.begin(), expected.end(), 0);
         for (int i = 0; i < n - 1; ++i)
-            std::swap(expected[size_t(i)], expected[size_t(quint32(generator()) * 0x1p-32 * (n - i) + i)]);
+            std::swap(expected[size_t(i)],
+                      expected[size_t(quint32(generator()) * 0x1p-32 * (n - i) + i)]);
         QVERIFY(std::equal(expected.begin(), expected.end(), it.indices()));
         QCOMPARE(it.done(), step == 2); // the last one stands ready while the walk is done
     }

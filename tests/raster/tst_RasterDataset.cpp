@@ -19,13 +19,15 @@ namespace {
 
 int addGrid(int rows, int columns)
 {
-    return VORN_CreateNewRasterGeography("grid", static_cast<unsigned int>(rows), static_cast<unsigned int>(columns),
-                                         QRectF(0, 0, columns, rows), interval("[0, 100]"), TF_Integer, "made", "none");
+    return VORN_CreateNewRasterGeography(
+        "grid", static_cast<unsigned int>(rows), static_cast<unsigned int>(columns),
+        QRectF(0, 0, columns, rows), interval("[0, 100]"), TF_Integer, "made", "none");
 }
 
 MRasterDataset &rasterOf(TestModel &model, int id)
 {
-    return *dynamic_cast<MRasterDataSource &>(*model.controller.GetGeoData().value(id >> 16)->GetDataSource())
+    return *dynamic_cast<MRasterDataSource &>(
+                *model.controller.GetGeoData().value(id >> 16)->GetDataSource())
                 .GetRasterDataset(id);
 }
 
@@ -102,13 +104,17 @@ void TestRasterDataset::bandsThatDoNotFitChangeNothing()
     const int geography = addGrid(2, 3);
     const int id = VORN_NewRasterDataset(geography, "d", RasterIntegerType, 1, 32, "/a");
     MRasterDataset &dataset = rasterOf(model, id);
-    QVERIFY(!dataset.AddRasterValues(0, stamp("[0, 5]"), MRasterBand(2, 3, RasterIntegerType, 32), true, true));
-    QVERIFY(!dataset.AddRasterValues(0, stamp("[0, 5]"), MRasterBand(3, 2, RasterIntegerType, 16), true, true));
-    QVERIFY(!dataset.AddRasterValues(0, stamp("[0, 5]"), MRasterBand(3, 2, RasterDecimalType, 32), true, true));
+    QVERIFY(!dataset.AddRasterValues(0, stamp("[0, 5]"), MRasterBand(2, 3, RasterIntegerType, 32),
+                                     true, true));
+    QVERIFY(!dataset.AddRasterValues(0, stamp("[0, 5]"), MRasterBand(3, 2, RasterIntegerType, 16),
+                                     true, true));
+    QVERIFY(!dataset.AddRasterValues(0, stamp("[0, 5]"), MRasterBand(3, 2, RasterDecimalType, 32),
+                                     true, true));
     QVERIFY(!dataset.AddRasterValues(1, stamp("[0, 5]"), filled(1), true, true));
     QVERIFY(!dataset.AddRasterValues(0, TimeStamp(5, 0, true, true), filled(1), true, true));
     QVERIFY(dataset.GetRasterIntervals(0).isEmpty());
-    QVERIFY(!VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<float>(6, 1), -1.0f, true, true));
+    QVERIFY(
+        !VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<float>(6, 1), -1.0f, true, true));
     QVERIFY(!VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<int>(5, 1), -1, true, true));
     QCOMPARE(VORN_NewRasterDataset(geography, "x", RasterDecimalType, 1, 8, "/a"), -1);
     QCOMPARE(VORN_NewRasterDataset(geography, "x", RasterCellType, 1, 8, "/a"), -1);
@@ -140,12 +146,14 @@ void TestRasterDataset::everyFormGoesAllTheWay()
     QVector<int> ids;
     const auto fill = [&](auto form, DataType type) {
         using T = CellOf<decltype(form)>;
-        const int id = VORN_NewRasterDataset(geography, "d", type, 1, static_cast<int>(8 * sizeof(T)), "/a");
+        const int id =
+            VORN_NewRasterDataset(geography, "d", type, 1, static_cast<int>(8 * sizeof(T)), "/a");
         QVERIFY(id >= 0);
         QVector<T> cells;
         for (const int value : {1, 1, 2, 3, 100, 5})
             cells.append(T(static_cast<float>(value)));
-        const MRasterBand band(3, 2, type, static_cast<int>(8 * sizeof(T)), cells.constData(), {0xFF010203u});
+        const MRasterBand band(3, 2, type, static_cast<int>(8 * sizeof(T)), cells.constData(),
+                               {0xFF010203u});
         MRasterDataset &dataset = rasterOf(model, id);
         QVERIFY(dataset.AddRasterValues(0, stamp("[3, 7]"), band, true, false));
         dataset.SetMissingFlag(MissingFlag(cells.at(4)));
@@ -169,7 +177,7 @@ void TestRasterDataset::everyFormGoesAllTheWay()
     for (const int id : qAsConst(ids)) {
         MRasterDataset &dataset = rasterOf(model, id);
         const QByteArray what = QByteArray::number(dataset.GetDataType(), 16) + ' '
-            + QByteArray::number(dataset.GetRasterBitDepth());
+                                + QByteArray::number(dataset.GetRasterBitDepth());
         double value = 0.0;
         QVERIFY2(VORN_GetMean(id, 0, 5, value), what.constData());
         QCOMPARE(value, 12.0 / 5.0);
@@ -183,7 +191,8 @@ void TestRasterDataset::everyFormGoesAllTheWay()
         QCOMPARE(dataset.GetDataCount(0, 5), 5);
         QCOMPARE(dataset.GetDataCount(0, 8), 0);
         QCOMPARE(dataset.GetIntervalBreaks(0, 2, MDataset::Quantiles, false).last(), 5.0);
-        QVERIFY(dataset.IsValid() && dataset.IsPixelMissing(0, 1, 1, 5) && !dataset.IsPixelMissing(0, 0, 0, 5));
+        QVERIFY(dataset.IsValid() && dataset.IsPixelMissing(0, 1, 1, 5)
+                && !dataset.IsPixelMissing(0, 0, 0, 5));
         const VORN_ConstDataContainer view(id, 5, 0, false);
         QCOMPARE(view.count(), 6);
         QCOMPARE(view.value(3), 3.0);
@@ -192,7 +201,8 @@ void TestRasterDataset::everyFormGoesAllTheWay()
         QCOMPARE(view.getColorTable(), QVector<unsigned int>({0xFF010203u}));
         datum found;
         QVERIFY(VORN_GetRasterValue(id, 0, 2, 1, 5, found));
-        QCOMPARE(found.type == 0 ? found.decimalValue : static_cast<double>(found.integerValue), 5.0);
+        QCOMPARE(found.type == 0 ? found.decimalValue : static_cast<double>(found.integerValue),
+                 5.0);
         QVERIFY(!VORN_GetRasterValue(id, 0, 1, 1, 5, found)
                 && !VORN_GetRasterValue(id, 0, 3, 1, 5, found));
         QSet<int> missing;
@@ -234,22 +244,25 @@ void TestRasterDataset::notANumberIsOneKey()
     TestModel model;
     const int id = VORN_NewRasterDataset(addGrid(1, 6), "d", RasterDecimalType, 1, 32, "/a");
     const float nan = std::nanf("");
-    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 1]"), QVector<float>({nan, 2, -nan, 0.0f, -0.0f, 2}), 9.0f, true,
-                                 true));
+    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 1]"),
+                                 QVector<float>({nan, 2, -nan, 0.0f, -0.0f, 2}), 9.0f, true, true));
     const auto &counts = *rasterOf(model, id).GetFloatFrequencies();
     QCOMPARE(counts.size(), 3);
     QCOMPARE(counts.values(), QList<int>({2, 2, 2}));
     QVERIFY(std::isnan(static_cast<float>(counts.lastKey())));
-    QCOMPARE(rasterOf(model, id).GetIntervalBreaks(0, 2, MDataset::Jenks, false), QList<double>({0, 2}));
+    QCOMPARE(rasterOf(model, id).GetIntervalBreaks(0, 2, MDataset::Jenks, false),
+             QList<double>({0, 2}));
 }
 
 void TestRasterDataset::signedClassesAscend()
 {
     TestModel model;
     const int id = VORN_NewRasterDataset(addGrid(1, 4), "d", RasterIntegerType, 1, 32, "/a");
-    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 1]"), QVector<int>({5, -3, 5, -9}), 99, true, true));
+    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 1]"), QVector<int>({5, -3, 5, -9}), 99, true,
+                                 true));
     MRasterDataset &dataset = rasterOf(model, id);
-    QCOMPARE(dataset.GetIntervalBreaks(0, 2, MDataset::EqualIntervals, false), QList<double>({-9, 5}));
+    QCOMPARE(dataset.GetIntervalBreaks(0, 2, MDataset::EqualIntervals, false),
+             QList<double>({-9, 5}));
     QCOMPARE(dataset.GetDatumFrequency(MDatum(-3)), 1);
     QCOMPARE(dataset.GetDatumFrequency(MDatum(qint64(4294967293))), 0);
     QVERIFY(dataset.GetInt32Frequencies()->contains(0xFFFFFFFDu));
@@ -300,7 +313,8 @@ void TestRasterDataset::containersBorrowAndReturn()
 {
     TestModel model;
     const int id = VORN_NewRasterDataset(addGrid(2, 3), "d", RasterDecimalType, 1, 64, "/a");
-    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<double>({1, 2, 3, 4, 5, 6}), 4.0, true, true));
+    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<double>({1, 2, 3, 4, 5, 6}),
+                                 4.0, true, true));
     const double *cells = nullptr;
     MissingFlag flag;
     QVERIFY(!VORN_GetRasterData(id, 0, 3, cells, flag)); // nobody has it checked out
@@ -319,14 +333,16 @@ void TestRasterDataset::containersBorrowAndReturn()
         view.getSortedIndices(order);
         QCOMPARE(order, QVector<int>({0, 1, 2, 4, 5}));
         // The grid goes while the view looks at it.
-        QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<double>(6, 0.0), 4.0, true, true));
+        QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<double>(6, 0.0), 4.0, true,
+                                     true));
         QCOMPARE(view.value(5), 6.0);
     }
     QVERIFY(!VORN_GetRasterData(id, 0, 3, cells, flag));
     const VORN_ConstDataContainer nothing(id, 77, 0, false);
     QVERIFY(nothing.isMissing(0) && nothing.validCount() == 0);
     QCOMPARE(VORN_DataContainer(nothing).count(), 6);
-    QCOMPARE(raisedText([&] { VORN_ConstDataContainer(id, 3, 0, true); }), QStringLiteral("!(interp and rds)"));
+    QCOMPARE(raisedText([&] { VORN_ConstDataContainer(id, 3, 0, true); }),
+             QStringLiteral("!(interp and rds)"));
 }
 
 void TestRasterDataset::containersFillTheirMissingCells()
@@ -344,15 +360,19 @@ void TestRasterDataset::containersFillTheirMissingCells()
     QCOMPARE(VORN_GetDataCount(id, 2), 2u);
     VORN_DataContainer wide(VORN_DataContainer::Int32Data, 3);
     QVERIFY(!VORN_AddDataValues(id, 0, interval("[6, 7]"), wide, true, true));
-    VORN_DataContainer halves(VORN_DataContainer::HalfData, QVector<unsigned short>({1, 2, 3}), missing);
+    VORN_DataContainer halves(VORN_DataContainer::HalfData, QVector<unsigned short>({1, 2, 3}),
+                              missing);
     const int decimal = VORN_NewRasterDataset(geography, "h", RasterDecimalType, 1, 16, "/a");
     QVERIFY(VORN_AddDataValues(decimal, 0, interval("[0, 5]"), halves, true, true));
-    QCOMPARE(std::get<half>(rasterOf(model, decimal).GetMissingFlag().values).bits, quint16(0x7BFF));
+    QCOMPARE(std::get<half>(rasterOf(model, decimal).GetMissingFlag().values).bits,
+             quint16(0x7BFF));
     QVERIFY(VORN_IsRasterDataMissing(decimal, 1, 0, 2));
     const int colors = VORN_NewRasterDataset(geography, "c", RasterColorType, 1, 8, "/a");
-    VORN_DataContainer indices(QVector<unsigned char>({0, 1, 0}), QVector<unsigned int>({7, 8}), VORN_MissingData());
+    VORN_DataContainer indices(QVector<unsigned char>({0, 1, 0}), QVector<unsigned int>({7, 8}),
+                               VORN_MissingData());
     QVERIFY(VORN_AddDataValues(colors, 0, interval("[0, 5]"), indices, true, true));
-    QCOMPARE(rasterOf(model, colors).GetConstRasterInfo(0, 2)->GetColorMap(), QVector<unsigned int>({7, 8}));
+    QCOMPARE(rasterOf(model, colors).GetConstRasterInfo(0, 2)->GetColorMap(),
+             QVector<unsigned int>({7, 8}));
 }
 
 void TestRasterDataset::unsupportedStatisticsRaise()
@@ -360,20 +380,25 @@ void TestRasterDataset::unsupportedStatisticsRaise()
     TestModel model;
     const int geography = addGrid(2, 3);
     const int colors = VORN_NewRasterDataset(geography, "c", RasterColorType, 1, 8, "/a");
-    QVERIFY(VORN_AddRasterValues(colors, 0, interval("[0, 5]"), QVector<unsigned char>(6, 1), 9, {1, 2}, true, true));
+    QVERIFY(VORN_AddRasterValues(colors, 0, interval("[0, 5]"), QVector<unsigned char>(6, 1), 9,
+                                 {1, 2}, true, true));
     MRasterDataset &dataset = rasterOf(model, colors);
     double value = 0.0;
-    QCOMPARE(raisedText([&] { dataset.CalcMinMaxMean(0); }), QStringLiteral("Invalid raster data type"));
-    QCOMPARE(raisedText([&] { dataset.GetStdDev(0, 3, value); }), QStringLiteral("Invalid raster type"));
+    QCOMPARE(raisedText([&] { dataset.CalcMinMaxMean(0); }),
+             QStringLiteral("Invalid raster data type"));
+    QCOMPARE(raisedText([&] { dataset.GetStdDev(0, 3, value); }),
+             QStringLiteral("Invalid raster type"));
     QCOMPARE(raisedText([&] { dataset.GetIntervalBreaks(0, 3, MDataset::Quantiles, false); }),
              QStringLiteral("Invalid dataset type"));
     const int bits = VORN_NewRasterDataset(geography, "b", RasterUnsignedType, 1, 1, "/a");
     MRasterDataset &mask = rasterOf(model, bits);
-    QVERIFY(mask.AddRasterValues(0, stamp("[0, 5]"), MRasterBand(3, 2, RasterUnsignedType, 1), true, true));
+    QVERIFY(mask.AddRasterValues(0, stamp("[0, 5]"), MRasterBand(3, 2, RasterUnsignedType, 1), true,
+                                 true));
     QCOMPARE(raisedText([&] { mask.CalcMinMaxMean(0, 3); }), QStringLiteral("Invalid bit depth"));
     QCOMPARE(mask.GetDataCount(0, 3), 6);
     QCOMPARE(mask.GetDatumFrequency(MDatum(0)), 6);
-    QCOMPARE(raisedText([&] { VORN_ConstDataContainer(bits, 3, 0, false); }), QStringLiteral("Invalid bit depth"));
+    QCOMPARE(raisedText([&] { VORN_ConstDataContainer(bits, 3, 0, false); }),
+             QStringLiteral("Invalid bit depth"));
 }
 
 void TestRasterDataset::projectsComeBackByteForByte()
@@ -382,7 +407,8 @@ void TestRasterDataset::projectsComeBackByteForByte()
     const int geography = addGrid(2, 3);
     const int id = VORN_NewRasterDataset(geography, "d", RasterDecimalType, 2, 32, "/a");
     for (const char *when : {"[0, 5]", "(5, 9]"})
-        QVERIFY(VORN_AddRasterValues(id, 1, interval(when), QVector<float>({1, 2, 3, 4, 5, 6}), 2.0f, true, true));
+        QVERIFY(VORN_AddRasterValues(id, 1, interval(when), QVector<float>({1, 2, 3, 4, 5, 6}),
+                                     2.0f, true, true));
     QVERIFY(VORN_SaveProject(model.path("a.prj")));
     VORN_UnloadProject();
     QVERIFY(VORN_LoadProject(model.path("a.prj")));
@@ -410,7 +436,8 @@ void TestRasterDataset::shortStreamsAreRefused()
 {
     TestModel model;
     const int id = VORN_NewRasterDataset(addGrid(2, 3), "d", RasterIntegerType, 1, 32, "/a");
-    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<int>({1, 2, 3, 4, 5, 6}), 2, true, true));
+    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<int>({1, 2, 3, 4, 5, 6}), 2,
+                                 true, true));
     MDataSource &source = *model.controller.GetGeoData().value(id >> 16)->GetDataSource();
     QByteArray bytes;
     BytesWriter out(&bytes);
@@ -422,7 +449,8 @@ void TestRasterDataset::shortStreamsAreRefused()
         bool isRestored = false;
         raisedText([&] { isRestored = cut.RestoreFromStream(in); });
         QVERIFY2(!isRestored, QByteArray::number(length).constData());
-        SaveDataBlock("x"); // ids of the cut forms are deleted: they must not be those of later blocks
+        SaveDataBlock(
+            "x"); // ids of the cut forms are deleted: they must not be those of later blocks
     }
 }
 
@@ -460,7 +488,8 @@ void TestRasterDataset::datasetsMigrate()
     const int from = addGrid(2, 3);
     const int to = addGrid(2, 3);
     const int id = VORN_NewRasterDataset(from, "d", RasterIntegerType, 1, 32, "/a");
-    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<int>({1, 2, 3, 4, 5, 6}), 2, true, true));
+    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<int>({1, 2, 3, 4, 5, 6}), 2,
+                                 true, true));
     const int copy = VORN_MigrateDataset(id, to, false);
     QCOMPARE(copy >> 16, to);
     qint64 value = 0;
@@ -469,9 +498,11 @@ void TestRasterDataset::datasetsMigrate()
     QCOMPARE(VORN_MigrateDataset(id, addGrid(3, 2), false), -1);
     const int empty = VORN_NewRasterDataset(from, "no grids", RasterUnsignedType, 1, 64, "");
     QCOMPARE(VORN_MigrateDataset(empty, addGrid(3, 3), false), -1);
-    QVERIFY(VORN_AddRasterValues(empty, 0, interval("[0, 5]"), QVector<quint64>(6, 5000000000), 2, true, true));
+    QVERIFY(VORN_AddRasterValues(empty, 0, interval("[0, 5]"), QVector<quint64>(6, 5000000000), 2,
+                                 true, true));
     datum low; // half of the integer; the whole one comes from the other forms
-    QVERIFY(VORN_GetRasterValue(empty, 0, 0, 0, 3, low) && low.integerValue == 5000000000 - (qint64(1) << 32));
+    QVERIFY(VORN_GetRasterValue(empty, 0, 0, 0, 3, low)
+            && low.integerValue == 5000000000 - (qint64(1) << 32));
     QCOMPARE(VORN_MigrateDataset(id, addPoints(6), false), -1);
     QVector<Interval> intervals;
     QVERIFY(VORN_GetTimeSliceDataIntervals(copy, 0, intervals) && intervals.size() == 1);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <cmath>
-#include "datasets/datasetFixture.h"
 #include "datainterface/MRasterObservation.h"
+#include "datasets/datasetFixture.h"
 #include "raster/binary16.h"
 #include "raster/cellFlag.h"
 #include "raster/cellForms.h"
@@ -20,7 +20,8 @@ template <class T> MRasterBand bandOf(int columns, int rows, DataType type, cons
     return MRasterBand(columns, rows, type, static_cast<int>(8 * sizeof(T)), cells.constData(), {});
 }
 
-/// A grid of 3 by 2 cells of a form with the values 0 to 5, the third of them missing, through every reader.
+/// A grid of 3 by 2 cells of a form with the values 0 to 5, the third of them missing, through
+/// every reader.
 template <class Form> void readEveryForm(Form form, int type)
 {
     using T = CellOf<Form>;
@@ -122,7 +123,8 @@ void TestRasterObservation::everyFormIsRead()
     const MRasterObservation bytes(bandOf<qint8>(2, 1, RasterIntegerType, {-2, 7}));
     qint64 integer = 0;
     quint64 whole = 0;
-    QVERIFY(bytes.GetIntegerValue(0, integer, kNoFlag) && bytes.GetUnsignedIntegerValue(0, whole, kNoFlag));
+    QVERIFY(bytes.GetIntegerValue(0, integer, kNoFlag)
+            && bytes.GetUnsignedIntegerValue(0, whole, kNoFlag));
     QCOMPARE(integer, qint64(-2));
     QCOMPARE(whole, quint64(254));
     QCOMPARE(bytes.TallyValue(-2.0), 1);
@@ -236,7 +238,8 @@ void TestRasterObservation::unreadableBlocksRaise()
     // A block that is shorter than the grid of its header.
     QByteArray bytes;
     BytesWriter out(&bytes);
-    out << qint32(100) << qint32(100) << qint32(0x200) << qint32(32) << qint32(0) << SaveDataBlock("short");
+    out << qint32(100) << qint32(100) << qint32(0x200) << qint32(32) << qint32(0)
+        << SaveDataBlock("short");
     BytesReader in(bytes);
     const MRasterObservation foreign(in);
     QCOMPARE(raisedText([&] { foreign.TallyValue(qint64(0)); }), text);
@@ -258,7 +261,8 @@ void TestRasterObservation::headersReadOldTypeCodes()
 {
     QByteArray bytes;
     BytesWriter out(&bytes);
-    out << qint32(2) << qint32(3) << qint32(3) << qint32(8) << QVector<unsigned int>{5, 6} << qint32(-1);
+    out << qint32(2) << qint32(3) << qint32(3) << qint32(8) << QVector<unsigned int>{5, 6}
+        << qint32(-1);
     QCOMPARE(bytes.size(), 7 * 4 + 4);
     const auto read = [&bytes](int version) {
         const LoadingVersion loading(version);

@@ -20,7 +20,8 @@ QString text(const RasterPixels &pixels)
 
 int addGrid(unsigned int rows, unsigned int columns, const QRectF &bounds)
 {
-    return VORN_CreateNewRasterGeography("grid", rows, columns, bounds, interval("[0, 9]"), TF_Integer, "", "");
+    return VORN_CreateNewRasterGeography("grid", rows, columns, bounds, interval("[0, 9]"),
+                                         TF_Integer, "", "");
 }
 
 } // namespace
@@ -171,7 +172,8 @@ void TestRasterQueries::sharedAreasAddUp()
     const QList<QVector<QPointF>> bowTie{{{2, 4}, {8, 6}, {8, 4}, {2, 6}}};
     QVERIFY(VORN_QueryRasterWithPolygon(grid, bowTie, pixels, &areas));
     QVERIFY(std::fabs(std::accumulate(areas.begin(), areas.end(), 0.0) - 6.0) < 1e-12);
-    QVERIFY(std::all_of(areas.begin(), areas.end(), [](double area) { return area > 0.0 && area <= 1.0; }));
+    QVERIFY(std::all_of(areas.begin(), areas.end(),
+                        [](double area) { return area > 0.0 && area <= 1.0; }));
     QVERIFY(std::is_sorted(pixels.begin(), pixels.end()));
     QVERIFY(std::adjacent_find(pixels.begin(), pixels.end()) == pixels.end());
     QVERIFY(VORN_QueryRasterWithPolygon(grid, bowTie, plain, nullptr));
@@ -185,7 +187,8 @@ void TestRasterQueries::polygonsAgreeWithTheirObjects()
     const QVector<QPointF> ring{{1, 1}, {9, 2}, {7, 9}, {2, 7}};
     QVERIFY(VORN_StartNewVectorGeography(QRectF(0, 0, 10, 10), 0, 9, -1));
     const int chain = VORN_CreateNewObjectChain();
-    QVERIFY(VORN_AddPolygonToChain(static_cast<unsigned int>(chain), ring.toList(), interval("[0, 9]")));
+    QVERIFY(VORN_AddPolygonToChain(static_cast<unsigned int>(chain), ring.toList(),
+                                   interval("[0, 9]")));
     const int polygons = VORN_FinishVectorGeography("areas", "", TF_Integer);
     RasterPixels byRings;
     RasterPixels byObject;

@@ -257,8 +257,7 @@ void TestConversions::gridsAreImportedByCell()
                         QVERIFY(found.isEmpty());
                         continue;
                     }
-                    const double cell =
-                        cellAt(realization, time, map[static_cast<int>(object)]);
+                    const double cell = cellAt(realization, time, map[static_cast<int>(object)]);
                     const double expected =
                         to != IntegerType ? cell
                                           : std::trunc(qBound(-2147483648.0, cell, 2147483647.0));

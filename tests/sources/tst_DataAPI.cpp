@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The public dataset functions as hosts see them: ids in, values out, every road through the call frame.
+// The public dataset functions as hosts see them: ids in, values out, every road through the call
+// frame.
+#include <QtTest>
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -9,7 +11,6 @@
 #include "datainterface/datum.h"
 #include "support/model.h"
 #include "support/support.h"
-#include <QtTest>
 
 namespace {
 
@@ -133,7 +134,8 @@ void checkGeographyMisses(int dataset, int there)
     QVERIFY(!VORN_RangeObjectQuery(there, id, 5, 1, neighbors, false) && neighbors.size() == 1);
 }
 
-int addDataset(int geographyId, DataType type, StorageType storage = TimeSlice, int realizations = 1)
+int addDataset(int geographyId, DataType type, StorageType storage = TimeSlice,
+               int realizations = 1)
 {
     return VORN_NewVectorDataset(geographyId, QStringLiteral("values"), storage, type, realizations,
                                  QStringLiteral("/a/b"));
@@ -219,8 +221,8 @@ static void checkValues(int geography, DataType type, const QVector<T> &values, 
     QVERIFY(VORN_GetUniqueDataValues(id, unique));
     QCOMPARE(unique.size(), 2);
     QVERIFY(std::any_of(unique.cbegin(), unique.cend(), [&one](const datum &value) {
-        return value.type == one.type && value.decimalValue == one.decimalValue && value.integerValue == one.integerValue
-            && value.stringValue == one.stringValue;
+        return value.type == one.type && value.decimalValue == one.decimalValue
+               && value.integerValue == one.integerValue && value.stringValue == one.stringValue;
     }));
     QCOMPARE(VORN_GetDatasetProperties(id).dataType, static_cast<int>(type));
     QVERIFY(VORN_GetGeographyProperties(geography).datasetIds.contains(id));
@@ -265,7 +267,8 @@ void TestDataAPI::objectOutOfRangeIsAMiss()
             QMap<Interval, double> series{{kSpan, 1.0}};
             QVERIFY(!VORN_GetDataValue(id, 0, object, 5, value));
             QVERIFY(!VORN_AddDataValue(id, 0, object, kSpan, 1.5, true, true));
-            QVERIFY(!VORN_AddDataValues(id, 0, object, QVector<QPair<Interval, double>>{{kSpan, 1.0}}, true, true));
+            QVERIFY(!VORN_AddDataValues(
+                id, 0, object, QVector<QPair<Interval, double>>{{kSpan, 1.0}}, true, true));
             QVERIFY(!VORN_SetTimeSeriesData(id, 0, object, series));
             QVERIFY(!VORN_GetTimeSeriesData(id, 0, object, series));
             QVERIFY(!VORN_GetObjectDataValues(id, 0, object, intervals, values));
@@ -274,9 +277,14 @@ void TestDataAPI::objectOutOfRangeIsAMiss()
             QVERIFY(!VORN_SetMissingVectorId(id, 0, object, kSpan));
         }
     }
-    QCOMPARE(VORN_NewVectorDataset(geography, QString(), static_cast<StorageType>(2), DecimalType, 1, QString()), -1);
-    QCOMPARE(VORN_NewVectorDataset(geography, QString(), TimeSlice, RasterDecimalType, 1, QString()), -1);
-    QCOMPARE(VORN_NewVectorDataset(geography, QString(), TimeSlice, DecimalType, -1, QString()), -1);
+    QCOMPARE(VORN_NewVectorDataset(geography, QString(), static_cast<StorageType>(2), DecimalType,
+                                   1, QString()),
+             -1);
+    QCOMPARE(
+        VORN_NewVectorDataset(geography, QString(), TimeSlice, RasterDecimalType, 1, QString()),
+        -1);
+    QCOMPARE(VORN_NewVectorDataset(geography, QString(), TimeSlice, DecimalType, -1, QString()),
+             -1);
 }
 
 void TestDataAPI::objectValuesSkipItsHoles()
@@ -284,8 +292,10 @@ void TestDataAPI::objectValuesSkipItsHoles()
     TestModel model;
     const int id = addDataset(addPoints(2), DecimalType);
     QVERIFY(VORN_AddDataValues(id, 0, {0, 10, true, false}, QVector<double>{1, 2}, {}, true, true));
-    QVERIFY(VORN_AddDataValues(id, 0, {10, 20, true, false}, QVector<double>{3, 4}, {0}, true, true));
-    QVERIFY(VORN_AddDataValues(id, 0, {20, 30, true, false}, QVector<double>{5, 6}, {}, true, true));
+    QVERIFY(
+        VORN_AddDataValues(id, 0, {10, 20, true, false}, QVector<double>{3, 4}, {0}, true, true));
+    QVERIFY(
+        VORN_AddDataValues(id, 0, {20, 30, true, false}, QVector<double>{5, 6}, {}, true, true));
     QVector<Interval> intervals;
     QVector<datum> values;
     QVERIFY(VORN_GetObjectDataValues(id, 0, 0, intervals, values));
@@ -318,8 +328,10 @@ void TestDataAPI::seriesComeBackByInterval()
     QCOMPARE(read, written);
     QVERIFY(!VORN_GetTimeSeriesData(id, 0, 0, read));
     QVERIFY(!VORN_SetTimeSeriesData(id, 1, 1, written));
-    QVERIFY(!VORN_SetTimeSeriesData(id, 0, 1, QMap<Interval, double>{{kSpan, 1.0}})); // another type
-    QVERIFY(VORN_AddDataValues(id, 0, 1U, QVector<QPair<Interval, int>>{{interval("[7, 8]"), 1}}, true, true));
+    QVERIFY(
+        !VORN_SetTimeSeriesData(id, 0, 1, QMap<Interval, double>{{kSpan, 1.0}})); // another type
+    QVERIFY(VORN_AddDataValues(id, 0, 1U, QVector<QPair<Interval, int>>{{interval("[7, 8]"), 1}},
+                               true, true));
     QVERIFY(VORN_GetTimeSeriesData(id, 0, 1, read));
     QCOMPARE(read.size(), 4);
     int value = 0;
@@ -344,11 +356,15 @@ void TestDataAPI::manyIdsAreAnnouncedByGeography()
     const QString textA = QString::number(a);
     const QString textB = QString::number(b);
     const QString textC = QString::number(c);
-    QCOMPARE(listener.calls, (QStringList{"added " + textC + ',' + textA + " true", "added " + textB + " true",
-                                          "changed " + textA, "changed " + textB}));
+    QCOMPARE(listener.calls,
+             (QStringList{"added " + textC + ',' + textA + " true", "added " + textB + " true",
+                          "changed " + textA, "changed " + textB}));
     listener.calls.clear();
     listener.source = model.vectorData(first).GetDataSource();
-    QCOMPARE(raisedText([&] { VORN_RemoveDatasets({a, (second + 1) << 16}); }), QStringLiteral("gd"));
+    QCOMPARE(raisedText([&] {
+                 VORN_RemoveDatasets({a, (second + 1) << 16});
+             }),
+             QStringLiteral("gd"));
     QCOMPARE(VORN_GetDatasetProperties(a).id, a); // nothing was removed
     QVERIFY(VORN_RemoveDatasets({a, c}));
     QCOMPARE(listener.calls, QStringList{"dying " + textA + " alive," + textC + " alive"});
@@ -367,7 +383,8 @@ void TestDataAPI::migratedDatasetIsACopy()
     for (const StorageType storage : {TimeSlice, TimeSeries}) {
         const int id = addDataset(from, StringType, storage, 2);
         for (int realization = 0; realization < 2; ++realization)
-            QVERIFY(VORN_AddDataValue(id, realization, 1, kSpan, QString::number(realization), true, true));
+            QVERIFY(VORN_AddDataValue(id, realization, 1, kSpan, QString::number(realization), true,
+                                      true));
         QCOMPARE(VORN_MigrateDataset(id, other, true), -1);
         QVERIFY(VORN_GetGeographyProperties(other).datasetIds.isEmpty());
         const int copy = VORN_MigrateDataset(id, to, storage == TimeSeries);
@@ -389,9 +406,11 @@ void TestDataAPI::missingIdsCountObjectsThatDoNotExist()
     QVERIFY(VORN_StartNewVectorGeography(QRectF(0, 0, 3, 3), 0, 100, -1));
     for (int i = 0; i < 3; ++i) {
         const int chain = VORN_CreateNewObjectChain();
-        QVERIFY(VORN_AddPointToChain(static_cast<unsigned int>(chain), QPointF(i, i), {0, i == 1 ? 40 : 100, true, true}));
+        QVERIFY(VORN_AddPointToChain(static_cast<unsigned int>(chain), QPointF(i, i),
+                                     {0, i == 1 ? 40 : 100, true, true}));
     }
-    const int geography = VORN_FinishVectorGeography(QStringLiteral("brief"), QString(), TF_Integer);
+    const int geography =
+        VORN_FinishVectorGeography(QStringLiteral("brief"), QString(), TF_Integer);
     const int id = addDataset(geography, DecimalType);
     QVERIFY(VORN_AddDataValues(id, 0, {0, 100, true, true}, sequence(3, 1.0), {2}, true, true));
     QSet<int> missing;
@@ -410,7 +429,8 @@ void TestDataAPI::missingAnywhereIsMissing()
     const int id = addDataset(addPoints(4), DecimalType, TimeSlice, 3);
     const QSet<int> holes[] = {{0}, {2}, {}};
     for (int realization = 0; realization < 3; ++realization)
-        QVERIFY(VORN_AddDataValues(id, realization, kSpan, sequence(4, 1.0), holes[realization], true, true));
+        QVERIFY(VORN_AddDataValues(id, realization, kSpan, sequence(4, 1.0), holes[realization],
+                                   true, true));
     VORN_MissingData missing;
     QVERIFY(VORN_GetAllMissingRealizationLocations(id, 5, missing));
     QCOMPARE(missing.missingIds(), (QSet<int>{0, 2}));
@@ -420,11 +440,13 @@ void TestDataAPI::normalScoresTurnBackByRank()
 {
     TestModel model;
     const int geography = addPoints(3);
-    // The values of three objects whose mean is 0 and whose middle value is the median of the normal distribution.
+    // The values of three objects whose mean is 0 and whose middle value is the median of the
+    // normal distribution.
     const int scores = addDataset(geography, DecimalType);
     QVERIFY(VORN_AddDataValues(scores, 0, kSpan, QVector<double>{0.5, 0.0, -0.5}, {}, true, true));
     QVERIFY(VORN_IsNormalScoreDataset(scores, 5));
-    const VORN_DataContainer data(VORN_DataContainer::DoubleData, QVector<double>{30, 10, 20}, VORN_MissingData());
+    const VORN_DataContainer data(VORN_DataContainer::DoubleData, QVector<double>{30, 10, 20},
+                                  VORN_MissingData());
     VORN_DataContainer result;
     QVERIFY(VORN_GetRealizationValues(scores, 0, 5, data, result));
     QVERIFY(result.value(0) == 30.0 && result.value(1) == 20.0 && result.value(2) == 10.0);

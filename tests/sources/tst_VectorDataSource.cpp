@@ -24,9 +24,11 @@ struct Fixture {
     {
         dataInterfaceVersionLoading = serializationVersionNumber;
     }
-    int add(DataType type, MVectorDataset::StorageType storage = MVectorDataset::TimeSlice, int realizations = 1)
+    int add(DataType type, MVectorDataset::StorageType storage = MVectorDataset::TimeSlice,
+            int realizations = 1)
     {
-        return source.NewVectorDataset(QStringLiteral("values"), type, storage, realizations, QStringLiteral("/a/<7>"));
+        return source.NewVectorDataset(QStringLiteral("values"), type, storage, realizations,
+                                       QStringLiteral("/a/<7>"));
     }
     TestModel model;
     int geography;
@@ -95,8 +97,9 @@ void TestVectorDataSource::listenerHearsEverySignal()
     QVERIFY(fixture.source.RemoveDataset(id + 1)); // unknown: nothing is said
     QVERIFY(fixture.source.RemoveDatasets({id + 1, id}));
     QCOMPARE(listener.calls,
-             (QStringList{"added " + text + " false", "changed " + text, "renamed " + text + " others", "suspend",
-                          "resume", "dying " + QString::number(id + 1) + ',' + text + " alive"}));
+             (QStringList{"added " + text + " false", "changed " + text,
+                          "renamed " + text + " others", "suspend", "resume",
+                          "dying " + QString::number(id + 1) + ',' + text + " alive"}));
     QVERIFY(!fixture.source.GetDataset(id));
     listener.calls.clear();
     fixture.source.RemoveListener(&listener); // which still hears suspension
@@ -110,8 +113,10 @@ void TestVectorDataSource::listenerWithoutSlotsRaises()
     Fixture fixture;
     HalfListener listener;
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("No such slot")));
-    QCOMPARE(raisedText([&] { fixture.source.AddListener(&listener); }), QStringLiteral("Can't connect signals"));
-    QCOMPARE(raisedText([&] { fixture.source.AddListener(nullptr); }), QStringLiteral("Can't connect signals"));
+    QCOMPARE(raisedText([&] { fixture.source.AddListener(&listener); }),
+             QStringLiteral("Can't connect signals"));
+    QCOMPARE(raisedText([&] { fixture.source.AddListener(nullptr); }),
+             QStringLiteral("Can't connect signals"));
 }
 
 void TestVectorDataSource::removalTakesModelsAlong()
@@ -129,7 +134,8 @@ void TestVectorDataSource::removalTakesModelsAlong()
     Listener listener;
     QVERIFY(fixture.model.vectorData(fixture.geography).AddVariogramModelListener(&listener));
     QVERIFY(fixture.source.RemoveDataset(b));
-    QCOMPARE(listener.calls, QStringList{"model removed " + QString::number(a) + '/' + QString::number(onA.id)});
+    QCOMPARE(listener.calls,
+             QStringList{"model removed " + QString::number(a) + '/' + QString::number(onA.id)});
     QList<int> ids;
     QVERIFY(fixture.source.GetVariogramModelIds(a, ids));
     QCOMPARE(ids, QList<int>{plain.id});
@@ -215,7 +221,8 @@ void TestVectorDataSource::convertedDatasetIsAnnounced()
         QCOMPARE(fixture.source.GetVectorDataValue(id, 1, 2, 5, false), one.value);
         QVERIFY(fixture.source.GetLongDescription(converted).startsWith(
             QStringLiteral("Converted from %1 dataset (\"values\") on ").arg(one.word)));
-        QCOMPARE(fixture.source.GetVectorDataset(converted)->GetHierarchyPathAsString(), QStringLiteral("/a/<7>"));
+        QCOMPARE(fixture.source.GetVectorDataset(converted)->GetHierarchyPathAsString(),
+                 QStringLiteral("/a/<7>"));
     }
 }
 
@@ -230,7 +237,9 @@ void TestVectorDataSource::conversionRefusals()
     QCOMPARE(convert(id, DecimalType), QStringLiteral("Invalid dataset type"));
     QCOMPARE(convert(id, RasterDecimalType), QStringLiteral("Invalid dataset type"));
     QCOMPARE(fixture.source.GetDatasetIds().size(), 1);
-    QCOMPARE(raisedText([&] { fixture.source.ImportDatasetFromDataSource(&fixture.source, id + 1, {}, true); }),
+    QCOMPARE(raisedText([&] {
+                 fixture.source.ImportDatasetFromDataSource(&fixture.source, id + 1, {}, true);
+             }),
              QStringLiteral("Invalid dataset id"));
 }
 
@@ -241,7 +250,8 @@ void TestVectorDataSource::importFollowsTheObjectMap()
     for (const auto storage : {MVectorDataset::TimeSlice, MVectorDataset::TimeSeries}) {
         const int id = fixture.add(StringType, storage);
         for (unsigned int object = 0; object < 4; ++object)
-            QVERIFY(fixture.source.AddDataValue(id, 0, object, kSpan, MDatum(QString::number(object)), true, true));
+            QVERIFY(fixture.source.AddDataValue(id, 0, object, kSpan,
+                                                MDatum(QString::number(object)), true, true));
     }
     Listener listener;
     QVERIFY(target.AddListener(&listener));
@@ -275,7 +285,8 @@ void TestVectorDataSource::streamGivesTheSameBytesAgain()
     QVERIFY(loaded.RestoreFromStream(in));
     QVERIFY(in.atEnd());
     QCOMPARE(bytesOf(loaded), bytes);
-    QVERIFY(loaded.NewVectorDataset(QString(), DecimalType, MVectorDataset::TimeSlice, 1, QString()) > removed);
+    QVERIFY(loaded.NewVectorDataset(QString(), DecimalType, MVectorDataset::TimeSlice, 1, QString())
+            > removed);
 }
 
 void TestVectorDataSource::foreignStreamsAreRefused()
@@ -298,7 +309,8 @@ void TestVectorDataSource::foreignStreamsAreRefused()
     QVERIFY(!restore(with(2, 2)));          // more datasets than there are
     QVERIFY(!restore(with(2, 0x7FFFFFFF))); // more than there can be
     const int lastWord = bytes.size() - 4;
-    QVERIFY(!restore(bytes.left(lastWord) + QByteArray("\0\0\0\4", 4))); // an object count that no dataset has
+    QVERIFY(!restore(bytes.left(lastWord)
+                     + QByteArray("\0\0\0\4", 4))); // an object count that no dataset has
 }
 
 QTEST_GUILESS_MAIN(TestVectorDataSource)

@@ -8,9 +8,9 @@
 /// What the test keeps in hand after the store has taken the file.
 struct MemoryDisk {
     QByteArray bytes;
-    qint64 room = 1 << 30;        ///< bytes beyond this do not fit
-    int writesUntilFailure = -1;  ///< counts down; 0 fails every write, -1 none
-    bool reserves = true;         ///< whether the disk can tell beforehand that it is full
+    qint64 room = 1 << 30;       ///< bytes beyond this do not fit
+    int writesUntilFailure = -1; ///< counts down; 0 fails every write, -1 none
+    bool reserves = true;        ///< whether the disk can tell beforehand that it is full
     bool readsFail = false;
     int writes = 0;
 };

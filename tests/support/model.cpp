@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "support/model.h"
+#include <QApplication>
+#include <QFile>
+#include <QProgressDialog>
+#include <QRectF>
+#include <QSet>
+#include <algorithm>
 #include "datainterface/DataBlocks.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -7,12 +13,6 @@
 #include "datainterface/MVectorData.h"
 #include "datainterface/ProjectAPI.h"
 #include "frame/frameState.h"
-#include <QApplication>
-#include <QFile>
-#include <QProgressDialog>
-#include <QRectF>
-#include <QSet>
-#include <algorithm>
 
 namespace {
 
@@ -20,7 +20,8 @@ QString text(const QList<DataId> &ids, const MDataSource *source = nullptr)
 {
     QStringList parts;
     for (const DataId &id : ids)
-        parts.append(QString::number(id) + QLatin1String(source && source->GetDataset(id) ? " alive" : ""));
+        parts.append(QString::number(id)
+                     + QLatin1String(source && source->GetDataset(id) ? " alive" : ""));
     return parts.join(QLatin1Char(','));
 }
 
@@ -47,8 +48,8 @@ void RecordingController::AddToLog(const QString &line, bool)
 }
 
 int RecordingController::CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds, qint64 t,
-                                           const QString &title, const ColorSchemeInfo &, const QPointF *points,
-                                           const QRectF *bounds)
+                                           const QString &title, const ColorSchemeInfo &,
+                                           const QPointF *points, const QRectF *bounds)
 {
     graphs.append({type, dataIds, t, title, points, bounds});
     return graphs.size();
@@ -96,7 +97,8 @@ int addPoints(int count, const QString &name, TimeFormat format, qint64 start, q
     VORN_StartNewVectorGeography(QRectF(0, 0, count, count), start, end, -1);
     for (int i = 0; i < count; ++i) {
         const int chain = VORN_CreateNewObjectChain();
-        VORN_AddPointToChain(static_cast<unsigned int>(chain), QPointF(i, i), {start, end, true, true});
+        VORN_AddPointToChain(static_cast<unsigned int>(chain), QPointF(i, i),
+                             {start, end, true, true});
     }
     return VORN_FinishVectorGeography(name, QStringLiteral("made for a test"), format);
 }
@@ -106,9 +108,11 @@ int addPolygons(const QList<QVector<QPointF>> &rings)
     VORN_StartNewVectorGeography(QRectF(0, 0, 10, 10), 0, 10, -1);
     for (const QVector<QPointF> &ring : rings) {
         const int chain = VORN_CreateNewObjectChain();
-        VORN_AddPolygonToChain(static_cast<unsigned int>(chain), ring.toList(), {0, 10, true, true});
+        VORN_AddPolygonToChain(static_cast<unsigned int>(chain), ring.toList(),
+                               {0, 10, true, true});
     }
-    return VORN_FinishVectorGeography(QStringLiteral("polygons"), QStringLiteral("made for a test"), TF_Integer);
+    return VORN_FinishVectorGeography(QStringLiteral("polygons"), QStringLiteral("made for a test"),
+                                      TF_Integer);
 }
 
 void Listener::DatasetsDyingSlot(const QList<DataId> &ids)

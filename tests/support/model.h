@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// A model to test on: a host's controller, a block store of its own, and small geographies built as hosts build them.
+/// A model to test on: a host's controller, a block store of its own, and small geographies built
+/// as hosts build them.
 #pragma once
 #include <QList>
 #include <QObject>
@@ -23,8 +24,9 @@ class RecordingController : public ControllerBase {
 public:
     void RemoveGeography(int id) override;
     void AddToLog(const QString &text, bool fromHost) override;
-    int CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds, qint64 t, const QString &title,
-                          const ColorSchemeInfo &colors, const QPointF *points, const QRectF *bounds) override;
+    int CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds, qint64 t,
+                          const QString &title, const ColorSchemeInfo &colors,
+                          const QPointF *points, const QRectF *bounds) override;
 
     QStringList log;
     struct Graph {
@@ -57,8 +59,8 @@ private:
 QProgressDialog *progressBar();
 
 /// A geography of `count` points on a diagonal that all exist over [start, end]; its id.
-int addPoints(int count, const QString &name = QStringLiteral("points"), TimeFormat format = TF_Integer,
-              qint64 start = 0, qint64 end = 1000);
+int addPoints(int count, const QString &name = QStringLiteral("points"),
+              TimeFormat format = TF_Integer, qint64 start = 0, qint64 end = 1000);
 /// A geography of one polygon a ring, all of which exist over [0, 10]; its id.
 int addPolygons(const QList<QVector<QPointF>> &rings);
 

@@ -13,8 +13,9 @@ TimeStamp stamp(const QString &text)
     const QString t = text.trimmed();
     if (!t.startsWith('[') && !t.startsWith('('))
         return TimeStamp(t.toLongLong());
-    return TimeStamp(t.mid(1).section(',', 0, 0).toLongLong(), t.chopped(1).section(',', 1, 1).toLongLong(),
-                     t.startsWith('['), t.endsWith(']'));
+    return TimeStamp(t.mid(1).section(',', 0, 0).toLongLong(),
+                     t.chopped(1).section(',', 1, 1).toLongLong(), t.startsWith('['),
+                     t.endsWith(']'));
 }
 
 Interval interval(const QString &text)
@@ -38,7 +39,7 @@ QList<TimeStamp> stamps(const QString &text)
 QString text(const TimeStamp &stamp)
 {
     return (stamp.inclusiveStart ? "[" : "(") + QString::number(stamp.startTime) + ", "
-        + QString::number(stamp.endTime) + (stamp.inclusiveEnd ? "]" : ")");
+           + QString::number(stamp.endTime) + (stamp.inclusiveEnd ? "]" : ")");
 }
 
 QString text(const QList<TimeStamp> &stamps)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// What every test may use: the text of a raised failure, printers of the library's values, builders.
+/// What every test may use: the text of a raised failure, printers of the library's values,
+/// builders.
 #pragma once
 #include <QString>
 #include <QtTest>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include <fennimark/geometryTypes.h>
 #include <QtTest>
+#include <fennimark/geometryTypes.h>
 #include <limits>
 #include "Common/detail/streams.h"
 #include "datainterface/TimeAPI.h"

@@ -108,7 +108,8 @@ void TestNonConVariogramModelManager::corruptStreamsLeaveNothing()
     QList<QByteArray> corrupt;
     for (int length = 0; length < bytes.size(); ++length)
         corrupt << bytes.left(length);
-    corrupt << bytes.left(bytes.size() - 4) + QByteArray::fromHex("00000001"); // the next id is in use
+    corrupt << bytes.left(bytes.size() - 4)
+                   + QByteArray::fromHex("00000001"); // the next id is in use
     corrupt << QByteArray::fromHex("7fffffff") + bytes.mid(4);
     for (const QByteArray &image : corrupt) {
         NonConVariogramModelManager loaded;
@@ -126,7 +127,8 @@ void TestNonConVariogramModelManager::propertiesSumUpTheStructures()
     model.centroidModels[stamp("[1, 5)")].structures = {nugget, exponential};
     NonConVariogramModelManager manager;
     const int plain = manager.AddNonConVariogramModel(model);
-    model.centroidModels[stamp("[5, 8]")].structures = {nugget, {Basic::Power, 2.0, 0.0, 0.5, 0.75}, exponential};
+    model.centroidModels[stamp("[5, 8]")].structures = {
+        nugget, {Basic::Power, 2.0, 0.0, 0.5, 0.75}, exponential};
     const int power = manager.AddNonConVariogramModel(model);
 
     const auto props = manager.GetNonConVariogramModelProps();

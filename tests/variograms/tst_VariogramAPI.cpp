@@ -19,9 +19,9 @@ public:
     bool isDirty() const { return mProjectDirty; }
     VariogramModel shown;
 
-    bool GenerateVariogramModel(VariogramModel &model, const DataId &dataset, const Interval &interval,
-                                VariogramModel::EstimatorTypes estimator, const DataId &locations, int lagCount, bool,
-                                double, bool) override
+    bool GenerateVariogramModel(VariogramModel &model, const DataId &dataset,
+                                const Interval &interval, VariogramModel::EstimatorTypes estimator,
+                                const DataId &locations, int lagCount, bool, double, bool) override
     {
         model.locations = locations;
         model.estimator = estimator;
@@ -29,7 +29,10 @@ public:
         model.centroidModels[interval] = fit;
         return answer && model.dataset == dataset;
     }
-    void ShowVariogramModelDialog(VariogramModel &model, bool, int, bool) override { shown = model; }
+    void ShowVariogramModelDialog(VariogramModel &model, bool, int, bool) override
+    {
+        shown = model;
+    }
 };
 
 } // namespace
@@ -46,7 +49,8 @@ private Q_SLOTS:
 private:
     VariogramModelProps generate(const QString &name) const
     {
-        return VORN_GenerateVariogramModel(name, mDataset, kAlways, 3, 77, 12, false, 0.5, true, false);
+        return VORN_GenerateVariogramModel(name, mDataset, kAlways, 3, 77, 12, false, 0.5, true,
+                                           false);
     }
 
     std::unique_ptr<TestModel> mModel;
@@ -109,7 +113,8 @@ void TestVariogramAPI::unknownIdsGiveEmptyResults()
         QCOMPARE(VORN_GetVariogramModelProperties(id, 0).id, -1);
         QCOMPARE(VORN_SuggestUniqueVariogramModelName(id, "fit"), QString("fit"));
         QCOMPARE(raisedText([id] {
-                     VORN_GenerateVariogramModel("fit", id, kAlways, 0, 0, 1, false, 0.0, false, false);
+                     VORN_GenerateVariogramModel("fit", id, kAlways, 0, 0, 1, false, 0.0, false,
+                                                 false);
                  }),
                  QString("Invalid dataset id"));
     }
@@ -117,7 +122,8 @@ void TestVariogramAPI::unknownIdsGiveEmptyResults()
     QCOMPARE(VORN_GetNonConVariogramModelProperties(0).id, -1);
     VariogramModel model;
     model.name = "of the project";
-    QCOMPARE(VORN_GetNonConVariogramModelProperties(mHost->AddNonConVariogramModel(model)).name, model.name);
+    QCOMPARE(VORN_GetNonConVariogramModelProperties(mHost->AddNonConVariogramModel(model)).name,
+             model.name);
 }
 
 void TestVariogramAPI::theDialogGetsAModelOfTheNumbers()

@@ -20,12 +20,13 @@ VariogramModelAtT sumOf(std::initializer_list<Basic> structures)
 
 VariogramModel fullModel()
 {
-    VariogramModel model(QStringLiteral("fitted"), DataId(0x10002), DataId(0x10003), 7, DataId(0x10004), 12, 21, 22,
-                         DataId(0x10005), 23, 24);
+    VariogramModel model(QStringLiteral("fitted"), DataId(0x10002), DataId(0x10003), 7,
+                         DataId(0x10004), 12, 21, 22, DataId(0x10005), 23, 24);
     model.id = 5;
     model.modelVersion = 3;
     model.parameterSet = 4;
-    model.centroidModels[stamp("[1, 5)")] = sumOf({{Basic::Nugget, 1, 0, 2, 2}, {Basic::Cubic, 3, 0.5, 9, 4}});
+    model.centroidModels[stamp("[1, 5)")] =
+        sumOf({{Basic::Nugget, 1, 0, 2, 2}, {Basic::Cubic, 3, 0.5, 9, 4}});
     model.centroidModels[stamp("[5, 8]")] = sumOf({{Basic::Power, 2, 0, 0.5, 0.5}});
     model.deconvolutionModels[stamp("[1, 8]")] = sumOf({{Basic::Gaussian, 1, 0, 2, 2}});
     model.empiricalResults[stamp("[1, 8]")] = {{1.5, 0.25, 3.5, 40}, {2.5, 0.25, 4.5, 20}};
@@ -79,7 +80,9 @@ void TestVariogramModel::theRangeTurnsWithTheDirection()
 {
     // The value of a power structure with sill 1 at lag 10 tells its range: 10^r.
     const Basic structure(Basic::Power, 1.0, 0.7, 3.0, 1.5);
-    const auto range = [&](double theta) { return std::log10(structure.GetBasicModelValue(10.0, theta)); };
+    const auto range = [&](double theta) {
+        return std::log10(structure.GetBasicModelValue(10.0, theta));
+    };
     QCOMPARE(range(0.7), 1.5);
     QCOMPARE(range(0.7 + kHalfPi), 3.0);
     QCOMPARE(range(0.7 + kHalfPi / 2), std::sqrt(9.0 * 2.25 / (2.25 + 6.75 * 0.5)));
@@ -163,23 +166,57 @@ void TestVariogramModel::streamsKeepEveryField()
 
 void TestVariogramModel::fieldsLieInTheStreamInOrder()
 {
-    VariogramModel model(QStringLiteral("m"), DataId(1), DataId(2), 3, DataId(4), 5, 21, 22, DataId(24), 25, 23);
+    VariogramModel model(QStringLiteral("m"), DataId(1), DataId(2), 3, DataId(4), 5, 21, 22,
+                         DataId(24), 25, 23);
     model.id = 6;
-    const QByteArray golden = QByteArray::fromHex(
-        "00000002006d" "00000006" "00000000" "00000000" // name, id, the two versions
-        "00000000" "00000000" "00000000"                // no models, no empirical results
-        "00000001" "00000004" "00000005" "00000002" "00000003"
-        "ffffffff" "ffffffff" "00000001"
-        "bff0000000000000" "bff0000000000000" "bff0000000000000" "bff0000000000000" "bff0000000000000"
-        "010101" "ffffffff" "ffffffff" "bff0000000000000" "0001"
-        "bff0000000000000" "bff0000000000000" "bff0000000000000" "ffffffff" "0101"
-        "00000015" "00000016" "00000017" "00000018" "00000019" "0101");
+    const QByteArray golden = QByteArray::fromHex("00000002006d"
+                                                  "00000006"
+                                                  "00000000"
+                                                  "00000000" // name, id, the two versions
+                                                  "00000000"
+                                                  "00000000"
+                                                  "00000000" // no models, no empirical results
+                                                  "00000001"
+                                                  "00000004"
+                                                  "00000005"
+                                                  "00000002"
+                                                  "00000003"
+                                                  "ffffffff"
+                                                  "ffffffff"
+                                                  "00000001"
+                                                  "bff0000000000000"
+                                                  "bff0000000000000"
+                                                  "bff0000000000000"
+                                                  "bff0000000000000"
+                                                  "bff0000000000000"
+                                                  "010101"
+                                                  "ffffffff"
+                                                  "ffffffff"
+                                                  "bff0000000000000"
+                                                  "0001"
+                                                  "bff0000000000000"
+                                                  "bff0000000000000"
+                                                  "bff0000000000000"
+                                                  "ffffffff"
+                                                  "0101"
+                                                  "00000015"
+                                                  "00000016"
+                                                  "00000017"
+                                                  "00000018"
+                                                  "00000019"
+                                                  "0101");
     QCOMPARE(streamed(model).toHex(), golden.toHex());
 
     // Of two intervals the later one is written first.
     const QByteArray bytes = streamed(fullModel());
-    const QByteArray later = QByteArray::fromHex("0000000000000005" "0000000000000008" "00000001" "00000001");
-    const QByteArray earlier = QByteArray::fromHex("0000000000000001" "0000000000000005" "00000001" "00000000");
+    const QByteArray later = QByteArray::fromHex("0000000000000005"
+                                                 "0000000000000008"
+                                                 "00000001"
+                                                 "00000001");
+    const QByteArray earlier = QByteArray::fromHex("0000000000000001"
+                                                   "0000000000000005"
+                                                   "00000001"
+                                                   "00000000");
     QVERIFY(bytes.indexOf(later) > 0);
     QVERIFY(bytes.indexOf(later) < bytes.indexOf(earlier));
 }

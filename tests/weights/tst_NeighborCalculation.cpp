@@ -1,14 +1,5 @@
 // SPDX-License-Identifier: MIT
 // Neighbours and weights beside what plain loops over all pairs find, on changing random maps.
-#include "datainterface/AdjacencySet.h"
-#include "datainterface/GeographyAPI.h"
-#include "datainterface/MRasterData.h"
-#include "datainterface/MVectorData.h"
-#include "datainterface/MissingData.h"
-#include "datainterface/RasterAPI.h"
-#include "datainterface/WeightsAPI.h"
-#include "support/model.h"
-#include "support/support.h"
 #include <QApplication>
 #include <QFile>
 #include <QJsonArray>
@@ -20,6 +11,15 @@
 #include <limits>
 #include <map>
 #include <random>
+#include "datainterface/AdjacencySet.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MRasterData.h"
+#include "datainterface/MVectorData.h"
+#include "datainterface/MissingData.h"
+#include "datainterface/RasterAPI.h"
+#include "datainterface/WeightsAPI.h"
+#include "support/model.h"
+#include "support/support.h"
 
 namespace {
 

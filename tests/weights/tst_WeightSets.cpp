@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Sets on their geography: ids, names, notices, lists put in by hand, handles, and the forms of
 // files of each age.
+#include <memory>
 #include "Common/DataManager.h"
 #include "Common/detail/streams.h"
 #include "datainterface/AdjacencySet.h"
@@ -16,7 +17,6 @@
 #include "datainterface/WeightsAPI.h"
 #include "support/model.h"
 #include "support/support.h"
-#include <memory>
 
 using datainterface::BytesReader;
 using datainterface::BytesWriter;

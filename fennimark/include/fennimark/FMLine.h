@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// A line of one or more parts.
 #pragma once
-#include "fennimark/FMObject.h"
 #include <QList>
 #include <QVector>
+#include "fennimark/FMObject.h"
 
 class FENNIMARK_EXPORT FMLine : public FMObject {
 public:

@@ -2,9 +2,9 @@
 /// Points, lines and polygons as sets of places: exact predicates on closed sets, distances,
 /// lengths and centroids.
 #pragma once
-#include "fennimark/TreeObject.h"
 #include <QPointF>
 #include <memory>
+#include "fennimark/TreeObject.h"
 
 class FMLine;
 class FMPoint;

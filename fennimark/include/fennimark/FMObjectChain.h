@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// One object's identity through time: an id and the observations in which its geometries hold.
 #pragma once
-#include "fennimark/export.h"
-#include "fennimark/geometryTypes.h"
 #include <QPair>
 #include <QVector>
+#include "fennimark/export.h"
+#include "fennimark/geometryTypes.h"
 
 namespace fennimark {
 class ObservationSource;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// An area bounded by rings, which may be shells, holes and islands in any order and direction.
 #pragma once
-#include "fennimark/FMObject.h"
 #include <QLineF>
 #include <QList>
 #include <QPair>
 #include <QPolygonF>
 #include <QVector>
+#include "fennimark/FMObject.h"
 
 /// The area is the even-odd set of the rings together with the rings themselves: nesting makes
 /// shell or hole, so ring directions, order and closing vertices carry no meaning. Rings are kept

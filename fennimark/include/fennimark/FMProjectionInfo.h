@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// What a geography knows of its coordinate system: names and units. Nothing is projected here.
 #pragma once
-#include "fennimark/export.h"
 #include <QByteArray>
 #include <QString>
+#include "fennimark/export.h"
 
 class FENNIMARK_EXPORT FMProjectionInfo {
 public:

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// A search structure over points with integer ids: nearest neighbours with their ties, ranges, rectangles, polygons.
+/// A search structure over points with integer ids: nearest neighbours with their ties, ranges,
+/// rectangles, polygons.
 #pragma once
 #include <QPointF>
 #include <QRectF>
@@ -13,24 +14,27 @@ namespace fennimark {
 class PointForest;
 }
 
-/// One hit. Queries around a place fill all of it; the rectangle and the polygon query leave distance and angle 0.
+/// One hit. Queries around a place fill all of it; the rectangle and the polygon query leave
+/// distance and angle 0.
 struct ptTreeQueryResult {
     QPointF point;
     int id = -1;
     double distance = 0.0; ///< Squared, in map units.
-    double angle = 0.0;    ///< From the place asked about to the hit, radians, counter-clockwise from the x axis.
+    double angle =
+        0.0; ///< From the place asked about to the hit, radians, counter-clockwise from the x axis.
 };
 Q_DECLARE_TYPEINFO(ptTreeQueryResult, Q_MOVABLE_TYPE);
 
-/// Points may be added and removed at any time; the structure is rearranged by the queries that follow. Several points
-/// may share a place, and several an id.
+/// Points may be added and removed at any time; the structure is rearranged by the queries that
+/// follow. Several points may share a place, and several an id.
 ///
-/// Two points are tied when their distances differ by no more than 4 ulp of the tree's largest coordinate, so that a
-/// lattice with a spacing of 0.1 has the ties of one with a spacing of 1. Hits come in ascending order of distance, then
-/// of id, unless said otherwise. Points whose id is excluded are passed over. Results are replaced, never appended to.
+/// Two points are tied when their distances differ by no more than 4 ulp of the tree's largest
+/// coordinate, so that a lattice with a spacing of 0.1 has the ties of one with a spacing of 1.
+/// Hits come in ascending order of distance, then of id, unless said otherwise. Points whose id is
+/// excluded are passed over. Results are replaced, never appended to.
 ///
-/// Copies share their points until one of them changes; cursors stay with the tree they were opened on. Queries
-/// rearrange the tree: calls on one tree must not run at the same time.
+/// Copies share their points until one of them changes; cursors stay with the tree they were opened
+/// on. Queries rearrange the tree: calls on one tree must not run at the same time.
 class FENNIMARK_EXPORT FM_PointTree {
 public:
     FM_PointTree();
@@ -39,36 +43,41 @@ public:
     /// Frees the cursors that are still open.
     virtual ~FM_PointTree();
 
-    /// Replaces the content. `progress` (may be null) is called with percentages from `firstPercent` to `lastPercent`.
-    /// @return false, and the tree is empty, when it answers false, when the lengths differ and for a coordinate that
+    /// Replaces the content. `progress` (may be null) is called with percentages from
+    /// `firstPercent` to `lastPercent`.
+    /// @return false, and the tree is empty, when it answers false, when the lengths differ and for
+    /// a coordinate that
     ///         is not finite. O(n log n).
-    bool SetPoints(const QVector<QPointF> &points, const QVector<int> &ids, bool (*progress)(int, const char *),
-                   int firstPercent, int lastPercent);
-    /// False, with nothing done, for a coordinate that is not finite. O(1); the next query pays for the order.
+    bool SetPoints(const QVector<QPointF> &points, const QVector<int> &ids,
+                   bool (*progress)(int, const char *), int firstPercent, int lastPercent);
+    /// False, with nothing done, for a coordinate that is not finite. O(1); the next query pays for
+    /// the order.
     bool AddPointToSet(const QPointF &point, int id);
     /// Removes one point that has exactly these coordinates and this id; false when there is none.
     bool RemovePointFromSet(const QPointF &point, int id);
 
-    /// Opens a cursor on the points by ascending distance and gives the nearest. The cursor keeps a copy of `exclude`
-    /// and outlives changes of the tree: it goes on behind its last hit in the order of distance and id. Finish it with
-    /// DoneWithNeighborSearch, whatever came back.
+    /// Opens a cursor on the points by ascending distance and gives the nearest. The cursor keeps a
+    /// copy of `exclude` and outlives changes of the tree: it goes on behind its last hit in the
+    /// order of distance and id. Finish it with DoneWithNeighborSearch, whatever came back.
     /// @return false when there is no point.
-    bool GetFirstNearestNeighbor(const QPointF &place, const QSet<int> &exclude, ptTreeQueryResult &hit,
-                                 void *&cursor) const;
+    bool GetFirstNearestNeighbor(const QPointF &place, const QSet<int> &exclude,
+                                 ptTreeQueryResult &hit, void *&cursor) const;
     bool GetNextNearestNeighbor(ptTreeQueryResult &hit, void *&cursor) const;
     /// Frees the cursor and sets it to null; null is left alone.
     void DoneWithNeighborSearch(void *&cursor) const;
 
-    /// The `count` nearest, and all that tie with the last of them; when that makes more than `count`, the whole group
-    /// of ties has one distance. `sorted` false leaves the order open.
+    /// The `count` nearest, and all that tie with the last of them; when that makes more than
+    /// `count`, the whole group of ties has one distance. `sorted` false leaves the order open.
     /// @return false, with `hits` empty, when `count` is below 1 or no point is left.
     bool GetNearestNeighbors(const QPointF &place, int count, const QSet<int> &exclude,
                              QVector<ptTreeQueryResult> &hits, bool sorted) const;
-    /// All points within `range` (map units), inclusive. False for a negative range; true for an empty result.
+    /// All points within `range` (map units), inclusive. False for a negative range; true for an
+    /// empty result.
     bool GetRangeNeighbors(const QPointF &place, double range, const QSet<int> &exclude,
                            QVector<ptTreeQueryResult> &hits, bool sorted) const;
     /// All points in the closed rectangle, in ascending order of id.
-    bool GetPointsInRect(const QRectF &rect, const QSet<int> &exclude, QVector<ptTreeQueryResult> &hits) const;
+    bool GetPointsInRect(const QRectF &rect, const QSet<int> &exclude,
+                         QVector<ptTreeQueryResult> &hits) const;
     /// All points in the closed polygon, in ascending order of id. False for a null polygon.
     bool GetPointsInPolygon(const FMPolygon *polygon, const QSet<int> &exclude,
                             QVector<ptTreeQueryResult> &hits) const;

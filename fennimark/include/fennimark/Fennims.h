@@ -2,11 +2,6 @@
 /// A vector geography: objects (chains) whose geometries hold over spans of time, with their index
 /// and projection.
 #pragma once
-#include "fennimark/FMObjectChain.h"
-#include "fennimark/FM_PointTree.h"
-#include "fennimark/HilbertTree.h"
-#include "fennimark/export.h"
-#include "fennimark/geometryTypes.h"
 #include <QList>
 #include <QMap>
 #include <QPointF>
@@ -14,6 +9,11 @@
 #include <QString>
 #include <QVector>
 #include <memory>
+#include "fennimark/FMObjectChain.h"
+#include "fennimark/FM_PointTree.h"
+#include "fennimark/HilbertTree.h"
+#include "fennimark/export.h"
+#include "fennimark/geometryTypes.h"
 
 class FMObject;
 class FMProjectionInfo;

@@ -2,11 +2,11 @@
 /// The index of all records of one geography: columns in the order of a Hilbert curve under a
 /// packed box tree.
 #pragma once
+#include <QVector>
+#include <memory>
 #include "fennimark/HilbertTreeRecord.h"
 #include "fennimark/export.h"
 #include "fennimark/geometryTypes.h"
-#include <QVector>
-#include <memory>
 
 namespace fennimark {
 class RecordStore;

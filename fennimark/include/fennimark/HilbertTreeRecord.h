@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// The stored form of one geometry, for as long as it is checked out.
 #pragma once
-#include "fennimark/export.h"
 #include <QtGlobal>
+#include "fennimark/export.h"
 
 class HilbertTree;
 class TreeObject;

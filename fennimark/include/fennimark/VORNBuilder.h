@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// Writes a new vector geography: chains of observations in, one geometry file out.
 #pragma once
+#include <QVector>
+#include <memory>
 #include "fennimark/FMObjectChain.h"
 #include "fennimark/export.h"
 #include "fennimark/geometryTypes.h"
-#include <QVector>
-#include <memory>
 
 class Fennims;
 class FMProjectionInfo;

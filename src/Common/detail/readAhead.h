@@ -2,13 +2,13 @@
 /// Reading many small fields of a stream at the cost of memory: big-endian, by pointer, ahead of
 /// the stream's place.
 #pragma once
-#include "Common/detail/streams.h"
 #include <QByteArray>
 #include <QDataStream>
 #include <QtEndian>
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include "Common/detail/streams.h"
 
 namespace datainterface {
 

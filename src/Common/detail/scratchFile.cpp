@@ -24,7 +24,8 @@ public:
     bool open(const QString &path) override
     {
         const QByteArray name = QFile::encodeName(path);
-        // Nobody asks when a scratch file was read last; keeping account of it is a twentieth of a small read.
+        // Nobody asks when a scratch file was read last; keeping account of it is a twentieth of a
+        // small read.
         mHandle = ::open(name.constData(), O_RDWR | O_CLOEXEC | O_NOATIME);
         if (mHandle < 0)
             mHandle = ::open(name.constData(), O_RDWR | O_CLOEXEC);
@@ -88,7 +89,9 @@ std::unique_ptr<PositionedFile> makePositionedFile()
     return std::make_unique<PosixFile>();
 }
 
-ScratchFile::ScratchFile(std::unique_ptr<PositionedFile> file) : mFile(std::move(file)) {}
+ScratchFile::ScratchFile(std::unique_ptr<PositionedFile> file) : mFile(std::move(file))
+{
+}
 
 ScratchFile::~ScratchFile()
 {
@@ -128,7 +131,8 @@ bool ScratchFile::read(qint64 position, char *to, qint64 count)
         return false;
     if (position + count > mTailStart) {
         if (position >= mTailStart && position + count <= tailEnd()) {
-            std::memcpy(to, mTail.constData() + (position - mTailStart), static_cast<size_t>(count));
+            std::memcpy(to, mTail.constData() + (position - mTailStart),
+                        static_cast<size_t>(count));
             return true;
         }
         if (!flush())

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The scratch file of the block store: positioned reads and writes, small appended writes combined.
+/// The scratch file of the block store: positioned reads and writes, small appended writes
+/// combined.
 #pragma once
 #include <QByteArray>
 #include <QString>
@@ -24,9 +25,10 @@ public:
 
 std::unique_ptr<PositionedFile> makePositionedFile();
 
-/// Bytes by position in a file that only grows. Appended writes gather in a buffer, the tail, that goes out in one
-/// call; what a write was told true about is readable from then on, from the tail or from the file, and a failed
-/// flush keeps the tail. Room is reserved ahead in steps, so that a full disk shows when a write is asked for.
+/// Bytes by position in a file that only grows. Appended writes gather in a buffer, the tail, that
+/// goes out in one call; what a write was told true about is readable from then on, from the tail
+/// or from the file, and a failed flush keeps the tail. Room is reserved ahead in steps, so that a
+/// full disk shows when a write is asked for.
 class ScratchFile {
 public:
     enum class Mode { Combined, Through };
@@ -53,7 +55,7 @@ private:
 
     std::unique_ptr<PositionedFile> mFile;
     QString mPath;
-    QByteArray mTail;        ///< the last bytes of the file, not yet written
+    QByteArray mTail; ///< the last bytes of the file, not yet written
     qint64 mTailStart = 0;
     qint64 mReservedEnd = 0; ///< the disk has room up to here
 };

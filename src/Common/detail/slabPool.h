@@ -10,9 +10,9 @@
 
 namespace datainterface {
 
-/// Makes and takes back objects of type T, many to a slab of 2 MiB for which the system is asked for one large page:
-/// random access to many of them then seldom waits for an address to be translated. Slabs go when none of their
-/// objects, and no object of any other slab, is left.
+/// Makes and takes back objects of type T, many to a slab of 2 MiB for which the system is asked
+/// for one large page: random access to many of them then seldom waits for an address to be
+/// translated. Slabs go when none of their objects, and no object of any other slab, is left.
 template <class T> class SlabPool {
 public:
     struct Return {

@@ -15,7 +15,8 @@ constexpr int kMaxVariantDepth = 32;
 // Qt 4 numbered float, long and the other small types from here on.
 constexpr quint32 kFirstQt4CoreType = 128;
 constexpr qint64 kMaxZlibRatio = 1032;
-constexpr qint64 kMaxArrayBytes = std::numeric_limits<int>::max() - 64; // QByteArray's own header counts
+constexpr qint64 kMaxArrayBytes =
+    std::numeric_limits<int>::max() - 64; // QByteArray's own header counts
 constexpr qint64 kUnaskedBytes = 64 * 1024;
 constexpr int kSequentialStep = 16 * 1024 * 1024;
 
@@ -39,14 +40,36 @@ bool readVariantPairs(QDataStream &in, QMap<QString, QVariant> &map, int depth)
 bool isPlainType(int type)
 {
     switch (type) {
-    case QMetaType::Bool: case QMetaType::Int: case QMetaType::UInt: case QMetaType::LongLong:
-    case QMetaType::ULongLong: case QMetaType::Double: case QMetaType::Float: case QMetaType::Short:
-    case QMetaType::UShort: case QMetaType::Char: case QMetaType::SChar: case QMetaType::UChar:
-    case QMetaType::Long: case QMetaType::ULong: case QMetaType::QChar: case QMetaType::QString:
-    case QMetaType::QDate: case QMetaType::QTime: case QMetaType::QDateTime: case QMetaType::QUrl:
-    case QMetaType::QUuid: case QMetaType::QSize: case QMetaType::QSizeF: case QMetaType::QPoint:
-    case QMetaType::QPointF: case QMetaType::QRect: case QMetaType::QRectF: case QMetaType::QLine:
-    case QMetaType::QLineF: case QMetaType::QColor:
+    case QMetaType::Bool:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::Float:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Char:
+    case QMetaType::SChar:
+    case QMetaType::UChar:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::QChar:
+    case QMetaType::QString:
+    case QMetaType::QDate:
+    case QMetaType::QTime:
+    case QMetaType::QDateTime:
+    case QMetaType::QUrl:
+    case QMetaType::QUuid:
+    case QMetaType::QSize:
+    case QMetaType::QSizeF:
+    case QMetaType::QPoint:
+    case QMetaType::QPointF:
+    case QMetaType::QRect:
+    case QMetaType::QRectF:
+    case QMetaType::QLine:
+    case QMetaType::QLineF:
+    case QMetaType::QColor:
         return true;
     default:
         return false;
@@ -140,7 +163,8 @@ bool readBytes(QDataStream &in, QByteArray &bytes)
     in >> length;
     if (in.status() != QDataStream::Ok || length == 0xffffffffU)
         return in.status() == QDataStream::Ok;
-    // Asking a file for its size is a system call; a short array may be wrong about its length for free.
+    // Asking a file for its size is a system call; a short array may be wrong about its length for
+    // free.
     const bool tooLong = length > kUnaskedBytes && length > bytesLeft(in);
     if (length > kMaxArrayBytes || tooLong)
         return corrupt(in);
@@ -170,7 +194,8 @@ bool inflateBytes(const QByteArray &packed, QByteArray &bytes, qint64 limit)
     const qint64 body = packed.size() - 4;
     if (length > limit || length > kMaxArrayBytes || length > body * kMaxZlibRatio + 64)
         return false;
-    static thread_local const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)>
+    static thread_local const std::unique_ptr<libdeflate_decompressor,
+                                              decltype(&libdeflate_free_decompressor)>
         decompressor(libdeflate_alloc_decompressor(), &libdeflate_free_decompressor);
     if (!decompressor)
         return false;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// How the library opens and reads its QDataStreams: one version for all, and no count that is believed unseen.
+/// How the library opens and reads its QDataStreams: one version for all, and no count that is
+/// believed unseen.
 #pragma once
 #include <QByteArray>
 #include <QDataStream>
@@ -19,11 +20,17 @@ static_assert(kStreamVersion == 16, "block images and projects are written in st
 /// A stream over a byte array, at the version above.
 class BytesWriter : public QDataStream {
 public:
-    explicit BytesWriter(QByteArray *bytes) : QDataStream(bytes, QIODevice::WriteOnly) { setVersion(kStreamVersion); }
+    explicit BytesWriter(QByteArray *bytes) : QDataStream(bytes, QIODevice::WriteOnly)
+    {
+        setVersion(kStreamVersion);
+    }
 };
 class BytesReader : public QDataStream {
 public:
-    explicit BytesReader(const QByteArray &bytes) : QDataStream(bytes) { setVersion(kStreamVersion); }
+    explicit BytesReader(const QByteArray &bytes) : QDataStream(bytes)
+    {
+        setVersion(kStreamVersion);
+    }
 };
 
 /// A stream over a device, which stays the caller's.
@@ -32,7 +39,8 @@ public:
     explicit DeviceStream(QIODevice *device) : QDataStream(device) { setVersion(kStreamVersion); }
 };
 
-/// Bytes that the stream's device can still give; the largest number when a sequential device cannot tell.
+/// Bytes that the stream's device can still give; the largest number when a sequential device
+/// cannot tell.
 qint64 bytesLeft(const QDataStream &in);
 
 /// A value in T's own stream form.
@@ -43,23 +51,28 @@ template <class T> T read(QDataStream &in)
     return value;
 }
 
-/// Reads a 32-bit element count and holds it against the bytes left, `minElementBytes` for each element. A negative or
-/// impossible count sets the status ReadCorruptData and gives 0, so a loop over it does nothing.
+/// Reads a 32-bit element count and holds it against the bytes left, `minElementBytes` for each
+/// element. A negative or impossible count sets the status ReadCorruptData and gives 0, so a loop
+/// over it does nothing.
 int readCount(QDataStream &in, qint64 minElementBytes);
 
-/// A QByteArray in Qt's form (length, bytes; 0xFFFFFFFF is null), never allocating beyond the bytes left.
+/// A QByteArray in Qt's form (length, bytes; 0xFFFFFFFF is null), never allocating beyond the bytes
+/// left.
 bool readBytes(QDataStream &in, QByteArray &bytes);
 
-/// qUncompress's form through libdeflate. False when the declared length is impossible (zlib expands no more than
-/// about 1032 times), above `limit`, or the data are corrupt; the result is then left empty.
-bool inflateBytes(const QByteArray &packed, QByteArray &bytes, qint64 limit = std::numeric_limits<int>::max());
+/// qUncompress's form through libdeflate. False when the declared length is impossible (zlib
+/// expands no more than about 1032 times), above `limit`, or the data are corrupt; the result is
+/// then left empty.
+bool inflateBytes(const QByteArray &packed, QByteArray &bytes,
+                  qint64 limit = std::numeric_limits<int>::max());
 
-/// A QVariant map as QDataStream writes it. Nesting beyond 32 levels and types other than Qt's plain values set
-/// ReadCorruptData: a foreign file must not overflow the stack or construct arbitrary types.
+/// A QVariant map as QDataStream writes it. Nesting beyond 32 levels and types other than Qt's
+/// plain values set ReadCorruptData: a foreign file must not overflow the stack or construct
+/// arbitrary types.
 bool readVariantMap(QDataStream &in, QMap<QString, QVariant> &map);
 
-/// Any list or vector in Qt's form: count, elements through `readElement(T &)`. Ends when the status turns bad, with
-/// the container then empty.
+/// Any list or vector in Qt's form: count, elements through `readElement(T &)`. Ends when the
+/// status turns bad, with the container then empty.
 template <class Container, class ReadElement>
 bool readList(QDataStream &in, Container &list, qint64 minElementBytes, ReadElement readElement)
 {
@@ -74,8 +87,7 @@ bool readList(QDataStream &in, Container &list, qint64 minElementBytes, ReadElem
         list.clear();
     return in.status() == QDataStream::Ok;
 }
-template <class Container>
-bool readList(QDataStream &in, Container &list, qint64 minElementBytes)
+template <class Container> bool readList(QDataStream &in, Container &list, qint64 minElementBytes)
 {
     return readList(in, list, minElementBytes, [&in](auto &element) { in >> element; });
 }

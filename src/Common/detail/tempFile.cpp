@@ -9,7 +9,8 @@ QString uniqueTempFile(const QString &directory, const char *prefix)
 {
     if (directory.isEmpty() || !QDir().mkpath(directory))
         return QString();
-    QTemporaryFile file(QDir(directory).filePath(QString::fromLatin1(prefix) + QLatin1String("XXXXXX")));
+    QTemporaryFile file(
+        QDir(directory).filePath(QString::fromLatin1(prefix) + QLatin1String("XXXXXX")));
     file.setAutoRemove(false);
     return file.open() ? file.fileName() : QString();
 }
