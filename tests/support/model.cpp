@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QProgressDialog>
+#include <QRandomGenerator>
 #include <QRectF>
 #include <QSet>
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include "datainterface/MDataSource.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/ProjectAPI.h"
+#include "datainterface/vorn_error.h"
 #include "frame/frameState.h"
 
 namespace {
@@ -69,6 +71,25 @@ bool TestModel::load(const QByteArray &project) const
     file.write(project);
     file.close();
     return VORN_LoadProject(file.fileName());
+}
+
+void TestModel::loadFlipped(const QByteArray &project, int count,
+                            const std::function<void()> &look) const
+{
+    QRandomGenerator random(20260101);
+    for (int i = 0; i < count; ++i) {
+        QByteArray damaged = project;
+        const int at = static_cast<int>(random.bounded(damaged.size()));
+        damaged[at] = static_cast<char>(damaged[at] ^ (1 << random.bounded(8)));
+        if (load(damaged)) {
+            try {
+                look();
+                VORN_SaveProject(path(QStringLiteral("again")));
+            } catch (const vorn_error &) { // a block of another size than its dataset says
+            }
+        }
+        VORN_UnloadProject();
+    }
 }
 
 QProgressDialog *progressBar()

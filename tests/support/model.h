@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 #include <QVariant>
 #include <QVector>
+#include <functional>
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataId.h"
 #include "datainterface/TimeFormat.h"
@@ -50,6 +51,10 @@ public:
     QString path(const QString &name) const { return mDirectory.filePath(name); }
     MVectorData &vectorData(int geographyId);
     bool load(const QByteArray &project) const; ///< from a file of these bytes
+    /// Loads the project with one bit flipped, `count` times. A flipped bit need not show: most of
+    /// a file is values. It must not end the process, and what was read of it must be fit to be
+    /// looked at and saved.
+    void loadFlipped(const QByteArray &project, int count, const std::function<void()> &look) const;
 
 private:
     QTemporaryDir mDirectory;
