@@ -15,12 +15,12 @@
 #include <ogr_api.h>
 #include <ogr_srs_api.h>
 #include <random>
-#include "contiguity.h"
+#include "store/contiguity.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
-#include "geometryFile.h"
-#include "hilbertOrder.h"
+#include "file/geometryFile.h"
+#include "store/hilbertOrder.h"
 #include "ratios.h"
 
 namespace {

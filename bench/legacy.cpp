@@ -12,7 +12,7 @@
 #include "datainterface/FrameAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/ProjectAPI.h"
-#include "legacy/oldProject.h"
+#include "support/oldProject.h"
 #include "ratios.h"
 
 namespace {

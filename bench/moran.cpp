@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Permutation tests of 10,000 objects beside as many plain products of the sparse matrix with a
 // vector: what the sums alone would take.
-#include "analysis/moran.h"
+#include "core/analysis/moran.h"
 #include <random>
 #include <vector>
 #include "ratios.h"

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 #include "fennimark/FM_PointTree.h"
-#include "pointHits.h"
+#include "points/pointHits.h"
 #include "ratios.h"
 
 namespace bgi = boost::geometry::index;

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include "crc32c.h"
+#include "file/crc32c.h"
 #include "fennimark/FMObject.h"
 #include "fennimark/Fennims.h"
 

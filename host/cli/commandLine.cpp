@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "commandLine.h"
+#include "cli/commandLine.h"
 #include <exception>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 #include "datainterface/VersionAPI.h"
 #include "datainterface/vorn_error.h"
-#include "failure.h"
-#include "interrupt.h"
-#include "progress.h"
+#include "core/project/failure.h"
+#include "cli/interrupt.h"
+#include "cli/terminalProgress.h"
 
 namespace meridor {
 namespace {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "console.h"
+#include "cli/console.h"
 #include <QJsonDocument>
 #include <QLocale>
 #include <cmath>

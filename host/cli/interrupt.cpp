@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "interrupt.h"
+#include "cli/interrupt.h"
 #include <csignal>
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

@@ -6,7 +6,7 @@
 #include <QTextCodec>
 #include <clocale>
 #include <cstdio>
-#include "commandLine.h"
+#include "cli/commandLine.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "samples.h"
+#include "cli/samples.h"
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 

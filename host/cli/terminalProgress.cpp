@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "progress.h"
+#include "cli/terminalProgress.h"
 #include <QApplication>
 #include <QEvent>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <cstdio>
 #include <unistd.h>
-#include "failure.h"
-#include "hostController.h"
-#include "interrupt.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

@@ -5,7 +5,7 @@
 #include "datainterface/MVectorData.h"
 #include "datainterface/RasterAPI.h"
 #include "datainterface/dataContainer.h"
-#include "sources/dataFrame.h"
+#include "api/dataFrame.h"
 
 using namespace datainterface;
 

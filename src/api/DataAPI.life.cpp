@@ -8,8 +8,8 @@
 #include "datainterface/OrderedDouble.h"
 #include "datainterface/dataContainer.h"
 #include "datasets/datasetCopies.h"
-#include "raster/heldGrid.h"
-#include "sources/dataFrame.h"
+#include "cells/heldGrid.h"
+#include "api/dataFrame.h"
 
 using namespace datainterface;
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include "datainterface/dataContainer.h"
 #include "datasets/datasetCopies.h"
-#include "sources/dataFrame.h"
+#include "api/dataFrame.h"
 
 using namespace datainterface;
 

@@ -3,7 +3,7 @@
 #include "Common/detail/failure.h"
 #include "datainterface/MRasterData.h"
 #include "geography/shapeFrame.h"
-#include "sources/dataFrame.h"
+#include "api/dataFrame.h"
 
 using namespace datainterface;
 

@@ -3,10 +3,10 @@
 #include "datainterface/RasterAPI.h"
 #include "datainterface/MRasterData.h"
 #include "datainterface/MRasterDataSource.h"
-#include "frame/callFrame.h"
-#include "raster/cellForms.h"
-#include "raster/heldGrid.h"
-#include "sources/dataFrame.h"
+#include "api/callFrame.h"
+#include "cells/cellForms.h"
+#include "cells/heldGrid.h"
+#include "api/dataFrame.h"
 
 using namespace datainterface;
 

@@ -5,7 +5,7 @@
 #include <fennimark/Fennims.h>
 #include <limits>
 #include "datainterface/MVectorData.h"
-#include "frame/callFrame.h"
+#include "api/callFrame.h"
 
 using datainterface::onGeography;
 using datainterface::onSource;

@@ -4,8 +4,8 @@
 #include <optional>
 #include "Common/detail/failure.h"
 #include "datainterface/VORN_Progress.h"
-#include "frame/callFrame.h"
-#include "frame/uniqueNames.h"
+#include "api/callFrame.h"
+#include "project/uniqueNames.h"
 
 using namespace datainterface;
 

@@ -6,7 +6,7 @@
 #include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/Fennims.h"
-#include "frame/callFrame.h"
+#include "api/callFrame.h"
 
 using namespace datainterface;
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include <QScopeGuard>
-#include "dataContainer.elements.h"
+#include "datasets/dataContainer.elements.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorDataset.h"
 #include "frame/frameState.h"
-#include "raster/cellForms.h"
+#include "cells/cellForms.h"
 
 using namespace datainterface;
 

@@ -5,7 +5,7 @@
 #include <QVector>
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/datum.h"
-#include "frame/callFrame.h"
+#include "api/callFrame.h"
 
 namespace datainterface {
 

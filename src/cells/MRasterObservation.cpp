@@ -5,9 +5,9 @@
 #include "Common/detail/streams.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/VersionAPI.h"
-#include "raster/binary16.h"
-#include "raster/cellForms.h"
-#include "raster/heldGrid.h"
+#include "cells/binary16.h"
+#include "cells/cellForms.h"
+#include "cells/heldGrid.h"
 
 using namespace datainterface;
 

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <limits>
 #include "Common/detail/failure.h"
-#include "raster/cellForms.h"
-#include "raster/heldGrid.h"
+#include "cells/cellForms.h"
+#include "cells/heldGrid.h"
 
 using namespace datainterface;
 

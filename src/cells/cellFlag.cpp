@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "raster/cellFlag.h"
+#include "cells/cellFlag.h"
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include "raster/binary16.h"
-#include "raster/cellForms.h"
+#include "cells/binary16.h"
+#include "cells/cellForms.h"
 
 namespace datainterface {
 

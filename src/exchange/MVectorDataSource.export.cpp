@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/MVectorDataSource.h"
-#include "sources/dbfExport.h"
-#include "sources/exportTable.h"
-#include "sources/textExports.h"
+#include "exchange/dbfExport.h"
+#include "exchange/exportTable.h"
+#include "exchange/textExports.h"
 
 using namespace datainterface;
 

@@ -11,8 +11,8 @@
 #include "datainterface/TimeAPI.h"
 #include "datasets/dataContainer.elements.h"
 #include "datasets/datasetCopies.h"
-#include "raster/cellForms.h"
-#include "raster/heldGrid.h"
+#include "cells/cellForms.h"
+#include "cells/heldGrid.h"
 
 using namespace datainterface;
 

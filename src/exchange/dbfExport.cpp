@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "sources/dbfExport.h"
+#include "exchange/dbfExport.h"
 #include <QLocale>
 #include <cmath>
 #include <limits>

@@ -4,7 +4,7 @@
 #pragma once
 #include <QSet>
 #include <memory>
-#include "sources/exportTable.h"
+#include "exchange/exportTable.h"
 
 namespace datainterface {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "sources/exportTable.h"
+#include "exchange/exportTable.h"
 #include <QDate>
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DiagnosticsAPI.h"

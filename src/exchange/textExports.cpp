@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "sources/textExports.h"
+#include "exchange/textExports.h"
 #include <QLocale>
 
 namespace datainterface {

@@ -4,7 +4,7 @@
 #pragma once
 #include <QFile>
 #include <QTextStream>
-#include "sources/exportTable.h"
+#include "exchange/exportTable.h"
 
 namespace datainterface {
 

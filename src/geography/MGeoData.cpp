@@ -8,7 +8,7 @@
 #include "datainterface/MLinker.h"
 #include "datainterface/VersionAPI.h"
 #include "frame/listeners.h"
-#include "geography/boxes.h"
+#include "time/boxes.h"
 #include "time/calendar.h"
 
 using namespace datainterface;

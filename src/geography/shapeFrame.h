@@ -6,8 +6,8 @@
 #include "datainterface/VORN_Object.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/TreeObject.h"
-#include "frame/callFrame.h"
-#include "geography/boxes.h"
+#include "api/callFrame.h"
+#include "time/boxes.h"
 
 namespace datainterface {
 

@@ -13,7 +13,7 @@
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "frame/frameState.h"
-#include "frame/uniqueNames.h"
+#include "project/uniqueNames.h"
 #include "geography/projectionTags.h"
 
 using namespace datainterface;

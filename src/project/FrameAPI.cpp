@@ -5,7 +5,7 @@
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataBlocks.h"
 #include "frame/frameState.h"
-#include "frame/uniqueNames.h"
+#include "project/uniqueNames.h"
 #include "numerics/deviates.h"
 
 using namespace datainterface;

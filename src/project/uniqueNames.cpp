@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "frame/uniqueNames.h"
-#include "frame/callFrame.h"
+#include "project/uniqueNames.h"
+#include "api/callFrame.h"
 
 namespace datainterface {
 

@@ -5,7 +5,7 @@
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/VersionAPI.h"
 #include "frame/progressSection.h"
-#include "geography/boxes.h"
+#include "time/boxes.h"
 
 using namespace datainterface;
 

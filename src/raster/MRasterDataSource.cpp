@@ -2,10 +2,10 @@
 #include "datainterface/MRasterDataSource.h"
 #include <cmath>
 #include <limits>
-#include "geography/boxes.h"
+#include "time/boxes.h"
 #include "raster/askRaster.h"
-#include "raster/binary16.h"
-#include "raster/cellForms.h"
+#include "cells/binary16.h"
+#include "cells/cellForms.h"
 #include "sources/askStatistics.h"
 
 using namespace datainterface;

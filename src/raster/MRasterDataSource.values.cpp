@@ -2,7 +2,7 @@
 // Values and frequencies: each is the dataset's own.
 #include "datainterface/MRasterDataSource.h"
 #include "raster/askRaster.h"
-#include "raster/binary16.h"
+#include "cells/binary16.h"
 
 using namespace datainterface;
 

@@ -7,7 +7,7 @@
 #include "datainterface/DatasetProps.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datasets/intervalCuts.h"
-#include "raster/cellFlag.h"
+#include "cells/cellFlag.h"
 
 using namespace datainterface;
 

@@ -5,9 +5,9 @@
 #include "Common/detail/failure.h"
 #include "datainterface/VORN_Progress.h"
 #include "datasets/intervalBreaks.h"
-#include "raster/cellForms.h"
-#include "raster/cellTally.h"
-#include "raster/heldGrid.h"
+#include "cells/cellForms.h"
+#include "cells/cellTally.h"
+#include "cells/heldGrid.h"
 
 using namespace datainterface;
 

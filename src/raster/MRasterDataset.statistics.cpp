@@ -4,7 +4,7 @@
 #include "Common/detail/failure.h"
 #include "datasets/normalScores.h"
 #include "raster/cellSummary.h"
-#include "raster/heldGrid.h"
+#include "cells/heldGrid.h"
 
 using namespace datainterface;
 

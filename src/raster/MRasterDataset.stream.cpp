@@ -13,8 +13,8 @@
 #include "Common/detail/streams.h"
 #include "datainterface/VersionAPI.h"
 #include "datasets/oldForms.h"
-#include "raster/cellFlag.h"
-#include "raster/cellForms.h"
+#include "cells/cellFlag.h"
+#include "cells/cellForms.h"
 
 using namespace datainterface;
 

@@ -5,10 +5,10 @@
 #include "Common/detail/failure.h"
 #include "datainterface/dataContainer.h"
 #include "datasets/dataContainer.elements.h"
-#include "raster/binary16.h"
-#include "raster/cellFlag.h"
-#include "raster/cellForms.h"
-#include "raster/heldGrid.h"
+#include "cells/binary16.h"
+#include "cells/cellFlag.h"
+#include "cells/cellForms.h"
+#include "cells/heldGrid.h"
 
 using namespace datainterface;
 

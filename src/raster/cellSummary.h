@@ -11,7 +11,7 @@
 #include <limits>
 #include <numeric>
 #include "datainterface/MDataset.h"
-#include "raster/cellForms.h"
+#include "cells/cellForms.h"
 
 namespace datainterface {
 

@@ -2,7 +2,7 @@
 #include "Common/detail/streams.h"
 #include "datainterface/NonConVariogramModelManager.h"
 #include "frame/listeners.h"
-#include "frame/uniqueNames.h"
+#include "project/uniqueNames.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include "frame/frameState.h"
 #include "frame/listeners.h"
 #include "frame/progressSection.h"
-#include "frame/uniqueNames.h"
+#include "project/uniqueNames.h"
 
 using namespace datainterface;
 

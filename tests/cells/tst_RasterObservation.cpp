@@ -2,10 +2,10 @@
 #include <cmath>
 #include "datainterface/MRasterObservation.h"
 #include "datasets/datasetFixture.h"
-#include "raster/binary16.h"
-#include "raster/cellFlag.h"
-#include "raster/cellForms.h"
-#include "raster/heldGrid.h"
+#include "cells/binary16.h"
+#include "cells/cellFlag.h"
+#include "cells/cellForms.h"
+#include "cells/heldGrid.h"
 #include "support/streamed.h"
 #include "support/support.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "program.h"
+#include "cli/program.h"
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>

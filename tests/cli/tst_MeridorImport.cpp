@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <QJsonArray>
 #include <QtTest>
-#include "program.h"
+#include "cli/program.h"
 
 namespace {
 

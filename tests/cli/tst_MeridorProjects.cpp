@@ -3,7 +3,7 @@
 #include <QJsonArray>
 #include <QRegularExpression>
 #include <QtTest>
-#include "program.h"
+#include "cli/program.h"
 
 namespace {
 

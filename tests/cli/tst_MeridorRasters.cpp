@@ -4,7 +4,7 @@
 #include <QtTest>
 #include <cmath>
 #include <random>
-#include "program.h"
+#include "cli/program.h"
 
 namespace {
 

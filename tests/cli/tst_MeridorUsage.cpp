@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <QtTest>
-#include "program.h"
+#include "cli/program.h"
 
 /// The conventions that every verb keeps: codes, help, quietness, refusals before work.
 class TestMeridorUsage : public QObject {

@@ -5,7 +5,7 @@
 #include <QtTest>
 #include <cmath>
 #include <random>
-#include "analysis/moran.h"
+#include "core/analysis/moran.h"
 #include "datainterface/StatisticsAPI.h"
 #include "datainterface/randomizationIt.h"
 

@@ -4,7 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <cstdio>
-#include "legacy/oldProject.h"
+#include "support/oldProject.h"
 
 int main(int argc, char **argv)
 {

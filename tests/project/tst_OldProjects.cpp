@@ -13,7 +13,7 @@
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/VersionAPI.h"
-#include "legacy/oldProject.h"
+#include "support/oldProject.h"
 #include "support/model.h"
 #include "support/support.h"
 

@@ -8,7 +8,7 @@
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/RasterAPI.h"
 #include "datainterface/dataContainer.h"
-#include "raster/cellForms.h"
+#include "cells/cellForms.h"
 #include "support/model.h"
 #include "support/streamed.h"
 #include "support/support.h"

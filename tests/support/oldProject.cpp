@@ -15,7 +15,7 @@
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
-#include "legacy/oldValues.h"
+#include "support/oldValues.h"
 
 namespace oldProject {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "legacy/oldValues.h"
+#include "support/oldValues.h"
 #include <algorithm>
 
 namespace oldProject {

@@ -5,7 +5,7 @@
 #include <QDataStream>
 #include <QMap>
 #include <QSet>
-#include "legacy/oldProject.h"
+#include "support/oldProject.h"
 
 namespace oldProject {
 

@@ -3,7 +3,7 @@
 // atan((t-1) / (t+1)). There atan(u) = u + u^3 p(u^2), with p the interpolation at Chebyshev's
 // nodes: the remainder is below 5e-18 of the result. All choices are selections, since directions
 // cannot be predicted and the compiler can then take several at a time.
-#include "angle.h"
+#include "base/angle.h"
 #include <algorithm>
 #include <cmath>
 

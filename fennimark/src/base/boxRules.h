@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 #include "fennimark/geometryTypes.h"
-#include "floatRounding.h"
+#include "base/floatRounding.h"
 
 namespace fennimark {
 

@@ -2,8 +2,8 @@
 // Second and last stage of the orientation test: most places that defeat the filter lie on
 // axis-parallel edges, or their differences are exact and two exact products decide; the rest goes
 // through expansions.
-#include "orientation.h"
-#include "expansion.h"
+#include "base/orientation.h"
+#include "base/expansion.h"
 
 namespace fennimark {
 namespace {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "timeRules.h"
+#include "base/timeRules.h"
 #include <algorithm>
 #include <limits>
 

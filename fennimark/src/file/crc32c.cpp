@@ -2,7 +2,7 @@
 // With the processor's own instruction where it has one (asked at run time), else eight bytes a
 // step through eight tables: M. Kounavis and F. Berry, "A systematic approach to building high
 // performance, software-based, CRC generators", ISCC 2005.
-#include "crc32c.h"
+#include "file/crc32c.h"
 #include <array>
 #include <cstring>
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "geometryFile.h"
+#include "file/geometryFile.h"
 #include <QDataStream>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QtEndian>
 #include <cstring>
 #include <filesystem>
-#include "crc32c.h"
+#include "file/crc32c.h"
 
 namespace fennimark {
 namespace {

@@ -20,7 +20,7 @@
 #include <QByteArray>
 #include <functional>
 #include <vector>
-#include "recordStore.h"
+#include "store/recordStore.h"
 
 class QDataStream;
 

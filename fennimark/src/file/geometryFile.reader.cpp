@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Nothing that a file says is believed before it has been seen: counts are held against section
 // lengths, and buffers grow with the data that have arrived, a chunk at a time.
-#include "geometryFile.h"
+#include "file/geometryFile.h"
 #include <QDataStream>
 #include <QtEndian>
 #include <algorithm>
 #include <cstring>
-#include "crc32c.h"
+#include "file/crc32c.h"
 
 namespace fennimark {
 namespace {

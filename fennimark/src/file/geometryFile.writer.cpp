@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "geometryFile.h"
+#include "file/geometryFile.h"
 #include <QDataStream>
 #include <QtEndian>
 #include <algorithm>
 #include <cstring>
-#include "crc32c.h"
+#include "file/crc32c.h"
 
 namespace fennimark {
 namespace {

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <limits>
 #include "fennimark/FMObject.h"
-#include "fennimsState.h"
-#include "nearest.h"
+#include "geography/fennimsState.h"
+#include "store/nearest.h"
 
 using namespace fennimark;
 

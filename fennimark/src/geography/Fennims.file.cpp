@@ -3,8 +3,8 @@
 #include <QDataStream>
 #include <QFile>
 #include <algorithm>
-#include "fennimsState.h"
-#include "geometryFile.h"
+#include "geography/fennimsState.h"
+#include "file/geometryFile.h"
 
 using namespace fennimark;
 

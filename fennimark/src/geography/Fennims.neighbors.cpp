@@ -2,8 +2,8 @@
 #include "fennimark/Fennims.h"
 #include <algorithm>
 #include "fennimark/FMObject.h"
-#include "fennimsState.h"
-#include "nearest.h"
+#include "geography/fennimsState.h"
+#include "store/nearest.h"
 
 using namespace fennimark;
 

@@ -11,8 +11,8 @@
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
-#include "geometryFile.h"
-#include "hilbertOrder.h"
+#include "file/geometryFile.h"
+#include "store/hilbertOrder.h"
 
 using namespace fennimark;
 

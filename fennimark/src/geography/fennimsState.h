@@ -4,10 +4,10 @@
 #pragma once
 #include <deque>
 #include <vector>
-#include "contiguity.h"
+#include "store/contiguity.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
-#include "recordStore.h"
+#include "store/recordStore.h"
 
 namespace fennimark {
 

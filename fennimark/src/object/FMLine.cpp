@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMLine.h"
-#include "parts.h"
+#include "shape/parts.h"
 
 FMLine::FMLine(const QList<QVector<QPointF>> &parts) : FMObject(fennimark::ObjectKind::Line)
 {

@@ -2,12 +2,12 @@
 #include "fennimark/FMObject.h"
 #include <cmath>
 #include <limits>
-#include "distance.h"
+#include "shape/distance.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
-#include "overlay.h"
-#include "relate.h"
+#include "shape/overlay.h"
+#include "shape/relate.h"
 
 using fennimark::GeometryView;
 using fennimark::ObjectBacking;

@@ -5,7 +5,7 @@
 #include <QDataStream>
 #include <QtEndian>
 #include "fennimark/FMPoint.h"
-#include "shape.h"
+#include "shape/shape.h"
 
 namespace {
 

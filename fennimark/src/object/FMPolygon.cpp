@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMPolygon.h"
 #include "fennimark/FMLine.h"
-#include "parts.h"
-#include "relate.h"
+#include "shape/parts.h"
+#include "shape/relate.h"
 
 using fennimark::Contact;
 using fennimark::GeometryView;

@@ -2,8 +2,8 @@
 #include "fennimark/FMPolygon.h"
 #include <cmath>
 #include <limits>
-#include "gridCoverage.h"
-#include "overlay.h"
+#include "shape/gridCoverage.h"
+#include "shape/overlay.h"
 
 using fennimark::Shape;
 

@@ -2,7 +2,7 @@
 // What asks for the area as a set: measures by ring sums, overlay through GEOS.
 #include "fennimark/FMPolygon.h"
 #include <cmath>
-#include "overlay.h"
+#include "shape/overlay.h"
 
 using fennimark::Geometry;
 using fennimark::ObjectAccess;

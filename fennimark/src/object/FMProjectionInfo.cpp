@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMProjectionInfo.h"
 #include <QStringList>
-#include "wellKnownText.h"
+#include "object/wellKnownText.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // Well-known text is a tree of NODE["name", number, NODE[...], word, ...] in square or round
 // brackets. One pass reads it with the open nodes on a stack; a name or factor is taken where the
 // stack says what it belongs to.
-#include "wellKnownText.h"
+#include "object/wellKnownText.h"
 #include <QVector>
 
 namespace fennimark {

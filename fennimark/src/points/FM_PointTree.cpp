@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FM_PointTree.h"
 #include <cmath>
-#include "pointCells.h"
-#include "pointForest.h"
+#include "points/pointCells.h"
+#include "points/pointForest.h"
 
 using namespace fennimark;
 

@@ -5,8 +5,8 @@
 #include <QVector>
 #include <algorithm>
 #include "fennimark/FM_PointTree.h"
-#include "pointHits.h"
-#include "pointTree.h"
+#include "points/pointHits.h"
+#include "points/pointTree.h"
 
 namespace fennimark {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "pointForest.h"
+#include "points/pointForest.h"
 #include <cmath>
 #include <cstring>
-#include "angle.h"
+#include "base/angle.h"
 
 namespace fennimark {
 namespace {

@@ -10,8 +10,8 @@
 #include <memory>
 #include <vector>
 #include "fennimark/FM_PointTree.h"
-#include "pointHits.h"
-#include "pointTree.h"
+#include "points/pointHits.h"
+#include "points/pointTree.h"
 
 namespace fennimark {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "pointTree.h"
+#include "points/pointTree.h"
 #include <algorithm>
 #include <cmath>
 #include <limits>

@@ -12,7 +12,7 @@
 #include <cstring>
 #include <limits>
 #include <optional>
-#include "shape.h"
+#include "shape/shape.h"
 
 namespace fennimark {
 namespace {

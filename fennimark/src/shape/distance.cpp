@@ -2,9 +2,9 @@
 // Common points are found exactly and first. What is left is the least distance between two
 // boundaries, by descending both trees at once, nearer boxes first, into pairs of boxes that are
 // nearer than the best so far.
-#include "distance.h"
+#include "shape/distance.h"
 #include <limits>
-#include "relate.h"
+#include "shape/relate.h"
 
 namespace fennimark {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// Squared planar distances between shapes, in squared map units.
 #pragma once
-#include "shape.h"
+#include "shape/shape.h"
 
 namespace fennimark {
 

@@ -6,7 +6,7 @@
 // nothing, and the running sum starts afresh from it, so that no rounding is carried on.
 #include <cmath>
 #include <limits>
-#include "gridCoverage.h"
+#include "shape/gridCoverage.h"
 
 namespace fennimark {
 namespace {

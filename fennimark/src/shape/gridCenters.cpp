@@ -5,8 +5,8 @@
 // exact point test; so the answer is that test's for every centre.
 #include <cmath>
 #include <limits>
-#include "gridCoverage.h"
-#include "relate.h"
+#include "shape/gridCoverage.h"
+#include "shape/relate.h"
 
 namespace fennimark {
 namespace {

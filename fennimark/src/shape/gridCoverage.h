@@ -3,7 +3,7 @@
 #pragma once
 #include <QPair>
 #include <QVector>
-#include "shape.h"
+#include "shape/shape.h"
 
 namespace fennimark {
 

@@ -3,8 +3,8 @@
 // right of the point need not be entered when its segments are one connected path: the path crosses
 // the ray an odd number of times exactly when its two ends lie on different sides of it. So the
 // walk only enters boxes that hold the point.
-#include "orientation.h"
-#include "relate.h"
+#include "base/orientation.h"
+#include "shape/relate.h"
 
 namespace fennimark {
 namespace {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "overlay.h"
+#include "shape/overlay.h"
 #include <cmath>
-#include "orientation.h"
-#include "relate.h"
+#include "base/orientation.h"
+#include "shape/relate.h"
 
 namespace fennimark {
 namespace {

@@ -5,7 +5,7 @@
 #pragma once
 #include <geos_c.h>
 #include "fennimark/FMPolygon.h"
-#include "shape.h"
+#include "shape/shape.h"
 
 namespace fennimark {
 

@@ -3,7 +3,7 @@
 /// objects keep.
 #pragma once
 #include <QList>
-#include "shape.h"
+#include "shape/shape.h"
 
 namespace fennimark {
 

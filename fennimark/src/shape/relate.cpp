@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "relate.h"
-#include "orientation.h"
-#include "sides.h"
+#include "shape/relate.h"
+#include "base/orientation.h"
+#include "shape/sides.h"
 
 namespace fennimark {
 namespace {

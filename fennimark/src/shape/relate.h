@@ -2,7 +2,7 @@
 /// Exact relations of closed sets: where a place lies, what two shapes have in common. No tolerance
 /// anywhere.
 #pragma once
-#include "shape.h"
+#include "shape/shape.h"
 
 namespace fennimark {
 

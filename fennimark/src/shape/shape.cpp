@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "shape.h"
+#include "shape/shape.h"
 #include <cmath>
 #include <cstring>
 #include <limits>

@@ -5,8 +5,8 @@
 #pragma once
 #include <QVarLengthArray>
 #include <vector>
-#include "floatRounding.h"
-#include "geometryView.h"
+#include "base/floatRounding.h"
+#include "shape/geometryView.h"
 
 namespace fennimark {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "sides.h"
+#include "shape/sides.h"
 #include <cmath>
 #include <limits>
-#include "expansion.h"
-#include "orientation.h"
-#include "relate.h"
+#include "base/expansion.h"
+#include "base/orientation.h"
+#include "shape/relate.h"
 
 namespace fennimark {
 namespace {

@@ -8,7 +8,7 @@
 // and the other not; a path just right of it likewise. Cuts are ratios of determinants, compared by
 // intervals and, when these overlap, by exact expansions.
 #pragma once
-#include "shape.h"
+#include "shape/shape.h"
 
 namespace fennimark {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/HilbertTree.h"
-#include "recordStore.h"
+#include "store/recordStore.h"
 
 using fennimark::LiveRecord;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "boxTree.h"
+#include "store/boxTree.h"
 
 namespace fennimark {
 namespace {

@@ -12,7 +12,7 @@
 #include <array>
 #include <limits>
 #include <vector>
-#include "boxRules.h"
+#include "base/boxRules.h"
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif

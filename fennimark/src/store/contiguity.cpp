@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "contiguity.h"
+#include "store/contiguity.h"
 #include <limits>
 
 namespace fennimark {

@@ -2,8 +2,8 @@
 /// Which polygons of one time share a boundary point (queen) or a piece of border (rook).
 #pragma once
 #include <vector>
-#include "geometryFile.h"
-#include "recordStore.h"
+#include "file/geometryFile.h"
+#include "store/recordStore.h"
 
 namespace fennimark {
 

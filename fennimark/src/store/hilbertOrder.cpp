@@ -3,7 +3,7 @@
 // 381-387. The transposed form of a cell (the key's bits dealt out over the axes) is reached by
 // exchanges and inversions from the top bit down and one Gray encoding. The sort is a byte-wise
 // radix sort on the 32-bit keys.
-#include "hilbertOrder.h"
+#include "store/hilbertOrder.h"
 #include <algorithm>
 #include <array>
 #include <cmath>

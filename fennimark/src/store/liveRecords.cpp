@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "liveRecords.h"
-#include "geometryView.h"
-#include "shape.h"
+#include "store/liveRecords.h"
+#include "shape/geometryView.h"
+#include "shape/shape.h"
 
 namespace fennimark {
 namespace {

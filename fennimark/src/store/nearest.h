@@ -3,7 +3,7 @@
 #pragma once
 #include <queue>
 #include <vector>
-#include "recordStore.h"
+#include "store/recordStore.h"
 
 namespace fennimark {
 

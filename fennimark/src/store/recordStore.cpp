@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "recordStore.h"
+#include "store/recordStore.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"

@@ -16,13 +16,13 @@
 #include <QHash>
 #include <QVector>
 #include <vector>
-#include "boxTree.h"
+#include "store/boxTree.h"
 #include "fennimark/HilbertTree.h"
-#include "geometryView.h"
-#include "liveRecords.h"
-#include "observationSource.h"
-#include "scratchSpace.h"
-#include "timeRules.h"
+#include "shape/geometryView.h"
+#include "store/liveRecords.h"
+#include "object/observationSource.h"
+#include "store/scratchSpace.h"
+#include "base/timeRules.h"
 
 namespace fennimark {
 

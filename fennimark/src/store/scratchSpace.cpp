@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "scratchSpace.h"
+#include "store/scratchSpace.h"
 #include <QDir>
 #include <QTemporaryFile>
 #include <algorithm>

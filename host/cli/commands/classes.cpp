@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "render/classes.h"
+#include "core/render/classes.h"
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 #include "datainterface/DataAPI.h"
-#include "failure.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

@@ -6,8 +6,8 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
-#include "console.h"
-#include "session.h"
+#include "cli/console.h"
+#include "core/project/session.h"
 
 namespace meridor {
 

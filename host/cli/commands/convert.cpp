@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <QJsonObject>
 #include <memory>
-#include "commands/projectEdit.h"
-#include "convertDataset.h"
+#include "cli/commands/projectEdit.h"
+#include "core/analysis/convertDataset.h"
 #include "datainterface/DataAPI.h"
-#include "failure.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: MIT
 // Rain and temperature of 1999 in cells of an eighth of a degree. The figures are those of the
 // source; those of counties come from an overlay of cells and counties in a spatial database.
-#include "commands/demoClimate.h"
+#include "cli/commands/demoClimate.h"
 #include <QFileInfo>
 #include <cmath>
 #include <utility>
-#include "commands/snapshot.h"
-#include "commands/statistics.h"
-#include "commands/zonal.h"
+#include "cli/commands/snapshot.h"
+#include "cli/commands/statistics.h"
+#include "cli/commands/zonal.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
-#include "failure.h"
-#include "foreign/rasterReader.h"
-#include "foreign/rasterWriter.h"
-#include "importer/rasterImporter.h"
-#include "model.h"
-#include "render/choropleth.h"
+#include "core/project/failure.h"
+#include "core/formats/rasterReader.h"
+#include "core/formats/rasterWriter.h"
+#include "core/import/rasterImporter.h"
+#include "core/project/catalog.h"
+#include "core/render/choropleth.h"
 
 namespace meridor {
 namespace {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// The demo's second half: monthly grids of rain and temperature, and their means over counties.
 #pragma once
-#include "commands/commands.h"
-#include "commands/demoSteps.h"
+#include "cli/commands/commands.h"
+#include "cli/commands/demoSteps.h"
 
 namespace meridor {
 

@@ -2,7 +2,7 @@
 /// The steps of the demo: what each found, whether it was right, and how long it took.
 #pragma once
 #include <QElapsedTimer>
-#include "console.h"
+#include "cli/console.h"
 
 namespace meridor {
 

@@ -3,12 +3,12 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/projectEdit.h"
+#include "cli/commands/projectEdit.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
-#include "failure.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

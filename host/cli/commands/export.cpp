@@ -4,17 +4,17 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/commands.h"
-#include "commands/tables.h"
+#include "cli/commands/commands.h"
+#include "cli/commands/tables.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
-#include "failure.h"
-#include "foreign/rasterWriter.h"
-#include "interrupt.h"
-#include "model.h"
-#include "safeFile.h"
+#include "core/project/failure.h"
+#include "core/formats/rasterWriter.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
+#include "core/project/safeFile.h"
 
 namespace meridor {
 namespace {

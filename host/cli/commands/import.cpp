@@ -3,14 +3,14 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
-#include "failure.h"
-#include "foreign/rasterReader.h"
-#include "importer/rasterImporter.h"
-#include "model.h"
-#include "safeFile.h"
+#include "core/project/failure.h"
+#include "core/formats/rasterReader.h"
+#include "core/import/rasterImporter.h"
+#include "core/project/catalog.h"
+#include "core/project/safeFile.h"
 
 namespace meridor {
 namespace {

@@ -4,13 +4,13 @@
 #include <QJsonObject>
 #include <algorithm>
 #include <memory>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataset.h"
-#include "model.h"
-#include "progress.h"
+#include "core/project/catalog.h"
+#include "cli/terminalProgress.h"
 
 namespace meridor {
 namespace {

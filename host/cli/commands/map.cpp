@@ -3,15 +3,15 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/MDataset.h"
-#include "failure.h"
-#include "model.h"
-#include "render/choropleth.h"
-#include "render/palette.h"
-#include "safeFile.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
+#include "core/render/choropleth.h"
+#include "core/render/palette.h"
+#include "core/project/safeFile.h"
 
 namespace meridor {
 namespace {

@@ -5,12 +5,12 @@
 #include <QRandomGenerator>
 #include <limits>
 #include <memory>
-#include "analysis/moranOverTime.h"
-#include "commands/projectEdit.h"
+#include "core/analysis/moranOverTime.h"
+#include "cli/commands/projectEdit.h"
 #include "datainterface/DataAPI.h"
-#include "failure.h"
-#include "model.h"
-#include "weightSets.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
+#include "core/analysis/weightSets.h"
 
 namespace meridor {
 namespace {

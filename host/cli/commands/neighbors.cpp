@@ -5,12 +5,12 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 #include "datainterface/GeographyAPI.h"
-#include "failure.h"
-#include "model.h"
-#include "progress.h"
-#include "weightSets.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
+#include "cli/terminalProgress.h"
+#include "core/analysis/weightSets.h"
 
 namespace meridor {
 namespace {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "commands/objectChoice.h"
+#include "cli/commands/objectChoice.h"
 #include <QSet>
 #include <algorithm>
 #include <cmath>
@@ -8,10 +8,10 @@
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDatum.h"
 #include "datainterface/MGeoData.h"
-#include "failure.h"
-#include "foreign/values.h"
-#include "model.h"
-#include "render/classes.h"
+#include "core/project/failure.h"
+#include "core/formats/values.h"
+#include "core/project/catalog.h"
+#include "core/render/classes.h"
 
 namespace meridor {
 namespace {

@@ -2,7 +2,7 @@
 /// Objects as people choose them: by key, by a value, by a range of values, by existence.
 #pragma once
 #include <QVector>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 
 namespace meridor {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 
 namespace meridor {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "commands/projectEdit.h"
-#include "safeFile.h"
+#include "cli/commands/projectEdit.h"
+#include "core/project/safeFile.h"
 
 namespace meridor {
 

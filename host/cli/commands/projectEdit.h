@@ -2,7 +2,7 @@
 /// Verbs that change a project. It is written whole beside the old file, which goes only when the
 /// new one is complete.
 #pragma once
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 
 namespace meridor {
 

@@ -3,19 +3,19 @@
 #include <QJsonObject>
 #include <cmath>
 #include <memory>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/RasterAPI.h"
-#include "failure.h"
-#include "foreign/ogrReader.h"
-#include "hostController.h"
-#include "model.h"
-#include "raster/cellShares.h"
-#include "raster/gridValues.h"
-#include "shapeAccess.h"
+#include "core/project/failure.h"
+#include "core/formats/ogrReader.h"
+#include "core/project/projectHost.h"
+#include "core/project/catalog.h"
+#include "core/grids/cellShares.h"
+#include "core/grids/gridValues.h"
+#include "core/project/shapeAccess.h"
 
 namespace meridor {
 namespace {

@@ -2,9 +2,9 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/objectChoice.h"
+#include "cli/commands/objectChoice.h"
 #include "datainterface/DataAPI.h"
-#include "model.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

@@ -2,12 +2,12 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/RasterAPI.h"
-#include "failure.h"
-#include "model.h"
-#include "raster/gridValues.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
+#include "core/grids/gridValues.h"
 
 namespace meridor {
 namespace {

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "commands/snapshot.h"
+#include "cli/commands/snapshot.h"
 #include <algorithm>
 #include <cmath>
-#include "console.h"
+#include "cli/console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
-#include "model.h"
-#include "raster/gridValues.h"
+#include "core/project/catalog.h"
+#include "core/grids/gridValues.h"
 
 namespace meridor {
 namespace {

@@ -3,14 +3,14 @@
 #include <QJsonObject>
 #include <limits>
 #include <memory>
-#include "commands/commands.h"
-#include "commands/statistics.h"
+#include "cli/commands/commands.h"
+#include "cli/commands/statistics.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MRasterDataset.h"
-#include "failure.h"
-#include "interrupt.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 

@@ -2,12 +2,12 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/objectChoice.h"
-#include "commands/projectEdit.h"
+#include "cli/commands/objectChoice.h"
+#include "cli/commands/projectEdit.h"
 #include "datainterface/FrameAPI.h"
-#include "failure.h"
-#include "model.h"
-#include "subsetGeography.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
+#include "core/analysis/subsetGeography.h"
 
 namespace meridor {
 namespace {

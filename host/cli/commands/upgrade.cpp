@@ -2,10 +2,10 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 #include "datainterface/VersionAPI.h"
-#include "model.h"
-#include "safeFile.h"
+#include "core/project/catalog.h"
+#include "core/project/safeFile.h"
 
 namespace meridor {
 namespace {

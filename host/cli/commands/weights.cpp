@@ -3,13 +3,13 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/projectEdit.h"
-#include "commands/weightsFiles.h"
+#include "cli/commands/projectEdit.h"
+#include "cli/commands/weightsFiles.h"
 #include "datainterface/MGeoData.h"
-#include "failure.h"
-#include "model.h"
-#include "progress.h"
-#include "weightSets.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
+#include "cli/terminalProgress.h"
+#include "core/analysis/weightSets.h"
 
 namespace meridor {
 namespace {

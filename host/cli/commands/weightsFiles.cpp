@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "commands/weightsFiles.h"
+#include "cli/commands/weightsFiles.h"
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "commands/projectEdit.h"
+#include "cli/commands/projectEdit.h"
 #include "datainterface/GeographyAPI.h"
-#include "failure.h"
-#include "model.h"
-#include "progress.h"
-#include "safeFile.h"
-#include "weightSets.h"
+#include "core/project/failure.h"
+#include "core/project/catalog.h"
+#include "cli/terminalProgress.h"
+#include "core/project/safeFile.h"
+#include "core/analysis/weightSets.h"
 
 namespace meridor {
 namespace {

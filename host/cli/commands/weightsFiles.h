@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The verbs between weight sets and files.
 #pragma once
-#include "commands/commands.h"
+#include "cli/commands/commands.h"
 
 namespace meridor {
 

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
-#include "commands/zonal.h"
+#include "cli/commands/zonal.h"
 #include <QJsonArray>
 #include <QJsonObject>
 #include <limits>
 #include <memory>
-#include "commands/projectEdit.h"
+#include "cli/commands/projectEdit.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorData.h"
-#include "failure.h"
-#include "hostController.h"
-#include "model.h"
-#include "raster/gridValues.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "core/project/catalog.h"
+#include "core/grids/gridValues.h"
 
 namespace meridor {
 

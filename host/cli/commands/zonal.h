@@ -4,7 +4,7 @@
 #include <QString>
 #include <QVector>
 #include "datainterface/TimeStamp.h"
-#include "raster/zones.h"
+#include "core/grids/zones.h"
 
 namespace meridor {
 

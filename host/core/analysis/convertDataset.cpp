@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "convertDataset.h"
+#include "core/analysis/convertDataset.h"
 #include <algorithm>
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/TimeAPI.h"
-#include "failure.h"
-#include "interrupt.h"
-#include "model.h"
-#include "progress.h"
+#include "core/project/failure.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
+#include "cli/terminalProgress.h"
 
 namespace meridor {
 namespace {

@@ -8,7 +8,7 @@
 // stand behind one another for all permutations, so that an object's reference distribution is a
 // few passes over plain arrays, without a look-up. The few permutations that drew the object
 // itself among its first values skip it and take one value more.
-#include "analysis/moran.h"
+#include "core/analysis/moran.h"
 #include <algorithm>
 #include <array>
 #include <cmath>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "analysis/moranOverTime.h"
+#include "core/analysis/moranOverTime.h"
 #include <QSet>
 #include <cmath>
 #include <limits>
@@ -7,10 +7,10 @@
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/StatisticsAPI.h"
 #include "datainterface/dataContainer.h"
-#include "failure.h"
-#include "interrupt.h"
-#include "model.h"
-#include "weightSets.h"
+#include "core/project/failure.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
+#include "core/analysis/weightSets.h"
 
 namespace meridor {
 namespace {

@@ -4,9 +4,9 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
-#include "analysis/moran.h"
+#include "core/analysis/moran.h"
 #include "datainterface/TimeStamp.h"
-#include "progress.h"
+#include "cli/terminalProgress.h"
 
 namespace meridor {
 

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "subsetGeography.h"
+#include "core/analysis/subsetGeography.h"
 #include <QFile>
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
-#include "failure.h"
+#include "core/project/failure.h"
 #include "fennimark/Fennims.h"
-#include "hostController.h"
-#include "interrupt.h"
-#include "model.h"
-#include "progress.h"
+#include "core/project/projectHost.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
+#include "cli/terminalProgress.h"
 
 namespace meridor {
 namespace {

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "weightSets.h"
+#include "core/analysis/weightSets.h"
 #include <QHash>
 #include <QSet>
 #include <cmath>
 #include <memory>
-#include "console.h"
+#include "cli/console.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MGeoData.h"
-#include "failure.h"
-#include "interrupt.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

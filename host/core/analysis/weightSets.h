@@ -6,7 +6,7 @@
 #include <QVector>
 #include <functional>
 #include "datainterface/WeightsAPI.h"
-#include "foreign/weightsFile.h"
+#include "core/formats/weightsFile.h"
 
 namespace meridor {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "foreign/gdalFile.h"
+#include "core/formats/gdalFile.h"
 #include <QFileInfo>
 #include <cpl_conv.h>
 #include <cpl_error.h>
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

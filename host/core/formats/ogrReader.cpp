@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "foreign/ogrReader.h"
+#include "core/formats/ogrReader.h"
 #include <cmath>
 #include <cpl_error.h>
 #include <cpl_string.h>
 #include <memory>
 #include <ogr_api.h>
-#include "console.h"
-#include "failure.h"
-#include "foreign/gdalFile.h"
-#include "foreign/ogrShapes.h"
-#include "foreign/values.h"
-#include "interrupt.h"
+#include "cli/console.h"
+#include "core/project/failure.h"
+#include "core/formats/gdalFile.h"
+#include "core/formats/ogrShapes.h"
+#include "core/formats/values.h"
+#include "cli/interrupt.h"
 
 namespace meridor {
 namespace {

@@ -3,7 +3,7 @@
 #pragma once
 #include <QSet>
 #include <functional>
-#include "foreign/featureTable.h"
+#include "core/formats/featureTable.h"
 
 namespace meridor {
 

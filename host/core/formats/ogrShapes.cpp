@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "foreign/ogrShapes.h"
+#include "core/formats/ogrShapes.h"
 #include <cmath>
 #include <memory>
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

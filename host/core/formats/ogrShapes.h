@@ -2,7 +2,7 @@
 /// Turns GDAL's geometries into plain parts.
 #pragma once
 #include <ogr_api.h>
-#include "foreign/featureTable.h"
+#include "core/formats/featureTable.h"
 
 namespace meridor {
 

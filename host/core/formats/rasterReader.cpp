@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "foreign/rasterReader.h"
+#include "core/formats/rasterReader.h"
 #include <algorithm>
 #include <cmath>
 #include <cpl_error.h>
 #include <cpl_string.h>
 #include <limits>
 #include <vector>
-#include "console.h"
-#include "failure.h"
-#include "foreign/values.h"
-#include "raster/cellTypes.h"
+#include "cli/console.h"
+#include "core/project/failure.h"
+#include "core/formats/values.h"
+#include "core/formats/cellTypes.h"
 
 namespace meridor {
 namespace {

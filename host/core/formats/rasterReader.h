@@ -9,7 +9,7 @@
 #include <functional>
 #include "datainterface/DataType.h"
 #include "datainterface/MissingFlag.h"
-#include "foreign/gdalFile.h"
+#include "core/formats/gdalFile.h"
 
 namespace meridor {
 

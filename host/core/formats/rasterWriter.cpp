@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "foreign/rasterWriter.h"
+#include "core/formats/rasterWriter.h"
 #include <algorithm>
 #include <cpl_error.h>
 #include <vector>
-#include "console.h"
+#include "cli/console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MRasterDataset.h"
-#include "failure.h"
-#include "foreign/gdalFile.h"
-#include "interrupt.h"
-#include "model.h"
-#include "progress.h"
-#include "raster/cellTypes.h"
-#include "raster/heldRaster.h"
-#include "safeFile.h"
+#include "core/project/failure.h"
+#include "core/formats/gdalFile.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
+#include "cli/terminalProgress.h"
+#include "core/formats/cellTypes.h"
+#include "core/formats/heldRaster.h"
+#include "core/project/safeFile.h"
 
 namespace meridor {
 namespace {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "foreign/values.h"
+#include "core/formats/values.h"
 #include <algorithm>
 #include <charconv>
 #include <cmath>

@@ -3,7 +3,7 @@
 #pragma once
 #include <optional>
 #include <string_view>
-#include "foreign/featureTable.h"
+#include "core/formats/featureTable.h"
 
 namespace meridor {
 

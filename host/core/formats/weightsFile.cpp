@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "foreign/weightsFile.h"
+#include "core/formats/weightsFile.h"
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QSet>
 #include <QTextStream>
-#include "console.h"
-#include "failure.h"
-#include "foreign/values.h"
-#include "safeFile.h"
+#include "cli/console.h"
+#include "core/project/failure.h"
+#include "core/formats/values.h"
+#include "core/project/safeFile.h"
 
 namespace meridor {
 namespace {

@@ -3,13 +3,13 @@
 // polygon's box has from the top. Both are the same rows where the box lies in the middle of the
 // grid. So the polygon is moved, by whole rows, to the middle of a grid that has its rows and one
 // more where that makes a middle.
-#include "raster/cellShares.h"
+#include "core/grids/cellShares.h"
 #include <QPolygonF>
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/RasterAPI.h"
-#include "failure.h"
-#include "hostController.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

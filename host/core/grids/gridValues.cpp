@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "raster/gridValues.h"
+#include "core/grids/gridValues.h"
 #include <limits>
-#include "console.h"
+#include "cli/console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/RasterAPI.h"
-#include "failure.h"
-#include "foreign/values.h"
-#include "hostController.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "core/formats/values.h"
+#include "core/project/projectHost.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 

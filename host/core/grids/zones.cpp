@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "raster/zones.h"
+#include "core/grids/zones.h"
 #include <cmath>
-#include "failure.h"
-#include "hostController.h"
-#include "model.h"
-#include "shapeAccess.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "core/project/catalog.h"
+#include "core/project/shapeAccess.h"
 
 namespace meridor {
 

@@ -3,8 +3,8 @@
 /// polygon.
 #pragma once
 #include <QMap>
-#include "progress.h"
-#include "raster/cellShares.h"
+#include "cli/terminalProgress.h"
+#include "core/grids/cellShares.h"
 
 namespace meridor {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "raster/bandTimes.h"
+#include "core/import/bandTimes.h"
 #include <algorithm>
 #include <numeric>
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// When the bands of a file hold.
 #pragma once
-#include "foreign/rasterReader.h"
-#include "importer/importOptions.h"
-#include "times.h"
+#include "core/formats/rasterReader.h"
+#include "core/import/importOptions.h"
+#include "core/project/times.h"
 
 namespace meridor {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "importer/cells.h"
-#include "failure.h"
+#include "core/import/cells.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

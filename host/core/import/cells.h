@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// From cells to values: which kind a dataset needs, and each cell as such a value.
 #pragma once
-#include "foreign/values.h"
-#include "importer/importPlan.h"
+#include "core/formats/values.h"
+#include "core/import/importPlan.h"
 
 namespace meridor {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "importer/datasetBuilder.h"
+#include "core/import/datasetBuilder.h"
 #include <QPair>
 #include <QSet>
 #include <algorithm>
@@ -7,10 +7,10 @@
 #include "datainterface/MDataSource.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
-#include "failure.h"
-#include "importer/cells.h"
-#include "importer/observations.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "core/import/cells.h"
+#include "core/import/observations.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

@@ -2,7 +2,7 @@
 /// Fills a new geography with the datasets of a plan.
 #pragma once
 #include <functional>
-#include "importer/importPlan.h"
+#include "core/import/importPlan.h"
 
 namespace meridor {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "importer/geographyBuilder.h"
+#include "core/import/geographyBuilder.h"
 #include <QFileInfo>
 #include <QRectF>
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

@@ -2,7 +2,7 @@
 /// Makes a geography of a plan through the public builder.
 #pragma once
 #include <functional>
-#include "importer/importPlan.h"
+#include "core/import/importPlan.h"
 
 namespace meridor {
 

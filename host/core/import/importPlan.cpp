@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "importer/importPlan.h"
+#include "core/import/importPlan.h"
 #include <QSet>
-#include "failure.h"
-#include "foreign/ogrReader.h"
-#include "importer/timeline.h"
+#include "core/project/failure.h"
+#include "core/formats/ogrReader.h"
+#include "core/import/timeline.h"
 
 namespace meridor {
 namespace {

@@ -5,12 +5,12 @@
 #pragma once
 #include <QHash>
 #include <functional>
-#include "console.h"
-#include "foreign/featureTable.h"
-#include "importer/importOptions.h"
-#include "importer/join.h"
-#include "importer/seriesSpec.h"
-#include "times.h"
+#include "cli/console.h"
+#include "core/formats/featureTable.h"
+#include "core/import/importOptions.h"
+#include "core/import/join.h"
+#include "core/import/seriesSpec.h"
+#include "core/project/times.h"
 
 namespace meridor {
 

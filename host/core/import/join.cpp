@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "importer/join.h"
+#include "core/import/join.h"
 #include <QHash>
 #include <QSet>
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// Brings the columns of a table to the rows of a map.
 #pragma once
-#include "console.h"
-#include "foreign/featureTable.h"
+#include "cli/console.h"
+#include "core/formats/featureTable.h"
 
 namespace meridor {
 

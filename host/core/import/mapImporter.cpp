@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "importer/mapImporter.h"
+#include "core/import/mapImporter.h"
 #include <algorithm>
-#include "failure.h"
-#include "hostController.h"
-#include "importer/datasetBuilder.h"
-#include "importer/geographyBuilder.h"
-#include "model.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "core/import/datasetBuilder.h"
+#include "core/import/geographyBuilder.h"
+#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// An import from its options to the finished geography.
 #pragma once
-#include "importer/importPlan.h"
-#include "importer/nearVertices.h"
-#include "progress.h"
+#include "core/import/importPlan.h"
+#include "core/import/nearVertices.h"
+#include "cli/terminalProgress.h"
 
 namespace meridor {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Vertices are put into square cells as wide as the distance and sorted by cell; what is near a
 // vertex lies in its own cell or one of the eight around it, three runs of the sorted list.
-#include "importer/nearVertices.h"
+#include "core/import/nearVertices.h"
 #include <algorithm>
 #include <cmath>
 #include <tuple>

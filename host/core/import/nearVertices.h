@@ -2,7 +2,7 @@
 /// Vertices that are nearly but not quite the same: borders that a map shows as one line and that
 /// are two.
 #pragma once
-#include "foreign/featureTable.h"
+#include "core/formats/featureTable.h"
 
 namespace meridor {
 

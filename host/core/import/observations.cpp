@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "importer/observations.h"
+#include "core/import/observations.h"
 #include <algorithm>
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

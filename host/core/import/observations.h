@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// A table of observations, object by object.
 #pragma once
-#include "importer/importPlan.h"
+#include "core/import/importPlan.h"
 
 namespace meridor {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "importer/rasterImporter.h"
+#include "core/import/rasterImporter.h"
 #include <QFileInfo>
 #include <algorithm>
 #include <cmath>
@@ -11,12 +11,12 @@
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/RasterAPI.h"
-#include "failure.h"
-#include "foreign/rasterReader.h"
-#include "hostController.h"
-#include "model.h"
-#include "raster/bandTimes.h"
-#include "raster/cellTypes.h"
+#include "core/project/failure.h"
+#include "core/formats/rasterReader.h"
+#include "core/project/projectHost.h"
+#include "core/project/catalog.h"
+#include "core/import/bandTimes.h"
+#include "core/formats/cellTypes.h"
 
 namespace meridor {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// A grid from its file to the finished geography.
 #pragma once
-#include "importer/mapImporter.h"
+#include "core/import/mapImporter.h"
 
 namespace meridor {
 

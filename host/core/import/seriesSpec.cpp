@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "importer/seriesSpec.h"
+#include "core/import/seriesSpec.h"
 #include <QRegularExpression>
-#include "console.h"
-#include "failure.h"
-#include "times.h"
+#include "cli/console.h"
+#include "core/project/failure.h"
+#include "core/project/times.h"
 
 namespace meridor {
 namespace {

@@ -9,7 +9,7 @@
 #pragma once
 #include <QString>
 #include <QVector>
-#include "foreign/featureTable.h"
+#include "core/formats/featureTable.h"
 
 namespace meridor {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "importer/timeline.h"
+#include "core/import/timeline.h"
 #include <QSet>
 #include <algorithm>
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The times of an import: which format its texts need, and when each row of the map holds.
 #pragma once
-#include "importer/importPlan.h"
+#include "core/import/importPlan.h"
 
 namespace meridor {
 

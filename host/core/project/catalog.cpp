@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-#include "model.h"
+#include "core/project/catalog.h"
 #include <QSet>
 #include <algorithm>
-#include "console.h"
+#include "cli/console.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorData.h"
-#include "failure.h"
+#include "core/project/failure.h"
 #include "fennimark/Fennims.h"
-#include "hostController.h"
+#include "core/project/projectHost.h"
 
 namespace meridor {
 namespace {

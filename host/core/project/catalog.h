@@ -9,7 +9,7 @@
 #include "datainterface/MVectorDataset.h"
 #include "datainterface/TimeStamp.h"
 #include "datainterface/datum.h"
-#include "times.h"
+#include "core/project/times.h"
 
 class MGeoData;
 class MRasterDataset;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "hostController.h"
+#include "core/project/projectHost.h"
 #include <memory>
 #include "datainterface/MGeoData.h"
 

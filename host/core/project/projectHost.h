@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
-#include "console.h"
+#include "cli/console.h"
 #include "datainterface/ControllerBase.h"
 
 namespace meridor {

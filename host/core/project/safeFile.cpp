@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "safeFile.h"
+#include "core/project/safeFile.h"
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -10,7 +10,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include "failure.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-#include "session.h"
+#include "core/project/session.h"
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
 #include "datainterface/DataBlocks.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/ProjectAPI.h"
-#include "failure.h"
+#include "core/project/failure.h"
 #include "fennimark/Fennims.h"
-#include "interrupt.h"
-#include "model.h"
-#include "progress.h"
-#include "safeFile.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
+#include "cli/terminalProgress.h"
+#include "core/project/safeFile.h"
 
 namespace meridor {
 namespace {

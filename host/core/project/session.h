@@ -5,8 +5,8 @@
 #include <QString>
 #include <QTemporaryDir>
 #include <memory>
-#include "console.h"
-#include "hostController.h"
+#include "cli/console.h"
+#include "core/project/projectHost.h"
 
 namespace meridor {
 

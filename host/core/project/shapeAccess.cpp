@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "shapeAccess.h"
+#include "core/project/shapeAccess.h"
 #include "fennimark/FMPolygon.h"
 
 namespace meridor {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "times.h"
+#include "core/project/times.h"
 #include <QDateTime>
 #include <QLocale>
 #include <QRegularExpression>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "render/choropleth.h"
+#include "core/render/choropleth.h"
 #include <QBuffer>
 #include <QFile>
 #include <QMap>
@@ -8,17 +8,17 @@
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
-#include "failure.h"
+#include "core/project/failure.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
-#include "model.h"
-#include "render/classes.h"
-#include "render/palette.h"
-#include "safeFile.h"
-#include "shapeAccess.h"
+#include "core/project/catalog.h"
+#include "core/render/classes.h"
+#include "core/render/palette.h"
+#include "core/project/safeFile.h"
+#include "core/project/shapeAccess.h"
 
 namespace meridor {
 namespace {

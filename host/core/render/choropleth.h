@@ -3,8 +3,8 @@
 #pragma once
 #include <QSize>
 #include <QString>
-#include "hostController.h"
-#include "render/mapPicture.h"
+#include "core/project/projectHost.h"
+#include "core/render/mapPicture.h"
 
 namespace meridor {
 

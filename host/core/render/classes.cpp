@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "render/classes.h"
+#include "core/render/classes.h"
 #include <QMap>
 #include <algorithm>
 #include "datainterface/DataAPI.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/RasterAPI.h"
-#include "failure.h"
-#include "interrupt.h"
-#include "model.h"
-#include "raster/gridValues.h"
-#include "raster/heldRaster.h"
+#include "core/project/failure.h"
+#include "cli/interrupt.h"
+#include "core/project/catalog.h"
+#include "core/grids/gridValues.h"
+#include "core/formats/heldRaster.h"
 
 namespace meridor {
 namespace {

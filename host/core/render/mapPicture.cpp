@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "render/mapPicture.h"
+#include "core/render/mapPicture.h"
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Ramps are given by a few anchors and interpolated in OKLab (B. Ottosson 2020, "A perceptual color
 // space for image processing"), where equal steps look equal and lightness falls evenly.
-#include "render/palette.h"
+#include "core/render/palette.h"
 #include <QMap>
 #include <array>
 #include <cmath>

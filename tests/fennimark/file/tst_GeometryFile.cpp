@@ -2,10 +2,10 @@
 // The geometry file: what is written reads back the same, and nothing else is believed.
 #include <QtEndian>
 #include <functional>
-#include "crc32c.h"
+#include "file/crc32c.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/geographies.h"
-#include "timeRules.h"
+#include "base/timeRules.h"
 
 namespace {
 

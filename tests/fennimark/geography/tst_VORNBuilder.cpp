@@ -2,7 +2,7 @@
 // What a builder takes and refuses, and how time is cut by what was built.
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/geographies.h"
-#include "timeRules.h"
+#include "base/timeRules.h"
 
 Q_DECLARE_METATYPE(TreeObject *)
 

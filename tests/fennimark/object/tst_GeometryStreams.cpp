@@ -4,8 +4,8 @@
 #include <QtTest>
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMProjectionInfo.h"
-#include "geometryCases.h"
-#include "geometryView.h"
+#include "fennimark/shape/geometryCases.h"
+#include "shape/geometryView.h"
 
 namespace {
 

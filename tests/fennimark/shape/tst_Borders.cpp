@@ -3,8 +3,8 @@
 // turned.
 #include <QtTest>
 #include <tuple>
-#include "geometryCases.h"
-#include "geometryView.h"
+#include "fennimark/shape/geometryCases.h"
+#include "shape/geometryView.h"
 
 using fennimark::Contact;
 using fennimark::ObjectAccess;

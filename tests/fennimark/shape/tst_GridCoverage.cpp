@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Cells of a grid against the point test of every centre and GEOS's intersection with every cell.
 #include <QtTest>
-#include "geometryCases.h"
+#include "fennimark/shape/geometryCases.h"
 
 namespace {
 

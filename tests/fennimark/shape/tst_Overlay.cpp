@@ -2,7 +2,7 @@
 // Areas as sets: what is simple, measures, overlay and what is drawn from an area.
 #include <QtTest>
 #include "fennimark/FMPoint.h"
-#include "geometryCases.h"
+#include "fennimark/shape/geometryCases.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 // and collinear runs.
 #include <QtTest>
 #include "fennimark/FMPoint.h"
-#include "geometryCases.h"
-#include "orientation.h"
+#include "fennimark/shape/geometryCases.h"
+#include "base/orientation.h"
 
 namespace {
 

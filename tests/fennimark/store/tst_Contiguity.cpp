@@ -5,7 +5,7 @@
 #include <QJsonObject>
 #include <algorithm>
 #include "fennimark/geographies.h"
-#include "recordStore.h"
+#include "store/recordStore.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <set>
 #include "fennimark/geographies.h"
-#include "recordStore.h"
-#include "scratchSpace.h"
+#include "store/recordStore.h"
+#include "store/scratchSpace.h"
 
 namespace {
 
