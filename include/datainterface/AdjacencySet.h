@@ -23,8 +23,9 @@ class MVectorData;
 class QPointF;
 class VORN_MissingData;
 namespace datainterface {
+struct LoadContext;
 struct WeightRule;
-}
+} // namespace datainterface
 
 /// How neighbours are found. The numbers are file format.
 enum neighborMethodType : qint32 {
@@ -192,7 +193,9 @@ private:
     bool readList(const NeighborLists &lists, unsigned int id, QVector<neighborDatum> &list,
                   const VORN_MissingData &missing) const;
     datainterface::WeightRule weightRule() const;
-    bool readDefinition(QDataStream &in);
+    friend class MGeoData;
+    bool Restore(QDataStream &in, const datainterface::LoadContext &context);
+    bool readDefinition(QDataStream &in, const datainterface::LoadContext &context);
     bool readLists(QDataStream &in);
     void renumberWeights();
 

@@ -17,6 +17,9 @@
 class QDataStream;
 class VORN_DataContainer;
 class VariogramModel;
+namespace datainterface {
+struct LoadContext;
+}
 
 /// Owns its datasets, by their whole packed id. An unknown dataset id gives false, 0 or an empty
 /// value, silently; IsValid alone answers true for one. Signals are direct calls.
@@ -138,17 +141,21 @@ Q_SIGNALS:
     void VariogramModelChangedSignal(const DataId &id, qint32 modelId);
 
 protected:
+    friend class MVectorData;
+    friend class MRasterData;
+    /// RestoreFromStream with what the parts of a load tell each other.
+    virtual bool Restore(QDataStream &in, datainterface::LoadContext &context);
+    /// A dataset of that kind to be restored into, MDataset::GetDatasetKind's number; null for a
+    /// kind that does not belong here.
+    virtual MDataset *NewEmptyDataset(int kind);
+
     int mNextDatasetId;
     qint32 mKind = BaseSource;
-    QString mDirectory; ///< stays empty: values lie in the block store
     QMap<int, MDataset *> mDatasets;
-    qint32 mLegacyObjectCount = 0; ///< from files before 130000, which kept it here
-    int mExpectedObjectCount = -1; ///< the geography's, while a project is read; -1: not known
 
 private:
     void deleteDataset(int id);
-    MDataset *newDataset(qint32 tag);
-    bool adoptRestored(MDataset *dataset, QDataStream &in);
-    bool restoreDatasets(QDataStream &in);
-    bool restoreLegacyDatasets(QDataStream &in);
+    bool adoptRestored(MDataset *dataset, QDataStream &in, datainterface::LoadContext &context);
+    bool restoreDatasets(QDataStream &in, datainterface::LoadContext &context);
+    bool restoreLegacyDatasets(QDataStream &in, datainterface::LoadContext &context);
 };

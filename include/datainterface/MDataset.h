@@ -22,6 +22,9 @@ class MGeoData;
 class VORN_ConstDataContainer;
 class VORN_DataContainer;
 struct DatasetProps;
+namespace datainterface {
+struct LoadContext;
+}
 
 /// Statistics of one set of values.
 struct DATAINTERFACE_EXPORT DataSetStats {
@@ -62,6 +65,8 @@ public:
             return name == other.name && name.isNull() == other.name.isNull() && id == other.id;
         }
     };
+
+    enum Kind : int { VectorKind = 1, RasterKind = 2 };
 
     virtual bool SaveToStream(QDataStream &out);
     /// Everything behind the dataset kind, which the data source has read to choose the class.
@@ -127,7 +132,7 @@ public:
 
     int GetId() const { return mId; }
     void SetId(int id) { mId = id; }
-    /// 1 vector, 2 raster: the first word of the stream form.
+    /// A Kind: the first word of the stream form.
     int GetDatasetKind() const { return mDatasetKind; }
     DataType GetDataType() const { return mDataType; }
     /// The values do not depend on time: every time is 0.
@@ -182,7 +187,8 @@ Q_SIGNALS:
     void VariogramModelChangedSignal(const DataId &dataset, qint32 model);
 
 protected:
-    /// For loading: the fields come from the stream. `directory` is scratch space of the dataset.
+    /// For loading: the fields come from the stream. `directory` is not used: values lie
+    /// in the block store.
     MDataset(MDataSource *source, const QString &directory);
     MDataset(MDataSource *source, int id, DataType type, const QString &name, const QString &path,
              int realizationCount);
@@ -194,10 +200,12 @@ protected:
     {
         return realization >= 0 && realization < mStatistics.size();
     }
+    /// RestoreFromStream with what the parts of a load tell each other.
+    virtual bool Restore(QDataStream &in, datainterface::LoadContext &context);
     /// Marks the whole-realization statistics out of date.
     void invalidateStatistics(int realization);
-    /// By dataInterfaceVersionLoading; the number of realizations with them.
-    void readStatistics(QDataStream &in);
+    /// The number of realizations with them.
+    void readStatistics(QDataStream &in, const datainterface::LoadContext &context);
 
     int mId = 0;
     int mDatasetKind = 0;
@@ -210,13 +218,12 @@ protected:
     QList<pathLevel> mHierarchyPath;
     int mRealizationCount = 0;
     mutable QVector<StatsRealization> mStatistics; ///< filled on demand
-    QString mScratchDirectory;
 
 private:
     friend class MDataSource;
 
     void forwardSignalsTo(MDataSource *source);
-    void readTags(QDataStream &in);
+    void readTags(QDataStream &in, const datainterface::LoadContext &context);
     void readVariogramModels(QDataStream &in);
 };
 

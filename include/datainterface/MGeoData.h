@@ -25,6 +25,9 @@ class MDatum;
 class MLinker;
 class QDataStream;
 struct RectInT;
+namespace datainterface {
+struct LoadContext;
+}
 
 /// A QObject so that views can listen. Owns its data source, which the derived class makes, its
 /// weight sets, and the attributes that the application adds.
@@ -173,16 +176,19 @@ protected:
     void selectByRange(int dataset, int realization, qint64 time, double low, double high,
                        int attribute);
 
+    /// RestoreFromStream with what the parts of a load tell each other.
+    virtual bool Restore(QDataStream &in, datainterface::LoadContext &context);
+
     /// The fields that every kind of geography fills alike.
     GeoProps BaseProperties();
 
     /// The id and the counter, as they stand together in every version.
     bool restoreIds(QDataStream &in);
     /// The weight sets, under ids or, in files before 120000, under names.
-    bool readWeightSets(QDataStream &in);
+    bool readWeightSets(QDataStream &in, const datainterface::LoadContext &context);
     /// Of a file before 400002: frees all lists, and removes the sets that only a host could fill
     /// again, with a note.
-    void purgeWeightSets();
+    void purgeWeightSets(const datainterface::LoadContext &context);
     /// Whether every set has as many lists as there are objects; asked when the data source has
     /// been read.
     bool weightSetsFit() const;
@@ -206,6 +212,6 @@ private:
     template <class Test>
     void selectWhere(int dataset, int realization, qint64 time, int attribute, Test test);
     void saveWeightSets(QDataStream &out) const;
-    bool readWeightSet(QDataStream &in);
-    bool readNamedWeightSet(QDataStream &in);
+    bool readWeightSet(QDataStream &in, const datainterface::LoadContext &context);
+    bool readNamedWeightSet(QDataStream &in, const datainterface::LoadContext &context);
 };

@@ -16,7 +16,6 @@ public:
                 const QString &filePath);
 
     bool SaveToStream(QDataStream &out) override;
-    bool RestoreFromStream(QDataStream &in) override;
     bool IsValid() const override;
     GeoProps GetProperties() override;
     /// Cells, at any time.
@@ -39,6 +38,9 @@ public:
     bool GetPixelBounds(unsigned int column, unsigned int row, QRectF &rect) const;
     /// The tag "Projection".
     QString GetProjectionName() const;
+
+protected:
+    bool Restore(QDataStream &in, datainterface::LoadContext &context) override;
 
 private:
     MRasterDataSource *mRasterDataSource = nullptr; ///< mDataSource, typed

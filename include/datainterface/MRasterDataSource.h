@@ -32,7 +32,6 @@ public:
     static bool IsGrid(qint64 columns, qint64 rows, const QRectF &bounds);
 
     bool SaveToStream(QDataStream &out) override;
-    bool RestoreFromStream(QDataStream &in) override;
     unsigned int GetObjectCount() const override { return mColumns * mRows; }
     bool IsDatasetIdValid(int id) const override;
     /// From one shown cell to the next, row by row, in steps of the display.
@@ -147,6 +146,10 @@ public:
     /// The grid and the window of `RectQuery` in the terms of the geometry library.
     FMGrid GetGrid() const;
     bool GetWindow(const QRectF &rect, bool centersOnly, FMGridWindow &window) const;
+
+protected:
+    bool Restore(QDataStream &in, datainterface::LoadContext &context) override;
+    MDataset *NewEmptyDataset(int kind) override;
 
 private:
     double top() const { return mBounds.y() + mBounds.height(); }

@@ -68,9 +68,8 @@ public:
     /// value.
     const MissingFlag &GetCellFlag() const { return mCellFlag; }
 
+    /// RestoreFromStream refuses files before 180005, which held the cells inline.
     bool SaveToStream(QDataStream &out) override;
-    /// Files before 180005, which held the cells here, are refused.
-    bool RestoreFromStream(QDataStream &in) override;
     DatasetProps GetProperties(const MGeoData *geography) override;
     bool CheckInRealization(int realization,
                             int arg) const override; ///< raises "Invalid realization index"
@@ -176,6 +175,7 @@ public:
 
 protected:
     ~MRasterDataset() override;
+    bool Restore(QDataStream &in, datainterface::LoadContext &context) override;
 
 private:
     using ObservationMap = QMap<TimeStamp, MRasterObservation *>;
@@ -190,7 +190,7 @@ private:
     template <class T> void updateFrequency(T value, bool add);
     void countCell(const MRasterObservation &grid, int column, int row);
     std::vector<datainterface::ValueRun> sortedValues() const;
-    bool restoreFlag(QDataStream &in);
+    bool restoreFlag(QDataStream &in, const datainterface::LoadContext &context);
     bool restoreRealizations(QDataStream &in);
     bool restoreObservations(QDataStream &in, ObservationMap &grids);
 

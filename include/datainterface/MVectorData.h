@@ -21,7 +21,6 @@ public:
     ~MVectorData() override;
 
     bool SaveToStream(QDataStream &out) override;
-    bool RestoreFromStream(QDataStream &in) override;
     bool IsValid() const override;
     void SetName(const QString &name) override;
     GeoProps GetProperties() override;
@@ -74,11 +73,14 @@ Q_SIGNALS:
     void ObjectsWillBeRemovedSignal(int geographyId, const QSet<int> &objects);
     void ObjectsWereRemovedSignal(int geographyId, const QSet<int> &objects);
 
+protected:
+    bool Restore(QDataStream &in, datainterface::LoadContext &context) override;
+
 private:
     void numberObjects();
     void indexFennimIds();
-    bool restoreObjectNumbers(QDataStream &in);
-    bool restoreDataSource(QDataStream &in);
+    bool restoreObjectNumbers(QDataStream &in, const datainterface::LoadContext &context);
+    bool restoreDataSource(QDataStream &in, datainterface::LoadContext &context);
 
     std::unique_ptr<Fennims> mFennims;
     MVectorDataSource *mVectorDataSource = nullptr; ///< mDataSource, typed

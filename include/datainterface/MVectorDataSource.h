@@ -17,10 +17,6 @@ public:
     MVectorDataSource(const QString &directory, unsigned int objectCount, int idSeed);
 
     bool SaveToStream(QDataStream &out) override;
-    bool RestoreFromStream(QDataStream &in) override;
-    /// Before restoring: the number that the geography's own part of the file has told. Another one
-    /// makes RestoreFromStream false before anything is allocated for it.
-    void ExpectObjectCount(int count) { mExpectedObjectCount = count; }
     unsigned int GetObjectCount() const override { return mObjectCount; }
     bool IsDatasetIdValid(int id) const override;
     /// One step along x.
@@ -137,6 +133,10 @@ public:
     bool GetDataValues(int id, int realization, qint64 t, QVector<int> &values, QSet<int> &missing);
     bool GetDataValues(int id, int realization, qint64 t, QVector<QString> &values,
                        QSet<int> &missing);
+
+protected:
+    bool Restore(QDataStream &in, datainterface::LoadContext &context) override;
+    MDataset *NewEmptyDataset(int kind) override;
 
 private:
     template <class Path>

@@ -88,7 +88,6 @@ public:
 
     // Storage.
     bool SaveToStream(QDataStream &out) override;
-    bool RestoreFromStream(QDataStream &in) override;
     DatasetProps GetProperties(const MGeoData *geography) override;
     bool IsNumeric() const override { return mDataType != StringType; }
     bool IsDecimal() const override { return mDataType == DecimalType; }
@@ -278,6 +277,7 @@ protected:
     friend class MDataSource;
     friend class MVectorDataSource;
     ~MVectorDataset() override;
+    bool Restore(QDataStream &in, datainterface::LoadContext &context) override;
 
     /// The hull of one realization's intervals.
     virtual TimeStamp CalculateTimeBounds(const MVectorDataRealization &realization);
@@ -347,15 +347,16 @@ private:
     template <class T, class Visit>
     void visitValuesAt(int realization, qint64 time, Visit visit) const;
     QVector<double> sortedValues() const;
-    bool restoreValues(QDataStream &in);
-    bool restoreObjectCount(QDataStream &in);
-    void restoreOldFrequencies(QDataStream &in);
-    bool restoreRealizations(QDataStream &in);
+    bool restoreValues(QDataStream &in, const datainterface::LoadContext &context);
+    bool restoreObjectCount(QDataStream &in, const datainterface::LoadContext &context);
+    void restoreOldFrequencies(QDataStream &in, const datainterface::LoadContext &context);
+    bool restoreRealizations(QDataStream &in, const datainterface::LoadContext &context);
     class OldValues;
-    bool restoreSingle(QDataStream &in);
-    bool restoreInline(QDataStream &in);
-    bool restoreOldHead(QDataStream &in);
-    bool restoreInlineRealization(QDataStream &in, MVectorDataRealization &realization);
+    bool restoreSingle(QDataStream &in, const datainterface::LoadContext &context);
+    bool restoreInline(QDataStream &in, const datainterface::LoadContext &context);
+    bool restoreOldHead(QDataStream &in, const datainterface::LoadContext &context);
+    bool restoreInlineRealization(QDataStream &in, const datainterface::LoadContext &context,
+                                  MVectorDataRealization &realization);
     bool settleStorage();
 
     /// The slice that was asked for last. Values are read in runs, and a search by time is most of
@@ -367,7 +368,6 @@ private:
     };
     using LastSlices = std::tuple<LastSlice<int>, LastSlice<double>, LastSlice<QString>>;
 
-    int mExpectedObjectCount = -1; ///< the geography's, while a project is read; -1: not known
     int mObjectCount = 0;
     StorageType mStorageType = TimeSlice;
     RealizationVectorDataFrequencies mFrequencies;

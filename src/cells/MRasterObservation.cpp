@@ -3,21 +3,19 @@
 #include "Common/DataManager.h"
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
-#include "datainterface/DataBlocks.h"
-#include "datainterface/VersionAPI.h"
 #include "cells/binary16.h"
 #include "cells/cellForms.h"
 #include "cells/heldGrid.h"
+#include "datainterface/DataBlocks.h"
+#include "frame/loadContext.h"
 
 using namespace datainterface;
 
 namespace {
 
-constexpr int kHasTypeCodes = 201001;
-
 DataType typeFrom(qint32 code)
 {
-    if (dataInterfaceVersionLoading >= kHasTypeCodes)
+    if (loadContext().since(fileVersions::kGridsHaveTypeCodes))
         return static_cast<DataType>(code);
     switch (code) {
     case 0:

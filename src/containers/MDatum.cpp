@@ -6,15 +6,11 @@
 #include <cmath>
 #include <limits>
 #include "Common/detail/streams.h"
-#include "datainterface/VersionAPI.h"
+#include "frame/loadContext.h"
 
 using namespace datainterface;
 
 namespace {
-
-constexpr int kFirstSingleValues = 103000;
-constexpr int kLastWithoutFlag = 109000;
-constexpr int kFirstByteText = 120000;
 
 // The first element of a list, the rest dropped; of an empty list nothing.
 template <class T, class Assign>
@@ -111,11 +107,11 @@ QDataStream &operator<<(QDataStream &out, const MDatum &value)
 
 QDataStream &operator>>(QDataStream &in, MDatum &value)
 {
-    const int version = dataInterfaceVersionLoading;
+    const LoadContext context = loadContext();
     in >> value.mType;
-    if (version > kLastWithoutFlag)
+    if (context.since(fileVersions::kDatumHasFlag))
         in >> value.mFlag;
-    if (version < kFirstSingleValues) {
+    if (!context.since(fileVersions::kDatumIsSingle)) {
         readFirst<qint64>(in, 8, [&value](qint64 first) { value.mInteger = first; });
         readFirst<double>(in, 8, [&value](double first) { value.mDecimal = first; });
         readFirst<QString>(in, 4,
@@ -123,7 +119,7 @@ QDataStream &operator>>(QDataStream &in, MDatum &value)
         return in;
     }
     in >> value.mInteger >> value.mDecimal;
-    if (version >= kFirstByteText) {
+    if (context.since(fileVersions::kDatumTextIsBytes)) {
         readBytes(in, value.mText);
     } else {
         QString text;

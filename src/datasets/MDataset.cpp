@@ -16,7 +16,7 @@ const QString kLongDescription = QStringLiteral("Long description");
 
 } // namespace
 
-MDataset::MDataset(MDataSource *source, const QString &directory) : mScratchDirectory(directory)
+MDataset::MDataset(MDataSource *source, const QString &)
 {
     forwardSignalsTo(source);
 }

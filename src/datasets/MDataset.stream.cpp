@@ -8,24 +8,11 @@
 //   int32 to model
 #include "datainterface/MDataset.h"
 #include "Common/detail/streams.h"
-#include "datainterface/VersionAPI.h"
+#include "frame/loadContext.h"
 
-using datainterface::read;
-using datainterface::readList;
-using datainterface::readMap;
+using namespace datainterface;
 
 namespace {
-
-// Versions at which the form changed.
-constexpr int kHasPath = 120000;
-constexpr int kHasRealizations = 130000;
-constexpr int kHasLongForm = 130000;
-constexpr int kHasMetaDataTags = 170004;
-constexpr int kHasStatic = 170006;
-constexpr int kNameIsTag = 170009;
-constexpr int kAttributesAreTags = 180000;
-constexpr int kHasDataType = 201001;
-constexpr int kNewTypeCodes = 306014;
 
 // The fewest bytes that an element can take in any version: what a count is held against.
 constexpr qint64 kMinStatsBytes = 8 + 8 + 2 * 16 + 2;
@@ -35,9 +22,9 @@ constexpr qint64 kMinLevelBytes = 4 + 4;
 constexpr qint64 kMinModelBytes = 4 + 4;
 constexpr qint64 kMinAttributeBytes = 4 + 16;
 
-DataType dataTypeFrom(qint32 code, int version)
+DataType dataTypeFrom(qint32 code, const LoadContext &context)
 {
-    if (version >= kNewTypeCodes)
+    if (context.since(fileVersions::kNewTypeCodes))
         return static_cast<DataType>(code);
     switch (code) {
     case 16:
@@ -117,29 +104,33 @@ bool MDataset::SaveToStream(QDataStream &out)
 
 bool MDataset::RestoreFromStream(QDataStream &in)
 {
-    const int version = dataInterfaceVersionLoading;
-    if (version >= kHasLongForm) {
+    LoadContext context = loadContext();
+    return Restore(in, context);
+}
+
+bool MDataset::Restore(QDataStream &in, LoadContext &context)
+{
+    if (context.since(fileVersions::kDatasetHasHead)) {
         mId = read<qint32>(in);
-        if (version >= kHasDataType)
-            mDataType = dataTypeFrom(read<qint32>(in), version);
-        mIsStatic = version >= kHasStatic && read<qint8>(in);
-        readTags(in);
+        if (context.since(fileVersions::kDatasetHasType))
+            mDataType = dataTypeFrom(read<qint32>(in), context);
+        mIsStatic = context.since(fileVersions::kDatasetHasStatic) && read<qint8>(in);
+        readTags(in, context);
         in >> mTimeBounds;
     }
-    if (version >= kHasPath)
+    if (context.since(fileVersions::kDatasetHasPath))
         readList(in, mHierarchyPath, kMinLevelBytes);
-    readStatistics(in);
-    if (version >= kHasRealizations)
+    readStatistics(in, context);
+    if (context.since(fileVersions::kDatasetHasRealizations))
         readVariogramModels(in);
     return in.status() == QDataStream::Ok;
 }
 
-void MDataset::readTags(QDataStream &in)
+void MDataset::readTags(QDataStream &in, const LoadContext &context)
 {
-    const int version = dataInterfaceVersionLoading;
-    if (version < kNameIsTag)
+    if (!context.since(fileVersions::kDatasetNameIsTag))
         SetDisplayName(read<QString>(in));
-    if (version < kAttributesAreTags) {
+    if (!context.since(fileVersions::kAttributesAreTags)) {
         QMap<QString, MDatum> attributes;
         readMap(in, attributes, kMinAttributeBytes);
         for (auto attribute = attributes.cbegin(); attribute != attributes.cend(); ++attribute) {
@@ -148,7 +139,7 @@ void MDataset::readTags(QDataStream &in)
                 mMetaData.setTag(attribute.key(), value);
         }
     }
-    if (version < kHasMetaDataTags) {
+    if (!context.since(fileVersions::kDatasetHasTags)) {
         SetShortDescription(read<QString>(in));
         SetLongDescription(read<QString>(in));
     } else {
@@ -159,9 +150,9 @@ void MDataset::readTags(QDataStream &in)
     }
 }
 
-void MDataset::readStatistics(QDataStream &in)
+void MDataset::readStatistics(QDataStream &in, const LoadContext &context)
 {
-    if (dataInterfaceVersionLoading < kHasRealizations) {
+    if (!context.since(fileVersions::kDatasetHasRealizations)) {
         mRealizationCount = 1;
         mStatistics.resize(1);
         in >> mStatistics[0];

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/MMetaData.h"
 #include "Common/detail/streams.h"
-#include "datainterface/VersionAPI.h"
+#include "frame/loadContext.h"
 
 namespace {
 
-constexpr int kFirstWithVariants = 180000;
 constexpr qint64 kMinTextPairBytes = 8;
 
 } // namespace
@@ -52,7 +51,7 @@ QDataStream &operator<<(QDataStream &out, const MMetaData &metaData)
 
 QDataStream &operator>>(QDataStream &in, MMetaData &metaData)
 {
-    if (dataInterfaceVersionLoading >= kFirstWithVariants) {
+    if (datainterface::loadContext().since(datainterface::fileVersions::kTagsAreVariants)) {
         datainterface::readVariantMap(in, metaData.mTags);
         return in;
     }

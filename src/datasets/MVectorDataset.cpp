@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/MVectorDataset.h"
 #include <QDateTime>
-#include <QDir>
 #include "Common/detail/failure.h"
 #include "datasets/elementTypes.h"
 #include "datasets/lastSlice.h"
@@ -9,8 +8,6 @@
 using namespace datainterface;
 
 namespace {
-
-constexpr int kVectorKind = 1;
 
 /// The one interval of a static dataset.
 const TimeStamp kStaticStamp(0, 0, true, true);
@@ -46,7 +43,7 @@ template <class Map> void checkInAll(const Map &map)
 MVectorDataset::MVectorDataset(MDataSource *source, const QString &directory)
     : MDataset(source, directory)
 {
-    mDatasetKind = kVectorKind;
+    mDatasetKind = VectorKind;
     SetMetaData(QStringLiteral("Creation date"), now());
 }
 
@@ -57,7 +54,7 @@ MVectorDataset::MVectorDataset(MDataSource *source, StorageType storage, int id,
       mObjectCount(objectCount),
       mStorageType(storage)
 {
-    mDatasetKind = kVectorKind;
+    mDatasetKind = VectorKind;
     SetMetaData(QStringLiteral("Creation date"), now());
     for (int i = 0; i < realizationCount; ++i)
         mRealizationData.insert(i, MVectorDataRealization());
@@ -71,8 +68,6 @@ MVectorDataset::~MVectorDataset()
         deleteContainers(realization.slices);
         deleteContainers(realization.series);
     }
-    if (!mScratchDirectory.isEmpty())
-        QDir().rmdir(mScratchDirectory);
 }
 
 TimeStamp MVectorDataset::stampOf(const TimeStamp &stamp) const

@@ -21,17 +21,13 @@
 #include "Common/detail/readAhead.h"
 #include "containers/sliceImage.h"
 #include "datainterface/DataBlocks.h"
-#include "datainterface/VersionAPI.h"
 #include "datasets/elementTypes.h"
 #include "datasets/oldForms.h"
+#include "frame/loadContext.h"
 
 using namespace datainterface;
 
 namespace {
-
-// Versions at which the form changed.
-constexpr int kHasBase = 103000;
-constexpr int kNestsMaps = 170001;
 
 constexpr qint64 kStampBytes = 24;
 constexpr int kElementsAtOnce = 1 << 17; // memory follows what is read, not what a count says
@@ -289,13 +285,13 @@ void MVectorDataset::ProcessPre180005StringData(const QVector<std::string> &stor
 }
 
 /// Before 130000.
-bool MVectorDataset::restoreSingle(QDataStream &in)
+bool MVectorDataset::restoreSingle(QDataStream &in, const LoadContext &context)
 {
-    if (!restoreOldHead(in))
+    if (!restoreOldHead(in, context))
         return false;
     OldValues(in, mDataType, mObjectCount).readOwn(realizationsToChange()[0]);
-    if (dataInterfaceVersionLoading < kHasBase)
-        readStatistics(in);
+    if (!context.since(fileVersions::kVectorDatasetHasBase))
+        readStatistics(in, context);
     if (in.status() != QDataStream::Ok || !settleStorage())
         return false;
     CleanPre201044Data(); // what is counted below must be in reach
@@ -304,34 +300,35 @@ bool MVectorDataset::restoreSingle(QDataStream &in)
 }
 
 /// From 130000 to 180003.
-bool MVectorDataset::restoreInline(QDataStream &in)
+bool MVectorDataset::restoreInline(QDataStream &in, const LoadContext &context)
 {
-    if (!restoreOldHead(in))
+    if (!restoreOldHead(in, context))
         return false;
-    restoreOldFrequencies(in);
+    restoreOldFrequencies(in, context);
     for (int i = 0; i < mRealizationCount; ++i) {
-        if (!restoreInlineRealization(in, realizationsToChange()[i]))
+        if (!restoreInlineRealization(in, context, realizationsToChange()[i]))
             return false;
     }
     return in.status() == QDataStream::Ok && settleStorage();
 }
 
-bool MVectorDataset::restoreOldHead(QDataStream &in)
+bool MVectorDataset::restoreOldHead(QDataStream &in, const LoadContext &context)
 {
     const qint32 code = read<qint32>(in);
     if (in.status() == QDataStream::Ok)
         mDataType = dataTypeFromOld(code);
-    return restoreObjectCount(in);
+    return restoreObjectCount(in, context);
 }
 
 // Maps that end elsewhere than their length says belong to a file that contradicts itself.
-bool MVectorDataset::restoreInlineRealization(QDataStream &in, MVectorDataRealization &realization)
+bool MVectorDataset::restoreInlineRealization(QDataStream &in, const LoadContext &context,
+                                              MVectorDataRealization &realization)
 {
     const qint64 length = read<qint64>(in);
     if (in.status() != QDataStream::Ok || length < 0 || length > bytesLeft(in))
         return false;
     const qint64 end = in.device()->pos() + length;
-    if (dataInterfaceVersionLoading >= kNestsMaps
+    if (context.since(fileVersions::kNestsInlineMaps)
         && read<qint32>(in) != length - qint64(sizeof(qint32)))
         return false;
     OldValues(in, mDataType, mObjectCount).readSix(realization);

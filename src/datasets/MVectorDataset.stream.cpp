@@ -13,21 +13,13 @@
 #include <memory>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
-#include "datainterface/VersionAPI.h"
 #include "datasets/elementTypes.h"
 #include "datasets/oldForms.h"
+#include "frame/loadContext.h"
 
 using namespace datainterface;
 
 namespace {
-
-// Versions at which the form changed.
-constexpr int kHasBase = 103000;
-constexpr int kHasRealizations = 130000;
-constexpr int kHasStorageType = 180004; // and containers as block ids
-constexpr int kHasBlocks = 180005;
-constexpr int kFrequenciesAreArray = 180083;
-constexpr int kTypeInBase = 201001;
 
 constexpr qint64 kMinRealizationBytes = 4 + 4;
 
@@ -71,6 +63,22 @@ template <class... Maps> void readTables(QDataStream &in, std::tuple<Maps...> &t
     std::apply([&](auto &...table) { (readTable(table), ...); }, tables);
 }
 
+void readFrequencies(QDataStream &in, RealizationVectorDataFrequencies &frequencies,
+                     const LoadContext &context)
+{
+    if (!context.since(fileVersions::kFrequenciesAreArray)) {
+        readTables(in, frequencies.tables);
+    } else {
+        QByteArray bytes;
+        readBytes(in, bytes);
+        BytesReader reader(bytes);
+        readTables(reader, frequencies.tables);
+        if (in.status() == QDataStream::Ok)
+            in.setStatus(reader.status());
+    }
+    require(in.status() == QDataStream::Ok, "Realization reserialization error");
+}
+
 } // namespace
 
 QDataStream &operator<<(QDataStream &out, const RealizationVectorDataFrequencies &frequencies)
@@ -83,17 +91,7 @@ QDataStream &operator<<(QDataStream &out, const RealizationVectorDataFrequencies
 
 QDataStream &operator>>(QDataStream &in, RealizationVectorDataFrequencies &frequencies)
 {
-    if (dataInterfaceVersionLoading < kFrequenciesAreArray) {
-        readTables(in, frequencies.tables);
-    } else {
-        QByteArray bytes;
-        readBytes(in, bytes);
-        BytesReader reader(bytes);
-        readTables(reader, frequencies.tables);
-        if (in.status() == QDataStream::Ok)
-            in.setStatus(reader.status());
-    }
-    require(in.status() == QDataStream::Ok, "Realization reserialization error");
+    readFrequencies(in, frequencies, loadContext());
     return in;
 }
 
@@ -129,58 +127,58 @@ bool MVectorDataset::SaveToStream(QDataStream &out)
     return true;
 }
 
-bool MVectorDataset::RestoreFromStream(QDataStream &in)
+bool MVectorDataset::Restore(QDataStream &in, LoadContext &context)
 {
-    const int version = dataInterfaceVersionLoading;
-    if (version >= kHasBase && !MDataset::RestoreFromStream(in))
+    if (context.since(fileVersions::kVectorDatasetHasBase) && !MDataset::Restore(in, context))
         return false;
-    if (version < kHasRealizations)
-        return restoreSingle(in);
-    return version < kHasStorageType ? restoreInline(in) : restoreValues(in);
+    if (!context.since(fileVersions::kDatasetHasRealizations))
+        return restoreSingle(in, context);
+    return context.since(fileVersions::kHasStorageType) ? restoreValues(in, context)
+                                                        : restoreInline(in, context);
 }
 
 /// The form since 180004: containers as block ids.
-bool MVectorDataset::restoreValues(QDataStream &in)
+bool MVectorDataset::restoreValues(QDataStream &in, const LoadContext &context)
 {
-    const int version = dataInterfaceVersionLoading;
     const qint32 storage = read<qint32>(in);
-    if (version < kTypeInBase)
+    if (!context.since(fileVersions::kDatasetHasType))
         mDataType = dataTypeFromOld(read<qint32>(in));
     const bool isKnownType =
         mDataType == DecimalType || mDataType == IntegerType || mDataType == StringType;
-    if (!restoreObjectCount(in) || !isKnownType || (storage != TimeSeries && storage != TimeSlice))
+    if (!restoreObjectCount(in, context) || !isKnownType
+        || (storage != TimeSeries && storage != TimeSlice))
         return false;
     mStorageType = static_cast<StorageType>(storage);
-    if (version < kFrequenciesAreArray)
-        restoreOldFrequencies(in);
+    if (context.since(fileVersions::kFrequenciesAreArray))
+        readFrequencies(in, mFrequencies, context);
     else
-        in >> mFrequencies;
-    return restoreRealizations(in);
+        restoreOldFrequencies(in, context);
+    return restoreRealizations(in, context);
 }
 
 // What a container takes follows from this number, so a wrong one is refused before anything is
 // allocated for it.
-bool MVectorDataset::restoreObjectCount(QDataStream &in)
+bool MVectorDataset::restoreObjectCount(QDataStream &in, const LoadContext &context)
 {
     mObjectCount = read<qint32>(in);
     return in.status() == QDataStream::Ok && mObjectCount >= 0
-           && (mExpectedObjectCount < 0 || mObjectCount == mExpectedObjectCount);
+           && (context.objectCount < 0 || mObjectCount == context.objectCount);
 }
 
-void MVectorDataset::restoreOldFrequencies(QDataStream &in)
+void MVectorDataset::restoreOldFrequencies(QDataStream &in, const LoadContext &context)
 {
     using Tables = decltype(mFrequencies.tables);
-    const int count = readOldFrequencies<Tables>(in, mFrequencies.tables, [&in](Tables &tables) {
+    const int count = readOldFrequencies<Tables>(in, mFrequencies.tables, [&](Tables &tables) {
         RealizationVectorDataFrequencies realization;
-        in >> realization;
+        readFrequencies(in, realization, context);
         tables = realization.tables;
     });
     require(count == mRealizationCount, "Invalid realization count");
 }
 
-bool MVectorDataset::restoreRealizations(QDataStream &in)
+bool MVectorDataset::restoreRealizations(QDataStream &in, const LoadContext &context)
 {
-    const bool hasBlocks = dataInterfaceVersionLoading >= kHasBlocks;
+    const bool hasBlocks = context.since(fileVersions::kHasBlocks);
     const int count = readCount(in, kMinRealizationBytes);
     for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
         const qint32 index = read<qint32>(in);

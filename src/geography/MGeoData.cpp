@@ -6,8 +6,8 @@
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MLinker.h"
-#include "datainterface/VersionAPI.h"
 #include "frame/listeners.h"
+#include "frame/loadContext.h"
 #include "time/boxes.h"
 #include "time/calendar.h"
 
@@ -43,9 +43,9 @@ TimeFormat readOldTimeFormat(QDataStream &in)
     return hasTime != 0 ? TF_DateTime : TF_Date;
 }
 
-TimeFormat readTimeFormat(QDataStream &in)
+TimeFormat readTimeFormat(QDataStream &in, const LoadContext &context)
 {
-    if (dataInterfaceVersionLoading < 107000)
+    if (!context.since(fileVersions::kTimeFormatIsNumber))
         return readOldTimeFormat(in);
     qint32 format = 0;
     in >> format;
@@ -82,29 +82,34 @@ bool MGeoData::SaveToStream(QDataStream &out)
 
 bool MGeoData::RestoreFromStream(QDataStream &in)
 {
-    const int version = dataInterfaceVersionLoading;
-    if (version >= 130000)
+    LoadContext context = loadContext();
+    return Restore(in, context);
+}
+
+bool MGeoData::Restore(QDataStream &in, LoadContext &context)
+{
+    if (context.since(fileVersions::kGeographyHasName))
         in >> mName;
     if (!restoreIds(in))
         return false;
     mIsStatic = false;
-    if (version >= 170006) {
+    if (context.since(fileVersions::kGeographyHasStatic)) {
         qint8 isStatic = 0;
         in >> isStatic;
         mIsStatic = isStatic != 0;
     }
-    if (version >= 170004)
+    if (context.since(fileVersions::kGeographyHasTags))
         in >> mMetaData;
-    if (version < 103000) {
-        purgeWeightSets();
+    if (!context.since(fileVersions::kGeographyHasDetails)) {
+        purgeWeightSets(context);
         return in.status() == QDataStream::Ok;
     }
-    mTimeFormat = readTimeFormat(in);
+    mTimeFormat = readTimeFormat(in, context);
     in >> mParentId;
     readList(in, mParentObjectIds, sizeof(qint32));
-    if (!readWeightSets(in))
+    if (!readWeightSets(in, context))
         return false;
-    purgeWeightSets();
+    purgeWeightSets(context);
     return in.status() == QDataStream::Ok;
 }
 

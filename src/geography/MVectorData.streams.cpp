@@ -5,9 +5,9 @@
 #include <algorithm>
 #include "Common/detail/streams.h"
 #include "datainterface/MVectorDataSource.h"
-#include "datainterface/VersionAPI.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
+#include "frame/loadContext.h"
 #include "frame/progressSection.h"
 #include "geography/projectionTags.h"
 
@@ -61,35 +61,36 @@ bool MVectorData::SaveToStream(QDataStream &out)
     return mDataSource->SaveToStream(out);
 }
 
-bool MVectorData::RestoreFromStream(QDataStream &in)
+bool MVectorData::Restore(QDataStream &in, LoadContext &context)
 {
-    const int version = dataInterfaceVersionLoading;
-    if (version > 102000 && !MGeoData::RestoreFromStream(in))
+    const bool startsWithBase = context.since(fileVersions::kVectorStartsWithBase);
+    if (startsWithBase && !MGeoData::Restore(in, context))
         return false;
     ProgressSection section(kGeometryShare);
     mFennims = std::make_unique<Fennims>();
     if (!mFennims->Open(in, progressCallback()))
         return false;
-    if (version < 130000)
+    if (!context.since(fileVersions::kGeographyHasName))
         mName = mFennims->GetName();
-    if (version <= 102000 && !restoreIds(in))
+    if (!startsWithBase && !restoreIds(in))
         return false;
-    if (!restoreObjectNumbers(in))
+    if (!restoreObjectNumbers(in, context))
         return false;
     setProjectionTags(mMetaData, mFennims->GetProjectionSettings(), AngularUnit::Code);
     section.next(100);
-    return restoreDataSource(in);
+    return restoreDataSource(in, context);
 }
 
 // Datasets are addressed by these numbers, so both maps must tell the same and name each chain of
 // the geometry once.
-bool MVectorData::restoreObjectNumbers(QDataStream &in)
+bool MVectorData::restoreObjectNumbers(QDataStream &in, const LoadContext &context)
 {
     NumberPairs pairs;
-    if (!readPairs(in, pairs) || (dataInterfaceVersionLoading <= 102000 && !readWeightSets(in))
+    const bool setsAreHere = !context.since(fileVersions::kVectorStartsWithBase);
+    if (!readPairs(in, pairs) || (setsAreHere && !readWeightSets(in, context))
         || !readList(in, mFennimIdMap, sizeof(qint32)))
         return false;
-    purgeWeightSets();
+    purgeWeightSets(context);
     indexFennimIds();
     const QMap<int, FMObjectChain *> &chains = mFennims->mChains;
     if (mFennimIdMap.size() != chains.size() || pairs.size() != chains.size()
@@ -104,12 +105,12 @@ bool MVectorData::restoreObjectNumbers(QDataStream &in)
               });
 }
 
-bool MVectorData::restoreDataSource(QDataStream &in)
+bool MVectorData::restoreDataSource(QDataStream &in, LoadContext &context)
 {
     delete mDataSource;
     mDataSource = mVectorDataSource = new MVectorDataSource(mFilePath);
-    mVectorDataSource->ExpectObjectCount(mFennimIdMap.size());
-    return mVectorDataSource->RestoreFromStream(in)
+    context.objectCount = mFennimIdMap.size();
+    return mDataSource->Restore(in, context)
            && mVectorDataSource->GetObjectCount() == static_cast<unsigned int>(mFennimIdMap.size())
            && weightSetsFit();
 }

@@ -15,8 +15,8 @@
 #include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
-#include "datainterface/VersionAPI.h"
 #include "frame/frameState.h"
+#include "frame/loadContext.h"
 #include "frame/versionText.h"
 
 using namespace datainterface;
@@ -25,14 +25,6 @@ namespace {
 
 // Codes of a geography's kind in the file.
 enum GeographyKind : qint8 { RasterKind = 0, VectorKind = 1 };
-
-// The versions at which the frame of the file changed.
-constexpr int kFirstWithGeographyKinds = 103000;
-constexpr int kFirstWithApplicationName = 107000;
-constexpr int kFirstWithVariogramModels = 150000;
-constexpr int kFirstWithBlocks = 180005;
-constexpr int kFirstWithPackedBlocks = 180050;
-constexpr int kFirstWithoutStraySeries = 201044;
 
 constexpr int kLongestVersionText = 8; // "4.00.021"
 
@@ -49,7 +41,7 @@ void skipReserved(QDataStream &in, int version)
     qint8 flag = 0;
     qint32 number = 0;
     in >> color >> flag >> flag >> flag >> flag >> number >> number >> number;
-    if (version < kFirstWithGeographyKinds)
+    if (version < fileVersions::kNamesGeographyKinds)
         in >> number;
 }
 
@@ -123,7 +115,7 @@ std::unique_ptr<MGeoData> newGeography(qint8 kind)
 bool readGeography(QDataStream &in, int version)
 {
     qint8 kind = VectorKind;
-    if (version >= kFirstWithGeographyKinds)
+    if (version >= fileVersions::kNamesGeographyKinds)
         in >> kind;
     std::unique_ptr<MGeoData> geography = newGeography(kind);
     if (!geography || !geography->RestoreFromStream(in))
@@ -162,16 +154,17 @@ bool readProject(QDataStream &in)
     const int version = dataInterfaceVersionLoading;
     in.setVersion(streamVersionOf(version));
     QString application;
-    if (version >= kFirstWithApplicationName)
+    if (version >= fileVersions::kNamesApplication)
         in >> application;
     skipReserved(in, version);
     if (!readGeographies(in, version))
         return false;
-    if (version >= kFirstWithBlocks && !RestoreProjectData(in, version >= kFirstWithPackedBlocks))
+    if (version >= fileVersions::kHasBlocks
+        && !RestoreProjectData(in, version >= fileVersions::kPacksBlocks))
         return false;
-    if (version < kFirstWithoutStraySeries)
+    if (version < fileVersions::kHasNoStraySeries)
         cleanOldDatasets();
-    if (version >= kFirstWithVariogramModels)
+    if (version >= fileVersions::kHasVariogramModels)
         controller()->RestoreNonconditionalVariogramModelsFromStream(in);
     return in.status() == QDataStream::Ok;
 }

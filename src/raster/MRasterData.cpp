@@ -3,19 +3,13 @@
 #include "datainterface/MRasterData.h"
 #include "Common/detail/streams.h"
 #include "datainterface/MRasterDataSource.h"
-#include "datainterface/VersionAPI.h"
+#include "frame/loadContext.h"
 #include "frame/progressSection.h"
 #include "time/boxes.h"
 
 using namespace datainterface;
 
 namespace {
-
-// Versions at which the form changed.
-constexpr int kWithoutSecondStamp = 105000;
-constexpr int kHasProjectionText = 111001;
-constexpr int kHasOwnTime = 160000;
-constexpr int kTextsAreTags = 170004;
 
 // The upper 16 bits of every dataset's id.
 int datasetIdSeed(int geographyId)
@@ -59,28 +53,28 @@ bool MRasterData::SaveToStream(QDataStream &out)
     return out.status() == QDataStream::Ok;
 }
 
-bool MRasterData::RestoreFromStream(QDataStream &in)
+bool MRasterData::Restore(QDataStream &in, LoadContext &context)
 {
-    if (!MGeoData::RestoreFromStream(in))
+    if (!MGeoData::Restore(in, context))
         return false;
     delete mDataSource;
     mDataSource = mRasterDataSource = new MRasterDataSource(mFilePath);
-    if (!mRasterDataSource->RestoreFromStream(in) || !weightSetsFit())
+    if (!mDataSource->Restore(in, context) || !weightSetsFit())
         return false;
-    const int version = dataInterfaceVersionLoading;
-    if (version < kHasOwnTime)
+    const bool hasTexts = !context.since(fileVersions::kRasterTextsAreTags);
+    if (!context.since(fileVersions::kRasterHasOwnTime))
         mTimeStamp = mRasterDataSource->GetTimeBounds();
     else
         in >> mTimeStamp;
-    if (version < kTextsAreTags)
+    if (hasTexts)
         mMetaData.setTag(QStringLiteral("History"), readText(in));
-    if (version < kWithoutSecondStamp) {
+    if (!context.since(fileVersions::kRasterHasOneStamp)) {
         TimeStamp unused;
         in >> unused;
     }
-    if (version >= kHasProjectionText && version < kTextsAreTags)
+    if (hasTexts && context.since(fileVersions::kRasterHasProjection))
         mMetaData.setTag(QStringLiteral("Projection"), readText(in));
-    if (version >= kHasOwnTime && version < kTextsAreTags)
+    if (hasTexts && context.since(fileVersions::kRasterHasOwnTime))
         mMetaData.setTag(QStringLiteral("Distance unit"), readText(in));
     return in.status() == QDataStream::Ok;
 }

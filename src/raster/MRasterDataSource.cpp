@@ -2,11 +2,12 @@
 #include "datainterface/MRasterDataSource.h"
 #include <cmath>
 #include <limits>
-#include "time/boxes.h"
-#include "raster/askRaster.h"
 #include "cells/binary16.h"
 #include "cells/cellForms.h"
+#include "frame/loadContext.h"
+#include "raster/askRaster.h"
 #include "sources/askStatistics.h"
+#include "time/boxes.h"
 
 using namespace datainterface;
 
@@ -61,9 +62,14 @@ bool MRasterDataSource::SaveToStream(QDataStream &out)
     return out.status() == QDataStream::Ok;
 }
 
-bool MRasterDataSource::RestoreFromStream(QDataStream &in)
+MDataset *MRasterDataSource::NewEmptyDataset(int kind)
 {
-    if (!MDataSource::RestoreFromStream(in))
+    return kind == MDataset::RasterKind ? new MRasterDataset(this, QString()) : nullptr;
+}
+
+bool MRasterDataSource::Restore(QDataStream &in, LoadContext &context)
+{
+    if (!MDataSource::Restore(in, context))
         return false;
     double left = 0.0;
     double right = 0.0;

@@ -4,16 +4,14 @@
 #include <memory>
 #include <vector>
 #include "Common/detail/failure.h"
+#include "cells/cellFlag.h"
 #include "datainterface/DatasetProps.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datasets/intervalCuts.h"
-#include "cells/cellFlag.h"
 
 using namespace datainterface;
 
 namespace {
-
-constexpr int kRasterKind = 2;
 
 /// The one interval of a static dataset.
 const TimeStamp kStaticStamp(0, 0, true, true);
@@ -31,7 +29,7 @@ MRasterDataset::MRasterDataset(MDataSource *source, const QString &directory)
     : MDataset(source, directory), mSource(source)
 {
     rasterSource(source);
-    mDatasetKind = kRasterKind;
+    mDatasetKind = RasterKind;
 }
 
 MRasterDataset::MRasterDataset(MDataSource *source, int realizationCount, DataType type,
@@ -39,7 +37,7 @@ MRasterDataset::MRasterDataset(MDataSource *source, int realizationCount, DataTy
     : MDataset(source, id, type, name, path, realizationCount), mBitDepth(bitDepth), mSource(source)
 {
     rasterSource(source).GetRasterDims(mColumns, mRows);
-    mDatasetKind = kRasterKind;
+    mDatasetKind = RasterKind;
     SetMetaData(QStringLiteral("Creation date"), QDateTime::currentDateTime().toString());
     for (int i = 0; i < realizationCount; ++i)
         mRealizations.insert(i, ObservationMap());

@@ -11,20 +11,14 @@
 #include <cmath>
 #include <memory>
 #include "Common/detail/streams.h"
-#include "datainterface/VersionAPI.h"
-#include "datasets/oldForms.h"
 #include "cells/cellFlag.h"
 #include "cells/cellForms.h"
+#include "datasets/oldForms.h"
+#include "frame/loadContext.h"
 
 using namespace datainterface;
 
 namespace {
-
-// Versions at which the form changed.
-constexpr int kOldestRead = 180005; // before, grids stood inline
-constexpr int kFrequenciesAreArray = 180083;
-constexpr int kTypeInBase = 201001;
-constexpr int kHasMissingFlag = 306014;
 
 constexpr qint64 kMinRealizationBytes = 4 + 4;
 constexpr qint64 kMinGridBytes = 24 + 6 * 4;
@@ -72,6 +66,24 @@ template <class T> T firstOf(QDataStream &in, T otherwise)
     return first;
 }
 
+void readFrequencies(QDataStream &in, RealizationRasterDataFrequencies &frequencies,
+                     const LoadContext &context)
+{
+    frequencies = RealizationRasterDataFrequencies();
+    if (!context.since(fileVersions::kFrequenciesAreArray)) {
+        readOldFrequencies<OldTables>(in, frequencies.maps, [&in](OldTables &tables) {
+            std::apply([&in](auto &...table) { (readTable(in, table), ...); }, tables);
+        });
+        return;
+    }
+    QByteArray bytes;
+    readBytes(in, bytes);
+    BytesReader reader(bytes);
+    std::apply([&reader](auto &...map) { (readTable(reader, map), ...); }, frequencies.maps);
+    if (in.status() == QDataStream::Ok)
+        in.setStatus(reader.status());
+}
+
 } // namespace
 
 QDataStream &operator<<(QDataStream &out, const RealizationRasterDataFrequencies &frequencies)
@@ -84,19 +96,7 @@ QDataStream &operator<<(QDataStream &out, const RealizationRasterDataFrequencies
 
 QDataStream &operator>>(QDataStream &in, RealizationRasterDataFrequencies &frequencies)
 {
-    frequencies = RealizationRasterDataFrequencies();
-    if (dataInterfaceVersionLoading < kFrequenciesAreArray) {
-        readOldFrequencies<OldTables>(in, frequencies.maps, [&in](OldTables &tables) {
-            std::apply([&in](auto &...table) { (readTable(in, table), ...); }, tables);
-        });
-        return in;
-    }
-    QByteArray bytes;
-    readBytes(in, bytes);
-    BytesReader reader(bytes);
-    std::apply([&reader](auto &...map) { (readTable(reader, map), ...); }, frequencies.maps);
-    if (in.status() == QDataStream::Ok)
-        in.setStatus(reader.status());
+    readFrequencies(in, frequencies, loadContext());
     return in;
 }
 
@@ -118,12 +118,11 @@ bool MRasterDataset::SaveToStream(QDataStream &out)
     return true;
 }
 
-bool MRasterDataset::RestoreFromStream(QDataStream &in)
+bool MRasterDataset::Restore(QDataStream &in, LoadContext &context)
 {
-    const int version = dataInterfaceVersionLoading;
-    if (version < kOldestRead || !MDataset::RestoreFromStream(in))
+    if (!context.since(fileVersions::kGridsAreBlocks) || !MDataset::Restore(in, context))
         return false;
-    if (version < kTypeInBase)
+    if (!context.since(fileVersions::kDatasetHasType))
         mDataType = typeFromOld(read<qint32>(in));
     mBitDepth = read<qint32>(in);
     const qint32 rows = read<qint32>(in);
@@ -133,15 +132,15 @@ bool MRasterDataset::RestoreFromStream(QDataStream &in)
         return false;
     mRows = static_cast<unsigned int>(rows);
     mColumns = static_cast<unsigned int>(columns);
-    if (!restoreFlag(in))
+    if (!restoreFlag(in, context))
         return false;
-    in >> mFrequencies;
+    readFrequencies(in, mFrequencies, context);
     return restoreRealizations(in);
 }
 
-bool MRasterDataset::restoreFlag(QDataStream &in)
+bool MRasterDataset::restoreFlag(QDataStream &in, const LoadContext &context)
 {
-    if (dataInterfaceVersionLoading >= kHasMissingFlag) {
+    if (context.since(fileVersions::kHasMissingFlag)) {
         in >> mMissingFlag;
     } else {
         const double decimal = firstOf(in, -HUGE_VAL);

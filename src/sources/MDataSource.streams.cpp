@@ -5,19 +5,13 @@
 #include <memory>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
-#include "datainterface/MRasterDataset.h"
-#include "datainterface/MVectorDataset.h"
-#include "datainterface/VersionAPI.h"
+#include "frame/loadContext.h"
 #include "frame/progressSection.h"
 
 using namespace datainterface;
 
 namespace {
 
-// The word in front of each dataset. Not the kind of a source, whose numbers are others.
-enum DatasetTag : qint32 { VectorTag = 1, RasterTag = 2 };
-
-constexpr int kFirstWithDatasetTags = 130000;
 constexpr qint64 kLeastDatasetBytes = 4;
 
 using TextTable = QMap<int, QString>;
@@ -35,7 +29,7 @@ bool readTextTable(QDataStream &in, TextTable &table)
     return readMap(in, table, 2 * sizeof(qint32));
 }
 
-bool readTables(QDataStream &in, LegacyTables &tables)
+bool readTables(QDataStream &in, LegacyTables &tables, const LoadContext &context)
 {
     readMap(in, tables.metaData, 2 * sizeof(qint32), [&in](int &id, TagTable &tags) {
         in >> id;
@@ -44,7 +38,7 @@ bool readTables(QDataStream &in, LegacyTables &tables)
     readTextTable(in, tables.names);
     readTextTable(in, tables.shortDescriptions);
     readTextTable(in, tables.longDescriptions);
-    if (dataInterfaceVersionLoading >= 102001 && dataInterfaceVersionLoading < 120000) {
+    if (context.between(fileVersions::kSourceHasSpareTable, fileVersions::kSourceHasNoSpareTable)) {
         TextTable unused;
         readTextTable(in, unused);
     }
@@ -101,55 +95,53 @@ bool MDataSource::SaveToStream(QDataStream &out)
 
 bool MDataSource::RestoreFromStream(QDataStream &in)
 {
+    LoadContext context = loadContext();
+    return Restore(in, context);
+}
+
+bool MDataSource::Restore(QDataStream &in, LoadContext &context)
+{
     qint32 kind = BaseSource;
     in >> kind >> mNextDatasetId;
     if (in.status() != QDataStream::Ok || kind != mKind)
         return false;
-    return dataInterfaceVersionLoading >= kFirstWithDatasetTags ? restoreDatasets(in)
-                                                                : restoreLegacyDatasets(in);
+    return context.since(fileVersions::kSourceTagsDatasets) ? restoreDatasets(in, context)
+                                                            : restoreLegacyDatasets(in, context);
 }
 
-// Null for an unknown tag and for one that does not belong to this kind of source.
-MDataset *MDataSource::newDataset(qint32 tag)
+MDataset *MDataSource::NewEmptyDataset(int)
 {
-    if (tag == VectorTag && mKind == VectorSource) {
-        auto *dataset = new MVectorDataset(this, mDirectory);
-        dataset->mExpectedObjectCount = mExpectedObjectCount;
-        return dataset;
-    }
-    if (tag == RasterTag && mKind == RasterSource)
-        return new MRasterDataset(this, mDirectory);
     return nullptr;
 }
 
-bool MDataSource::restoreDatasets(QDataStream &in)
+bool MDataSource::restoreDatasets(QDataStream &in, LoadContext &context)
 {
     const int count = readCount(in, kLeastDatasetBytes);
     for (int i = 0; i < count; ++i) {
         qint32 tag = 0;
         in >> tag;
-        MDataset *dataset = newDataset(tag);
-        if (!dataset || !adoptRestored(dataset, in) || !reportDataset(i, count))
+        MDataset *dataset = NewEmptyDataset(tag);
+        if (!dataset || !adoptRestored(dataset, in, context) || !reportDataset(i, count))
             return false;
     }
     return in.status() == QDataStream::Ok;
 }
 
-bool MDataSource::restoreLegacyDatasets(QDataStream &in)
+bool MDataSource::restoreLegacyDatasets(QDataStream &in, LoadContext &context)
 {
     LegacyTables tables;
-    if (!readTables(in, tables))
+    if (!readTables(in, tables, context))
         return false;
-    in >> mLegacyObjectCount;
+    context.tableObjectCount = read<qint32>(in);
     const int count = readCount(in, kLeastDatasetBytes);
     for (int i = 0; i < count; ++i) {
         qint32 id = 0;
         in >> id;
-        MDataset *dataset = newDataset(VectorTag);
+        MDataset *dataset = NewEmptyDataset(MDataset::VectorKind);
         if (!dataset)
             return false;
         dataset->SetId(id);
-        if (!adoptRestored(dataset, in))
+        if (!adoptRestored(dataset, in, context))
             return false;
         describe(*dataset, id, tables);
         if (!reportDataset(i, count))
@@ -160,11 +152,11 @@ bool MDataSource::restoreLegacyDatasets(QDataStream &in)
 
 // Restores a dataset and enters it under the id that it has read. One that cannot be read, or whose
 // id stands twice, is freed.
-bool MDataSource::adoptRestored(MDataset *dataset, QDataStream &in)
+bool MDataSource::adoptRestored(MDataset *dataset, QDataStream &in, LoadContext &context)
 {
     const auto destroy = [](MDataset *unwanted) { delete unwanted; };
     std::unique_ptr<MDataset, decltype(destroy)> owner(dataset, destroy);
-    if (!dataset->RestoreFromStream(in) || mDatasets.contains(dataset->GetId()))
+    if (!dataset->Restore(in, context) || mDatasets.contains(dataset->GetId()))
         return false;
     mDatasets.insert(dataset->GetId(), owner.release());
     return true;

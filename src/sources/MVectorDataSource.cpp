@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/MVectorDataSource.h"
 #include "Common/detail/streams.h"
-#include "datainterface/VersionAPI.h"
+#include "frame/loadContext.h"
 #include "sources/askStatistics.h"
 #include "sources/askVector.h"
 
@@ -25,17 +25,17 @@ bool MVectorDataSource::SaveToStream(QDataStream &out)
     return out.status() == QDataStream::Ok;
 }
 
-bool MVectorDataSource::RestoreFromStream(QDataStream &in)
+bool MVectorDataSource::Restore(QDataStream &in, LoadContext &context)
 {
-    if (!MDataSource::RestoreFromStream(in))
+    if (!MDataSource::Restore(in, context))
         return false;
-    const int version = dataInterfaceVersionLoading;
-    qint32 objectCount = mLegacyObjectCount;
-    if (version >= 101000 && version < 102000) {
+    qint32 objectCount = context.tableObjectCount;
+    if (context.between(fileVersions::kVectorSourceHasSpareTable,
+                        fileVersions::kVectorSourceHasNoSpareTable)) {
         QMap<int, QString> unused;
         readMap(in, unused, 2 * sizeof(qint32));
     }
-    if (version >= 130000)
+    if (context.since(fileVersions::kSourceEndsWithCount))
         in >> objectCount;
     if (in.status() != QDataStream::Ok || objectCount < 0)
         return false;
@@ -45,6 +45,11 @@ bool MVectorDataSource::RestoreFromStream(QDataStream &in)
         mDatasets.cbegin(), mDatasets.cend(), [objectCount](const MDataset *dataset) {
             return static_cast<const MVectorDataset *>(dataset)->GetObjectCount() == objectCount;
         });
+}
+
+MDataset *MVectorDataSource::NewEmptyDataset(int kind)
+{
+    return kind == MDataset::VectorKind ? new MVectorDataset(this, QString()) : nullptr;
 }
 
 MVectorDataset *MVectorDataSource::GetVectorDataset(int id)

@@ -3,15 +3,12 @@
 // fields and the runs of the fit state.
 #include "datainterface/VariogramModel.h"
 #include "Common/detail/streams.h"
-#include "datainterface/VersionAPI.h"
+#include "frame/loadContext.h"
 
-using datainterface::readList;
-using datainterface::readMap;
+using namespace datainterface;
 
 namespace {
 
-constexpr int kParameterSetSince = 160002;
-constexpr int kModelVersionSince = 170005;
 constexpr int kStructureBytes = 4 * 8 + 4;
 constexpr int kBinBytes = 3 * 8 + 4;
 constexpr int kStampBytes = 24;
@@ -96,13 +93,6 @@ template <class T> void readInt(QDataStream &in, T &field)
     field = static_cast<T>(value);
 }
 
-template <class T> void readIntSince(QDataStream &in, int first, T &field)
-{
-    field = T{};
-    if (dataInterfaceVersionLoading >= first)
-        readInt(in, field);
-}
-
 } // namespace
 
 QDataStream &operator<<(QDataStream &out, const VariogramBasicModel &model)
@@ -146,10 +136,15 @@ QDataStream &operator<<(QDataStream &out, const VariogramModel &model)
 
 QDataStream &operator>>(QDataStream &in, VariogramModel &model)
 {
+    const LoadContext context = loadContext();
     in >> model.name;
     readInt(in, model.id);
-    readIntSince(in, kModelVersionSince, model.modelVersion);
-    readIntSince(in, kParameterSetSince, model.parameterSet);
+    model.modelVersion = 0;
+    if (context.since(fileVersions::kModelHasVersion))
+        readInt(in, model.modelVersion);
+    model.parameterSet = 0;
+    if (context.since(fileVersions::kModelHasParameterSet))
+        readInt(in, model.parameterSet);
     readModels(in, model.centroidModels);
     readModels(in, model.deconvolutionModels);
     readMap(in, model.empiricalResults, kStampBytes + kCountBytes,

@@ -7,24 +7,13 @@
 #include "Common/detail/streams.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DiagnosticsAPI.h"
-#include "datainterface/VersionAPI.h"
 #include "frame/frameState.h"
+#include "frame/loadContext.h"
 #include "weights/egoNeighbors.h"
 
 using namespace datainterface;
 
 namespace {
-
-// Versions at which the form changed.
-constexpr int kHasEgoByVersion =
-    103000; // this one alone includes objects among their neighbours, without saying so
-constexpr int kHasIncludeEgo = 104000;
-constexpr int kHasInformation = 105000;
-constexpr int kHasNumerator = 107000; // one byte of another use stands behind the powers before
-constexpr int kHasClusterSets = 112000;
-constexpr int kHasIds = 120000;
-constexpr int kFloatsAreFloats = 130000;
-constexpr int kHasBlocks = 201042;
 
 constexpr int kIdCount = 1 << 16;
 constexpr qint64 kStampBytes = 24;
@@ -76,9 +65,9 @@ struct pre201042NeighborDatum {
     float angle = 0.0F;
 };
 
-void readOldFloat(QDataStream &in, float &value)
+void readOldFloat(QDataStream &in, float &value, const LoadContext &context)
 {
-    if (dataInterfaceVersionLoading >= kFloatsAreFloats) {
+    if (context.since(fileVersions::kListFloatsAreFloats)) {
         in >> value;
         return;
     }
@@ -87,17 +76,9 @@ void readOldFloat(QDataStream &in, float &value)
     value = static_cast<float>(wide);
 }
 
-QDataStream &operator>>(QDataStream &in, pre201042NeighborDatum &datum)
-{
-    in >> datum.id;
-    readOldFloat(in, datum.weight);
-    readOldFloat(in, datum.angle);
-    return in;
-}
-
 // All files that old are also older than the last change of what lists hold: they are calculated
 // anew.
-bool skipOldLists(QDataStream &in)
+bool skipOldLists(QDataStream &in, const LoadContext &context)
 {
     const int count = readCount(in, kStampBytes + kCountBytes);
     for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
@@ -106,7 +87,11 @@ bool skipOldLists(QDataStream &in)
         const int egos = readCount(in, kCountBytes);
         for (int ego = 0; ego < egos && in.status() == QDataStream::Ok; ++ego) {
             QVector<pre201042NeighborDatum> list;
-            readList(in, list, kOldDatumBytes);
+            readList(in, list, kOldDatumBytes, [&](pre201042NeighborDatum &datum) {
+                in >> datum.id;
+                readOldFloat(in, datum.weight, context);
+                readOldFloat(in, datum.angle, context);
+            });
         }
     }
     return in.status() == QDataStream::Ok;
@@ -154,20 +139,25 @@ bool AdjacencySet::SaveToStream(QDataStream &out) const
 
 bool AdjacencySet::RestoreFromStream(QDataStream &in)
 {
+    return Restore(in, loadContext());
+}
+
+bool AdjacencySet::Restore(QDataStream &in, const LoadContext &context)
+{
     ClearSpatialWeights();
-    if (!readDefinition(in)
-        || !(dataInterfaceVersionLoading < kHasBlocks ? skipOldLists(in) : readLists(in)))
+    const bool listsAreBlocks = context.since(fileVersions::kListsAreBlocks);
+    if (!readDefinition(in, context)
+        || !(listsAreBlocks ? readLists(in) : skipOldLists(in, context)))
         return false;
-    mIsClusterSet = dataInterfaceVersionLoading >= kHasClusterSets && readFlag<qint8>(in);
-    if (dataInterfaceVersionLoading < kHasInformation)
+    mIsClusterSet = context.since(fileVersions::kHasClusterSets) && readFlag<qint8>(in);
+    if (!context.since(fileVersions::kSetHasInformation))
         renumberWeights();
     return in.status() == QDataStream::Ok;
 }
 
-bool AdjacencySet::readDefinition(QDataStream &in)
+bool AdjacencySet::readDefinition(QDataStream &in, const LoadContext &context)
 {
-    const int version = dataInterfaceVersionLoading;
-    if (version >= kHasIds) {
+    if (context.since(fileVersions::kSetsHaveIds)) {
         mId = readInt(in);
         const int nextId = readInt(in);
         if (in.status() != QDataStream::Ok || nextId < 0 || nextId > kIdCount)
@@ -183,13 +173,15 @@ bool AdjacencySet::readDefinition(QDataStream &in)
     mQueenNeighbor = readFlag<qint32>(in);
     in >> mRange;
     mInverseDistanceNumerator = 1.0;
-    if (version >= kHasNumerator)
+    if (context.since(fileVersions::kSetHasNumerator))
         in >> mInverseDistanceNumerator;
     in >> mInverseDistancePower;
-    mIncludeEgo = version >= kHasIncludeEgo ? readFlag<qint8>(in) : version == kHasEgoByVersion;
-    if (version >= kHasInformation && version < kHasNumerator)
+    mIncludeEgo = context.since(fileVersions::kSetHasIncludeEgo)
+                      ? readFlag<qint8>(in)
+                      : context.version == fileVersions::kSetsIncludedEgo;
+    if (context.between(fileVersions::kSetHasInformation, fileVersions::kSetHasNumerator))
         readFlag<qint8>(in);
-    if (version >= kHasInformation)
+    if (context.since(fileVersions::kSetHasInformation))
         in >> mInformation;
     return in.status() == QDataStream::Ok;
 }

@@ -10,10 +10,10 @@
 #include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MissingData.h"
-#include "datainterface/VersionAPI.h"
 #include "fennimark/Fennims.h"
 #include "frame/frameState.h"
 #include "frame/listeners.h"
+#include "frame/loadContext.h"
 #include "frame/progressSection.h"
 #include "project/uniqueNames.h"
 
@@ -21,8 +21,6 @@ using namespace datainterface;
 
 namespace {
 
-constexpr int kSetsHaveIds = 120000;
-constexpr int kListsAreComparable = 400002; // those of older files count objects in another way
 constexpr qint64 kLeastSetBytes = 40;
 
 const Connection kWeightSetConnections[] = {
@@ -205,37 +203,37 @@ void MGeoData::saveWeightSets(QDataStream &out) const
         out << qint32(*id) << mSpatialWeightSets.value(*id);
 }
 
-bool MGeoData::readWeightSets(QDataStream &in)
+bool MGeoData::readWeightSets(QDataStream &in, const LoadContext &context)
 {
-    const bool haveIds = dataInterfaceVersionLoading >= kSetsHaveIds;
+    const bool haveIds = context.since(fileVersions::kSetsHaveIds);
     const int count = readCount(in, kLeastSetBytes);
     qDeleteAll(mSpatialWeightSets);
     mSpatialWeightSets.clear();
     for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i)
-        if (!(haveIds ? readWeightSet(in) : readNamedWeightSet(in)))
+        if (!(haveIds ? readWeightSet(in, context) : readNamedWeightSet(in, context)))
             return false;
     return in.status() == QDataStream::Ok;
 }
 
 // What stands under an id twice, or under another's, could not be told apart by its id.
-bool MGeoData::readWeightSet(QDataStream &in)
+bool MGeoData::readWeightSet(QDataStream &in, const LoadContext &context)
 {
     qint32 id = 0;
     in >> id;
     auto set = std::make_unique<AdjacencySet>();
-    if (!set->RestoreFromStream(in) || set->GetId() != id || mSpatialWeightSets.contains(id))
+    if (!set->Restore(in, context) || set->GetId() != id || mSpatialWeightSets.contains(id))
         return false;
     set->SetGeoData(this);
     mSpatialWeightSets.insert(id, set.release());
     return true;
 }
 
-bool MGeoData::readNamedWeightSet(QDataStream &in)
+bool MGeoData::readNamedWeightSet(QDataStream &in, const LoadContext &context)
 {
     QString name;
     in >> name;
     auto set = std::make_unique<AdjacencySet>();
-    if (!set->RestoreFromStream(in))
+    if (!set->Restore(in, context))
         return false;
     set->SetName(name, true);
     set->SetGeoData(this);
@@ -245,9 +243,9 @@ bool MGeoData::readNamedWeightSet(QDataStream &in)
     return true;
 }
 
-void MGeoData::purgeWeightSets()
+void MGeoData::purgeWeightSets(const LoadContext &context)
 {
-    if (dataInterfaceVersionLoading >= kListsAreComparable)
+    if (context.since(fileVersions::kListsAreComparable))
         return;
     ClearSpatialWeightSets();
     for (int id : mSpatialWeightSets.keys()) {
