@@ -14,6 +14,7 @@
 #include "datainterface/GeoPointTree.h"
 #include "datainterface/GeoProps.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/HostDialogs.h"
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MDataset.h"

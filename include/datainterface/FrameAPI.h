@@ -15,6 +15,8 @@ class QRectF;
 /// time. The block store is started by the host itself (InitializeDataManager). Every function
 /// below, and every function that takes an id, needs this first.
 DATAINTERFACE_EXPORT void InitializeCInterface(ControllerBase *controller);
+/// The controller that is installed; null for none. For code of a host that is handed ids alone.
+DATAINTERFACE_EXPORT ControllerBase *VORN_GetController();
 
 /// A controller and a block store (10,000,000 bytes of cache) for a run without windows: no dialog,
 /// progress bar or cursor is shown, and geographies are given no data path.

@@ -10,8 +10,9 @@ using ProgressCallback = bool (*)(int percent, const char *text);
 /// report without being handed an object. Each level of work counts 0 to 100 of its own; the stack
 /// of sections maps that onto the bar.
 ///
-/// Under the testing flag, and with no QApplication, no bar is made. Without a bar the reporting
-/// operations raise "Progress bar has not been created"; only Close, UsingProgressBar and
+/// The bar is the host's (HostDialogs) where it set one, else Qt's dialog. Under the testing flag,
+/// and with neither dialogs of the host nor a QApplication, no bar is made. Without a bar the
+/// reporting operations raise "Progress bar has not been created"; only Close, UsingProgressBar and
 /// CheckForCancel tolerate that. Under the testing flag all of them return true at once.
 class DATAINTERFACE_EXPORT VORN_Progress {
 public:

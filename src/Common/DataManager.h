@@ -49,6 +49,8 @@ public:
     void Initialize(const QString &directory, int cacheBytes);
     void Reset();
     void Clear();
+    /// As given to Initialize; empty before.
+    const QString &Directory() const { return mDirectory; }
 
     int SaveDataBlock(const QByteArray &bytes);
     void ReplaceDataBlock(int id, const QByteArray &bytes);

@@ -6,6 +6,7 @@
 #include <QPolygonF>
 #include <cmath>
 #include <memory>
+#include "Common/detail/tempFile.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
@@ -14,6 +15,7 @@
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
 #include "geography/shapeFrame.h"
+#include "project/scratchDirectory.h"
 
 using namespace datainterface;
 
@@ -172,7 +174,7 @@ int VORN_FinishVectorGeography(const QString &name, const QString &history, Time
     const std::unique_ptr<NewGeography> finished = std::move(gNewGeography);
     if (!finished->builder->IsValid())
         return -1;
-    const ScratchFile file(ControllerBase::GetVORNTempFile("TMP"));
+    const ScratchFile file(uniqueTempFile(scratchDirectory(), "TMP"));
     if (!finished->builder->Finish(file.path().toLocal8Bit().constData(), nullptr))
         return -1;
     return controller()->AddNewVectorGeography(file.path(), name, history, format, -1, nullptr);

@@ -6,6 +6,7 @@
 #include "datainterface/MGeoData.h"
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/VersionAPI.h"
+#include "frame/dialogs.h"
 #include "frame/frameState.h"
 #include "frame/progressSection.h"
 
@@ -123,7 +124,7 @@ bool runExport(MVectorDataSource &source, const ExportRequest &request, ExportWr
     if (!table.isComplete())
         return false;
     if (!writer.open(table)) {
-        if (controller()->HasGUI())
+        if (hostDialogs() || controller()->HasGUI())
             VORN_ShowWarningDialog(applicationName,
                                    QStringLiteral("The file could not be created"));
         return false;

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/VORN_Progress.h"
-#include <QCoreApplication>
 #include <QList>
-#include <QProgressDialog>
 #include <QString>
 #include <algorithm>
 #include <limits>
 #include "Common/detail/failure.h"
+#include "frame/dialogs.h"
 #include "frame/frameState.h"
 
 using datainterface::isTesting;
@@ -20,34 +19,20 @@ struct Section {
     int upper = 100;
 };
 
-QProgressDialog *gBar = nullptr;
+// Whose bar is up; null while there is none. Any call of it may run events of the host, and so a
+// Close: it is tested again afterwards.
+HostDialogs *gBar = nullptr;
 QList<Section> gSections; // the innermost first
 bool gResetOnCancel = false;
-int gPumping = 0; // calls of Qt now on the stack that may run events, and so a Close
 
 void requireBar(const char *file = __builtin_FILE(), int line = __builtin_LINE())
 {
     require(gBar != nullptr, "Progress bar has not been created", file, line);
 }
 
-// Runs a call that may deliver events. The bar can be gone after it.
-template <class Call> void pump(Call call)
+bool goesOn()
 {
-    struct Pumping {
-        Pumping() { ++gPumping; }
-        ~Pumping() { --gPumping; }
-    } const pumping;
-    call();
-}
-
-void pumpEvents()
-{
-    pump([] { QCoreApplication::processEvents(); });
-}
-
-bool isCanceled()
-{
-    return gBar && gBar->wasCanceled();
+    return !gBar || gBar->PollProgress();
 }
 
 // Each level truncates, so that the bar stands where it always stood.
@@ -70,16 +55,12 @@ VORN_Progress::VORN_Progress(const char *title, const char *label, const char *c
     if (isTesting())
         return;
     require(gBar == nullptr, "Progress bar already exists");
-    if (!datainterface::canShowWidgets())
+    HostDialogs *dialogs = datainterface::dialogs();
+    if (!dialogs)
         return;
-    gBar = new QProgressDialog(
-        QString::fromUtf8(label), QString::fromUtf8(cancelText), 0, 100, nullptr,
-        Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint);
-    gBar->setObjectName(QStringLiteral("ProgressBar"));
-    gBar->setModal(true);
-    gBar->setWindowTitle(QString::fromUtf8(title));
-    gBar->setMinimumDuration(500);
-    gBar->show();
+    dialogs->BeginProgress(QString::fromUtf8(title), QString::fromUtf8(label),
+                           QString::fromUtf8(cancelText));
+    gBar = dialogs;
     PushProgressBarSection();
 }
 
@@ -92,15 +73,10 @@ void VORN_Progress::Close()
 {
     if (isTesting() || !gBar)
         return;
-    // A slot that runs inside the bar's own call must not take the bar from under it.
-    if (gPumping > 0) {
-        gBar->hide();
-        gBar->deleteLater();
-    } else {
-        delete gBar;
-    }
+    HostDialogs *const closed = gBar;
     gBar = nullptr;
     gSections.clear();
+    closed->EndProgress();
 }
 
 bool VORN_Progress::UsingProgressBar()
@@ -113,8 +89,8 @@ bool VORN_Progress::SetProgressText(const char *text)
     if (isTesting())
         return true;
     requireBar();
-    gBar->setLabelText(QString::fromUtf8(text));
-    pumpEvents();
+    gBar->SetProgressLabel(QString::fromUtf8(text));
+    goesOn();
     return true;
 }
 
@@ -123,10 +99,9 @@ void VORN_Progress::SetProgressButtonText(const char *text, bool resetOnCancel)
     if (isTesting())
         return;
     requireBar();
-    gBar->setCancelButtonText(QString::fromUtf8(text));
-    gBar->setAutoClose(resetOnCancel);
+    gBar->SetProgressButton(QString::fromUtf8(text), resetOnCancel);
     gResetOnCancel = resetOnCancel;
-    pumpEvents();
+    goesOn();
 }
 
 bool VORN_Progress::UpdateProgress(int percent, const char *text)
@@ -135,16 +110,15 @@ bool VORN_Progress::UpdateProgress(int percent, const char *text)
         return true;
     requireBar();
     if (text)
-        gBar->setLabelText(QString::fromUtf8(text));
+        gBar->SetProgressLabel(QString::fromUtf8(text));
     if (percent >= 0)
         percent = toBar(percent);
-    if (percent >= 0)
-        pump([percent] { gBar->setValue(percent); });
-    pumpEvents();
-    if (!isCanceled())
+    if (percent >= 0 && gBar)
+        gBar->SetProgressPercent(percent);
+    if (goesOn())
         return true;
-    if (gResetOnCancel)
-        gBar->reset();
+    if (gResetOnCancel && gBar)
+        gBar->ResetProgress();
     return false;
 }
 
@@ -196,6 +170,5 @@ bool VORN_Progress::ProgressBarCanceled()
     if (isTesting())
         return true;
     requireBar();
-    pumpEvents();
-    return isCanceled();
+    return !goesOn();
 }

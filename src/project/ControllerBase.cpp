@@ -13,6 +13,7 @@
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "frame/frameState.h"
+#include "project/scratchDirectory.h"
 #include "project/uniqueNames.h"
 #include "geography/projectionTags.h"
 
@@ -141,7 +142,7 @@ int ControllerBase::AddNewVectorGeography(const QString &fileName, const QString
     if (!fennims->Open(in, nullptr))
         return -1;
     auto geography =
-        std::make_unique<MVectorData>(name, format, isTesting() ? QString() : GetVORNDataPath());
+        std::make_unique<MVectorData>(name, format, isTesting() ? QString() : scratchDirectory());
     const FMProjectionInfo projection = fennims->GetProjectionSettings();
     if (!geography->Initialize(fennims.release(), false))
         return -1;
@@ -158,7 +159,7 @@ int ControllerBase::AddNewRasterGeography(const QString &name, unsigned int rows
                                           const QString &history, const QString &projection)
 {
     auto geography = std::make_unique<MRasterData>(name, stamp, format,
-                                                   isTesting() ? QString() : GetVORNDataPath());
+                                                   isTesting() ? QString() : scratchDirectory());
     if (!geography->Initialize(static_cast<int>(rows), static_cast<int>(columns), bounds))
         return -1;
     geography->GetMetaData().setTag(QStringLiteral("History"), history);

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/DiagnosticsAPI.h"
-#include <QMessageBox>
 #include <cstdarg>
 #include "datainterface/ControllerBase.h"
-#include "datainterface/VORNExceptionDlg.h"
+#include "frame/dialogs.h"
 #include "frame/frameState.h"
 
 void VORN_AddToLog(const QString &text)
@@ -22,12 +21,14 @@ void VORN_AddToLog(const char *format, ...)
 
 void VORN_ShowWarningDialog(const QString &title, const QString &text)
 {
-    if (!datainterface::isTesting() && datainterface::canShowWidgets())
-        QMessageBox::warning(nullptr, title, text, QMessageBox::Ok);
+    if (datainterface::isTesting())
+        return;
+    if (HostDialogs *dialogs = datainterface::dialogs())
+        dialogs->ShowWarning(title, text);
 }
 
 void VORN_ShowExceptionDialog(const QString &text, const QString &what, const QString &details)
 {
-    if (datainterface::canShowWidgets())
-        VORNExceptionDlg(text, what, details).exec();
+    if (HostDialogs *dialogs = datainterface::dialogs())
+        dialogs->ShowException(text, what, details);
 }

@@ -28,6 +28,11 @@ void InitializeCInterface(ControllerBase *controller)
     seedGenerators(static_cast<quint32>(std::time(nullptr)));
 }
 
+ControllerBase *VORN_GetController()
+{
+    return controller();
+}
+
 void VORN_InitializeForTesting()
 {
     InitializeCInterface(new ControllerBase);

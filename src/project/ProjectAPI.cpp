@@ -18,6 +18,7 @@
 #include "frame/frameState.h"
 #include "frame/loadContext.h"
 #include "frame/versionText.h"
+#include "project/scratchDirectory.h"
 
 using namespace datainterface;
 
@@ -102,11 +103,10 @@ bool readVersion(QDataStream &in)
 std::unique_ptr<MGeoData> newGeography(qint8 kind)
 {
     if (kind == VectorKind)
-        return std::make_unique<MVectorData>(QString(), TF_DateTime,
-                                             ControllerBase::GetVORNDataPath());
+        return std::make_unique<MVectorData>(QString(), TF_DateTime, scratchDirectory());
     if (kind == RasterKind)
         return std::make_unique<MRasterData>(QString(), TimeStamp(0, 0, true, true), TF_DateTime,
-                                             ControllerBase::GetVORNDataPath());
+                                             scratchDirectory());
     return nullptr;
 }
 

@@ -7,6 +7,7 @@
 #include "Common/detail/streams.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DiagnosticsAPI.h"
+#include "frame/dialogs.h"
 #include "frame/frameState.h"
 #include "frame/loadContext.h"
 #include "weights/egoNeighbors.h"
@@ -210,7 +211,7 @@ void AdjacencySet::renumberWeights()
     if (mWeightType == InverseDistanceWeight) {
         mWeightType = ConstantWeight;
         ClearSpatialWeights();
-        if (controller() && controller()->HasGUI())
+        if (hostDialogs() || (controller() && controller()->HasGUI()))
             VORN_ShowWarningDialog(
                 applicationName,
                 QStringLiteral(

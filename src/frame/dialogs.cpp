@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "frame/dialogs.h"
+#include <QCoreApplication>
+#include <QMessageBox>
+#include <QProgressDialog>
+#include "datainterface/VORNExceptionDlg.h"
+#include "datainterface/VORN_Progress.h"
+#include "frame/frameState.h"
+
+namespace datainterface {
+namespace {
+
+HostDialogs *gHostDialogs = nullptr;
+
+/// Qt's widgets, on the host's main thread. Each call that may run events can also run a slot of
+/// the host that ends the progress: the dialog is looked up again afterwards.
+class QtDialogs final : public HostDialogs {
+public:
+    void BeginProgress(const QString &title, const QString &label,
+                       const QString &cancelText) override
+    {
+        mBar = new QProgressDialog(label, cancelText, 0, 100, nullptr,
+                                   Qt::CustomizeWindowHint | Qt::WindowTitleHint
+                                       | Qt::WindowSystemMenuHint);
+        mBar->setObjectName(QStringLiteral("ProgressBar"));
+        mBar->setModal(true);
+        mBar->setWindowTitle(title);
+        mBar->setMinimumDuration(500);
+        mBar->show();
+    }
+
+    void SetProgressLabel(const QString &text) override { mBar->setLabelText(text); }
+
+    void SetProgressPercent(int percent) override
+    {
+        pump([this, percent] { mBar->setValue(percent); });
+    }
+
+    bool PollProgress() override
+    {
+        pump([] { QCoreApplication::processEvents(); });
+        return !mBar || !mBar->wasCanceled();
+    }
+
+    void SetProgressButton(const QString &text, bool resetOnCancel) override
+    {
+        mBar->setCancelButtonText(text);
+        mBar->setAutoClose(resetOnCancel);
+    }
+
+    void ResetProgress() override
+    {
+        if (mBar)
+            mBar->reset();
+    }
+
+    void EndProgress() override
+    {
+        // A slot that runs inside the bar's own call must not take the bar from under it.
+        if (mPumping > 0) {
+            mBar->hide();
+            mBar->deleteLater();
+        } else {
+            delete mBar;
+        }
+        mBar = nullptr;
+    }
+
+    void ShowWarning(const QString &title, const QString &text) override
+    {
+        QMessageBox::warning(nullptr, title, text, QMessageBox::Ok);
+    }
+
+    void ShowException(const QString &text, const QString &what, const QString &details) override
+    {
+        VORNExceptionDlg(text, what, details).exec();
+    }
+
+private:
+    template <class Call> void pump(Call call)
+    {
+        struct Pumping {
+            explicit Pumping(int &depth) : mDepth(depth) { ++mDepth; }
+            ~Pumping() { --mDepth; }
+            int &mDepth;
+        } const pumping(mPumping);
+        call();
+    }
+
+    QProgressDialog *mBar = nullptr;
+    int mPumping = 0; ///< calls of Qt now on the stack that may run events
+};
+
+} // namespace
+
+HostDialogs *hostDialogs()
+{
+    return gHostDialogs;
+}
+
+HostDialogs *dialogs()
+{
+    static QtDialogs qtDialogs;
+    if (gHostDialogs)
+        return gHostDialogs;
+    return canShowWidgets() ? &qtDialogs : nullptr;
+}
+
+} // namespace datainterface
+
+HostDialogs::HostDialogs() = default;
+HostDialogs::~HostDialogs() = default;
+
+void HostDialogs::SetProgressButton(const QString &, bool)
+{
+}
+
+void HostDialogs::ResetProgress()
+{
+}
+
+void VORN_SetHostDialogs(HostDialogs *dialogs)
+{
+    VORN_Progress::Close();
+    datainterface::gHostDialogs = dialogs;
+}
