@@ -38,6 +38,7 @@
 #include "datainterface/NonConVariogramModelManager.h"
 #include "datainterface/OrderedDouble.h"
 #include "datainterface/PointTreeAPI.h"
+#include "datainterface/ProgressCallback.h"
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/RasterAPI.h"
 #include "datainterface/SpatialWeightSetProps.h"

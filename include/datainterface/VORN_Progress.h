@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// One progress bar for nested work, and the way in which a cancel travels back.
 #pragma once
+#include "datainterface/ProgressCallback.h"
 #include "datainterface/export.h"
-
-/// Percent and text (may be null); false asks the work to stop.
-using ProgressCallback = bool (*)(int percent, const char *text);
 
 /// A scope guard that makes the one bar and closes it. All else is static, so that deep code can
 /// report without being handed an object. Each level of work counts 0 to 100 of its own; the stack

@@ -10,7 +10,7 @@
 #include "Common/DataManager.cache.h"
 #include "Common/DataManager.extents.h"
 #include "Common/detail/scratchFile.h"
-#include "datainterface/VORN_Progress.h"
+#include "datainterface/ProgressCallback.h"
 
 namespace datainterface {
 class BlockReading;

@@ -58,11 +58,6 @@ int percentOf(int done, int count)
     return static_cast<int>(qint64(100) * done / count);
 }
 
-ProgressCallback progressReport()
-{
-    return VORN_Progress::UsingProgressBar() ? &VORN_Progress::UpdateProgress : nullptr;
-}
-
 } // namespace
 
 void DataManager::SetPackLevel(int level)
@@ -133,16 +128,6 @@ bool DataManager::RestoreBlock(int id, const QByteArray &bytes)
         return false;
     mNextId = std::max(mNextId, id + 1);
     return true;
-}
-
-bool SaveProjectData(QDataStream &out, bool compress)
-{
-    return blockStore().SaveProjectData(out, compress, progressReport());
-}
-
-bool RestoreProjectData(QDataStream &in, bool compressed)
-{
-    return blockStore().RestoreProjectData(in, compressed, progressReport());
 }
 
 void VORN_SetProjectCompression(int level)

@@ -136,7 +136,7 @@ qint64 VORN_UpdateTime(TimeFormat format, const TimeStep &step, qint64 t)
 
 QString VORN_GetDateTime()
 {
-    return QDateTime::currentDateTime().toString(QStringLiteral("d MMM yyyy hh:mm:ss"));
+    return datainterface::presentMoment();
 }
 
 bool VORN_GetTimeString(TimeFormat format, qint64 t, QString &text)

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <optional>
 #include "Common/detail/failure.h"
-#include "datainterface/VORN_Progress.h"
+#include "Common/uniqueName.h"
 #include "api/callFrame.h"
-#include "project/uniqueNames.h"
+#include "datainterface/VORN_Progress.h"
 
 using namespace datainterface;
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/MVectorDataSource.h"
 #include "Common/detail/failure.h"
-#include "datainterface/TimeAPI.h"
 #include "datainterface/VORN_Progress.h"
+#include "time/calendar.h"
 
 using namespace datainterface;
 
@@ -38,7 +38,7 @@ int MVectorDataSource::ConvertDataset(int id, const QString &name, DataType type
 {
     MVectorDataset *source = GetVectorDataset(id);
     require(source != nullptr, "Invalid dataset id");
-    const QString now = VORN_GetDateTime();
+    const QString now = presentMoment();
     const VORN_Progress progress("Dataset conversion", "Creating new dataset...", "Cancel");
     require(isConvertible(source->GetDataType(), type), "Invalid dataset type");
     const int newId = NewVectorDataset(name, type, source->GetStorageType(),

@@ -7,12 +7,12 @@
 #include <memory>
 #include <vector>
 #include "Common/detail/failure.h"
-#include "datainterface/MRasterDataset.h"
-#include "datainterface/TimeAPI.h"
-#include "datasets/dataContainer.elements.h"
-#include "datasets/datasetCopies.h"
 #include "cells/cellForms.h"
 #include "cells/heldGrid.h"
+#include "datainterface/MRasterDataset.h"
+#include "datasets/dataContainer.elements.h"
+#include "datasets/datasetCopies.h"
+#include "time/calendar.h"
 
 using namespace datainterface;
 
@@ -198,6 +198,6 @@ bool MVectorDataset::ImportDataset(const MDataset *source, const QVector<int> &o
         return false;
     const QString name = source->GetMetaData(QStringLiteral("Name")).toString();
     AddToLongDescription(
-        QStringLiteral("Subsetted from dataset (\"%1\") on %2\n").arg(name, VORN_GetDateTime()));
+        QStringLiteral("Subsetted from dataset (\"%1\") on %2\n").arg(name, presentMoment()));
     return true;
 }

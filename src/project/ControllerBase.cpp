@@ -8,14 +8,15 @@
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
 #include "Common/detail/tempFile.h"
+#include "Common/uniqueName.h"
 #include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "frame/frameState.h"
-#include "project/scratchDirectory.h"
-#include "project/uniqueNames.h"
 #include "geography/projectionTags.h"
+#include "project/datasetNames.h"
+#include "project/scratchDirectory.h"
 
 using namespace datainterface;
 

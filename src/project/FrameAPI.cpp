@@ -5,8 +5,8 @@
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataBlocks.h"
 #include "frame/frameState.h"
-#include "project/uniqueNames.h"
 #include "numerics/deviates.h"
+#include "project/datasetNames.h"
 
 using namespace datainterface;
 

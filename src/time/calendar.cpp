@@ -165,4 +165,9 @@ QString IntervalToString(const Interval &interval, TimeFormat format, const char
            + QLatin1Char(interval.inclusiveEnd ? ']' : ')');
 }
 
+QString presentMoment()
+{
+    return QDateTime::currentDateTime().toString(QStringLiteral("d MMM yyyy hh:mm:ss"));
+}
+
 } // namespace datainterface

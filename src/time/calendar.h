@@ -35,5 +35,7 @@ QString TimeStepToString(const TimeStep &step, TimeFormat format);
 /// Both ends in the brackets that tell which end is included.
 QString IntervalToString(const Interval &interval, TimeFormat format, const char *dateFormat,
                          const char *timeFormat);
+/// The present moment in local time, "d MMM yyyy hh:mm:ss", as notes of origin carry it.
+QString presentMoment();
 
 } // namespace datainterface

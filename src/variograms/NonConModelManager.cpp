@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Common/detail/streams.h"
+#include "Common/uniqueName.h"
 #include "datainterface/NonConVariogramModelManager.h"
 #include "frame/listeners.h"
-#include "project/uniqueNames.h"
 
 namespace {
 

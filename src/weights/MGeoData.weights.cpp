@@ -5,6 +5,7 @@
 #include <memory>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
+#include "Common/uniqueName.h"
 #include "datainterface/AdjacencySet.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/MRasterData.h"
@@ -15,7 +16,6 @@
 #include "frame/listeners.h"
 #include "frame/loadContext.h"
 #include "frame/progressSection.h"
-#include "project/uniqueNames.h"
 
 using namespace datainterface;
 

@@ -9,7 +9,4 @@ namespace datainterface {
 /// `name`, or "name n" with the first n from 2 on that is not taken. Case counts.
 QString uniqueName(const QString &name, const QSet<QString> &taken);
 
-/// Among the display names of one geography's datasets; `name` when the geography is unknown.
-QString uniqueDatasetName(int geographyId, const QString &name);
-
 } // namespace datainterface

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#include "project/datasetNames.h"
+#include <QSet>
+#include "Common/uniqueName.h"
+#include "datainterface/ControllerBase.h"
+#include "datainterface/MDataSource.h"
+#include "datainterface/MGeoData.h"
+#include "frame/frameState.h"
+
+namespace datainterface {
+
+QString uniqueDatasetName(int geographyId, const QString &name)
+{
+    const MGeoData *geography = controller()->GetGeoData().value(geographyId);
+    MDataSource *source = geography ? geography->GetDataSource() : nullptr;
+    if (!source)
+        return name;
+    QSet<QString> taken;
+    for (const DataId &id : source->GetDatasetIds())
+        taken.insert(source->GetDisplayName(id));
+    return uniqueName(name, taken);
+}
+
+} // namespace datainterface
