@@ -3,8 +3,8 @@
 #include <QLocale>
 #include <cmath>
 #include <limits>
-#include <shapefil.h>
 #include "datainterface/ControllerBase.h"
+#include "exchange/dbfFile.h"
 #include "frame/frameState.h"
 
 namespace datainterface {
@@ -16,12 +16,11 @@ struct DbfExport::Field {
     int decimals = 0;
 };
 
-struct DbfExport::Table {
-    explicit Table(DBFHandle opened) : handle(opened) {}
-    ~Table() { DBFClose(handle); }
-    Table(const Table &) = delete;
-    Table &operator=(const Table &) = delete;
-    const DBFHandle handle;
+/// The characters that the values of a column take.
+struct DbfExport::Extent {
+    int whole = 0;    ///< of a number before the point, with the sign
+    int decimals = 0; ///< behind it
+    int text = 0;     ///< bytes of a text, or of a number that stands as one
 };
 
 namespace {
@@ -29,9 +28,8 @@ namespace {
 constexpr int kNameBytes = 10;
 constexpr int kIntegerWidth = 11;
 constexpr int kLongestNumber = 25;   ///< Wider decimals become texts.
-constexpr int kNumberTextWidth = 20; ///< of such a text
-constexpr int kLongestText = 254;
-constexpr int kMostDecimals = 15;
+constexpr int kNumberTextWidth = 20; ///< of such a text, unless a value is longer
+constexpr int kLongestField = 254;
 
 // At most `bytes` bytes of UTF-8, no character cut in two.
 QByteArray shortened(const QByteArray &utf8, int bytes)
@@ -42,12 +40,22 @@ QByteArray shortened(const QByteArray &utf8, int bytes)
     return utf8.left(end);
 }
 
-// Digits behind the point of the shortest text of a number.
-int decimalsOf(double value)
+// The shortest text without an exponent that reads back as the number.
+QByteArray plainText(double value)
 {
-    const QString text = QString::number(std::abs(value), 'f', QLocale::FloatingPointShortest);
-    const int point = text.indexOf(QLatin1Char('.'));
-    return point < 0 ? 0 : std::min(text.size() - point - 1, kMostDecimals);
+    return QByteArray::number(value, 'f', QLocale::FloatingPointShortest);
+}
+
+// The shortest text that reads back as the number.
+QByteArray shortText(double value)
+{
+    return QByteArray::number(value, 'g', QLocale::FloatingPointShortest);
+}
+
+int decimalsOf(const QByteArray &plain)
+{
+    const int point = plain.indexOf('.');
+    return point < 0 ? 0 : plain.size() - point - 1;
 }
 
 // Characters before the point, with one for the sign and one to spare.
@@ -57,28 +65,6 @@ int integerWidthOf(double value)
     return magnitude < 1.0 ? 2 : static_cast<int>(std::log10(magnitude)) + 3;
 }
 
-int longestText(const ExportTable &table, int column)
-{
-    int longest = 0;
-    for (const TimeStamp &stamp : table.times()) {
-        const VORN_ConstDataContainer values(table.columns()[column].id, stamp.timeInInterval(),
-                                             table.request().realization, false);
-        for (int object = 0; object < table.objectCount(); ++object)
-            if (!values.isMissing(object))
-                longest = std::max(longest, values.strvalue(object).toUtf8().size());
-    }
-    return longest;
-}
-
-// A number as a text that fits, with as many digits as there is room for.
-QByteArray numberText(double value, int width)
-{
-    QByteArray text = QByteArray::number(value, 'g', QLocale::FloatingPointShortest);
-    for (int digits = 17; text.size() > width && digits > 0; --digits)
-        text = QByteArray::number(value, 'g', digits);
-    return text;
-}
-
 } // namespace
 
 DbfExport::DbfExport() = default;
@@ -86,13 +72,23 @@ DbfExport::~DbfExport() = default;
 
 bool DbfExport::open(const ExportTable &table)
 {
-    mMissing = table.request().missing;
-    const DBFHandle handle =
-        DBFCreateEx(QFile::encodeName(table.request().fileName).constData(), "UTF-8");
-    if (!handle)
-        return false;
-    mTable = std::make_unique<Table>(handle);
-    return addFields(table);
+    mMissing = table.request().missing.toUtf8();
+    bool isNumber = false;
+    mMissingNumber = table.request().missing.toDouble(&isNumber);
+    mHasMissingNumber = isNumber && std::isfinite(mMissingNumber);
+    if (!mHasMissingNumber)
+        mMissingNumber = 0.0;
+    mFile = std::make_unique<DbfFile>(table.request().fileName);
+    return mFile->create() != nullptr;
+}
+
+bool DbfExport::writeHead(const ExportTable &table)
+{
+    const qint64 records = qint64(table.objectCount()) * table.times().size();
+    const bool isDone = records <= std::numeric_limits<int>::max() && addFields(table);
+    if (!isDone)
+        mFile->remove();
+    return isDone;
 }
 
 // The name that a column has in the table: blanks become underscores, ten bytes at most, distinct
@@ -118,13 +114,16 @@ QByteArray DbfExport::fieldName(const QString &columnName)
 bool DbfExport::addField(const Field &field)
 {
     mFields.append(field);
-    return DBFAddField(mTable->handle, field.name.constData(), field.type, field.width,
+    return DBFAddField(mFile->handle(), field.name.constData(), field.type, field.width,
                        field.decimals)
            >= 0;
 }
 
 bool DbfExport::addFields(const ExportTable &table)
 {
+    QVector<Extent> extents(table.columns().size());
+    if (!measure(table, extents))
+        return false;
     bool isAdded = addField({fieldName(QStringLiteral("ObjectId")), FTInteger, kIntegerWidth, 0});
     // A plain number can be longer than a date or a time.
     int timeWidth = kIntegerWidth;
@@ -135,73 +134,114 @@ bool DbfExport::addFields(const ExportTable &table)
         isAdded = addField({fieldName(name), FTInteger, timeWidth, 0}) && isAdded;
     for (int i = 0; i < table.columns().size(); ++i) {
         const ExportColumn &column = table.columns()[i];
-        Field field{fieldName(column.name), FTString, column.width, 0};
-        const int missingLength = mMissing.toUtf8().size();
-        const double missingNumber = mMissing.toDouble();
-        if (column.type == StringType) {
-            field.width = std::max({column.width, longestText(table, i), missingLength});
-        } else if (column.type == IntegerType) {
-            field.type = FTInteger;
-            field.width = std::max(column.width, integerWidthOf(missingNumber));
-        } else {
-            field.type = FTDouble;
-            field.decimals =
-                std::max(std::min(column.decimals, kMostDecimals), decimalsOf(missingNumber));
-            const int integerWidth =
-                std::max(column.width - (column.decimals > 0 ? column.decimals + 1 : 0),
-                         integerWidthOf(missingNumber));
-            field.width = integerWidth + (field.decimals > 0 ? field.decimals + 1 : 0);
-            if (field.width > kLongestNumber)
-                field = {field.name, FTString, std::max(kNumberTextWidth, missingLength), 0};
-        }
-        field.width = std::min(std::max(field.width, 1), kLongestText);
-        isAdded = addField(field) && isAdded;
+        isAdded = addField(fieldOf(column.type, fieldName(column.name), extents[i])) && isAdded;
     }
     return isAdded;
 }
 
-void DbfExport::writeRow(const ExportRow &row)
+bool DbfExport::measure(const ExportTable &table, QVector<Extent> &extents) const
 {
-    int index = 0;
-    bool isWritten = DBFWriteIntegerAttribute(mTable->handle, mRecord, index++, row.object) != 0;
-    for (qint64 time : row.times)
-        isWritten =
-            DBFWriteDoubleAttribute(mTable->handle, mRecord, index++, static_cast<double>(time))
-            && isWritten;
-    for (const VORN_ConstDataContainer &values : row.values)
-        isWritten = writeCell(mRecord, index++, values, row.object) && isWritten;
-    mIsWritten = mIsWritten && isWritten;
-    ++mRecord;
+    return table.visitTimes([&](int, const ExportTable::Values &values) {
+        for (int column = 0; column < extents.size(); ++column) {
+            const VORN_ConstDataContainer &cells = values[static_cast<size_t>(column)];
+            for (int object = 0; object < table.objectCount(); ++object) {
+                if (!isMissingCell(cells, object))
+                    widen(extents[column], cells, object);
+            }
+        }
+        return true;
+    });
 }
 
-// A missing number is the missing text read as one.
-bool DbfExport::writeCell(int record, int index, const VORN_ConstDataContainer &values, int object)
+void DbfExport::widen(Extent &extent, const VORN_ConstDataContainer &cells, int object)
+{
+    switch (cells.type()) {
+    case VORN_DataContainer::StringData:
+        extent.text = std::max(extent.text, cells.strvalue(object).toUtf8().size());
+        return;
+    case VORN_DataContainer::Int32Data:
+        extent.whole = std::max(extent.whole, QByteArray::number(cells.intvalue(object)).size());
+        return;
+    default:
+        break;
+    }
+    const double value = cells.value(object);
+    const QByteArray plain = plainText(value);
+    const int decimals = decimalsOf(plain);
+    extent.whole = std::max(extent.whole, plain.size() - decimals - (decimals > 0));
+    extent.decimals = std::max(extent.decimals, decimals);
+    extent.text = std::max(extent.text, shortText(value).size());
+}
+
+// Numbers that need more room than a numeric field has stand as texts.
+DbfExport::Field DbfExport::fieldOf(DataType type, const QByteArray &name,
+                                    const Extent &extent) const
+{
+    Field field{name, FTString, std::max(extent.text, mMissing.size()), 0};
+    const int whole = std::max(extent.whole, integerWidthOf(mMissingNumber));
+    if (type == IntegerType && whole <= kLongestField) {
+        field.type = FTInteger;
+        field.width = whole;
+    } else if (type == DecimalType) {
+        const int decimals = std::max(extent.decimals, decimalsOf(plainText(mMissingNumber)));
+        const int width = whole + (decimals > 0 ? decimals + 1 : 0);
+        if (width <= kLongestNumber)
+            field = {name, FTDouble, width, decimals};
+        else
+            field.width = std::max(field.width, kNumberTextWidth);
+    } else if (type == IntegerType) {
+        field.width = std::max(field.width, kNumberTextWidth);
+    }
+    field.width = std::min(std::max(field.width, 1), kLongestField);
+    return field;
+}
+
+bool DbfExport::writeRow(const ExportRow &row)
+{
+    int index = 0;
+    mIsWhole = writeText(index++, QByteArray::number(row.object)) && mIsWhole;
+    for (qint64 time : row.times)
+        mIsWhole = writeText(index++, QByteArray::number(time)) && mIsWhole;
+    for (const VORN_ConstDataContainer &values : row.values)
+        mIsWhole = writeCell(index++, values, row.object) && mIsWhole;
+    ++mRecord;
+    return mFile->isWritten();
+}
+
+// Numbers are written as texts of ours, since shapelib's follow the locale of the process.
+bool DbfExport::writeCell(int index, const VORN_ConstDataContainer &values, int object)
 {
     const Field &field = mFields[index];
     const bool isText = values.type() == VORN_DataContainer::StringData;
-    const bool isMissing =
-        values.isMissing(object) || (!isText && !std::isfinite(values.value(object)));
+    const bool isMissing = isMissingCell(values, object);
     if (field.type == FTString) {
-        const QByteArray whole = isMissing ? mMissing.toUtf8()
+        const QByteArray whole = isMissing ? mMissing
                                  : isText  ? values.strvalue(object).toUtf8()
-                                           : numberText(values.value(object), field.width);
+                                           : shortText(values.value(object));
         const QByteArray text = shortened(whole, field.width);
-        return DBFWriteStringAttribute(mTable->handle, record, index, text.constData())
-               && text == whole;
+        return writeText(index, text) && text.size() == whole.size();
     }
-    if (field.type == FTInteger) {
-        const double number = isMissing ? std::trunc(mMissing.toDouble()) : values.value(object);
-        return DBFWriteDoubleAttribute(mTable->handle, record, index, number) != 0;
-    }
-    return DBFWriteDoubleAttribute(mTable->handle, record, index,
-                                   isMissing ? mMissing.toDouble() : values.value(object))
-           != 0;
+    if (isMissing && !mHasMissingNumber)
+        return DBFWriteNULLAttribute(mFile->handle(), mRecord, index) != 0;
+    if (field.type == FTInteger)
+        return writeText(index, isMissing ? QByteArray::number(std::trunc(mMissingNumber), 'f', 0)
+                                          : QByteArray::number(values.intvalue(object)));
+    return writeText(index, QByteArray::number(isMissing ? mMissingNumber : values.value(object),
+                                               'f', field.decimals));
+}
+
+// Texts stand at the left, numbers at the right. A text with a NUL would be cut there.
+bool DbfExport::writeText(int index, const QByteArray &text)
+{
+    const Field &field = mFields[index];
+    QByteArray cell = field.type == FTString ? text : text.rightJustified(field.width, ' ');
+    return DBFWriteAttributeDirectly(mFile->handle(), mRecord, index, cell.data()) != 0
+           && cell.size() <= field.width && !text.contains('\0');
 }
 
 bool DbfExport::close(bool)
 {
-    mTable.reset();
-    return mIsWritten;
+    return mFile->close() && mIsWhole;
 }
 
 } // namespace datainterface

@@ -8,29 +8,40 @@
 
 namespace datainterface {
 
+class DbfFile;
+
+/// Fields are as wide as the values that are exported and the missing text need. In a numeric field
+/// a missing value is the missing text read as a number, and null when that is none.
 class DbfExport : public ExportWriter {
 public:
     DbfExport();
     ~DbfExport() override;
     bool open(const ExportTable &table) override;
-    void writeRow(const ExportRow &row) override;
-    bool close(bool isCanceled) override;
+    bool writeHead(const ExportTable &table) override;
+    bool writeRow(const ExportRow &row) override;
+    bool close(bool isEndedEarly) override;
 
 private:
     struct Field;
-    struct Table;
+    struct Extent;
 
     QByteArray fieldName(const QString &columnName);
     bool addFields(const ExportTable &table);
     bool addField(const Field &field);
-    bool writeCell(int record, int index, const VORN_ConstDataContainer &values, int object);
+    Field fieldOf(DataType type, const QByteArray &name, const Extent &extent) const;
+    bool measure(const ExportTable &table, QVector<Extent> &extents) const;
+    static void widen(Extent &extent, const VORN_ConstDataContainer &cells, int object);
+    bool writeCell(int index, const VORN_ConstDataContainer &values, int object);
+    bool writeText(int index, const QByteArray &text);
 
-    std::unique_ptr<Table> mTable;
+    std::unique_ptr<DbfFile> mFile;
     QVector<Field> mFields;
     QSet<QByteArray> mUsedNames; ///< in capitals: the format does not tell case apart
-    QString mMissing;
+    QByteArray mMissing;
+    double mMissingNumber = 0.0;
+    bool mHasMissingNumber = false;
     int mRecord = 0;
-    bool mIsWritten = true;
+    bool mIsWhole = true; ///< each cell holds its value uncut
 };
 
 } // namespace datainterface

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "exchange/exportTable.h"
 #include <QDate>
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DiagnosticsAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MVectorDataSource.h"
+#include "datainterface/MVectorDataset.h"
 #include "datainterface/VersionAPI.h"
 #include "frame/dialogs.h"
 #include "frame/frameState.h"
@@ -49,43 +53,101 @@ bool isCanceled()
            && VORN_Progress::ProgressBarCanceled();
 }
 
-// False after a cancel.
 bool writeRows(const ExportTable &table, ExportWriter &writer)
 {
     const QList<TimeStamp> &times = table.times();
-    for (int i = 0; i < times.size(); ++i) {
-        if (isCanceled() || !reportProgress(static_cast<int>(100LL * i / times.size())))
+    return table.visitTimes([&](int index, const ExportTable::Values &values) {
+        if (!reportProgress(static_cast<int>(100LL * index / times.size())))
             return false;
-        const std::vector<VORN_ConstDataContainer> values = table.valuesAt(times[i]);
-        const QVector<qint64> timeNumbers = table.timesOf(times[i]);
-        for (int object = 0; object < table.objectCount(); ++object)
-            writer.writeRow({object, timeNumbers, values});
-    }
-    return true;
+        const QVector<qint64> timeNumbers = table.timesOf(times[index]);
+        for (int object = 0; object < table.objectCount(); ++object) {
+            if (!writer.writeRow({object, timeNumbers, values}))
+                return false;
+        }
+        return true;
+    });
+}
+
+// Which of a column's values hold at a time: the index of their interval, or of the gap before an
+// interval as its complement. The search goes on from `next`, since times only grow.
+int placeOf(const TimeStamp &stamp, const QList<TimeStamp> &intervals, int &next)
+{
+    while (next < intervals.size() && intervals[next] < stamp)
+        ++next;
+    return next < intervals.size() && !(stamp < intervals[next]) ? next : ~next;
 }
 
 } // namespace
 
+bool isMissingCell(const VORN_ConstDataContainer &values, int object)
+{
+    return values.isMissing(object)
+           || (values.type() == VORN_DataContainer::DoubleData
+               && !std::isfinite(values.value(object)));
+}
+
+/// All series of a realization checked out for a scope. A slot of the host that runs while progress
+/// is shown may remove the dataset, which is therefore looked up again.
+class ExportTable::HeldSeries {
+public:
+    HeldSeries(const MVectorDataSource &source, int id, int realization)
+        : mSource(source),
+          mId(id),
+          mRealization(realization),
+          mIsHeld(source.GetVectorDataset(id)->CheckOutRealization(realization, 0))
+    {
+    }
+    // Nothing was changed, so that nothing is lost when a series cannot be written back.
+    ~HeldSeries()
+    {
+        try {
+            const MVectorDataset *dataset = mSource.GetVectorDataset(mId);
+            if (mIsHeld && dataset)
+                dataset->CheckInRealization(mRealization, 0);
+        } catch (...) {
+        }
+    }
+    HeldSeries(const HeldSeries &) = delete;
+    HeldSeries &operator=(const HeldSeries &) = delete;
+
+private:
+    const MVectorDataSource &mSource;
+    const int mId;
+    const int mRealization;
+    const bool mIsHeld;
+};
+
 ExportTable::ExportTable(MVectorDataSource &source, const ExportRequest &request)
     : mRequest(request), mObjectCount(static_cast<int>(source.GetObjectCount()))
 {
-    for (const DataId &id : request.ids) {
-        ExportColumn column;
-        column.id = id;
-        if (!source.GetDataType(id, column.type))
-            return;
-        column.name = source.GetDisplayName(id);
-        source.GetDataWidths(id, column.width, column.decimals);
-        mColumns.append(column);
-    }
-    mTimes = timesInRange(source);
+    mIsComplete = request.start <= request.end
+                  && std::all_of(request.ids.begin(), request.ids.end(),
+                                 [&](const DataId &id) { return addColumn(source, id); });
+    // Without objects there are no rows, whatever intervals are left over.
+    if (mIsComplete && mObjectCount > 0)
+        mTimes = timesInRange();
 }
 
-QList<TimeStamp> ExportTable::timesInRange(MVectorDataSource &source) const
+ExportTable::~ExportTable() = default;
+
+bool ExportTable::addColumn(MVectorDataSource &source, int id)
+{
+    const MVectorDataset *dataset = source.GetVectorDataset(id);
+    if (!dataset || mRequest.realization < 0
+        || mRequest.realization >= dataset->GetRealizationCount())
+        return false;
+    if (dataset->GetStorageType() == MVectorDataset::TimeSeries)
+        mHeld.emplace_back(source, id, mRequest.realization);
+    mColumns.append({id, dataset->GetDataType(), source.GetDisplayName(id), dataset->IsStatic(),
+                     source.GetCommonTimeStamps(id, mRequest.realization)});
+    return true;
+}
+
+QList<TimeStamp> ExportTable::timesInRange() const
 {
     QList<QList<TimeStamp>> lists;
     for (const ExportColumn &column : mColumns)
-        lists.append(source.GetCommonTimeStamps(column.id, mRequest.realization));
+        lists.append(column.times);
     const QList<TimeStamp> merged = TimeStamp::MergeTimeStamps(lists);
     // An empty list would stand for all times.
     return merged.isEmpty() ? merged
@@ -101,13 +163,31 @@ QStringList ExportTable::timeColumns() const
     return {QStringLiteral("Start"), QStringLiteral("End")};
 }
 
-std::vector<VORN_ConstDataContainer> ExportTable::valuesAt(const TimeStamp &stamp) const
+bool ExportTable::visitTimes(const std::function<bool(int, const Values &)> &visit) const
 {
-    std::vector<VORN_ConstDataContainer> values;
-    values.reserve(static_cast<size_t>(mColumns.size()));
-    for (const ExportColumn &column : mColumns)
-        values.emplace_back(column.id, stamp.timeInInterval(), mRequest.realization, false);
-    return values;
+    constexpr int kNothingRead = std::numeric_limits<int>::min();
+    Values values(static_cast<size_t>(mColumns.size()));
+    QVector<int> next(mColumns.size(), 0);
+    QVector<int> read(mColumns.size(), kNothingRead);
+    for (int i = 0; i < mTimes.size(); ++i) {
+        if (isCanceled())
+            return false;
+        for (int column = 0; column < mColumns.size(); ++column) {
+            const int place = mColumns[column].isStatic
+                                  ? 0
+                                  : placeOf(mTimes[i], mColumns[column].times, next[column]);
+            if (read[column] == place)
+                continue;
+            auto &held = values[static_cast<size_t>(column)];
+            held = {}; // one slice of a column at a time
+            held = VORN_ConstDataContainer(mColumns[column].id, mTimes[i].timeInInterval(),
+                                           mRequest.realization, false);
+            read[column] = place;
+        }
+        if (!visit(i, values))
+            return false;
+    }
+    return true;
 }
 
 QVector<qint64> ExportTable::timesOf(const TimeStamp &stamp) const
@@ -132,7 +212,7 @@ bool runExport(MVectorDataSource &source, const ExportRequest &request, ExportWr
     const VORN_Progress progress("Export", "Exporting datasets...", "Cancel");
     bool isDone = false;
     try {
-        isDone = writeRows(table, writer);
+        isDone = writer.writeHead(table) && writeRows(table, writer);
     } catch (...) {
         writer.close(true);
         throw;

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "exchange/textExports.h"
+#include <QFileInfo>
 #include <QLocale>
 
 namespace datainterface {
 namespace {
+
+constexpr int kPieceBytes = 1 << 16; ///< of text that goes out in one call
 
 // A line of its own must stay one line.
 QString oneLine(QString text)
@@ -16,56 +19,75 @@ QString oneLine(QString text)
 
 bool TextExport::open(const ExportTable &table)
 {
-    mMissing = quoted(table.request().missing);
+    mMissing = quoted(table.request().missing).toUtf8();
     mFile.setFileName(table.request().fileName);
-    if (!mFile.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    mOut.setDevice(&mFile);
-    mOut.setCodec("UTF-8");
-    writeHeader(table);
-    return true;
+    mPending.reserve(2 * kPieceBytes);
+    return mFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered);
 }
 
-void TextExport::writeRow(const ExportRow &row)
+bool TextExport::writeHead(const ExportTable &table)
 {
-    mOut << row.object;
-    for (qint64 time : row.times)
-        mOut << mSeparator << time;
-    for (const VORN_ConstDataContainer &values : row.values)
-        mOut << mSeparator << cellText(values, row.object);
-    mOut << '\n';
+    mPending += head(table).toUtf8();
+    return flush();
+}
+
+bool TextExport::writeRow(const ExportRow &row)
+{
+    mPending += QByteArray::number(row.object);
+    for (qint64 time : row.times) {
+        mPending += mSeparator;
+        mPending += QByteArray::number(time);
+    }
+    for (const VORN_ConstDataContainer &values : row.values) {
+        mPending += mSeparator;
+        mPending += cellText(values, row.object);
+    }
+    mPending += '\n';
+    return mPending.size() < kPieceBytes || flush();
+}
+
+// On a full disk the file takes the first part of what it is given and reports no error.
+bool TextExport::flush()
+{
+    mIsWritten = mIsWritten && mFile.write(mPending) == mPending.size();
+    mPending.resize(0);
+    return mIsWritten;
 }
 
 bool TextExport::close(bool)
 {
-    mOut.flush();
-    const bool isWritten =
-        mOut.status() == QTextStream::Ok && mFile.flush() && mFile.error() == QFile::NoError;
+    flush();
     mFile.close();
-    return isWritten;
+    return mIsWritten && mFile.error() == QFile::NoError;
 }
 
-QString TextExport::cellText(const VORN_ConstDataContainer &values, int object) const
+void TextExport::discard()
 {
-    if (values.isMissing(object))
+    if (QFileInfo(mFile).isFile())
+        mFile.remove();
+}
+
+QByteArray TextExport::cellText(const VORN_ConstDataContainer &values, int object) const
+{
+    if (isMissingCell(values, object))
         return mMissing;
     switch (values.type()) {
     case VORN_DataContainer::Int32Data:
-        return QString::number(values.intvalue(object));
+        return QByteArray::number(values.intvalue(object));
     case VORN_DataContainer::StringData:
-        return quoted(values.strvalue(object));
+        return quoted(values.strvalue(object)).toUtf8();
     default:
         break;
     }
-    return QString::number(values.value(object), 'g',
-                           mDigits > 0 ? mDigits : QLocale::FloatingPointShortest);
+    return QByteArray::number(values.value(object), 'g',
+                              mDigits > 0 ? mDigits : QLocale::FloatingPointShortest);
 }
 
 QString TextExport::quoted(const QString &text) const
 {
-    const bool isPlain = !text.contains(mSeparator) && !text.contains(QLatin1Char('"'))
+    const bool isPlain = !text.contains(QLatin1Char(mSeparator)) && !text.contains(QLatin1Char('"'))
                          && !text.contains(QLatin1Char('\n')) && !text.contains(QLatin1Char('\r'));
-    if (isPlain && !(text.isEmpty() && mSeparator.isSpace()))
+    if (isPlain && !(text.isEmpty() && mSeparator == ' '))
         return text;
     QString escaped = text;
     escaped.replace(QLatin1Char('"'), QLatin1String("\"\""));
@@ -81,26 +103,27 @@ QStringList TextExport::columnNames(const ExportTable &table) const
     return names;
 }
 
-void CsvExport::writeHeader(const ExportTable &table)
+QString CsvExport::head(const ExportTable &table) const
 {
     QStringList fields;
     for (const QString &name : columnNames(table))
         fields += quoted(name);
-    mOut << fields.join(QLatin1Char(',')) << '\n';
+    return fields.join(QLatin1Char(',')) + QLatin1Char('\n');
 }
 
-void GeoeasExport::writeHeader(const ExportTable &table)
+QString GeoeasExport::head(const ExportTable &table) const
 {
     const QStringList names = columnNames(table);
-    mOut << oneLine(table.request().title) << '\n' << names.size() << '\n';
+    QStringList lines{oneLine(table.request().title), QString::number(names.size())};
     for (const QString &name : names)
-        mOut << oneLine(name) << '\n';
+        lines += oneLine(name);
+    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
-bool GeoeasExport::close(bool isCanceled)
+bool GeoeasExport::close(bool isEndedEarly)
 {
-    const bool isWritten = TextExport::close(isCanceled);
-    if (isCanceled)
+    const bool isWritten = TextExport::close(isEndedEarly);
+    if (isEndedEarly)
         discard();
     return isWritten;
 }

@@ -3,7 +3,6 @@
 /// locale.
 #pragma once
 #include <QFile>
-#include <QTextStream>
 #include "exchange/exportTable.h"
 
 namespace datainterface {
@@ -14,43 +13,47 @@ namespace datainterface {
 class TextExport : public ExportWriter {
 public:
     bool open(const ExportTable &table) override;
-    void writeRow(const ExportRow &row) override;
-    bool close(bool isCanceled) override;
+    bool writeHead(const ExportTable &table) override;
+    bool writeRow(const ExportRow &row) override;
+    bool close(bool isEndedEarly) override;
 
 protected:
     /// @param digits  significant digits of a decimal; 0: as many as give the same value again.
-    TextExport(QChar separator, int digits) : mSeparator(separator), mDigits(digits) {}
-    virtual void writeHeader(const ExportTable &table) = 0;
-    void discard() { mFile.remove(); }
+    TextExport(char separator, int digits) : mSeparator(separator), mDigits(digits) {}
+    /// The lines before the rows.
+    virtual QString head(const ExportTable &table) const = 0;
+    /// A regular file only: a device stays.
+    void discard();
     QString quoted(const QString &text) const;
     QStringList columnNames(const ExportTable &table) const;
 
-    QFile mFile;
-    QTextStream mOut;
-
 private:
-    QString cellText(const VORN_ConstDataContainer &values, int object) const;
+    QByteArray cellText(const VORN_ConstDataContainer &values, int object) const;
+    bool flush();
 
-    const QChar mSeparator;
+    const char mSeparator;
     const int mDigits;
-    QString mMissing;
+    QFile mFile;
+    QByteArray mPending; ///< text that is not in the file yet
+    QByteArray mMissing;
+    bool mIsWritten = true;
 };
 
 class CsvExport : public TextExport {
 public:
-    CsvExport() : TextExport(QLatin1Char(','), 7) {}
+    CsvExport() : TextExport(',', 7) {}
 
 protected:
-    void writeHeader(const ExportTable &table) override;
+    QString head(const ExportTable &table) const override;
 };
 
 class GeoeasExport : public TextExport {
 public:
-    GeoeasExport() : TextExport(QLatin1Char(' '), 0) {}
-    bool close(bool isCanceled) override;
+    GeoeasExport() : TextExport(' ', 0) {}
+    bool close(bool isEndedEarly) override;
 
 protected:
-    void writeHeader(const ExportTable &table) override;
+    QString head(const ExportTable &table) const override;
 };
 
 } // namespace datainterface
