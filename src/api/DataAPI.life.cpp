@@ -3,13 +3,13 @@
 #include "datainterface/DataAPI.h"
 #include <algorithm>
 #include "Common/detail/failure.h"
+#include "api/dataFrame.h"
+#include "datainterface/HeldGrid.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/OrderedDouble.h"
 #include "datainterface/dataContainer.h"
 #include "datasets/datasetCopies.h"
-#include "cells/heldGrid.h"
-#include "api/dataFrame.h"
 
 using namespace datainterface;
 

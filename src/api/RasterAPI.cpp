@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Each overload is one line over a template of its cell type.
 #include "datainterface/RasterAPI.h"
+#include "api/callFrame.h"
+#include "api/dataFrame.h"
+#include "cells/cellForms.h"
+#include "datainterface/HeldGrid.h"
 #include "datainterface/MRasterData.h"
 #include "datainterface/MRasterDataSource.h"
-#include "api/callFrame.h"
-#include "cells/cellForms.h"
-#include "cells/heldGrid.h"
-#include "api/dataFrame.h"
 
 using namespace datainterface;
 

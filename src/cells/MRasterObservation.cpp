@@ -5,8 +5,8 @@
 #include "Common/detail/streams.h"
 #include "cells/binary16.h"
 #include "cells/cellForms.h"
-#include "cells/heldGrid.h"
 #include "datainterface/DataBlocks.h"
+#include "datainterface/HeldGrid.h"
 #include "frame/loadContext.h"
 
 using namespace datainterface;

@@ -5,7 +5,7 @@
 #include <limits>
 #include "Common/detail/failure.h"
 #include "cells/cellForms.h"
-#include "cells/heldGrid.h"
+#include "datainterface/HeldGrid.h"
 
 using namespace datainterface;
 

@@ -8,11 +8,12 @@
 #include <vector>
 #include "Common/detail/failure.h"
 #include "cells/cellForms.h"
-#include "cells/heldGrid.h"
 #include "datainterface/MRasterDataset.h"
 #include "datasets/dataContainer.elements.h"
 #include "datasets/datasetCopies.h"
 #include "time/calendar.h"
+#include "datainterface/HeldGrid.h"
+#include "datainterface/TimeAPI.h"
 
 using namespace datainterface;
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include "Common/detail/failure.h"
-#include "datainterface/VORN_Progress.h"
-#include "datasets/intervalBreaks.h"
 #include "cells/cellForms.h"
 #include "cells/cellTally.h"
-#include "cells/heldGrid.h"
+#include "datainterface/HeldGrid.h"
+#include "datainterface/VORN_Progress.h"
+#include "datasets/intervalBreaks.h"
 
 using namespace datainterface;
 

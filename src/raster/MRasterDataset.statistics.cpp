@@ -2,9 +2,9 @@
 #include "datainterface/MRasterDataset.h"
 #include <cmath>
 #include "Common/detail/failure.h"
+#include "datainterface/HeldGrid.h"
 #include "datasets/normalScores.h"
 #include "raster/cellSummary.h"
-#include "cells/heldGrid.h"
 
 using namespace datainterface;
 

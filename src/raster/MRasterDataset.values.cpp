@@ -3,12 +3,12 @@
 #include <cmath>
 #include <limits>
 #include "Common/detail/failure.h"
-#include "datainterface/dataContainer.h"
-#include "datasets/dataContainer.elements.h"
 #include "cells/binary16.h"
 #include "cells/cellFlag.h"
 #include "cells/cellForms.h"
-#include "cells/heldGrid.h"
+#include "datainterface/HeldGrid.h"
+#include "datainterface/dataContainer.h"
+#include "datasets/dataContainer.elements.h"
 
 using namespace datainterface;
 

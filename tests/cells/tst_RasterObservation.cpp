@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <cmath>
-#include "datainterface/MRasterObservation.h"
-#include "datasets/datasetFixture.h"
 #include "cells/binary16.h"
 #include "cells/cellFlag.h"
 #include "cells/cellForms.h"
-#include "cells/heldGrid.h"
+#include "datainterface/HeldGrid.h"
+#include "datainterface/MRasterObservation.h"
+#include "datasets/datasetFixture.h"
 #include "support/streamed.h"
 #include "support/support.h"
 

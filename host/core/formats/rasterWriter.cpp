@@ -4,17 +4,17 @@
 #include <cpl_error.h>
 #include <vector>
 #include "cli/console.h"
-#include "datainterface/DataAPI.h"
-#include "datainterface/GeographyAPI.h"
-#include "datainterface/MRasterDataset.h"
-#include "core/project/failure.h"
-#include "core/formats/gdalFile.h"
 #include "cli/interrupt.h"
-#include "core/project/catalog.h"
 #include "cli/terminalProgress.h"
 #include "core/formats/cellTypes.h"
-#include "core/formats/heldRaster.h"
+#include "core/formats/gdalFile.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "core/project/safeFile.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/HeldGrid.h"
+#include "datainterface/MRasterDataset.h"
 
 namespace meridor {
 namespace {
@@ -156,7 +156,7 @@ void exportGrid(const QString &path, int dataset, qint64 time)
         fail(QStringLiteral("%1 holds no grid at %2").arg(datasetName(dataset), axis.show(time)));
     const GeoProps place = VORN_GetGeographyProperties(geography);
     const MRasterObservation &grid = *raster->GetConstRasterInfo(0, time);
-    const HeldRaster hold(grid);
+    const HeldGrid hold(grid);
     const QString name = raster->IsStatic() ? datasetName(dataset) : axis.show(when);
     const bool written = replaceFile(path, [&](const QString &beside) {
         bool done = false;

@@ -2,14 +2,14 @@
 #include "core/render/classes.h"
 #include <QMap>
 #include <algorithm>
+#include "cli/interrupt.h"
+#include "core/grids/gridValues.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/HeldGrid.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/RasterAPI.h"
-#include "core/project/failure.h"
-#include "cli/interrupt.h"
-#include "core/project/catalog.h"
-#include "core/grids/gridValues.h"
-#include "core/formats/heldRaster.h"
 
 namespace meridor {
 namespace {
@@ -96,7 +96,7 @@ QVector<double> gridBreaksAt(int dataset, qint64 time, MDataset::ClassificationT
     const MRasterObservation *grid = raster.GetConstRasterInfo(0, time);
     if (!grid)
         fail(QStringLiteral("%1 holds no grid at that time").arg(datasetName(dataset)));
-    const HeldRaster hold(*grid);
+    const HeldGrid hold(*grid);
     const int alone =
         VORN_NewRasterDataset(VORN_GetGeographyId(dataset), datasetName(dataset),
                               raster.GetDataType(), 1, raster.GetRasterBitDepth(), QString());

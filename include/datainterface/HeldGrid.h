@@ -4,22 +4,22 @@
 #include <exception>
 #include "datainterface/MRasterObservation.h"
 
-namespace datainterface {
-
+/// Holds a grid checked out for a scope: its cells stay in memory. Leaving the scope writes changed
+/// cells back, which can raise "result"; when an exception leaves it, no second one is raised.
 class HeldGrid {
 public:
+    /// Raises as MRasterObservation::CheckOutObservation, with the grid as it was.
     explicit HeldGrid(const MRasterObservation &grid)
         : mGrid(grid), mUnwinding(std::uncaught_exceptions())
     {
         try {
             mGrid.CheckOutObservation();
-        } catch (...) { // the count stands raised after a failed read
+        } catch (...) { // The count stays raised after a failed read.
             mGrid.CheckInObservation();
             throw;
         }
     }
-    ~HeldGrid() noexcept(
-        false) // the last check-in writes back, which can raise; never a second time
+    ~HeldGrid() noexcept(false)
     {
         try {
             mGrid.CheckInObservation();
@@ -28,11 +28,10 @@ public:
                 throw;
         }
     }
-    Q_DISABLE_COPY(HeldGrid)
+    HeldGrid(const HeldGrid &) = delete;
+    HeldGrid &operator=(const HeldGrid &) = delete;
 
 private:
     const MRasterObservation &mGrid;
     const int mUnwinding;
 };
-
-} // namespace datainterface
