@@ -95,13 +95,13 @@ public:
     virtual void GetDisplayDims(unsigned int &width, unsigned int &height) const;
     virtual bool AddRasterValues(int id, int realization, const TimeStamp &stamp,
                                  const MRasterBand &band, bool overwrite, bool recalculate);
-    /// Null for an unknown dataset.
+    /// Those of MRasterDataset; null for an unknown dataset.
     virtual const QMap<quint8, int> *GetInt8Frequencies(int id) const;
     virtual const QMap<quint16, int> *GetInt16Frequencies(int id) const;
     virtual const QMap<quint32, int> *GetInt32Frequencies(int id) const;
     virtual const QMap<quint64, int> *GetInt64Frequencies(int id) const;
-    virtual const QMap<OrderedDouble, int> *GetDoubleFrequencies(int id) const;
-    virtual const QMap<OrderedFloat, int> *GetFloatFrequencies(int id) const;
+    virtual const QMap<double, int> *GetDoubleFrequencies(int id) const;
+    virtual const QMap<float, int> *GetFloatFrequencies(int id) const;
     virtual const QMap<quint16, int> *GetHalfFloatFrequencies(int id) const;
     virtual QList<TimeStamp> GetRasterIntervals(int id, int realization);
     virtual bool GetContainingTimeStamp(int id, int realization, qint64 time,

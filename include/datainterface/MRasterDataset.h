@@ -57,6 +57,8 @@ public:
     MRasterDataset(MDataSource *source, const QString &directory);
     MRasterDataset(MDataSource *source, int realizationCount, DataType type, const QString &name,
                    const QString &path, int id, int bitDepth);
+    /// Gives the grids back to the block store.
+    ~MRasterDataset() override;
 
     int GetRasterBitDepth() const { return mBitDepth; }
     void GetRasterDims(unsigned int &columns, unsigned int &rows) const;
@@ -116,12 +118,14 @@ public:
     virtual bool GetContainingTimeStamp(int realization, qint64 time, TimeStamp &stamp) const;
     /// True also where there is no cell and no grid.
     virtual bool IsPixelMissing(int realization, int column, int row, qint64 time) const;
+    /// The counts of the cells of that width, which are the dataset's own or empty. The maps of
+    /// double and float are without NaN, which GetDatumFrequency(MDatum(NaN)) counts.
     virtual const QMap<quint8, int> *GetInt8Frequencies() const;
     virtual const QMap<quint16, int> *GetInt16Frequencies() const;
     virtual const QMap<quint32, int> *GetInt32Frequencies() const;
     virtual const QMap<quint64, int> *GetInt64Frequencies() const;
-    virtual const QMap<OrderedDouble, int> *GetDoubleFrequencies() const;
-    virtual const QMap<OrderedFloat, int> *GetFloatFrequencies() const;
+    virtual const QMap<double, int> *GetDoubleFrequencies() const;
+    virtual const QMap<float, int> *GetFloatFrequencies() const;
     virtual const QMap<quint16, int> *GetHalfFloatFrequencies() const;
     /// One value more or less; a count of 0 takes its value along.
     virtual void UpdateInt8Frequencies(quint8 value, bool add);
@@ -174,7 +178,6 @@ public:
     bool IsMissing(qint64 value) const { return mCellFlag.matches(value); }
 
 protected:
-    ~MRasterDataset() override;
     bool Restore(QDataStream &in, datainterface::LoadContext &context) override;
 
 private:
@@ -200,6 +203,8 @@ private:
     MissingFlag mMissingFlag;
     MissingFlag mCellFlag;
     RealizationRasterDataFrequencies mFrequencies;
+    mutable datainterface::PlainCounts<double> mDoubleCounts; ///< what was handed out last
+    mutable datainterface::PlainCounts<float> mFloatCounts;
     QMap<int, ObservationMap> mRealizations; ///< owned
     MDataSource *mSource = nullptr;          ///< the owner
 };

@@ -112,7 +112,8 @@ public:
     /// type.
     virtual const QMap<int, int> *GetIntegerFrequencies(int id);
     virtual const QMap<QString, int> *GetStringFrequencies(int id);
-    virtual const QMap<OrderedDouble, int> *GetDecimalFrequencies(int id);
+    /// Without NaN, which MVectorDataset::GetDatumFrequency counts.
+    virtual const QMap<double, int> *GetDecimalFrequencies(int id);
     /// Whether the values can name the objects: each has one and no two are equal.
     virtual bool CanBeId(int id);
     virtual MDatum GetIdDataValue(int id, int realization, unsigned int object);

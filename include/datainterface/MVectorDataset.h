@@ -43,15 +43,34 @@ struct DATAINTERFACE_EXPORT MVectorDataRealization {
     template <class T> using SliceMap = QMap<TimeStamp, TimeSliceData<T> *>;
     template <class T> using SeriesMap = QMap<int, TimeSeriesData<T> *>;
 
-    std::tuple<SliceMap<int>, SliceMap<double>, SliceMap<QString>> slices;
-    std::tuple<SeriesMap<int>, SeriesMap<double>, SeriesMap<QString>> series;
+    // In the order of the stream.
+    SliceMap<int> integerSlices;
+    SliceMap<double> decimalSlices;
+    SliceMap<QString> stringSlices;
+    SeriesMap<int> integerSeries;
+    SeriesMap<double> decimalSeries;
+    SeriesMap<QString> stringSeries;
 
-    template <class T> SliceMap<T> &slicesOf() { return std::get<SliceMap<T>>(slices); }
-    template <class T> const SliceMap<T> &slicesOf() const { return std::get<SliceMap<T>>(slices); }
-    template <class T> SeriesMap<T> &seriesOf() { return std::get<SeriesMap<T>>(series); }
+    // The same maps for generic code: all six, and the two of an element type.
+    auto maps()
+    {
+        return std::tie(integerSlices, decimalSlices, stringSlices, integerSeries, decimalSeries,
+                        stringSeries);
+    }
+    auto maps() const
+    {
+        return std::tie(integerSlices, decimalSlices, stringSlices, integerSeries, decimalSeries,
+                        stringSeries);
+    }
+    template <class T> SliceMap<T> &slicesOf() { return std::get<SliceMap<T> &>(maps()); }
+    template <class T> const SliceMap<T> &slicesOf() const
+    {
+        return std::get<const SliceMap<T> &>(maps());
+    }
+    template <class T> SeriesMap<T> &seriesOf() { return std::get<SeriesMap<T> &>(maps()); }
     template <class T> const SeriesMap<T> &seriesOf() const
     {
-        return std::get<SeriesMap<T>>(series);
+        return std::get<const SeriesMap<T> &>(maps());
     }
 };
 /// Block ids alone: what is checked out and changed must be checked in before.
@@ -231,9 +250,10 @@ public:
     bool RecalculateDecimalFrequencies();
     bool RecalculateStringFrequencies();
     const QMap<int, int> *GetIntegerFrequencies() const { return &mFrequencies.tableOf<int>(); }
-    const QMap<OrderedDouble, int> *GetDoubleFrequencies() const
+    /// Without NaN, which GetDatumFrequency(MDatum(NaN)) counts.
+    const QMap<double, int> *GetDoubleFrequencies() const
     {
-        return &mFrequencies.tableOf<double>();
+        return mDecimalCounts.of(mFrequencies.tableOf<double>());
     }
     const QMap<QString, int> *GetStringFrequencies() const
     {
@@ -371,6 +391,7 @@ private:
     int mObjectCount = 0;
     StorageType mStorageType = TimeSlice;
     RealizationVectorDataFrequencies mFrequencies;
+    mutable datainterface::PlainCounts<double> mDecimalCounts; ///< what was handed out last
     mutable QMap<int, MVectorDataRealization>
         mRealizationData;           ///< a check-out can make an empty series
     mutable LastSlices mLastSlices; ///< cleared before slices change: see realizationsToChange()

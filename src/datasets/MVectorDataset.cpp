@@ -17,10 +17,9 @@ QString now()
     return QDateTime::currentDateTime().toString();
 }
 
-template <class... Maps> void deleteContainers(std::tuple<Maps...> &maps)
+template <class... Maps> void deleteContainers(std::tuple<Maps &...> maps)
 {
-    std::apply([](auto &...map) { (qDeleteAll(map), ...); }, maps);
-    maps = std::tuple<Maps...>();
+    std::apply([](Maps &...map) { ((qDeleteAll(map), map.clear()), ...); }, maps);
 }
 
 template <class Map> bool checkOutAll(const Map &map)
@@ -65,8 +64,7 @@ MVectorDataset::MVectorDataset(MDataSource *source, StorageType storage, int id,
 MVectorDataset::~MVectorDataset()
 {
     for (MVectorDataRealization &realization : realizationsToChange()) {
-        deleteContainers(realization.slices);
-        deleteContainers(realization.series);
+        deleteContainers(realization.maps());
     }
 }
 

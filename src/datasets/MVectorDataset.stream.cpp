@@ -100,8 +100,7 @@ QDataStream &operator<<(QDataStream &out, const MVectorDataRealization &realizat
     QByteArray bytes;
     BytesWriter writer(&bytes);
     const auto write = [&writer](const auto &...maps) { (writeBlockIds(writer, maps), ...); };
-    std::apply(write, realization.slices);
-    std::apply(write, realization.series);
+    std::apply(write, realization.maps());
     return out << bytes;
 }
 
@@ -111,8 +110,7 @@ QDataStream &operator>>(QDataStream &in, MVectorDataRealization &realization)
     readBytes(in, bytes);
     BytesReader reader(bytes);
     const auto read = [&reader](auto &...maps) { (readBlockIds(reader, maps), ...); };
-    std::apply(read, realization.slices);
-    std::apply(read, realization.series);
+    std::apply(read, realization.maps());
     if (in.status() == QDataStream::Ok)
         in.setStatus(reader.status());
     return in;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Values and frequencies: each is the dataset's own.
 #include "datainterface/MRasterDataSource.h"
-#include "raster/askRaster.h"
 #include "cells/binary16.h"
+#include "raster/askRaster.h"
 
 using namespace datainterface;
 
@@ -68,13 +68,13 @@ const QMap<quint64, int> *MRasterDataSource::GetInt64Frequencies(int id) const
                      [](const MRasterDataset &dataset) { return dataset.GetInt64Frequencies(); });
 }
 
-const QMap<OrderedDouble, int> *MRasterDataSource::GetDoubleFrequencies(int id) const
+const QMap<double, int> *MRasterDataSource::GetDoubleFrequencies(int id) const
 {
     return askRaster(*this, id,
                      [](const MRasterDataset &dataset) { return dataset.GetDoubleFrequencies(); });
 }
 
-const QMap<OrderedFloat, int> *MRasterDataSource::GetFloatFrequencies(int id) const
+const QMap<float, int> *MRasterDataSource::GetFloatFrequencies(int id) const
 {
     return askRaster(*this, id,
                      [](const MRasterDataset &dataset) { return dataset.GetFloatFrequencies(); });

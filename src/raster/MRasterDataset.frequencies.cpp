@@ -251,14 +251,14 @@ const QMap<quint64, int> *MRasterDataset::GetInt64Frequencies() const
     return &mFrequencies.mapOf<quint64>();
 }
 
-const QMap<OrderedDouble, int> *MRasterDataset::GetDoubleFrequencies() const
+const QMap<double, int> *MRasterDataset::GetDoubleFrequencies() const
 {
-    return &mFrequencies.mapOf<double>();
+    return mDoubleCounts.of(mFrequencies.mapOf<double>());
 }
 
-const QMap<OrderedFloat, int> *MRasterDataset::GetFloatFrequencies() const
+const QMap<float, int> *MRasterDataset::GetFloatFrequencies() const
 {
-    return &mFrequencies.mapOf<float>();
+    return mFloatCounts.of(mFrequencies.mapOf<float>());
 }
 
 const QMap<quint16, int> *MRasterDataset::GetHalfFloatFrequencies() const

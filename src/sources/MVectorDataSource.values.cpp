@@ -132,7 +132,7 @@ const QMap<QString, int> *MVectorDataSource::GetStringFrequencies(int id)
                      [](MVectorDataset &dataset) { return dataset.GetStringFrequencies(); });
 }
 
-const QMap<OrderedDouble, int> *MVectorDataSource::GetDecimalFrequencies(int id)
+const QMap<double, int> *MVectorDataSource::GetDecimalFrequencies(int id)
 {
     return askVector(*this, id,
                      [](MVectorDataset &dataset) { return dataset.GetDoubleFrequencies(); });
