@@ -2,11 +2,11 @@
 #include "cli/commandLine.h"
 #include <exception>
 #include "cli/commands/commands.h"
-#include "datainterface/VersionAPI.h"
-#include "datainterface/vorn_error.h"
-#include "core/project/failure.h"
 #include "cli/interrupt.h"
 #include "cli/terminalProgress.h"
+#include "core/project/failure.h"
+#include "datainterface/VersionAPI.h"
+#include "datainterface/vorn_error.h"
 
 namespace meridor {
 namespace {
@@ -35,8 +35,7 @@ int runGuarded(const Context &context)
         return failure.code();
     } catch (const vorn_error &error) {
         context.console.error(QStringLiteral("internal error: ") + QString::fromUtf8(error.what()));
-        context.console.note(QStringLiteral("call stack:\n")
-                             + QString::fromStdString(error.stack()));
+        context.console.note(QStringLiteral("call stack:\n") + QString::fromStdString(error.stack));
     } catch (const std::bad_alloc &) {
         context.console.error(QStringLiteral("out of memory"));
     } catch (const std::exception &error) {

@@ -5,11 +5,13 @@
 #include <QDataStream>
 #include <QList>
 #include <QObject>
+#include <QPointF>
 #include <QString>
 #include <QVector>
 #include <map>
 #include <memory>
 #include <vector>
+#include "datainterface/MissingData.h"
 #include "datainterface/SpatialWeightSetProps.h"
 #include "datainterface/TimeStamp.h"
 #include "datainterface/WeightsAtT.h"
@@ -20,8 +22,6 @@ class MGeoData;
 class MRasterData;
 class MRasterDataSource;
 class MVectorData;
-class QPointF;
-class VORN_MissingData;
 namespace datainterface {
 struct LoadContext;
 struct WeightRule;

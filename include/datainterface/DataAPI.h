@@ -17,10 +17,9 @@
 #include "datainterface/DatasetProps.h"
 #include "datainterface/MissingData.h"
 #include "datainterface/TimeStamp.h"
+#include "datainterface/dataContainer.h"
 #include "datainterface/datum.h"
 #include "datainterface/export.h"
-
-class VORN_DataContainer;
 
 // Identification
 DATAINTERFACE_EXPORT int VORN_GetGeographyId(int id); ///< id >> 16

@@ -4,10 +4,13 @@
 #include <QDataStream>
 #include <QHash>
 #include <QtGlobal>
+#include <type_traits>
 #include "datainterface/export.h"
 
 /// One signed 32-bit integer. -1 is invalid; 0 is the first dataset of the first geography.
 class DATAINTERFACE_EXPORT DataId {
+    template <class Number> using IfWhole = std::enable_if_t<std::is_integral_v<Number>, int>;
+
 public:
     DataId() = default;
     DataId(int id) : mId(id) {}
@@ -18,6 +21,20 @@ public:
     bool operator==(const DataId &other) const { return mId == other.mId; }
     bool operator!=(const DataId &other) const { return mId != other.mId; }
     bool operator<(const DataId &other) const { return mId < other.mId; }
+    // Of whole numbers of any width; without these a plain number could become an id, or the id a
+    // number, and neither would be the better match.
+    template <class Number, IfWhole<Number> = 0> bool operator==(Number number) const
+    {
+        return mId == static_cast<qint64>(number);
+    }
+    template <class Number, IfWhole<Number> = 0> bool operator!=(Number number) const
+    {
+        return mId != static_cast<qint64>(number);
+    }
+    template <class Number, IfWhole<Number> = 0> bool operator<(Number number) const
+    {
+        return mId < static_cast<qint64>(number);
+    }
 
 private:
     qint32 mId = -1;

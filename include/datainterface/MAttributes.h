@@ -67,11 +67,14 @@ Q_SIGNALS:
 
 protected:
     friend class MLinker;
-    /// No longer receives changes.
+    /// No longer receives changes. A linker says so itself when it dies.
     virtual void OwnerDying(MLinker *owner);
-    /// Receives changes from now on, each once however often it is added. Not owned.
+
+public:
+    /// `owner` receives changes from now on, each once however often it is added. Not owned.
     virtual void AddOwner(MLinker *owner);
 
+protected:
     class Change;
 
     // How the flags of one array are laid out: the ids are below mByteCount.

@@ -12,10 +12,10 @@
 #include "datainterface/MDataset.h"
 #include "datainterface/MDatum.h"
 #include "datainterface/TimeStamp.h"
+#include "datainterface/dataContainer.h"
 #include "datainterface/export.h"
 
 class QDataStream;
-class VORN_DataContainer;
 class VariogramModel;
 namespace datainterface {
 struct LoadContext;
@@ -49,7 +49,9 @@ public:
     /// Disconnects the first four: a listener that lives on must still let go of data when it is
     /// told to suspend.
     virtual void RemoveListener(QObject *listener);
-    virtual QList<DataId> GetDatasetIds() const; ///< ascending
+    virtual QList<DataId> GetDatasetIds(); ///< ascending
+    /// The same, the override's answer included, for callers that hold a constant source.
+    QList<DataId> GetDatasetIds() const { return const_cast<MDataSource *>(this)->GetDatasetIds(); }
     virtual unsigned int GetObjectCount() const = 0;
     virtual int GetDataCount(int id, int realization, qint64 t);
     virtual bool HasDataAtTime(int id, int realization, qint64 t) const;

@@ -15,12 +15,11 @@
 #include "datainterface/MMetaData.h"
 #include "datainterface/TimeStamp.h"
 #include "datainterface/VariogramModel.h"
+#include "datainterface/dataContainer.h"
 #include "datainterface/export.h"
 
 class MDataSource;
 class MGeoData;
-class VORN_ConstDataContainer;
-class VORN_DataContainer;
 struct DatasetProps;
 namespace datainterface {
 struct LoadContext;

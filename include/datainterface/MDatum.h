@@ -16,8 +16,10 @@ public:
     MDatum() = default;
     MDatum(int value) : mType(Integer), mInteger(value) {}
     MDatum(unsigned int value) : mType(Integer), mInteger(value) {}
+    MDatum(long value) : mType(Integer), mInteger(value) {}
     MDatum(qint64 value) : mType(Integer), mInteger(value) {}
-    /// The upper half of the range wraps: the field is signed.
+    // The upper half of the 64-bit range wraps: the field is signed.
+    MDatum(unsigned long value) : mType(Integer), mInteger(static_cast<qint64>(value)) {}
     MDatum(quint64 value) : mType(Integer), mInteger(static_cast<qint64>(value)) {}
     MDatum(double value) : mType(Decimal), mDecimal(value) {}
     /// Texts are held as Latin-1 bytes.

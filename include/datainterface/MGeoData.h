@@ -12,19 +12,19 @@
 #include <QTime>
 #include <QVector>
 #include "datainterface/GeoProps.h"
+#include "datainterface/MDatum.h"
 #include "datainterface/MMetaData.h"
 #include "datainterface/TimeFormat.h"
 #include "datainterface/TimeStamp.h"
 #include "datainterface/export.h"
 #include "datainterface/neighborDatum.h"
+#include "fennimark/geometryTypes.h"
 
 class AdjacencySet;
 class MAttributes;
 class MDataSource;
-class MDatum;
 class MLinker;
 class QDataStream;
-struct RectInT;
 namespace datainterface {
 struct LoadContext;
 }
@@ -53,7 +53,10 @@ public:
     virtual bool IsNumeric(int id) const;
     virtual unsigned int GetObjectCount() const = 0;
     virtual TimeStamp GetTimeBounds() = 0;
-    virtual RectInT GetBoundingRect() const = 0;
+    /// The box around all objects, in map units, and the time over which they exist.
+    virtual RectInT GetBoundingRect() = 0;
+    /// The same, the override's answer included, for callers that hold a constant geography.
+    RectInT GetBoundingRect() const { return const_cast<MGeoData *>(this)->GetBoundingRect(); }
     /// Connects the listener's slots of MDataSource::AddListener and
     /// GeographyNameChangedSlot(MGeoData *, const char *). A missing slot raises "Can't connect
     /// signals".

@@ -57,8 +57,11 @@ public Q_SLOTS:
     void AttributesDying();
 
 protected:
-    friend class MAttributes;
+    /// This view leads the selection, or no longer does. Nothing happens here.
     virtual void PrimarySelectorStatusChanged(bool isPrimary);
+
+public:
+    /// What one operation on the shared attributes changed. Nothing happens here.
     virtual void AttributeChanged(const changedAttributes &change);
 
 private:

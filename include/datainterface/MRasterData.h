@@ -22,7 +22,8 @@ public:
     unsigned int GetObjectCount() const override;
     /// The hull of the geography's own time and that of its datasets.
     TimeStamp GetTimeBounds() override;
-    RectInT GetBoundingRect() const override;
+    using MGeoData::GetBoundingRect;
+    RectInT GetBoundingRect() override;
     bool HasObjectsWithMissingData(int dataset) const override;
     void SelectObjectsByValue(int dataset, int realization, qint64 time, const QSet<MDatum> &values,
                               int attribute) override;

@@ -26,7 +26,8 @@ public:
     GeoProps GetProperties() override;
     unsigned int GetObjectCount() const override;
     TimeStamp GetTimeBounds() override;
-    RectInT GetBoundingRect() const override;
+    using MGeoData::GetBoundingRect;
+    RectInT GetBoundingRect() override;
     /// MGeoData's slots and ObjectsWillBeRemovedSlot, ObjectsWereRemovedSlot, each (int, const
     /// QSet<int> &).
     bool AddListener(QObject *listener) override;

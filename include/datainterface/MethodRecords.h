@@ -8,7 +8,7 @@
 #include <QVector>
 
 /// What VORN_Display... asks the host to draw.
-enum GraphTypes { ScatterPlot = 0, BoxPlot = 1, Histogram = 2, TimePlot = 4 };
+enum GraphTypes { GT_ScatterPlot = 0, GT_BoxPlot = 1, GT_Histogram = 2, GT_TimePlot = 4 };
 
 /// One argument of a method of the host.
 struct MethodParameter {

@@ -5,9 +5,9 @@
 #include <QSet>
 #include <QSharedData>
 #include <QSharedDataPointer>
+#include "datainterface/GeoProps.h"
 #include "datainterface/export.h"
 
-struct GeoProps;
 class VORN_ConstDataContainer;
 class VORN_DataContainer;
 
@@ -39,7 +39,7 @@ public:
     /// Says nothing about anything: not valid, nothing missing.
     VORN_MissingData();
     /// The form that suits the geography, nothing missing.
-    explicit VORN_MissingData(const GeoProps &geography);
+    VORN_MissingData(const GeoProps &geography);
     VORN_MissingData(MissingData::dataType type, int n);
     VORN_MissingData(const QSet<int> &ids);
 
@@ -81,10 +81,10 @@ private:
 class DATAINTERFACE_EXPORT VORN_MissingValueChecker {
 public:
     VORN_MissingValueChecker() = default;
-    explicit VORN_MissingValueChecker(const GeoProps &geography);
-    explicit VORN_MissingValueChecker(int objectCount);
-    explicit VORN_MissingValueChecker(const VORN_ConstDataContainer &container);
-    explicit VORN_MissingValueChecker(const VORN_DataContainer &container);
+    VORN_MissingValueChecker(const GeoProps &geography);
+    VORN_MissingValueChecker(int objectCount);
+    VORN_MissingValueChecker(const VORN_ConstDataContainer &container);
+    VORN_MissingValueChecker(const VORN_DataContainer &container);
 
     /// False, with nothing changed, for a container without data and for a raster of another size.
     bool addDataset(const VORN_ConstDataContainer &container);

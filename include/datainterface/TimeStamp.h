@@ -90,6 +90,23 @@ public:
 /// Wholly before, as TimeStamp's: an Interval can be a key.
 DATAINTERFACE_EXPORT bool operator<(const Interval &a, const Interval &b);
 DATAINTERFACE_EXPORT bool operator==(const Interval &a, const Interval &b);
+// Stamps and intervals convert into each other; a mixed comparison is that of stamps.
+inline bool operator<(const TimeStamp &a, const Interval &b)
+{
+    return a < TimeStamp(b);
+}
+inline bool operator<(const Interval &a, const TimeStamp &b)
+{
+    return TimeStamp(a) < b;
+}
+inline bool operator==(const TimeStamp &a, const Interval &b)
+{
+    return a == TimeStamp(b);
+}
+inline bool operator==(const Interval &a, const TimeStamp &b)
+{
+    return TimeStamp(a) == b;
+}
 
 /// 24 bytes: both times as 64-bit, both flags as 32-bit integers. Reading validates and
 /// normalises nothing.

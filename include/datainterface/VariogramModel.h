@@ -127,7 +127,7 @@ struct VariogramModelProps {
 class DATAINTERFACE_EXPORT VariogramModel {
 public:
     /// Selects the estimator; the codes are those of the application's fitting code.
-    enum EstimatorTypes : qint32 {};
+    enum EstimatorTypes : int {};
 
     QString name;
     int id = -1; ///< Given by the holder: a dataset or the manager of nonconditional models.
@@ -138,7 +138,7 @@ public:
     QMap<TimeStamp, EmpiricalVariogram> empiricalResults;
     DataId dataset; ///< -1 for a nonconditional model.
     DataId locations;
-    EstimatorTypes estimator{};
+    int estimator = 0; ///< One of EstimatorTypes.
     DataId weightsDataset;
     int lagCount = 0;
     VariogramFitState fit;

@@ -11,13 +11,10 @@
 class DATAINTERFACE_EXPORT vorn_error : public std::runtime_error {
 public:
     /// @param text   the whole message, as what() returns it.
-    /// @param stack  one line a frame, innermost first; may be empty.
     vorn_error(const char *text, const std::string &stack);
     vorn_error(const vorn_error &other);
     ~vorn_error() override;
 
-    const std::string &stack() const { return mStack; }
-
-private:
-    std::string mStack;
+    /// The calls that led to the failure, one line a frame, innermost first; may be empty.
+    std::string stack;
 };

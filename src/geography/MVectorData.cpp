@@ -128,7 +128,7 @@ TimeStamp MVectorData::GetTimeBounds()
     return TimeStamp(mFennims->GetTimeBounds());
 }
 
-RectInT MVectorData::GetBoundingRect() const
+RectInT MVectorData::GetBoundingRect()
 {
     return mFennims->GetBoundingRect();
 }

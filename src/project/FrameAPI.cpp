@@ -116,21 +116,21 @@ QString VORN_SuggestUniqueDatasetName(int geographyId, const QString &name)
 int VORN_DisplayScatterplot(int dataIdX, int dataIdY, qint64 t, const QString &title,
                             ColorSchemeInfo colors, const QPointF *points, const QRectF *bounds)
 {
-    return controller()->CreateGraphWindow(ScatterPlot, {dataIdX, dataIdY}, t, title, colors,
+    return controller()->CreateGraphWindow(GT_ScatterPlot, {dataIdX, dataIdY}, t, title, colors,
                                            points, bounds);
 }
 
 int VORN_DisplayBoxplot(int dataId, qint64 t, const QString &title)
 {
-    return showGraphOfOne(BoxPlot, dataId, t, title);
+    return showGraphOfOne(GT_BoxPlot, dataId, t, title);
 }
 
 int VORN_DisplayHistogram(int dataId, qint64 t, const QString &title)
 {
-    return showGraphOfOne(Histogram, dataId, t, title);
+    return showGraphOfOne(GT_Histogram, dataId, t, title);
 }
 
 int VORN_DisplayTimePlot(int dataId, const QString &title)
 {
-    return showGraphOfOne(TimePlot, dataId, 0, title);
+    return showGraphOfOne(GT_TimePlot, dataId, 0, title);
 }

@@ -108,7 +108,7 @@ TimeStamp MRasterData::GetTimeBounds()
     return mTimeStamp + mDataSource->GetTimeBounds();
 }
 
-RectInT MRasterData::GetBoundingRect() const
+RectInT MRasterData::GetBoundingRect()
 {
     return boxOf(mRasterDataSource->GetBounds(), mTimeStamp + mDataSource->GetTimeBounds());
 }

@@ -66,7 +66,7 @@ void MDataSource::RemoveListener(QObject *listener)
     disconnectAll(this, listener, kListenerConnections);
 }
 
-QList<DataId> MDataSource::GetDatasetIds() const
+QList<DataId> MDataSource::GetDatasetIds()
 {
     QList<DataId> ids;
     for (auto entry = mDatasets.cbegin(); entry != mDatasets.cend(); ++entry)

@@ -181,7 +181,7 @@ VariogramModel::VariogramModel(const QString &modelName, const DataId &modelData
     : name(modelName),
       dataset(modelDataset),
       locations(modelLocations),
-      estimator(static_cast<EstimatorTypes>(modelEstimator)),
+      estimator(modelEstimator),
       weightsDataset(modelWeights),
       lagCount(lags)
 {

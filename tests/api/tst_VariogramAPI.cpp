@@ -132,7 +132,7 @@ void TestVariogramAPI::theDialogGetsAModelOfTheNumbers()
     QCOMPARE(mHost->shown.name, QString("new"));
     QCOMPARE(mHost->shown.dataset, DataId(mDataset));
     QCOMPARE(mHost->shown.locations, DataId(2));
-    QCOMPARE(int(mHost->shown.estimator), 3);
+    QCOMPARE(mHost->shown.estimator, 3);
     QCOMPARE(mHost->shown.weightsDataset, DataId(4));
     QCOMPARE(mHost->shown.lagCount, 5);
     QCOMPARE(mHost->shown.id, -1);

@@ -1,22 +1,26 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Builds and runs the foreign project three times: against the build tree by the config package, against an install
-# tree by the config package, and against the install tree by pkg-config.
+# Builds and runs the foreign project: against the build tree by the config package, against an install tree by the
+# config package, also with a Clang whose default standard is an older one where there is such a compiler, and against
+# the install tree by pkg-config.
 # usage: consumer.sh BUILD_DIR SOURCE_DIR CXX
 set -euo pipefail
 build=$1 source=$2 cxx=$3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-package() { # NAME PACKAGE_DIR
-    cmake -G Ninja -S "$source" -B "$work/$1" -DCMAKE_CXX_COMPILER="$cxx" -DDataInterface_DIR="$2" >"$work/log" 2>&1 \
+package() { # NAME PACKAGE_DIR COMPILER
+    cmake -G Ninja -S "$source" -B "$work/$1" -DCMAKE_CXX_COMPILER="$3" -DDataInterface_DIR="$2" >"$work/log" 2>&1 \
         && cmake --build "$work/$1" >>"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
     echo "$1: $("$work/$1/consumer")"
 }
-package build-tree "$build"
+package build-tree "$build" "$cxx"
 
 cmake --install "$build" --prefix "$work/prefix" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
-package install-tree "$(dirname "$(find "$work/prefix" -name DataInterfaceConfig.cmake)")"
+config=$(dirname "$(find "$work/prefix" -name DataInterfaceConfig.cmake)")
+package install-tree "$config" "$cxx"
+clang=$(command -v clang++-14 || true)
+[ -z "$clang" ] || package install-tree-clang "$config" "$clang"
 
 PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name datainterface.pc)")
 export PKG_CONFIG_PATH

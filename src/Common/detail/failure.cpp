@@ -5,8 +5,8 @@
 #include "Common/detail/stackText.h"
 #include "datainterface/vorn_error.h"
 
-vorn_error::vorn_error(const char *text, const std::string &stack)
-    : std::runtime_error(text), mStack(stack)
+vorn_error::vorn_error(const char *text, const std::string &trace)
+    : std::runtime_error(text), stack(trace)
 {
 }
 vorn_error::vorn_error(const vorn_error &other) = default;
