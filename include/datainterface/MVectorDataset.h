@@ -11,11 +11,16 @@
 #include <string>
 #include <tuple>
 #include <type_traits>
+#include <vector>
 #include "datainterface/MDataset.h"
 #include "datainterface/OrderedDouble.h"
 #include "datainterface/TimeContainers.h"
 #include "datainterface/datum.h"
 #include "datainterface/export.h"
+
+namespace datainterface {
+struct ValueRun;
+}
 
 /// How often each value is held, over all realizations and times: a value that stands at two times
 /// counts twice. Only the table of the dataset's type is used. A table that holds more than
@@ -366,7 +371,7 @@ private:
     template <class T> bool recountFrequencies();
     template <class T, class Visit>
     void visitValuesAt(int realization, qint64 time, Visit visit) const;
-    QVector<double> sortedValues() const;
+    std::vector<datainterface::ValueRun> sortedValues() const;
     bool restoreValues(QDataStream &in, const datainterface::LoadContext &context);
     bool restoreObjectCount(QDataStream &in, const datainterface::LoadContext &context);
     void restoreOldFrequencies(QDataStream &in, const datainterface::LoadContext &context);

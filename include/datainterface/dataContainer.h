@@ -105,6 +105,8 @@ public:
     /// The first element of a numeric vector; raises "Invalid data type" for texts.
     const void *getNumericDataPtr() const;
     const void *getDataPtr() const;
+    /// The same to be written through, until the container is copied or given other values.
+    void *getDataPtr();
     bool compareData(const VORN_ConstDataContainer &other) const;
     /// -1, 0 or 1; a missing value is behind every present one.
     int compareValues(int id1, int id2) const;

@@ -31,7 +31,7 @@ bool toDatum(const MDatum &value, datum &result)
         result = datum(value.decimalValue());
         return true;
     case MDatum::String:
-        result = datum(QString::fromLatin1(value.charstr()));
+        result = datum(value.text());
         return true;
     case MDatum::Empty:
         return false;

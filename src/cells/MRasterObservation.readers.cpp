@@ -150,10 +150,7 @@ bool MRasterObservation::GetValueAsDecimal(int index, double &value, const Missi
     const MDatum found = GetValue(index, flag);
     if (found.isEmpty())
         return false;
-    // The datum's field is signed; the upper half of 64 unsigned bits wraps there.
-    const bool isUnsigned = mType != RasterDecimalType && mType != RasterIntegerType;
-    value = isUnsigned ? static_cast<double>(static_cast<quint64>(found.integerValue()))
-                       : found.toDouble();
+    value = found.toDouble();
     return true;
 }
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The stream form has changed with the file's version:
 //   type int32 | flag int8, after 109000 | int64, double, text from 103000; before that three lists
-// The text is a QString before 120000 and bytes from then on.
+// The text is a QString before 120000 and bytes from then on: Latin-1, or UTF-8 behind the bytes
+// EF BB BF.
 #include "datainterface/MDatum.h"
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include "Common/detail/streams.h"
@@ -11,6 +13,45 @@
 using namespace datainterface;
 
 namespace {
+
+// Stands before the bytes of a text that Latin-1 does not hold.
+const QByteArray kUtf8Mark = QByteArrayLiteral("\xEF\xBB\xBF");
+
+// Qt drops a mark of the byte order at the front, which in a text of ours is a letter.
+QString fromUtf8(const QByteArray &bytes)
+{
+    const QString text = QString::fromUtf8(bytes);
+    return bytes.startsWith(kUtf8Mark) ? QChar(QChar::ByteOrderMark) + text : text;
+}
+
+bool isUtf8(const QByteArray &bytes)
+{
+    return fromUtf8(bytes).toUtf8() == bytes;
+}
+
+// A text whose Latin-1 bytes begin with those of the mark is written behind the mark as well.
+QByteArray streamForm(const QByteArray &text)
+{
+    const QString letters = fromUtf8(text);
+    const QByteArray narrow = letters.toLatin1();
+    const bool isNarrow =
+        std::all_of(letters.begin(), letters.end(), [](QChar c) { return c.unicode() < 0x100; });
+    return isNarrow && !narrow.startsWith(kUtf8Mark) ? narrow : kUtf8Mark + text;
+}
+
+QByteArray textFrom(const QByteArray &stored)
+{
+    if (!stored.startsWith(kUtf8Mark))
+        return QString::fromLatin1(stored).toUtf8();
+    const QByteArray text = stored.mid(kUtf8Mark.size());
+    return isUtf8(text) ? text : QString::fromLatin1(text).toUtf8();
+}
+
+// Texts of the old forms are narrow; other letters of theirs are lost.
+QByteArray narrowed(const QString &text)
+{
+    return QString::fromLatin1(text.toLatin1()).toUtf8();
+}
 
 // The first element of a list, the rest dropped; of an empty list nothing.
 template <class T, class Assign>
@@ -38,11 +79,23 @@ bool equals(double a, double b)
 
 } // namespace
 
+MDatum::MDatum(const char *value) : mType(String), mText(value)
+{
+    if (!isUtf8(mText))
+        mText = QString::fromLatin1(mText).toUtf8();
+}
+
+QString MDatum::text() const
+{
+    return fromUtf8(mText);
+}
+
 double MDatum::toDouble() const
 {
     switch (mType) {
     case Integer:
-        return static_cast<double>(mInteger);
+        return mIsBeyondSigned ? static_cast<double>(static_cast<quint64>(mInteger))
+                               : static_cast<double>(mInteger);
     case Decimal:
         return mDecimal;
     case String:
@@ -58,7 +111,8 @@ bool MDatum::operator<(const MDatum &other) const
         return mType < other.mType;
     switch (mType) {
     case Integer:
-        return mInteger < other.mInteger;
+        return mIsBeyondSigned != other.mIsBeyondSigned ? other.mIsBeyondSigned
+                                                        : mInteger < other.mInteger;
     case Decimal:
         return precedes(mDecimal, other.mDecimal);
     case String:
@@ -74,7 +128,7 @@ bool MDatum::operator==(const MDatum &other) const
         return false;
     switch (mType) {
     case Integer:
-        return mInteger == other.mInteger;
+        return mInteger == other.mInteger && mIsBeyondSigned == other.mIsBeyondSigned;
     case Decimal:
         return equals(mDecimal, other.mDecimal);
     case String:
@@ -102,29 +156,32 @@ uint qHash(const MDatum &value, uint seed)
 QDataStream &operator<<(QDataStream &out, const MDatum &value)
 {
     return out << qint32(value.mType) << qint8(value.mFlag) << qint64(value.mInteger)
-               << value.mDecimal << value.mText;
+               << value.mDecimal << streamForm(value.mText);
 }
 
 QDataStream &operator>>(QDataStream &in, MDatum &value)
 {
     const LoadContext context = loadContext();
     in >> value.mType;
+    value.mIsBeyondSigned = false;
     if (context.since(fileVersions::kDatumHasFlag))
         in >> value.mFlag;
     if (!context.since(fileVersions::kDatumIsSingle)) {
         readFirst<qint64>(in, 8, [&value](qint64 first) { value.mInteger = first; });
         readFirst<double>(in, 8, [&value](double first) { value.mDecimal = first; });
         readFirst<QString>(in, 4,
-                           [&value](const QString &first) { value.mText = first.toLatin1(); });
+                           [&value](const QString &first) { value.mText = narrowed(first); });
         return in;
     }
     in >> value.mInteger >> value.mDecimal;
     if (context.since(fileVersions::kDatumTextIsBytes)) {
-        readBytes(in, value.mText);
+        QByteArray stored;
+        readBytes(in, stored);
+        value.mText = textFrom(stored);
     } else {
         QString text;
         in >> text;
-        value.mText = text.toLatin1();
+        value.mText = narrowed(text);
     }
     return in;
 }

@@ -29,7 +29,7 @@ MDataset::MDataset(MDataSource *source, int id, DataType type, const QString &na
       mStatistics(mRealizationCount)
 {
     forwardSignalsTo(source);
-    SetDisplayName(name);
+    mMetaData.setTag(kName, name);
     SetHierarchyPath(path);
 }
 

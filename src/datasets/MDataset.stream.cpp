@@ -8,6 +8,7 @@
 //   int32 to model
 #include "datainterface/MDataset.h"
 #include "Common/detail/streams.h"
+#include "cells/oldTypeCodes.h"
 #include "frame/loadContext.h"
 
 using namespace datainterface;
@@ -22,24 +23,6 @@ constexpr qint64 kMinLevelBytes = 4 + 4;
 constexpr qint64 kMinModelBytes = 4 + 4;
 constexpr qint64 kMinAttributeBytes = 4 + 16;
 
-DataType dataTypeFrom(qint32 code, const LoadContext &context)
-{
-    if (context.since(fileVersions::kNewTypeCodes))
-        return static_cast<DataType>(code);
-    switch (code) {
-    case 16:
-        return RasterDecimalType;
-    case 32:
-        return RasterIntegerType;
-    case 64:
-        return RasterCellType;
-    case 128:
-        return RasterColorType;
-    default:
-        return static_cast<DataType>(code);
-    }
-}
-
 QVariant variantFrom(const MDatum &value)
 {
     switch (value.type()) {
@@ -48,7 +31,7 @@ QVariant variantFrom(const MDatum &value)
     case MDatum::Decimal:
         return value.decimalValue();
     case MDatum::String:
-        return QString::fromLatin1(value.charstr());
+        return value.text();
     default:
         return QVariant();
     }
@@ -113,7 +96,7 @@ bool MDataset::Restore(QDataStream &in, LoadContext &context)
     if (context.since(fileVersions::kDatasetHasHead)) {
         mId = read<qint32>(in);
         if (context.since(fileVersions::kDatasetHasType))
-            mDataType = dataTypeFrom(read<qint32>(in), context);
+            mDataType = cellTypeOf(read<qint32>(in), context);
         mIsStatic = context.since(fileVersions::kDatasetHasStatic) && read<qint8>(in);
         readTags(in, context);
         in >> mTimeBounds;

@@ -8,26 +8,26 @@
 
 using namespace datainterface;
 
-/// Every finite key of the frequency table as often as it is counted.
-QVector<double> MVectorDataset::sortedValues() const
+/// Every finite key of the frequency table, with how often it is counted.
+ValueRuns MVectorDataset::sortedValues() const
 {
-    QVector<double> values;
+    ValueRuns runs;
     visitNumericElement(mDataType, [&](auto element) {
         const auto &table = mFrequencies.tableOf<ElementOf<decltype(element)>>();
         for (auto it = table.cbegin(); it != table.cend(); ++it) {
             const double key = it.key();
             if (std::isfinite(key) && it.value() > 0)
-                values.insert(values.end(), it.value(), key);
+                runs.push_back({key, it.value()});
         }
     });
-    return values;
+    return runs;
 }
 
 QList<double> MVectorDataset::GetIntervalBreaks(int, int breakCount,
                                                 MDataset::ClassificationType classification,
                                                 bool showProgress)
 {
-    return intervalBreaks(breakCount, runsOf(sortedValues()), classification, showProgress);
+    return intervalBreaks(breakCount, sortedValues(), classification, showProgress);
 }
 
 DatasetProps MVectorDataset::GetProperties(const MGeoData *geography)

@@ -103,14 +103,13 @@ bool MVectorDataset::RecalculateFrequencies()
     }
 }
 
-// Texts that differ beyond Latin-1 alone are one key, with the sum of their counts.
 QMap<MDatum, int> MVectorDataset::GetDataFrequencies()
 {
     QMap<MDatum, int> frequencies;
     visitElement(mDataType, [&](auto element) {
         const auto &table = mFrequencies.tableOf<ElementOf<decltype(element)>>();
         for (auto it = table.cbegin(); it != table.cend(); ++it)
-            frequencies[datumOf(it.key())] += it.value();
+            frequencies.insert(datumOf(it.key()), it.value());
     });
     return frequencies;
 }
@@ -120,12 +119,14 @@ int MVectorDataset::GetDatumFrequency(const MDatum &value) const
     return visitElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
         const auto &table = mFrequencies.tableOf<T>();
-        if constexpr (std::is_same_v<T, int>)
-            return table.value(static_cast<int>(value.integerValue()), 0);
-        else if constexpr (std::is_same_v<T, double>)
+        if constexpr (std::is_same_v<T, int>) {
+            const int key = static_cast<int>(value.integerValue());
+            return key == value.integerValue() ? table.value(key, 0) : 0;
+        } else if constexpr (std::is_same_v<T, double>) {
             return table.value(value.decimalValue(), 0);
-        else
-            return table.value(QString::fromLatin1(value.charstr()), 0);
+        } else {
+            return table.value(value.text(), 0);
+        }
     });
 }
 

@@ -3,6 +3,7 @@
 // written back once; the frequency table follows when it is back.
 #include <memory>
 #include "Common/detail/failure.h"
+#include "datasets/dataContainer.elements.h"
 #include "datasets/elementTypes.h"
 #include "datasets/frequencyTally.h"
 #include "datasets/intervalCuts.h"
@@ -110,9 +111,9 @@ template <class T> T valueOf(const MDatum &datum)
     if constexpr (std::is_same_v<T, double>)
         return datum.decimalValue();
     else if constexpr (std::is_same_v<T, int>)
-        return static_cast<int>(datum.integerValue());
+        return integerOf(datum);
     else
-        return QString::fromLatin1(datum.charstr());
+        return datum.text();
 }
 
 } // namespace

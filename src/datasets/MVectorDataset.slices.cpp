@@ -296,12 +296,12 @@ bool MVectorDataset::AddTimeSliceValue(int realization, int id, const TimeStamp 
                            stamp.inclusiveEnd);
     switch (value.type()) {
     case MDatum::Integer:
-        return addCell(realization, id, closed, static_cast<int>(value.integerValue()), overwrite,
+        return addCell(realization, id, closed, integerOf(value), overwrite,
                        updateFrequencies);
     case MDatum::Decimal:
         return addCell(realization, id, closed, value.decimalValue(), overwrite, updateFrequencies);
     case MDatum::String:
-        return addCell(realization, id, closed, QString::fromLatin1(value.charstr()), overwrite,
+        return addCell(realization, id, closed, value.text(), overwrite,
                        updateFrequencies);
     default:
         return false;

@@ -215,10 +215,7 @@ void MVectorDataset::GetObjectValues(int realization, int id, QVector<Interval> 
         values.reserve(most);
         visitObject<T>(realization, id, [&](const TimeStamp &stamp, const T &value) {
             intervals.append(stamp);
-            if constexpr (std::is_arithmetic_v<T>)
-                values.append(datum(value));
-            else
-                values.append(datum(QString::fromLatin1(MDatum(value).charstr())));
+            values.append(datum(value));
         });
     });
 }

@@ -221,6 +221,15 @@ const void *VORN_DataContainer::getDataPtr() const
     return first;
 }
 
+void *VORN_DataContainer::getDataPtr()
+{
+    void *first = nullptr;
+    const bool found =
+        ContainerAccess::visitVector(*this, [&first](auto &vector) { first = vector.data(); });
+    require(found, "Invalid data type");
+    return first;
+}
+
 bool VORN_DataContainer::compareData(const VORN_ConstDataContainer &other) const
 {
     return ContainerAccess::equalData(*this, other);

@@ -9,6 +9,7 @@
 #include <limits>
 #include <type_traits>
 #include "Common/detail/failure.h"
+#include "datainterface/MDatum.h"
 #include "datainterface/dataContainer.h"
 
 namespace datainterface {
@@ -49,12 +50,32 @@ template <class Integer> Integer integerFrom(double value)
     return value >= kHigh ? std::numeric_limits<Integer>::max() : static_cast<Integer>(value);
 }
 
+template <class Integer, class Number, std::enable_if_t<std::is_integral_v<Number>, int> = 0>
+Integer integerFrom(Number value)
+{
+    using Limits = std::numeric_limits<Integer>;
+    if constexpr (std::is_signed_v<Number>) {
+        if (value < 0 && (!std::is_signed_v<Integer> || qint64(value) < qint64(Limits::min())))
+            return Limits::min();
+        if (value < 0)
+            return static_cast<Integer>(value);
+    }
+    return quint64(value) > quint64(Limits::max()) ? Limits::max() : static_cast<Integer>(value);
+}
+
+/// The integer of a datum, fitted to an `int`.
+inline int integerOf(const MDatum &datum)
+{
+    return datum.isBeyondSigned() ? std::numeric_limits<int>::max()
+                                  : integerFrom<int>(datum.integerValue());
+}
+
 /// A number as an element of a numeric type.
 template <class T, class Number> T elementFrom(Number value)
 {
     if constexpr (std::is_same_v<T, half>)
         return half(static_cast<float>(value));
-    else if constexpr (std::is_integral_v<T> && std::is_floating_point_v<Number>)
+    else if constexpr (std::is_integral_v<T>)
         return integerFrom<T>(value);
     else
         return static_cast<T>(value);

@@ -53,7 +53,7 @@ QVariant variantOf(const MDatum &value)
     case MDatum::Decimal:
         return value.decimalValue();
     case MDatum::String:
-        return QString::fromLatin1(value.charstr());
+        return value.text();
     default:
         return QVariant();
     }

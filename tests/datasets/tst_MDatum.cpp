@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <QMap>
+#include <cmath>
 #include <limits>
 #include "datainterface/MDatum.h"
 #include "support/streamed.h"
@@ -16,6 +17,8 @@ class TestMDatum : public QObject {
 private Q_SLOTS:
     void cleanup() { dataInterfaceVersionLoading = 0; }
     void presentFormIsFixed();
+    void textsAreWhole_data();
+    void textsAreWhole();
     void formsOfAllAgesAreRead();
     void unusedFieldsAreKept();
     void valuesAreOrdered();
@@ -28,8 +31,42 @@ void TestMDatum::presentFormIsFixed()
     QCOMPARE(
         streamed(MDatum(qint64(-2))).toHex(' '),
         QByteArray("00 00 00 00 00 ff ff ff ff ff ff ff fe 00 00 00 00 00 00 00 00 ff ff ff ff"));
-    QCOMPARE(streamed(MDatum(QString::fromUtf8("é"))).right(5).toHex(), QByteArray("00000001e9"));
     QCOMPARE(streamed(MDatum()).left(4).toHex(), QByteArray("00000003"));
+}
+
+void TestMDatum::textsAreWhole_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("utf8");
+    QTest::addColumn<QByteArray>("stored"); // with its length
+    QTest::newRow("Latin-1") << "\u00e9" << QByteArray("c3a9") << QByteArray("00000001e9");
+    QTest::newRow("Japanese") << "\u6771\u4eac" << QByteArray("e69db1e4baac")
+                              << QByteArray("00000009efbbbfe69db1e4baac");
+    QTest::newRow("both") << "\u00e9\u0416" << QByteArray("c3a9d096")
+                          << QByteArray("00000007efbbbfc3a9d096");
+    QTest::newRow("a byte order mark") << QString(QChar(QChar::ByteOrderMark)) + "a" << QByteArray("efbbbf61")
+                                       << QByteArray("00000007efbbbfefbbbf61");
+    QTest::newRow("Latin-1 that looks like the mark")
+        << "\u00ef\u00bb\u00bf" << QByteArray("c3afc2bbc2bf")
+        << QByteArray("00000009efbbbfc3afc2bbc2bf");
+    QTest::newRow("none") << "" << QByteArray() << QByteArray("00000000");
+}
+
+void TestMDatum::textsAreWhole()
+{
+    QFETCH(QString, text);
+    QFETCH(QByteArray, utf8);
+    QFETCH(QByteArray, stored);
+    dataInterfaceVersionLoading = productVersionNumber;
+    const MDatum value(text);
+    QCOMPARE(value.text(), text);
+    QCOMPARE(QByteArray(value.charstr()).toHex(), utf8);
+    QCOMPARE(MDatum(value.charstr()), value);
+    const QByteArray bytes = streamed(value);
+    QCOMPARE(bytes.mid(21).toHex(), stored);
+    MDatum again;
+    QVERIFY(isRead(bytes, again));
+    QCOMPARE(again, value);
 }
 
 void TestMDatum::formsOfAllAgesAreRead()
@@ -47,6 +84,8 @@ void TestMDatum::formsOfAllAgesAreRead()
     const char *wideWithFlag = "00000002 05 0000000000000001 0000000000000000 00000002 00e9";
     check("bytes, with the flag", 120000,
           "00000002 05 0000000000000001 0000000000000000 00000001 e9", text);
+    check("UTF-8 behind the mark", 120000,
+          "00000002 05 0000000000000001 0000000000000000 00000005 efbbbf c3a9", text);
     check("wide text, with the flag", 119999, wideWithFlag, text);
     check("wide text, first with the flag", 109001, wideWithFlag, text);
     check("wide text, last without the flag", 109000, wide, text);
@@ -84,6 +123,8 @@ void TestMDatum::valuesAreOrdered()
         return a < b && !(b < a) && a != b && !(b < b);
     };
     QVERIFY(isBelow(MDatum(qint64(1) << 40), MDatum((qint64(1) << 40) + 1)));
+    QVERIFY(isBelow(MDatum(std::numeric_limits<qint64>::max()), MDatum(quint64(1) << 63)));
+    QVERIFY(isBelow(MDatum(quint64(1) << 63), MDatum(~quint64(0))));
     QVERIFY(isBelow(MDatum(-0.5), MDatum(0.25)));
     QVERIFY(isBelow(MDatum("z"), MDatum("\xe9"))); // unsigned bytes
     QVERIFY(isBelow(MDatum("a"), MDatum("aa")));
@@ -94,6 +135,7 @@ void TestMDatum::valuesAreOrdered()
 void TestMDatum::numbersAreReadFromAnyType()
 {
     QCOMPARE(MDatum(-7).toDouble(), -7.0);
+    QCOMPARE(MDatum(quint64(1) << 63).toDouble(), std::ldexp(1.0, 63));
     QCOMPARE(MDatum("2.5e3").toDouble(), 2500.0);
     QCOMPARE(MDatum("2,5").toDouble(), 0.0); // a text of another locale
     QCOMPARE(MDatum("north").toDouble(), 0.0);

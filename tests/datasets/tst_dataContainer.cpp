@@ -77,7 +77,8 @@ void TestDataContainer::everyElementTypeAnswersAlike()
     QCOMPARE(container.intvalue(1), qint64(1));
     QCOMPARE(container.uintvalue(3), quint64(2));
     QCOMPARE(container.strvalue(0), QString("3"));
-    QVERIFY(container.getDataPtr());
+    const Container copy = container;
+    QVERIFY(container.getDataPtr() != copy.getDataPtr()); // to be written through
     QCOMPARE(raisedText([&] { container.getNumericDataPtr(); }),
              type == 0x8000 ? QString("Invalid data type") : QString());
 
@@ -159,6 +160,15 @@ void TestDataContainer::numbersAreFittedIn()
     QVERIFY(bytes.setValue(0, 300.0) && bytes.setValue(1, -5.0));
     QCOMPARE(bytes[0], 255.0);
     QCOMPARE(bytes[1], 0.0);
+    Container small(Container::Int8Data, 3);
+    QVERIFY(small.setValue(0, 300) && small.setValue(1, -(qint64(1) << 40))
+            && small.setValue(2, short(-128)));
+    for (int id = 0; id < 3; ++id)
+        QCOMPARE(small[id], id == 0 ? 127.0 : -128.0);
+    Container large(Container::UInt64Data, 2);
+    QVERIFY(large.setValue(0, -1) && large.setValue(1, std::numeric_limits<qint64>::max()));
+    QCOMPARE(large.uintvalue(0), quint64(0));
+    QCOMPARE(large.intvalue(1), std::numeric_limits<qint64>::max());
     Container whole(Container::Int64Data, 2);
     QVERIFY(whole.setValue(0, qQNaN()) && whole.setValue(1, 1e300));
     QCOMPARE(whole.intvalue(0), qint64(0));

@@ -13,6 +13,7 @@ class TestFrequencies : public QObject {
 private Q_SLOTS:
     void talliesCountAsOneByOne();
     void aFullTableTakesNothing();
+    void textKeysKeepEveryLetter();
     void nansAreOneKeyBehindAllNumbers();
     void uniqueValuesNameObjects();
     void statisticsOfATime();
@@ -84,6 +85,30 @@ void TestFrequencies::aFullTableTakesNothing()
     QVERIFY(dataset.UpdateFrequencies(3, false));
     QCOMPARE(dataset.GetDatumFrequency(MDatum(3)), 0);
     QCOMPARE(dataset.UniqueValueCount(nullptr), 5000);
+}
+
+void TestFrequencies::textKeysKeepEveryLetter()
+{
+    const QVector<QString> cities{QString::fromUtf8("東京"), QString::fromUtf8("大阪"),
+                                  QString::fromUtf8("京都"), QString::fromUtf8("Köln")};
+    for (const auto storage : {MVectorDataset::TimeSlice, MVectorDataset::TimeSeries}) {
+        LoneDataset dataset(StringType, storage, cities.size());
+        for (int id = 0; id < cities.size(); ++id)
+            dataset.AddDataValue(0, id, stamp("[0, 1]"), MDatum(cities[id]), true, true);
+        QCOMPARE(*dataset.GetStringFrequencies(),
+                 (QMap<QString, int>{{cities[0], 1}, {cities[1], 1}, {cities[2], 1}, {cities[3], 1}}));
+        const QMap<MDatum, int> counts = dataset.GetDataFrequencies();
+        QCOMPARE(counts.size(), cities.size());
+        for (const MDatum &key : counts.keys())
+            QCOMPARE(dataset.GetDatumFrequency(key), 1);
+        for (int id = 0; id < cities.size(); ++id)
+            QCOMPARE(dataset.GetValue(id, 0, true, 0).text(), cities[id]);
+    }
+    LoneDataset numbers(IntegerType, MVectorDataset::TimeSlice, 1);
+    numbers.AddDataValue(0, 0, stamp("[0, 1]"), MDatum(qint64(1) << 40), true, true);
+    QCOMPARE(numbers.GetValue(0, 0, 0), MDatum(std::numeric_limits<int>::max()));
+    numbers.UpdateFrequencies(5, true);
+    QCOMPARE(numbers.GetDatumFrequency(MDatum((qint64(1) << 32) + 5)), 0);
 }
 
 void TestFrequencies::nansAreOneKeyBehindAllNumbers()
@@ -199,6 +224,18 @@ void TestFrequencies::classes()
     QCOMPARE(breaks(MDataset::EqualIntervals, 1, {2, 5}), Breaks{5});
     QCOMPARE(breaks(MDataset::Quantiles, 3, {1, 1, 1, 1, 2}), (Breaks{1, 1, 2}));
     QCOMPARE(breaks(MDataset::Jenks, 3, {1, 1, 1, 9, qQNaN(), qInf()}), (Breaks{1, 5, 9}));
+    // A count need not fit into memory unfolded.
+    LoneDataset large(IntegerType, MVectorDataset::TimeSlice, 1);
+    const_cast<QMap<int, int> &>(*large.GetIntegerFrequencies()) = {
+        {1, 0x7fffffff}, {2, 0x7fffffff}, {9, 1}, {10, 0x7fffffff}};
+    for (const auto type : {MDataset::EqualIntervals, MDataset::Quantiles, MDataset::Jenks}) {
+        const Breaks found = large.GetIntervalBreaks(0, 3, type, false);
+        const Breaks expected{1, type == MDataset::EqualIntervals ? 4
+                                 : type == MDataset::Quantiles    ? 9
+                                                                  : 5.5,
+                              10};
+        QCOMPARE(found, expected);
+    }
     QCOMPARE(raisedText([&] { breaks(static_cast<Classes>(3), 3, {1}); }),
              QString("Invalid data type"));
     LoneDataset texts(StringType, MVectorDataset::TimeSlice, 1);

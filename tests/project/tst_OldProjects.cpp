@@ -40,7 +40,7 @@ QString shown(const QMap<MDatum, int> &counts)
 {
     QString line;
     for (auto it = counts.cbegin(); it != counts.cend(); ++it)
-        line += QString::fromLatin1(it.key().charstr()) + '/' + QString::number(it.key().toDouble())
+        line += it.key().text() + '/' + QString::number(it.key().toDouble())
                 + ':' + QString::number(it.value()) + ' ';
     return line;
 }
@@ -224,7 +224,7 @@ void expectVector(const Sample &sample, int number, QStringList &lines)
                 if (isThere)
                     ++counts[value];
                 line += !isThere               ? "- "
-                        : dataset.type == Text ? QString(QString::fromLatin1(value.charstr()) + ' ')
+                        : dataset.type == Text ? QString(value.text() + ' ')
                                                : QString(QString::number(value.toDouble()) + ' ');
             }
             values.append(line);

@@ -133,7 +133,7 @@ void printTexts(int dataset, const Console &console)
     const auto frequencies = datasetOf(dataset)->GetDataFrequencies();
     for (auto it = frequencies.begin(); it != frequencies.end(); ++it) {
         const QString text = it.key().type() == MDatum::String
-                                 ? QString::fromLocal8Bit(it.key().charstr())
+                                 ? it.key().text()
                                  : QString::number(it.key().integerValue());
         values.append(
             QJsonObject{{QStringLiteral("value"), text}, {QStringLiteral("count"), it.value()}});
