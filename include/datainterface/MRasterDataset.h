@@ -165,6 +165,9 @@ public:
     bool GetValuesAsDecimal(int realization, qint64 time, QVector<double> &values,
                             MissingFlag &missing) const;
 
+    /// Whether cells of this type have a mean and extremes; colours have none.
+    bool HasStatisticsForm() const;
+
     /// Whether a value of this width is the flag's; false without a flag.
     bool IsMissing(double value) const { return mCellFlag.matches(value); }
     bool IsMissing(float value) const { return mCellFlag.matches(value); }
@@ -194,6 +197,7 @@ private:
     void countCell(const MRasterObservation &grid, int column, int row);
     std::vector<datainterface::ValueRun> sortedValues() const;
     bool restoreFlag(QDataStream &in, const datainterface::LoadContext &context);
+    void restoreStatistics();
     bool restoreRealizations(QDataStream &in);
     bool restoreObservations(QDataStream &in, ObservationMap &grids);
 

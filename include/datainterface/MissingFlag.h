@@ -8,7 +8,8 @@
 #include "datainterface/export.h"
 #include "datainterface/half.h"
 
-/// A type code and one value of each width, of which the code selects one. A plain value.
+/// A type code and one value of each width, of which the code selects one. A plain record, copied
+/// bit for bit.
 ///
 /// The high byte of the code is the width (1: 8 bits, 2: 16, 3: 32, 4: 64), 0x400 means unsigned;
 /// 0x100 to 0x300 are the floating forms.
@@ -29,25 +30,48 @@ struct DATAINTERFACE_EXPORT MissingFlag {
     };
 
     qint32 type = None;
-    std::tuple<quint64, quint32, quint16, quint8, qint64, qint32, qint16, qint8, half, float,
-               double>
-        values{};
+    quint64 uint64Value = 0;
+    quint32 uint32Value = 0;
+    quint16 uint16Value = 0;
+    quint8 uint8Value = 0;
+    qint64 int64Value = 0;
+    qint32 int32Value = 0;
+    qint16 int16Value = 0;
+    qint8 int8Value = 0;
+    half halfValue;
+    float floatValue = 0.0f;
+    double doubleValue = 0.0;
 
     MissingFlag() = default;
     /// A flag of the value's own width.
     template <class T> explicit MissingFlag(T value) : type(codeOf(T()))
     {
-        std::get<T>(values) = value;
+        field<T>() = value;
     }
+
+    /// The fields of the values in their order.
+    auto fields()
+    {
+        return std::tie(uint64Value, uint32Value, uint16Value, uint8Value, int64Value, int32Value,
+                        int16Value, int8Value, halfValue, floatValue, doubleValue);
+    }
+    auto fields() const
+    {
+        return std::tie(uint64Value, uint32Value, uint16Value, uint8Value, int64Value, int32Value,
+                        int16Value, int8Value, halfValue, floatValue, doubleValue);
+    }
+    /// The field of one type.
+    template <class T> T &field() { return std::get<T &>(fields()); }
+    template <class T> T field() const { return std::get<const T &>(fields()); }
 
     /// Whether a value of this width is the flag's. float and double compare as numbers, so that a
     /// NaN matches nothing; a half is its bit pattern.
     template <class T> bool matches(T value) const
     {
         if constexpr (std::is_same_v<T, half>)
-            return type != None && std::get<half>(values).bits == value.bits;
+            return type != None && halfValue.bits == value.bits;
         else
-            return type != None && std::get<T>(values) == value;
+            return type != None && field<T>() == value;
     }
 
     static constexpr Type codeOf(double) { return Double; }
@@ -62,6 +86,7 @@ struct DATAINTERFACE_EXPORT MissingFlag {
     static constexpr Type codeOf(qint64) { return Int64; }
     static constexpr Type codeOf(quint64) { return UInt64; }
 };
+static_assert(std::is_trivially_copyable_v<MissingFlag>);
 
 /// The code, then the selected value in its own width; an unknown code raises "Invalid data type"
 /// both ways.

@@ -155,9 +155,12 @@ bool VORN_GetRasterData(int id, int realization, qint64 time, const qint64 *&dat
     if (!getCells(id, realization, time, RasterIntegerType, data, flag))
         return false;
     missing.clear();
-    if (flag.type != MissingFlag::None)
-        missing.insert(static_cast<quint64>(std::get<qint64>(flag.values)));
-    return true;
+    return onDataset<MRasterDataset>(id, false, [&missing](const MRasterDataset &dataset) {
+        const MissingFlag &cell = dataset.GetCellFlag(); // the dataset's flag may be of another form
+        if (cell.type != MissingFlag::None)
+            missing.insert(static_cast<quint64>(cell.int64Value));
+        return true;
+    });
 }
 
 bool VORN_GetRasterData(int id, int realization, qint64 time, const quint64 *&data,
@@ -241,13 +244,7 @@ bool VORN_GetMissingPixels(int id, int realization, qint64 time, QSet<int> &miss
             return false;
         const HeldGrid hold(*grid);
         QSet<int> found;
-        visitCells(*grid, [&](const auto &cells) {
-            const CellTest<std::decay_t<decltype(cells)>> test(dataset.GetCellFlag());
-            for (int i = 0; test.isSet() && i < grid->CellCount(); ++i) {
-                if (test.equals(cells[i]))
-                    found.insert(i);
-            }
-        });
+        visitMissingCells(*grid, dataset.GetCellFlag(), [&found](int i) { found.insert(i); });
         missing = found;
         return true;
     });

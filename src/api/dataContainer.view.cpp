@@ -203,10 +203,7 @@ void VORN_ConstDataContainer::loadRaster(const MRasterDataset &dataset)
             const T *cells = reinterpret_cast<const T *>(mGrid.constData());
             std::get<const T *>(mCells) = cells;
             const CellTest<const T *> test(dataset.GetCellFlag());
-            for (int id = 0; test.isSet() && id < nObjects; ++id) {
-                if (test.equals(cells[id]))
-                    mMissing.setMissing(id);
-            }
+            visitMissing(cells, nObjects, test, [this](int id) { mMissing.setMissing(id); });
         });
     require(isKnown, "Invalid bit depth");
 }

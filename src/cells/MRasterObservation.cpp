@@ -5,33 +5,12 @@
 #include "Common/detail/streams.h"
 #include "cells/binary16.h"
 #include "cells/cellForms.h"
+#include "cells/oldTypeCodes.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/HeldGrid.h"
 #include "frame/loadContext.h"
 
 using namespace datainterface;
-
-namespace {
-
-DataType typeFrom(qint32 code)
-{
-    if (loadContext().since(fileVersions::kGridsHaveTypeCodes))
-        return static_cast<DataType>(code);
-    switch (code) {
-    case 0:
-        return RasterDecimalType;
-    case 1:
-        return RasterUnsignedType;
-    case 2:
-        return RasterCellType;
-    case 3:
-        return RasterColorType;
-    default:
-        return static_cast<DataType>(code);
-    }
-}
-
-} // namespace
 
 MRasterObservation::MRasterObservation(const MRasterBand &band) : MRasterBand(band)
 {
@@ -51,15 +30,22 @@ MRasterObservation::MRasterObservation(QDataStream &in)
     in >> blockId;
     mRows = rows;
     mColumns = columns;
-    mType = typeFrom(type);
+    mType = cellTypeOf(type, loadContext());
     mBitDepth = bitDepth;
     if (in.status() == QDataStream::Ok)
         mBlockId = blockId;
 }
 
-MRasterObservation::MRasterObservation(const MRasterObservation &other) : MRasterBand()
+MRasterObservation::MRasterObservation(const MRasterObservation &other)
+    : MRasterObservation(other, HeldGrid(other))
 {
-    *this = other;
+}
+
+// The cells of `other` are in memory while the copy is made.
+MRasterObservation::MRasterObservation(const MRasterObservation &other,
+                                       const HeldGrid &)
+    : MRasterObservation(static_cast<const MRasterBand &>(other))
+{
 }
 
 MRasterObservation &MRasterObservation::operator=(const MRasterObservation &other)

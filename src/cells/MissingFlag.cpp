@@ -48,7 +48,7 @@ template <class Flag, class Visit> void visitValue(Flag &flag, Visit visit)
                      && (visit(value), true))
                     || ...);
         },
-        flag.values);
+        flag.fields());
     datainterface::require(found, "Invalid data type");
 }
 

@@ -62,7 +62,7 @@ template <class T> MissingFlag flagOfBits(T cell)
         if constexpr (sizeof value == sizeof cell)
             std::memcpy(static_cast<void *>(&value), &cell, sizeof cell);
     };
-    std::apply([&fill](auto &...value) { (fill(value), ...); }, flag.values);
+    std::apply([&fill](auto &...value) { (fill(value), ...); }, flag.fields());
     return flag;
 }
 
@@ -80,7 +80,7 @@ MissingFlag cellFlag(const MissingFlag &flag, int type, int bitDepth)
             if (flag.type == MissingFlag::codeOf(value) && cellFromValue(value, cell))
                 result = flagOfBits(cell);
         };
-        std::apply([&](auto... value) { (tryValue(value), ...); }, flag.values);
+        std::apply([&](auto... value) { (tryValue(value), ...); }, flag.fields());
     });
     return result;
 }

@@ -108,7 +108,7 @@ public:
         : mIsSet(!std::is_same_v<Cells, BitCells> && flag.type != MissingFlag::None)
     {
         if (mIsSet)
-            mValue = std::get<T>(flag.values);
+            mValue = flag.field<T>();
     }
     /// Without a flag nothing is missing: loops without the test can run.
     bool isSet() const { return mIsSet; }
@@ -126,6 +126,24 @@ private:
     const bool mIsSet;
     T mValue{};
 };
+
+/// Calls `visit(index)` for the missing ones of `count` cells, ascending.
+template <class Cells, class Visit>
+void visitMissing(const Cells &cells, int count, const CellTest<Cells> &test, Visit visit)
+{
+    for (int i = 0; test.isSet() && i < count; ++i) {
+        if (test.equals(cells[i]))
+            visit(i);
+    }
+}
+/// The same for a grid that has its cells in memory; false: no such form.
+template <class Visit>
+bool visitMissingCells(const MRasterBand &band, const MissingFlag &flag, Visit visit)
+{
+    return visitCells(band, [&](const auto &cells) {
+        visitMissing(cells, band.CellCount(), CellTest<std::decay_t<decltype(cells)>>(flag), visit);
+    });
+}
 
 template <class T> double cellToDouble(T value)
 {

@@ -60,7 +60,8 @@ public:
                 visit(static_cast<Pattern>(pattern), count);
         }
     }
-    std::size_t size() const { return 0; }
+    /// Not known before the patterns are walked.
+    std::size_t keysAtLeast() const { return 0; }
 
 private:
     static constexpr std::size_t kLanes = 4;
@@ -99,7 +100,7 @@ public:
         if (mFreeCount > 0)
             visit(kFree, mFreeCount);
     }
-    std::size_t size() const { return mUsed + (mFreeCount > 0); }
+    std::size_t keysAtLeast() const { return mUsed + (mFreeCount > 0); }
 
 private:
     static constexpr Pattern kFree = static_cast<Pattern>(0x7FB5A1D3C26E9F47u);
@@ -144,7 +145,7 @@ public:
     {
         using Key = typename Map::key_type;
         std::vector<std::pair<Key, int>> counts;
-        counts.reserve(mTable.size());
+        counts.reserve(mTable.keysAtLeast());
         mTable.visit([&](auto pattern, int count) {
             counts.emplace_back(keyOf(valueOf<T>(pattern)), count);
         });

@@ -25,6 +25,13 @@ unsigned int displayColumns(unsigned int columns, unsigned int rows)
     return qMax(columns * kMaxDisplaySize / rows, 1u);
 }
 
+/// A dataset without (colours) raises where a host would only be told no.
+bool hasStatisticsForm(const MRasterDataSource &source, int id)
+{
+    return askRaster(source, id,
+                     [](const MRasterDataset &dataset) { return dataset.HasStatisticsForm(); });
+}
+
 } // namespace
 
 MRasterDataSource::MRasterDataSource(const QString &directory) : MDataSource(directory, 0)
@@ -238,7 +245,7 @@ bool MRasterDataSource::GetMean(int id, int realization, qint64 t, double &mean)
 bool MRasterDataSource::GetStddev(int id, int realization, qint64 t, double &deviation)
 {
     return askRaster(*this, id, [&](const MRasterDataset &dataset) {
-        return dataset.GetStdDev(realization, t, deviation);
+        return dataset.HasStatisticsForm() && dataset.GetStdDev(realization, t, deviation);
     });
 }
 
@@ -254,12 +261,14 @@ bool MRasterDataSource::GetMin(int id, int realization, qint64 t, MDatum &value)
 
 bool MRasterDataSource::GetGlobalMin(int id, int realization, MDatum &value)
 {
-    return askGlobalStatistics(*this, id, realization, &DataSetStats::minimum, value);
+    return hasStatisticsForm(*this, id)
+           && askGlobalStatistics(*this, id, realization, &DataSetStats::minimum, value);
 }
 
 bool MRasterDataSource::GetGlobalMax(int id, int realization, MDatum &value)
 {
-    return askGlobalStatistics(*this, id, realization, &DataSetStats::maximum, value);
+    return hasStatisticsForm(*this, id)
+           && askGlobalStatistics(*this, id, realization, &DataSetStats::maximum, value);
 }
 
 bool MRasterDataSource::IsNumeric(int id) const

@@ -184,7 +184,7 @@ bool MRasterDataset::HasMissing(int) const
         return isCounted;
     visitCellForm(mDataType, mBitDepth, [&](auto form) {
         using T = CellOf<decltype(form)>;
-        isCounted = mFrequencies.mapOf<T>().contains(keyOf(std::get<T>(mCellFlag.values)));
+        isCounted = mFrequencies.mapOf<T>().contains(keyOf(mCellFlag.field<T>()));
     });
     return isCounted;
 }

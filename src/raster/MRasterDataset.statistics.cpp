@@ -19,13 +19,16 @@ bool hasStatisticsOf(DataType type)
 } // namespace
 
 // The record stands under the interval of its grid, so that every time in it finds the same one.
+// Files hold records under other intervals as well: they give way to that of the grid.
 bool MRasterDataset::CalcMinMaxMean(int realization, qint64 time) const
 {
     TimeStamp stamp;
     if (!hasStatistics(realization) || !GetContainingTimeStamp(realization, time, stamp)
         || !hasStatisticsOf(mDataType))
         return false;
-    if (mStatistics.at(realization).perTime.contains(stamp))
+    auto &perTime = mStatistics[realization].perTime;
+    const auto known = perTime.constFind(stamp);
+    if (known != perTime.constEnd() && known.key() == stamp)
         return true;
     const MRasterObservation &grid = *GetConstRasterInfo(realization, time);
     const bool isKnown = visitCellForm(mDataType, mBitDepth, [&](auto form) {
@@ -33,7 +36,9 @@ bool MRasterDataset::CalcMinMaxMean(int realization, qint64 time) const
         const HeldGrid hold(grid);
         CellSummary<T> summary;
         summary.add(grid.cells<T>(), grid.CellCount(), CellTest<const T *>(mCellFlag));
-        mStatistics[realization].perTime.insert(stamp, summary.stats());
+        while (perTime.remove(stamp) > 0) // whatever overlaps compares equal
+            ;
+        perTime.insert(stamp, summary.stats());
     });
     require(isKnown, "Invalid bit depth");
     return true;
@@ -69,7 +74,10 @@ bool MRasterDataset::GetStdDev(int realization, qint64 time, double &result) con
     require(hasStatisticsOf(mDataType), "Invalid raster type");
     if (!CalcMinMaxMean(realization, time))
         return false;
-    DataSetStats &stats = *mStatistics[realization].perTime.find(TimeStamp(timeOf(time)));
+    auto &perTime = mStatistics[realization].perTime;
+    const auto found = perTime.find(TimeStamp(timeOf(time)));
+    require(found != perTime.end(), "Can't find dataset statistics");
+    DataSetStats &stats = *found;
     if (!stats.stdDevValid) {
         qint64 count = 0;
         double sum = 0.0;
@@ -86,6 +94,37 @@ bool MRasterDataset::GetStdDev(int realization, qint64 time, double &result) con
     }
     result = stats.stdDev;
     return true;
+}
+
+// Streams hold the extremes' bits alone.
+void MRasterDataset::restoreStatistics()
+{
+    const bool isUnsigned = mDataType != RasterDecimalType && mDataType != RasterIntegerType;
+    const auto settle = [isUnsigned](DataSetStats &stats) {
+        for (MDatum *extreme : {&stats.minimum, &stats.maximum}) {
+            if (isUnsigned && extreme->type() == MDatum::Integer)
+                *extreme = MDatum(static_cast<quint64>(extreme->integerValue()));
+        }
+    };
+    for (int realization = 0; realization < mStatistics.size(); ++realization) {
+        StatsRealization &statistics = mStatistics[realization];
+        const ObservationMap grids = mRealizations.value(realization);
+        for (auto record = statistics.perTime.begin(); record != statistics.perTime.end();) {
+            const auto grid = grids.constFind(record.key());
+            if (grid == grids.constEnd() || grid.key() != record.key()) {
+                record = statistics.perTime.erase(record);
+            } else {
+                settle(*record);
+                ++record;
+            }
+        }
+        settle(statistics.whole);
+    }
+}
+
+bool MRasterDataset::HasStatisticsForm() const
+{
+    return hasStatisticsOf(mDataType);
 }
 
 bool MRasterDataset::IsNormalScoreDataset(qint64 time, int realization) const

@@ -13,6 +13,7 @@
 #include "Common/detail/streams.h"
 #include "cells/cellFlag.h"
 #include "cells/cellForms.h"
+#include "cells/oldTypeCodes.h"
 #include "datasets/oldForms.h"
 #include "frame/loadContext.h"
 
@@ -37,22 +38,6 @@ template <class Map> void readTable(QDataStream &in, Map &map)
 
 using OldTables = std::tuple<QMap<quint8, int>, QMap<quint16, int>, QMap<quint32, int>,
                              QMap<quint64, int>, QMap<OrderedDouble, int>>;
-
-DataType typeFromOld(qint32 code)
-{
-    switch (code) {
-    case 0:
-        return RasterDecimalType;
-    case 1:
-        return RasterUnsignedType;
-    case 2:
-        return RasterCellType;
-    case 3:
-        return RasterColorType;
-    default:
-        return static_cast<DataType>(code);
-    }
-}
 
 /// The first of a list of values in Qt's form; `otherwise` for an empty one.
 template <class T> T firstOf(QDataStream &in, T otherwise)
@@ -123,7 +108,7 @@ bool MRasterDataset::Restore(QDataStream &in, LoadContext &context)
     if (!context.since(fileVersions::kGridsAreBlocks) || !MDataset::Restore(in, context))
         return false;
     if (!context.since(fileVersions::kDatasetHasType))
-        mDataType = typeFromOld(read<qint32>(in));
+        mDataType = cellTypeOf(read<qint32>(in), context);
     mBitDepth = read<qint32>(in);
     const qint32 rows = read<qint32>(in);
     const qint32 columns = read<qint32>(in);
@@ -135,7 +120,10 @@ bool MRasterDataset::Restore(QDataStream &in, LoadContext &context)
     if (!restoreFlag(in, context))
         return false;
     readFrequencies(in, mFrequencies, context);
-    return restoreRealizations(in);
+    if (!restoreRealizations(in))
+        return false;
+    restoreStatistics();
+    return true;
 }
 
 bool MRasterDataset::restoreFlag(QDataStream &in, const LoadContext &context)

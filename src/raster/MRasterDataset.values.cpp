@@ -147,17 +147,10 @@ int MRasterDataset::GetDataCount(int realization, qint64 time) const
     const MRasterObservation *grid = GetConstRasterInfo(realization, time);
     if (!grid)
         return 0;
-    const int count = grid->CellCount();
     int missing = 0;
     const HeldGrid hold(*grid);
-    visitCells(*grid, [&](const auto &cells) {
-        const CellTest<std::decay_t<decltype(cells)>> test(mCellFlag);
-        if (!test.isSet())
-            return;
-        for (int i = 0; i < count; ++i)
-            missing += test.equals(cells[i]);
-    });
-    return count - missing;
+    visitMissingCells(*grid, mCellFlag, [&missing](int) { ++missing; });
+    return grid->CellCount() - missing;
 }
 
 bool MRasterDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,

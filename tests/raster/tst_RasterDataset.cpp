@@ -66,6 +66,8 @@ private Q_SLOTS:
     void containersBorrowAndReturn();
     void containersFillTheirMissingCells();
     void unsupportedStatisticsRaise();
+    void recordsOfOtherTimesGiveWay();
+    void unsignedCellsStayUnsigned();
     void projectsComeBackByteForByte();
     void shortStreamsAreRefused();
     void oldFrequenciesAndFlagsAreRead();
@@ -126,7 +128,6 @@ void TestRasterDataset::bandsThatDoNotFitChangeNothing()
     QVERIFY(raisedText([&] { dataset.CheckInRealization(3, 0); }) == "Invalid realization index");
 }
 
-// Values in, then out through containers, counts, statistics and a project.
 void TestRasterDataset::flagsHoldForEveryReadingOfTheWidth()
 {
     TestModel model;
@@ -139,6 +140,7 @@ void TestRasterDataset::flagsHoldForEveryReadingOfTheWidth()
     QCOMPARE(bits, quint64(0));
 }
 
+// Values in, then out through containers, counts, statistics and a project.
 void TestRasterDataset::everyFormGoesAllTheWay()
 {
     TestModel model;
@@ -362,7 +364,7 @@ void TestRasterDataset::containersFillTheirMissingCells()
                               missing);
     const int decimal = VORN_NewRasterDataset(geography, "h", RasterDecimalType, 1, 16, "/a");
     QVERIFY(VORN_AddDataValues(decimal, 0, interval("[0, 5]"), halves, true, true));
-    QCOMPARE(std::get<half>(rasterOf(model, decimal).GetMissingFlag().values).bits,
+    QCOMPARE(rasterOf(model, decimal).GetMissingFlag().halfValue.bits,
              quint16(0x7BFF));
     QVERIFY(VORN_IsRasterDataMissing(decimal, 1, 0, 2));
     const int colors = VORN_NewRasterDataset(geography, "c", RasterColorType, 1, 8, "/a");
@@ -388,6 +390,9 @@ void TestRasterDataset::unsupportedStatisticsRaise()
              QStringLiteral("Invalid raster type"));
     QCOMPARE(raisedText([&] { dataset.GetIntervalBreaks(0, 3, MDataset::Quantiles, false); }),
              QStringLiteral("Invalid dataset type"));
+    QVERIFY(!VORN_GetStddev(colors, 0, 3, value)); // a host is told no
+    QVERIFY(!VORN_GetMean(colors, 0, 3, value));
+    QVERIFY(!VORN_GetMin(colors, 0, value) && !VORN_GetMax(colors, 0, value));
     const int bits = VORN_NewRasterDataset(geography, "b", RasterUnsignedType, 1, 1, "/a");
     MRasterDataset &mask = rasterOf(model, bits);
     QVERIFY(mask.AddRasterValues(0, stamp("[0, 5]"), MRasterBand(3, 2, RasterUnsignedType, 1), true,
@@ -397,6 +402,76 @@ void TestRasterDataset::unsupportedStatisticsRaise()
     QCOMPARE(mask.GetDatumFrequency(MDatum(0)), 6);
     QCOMPARE(raisedText([&] { VORN_ConstDataContainer(bits, 3, 0, false); }),
              QStringLiteral("Invalid bit depth"));
+}
+
+// Files hold records of instants inside a grid's interval.
+void TestRasterDataset::recordsOfOtherTimesGiveWay()
+{
+    struct Opened : MRasterDataset {
+        static auto statistics() { return &Opened::mStatistics; }
+    };
+    TestModel model;
+    const int id = VORN_NewRasterDataset(addGrid(1, 2), "d", RasterIntegerType, 1, 32, "");
+    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 9]"), QVector<int>{1, 3}, -1, true, true));
+    DataSetStats stray;
+    stray.meanValid = true;
+    stray.mean = 42.0;
+    (rasterOf(model, id).*Opened::statistics())[0].perTime.insert(stamp("[5, 5]"), stray);
+    QVERIFY(VORN_SaveProject(model.path("stray.prj")));
+    double value = 0.0;
+    QVERIFY(VORN_GetMean(id, 0, 7, value));
+    QCOMPARE(value, 2.0);
+    for (const qint64 time : {5, 7}) {
+        VORN_UnloadProject();
+        QVERIFY(VORN_LoadProject(model.path("stray.prj")));
+        QVERIFY(VORN_GetStddev(id, 0, time, value));
+        QCOMPARE(value, 1.0);
+        QVERIFY(VORN_GetMean(id, 0, time, value));
+        QCOMPARE(value, 2.0);
+    }
+}
+
+void TestRasterDataset::unsignedCellsStayUnsigned()
+{
+    TestModel model;
+    const int geography = addGrid(1, 3);
+    const quint64 half = quint64(1) << 63;
+    const int id = VORN_NewRasterDataset(geography, "u", RasterUnsignedType, 1, 64, "");
+    QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 9]"), QVector<quint64>{half, 5, ~half}, 1,
+                                 true, true));
+    double value = 0.0;
+    QVERIFY(VORN_GetMean(id, 0, 5, value) && VORN_GetMin(id, 0, value));
+    QVERIFY(VORN_SaveProject(model.path("u.prj")));
+    for (const bool isLoaded : {false, true}) {
+        if (isLoaded) {
+            VORN_UnloadProject();
+            QVERIFY(VORN_LoadProject(model.path("u.prj")));
+        }
+        QVERIFY(VORN_GetMin(id, 0, 5, value));
+        QCOMPARE(value, 5.0);
+        QVERIFY(VORN_GetMax(id, 0, 5, value));
+        QCOMPARE(value, std::ldexp(1.0, 63));
+        QVERIFY(VORN_GetMax(id, 0, value));
+        QCOMPARE(value, std::ldexp(1.0, 63));
+        const MDatum last = rasterOf(model, id).GetDataFrequencies().lastKey();
+        QCOMPARE(last, MDatum(half));
+        QCOMPARE(rasterOf(model, id).GetDatumFrequency(last), 1);
+    }
+
+    // The flag of 32 bits means the same number in cells of 64.
+    const int wide = VORN_NewRasterDataset(geography, "s", RasterIntegerType, 1, 64, "");
+    MRasterDataset &dataset = rasterOf(model, wide);
+    const qint64 cells[] = {-7, 2, 3};
+    const MRasterBand band(3, 1, RasterIntegerType, 64, cells, {});
+    QVERIFY(dataset.AddRasterValues(0, stamp("[0, 9]"), band, true, true));
+    dataset.SetMissingFlag(MissingFlag(qint32(-7)));
+    dataset.CheckOutRealization(0, 0);
+    const qint64 *data = nullptr;
+    QSet<quint64> missing;
+    MissingFlag flag;
+    QVERIFY(VORN_GetRasterData(wide, 0, 5, data, missing, flag));
+    QCOMPARE(missing, QSet<quint64>{static_cast<quint64>(-7)});
+    dataset.CheckInRealization(0, 0);
 }
 
 void TestRasterDataset::projectsComeBackByteForByte()

@@ -393,9 +393,11 @@ private:
         const QMap<quint8, int> bytes{{1, 2}, {2, 2}, {4, 2}, {5, 2}, {6, 2}};
         rasterFrequencies(isByte ? bytes : QMap<quint8, int>());
         mOut << qint32(realizations(s.version));
+        const qint32 gridType = since(201001) ? type : oldType;
+        const bool hasBitCodes = since(201001) && !since(306014) && !isByte;
         for (int realization = realizations(s.version); realization-- > 0;)
             mOut << qint32(realization) << qint32(1) << Span{3, 8, true, true} << qint32(kRows)
-                 << qint32(kColumns) << (since(201001) ? type : oldType) << qint32(isByte ? 8 : 32)
+                 << qint32(kColumns) << (hasBitCodes && realization == 0 ? 16 : gridType) << qint32(isByte ? 8 : 32)
                  << qint32(0) << mValues.store(cells(i));
     }
 

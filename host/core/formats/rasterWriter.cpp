@@ -89,7 +89,7 @@ private:
         const MissingFlag &flag = mDataset.GetCellFlag();
         if (flag.type == MissingFlag::None)
             return;
-        const T value = std::get<T>(flag.values);
+        const T value = flag.field<T>();
         if constexpr (std::is_same_v<T, qint64>)
             GDALSetRasterNoDataValueAsInt64(band, value);
         else if constexpr (std::is_same_v<T, quint64>)

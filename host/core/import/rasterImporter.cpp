@@ -209,7 +209,7 @@ private:
             using T = decltype(zero);
             if constexpr (!std::is_integral_v<T>) {
                 const bool named = band.missing.type != MissingFlag::None;
-                const T by = named ? std::get<T>(band.missing.values) : missingNumber<T>();
+                const T by = named ? band.missing.field<T>() : missingNumber<T>();
                 const qint64 count = qint64(mReader.columns()) * mReader.rows();
                 mNotNumbers += replaceNaN(reinterpret_cast<T *>(cells), count, by);
                 if ((mNotNumbers > 0 || band.missingIsNaN)
