@@ -10,6 +10,7 @@
 #include "datainterface/OrderedDouble.h"
 #include "datainterface/dataContainer.h"
 #include "datasets/datasetCopies.h"
+#include "sources/newDatasetGuard.h"
 
 using namespace datainterface;
 
@@ -89,10 +90,8 @@ int migrateVector(MVectorDataset &dataset, MVectorDataSource &target)
     const int newId = target.NewVectorDataset(
         dataset.GetDisplayName(), dataset.GetDataType(), dataset.GetStorageType(),
         dataset.GetRealizationCount(), dataset.GetHierarchyPath());
-    if (copyValues(dataset, *target.GetVectorDataset(newId)))
-        return newId;
-    target.RemoveDataset(newId);
-    return -1;
+    NewDatasetGuard guard(target, newId);
+    return copyValues(dataset, *target.GetVectorDataset(newId)) ? guard.keep() : -1;
 }
 
 bool copyGrids(const MRasterDataset &from, MRasterDataset &to)
@@ -119,10 +118,8 @@ int migrateRaster(MRasterDataset &dataset, MRasterDataSource &target)
     const int newId = target.NewRasterDataset(
         dataset.GetDisplayName(), dataset.GetDataType(), dataset.GetRealizationCount(),
         dataset.GetRasterBitDepth(), dataset.GetHierarchyPathAsString());
-    if (newId == -1 || copyGrids(dataset, *target.GetRasterDataset(newId)))
-        return newId;
-    target.RemoveDataset(newId);
-    return -1;
+    NewDatasetGuard guard(target, newId);
+    return newId != -1 && copyGrids(dataset, *target.GetRasterDataset(newId)) ? guard.keep() : -1;
 }
 
 /// -1 unless the target is of the dataset's kind and has as many objects.

@@ -2,6 +2,7 @@
 #include "datainterface/MVectorDataSource.h"
 #include "Common/detail/failure.h"
 #include "datainterface/VORN_Progress.h"
+#include "sources/newDatasetGuard.h"
 #include "time/calendar.h"
 
 using namespace datainterface;
@@ -43,13 +44,13 @@ int MVectorDataSource::ConvertDataset(int id, const QString &name, DataType type
     require(isConvertible(source->GetDataType(), type), "Invalid dataset type");
     const int newId = NewVectorDataset(name, type, source->GetStorageType(),
                                        source->GetRealizationCount(), source->GetHierarchyPath());
+    NewDatasetGuard guard(*this, newId);
     MVectorDataset *converted = GetVectorDataset(newId);
-    if (!converted->ConvertDataset(source, precision)) {
-        RemoveDataset(newId);
+    if (!converted->ConvertDataset(source, precision))
         return -1;
-    }
     converted->AddToLongDescription(QString::fromLatin1(lineFor(source->GetDataType())->text)
                                         .arg(source->GetDisplayName(), now));
+    guard.keep();
     AnnounceNewDataset(newId, true);
     return newId;
 }
@@ -64,10 +65,10 @@ int MVectorDataSource::ImportDatasetFromDataSource(MDataSource *source, int id,
     const int newId = NewVectorDataset(dataset->GetDisplayName(), dataset->GetDataType(),
                                        dataset->GetStorageType(), dataset->GetRealizationCount(),
                                        dataset->GetHierarchyPath());
-    if (!GetVectorDataset(newId)->ImportDataset(dataset, objectMap)) {
-        RemoveDataset(newId);
+    NewDatasetGuard guard(*this, newId);
+    if (!GetVectorDataset(newId)->ImportDataset(dataset, objectMap))
         return -1;
-    }
+    guard.keep();
     if (announce)
         AnnounceNewDataset(newId, true);
     return newId;

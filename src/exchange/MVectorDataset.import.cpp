@@ -24,12 +24,13 @@ constexpr int kObjectsPerPass = 1 << 16;
 
 template <class T>
 std::unique_ptr<TimeSliceData<T>> importedSlice(const TimeSliceData<T> &slice,
-                                                const QVector<int> &objectMap, int objectCount)
+                                                const QVector<int> &objectMap, int objectCount,
+                                                int sourceCount)
 {
     const CheckedOut<TimeSliceData<T>> hold(slice);
     const T *from = slice.Data();
     const QSet<int> &holes = slice.MissingIds();
-    const int count = slice.GetCount();
+    const int count = std::min(slice.GetCount(), sourceCount);
     QVector<T> values(objectCount);
     T *to = values.data();
     QSet<int> missing;
@@ -52,16 +53,22 @@ bool importRealization(MVectorDataset &target, const MVectorDataset &source, int
         OwnedContainers<SliceMap<T>> imported;
         for (auto slice = slices.cbegin(); slice != slices.cend(); ++slice)
             imported.insert(slice.key(),
-                            importedSlice(*slice.value(), objectMap, target.GetObjectCount()));
+                            importedSlice(*slice.value(), objectMap, target.GetObjectCount(),
+                                          source.GetObjectCount()));
         return imported.handOver([&](const SliceMap<T> &map) {
             return target.SetTimeSliceData(realization, map, true);
         });
     }
     const SeriesMap<T> &series = *seriesOf<T>(source, realization);
     OwnedContainers<SeriesMap<T>> imported;
-    for (int object = 0; object < std::min(objectMap.size(), target.GetObjectCount()); ++object)
-        if (const TimeSeriesData<T> *one = series.value(objectMap[object], nullptr))
+    for (int object = 0; object < std::min(objectMap.size(), target.GetObjectCount()); ++object) {
+        // A source that was made smaller keeps the series of the objects that are gone.
+        const TimeSeriesData<T> *one = objectMap[object] < source.GetObjectCount()
+                                           ? series.value(objectMap[object], nullptr)
+                                           : nullptr;
+        if (one)
             imported.insert(object, std::make_unique<TimeSeriesData<T>>(*one));
+    }
     return imported.handOver(
         [&](const SeriesMap<T> &map) { return target.SetTimeSeriesData(realization, map, true); });
 }

@@ -75,6 +75,7 @@ private Q_SLOTS:
     void convertedDatasetIsAnnounced();
     void conversionRefusals();
     void importFollowsTheObjectMap();
+    void copiesThatFailLeaveNothing();
     void streamGivesTheSameBytesAgain();
     void foreignStreamsAreRefused();
 };
@@ -255,9 +256,17 @@ void TestVectorDataSource::importFollowsTheObjectMap()
     }
     Listener listener;
     QVERIFY(target.AddListener(&listener));
+    QVERIFY(fixture.source.Resize(5) && fixture.source.Resize(4));
+    const int shrunk = fixture.add(StringType, MVectorDataset::TimeSeries);
+    QVERIFY(fixture.source.Resize(10)
+            && fixture.source.AddDataValue(shrunk, 0, 9, kSpan, MDatum("gone"), true, true)
+            && fixture.source.Resize(4)); // the series of 9 stays in the map
+    for (const unsigned int object : {1u, 3u})
+        QVERIFY(fixture.source.AddDataValue(shrunk, 0, object, kSpan,
+                                            MDatum(QString::number(object)), true, true));
     target.ImportFromDataSource(&fixture.source, {3, 9, 1});
     const QList<DataId> ids = target.GetDatasetIds();
-    QCOMPARE(ids.size(), 2);
+    QCOMPARE(ids.size(), 3);
     QCOMPARE(listener.calls.size(), 1); // together, at the end
     for (const DataId &id : ids) {
         QVector<QString> values;
@@ -265,6 +274,28 @@ void TestVectorDataSource::importFollowsTheObjectMap()
         QVERIFY(target.GetDataValues(id, 0, 5, values, missing));
         QVERIFY(missing == QSet<int>{1} && values[0] == "3" && values[2] == "1"); // 9 is not there
     }
+}
+
+void TestVectorDataSource::copiesThatFailLeaveNothing()
+{
+    Fixture fixture(2);
+    const int target = addPoints(2);
+    MVectorDataSource &other = *fixture.model.vectorData(target).GetVectorDataSource();
+    const int id = fixture.add(StringType);
+    QVERIFY(fixture.source.AddTimeSliceValues(id, 0, kSpan, QVector<QString>{"1", "2"}, {}, true,
+                                              true));
+    const auto &slices = *fixture.source.GetVectorDataset(id)->GetTimeSliceStringData(0);
+    DeleteDataBlock(slices.first()->BlockId());
+    const QString unreadable = QStringLiteral("Invalid block id");
+    QCOMPARE(raisedText([&] { fixture.source.ConvertDataset(id, "new", DecimalType, 0); }),
+             unreadable);
+    QCOMPARE(raisedText([&] {
+                 other.ImportDatasetFromDataSource(&fixture.source, id, {0, 1}, true);
+             }),
+             unreadable);
+    QCOMPARE(raisedText([&] { VORN_MigrateDataset(id, target, true); }), unreadable);
+    QCOMPARE(fixture.source.GetDatasetIds().size(), 1);
+    QCOMPARE(other.GetDatasetIds().size(), 0);
 }
 
 void TestVectorDataSource::streamGivesTheSameBytesAgain()
