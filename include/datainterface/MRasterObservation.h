@@ -9,9 +9,7 @@
 #include "datainterface/MissingFlag.h"
 #include "datainterface/export.h"
 
-namespace datainterface {
 class HeldGrid;
-}
 
 /// The header stays in memory; the cells are paged in by a check-out and let go by the last
 /// check-in. Check-outs come in pairs; each access below makes one of its own, so loops over cells
@@ -84,7 +82,7 @@ public:
     void ReadData() const;
 
 private:
-    MRasterObservation(const MRasterObservation &other, const datainterface::HeldGrid &hold);
+    MRasterObservation(const MRasterObservation &other, const HeldGrid &hold);
     bool holdsCell(int column, int row) const;
     bool holdsIndex(int index) const;
     char *writableCells();

@@ -18,6 +18,11 @@ public:
     void CheckOut() const;
     /// A surplus check-in is ignored. The last one writes back, which can raise "result".
     void CheckIn() const;
+    /// Changes that are made from now on wait in memory for those of another container, for a save
+    /// of the blocks or for the end, instead of for the last check-in: for loops, each step of which
+    /// would write everything back. One container at a time can wait. Raises "result" when there is
+    /// no room for the changes of another one, with nothing changed.
+    void WriteLater() const;
     int CheckOutCount() const { return mCheckOutCount; }
     int BlockId() const { return mBlockId; }
 

@@ -2,6 +2,7 @@
 #include "Common/DataManager.h"
 #include <QMutexLocker>
 #include <limits>
+#include "Common/detail/pendingWrite.h"
 #include "Common/detail/failure.h"
 #include "datainterface/DataBlocks.h"
 #include "fennimark/Fennims.h"
@@ -241,16 +242,19 @@ DataManager &blockStore()
 void InitializeDataManager(const QString &directory, int cacheBytes)
 {
     Fennims::SetScratchDirectory(directory);
+    PendingWrite::drop();
     blockStore().Initialize(directory, cacheBytes);
 }
 
 void ResetDataManager()
 {
+    PendingWrite::drop();
     blockStore().Reset();
 }
 
 void ClearDataManager()
 {
+    PendingWrite::drop();
     blockStore().Clear();
 }
 

@@ -42,8 +42,7 @@ MRasterObservation::MRasterObservation(const MRasterObservation &other)
 }
 
 // The cells of `other` are in memory while the copy is made.
-MRasterObservation::MRasterObservation(const MRasterObservation &other,
-                                       const HeldGrid &)
+MRasterObservation::MRasterObservation(const MRasterObservation &other, const HeldGrid &)
     : MRasterObservation(static_cast<const MRasterBand &>(other))
 {
 }

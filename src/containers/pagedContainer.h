@@ -4,11 +4,13 @@
 /// raises what may not be stored.
 #pragma once
 #include "Common/DataManager.h"
+#include "Common/detail/pendingWrite.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/TimeContainers.h"
 
 template <class Container> PagedContainer<Container>::~PagedContainer()
 {
+    datainterface::PendingWrite::forget(this);
     if (mBlockId >= 0)
         DeleteDataBlock(mBlockId);
 }
@@ -25,9 +27,22 @@ template <class Container> void PagedContainer<Container>::CheckIn() const
 {
     if (mCheckOutCount == 0 || --mCheckOutCount > 0)
         return;
+    if (mDirty && datainterface::PendingWrite::holds(this))
+        return;
     if (mDirty)
         PageOut();
     self().mContent.reset();
+}
+
+template <class Container> void PagedContainer<Container>::WriteLater() const
+{
+    if (mBlockId < 0)
+        return;
+    datainterface::PendingWrite::set(this, [](const void *container) {
+        const auto &paged = *static_cast<const PagedContainer *>(container);
+        if (paged.mDirty && paged.mCheckOutCount == 0)
+            paged.PageOut();
+    });
 }
 
 template <class Container> void PagedContainer<Container>::PageIn() const
@@ -50,4 +65,5 @@ template <class Container> void PagedContainer<Container>::PageOut() const
         mBlockId = SaveDataBlock(image);
     self().mContent.reset();
     mDirty = false;
+    datainterface::PendingWrite::forget(this);
 }

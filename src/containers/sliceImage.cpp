@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "containers/sliceImage.h"
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include "Common/detail/streams.h"
 #include "containers/imageCursor.h"
 
 namespace datainterface {
@@ -10,16 +10,6 @@ namespace {
 
 constexpr int kHeadBytes = 4;
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "raw values in files are little-endian");
-
-QVector<int> ascending(const QSet<int> &set)
-{
-    QVector<int> ids;
-    ids.reserve(set.size());
-    for (const int id : set)
-        ids.append(id);
-    std::sort(ids.begin(), ids.end());
-    return ids;
-}
 
 template <class T> qint64 bytesOf(const QVector<T> &values)
 {

@@ -249,6 +249,7 @@ template <class T>
 void MVectorDataset::replaceCell(TimeSliceData<T> &slice, int id, const T &value, bool overwrite,
                                  bool updateFrequencies)
 {
+    slice.WriteLater();
     const CheckedOut<TimeSliceData<T>> hold(slice);
     const bool isHeld = id < slice.GetCount() && !slice.IsMissing(id);
     auto &frequencies = mFrequencies.tableOf<T>();
@@ -396,6 +397,7 @@ bool MVectorDataset::markMissing(SliceMap<T> &slices, int id, const TimeStamp &s
     for (const Found &found : under) {
         const Cut cut = cutBy(stamp, found.key);
         if (cut == Cut::Nothing) {
+            found.slice->WriteLater();
             const CheckedOut<TimeSliceData<T>> hold(*found.slice);
             if (id < found.slice->GetCount() && !found.slice->IsMissing(id))
                 countDown(frequencies, found.slice->GetValue(id));

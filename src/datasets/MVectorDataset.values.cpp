@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // How values leave a dataset.
+#include <algorithm>
+#include <vector>
 #include "Common/detail/failure.h"
 #include "containers/slicePeek.h"
 #include "datasets/elementTypes.h"
@@ -102,6 +104,79 @@ template <class T> MDatum interpolatedIn(const TimeSeriesData<T> &series, qint64
                        isHeld ? numberIn(*at) : TimedNumber(),
                        after != end ? numberIn(*after) : TimedNumber(), time);
 }
+
+/// The interpolated values of all objects, empty where there is none. From the time outwards each
+/// slice is paged in once, and asked about the objects that still lack a value on that side.
+template <class T> class SliceInterpolation {
+public:
+    using Slices = QMap<TimeStamp, TimeSliceData<T> *>;
+
+    SliceInterpolation(const Slices &slices, int objectCount, qint64 time)
+        : mTime(time),
+          mPrevious(static_cast<std::size_t>(objectCount)),
+          mCurrent(mPrevious.size()),
+          mNext(mPrevious.size())
+    {
+        auto after = slices.lowerBound(TimeStamp(time));
+        auto before = after;
+        qint64 middle = time;
+        if (after != slices.cend() && after.key().contains(time)) {
+            middle = midpoint(after.key().startTime, after.key().endTime);
+            std::vector<int> all = objects([](std::size_t) { return true; });
+            look(after.key(), **after, all, mCurrent);
+            ++after;
+        }
+        std::vector<int> waiting =
+            objects([&](std::size_t id) { return !mCurrent[id].isThere || time > middle; });
+        for (; after != slices.cend() && !waiting.empty(); ++after)
+            look(after.key(), **after, waiting, mNext);
+        // An object without a value at the time needs both sides.
+        waiting = objects([&](std::size_t id) {
+            return mCurrent[id].isThere ? time < middle : mNext[id].isThere;
+        });
+        while (before != slices.cbegin() && !waiting.empty()) {
+            --before;
+            look(before.key(), **before, waiting, mPrevious);
+        }
+    }
+    MDatum operator[](int object) const
+    {
+        const auto id = static_cast<std::size_t>(object);
+        return interpolate(mPrevious[id], mCurrent[id], mNext[id], mTime);
+    }
+
+private:
+    using Numbers = std::vector<TimedNumber>;
+
+    template <class Test> std::vector<int> objects(Test test) const
+    {
+        std::vector<int> ids;
+        for (std::size_t id = 0; id < mCurrent.size(); ++id) {
+            if (test(id))
+                ids.push_back(static_cast<int>(id));
+        }
+        return ids;
+    }
+    // Objects that the slice holds a value of no longer wait.
+    static void look(const TimeStamp &stamp, const TimeSliceData<T> &slice,
+                     std::vector<int> &waiting, Numbers &found)
+    {
+        const CheckedOut<TimeSliceData<T>> hold(slice);
+        const auto isFound = [&](int id) {
+            T value{};
+            if (!slice.GetValue(id, value))
+                return false;
+            found[static_cast<std::size_t>(id)] = {true, stamp, static_cast<double>(value)};
+            return true;
+        };
+        waiting.erase(std::remove_if(waiting.begin(), waiting.end(), isFound), waiting.end());
+    }
+
+    const qint64 mTime;
+    Numbers mPrevious;
+    Numbers mCurrent;
+    Numbers mNext;
+};
 
 /// `take(stamp, value)` where the slices hold a value of the object. The store stays locked from
 /// the first slice to the last, and the memory of a block is asked for some slices before it is
@@ -267,21 +342,31 @@ bool MVectorDataset::readValues(int realization, qint64 time, QVector<T> &values
         return true;
     }
     values = QVector<T>(mObjectCount);
-    for (int id = 0; id < mObjectCount; ++id) {
-        bool isHeld = false;
-        if constexpr (std::is_arithmetic_v<T>) {
-            if (interpolate) {
-                const MDatum value = interpolated<T>(realization, id, time);
-                isHeld = !value.isEmpty();
-                if (isHeld)
-                    values[id] = static_cast<T>(value.decimalValue());
-            }
+    const auto fill = [&](auto read) {
+        for (int id = 0; id < mObjectCount; ++id) {
+            if (!read(id, values[id]))
+                missing.insert(id);
         }
-        if (!interpolate)
-            isHeld = !isSliced() && readCell(realization, id, time, values[id]);
-        if (!isHeld)
-            missing.insert(id);
+    };
+    if constexpr (std::is_arithmetic_v<T>) {
+        const auto take = [](const MDatum &number, T &value) {
+            if (!number.isEmpty())
+                value = static_cast<T>(number.decimalValue());
+            return !number.isEmpty();
+        };
+        if (interpolate && isSliced()) {
+            const SliceInterpolation<T> all(found->slicesOf<T>(), mObjectCount, timeOf(time));
+            fill([&](int id, T &value) { return take(all[id], value); });
+            return true;
+        }
+        if (interpolate) {
+            fill([&](int id, T &value) {
+                return take(interpolated<T>(realization, id, time), value);
+            });
+            return true;
+        }
     }
+    fill([&](int id, T &value) { return !isSliced() && readCell(realization, id, time, value); });
     return true;
 }
 

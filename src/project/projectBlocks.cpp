@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The block store's part of a project file, under the progress bar where one is shown.
 #include "Common/DataManager.h"
+#include "Common/detail/pendingWrite.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/VORN_Progress.h"
 
@@ -15,10 +16,12 @@ ProgressCallback progressReport()
 
 bool SaveProjectData(QDataStream &out, bool compress)
 {
+    datainterface::PendingWrite::writeBack();
     return blockStore().SaveProjectData(out, compress, progressReport());
 }
 
 bool RestoreProjectData(QDataStream &in, bool compressed)
 {
+    datainterface::PendingWrite::writeBack();
     return blockStore().RestoreProjectData(in, compressed, progressReport());
 }

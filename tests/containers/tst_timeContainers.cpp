@@ -2,9 +2,12 @@
 #include <QTemporaryDir>
 #include <random>
 #include "Common/DataManager.h"
+#include "Common/detail/streams.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/TimeContainers.h"
 #include "support/support.h"
+
+using datainterface::BytesWriter;
 
 namespace {
 
@@ -69,6 +72,7 @@ private Q_SLOTS:
     void readingWritesNothingBack();
     void copiesStandAlone();
     void changesSurviveAFailedWriteBack();
+    void changesCanWait();
     void stringSlicesCannotBeEmpty();
     void unknownBlocks();
     void imagesCutShortAreEmptyOrRefused();
@@ -347,6 +351,34 @@ void TestTimeContainers::changesSurviveAFailedWriteBack()
     slice.CheckIn();
     QCOMPARE(slice.GetCount(), 1 << 19);
     QVERIFY(slice.IsMissing(1000));
+}
+
+void TestTimeContainers::changesCanWait()
+{
+    TimeSliceData<int> first({1, 2}, {1});
+    TimeSliceData<int> second({3, 4}, {});
+    const QByteArray before = imageOf(first.BlockId());
+    first.WriteLater();
+    first.SetValue(1, 7);
+    int value = 0;
+    QVERIFY(first.GetValue(1, value) && first.GetCount() == 2);
+    QCOMPARE(value, 7);
+    QCOMPARE(imageOf(first.BlockId()), before);
+    QCOMPARE(TimeSliceData<int>(first).GetValues(), (QVector<int>{1, 7}));
+    second.WriteLater();
+    QVERIFY(imageOf(first.BlockId()) != before);
+    second.SetValue(0, 8);
+    QByteArray project;
+    BytesWriter out(&project);
+    QVERIFY(SaveProjectData(out, false));
+    QCOMPARE(imageOf(second.BlockId()), hex("00000002 08000000 04000000 00000000"));
+    {
+        TimeSliceData<int> dying({5}, {});
+        dying.WriteLater();
+        dying.SetValue(0, 6);
+    }
+    first.WriteLater(); // the dead one is not asked
+    QCOMPARE(first.GetValues(), (QVector<int>{1, 7}));
 }
 
 void TestTimeContainers::stringSlicesCannotBeEmpty()

@@ -426,6 +426,16 @@ void TestVectorValues::interpolates()
         QCOMPARE(at(45), MDatum(30.0 + 40.0 * 25 / 40)); // missing there
         QCOMPARE(at(60), MDatum(70.0));
         QCOMPARE(at(61), MDatum());
+        for (qint64 time = -1; time <= 61; ++time) {
+            QVector<int> all;
+            QSet<int> missing;
+            QVERIFY(dataset->GetValues(0, time, all, missing, true));
+            for (int id = 0; id < 2; ++id) {
+                const MDatum one = dataset->GetValue(id, time, true, 0);
+                QCOMPARE(missing.contains(id), one.isEmpty());
+                QCOMPARE(all[id], static_cast<int>(one.decimalValue()));
+            }
+        }
     }
 }
 

@@ -216,15 +216,21 @@ bool readVariantMap(QDataStream &in, QMap<QString, QVariant> &map)
     return readVariantPairs(in, map, 0);
 }
 
-void writeIntSet(QDataStream &out, const QSet<int> &set)
+QVector<int> ascending(const QSet<int> &set)
 {
     QVector<int> ids;
     ids.reserve(set.size());
-    for (int id : set)
+    for (const int id : set)
         ids.append(id);
     std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+void writeIntSet(QDataStream &out, const QSet<int> &set)
+{
+    const QVector<int> ids = ascending(set);
     out << qint32(ids.size());
-    for (int id : std::as_const(ids))
+    for (const int id : ids)
         out << qint32(id);
 }
 

@@ -114,6 +114,7 @@ bool readMap(QDataStream &in, QMap<Key, Value> &map, qint64 minPairBytes)
     return readMap(in, map, minPairBytes, [&in](Key &key, Value &value) { in >> key >> value; });
 }
 
+QVector<int> ascending(const QSet<int> &set);
 /// QSet<int> in Qt's form; written in ascending order, so that equal sets are equal bytes.
 void writeIntSet(QDataStream &out, const QSet<int> &set);
 bool readIntSet(QDataStream &in, QSet<int> &set);
