@@ -52,7 +52,9 @@ DATAINTERFACE_EXPORT QVector<int> VORN_ShuffleIds(unsigned int n);
 /// Missing ids keep their places; the others change places among themselves.
 DATAINTERFACE_EXPORT QVector<int> VORN_ShuffleIds(unsigned int n, const VORN_MissingData &missing);
 /// `count` positions without replacement, each pick with probability proportional to weight, in the
-/// order drawn. Empty for more picks than weights; weights that sum to 0 raise "weightSum".
+/// order drawn, none twice. Empty for more picks than weights; weights that sum to 0 raise
+/// "weightSum". A pick is -1 for a draw of exactly 0 (one in 2^32) and where no weight is left;
+/// where rounding leaves a remainder above 0, the last position that is not picked is taken.
 DATAINTERFACE_EXPORT QVector<int> VORN_ChooseRandomIds(int count, const QVector<double> &weights);
 
 /// Indices of the p-values below alpha / m, m being the number not missing. Missing objects' values

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Walks through rearrangements of object indices for Monte Carlo and exact tests:
-/// `for (shuffleIt it(n, 999);; it++) { use(it.indices()); if (it.done()) break; }`
+/// `for (int i = 0; i < it.nRandomizations(); ++i, it++) use(it.indices());`
+/// does for each of them. What `done` tells differs: of shuffles, that the present rearrangement is
+/// the last one; of combinations and permutations, that a step was taken behind the last one, which
+/// still stands.
 #pragma once
 #include <QVector>
 #include <vector>
@@ -43,7 +46,7 @@ protected:
 };
 
 /// Samples of K positions without replacement, each pick with probability proportional to weight;
-/// O(N) a pick. "K <= weights.size()".
+/// O(N) a pick. "K <= weights.size()". A pick is -1 as in VORN_ChooseRandomIds.
 class DATAINTERFACE_EXPORT weightedShuffleIt : public shuffleIt {
 public:
     weightedShuffleIt(int K, const std::vector<double> &weights, int randomizations);

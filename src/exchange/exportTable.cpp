@@ -47,12 +47,6 @@ void appendTime(TimeFormat format, qint64 t, QVector<qint64> &columns)
         columns.append(t);
 }
 
-bool isCanceled()
-{
-    return VORN_Progress::UsingProgressBar() && !isTesting()
-           && VORN_Progress::ProgressBarCanceled();
-}
-
 bool writeRows(const ExportTable &table, ExportWriter &writer)
 {
     const QList<TimeStamp> &times = table.times();

@@ -3,6 +3,7 @@
 #pragma once
 #include <QString>
 #include "datainterface/VORN_Progress.h"
+#include "frame/frameState.h"
 
 namespace datainterface {
 
@@ -10,6 +11,14 @@ namespace datainterface {
 inline ProgressCallback progressCallback()
 {
     return VORN_Progress::UsingProgressBar() ? &VORN_Progress::UpdateProgress : nullptr;
+}
+
+/// Whether there is a bar that the user cancelled. Under the testing flag every report counts as
+/// fine.
+inline bool isCanceled()
+{
+    return VORN_Progress::UsingProgressBar() && !isTesting()
+           && VORN_Progress::ProgressBarCanceled();
 }
 
 /// False: the user cancelled.

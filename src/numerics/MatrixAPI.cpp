@@ -65,6 +65,17 @@ vorn_matrix scale(const vorn_matrix &a, const vorn_diagonal_matrix &factors, boo
     return result;
 }
 
+// All elements but those of one row and of one column, of which either may be behind the last.
+vorn_matrix without(const vorn_matrix &a, int row, int col)
+{
+    vorn_matrix result(a.rows() - (row < a.rows()), a.cols() - (col < a.cols()));
+    for (int c = 0; c < result.cols(); ++c) {
+        for (int r = 0; r < result.rows(); ++r)
+            result(r, c) = a(r < row ? r : r + 1, c < col ? c : c + 1);
+    }
+    return result;
+}
+
 } // namespace
 
 vorn_matrix operator~(const vorn_matrix &a)
@@ -241,21 +252,16 @@ bool VORN_RemoveMatrixRow(vorn_matrix &a, int row)
 {
     if (row < 0 || row >= a.rows())
         return false;
-    vorn_matrix result(a.rows() - 1, a.cols());
-    for (int c = 0; c < result.cols(); ++c) {
-        for (int r = 0; r < result.rows(); ++r)
-            result(r, c) = std::as_const(a)(r < row ? r : r + 1, c);
-    }
-    a = result;
+    a = without(a, row, a.cols());
     return true;
 }
 
 bool VORN_RemoveMatrixCol(vorn_matrix &a, int col)
 {
-    a.transpose();
-    const bool removed = VORN_RemoveMatrixRow(a, col);
-    a.transpose();
-    return removed;
+    if (col < 0 || col >= a.cols())
+        return false;
+    a = without(a, a.rows(), col);
+    return true;
 }
 
 void VORN_GetMatrixTrace(vorn_matrix &a, double &trace)

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <vector>
 #include "Common/detail/failure.h"
-#include "datainterface/VORN_Progress.h"
+#include "frame/progressSection.h"
 #include "numerics/lapack.h"
 
 using namespace datainterface;
@@ -102,13 +102,26 @@ void checkSystem(const vorn_matrix &a, const vorn_matrix &b)
     require(a.rows() == b.rows(), "Matrix size mismatch");
 }
 
+// The order of the smallest leading minor that holds an infinity or a NaN; 0 without one.
+int firstMinorNotFinite(const vorn_matrix &a)
+{
+    for (int k = 0; k < a.rows(); ++k) {
+        for (int i = 0; i <= k; ++i) {
+            if (!std::isfinite(a(i, k)) || !std::isfinite(a(k, i)))
+                return k + 1;
+        }
+    }
+    return 0;
+}
+
 int cholesky(const vorn_matrix &a, const char *half, vorn_matrix &factor)
 {
     requireSquare(a);
     vorn_matrix packed = reposed(a);
     const int n = packed.rows();
-    int info = 0;
-    if (n > 0)
+    // LAPACK tests the signs of pivots alone, which an infinity or a NaN beside them passes.
+    int info = firstMinorNotFinite(packed);
+    if (info == 0 && n > 0)
         dpotrf_(half, &n, packed.data(), &n, &info, 1);
     if (info != 0)
         return info;
@@ -236,7 +249,7 @@ bool VORN_SVD(const vorn_matrix &a, vorn_matrix &u, vorn_matrix &v, vorn_diagona
         if (info != 0)
             return false;
     }
-    if (showProgress && VORN_Progress::ProgressBarCanceled())
+    if (showProgress && isCanceled())
         return false;
     u = reduced;
     v = right;

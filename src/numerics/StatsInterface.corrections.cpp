@@ -53,17 +53,21 @@ void radixSort(std::vector<RankedValue> &values)
     }
 }
 
+// Missing ids that name no object of p do not count.
 int presentCount(const QVector<double> &p, const VORN_MissingData &missing)
 {
-    return p.size() - missing.missingCount();
+    if (missing.noneMissing())
+        return p.size();
+    int count = 0;
+    for (int i = 0; i < p.size(); ++i)
+        count += !missing.isMissing(i);
+    return count;
 }
 
-// The objects that are not missing by p-value, ascending; empty when the counts leave none.
+// The objects that are not missing by p-value, ascending.
 std::vector<RankedValue> ranked(const QVector<double> &p, const VORN_MissingData &missing)
 {
     std::vector<RankedValue> values;
-    if (presentCount(p, missing) <= 0)
-        return values;
     values.reserve(static_cast<std::size_t>(p.size()));
     const bool all = missing.noneMissing();
     for (int i = 0; i < p.size(); ++i) {

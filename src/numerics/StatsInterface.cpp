@@ -22,16 +22,19 @@ void pickWeighted(const double *weights, int n, char *picked, int *positions, in
     double sum = std::accumulate(weights, weights + n, 0.0);
     for (int k = 0; k < count; ++k) {
         double left = sum * uniformDraw(ownGenerator());
-        int i = 0;
-        // Rounding can leave a crumb behind the last position: the walk ends there.
-        for (; left > 0.0 && i < n; ++i) {
-            if (!picked[i])
-                left -= weights[i];
+        int position = -1;
+        // Rounding can leave a remainder behind all weights: the walk ends at the last position
+        // that is not picked.
+        for (int i = 0; left > 0.0 && i < n; ++i) {
+            if (picked[i])
+                continue;
+            left -= weights[i];
+            position = i;
         }
-        positions[k] = i - 1;
-        if (i > 0) {
-            picked[i - 1] = 1;
-            sum -= weights[i - 1];
+        positions[k] = position;
+        if (position >= 0) {
+            picked[position] = 1;
+            sum -= weights[position];
         }
     }
     for (int k = 0; k < count; ++k) {

@@ -8,7 +8,9 @@ namespace datainterface {
 void fillShuffled(int *indices, int count);
 
 /// Picks `count` of `n` positions without replacement with probability proportional to weight, in
-/// the order drawn. A draw of exactly 0 picks -1 (one in 2^32).
+/// the order drawn. The pick is -1, and takes no position, for a draw of exactly 0 (one in 2^32) and
+/// where the weights that are left sum to 0 or, by rounding, to less. Where rounding leaves a sum
+/// above 0 to positions without weight, the last of them is picked.
 /// @param picked  `n` flags, all clear; clear again on return.
 void pickWeighted(const double *weights, int n, char *picked, int *positions, int count);
 

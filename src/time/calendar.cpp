@@ -13,8 +13,8 @@ QDate epoch()
     return QDate(1752, 9, 14);
 }
 
-// Steps are counted in 32 bits that wrap: a step of more than 68 years of seconds moves time
-// backward. Saved steps rely on it.
+// Steps are counted in 32 bits, and an exact step of more than 68 years of seconds wraps and moves
+// time backward. Unsigned numbers wrap without undefined behaviour.
 quint32 bits(qint32 value)
 {
     return static_cast<quint32>(value);
@@ -89,7 +89,7 @@ QTime ConvertToTime(qint64 t)
 
 QDateTime ConvertToDateTime(qint64 t)
 {
-    return QDateTime(ConvertToDate(t), ConvertToTime(t));
+    return QDateTime(ConvertToDate(t), ConvertToTime(t), Qt::UTC);
 }
 
 qint64 IncrementTime(TimeFormat format, TimeStep step, qint64 t)
@@ -132,7 +132,7 @@ QString TimeToString(qint64 t, TimeFormat format, const char *dateFormat, const 
         text = QString::number(t);
         break;
     }
-    return QCoreApplication::translate("MGeoData", text.toLocal8Bit().constData());
+    return QCoreApplication::translate("MGeoData", text.toUtf8().constData());
 }
 
 QString TimeStepToString(const TimeStep &step, TimeFormat format)

@@ -20,7 +20,8 @@ QDate ConvertToDate(qint64 t);
 /// Always a null time: it is counted from a null time, which stays null. Hosts rely on the empty
 /// text and on the answer "invalid" that follow from it.
 QTime ConvertToTime(qint64 t);
-/// The date with a null time, which QDateTime holds as midnight.
+/// The date with a null time, which QDateTime holds as midnight, in UTC: in the machine's zone some
+/// days have no midnight and others are not 24 hours long.
 QDateTime ConvertToDateTime(qint64 t);
 
 /// `t` one step later. Calendar steps go through QDate, years first; exact ones count 365 and 30

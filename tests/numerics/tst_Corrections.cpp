@@ -62,6 +62,8 @@ void TestCorrections::knownCases()
     check("one misses its own threshold", P{0.02, 0.03, 0.04}, none, 0.05, I{}, I{}, I{}, I{2, 1});
     check("a missing object is tested by one alone", P{0.001, 0.02, 0.5},
           VORN_MissingData(QSet<int>{0}), 0.05, I{0, 1}, I{1}, I{2}, I{1});
+    check("missing ids that name no object", P{0.02, 0.9}, VORN_MissingData(QSet<int>{7, 8, -1}),
+          0.05, I{0}, I{0}, I{1}, I{0});
     check("all missing", P{0.001, 0.002}, all, 0.05, I{}, I{}, I{}, I{});
     check("empty", P{}, none, 0.05, I{}, I{}, I{}, I{});
     check("a NaN never passes", P{kNaN, 0.001}, none, 0.05, I{1}, I{1}, I{0}, I{1});

@@ -269,6 +269,7 @@ void TestMatrix::rowsAndColumnsComeAndGo()
     QCOMPARE(trace, 17.0);
     QVERIFY(VORN_RemoveMatrixCol(a, 0));
     QVERIFY(a == matrix(2, 1, {4, 8}));
+    QVERIFY(!a.transposed());
     QVERIFY(!VORN_RemoveMatrixCol(a, 1));
     QVERIFY(!VORN_RemoveMatrixRow(a, -1));
 }
@@ -335,7 +336,7 @@ void TestMatrix::factorsMultiplyToTheirMatrix()
     const vorn_matrix tall = randomMatrix(9, 6, 8);
     vorn_matrix u, v;
     vorn_diagonal_matrix s;
-    QVERIFY(VORN_SVD(tall, u, v, s, false));
+    QVERIFY(VORN_SVD(tall, u, v, s, true)); // without a bar nobody can cancel
     QVERIFY(largestDifference(u * s * v, tall) < 1e-13);
     QVERIFY(largestDifference(~u * u, asMatrix(vorn_diagonal_matrix(6, 1.0))) < 1e-13);
     const vorn_diagonal_matrix &values = s;
@@ -386,6 +387,15 @@ void TestMatrix::hopelessNumbersGiveFalse()
         QVERIFY(!VORN_SolveMatrixEquations(a, a, result, true));
         QVERIFY(!VORN_IsWellConditioned(a, false));
         QVERIFY(!VORN_Cholesky(a - vorn_diagonal_matrix(a.rows(), 1.0), result));
+    }
+    for (const double bad : {kNaN, kInfinity, -kInfinity}) {
+        for (const QPoint &place : {QPoint(0, 0), QPoint(2, 2), QPoint(1, 2), QPoint(2, 1)}) {
+            vorn_matrix a = asMatrix(vorn_diagonal_matrix(3, 4.0));
+            QVERIFY(VORN_Cholesky(a, result));
+            a(place.x(), place.y()) = bad;
+            QVERIFY(!VORN_Cholesky(a, result));
+            QCOMPARE(VORN_Upper_Cholesky(a, result), std::max(place.x(), place.y()) + 1);
+        }
     }
     QCOMPARE(VORN_Upper_Cholesky(matrix(2, 2, {1, 0, 0, -1}), result), 2);
 }

@@ -56,6 +56,16 @@ void TestRandomization::exhaustiveWalksAreLexical()
     check(3, 3, "012", "012 021 102 120 201 210");
     check(3, 1, "0 1 2", "0 1 2");
     check(3, 0, "", "");
+    // The loop that the header tells takes each rearrangement once.
+    const auto taken = [](randomizationIt &&it) {
+        QStringList steps;
+        for (int i = 0; i < it.nRandomizations(); ++i, it++)
+            steps.append(QString("%1%2").arg(it.indices()[0]).arg(it.indices()[1]));
+        return steps.join(' ');
+    };
+    QCOMPARE(taken(combinationIt(3, 2)), QString("01 02 12"));
+    QCOMPARE(taken(permutationIt(3, 2)), QString("01 02 10 12 20 21"));
+    QCOMPARE(taken(shuffleIt(2, 5)).count(' '), 4);
 }
 
 void TestRandomization::permutationsEqualTheStandardOnes()
@@ -165,8 +175,20 @@ void TestRandomization::picksOfRandomIds()
     QVector<int> all = VORN_ChooseRandomIds(4, {3, 1, 4, 1});
     std::sort(all.begin(), all.end());
     QCOMPARE(all, (QVector<int>{0, 1, 2, 3}));
-    // More picks than positions with weight: rounding must not run past the end.
-    QCOMPARE(VORN_ChooseRandomIds(3, {0.1, 0, 0}).size(), 3);
+    // More picks than positions with weight: what rounding leaves must not pick one twice.
+    const QVector<double> weights{0, 0.1, 0.2, 0.3, 0};
+    for (int seed = 0; seed < 200; ++seed) {
+        VORN_SetRandomSeed(seed);
+        weightedShuffleIt it(5, weights.toStdVector(), 1);
+        for (QVector<int> picks : {VORN_ChooseRandomIds(5, weights),
+                                   QVector<int>(it.indices(), it.indices() + 5)}) {
+            std::sort(picks.begin(), picks.end());
+            picks.erase(picks.begin(), std::lower_bound(picks.begin(), picks.end(), 0));
+            QSet<int> distinct(picks.begin(), picks.end());
+            QCOMPARE(distinct.size(), picks.size());
+            QVERIFY2(distinct.contains({1, 2, 3}), qPrintable(QString::number(seed)));
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(TestRandomization)

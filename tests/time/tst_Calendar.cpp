@@ -41,6 +41,8 @@ private Q_SLOTS:
     void constructs();
     void componentsOfADate();
     void steps();
+    void zonesDoNotCount_data();
+    void zonesDoNotCount();
     void texts();
     void stepTexts();
     void intervalTextAgreesWithTheStamp();
@@ -111,6 +113,45 @@ void TestCalendar::steps()
     ticks.steps = -3;
     check("ticks", TF_Integer, ticks, 1, -2);
     check("no format", static_cast<TimeFormat>(8), ticks, 1, 1);
+}
+
+// Days at which the clocks of a zone are set: one without an hour, one without midnight.
+void TestCalendar::zonesDoNotCount_data()
+{
+    QTest::addColumn<QByteArray>("zone");
+    QTest::addColumn<QDate>("date");
+    QTest::newRow("an hour less") << QByteArray("Europe/Berlin") << QDate(2020, 3, 29);
+    QTest::newRow("an hour more") << QByteArray("Europe/Berlin") << QDate(2020, 10, 25);
+    QTest::newRow("no midnight") << QByteArray("America/Sao_Paulo") << QDate(2017, 10, 15);
+}
+
+void TestCalendar::zonesDoNotCount()
+{
+    QFETCH(QByteArray, zone);
+    QFETCH(QDate, date);
+    const bool hadZone = qEnvironmentVariableIsSet("TZ");
+    const QByteArray before = qgetenv("TZ");
+    qputenv("TZ", zone);
+    tzset();
+    const auto restore = qScopeGuard([&] {
+        hadZone ? qputenv("TZ", before) : qunsetenv("TZ");
+        tzset();
+    });
+    const auto clockChanges = [&date] {
+        return QDateTime(date, QTime(12, 0)).offsetFromUtc()
+               != QDateTime(date.addDays(-1), QTime(12, 0)).offsetFromUtc();
+    };
+    if (!clockChanges())
+        QSKIP("the machine does not know the zone");
+    const qint64 t = day(date.year(), date.month(), date.day());
+    for (const int hours : {-24, 1, 2, 24, 36})
+        QCOMPARE(VORN_UpdateTime(TF_DateTime, clockStep(hours, 0, 0), t) - t, hours * qint64(3600));
+    QCOMPARE(VORN_UpdateTime(TF_DateTime, step(0, 0, 1, false), t) - t, kDay);
+    int a = 0, b = 0, c = 0, d = 7, e = 7, f = 7;
+    QVERIFY(VORN_GetTimeComponents(t, TF_DateTime, &a, &b, &c, &d, &e, &f));
+    QCOMPARE(QVector<int>({a, b, c, d, e, f}),
+             QVector<int>({date.year(), date.month(), date.day(), 0, 0, 0}));
+    QCOMPARE(VORN_ConstructTime(TF_DateTime, a, b, c, 23, 59, 59) - t, kDay - 1);
 }
 
 void TestCalendar::texts()
