@@ -112,7 +112,7 @@ private:
         for (int i = 1; i < mReader.bands().size(); ++i) {
             const RasterBand &band = mReader.bands()[i];
             if (band.type != first.type || band.bits != first.bits
-                || band.missing.values != first.missing.values
+                || band.missing.fields() != first.missing.fields()
                 || band.missing.type != first.missing.type || band.colors != first.colors)
                 fail(QStringLiteral("%1, band %2: is of another type or has another no-data value "
                                     "than band 1; times of one dataset are alike")
