@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Sourced by run.sh and test.sh: installs the Debian packages that are missing and sets up the environment of the build.
+# Sourced by run.sh, test.sh and check.sh: installs the Debian packages that are missing, with those that the caller
+# names in check_packages, and sets up the environment of the build.
 # shellcheck shell=bash
 
 packages=(g++ cmake ninja-build ccache pkg-config binutils
     qtbase5-dev libgeos-dev libshp-dev libdeflate-dev libblas-dev liblapack-dev libopenblas-dev
-    libgdal-dev libcli11-dev libboost-dev fonts-dejavu-core)
+    libgdal-dev libcli11-dev libboost-dev fonts-dejavu-core "${check_packages[@]}")
 
 install_missing() {
     local missing=() package

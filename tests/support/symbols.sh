@@ -16,6 +16,8 @@ if [ "${3:-}" = --update ]; then
     printf '%s\n' "$exported" >"$list"
     exit
 fi
-diff -u "$list" <(printf '%s\n' "$exported") \
-    && echo "$(wc -l <"$list") symbols, as listed" \
-    || { echo "the exported symbols differ from $list (- listed, + found)"; exit 1; }
+if ! diff -u "$list" <(printf '%s\n' "$exported"); then
+    echo "the exported symbols differ from $list (- listed, + found)"
+    exit 1
+fi
+echo "$(wc -l <"$list") symbols, as listed"
