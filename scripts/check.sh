@@ -19,8 +19,8 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 check_packages=(clang-format-14 clang-tidy-14 cppcheck shellcheck doxygen graphviz)
 . scripts/prepare.sh
 
-quick=(layout shell format headers cppcheck doxygen)
-all=("${quick[@]}" plain tidy sanitizers)
+quick=(layout shell format headers cppcheck)
+all=("${quick[@]}" plain doxygen tidy sanitizers)
 include_flags=(-Iinclude -Isrc -Ifennimark/include -Ifennimark/src -Ihost)
 
 sources() { git ls-files -- "$@" | while read -r file; do [ ! -f "$file" ] || printf '%s\n' "$file"; done; }
