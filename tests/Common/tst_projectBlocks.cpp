@@ -4,6 +4,7 @@
 #include "Common/DataManager.h"
 #include "Common/detail/streams.h"
 #include "datainterface/DataBlocks.h"
+#include "support/checks.h"
 #include "support/memoryFile.h"
 #include "support/support.h"
 
@@ -92,6 +93,7 @@ void TestProjectBlocks::everyLevelIsReadBack()
     const QList<QByteArray> blocks{QByteArray(), "a", QByteArray(100000, 'z'),
                                    text(7).repeated(50)};
     for (const int level : {0, 1, 6, 9, 12}) {
+        const InCase inLevel(level);
         mStore->Reset();
         mStore->SetPackLevel(level);
         mStore->SetPackLevel(13);
@@ -111,7 +113,8 @@ void TestProjectBlocks::everyLevelIsReadBack()
         QVERIFY(restore(bytes, true));
         for (int i = 0; i < blocks.size(); ++i) {
             QByteArray block;
-            QVERIFY(mStore->ReadDataBlock(i, block) && block == blocks[i]);
+            QVERIFY(mStore->ReadDataBlock(i, block));
+            QCOMPARE(block, blocks[i]);
         }
         QCOMPARE(saved(true), bytes); // a project loaded and saved again is the same file
     }
