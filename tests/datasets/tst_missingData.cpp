@@ -4,6 +4,7 @@
 #include "datainterface/MissingData.h"
 #include "datainterface/MissingFlag.h"
 #include "datainterface/dataContainer.h"
+#include "support/checks.h"
 #include "support/streamed.h"
 #include "support/support.h"
 
@@ -41,7 +42,7 @@ private Q_SLOTS:
 void TestMissingData::nothingIsMissingFromNothing()
 {
     VORN_MissingData missing;
-    QVERIFY(!missing.isValid() && missing.noneMissing() && !missing.isMissing(3));
+    QCOMPARE(answers({missing.isValid(), missing.noneMissing(), missing.isMissing(3)}), "nyn");
     QCOMPARE(raisedText([&] { missing.setMissing(0); }), QString("isValid()"));
     QCOMPARE(raisedText([&] { missing.unsetMissing(0, 1); }), QString("isValid()"));
     QCOMPARE(raisedText([&] { missing.missingIds(); }), QString("md->type == MissingData::Vector"));
@@ -61,19 +62,20 @@ void TestMissingData::setsAndUnsets()
         for (const int id : {3, 11, 3})
             missing.setMissing(id);
         QCOMPARE(missing.missingCount(), 2);
-        QVERIFY(missing.isMissing(3) && missing.isMissing(11) && !missing.isMissing(4));
+        QCOMPARE(answers({missing.isMissing(3), missing.isMissing(11), missing.isMissing(4)}),
+                 "yyn");
         missing.unsetMissing(3, 12);
         missing.unsetMissing(3, 12);
         QCOMPARE(missing.missingCount(), 1);
-        QVERIFY(!missing.isMissing(3) && missing.isMissing(11));
+        QCOMPARE(answers({missing.isMissing(3), missing.isMissing(11)}), "ny");
         if (form == MissingData::Raster) {
             missing.setMissing(16);
             missing.setMissing(-1);
-            QVERIFY(!missing.isMissing(16) && !missing.isMissing(-1));
+            QCOMPARE(answers({missing.isMissing(16), missing.isMissing(-1)}), "nn");
             QCOMPARE(pixels(missing, 2), QByteArray("0008"));
         }
         missing.clearMissing();
-        QVERIFY(missing.noneMissing() && !missing.isMissing(11));
+        QCOMPARE(answers({missing.noneMissing(), missing.isMissing(11)}), "yn");
     }
 }
 
@@ -81,7 +83,7 @@ void TestMissingData::allMissingIsAShortcut()
 {
     VORN_MissingData vector(MissingData::Vector, 5);
     vector.setAllMissing(5);
-    QVERIFY(vector.isAllMissing() && vector.isMissing(4));
+    QCOMPARE(answers({vector.isAllMissing(), vector.isMissing(4)}), "yy");
     QVERIFY(vector.missingIds().isEmpty());
     vector.setMissing(2);
     QCOMPARE(vector.missingCount(), 5);
@@ -98,7 +100,8 @@ void TestMissingData::allMissingIsAShortcut()
 
     cells.setAllMissing(12);
     cells.clearMissing();
-    QVERIFY(cells.isAllMissing() && cells.missingCount() == 0);
+    QVERIFY(cells.isAllMissing());
+    QCOMPARE(cells.missingCount(), 0);
 }
 
 void TestMissingData::copiesDetach()
@@ -106,7 +109,7 @@ void TestMissingData::copiesDetach()
     VORN_MissingData first(QSet<int>{1});
     VORN_MissingData second = first;
     second.setMissing(2);
-    QVERIFY(!first.isMissing(2) && second.isMissing(2));
+    QCOMPARE(answers({first.isMissing(2), second.isMissing(2)}), "ny");
     VORN_MissingData third = raster(8, {1});
     const VORN_MissingData fourth = third;
     third.clearMissing();
@@ -136,7 +139,9 @@ void TestMissingData::unionsWithNothingAndWithAll()
     sum += VORN_MissingData();
     QCOMPARE(sum.missingCount(), 1);
     sum += all;
-    QVERIFY(sum.isAllMissing() && sum.missingCount() == 4 && sum.missingIds().isEmpty());
+    QVERIFY(sum.isAllMissing());
+    QCOMPARE(sum.missingCount(), 4);
+    QVERIFY(sum.missingIds().isEmpty());
     sum += raster(8, {1}); // nothing can be added to all, whatever its form
     QVERIFY(sum.isAllMissing());
     VORN_MissingData fresh;
@@ -157,7 +162,7 @@ void TestMissingData::checkersAddUpContainers()
                                     QSet<int>{2});
     VORN_MissingValueChecker checker(first);
     QVERIFY(checker.addDataset(second));
-    QVERIFY(checker.checkId(0) && !checker.checkId(1) && checker.checkId(2));
+    QCOMPARE(answers({checker.checkId(0), checker.checkId(1), checker.checkId(2)}), "yny");
     QVERIFY(!checker.addDataset(VORN_DataContainer()));
     QVERIFY(!checker.addDataset(VORN_ConstDataContainer()));
     VORN_MissingValueChecker cells;
@@ -170,7 +175,9 @@ void TestMissingData::checkersAddUpContainers()
 void TestMissingData::flagsMatchTheirOwnWidth()
 {
     const MissingFlag flag(qint16(-1));
-    QVERIFY(flag.matches(qint16(-1)) && !flag.matches(qint16(0)) && !flag.matches(quint16(0xFFFF)));
+    QCOMPARE(
+        answers({flag.matches(qint16(-1)), flag.matches(qint16(0)), flag.matches(quint16(0xFFFF))}),
+        "ynn");
     QVERIFY(!MissingFlag().matches(0.0));
     QVERIFY(!MissingFlag(qQNaN()).matches(qQNaN()));
     QVERIFY(MissingFlag(half::fromBits(0x7E00)).matches(half::fromBits(0x7E00)));

@@ -2,6 +2,7 @@
 // How containers are held, moved and renumbered.
 #include <QtTest>
 #include "datasetFixture.h"
+#include "support/checks.h"
 #include "support/support.h"
 
 namespace {
@@ -55,10 +56,12 @@ void TestVectorDataset::checkOutsArePaired()
     addSlice<double>(dataset, "[0, 9]", {1, 2});
     const TimeSliceData<double> *slice = nullptr;
     QVERIFY(dataset.GetTimeSliceData(0, 5, slice));
-    QVERIFY(dataset.CheckOutTimeSlice(0, 5, 0) && dataset.CheckOutTimeSlice(0, 9, 0));
+    QCOMPARE(answers({dataset.CheckOutTimeSlice(0, 5, 0), dataset.CheckOutTimeSlice(0, 9, 0)}),
+             "yy");
     QCOMPARE(slice->CheckOutCount(), 2);
-    QVERIFY(dataset.CheckInTimeSlice(0, 0, 0) && dataset.CheckInTimeSlice(0, 0, 0)
-            && dataset.CheckInTimeSlice(0, 0, 0));
+    QCOMPARE(answers({dataset.CheckInTimeSlice(0, 0, 0), dataset.CheckInTimeSlice(0, 0, 0),
+                      dataset.CheckInTimeSlice(0, 0, 0)}),
+             "yyy");
     QCOMPARE(slice->CheckOutCount(), 0);
     QVERIFY(!dataset.CheckOutTimeSlice(0, 10, 0));
     QCOMPARE(raisedText([&] { dataset.CheckInTimeSlice(1, 0, 0); }),
@@ -134,7 +137,7 @@ void TestVectorDataset::resizingMarksAndCutsOff()
     LoneDataset slices(IntegerType, MVectorDataset::TimeSlice, 3);
     addSlice<int>(slices, "[0, 1]", {1, 2, 3});
     QVERIFY(slices.Resize(5));
-    QVERIFY(slices.IsMissing(0, 4, 0) && !slices.IsMissing(0, 2, 0));
+    QCOMPARE(answers({slices.IsMissing(0, 4, 0), slices.IsMissing(0, 2, 0)}), "yn");
     QVERIFY(slices.Resize(2));
     QCOMPARE(slices.GetDataCount(0, 0), 2);
 
@@ -148,7 +151,7 @@ void TestVectorDataset::resizingMarksAndCutsOff()
     QCOMPARE(series.GetDataCount(0, 0), 0);
     QVERIFY(series.GetCommonTimeStamps(0).isEmpty());
     QVERIFY(!series.GetCommonTimeStamp(0, 0, common));
-    QVERIFY(series.GetDataSetStats(0, 0, stats) && stats.minimum.isEmpty());
+    QCOMPARE(answers({series.GetDataSetStats(0, 0, stats), stats.minimum.isEmpty()}), "yy");
     series.CleanPre201044Data();
     QVERIFY(!series.GetTimeSeriesIntegerData(0)->contains(2));
 }

@@ -4,6 +4,7 @@
 #include <QtTest>
 #include <random>
 #include "datasetFixture.h"
+#include "support/checks.h"
 #include "support/support.h"
 
 namespace {
@@ -290,7 +291,8 @@ template <class T> void TestVectorValues::walkOfSlices(unsigned seed)
 
 void TestVectorValues::walksFollowTheModel()
 {
-    for (unsigned seed = 1; seed <= 40; ++seed) {
+    const unsigned first = walkSeed(1);
+    for (unsigned seed = first; seed - first < 40; ++seed) {
         walkOfSlices<int>(seed);
         walkOfSlices<double>(seed);
         walkOfSlices<QString>(seed);
