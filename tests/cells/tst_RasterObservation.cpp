@@ -6,6 +6,7 @@
 #include "datainterface/HeldGrid.h"
 #include "datainterface/MRasterObservation.h"
 #include "datasets/datasetFixture.h"
+#include "support/checks.h"
 #include "support/streamed.h"
 #include "support/support.h"
 
@@ -123,8 +124,9 @@ void TestRasterObservation::everyFormIsRead()
     const MRasterObservation bytes(bandOf<qint8>(2, 1, RasterIntegerType, {-2, 7}));
     qint64 integer = 0;
     quint64 whole = 0;
-    QVERIFY(bytes.GetIntegerValue(0, integer, kNoFlag)
-            && bytes.GetUnsignedIntegerValue(0, whole, kNoFlag));
+    QCOMPARE(answers({bytes.GetIntegerValue(0, integer, kNoFlag),
+                      bytes.GetUnsignedIntegerValue(0, whole, kNoFlag)}),
+             "yy");
     QCOMPARE(integer, qint64(-2));
     QCOMPARE(whole, quint64(254));
     QCOMPARE(bytes.TallyValue(-2.0), 1);
@@ -272,7 +274,8 @@ void TestRasterObservation::headersReadOldTypeCodes()
     QCOMPARE(int(read(201000)->Type()), 4096);
     const auto grid = read(201001);
     QCOMPARE(int(grid->Type()), 3);
-    QVERIFY(grid->Rows() == 2 && grid->Columns() == 3);
+    QCOMPARE(grid->Rows(), 2);
+    QCOMPARE(grid->Columns(), 3);
     QCOMPARE(grid->GetColorMap(), QVector<unsigned int>({5, 6}));
 }
 
