@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <cmath>
+#include "cells/cellForms.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/DatasetProps.h"
@@ -8,7 +9,7 @@
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/RasterAPI.h"
 #include "datainterface/dataContainer.h"
-#include "cells/cellForms.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/streamed.h"
 #include "support/support.h"
@@ -183,8 +184,10 @@ void TestRasterDataset::everyFormGoesAllTheWay()
         double value = 0.0;
         QVERIFY2(VORN_GetMean(id, 0, 5, value), what.constData());
         QCOMPARE(value, 12.0 / 5.0);
-        QVERIFY(VORN_GetMin(id, 0, 5, value) && value == 1.0);
-        QVERIFY(VORN_GetMax(id, 0, value) && value == 5.0);
+        QVERIFY(VORN_GetMin(id, 0, 5, value));
+        QCOMPARE(value, 1.0);
+        QVERIFY(VORN_GetMax(id, 0, value));
+        QCOMPARE(value, 5.0);
         QVERIFY(VORN_GetStddev(id, 0, 5, value));
         QVERIFY2(std::fabs(value - std::sqrt(40.0 / 5 - 2.4 * 2.4)) < 1e-12, what.constData());
         QCOMPARE(dataset.GetDataFrequencies().values(), QList<int>({2, 1, 1, 1}));
@@ -193,8 +196,9 @@ void TestRasterDataset::everyFormGoesAllTheWay()
         QCOMPARE(dataset.GetDataCount(0, 5), 5);
         QCOMPARE(dataset.GetDataCount(0, 8), 0);
         QCOMPARE(dataset.GetIntervalBreaks(0, 2, MDataset::Quantiles, false).last(), 5.0);
-        QVERIFY(dataset.IsValid() && dataset.IsPixelMissing(0, 1, 1, 5)
-                && !dataset.IsPixelMissing(0, 0, 0, 5));
+        QCOMPARE(answers({dataset.IsValid(), dataset.IsPixelMissing(0, 1, 1, 5),
+                          dataset.IsPixelMissing(0, 0, 0, 5)}),
+                 "yyn");
         const VORN_ConstDataContainer view(id, 5, 0, false);
         QCOMPARE(view.count(), 6);
         QCOMPARE(view.value(3), 3.0);
@@ -205,8 +209,9 @@ void TestRasterDataset::everyFormGoesAllTheWay()
         QVERIFY(VORN_GetRasterValue(id, 0, 2, 1, 5, found));
         QCOMPARE(found.type == 0 ? found.decimalValue : static_cast<double>(found.integerValue),
                  5.0);
-        QVERIFY(!VORN_GetRasterValue(id, 0, 1, 1, 5, found)
-                && !VORN_GetRasterValue(id, 0, 3, 1, 5, found));
+        QCOMPARE(answers({VORN_GetRasterValue(id, 0, 1, 1, 5, found),
+                          VORN_GetRasterValue(id, 0, 3, 1, 5, found)}),
+                 "nn");
         QSet<int> missing;
         QVERIFY(VORN_GetMissingPixels(id, 0, 5, missing));
         QCOMPARE(missing, QSet<int>({4}));
@@ -339,7 +344,8 @@ void TestRasterDataset::containersBorrowAndReturn()
     }
     QVERIFY(!VORN_GetRasterData(id, 0, 3, cells, flag));
     const VORN_ConstDataContainer nothing(id, 77, 0, false);
-    QVERIFY(nothing.isMissing(0) && nothing.validCount() == 0);
+    QVERIFY(nothing.isMissing(0));
+    QCOMPARE(nothing.validCount(), 0);
     QCOMPARE(VORN_DataContainer(nothing).count(), 6);
     QCOMPARE(raisedText([&] { VORN_ConstDataContainer(id, 3, 0, true); }),
              QStringLiteral("!(interp and rds)"));
@@ -355,7 +361,9 @@ void TestRasterDataset::containersFillTheirMissingCells()
     VORN_DataContainer values(VORN_DataContainer::Int16Data, QVector<short>({4, 5, 6}), missing);
     QVERIFY(VORN_AddDataValues(id, 0, interval("[0, 5]"), values, true, true));
     QCOMPARE(int(rasterOf(model, id).GetMissingFlag().type), int(MissingFlag::Int16));
-    QVERIFY(VORN_IsRasterDataMissing(id, 1, 0, 2) && !VORN_IsRasterDataMissing(id, 0, 0, 2));
+    QCOMPARE(
+        answers({VORN_IsRasterDataMissing(id, 1, 0, 2), VORN_IsRasterDataMissing(id, 0, 0, 2)}),
+        "yn");
     QVERIFY(VORN_IsRasterDataMissing(id, 0, 0, 9));
     QCOMPARE(VORN_GetDataCount(id, 2), 2u);
     VORN_DataContainer wide(VORN_DataContainer::Int32Data, 3);
@@ -488,7 +496,7 @@ void TestRasterDataset::projectsComeBackByteForByte()
     QVERIFY(VORN_SaveProject(model.path("b.prj")));
     QFile a(model.path("a.prj"));
     QFile b(model.path("b.prj"));
-    QVERIFY(a.open(QIODevice::ReadOnly) && b.open(QIODevice::ReadOnly));
+    QCOMPARE(answers({a.open(QIODevice::ReadOnly), b.open(QIODevice::ReadOnly)}), "yy");
     QVERIFY(a.readAll() == b.readAll());
     QVector<double> values;
     MissingFlag flag;
@@ -498,7 +506,8 @@ void TestRasterDataset::projectsComeBackByteForByte()
     QCOMPARE(raster.GetProjectionName(), QStringLiteral("none"));
     QCOMPARE(raster.GetTimeBounds(), stamp("[0, 100]"));
     const GeoProps props = raster.GetProperties();
-    QVERIFY(props.rows == 2 && props.columns == 3);
+    QCOMPARE(props.rows, 2);
+    QCOMPARE(props.columns, 3);
     QCOMPARE(props.bounds, QRectF(0, 0, 3, 2));
     QCOMPARE(VORN_GetDatasetProperties(id).bitDepth, 32);
     // A dataset that is made now gets an id of its own.
@@ -566,7 +575,8 @@ void TestRasterDataset::datasetsMigrate()
     const int copy = VORN_MigrateDataset(id, to, false);
     QCOMPARE(copy >> 16, to);
     qint64 value = 0;
-    QVERIFY(VORN_GetRasterValue(copy, 0, 2, 1, 3, value) && value == 6);
+    QVERIFY(VORN_GetRasterValue(copy, 0, 2, 1, 3, value));
+    QCOMPARE(value, 6);
     QVERIFY(VORN_IsRasterDataMissing(copy, 1, 0, 3));
     QCOMPARE(VORN_MigrateDataset(id, addGrid(3, 2), false), -1);
     const int empty = VORN_NewRasterDataset(from, "no grids", RasterUnsignedType, 1, 64, "");
@@ -574,11 +584,12 @@ void TestRasterDataset::datasetsMigrate()
     QVERIFY(VORN_AddRasterValues(empty, 0, interval("[0, 5]"), QVector<quint64>(6, 5000000000), 2,
                                  true, true));
     datum low; // half of the integer; the whole one comes from the other forms
-    QVERIFY(VORN_GetRasterValue(empty, 0, 0, 0, 3, low)
-            && low.integerValue == 5000000000 - (qint64(1) << 32));
+    QVERIFY(VORN_GetRasterValue(empty, 0, 0, 0, 3, low));
+    QCOMPARE(low.integerValue, 5000000000 - (qint64(1) << 32));
     QCOMPARE(VORN_MigrateDataset(id, addPoints(6), false), -1);
     QVector<Interval> intervals;
-    QVERIFY(VORN_GetTimeSliceDataIntervals(copy, 0, intervals) && intervals.size() == 1);
+    QVERIFY(VORN_GetTimeSliceDataIntervals(copy, 0, intervals));
+    QCOMPARE(intervals.size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestRasterDataset)
