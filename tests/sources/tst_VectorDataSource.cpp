@@ -192,7 +192,8 @@ void TestVectorDataSource::resizeAndRemoveReachEveryDataset()
         QVector<int> values;
         QSet<int> missing;
         QVERIFY(fixture.source.GetDataValues(id, 0, 5, values, missing));
-        QVERIFY(values.mid(0, 2) == (QVector<int>{0, 2}) && missing == QSet<int>{2});
+        QCOMPARE(values.mid(0, 2), (QVector<int>{0, 2}));
+        QCOMPARE(missing, QSet<int>{2});
     }
 }
 
@@ -272,7 +273,9 @@ void TestVectorDataSource::importFollowsTheObjectMap()
         QVector<QString> values;
         QSet<int> missing;
         QVERIFY(target.GetDataValues(id, 0, 5, values, missing));
-        QVERIFY(missing == QSet<int>{1} && values[0] == "3" && values[2] == "1"); // 9 is not there
+        QCOMPARE(missing, QSet<int>{1});
+        QCOMPARE(values[0], "3");
+        QCOMPARE(values[2], "1"); // 9 is not there
     }
 }
 
