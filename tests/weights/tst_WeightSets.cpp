@@ -15,7 +15,9 @@
 #include "datainterface/RasterAPI.h"
 #include "datainterface/VersionAPI.h"
 #include "datainterface/WeightsAPI.h"
+#include "support/checks.h"
 #include "support/model.h"
+#include "support/streamed.h"
 #include "support/support.h"
 
 using datainterface::BytesReader;
@@ -146,11 +148,6 @@ QByteArray geographyBytes(const QList<QPair<int, QByteArray>> &sets)
     return bytes;
 }
 
-struct Loading {
-    explicit Loading(int version) { dataInterfaceVersionLoading = version; }
-    ~Loading() { dataInterfaceVersionLoading = serializationVersionNumber; }
-};
-
 } // namespace
 
 class TestWeightSets : public QObject {
@@ -191,14 +188,18 @@ void TestWeightSets::creatorsRefuse()
         for (int kind = 0; kind < 3; ++kind) {
             QList<int> found;
             for (int weights : {-1, 0, 1, 2, 3, 4, 5, 6, 99, 100}) {
+                const InCase inWeights(weights);
                 const int id = create(creator, geographies[kind], weights, RookNeighbors);
                 if (id < 0)
                     continue;
                 found.append(weights);
                 QCOMPARE(id >> 16, geographies[kind]);
                 const SpatialWeightSetProps props = VORN_GetSpatialWeightSetProperties(id);
-                QVERIFY(props.id == id && props.name == "a" && !props.isClusterSet);
-                QVERIFY(props.includeEgo && VORN_IsCustomWeightSet(id) == (weights == 99));
+                QCOMPARE(props.id, id);
+                QCOMPARE(props.name, "a");
+                QVERIFY(!props.isClusterSet);
+                QVERIFY(props.includeEgo);
+                QCOMPARE(VORN_IsCustomWeightSet(id), (weights == 99));
             }
             QCOMPARE(found, accepted[creator][kind]);
         }
@@ -264,14 +265,18 @@ void TestWeightSets::noticesOfASetsLife()
     VORN_CreateClusterSet(id, "unheard", "");
     QCOMPARE(listener.calls.size(), 8);
     for (int unknown : {set, -1, 5 << 16}) {
-        QVERIFY(!VORN_RemoveClusterSet(unknown) && !VORN_IsCustomWeightSet(unknown));
-        QVERIFY(!geography.RenameSpatialWeightSet(unknown, "x")
-                && !geography.DuplicateSpatialWeightSet(unknown));
-        QVERIFY(!geography.GetSpatialWeightSet(unknown)
-                && geography.GetSpatialWeightsForObject(unknown, 1, 1).isEmpty());
+        const InCase inUnknown(unknown);
+        QCOMPARE(answers({VORN_RemoveClusterSet(unknown), VORN_IsCustomWeightSet(unknown)}), "nn");
+        QCOMPARE(answers({geography.RenameSpatialWeightSet(unknown, "x"),
+                          geography.DuplicateSpatialWeightSet(unknown)}),
+                 "nn");
+        QCOMPARE(answers({geography.GetSpatialWeightSet(unknown),
+                          geography.GetSpatialWeightsForObject(unknown, 1, 1).isEmpty()}),
+                 "ny");
         QCOMPARE(VORN_GetSpatialWeightSetProperties(unknown).id, -1);
-        QVERIFY(!VORN_GetSpatialWeightsHandle(unknown, 1, false).set
-                && !VORN_PrecalculateSpatialWeights(unknown, 1, false));
+        QCOMPARE(answers({VORN_GetSpatialWeightsHandle(unknown, 1, false).set,
+                          VORN_PrecalculateSpatialWeights(unknown, 1, false)}),
+                 "nn");
         QVERIFY(!VORN_AddToClusterSet(unknown, 0, {0, 5, true, false}, {}));
     }
 }
@@ -281,7 +286,9 @@ void TestWeightSets::listsByHand()
     TestModel model;
     const int id = addPoints(3);
     const int set = VORN_CreateClusterSet(id, "clusters", "");
-    QVERIFY(VORN_IsCustomWeightSet(set) && VORN_GetSpatialWeightSetProperties(set).isClusterSet);
+    QCOMPARE(answers({VORN_IsCustomWeightSet(set),
+                      VORN_GetSpatialWeightSetProperties(set).isClusterSet}),
+             "yy");
     QCOMPARE(listAt(set, 1, 3), QString("none")); // and nothing is calculated
     QVERIFY(VORN_AddToClusterSet(set, 1, {0, 5, true, false}, {entry(0, 0.25F), entry(2, 4.0F)}));
     QVERIFY(VORN_AddToClusterSet(set, 1, {5, 8, true, true}, {entry(2, 0.5F)}));
@@ -308,7 +315,9 @@ void TestWeightSets::listsByHand()
     QCOMPARE(text(held.GetAdjacencyTimes()), text(stamps("[4, 6]")));
     QCOMPARE(listAt(set, 0, 6) + listAt(set, 1, 6), QString("1*1"));
     QCOMPARE(listAt(set + 1, 1, 1), QString("2*3"));
-    QVERIFY(!held.HasPrecalculatedSpatialWeights(3) && held.HasPrecalculatedSpatialWeights(4));
+    QCOMPARE(
+        answers({held.HasPrecalculatedSpatialWeights(3), held.HasPrecalculatedSpatialWeights(4)}),
+        "ny");
 }
 
 void TestWeightSets::handlesThatNoLongerHold()
@@ -449,14 +458,15 @@ void TestWeightSets::retiredWeights()
                                                      {119999, 4, BorderLengthWeight},
                                                      {129999, 5, BorderShareWeight},
                                                      {201041, 1, RowStandardizedWeight}}) {
-        const Loading loading(version);
+        const LoadingVersion loading(version);
         OldSet old{version};
         old.weights = written;
         AdjacencySet set;
         const QByteArray bytes = old.bytes(0);
         BytesReader in(bytes);
         QVERIFY(set.RestoreFromStream(in));
-        QVERIFY(set.WeightType() == expected && in.atEnd() && set.IsEmpty());
+        QCOMPARE(set.WeightType(), expected);
+        QCOMPARE(answers({in.atEnd(), set.IsEmpty()}), "yy");
         for (int length = 0; length < bytes.size(); ++length) {
             AdjacencySet cut;
             BytesReader shorter(bytes.left(length));
@@ -470,7 +480,8 @@ void TestWeightSets::oldCustomSetsArePurged()
     TestModel model;
     constexpr int kFirst = 3 * 65536;
     for (int version : {400001, 400002}) {
-        const Loading loading(version);
+        const InCase inVersion(version);
+        const LoadingVersion loading(version);
         OldSet plain{version};
         OldSet custom{version, 99, 99};
         OldSet cluster{version, 1, 1, true};
@@ -509,7 +520,7 @@ void TestWeightSets::damagedSetsAreRefused()
         change(set);
         return set.bytes(kSet);
     };
-    const Loading loading(serializationVersionNumber);
+    const LoadingVersion loading(serializationVersionNumber);
     const QByteArray good = OldSet().bytes(kSet);
     QVERIFY(loads({{kSet, good}}));
     QVERIFY(!loads({{kSet + 1, good}}));           // under another's id
