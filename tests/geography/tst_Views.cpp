@@ -5,12 +5,14 @@
 #include <cmath>
 #include <memory>
 #include <random>
+#include <utility>
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDatum.h"
 #include "datainterface/MLinker.h"
 #include "datainterface/MRasterAttributes.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/RasterAPI.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -64,6 +66,152 @@ IdSet difference(const IdSet &a, const IdSet &b)
     return (a - b) + (b - a);
 }
 
+QString text(const IdSet &ids)
+{
+    QStringList parts;
+    for (const unsigned int id : sorted(ids))
+        parts.append(QString::number(id));
+    return parts.join(QLatin1Char(' '));
+}
+
+// Flags beside naive sets of ids. Every operation on random ids, beyond the last one too, must
+// leave the same flags and counts and tell one change that holds exactly what became different.
+class FlagWalk {
+public:
+    FlagWalk(bool isRaster, int columns, int rows, unsigned seed)
+        : mEngine(seed),
+          mColumns(columns),
+          mCount(static_cast<unsigned int>(columns * rows)),
+          mAttributes(makeAttributes(isRaster, columns, rows)),
+          mView(mAttributes.get())
+    {
+        for (unsigned int id = 0; id < mCount; ++id)
+            mAll.insert(id);
+        while (mAttributes->AddAttribute() < 2) {
+        }
+        mView.SetAttributes(mAttributes.get()); // the same ones again: still one change each
+    }
+
+    /// What differs after one operation; empty when nothing does.
+    QString step(bool isObserved)
+    {
+        const int attribute = static_cast<int>(random() % 3);
+        const IdSet before = mModel[attribute];
+        mView.SetAttributes(isObserved ? mAttributes.get() : nullptr);
+        const bool isAnswered = operate(attribute, random() % 2 == 0);
+        mView.SetAttributes(mAttributes.get());
+        const QString wrong =
+            isAnswered ? wrongFlags(attribute) : QStringLiteral("not the flag that was there");
+        return wrong.isEmpty() ? wrongChange(attribute, before, isObserved) : wrong;
+    }
+
+private:
+    unsigned int random() { return static_cast<unsigned int>(mEngine()); }
+
+    IdSet someIds()
+    {
+        IdSet ids;
+        for (unsigned int i = random() % mCount; i > 0; --i)
+            ids.insert(random() % (mCount + 3));
+        return ids;
+    }
+
+    /// False when the operation answers with something else than the flag that it replaced.
+    bool operate(int attribute, bool state)
+    {
+        auto *grid = qobject_cast<MRasterAttributes *>(mAttributes.get());
+        IdSet &expected = mModel[attribute];
+        const auto put = [&](const IdSet &ids) {
+            expected = state ? expected + ids : expected - ids;
+        };
+        const auto flip = [&](const IdSet &ids) { expected = difference(expected, ids); };
+        const IdSet ids = someIds();
+        const QRect rect(static_cast<int>(random() % 9) - 2, static_cast<int>(random() % 9) - 2, 4,
+                         3);
+        IdSet inRect;
+        for (const unsigned int id : qAsConst(mAll))
+            if (rect.contains(static_cast<int>(id) % mColumns, static_cast<int>(id) / mColumns))
+                inRect.insert(id);
+        switch (random() % (grid ? 10 : 7)) {
+        case 0:
+            if (mAttributes->SetAttribute(attribute, mCount / 2, state)
+                != expected.contains(mCount / 2))
+                return false;
+            put({mCount / 2});
+            break;
+        case 1:
+            mAttributes->SetAttributeIds(attribute, sorted(ids), state), put(ids & mAll);
+            break;
+        case 2:
+            mAttributes->SetAttributeIds(attribute, ids, state), put(ids & mAll);
+            break;
+        case 3:
+            mAttributes->SetAllAttribute(attribute, state), put(mAll);
+            break;
+        case 4:
+            mAttributes->ToggleAttribute(attribute, mCount - 1), flip({mCount - 1});
+            break;
+        case 5:
+            mAttributes->ToggleAttributeIds(attribute, ids), flip(ids & mAll);
+            break;
+        case 6:
+            mAttributes->ToggleAllAttributeIds(attribute), flip(mAll);
+            break;
+        case 7:
+            grid->SetAttributeRect(attribute, rect, state), put(inRect);
+            break;
+        case 8:
+            grid->ToggleAttributeRect(attribute, rect), flip(inRect);
+            break;
+        default: // ids that stand there twice are left alone
+            const QVector<unsigned int> once = sorted(ids).mid(0, ids.size() / 2);
+            grid->ToggleAttributeIds(attribute,
+                                     (sorted(ids) + sorted(ids).mid(ids.size() / 2)).toList());
+            flip(IdSet(once.cbegin(), once.cend()) & mAll);
+        }
+        return true;
+    }
+
+    QString wrongFlags(int attribute)
+    {
+        const IdSet &set = mModel[attribute];
+        const IdSet clear = mAll - set;
+        if (mAttributes->GetIdsByState(attribute, true) != sorted(set)
+            || mAttributes->GetIdsByState(attribute, false) != sorted(clear))
+            return QStringLiteral("not the flags ") + text(set);
+        const int found = mAttributes->GetStateCount(attribute, true);
+        if (found != set.size() || mAttributes->GetStateCount(attribute, false) != clear.size())
+            return QStringLiteral("%1 flags, not %2").arg(found).arg(set.size());
+        const unsigned int any = random() % mCount;
+        for (int i = 0; i < mModel.size(); ++i)
+            if (mAttributes->GetObjectAttributes(any).value(i) != mModel[i].contains(any))
+                return QStringLiteral("flag %1 of object %2").arg(i).arg(any);
+        return QString();
+    }
+
+    QString wrongChange(int attribute, const IdSet &before, bool isObserved)
+    {
+        const IdSet changed = difference(before, mModel[attribute]);
+        const QList<changedAttributes> told = std::exchange(mView.changes, {});
+        if (told.size() != (changed.isEmpty() || !isObserved ? 0 : 1))
+            return QStringLiteral("%1 changes told").arg(told.size());
+        if (told.isEmpty())
+            return QString();
+        if (told[0].attribute != attribute || told[0].ids != changed)
+            return QStringLiteral("told %1, not %2").arg(text(told[0].ids), text(changed));
+        const bool state = changed.intersects(mModel[attribute]);
+        return told[0].state == state ? QString() : QStringLiteral("state %1 told").arg(!state);
+    }
+
+    std::mt19937 mEngine;
+    const int mColumns;
+    const unsigned int mCount;
+    std::unique_ptr<MAttributes> mAttributes;
+    View mView;
+    IdSet mAll;
+    QVector<IdSet> mModel = QVector<IdSet>(3);
+};
+
 } // namespace
 
 class TestViews : public QObject {
@@ -93,108 +241,15 @@ void TestViews::flagsFollowNaiveSets_data()
     QTest::newRow("cells, whole bytes") << true << 16 << 3;
 }
 
-// Every operation on random ids, beyond the last one too: the flags, the counts, and one change set
-// that holds exactly what became different.
 void TestViews::flagsFollowNaiveSets()
 {
     QFETCH(bool, isRaster);
     QFETCH(int, columns);
     QFETCH(int, rows);
-    const unsigned seed = std::random_device()();
-    std::mt19937 engine(seed);
-    const auto random = [&engine] { return static_cast<unsigned int>(engine()); };
-    const auto attributes = makeAttributes(isRaster, columns, rows);
-    auto *grid = qobject_cast<MRasterAttributes *>(attributes.get());
-    const auto count = static_cast<unsigned int>(columns * rows);
-    QVector<IdSet> model(3);
-    for (int i = 0; i < model.size(); ++i)
-        QCOMPARE(attributes->AddAttribute(), i);
-    View view(attributes.get());
-    view.SetAttributes(attributes.get()); // the same ones again: still one change an operation
+    FlagWalk walk(isRaster, columns, rows, walkSeed());
     for (int step = 0; step < 400; ++step) {
-        const QString where = QStringLiteral("seed %1, step %2").arg(seed).arg(step);
-        const int attribute = static_cast<int>(random() % 3);
-        const bool state = random() % 2 == 0;
-        const bool isObserved = step % 4 != 0;
-        IdSet ids;
-        for (unsigned int i = random() % count; i > 0; --i)
-            ids.insert(random() % (count + 3));
-        IdSet all;
-        for (unsigned int id = 0; id < count; ++id)
-            all.insert(id);
-        const IdSet present = ids & all;
-        const QRect rect(static_cast<int>(random() % 9) - 2, static_cast<int>(random() % 9) - 2, 4,
-                         3);
-        IdSet inRect;
-        for (unsigned int id : qAsConst(all))
-            if (rect.contains(static_cast<int>(id) % columns, static_cast<int>(id) / columns))
-                inRect.insert(id);
-        if (!isObserved)
-            view.SetAttributes(nullptr);
-        IdSet &expected = model[attribute];
-        const IdSet before = expected;
-        const auto put = [&](const IdSet &which) {
-            expected = state ? expected + which : expected - which;
-        };
-        const auto flip = [&](const IdSet &which) { expected = difference(expected, which); };
-        switch (random() % (isRaster ? 10 : 7)) {
-        case 0:
-            QCOMPARE(attributes->SetAttribute(attribute, count / 2, state),
-                     before.contains(count / 2));
-            put({count / 2});
-            break;
-        case 1:
-            attributes->SetAttributeIds(attribute, sorted(ids), state), put(present);
-            break;
-        case 2:
-            attributes->SetAttributeIds(attribute, ids, state), put(present);
-            break;
-        case 3:
-            attributes->SetAllAttribute(attribute, state), put(all);
-            break;
-        case 4:
-            attributes->ToggleAttribute(attribute, count - 1), flip({count - 1});
-            break;
-        case 5:
-            attributes->ToggleAttributeIds(attribute, ids), flip(present);
-            break;
-        case 6:
-            attributes->ToggleAllAttributeIds(attribute), flip(all);
-            break;
-        case 7:
-            grid->SetAttributeRect(attribute, rect, state), put(inRect);
-            break;
-        case 8:
-            grid->ToggleAttributeRect(attribute, rect), flip(inRect);
-            break;
-        default: {
-            QList<unsigned int> twice = sorted(ids).toList();
-            twice += sorted(ids).mid(ids.size() / 2).toList();
-            grid->ToggleAttributeIds(attribute, twice);
-            const QVector<unsigned int> once = sorted(ids).mid(0, ids.size() / 2);
-            flip(IdSet(once.cbegin(), once.cend()) & all);
-        }
-        }
-        if (!isObserved)
-            view.SetAttributes(attributes.get());
-        const IdSet changed = difference(before, expected);
-        QVERIFY2(attributes->GetIdsByState(attribute, true) == sorted(expected), qPrintable(where));
-        QVERIFY2(attributes->GetIdsByState(attribute, false) == sorted(all - expected),
-                 qPrintable(where));
-        QVERIFY2(attributes->GetStateCount(attribute, true) == expected.size(), qPrintable(where));
-        QVERIFY2(attributes->GetStateCount(attribute, false) == (all - expected).size(),
-                 qPrintable(where));
-        QVERIFY2(view.changes.size() == (changed.isEmpty() || !isObserved ? 0 : 1),
-                 qPrintable(where));
-        if (!view.changes.isEmpty()) {
-            const changedAttributes change = view.changes.takeFirst();
-            QVERIFY2(change.attribute == attribute && change.ids == changed, qPrintable(where));
-            QVERIFY2(change.state == !(changed & expected).isEmpty(), qPrintable(where));
-        }
-        const unsigned int any = random() % count;
-        QCOMPARE(
-            attributes->GetObjectAttributes(any),
-            (QList<bool>{model[0].contains(any), model[1].contains(any), model[2].contains(any)}));
+        const QString wrong = walk.step(step % 4 != 0);
+        QVERIFY2(wrong.isEmpty(), qPrintable(QStringLiteral("step %1: %2").arg(step).arg(wrong)));
     }
 }
 
@@ -205,8 +260,9 @@ void TestViews::gridsPackBitsByRow()
     QCOMPARE(grid.GetByteCount(), 6);
     grid.SetAllAttribute(0, true);
     grid.SetAttribute(0, 9, 1, false);
-    QVERIFY(!grid.GetAttribute(0, 19u) && grid.GetAttribute(0, 9, 2)
-            && !grid.GetAttribute(0, 10, 0));
+    QCOMPARE(answers({grid.GetAttribute(0, 19u), grid.GetAttribute(0, 9, 2),
+                      grid.GetAttribute(0, 10, 0)}),
+             "nyn");
     QCOMPARE(QByteArray(reinterpret_cast<const char *>(grid.GetAttributeVector(0)), 6),
              QByteArray("\xFF\x03\xFF\x01\xFF\x03", 6));
     View view(&grid); // observed flags are set one by one, to the same bytes
@@ -235,7 +291,9 @@ void TestViews::rescaledFlagsAreThoseOfSteppedCells()
                          grid.GetAttribute(0, 20 * x / size.width(), 8 * y / size.height()));
             }
     }
-    QVERIFY(!grid.GetRescaledAttributeVector(1, 5, 5) && !grid.GetRescaledAttributeVector(0, 0, 3));
+    QCOMPARE(answers({grid.GetRescaledAttributeVector(1, 5, 5),
+                      grid.GetRescaledAttributeVector(0, 0, 3)}),
+             "nn");
 }
 
 void TestViews::resizingKeepsWhatBothHave()
@@ -253,8 +311,9 @@ void TestViews::resizingKeepsWhatBothHave()
     grid.Resize(10, 3);
     grid.Resize(14, 5);
     QCOMPARE(grid.GetStateCount(0, true), 30);
-    QVERIFY(grid.GetAttribute(0, 9, 2) && !grid.GetAttribute(0, 10, 2)
-            && !grid.GetAttribute(0, 9, 3));
+    QCOMPARE(answers({grid.GetAttribute(0, 9, 2), grid.GetAttribute(0, 10, 2),
+                      grid.GetAttribute(0, 9, 3)}),
+             "ynn");
     static_cast<MAttributes &>(grid).Resize(3);
     grid.RemoveObjects({1, 2});
     QCOMPARE(grid.GetStateCount(0, true), 30);
@@ -265,8 +324,10 @@ void TestViews::unknownAttributesAndObjectsAreLeftAlone()
 {
     MAttributes attributes(3);
     for (int attribute : {-1, 0, 7}) {
-        QVERIFY(!attributes.SetAttribute(attribute, 0, true)
-                && !attributes.GetAttribute(attribute, 0));
+        const InCase inAttribute(attribute);
+        QCOMPARE(answers({attributes.SetAttribute(attribute, 0, true),
+                          attributes.GetAttribute(attribute, 0)}),
+                 "nn");
         attributes.SetAllAttribute(attribute, true);
         attributes.DeleteAttribute(attribute);
         QCOMPARE(attributes.GetStateCount(attribute, false), 0);
@@ -304,7 +365,7 @@ void TestViews::groupsDriveAllTheirViews()
     a.MakePrimarySelector();
     b.MakePrimarySelector();
     a.MakePrimarySelector();
-    QVERIFY(a.IsPrimarySelector() && !b.IsPrimarySelector());
+    QCOMPARE(answers({a.IsPrimarySelector(), b.IsPrimarySelector()}), "yn");
     QCOMPARE(a.primary, (QList<bool>{true, false, true}));
     QCOMPARE(b.primary, (QList<bool>{false, true, false}));
     d.UnlinkDestination(&a);
@@ -318,7 +379,7 @@ void TestViews::groupsDriveAllTheirViews()
 // see what dangles.
 void TestViews::viewsAndAttributesDieInAnyOrder()
 {
-    std::mt19937 random(7);
+    std::mt19937 random(walkSeed(7));
     for (int round = 0; round < 200; ++round) {
         auto attributes = std::make_unique<MAttributes>(10);
         attributes->AddAttribute();
@@ -366,10 +427,8 @@ void TestViews::viewsAndAttributesDieInAnyOrder()
             if (attributes)
                 attributes->ToggleAttribute(0, 3);
         }
-        if (attributes)
-            QVERIFY(!views[0]->changes.isEmpty() && views[0]->GetAttributes() == attributes.get());
-        else
-            QVERIFY(!views[0]->GetAttributes());
+        QCOMPARE(views[0]->GetAttributes(), attributes.get());
+        QCOMPARE(attributes && views[0]->changes.isEmpty(), false);
     }
     MAttributes first(1);
     MAttributes second(1);
