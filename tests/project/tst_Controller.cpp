@@ -8,6 +8,7 @@
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "frame/frameState.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -57,7 +58,8 @@ void TestController::graphsOfOneDatasetHaveNoScheme()
     const auto &graphs = model.controller.graphs;
     QCOMPARE(graphs.size(), 4);
     QCOMPARE(graphs[0].dataIds, (QVector<int>{1, 2}));
-    QVERIFY(graphs[0].points == points && graphs[0].bounds == &bounds);
+    QCOMPARE(graphs[0].points, points);
+    QCOMPARE(graphs[0].bounds, &bounds);
     const int types[] = {0, 1, 2, 4};
     const qint64 times[] = {3, 5, 7, 0};
     for (int i = 0; i < 4; ++i) {
@@ -105,8 +107,9 @@ void TestController::scratchFilesAreUniqueAndPrivate()
     QCOMPARE(paths.size(), 3);
     for (const QString &path : std::as_const(paths)) {
         const QFileInfo info(path);
-        QVERIFY(info.exists() && info.size() == 0
-                && info.fileName().startsWith(QLatin1String("TMP")));
+        QVERIFY(info.exists());
+        QCOMPARE(info.size(), 0);
+        QVERIFY(info.fileName().startsWith(QLatin1String("TMP")));
         QVERIFY(!(info.permissions()
                   & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther)));
         QFile::remove(path);
@@ -123,7 +126,7 @@ void TestController::testingRunNeedsNoHost()
         VORN_NewVectorDataset(id, QStringLiteral("d"), TimeSlice, DecimalType, 1, QString());
     QVERIFY(VORN_AddDataValue(dataset, 0, 1, {0, 5, true, true}, 1.5, true, true));
     VORN_DoneWithTesting();
-    QVERIFY(!datainterface::isTesting() && !datainterface::controller());
+    QCOMPARE(answers({datainterface::isTesting(), datainterface::controller()}), "nn");
     VORN_DoneWithTesting();
 }
 
