@@ -8,6 +8,7 @@
 #include "datainterface/RasterAPI.h"
 #include "datainterface/VORN_Progress.h"
 #include "frame/frameState.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -42,9 +43,10 @@ void TestProgress::makesOneModalBar()
         QVERIFY(progressBar());
         QCOMPARE(progressBar()->windowTitle(), QStringLiteral("Export"));
         QCOMPARE(progressBar()->labelText(), QStringLiteral("Exporting datasets..."));
-        QVERIFY(progressBar()->minimum() == 0 && progressBar()->maximum() == 100);
+        QCOMPARE(progressBar()->minimum(), 0);
+        QCOMPARE(progressBar()->maximum(), 100);
         QCOMPARE(progressBar()->minimumDuration(), 500);
-        QVERIFY(progressBar()->isModal() && progressBar()->isVisible());
+        QCOMPARE(answers({progressBar()->isModal(), progressBar()->isVisible()}), "yy");
         const auto hints = Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint;
         QCOMPARE(progressBar()->windowFlags() & (hints | Qt::WindowCloseButtonHint), hints);
         QCOMPARE(raisedText([] { VORN_Progress second("a", "b", "c"); }),
@@ -141,6 +143,7 @@ void TestProgress::aCancelEndsQueries()
     const QVector<QPair<QPointF, int>> pairs(600, {QPointF(1, 1), 1});
     QVector<QVector<neighborDatum>> neighbors;
     for (const bool isCanceled : {false, true}) {
+        const InCase inIsCanceled(isCanceled);
         VORN_Progress progress("t", "l", "c");
         if (isCanceled)
             progressBar()->cancel();
