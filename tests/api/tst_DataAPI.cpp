@@ -9,6 +9,7 @@
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/dataContainer.h"
 #include "datainterface/datum.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -25,7 +26,9 @@ template <class T> void checkTypedMisses(int id, const T &kept)
     QVERIFY(!VORN_GetDataValues(id, 0, 5, values, missing));
     QVERIFY(!VORN_GetTimeSliceData(id, 0, 5, values, missing));
     QVERIFY(!VORN_GetTimeSeriesData(id, 0, 0, series));
-    QVERIFY(values == QVector<T>{kept} && missing == QSet<int>{3} && series.size() == 1);
+    QCOMPARE(values, QVector<T>{kept});
+    QCOMPARE(missing, QSet<int>{3});
+    QCOMPARE(series.size(), 1);
     QVERIFY(!VORN_SetTimeSeriesData(id, 0, 0, series));
     QVERIFY(!VORN_AddDataValues(id, 0, kSpan, values, {}, true, true));
     QVERIFY(!VORN_AddDataValues(id, 0, 0U, QVector<QPair<Interval, T>>{{kSpan, kept}}, true, true));
@@ -44,25 +47,39 @@ void checkDatasetReads(int id)
     int whole = 7;
     char buffer[] = "kept";
     bool isCapped = true;
-    QVERIFY(!VORN_GetAllDatasetTimes(id, 0, times) && !VORN_GetDataIntervals(id, 0, 0, times));
+    QCOMPARE(
+        answers({VORN_GetAllDatasetTimes(id, 0, times), VORN_GetDataIntervals(id, 0, 0, times)}),
+        "nn");
     QVERIFY(!VORN_GetTimeSliceDataIntervals(id, 0, times));
     QVERIFY(!VORN_GetDataValues(id, 0, 5, values, missing));
     QVERIFY(!VORN_GetNumericValues(id, 0, 5, numbers, missing));
     QVERIFY(!VORN_GetObjectDataValues(id, 0, 0, times, values));
-    QVERIFY(!VORN_GetDataValue(id, 0, 0, 5, value) && !VORN_GetDataValue(id, 0, 0, 5, number));
-    QVERIFY(!VORN_GetDataValue(id, 0, 0, 5, whole) && !VORN_GetDataValue(id, 0, 0, 5, 4, buffer));
+    QCOMPARE(
+        answers({VORN_GetDataValue(id, 0, 0, 5, value), VORN_GetDataValue(id, 0, 0, 5, number)}),
+        "nn");
+    QCOMPARE(
+        answers({VORN_GetDataValue(id, 0, 0, 5, whole), VORN_GetDataValue(id, 0, 0, 5, 4, buffer)}),
+        "nn");
     QVERIFY(VORN_GetUniqueDataCount(id, isCapped) == 0);
     QVERIFY(!VORN_GetUniqueDataValues(id, unique));
-    QVERIFY(!VORN_GetMean(id, 0, 5, number) && !VORN_GetStddev(id, 0, 5, number));
-    QVERIFY(!VORN_GetMax(id, 0, 5, number) && !VORN_GetMin(id, 0, 5, number));
-    QVERIFY(!VORN_GetMax(id, 0, number) && !VORN_GetMin(id, 0, number));
-    QVERIFY(VORN_GetDataCount(id, 5) == 0 && !VORN_HasDataAtTime(id, 5));
-    QVERIFY(!VORN_IsNormalScoreDataset(id, 5) && !VORN_IsVectorDataMissing(id, 0, 0, 5));
+    QCOMPARE(answers({VORN_GetMean(id, 0, 5, number), VORN_GetStddev(id, 0, 5, number)}), "nn");
+    QCOMPARE(answers({VORN_GetMax(id, 0, 5, number), VORN_GetMin(id, 0, 5, number)}), "nn");
+    QCOMPARE(answers({VORN_GetMax(id, 0, number), VORN_GetMin(id, 0, number)}), "nn");
+    QCOMPARE(VORN_GetDataCount(id, 5), 0);
+    QVERIFY(!VORN_HasDataAtTime(id, 5));
+    QCOMPARE(answers({VORN_IsNormalScoreDataset(id, 5), VORN_IsVectorDataMissing(id, 0, 0, 5)}),
+             "nn");
     QVERIFY(!VORN_GetMissingVectorIds(id, 0, 5, missing));
-    QVERIFY(times.size() == 1 && values.size() == 1 && unique.size() == 1
-            && missing == QSet<int>{3});
-    QVERIFY(numbers == QVector<double>{1.5} && number == 1.5 && whole == 7 && isCapped);
-    QVERIFY(value.integerValue == 7 && qstrcmp(buffer, "kept") == 0);
+    QCOMPARE(times.size(), 1);
+    QCOMPARE(values.size(), 1);
+    QCOMPARE(unique.size(), 1);
+    QCOMPARE(missing, QSet<int>{3});
+    QCOMPARE(numbers, QVector<double>{1.5});
+    QCOMPARE(number, 1.5);
+    QCOMPARE(whole, 7);
+    QVERIFY(isCapped);
+    QCOMPARE(value.integerValue, 7);
+    QCOMPARE(qstrcmp(buffer, "kept"), 0);
     VORN_DataContainer result(VORN_DataContainer::Int32Data, 2);
     QVERIFY(!VORN_GetRealizationValues(id, 0, 5, VORN_DataContainer(), result));
     QCOMPARE(result.count(), 2);
@@ -80,12 +97,16 @@ void checkDatasetDescriptions(int id)
     QCOMPARE(VORN_GetDatasetProperties(id).id, -1);
     QVERIFY(!VORN_AddDataValues(id, 0, kSpan, values, true, true));
     QCOMPARE(VORN_MigrateDataset(id, 0, true), -1);
-    QVERIFY(!VORN_GetDatasetAttribute(id, key, attribute) && attribute == 7);
-    QVERIFY(!VORN_SetDatasetAttribute(id, key, 7) && !VORN_SetDatasetMetaData(id, key, key));
+    QVERIFY(!VORN_GetDatasetAttribute(id, key, attribute));
+    QCOMPARE(attribute, 7);
+    QCOMPARE(answers({VORN_SetDatasetAttribute(id, key, 7), VORN_SetDatasetMetaData(id, key, key)}),
+             "nn");
     QVERIFY(VORN_GetDatasetMetaData(id, key).isEmpty());
-    QVERIFY(!VORN_GetLongDescription(id, text) && text == key);
-    QVERIFY(!VORN_SetShortDescription(id, key) && !VORN_SetLongDescription(id, key));
-    QVERIFY(!VORN_AppendToLongDescription(id, key) && !VORN_RecalculateDataFrequencies(id));
+    QVERIFY(!VORN_GetLongDescription(id, text));
+    QCOMPARE(text, key);
+    QCOMPARE(answers({VORN_SetShortDescription(id, key), VORN_SetLongDescription(id, key)}), "nn");
+    QCOMPARE(answers({VORN_AppendToLongDescription(id, key), VORN_RecalculateDataFrequencies(id)}),
+             "nn");
     QVERIFY(!VORN_SetMissingVectorId(id, 0, 0, kSpan));
 }
 
@@ -96,42 +117,54 @@ void checkGeographyMisses(int dataset, int there)
     const QString name = QStringLiteral("n");
     QCOMPARE(VORN_GetDatasetByName(id, name), -1);
     QCOMPARE(VORN_NewVectorDataset(id, name, TimeSlice, DecimalType, 1, QString()), -1);
-    QVERIFY(!VORN_NewDatasetCreated(dataset) && !VORN_NewDatasetsCreated({dataset}));
-    QVERIFY(!VORN_DatasetChanged(dataset) && !VORN_DatasetsChanged({dataset}));
+    QCOMPARE(answers({VORN_NewDatasetCreated(dataset), VORN_NewDatasetsCreated({dataset})}), "nn");
+    QCOMPARE(answers({VORN_DatasetChanged(dataset), VORN_DatasetsChanged({dataset})}), "nn");
     QVERIFY(!VORN_RemoveDataset(dataset));
     QCOMPARE(raisedText([=] { VORN_RemoveDatasets({dataset}); }), QStringLiteral("gd"));
-    QVERIFY(VORN_GetUniqueDatasetName(id, name) == name
-            && VORN_SuggestUniqueDatasetName(id, name) == name);
-    QVERIFY(VORN_GetGeographyProperties(id).id == -1 && !VORN_GetGeography(id));
-    QVERIFY(!VORN_RemoveGeography(id) && !VORN_StartNewVectorGeography(id));
+    QCOMPARE(VORN_GetUniqueDatasetName(id, name), name);
+    QCOMPARE(VORN_SuggestUniqueDatasetName(id, name), name);
+    QCOMPARE(VORN_GetGeographyProperties(id).id, -1);
+    QVERIFY(!VORN_GetGeography(id));
+    QCOMPARE(answers({VORN_RemoveGeography(id), VORN_StartNewVectorGeography(id)}), "nn");
     QVERIFY(id < 0 || !VORN_StartNewVectorGeography(QRectF(0, 0, 1, 1), 0, 1, id));
-    QVERIFY(VORN_GetObjectCount(id, 5) == 0 && !VORN_ObjectExistsAtTime(id, 0, 5));
+    QCOMPARE(VORN_GetObjectCount(id, 5), 0);
+    QVERIFY(!VORN_ObjectExistsAtTime(id, 0, 5));
     const VORN_Object object = VORN_GetObject(id, 0, 5);
-    QVERIFY(!object.tree && !object.record);
+    QCOMPARE(answers({object.tree, object.record}), "nn");
     QVector<Interval> times{kSpan};
     QPointF point(1, 2);
     QList<QVector<QPointF>> parts{{}};
     QRectF bounds(1, 2, 3, 4);
-    QVERIFY(!VORN_GetObservationTimes(id, 0, times) && !VORN_GetAllObjectTimes(id, times));
-    QVERIFY(!VORN_GetPointVertex(id, 0, 5, point) && !VORN_GetLineVertices(id, 0, 5, parts));
-    QVERIFY(!VORN_GetObjectBounds(id, 0, 5, bounds) && bounds == QRectF(1, 2, 3, 4));
-    QVERIFY(times.size() == 1 && point == QPointF(1, 2) && parts.size() == 1);
+    QCOMPARE(answers({VORN_GetObservationTimes(id, 0, times), VORN_GetAllObjectTimes(id, times)}),
+             "nn");
+    QCOMPARE(answers({VORN_GetPointVertex(id, 0, 5, point), VORN_GetLineVertices(id, 0, 5, parts)}),
+             "nn");
+    QVERIFY(!VORN_GetObjectBounds(id, 0, 5, bounds));
+    QCOMPARE(bounds, QRectF(1, 2, 3, 4));
+    QCOMPARE(times.size(), 1);
+    QCOMPARE(point, QPointF(1, 2));
+    QCOMPARE(parts.size(), 1);
     const QRectF all(-9, -9, 99, 99);
     QVector<unsigned int> found{7};
     QVector<QVector<unsigned int>> rings(1);
-    QVERIFY(!VORN_RectQuery(id, all, 5, found) && !VORN_MBRQuery(id, all, 5, found));
+    QCOMPARE(answers({VORN_RectQuery(id, all, 5, found), VORN_MBRQuery(id, all, 5, found)}), "nn");
     QVERIFY(!VORN_RectTimeQuery(id, all, 0, 9, found));
     QVERIFY(!VORN_CircleQuery(id, QPointF(0, 0), 9, 5, found));
-    QVERIFY(!VORN_ObjectQuery(id, 0, there, 5, found) && !VORN_ObjectQuery(there, 0, id, 5, found));
+    QCOMPARE(answers({VORN_ObjectQuery(id, 0, there, 5, found),
+                      VORN_ObjectQuery(there, 0, id, 5, found)}),
+             "nn");
     QVERIFY(!VORN_GetPolygonNeighborRings(id, 0, 5, 1, true, rings));
-    QVERIFY(found.size() == 1 && rings.size() == 1);
+    QCOMPARE(found.size(), 1);
+    QCOMPARE(rings.size(), 1);
     QVector<neighborDatum> near(1);
     QVector<QVector<neighborDatum>> neighbors(1);
-    QVERIFY(!VORN_NearestNeighborQuery(id, QPointF(0, 0), 5, 1, near) && near.size() == 1);
+    QVERIFY(!VORN_NearestNeighborQuery(id, QPointF(0, 0), 5, 1, near));
+    QCOMPARE(near.size(), 1);
     QVERIFY(!VORN_NearestNeighborObjectQuery(id, there, 5, 1, neighbors, false));
     QVERIFY(!VORN_NearestNeighborObjectQuery(there, id, 5, 1, neighbors, false));
     QVERIFY(!VORN_RangeObjectQuery(id, there, 5, 1, neighbors, false));
-    QVERIFY(!VORN_RangeObjectQuery(there, id, 5, 1, neighbors, false) && neighbors.size() == 1);
+    QVERIFY(!VORN_RangeObjectQuery(there, id, 5, 1, neighbors, false));
+    QCOMPARE(neighbors.size(), 1);
 }
 
 int addDataset(int geographyId, DataType type, StorageType storage = TimeSlice,
@@ -216,7 +249,8 @@ static void checkValues(int geography, DataType type, const QVector<T> &values, 
     QVERIFY(VORN_IsVectorDataMissing(id, 0, 2, 0));
     QVector<datum> wrapped;
     QVERIFY(VORN_GetDataValues(id, 0, 0, wrapped, missing));
-    QVERIFY(wrapped.size() == 3 && wrapped[1].type == second.type);
+    QCOMPARE(wrapped.size(), 3);
+    QCOMPARE(wrapped[1].type, second.type);
     QList<datum> unique;
     QVERIFY(VORN_GetUniqueDataValues(id, unique));
     QCOMPARE(unique.size(), 2);
@@ -261,6 +295,7 @@ void TestDataAPI::objectOutOfRangeIsAMiss()
         const int id = addDataset(geography, DecimalType, storage);
         QVERIFY(VORN_AddDataValue(id, 0, 2, kSpan, 1.5, true, true));
         for (const unsigned int object : {3U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+            const InCase inObject(object);
             datum value;
             QVector<Interval> intervals;
             QVector<datum> values;
@@ -449,7 +484,9 @@ void TestDataAPI::normalScoresTurnBackByRank()
                                   VORN_MissingData());
     VORN_DataContainer result;
     QVERIFY(VORN_GetRealizationValues(scores, 0, 5, data, result));
-    QVERIFY(result.value(0) == 30.0 && result.value(1) == 20.0 && result.value(2) == 10.0);
+    QCOMPARE(result.value(0), 30.0);
+    QCOMPARE(result.value(1), 20.0);
+    QCOMPARE(result.value(2), 10.0);
 
     const int plain = addDataset(geography, DecimalType);
     QVERIFY(VORN_AddDataValues(plain, 0, kSpan, QVector<double>{3, 4, 5}, {}, true, true));

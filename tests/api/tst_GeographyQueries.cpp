@@ -12,6 +12,7 @@
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -51,7 +52,7 @@ public:
         std::shared_ptr<FMObject> shape;
     };
 
-    Twin(TestModel &model, int type, unsigned seed) : mType(type), mRandom(seed)
+    Twin(TestModel &model, int type, unsigned seed) : mType(type), mRandom(walkSeed(seed))
     {
         VORN_StartNewVectorGeography(QRectF(0, 0, 40, 40), 0, 30, -1);
         for (int i = 0; i < 60; ++i) {
@@ -235,7 +236,8 @@ void TestGeographyQueries::neighborsAgreeWithAWalk()
         QVector<QVector<neighborDatum>> byRange;
         QVERIFY(VORN_NearestNeighborObjectQuery(from.id, to.id, time, count, byCount, true));
         QVERIFY(VORN_RangeObjectQuery(from.id, to.id, time, range, byRange, false));
-        QVERIFY(byCount.size() == from.objects.size() && byRange.size() == from.objects.size());
+        QCOMPARE(byCount.size(), from.objects.size());
+        QCOMPARE(byRange.size(), from.objects.size());
         for (int i = 0; i < from.objects.size(); ++i) {
             const TreeObject *ego = from.shape(i, time);
             QVector<float> all = ego ? to.distances(time, ego) : QVector<float>();
@@ -326,15 +328,17 @@ void TestGeographyQueries::timesOfObjects()
     const int id = VORN_FinishVectorGeography("g", QString(), TF_Integer);
     QVector<Interval> intervals;
     QVERIFY(VORN_GetObservationTimes(id, 0, intervals));
-    QVERIFY(intervals.size() == 3 && intervals[1] == interval("[10, 10]"));
+    QCOMPARE(intervals.size(), 3);
+    QCOMPARE(intervals[1], interval("[10, 10]"));
     QVERIFY(VORN_GetAllObjectTimes(id, intervals));
-    QVERIFY(intervals.size() == 5 && intervals[3] == interval("[20, 40]"));
+    QCOMPARE(intervals.size(), 5);
+    QCOMPARE(intervals[3], interval("[20, 40]"));
     // The geometry can lose an object behind the geography's back.
     Fennims *fennims = model.vectorData(id).GetFennims();
     fennims->RemoveChain(fennims->GetChainById(model.vectorData(id).GetFennimId(1)));
     QCOMPARE(raisedText([&] { VORN_GetObservationTimes(id, 1, intervals); }),
              QStringLiteral("Invalid object chain"));
-    QVERIFY(!VORN_ObjectExistsAtTime(id, 1, 30) && !VORN_GetObject(id, 1, 30).record);
+    QCOMPARE(answers({VORN_ObjectExistsAtTime(id, 1, 30), VORN_GetObject(id, 1, 30).record}), "nn");
 }
 
 void TestGeographyQueries::gridsAnswerByCell()
@@ -358,15 +362,19 @@ void TestGeographyQueries::gridsAnswerByCell()
     RasterPixels pixels;
     QVector<double> overlap;
     QVERIFY(VORN_CircleQuery(grid, QPointF(4, 4), 2.6, 5, found));
-    QVERIFY(VORN_QueryRasterWithCircle(grid, QPointF(4, 4), 2.6, pixels) && pixels.size() > 9);
+    QCOMPARE(
+        answers({VORN_QueryRasterWithCircle(grid, QPointF(4, 4), 2.6, pixels), pixels.size() > 9}),
+        "yy");
     QCOMPARE(found, cellsOf(pixels));
     QVERIFY(VORN_PolygonQuery(window.object, grid, 5, found, &overlap));
-    QVERIFY(VORN_GetPixelCentersInPolygon(grid, id, 0, 5, pixels) && pixels.size() > 9);
+    QCOMPARE(answers({VORN_GetPixelCentersInPolygon(grid, id, 0, 5, pixels), pixels.size() > 9}),
+             "yy");
     QCOMPARE(found, cellsOf(pixels));
     QVERIFY(!VORN_PolygonQuery(Handle(id, 1).object, grid, 5, found, &overlap));
     QVERIFY(!VORN_CircleQuery(grid, QPointF(50, 50), 1, 5, found));
     QVERIFY(!VORN_RectQuery(grid, QRectF(0, 0, 5, 5), 5, found));
-    QVERIFY(found == cellsOf(pixels) && overlap.isEmpty());
+    QCOMPARE(found, cellsOf(pixels));
+    QVERIFY(overlap.isEmpty());
 }
 
 void TestGeographyQueries::badPolygonsAreRefused()
@@ -385,7 +393,8 @@ void TestGeographyQueries::badPolygonsAreRefused()
     QPointF place;
     double area = 5.0;
     for (const VORN_Object &bad : {none, point.object, bowTie.object}) {
-        QVERIFY(!VORN_GetPolygonArea(bad, area) && area == 0.0);
+        QVERIFY(!VORN_GetPolygonArea(bad, area));
+        QCOMPARE(area, 0.0);
         area = 5.0;
         QVERIFY(!VORN_GetPolygonIntersection(square.object, bad, rings, area));
         QVERIFY(!VORN_GetPolygonIntersection(bad, square.object, rings, area));
@@ -393,7 +402,8 @@ void TestGeographyQueries::badPolygonsAreRefused()
         QVERIFY(!VORN_GetPolygonUnion({square.object, bad}, rings));
     }
     for (const VORN_Object &bad : {none, point.object}) {
-        QVERIFY(!VORN_GetPolygonUnion({bad}, rings) && !VORN_GetPolygonVertices(bad, rings));
+        QCOMPARE(answers({VORN_GetPolygonUnion({bad}, rings), VORN_GetPolygonVertices(bad, rings)}),
+                 "nn");
         QVERIFY(!VORN_GetCommonPolygonBorder(square.object, bad, border));
         QVERIFY(!VORN_GetCommonPolygonBorder(bad, square.object, border));
         QVERIFY(!VORN_GetRandomPointsInPolygon(bad, 3, points));
@@ -410,15 +420,18 @@ void TestGeographyQueries::badPolygonsAreRefused()
     for (const QRectF &rect :
          {QRectF(1, 1, 0, 5), QRectF(kNan, 0, 1, 1), QRectF(0, 0, kInfinite, 1)})
         QVERIFY(!VORN_GetPolygonRectIntersection(square.object, rect, rings, area));
-    QVERIFY(rings.isEmpty() && points.isEmpty() && area == 5.0);
+    QCOMPARE(answers({rings.isEmpty(), points.isEmpty()}), "yy");
+    QCOMPARE(area, 5.0);
     QVERIFY(VORN_GetPolygonRectIntersection(square.object, QRectF(3, 3, 9, 9), rings, area));
     QCOMPARE(area, 1.0);
     QVERIFY(VORN_GetPolygonIntersection(square.object, square.object, rings, area));
     QCOMPARE(area, FMPolygon(rings.value(0)).GetArea());
     QVERIFY(VORN_GetPolygonUnion({square.object, beside.object}, rings));
-    QVERIFY(rings.size() == 1 && FMPolygon(rings[0]).GetArea() == 32.0);
+    QCOMPARE(rings.size(), 1);
+    QCOMPARE(FMPolygon(rings[0]).GetArea(), 32.0);
     QVERIFY(VORN_GetCommonPolygonBorder(square.object, beside.object, border));
-    QVERIFY(border.size() == 1 && border[0].length() == 4.0);
+    QCOMPARE(border.size(), 1);
+    QCOMPARE(border[0].length(), 4.0);
     // What a polygon that is not simple still gives.
     QVERIFY(VORN_GetPolygonUnion({bowTie.object}, rings));
     QCOMPARE(rings, Rings{kBowTie});
@@ -437,18 +450,21 @@ void TestGeographyQueries::badPlacesAndCountsAreRefused()
     Objects found;
     for (const QRectF &rect :
          {QRectF(3, 3, -2, -2), QRectF(kNan, 0, 9, 9), QRectF(0, 0, kNan, 9)}) {
-        QVERIFY(VORN_RectQuery(id, rect, 5, found) && found.isEmpty());
-        QVERIFY(VORN_MBRQuery(id, rect, 5, found) && found.isEmpty());
-        QVERIFY(VORN_RectTimeQuery(id, rect, 0, 9, found) && found.isEmpty());
+        QCOMPARE(answers({VORN_RectQuery(id, rect, 5, found), found.isEmpty()}), "yy");
+        QCOMPARE(answers({VORN_MBRQuery(id, rect, 5, found), found.isEmpty()}), "yy");
+        QCOMPARE(answers({VORN_RectTimeQuery(id, rect, 0, 9, found), found.isEmpty()}), "yy");
     }
-    QVERIFY(VORN_RectTimeQuery(id, QRectF(0, 0, 9, 9), 9, 0, found) && found.isEmpty());
+    QCOMPARE(answers({VORN_RectTimeQuery(id, QRectF(0, 0, 9, 9), 9, 0, found), found.isEmpty()}),
+             "yy");
     for (const double radius : {-1.0, kNan, kInfinite}) {
+        const InCase inRadius(radius);
         QVERIFY(VORN_CircleQuery(id, QPointF(1, 1), radius, 5, found));
         QCOMPARE(found.size(), radius == kInfinite ? 2 : 0);
     }
     QVector<neighborDatum> neighbors(3);
     QVector<QVector<neighborDatum>> all(3);
     for (const int count : {0, -1}) {
+        const InCase inCount(count);
         QVERIFY(!VORN_NearestNeighborQuery(id, QPointF(1, 1), 5, count, neighbors));
         QVERIFY(!VORN_NearestNeighborObjectQuery(id, id, 5, count, all, false));
     }
@@ -458,7 +474,8 @@ void TestGeographyQueries::badPlacesAndCountsAreRefused()
     QVERIFY(!VORN_NearestNeighborQuery(id, QPointF(1, 1), 11, 1, neighbors)); // nothing is there
     QVERIFY(VORN_NearestNeighborObjectQuery(id, -5, 11, 1, all, false));      // nobody asks
     QVERIFY(!VORN_NearestNeighborObjectQuery(id, -5, 5, 1, all, false));
-    QVERIFY(neighbors.size() == 3 && all.size() == 3);
+    QCOMPARE(neighbors.size(), 3);
+    QCOMPARE(all.size(), 3);
     QVERIFY(VORN_NearestNeighborQuery(id, QPointF(7, 8), 5, 99, neighbors));
     QCOMPARE(distancesOf(neighbors), (QVector<float>{25, 25})); // squared: 3 and 4 away
 }

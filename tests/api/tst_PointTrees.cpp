@@ -7,6 +7,7 @@
 #include "datainterface/MVectorData.h"
 #include "datainterface/PointTreeAPI.h"
 #include "datainterface/RasterAPI.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -137,19 +138,21 @@ void TestPointTrees::cursorsGoOn()
     QVERIFY(VORN_GetPointTreeNextNearestNeighbor(tree, {3}, hit, cursor));  // the set takes no part
     QCOMPARE(hit.id, 3);
     VORN_DoneWithPointTreeNearestNeighbors(tree, cursor);
-    QVERIFY(!cursor && !VORN_GetPointTreeNextNearestNeighbor(tree, {}, hit, cursor));
+    QCOMPARE(answers({cursor, VORN_GetPointTreeNextNearestNeighbor(tree, {}, hit, cursor)}), "nn");
     QVERIFY(VORN_GetPointTreeFirstNearestNeighbor(tree, QPointF(0, 0), {2, 3}, hit, cursor));
     QCOMPARE(hit.id, 1);
     QVERIFY(!VORN_GetPointTreeNextNearestNeighbor(tree, {}, hit, cursor));
-    QVERIFY(VORN_DeletePointTree(tree) && VORN_DeletePointTree(other)); // with the cursor open
+    QCOMPARE(answers({VORN_DeletePointTree(tree), VORN_DeletePointTree(other)}),
+             "yy"); // with the cursor open
 }
 
 void TestPointTrees::handlesAreNeverReused()
 {
     const int gone = VORN_CreatePointTree();
-    QVERIFY(VORN_DeletePointTree(gone) && !VORN_DeletePointTree(gone));
+    QCOMPARE(answers({VORN_DeletePointTree(gone), VORN_DeletePointTree(gone)}), "yn");
     const int next = VORN_CreatePointTree();
-    QVERIFY(next == gone + 1 && VORN_DeletePointTree(next));
+    QCOMPARE(next, gone + 1);
+    QVERIFY(VORN_DeletePointTree(next));
     void *cursor = &cursor;
     ptTreeQueryResult hit;
     Hits hits(2);
@@ -166,7 +169,8 @@ void TestPointTrees::handlesAreNeverReused()
     };
     VORN_DoneWithPointTreeNearestNeighbors(gone, cursor);
     QVERIFY(std::none_of(std::begin(answers), std::end(answers), [](bool yes) { return yes; }));
-    QVERIFY(hits.size() == 2 && cursor == &cursor);
+    QCOMPARE(hits.size(), 2);
+    QCOMPARE(cursor, &cursor);
 }
 
 void TestPointTrees::badInputIsRefused()
@@ -188,7 +192,8 @@ void TestPointTrees::badInputIsRefused()
     QVERIFY(!VORN_GetPointTreeNearestNeighbors(tree, QPointF(), -1, {}, hits));
     QVERIFY(!VORN_GetPointTreeRangeNeighbors(tree, QPointF(), nan, {}, hits));
     QVERIFY(VORN_GetPointTreeNearestNeighbors(tree, QPointF(), 99, {}, hits));
-    QVERIFY(ids(hits) == QLatin1String("1 2") && VORN_DeletePointTree(tree));
+    QCOMPARE(ids(hits), QLatin1String("1 2"));
+    QVERIFY(VORN_DeletePointTree(tree));
 }
 
 QTEST_GUILESS_MAIN(TestPointTrees)

@@ -5,6 +5,7 @@
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/RasterAPI.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -64,8 +65,12 @@ void TestRasterQueries::rowsCountFromTheTopAndBoundsFromTheBottom()
     QVERIFY(!grid.PointQuery(-3.0, 50.0, column, row, true));
     QCOMPARE(column, 0u);
     QVERIFY(grid.PointQuery(-0.5, 5.0, id)); // truncation is toward zero
-    QVERIFY(grid.ColRowFromIndex(37, column, row) && column == 7 && row == 3);
-    QVERIFY(!grid.ColRowFromIndex(100, column, row) && !grid.ColRowFromIndex(-1, column, row));
+    QVERIFY(grid.ColRowFromIndex(37, column, row));
+    QCOMPARE(column, 7);
+    QCOMPARE(row, 3);
+    QCOMPARE(
+        answers({grid.ColRowFromIndex(100, column, row), grid.ColRowFromIndex(-1, column, row)}),
+        "nn");
 }
 
 void TestRasterQueries::rectanglesSelect()
@@ -195,7 +200,7 @@ void TestRasterQueries::polygonsAgreeWithTheirObjects()
     QVERIFY(VORN_GetPixelCentersInPolygon(grid, {ring}, byRings));
     QVERIFY(VORN_GetPixelCentersInPolygon(grid, polygons, 0, 5, byObject));
     QCOMPARE(byRings, byObject);
-    QVERIFY(byRings.contains({5, 4}) && !byRings.contains({0, 0}));
+    QCOMPARE(answers({byRings.contains({5, 4}), byRings.contains({0, 0})}), "yn");
     QVector<double> a;
     QVector<double> b;
     QVERIFY(VORN_QueryRasterWithPolygon(grid, {ring}, byRings, &a));

@@ -4,6 +4,7 @@
 #include "datainterface/DataAPI.h"
 #include "datainterface/VariogramAPI.h"
 #include "frame/frameState.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -109,6 +110,7 @@ void TestVariogramAPI::aFittedModelEntersItsDataset()
 void TestVariogramAPI::unknownIdsGiveEmptyResults()
 {
     for (const int id : {mDataset + 1, 0x7fff0000, -1}) {
+        const InCase inId(id);
         QVERIFY(VORN_GetVariogramModelIds(id).isEmpty());
         QCOMPARE(VORN_GetVariogramModelProperties(id, 0).id, -1);
         QCOMPARE(VORN_SuggestUniqueVariogramModelName(id, "fit"), QString("fit"));
