@@ -13,6 +13,7 @@
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
+#include "support/checks.h"
 
 inline timeRange span(double start, double end, unsigned char flags = 0xFF)
 {
@@ -81,7 +82,7 @@ public:
     /// them.
     RandomGeography(unsigned seed, Kind kind, int chains, int observations, double step,
                     double offset)
-        : mRandom(seed), mKind(kind), mStep(step), mOffset(offset)
+        : mRandom(walkSeed(seed)), mKind(kind), mStep(step), mOffset(offset)
     {
         VORNBuilder builder(extent(100), nullptr, nullptr);
         for (int i = 0; i < chains; ++i) {

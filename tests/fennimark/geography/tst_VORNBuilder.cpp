@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // What a builder takes and refuses, and how time is cut by what was built.
+#include "base/timeRules.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/geographies.h"
-#include "base/timeRules.h"
+#include "support/checks.h"
 
 Q_DECLARE_METATYPE(TreeObject *)
 
@@ -181,9 +182,11 @@ private Q_SLOTS:
         QCOMPARE(builder.CreateChain({}, {}, 7)->id, 7);
         QCOMPARE(builder.CreateChain({}, {}, 3)->id, 3);
         QCOMPARE(builder.CreateChain({}, {}, -1)->id, 8);
-        QVERIFY(!builder.CreateChain({}, {}, 7) && !builder.CreateChain({}, {}, -2));
-        QVERIFY(builder.CreateChain({}, {}, INT_MAX) && !builder.CreateChain({}, {}, -1));
-        QVERIFY(!builder.IsValid() && !opened(builder));
+        for (const int refused : {7, -2})
+            QCOMPARE(builder.CreateChain({}, {}, refused), nullptr);
+        QVERIFY(builder.CreateChain({}, {}, INT_MAX));
+        QCOMPARE(builder.CreateChain({}, {}, -1), nullptr);
+        QCOMPARE(answers({builder.IsValid(), opened(builder) != nullptr}), "nn");
         QVERIFY(builder.AddObjectsToChain(8, {square(0, 0)}, {span(0, 1)}, true));
         const std::unique_ptr<Fennims> fennims = opened(builder);
         QCOMPARE(fennims->mChains.keys(), (QList<int>{0, 3, 7, 8, INT_MAX}));

@@ -6,6 +6,7 @@
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/shape/geometryCases.h"
 #include "shape/geometryView.h"
+#include "support/checks.h"
 
 namespace {
 
@@ -89,7 +90,7 @@ private Q_SLOTS:
         view.runBoxes = boxes.data();
         auto live = fennimark::ObjectAccess::makePolygon(view, fennimark::Simplicity::Unknown);
         QCOMPARE(live->GetArea(), 99.0);
-        QVERIFY(live->ContainsPoint(0.5, 9.5) && !live->ContainsPoint(1.75, 1.5));
+        QCOMPARE(answers({live->ContainsPoint(0.5, 9.5), live->ContainsPoint(1.75, 1.5)}), "yn");
         const FMPolygon near(cases::rectangle(10.4, 0, 12, 10)); // within the tolerance
         QVERIFY(live->BordersPolygon(near, false));
         const std::unique_ptr<TreeObject> copy(live->Copy());
@@ -104,13 +105,15 @@ private Q_SLOTS:
     void changesMakeAnObjectDirtyAndForgetWhatWasKnown()
     {
         Movable polygon(kRings);
-        QVERIFY(polygon.ContainsPoint(0.5, 0.5) && polygon.IsSimple() && !polygon.IsDirty());
+        QCOMPARE(answers({polygon.ContainsPoint(0.5, 0.5), polygon.IsSimple(), polygon.IsDirty()}),
+                 "yyn");
         const FMProjectionInfo projection;
         polygon.TransformVertices(nullptr, projection, false);
         QVERIFY(!polygon.IsDirty());
         polygon.TransformVertices(reinterpret_cast<void *>(&shift), projection, false);
-        QVERIFY(polygon.IsDirty() && polygon.ContainsPoint(100.5, 0.5)
-                && !polygon.ContainsPoint(0.5, 0.5));
+        QCOMPARE(answers({polygon.IsDirty(), polygon.ContainsPoint(100.5, 0.5),
+                          polygon.ContainsPoint(0.5, 0.5)}),
+                 "yyn");
         QCOMPARE(polygon.GetBounds().xMax, 110.0);
         polygon.TransformVertices(reinterpret_cast<void *>(&shift), projection, true);
         QCOMPARE(polygon.GetVertices(), kRings);

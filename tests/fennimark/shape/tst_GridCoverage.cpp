@@ -2,6 +2,7 @@
 // Cells of a grid against the point test of every centre and GEOS's intersection with every cell.
 #include <QtTest>
 #include "fennimark/shape/geometryCases.h"
+#include "support/checks.h"
 
 namespace {
 
@@ -53,7 +54,7 @@ private Q_SLOTS:
         QFETCH(int, vertices);
         QFETCH(QPointF, offset);
         QFETCH(double, cell);
-        cases::Random random(5);
+        cases::Random random(walkSeed(5));
         const FMGrid grid{offset.x(), offset.y(), offset.y() + 24 * cell, cell, cell};
         int found = 0;
         for (int round = 0; round < 200; ++round) {
@@ -91,7 +92,7 @@ private Q_SLOTS:
         QFETCH(QPointF, offset);
         QFETCH(double, cell);
         const cases::Geos geos;
-        cases::Random random(17);
+        cases::Random random(walkSeed(17));
         const FMGrid grid{offset.x(), offset.y(), offset.y() + 20 * cell, cell, cell};
         const FMGridWindow window{0, 0, 19, 19};
         for (int round = 0; round < 3; ++round) {
@@ -134,7 +135,7 @@ private Q_SLOTS:
 
     void areasSumUpToTheArea()
     {
-        cases::Random random(29);
+        cases::Random random(walkSeed(29));
         const FMGrid grid{4.99e5, 4.999e6, 5.001e6, 7.3, 11.1};
         for (int round = 0; round < 100; ++round) {
             const QPolygonF shell =
@@ -208,7 +209,7 @@ private Q_SLOTS:
             QVector<FMCellArea> cells(1);
             square.ContainedCenters({0, 0, 10, cell, 1}, {first, 0, last, 9}, centers);
             square.CellAreas({0, 0, 10, cell, 1}, {first, 0, last, 9}, cells);
-            QVERIFY(centers.isEmpty() && cells.isEmpty());
+            QCOMPARE(answers({centers.isEmpty(), cells.isEmpty()}), "yy");
         }
     }
 };

@@ -3,6 +3,7 @@
 #include <QtTest>
 #include "fennimark/FMPoint.h"
 #include "fennimark/shape/geometryCases.h"
+#include "support/checks.h"
 
 namespace {
 
@@ -86,7 +87,7 @@ private Q_SLOTS:
         QCOMPARE(polygon.Decompose(parts), area > 0.0);
         double sum = 0.0;
         for (const FMPolygon *part : qAsConst(parts)) {
-            QVERIFY(part->IsSimple() && FMPolygon(part->GetVertices()).IsSimple());
+            QCOMPARE(answers({part->IsSimple(), FMPolygon(part->GetVertices()).IsSimple()}), "yy");
             sum += part->GetArea();
         }
         QCOMPARE(sum, area);
@@ -111,12 +112,17 @@ private Q_SLOTS:
                                 shifted(cases::rectangle(10, 0, 12, 4))})
                     .GetCentroid(x, y));
         const QPointF expected(far + QPointF((1.0 * 4 + 11.0 * 8) / 12, (1.0 * 4 + 2.0 * 8) / 12));
-        QVERIFY(std::abs(x - expected.x()) < 1e-8 && std::abs(y - expected.y()) < 1e-8);
+        QCOMPARE(answers({std::abs(x - expected.x()) < 1e-8, std::abs(y - expected.y()) < 1e-8}),
+                 "yy");
         QVERIFY(FMLine({{far, far + QPointF(4, 0), far + QPointF(4, 4)}}).GetCentroid(x, y));
         QCOMPARE(QPointF(x, y), far + QPointF(3, 1));
-        QVERIFY(FMPoint(far).GetCentroid(x, y) && x == far.x() && y == far.y());
+        QVERIFY(FMPoint(far).GetCentroid(x, y));
+        QCOMPARE(x, far.x());
+        QCOMPARE(y, far.y());
         x = 77.0;
-        QVERIFY(!FMLine({{far, far}}).GetCentroid(x, y) && !FMPolygon(kLine).GetCentroid(x, y));
+        QCOMPARE(
+            answers({FMLine({{far, far}}).GetCentroid(x, y), FMPolygon(kLine).GetCentroid(x, y)}),
+            "nn");
         QCOMPARE(x, 77.0);
     }
 
@@ -167,7 +173,8 @@ private Q_SLOTS:
             QVERIFY(!FMPolygon::GetIntersection(list));
         List alone{&square};
         const std::unique_ptr<FMPolygon> copy(FMPolygon::GetUnion(alone));
-        QVERIFY(copy && copy.get() != &square && copy->GetArea() == 4.0);
+        QCOMPARE(answers({copy != nullptr, copy.get() != &square}), "yy");
+        QCOMPARE(copy->GetArea(), 4.0);
     }
 
     void unionsOfManyAreRight_data()
@@ -196,7 +203,7 @@ private Q_SLOTS:
             }
         }
         const std::unique_ptr<FMPolygon> all(FMPolygon::GetUnion(list));
-        QVERIFY(all && FMPolygon(all->GetVertices()).IsSimple());
+        QCOMPARE(answers({all != nullptr, FMPolygon(all->GetVertices()).IsSimple()}), "yy");
         QVERIFY(std::abs(all->GetArea() - 6.0 * (5.0 + width)) < 1e-9);
     }
 

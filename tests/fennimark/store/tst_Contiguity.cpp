@@ -6,6 +6,7 @@
 #include <algorithm>
 #include "fennimark/geographies.h"
 #include "store/recordStore.h"
+#include "support/checks.h"
 
 namespace {
 
@@ -113,8 +114,10 @@ private Q_SLOTS:
         RandomGeography geography(11, RandomGeography::Polygons, 300, 2, 0, 0);
         Fennims &fennims = *geography.fennims;
         for (const qint64 time : {0, 8, 15}) {
+            const InCase inTime(time);
             const QVector<int> records = fennims.GetObservationsAtTime(time);
             for (const bool queen : {true, false}) {
+                const InCase inQueen(queen);
                 QMap<int, QVector<int>> all, asked;
                 for (const int record :
                      records) // the first 64 without the graph, the others with it
@@ -146,7 +149,8 @@ private Q_SLOTS:
         QCOMPARE(rings.size(), 7);
         for (int i = 0; i < 7; ++i)
             QCOMPARE(rings[i].size(), i < 4 ? 8 * (i + 1) : 0);
-        QVERIFY(rings[1].contains(grid.record(20)) && !rings[0].contains(grid.record(40)));
+        QCOMPARE(answers({rings[1].contains(grid.record(20)), rings[0].contains(grid.record(40))}),
+                 "yn");
         QCOMPARE(grid.fennims->CalculatePolygonAdjacencies(grid.record(40), 5, false, 3, {}).size(),
                  25);
         QVERIFY(grid.fennims->CalculatePolygonNeighborRings(grid.record(40), 5, true, 0).isEmpty());
@@ -168,6 +172,7 @@ private Q_SLOTS:
     void toleranceJoinsWhatIsNearlyThere()
     {
         for (const double tolerance : {0.0, 0.02}) {
+            const InCase inTolerance(tolerance);
             VORNBuilder builder(extent(10), nullptr, nullptr);
             builder.SetAdjacencyTolerance(tolerance);
             builder.CreateChain({square(0, 0)}, {span(0, 1)}, -1);
@@ -232,8 +237,10 @@ private Q_SLOTS:
             QCOMPARE(near[record].last().distance, distances[2]);
             QCOMPARE(inRange[record].size(), within);
         }
-        QVERIFY(!fennims.CalculatePointAdjacenciesByRange(-1, time, true, inRange, nullptr)
-                && inRange.isEmpty());
+        QCOMPARE(
+            answers({fennims.CalculatePointAdjacenciesByRange(-1, time, true, inRange, nullptr),
+                     inRange.isEmpty()}),
+            "ny");
         QVERIFY(!fennims.CalculatePointAdjacenciesByNearestNeighbor(0, time, true, near, nullptr));
         QVERIFY(!fennims.CalculatePolygonNeighborRings(records[0], time, true, 2).size());
     }
@@ -266,7 +273,7 @@ private Q_SLOTS:
             return fennims.CalculateRangeNeighborsToObjects(fennims.mTree, records, 5, 1, neighbors,
                                                             &countDown);
         });
-        QVERIFY(adjacent > 1 && nearest > 1 && inRange > 1);
+        QCOMPARE(answers({adjacent > 1, nearest > 1, inRange > 1}), "yyy");
         QCOMPARE(fennimark::StoreAccess::store(*fennims.mTree).live().inUse(), 0U);
         // 5 by 5 without the corners: exactly 1 is in range.
         QCOMPARE(neighbors.value(grid.record(82)).size(), 21);

@@ -5,6 +5,7 @@
 #include "fennimark/geographies.h"
 #include "store/recordStore.h"
 #include "store/scratchSpace.h"
+#include "support/checks.h"
 
 namespace {
 
@@ -192,8 +193,9 @@ private Q_SLOTS:
             const auto *polygon = dynamic_cast<FMPolygon *>(record->GetTreeObject(fennims->mTree));
             QVERIFY(polygon);
             QCOMPARE(polygon->GetVertices(), rings(10 * i));
-            QVERIFY(polygon->ContainsPoint(10 * i + 1.5, 0)
-                    && !polygon->ContainsPoint(10 * i + 0.5, 0));
+            QCOMPARE(answers({polygon->ContainsPoint(10 * i + 1.5, 0),
+                              polygon->ContainsPoint(10 * i + 0.5, 0)}),
+                     "yn");
             record->ReturnTreeObject(fennims->mTree);
             fennims->mTree->CheckInRecord(observation.second);
             QVector<int> found;
@@ -212,8 +214,9 @@ private Q_SLOTS:
         const std::unique_ptr<Fennims> fennims = opened(builder);
         HilbertTree &tree = *fennims->mTree;
         const fennimark::LiveRecords &live = fennimark::StoreAccess::store(tree).live();
-        QVERIFY(!tree.CheckOutRecord(0, true) && !tree.CheckOutRecord(201, true)
-                && !tree.CheckOutRecord(-1, true));
+        QCOMPARE(answers({tree.CheckOutRecord(0, true), tree.CheckOutRecord(201, true),
+                          tree.CheckOutRecord(-1, true)}),
+                 "nnn");
         tree.CheckInRecord(17); // never out
 
         HilbertTreeRecord *record = tree.CheckOutRecord(5, true);
@@ -239,9 +242,9 @@ private Q_SLOTS:
             use(id, true);
         for (int id = 80; id < 200; ++id)
             use(id, false);
-        QVERIFY(live.find(5) && live.find(72) && !live.find(80));
+        QCOMPARE(answers({live.find(5), live.find(72), live.find(80)}), "yyn");
         use(73, true);
-        QVERIFY(!live.find(5) && live.find(10));
+        QCOMPARE(answers({live.find(5), live.find(10)}), "ny");
         // Held ones are many, and none is lost when the table grows.
         for (int id = 1; id <= 200; ++id)
             QVERIFY(tree.CheckOutRecord(id, false)->GetTreeObject(&tree));
@@ -263,8 +266,10 @@ private Q_SLOTS:
                                 {span(0, 5, 0xF0), span(5, 10)}, -1);
         const std::unique_ptr<Fennims> fennims = opened(builder);
         for (const int removed : {-1, 7}) {
+            const InCase inRemoved(removed);
             fennims->RemoveChain(fennims->GetChainById(removed));
             for (const qint64 time : {-1, 0, 5, 10, 11}) {
+                const InCase inTime(time);
                 QVector<int> found;
                 fennims->OverlapsMBRs(Rect2D{-1, 99, -1, 99}, time, found);
                 QVector<int> expected = fennims->GetObservationsAtTime(time);
@@ -304,7 +309,8 @@ private Q_SLOTS:
         QCOMPARE(again.GetTimeBounds().end, -1.0);
         Fennims empty;
         QVERIFY(open(empty, saved(again)));
-        QVERIFY(empty.GetChainCount() == 1 && empty.GetAllObjectTimes().isEmpty());
+        QCOMPARE(empty.GetChainCount(), 1);
+        QVERIFY(empty.GetAllObjectTimes().isEmpty());
     }
 
     void removedRecordsCanJoinANewChain()
