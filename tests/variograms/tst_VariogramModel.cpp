@@ -2,6 +2,7 @@
 #include <QtTest>
 #include <cmath>
 #include "datainterface/VariogramModel.h"
+#include "support/checks.h"
 #include "support/streamed.h"
 #include "support/support.h"
 
@@ -123,6 +124,7 @@ void TestVariogramModel::aPowerStructureLeavesNoSillAndNoRange()
     QVERIFY(VariogramModelAtT().GetEpsilonRange(1e-6, range));
     QCOMPARE(range, 0.0);
     for (const int type : {-1, 6}) {
+        const InCase inType(type);
         const Basic unknown(static_cast<Basic::ModelType>(type), 1.0, 0.0, 1.0, 1.0);
         const QString text("Invalid variogram model type");
         QCOMPARE(raisedText([&] { unknown.GetBasicModelValue(1.0, 0.0); }), text);
