@@ -8,12 +8,11 @@
 #include <vector>
 #include "Common/detail/failure.h"
 #include "cells/cellForms.h"
+#include "datainterface/HeldGrid.h"
 #include "datainterface/MRasterDataset.h"
 #include "datasets/dataContainer.elements.h"
 #include "datasets/datasetCopies.h"
 #include "time/calendar.h"
-#include "datainterface/HeldGrid.h"
-#include "datainterface/TimeAPI.h"
 
 using namespace datainterface;
 
