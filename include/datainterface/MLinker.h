@@ -67,11 +67,11 @@ public:
 private:
     template <class Visit> void visitLinkedViews(Visit visit);
     void meet(MLinker *view);
+    void part(MLinker *view);
 
     MAttributes *mAttributes = nullptr; ///< not owned
     bool mIsPrimarySelector = false;
     QSet<MLinker *> mLinkedViews;  ///< views that this one drives
     QSet<MLinker *> mLinkingViews; ///< views that drive this one
-    QSet<MLinker *>
-        mMetViews; ///< all that ever stood in a set of the other; told when this one dies
+    QSet<MLinker *> mMetViews;     ///< views with a link to this one on either side
 };

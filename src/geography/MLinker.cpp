@@ -101,6 +101,7 @@ void MLinker::Unlink(MLinker *view)
         return;
     mLinkedViews.remove(view);
     view->mLinkingViews.remove(this);
+    part(view);
 }
 
 void MLinker::AddLinkingView(MLinker *view)
@@ -114,11 +115,13 @@ void MLinker::AddLinkingView(MLinker *view)
 void MLinker::UnlinkSource(MLinker *view)
 {
     mLinkingViews.remove(view);
+    part(view);
 }
 
 void MLinker::UnlinkDestination(MLinker *view)
 {
     mLinkedViews.remove(view);
+    part(view);
 }
 
 void MLinker::LinkViews(MLinker *a, MLinker *b)
@@ -150,4 +153,16 @@ void MLinker::meet(MLinker *view)
 {
     mMetViews.insert(view);
     view->mMetViews.insert(this);
+}
+
+// The view may be dead, unless it is known here: it is not looked at otherwise.
+void MLinker::part(MLinker *view)
+{
+    const auto leads = [](const MLinker *from, MLinker *to) {
+        return from->mLinkedViews.contains(to) || from->mLinkingViews.contains(to);
+    };
+    if (!mMetViews.contains(view) || leads(this, view) || leads(view, this))
+        return;
+    mMetViews.remove(view);
+    view->mMetViews.remove(this);
 }
