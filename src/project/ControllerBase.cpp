@@ -129,7 +129,7 @@ QString ControllerBase::GetUniqueGeographyName(const QString &name)
 
 QString ControllerBase::GetUniqueDatasetName(int geographyId, const QString &name)
 {
-    return uniqueDatasetName(geographyId, name);
+    return uniqueDatasetName(mGeographies.value(geographyId), name);
 }
 
 int ControllerBase::AddNewVectorGeography(const QString &fileName, const QString &name,

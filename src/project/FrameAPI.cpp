@@ -110,7 +110,7 @@ QString VORN_GetUniqueDatasetName(int geographyId, const QString &name)
 
 QString VORN_SuggestUniqueDatasetName(int geographyId, const QString &name)
 {
-    return uniqueDatasetName(geographyId, name);
+    return uniqueDatasetName(controller()->GetGeoData().value(geographyId), name);
 }
 
 int VORN_DisplayScatterplot(int dataIdX, int dataIdY, qint64 t, const QString &title,

@@ -2,16 +2,13 @@
 #include "project/datasetNames.h"
 #include <QSet>
 #include "Common/uniqueName.h"
-#include "datainterface/ControllerBase.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
-#include "frame/frameState.h"
 
 namespace datainterface {
 
-QString uniqueDatasetName(int geographyId, const QString &name)
+QString uniqueDatasetName(const MGeoData *geography, const QString &name)
 {
-    const MGeoData *geography = controller()->GetGeoData().value(geographyId);
     MDataSource *source = geography ? geography->GetDataSource() : nullptr;
     if (!source)
         return name;

@@ -3,10 +3,12 @@
 #pragma once
 #include <QString>
 
+class MGeoData;
+
 namespace datainterface {
 
 /// `name`, or "name n" with the first n from 2 on that no dataset of the geography shows; `name`
-/// when the geography is unknown.
-QString uniqueDatasetName(int geographyId, const QString &name);
+/// without a geography.
+QString uniqueDatasetName(const MGeoData *geography, const QString &name);
 
 } // namespace datainterface

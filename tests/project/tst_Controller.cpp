@@ -40,6 +40,12 @@ void TestController::namesAreNumberedFromTwo()
              QString::fromUtf8("Größe 2"));
     QCOMPARE(VORN_GetUniqueDatasetName(a + 77, QString::fromUtf8("Größe")),
              QString::fromUtf8("Größe"));
+    ControllerBase other; // knows its own geographies, whichever controller is installed
+    QCOMPARE(other.GetUniqueDatasetName(a, QString::fromUtf8("Größe")), QString::fromUtf8("Größe"));
+    datainterface::setController(nullptr);
+    QCOMPARE(model.controller.GetUniqueDatasetName(a, QString::fromUtf8("Größe")),
+             QString::fromUtf8("Größe 2"));
+    datainterface::setController(&model.controller);
     QVERIFY(VORN_GetDatasetByName(a, QString::fromUtf8("Größe")) >= 0);
     QCOMPARE(VORN_GetDatasetByName(a, QString::fromUtf8("größe")), -1);
 }
