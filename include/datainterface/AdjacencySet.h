@@ -154,6 +154,9 @@ public:
     /// Whether the lists of each time are as many as that, as in every set that was not damaged.
     bool HoldsListsOf(unsigned int objectCount) const;
 
+    /// The blocks of the block store that hold its lists.
+    void AppendBlockIds(QVector<int> &ids) const;
+
     int GetId() const { return mId; }
     QString GetName() const { return mName; }
     MGeoData *GetGeoData() const { return mGeoData; }
@@ -199,7 +202,8 @@ private:
     bool readLists(QDataStream &in);
     void renumberWeights();
 
-    static int sNextId; ///< of the process; negative: not set up
+    static constexpr int kIdCount = 1 << 16; ///< numbers that the lower half of an id holds
+    static int sNextId;                      ///< of the process; negative: not set up
 
     QString mName;
     GeographyType mGeoType = PointGeography;

@@ -152,6 +152,7 @@ DATAINTERFACE_EXPORT int VORN_MigrateDataset(int id, int targetGeographyId, bool
 // Descriptions
 /// False for an absent key.
 DATAINTERFACE_EXPORT bool VORN_GetDatasetAttribute(int id, const QString &key, QVariant &value);
+/// False, with nothing changed, for a value that MMetaData::setTag refuses, too.
 DATAINTERFACE_EXPORT bool VORN_SetDatasetAttribute(int id, const QString &key,
                                                    const QVariant &value);
 DATAINTERFACE_EXPORT QString VORN_GetDatasetMetaData(int id, const QString &key);

@@ -81,6 +81,7 @@ public:
     /// The present name emits no signal.
     virtual bool SetDisplayName(int id, const char *name);
     virtual QVariant GetMetaData(int id, const QString &key);
+    /// False for a value that MMetaData::setTag refuses, too.
     virtual bool SetMetaData(int id, const QString &key, const QVariant &value);
     virtual QString GetShortDescription(int id);
     virtual bool SetShortDescription(int id, const QString &text);

@@ -129,6 +129,11 @@ public:
                                     VORN_DataContainer &values, bool overwrite,
                                     bool updateFrequencies) = 0;
 
+    /// The blocks of the block store that hold its values.
+    virtual void AppendBlockIds(QVector<int> &) const {}
+    /// Gives up all values with their counts and statistics, of every realization.
+    virtual void DropValues() {}
+
     int GetId() const { return mId; }
     void SetId(int id) { mId = id; }
     /// A Kind: the first word of the stream form.
@@ -142,7 +147,11 @@ public:
     MMetaData GetMetaData() const { return mMetaData; }
     QVariant GetMetaData(const QString &key) const { return mMetaData[key]; }
     void SetMetaData(const MMetaData &metaData) { mMetaData = metaData; }
-    void SetMetaData(const QString &key, const QVariant &value) { mMetaData.setTag(key, value); }
+    /// False for a value that MMetaData::setTag refuses.
+    bool SetMetaData(const QString &key, const QVariant &value)
+    {
+        return mMetaData.setTag(key, value);
+    }
 
     QList<pathLevel> GetHierarchyPath() const { return mHierarchyPath; }
     void SetHierarchyPath(const QList<pathLevel> &path) { mHierarchyPath = path; }

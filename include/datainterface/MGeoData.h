@@ -27,7 +27,8 @@ class MLinker;
 class QDataStream;
 namespace datainterface {
 struct LoadContext;
-}
+class ProjectReader;
+} // namespace datainterface
 
 /// A QObject so that views can listen. Owns its data source, which the derived class makes, its
 /// weight sets, and the attributes that the application adds.
@@ -145,6 +146,11 @@ public:
     TimeFormat GetTheTimeFormat() const { return mTimeFormat; }
     void SetTimeFormat(TimeFormat format) { mTimeFormat = format; }
     bool IsStatic() const { return mIsStatic; }
+    bool HasValidId() const { return mId < kIdLimit; }
+    /// The blocks of the block store that its datasets and weight sets hold.
+    void AppendBlockIds(QVector<int> &ids) const;
+    /// Gives up the values of all datasets and the lists of all weight sets.
+    void DropValues();
     /// Null until the geography is initialised or restored.
     MDataSource *GetDataSource() const { return mDataSource; }
 
@@ -179,6 +185,7 @@ protected:
     void selectByRange(int dataset, int realization, qint64 time, double low, double high,
                        int attribute);
 
+    friend class datainterface::ProjectReader;
     /// RestoreFromStream with what the parts of a load tell each other.
     virtual bool Restore(QDataStream &in, datainterface::LoadContext &context);
 
@@ -186,7 +193,7 @@ protected:
     GeoProps BaseProperties();
 
     /// The id and the counter, as they stand together in every version.
-    bool restoreIds(QDataStream &in);
+    bool restoreIds(QDataStream &in, const datainterface::LoadContext &context);
     /// The weight sets, under ids or, in files before 120000, under names.
     bool readWeightSets(QDataStream &in, const datainterface::LoadContext &context);
     /// Of a file before 400002: frees all lists, and removes the sets that only a host could fill
@@ -196,6 +203,9 @@ protected:
     /// been read.
     bool weightSetsFit() const;
 
+    /// Ids are the upper half of a dataset's id, so there are 15 bits for them. A geography that is
+    /// made when all are given out has this number and cannot be entered.
+    static constexpr int kIdLimit = 0x8000;
     static int mNextId;
 
     QString mName;

@@ -15,8 +15,12 @@ public:
     MMetaData &operator=(const MMetaData &) = default;
     virtual ~MMetaData();
 
-    /// Sets or replaces.
-    void setTag(const QString &key, const QVariant &value);
+    /// Sets or replaces. False, with nothing changed, for a value that a project file cannot hold.
+    /// It holds Qt's own value types: numbers, bool, QChar, QString, QByteArray, lists of the last
+    /// two, QBitArray, dates and times, QUrl, QUuid, QLocale, regular expressions, JSON, points,
+    /// sizes, rectangles, lines, polygons, QColor, QTransform, QMatrix4x4, QVector2D to QVector4D,
+    /// QQuaternion; and lists, maps and hashes of them, nested to 32 levels.
+    bool setTag(const QString &key, const QVariant &value);
     /// Appends with no separator; an absent tag is made. False when the tag holds something other
     /// than text.
     bool addTextToTag(const QString &key, const QString &text);

@@ -16,6 +16,7 @@ public:
                 const QString &filePath);
 
     bool SaveToStream(QDataStream &out) override;
+    bool RestoreFromStream(QDataStream &in) override;
     bool IsValid() const override;
     GeoProps GetProperties() override;
     /// Cells, at any time.

@@ -32,6 +32,7 @@ public:
     static bool IsGrid(qint64 columns, qint64 rows, const QRectF &bounds);
 
     bool SaveToStream(QDataStream &out) override;
+    bool RestoreFromStream(QDataStream &in) override;
     unsigned int GetObjectCount() const override { return mColumns * mRows; }
     bool IsDatasetIdValid(int id) const override;
     /// From one shown cell to the next, row by row, in steps of the display.

@@ -70,9 +70,12 @@ public:
     /// value.
     const MissingFlag &GetCellFlag() const { return mCellFlag; }
 
-    /// RestoreFromStream refuses files before 180005, which held the cells inline.
     bool SaveToStream(QDataStream &out) override;
+    /// Files before 180005, which held the cells here, are refused.
+    bool RestoreFromStream(QDataStream &in) override;
     DatasetProps GetProperties(const MGeoData *geography) override;
+    void AppendBlockIds(QVector<int> &ids) const override;
+    void DropValues() override;
     bool CheckInRealization(int realization,
                             int arg) const override; ///< raises "Invalid realization index"
     bool CheckOutRealization(int realization, int arg) const override;

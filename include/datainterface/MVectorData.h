@@ -21,6 +21,7 @@ public:
     ~MVectorData() override;
 
     bool SaveToStream(QDataStream &out) override;
+    bool RestoreFromStream(QDataStream &in) override;
     bool IsValid() const override;
     void SetName(const QString &name) override;
     GeoProps GetProperties() override;

@@ -17,6 +17,7 @@ public:
     MVectorDataSource(const QString &directory, unsigned int objectCount, int idSeed);
 
     bool SaveToStream(QDataStream &out) override;
+    bool RestoreFromStream(QDataStream &in) override;
     unsigned int GetObjectCount() const override { return mObjectCount; }
     bool IsDatasetIdValid(int id) const override;
     /// One step along x.
@@ -127,6 +128,8 @@ public:
     const MVectorDataset *GetVectorDataset(int id) const;
     /// Removes the objects' values from all datasets; indices out of range are left out.
     void RemoveObjects(const QSet<int> &objects);
+    /// MVectorDataset::RequireReleased of every dataset.
+    void RequireReleased(const QSet<int> &objects) const;
     /// Frees the series that datasets of files before 201044 hold of objects that are gone.
     void CleanPre201044Data();
     bool GetDataValues(int id, int realization, qint64 t, QVector<double> &values,

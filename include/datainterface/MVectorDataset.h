@@ -112,7 +112,10 @@ public:
 
     // Storage.
     bool SaveToStream(QDataStream &out) override;
+    bool RestoreFromStream(QDataStream &in) override;
     DatasetProps GetProperties(const MGeoData *geography) override;
+    void AppendBlockIds(QVector<int> &ids) const override;
+    void DropValues() override;
     bool IsNumeric() const override { return mDataType != StringType; }
     bool IsDecimal() const override { return mDataType == DecimalType; }
     bool IsInteger() const override { return mDataType == IntegerType; }
@@ -295,6 +298,8 @@ public:
     /// values of its cell, in this dataset's type. The long description tells the origin. Raises
     /// "Invalid data type" for other kinds of datasets.
     bool ImportDataset(const MDataset *source, const QVector<int> &objectMap);
+    /// Raises "Time series still in use" for an object among `ids` whose series is checked out.
+    void RequireReleased(const QSet<int> &ids) const;
     /// Frees the series that shrinking left behind.
     void CleanPre201044Data();
 

@@ -63,6 +63,9 @@ public:
     bool SaveProjectData(QDataStream &out, bool compress, ProgressCallback report);
     bool RestoreProjectData(QDataStream &in, bool compressed, ProgressCallback report);
 
+    /// Deletes the blocks in the file whose ids are not among `kept`.
+    void DeleteBlocksBut(QVector<int> kept);
+
     State Inspect() const;
 
 private:

@@ -99,7 +99,7 @@ bool DataManager::RestoreProjectData(QDataStream &in, bool compressed, ProgressC
     const int count = readCount(in, kMinBlockBytes);
     if (in.status() != QDataStream::Ok || nextId < 0)
         return false;
-    mNextId = nextId;
+    mNextId = std::max(mNextId, nextId); // a store that was not reset has given ids out
     for (int i = 0; i < count; ++i) {
         qint32 id = -1;
         QByteArray stored;
@@ -128,6 +128,16 @@ bool DataManager::RestoreBlock(int id, const QByteArray &bytes)
         return false;
     mNextId = std::max(mNextId, id + 1);
     return true;
+}
+
+void DataManager::DeleteBlocksBut(QVector<int> kept)
+{
+    const QMutexLocker lock(&mLock);
+    std::sort(kept.begin(), kept.end());
+    const QVector<int> ids = mTable.WrittenIds();
+    for (int id : ids)
+        if (!std::binary_search(kept.cbegin(), kept.cend(), id))
+            DeleteDataBlock(id);
 }
 
 void VORN_SetProjectCompression(int level)

@@ -88,7 +88,7 @@ bool MDataset::SaveToStream(QDataStream &out)
 bool MDataset::RestoreFromStream(QDataStream &in)
 {
     LoadContext context = loadContext();
-    return Restore(in, context);
+    return MDataset::Restore(in, context);
 }
 
 bool MDataset::Restore(QDataStream &in, LoadContext &context)

@@ -11,9 +11,12 @@ constexpr qint64 kMinTextPairBytes = 8;
 
 MMetaData::~MMetaData() = default;
 
-void MMetaData::setTag(const QString &key, const QVariant &value)
+bool MMetaData::setTag(const QString &key, const QVariant &value)
 {
+    if (!datainterface::isStorable(value))
+        return false;
     mTags.insert(key, value);
+    return true;
 }
 
 bool MMetaData::addTextToTag(const QString &key, const QString &text)
@@ -46,7 +49,8 @@ QVariant MMetaData::operator[](const QString &key) const
 
 QDataStream &operator<<(QDataStream &out, const MMetaData &metaData)
 {
-    return out << metaData.values();
+    datainterface::writeVariantMap(out, metaData.values());
+    return out;
 }
 
 QDataStream &operator>>(QDataStream &in, MMetaData &metaData)

@@ -22,6 +22,16 @@ template <class... Maps> void deleteContainers(std::tuple<Maps &...> maps)
     std::apply([](Maps &...map) { ((qDeleteAll(map), map.clear()), ...); }, maps);
 }
 
+// A slice of texts cannot be empty, so without objects there is none.
+template <class T> bool dropEmptySlices(MVectorDataset::SliceMap<T> &slices, int objectCount)
+{
+    if (!std::is_same_v<T, QString> || objectCount > 0)
+        return false;
+    qDeleteAll(slices);
+    slices.clear();
+    return true;
+}
+
 template <class Map> bool checkOutAll(const Map &map)
 {
     for (const auto *container : map)
@@ -66,6 +76,17 @@ MVectorDataset::~MVectorDataset()
     for (MVectorDataRealization &realization : realizationsToChange()) {
         deleteContainers(realization.maps());
     }
+}
+
+void MVectorDataset::DropValues()
+{
+    for (MVectorDataRealization &realization : realizationsToChange()) {
+        deleteContainers(realization.maps());
+    }
+    mFrequencies = RealizationVectorDataFrequencies();
+    mStatistics.fill(StatsRealization());
+    mTimeBounds = TimeStamp();
+    RemoveAllVariogramModels();
 }
 
 TimeStamp MVectorDataset::stampOf(const TimeStamp &stamp) const
@@ -221,8 +242,10 @@ bool MVectorDataset::Resize(int objectCount)
     RemoveAllVariogramModels();
     visitElement(mDataType, [&](auto element) {
         for (MVectorDataRealization &realization : realizationsToChange()) {
-            for (auto *slice : realization.slicesOf<ElementOf<decltype(element)>>())
-                slice->Resize(objectCount);
+            auto &slices = realization.slicesOf<ElementOf<decltype(element)>>();
+            if (!dropEmptySlices(slices, objectCount))
+                for (auto *slice : slices)
+                    slice->Resize(objectCount);
         }
     });
     mObjectCount = objectCount;
@@ -233,8 +256,10 @@ template <class T>
 void MVectorDataset::removeObjects(MVectorDataRealization &realization, const QVector<int> &ids)
 {
     const QSet<int> removed(ids.begin(), ids.end());
-    for (TimeSliceData<T> *slice : realization.slicesOf<T>())
-        slice->RemoveObjects(removed);
+    SliceMap<T> &slices = realization.slicesOf<T>();
+    if (!dropEmptySlices(slices, mObjectCount - ids.size()))
+        for (TimeSliceData<T> *slice : slices)
+            slice->RemoveObjects(removed);
 
     SeriesMap<T> kept;
     int removedBelow = 0;
@@ -250,21 +275,29 @@ void MVectorDataset::removeObjects(MVectorDataRealization &realization, const QV
     series = kept;
 }
 
+void MVectorDataset::RequireReleased(const QSet<int> &ids) const
+{
+    visitElement(mDataType, [&](auto element) {
+        using T = ElementOf<decltype(element)>;
+        for (const MVectorDataRealization &realization : qAsConst(mRealizationData)) {
+            for (const int id : ids) {
+                const TimeSeriesData<T> *series =
+                    realization.template seriesOf<T>().value(id, nullptr);
+                require(!series || series->CheckOutCount() == 0, "Time series still in use");
+            }
+        }
+    });
+}
+
 void MVectorDataset::RemoveObjects(const QSet<int> &ids)
 {
     QVector<int> sorted;
     std::copy_if(ids.begin(), ids.end(), std::back_inserter(sorted),
                  [this](int id) { return holdsObject(id); });
     std::sort(sorted.begin(), sorted.end());
+    RequireReleased(QSet<int>(sorted.begin(), sorted.end()));
     visitElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
-        for (const MVectorDataRealization &realization : qAsConst(mRealizationData)) {
-            for (const int id : sorted) {
-                const TimeSeriesData<T> *series =
-                    realization.template seriesOf<T>().value(id, nullptr);
-                require(!series || series->CheckOutCount() == 0, "Time series still in use");
-            }
-        }
         auto &realizations = realizationsToChange();
         for (auto realization = realizations.begin(); realization != realizations.end();
              ++realization) {

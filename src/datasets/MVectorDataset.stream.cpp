@@ -116,6 +116,19 @@ QDataStream &operator>>(QDataStream &in, MVectorDataRealization &realization)
     return in;
 }
 
+void MVectorDataset::AppendBlockIds(QVector<int> &ids) const
+{
+    const auto append = [&ids](const auto &...maps) {
+        const auto appendMap = [&ids](const auto &map) {
+            for (const auto *container : map)
+                ids.append(container->BlockId());
+        };
+        (appendMap(maps), ...);
+    };
+    for (const MVectorDataRealization &realization : qAsConst(mRealizationData))
+        std::apply(append, realization.maps());
+}
+
 bool MVectorDataset::SaveToStream(QDataStream &out)
 {
     if (!MDataset::SaveToStream(out))
@@ -123,6 +136,12 @@ bool MVectorDataset::SaveToStream(QDataStream &out)
     out << static_cast<qint32>(mStorageType) << static_cast<qint32>(mObjectCount) << mFrequencies
         << mRealizationData;
     return true;
+}
+
+bool MVectorDataset::RestoreFromStream(QDataStream &in)
+{
+    LoadContext context = loadContext();
+    return MVectorDataset::Restore(in, context);
 }
 
 bool MVectorDataset::Restore(QDataStream &in, LoadContext &context)

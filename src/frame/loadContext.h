@@ -14,6 +14,9 @@ struct LoadContext {
     /// The same number as the data source's own table has it, in files before
     /// fileVersions::kSourceEndsWithCount.
     int tableObjectCount = 0;
+    /// Called with a geography's id before anything of it takes a block: what stands under the id
+    /// goes first. Null when a part is read alone.
+    void (*makeWay)(int geographyId) = nullptr;
 
     bool since(int first) const { return version >= first; }
     bool between(int first, int end) const { return version >= first && version < end; }

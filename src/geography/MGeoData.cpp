@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/MGeoData.h"
+#include <utility>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
 #include "datainterface/AdjacencySet.h"
@@ -14,9 +15,6 @@
 using namespace datainterface;
 
 namespace {
-
-// Ids are the upper half of a dataset's id, so there are 15 bits for them.
-constexpr int kIdLimit = 0x8000;
 
 const Connection kNameConnections[] = {
     {SIGNAL(GeographyNameChangedSignal(MGeoData *, const char *)),
@@ -59,15 +57,19 @@ TimeFormat readTimeFormat(QDataStream &in, const LoadContext &context)
 int MGeoData::mNextId = 0;
 
 MGeoData::MGeoData(const QString &name, TimeFormat format, const QString &filePath)
-    : mName(name), mTimeFormat(format), mId(mNextId++), mFilePath(filePath)
+    : mName(name), mTimeFormat(format), mId(mNextId), mFilePath(filePath)
 {
+    if (mNextId < kIdLimit)
+        ++mNextId;
 }
 
+// A host may answer destroyed() by a call that comes back here, so each list is empty before its
+// members go.
 MGeoData::~MGeoData()
 {
-    qDeleteAll(mSpatialWeightSets);
-    delete mDataSource;
-    qDeleteAll(mAttributes);
+    qDeleteAll(std::exchange(mSpatialWeightSets, {}));
+    delete std::exchange(mDataSource, nullptr);
+    qDeleteAll(std::exchange(mAttributes, {}));
     for (MLinker *view : std::as_const(mObjectManagers))
         disconnect(view, nullptr, this, nullptr);
 }
@@ -83,14 +85,14 @@ bool MGeoData::SaveToStream(QDataStream &out)
 bool MGeoData::RestoreFromStream(QDataStream &in)
 {
     LoadContext context = loadContext();
-    return Restore(in, context);
+    return MGeoData::Restore(in, context);
 }
 
 bool MGeoData::Restore(QDataStream &in, LoadContext &context)
 {
     if (context.since(fileVersions::kGeographyHasName))
         in >> mName;
-    if (!restoreIds(in))
+    if (!restoreIds(in, context))
         return false;
     mIsStatic = false;
     if (context.since(fileVersions::kGeographyHasStatic)) {
@@ -113,7 +115,7 @@ bool MGeoData::Restore(QDataStream &in, LoadContext &context)
     return in.status() == QDataStream::Ok;
 }
 
-bool MGeoData::restoreIds(QDataStream &in)
+bool MGeoData::restoreIds(QDataStream &in, const LoadContext &context)
 {
     qint32 id = 0;
     qint32 nextId = 0;
@@ -121,9 +123,28 @@ bool MGeoData::restoreIds(QDataStream &in)
     if (in.status() != QDataStream::Ok || id < 0 || id >= kIdLimit || nextId < 0
         || nextId > kIdLimit)
         return false;
+    if (context.makeWay)
+        context.makeWay(id);
     mId = id;
     mNextId = nextId;
     return true;
+}
+
+void MGeoData::AppendBlockIds(QVector<int> &ids) const
+{
+    const QList<DataId> datasets = mDataSource ? mDataSource->GetDatasetIds() : QList<DataId>();
+    for (const DataId &id : datasets)
+        mDataSource->GetDataset(id)->AppendBlockIds(ids);
+    for (const AdjacencySet *set : mSpatialWeightSets)
+        set->AppendBlockIds(ids);
+}
+
+void MGeoData::DropValues()
+{
+    const QList<DataId> datasets = mDataSource ? mDataSource->GetDatasetIds() : QList<DataId>();
+    for (const DataId &id : datasets)
+        mDataSource->GetDataset(id)->DropValues();
+    ClearSpatialWeightSets();
 }
 
 QString MGeoData::GetName()

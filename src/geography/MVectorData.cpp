@@ -189,6 +189,7 @@ void MVectorData::RemoveObjects(const QSet<int> &objects)
     for (int object : objects)
         if (object >= 0 && object < mFennimIdMap.size())
             present.insert(object);
+    mVectorDataSource->RequireReleased(present);
     Q_EMIT ObjectsWillBeRemovedSignal(mId, objects);
     QVector<int> kept;
     for (int object = 0; object < mFennimIdMap.size(); ++object) {

@@ -61,6 +61,12 @@ bool MVectorData::SaveToStream(QDataStream &out)
     return mDataSource->SaveToStream(out);
 }
 
+bool MVectorData::RestoreFromStream(QDataStream &in)
+{
+    LoadContext context = loadContext();
+    return MVectorData::Restore(in, context);
+}
+
 bool MVectorData::Restore(QDataStream &in, LoadContext &context)
 {
     const bool startsWithBase = context.since(fileVersions::kVectorStartsWithBase);
@@ -72,7 +78,7 @@ bool MVectorData::Restore(QDataStream &in, LoadContext &context)
         return false;
     if (!context.since(fileVersions::kGeographyHasName))
         mName = mFennims->GetName();
-    if (!startsWithBase && !restoreIds(in))
+    if (!startsWithBase && !restoreIds(in, context))
         return false;
     if (!restoreObjectNumbers(in, context))
         return false;

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QStandardPaths>
 #include <memory>
+#include <utility>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
 #include "Common/detail/tempFile.h"
@@ -24,7 +25,7 @@ ControllerBase::ControllerBase() = default;
 
 ControllerBase::~ControllerBase()
 {
-    qDeleteAll(mGeographies);
+    qDeleteAll(std::exchange(mGeographies, {})); // a listener of destroyed() finds none
 }
 
 void ControllerBase::MarkProjectClean()
@@ -145,7 +146,7 @@ int ControllerBase::AddNewVectorGeography(const QString &fileName, const QString
     auto geography =
         std::make_unique<MVectorData>(name, format, isTesting() ? QString() : scratchDirectory());
     const FMProjectionInfo projection = fennims->GetProjectionSettings();
-    if (!geography->Initialize(fennims.release(), false))
+    if (!geography->HasValidId() || !geography->Initialize(fennims.release(), false))
         return -1;
     geography->GetMetaData().setTag(QStringLiteral("History"), history);
     setProjectionTags(geography->GetMetaData(), projection, AngularUnit::Code);
@@ -161,7 +162,8 @@ int ControllerBase::AddNewRasterGeography(const QString &name, unsigned int rows
 {
     auto geography = std::make_unique<MRasterData>(name, stamp, format,
                                                    isTesting() ? QString() : scratchDirectory());
-    if (!geography->Initialize(static_cast<int>(rows), static_cast<int>(columns), bounds))
+    if (!geography->HasValidId()
+        || !geography->Initialize(static_cast<int>(rows), static_cast<int>(columns), bounds))
         return -1;
     geography->GetMetaData().setTag(QStringLiteral("History"), history);
     geography->GetMetaData().setTag(QStringLiteral("Projection"), projection);

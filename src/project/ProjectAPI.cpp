@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QStringList>
 #include <memory>
+#include "Common/DataManager.h"
 #include "Common/detail/streams.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataBlocks.h"
@@ -21,6 +22,19 @@
 #include "project/scratchDirectory.h"
 
 using namespace datainterface;
+
+namespace datainterface {
+
+/// Restores a geography as a part of a project.
+class ProjectReader {
+public:
+    static bool restore(MGeoData &geography, QDataStream &in, LoadContext &context)
+    {
+        return geography.Restore(in, context);
+    }
+};
+
+} // namespace datainterface
 
 namespace {
 
@@ -36,13 +50,13 @@ void writeReserved(QDataStream &out)
         << qint32(0) << qint32(0);
 }
 
-void skipReserved(QDataStream &in, int version)
+void skipReserved(QDataStream &in, const LoadContext &context)
 {
     QColor color;
     qint8 flag = 0;
     qint32 number = 0;
     in >> color >> flag >> flag >> flag >> flag >> number >> number >> number;
-    if (version < fileVersions::kNamesGeographyKinds)
+    if (!context.since(fileVersions::kNamesGeographyKinds))
         in >> number;
 }
 
@@ -110,32 +124,37 @@ std::unique_ptr<MGeoData> newGeography(qint8 kind)
     return nullptr;
 }
 
+// What a load replaces goes before its successor's first value comes, and the host hears of it.
+void makeWay(int geographyId)
+{
+    if (controller()->GetGeoData().contains(geographyId))
+        controller()->RemoveGeography(geographyId);
+}
+
 // A geography that cannot be read ends the load: what follows it in the stream would be read at the
 // wrong place.
-bool readGeography(QDataStream &in, int version)
+bool readGeography(QDataStream &in, const LoadContext &project)
 {
     qint8 kind = VectorKind;
-    if (version >= fileVersions::kNamesGeographyKinds)
+    if (project.since(fileVersions::kNamesGeographyKinds))
         in >> kind;
     std::unique_ptr<MGeoData> geography = newGeography(kind);
-    if (!geography || !geography->RestoreFromStream(in))
+    LoadContext context = project;
+    if (!geography || !ProjectReader::restore(*geography, in, context))
         return false;
-    // One that stands under the id already belongs to a project that was not unloaded, and nobody
-    // could reach it again.
-    MGeoData *&entry = controller()->GetGeoData()[geography->GetId()];
-    delete entry;
-    entry = geography.release();
+    const int id = geography->GetId();
+    controller()->GetGeoData().insert(id, geography.release());
     return true;
 }
 
-bool readGeographies(QDataStream &in, int version)
+bool readGeographies(QDataStream &in, const LoadContext &context)
 {
     constexpr qint64 kLeastNameBytes = 4;
     QStringList names;
     if (!readList(in, names, kLeastNameBytes))
         return false;
     for (int i = 0; i < names.size(); ++i)
-        if (!readGeography(in, version))
+        if (!readGeography(in, context))
             return false;
     return true;
 }
@@ -147,24 +166,41 @@ void cleanOldDatasets()
             source->CleanPre201044Data();
 }
 
+// Nobody could ever free a block without an owner. Files of 201042 to 400001 have them: their
+// weight lists are dropped as soon as they are read.
+bool readBlocks(QDataStream &in, const LoadContext &context)
+{
+    if (!context.since(fileVersions::kHasBlocks))
+        return true;
+    if (!RestoreProjectData(in, context.since(fileVersions::kPacksBlocks)))
+        return false;
+    QVector<int> owned;
+    for (const MGeoData *geography : std::as_const(controller()->GetGeoData()))
+        geography->AppendBlockIds(owned);
+    blockStore().DeleteBlocksBut(owned);
+    return true;
+}
+
 bool readProject(QDataStream &in)
 {
     if (!readVersion(in))
         return false;
-    const int version = dataInterfaceVersionLoading;
-    in.setVersion(streamVersionOf(version));
+    // What stays of a project that was not unloaded has lost its blocks. Containers that still
+    // named them would give back those of this project.
+    for (MGeoData *geography : std::as_const(controller()->GetGeoData()))
+        geography->DropValues();
+    LoadContext context = loadContext();
+    context.makeWay = &makeWay;
+    in.setVersion(streamVersionOf(context.version));
     QString application;
-    if (version >= fileVersions::kNamesApplication)
+    if (context.since(fileVersions::kNamesApplication))
         in >> application;
-    skipReserved(in, version);
-    if (!readGeographies(in, version))
+    skipReserved(in, context);
+    if (!readGeographies(in, context) || !readBlocks(in, context))
         return false;
-    if (version >= fileVersions::kHasBlocks
-        && !RestoreProjectData(in, version >= fileVersions::kPacksBlocks))
-        return false;
-    if (version < fileVersions::kHasNoStraySeries)
+    if (!context.since(fileVersions::kHasNoStraySeries))
         cleanOldDatasets();
-    if (version >= fileVersions::kHasVariogramModels)
+    if (context.since(fileVersions::kHasVariogramModels))
         controller()->RestoreNonconditionalVariogramModelsFromStream(in);
     return in.status() == QDataStream::Ok;
 }
@@ -204,4 +240,5 @@ void VORN_UnloadProject()
     const QList<int> ids = controller()->GetGeoData().keys();
     for (int id : ids)
         controller()->RemoveGeography(id);
+    controller()->RemoveAllNonConVariogramModels();
 }

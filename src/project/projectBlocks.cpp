@@ -3,25 +3,18 @@
 #include "Common/DataManager.h"
 #include "Common/detail/pendingWrite.h"
 #include "datainterface/DataBlocks.h"
-#include "datainterface/VORN_Progress.h"
+#include "frame/progressSection.h"
 
-namespace {
-
-ProgressCallback progressReport()
-{
-    return VORN_Progress::UsingProgressBar() ? &VORN_Progress::UpdateProgress : nullptr;
-}
-
-} // namespace
+using namespace datainterface;
 
 bool SaveProjectData(QDataStream &out, bool compress)
 {
-    datainterface::PendingWrite::writeBack();
-    return blockStore().SaveProjectData(out, compress, progressReport());
+    PendingWrite::writeBack();
+    return blockStore().SaveProjectData(out, compress, progressCallback());
 }
 
 bool RestoreProjectData(QDataStream &in, bool compressed)
 {
-    datainterface::PendingWrite::writeBack();
-    return blockStore().RestoreProjectData(in, compressed, progressReport());
+    PendingWrite::writeBack();
+    return blockStore().RestoreProjectData(in, compressed, progressCallback());
 }

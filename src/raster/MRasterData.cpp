@@ -53,6 +53,12 @@ bool MRasterData::SaveToStream(QDataStream &out)
     return out.status() == QDataStream::Ok;
 }
 
+bool MRasterData::RestoreFromStream(QDataStream &in)
+{
+    LoadContext context = loadContext();
+    return MRasterData::Restore(in, context);
+}
+
 bool MRasterData::Restore(QDataStream &in, LoadContext &context)
 {
     if (!MGeoData::Restore(in, context))

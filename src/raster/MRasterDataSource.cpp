@@ -74,6 +74,12 @@ MDataset *MRasterDataSource::NewEmptyDataset(int kind)
     return kind == MDataset::RasterKind ? new MRasterDataset(this, QString()) : nullptr;
 }
 
+bool MRasterDataSource::RestoreFromStream(QDataStream &in)
+{
+    LoadContext context = loadContext();
+    return MRasterDataSource::Restore(in, context);
+}
+
 bool MRasterDataSource::Restore(QDataStream &in, LoadContext &context)
 {
     if (!MDataSource::Restore(in, context))

@@ -70,6 +70,18 @@ TimeStamp MRasterDataset::stampOf(const TimeStamp &stamp) const
     return TimeStamp(stamp.startTime, stamp.endTime, stamp.inclusiveStart, stamp.inclusiveEnd);
 }
 
+void MRasterDataset::DropValues()
+{
+    for (ObservationMap &grids : mRealizations) {
+        qDeleteAll(grids);
+        grids.clear();
+    }
+    mFrequencies = RealizationRasterDataFrequencies();
+    mStatistics.fill(StatsRealization());
+    mTimeBounds = TimeStamp();
+    RemoveAllVariogramModels();
+}
+
 void MRasterDataset::dropStatistics(int realization)
 {
     if (hasStatistics(realization))

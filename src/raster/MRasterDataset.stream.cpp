@@ -85,6 +85,13 @@ QDataStream &operator>>(QDataStream &in, RealizationRasterDataFrequencies &frequ
     return in;
 }
 
+void MRasterDataset::AppendBlockIds(QVector<int> &ids) const
+{
+    for (const ObservationMap &grids : mRealizations)
+        for (const MRasterObservation *grid : grids)
+            ids.append(grid->BlockId());
+}
+
 bool MRasterDataset::SaveToStream(QDataStream &out)
 {
     if (!MDataset::SaveToStream(out))
@@ -101,6 +108,12 @@ bool MRasterDataset::SaveToStream(QDataStream &out)
         }
     }
     return true;
+}
+
+bool MRasterDataset::RestoreFromStream(QDataStream &in)
+{
+    LoadContext context = loadContext();
+    return MRasterDataset::Restore(in, context);
 }
 
 bool MRasterDataset::Restore(QDataStream &in, LoadContext &context)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/MDataSource.h"
+#include <utility>
 #include "Common/detail/failure.h"
 #include "datainterface/dataContainer.h"
 #include "frame/listeners.h"
@@ -33,7 +34,8 @@ MDataSource::MDataSource(const QString &, int idSeed) : mNextDatasetId(idSeed)
 
 MDataSource::~MDataSource()
 {
-    for (MDataset *dataset : std::as_const(mDatasets))
+    const QMap<int, MDataset *> datasets = std::exchange(mDatasets, {});
+    for (MDataset *dataset : datasets) // a listener of destroyed() finds none here
         delete dataset;
 }
 
@@ -189,7 +191,8 @@ QVariant MDataSource::GetMetaData(int id, const QString &key)
 
 bool MDataSource::SetMetaData(int id, const QString &key, const QVariant &value)
 {
-    return tell(*this, id, [&](MDataset &dataset) { dataset.SetMetaData(key, value); });
+    MDataset *dataset = GetDataset(id);
+    return dataset && dataset->SetMetaData(key, value);
 }
 
 QString MDataSource::GetShortDescription(int id)

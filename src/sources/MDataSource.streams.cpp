@@ -96,7 +96,7 @@ bool MDataSource::SaveToStream(QDataStream &out)
 bool MDataSource::RestoreFromStream(QDataStream &in)
 {
     LoadContext context = loadContext();
-    return Restore(in, context);
+    return MDataSource::Restore(in, context);
 }
 
 bool MDataSource::Restore(QDataStream &in, LoadContext &context)

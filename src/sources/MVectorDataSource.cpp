@@ -25,6 +25,12 @@ bool MVectorDataSource::SaveToStream(QDataStream &out)
     return out.status() == QDataStream::Ok;
 }
 
+bool MVectorDataSource::RestoreFromStream(QDataStream &in)
+{
+    LoadContext context = loadContext();
+    return MVectorDataSource::Restore(in, context);
+}
+
 bool MVectorDataSource::Restore(QDataStream &in, LoadContext &context)
 {
     if (!MDataSource::Restore(in, context))
@@ -95,9 +101,16 @@ void MVectorDataSource::RemoveObjects(const QSet<int> &objects)
     for (int object : objects)
         if (object >= 0 && static_cast<unsigned int>(object) < mObjectCount)
             present.insert(object);
+    RequireReleased(present); // of all datasets before any has changed
     for (MDataset *dataset : std::as_const(mDatasets))
         static_cast<MVectorDataset *>(dataset)->RemoveObjects(present);
     mObjectCount -= static_cast<unsigned int>(present.size());
+}
+
+void MVectorDataSource::RequireReleased(const QSet<int> &objects) const
+{
+    for (const MDataset *dataset : std::as_const(mDatasets))
+        static_cast<const MVectorDataset *>(dataset)->RequireReleased(objects);
 }
 
 void MVectorDataSource::CleanPre201044Data()

@@ -18,7 +18,6 @@ using namespace datainterface;
 namespace {
 
 constexpr int kGeographyShift = 16;
-constexpr int kIdCount = 1 << kGeographyShift;
 constexpr double kUnusedRange = 100.0; // what sets of nearest points keep in the field
 
 bool isByBorder(spatialWeightType type)

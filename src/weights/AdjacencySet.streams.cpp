@@ -16,7 +16,6 @@ using namespace datainterface;
 
 namespace {
 
-constexpr int kIdCount = 1 << 16;
 constexpr qint64 kStampBytes = 24;
 constexpr qint64 kCountBytes = 4;
 constexpr qint64 kOldDatumBytes = 12; // at least: floats are 4 or 8 bytes by the stream's version
@@ -120,6 +119,13 @@ QDataStream &operator>>(QDataStream &in, AdjacencySet *set)
 {
     set->RestoreFromStream(in);
     return in;
+}
+
+void AdjacencySet::AppendBlockIds(QVector<int> &ids) const
+{
+    for (const auto &entry : mWeights)
+        for (const egoNeighbors &list : *entry.second)
+            ids.append(list.blockId());
 }
 
 bool AdjacencySet::SaveToStream(QDataStream &out) const

@@ -157,6 +157,14 @@ void TestProjectBlocks::absurdFormsAreRefused()
 
 void TestProjectBlocks::counterGoesOnFromTheFile()
 {
+    // Of a store that was not reset, the further one of both counters.
+    for (int i = 0; i < 10; ++i)
+        QCOMPARE(mStore->SaveDataBlock("old"), i);
+    BytesReader behind(QByteArray::fromHex("00000002 00000001 00000001 00000001 61"));
+    QVERIFY(mStore->RestoreProjectData(behind, false, nullptr));
+    QCOMPARE(mStore->SaveDataBlock("new"), 10);
+    mStore->Reset();
+
     QVERIFY(restore(QByteArray::fromHex("0000006400000001000000050000000161"), false));
     QCOMPARE(mStore->SaveDataBlock("b"), 100);
     QByteArray bytes;

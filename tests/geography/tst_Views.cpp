@@ -226,6 +226,7 @@ private Q_SLOTS:
     void groupsDriveAllTheirViews();
     void viewsAndAttributesDieInAnyOrder();
     void theLastViewLeavesTheIdleState();
+    void theLastViewMayDieWithTheAttributes();
     void selectionByValues_data();
     void selectionByValues();
     void removedObjectsLeaveTheAttributes();
@@ -435,6 +436,26 @@ void TestViews::viewsAndAttributesDieInAnyOrder()
     View view(&first);
     QCOMPARE(raisedText([&] { view.SetAttributes(&second); }),
              QStringLiteral("Attributes already exist"));
+}
+
+// The geography brought attributes that were gone back to their idle state.
+void TestViews::theLastViewMayDieWithTheAttributes()
+{
+    TestModel model;
+    const int id = addPoints(4);
+    MVectorData &geography = model.vectorData(id);
+    auto *attributes = new MAttributes(4);
+    attributes->AddAttribute();
+    geography.AddAttributes(attributes);
+    auto *view = new View(attributes);
+    geography.AddObjectManager(view);
+    int left = -1;
+    connect(attributes, &QObject::destroyed, [&] {
+        left = geography.GetAttributes(0) != nullptr;
+        delete view;
+    });
+    model.controller.RemoveGeography(id);
+    QCOMPARE(left, 0);
 }
 
 void TestViews::theLastViewLeavesTheIdleState()

@@ -159,6 +159,7 @@ void TestProject::savedModelComesBack()
     const QString second = model.path(QStringLiteral("second"));
     QVERIFY(VORN_SaveProject(first));
     VORN_UnloadProject();
+    QCOMPARE(model.controller.GetNonConVariogramModelIds(), QList<int>());
     QVERIFY(VORN_SaveProject(second)); // an empty one
     QVERIFY(VORN_LoadProject(second));
     QVERIFY(model.controller.GetGeoData().isEmpty());

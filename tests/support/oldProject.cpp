@@ -111,7 +111,7 @@ private:
     }
 
     // Of the points alone: one that is calculated and one of the host's. Lists stand in place
-    // before 201042.
+    // before 201042, and there are none from 400002 on.
     void weightSets(int geography)
     {
         const QStringList names{QStringLiteral("near"), QStringLiteral("own")};
@@ -138,11 +138,15 @@ private:
     }
     void weightLists()
     {
-        mOut << qint32(!since(201042));
-        if (since(201042))
+        mOut << qint32(!since(400002));
+        if (since(400002))
             return;
         mOut << mValues.span(0) << qint32(s.objects);
         for (int object = 0; object < s.objects; ++object) {
+            if (since(201042)) {
+                mOut << qint32(mValues.store(QByteArray(4, '\0')));
+                continue;
+            }
             mOut << qint32(1) << qint32(0);
             if (since(130000))
                 mOut << 0.5f << 1.5f;

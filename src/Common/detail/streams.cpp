@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "Common/detail/streams.h"
 #include <QIODevice>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QMetaType>
+#include <QPolygon>
+#include <QPolygonF>
+#include <QVariantHash>
 #include <QVariantList>
 #include <QtEndian>
 #include <algorithm>
@@ -28,12 +34,17 @@ bool corrupt(QDataStream &in)
 
 bool readVariant(QDataStream &in, QVariant &value, int depth);
 
-bool readVariantPairs(QDataStream &in, QMap<QString, QVariant> &map, int depth)
+template <class Table> bool readVariantPairs(QDataStream &in, Table &table, int depth)
 {
-    return readMap(in, map, 4 + 5, [&](QString &key, QVariant &value) {
+    const int count = readCount(in, 4 + 5);
+    for (int i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        QString key;
+        QVariant value;
         in >> key;
         readVariant(in, value, depth);
-    });
+        table.insert(key, value);
+    }
+    return in.status() == QDataStream::Ok;
 }
 
 // Types whose own stream operators hold no nested variants and bound what they allocate.
@@ -70,9 +81,84 @@ bool isPlainType(int type)
     case QMetaType::QLine:
     case QMetaType::QLineF:
     case QMetaType::QColor:
+    case QMetaType::QBitArray:
+    case QMetaType::QLocale:
+    case QMetaType::QRegExp:
+    case QMetaType::QRegularExpression:
+    case QMetaType::QTransform:
+    case QMetaType::QMatrix4x4:
+    case QMetaType::QVector2D:
+    case QMetaType::QVector3D:
+    case QMetaType::QVector4D:
+    case QMetaType::QQuaternion:
         return true;
     default:
         return false;
+    }
+}
+
+// They stand as text, which Qt's parser reads to a depth of its own.
+bool isJsonType(int type)
+{
+    return type == QMetaType::QJsonValue || type == QMetaType::QJsonObject
+           || type == QMetaType::QJsonArray || type == QMetaType::QJsonDocument;
+}
+
+bool isReadableJson(const QVariant &value)
+{
+    QByteArray bytes;
+    BytesWriter out(&bytes);
+    out << value;
+    BytesReader in(bytes);
+    QVariant again;
+    return readVariant(in, again, 0);
+}
+
+template <class List> QVariant readListOf(QDataStream &in, qint64 minElementBytes)
+{
+    List list;
+    readList(in, list, minElementBytes);
+    return QVariant::fromValue(list);
+}
+
+// What stands behind the type and the null flag.
+QVariant readContents(QDataStream &in, int type, int depth)
+{
+    switch (type) {
+    case QMetaType::QVariantMap: {
+        QVariantMap map;
+        readVariantPairs(in, map, depth + 1);
+        return map;
+    }
+    case QMetaType::QVariantHash: {
+        QVariantHash hash;
+        readVariantPairs(in, hash, depth + 1);
+        return hash;
+    }
+    case QMetaType::QVariantList: {
+        QVariantList list;
+        readList(in, list, 5, [&](QVariant &element) { readVariant(in, element, depth + 1); });
+        return list;
+    }
+    case QMetaType::QStringList:
+        return readListOf<QStringList>(in, 4);
+    case QMetaType::QByteArrayList:
+        return readListOf<QByteArrayList>(in, 4);
+    case QMetaType::QPolygon:
+        return readListOf<QPolygon>(in, 8);
+    case QMetaType::QPolygonF:
+        return readListOf<QPolygonF>(in, 16);
+    case QMetaType::QByteArray: {
+        QByteArray bytes;
+        readBytes(in, bytes);
+        return bytes;
+    }
+    default: {
+        QVariant plain(type, nullptr);
+        if (!(isPlainType(type) || isJsonType(type)) || !QMetaType::load(in, type, plain.data()))
+            corrupt(in);
+        return plain;
+    }
     }
 }
 
@@ -95,42 +181,81 @@ bool readVariant(QDataStream &in, QVariant &value, int depth)
     }
     if (depth >= kMaxVariantDepth)
         return corrupt(in);
-    switch (type) {
-    case QMetaType::QVariantMap: {
-        QVariantMap map;
-        readVariantPairs(in, map, depth + 1);
-        value = map;
-        break;
-    }
-    case QMetaType::QVariantList: {
-        QVariantList list;
-        readList(in, list, 5, [&](QVariant &element) { readVariant(in, element, depth + 1); });
-        value = list;
-        break;
-    }
-    case QMetaType::QStringList: {
-        QStringList list;
-        readList(in, list, 4);
-        value = list;
-        break;
-    }
-    case QMetaType::QByteArray: {
-        QByteArray bytes;
-        readBytes(in, bytes);
-        value = bytes;
-        break;
-    }
-    default: {
-        if (!isPlainType(static_cast<int>(type)))
-            return corrupt(in);
-        QVariant plain(static_cast<int>(type), nullptr);
-        if (!QMetaType::load(in, static_cast<int>(type), plain.data()))
-            return corrupt(in);
-        value = isNull ? QVariant(static_cast<QVariant::Type>(type)) : plain;
-        break;
-    }
-    }
+    value = readContents(in, static_cast<int>(type), depth);
+    if (isNull)
+        value = QVariant(static_cast<QVariant::Type>(type));
     return in.status() == QDataStream::Ok;
+}
+
+bool isStorable(const QVariant &value, int depth)
+{
+    if (!value.isValid())
+        return true;
+    if (depth >= kMaxVariantDepth)
+        return false;
+    const auto areStorable = [depth](const auto &values) {
+        return std::all_of(values.begin(), values.end(), [depth](const QVariant &element) {
+            return isStorable(element, depth + 1);
+        });
+    };
+    switch (value.userType()) {
+    case QMetaType::QVariantMap:
+        return areStorable(value.toMap());
+    case QMetaType::QVariantHash:
+        return areStorable(value.toHash());
+    case QMetaType::QVariantList:
+        return areStorable(value.toList());
+    case QMetaType::QStringList:
+    case QMetaType::QByteArrayList:
+    case QMetaType::QPolygon:
+    case QMetaType::QPolygonF:
+    case QMetaType::QByteArray:
+        return true;
+    default:
+        return isPlainType(value.userType())
+               || (isJsonType(value.userType()) && isReadableJson(value));
+    }
+}
+
+void writeVariant(QDataStream &out, const QVariant &value);
+
+// From the last key to the first, as QMap writes itself.
+void writePairs(QDataStream &out, const QVariantMap &map)
+{
+    QList<QString> keys = map.keys();
+    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+    out << qint32(keys.size());
+    for (auto key = keys.crbegin(); key != keys.crend(); ++key) {
+        out << *key;
+        writeVariant(out, map.value(*key));
+    }
+}
+
+QVariantMap sorted(const QVariantHash &hash)
+{
+    QVariantMap map;
+    for (auto pair = hash.cbegin(); pair != hash.cend(); ++pair)
+        map.insert(pair.key(), hash.value(pair.key()));
+    return map;
+}
+
+void writeVariant(QDataStream &out, const QVariant &value)
+{
+    const int type = value.userType();
+    if (type != QMetaType::QVariantMap && type != QMetaType::QVariantHash
+        && type != QMetaType::QVariantList) {
+        out << value;
+        return;
+    }
+    out << quint32(type) << qint8(value.isNull());
+    if (type == QMetaType::QVariantList) {
+        const QVariantList list = value.toList();
+        out << qint32(list.size());
+        for (const QVariant &element : list)
+            writeVariant(out, element);
+    } else {
+        writePairs(out, type == QMetaType::QVariantMap ? value.toMap() : sorted(value.toHash()));
+    }
 }
 
 } // namespace
@@ -211,9 +336,22 @@ bool inflateBytes(const QByteArray &packed, QByteArray &bytes, qint64 limit)
     return true;
 }
 
+bool isStorable(const QVariant &value)
+{
+    return isStorable(value, 0);
+}
+
+void writeVariantMap(QDataStream &out, const QMap<QString, QVariant> &map)
+{
+    writePairs(out, map);
+}
+
 bool readVariantMap(QDataStream &in, QMap<QString, QVariant> &map)
 {
-    return readVariantPairs(in, map, 0);
+    map.clear();
+    if (!readVariantPairs(in, map, 0))
+        map.clear();
+    return in.status() == QDataStream::Ok;
 }
 
 QVector<int> ascending(const QSet<int> &set)
@@ -230,7 +368,7 @@ void writeIntSet(QDataStream &out, const QSet<int> &set)
 {
     const QVector<int> ids = ascending(set);
     out << qint32(ids.size());
-    for (const int id : ids)
+    for (int id : ids)
         out << qint32(id);
 }
 

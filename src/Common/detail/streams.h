@@ -66,9 +66,15 @@ bool readBytes(QDataStream &in, QByteArray &bytes);
 bool inflateBytes(const QByteArray &packed, QByteArray &bytes,
                   qint64 limit = std::numeric_limits<int>::max());
 
-/// A QVariant map as QDataStream writes it. Nesting beyond 32 levels and types other than Qt's
-/// plain values set ReadCorruptData: a foreign file must not overflow the stack or construct
+/// Whether a value can stand in a stream: MMetaData::setTag lists the types. Nesting ends at 32
+/// levels, and other types are refused: a foreign file must not overflow the stack or construct
 /// arbitrary types.
+bool isStorable(const QVariant &value);
+
+/// A map of storable values in QDataStream's form. Tables inside are written in ascending order of
+/// keys.
+void writeVariantMap(QDataStream &out, const QMap<QString, QVariant> &map);
+/// A value that is not storable sets ReadCorruptData.
 bool readVariantMap(QDataStream &in, QMap<QString, QVariant> &map);
 
 /// Any list or vector in Qt's form: count, elements through `readElement(T &)`. Ends when the
@@ -114,7 +120,9 @@ bool readMap(QDataStream &in, QMap<Key, Value> &map, qint64 minPairBytes)
     return readMap(in, map, minPairBytes, [&in](Key &key, Value &value) { in >> key >> value; });
 }
 
+/// The elements in ascending order.
 QVector<int> ascending(const QSet<int> &set);
+
 /// QSet<int> in Qt's form; written in ascending order, so that equal sets are equal bytes.
 void writeIntSet(QDataStream &out, const QSet<int> &set);
 bool readIntSet(QDataStream &in, QSet<int> &set);
