@@ -189,7 +189,7 @@ void benchReading(int set)
     });
     if (std::fabs(sum) > 1.0)
         std::abort();
-    ratios::row("reading a list through a handle", ours, "decoding the same bytes", peer, 2.0);
+    ratios::row("reading a list through a handle", ours, "decoding the same bytes", peer, 1.5);
 }
 
 void benchLattice(const Host &host)

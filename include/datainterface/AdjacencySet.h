@@ -148,7 +148,8 @@ public:
     /// Filled by the host: the method or the weights are custom.
     bool IsCustom() const
     {
-        return mNeighborType == CustomNeighbors || mWeightType == CustomWeight;
+        return mDefinition.neighborType == CustomNeighbors
+               || mDefinition.weightType == CustomWeight;
     }
     bool IsEmpty() const { return mWeights.empty(); }
     /// Whether the lists of each time are as many as that, as in every set that was not damaged.
@@ -162,27 +163,46 @@ public:
     MGeoData *GetGeoData() const { return mGeoData; }
     QString GetInformation() const { return mInformation; }
     void AddInformation(const QString &text) { mInformation += text; }
-    GeographyType GeoType() const { return mGeoType; }
-    neighborMethodType NeighborType() const { return mNeighborType; }
-    spatialWeightType WeightType() const { return mWeightType; }
+    GeographyType GeoType() const { return mDefinition.geoType; }
+    neighborMethodType NeighborType() const { return mDefinition.neighborType; }
+    spatialWeightType WeightType() const { return mDefinition.weightType; }
     /// Lists that are stored stay as they are.
-    void SetWeightType(spatialWeightType type) { mWeightType = type; }
-    int NeighborCount() const { return mNeighborCount; }
-    int RingCount() const { return mRingCount; }
-    bool QueenNeighbor() const { return mQueenNeighbor; }
-    double Range() const { return mRange; }
-    double InverseDistanceNumerator() const { return mInverseDistanceNumerator; }
-    double InverseDistancePower() const { return mInverseDistancePower; }
-    bool IncludeEgo() const { return mIncludeEgo; }
+    void SetWeightType(spatialWeightType type) { mDefinition.weightType = type; }
+    int NeighborCount() const { return mDefinition.neighborCount; }
+    int RingCount() const { return mDefinition.ringCount; }
+    bool QueenNeighbor() const { return mDefinition.queenNeighbor; }
+    double Range() const { return mDefinition.range; }
+    double InverseDistanceNumerator() const { return mDefinition.inverseDistanceNumerator; }
+    double InverseDistancePower() const { return mDefinition.inverseDistancePower; }
+    bool IncludeEgo() const { return mDefinition.includeEgo; }
     /// Lists that are stored stay as they are.
-    void SetIncludeEgo(bool includeEgo) { mIncludeEgo = includeEgo; }
-    bool IsClusterSet() const { return mIsClusterSet; }
-    void SetIsClusterSet(bool isClusterSet) { mIsClusterSet = isClusterSet; }
+    void SetIncludeEgo(bool includeEgo) { mDefinition.includeEgo = includeEgo; }
+    bool IsClusterSet() const { return mDefinition.isClusterSet; }
+    void SetIsClusterSet(bool isClusterSet) { mDefinition.isClusterSet = isClusterSet; }
 
 Q_SIGNALS:
     void RenamedSignal(MGeoData *geography, qint32 id, const char *name);
 
 private:
+    /// How the neighbours of a set are found and weighted.
+    struct Definition {
+        GeographyType geoType = PointGeography;
+        neighborMethodType neighborType = CustomNeighbors;
+        spatialWeightType weightType = CustomWeight;
+        int neighborCount = 0;
+        int ringCount = 0;
+        bool queenNeighbor = false;
+        double range = 0.0;
+        double inverseDistanceNumerator = 1.0;
+        double inverseDistancePower = 1.0;
+        bool includeEgo = false;
+        bool isClusterSet = false;
+    };
+    /// All the others but the blank one and the copy. @param suits  the weights suit the kind.
+    AdjacencySet(const QString &name, MGeoData *geography, const Definition &definition,
+                 bool suits);
+
+    static constexpr int kIdCount = 1 << 16; ///< numbers of sets; a geography's id stands above
     using NeighborLists = std::vector<datainterface::egoNeighbors>;
     using ListsPointer = std::shared_ptr<NeighborLists>;
 
@@ -206,17 +226,7 @@ private:
     static int sNextId;                      ///< of the process; negative: not set up
 
     QString mName;
-    GeographyType mGeoType = PointGeography;
-    neighborMethodType mNeighborType = CustomNeighbors;
-    spatialWeightType mWeightType = CustomWeight;
-    int mNeighborCount = 0;
-    int mRingCount = 0;
-    bool mQueenNeighbor = false;
-    double mRange = 0.0;
-    double mInverseDistanceNumerator = 1.0;
-    double mInverseDistancePower = 1.0;
-    bool mIncludeEgo = false;
-    bool mIsClusterSet = false;
+    Definition mDefinition;
     int mId = -1;
     MGeoData *mGeoData = nullptr;
     QString mInformation;

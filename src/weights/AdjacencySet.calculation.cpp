@@ -55,7 +55,7 @@ using Pixel = MRasterDataSource::Pixel;
 
 neighborDatum datumOf(int id, double angle, double distance)
 {
-    return {id, 0.0F, static_cast<float>(angle), static_cast<float>(distance)};
+    return {id, 0.0F, static_cast<float>(angle), narrowed(distance)};
 }
 
 class PointRun {

@@ -25,9 +25,16 @@ bool isByBorder(spatialWeightType type)
     return type == BorderLengthWeight || type == BorderShareWeight;
 }
 
-void requireSuits(bool suits)
+// False: none was missing.
+bool dropMissing(QVector<neighborDatum> &list, const VORN_MissingData &missing)
 {
-    require(suits, "Invalid weight set type");
+    const auto isMissing = [&missing](const neighborDatum &datum) {
+        return missing.isMissing(datum.id);
+    };
+    if (missing.noneMissing() || std::none_of(list.cbegin(), list.cend(), isMissing))
+        return false;
+    list.erase(std::remove_if(list.begin(), list.end(), isMissing), list.end());
+    return true;
 }
 
 AdjacencySet::GeographyType typeOf(const MGeoData *geography)
@@ -46,109 +53,77 @@ int AdjacencySet::sNextId = 0;
 
 AdjacencySet::AdjacencySet() = default;
 
-AdjacencySet::AdjacencySet(const QString &name, MGeoData *geography, bool isClusterSet,
-                           bool includeEgo)
-    : mName(name), mGeoType(typeOf(geography)), mIncludeEgo(includeEgo), mIsClusterSet(isClusterSet)
+AdjacencySet::AdjacencySet(const QString &name, MGeoData *geography, const Definition &definition,
+                           bool suits)
+    : mName(name), mDefinition(definition)
 {
+    require(suits, "Invalid weight set type");
     SetGeoData(geography);
     CreateId();
 }
 
+AdjacencySet::AdjacencySet(const QString &name, MGeoData *geography, bool isClusterSet,
+                           bool includeEgo)
+    : AdjacencySet(name, geography,
+                   {typeOf(geography), CustomNeighbors, CustomWeight, 0, 0, false, 0.0, 1.0, 1.0,
+                    includeEgo, isClusterSet},
+                   true)
+{
+}
+
 AdjacencySet::AdjacencySet(const QString &name, MVectorData *geography, int ringCount, bool queen,
                            spatialWeightType weights, bool includeEgo)
-    : mName(name),
-      mGeoType(PolygonGeography),
-      mNeighborType(PolygonNeighbors),
-      mWeightType(weights),
-      mRingCount(ringCount),
-      mQueenNeighbor(queen),
-      mIncludeEgo(includeEgo)
+    : AdjacencySet(name, geography,
+                   {PolygonGeography, PolygonNeighbors, weights, 0, ringCount, queen, 0.0, 1.0, 1.0,
+                    includeEgo},
+                   weights != InverseDistanceWeight)
 {
-    requireSuits(weights != InverseDistanceWeight);
-    SetGeoData(geography);
-    CreateId();
 }
 
 AdjacencySet::AdjacencySet(const QString &name, MVectorData *geography, int neighborCount,
                            spatialWeightType weights, bool includeEgo, double numerator,
                            double power)
-    : mName(name),
-      mNeighborType(NearestNeighbors),
-      mWeightType(weights),
-      mNeighborCount(neighborCount),
-      mRange(kUnusedRange),
-      mInverseDistanceNumerator(numerator),
-      mInverseDistancePower(power),
-      mIncludeEgo(includeEgo)
+    : AdjacencySet(name, geography,
+                   {PointGeography, NearestNeighbors, weights, neighborCount, 0, false,
+                    kUnusedRange, numerator, power, includeEgo},
+                   !isByBorder(weights))
 {
-    requireSuits(!isByBorder(weights));
-    SetGeoData(geography);
-    CreateId();
 }
 
 AdjacencySet::AdjacencySet(const QString &name, MVectorData *geography, double range,
                            spatialWeightType weights, bool includeEgo, double numerator,
                            double power)
-    : mName(name),
-      mNeighborType(RangeNeighbors),
-      mWeightType(weights),
-      mRange(range),
-      mInverseDistanceNumerator(numerator),
-      mInverseDistancePower(power),
-      mIncludeEgo(includeEgo)
+    : AdjacencySet(
+        name, geography,
+        {PointGeography, RangeNeighbors, weights, 0, 0, false, range, numerator, power, includeEgo},
+        !isByBorder(weights))
 {
-    requireSuits(!isByBorder(weights));
-    SetGeoData(geography);
-    CreateId();
 }
 
 AdjacencySet::AdjacencySet(const QString &name, MRasterData *geography, double range,
                            spatialWeightType weights, bool includeEgo, double numerator,
                            double power)
-    : mName(name),
-      mGeoType(RasterGeography),
-      mNeighborType(RangeNeighbors),
-      mWeightType(weights),
-      mRange(range),
-      mInverseDistanceNumerator(numerator),
-      mInverseDistancePower(power),
-      mIncludeEgo(includeEgo)
+    : AdjacencySet(name, geography,
+                   {RasterGeography, RangeNeighbors, weights, 0, 0, false, range, numerator, power,
+                    includeEgo},
+                   !isByBorder(weights))
 {
-    requireSuits(!isByBorder(weights));
-    SetGeoData(geography);
-    CreateId();
 }
 
 AdjacencySet::AdjacencySet(const QString &name, MRasterData *geography, neighborMethodType method,
                            spatialWeightType weights, bool includeEgo, double numerator,
                            double power)
-    : mName(name),
-      mGeoType(RasterGeography),
-      mNeighborType(method),
-      mWeightType(weights),
-      mInverseDistanceNumerator(numerator),
-      mInverseDistancePower(power),
-      mIncludeEgo(includeEgo)
+    : AdjacencySet(
+        name, geography,
+        {RasterGeography, method, weights, 0, 0, false, 0.0, numerator, power, includeEgo},
+        (method == RookNeighbors || method == QueenNeighbors) && !isByBorder(weights))
 {
-    requireSuits((method == RookNeighbors || method == QueenNeighbors) && !isByBorder(weights));
-    SetGeoData(geography);
-    CreateId();
 }
 
 AdjacencySet::AdjacencySet(const AdjacencySet &other)
     : QObject(),
       mName(other.mName),
-      mGeoType(other.mGeoType),
-      mNeighborType(other.mNeighborType),
-      mWeightType(other.mWeightType),
-      mNeighborCount(other.mNeighborCount),
-      mRingCount(other.mRingCount),
-      mQueenNeighbor(other.mQueenNeighbor),
-      mRange(other.mRange),
-      mInverseDistanceNumerator(other.mInverseDistanceNumerator),
-      mInverseDistancePower(other.mInverseDistancePower),
-      mIncludeEgo(other.mIncludeEgo),
-      mIsClusterSet(other.mIsClusterSet),
+      mDefinition(other.mDefinition),
       mId(other.mId),
       mInformation(other.mInformation)
 {
@@ -175,7 +150,7 @@ void AdjacencySet::SetName(const QString &name, bool notify)
 {
     mName = name;
     if (notify)
-        Q_EMIT RenamedSignal(mGeoData, mId, name.toLocal8Bit().constData());
+        Q_EMIT RenamedSignal(mGeoData, mId, name.toUtf8().constData());
 }
 
 void AdjacencySet::SetGeoData(MGeoData *geography)
@@ -245,11 +220,7 @@ AdjacencySet::RecalculateNeighborWeights(const QVector<neighborDatum> &list,
                                          const VORN_MissingData &missing) const
 {
     QVector<neighborDatum> present = list;
-    present.erase(std::remove_if(present.begin(), present.end(),
-                                 [&missing](const neighborDatum &datum) {
-                                     return missing.isMissing(datum.id);
-                                 }),
-                  present.end());
+    dropMissing(present, missing);
     weightRule().apply(present.data(), present.size());
     return present;
 }
@@ -258,11 +229,11 @@ WeightRule AdjacencySet::weightRule() const
 {
     const bool isRaster = dynamic_cast<const MRasterData *>(mGeoData) != nullptr;
     return {isRaster,
-            mNeighborType,
-            mWeightType,
-            mNeighborCount,
-            mInverseDistanceNumerator,
-            mInverseDistancePower};
+            mDefinition.neighborType,
+            mDefinition.weightType,
+            mDefinition.neighborCount,
+            mDefinition.inverseDistanceNumerator,
+            mDefinition.inverseDistancePower};
 }
 
 WeightsAtT AdjacencySet::GetSpatialWeightsHandle(qint64 t, bool showProgress)
@@ -298,15 +269,8 @@ bool AdjacencySet::readList(const NeighborLists &lists, unsigned int id,
     if (id >= lists.size())
         return false;
     lists[id].read(list);
-    const auto isMissing = [&missing](const neighborDatum &datum) {
-        return missing.isMissing(datum.id);
-    };
-    if (missing.noneMissing() || std::none_of(list.cbegin(), list.cend(), isMissing))
-        return true;
-    if (IsCustom())
-        list.erase(std::remove_if(list.begin(), list.end(), isMissing), list.end());
-    else
-        list = RecalculateNeighborWeights(list, missing);
+    if (dropMissing(list, missing) && !IsCustom())
+        weightRule().apply(list.data(), list.size());
     return true;
 }
 
@@ -332,7 +296,7 @@ QList<TimeStamp> AdjacencySet::GetAdjacencyTimes() const
 
 SpatialWeightSetProps AdjacencySet::GetProperties() const
 {
-    return {mId, mName, mIsClusterSet, mIncludeEgo};
+    return {mId, mName, mDefinition.isClusterSet, mDefinition.includeEgo};
 }
 
 bool AdjacencySet::HoldsListsOf(unsigned int objectCount) const

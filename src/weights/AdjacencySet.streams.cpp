@@ -130,17 +130,19 @@ void AdjacencySet::AppendBlockIds(QVector<int> &ids) const
 
 bool AdjacencySet::SaveToStream(QDataStream &out) const
 {
-    out << qint32(mId) << qint32(sNextId) << mName << qint32(mGeoType) << qint32(mNeighborType)
-        << qint32(mWeightType) << qint32(mNeighborCount) << qint32(mRingCount)
-        << qint32(mQueenNeighbor) << mRange << mInverseDistanceNumerator << mInverseDistancePower
-        << qint8(mIncludeEgo) << mInformation;
+    out << qint32(mId) << qint32(sNextId) << mName << qint32(mDefinition.geoType)
+        << qint32(mDefinition.neighborType) << qint32(mDefinition.weightType)
+        << qint32(mDefinition.neighborCount) << qint32(mDefinition.ringCount)
+        << qint32(mDefinition.queenNeighbor) << mDefinition.range
+        << mDefinition.inverseDistanceNumerator << mDefinition.inverseDistancePower
+        << qint8(mDefinition.includeEgo) << mInformation;
     out << qint32(mWeights.size());
     for (auto entry = mWeights.rbegin(); entry != mWeights.rend(); ++entry) {
         out << entry->first << qint32(entry->second->size());
         for (const egoNeighbors &list : *entry->second)
             out << qint32(list.blockId());
     }
-    out << qint8(mIsClusterSet);
+    out << qint8(mDefinition.isClusterSet);
     return out.status() == QDataStream::Ok;
 }
 
@@ -156,7 +158,7 @@ bool AdjacencySet::Restore(QDataStream &in, const LoadContext &context)
     if (!readDefinition(in, context)
         || !(listsAreBlocks ? readLists(in) : skipOldLists(in, context)))
         return false;
-    mIsClusterSet = context.since(fileVersions::kHasClusterSets) && readFlag<qint8>(in);
+    mDefinition.isClusterSet = context.since(fileVersions::kHasClusterSets) && readFlag<qint8>(in);
     if (!context.since(fileVersions::kSetHasInformation))
         renumberWeights();
     return in.status() == QDataStream::Ok;
@@ -172,20 +174,20 @@ bool AdjacencySet::readDefinition(QDataStream &in, const LoadContext &context)
         sNextId = nextId;
         in >> mName;
     }
-    readOneOf(in, mGeoType, kGeographyTypes);
-    readOneOf(in, mNeighborType, kMethods);
-    readOneOf(in, mWeightType, kWeightTypes);
-    mNeighborCount = readInt(in);
-    mRingCount = readInt(in);
-    mQueenNeighbor = readFlag<qint32>(in);
-    in >> mRange;
-    mInverseDistanceNumerator = 1.0;
+    readOneOf(in, mDefinition.geoType, kGeographyTypes);
+    readOneOf(in, mDefinition.neighborType, kMethods);
+    readOneOf(in, mDefinition.weightType, kWeightTypes);
+    mDefinition.neighborCount = readInt(in);
+    mDefinition.ringCount = readInt(in);
+    mDefinition.queenNeighbor = readFlag<qint32>(in);
+    in >> mDefinition.range;
+    mDefinition.inverseDistanceNumerator = 1.0;
     if (context.since(fileVersions::kSetHasNumerator))
-        in >> mInverseDistanceNumerator;
-    in >> mInverseDistancePower;
-    mIncludeEgo = context.since(fileVersions::kSetHasIncludeEgo)
-                      ? readFlag<qint8>(in)
-                      : context.version == fileVersions::kSetsIncludedEgo;
+        in >> mDefinition.inverseDistanceNumerator;
+    in >> mDefinition.inverseDistancePower;
+    mDefinition.includeEgo = context.since(fileVersions::kSetHasIncludeEgo)
+                                 ? readFlag<qint8>(in)
+                                 : context.version == fileVersions::kSetsIncludedEgo;
     if (context.between(fileVersions::kSetHasInformation, fileVersions::kSetHasNumerator))
         readFlag<qint8>(in);
     if (context.since(fileVersions::kSetHasInformation))
@@ -214,8 +216,8 @@ bool AdjacencySet::readLists(QDataStream &in)
 // The weights numbered 3 in these files are gone, and those numbered 2 have moved up.
 void AdjacencySet::renumberWeights()
 {
-    if (mWeightType == InverseDistanceWeight) {
-        mWeightType = ConstantWeight;
+    if (mDefinition.weightType == InverseDistanceWeight) {
+        mDefinition.weightType = ConstantWeight;
         ClearSpatialWeights();
         if (hostDialogs() || (controller() && controller()->HasGUI()))
             VORN_ShowWarningDialog(
@@ -225,6 +227,6 @@ void AdjacencySet::renumberWeights()
                     "spatial weight set being loaded.\nIt will be changed to use constant "
                     "weights."));
     }
-    if (mWeightType == DistanceRankWeight)
-        mWeightType = InverseDistanceWeight;
+    if (mDefinition.weightType == DistanceRankWeight)
+        mDefinition.weightType = InverseDistanceWeight;
 }

@@ -110,7 +110,7 @@ bool MGeoData::RenameSpatialWeightSet(int id, const char *name)
     AdjacencySet *set = GetSpatialWeightSet(id);
     if (!set)
         return false;
-    set->SetName(QString::fromLocal8Bit(name), true);
+    set->SetName(QString::fromUtf8(name), true);
     Q_EMIT WeightSetRenamedSignal(this, id, name);
     return true;
 }

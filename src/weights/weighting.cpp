@@ -3,6 +3,7 @@
 #include "weights/weighting.h"
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 #include "Common/detail/failure.h"
 #include "datainterface/OrderedDouble.h"
@@ -10,8 +11,9 @@
 namespace datainterface {
 namespace {
 
-constexpr double kTieWidth =
-    1e-14; // of squared distances, which ties have in common to the last bit
+// Relative, of squared distances: the search takes distances for ties that differ by rounding, and
+// narrowing then leaves them at most one unit in the last place of a float apart.
+constexpr double kTieWidth = std::numeric_limits<float>::epsilon();
 
 double shareOf(double part, double whole)
 {
@@ -21,7 +23,7 @@ double shareOf(double part, double whole)
 template <class Weight> void weigh(neighborDatum *list, int count, Weight weight)
 {
     for (neighborDatum *datum = list; datum != list + count; ++datum)
-        datum->weight = static_cast<float>(weight(*datum));
+        datum->weight = narrowed(weight(*datum));
 }
 
 /// 1 / (1 + number of nearer neighbours).
@@ -45,8 +47,10 @@ int tiesAtTheEnd(const neighborDatum *list, int count)
 {
     const double last = static_cast<double>(list[count - 1].distance);
     int ties = 0;
-    while (ties < count
-           && std::abs(static_cast<double>(list[count - 1 - ties].distance) - last) < kTieWidth)
+    const auto isTied = [last](double distance) {
+        return distance == last || std::abs(distance - last) <= kTieWidth * last;
+    };
+    while (ties < count && isTied(static_cast<double>(list[count - 1 - ties].distance)))
         ++ties;
     return ties;
 }

@@ -1,9 +1,20 @@
 // SPDX-License-Identifier: MIT
 /// Weights of one object's neighbours, from nothing but their list.
 #pragma once
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include "datainterface/AdjacencySet.h"
 
 namespace datainterface {
+
+/// As a float; beyond its range the end of it, so that finite weights and distances stay finite.
+inline float narrowed(double value)
+{
+    constexpr double kLargest = std::numeric_limits<float>::max();
+    return static_cast<float>(std::isfinite(value) ? std::clamp(value, -kLargest, kLargest)
+                                                   : value);
+}
 
 struct WeightRule {
     bool isRaster;

@@ -182,8 +182,8 @@ void TestRandomization::picksOfRandomIds()
     for (int seed = 0; seed < 200; ++seed) {
         VORN_SetRandomSeed(seed);
         weightedShuffleIt it(5, weights.toStdVector(), 1);
-        for (QVector<int> picks : {VORN_ChooseRandomIds(5, weights),
-                                   QVector<int>(it.indices(), it.indices() + 5)}) {
+        for (QVector<int> picks :
+             {VORN_ChooseRandomIds(5, weights), QVector<int>(it.indices(), it.indices() + 5)}) {
             std::sort(picks.begin(), picks.end());
             picks.erase(picks.begin(), std::lower_bound(picks.begin(), picks.end(), 0));
             QSet<int> distinct(picks.begin(), picks.end());

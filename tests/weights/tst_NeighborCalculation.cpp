@@ -237,6 +237,7 @@ private Q_SLOTS:
     void cellsAreThoseOfAllPairs();
     void adjacentCellsComeInTheirOrder();
     void weightsThatDoNotSuitRaise();
+    void tiesAndWeightsKnowNoUnit();
     void manyPointsAreStoredAsTheyAreFound();
     void cancelledRuns_data();
     void cancelledRuns();
@@ -466,6 +467,34 @@ void TestNeighborCalculation::weightsThatDoNotSuitRaise()
 }
 
 // More than one batch of objects, found out of their order.
+// Two places for three neighbours: ties are told by distances relative to each other, in degrees as
+// in metres.
+void TestNeighborCalculation::tiesAndWeightsKnowNoUnit()
+{
+    TestModel model;
+    const int geography = addPoints(3);
+    const auto weights = [&](spatialWeightType type, double numerator,
+                             const QVector<float> &distances) {
+        const AdjacencySet set({}, &model.vectorData(geography), 2, type, false, numerator, 1.0);
+        List list;
+        for (const float distance : distances)
+            list.append({list.size(), 0.0F, 0.0F, distance});
+        QVector<float> result;
+        for (const neighborDatum &datum : set.RecalculateNeighborWeights(list, VORN_MissingData()))
+            result.append(datum.weight);
+        return result;
+    };
+    for (const float unit : {1e-20F, 1e-8F, 1.0F, 1e30F}) {
+        QCOMPARE(weights(ConstantWeight, 1, {1 * unit, 2 * unit, 3 * unit}),
+                 (QVector<float>{1, 1, 0}));
+        QCOMPARE(weights(ConstantWeight, 1, {1 * unit, 2 * unit, std::nextafterf(2 * unit, 1e38F)}),
+                 (QVector<float>{1, 0.5F, 0.5F}));
+    }
+    QCOMPARE(weights(ConstantWeight, 1, {0, 0, 0}), QVector<float>(3, 2.0F / 3.0F));
+    const float largest = std::numeric_limits<float>::max();
+    QCOMPARE(weights(InverseDistanceWeight, -1e300, {0, 1, 4}), QVector<float>(3, -largest));
+}
+
 void TestNeighborCalculation::manyPointsAreStoredAsTheyAreFound()
 {
     TestModel model;

@@ -5,6 +5,8 @@
 #include <QHash>
 #include <QSet>
 #include <QTextStream>
+#include <cmath>
+#include <limits>
 #include "cli/console.h"
 #include "core/project/failure.h"
 #include "core/formats/values.h"
@@ -63,6 +65,9 @@ double weightOf(const Lines &lines, const QString &text)
     const auto weight = toDecimal({bytes.constData(), static_cast<size_t>(bytes.size())});
     if (!weight)
         lines.fail(QStringLiteral("the weight %1 is no number").arg(text));
+    // Beyond the single precision that weights are kept in, it would leave as an infinity.
+    if (std::abs(*weight) > static_cast<double>(std::numeric_limits<float>::max()))
+        lines.fail(QStringLiteral("the weight %1 is too large").arg(text));
     return *weight;
 }
 
