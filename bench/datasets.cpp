@@ -152,6 +152,56 @@ void count()
                 0.25);
 }
 
+/// Values are added to one slice object by object, first while the others are missing, then all
+/// again.
+void addCells(int objects, const char *name)
+{
+    double first = 1e300;
+    double second = 1e300;
+    for (int round = 0; round < kRounds; ++round) {
+        ResetDataManager();
+        Dataset dataset(objects);
+        const auto addAll = [&] {
+            for (int id = 0; id < objects; ++id)
+                dataset.AddDataValue(0, id, TimeStamp(0), MDatum(id / 8.0), true, false);
+        };
+        first = std::min(first, ratios::best(1, objects, addAll));
+        second = std::min(second, ratios::best(1, objects, addAll));
+        if (dataset.GetDataCount(0, 0) != objects)
+            std::abort();
+    }
+    ratios::row(name, first, "a second time", second, 3.0);
+}
+
+/// All objects between 300 slices, half of them never observed, beside one pass over the slices.
+void interpolate()
+{
+    constexpr int kTimes = 300;
+    constexpr int kPoints = 20000;
+    ResetDataManager();
+    Dataset dataset(kPoints);
+    QSet<int> missing;
+    for (int id = 0; id < kPoints; id += 2)
+        missing.insert(id);
+    for (int t = 0; t < kTimes; ++t)
+        dataset.AddTimeSliceValues(0, TimeStamp(2 * t), drawn(kPoints, 1 << 30), missing, true,
+                                   false);
+    QVector<double> values;
+    QSet<int> absent;
+    const auto [ours, theirs] = ratios::bestInTurns(
+        kRounds, kTimes,
+        [&] {
+            if (!dataset.GetValues(0, kTimes + 1, values, absent, true)
+                || absent.size() != kPoints / 2)
+                std::abort();
+        },
+        [&] {
+            for (int t = 0; t < kTimes; ++t)
+                dataset.GetValues(0, 2 * t, values, absent, false);
+        });
+    ratios::row("20,000 objects interpolated, a slice", ours, "the slice read", theirs, 3.0);
+}
+
 void readCells()
 {
     ResetDataManager();
@@ -191,6 +241,9 @@ int main()
     ratios::head("Vector datasets");
     count();
     readCells();
+    addCells(20000, "a value added to a slice of 20,000 missing");
+    addCells(200000, "the same of 200,000");
+    interpolate();
     fillAndReadThroughTime();
     ClearDataManager();
     return ratios::missed > 0;

@@ -4,6 +4,10 @@
 /// An ordered map takes a dozen cache misses for a cell. Cells of up to 16 bits are counted in a
 /// table of all patterns; wider ones are hashed (open addressing, at most half full), and the
 /// counts become a map in the end.
+///
+/// FrequencyIndex of the vector datasets is another table for other needs: it starts from the keys
+/// of an ordered table, counts up or down, and stops taking keys where that table does. This one
+/// starts empty, grows with the cells and marks its free slots by a pattern, which spares a test.
 #pragma once
 #include <algorithm>
 #include <cmath>
