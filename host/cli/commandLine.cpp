@@ -11,6 +11,8 @@
 namespace meridor {
 namespace {
 
+enum ExitCode : int { Done = 0, Failed = 1, WrongUsage = 2, Cancelled = 130 };
+
 void addCommonOptions(CLI::App &app, Context &context)
 {
     app.add_flag("--json", context.console.json, "Results as JSON");
@@ -24,6 +26,18 @@ void addCommonOptions(CLI::App &app, Context &context)
                  "Pack projects as small as can be, in many times the time");
 }
 
+ExitCode codeOf(FailureKind kind)
+{
+    switch (kind) {
+    case FailureKind::Misused:
+        return WrongUsage;
+    case FailureKind::Cancelled:
+        return Cancelled;
+    default:
+        return Failed;
+    }
+}
+
 /// The one place where failures become text and a code.
 int runGuarded(const Context &context)
 {
@@ -31,8 +45,11 @@ int runGuarded(const Context &context)
         context.run(context);
         return Done;
     } catch (const Failure &failure) {
-        context.console.error(failure.text());
-        return failure.code();
+        const QString hint = *failure.setting() == '\0'
+                                 ? QString()
+                                 : QStringLiteral("; see --") + QLatin1String(failure.setting());
+        context.console.error(failure.text() + hint);
+        return codeOf(failure.kind());
     } catch (const vorn_error &error) {
         context.console.error(QStringLiteral("internal error: ") + QString::fromUtf8(error.what()));
         context.console.note(QStringLiteral("call stack:\n") + QString::fromStdString(error.stack));
@@ -77,7 +94,13 @@ int runCommandLine(int argc, char **argv)
         return app.exit(error) == 0 ? Done : WrongUsage;
     }
     watchInterrupts();
-    const TerminalProgress progress(!context.console.quiet);
+    TerminalProgress progress(!context.console.quiet);
+    context.console.clearLine = [&progress] { progress.wipe(); };
+    context.user.notes = &context.console;
+    context.user.cancel = [] { return interrupted(); };
+    context.user.progress = [&progress](int percent, const QString &text) {
+        progress.show(percent, text);
+    };
     return runGuarded(context);
 }
 

@@ -1,25 +1,30 @@
 // SPDX-License-Identifier: MIT
 #include "cli/console.h"
 #include <QJsonDocument>
-#include <QLocale>
-#include <cmath>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {
 
-void writeLine(FILE *stream, const QString &line)
+bool writeLine(FILE *stream, const QString &line)
 {
     const QByteArray bytes = line.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
-    std::fflush(stream);
+    const auto size = static_cast<size_t>(bytes.size());
+    return std::fwrite(bytes.constData(), 1, size, stream) == size && std::fflush(stream) == 0;
 }
 
 } // namespace
 
 void Console::print(const QString &line) const
 {
-    writeLine(stdout, line);
+    if (clearLine)
+        clearLine();
+    if (!writeLine(stdout, line))
+        fail(QStringLiteral("standard output: %1")
+                 .arg(QString::fromLocal8Bit(std::strerror(errno))));
 }
 
 void Console::print(const QJsonObject &object) const
@@ -29,12 +34,17 @@ void Console::print(const QJsonObject &object) const
 
 void Console::note(const QString &line) const
 {
-    if (!quiet)
-        writeLine(stderr, QStringLiteral("note: ") + line);
+    if (quiet)
+        return;
+    if (clearLine)
+        clearLine();
+    writeLine(stderr, QStringLiteral("note: ") + line);
 }
 
 void Console::error(const QString &line) const
 {
+    if (clearLine)
+        clearLine();
     writeLine(stderr, QStringLiteral("meridor: ") + line);
 }
 
@@ -66,41 +76,6 @@ void TextTable::print(const Console &console) const
     line(headings);
     for (const QStringList &row : mRows)
         line(row);
-}
-
-QString exactNumber(double value)
-{
-    return QString::number(value, 'g', QLocale::FloatingPointShortest);
-}
-
-QString shortNumber(double value, int decimals)
-{
-    if (!std::isfinite(value))
-        return QStringLiteral("-");
-    if (value != 0 && (std::abs(value) < std::pow(10.0, -decimals) || std::abs(value) >= 1e15))
-        return QString::number(value, 'g', 6);
-    QString text = QString::number(value, 'f', decimals);
-    while (text.contains(QLatin1Char('.'))
-           && (text.endsWith(QLatin1Char('0')) || text.endsWith(QLatin1Char('.')))) {
-        const bool point = text.endsWith(QLatin1Char('.'));
-        text.chop(1);
-        if (point)
-            break;
-    }
-    return text == QLatin1String("-0") ? QStringLiteral("0") : text;
-}
-
-QJsonValue jsonNumber(double value)
-{
-    return std::isfinite(value) ? QJsonValue(value) : QJsonValue(QJsonValue::Null);
-}
-
-QString someOf(const QStringList &names, int most)
-{
-    if (names.size() <= most)
-        return names.join(QStringLiteral(", "));
-    return QStringList(names.mid(0, most)).join(QStringLiteral(", "))
-           + QStringLiteral(" and %1 more").arg(names.size() - most);
 }
 
 } // namespace meridor

@@ -6,20 +6,24 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <functional>
+#include "core/project/notes.h"
+#include "core/project/text.h"
 
 namespace meridor {
 
-class Console {
+class Console : public Notes {
 public:
     bool json = false;
     bool quiet = false;
+    std::function<void()> clearLine; ///< takes a progress bar off the line before a note
 
-    /// One line of result.
+    /// One line of result. Raises a Failure when it cannot be written.
     void print(const QString &line) const;
     /// The whole result of a command as one JSON value.
     void print(const QJsonObject &object) const;
     /// Something worth knowing that is not the result; silent with --quiet.
-    void note(const QString &line) const;
+    void note(const QString &line) const override;
     void error(const QString &line) const;
 };
 
@@ -36,14 +40,5 @@ private:
     QVector<QPair<QString, Align>> mColumns;
     QVector<QStringList> mRows;
 };
-
-/// The shortest text that reads back as the same number.
-QString exactNumber(double value);
-/// At most `decimals` places, trailing zeros dropped: for the eye.
-QString shortNumber(double value, int decimals = 3);
-/// Null for what JSON has no number for.
-QJsonValue jsonNumber(double value);
-/// "a, b, c and 17 more": lists in messages stay readable.
-QString someOf(const QStringList &names, int most = 12);
 
 } // namespace meridor

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/interrupt.h"
 #include <csignal>
-#include "core/project/failure.h"
 
 namespace meridor {
 namespace {
@@ -20,6 +19,9 @@ void watchInterrupts()
 {
     std::signal(SIGINT, noteInterrupt);
     std::signal(SIGTERM, noteInterrupt);
+    // A terminal that closes; a program that was started to outlive it ignores the signal already.
+    if (std::signal(SIGHUP, noteInterrupt) == SIG_IGN)
+        std::signal(SIGHUP, SIG_IGN);
     // A closed pipe and a file-size limit are write errors, told like any other.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
@@ -28,12 +30,6 @@ void watchInterrupts()
 bool interrupted()
 {
     return gInterrupted != 0;
-}
-
-void stopIfInterrupted()
-{
-    if (interrupted())
-        cancelled();
 }
 
 } // namespace meridor

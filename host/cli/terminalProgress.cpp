@@ -1,28 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "cli/terminalProgress.h"
-#include <QApplication>
-#include <QEvent>
-#include <QMessageBox>
-#include <QProgressDialog>
 #include <cstdio>
 #include <unistd.h>
-#include "core/project/failure.h"
-#include "core/project/projectHost.h"
-#include "cli/interrupt.h"
-#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {
 
 constexpr int kBarWidth = 30;
-constexpr int kPollMilliseconds = 80;
+constexpr int kRestMilliseconds = 80; ///< between two drawings
 
 } // namespace
 
 TerminalProgress::TerminalProgress(bool visible) : mVisible(visible && ::isatty(STDERR_FILENO))
 {
-    qApp->installEventFilter(this);
-    connect(&mTimer, &QTimer::timeout, this, &TerminalProgress::poll);
 }
 
 TerminalProgress::~TerminalProgress()
@@ -30,47 +20,17 @@ TerminalProgress::~TerminalProgress()
     wipe();
 }
 
-bool TerminalProgress::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::Show) {
-        if (auto *dialog = qobject_cast<QProgressDialog *>(watched)) {
-            follow(dialog);
-        } else if (auto *box = qobject_cast<QMessageBox *>(watched)) {
-            wipe();
-            controller().AddToLog(box->text(), false);
-            QTimer::singleShot(0, box, &QDialog::accept);
-        } else if (auto *other = qobject_cast<QDialog *>(watched)) {
-            QTimer::singleShot(0, other, &QDialog::reject);
-        }
-    }
-    return QObject::eventFilter(watched, event);
-}
-
-void TerminalProgress::follow(QProgressDialog *dialog)
-{
-    mDialog = dialog;
-    connect(dialog, &QObject::destroyed, this, [this] {
-        mTimer.stop();
-        wipe();
-    });
-    mTimer.start(kPollMilliseconds);
-}
-
-void TerminalProgress::poll()
-{
-    if (!mDialog)
-        return;
-    if (interrupted() && !mDialog->wasCanceled()) {
-        mDialog->cancel();
-        return;
-    }
-    draw(qMax(0, mDialog->value()), mDialog->labelText());
-}
-
-void TerminalProgress::draw(int percent, const QString &text)
+void TerminalProgress::show(int percent, const QString &text)
 {
     if (!mVisible)
         return;
+    if (percent < 0) {
+        wipe();
+        return;
+    }
+    if (mDrawn.isValid() && mDrawn.elapsed() < kRestMilliseconds)
+        return;
+    mDrawn.start();
     const int filled = kBarWidth * qBound(0, percent, 100) / 100;
     const QString line =
         QStringLiteral("[%1%2] %3%  %4")
@@ -91,13 +51,6 @@ void TerminalProgress::wipe()
     std::fputs("\r\033[K", stderr);
     std::fflush(stderr);
     mShown.clear();
-}
-
-void Progress::report(int percent, const char *text) const
-{
-    const bool goOn = VORN_Progress::UpdateProgress(percent, text);
-    if (!goOn || interrupted())
-        cancelled();
 }
 
 } // namespace meridor

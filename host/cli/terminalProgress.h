@@ -1,56 +1,28 @@
 // SPDX-License-Identifier: MIT
-/// One bar on the terminal for all long work, fed by the library's own progress.
+/// One bar on the terminal for all long work.
 #pragma once
-#include <QObject>
-#include <QPointer>
+#include <QElapsedTimer>
 #include <QString>
-#include <QTimer>
-#include "datainterface/VORN_Progress.h"
-
-class QProgressDialog;
 
 namespace meridor {
 
-/// Watches for the library's progress dialog, which nobody sees, and shows on standard error what
-/// it says. Ctrl-C presses its cancel button. Other dialogs that the library may open are told as
-/// notes and closed, so that nothing ever waits for an answer.
-class TerminalProgress : public QObject {
-    Q_OBJECT
+class TerminalProgress {
 public:
-    /// @param visible  false: nothing is shown, cancelling works all the same.
+    /// @param visible  false: nothing is shown.
     explicit TerminalProgress(bool visible);
-    ~TerminalProgress() override;
-    void setVisible(bool visible) { mVisible = visible; }
+    ~TerminalProgress();
+    TerminalProgress(const TerminalProgress &) = delete;
+    TerminalProgress &operator=(const TerminalProgress &) = delete;
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
-private:
-    void follow(QProgressDialog *dialog);
-    void poll();
-    void draw(int percent, const QString &text);
+    /// Draws the bar again when it has changed and was not drawn a moment ago; a percent of -1
+    /// takes it off the line.
+    void show(int percent, const QString &text);
     void wipe();
 
-    bool mVisible;
-    QPointer<QProgressDialog> mDialog;
-    QTimer mTimer;
-    QString mShown;
-};
-
-/// The library's bar for a scope. Reports raise the cancel.
-class Progress {
-public:
-    Progress(const char *title, const char *label) : mBar(title, label, "Cancel") {}
-    /// @param percent  of this scope's work.
-    void report(int percent, const char *text = nullptr) const;
-    /// Reports 0 to 100 of a part of it.
-    auto part(int from, int to) const
-    {
-        return [this, from, to](int percent) { report(from + (to - from) * percent / 100); };
-    }
-
 private:
-    VORN_Progress mBar;
+    bool mVisible;
+    QElapsedTimer mDrawn;
+    QString mShown;
 };
 
 } // namespace meridor

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <QJsonArray>
 #include <QtTest>
-#include "support/oldProject.h"
 #include "cli/program.h"
+#include "support/oldProject.h"
 
 /// What makes new datasets and geographies of those that are there.
 class TestMeridorChanges : public QObject {

@@ -12,6 +12,10 @@ private Q_SLOTS:
     void everyVerbHasHelpWithAnExample();
     void neverReplacesAFileUnasked();
     void runsWithoutHomeInAPathWithBlanks();
+    void refusesToWriteOverItsInput_data();
+    void refusesToWriteOverItsInput();
+    void tellsWhenTheResultCannotBeWritten();
+    void takesCancelledWorkBack();
 };
 
 void TestMeridorUsage::endsWithTheStatedCode_data()
@@ -106,6 +110,65 @@ void TestMeridorUsage::runsWithoutHomeInAPathWithBlanks()
         place.run({QStringLiteral("series"), QStringLiteral("my project.vorn"),
                    QStringLiteral("id"), QStringLiteral("\u00e4"), QStringLiteral("--json")});
     QCOMPARE(series.json().value(QStringLiteral("object")).toString(), QStringLiteral("\u00e4"));
+}
+
+void TestMeridorUsage::refusesToWriteOverItsInput_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::newRow("import") << QStringList{"import", "map.geojson", "link.geojson"};
+    QTest::newRow("export") << QStringList{"export", "p.vorn", "p.vorn", "--format", "csv"};
+    QTest::newRow("upgrade") << QStringList{"upgrade", "p.vorn", "./p.vorn"};
+}
+
+void TestMeridorUsage::refusesToWriteOverItsInput()
+{
+    QFETCH(QStringList, words);
+    const Workplace place;
+    place.file("map.geojson", squares());
+    QCOMPARE(place.run({"import", "map.geojson", "p.vorn"}).code, 0);
+    QVERIFY(QFile::link(place.path("map.geojson"), place.path("link.geojson")));
+    const QByteArray map = place.bytes("map.geojson");
+    const QByteArray project = place.bytes("p.vorn");
+    const Outcome refused = place.run(words + QStringList{"--overwrite"});
+    QCOMPARE(refused.code, 1);
+    QVERIFY2(refused.err.contains("cannot be the output"), qPrintable(refused.err));
+    QCOMPARE(place.bytes("map.geojson"), map);
+    QCOMPARE(place.bytes("p.vorn"), project);
+}
+
+void TestMeridorUsage::tellsWhenTheResultCannotBeWritten()
+{
+    const Workplace place;
+    place.file("map.geojson", squares());
+    QCOMPARE(place.run({"import", "map.geojson", "p.vorn"}).code, 0);
+    const Outcome full =
+        place.run("/bin/sh", {"-c", "exec \"$0\" info p.vorn >/dev/full", MERIDOR_PROGRAM});
+    QCOMPARE(full.code, 1);
+    QVERIFY2(full.err.contains("standard output"), qPrintable(full.err));
+}
+
+void TestMeridorUsage::takesCancelledWorkBack()
+{
+    const Workplace place;
+    QByteArray rows = "id,x,y\n";
+    for (int i = 0; i < 400000; ++i)
+        rows += QByteArray::number(i) + ',' + QByteArray::number(i % 1000) + ','
+                + QByteArray::number(i / 1000) + '\n';
+    place.file("points.csv", rows);
+    place.file("p.vorn", "precious");
+    QDir(place.path("")).mkdir("scratch");
+    // The scratch directory appears right before the work begins.
+    const Outcome outcome = place.interrupt(
+        {"import", "points.csv", "p.vorn", "--x", "x", "--y", "y", "--key", "id", "--overwrite",
+         "--scratch", "scratch"},
+        [&place] {
+            return QDir(place.path("scratch")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size()
+                   == 1;
+        });
+    QCOMPARE(outcome.code, 130);
+    QCOMPARE(place.bytes("p.vorn"), QByteArray("precious"));
+    QCOMPARE(place.files(), (QStringList{"p.vorn", "points.csv"}));
+    QCOMPARE(QDir(place.path("scratch")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestMeridorUsage)

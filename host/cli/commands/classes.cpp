@@ -4,9 +4,10 @@
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/commands.h"
-#include "datainterface/DataAPI.h"
-#include "core/project/failure.h"
+#include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "datainterface/DataAPI.h"
 
 namespace meridor {
 namespace {
@@ -42,7 +43,7 @@ QVector<int> countsOfAll(const QVector<double> &breaks, int dataset)
 
 void run(const Options &options, const Context &context)
 {
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.project);
     const int dataset = findDataset(options.dataset);
     if (!datasetOf(dataset)->IsNumeric())

@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <functional>
 #include "cli/console.h"
+#include "core/analysis/selection.h"
 #include "core/project/session.h"
 
 namespace meridor {
@@ -15,6 +16,7 @@ namespace meridor {
 struct Context {
     Console console;
     SessionOptions session;
+    SessionUser user;
     bool overwrite = false;
     std::function<void(const Context &)> run;
 };
@@ -47,6 +49,8 @@ CLI::Option *textsOption(CLI::App &app, const char *name, QStringList &target, c
 /// The arguments PROJECT and DATASET.
 void projectArgument(CLI::App &command, QString &project);
 void datasetArgument(CLI::App &command, QString &dataset);
+/// --values, --min, --max and --at.
+void valueOptions(CLI::App &command, ObjectChoice &choice);
 /// --overwrite, for verbs that write a file.
 void overwriteOption(CLI::App &app, Context &context);
 

@@ -3,9 +3,9 @@
 #include <memory>
 #include "cli/commands/projectEdit.h"
 #include "core/analysis/convertDataset.h"
-#include "datainterface/DataAPI.h"
-#include "core/project/failure.h"
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "datainterface/DataAPI.h"
 
 namespace meridor {
 namespace {

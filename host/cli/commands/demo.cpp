@@ -8,24 +8,24 @@
 #include <cmath>
 #include <memory>
 #include <utility>
-#include "core/analysis/moranOverTime.h"
 #include "cli/commands/commands.h"
 #include "cli/commands/demoClimate.h"
-#include "cli/commands/snapshot.h"
-#include "cli/commands/statistics.h"
-#include "cli/commands/tables.h"
-#include "datainterface/DataAPI.h"
-#include "datainterface/FrameAPI.h"
-#include "datainterface/GeographyAPI.h"
-#include "core/project/failure.h"
+#include "cli/samples.h"
+#include "core/analysis/moranOverTime.h"
+#include "core/analysis/snapshot.h"
+#include "core/analysis/statistics.h"
+#include "core/analysis/tables.h"
+#include "core/analysis/weightSets.h"
 #include "core/formats/ogrReader.h"
 #include "core/import/mapImporter.h"
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/safeFile.h"
 #include "core/render/choropleth.h"
 #include "core/render/classes.h"
-#include "core/project/safeFile.h"
-#include "cli/samples.h"
-#include "core/analysis/weightSets.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
+#include "datainterface/GeographyAPI.h"
 
 namespace meridor {
 namespace {
@@ -52,7 +52,7 @@ public:
         : mContext(context),
           mDirectory(options.directory),
           mSamples(samplesDirectory(options.samples)),
-          mSession(context.session, context.console),
+          mSession(context.session, context.user),
           mSteps(context.console)
     {
         if (!QDir().mkpath(mDirectory))

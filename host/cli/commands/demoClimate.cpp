@@ -5,18 +5,18 @@
 #include <QFileInfo>
 #include <cmath>
 #include <utility>
-#include "cli/commands/snapshot.h"
-#include "cli/commands/statistics.h"
-#include "cli/commands/zonal.h"
-#include "datainterface/DataAPI.h"
-#include "datainterface/FrameAPI.h"
-#include "datainterface/GeographyAPI.h"
-#include "core/project/failure.h"
+#include "core/analysis/snapshot.h"
+#include "core/analysis/statistics.h"
+#include "core/analysis/zonal.h"
 #include "core/formats/rasterReader.h"
 #include "core/formats/rasterWriter.h"
 #include "core/import/rasterImporter.h"
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "core/render/choropleth.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
+#include "datainterface/GeographyAPI.h"
 
 namespace meridor {
 namespace {

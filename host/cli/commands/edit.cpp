@@ -4,11 +4,11 @@
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/projectEdit.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
-#include "core/project/failure.h"
-#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

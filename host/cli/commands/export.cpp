@@ -1,109 +1,18 @@
 // SPDX-License-Identifier: MIT
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/commands.h"
-#include "cli/commands/tables.h"
+#include "core/analysis/tables.h"
+#include "core/formats/rasterWriter.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/safeFile.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
-#include "datainterface/MVectorData.h"
-#include "datainterface/MVectorDataSource.h"
-#include "core/project/failure.h"
-#include "core/formats/rasterWriter.h"
-#include "cli/interrupt.h"
-#include "core/project/catalog.h"
-#include "core/project/safeFile.h"
 
 namespace meridor {
-namespace {
-
-/// A small file that a format keeps beside its main one, such as the code page of a DBF table: it
-/// goes where the main file goes, and away when that is given up.
-class SideFile {
-public:
-    explicit SideFile(const QString &suffix) : mSuffix(suffix) {}
-    ~SideFile()
-    {
-        if (!mName.isEmpty())
-            QFile::remove(mName);
-    }
-    SideFile(const SideFile &) = delete;
-    SideFile &operator=(const SideFile &) = delete;
-    void follow(const QString &mainFile) { mName = nameBeside(mainFile); }
-    void moveTo(const QString &mainFile)
-    {
-        if (!QFile::exists(mName))
-            return;
-        QFile::remove(nameBeside(mainFile));
-        QFile::rename(mName, nameBeside(mainFile));
-    }
-
-private:
-    QString nameBeside(const QString &mainFile) const
-    {
-        const QFileInfo info(mainFile);
-        return info.absolutePath() + QLatin1Char('/') + info.completeBaseName() + mSuffix;
-    }
-
-    QString mSuffix;
-    QString mName;
-};
-
-} // namespace
-
-void exportTable(const QString &path, TableFormat format, const QVector<int> &datasets,
-                 qint64 start, qint64 end, const QString &missing)
-{
-    const int geography = VORN_GetGeographyId(datasets.first());
-    auto *vector = dynamic_cast<MVectorData *>(geographyOf(geography));
-    if (!vector)
-        fail(QStringLiteral("%1 is no vector geography").arg(geographyName(geography)));
-    MVectorDataSource &source = *vector->GetVectorDataSource();
-    QList<DataId> ids;
-    for (const int id : datasets)
-        ids.append(id);
-    const TimeFormat times = vector->GetTheTimeFormat();
-    SideFile codePage(QStringLiteral(".cpg"));
-    const bool written = replaceFile(path, [&](const QString &beside) {
-        codePage.follow(beside);
-        bool done = false;
-        switch (format) {
-        case TableFormat::Csv:
-            done = source.ExportDatasetsAsCSV(beside, ids, times, start, end, missing, 0);
-            break;
-        case TableFormat::GeoEas:
-            done = source.ExportDatasetsAsGeoeas(beside, vector->GetName(), ids, times, start, end,
-                                                 missing, 0);
-            break;
-        case TableFormat::Dbf:
-            done = source.ExportDatasetsAsDBF(beside, ids, times, start, end, missing, 0);
-            break;
-        }
-        return done && !interrupted();
-    });
-    stopIfInterrupted();
-    if (!written)
-        fail(QStringLiteral("%1: could not be written").arg(path));
-    codePage.moveTo(path);
-}
-
-QPair<qint64, qint64> timesOf(const QVector<int> &datasets)
-{
-    bool any = false;
-    QPair<qint64, qint64> hull(0, 0);
-    for (const int id : datasets) {
-        TimeStamp bounds;
-        if (datasetOf(id)->IsStatic() || !datasetOf(id)->GetTimeBounds(bounds))
-            continue;
-        hull = {any ? qMin(hull.first, bounds.startTime) : bounds.startTime,
-                any ? qMax(hull.second, bounds.endTime) : bounds.endTime};
-        any = true;
-    }
-    return hull;
-}
-
 namespace {
 
 struct Options {
@@ -182,7 +91,8 @@ void tell(const Options &options, const QStringList &names, const QString &times
 void runGrid(const Options &options, const Context &context)
 {
     requireWritable(options.output, context.overwrite);
-    Session session(context.session, context.console);
+    refuseInput(options.output, {options.project});
+    Session session(context.session, context.user);
     session.load(options.project);
     const QVector<int> ids = chooseDatasets(options);
     if (ids.size() != 1)
@@ -203,15 +113,18 @@ void run(const Options &options, const Context &context)
     }
     const TableFormat format = formatOf(options);
     requireWritable(options.output, context.overwrite);
-    Session session(context.session, context.console);
+    refuseInput(options.output, {options.project});
+    Session session(context.session, context.user);
     session.load(options.project);
     const QVector<int> ids = chooseDatasets(options);
     const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
     auto times = timesOf(ids);
     if (!options.from.isEmpty())
-        times.first = timeOption(axis, "--from", options.from).startTime;
+        times.first = requireSpan(axis, options.from).startTime;
     if (!options.to.isEmpty())
-        times.second = timeOption(axis, "--to", options.to).endTime;
+        times.second = lastInstantOf(requireSpan(axis, options.to));
+    if (times.second < times.first)
+        failUsage(QStringLiteral("the last time lies before the first"), "to");
     // A GeoEAS reader parts fields at blanks: an empty field would shift the rest of the row.
     const QString missing = options.missingGiven || format != TableFormat::GeoEas
                                 ? options.missing

@@ -4,13 +4,13 @@
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/commands.h"
-#include "datainterface/DataAPI.h"
-#include "datainterface/GeographyAPI.h"
-#include "core/project/failure.h"
 #include "core/formats/rasterReader.h"
 #include "core/import/rasterImporter.h"
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "core/project/safeFile.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
 
 namespace meridor {
 namespace {
@@ -107,7 +107,9 @@ void run(const Options &options, const Context &context)
     if (options.append && !there)
         fail(QStringLiteral("%1: no such file to append to").arg(options.project));
     requireWritable(options.project, context.overwrite || options.append);
-    Session session(context.session, context.console);
+    refuseInput(options.project, QStringList{options.import.map, options.import.observations}
+                                     + options.import.tables);
+    Session session(context.session, context.user);
     if (options.append)
         session.load(options.project);
     ImportReport report;

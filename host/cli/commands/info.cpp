@@ -2,15 +2,9 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <algorithm>
 #include <memory>
 #include "cli/commands/commands.h"
-#include "datainterface/DataAPI.h"
-#include "datainterface/GeographyAPI.h"
-#include "datainterface/MGeoData.h"
-#include "datainterface/MRasterDataset.h"
-#include "core/project/catalog.h"
-#include "cli/terminalProgress.h"
+#include "core/analysis/describe.h"
 
 namespace meridor {
 namespace {
@@ -19,110 +13,6 @@ struct Options {
     QString project;
     QString at;
 };
-
-QJsonObject span(const TimeAxis &axis, const TimeStamp &bounds)
-{
-    if (bounds.endTime < bounds.startTime)
-        return {};
-    return {{QStringLiteral("start"), axis.show(bounds.startTime)},
-            {QStringLiteral("end"), axis.show(bounds.endTime)}};
-}
-
-/// Coordinates that are angles come with the unit's EPSG code in place of its name.
-QString unitName(const QVariant &unit)
-{
-    switch (unit.type() == QVariant::Int ? unit.toInt() : 0) {
-    case 9101:
-        return QStringLiteral("radian");
-    case 9102:
-        return QStringLiteral("degree");
-    case 9105:
-        return QStringLiteral("grad");
-    default:
-        return unit.toString();
-    }
-}
-
-/// A grid's table of values holds none of its missing cells: they are counted.
-bool hasMissing(int id)
-{
-    if (!rasterOf(id))
-        return datasetOf(id)->HasMissing(0);
-    const int cells = VORN_GetGeographyProperties(VORN_GetGeographyId(id)).objectCount;
-    const QVector<Interval> times = dataTimes(id);
-    return std::any_of(times.begin(), times.end(), [&](const Interval &when) {
-        return static_cast<int>(VORN_GetDataCount(id, instantOf(when))) < cells;
-    });
-}
-
-QJsonObject describeDataset(int id, const TimeAxis &axis)
-{
-    const DatasetProps props = VORN_GetDatasetProperties(id);
-    bool complete = true;
-    QJsonObject object{
-        {QStringLiteral("name"), datasetName(id)},
-        {QStringLiteral("type"), QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
-        {QStringLiteral("storage"),
-         props.bitDepth > 0 ? QStringLiteral("grids")
-                            : QString(QLatin1String(storageName(
-                                static_cast<MVectorDataset::StorageType>(props.storageType))))},
-        {QStringLiteral("static"), props.isStatic},
-        {QStringLiteral("realizations"), props.realizationCount},
-        {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()},
-        {QStringLiteral("missing"), hasMissing(id)},
-        {QStringLiteral("uniqueValues"), VORN_GetUniqueDataCount(id, complete)},
-        {QStringLiteral("key"), keyDataset(VORN_GetGeographyId(id)) == id}};
-    if (props.bitDepth > 0)
-        object.insert(QStringLiteral("bits"), props.bitDepth);
-    if (!props.isStatic)
-        object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
-    return object;
-}
-
-QJsonObject describeGeography(int id, const QString &at)
-{
-    const GeoProps props = VORN_GetGeographyProperties(id);
-    const TimeAxis axis(props.timeFormat);
-    QJsonArray datasets;
-    for (const int dataset : datasetIds(id))
-        datasets.append(describeDataset(dataset, axis));
-    QJsonObject object{
-        {QStringLiteral("name"), geographyName(id)},
-        {QStringLiteral("shapes"), QLatin1String(shapeName(props.type))},
-        {QStringLiteral("objects"), props.objectCount},
-        {QStringLiteral("projection"),
-         props.metaData.value(QStringLiteral("Projection")).toString()},
-        {QStringLiteral("distanceUnit"),
-         unitName(props.metaData.value(QStringLiteral("Distance unit")))},
-        {QStringLiteral("history"), props.metaData.value(QStringLiteral("History")).toString()},
-        {QStringLiteral("bounds"), QJsonArray{props.bounds.left(), props.bounds.top(),
-                                              props.bounds.left() + props.bounds.width(),
-                                              props.bounds.top() + props.bounds.height()}},
-        {QStringLiteral("static"), props.isStatic},
-        {QStringLiteral("timeFormat"), QLatin1String(timeFormatName(props.timeFormat))},
-        {QStringLiteral("datasets"), datasets}};
-    if (!props.isStatic)
-        object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
-    if (const int parent = geographyOf(id)->GetParentId(); geographyOf(parent))
-        object.insert(QStringLiteral("parent"), geographyName(parent));
-    if (props.type == GeoProps::Raster) {
-        object.insert(QStringLiteral("rows"), props.rows);
-        object.insert(QStringLiteral("columns"), props.columns);
-        object.insert(QStringLiteral("cellSize"), QJsonArray{props.pixelWidth, props.pixelHeight});
-    }
-    const QStringList sets = geographyOf(id)->GetSpatialWeightsNames();
-    if (!sets.isEmpty())
-        object.insert(QStringLiteral("weightSets"), QJsonArray::fromStringList(sets));
-    if (!at.isEmpty()) {
-        QStringList keys;
-        const QStringList all = objectKeys(id);
-        if (const auto when = axis.span(at))
-            for (const int index : objectsAt(id, when->startTime))
-                keys.append(all[index]);
-        object.insert(QStringLiteral("existing"), QJsonArray::fromStringList(keys));
-    }
-    return object;
-}
 
 /// The name at the head of a WKT text; other texts as they are.
 QString projectionName(const QString &text)
@@ -200,11 +90,9 @@ void print(const QJsonObject &geography, const Console &console)
 
 void run(const Options &options, const Context &context)
 {
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.project);
-    QJsonArray geographies;
-    for (const int id : geographyIds())
-        geographies.append(describeGeography(id, options.at));
+    const QJsonArray geographies = describeProject(options.at);
     if (context.console.json) {
         context.console.print(
             QJsonObject{{QStringLiteral("project"), options.project},

@@ -4,14 +4,14 @@
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/commands.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/safeFile.h"
+#include "core/render/choropleth.h"
+#include "core/render/palette.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/MDataset.h"
-#include "core/project/failure.h"
-#include "core/project/catalog.h"
-#include "core/render/choropleth.h"
-#include "core/render/palette.h"
-#include "core/project/safeFile.h"
 
 namespace meridor {
 namespace {
@@ -48,7 +48,8 @@ void run(Options options, const Context &context)
         failUsage(QStringLiteral("%1: a map is a PNG picture; its name ends in .png")
                       .arg(options.output));
     requireWritable(options.output, context.overwrite);
-    Session session(context.session, context.console);
+    refuseInput(options.output, {options.project});
+    Session session(context.session, context.user);
     session.load(options.project);
     const int dataset = findDataset(options.dataset);
     const qint64 time = chooseTime(dataset, options.at);

@@ -5,12 +5,12 @@
 #include <QRandomGenerator>
 #include <limits>
 #include <memory>
-#include "core/analysis/moranOverTime.h"
 #include "cli/commands/projectEdit.h"
-#include "datainterface/DataAPI.h"
-#include "core/project/failure.h"
-#include "core/project/catalog.h"
+#include "core/analysis/moranOverTime.h"
 #include "core/analysis/weightSets.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "datainterface/DataAPI.h"
 
 namespace meridor {
 namespace {
@@ -23,23 +23,6 @@ struct Options {
     QString save; ///< empty: nothing goes into the project
     MoranPlan plan;
 };
-
-/// The times' own spans, so that results hold as long as what they are of.
-QVector<Interval> timesOf(int dataset, const QStringList &at)
-{
-    const QVector<Interval> all = dataTimes(dataset);
-    QVector<Interval> times;
-    for (const QString &text : at) {
-        const qint64 time = chooseTime(dataset, text);
-        const int before = times.size();
-        for (const Interval &when : all)
-            if (TimeStamp(when).contains(time))
-                times.append(when);
-        if (times.size() == before)
-            fail(QStringLiteral("%1 holds no values at %2").arg(datasetName(dataset), text));
-    }
-    return at.isEmpty() ? all : times;
-}
 
 QJsonObject objectToJson(const MoranAt &result, int i, const QStringList &keys)
 {
@@ -140,7 +123,7 @@ QJsonArray compute(const Options &options, MoranPlan plan)
         fail(QStringLiteral("weight set %1 is of %2, %3 of %4")
                  .arg(options.set, geographyName(plan.weightSet >> 16), options.dataset,
                       geographyName(geography)));
-    plan.times = timesOf(plan.dataset, options.at);
+    plan.times = dataTimesAt(plan.dataset, options.at);
     QVector<MoranAt> found;
     {
         const Progress progress("Moran", "Permuting...");
@@ -162,7 +145,7 @@ void run(const Options &options, const Context &context)
 {
     QJsonArray results;
     if (options.save.isEmpty()) {
-        Session session(context.session, context.console);
+        Session session(context.session, context.user);
         session.load(options.target.project);
         results = compute(options, options.plan);
     } else {

@@ -6,11 +6,11 @@
 #include <limits>
 #include <memory>
 #include "cli/commands/commands.h"
-#include "datainterface/GeographyAPI.h"
-#include "core/project/failure.h"
-#include "core/project/catalog.h"
-#include "cli/terminalProgress.h"
 #include "core/analysis/weightSets.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/progress.h"
+#include "datainterface/GeographyAPI.h"
 
 namespace meridor {
 namespace {
@@ -90,7 +90,7 @@ double distanceOf(const AdjacencySet &set, const neighborDatum &neighbor)
 
 void runNeighbors(const Options &options, const Context &context)
 {
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.project);
     const int id = findWeightSet(options.set);
     const int geography = id >> 16;
@@ -157,7 +157,7 @@ void runNearest(const Options &options, const Context &context)
 {
     if ((options.place.size() == 2) == !options.object.isEmpty())
         failUsage(QStringLiteral("a place is X Y or --object"));
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.project);
     const int geography = findGeography(options.geography);
     const qint64 time = chooseTimeOf(geography, options.at);

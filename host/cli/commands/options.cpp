@@ -43,4 +43,13 @@ void overwriteOption(CLI::App &app, Context &context)
                  "Replace the output file when it is there already");
 }
 
+void valueOptions(CLI::App &command, ObjectChoice &choice)
+{
+    textsOption(command, "--values", choice.values, "Objects with one of these values")
+        ->delimiter(',');
+    textOption(command, "--min", choice.low, "Objects with at least this value");
+    textOption(command, "--max", choice.high, "Objects with at most this value");
+    textOption(command, "--at", choice.at, "The time (default: the dataset's last)");
+}
+
 } // namespace meridor

@@ -14,7 +14,7 @@ void editProject(const EditTarget &target, const Context &context,
                  const std::function<void(Session &)> &change)
 {
     requireWritable(target.file(), context.overwrite || target.output.isEmpty());
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(target.project);
     change(session);
     session.save(target.file());

@@ -4,18 +4,18 @@
 #include <cmath>
 #include <memory>
 #include "cli/commands/commands.h"
+#include "core/formats/ogrReader.h"
+#include "core/grids/cellShares.h"
+#include "core/grids/gridValues.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "core/project/shapeAccess.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/RasterAPI.h"
-#include "core/project/failure.h"
-#include "core/formats/ogrReader.h"
-#include "core/project/projectHost.h"
-#include "core/project/catalog.h"
-#include "core/grids/cellShares.h"
-#include "core/grids/gridValues.h"
-#include "core/project/shapeAccess.h"
 
 namespace meridor {
 namespace {
@@ -155,7 +155,7 @@ void run(const Options &options, const Context &context)
         places += !place.isEmpty();
     if (places != 1)
         failUsage(QStringLiteral("one of --rect, --circle, --ellipse, --polygon and --in"));
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.project);
     const int dataset = findDataset(options.dataset);
     if (!rasterOf(dataset))

@@ -2,9 +2,10 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "cli/commands/objectChoice.h"
-#include "datainterface/DataAPI.h"
+#include "cli/commands/commands.h"
+#include "core/analysis/selection.h"
 #include "core/project/catalog.h"
+#include "datainterface/DataAPI.h"
 
 namespace meridor {
 namespace {
@@ -16,7 +17,7 @@ struct Options {
 
 void run(const Options &options, const Context &context)
 {
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.project);
     const int dataset = findDataset(options.choice.dataset);
     const int geography = VORN_GetGeographyId(dataset);

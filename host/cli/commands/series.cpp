@@ -3,11 +3,11 @@
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/commands.h"
+#include "core/grids/gridValues.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/RasterAPI.h"
-#include "core/project/failure.h"
-#include "core/project/catalog.h"
-#include "core/grids/gridValues.h"
 
 namespace meridor {
 namespace {
@@ -20,7 +20,7 @@ struct Options {
 
 void run(const Options &options, const Context &context)
 {
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.project);
     const int dataset = findDataset(options.dataset);
     const int geography = VORN_GetGeographyId(dataset);
@@ -48,7 +48,7 @@ void run(const Options &options, const Context &context)
             {QStringLiteral("value"), there ? jsonValue(value) : QJsonValue(QJsonValue::Null)}};
         if (!always) {
             entry.insert(QStringLiteral("start"), axis.show(interval.startTime));
-            entry.insert(QStringLiteral("end"), axis.show(interval.endTime));
+            entry.insert(QStringLiteral("end"), axis.showEnd(interval));
         }
         entries.append(entry);
         const bool isDecimal = isGrid && value.type == 0;

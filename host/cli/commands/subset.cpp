@@ -2,12 +2,13 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
-#include "cli/commands/objectChoice.h"
+#include "cli/commands/commands.h"
 #include "cli/commands/projectEdit.h"
-#include "datainterface/FrameAPI.h"
-#include "core/project/failure.h"
-#include "core/project/catalog.h"
+#include "core/analysis/selection.h"
 #include "core/analysis/subsetGeography.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "datainterface/FrameAPI.h"
 
 namespace meridor {
 namespace {

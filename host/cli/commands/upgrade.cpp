@@ -3,9 +3,9 @@
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/commands.h"
-#include "datainterface/VersionAPI.h"
 #include "core/project/catalog.h"
 #include "core/project/safeFile.h"
+#include "datainterface/VersionAPI.h"
 
 namespace meridor {
 namespace {
@@ -24,7 +24,7 @@ struct Report {
 
 Report upgrade(const Options &options, const Context &context)
 {
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.old);
     Report report{dataInterfaceVersionStringLoading, session.controller().log(), 0, 0};
     for (const int geography : geographyIds()) {
@@ -38,6 +38,7 @@ Report upgrade(const Options &options, const Context &context)
 void run(const Options &options, const Context &context)
 {
     requireWritable(options.project, context.overwrite);
+    refuseInput(options.project, {options.old});
     const Report report = upgrade(options, context);
     if (context.console.json)
         context.console.print(

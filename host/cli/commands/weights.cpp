@@ -5,11 +5,11 @@
 #include <memory>
 #include "cli/commands/projectEdit.h"
 #include "cli/commands/weightsFiles.h"
-#include "datainterface/MGeoData.h"
-#include "core/project/failure.h"
-#include "core/project/catalog.h"
-#include "cli/terminalProgress.h"
+#include "core/analysis/describe.h"
 #include "core/analysis/weightSets.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "datainterface/MGeoData.h"
 
 namespace meridor {
 namespace {
@@ -21,48 +21,6 @@ struct Options {
     QStringList at;
     WeightSetPlan plan;
 };
-
-QJsonObject toJson(const AdjacencySet &set)
-{
-    const int geography = set.GetId() >> 16;
-    const TimeAxis axis = axisOf(geography);
-    QJsonArray times;
-    for (const TimeStamp &time : set.GetAdjacencyTimes())
-        times.append(axis.show(Interval(time)));
-    return {{QStringLiteral("name"), set.GetName()},
-            {QStringLiteral("geography"), geographyName(geography)},
-            {QStringLiteral("definition"), describe(set)},
-            {QStringLiteral("information"), set.GetInformation()},
-            {QStringLiteral("stored"), times}};
-}
-
-QJsonObject toJson(const LinkSummary &summary, int set, const QString &time)
-{
-    const QStringList keys = objectKeys(set >> 16);
-    QJsonArray islands;
-    for (const int object : summary.islands)
-        islands.append(keys[object]);
-    return {{QStringLiteral("time"), time},
-            {QStringLiteral("objects"), summary.objects},
-            {QStringLiteral("links"), static_cast<double>(summary.links)},
-            {QStringLiteral("least"), summary.least},
-            {QStringLiteral("most"), summary.most},
-            {QStringLiteral("mean"), summary.mean()},
-            {QStringLiteral("islands"), islands}};
-}
-
-/// The summaries of a set at the times asked for, or at the last; the lists stay with the set.
-QJsonArray summaries(int set, const QStringList &at)
-{
-    const Progress progress("Weights", "Calculating spatial weights...");
-    const int geography = set >> 16;
-    QJsonArray times;
-    for (const QString &text : at.isEmpty() ? QStringList{QString()} : at) {
-        const qint64 time = chooseTimeOf(geography, text);
-        times.append(toJson(summarize(set, time), set, axisOf(geography).show(time)));
-    }
-    return times;
-}
 
 void print(const QJsonObject &set, const Console &console)
 {
@@ -105,8 +63,9 @@ void create(const Options &options, const Context &context)
     QJsonObject result;
     editProject(options.target, context, [&](Session &) {
         const int set = createWeightSet(findGeography(options.geography), options.plan);
-        const QJsonArray times = options.at.isEmpty() ? QJsonArray() : summaries(set, options.at);
-        result = toJson(weightSetOf(set));
+        const QJsonArray times =
+            options.at.isEmpty() ? QJsonArray() : describeLinks(set, options.at);
+        result = describeWeightSet(set);
         result.insert(QStringLiteral("times"), times);
     });
     print(result, context.console);
@@ -114,7 +73,7 @@ void create(const Options &options, const Context &context)
 
 void list(const Options &options, const Context &context)
 {
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.target.project);
     QJsonArray sets;
     TextTable table({{QStringLiteral("set"), TextTable::Left},
@@ -124,7 +83,7 @@ void list(const Options &options, const Context &context)
     for (const int geography : geographyIds()) {
         for (const int id : geographyOf(geography)->GetSpatialWeightsIds()) {
             const AdjacencySet &set = weightSetOf(id);
-            sets.append(toJson(set));
+            sets.append(describeWeightSet(id));
             table.add({set.GetName(), geographyName(geography), describe(set),
                        QString::number(set.GetAdjacencyTimes().size())});
         }
@@ -139,11 +98,11 @@ void list(const Options &options, const Context &context)
 
 void show(const Options &options, const Context &context)
 {
-    Session session(context.session, context.console);
+    Session session(context.session, context.user);
     session.load(options.target.project);
     const int set = findWeightSet(options.sets.first());
-    QJsonObject result = toJson(weightSetOf(set));
-    result.insert(QStringLiteral("times"), summaries(set, options.at));
+    QJsonObject result = describeWeightSet(set);
+    result.insert(QStringLiteral("times"), describeLinks(set, options.at));
     print(result, context.console);
 }
 

@@ -4,12 +4,9 @@
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/projectEdit.h"
-#include "datainterface/GeographyAPI.h"
-#include "core/project/failure.h"
+#include "core/analysis/weightsExchange.h"
 #include "core/project/catalog.h"
-#include "cli/terminalProgress.h"
 #include "core/project/safeFile.h"
-#include "core/analysis/weightSets.h"
 
 namespace meridor {
 namespace {
@@ -19,84 +16,35 @@ struct Options {
     QString geography;
     QString set;
     QString file;
-    QString key;
-    QString at;
-    bool standardize = false;
-    bool strict = false;
+    WeightsImport how;
 };
-
-/// A dataset whose values name the objects. Positions are no names: a table that was sorted anew
-/// would link other objects without a word.
-int idDataset(int geography, const QString &key)
-{
-    const int dataset = key.isEmpty() ? keyDataset(geography) : findDataset(geography, key);
-    if (dataset < 0)
-        fail(QStringLiteral("the objects of %1 have no keys; --key names a dataset that tells them "
-                            "apart")
-                 .arg(geographyName(geography)));
-    return dataset;
-}
-
-bool isLossless(const WeightsFile &weights)
-{
-    for (const WeightsFile::Ego &ego : weights.egos)
-        for (const WeightsFile::Link &link : ego.links)
-            if (link.weight != 1)
-                return false;
-    return true;
-}
-
-qint64 linksOf(const WeightsFile &weights)
-{
-    qint64 links = 0;
-    for (const WeightsFile::Ego &ego : weights.egos)
-        links += ego.links.size();
-    return links;
-}
 
 void writeSet(const Options &options, const Context &context)
 {
-    const WeightsFormat format = weightsFormatOf(options.file);
+    weightsFormatOf(options.file); // refused before any work
     requireWritable(options.file, context.overwrite);
-    Session session(context.session, context.console);
+    refuseInput(options.file, {options.target.project});
+    Session session(context.session, context.user);
     session.load(options.target.project);
     const int set = findWeightSet(options.set);
-    const int geography = set >> 16;
-    const int ids = idDataset(geography, options.key);
-    const qint64 time = chooseTimeOf(geography, options.at);
-    WeightsFile weights;
-    {
-        const Progress progress("Export", "Reading the weights...");
-        weights = weightsAt(set, time, uniqueTexts(ids));
-    }
-    weights.key = datasetName(ids);
-    if (format == WeightsFormat::Gal && !isLossless(weights))
+    const WrittenWeights written =
+        exportWeights(set, options.file, options.how.key, options.how.at);
+    if (written.losesWeights)
         context.console.note(
             QStringLiteral("%1: neighbours alone, the form holds no weights").arg(options.file));
-    writeWeights(options.file, weights);
-    const QString when = axisOf(geography).show(time);
+    const QString when = axisOf(set >> 16).show(written.time);
     if (context.console.json)
         context.console.print(
             QJsonObject{{QStringLiteral("file"), options.file},
                         {QStringLiteral("time"), when},
-                        {QStringLiteral("objects"), weights.egos.size()},
-                        {QStringLiteral("links"), static_cast<double>(linksOf(weights))}});
+                        {QStringLiteral("objects"), written.objects},
+                        {QStringLiteral("links"), static_cast<double>(written.links)}});
     else
         context.console.print(QStringLiteral("%1: %2 objects, %3 links, at %4")
                                   .arg(options.file)
-                                  .arg(weights.egos.size())
-                                  .arg(linksOf(weights))
+                                  .arg(written.objects)
+                                  .arg(written.links)
                                   .arg(when));
-}
-
-/// Without a time the lists hold as long as there are objects.
-Interval spanOf(int geography, const QString &text)
-{
-    if (text.isEmpty())
-        return VORN_GetGeographyProperties(geography).timeBounds;
-    const TimeAxis axis = axisOf(geography);
-    const auto span = axis.range(text);
-    return span ? *span : timeOption(axis, "--at", text);
 }
 
 void tell(const WeightsMatch &match, const Options &options, const Console &console)
@@ -115,17 +63,12 @@ void tell(const WeightsMatch &match, const Options &options, const Console &cons
 
 void readSet(const Options &options, const Context &context)
 {
+    refuseInput(options.target.file(), {options.file});
     const WeightsFile file = readWeights(options.file);
     WeightsMatch match;
     editProject(options.target, context, [&](Session &) {
         const int geography = findGeography(options.geography);
-        match = adoptWeights(geography, options.set, file,
-                             uniqueTexts(idDataset(geography, options.key)),
-                             spanOf(geography, options.at), options.standardize);
-        if (options.strict && (!match.unknown.isEmpty() || !match.unnamed.isEmpty()))
-            fail(QStringLiteral("%1: ids do not match: %2")
-                     .arg(options.file, someOf(match.unknown + match.unnamed)));
-        weightSetOf(match.set).AddInformation(QStringLiteral("Imported from %1").arg(options.file));
+        match = importWeights(geography, options.set, file, options.file, options.how);
     });
     tell(match, options, context.console);
     if (context.console.json)
@@ -149,9 +92,9 @@ void addWeightsExport(CLI::App &weights, Context &context)
     textOption(command, "SET", options->set, "The set, as SET or GEOGRAPHY/SET")->required();
     textOption(command, "FILE", options->file, "The file to write; its ending tells the format")
         ->required();
-    textOption(command, "--key", options->key,
+    textOption(command, "--key", options->how.key,
                "Dataset whose values name the objects (default: their keys)");
-    textOption(command, "--at", options->at, "The time (default: the last)");
+    textOption(command, "--at", options->how.at, "The time (default: the last)");
     overwriteOption(command, context);
     command.footer("Example:\n  meridor weights export income.vorn queen queen.gal --at 2009");
     command.callback([options, &context] {
@@ -169,13 +112,13 @@ void addWeightsImport(CLI::App &weights, Context &context)
         ->required();
     textOption(command, "SET", options->set, "The new set's name")->required();
     textOption(command, "--geography", options->geography, "The geography, when there are several");
-    textOption(command, "--key", options->key,
+    textOption(command, "--key", options->how.key,
                "Dataset whose values name the objects (default: their keys)");
-    textOption(command, "--at", options->at,
+    textOption(command, "--at", options->how.at,
                "The span that the lists hold for, TIME or START/END (default: all of it)");
-    command.add_flag("--standardize", options->standardize,
+    command.add_flag("--standardize", options->how.standardize,
                      "Divide each object's weights by their sum");
-    command.add_flag("--strict", options->strict,
+    command.add_flag("--strict", options->how.strict,
                      "Fail when ids of the file and of the map differ");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor weights import counties.vorn ncCR85.gal cressie --key fips "

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "core/analysis/convertDataset.h"
 #include <algorithm>
+#include "core/project/cancel.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/progress.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/TimeAPI.h"
-#include "core/project/failure.h"
-#include "cli/interrupt.h"
-#include "core/project/catalog.h"
-#include "cli/terminalProgress.h"
 
 namespace meridor {
 namespace {
@@ -53,7 +53,7 @@ MVectorDataSource &sourceOf(int dataset)
 int withType(int dataset, DataType type, const QString &name, int decimals)
 {
     const int id = sourceOf(dataset).ConvertDataset(dataset, name, type, decimals);
-    stopIfInterrupted();
+    stopIfCancelled();
     if (id < 0)
         fail(QStringLiteral("%1 could not be converted").arg(datasetName(dataset)));
     return id;

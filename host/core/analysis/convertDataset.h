@@ -3,6 +3,7 @@
 #pragma once
 #include <QString>
 #include <optional>
+#include "core/export.h"
 #include "datainterface/DataType.h"
 #include "datainterface/MVectorDataset.h"
 
@@ -17,6 +18,6 @@ struct Conversion {
 
 /// A new dataset with the values of `dataset`, which stays; all realizations, missing values kept.
 /// Raises a Failure, or the cancel, with nothing left behind. @return the new id
-int convertDataset(int dataset, const Conversion &conversion);
+MERIDOR_EXPORT int convertDataset(int dataset, const Conversion &conversion);
 
 } // namespace meridor

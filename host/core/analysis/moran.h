@@ -4,11 +4,12 @@
 #pragma once
 #include <functional>
 #include <vector>
+#include "core/export.h"
 
 namespace meridor {
 
 /// Weights by row. An object is no neighbour of its own: entries on the diagonal are left out.
-class SparseWeights {
+class MERIDOR_EXPORT SparseWeights {
 public:
     void addNeighbor(int column, double weight);
     /// Ends the row that the neighbours before belong to; a neighbour named twice has both weights.
@@ -50,20 +51,22 @@ struct LocalMoran {
 };
 
 /// Draws `permutations` shuffles from the library's generator. At least 4 values for a deviate.
-MoranTest moran(const std::vector<double> &values, const SparseWeights &weights, int permutations,
-                const Meter &meter);
+MERIDOR_EXPORT MoranTest moran(const std::vector<double> &values, const SparseWeights &weights,
+                               int permutations, const Meter &meter);
 
 /// Conditional permutations: an object keeps its value, its neighbours' values are drawn from the
 /// others. All objects draw from the same `permutations` shuffles, so tests of one run are not
 /// independent of each other.
-LocalMoran localMoran(const std::vector<double> &values, const SparseWeights &weights,
-                      int permutations, const Meter &meter);
+MERIDOR_EXPORT LocalMoran localMoran(const std::vector<double> &values,
+                                     const SparseWeights &weights, int permutations,
+                                     const Meter &meter);
 
 /// For each of `permutations` shuffles of the whole map the objects whose statistic then lies as
 /// far out as a p of at most `alpha` says, seen among all the shuffles: what chance alone flags.
 /// Takes 4 bytes an object and shuffle.
-std::vector<std::vector<bool>> flagsOfChance(const std::vector<double> &values,
-                                             const SparseWeights &weights, int permutations,
-                                             double alpha, const Meter &meter);
+MERIDOR_EXPORT std::vector<std::vector<bool>> flagsOfChance(const std::vector<double> &values,
+                                                            const SparseWeights &weights,
+                                                            int permutations, double alpha,
+                                                            const Meter &meter);
 
 } // namespace meridor

@@ -3,14 +3,14 @@
 #include <QSet>
 #include <cmath>
 #include <limits>
+#include "core/analysis/weightSets.h"
+#include "core/project/cancel.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/StatisticsAPI.h"
 #include "datainterface/dataContainer.h"
-#include "core/project/failure.h"
-#include "cli/interrupt.h"
-#include "core/project/catalog.h"
-#include "core/analysis/weightSets.h"
 
 namespace meridor {
 namespace {
@@ -55,7 +55,7 @@ SparseWeights weightsAmong(int set, qint64 time, const Observed &observed)
     SparseWeights weights;
     QVector<neighborDatum> neighbors;
     for (const int object : observed.objects) {
-        stopIfInterrupted();
+        stopIfCancelled();
         if (!VORN_GetSpatialWeights(handle, static_cast<unsigned int>(object), neighbors, missing))
             fail(QStringLiteral("weight set %1 has nothing at %2")
                      .arg(weightSetOf(set).GetName(), axisOf(set >> 16).show(time)));

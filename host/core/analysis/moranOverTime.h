@@ -5,8 +5,9 @@
 #include <QStringList>
 #include <QVector>
 #include "core/analysis/moran.h"
+#include "core/export.h"
+#include "core/project/progress.h"
 #include "datainterface/TimeStamp.h"
-#include "cli/terminalProgress.h"
 
 namespace meridor {
 
@@ -31,15 +32,15 @@ struct MoranAt {
 
 /// Seeds the library's generator once, so that equal plans give equal results. Times without values
 /// are left out. Raises a Failure for a dataset of texts, and the cancel.
-QVector<MoranAt> moranOverTime(const MoranPlan &plan, const Progress &progress);
+MERIDOR_EXPORT QVector<MoranAt> moranOverTime(const MoranPlan &plan, const Progress &progress);
 
 /// "high-high", "low-low", "high-low", "low-high", or "not significant".
-QString clusterName(const MoranAt &result, int position);
+MERIDOR_EXPORT QString clusterName(const MoranAt &result, int position);
 
 /// Adds what was found to the dataset's geography: "NAME I" and "NAME p", the same at every object
 /// of a time, and of local tests "NAME local I", "NAME local p" and "NAME cluster". Raises a
 /// Failure for a name that is there. @return the new datasets
-QVector<int> storeMoran(const MoranPlan &plan, const QVector<MoranAt> &results,
-                        const QString &name);
+MERIDOR_EXPORT QVector<int> storeMoran(const MoranPlan &plan, const QVector<MoranAt> &results,
+                                       const QString &name);
 
 } // namespace meridor

@@ -1,47 +1,57 @@
 // SPDX-License-Identifier: MIT
 #include "core/analysis/subsetGeography.h"
-#include <QFile>
+#include <QDir>
+#include <QTemporaryFile>
+#include "core/project/cancel.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/progress.h"
+#include "core/project/projectHost.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
-#include "core/project/failure.h"
 #include "fennimark/Fennims.h"
-#include "core/project/projectHost.h"
-#include "cli/interrupt.h"
-#include "core/project/catalog.h"
-#include "cli/terminalProgress.h"
 
 namespace meridor {
 namespace {
+
+/// The session's own, else the system's.
+QString scratchDirectory()
+{
+    const auto *host = dynamic_cast<const ProjectHost *>(&controller());
+    return host ? host->scratch() : QDir::tempPath();
+}
 
 /// A geography file of the chains that `objects` stand for, gone again with its scope.
 class SubsetFile {
 public:
     SubsetFile(const MVectorData &parent, const QVector<int> &objects)
-        : mPath(ControllerBase::GetVORNTempFile("TMP"))
+        : mFile(scratchDirectory() + QStringLiteral("/subset-XXXXXX"))
     {
+        if (!mFile.open())
+            fail(QStringLiteral("%1: %2").arg(mFile.fileName(), mFile.errorString()));
         QVector<int> chains;
         for (const int object : objects)
             chains.append(parent.GetFennimId(object));
-        mWritten = parent.GetFennims()->CreateSubsetFromIds(mPath.toLocal8Bit().constData(), chains,
-                                                            &VORN_Progress::UpdateProgress);
+        mWritten = parent.GetFennims()->CreateSubsetFromIds(
+            mFile.fileName().toLocal8Bit().constData(), chains,
+            VORN_Progress::UsingProgressBar() ? &VORN_Progress::UpdateProgress : nullptr);
     }
-    ~SubsetFile() { QFile::remove(mPath); }
     SubsetFile(const SubsetFile &) = delete;
     SubsetFile &operator=(const SubsetFile &) = delete;
     bool isWritten() const { return mWritten; }
-    const QString &path() const { return mPath; }
+    QString path() const { return mFile.fileName(); }
 
 private:
-    QString mPath;
+    QTemporaryFile mFile;
     bool mWritten = false;
 };
 
 int openSubset(MVectorData &parent, const QVector<int> &objects, const QString &name)
 {
     const SubsetFile file(parent, objects);
-    stopIfInterrupted();
+    stopIfCancelled();
     const QString history = QStringLiteral("Cut from %1, %2 of %3 objects")
                                 .arg(parent.GetName())
                                 .arg(objects.size())
@@ -59,7 +69,7 @@ void takeDatasets(MVectorData &parent, int id, const QVector<int> &objects)
 {
     auto &subset = dynamic_cast<MVectorData &>(*geographyOf(id));
     subset.GetVectorDataSource()->ImportFromDataSource(parent.GetVectorDataSource(), objects);
-    stopIfInterrupted();
+    stopIfCancelled();
     if (parent.IsStatic())
         subset.SetStatic(true);
     // Copies stand in the order of their originals.

@@ -4,12 +4,12 @@
 #include <QSet>
 #include <cmath>
 #include <memory>
-#include "cli/console.h"
+#include "core/project/cancel.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MGeoData.h"
-#include "core/project/failure.h"
-#include "cli/interrupt.h"
-#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {
@@ -154,7 +154,7 @@ int createWeightSet(int geography, const WeightSetPlan &plan)
     const spatialWeightType weights = weightTypeOf(plan.weights);
     requireSuited(kind, plan, weights);
     if (plan.method == QLatin1String("range") && !(plan.range > 0 && std::isfinite(plan.range)))
-        failUsage(QStringLiteral("--range is a distance in map units"));
+        failUsage(QStringLiteral("a range is a distance in map units"), "range");
     requireNewWeightSetName(geography, plan.name);
     const int id = create(geography, kind, plan, weights);
     if (id < 0)
@@ -223,7 +223,7 @@ void visitNeighbors(
     const VORN_MissingData noneMissing;
     QVector<neighborDatum> neighbors;
     for (const int object : objects) {
-        stopIfInterrupted();
+        stopIfCancelled();
         if (!VORN_GetSpatialWeights(handle, static_cast<unsigned int>(object), neighbors,
                                     noneMissing))
             fail(QStringLiteral("weight set %1 has nothing at %2")
@@ -271,7 +271,7 @@ WeightsMatch adoptWeights(int geography, const QString &name, const WeightsFile 
     QSet<QString> unknown;
     QVector<bool> named(ids.size());
     for (const WeightsFile::Ego &ego : file.egos) {
-        stopIfInterrupted();
+        stopIfCancelled();
         const int object = objects.value(ego.id, -1);
         const auto neighbors = neighborsOf(ego, objects, standardize, unknown);
         if (object < 0) {

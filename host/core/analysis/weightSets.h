@@ -5,8 +5,9 @@
 #include <QStringList>
 #include <QVector>
 #include <functional>
-#include "datainterface/WeightsAPI.h"
+#include "core/export.h"
 #include "core/formats/weightsFile.h"
+#include "datainterface/WeightsAPI.h"
 
 namespace meridor {
 
@@ -24,21 +25,21 @@ struct WeightSetPlan {
     double power = 1;
 };
 
-QStringList weightNames();
+MERIDOR_EXPORT QStringList weightNames();
 /// Raises a Failure that says why a set of that kind cannot be on the geography. @return its id
-int createWeightSet(int geography, const WeightSetPlan &plan);
+MERIDOR_EXPORT int createWeightSet(int geography, const WeightSetPlan &plan);
 
 /// "SET" when the name is there once, else "GEOGRAPHY/SET". Raises a Failure.
-int findWeightSet(const QString &name);
-AdjacencySet &weightSetOf(int id);
+MERIDOR_EXPORT int findWeightSet(const QString &name);
+MERIDOR_EXPORT AdjacencySet &weightSetOf(int id);
 /// Raises a Failure for an empty name and one that a set of the geography has.
-void requireNewWeightSetName(int geography, const QString &name);
+MERIDOR_EXPORT void requireNewWeightSetName(int geography, const QString &name);
 /// "queen neighbours to order 2, weights row".
-QString describe(const AdjacencySet &set);
+MERIDOR_EXPORT QString describe(const AdjacencySet &set);
 
 /// Calls with each object of the time and its neighbours, ascending. Raises a Failure when nothing
 /// exists then, when a set that was filled by hand has nothing then, and the cancel.
-void visitNeighbors(
+MERIDOR_EXPORT void visitNeighbors(
     int set, qint64 time,
     const std::function<void(int object, const QVector<neighborDatum> &neighbors)> &visit);
 
@@ -50,10 +51,10 @@ struct LinkSummary {
     QVector<int> islands; ///< without a neighbour
     double mean() const { return objects > 0 ? static_cast<double>(links) / objects : 0; }
 };
-LinkSummary summarize(int set, qint64 time);
+MERIDOR_EXPORT LinkSummary summarize(int set, qint64 time);
 
 /// The set at a time with its objects called by `ids`.
-WeightsFile weightsAt(int set, qint64 time, const QStringList &ids);
+MERIDOR_EXPORT WeightsFile weightsAt(int set, qint64 time, const QStringList &ids);
 
 struct WeightsMatch {
     int set = -1;
@@ -64,7 +65,8 @@ struct WeightsMatch {
 /// A set of a file's lists over a span, found by the objects' `ids`; links to unknown ids are left
 /// out. @param standardize  each object's weights are divided by their sum. Raises a Failure, with
 /// no set made, when no id is known.
-WeightsMatch adoptWeights(int geography, const QString &name, const WeightsFile &file,
-                          const QStringList &ids, const Interval &when, bool standardize);
+MERIDOR_EXPORT WeightsMatch adoptWeights(int geography, const QString &name,
+                                         const WeightsFile &file, const QStringList &ids,
+                                         const Interval &when, bool standardize);
 
 } // namespace meridor

@@ -14,6 +14,11 @@ struct FreeReference {
 
 } // namespace
 
+void CloseGdalFile::operator()(void *dataset) const
+{
+    GDALClose(dataset);
+}
+
 QuietGdal::QuietGdal()
 {
     CPLErrorReset();

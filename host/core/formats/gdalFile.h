@@ -3,15 +3,10 @@
 #pragma once
 #include <QString>
 #include <gdal.h>
-#include <memory>
 #include <ogr_srs_api.h>
+#include "core/formats/gdalHandle.h"
 
 namespace meridor {
-
-struct CloseGdalFile {
-    void operator()(void *dataset) const { GDALClose(dataset); }
-};
-using GdalFile = std::unique_ptr<void, CloseGdalFile>;
 
 /// GDAL speaks through us: its last complaint ends up in our own message, and nowhere else.
 class QuietGdal {

@@ -5,12 +5,12 @@
 #include <cpl_string.h>
 #include <memory>
 #include <ogr_api.h>
-#include "cli/console.h"
-#include "core/project/failure.h"
 #include "core/formats/gdalFile.h"
 #include "core/formats/ogrShapes.h"
 #include "core/formats/values.h"
-#include "cli/interrupt.h"
+#include "core/project/cancel.h"
+#include "core/project/failure.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
@@ -45,8 +45,8 @@ OGRLayerH chooseLayer(GDALDatasetH dataset, const ReadOptions &options, const QS
         fail(QStringLiteral("%1: no layer %2; there are: %3")
                  .arg(file, options.layer, someOf(names)));
     if (names.size() > 1)
-        fail(QStringLiteral("%1: several layers, choose one with --layer: %2")
-                 .arg(file, someOf(names)));
+        fail(QStringLiteral("%1: several layers, one is to be chosen: %2").arg(file, someOf(names)),
+             "layer");
     return GDALDatasetGetLayer(dataset, 0);
 }
 
@@ -142,7 +142,7 @@ public:
             take(feature.get());
             ++mTable.rows;
             if (mTable.rows % 256 == 0) {
-                stopIfInterrupted();
+                stopIfCancelled();
                 mOptions.progress(expected > 0 ? static_cast<int>(100 * mTable.rows / expected)
                                                : 0);
             }
@@ -210,7 +210,7 @@ FeatureTable readFeatures(const QString &path, const ReadOptions &options)
 {
     const QuietGdal quiet;
     if (options.xColumn.isEmpty() != options.yColumn.isEmpty())
-        failUsage(QStringLiteral("--x and --y go together"));
+        failUsage(QStringLiteral("the fields of x and y go together"), "x");
     const GdalFile dataset = open(path);
     if (!dataset)
         failUnread(path);

@@ -3,6 +3,7 @@
 #pragma once
 #include <QSet>
 #include <functional>
+#include "core/export.h"
 #include "core/formats/featureTable.h"
 
 namespace meridor {
@@ -21,6 +22,6 @@ struct ReadOptions {
 };
 
 /// Raises a Failure that names the file and the row.
-FeatureTable readFeatures(const QString &path, const ReadOptions &options);
+MERIDOR_EXPORT FeatureTable readFeatures(const QString &path, const ReadOptions &options);
 
 } // namespace meridor

@@ -6,10 +6,11 @@
 #include <cpl_string.h>
 #include <limits>
 #include <vector>
-#include "cli/console.h"
-#include "core/project/failure.h"
-#include "core/formats/values.h"
 #include "core/formats/cellTypes.h"
+#include "core/formats/gdalFile.h"
+#include "core/formats/values.h"
+#include "core/project/failure.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
@@ -268,10 +269,12 @@ void RasterReader::describe(int index, const QString &noData)
                  .arg(mRows));
     const QString missing = noData.isEmpty() ? noDataOf(handle) : noData;
     if (!setMissing(band, missing))
-        fail(QStringLiteral("%1: the no-data value %2 fits no cell of %3 bits; --no-data none, or "
-                            "another value")
-                 .arg(where, missing)
-                 .arg(band.bits));
+        fail(
+            QStringLiteral("%1: the no-data value %2 fits no cell of %3 bits; another value can be "
+                           "given, or none")
+                .arg(where, missing)
+                .arg(band.bits),
+            "no-data");
     int has = 0;
     const double scale = GDALGetRasterScale(handle, &has);
     const double offset = GDALGetRasterOffset(handle, &has);

@@ -7,9 +7,10 @@
 #include <QStringList>
 #include <QVector>
 #include <functional>
+#include "core/export.h"
+#include "core/formats/gdalHandle.h"
 #include "datainterface/DataType.h"
 #include "datainterface/MissingFlag.h"
-#include "core/formats/gdalFile.h"
 
 namespace meridor {
 
@@ -30,9 +31,9 @@ struct RasterReadOptions {
 };
 
 /// Whether the file is to be read as a grid: GDAL finds bands in it and no layers.
-bool isRasterFile(const QString &path);
+MERIDOR_EXPORT bool isRasterFile(const QString &path);
 
-class RasterReader {
+class MERIDOR_EXPORT RasterReader {
 public:
     /// Raises a Failure for a file that GDAL cannot read, that holds no bands, whose grid is
     /// turned, sheared or too large, and for a no-data value that the cells cannot hold.

@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <cpl_error.h>
 #include <vector>
-#include "cli/console.h"
-#include "cli/interrupt.h"
-#include "cli/terminalProgress.h"
 #include "core/formats/cellTypes.h"
 #include "core/formats/gdalFile.h"
+#include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
@@ -123,7 +121,7 @@ private:
         std::vector<Wire> strip;
         std::vector<const char *> unused;
         for (int row = 0; row < mGrid.Rows(); row += step) {
-            stopIfInterrupted();
+            stopIfCancelled();
             const int rows = qMin(step, mGrid.Rows() - row);
             const T *first = mGrid.cells<T>() + static_cast<std::ptrdiff_t>(row) * columns;
             strip.assign(first, first + static_cast<std::ptrdiff_t>(rows) * columns);
@@ -163,11 +161,12 @@ void exportGrid(const QString &path, int dataset, qint64 time)
         GridWriter writer(*raster, grid, place);
         visitCellType(grid.Type(), grid.BitDepth(),
                       [&](auto zero) { done = writer.write<decltype(zero)>(beside, name); });
-        return done && !interrupted();
+        return done && !isCancelled();
     });
-    stopIfInterrupted();
-    if (!written)
+    if (!written) {
+        stopIfCancelled();
         fail(QStringLiteral("%1: could not be written%2").arg(path, QuietGdal::complaint()));
+    }
 }
 
 } // namespace meridor

@@ -7,35 +7,36 @@
 #include <QTextStream>
 #include <cmath>
 #include <limits>
-#include "cli/console.h"
-#include "core/project/failure.h"
+#include <memory>
 #include "core/formats/values.h"
+#include "core/project/failure.h"
 #include "core/project/safeFile.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
 
 constexpr int kLongestLine = 1 << 24; ///< bytes: an object linked to a million others
 
-/// The lines of a file, one in memory at a time.
+/// The lines of a file, one in memory at a time. The room for one is asked for once and touched as
+/// far as lines go.
 class Lines {
 public:
-    explicit Lines(const QString &path) : mFile(path), mName(path)
+    Lines(QIODevice &device, const QString &name)
+        : mDevice(device), mName(name), mBuffer(new char[kLongestLine])
     {
-        if (!mFile.open(QIODevice::ReadOnly))
-            meridor::fail(QStringLiteral("%1: %2").arg(path, mFile.errorString()));
     }
 
     /// False at the end. Empty lines count and are passed on.
     bool next(QString &line)
     {
-        if (mFile.atEnd())
+        const auto length = static_cast<int>(mDevice.readLine(mBuffer.get(), kLongestLine));
+        if (length <= 0)
             return false;
         ++mNumber;
-        const QByteArray bytes = mFile.readLine(kLongestLine);
-        if (bytes.size() >= kLongestLine - 1 && !bytes.endsWith('\n'))
+        if (length >= kLongestLine - 1 && mBuffer[static_cast<size_t>(length - 1)] != '\n')
             fail(QStringLiteral("is too long"));
-        line = QString::fromUtf8(bytes);
+        line = QString::fromUtf8(mBuffer.get(), length);
         while (line.endsWith(QLatin1Char('\n')) || line.endsWith(QLatin1Char('\r')))
             line.chop(1);
         if (mNumber == 1 && line.startsWith(QChar(QChar::ByteOrderMark)))
@@ -49,8 +50,9 @@ public:
     }
 
 private:
-    QFile mFile;
+    QIODevice &mDevice;
     QString mName;
+    std::unique_ptr<char[]> mBuffer;
     int mNumber = 0;
 };
 
@@ -65,9 +67,11 @@ double weightOf(const Lines &lines, const QString &text)
     const auto weight = toDecimal({bytes.constData(), static_cast<size_t>(bytes.size())});
     if (!weight)
         lines.fail(QStringLiteral("the weight %1 is no number").arg(text));
-    // Beyond the single precision that weights are kept in, it would leave as an infinity.
+    // Sets hold 32 bits: a larger one would become infinite, which no format here can say.
     if (std::abs(*weight) > static_cast<double>(std::numeric_limits<float>::max()))
-        lines.fail(QStringLiteral("the weight %1 is too large").arg(text));
+        lines.fail(QStringLiteral("the weight %1 is beyond %2")
+                       .arg(text)
+                       .arg(static_cast<double>(std::numeric_limits<float>::max())));
     return *weight;
 }
 
@@ -126,10 +130,9 @@ private:
 
 /// Ids of neighbours may go on over several lines, and the line of an object without any may be
 /// left out: the counts tell where the next object begins.
-WeightsFile readGal(const QString &path)
+WeightsFile readGal(Lines &lines)
 {
     WeightsFile file;
-    Lines lines(path);
     const int count = readHeading(lines, file);
     Gatherer gatherer(file, lines);
     QString line;
@@ -164,10 +167,9 @@ WeightsFile readGal(const QString &path)
 }
 
 /// Objects without a neighbour are not told: there may be fewer than the heading says.
-WeightsFile readGwt(const QString &path)
+WeightsFile readGwt(Lines &lines)
 {
     WeightsFile file;
-    Lines lines(path);
     const int count = readHeading(lines, file);
     Gatherer gatherer(file, lines);
     QString line;
@@ -207,10 +209,9 @@ QStringList csvFields(const Lines &lines, const QString &line)
     return fields;
 }
 
-WeightsFile readCsv(const QString &path)
+WeightsFile readCsv(Lines &lines)
 {
     WeightsFile file;
-    Lines lines(path);
     QString line;
     if (!lines.next(line))
         lines.fail(QStringLiteral("there is no heading"));
@@ -318,16 +319,26 @@ WeightsFormat weightsFormatOf(const QString &path)
     failUsage(QStringLiteral("%1: weights stand in .gal, .gwt, .kwt and .csv files").arg(path));
 }
 
+WeightsFile readWeights(QIODevice &device, WeightsFormat format, const QString &name)
+{
+    Lines lines(device, name);
+    switch (format) {
+    case WeightsFormat::Gal:
+        return readGal(lines);
+    case WeightsFormat::Csv:
+        return readCsv(lines);
+    default:
+        return readGwt(lines);
+    }
+}
+
 WeightsFile readWeights(const QString &path)
 {
-    switch (weightsFormatOf(path)) {
-    case WeightsFormat::Gal:
-        return readGal(path);
-    case WeightsFormat::Csv:
-        return readCsv(path);
-    default:
-        return readGwt(path);
-    }
+    const WeightsFormat format = weightsFormatOf(path);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        fail(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    return readWeights(file, format, path);
 }
 
 void writeWeights(const QString &path, const WeightsFile &weights)

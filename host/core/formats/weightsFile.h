@@ -10,13 +10,16 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include "core/export.h"
+
+class QIODevice;
 
 namespace meridor {
 
 enum class WeightsFormat { Gal, Gwt, Kwt, Csv };
 
 /// By the file's ending; raises a usage Failure for another.
-WeightsFormat weightsFormatOf(const QString &path);
+MERIDOR_EXPORT WeightsFormat weightsFormatOf(const QString &path);
 
 /// Objects stand in the order of the file; ids are texts and never positions.
 struct WeightsFile {
@@ -34,11 +37,14 @@ struct WeightsFile {
 };
 
 /// Raises a Failure that names the line: another count than the heading or an object says, a weight
-/// that is no finite number, an object told twice, the same link told twice.
-WeightsFile readWeights(const QString &path);
+/// that is no number of 32 bits, an object told twice, the same link told twice.
+MERIDOR_EXPORT WeightsFile readWeights(const QString &path);
+/// The same from an open device; `name` stands for it in messages.
+MERIDOR_EXPORT WeightsFile readWeights(QIODevice &device, WeightsFormat format,
+                                       const QString &name);
 
 /// Ids with blanks fit in CSV alone. Raises a Failure for those in another format, and when the
 /// disk refuses.
-void writeWeights(const QString &path, const WeightsFile &weights);
+MERIDOR_EXPORT void writeWeights(const QString &path, const WeightsFile &weights);
 
 } // namespace meridor

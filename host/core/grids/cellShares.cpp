@@ -5,11 +5,11 @@
 // more where that makes a middle.
 #include "core/grids/cellShares.h"
 #include <QPolygonF>
-#include "datainterface/GeographyAPI.h"
-#include "datainterface/RasterAPI.h"
+#include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/projectHost.h"
-#include "core/project/catalog.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/RasterAPI.h"
 
 namespace meridor {
 namespace {

@@ -5,6 +5,7 @@
 #include <QPointF>
 #include <QRectF>
 #include <QVector>
+#include "core/export.h"
 
 namespace meridor {
 
@@ -16,7 +17,7 @@ struct CellShare {
 
 /// Asks the library's polygon query, on grids of its own beside the one that is asked about. They
 /// are there as long as this object.
-class CellShares {
+class MERIDOR_EXPORT CellShares {
 public:
     explicit CellShares(int geography);
     ~CellShares();

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "core/grids/gridValues.h"
 #include <limits>
-#include "cli/console.h"
+#include "core/formats/values.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/RasterAPI.h"
-#include "core/project/failure.h"
-#include "core/formats/values.h"
-#include "core/project/projectHost.h"
-#include "core/project/catalog.h"
 
 namespace meridor {
 

@@ -4,21 +4,22 @@
 #include <QPair>
 #include <QString>
 #include <QVector>
+#include "core/export.h"
 
 namespace meridor {
 
 /// Every cell of the grid at a time, row after row; NaN for a missing one. Raises a Failure when
 /// there is no grid then.
-QVector<double> gridValues(int dataset, qint64 time);
+MERIDOR_EXPORT QVector<double> gridValues(int dataset, qint64 time);
 
 /// The shortest text that reads back as the same cell of a dataset.
-QString cellText(int dataset, double value);
+MERIDOR_EXPORT QString cellText(int dataset, double value);
 
 /// Column and row of a cell told as "COLUMN,ROW" from 0 at the top left, or by its place as "@X,Y".
 /// Raises a Failure.
-QPair<unsigned, unsigned> findCell(int geography, const QString &text);
+MERIDOR_EXPORT QPair<unsigned, unsigned> findCell(int geography, const QString &text);
 
 /// Numbers parted by commas, exactly `count`; `option` is named in the failure.
-QVector<double> numbersOf(const QString &text, int count, const QString &option);
+MERIDOR_EXPORT QVector<double> numbersOf(const QString &text, int count, const QString &option);
 
 } // namespace meridor

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/grids/zones.h"
 #include <cmath>
+#include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/projectHost.h"
-#include "core/project/catalog.h"
 #include "core/project/shapeAccess.h"
 
 namespace meridor {

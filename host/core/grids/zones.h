@@ -3,8 +3,9 @@
 /// polygon.
 #pragma once
 #include <QMap>
-#include "cli/terminalProgress.h"
+#include "core/export.h"
 #include "core/grids/cellShares.h"
+#include "core/project/progress.h"
 
 namespace meridor {
 
@@ -18,11 +19,11 @@ struct ZoneStatistics {
     double maximum = 0;
 };
 
-ZoneStatistics statisticsOf(const QVector<CellShare> &shares, const QVector<double> &values,
-                            int columns);
+MERIDOR_EXPORT ZoneStatistics statisticsOf(const QVector<CellShare> &shares,
+                                           const QVector<double> &values, int columns);
 
 /// The cells of polygons of a vector geography, found once for each shape.
-class Zones {
+class MERIDOR_EXPORT Zones {
 public:
     Zones(int grid, int polygons);
     /// By object; none for one that is not there at the time or lies beside the grid.

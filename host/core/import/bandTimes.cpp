@@ -55,7 +55,7 @@ TimeFormat formatOf(const QString &wanted, const QStringList &texts, const QStri
 }
 
 /// In the order of time, each up to the next.
-void part(QVector<Interval> &spans, bool untilNext, const QString &file)
+void part(QVector<Interval> &spans, const TimeAxis &axis, bool untilNext, const QString &file)
 {
     std::vector<int> order(static_cast<size_t>(spans.size()));
     std::iota(order.begin(), order.end(), 0);
@@ -64,13 +64,10 @@ void part(QVector<Interval> &spans, bool untilNext, const QString &file)
     for (size_t i = 1; i < order.size(); ++i) {
         Interval &first = spans[order[i - 1]];
         const Interval &second = spans[order[i]];
-        const bool shareOne = first.endTime == second.startTime && first.startTime < first.endTime;
         if (untilNext && first.startTime < second.startTime) {
             first.endTime = second.startTime;
             first.inclusiveEnd = false;
-        } else if (shareOne) {
-            first.inclusiveEnd = false;
-        } else if (first.endTime >= second.startTime) {
+        } else if (!axis.giveWay(first, second)) {
             fail(QStringLiteral("%1: bands %2 and %3 hold at one time")
                      .arg(file)
                      .arg(order[i - 1] + 1)
@@ -104,7 +101,7 @@ BandTimes bandTimes(const RasterReader &reader, const ImportOptions &options)
                           QLatin1String(timeFormatName(times.format))));
         times.of.append(*span);
     }
-    part(times.of, untilNext, options.map);
+    part(times.of, axis, untilNext, options.map);
     times.hull = times.of.first();
     for (const Interval &span : qAsConst(times.of)) {
         times.hull.startTime = qMin(times.hull.startTime, span.startTime);

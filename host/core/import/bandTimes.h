@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// When the bands of a file hold.
 #pragma once
+#include "core/export.h"
 #include "core/formats/rasterReader.h"
 #include "core/import/importOptions.h"
 #include "core/project/times.h"
@@ -17,6 +18,6 @@ struct BandTimes {
 /// else its number; its end is the item `options.end`, or with "next" the start of the following
 /// band, else that of the start's span. Of two bands that share one instant the earlier gives way;
 /// raises a Failure for more than that and for a text that is no time.
-BandTimes bandTimes(const RasterReader &reader, const ImportOptions &options);
+MERIDOR_EXPORT BandTimes bandTimes(const RasterReader &reader, const ImportOptions &options);
 
 } // namespace meridor

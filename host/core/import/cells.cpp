@@ -29,9 +29,10 @@ void refuseMixture(const QString &name, const QVector<CellColumn> &columns)
         }
     }
     if (numbers && textColumn)
-        fail(QStringLiteral("%1: \"%2\" is no number (--missing \"%2\" if it stands for none, "
-                            "--type %3=text to keep texts)")
-                 .arg(textColumn->place(textRow), textColumn->cells().cells[textRow], name));
+        fail(QStringLiteral("%1: \"%2\" is no number; if it stands for none it is one of the texts "
+                            "of missing values, and %3 can be given the type text")
+                 .arg(textColumn->place(textRow), textColumn->cells().cells[textRow], name),
+             "missing");
 }
 
 } // namespace
@@ -44,8 +45,9 @@ ValueKind kindOfDataset(const ImportPlan &plan, const QString &name,
             continue;
         const auto kind = kindOfName(type.section(QLatin1Char('='), 1));
         if (!kind)
-            failUsage(QStringLiteral("--type %1: write NAME=decimal, NAME=integer or NAME=text")
-                          .arg(type));
+            failUsage(
+                QStringLiteral("type %1: write NAME=decimal, NAME=integer or NAME=text").arg(type),
+                "type");
         return *kind;
     }
     std::optional<ValueKind> kind;

@@ -14,7 +14,7 @@ struct CellColumn {
     QString place(int row) const { return meridor::place(*table, cells(), row); }
 };
 
-/// The kind of a dataset made of these columns: what --type says, else what all cells allow.
+/// The kind of a dataset made of these columns: what a type names, else what all cells allow.
 /// @param measured  numbers are expected: a lone text among numbers is an error that names its row,
 /// not a reason to
 ///                  keep all of them as text.

@@ -3,14 +3,14 @@
 #include <QPair>
 #include <QSet>
 #include <algorithm>
+#include "core/import/cells.h"
+#include "core/import/observations.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
-#include "core/project/failure.h"
-#include "core/import/cells.h"
-#include "core/import/observations.h"
-#include "core/project/catalog.h"
 
 namespace meridor {
 namespace {

@@ -2,9 +2,9 @@
 #include "core/import/geographyBuilder.h"
 #include <QFileInfo>
 #include <QRectF>
+#include "core/project/failure.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
-#include "core/project/failure.h"
 
 namespace meridor {
 namespace {
@@ -109,7 +109,6 @@ int buildGeography(const ImportPlan &plan, const std::function<void(int)> &progr
                                               plan.axis.format());
     if (id < 0)
         fail(QStringLiteral("%1: the geography could not be made").arg(plan.map.file));
-    progress(100);
     return id;
 }
 

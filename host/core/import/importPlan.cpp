@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/import/importPlan.h"
 #include <QSet>
-#include "core/project/failure.h"
 #include "core/formats/ogrReader.h"
 #include "core/import/timeline.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 namespace {
@@ -35,20 +35,22 @@ void readMap(ImportPlan &plan, const std::function<void(int)> &progress)
         fail(plan.map.file + QStringLiteral(": holds no rows"));
     if (plan.map.shapeKind == ShapeKind::None)
         fail(plan.map.file
-             + QStringLiteral(": holds no shapes; points of a table are named with --x and --y"));
+                 + QStringLiteral(": holds no shapes; points of a table are named by two fields"),
+             "x");
     if (!plan.options.key.isEmpty())
         plan.keyColumn = requireColumn(plan.map, plan.options.key);
 }
 
-void joinTables(ImportPlan &plan, const Console &console)
+void joinTables(ImportPlan &plan, const Notes &notes)
 {
     if (plan.options.tables.isEmpty())
         return;
     if (plan.keyColumn < 0)
-        failUsage(QStringLiteral("--table needs --key: rows are found by the objects' keys"));
+        failUsage(QStringLiteral("a table needs a key: its rows are found by the objects' keys"),
+                  "key");
     for (const QString &path : plan.options.tables) {
         const FeatureTable table = readFeatures(path, tableOptions(plan.options));
-        plan.unmatched.append(join(plan.map, plan.keyColumn, table, console));
+        plan.unmatched.append(join(plan.map, plan.keyColumn, table, notes));
     }
 }
 
@@ -75,12 +77,14 @@ void groupObjects(ImportPlan &plan)
 void readObservations(ImportPlan &plan)
 {
     if (plan.options.observations.isEmpty() != plan.options.observed.isEmpty())
-        failUsage(QStringLiteral("--observations and --observe go together"));
+        failUsage(QStringLiteral("a table of observations and its datasets go together"),
+                  "observe");
     if (plan.options.observations.isEmpty())
         return;
     if (plan.keyColumn < 0)
         failUsage(
-            QStringLiteral("--observations needs --key: rows are found by the objects' keys"));
+            QStringLiteral("observations need a key: their rows are found by the objects' keys"),
+            "key");
     ReadOptions read = tableOptions(plan.options);
     // Such tables are long: what no dataset is made of stays out of memory.
     read.choose = [&plan](const FeatureTable &table) {
@@ -150,18 +154,19 @@ void checkNames(const ImportPlan &plan)
         take(spec.name);
     for (const QString &type : plan.options.types)
         if (const QString name = type.section(QLatin1Char('='), 0, 0); !names.contains(name))
-            failUsage(QStringLiteral("--type %1: no dataset of that name is imported").arg(type));
+            failUsage(QStringLiteral("type %1: no dataset of that name is imported").arg(type),
+                      "type");
 }
 
 } // namespace
 
-ImportPlan makePlan(const ImportOptions &options, const Console &console,
+ImportPlan makePlan(const ImportOptions &options, const Notes &notes,
                     const std::function<void(int)> &progress)
 {
     ImportPlan plan;
     plan.options = options;
     readMap(plan, progress);
-    joinTables(plan, console);
+    joinTables(plan, notes);
     groupObjects(plan);
     for (const QString &text : options.series)
         plan.series.append(parseSeries(text, plan.map));

@@ -5,11 +5,12 @@
 #pragma once
 #include <QHash>
 #include <functional>
-#include "cli/console.h"
+#include "core/export.h"
 #include "core/formats/featureTable.h"
 #include "core/import/importOptions.h"
 #include "core/import/join.h"
 #include "core/import/seriesSpec.h"
+#include "core/project/notes.h"
 #include "core/project/times.h"
 
 namespace meridor {
@@ -42,7 +43,7 @@ struct ImportPlan {
 
 /// Reads the files. `progress` is told 0 to 100 and raises to stop.
 /// Raises a Failure that names the file, the field and the row.
-ImportPlan makePlan(const ImportOptions &options, const Console &console,
-                    const std::function<void(int)> &progress);
+MERIDOR_EXPORT ImportPlan makePlan(const ImportOptions &options, const Notes &notes,
+                                   const std::function<void(int)> &progress);
 
 } // namespace meridor

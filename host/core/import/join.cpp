@@ -32,7 +32,7 @@ int keyColumnOf(const FeatureTable &table, const QString &key)
     return qMax(0, table.indexOf(key));
 }
 
-Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const Console &console)
+Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const Notes &notes)
 {
     const int tableKey = keyColumnOf(table, map.columns[mapKey].name);
     const auto rows = rowsByKey(table, table.columns[tableKey]);
@@ -63,8 +63,8 @@ Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const C
             continue;
         const Column &source = table.columns[c];
         if (map.indexOf(source.name) >= 0) {
-            console.note(QStringLiteral("%1: field %2 is there already and is left out")
-                             .arg(table.file, source.name));
+            notes.note(QStringLiteral("%1: field %2 is there already and is left out")
+                           .arg(table.file, source.name));
             continue;
         }
         Column column{source.name, source.typed, source.kind, {}, table.file, partner};

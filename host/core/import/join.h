@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Brings the columns of a table to the rows of a map.
 #pragma once
-#include "cli/console.h"
+#include "core/export.h"
 #include "core/formats/featureTable.h"
+#include "core/project/notes.h"
 
 namespace meridor {
 
@@ -15,11 +16,12 @@ struct Unmatched {
 };
 
 /// The column of `table` that holds the keys: the one of that name, else its first.
-int keyColumnOf(const FeatureTable &table, const QString &key);
+MERIDOR_EXPORT int keyColumnOf(const FeatureTable &table, const QString &key);
 
 /// Appends the table's other columns to the map's, each row's cells found by key; a row without a
 /// partner misses them. A name that the map has already is left out with a note. Raises a Failure
 /// for a key that stands twice in the table, and when no key matches at all.
-Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const Console &console);
+MERIDOR_EXPORT Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table,
+                              const Notes &notes);
 
 } // namespace meridor

@@ -1,50 +1,50 @@
 // SPDX-License-Identifier: MIT
 #include "core/import/mapImporter.h"
 #include <algorithm>
-#include "core/project/failure.h"
-#include "core/project/projectHost.h"
 #include "core/import/datasetBuilder.h"
 #include "core/import/geographyBuilder.h"
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
 
-void tell(const ImportPlan &plan, const ImportReport &report, const Console &console)
+void tell(const ImportPlan &plan, const ImportReport &report, const Notes &notes)
 {
     for (const Unmatched &keys : report.unmatched) {
         if (!keys.tableKeys.isEmpty())
-            console.note(QStringLiteral("%1: %2 keys that no object has: %3")
-                             .arg(keys.table)
-                             .arg(keys.tableKeys.size())
-                             .arg(someOf(keys.tableKeys)));
+            notes.note(QStringLiteral("%1: %2 keys that no object has: %3")
+                           .arg(keys.table)
+                           .arg(keys.tableKeys.size())
+                           .arg(someOf(keys.tableKeys)));
         if (!keys.objectKeys.isEmpty())
-            console.note(
-                QStringLiteral("%1: %2 objects without a row, their values are missing: %3")
-                    .arg(keys.table)
-                    .arg(keys.objectKeys.size())
-                    .arg(someOf(keys.objectKeys)));
+            notes.note(QStringLiteral("%1: %2 objects without a row, their values are missing: %3")
+                           .arg(keys.table)
+                           .arg(keys.objectKeys.size())
+                           .arg(someOf(keys.objectKeys)));
     }
     if (!report.withoutShape.isEmpty())
-        console.note(QStringLiteral("%1: %2 objects without a shape, they exist at no time: %3")
-                         .arg(plan.map.file)
-                         .arg(report.withoutShape.size())
-                         .arg(someOf(report.withoutShape)));
+        notes.note(QStringLiteral("%1: %2 objects without a shape, they exist at no time: %3")
+                       .arg(plan.map.file)
+                       .arg(report.withoutShape.size())
+                       .arg(someOf(report.withoutShape)));
     if (report.nearVertices.count == 0)
         return;
     const QString distance = exactNumber(report.nearVertices.distance);
     if (plan.options.snap > 0)
-        console.note(
+        notes.note(
             QStringLiteral(
                 "%1 vertices lie within the tolerance of %2 of others without being the same: "
                 "borders there count as one")
                 .arg(report.nearVertices.count)
                 .arg(distance));
     else
-        console.note(
+        notes.note(
             QStringLiteral(
                 "%1 vertices lie within %2 of others without being the same: borders there may not "
-                "count as common (--snap %2)")
+                "count as common unless such places are made one (a snap distance of %2)")
                 .arg(report.nearVertices.count)
                 .arg(distance));
 }
@@ -59,37 +59,36 @@ void refuseUnmatched(const ImportPlan &plan)
 
 } // namespace
 
-ImportReport importMap(const ImportOptions &options, const Console &console,
-                       const Progress &progress)
+ImportReport importMap(const ImportOptions &options, const Notes &notes, const Progress &progress)
 {
     progress.report(0, "Reading files...");
-    ImportPlan plan = makePlan(options, console, progress.part(0, 30));
+    ImportPlan plan = makePlan(options, notes, progress.part(0, 30));
     refuseUnmatched(plan);
     progress.report(30, "Building the geography...");
 
     ImportReport report;
     report.geography = buildGeography(plan, progress.part(30, 60));
-    report.objects = plan.objects.size();
-    report.unmatched = plan.unmatched;
-    for (const ObjectRows &object : plan.objects) {
-        const auto shapes = std::count_if(object.rows.begin(), object.rows.end(), [&plan](int row) {
-            return !plan.map.shapes[row].isEmpty();
-        });
-        report.shapes += static_cast<int>(shapes);
-        if (shapes == 0)
-            report.withoutShape.append(object.key);
-    }
-    if (plan.map.shapeKind == ShapeKind::Polygons)
-        report.nearVertices = countNearVertices(plan.map.shapes, options.snap);
-    plan.map.shapes.clear(); // the geography has them: their memory is free for values
-    progress.report(60, "Filling the datasets...");
     try {
+        report.objects = plan.objects.size();
+        report.unmatched = plan.unmatched;
+        for (const ObjectRows &object : plan.objects) {
+            const auto shapes =
+                std::count_if(object.rows.begin(), object.rows.end(),
+                              [&plan](int row) { return !plan.map.shapes[row].isEmpty(); });
+            report.shapes += static_cast<int>(shapes);
+            if (shapes == 0)
+                report.withoutShape.append(object.key);
+        }
+        if (plan.map.shapeKind == ShapeKind::Polygons)
+            report.nearVertices = countNearVertices(plan.map.shapes, options.snap);
+        plan.map.shapes.clear(); // the geography has them: their memory is free for values
+        progress.report(60, "Filling the datasets...");
         report.datasets = buildDatasets(plan, report.geography, progress.part(60, 100));
     } catch (...) {
         controller().RemoveGeography(report.geography);
         throw;
     }
-    tell(plan, report, console);
+    tell(plan, report, notes);
     return report;
 }
 

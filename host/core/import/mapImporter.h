@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// An import from its options to the finished geography.
 #pragma once
+#include "core/export.h"
 #include "core/import/importPlan.h"
 #include "core/import/nearVertices.h"
-#include "cli/terminalProgress.h"
+#include "core/project/progress.h"
 
 namespace meridor {
 
@@ -18,7 +19,7 @@ struct ImportReport {
 };
 
 /// Brings a map into the model that is loaded. Raises a Failure; the geography is then not there.
-ImportReport importMap(const ImportOptions &options, const Console &console,
-                       const Progress &progress);
+MERIDOR_EXPORT ImportReport importMap(const ImportOptions &options, const Notes &notes,
+                                      const Progress &progress);
 
 } // namespace meridor

@@ -2,6 +2,7 @@
 /// Vertices that are nearly but not quite the same: borders that a map shows as one line and that
 /// are two.
 #pragma once
+#include "core/export.h"
 #include "core/formats/featureTable.h"
 
 namespace meridor {
@@ -13,6 +14,6 @@ struct NearVertices {
 
 /// @param tolerance  in map units; at least a hundred-millionth of the extent is looked at. O(n log
 /// n) for n vertices.
-NearVertices countNearVertices(const QVector<ShapeParts> &shapes, double tolerance);
+MERIDOR_EXPORT NearVertices countNearVertices(const QVector<ShapeParts> &shapes, double tolerance);
 
 } // namespace meridor

@@ -5,18 +5,19 @@
 #include <cmath>
 #include <limits>
 #include <vector>
+#include "core/formats/cellTypes.h"
+#include "core/formats/rasterReader.h"
+#include "core/import/bandTimes.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/RasterAPI.h"
-#include "core/project/failure.h"
-#include "core/formats/rasterReader.h"
-#include "core/project/projectHost.h"
-#include "core/project/catalog.h"
-#include "core/import/bandTimes.h"
-#include "core/formats/cellTypes.h"
 
 namespace meridor {
 namespace {
@@ -50,15 +51,15 @@ template <class T> qint64 replaceNaN(T *cells, qint64 count, T by)
 
 class RasterImport {
 public:
-    RasterImport(const ImportOptions &options, const Console &console, const Progress &progress)
+    RasterImport(const ImportOptions &options, const Notes &notes, const Progress &progress)
         : mOptions(options),
-          mConsole(console),
+          mNotes(notes),
           mProgress(progress),
           mReader(options.map, {options.projection, options.noData}),
           mTimes(bandTimes(mReader, options))
     {
         for (const QString &note : mReader.notes())
-            console.note(note);
+            notes.note(note);
     }
 
     ImportReport run()
@@ -222,9 +223,9 @@ private:
     void finish(int id)
     {
         if (mNotNumbers > 0)
-            mConsole.note(QStringLiteral("%1: %2 cells that are no number are missing")
-                              .arg(datasetName(id))
-                              .arg(mNotNumbers));
+            mNotes.note(QStringLiteral("%1: %2 cells that are no number are missing")
+                            .arg(datasetName(id))
+                            .arg(mNotNumbers));
         mNotNumbers = 0;
         const qint64 cells =
             qint64(mReader.columns()) * mReader.rows() * qMax(1, dataTimes(id).size());
@@ -234,7 +235,7 @@ private:
     }
 
     const ImportOptions &mOptions;
-    const Console &mConsole;
+    const Notes &mNotes;
     const Progress &mProgress;
     RasterReader mReader;
     BandTimes mTimes;
@@ -247,10 +248,10 @@ private:
 
 } // namespace
 
-ImportReport importRaster(const ImportOptions &options, const Console &console,
+ImportReport importRaster(const ImportOptions &options, const Notes &notes,
                           const Progress &progress)
 {
-    return RasterImport(options, console, progress).run();
+    return RasterImport(options, notes, progress).run();
 }
 
 } // namespace meridor

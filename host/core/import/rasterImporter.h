@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// A grid from its file to the finished geography.
 #pragma once
+#include "core/export.h"
 #include "core/import/mapImporter.h"
 
 namespace meridor {
@@ -8,7 +9,7 @@ namespace meridor {
 /// Brings a grid into the model that is loaded: its bands as the times of one dataset when
 /// `options.bandsAreTimes`, else as datasets that hold for good. Raises a Failure; the geography is
 /// then not there.
-ImportReport importRaster(const ImportOptions &options, const Console &console,
-                          const Progress &progress);
+MERIDOR_EXPORT ImportReport importRaster(const ImportOptions &options, const Notes &notes,
+                                         const Progress &progress);
 
 } // namespace meridor

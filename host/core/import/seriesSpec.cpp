@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/import/seriesSpec.h"
 #include <QRegularExpression>
-#include "cli/console.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "core/project/times.h"
 
 namespace meridor {

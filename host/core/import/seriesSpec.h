@@ -9,6 +9,7 @@
 #pragma once
 #include <QString>
 #include <QVector>
+#include "core/export.h"
 #include "core/formats/featureTable.h"
 
 namespace meridor {
@@ -26,7 +27,7 @@ struct SeriesSpec {
 
 /// Raises a Failure (wrong usage for a text that is no series, failed for a column that `table`
 /// lacks).
-SeriesSpec parseSeries(const QString &text, const FeatureTable &table);
+MERIDOR_EXPORT SeriesSpec parseSeries(const QString &text, const FeatureTable &table);
 
 struct ObservationSpec {
     QString name;
@@ -35,9 +36,9 @@ struct ObservationSpec {
     int end; ///< -1: the span of the start; kUntilNext
     static constexpr int kUntilNext = -2;
 };
-ObservationSpec parseObservation(const QString &text, const FeatureTable &table);
+MERIDOR_EXPORT ObservationSpec parseObservation(const QString &text, const FeatureTable &table);
 
 /// Index of a column that must be there.
-int requireColumn(const FeatureTable &table, const QString &name);
+MERIDOR_EXPORT int requireColumn(const FeatureTable &table, const QString &name);
 
 } // namespace meridor

@@ -40,7 +40,7 @@ public:
         mStart = plan.options.start.isEmpty() ? -1 : requireColumn(plan.map, plan.options.start);
         mEnd = end.isEmpty() || mUntilNext ? -1 : requireColumn(plan.map, end);
         if (mUntilNext && mStart < 0)
-            failUsage(QStringLiteral("--end next needs --start"));
+            failUsage(QStringLiteral("an end \"next\" needs a field of the start"), "start");
     }
 
     void resolve()
@@ -215,23 +215,18 @@ private:
         }
     }
 
-    /// Of two shapes that share one instant, the earlier gives way; more than that cannot be one
-    /// object.
+    /// Of two shapes that share one day or instant, the earlier gives way; more than that cannot be
+    /// one object.
     void part(const ObjectRows &object, int earlier, int later)
     {
-        Interval &first = mPlan.rowSpans[earlier];
-        const Interval &second = mPlan.rowSpans[later];
-        if (first.endTime == second.startTime && first.startTime < first.endTime) {
-            first.inclusiveEnd = false;
-            return;
-        }
-        if (first.endTime >= second.startTime)
+        if (!mPlan.axis.giveWay(mPlan.rowSpans[earlier], mPlan.rowSpans[later]))
             fail(QStringLiteral("%1, rows %2 and %3: object %4 has two shapes at one time; "
-                                "--start and --end tell when each holds")
+                                "fields of start and end tell when each holds")
                      .arg(mPlan.map.file)
                      .arg(qMin(earlier, later) + 1)
                      .arg(qMax(earlier, later) + 1)
-                     .arg(object.key));
+                     .arg(object.key),
+                 "start");
     }
 
     ImportPlan &mPlan;

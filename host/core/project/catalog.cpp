@@ -2,21 +2,21 @@
 #include "core/project/catalog.h"
 #include <QSet>
 #include <algorithm>
-#include "cli/console.h"
+#include "core/project/failure.h"
+#include "core/project/text.h"
+#include "datainterface/ControllerBase.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorData.h"
-#include "core/project/failure.h"
 #include "fennimark/Fennims.h"
-#include "core/project/projectHost.h"
 
 namespace meridor {
 namespace {
 
-HostController *gController = nullptr;
 const QString kKeyTag = QStringLiteral("Object key");
 
 QString fullName(int dataset)
@@ -63,14 +63,9 @@ QJsonValue jsonValue(const datum &value)
     }
 }
 
-HostController &controller()
+ControllerBase &controller()
 {
-    return *gController;
-}
-
-void setController(HostController *controller)
-{
-    gController = controller;
+    return *VORN_GetController();
 }
 
 MGeoData *geographyOf(int id)
@@ -313,25 +308,46 @@ QVector<Interval> dataTimes(int dataset)
     return times;
 }
 
+QVector<Interval> dataTimesAt(int dataset, const QStringList &times)
+{
+    const QVector<Interval> all = dataTimes(dataset);
+    QVector<Interval> chosen;
+    for (const QString &text : times) {
+        const qint64 time = chooseTime(dataset, text);
+        const int before = chosen.size();
+        for (const Interval &when : all)
+            if (TimeStamp(when).contains(time))
+                chosen.append(when);
+        if (chosen.size() == before)
+            fail(QStringLiteral("%1 holds no values at %2").arg(datasetName(dataset), text));
+    }
+    return times.isEmpty() ? all : chosen;
+}
+
 qint64 instantOf(const Interval &interval)
 {
     return TimeStamp(interval).timeInInterval();
 }
 
-Interval timeOption(const TimeAxis &axis, const char *option, const QString &text)
+qint64 lastInstantOf(const Interval &interval)
+{
+    const bool exclusive = !interval.inclusiveEnd && interval.endTime > interval.startTime;
+    return exclusive ? interval.endTime - 1 : interval.endTime;
+}
+
+Interval requireSpan(const TimeAxis &axis, const QString &text)
 {
     const auto span = axis.span(text);
     if (!span)
         failUsage(
-            QStringLiteral("%1 %2 is no %3")
-                .arg(QLatin1String(option), text, QLatin1String(timeFormatName(axis.format()))));
+            QStringLiteral("%1 is no %2").arg(text, QLatin1String(timeFormatName(axis.format()))));
     return *span;
 }
 
 qint64 chooseTimeOf(int geography, const QString &text)
 {
     if (!text.isEmpty())
-        return timeOption(axisOf(geography), "--at", text).startTime;
+        return requireSpan(axisOf(geography), text).startTime;
     QVector<Interval> times;
     if (!VORN_GetAllObjectTimes(geography, times) || times.isEmpty())
         fail(QStringLiteral("%1 has no object at any time").arg(geographyName(geography)));
@@ -341,7 +357,7 @@ qint64 chooseTimeOf(int geography, const QString &text)
 qint64 chooseTime(int dataset, const QString &text)
 {
     if (!text.isEmpty())
-        return timeOption(axisOf(VORN_GetGeographyId(dataset)), "--at", text).startTime;
+        return requireSpan(axisOf(VORN_GetGeographyId(dataset)), text).startTime;
     const QVector<Interval> times = dataTimes(dataset);
     if (times.isEmpty())
         fail(QStringLiteral("dataset %1 holds no values").arg(datasetName(dataset)));

@@ -5,43 +5,56 @@
 
 namespace meridor {
 
-void HostController::decline(const QString &what) const
+ProjectHost::ProjectHost(const SessionUser &user, const QString &scratch)
+    : mUser(user), mScratch(scratch)
 {
-    mConsole.note(what + QStringLiteral(" needs a window; a terminal has none"));
 }
 
-int HostController::ShowMethod(int, const QString &name, const QVector<MethodParameter> &)
+ProjectHost::~ProjectHost() = default;
+
+const Notes &ProjectHost::notes() const
+{
+    static const NoNotes none;
+    return mUser.notes ? *mUser.notes : none;
+}
+
+void ProjectHost::decline(const QString &what) const
+{
+    notes().note(what + QStringLiteral(" needs a window; there is none"));
+}
+
+int ProjectHost::ShowMethod(int, const QString &name, const QVector<MethodParameter> &)
 {
     decline(QStringLiteral("method ") + name);
     return -1;
 }
 
-bool HostController::ExecuteMethod(int, const QString &name, const QVector<MethodParameter> &,
-                                   MethodReport &report)
+bool ProjectHost::ExecuteMethod(int, const QString &name, const QVector<MethodParameter> &,
+                                MethodReport &report)
 {
     report = MethodReport();
-    mConsole.note(QStringLiteral("method %1 is not one of this program").arg(name));
+    notes().note(QStringLiteral("method %1 is not one of this program").arg(name));
     return false;
 }
 
-QString HostController::GetDatasetPropertiesStringForCurrentMethod()
+QString ProjectHost::GetDatasetPropertiesStringForCurrentMethod()
 {
     return QString(); // no method is ever open
 }
 
-void HostController::ShowSpatialWeightSetDialog(int, bool, bool)
+void ProjectHost::ShowSpatialWeightSetDialog(int, bool, bool)
 {
     decline(QStringLiteral("the dialog of weight sets"));
 }
 
-void HostController::ShowVariogramModelDialog(VariogramModel &, bool, int, bool)
+void ProjectHost::ShowVariogramModelDialog(VariogramModel &, bool, int, bool)
 {
     decline(QStringLiteral("the dialog of variogram models"));
 }
 
-int HostController::CreateMapWindow(int dataId, qint64 t, const QString &title,
-                                    const ColorSchemeInfo &fill, const ColorSchemeInfo &,
-                                    const SymbolSchemeInfo &)
+int ProjectHost::CreateMapWindow(int dataId, qint64 t, const QString &title,
+                                 const ColorSchemeInfo &fill, const ColorSchemeInfo &,
+                                 const SymbolSchemeInfo &)
 {
     const MapView view{dataId, t, title, fill};
     if (!painter || !painter(view))
@@ -51,14 +64,14 @@ int HostController::CreateMapWindow(int dataId, qint64 t, const QString &title,
     return number;
 }
 
-bool HostController::CreateMapLayer(int, int, const ColorSchemeInfo &, const ColorSchemeInfo &,
-                                    const SymbolSchemeInfo &)
+bool ProjectHost::CreateMapLayer(int, int, const ColorSchemeInfo &, const ColorSchemeInfo &,
+                                 const SymbolSchemeInfo &)
 {
     decline(QStringLiteral("a second layer"));
     return false;
 }
 
-void HostController::SyncViews(QList<int> windows, qint64 t)
+void ProjectHost::SyncViews(QList<int> windows, qint64 t)
 {
     for (const int window : windows) {
         const auto view = mViews.find(window);
@@ -69,54 +82,69 @@ void HostController::SyncViews(QList<int> windows, qint64 t)
     }
 }
 
-bool HostController::ShowSpatialWeightsInMap(int, int, int)
+bool ProjectHost::ShowSpatialWeightsInMap(int, int, int)
 {
     decline(QStringLiteral("a map of weights"));
     return false;
 }
 
-int HostController::CreateGraphWindow(GraphTypes, const QVector<int> &, qint64,
-                                      const QString &title, const ColorSchemeInfo &,
-                                      const QPointF *, const QRectF *)
+int ProjectHost::CreateGraphWindow(GraphTypes, const QVector<int> &, qint64, const QString &title,
+                                   const ColorSchemeInfo &, const QPointF *, const QRectF *)
 {
     decline(QStringLiteral("the graph ") + title);
     return 0;
 }
 
-bool HostController::GenerateVariogramModel(VariogramModel &, const DataId &, const Interval &,
-                                            VariogramModel::EstimatorTypes, const DataId &, int,
-                                            bool, double, bool)
+bool ProjectHost::GenerateVariogramModel(VariogramModel &, const DataId &, const Interval &,
+                                         VariogramModel::EstimatorTypes, const DataId &, int, bool,
+                                         double, bool)
 {
-    mConsole.note(QStringLiteral("variogram models are not estimated by this program"));
+    notes().note(QStringLiteral("variogram models are not estimated by this program"));
     return false;
 }
 
-void HostController::AddToLog(const QString &text, bool)
+namespace {
+
+/// Of old notes, which begin with the word: they are told as notes anyway.
+QString withoutPrefix(const QString &text)
+{
+    const QString prefix = QStringLiteral("Note: ");
+    return text.startsWith(prefix) ? text.mid(prefix.size()) : text;
+}
+
+} // namespace
+
+void ProjectHost::AddToLog(const QString &text, bool)
 {
     mLog.append(text);
-    const QString prefix = QStringLiteral("Note: "); // the console has its own
-    mConsole.note(text.startsWith(prefix) ? text.mid(prefix.size()) : text);
+    notes().note(withoutPrefix(text));
 }
 
-void HostController::ShowHelpTopic(const char *topic)
+void ProjectHost::AddWarning(const QString &text)
 {
-    mConsole.note(QStringLiteral("help on %1: meridor --help").arg(QString::fromUtf8(topic)));
+    mLog.append(text);
+    notes().warn(withoutPrefix(text));
 }
 
-QString HostController::GetInvocationStringForMethod(int, const QString &,
-                                                     const QVector<MethodParameter> &)
+void ProjectHost::ShowHelpTopic(const char *topic)
+{
+    notes().note(QStringLiteral("there is no help window for %1").arg(QString::fromUtf8(topic)));
+}
+
+QString ProjectHost::GetInvocationStringForMethod(int, const QString &,
+                                                  const QVector<MethodParameter> &)
 {
     return QString(); // no method, no call
 }
 
-QString HostController::GetMethodName(int, const QString &name)
+QString ProjectHost::GetMethodName(int, const QString &name)
 {
     return name;
 }
 
-int HostController::AddNewVectorGeography(const QString &fileName, const QString &name,
-                                          const QString &history, TimeFormat format, int parentId,
-                                          const QVector<int> *parentObjectIds)
+int ProjectHost::AddNewVectorGeography(const QString &fileName, const QString &name,
+                                       const QString &history, TimeFormat format, int parentId,
+                                       const QVector<int> *parentObjectIds)
 {
     const int id = ControllerBase::AddNewVectorGeography(fileName, name, history, format, parentId,
                                                          parentObjectIds);
@@ -127,7 +155,7 @@ int HostController::AddNewVectorGeography(const QString &fileName, const QString
     return id;
 }
 
-void HostController::RemoveGeography(int id)
+void ProjectHost::RemoveGeography(int id)
 {
     const std::unique_ptr<MGeoData> gone(GetGeoData().value(id, nullptr));
     ControllerBase::RemoveGeography(id);

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
-/// The terminal's answers to the library: maps become pictures, notes go to standard error, and
-/// what needs a window is declined.
+/// The answers to the library of a host without windows: maps become pictures, notes go to the
+/// session's user, and what needs a window is declined.
 #pragma once
 #include <QMap>
 #include <QString>
 #include <QStringList>
 #include <functional>
-#include "cli/console.h"
+#include "core/export.h"
+#include "core/project/cancel.h"
+#include "core/project/notes.h"
+#include "core/project/progress.h"
 #include "datainterface/ControllerBase.h"
 
 namespace meridor {
@@ -19,9 +22,24 @@ struct MapView {
     ColorSchemeInfo fill;
 };
 
-class HostController : public ControllerBase {
+/// Who asks for the work of a session and is told of it. Every part may be left out.
+struct SessionUser {
+    const Notes *notes = nullptr;
+    Cancel cancel;
+    ProgressReport progress;
+};
+
+class MERIDOR_EXPORT ProjectHost : public ControllerBase {
 public:
-    explicit HostController(const Console &console) : mConsole(console) {}
+    /// @param scratch  directory of the session's temporary files.
+    ProjectHost(const SessionUser &user, const QString &scratch);
+    ~ProjectHost() override;
+
+    const Notes &notes() const;
+    bool isCancelled() const { return mUser.cancel && mUser.cancel(); }
+    const ProgressReport &progress() const { return mUser.progress; }
+    /// Where work may keep files of its own for a while.
+    const QString &scratch() const { return mScratch; }
 
     /// Draws a view; false when it cannot. Without a painter there are no maps.
     std::function<bool(const MapView &)> painter;
@@ -53,9 +71,9 @@ public:
                                 const Interval &interval, VariogramModel::EstimatorTypes estimator,
                                 const DataId &locations, int lagCount, bool flagA, double parameter,
                                 bool flagB) override;
-    /// True: a warning's dialog becomes a note and is closed, see TerminalProgress.
-    bool HasGUI() override { return true; }
     void AddToLog(const QString &text, bool fromHost) override;
+    /// The same for what the library shows as a warning.
+    void AddWarning(const QString &text);
     void ShowHelpTopic(const char *topic) override;
     QString GetInvocationStringForMethod(int method, const QString &name,
                                          const QVector<MethodParameter> &parameters) override;
@@ -68,10 +86,11 @@ public:
     void RemoveGeography(int id) override;
 
 private:
-    /// One line for each thing a terminal cannot show.
+    /// One line for each thing that needs a window.
     void decline(const QString &what) const;
 
-    const Console &mConsole;
+    SessionUser mUser;
+    QString mScratch;
     QMap<int, MapView> mViews;
     QStringList mLog;
 };

@@ -44,13 +44,32 @@ mode_t rightsFor(const QString &target)
 
 } // namespace
 
+FileIdentity identityOf(const QString &path)
+{
+    struct stat info = {};
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return {};
+    return {info.st_dev, info.st_ino, info.st_size,
+            qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
+}
+
+void refuseInput(const QString &target, const QStringList &inputs)
+{
+    const FileIdentity written = identityOf(target);
+    for (const QString &input : inputs) {
+        const FileIdentity read = identityOf(input);
+        if (read.size >= 0 && read.device == written.device && read.number == written.number)
+            fail(QStringLiteral("%1: is read and cannot be the output as well").arg(target));
+    }
+}
+
 void requireWritable(const QString &target, bool overwrite)
 {
     const QFileInfo info(target);
     if (info.isDir())
         fail(QStringLiteral("%1: is a directory").arg(target));
     if (info.exists() && !overwrite)
-        fail(QStringLiteral("%1: is there already; --overwrite replaces it").arg(target));
+        fail(QStringLiteral("%1: is there already").arg(target), "overwrite");
     if (!info.absoluteDir().exists())
         fail(QStringLiteral("%1: no directory %2").arg(target, info.absolutePath()));
 }

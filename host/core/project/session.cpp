@@ -3,15 +3,13 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include "core/project/cancel.h"
+#include "core/project/failure.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/FrameAPI.h"
+#include "datainterface/HostDialogs.h"
 #include "datainterface/ProjectAPI.h"
-#include "core/project/failure.h"
-#include "fennimark/Fennims.h"
-#include "cli/interrupt.h"
-#include "core/project/catalog.h"
-#include "cli/terminalProgress.h"
-#include "core/project/safeFile.h"
+#include "datainterface/vorn_error.h"
 
 namespace meridor {
 namespace {
@@ -30,60 +28,145 @@ std::unique_ptr<QTemporaryDir> makeScratch(const QString &wanted)
         if (scratch->isValid())
             return scratch;
     }
-    fail(QStringLiteral("no directory for scratch files; --scratch names one (tried %1)")
-             .arg(parents.join(QStringLiteral(", "))));
+    fail(QStringLiteral("no directory for scratch files (tried %1)")
+             .arg(parents.join(QStringLiteral(", "))),
+         "scratch");
+}
+
+/// The library's bar and warnings, handed on to the session's user.
+class SessionDialogs final : public HostDialogs {
+public:
+    explicit SessionDialogs(ProjectHost &host) : mHost(host) {}
+
+    void BeginProgress(const QString &, const QString &label, const QString &) override
+    {
+        mPercent = 0;
+        mLabel = label;
+        tell();
+    }
+    void SetProgressLabel(const QString &text) override { mLabel = text; }
+    void SetProgressPercent(int percent) override { mPercent = percent; }
+    bool PollProgress() override
+    {
+        tell();
+        return !mHost.isCancelled();
+    }
+    void EndProgress() override
+    {
+        mPercent = -1;
+        mLabel.clear();
+        tell();
+    }
+    void ShowWarning(const QString &, const QString &text) override { mHost.AddWarning(text); }
+    void ShowException(const QString &text, const QString &what, const QString &) override
+    {
+        mHost.AddWarning(text + QStringLiteral(": ") + what);
+    }
+
+private:
+    void tell() const
+    {
+        if (mHost.progress())
+            mHost.progress()(mPercent, mLabel);
+    }
+
+    ProjectHost &mHost;
+    int mPercent = -1;
+    QString mLabel;
+};
+
+/// A step of the end, after which the others are due in any case.
+template <class Step> void quietly(Step step)
+{
+    try {
+        step();
+    } catch (...) { // a scratch disk that refuses: what the step left goes with the process
+    }
 }
 
 } // namespace
 
-Session::Session(const SessionOptions &options, const Console &console)
-    : mConsole(console),
-      mScratch(makeScratch(options.scratch)),
-      mController(std::make_unique<HostController>(console))
+Session::Session(const SessionOptions &options, const SessionUser &user)
+    : mScratch(makeScratch(options.scratch)),
+      mController(std::make_unique<ProjectHost>(user, mScratch->path())),
+      mDialogs(std::make_unique<SessionDialogs>(*mController))
 {
-    // All scratch files of the library go where the platform keeps caches: that is ours alone for
-    // this process.
-    qputenv("XDG_CACHE_HOME", QFile::encodeName(mScratch->path()));
-    Fennims::SetScratchDirectory(mScratch->path());
-    setController(mController.get());
     InitializeCInterface(mController.get());
+    VORN_SetHostDialogs(mDialogs.get());
     const int limit = qBound(1, options.cacheMegabytes, 2000);
-    InitializeDataManager(mScratch->path(), limit * 1000000);
+    try {
+        InitializeDataManager(mScratch->path(), limit * 1000000);
+    } catch (const vorn_error &) {
+        VORN_SetHostDialogs(nullptr);
+        InitializeCInterface(nullptr);
+        fail(QStringLiteral("%1: no scratch file can be made there").arg(mScratch->path()),
+             "scratch");
+    }
     VORN_SetProjectCompression(options.smallest ? 0 : 2);
 }
 
 Session::~Session()
 {
-    VORN_UnloadProject();
-    ClearDataManager();
+    quietly([this] {
+        for (const int id : mController->GetGeoData().keys())
+            mController->RemoveGeography(id);
+    });
+    quietly([] { ClearDataManager(); });
+    quietly([this] { mController.reset(); });
+    VORN_SetHostDialogs(nullptr);
+    InitializeCInterface(nullptr);
 }
 
 void Session::load(const QString &path)
 {
     if (!QFileInfo::exists(path))
         fail(QStringLiteral("%1: no such file").arg(path));
-    const Progress bar("Opening", "Opening the project...");
-    if (VORN_LoadProject(path))
+    mLoaded = QFileInfo(path).canonicalFilePath();
+    mLoadedFile = identityOf(path);
+    bool loaded = false;
+    {
+        const Progress bar("Opening", "Opening the project...");
+        loaded = VORN_LoadProject(path);
+    }
+    if (loaded)
         return;
-    stopIfInterrupted();
-    VORN_UnloadProject();
+    stopIfCancelled();
+    unload();
     fail(QStringLiteral("%1: not a project that this version reads").arg(path));
 }
 
 void Session::save(const QString &path)
 {
     const Progress bar("Saving", "Saving the project...");
-    const bool saved = replaceFile(
-        path, [](const QString &beside) { return VORN_SaveProject(beside) && !interrupted(); });
-    stopIfInterrupted();
-    if (!saved)
+    const bool replacesLoaded =
+        QFileInfo(path).canonicalFilePath() == mLoaded && !mLoaded.isEmpty();
+    const bool saved = replaceFile(path, [&](const QString &beside) {
+        if (!VORN_SaveProject(beside) || isCancelled())
+            return false;
+        if (replacesLoaded && !(identityOf(path) == mLoadedFile))
+            fail(QStringLiteral("%1: another program changed it since it was read; it is left as "
+                                "it is")
+                     .arg(path));
+        return true;
+    });
+    if (!saved) {
+        stopIfCancelled();
         fail(QStringLiteral("%1: could not be written; what stood there is unchanged").arg(path));
+    }
+    mLoaded = QFileInfo(path).canonicalFilePath();
+    mLoadedFile = identityOf(path);
     mController->MarkProjectClean();
 }
 
 void Session::unload()
 {
-    VORN_UnloadProject();
+    mLoaded.clear();
+    try {
+        VORN_UnloadProject();
+    } catch (const vorn_error &) { // it starts a new scratch file
+        fail(QStringLiteral("%1: no scratch file can be made there").arg(mScratch->path()),
+             "scratch");
+    }
 }
 
 } // namespace meridor

@@ -2,6 +2,7 @@
 #pragma once
 #include <QPointF>
 #include <QVector>
+#include "core/export.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/Fennims.h"
 
@@ -37,6 +38,7 @@ private:
 
 /// The rings of the polygon that an object is at a time; none when it is no polygon or is not
 /// there.
-QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int object, qint64 time);
+MERIDOR_EXPORT QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int object,
+                                               qint64 time);
 
 } // namespace meridor

@@ -114,6 +114,13 @@ bool isInstant(const Interval &interval)
     return interval.startTime == interval.endTime;
 }
 
+/// The start of the first day that no longer belongs to a span of days. Projects of earlier
+/// versions hold spans that end with the start of their last day, included.
+qint64 dayBehind(const Interval &interval)
+{
+    return interval.inclusiveEnd ? interval.endTime + kDay : interval.endTime;
+}
+
 /// The name of a whole year or month that begins on `first` and whose next one begins on `behind`;
 /// else empty.
 QString calendarName(const QDate &first, const QDate &behind)
@@ -167,8 +174,7 @@ std::optional<Interval> TimeAxis::span(const QString &text) const
         return std::nullopt;
     const qint64 start = ofDate(whole->first);
     const qint64 behind = ofDate(whole->second);
-    return mFormat == TF_Date ? Interval{start, behind - kDay, true, true}
-                              : Interval{start, behind, true, false};
+    return Interval{start, behind, true, false};
 }
 
 std::optional<Interval> TimeAxis::span(const QString &start, const QString &end) const
@@ -209,9 +215,9 @@ QString TimeAxis::show(qint64 time) const
 
 QString TimeAxis::show(const Interval &interval) const
 {
-    if (mFormat == TF_Date || (mFormat == TF_DateTime && !interval.inclusiveEnd)) {
-        const bool byDay = mFormat == TF_Date;
-        const QDateTime behind = ofTime(interval.endTime + (byDay ? kDay : 0));
+    const bool byDay = mFormat == TF_Date;
+    if (byDay || (mFormat == TF_DateTime && !interval.inclusiveEnd)) {
+        const QDateTime behind = ofTime(byDay ? dayBehind(interval) : interval.endTime);
         const QDateTime first = ofTime(interval.startTime);
         if (first.time() == QTime(0, 0) && behind.time() == QTime(0, 0)) {
             const QString name = calendarName(first.date(), behind.date());
@@ -219,9 +225,27 @@ QString TimeAxis::show(const Interval &interval) const
                 return name;
         }
     }
-    if (isInstant(interval))
-        return show(interval.startTime);
-    return show(interval.startTime) + QLatin1Char('/') + show(interval.endTime);
+    const QString start = show(interval.startTime);
+    const QString end = showEnd(interval);
+    return isInstant(interval) || (byDay && start == end) ? start : start + QLatin1Char('/') + end;
+}
+
+bool TimeAxis::giveWay(Interval &earlier, const Interval &later) const
+{
+    if (earlier.endTime < later.startTime
+        || (earlier.endTime == later.startTime && !earlier.inclusiveEnd))
+        return true;
+    const qint64 last = mFormat == TF_Date ? dayBehind(earlier) - kDay : earlier.endTime;
+    if (earlier.startTime >= later.startTime || last != later.startTime)
+        return false;
+    earlier.endTime = later.startTime;
+    earlier.inclusiveEnd = false;
+    return true;
+}
+
+QString TimeAxis::showEnd(const Interval &interval) const
+{
+    return show(mFormat == TF_Date ? dayBehind(interval) - kDay : interval.endTime);
 }
 
 QString isoTime(const QString &text, const QString &pattern)

@@ -5,20 +5,21 @@
 #include <QMap>
 #include <algorithm>
 #include <cmath>
+#include "core/grids/valuesAt.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/safeFile.h"
+#include "core/project/shapeAccess.h"
+#include "core/render/classes.h"
+#include "core/render/palette.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
-#include "core/project/failure.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
-#include "core/project/catalog.h"
-#include "core/render/classes.h"
-#include "core/render/palette.h"
-#include "core/project/safeFile.h"
-#include "core/project/shapeAccess.h"
 
 namespace meridor {
 namespace {

@@ -3,6 +3,7 @@
 #pragma once
 #include <QSize>
 #include <QString>
+#include "core/export.h"
 #include "core/project/projectHost.h"
 #include "core/render/mapPicture.h"
 
@@ -19,9 +20,9 @@ struct MapStyle {
 };
 
 /// Objects that do not exist at the time are not drawn; those without a value are grey.
-MapPicture choropleth(const MapView &view, const MapStyle &style);
+MERIDOR_EXPORT MapPicture choropleth(const MapView &view, const MapStyle &style);
 
 /// As PNG, whole or not at all; raises a Failure.
-void savePicture(const QImage &image, const QString &path);
+MERIDOR_EXPORT void savePicture(const QImage &image, const QString &path);
 
 } // namespace meridor

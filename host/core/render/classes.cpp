@@ -2,8 +2,9 @@
 #include "core/render/classes.h"
 #include <QMap>
 #include <algorithm>
-#include "cli/interrupt.h"
 #include "core/grids/gridValues.h"
+#include "core/grids/valuesAt.h"
+#include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
@@ -37,29 +38,6 @@ const QMap<QString, MDataset::ClassificationType> &methods()
 
 } // namespace
 
-ValuesAt valuesAt(int dataset, qint64 time)
-{
-    ValuesAt values;
-    values.numeric = datasetOf(dataset)->IsNumeric();
-    bool there = false;
-    if (rasterOf(dataset)) {
-        values.numbers = gridValues(dataset, time);
-        there = true;
-    } else if (values.numeric) {
-        there = VORN_GetNumericValues(dataset, 0, time, values.numbers, values.missing);
-    } else {
-        QVector<QString> texts;
-        there = VORN_GetDataValues(dataset, 0, time, texts, values.missing);
-        values.texts = QStringList(texts.toList());
-    }
-    if (!there) {
-        const int geography = VORN_GetGeographyId(dataset);
-        fail(QStringLiteral("%1 holds no values at %2")
-                 .arg(datasetName(dataset), axisOf(geography).show(time)));
-    }
-    return values;
-}
-
 MDataset::ClassificationType classificationOf(const QString &method)
 {
     return methods().value(method, MDataset::Jenks);
@@ -76,14 +54,14 @@ QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, in
     MDataset *owner = datasetOf(dataset);
     if (rasterOf(dataset) && owner->UniqueValueCount(nullptr) == 0)
         VORN_RecalculateDataFrequencies(dataset); // large grids are not counted as they come
-    stopIfInterrupted();
+    stopIfCancelled();
     if (owner->UniqueValueCount(nullptr) == 0)
         return {};
     // A class takes at least one distinct value.
     const int wanted =
         method == MDataset::Jenks ? qMin(classes, owner->UniqueValueCount(nullptr)) : classes;
     const QVector<double> breaks = owner->GetIntervalBreaks(0, wanted + 1, method, true).toVector();
-    stopIfInterrupted();
+    stopIfCancelled();
     return breaks;
 }
 

@@ -8,6 +8,7 @@
 #include <QRectF>
 #include <QString>
 #include <QVector>
+#include "core/export.h"
 
 namespace meridor {
 
@@ -37,8 +38,8 @@ struct MapPicture {
     QSize size{1600, 1000};
 };
 
-extern const QColor kMissingColor;
+extern MERIDOR_EXPORT const QColor kMissingColor;
 
-QImage draw(const MapPicture &picture);
+MERIDOR_EXPORT QImage draw(const MapPicture &picture);
 
 } // namespace meridor

@@ -5,14 +5,15 @@
 #include <QColor>
 #include <QStringList>
 #include <QVector>
+#include "core/export.h"
 
 namespace meridor {
 
-QStringList paletteNames();
+MERIDOR_EXPORT QStringList paletteNames();
 /// `count` colours from light to dark, evenly spaced to the eye. An unknown name is the first
 /// palette.
-QVector<QColor> sequentialColors(const QString &palette, int count);
+MERIDOR_EXPORT QVector<QColor> sequentialColors(const QString &palette, int count);
 /// Colours for up to twelve unordered classes; further ones repeat.
-QVector<QColor> categoricalColors(int count);
+MERIDOR_EXPORT QVector<QColor> categoricalColors(int count);
 
 } // namespace meridor

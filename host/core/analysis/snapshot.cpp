@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "cli/commands/snapshot.h"
+#include "core/analysis/snapshot.h"
 #include <algorithm>
 #include <cmath>
-#include "cli/console.h"
+#include "core/grids/gridValues.h"
+#include "core/project/catalog.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
-#include "core/project/catalog.h"
-#include "core/grids/gridValues.h"
 
 namespace meridor {
 namespace {

@@ -3,6 +3,7 @@
 #pragma once
 #include <QString>
 #include <QVector>
+#include "core/export.h"
 #include "datainterface/TimeStamp.h"
 
 namespace meridor {
@@ -16,8 +17,8 @@ struct Statistics {
 };
 
 /// Of a numeric dataset at an instant; a count of 0 where it has no values.
-Statistics statisticsAt(int dataset, qint64 time);
+MERIDOR_EXPORT Statistics statisticsAt(int dataset, qint64 time);
 /// Over all times.
-Statistics statisticsOfAll(int dataset);
+MERIDOR_EXPORT Statistics statisticsOfAll(int dataset);
 
 } // namespace meridor

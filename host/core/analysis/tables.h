@@ -3,6 +3,7 @@
 #pragma once
 #include <QString>
 #include <QVector>
+#include "core/export.h"
 
 namespace meridor {
 
@@ -10,10 +11,11 @@ enum class TableFormat { Csv, GeoEas, Dbf };
 
 /// One row for each object and time of `datasets`, which share a geography; [start, end] closed.
 /// Whole or not at all: raises a Failure or the cancel.
-void exportTable(const QString &path, TableFormat format, const QVector<int> &datasets,
-                 qint64 start, qint64 end, const QString &missing);
+MERIDOR_EXPORT void exportTable(const QString &path, TableFormat format,
+                                const QVector<int> &datasets, qint64 start, qint64 end,
+                                const QString &missing);
 
 /// The hull of the datasets' times; of those that hold for good, their one.
-QPair<qint64, qint64> timesOf(const QVector<int> &datasets);
+MERIDOR_EXPORT QPair<qint64, qint64> timesOf(const QVector<int> &datasets);
 
 } // namespace meridor

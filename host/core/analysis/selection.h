@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// Objects as people choose them: by key, by a value, by a range of values, by existence.
 #pragma once
+#include <QString>
+#include <QStringList>
 #include <QVector>
-#include "cli/commands/commands.h"
+#include "core/export.h"
 
 namespace meridor {
 
@@ -17,13 +19,10 @@ struct ObjectChoice {
     bool existing = false;
 };
 
-/// --values, --min, --max and --at.
-void valueOptions(CLI::App &command, ObjectChoice &choice);
-
 /// The geography that is meant. Raises a Failure.
-int geographyOf(const ObjectChoice &choice);
+MERIDOR_EXPORT int geographyOf(const ObjectChoice &choice);
 /// Objects that meet everything asked for, ascending. Raises a Failure for what is not there and
 /// for what cannot be told.
-QVector<int> chosenObjects(int geography, const ObjectChoice &choice);
+MERIDOR_EXPORT QVector<int> chosenObjects(int geography, const ObjectChoice &choice);
 
 } // namespace meridor

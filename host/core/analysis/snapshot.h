@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include "core/export.h"
 #include "datainterface/TimeStamp.h"
 
 namespace meridor {
@@ -20,8 +21,8 @@ struct Snapshot {
     qint64 count = 0;                  ///< values, missing ones left out
 };
 
-Snapshot takeSnapshot();
+MERIDOR_EXPORT Snapshot takeSnapshot();
 /// The names of what differs.
-QStringList differences(const Snapshot &a, const Snapshot &b);
+MERIDOR_EXPORT QStringList differences(const Snapshot &a, const Snapshot &b);
 
 } // namespace meridor

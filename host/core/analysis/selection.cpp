@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-#include "cli/commands/objectChoice.h"
+#include "core/analysis/selection.h"
 #include <QSet>
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include "core/formats/values.h"
+#include "core/grids/valuesAt.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDatum.h"
 #include "datainterface/MGeoData.h"
-#include "core/project/failure.h"
-#include "core/formats/values.h"
-#include "core/project/catalog.h"
-#include "core/render/classes.h"
 
 namespace meridor {
 namespace {
@@ -32,12 +32,12 @@ MAttributes &attributesOf(int geography)
     return *owner.GetAttributes(0);
 }
 
-double numberOption(const char *option, const QString &text)
+double requireNumber(const QString &text, const char *setting)
 {
     const QByteArray bytes = text.toUtf8();
     const auto number = toDecimal({bytes.constData(), static_cast<size_t>(bytes.size())});
     if (!number)
-        failUsage(QStringLiteral("%1 %2 is no number").arg(QLatin1String(option), text));
+        failUsage(QStringLiteral("%1 is no number").arg(text), setting);
     return *number;
 }
 
@@ -49,7 +49,7 @@ QSet<MDatum> wantedValues(const MDataset &dataset, const QStringList &texts)
             wanted.insert(MDatum(text));
             continue;
         }
-        const double number = numberOption("--values", text);
+        const double number = requireNumber(text, "values");
         if (!dataset.IsInteger())
             wanted.insert(MDatum(number));
         else if (number == std::trunc(number) && std::abs(number) <= 1e15)
@@ -87,10 +87,11 @@ QVector<int> byValue(int dataset, qint64 time, const QStringList &texts)
 QVector<int> byRange(int dataset, qint64 time, const QString &low, const QString &high)
 {
     if (!datasetOf(dataset)->IsNumeric())
-        fail(QStringLiteral("%1 holds texts; --values names some").arg(datasetName(dataset)));
+        fail(QStringLiteral("%1 holds texts, which have no range").arg(datasetName(dataset)),
+             "values");
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const double from = low.isEmpty() ? -kInfinity : numberOption("--min", low);
-    const double to = high.isEmpty() ? kInfinity : numberOption("--max", high);
+    const double from = low.isEmpty() ? -kInfinity : requireNumber(low, "min");
+    const double to = high.isEmpty() ? kInfinity : requireNumber(high, "max");
     const int geography = VORN_GetGeographyId(dataset);
     MAttributes &attributes = attributesOf(geography);
     geographyOf(geography)->SelectObjectsByRange(dataset, 0, time, from, to, kSelected);
@@ -109,20 +110,11 @@ qint64 existenceTime(int geography, const ObjectChoice &choice)
     if (!choice.dataset.isEmpty())
         return chooseTime(findDataset(geography, choice.dataset), choice.at);
     if (choice.at.isEmpty())
-        failUsage(QStringLiteral("--existing goes with --at"));
-    return timeOption(axisOf(geography), "--at", choice.at).startTime;
+        failUsage(QStringLiteral("which objects exist is a question of a time"), "at");
+    return requireSpan(axisOf(geography), choice.at).startTime;
 }
 
 } // namespace
-
-void valueOptions(CLI::App &command, ObjectChoice &choice)
-{
-    textsOption(command, "--values", choice.values, "Objects with one of these values")
-        ->delimiter(',');
-    textOption(command, "--min", choice.low, "Objects with at least this value");
-    textOption(command, "--max", choice.high, "Objects with at most this value");
-    textOption(command, "--at", choice.at, "The time (default: the dataset's last)");
-}
 
 int geographyOf(const ObjectChoice &choice)
 {
@@ -135,9 +127,10 @@ QVector<int> chosenObjects(int geography, const ObjectChoice &choice)
 {
     const bool range = !choice.low.isEmpty() || !choice.high.isEmpty();
     if ((range || !choice.values.isEmpty()) != !choice.dataset.isEmpty())
-        failUsage(QStringLiteral("a dataset goes with --values, --min or --max, and they with it"));
+        failUsage(QStringLiteral("a dataset goes with values or a range, and they with it"),
+                  "values");
     if (choice.keys.isEmpty() && choice.dataset.isEmpty() && !choice.existing)
-        failUsage(QStringLiteral("--objects, --where or --existing tells which objects"));
+        failUsage(QStringLiteral("nothing tells which objects"), "objects");
     QVector<int> objects;
     for (int i = 0; i < static_cast<int>(geographyOf(geography)->GetObjectCount()); ++i)
         objects.append(i);

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include "core/analysis/statistics.h"
+#include <limits>
+#include "core/project/catalog.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MRasterDataset.h"
+
+namespace meridor {
+
+Statistics statisticsAt(int dataset, qint64 time)
+{
+    Statistics result;
+    result.count = VORN_GetDataCount(dataset, time);
+    if (result.count == 0)
+        return result;
+    VORN_GetMean(dataset, 0, time, result.mean);
+    VORN_GetStddev(dataset, 0, time, result.deviation);
+    VORN_GetMin(dataset, 0, time, result.minimum);
+    VORN_GetMax(dataset, 0, time, result.maximum);
+    return result;
+}
+
+namespace {
+
+/// Values that are kept: of series each entry once, however other objects cut time.
+qint64 valueCount(int dataset)
+{
+    const DatasetProps props = VORN_GetDatasetProperties(dataset);
+    qint64 count = 0;
+    if (props.storageType == TimeSlice || rasterOf(dataset)) {
+        for (const Interval &interval : dataTimes(dataset))
+            count += VORN_GetDataCount(dataset, instantOf(interval));
+        return count;
+    }
+    const int objects = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount;
+    for (int object = 0; object < objects; ++object) {
+        QVector<Interval> intervals;
+        VORN_GetDataIntervals(dataset, 0, object, intervals);
+        count += intervals.size();
+    }
+    return count;
+}
+
+} // namespace
+
+Statistics statisticsOfAll(int dataset)
+{
+    Statistics result;
+    result.deviation = std::numeric_limits<double>::quiet_NaN();
+    DataSetStats whole;
+    if (!datasetOf(dataset)->GetGlobalDataSetStats(0, whole))
+        return result;
+    result.mean = whole.mean;
+    result.minimum = whole.minimum.toDouble();
+    result.maximum = whole.maximum.toDouble();
+    result.count = valueCount(dataset);
+    return result;
+}
+
+} // namespace meridor

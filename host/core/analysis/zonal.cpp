@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include "core/analysis/zonal.h"
+#include "core/grids/gridValues.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MGeoData.h"
+#include "datainterface/MRasterDataset.h"
+
+namespace meridor {
+
+const std::array<ZoneStatistic, 6> &zoneStatistics()
+{
+    static const std::array<ZoneStatistic, 6> statistics{{{"mean", &ZoneStatistics::mean},
+                                                          {"stddev", &ZoneStatistics::deviation},
+                                                          {"min", &ZoneStatistics::minimum},
+                                                          {"max", &ZoneStatistics::maximum},
+                                                          {"sum", &ZoneStatistics::sum},
+                                                          {"area", &ZoneStatistics::area}}};
+    return statistics;
+}
+
+QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons, const QVector<Interval> &times,
+                                     const Progress &progress)
+{
+    if (!rasterOf(dataset))
+        fail(QStringLiteral("%1 is no grid").arg(datasetName(dataset)));
+    const int columns = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).columns;
+    Zones zones(VORN_GetGeographyId(dataset), polygons);
+    QVector<ZonesAtTime> result;
+    for (const Interval &interval : times) {
+        const qint64 time = instantOf(interval);
+        const QVector<double> values = gridValues(dataset, time);
+        ZonesAtTime at{interval, {}};
+        for (const QVector<CellShare> &shares : zones.at(time, progress))
+            at.zones.append(statisticsOf(shares, values, columns));
+        result.append(at);
+        progress.report(100 * result.size() / times.size(), "Summing up...");
+    }
+    return result;
+}
+
+namespace {
+
+/// Times of one geography mean the same in the other when their formats agree; shapes that hold for
+/// good take over the grid's.
+void alignTimes(int dataset, int polygons)
+{
+    const TimeFormat format = axisOf(VORN_GetGeographyId(dataset)).format();
+    const GeoProps zones = VORN_GetGeographyProperties(polygons);
+    if (zones.timeFormat == format || rasterOf(dataset)->IsStatic())
+        return;
+    for (const int id : datasetIds(polygons))
+        if (!zones.isStatic || !datasetOf(id)->IsStatic())
+            fail(QStringLiteral("%1 tells its times as %2, %3 as %4")
+                     .arg(datasetName(dataset), QLatin1String(timeFormatName(format)), zones.name,
+                          QLatin1String(timeFormatName(zones.timeFormat))));
+    if (zones.isStatic)
+        geographyOf(polygons)->SetTimeFormat(format);
+}
+
+} // namespace
+
+int keepZonal(const QVector<ZonesAtTime> &times, int dataset, int polygons, const QString &name,
+              const QString &statistic)
+{
+    if (VORN_GetDatasetByName(polygons, name) >= 0)
+        fail(QStringLiteral("%1 has a dataset %2 already").arg(geographyName(polygons), name));
+    alignTimes(dataset, polygons);
+    double ZoneStatistics::*field = nullptr;
+    for (const ZoneStatistic &known : zoneStatistics())
+        if (statistic == QLatin1String(known.name))
+            field = known.field;
+    if (!field)
+        failUsage(QStringLiteral("%1 is no statistic of zones").arg(statistic), "statistic");
+    const int id = VORN_NewVectorDataset(polygons, name, TimeSlice, DecimalType, 1, QString());
+    for (const ZonesAtTime &at : times) {
+        QVector<double> values;
+        QSet<int> missing;
+        for (int i = 0; i < at.zones.size(); ++i) {
+            values.append(at.zones[i].*field);
+            if (at.zones[i].cells == 0)
+                missing.insert(i);
+        }
+        if (missing.size() < values.size()
+            && !VORN_AddDataValues(id, 0, at.when, values, missing, true, false))
+            fail(QStringLiteral("dataset %1 does not take its values").arg(name));
+    }
+    if (rasterOf(dataset)->IsStatic())
+        datasetOf(id)->SetStatic(true);
+    VORN_RecalculateDataFrequencies(id);
+    VORN_NewDatasetCreated(id);
+    return id;
+}
+
+} // namespace meridor
