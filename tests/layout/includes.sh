@@ -49,7 +49,6 @@ open='
 ^src/(weights|exchange)/[^ ]* datainterface/(ControllerBase|DiagnosticsAPI)
 ^src/sources/MDataSource\.streams\.cpp datainterface/MRaster
 ^src/geography/shapeFrame\.h api/
-^host/core/[^ ]* cli/
 '
 
 public_rooms() {
