@@ -3,9 +3,8 @@
 #include <QLocale>
 #include <cmath>
 #include <limits>
-#include "datainterface/ControllerBase.h"
 #include "exchange/dbfFile.h"
-#include "frame/frameState.h"
+#include "frame/notes.h"
 
 namespace datainterface {
 
@@ -104,10 +103,8 @@ QByteArray DbfExport::fieldName(const QString &columnName)
     }
     mUsedNames.insert(name.toUpper());
     if (name != whole)
-        controller()->AddToLog(
-            QStringLiteral("Note: the column \"%1\" is named \"%2\" in the DBF file.")
-                .arg(columnName, QString::fromUtf8(name)),
-            false);
+        noteToLog(QStringLiteral("Note: the column \"%1\" is named \"%2\" in the DBF file.")
+                      .arg(columnName, QString::fromUtf8(name)));
     return name;
 }
 

@@ -4,14 +4,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include "datainterface/ControllerBase.h"
-#include "datainterface/DiagnosticsAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/MVectorDataset.h"
-#include "datainterface/VersionAPI.h"
-#include "frame/dialogs.h"
 #include "frame/frameState.h"
+#include "frame/notes.h"
 #include "frame/progressSection.h"
 
 namespace datainterface {
@@ -198,9 +195,7 @@ bool runExport(MVectorDataSource &source, const ExportRequest &request, ExportWr
     if (!table.isComplete())
         return false;
     if (!writer.open(table)) {
-        if (hostDialogs() || controller()->HasGUI())
-            VORN_ShowWarningDialog(applicationName,
-                                   QStringLiteral("The file could not be created"));
+        warnUser(QStringLiteral("The file could not be created"));
         return false;
     }
     const VORN_Progress progress("Export", "Exporting datasets...", "Cancel");

@@ -5,11 +5,8 @@
 #include <array>
 #include <limits>
 #include "Common/detail/streams.h"
-#include "datainterface/ControllerBase.h"
-#include "datainterface/DiagnosticsAPI.h"
-#include "frame/dialogs.h"
-#include "frame/frameState.h"
 #include "frame/loadContext.h"
+#include "frame/notes.h"
 #include "weights/egoNeighbors.h"
 
 using namespace datainterface;
@@ -219,13 +216,9 @@ void AdjacencySet::renumberWeights()
     if (mDefinition.weightType == InverseDistanceWeight) {
         mDefinition.weightType = ConstantWeight;
         ClearSpatialWeights();
-        if (hostDialogs() || (controller() && controller()->HasGUI()))
-            VORN_ShowWarningDialog(
-                applicationName,
-                QStringLiteral(
-                    "Note: The weight-by-distance option is no longer available for a "
-                    "spatial weight set being loaded.\nIt will be changed to use constant "
-                    "weights."));
+        warnUser(QStringLiteral("Note: The weight-by-distance option is no longer available for a "
+                                "spatial weight set being loaded.\nIt will be changed to use "
+                                "constant weights."));
     }
     if (mDefinition.weightType == DistanceRankWeight)
         mDefinition.weightType = InverseDistanceWeight;

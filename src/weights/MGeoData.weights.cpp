@@ -7,14 +7,13 @@
 #include "Common/detail/streams.h"
 #include "Common/uniqueName.h"
 #include "datainterface/AdjacencySet.h"
-#include "datainterface/ControllerBase.h"
 #include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MissingData.h"
 #include "fennimark/Fennims.h"
-#include "frame/frameState.h"
 #include "frame/listeners.h"
 #include "frame/loadContext.h"
+#include "frame/notes.h"
 #include "frame/progressSection.h"
 
 using namespace datainterface;
@@ -252,8 +251,7 @@ void MGeoData::purgeWeightSets(const LoadContext &context)
         const AdjacencySet &set = *mSpatialWeightSets.value(id);
         if (!set.IsCustom() && !set.IsClusterSet())
             continue;
-        if (controller())
-            controller()->AddToLog(purgeNote(set), false);
+        noteToLog(purgeNote(set));
         RemoveSpatialWeightSet(id);
     }
 }

@@ -46,8 +46,6 @@ foreign='
 # Still to be mended: patterns of a file and its header.
 open='
 ^fennimark/src/store/contiguity\.h file/
-^src/(weights|exchange)/[^ ]* datainterface/(ControllerBase|DiagnosticsAPI)
-^src/sources/MDataSource\.streams\.cpp datainterface/MRaster
 ^src/geography/shapeFrame\.h api/
 '
 
