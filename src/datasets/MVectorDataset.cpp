@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/MVectorDataset.h"
 #include <QDateTime>
+#include <cmath>
 #include "Common/detail/failure.h"
 #include "datasets/elementTypes.h"
 #include "datasets/lastSlice.h"

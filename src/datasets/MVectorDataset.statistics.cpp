@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <cmath>
 #include "Common/detail/failure.h"
 #include "datasets/elementTypes.h"
 #include "datasets/heldValues.h"
