@@ -220,8 +220,8 @@ void TestIntervalSweeps::refinement()
 
 void TestIntervalSweeps::agreesWithTheModel()
 {
-    const unsigned first = walkSeed(1);
-    for (unsigned seed = first; seed - first < 3000; ++seed) {
+    const unsigned start = walkSeed(1);
+    for (unsigned seed = start; seed - start < 3000; ++seed) {
         RandomStamps random(seed);
         const Stamps a = random.disjoint();
         const Stamps b = random.disjoint();
@@ -257,8 +257,8 @@ void TestIntervalSweeps::agreesWithTheModel()
 
 void TestIntervalSweeps::refinementAgreesWithTheModel()
 {
-    const unsigned first = walkSeed(1);
-    for (unsigned seed = first; seed - first < 3000; ++seed) {
+    const unsigned start = walkSeed(1);
+    for (unsigned seed = start; seed - start < 3000; ++seed) {
         RandomStamps random(seed);
         QList<Stamps> lists;
         for (int n = 1 + random.below(4); n > 0; --n) {
