@@ -222,8 +222,7 @@ private:
     bool readLists(QDataStream &in);
     void renumberWeights();
 
-    static constexpr int kIdCount = 1 << 16; ///< numbers that the lower half of an id holds
-    static int sNextId;                      ///< of the process; negative: not set up
+    static int sNextId; ///< of the process; negative: not set up
 
     QString mName;
     Definition mDefinition;
