@@ -45,8 +45,6 @@ foreign='
 '
 # Still to be mended: patterns of a file and its header.
 open='
-^fennimark/src/store/contiguity\.h file/
-^src/geography/shapeFrame\.h api/
 '
 
 public_rooms() {

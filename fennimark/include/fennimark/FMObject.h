@@ -20,8 +20,8 @@ struct RunBox;
 enum class ObjectKind : quint8 { Point, Line, Polygon };
 enum class Simplicity : quint8 { Unknown, Simple, NotSimple };
 
-/// Where an object's vertices lie: the parts behind one another, each as given. The memory is
-/// another's.
+/// The vertices of an object, part after part, each as given. A view owns nothing: the memory is
+/// that of a record store or of the object's own backing, and must outlive it.
 struct GeometryView {
     const QPointF *vertices = nullptr;
     const quint32 *partSizes = nullptr;
@@ -29,8 +29,8 @@ struct GeometryView {
     quint32 vertexCount = 0;
     Rect2D bounds;
     const RunBox *runBoxes = nullptr; ///< made on first use when null
-    double tolerance =
-        0.0; ///< map units within which borders count as shared; 0: rounding slack alone
+    /// Map units within which borders count as shared; 0 means rounding slack alone.
+    double tolerance = 0.0;
 };
 
 /// Transforms `count` vertices in place, to or (inverse) from the system that `projection` names.
@@ -40,9 +40,9 @@ using VertexTransform = void (*)(QPointF *vertices, int count, const FMProjectio
 } // namespace fennimark
 
 /// Predicates are exact (no tolerance) on closed sets, boundary included. Distances and lengths are
-/// planar, in map units. An object is a view on vertices of the store that made it, or owns them;
-/// copies always own. Vertices that are not finite, or beyond 1e37, are kept, but the object is
-/// then an empty set.
+/// planar, in map units. An object views vertices in the store that made it, or owns its vertices;
+/// copies always own theirs. Vertices that are not finite, or beyond 1e37, are kept, but the object
+/// is then an empty set.
 class FENNIMARK_EXPORT FMObject : public TreeObject {
 public:
     ~FMObject() override;
@@ -70,9 +70,9 @@ public:
     virtual bool Overlaps(const FMObject &object) const;
     virtual bool OverlapsPoint(const QPointF &point) const;
     virtual bool OverlapsLine(const FMLine &line) const;
-    /// @param area  when not null, takes the area of the intersection in squared map units: 0 where
-    /// the two only touch
-    ///              and for objects that are no polygon.
+    /// Whether this object and a polygon have a common point.
+    /// @param area  when not null, takes the area of the intersection in squared map units; it is 0
+    /// where the two only touch and for objects that are no polygon.
     virtual bool OverlapsPolygon(const FMPolygon &polygon, double *area) const;
     /// The interiors meet and neither contains the other. Never true of a point.
     virtual bool Crosses(const FMObject &object) const;
@@ -110,15 +110,16 @@ protected:
     FMObject(const FMObject &other);
     FMObject &operator=(const FMObject &other) = delete;
 
-    /// Owns these vertices from now on instead of viewing others.
+    /// Replaces the view by one on vertices that the object owns from now on.
     void adopt(std::unique_ptr<fennimark::ObjectBacking> backing);
 
 private:
     friend struct fennimark::ObjectAccess;
 
     fennimark::GeometryView mView;
-    mutable std::unique_ptr<fennimark::ObjectBacking>
-        mBacking; // owned vertices, and what is made on first use
+    // Vertices that the object owns, and part ends, run boxes and nesting once they were needed. It
+    // may exist beside a view on another's vertices.
+    mutable std::unique_ptr<fennimark::ObjectBacking> mBacking;
     fennimark::ObjectKind mKind;
     mutable fennimark::Simplicity mSimplicity = fennimark::Simplicity::Unknown;
     bool mDirty = false;

@@ -8,53 +8,52 @@
 #include <QVector>
 #include "fennimark/FMObject.h"
 
-/// The area is the even-odd set of the rings together with the rings themselves: nesting makes
-/// shell or hole, so ring directions, order and closing vertices carry no meaning. Rings are kept
-/// exactly as given.
+/// The area is the even-odd set of the rings together with the rings themselves. The depth to which
+/// a ring is nested makes it a shell or a hole; ring directions, their order and closing vertices
+/// have no meaning. Rings are kept exactly as given.
 class FENNIMARK_EXPORT FMPolygon : public FMObject {
 public:
     explicit FMPolygon(const QVector<QPointF> &ring);
     /// @param rings  any order and direction; a ring may repeat its first vertex at its end.
-    /// @param form   0: even-odd. 1: the rings are known to form a valid multipolygon of shells
-    /// (counter-clockwise)
-    ///               that are each followed by their holes (clockwise). Any other number counts as
-    ///               0.
+    /// @param form   0: even-odd. 1: the rings are known to form a valid multipolygon of
+    /// counter-clockwise shells, each followed by its clockwise holes. Any other number counts as 0.
     explicit FMPolygon(const QList<QPolygonF> &rings, int form = 0);
     FMPolygon(const FMPolygon &other) = default;
     ~FMPolygon() override;
 
     QList<QPolygonF> GetVertices() const;
 
-    /// True when the rings form a valid multipolygon (OGC simple features) of finite area above 0:
-    /// what the operations on areas below work on.
+    /// True when the rings form a valid multipolygon (OGC simple features) of finite area above 0.
+    /// GetUnion and GetIntersection accept no other polygons.
     bool IsSimple() const;
     /// Squared map units; of a polygon that is not simple, the area of its even-odd set.
     virtual double GetArea() const;
 
     /// Points drawn uniformly from the area.
-    /// @param deviate  gives uniform numbers in [0, 1).
-    /// @return `count` points; fewer, perhaps none, for a null function, an area of 0 or after
-    /// 10,000 vain tries at
-    ///         one point.
+    /// @param deviate  returns uniform numbers in [0, 1).
+    /// @return `count` points; fewer, possibly none, when the function is null, when the area is 0,
+    /// and when 10,000 tries have not found one point.
     QVector<QPointF> GetRandomPoints(double (*deviate)(void), int count) const;
 
-    /// The union of all, the intersection of all: closed rings, shells counter-clockwise, each
-    /// followed by its holes clockwise. Null for an empty list, a null or not simple input, and for
-    /// an intersection without area. The caller's.
+    /// The union or the intersection of all polygons as closed rings: counter-clockwise shells, each
+    /// followed by its clockwise holes. The caller owns the result. Null for an empty list, for an
+    /// input that is null or not simple, and for an intersection without area.
     static FMPolygon *GetUnion(QVector<const FMPolygon *> &polygons);
     static FMPolygon *GetIntersection(QVector<const FMPolygon *> &polygons);
-    /// Appends simple polygons of one shell each that together are this one's even-odd set; a copy
-    /// when this one is simple. They are the caller's. False when nothing is left.
+    /// Appends simple polygons of one shell each whose union is the even-odd set of this polygon, or
+    /// a copy when this polygon is simple. The caller owns them. False when there is no area.
     bool Decompose(QVector<const FMPolygon *> &pieces) const;
 
-    /// Where the boundaries run together: within 8 ulp of the pair's largest coordinate, or the
-    /// geography's wider tolerance. With itself: the perimeter.
+    /// Where the boundaries run together: within 8 ulp of the pair's largest coordinate, or within
+    /// the geography's tolerance where that is wider. A stretch along which a ring runs several times
+    /// counts once, so both polygons of a pair give the same length and the same pieces. The border
+    /// with itself is the perimeter.
     /// @param edges  when not null, takes the pieces in this polygon's direction.
     /// @return the length of all pieces, in map units.
     double GetBorderEdges(const FMPolygon &other, QList<QLineF> *edges) const;
-    /// Whether the boundaries meet, within the same slack. `queen`: anywhere; else (rook): along a
-    /// piece longer than four times the slack. Vertices inside edges and crossing boundaries count;
-    /// containment without contact does not.
+    /// Whether the boundaries meet within the same slack. With `queen` any common place is enough;
+    /// without it (rook) they have to share a piece longer than four times the slack. Vertices inside
+    /// edges and crossing boundaries count; containment without contact does not.
     virtual bool BordersPolygon(const FMPolygon &other, bool queen) const;
 
     bool GetCentroid(double &x, double &y) const override;
@@ -64,7 +63,7 @@ public:
     bool ContainsPolygon(const FMPolygon &polygon) const;
     bool Contains(const FMObject &object) const;
 
-    /// The cells whose centres ContainsPoint holds for, column after column. Centres are at
+    /// The cells whose centres satisfy ContainsPoint, column after column. Centres are at
     /// ((column + 0.5) * cellWidth + left, top - (row + 0.5) * cellHeight): rows count down from
     /// the top.
     void ContainedCenters(const FMGrid &grid, const FMGridWindow &window,

@@ -19,15 +19,15 @@ class FMObject;
 class FMProjectionInfo;
 class QDataStream;
 
-/// Queries speak in record ids (HilbertTree) and answer for one time, given in the ticks of the
-/// geography. Distances are planar, in map units, and squared where a name says so; degrees are
-/// used as they are, and nothing wraps at the antimeridian. A progress callback gets a percentage
-/// and a text (null: keep the present one); false from it stops the operation, whose result is then
-/// false. Callbacks may be null. Not for use from two threads at a time.
+/// Queries return record ids (HilbertTree) for one time, given in the ticks of the geography.
+/// Distances are planar, in map units, and squared where a name says so; degrees are used as they
+/// are, and nothing wraps at the antimeridian. A progress callback takes a percentage and a text,
+/// where null keeps the present text. When it returns false, the operation stops and its result is
+/// false. Callbacks may be null. A Fennims must not be used from two threads at a time.
 class FENNIMARK_EXPORT Fennims {
 public:
     enum GeoTypes { PointGeography = 1, PolygonGeography = 2, LineGeography = 3 };
-    using Progress = bool (*)(int percent, const char *text);
+    using Progress = fennimark::ProgressCallback;
 
     Fennims();
     virtual ~Fennims();
@@ -52,8 +52,9 @@ public:
 
     /// The records within `order` steps of contiguity around `record` at `time`, ascending: the
     /// record itself too unless excluded. Excluded records drop from the result, not from the walk.
-    /// Empty for a record that is no polygon of that time. @param queen  false: a common border of
-    /// positive length; true: any common boundary point
+    /// Empty for a record that is no polygon of that time.
+    /// @param queen  with true any common boundary point makes neighbours, with false only a common
+    /// border of positive length.
     virtual QVector<int> CalculatePolygonAdjacencies(int record, qint64 time, bool queen, int order,
                                                      const QSet<int> &exclude);
     /// The same for every polygon at `time`; each has its entry in `neighbors`, also an empty one.
@@ -90,8 +91,8 @@ public:
     virtual bool CalculateNearestNeighborsToPoint(const QPointF &point, qint64 time, int count,
                                                   QVector<int> &records);
     /// Writes a geometry file of the given chains, which keep their ids. False, with no file, for
-    /// an id that is not here, for a failure of writing, and on a stop. @param path  in the local
-    /// 8-bit encoding
+    /// an unknown id, when writing fails, and when the callback returns false.
+    /// @param path  in the local 8-bit encoding
     virtual bool CreateSubsetFromIds(const char *path, const QVector<int> &chainIds,
                                      Progress progress);
 

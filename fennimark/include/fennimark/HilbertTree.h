@@ -21,9 +21,8 @@ public:
 
     /// Holds a record until its CheckInRecord; calls nest. Null for an id that does not exist or
     /// was removed.
-    /// @param keep  true: the live object stays among the last 64 after its final return, with all
-    /// that it has
-    ///              computed; false: one pass, nothing is kept.
+    /// @param keep  with true the live object stays among the last 64 after its final return, with
+    /// all that it has computed; with false nothing is kept, which suits a single pass.
     HilbertTreeRecord *CheckOutRecord(int recordId, bool keep);
     const HilbertTreeRecord *CheckOutRecord(int recordId, bool keep) const;
     /// Surplus check-ins and unknown ids are ignored.

@@ -13,9 +13,8 @@ public:
     int recordId = -1;
     int chainId = -1;
 
-    /// The live geometry: an FMPoint, FMLine or FMPolygon that looks at the store's own bytes. Each
-    /// call is matched by one ReturnTreeObject; the object stays the record's. Null when the bytes
-    /// cannot be read.
+    /// The live geometry: an FMPoint, FMLine or FMPolygon that views the store's bytes. The record
+    /// owns it, and each call needs one ReturnTreeObject. Null when the bytes cannot be read.
     TreeObject *GetTreeObject(const HilbertTree *tree);
     const TreeObject *GetTreeObject(const HilbertTree *tree) const;
     /// A surplus return is ignored.

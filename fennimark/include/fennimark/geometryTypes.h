@@ -3,18 +3,30 @@
 /// equal cells. Places are planar and in map units throughout the library: degrees are used as they
 /// are, and nothing wraps at the antimeridian.
 #pragma once
+#include <QRectF>
 #include <QtGlobal>
 
 /// A closed rectangle.
 struct Rect2D {
+    constexpr Rect2D() = default;
+    constexpr Rect2D(double left, double right, double bottom, double top)
+        : xMin(left), xMax(right), yMin(bottom), yMax(top)
+    {
+    }
+    /// The same extent; top and bottom of a QRectF are its least and its greatest y.
+    constexpr Rect2D(const QRectF &rect)
+        : Rect2D(rect.left(), rect.right(), rect.top(), rect.bottom())
+    {
+    }
+
     double xMin = 0.0;
     double xMax = 0.0;
     double yMin = 0.0;
     double yMax = 0.0;
 };
 
-/// A span of time. The upper four bits of `flags` all set: the start is inclusive; the lower four:
-/// the end is. A range whose end is below its start is no time at all.
+/// A span of time. The start is inclusive when the upper four bits of `flags` are set, the end when
+/// the lower four are. A range whose end is below its start holds no time.
 struct timeRange {
     double start = 0.0;
     double end = 0.0;
@@ -24,8 +36,8 @@ struct timeRange {
 /// A box in space and time.
 struct RectInT : Rect2D, timeRange {};
 
-/// An axis-aligned grid of equal cells. `top` is told beside `bottom` because rows of cell centres
-/// count down from the top and rows of cell rectangles up from the bottom, each by the expression
+/// An axis-aligned grid of equal cells. Rows of cell centres are counted down from `top` and rows of
+/// cell rectangles up from `bottom`. Both edges are kept so that each is computed by the expression
 /// that its users evaluate.
 struct FMGrid {
     double left = 0.0;
@@ -49,5 +61,11 @@ struct FMCellArea {
     unsigned int row = 0;
     double area = 0.0;
 };
-Q_DECLARE_TYPEINFO(FMCellArea,
-                   Q_PRIMITIVE_TYPE); // long vectors of them are grown and moved as bytes
+Q_DECLARE_TYPEINFO(FMCellArea, Q_PRIMITIVE_TYPE); // long vectors of them grow by moving bytes
+
+namespace fennimark {
+
+/// A host's progress callback; the text may be null. False asks the operation to stop.
+using ProgressCallback = bool (*)(int percent, const char *text);
+
+} // namespace fennimark

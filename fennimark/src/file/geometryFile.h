@@ -19,14 +19,14 @@
 #pragma once
 #include <QByteArray>
 #include <functional>
+#include <optional>
 #include <vector>
+#include "base/progress.h"
 #include "store/recordStore.h"
 
 class QDataStream;
 
 namespace fennimark {
-
-using Progress = bool (*)(int percent, const char *text);
 
 struct ChainEntry {
     qint32 id;
@@ -50,6 +50,19 @@ struct FileHeader {
     bool expectedPayload(quint64 &bytes) const;
 };
 
+/// What the header says of the geometries together. Points have no parts.
+struct ContentTotals {
+    quint64 parts = 0, vertices = 0;
+    Rect2D box = kNoBox;
+
+    void add(const GeometryView &view, ObjectKind kind)
+    {
+        parts += view.partCount;
+        vertices += kind == ObjectKind::Point ? 1 : view.vertexCount;
+        widen(box, view.bounds);
+    }
+};
+
 /// A geography on its way into a file: which records of some source, in which order, under which
 /// chains.
 class FileContent {
@@ -60,11 +73,12 @@ public:
     std::vector<quint32> order;          // the source's records in file order
     std::vector<ChainEntry> chains;      // ascending ids
     std::vector<quint32> recordsByChain; // the source's records, by chain and time
+    std::optional<ContentTotals> totals; // worked out from the geometries when not given
     std::function<timeRange(quint32)> rangeOf;
     std::function<bool(quint32, GeometryView &)> geometryOf; // of a point only the bounds are read
 
     /// False when the device fails or the callback says so.
-    bool write(QDataStream &out, Progress progress) const;
+    bool write(QDataStream &out, ProgressCallback progress) const;
 
 private:
     struct Plan;
@@ -80,7 +94,7 @@ struct FileImage {
 
     /// False for anything wrong with the bytes, a failing device or scratch file, and a callback
     /// that says so.
-    bool read(QDataStream &in, Progress progress);
+    bool read(QDataStream &in, ProgressCallback progress);
 };
 
 /// Whether parts of these vertices make a geometry: at least one part, lines of 2 vertices, rings

@@ -18,7 +18,7 @@ constexpr quint64 kAhead = quint64(1) << 24; // the most that is made room for b
 /// One section after the other; a chunk is handed out only when its checksum is right.
 class SectionReader {
 public:
-    SectionReader(QDataStream &in, const FileHeader &header, Progress progress)
+    SectionReader(QDataStream &in, const FileHeader &header, ProgressCallback progress)
         : mIn(in),
           mProgress(progress),
           mSkipsUnknown(header.minor > kMinor),
@@ -143,7 +143,7 @@ private:
     }
 
     QDataStream &mIn;
-    Progress mProgress;
+    ProgressCallback mProgress;
     bool mSkipsUnknown;
     quint64 mTotal, mRead = 0;
     quint64 mUnread = 0; // of the section, behind the present chunk
@@ -322,7 +322,7 @@ bool readGeometry(SectionReader &section, const FileHeader &header, StoreContent
 
 } // namespace
 
-bool FileImage::read(QDataStream &in, Progress progress)
+bool FileImage::read(QDataStream &in, ProgressCallback progress)
 {
     QByteArray head(kHeaderSize, '\0');
     FileHeader header;

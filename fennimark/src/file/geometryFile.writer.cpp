@@ -14,7 +14,7 @@ using namespace file;
 /// One section after the other, cut into chunks with their checksums.
 class SectionWriter {
 public:
-    SectionWriter(QDataStream &out, Progress progress, quint64 total)
+    SectionWriter(QDataStream &out, ProgressCallback progress, quint64 total)
         : mOut(out), mProgress(progress), mTotal(std::max<quint64>(total, 1))
     {
         mChunk.reserve(kChunkSize + 4);
@@ -74,7 +74,7 @@ private:
     }
 
     QDataStream &mOut;
-    Progress mProgress;
+    ProgressCallback mProgress;
     quint64 mTotal, mWritten = 0;
     std::vector<uchar> mChunk;
 };
@@ -101,50 +101,81 @@ bool writeGeometry(SectionWriter &section, const GeometryView &view, ObjectKind 
 
 struct FileContent::Plan {
     FileHeader header;
-    std::vector<timeRange> times;
-    std::vector<quint32> timeOf;       // by place in the file
-    std::vector<quint32> observations; // record ids of the file, by chain and time
+    std::vector<timeRange> times; // ascending, distinct
+    std::vector<quint32> idOf;    // ids of the file, by the source's record
+
+    quint32 timeIndex(const timeRange &range) const
+    {
+        return quint32(std::lower_bound(times.begin(), times.end(), range, startsBefore)
+                       - times.begin());
+    }
 };
+
+namespace {
+
+/// Distinct ranges, made so every time that their number has doubled.
+class DistinctRanges {
+public:
+    void add(const timeRange &range)
+    {
+        if (mRanges.size() == mLimit) {
+            tidy();
+            mLimit = std::max(mLimit, 2 * mRanges.size());
+        }
+        mRanges.push_back(range);
+    }
+    std::vector<timeRange> take()
+    {
+        tidy();
+        return std::move(mRanges);
+    }
+
+private:
+    void tidy()
+    {
+        std::sort(mRanges.begin(), mRanges.end(), startsBefore);
+        mRanges.erase(std::unique(mRanges.begin(), mRanges.end(), sameRange), mRanges.end());
+    }
+
+    std::vector<timeRange> mRanges;
+    std::size_t mLimit = 4096;
+};
+
+} // namespace
 
 bool FileContent::plan(Plan &plan) const
 {
-    for (const quint32 record : order)
-        plan.times.push_back(rangeOf(record));
-    std::sort(plan.times.begin(), plan.times.end(), startsBefore);
-    plan.times.erase(std::unique(plan.times.begin(), plan.times.end(), sameRange),
-                     plan.times.end());
-
-    std::vector<quint32> place(
-        order.empty() ? 0 : std::size_t(*std::max_element(order.begin(), order.end())) + 1);
-    FileHeader &header = plan.header;
-    Rect2D box = kNoBox;
-    timeRange span = kNoTime;
+    DistinctRanges ranges;
+    ContentTotals sums = totals.value_or(ContentTotals());
+    plan.idOf.resize(order.empty() ? 0 : *std::max_element(order.begin(), order.end()) + 1U);
+    quint32 id = 0;
     for (const quint32 record : order) {
+        ranges.add(rangeOf(record));
+        plan.idOf[record] = ++id;
         GeometryView view;
+        if (totals)
+            continue;
         if (!geometryOf(record, view))
             return false;
-        header.parts += view.partCount;
-        header.vertices += kind == ObjectKind::Point ? 1 : view.vertexCount;
-        widen(box, view.bounds);
-        const auto time =
-            std::lower_bound(plan.times.begin(), plan.times.end(), rangeOf(record), startsBefore);
-        plan.timeOf.push_back(quint32(time - plan.times.begin()));
-        place[record] = quint32(plan.timeOf.size()); // ids count from 1
+        sums.add(view, kind);
     }
+    plan.times = ranges.take();
+    timeRange span = kNoTime;
     for (const timeRange &range : plan.times)
         widen(span, range);
-    for (const quint32 record : recordsByChain)
-        plan.observations.push_back(place[record]);
+    FileHeader &header = plan.header;
+    header.parts = sums.parts;
+    header.vertices = sums.vertices;
     header.kind = kind;
     header.tolerance = tolerance;
     header.chains = chains.size();
     header.records = order.size();
     header.times = plan.times.size();
-    header.hull = RectInT{order.empty() ? Rect2D{} : box, span};
+    header.hull = RectInT{order.empty() ? Rect2D{} : sums.box, span};
     return header.records <= kMaxRecords && header.expectedPayload(header.payloadBytes);
 }
 
-bool FileContent::write(QDataStream &out, Progress progress) const
+bool FileContent::write(QDataStream &out, ProgressCallback progress) const
 {
     Plan plan;
     if (!this->plan(plan))
@@ -164,12 +195,12 @@ bool FileContent::write(QDataStream &out, Progress progress) const
         done = section.value(chain->id) && section.value(chain->count);
     done = done && section.end()
            && section.begin(kObservations, kObservationSize, kObservationSize * header.records);
-    for (auto id = plan.observations.begin(); id != plan.observations.end() && done; ++id)
-        done = section.value(*id);
+    for (auto record = recordsByChain.begin(); record != recordsByChain.end() && done; ++record)
+        done = section.value(plan.idOf[*record]);
     done =
         done && section.end() && section.begin(kRecords, kRecordSize, kRecordSize * header.records);
-    for (auto time = plan.timeOf.begin(); time != plan.timeOf.end() && done; ++time)
-        done = section.value(*time) && section.value(typeCode(kind));
+    for (auto record = order.begin(); record != order.end() && done; ++record)
+        done = section.value(plan.timeIndex(rangeOf(*record))) && section.value(typeCode(kind));
     done = done && section.end() && section.begin(kGeometry, 1, header.payloadBytes);
     for (auto record = order.begin(); record != order.end() && done; ++record) {
         GeometryView view;

@@ -2,6 +2,7 @@
 #include "fennimark/Fennims.h"
 #include <algorithm>
 #include "fennimark/FMObject.h"
+#include "fennimark/HeldObject.h"
 #include "geography/fennimsState.h"
 #include "store/nearest.h"
 
@@ -65,8 +66,8 @@ bool eachSource(const RecordStore &store, const HilbertTree *source, const QVect
     std::vector<quint64> buffer;
     std::unique_ptr<FMObject> target;
     for (int i = 0; i < records.size(); ++i) {
-        const CheckedOutRecord held(*source, records[i]);
-        if (const auto *object = dynamic_cast<const FMObject *>(held.object())) {
+        const HeldObject held(*source, records[i], false);
+        if (const auto *object = dynamic_cast<const FMObject *>(held.get())) {
             neighbors.insert(records[i], recordIds(search(object->GetBounds(), [&](quint32 record) {
                                  return store.present(record, target, buffer)
                                             ? object->SqrDistance(target.get())

@@ -4,12 +4,15 @@
 #pragma once
 #include <deque>
 #include <vector>
+#include "base/progress.h"
 #include "store/contiguity.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "store/recordStore.h"
 
 namespace fennimark {
+
+class FileContent;
 
 /// The records of the latest static pieces of time; handing one out costs a reference.
 class ObservationLists {
@@ -26,37 +29,6 @@ private:
     };
     std::deque<List> mLists;
 };
-
-/// Checks one record out and in again.
-class CheckedOutRecord {
-public:
-    CheckedOutRecord(const HilbertTree &tree, int recordId)
-        : mTree(tree),
-          mRecord(tree.CheckOutRecord(recordId, false)),
-          mObject(mRecord ? mRecord->GetTreeObject(&tree) : nullptr)
-    {
-    }
-    ~CheckedOutRecord()
-    {
-        if (mObject)
-            mRecord->ReturnTreeObject(&mTree);
-        if (mRecord)
-            mTree.CheckInRecord(mRecord->recordId);
-    }
-    Q_DISABLE_COPY(CheckedOutRecord)
-    const TreeObject *object() const { return mObject; }
-
-private:
-    const HilbertTree &mTree;
-    const HilbertTreeRecord *mRecord;
-    const TreeObject *mObject;
-};
-
-/// Reports i of n now and then; false: stop.
-inline bool reported(Progress progress, int i, int n)
-{
-    return !progress || (i & 0xff) != 0 || progress(int(qint64(i) * 100 / n), nullptr);
-}
 
 } // namespace fennimark
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMPolygon.h"
 #include "fennimark/FMLine.h"
+#include "shape/border.h"
 #include "shape/parts.h"
 #include "shape/relate.h"
 

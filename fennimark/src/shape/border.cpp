@@ -1,16 +1,25 @@
 // SPDX-License-Identifier: MIT
-// The pair test behind contiguity and shared borders: the segments of two boundaries that come near
-// each other inside the common window of their boxes, found by a dual descent through the run
-// boxes.
+// The segments of two boundaries that come near each other inside the common window of their boxes
+// are found by a dual descent through the run boxes.
 //
 // A vertex stored on a slanted edge is never on it to the last bit, so places within the slack are
 // one place. Two segments run together where the projection of one on the other overlaps it and
 // both ends of that overlap are within the slack: edges that merely diverge at a small angle from a
-// common vertex share a place and no piece. Overlaps that continue one another along the first
-// boundary, over vertices of either, are one piece.
+// common vertex share a place and no piece.
+//
+// The common border is the set of places that lie on both boundaries. A ring may run along one
+// stretch several times (spikes, cuts, doubled edges), so the overlaps found are reduced until each
+// stretch is counted once: first each stretch of the second boundary is given to the first segment
+// of the first boundary that runs along it, then each stretch of the first boundary to the first
+// segment of the second. Both steps together leave exactly one overlap at every common place,
+// however many segments of either boundary pass there. Overlaps that continue one another along
+// either boundary are one piece.
+//
+// Which boundary is the first one depends on the vertices and not on the order of the arguments, so
+// both directions of a question have the same answer.
+#include "shape/border.h"
 #include <cmath>
-#include <cstring>
-#include <limits>
+#include <numeric>
 #include <optional>
 #include "shape/shape.h"
 
@@ -20,31 +29,23 @@ namespace {
 constexpr double kSlackUlps = 8.0;
 constexpr double kPieceSlacks = 4.0; // pieces no longer than so many slacks are contacts at a place
 
-/// Part of a segment of the first boundary, as distances from its beginning.
+/// A stretch that a segment of the first boundary has in common with one of the second. `low` and
+/// `high` are distances from the beginning of the first segment; the other two are the distances
+/// of the same places from the beginning of the second, which descend where the two run in
+/// opposite directions.
 struct Overlap {
     quint32 segment;
-    double low;
-    double high;
-    QPointF from;
-    QPointF to;
+    quint32 otherSegment;
+    double low, high;
+    double otherAtLow, otherAtHigh;
+    QPointF from, to;
 };
 using Overlaps = QVarLengthArray<Overlap, 16>;
-
-double ulp(double value)
-{
-    quint64 bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
-    bits &= quint64(0x7ff) << 52;
-    std::memcpy(&value, &bits, sizeof bits);
-    return value * std::numeric_limits<double>::epsilon();
-}
+using Numbers = QVarLengthArray<int, 16>;
 
 double slackOf(const Rect2D &a, const Rect2D &b, double tolerance)
 {
-    const auto reach = [](const Rect2D &r) {
-        return std::max({std::abs(r.xMin), std::abs(r.xMax), std::abs(r.yMin), std::abs(r.yMax)});
-    };
-    return std::max(kSlackUlps * ulp(std::max(reach(a), reach(b))), tolerance);
+    return std::max({roundingSlack(a), roundingSlack(b), tolerance});
 }
 
 /// One segment of the first boundary, with what its tests against many of the second need.
@@ -73,6 +74,10 @@ public:
             && std::abs(across(first, second, high)) <= mSlack) {
             overlap.low = low;
             overlap.high = high;
+            const double otherLength = lengthOf(d.x() - c.x(), d.y() - c.y());
+            const double perUnit = otherLength / (second.x() - first.x());
+            overlap.otherAtLow = (low - first.x()) * perUnit;
+            overlap.otherAtHigh = (high - first.x()) * perUnit;
             overlap.from = at(low);
             overlap.to = at(high);
             return Contact::Piece;
@@ -147,6 +152,8 @@ public:
 
     bool isPiece(double length) const { return length > kPieceSlacks * mSlack; }
     double slack() const { return mSlack; }
+    const Shape &first() const { return mA; }
+    const Shape &second() const { return mB; }
 
     /// visit(contact, overlap) for each two segments in contact, until it returns false.
     template <class Visit> void visitContacts(Visit visit) const
@@ -177,15 +184,17 @@ private:
     bool visitRun(quint32 firstA, quint32 endA, quint32 firstB, quint32 endB, Visit &visit) const
     {
         struct Segment {
+            quint32 index;
             const QPointF *from;
             const QPointF *to;
             Rect2D reach; // its box, wider by the slack
         };
         Segment segments[kRunLength];
         int count = 0;
-        mB.visitSegments(firstB, endB, [&](quint32, const QPointF &c, const QPointF &d) {
+        mB.visitSegments(firstB, endB, [&](quint32 index, const QPointF &c, const QPointF &d) {
             if (inWindow(c, d)) {
                 segments[count++] = {
+                    index,
                     &c,
                     &d,
                     {std::min(c.x(), d.x()) - mSlack, std::max(c.x(), d.x()) + mSlack,
@@ -206,7 +215,7 @@ private:
                                continue;
                            if (!rail)
                                rail.emplace(a, b, mSlack);
-                           Overlap overlap{i, 0.0, 0.0, {}, {}};
+                           Overlap overlap{i, segments[j].index, 0.0, 0.0, 0.0, 0.0, {}, {}};
                            const Contact found =
                                rail->meet(*segments[j].from, *segments[j].to, overlap);
                            if (found != Contact::None && !visit(found, overlap))
@@ -222,68 +231,294 @@ private:
     Rect2D mWindow;
 };
 
-bool nearby(const QPointF &a, const QPointF &b, double slack)
-{
-    return std::abs(a.x() - b.x()) <= slack && std::abs(a.y() - b.y()) <= slack;
-}
+/// One of the two boundaries as the overlaps know it.
+struct Side {
+    const Shape &boundary;
+    quint32 Overlap::*segment;
+    double Overlap::*atLow;
+    double Overlap::*atHigh;
 
-/// Sorts overlaps along the boundary and unites those of one segment that touch.
-void unite(Overlaps &overlaps, double slack)
-{
-    std::sort(overlaps.begin(), overlaps.end(), [](const Overlap &a, const Overlap &b) {
-        return a.segment != b.segment ? a.segment < b.segment : a.low < b.low;
-    });
-    int kept = 0;
-    for (int i = 1; i < overlaps.size(); ++i) {
-        Overlap &last = overlaps[kept];
-        const Overlap &next = overlaps[i];
-        if (next.segment != last.segment || next.low > last.high + slack) {
-            overlaps[++kept] = next;
-        } else if (next.high > last.high) {
-            last.high = next.high;
-            last.to = next.to;
+    double begin(const Overlap &o) const { return std::min(o.*atLow, o.*atHigh); }
+    double end(const Overlap &o) const { return std::max(o.*atLow, o.*atHigh); }
+    bool isReversed(const Overlap &o) const { return o.*atLow > o.*atHigh; }
+    const QPointF &from(const Overlap &o) const { return isReversed(o) ? o.to : o.from; }
+    const QPointF &to(const Overlap &o) const { return isReversed(o) ? o.from : o.to; }
+    bool precedes(const Overlap &a, const Overlap &b) const
+    {
+        return a.*segment != b.*segment ? a.*segment < b.*segment : begin(a) < begin(b);
+    }
+    QLineF line(const Overlap &o) const { return QLineF(from(o), to(o)); }
+};
+
+/// The stretches of one segment that are counted already, ascending and apart.
+class CountedStretches {
+public:
+    explicit CountedStretches(double slack) : mSlack(slack) {}
+    void clear() { mStretches.clear(); }
+
+    /// Calls visit(begin, end) for the parts of [low, high] that are not counted yet and counts
+    /// them.
+    template <class Visit> void count(double low, double high, Visit visit)
+    {
+        const auto first =
+            std::lower_bound(mStretches.begin(), mStretches.end(), low - mSlack,
+                             [](const Stretch &one, double at) { return one.high < at; });
+        auto last = first;
+        double at = low;
+        Stretch whole{low, high};
+        for (; last != mStretches.end() && last->low <= high + mSlack; ++last) {
+            if (last->low > at)
+                visit(at, std::min(last->low, high));
+            at = std::max(at, last->high);
+            whole.low = std::min(whole.low, last->low);
+            whole.high = std::max(whole.high, last->high);
+        }
+        if (at < high)
+            visit(at, high);
+        if (first == last) {
+            mStretches.insert(first, whole);
+        } else {
+            *first = whole;
+            mStretches.erase(first + 1, last);
         }
     }
-    overlaps.resize(std::min(kept + 1, overlaps.size()));
+
+private:
+    struct Stretch {
+        double low, high;
+    };
+    const double mSlack;
+    std::vector<Stretch> mStretches;
+};
+
+/// The part of an overlap whose distances along one side are [begin, end].
+Overlap partOf(const Overlap &whole, const Side &side, double begin, double end)
+{
+    const double perUnit = 1.0 / (whole.*side.atHigh - whole.*side.atLow);
+    double from = (begin - whole.*side.atLow) * perUnit;
+    double to = (end - whole.*side.atLow) * perUnit;
+    if (from > to)
+        std::swap(from, to);
+    const auto mixed = [](const auto &low, const auto &high, double share) {
+        return share <= 0.0 ? low : share >= 1.0 ? high : low + (high - low) * share;
+    };
+    Overlap part = whole;
+    part.low = mixed(whole.low, whole.high, from);
+    part.high = mixed(whole.low, whole.high, to);
+    part.otherAtLow = mixed(whole.otherAtLow, whole.otherAtHigh, from);
+    part.otherAtHigh = mixed(whole.otherAtLow, whole.otherAtHigh, to);
+    part.from = mixed(whole.from, whole.to, from);
+    part.to = mixed(whole.from, whole.to, to);
+    return part;
 }
 
-/// Chains of overlaps that continue one another, as the length of the chain that each united
-/// overlap belongs to.
-QVarLengthArray<double, 16> chainLengths(const Overlaps &overlaps, double slack)
-{
-    QVarLengthArray<double, 16> lengths(overlaps.size());
-    int begin = 0;
-    double firstChain = 0.0;
-    int firstEnd = 0;
-    for (int i = 0; i < overlaps.size();) {
-        double length = 0.0;
-        begin = i;
-        do {
-            length += overlaps[i].high - overlaps[i].low;
-            ++i;
-        } while (i < overlaps.size() && nearby(overlaps[i - 1].to, overlaps[i].from, 2.0 * slack));
-        std::fill(lengths.begin() + begin, lengths.begin() + i, length);
-        if (begin == 0) {
-            firstChain = length;
-            firstEnd = i;
+/// The overlaps of one pair of boundaries, each common stretch once, grouped into pieces.
+class CommonBorder {
+public:
+    CommonBorder(const BorderWalk &walk, Overlaps overlaps)
+        : mWalk(walk),
+          mFirst{walk.first(), &Overlap::segment, &Overlap::low, &Overlap::high},
+          mSecond{walk.second(), &Overlap::otherSegment, &Overlap::otherAtLow,
+                  &Overlap::otherAtHigh},
+          mRounding(slackOf(walk.first().bounds(), walk.second().bounds(), 0.0)),
+          mOverlaps(std::move(overlaps))
+    {
+        arrange();
+        if (!isApart(mFirst) || !isApart(mSecond)) {
+            countOnce(mSecond, mFirst);
+            countOnce(mFirst, mSecond);
+            arrange();
+        }
+        link();
+    }
+
+    bool hasPiece() const
+    {
+        return std::any_of(mLengths.begin(), mLengths.end(),
+                           [this](double length) { return mWalk.isPiece(length); });
+    }
+
+    /// The sum over all pieces. `pieces` gets them along the first or the second boundary, joined
+    /// where they continue one another on one segment of the first.
+    double length(bool alongFirst, QList<QLineF> *pieces) const
+    {
+        double total = 0.0;
+        Overlaps joined;
+        for (int i = 0; i < mOverlaps.size(); ++i) {
+            if (!mWalk.isPiece(mLengths[mPieceOf[i]]))
+                continue;
+            const Overlap &next = mOverlaps[i];
+            total += next.high - next.low;
+            if (!pieces)
+                continue;
+            if (joined.isEmpty() || joined.back().segment != next.segment
+                || next.low > joined.back().high + mWalk.slack()) {
+                joined.append(next);
+            } else {
+                joined.back().high = next.high;
+                joined.back().to = next.to;
+            }
+        }
+        if (pieces) {
+            const Side &side = alongFirst ? mFirst : mSecond;
+            std::stable_sort(
+                joined.begin(), joined.end(),
+                [&side](const Overlap &a, const Overlap &b) { return side.precedes(a, b); });
+            for (const Overlap &piece : joined)
+                pieces->append(side.line(piece));
+        }
+        return total;
+    }
+
+private:
+    /// Sorts the overlaps along the first boundary and their numbers along the second.
+    void arrange()
+    {
+        const auto along = [this](const Overlap &a, const Overlap &b) {
+            return mFirst.precedes(a, b);
+        };
+        if (!std::is_sorted(mOverlaps.begin(), mOverlaps.end(), along))
+            std::sort(mOverlaps.begin(), mOverlaps.end(), along);
+        mOrder[0].resize(mOverlaps.size());
+        std::iota(mOrder[0].begin(), mOrder[0].end(), 0);
+        mOrder[1] = mOrder[0];
+        std::sort(mOrder[1].begin(), mOrder[1].end(),
+                  [this](int a, int b) { return mSecond.precedes(mOverlaps[a], mOverlaps[b]); });
+    }
+    const Numbers &orderOf(const Side &side) const { return mOrder[&side == &mSecond]; }
+
+    /// Whether no two overlaps have more than rounding in common along one side.
+    bool isApart(const Side &side) const
+    {
+        const Numbers &order = orderOf(side);
+        for (int i = 1; i < order.size(); ++i) {
+            const Overlap &last = mOverlaps[order[i - 1]];
+            const Overlap &next = mOverlaps[order[i]];
+            if (next.*side.segment == last.*side.segment
+                && side.begin(next) < side.end(last) - mRounding)
+                return false;
+        }
+        return true;
+    }
+
+    /// Leaves each stretch along `side` to the overlap with the first segment of the other side.
+    void countOnce(const Side &side, const Side &other)
+    {
+        std::sort(mOverlaps.begin(), mOverlaps.end(), [&](const Overlap &a, const Overlap &b) {
+            if (a.*side.segment != b.*side.segment)
+                return a.*side.segment < b.*side.segment;
+            return other.precedes(a, b);
+        });
+        Overlaps kept;
+        CountedStretches counted(mRounding);
+        for (int i = 0; i < mOverlaps.size(); ++i) {
+            const Overlap &next = mOverlaps[i];
+            if (i > 0 && next.*side.segment != mOverlaps[i - 1].*side.segment)
+                counted.clear();
+            const double low = side.begin(next);
+            const double high = side.end(next);
+            counted.count(low, high, [&](double begin, double end) {
+                if (begin == low && end == high)
+                    kept.append(next);
+                else if (end - begin > mRounding) // less is what rounding leaves of equal stretches
+                    kept.append(partOf(next, side, begin, end));
+            });
+        }
+        mOverlaps = kept;
+    }
+
+    /// Unites overlaps that continue one another along either boundary into pieces.
+    void link()
+    {
+        mPieceOf = mOrder[0];
+        for (const Side *side : {&mFirst, &mSecond}) {
+            const Numbers &order = orderOf(*side);
+            for (int i = 0, begin = 0; i < order.size(); ++i) {
+                const bool ends =
+                    i + 1 == order.size() || part(*side, order[i + 1]) != part(*side, order[i]);
+                linkTwo(*side, order[i], order[ends ? begin : i + 1]);
+                if (ends)
+                    begin = i + 1;
+            }
+        }
+        mLengths.resize(mOverlaps.size());
+        std::fill(mLengths.begin(), mLengths.end(), 0.0);
+        for (int i = 0; i < mOverlaps.size(); ++i) {
+            mPieceOf[i] = rootOf(i);
+            mLengths[mPieceOf[i]] += mOverlaps[i].high - mOverlaps[i].low;
         }
     }
-    if (begin > 0
-        && nearby(overlaps.back().to, overlaps.front().from,
-                  2.0 * slack)) { // over the ring's first vertex
-        const double length = firstChain + lengths.back();
-        std::fill(lengths.begin(), lengths.begin() + firstEnd, length);
-        std::fill(lengths.begin() + begin, lengths.end(), length);
+    quint32 part(const Side &side, int number) const
+    {
+        return side.boundary.partOf(mOverlaps[number].*side.segment);
     }
-    return lengths;
+    void linkTwo(const Side &side, int earlier, int later)
+    {
+        const QPointF &end = side.to(mOverlaps[earlier]);
+        const QPointF &begin = side.from(mOverlaps[later]);
+        const double reach = 2.0 * mWalk.slack();
+        if (std::abs(end.x() - begin.x()) > reach || std::abs(end.y() - begin.y()) > reach)
+            return;
+        const int a = rootOf(earlier);
+        const int b = rootOf(later);
+        mPieceOf[std::max(a, b)] = std::min(a, b);
+    }
+    int rootOf(int number)
+    {
+        while (mPieceOf[number] != number)
+            number = mPieceOf[number] = mPieceOf[mPieceOf[number]];
+        return number;
+    }
+
+    const BorderWalk &mWalk;
+    const Side mFirst;
+    const Side mSecond;
+    const double mRounding;
+    Overlaps mOverlaps;
+    Numbers mOrder[2];                    // along the first boundary, along the second
+    Numbers mPieceOf;                     // the first overlap of the piece that each belongs to
+    QVarLengthArray<double, 16> mLengths; // of the pieces, by their first overlap
+};
+
+/// The same order for (a, b) and (b, a) unless the two have equal vertices.
+bool inOrder(const GeometryView &a, const GeometryView &b)
+{
+    if (a.vertexCount != b.vertexCount)
+        return a.vertexCount < b.vertexCount;
+    if (a.partCount != b.partCount)
+        return a.partCount < b.partCount;
+    for (quint32 i = 0; i < a.vertexCount; ++i) {
+        const QPointF &p = a.vertices[i];
+        const QPointF &q = b.vertices[i];
+        if (p.x() != q.x())
+            return p.x() < q.x();
+        if (p.y() != q.y())
+            return p.y() < q.y();
+    }
+    return !std::lexicographical_compare(b.partSizes, b.partSizes + b.partCount, a.partSizes,
+                                         a.partSizes + a.partCount);
 }
 
 } // namespace
 
+double roundingSlack(const Rect2D &bounds)
+{
+    return kSlackUlps
+           * ulp(std::max({std::abs(bounds.xMin), std::abs(bounds.xMax), std::abs(bounds.yMin),
+                           std::abs(bounds.yMax)}));
+}
+
+double contactReach(const Rect2D &bounds, double tolerance)
+{
+    const double slack = roundingSlack(bounds);
+    return std::max(slack, tolerance) + slack; // the second: rounding of the pair test itself
+}
+
 Contact contact(const GeometryView &a, const GeometryView &b, double tolerance, Contact enough)
 {
-    const Shape first(a, ObjectKind::Polygon);
-    const Shape second(b, ObjectKind::Polygon);
+    const bool ordered = inOrder(a, b);
+    const Shape first(ordered ? a : b, ObjectKind::Polygon);
+    const Shape second(ordered ? b : a, ObjectKind::Polygon);
     const BorderWalk walk(first, second, tolerance);
     Contact best = Contact::None;
     Overlaps slivers; // each too short for a piece, which together they may be
@@ -297,19 +532,15 @@ Contact contact(const GeometryView &a, const GeometryView &b, double tolerance, 
     });
     if (best >= enough || slivers.isEmpty())
         return best;
-    unite(slivers, walk.slack());
-    for (const double length : chainLengths(slivers, walk.slack())) {
-        if (walk.isPiece(length))
-            return Contact::Piece;
-    }
-    return best;
+    return CommonBorder(walk, std::move(slivers)).hasPiece() ? Contact::Piece : best;
 }
 
 double sharedBorder(const GeometryView &a, const GeometryView &b, double tolerance,
                     QList<QLineF> *pieces)
 {
-    const Shape first(a, ObjectKind::Polygon);
-    const Shape second(b, ObjectKind::Polygon);
+    const bool ordered = inOrder(a, b);
+    const Shape first(ordered ? a : b, ObjectKind::Polygon);
+    const Shape second(ordered ? b : a, ObjectKind::Polygon);
     const BorderWalk walk(first, second, tolerance);
     Overlaps overlaps;
     walk.visitContacts([&overlaps](Contact found, const Overlap &overlap) {
@@ -317,17 +548,7 @@ double sharedBorder(const GeometryView &a, const GeometryView &b, double toleran
             overlaps.append(overlap);
         return true;
     });
-    unite(overlaps, walk.slack());
-    const auto lengths = chainLengths(overlaps, walk.slack());
-    double total = 0.0;
-    for (int i = 0; i < overlaps.size(); ++i) {
-        if (!walk.isPiece(lengths[i]))
-            continue;
-        total += overlaps[i].high - overlaps[i].low;
-        if (pieces)
-            pieces->append(QLineF(overlaps[i].from, overlaps[i].to));
-    }
-    return total;
+    return CommonBorder(walk, std::move(overlaps)).length(ordered, pieces);
 }
 
 } // namespace fennimark

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The inside of geometry objects, for the record store: objects as views on its memory, the raw
-/// vertices of any object, run boxes, and the one pair test behind contiguity and shared borders.
+/// vertices of any object, and run boxes.
 #pragma once
-#include <QLineF>
-#include <QList>
 #include "fennimark/FMObject.h"
 
 namespace fennimark {
@@ -23,19 +21,6 @@ void buildRunBoxes(const GeometryView &view, ObjectKind kind, RunBox *boxes);
 /// The hull of the vertices: a zero rectangle when there are none or one is not finite or
 /// beyond 1e37 (`finite` is then false).
 Rect2D vertexBounds(const QPointF *vertices, quint32 count, bool *finite = nullptr);
-
-/// Contact of two boundaries: none, at a place, along a piece longer than four times the slack.
-enum class Contact : quint8 { None, Place, Piece };
-
-/// The pair test. Two places are the same within `tolerance` or the rounding slack (8 ulp of the
-/// largest coordinate of the two boxes), whichever is more. The walk ends as soon as `enough` is
-/// known to hold.
-Contact contact(const GeometryView &a, const GeometryView &b, double tolerance,
-                Contact enough = Contact::Piece);
-/// The same walk without early end: length of all common pieces, and the pieces in a's direction
-/// when asked for.
-double sharedBorder(const GeometryView &a, const GeometryView &b, double tolerance,
-                    QList<QLineF> *pieces = nullptr);
 
 /// The way past the public surface of geometry objects.
 struct ObjectAccess {

@@ -1,9 +1,20 @@
 // SPDX-License-Identifier: MIT
-// Areas of a polygon in grid cells. Every edge is cut at the grid lines. A piece in a cell adds the
-// area above it within the cell, signed by its direction, and covers its width of every cell above;
-// summed up a column this is the polygon's area in each cell that an edge enters. Between those,
-// the winding just right of the column's left line, a count of whole crossings, makes a cell all or
-// nothing, and the running sum starts afresh from it, so that no rounding is carried on.
+// Areas of a polygon in grid cells. Every edge is cut at the grid lines. A piece of an edge has two
+// contributions, signed by its direction in x:
+//
+//     +-----------+
+//     |   | * * | |   *  cover: the width of the piece times the height of the cell, for every cell
+//     |   | * * | |      above the piece's own
+//     +-----------+
+//     |   | # # | |   #  area above: the trapezoid between the piece and the top of its own cell
+//     |   | # _/  |
+//     |   |_/     |
+//     +-----------+
+//
+// The sum up a column of all areas above and all covers from below is the polygon's area in each
+// cell that an edge enters. In the cells between those, the winding number just right of the
+// column's left line, an exact count of crossings, decides between the whole cell and nothing. The
+// running sum starts again from that number, so rounding does not accumulate.
 #include <cmath>
 #include <limits>
 #include "shape/gridCoverage.h"
@@ -37,7 +48,7 @@ public:
         }
         for (std::size_t i = 0; i < mColumns.size(); ++i)
             collectRuns(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i]);
-        emit(cells);
+        report(cells);
     }
 
 private:
@@ -188,7 +199,7 @@ private:
         fillTo(mEndRow);
     }
 
-    void emit(QVector<FMCellArea> &cells) const
+    void report(QVector<FMCellArea> &cells) const
     {
         cells.resize(static_cast<int>(std::min<qint64>(mTotal, std::numeric_limits<int>::max())));
         FMCellArea *to = cells.data();

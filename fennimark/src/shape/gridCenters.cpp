@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 #include "shape/gridCoverage.h"
-#include "shape/relate.h"
+#include "shape/locate.h"
 
 namespace fennimark {
 namespace {
@@ -37,7 +37,7 @@ public:
                                });
         for (std::size_t i = 0; i < mColumns.size(); ++i)
             collectRuns(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i]);
-        emit(cells);
+        report(cells);
     }
 
 private:
@@ -153,7 +153,7 @@ private:
         appendNear(qint64(mWindow.lastRow) + 1);
     }
 
-    void emit(QVector<QPair<unsigned int, unsigned int>> &cells) const
+    void report(QVector<QPair<unsigned int, unsigned int>> &cells) const
     {
         cells.resize(static_cast<int>(std::min<qint64>(mTotal, std::numeric_limits<int>::max())));
         auto *to = cells.data();

@@ -4,7 +4,7 @@
 // the ray an odd number of times exactly when its two ends lie on different sides of it. So the
 // walk only enters boxes that hold the point.
 #include "base/orientation.h"
-#include "shape/relate.h"
+#include "shape/locate.h"
 
 namespace fennimark {
 namespace {

@@ -6,7 +6,7 @@
 namespace fennimark {
 namespace {
 
-/// visit(i, a, b, j, c, d) for the pairs of segments that meet, until it returns false; whether it
+/// visit(i, a, b, j, c, d) for the pairs of segments that meet, until it returns false. True when it
 /// never did.
 template <class Visit> bool visitMeetings(const Shape &x, const Shape &y, Visit visit)
 {

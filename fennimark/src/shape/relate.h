@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: MIT
-/// Exact relations of closed sets: where a place lies, what two shapes have in common. No tolerance
-/// anywhere.
+/// Exact relations of closed sets: what two shapes have in common. No tolerance anywhere.
 #pragma once
-#include "shape/shape.h"
+#include "shape/locate.h"
 
 namespace fennimark {
 
-enum class Place : quint8 { Outside, Boundary, Inside };
-
-/// Of a place in a shape. All of a line and a point counts as boundary.
-Place locate(const Shape &shape, const QPointF &point);
-
-/// Whether the segment from a to b holds p.
-bool onSegment(const QPointF &a, const QPointF &b, const QPointF &p);
+/// Whether two segments have a common point.
 bool segmentsMeet(const QPointF &a, const QPointF &b, const QPointF &c, const QPointF &d);
 
 /// A common point.

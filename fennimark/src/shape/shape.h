@@ -61,7 +61,7 @@ public:
         return segmentEnd(index, mPartCount == 1 ? 0 : partOf(index));
     }
 
-    /// Calls visit(index, from, to) for the segments [first, end) until it returns false; whether
+    /// Calls visit(index, from, to) for the segments [first, end) until it returns false. True when
     /// it never did.
     template <class Visit> bool visitSegments(quint32 first, quint32 end, Visit visit) const
     {
@@ -102,8 +102,8 @@ public:
         return mRunBoxes + mLevelStarts[node.level - 1] + firstChild(node);
     }
 
-    /// Walks down from the root into boxes that enter(box) accepts; visit(first, end) gets each
-    /// run's segments and ends the walk with false. Whether it never did.
+    /// Walks down from the root into boxes that enter(box) accepts and calls visit(first, end) for
+    /// the segments of each run reached, until it returns false. True when it never did.
     template <class Enter, class Visit> bool visitRuns(Enter enter, Visit visit) const
     {
         return mCount == 0 || !enter(mRootBox) || visitBelow(root(), enter, visit);
@@ -163,7 +163,7 @@ private:
 };
 
 /// Calls visit(firstA, endA, firstB, endB) for the pairs of runs whose boxes, and all boxes above,
-/// enter(boxA, boxB) accepts, until it returns false; whether it never did.
+/// enter(boxA, boxB) accepts, until it returns false. True when it never did.
 template <class Enter, class Visit>
 bool visitRunPairs(const Shape &a, Shape::Node nodeA, const Shape &b, Shape::Node nodeB,
                    Enter &enter, Visit &visit)

@@ -4,7 +4,7 @@
 #include <limits>
 #include "base/expansion.h"
 #include "base/orientation.h"
-#include "shape/relate.h"
+#include "shape/locate.h"
 
 namespace fennimark {
 namespace {

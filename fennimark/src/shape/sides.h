@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: MIT
 /// What lies on either side along a segment, exactly, whatever touches or overlaps it.
 //
-// The segment is cut where it meets edges of a shape. Each open piece between cuts has three exact
-// facts: whether the places next to it on its left and on its right are inside, and whether an edge
-// runs along it. They follow from parities: a path just left of the segment's line, from far
-// behind, changes between outside and inside at every edge with one end strictly left of the line
-// and the other not; a path just right of it likewise. Cuts are ratios of determinants, compared by
-// intervals and, when these overlap, by exact expansions.
+// The segment from p to q is cut where it meets edges of a shape:
+//
+//           left          \        left            |
+//     p -----------------cut------------------cut------------------ q
+//           right            \     right           |
+//
+// Each open piece between cuts has three exact properties: whether the places next to it on its left
+// and on its right are inside the shape, and whether an edge runs along it. They follow from
+// parities. A path just left of the segment's line, from far behind p, changes between outside and
+// inside at every edge that has one end strictly left of the line and the other end not. A path just
+// right of the line does so at every edge with one end strictly right of it. A cut is the ratio of
+// two determinants. Cuts are compared by intervals and, where these overlap, by exact expansions.
 #pragma once
 #include "shape/shape.h"
 
@@ -22,8 +28,8 @@ struct Sides {
 };
 
 /// The pieces of the segments of `path`, seen from two shapes (one of which may be path's own):
-/// visit(first, second) until it returns false; whether it never did. A part that is all at one
-/// place is one piece.
+/// visit(first, second) until it returns false; the result is false then. A part whose vertices are
+/// all at one place is one piece.
 class SideWalk {
 public:
     SideWalk(const Shape &path, const Shape &first, const Shape &second)

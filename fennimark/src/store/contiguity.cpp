@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "store/contiguity.h"
-#include <limits>
+#include "shape/border.h"
 
 namespace fennimark {
 namespace {
 
 constexpr int kQuestionsBeforeGraph = 64;
 
-/// How far apart two boxes of the store may be while the pair test still finds contact: at least
-/// its own slack.
-double reachOf(const RecordStore &store)
+constexpr double kUsualRange = 1024.0; // times the median magnitude of the coordinates
+
+double magnitude(const Rect2D &box)
 {
-    const RectInT hull = store.hull();
-    const double largest = std::max(
-        {std::fabs(hull.xMin), std::fabs(hull.xMax), std::fabs(hull.yMin), std::fabs(hull.yMax)});
-    return std::max(store.tolerance(), 16 * (std::nextafter(largest, kInfinity) - largest));
+    return std::max({std::abs(box.xMin), std::abs(box.xMax), std::abs(box.yMin),
+                     std::abs(box.yMax)});
 }
 
 /// Candidates of one run, side by side.
@@ -23,30 +21,32 @@ struct Candidate {
     quint32 record;
 };
 
-/// Joins a run with itself and the runs behind it; found(a, b, contact) comes in ascending order of
-/// a, then b > a.
+/// Joins a run with itself, the runs behind it and, for wide records, the runs before it:
+/// found(a, b, contact) comes once for each pair in contact, in ascending order of a. Only where a
+/// is wide may b be below a.
 class RunJoin {
 public:
-    RunJoin(const RecordStore &store, double time)
-        : mStore(store), mWhen{time}, mReach(reachOf(store))
+    RunJoin(const RecordStore &store, const ContactReaches &reaches, double time)
+        : mStore(store), mReaches(reaches), mWhen{time}
     {
     }
 
     template <class Found> void join(quint32 run, Found found)
     {
-        Rect2D hull = kNoBox;
+        Rect2D window = kNoBox;
+        bool looksBack = false;
         mOwn.clear();
         const Rect2D everywhere{-kInfinity, kInfinity, -kInfinity, kInfinity};
         mStore.visitRun(run, everywhere, mWhen, [&](quint32 record) {
             mOwn.push_back({mStore.box(record), record});
-            widen(hull, mOwn.back().box);
+            widen(window, mReaches.window(mOwn.back().box));
+            looksBack = looksBack || mReaches.isWide(mOwn.back().box);
         });
         if (mOwn.empty())
             return;
         mOthers.clear();
-        const Rect2D window = grown(hull, mReach);
         mStore.tree().visitRuns(BoxWindow(window, mWhen.from(), mWhen.to()), [&](quint32 other) {
-            if (other >= run) {
+            if (other >= run || looksBack) {
                 mStore.visitRun(other, window, mWhen, [&](quint32 record) {
                     mOthers.push_back({mStore.box(record), record});
                 });
@@ -59,33 +59,65 @@ public:
 private:
     template <class Found> void joinOne(const Candidate &own, Found &found)
     {
-        const Rect2D window = grown(own.box, mReach);
+        const Rect2D window = mReaches.window(own.box);
+        const bool isWide = mReaches.isWide(own.box);
         GeometryView view;
         for (const Candidate &other : mOthers) {
-            if (other.record <= own.record || !meet(other.box, window))
+            if (other.record <= own.record
+                && (!isWide || other.record == own.record
+                    || meet(own.box, mReaches.window(other.box)))) // found from the other side
+                continue;
+            if (!meet(other.box, window))
                 continue;
             if (!view.vertices && !mStore.view(own.record, view, mBuffer))
                 return;
             GeometryView otherView;
             if (!mStore.view(other.record, otherView, mOtherBuffer))
                 continue;
-            const Contact found_ = contact(view, otherView, mStore.tolerance());
-            if (found_ != Contact::None)
-                found(own.record, other.record, found_);
+            const Contact how = contact(view, otherView, mStore.tolerance());
+            if (how != Contact::None)
+                found(own.record, other.record, how);
         }
     }
 
     const RecordStore &mStore;
+    const ContactReaches &mReaches;
     AtTime mWhen;
-    double mReach;
     std::vector<Candidate> mOwn, mOthers;
     std::vector<quint64> mBuffer, mOtherBuffer;
 };
 
 } // namespace
 
-std::vector<quint32> borderingRecords(const RecordStore &store, quint32 record, double time,
-                                      bool queen)
+ContactReaches::ContactReaches(const RecordStore &store) : mTolerance(store.tolerance())
+{
+    std::vector<double> magnitudes; // of one record in each run
+    for (quint32 record = 0; record < store.recordCount(); record += kRecordsPerRun)
+        magnitudes.push_back(magnitude(store.box(record)));
+    if (magnitudes.empty())
+        return;
+    const auto median = magnitudes.begin() + std::ptrdiff_t(magnitudes.size() / 2);
+    std::nth_element(magnitudes.begin(), median, magnitudes.end());
+    mUsualMagnitude = kUsualRange * *median;
+    mUsual = contactReach({0.0, mUsualMagnitude, 0.0, 0.0}, mTolerance);
+    for (quint32 record = 0; record < store.recordCount(); ++record) {
+        if (isWide(store.box(record)))
+            mWide.push_back(record);
+    }
+}
+
+bool ContactReaches::isWide(const Rect2D &box) const
+{
+    return magnitude(box) > mUsualMagnitude;
+}
+
+Rect2D ContactReaches::window(const Rect2D &box) const
+{
+    return grown(box, isWide(box) ? contactReach(box, mTolerance) : mUsual);
+}
+
+std::vector<quint32> borderingRecords(const RecordStore &store, const ContactReaches &reaches,
+                                      quint32 record, double time, bool queen)
 {
     std::vector<quint32> neighbors;
     GeometryView view;
@@ -93,16 +125,28 @@ std::vector<quint32> borderingRecords(const RecordStore &store, quint32 record, 
     if (!store.view(record, view, buffer))
         return neighbors;
     const Contact enough = queen ? Contact::Place : Contact::Piece;
-    store.visit(grown(view.bounds, reachOf(store)), AtTime{time}, [&](quint32 other) {
+    const Rect2D window = reaches.window(view.bounds);
+    const auto test = [&](quint32 other) {
         GeometryView otherView;
         if (other != record && store.view(other, otherView, otherBuffer)
             && contact(view, otherView, store.tolerance(), enough) >= enough)
             neighbors.push_back(other);
-    });
+    };
+    store.visit(window, AtTime{time}, test);
+    const std::size_t ascending = neighbors.size();
+    for (const quint32 wide : reaches.wide()) {
+        const Rect2D box = store.box(wide);
+        if (!meet(box, window) && meet(reaches.window(box), view.bounds) && store.lives(wide)
+            && contains(store.range(wide), time))
+            test(wide);
+    }
+    std::inplace_merge(neighbors.begin(), neighbors.begin() + std::ptrdiff_t(ascending),
+                       neighbors.end());
     return neighbors;
 }
 
-bool ContiguityGraph::build(const RecordStore &store, double time, Progress progress)
+bool ContiguityGraph::build(const RecordStore &store, const ContactReaches &reaches, double time,
+                            ProgressCallback progress)
 {
     struct Edge {
         quint32 from, to;
@@ -111,7 +155,7 @@ bool ContiguityGraph::build(const RecordStore &store, double time, Progress prog
     std::vector<Edge> edges;
     mFirst.assign(std::size_t(store.recordCount()) + 2, 0);
     if (store.mayHold(AtTime{time})) {
-        RunJoin join(store, time);
+        RunJoin join(store, reaches, time);
         const quint32 runs = (store.recordCount() + kRecordsPerRun - 1) / kRecordsPerRun;
         for (quint32 run = 0; run < runs; ++run) {
             join.join(run, [&](quint32 a, quint32 b, Contact contact) {
@@ -123,12 +167,22 @@ bool ContiguityGraph::build(const RecordStore &store, double time, Progress prog
                 return false;
         }
     }
+    const auto byRecords = [](const Edge &a, const Edge &b) {
+        return a.from != b.from ? a.from < b.from : a.to < b.to;
+    };
+    if (!reaches.wide().empty()) { // which look back
+        for (Edge &edge : edges) {
+            if (edge.from > edge.to)
+                std::swap(edge.from, edge.to);
+        }
+        std::sort(edges.begin(), edges.end(), byRecords);
+    }
     for (std::size_t i = 2; i < mFirst.size(); ++i)
         mFirst[i] += mFirst[i - 1];
     mNeighbors.resize(mFirst.back());
-    // Edges stand by their first record, then their second: entered downwards first and upwards
-    // then, every list ascends. mFirst[r + 1] runs from the beginning of r's list to its end
-    // meanwhile.
+    // Edges are sorted by their smaller record, then by the larger one. Entering the smaller record
+    // of every edge into the larger one's list first, and the larger ones after that, makes every
+    // list ascend. Meanwhile mFirst[r + 1] moves from the beginning of r's list to its end.
     for (const Edge &edge : edges)
         mNeighbors[mFirst[edge.to + 1]++] = edge.from * 2 + edge.piece;
     for (const Edge &edge : edges)
@@ -153,39 +207,41 @@ void Contiguity::clear()
     mHasGraph = false;
     mPiece = kNoTime;
     mQuestions = 0;
+    mReaches.reset();
     mReached.clear();
 }
 
-/// Whether what is kept is of this time's piece; what is not is given up.
-bool Contiguity::isAtHand(qint64 time)
+/// Drops the graph, the count of questions and the reaches when they belong to other records or to
+/// another static piece of time.
+void Contiguity::moveTo(qint64 time)
 {
     if (mVersion == mStore.version() && contains(mPiece, double(time)))
-        return true;
+        return;
     clear();
+    mReaches.emplace(mStore);
     mVersion = mStore.version();
     if (!mStore.pieces().pieceAround(double(time), mPiece))
         mPiece = kNoTime;
-    return false;
 }
 
-bool Contiguity::prepare(qint64 time, Progress progress)
+bool Contiguity::prepare(qint64 time, ProgressCallback progress)
 {
-    isAtHand(time);
+    moveTo(time);
     if (!mHasGraph)
-        mHasGraph = mGraph.build(mStore, double(time), progress);
+        mHasGraph = mGraph.build(mStore, *mReaches, double(time), progress);
     return mHasGraph;
 }
 
 std::vector<quint32> Contiguity::bordering(quint32 record, qint64 time, bool queen) const
 {
     return mHasGraph ? mGraph.bordering(record, queen)
-                     : borderingRecords(mStore, record, double(time), queen);
+                     : borderingRecords(mStore, *mReaches, record, double(time), queen);
 }
 
 std::vector<std::vector<quint32>> Contiguity::rings(quint32 record, qint64 time, bool queen,
                                                     int steps)
 {
-    isAtHand(time);
+    moveTo(time);
     if (!mHasGraph && (steps > 1 || ++mQuestions > kQuestionsBeforeGraph))
         prepare(time, nullptr);
     mReached.resize(mStore.recordCount(), false);

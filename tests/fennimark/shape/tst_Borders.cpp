@@ -2,9 +2,11 @@
 // Contiguity and shared borders on walls whose contacts are known by construction, straight and
 // turned.
 #include <QtTest>
+#include <numeric>
+#include <set>
 #include <tuple>
 #include "fennimark/shape/geometryCases.h"
-#include "shape/geometryView.h"
+#include "shape/border.h"
 #include "support/checks.h"
 
 using fennimark::Contact;
@@ -46,6 +48,33 @@ double lengthOf(const QList<QLineF> &lines)
     for (const QLineF &line : lines)
         length += line.length();
     return length;
+}
+
+using Step = std::pair<int, int>;
+
+/// The steps between neighbouring lattice places on each edge of a ring, either direction alike.
+void addSteps(const QPolygonF &ring, std::set<std::pair<Step, Step>> &steps)
+{
+    for (int i = 0; i < ring.size(); ++i) {
+        const QPoint from = ring[i].toPoint();
+        const QPoint edge = ring[(i + 1) % ring.size()].toPoint() - from;
+        const int count = std::gcd(edge.x(), edge.y());
+        for (int k = 0; k < count; ++k) {
+            const QPoint begin = from + edge * k / count;
+            const QPoint end = begin + edge / count;
+            steps.insert(std::minmax(Step(begin.x(), begin.y()), Step(end.x(), end.y())));
+        }
+    }
+}
+
+using Place = std::pair<double, double>;
+
+std::multiset<std::pair<Place, Place>> undirected(const QList<QLineF> &lines)
+{
+    std::multiset<std::pair<Place, Place>> result;
+    for (const QLineF &line : lines)
+        result.insert(std::minmax(Place(line.x1(), line.y1()), Place(line.x2(), line.y2())));
+    return result;
 }
 
 } // namespace
@@ -122,6 +151,14 @@ private Q_SLOTS:
         row("shorter than four tolerances", Contact::Place, 0, rectangle(10, 4, 12, 4.07), 0.02);
         row("short edges under a wide tolerance", Contact::Piece, 4, coast, 0.02);
         row("over the first vertex", Contact::Piece, 0.14, overStart, 0.02);
+        // Rings that run along one stretch more than once.
+        const Ring spike{{10, 2}, {10, 9}, {10, 5}, {12, 5}, {12, 2}};
+        const Ring cut{{10, 2},           {10, 9},         {10 + 4e-15, 9}, {10 + 4e-15, 6.5},
+                       {10 + 8e-15, 6.5}, {10 + 8e-15, 9}, {12, 9},         {12, 2}};
+        const Ring shortSpike{{10, 5}, {10, 5.07}, {10, 5}, {12, 5}, {12, 4}};
+        row("a spike along the border", Contact::Piece, 7, spike);
+        row("a narrow cut along the border", Contact::Piece, 7, cut);
+        row("a doubled stretch shorter than four tolerances", Contact::Place, 0, shortSpike, 0.02);
     }
     void contactsAreTold()
     {
@@ -137,9 +174,58 @@ private Q_SLOTS:
             const auto &b = ObjectAccess::view(polygon);
             for (const auto &[one, two] : {std::tie(a, b), std::tie(b, a)}) {
                 QCOMPARE(int(fennimark::contact(one, two, tolerance)), expected);
-                QVERIFY(std::abs(fennimark::sharedBorder(one, two, tolerance) - border)
-                        <= 2.0 * tolerance + 1e-9);
+                const double length = fennimark::sharedBorder(one, two, tolerance);
+                QVERIFY2(std::abs(length - border) <= 2.0 * tolerance + 1e-9,
+                         QByteArray::number(length, 'g', 17));
             }
+        }
+    }
+
+    // Rings on whole coordinates with spikes, doubled edges and crossings, against the set of
+    // shortest lattice steps that both boundaries contain.
+    void degenerateRingsShareEachStretchOnce_data()
+    {
+        QTest::addColumn<double>("degrees");
+        QTest::addColumn<QPointF>("offset");
+        QTest::newRow("on the lattice") << 0.0 << QPointF();
+        QTest::newRow("turned") << 30.0 << QPointF(5.0, -3.0);
+        QTest::newRow("turned and far off") << 73.1 << QPointF(512345.678, 5432109.876);
+    }
+    void degenerateRingsShareEachStretchOnce()
+    {
+        QFETCH(double, degrees);
+        QFETCH(QPointF, offset);
+        cases::Random random(20);
+        for (int round = 0; round < 4000; ++round) {
+            QList<QPolygonF> rings[2], placed[2];
+            std::set<std::pair<Step, Step>> steps[2];
+            for (int i = 0; i < 2; ++i) {
+                for (int parts = cases::whole(random, 1, 2); parts > 0; --parts) {
+                    rings[i].append(cases::tangle(random, cases::whole(random, 3, 8), 3));
+                    addSteps(rings[i].last(), steps[i]);
+                    placed[i].append(cases::turned(rings[i].last(), degrees, offset));
+                }
+            }
+            double expected = 0.0;
+            for (const auto &step : steps[0]) {
+                if (steps[1].count(step))
+                    expected += std::hypot(step.second.first - step.first.first,
+                                           step.second.second - step.first.second);
+            }
+            const FMPolygon a(placed[0], 0);
+            const FMPolygon b(placed[1], 0);
+            QList<QLineF> edges[2];
+            const double lengths[2] = {a.GetBorderEdges(b, &edges[0]),
+                                       b.GetBorderEdges(a, &edges[1])};
+            QString text;
+            QDebug(&text) << "round" << round << rings[0] << rings[1] << edges[0] << edges[1]
+                           << lengths[0] << lengths[1] << expected;
+            const QByteArray story = text.toLatin1();
+            QVERIFY2(std::abs(lengths[0] - expected) < 1e-7 && lengths[1] == lengths[0], story);
+            QVERIFY2(std::abs(lengthOf(edges[0]) - expected) < 1e-7, story);
+            QVERIFY2(undirected(edges[0]) == undirected(edges[1]), story);
+            QVERIFY2(a.BordersPolygon(b, false) == (expected > 0.0), story);
+            QVERIFY2(a.BordersPolygon(b, true) == b.BordersPolygon(a, true), story);
         }
     }
 

@@ -142,6 +142,40 @@ private Q_SLOTS:
         }
     }
 
+    // The slack of a pair follows its own coordinates: neither a polygon far away nor one that is
+    // much larger hides a contact or makes one, whichever of the two is asked.
+    void thePairDecidesWhatIsNear()
+    {
+        VORNBuilder builder(extent(100), nullptr, nullptr);
+        const auto add = [&builder](double x0, double y0, double x1, double y1) {
+            builder.CreateChain({new FMPolygon(QVector<QPointF>{
+                                    {x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}})},
+                                {span(0, 10)}, -1);
+        };
+        for (int i = 0; i < 30; ++i)
+            add(i, 0, i + 1 - 1e-12, 1); // gaps that are above the slack of neighbours
+        add(-1e15, 1 + 1e-12, 1e15, 2);  // a wide one above all of them, within its own slack
+        add(1e15, 5e14, 1.1e15, 6e14);
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        QMap<int, QVector<int>> all;
+        QVERIFY(fennims->CalculatePolygonAdjacencies(true, 5, 1, false, all, nullptr));
+        const auto record = [&](int chain) {
+            return fennims->GetChainById(chain)->GetObservation(5).second;
+        };
+        QMap<int, QVector<int>> expected;
+        for (int i = 0; i < 30; ++i) {
+            expected[record(i)].append(record(30));
+            expected[record(30)].append(record(i));
+        }
+        expected[record(31)];
+        std::sort(expected[record(30)].begin(), expected[record(30)].end());
+        QCOMPARE(all, expected);
+        const std::unique_ptr<Fennims> again = opened(builder); // no graph yet
+        for (const int chain : {0, 29, 30, 31})
+            QCOMPARE(again->CalculatePolygonAdjacencies(record(chain), 5, true, 1, {record(chain)}),
+                     expected[record(chain)]);
+    }
+
     void ringsGrowStepByStep()
     {
         const Grid grid(9, 9, 1);
