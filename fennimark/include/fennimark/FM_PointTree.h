@@ -20,21 +20,22 @@ struct ptTreeQueryResult {
     QPointF point;
     int id = -1;
     double distance = 0.0; ///< Squared, in map units.
-    double angle =
-        0.0; ///< From the place asked about to the hit, radians, counter-clockwise from the x axis.
+    /// From the place of the query to the hit, in radians, counter-clockwise from the x axis.
+    double angle = 0.0;
 };
 Q_DECLARE_TYPEINFO(ptTreeQueryResult, Q_MOVABLE_TYPE);
 
 /// Points may be added and removed at any time; the structure is rearranged by the queries that
 /// follow. Several points may share a place, and several an id.
 ///
-/// Two points are tied when their distances differ by no more than 4 ulp of the tree's largest
-/// coordinate, so that a lattice with a spacing of 0.1 has the ties of one with a spacing of 1.
-/// Hits come in ascending order of distance, then of id, unless said otherwise. Points whose id is
-/// excluded are passed over. Results are replaced, never appended to.
+/// Two points are tied when their distances differ by no more than 4 ulp of the largest coordinate
+/// among the place and the two points, so that a lattice with a spacing of 0.1 has the ties of one
+/// with a spacing of 1. Other points of the tree have no influence on it. Hits come in ascending
+/// order of distance, then of id, unless stated otherwise. Points whose id is excluded are skipped.
+/// Results are replaced, never appended to.
 ///
-/// Copies share their points until one of them changes; cursors stay with the tree they were opened
-/// on. Queries rearrange the tree: calls on one tree must not run at the same time.
+/// Copies share their points until one of them changes. A cursor belongs to the tree that opened it.
+/// Queries rearrange the tree, so calls on one tree must not run at the same time.
 class FENNIMARK_EXPORT FM_PointTree {
 public:
     FM_PointTree();
@@ -43,31 +44,32 @@ public:
     /// Frees the cursors that are still open.
     virtual ~FM_PointTree();
 
-    /// Replaces the content. `progress` (may be null) is called with percentages from
-    /// `firstPercent` to `lastPercent`.
-    /// @return false, and the tree is empty, when it answers false, when the lengths differ and for
-    /// a coordinate that
-    ///         is not finite. O(n log n).
+    /// Replaces the content in O(n log n). `progress` (may be null) is called with percentages from
+    /// `firstPercent` to `lastPercent`, at least once for a tree with points.
+    /// @return false, and the tree is empty, when `progress` returns false, when the lengths differ,
+    /// and when a coordinate is not finite.
     bool SetPoints(const QVector<QPointF> &points, const QVector<int> &ids,
                    bool (*progress)(int, const char *), int firstPercent, int lastPercent);
-    /// False, with nothing done, for a coordinate that is not finite. O(1); the next query pays for
-    /// the order.
+    /// Adds one point in O(1); the next query arranges the points. False, with nothing done, when a
+    /// coordinate is not finite.
     bool AddPointToSet(const QPointF &point, int id);
     /// Removes one point that has exactly these coordinates and this id; false when there is none.
     bool RemovePointFromSet(const QPointF &point, int id);
 
-    /// Opens a cursor on the points by ascending distance and gives the nearest. The cursor keeps a
-    /// copy of `exclude` and outlives changes of the tree: it goes on behind its last hit in the
-    /// order of distance and id. Finish it with DoneWithNeighborSearch, whatever came back.
+    /// Opens a cursor on the points by ascending distance and returns the nearest. The cursor keeps
+    /// a copy of `exclude` and stays valid when the tree changes: it continues behind its last hit in
+    /// the order of distance and id. It must be closed with DoneWithNeighborSearch in every case.
     /// @return false when there is no point.
     bool GetFirstNearestNeighbor(const QPointF &place, const QSet<int> &exclude,
                                  ptTreeQueryResult &hit, void *&cursor) const;
+    /// The next hit of a cursor; false when there is none.
     bool GetNextNearestNeighbor(ptTreeQueryResult &hit, void *&cursor) const;
     /// Frees the cursor and sets it to null; null is left alone.
     void DoneWithNeighborSearch(void *&cursor) const;
 
-    /// The `count` nearest, and all that tie with the last of them; when that makes more than
-    /// `count`, the whole group of ties has one distance. `sorted` false leaves the order open.
+    /// The `count` nearest points and all that are tied with the last of them. When that makes more
+    /// than `count`, all points of the tie have the same distance. Hits are in order whatever
+    /// `sorted` says.
     /// @return false, with `hits` empty, when `count` is below 1 or no point is left.
     bool GetNearestNeighbors(const QPointF &place, int count, const QSet<int> &exclude,
                              QVector<ptTreeQueryResult> &hits, bool sorted) const;

@@ -40,7 +40,7 @@ bool FM_PointTree::SetPoints(const QVector<QPointF> &points, const QVector<int> 
     std::vector<IdPoint> members(static_cast<size_t>(points.size()));
     for (int i = 0; i < points.size(); ++i)
         members[static_cast<size_t>(i)] = {points[i].x(), points[i].y(), ids[i]};
-    PointTree::Progress report;
+    PointTree::PlacedReport report;
     quint32 done = 0;
     if (progress) {
         report = [&](quint32 placed) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "points/pointForest.h"
 #include <cmath>
-#include <cstring>
 #include "base/angle.h"
 
 namespace fennimark {
@@ -11,17 +10,10 @@ constexpr size_t kNewcomers = 64;
 constexpr size_t kAbsorbed = 3; // times the newcomers' number
 constexpr int kFirstBatch = 12;
 constexpr int kLargestBatch = 1 << 20;
-constexpr int kTieUlps = 4;
-constexpr int kExponents = 2048;
-constexpr int kMantissaBits = 52;
-constexpr int kExponentBias = 1023;
 
-int exponentOf(const IdPoint &point)
+double magnitude(double x, double y)
 {
-    const double larger = std::max(std::abs(point.x), std::abs(point.y));
-    quint64 bits;
-    std::memcpy(&bits, &larger, sizeof bits);
-    return static_cast<int>(bits >> kMantissaBits);
+    return std::max(std::abs(x), std::abs(y));
 }
 
 bool isFinite(const QPointF &place)
@@ -42,16 +34,12 @@ struct PointForest::Cursor {
     quint64 version;
 };
 
-PointForest::PointForest() : mExponents(kExponents)
-{
-}
+PointForest::PointForest() = default;
 PointForest::~PointForest() = default;
 
 PointForest::PointForest(const PointForest &other)
     : mTrees(other.mTrees),
       mNewcomers(other.mNewcomers),
-      mExponents(other.mExponents),
-      mTopExponent(other.mTopExponent),
       mLive(other.mLive),
       mQueries(other.mQueries)
 {
@@ -61,8 +49,6 @@ PointForest &PointForest::operator=(const PointForest &other)
 {
     mTrees = other.mTrees;
     mNewcomers = other.mNewcomers;
-    mExponents = other.mExponents;
-    mTopExponent = other.mTopExponent;
     mLive = other.mLive;
     changed();
     return *this;
@@ -78,22 +64,18 @@ void PointForest::clear()
 {
     mTrees.clear();
     mNewcomers.clear();
-    std::fill(mExponents.begin(), mExponents.end(), 0);
-    mTopExponent = 0;
     mLive = 0;
     changed();
 }
 
-bool PointForest::setPoints(std::vector<IdPoint> points, const PointTree::Progress &progress)
+bool PointForest::setPoints(std::vector<IdPoint> points, const PointTree::PlacedReport &report)
 {
     clear();
     if (points.empty())
         return true;
-    auto tree = PointTree::build(points, progress);
+    auto tree = PointTree::build(points, report);
     if (!tree)
         return false;
-    for (const IdPoint &point : points)
-        countExponent(point, 1);
     mLive = points.size();
     mTrees.push_back(std::move(tree));
     return true;
@@ -102,7 +84,6 @@ bool PointForest::setPoints(std::vector<IdPoint> points, const PointTree::Progre
 void PointForest::add(const IdPoint &point)
 {
     mNewcomers.push_back(point);
-    countExponent(point, 1);
     ++mLive;
     changed();
 }
@@ -129,24 +110,9 @@ bool PointForest::remove(const IdPoint &point)
     }
     if (!found)
         return false;
-    countExponent(point, -1);
     --mLive;
     changed();
     return true;
-}
-
-void PointForest::countExponent(const IdPoint &point, int by)
-{
-    const int exponent = exponentOf(point);
-    mExponents[exponent] += by;
-    mTopExponent = std::max(mTopExponent, exponent);
-    while (mTopExponent > 0 && mExponents[mTopExponent] == 0)
-        --mTopExponent;
-}
-
-double PointForest::tolerance() const
-{
-    return std::ldexp(kTieUlps, std::max(mTopExponent, 1) - kExponentBias - kMantissaBits);
 }
 
 // Before every query.
@@ -217,10 +183,13 @@ size_t PointForest::collectNearest(const QPointF &place, int count, const Exclud
     if (count < 1 || mLive == 0 || !isFinite(place))
         return 0;
     arrange();
-    NearestHits sink(mHits, mTies, std::min(static_cast<size_t>(count), mLive), tolerance(),
-                     excluded, after);
+    NearestHits sink(mHits, mTies, std::min(static_cast<size_t>(count), mLive),
+                     magnitude(place.x(), place.y()), excluded, after);
     visitNear(place, sink);
-    return sink.finish();
+    return sink.finish([this](const PointHit &hit) {
+        const IdPoint point = pointAt(hit.slot);
+        return magnitude(point.x, point.y);
+    });
 }
 
 // The collected hits as records.

@@ -23,8 +23,8 @@ public:
     ~PointForest();
 
     void clear();
-    /// Replaces the content; empty and false when `progress` answers false.
-    bool setPoints(std::vector<IdPoint> points, const PointTree::Progress &progress);
+    /// Replaces the content; empty and false when `report` returns false.
+    bool setPoints(std::vector<IdPoint> points, const PointTree::PlacedReport &report);
     void add(const IdPoint &point);
     bool remove(const IdPoint &point);
 
@@ -32,7 +32,7 @@ public:
                  QVector<ptTreeQueryResult> &hits);
     void within(const QPointF &place, double squaredRange, const QSet<int> &exclude,
                 QVector<ptTreeQueryResult> &hits);
-    /// All points in cells that `cell` does not set apart: visit(IdPoint, inside).
+    /// visit(IdPoint, inside) for all points in cells for which `cell` does not return Apart.
     template <class CellTest, class Visit> void inCells(CellTest cell, Visit visit);
 
     void *openCursor(const QPointF &place, const QSet<int> &exclude);
@@ -47,8 +47,6 @@ private:
     void arrange();
     void rebuild(size_t firstTree);
     void absorbNewcomers();
-    void countExponent(const IdPoint &point, int by);
-    double tolerance() const;
     IdPoint pointAt(quint32 slot) const;
     size_t collectNearest(const QPointF &place, int count, const ExcludedIds &excluded,
                           const PointHit *after);
@@ -59,8 +57,6 @@ private:
 
     std::vector<std::shared_ptr<PointTree>> mTrees; // the large ones first; shared with copies
     std::vector<IdPoint> mNewcomers;
-    std::vector<quint32> mExponents; // how many points have their larger coordinate in each binade
-    int mTopExponent = 0;            // none is above
     size_t mLive = 0;
     size_t mQueries = 0; // since the last change
     quint64 mVersion = 0;

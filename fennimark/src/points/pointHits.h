@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <vector>
+#include "base/floatRounding.h"
 
 namespace fennimark {
 
@@ -59,19 +60,23 @@ private:
     const ExcludedIds &mExcluded;
 };
 
-/// The nearest `count` and what ties with the last of them. The nearest are kept in order, or many
-/// of them in a heap; what was or could be tied waits apart, under a limit that is a little too
-/// wide, until the last distance is known.
+/// The nearest `count` hits and those tied with the last of them. The nearest are kept in order, or
+/// many of them in a heap; hits that may be tied are collected apart, under a limit that is a little
+/// too wide, until the last distance is known.
+///
+/// Two hits are tied when their distances differ by no more than 4 ulp of the largest coordinate
+/// among the place and the two: distances on a lattice of spacing 0.1 differ by that much where they
+/// are equal in exact arithmetic. Points that are no hits have no part in it.
 class NearestHits {
 public:
-    /// @param tolerance  by how much tied distances may differ.
-    /// @param after      hits up to this one are passed over; may be null.
+    /// @param magnitude  the larger absolute coordinate of the place.
+    /// @param after      hits up to this one are skipped; may be null.
     NearestHits(std::vector<PointHit> &hits, std::vector<PointHit> &ties, size_t count,
-                double tolerance, const ExcludedIds &excluded, const PointHit *after)
+                double magnitude, const ExcludedIds &excluded, const PointHit *after)
         : mHits(hits),
           mTies(ties),
           mWanted(count),
-          mTolerance(tolerance),
+          mMagnitude(magnitude),
           mExcluded(excluded),
           mAfter(after)
     {
@@ -99,32 +104,45 @@ public:
         }
     }
 
-    /// The hits in order of distance and id, ties at the end. @return how many of the last are
-    /// tied: with each other and, when there are more than wanted, at a distance that counts as
-    /// one.
-    size_t finish()
+    /// Puts the hits in order of distance and id, ties at the end. magnitude(hit) gives the larger
+    /// absolute coordinate of a hit. @return how many of the last hits are tied with the last
+    /// wanted one, itself included; 0 when there are fewer hits than wanted.
+    template <class Magnitude> size_t finish(Magnitude magnitude)
     {
         mHits.resize(mFound);
-        if (mFound == 0)
+        if (mFound < mWanted) {
+            sort();
             return 0;
-        const double last = mFound == mWanted ? mLast : HUGE_VAL;
-        const double upper = std::sqrt(last) + mTolerance;
+        }
+        double largest = mMagnitude;
+        for (const auto *list : {&mHits, &mTies}) {
+            for (const PointHit &hit : *list) {
+                if (hit.distance == mLast)
+                    largest = std::max(largest, magnitude(hit));
+            }
+        }
+        const double last = std::sqrt(mLast);
+        const auto isTied = [&](const PointHit &hit) {
+            const double tolerance = kTieUlps * ulp(std::max(largest, magnitude(hit)));
+            const double lower = std::max(last - tolerance, 0.0);
+            const double upper = last + tolerance;
+            return hit.distance >= lower * lower && hit.distance <= upper * upper;
+        };
         for (const PointHit &tie : mTies) {
-            if (tie.distance <= upper * upper)
+            if (isTied(tie))
                 mHits.push_back(tie);
         }
         sort();
-        const double lower = std::max(std::sqrt(last) - mTolerance, 0.0);
         size_t tied = 0;
-        while (tied < mHits.size() && mHits[mHits.size() - 1 - tied].distance >= lower * lower)
+        while (tied < mHits.size() && isTied(mHits[mHits.size() - 1 - tied]))
             ++tied;
         return tied;
     }
-    double lastDistance() const { return mLast; }
 
 private:
     static constexpr size_t kSortedCount = 32;
     static constexpr size_t kSelectedCount = 8;
+    static constexpr double kTieUlps = 4.0;
 
     // What was kept in order lacks the order of ids only.
     void sort()
@@ -195,12 +213,15 @@ private:
         mLimit = mLast + mSlack;
     }
 
-    // (d + t)^2 - d^2 for the first last distance, which only falls from here on, and some more for
-    // rounding.
+    // (d + t)^2 - d^2 for the first last distance d, which only falls from here on, and some more
+    // for rounding. A hit has no larger coordinate than the place's plus d, so t is at least its
+    // tolerance.
     void setSlack()
     {
         mLast = mWanted > kSortedCount ? mHits.front().distance : mHits.back().distance;
-        mSlack = 2.5 * mTolerance * (std::sqrt(mLast) + mTolerance)
+        const double distance = std::sqrt(mLast);
+        const double tolerance = 2.0 * kTieUlps * ulp(mMagnitude + distance);
+        mSlack = 2.5 * tolerance * (distance + tolerance)
                  + 4.0 * std::numeric_limits<double>::epsilon() * mLast;
         setLast();
     }
@@ -208,7 +229,7 @@ private:
     std::vector<PointHit> &mHits;
     std::vector<PointHit> &mTies;
     const size_t mWanted;
-    const double mTolerance;
+    const double mMagnitude;
     const ExcludedIds &mExcluded;
     const PointHit *const mAfter;
     size_t mFound = 0;

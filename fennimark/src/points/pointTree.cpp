@@ -37,9 +37,10 @@ Rect2D boundsOf(const std::vector<IdPoint> &points)
 
 class PointTree::Builder {
 public:
-    Builder(PointTree &tree, const Progress &progress) : mTree(tree), mProgress(progress) {}
+    Builder(PointTree &tree, const PlacedReport &report) : mTree(tree), mReport(report) {}
 
-    // Steps are reported from subtrees of about a hundredth of all points.
+    // Each subtree of up to a hundredth of all points, and a tree that is smaller than the least
+    // step, reports its points.
     bool run(std::vector<IdPoint> &points)
     {
         const auto count = static_cast<quint32>(points.size());
@@ -50,14 +51,14 @@ public:
         mTree.mBounds = boundsOf(points);
         mTree.mLive = count;
         mReportBelow = std::max(count / 64, 4 * kLeafSize);
-        mReported = count + 1;
+        mReported = std::max(count, mReportBelow) + 1;
         return place(points.data(), count, mTree.all(), mTree.mBounds);
     }
 
 private:
     bool place(IdPoint *points, quint32 count, Range range, const Rect2D &box)
     {
-        const bool reports = mProgress && count <= mReportBelow && mReported > mReportBelow;
+        const bool reports = mReport && count <= mReportBelow && mReported > mReportBelow;
         if (reports)
             mReported = count;
         const bool goesOn = range.leaves == 1 ? fillLeaf(points, count, range.leaf)
@@ -65,7 +66,7 @@ private:
         if (!reports || !goesOn)
             return goesOn;
         mReported = mReportBelow + 1;
-        return mProgress(count);
+        return mReport(count);
     }
 
     bool fillLeaf(const IdPoint *points, quint32 count, quint32 at)
@@ -109,15 +110,15 @@ private:
     }
 
     PointTree &mTree;
-    const Progress &mProgress;
+    const PlacedReport &mReport;
     quint32 mReportBelow = 0;
     quint32 mReported = 0; // while at most mReportBelow: the size of the subtree that will report
 };
 
-std::shared_ptr<PointTree> PointTree::build(std::vector<IdPoint> &points, const Progress &progress)
+std::shared_ptr<PointTree> PointTree::build(std::vector<IdPoint> &points, const PlacedReport &report)
 {
     auto tree = std::make_shared<PointTree>();
-    return Builder(*tree, progress).run(points) ? tree : nullptr;
+    return Builder(*tree, report).run(points) ? tree : nullptr;
 }
 
 void PointTree::appendLive(std::vector<IdPoint> &points) const

@@ -3,9 +3,16 @@
 ///
 /// Points lie in leaves of twelve, by columns. A node over m leaves has m/2 of them on its left;
 /// nodes are in preorder, so that its left child is the next node and its right child comes m/2
-/// later, and a subtree's leaves are neighbours. A node holds the two bounds of the gap between its
-/// halves along one axis. Removed points and the unused end of the last leaf have NaN coordinates,
-/// which no comparison accepts.
+/// later, and a subtree's leaves are neighbours. Five leaves:
+///
+///     node 0 (leaves 0 to 4)
+///       node 1 (0 to 1): leaf 0, leaf 1
+///       node 2 (2 to 4): leaf 2, node 3 (3 to 4): leaf 3, leaf 4
+///
+/// A node holds the two bounds of the gap between its halves along one axis, and no byte for the
+/// axis: it is the last bit of the lower bound, 0 for x and 1 for y. A bound whose last bit differs
+/// is rounded up by one ulp, which keeps all points of the left half at or below it. Removed points
+/// and the unused end of the last leaf have NaN coordinates, which no comparison accepts.
 ///
 /// Distances to cells are computed by the expression of the distances to points, so that rounding
 /// is monotone: a cell is never farther than a point in it.
@@ -33,12 +40,12 @@ struct IdPoint {
 class PointTree {
 public:
     static constexpr quint32 kLeafSize = 12;
-    /// Told how many points more have found their place; false ends the work.
-    using Progress = std::function<bool(quint32)>;
+    /// Takes the number of points placed since the last report; false ends the work.
+    using PlacedReport = std::function<bool(quint32)>;
 
-    /// Reorders `points`, at least one. Null when `progress` (may be empty) answers false.
+    /// Reorders `points`, at least one. Null when `report` (may be empty) returns false.
     static std::shared_ptr<PointTree> build(std::vector<IdPoint> &points,
-                                            const Progress &progress = {});
+                                            const PlacedReport &report = {});
 
     quint32 slotCount() const { return mSlots; } ///< places, removed points included
     quint32 liveCount() const { return mLive; }
@@ -91,7 +98,7 @@ private:
         quint32 leaves;
         Range left() const { return half(false); }
         Range right() const { return half(true); }
-        /// By masks, since a walk chooses as if by the toss of a coin.
+        /// By masks, since which half a walk takes cannot be predicted.
         Range half(bool isRight) const
         {
             const quint32 mask = 0U - quint32(isRight);
@@ -104,7 +111,7 @@ private:
     static constexpr int kMaxDepth = 34;
 
     Range all() const { return {0, 0, static_cast<quint32>(mLeaves.size())}; }
-    /// Asks for a leaf's memory while the way to it is still being found.
+    /// Prefetches a leaf while the walk to it goes on.
     void fetchAhead(quint32 leaf) const
     {
         const auto *bytes = reinterpret_cast<const char *>(mLeaves.data() + leaf);

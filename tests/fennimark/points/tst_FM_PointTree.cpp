@@ -19,11 +19,20 @@ class NaiveTree {
 public:
     QVector<Member> members;
 
-    double tolerance() const
+    // 4 ulp of the largest coordinate among the place, the hits at the last distance and the one
+    // asked about.
+    double tolerance(const QPointF &place, double last, const QPair<double, int> &hit) const
     {
-        double largest = 0.0;
-        for (const Member &member : members)
-            largest = std::max({largest, std::abs(member.place.x()), std::abs(member.place.y())});
+        const auto magnitude = [](const QPointF &p) {
+            return std::max(std::abs(p.x()), std::abs(p.y()));
+        };
+        double largest = magnitude(place);
+        for (const Member &member : members) {
+            const QPointF gap = member.place - place;
+            const double distance = gap.x() * gap.x() + gap.y() * gap.y();
+            if (distance == last || (distance == hit.first && member.id == hit.second))
+                largest = std::max(largest, magnitude(member.place));
+        }
         return 4.0 * (std::nextafter(largest, HUGE_VAL) - largest);
     }
 
@@ -47,16 +56,18 @@ public:
         if (all.size() <= count)
             return all;
         const double last = all[count - 1].first;
-        const double upper = std::sqrt(last) + tolerance();
-        const double lower = std::max(std::sqrt(last) - tolerance(), 0.0);
+        const auto isTied = [&](const QPair<double, int> &hit) {
+            const double width = tolerance(place, last, hit);
+            const double upper = std::sqrt(last) + width;
+            const double lower = std::max(std::sqrt(last) - width, 0.0);
+            return hit.first >= lower * lower && hit.first <= upper * upper;
+        };
         int end = count;
-        while (end < all.size() && all[end].first <= upper * upper)
+        while (end < all.size() && isTied(all[end]))
             ++end;
         all.resize(end);
-        if (end > count) {
-            for (auto &hit : all)
-                hit.first = hit.first >= lower * lower ? last : hit.first;
-        }
+        for (int i = end; end > count && i-- > 0 && isTied(all[i]);)
+            all[i].first = last;
         std::sort(all.begin(), all.end());
         return all;
     }
@@ -221,7 +232,7 @@ private Q_SLOTS:
             const bool shrinks = step / 1500 % 2;
             const int kind = static_cast<int>(random() % 100);
             if (naive.members.isEmpty() || kind < (shrinks ? 25 : 60)) {
-                // A far point widens the ties of all as long as it is there.
+                // A far point does not widen the ties of the others.
                 const double x = random() % 300 ? double(random() % 64) : 1e15;
                 naive.members.append({{x, double(random() % 64)}, int(random() % 500)});
                 QVERIFY(tree.AddPointToSet(naive.members.last().place, naive.members.last().id));
@@ -318,6 +329,19 @@ private Q_SLOTS:
                 QCOMPARE(found[2], found[0]);
             }
         }
+    }
+
+    void aFarPointTiesNobody()
+    {
+        std::mt19937 random(3);
+        FM_PointTree tree;
+        for (int i = 0; i < 1000; ++i)
+            tree.AddPointToSet({double(random()) / 4294967296.0, double(random()) / 4294967296.0},
+                               i);
+        tree.AddPointToSet({1e15, 1e15}, 1000);
+        Hits hits;
+        QVERIFY(tree.GetNearestNeighbors({0.5, 0.5}, 5, {}, hits, true));
+        QCOMPARE(hits.size(), 5);
     }
 
     void cursorsGoThroughAllPointsInOrder()
@@ -456,6 +480,16 @@ private Q_SLOTS:
         QVERIFY(!tree.GetNearestNeighbors(QPointF(), 1, {}, hits, true)); // and the tree is empty
         QVERIFY(!tree.SetPoints({QPointF(1, HUGE_VAL)}, {1}, nullptr, 0, 100));
         QVERIFY(tree.SetPoints({}, {}, nullptr, 0, 100));
+    }
+
+    void everyTreeAsksWhetherToGoOn()
+    {
+        for (const int count : {1, 12, 47, 48, 49, 300}) {
+            FM_PointTree tree;
+            gReportsLeft = 1;
+            QVERIFY(!tree.SetPoints(QVector<QPointF>(count), QVector<int>(count), report, 0, 100));
+            QCOMPARE(gReportsLeft, 0);
+        }
     }
 
     void progressRunsBetweenItsLimits()
