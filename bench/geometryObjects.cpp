@@ -247,6 +247,26 @@ void addIntersections(std::vector<Pair> &table)
     }
 }
 
+/// Squares beside one another as one polygon: the first area finds which ring lies in which and
+/// tests the polygon's validity.
+void addIslands(std::vector<Pair> &table)
+{
+    constexpr int kSide = 200;
+    QList<QPolygonF> rings;
+    std::vector<GEOSGeometry *> islands;
+    for (int i = 0; i < kSide * kSide; ++i) {
+        const double x = i % kSide;
+        const double y = i / kSide;
+        rings.append(QVector<QPointF>{{x, y}, {x + 0.5, y}, {x + 0.5, y + 0.5}, {x, y + 0.5}});
+        islands.push_back(geometryOf(rings.last()).release());
+    }
+    const auto all = std::make_shared<Geometry>(GEOSGeom_createCollection_r(
+        geos(), GEOS_MULTIPOLYGON, islands.data(), static_cast<unsigned>(islands.size())));
+    table.push_back({"first area of 40,000 islands", "GEOS validity", 3.0,
+                     repeat([=] { DoNotOptimize(FMPolygon(rings).GetArea()); }),
+                     repeat([=] { DoNotOptimize(GEOSisValid_r(geos(), all->get())); })});
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -256,5 +276,6 @@ int main(int argc, char **argv)
     addBorders(table);
     addIntersections(table);
     addGrids(table);
+    addIslands(table);
     return ratios::run(argc, argv, table);
 }

@@ -20,7 +20,7 @@
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
 #include "file/geometryFile.h"
-#include "store/hilbertOrder.h"
+#include "base/hilbertOrder.h"
 #include "ratios.h"
 
 namespace {

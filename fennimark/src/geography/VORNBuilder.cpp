@@ -12,7 +12,7 @@
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "file/geometryFile.h"
-#include "store/hilbertOrder.h"
+#include "base/hilbertOrder.h"
 
 using namespace fennimark;
 

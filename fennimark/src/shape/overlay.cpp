@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "shape/overlay.h"
 #include <cmath>
+#include "base/boxTree.h"
+#include "base/hilbertOrder.h"
 #include "base/orientation.h"
 #include "shape/relate.h"
 
@@ -138,35 +140,91 @@ void appendPolygons(ObjectBacking &out, const GEOSGeometry *geometry)
     }
 }
 
+/// The rings of a polygon as polygons of their own, found by their boxes.
+class RingIndex {
+public:
+    explicit RingIndex(const Shape &polygon)
+    {
+        const quint32 count = polygon.partCount();
+        std::vector<RecordCenter> centers;
+        for (quint32 i = 0; i < count; ++i) {
+            GeometryView ring;
+            ring.vertices = &polygon.vertex(polygon.partBegin(i));
+            ring.vertexCount = polygon.partEnd(i) - polygon.partBegin(i);
+            ring.partCount = 1;
+            ring.bounds = vertexBounds(ring.vertices, ring.vertexCount);
+            mRings.push_back(std::make_unique<Shape>(ring, ObjectKind::Polygon));
+            mAreas.push_back(std::abs(doubleArea(ring.vertices, ring.vertexCount)));
+            centers.push_back({ring.bounds.xMin / 2 + ring.bounds.xMax / 2,
+                               ring.bounds.yMin / 2 + ring.bounds.yMax / 2, 0.0});
+        }
+        mOrder = hilbertOrder(centers, RectInT{polygon.bounds(), timeRange{}}, false);
+        std::vector<RunHull> runs((count + kRecordsPerRun - 1) / kRecordsPerRun);
+        for (quint32 i = 0; i < count; ++i) {
+            RunHull &run = runs[i / kRecordsPerRun];
+            widen(run.box, mRings[mOrder[i]]->bounds());
+            run.start = run.end = 0.0;
+        }
+        mNodes = BoxTree::build(runs);
+        mTree = BoxTree(mNodes.data(), quint32(runs.size()));
+    }
+    Q_DISABLE_COPY(RingIndex)
+
+    /// The smallest ring around a ring; the ring itself when there is none. Rings that cross give
+    /// any answer, but no two are around each other.
+    quint32 around(quint32 ring)
+    {
+        mCandidates.clear();
+        const Rect2D &box = mRings[ring]->bounds();
+        if (mRings[ring]->isEmpty())
+            return ring;
+        mTree.visitRuns(BoxWindow({box.xMin, box.xMin, box.yMin, box.yMin}), [&](quint32 run) {
+            const quint32 end = std::min(quint32(mOrder.size()), (run + 1) * kRecordsPerRun);
+            for (quint32 i = run * kRecordsPerRun; i < end; ++i) {
+                const quint32 other = mOrder[i];
+                if (mAreas[other] > mAreas[ring] && boxContains(mRings[other]->bounds(), box))
+                    mCandidates.push_back(other);
+            }
+        });
+        const auto isLarger = [this](quint32 a, quint32 b) { return mAreas[a] > mAreas[b]; };
+        std::make_heap(mCandidates.begin(), mCandidates.end(), isLarger);
+        for (auto end = mCandidates.end(); end != mCandidates.begin(); --end) {
+            std::pop_heap(mCandidates.begin(), end, isLarger);
+            if (ringInside(*mRings[ring], *mRings[*(end - 1)]))
+                return *(end - 1);
+        }
+        return ring;
+    }
+    /// All rings, those with the larger area first.
+    std::vector<quint32> byArea() const
+    {
+        std::vector<quint32> rings = mOrder;
+        std::sort(rings.begin(), rings.end(), [this](quint32 a, quint32 b) {
+            return mAreas[a] != mAreas[b] ? mAreas[a] > mAreas[b] : a < b;
+        });
+        return rings;
+    }
+
+private:
+    std::vector<std::unique_ptr<Shape>> mRings;
+    std::vector<double> mAreas;
+    std::vector<quint32> mOrder; // along the Hilbert curve
+    std::vector<BoxNode> mNodes;
+    BoxTree mTree;
+    std::vector<quint32> mCandidates;
+};
+
+/// In a polygon whose rings do not cross, a ring is a hole exactly when the smallest ring around it
+/// is a shell. O(n log n) for n rings, as long as each lies inside few others.
 Nesting computeNesting(const Shape &polygon)
 {
+    RingIndex index(polygon);
     const quint32 count = polygon.partCount();
     Nesting nesting{std::vector<quint8>(count, 0), std::vector<quint32>(count, 0)};
-    std::vector<std::unique_ptr<Shape>> rings(count);
-    for (quint32 i = 0; i < count; ++i) {
-        GeometryView ring;
-        ring.vertices = &polygon.vertex(polygon.partBegin(i));
-        ring.vertexCount = polygon.partEnd(i) - polygon.partBegin(i);
-        ring.partCount = 1;
-        ring.bounds = vertexBounds(ring.vertices, ring.vertexCount);
-        rings[i] = std::make_unique<Shape>(ring, ObjectKind::Polygon);
-    }
-    std::vector<quint32> depth(count, 0);
-    std::vector<std::vector<quint32>> around(count);
-    for (quint32 i = 0; i < count; ++i) {
-        for (quint32 j = 0; j < count; ++j) {
-            if (i != j && !rings[i]->isEmpty() && ringInside(*rings[i], *rings[j]))
-                around[i].push_back(j);
-        }
-        depth[i] = static_cast<quint32>(around[i].size());
-    }
-    for (quint32 i = 0; i < count; ++i) {
-        nesting.isHole[i] = depth[i] & 1U;
-        nesting.shell[i] = i;
-        for (const quint32 j : around[i]) {
-            if (nesting.isHole[i] && depth[j] + 1 == depth[i])
-                nesting.shell[i] = j;
-        }
+    for (const quint32 ring : index.byArea()) { // so that the ring around is decided already
+        const quint32 around = index.around(ring);
+        nesting.isHole[ring] = around != ring && !nesting.isHole[around];
+        nesting.shell[ring] = nesting.isHole[ring] ? around : ring;
     }
     return nesting;
 }

@@ -10,13 +10,19 @@
 ///     box 32 (point 16), time index 4 (none when all records share one range), chain id 4, payload
 ///     position 8 (points none), entry in the list of observations 4, nodes 2.1; on the heap 1 of
 ///     flags, which are the only thing to change.
+///
+///     payload 0 | payload 1 | ... | ranges | time index | chain ids | observations | boxes |
+///     payload positions | nodes
+///
 /// Here records count from 0; their public ids count from 1, since callers check in only ids above
-/// 0.
+/// 0. Columns never change once they are laid out. Removing and reviving records changes flags and
+/// the version number alone; each change of the version invalidates the hull and the pieces of time
+/// here, the lists of observations in the Fennims, and the contiguity graph with its reaches.
 #pragma once
 #include <QHash>
 #include <QVector>
 #include <vector>
-#include "store/boxTree.h"
+#include "base/boxTree.h"
 #include "fennimark/HilbertTree.h"
 #include "shape/geometryView.h"
 #include "store/liveRecords.h"

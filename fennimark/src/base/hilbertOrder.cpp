@@ -3,7 +3,7 @@
 // 381-387. The transposed form of a cell (the key's bits dealt out over the axes) is reached by
 // exchanges and inversions from the top bit down and one Gray encoding. The sort is a byte-wise
 // radix sort on the 32-bit keys.
-#include "store/hilbertOrder.h"
+#include "base/hilbertOrder.h"
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -40,32 +40,47 @@ template <std::size_t Axes, unsigned Bits> quint32 keyOf(std::array<quint32, Axe
     return key;
 }
 
-/// Maps [low, high] to the cells 0 to 2^bits - 1, what lies outside to the nearest.
-class CellScale {
-public:
-    CellScale(double low, double high, unsigned bits) : mLow(low), mLast(double((1U << bits) - 1))
-    {
-        const double extent = high - low;
-        mFactor = extent > 0 && std::isfinite(extent) ? mLast / extent : 0;
-    }
-    quint32 operator()(double value) const
-    {
-        const double cell = (value - mLow) * mFactor;
-        return static_cast<quint32>(cell > 0 ? std::min(cell, mLast)
-                                             : 0.0); // a NaN of inf * 0 fails the test
-    }
-
-private:
-    double mLow, mLast, mFactor;
-};
+/// The cell of a value in [low, high], 0 to 2^bits - 1; the nearest cell for a value outside.
+quint32 cellOf(double value, double low, double high, unsigned bits)
+{
+    const double extent = high - low;
+    const auto last = double((1U << bits) - 1);
+    const double factor = extent > 0 && std::isfinite(extent) ? last / extent : 0;
+    const double cell = (value - low) * factor;
+    return static_cast<quint32>(cell > 0 ? std::min(cell, last)
+                                         : 0.0); // a NaN of inf * 0 fails the test
+}
 
 struct Keyed {
     quint32 key, position;
 };
 
-std::vector<quint32> sortedPositions(std::vector<Keyed> &items)
+} // namespace
+
+quint32 hilbertKey(quint32 x, quint32 y)
 {
-    std::vector<Keyed> other(items.size());
+    return keyOf<2, 16>({x, y});
+}
+
+quint32 hilbertKey(quint32 x, quint32 y, quint32 z)
+{
+    return keyOf<3, 10>({x, y, z});
+}
+
+quint32 HilbertScale::key(const RecordCenter &center) const
+{
+    const unsigned bits = mWithTime ? 10 : 16;
+    const quint32 x = cellOf(center.x, mBounds.xMin, mBounds.xMax, bits);
+    const quint32 y = cellOf(center.y, mBounds.yMin, mBounds.yMax, bits);
+    return mWithTime ? hilbertKey(x, y, cellOf(center.time, mBounds.start, mBounds.end, bits))
+                     : hilbertKey(x, y);
+}
+
+std::vector<quint32> orderOfKeys(const std::vector<quint32> &keys)
+{
+    std::vector<Keyed> items(keys.size()), other(keys.size());
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        items[i] = {keys[i], quint32(i)};
     for (unsigned shift = 0; shift < 32; shift += 8) {
         std::array<std::size_t, 257> start{};
         for (const Keyed &item : items)
@@ -82,32 +97,15 @@ std::vector<quint32> sortedPositions(std::vector<Keyed> &items)
     return positions;
 }
 
-} // namespace
-
-quint32 hilbertKey(quint32 x, quint32 y)
-{
-    return keyOf<2, 16>({x, y});
-}
-
-quint32 hilbertKey(quint32 x, quint32 y, quint32 z)
-{
-    return keyOf<3, 10>({x, y, z});
-}
-
-std::vector<quint32> hilbertOrder(const std::vector<RecordCenter> &centers, const RectInT &scale,
+std::vector<quint32> hilbertOrder(const std::vector<RecordCenter> &centers, const RectInT &bounds,
                                   bool withTime)
 {
-    const unsigned bits = withTime ? 10 : 16;
-    const CellScale x(scale.xMin, scale.xMax, bits), y(scale.yMin, scale.yMax, bits),
-        t(scale.start, scale.end, bits);
-    std::vector<Keyed> items;
-    items.reserve(centers.size());
-    for (const RecordCenter &center : centers) {
-        const quint32 key = withTime ? hilbertKey(x(center.x), y(center.y), t(center.time))
-                                     : hilbertKey(x(center.x), y(center.y));
-        items.push_back({key, quint32(items.size())});
-    }
-    return sortedPositions(items);
+    const HilbertScale scale(bounds, withTime);
+    std::vector<quint32> keys;
+    keys.reserve(centers.size());
+    for (const RecordCenter &center : centers)
+        keys.push_back(scale.key(center));
+    return orderOfKeys(keys);
 }
 
 } // namespace fennimark

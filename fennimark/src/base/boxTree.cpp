@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "store/boxTree.h"
+#include "base/boxTree.h"
 
 namespace fennimark {
 namespace {

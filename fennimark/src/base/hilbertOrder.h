@@ -12,9 +12,22 @@ struct RecordCenter {
     double x, y, time;
 };
 
-/// Positions 0 to n - 1 in the order of their 32-bit keys, equal keys in the order given. `scale`
-/// only sets the grid: centres outside count as at its edge. With a single time the curve is plane,
-/// 16 bits an axis, else it runs through space and time, 10 bits an axis. O(n).
+/// The keys of places on the curve. `bounds` only sets the grid: centres outside count as at its
+/// edge. Without time the curve is plane, 16 bits an axis, else it runs through space and time, 10
+/// bits an axis.
+class HilbertScale {
+public:
+    HilbertScale(const RectInT &bounds, bool withTime) : mBounds(bounds), mWithTime(withTime) {}
+    quint32 key(const RecordCenter &center) const;
+
+private:
+    RectInT mBounds;
+    bool mWithTime;
+};
+
+/// Positions 0 to n - 1 in the order of their keys, equal keys in the order given. O(n).
+std::vector<quint32> orderOfKeys(const std::vector<quint32> &keys);
+/// The order of the centres' keys.
 std::vector<quint32> hilbertOrder(const std::vector<RecordCenter> &centers, const RectInT &scale,
                                   bool withTime);
 
