@@ -11,11 +11,14 @@
 #include <gdal.h>
 #include <geos_c.h>
 #include <malloc.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <memory>
 #include <ogr_api.h>
 #include <ogr_srs_api.h>
 #include <random>
 #include "store/contiguity.h"
+#include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
@@ -656,6 +659,75 @@ void heapRows()
     heapRow(32);
 }
 
+// Building
+
+double statusBytes(const char *field)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    status.open(QIODevice::ReadOnly);
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith(field))
+            return 1024 * line.mid(int(std::strlen(field))).simplified().split(' ')[0].toDouble();
+    }
+    return 0;
+}
+
+struct BuildCost {
+    double bytes, nanoseconds; // an object
+};
+
+/// What building and writing so many points or squares takes at its peak and in time, in a process
+/// of its own.
+BuildCost costOfBuilding(int count, bool points)
+{
+    int ends[2];
+    BuildCost cost{};
+    if (pipe(ends) != 0)
+        return cost;
+    const pid_t child = fork();
+    if (child == 0) {
+        const QString path = scratchFile() + QString::number(getpid());
+        const double before = statusBytes("VmRSS:");
+        const double seconds = ratios::secondsOf([&] {
+            VORNBuilder builder(RectInT{Rect2D{0, kSize, 0, kSize}, timeRange{0, 1, 0xFF}}, nullptr,
+                                nullptr);
+            for (int i = 0; i < count; ++i) {
+                const double x = uniform(0, kSize), y = uniform(0, kSize);
+                FMObjectChain *chain = builder.CreateChain({}, {}, -1);
+                TreeObject *object = points ? static_cast<TreeObject *>(new FMPoint(QPointF(x, y)))
+                                            : new FMPolygon(rect(x, y, 1, 1));
+                builder.AddObjectsToChain(chain->id, {object}, {timeRange{0, 1, 0xFF}}, true);
+            }
+            builder.Finish(QFile::encodeName(path).constData(), nullptr);
+        });
+        cost = {(statusBytes("VmHWM:") - before) / count, 1e9 * seconds / count};
+        QFile::remove(path);
+        _exit(write(ends[1], &cost, sizeof cost) == sizeof cost ? 0 : 1);
+    }
+    if (read(ends[0], &cost, sizeof cost) != sizeof cost)
+        cost = {};
+    waitpid(child, nullptr, 0);
+    close(ends[0]);
+    close(ends[1]);
+    return cost;
+}
+
+void buildRows()
+{
+    for (const bool points : {true, false}) {
+        const char *what = points ? "points" : "squares";
+        const BuildCost few = costOfBuilding(10000, points);
+        char name[64];
+        for (const int count : {1000000, 4000000}) {
+            const BuildCost many = costOfBuilding(count, points);
+            std::snprintf(name, sizeof name, "build %d %s, peak memory an object", count, what);
+            ratios::row(name, many.bytes, "allowed", points ? 120 : 160, 1.0, "B");
+            std::snprintf(name, sizeof name, "build %d %s, time an object", count, what);
+            ratios::row(name, many.nanoseconds, "10,000 of them", few.nanoseconds, 1.5);
+        }
+    }
+}
+
 } // namespace
 
 /// All groups of rows, or those named on the command line.
@@ -665,6 +737,7 @@ int main(int argc, char **argv)
         {"boxes", boxRows},   {"index", indexRows},
         {"exact", exactRows}, {"contiguity", contiguityRows},
         {"files", fileRows},  {"heap", heapRows},
+        {"build", buildRows},
     };
     ratios::head("Geometry store");
     for (const auto &[name, rows] : groups) {

@@ -1,32 +1,36 @@
 // SPDX-License-Identifier: MIT
-// A geometry goes to a scratch file as soon as it comes: its bounds, u32 part count, u32 part
-// sizes, padding to 8, its vertices (of a point, the bounds alone). What stays in memory is what
-// the order of the records needs.
+// Vertices go to a scratch file as soon as they come: of each line or polygon u32 part count, u32
+// part sizes, padding to 8, 16 bytes a vertex. What stays in memory is what the order of the
+// records and the sections before the vertices need: 12 bytes a record, 32 a chain, and 16 a point
+// or 8 a line or polygon.
 #include "fennimark/VORNBuilder.h"
 #include <QFile>
-#include <QMap>
 #include <algorithm>
 #include <deque>
 #include <limits>
+#include <map>
+#include "base/hilbertOrder.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "file/geometryFile.h"
-#include "base/hilbertOrder.h"
+#include "geography/builtRecords.h"
 
 using namespace fennimark;
 
 namespace {
 
 struct BuiltRecord {
-    double x, y; // middle of the box
-    timeRange range;
-    quint64 bytesAt;
+    quint32 planeKey, spaceKey; // on the plane curve, and on the curve through space and time
+    quint32 range;              // its number in the table of ranges
 };
 
+/// A chain's records follow one another in time as they came, from `firstRecord` on, or stand in a
+/// list of their own.
 struct BuiltChain {
-    FMObjectChain handle;
-    std::vector<quint32> records; // by time
+    FMObjectChain handle; // whose first is the chain's number
+    quint32 firstRecord = 0;
+    quint32 list = 0; // 1 + the number of its list; 0: none
 };
 
 /// Deletes added objects on every way out; one that was passed twice is one.
@@ -69,194 +73,351 @@ bool tellApart(timeRange &earlier, timeRange &later)
 
 class VORNBuilder::Private final : public ObservationSource {
 public:
-    RectInT bounds;
+    explicit Private(const RectInT &bounds) : planeScale(bounds, false), spaceScale(bounds, true)
+    {
+    }
+
     QString name;
     FMProjectionInfo projection;
     double tolerance = 0.0;
-    bool hasKind = false;
     bool finished = false;
-    ObjectKind kind = ObjectKind::Point;
-    std::deque<BuiltChain> chains;
-    QMap<int, quint32> chainNumbers; // by chain id
-    std::vector<BuiltRecord> records;
-    ScratchSpace space;
 
     QPair<timeRange, int> observation(quint32 first, quint32 index) const override
     {
-        const quint32 record = chains[first].records[index];
-        return {records[record].range, int(record) + 1};
+        const quint32 record = recordAt(chains[first], index);
+        return {ranges[records[record].range], int(record) + 1};
     }
 
-    bool store(const TreeObject *object, const timeRange &range, BuiltRecord &record);
+    FMObjectChain *create(const QVector<TreeObject *> &objects, const QVector<timeRange> &times,
+                          int id);
+    BuiltChain *chainById(int id);
     bool append(BuiltChain &chain, const QVector<TreeObject *> &objects,
-                const QVector<timeRange> &ranges);
-    bool geometry(quint32 record, GeometryView &view, std::vector<quint64> &buffer) const;
-    void order(FileContent &content) const;
+                const QVector<timeRange> &times);
+    bool hasRecords() const { return !records.empty(); }
+    bool write(const QString &path, ProgressCallback progress);
 
 private:
     struct Timed {
         timeRange range;
         quint32 record;
     };
-    std::vector<Timed> merged(const BuiltChain &chain, const QVector<timeRange> &ranges,
-                              std::size_t &untouched) const;
+
+    int largestId() const;
+    quint32 recordAt(const BuiltChain &chain, quint32 index) const
+    {
+        return chain.list > 0 ? lists[chain.list - 1].at(index) : chain.firstRecord + index;
+    }
+    const timeRange &rangeOf(quint32 record) const { return ranges[records[record].range]; }
+    bool follow(const BuiltChain &chain, const std::vector<Timed> &added) const;
+    std::vector<Timed> among(const BuiltChain &chain, const std::vector<Timed> &added) const;
+    void insert(BuiltChain &chain, const std::vector<Timed> &added);
+    bool keep(const TreeObject *object, const timeRange &range, BuiltRecord &record,
+              QPointF &point, quint64 &position, ContentTotals &sums);
+    bool geometry(quint32 record, GeometryView &view, std::vector<quint64> &buffer) const;
+    void order(FileContent &content) const;
+
+    const HilbertScale planeScale, spaceScale;
+    bool hasKind = false;
+    ObjectKind kind = ObjectKind::Point;
+    std::deque<BuiltChain> chains;       // in the order of their making
+    std::map<int, quint32> numberById;   // only where ids did not come ascending
+    std::vector<TimeOrderedRecords> lists;
+    std::deque<BuiltRecord> records;
+    std::deque<QPointF> points;          // of a point geography
+    std::deque<quint64> positions;       // of lines and polygons in the scratch space
+    RangeTable ranges;
+    ContentTotals totals;
+    ScratchSpace space;
 };
 
-/// Writes one geometry to the scratch file; false when it is none that can be kept.
-bool VORNBuilder::Private::store(const TreeObject *object, const timeRange &range,
-                                 BuiltRecord &record)
+int VORNBuilder::Private::largestId() const
+{
+    if (chains.empty())
+        return -1;
+    return numberById.empty() ? chains.back().handle.id : numberById.rbegin()->first;
+}
+
+BuiltChain *VORNBuilder::Private::chainById(int id)
+{
+    if (!numberById.empty()) {
+        const auto found = numberById.find(id);
+        return found == numberById.end() ? nullptr : &chains[found->second];
+    }
+    if (!chains.empty() && chains.back().handle.id == id) // the chain that is being filled
+        return &chains.back();
+    const auto found = std::lower_bound(
+        chains.begin(), chains.end(), id,
+        [](const BuiltChain &chain, int wanted) { return chain.handle.id < wanted; });
+    return found == chains.end() || found->handle.id != id ? nullptr : &*found;
+}
+
+FMObjectChain *VORNBuilder::Private::create(const QVector<TreeObject *> &objects,
+                                            const QVector<timeRange> &times, int id)
+{
+    const int last = largestId();
+    if (id == -1)
+        id = last < std::numeric_limits<int>::max() ? last + 1 : -1;
+    if (id < 0 || chainById(id))
+        return nullptr;
+    const auto number = quint32(chains.size());
+    BuiltChain &chain = chains.emplace_back();
+    chain.handle.id = id;
+    place(chain.handle, this, number, 0);
+    if (!append(chain, objects, times)) {
+        chains.pop_back();
+        return nullptr;
+    }
+    if (id < last && numberById.empty()) {
+        for (quint32 i = 0; i < number; ++i)
+            numberById.emplace_hint(numberById.end(), chains[i].handle.id, i);
+    }
+    if (id < last || !numberById.empty())
+        numberById.emplace(id, number);
+    return &chain.handle;
+}
+
+/// Whether the new records, which ascend in time, come behind the chain's, and number by number.
+bool VORNBuilder::Private::follow(const BuiltChain &chain, const std::vector<Timed> &added) const
+{
+    const quint32 count = countOf(chain.handle);
+    if (chain.list > 0 || (count > 0 && chain.firstRecord + count != records.size())
+        || (count > 0
+            && startsBefore(added.front().range, rangeOf(recordAt(chain, count - 1)))))
+        return false;
+    for (std::size_t i = 0; i < added.size(); ++i) {
+        if (added[i].record != records.size() + i)
+            return false;
+    }
+    return true;
+}
+
+/// The new records and those next to them in the chain, ascending in time.
+std::vector<VORNBuilder::Private::Timed>
+VORNBuilder::Private::among(const BuiltChain &chain, const std::vector<Timed> &added) const
+{
+    std::vector<Timed> all = added;
+    const auto take = [&](quint32 record) { all.push_back({rangeOf(record), record}); };
+    const quint32 count = countOf(chain.handle);
+    for (const Timed &one : added) {
+        const auto isAfter = [&](quint32 record) {
+            return startsBefore(one.range, rangeOf(record));
+        };
+        if (chain.list > 0) {
+            lists[chain.list - 1].visitNeighbors(isAfter, take);
+            continue;
+        }
+        quint32 low = 0;
+        for (quint32 high = count; low < high;) {
+            const quint32 middle = low + (high - low) / 2;
+            if (isAfter(chain.firstRecord + middle))
+                high = middle;
+            else
+                low = middle + 1;
+        }
+        if (low > 0)
+            take(chain.firstRecord + low - 1);
+        if (low < count)
+            take(chain.firstRecord + low);
+    }
+    std::sort(all.begin(), all.end(), [](const Timed &a, const Timed &b) {
+        if (startsBefore(a.range, b.range) || startsBefore(b.range, a.range))
+            return startsBefore(a.range, b.range);
+        return a.record < b.record;
+    });
+    all.erase(std::unique(all.begin(), all.end(),
+                          [](const Timed &a, const Timed &b) { return a.record == b.record; }),
+              all.end());
+    return all;
+}
+
+/// Enters records that do not follow the chain's into its list, which is made for the first of them.
+void VORNBuilder::Private::insert(BuiltChain &chain, const std::vector<Timed> &added)
+{
+    const auto enter = [&](quint32 record) {
+        lists[chain.list - 1].insert(record, [&](quint32 other) {
+            return startsBefore(rangeOf(record), rangeOf(other));
+        });
+    };
+    if (chain.list == 0) {
+        lists.emplace_back();
+        chain.list = quint32(lists.size());
+        for (quint32 i = 0; i < countOf(chain.handle); ++i)
+            enter(chain.firstRecord + i);
+    }
+    for (const Timed &one : added)
+        enter(one.record);
+}
+
+bool VORNBuilder::Private::append(BuiltChain &chain, const QVector<TreeObject *> &objects,
+                                  const QVector<timeRange> &times)
+{
+    if (finished || objects.size() != times.size()
+        || !std::all_of(times.begin(), times.end(), isUsable)
+        || records.size() + std::size_t(objects.size()) > kMaxRecords)
+        return false;
+    if (objects.isEmpty())
+        return true;
+    std::vector<Timed> added;
+    for (const timeRange &range : times)
+        added.push_back({normalized(range), quint32(records.size() + added.size())});
+    std::stable_sort(added.begin(), added.end(), [](const Timed &a, const Timed &b) {
+        return startsBefore(a.range, b.range);
+    });
+    std::vector<Timed> all = among(chain, added);
+    for (std::size_t i = 1; i < all.size(); ++i) {
+        if (!tellApart(all[i - 1].range, all[i].range))
+            return false;
+    }
+
+    const auto count = std::size_t(objects.size());
+    std::vector<BuiltRecord> made(count);
+    std::vector<QPointF> places(count);
+    std::vector<quint64> starts(count);
+    ContentTotals sums = totals;
+    const bool hadKind = hasKind;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!keep(objects[int(i)], times[int(i)], made[i], places[i], starts[i], sums)) {
+            hasKind = hadKind;
+            return false;
+        }
+    }
+    totals = sums;
+    const bool follows = follow(chain, added);
+    if (countOf(chain.handle) == 0)
+        chain.firstRecord = quint32(records.size());
+    records.insert(records.end(), made.begin(), made.end());
+    if (kind == ObjectKind::Point)
+        points.insert(points.end(), places.begin(), places.end());
+    else
+        positions.insert(positions.end(), starts.begin(), starts.end());
+    for (const Timed &one : all)
+        records[one.record].range = ranges.numberOf(one.range);
+    if (!follows)
+        insert(chain, added);
+    place(chain.handle, this, firstOf(chain.handle), countOf(chain.handle) + quint32(count));
+    return true;
+}
+
+/// Takes one geometry over; false when it is none that can be kept.
+bool VORNBuilder::Private::keep(const TreeObject *object, const timeRange &range,
+                                BuiltRecord &record, QPointF &point, quint64 &position,
+                                ContentTotals &sums)
 {
     const auto *shape = dynamic_cast<const FMObject *>(object);
     if (!shape || (hasKind && ObjectAccess::kind(*shape) != kind))
         return false;
     const ObjectKind its = ObjectAccess::kind(*shape);
-    const GeometryView &view = ObjectAccess::view(*shape);
-    Rect2D box;
+    GeometryView view;
     bool finite = true;
-    if (const auto *point = dynamic_cast<const FMPoint *>(shape)) {
-        box = {point->x, point->x, point->y, point->y};
-        finite = std::isfinite(point->x) && std::isfinite(point->y);
+    if (const auto *given = dynamic_cast<const FMPoint *>(shape)) {
+        point = QPointF(given->x, given->y);
+        view.bounds = {given->x, given->x, given->y, given->y};
+        finite = std::isfinite(given->x) && std::isfinite(given->y);
     } else {
+        view = ObjectAccess::view(*shape);
         if (!hasUsableParts(view, its))
             return false;
-        box = vertexBounds(view.vertices, view.vertexCount, &finite);
+        view.bounds = vertexBounds(view.vertices, view.vertexCount, &finite);
     }
-    if (!finite || !space.align(8))
+    if (!finite)
         return false;
-    record = {box.xMin / 2 + box.xMax / 2, box.yMin / 2 + box.yMax / 2, range, space.size()};
-    if (!space.append(&box, sizeof box))
-        return false;
+    const Rect2D &box = view.bounds;
+    const RecordCenter center{box.xMin / 2 + box.xMax / 2, box.yMin / 2 + box.yMax / 2,
+                              range.start / 2 + range.end / 2};
+    record = {planeScale.key(center), spaceScale.key(center), 0};
+    sums.add(view, its);
     kind = its;
     hasKind = true;
-    return its == ObjectKind::Point
-           || (space.append(&view.partCount, 4)
-               && space.append(view.partSizes, 4 * quint64(view.partCount)) && space.align(8)
-               && space.append(view.vertices, sizeof(QPointF) * quint64(view.vertexCount)));
-}
-
-/// The chain's observations from number `untouched` on and the new ones, numbered behind all
-/// records, in order of time.
-std::vector<VORNBuilder::Private::Timed>
-VORNBuilder::Private::merged(const BuiltChain &chain, const QVector<timeRange> &ranges,
-                             std::size_t &untouched) const
-{
-    const auto byStart = [](const Timed &a, const Timed &b) {
-        return startsBefore(a.range, b.range);
-    };
-    std::vector<Timed> added;
-    for (const timeRange &range : ranges)
-        added.push_back({normalized(range), quint32(records.size() + added.size())});
-    std::stable_sort(added.begin(), added.end(), byStart);
-    // Mostly they follow what is there, and then only the last one can be touched.
-    const auto first = std::upper_bound(chain.records.begin(), chain.records.end(), added.front(),
-                                        [this](const Timed &one, quint32 record) {
-                                            return startsBefore(one.range, records[record].range);
-                                        });
-    untouched = std::size_t(std::max<std::ptrdiff_t>(0, first - chain.records.begin() - 1));
-    std::vector<Timed> all;
-    for (std::size_t i = untouched; i < chain.records.size(); ++i)
-        all.push_back({records[chain.records[i]].range, chain.records[i]});
-    const auto middle = std::ptrdiff_t(all.size());
-    all.insert(all.end(), added.begin(), added.end());
-    std::inplace_merge(all.begin(), all.begin() + middle, all.end(), byStart);
-    return all;
-}
-
-bool VORNBuilder::Private::append(BuiltChain &chain, const QVector<TreeObject *> &objects,
-                                  const QVector<timeRange> &ranges)
-{
-    if (finished || objects.size() != ranges.size()
-        || !std::all_of(ranges.begin(), ranges.end(), isUsable)
-        || records.size() + std::size_t(objects.size()) > kMaxRecords)
-        return false;
-    if (objects.isEmpty())
+    if (its == ObjectKind::Point)
         return true;
-    std::size_t untouched = 0;
-    std::vector<Timed> all = merged(chain, ranges, untouched);
-    for (std::size_t i = 1; i < all.size(); ++i) {
-        if (!tellApart(all[i - 1].range, all[i].range))
-            return false;
-    }
-    const bool hadKind = hasKind;
-    std::vector<BuiltRecord> added(std::size_t(objects.size()));
-    for (int i = 0; i < objects.size(); ++i) {
-        if (!store(objects[i], ranges[i], added[std::size_t(i)])) {
-            hasKind = hadKind;
-            return false;
-        }
-    }
-    records.insert(records.end(), added.begin(), added.end());
-    chain.records.resize(untouched);
-    for (const Timed &one : all) {
-        records[one.record].range = one.range;
-        chain.records.push_back(one.record);
-    }
-    place(chain.handle, this, firstOf(chain.handle), quint32(chain.records.size()));
-    return true;
+    position = space.size();
+    return space.append(&view.partCount, 4)
+           && space.append(view.partSizes, 4 * quint64(view.partCount)) && space.align(8)
+           && space.append(view.vertices, sizeof(QPointF) * quint64(view.vertexCount));
 }
 
 bool VORNBuilder::Private::geometry(quint32 record, GeometryView &view,
                                     std::vector<quint64> &buffer) const
 {
-    const quint64 at = records[record].bytesAt;
-    const quint64 countAt = at + sizeof(Rect2D);
-    if (!space.read(at, &view.bounds, sizeof view.bounds))
-        return false;
-    if (kind == ObjectKind::Point)
-        return true;
-    if (!space.read(countAt, &view.partCount, 4))
-        return false;
-    const quint64 sizesSpace = (4 * (quint64(view.partCount) + 1) + 7) / 8 * 8;
-    const auto sizesIn = [&](const uchar *bytes) {
-        view.partSizes = reinterpret_cast<const quint32 *>(bytes) + 1;
-        view.vertexCount = 0;
-        for (quint32 i = 0; i < view.partCount; ++i)
-            view.vertexCount += view.partSizes[i];
-        view.vertices = reinterpret_cast<const QPointF *>(bytes + sizesSpace);
-    };
-    if (const uchar *bytes = space.at(countAt)) {
-        sizesIn(bytes);
+    if (kind == ObjectKind::Point) {
+        const QPointF &point = points[record];
+        view.bounds = {point.x(), point.x(), point.y(), point.y()};
         return true;
     }
-    buffer.resize(sizesSpace / 8);
-    if (!space.read(countAt, buffer.data(), sizesSpace))
-        return false;
-    sizesIn(reinterpret_cast<const uchar *>(buffer.data()));
-    const quint64 whole = sizesSpace + sizeof(QPointF) * quint64(view.vertexCount);
-    buffer.resize(whole / 8);
-    if (!space.read(countAt, buffer.data(), whole))
-        return false;
-    sizesIn(reinterpret_cast<const uchar *>(buffer.data()));
+    const quint64 at = positions[record];
+    const uchar *bytes = space.at(at);
+    if (!bytes) {
+        const quint64 end = record + 1 < positions.size() ? positions[record + 1] : space.size();
+        buffer.resize((end - at) / 8);
+        if (!space.read(at, buffer.data(), end - at))
+            return false;
+        bytes = reinterpret_cast<const uchar *>(buffer.data());
+    }
+    const auto *counts = reinterpret_cast<const quint32 *>(bytes);
+    view.partCount = counts[0];
+    view.partSizes = counts + 1;
+    view.vertexCount = 0;
+    for (quint32 i = 0; i < view.partCount; ++i)
+        view.vertexCount += view.partSizes[i];
+    view.vertices = reinterpret_cast<const QPointF *>(
+        bytes + (4 * (quint64(view.partCount) + 1) + 7) / 8 * 8);
     return true;
 }
 
 void VORNBuilder::Private::order(FileContent &content) const
 {
-    std::vector<quint32> used;
-    std::vector<RecordCenter> centers;
-    for (const auto number : chainNumbers) {
-        const BuiltChain &chain = chains[number];
-        content.chains.push_back({chain.handle.id, quint32(chain.records.size())});
-        content.recordsByChain.insert(content.recordsByChain.end(), chain.records.begin(),
-                                      chain.records.end());
-    }
-    used = content.recordsByChain;
-    std::sort(used.begin(), used.end());
-    bool oneRange = true;
-    for (const quint32 record : used) {
-        const BuiltRecord &r = records[record];
-        centers.push_back({r.x, r.y, r.range.start / 2 + r.range.end / 2});
-        oneRange = oneRange && sameRange(r.range, records[used.front()].range);
-    }
-    for (const quint32 position : hilbertOrder(centers, bounds, !oneRange))
-        content.order.push_back(used[position]);
+    const bool oneRange =
+        std::all_of(records.begin(), records.end(), [this](const BuiltRecord &record) {
+            return record.range == records.front().range;
+        });
+    std::vector<quint32> keys;
+    keys.reserve(records.size());
+    for (const BuiltRecord &record : records)
+        keys.push_back(oneRange ? record.planeKey : record.spaceKey);
+    content.order = orderOfKeys(keys);
+
+    content.chains.reserve(chains.size());
+    content.recordsByChain.reserve(records.size());
+    const auto describe = [&](const BuiltChain &chain) {
+        content.chains.push_back({chain.handle.id, countOf(chain.handle)});
+        const auto append = [&](quint32 record) { content.recordsByChain.push_back(record); };
+        if (chain.list > 0)
+            lists[chain.list - 1].visit(append);
+        for (quint32 i = 0; chain.list == 0 && i < countOf(chain.handle); ++i)
+            append(chain.firstRecord + i);
+    };
+    for (const auto &[id, number] : numberById)
+        describe(chains[number]);
+    if (numberById.empty())
+        std::for_each(chains.begin(), chains.end(), describe);
+}
+
+bool VORNBuilder::Private::write(const QString &path, ProgressCallback progress)
+{
+    // Records are read once, in the order of the curve: reads at their positions keep the vertices
+    // out of this process's memory.
+    if (!finished && !space.freeze(space.size(), ScratchSpace::Reads::Positioned))
+        return false;
+    finished = true;
+    FileContent content;
+    content.name = name.toUtf8();
+    content.projection = projection.ToUtf8();
+    content.kind = kind;
+    content.tolerance = tolerance;
+    content.totals = totals;
+    order(content);
+    content.rangeOf = [this](quint32 record) { return rangeOf(record); };
+    std::vector<quint64> buffer;
+    content.geometryOf = [this, &buffer](quint32 record, GeometryView &view) {
+        return geometry(record, view, buffer);
+    };
+    return replaceFile(path, [&](QDataStream &out) { return content.write(out, progress); });
 }
 
 VORNBuilder::VORNBuilder(const RectInT &bounds, const Fennims *like,
                          const FMProjectionInfo *projection)
-    : d(std::make_unique<Private>())
+    : d(std::make_unique<Private>(bounds))
 {
-    d->bounds = bounds;
     if (like) {
         d->name = like->GetName();
         d->projection = like->GetProjectionSettings();
@@ -272,33 +433,15 @@ FMObjectChain *VORNBuilder::CreateChain(const QVector<TreeObject *> &objects,
                                         const QVector<timeRange> &ranges, int id)
 {
     const AddedObjects owned(objects, true);
-    if (id == -1) {
-        const int last = d->chainNumbers.isEmpty() ? -1 : d->chainNumbers.lastKey();
-        id = last < std::numeric_limits<int>::max() ? last + 1 : -1;
-    }
-    if (id < 0 || d->chainNumbers.contains(id))
-        return nullptr;
-    const auto number = quint32(d->chains.size());
-    BuiltChain &chain = d->chains.emplace_back();
-    chain.handle.id = id;
-    ObservationSource::place(chain.handle, d.get(), number, 0);
-    if (!d->append(chain, objects, ranges)) {
-        d->chains.pop_back();
-        return nullptr;
-    }
-    d->chainNumbers.insert(id, number);
-    return &chain.handle;
+    return d->create(objects, ranges, id);
 }
 
 FMObjectChain *VORNBuilder::AddObjectsToChain(int chainId, const QVector<TreeObject *> &objects,
                                               const QVector<timeRange> &ranges, bool takeOver)
 {
     const AddedObjects owned(objects, takeOver);
-    const auto number = d->chainNumbers.constFind(chainId);
-    if (number == d->chainNumbers.constEnd())
-        return nullptr;
-    BuiltChain &chain = d->chains[number.value()];
-    return d->append(chain, objects, ranges) ? &chain.handle : nullptr;
+    BuiltChain *chain = d->chainById(chainId);
+    return chain && d->append(*chain, objects, ranges) ? &chain->handle : nullptr;
 }
 
 void VORNBuilder::SetAdjacencyTolerance(double tolerance)
@@ -308,26 +451,10 @@ void VORNBuilder::SetAdjacencyTolerance(double tolerance)
 
 bool VORNBuilder::IsValid() const
 {
-    return std::any_of(d->chains.begin(), d->chains.end(),
-                       [](const BuiltChain &chain) { return !chain.records.empty(); });
+    return d->hasRecords();
 }
 
 bool VORNBuilder::Finish(const char *path, bool (*progress)(int percent, const char *text))
 {
-    if (!IsValid() || !path || (!d->finished && !d->space.freeze(d->space.size())))
-        return false;
-    d->finished = true;
-    FileContent content;
-    content.name = d->name.toUtf8();
-    content.projection = d->projection.ToUtf8();
-    content.kind = d->kind;
-    content.tolerance = d->tolerance;
-    d->order(content);
-    content.rangeOf = [this](quint32 record) { return d->records[record].range; };
-    std::vector<quint64> buffer;
-    content.geometryOf = [this, &buffer](quint32 record, GeometryView &view) {
-        return d->geometry(record, view, buffer);
-    };
-    return replaceFile(QFile::decodeName(path),
-                       [&](QDataStream &out) { return content.write(out, progress); });
+    return IsValid() && path && d->write(QFile::decodeName(path), progress);
 }

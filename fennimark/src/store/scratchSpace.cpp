@@ -96,7 +96,7 @@ bool ScratchSpace::flush()
     return true;
 }
 
-bool ScratchSpace::freeze(quint64 residentFrom)
+bool ScratchSpace::freeze(quint64 residentFrom, Reads reads)
 {
     if (!mFile) {
         mBuffer.shrink_to_fit();
@@ -104,7 +104,7 @@ bool ScratchSpace::freeze(quint64 residentFrom)
     }
     if (!flush())
         return false;
-    mMapped = mappingAllowed ? mFile->map(0, qint64(mFlushed)) : nullptr;
+    mMapped = mappingAllowed && reads == Reads::Mapped ? mFile->map(0, qint64(mFlushed)) : nullptr;
     std::vector<uchar>().swap(mBuffer);
     if (mMapped)
         return true;

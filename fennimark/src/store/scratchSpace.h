@@ -29,10 +29,13 @@ public:
     bool align(quint64 alignment);
     quint64 size() const { return mFlushed + mBuffer.size(); }
 
+    /// How a file is read once it is frozen. Positioned reads cost a system call each and keep the
+    /// bytes out of the process's memory.
+    enum class Reads { Mapped, Positioned };
     /// Ends appending. What lies from `residentFrom` on is in memory afterwards, mapped or not.
-    bool freeze(quint64 residentFrom);
-    /// Frozen bytes in place; null when the file could not be mapped and `offset` is below the
-    /// resident part.
+    bool freeze(quint64 residentFrom, Reads reads = Reads::Mapped);
+    /// Frozen bytes in place; null when the file is not mapped and `offset` is below the resident
+    /// part.
     const uchar *at(quint64 offset) const;
     /// A copy of frozen bytes; false on a failure of the device.
     bool read(quint64 offset, void *bytes, quint64 size) const;

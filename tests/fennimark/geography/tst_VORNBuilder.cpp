@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a builder takes and refuses, and how time is cut by what was built.
+#include <numeric>
 #include "base/timeRules.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/geographies.h"
@@ -115,6 +116,62 @@ private Q_SLOTS:
             QCOMPARE(found.first.end >= found.first.start, holding == 1);
             QVERIFY(holding == 0 || fennimark::contains(found.first, double(time)));
         }
+    }
+
+    // Many enough for several blocks, in calls of one and of several, and with one range that
+    // cannot go in between.
+    void observationsComeInAnyOrder_data()
+    {
+        QTest::addColumn<int>("order"); // -1 newest first, 1 oldest first, 0 shuffled
+        QTest::addColumn<int>("each");
+        for (const int order : {-1, 0, 1}) {
+            for (const int each : {1, 7})
+                QTest::addRow("%d, %d", order, each) << order << each;
+        }
+    }
+    void observationsComeInAnyOrder()
+    {
+        QFETCH(int, order);
+        QFETCH(int, each);
+        constexpr int kCount = 2100;
+        QVector<int> times(kCount);
+        std::iota(times.begin(), times.end(), 0);
+        if (order < 0)
+            std::reverse(times.begin(), times.end());
+        if (order == 0)
+            std::shuffle(times.begin(), times.end(), std::mt19937(8));
+        VORNBuilder builder(extent(kCount, 0, 10 * kCount), nullptr, nullptr);
+        FMObjectChain *chain = builder.CreateChain({}, {}, 5);
+        for (int i = 0; i < kCount; i += each) {
+            QVector<TreeObject *> objects;
+            QVector<timeRange> ranges;
+            for (const int t : times.mid(i, each)) {
+                objects.append(new FMPoint(QPointF(t, 0)));
+                ranges.append(span(10 * t, 10 * t + 10)); // both ends: the next one shares one
+            }
+            QCOMPARE(builder.AddObjectsToChain(5, objects, ranges, true), chain);
+            QVERIFY(!builder.AddObjectsToChain(5, {new FMPoint(QPointF())},
+                                               {span(10 * times[i] + 4, 10 * times[i] + 5)}, true));
+        }
+        const std::unique_ptr<Fennims> fennims = opened(builder);
+        for (const FMObjectChain *one : {chain, fennims->GetChainById(5)}) {
+            const auto observations = one->GetObservations();
+            QCOMPARE(observations.size(), kCount);
+            for (int t = 0; t < kCount; ++t) {
+                const timeRange &range = observations[t].first;
+                QCOMPARE(range.start, 10.0 * t);
+                QCOMPARE(int(range.flags), t + 1 < kCount ? 0xF0 : 0xFF);
+                QCOMPARE(one->GetObservation(10 * t + 3).second, observations[t].second);
+            }
+        }
+        const auto boxOf = [&fennims](int record) {
+            return fennims->mTree->CheckOutRecord(record, false)
+                ->GetTreeObject(fennims->mTree)
+                ->GetObjectBounds();
+        };
+        const auto observations = fennims->GetChainById(5)->GetObservations();
+        for (int t = 0; t < kCount; ++t)
+            QCOMPARE(boxOf(observations[t].second).xMin, double(t));
     }
 
     void objectsThatCannotBeAreRefused_data()
