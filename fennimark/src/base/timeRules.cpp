@@ -72,20 +72,39 @@ qint64 truncated(double time)
 
 void TimePieces::add(const timeRange &range)
 {
-    mCuts.push_back(startCut(range));
-    mCuts.push_back(endCut(range));
+    mStarts.push_back(startCut(range));
+    mEnds.push_back(endCut(range));
 }
 
 void TimePieces::sort()
 {
-    std::sort(mCuts.begin(), mCuts.end());
+    std::sort(mStarts.begin(), mStarts.end());
+    std::sort(mEnds.begin(), mEnds.end());
+    mCuts.resize(mStarts.size() + mEnds.size());
+    std::merge(mStarts.begin(), mStarts.end(), mEnds.begin(), mEnds.end(), mCuts.begin());
     mCuts.erase(std::unique(mCuts.begin(), mCuts.end()), mCuts.end());
+    std::size_t begun = 0;
+    std::size_t ended = 0;
+    for (const TimeCut &cut : mCuts) {
+        while (begun < mStarts.size() && !(cut < mStarts[begun]))
+            ++begun;
+        while (ended < mEnds.size() && !(cut < mEnds[ended]))
+            ++ended;
+        mCovered.push_back(begun > ended);
+    }
+    std::vector<TimeCut>().swap(mStarts);
+    std::vector<TimeCut>().swap(mEnds);
+}
+
+/// The first cut behind an instant.
+std::vector<TimeCut>::const_iterator TimePieces::cutBehind(double time) const
+{
+    return std::lower_bound(mCuts.begin(), mCuts.end(), TimeCut{time, true});
 }
 
 bool TimePieces::pieceAround(double time, timeRange &piece) const
 {
-    // The instant lies between the cut just before it and the one just after it.
-    const auto upper = std::lower_bound(mCuts.begin(), mCuts.end(), TimeCut{time, true});
+    const auto upper = cutBehind(time);
     if (upper == mCuts.begin() || upper == mCuts.end())
         return false;
     const TimeCut &from = *(upper - 1);
@@ -93,6 +112,12 @@ bool TimePieces::pieceAround(double time, timeRange &piece) const
              static_cast<unsigned char>((from.after ? 0 : kStartInclusive)
                                         | (upper->after ? kEndInclusive : 0))};
     return true;
+}
+
+bool TimePieces::isCovered(double time) const
+{
+    const auto upper = cutBehind(time);
+    return upper != mCuts.begin() && mCovered[std::size_t(upper - mCuts.begin() - 1)];
 }
 
 std::vector<qint64> TimePieces::times() const

@@ -70,11 +70,17 @@ public:
     /// The piece around a time, also where it is a gap between ranges. False outside the first and
     /// the last cut.
     bool pieceAround(double time, timeRange &piece) const;
+    /// Whether one of the ranges holds the time.
+    bool isCovered(double time) const;
     /// The distinct times, ascending, truncated.
     std::vector<qint64> times() const;
 
 private:
+    std::vector<TimeCut>::const_iterator cutBehind(double time) const;
+
+    std::vector<TimeCut> mStarts, mEnds; // emptied by sort
     std::vector<TimeCut> mCuts;
+    std::vector<bool> mCovered; // by cut: whether a range holds the piece behind it
 };
 
 } // namespace fennimark

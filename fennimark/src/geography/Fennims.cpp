@@ -149,12 +149,8 @@ QVector<int> Fennims::GetObservationsAtTime(qint64 time)
 
 bool Fennims::GetCommonStaticTimeStamp(qint64 time, timeRange &range)
 {
-    timeRange piece;
-    if (!d->store.pieces().pieceAround(double(time), piece)
-        || GetObservationsAtTime(time).isEmpty())
-        return false;
-    range = piece;
-    return true;
+    const TimePieces &pieces = d->store.pieces();
+    return pieces.isCovered(double(time)) && pieces.pieceAround(double(time), range);
 }
 
 QList<qint64> Fennims::GetAllObjectTimes()
