@@ -218,6 +218,7 @@ bool MVectorData::ReplaceVORN(Fennims *fennims)
     ClearSpatialWeightSets();
     mDataSource->RemoveAllVariogramModels();
     mFennims.reset(fennims);
+    mFennims->SetName(mName.toLocal8Bit().constData());
     numberObjects();
     return true;
 }

@@ -190,6 +190,7 @@ void TestVectorData::replacementNeedsAsManyChains()
     QVERIFY(fixture.geography->ReplaceVORN(
         newFennims(fixture.model, {{1, 0, 1}, {2, 0, 1}, {30, 0, 1}})));
     QCOMPARE(fixture.geography->GetFennimIdMap(), (QVector<int>{1, 2, 30}));
+    QCOMPARE(fixture.geography->GetFennims()->GetName(), fixture.geography->GetName());
     QVERIFY(!source.HasAssociatedVariogramModels(id));
 }
 
