@@ -7,6 +7,7 @@
 #include <cmath>
 #include <memory>
 #include "Common/detail/tempFile.h"
+#include "api/shapeCalls.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
@@ -14,7 +15,6 @@
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
-#include "geography/shapeFrame.h"
 #include "project/scratchDirectory.h"
 
 using namespace datainterface;

@@ -2,7 +2,7 @@
 #include "datainterface/GeographyAPI.h"
 #include "Common/detail/failure.h"
 #include "datainterface/MRasterData.h"
-#include "geography/shapeFrame.h"
+#include "api/shapeCalls.h"
 #include "api/dataFrame.h"
 
 using namespace datainterface;

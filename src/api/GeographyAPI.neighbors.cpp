@@ -4,7 +4,7 @@
 #include <cmath>
 #include "fennimark/FMPoint.h"
 #include "frame/progressSection.h"
-#include "geography/shapeFrame.h"
+#include "api/shapeCalls.h"
 
 using namespace datainterface;
 

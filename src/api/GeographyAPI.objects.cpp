@@ -3,7 +3,7 @@
 #include "datainterface/GeographyAPI.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
-#include "geography/shapeFrame.h"
+#include "api/shapeCalls.h"
 
 using namespace datainterface;
 

@@ -6,7 +6,7 @@
 #include "datainterface/StatisticsAPI.h"
 #include "fennimark/FMPolygon.h"
 #include "geography/centroid.h"
-#include "geography/shapeFrame.h"
+#include "api/shapeCalls.h"
 
 using namespace datainterface;
 
@@ -15,7 +15,7 @@ namespace {
 /// `call` on the polygon of a handle; false when it holds none.
 template <class Call> bool onPolygon(const VORN_Object &handle, Call call)
 {
-    const LiveObject object(handle);
+    const HandleObject object(handle);
     const auto *polygon = object.as<FMPolygon>();
     return polygon && call(*polygon);
 }
@@ -118,7 +118,7 @@ bool VORN_GetPolygonUnion(const QVector<VORN_Object> &polygons, QList<QVector<QP
 {
     if (polygons.size() == 1)
         return VORN_GetPolygonVertices(polygons.first(), rings);
-    std::list<LiveObject> objects;
+    std::list<HandleObject> objects;
     QVector<const FMPolygon *> shapes;
     for (const VORN_Object &handle : polygons) {
         const auto *shape = objects.emplace_back(handle).as<FMPolygon>();

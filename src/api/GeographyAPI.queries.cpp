@@ -5,7 +5,7 @@
 #include "Common/detail/failure.h"
 #include "datainterface/MRasterDataSource.h"
 #include "fennimark/FMPolygon.h"
-#include "geography/shapeFrame.h"
+#include "api/shapeCalls.h"
 
 using namespace datainterface;
 
@@ -132,7 +132,7 @@ bool VORN_ObjectQuery(int geographyId, unsigned int object, int otherGeography, 
 bool VORN_PolygonQuery(VORN_Object polygon, int geographyId, qint64 time,
                        QVector<unsigned int> &objects, QVector<double> *overlap)
 {
-    const LiveObject held(polygon);
+    const HandleObject held(polygon);
     const auto *shape = held.as<FMPolygon>();
     require(shape != nullptr, "Invalid object type");
     return onGeography(geographyId, false, [&](MGeoData &geography) {

@@ -4,7 +4,7 @@
 #include <memory>
 #include "fennimark/FMPolygon.h"
 #include "geography/rotation.h"
-#include "geography/shapeFrame.h"
+#include "api/shapeCalls.h"
 
 using namespace datainterface;
 

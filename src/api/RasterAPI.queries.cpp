@@ -5,7 +5,7 @@
 #include "datainterface/MRasterData.h"
 #include "datainterface/MRasterDataSource.h"
 #include "fennimark/FMPolygon.h"
-#include "geography/shapeFrame.h"
+#include "api/shapeCalls.h"
 
 using namespace datainterface;
 

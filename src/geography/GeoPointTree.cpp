@@ -6,6 +6,7 @@
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "geography/centroid.h"
+#include "geography/pointTreeSource.h"
 #include "geography/rotation.h"
 #include "geography/shapeFrame.h"
 
@@ -13,7 +14,7 @@ using namespace datainterface;
 
 namespace {
 
-constexpr int kPointsPerPoll = 256; // a cancel is asked for that often
+constexpr int kPointsPerPoll = 256; // so often a cancel is asked for, the first time at the first point
 
 /// Points with their ids, gathered until the user cancels.
 class Gathered {
@@ -23,12 +24,12 @@ public:
         mPoints.reserve(count);
         mIds.reserve(count);
     }
-    /// False: cancelled.
+    /// False when the user has cancelled.
     bool add(const QPointF &point, int id)
     {
         mPoints.append(rotated(point, mRotation));
         mIds.append(id);
-        return mPoints.size() % kPointsPerPoll != 0 || VORN_Progress::CheckForCancel(0, nullptr);
+        return mPoints.size() % kPointsPerPoll != 1 || VORN_Progress::CheckForCancel(0, nullptr);
     }
     bool giveTo(FM_PointTree &tree) const
     {
@@ -115,12 +116,15 @@ bool GeoPointTree::SetPoints(const QVector<QPair<QPointF, int>> &points,
     return gathered.giveTo(*this);
 }
 
-bool GeoPointTree::SetGeography(int geographyId, qint64 time, const PT_RotationMatrix &rotation)
+namespace datainterface {
+
+bool setPointTree(FM_PointTree &tree, MGeoData &geography, qint64 time,
+                  const PT_RotationMatrix &rotation)
 {
-    return onGeography(geographyId, false, [&](MGeoData &geography) {
-        if (const auto *vectors = asKind<MVectorData>(&geography))
-            return setObjects(*this, *vectors, time, rotation);
-        const auto *grid = asKind<MRasterDataSource>(geography.GetDataSource());
-        return grid && setCells(*this, *grid, rotation);
-    });
+    if (const auto *vectors = dynamic_cast<const MVectorData *>(&geography))
+        return setObjects(tree, *vectors, time, rotation);
+    const auto *grid = dynamic_cast<const MRasterDataSource *>(geography.GetDataSource());
+    return grid && setCells(tree, *grid, rotation);
 }
+
+} // namespace datainterface

@@ -22,26 +22,4 @@ int objectOf(const MVectorData &geography, int recordId)
     return geography.GetObjectId(HeldRecord(*geography.GetFennims()->mTree, recordId).chainId());
 }
 
-HeldRecord::HeldRecord(const HilbertTree &tree, int recordId, bool keep)
-    : mTree(tree), mRecord(tree.CheckOutRecord(recordId, keep))
-{
-}
-
-HeldRecord::~HeldRecord()
-{
-    if (mRecord)
-        mTree.CheckInRecord(mRecord->recordId);
-}
-
-LiveObject::LiveObject(const HilbertTree *tree, const HilbertTreeRecord *record)
-    : mTree(tree), mRecord(record), mObject(record ? record->GetTreeObject(tree) : nullptr)
-{
-}
-
-LiveObject::~LiveObject()
-{
-    if (mObject)
-        mRecord->ReturnTreeObject(mTree);
-}
-
 } // namespace datainterface

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/project/shapeAccess.h"
 #include "fennimark/FMPolygon.h"
+#include "fennimark/Fennims.h"
+#include "fennimark/HeldObject.h"
 
 namespace meridor {
 
@@ -13,8 +15,8 @@ QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int object, qint64
     const int record = chain ? chain->GetObservation(time).second : -1;
     if (record < 0)
         return rings;
-    const ShapeAccess access(*shapes.mTree, record);
-    if (const auto *polygon = dynamic_cast<const FMPolygon *>(access.object()))
+    const fennimark::HeldObject held(*shapes.mTree, record);
+    if (const auto *polygon = held.as<FMPolygon>())
         for (const QPolygonF &ring : polygon->GetVertices())
             rings.append(ring);
     return rings;

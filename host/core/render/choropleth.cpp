@@ -9,7 +9,6 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
-#include "core/project/shapeAccess.h"
 #include "core/render/classes.h"
 #include "core/render/palette.h"
 #include "datainterface/DataAPI.h"
@@ -20,6 +19,7 @@
 #include "fennimark/FMPolygon.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
+#include "fennimark/HeldObject.h"
 
 namespace meridor {
 namespace {
@@ -157,8 +157,8 @@ void addShapes(MapPicture &picture, const MVectorData &geography, qint64 time,
     for (const int object : existing) {
         const FMObjectChain *chain =
             shapes.GetChainById(geography.GetFennimId(static_cast<unsigned int>(object)));
-        const ShapeAccess access(*shapes.mTree, chain->GetObservation(time).second);
-        MapShape shape = toMapShape(access.object());
+        const fennimark::HeldObject held(*shapes.mTree, chain->GetObservation(time).second);
+        MapShape shape = toMapShape(held.get());
         shape.classIndex = classes.value(object, -1);
         if (shape.classIndex < 0)
             ++picture.missingCount;

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#include "api/callFrame.h"
+#include "datainterface/GeoPointTree.h"
+#include "geography/pointTreeSource.h"
+
+bool GeoPointTree::SetGeography(int geographyId, qint64 time, const PT_RotationMatrix &rotation)
+{
+    return datainterface::onGeography(geographyId, false, [&](MGeoData &geography) {
+        return datainterface::setPointTree(*this, geography, time, rotation);
+    });
+}
