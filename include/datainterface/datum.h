@@ -4,15 +4,19 @@
 #include <QString>
 #include <QtGlobal>
 
+/// A number, a whole number or a text. A plain value.
 struct datum {
-    qint32 type = 0;         ///< 0 decimal, 1 integer, 2 string
-    double decimalValue = 0; ///< for type 0
-    qint64 integerValue = 0; ///< for type 1
-    QString stringValue;     ///< for type 2
+    /// The other way round than MDatum::Type.
+    enum Type : qint32 { Decimal = 0, Integer = 1, String = 2 };
+
+    qint32 type = Decimal; ///< One of Type: which field holds the value.
+    double decimalValue = 0;
+    qint64 integerValue = 0;
+    QString stringValue;
 
     datum() = default;
-    datum(double value) : type(0), decimalValue(value) {}
-    datum(int value) : type(1), integerValue(value) {}
-    datum(const QString &value) : type(2), stringValue(value) {}
+    datum(double value) : type(Decimal), decimalValue(value) {}
+    datum(int value) : type(Integer), integerValue(value) {}
+    datum(const QString &value) : type(String), stringValue(value) {}
 };
 Q_DECLARE_TYPEINFO(datum, Q_MOVABLE_TYPE);

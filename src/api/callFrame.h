@@ -27,16 +27,14 @@ template <class Kind, class Base> Kind *asKind(Base *object)
 /// their cost.
 template <> inline MVectorDataset *asKind<MVectorDataset, MDataset>(MDataset *dataset)
 {
-    constexpr int kVectorDataset = 1;
-    return dataset && dataset->GetDatasetKind() == kVectorDataset
+    return dataset && dataset->GetDatasetKind() == MDataset::VectorKind
                ? static_cast<MVectorDataset *>(dataset)
                : nullptr;
 }
 
 template <> inline MRasterDataset *asKind<MRasterDataset, MDataset>(MDataset *dataset)
 {
-    constexpr int kRasterDataset = 2;
-    return dataset && dataset->GetDatasetKind() == kRasterDataset
+    return dataset && dataset->GetDatasetKind() == MDataset::RasterKind
                ? static_cast<MRasterDataset *>(dataset)
                : nullptr;
 }
