@@ -162,6 +162,7 @@ public:
     QString GetName() const { return mName; }
     MGeoData *GetGeoData() const { return mGeoData; }
     QString GetInformation() const { return mInformation; }
+    /// Appends to the text that tells where the set comes from.
     void AddInformation(const QString &text) { mInformation += text; }
     GeographyType GeoType() const { return mDefinition.geoType; }
     neighborMethodType NeighborType() const { return mDefinition.neighborType; }

@@ -32,6 +32,7 @@ public:
 
     /// The flag is the host's to read; the library does not.
     virtual void MarkProjectClean();
+    /// The project differs from its file.
     virtual void MarkProjectDirty();
 
     // What only a host gives a meaning: here nothing happens, and the result is the one stated.
@@ -41,7 +42,9 @@ public:
                                const QVector<MethodParameter> &parameters,
                                MethodReport &report);             ///< false
     virtual QString GetDatasetPropertiesStringForCurrentMethod(); ///< a null string
+    /// The two flags are the caller's of VORN_ShowSpatialWeightSetDialog, unread.
     virtual void ShowSpatialWeightSetDialog(int geographyId, bool flagA, bool flagB);
+    /// Shows the model for editing. The other arguments are handed on unread.
     virtual void ShowVariogramModelDialog(VariogramModel &model, bool flagA, int number,
                                           bool flagB);
     virtual int CreateMapWindow(int dataId, qint64 t, const QString &title,
@@ -50,6 +53,7 @@ public:
     virtual bool CreateMapLayer(int window, int dataId, const ColorSchemeInfo &fill,
                                 const ColorSchemeInfo &line,
                                 const SymbolSchemeInfo &symbols); ///< false
+    /// Shows the time `t` in each of the windows.
     virtual void SyncViews(QList<int> windows, qint64 t);
     virtual bool ShowSpatialWeightsInMap(int window, int weightSet, int object); ///< false
     /// @param points  may be null. @param bounds  may be null. Here: 0.
@@ -65,6 +69,7 @@ public:
     virtual bool HasGUI();
     /// @param fromHost  true for notes that came through VORN_AddToLog.
     virtual void AddToLog(const QString &text, bool fromHost);
+    /// Shows a page of the host's help.
     virtual void ShowHelpTopic(const char *topic);
     virtual QString
     GetInvocationStringForMethod(int method, const QString &name,
@@ -104,14 +109,20 @@ public:
     static QString GetVORNTempFile(const char *prefix);
 
     // The project's nonconditional variogram models: see NonConVariogramModelManager.
+    /// NonConVariogramModelManager's operation of that name, here and below.
     bool AddNonConVariogramModelListener(QObject *listener);
     void SaveNonconditionalVariogramModelsToStream(QDataStream &out) const;
     void RestoreNonconditionalVariogramModelsFromStream(QDataStream &in);
     bool GetNonConVariogramModel(int id, VariogramModel &model) const;
+    /// Stores a copy under a new id, which is the result.
     int AddNonConVariogramModel(const VariogramModel &model);
+    /// Puts `model` in the place of the one with its id; false without one.
     bool ReplaceNonConVariogramModel(const VariogramModel &model);
+    /// False for an unknown id.
     bool RemoveNonConVariogramModel(int id);
+    /// Without a signal.
     void RemoveAllNonConVariogramModels();
+    /// Adds a copy with a name of its own; false for an unknown id.
     bool DuplicateNonConVariogramModel(int id);
     QList<QString> GetNonConVariogramModelNames() const;
     QList<int> GetNonConVariogramModelIds() const;

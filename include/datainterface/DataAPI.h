@@ -23,11 +23,14 @@
 
 // Identification
 DATAINTERFACE_EXPORT int VORN_GetGeographyId(int id); ///< id >> 16
+/// What a host is shown of the dataset; an id of -1 in it for an unknown one.
 DATAINTERFACE_EXPORT DatasetProps VORN_GetDatasetProperties(int id);
 /// The first dataset, in order of id, with exactly that display name.
 DATAINTERFACE_EXPORT int VORN_GetDatasetByName(int geographyId, const QString &name);
 
 // Time lists
+/// In order of time: the intervals of the slices or grids, or the common refinement of the
+/// intervals of all objects.
 DATAINTERFACE_EXPORT bool VORN_GetAllDatasetTimes(int id, int realization,
                                                   QVector<Interval> &intervals);
 /// Those of one object.
@@ -77,12 +80,15 @@ DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned in
                                             int maxLength, char *buffer);
 
 // The history of one object in a dataset stored as series.
+/// One object's entries. False for an object without a series and for another element type.
 DATAINTERFACE_EXPORT bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object,
                                                  QMap<Interval, double> &values);
 DATAINTERFACE_EXPORT bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object,
                                                  QMap<Interval, int> &values);
 DATAINTERFACE_EXPORT bool VORN_GetTimeSeriesData(int id, int realization, unsigned int object,
                                                  QMap<Interval, QString> &values);
+/// Replaces the object's entries. False for another element type, a static dataset and one stored
+/// as slices.
 DATAINTERFACE_EXPORT bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object,
                                                  const QMap<Interval, double> &values);
 DATAINTERFACE_EXPORT bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object,
@@ -136,11 +142,15 @@ DATAINTERFACE_EXPORT bool VORN_AddDataValue(int id, int realization, unsigned in
 DATAINTERFACE_EXPORT int VORN_NewVectorDataset(int geographyId, const QString &name,
                                                StorageType storage, DataType type, int realizations,
                                                const QString &path);
+/// Announces a dataset that was made and filled.
 DATAINTERFACE_EXPORT bool VORN_NewDatasetCreated(int id);
 /// One announcement for each geography, in order of its id; the same in the two below.
 DATAINTERFACE_EXPORT bool VORN_NewDatasetsCreated(const QVector<int> &ids);
+/// Announces that values of the dataset have changed.
 DATAINTERFACE_EXPORT bool VORN_DatasetChanged(int id);
+/// The same for many.
 DATAINTERFACE_EXPORT bool VORN_DatasetsChanged(const QVector<int> &ids);
+/// Announces the removal while the dataset is alive, then deletes it.
 DATAINTERFACE_EXPORT bool VORN_RemoveDataset(int id);
 /// An unknown geography in the list raises "gd".
 DATAINTERFACE_EXPORT bool VORN_RemoveDatasets(const QVector<int> &ids);
@@ -152,32 +162,45 @@ DATAINTERFACE_EXPORT int VORN_MigrateDataset(int id, int targetGeographyId, bool
 // Descriptions
 /// False for an absent key.
 DATAINTERFACE_EXPORT bool VORN_GetDatasetAttribute(int id, const QString &key, QVariant &value);
-/// False, with nothing changed, for a value that MMetaData::setTag refuses, too.
+/// Sets a tag of the metadata. False, with nothing changed, for a value that MMetaData::setTag
+/// refuses, too.
 DATAINTERFACE_EXPORT bool VORN_SetDatasetAttribute(int id, const QString &key,
                                                    const QVariant &value);
+/// A tag of the metadata as text; empty for an absent key.
 DATAINTERFACE_EXPORT QString VORN_GetDatasetMetaData(int id, const QString &key);
+/// Sets a tag of the metadata to a text.
 DATAINTERFACE_EXPORT bool VORN_SetDatasetMetaData(int id, const QString &key, const QString &value);
+/// Sets the text of one line.
 DATAINTERFACE_EXPORT bool VORN_SetShortDescription(int id, const QString &text);
+/// The history of the dataset.
 DATAINTERFACE_EXPORT bool VORN_GetLongDescription(int id, QString &text);
+/// Replaces the history of the dataset.
 DATAINTERFACE_EXPORT bool VORN_SetLongDescription(int id, const QString &text);
+/// Appends to it, without a separator.
 DATAINTERFACE_EXPORT bool VORN_AppendToLongDescription(int id, const QString &text);
 
 // Frequencies and statistics
+/// Counts the frequency table anew.
 DATAINTERFACE_EXPORT bool VORN_RecalculateDataFrequencies(int id);
 /// Keys of the frequency table. @param isCapped  whether the table is full, so that there may be
 /// more values.
 DATAINTERFACE_EXPORT int VORN_GetUniqueDataCount(int id, bool &isCapped);
 /// Ascending.
 DATAINTERFACE_EXPORT bool VORN_GetUniqueDataValues(int id, QList<datum> &values);
+/// The mean of the values present at `t`; false when there is none.
 DATAINTERFACE_EXPORT bool VORN_GetMean(int id, int realization, qint64 t, double &mean);
+/// The standard deviation in its population form.
 DATAINTERFACE_EXPORT bool VORN_GetStddev(int id, int realization, qint64 t, double &deviation);
+/// The largest value at `t`; false when there is none.
 DATAINTERFACE_EXPORT bool VORN_GetMax(int id, int realization, qint64 t, double &value);
+/// The least value at `t`; false when there is none.
 DATAINTERFACE_EXPORT bool VORN_GetMin(int id, int realization, qint64 t, double &value);
 /// Over all times.
 DATAINTERFACE_EXPORT bool VORN_GetMax(int id, int realization, double &value);
 DATAINTERFACE_EXPORT bool VORN_GetMin(int id, int realization, double &value);
 /// Objects with a value at `t`, in realization 0.
 DATAINTERFACE_EXPORT unsigned int VORN_GetDataCount(int id, qint64 t);
+/// Whether any object has a value at `t` in realization 0.
 DATAINTERFACE_EXPORT bool VORN_HasDataAtTime(int id, qint64 t);
 /// Whether the values at `t` look like normal scores: a mean of 0 and the median of the normal
 /// distribution.
@@ -191,11 +214,13 @@ DATAINTERFACE_EXPORT bool VORN_GetRealizationValues(int id, int realization, qin
                                                     VORN_DataContainer &result);
 
 // Missing data
+/// Whether the object has no value at `t`.
 DATAINTERFACE_EXPORT bool VORN_IsVectorDataMissing(int id, int realization, unsigned int object,
                                                    qint64 t);
 /// The objects without a value at `t`, also those that do not exist then.
 DATAINTERFACE_EXPORT bool VORN_GetMissingVectorIds(int id, int realization, qint64 t,
                                                    QSet<int> &missing);
+/// Takes the object's value away over the interval.
 DATAINTERFACE_EXPORT bool VORN_SetMissingVectorId(int id, int realization, unsigned int object,
                                                   const Interval &interval);
 /// The objects that are missing in any realization at `t`. An unknown dataset raises "Invalid

@@ -40,6 +40,7 @@ private:
     qint32 mId = -1;
 };
 
+/// The hash of the whole number.
 DATAINTERFACE_EXPORT uint qHash(const DataId &id, uint seed = 0);
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const DataId &id);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, DataId &id);

@@ -55,10 +55,13 @@ DATAINTERFACE_EXPORT QString VORN_SuggestUniqueDatasetName(int geographyId, cons
 
 // Each calls CreateGraphWindow; those without a colour scheme pass a default one and no points or
 // bounds.
+/// The values of one dataset against those of another. @return the window, as in the three below.
 DATAINTERFACE_EXPORT int VORN_DisplayScatterplot(int dataIdX, int dataIdY, qint64 t,
                                                  const QString &title, ColorSchemeInfo colors,
                                                  const QPointF *points, const QRectF *bounds);
+/// The values of a dataset at `t` as a box plot.
 DATAINTERFACE_EXPORT int VORN_DisplayBoxplot(int dataId, qint64 t, const QString &title);
+/// The values of a dataset at `t` as a histogram.
 DATAINTERFACE_EXPORT int VORN_DisplayHistogram(int dataId, qint64 t, const QString &title);
 /// At time 0: the plot shows all times.
 DATAINTERFACE_EXPORT int VORN_DisplayTimePlot(int dataId, const QString &title);

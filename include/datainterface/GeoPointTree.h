@@ -16,6 +16,7 @@ struct PT_RotationMatrix {
     double m11 = 1.0;
 };
 
+/// A point tree over the objects of a geography, or over points, turned by a matrix first.
 class DATAINTERFACE_EXPORT GeoPointTree : public FM_PointTree {
 public:
     using FM_PointTree::SetPoints;

@@ -32,6 +32,7 @@ DATAINTERFACE_EXPORT bool VORN_RemoveGeography(int geographyId);
 /// object chain" when the geometry has lost the object.
 DATAINTERFACE_EXPORT bool VORN_GetObservationTimes(int geographyId, unsigned int object,
                                                    QVector<Interval> &intervals);
+/// Whether the object has a geometry at the time.
 DATAINTERFACE_EXPORT bool VORN_ObjectExistsAtTime(int geographyId, unsigned int object,
                                                   qint64 time);
 /// The disjoint intervals, in order, on each of which the set of objects and their shapes stays the
@@ -45,6 +46,7 @@ DATAINTERFACE_EXPORT unsigned int VORN_GetObjectCount(int geographyId, qint64 ti
 DATAINTERFACE_EXPORT VORN_Object VORN_GetObject(int geographyId, unsigned int object, qint64 time);
 /// An empty handle is left alone.
 DATAINTERFACE_EXPORT void VORN_ReturnObject(VORN_Object object);
+/// The place of a point.
 DATAINTERFACE_EXPORT bool VORN_GetPointVertex(int geographyId, unsigned int object, qint64 time,
                                               QPointF &point);
 /// One list a part.
@@ -75,6 +77,7 @@ DATAINTERFACE_EXPORT bool VORN_GetCommonPolygonBorder(VORN_Object a, VORN_Object
 /// @param area  of the intersection. False when there is no common area.
 DATAINTERFACE_EXPORT bool VORN_GetPolygonIntersection(VORN_Object a, VORN_Object b,
                                                       QList<QVector<QPointF>> &rings, double &area);
+/// The same with a rectangle.
 DATAINTERFACE_EXPORT bool VORN_GetPolygonRectIntersection(VORN_Object polygon, const QRectF &rect,
                                                           QList<QVector<QPointF>> &rings,
                                                           double &area);
@@ -84,6 +87,7 @@ DATAINTERFACE_EXPORT bool VORN_GetPolygonUnion(const QVector<VORN_Object> &polyg
 
 // Objects of a vector geography at a time, by place. Sets are closed: touching counts. A rectangle
 // with a negative or no numeric extent meets nothing.
+/// Objects that have a point in common with the rectangle.
 DATAINTERFACE_EXPORT bool VORN_RectQuery(int geographyId, const QRectF &rect, qint64 time,
                                          QVector<unsigned int> &objects);
 /// Objects whose bounding boxes meet the rectangle.
@@ -157,11 +161,14 @@ DATAINTERFACE_EXPORT int VORN_CreateNewObjectChain();
 // The geometry of an object over an interval. False with nothing being built, for an unknown chain,
 // an interval that overlaps one of the chain, and a geometry that is of another kind or no
 // geometry.
+/// A point.
 DATAINTERFACE_EXPORT bool VORN_AddPointToChain(unsigned int chain, const QPointF &point,
                                                const Interval &interval);
+/// A line, one list a part.
 DATAINTERFACE_EXPORT bool VORN_AddLineToChain(unsigned int chain,
                                               const QList<QList<QPointF>> &parts,
                                               const Interval &interval);
+/// A polygon, one list a ring.
 DATAINTERFACE_EXPORT bool VORN_AddPolygonToChain(unsigned int chain,
                                                  const QList<QList<QPointF>> &rings,
                                                  const Interval &interval);

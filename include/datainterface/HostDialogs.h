@@ -17,6 +17,7 @@ public:
     HostDialogs(const HostDialogs &) = delete;
     HostDialogs &operator=(const HostDialogs &) = delete;
 
+    /// Shows the bar at 0 with a title, a label and the text of its cancel button.
     virtual void BeginProgress(const QString &title, const QString &label,
                                const QString &cancelText) = 0;
     virtual void SetProgressLabel(const QString &text) = 0;

@@ -59,7 +59,9 @@ public:
     virtual int GetStateCount(int attribute, bool state) const;
     /// @return the old state.
     virtual bool ToggleAttribute(int attribute, unsigned int id);
+    /// Turns each object's flag.
     virtual void ToggleAttributeIds(int attribute, const QSet<unsigned int> &ids);
+    /// Turns the flags of all objects.
     virtual void ToggleAllAttributeIds(int attribute);
 
 Q_SIGNALS:
@@ -78,12 +80,16 @@ protected:
     class Change;
 
     // How the flags of one array are laid out: the ids are below mByteCount.
+    /// Bytes of one array.
     virtual std::size_t arrayBytes() const;
+    /// The flag of an object in an array.
     virtual bool readFlag(const unsigned char *flags, unsigned int id) const;
+    /// Sets the flag of an object in an array.
     virtual void writeFlag(unsigned char *flags, unsigned int id, bool state) const;
 
     bool isObserved() const;
     bool isObject(unsigned int id) const { return id < static_cast<unsigned int>(mByteCount); }
+    /// The array of an attribute; null for an unknown one.
     const unsigned char *flagsOf(int attribute) const;
     unsigned char *flagsOf(int attribute);
 

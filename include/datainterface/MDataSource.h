@@ -40,6 +40,7 @@ public:
     virtual bool RestoreFromStream(QDataStream &in);
     /// A negative realization stands for all of them. `arg` is not used.
     virtual bool CheckOutDataset(int id, int arg, int realization) const;
+    /// Gives back what CheckOutDataset took.
     virtual bool CheckInDataset(int id, int arg, int realization) const;
     /// Connects the listener's slots DatasetsDyingSlot(const QList<DataId> &),
     /// DatasetsAddedSlot(const QList<DataId> &, bool), DatasetsChangedSlot(const QList<DataId> &),
@@ -60,13 +61,22 @@ public:
     /// True for an unknown id: what is not there cannot be invalid. Hosts rely on it.
     virtual bool IsValid(int id);
     virtual bool IsDatasetIdValid(int id) const = 0;
-    /// Moves on to the next object of a display layout.
-    virtual void IncDisplayIndex(double &x, double &y, double &z) const = 0;
+    /// Moves on to the next object that a display shows.
+    /// @param index  of the object; whole once its fraction is cut off.
+    /// @param row, column  its cell in a raster, where a display can show every other cell alone; a
+    /// vector source leaves them as they are.
+    virtual void IncDisplayIndex(double &index, double &row, double &column) const = 0;
+    /// Tells listeners to let go of data, through SuspendDataUsageSignal.
     virtual void SuspendDataUsage();
+    /// Tells listeners that data can be used again.
     virtual void ResumeDataUsage();
+    /// Emits DatasetsAddedSignal with the flag as it is given.
     virtual void AnnounceNewDataset(const DataId &id, bool flag);
+    /// The same for many at once.
     virtual void AnnounceNewDatasets(const QList<DataId> &ids, bool flag);
+    /// Emits DatasetsChangedSignal.
     virtual void AnnounceChangedDataset(const DataId &id);
+    /// The same for many at once.
     virtual void AnnounceChangedDatasets(const QList<DataId> &ids);
     /// Announces the whole list, unknown ids included, while the datasets are alive; then removes
     /// those that exist with every variogram model that refers to them. True always.
@@ -87,6 +97,7 @@ public:
     virtual bool SetShortDescription(int id, const QString &text);
     virtual QString GetLongDescription(int id);
     virtual bool SetLongDescription(int id, const QString &text);
+    /// Appends to the dataset's history.
     virtual bool AddToLongDescription(int id, const QString &text);
     virtual QList<TimeStamp> GetCommonTimeStamps(int id, int realization);
     virtual bool GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const = 0;
@@ -121,15 +132,20 @@ public:
     bool GetVariogramModel(const DataId &id, int modelId, VariogramModel &model) const;
     /// Gives the model the dataset's next model id.
     bool AddVariogramModel(const DataId &id, VariogramModel &model);
+    /// Deletes a model of the dataset.
     bool RemoveVariogramModel(const DataId &id, int modelId);
+    /// Stores a changed model under its id: see MDataset::ReplaceVariogramModel.
     bool ReplaceVariogramModel(const DataId &id, VariogramModel &model);
+    /// Deletes the models of a dataset, or, without an id, those of all datasets.
     bool RemoveAllVariogramModels(const DataId &id);
     void RemoveAllVariogramModels();
+    /// Adds a copy with an id and a name of its own.
     bool DuplicateVariogramModel(const DataId &id, int modelId);
     bool GetVariogramModelNames(const DataId &id, QList<QString> &names) const;
     bool GetVariogramModelIds(const DataId &id, QList<int> &ids) const;
     /// Whether a model of any dataset here was made from `id`: its dataset or its locations.
     bool HasAssociatedVariogramModels(const DataId &id) const;
+    /// Deletes the models, of any dataset here, that were made from `id`.
     void RemoveAssociatedVariogramModels(const DataId &id);
 
 Q_SIGNALS:

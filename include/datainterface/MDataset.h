@@ -65,6 +65,7 @@ public:
         }
     };
 
+    /// What holds the values: the first word of a dataset's stream form.
     enum Kind : int { VectorKind = 1, RasterKind = 2 };
 
     virtual bool SaveToStream(QDataStream &out);
@@ -75,9 +76,11 @@ public:
     /// Check-outs hold values in memory across many reads; they come in pairs. The last int is not
     /// used.
     virtual bool CheckInRealization(int realization, int arg) const = 0;
+    /// Holds all values of one realization in memory.
     virtual bool CheckOutRealization(int realization, int arg) const = 0;
     /// Stops at the first realization that answers false.
     virtual bool CheckOutAllRealizations(int arg) const;
+    /// Gives back what CheckOutAllRealizations took.
     virtual bool CheckInAllRealizations(int arg) const;
     /// Whether different intervals hold the object's values at the two times. Values are not
     /// compared.
@@ -88,6 +91,7 @@ public:
     virtual QList<double> GetIntervalBreaks(int realization, int breakCount,
                                             MDataset::ClassificationType classification,
                                             bool showProgress) = 0;
+    /// Counts the frequency table anew; false for a dataset of no known type.
     virtual bool RecalculateFrequencies() = 0;
     virtual QMap<MDatum, int> GetDataFrequencies() = 0;
     /// Keys of the frequency table. `capped`, unless null, tells whether it is full.
@@ -110,6 +114,7 @@ public:
     virtual void SetShortDescription(const QString &text);
     virtual QString GetLongDescription();
     virtual void SetLongDescription(const QString &text);
+    /// Appends to the history, without a separator.
     virtual void AddToLongDescription(const QString &text);
     /// Copies the bounds; false, the copy made all the same, when there are no data.
     virtual bool GetTimeBounds(TimeStamp &bounds) const;
@@ -167,12 +172,14 @@ public:
     /// False, with nothing changed, for a model of another dataset. With `assignId` the model gets
     /// the next id.
     bool AddVariogramModel(VariogramModel &model, bool assignId);
+    /// Deletes a model; false for an unknown id.
     bool RemoveVariogramModel(int id);
     /// Stores a changed model; one that now names another dataset of `source` moves there under a
     /// new id. A dataset that is not there raises "dataset".
     bool ReplaceVariogramModel(MDataSource *source, VariogramModel &model);
     /// A fitted model does not outlive the data that it was fitted to.
     bool RemoveAllVariogramModels();
+    /// Adds a copy with an id and a name of its own; false for an unknown id.
     bool DuplicateVariogramModel(int id);
 
     /// All values of one time. False for a realization that is not there.
@@ -180,13 +187,11 @@ public:
     /// The same of a static dataset; false for another.
     bool GetStaticData(int realization, VORN_ConstDataContainer &values) const;
 
-    /// Natural breaks: the classes with the least within-class sum of squares (Fisher 1958, JASA
-    /// 53, 789-798).
-    /// @param sorted  ascending, in the dataset's unit, at least one value per class; repeats
-    /// count.
+    /// Natural breaks: the classes with the least within-class sum of squares
+    /// (Fisher 1958, JASA 53, 789-798). O(k n) memory for n different values in k classes.
+    /// @param sorted  ascending, in the dataset's unit, at least one value per class; repeats count.
     /// @return `breakCount` limits in the same unit: minimum, midpoints between neighbouring
-    /// classes, maximum; empty
-    ///         when the user cancels. O(k n) memory for n different values in k classes.
+    ///         classes, maximum; empty when the user cancels.
     static QList<double> GetJenksBreaks(int breakCount, const QVector<double> &sorted);
 
 Q_SIGNALS:

@@ -7,6 +7,7 @@
 #include <QtGlobal>
 #include "datainterface/export.h"
 
+/// A whole number, a number, a text or no value. A plain value; a key of maps and hashes.
 class DATAINTERFACE_EXPORT MDatum {
 public:
     /// Codes of the stream form. The public record `datum` numbers its kinds the other way round.
@@ -22,9 +23,7 @@ public:
     /// The field is signed: integerValue() gives the bits of a number from 2^63 on. Its order and
     /// its number are those of the unsigned value, which a stream does not keep.
     MDatum(quint64 value)
-        : mType(Integer),
-          mInteger(static_cast<qint64>(value)),
-          mIsBeyondSigned(mInteger < 0)
+        : mType(Integer), mInteger(static_cast<qint64>(value)), mIsBeyondSigned(mInteger < 0)
     {
     }
     MDatum(double value) : mType(Decimal), mDecimal(value) {}
@@ -64,6 +63,7 @@ private:
     bool mIsBeyondSigned = false;
 };
 
+/// Equal values have equal hashes.
 DATAINTERFACE_EXPORT uint qHash(const MDatum &value, uint seed = 0);
 /// Always the present form: all five fields, whatever the type. A text goes out as Latin-1 where
 /// that holds it, and as UTF-8 behind the bytes EF BB BF otherwise.

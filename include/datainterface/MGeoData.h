@@ -66,6 +66,7 @@ public:
     virtual bool GetDistanceUnit(QString &unit) const;
     /// In this geography's time format.
     virtual QString TimeToString(qint64 t, const char *dateFormat, const char *timeFormat);
+    /// A step as "[1y,0m,0d]", as "[1h,0m,0s]", as both, or as a plain number, by the time format.
     virtual QString TimeStepToString(const TimeStep &step);
     /// True when an object exists at a time that the dataset does not cover.
     virtual bool HasObjectsWithMissingData(int dataset) const = 0;
@@ -89,11 +90,13 @@ public:
     /// Any of the views; null when there is none.
     MLinker *GetObjectManager() const;
 
+    /// Ends what AddListener began.
     void RemoveListener(QObject *listener);
     /// Connects the data source's three variogram signals to VariogramModelAddedSlot,
     /// ...RemovedSlot and ...ChangedSlot, each (const DataId &, qint32). A missing slot raises
     /// "Can't connect signals".
     bool AddVariogramModelListener(QObject *listener);
+    /// Ends what AddVariogramModelListener began.
     void RemoveVariogramModelListener(QObject *listener);
 
     /// The weight set that suits the kind of objects: "Queen neighbors" of polygons, "Nearest 5
@@ -122,6 +125,7 @@ public:
     /// Ascending; the names are in the order of the ids.
     QList<int> GetSpatialWeightsIds() const;
     QList<QString> GetSpatialWeightsNames() const;
+    /// Deletes all sets.
     void RemoveAllSpatialWeightSets();
     /// Frees the lists of all sets; the sets stay.
     void ClearSpatialWeightSets();
@@ -131,6 +135,7 @@ public:
     /// ...ChangedSlot, each (MGeoData *, qint32), and WeightSetRenamedSlot(MGeoData *, qint32,
     /// const char *). A missing slot raises "Can't connect signals".
     bool AddSpatialWeightSetListener(QObject *listener);
+    /// Ends what AddSpatialWeightSetListener began.
     void RemoveSpatialWeightSetListener(QObject *listener);
 
     int GetId() const { return mId; }
@@ -155,14 +160,20 @@ public:
     MDataSource *GetDataSource() const { return mDataSource; }
 
     // How times are encoded, stepped and shown; see TimeFormat.
+    /// The time value of midnight of a date.
     static qint64 ConvertFromDate(const QDate &date);
+    /// Seconds after midnight.
     static qint64 ConvertFromTime(const QTime &time);
+    /// The time value of a date and a time of day.
     static qint64 ConvertFromDateTime(const QDate &date, const QTime &time);
     /// An instant before the epoch that is not at midnight lands on the later day.
     static QDate ConvertToDate(qint64 t);
     /// Always a null time: hosts rely on the empty text that follows.
     static QTime ConvertToTime(qint64 t);
+    /// The date and the time of day of a time value.
     static QDateTime ConvertToDateTime(qint64 t);
+    /// `t` a step later: by the calendar, or with 365 days a year and 30 days a month when the step
+    /// is exact. A time of day stops at 86399.
     static qint64 IncrementTime(TimeFormat format, TimeStep step, qint64 t);
     static QString TimeToString(qint64 t, TimeFormat format, const char *dateFormat,
                                 const char *timeFormat);
@@ -176,12 +187,15 @@ Q_SIGNALS:
     void WeightSetRenamedSignal(MGeoData *geography, qint32 id, const char *name);
 
 protected Q_SLOTS:
+    /// A view goes: see AddObjectManager.
     virtual void ObjectManagerDyingSlot(MLinker *view);
 
 protected:
     // What both kinds of geography do alike for a selection.
+    /// See SelectObjectsByValue.
     void selectByValue(int dataset, int realization, qint64 time, const QSet<MDatum> &values,
                        int attribute);
+    /// See SelectObjectsByRange.
     void selectByRange(int dataset, int realization, qint64 time, double low, double high,
                        int attribute);
 

@@ -32,6 +32,7 @@ public:
     /// Updates all views that this one drives, itself among them, in no set order. @return its own
     /// answer.
     bool UpdateLinkedViews();
+    /// Clears the selection of all views that this one drives, itself among them.
     void ClearSelectionState();
     bool IsPrimarySelector() const { return mIsPrimarySelector; }
     /// This view leads the selection from now on, and the views that it drives no longer do.
@@ -39,6 +40,7 @@ public:
 
     /// This view drives `view`, not the other way round. Null is ignored, here and below.
     void Link(MLinker *view);
+    /// The reverse of Link.
     void Unlink(MLinker *view);
     /// One side of a link alone: `view` is noted as one that drives this.
     void AddLinkingView(MLinker *view);
@@ -54,6 +56,7 @@ Q_SIGNALS:
     void ObjectManagerDying(MLinker *view);
 
 public Q_SLOTS:
+    /// The attributes go: this view has none from now on.
     void AttributesDying();
 
 protected:

@@ -8,6 +8,7 @@
 #include <QVariant>
 #include "datainterface/export.h"
 
+/// Values by name, in order of the names. A plain value.
 class DATAINTERFACE_EXPORT MMetaData {
 public:
     MMetaData() = default;
@@ -24,6 +25,7 @@ public:
     /// Appends with no separator; an absent tag is made. False when the tag holds something other
     /// than text.
     bool addTextToTag(const QString &key, const QString &text);
+    /// Whether the key has a value.
     bool tagExists(const QString &key) const;
     /// The keys, ascending.
     QList<QString> getTags() const;

@@ -36,6 +36,7 @@ public:
     virtual void ToggleAttributeIds(int attribute, const QList<unsigned int> &ids);
     /// All cells of a rectangle of columns and rows; what lies outside the grid is left out.
     virtual void SetAttributeRect(int attribute, const QRect &rect, bool state);
+    /// Turns the flags of all cells of a rectangle.
     virtual void ToggleAttributeRect(int attribute, const QRect &rect);
     /// The flags for a display of another size, a bit a cell in the same layout: ((width + 7) >> 3)
     /// * height bytes that the caller frees with delete[]. Each takes the nearest source cell up

@@ -94,6 +94,7 @@ public:
     virtual RectInT GetBoundingRect();
     virtual void GetRasterDims(unsigned int &columns, unsigned int &rows) const;
     virtual void GetDisplayDims(unsigned int &width, unsigned int &height) const;
+    /// See MRasterDataset::AddRasterValues.
     virtual bool AddRasterValues(int id, int realization, const TimeStamp &stamp,
                                  const MRasterBand &band, bool overwrite, bool recalculate);
     /// Those of MRasterDataset; null for an unknown dataset.
@@ -134,15 +135,18 @@ public:
                         const TimeStamp &stamp, quint64 value);
     MRasterObservation *GetRasterInfo(int id, int realization, const TimeStamp &stamp);
     const MRasterObservation *GetRasterInfo(int id, int realization, qint64 time) const;
+    /// Announces a change of the dataset when it has a grid at `first`.
     bool RasterChanged(int id, int realization, qint64 first, qint64 second);
 
     const QRectF &GetBounds() const { return mBounds; }
     double GetPixelWidth() const { return mBounds.width() / mColumns; }
     double GetPixelHeight() const { return mBounds.height() / mRows; }
+    /// The number of a cell; unchecked.
     unsigned int IndexFromColRow(unsigned int column, unsigned int row) const
     {
         return row * mColumns + column;
     }
+    /// The cell of a number; false when it is outside the grid.
     bool ColRowFromIndex(int id, unsigned int &column, unsigned int &row) const;
     /// The grid and the window of `RectQuery` in the terms of the geometry library.
     FMGrid GetGrid() const;

@@ -36,6 +36,7 @@ struct DATAINTERFACE_EXPORT RealizationRasterDataFrequencies {
         else
             return sizeof(T) == 1 ? 0 : sizeof(T) == 2 ? 1 : sizeof(T) == 4 ? 2 : 3;
     }
+    /// The map of a cell type.
     template <class T> auto &mapOf() { return std::get<indexOf<T>()>(maps); }
     template <class T> const auto &mapOf() const { return std::get<indexOf<T>()>(maps); }
 };
@@ -130,13 +131,20 @@ public:
     virtual const QMap<double, int> *GetDoubleFrequencies() const;
     virtual const QMap<float, int> *GetFloatFrequencies() const;
     virtual const QMap<quint16, int> *GetHalfFloatFrequencies() const;
-    /// One value more or less; a count of 0 takes its value along.
+    // One value more or less; a count of 0 takes its value along.
+    /// Cells of 8 bits; signed integers under their unsigned bit pattern, in the four of integers.
     virtual void UpdateInt8Frequencies(quint8 value, bool add);
+    /// Cells of 16 bits.
     virtual void UpdateInt16Frequencies(quint16 value, bool add);
+    /// Cells of 32 bits.
     virtual void UpdateInt32Frequencies(quint32 value, bool add);
+    /// Cells of 64 bits.
     virtual void UpdateInt64Frequencies(quint64 value, bool add);
+    /// Decimals of 64 bits.
     virtual void UpdateDoubleFrequencies(double value, bool add);
+    /// Decimals of 32 bits.
     virtual void UpdateFloatFrequencies(float value, bool add);
+    /// Decimals of 16 bits, by their bit pattern.
     virtual void UpdateHalfFloatFrequencies(quint16 value, bool add);
 
     /// False, with nothing changed, for a grid of another size, type or depth, an unknown

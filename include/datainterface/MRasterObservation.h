@@ -90,6 +90,6 @@ private:
     mutable int mBlockId = -1;
     mutable int mCheckOutCount = 0;
     mutable bool mDirty = false;
-    mutable QByteArray
-        mReadCells; ///< what was handed out before a first write; pointers to it stay good
+    /// What was handed out before a first write; pointers to it stay good.
+    mutable QByteArray mReadCells;
 };

@@ -20,8 +20,8 @@ public:
     bool RestoreFromStream(QDataStream &in) override;
     unsigned int GetObjectCount() const override { return mObjectCount; }
     bool IsDatasetIdValid(int id) const override;
-    /// One step along x.
-    void IncDisplayIndex(double &x, double &y, double &z) const override;
+    /// The next index; row and column stay.
+    void IncDisplayIndex(double &index, double &row, double &column) const override;
     using MDataSource::AddTimeSliceValues;
     bool GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const override;
     QList<double> GetIntervalBreaks(int id, int realization, int count,
@@ -89,8 +89,10 @@ public:
     virtual QList<TimeStamp> GetDataIntervals(int id, int realization, unsigned int object);
     virtual MDatum GetVectorDataValue(int id, int realization, unsigned int object, qint64 t,
                                       bool interpolate);
+    /// One value of one object; see MVectorDataset, also for the two below.
     virtual bool AddDataValue(int id, int realization, unsigned int object, const TimeStamp &stamp,
                               const MDatum &value, bool overwrite, bool updateFrequencies);
+    /// Many values of one object.
     virtual bool AddTimeSeriesValues(int id, int realization, unsigned int object,
                                      const QVector<QPair<TimeStamp, QString>> &values,
                                      bool overwrite, bool updateFrequencies);

@@ -33,6 +33,7 @@ struct DATAINTERFACE_EXPORT RealizationVectorDataFrequencies {
 
     std::tuple<Table<int>, Table<double>, Table<QString>> tables;
 
+    /// The table of an element type.
     template <class T> Table<T> &tableOf() { return std::get<Table<T>>(tables); }
     template <class T> const Table<T> &tableOf() const { return std::get<Table<T>>(tables); }
 };
@@ -56,7 +57,8 @@ struct DATAINTERFACE_EXPORT MVectorDataRealization {
     SeriesMap<double> decimalSeries;
     SeriesMap<QString> stringSeries;
 
-    // The same maps for generic code: all six, and the two of an element type.
+    // The same maps for generic code.
+    /// All six.
     auto maps()
     {
         return std::tie(integerSlices, decimalSlices, stringSlices, integerSeries, decimalSeries,
@@ -67,11 +69,13 @@ struct DATAINTERFACE_EXPORT MVectorDataRealization {
         return std::tie(integerSlices, decimalSlices, stringSlices, integerSeries, decimalSeries,
                         stringSeries);
     }
+    /// The slices of an element type.
     template <class T> SliceMap<T> &slicesOf() { return std::get<SliceMap<T> &>(maps()); }
     template <class T> const SliceMap<T> &slicesOf() const
     {
         return std::get<const SliceMap<T> &>(maps());
     }
+    /// The series of an element type.
     template <class T> SeriesMap<T> &seriesOf() { return std::get<SeriesMap<T> &>(maps()); }
     template <class T> const SeriesMap<T> &seriesOf() const
     {
@@ -138,10 +142,13 @@ public:
     bool CheckInRealization(int realization, int arg) const override;
     /// The slice that holds `time`; false without one and in TimeSeries storage.
     virtual bool CheckOutTimeSlice(int realization, qint64 time, int arg) const;
+    /// Gives back what CheckOutTimeSlice took.
     virtual bool CheckInTimeSlice(int realization, qint64 time, int arg) const;
     /// Makes an empty series where the object has none. Raises "mStorageType == TimeSeries", "id <
     /// mObjectCount".
     virtual bool CheckOutTimeSeries(int realization, int id, int arg) const;
+    /// Gives back what CheckOutTimeSeries took; false for an object without a series. Raises as it
+    /// does.
     virtual bool CheckInTimeSeries(int realization, int id, int arg) const;
 
     /// The maps themselves, not to be changed; null for a realization that is not there.
@@ -176,18 +183,22 @@ public:
     /// alone.
     bool CopyIntegerData(int realization, SliceMap<int> &slices) const;
     bool CopyIntegerData(int realization, SeriesMap<int> &series) const;
+    /// The same of a dataset of decimals.
     bool CopyDecimalData(int realization, SliceMap<double> &slices) const;
     bool CopyDecimalData(int realization, SeriesMap<double> &series) const;
+    /// The same of a dataset of texts.
     bool CopyStringData(int realization, SliceMap<QString> &slices) const;
     bool CopyStringData(int realization, SeriesMap<QString> &series) const;
 
     // Values. The add calls answer false for the wrong storage or type and for an unknown
     // realization.
+    /// One value, in the storage that the dataset has.
     bool AddDataValue(int realization, int id, const TimeStamp &stamp, const MDatum &value,
                       bool overwrite, bool updateFrequencies);
     /// The kind of the value, not the type of the dataset, picks the slices that it enters.
     bool AddTimeSliceValue(int realization, int id, const TimeStamp &stamp, const MDatum &value,
                            bool overwrite, bool updateFrequencies);
+    /// One value of one object in a dataset stored as series.
     bool AddTimeSeriesValue(int realization, int id, const TimeStamp &stamp, const MDatum &value,
                             bool overwrite, bool updateFrequencies);
     /// One value per object ("Invalid object count"). Decimals that are not finite count as
@@ -254,8 +265,11 @@ public:
     bool UpdateFrequencies(double value, bool add);
     bool UpdateFrequencies(const QString &value, bool add);
     bool RecalculateFrequencies() override;
+    /// Counts the table of one type anew; the others stay as they are.
     bool RecalculateIntegerFrequencies();
+    /// The same of decimals.
     bool RecalculateDecimalFrequencies();
+    /// The same of texts.
     bool RecalculateStringFrequencies();
     const QMap<int, int> *GetIntegerFrequencies() const { return &mFrequencies.tableOf<int>(); }
     /// Without NaN, which GetDatumFrequency(MDatum(NaN)) counts.
@@ -402,8 +416,8 @@ private:
     StorageType mStorageType = TimeSlice;
     RealizationVectorDataFrequencies mFrequencies;
     mutable datainterface::PlainCounts<double> mDecimalCounts; ///< what was handed out last
-    mutable QMap<int, MVectorDataRealization>
-        mRealizationData;           ///< a check-out can make an empty series
+    /// A check-out can make an empty series.
+    mutable QMap<int, MVectorDataRealization> mRealizationData;
     mutable LastSlices mLastSlices; ///< cleared before slices change: see realizationsToChange()
 };
 

@@ -49,9 +49,11 @@ DATAINTERFACE_EXPORT vorn_vector VORN_GetMatrixRow(const vorn_matrix &a, int row
 DATAINTERFACE_EXPORT vorn_vector VORN_GetMatrixCol(const vorn_matrix &a, int col);
 /// False when the index or the size does not fit.
 DATAINTERFACE_EXPORT bool VORN_SetMatrixRow(vorn_matrix &a, int row, const vorn_vector &values);
+/// False when the index or the size does not fit.
 DATAINTERFACE_EXPORT bool VORN_SetMatrixCol(vorn_matrix &a, int col, const vorn_vector &values);
 /// False out of range.
 DATAINTERFACE_EXPORT bool VORN_RemoveMatrixRow(vorn_matrix &a, int row);
+/// False out of range.
 DATAINTERFACE_EXPORT bool VORN_RemoveMatrixCol(vorn_matrix &a, int col);
 /// The sum of the diagonal; "Matrix size mismatch" unless square.
 DATAINTERFACE_EXPORT void VORN_GetMatrixTrace(vorn_matrix &a, double &trace);

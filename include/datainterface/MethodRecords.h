@@ -24,9 +24,11 @@ struct MethodReport {
 
 /// How the host colours values: a scheme, class limits and the texts of its legend.
 struct ColorSchemeInfo {
+    /// One text of a legend.
     struct Label {
         QString text;
     };
+    /// Texts of a legend under one heading.
     struct LabelGroup {
         QString text;
         QVector<Label> labels;
@@ -47,10 +49,12 @@ struct ColorSchemeInfo {
 
 /// How the host draws points.
 struct SymbolSchemeInfo {
+    /// The shape and size of one class of points.
     struct Symbol {
         qint32 shape = 0;
         double size = 0.0;
     };
+    /// One text of a legend.
     struct Label {
         QString text;
     };

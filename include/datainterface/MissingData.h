@@ -24,6 +24,7 @@ public:
     MissingData(const MissingData &other);
     MissingData &operator=(const MissingData &) = delete;
 
+    /// Nothing is missing; the form and the size stay.
     void clear();
 
     QSet<int> ids;
@@ -89,6 +90,7 @@ public:
     /// False, with nothing changed, for a container without data and for a raster of another size.
     bool addDataset(const VORN_ConstDataContainer &container);
     bool addDataset(const VORN_DataContainer &container);
+    /// The union with these holes. Raises as VORN_MissingData::operator+=.
     void addMissingData(const VORN_MissingData &missing);
     /// True: the object cannot be used.
     bool checkId(int id) const { return mSum.isMissing(id); }

@@ -44,10 +44,7 @@ struct DATAINTERFACE_EXPORT MissingFlag {
 
     MissingFlag() = default;
     /// A flag of the value's own width.
-    template <class T> explicit MissingFlag(T value) : type(codeOf(T()))
-    {
-        field<T>() = value;
-    }
+    template <class T> explicit MissingFlag(T value) : type(codeOf(T())) { field<T>() = value; }
 
     /// The fields of the values in their order.
     auto fields()
@@ -74,6 +71,7 @@ struct DATAINTERFACE_EXPORT MissingFlag {
             return type != None && field<T>() == value;
     }
 
+    /// The code of a flag of that type.
     static constexpr Type codeOf(double) { return Double; }
     static constexpr Type codeOf(float) { return Float; }
     static constexpr Type codeOf(half) { return Half; }

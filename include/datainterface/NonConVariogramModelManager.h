@@ -19,6 +19,7 @@ public:
     int AddNonConVariogramModel(const VariogramModel &model);
     /// The operations on one id are false when it is unknown.
     bool GetNonConVariogramModel(int id, VariogramModel &model) const;
+    /// Deletes the model.
     bool RemoveNonConVariogramModel(int id);
     /// Puts `model` in the place of the one with its id.
     bool ReplaceNonConVariogramModel(const VariogramModel &model);

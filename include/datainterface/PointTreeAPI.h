@@ -36,6 +36,7 @@ DATAINTERFACE_EXPORT bool VORN_RemoveFromPointTree(int tree, const QPointF &poin
 
 // One neighbour after the other. A cursor is finished with VORN_DoneWithPointTreeNearestNeighbors
 // on the same tree, whatever came back; one that is not of this tree gives false.
+/// The nearest point whose id is not in `exclude`, and the cursor that goes on from there.
 DATAINTERFACE_EXPORT bool VORN_GetPointTreeFirstNearestNeighbor(int tree, const QPointF &place,
                                                                 const QSet<int> &exclude,
                                                                 ptTreeQueryResult &hit,
@@ -44,6 +45,7 @@ DATAINTERFACE_EXPORT bool VORN_GetPointTreeFirstNearestNeighbor(int tree, const 
 DATAINTERFACE_EXPORT bool VORN_GetPointTreeNextNearestNeighbor(int tree, const QSet<int> &exclude,
                                                                ptTreeQueryResult &hit,
                                                                void *&cursor);
+/// Frees the cursor.
 DATAINTERFACE_EXPORT void VORN_DoneWithPointTreeNearestNeighbors(int tree, void *&cursor);
 
 // Hits replace what `hits` held.
@@ -56,10 +58,12 @@ DATAINTERFACE_EXPORT bool VORN_GetPointTreeNearestNeighbors(int tree, const QPoi
 DATAINTERFACE_EXPORT bool VORN_GetPointTreeRangeNeighbors(int tree, const QPointF &place,
                                                           double range, const QSet<int> &exclude,
                                                           QVector<ptTreeQueryResult> &hits);
+/// The points in a rectangle.
 DATAINTERFACE_EXPORT bool VORN_QueryPointTreeWithRect(int tree, const QRectF &rect,
                                                       QVector<ptTreeQueryResult> &hits);
 /// The polygon that an object of a geography is at `time`; false when it is none.
 DATAINTERFACE_EXPORT bool VORN_QueryPointTreeWithPolygon(int tree, int geographyId, int object,
                                                          qint64 time,
                                                          QVector<ptTreeQueryResult> &hits);
+/// Frees the tree.
 DATAINTERFACE_EXPORT bool VORN_DeletePointTree(int tree);

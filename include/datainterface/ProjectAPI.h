@@ -5,8 +5,8 @@
 #include "datainterface/export.h"
 
 /// Writes the model in place: after a failure or a cancel the file is partial. A host that wants an
-/// atomic save writes beside the target and moves. No failure raises or shows a message. Containers
-/// must be checked in before.
+/// atomic save writes beside the target and moves. False on a failure and on a cancel, without a
+/// message; an exception behind it does not come out. Containers must be checked in before.
 DATAINTERFACE_EXPORT bool VORN_SaveProject(const QString &fileName);
 
 /// Reads a project of this version or an older one. The block store is emptied once the file is

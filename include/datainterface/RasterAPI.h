@@ -21,16 +21,14 @@
 
 /// @param bounds  the rectangle of all cells in map units.
 /// @return the new geography's id; -1 for a grid without cells, one whose cell numbers do not fit
-/// an int, and a
-///         rectangle that is not finite or has no area.
+///         an int, and a rectangle that is not finite or has no area.
 DATAINTERFACE_EXPORT int VORN_CreateNewRasterGeography(const QString &name, unsigned int rows,
                                                        unsigned int columns, const QRectF &bounds,
                                                        const Interval &interval, TimeFormat format,
                                                        const QString &history,
                                                        const QString &projection);
 /// @return the new dataset's id, not announced; -1 for a type and depth that no cell has
-/// (MRasterBand) and for less than
-///         one realization.
+///         (MRasterBand) and for less than one realization.
 DATAINTERFACE_EXPORT int VORN_NewRasterDataset(int geographyId, const QString &name, DataType type,
                                                int realizationCount, int bitDepth,
                                                const QString &path);
@@ -110,12 +108,14 @@ DATAINTERFACE_EXPORT bool VORN_IsRasterDataMissing(int id, unsigned int column, 
 /// The numbers of the missing cells.
 DATAINTERFACE_EXPORT bool VORN_GetMissingPixels(int id, int realization, qint64 time,
                                                 QSet<int> &missing);
+/// The intervals of the realization's grids, in order of time.
 DATAINTERFACE_EXPORT bool VORN_GetRasterIntervals(int id, int realization,
                                                   QVector<Interval> &intervals);
 
 using RasterPixels = QVector<QPair<unsigned int, unsigned int>>;
 
 // Cells by place. False for a rectangle that does not meet the grid, with the outputs untouched.
+/// The cells whose centres the rectangle holds: see MRasterDataSource::RectQuery.
 DATAINTERFACE_EXPORT bool VORN_GetPixelCentersInRect(int geographyId, const QRectF &rect,
                                                      RasterPixels &pixels);
 /// The even-odd set of the rings.

@@ -23,6 +23,7 @@ DATAINTERFACE_EXPORT double VORN_GetNormalDeviate();
 DATAINTERFACE_EXPORT QVector<double> VORN_GetNormalDeviates(int n);
 /// From mean - width / 2 to mean + width / 2, with the mode at the mean.
 DATAINTERFACE_EXPORT double VORN_GetTriangularDeviate(double mean, double width);
+/// Exponential with that mean.
 DATAINTERFACE_EXPORT double VORN_GetExponentialDeviate(double mean);
 /// 0 for a mean that is not above 0. Multiplication below 12, rejection from there on.
 DATAINTERFACE_EXPORT int VORN_GetPoissonDeviate(double mean);

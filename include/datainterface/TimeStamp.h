@@ -42,6 +42,7 @@ public:
     operator Interval() const { return {startTime, endTime, inclusiveStart, inclusiveEnd}; }
     /// False for crossed ends and for ends one tick apart that are both exclusive.
     bool isValid() const;
+    /// Whether the instant lies inside.
     bool contains(qint64 t) const
     {
         return (startTime < t && t < endTime) || (t == startTime && inclusiveStart)
@@ -78,6 +79,7 @@ public:
     /// joined. O(n log n).
     static QList<TimeStamp> TimeStampIntersection(const QList<TimeStamp> &a,
                                                   const QList<TimeStamp> &b);
+    /// What either list covers.
     static QList<TimeStamp> TimeStampUnion(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
     /// What lies in `a` and not in `b`.
     static QList<TimeStamp> TimeStampDifference(const QList<TimeStamp> &a,

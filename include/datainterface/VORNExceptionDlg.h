@@ -12,6 +12,7 @@ class VORNExceptionDlgBase;
 }
 QT_END_NAMESPACE
 
+/// Modal; sending opens the user's mail program with the text in it.
 class DATAINTERFACE_EXPORT VORNExceptionDlg : public QDialog {
     Q_OBJECT
 public:

@@ -14,12 +14,15 @@
 /// CheckForCancel tolerate that. Under the testing flag all of them return true at once.
 class DATAINTERFACE_EXPORT VORN_Progress {
 public:
+    /// Makes the bar.
     VORN_Progress(const char *title, const char *label, const char *cancelText);
     ~VORN_Progress();
     VORN_Progress(const VORN_Progress &) = delete;
     VORN_Progress &operator=(const VORN_Progress &) = delete;
 
+    /// Takes the bar away, and all sections with it.
     static void Close();
+    /// Whether there is a bar.
     static bool UsingProgressBar();
     static bool SetProgressText(const char *text);
     static void SetProgressButtonText(const char *text, bool resetOnCancel);
@@ -30,7 +33,10 @@ public:
     static bool SetProgressBarSubSection(int lower, int upper);
     /// From the innermost section's old upper end to `upper`.
     static bool SetNextProgressBarSubSection(int upper);
+    /// A deeper level of work begins: it counts 0 to 100 over the present section.
     static bool PushProgressBarSection();
+    /// That level ends.
     static bool PopProgressBarSection();
+    /// Whether the user has cancelled.
     static bool ProgressBarCanceled();
 };

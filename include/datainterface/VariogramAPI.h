@@ -11,8 +11,7 @@
 /// open already. The arguments after `interval` go to ControllerBase::GenerateVariogramModel
 /// unread.
 /// @return the new model's summary; an empty one, id -1, when the fit was cancelled or gave no
-/// structures. An unknown
-///         dataset raises "Invalid dataset id".
+///         structures. An unknown dataset raises "Invalid dataset id".
 DATAINTERFACE_EXPORT VariogramModelProps VORN_GenerateVariogramModel(
     const QString &name, int dataId, const Interval &interval, int estimator, int locationsId,
     int lagCount, bool flagA, double parameter, bool flagB, bool flagC);
@@ -20,6 +19,7 @@ DATAINTERFACE_EXPORT VariogramModelProps VORN_GenerateVariogramModel(
 DATAINTERFACE_EXPORT QList<int> VORN_GetVariogramModelIds(int dataId);
 /// An empty summary, id -1, for an unknown dataset or model.
 DATAINTERFACE_EXPORT VariogramModelProps VORN_GetVariogramModelProperties(int dataId, int modelId);
+/// The same of a model of the project.
 DATAINTERFACE_EXPORT VariogramModelProps VORN_GetNonConVariogramModelProperties(int modelId);
 /// `base`, or "base n" with the first n from 2 on that no model of the dataset is named; `base` for
 /// an unknown dataset.

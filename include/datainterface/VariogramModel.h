@@ -63,8 +63,8 @@ struct DATAINTERFACE_EXPORT VariogramModelAtT {
 struct EmpiricalVariogramBin {
     double lag = 0.0;       ///< Mean separation of the pairs, map units.
     double direction = 0.0; ///< Radians.
-    double value =
-        0.0; ///< Half the mean squared difference, or what the estimator puts in its place.
+    /// Half the mean squared difference, or what the estimator puts in its place.
+    double value = 0.0;
     qint32 pairCount = 0;
 
     bool operator==(const EmpiricalVariogramBin &other) const

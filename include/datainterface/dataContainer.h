@@ -90,6 +90,7 @@ public:
     QVector<unsigned int> getColorTable() const { return mColorTable; }
     void setColorTable(const QVector<unsigned int> &colors) { mColorTable = colors; }
     bool isMissing(int id) const { return mMissing.isMissing(id); }
+    /// The ids without a value.
     const VORN_MissingData &missingData() const { return mMissing; }
     VORN_MissingData &missingData() { return mMissing; }
     int validCount() const { return nObjects - mMissing.missingCount(); }
@@ -100,13 +101,16 @@ public:
     double operator[](int id) const { return value(id); }
     /// A missing id raises "Data value is missing" in these.
     qint64 intvalue(int id) const;
+    /// The same without a sign.
     quint64 uintvalue(int id) const;
+    /// As a text; numbers are written out.
     QString strvalue(int id) const;
     /// The first element of a numeric vector; raises "Invalid data type" for texts.
     const void *getNumericDataPtr() const;
     const void *getDataPtr() const;
     /// The same to be written through, until the container is copied or given other values.
     void *getDataPtr();
+    /// Whether the two hold as many elements, of the same type, and all of them equal.
     bool compareData(const VORN_ConstDataContainer &other) const;
     /// -1, 0 or 1; a missing value is behind every present one.
     int compareValues(int id1, int id2) const;
@@ -172,6 +176,7 @@ public:
     /// Forward to the dataset; raise "Invalid dataset type" when it is not there. The last int is
     /// not used.
     bool CheckOutData(int realization, qint64 time, int arg) const;
+    /// Gives back what CheckOutData took.
     bool CheckInData(int realization, qint64 time, int arg) const;
 
     DataType type() const { return mType; }
@@ -184,10 +189,14 @@ public:
     const VORN_MissingData &missingData() const { return mMissing; }
     int validCount() const;
 
+    /// The values and their order are read as in VORN_DataContainer, here and below.
     double value(int objectId) const;
     double operator[](int objectId) const { return value(objectId); }
+    /// As a whole number.
     qint64 intvalue(int objectId) const;
+    /// The same without a sign.
     quint64 uintvalue(int objectId) const;
+    /// As a text; numbers are written out.
     QString strvalue(int objectId) const;
     /// The colour of a cell, 8 bits a channel. Raises "hasColorTable()" without a table. Alpha is
     /// in the high byte of the table's 32 bits, blue in the low one.
@@ -195,7 +204,9 @@ public:
                      unsigned short &alpha) const;
     const void *getNumericDataPtr() const;
     const void *getDataPtr() const;
+    /// Whether the two hold as many elements, of the same type, and all of them equal.
     bool compareData(const VORN_ConstDataContainer &other) const;
+    /// -1, 0 or 1; a missing value is behind every present one.
     int compareValues(int id1, int id2) const;
     /// One sample further through a raster, row by row, in steps of the sample step; with step 1
     /// the next id.
@@ -219,8 +230,8 @@ private:
     int mDataSourceId = -1;
     int mDatasetId = -1;
     bool mInterp = false;
-    mutable int mHeld =
-        0; ///< check-outs of the values at mTime that this container owes a check-in
+    /// Check-outs of the values at mTime that this container owes a check-in.
+    mutable int mHeld = 0;
     qint64 mTime = 0;
     int mRealization = 0;
     int nObjects = 0;
@@ -237,8 +248,8 @@ private:
                const qint32 *, const qint64 *, const quint8 *, const quint16 *, const quint32 *,
                const quint64 *>
         mCells{}; ///< of a raster observation; the one of the type is set
-    QByteArray
-        mGrid; ///< shares those bytes, so that they stay good whatever happens to the observation
+    /// Shares those bytes, so that they stay good whatever happens to the observation.
+    QByteArray mGrid;
     QVector<unsigned int> mColorTable;
     VORN_MissingData mMissing;
 };

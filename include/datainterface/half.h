@@ -15,6 +15,7 @@ struct half {
         const qfloat16 narrow(value);
         std::memcpy(&bits, &narrow, sizeof bits);
     }
+    /// The number of a bit pattern.
     static half fromBits(quint16 bits)
     {
         half value;

@@ -5,6 +5,7 @@
 #include <QtGlobal>
 #include "datainterface/export.h"
 
+/// One entry of a neighbour list. A plain value.
 struct neighborDatum {
     int id = -1; ///< the neighbour's object index, or the cell's number
     float weight = 0.0F;

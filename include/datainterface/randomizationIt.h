@@ -13,10 +13,14 @@
 class DATAINTERFACE_EXPORT randomizationIt {
 public:
     virtual ~randomizationIt();
+    /// Whether the present rearrangement is the last one.
     virtual bool done() = 0;
+    /// Goes on to the next rearrangement.
     virtual void next() = 0;
+    /// How many rearrangements there are in all.
     virtual int nRandomizations() = 0;
     void operator++(int) { next(); }
+    /// The present rearrangement, nIndices() elements, valid until the walk goes on.
     int *indices() { return mIndices; }
     int nIndices() const { return mIndexCount; }
 
@@ -38,6 +42,7 @@ public:
     int nRandomizations() override { return mRandomizations; }
 
 protected:
+    /// Leaves the first rearrangement to the derived class.
     struct Unstarted {};
     shuffleIt(int indexCount, int randomizations, Unstarted);
 
@@ -66,6 +71,7 @@ public:
     bool done() override { return mFinished; }
     void next() override;
     int nRandomizations() override { return mRandomizations; }
+    /// Starts again with the first one.
     void reset();
 
 private:
@@ -82,6 +88,7 @@ public:
     bool done() override { return mFinished; }
     void next() override;
     int nRandomizations() override { return mRandomizations; }
+    /// Starts again with the first one.
     void reset();
 
 private:

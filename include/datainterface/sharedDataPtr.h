@@ -40,6 +40,7 @@ public:
     ~sharedDataPtr() { release(mBlock); }
 
     int count() const { return mBlock ? mBlock->count : 0; }
+    /// The elements; null when empty.
     const T *data() const { return mBlock ? mBlock->data : nullptr; }
     T *data()
     {
@@ -71,8 +72,8 @@ public:
 private:
     static constexpr int kAlignment = 16;
     static constexpr int kCacheLine = 64;
-    static constexpr std::size_t kLarge =
-        1024; ///< bytes from which a cache line pays for the slower allocation
+    /// Bytes from which a cache line pays for the slower allocation.
+    static constexpr std::size_t kLarge = 1024;
     static constexpr int kForeign = -1;
 
     struct alignas(16) Block {

@@ -4,6 +4,7 @@
 #include "datainterface/export.h"
 #include "datainterface/sharedDataPtr.h"
 
+/// Copies share their elements until one of them is written, as those of vorn_matrix do.
 class DATAINTERFACE_EXPORT vorn_diagonal_matrix {
 public:
     vorn_diagonal_matrix() = default;
@@ -16,6 +17,7 @@ public:
     /// The i-th diagonal element; unchecked.
     double operator[](int i) const { return mData[i]; }
     double &operator[](int i) { return mData[i]; }
+    /// The diagonal.
     const double *data() const { return mData.data(); }
     double *data() { return mData.data(); }
     bool operator==(const vorn_diagonal_matrix &other) const { return mData == other.mData; }

@@ -4,6 +4,7 @@
 #include "datainterface/export.h"
 #include "datainterface/sharedDataPtr.h"
 
+/// Copies share their elements until one of them is written.
 class DATAINTERFACE_EXPORT vorn_vector {
 public:
     vorn_vector() = default;
@@ -15,6 +16,7 @@ public:
     /// Unchecked.
     double operator[](int i) const { return mData[i]; }
     double &operator[](int i) { return mData[i]; }
+    /// The elements as they lie.
     const double *data() const { return mData.data(); }
     double *data() { return mData.data(); }
 

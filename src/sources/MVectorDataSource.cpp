@@ -73,9 +73,9 @@ bool MVectorDataSource::IsDatasetIdValid(int id) const
     return GetVectorDataset(id) != nullptr;
 }
 
-void MVectorDataSource::IncDisplayIndex(double &x, double &, double &) const
+void MVectorDataSource::IncDisplayIndex(double &index, double &, double &) const
 {
-    x += 1.0;
+    index += 1.0;
 }
 
 bool MVectorDataSource::Resize(unsigned int objectCount)

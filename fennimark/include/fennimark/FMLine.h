@@ -5,6 +5,7 @@
 #include <QVector>
 #include "fennimark/FMObject.h"
 
+/// Open curves of straight segments.
 class FENNIMARK_EXPORT FMLine : public FMObject {
 public:
     /// One vector of vertices a part, kept exactly as given.

@@ -65,10 +65,13 @@ public:
     /// Squared distance to the segment between two places, and to a place.
     virtual double SqrDistance(const QPointF &from, const QPointF &to) const;
     virtual double SqrDistance(const QPointF &point) const;
+    /// TreeObject's, by a point.
     virtual bool OverlapsCircle(const QPointF &center, double radius) const;
     /// A common point; touching counts.
     virtual bool Overlaps(const FMObject &object) const;
+    /// Overlaps for one kind of object, here and in the two below.
     virtual bool OverlapsPoint(const QPointF &point) const;
+    /// A common point with a line.
     virtual bool OverlapsLine(const FMLine &line) const;
     /// Whether this object and a polygon have a common point.
     /// @param area  when not null, takes the area of the intersection in squared map units; it is 0
@@ -76,16 +79,24 @@ public:
     virtual bool OverlapsPolygon(const FMPolygon &polygon, double *area) const;
     /// The interiors meet and neither contains the other. Never true of a point.
     virtual bool Crosses(const FMObject &object) const;
+    /// Never true.
     virtual bool CrossesPoint(const QPointF &point) const;
+    /// Crosses for a line.
     virtual bool CrossesLine(const FMLine &line) const;
+    /// Crosses for a polygon.
     virtual bool CrossesPolygon(const FMPolygon &polygon) const;
     /// No point of this object is outside; the boundary counts as inside. An empty object is
     /// contained by nothing.
     virtual bool ContainedByRect(const Rect2D &rect) const;
+    /// The same for a polygon.
     virtual bool ContainedByPolygon(const FMPolygon &polygon) const;
+    /// Whether the place is a point of the object.
     virtual bool ContainsPoint(double x, double y) const;
+    /// SqrDistance for one kind of object, here and in the two below.
     virtual double SqrPointDistance(const FMPoint &point) const;
+    /// To a line.
     virtual double SqrLineDistance(const FMLine &line) const;
+    /// To a polygon.
     virtual double SqrPolygonDistance(const FMPolygon &polygon) const;
 
 protected:

@@ -3,6 +3,7 @@
 #pragma once
 #include "fennimark/FMObject.h"
 
+/// The coordinates are public, in map units.
 class FENNIMARK_EXPORT FMPoint : public FMObject {
 public:
     explicit FMPoint(const QPointF &point);

@@ -57,10 +57,14 @@ public:
     virtual bool BordersPolygon(const FMPolygon &other, bool queen) const;
 
     bool GetCentroid(double &x, double &y) const override;
+    /// No point of the argument is outside; the boundary counts as inside, here and below.
     bool ContainsPoint(double x, double y) const override;
     bool ContainsPoint(const QPointF &point) const;
+    /// The same of a line.
     bool ContainsLine(const FMLine &line) const;
+    /// The same of a polygon.
     bool ContainsPolygon(const FMPolygon &polygon) const;
+    /// The same of any object.
     bool Contains(const FMObject &object) const;
 
     /// The cells whose centres satisfy ContainsPoint, column after column. Centres are at

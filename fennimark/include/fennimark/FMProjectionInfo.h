@@ -5,6 +5,7 @@
 #include <QString>
 #include "fennimark/export.h"
 
+/// A plain value.
 class FENNIMARK_EXPORT FMProjectionInfo {
 public:
     FMProjectionInfo();

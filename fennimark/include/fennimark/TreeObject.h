@@ -7,6 +7,7 @@
 
 class QDataStream;
 
+/// The base of all geometry.
 class FENNIMARK_EXPORT TreeObject {
 public:
     virtual ~TreeObject();
@@ -27,7 +28,9 @@ public:
     virtual double SqrDistance(double x, double y) const = 0;
     /// Closed sets: touching counts.
     virtual bool OverlapsRect(const Rect2D &rect) const = 0;
+    /// Touching counts.
     virtual bool OverlapsCircle(double x, double y, double radius) const = 0;
+    /// No point of the object is outside the closed disc.
     virtual bool ContainedByCircle(double x, double y, double radius) const = 0;
     /// The hull of the vertices; a zero rectangle for an object without any.
     virtual Rect2D GetObjectBounds() = 0;
