@@ -323,6 +323,7 @@ void TestImport::keepsAProjectThatChangedMeanwhile()
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     };
     Session session({directory.path()});
+    QVERIFY_EXCEPTION_THROWN(Session second({directory.path()}), Failure);
     session.save(path);
     session.load(path);
     session.save(path); // its own writing is no change

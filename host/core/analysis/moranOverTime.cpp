@@ -129,7 +129,7 @@ public:
     void timeDone() { ++mDone; }
 
 private:
-    /// Within one time the bar stands still; Ctrl-C is heard all the same.
+    /// Within one time the bar stands still; a cancel is heard all the same.
     Meter meter() const
     {
         return [this](int) { mProgress.report(100 * mDone / qMax(1, mPlan.times.size())); };

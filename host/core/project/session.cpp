@@ -16,6 +16,8 @@ namespace {
 
 std::unique_ptr<QTemporaryDir> makeScratch(const QString &wanted)
 {
+    if (VORN_GetController())
+        fail(QStringLiteral("a project is open already; there is one at a time"));
     QStringList parents{wanted};
     if (wanted.isEmpty())
         parents =

@@ -20,7 +20,7 @@ struct SessionOptions {
     bool smallest = false; ///< projects packed as small as the library can, rather than quickly
 };
 
-/// One at a time in a process. The ends of the library and of the scratch directory never raise:
+/// One at a time in a process: a second one raises a Failure. The ends of the library and of the scratch directory never raise:
 /// what the disk refuses then is left where it is.
 class MERIDOR_EXPORT Session {
 public:
