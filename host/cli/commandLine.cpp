@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/commandLine.h"
+#include <CLI/CLI.hpp>
 #include <exception>
 #include "cli/commands/commands.h"
 #include "cli/interrupt.h"
@@ -13,17 +14,17 @@ namespace {
 
 enum ExitCode : int { Done = 0, Failed = 1, WrongUsage = 2, Cancelled = 130 };
 
-void addCommonOptions(CLI::App &app, Context &context)
+void addCommonOptions(const Command &app, Context &context)
 {
-    app.add_flag("--json", context.console.json, "Results as JSON");
-    app.add_flag("-q,--quiet", context.console.quiet, "No notes and no progress bar");
-    textOption(app, "--scratch", context.session.scratch,
-               "Parent directory of scratch files (default: the user's cache)");
-    app.add_option("--cache", context.session.cacheMegabytes, "Megabytes of values kept in memory")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 2000));
-    app.add_flag("--smallest", context.session.smallest,
-                 "Pack projects as small as can be, in many times the time");
+    app.flag("--json", context.console.json, "Results as JSON");
+    app.flag("-q,--quiet", context.console.quiet, "No notes and no progress bar");
+    app.text("--scratch", context.session.scratch,
+             "Parent directory of scratch files (default: the user's cache)");
+    app.number("--cache", context.session.cacheMegabytes, "Megabytes of values kept in memory")
+        .shown()
+        .range(1, 2000);
+    app.flag("--smallest", context.session.smallest,
+             "Pack projects as small as can be, in many times the time");
 }
 
 ExitCode codeOf(FailureKind kind)
@@ -82,12 +83,13 @@ int runCommandLine(int argc, char **argv)
     app.footer("Example:\n  meridor demo results\n\nExit codes: 0 done, 1 failed, 2 wrong usage, "
                "130 cancelled.\n"
                "meridor VERB --help tells more.");
-    addCommonOptions(app, context);
+    const Command program(app);
+    addCommonOptions(program, context);
     for (const auto add :
          {addImport,  addInfo,    addStats,     addSeries,  addClasses, addMap,    addExport,
           addQuery,   addZonal,   addRename,    addRemove,  addConvert, addSubset, addSelect,
           addUpgrade, addWeights, addNeighbors, addNearest, addMoran,   addDemo})
-        add(app, context);
+        add(program, context);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

@@ -84,23 +84,20 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addClasses(CLI::App &app, Context &context)
+void addClasses(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("classes", "Cut a dataset's values into classes");
+    const Command command = app.verb("classes", "Cut a dataset's values into classes");
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
-    textOption(command, "--method", options->method, "How to cut")
-        ->default_str("jenks")
-        ->check(CLI::IsMember({"equal", "quantile", "jenks"}));
-    command.add_option("--count", options->count, "Number of classes")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 256));
-    textOption(command, "--at", options->at,
-               "The values of this time alone (default: of all times)");
+    command.text("--method", options->method, "How to cut")
+        .shown("jenks")
+        .oneOf({"equal", "quantile", "jenks"});
+    command.number("--count", options->count, "Number of classes").shown().range(1, 256);
+    command.text("--at", options->at, "The values of this time alone (default: of all times)");
     command.footer(
         "Example:\n  meridor classes income.vorn income --method jenks --count 5 --at 2009");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

@@ -2,10 +2,10 @@
 /// The verbs. Each adds its subcommand and, when it was the one chosen, leaves its work in the
 /// context.
 #pragma once
-#include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include "cli/commands/command.h"
 #include "cli/console.h"
 #include "core/analysis/selection.h"
 #include "core/project/session.h"
@@ -21,37 +21,33 @@ struct Context {
     std::function<void(const Context &)> run;
 };
 
-void addImport(CLI::App &app, Context &context);
-void addInfo(CLI::App &app, Context &context);
-void addStats(CLI::App &app, Context &context);
-void addSeries(CLI::App &app, Context &context);
-void addClasses(CLI::App &app, Context &context);
-void addMap(CLI::App &app, Context &context);
-void addExport(CLI::App &app, Context &context);
-void addRename(CLI::App &app, Context &context);
-void addRemove(CLI::App &app, Context &context);
-void addConvert(CLI::App &app, Context &context);
-void addSubset(CLI::App &app, Context &context);
-void addSelect(CLI::App &app, Context &context);
-void addUpgrade(CLI::App &app, Context &context);
-void addWeights(CLI::App &app, Context &context);
-void addNeighbors(CLI::App &app, Context &context);
-void addNearest(CLI::App &app, Context &context);
-void addMoran(CLI::App &app, Context &context);
-void addQuery(CLI::App &app, Context &context);
-void addZonal(CLI::App &app, Context &context);
-void addDemo(CLI::App &app, Context &context);
+void addImport(const Command &app, Context &context);
+void addInfo(const Command &app, Context &context);
+void addStats(const Command &app, Context &context);
+void addSeries(const Command &app, Context &context);
+void addClasses(const Command &app, Context &context);
+void addMap(const Command &app, Context &context);
+void addExport(const Command &app, Context &context);
+void addRename(const Command &app, Context &context);
+void addRemove(const Command &app, Context &context);
+void addConvert(const Command &app, Context &context);
+void addSubset(const Command &app, Context &context);
+void addSelect(const Command &app, Context &context);
+void addUpgrade(const Command &app, Context &context);
+void addWeights(const Command &app, Context &context);
+void addNeighbors(const Command &app, Context &context);
+void addNearest(const Command &app, Context &context);
+void addMoran(const Command &app, Context &context);
+void addQuery(const Command &app, Context &context);
+void addZonal(const Command &app, Context &context);
+void addDemo(const Command &app, Context &context);
 
-// Options whose values are texts.
-CLI::Option *textOption(CLI::App &app, const char *name, QString &target, const char *help);
-/// May be given several times, one text each.
-CLI::Option *textsOption(CLI::App &app, const char *name, QStringList &target, const char *help);
 /// The arguments PROJECT and DATASET.
-void projectArgument(CLI::App &command, QString &project);
-void datasetArgument(CLI::App &command, QString &dataset);
+void projectArgument(const Command &command, QString &project);
+void datasetArgument(const Command &command, QString &dataset);
 /// --values, --min, --max and --at.
-void valueOptions(CLI::App &command, ObjectChoice &choice);
+void valueOptions(const Command &command, ObjectChoice &choice);
 /// --overwrite, for verbs that write a file.
-void overwriteOption(CLI::App &app, Context &context);
+void overwriteOption(const Command &app, Context &context);
 
 } // namespace meridor

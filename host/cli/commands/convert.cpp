@@ -58,28 +58,28 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addConvert(CLI::App &app, Context &context)
+void addConvert(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
-        *app.add_subcommand("convert", "Add a dataset's values in another type or storage");
+    const Command command =
+        app.verb("convert", "Add a dataset's values in another type or storage");
     projectArgument(command, options->target.project);
     datasetArgument(command, options->dataset);
-    textOption(command, "NEW", options->conversion.name, "The new dataset's name")->required();
-    textOption(command, "--type", options->type, "decimal, integer or text")
-        ->check(CLI::IsMember({"decimal", "integer", "text"}));
-    textOption(command, "--storage", options->storage,
-               "slices (all objects at a time) or series (all times of an object)")
-        ->check(CLI::IsMember({"slices", "series"}));
+    command.text("NEW", options->conversion.name, "The new dataset's name").required();
+    command.text("--type", options->type, "decimal, integer or text")
+        .oneOf({"decimal", "integer", "text"});
     command
-        .add_option("--decimals", options->conversion.decimals,
-                    "Decimals of numbers that become text")
-        ->capture_default_str()
-        ->check(CLI::Range(0, 17));
+        .text("--storage", options->storage,
+              "slices (all objects at a time) or series (all times of an object)")
+        .oneOf({"slices", "series"});
+    command
+        .number("--decimals", options->conversion.decimals, "Decimals of numbers that become text")
+        .shown()
+        .range(0, 17);
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor convert income.vorn income \"income as text\" --type text "
                    "--decimals 0");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

@@ -340,17 +340,17 @@ private:
 
 } // namespace
 
-void addDemo(CLI::App &app, Context &context)
+void addDemo(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
-        *app.add_subcommand("demo", "Tell the whole story on sample data, every figure checked");
-    textOption(command, "DIR", options->directory, "Where the results go; made when it is missing")
-        ->required();
-    textOption(command, "--samples", options->samples, "Directory of the sample data");
+    const Command command =
+        app.verb("demo", "Tell the whole story on sample data, every figure checked");
+    command.text("DIR", options->directory, "Where the results go; made when it is missing")
+        .required();
+    command.text("--samples", options->samples, "Directory of the sample data");
     overwriteOption(command, context);
     command.footer("Example:\n  meridor demo results");
-    command.callback([options, &context] {
+    command.chosen([options, &context] {
         context.run = [options](const Context &c) {
             if (!Demo(*options, c).run())
                 fail(QStringLiteral("the demo found wrong figures"));

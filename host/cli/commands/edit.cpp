@@ -77,32 +77,24 @@ void edit(const Options &options, const Context &context, const char *done, Chan
                 .arg(file, QLatin1String(done), options.names.join(QStringLiteral(", "))));
 }
 
-void addTarget(CLI::App &command, Options &options, Context &context)
+void addTarget(const Command &command, Options &options, Context &context)
 {
     targetOptions(command, options.target, context);
-    command.add_flag("--geography", options.geography, "A geography, not a dataset");
+    command.flag("--geography", options.geography, "A geography, not a dataset");
 }
 
 } // namespace
 
-void addRename(CLI::App &app, Context &context)
+void addRename(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("rename", "Give a dataset or a geography another name");
+    const Command command = app.verb("rename", "Give a dataset or a geography another name");
     projectArgument(command, options->target.project);
-    command
-        .add_option_function<std::string>(
-            "NAME",
-            [options](const std::string &name) {
-                options->names = QStringList{QString::fromStdString(name)};
-            },
-            "The present name")
-        ->type_name("TEXT")
-        ->required();
-    textOption(command, "NEW", options->newName, "The new name")->required();
+    command.texts("NAME", options->names, "The present name").values(1, 1).required();
+    command.text("NEW", options->newName, "The new name").required();
     addTarget(command, *options, context);
     command.footer("Example:\n  meridor rename income.vorn income \"income per head\"");
-    command.callback([options, &context] {
+    command.chosen([options, &context] {
         context.run = [options](const Context &c) {
             if (options->newName.isEmpty())
                 failUsage(QStringLiteral("a name is not empty"));
@@ -113,18 +105,17 @@ void addRename(CLI::App &app, Context &context)
     });
 }
 
-void addRemove(CLI::App &app, Context &context)
+void addRemove(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("remove", "Remove datasets or geographies");
+    const Command command = app.verb("remove", "Remove datasets or geographies");
     projectArgument(command, options->target.project);
-    textsOption(command, "NAME", options->names, "Datasets, or geographies with --geography")
-        ->required()
-        ->expected(1, 1000)
-        ->allow_extra_args(true);
+    command.texts("NAME", options->names, "Datasets, or geographies with --geography")
+        .required()
+        .values(1, 1000);
     addTarget(command, *options, context);
     command.footer("Example:\n  meridor remove income.vorn abbr sub_region");
-    command.callback([options, &context] {
+    command.chosen([options, &context] {
         context.run = [options](const Context &c) {
             edit(*options, c, "removed", [&] {
                 options->geography ? removeGeographies(*options)

@@ -140,30 +140,29 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addExport(CLI::App &app, Context &context)
+void addExport(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand(
-        "export", "Write datasets as a table (CSV, GeoEAS, DBF), or a grid as GeoTIFF");
+    const Command command =
+        app.verb("export", "Write datasets as a table (CSV, GeoEAS, DBF), or a grid as GeoTIFF");
     projectArgument(command, options->project);
-    textOption(command, "TABLE", options->output, "The file to write; its ending tells the format")
-        ->required();
-    textsOption(command, "--datasets", options->datasets,
-                "Datasets, parted by commas (default: all)")
-        ->delimiter(',');
-    textOption(command, "--geography", options->geography, "The geography, when there are several");
-    textOption(command, "--format", options->format, "csv, geoeas, dbf or geotiff")
-        ->check(CLI::IsMember({"csv", "geoeas", "dbf", "geotiff"}));
-    textOption(command, "--at", options->at, "The time of a grid (default: its last)");
-    textOption(command, "--from", options->from, "First time");
-    textOption(command, "--to", options->to, "Last time");
-    auto *missing = textOption(command, "--missing", options->missing,
-                               "Text of a missing value (default: empty, -999 in GeoEAS)");
+    command.text("TABLE", options->output, "The file to write; its ending tells the format")
+        .required();
+    command.texts("--datasets", options->datasets, "Datasets, parted by commas (default: all)")
+        .partedBy(',');
+    command.text("--geography", options->geography, "The geography, when there are several");
+    command.text("--format", options->format, "csv, geoeas, dbf or geotiff")
+        .oneOf({"csv", "geoeas", "dbf", "geotiff"});
+    command.text("--at", options->at, "The time of a grid (default: its last)");
+    command.text("--from", options->from, "First time");
+    command.text("--to", options->to, "Last time");
+    const Setting missing = command.text(
+        "--missing", options->missing, "Text of a missing value (default: empty, -999 in GeoEAS)");
     overwriteOption(command, context);
     command.footer("Example:\n  meridor export income.vorn income.csv --datasets income --from "
                    "2000 --to 2009");
-    command.callback([options, missing, &context] {
-        options->missingGiven = missing->count() > 0;
+    command.chosen([options, missing, &context] {
+        options->missingGiven = missing.isGiven();
         context.run = [options](const Context &c) { run(*options, c); };
     });
 }

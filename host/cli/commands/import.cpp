@@ -125,91 +125,92 @@ void run(const Options &options, const Context &context)
         print(report, context.console);
 }
 
-void addInputs(CLI::App &command, Options &options)
+void addInputs(const Command &command, Options &options)
 {
     ImportOptions &import = options.import;
-    textOption(command, "MAP", import.map, "A vector file, a table with --x and --y, or a raster")
-        ->required();
-    textOption(command, "PROJECT", options.project, "The project to write")->required();
-    command.add_flag("--append", options.append, "Add the geography to a project that is there");
-    textOption(command, "--layer", import.layer, "Layer of the map, when it has several");
-    textOption(command, "--name", import.name, "Name of the geography (default: the layer's)");
-    textOption(command, "--key", import.key,
-               "Field that names the objects; rows with one key are one object");
-    textOption(command, "--x", import.xColumn, "Field of the x coordinate of a table of points");
-    textOption(command, "--y", import.yColumn, "Field of the y coordinate");
-    textOption(command, "--crs", import.projection,
-               "Coordinate system, such as EPSG:4326, in place of the file's");
+    command.text("MAP", import.map, "A vector file, a table with --x and --y, or a raster")
+        .required();
+    command.text("PROJECT", options.project, "The project to write").required();
+    command.flag("--append", options.append, "Add the geography to a project that is there");
+    command.text("--layer", import.layer, "Layer of the map, when it has several");
+    command.text("--name", import.name, "Name of the geography (default: the layer's)");
+    command.text("--key", import.key,
+                 "Field that names the objects; rows with one key are one object");
+    command.text("--x", import.xColumn, "Field of the x coordinate of a table of points");
+    command.text("--y", import.yColumn, "Field of the y coordinate");
+    command.text("--crs", import.projection,
+                 "Coordinate system, such as EPSG:4326, in place of the file's");
     command
-        .add_option("--snap", import.snap,
-                    "Nearer than this, in map units, places are one for common borders")
-        ->check(CLI::NonNegativeNumber);
+        .number("--snap", import.snap,
+                "Nearer than this, in map units, places are one for common borders")
+        .notNegative();
 }
 
-void addTimes(CLI::App &command, ImportOptions &import)
+Setting addTimes(const Command &command, ImportOptions &import)
 {
-    textOption(command, "--start", import.start,
-               "Field with the start of a row's existence; item of a raster's bands");
-    textOption(command, "--end", import.end,
-               "Field with its end, or \"next\": up to the object's next row or the next band");
-    textOption(command, "--times", import.times,
-               "How times are read; a raster's bands are then times of one dataset")
-        ->default_str("auto")
-        ->check(CLI::IsMember({"auto", "number", "date", "date-time", "time"}));
-    textOption(command, "--time-format", import.timePattern,
-               "How the files write times, such as d.M.yyyy or yyyyMMdd HH:mm");
+    command.text("--start", import.start,
+                 "Field with the start of a row's existence; item of a raster's bands");
+    command.text("--end", import.end,
+                 "Field with its end, or \"next\": up to the object's next row or the next band");
+    Setting times = command
+                        .text("--times", import.times,
+                              "How times are read; a raster's bands are then times of one dataset")
+                        .shown("auto")
+                        .oneOf({"auto", "number", "date", "date-time", "time"});
+    command.text("--time-format", import.timePattern,
+                 "How the files write times, such as d.M.yyyy or yyyyMMdd HH:mm");
+    return times;
 }
 
-void addValues(CLI::App &command, ImportOptions &import)
+void addValues(const Command &command, ImportOptions &import)
 {
-    textsOption(command, "--fields", import.fields,
-                "Fields that become datasets (default: all that are left)")
-        ->delimiter(',');
-    command.add_flag("!--no-fields", import.attributes, "No field becomes a dataset by itself");
-    textsOption(command, "--table", import.tables,
-                "A table whose fields are added by key; repeatable");
-    textsOption(command, "--series", import.series,
-                "A dataset over time: NAME=FIRST..LAST, NAME=PREFIX* or "
-                "NAME=FIELD@TIME,FIELD@START/END,...; repeatable");
-    textOption(command, "--observations", import.observations,
-               "A table with one row for each key and time");
-    textsOption(command, "--observe", import.observed,
-                "A dataset of that table: NAME=VALUE@START, NAME=VALUE@START/END or "
-                "NAME=VALUE@START/next, all fields");
-    textsOption(command, "--type", import.types,
-                "NAME=decimal, integer or text, in place of what is recognised");
-    textsOption(command, "--missing", import.missing,
-                "Text that stands for a missing value; repeatable");
-    command.add_flag("--strict", import.strict,
-                     "Fail when keys of a table and of the map do not match");
+    command
+        .texts("--fields", import.fields,
+               "Fields that become datasets (default: all that are left)")
+        .partedBy(',');
+    command.flag("!--no-fields", import.attributes, "No field becomes a dataset by itself");
+    command.texts("--table", import.tables, "A table whose fields are added by key; repeatable");
+    command.texts("--series", import.series,
+                  "A dataset over time: NAME=FIRST..LAST, NAME=PREFIX* or "
+                  "NAME=FIELD@TIME,FIELD@START/END,...; repeatable");
+    command.text("--observations", import.observations,
+                 "A table with one row for each key and time");
+    command.texts("--observe", import.observed,
+                  "A dataset of that table: NAME=VALUE@START, NAME=VALUE@START/END or "
+                  "NAME=VALUE@START/next, all fields");
+    command.texts("--type", import.types,
+                  "NAME=decimal, integer or text, in place of what is recognised");
+    command.texts("--missing", import.missing, "Text that stands for a missing value; repeatable");
+    command.flag("--strict", import.strict,
+                 "Fail when keys of a table and of the map do not match");
 }
 
-void addRasters(CLI::App &command, Options &options)
+void addRasters(const Command &command, Options &options)
 {
-    textOption(command, "--dataset", options.import.dataset,
-               "Name of a raster's dataset (default: the file's)");
-    textOption(command, "--no-data", options.import.noData,
-               "The cell of a raster that means no data, or \"none\", in place of the file's");
-    command.add_flag("--raster", options.raster, "Read a file that holds both as a raster");
+    command.text("--dataset", options.import.dataset,
+                 "Name of a raster's dataset (default: the file's)");
+    command.text("--no-data", options.import.noData,
+                 "The cell of a raster that means no data, or \"none\", in place of the file's");
+    command.flag("--raster", options.raster, "Read a file that holds both as a raster");
 }
 
 } // namespace
 
-void addImport(CLI::App &app, Context &context)
+void addImport(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     options->import.times = QStringLiteral("auto");
-    CLI::App &command = *app.add_subcommand("import", "Make a project of a map and its values");
+    const Command command = app.verb("import", "Make a project of a map and its values");
     addInputs(command, *options);
-    addTimes(command, options->import);
+    const Setting times = addTimes(command, options->import);
     addValues(command, options->import);
     addRasters(command, *options);
     overwriteOption(command, context);
     command.footer("Example:\n  meridor import states48.geojson income.vorn --key fips \\\n"
                    "      --table income_1929_2009.csv --series income=1929..2009\n"
                    "  meridor import pr_1999.tif rain.vorn --times date");
-    command.callback([options, &command, &context] {
-        options->import.bandsAreTimes = command.count("--times") > 0;
+    command.chosen([options, times, &context] {
+        options->import.bandsAreTimes = times.isGiven();
         context.run = [options](const Context &c) { run(*options, c); };
     });
 }

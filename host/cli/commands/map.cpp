@@ -84,39 +84,30 @@ void run(Options options, const Context &context)
 
 } // namespace
 
-void addMap(CLI::App &app, Context &context)
+void addMap(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("map", "Draw a dataset at one time as a picture");
+    const Command command = app.verb("map", "Draw a dataset at one time as a picture");
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
-    textOption(command, "PICTURE", options->output, "The PNG file to write")->required();
-    textOption(command, "--at", options->at, "The time (default: the dataset's last)");
-    textOption(command, "--title", options->title, "Title (default: the dataset's name)");
-    textOption(command, "--method", options->style.method, "How values are cut into classes")
-        ->default_str("jenks")
-        ->check(CLI::IsMember({"equal", "quantile", "jenks"}));
-    command.add_option("--count", options->style.classes, "Number of classes")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 64));
-    command.add_flag("--all-times", options->style.allTimes,
-                     "Classes and extent of all times, to compare pictures");
-    std::vector<std::string> palettes;
-    for (const QString &name : paletteNames())
-        palettes.push_back(name.toStdString());
-    textOption(command, "--palette", options->style.palette, "Colours")
-        ->default_str(palettes.front())
-        ->check(CLI::IsMember(palettes));
-    command.add_option("--width", options->width, "Pixels")
-        ->capture_default_str()
-        ->check(CLI::Range(320, 8000));
-    command.add_option("--height", options->height, "Pixels")
-        ->capture_default_str()
-        ->check(CLI::Range(200, 8000));
+    command.text("PICTURE", options->output, "The PNG file to write").required();
+    command.text("--at", options->at, "The time (default: the dataset's last)");
+    command.text("--title", options->title, "Title (default: the dataset's name)");
+    command.text("--method", options->style.method, "How values are cut into classes")
+        .shown("jenks")
+        .oneOf({"equal", "quantile", "jenks"});
+    command.number("--count", options->style.classes, "Number of classes").shown().range(1, 64);
+    command.flag("--all-times", options->style.allTimes,
+                 "Classes and extent of all times, to compare pictures");
+    command.text("--palette", options->style.palette, "Colours")
+        .shown(options->style.palette.toUtf8().constData())
+        .oneOf(paletteNames());
+    command.number("--width", options->width, "Pixels").shown().range(320, 8000);
+    command.number("--height", options->height, "Pixels").shown().range(200, 8000);
     overwriteOption(command, context);
     command.footer("Example:\n  meridor map income.vorn income 2009.png --at 2009 --title \"Income "
                    "per head\"");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

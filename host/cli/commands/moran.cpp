@@ -163,41 +163,40 @@ void run(const Options &options, const Context &context)
         print(results, options, context.console);
 }
 
-void addTests(CLI::App &command, MoranPlan &plan)
+void addTests(const Command &command, MoranPlan &plan)
 {
     plan.correction = QStringLiteral("none");
     plan.seed = QRandomGenerator::system()->bounded(1, std::numeric_limits<int>::max());
-    command.add_option("--permutations", plan.permutations, "How many; 0 for none")
-        ->capture_default_str()
-        ->check(CLI::Range(0, 1000000));
-    command.add_option("--seed", plan.seed, "Of the permutations (default: another each time)")
-        ->check(CLI::Range(0, std::numeric_limits<int>::max()));
-    command.add_flag("--local", plan.local, "Each object's own statistic too");
-    textOption(command, "--correction", plan.correction,
-               "Of local tests: none, bonferroni, holm, simes, fdr or jef")
-        ->default_str("none")
-        ->check(CLI::IsMember({"none", "bonferroni", "holm", "simes", "fdr", "jef"}));
-    command.add_option("--alpha", plan.alpha, "Level of local tests")
-        ->capture_default_str()
-        ->check(CLI::Range(0.0, 1.0));
+    command.number("--permutations", plan.permutations, "How many; 0 for none")
+        .shown()
+        .range(0, 1000000);
+    command.number("--seed", plan.seed, "Of the permutations (default: another each time)")
+        .range(0, std::numeric_limits<int>::max());
+    command.flag("--local", plan.local, "Each object's own statistic too");
+    command
+        .text("--correction", plan.correction,
+              "Of local tests: none, bonferroni, holm, simes, fdr or jef")
+        .shown("none")
+        .oneOf({"none", "bonferroni", "holm", "simes", "fdr", "jef"});
+    command.number("--alpha", plan.alpha, "Level of local tests").shown().range(0.0, 1.0);
 }
 
 } // namespace
 
-void addMoran(CLI::App &app, Context &context)
+void addMoran(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand(
+    const Command command = app.verb(
         "moran", "Moran's I over time: are like values neighbours more often than by chance?");
     projectArgument(command, options->target.project);
     datasetArgument(command, options->dataset);
-    textOption(command, "SET", options->set, "The weight set, as SET or GEOGRAPHY/SET")->required();
-    textsOption(command, "--at", options->at, "A time, in place of all; repeatable");
+    command.text("SET", options->set, "The weight set, as SET or GEOGRAPHY/SET").required();
+    command.texts("--at", options->at, "A time, in place of all; repeatable");
     addTests(command, options->plan);
-    textOption(command, "--save", options->save, "Keep the results as datasets of this name");
+    command.text("--save", options->save, "Keep the results as datasets of this name");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor moran income.vorn income queen --at 1929 --local --seed 1");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

@@ -183,44 +183,34 @@ void runNearest(const Options &options, const Context &context)
 
 } // namespace
 
-void addNeighbors(CLI::App &app, Context &context)
+void addNeighbors(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("neighbors", "An object's neighbours in a weight set");
+    const Command command = app.verb("neighbors", "An object's neighbours in a weight set");
     projectArgument(command, options->project);
-    textOption(command, "SET", options->set, "The weight set, as SET or GEOGRAPHY/SET")->required();
-    textOption(command, "OBJECT", options->object,
-               "The object's key, or its name in a text dataset")
-        ->required();
-    textOption(command, "--at", options->at, "The time (default: the last)");
+    command.text("SET", options->set, "The weight set, as SET or GEOGRAPHY/SET").required();
+    command.text("OBJECT", options->object, "The object's key, or its name in a text dataset")
+        .required();
+    command.text("--at", options->at, "The time (default: the last)");
     command.footer("Example:\n  meridor neighbors income.vorn queen Virginia --at 1850");
-    command.callback([options, &context] {
+    command.chosen([options, &context] {
         context.run = [options](const Context &c) { runNeighbors(*options, c); };
     });
 }
 
-void addNearest(CLI::App &app, Context &context)
+void addNearest(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("nearest", "The objects nearest to a place");
+    const Command command = app.verb("nearest", "The objects nearest to a place");
     projectArgument(command, options->project);
-    command
-        .add_option_function<std::vector<double>>(
-            "PLACE",
-            [options](const std::vector<double> &place) {
-                options->place = QVector<double>(place.begin(), place.end());
-            },
-            "X Y, in map units")
-        ->expected(2);
-    textOption(command, "--object", options->object, "The place of this object, itself left out");
-    textOption(command, "--geography", options->geography, "The geography, when there are several");
-    command.add_option("--count", options->count, "How many")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 1000000));
-    textOption(command, "--at", options->at, "The time (default: the last)");
+    command.numbers("PLACE", options->place, "X Y, in map units").values(2, 2);
+    command.text("--object", options->object, "The place of this object, itself left out");
+    command.text("--geography", options->geography, "The geography, when there are several");
+    command.number("--count", options->count, "How many").shown().range(1, 1000000);
+    command.text("--at", options->at, "The time (default: the last)");
     command.footer("Example:\n  meridor nearest storms.vorn -- -89.6 26.3 --count 3 --at "
                    "2005-08-28T18:00Z");
-    command.callback([options, &context] {
+    command.chosen([options, &context] {
         context.run = [options](const Context &c) { runNearest(*options, c); };
     });
 }

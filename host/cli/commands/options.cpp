@@ -3,53 +3,27 @@
 
 namespace meridor {
 
-CLI::Option *textOption(CLI::App &app, const char *name, QString &target, const char *help)
+void projectArgument(const Command &command, QString &project)
 {
-    return app
-        .add_option_function<std::string>(
-            name, [&target](const std::string &text) { target = QString::fromStdString(text); },
-            help)
-        ->type_name("TEXT");
+    command.text("PROJECT", project, "The project").required();
 }
 
-CLI::Option *textsOption(CLI::App &app, const char *name, QStringList &target, const char *help)
+void datasetArgument(const Command &command, QString &dataset)
 {
-    return app
-        .add_option_function<std::vector<std::string>>(
-            name,
-            [&target](const std::vector<std::string> &texts) {
-                for (const std::string &text : texts)
-                    target.append(QString::fromStdString(text));
-            },
-            help)
-        ->type_name("TEXT")
-        ->allow_extra_args(false);
+    command.text("DATASET", dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET").required();
 }
 
-void projectArgument(CLI::App &command, QString &project)
+void overwriteOption(const Command &app, Context &context)
 {
-    textOption(command, "PROJECT", project, "The project")->required();
+    app.flag("--overwrite", context.overwrite, "Replace the output file when it is there already");
 }
 
-void datasetArgument(CLI::App &command, QString &dataset)
+void valueOptions(const Command &command, ObjectChoice &choice)
 {
-    textOption(command, "DATASET", dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET")
-        ->required();
-}
-
-void overwriteOption(CLI::App &app, Context &context)
-{
-    app.add_flag("--overwrite", context.overwrite,
-                 "Replace the output file when it is there already");
-}
-
-void valueOptions(CLI::App &command, ObjectChoice &choice)
-{
-    textsOption(command, "--values", choice.values, "Objects with one of these values")
-        ->delimiter(',');
-    textOption(command, "--min", choice.low, "Objects with at least this value");
-    textOption(command, "--max", choice.high, "Objects with at most this value");
-    textOption(command, "--at", choice.at, "The time (default: the dataset's last)");
+    command.texts("--values", choice.values, "Objects with one of these values").partedBy(',');
+    command.text("--min", choice.low, "Objects with at least this value");
+    command.text("--max", choice.high, "Objects with at most this value");
+    command.text("--at", choice.at, "The time (default: the dataset's last)");
 }
 
 } // namespace meridor

@@ -4,9 +4,9 @@
 
 namespace meridor {
 
-void targetOptions(CLI::App &command, EditTarget &target, Context &context)
+void targetOptions(const Command &command, EditTarget &target, Context &context)
 {
-    textOption(command, "--output", target.output, "Write here (default: the project itself)");
+    command.text("--output", target.output, "Write here (default: the project itself)");
     overwriteOption(command, context);
 }
 

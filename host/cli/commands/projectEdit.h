@@ -13,7 +13,7 @@ struct EditTarget {
 };
 
 /// --output and --overwrite.
-void targetOptions(CLI::App &command, EditTarget &target, Context &context);
+void targetOptions(const Command &command, EditTarget &target, Context &context);
 
 /// Loads, changes and saves; nothing is written when the change fails.
 void editProject(const EditTarget &target, const Context &context,

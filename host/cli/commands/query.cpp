@@ -166,24 +166,24 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addQuery(CLI::App &app, Context &context)
+void addQuery(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand("query", "The cells of a grid in a place");
+    const Command command = app.verb("query", "The cells of a grid in a place");
     projectArgument(command, options->project);
-    textOption(command, "DATASET", options->dataset, "The raster dataset")->required();
-    textOption(command, "--rect", options->rect, "X0,Y0,X1,Y1: cells that it touches");
-    textOption(command, "--circle", options->circle, "X,Y,RADIUS: cells with their centre in it");
-    textOption(command, "--ellipse", options->ellipse,
-               "X,Y,A,B,DEGREES: cells with their centre in it; A lies along the angle");
-    textOption(command, "--polygon", options->polygon, "A file of polygons: cells that share area");
-    textOption(command, "--in", options->in, "GEOGRAPHY/OBJECT of the project: the same");
-    command.add_flag("--centers", options->centers,
-                     "Cells with their centre in the rectangle or polygon");
-    textOption(command, "--at", options->at, "The time (default: the dataset's last)");
+    command.text("DATASET", options->dataset, "The raster dataset").required();
+    command.text("--rect", options->rect, "X0,Y0,X1,Y1: cells that it touches");
+    command.text("--circle", options->circle, "X,Y,RADIUS: cells with their centre in it");
+    command.text("--ellipse", options->ellipse,
+                 "X,Y,A,B,DEGREES: cells with their centre in it; A lies along the angle");
+    command.text("--polygon", options->polygon, "A file of polygons: cells that share area");
+    command.text("--in", options->in, "GEOGRAPHY/OBJECT of the project: the same");
+    command.flag("--centers", options->centers,
+                 "Cells with their centre in the rectangle or polygon");
+    command.text("--at", options->at, "The time (default: the dataset's last)");
     command.footer("Example:\n  meridor query rain.vorn pr_1999 --circle -80.8,35.2,0.5 --at "
                    "1999-09");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

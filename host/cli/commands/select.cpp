@@ -43,16 +43,15 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addSelect(CLI::App &app, Context &context)
+void addSelect(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
-        *app.add_subcommand("select", "Name the objects with a value, or in a range");
+    const Command command = app.verb("select", "Name the objects with a value, or in a range");
     projectArgument(command, options->project);
     datasetArgument(command, options->choice.dataset);
     valueOptions(command, options->choice);
     command.footer("Example:\n  meridor select income.vorn income --min 40000 --at 2009");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

@@ -68,20 +68,19 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addSeries(CLI::App &app, Context &context)
+void addSeries(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
-        *app.add_subcommand("series", "One object's or one cell's values over time");
+    const Command command = app.verb("series", "One object's or one cell's values over time");
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
-    textOption(
-        command, "OBJECT", options->object,
-        "The object's key, or its name in a text dataset; of a grid COLUMN,ROW from 0 at the "
-        "top left, or the place @X,Y")
-        ->required();
+    command
+        .text("OBJECT", options->object,
+              "The object's key, or its name in a text dataset; of a grid COLUMN,ROW from 0 at the "
+              "top left, or the place @X,Y")
+        .required();
     command.footer("Example:\n  meridor series income.vorn income Virginia");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

@@ -120,16 +120,15 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addStats(CLI::App &app, Context &context)
+void addStats(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
-        *app.add_subcommand("stats", "Statistics of a dataset: at each time and over all");
+    const Command command = app.verb("stats", "Statistics of a dataset: at each time and over all");
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
-    textsOption(command, "--at", options->at, "A time, in place of all; repeatable");
+    command.texts("--at", options->at, "A time, in place of all; repeatable");
     command.footer("Example:\n  meridor stats income.vorn income --at 1929 --at 2009");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

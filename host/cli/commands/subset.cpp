@@ -55,26 +55,24 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addSubset(CLI::App &app, Context &context)
+void addSubset(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
-        *app.add_subcommand("subset", "Add a geography cut down to some objects of another");
+    const Command command =
+        app.verb("subset", "Add a geography cut down to some objects of another");
     projectArgument(command, options->target.project);
-    textOption(command, "NAME", options->name, "The new geography's name")->required();
-    textOption(command, "--geography", options->choice.geography,
-               "The geography to cut, when there are several");
-    textsOption(command, "--objects", options->choice.keys,
-                "Objects by key or name, parted by commas")
-        ->delimiter(',');
-    textOption(command, "--where", options->choice.dataset,
-               "Objects by their value in this dataset");
+    command.text("NAME", options->name, "The new geography's name").required();
+    command.text("--geography", options->choice.geography,
+                 "The geography to cut, when there are several");
+    command.texts("--objects", options->choice.keys, "Objects by key or name, parted by commas")
+        .partedBy(',');
+    command.text("--where", options->choice.dataset, "Objects by their value in this dataset");
     valueOptions(command, options->choice);
-    command.add_flag("--existing", options->choice.existing, "Objects that exist at --at");
+    command.flag("--existing", options->choice.existing, "Objects that exist at --at");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor subset income.vorn \"rich states\" --where income --min "
                    "40000 --at 2009");
-    command.callback([options, &context] {
+    command.chosen([options, &context] {
         context.run = [options](const Context &c) {
             if (options->name.isEmpty())
                 failUsage(QStringLiteral("a name is not empty"));

@@ -60,16 +60,15 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addUpgrade(CLI::App &app, Context &context)
+void addUpgrade(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
-        *app.add_subcommand("upgrade", "Bring a project of any age to the present form");
-    textOption(command, "OLD", options->old, "The project to read")->required();
-    textOption(command, "NEW", options->project, "The project to write")->required();
+    const Command command = app.verb("upgrade", "Bring a project of any age to the present form");
+    command.text("OLD", options->old, "The project to read").required();
+    command.text("NEW", options->project, "The project to write").required();
     overwriteOption(command, context);
     command.footer("Example:\n  meridor upgrade survey1998.vorn survey.vorn");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

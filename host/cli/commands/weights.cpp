@@ -125,98 +125,93 @@ void remove(const Options &options, const Context &context)
                 .arg(options.target.file(), options.sets.join(QStringLiteral(", "))));
 }
 
-void addMethod(CLI::App &command, WeightSetPlan &plan)
+void addMethod(const Command &command, WeightSetPlan &plan)
 {
     plan.method = QStringLiteral("queen");
     plan.weights = QStringLiteral("row");
-    textOption(command, "--method", plan.method,
-               "queen or rook (polygons and grids), nearest (points) or range (points and grids)")
-        ->default_str("queen")
-        ->check(CLI::IsMember({"queen", "rook", "nearest", "range"}));
-    command.add_option("--order", plan.order, "Steps of contiguity between polygons")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 1000));
-    command.add_option("--count", plan.count, "How many are nearest; ties share the last places")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 1000000));
-    command.add_option("--range", plan.range, "Distance, in map units");
-    textOption(command, "--weights", plan.weights,
-               "constant, row (sum to 1), rank or inverse (of distances), border or border-share")
-        ->default_str("row")
-        ->check(CLI::IsMember({"constant", "row", "rank", "inverse", "border", "border-share"}));
-    command.add_option("--numerator", plan.numerator, "Of inverse distances")
-        ->capture_default_str();
-    command.add_option("--power", plan.power, "Of inverse distances")->capture_default_str();
-    command.add_flag("--ego", plan.includeEgo, "An object is a neighbour of itself too");
-    textOption(command, "--information", plan.information, "A note on the set");
+    command
+        .text("--method", plan.method,
+              "queen or rook (polygons and grids), nearest (points) or range (points and grids)")
+        .shown("queen")
+        .oneOf({"queen", "rook", "nearest", "range"});
+    command.number("--order", plan.order, "Steps of contiguity between polygons")
+        .shown()
+        .range(1, 1000);
+    command.number("--count", plan.count, "How many are nearest; ties share the last places")
+        .shown()
+        .range(1, 1000000);
+    command.number("--range", plan.range, "Distance, in map units");
+    command
+        .text("--weights", plan.weights,
+              "constant, row (sum to 1), rank or inverse (of distances), border or border-share")
+        .shown("row")
+        .oneOf({"constant", "row", "rank", "inverse", "border", "border-share"});
+    command.number("--numerator", plan.numerator, "Of inverse distances").shown();
+    command.number("--power", plan.power, "Of inverse distances").shown();
+    command.flag("--ego", plan.includeEgo, "An object is a neighbour of itself too");
+    command.text("--information", plan.information, "A note on the set");
 }
 
 using Run = void (*)(const Options &, const Context &);
 
-CLI::App &addVerb(CLI::App &weights, const char *name, const char *help,
-                  const std::shared_ptr<Options> &options, Context &context, Run run)
+Command addVerb(const Command &weights, const char *name, const char *help,
+                const std::shared_ptr<Options> &options, Context &context, Run run)
 {
-    CLI::App &command = *weights.add_subcommand(name, help);
+    const Command command = weights.verb(name, help);
     projectArgument(command, options->target.project);
-    command.callback([options, run, &context] {
+    command.chosen([options, run, &context] {
         context.run = [options, run](const Context &c) { run(*options, c); };
     });
     return command;
 }
 
-void addCreate(CLI::App &weights, Context &context)
+void addCreate(const Command &weights, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
+    const Command command =
         addVerb(weights, "create", "Define who is whose neighbour", options, context, &create);
-    textOption(command, "NAME", options->plan.name, "The set's name")->required();
-    textOption(command, "--geography", options->geography, "The geography, when there are several");
+    command.text("NAME", options->plan.name, "The set's name").required();
+    command.text("--geography", options->geography, "The geography, when there are several");
     addMethod(command, options->plan);
-    textsOption(command, "--at", options->at,
-                "Calculate and keep the lists of this time; repeatable");
+    command.texts("--at", options->at, "Calculate and keep the lists of this time; repeatable");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor weights create income.vorn queen --method queen --at 2009");
 }
 
-void addList(CLI::App &weights, Context &context)
+void addList(const Command &weights, Context &context)
 {
     auto options = std::make_shared<Options>();
     addVerb(weights, "list", "Name the sets of a project", options, context, &list)
         .footer("Example:\n  meridor weights list income.vorn");
 }
 
-void addShow(CLI::App &weights, Context &context)
+void addShow(const Command &weights, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
+    const Command command =
         addVerb(weights, "show", "Tell a set's definition and how many links it has", options,
                 context, &show);
-    textsOption(command, "SET", options->sets, "The set, as SET or GEOGRAPHY/SET")
-        ->required()
-        ->expected(1);
-    textsOption(command, "--at", options->at, "The time (default: the last); repeatable");
+    command.texts("SET", options->sets, "The set, as SET or GEOGRAPHY/SET").required().values(1, 1);
+    command.texts("--at", options->at, "The time (default: the last); repeatable");
     command.footer("Example:\n  meridor weights show income.vorn queen --at 1850 --at 2000");
 }
 
-void addRemoveSets(CLI::App &weights, Context &context)
+void addRemoveSets(const Command &weights, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = addVerb(weights, "remove", "Remove sets", options, context, &remove);
-    textsOption(command, "SET", options->sets, "The sets")
-        ->required()
-        ->expected(1, 1000)
-        ->allow_extra_args(true);
+    const Command command = addVerb(weights, "remove", "Remove sets", options, context, &remove);
+    command.texts("SET", options->sets, "The sets").required().values(1, 1000);
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor weights remove income.vorn queen");
 }
 
 } // namespace
 
-void addWeights(CLI::App &app, Context &context)
+void addWeights(const Command &app, Context &context)
 {
-    CLI::App &weights =
-        *app.add_subcommand("weights", "Spatial weights: who is whose neighbour, and how much");
-    weights.require_subcommand(1);
+    const Command weights =
+        app.verb("weights", "Spatial weights: who is whose neighbour, and how much");
+    weights.needsVerb();
     weights.footer("Example:\n  meridor weights create income.vorn queen --method queen");
     addCreate(weights, context);
     addList(weights, context);

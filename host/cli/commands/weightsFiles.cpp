@@ -83,47 +83,45 @@ void readSet(const Options &options, const Context &context)
 
 } // namespace
 
-void addWeightsExport(CLI::App &weights, Context &context)
+void addWeightsExport(const Command &weights, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *weights.add_subcommand(
+    const Command command = weights.verb(
         "export", "Write a set at a time: .gal (neighbours), .gwt, .kwt or .csv (with weights)");
     projectArgument(command, options->target.project);
-    textOption(command, "SET", options->set, "The set, as SET or GEOGRAPHY/SET")->required();
-    textOption(command, "FILE", options->file, "The file to write; its ending tells the format")
-        ->required();
-    textOption(command, "--key", options->how.key,
-               "Dataset whose values name the objects (default: their keys)");
-    textOption(command, "--at", options->how.at, "The time (default: the last)");
+    command.text("SET", options->set, "The set, as SET or GEOGRAPHY/SET").required();
+    command.text("FILE", options->file, "The file to write; its ending tells the format")
+        .required();
+    command.text("--key", options->how.key,
+                 "Dataset whose values name the objects (default: their keys)");
+    command.text("--at", options->how.at, "The time (default: the last)");
     overwriteOption(command, context);
     command.footer("Example:\n  meridor weights export income.vorn queen queen.gal --at 2009");
-    command.callback([options, &context] {
+    command.chosen([options, &context] {
         context.run = [options](const Context &c) { writeSet(*options, c); };
     });
 }
 
-void addWeightsImport(CLI::App &weights, Context &context)
+void addWeightsImport(const Command &weights, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command =
-        *weights.add_subcommand("import", "Make a set of a .gal, .gwt, .kwt or .csv file");
+    const Command command = weights.verb("import", "Make a set of a .gal, .gwt, .kwt or .csv file");
     projectArgument(command, options->target.project);
-    textOption(command, "FILE", options->file, "The file; its ids are keys, never positions")
-        ->required();
-    textOption(command, "SET", options->set, "The new set's name")->required();
-    textOption(command, "--geography", options->geography, "The geography, when there are several");
-    textOption(command, "--key", options->how.key,
-               "Dataset whose values name the objects (default: their keys)");
-    textOption(command, "--at", options->how.at,
-               "The span that the lists hold for, TIME or START/END (default: all of it)");
-    command.add_flag("--standardize", options->how.standardize,
-                     "Divide each object's weights by their sum");
-    command.add_flag("--strict", options->how.strict,
-                     "Fail when ids of the file and of the map differ");
+    command.text("FILE", options->file, "The file; its ids are keys, never positions").required();
+    command.text("SET", options->set, "The new set's name").required();
+    command.text("--geography", options->geography, "The geography, when there are several");
+    command.text("--key", options->how.key,
+                 "Dataset whose values name the objects (default: their keys)");
+    command.text("--at", options->how.at,
+                 "The span that the lists hold for, TIME or START/END (default: all of it)");
+    command.flag("--standardize", options->how.standardize,
+                 "Divide each object's weights by their sum");
+    command.flag("--strict", options->how.strict,
+                 "Fail when ids of the file and of the map differ");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor weights import counties.vorn ncCR85.gal cressie --key fips "
                    "--standardize");
-    command.callback([options, &context] {
+    command.chosen([options, &context] {
         context.run = [options](const Context &c) { readSet(*options, c); };
     });
 }

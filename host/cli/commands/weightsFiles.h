@@ -5,7 +5,7 @@
 
 namespace meridor {
 
-void addWeightsExport(CLI::App &weights, Context &context);
-void addWeightsImport(CLI::App &weights, Context &context);
+void addWeightsExport(const Command &weights, Context &context);
+void addWeightsImport(const Command &weights, Context &context);
 
 } // namespace meridor

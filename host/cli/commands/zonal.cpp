@@ -100,26 +100,24 @@ void run(const Options &options, const Context &context)
 
 } // namespace
 
-void addZonal(CLI::App &app, Context &context)
+void addZonal(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    CLI::App &command = *app.add_subcommand(
+    const Command command = app.verb(
         "zonal", "Statistics of a grid over polygons, each cell by the area it shares with them");
     projectArgument(command, options->target.project);
-    textOption(command, "DATASET", options->dataset, "The raster dataset")->required();
-    textOption(command, "POLYGONS", options->polygons, "The geography of the polygons")->required();
-    textOption(command, "--at", options->at, "One time (default: all)");
-    textOption(command, "--into", options->into,
-               "Keep the statistic as a dataset of the polygons, of this name");
-    std::vector<std::string> names;
+    command.text("DATASET", options->dataset, "The raster dataset").required();
+    command.text("POLYGONS", options->polygons, "The geography of the polygons").required();
+    command.text("--at", options->at, "One time (default: all)");
+    command.text("--into", options->into,
+                 "Keep the statistic as a dataset of the polygons, of this name");
+    QStringList names;
     for (const ZoneStatistic &statistic : zoneStatistics())
-        names.emplace_back(statistic.name);
-    textOption(command, "--statistic", options->statistic, "What is kept")
-        ->default_str("mean")
-        ->check(CLI::IsMember(names));
+        names.append(QLatin1String(statistic.name));
+    command.text("--statistic", options->statistic, "What is kept").shown("mean").oneOf(names);
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor zonal rain.vorn pr_1999 counties --into \"mean rain\"");
-    command.callback(
+    command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }
 

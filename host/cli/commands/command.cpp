@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+#include "cli/commands/command.h"
+#include <CLI/CLI.hpp>
+
+namespace meridor {
+
+Setting &Setting::required()
+{
+    mOption->required();
+    return *this;
+}
+
+Setting &Setting::oneOf(const QStringList &values)
+{
+    std::vector<std::string> names;
+    for (const QString &value : values)
+        names.push_back(value.toStdString());
+    mOption->check(CLI::IsMember(names));
+    return *this;
+}
+
+Setting &Setting::range(int least, int most)
+{
+    mOption->check(CLI::Range(least, most));
+    return *this;
+}
+
+Setting &Setting::range(double least, double most)
+{
+    mOption->check(CLI::Range(least, most));
+    return *this;
+}
+
+Setting &Setting::notNegative()
+{
+    mOption->check(CLI::NonNegativeNumber);
+    return *this;
+}
+
+Setting &Setting::shown()
+{
+    mOption->capture_default_str();
+    return *this;
+}
+
+Setting &Setting::shown(const char *text)
+{
+    mOption->default_str(text);
+    return *this;
+}
+
+Setting &Setting::partedBy(char delimiter)
+{
+    mOption->delimiter(delimiter);
+    return *this;
+}
+
+Setting &Setting::values(int least, int most)
+{
+    mOption->expected(least, most);
+    mOption->allow_extra_args(most > least);
+    return *this;
+}
+
+bool Setting::isGiven() const
+{
+    return mOption->count() > 0;
+}
+
+Command Command::verb(const char *name, const char *help) const
+{
+    return Command(*mApp->add_subcommand(name, help));
+}
+
+void Command::needsVerb() const
+{
+    mApp->require_subcommand(1);
+}
+
+Setting Command::text(const char *name, QString &target, const char *help) const
+{
+    return Setting(
+        mApp->add_option_function<std::string>(
+                name, [&target](const std::string &text) { target = QString::fromStdString(text); },
+                help)
+            ->type_name("TEXT"));
+}
+
+Setting Command::texts(const char *name, QStringList &target, const char *help) const
+{
+    return Setting(mApp->add_option_function<std::vector<std::string>>(
+                           name,
+                           [&target](const std::vector<std::string> &texts) {
+                               for (const std::string &text : texts)
+                                   target.append(QString::fromStdString(text));
+                           },
+                           help)
+                       ->type_name("TEXT")
+                       ->allow_extra_args(false));
+}
+
+Setting Command::number(const char *name, int &target, const char *help) const
+{
+    return Setting(mApp->add_option(name, target, help));
+}
+
+Setting Command::number(const char *name, double &target, const char *help) const
+{
+    return Setting(mApp->add_option(name, target, help));
+}
+
+Setting Command::numbers(const char *name, QVector<double> &target, const char *help) const
+{
+    return Setting(mApp->add_option_function<std::vector<double>>(
+        name,
+        [&target](const std::vector<double> &numbers) {
+            target = QVector<double>(numbers.begin(), numbers.end());
+        },
+        help));
+}
+
+Setting Command::flag(const char *name, bool &target, const char *help) const
+{
+    return Setting(mApp->add_flag(name, target, help));
+}
+
+void Command::footer(const char *text) const
+{
+    mApp->footer(text);
+}
+
+void Command::chosen(const std::function<void()> &then) const
+{
+    mApp->callback(then);
+}
+
+} // namespace meridor
