@@ -18,6 +18,7 @@ host: core cli desk
 barred='
 fennimark/src/points: shape object store file
 host/core/render: import analysis
+host/desk: cli
 '
 # Public headers whose source has another name.
 rooms='
