@@ -44,10 +44,6 @@ foreign='
 ^shapefil\.h$ : ^src/exchange/
 ^libdeflate\.h$ : ^src/Common/
 '
-# Still to be mended: patterns of a file and its header.
-open='
-'
-
 public_rooms() {
     local source name
     for source in src/*/*.cpp; do
@@ -60,7 +56,7 @@ public_rooms() {
 # shellcheck disable=SC2016  # The program is awk's.
 grep -rnE '^[[:space:]]*#[[:space:]]*include[[:space:]]*["<]' fennimark/src src host --include='*.h' --include='*.cpp' \
     | awk -v orders="$orders" -v barred="$barred" -v rooms="$(public_rooms)" -v owners="$owners" \
-          -v foreign="$foreign" -v open="$open" '
+          -v foreign="$foreign" '
 function fail(text) { print at ": " text; faults++ }
 # The tree and the folder of a path: tree and folder are set, place is the folder`s number in the order, 0 for none.
 function locate(path,    parts, n) {
@@ -89,7 +85,6 @@ BEGIN {
             room[pair[1]] = pair[2]
     count = split(owners, lines, "\n")
     for (i = 1; i <= count; i++) if (lines[i] != "") allowed[lines[i]] = 1
-    pending = split(open, patterns, "\n")
     houses = 0
     count = split(foreign, lines, "\n")
     for (i = 1; i <= count; i++)
@@ -122,9 +117,7 @@ BEGIN {
     }
     if (other > mine || forbidden[myTree "/" myFolder, folder]) {
         used[file " " header] = 1
-        known = (file " " header) in allowed
-        for (i = 1; i <= pending; i++) if (patterns[i] != "" && (file " " header) ~ patterns[i]) known = 1
-        if (!known) fail(header " stands above " myFolder "/")
+        if (!((file " " header) in allowed)) fail(header " stands above " myFolder "/")
     }
 }
 END {
