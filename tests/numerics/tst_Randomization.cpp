@@ -181,7 +181,7 @@ void TestRandomization::picksOfRandomIds()
     const QVector<double> weights{0, 0.1, 0.2, 0.3, 0};
     for (int seed = 0; seed < 200; ++seed) {
         VORN_SetRandomSeed(seed);
-        weightedShuffleIt it(5, weights.toStdVector(), 1);
+        weightedShuffleIt it(5, std::vector<double>(weights.begin(), weights.end()), 1);
         for (QVector<int> picks :
              {VORN_ChooseRandomIds(5, weights), QVector<int>(it.indices(), it.indices() + 5)}) {
             std::sort(picks.begin(), picks.end());
