@@ -69,19 +69,10 @@ QVector<int> selected(MAttributes &attributes)
 QVector<int> byValue(int dataset, qint64 time, const QStringList &texts)
 {
     const int geography = VORN_GetGeographyId(dataset);
-    const MDataset &owner = *datasetOf(dataset);
     MAttributes &attributes = attributesOf(geography);
-    geographyOf(geography)->SelectObjectsByValue(dataset, 0, time, wantedValues(owner, texts),
-                                                 kSelected);
-    QVector<int> objects = selected(attributes);
-    if (owner.IsNumeric())
-        return objects;
-    // Single texts travel in Latin-1: letters beyond it look alike there.
-    const QStringList values = valuesAt(dataset, time).texts;
-    objects.erase(std::remove_if(objects.begin(), objects.end(),
-                                 [&](int object) { return !texts.contains(values[object]); }),
-                  objects.end());
-    return objects;
+    geographyOf(geography)->SelectObjectsByValue(
+        dataset, 0, time, wantedValues(*datasetOf(dataset), texts), kSelected);
+    return selected(attributes);
 }
 
 QVector<int> byRange(int dataset, qint64 time, const QString &low, const QString &high)
