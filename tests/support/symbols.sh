@@ -7,11 +7,11 @@ set -euo pipefail
 library=$1 list=$2
 # Listed are functions and data, the types that hosts derive from, cast to or catch (their type information), and the
 # containers, whose code is instantiated here. Other weak symbols are inline code of Qt and the standard library: what
-# stands among them depends on the compiler.
+# stands among them depends on the compiler, as do functions that it makes of lambdas.
 exported=$(nm -DC --defined-only "$library" | sed -E 's/^[0-9a-f]* //' | awk '
     $1 ~ /^[TBDR]$/ && $2 !~ /^(_init|_fini|_edata|_end|__bss_start)$/ { print substr($0, 3); next }
     $1 == "V" && /typeinfo for / && !/ (Q[A-Z]|Qt|std|__|QtPrivate)/ { print substr($0, 3); next }
-    $1 == "W" && /^W (Time(Slice|Series)Data|PagedContainer)</ && !/::Content/ { print substr($0, 3) }' | LC_ALL=C sort -u)
+    $1 == "W" && /^W (Time(Slice|Series)Data|PagedContainer)</ && !/::Content|::_FUN/ { print substr($0, 3) }' | LC_ALL=C sort -u)
 if [ "${3:-}" = --update ]; then
     printf '%s\n' "$exported" >"$list"
     exit
