@@ -292,16 +292,16 @@ private:
         if (since(130000))
             mOut << qint32(realizations(s.version)) << qint32(realizations(s.version));
         for (int realization = 0; realization < realizations(s.version); ++realization)
-            statistics(number);
+            statistics(number, id >= kFirstRaster ? bounds : mValues.span(0));
         if (since(130000)) {
             mOut << qint32(5);
             models(id);
         }
     }
 
-    void statistics(int number)
+    void statistics(int number, const Span &stamp)
     {
-        mOut << qint32(1) << mValues.span(0);
+        mOut << qint32(1) << stamp;
         record(0.5);
         record(number + 0.125);
     }
