@@ -14,7 +14,8 @@ DATAINTERFACE_EXPORT void InitializeDataManager(const QString &directory, int ca
 DATAINTERFACE_EXPORT void ResetDataManager();
 /// Forgets every block and deletes the scratch file.
 DATAINTERFACE_EXPORT void ClearDataManager();
-/// For values that a dataset or weight set owns: loading a project deletes all other blocks.
+/// Stores bytes as a new block. A block of the host's own is saved with the project and comes back
+/// under its id.
 /// @return the new block's id; ids rise from 0 and are never reused. Raises "result", with nothing
 /// changed, when the cache must write something back for it and cannot; the call can be made again
 /// when there is room.

@@ -12,10 +12,9 @@ DATAINTERFACE_EXPORT bool VORN_SaveProject(const QString &fileName);
 /// Reads a project of this version or an older one. The block store is emptied once the file is
 /// open, also when the file turns out to be no project; the geographies that are there stay without
 /// their values, so the host unloads first. One that has the id of a geography in the file goes
-/// through ControllerBase::RemoveGeography before that is read. Blocks that belong to nothing in
-/// the project are deleted. After a failure the geographies restored so far are in the controller's
-/// map. Raises "opened" when a new scratch file cannot be made; no other failure raises, and none
-/// shows a message.
+/// through ControllerBase::RemoveGeography before that is read. After a failure the geographies
+/// restored so far are in the controller's map. Raises "opened" when a new scratch file cannot be
+/// made; no other failure raises, and none shows a message.
 DATAINTERFACE_EXPORT bool VORN_LoadProject(const QString &fileName);
 
 /// Empties the block store, calls ControllerBase::RemoveGeography for each geography in order of id

@@ -166,14 +166,17 @@ void cleanOldDatasets()
             source->CleanPre201044Data();
 }
 
-// Nobody could ever free a block without an owner. Files of 201042 to 400001 have them: their
-// weight lists are dropped as soon as they are read.
+// Files of 201042 to 400001 bring blocks without an owner: their weight lists are dropped as soon as
+// they are read, and nobody could free their blocks later. In files from then on a block without an
+// owner in the project is the host's own.
 bool readBlocks(QDataStream &in, const LoadContext &context)
 {
     if (!context.since(fileVersions::kHasBlocks))
         return true;
     if (!RestoreProjectData(in, context.since(fileVersions::kPacksBlocks)))
         return false;
+    if (context.since(fileVersions::kListsAreComparable))
+        return true;
     QVector<int> owned;
     for (const MGeoData *geography : std::as_const(controller()->GetGeoData()))
         geography->AppendBlockIds(owned);
