@@ -2,6 +2,7 @@
 #include "containers/sliceImage.h"
 #include <cstdint>
 #include <cstring>
+#include <vector>
 #include "Common/detail/streams.h"
 #include "containers/imageCursor.h"
 
@@ -23,6 +24,27 @@ template <class T> qint64 bytesOf(const QVector<T> &values)
     return bytes;
 }
 
+// Where many are missing, marking them in order of position is cheaper than sorting them.
+QVector<int> idsInOrder(const QSet<int> &missing, int count)
+{
+    constexpr int kFewIds = 32; // one in as many positions
+    if (missing.size() < count / kFewIds)
+        return ascending(missing);
+    std::vector<bool> marks(static_cast<std::size_t>(count));
+    for (const int id : missing) {
+        if (id < 0 || id >= count)
+            return ascending(missing);
+        marks[static_cast<std::size_t>(id)] = true;
+    }
+    QVector<int> ids;
+    ids.reserve(missing.size());
+    for (int id = 0; id < count; ++id) {
+        if (marks[static_cast<std::size_t>(id)])
+            ids.append(id);
+    }
+    return ids;
+}
+
 template <class T> QByteArray encodeSlice(const QVector<T> &values, const QSet<int> &missing)
 {
     const qint64 valueBytes = bytesOf(values);
@@ -35,7 +57,7 @@ template <class T> QByteArray encodeSlice(const QVector<T> &values, const QSet<i
             out.text(value);
     }
     out.integer(qint32(missing.size()));
-    const QVector<int> ids = ascending(missing);
+    const QVector<int> ids = idsInOrder(missing, values.size());
     for (const int id : ids)
         out.integer(qint32(id));
     return out.image();
