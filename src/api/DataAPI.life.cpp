@@ -175,8 +175,10 @@ int VORN_NewVectorDataset(int geographyId, const QString &name, StorageType stor
     if (!isVectorType(type) || (storage != TimeSeries && storage != TimeSlice) || realizations < 1)
         return -1;
     return onGeography<MVectorData>(geographyId, -1, [&](const MVectorData &geography) {
-        return geography.GetVectorDataSource()->NewVectorDataset(
-            name, type, static_cast<MVectorDataset::StorageType>(storage), realizations, path);
+        return idWithinMemory([&] {
+            return geography.GetVectorDataSource()->NewVectorDataset(
+                name, type, static_cast<MVectorDataset::StorageType>(storage), realizations, path);
+        });
     });
 }
 

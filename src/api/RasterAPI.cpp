@@ -100,7 +100,8 @@ int VORN_NewRasterDataset(int geographyId, const QString &name, DataType type, i
     if (type == RasterCellType) // read from files, never made
         return -1;
     return onGeographySource<MRasterDataSource>(geographyId, -1, [&](MRasterDataSource &source) {
-        return source.NewRasterDataset(name, type, realizationCount, bitDepth, path);
+        return idWithinMemory(
+            [&] { return source.NewRasterDataset(name, type, realizationCount, bitDepth, path); });
     });
 }
 

@@ -4,6 +4,7 @@
 /// kind; nothing is reported.
 #pragma once
 #include <QMap>
+#include <new>
 #include <type_traits>
 #include "datainterface/ControllerBase.h"
 #include "datainterface/MDataSource.h"
@@ -83,6 +84,16 @@ Result onDataset(int dataId, Result miss, Call call)
         auto *dataset = asKind<Dataset>(source.GetDataset(dataId));
         return dataset ? call(*dataset) : miss;
     });
+}
+
+/// The id that `make` gives; -1 when memory cannot hold what was asked for.
+template <class Make> int idWithinMemory(Make make)
+{
+    try {
+        return make();
+    } catch (const std::bad_alloc &) {
+        return -1;
+    }
 }
 
 } // namespace datainterface

@@ -2,11 +2,13 @@
 // The public dataset functions as hosts see them: ids in, values out, every road through the call
 // frame.
 #include <QtTest>
+#include <limits>
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
+#include "datainterface/RasterAPI.h"
 #include "datainterface/dataContainer.h"
 #include "datainterface/datum.h"
 #include "support/checks.h"
@@ -187,6 +189,7 @@ QVector<double> sequence(int count, double first)
 class TestDataAPI : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void realizationsBeyondMemoryAreRefused();
     void idsOfNothingGiveTheStatedResult();
     void geographyIdIsTheSignedUpperHalf();
     void valuesOfEachTypeComeBack();
@@ -495,6 +498,19 @@ void TestDataAPI::normalScoresTurnBackByRank()
     QVariant isNormal;
     QVERIFY(VORN_GetDatasetAttribute(plain, QStringLiteral("Normal scores"), isNormal));
     QCOMPARE(isNormal, QVariant(0));
+}
+
+void TestDataAPI::realizationsBeyondMemoryAreRefused()
+{
+    TestModel model;
+    const int geography = addPoints(1);
+    const int grid = VORN_CreateNewRasterGeography(QStringLiteral("grid"), 1, 1, QRectF(0, 0, 1, 1),
+                                                   {0, 9, true, true}, TF_Integer, QString(),
+                                                   QString());
+    constexpr int kMost = std::numeric_limits<int>::max();
+    QCOMPARE(VORN_NewVectorDataset(geography, "v", TimeSlice, DecimalType, kMost, QString()), -1);
+    QCOMPARE(VORN_NewRasterDataset(grid, "r", RasterDecimalType, kMost, 32, QString()), -1);
+    QVERIFY(VORN_NewVectorDataset(geography, "v", TimeSlice, DecimalType, 1, QString()) >= 0);
 }
 
 QTEST_GUILESS_MAIN(TestDataAPI)
