@@ -5,6 +5,7 @@
 #include "core/project/failure.h"
 #include "core/project/projectHost.h"
 #include "core/project/shapeAccess.h"
+#include "fennimark/Fennims.h"
 
 namespace meridor {
 
