@@ -353,7 +353,7 @@ private:
             mValues.frequencies(mOut, number, dataset);
         mValues.write(mOut, number, dataset);
         if (!since(103000))
-            statistics(number);
+            statistics(number, mValues.span(0));
     }
 
     void rasterGeography()
