@@ -200,8 +200,8 @@ private:
         bool isClusterSet = false;
     };
     /// All the others but the blank one and the copy. @param suits  the weights suit the kind.
-    AdjacencySet(const QString &name, MGeoData *geography, const Definition &definition,
-                 bool suits);
+    Q_DECL_HIDDEN AdjacencySet(const QString &name, MGeoData *geography,
+                               const Definition &definition, bool suits);
 
     static constexpr int kIdCount = 1 << 16; ///< numbers of sets; a geography's id stands above
     using NeighborLists = std::vector<datainterface::egoNeighbors>;

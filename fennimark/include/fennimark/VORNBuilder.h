@@ -59,6 +59,6 @@ public:
 
 private:
     Q_DISABLE_COPY(VORNBuilder)
-    class Private;
+    class Q_DECL_HIDDEN Private;
     std::unique_ptr<Private> d;
 };

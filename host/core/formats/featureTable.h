@@ -5,7 +5,6 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -24,7 +23,7 @@ class Cells {
 public:
     void append(const QByteArray &text)
     {
-        mBytes.append(text.constData(), static_cast<size_t>(text.size()));
+        mBytes.insert(mBytes.end(), text.cbegin(), text.cend());
         mEnds.push_back(mBytes.size());
     }
     int size() const { return static_cast<int>(mEnds.size()); }
@@ -32,7 +31,7 @@ public:
     {
         const auto index = static_cast<size_t>(row);
         const size_t start = index == 0 ? 0 : mEnds[index - 1];
-        return std::string_view(mBytes).substr(start, mEnds[index] - start);
+        return std::string_view(mBytes.data() + start, mEnds[index] - start);
     }
     bool isMissing(int row) const { return view(row).empty(); }
     bool same(int a, int b) const { return view(a) == view(b); }
@@ -45,7 +44,7 @@ public:
     }
 
 private:
-    std::string mBytes;
+    std::vector<char> mBytes;
     std::vector<size_t> mEnds;
 };
 
