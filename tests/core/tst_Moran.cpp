@@ -249,6 +249,17 @@ void TestMoran::meetsTheFiguresOfTheStates()
     QCOMPARE(QString::number(in1929.deviate, 'f', 4), QString("6.6321"));
     QCOMPARE(QString::number(in2009.deviate, 'f', 4), QString("4.6546"));
     QCOMPARE(in2009.p, 0.001);
+    // Near enough to normal that the permutations' band is that of 1.96 deviations to either side.
+    for (const MoranTest &test : {in1929, in2009}) {
+        const double deviation = (test.value - test.expectation) / test.deviate;
+        const auto inDeviations = [&](double limit) {
+            return (limit - test.expectation) / deviation;
+        };
+        QVERIFY2(std::abs(inDeviations(test.low) + 1.96) < 0.25,
+                 qPrintable(QString::number(test.low)));
+        QVERIFY2(std::abs(inDeviations(test.high) - 1.96) < 0.25,
+                 qPrintable(QString::number(test.high)));
+    }
     int significant = 0;
     for (const double deviate : localMoran(first, weights, 0, kSilent).deviates) {
         double below = 0;

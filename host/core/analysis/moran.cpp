@@ -135,12 +135,14 @@ template <class Visit> void visitShuffles(int n, int permutations, Visit visit)
     }
 }
 
-int permutationsAbove(const Pairs &pairs, const std::vector<double> &z, double limit,
-                      int permutations, const Meter &meter)
+/// sum w_ij z_i z_j of each permutation.
+std::vector<double> permutedSums(const Pairs &pairs, const std::vector<double> &z, int permutations,
+                                 const Meter &meter)
 {
     const int n = static_cast<int>(z.size());
     std::vector<double> together(z.size() * kTogether);
-    int above = 0;
+    std::vector<double> all;
+    all.reserve(at(permutations));
     visitShuffles(n, permutations, [&](int p, const int *indices) {
         const size_t slot = at(p) % kTogether;
         for (size_t i = 0; i < z.size(); ++i)
@@ -148,11 +150,20 @@ int permutationsAbove(const Pairs &pairs, const std::vector<double> &z, double l
         if (slot + 1 < kTogether && p + 1 < permutations)
             return;
         const auto sums = products<kTogether>(pairs, together.data());
-        above += static_cast<int>(std::count_if(sums.begin(), sums.begin() + slot + 1,
-                                                [limit](double sum) { return sum >= limit; }));
+        all.insert(all.end(), sums.begin(), sums.begin() + slot + 1);
         meter(100 * p / permutations);
     });
-    return above;
+    return all;
+}
+
+/// The value below which `share` of the others lie; NaN of none. Reorders them.
+double quantile(std::vector<double> &values, double share)
+{
+    if (values.empty())
+        return kNone;
+    const auto rank = static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
+    std::nth_element(values.begin(), values.begin() + rank, values.end());
+    return values[static_cast<size_t>(rank)];
 }
 
 double variance(const Pairs &pairs, double n, double kurtosis)
@@ -320,15 +331,20 @@ MoranTest moran(const std::vector<double> &values, const SparseWeights &weights,
     const double squares = sumOfPowers(z, 2);
     const Pairs pairs = pairsOf(weights);
     if (values.size() < 2 || !(squares > 0) || pairs.s0 == 0)
-        return {kNone, kNone, kNone, kNone};
+        return {kNone, kNone, kNone, kNone, kNone, kNone};
     const double scale = n / pairs.s0 / squares;
     const double sum = products<1>(pairs, z.data())[0];
-    MoranTest test{scale * sum, -1 / (n - 1), kNone, kNone};
+    MoranTest test{scale * sum, -1 / (n - 1), kNone, kNone, kNone, kNone};
     if (values.size() > 3)
         test.deviate = (test.value - test.expectation)
                        / std::sqrt(variance(pairs, n, n * sumOfPowers(z, 4) / squares / squares));
     const double limit = sum - kSlack / scale;
-    test.p = pseudoP(permutationsAbove(pairs, z, limit, permutations, meter), permutations);
+    std::vector<double> sums = permutedSums(pairs, z, permutations, meter);
+    const auto above =
+        std::count_if(sums.begin(), sums.end(), [limit](double other) { return other >= limit; });
+    test.p = pseudoP(static_cast<int>(above), permutations);
+    test.low = scale * quantile(sums, 0.025);
+    test.high = scale * quantile(sums, 0.975);
     return test;
 }
 

@@ -38,6 +38,8 @@ struct MoranTest {
     double deviate = 0;     ///< under randomisation, A. D. Cliff and J. K. Ord (1981), Spatial
                             ///< processes, 1.37 and 1.42
     double p = 1;           ///< of the permutations; NaN without any
+    double low = 0;         ///< 95 of 100 permutations lie between the two; NaN without any
+    double high = 0;
 };
 
 struct LocalMoran {
