@@ -40,6 +40,7 @@ void addNearest(const Command &app, Context &context);
 void addMoran(const Command &app, Context &context);
 void addQuery(const Command &app, Context &context);
 void addZonal(const Command &app, Context &context);
+void addReport(const Command &app, Context &context);
 void addDemo(const Command &app, Context &context);
 
 /// The arguments PROJECT and DATASET.

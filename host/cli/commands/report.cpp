@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonObject>
+#include <limits>
+#include <memory>
+#include "cli/commands/commands.h"
+#include "core/project/cancel.h"
+#include "core/project/failure.h"
+#include "core/project/safeFile.h"
+#include "core/report/gather.h"
+#include "core/report/page.h"
+
+namespace meridor {
+namespace {
+
+struct Options {
+    ReportPlan plan;
+    QString output;
+    QString datasets;
+    QString times;
+};
+
+QStringList parted(const QString &text)
+{
+    return text.split(QLatin1Char(','), Qt::SkipEmptyParts);
+}
+
+void write(const QString &target, const QByteArray &page)
+{
+    const bool written = replaceFile(target, [&page](const QString &beside) {
+        QFile file(beside);
+        return file.open(QIODevice::WriteOnly) && file.write(page) == page.size() && file.flush()
+               && !isCancelled();
+    });
+    stopIfCancelled();
+    if (!written)
+        fail(QStringLiteral("%1: could not be written").arg(target));
+}
+
+void run(Options options, const Context &context)
+{
+    requireWritable(options.output, context.overwrite);
+    refuseInput(options.output, {options.plan.project});
+    options.plan.datasets = parted(options.datasets);
+    options.plan.times = parted(options.times);
+    Session session(context.session, context.user);
+    session.load(options.plan.project);
+    const ReportProject report = gatherReport(options.plan);
+    const QByteArray page = reportPage(report);
+    write(options.output, page);
+    if (context.console.json)
+        context.console.print(QJsonObject{
+            {QStringLiteral("file"), options.output},
+            {QStringLiteral("bytes"), page.size()},
+            {QStringLiteral("geographies"), static_cast<int>(report.geographies.size())}});
+    else
+        context.console.print(QStringLiteral("%1: %2 geographies, %3 KB")
+                                  .arg(options.output)
+                                  .arg(report.geographies.size())
+                                  .arg((page.size() + 500) / 1000));
+}
+
+} // namespace
+
+void addReport(const Command &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    const Command command =
+        app.verb("report", "Write a project as one page: maps with a time slider, charts, tables");
+    projectArgument(command, options->plan.project);
+    command.text("PAGE", options->output, "The HTML file to write").required();
+    command.text("--title", options->plan.title, "Title (default: the project's name)");
+    command.text("--datasets", options->datasets, "Only these, parted by commas (default: all)");
+    command.text("--times", options->times,
+                 "Only these times and spans, parted by commas (default: all)");
+    command
+        .number("--simplify", options->plan.simplify,
+                "How fine borders are drawn, in map units; 0 keeps every vertex "
+                "(default: a 1500th of the extent)")
+        .notNegative();
+    command.number("--permutations", options->plan.permutations, "Of Moran's I")
+        .shown()
+        .range(0, 1000000);
+    command.number("--seed", options->plan.seed, "Of the permutations")
+        .shown()
+        .range(0, std::numeric_limits<int>::max());
+    overwriteOption(command, context);
+    command.footer("Example:\n  meridor report income.vorn income.html --datasets income");
+    command.chosen(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor

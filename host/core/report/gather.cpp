@@ -1,0 +1,392 @@
+// SPDX-License-Identifier: MIT
+#include "core/report/gather.h"
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSet>
+#include <algorithm>
+#include <cmath>
+#include "core/analysis/moranOverTime.h"
+#include "core/analysis/weightSets.h"
+#include "core/project/cancel.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/progress.h"
+#include "core/report/gatherLayers.h"
+#include "core/report/gatherShapes.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MGeoData.h"
+
+namespace meridor {
+namespace {
+
+/// As a shell takes it.
+QString quoted(const QString &text)
+{
+    static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_./:,@%+=-]+$"));
+    if (plain.match(text).hasMatch())
+        return text;
+    QString inner = text;
+    return QLatin1Char('\'') + inner.replace(QLatin1Char('\''), QLatin1String("'\\''"))
+           + QLatin1Char('\'');
+}
+
+QString commandLine(const QStringList &words)
+{
+    QStringList texts{QStringLiteral("meridor")};
+    for (const QString &word : words)
+        texts.append(quoted(word));
+    return texts.join(QLatin1Char(' '));
+}
+
+/// The name at the head of well-known text; other texts as they are.
+QString projectionName(const QString &text)
+{
+    const int open = text.indexOf(QLatin1String("[\""));
+    return open > 0 && !text.left(open).contains(QLatin1Char(' '))
+               ? text.section(QLatin1Char('"'), 1, 1)
+               : text;
+}
+
+bool before(const Interval &a, const Interval &b)
+{
+    return a.startTime != b.startTime ? a.startTime < b.startTime : a.endTime < b.endTime;
+}
+
+class GeographyReport {
+public:
+    GeographyReport(int id, const QVector<int> &datasets, const ReportPlan &plan,
+                    const QString &prefix)
+        : mId(id),
+          mDatasets(datasets),
+          mPlan(plan),
+          mPrefix(prefix),
+          mAxis(axisOf(id)),
+          mProps(VORN_GetGeographyProperties(id)),
+          mIsGrid(mProps.type == GeoProps::Raster)
+    {
+    }
+
+    ReportGeography gather()
+    {
+        mShown.name = geographyName(mId);
+        mShown.kind = QLatin1String(shapeName(mProps.type));
+        mShown.objects = mProps.objectCount;
+        mShown.projection =
+            projectionName(mProps.metaData.value(QStringLiteral("Projection")).toString());
+        mShown.history = mProps.metaData.value(QStringLiteral("History")).toString();
+        addSteps();
+        if (mIsGrid) {
+            chooseCells(mId, std::max(1, static_cast<int>(mShown.steps.size())), mShown);
+            mShown.cellRatio = cellRatio();
+        } else {
+            mShown.keys = objectKeys(mId);
+            mShown.labels = labels();
+            mShown.shapes = gatherShapes(mId, mShown.steps, mPlan.simplify, &stopIfCancelled);
+        }
+        for (const int dataset : mDatasets) {
+            ReportLayer layer = gatherLayer(dataset, mShown, &stopIfCancelled);
+            if (!layer.rows.isEmpty())
+                mShown.layers.append(layer);
+        }
+        if (!mIsGrid)
+            for (const int set : geographyOf(mId)->GetSpatialWeightsIds())
+                addWeightSet(set);
+        addCommands();
+        return mShown;
+    }
+
+private:
+    bool isWanted(const Interval &when, const QVector<Interval> &wanted) const
+    {
+        return wanted.isEmpty()
+               || std::any_of(wanted.begin(), wanted.end(), [&](const Interval &span) {
+                      return TimeStamp(span).overlaps(TimeStamp(when));
+                  });
+    }
+
+    /// The times that datasets have values at, and those at which objects change.
+    void addSteps()
+    {
+        QVector<Interval> wanted;
+        for (const QString &text : mPlan.times)
+            if (const auto span = mAxis.range(text))
+                wanted.append(*span);
+        QVector<Interval> times;
+        for (const int dataset : mDatasets)
+            if (!datasetOf(dataset)->IsStatic())
+                times += dataTimes(dataset);
+        QVector<Interval> changes;
+        if (!mIsGrid && !mProps.isStatic)
+            VORN_GetAllObjectTimes(mId, changes);
+        times += changes;
+        std::sort(times.begin(), times.end(), &before);
+        times.erase(std::unique(times.begin(), times.end()), times.end());
+        for (const Interval &when : times) {
+            if (!isWanted(when, wanted))
+                continue;
+            if (changes.contains(when))
+                mShown.existence.append(mShown.steps.size());
+            mShown.steps.append({when, instantOf(when), mAxis.show(when)});
+        }
+        if (mShown.steps.isEmpty() && !times.isEmpty())
+            fail(QStringLiteral("%1 has nothing at these times").arg(mShown.name));
+        if (mShown.steps.isEmpty())
+            mShown.steps.append({Interval(), 0, QStringLiteral("always")});
+        if (mShown.existence.isEmpty())
+            mShown.existence.append(mShown.steps.size() - 1);
+    }
+
+    /// Degrees are drawn with the ratio of the middle latitude.
+    double cellRatio() const
+    {
+        const QString projection =
+            mProps.metaData.value(QStringLiteral("Projection")).toString().toUpper();
+        const bool degrees = projection.contains(QLatin1String("GEOG"))
+                             && !projection.contains(QLatin1String("PROJ"));
+        constexpr double kRadian = 3.14159265358979323846 / 180;
+        const double middle = qBound(-80.0, mProps.bounds.center().y(), 80.0);
+        const double ratio = mProps.pixelHeight > 0 ? mProps.pixelWidth / mProps.pixelHeight : 1;
+        return ratio * (degrees ? std::cos(middle * kRadian) : 1);
+    }
+
+    /// What people call the objects: a dataset of texts that is called a name, or whose texts are
+    /// all different; else their keys.
+    QStringList labels() const
+    {
+        int chosen = -1;
+        for (const int id : datasetIds(mId)) {
+            const MDataset &dataset = *datasetOf(id);
+            if (dataset.GetDataType() != StringType || id == keyDataset(mId))
+                continue;
+            if (datasetName(id).contains(QLatin1String("name"), Qt::CaseInsensitive))
+                return latestTexts(id);
+            bool capped = false;
+            if (chosen < 0 && dataset.IsStatic()
+                && VORN_GetUniqueDataCount(id, capped) == mProps.objectCount)
+                chosen = id;
+        }
+        return chosen >= 0 ? latestTexts(chosen) : mShown.keys;
+    }
+
+    QStringList latestTexts(int dataset) const
+    {
+        QStringList texts = mShown.keys;
+        for (const Interval &when : dataTimes(dataset)) {
+            QVector<QString> values;
+            QSet<int> missing;
+            VORN_GetDataValues(dataset, 0, instantOf(when), values, missing);
+            for (int i = 0; i < values.size() && i < texts.size(); ++i)
+                if (!missing.contains(i) && !values[i].isEmpty())
+                    texts[i] = values[i];
+        }
+        return texts;
+    }
+
+    /// Steps at which lists can differ from those of the step before.
+    QVector<int> statesOf(const AdjacencySet &set) const
+    {
+        QSet<int> changed{0};
+        for (const QVector<ShapeChange> &changes : mShown.shapes.objects)
+            for (const ShapeChange &change : changes)
+                changed.insert(change.step);
+        QVector<int> steps;
+        for (int step = 0; step < mShown.steps.size(); ++step)
+            if (set.IsCustom() || changed.contains(step))
+                steps.append(step);
+        return steps;
+    }
+
+    bool existsAt(int step) const
+    {
+        return std::any_of(mShown.shapes.objects.begin(), mShown.shapes.objects.end(),
+                           [step](const QVector<ShapeChange> &changes) {
+                               const auto next = std::find_if(changes.begin(), changes.end(),
+                                                              [step](const ShapeChange &change) {
+                                                                  return change.step > step;
+                                                              });
+                               return next != changes.begin() && (next - 1)->shape >= 0;
+                           });
+    }
+
+    void addWeightSet(int id)
+    {
+        const AdjacencySet &set = weightSetOf(id);
+        ReportLinks links{set.GetName(), describe(set), {}};
+        for (const int step : statesOf(set)) {
+            LinkState state{step, 0, 0, 0, 0, {}, QVector<QVector<int>>(mProps.objectCount)};
+            if (existsAt(step) && !neighborsAt(id, step, state))
+                continue;
+            if (links.states.isEmpty() || links.states.last().neighbors != state.neighbors
+                || links.states.last().objects != state.objects)
+                links.states.append(state);
+        }
+        mShown.links.append(links);
+        // Where values move, those that hold for good are codes and areas.
+        const bool moves = std::any_of(mDatasets.begin(), mDatasets.end(), [](int dataset) {
+            return datasetOf(dataset)->IsNumeric() && !datasetOf(dataset)->IsStatic();
+        });
+        for (const int dataset : mDatasets)
+            if (!moves || !datasetOf(dataset)->IsStatic())
+                addMoran(dataset, id);
+    }
+
+    /// False when a set that came from outside has nothing at the time.
+    bool neighborsAt(int id, int step, LinkState &state) const
+    {
+        try {
+            visitNeighbors(id, shapeTime(mId, mShown.steps[step].instant),
+                           [&](int object, const QVector<neighborDatum> &neighbors) {
+                               const int count = neighbors.size();
+                               state.least = state.objects == 0 ? count : qMin(state.least, count);
+                               state.most = qMax(state.most, count);
+                               state.links += count;
+                               ++state.objects;
+                               if (count == 0)
+                                   state.islands.append(object);
+                               for (const neighborDatum &neighbor : neighbors)
+                                   state.neighbors[object].append(neighbor.id);
+                           });
+        } catch (const Failure &failure) {
+            if (failure.kind() == FailureKind::Cancelled || !weightSetOf(id).IsCustom())
+                throw;
+            return false;
+        }
+        return true;
+    }
+
+    void addMoran(int dataset, int set)
+    {
+        const MDataset &values = *datasetOf(dataset);
+        if (!values.IsNumeric() || dataset == keyDataset(mId))
+            return;
+        MoranPlan plan;
+        plan.dataset = dataset;
+        plan.weightSet = set;
+        plan.permutations = mPlan.permutations;
+        plan.seed = mPlan.seed;
+        QVector<int> steps;
+        const QVector<Interval> times = dataTimes(dataset);
+        for (int step = 0; step < mShown.steps.size() && !values.IsStatic(); ++step)
+            if (times.contains(mShown.steps[step].when)) {
+                plan.times.append(mShown.steps[step].when);
+                steps.append(step);
+            }
+        if (values.IsStatic())
+            plan.times = times;
+        if (plan.times.isEmpty())
+            return;
+        ReportMoran moran{
+            datasetName(dataset), weightSetOf(set).GetName(), plan.permutations, plan.seed, {}};
+        const Progress progress("Moran", "Permuting...");
+        for (const MoranAt &found : moranOverTime(plan, progress)) {
+            const MoranTest &test = found.whole;
+            if (!std::isfinite(test.value))
+                continue; // all values are equal, as those of a stored result
+            const int position = static_cast<int>(
+                std::find(plan.times.begin(), plan.times.end(), found.when) - plan.times.begin());
+            moran.rows.append(
+                {steps.value(position, -1),
+                 values.IsStatic() ? QStringLiteral("always") : mAxis.show(found.when),
+                 static_cast<int>(found.objects.size()), test.value, test.expectation, test.deviate,
+                 test.p, test.low, test.high});
+        }
+        if (!moran.rows.isEmpty())
+            mShown.moran.append(moran);
+    }
+
+    void addCommand(const char *what, const QStringList &words)
+    {
+        mShown.commands.append({QLatin1String(what), commandLine(words)});
+    }
+
+    void addCommands()
+    {
+        const QString &file = mPlan.project;
+        for (const ReportLayer &layer : mShown.layers) {
+            const QString name = mPrefix + layer.name;
+            addCommand("Values counted and summed up, by time",
+                       {QStringLiteral("stats"), file, name});
+            if (!layer.isText)
+                addCommand("Natural breaks of all times",
+                           {QStringLiteral("classes"), file, name, QStringLiteral("--method"),
+                            QStringLiteral("jenks"), QStringLiteral("--count"),
+                            QString::number(qMax(1, layer.views.first().colors.size()))});
+        }
+        if (!mIsGrid && !mShown.layers.isEmpty() && mShown.objects > 0)
+            addCommand("One object over time",
+                       {QStringLiteral("series"), file, mPrefix + mShown.layers.first().name,
+                        mShown.keys.first()});
+        for (const ReportLinks &links : mShown.links)
+            addCommand("Links and islands of a time",
+                       {QStringLiteral("weights"), QStringLiteral("show"), file,
+                        mPrefix + links.name, QStringLiteral("--at"),
+                        mAxis.show(mShown.steps.last().when.startTime)});
+        for (const ReportMoran &moran : mShown.moran)
+            addCommand("Moran's I of every time",
+                       {QStringLiteral("moran"), file, mPrefix + moran.layer, mPrefix + moran.set,
+                        QStringLiteral("--permutations"), QString::number(moran.permutations),
+                        QStringLiteral("--seed"), QString::number(moran.seed)});
+    }
+
+    int mId;
+    QVector<int> mDatasets;
+    const ReportPlan &mPlan;
+    QString mPrefix;
+    TimeAxis mAxis;
+    GeoProps mProps;
+    bool mIsGrid;
+    ReportGeography mShown;
+};
+
+/// Datasets by geography, in the project's order, or those that were asked for.
+QVector<QPair<int, QVector<int>>> chosenDatasets(const ReportPlan &plan)
+{
+    QVector<QPair<int, QVector<int>>> chosen;
+    QSet<int> wanted;
+    for (const QString &name : plan.datasets)
+        wanted.insert(findDataset(name));
+    for (const int geography : geographyIds()) {
+        QVector<int> ids;
+        for (const int id : datasetIds(geography))
+            if (wanted.isEmpty() || wanted.contains(id))
+                ids.append(id);
+        if (wanted.isEmpty() || !ids.isEmpty())
+            chosen.append({geography, ids});
+    }
+    if (chosen.isEmpty())
+        fail(QStringLiteral("the project holds no geography"));
+    return chosen;
+}
+
+void requireTimes(const ReportPlan &plan, const QVector<QPair<int, QVector<int>>> &chosen)
+{
+    for (const QString &text : plan.times)
+        if (std::none_of(chosen.begin(), chosen.end(), [&](const auto &entry) {
+                return axisOf(entry.first).range(text).has_value();
+            }))
+            failUsage(QStringLiteral("%1 is no time of the project").arg(text), "times");
+}
+
+} // namespace
+
+ReportProject gatherReport(const ReportPlan &plan)
+{
+    const auto chosen = chosenDatasets(plan);
+    requireTimes(plan, chosen);
+    const QFileInfo file(plan.project);
+    ReportProject report;
+    report.title = plan.title.isEmpty() ? file.completeBaseName() : plan.title;
+    report.file = file.fileName();
+    report.bytes = file.size();
+    for (const auto &[geography, datasets] : chosen) {
+        const QString prefix =
+            chosen.size() > 1 ? geographyName(geography) + QLatin1Char('/') : QString();
+        report.geographies.append(GeographyReport(geography, datasets, plan, prefix).gather());
+    }
+    report.commands.append({QStringLiteral("What the project holds"),
+                            commandLine({QStringLiteral("info"), plan.project})});
+    return report;
+}
+
+} // namespace meridor

@@ -1,0 +1,169 @@
+// Two values of each object against each other, with their line and correlation. A brush chooses objects.
+import {classOf} from "./classes.js";
+import {createFrame} from "./frame.js";
+import {labelledSelect, readable, tickText} from "./format.js";
+import {touches} from "./store.js";
+import {hideTip, showTip} from "./tooltip.js";
+
+const kMostRims = 1000;
+
+/** What can stand on the upright axis: the mean of the neighbours, other layers, the same at the first time. */
+function partners(geography, layer) {
+    const found = [];
+    geography.links.forEach((set, i) => found.push([`lag${i}`, `mean of its neighbours (${set.name})`]));
+    geography.layers.forEach((other, i) => {
+        if (other !== layer && !other.isText) found.push([`layer${i}`, other.name]);
+    });
+    if (!layer.always && layer.rows.length > 1) found.push(["first", `${layer.name} at the first time`]);
+    return found;
+}
+
+function lagOf(values, neighbors) {
+    return Float64Array.from(values, (_, i) => {
+        let sum = 0;
+        let count = 0;
+        for (const other of neighbors[i])
+            if (!Number.isNaN(values[other])) {
+                sum += values[other];
+                ++count;
+            }
+        return count ? sum / count : NaN;
+    });
+}
+
+function partnerValues(geography, state, values) {
+    const {layer, view, step, partner} = state;
+    if (!partner) return [];
+    if (partner.startsWith("lag")) {
+        const links = geography.links[Number(partner.slice(3))].at(step);
+        return links ? lagOf(values, links.neighbors) : [];
+    }
+    if (partner === "first") return layer.valuesOf(0, view);
+    const other = geography.layers[Number(partner.slice(5))];
+    const row = other.rowAt(step);
+    return row < 0 ? [] : other.rows[row];
+}
+
+/** Least squares and Pearson's r; null where either has no spread. */
+export function lineThrough(points) {
+    const mx = d3.mean(points, (point) => point.x);
+    const my = d3.mean(points, (point) => point.y);
+    let [xx, xy, yy] = [0, 0, 0];
+    for (const {x, y} of points) {
+        xx += (x - mx) ** 2;
+        xy += (x - mx) * (y - my);
+        yy += (y - my) ** 2;
+    }
+    return xx > 0 && yy > 0 ? {slope: xy / xx, at: (x) => my + (xy / xx) * (x - mx), r: xy / Math.sqrt(xx * yy)} : null;
+}
+
+/** Where the line enters and leaves the frame. */
+function endsWithin(fit, [left, right], [bottom, top]) {
+    const crossings = [bottom, top].map((value) => (value - fit.at(0)) / fit.slope).sort((a, b) => a - b);
+    return fit.slope === 0 ? [left, right] : [Math.max(left, crossings[0]), Math.min(right, crossings[1])];
+}
+
+export function createScatter(geography, store, wide) {
+    const frame = wide ? createFrame("Against", 260, "", 780) : createFrame("Against", 210);
+    let choice = null;
+    const rims = frame.layer.append("g"); // one path a class: its points are dots of a round pen
+    const dots = frame.layer.append("g");
+    const line = frame.layer.append("line").attr("class", "fit");
+    const brushed = frame.layer.append("g").attr("class", "brush");
+    const mark = frame.layer.append("circle").attr("class", "dot").attr("r", 5);
+    let points = [];
+    let x = d3.scaleLinear();
+    let y = d3.scaleLinear();
+    const brush = d3.brush().extent([[frame.xRange[0], frame.yRange[1]], [frame.xRange[1], frame.yRange[0]]]);
+    brush.on("brush end", () => {
+        const event = d3.event;
+        if (!event.sourceEvent) return;
+        if (!event.selection) {
+            if (event.type === "end") store.set({selection: new Set(), brushedBy: "scatter"});
+            return;
+        }
+        const [[left, top], [right, bottom]] = event.selection;
+        const chosen = points.filter((p) => x(p.x) >= left && x(p.x) <= right && y(p.y) >= top && y(p.y) <= bottom);
+        store.set({selection: new Set(chosen.map((p) => p.object)), brushedBy: "scatter"});
+    });
+    brushed.call(brush);
+    brushed.on("mousemove", function () {
+        const [px, py] = d3.mouse(this);
+        const near = points.length ? points[d3.scan(points, (a, b) => far(a) - far(b))] : null;
+        function far(p) {
+            return (x(p.x) - px) ** 2 + (y(p.y) - py) ** 2;
+        }
+        if (!near || far(near) > 120) {
+            hideTip();
+            return store.set({hover: -1});
+        }
+        store.set({hover: near.object, focus: near.object});
+        const {layer, view} = store.state;
+        showTip(d3.event, geography.label(near.object), `${layer.name}: ${layer.textOf(near.x, view)}`, `against: ${readable(near.y)}`);
+    }).on("mouseleave", () => {
+        hideTip();
+        store.set({hover: -1});
+    });
+
+    const rebuildChoice = (layer) => {
+        const options = partners(geography, layer);
+        const keep = options.some(([value]) => value === store.state.partner);
+        const partner = keep ? store.state.partner : options.length ? options[0][0] : null;
+        if (choice) choice.node.remove();
+        choice = options.length ? labelledSelect("Against", options, partner, (value) => store.set({partner: value})) : null;
+        if (choice) frame.caption.querySelector(".title").replaceChildren(choice.node);
+        store.set({partner});
+        return partner;
+    };
+
+    store.listen((state, changed) => {
+        const {layer, view, step} = state;
+        frame.figure.hidden = !layer || layer.isText;
+        if (frame.figure.hidden) return;
+        const partner = changed.has("layer") ? rebuildChoice(layer) : state.partner;
+        frame.figure.hidden = !partner;
+        if (!partner) return;
+        if (touches(changed, "layer", "view", "step", "partner")) {
+            const row = layer.rowAt(step);
+            const values = row >= 0 ? layer.valuesOf(row, view) : [];
+            const others = partnerValues(geography, {...state, partner}, values);
+            points = [];
+            for (let i = 0; i < values.length && i < others.length; ++i)
+                if (!Number.isNaN(values[i]) && !Number.isNaN(others[i]) && geography.exists(i, step))
+                    points.push({object: i, x: values[i], y: others[i]});
+            x = d3.scaleLinear().domain(d3.extent(points, (p) => p.x)).nice().range(frame.xRange);
+            y = d3.scaleLinear().domain(d3.extent(points, (p) => p.y)).nice().range(frame.yRange);
+            frame.xAxis.call(d3.axisBottom(x).ticks(6).tickFormat(tickText));
+            frame.drawY(y);
+            const fit = lineThrough(points);
+            const ends = fit ? endsWithin(fit, x.domain(), y.domain()) : [];
+            line.attr("display", fit ? null : "none");
+            if (fit) line.attr("x1", x(ends[0])).attr("y1", y(fit.at(ends[0]))).attr("x2", x(ends[1])).attr("y2", y(fit.at(ends[1])));
+            frame.extra.textContent = fit ? `r = ${readable(fit.r, 3)}, slope ${readable(fit.slope, 3)}` : "";
+            frame.describe(`${layer.name} against another value of ${points.length} objects` + (fit ? `, correlation ${readable(fit.r, 3)}` : ""));
+        }
+        if (touches(changed, "layer", "view", "step", "partner", "selection")) {
+            if (state.brushedBy !== "scatter" || touches(changed, "layer", "view", "step", "partner")) brushed.call(brush.move, null);
+            const some = state.selection.size > 0;
+            const size = points.length > 400 ? 4 : 7;
+            const groups = new Map();
+            for (const p of points) {
+                const where = some && !state.selection.has(p.object) ? "out" : "in";
+                const key = `${where} ${classOf(layer, view, p.x)}`;
+                if (!groups.has(key)) groups.set(key, {where, color: view.colors[classOf(layer, view, p.x)], d: []});
+                groups.get(key).d.push(`M${x(p.x).toFixed(1)} ${y(p.y).toFixed(1)}h0`);
+            }
+            const marks = [...groups.values()];
+            const draw = (group, width, color) => group.selectAll("path").data(marks).join("path")
+                .attr("class", (mark) => `point ${mark.where === "out" ? "out" : some ? "chosen" : ""}`)
+                .attr("d", (mark) => mark.d.join("")).attr("stroke-width", width).style("stroke", color);
+            if (some || points.length <= kMostRims) draw(rims, size + 1.2, (mark) => (some && mark.where === "in" ? "var(--strong)" : "var(--soft)"));
+            else rims.selectAll("path").remove();
+            draw(dots, size, (mark) => mark.color);
+        }
+        const here = points.find((p) => p.object === state.hover);
+        mark.attr("display", here ? null : "none");
+        if (here) mark.attr("cx", x(here.x)).attr("cy", y(here.y));
+    });
+    return frame.figure;
+}

@@ -1,0 +1,261 @@
+# SPDX-License-Identifier: MIT
+"""Reports of real and of hostile projects, read back out of a browser.
+
+usage: test_report.py PROGRAM SAMPLES [unittest arguments]
+"""
+import json
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from browser import opened
+
+PROGRAM, SAMPLES = sys.argv[1], pathlib.Path(sys.argv[2])
+WORK = tempfile.TemporaryDirectory()
+HOSTILE = '</script><script>window.hit = 1</script><img src=x onerror="window.hit = 2">{{data}}%1 &amp; \'"'
+
+
+def path(name):
+    return os.path.join(WORK.name, name)
+
+
+def meridor(*words, status=0):
+    done = subprocess.run([PROGRAM, "--scratch", WORK.name, *map(str, words)], capture_output=True, text=True, check=False)
+    assert done.returncode == status, (words, done.returncode, done.stdout, done.stderr)
+    return done
+
+
+def answer(*words):
+    return json.loads(meridor("--json", *words).stdout)
+
+
+def write(name, text):
+    pathlib.Path(path(name)).write_text(text, encoding="utf-8")
+    return path(name)
+
+
+def square(column, row):
+    ring = [[column, row], [column + 1, row], [column + 1, row + 1], [column, row + 1], [column, row]]
+    return {"type": "Polygon", "coordinates": [ring]}
+
+
+def geojson(name, shapes):
+    features = [{"type": "Feature", "properties": properties, "geometry": geometry} for properties, geometry in shapes]
+    return write(name, json.dumps({"type": "FeatureCollection", "features": features}))
+
+
+class OfIncome(unittest.TestCase):
+    """The states of the USA: 48 objects, 81 years, queen neighbours."""
+
+    @classmethod
+    def setUpClass(cls):
+        us = SAMPLES / "us_income"
+        meridor("import", us / "states48.geojson", path("income.vorn"), "--name", "states", "--key", "fips", "--table",
+                us / "income_1929_2009.csv", "--table", us / "admission.csv", "--series", "income=1929..2009",
+                "--start", "admitted", "--times", "auto")
+        meridor("weights", "create", path("income.vorn"), "queen")
+        meridor("report", path("income.vorn"), path("income.html"), "--title", "Income")
+        cls.enter = opened(path("income.html"))
+        cls.page = cls.enter.__enter__()
+        cls.addClassCleanup(cls.enter.__exit__, None, None, None)
+
+    def setUp(self):
+        self.page.slide(-1)
+        self.page.run("document.querySelector('.clear').click()")
+        self.page.frame(150)
+
+    def table(self):
+        """Name and texts of the cells of each row."""
+        return {cells[0]: cells[1:] for cells in self.page.run(
+            "return [...document.querySelectorAll('.objects tbody tr')].map((row) => [...row.children].map((c) => c.textContent))")}
+
+    def test_stands_alone(self):
+        self.assertEqual(self.page.complaints(), [])
+        self.assertEqual(self.page.requests(), [])
+        self.assertLess(os.path.getsize(path("income.html")), 5_000_000)
+
+    def test_slider_shows_the_values_of_its_time(self):
+        for position, year in ((0, 1929), (52, 1981), (-1, 2009)):
+            with self.subTest(year=year):
+                self.page.slide(position)
+                self.assertEqual(self.page.text(".now"), str(year))
+                rows = self.table()
+                self.assertEqual(len(rows), 48)
+                for state in ("Virginia", "Nevada"):
+                    known = [entry["value"] for entry in answer("series", path("income.vorn"), "income", state)["values"]
+                             if entry["time"] == str(year)]
+                    self.assertEqual(rows[state][0].replace("\u2009", ""), str(known[0]))
+                self.assertEqual(sum(map(int, self.page.texts(".legend .count"))), 48)
+
+    def test_objects_come_into_being_under_the_slider(self):
+        self.page.run("const s = document.querySelector('.controls select'); s.value = '-1';"
+                      "s.dispatchEvent(new Event('change'))")
+        self.page.slide(0)
+        first = answer("info", path("income.vorn"), "--at", self.page.text(".now"))
+        self.assertEqual(sorted(self.table()), ["Delaware"])
+        self.assertEqual(len(first["geographies"][0]["existing"]), 1)
+        self.page.run("const s = document.querySelector('.controls select'); s.value ="
+                      "[...s.options].find((o) => o.text === 'income').value; s.dispatchEvent(new Event('change'))")
+        self.page.slide(-1)
+
+    def chosen(self):
+        """How many objects are chosen, as each part of the page shows it."""
+        return {
+            "table": len(self.table()),
+            "map": self.page.run("return 48 - document.querySelectorAll('.shapes path.out').length"),
+            "scatter": self.page.run("return [...document.querySelectorAll('g:nth-of-type(2) > .point.chosen')]"
+                                     ".reduce((sum, path) => sum + path.getAttribute('d').split('M').length - 1, 0)"),
+            "status": int(self.page.text(".status").split(" chosen")[0].split()[-1]),
+        }
+
+    def test_brushes_choose_everywhere(self):
+        for name, brush, start, end, other in (
+                ("map", "svg.map", (0.0, 0.0), (0.35, 1.0), None),
+                ("histogram", ".side .chart:nth-of-type(2) .brush .overlay", (0.45, 0.5), (0.99, 0.6), None),
+                ("scatter", ".below .chart .brush .overlay", (0.02, 0.02), (0.4, 0.98), None)):
+            with self.subTest(brush=name):
+                self.page.drag(brush, start, end)
+                seen = self.chosen()
+                self.assertEqual(len(set(seen.values())), 1, seen)
+                self.assertTrue(0 < seen["table"] < 48, seen)
+        self.page.run("document.querySelector('.clear').click()")
+        self.page.frame(150)
+        self.page.run("document.querySelector('.objects tbody tr').click()")
+        self.page.frame(250)
+        self.assertEqual(set(self.chosen().values()), {1})
+
+    def test_links_of_the_object_that_is_looked_at(self):
+        for state in ("Virginia", "Maine"):
+            self.page.run("const r = [...document.querySelectorAll('.objects tbody tr')].find((row) =>"
+                          "row.textContent.startsWith(arguments[0]));"
+                          "r.dispatchEvent(new MouseEvent('mouseover', {bubbles: true}))", state)
+            self.page.frame(50)
+            known = answer("neighbors", path("income.vorn"), "queen", state, "--at", "2009")["neighbors"]
+            self.assertEqual(len(self.page.texts(".links line")), len(known), state)
+
+    def test_moran_of_every_year(self):
+        known = answer("moran", path("income.vorn"), "income", "queen", "--seed", 1)["times"]
+        rows = self.page.run(
+            "const t = [...document.querySelectorAll('details table')].find((t) => t.caption.textContent.startsWith('Moran'));"
+            "return [...t.tBodies[0].rows].map((row) => [...row.cells].map((cell) => cell.textContent))")
+        self.assertEqual([(row[0], row[2], row[7]) for row in rows],
+                         [(one["time"], f"{one['I']:.4f}", f"{one['p']:g}") for one in known])
+        for row in rows:
+            self.assertLess(float(row[4]), float(row[2]), "every year lies above the band of permutations")
+
+    def test_keys_move_time(self):
+        slider = self.page.driver.find_element("css selector", "input[type=range]")
+        slider.send_keys("\ue012")  # to the left
+        self.page.frame(50)
+        self.assertEqual(self.page.text(".now"), "2008")
+
+    def test_texts_stand_out_from_their_ground(self):
+        for scheme in ("light", "dark"):
+            with opened(path("income.html"), emulate={"prefers-color-scheme": scheme}) as page:
+                low = page.run("""
+                    const parts = (text) => text.match(/[\\d.]+/g).map(Number);
+                    const light = ([r, g, b]) => [r, g, b].map((c) => c / 255)
+                        .map((c) => (c <= 0.04045 ? c / 12.92 : ((c + 0.055) / 1.055) ** 2.4))
+                        .reduce((sum, c, i) => sum + c * [0.2126, 0.7152, 0.0722][i], 0);
+                    const ground = (node) => {
+                        for (; node; node = node.parentElement) {
+                            const color = parts(getComputedStyle(node).backgroundColor);
+                            if (color.length === 3 || color[3] > 0) return color;
+                        }
+                    };
+                    const low = [];
+                    for (const node of document.querySelectorAll('h1, p, dt, dd, th, td, button, label span, .now, summary, .axis text')) {
+                        const style = getComputedStyle(node);
+                        const a = light(parts(node.matches('text') ? style.fill : style.color));
+                        const b = light(ground(node));
+                        const ratio = (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05);
+                        if (ratio < 4.5) low.push([node.textContent.slice(0, 30), ratio]);
+                    }
+                    return low;""")
+                self.assertEqual(low, [], scheme)
+
+    def test_without_scripts_there_are_a_map_and_tables(self):
+        with opened(path("income.html"), scripts=False) as page:
+            nodes = page.driver.find_elements("css selector", "svg.still path")
+            self.assertEqual(len(nodes), 48)
+            captions = [node.get_attribute("textContent") for node in page.driver.find_elements("css selector", "caption")]
+            self.assertIn("income by time", captions)
+
+
+class OfOthers(unittest.TestCase):
+    def test_names_are_text_and_never_markup(self):
+        table = geojson("hostile.geojson", [({"k": f"{i}{HOSTILE}", "v": i, HOSTILE: HOSTILE}, square(i, 0)) for i in range(4)])
+        meridor("import", table, path("hostile.vorn"), "--key", "k", "--name", HOSTILE)
+        meridor("weights", "create", path("hostile.vorn"), HOSTILE)
+        meridor("report", path("hostile.vorn"), path("hostile.html"), "--title", HOSTILE)
+        for scripts in (True, False):
+            with opened(path("hostile.html"), scripts=scripts) as page:
+                if scripts:
+                    page.run("document.querySelector('.objects tbody tr').click()")
+                    page.frame(300)
+                    self.assertIsNone(page.run("return window.hit ?? null"))
+                    self.assertEqual(page.run("return document.title"), HOSTILE)
+                    self.assertIn(f"0{HOSTILE}", page.texts(".objects .name"))
+                    self.assertEqual(page.complaints(), [])
+                self.assertEqual(len(page.driver.find_elements("css selector", "img")), 0)
+                self.assertEqual(page.driver.find_element("css selector", "h1").text, HOSTILE)
+
+    def test_grids_are_pictures_with_the_same_slider(self):
+        meridor("import", SAMPLES / "carolina_climate" / "pr_1999.tif", path("rain.vorn"), "--times", "date")
+        meridor("report", path("rain.vorn"), path("rain.html"), "--datasets", "pr_1999", "--times", "1999-08,1999-09")
+        with opened(path("rain.html")) as page:
+            self.assertEqual(page.run("return document.querySelector('input[type=range]').max"), "1")
+            self.assertEqual(page.text(".now"), "1999-09")
+            known = answer("series", path("rain.vorn"), "pr_1999", "40,12")["values"][8]["value"]
+            page.run("const b = document.querySelector('svg.over').getBoundingClientRect();"
+                     "document.querySelector('svg.over').dispatchEvent(new PointerEvent('pointermove',"
+                     "{clientX: b.x + b.width * 40.5 / 81, clientY: b.y + b.height * 12.5 / 33}))")
+            page.frame(200)
+            self.assertEqual(page.text(".tooltip strong"), "column 40, row 12")
+            self.assertAlmostEqual(float(page.text(".tooltip div").split(": ")[1]), known, places=3)
+            self.assertEqual(page.complaints(), [])
+
+    def test_points_and_dated_shapes(self):
+        shapes = [({"k": "a", "s": "1900", "e": "1909"}, {"type": "Point", "coordinates": [1, 1]}),
+                  ({"k": "a", "s": "1910", "e": "1919"}, {"type": "Point", "coordinates": [3, 1]}),
+                  ({"k": "b", "s": "1905", "e": "1919"}, {"type": "Point", "coordinates": [9, 5]})]
+        meridor("import", geojson("moving.geojson", shapes), path("moving.vorn"), "--key", "k", "--start", "s", "--end", "e")
+        meridor("report", path("moving.vorn"), path("moving.html"))
+        with opened(path("moving.html")) as page:
+            seen = []
+            for position in range(int(page.run("return document.querySelector('input[type=range]').max")) + 1):
+                page.slide(position)
+                seen.append(page.texts(".objects .name"))
+            self.assertEqual(seen, [["a"], ["a", "b"], ["a", "b"]])
+            self.assertEqual(page.complaints(), [])
+
+    def test_refusals_leave_no_file(self):
+        meridor("import", geojson("one.geojson", [({"k": "a", "v": 1.5}, square(0, 0))]), path("one.vorn"), "--key", "k")
+        for words, status in ((("--datasets", "none"), 1), (("--times", "soon"), 2), (("--simplify", "-1"), 2)):
+            meridor("report", path("one.vorn"), path("no.html"), *words, status=status)
+            self.assertFalse(os.path.exists(path("no.html")), words)
+        write("there.html", "kept")
+        meridor("report", path("one.vorn"), path("there.html"), status=1)
+        self.assertEqual(pathlib.Path(path("there.html")).read_text(encoding="utf-8"), "kept")
+
+    def test_a_cancel_leaves_no_file(self):
+        side = 20
+        meridor("import", geojson("many.geojson", [({"k": str(i), "v": i * 37 % 101}, square(i % side, i // side))
+                                                   for i in range(side * side)]), path("many.vorn"), "--key", "k")
+        meridor("weights", "create", path("many.vorn"), "queen")
+        os.mkdir(path("out"))
+        run = subprocess.Popen([PROGRAM, "--quiet", "--scratch", WORK.name, "report", path("many.vorn"),
+                                path("out/many.html"), "--permutations", "1000000"])
+        time.sleep(1)
+        run.send_signal(signal.SIGINT)
+        self.assertEqual(run.wait(60), 130)
+        self.assertEqual(os.listdir(path("out")), [])
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]])
