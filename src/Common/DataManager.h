@@ -118,8 +118,6 @@ public:
     /// so much of it was read in pieces since it was last cached that the whole block is the
     /// cheaper read.
     bool readPiece(int id, int size, int at, char *to, int count) const;
-    /// Has the memory of a cached block on its way before it is read `at` bytes from its start.
-    void prefetch(int id, int at) const;
 
 private:
     DataManager &mStore;

@@ -44,17 +44,4 @@ bool BlockReading::readPiece(int id, int size, int at, char *to, int count) cons
     return mStore.mFile.read(slot->position + at, to, count);
 }
 
-void BlockReading::prefetch(int id, int at) const
-{
-    const BlockSlot *slot = mStore.mTable.Find(id);
-    if (!slot || !slot->cached)
-        return;
-    // A guess of where the contents begin: reading the array's own account of it would be the wait
-    // to be spared.
-    const char *head =
-        reinterpret_cast<const char *>(const_cast<QByteArray &>(slot->bytes).data_ptr());
-    __builtin_prefetch(head);
-    __builtin_prefetch(head + sizeof(QByteArrayData) + at);
-}
-
 } // namespace datainterface

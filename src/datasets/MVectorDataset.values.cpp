@@ -178,19 +178,13 @@ private:
     Numbers mNext;
 };
 
-/// `take(stamp, value)` where the slices hold a value of the object. The store stays locked from
-/// the first slice to the last, and the memory of a block is asked for some slices before it is
-/// read: what is left is little more than the wait for memory.
+/// Calls `take(stamp, value)` for every slice that holds a value of the object. The store is locked
+/// once for all slices.
 template <class T, class Take>
 void visitThroughTime(const QMap<TimeStamp, TimeSliceData<T> *> &slices, int id, Take take)
 {
-    constexpr int kAhead = 12;
     const BlockReading store;
-    auto ahead = slices.cbegin();
-    int lead = 0;
-    for (auto slice = slices.cbegin(); slice != slices.cend(); ++slice, --lead) {
-        for (; lead < kAhead && ahead != slices.cend(); ++lead, ++ahead)
-            store.prefetch((*ahead)->BlockId(), placeOfValue<T>(id));
+    for (auto slice = slices.cbegin(); slice != slices.cend(); ++slice) {
         slice.key().timeInInterval(); // raises for an interval that holds no instant
         T value{};
         if (SliceAccess::getValue(store, **slice, id, value))
