@@ -64,8 +64,6 @@ public:
                 visit(static_cast<Pattern>(pattern), count);
         }
     }
-    /// Not known before the patterns are walked.
-    std::size_t keysAtLeast() const { return 0; }
 
 private:
     static constexpr std::size_t kLanes = 4;
@@ -104,7 +102,6 @@ public:
         if (mFreeCount > 0)
             visit(kFree, mFreeCount);
     }
-    std::size_t keysAtLeast() const { return mUsed + (mFreeCount > 0); }
 
 private:
     static constexpr Pattern kFree = static_cast<Pattern>(0x7FB5A1D3C26E9F47u);
@@ -149,7 +146,6 @@ public:
     {
         using Key = typename Map::key_type;
         std::vector<std::pair<Key, int>> counts;
-        counts.reserve(mTable.keysAtLeast());
         mTable.visit([&](auto pattern, int count) {
             counts.emplace_back(keyOf(valueOf<T>(pattern)), count);
         });
