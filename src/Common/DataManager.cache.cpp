@@ -5,8 +5,8 @@
 namespace datainterface {
 namespace {
 
-constexpr size_t kShortestLog = 1024;
-constexpr size_t kLookAhead = 8;
+constexpr size_t kShortestLog = 1024; // shorter logs are not searched for stale entries
+constexpr size_t kLookAhead = 8;      // entries, for prefetching
 
 } // namespace
 
@@ -64,8 +64,9 @@ QVector<int> BlockTable::WrittenIds() const
     return ids;
 }
 
-// The log tells what will be evicted next: its memory can be on the way by then. (The prefetches
-// stand in the loop itself; a function that does nothing else is removed as having no effect.)
+// The log shows which blocks will be evicted next, so their slots and array headers are prefetched.
+// The prefetches are in the loop itself, because the compiler removes a function that does nothing
+// else.
 int BlockCache::Oldest()
 {
     if (mCount == 0)
@@ -76,7 +77,7 @@ int BlockCache::Oldest()
             if (const BlockSlot *slot = mTable.AddressOf(mLog[mFront + kLookAhead]))
                 __builtin_prefetch(const_cast<QByteArray &>(slot->bytes).data_ptr());
         }
-        if (Counts(mFront))
+        if (IsValid(mFront))
             return mLog[mFront];
     }
 }
@@ -122,13 +123,13 @@ QVector<int> BlockCache::Ids() const
 {
     QVector<int> ids;
     for (size_t index = mLog.size(); index > mFront; --index) {
-        if (Counts(index - 1))
+        if (IsValid(index - 1))
             ids.append(mLog[index - 1]);
     }
     return ids;
 }
 
-bool BlockCache::Counts(size_t index) const
+bool BlockCache::IsValid(size_t index) const
 {
     const BlockSlot *slot = mTable.Find(mLog[index]);
     return slot && slot->cached && slot->lastUse == index;
@@ -148,7 +149,7 @@ void BlockCache::DropStaleEntries()
     for (size_t index = mFront; index < mLog.size(); ++index) {
         if (index + kLookAhead < mLog.size())
             __builtin_prefetch(mTable.AddressOf(mLog[index + kLookAhead]));
-        if (!Counts(index))
+        if (!IsValid(index))
             continue;
         mTable.Find(mLog[index])->lastUse = static_cast<quint32>(kept);
         mLog[kept++] = mLog[index];

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What the block store knows of each block, by id, and the order in which cached blocks were used.
+/// The block store's record of each block, by id, and the order in which cached blocks were used.
 #pragma once
 #include <QByteArray>
 #include <QVector>
@@ -10,32 +10,31 @@
 
 namespace datainterface {
 
-/// Half a cache line with all that a read needs, so that it waits for memory once.
+/// All that a read of a block needs, in half a cache line, so that finding it costs one cache miss.
 struct alignas(32) BlockSlot {
     QByteArray bytes;    ///< the contents, when cached
-    qint64 position = 0; ///< of the extent
-    int size = 0;        ///< of the extent
-    int extent =
-        -1; ///< where the contents lie in the scratch file; -1 when they were never written
-    quint32 lastUse = 0; ///< when cached, the entry of the cache's log that counts
-    bool known = false;
+    qint64 position = 0; ///< of the extent, in bytes from the start of the scratch file
+    int size = 0;        ///< of the extent, in bytes
+    int extent = -1;     ///< in ExtentMap; -1 when the contents were never written to the file
+    quint32 lastUse = 0; ///< when cached, index of the block's valid entry in the cache's log
+    bool known = false;  ///< the block has contents in the cache, an extent, or both
     bool cached = false;
-    bool dirty = false; ///< the contents differ from the scratch file
-    quint8 pieces = 0;  ///< read from the file since the contents were last cached
+    bool dirty = false; ///< cached contents that the scratch file does not hold
+    quint8 pieces = 0;  ///< partial reads from the file since the contents were last cached
 };
 static_assert(sizeof(BlockSlot) == 32);
 
-/// Slots by block id. Ids rise and are never used again, so slots lie in chunks that come and go
-/// with their blocks.
+/// Slots by block id. Ids rise and are never reused, so the slots are stored in chunks of
+/// consecutive ids. A chunk is allocated with its first known block and freed with its last.
 class BlockTable {
 public:
     /// Null when the id is unknown.
     BlockSlot *Find(int id);
     BlockSlot &FindOrMake(int id);
-    /// Where the slot lies, known or not, to have its memory on the way before it is needed; null
-    /// when nowhere.
+    /// The address of the id's slot, known or not, to prefetch it; null when its chunk is not
+    /// allocated.
     const BlockSlot *AddressOf(int id);
-    /// Forgets an id that has neither contents in the cache nor an extent.
+    /// Removes an id that has neither contents in the cache nor an extent.
     void DropIfEmpty(int id);
     void Clear()
     {
@@ -62,12 +61,24 @@ private:
     std::vector<SlabPool<Chunk>::Pointer> mChunks;
 };
 
-/// The cached blocks in the order of their last use, and their cost: each one's bytes and 16 more.
+/// The cached blocks in the order of their last use, and their cost: the bytes of each and 16 more.
 ///
-/// The order is a log: every use appends the block's id, and an entry counts when its block was not
-/// used after it. A use so touches the block's own slot alone; in a list of slots it would touch
-/// two strangers as well, and each of them is a wait for memory. Entries that no longer count are
-/// dropped when they come to the front, or all at once when they are the greater part.
+/// The order is kept as a log of block ids. Every use appends the id and stores the new index in
+/// BlockSlot::lastUse; an entry is valid while its block is cached and lastUse is its index.
+///
+///     index     0    1    2    3    4    5
+///     mLog      7    9    7    4    9    7        valid: 4 at 3, 9 at 4, 7 at 5
+///                    ^ mFront: entries before it are stale
+///
+/// Eviction takes the first valid entry from mFront on. A use therefore writes the block's own slot
+/// and the end of the log; a linked list would also write the two neighbouring slots, at a cache
+/// miss each.
+///
+/// Bound of the log: before an entry is appended to a log of at least max(1024, 3 n) entries, for n
+/// cached blocks, the stale ones are removed, which leaves at most n. The log is therefore never
+/// longer than max(1024, 3 n) for the largest n so far, and removal costs O(1) per use on average.
+/// Each cached block costs at least 16 of a limit below 2^31, so n is at most 2^27 and an index
+/// fits into the 32 bits of lastUse.
 class BlockCache {
 public:
     explicit BlockCache(BlockTable &table) : mTable(table) {}
@@ -76,29 +87,31 @@ public:
     qint64 Limit() const { return mLimit; }
     void SetLimit(qint64 limit) { mLimit = limit; }
     qint64 Cost() const { return mCost; }
-    /// The id of the entry to evict next; -1 when there is none.
+    /// The id of the block to evict next; -1 when no block is cached.
     int Oldest();
 
+    /// Makes a cached block the most recently used.
     void Touch(int id, BlockSlot &slot);
-    /// Enters contents as the most recently used; what the id held before is dropped.
+    /// Stores contents as the most recently used block. Earlier contents of the id are dropped
+    /// without being written.
     void Put(int id, const QByteArray &bytes, bool dirty);
-    /// @return the contents.
+    /// Removes the block from the cache. @return its contents.
     QByteArray Remove(BlockSlot &slot);
     void Clear();
     /// Most recently used first.
     QVector<int> Ids() const;
 
 private:
-    bool Counts(size_t index) const;
+    bool IsValid(size_t index) const;
     void Log(int id, BlockSlot &slot);
     void DropStaleEntries();
 
     BlockTable &mTable;
     qint64 mLimit = 100;
     qint64 mCost = 0;
-    size_t mCount = 0;
+    size_t mCount = 0; ///< of cached blocks
     std::vector<int> mLog;
-    size_t mFront = 0; ///< entries of the log before this one are done with
+    size_t mFront = 0; ///< every entry before this index is stale
 };
 
 } // namespace datainterface

@@ -11,8 +11,8 @@ using namespace datainterface;
 
 namespace {
 
-// What the cache keeps must be bytes of its own, and not many more than it counts: an array over
-// foreign memory is copied, and so is one with much spare room.
+// The cache must own the bytes that it keeps, and their memory must be close to the cost that it
+// counts: an array over foreign memory is copied, and so is one with much spare capacity.
 QByteArray compactBytes(const QByteArray &bytes)
 {
     const qint64 spare = qint64(bytes.capacity()) - bytes.size();
@@ -21,7 +21,7 @@ QByteArray compactBytes(const QByteArray &bytes)
     return bytes;
 }
 
-// An array of that size, in the memory of `used` when nobody else holds that and it is hardly
+// An array of that size. The memory of `used` is taken when nothing else shares it and it is hardly
 // larger.
 QByteArray recycled(QByteArray used, int size)
 {
@@ -104,7 +104,7 @@ bool DataManager::ReadDataBlock(int id, QByteArray &bytes)
         bytes = recycled(std::move(evicted), slot->size);
         read = mFile.read(slot->position, bytes.data(), slot->size);
     } catch (...) {
-        // No memory for the contents: the block is as unreadable as on a failing disk.
+        // Out of memory for the contents: reported like a failed read of the file.
     }
     if (!read)
         bytes.clear();
@@ -131,8 +131,8 @@ DataManager::State DataManager::Inspect() const
             mFile.path()};
 }
 
-// Makes the contents the most recently used entry of the cache. What the id held before is dropped
-// unwritten, and only once there is room for its successor.
+// Makes the contents the most recently used entry of the cache. Earlier contents of the id are
+// dropped without being written, after there is room for the new ones.
 void DataManager::Keep(int id, const QByteArray &bytes, bool dirty)
 {
     const qint64 cost = BlockCache::CostOf(bytes.size());
@@ -145,12 +145,13 @@ void DataManager::Keep(int id, const QByteArray &bytes, bool dirty)
     }
     const qint64 oldCost = old && old->cached ? BlockCache::CostOf(old->bytes.size()) : 0;
     if (oldCost > 0)
-        mCache.Touch(id, *old); // last in the order of eviction
+        mCache.Touch(id, *old); // evicted last, so not by MakeRoom
     MakeRoom(cost - oldCost);
     mCache.Put(id, bytes, dirty);
 }
 
-// @return the contents that were evicted last.
+// Evicts blocks until `cost` more fits. @return the contents that were evicted last, whose memory
+// may be reused.
 QByteArray DataManager::MakeRoom(qint64 cost)
 {
     QByteArray evicted;
@@ -159,7 +160,7 @@ QByteArray DataManager::MakeRoom(qint64 cost)
     return evicted;
 }
 
-// @return the contents, which are in the file.
+// Writes a dirty block and removes it from the cache. @return the contents.
 QByteArray DataManager::Evict(int id)
 {
     BlockSlot &slot = *mTable.Find(id);
@@ -173,14 +174,15 @@ void DataManager::EmptyCache()
         Evict(mCache.Oldest());
 }
 
-// The bytes go to the file first; the books change when that succeeded.
+// The bytes are written first; the extents change only after the write has succeeded.
 bool DataManager::WriteDataBlock(int id, const QByteArray &bytes, WriteMode mode)
 {
     BlockSlot *slot = mTable.Find(id);
     if (!slot || slot->extent < 0)
         return AllocateDataBlock(id, bytes, mode);
     if (bytes.size() > slot->size) {
-        // The free list is left alone: a block that grows keeps growing.
+        // A block that grows is likely to grow again, so it moves to the end of the file and takes
+        // no free extent.
         if (!mFile.write(mExtents.End(), bytes.constData(), bytes.size(), mode))
             return false;
         FreeDataBlock(id);

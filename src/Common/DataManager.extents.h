@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Who owns which bytes of the scratch file.
+/// The division of the scratch file into extents.
 #pragma once
 #include <QVector>
 #include <QtGlobal>
@@ -8,15 +8,24 @@
 
 namespace datainterface {
 
-/// The extents of the scratch file, used and free. They form a chain in file order and cover the
-/// file without gaps.
+/// The extents of the scratch file, used and free, in two structures over the same records:
 ///
-/// Free extents are found by size, smallest fit first, and among equals the one that became free
-/// last. Freeing joins an extent with its direct free neighbours. The tail that Shrink splits off
-/// alone is not joined with what lies behind it. The file never shrinks: a free last extent stays.
+///     file      0                                                                    End()
+///               | used, id 4 | free | used, id 9 | free | used, id 2 |      free       |
+///     chain     mFirst <---> ... <---> (previous, next) <---> ...  <---> mLast
+///     mFree     size -> the extent of that size that became free last -> nextFree -> ... -> -1
 ///
-/// Nothing here touches the file; a caller writes first and enters the result when that succeeded.
-/// Extents are named by small integers, valid until they are released.
+/// Invariants: each extent starts where the one before it ends, so the chain covers the file
+/// without gaps. Every free extent is in the list of its size, and nextFree of a used one is kUsed.
+/// Two free extents are neighbours only after Shrink, whose remainder is not joined with a free
+/// extent after it; Release joins an extent with its direct free neighbours. The file never
+/// shrinks: a free last extent remains.
+///
+/// Search is best fit: the smallest size that is large enough, and among extents of that size the
+/// one that became free last. Search, Release and Shrink take O(log n) for n different free sizes.
+///
+/// The class does not access the file: its caller writes first and changes the extents after the
+/// write has succeeded. Extents are named by indices of records, valid until they are released.
 class ExtentMap {
 public:
     struct Extent {
@@ -32,33 +41,35 @@ public:
     qint64 PositionOf(int extent) const { return At(extent).position; }
     qint64 SizeOf(int extent) const { return At(extent).size; }
 
-    /// The free extent in which `size` bytes go; -1 when none is large enough.
+    /// The free extent to use for `size` bytes; -1 when none is large enough.
     int BestFit(qint64 size) const;
-    /// Gives the front of a free extent to block `id`. @return the used extent.
+    /// Assigns the first `size` bytes of a free extent to block `id`; the rest stays free.
+    /// @return the used extent.
     int Take(int freeExtent, int id, qint64 size);
-    /// A new used extent behind all others.
+    /// Adds a used extent at the end of the file.
     int Append(int id, qint64 size);
-    /// Cuts a used extent; the remainder becomes a free extent of its own.
+    /// Shortens a used extent to `size` bytes; the rest becomes a free extent.
     void Shrink(int extent, qint64 size);
+    /// Makes a used extent free.
     void Release(int extent);
     void Clear();
 
     /// In file order.
     QVector<Extent> Extents() const;
-    /// Free extents in the order in which they are considered.
+    /// The free extents in the order of the search: by size, and the last one freed first.
     QVector<Extent> FreeList() const;
 
 private:
-    // Half a cache line, so that finding an extent waits for memory once.
+    // Half a cache line, so that access to an extent costs one cache miss.
     struct alignas(32) Record {
         qint64 position = 0;
         qint64 size = 0;
         int previous = -1; ///< neighbours in the file
         int next = -1;
-        int id = -1; ///< of the block; of a free extent the one before it among those of its size
-        int nextFree = kUsed;
+        int id = -1; ///< used: the block; free: the previous extent in the list of its size, or -1
+        int nextFree = kUsed; ///< free: the next extent in the list of its size, or -1
     };
-    static constexpr int kUsed = -2; ///< in place of the next free extent
+    static constexpr int kUsed = -2; ///< nextFree of a used extent
 
     Record &At(int index) { return mRecords[static_cast<size_t>(index)]; }
     const Record &At(int index) const { return mRecords[static_cast<size_t>(index)]; }
@@ -73,9 +84,9 @@ private:
     Extent Describe(int index) const;
 
     std::vector<Record> mRecords;
-    std::vector<int> mSpare;     ///< records to use again
-    std::map<qint64, int> mFree; ///< by size, the free extent of that size to take first
-    int mFirst = -1;             ///< the ends of the chain
+    std::vector<int> mSpare;     ///< records that are not in use
+    std::map<qint64, int> mFree; ///< by size, the first extent in the list of that size
+    int mFirst = -1;             ///< the ends of the chain; -1 for an empty file
     int mLast = -1;
     int mUsedCount = 0;
 };

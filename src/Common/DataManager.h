@@ -16,25 +16,37 @@ namespace datainterface {
 class BlockReading;
 }
 
-/// Gives the block new contents of any size. Always true. Raises "result", with the old contents
-/// still in place, when the cache has to write something back for it and cannot.
+/// Replaces the contents of a block by contents of any size. @return always true. Raises "result",
+/// with the old contents unchanged, when the cache must write a block back to make room and cannot.
 bool ReplaceDataBlock(int id, const QByteArray &bytes);
 
-/// Blocks in a write-back cache over one scratch file. A block goes to the file when the cache
-/// evicts it, and at once when it is larger than the cache. Deleted and outgrown extents are used
-/// again (ExtentMap).
+/// Blocks in a write-back cache over one scratch file.
 ///
-/// Every write-back is done, and known to have succeeded, before the memory it came from is given
-/// up: when one fails, the call raises "result", nothing has changed, and it can be made again when
-/// there is room.
+///     id ---> BlockTable ---> BlockSlot
+///                             |-- bytes    while cached; BlockCache keeps the order of eviction
+///                             '-- extent   once written; ExtentMap divides the file into extents,
+///                                          ScratchFile reads and writes their bytes
+///
+///     cached  extent  dirty   state of a known block
+///     yes     no      yes     new, not yet written
+///     yes     yes     no      the cache and the file hold the same contents
+///     yes     yes     yes     replaced; the extent holds older contents, of the older size
+///     no      yes     no      evicted, or larger than the cache
+///
+/// A block is written when the cache evicts it, and at once when it is larger than the cache. New
+/// blocks take the smallest free extent that is large enough, else the end of the file. A block
+/// that becomes smaller gives the rest of its extent free; one that outgrows its extent moves to
+/// the end of the file.
+///
+/// Memory is released only after the write of its contents has succeeded. When a write fails, the
+/// call raises "result", no contents are lost, and the call can be repeated when there is room.
 class DataManager {
 public:
-    /// All of the store's state that is not contents.
+    /// The store's state without the contents of blocks, for tests.
     struct State {
-        QVector<datainterface::ExtentMap::Extent> extents; ///< in file order
-        QVector<datainterface::ExtentMap::Extent>
-            freeList;           ///< in the order in which they are considered
-        QVector<int> cachedIds; ///< most recently used first
+        QVector<datainterface::ExtentMap::Extent> extents;  ///< in file order
+        QVector<datainterface::ExtentMap::Extent> freeList; ///< as ExtentMap::FreeList
+        QVector<int> cachedIds;                             ///< most recently used first
         qint64 cacheCost;
         int nextId;
         QString scratchPath;
@@ -49,7 +61,7 @@ public:
     void Initialize(const QString &directory, int cacheBytes);
     void Reset();
     void Clear();
-    /// As given to Initialize; empty before.
+    /// The directory given to Initialize; empty before.
     const QString &Directory() const { return mDirectory; }
 
     int SaveDataBlock(const QByteArray &bytes);
@@ -99,8 +111,8 @@ DataManager &blockStore();
 
 namespace datainterface {
 
-/// Reads a few bytes of a block, of many blocks in a row. Holds the store's lock, which taken once
-/// costs a block next to nothing.
+/// Reads parts of many blocks in a row. Holds the store's lock during its lifetime, so that the
+/// lock is taken once for all of them.
 class BlockReading {
 public:
     BlockReading() : mStore(blockStore()) { mStore.mLock.lock(); }
@@ -110,13 +122,13 @@ public:
 
     /// In bytes; -1 for an unknown block.
     int sizeOf(int id) const;
-    /// The contents where they lie in the cache, which is a use of them; null when they are not
-    /// there or are not `size` bytes. Until the next call of the store itself.
+    /// The contents in the cache, which counts as a use; null when the block is not cached or does
+    /// not have `size` bytes. Valid until the next call of the store itself.
     const char *inPlace(int id, int size) const;
-    /// `count` bytes of a block of `size` bytes that is not in the cache, out of the file; the
-    /// cache stays as it is. False when there is no such block, when its size is another, and when
-    /// so much of it was read in pieces since it was last cached that the whole block is the
-    /// cheaper read.
+    /// Reads `count` bytes, from offset `at` on, of a block of `size` bytes that is not cached, and
+    /// leaves the cache as it is. False when there is no such block or it has another size, and
+    /// when so many pieces of it were read since it was last cached that reading all of it is
+    /// cheaper.
     bool readPiece(int id, int size, int at, char *to, int count) const;
 
 private:

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Bytes of a block without the block.
+// Reads of a part of a block that do not bring the block into the cache.
 #include "Common/DataManager.h"
 #include <limits>
 
 namespace datainterface {
 namespace {
 
-// A read of a piece costs about as much as this many bytes of a whole block. Whoever pays for
-// pieces as long as they have not cost what the whole would, and then for the whole, never pays
-// more than twice what was best.
+// Reading a piece costs about as much as reading this many bytes of a whole block. Pieces are read
+// until they have cost as much as the whole block would, and then the whole block is read: this
+// costs at most twice the optimum (the ski rental rule).
 constexpr int kPieceBytes = 4096;
 
 } // namespace

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The blocks' part of a project file:
-//   int32 next block id, int32 number of blocks, then for each block in ascending order of ids:
-//   int32 block id, QByteArray contents, packed in qCompress's form unless the caller says
-//   otherwise.
+// The blocks in a project file:
+//
+//   int32        next block id
+//   int32        number of blocks, then for each block, in ascending order of ids:
+//     int32      block id
+//     QByteArray contents; with `compress` packed in qCompress's form, which is a big-endian uint32
+//                length and a zlib stream
 #include "Common/DataManager.h"
 #include <QMutexLocker>
 #include <QtEndian>
@@ -21,7 +24,7 @@ constexpr int kQtPackLevel = 9;
 constexpr int kMaxPackLevel = 12;
 constexpr qint64 kMinBlockBytes = 8; // id and length
 
-// Packs blocks into qCompress's form: four bytes of big-endian length, then a zlib stream.
+// Packs blocks into qCompress's form.
 class Packer {
 public:
     /// Level 0 is qCompress itself; 1 to 12 are libdeflate's.
@@ -99,7 +102,7 @@ bool DataManager::RestoreProjectData(QDataStream &in, bool compressed, ProgressC
     const int count = readCount(in, kMinBlockBytes);
     if (in.status() != QDataStream::Ok || nextId < 0)
         return false;
-    mNextId = std::max(mNextId, nextId); // a store that was not reset has given ids out
+    mNextId = std::max(mNextId, nextId); // a store that was not reset has ids in use
     for (int i = 0; i < count; ++i) {
         qint32 id = -1;
         QByteArray stored;
@@ -117,8 +120,7 @@ bool DataManager::RestoreProjectData(QDataStream &in, bool compressed, ProgressC
     return mFile.flush();
 }
 
-// A later block of the same id takes the place of the earlier one, and no id can be given out
-// twice.
+// A later block with the same id replaces the earlier one. mNextId stays above every id in use.
 bool DataManager::RestoreBlock(int id, const QByteArray &bytes)
 {
     if (id < 0 || id == std::numeric_limits<int>::max())

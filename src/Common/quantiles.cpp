@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Quantile classes over runs of equal values. Runs are the atoms: a first pass fuses small
-// neighbours up to the size that the small ones would share out evenly, a second one fuses whatever
-// pair is smallest until the count is right.
+// Quantile classes. The values begin as groups of equal values, which are never split. Neighbouring
+// groups are fused until there are as many groups as classes:
+//
+//   1. Small groups are fused with their successors up to a target size: the number of values in
+//      small groups divided by the number of classes that the large groups leave for them.
+//   2. While there are too many groups, the two neighbours with the smallest sum are fused.
 #include "Common/quantiles.h"
 #include <algorithm>
 #include <limits>
@@ -12,75 +15,77 @@
 
 namespace {
 
-constexpr double kTinyNeighbour = 0.2; // of the size of the run before it
+constexpr double kTinyNeighbour = 0.2; // of the size of the group before it
 constexpr qint64 kNoPair = std::numeric_limits<qint64>::max();
 
-struct Run {
+struct Group {
     double low;
     double high;
     qint64 size;
 };
 
-void fuse(Run &run, const Run &next)
+void fuse(Group &group, const Group &next)
 {
-    run.high = next.high;
-    run.size += next.size;
+    group.high = next.high;
+    group.size += next.size;
 }
 
-// The size below which runs are fused: what the small runs hold, shared out over the classes that
-// the big ones leave. 0, so that none counts as small, when the big runs leave no class.
-qint64 targetSize(const std::vector<Run> &runs, qint64 values, int classes)
+// The size below which groups are fused: the number of values in small groups (below the mean size
+// of a class) divided by the number of classes that the large groups leave. 0, so that no group is
+// below it, when the large groups leave no class.
+qint64 targetSize(const std::vector<Group> &groups, qint64 values, int classes)
 {
     const qint64 mean = values / classes;
     int count = 0;
     qint64 sum = 0;
-    for (const Run &run : runs) {
-        if (run.size < mean) {
+    for (const Group &group : groups) {
+        if (group.size < mean) {
             ++count;
-            sum += run.size;
+            sum += group.size;
         }
     }
-    const int left = count + classes - static_cast<int>(runs.size());
+    const int left = count + classes - static_cast<int>(groups.size());
     return left > 0 ? static_cast<qint64>(static_cast<double>(sum) / left + 1.0) : 0;
 }
 
-// @return the fusions still to be made.
-int fuseSmallRuns(std::vector<Run> &runs, qint64 target, int fusions)
+// @param fusions  the most to make. @return the number of fusions still to be made.
+int fuseSmallGroups(std::vector<Group> &groups, qint64 target, int fusions)
 {
-    std::vector<Run> fused;
-    fused.reserve(runs.size());
-    for (size_t next = 0; next < runs.size();) {
-        Run run = runs[next++];
-        if (run.size < target) {
-            while (fusions > 0 && next < runs.size() && run.size + runs[next].size < target) {
-                fuse(run, runs[next++]);
+    std::vector<Group> fused;
+    fused.reserve(groups.size());
+    for (size_t next = 0; next < groups.size();) {
+        Group group = groups[next++];
+        if (group.size < target) {
+            while (fusions > 0 && next < groups.size() && group.size + groups[next].size < target) {
+                fuse(group, groups[next++]);
                 --fusions;
             }
-            if (fusions > 0 && next < runs.size()
-                && static_cast<double>(runs[next].size) / static_cast<double>(run.size)
+            if (fusions > 0 && next < groups.size()
+                && static_cast<double>(groups[next].size) / static_cast<double>(group.size)
                        < kTinyNeighbour) {
-                fuse(run, runs[next++]);
+                fuse(group, groups[next++]);
                 --fusions;
             }
         }
-        fused.push_back(run);
+        fused.push_back(group);
     }
-    runs.swap(fused);
+    groups.swap(fused);
     return fusions;
 }
 
-// The pair with the smallest sum is fused, the first of equal ones; pairs wait in a heap, and one
-// that no longer stands is recognised by its sizes' sum or by a fused partner.
+// Fuses the two neighbours with the smallest sum of sizes, the first of equal pairs. Pairs are kept
+// in a heap by the sum that they had when they were entered. An outdated pair is recognised when it
+// is taken out: its first group was fused into another one (size 0), or its sum has changed.
 class PairFuser {
 public:
-    explicit PairFuser(std::vector<Run> &runs)
-        : mRuns(runs), mNext(runs.size()), mPrevious(runs.size())
+    explicit PairFuser(std::vector<Group> &groups)
+        : mGroups(groups), mNext(groups.size()), mPrevious(groups.size())
     {
-        for (size_t i = 0; i < runs.size(); ++i) {
+        for (size_t i = 0; i < groups.size(); ++i) {
             mNext[i] = i + 1;
             mPrevious[i] = i == 0 ? 0 : i - 1;
         }
-        for (size_t i = 0; i < runs.size(); ++i)
+        for (size_t i = 0; i < groups.size(); ++i)
             push(i);
     }
 
@@ -88,10 +93,10 @@ public:
     {
         const size_t at = popSmallest();
         const size_t gone = mNext[at];
-        fuse(mRuns[at], mRuns[gone]);
-        mRuns[gone].size = 0;
+        fuse(mGroups[at], mGroups[gone]);
+        mGroups[gone].size = 0;
         mNext[at] = mNext[gone];
-        if (mNext[at] < mRuns.size())
+        if (mNext[at] < mGroups.size())
             mPrevious[mNext[at]] = at;
         push(at);
         if (at > 0)
@@ -101,11 +106,11 @@ public:
 private:
     using Pair = std::tuple<qint64, size_t>;
 
-    qint64 sumAt(size_t at) const { return mRuns[at].size + mRuns[mNext[at]].size; }
+    qint64 sumAt(size_t at) const { return mGroups[at].size + mGroups[mNext[at]].size; }
 
     void push(size_t at)
     {
-        if (mNext[at] < mRuns.size())
+        if (mNext[at] < mGroups.size())
             mPairs.emplace(sumAt(at), at);
     }
 
@@ -115,27 +120,27 @@ private:
         while (fuseB < 0 && !mPairs.empty()) {
             const auto [sum, at] = mPairs.top();
             mPairs.pop();
-            if (mRuns[at].size > 0 && mNext[at] < mRuns.size() && sumAt(at) == sum && sum < kNoPair)
+            if (mGroups[at].size > 0 && mNext[at] < mGroups.size() && sumAt(at) == sum
+                && sum < kNoPair)
                 fuseB = static_cast<int>(at);
         }
         datainterface::require(fuseB >= 0, "fuseB>=0");
         return static_cast<size_t>(fuseB);
     }
 
-    std::vector<Run> &mRuns;
+    std::vector<Group> &mGroups;
     std::vector<size_t> mNext;
     std::vector<size_t> mPrevious;
     std::priority_queue<Pair, std::vector<Pair>, std::greater<Pair>> mPairs;
 };
 
-void fuseSmallestPairs(std::vector<Run> &runs, int fusions)
+void fuseSmallestPairs(std::vector<Group> &groups, int fusions)
 {
-    PairFuser fuser(runs);
+    PairFuser fuser(groups);
     for (; fusions > 0; --fusions)
         fuser.fuseSmallest();
-    runs.erase(
-        std::remove_if(runs.begin(), runs.end(), [](const Run &run) { return run.size == 0; }),
-        runs.end());
+    const auto isFused = [](const Group &group) { return group.size == 0; };
+    groups.erase(std::remove_if(groups.begin(), groups.end(), isFused), groups.end());
 }
 
 } // namespace
@@ -155,19 +160,19 @@ bool quantiles(const datainterface::ValueRuns &sorted, int classes,
     result.clear();
     if (classes < 1)
         return false;
-    std::vector<Run> runs;
+    std::vector<Group> groups;
     qint64 values = 0;
     for (const datainterface::ValueRun &run : sorted) {
-        runs.push_back({run.value, run.value, run.count});
+        groups.push_back({run.value, run.value, run.count});
         values += run.count;
     }
-    const int surplus = static_cast<int>(runs.size()) - classes;
+    const int surplus = static_cast<int>(groups.size()) - classes;
     if (surplus > 0) {
-        const int left = fuseSmallRuns(runs, targetSize(runs, values, classes), surplus);
+        const int left = fuseSmallGroups(groups, targetSize(groups, values, classes), surplus);
         if (left > 0)
-            fuseSmallestPairs(runs, left);
+            fuseSmallestPairs(groups, left);
     }
-    for (size_t i = 0; i < runs.size(); ++i)
-        result.insert(static_cast<int>(i), {runs[i].low, runs[i].high});
+    for (size_t i = 0; i < groups.size(); ++i)
+        result.insert(static_cast<int>(i), {groups[i].low, groups[i].high});
     return surplus >= 0;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// A sorted list told as its different values and how often each stands in it: tables of values
-/// hold them so, and a list of billions takes no more room than its different values.
+/// A sorted list in run-length form: its different values and how often each occurs. Tables of
+/// frequencies have this form already, and a list of billions of values takes no more memory than
+/// its different values.
 #pragma once
 #include <QVector>
 #include <vector>
@@ -11,7 +12,7 @@ struct ValueRun {
     double value;
     qint64 count; ///< above 0
 };
-/// Ascending, no value twice.
+/// Ascending; every value occurs once.
 using ValueRuns = std::vector<ValueRun>;
 
 /// @param sorted  ascending

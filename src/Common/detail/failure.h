@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-/// The one way in which the library raises a broken internal condition.
+/// How the library reports a broken internal condition.
 #pragma once
 #include <QtGlobal>
 
 namespace datainterface {
 
-/// Throws vorn_error with `text` in double quotes, the file's label and the line. Out of line: a
-/// passing check costs its test alone. The label is the file's name up to its first dot
-/// ("MVectorDataset" for MVectorDataset.values.cpp), and "..\Common\DataManager" for the block
-/// store.
+/// Throws vorn_error with `text` in double quotes, the file's label and the line. It is out of
+/// line, so that a check that passes costs only its test. The label is the file's name up to its
+/// first dot ("MVectorDataset" for MVectorDataset.values.cpp), and "..\Common\DataManager" for the
+/// block store.
 [[noreturn]] void fail(const char *text, const char *file = __builtin_FILE(),
                        int line = __builtin_LINE());
 

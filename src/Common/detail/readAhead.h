@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Reading many small fields of a stream at the cost of memory: big-endian, by pointer, ahead of
-/// the stream's place.
+/// Reads many small big-endian fields of a stream by pointer, from a buffer that is filled ahead of
+/// the stream's position.
 #pragma once
 #include <QByteArray>
 #include <QDataStream>
@@ -12,9 +12,9 @@
 
 namespace datainterface {
 
-/// The stream stands behind what was taken once this is gone; it is not to be read meanwhile. What
-/// cannot be taken sets the stream's status. Of a device that cannot go back no more is read than
-/// is asked for.
+/// The stream must not be read during the lifetime of the object; the destructor sets its position
+/// to the first byte that was not taken. A field that cannot be taken sets the stream's status.
+/// From a sequential device, which cannot be set back, no more bytes are read than are asked for.
 class ReadAhead {
 public:
     explicit ReadAhead(QDataStream &in)
@@ -50,7 +50,7 @@ public:
         return from ? qFromBigEndian<T>(from) : T(0);
     }
 
-    /// A count of elements, held against the bytes left as readCount does.
+    /// A count of elements, checked against the bytes left as in readCount.
     int count(qint64 minElementBytes)
     {
         const auto n = number<qint32>();
@@ -65,7 +65,8 @@ private:
     static constexpr int kMostBytes = std::numeric_limits<int>::max() / 2;
     static constexpr int kMostSequentialBytes = 1 << 24;
 
-    // A device that does not know its end must not make much of a length.
+    // A sequential device does not know its end, so the length that a file claims is limited before
+    // memory is allocated for it.
     bool fetch(qint64 bytes)
     {
         const qint64 most = mIsSequential ? kMostSequentialBytes : kMostBytes;
@@ -92,10 +93,10 @@ private:
 
     QDataStream &mIn;
     const bool mIsSequential;
-    qint64 mUnread; ///< of the device
-    QByteArray mWindow;
-    int mAt = 0;
-    int mSize = 0;
+    qint64 mUnread;     ///< bytes left in the device
+    QByteArray mWindow; ///< the buffer
+    int mAt = 0;        ///< of the next byte to take
+    int mSize = 0;      ///< end of the bytes read
 };
 
 } // namespace datainterface

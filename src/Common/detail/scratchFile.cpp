@@ -13,7 +13,7 @@ namespace datainterface {
 namespace {
 
 constexpr int kTailBytes = 256 * 1024;
-// Blocks from this size on gain nothing from being gathered; they would only be copied once more.
+// Blocks of this size or larger are written directly: the tail would only copy them once more.
 constexpr qint64 kDirectBytes = 32 * 1024;
 constexpr qint64 kReserveStep = 16 * 1024 * 1024;
 
@@ -24,8 +24,8 @@ public:
     bool open(const QString &path) override
     {
         const QByteArray name = QFile::encodeName(path);
-        // Nobody asks when a scratch file was read last; keeping account of it is a twentieth of a
-        // small read.
+        // The access time of a scratch file is of no use, and updating it takes a twentieth of the
+        // time of a small read.
         mHandle = ::open(name.constData(), O_RDWR | O_CLOEXEC | O_NOATIME);
         if (mHandle < 0)
             mHandle = ::open(name.constData(), O_RDWR | O_CLOEXEC);
@@ -189,12 +189,12 @@ bool ScratchFile::reserveTo(qint64 end)
     auto reserved = mFile->reserve(mReservedEnd, std::max(needed, kReserveStep));
     qint64 reservedEnd = mReservedEnd + std::max(needed, kReserveStep);
     if (reserved == PositionedFile::Reserved::NoRoom) {
-        // Less than a step is left: the bytes themselves may still fit.
+        // The disk has less than a step left, but the bytes themselves may fit.
         reserved = mFile->reserve(mReservedEnd, needed);
         reservedEnd = end;
     }
     if (reserved == PositionedFile::Reserved::Unsupported)
-        reservedEnd = std::numeric_limits<qint64>::max(); // never asked again
+        reservedEnd = std::numeric_limits<qint64>::max(); // so that no further reservation is tried
     if (reserved == PositionedFile::Reserved::NoRoom)
         return false;
     mReservedEnd = reservedEnd;

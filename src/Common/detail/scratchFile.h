@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The scratch file of the block store: positioned reads and writes, small appended writes
+/// The scratch file of the block store: reads and writes by position, with small writes at the end
 /// combined.
 #pragma once
 #include <QByteArray>
@@ -8,7 +8,8 @@
 
 namespace datainterface {
 
-/// What the store asks of the operating system. Tests put one that fails in its place.
+/// The file operations that the store needs from the operating system. Tests replace them by ones
+/// that fail.
 class PositionedFile {
 public:
     enum class Reserved { Yes, NoRoom, Unsupported };
@@ -16,19 +17,24 @@ public:
     virtual ~PositionedFile() = default;
     virtual bool open(const QString &path) = 0;
     virtual void close() = 0;
-    /// Whole or false.
+    /// Transfers all `count` bytes; false when it cannot.
     virtual bool read(qint64 position, char *to, qint64 count) = 0;
     virtual bool write(qint64 position, const char *from, qint64 count) = 0;
-    /// Makes sure that the disk has room for these bytes; the file's size stays.
+    /// Reserves disk space for these bytes; the file's size does not change.
     virtual Reserved reserve(qint64 position, qint64 count) = 0;
 };
 
 std::unique_ptr<PositionedFile> makePositionedFile();
 
-/// Bytes by position in a file that only grows. Appended writes gather in a buffer, the tail, that
-/// goes out in one call; what a write was told true about is readable from then on, from the tail
-/// or from the file, and a failed flush keeps the tail. Room is reserved ahead in steps, so that a
-/// full disk shows when a write is asked for.
+/// Bytes by position in a file that only grows.
+///
+///     0               mTailStart             tailEnd()            mReservedEnd
+///     |  in the file  |  tail, in memory     |  reserved on disk  |
+///
+/// Small writes at the end are collected in the tail, which flush() writes in one call. The bytes
+/// of a write that returned true can be read from then on, from the tail or from the file; a flush
+/// that fails keeps the tail. Disk space is reserved ahead in steps, so that a full disk is
+/// reported by the write that needs the space and not by a later flush.
 class ScratchFile {
 public:
     enum class Mode { Combined, Through };
@@ -36,7 +42,7 @@ public:
     explicit ScratchFile(std::unique_ptr<PositionedFile> file);
     ~ScratchFile();
 
-    /// Makes a file of its own in `directory` and opens it.
+    /// Makes a new file in `directory` and opens it.
     bool open(const QString &directory);
     /// Closes and deletes the file.
     void close();
@@ -44,7 +50,8 @@ public:
     QString path() const { return mPath; }
 
     bool read(qint64 position, char *to, qint64 count);
-    /// `position` is at most the end of what was written. Mode::Through leaves nothing in the tail.
+    /// `position` is at most the end of the bytes written so far. Mode::Through writes
+    /// directly into the file.
     bool write(qint64 position, const char *from, qint64 count, Mode mode = Mode::Combined);
     bool flush();
 

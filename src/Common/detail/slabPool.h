@@ -10,9 +10,9 @@
 
 namespace datainterface {
 
-/// Makes and takes back objects of type T, many to a slab of 2 MiB for which the system is asked
-/// for one large page: random access to many of them then seldom waits for an address to be
-/// translated. Slabs go when none of their objects, and no object of any other slab, is left.
+/// Allocates objects of type T in slabs of 2 MiB, for each of which one large page is requested
+/// from the system, so that random access to many objects causes few TLB misses. All slabs are
+/// freed together when the last object is destroyed.
 template <class T> class SlabPool {
 public:
     struct Return {
@@ -21,7 +21,7 @@ public:
     };
     using Pointer = std::unique_ptr<T, Return>;
 
-    /// The pool must outlive what it makes.
+    /// The pool must outlive its objects.
     Pointer make()
     {
         if (mSpare.empty())
@@ -44,12 +44,12 @@ private:
     void addSlab()
     {
         constexpr std::size_t count = kSlabBytes / sizeof(T);
-        mSpare.reserve((mSlabs.size() + 1) * count); // so that taking back never fails
+        mSpare.reserve((mSlabs.size() + 1) * count); // so that take() cannot fail
         mSlabs.reserve(mSlabs.size() + 1);
         void *const slab = std::aligned_alloc(kSlabBytes, kSlabBytes);
         if (!slab)
             throw std::bad_alloc();
-        ::madvise(slab, kSlabBytes, MADV_HUGEPAGE); // a wish: without it all is merely slower
+        ::madvise(slab, kSlabBytes, MADV_HUGEPAGE); // advice; access is slower without it
         mSlabs.emplace_back(slab);
         for (std::size_t i = count; i > 0; --i)
             mSpare.push_back(static_cast<char *>(slab) + (i - 1) * sizeof(T));
@@ -66,7 +66,7 @@ private:
     }
 
     std::vector<std::unique_ptr<void, Free>> mSlabs;
-    std::vector<void *> mSpare; ///< places without an object
+    std::vector<void *> mSpare; ///< addresses without an object
     std::size_t mMade = 0;
 };
 

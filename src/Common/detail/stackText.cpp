@@ -47,7 +47,7 @@ std::string readableName(const char *symbol)
 }
 
 #ifdef DATAINTERFACE_HAVE_LIBBACKTRACE
-// Knows the functions that are not exported, and lines.
+// Finds functions that are not exported, and line numbers.
 void locateBySymbols(uintptr_t address, Location &location)
 {
     const auto ignore = [](void *, const char *, int) {};
@@ -61,7 +61,7 @@ void locateBySymbols(uintptr_t address, Location &location)
             static_cast<Location *>(data)->displacement = pc - start;
         }
     };
-    // The first answer is the innermost of the functions inlined there.
+    // The first callback is for the innermost of the functions inlined at the address.
     const auto takeLine = [](void *data, uintptr_t, const char *file, int line, const char *) {
         if (file) {
             static_cast<Location *>(data)->file = baseName(file);
@@ -78,8 +78,8 @@ void locateBySymbols(uintptr_t, Location &)
 }
 #endif
 
-// Exported functions; for the others the module and the offset, from which a debugger tells
-// the rest.
+// Finds exported functions. For others it gives the module and the offset in it, from which a
+// debugger can find the function.
 void locateByLinker(uintptr_t address, Location &location)
 {
     Dl_info info{};
@@ -114,8 +114,7 @@ Q_NEVER_INLINE std::string stackText() noexcept
     try {
         std::array<void *, kMaxFrames + kOwnFrames> frames{};
         const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
-        // How many frames the collector leaves above the caller's differs; a sanitizer adds
-        // its own.
+        // The number of frames above the caller's varies, because a sanitizer adds its own.
         const auto caller = std::find(frames.begin(), frames.end(), __builtin_return_address(0));
         std::string text;
         for (auto frame = caller == frames.end() ? frames.begin() : caller + 1;
@@ -123,7 +122,7 @@ Q_NEVER_INLINE std::string stackText() noexcept
             text += "  " + describe(reinterpret_cast<uintptr_t>(*frame)) + '\n';
         return text;
     } catch (...) {
-        return {}; // short of memory: the failure itself matters more
+        return {}; // out of memory; the failure is reported without its stack
     }
 }
 

@@ -5,9 +5,10 @@
 
 namespace datainterface {
 
-/// One line a frame, innermost first: two blanks, the function "+0x" the distance into it, and
-/// where debug information exists " in file(line)". At most 64 frames, names cut at 1024 bytes.
-/// Starts with the caller's caller. Empty when the stack cannot be told; never throws.
+/// One line for each frame, innermost first: two blanks, the function's name, "+0x" and the offset
+/// in it, and " in file(line)" where debug information exists. At most 64 frames; names are cut at
+/// 1024 bytes. The first frame is the caller's caller. Empty when the stack cannot be read; never
+/// throws.
 std::string stackText() noexcept;
 
 } // namespace datainterface

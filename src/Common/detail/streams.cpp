@@ -21,9 +21,9 @@ constexpr int kMaxVariantDepth = 32;
 // Qt 4 numbered float, long and the other small types from here on.
 constexpr quint32 kFirstQt4CoreType = 128;
 constexpr qint64 kMaxZlibRatio = 1032;
-constexpr qint64 kMaxArrayBytes =
-    std::numeric_limits<int>::max() - 64; // QByteArray's own header counts
-constexpr qint64 kUnaskedBytes = 64 * 1024;
+// QByteArray's header counts against its limit of int bytes.
+constexpr qint64 kMaxArrayBytes = std::numeric_limits<int>::max() - 64;
+constexpr qint64 kUncheckedBytes = 64 * 1024;
 constexpr int kSequentialStep = 16 * 1024 * 1024;
 
 bool corrupt(QDataStream &in)
@@ -97,7 +97,7 @@ bool isPlainType(int type)
     }
 }
 
-// They stand as text, which Qt's parser reads to a depth of its own.
+// JSON values are streamed as text; Qt's parser limits the depth of their nesting.
 bool isJsonType(int type)
 {
     return type == QMetaType::QJsonValue || type == QMetaType::QJsonObject
@@ -121,7 +121,7 @@ template <class List> QVariant readListOf(QDataStream &in, qint64 minElementByte
     return QVariant::fromValue(list);
 }
 
-// What stands behind the type and the null flag.
+// Reads the part of a variant after its type and null flag.
 QVariant readContents(QDataStream &in, int type, int depth)
 {
     switch (type) {
@@ -173,7 +173,7 @@ bool readVariant(QDataStream &in, QVariant &value, int depth)
     if (isOfQt4 && type >= kFirstQt4CoreType)
         type -= kFirstQt4CoreType - QMetaType::VoidStar;
     if (type == QMetaType::UnknownType) {
-        QString padding; // followed an invalid variant in Qt 4
+        QString padding; // Qt 4 wrote a string after an invalid variant
         if (isOfQt4)
             in >> padding;
         value = QVariant();
@@ -219,7 +219,7 @@ bool isStorable(const QVariant &value, int depth)
 
 void writeVariant(QDataStream &out, const QVariant &value);
 
-// From the last key to the first, as QMap writes itself.
+// Writes the last key first, as QMap's own operator does.
 void writePairs(QDataStream &out, const QVariantMap &map)
 {
     QList<QString> keys = map.keys();
@@ -288,9 +288,9 @@ bool readBytes(QDataStream &in, QByteArray &bytes)
     in >> length;
     if (in.status() != QDataStream::Ok || length == 0xffffffffU)
         return in.status() == QDataStream::Ok;
-    // Asking a file for its size is a system call; a short array may be wrong about its length for
-    // free.
-    const bool tooLong = length > kUnaskedBytes && length > bytesLeft(in);
+    // Asking a file for its size is a system call. The length of a short array is not checked: a
+    // wrong one costs a small allocation, and the read below fails.
+    const bool tooLong = length > kUncheckedBytes && length > bytesLeft(in);
     if (length > kMaxArrayBytes || tooLong)
         return corrupt(in);
     const int total = static_cast<int>(length);

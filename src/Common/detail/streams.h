@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// How the library opens and reads its QDataStreams: one version for all, and no count that is
-/// believed unseen.
+/// How the library opens and reads its QDataStreams: all have one stream version, and every count
+/// is checked against the bytes left before memory is allocated for it.
 #pragma once
 #include <QByteArray>
 #include <QDataStream>
@@ -39,8 +39,8 @@ public:
     explicit DeviceStream(QIODevice *device) : QDataStream(device) { setVersion(kStreamVersion); }
 };
 
-/// Bytes that the stream's device can still give; the largest number when a sequential device
-/// cannot tell.
+/// The bytes left in the stream's device; the largest qint64 for a sequential device, whose end is
+/// unknown.
 qint64 bytesLeft(const QDataStream &in);
 
 /// A value in T's own stream form.
@@ -51,34 +51,36 @@ template <class T> T read(QDataStream &in)
     return value;
 }
 
-/// Reads a 32-bit element count and holds it against the bytes left, `minElementBytes` for each
-/// element. A negative or impossible count sets the status ReadCorruptData and gives 0, so a loop
-/// over it does nothing.
+/// Reads a 32-bit element count and checks it against the bytes left, with `minElementBytes` for
+/// each element. @return the count; 0, with the status ReadCorruptData, for a negative or
+/// impossible one.
 int readCount(QDataStream &in, qint64 minElementBytes);
 
-/// A QByteArray in Qt's form (length, bytes; 0xFFFFFFFF is null), never allocating beyond the bytes
-/// left.
+/// Reads a QByteArray in Qt's form (length, bytes; 0xFFFFFFFF is null). An array of more than 64
+/// KiB is not allocated unless the device has as many bytes left; from a sequential device it is
+/// read in steps of 16 MiB. @return false for a bad length and when the stream ends early.
 bool readBytes(QDataStream &in, QByteArray &bytes);
 
-/// qUncompress's form through libdeflate. False when the declared length is impossible (zlib
-/// expands no more than about 1032 times), above `limit`, or the data are corrupt; the result is
-/// then left empty.
+/// Unpacks qCompress's form with libdeflate. @return false, with `bytes` empty, when the declared
+/// length is impossible (zlib expands at most about 1032 times) or above `limit`, or the data are
+/// corrupt.
 bool inflateBytes(const QByteArray &packed, QByteArray &bytes,
                   qint64 limit = std::numeric_limits<int>::max());
 
-/// Whether a value can stand in a stream: MMetaData::setTag lists the types. Nesting ends at 32
-/// levels, and other types are refused: a foreign file must not overflow the stack or construct
-/// arbitrary types.
+/// Whether a value can be written to a stream; MMetaData::setTag lists the types. Nesting is
+/// limited to 32 levels and other types are refused, because a foreign file must not overflow the
+/// stack or construct arbitrary types.
 bool isStorable(const QVariant &value);
 
-/// A map of storable values in QDataStream's form. Tables inside are written in ascending order of
-/// keys.
+/// Writes a map of storable values in QDataStream's form. A nested hash is written in the order of
+/// a map, so that equal values give equal bytes.
 void writeVariantMap(QDataStream &out, const QMap<QString, QVariant> &map);
-/// A value that is not storable sets ReadCorruptData.
+/// Reads such a map. A value that is not storable sets ReadCorruptData. @return whether the status
+/// is Ok; the map is empty otherwise.
 bool readVariantMap(QDataStream &in, QMap<QString, QVariant> &map);
 
-/// Any list or vector in Qt's form: count, elements through `readElement(T &)`. Ends when the
-/// status turns bad, with the container then empty.
+/// Reads any list or vector in Qt's form: count, then the elements through `readElement(T &)`.
+/// Stops when the status is no longer Ok; the container is empty then.
 template <class Container, class ReadElement>
 bool readList(QDataStream &in, Container &list, qint64 minElementBytes, ReadElement readElement)
 {
@@ -98,7 +100,7 @@ template <class Container> bool readList(QDataStream &in, Container &list, qint6
     return readList(in, list, minElementBytes, [&in](auto &element) { in >> element; });
 }
 
-/// Any QMap in Qt's form (count, then pairs; writers put the last key first).
+/// Reads any QMap in Qt's form: count, then pairs, of which writers put the last key first.
 template <class Key, class Value, class ReadPair>
 bool readMap(QDataStream &in, QMap<Key, Value> &map, qint64 minPairBytes, ReadPair readPair)
 {
@@ -123,7 +125,7 @@ bool readMap(QDataStream &in, QMap<Key, Value> &map, qint64 minPairBytes)
 /// The elements in ascending order.
 QVector<int> ascending(const QSet<int> &set);
 
-/// QSet<int> in Qt's form; written in ascending order, so that equal sets are equal bytes.
+/// QSet<int> in Qt's form, written in ascending order so that equal sets give equal bytes.
 void writeIntSet(QDataStream &out, const QSet<int> &set);
 bool readIntSet(QDataStream &in, QSet<int> &set);
 
