@@ -14,8 +14,8 @@ QString bugReportAddress()
     return QStringLiteral(DATAINTERFACE_BUG_REPORT_ADDRESS);
 }
 
-// Demangled names hold "&" and "#", which would end the body, so these go
-// with the blanks and quotes.
+// Percent-encodes the text of a mailto address. Demangled names contain "&" and "#", either of
+// which would end the body.
 QString escaped(QString text)
 {
     text.replace(QLatin1Char('%'), QLatin1String("%25"));

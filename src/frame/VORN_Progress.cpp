@@ -13,14 +13,14 @@ using datainterface::require;
 
 namespace {
 
-// In percents of the enclosing section.
+// In percent of the enclosing section.
 struct Section {
     int lower = 0;
     int upper = 100;
 };
 
-// Whose bar is up; null while there is none. Any call of it may run events of the host, and so a
-// Close: it is tested again afterwards.
+// The dialogs that show the bar; null while there is none. Each call of them may run events of the
+// host, which may call Close, so gBar is tested again after it.
 HostDialogs *gBar = nullptr;
 QList<Section> gSections; // the innermost first
 bool gResetOnCancel = false;
@@ -35,7 +35,7 @@ bool goesOn()
     return !gBar || gBar->PollProgress();
 }
 
-// Each level truncates, so that the bar stands where it always stood.
+// Every level truncates to a whole percent; hosts have always seen positions that are computed so.
 int toBar(int percent)
 {
     constexpr double kLeast = std::numeric_limits<int>::min();

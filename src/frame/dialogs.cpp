@@ -12,8 +12,8 @@ namespace {
 
 HostDialogs *gHostDialogs = nullptr;
 
-/// Qt's widgets, on the host's main thread. Each call that may run events can also run a slot of
-/// the host that ends the progress: the dialog is looked up again afterwards.
+/// Dialogs of Qt's widgets, for use on the main thread. A call that runs events can also run a slot
+/// of the host that calls EndProgress, so mBar is tested again after it.
 class QtDialogs final : public HostDialogs {
 public:
     void BeginProgress(const QString &title, const QString &label,
@@ -56,7 +56,7 @@ public:
 
     void EndProgress() override
     {
-        // A slot that runs inside the bar's own call must not take the bar from under it.
+        // A slot that was called by the bar must not delete it before that call returns.
         if (mPumping > 0) {
             mBar->hide();
             mBar->deleteLater();
@@ -88,7 +88,7 @@ private:
     }
 
     QProgressDialog *mBar = nullptr;
-    int mPumping = 0; ///< calls of Qt now on the stack that may run events
+    int mPumping = 0; ///< depth of nested calls that run events
 };
 
 } // namespace

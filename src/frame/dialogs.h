@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Who shows the progress bar, warnings and failures.
+/// The dialogs that show the progress bar, warnings and failures.
 #pragma once
 #include "datainterface/HostDialogs.h"
 
@@ -8,8 +8,8 @@ namespace datainterface {
 /// The host's own dialogs; null when it set none.
 HostDialogs *hostDialogs();
 
-/// The host's dialogs, else Qt's where a QApplication exists, else null: a library never aborts its
-/// host for want of one.
+/// The host's dialogs, else Qt's where a QApplication exists, else null: making a widget without a
+/// QApplication would abort the process.
 HostDialogs *dialogs();
 
 } // namespace datainterface

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// The version numbers of project files at which a form changed: major * 100000 + minor * 1000 +
-/// build. They are file format. Each name states what is true from its version on.
+/// build. They are part of the file format. Each name states what is true from its version on.
 #pragma once
 
 namespace datainterface::fileVersions {
 
-// The frame of the file.
-constexpr int kNamesGeographyKinds = 103000; ///< and has one reserved number less
+// The top level of the file.
+constexpr int kNamesGeographyKinds = 103000; ///< and has one reserved number fewer
 constexpr int kNamesApplication = 107000;
 constexpr int kHasVariogramModels = 150000;
 constexpr int kHasBlocks = 180005;
@@ -14,10 +14,10 @@ constexpr int kPacksBlocks = 180050;
 constexpr int kHasNoStraySeries = 201044; ///< series of objects that a resize had removed
 
 // Geographies.
-constexpr int kVectorStartsWithBase = 102001; ///< else ids and weight sets follow the geometry
+constexpr int kVectorStartsWithBase = 102001; ///< before, ids and weight sets follow the geometry
 constexpr int kGeographyHasDetails = 103000;  ///< time format, parent, weight sets
 constexpr int kTimeFormatIsNumber = 107000;   ///< before, two flags
-constexpr int kGeographyHasName = 130000;     ///< before, the geometry has it
+constexpr int kGeographyHasName = 130000;     ///< before, only the geometry has one
 constexpr int kGeographyHasTags = 170004;
 constexpr int kGeographyHasStatic = 170006;
 constexpr int kRasterHasOneStamp = 105000;
@@ -30,7 +30,7 @@ constexpr int kVectorSourceHasSpareTable = 101000;
 constexpr int kVectorSourceHasNoSpareTable = 102000;
 constexpr int kSourceHasSpareTable = 102001;
 constexpr int kSourceHasNoSpareTable = 120000;
-constexpr int kSourceTagsDatasets = 130000; ///< before, texts stood in tables of the source
+constexpr int kSourceTagsDatasets = 130000; ///< before, texts are in tables of the source
 constexpr int kSourceEndsWithCount = 130000;
 
 // What all datasets share.
@@ -62,15 +62,15 @@ constexpr int kDatumHasFlag = 109001;
 constexpr int kDatumTextIsBytes = 120000;
 
 // Weight sets.
-constexpr int kSetsIncludedEgo = 103000; ///< up to kSetHasIncludeEgo all sets do, without a flag
+constexpr int kSetsIncludedEgo = 103000; ///< all sets before kSetHasIncludeEgo, without a flag
 constexpr int kSetHasIncludeEgo = 104000;
-constexpr int kSetHasInformation = 105000; ///< and the present numbers of weights
+constexpr int kSetHasInformation = 105000; ///< and today's codes of weights
 constexpr int kSetHasNumerator = 107000;   ///< in place of a byte of another use
 constexpr int kHasClusterSets = 112000;
 constexpr int kSetsHaveIds = 120000;
 constexpr int kListFloatsAreFloats = 130000;
 constexpr int kListsAreBlocks = 201042;
-constexpr int kListsAreComparable = 400002; ///< older lists count objects in another way
+constexpr int kListsAreComparable = 400002; ///< older lists number objects in another way
 
 // Variogram models.
 constexpr int kModelHasParameterSet = 160002;

@@ -14,8 +14,7 @@ void setController(ControllerBase *controller);
 bool isTesting();
 void setTesting(bool testing);
 
-/// True when widgets may be made: a QApplication exists. A library never aborts its host for want
-/// of one.
+/// True when a QApplication exists. Making a widget without one would abort the process.
 bool canShowWidgets();
 
 } // namespace datainterface

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-/// Listeners are plain QObjects that are found by the texts of their slots.
+/// Connects listeners, which are plain QObjects, by the texts of their slots.
 #pragma once
 #include <QObject>
 
 namespace datainterface {
 
-/// One signal and the slot that it goes to, as SIGNAL() and SLOT() make them.
+/// A signal and the slot to connect it to, in the form that SIGNAL() and SLOT() give them.
 struct Connection {
     const char *signal;
     const char *slot;
 };
 
-/// Connects in order, each only if the one before succeeded. @return whether all did.
+/// Connects in order and stops at the first failure. @return whether all were connected.
 template <class Connections>
 bool connectAll(QObject *sender, QObject *listener, const Connections &connections)
 {

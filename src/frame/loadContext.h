@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// What the parts of one restore tell each other. A public entry makes it from
-/// dataInterfaceVersionLoading, which hosts may set to read a part alone, and hands it down.
+/// The state that the parts of one restore share. A public entry makes it from
+/// dataInterfaceVersionLoading, which hosts may set to read a part alone, and passes it down.
 #pragma once
 #include "datainterface/VersionAPI.h"
 #include "frame/fileVersions.h"
@@ -8,14 +8,13 @@
 namespace datainterface {
 
 struct LoadContext {
-    int version = 0;
-    /// The objects of the vector geography that is read; -1 while that is not known.
+    int version = 0; ///< of the file
+    /// The number of objects of the vector geography that is being read; -1 while it is not known.
     int objectCount = -1;
-    /// The same number as the data source's own table has it, in files before
-    /// fileVersions::kSourceEndsWithCount.
+    /// The same number from the data source, in files before fileVersions::kSourceEndsWithCount.
     int tableObjectCount = 0;
-    /// Called with a geography's id before anything of it takes a block: what stands under the id
-    /// goes first. Null when a part is read alone.
+    /// Called with the id of a geography before anything of the geography stores a block; removes
+    /// the geography that has this id now. Null when a part is read alone.
     void (*makeWay)(int geographyId) = nullptr;
 
     bool since(int first) const { return version >= first; }

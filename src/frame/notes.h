@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
-/// What the library tells its host or user beside its results. The controller takes both, so they
-/// are defined where it is known, in project/.
+/// Messages of the library to its host and user. Both functions call the controller, so they are
+/// defined in project/, which knows its class.
 #pragma once
 
 class QString;
 
 namespace datainterface {
 
-/// A line in the host's log; lost while no controller is installed.
+/// Adds a line to the host's log; does nothing while no controller is installed.
 void noteToLog(const QString &text);
 
-/// A warning under the application's name, when the host has dialogs of its own or a user interface.
+/// Shows a warning titled with the application's name. Does nothing unless the host has set its own
+/// dialogs or has a user interface.
 void warnUser(const QString &text);
 
 } // namespace datainterface

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Reporting from code that runs with a progress bar or without one.
+/// Progress reports that do nothing while no progress bar is shown.
 #pragma once
 #include <QString>
 #include "datainterface/VORN_Progress.h"
@@ -7,21 +7,20 @@
 
 namespace datainterface {
 
-/// For callees that take a callback: null without a bar.
+/// The callback to pass to functions that report progress; null while no bar is shown.
 inline ProgressCallback progressCallback()
 {
     return VORN_Progress::UsingProgressBar() ? &VORN_Progress::UpdateProgress : nullptr;
 }
 
-/// Whether there is a bar that the user cancelled. Under the testing flag every report counts as
-/// fine.
+/// Whether a bar is shown and the user cancelled it. False under the testing flag.
 inline bool isCanceled()
 {
     return VORN_Progress::UsingProgressBar() && !isTesting()
            && VORN_Progress::ProgressBarCanceled();
 }
 
-/// False: the user cancelled.
+/// @return false when the user cancelled.
 inline bool reportProgress(int percent, const char *text = nullptr)
 {
     return !VORN_Progress::UsingProgressBar() || VORN_Progress::UpdateProgress(percent, text);
@@ -33,7 +32,8 @@ inline void setProgressText(const QString &text)
         VORN_Progress::SetProgressText(text.toUtf8().constData());
 }
 
-/// An inner level of work for a scope. It begins on 0 to `upper` percent of its own range.
+/// A nested section of the progress bar for the lifetime of the object. Reports first cover 0 to
+/// `upper` percent of the section.
 class ProgressSection {
 public:
     explicit ProgressSection(int upper) : mOpen(VORN_Progress::UsingProgressBar())
@@ -45,18 +45,18 @@ public:
     }
     ~ProgressSection()
     {
-        // The bar can be gone: a host's slot may have closed it while events ran.
+        // A slot of the host may have closed the bar while events ran.
         if (!mOpen || !VORN_Progress::UsingProgressBar())
             return;
         try {
             VORN_Progress::PopProgressBarSection();
-        } catch (...) { // another bar stands in its place, without our sections
+        } catch (...) { // a new bar was opened meanwhile, which has no such section
         }
     }
     ProgressSection(const ProgressSection &) = delete;
     ProgressSection &operator=(const ProgressSection &) = delete;
 
-    /// On to the next part of the range, up to `upper`.
+    /// Reports from now on cover the next part of the section, up to `upper` percent.
     void next(int upper)
     {
         if (mOpen && VORN_Progress::UsingProgressBar())
