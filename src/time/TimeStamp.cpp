@@ -25,7 +25,7 @@ qint64 toTime(double time)
     return time >= -kBeyond ? static_cast<qint64>(time) : kFirst;
 }
 
-// Widest spans overflow: differences and sums wrap.
+// The length of a stamp, which wraps for the widest ones.
 qint64 span(const TimeStamp &stamp)
 {
     return static_cast<qint64>(static_cast<quint64>(stamp.endTime)
@@ -42,7 +42,8 @@ void closePoint(TimeStamp &stamp)
 
 const TimeStamp TimeStamp::Invalid(kLast, kFirst, true, true);
 
-// Not a copy of Invalid: stamps with static storage elsewhere may be made before it.
+// Not a copy of Invalid: stamps with static storage in other sources may be constructed
+// before it.
 TimeStamp::TimeStamp() : startTime(kLast), endTime(kFirst), inclusiveStart(true), inclusiveEnd(true)
 {
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Rectangles and spans of time in the terms of the geometry library, and back.
+/// Conversions of rectangles and stamps to the types of the geometry library and back.
 #pragma once
 #include <QRectF>
 #include "datainterface/TimeStamp.h"
@@ -7,7 +7,7 @@
 
 namespace datainterface {
 
-/// Top left is the smallest x and the smallest y.
+/// The rectangle's top left corner has the smallest x and the smallest y.
 inline QRectF rectOf(const Rect2D &box)
 {
     return QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin);
@@ -18,7 +18,7 @@ inline Rect2D boxOf(const QRectF &rect)
     return {rect.x(), rect.x() + rect.width(), rect.y(), rect.y() + rect.height()};
 }
 
-/// Times past 2^53 lose their low bits.
+/// Times beyond 2^53 lose their low bits.
 inline timeRange rangeOf(const TimeStamp &stamp)
 {
     constexpr int kStartInclusive = 0xF0;

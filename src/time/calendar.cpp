@@ -13,8 +13,8 @@ QDate epoch()
     return QDate(1752, 9, 14);
 }
 
-// Steps are counted in 32 bits, and an exact step of more than 68 years of seconds wraps and moves
-// time backward. Unsigned numbers wrap without undefined behaviour.
+// Steps are counted in 32 bits: an exact step of more than 68 years of seconds wraps and moves time
+// backward. The sums are formed with unsigned numbers, whose overflow is defined.
 quint32 bits(qint32 value)
 {
     return static_cast<quint32>(value);

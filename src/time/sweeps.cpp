@@ -5,10 +5,10 @@
 namespace datainterface {
 namespace {
 
-// Shorter runs than this on average are not worth their merge passes.
+// Boundaries whose ascending runs are shorter than this on average are sorted and not merged.
 constexpr size_t kUsefulRun = 16;
 
-// Ends of the ascending runs; empty when there are too many.
+// The ends of the ascending runs; empty when there are too many to merge.
 std::vector<size_t> runEnds(const TimeBoundaries &boundaries)
 {
     std::vector<size_t> ends;

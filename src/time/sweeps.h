@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: MIT
-/// The algebra of interval lists, told once for TimeStamp and Interval.
+/// Set operations on interval lists, shared by TimeStamp and Interval.
 ///
-/// Every interval becomes two boundaries. Sorted, they are walked once, and a piece of the result
-/// opens and closes where the number of open intervals passes a given depth (1: union, 2:
-/// intersection) or where the membership in one list changes against the other (difference).
-/// Boundaries at the same time are ordered by where they sit on the time line, so that [1, 5) and
-/// [5, 8) are never open together:
+/// Every interval becomes two boundaries, a start and an end. The boundaries are sorted and walked
+/// once. A piece of the result begins and ends where the number of open intervals passes a given
+/// depth (1: union, 2: intersection), where the membership in one list changes relative to the
+/// other (difference), or at every boundary (refinement). Boundaries at the same time t are ordered
+/// by the position on the time line at which they take effect, so that [1, 5) and [5, 8) are never
+/// open together:
 ///
-///     rank 0  exclusive end     just before t
-///     rank 1  inclusive start   at t
-///     rank 2  inclusive end     at t
-///     rank 3  exclusive start   just after t
+///     rank 0   )  exclusive end     just before t
+///     rank 1   [  inclusive start   at t
+///     rank 2   ]  inclusive end     at t
+///     rank 3   (  exclusive start   just after t
 ///
-/// At the same time and rank the first list goes first. With that the order is total up to records
-/// that are the same in every field, and no sort has to be stable.
+/// Boundaries of the same time and rank are ordered by list, the first one first. The order is
+/// total up to records that are equal in every field, so the sort need not be stable.
 #pragma once
 #include <QtGlobal>
 #include <vector>
@@ -21,7 +22,7 @@
 
 namespace datainterface {
 
-/// One end of an interval: 16 bytes, since the sort moves little else.
+/// One end of an interval, in 16 bytes, because most of the time is spent in sorting it.
 class TimeBoundary {
 public:
     enum Kind : quint32 { Start, End };
@@ -51,13 +52,13 @@ private:
 
 using TimeBoundaries = std::vector<TimeBoundary>;
 
-/// Sorts lists that hold long ascending runs, as the boundaries of sorted intervals do, by merging
-/// the runs: O(n) for a fixed number of sorted lists, O(n log n) for any.
+/// Sorts. Boundaries of sorted intervals have long ascending runs, which are merged: O(n) for a
+/// fixed number of sorted lists, O(n log n) in general.
 void sortBoundaries(TimeBoundaries &boundaries);
 
-/// Where the algebras of TimeStamp and of Interval differ.
+/// The differences between the operations on TimeStamp and on Interval.
 struct SweepRules {
-    const char *file;     ///< of the operation, as the failure shows it
+    const char *file;     ///< the source that a failure names
     const char *badCount; ///< raised when more than two intervals are open, or fewer than none
     bool closesPoints;    ///< one-point intervals count as closed; else the first list's must be
     bool dropsEmpty;      ///< pieces without an instant are left out
@@ -71,7 +72,7 @@ template <class Span> bool holdsNoInstant(const Span &span)
                && !span.inclusiveStart && !span.inclusiveEnd);
 }
 
-/// The span shared by both, by its fields: crossed ends when they share none.
+/// The span that both share, from their fields. Its ends are crossed when the spans lie apart.
 template <class Span> Span intersection(const Span &a, const Span &b)
 {
     Span shared = a;
@@ -114,8 +115,8 @@ TimeBoundaries sortedBoundaries(const Spans &a, const Spans &b, const SweepRules
     return boundaries;
 }
 
-/// The pieces on which at least `depth` intervals are open. A list that overlaps itself
-/// counts as two.
+/// The pieces on which at least `depth` intervals are open. Where a list overlaps itself, its
+/// intervals count separately.
 template <class Spans>
 Spans sweepDepth(const Spans &a, const Spans &b, int depth, const SweepRules &rules)
 {
@@ -139,8 +140,8 @@ Spans sweepDepth(const Spans &a, const Spans &b, int depth, const SweepRules &ru
     return pieces;
 }
 
-/// What lies in `a` and not in `b`. Where `b` begins or ends inside `a`, the remainder takes in
-/// what `b` keeps out.
+/// The pieces that are in `a` and not in `b`. Where `b` begins or ends inside `a`, the piece is
+/// closed if `b` is open there and open if `b` is closed.
 template <class Spans>
 Spans sweepDifference(const Spans &a, const Spans &b, const SweepRules &rules)
 {
@@ -179,8 +180,30 @@ Spans sweepDifference(const Spans &a, const Spans &b, const SweepRules &rules)
     return pieces;
 }
 
-/// The common refinement: consecutive boundaries are the ends of a piece, except across a gap
-/// between the inputs.
+/// The common refinement of any number of lists: the longest pieces on which no interval of the
+/// lists begins or ends. Every two consecutive boundaries p and q are the ends of a piece, or of
+/// none:
+///
+///     p.time < q.time: a piece, unless it is a gap (p an end, q a start, no interval open) or
+///     holds no instant. A bracket of the inputs is kept on its side; the piece on its other side
+///     takes the opposite one.
+///
+///         p    start of the piece        q    end of the piece
+///         [    [                         ]    ]
+///         (    (                         )    )
+///         ]    (                         [    )
+///         )    [                         (    ]
+///
+///     p.time == q.time: the piece [t, t], where p and q separate the instant t from both sides.
+///
+///         p q    piece
+///         [ ]    yes
+///         [ (    yes: t is in the interval of p and not in that of q
+///         ) ]    yes: t is in the interval of q and not in that of p
+///         ) (    if another interval is open: t is in neither of the two
+///         ) [    no: p ends before t, and q starts the piece from t on
+///         ] (    no: the piece that p ends includes t
+///         two equal brackets: no
 template <class Spans> Spans refine(TimeBoundaries boundaries, const char *file)
 {
     Spans pieces;
