@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The stream form has changed with the file's version:
-//   type int32 | flag int8, after 109000 | int64, double, text from 103000; before that three lists
-// The text is a QString before 120000 and bytes from then on: Latin-1, or UTF-8 behind the bytes
-// EF BB BF.
+// The fields of a value in a stream, which depend on the version of the file:
+//
+//   int32   type
+//   int8    flag, from 109001
+//   int64   integer, double decimal, text; before 103000 a list of each, whose first element counts
+//
+// The text is a QString before 120000. From then on it is a QByteArray: Latin-1, or the bytes
+// EF BB BF and then UTF-8 for a text that Latin-1 cannot represent.
 #include "datainterface/MDatum.h"
 #include <algorithm>
 #include <cmath>
@@ -14,10 +18,10 @@ using namespace datainterface;
 
 namespace {
 
-// Stands before the bytes of a text that Latin-1 does not hold.
+// Precedes the UTF-8 bytes of a text that Latin-1 cannot represent.
 const QByteArray kUtf8Mark = QByteArrayLiteral("\xEF\xBB\xBF");
 
-// Qt drops a mark of the byte order at the front, which in a text of ours is a letter.
+// Qt removes a byte order mark at the front, which is a character of the text here.
 QString fromUtf8(const QByteArray &bytes)
 {
     const QString text = QString::fromUtf8(bytes);
@@ -29,7 +33,7 @@ bool isUtf8(const QByteArray &bytes)
     return fromUtf8(bytes).toUtf8() == bytes;
 }
 
-// A text whose Latin-1 bytes begin with those of the mark is written behind the mark as well.
+// A text whose Latin-1 bytes begin with those of the mark is also written in UTF-8 after the mark.
 QByteArray streamForm(const QByteArray &text)
 {
     const QString letters = fromUtf8(text);
@@ -47,13 +51,13 @@ QByteArray textFrom(const QByteArray &stored)
     return isUtf8(text) ? text : QString::fromLatin1(text).toUtf8();
 }
 
-// Texts of the old forms are narrow; other letters of theirs are lost.
+// Texts of the old forms are Latin-1; other characters in them are lost.
 QByteArray narrowed(const QString &text)
 {
     return QString::fromLatin1(text.toLatin1()).toUtf8();
 }
 
-// The first element of a list, the rest dropped; of an empty list nothing.
+// Assigns the first element of a list and skips the others. Assigns nothing for an empty list.
 template <class T, class Assign>
 void readFirst(QDataStream &in, qint64 minElementBytes, Assign assign)
 {
@@ -66,7 +70,7 @@ void readFirst(QDataStream &in, qint64 minElementBytes, Assign assign)
     }
 }
 
-// Strict and total, with every NaN one key behind all numbers.
+// A strict weak order in which all NaNs are equivalent and follow every number.
 bool precedes(double a, double b)
 {
     return std::isnan(b) ? !std::isnan(a) : a < b;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// In memory a series of numbers begins as its image, whose bytes it shares with the block store,
-// and is searched there; the entries are decoded when somebody needs them whole.
+// A series of numbers is kept in memory as its image, whose bytes are shared with the block store,
+// and is searched there by bisection. The entries are decoded when all of them are needed or one
+// changes. A series of strings, whose entries differ in length, is decoded at once.
 #include <algorithm>
 #include "Common/detail/failure.h"
 #include "containers/pagedContainer.h"
@@ -13,7 +14,7 @@ public:
     Content() = default;
     explicit Content(const QVector<Entry> &entries) : mEntries(entries), mIsDecoded(true) {}
 
-    /// Numbers that cannot be read are an empty series.
+    /// A series of numbers that cannot be read becomes empty; one of strings raises.
     void restore(bool isRead, const QByteArray &image)
     {
         mIsDecoded = !kSearchesImage;
@@ -43,7 +44,7 @@ public:
         return mEntries;
     }
 
-    /// The first entry that is not wholly before the stamp.
+    /// The index of the first entry that is not entirely before the stamp.
     int lowerBound(const TimeStamp &probe) const
     {
         int first = 0;
@@ -61,7 +62,7 @@ private:
 
     QByteArray mImage;
     QVector<Entry> mEntries;
-    bool mIsDecoded = true; ///< else the entries are in the image
+    bool mIsDecoded = true; ///< entries are in mEntries; else in mImage
 };
 
 namespace {

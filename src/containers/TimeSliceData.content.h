@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-/// A slice in memory. It begins as its image, whose bytes it shares with the block store: one value
-/// read costs one value. Values and missing ids are decoded apart, each when somebody first needs
-/// them whole, and both before a change.
+/// The content of a slice in memory. At first it is the block's image, whose bytes are shared with
+/// the block store, so that reading one number decodes one number. Values and missing ids are
+/// decoded separately, when all of them are first needed; those that change are decoded before the
+/// change.
 #pragma once
 #include <QBitArray>
 #include "Common/detail/failure.h"
@@ -16,7 +17,8 @@ public:
     {
     }
 
-    /// Numbers that cannot be read are an empty slice; strings must not be.
+    /// A slice of numbers that cannot be read becomes empty. One of strings raises, also when it is
+    /// empty.
     void restore(bool isRead, const QByteArray &image)
     {
         mHasValues = mHasMissing = false;
@@ -40,7 +42,8 @@ public:
             return T();
         return mHasValues ? mValues.at(object) : mImage.value(object);
     }
-    /// Asked of many objects: the ids of the image are spread out into bits at the first time.
+    /// The first call converts the ids of the image to bits, since most callers ask for many
+    /// objects.
     bool isMissing(int object) const
     {
         if (mHasMissing)
@@ -80,7 +83,7 @@ private:
     datainterface::SliceImage<T> mImage;
     QVector<T> mValues;
     QSet<int> mMissing;
-    mutable QBitArray mMissingBits; ///< by object; empty until they are asked for
-    bool mHasValues = false;        ///< else they are in the image
-    bool mHasMissing = false;
+    mutable QBitArray mMissingBits; ///< by object; empty until first needed
+    bool mHasValues = false;        ///< values are in mValues; else in mImage
+    bool mHasMissing = false;       ///< missing ids are in mMissing; else in mImage
 };

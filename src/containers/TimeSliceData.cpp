@@ -38,7 +38,7 @@ template <class T> T TimeSliceData<T>::GetValue(int object) const
 {
     const CheckedOut<TimeSliceData> hold(*this);
     if (!isRaw<T> && IsHeld())
-        mContent->values(); // finding one text means walking those before it
+        mContent->values(); // decoded once: finding one text in the image walks all before it
     return mContent->value(object);
 }
 
@@ -159,13 +159,14 @@ template <class T> const QSet<int> &TimeSliceData<T>::MissingIds() const
     return mContent->missing();
 }
 
-// Inside an operation: whether somebody else has the slice checked out. He will ask again, and what
-// is decoded for one question serves the next.
+// Whether a caller has the slice checked out, besides the operation that asks. More reads are
+// likely then, so decoding all values pays.
 template <class T> bool TimeSliceData<T>::IsHeld() const
 {
     return this->mCheckOutCount > 1;
 }
 
+// Every change of values or missing ids invalidates the shape that slicePeek has found.
 template <class T> void TimeSliceData<T>::Changed()
 {
     this->mDirty = true;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Reading and writing the fields of a block image by pointer, without a stream's cost for every
+/// Reads and writes the fields of a block image by pointer, without the cost of a stream for every
 /// element.
 #pragma once
 #include <QByteArray>
@@ -14,7 +14,8 @@ namespace datainterface {
 
 constexpr quint32 kNullText = 0xffffffffU;
 
-/// Walks an image. Once a read passes the end, ok() is false and every later read gives 0.
+/// Reads an image from front to back. After a read beyond the end, ok() is false and every later
+/// read returns 0.
 class ImageReader {
 public:
     static constexpr qint64 kMinTextBytes = 4;
@@ -34,8 +35,8 @@ public:
         return from ? qFromBigEndian<T>(from) : T(0);
     }
 
-    /// A count of elements of at least `minElementBytes` each; 0, and no longer ok, when they
-    /// cannot all be there.
+    /// A count of elements of at least `minElementBytes` each; 0, with ok() false, when the image
+    /// is too short for them.
     int count(qint64 minElementBytes)
     {
         const auto n = integer<qint32>();
@@ -87,10 +88,10 @@ private:
     bool mOk = true;
 };
 
-/// Fills an image whose size is known.
+/// Writes an image, whose size must be known, from front to back.
 class ImageWriter {
 public:
-    /// Raises "size" when it is more than one array holds.
+    /// Raises "size" when one array cannot hold `size` bytes.
     explicit ImageWriter(qint64 size)
     {
         require(size <= std::numeric_limits<int>::max() - 64, "size");
@@ -106,7 +107,7 @@ public:
         mTo += sizeof(T);
     }
 
-    /// @return where the bytes went.
+    /// @return the address of the bytes in the image.
     char *raw(const void *from, qint64 bytes)
     {
         char *to = mTo;

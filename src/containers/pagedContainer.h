@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
-/// Between block and memory: what a slice and a series do alike. Their Content restores itself from
-/// an image, and raises what is to be said of one that cannot be read; it encodes itself, and
-/// raises what may not be stored.
+/// Paging between block and memory, which slices and series share. Container::Content has
+/// restore(), which reads an image and raises the container's own text for one that cannot be read,
+/// and encode(), which raises for content that must not be stored.
+///
+/// State of a container: mContent is null while it is paged out. It is in memory while the
+/// container is checked out, while its change is pending (PendingWrite), and after a write-back has
+/// failed; mDirty tells that it is newer than the block.
 #pragma once
 #include "Common/DataManager.h"
 #include "Common/detail/pendingWrite.h"
@@ -17,7 +21,8 @@ template <class Container> PagedContainer<Container>::~PagedContainer()
 
 template <class Container> void PagedContainer<Container>::CheckOut() const
 {
-    // Content that could not be written back is still here, and newer than the block.
+    // Content that is pending or could not be written back is still in memory and newer than the
+    // block.
     if (!self().mContent)
         PageIn();
     ++mCheckOutCount;
@@ -55,7 +60,7 @@ template <class Container> void PagedContainer<Container>::PageIn() const
     mDirty = false;
 }
 
-// Nothing is let go of before the store has taken the image.
+// The content is released only after the store has accepted the image.
 template <class Container> void PagedContainer<Container>::PageOut() const
 {
     const QByteArray image = self().mContent->encode();

@@ -9,8 +9,8 @@ namespace datainterface {
 namespace {
 
 constexpr int kHeadBytes = 4;
-constexpr qint64 kTimeBytes = 8 + 8 + 4 + 4; // of an entry of strings
-constexpr qint64 kEntryBytes = 32;           // of a raw entry
+constexpr qint64 kTimeBytes = 8 + 8 + 4 + 4; // of an entry of strings, without the text
+constexpr qint64 kEntryBytes = 32;           // of a raw entry; the offsets below are in it
 constexpr int kFlagsAt = 16;
 constexpr int kGapAt = 18;
 constexpr int kValueAt = 24;
@@ -21,7 +21,7 @@ template <class T> constexpr qint64 minEntryBytes()
     return isRawEntry<T> ? kEntryBytes : kTimeBytes + ImageReader::kMinTextBytes;
 }
 
-template <class T> constexpr bool liesAsWritten()
+template <class T> constexpr bool hasFileLayout()
 {
     using Entry = TimeSeriesEntry<T>;
     return std::is_trivially_copyable_v<Entry> && sizeof(Entry) == kEntryBytes
@@ -29,10 +29,10 @@ template <class T> constexpr bool liesAsWritten()
            && offsetof(TimeStamp, endTime) == 8 && offsetof(TimeStamp, inclusiveStart) == kFlagsAt
            && offsetof(TimeStamp, inclusiveEnd) == kFlagsAt + 1;
 }
-static_assert(liesAsWritten<int>() && liesAsWritten<double>(),
-              "entries are written as they lie in memory");
+static_assert(hasFileLayout<int>() && hasFileLayout<double>(),
+              "entries are written as they are in memory");
 
-// A flag byte of a foreign image may hold anything; a bool may not.
+// A flag byte of a foreign image may have any value, a bool only 0 and 1.
 void settleFlags(void *entry)
 {
     unsigned char *flags = static_cast<unsigned char *>(entry) + kFlagsAt;
@@ -40,7 +40,8 @@ void settleFlags(void *entry)
     flags[1] = flags[1] != 0;
 }
 
-// What the gaps hold in memory is left to chance; equal histories must be equal bytes.
+// The padding of an entry is indeterminate in memory. It is cleared so that equal entries give
+// equal bytes.
 template <class T> void clearGaps(char *entry)
 {
     std::memset(entry + kGapAt, 0, kValueAt - kGapAt);

@@ -1,11 +1,19 @@
 // SPDX-License-Identifier: MIT
-/// The bytes of a time series' block. They are file format:
+/// The bytes of a time series' block, which are part of the file format. Entries ascend in time.
 ///
-///   of numbers   int32 n, n entries raw, 32 bytes each
-///   of strings   int32 n, n times: int64 start, int64 end, int32 and int32 inclusive flags, text
+///     series of numbers             series of strings
+///     0   int32 n                   0   int32 n
+///     4   n raw entries             4   n entries of variable length
 ///
-/// A raw entry is little-endian memory: start, end, two flag bytes, six zero bytes, and eight bytes
-/// of value, an int in the first four of them. All else is as in a slice's image.
+///     raw entry, 32 bytes, as in memory      entry of strings, all big-endian
+///      0  int64 start                         0  int64 start
+///      8  int64 end                           8  int64 end
+///     16  uint8 start inclusive              16  int32 start inclusive
+///     17  uint8 end inclusive                20  int32 end inclusive
+///     18  6 zero bytes                       24  text
+///     24  double, or int and 4 zero bytes
+///
+/// Integers outside of raw entries are big-endian; a text is as in a slice's image (sliceImage.h).
 #pragma once
 #include <QByteArray>
 #include <QVector>
@@ -19,7 +27,8 @@ template <class T> struct SeriesImage {
 
     /// False, with `entries` empty, when the image is cut short or its count is impossible.
     static bool decode(const QByteArray &image, QVector<Entry> &entries);
-    /// The gaps of the entries come out as zeros. Raises "size" beyond what one array holds.
+    /// The padding of entries is written as zeros. Raises "size" when one array cannot hold the
+    /// image.
     static QByteArray encode(const QVector<Entry> &entries);
 
     /// The number of raw entries, 0 when the image is cut short. Numbers only.

@@ -112,7 +112,7 @@ template <class T> T SliceImage<T>::value(int object) const
     }
 }
 
-// The order of the ids is not relied on: other writers leave them in that of a hash.
+// The ids can be in any order: other writers store them in the order of a hash table.
 template <class T> bool SliceImage<T>::isMissing(int object) const
 {
     const qint32 wanted = qToBigEndian(qint32(object));

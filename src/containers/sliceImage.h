@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: MIT
-/// The bytes of a time slice's block. They are file format:
+/// The bytes of a time slice's block, which are part of the file format.
 ///
-///   of numbers   int32 n, n numbers raw, int32 m, m missing ids as int32
-///   of strings   int32 n, n texts, int32 m, m missing ids as int32
+///     slice of numbers of w bytes      slice of strings
+///     0          int32 n               int32 n, above 0
+///     4          n numbers, raw        n texts
+///     4 + n w    int32 m               int32 m
+///     8 + n w    m int32 missing ids   m int32 missing ids
 ///
-/// Integers are big-endian; "raw" is the machine's little-endian memory in one copy. A text is its
-/// length in bytes (0xFFFFFFFF: null) and UTF-16, big-endian.
+/// Value i belongs to object i. Missing objects have a value too, which has no meaning. Integers
+/// are big-endian; raw numbers are little-endian, as in memory. A text is its length in bytes as
+/// uint32 (0xFFFFFFFF: null) and then UTF-16, big-endian. This version writes the missing ids in
+/// ascending order; a reader accepts any order.
 #pragma once
 #include <QBitArray>
 #include <QByteArray>
@@ -17,33 +22,33 @@
 
 namespace datainterface {
 
-/// Whether values lie in an image as they lie in memory.
+/// Whether the values of an image have the form that they have in memory.
 template <class T> constexpr bool isRaw = std::is_arithmetic_v<T>;
 
-/// A slice's image, read in place. It shares its bytes with the block store. T is int, double or
-/// QString.
+/// A slice's image, which is read in place and shares its bytes with the block store. T is int,
+/// double or QString.
 template <class T> class SliceImage {
 public:
-    /// False, and empty, when the image is cut short or a count is impossible. Strings are walked
-    /// once.
+    /// False, with an empty slice, when the image is cut short or a count is impossible. The texts
+    /// of a slice of strings are walked once to find the missing ids.
     bool assign(const QByteArray &bytes);
-    /// Missing ids are written in ascending order. Raises "size" beyond what one array holds.
+    /// Writes missing ids in ascending order. Raises "size" when one array cannot hold the image.
     static QByteArray encode(const QVector<T> &values, const QSet<int> &missing);
 
     /// Empty when there is no image.
     const QByteArray &bytes() const { return mBytes; }
     int count() const { return mCount; }
     int missingCount() const { return mMissingCount; }
-    /// 0 <= object < count(); the others are not decoded.
+    /// Decodes one value; 0 <= object < count().
     T value(int object) const;
     bool isMissing(int object) const;
-    /// One bit for each value; ids of others are left out.
+    /// One bit for each value; ids out of range are left out.
     QBitArray missingBits() const;
     QVector<T> values() const;
     QSet<int> missing() const;
-    /// The values where they lie; null when they are not raw or not aligned.
+    /// The values in the image; null when they are not raw or not aligned.
     const T *valuesInPlace() const;
-    /// Lets go of the values, once they are held elsewhere.
+    /// Removes the values from the image, after they were decoded.
     void dropValues();
 
 private:
@@ -53,7 +58,7 @@ private:
     int mMissingAt = 0; ///< offset of the missing ids
 };
 
-/// The image of a slice of texts that lie elsewhere.
+/// The image of a slice of texts that are given as views.
 QByteArray encodeTextSlice(const QVector<QStringView> &texts, const QSet<int> &missing);
 
 extern template class SliceImage<int>;

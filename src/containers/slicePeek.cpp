@@ -1,7 +1,15 @@
 // SPDX-License-Identifier: MIT
-// The image is count, values, missing count, missing ids (see sliceImage.h). With both counts
-// known, the place of the value and that of the ids are known, and a slice without missing objects
-// is read in one step.
+// A slice of n numbers of w bytes with m missing objects (sliceImage.h) and the parts that are
+// read:
+//
+//     0          n                 shape, once: the block's size must be 8 + n w + 4 m
+//     4 + i w    value of object i
+//     4 + n w    m                 shape, once
+//     8 + n w    missing ids       if m > 0, for a bisection; all of them, at most kMaxListedIds
+//
+// The shape (n, m, whether the ids ascend) is kept with the slice until it changes. With a known
+// shape a slice without missing objects is read in one step. An image whose ids do not ascend, or
+// that has too many of them to read from the file, is left to a full page-in.
 #include "containers/slicePeek.h"
 #include <QtEndian>
 #include <algorithm>
@@ -12,10 +20,11 @@ namespace datainterface {
 namespace {
 
 constexpr int kCountBytes = 4;
-// A longer list of missing ids is not read on its own: the whole slice is hardly more.
+// A longer list of missing ids is not read from the file on its own: reading the whole slice takes
+// hardly longer.
 constexpr int kMaxListedIds = 1024;
 
-/// The bytes of one block, where they lie or a piece at a time.
+/// The bytes of one block: in the cache, else read piece by piece from the file.
 class BlockPieces {
 public:
     BlockPieces(const BlockReading &store, int id, int size)
@@ -23,7 +32,8 @@ public:
     {
     }
 
-    /// `count` bytes; null when they are not to be had.
+    /// `count` bytes from offset `place` on, in the cache or copied to `buffer`; null when the
+    /// store refuses to read a piece.
     const char *at(int place, int count, char *buffer) const
     {
         if (mInPlace)
@@ -90,8 +100,7 @@ const char *readIds(const BlockPieces &block, int place, int count, IdBuffer &bu
     return isShort ? block.at(place, 4 * count, buffer.data()) : nullptr;
 }
 
-// False for an image that is not exactly what its counts say, and for one whose bytes are not to be
-// had.
+// False for an image whose size does not follow from its counts, and when its bytes cannot be read.
 template <class T> bool findShape(const BlockPieces &block, int size, SliceShape &shape)
 {
     std::array<char, kCountBytes> buffer;

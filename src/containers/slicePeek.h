@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// One number of a slice that nobody holds, without its other numbers.
+/// Reads one number of a slice that is not in memory, without the other numbers.
 #pragma once
 #include <type_traits>
 #include "Common/DataManager.h"
@@ -7,23 +7,25 @@
 
 namespace datainterface {
 
-/// Unknown: not to be told so; page the slice in.
+/// Value: read. NoValue: the object is missing or out of range. Unknown: the slice must be paged in
+/// to find out.
 enum class Peek { Value, NoValue, Unknown };
 
-/// Where the value of an object lies in a slice's image. T is int or double.
+/// The offset of an object's value in a slice's image. T is int or double.
 template <class T> constexpr int placeOfValue(int object)
 {
     return 4 + object * static_cast<int>(sizeof(T));
 }
 
-/// Reads the object's value out of the block, where that lies in the cache, or a few bytes of it
-/// out of the scratch file. `shape` is the block's; it is found out when it is not known yet.
+/// Reads the object's value from the block in the cache, else by reading a few bytes of it from the
+/// scratch file.
+/// @param shape  of the block; found here, and set, when it is not known (count -1).
 template <class T>
 Peek peekValue(const BlockReading &store, int blockId, SliceShape &shape, int object, T &value);
 
 /// For reads of many slices in a row.
 struct SliceAccess {
-    /// As TimeSliceData::GetValue.
+    /// The same as TimeSliceData::GetValue, under a lock of the store that is already taken.
     template <class T>
     static bool getValue(const BlockReading &store, const TimeSliceData<T> &slice, int object,
                          T &value)
