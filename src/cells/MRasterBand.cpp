@@ -9,7 +9,7 @@ using namespace datainterface;
 
 namespace {
 
-// What QByteArray can hold beside its own header.
+// The most bytes that a QByteArray can hold; its header counts against the limit of int.
 constexpr qint64 kMaxBytes = std::numeric_limits<int>::max() - 64;
 
 qint64 lengthOf(qint64 columns, qint64 rows, int bitDepth)

@@ -41,7 +41,7 @@ MRasterObservation::MRasterObservation(const MRasterObservation &other)
 {
 }
 
-// The cells of `other` are in memory while the copy is made.
+// The HeldGrid keeps the cells of `other` in memory while the copy is made.
 MRasterObservation::MRasterObservation(const MRasterObservation &other, const HeldGrid &)
     : MRasterObservation(static_cast<const MRasterBand &>(other))
 {
@@ -109,11 +109,11 @@ void MRasterObservation::WriteData() const
     mDirty = false;
 }
 
-// A block of another size would be read beyond its end: the header and the block come from
-// different parts of a file.
+// The header and the block come from different parts of a file. A block that is too short for the
+// header's dimensions is refused, because readers would read beyond its end.
 void MRasterObservation::ReadData() const
 {
-    // Changes that could not be written back are still here.
+    // Changes that could not be written back are still in memory.
     if (mDirty && !mData.isEmpty())
         return;
     const bool isRead =
@@ -156,8 +156,8 @@ bool MRasterObservation::holdsIndex(int index) const
     return index >= 0 && index < CellCount();
 }
 
-// The bytes are shared with the store's cache until the first write. Pointers that were handed out
-// before stay good until the last check-in.
+// The bytes are shared with the store's cache until the first write. mReadCells then keeps the old
+// bytes, so that pointers handed out before the write stay valid until the last check-in.
 char *MRasterObservation::writableCells()
 {
     if (!mData.isDetached())

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Readers are one lambda over cells each; which cells stands outside of it.
+// Each reader is one generic lambda over cells; the dispatch by type and depth is outside of it.
 #include "datainterface/MRasterObservation.h"
 #include <cmath>
 #include <limits>
@@ -11,7 +11,7 @@ using namespace datainterface;
 
 namespace {
 
-/// One cell into `value`, converted by `convert`; false for a missing one.
+/// Reads one cell into `value`, converted by `convert`; false for a missing cell.
 template <class Cells, class Value, class Convert>
 bool readCell(const Cells &cells, int index, const MissingFlag &flag, Value &value, Convert convert)
 {
@@ -22,11 +22,12 @@ bool readCell(const Cells &cells, int index, const MissingFlag &flag, Value &val
     return true;
 }
 
-/// Whether a cell is a number, whatever the types: no conversion makes two different numbers one.
-template <class T, class Number> bool isNumber(T cell, Number number)
+/// Whether a cell equals a number. Integers are compared exactly, whatever their signedness; if
+/// either one is a decimal, both are compared as doubles, which merges integers beyond 2^53.
+template <class T, class Number> bool equalsNumber(T cell, Number number)
 {
     if constexpr (std::is_same_v<T, half>)
-        return isNumber(static_cast<float>(cell), number);
+        return equalsNumber(static_cast<float>(cell), number);
     else if constexpr (std::is_integral_v<T> && std::is_integral_v<Number>)
         return (std::is_signed_v<T> && cell < T(0))
                    == (std::is_signed_v<Number> && number < Number(0))
@@ -35,7 +36,7 @@ template <class T, class Number> bool isNumber(T cell, Number number)
         return static_cast<double>(cell) == static_cast<double>(number);
 }
 
-/// The number as a cell; false when no cell of the type can hold it.
+/// Converts the number to a cell; false when no cell of the type is equal to it.
 template <class T, class Number> bool asCell(Number number, T &cell)
 {
     if constexpr (std::is_same_v<T, half>) {
@@ -49,7 +50,7 @@ template <class T, class Number> bool asCell(Number number, T &cell)
     } else {
         cell = static_cast<T>(number);
     }
-    return isNumber(cell, number);
+    return equalsNumber(cell, number);
 }
 
 template <class Number> int tally(const MRasterObservation &grid, Number number)

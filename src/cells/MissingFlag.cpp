@@ -4,8 +4,8 @@
 
 namespace {
 
-/// How a value stands in the stream: the unsigned 8- and 16-bit forms and the half as signed
-/// integers.
+/// The type in which a value is streamed: unsigned values of 8 and 16 bits and halves are written
+/// as signed integers.
 template <class T> struct Wire {
     using type = T;
 };
@@ -37,7 +37,8 @@ template <class T> void read(QDataStream &in, T &value)
     }
 }
 
-/// Calls `visit` with the value that the code selects, if it selects one.
+/// Calls `visit` with the value that the flag's type code selects. None selects no value; an
+/// unknown code raises "Invalid data type".
 template <class Flag, class Visit> void visitValue(Flag &flag, Visit visit)
 {
     if (flag.type == MissingFlag::None)

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// How a number enters a cell of 16 bits.
+/// The conversion of a double to a cell of 16 bits.
 #pragma once
 #include <cstring>
 #include "datainterface/half.h"
 
 namespace datainterface {
 
-/// The nearest half by the high 32-bit word of the double, ties away from zero; the low word takes
-/// no part. Not a number gives 0xFE00, whatever its sign.
+/// The half that is nearest to the high 32-bit word of the double, ties away from zero; the low
+/// word is ignored. NaN gives 0xFE00, whatever its sign.
 inline half halfFromDouble(double value)
 {
     quint64 bits = 0;

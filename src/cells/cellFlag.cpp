@@ -26,7 +26,7 @@ template <class T> bool cellFrom(double value, T &cell)
     return true;
 }
 
-// The bits fit when they are those of a signed or of an unsigned number of the width.
+// Accepts every value that a signed or an unsigned integer of the cell's width can represent.
 template <class T> bool cellFrom(qint64 value, T &cell)
 {
     if constexpr (std::is_integral_v<T>) {
@@ -54,7 +54,8 @@ template <class T, class Value> bool cellFromValue(Value value, T &cell)
     }
 }
 
-/// A cell can be read as any type of its width.
+/// A flag with all fields of the cell's width set, because a cell can be read as any type of its
+/// width.
 template <class T> MissingFlag flagOfBits(T cell)
 {
     MissingFlag flag(cell);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// A missing flag in the width of a dataset's cells.
+/// The conversion of a missing flag to the type of a dataset's cells.
 #pragma once
 #include "datainterface/MissingFlag.h"
 
 namespace datainterface {
 
-/// `flag` itself where it has the cells' width. One of another width becomes the cell that holds
-/// the same value (decimals rounded; integers by their bits, so that all bits set is all bits set);
-/// not set when there is no such cell.
+/// The flag for cells of the given type and depth. A value of another type is converted: decimals
+/// are rounded to the precision of decimal cells, and integers keep their bits, so that all bits
+/// set stays all bits set. The result is not set when no cell holds the value.
 MissingFlag cellFlag(const MissingFlag &flag, int type, int bitDepth);
 
 } // namespace datainterface

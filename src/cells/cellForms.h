@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The one description of raster cells: which type code and depth stands for which C++ type.
-/// Readers, tallies, statistics and frequencies are generic lambdas over it; the dispatch stands
-/// outside their loops.
+/// The forms of raster cells: the C++ type for each type code and bit depth. Readers, tallies,
+/// statistics and frequencies are generic lambdas over it, with the dispatch outside their loops.
 #pragma once
 #include <QtGlobal>
 #include <tuple>
@@ -15,7 +14,7 @@ namespace datainterface {
 
 constexpr int kUnsignedCells = RasterUnsignedType | RasterCellType;
 
-/// @tparam Codes  the type codes that are cells of this kind, one bit each.
+/// @tparam Codes  the type codes of this form, one bit each.
 template <int Codes, int Bits, class T> struct CellForm {
     using type = T;
     static constexpr bool holds(int code, int bits)
@@ -45,8 +44,9 @@ inline bool isCellForm(int code, int bits)
     return BitForm::holds(code, bits) || visitCellForm(code, bits, [](auto) {});
 }
 
-/// Cells of one bit as every reader sees them: one bit of the byte, the same for all cells of a
-/// grid.
+/// Cells of one bit. Cell i is bit `Columns() % 8` of byte i / 8, the same bit for all cells of a
+/// grid, so that eight consecutive cells share a value. Files hold grids that were made for this
+/// reader.
 class BitCells {
 public:
     explicit BitCells(const MRasterBand &band)
@@ -64,8 +64,8 @@ private:
 };
 template <class Cells> using ValueOf = std::decay_t<decltype(std::declval<const Cells &>()[0])>;
 
-/// Calls `visit` with the cells, by type and depth, of a grid that has them in memory; false: no
-/// such form.
+/// Calls `visit` with the cells of a grid that has them in memory, as the type that follows from
+/// type code and depth. @return false when there is no such form.
 template <class Visit> bool visitCells(const MRasterBand &band, Visit visit)
 {
     if (BitForm::holds(band.Type(), band.BitDepth())) {
@@ -76,8 +76,8 @@ template <class Visit> bool visitCells(const MRasterBand &band, Visit visit)
                          [&](auto form) { visit(band.cells<CellOf<decltype(form)>>()); });
 }
 
-/// Calls `visit` with the cells as the first of `Types` whose width is the depth, whatever the
-/// type; false: none.
+/// Calls `visit` with the cells as the first of `Types` whose width is the depth; the type code is
+/// not looked at. @return false when no type has this width.
 template <class... Types, class Visit> bool visitWidth(const MRasterBand &band, Visit visit)
 {
     const auto tryWidth = [&](auto cell) {
@@ -99,7 +99,7 @@ template <class Visit> bool visitDecimalWidth(const MRasterBand &band, Visit vis
     return visitWidth<half, float, double>(band, visit);
 }
 
-/// What a flag says of cells of one kind. Cells of one bit are never missing.
+/// Tests cells of one form against a missing flag. Cells of one bit are never missing.
 template <class Cells> class CellTest {
     using T = ValueOf<Cells>;
 
@@ -110,9 +110,9 @@ public:
         if (mIsSet)
             mValue = flag.field<T>();
     }
-    /// Without a flag nothing is missing: loops without the test can run.
+    /// False when no cell can be missing; loops then run without the test.
     bool isSet() const { return mIsSet; }
-    /// With a flag set.
+    /// Whether the value is the flag's. Only if isSet().
     bool equals(T value) const
     {
         if constexpr (std::is_same_v<T, half>)
@@ -127,7 +127,7 @@ private:
     T mValue{};
 };
 
-/// Calls `visit(index)` for the missing ones of `count` cells, ascending.
+/// Calls `visit(index)` for each missing cell of the first `count`, in ascending order.
 template <class Cells, class Visit>
 void visitMissing(const Cells &cells, int count, const CellTest<Cells> &test, Visit visit)
 {
@@ -136,7 +136,7 @@ void visitMissing(const Cells &cells, int count, const CellTest<Cells> &test, Vi
             visit(i);
     }
 }
-/// The same for a grid that has its cells in memory; false: no such form.
+/// The same for a grid that has its cells in memory. @return false when there is no such form.
 template <class Visit>
 bool visitMissingCells(const MRasterBand &band, const MissingFlag &flag, Visit visit)
 {

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// Counting the cells of whole grids.
+/// Counts the cells of whole grids by value.
 ///
-/// An ordered map takes a dozen cache misses for a cell. Cells of up to 16 bits are counted in a
-/// table of all patterns; wider ones are hashed (open addressing, at most half full), and the
-/// counts become a map in the end.
+/// An ordered map would cost a dozen cache misses for each cell. Cells of up to 16 bits are counted
+/// in a table of all patterns. Wider ones are counted in a hash table with linear probing that is
+/// at most half full. Either table is converted to a map at the end.
 ///
-/// FrequencyIndex of the vector datasets is another table for other needs: it starts from the keys
-/// of an ordered table, counts up or down, and stops taking keys where that table does. This one
-/// starts empty, grows with the cells and marks its free slots by a pattern, which spares a test.
+/// FrequencyIndex of the vector datasets is a separate table, because it starts from the keys of an
+/// ordered table, counts up and down, and stops taking new keys where that table does. The table
+/// here starts empty, grows with the cells and marks free slots by a reserved pattern.
 #pragma once
 #include <algorithm>
 #include <cmath>
@@ -20,7 +20,8 @@
 
 namespace datainterface {
 
-/// The bits under which a value is counted. All NaN are one, and both zeros.
+/// The bits under which a value is counted. All NaNs have the same bits, and so have both zeros; a
+/// half is counted by its own bits.
 template <class T> auto patternOf(T value)
 {
     if constexpr (std::is_same_v<T, half>) {
@@ -42,8 +43,9 @@ template <class T, class Pattern> T valueOf(Pattern pattern)
     return value;
 }
 
-/// For patterns of up to 16 bits. Neighbouring cells are often equal, so that they are counted in
-/// turns: one counter would wait for its own last step.
+/// For patterns of up to 16 bits. Each pattern has kLanes counters, which are used in turn:
+/// neighbouring cells are often equal, and successive increments of one counter would wait for each
+/// other.
 template <class Pattern> class PatternTable {
 public:
     PatternTable() : mCounts(kLanes << (8 * sizeof(Pattern))) {}
@@ -71,7 +73,8 @@ private:
     std::size_t mLane = 0;
 };
 
-/// For wider patterns. A pattern of its own value marks free slots and is counted apart.
+/// For wider patterns. One reserved pattern marks free slots; cells that have it are counted in
+/// mFreeCount.
 template <class Pattern> class PatternHash {
 public:
     PatternHash() : mSlots(1024) {}
@@ -92,7 +95,7 @@ public:
         }
         ++slot.count;
     }
-    /// `visit(pattern, count)` in no order.
+    /// `visit(pattern, count)`, in no particular order.
     template <class Visit> void visit(Visit visit) const
     {
         for (const Slot &slot : mSlots) {
@@ -136,7 +139,7 @@ private:
     int mFreeCount = 0;
 };
 
-/// Counts cells of one type; `finish` makes them a map.
+/// Counts cells of one type; `finish` converts the counts to a map.
 template <class T> class CellTally {
 public:
     void count(T value) { mTable.count(patternOf(value)); }
