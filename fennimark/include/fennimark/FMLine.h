@@ -8,7 +8,7 @@
 /// Open curves of straight segments.
 class FENNIMARK_EXPORT FMLine : public FMObject {
 public:
-    /// One vector of vertices a part, kept exactly as given.
+    /// @param parts  one vector of vertices for each part; the vertices are kept exactly as given.
     explicit FMLine(const QList<QVector<QPointF>> &parts);
     FMLine(const FMLine &other) = default;
     ~FMLine() override;

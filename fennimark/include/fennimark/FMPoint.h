@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// A place.
+/// A point object.
 #pragma once
 #include "fennimark/FMObject.h"
 

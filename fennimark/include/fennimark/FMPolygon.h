@@ -8,15 +8,16 @@
 #include <QVector>
 #include "fennimark/FMObject.h"
 
-/// The area is the even-odd set of the rings together with the rings themselves. The depth to which
-/// a ring is nested makes it a shell or a hole; ring directions, their order and closing vertices
-/// have no meaning. Rings are kept exactly as given.
+/// The area is the even-odd set of the rings together with the rings themselves. Whether a ring is
+/// a shell or a hole follows from its nesting depth. The directions of the rings, their order and
+/// closing vertices have no meaning. Rings are kept exactly as given.
 class FENNIMARK_EXPORT FMPolygon : public FMObject {
 public:
     explicit FMPolygon(const QVector<QPointF> &ring);
     /// @param rings  any order and direction; a ring may repeat its first vertex at its end.
     /// @param form   0: even-odd. 1: the rings are known to form a valid multipolygon of
-    /// counter-clockwise shells, each followed by its clockwise holes. Any other number counts as 0.
+    /// counter-clockwise shells, each followed by its clockwise holes; this is not checked. Any
+    /// other number counts as 0.
     explicit FMPolygon(const QList<QPolygonF> &rings, int form = 0);
     FMPolygon(const FMPolygon &other) = default;
     ~FMPolygon() override;
@@ -26,56 +27,57 @@ public:
     /// True when the rings form a valid multipolygon (OGC simple features) of finite area above 0.
     /// GetUnion and GetIntersection accept no other polygons.
     bool IsSimple() const;
-    /// Squared map units; of a polygon that is not simple, the area of its even-odd set.
+    /// In squared map units. For a polygon that is not simple: the area of its even-odd set.
     virtual double GetArea() const;
 
-    /// Points drawn uniformly from the area.
+    /// Random points, uniformly distributed over the area.
     /// @param deviate  returns uniform numbers in [0, 1).
-    /// @return `count` points; fewer, possibly none, when the function is null, when the area is 0,
-    /// and when 10,000 tries have not found one point.
+    /// @return `count` points. None when `deviate` is null, when the area is 0, and when `count` is
+    /// below 1 or more than one vector holds; fewer when 10,000 tries find no further point.
     QVector<QPointF> GetRandomPoints(double (*deviate)(void), int count) const;
 
-    /// The union or the intersection of all polygons as closed rings: counter-clockwise shells, each
-    /// followed by its clockwise holes. The caller owns the result. Null for an empty list, for an
-    /// input that is null or not simple, and for an intersection without area.
+    /// The union or the intersection of all polygons, as closed rings: counter-clockwise shells,
+    /// each followed by its clockwise holes. The caller owns the result. Null for an empty list,
+    /// for a polygon that is null or not simple, and for an intersection without area.
     static FMPolygon *GetUnion(QVector<const FMPolygon *> &polygons);
     static FMPolygon *GetIntersection(QVector<const FMPolygon *> &polygons);
-    /// Appends simple polygons of one shell each whose union is the even-odd set of this polygon, or
-    /// a copy when this polygon is simple. The caller owns them. False when there is no area.
+    /// Appends simple polygons of one shell each, whose union is the even-odd set of this polygon.
+    /// For a simple polygon it appends one copy instead. The caller owns the new polygons. False
+    /// when there is no area.
     bool Decompose(QVector<const FMPolygon *> &pieces) const;
 
-    /// Where the boundaries run together: within 8 ulp of the pair's largest coordinate, or within
-    /// the geography's tolerance where that is wider. A stretch along which a ring runs several times
-    /// counts once, so both polygons of a pair give the same length and the same pieces. The border
-    /// with itself is the perimeter.
-    /// @param edges  when not null, takes the pieces in this polygon's direction.
+    /// The common border: where the two boundaries are no farther apart than 8 ulp of the pair's
+    /// largest coordinate or, when it is larger, the geography's tolerance. A stretch that a ring
+    /// passes several times counts once, so both polygons of a pair give the same length and the
+    /// same pieces. The border of a polygon with itself is its perimeter.
+    /// @param edges  when not null, receives the pieces in this polygon's direction.
     /// @return the length of all pieces, in map units.
     double GetBorderEdges(const FMPolygon &other, QList<QLineF> *edges) const;
-    /// Whether the boundaries meet within the same slack. With `queen` any common place is enough;
-    /// without it (rook) they have to share a piece longer than four times the slack. Vertices inside
-    /// edges and crossing boundaries count; containment without contact does not.
+    /// Whether the boundaries meet within the same slack. With `queen` one common point is enough;
+    /// without it (rook) they must share a piece longer than four times the slack. A vertex inside
+    /// an edge and crossing boundaries count; containment without contact does not.
     virtual bool BordersPolygon(const FMPolygon &other, bool queen) const;
 
     bool GetCentroid(double &x, double &y) const override;
-    /// No point of the argument is outside; the boundary counts as inside, here and below.
+    /// Whether no point of the argument is outside. The boundary counts as inside, here and below.
     bool ContainsPoint(double x, double y) const override;
     bool ContainsPoint(const QPointF &point) const;
-    /// The same of a line.
+    /// The same for a line.
     bool ContainsLine(const FMLine &line) const;
-    /// The same of a polygon.
+    /// The same for a polygon.
     bool ContainsPolygon(const FMPolygon &polygon) const;
-    /// The same of any object.
+    /// The same for any object.
     bool Contains(const FMObject &object) const;
 
-    /// The cells whose centres satisfy ContainsPoint, column after column. Centres are at
-    /// ((column + 0.5) * cellWidth + left, top - (row + 0.5) * cellHeight): rows count down from
-    /// the top.
+    /// The cells whose centres satisfy ContainsPoint, column after column. Rows count down from the
+    /// top: the centre of a cell is at
+    /// ((column + 0.5) * cellWidth + left, top - (row + 0.5) * cellHeight).
     void ContainedCenters(const FMGrid &grid, const FMGridWindow &window,
                           QVector<QPair<unsigned int, unsigned int>> &cells) const;
-    /// The cells that share area with the polygon and how much, column after column; at most 1e-12
-    /// of a cell counts as none, and a cell that no edge enters has exactly its whole area. Rows
-    /// count up from the bottom: cell (column, row) begins at (column * cellWidth + left, row *
-    /// cellHeight + bottom).
+    /// The cells that share area with the polygon, each with the shared area, column after column.
+    /// At most 1e-12 of a cell counts as none. A cell inside that no edge enters has exactly its
+    /// whole area. Rows count up from the bottom: the lower left corner of a cell is at
+    /// (column * cellWidth + left, row * cellHeight + bottom).
     void CellAreas(const FMGrid &grid, const FMGridWindow &window,
                    QVector<FMCellArea> &cells) const;
 

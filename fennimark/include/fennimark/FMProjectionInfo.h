@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-/// What a geography knows of its coordinate system: names and units. Nothing is projected here.
+/// The coordinate system of a geography: names and units. Nothing is projected here.
 #pragma once
 #include <QByteArray>
 #include <QString>
 #include "fennimark/export.h"
 
-/// A plain value.
+/// A plain value: copies are independent.
 class FENNIMARK_EXPORT FMProjectionInfo {
 public:
     FMProjectionInfo();
@@ -18,19 +18,20 @@ public:
     QString GetGeographicCSName() const { return mGeographicCSName; }
     QString GetLinUnitName() const { return mLinUnitName; }
     QString GetAngUnitName() const { return mAngUnitName; }
-    /// The text that the names were read from; empty when there was none.
+    /// The well-known text that the names were read from; empty when there was none.
     QString GetWkt() const { return mWkt; }
 
     /// Reads names and units from well-known text of a coordinate system, form 1 or 2 (ISO 19162),
-    /// projected, geographic, compound or bound. At most 1 MiB and 64 levels.
-    /// @return false, with `info` unchanged, for text that is no well-formed coordinate system of
-    /// these kinds.
+    /// projected, geographic, compound or bound. At most 2^20 characters and 64 levels.
+    /// @return false, with `info` unchanged, when the text is not a well-formed coordinate system
+    /// of one of these kinds.
     static bool FromWkt(const QString &wkt, FMProjectionInfo &info);
 
-    /// The form kept in geometry files: UTF-8, the four names and the unit code on a line each,
-    /// then the text.
+    /// The form stored in geometry files: UTF-8, the four names and the unit code on one line each,
+    /// then the well-known text.
     QByteArray ToUtf8() const;
-    /// @return false, with `info` unchanged, for bytes that ToUtf8 cannot have written.
+    /// Reads the form that ToUtf8 writes, at most 4 MiB.
+    /// @return false, with `info` unchanged, when ToUtf8 cannot have written the bytes.
     static bool FromUtf8(const QByteArray &bytes, FMProjectionInfo &info);
 
     /// EPSG code of the angular unit: 9101 radian, 9102 degree, 9105 grad, 0 unknown.

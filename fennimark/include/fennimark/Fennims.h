@@ -19,11 +19,12 @@ class FMObject;
 class FMProjectionInfo;
 class QDataStream;
 
-/// Queries return record ids (HilbertTree) for one time, given in the ticks of the geography.
-/// Distances are planar, in map units, and squared where a name says so; degrees are used as they
-/// are, and nothing wraps at the antimeridian. A progress callback takes a percentage and a text,
-/// where null keeps the present text. When it returns false, the operation stops and its result is
-/// false. Callbacks may be null. A Fennims must not be used from two threads at a time.
+/// Queries return the ids of records (see HilbertTree) at one time, which is given in the ticks of
+/// the geography. Distances are planar, in map units, and squared where a name says so; degrees are
+/// used as they are, and nothing wraps at the antimeridian. A progress callback receives a
+/// percentage and a text; a null text keeps the present one. When it returns false, the operation
+/// stops and returns false. Callbacks may be null. A Fennims must not be used by two threads at the
+/// same time.
 class FENNIMARK_EXPORT Fennims {
 public:
     enum GeoTypes { PointGeography = 1, PolygonGeography = 2, LineGeography = 3 };
@@ -32,51 +33,54 @@ public:
     Fennims();
     virtual ~Fennims();
 
-    /// Reads what Save or VORNBuilder::Finish wrote, in one pass and not a byte past its end mark.
-    /// False for a damaged, cut or foreign stream; this geography is then empty.
+    /// Replaces the content by what Save or VORNBuilder::Finish wrote. The stream is read in one
+    /// pass and not beyond the end mark. False for a stream that is damaged, cut short or not a
+    /// geometry file; this geography is then empty.
     virtual bool Open(QDataStream &in, Progress progress);
-    /// Writes all that is not removed. Record ids of the written form are counted anew.
+    /// Writes all chains and records that are not removed. The records get new ids in the file.
     virtual bool Save(QDataStream &out, Progress progress);
-    /// Removes and frees a chain of this geography; others are left alone. Its records can no
-    /// longer be found.
+    /// Removes a chain and its records; queries no longer find them, and `chain` must not be used
+    /// afterwards. Null and chains of other geographies are ignored.
     virtual void RemoveChain(FMObjectChain *chain);
 
-    /// The records of all objects that exist at the time, ascending by chain id. Repeated calls for
-    /// times without a change between them share one vector.
+    /// The records of all objects that exist at `time`, in ascending order of chain id. The lists
+    /// of the last 8 spans without a change are kept and shared by repeated calls.
     virtual QVector<int> GetObservationsAtTime(qint64 time);
     /// The longest span around `time` in which no observation of any object begins or ends. False,
-    /// with `range` left as it is, when nothing exists at `time`.
+    /// with `range` unchanged, when no object exists at `time`.
     virtual bool GetCommonStaticTimeStamp(qint64 time, timeRange &range);
     /// The distinct starts and ends of all observations, truncated, ascending.
     virtual QList<qint64> GetAllObjectTimes();
 
-    /// The records within `order` steps of contiguity around `record` at `time`, ascending: the
-    /// record itself too unless excluded. Excluded records drop from the result, not from the walk.
-    /// Empty for a record that is no polygon of that time.
-    /// @param queen  with true any common boundary point makes neighbours, with false only a common
-    /// border of positive length.
+    /// The records within `order` steps of contiguity around `record` at `time`, ascending. The
+    /// record itself is among them unless it is excluded. Records in `exclude` are left out of the
+    /// result, but the walk passes through them. Empty when `record` is not a polygon that exists
+    /// at `time`.
+    /// @param queen  true: polygons with a common boundary point are neighbours. false: only those
+    /// that share a piece of border, as in FMPolygon::BordersPolygon.
     virtual QVector<int> CalculatePolygonAdjacencies(int record, qint64 time, bool queen, int order,
                                                      const QSet<int> &exclude);
-    /// The same for every polygon at `time`; each has its entry in `neighbors`, also an empty one.
+    /// The same for every polygon at `time`. Each of them has an entry in `neighbors`, also when it
+    /// has no neighbour.
     virtual bool CalculatePolygonAdjacencies(bool queen, qint64 time, int order, bool includeEgo,
                                              QMap<int, QVector<int>> &neighbors, Progress progress);
-    /// For every point at `time` those no farther than `range`, by distance. Keys and hit ids are
-    /// record ids.
+    /// For every point at `time` the points no farther than `range`, in order of distance. Keys and
+    /// the ids of hits are record ids.
     virtual bool CalculatePointAdjacenciesByRange(double range, qint64 time, bool includeEgo,
                                                   QMap<int, QVector<ptTreeQueryResult>> &neighbors,
                                                   Progress progress);
-    /// For every point at `time` the `count` nearest, with all ties at the last.
+    /// For every point at `time` the `count` nearest points and all that are tied with the last.
     virtual bool
     CalculatePointAdjacenciesByNearestNeighbor(int count, qint64 time, bool includeEgo,
                                                QMap<int, QVector<ptTreeQueryResult>> &neighbors,
                                                Progress progress);
-    /// Element i: the polygons exactly i + 1 steps of contiguity away; empty sets behind the last
-    /// that can be reached.
+    /// Element i holds the polygons exactly i + 1 steps of contiguity away. The sets after the last
+    /// ring that can be reached are empty.
     virtual QVector<QSet<int>> CalculatePolygonNeighborRings(int record, qint64 time, bool queen,
                                                              int rings);
-    /// For each record of `source` the min(count, n) nearest records of this geography at `time`,
-    /// by distance and then record id; not extended by ties. A record of this geography finds
-    /// itself.
+    /// For each given record of `source` the min(count, n) nearest records of this geography at
+    /// `time`, by distance and then record id. Ties do not extend the list. A record of this
+    /// geography is among its own neighbours. Records that do not exist have no entry.
     virtual bool CalculateNearestNeighborsToObjects(HilbertTree *source,
                                                     const QVector<int> &records, qint64 time,
                                                     int count, QMap<int, QVector<int>> &neighbors,
@@ -86,12 +90,11 @@ public:
                                                   qint64 time, double range,
                                                   QMap<int, QVector<int>> &neighbors,
                                                   Progress progress);
-    /// The min(count, n) nearest records, by distance and then record id. False when there are
-    /// none.
+    /// The min(count, n) nearest records, by distance and then record id. False when there is none.
     virtual bool CalculateNearestNeighborsToPoint(const QPointF &point, qint64 time, int count,
                                                   QVector<int> &records);
-    /// Writes a geometry file of the given chains, which keep their ids. False, with no file, for
-    /// an unknown id, when writing fails, and when the callback returns false.
+    /// Writes a geometry file of the given chains, which keep their ids. False, with no new file
+    /// under `path`, for an unknown id, when writing fails, and when the callback returns false.
     /// @param path  in the local 8-bit encoding
     virtual bool CreateSubsetFromIds(const char *path, const QVector<int> &chainIds,
                                      Progress progress);
@@ -100,10 +103,10 @@ public:
     void SetName(const char *name); ///< in the local 8-bit encoding
     int GetChainCount() const;
     FMObjectChain *GetChainById(int id);
-    const FMObjectChain *GetChainById(int id) const; ///< null when there is none
+    const FMObjectChain *GetChainById(int id) const; ///< null for an unknown id, in both forms
     GeoTypes GetGeographyType() const;
-    /// The hull of all records in space and time. Of an empty geography: a zero rectangle, start 0,
-    /// end -1.
+    /// The hull of all records in space and time. For an empty geography: a zero rectangle, start
+    /// 0, end -1.
     RectInT GetBoundingRect() const;
     timeRange GetTimeBounds() const;
     FMProjectionInfo GetProjectionSettings() const;
@@ -119,18 +122,20 @@ public:
     /// Records at `time` whose geometry has a point in common with `object`.
     void ObjectQuery(const FMObject &object, qint64 time, QVector<int> &records) const;
 
-    /// Where stores above 4 MiB keep their bytes, in files without a name or deleted on close. Made
-    /// when missing. Empty, the default: the system's directory for temporary files. Holds for
-    /// stores made from then on.
+    /// Sets the directory of the scratch files in which geographies larger than 4 MiB keep their
+    /// bytes. The files have no name or are deleted on close; the directory is created when it is
+    /// missing. An empty string, the default, stands for the system's directory for temporary
+    /// files. The setting applies to files that are made afterwards.
     static void SetScratchDirectory(const QString &directory);
 
-    HilbertTree *mTree;                 ///< owned; the same object for this geography's whole life
+    HilbertTree *mTree; ///< owned; the same object during the whole life of this geography
     QMap<int, FMObjectChain *> mChains; ///< by chain id; owned
 
 protected:
-    /// Gives records that belong to no chain (those of a removed one) to a new chain. Id -1: one
-    /// above the largest. Null when the id is in use, the type is another, a record is in use, or a
-    /// range is not the record's own.
+    /// Makes a new chain of records that belong to no chain because theirs was removed. Id -1
+    /// stands for one above the largest id. Null when the id or a record is in use, when `type` is
+    /// not that of the geography, when a range is not the one of its record, and when ranges
+    /// overlap or descend.
     virtual FMObjectChain *AddChain(const QVector<QPair<timeRange, int>> &observations, int id,
                                     GeoTypes type);
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// A record and its live object for a scope: check-outs and returns come in pairs on every way out.
+/// Guards that check out a record, or its live object, for a scope and return it at the end.
 #pragma once
 #include "fennimark/HilbertTree.h"
 #include "fennimark/TreeObject.h"
 
 namespace fennimark {
 
-/// A record that is checked out; null for an id that does not exist or was removed.
+/// Checks out a record for its own lifetime; null for an id that does not exist or was removed.
 class HeldRecord {
 public:
     /// @param keep  see HilbertTree::CheckOutRecord.
@@ -30,8 +30,8 @@ private:
     const HilbertTreeRecord *const mRecord;
 };
 
-/// The live geometry of a record that is checked out elsewhere; null without a record, and when its
-/// bytes cannot be read.
+/// The live geometry of a record that somebody else has checked out. Null when the record is null
+/// and when its bytes cannot be read.
 class LiveObject {
 public:
     LiveObject(const HilbertTree *tree, const HilbertTreeRecord *record)
@@ -46,7 +46,7 @@ public:
     Q_DISABLE_COPY(LiveObject)
 
     const TreeObject *get() const { return mObject; }
-    /// Null when it is of another kind.
+    /// Null when the object is of another kind.
     template <class Kind> const Kind *as() const { return dynamic_cast<const Kind *>(mObject); }
 
 private:
@@ -55,7 +55,7 @@ private:
     const TreeObject *const mObject;
 };
 
-/// A record and its live geometry.
+/// Checks out a record and its live geometry.
 class HeldObject {
 public:
     /// @param keep  see HilbertTree::CheckOutRecord.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The stored form of one geometry, for as long as it is checked out.
+/// One stored geometry while it is checked out.
 #pragma once
 #include <QtGlobal>
 #include "fennimark/export.h"
@@ -13,8 +13,8 @@ public:
     int recordId = -1;
     int chainId = -1;
 
-    /// The live geometry: an FMPoint, FMLine or FMPolygon that views the store's bytes. The record
-    /// owns it, and each call needs one ReturnTreeObject. Null when the bytes cannot be read.
+    /// The live geometry: an FMPoint, or an FMLine or FMPolygon that views the store's bytes. The
+    /// record owns it; each call needs one ReturnTreeObject. Null when the bytes cannot be read.
     TreeObject *GetTreeObject(const HilbertTree *tree);
     const TreeObject *GetTreeObject(const HilbertTree *tree) const;
     /// A surplus return is ignored.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Writes a new vector geography: chains of observations in, one geometry file out.
+/// Collects chains of observations and writes them as one geometry file.
 #pragma once
 #include <QVector>
 #include <memory>
@@ -11,49 +11,52 @@ class Fennims;
 class FMProjectionInfo;
 class TreeObject;
 
-/// Vertices of lines and polygons go to a scratch file as they come. What stays in memory until
-/// Finish is 12 bytes a record, 32 a chain, 24 a distinct time range, and 16 a point or 8 a line or
-/// polygon; Finish takes about 40 bytes a record more. Observations may come in any order of time,
-/// each in O(log n) of its chain.
+/// The vertices of lines and polygons are written to a scratch file at once. Kept in memory until
+/// Finish: 12 bytes for each record, 32 for each chain, 24 for each distinct time range, and 16 for
+/// a point or 8 for a line or polygon. Finish needs about 40 bytes more for each record.
+/// Observations may be added in any order of time, each in O(log n) for a chain of n observations.
 class FENNIMARK_EXPORT VORNBuilder {
 public:
-    /// @param bounds      the expected extent, which scales the order of the records. Geometry
-    /// outside is accepted.
-    /// @param like        may be null; else the new geography takes its name, its adjacency
-    /// tolerance and, without `projection`, its projection. Only read here.
-    /// @param projection  may be null; copied.
+    /// @param bounds      the expected extent, which sets the grid of the Hilbert curve that orders
+    /// the records. Geometry outside of it is accepted.
+    /// @param like        may be null; otherwise the new geography takes its name, its adjacency
+    /// tolerance and, when `projection` is null, its projection. Not used after the constructor.
+    /// @param projection  may be null; it is copied.
     VORNBuilder(const RectInT &bounds, const Fennims *like, const FMProjectionInfo *projection);
     ~VORNBuilder();
 
-    /// A new chain with the given observations, as AddObjectsToChain takes them. Id -1 lets the
-    /// builder choose: one above the largest so far, from 0. Null for an id in use or below -1, and
-    /// for objects that cannot be added. The builder deletes the objects, also when the result is
-    /// null.
+    /// Makes a chain of the given observations, under the rules of AddObjectsToChain. Id -1 stands
+    /// for one above the largest id so far, the first being 0. Null for an id that is in use or
+    /// below -1, and for objects that cannot be added. The builder deletes the objects, also when
+    /// the result is null.
     FMObjectChain *CreateChain(const QVector<TreeObject *> &objects,
                                const QVector<timeRange> &ranges, int id);
 
-    /// Adds observations, pairwise. Null, with nothing added, for: an unknown chain; lists of
-    /// unequal length; null objects; ends that cross; times or coordinates that are not finite; a
-    /// second kind of geometry; a line part with less than 2 vertices or a ring with less than 3
-    /// distinct ones; a range that overlaps one of the chain. Ranges that share just one inclusive
-    /// end are told apart: the earlier one becomes exclusive there, or, where it is a single
-    /// instant, the later one does.
-    /// @param takeOver  with true the builder deletes the objects, also when the result is null; with
-    /// false the caller keeps them.
+    /// Adds one observation for each object and the range at the same index. Null, with nothing
+    /// added, for an unknown chain, lists of unequal length, null objects, a range that ends before
+    /// it starts, times or coordinates that are not finite, a second kind of geometry, a line part
+    /// of less than 2 vertices, a ring of less than 3 distinct vertices, and a range that overlaps
+    /// another one of the chain. Two ranges that share one inclusive end and nothing else are
+    /// separated there: the end of the earlier one becomes exclusive or, when the earlier one is a
+    /// single instant, the start of the later one does.
+    /// @param takeOver  true: the builder deletes the objects, also when the result is null. false:
+    /// the caller keeps them.
     FMObjectChain *AddObjectsToChain(int chainId, const QVector<TreeObject *> &objects,
                                      const QVector<timeRange> &ranges, bool takeOver);
 
-    /// Places no farther apart than this, in map units, are one place for contiguity and shared
-    /// borders. 0, the default: rounding slack only. Kept in the file; vertices stay as given.
-    /// Negative or not finite: 0.
+    /// Sets the distance, in map units, within which two points count as one for contiguity and
+    /// shared borders. 0, the default, leaves the rounding slack alone. The tolerance is stored in
+    /// the file; vertices are not changed. Negative values and values that are not finite count as
+    /// 0.
     void SetAdjacencyTolerance(double tolerance);
 
-    /// At least one chain has an observation.
+    /// Whether at least one chain has an observation.
     bool IsValid() const;
 
-    /// Writes the file that Fennims::Open reads, under a temporary name first. False, with no file
-    /// left, when nothing was built, when writing fails, and when the callback (may be null) returns
-    /// false.
+    /// Writes the file that Fennims::Open reads, first under a temporary name in the same
+    /// directory. No observation can be added afterwards. False, with a file already at `path` left
+    /// as it is, when nothing was built, when writing fails, and when the callback (may be null)
+    /// returns false.
     /// @param path  in the local 8-bit encoding
     bool Finish(const char *path, bool (*progress)(int percent, const char *text));
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Marks what the shared library Fennimark exports.
+/// The macro that marks the exported classes of the shared library Fennimark.
 #pragma once
 #include <QtGlobal>
 #ifdef FENNIMARK_BUILD

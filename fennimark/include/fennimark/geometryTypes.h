@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// The plain value types of the geometry library: boxes in space, in time and in both, grids of
-/// equal cells. Places are planar and in map units throughout the library: degrees are used as they
-/// are, and nothing wraps at the antimeridian.
+/// The plain value types of the geometry library: boxes in space, in time and in both, and grids of
+/// equal cells. Coordinates are planar and in map units throughout the library: degrees are used as
+/// they are, and nothing wraps at the antimeridian.
 #pragma once
 #include <QRectF>
 #include <QtGlobal>
@@ -36,9 +36,9 @@ struct timeRange {
 /// A box in space and time.
 struct RectInT : Rect2D, timeRange {};
 
-/// An axis-aligned grid of equal cells. Rows of cell centres are counted down from `top` and rows of
-/// cell rectangles up from `bottom`. Both edges are kept so that each is computed by the expression
-/// that its users evaluate.
+/// An axis-aligned grid of equal cells, in map units. Queries of cell centres count rows down from
+/// `top`, queries of cell areas count rows up from `bottom`. The grid holds both edges, so that
+/// rounding is the same as in the expressions that the callers evaluate.
 struct FMGrid {
     double left = 0.0;
     double bottom = 0.0;
@@ -55,17 +55,17 @@ struct FMGridWindow {
     unsigned int lastRow = 0;
 };
 
-/// A cell and how much of it an object covers, in squared map units.
+/// A cell and the area of it that an object covers, in squared map units.
 struct FMCellArea {
     unsigned int column = 0;
     unsigned int row = 0;
     double area = 0.0;
 };
-Q_DECLARE_TYPEINFO(FMCellArea, Q_PRIMITIVE_TYPE); // long vectors of them grow by moving bytes
+Q_DECLARE_TYPEINFO(FMCellArea, Q_PRIMITIVE_TYPE); // a QVector of them grows by realloc
 
 namespace fennimark {
 
-/// A host's progress callback; the text may be null. False asks the operation to stop.
+/// A host's progress callback. The text may be null. The operation stops when it returns false.
 using ProgressCallback = bool (*)(int percent, const char *text);
 
 } // namespace fennimark
