@@ -302,9 +302,9 @@ void indexRows()
         const auto order =
             hilbertOrder(centers, RectInT{Rect2D{0, kSize, 0, kSize}, timeRange{}}, false);
         std::vector<Rect2D> sorted;
-        std::vector<RunHull> hulls((boxes.size() + kRecordsPerRun - 1) / kRecordsPerRun);
+        std::vector<LeafHull> hulls((boxes.size() + kRecordsPerLeaf - 1) / kRecordsPerLeaf);
         for (const quint32 i : order) {
-            widen(hulls[sorted.size() / kRecordsPerRun].box, boxes[i]);
+            widen(hulls[sorted.size() / kRecordsPerLeaf].box, boxes[i]);
             sorted.push_back(boxes[i]);
         }
         sink = sink + BoxTree::build(hulls).size();

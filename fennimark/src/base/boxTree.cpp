@@ -22,7 +22,7 @@ BoxNode emptyNode()
     return node;
 }
 
-void setEntry(BoxNode &node, unsigned lane, const RunHull &hull)
+void setEntry(BoxNode &node, unsigned lane, const LeafHull &hull)
 {
     node.xMin[lane] = roundedDown(hull.box.xMin);
     node.xMax[lane] = roundedUp(hull.box.xMax);
@@ -34,17 +34,17 @@ void setEntry(BoxNode &node, unsigned lane, const RunHull &hull)
 
 } // namespace
 
-std::vector<BoxNode> BoxTree::build(const std::vector<RunHull> &runs)
+std::vector<BoxNode> BoxTree::build(const std::vector<LeafHull> &leaves)
 {
     std::vector<BoxNode> nodes;
-    std::vector<RunHull> below = runs;
+    std::vector<LeafHull> below = leaves;
     while (!below.empty()) {
-        std::vector<RunHull> hulls(nodesFor(below.size()));
+        std::vector<LeafHull> hulls(nodesFor(below.size()));
         const std::size_t first = nodes.size();
         nodes.resize(first + hulls.size(), emptyNode());
         for (std::size_t i = 0; i < below.size(); ++i) {
             setEntry(nodes[first + i / kFanOut], unsigned(i % kFanOut), below[i]);
-            RunHull &hull = hulls[i / kFanOut];
+            LeafHull &hull = hulls[i / kFanOut];
             widen(hull.box, below[i].box);
             hull.start = std::min(hull.start, below[i].start);
             hull.end = std::max(hull.end, below[i].end);
@@ -56,10 +56,10 @@ std::vector<BoxNode> BoxTree::build(const std::vector<RunHull> &runs)
     return nodes;
 }
 
-BoxTree::BoxTree(const BoxNode *nodes, quint32 runCount) : mNodes(nodes)
+BoxTree::BoxTree(const BoxNode *nodes, quint32 leafCount) : mNodes(nodes)
 {
     quint32 start = 0;
-    for (quint32 entries = runCount; entries > 0;) {
+    for (quint32 entries = leafCount; entries > 0;) {
         const quint32 count = nodesFor(entries);
         mLevelStart[std::size_t(mLevelCount++)] = start;
         start += count;

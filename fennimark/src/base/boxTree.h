@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The packed box tree over runs of 16 records.
+/// The packed box tree over leaves of 16 records.
 ///
 /// Implicit: no pointers. Entry r of the lowest level is the hull of records 16 r to 16 r + 15 (a
 /// run); entry i of every other level is the hull of node i one level below. A node holds 16
@@ -20,7 +20,7 @@
 namespace fennimark {
 
 constexpr quint32 kFanOut = 16;
-constexpr quint32 kRecordsPerRun = 16;
+constexpr quint32 kRecordsPerLeaf = 16;
 
 struct alignas(16) BoxNode {
     float xMin[kFanOut], xMax[kFanOut], yMin[kFanOut], yMax[kFanOut];
@@ -45,18 +45,18 @@ struct BoxWindow {
     unsigned entriesOf(const BoxNode &node) const;
 };
 
-struct RunHull {
+struct LeafHull {
     Rect2D box = kNoBox;
     double start = kInfinity, end = -kInfinity;
 };
 
 class BoxTree {
 public:
-    static std::vector<BoxNode> build(const std::vector<RunHull> &runs);
+    static std::vector<BoxNode> build(const std::vector<LeafHull> &leaves);
 
     BoxTree() = default;
-    /// A view on the nodes that `build` made for so many runs.
-    BoxTree(const BoxNode *nodes, quint32 runCount);
+    /// A view on the nodes that `build` made for so many leaves.
+    BoxTree(const BoxNode *nodes, quint32 leafCount);
 
     int levelCount() const { return mLevelCount; }
     const BoxNode &node(int level, quint32 index) const
@@ -64,8 +64,8 @@ public:
         return mNodes[mLevelStart[std::size_t(level)] + index];
     }
 
-    /// Calls visit(run) for every run that may hold a record in the window, in ascending order.
-    template <class Visit> void visitRuns(const BoxWindow &window, Visit visit) const
+    /// Calls visit(leaf) for every leaf that may hold a record in the window, in ascending order.
+    template <class Visit> void visitLeaves(const BoxWindow &window, Visit visit) const
     {
         if (mLevelCount > 0)
             descend(mLevelCount - 1, 0, window, visit);

@@ -47,7 +47,7 @@ public:
                                    });
         }
         for (std::size_t i = 0; i < mColumns.size(); ++i)
-            collectRuns(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i]);
+            collectSpans(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i]);
         report(cells);
     }
 
@@ -154,20 +154,20 @@ private:
     }
 
     /// Cells [first, end) of a column that are covered alike.
-    struct Run {
+    struct RowSpan {
         unsigned int column;
         qint64 first;
         qint64 end;
         double area;
     };
 
-    void append(const Run &run)
+    void append(const RowSpan &span)
     {
-        mRuns.push_back(run);
-        mTotal += run.end - run.first;
+        mSpans.push_back(span);
+        mTotal += span.end - span.first;
     }
 
-    void collectRuns(unsigned int column, std::vector<Entry> &entries)
+    void collectSpans(unsigned int column, std::vector<Entry> &entries)
     {
         std::sort(entries.begin(), entries.end(),
                   [](const Entry &a, const Entry &b) { return a.row < b.row; });
@@ -204,9 +204,9 @@ private:
         cells.resize(static_cast<int>(std::min<qint64>(mTotal, std::numeric_limits<int>::max())));
         FMCellArea *to = cells.data();
         const FMCellArea *const stop = to + cells.size();
-        for (const Run &run : mRuns) {
-            for (qint64 row = run.first; row < run.end && to != stop; ++row)
-                *to++ = {run.column, static_cast<unsigned int>(row), run.area};
+        for (const RowSpan &span : mSpans) {
+            for (qint64 row = span.first; row < span.end && to != stop; ++row)
+                *to++ = {span.column, static_cast<unsigned int>(row), span.area};
         }
     }
 
@@ -216,7 +216,7 @@ private:
     const qint64 mFirstRow;
     const qint64 mEndRow;
     std::vector<std::vector<Entry>> mColumns;
-    std::vector<Run> mRuns;
+    std::vector<RowSpan> mSpans;
     qint64 mTotal = 0;
 };
 

@@ -36,7 +36,7 @@ public:
                                    return true;
                                });
         for (std::size_t i = 0; i < mColumns.size(); ++i)
-            collectRuns(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i]);
+            collectSpans(mWindow.firstColumn + static_cast<unsigned int>(i), mColumns[i]);
         report(cells);
     }
 
@@ -104,7 +104,7 @@ private:
     }
 
     /// Cells [first, end) of a column.
-    struct Run {
+    struct RowSpan {
         unsigned int column;
         qint64 first;
         qint64 end;
@@ -115,13 +115,13 @@ private:
         if (first >= end)
             return;
         mTotal += end - first;
-        if (!mRuns.empty() && mRuns.back().column == column && mRuns.back().end == first)
-            mRuns.back().end = end;
+        if (!mSpans.empty() && mSpans.back().column == column && mSpans.back().end == first)
+            mSpans.back().end = end;
         else
-            mRuns.push_back({column, first, end});
+            mSpans.push_back({column, first, end});
     }
 
-    void collectRuns(unsigned int column, Column &line)
+    void collectSpans(unsigned int column, Column &line)
     {
         std::sort(line.crossings.begin(), line.crossings.end());
         std::sort(line.near.begin(), line.near.end());
@@ -158,9 +158,9 @@ private:
         cells.resize(static_cast<int>(std::min<qint64>(mTotal, std::numeric_limits<int>::max())));
         auto *to = cells.data();
         const auto *const stop = to + cells.size();
-        for (const Run &run : mRuns) {
-            for (qint64 row = run.first; row < run.end && to != stop; ++row)
-                *to++ = {run.column, static_cast<unsigned int>(row)};
+        for (const RowSpan &span : mSpans) {
+            for (qint64 row = span.first; row < span.end && to != stop; ++row)
+                *to++ = {span.column, static_cast<unsigned int>(row)};
         }
     }
 
@@ -169,7 +169,7 @@ private:
     const FMGridWindow &mWindow;
     std::vector<Column> mColumns;
     double mNear;
-    std::vector<Run> mRuns;
+    std::vector<RowSpan> mSpans;
     qint64 mTotal = 0;
 };
 

@@ -159,14 +159,14 @@ public:
                                ring.bounds.yMin / 2 + ring.bounds.yMax / 2, 0.0});
         }
         mOrder = hilbertOrder(centers, RectInT{polygon.bounds(), timeRange{}}, false);
-        std::vector<RunHull> runs((count + kRecordsPerRun - 1) / kRecordsPerRun);
+        std::vector<LeafHull> leaves((count + kRecordsPerLeaf - 1) / kRecordsPerLeaf);
         for (quint32 i = 0; i < count; ++i) {
-            RunHull &run = runs[i / kRecordsPerRun];
-            widen(run.box, mRings[mOrder[i]]->bounds());
-            run.start = run.end = 0.0;
+            LeafHull &leaf = leaves[i / kRecordsPerLeaf];
+            widen(leaf.box, mRings[mOrder[i]]->bounds());
+            leaf.start = leaf.end = 0.0;
         }
-        mNodes = BoxTree::build(runs);
-        mTree = BoxTree(mNodes.data(), quint32(runs.size()));
+        mNodes = BoxTree::build(leaves);
+        mTree = BoxTree(mNodes.data(), quint32(leaves.size()));
     }
     Q_DISABLE_COPY(RingIndex)
 
@@ -178,9 +178,9 @@ public:
         const Rect2D &box = mRings[ring]->bounds();
         if (mRings[ring]->isEmpty())
             return ring;
-        mTree.visitRuns(BoxWindow({box.xMin, box.xMin, box.yMin, box.yMin}), [&](quint32 run) {
-            const quint32 end = std::min(quint32(mOrder.size()), (run + 1) * kRecordsPerRun);
-            for (quint32 i = run * kRecordsPerRun; i < end; ++i) {
+        mTree.visitLeaves(BoxWindow({box.xMin, box.xMin, box.yMin, box.yMin}), [&](quint32 leaf) {
+            const quint32 end = std::min(quint32(mOrder.size()), (leaf + 1) * kRecordsPerLeaf);
+            for (quint32 i = leaf * kRecordsPerLeaf; i < end; ++i) {
                 const quint32 other = mOrder[i];
                 if (mAreas[other] > mAreas[ring] && boxContains(mRings[other]->bounds(), box))
                     mCandidates.push_back(other);

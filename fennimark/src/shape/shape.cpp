@@ -263,6 +263,34 @@ void Shape::setParts(const GeometryView &view, const quint32 *ends)
     mPartEnds = ends;
 }
 
+namespace {
+
+bool needsRunBoxes(const GeometryView &view)
+{
+    return view.vertexCount > kRunLength && !view.runBoxes;
+}
+
+/// Computes what shapes of a line or polygon need beyond its view, and stores it in the object's
+/// backing: the part ends of several parts, and the run boxes that the view lacks. Both are computed
+/// once and shared by all later shapes of the object. This writes to a const object without a lock,
+/// so the first shapes of one object must not be made by two threads at the same time.
+void fillCache(const FMObject &object)
+{
+    const GeometryView &view = ObjectAccess::view(object);
+    auto &backing = ObjectAccess::backing(object);
+    if (!backing && (view.partCount > 1 || needsRunBoxes(view)))
+        backing = std::make_unique<ObjectBacking>();
+    if (view.partCount > 1 && backing->partEnds.empty())
+        backing->partEnds = endsOf(view);
+    if (needsRunBoxes(view) && backing->runBoxes.empty()) {
+        std::vector<RunBox> boxes(runBoxCount(view.vertexCount));
+        buildRunBoxes(view, ObjectAccess::kind(object), boxes.data());
+        backing->runBoxes = std::move(boxes);
+    }
+}
+
+} // namespace
+
 Shape::Shape(const FMObject &object) : mKind(ObjectAccess::kind(object))
 {
     if (mKind == ObjectKind::Point) {
@@ -274,19 +302,10 @@ Shape::Shape(const FMObject &object) : mKind(ObjectAccess::kind(object))
     const GeometryView &view = ObjectAccess::view(object);
     if (view.vertexCount == 0)
         return;
-    const bool needsBoxes = view.vertexCount > kRunLength && !view.runBoxes;
-    auto &backing = ObjectAccess::backing(object);
-    if (!backing && (view.partCount > 1 || needsBoxes))
-        backing = std::make_unique<ObjectBacking>();
-    if (view.partCount > 1 && backing->partEnds.empty())
-        backing->partEnds = endsOf(view);
-    setParts(view, view.partCount > 1 ? backing->partEnds.data() : nullptr);
-    if (needsBoxes && backing->runBoxes.empty()) {
-        std::vector<RunBox> boxes(runBoxCount(mCount));
-        fillRunBoxes(*this, boxes.data());
-        backing->runBoxes = std::move(boxes);
-    }
-    setTree(needsBoxes ? backing->runBoxes.data() : view.runBoxes);
+    fillCache(object);
+    const ObjectBacking *cache = ObjectAccess::backing(object).get();
+    setParts(view, view.partCount > 1 ? cache->partEnds.data() : nullptr);
+    setTree(needsRunBoxes(view) ? cache->runBoxes.data() : view.runBoxes);
 }
 
 Shape::Shape(const GeometryView &view, ObjectKind kind) : mKind(kind)

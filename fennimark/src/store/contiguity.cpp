@@ -24,20 +24,20 @@ struct Candidate {
 /// Joins a run with itself, the runs behind it and, for wide records, the runs before it:
 /// found(a, b, contact) comes once for each pair in contact, in ascending order of a. Only where a
 /// is wide may b be below a.
-class RunJoin {
+class LeafJoin {
 public:
-    RunJoin(const RecordStore &store, const ContactReaches &reaches, double time)
+    LeafJoin(const RecordStore &store, const ContactReaches &reaches, double time)
         : mStore(store), mReaches(reaches), mWhen{time}
     {
     }
 
-    template <class Found> void join(quint32 run, Found found)
+    template <class Found> void join(quint32 leaf, Found found)
     {
         Rect2D window = kNoBox;
         bool looksBack = false;
         mOwn.clear();
         const Rect2D everywhere{-kInfinity, kInfinity, -kInfinity, kInfinity};
-        mStore.visitRun(run, everywhere, mWhen, [&](quint32 record) {
+        mStore.visitLeaf(leaf, everywhere, mWhen, [&](quint32 record) {
             mOwn.push_back({mStore.box(record), record});
             widen(window, mReaches.window(mOwn.back().box));
             looksBack = looksBack || mReaches.isWide(mOwn.back().box);
@@ -45,9 +45,9 @@ public:
         if (mOwn.empty())
             return;
         mOthers.clear();
-        mStore.tree().visitRuns(BoxWindow(window, mWhen.from(), mWhen.to()), [&](quint32 other) {
-            if (other >= run || looksBack) {
-                mStore.visitRun(other, window, mWhen, [&](quint32 record) {
+        mStore.tree().visitLeaves(BoxWindow(window, mWhen.from(), mWhen.to()), [&](quint32 other) {
+            if (other >= leaf || looksBack) {
+                mStore.visitLeaf(other, window, mWhen, [&](quint32 record) {
                     mOthers.push_back({mStore.box(record), record});
                 });
             }
@@ -92,7 +92,7 @@ private:
 ContactReaches::ContactReaches(const RecordStore &store) : mTolerance(store.tolerance())
 {
     std::vector<double> magnitudes; // of one record in each run
-    for (quint32 record = 0; record < store.recordCount(); record += kRecordsPerRun)
+    for (quint32 record = 0; record < store.recordCount(); record += kRecordsPerLeaf)
         magnitudes.push_back(magnitude(store.box(record)));
     if (magnitudes.empty())
         return;
@@ -155,15 +155,15 @@ bool ContiguityGraph::build(const RecordStore &store, const ContactReaches &reac
     std::vector<Edge> edges;
     mFirst.assign(std::size_t(store.recordCount()) + 2, 0);
     if (store.mayHold(AtTime{time})) {
-        RunJoin join(store, reaches, time);
-        const quint32 runs = (store.recordCount() + kRecordsPerRun - 1) / kRecordsPerRun;
-        for (quint32 run = 0; run < runs; ++run) {
-            join.join(run, [&](quint32 a, quint32 b, Contact contact) {
+        LeafJoin join(store, reaches, time);
+        const quint32 leaves = (store.recordCount() + kRecordsPerLeaf - 1) / kRecordsPerLeaf;
+        for (quint32 leaf = 0; leaf < leaves; ++leaf) {
+            join.join(leaf, [&](quint32 a, quint32 b, Contact contact) {
                 edges.push_back({a, b, contact == Contact::Piece});
                 ++mFirst[a + 2];
                 ++mFirst[b + 2];
             });
-            if (progress && run % 64 == 0 && !progress(int(quint64(run) * 100 / runs), nullptr))
+            if (progress && leaf % 64 == 0 && !progress(int(quint64(leaf) * 100 / leaves), nullptr))
                 return false;
         }
     }

@@ -30,7 +30,7 @@ std::vector<RecordDistance> nearestRecords(const RecordStore &store, const Rect2
                                            Exact exact)
 {
     // Levels 0 and up are nodes of the tree, as whose entries runs and records are met.
-    constexpr int kRun = -1, kRecord = -2;
+    constexpr int kLeaf = -1, kRecord = -2;
     struct Waiting {
         double bound;
         int level;
@@ -68,11 +68,11 @@ std::vector<RecordDistance> nearestRecords(const RecordStore &store, const Rect2
         waiting.pop();
         if (next.level == kRecord) {
             take(next.index);
-        } else if (next.level == kRun) {
-            store.visitRun(next.index, Rect2D{-kInfinity, kInfinity, -kInfinity, kInfinity}, when,
-                           [&](quint32 record) {
-                               wait(sqrDistance(store.box(record), from), kRecord, record);
-                           });
+        } else if (next.level == kLeaf) {
+            store.visitLeaf(next.index, Rect2D{-kInfinity, kInfinity, -kInfinity, kInfinity}, when,
+                            [&](quint32 record) {
+                                wait(sqrDistance(store.box(record), from), kRecord, record);
+                            });
         } else {
             const BoxNode &node = store.tree().node(next.level, next.index);
             for (unsigned i = 0; i < kFanOut; ++i) {

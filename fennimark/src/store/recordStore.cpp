@@ -172,7 +172,7 @@ bool RecordStore::layOut(const StoreContent &content, const std::vector<BoxNode>
 bool RecordStore::assign(StoreContent &&content)
 {
     clear();
-    const std::vector<RunHull> hulls = runHulls(content);
+    const std::vector<LeafHull> hulls = leafHulls(content);
     if (content.times.size() <= 1)
         content.timeIndex.clear();
     mSpace = std::move(content.space);
@@ -193,18 +193,18 @@ bool RecordStore::assign(StoreContent &&content)
     mBoxes = column<Rect2D>(at.boxes);
     mPayloads = column<quint64>(at.payloads);
     mTree = BoxTree(column<BoxNode>(at.nodes), quint32(hulls.size()));
-    for (const RunHull &hull : hulls)
+    for (const LeafHull &hull : hulls)
         widen(mBounds, hull.box);
     mFlags.assign(mCount, typeCode(mKind));
     return true;
 }
 
-std::vector<RunHull> RecordStore::runHulls(const StoreContent &content) const
+std::vector<LeafHull> RecordStore::leafHulls(const StoreContent &content) const
 {
     const std::size_t count = content.recordCount();
-    std::vector<RunHull> hulls((count + kRecordsPerRun - 1) / kRecordsPerRun);
+    std::vector<LeafHull> hulls((count + kRecordsPerLeaf - 1) / kRecordsPerLeaf);
     for (std::size_t i = 0; i < count; ++i) {
-        RunHull &hull = hulls[i / kRecordsPerRun];
+        LeafHull &hull = hulls[i / kRecordsPerLeaf];
         if (content.kind == ObjectKind::Point) {
             const QPointF &p = content.points[i];
             widen(hull.box, Rect2D{p.x(), p.x(), p.y(), p.y()});

@@ -156,7 +156,7 @@ public:
     /// Calls visit(record) for the living records of a run, or of all, whose box meets the window
     /// at the time.
     template <class When, class Visit>
-    void visitRun(quint32 run, const Rect2D &window, const When &when, Visit visit) const;
+    void visitLeaf(quint32 leaf, const Rect2D &window, const When &when, Visit visit) const;
     template <class When, class Visit>
     void visit(const Rect2D &window, const When &when, Visit visit) const;
     /// The ids of the same records, ascending.
@@ -172,7 +172,7 @@ private:
     unsigned livingIn(quint32 first, quint32 count) const;
     /// One bit for each record of the run that lives and hits.
     template <class When>
-    unsigned hitsIn(quint32 run, const Rect2D &window, const When &when) const;
+    unsigned hitsIn(quint32 leaf, const Rect2D &window, const When &when) const;
     template <class T> const T *column(quint64 offset) const
     {
         return reinterpret_cast<const T *>(mSpace.at(offset));
@@ -180,7 +180,7 @@ private:
     struct Layout;
     bool layOut(const StoreContent &content, const std::vector<BoxNode> &nodes, Layout &at);
     template <class T> bool appendColumn(const std::vector<T> &values, quint64 &offset);
-    std::vector<RunHull> runHulls(const StoreContent &content) const;
+    std::vector<LeafHull> leafHulls(const StoreContent &content) const;
     void objectDropped(int recordId, const FMObject &object) override;
     void refresh() const;
 
@@ -234,10 +234,10 @@ inline unsigned RecordStore::livingIn(quint32 first, quint32 count) const
 }
 
 template <class When>
-unsigned RecordStore::hitsIn(quint32 run, const Rect2D &window, const When &when) const
+unsigned RecordStore::hitsIn(quint32 leaf, const Rect2D &window, const When &when) const
 {
-    const quint32 first = run * kRecordsPerRun;
-    const quint32 count = std::min(mCount - first, kRecordsPerRun);
+    const quint32 first = leaf * kRecordsPerLeaf;
+    const quint32 count = std::min(mCount - first, kRecordsPerLeaf);
     const unsigned inWindow =
         mPoints ? pointsIn(mPoints + first, count, window) : boxesIn(mBoxes + first, count, window);
     unsigned hits = inWindow & livingIn(first, count);
@@ -255,9 +255,9 @@ template <class Visit> void visitBits(quint32 first, unsigned bits, Visit visit)
 }
 
 template <class When, class Visit>
-void RecordStore::visitRun(quint32 run, const Rect2D &window, const When &when, Visit visit) const
+void RecordStore::visitLeaf(quint32 leaf, const Rect2D &window, const When &when, Visit visit) const
 {
-    visitBits(run * kRecordsPerRun, hitsIn(run, window, when), visit);
+    visitBits(leaf * kRecordsPerLeaf, hitsIn(leaf, window, when), visit);
 }
 
 template <class When, class Visit>
@@ -265,8 +265,8 @@ void RecordStore::visit(const Rect2D &window, const When &when, Visit visit) con
 {
     if (!mayHold(when))
         return;
-    mTree.visitRuns(BoxWindow(window, when.from(), when.to()),
-                    [&](quint32 run) { visitRun(run, window, when, visit); });
+    mTree.visitLeaves(BoxWindow(window, when.from(), when.to()),
+                      [&](quint32 leaf) { visitLeaf(leaf, window, when, visit); });
 }
 
 /// Appends first + 1 + i for each i < count that takes(first + i), without a branch: which ones do
@@ -274,7 +274,7 @@ void RecordStore::visit(const Rect2D &window, const When &when, Visit visit) con
 template <class Takes>
 void appendIds(quint32 first, quint32 count, QVector<int> &ids, int &found, Takes takes)
 {
-    if (ids.size() < found + int(kRecordsPerRun))
+    if (ids.size() < found + int(kRecordsPerLeaf))
         ids.resize(std::max(64, 2 * ids.size()));
     int *const out = ids.data();
     int at = found;
@@ -296,10 +296,10 @@ void RecordStore::collect(const Rect2D &window, const When &when, QVector<int> &
     if (!mayHold(when))
         return;
     int found = 0;
-    const auto collectRuns = [&](auto takes) {
-        mTree.visitRuns(BoxWindow(window, when.from(), when.to()), [&](quint32 run) {
-            const quint32 first = run * kRecordsPerRun;
-            appendIds(first, std::min(mCount - first, kRecordsPerRun), ids, found, takes);
+    const auto collectLeaves = [&](auto takes) {
+        mTree.visitLeaves(BoxWindow(window, when.from(), when.to()), [&](quint32 leaf) {
+            const quint32 first = leaf * kRecordsPerLeaf;
+            appendIds(first, std::min(mCount - first, kRecordsPerLeaf), ids, found, takes);
         });
     };
     // No box needs a look; and where ranges are far fewer than records, they are tested beforehand.
@@ -307,9 +307,9 @@ void RecordStore::collect(const Rect2D &window, const When &when, QVector<int> &
         std::vector<quint8> admitted(mTimeCount);
         for (quint32 i = 0; i < mTimeCount; ++i)
             admitted[i] = when(mTimes[i]);
-        collectRuns([&](quint32 record) { return admitted[mTimeIndex[record]]; });
+        collectLeaves([&](quint32 record) { return admitted[mTimeIndex[record]]; });
     } else {
-        collectRuns([&](quint32 record) { return lives(record) && when(range(record)); });
+        collectLeaves([&](quint32 record) { return lives(record) && when(range(record)); });
     }
     ids.resize(found);
 }

@@ -22,9 +22,9 @@ bool mappingAllowed = true;
 } // namespace
 
 /// Nobody asks for its name, so where the platform can do without it never gets one.
-class ScratchFile : public QTemporaryFile {
+class SpillFile : public QTemporaryFile {
 public:
-    explicit ScratchFile(const QString &place) : QTemporaryFile(place) {}
+    explicit SpillFile(const QString &place) : QTemporaryFile(place) {}
     bool openUnbuffered()
     {
         return QTemporaryFile::open(QIODevice::ReadWrite | QIODevice::Unbuffered);
@@ -79,7 +79,7 @@ bool ScratchSpace::flush()
         const QString directory =
             scratchDirectory().isEmpty() ? QDir::tempPath() : scratchDirectory();
         QDir().mkpath(directory);
-        mFile = std::make_unique<ScratchFile>(directory + QLatin1String("/fennimark"));
+        mFile = std::make_unique<SpillFile>(directory + QLatin1String("/fennimark"));
         if (!mFile->openUnbuffered())
             return false;
     }

@@ -9,7 +9,7 @@
 
 namespace fennimark {
 
-class ScratchFile;
+class SpillFile;
 
 /// Up to 4 MiB stay on the heap. Beyond, all goes to a file without a name (where the platform has
 /// none: deleted on close) that is mapped read-only once frozen. When it cannot be mapped, reads
@@ -50,7 +50,7 @@ private:
 
     std::vector<uchar> mBuffer; // all of it, or the tail that is not in the file yet; the resident
                                 // part once frozen
-    std::unique_ptr<ScratchFile> mFile;
+    std::unique_ptr<SpillFile> mFile;
     quint64 mFlushed = 0;
     bool mExpectsFile = false;
     const uchar *mMapped = nullptr;
