@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The quotient is brought to at most tan(pi / 8) by exchanging the axes and by atan(t) = pi/4 +
-// atan((t-1) / (t+1)). There atan(u) = u + u^3 p(u^2), with p the interpolation at Chebyshev's
-// nodes: the remainder is below 5e-18 of the result. All choices are selections, since directions
-// cannot be predicted and the compiler can then take several at a time.
+// The argument is reduced to at most tan(pi / 8) by exchanging the axes and by
+//     atan(t) = pi/4 + atan((t - 1) / (t + 1)).
+// In that range atan(u) = u + u^3 p(u^2), where p interpolates at the Chebyshev nodes; the relative
+// error is below 5e-18. All choices are selections and not branches: directions are unpredictable,
+// and without branches the compiler can compute several angles at a time.
 #include "base/angle.h"
 #include <algorithm>
 #include <cmath>
@@ -10,15 +11,15 @@
 namespace fennimark {
 namespace {
 
-constexpr double kTanEighth = 0.41421356237309503; // of pi
-constexpr double kQuarter = 0.78539816339744831;   // pi / 4
-constexpr double kHalf = 1.5707963267948966;
-constexpr double kHalfRest = 6.123233995736766e-17;
-constexpr double kSmallest =
-    1e-290; // of the larger coordinate: beyond these limits the steps could overflow
+constexpr double kTanEighth = 0.41421356237309503;  // tan(pi / 8)
+constexpr double kQuarter = 0.78539816339744831;    // pi / 4
+constexpr double kHalf = 1.5707963267948966;        // pi / 2, rounded
+constexpr double kHalfRest = 6.123233995736766e-17; // pi / 2 - kHalf
+// Limits of the larger coordinate: outside of them a step could overflow or underflow.
+constexpr double kSmallest = 1e-290;
 constexpr double kLargest = 1e300;
 
-// p, from the constant term on.
+// The coefficients of p, the constant term first.
 constexpr double kP0 = -0.33333333333333330156;
 constexpr double kP1 = 0.19999999999995516545;
 constexpr double kP2 = -0.14285714284665680761;

@@ -13,7 +13,7 @@ namespace fennimark {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr Rect2D kNoBox{kInfinity, -kInfinity, kInfinity, -kInfinity};
 
-/// Neither crossed nor without a number.
+/// Whether no limit is NaN and no lower limit exceeds the upper one.
 inline bool isRect(const Rect2D &rect)
 {
     return (rect.xMin <= rect.xMax) & (rect.yMin <= rect.yMax);
@@ -32,7 +32,7 @@ inline bool meet(const Rect2D &a, const Rect2D &b)
     return (a.xMin <= b.xMax) & (b.xMin <= a.xMax) & (a.yMin <= b.yMax) & (b.yMin <= a.yMax);
 }
 
-/// `inner` has no point outside `outer`.
+/// Whether `inner` has no point outside `outer`.
 inline bool covers(const Rect2D &outer, const Rect2D &inner)
 {
     return (outer.xMin <= inner.xMin) & (inner.xMax <= outer.xMax) & (outer.yMin <= inner.yMin)
@@ -44,7 +44,7 @@ inline Rect2D grown(const Rect2D &box, double by)
     return {box.xMin - by, box.xMax + by, box.yMin - by, box.yMax + by};
 }
 
-/// The squared distance of two boxes, 0 when they meet. From a point: the box of that point.
+/// The squared distance of two boxes, 0 when they meet. A point is a box without extent.
 inline double sqrDistance(const Rect2D &a, const Rect2D &b)
 {
     const double dx = std::max({a.xMin - b.xMax, b.xMin - a.xMax, 0.0});

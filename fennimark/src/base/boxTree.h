@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 /// The packed box tree over leaves of 16 records.
 ///
-/// Implicit: no pointers. Entry r of the lowest level is the hull of records 16 r to 16 r + 15 (a
-/// run); entry i of every other level is the hull of node i one level below. A node holds 16
-/// entries side by side, as floats rounded outwards in space and as doubles in time: 512
-/// bytes, 2.13 a record. Levels stand one behind the other, the lowest first, and the highest is a
-/// single node. Lanes without an entry hold a box that meets nothing.
+/// The tree is implicit, without pointers. Entry r of the lowest level is the hull of records 16 r
+/// to 16 r + 15 (a leaf); entry i of every other level is the hull of node i one level below. A
+/// node holds 16 entries side by side, as floats rounded outwards in space and as doubles in time:
+/// 512 bytes, which makes 2.13 bytes a record. Lanes without an entry hold a box that meets
+/// nothing. The levels are stored one after the other, the lowest first; the highest is a single
+/// node:
+///
+///     | level 0: ceil(leaves / 16) nodes | level 1: ceil(level 0 / 16) nodes | ... | root |
 #pragma once
 #include <QtAlgorithms>
 #include <QtGlobal>
@@ -27,7 +30,7 @@ struct alignas(16) BoxNode {
     double start[kFanOut], end[kFanOut];
 };
 
-/// A closed window in space and time that never loses what touches it.
+/// A closed window in space and time, rounded outwards so that it meets every box that touches it.
 struct BoxWindow {
     float xMin, xMax, yMin, yMax;
     double start, end;
@@ -41,7 +44,7 @@ struct BoxWindow {
           end(to)
     {
     }
-    /// One bit for each entry of the node that meets the window.
+    /// A mask of the node's entries that meet the window; bit i stands for entry i.
     unsigned entriesOf(const BoxNode &node) const;
 };
 
@@ -55,7 +58,7 @@ public:
     static std::vector<BoxNode> build(const std::vector<LeafHull> &leaves);
 
     BoxTree() = default;
-    /// A view on the nodes that `build` made for so many leaves.
+    /// A view of the nodes that `build` made for `leafCount` leaves; they must outlive the tree.
     BoxTree(const BoxNode *nodes, quint32 leafCount);
 
     int levelCount() const { return mLevelCount; }
@@ -86,7 +89,7 @@ private:
 
     const BoxNode *mNodes = nullptr;
     int mLevelCount = 0;
-    std::array<quint32, 9> mLevelStart{}; // 16^8 runs and more than 2^31 records
+    std::array<quint32, 9> mLevelStart{}; // enough for 16^9 leaves
 };
 
 #ifdef __SSE2__

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
-/// Exact sums and products of doubles, for the few predicates that a filter cannot decide.
+/// Exact sums and products of doubles, for the predicates that a floating-point filter cannot
+/// decide.
 #pragma once
 #include <cmath>
 #include <vector>
 
 namespace fennimark {
 
-/// A number as an unevaluated sum of doubles that do not overlap, smallest first (J. R. Shewchuk,
-/// "Adaptive precision floating-point arithmetic and fast robust geometric predicates", Discrete &
-/// Computational Geometry 18, 1997, 305-363). Exact as long as nothing overflows and no product
-/// falls below the normal range.
+/// A number as an unevaluated sum of doubles that do not overlap, the smallest first (J. R.
+/// Shewchuk, "Adaptive precision floating-point arithmetic and fast robust geometric predicates",
+/// Discrete & Computational Geometry 18, 1997, 305-363). Operations are exact as long as nothing
+/// overflows and no product is below the normal range.
 class Expansion {
 public:
     Expansion() = default;

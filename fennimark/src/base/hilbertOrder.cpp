@@ -1,8 +1,26 @@
-// SPDX-License-Identifier: MIT
-// The keys: J. Skilling, "Programming the Hilbert curve", AIP Conference Proceedings 707 (2004),
-// 381-387. The transposed form of a cell (the key's bits dealt out over the axes) is reached by
-// exchanges and inversions from the top bit down and one Gray encoding. The sort is a byte-wise
-// radix sort on the 32-bit keys.
+// SPDX-License-Identifier: MIT The keys are those of J. Skilling, "Programming the Hilbert curve",
+// AIP Conference Proceedings 707 (2004), 381-387. The extent is divided into 2^16 by 2^16 cells
+// (with time: 2^10 in each of three directions), and the key of a cell is its position on the
+// curve. The four most significant bits of the plane key, over a coarse grid of 4 by 4:
+//
+//       y
+//       |   5---6   9--10
+//       |   |   |   |   |
+//       |   4   7---8  11
+//       |   |           |
+//       |   3---2  13--12
+//       |       |   |
+//       |   0---1  14--15
+//       +-------------------- x
+//
+// Each cell is divided in the same way, turned or mirrored so that the end of one part is next to
+// the beginning of the following one. Cells with consecutive keys share an edge, so records that
+// are sorted by key form compact groups, which makes the boxes of the box tree small.
+//
+// keyOf first computes the transposed form of the key, in which axis i holds every n-th bit: for
+// each bit from the most significant one down, the lower bits are inverted or exchanged between two
+// axes. A Gray encoding follows, then the bits are interleaved. Centres are sorted by a radix sort
+// of the 32-bit keys, one byte at a time; it is stable.
 #include "base/hilbertOrder.h"
 #include <algorithm>
 #include <array>
@@ -46,9 +64,8 @@ quint32 cellOf(double value, double low, double high, unsigned bits)
     const double extent = high - low;
     const auto last = double((1U << bits) - 1);
     const double factor = extent > 0 && std::isfinite(extent) ? last / extent : 0;
-    const double cell = (value - low) * factor;
-    return static_cast<quint32>(cell > 0 ? std::min(cell, last)
-                                         : 0.0); // a NaN of inf * 0 fails the test
+    const double cell = (value - low) * factor; // NaN for inf * 0, which the next line maps to 0
+    return static_cast<quint32>(cell > 0 ? std::min(cell, last) : 0.0);
 }
 
 struct Keyed {

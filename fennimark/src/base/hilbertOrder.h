@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The order of records along a Hilbert curve: near in space and time is near in the store.
+/// The order of records along a Hilbert curve, which places records that are close in space and
+/// time close to one another in the store.
 #pragma once
 #include <QtGlobal>
 #include <vector>
@@ -12,9 +13,9 @@ struct RecordCenter {
     double x, y, time;
 };
 
-/// The keys of places on the curve. `bounds` only sets the grid: centres outside count as at its
-/// edge. Without time the curve is plane, 16 bits an axis, else it runs through space and time, 10
-/// bits an axis.
+/// Computes the keys of record centres. `bounds` sets the grid; centres outside count as being on
+/// its edge. Without time the curve is plane with 16 bits an axis; with time it fills space and
+/// time with 10 bits an axis.
 class HilbertScale {
 public:
     HilbertScale(const RectInT &bounds, bool withTime) : mBounds(bounds), mWithTime(withTime) {}
@@ -25,9 +26,9 @@ private:
     bool mWithTime;
 };
 
-/// Positions 0 to n - 1 in the order of their keys, equal keys in the order given. O(n).
+/// The numbers 0 to n - 1 sorted by their keys; equal keys keep their order. O(n).
 std::vector<quint32> orderOfKeys(const std::vector<quint32> &keys);
-/// The order of the centres' keys.
+/// The numbers of the centres sorted by their keys on the curve over `scale`.
 std::vector<quint32> hilbertOrder(const std::vector<RecordCenter> &centers, const RectInT &scale,
                                   bool withTime);
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Second and last stage of the orientation test: most places that defeat the filter lie on
-// axis-parallel edges, or their differences are exact and two exact products decide; the rest goes
-// through expansions.
+// The exact stages of the orientation test, for points that the filter cannot decide. Most of them
+// are on axis-parallel edges, where a product is 0, or have exact coordinate differences, where two
+// exact products decide. The others are decided by expansions.
 #include "base/orientation.h"
 #include "base/expansion.h"
 
 namespace fennimark {
 namespace {
 
-/// Whether a - b loses nothing to rounding.
+/// Whether a - b is exact, that is, not rounded.
 bool exactDifference(double a, double b)
 {
     const double difference = a - b;
@@ -30,8 +30,8 @@ int exactOrientation(const QPointF &a, const QPointF &b, const QPointF &c)
         && exactDifference(b.x(), c.x()) && exactDifference(b.y(), c.y())) {
         const double left = ax * by;
         const double right = ay * bx;
-        if (left != right)
-            return signOf(left - right); // rounding is monotone: the exact products order alike
+        if (left != right) // rounding is monotone, so the exact products have the same order
+            return signOf(left - right);
         return signOf(std::fma(ax, by, -left) - std::fma(ay, bx, -right));
     }
     Expansion determinant =

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// On which side of a directed line a place lies, exactly.
+/// The exact orientation test: on which side of a directed line a point is.
 #pragma once
 #include <QPointF>
 #include <cmath>
 
 namespace fennimark {
 
+/// The same as orientation, by exact arithmetic alone.
 int exactOrientation(const QPointF &a, const QPointF &b, const QPointF &c);
 
 inline int signOf(double value)
@@ -13,15 +14,15 @@ inline int signOf(double value)
     return (value > 0.0) - (value < 0.0);
 }
 
-/// Equal coordinates; QPointF's own comparison is a fuzzy one.
+/// Whether the coordinates are equal. The operator == of QPointF has a tolerance.
 inline bool samePlace(const QPointF &a, const QPointF &b)
 {
     return a.x() == b.x() && a.y() == b.y();
 }
 
-/// 1 when c lies left of the line from a to b, -1 right of it, 0 on it. The filter is Shewchuk's
-/// first stage: the rounded determinant is right when it exceeds (3 + 16 u) u times the sum of its
-/// products, u = 2^-53.
+/// 1 when c is left of the line from a to b, -1 when it is right of it, 0 when it is on it. The
+/// filter is the first stage of Shewchuk (1997, see Expansion): the sign of the rounded determinant
+/// is right when its magnitude exceeds (3 + 16 u) u times the sum of its products, u = 2^-53.
 inline int orientation(const QPointF &a, const QPointF &b, const QPointF &c)
 {
     constexpr double kFilter = 3.3306690738754716e-16;

@@ -6,8 +6,8 @@
 
 namespace fennimark {
 
-/// Reports step i of n on every 256th step and on the first one. False when the callback, which may
-/// be null, returns false.
+/// Reports step i of n when i is a multiple of 256. False when the callback, which may be null,
+/// returns false.
 inline bool reported(ProgressCallback progress, int i, int n)
 {
     return !progress || (i & 0xff) != 0 || progress(int(qint64(i) * 100 / n), nullptr);

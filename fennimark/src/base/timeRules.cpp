@@ -96,7 +96,7 @@ void TimePieces::sort()
     std::vector<TimeCut>().swap(mEnds);
 }
 
-/// The first cut behind an instant.
+/// The first cut after an instant.
 std::vector<TimeCut>::const_iterator TimePieces::cutBehind(double time) const
 {
     return std::lower_bound(mCuts.begin(), mCuts.end(), TimeCut{time, true});

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The public face of the record store. Public record ids begin at 1, numbers in the store at 0.
 #include "fennimark/HilbertTree.h"
 #include "store/recordStore.h"
 

@@ -5,9 +5,9 @@
 namespace fennimark {
 namespace {
 
-constexpr int kQuestionsBeforeGraph = 64;
+constexpr int kQueriesBeforeGraph = 64;
 
-constexpr double kUsualRange = 1024.0; // times the median magnitude of the coordinates
+constexpr double kUsualRange = 1024.0; // in units of the median magnitude
 
 double magnitude(const Rect2D &box)
 {
@@ -15,15 +15,15 @@ double magnitude(const Rect2D &box)
                      std::abs(box.yMax)});
 }
 
-/// Candidates of one run, side by side.
+/// A record of a leaf with a copy of its box, so that the boxes are contiguous in memory.
 struct Candidate {
     Rect2D box;
     quint32 record;
 };
 
-/// Joins a run with itself, the runs behind it and, for wide records, the runs before it:
-/// found(a, b, contact) comes once for each pair in contact, in ascending order of a. Only where a
-/// is wide may b be below a.
+/// Joins a leaf of the box tree with itself, the leaves after it and, for wide records, the leaves
+/// before it. Calls found(a, b, contact) once for each pair in contact, in ascending order of a.
+/// Only where a is wide can b be less than a.
 class LeafJoin {
 public:
     LeafJoin(const RecordStore &store, const ContactReaches &reaches, double time)
@@ -65,7 +65,7 @@ private:
         for (const Candidate &other : mOthers) {
             if (other.record <= own.record
                 && (!isWide || other.record == own.record
-                    || meet(own.box, mReaches.window(other.box)))) // found from the other side
+                    || meet(own.box, mReaches.window(other.box)))) // `other` finds this pair
                 continue;
             if (!meet(other.box, window))
                 continue;
@@ -91,7 +91,7 @@ private:
 
 ContactReaches::ContactReaches(const RecordStore &store) : mTolerance(store.tolerance())
 {
-    std::vector<double> magnitudes; // of one record in each run
+    std::vector<double> magnitudes; // of one record in each leaf
     for (quint32 record = 0; record < store.recordCount(); record += kRecordsPerLeaf)
         magnitudes.push_back(magnitude(store.box(record)));
     if (magnitudes.empty())
@@ -170,7 +170,7 @@ bool ContiguityGraph::build(const RecordStore &store, const ContactReaches &reac
     const auto byRecords = [](const Edge &a, const Edge &b) {
         return a.from != b.from ? a.from < b.from : a.to < b.to;
     };
-    if (!reaches.wide().empty()) { // which look back
+    if (!reaches.wide().empty()) { // their pairs may have the larger record first
         for (Edge &edge : edges) {
             if (edge.from > edge.to)
                 std::swap(edge.from, edge.to);
@@ -180,9 +180,10 @@ bool ContiguityGraph::build(const RecordStore &store, const ContactReaches &reac
     for (std::size_t i = 2; i < mFirst.size(); ++i)
         mFirst[i] += mFirst[i - 1];
     mNeighbors.resize(mFirst.back());
-    // Edges are sorted by their smaller record, then by the larger one. Entering the smaller record
-    // of every edge into the larger one's list first, and the larger ones after that, makes every
-    // list ascend. Meanwhile mFirst[r + 1] moves from the beginning of r's list to its end.
+    // Edges are sorted by their smaller record, then by the larger one. The first loop enters the
+    // smaller record of every edge into the list of the larger one, the second loop the larger
+    // record into the list of the smaller one. So every list ascends. Meanwhile mFirst[r + 1] moves
+    // from the beginning of r's list to its end.
     for (const Edge &edge : edges)
         mNeighbors[mFirst[edge.to + 1]++] = edge.from * 2 + edge.piece;
     for (const Edge &edge : edges)
@@ -206,13 +207,13 @@ void Contiguity::clear()
     mGraph = ContiguityGraph();
     mHasGraph = false;
     mPiece = kNoTime;
-    mQuestions = 0;
+    mQueries = 0;
     mReaches.reset();
     mReached.clear();
 }
 
-/// Drops the graph, the count of questions and the reaches when they belong to other records or to
-/// another static piece of time.
+/// Drops the graph, the count of queries and the reaches when they belong to another version of the
+/// store or to another static piece of time.
 void Contiguity::moveTo(qint64 time)
 {
     if (mVersion == mStore.version() && contains(mPiece, double(time)))
@@ -242,7 +243,7 @@ std::vector<std::vector<quint32>> Contiguity::rings(quint32 record, qint64 time,
                                                     int steps)
 {
     moveTo(time);
-    if (!mHasGraph && (steps > 1 || ++mQuestions > kQuestionsBeforeGraph))
+    if (!mHasGraph && (steps > 1 || ++mQueries > kQueriesBeforeGraph))
         prepare(time, nullptr);
     mReached.resize(mStore.recordCount(), false);
     std::vector<std::vector<quint32>> rings;

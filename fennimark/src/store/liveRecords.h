@@ -1,5 +1,27 @@
 // SPDX-License-Identifier: MIT
-/// The records that are checked out, with their live objects, and the last few that were.
+/// The records that are checked out, with their live objects, and the last 64 that were.
+///
+/// A live record is in one of four states:
+///     free     in the pool; it has no id, but may still have the object of another record, whose
+///              memory is used again
+///     held     in the table, in use, without a present object
+///     live     in the table, in use, with a present object
+///     waiting  in the table and in the list of kept records, with a present object, not in use
+/// A record is in use while it is checked out or while objects of it are handed out. Its object is
+/// present when it has the geometry of this record.
+///
+///                 checkOut              first GetTreeObject
+///          free -----------> held -----------------------------> live
+///           ^  <------------      <-----------------------------  | ^
+///           |    last check-in     last object returned, not kept | |
+///           |                                                     | |
+///           |                             last check-in or return | | checkOut
+///           |                                  of a kept record   v |
+///           +--------------------------------------------------- waiting
+///               65th waiting record, or removed from the store
+///
+/// A record is kept when one of its check-outs asked for it and it has not been removed from the
+/// store since. A live record that is not kept becomes free at its last check-in or return.
 #pragma once
 #include <memory>
 #include <vector>
@@ -11,27 +33,19 @@ namespace fennimark {
 struct LiveRecord final : HilbertTreeRecord {
     quint32 checkOuts = 0;
     quint32 objectsOut = 0;
-    bool keep = false;
-    bool isPresent = false; // false: the object is left from another record, to be seated anew
+    bool keep = false;      // one of the check-outs asked to keep the object
+    bool isPresent = false; // false: `object` is null or was made for another record
     std::unique_ptr<FMObject> object;
     std::vector<quint64> bytes; // the payload, where the store is not mapped
     LiveRecord *nextInBucket = nullptr;
-    LiveRecord *older = nullptr, *newer = nullptr; // while waiting among the kept ones
+    LiveRecord *older = nullptr, *newer = nullptr; // neighbours in the list of waiting records
 };
 
-/// A hash table of live records, chained through themselves, and a pool of unused ones.
-///
-/// A live record is in one of four states:
-///     free     in the pool; it has no id, but may still have an object to be seated anew
-///     held     in the table, checked out, without a present object
-///     live     in the table, with a present object, checked out or with objects handed out
-///     waiting  in the table and in the list of kept ones, with a present object and no users
-/// checkOut takes free or waiting to held or live; the first GetTreeObject takes held to live. When
-/// the last user of a live record returns it, it becomes waiting if it was checked out to be kept,
-/// and free otherwise. The 64 latest records wait; the oldest one becomes free for the next.
+/// A hash table of live records, with chains through the records themselves; a list of the waiting
+/// ones, the newest and the oldest at its ends; a pool of free ones.
 class LiveRecords {
 public:
-    /// Called for each live object that is dropped.
+    /// Is told of each live object that is dropped, before its backing is freed.
     class Owner {
     public:
         virtual void objectDropped(int recordId, const FMObject &object) = 0;
@@ -44,15 +58,16 @@ public:
     ~LiveRecords();
 
     LiveRecord *find(int recordId) const;
-    /// Checks a record out once more; it is taken from the pool when it is not in the table.
+    /// Adds a check-out of a record, which is taken from the pool when it is not in the table.
     LiveRecord *checkOut(int recordId, int chainId, bool keep);
     void checkIn(int recordId);
     void returnObject(LiveRecord &record);
-    /// Drops a record that has been removed from the store, at once or at its last return.
+    /// Drops a record that has been removed from the store: at once when it is not in use,
+    /// otherwise at its last check-in or return.
     void forget(int recordId);
     void clear();
 
-    /// The number of records checked out now, for tests of balance.
+    /// The number of records in use. Tests check with it that every check-out has its check-in.
     quint32 inUse() const { return mInUse; }
 
 private:

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// Records by distance: best-first search over the box tree.
+/// Records by distance: best-first search over the box tree (G. R. Hjaltason and H. Samet,
+/// "Distance browsing in spatial databases", ACM Transactions on Database Systems 24, 1999,
+/// 265-318).
 #pragma once
 #include <queue>
 #include <vector>
@@ -7,8 +9,8 @@
 
 namespace fennimark {
 
-/// Distances of objects are rounded otherwise than those of their boxes; a bound this much lower
-/// never passes over a record for that.
+/// The distance of an object and that of its box are rounded differently. A bound that is lowered
+/// by this factor never excludes a record because of that.
 constexpr double kBoundSlack = 1.0 - 1e-14;
 
 struct RecordDistance {
@@ -21,24 +23,24 @@ struct RecordDistance {
     }
 };
 
-/// The `count` records nearest to something inside `from`, by distance and then record.
-/// `exact(record)` gives the squared distance of a record's geometry; not a number and infinity are
-/// no distance. No more than `limit` away.
+/// The `count` records nearest to an object whose box is `from`, by distance and then record.
+/// @param limit  the largest squared distance of a result.
+/// @param exact  exact(record) returns the squared distance of the record's geometry. A record with
+/// NaN or infinity is left out.
 template <class When, class Exact>
 std::vector<RecordDistance> nearestRecords(const RecordStore &store, const Rect2D &from,
                                            const When &when, std::size_t count, double limit,
                                            Exact exact)
 {
-    // Levels 0 and up are nodes of the tree, as whose entries runs and records are met.
+    // Levels from 0 on are nodes of the tree.
     constexpr int kLeaf = -1, kRecord = -2;
     struct Waiting {
         double bound;
         int level;
         quint32 index;
-        bool operator<(const Waiting &other) const
-        {
-            return bound > other.bound;
-        } // the least on top
+        // std::priority_queue has its largest element on top; this order puts the least bound
+        // there.
+        bool operator<(const Waiting &other) const { return bound > other.bound; }
     };
     std::vector<RecordDistance> best; // a heap with the farthest on top
     if (count == 0 || !store.mayHold(when))

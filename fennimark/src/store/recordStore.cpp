@@ -14,7 +14,7 @@ constexpr quint64 verticesAt(quint64 partCount)
     return (4 * (partCount + 1) + 7) & ~quint64(7);
 }
 
-/// The view of a payload's bytes.
+/// Sets `view` to the payload that begins at `bytes`.
 void lookAt(const uchar *bytes, GeometryView &view)
 {
     const auto *sizes = reinterpret_cast<const quint32 *>(bytes);
@@ -29,7 +29,7 @@ void lookAt(const uchar *bytes, GeometryView &view)
         boxes > 0 ? reinterpret_cast<const RunBox *>(view.vertices + view.vertexCount) : nullptr;
 }
 
-/// A box as its corners, both axes tested at once.
+/// A box as its lower and upper corner, so that both axes are tested at the same time.
 class Corners {
 public:
     explicit Corners(const QPointF &point)
@@ -139,7 +139,7 @@ void RecordStore::clear()
     ++mVersion;
 }
 
-/// Where the columns begin.
+/// The offsets of the columns.
 struct RecordStore::Layout {
     quint64 times = 0, timeIndex = 0, chainOf = 0, observations = 0, points = 0, boxes = 0,
             payloads = 0, nodes = 0;
@@ -153,7 +153,7 @@ template <class T> bool RecordStore::appendColumn(const std::vector<T> &values, 
     return mSpace.append(values.data(), sizeof(T) * values.size());
 }
 
-/// Writes the columns behind the payloads and ends the space.
+/// Appends the columns to the payloads and freezes the space.
 bool RecordStore::layOut(const StoreContent &content, const std::vector<BoxNode> &nodes, Layout &at)
 {
     mPayloadEnd = mSpace.size();
@@ -163,7 +163,7 @@ bool RecordStore::layOut(const StoreContent &content, const std::vector<BoxNode>
           && appendColumn(content.observations, at.observations)
           && appendColumn(content.points, at.points) && appendColumn(content.boxes, at.boxes)
           && appendColumn(content.payloads(), at.payloads) && appendColumn(nodes, at.nodes)
-          && mSpace.align(kAlignment))) // an empty column, too, has a place
+          && mSpace.align(kAlignment))) // so that the offset of an empty last column is valid
         return false;
     mColumnBytes = mSpace.size() - columnsAt + content.recordCount();
     return mSpace.freeze(columnsAt);
@@ -225,7 +225,7 @@ int RecordStore::chainId(quint32 record) const
 
 QPair<timeRange, int> RecordStore::observation(quint32 first, quint32 index) const
 {
-    // A chain made later stands behind the column's end, which holds one entry a record.
+    // The column has one entry for each record; later positions belong to revived chains.
     const quint32 at = first + index;
     const quint32 id = at < mCount ? mObservations[at] : mLaterObservations[at - mCount];
     return {range(id - 1), int(id)};
@@ -240,8 +240,8 @@ bool RecordStore::view(quint32 record, GeometryView &view, std::vector<quint64> 
         lookAt(bytes, view);
         return true;
     }
-    // Payloads stand one behind the other: the next one's position, or the first column's, ends
-    // this one.
+    // Payloads are stored one after the other, so this one ends where the next payload or the first
+    // column begins.
     const quint64 end = record + 1 < mCount ? mPayloads[record + 1] : mPayloadEnd;
     buffer.resize((end - offset + 7) / 8);
     auto *bytes = reinterpret_cast<uchar *>(buffer.data());

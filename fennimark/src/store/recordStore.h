@@ -1,23 +1,39 @@
 // SPDX-License-Identifier: MIT
-/// The records of one geography: columns in the order of the Hilbert curve, payloads, a packed box
-/// tree over them.
+/// The records of one geography: columns in the order of the Hilbert curve, payloads, and a packed
+/// box tree over them.
 ///
-/// All of it lies in one ScratchSpace, payloads first, each at a multiple of 8:
-///     u32 part count, u32 part sizes, padding, 16 bytes a vertex, the run boxes of objects with
-///     more than 8 vertices.
-/// A point has no payload: its 16 bytes are its box. Behind the payloads stand the columns and the
-/// nodes. Per record:
-///     box 32 (point 16), time index 4 (none when all records share one range), chain id 4, payload
-///     position 8 (points none), entry in the list of observations 4, nodes 2.1; on the heap 1 of
-///     flags, which are the only thing to change.
+/// All of this is stored in one ScratchSpace, the payloads first, then the columns:
 ///
-///     payload 0 | payload 1 | ... | ranges | time index | chain ids | observations | boxes |
-///     payload positions | nodes
+///     | payload 0 | payload 1 | ... | ranges | time index | chain ids | observations |
+///     | boxes, or the coordinates of points | payload positions | nodes of the box tree |
 ///
-/// Here records count from 0; their public ids count from 1, since callers check in only ids above
-/// 0. Columns never change once they are laid out. Removing and reviving records changes flags and
-/// the version number alone; each change of the version invalidates the hull and the pieces of time
-/// here, the lists of observations in the Fennims, and the contiguity graph with its reaches.
+/// A payload begins at a multiple of 8 bytes, a column at a multiple of 64. A payload holds
+///     u32 part count | u32 size of each part | zeros up to a multiple of 8 |
+///     f64 x, f64 y of each vertex | the run boxes, for objects of more than 8 vertices
+/// A point has no payload: the column of boxes holds its 16 bytes of coordinates.
+///
+/// The columns, with the bytes they take for one record:
+///     ranges            the distinct time ranges; 24 for each of them
+///     time index     4  the record's entry in `ranges`; absent when all records have one range
+///     chain ids      4  the chain of the record
+///     observations   4  record ids by chain and time: each chain has a section of this list
+///     boxes         32  the bounds (points: 16)
+///     positions      8  where the payload begins (points: absent)
+///     nodes        2.1  see base/boxTree.h
+/// and on the heap 1 byte of flags.
+///
+/// Here records are numbered from 0. Public record ids begin at 1, because callers check in only
+/// ids above 0.
+///
+/// Columns never change once they are laid out. Removing a record sets a flag. Reviving one clears
+/// it and enters the record into two lists on the heap, which replace its entries in the columns of
+/// chain ids and observations. Both operations, and replacing the content, change the version
+/// number. What was derived from the records under another version is invalid:
+///     the hull and the pieces of time       here, see refresh()
+///     the lists of observations by time     ObservationLists in geography/fennimsState.h
+///     the contiguity graph and its reaches  Contiguity in store/contiguity.h
+/// Flags that record whether a polygon is simple change without a new version: they only cache a
+/// property of the geometry.
 #pragma once
 #include <QHash>
 #include <QVector>
@@ -33,7 +49,8 @@
 namespace fennimark {
 
 constexpr quint64 kMaxRecords = 0x7ffffffeU;
-constexpr quint32 kRecordsARange = 64; // so many, and testing all ranges costs next to nothing
+// From this many records a range on, testing all ranges before the records costs next to nothing.
+constexpr quint32 kRecordsARange = 64;
 
 /// Flags of a record; the lower two bits are its geometry type.
 constexpr quint8 kTypeMask = 0x03;
@@ -46,7 +63,7 @@ constexpr quint8 typeCode(ObjectKind kind)
     return kind == ObjectKind::Point ? 1 : kind == ObjectKind::Polygon ? 2 : 3;
 }
 
-/// What is collected, record by record, before a store is made of it.
+/// The content of a store while it is collected, record by record.
 class StoreContent {
 public:
     ObjectKind kind = ObjectKind::Point;
@@ -63,12 +80,11 @@ public:
     {
         return kind == ObjectKind::Point ? points.size() : boxes.size();
     }
-    /// Makes room for lines or polygons that are about to come, and for their bytes on the heap
-    /// only when they will stay there.
+    /// Reserves memory for `records` lines or polygons, and for their payloads when these will stay
+    /// on the heap.
     void expect(std::size_t records, quint64 payloadBytes);
     void addPoint(const QPointF &point) { points.push_back(point); }
-    /// Takes a line's or polygon's bytes; its run boxes are made here. False when the scratch file
-    /// fails.
+    /// Appends a line or polygon and computes its run boxes. False when the scratch file fails.
     bool addPayload(const GeometryView &view);
     const std::vector<quint64> &payloads() const { return mPayloads; }
 
@@ -77,7 +93,7 @@ private:
     std::vector<RunBox> mRuns;
 };
 
-/// Records that exist at a time, or at some time of a range.
+/// Selects the ranges that contain a time. DuringTime: those that overlap a range.
 struct AtTime {
     double time;
     double from() const { return time; }
@@ -95,7 +111,7 @@ class RecordStore final : public ObservationSource, private LiveRecords::Owner {
 public:
     RecordStore();
 
-    /// Replaces all there is. False, and the store is empty, when the scratch file fails.
+    /// Replaces the content. False, and the store is empty, when the scratch file fails.
     bool assign(StoreContent &&content);
     void clear();
 
@@ -120,10 +136,10 @@ public:
     int chainId(quint32 record) const;
     QPair<timeRange, int> observation(quint32 first, quint32 index) const override;
 
-    /// A line's or polygon's vertices in place, or in `buffer` where they are not in memory. False
-    /// when the device fails.
+    /// Views the vertices of a line or polygon: in place, or a copy in `buffer` when the payloads
+    /// are not in memory. False when the device fails.
     bool view(quint32 record, GeometryView &view, std::vector<quint64> &buffer) const;
-    /// Asks for the memory that a view of the record will read.
+    /// Prefetches the memory that a view of the record will read.
     void fetchAhead(quint32 record) const
     {
         if (!mPoints) {
@@ -131,30 +147,34 @@ public:
             __builtin_prefetch(mSpace.at(mPayloads[record]));
         }
     }
-    /// Makes `object` a live object of the record, in place of an earlier one where there is one.
-    /// False when the device fails. `buffer` must outlive it.
+    /// Makes `object` a live object of the record. An object that is passed in is used again; it
+    /// must be of this store. `buffer` must outlive the object. False when the device fails.
     bool present(quint32 record, std::unique_ptr<FMObject> &object,
                  std::vector<quint64> &buffer) const;
-    /// The record's live object while it is checked out; it stays the record's.
+    /// The live object of a record that is checked out, owned by the record. Null when the device
+    /// fails.
     FMObject *liveObject(LiveRecord &record) const;
     LiveRecords &live() const { return mLive; }
 
     /// Bytes of all columns and nodes, without the payloads.
     quint64 columnBytes() const { return mColumnBytes; }
 
-    /// Changes with every removal and addition: whoever caches derived things compares it.
+    /// Changes with every removal, revival and replacement. Every cache of derived data stores the
+    /// version that it belongs to and compares it; see the list at the head of this file.
     quint32 version() const { return mVersion; }
     void remove(quint32 record);
-    /// Removed records live again, in a new chain. @return where its observations begin
+    /// Restores removed records as the observations of a new chain. @return the position of the
+    /// first observation, see observation().
     quint32 revive(const std::vector<quint32> &records, int chain);
 
-    /// Hull of the living; zero and kNoTime when there are none.
+    /// The hull of all records that are not removed; a zero rectangle and kNoTime when there is
+    /// none.
     RectInT hull() const;
     const TimePieces &pieces() const;
 
     const BoxTree &tree() const { return mTree; }
-    /// Calls visit(record) for the living records of a run, or of all, whose box meets the window
-    /// at the time.
+    /// Calls visit(record) for the records of a leaf, or of all leaves, that are not removed, whose
+    /// box meets the window and whose range satisfies `when`. Records ascend.
     template <class When, class Visit>
     void visitLeaf(quint32 leaf, const Rect2D &window, const When &when, Visit visit) const;
     template <class When, class Visit>
@@ -162,7 +182,7 @@ public:
     /// The ids of the same records, ascending.
     template <class When>
     void collect(const Rect2D &window, const When &when, QVector<int> &ids) const;
-    /// Whether the store has records of the time at all, where one range says it for all.
+    /// False when the store is empty, or when all records share one range and `when` rejects it.
     template <class When> bool mayHold(const When &when) const
     {
         return mCount > 0 && (mTimeIndex != nullptr || when(mTimes[0]));
@@ -170,7 +190,7 @@ public:
 
 private:
     unsigned livingIn(quint32 first, quint32 count) const;
-    /// One bit for each record of the run that lives and hits.
+    /// A mask of the records of the leaf that visitLeaf visits; bit i stands for the i-th record.
     template <class When>
     unsigned hitsIn(quint32 leaf, const Rect2D &window, const When &when) const;
     template <class T> const T *column(quint64 offset) const
@@ -201,25 +221,25 @@ private:
     BoxTree mTree;
     Rect2D mBounds = kNoBox; // of all records, removed ones included
     std::vector<quint8> mFlags;
-    quint32 mRemoved = 0; // how many records are
+    quint32 mRemoved = 0; // the number of removed records
     quint32 mVersion = 0;
 
-    std::vector<quint32>
-        mLaterObservations; // of chains made after the columns; they count on from the column's end
-    QHash<quint32, qint32> mLaterChains; // their records
+    // The observations of revived chains. Their positions continue those of the column.
+    std::vector<quint32> mLaterObservations;
+    QHash<quint32, qint32> mLaterChains; // the chain of each revived record
 
     mutable LiveRecords mLive;
-    mutable quint32 mRefreshed = ~quint32(0); // the version that hull and pieces are of
+    mutable quint32 mRefreshed = ~quint32(0); // the version to which mHull and mPieces belong
     mutable RectInT mHull;
     mutable TimePieces mPieces;
 };
 
-/// The way past the public surface of a tree.
+/// Gives other parts of the library access to the store of a tree.
 struct StoreAccess {
     static RecordStore &store(const HilbertTree &tree) { return *tree.mStore; }
 };
 
-/// One bit for each of `count` boxes, or points, that meets the window.
+/// A mask of the boxes, or points, that meet the window; `count` is at most 16.
 unsigned boxesIn(const Rect2D *boxes, quint32 count, const Rect2D &window);
 unsigned pointsIn(const QPointF *points, quint32 count, const Rect2D &window);
 
@@ -269,8 +289,9 @@ void RecordStore::visit(const Rect2D &window, const When &when, Visit visit) con
                       [&](quint32 leaf) { visitLeaf(leaf, window, when, visit); });
 }
 
-/// Appends first + 1 + i for each i < count that takes(first + i), without a branch: which ones do
-/// cannot be predicted.
+/// Writes the ids of those of `count` records from `first` on for which takes(record) is true to
+/// `ids`, from index `found` on, and advances `found`. The loop has no branch, since the result of
+/// `takes` is unpredictable.
 template <class Takes>
 void appendIds(quint32 first, quint32 count, QVector<int> &ids, int &found, Takes takes)
 {
@@ -302,7 +323,8 @@ void RecordStore::collect(const Rect2D &window, const When &when, QVector<int> &
             appendIds(first, std::min(mCount - first, kRecordsPerLeaf), ids, found, takes);
         });
     };
-    // No box needs a look; and where ranges are far fewer than records, they are tested beforehand.
+    // The window covers all boxes, so only removal and time are tested. When there are far fewer
+    // ranges than records, each range is tested once, before the records.
     if (mRemoved == 0 && mTimeIndex && mTimeCount < mCount / kRecordsARange) {
         std::vector<quint8> admitted(mTimeCount);
         for (quint32 i = 0; i < mTimeCount; ++i)

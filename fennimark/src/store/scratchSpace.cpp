@@ -9,7 +9,7 @@ namespace fennimark {
 namespace {
 
 constexpr std::size_t kHeapLimit = std::size_t(4) << 20;
-constexpr std::size_t kFlushSize = std::size_t(256) << 10; // larger single writes gain nothing
+constexpr std::size_t kFlushSize = std::size_t(256) << 10; // larger writes are not faster
 
 QString &scratchDirectory()
 {
@@ -21,7 +21,8 @@ bool mappingAllowed = true;
 
 } // namespace
 
-/// Nobody asks for its name, so where the platform can do without it never gets one.
+/// QTemporaryFile makes a file without a name, where the platform has them, until the name is asked
+/// for. It never is.
 class SpillFile : public QTemporaryFile {
 public:
     explicit SpillFile(const QString &place) : QTemporaryFile(place) {}
