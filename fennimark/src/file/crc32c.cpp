@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// With the processor's own instruction where it has one (asked at run time), else eight bytes a
-// step through eight tables: M. Kounavis and F. Berry, "A systematic approach to building high
-// performance, software-based, CRC generators", ISCC 2005.
+// CRC-32C by the processor's own instruction, when it has one (tested at run time), otherwise by
+// eight tables and eight bytes a step: M. Kounavis and F. Berry, "A systematic approach to building
+// high performance, software-based, CRC generators", ISCC 2005. Both give the same checksums.
 #include "file/crc32c.h"
 #include <array>
 #include <cstring>
@@ -31,11 +31,16 @@ constexpr auto kTables = makeTables();
 
 #if defined(__x86_64__) && defined(__GNUC__)
 #define FENNIMARK_HAS_CRC_INSTRUCTION 1
-// An instruction takes three cycles and one can begin in each, so three lanes are read at a time
-// and then joined by what a lane of zeros does to a checksum, a linear map.
+// The instruction has a latency of three cycles and a throughput of one a cycle. So three
+// independent lanes of kLane bytes are processed at the same time:
+//
+//     | first lane | second lane | third lane |
+//
+// The checksum of the whole is shifted(shifted(first) ^ second) ^ third, where `shifted` appends a
+// lane of zeros to a checksum. That is a linear map of its bits, which is tabulated.
 constexpr std::size_t kLane = 4096;
 
-using Map = std::array<std::uint32_t, 32>; // what becomes of each bit
+using Map = std::array<std::uint32_t, 32>; // a linear map: the image of each bit
 
 constexpr std::uint32_t mapped(const Map &map, std::uint32_t crc)
 {
@@ -68,7 +73,7 @@ constexpr std::array<std::array<std::uint32_t, 256>, 4> makeLaneTables()
 
 constexpr auto kLaneTables = makeLaneTables();
 
-std::uint32_t behindLane(std::uint64_t crc)
+std::uint32_t shifted(std::uint64_t crc)
 {
     return kLaneTables[0][crc & 0xffU] ^ kLaneTables[1][crc >> 8 & 0xffU]
            ^ kLaneTables[2][crc >> 16 & 0xffU] ^ kLaneTables[3][crc >> 24 & 0xffU];
@@ -81,7 +86,7 @@ std::uint64_t wordAt(const unsigned char *bytes)
     return word;
 }
 
-/// Continues the inverted `crc` over all whole words and returns how many bytes that were.
+/// Continues the inverted `crc` over all whole words of 8 bytes. @return the number of these bytes.
 __attribute__((target("sse4.2"))) std::size_t
 wordsByInstruction(std::uint32_t &crc, const unsigned char *bytes, std::size_t size)
 {
@@ -95,7 +100,7 @@ wordsByInstruction(std::uint32_t &crc, const unsigned char *bytes, std::size_t s
             second = __builtin_ia32_crc32di(second, wordAt(lane + kLane + i));
             third = __builtin_ia32_crc32di(third, wordAt(lane + 2 * kLane + i));
         }
-        state = behindLane(behindLane(state) ^ second) ^ third;
+        state = shifted(shifted(state) ^ second) ^ third;
     }
     for (; size - done >= 8; done += 8)
         state = __builtin_ia32_crc32di(state, wordAt(bytes + done));

@@ -6,7 +6,8 @@
 
 namespace fennimark {
 
-/// Continues `crc` (0 to begin with) over `size` bytes. "123456789" gives 0xE3069283.
+/// Continues the checksum `crc`, which is 0 at the beginning, over `size` bytes. The checksum of
+/// "123456789" is 0xE3069283.
 std::uint32_t crc32c(std::uint32_t crc, const void *data, std::size_t size);
 
 } // namespace fennimark

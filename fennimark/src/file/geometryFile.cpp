@@ -13,7 +13,7 @@ namespace {
 
 using namespace file;
 
-/// The header's fields at their places, the same list for writing and reading.
+/// Calls field(offset, value) for the fields of the header; one list for writing and reading.
 template <class Header, class Field> void eachField(Header &header, Field field)
 {
     field(24, header.chains);
@@ -132,7 +132,7 @@ bool replaceFile(const QString &path, const std::function<bool(QDataStream &)> &
     bool done = write(out) && out.status() == QDataStream::Ok && file.flush();
     file.close();
     if (done) {
-        // Unlike QFile::rename this takes the place of a file that is there, in one step.
+        // Unlike QFile::rename this replaces an existing file, in one step.
         std::error_code error;
         std::filesystem::rename(QFile::encodeName(file.fileName()).constData(),
                                 QFile::encodeName(path).constData(), error);

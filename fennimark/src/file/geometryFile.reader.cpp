@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Nothing that a file says is believed before it has been seen: counts are held against section
-// lengths, and buffers grow with the data that have arrived, a chunk at a time.
+// The reader trusts no number in a file: counts are checked against section lengths, and buffers
+// grow only with data that have been read, a chunk at a time.
 #include "file/geometryFile.h"
 #include <QDataStream>
 #include <QtEndian>
@@ -13,9 +13,10 @@ namespace {
 
 using namespace file;
 
-constexpr quint64 kAhead = quint64(1) << 24; // the most that is made room for before it has arrived
+constexpr quint64 kAhead = quint64(1) << 24; // the most bytes reserved for data not yet read
 
-/// One section after the other; a chunk is handed out only when its checksum is right.
+/// Reads one section after the other. The data of a chunk are returned only when its checksum is
+/// right.
 class SectionReader {
 public:
     SectionReader(QDataStream &in, const FileHeader &header, ProgressCallback progress)
@@ -28,8 +29,8 @@ public:
     {
     }
 
-    /// Finds the section; false for another tag, another element size or a length that is no
-    /// multiple of it.
+    /// Reads the head of the section, after the unknown sections of a later minor number. False for
+    /// another tag, another element size, and a length that is not a multiple of it.
     bool begin(quint32 sectionTag, quint32 elementSize)
     {
         for (;;) {
@@ -47,7 +48,7 @@ public:
                 return false;
         }
     }
-    /// Bytes of the section that have not been handed out.
+    /// The bytes of the section that have not been returned yet.
     quint64 left() const { return mUnread + (mEnd - mAt); }
 
     bool bytes(void *data, quint64 size)
@@ -72,7 +73,8 @@ public:
         number = qFromLittleEndian<T>(raw);
         return true;
     }
-    /// So many elements of 4 or 8-byte words, taken over as they arrive.
+    /// Reads `count` elements, which consist of words of 1, 4 or 8 bytes. The vector grows with the
+    /// data that have been read.
     template <class Word, class T> bool words(std::vector<T> &values, quint64 count)
     {
         static_assert(sizeof(T) % sizeof(Word) == 0);
@@ -92,8 +94,9 @@ public:
         }
         return true;
     }
-    /// So many elements `ahead` bytes from here, where they lie; null when the chunk at hand does
-    /// not have them all, ready for use. Valid until the next call that reads.
+    /// A pointer to `count` elements in the current chunk, `ahead` bytes from the current position.
+    /// Null when the chunk does not contain all of them, or they are misaligned or of another byte
+    /// order. Valid until the next call that reads.
     template <class T> const T *inPlace(quint64 ahead, quint64 count) const
     {
         const std::size_t at = mAt + std::size_t(ahead);
@@ -101,7 +104,7 @@ public:
                              && mEnd - mAt >= ahead + count * sizeof(T);
         return isReady ? reinterpret_cast<const T *>(mChunk.data() + at) : nullptr;
     }
-    /// Passes over bytes that were read in place.
+    /// Skips bytes that were used in place.
     void pass(quint64 size) { mAt += std::size_t(size); }
     bool text(quint32 sectionTag, QByteArray &utf8)
     {
@@ -146,7 +149,7 @@ private:
     ProgressCallback mProgress;
     bool mSkipsUnknown;
     quint64 mTotal, mRead = 0;
-    quint64 mUnread = 0; // of the section, behind the present chunk
+    quint64 mUnread = 0; // bytes of the section after the current chunk
     std::vector<uchar> mChunk;
     std::size_t mAt = 0, mEnd = 0;
 };
@@ -186,7 +189,7 @@ bool readChains(SectionReader &section, const FileHeader &header, std::vector<Ch
     return observations == header.records;
 }
 
-/// Each record in exactly one observation.
+/// Reads OBSV; false unless each record is in exactly one observation.
 bool readObservations(SectionReader &section, quint64 count, std::vector<quint32> &observations)
 {
     if (!section.begin(kObservations, kObservationSize)
@@ -218,7 +221,8 @@ bool readRecords(SectionReader &section, quint64 count, StoreContent &content)
     return true;
 }
 
-/// Gives the records their chains; false when a chain's observations are out of order or overlap.
+/// Sets the chain of each record. False when the observations of a chain overlap or are out of
+/// order.
 bool placeObservations(const std::vector<ChainEntry> &chains, StoreContent &content)
 {
     content.chainOf.resize(content.timeIndex.size());
@@ -244,8 +248,7 @@ bool readPoints(SectionReader &section, quint64 count, StoreContent &content)
               });
 }
 
-/// The next line or polygon, where it lies in the file's chunk or, across the border of two,
-/// copied.
+/// Reads lines and polygons: in place when one is within a chunk, otherwise as a copy.
 class ShapeReader {
 public:
     explicit ShapeReader(SectionReader &section) : mSection(section) {}

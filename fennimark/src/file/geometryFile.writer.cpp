@@ -11,7 +11,7 @@ namespace {
 
 using namespace file;
 
-/// One section after the other, cut into chunks with their checksums.
+/// Writes one section after the other, in chunks with their checksums.
 class SectionWriter {
 public:
     SectionWriter(QDataStream &out, ProgressCallback progress, quint64 total)
@@ -79,7 +79,7 @@ private:
     std::vector<uchar> mChunk;
 };
 
-/// The bytes of vertices and counts stand in memory as in the file.
+/// On little-endian machines counts and vertices have the same bytes in memory and in the file.
 bool writeGeometry(SectionWriter &section, const GeometryView &view, ObjectKind kind)
 {
     if (kind == ObjectKind::Point)
@@ -102,7 +102,7 @@ bool writeGeometry(SectionWriter &section, const GeometryView &view, ObjectKind 
 struct FileContent::Plan {
     FileHeader header;
     std::vector<timeRange> times; // ascending, distinct
-    std::vector<quint32> idOf;    // ids of the file, by the source's record
+    std::vector<quint32> idOf;    // the record id in the file, by the source's record
 
     quint32 timeIndex(const timeRange &range) const
     {
@@ -113,7 +113,7 @@ struct FileContent::Plan {
 
 namespace {
 
-/// Distinct ranges, made so every time that their number has doubled.
+/// Collects distinct ranges. Duplicates are removed whenever the number of ranges has doubled.
 class DistinctRanges {
 public:
     void add(const timeRange &range)

@@ -8,7 +8,7 @@ using namespace fennimark;
 
 namespace {
 
-constexpr quint32 kWorthTesting = 64; // points in a cell that is tested as a whole
+constexpr quint32 kWorthTesting = 64; // the least points in a cell that is tested as a whole
 
 PointTree::Cell relation(const FMPolygon &polygon, const Rect2D &box)
 {

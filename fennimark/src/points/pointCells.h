@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// What the queries by area share: rectangles against cells, and the collection of members.
+/// Shared parts of the queries by area: the test of cells against a rectangle, and the collection
+/// of hits.
 #pragma once
 #include <QSet>
 #include <QVector>
@@ -26,7 +27,7 @@ inline PointTree::Cell relation(const Rect2D &rect, const Rect2D &box)
     return inside ? PointTree::Cell::Inside : PointTree::Cell::Cut;
 }
 
-/// Collects points that are not excluded, without distances, and leaves them in order of id.
+/// Collects points that are not excluded, without distances. The destructor sorts them by id.
 class CellMembers {
 public:
     CellMembers(const QSet<int> &exclude, QVector<ptTreeQueryResult> &hits)

@@ -7,8 +7,8 @@ namespace fennimark {
 namespace {
 
 constexpr size_t kNewcomers = 64;
-constexpr size_t kAbsorbed = 3; // times the newcomers' number
-constexpr int kFirstBatch = 12;
+constexpr size_t kAbsorbed = 3; // a tree is merged up to this many times the points merged so far
+constexpr int kFirstBatch = 12; // hits of a cursor's first batch; each following one is doubled
 constexpr int kLargestBatch = 1 << 20;
 
 double magnitude(double x, double y)
@@ -26,7 +26,7 @@ bool isFinite(const QPointF &place)
 struct PointForest::Cursor {
     QPointF place;
     QSet<int> exclude;
-    PointHit last; // handed out last
+    PointHit last; // the hit that was returned last
     bool hasLast;
     QVector<ptTreeQueryResult> batch;
     int next;
@@ -115,7 +115,7 @@ bool PointForest::remove(const IdPoint &point)
     return true;
 }
 
-// Before every query.
+// Called before every query; restores the invariants at the head of pointForest.h.
 void PointForest::arrange()
 {
     ++mQueries;
@@ -138,7 +138,7 @@ void PointForest::absorbNewcomers()
     rebuild(first);
 }
 
-// Makes one tree of the newcomers and of the trees from `firstTree` on.
+// Replaces the newcomers and the trees from `firstTree` on by one tree.
 void PointForest::rebuild(size_t firstTree)
 {
     std::vector<IdPoint> points;
@@ -150,7 +150,7 @@ void PointForest::rebuild(size_t firstTree)
         mTrees.push_back(PointTree::build(points));
 }
 
-// Slots are counted through the trees and the newcomers.
+// Adds the first slot of a tree: slots are numbered through all trees, then the newcomers.
 template <class Sink> struct ShiftedSink {
     Sink &sink;
     quint32 base;
@@ -192,7 +192,7 @@ size_t PointForest::collectNearest(const QPointF &place, int count, const Exclud
     });
 }
 
-// The collected hits as records.
+// Writes the collected hits to `records`.
 void PointForest::report(const QPointF &place, QVector<ptTreeQueryResult> &records) const
 {
     const auto count = static_cast<int>(mHits.size());
@@ -225,7 +225,8 @@ bool PointForest::nearest(const QPointF &place, int count, const QSet<int> &excl
     const size_t tied = collectNearest(place, count, ExcludedIds(exclude), nullptr);
     const size_t found = mHits.size();
     if (found > static_cast<size_t>(std::max(count, 0))) {
-        // Callers that count the ties compare distances exactly.
+        // All points of the tie get one distance, because callers that count ties compare distances
+        // exactly.
         const auto group = mHits.end() - static_cast<std::ptrdiff_t>(tied);
         const double distance = mHits[static_cast<size_t>(count) - 1].distance;
         std::for_each(group, mHits.end(), [distance](PointHit &hit) { hit.distance = distance; });
@@ -274,7 +275,8 @@ PointForest::Cursor *PointForest::findCursor(void *cursor) const
     return nullptr;
 }
 
-// All ties of its last hit are in a batch, so that the next one begins behind them.
+// Searches the next batch. A batch contains all ties of its last hit, so the next batch can begin
+// after that hit in the order of distance and id.
 bool PointForest::fetch(Cursor &cursor)
 {
     collectNearest(cursor.place, cursor.batchSize, ExcludedIds(cursor.exclude),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What point queries collect: hits in order of distance, with the ties of the last one.
+/// The result sets of point queries: hits in order of distance, with the ties of the last one.
 #pragma once
 #include <QSet>
 #include <algorithm>
@@ -21,7 +21,7 @@ struct PointHit {
     }
 };
 
-/// A set of ids that is empty or holds one id most of the time.
+/// A view of a set of ids, fast for sets of no or one id, which are the usual ones.
 class ExcludedIds {
 public:
     explicit ExcludedIds(const QSet<int> &ids)
@@ -39,7 +39,7 @@ private:
     const int mOnly;
 };
 
-/// All within a squared distance.
+/// Collects all hits within a squared distance.
 class HitsWithin {
 public:
     HitsWithin(std::vector<PointHit> &hits, double limit, const ExcludedIds &excluded)
@@ -60,13 +60,14 @@ private:
     const ExcludedIds &mExcluded;
 };
 
-/// The nearest `count` hits and those tied with the last of them. The nearest are kept in order, or
-/// many of them in a heap; hits that may be tied are collected apart, under a limit that is a little
-/// too wide, until the last distance is known.
+/// Collects the nearest `count` hits and those that are tied with the last of them. mHits holds the
+/// nearest hits: sorted when `count` is at most 32, otherwise as a heap. mTies holds the other hits
+/// up to mLimit, which is the distance of the last hit plus an upper bound of the tolerance of
+/// ties; finish() drops those that are not tied.
 ///
-/// Two hits are tied when their distances differ by no more than 4 ulp of the largest coordinate
-/// among the place and the two: distances on a lattice of spacing 0.1 differ by that much where they
-/// are equal in exact arithmetic. Points that are no hits have no part in it.
+/// Two hits are tied when their distances differ by no more than 4 ulp of the largest coordinate of
+/// the place and the two points: on a lattice of spacing 0.1, distances that are equal in exact
+/// arithmetic differ by up to that much. Points that are not among the hits have no influence.
 class NearestHits {
 public:
     /// @param magnitude  the larger absolute coordinate of the place.
@@ -104,9 +105,10 @@ public:
         }
     }
 
-    /// Puts the hits in order of distance and id, ties at the end. magnitude(hit) gives the larger
-    /// absolute coordinate of a hit. @return how many of the last hits are tied with the last
-    /// wanted one, itself included; 0 when there are fewer hits than wanted.
+    /// Sorts the hits by distance and id, with the ties at the end.
+    /// @param magnitude  magnitude(hit) returns the larger absolute coordinate of a hit.
+    /// @return the number of hits at the end that are tied with the last one wanted, which is
+    /// included; 0 when there are fewer hits than wanted.
     template <class Magnitude> size_t finish(Magnitude magnitude)
     {
         mHits.resize(mFound);
@@ -144,7 +146,8 @@ private:
     static constexpr size_t kSelectedCount = 8;
     static constexpr double kTieUlps = 4.0;
 
-    // What was kept in order lacks the order of ids only.
+    // Short lists are sorted by distance already, and only ids and ties may be out of order, so
+    // they are sorted by insertion.
     void sort()
     {
         if (mHits.size() > 2 * kSortedCount) {
@@ -171,7 +174,8 @@ private:
             return;
         }
         if (mWanted <= kSelectedCount) {
-            // Where a hit belongs cannot be predicted: in a short list each place selects.
+            // The position of a hit is unpredictable, so a short list is updated by selections
+            // instead of branches.
             *at = hit;
             for (; at != mHits.data(); --at) {
                 const bool moves = at[-1].distance > hit.distance;
@@ -213,9 +217,9 @@ private:
         mLimit = mLast + mSlack;
     }
 
-    // (d + t)^2 - d^2 for the first last distance d, which only falls from here on, and some more
-    // for rounding. A hit has no larger coordinate than the place's plus d, so t is at least its
-    // tolerance.
+    // The slack is an upper bound of (d + t)^2 - d^2 plus rounding, where d is the distance of the
+    // last hit when the list is first full; from then on d only decreases. No hit has a coordinate
+    // larger than the place's plus d, so t is at least the tolerance of every hit.
     void setSlack()
     {
         mLast = mWanted > kSortedCount ? mHits.front().distance : mHits.back().distance;

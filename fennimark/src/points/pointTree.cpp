@@ -7,7 +7,7 @@
 namespace fennimark {
 namespace {
 
-constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN(); // an empty or removed slot
 
 template <bool isY> double coordinate(const IdPoint &point)
 {
@@ -39,8 +39,8 @@ class PointTree::Builder {
 public:
     Builder(PointTree &tree, const PlacedReport &report) : mTree(tree), mReport(report) {}
 
-    // Each subtree of up to a hundredth of all points, and a tree that is smaller than the least
-    // step, reports its points.
+    // Progress: every largest subtree of at most 1/64 of all points, or of 48 points when that is
+    // more, reports its number of points when it is complete.
     bool run(std::vector<IdPoint> &points)
     {
         const auto count = static_cast<quint32>(points.size());
@@ -80,7 +80,7 @@ private:
         return true;
     }
 
-    // Across the longer side of the box; the left half has whole leaves only.
+    // Splits across the longer side of the box. All leaves of the left half are full.
     bool split(IdPoint *points, quint32 count, Range range, const Rect2D &box)
     {
         const quint32 rank = range.left().leaves * kLeafSize;
@@ -112,7 +112,8 @@ private:
     PointTree &mTree;
     const PlacedReport &mReport;
     quint32 mReportBelow = 0;
-    quint32 mReported = 0; // while at most mReportBelow: the size of the subtree that will report
+    // At most mReportBelow while a subtree that will report is being built; then its size.
+    quint32 mReported = 0;
 };
 
 std::shared_ptr<PointTree> PointTree::build(std::vector<IdPoint> &points, const PlacedReport &report)

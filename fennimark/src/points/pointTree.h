@@ -1,21 +1,37 @@
 // SPDX-License-Identifier: MIT
-/// A static kd-tree over points with ids, laid out without pointers: 21.5 bytes a point.
+/// A static kd-tree over points with ids (J. L. Bentley, "Multidimensional binary search trees used
+/// for associative searching", Communications of the ACM 18, 1975, 509-517), stored without
+/// pointers in two arrays: 20 bytes a point in leaves and 1.3 in nodes.
 ///
-/// Points lie in leaves of twelve, by columns. A node over m leaves has m/2 of them on its left;
-/// nodes are in preorder, so that its left child is the next node and its right child comes m/2
-/// later, and a subtree's leaves are neighbours. Five leaves:
+/// A leaf has twelve points, stored by columns:
+///
+///     | x of 12 points | y of 12 points | id of 12 points |     240 bytes
+///
+/// All leaves but the last one are full. Removed points and the unused slots of the last leaf have
+/// NaN coordinates, which fail every comparison. Slot s is the point s % 12 of leaf s / 12.
+///
+/// Nodes are stored in preorder. A node over m leaves has the first m/2 (rounded down) of them on
+/// its left: its left child is the next node, its right child is m/2 nodes later, and the leaves of
+/// a subtree are contiguous. With five leaves:
 ///
 ///     node 0 (leaves 0 to 4)
-///       node 1 (0 to 1): leaf 0, leaf 1
-///       node 2 (2 to 4): leaf 2, node 3 (3 to 4): leaf 3, leaf 4
+///       node 1 (leaves 0 to 1): leaf 0, leaf 1
+///       node 2 (leaves 2 to 4): leaf 2, node 3 (leaves 3 to 4): leaf 3, leaf 4
 ///
-/// A node holds the two bounds of the gap between its halves along one axis, and no byte for the
-/// axis: it is the last bit of the lower bound, 0 for x and 1 for y. A bound whose last bit differs
-/// is rounded up by one ulp, which keeps all points of the left half at or below it. Removed points
-/// and the unused end of the last leaf have NaN coordinates, which no comparison accepts.
+/// A node holds the gap between its halves along one axis. The axis is packed into the last bit of
+/// the lower bound:
 ///
-/// Distances to cells are computed by the expression of the distances to points, so that rounding
-/// is monotone: a cell is never farther than a point in it.
+///      63                               1   0     63                                0
+///     +------------------------------------+---+ +-----------------------------------+
+///     | low: upper bound of the left half  | a | | high: lower bound of the right    |
+///     +------------------------------------+---+ +-----------------------------------+
+///       a = 0: the halves differ in x      a = 1: they differ in y
+///
+/// When the last bit of a bound does not match its axis, the bound is rounded up by one ulp. All
+/// points of the left half are still at or below it.
+///
+/// Distances to cells are computed by the same expression as distances to points. So rounding is
+/// monotone: a cell is never farther than a point in it.
 #pragma once
 #include <QtAlgorithms>
 #include <QtGlobal>
@@ -40,14 +56,16 @@ struct IdPoint {
 class PointTree {
 public:
     static constexpr quint32 kLeafSize = 12;
-    /// Takes the number of points placed since the last report; false ends the work.
+    /// Receives the number of points placed since the last report; building stops when it returns
+    /// false.
     using PlacedReport = std::function<bool(quint32)>;
 
-    /// Reorders `points`, at least one. Null when `report` (may be empty) returns false.
+    /// Builds a tree of `points`, at least one, and reorders them. Null when `report` (may be
+    /// empty) returns false.
     static std::shared_ptr<PointTree> build(std::vector<IdPoint> &points,
                                             const PlacedReport &report = {});
 
-    quint32 slotCount() const { return mSlots; } ///< places, removed points included
+    quint32 slotCount() const { return mSlots; } ///< removed points included
     quint32 liveCount() const { return mLive; }
     IdPoint point(quint32 slot) const
     {
@@ -56,19 +74,20 @@ public:
     }
     void appendLive(std::vector<IdPoint> &points) const;
 
-    /// The place of a point with exactly these coordinates and this id; slotCount() when there is
+    /// The slot of a point with exactly these coordinates and this id; slotCount() when there is
     /// none.
     quint32 find(double x, double y, int id) const;
     void remove(quint32 slot);
 
     /// Calls sink.offer(squared distance, id, slot) for all points whose squared distance is at
-    /// most sink.limit(), which may fall meanwhile; near cells first.
+    /// most sink.limit(). The limit may decrease during the call, so near cells are visited first.
     template <class Sink> void visitNear(double x, double y, Sink &sink) const;
 
     enum class Cell { Apart, Cut, Inside };
-    /// Calls cell(box, points) on the way down, leaves included: what is apart is passed over,
-    /// visit(IdPoint, inside) gets the live points of the rest, `inside` saying that one of their
-    /// cells was.
+    /// Calls cell(box, points) for the cells from the root down to the leaves; `points` is an upper
+    /// bound of the points in the cell. Cells that are Apart are skipped, and below a cell that is
+    /// Inside no further cell is tested. Calls visit(IdPoint, inside) for the remaining live
+    /// points; `inside` is true below a cell that is Inside.
     template <class CellTest, class Visit> void visitCells(CellTest cell, Visit visit) const;
 
 private:
@@ -77,28 +96,29 @@ private:
         double y[kLeafSize];
         int id[kLeafSize];
 
-        /// All squared distances, and a bit for each that is at most `limit`: few are, and which
-        /// ones cannot be predicted.
+        /// Computes all squared distances. @return a mask of those that are at most `limit`. A mask
+        /// saves unpredictable branches: few points are within the limit.
         quint32 within(double limit, double fromX, double fromY, double *distance) const;
     };
-    // The axis is the last bit of `low`, which is rounded up to make it so.
+    // The last bit of `low` is the axis; see above.
     struct Node {
-        double low;          ///< no point on the left is above
-        double high;         ///< no point on the right is below
-        quint32 axis() const // 0: x
+        double low;          ///< no point of the left half is above
+        double high;         ///< no point of the right half is below
+        quint32 axis() const // 0: x, 1: y
         {
             quint64 bits;
             std::memcpy(&bits, &low, sizeof bits);
             return bits & 1;
         }
     };
+    /// A subtree: its first node, its first leaf and the number of its leaves.
     struct Range {
         quint32 node;
         quint32 leaf;
         quint32 leaves;
         Range left() const { return half(false); }
         Range right() const { return half(true); }
-        /// By masks, since which half a walk takes cannot be predicted.
+        /// Computed with masks, because the half that a walk takes is unpredictable.
         Range half(bool isRight) const
         {
             const quint32 mask = 0U - quint32(isRight);
@@ -111,7 +131,7 @@ private:
     static constexpr int kMaxDepth = 34;
 
     Range all() const { return {0, 0, static_cast<quint32>(mLeaves.size())}; }
-    /// Prefetches a leaf while the walk to it goes on.
+    /// Prefetches a leaf that the walk is about to reach.
     void fetchAhead(quint32 leaf) const
     {
         const auto *bytes = reinterpret_cast<const char *>(mLeaves.data() + leaf);
@@ -169,8 +189,8 @@ template <class Sink> void PointTree::scanLeaf(quint32 leaf, double x, double y,
 
 template <class Sink> void PointTree::visitNear(double x, double y, Sink &sink) const
 {
-    // What differs between the axes and between left and right is indexed and computed, not
-    // branched on: neither can be predicted.
+    // The axis and the side are unpredictable, so they are array indices and masks instead of
+    // branches.
     struct Waiting {
         double distance; // to the cell
         double away[2];  // along the axes
@@ -193,7 +213,7 @@ template <class Sink> void PointTree::visitNear(double x, double y, Sink &sink) 
             const double v = place[axis];
             const double toLeft = v - node.low;
             const double toRight = node.high - v;
-            const double across = std::max(toLeft, toRight); // to the farther side, not negative
+            const double across = std::max(toLeft, toRight); // to the farther half; not negative
             const double along = away[1 - axis];
             const double distance = across * across + along * along;
             const bool rightFirst = toRight <= toLeft;
