@@ -39,7 +39,7 @@ ExitCode codeOf(FailureKind kind)
     }
 }
 
-/// The one place where failures become text and a code.
+/// Runs the verb. All failures are converted to messages and exit codes here.
 int runGuarded(const Context &context)
 {
     try {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-/// The command line as a whole.
+/// The command line.
 #pragma once
 
 namespace meridor {
 
-/// Parses, runs the chosen verb and reports how it ended. Needs the application object. @return the
-/// exit code
+/// Parses the arguments, runs the verb and reports failures. Requires an application object.
+/// @return the exit code.
 int runCommandLine(int argc, char **argv);
 
 } // namespace meridor

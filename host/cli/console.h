@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The two voices of a command: results on standard output, notes and progress on standard error.
+/// Output of a command: results on standard output, messages on standard error.
 #pragma once
 #include <QJsonArray>
 #include <QJsonObject>
@@ -16,18 +16,18 @@ class Console : public Notes {
 public:
     bool json = false;
     bool quiet = false;
-    std::function<void()> clearLine; ///< takes a progress bar off the line before a note
+    std::function<void()> clearLine; ///< removes a progress bar from the line before a message
 
-    /// One line of result. Raises a Failure when it cannot be written.
+    /// Prints one line of the result. Raises a Failure if it cannot be written.
     void print(const QString &line) const;
-    /// The whole result of a command as one JSON value.
+    /// Prints the whole result of a command as JSON. Raises a Failure as well.
     void print(const QJsonObject &object) const;
-    /// Something worth knowing that is not the result; silent with --quiet.
+    /// Prints information that is not the result, unless `quiet`.
     void note(const QString &line) const override;
     void error(const QString &line) const;
 };
 
-/// Rows under a heading, columns padded to their widest cell. Numbers stand right, texts left.
+/// A table with a heading. Columns are padded to their widest cell.
 class TextTable {
 public:
     enum Align { Left, Right };

@@ -19,10 +19,11 @@ void watchInterrupts()
 {
     std::signal(SIGINT, noteInterrupt);
     std::signal(SIGTERM, noteInterrupt);
-    // A terminal that closes; a program that was started to outlive it ignores the signal already.
+    // Sent when the terminal closes. nohup has the signal ignored before the start, which must stay
+    // so.
     if (std::signal(SIGHUP, noteInterrupt) == SIG_IGN)
         std::signal(SIGHUP, SIG_IGN);
-    // A closed pipe and a file-size limit are write errors, told like any other.
+    // A closed pipe and the limit of file sizes are then reported as write errors.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }

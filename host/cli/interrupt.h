@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Ctrl-C, a closed terminal and a polite kill as a flag: the first one asks the running work to
-/// stop, a second one of its kind ends the process at once.
+/// SIGINT, SIGTERM and SIGHUP: the first one sets a flag that asks the running work to stop, a
+/// second one of the same kind ends the process.
 #pragma once
 
 namespace meridor {

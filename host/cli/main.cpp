@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The process around the command line: an application without a display, texts in UTF-8, numbers in
-// the C locale.
+// The entry point: creates an application without a display and sets the text codec to UTF-8 and
+// the numeric locale to C.
 #include <QApplication>
 #include <QDir>
 #include <QTextCodec>
@@ -10,8 +10,7 @@
 
 namespace {
 
-/// The platform's complaints (no runtime directory, no fonts cache) are no notes of ours; what ends
-/// the process is.
+/// Suppresses Qt's warnings (no runtime directory, no font cache) except fatal ones.
 void onlyFatal(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     if (type == QtFatalMsg || qEnvironmentVariableIsSet("MERIDOR_DEBUG"))
@@ -22,13 +21,13 @@ void onlyFatal(QtMsgType type, const QMessageLogContext &, const QString &text)
 
 int main(int argc, char **argv)
 {
-    // Pictures are drawn in memory: a display, even one that is there, is never touched.
+    // Pictures are drawn in memory, so a display is not used even if there is one.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qInstallMessageHandler(onlyFatal);
-    int applicationArguments = 1; // the rest of the line is ours, not the toolkit's
+    int applicationArguments = 1; // Qt must not parse our arguments
     const QApplication application(applicationArguments, argv);
-    // Names go through the local encoding inside the library; in a bare C locale that would lose
-    // their letters.
+    // The library converts file names to the local encoding, which in the C locale would lose
+    // characters outside ASCII.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     std::setlocale(LC_NUMERIC, "C");
     return meridor::runCommandLine(argc, argv);

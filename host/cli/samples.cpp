@@ -12,7 +12,8 @@ QString samplesDirectory(const QString &wanted)
     const QString program = QCoreApplication::applicationDirPath();
     QStringList places{wanted, qEnvironmentVariable("MERIDOR_SAMPLES"),
                        program + QStringLiteral("/../share/meridor/samples")};
-    // Written by the build and not installed: the program itself knows nothing of the source tree.
+    // This file is written by the build and not installed, so the program contains no path of the
+    // source tree.
     QFile note(program + QStringLiteral("/samples-directory"));
     if (note.open(QIODevice::ReadOnly))
         places.append(QString::fromUtf8(note.readAll()).trimmed());

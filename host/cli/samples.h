@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// Where the sample data are.
+/// The location of the sample data.
 #pragma once
 #include <QString>
 
 namespace meridor {
 
-/// The directory of samples: `wanted`, else $MERIDOR_SAMPLES, else beside the installed program
-/// (../share/meridor/samples), else where the build tree's note beside the program points. Raises a
-/// Failure.
+/// The directory of samples, the first that exists of: `wanted`, $MERIDOR_SAMPLES,
+/// ../share/meridor/samples beside the installed program, and the directory named in the file
+/// samples-directory beside a program in the build tree. Raises a Failure if there is none.
 QString samplesDirectory(const QString &wanted);
 
 } // namespace meridor

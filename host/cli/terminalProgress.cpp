@@ -7,7 +7,7 @@ namespace meridor {
 namespace {
 
 constexpr int kBarWidth = 30;
-constexpr int kRestMilliseconds = 80; ///< between two drawings
+constexpr int kRestMilliseconds = 80; ///< least time between two drawings
 
 } // namespace
 

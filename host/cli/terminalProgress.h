@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// One bar on the terminal for all long work.
+/// The progress bar on the terminal.
 #pragma once
 #include <QElapsedTimer>
 #include <QString>
@@ -8,14 +8,15 @@ namespace meridor {
 
 class TerminalProgress {
 public:
-    /// @param visible  false: nothing is shown.
+    /// @param visible  false: nothing is drawn. Nothing is drawn either if standard error is no
+    ///                 terminal.
     explicit TerminalProgress(bool visible);
     ~TerminalProgress();
     TerminalProgress(const TerminalProgress &) = delete;
     TerminalProgress &operator=(const TerminalProgress &) = delete;
 
-    /// Draws the bar again when it has changed and was not drawn a moment ago; a percent of -1
-    /// takes it off the line.
+    /// Draws the bar if it has changed and was not drawn in the last 80 ms. A percent of -1 removes
+    /// the bar.
     void show(int percent, const QString &text);
     void wipe();
 

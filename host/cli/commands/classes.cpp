@@ -20,7 +20,7 @@ struct Options {
     QString at;
 };
 
-/// Values in each class: those of one time, or all by the table of values.
+/// The number of values of one time in each class.
 QVector<int> countsIn(const QVector<double> &breaks, const ValuesAt &values)
 {
     QVector<int> counts(qMax(0, breaks.size() - 1));
@@ -31,6 +31,7 @@ QVector<int> countsIn(const QVector<double> &breaks, const ValuesAt &values)
     return counts;
 }
 
+/// The number of values of all times in each class, from the frequency table.
 QVector<int> countsOfAll(const QVector<double> &breaks, int dataset)
 {
     QVector<int> counts(qMax(0, breaks.size() - 1));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// How a verb declares what it takes. The parser behind it shows in command.cpp and commandLine.cpp
-/// alone: its header costs each source that includes it more than all of a verb's own code.
+/// Declaration of verbs and their options. The parser library is included by command.cpp and
+/// commandLine.cpp only, because its header takes longer to compile than the code of a verb.
 #pragma once
 #include <QString>
 #include <QStringList>
@@ -14,22 +14,22 @@ class Option;
 
 namespace meridor {
 
-/// An option or argument that was declared; a handle, copied freely.
+/// A declared option or argument: a handle that may be copied.
 class Setting {
 public:
     explicit Setting(CLI::Option *option) : mOption(option) {}
     Setting &required();
-    /// The value has to be one of these.
+    /// Accepts only these values.
     Setting &oneOf(const QStringList &values);
     Setting &range(int least, int most);
     Setting &range(double least, double most);
     Setting &notNegative();
-    /// The help shows the value that the target has now, or this text, as the default.
+    /// Shows the present value of the target, or this text, as the default in the help.
     Setting &shown();
     Setting &shown(const char *text);
-    /// One word holds several values.
+    /// One argument contains several values, separated by `delimiter`.
     Setting &partedBy(char delimiter);
-    /// So many values, each a word of its own.
+    /// Takes from `least` to `most` arguments as values.
     Setting &values(int least, int most);
     bool isGiven() const;
 
@@ -37,24 +37,25 @@ private:
     CLI::Option *mOption;
 };
 
-/// A verb, or the program; a handle, copied freely. Targets live as long as the command line.
+/// A verb or the program itself: a handle that may be copied. Targets must outlive the parsing and
+/// the work of the verb.
 class Command {
 public:
     explicit Command(CLI::App &app) : mApp(&app) {}
     Command verb(const char *name, const char *help) const;
-    /// Verbs below this one, of which one has to be chosen.
+    /// Requires one of the verbs below this one.
     void needsVerb() const;
     Setting text(const char *name, QString &target, const char *help) const;
-    /// May be given several times, one text each.
+    /// An option that may be given several times, with one text each.
     Setting texts(const char *name, QStringList &target, const char *help) const;
     Setting number(const char *name, int &target, const char *help) const;
     Setting number(const char *name, double &target, const char *help) const;
     Setting numbers(const char *name, QVector<double> &target, const char *help) const;
-    /// A name that begins with "!" makes the target false.
+    /// Sets the target to true; to false if the name begins with "!".
     Setting flag(const char *name, bool &target, const char *help) const;
-    /// What stands under the help.
+    /// Text below the help.
     void footer(const char *text) const;
-    /// Called when the verb was chosen and its words are read.
+    /// `then` is called when the verb was given and its arguments are parsed.
     void chosen(const std::function<void()> &then) const;
 
 private:

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The verbs. Each adds its subcommand and, when it was the one chosen, leaves its work in the
-/// context.
+/// The verbs. Each function adds a subcommand, which sets Context::run to its work if it was given.
 #pragma once
 #include <QString>
 #include <QStringList>
@@ -12,7 +11,7 @@
 
 namespace meridor {
 
-/// What all verbs share. `run` is the chosen verb's work.
+/// State that all verbs share. `run` is the work of the verb that was given.
 struct Context {
     Console console;
     SessionOptions session;
@@ -43,12 +42,12 @@ void addZonal(const Command &app, Context &context);
 void addReport(const Command &app, Context &context);
 void addDemo(const Command &app, Context &context);
 
-/// The arguments PROJECT and DATASET.
+/// Adds the arguments PROJECT and DATASET.
 void projectArgument(const Command &command, QString &project);
 void datasetArgument(const Command &command, QString &dataset);
-/// --values, --min, --max and --at.
+/// Adds --values, --min, --max and --at.
 void valueOptions(const Command &command, ObjectChoice &choice);
-/// --overwrite, for verbs that write a file.
+/// Adds --overwrite, for verbs that write a file.
 void overwriteOption(const Command &app, Context &context);
 
 } // namespace meridor

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The whole road on real data: income per head of the 48 contiguous states of the USA over 81
-// years, and the days on which they came into the Union; then rain over the Carolinas. What each
-// step should find is known from outside.
+// A run through all main functions with real data: per-capita income of the 48 contiguous states of
+// the USA over 81 years and the dates of their admission to the Union; then rain over the
+// Carolinas. The expected results were computed with other software.
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -64,7 +64,7 @@ public:
             requireWritable(path(name), context.overwrite);
     }
 
-    /// True when every figure was right.
+    /// True if all figures were right.
     bool run()
     {
         mSteps.step("import", [this] { return import(); });
@@ -114,7 +114,7 @@ private:
         options.times = QStringLiteral("auto");
         options.strict = true;
         Console silent = mContext.console;
-        silent.quiet = true; // the tables repeat the states' names
+        silent.quiet = true; // no notes that the tables repeat the column of names
         const Progress progress("Import", "Importing...");
         const ImportReport report = importMap(options, silent, progress);
         mIncome = findDataset(report.geography, QStringLiteral("income"));
@@ -304,7 +304,7 @@ private:
         return QStringLiteral("%1, %2 rows").arg(QLatin1String(name)).arg(rows);
     }
 
-    /// Read back by another program's reader.
+    /// The number of rows of an exported table, read through GDAL.
     static int tableRows(const QString &file)
     {
         ReadOptions options;
@@ -312,7 +312,7 @@ private:
         return readFeatures(file, options).rows;
     }
 
-    /// Lines behind the title, the number of columns and their names.
+    /// The number of lines after the title, the number of columns and the column names.
     static int geoEasRows(const QString &file)
     {
         QFile lines(file);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Rain and temperature of 1999 in cells of an eighth of a degree. The figures are those of the
-// source; those of counties come from an overlay of cells and counties in a spatial database.
+// Rain and temperature of 1999 in cells of an eighth of a degree. Expected figures of the grids are
+// those of the source; those of counties were computed in a spatial database by intersecting cells
+// and counties.
 #include "cli/commands/demoClimate.h"
 #include <QFileInfo>
 #include <cmath>

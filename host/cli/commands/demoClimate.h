@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The demo's second half: monthly grids of rain and temperature, and their means over counties.
+/// The second part of the demo: monthly grids of rain and temperature, and their means over
+/// counties.
 #pragma once
 #include "cli/commands/commands.h"
 #include "cli/commands/demoSteps.h"
@@ -19,7 +20,7 @@ public:
           mSamples(samples)
     {
     }
-    /// Over an empty project.
+    /// Runs the steps. The project must be empty.
     void run();
 
 private:
@@ -44,7 +45,7 @@ private:
     int mRain = -1;
     int mTemperature = -1;
     int mCounties = -1;
-    int mMeans = -1; ///< of rain, by county and month
+    int mMeans = -1; ///< dataset of mean rain by county and month
 };
 
 } // namespace meridor

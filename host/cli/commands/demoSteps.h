@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The steps of the demo: what each found, whether it was right, and how long it took.
+/// Runs the steps of the demo and reports the result, the correctness and the duration of each.
 #pragma once
 #include <QElapsedTimer>
 #include "cli/console.h"
@@ -10,7 +10,7 @@ class DemoSteps {
 public:
     explicit DemoSteps(const Console &console) : mConsole(console) {}
 
-    /// @param work  tells what it found
+    /// @param work  returns its result as text; it calls expect() for each figure.
     template <class Work> void step(const char *what, Work work)
     {
         QElapsedTimer timer;
@@ -31,10 +31,10 @@ public:
                                .arg(mRight ? QString() : QStringLiteral("  WRONG")));
     }
 
-    /// Within a step: a wrong figure makes the step wrong.
+    /// Called within a step; false marks the step as wrong.
     void expect(bool right) { mRight = mRight && right; }
 
-    /// Tells the end of the story. True when every figure was right.
+    /// Prints the summary. True if all steps were right.
     bool finish() const
     {
         if (mConsole.json)

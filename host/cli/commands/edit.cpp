@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Other names, and fewer datasets and geographies.
+// The verbs rename and remove.
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>

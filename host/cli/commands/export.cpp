@@ -125,7 +125,7 @@ void run(const Options &options, const Context &context)
         times.second = lastInstantOf(requireSpan(axis, options.to));
     if (times.second < times.first)
         failUsage(QStringLiteral("the last time lies before the first"), "to");
-    // A GeoEAS reader parts fields at blanks: an empty field would shift the rest of the row.
+    // GeoEAS readers split rows at blanks: an empty field would shift the rest of the row.
     const QString missing = options.missingGiven || format != TableFormat::GeoEas
                                 ? options.missing
                                 : QStringLiteral("-999");

@@ -19,7 +19,7 @@ struct Options {
     ImportOptions import;
     QString project;
     bool append = false;
-    bool raster = false; ///< read the file as a grid, whatever else it holds
+    bool raster = false; ///< read the file as a grid even if it has layers
 };
 
 QJsonObject toJson(const ImportReport &report)
@@ -78,7 +78,7 @@ void print(const ImportReport &report, const Console &console)
     table.print(console);
 }
 
-/// What is asked of maps alone says nothing of a grid.
+/// Raises a Failure for options that do not apply to grids.
 void refuseMapOptions(const ImportOptions &import)
 {
     const QPair<const char *, bool> given[] = {

@@ -14,7 +14,7 @@ struct Options {
     QString at;
 };
 
-/// The name at the head of a WKT text; other texts as they are.
+/// The name of the coordinate system of a WKT text; any other text unchanged.
 QString projectionName(const QString &text)
 {
     const int open = text.indexOf(QLatin1String("[\""));

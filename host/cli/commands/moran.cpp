@@ -20,7 +20,7 @@ struct Options {
     QString dataset;
     QString set;
     QStringList at;
-    QString save; ///< empty: nothing goes into the project
+    QString save; ///< empty: nothing is stored in the project
     MoranPlan plan;
 };
 
@@ -71,7 +71,7 @@ void printLocal(const QJsonObject &result, const Console &console)
     table.print(console);
 }
 
-/// "5 high-high, 3 low-low".
+/// A summary of the clusters: "5 high-high, 3 low-low".
 QString clusters(const QJsonObject &result)
 {
     QMap<QString, int> counts;

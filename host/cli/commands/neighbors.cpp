@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// neighbors and nearest: who is near one object, or one place.
+// The verbs neighbors and nearest.
 #include <QJsonArray>
 #include <QJsonObject>
 #include <cmath>
@@ -30,10 +30,10 @@ struct Options {
 struct Row {
     QString object;
     double weight = kNone;
-    double distance = kNone; ///< map units; of borders their length
+    double distance = kNone; ///< in map units; for border weights the length of the border
 };
 
-/// Columns without any number are left out.
+/// Prints rows; columns without a number are left out.
 void print(const QVector<Row> &rows, QJsonObject head, const char *distanceName,
            const Console &console)
 {
@@ -68,7 +68,8 @@ void print(const QVector<Row> &rows, QJsonObject head, const char *distanceName,
     console.json ? console.print(head) : table.print(console);
 }
 
-/// What a set keeps in the field: squares between points, lengths of borders, distances of cells.
+/// The distance of a neighbour from the field of a set, which holds squared distances between
+/// points, lengths of borders or distances between cells.
 double distanceOf(const AdjacencySet &set, const neighborDatum &neighbor)
 {
     if (set.IsCustom())
@@ -121,7 +122,7 @@ void runNeighbors(const Options &options, const Context &context)
           set.GeoType() == AdjacencySet::PolygonGeography ? "border" : "distance", context.console);
 }
 
-/// A shape of an object for as long as it is looked at.
+/// The shape of an object at a time, checked out for a scope.
 class HeldObject {
 public:
     HeldObject(int geography, int object, qint64 time)
@@ -137,7 +138,7 @@ private:
     VORN_Object mObject;
 };
 
-/// A point itself, of other objects the middle.
+/// The coordinates of a point; the centre of any other object.
 QPointF placeOf(int geography, int object, qint64 time)
 {
     QPointF place;

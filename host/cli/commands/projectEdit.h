@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Verbs that change a project. It is written whole beside the old file, which goes only when the
-/// new one is complete.
+/// Support for verbs that change a project. The new file is written beside the old one and replaces
+/// it when it is complete.
 #pragma once
 #include "cli/commands/commands.h"
 
@@ -12,10 +12,10 @@ struct EditTarget {
     QString file() const { return output.isEmpty() ? project : output; }
 };
 
-/// --output and --overwrite.
+/// Adds --output and --overwrite.
 void targetOptions(const Command &command, EditTarget &target, Context &context);
 
-/// Loads, changes and saves; nothing is written when the change fails.
+/// Loads the project, calls `change` and saves. Nothing is written if `change` throws.
 void editProject(const EditTarget &target, const Context &context,
                  const std::function<void(Session &)> &change);
 

@@ -34,13 +34,14 @@ struct Options {
 
 constexpr double kRadian = 3.14159265358979323846 / 180;
 
-/// Cells and, where the query tells them, the areas that they share with what was asked for.
-struct Cells {
+/// The result of a query: cells and the areas that they share with a rectangle or polygon. No areas
+/// for circles, ellipses and queries by cell centres.
+struct FoundCells {
     RasterPixels pixels;
     QVector<double> areas;
 };
 
-/// The shapes of a file together.
+/// The rings of all polygons of a file.
 QList<QVector<QPointF>> ringsOfFile(const QString &path)
 {
     QList<QVector<QPointF>> rings;
@@ -52,7 +53,7 @@ QList<QVector<QPointF>> ringsOfFile(const QString &path)
     return rings;
 }
 
-/// "GEOGRAPHY/OBJECT", or the object of the only geography that is none of grids.
+/// The rings of an object named as "GEOGRAPHY/OBJECT".
 QList<QVector<QPointF>> ringsOfObject(const QString &text, qint64 time)
 {
     const int slash = text.lastIndexOf(QLatin1Char('/'));
@@ -69,9 +70,9 @@ QList<QVector<QPointF>> ringsOfObject(const QString &text, qint64 time)
     return rings;
 }
 
-Cells inPolygon(int geography, const QList<QVector<QPointF>> &rings, bool centers)
+FoundCells inPolygon(int geography, const QList<QVector<QPointF>> &rings, bool centers)
 {
-    Cells cells;
+    FoundCells cells;
     if (centers) {
         VORN_GetPixelCentersInPolygon(geography, rings, cells.pixels);
         return cells;
@@ -83,9 +84,9 @@ Cells inPolygon(int geography, const QList<QVector<QPointF>> &rings, bool center
     return cells;
 }
 
-Cells ask(const Options &options, int geography, qint64 time)
+FoundCells ask(const Options &options, int geography, qint64 time)
 {
-    Cells cells;
+    FoundCells cells;
     if (!options.rect.isEmpty()) {
         const auto n = numbersOf(options.rect, 4, QStringLiteral("--rect"));
         const QRectF rect = QRectF(QPointF(n[0], n[1]), QPointF(n[2], n[3])).normalized();
@@ -108,7 +109,7 @@ Cells ask(const Options &options, int geography, qint64 time)
     return cells;
 }
 
-void print(const Cells &cells, int dataset, qint64 time, const Console &console)
+void print(const FoundCells &cells, int dataset, qint64 time, const Console &console)
 {
     const int geography = VORN_GetGeographyId(dataset);
     const auto &source =

@@ -37,7 +37,7 @@ void run(const Options &options, const Context &context)
     VORN_GetDataIntervals(dataset, 0, object, intervals);
     for (const Interval &interval : intervals) {
         datum value;
-        // A slice holds the time for all objects; this one may be missing in it.
+        // Slices have the same intervals for all objects, so this object may have no value in one.
         const qint64 time = instantOf(interval);
         const bool there =
             isGrid ? VORN_GetRasterValue(dataset, 0, cell.first, cell.second, time, value)

@@ -71,7 +71,7 @@ void printNumbers(int dataset, const QVector<Row> &rows, const Row &all, const C
     table.print(console);
 }
 
-/// Of texts and of colours: how often each stands in the dataset.
+/// Prints the frequency of each value of a dataset of texts or colours.
 void printTexts(int dataset, const Console &console)
 {
     QJsonArray values;

@@ -16,7 +16,7 @@ struct Options {
 };
 
 struct Report {
-    QString version; ///< of the old file
+    QString version; ///< of the library that wrote the old file
     QStringList notes;
     int geographies = 0;
     int datasets = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// weights create, list, show, remove.
+// The verbs "weights create", "list", "show" and "remove".
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>

@@ -21,7 +21,7 @@ struct Options {
 
 void writeSet(const Options &options, const Context &context)
 {
-    weightsFormatOf(options.file); // refused before any work
+    weightsFormatOf(options.file); // raises a Failure for an unknown format before any work
     requireWritable(options.file, context.overwrite);
     refuseInput(options.file, {options.target.project});
     Session session(context.session, context.user);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The verbs between weight sets and files.
+/// The verbs "weights export" and "weights import".
 #pragma once
 #include "cli/commands/commands.h"
 

@@ -16,10 +16,10 @@ namespace {
 
 using Storage = MVectorDataset::StorageType;
 
-/// Values gathered in memory while slices are turned into series.
+/// The number of values kept in memory while slices are converted to series.
 constexpr int kValuesInHand = 1 << 20;
 
-/// A new dataset that goes again unless it is kept.
+/// Removes a new dataset at the end of its scope unless keep() was called.
 class NewDataset {
 public:
     explicit NewDataset(int id) : mId(id) {}
@@ -73,8 +73,8 @@ template <class T> void sliceUp(int from, int to, int realization, const Progres
     }
 }
 
-/// Every slice is read once for each batch of objects, so that memory is bounded and a slice is not
-/// read for one value.
+/// Converts slices to series in batches of objects: each slice is read once per batch, and the
+/// values of one batch are in memory.
 template <class T> void stringUp(int from, int to, int realization, const Progress &progress)
 {
     QVector<Interval> times;
@@ -135,7 +135,7 @@ int withStorage(int dataset, Storage storage, const QString &name)
 int convertDataset(int dataset, const Conversion &conversion)
 {
     const DatasetProps props = VORN_GetDatasetProperties(dataset);
-    sourceOf(dataset); // a grid is refused before anything else
+    sourceOf(dataset); // raises a Failure for a grid
     const bool otherType = conversion.type && *conversion.type != props.dataType;
     const bool otherStorage = conversion.storage && *conversion.storage != props.storageType;
     if (otherStorage && props.isStatic)

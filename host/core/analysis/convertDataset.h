@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Datasets of another type or storage.
+/// Conversion of datasets to another type or storage.
 #pragma once
 #include <QString>
 #include <optional>
@@ -13,11 +13,13 @@ struct Conversion {
     QString name; ///< of the new dataset
     std::optional<DataType> type;
     std::optional<MVectorDataset::StorageType> storage;
-    int decimals = 6; ///< of numbers that become text
+    int decimals = 6; ///< decimal places of numbers that become texts
 };
 
-/// A new dataset with the values of `dataset`, which stays; all realizations, missing values kept.
-/// Raises a Failure, or the cancel, with nothing left behind. @return the new id
+/// Creates a dataset with the values of `dataset`, which is unchanged. All realizations are
+/// converted, missing values stay missing. Raises a Failure, also on a cancel; no dataset is added
+/// then.
+/// @return the id of the new dataset.
 MERIDOR_EXPORT int convertDataset(int dataset, const Conversion &conversion);
 
 } // namespace meridor

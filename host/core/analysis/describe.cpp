@@ -22,7 +22,7 @@ QJsonObject span(const TimeAxis &axis, const TimeStamp &bounds)
             {QStringLiteral("end"), axis.showEnd(Interval(bounds))}};
 }
 
-/// Coordinates that are angles come with the unit's EPSG code in place of its name.
+/// The name of a unit. The unit of angular coordinates is given as its EPSG code.
 QString unitName(const QVariant &unit)
 {
     switch (unit.type() == QVariant::Int ? unit.toInt() : 0) {
@@ -37,7 +37,8 @@ QString unitName(const QVariant &unit)
     }
 }
 
-/// A grid's table of values holds none of its missing cells: they are counted.
+/// Whether a dataset has missing values. A raster dataset has if it has fewer values than cells at
+/// any time.
 bool hasMissing(int id)
 {
     if (!rasterOf(id))

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What a project holds, as JSON: geographies, datasets, weight sets.
+/// Descriptions of geographies, datasets and weight sets as JSON.
 #pragma once
 #include <QJsonArray>
 #include <QJsonObject>
@@ -9,18 +9,20 @@
 
 namespace meridor {
 
-/// Every geography of the project: see describeGeography.
+/// All geographies of the project; see describeGeography.
 MERIDOR_EXPORT QJsonArray describeProject(const QString &at = QString());
-/// Name, shapes, place, times and datasets. @param at  a time as text; the keys of the objects that
-/// exist then are added under "existing". Empty: they are not.
+/// Name, kind of shapes, extent, times and datasets.
+/// @param at  a time as text: the keys of the objects that exist then are added as "existing".
+///            Empty: they are left out.
 MERIDOR_EXPORT QJsonObject describeGeography(int id, const QString &at = QString());
-/// Type, storage, times and values.
+/// Type, storage, times and number of distinct values.
 MERIDOR_EXPORT QJsonObject describeDataset(int id);
 
-/// Name, definition and the times whose lists are kept.
+/// Name, definition and the times whose lists are stored.
 MERIDOR_EXPORT QJsonObject describeWeightSet(int id);
-/// How many links a set has at each of the times, or at the last when none is named. The lists are
-/// calculated where they are not kept yet, and stay with the set. Raises a Failure or the cancel.
+/// The number of links of a set at each of the times; at the last time if `times` is empty. Lists
+/// that are not stored yet are calculated and stored in the set. Raises a Failure, also on a
+/// cancel.
 MERIDOR_EXPORT QJsonArray describeLinks(int set, const QStringList &times);
 
 } // namespace meridor

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The statistic of a whole map is a sum over pairs: w_ij and w_ji meet as one weight, which halves
-// the work of a permutation, and several permutations go through the pairs together, so that a
-// pair's place is looked up once for all of them.
+// Global statistic. It is a sum over pairs of objects: w_ij and w_ji are added to one weight, which
+// halves the work of a permutation, and kTogether permutations share a pass over the pairs, so that
+// the indices of a pair are read once for all of them.
 //
-// A local test needs the first few values of a shuffle only, as many as the object has neighbours:
-// a random arrangement without one object is a random arrangement of the others. Those first values
-// stand behind one another for all permutations, so that an object's reference distribution is a
-// few passes over plain arrays, without a look-up. The few permutations that drew the object
-// itself among its first values skip it and take one value more.
+// Local statistics. The conditional permutations of an object with k neighbours need only the first
+// k values of a shuffle of all objects, because a random permutation from which one object is
+// removed is a random permutation of the others. FirstValues stores value 0 of all permutations,
+// then value 1 of all permutations, and so on; the lags of an object in all permutations are then k
+// passes over contiguous arrays. In permutations that have the object itself among its first k
+// values, it is skipped and value k is used as well.
 #include "core/analysis/moran.h"
 #include <algorithm>
 #include <array>
@@ -20,9 +21,9 @@ namespace meridor {
 namespace {
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-constexpr size_t kTogether = 4;                 ///< permutations that share a pass over the pairs
-constexpr size_t kTableBytes = size_t(1) << 22; ///< first values of shuffles in hand
-constexpr double kSlack = 1e-12; ///< of the statistic's scale: sums in another order are ties
+constexpr size_t kTogether = 4;                 ///< permutations per pass over the pairs
+constexpr size_t kTableBytes = size_t(1) << 22; ///< size of a FirstValues table
+constexpr double kSlack = 1e-12; ///< relative: equal sums that differ by rounding are ties
 
 size_t at(int i)
 {
@@ -47,7 +48,7 @@ double sumOfPowers(const std::vector<double> &z, int power)
     return sum;
 }
 
-/// The share of permutations at least as far out as the value, itself counted among them.
+/// The one-sided p from the number of permutations at or above the value; see MoranTest.
 double pseudoP(int above, int permutations)
 {
     if (permutations == 0)
@@ -55,7 +56,7 @@ double pseudoP(int above, int permutations)
     return (std::min(above, permutations - above) + 1.0) / (permutations + 1.0);
 }
 
-/// w_ij + w_ji of every pair i < j.
+/// The weights w_ij + w_ji of all pairs i < j by rows, and sums of weights.
 struct Pairs {
     std::vector<int> starts{0};
     std::vector<int> others;
@@ -105,8 +106,8 @@ Pairs pairsOf(const SparseWeights &weights)
     return pairs;
 }
 
-/// sum w_ij z_i z_j of `Count` arrangements at a time; arrangement b of object i is
-/// z[i * Count + b].
+/// sum w_ij z_i z_j of `Count` permutations at a time; z[i * Count + b] is the value of object i in
+/// permutation b.
 template <size_t Count> std::array<double, Count> products(const Pairs &pairs, const double *z)
 {
     std::array<double, Count> sums{};
@@ -125,7 +126,7 @@ template <size_t Count> std::array<double, Count> products(const Pairs &pairs, c
     return sums;
 }
 
-/// Calls with the indices of each of `permutations` shuffles.
+/// Calls `visit` with the number and the indices of each of `permutations` shuffles.
 template <class Visit> void visitShuffles(int n, int permutations, Visit visit)
 {
     shuffleIt shuffle(n, permutations);
@@ -174,7 +175,7 @@ double variance(const Pairs &pairs, double n, double kurtosis)
     return (free - tied) / ((n - 1) * (n - 2) * (n - 3) * s0) - 1 / ((n - 1) * (n - 1));
 }
 
-/// The first values of `count` shuffles: value k of permutation p is table[k * count + p].
+/// The first values of `count` shuffles: table[k * count + p] is value k of permutation p.
 struct FirstValues {
     int count = 0;
     int depth = 0;
@@ -184,7 +185,7 @@ struct FirstValues {
         int permutation;
         int position;
     };
-    std::vector<Hit> hits; ///< which object each value is of, by object
+    std::vector<Hit> hits; ///< where each object is in the table, sorted by object
 
     FirstValues(shuffleIt &shuffle, const std::vector<double> &z, int permutations, int values)
         : count(permutations), depth(values), table(at(permutations) * at(values))
@@ -204,7 +205,7 @@ struct FirstValues {
     const double *values(int k) const { return table.data() + at(k) * at(count); }
 };
 
-/// Counts, object by object, the permutations whose lag reaches the object's own.
+/// Counts, for each object, the permutations whose statistic is at least that of the object.
 class ConditionalCounts {
 public:
     ConditionalCounts(const SparseWeights &weights, const std::vector<double> &z,
@@ -244,7 +245,7 @@ private:
         return sum;
     }
 
-    /// The statistic is z_i times the lag: a negative z_i turns the order of lags round.
+    /// The statistic is z_i times the lag, so a negative z_i reverses the comparison of lags.
     int countAbove(const std::vector<double> &sums, int object) const
     {
         const double limit = mLags[at(object)];
@@ -368,7 +369,7 @@ LocalMoran localMoran(const std::vector<double> &values, const SparseWeights &we
     local.p.assign(values.size(), kNone);
     if (permutations == 0 || n < 2)
         return local;
-    // One value more than neighbours, for the permutations that drew the object itself.
+    // One value more than neighbours, for the permutations that contain the object itself.
     depth = std::min(depth + 1, n);
     const int batch = std::max(1, static_cast<int>(kTableBytes / sizeof(double)) / depth);
     ConditionalCounts counts(weights, local.z, local.lags, kSlack * std::sqrt(m2));
@@ -389,7 +390,7 @@ std::vector<std::vector<bool>> flagsOfChance(const std::vector<double> &values,
 {
     const std::vector<double> z = centred(values);
     const size_t n = z.size();
-    std::vector<float> statistics(n * at(permutations)); // by object, then by permutation
+    std::vector<float> statistics(n * at(permutations)); // [object][permutation]
     std::vector<double> permuted(n);
     std::vector<double> lags;
     visitShuffles(static_cast<int>(n), permutations, [&](int p, const int *indices) {
@@ -401,7 +402,7 @@ std::vector<std::vector<bool>> flagsOfChance(const std::vector<double> &values,
         meter(100 * p / permutations);
     });
     std::vector<std::vector<bool>> flags(at(permutations), std::vector<bool>(n));
-    // How many may be as far out for a p of at most alpha.
+    // The number of permutations in a tail of p at most alpha.
     const int tail =
         std::min(static_cast<int>(alpha * (permutations + 1.0) + kSlack), permutations);
     if (tail < 1)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Moran's I, of a whole map and of each object, with permutation tests. Values and weights alone:
-/// the rows are the objects that have a value, numbered anew from 0.
+/// Moran's I of a map and of each object, with permutation tests. Works on plain values and
+/// weights: rows are the objects that have a value, numbered from 0.
 #pragma once
 #include <functional>
 #include <vector>
@@ -8,11 +8,13 @@
 
 namespace meridor {
 
-/// Weights by row. An object is no neighbour of its own: entries on the diagonal are left out.
+/// A sparse matrix of weights by rows. Entries on the diagonal are ignored: an object is not its
+/// own neighbour.
 class MERIDOR_EXPORT SparseWeights {
 public:
     void addNeighbor(int column, double weight);
-    /// Ends the row that the neighbours before belong to; a neighbour named twice has both weights.
+    /// Ends the row of the neighbours added since the last call. The weights of a neighbour that
+    /// was added twice are summed.
     void endRow();
 
     int rows() const { return static_cast<int>(mStarts.size()) - 1; }
@@ -27,45 +29,48 @@ private:
     std::vector<double> mWeights;
 };
 
-/// Told 0 to 100; raises to stop.
+/// Receives 0 to 100; throws to stop.
 using Meter = std::function<void(int)>;
 
-/// A permutation's p is one-sided, on the side of the median on which the value lies, (r + 1) /
-/// (permutations + 1) with r the permutations at least as far out: never 0.
+/// The permutation p is one-sided, on the side of the median of the permutations on which the value
+/// is: p = (r + 1) / (permutations + 1) with r the number of permutations at least as extreme.
 struct MoranTest {
-    double value = 0;       ///< NaN when all values are equal or all weights 0
+    double value = 0;       ///< NaN if all values are equal or all weights are 0
     double expectation = 0; ///< -1 / (n - 1)
-    double deviate = 0;     ///< under randomisation, A. D. Cliff and J. K. Ord (1981), Spatial
-                            ///< processes, 1.37 and 1.42
-    double p = 1;           ///< of the permutations; NaN without any
-    double low = 0;         ///< 95 of 100 permutations lie between the two; NaN without any
+    /// Standard deviate under randomisation: A. D. Cliff and J. K. Ord (1981), Spatial processes,
+    /// 1.37 and 1.42. NaN for fewer than 4 values.
+    double deviate = 0;
+    double p = 1; ///< from permutations; NaN if there are none
+    double low = 0; ///< 95 of 100 permutations lie between low and high; NaN if there are none
     double high = 0;
 };
 
 struct LocalMoran {
-    std::vector<double> values;   ///< z_i / m2 * sum w_ij z_j with m2 = sum z^2 / n: L. Anselin
-                                  ///< (1995), Geogr. Anal. 27
-    std::vector<double> deviates; ///< given z_i: R. R. Sokal, N. L. Oden, B. A. Thomson (1998),
-                                  ///< Geogr. Anal. 30; else NaN
-    std::vector<double> z;        ///< the value less the mean
-    std::vector<double> lags;     ///< sum w_ij z_j
-    std::vector<double> p;
+    /// I_i = z_i / m2 * sum w_ij z_j with m2 = sum z^2 / n: L. Anselin (1995), Geogr. Anal. 27.
+    /// NaN for objects without neighbours.
+    std::vector<double> values;
+    /// Standard deviates of the values, conditional on z_i: R. R. Sokal, N. L. Oden and B. A.
+    /// Thomson (1998), Geogr. Anal. 30. NaN where they are undefined.
+    std::vector<double> deviates;
+    std::vector<double> z;    ///< value minus mean
+    std::vector<double> lags; ///< sum w_ij z_j
+    std::vector<double> p;    ///< from conditional permutations; NaN without a value
 };
 
-/// Draws `permutations` shuffles from the library's generator. At least 4 values for a deviate.
+/// Moran's I of the whole map. Draws `permutations` shuffles from the library's generator.
 MERIDOR_EXPORT MoranTest moran(const std::vector<double> &values, const SparseWeights &weights,
                                int permutations, const Meter &meter);
 
-/// Conditional permutations: an object keeps its value, its neighbours' values are drawn from the
-/// others. All objects draw from the same `permutations` shuffles, so tests of one run are not
-/// independent of each other.
+/// Moran's I of each object, with conditional permutations: an object keeps its value, the values
+/// of its neighbours are drawn from the other objects. All objects use the same `permutations`
+/// shuffles, so their tests are not independent of each other.
 MERIDOR_EXPORT LocalMoran localMoran(const std::vector<double> &values,
                                      const SparseWeights &weights, int permutations,
                                      const Meter &meter);
 
-/// For each of `permutations` shuffles of the whole map the objects whose statistic then lies as
-/// far out as a p of at most `alpha` says, seen among all the shuffles: what chance alone flags.
-/// Takes 4 bytes an object and shuffle.
+/// False positives under the null hypothesis: for each of `permutations` shuffles of the whole map,
+/// the objects whose statistic has a one-sided p of at most `alpha` among all shuffles. Uses 4
+/// bytes per object and shuffle.
 MERIDOR_EXPORT std::vector<std::vector<bool>> flagsOfChance(const std::vector<double> &values,
                                                             const SparseWeights &weights,
                                                             int permutations, double alpha,

@@ -15,16 +15,17 @@
 namespace meridor {
 namespace {
 
-// Of the joint error fraction. Chance flags an object in twice the share of its own level; at the
-// level of the family not even a family of one would stand.
-constexpr double kFalseFraction = 0.1; ///< of a family's flags
-constexpr double kOwnLevel = 0.1;      ///< of an object's own test, in parts of the family's
-constexpr qint64 kMostFlags = qint64(64) << 20; ///< objects times permutations of the same
+// Parameters of the joint error fraction. An object is flagged by chance with twice the probability
+// of its own level, since either tail counts; if that were the level of the family, no family would
+// pass.
+constexpr double kFalseFraction = 0.1; ///< largest false fraction of a family's flags
+constexpr double kOwnLevel = 0.1;      ///< level of an object's own test / level of the family
+constexpr qint64 kMostFlags = qint64(64) << 20; ///< largest number of objects times permutations
 
 struct Observed {
     QVector<int> objects;
     std::vector<double> values;
-    QSet<int> missing; ///< all others
+    QSet<int> missing; ///< all other objects
 };
 
 Observed observe(int dataset, qint64 time)
@@ -44,7 +45,7 @@ Observed observe(int dataset, qint64 time)
     return observed;
 }
 
-/// The set's weights among the objects that are observed, weighted as if there were no others.
+/// The weights of the set among the observed objects, calculated as if there were no others.
 SparseWeights weightsAmong(int set, qint64 time, const Observed &observed)
 {
     const WeightsAtT handle = VORN_GetSpatialWeightsHandle(set, time, true);
@@ -78,7 +79,7 @@ QVector<int> uncorrected(const QVector<double> &p, const VORN_MissingData &missi
     return passing;
 }
 
-/// The walk down from the largest p-value gives those that it passed over: the others pass.
+/// VORN_PerformSimesCorrection returns the tests that fail; this returns the others.
 QVector<int> simes(const QVector<double> &p, const VORN_MissingData &missing, double alpha)
 {
     const QVector<int> passedOver = VORN_PerformSimesCorrection(p, missing, alpha);
@@ -129,7 +130,7 @@ public:
     void timeDone() { ++mDone; }
 
 private:
-    /// Within one time the bar stands still; a cancel is heard all the same.
+    /// Reports the same percentage within one time, in order to poll for a cancel.
     Meter meter() const
     {
         return [this](int) { mProgress.report(100 * mDone / qMax(1, mPlan.times.size())); };
@@ -152,7 +153,8 @@ private:
             result.significant[i] = !untested.contains(i);
     }
 
-    /// Among the objects whose own test passes, the family that chance seldom flags.
+    /// The joint error fraction: among the objects that pass their own test, those that are rarely
+    /// flagged by chance.
     QVector<int> jointErrors(const Observed &observed, const SparseWeights &weights,
                              const QVector<double> &p, QSet<int> untested) const
     {
@@ -179,7 +181,7 @@ private:
     int mDone = 0;
 };
 
-/// A new dataset, filled time by time with the values of `valueOf` at the objects that have one.
+/// Creates a dataset with the values of `valueOf` at the tested objects of each time.
 template <class T, class ValueOf>
 int store(const MoranPlan &plan, const QVector<MoranAt> &results, const QString &name,
           DataType type, ValueOf valueOf)

@@ -25,21 +25,22 @@ struct MoranPlan {
 struct MoranAt {
     Interval when;
     MoranTest whole;
-    QVector<int> objects; ///< that have a value and exist; what stands below is in their order
+    QVector<int> objects; ///< that exist and have a value; the results below are in this order
     LocalMoran local;     ///< empty unless asked for
     QVector<bool> significant;
 };
 
-/// Seeds the library's generator once, so that equal plans give equal results. Times without values
-/// are left out. Raises a Failure for a dataset of texts, and the cancel.
+/// Results for each time of the plan that has values. Seeds the library's generator once, so that
+/// equal plans give equal results. Raises a Failure for a dataset of texts, and on a cancel.
 MERIDOR_EXPORT QVector<MoranAt> moranOverTime(const MoranPlan &plan, const Progress &progress);
 
 /// "high-high", "low-low", "high-low", "low-high", or "not significant".
 MERIDOR_EXPORT QString clusterName(const MoranAt &result, int position);
 
-/// Adds what was found to the dataset's geography: "NAME I" and "NAME p", the same at every object
-/// of a time, and of local tests "NAME local I", "NAME local p" and "NAME cluster". Raises a
-/// Failure for a name that is there. @return the new datasets
+/// Stores results as datasets of the dataset's geography: "NAME I" and "NAME p", which have the
+/// same value at all objects of a time, and for local tests "NAME local I", "NAME local p" and
+/// "NAME cluster". Raises a Failure if a name is in use.
+/// @return the ids of the new datasets.
 MERIDOR_EXPORT QVector<int> storeMoran(const MoranPlan &plan, const QVector<MoranAt> &results,
                                        const QString &name);
 

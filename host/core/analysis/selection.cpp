@@ -16,9 +16,9 @@
 namespace meridor {
 namespace {
 
-constexpr int kSelected = 1; ///< the attribute that means it; clear while nothing is selected
+constexpr int kSelected = 1; ///< attribute number of selected objects; clear for all others
 
-/// The attributes that selections go to; made when first asked for.
+/// The attributes in which objects are selected; created at the first call.
 MAttributes &attributesOf(int geography)
 {
     MGeoData &owner = *geographyOf(geography);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Objects as people choose them: by key, by a value, by a range of values, by existence.
+/// Selection of objects by key, by values, by a range of values or by existence.
 #pragma once
 #include <QString>
 #include <QStringList>
@@ -11,18 +11,18 @@ namespace meridor {
 struct ObjectChoice {
     QString geography; ///< empty: the only one, or that of `dataset`
     QStringList keys;
-    QString dataset; ///< the one that `values`, `low` and `high` are of
+    QString dataset; ///< the dataset of `values`, `low` and `high`
     QStringList values;
     QString low;
     QString high;
-    QString at; ///< time of the values and of existence; empty: the dataset's last
+    QString at; ///< time of the values and of existence; empty: the last of the dataset
     bool existing = false;
 };
 
-/// The geography that is meant. Raises a Failure.
+/// The geography of a choice. Raises a Failure if it cannot be determined.
 MERIDOR_EXPORT int geographyOf(const ObjectChoice &choice);
-/// Objects that meet everything asked for, ascending. Raises a Failure for what is not there and
-/// for what cannot be told.
+/// The indices of the objects that meet all conditions, ascending. Raises a Failure for an unknown
+/// name or key, or a value that cannot be read.
 MERIDOR_EXPORT QVector<int> chosenObjects(int geography, const ObjectChoice &choice);
 
 } // namespace meridor

@@ -14,7 +14,7 @@
 namespace meridor {
 namespace {
 
-// A null text stands for a missing value here, so an empty one that is held must not be null.
+// A null text means a missing value here, so the text of an empty value must not be null.
 QString heldText(const datum &value)
 {
     const QString text = textOf(value);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Every value of every dataset, to compare a project with itself after a round trip.
+/// All values of a project, to compare it with its copy after saving and loading.
 #pragma once
 #include <QMap>
 #include <QString>
@@ -13,16 +13,16 @@ namespace meridor {
 struct Snapshot {
     struct Series {
         QVector<Interval> intervals;
-        QVector<QStringList>
-            values; ///< by interval, then by object; null for a missing value, numbers exact
+        /// By interval, then by object: exact numbers; a null text for a missing value.
+        QVector<QStringList> values;
     };
     QMap<QString, Series> datasets;    ///< by GEOGRAPHY/DATASET
-    QMap<QString, QStringList> shapes; ///< by geography: each object's existence
-    qint64 count = 0;                  ///< values, missing ones left out
+    QMap<QString, QStringList> shapes; ///< by geography: the existence of each object
+    qint64 count = 0;                  ///< number of values that are not missing
 };
 
 MERIDOR_EXPORT Snapshot takeSnapshot();
-/// The names of what differs.
+/// The names of the datasets and geographies that differ.
 MERIDOR_EXPORT QStringList differences(const Snapshot &a, const Snapshot &b);
 
 } // namespace meridor

@@ -23,7 +23,8 @@ Statistics statisticsAt(int dataset, qint64 time)
 
 namespace {
 
-/// Values that are kept: of series each entry once, however other objects cut time.
+/// The number of stored values. An entry of a series counts once, into however many intervals the
+/// times of other objects divide it.
 qint64 valueCount(int dataset)
 {
     const DatasetProps props = VORN_GetDatasetProperties(dataset);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Statistics of a dataset, per time and over all.
+/// Statistics of a dataset at one time and over all times.
 #pragma once
 #include <QString>
 #include <QVector>
@@ -11,14 +11,14 @@ namespace meridor {
 struct Statistics {
     qint64 count = 0;
     double mean = 0;
-    double deviation = 0; ///< population form; NaN over all times
+    double deviation = 0; ///< population standard deviation; NaN over all times
     double minimum = 0;
     double maximum = 0;
 };
 
-/// Of a numeric dataset at an instant; a count of 0 where it has no values.
+/// Statistics of a numeric dataset at an instant; count is 0 if it has no values then.
 MERIDOR_EXPORT Statistics statisticsAt(int dataset, qint64 time);
-/// Over all times.
+/// Statistics of a numeric dataset over all times.
 MERIDOR_EXPORT Statistics statisticsOfAll(int dataset);
 
 } // namespace meridor

@@ -16,14 +16,14 @@
 namespace meridor {
 namespace {
 
-/// The session's own, else the system's.
+/// The scratch directory of the session, else the system's.
 QString scratchDirectory()
 {
     const auto *host = dynamic_cast<const ProjectHost *>(&controller());
     return host ? host->scratch() : QDir::tempPath();
 }
 
-/// A geography file of the chains that `objects` stand for, gone again with its scope.
+/// A temporary geography file of `objects`, removed at the end of its scope.
 class SubsetFile {
 public:
     SubsetFile(const MVectorData &parent, const QVector<int> &objects)
@@ -72,7 +72,7 @@ void takeDatasets(MVectorData &parent, int id, const QVector<int> &objects)
     stopIfCancelled();
     if (parent.IsStatic())
         subset.SetStatic(true);
-    // Copies stand in the order of their originals.
+    // The copies of the datasets have the order of the originals.
     const int key = datasetIds(parent.GetId()).indexOf(keyDataset(parent.GetId()));
     if (key >= 0 && key < datasetIds(id).size())
         setKeyDataset(id, datasetIds(id)[key]);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Geographies cut down to some of their objects.
+/// Geographies made of some objects of another geography.
 #pragma once
 #include <QString>
 #include <QVector>
@@ -7,9 +7,10 @@
 
 namespace meridor {
 
-/// A new geography of `objects` (indices, ascending) with all their shapes and all datasets of the
-/// parent, which stays. Raises a Failure, or the cancel, with nothing left behind.
-/// @return the new id
+/// Creates a geography of `objects` with all their shapes and all datasets of the parent, which is
+/// unchanged. Raises a Failure, also on a cancel; no geography is added then.
+/// @param objects  indices in the parent, ascending.
+/// @return the id of the new geography.
 MERIDOR_EXPORT int subsetGeography(int parent, const QVector<int> &objects, const QString &name);
 
 } // namespace meridor

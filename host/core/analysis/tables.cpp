@@ -14,8 +14,8 @@
 namespace meridor {
 namespace {
 
-/// A small file that a format keeps beside its main one, such as the code page of a DBF table: it
-/// goes where the main file goes, and away when that is given up.
+/// A file that an export writes beside its main file, such as the code page of a DBF table. It is
+/// moved with the main file, and removed if that is not completed.
 class SideFile {
 public:
     explicit SideFile(const QString &suffix) : mSuffix(suffix) {}

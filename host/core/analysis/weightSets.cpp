@@ -41,7 +41,8 @@ QString weightName(spatialWeightType type)
     return QStringLiteral("as given");
 }
 
-/// What each kind of geography can have, told before the library is asked: it says no more than no.
+/// Raises a Failure if the kind of geography cannot have such a set. The library only returns a
+/// failure code, without a reason.
 void requireSuited(int kind, const WeightSetPlan &plan, spatialWeightType weights)
 {
     const bool contiguity =

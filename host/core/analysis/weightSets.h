@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Spatial weight sets as people name them, and what their lists add up to.
+/// Spatial weight sets: creation, access by name, summaries, and conversion from and to files.
 #pragma once
 #include <QString>
 #include <QStringList>
@@ -11,12 +11,12 @@
 
 namespace meridor {
 
-/// What a user asks of a new set.
+/// The options of a new set.
 struct WeightSetPlan {
     QString name;
     QString information;
     QString method;  ///< "queen", "rook", "nearest" or "range"
-    QString weights; ///< a name of weightNames()
+    QString weights; ///< one of weightNames()
     int order = 1;
     int count = 5;
     double range = 0;
@@ -26,19 +26,22 @@ struct WeightSetPlan {
 };
 
 MERIDOR_EXPORT QStringList weightNames();
-/// Raises a Failure that says why a set of that kind cannot be on the geography. @return its id
+/// Creates a set. Raises a Failure that says why the geography cannot have such a set.
+/// @return the id of the set.
 MERIDOR_EXPORT int createWeightSet(int geography, const WeightSetPlan &plan);
 
-/// "SET" when the name is there once, else "GEOGRAPHY/SET". Raises a Failure.
+/// @param name  "SET" if only one geography has a set of this name, else "GEOGRAPHY/SET". Raises a
+///              Failure if there is no match or more than one.
 MERIDOR_EXPORT int findWeightSet(const QString &name);
 MERIDOR_EXPORT AdjacencySet &weightSetOf(int id);
-/// Raises a Failure for an empty name and one that a set of the geography has.
+/// Raises a Failure if the name is empty or a set of the geography has it.
 MERIDOR_EXPORT void requireNewWeightSetName(int geography, const QString &name);
-/// "queen neighbours to order 2, weights row".
+/// The definition of a set, such as "queen neighbours to order 2, weights row".
 MERIDOR_EXPORT QString describe(const AdjacencySet &set);
 
-/// Calls with each object of the time and its neighbours, ascending. Raises a Failure when nothing
-/// exists then, when a set that was filled by hand has nothing then, and the cancel.
+/// Calls `visit` with each object that exists at the time and its neighbours, both ascending.
+/// Raises a Failure if no object exists then, if a set of imported lists has none for that time,
+/// and on a cancel.
 MERIDOR_EXPORT void visitNeighbors(
     int set, qint64 time,
     const std::function<void(int object, const QVector<neighborDatum> &neighbors)> &visit);
@@ -48,23 +51,24 @@ struct LinkSummary {
     qint64 links = 0;
     int least = 0;
     int most = 0;
-    QVector<int> islands; ///< without a neighbour
+    QVector<int> islands; ///< objects without neighbours
     double mean() const { return objects > 0 ? static_cast<double>(links) / objects : 0; }
 };
 MERIDOR_EXPORT LinkSummary summarize(int set, qint64 time);
 
-/// The set at a time with its objects called by `ids`.
+/// The lists of the set at a time, with `ids` as the names of objects.
 MERIDOR_EXPORT WeightsFile weightsAt(int set, qint64 time, const QStringList &ids);
 
 struct WeightsMatch {
     int set = -1;
     qint64 links = 0;
-    QStringList unknown; ///< ids of the file that no object has
-    QStringList unnamed; ///< objects that the file does not name
+    QStringList unknown; ///< ids in the file that no object has
+    QStringList unnamed; ///< ids of objects that are not in the file
 };
-/// A set of a file's lists over a span, found by the objects' `ids`; links to unknown ids are left
-/// out. @param standardize  each object's weights are divided by their sum. Raises a Failure, with
-/// no set made, when no id is known.
+/// Creates a set of the lists of a file for the interval `when`. Links to unknown ids are left out.
+/// Raises a Failure if no id is known; no set is added then.
+/// @param ids  the ids of the objects, by object index.
+/// @param standardize  divide each object's weights by their sum.
 MERIDOR_EXPORT WeightsMatch adoptWeights(int geography, const QString &name,
                                          const WeightsFile &file, const QStringList &ids,
                                          const Interval &when, bool standardize);

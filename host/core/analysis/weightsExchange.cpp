@@ -10,8 +10,8 @@
 namespace meridor {
 namespace {
 
-/// A dataset whose values name the objects. Positions are no names: a table that was sorted anew
-/// would link other objects without a word.
+/// The dataset whose values identify the objects. Positions are not accepted as ids: after the map
+/// was sorted in another order they would silently identify other objects.
 int idDataset(int geography, const QString &key)
 {
     const int dataset = key.isEmpty() ? keyDataset(geography) : findDataset(geography, key);
@@ -41,7 +41,7 @@ qint64 linksOf(const WeightsFile &weights)
     return links;
 }
 
-/// Without a time the lists hold as long as there are objects.
+/// The interval of a text; for an empty text the hull of all object times.
 Interval spanOf(int geography, const QString &text)
 {
     if (text.isEmpty())

@@ -43,8 +43,9 @@ QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons, const QVector<In
 
 namespace {
 
-/// Times of one geography mean the same in the other when their formats agree; shapes that hold for
-/// good take over the grid's.
+/// Makes the times of the grid valid in the geography of the polygons, which requires the same time
+/// format: a static geography without time-dependent datasets takes over that of the grid, any
+/// other one raises a Failure.
 void alignTimes(int dataset, int polygons)
 {
     const TimeFormat format = axisOf(VORN_GetGeographyId(dataset)).format();

@@ -20,15 +20,17 @@ struct ZoneStatistic {
     const char *name;
     double ZoneStatistics::*field;
 };
-/// What is known of a zone, by the names that users write.
+/// The statistics of a zone by their names in options and results.
 MERIDOR_EXPORT const std::array<ZoneStatistic, 6> &zoneStatistics();
 
-/// Raises a Failure or the cancel.
+/// Statistics of the grids of `dataset` over the polygons at each of the times. Raises a Failure,
+/// also on a cancel.
 MERIDOR_EXPORT QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons,
                                                     const QVector<Interval> &times,
                                                     const Progress &progress);
 
-/// One of zoneStatistics() as a new dataset of the polygons. Raises a Failure. @return its id
+/// Stores one of zoneStatistics() as a dataset of the polygons. Raises a Failure.
+/// @return the id of the new dataset.
 MERIDOR_EXPORT int keepZonal(const QVector<ZonesAtTime> &times, int dataset, int polygons,
                              const QString &name, const QString &statistic);
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// Which C++ type the cells of a raster have.
+/// The C++ types of raster cells.
 #pragma once
 #include "datainterface/DataType.h"
 #include "datainterface/half.h"
 
 namespace meridor {
 
-/// Calls `visit` with a zero of the cells' type; false for a form that has none (cells of one bit
-/// among them).
+/// Calls `visit` with a zero of the cells' C++ type.
+/// @param bits  the depth. @return false if no C++ type has this form; cells of one bit have none.
 template <class Visit> bool visitCellType(int type, int bits, Visit visit)
 {
     const auto take = [&](auto zero) {

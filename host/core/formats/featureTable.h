@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// What a foreign file holds, in plain values: columns of cells and, for a map, one shape a row.
+/// The content of a vector file or table as plain values: columns of cells and, for a map, one
+/// shape per row.
 #pragma once
 #include <QPointF>
 #include <QString>
@@ -13,12 +14,12 @@ namespace meridor {
 enum class ValueKind { Integer, Decimal, Text };
 enum class ShapeKind { None, Points, Polygons, Lines };
 
-/// The parts of one shape: rings of a polygon (holes and further parts alike), parts of a line, the
-/// one vertex of a point. No part: the row has no shape.
+/// The parts of one shape: all rings of a polygon (outer rings and holes are not distinguished),
+/// the parts of a line, or the single vertex of a point. Empty: the row has no shape.
 using ShapeParts = QVector<QVector<QPointF>>;
 
-/// The cells of one column as UTF-8 in one piece: a dozen bytes a cell rather than a text object
-/// each. An empty cell is a missing one.
+/// The cells of one column, concatenated as UTF-8 in one buffer; this avoids a string object per
+/// cell. An empty cell is a missing value.
 class Cells {
 public:
     void append(const QByteArray &text)
@@ -35,7 +36,7 @@ public:
     }
     bool isMissing(int row) const { return view(row).empty(); }
     bool same(int a, int b) const { return view(a) == view(b); }
-    /// Null when it is missing.
+    /// The text of a cell; null if it is missing.
     QString operator[](int row) const
     {
         const std::string_view text = view(row);
@@ -50,24 +51,23 @@ private:
 
 struct Column {
     QString name;
-    bool typed =
-        false; ///< the file itself says what `kind` is; otherwise it is recognised from the cells
+    bool typed = false; ///< the file declares `kind`; otherwise it is recognised from the cells
     ValueKind kind = ValueKind::Text;
-    Cells cells;          ///< exact for numbers
-    QString file;         ///< set for a column that came from another file ...
-    QVector<int> fileRow; ///< ... with its row there, -1 for none
+    Cells cells;          ///< numbers with all their digits
+    QString file;         ///< the file of a joined column; empty for the table's own columns
+    QVector<int> fileRow; ///< of a joined column: the row in `file`, -1 for none
 };
 
 struct FeatureTable {
-    QString file; ///< as the user wrote it: for messages
+    QString file; ///< as the user wrote it, for messages
     QString layer;
-    QString projection; ///< WKT; empty when the file has none
+    QString projection; ///< WKT; empty if the file has none
     ShapeKind shapeKind = ShapeKind::None;
     QVector<Column> columns;
-    QVector<ShapeParts> shapes; ///< one a row for a map, none for a table
+    QVector<ShapeParts> shapes; ///< one per row for a map, empty for a table
     int rows = 0;
 
-    /// -1 when there is no such column.
+    /// -1 if there is no such column.
     int indexOf(const QString &column) const
     {
         for (int i = 0; i < columns.size(); ++i)
@@ -84,7 +84,8 @@ struct FeatureTable {
     }
 };
 
-/// "states.csv, field income, row 7": where a message points. Rows count from 1, headings left out.
+/// The position of a cell for a message: "states.csv, field income, row 7". Rows count from 1,
+/// without the heading.
 inline QString place(const FeatureTable &table, const Column &column, int row)
 {
     const bool joined = !column.file.isEmpty();

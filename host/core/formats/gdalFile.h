@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What readers and writers of foreign files share: GDAL's handles, and its silence.
+/// What readers and writers of foreign files share: GDAL's handles and its error messages.
 #pragma once
 #include <QString>
 #include <gdal.h>
@@ -8,26 +8,27 @@
 
 namespace meridor {
 
-/// GDAL speaks through us: its last complaint ends up in our own message, and nowhere else.
+/// Keeps GDAL from printing messages for a scope; its last one becomes part of our own message.
 class QuietGdal {
 public:
     QuietGdal();
     ~QuietGdal();
     QuietGdal(const QuietGdal &) = delete;
     QuietGdal &operator=(const QuietGdal &) = delete;
-    /// ": what went wrong", or nothing.
+    /// GDAL's last error message after ": "; empty if there is none.
     static QString complaint();
 };
 
-/// For reading. @param kinds  GDAL_OF_VECTOR or GDAL_OF_RASTER
-/// @return null when GDAL cannot read the file as any of these
+/// Opens a file for reading.
+/// @param kinds  GDAL_OF_VECTOR, GDAL_OF_RASTER or both.
+/// @return null if GDAL cannot read the file as one of these.
 GdalFile openGdalFile(const QString &path, unsigned kinds, const char *const *options = nullptr);
-/// "not a file that GDAL reads: ...", or that there is none.
+/// Raises a Failure which says that the file does not exist, or that GDAL cannot read it.
 [[noreturn]] void failUnread(const QString &path);
 
-/// Empty for no reference.
+/// Empty for a null reference.
 QString wktOf(OGRSpatialReferenceH reference);
-/// Of "EPSG:4326", WKT or a PROJ text; raises a Failure.
+/// From "EPSG:4326", WKT or a PROJ text. Raises a Failure if the text is none of these.
 QString wktOf(const QString &userText);
 
 } // namespace meridor

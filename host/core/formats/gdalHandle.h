@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// An open file of GDAL, for headers that do not show GDAL.
+/// An open GDAL dataset as an opaque pointer, for headers that do not include GDAL.
 #pragma once
 #include <memory>
 #include "core/export.h"

@@ -22,7 +22,7 @@ using FeaturePtr = std::unique_ptr<std::remove_pointer_t<OGRFeatureH>, FreeFeatu
 
 GdalFile open(const QString &path)
 {
-    // Cells stay the texts they are: what they mean is decided once, for every format alike.
+    // Cells are read as texts: their types are determined by one rule for all formats.
     const char *const options[] = {"HEADERS=YES", "AUTODETECT_TYPE=NO", "EMPTY_STRING_AS_NULL=YES",
                                    "KEEP_GEOM_COLUMNS=NO", nullptr};
     const bool isText = path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)
@@ -64,7 +64,7 @@ Column describe(OGRFieldDefnH field)
         column.kind = ValueKind::Decimal;
         break;
     case OFTInteger64:
-        break; // may not fit the library's 32 bits: seen from the cells
+        break; // may exceed the library's 32 bits, so the cells decide
     default:
         column.typed = OGR_Fld_GetType(field) != OFTString;
         break;
@@ -85,7 +85,7 @@ QString isoTime(OGRFeatureH feature, int field, bool dateOnly)
     if (dateOnly)
         return text;
     text += QStringLiteral("T%1:%2:%3").arg(two(hour), two(minute), two(static_cast<int>(second)));
-    if (zone > 1) { // quarters of an hour around 100, which is UTC; 0 and 1 say nothing
+    if (zone > 1) { // in quarters of an hour, 100 is UTC; 0 and 1: no zone is given
         const int quarters = std::abs(zone - 100);
         text += QLatin1Char(zone < 100 ? '-' : '+') + two(quarters / 4) + QLatin1Char(':')
                 + two(quarters % 4 * 15);
@@ -93,7 +93,7 @@ QString isoTime(OGRFeatureH feature, int field, bool dateOnly)
     return text;
 }
 
-/// Empty when the cell is missing.
+/// The text of a field; empty if it is missing.
 QByteArray cell(OGRFeatureH feature, int field, OGRFieldType type)
 {
     if (!OGR_F_IsFieldSetAndNotNull(feature, field))
@@ -112,7 +112,7 @@ QByteArray cell(OGRFeatureH feature, int field, OGRFieldType type)
     }
 }
 
-/// Reads the rows one after another into a table whose columns are described already.
+/// Reads the rows of a layer into a table whose columns are already described.
 class RowReader {
 public:
     RowReader(FeatureTable &table, OGRLayerH layer, const ReadOptions &options)

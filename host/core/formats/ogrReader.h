@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Reads any vector file or table that GDAL reads. The only place that knows GDAL's vector model.
+/// Reads any vector file or table that GDAL reads.
 #pragma once
 #include <QSet>
 #include <functional>
@@ -15,9 +15,10 @@ struct ReadOptions {
     QString projection;  ///< "EPSG:4326", WKT or a PROJ text that replaces the file's own
     QStringList missing; ///< texts that stand for a missing cell; an empty cell always does
     bool shapes = true;  ///< false: attributes alone
-    /// Given the columns, names those whose cells are kept; without it all are.
+    /// Given a table with its columns and no rows yet, returns the columns to keep. Empty: all are
+    /// kept.
     std::function<QSet<int>(const FeatureTable &)> choose;
-    /// Told the share of rows read, 0 to 100; raises to stop.
+    /// Receives the percentage of rows read, 0 to 100; throws to stop.
     std::function<void(int)> progress = [](int) {};
 };
 

@@ -51,7 +51,7 @@ bool isClosed(const QVector<QPointF> &part)
            && part.first().y() == part.last().y();
 }
 
-/// Vertices that do not just repeat the one before.
+/// The number of vertices that differ from the one before.
 int distinct(const QVector<QPointF> &points)
 {
     int count = points.isEmpty() ? 0 : 1;
@@ -85,8 +85,8 @@ void collect(const FeatureTable &table, OGRGeometryH geometry, ShapeKind kind, S
     if (children > 0 || OGR_G_GetPointCount(geometry) == 0)
         return;
     const QVector<QPointF> points = vertices(table, geometry);
-    // A ring of fewer than three places has no area, a line of one place no length: nothing of them
-    // would show.
+    // A ring of fewer than three distinct places has no area, and a line of one place no length:
+    // both are dropped.
     const int needed = kind == ShapeKind::Polygons ? (isClosed(points) ? 4 : 3)
                        : kind == ShapeKind::Lines  ? 2
                                                    : 1;

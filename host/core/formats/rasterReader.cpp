@@ -18,14 +18,14 @@ namespace {
 constexpr qint64 kMostGridBytes = std::numeric_limits<int>::max() - 64;
 constexpr qint64 kGroupBytes = 32 << 20;
 constexpr qint64 kStripBytes = 4 << 20;
-constexpr qint64 kCacheBytes = 32 << 20; // of blocks: every one is read once
+constexpr qint64 kCacheBytes = 32 << 20; // of GDAL's block cache; each block is read only once
 
 GDALRasterBandH bandOf(const GdalFile &file, int band)
 {
     return GDALGetRasterBand(file.get(), band + 1);
 }
 
-/// What GDAL reads cells of a form as. It has no halves: they come as floats.
+/// The GDAL type to read cells as. GDAL has no 16-bit floats: they are read as floats.
 GDALDataType gdalType(const RasterBand &band)
 {
     GDALDataType found = GDT_Unknown;
@@ -52,7 +52,7 @@ bool isHalf(const RasterBand &band)
     return band.type == RasterDecimalType && band.bits == 16;
 }
 
-/// Type and depth of a band; false for numbers of two parts.
+/// Determines the type and depth of a band; false for complex numbers.
 bool formOf(GDALRasterBandH handle, RasterBand &band)
 {
     const auto structure = [handle](const char *key) {
@@ -103,7 +103,7 @@ QVector<unsigned> colorsOf(GDALRasterBandH handle)
     return colors;
 }
 
-/// The no-data value as the file states it, exact; nothing for none.
+/// The exact text of the file's no-data value; null if there is none.
 QString noDataOf(GDALRasterBandH handle)
 {
     int has = 0;
@@ -123,7 +123,8 @@ QString noDataOf(GDALRasterBandH handle)
     }
 }
 
-/// A number in a cell; false when no cell can hold it. Decimals are rounded to the cell.
+/// Converts a number to a cell; decimals are rounded to the precision of the cell. False if no cell
+/// can hold it.
 template <class T> bool toCell(const QString &text, T &cell)
 {
     bool fits = false;
@@ -155,7 +156,7 @@ bool isNaNText(const QString &text)
     return text.compare(QLatin1String("nan"), Qt::CaseInsensitive) == 0;
 }
 
-/// False for a value that no cell of the band can be.
+/// Sets the missing flag of a band; false if no cell of the band can hold the value.
 bool setMissing(RasterBand &band, const QString &text)
 {
     band.missing = MissingFlag();
@@ -303,7 +304,7 @@ void RasterReader::read(int band, int count, char *cells,
     int blockWidth = 0;
     int blockHeight = 0;
     GDALGetBlockSize(bandOf(mFile, band), &blockWidth, &blockHeight);
-    // Whole rows of blocks, so that no block is read twice.
+    // Strips are whole rows of blocks, so that no block is read twice.
     const qint64 rowBytes = qMax<qint64>(1, qint64(mColumns) * count * mBands[band].bits / 8);
     const qint64 blocks = qMax<qint64>(1, kStripBytes / rowBytes / qMax(1, blockHeight));
     const int step = static_cast<int>(qMin<qint64>(mRows, blocks * qMax(1, blockHeight)));
@@ -320,7 +321,7 @@ void RasterReader::readRows(int band, int count, int row, int rows, char *cells)
     const qint64 bytes = GDALGetDataTypeSizeBytes(type);
     const qint64 strip = qint64(mColumns) * rows;
     std::vector<float> floats(isHalf(form) ? static_cast<size_t>(strip * count) : 0);
-    // A grid whose first row is the southernmost is turned over on the way in.
+    // A grid whose first row is the southernmost is flipped by a negative line spacing.
     const qint64 lineSpace = (mIsSouthUp ? -1 : 1) * bytes * mColumns;
     const qint64 bandSpace = floats.empty() ? bytes * mColumns * mRows : bytes * strip;
     const int firstRow = mIsSouthUp ? mRows - 1 - row : row;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Reads any grid that GDAL reads, whose cells stand in rows and columns along the axes of its map.
+/// Reads any grid that GDAL reads and whose rows and columns are parallel to the axes of the map.
 #pragma once
 #include <QMap>
 #include <QRectF>
@@ -15,28 +15,28 @@
 namespace meridor {
 
 struct RasterBand {
-    QString name;                 ///< the file's own; empty for none
-    QMap<QString, QString> items; ///< what the file says of it besides
+    QString name;                 ///< from the file; empty if it has none
+    QMap<QString, QString> items; ///< the band's metadata items
     DataType type = RasterDecimalType;
     int bits = 0;
-    MissingFlag missing; ///< of the cells' own width; none when the file names none
+    MissingFlag missing; ///< as wide as the cells; None if there is no no-data value
     bool missingIsNaN = false;
-    QVector<unsigned> colors; ///< of cells that are indices into it
+    QVector<unsigned> colors; ///< the colour table of cells that are indices into it
     QString unit;
 };
 
 struct RasterReadOptions {
-    QString projection; ///< replaces the file's own
-    QString noData;     ///< a number or "none", in place of the file's
+    QString projection; ///< replaces that of the file
+    QString noData;     ///< a number or "none"; replaces that of the file
 };
 
-/// Whether the file is to be read as a grid: GDAL finds bands in it and no layers.
+/// Whether a file is read as a grid by default: GDAL finds bands in it and no layers.
 MERIDOR_EXPORT bool isRasterFile(const QString &path);
 
 class MERIDOR_EXPORT RasterReader {
 public:
-    /// Raises a Failure for a file that GDAL cannot read, that holds no bands, whose grid is
-    /// turned, sheared or too large, and for a no-data value that the cells cannot hold.
+    /// Raises a Failure if GDAL cannot read the file, if it has no bands, if its grid is rotated,
+    /// sheared or too large, or if no cell can hold the no-data value.
     RasterReader(const QString &path, const RasterReadOptions &options);
 
     int columns() const { return mColumns; }
@@ -44,15 +44,17 @@ public:
     const QRectF &bounds() const { return mBounds; }
     const QString &projection() const { return mProjection; }
     const QVector<RasterBand> &bands() const { return mBands; }
-    /// Worth telling the user.
+    /// Messages for the user.
     const QStringList &notes() const { return mNotes; }
     qint64 bytesOf(int band) const { return qint64(mColumns) * mRows * mBands[band].bits / 8; }
-    /// How many bands from this one on are best read at a time: one, but where the file keeps the
-    /// cells of all bands together.
+    /// How many bands from `band` on should be read together: one, unless the file interleaves the
+    /// cells of its bands.
     int groupAt(int band) const;
 
-    /// Whole grids of `count` bands of one form, one behind another, the top row first. `progress`
-    /// is told 0 to 100 and raises to stop. Raises a Failure that names the band.
+    /// Reads the whole grids of `count` bands from `band` on, which must have one form.
+    /// @param cells     receives band after band, each with its top row first.
+    /// @param progress  receives 0 to 100; throws to stop.
+    /// Raises a Failure that names the band.
     void read(int band, int count, char *cells, const std::function<void(int)> &progress) const;
 
 private:

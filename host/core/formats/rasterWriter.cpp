@@ -19,8 +19,8 @@ namespace {
 
 constexpr int kStripBytes = 4 << 20;
 
-/// The type that a file has for cells, and what else must be said: it has none for signed bytes and
-/// halves.
+/// The GDAL type for cells of type T. GDAL has none for signed bytes and 16-bit floats: creation
+/// options mark them.
 template <class T> GDALDataType fileType(std::vector<const char *> &options)
 {
     if constexpr (std::is_same_v<T, double>)
@@ -62,7 +62,7 @@ public:
         describe<T>(file.get(), name);
         if (!writeRows<T>(GDALGetRasterBand(file.get(), 1)))
             return false;
-        file.reset(); // what is left is written now
+        file.reset(); // closing writes the buffered rest
         return CPLGetLastErrorType() < CE_Failure;
     }
 

@@ -6,8 +6,8 @@
 
 namespace meridor {
 
-/// The grid of a raster dataset at a time as a GeoTIFF of one band, with its type, depth, no-data
-/// value and colours; whole or not at all. Raises a Failure or the cancel.
+/// Writes the grid of a raster dataset at a time as a GeoTIFF of one band, with its type, depth,
+/// no-data value and colours. The file is replaced atomically. Raises a Failure, also on a cancel.
 MERIDOR_EXPORT void exportGrid(const QString &path, int dataset, qint64 time);
 
 } // namespace meridor

@@ -37,7 +37,7 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-/// "007" reads as a number and is a code: turning it into 7 would lose it.
+/// Whether the text has leading zeros, such as "007": a number would lose them.
 bool isCode(std::string_view text)
 {
     text = trimmed(text);

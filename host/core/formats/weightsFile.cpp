@@ -16,10 +16,10 @@
 namespace meridor {
 namespace {
 
-constexpr int kLongestLine = 1 << 24; ///< bytes: an object linked to a million others
+constexpr int kLongestLine = 1 << 24; ///< in bytes; enough for a million neighbours of one object
 
-/// The lines of a file, one in memory at a time. The room for one is asked for once and touched as
-/// far as lines go.
+/// The lines of a file, one in memory at a time. The buffer for the longest line is allocated once
+/// and not initialised, so only the pages that lines reach use memory.
 class Lines {
 public:
     Lines(QIODevice &device, const QString &name)
@@ -27,7 +27,8 @@ public:
     {
     }
 
-    /// False at the end. Empty lines count and are passed on.
+    /// Reads the next line, without its end; false at the end of the file. Empty lines are returned
+    /// and counted.
     bool next(QString &line)
     {
         const auto length = static_cast<int>(mDevice.readLine(mBuffer.get(), kLongestLine));
@@ -67,7 +68,8 @@ double weightOf(const Lines &lines, const QString &text)
     const auto weight = toDecimal({bytes.constData(), static_cast<size_t>(bytes.size())});
     if (!weight)
         lines.fail(QStringLiteral("the weight %1 is no number").arg(text));
-    // Sets hold 32 bits: a larger one would become infinite, which no format here can say.
+    // A weight set stores floats: a larger weight would become infinite, which no format here can
+    // represent.
     if (std::abs(*weight) > static_cast<double>(std::numeric_limits<float>::max()))
         lines.fail(QStringLiteral("the weight %1 is beyond %2")
                        .arg(text)
@@ -75,7 +77,7 @@ double weightOf(const Lines &lines, const QString &text)
     return *weight;
 }
 
-/// "0 48 states48 fips", or the count alone.
+/// Reads the heading, "0 48 states48 fips" or the count alone. @return the count.
 int readHeading(Lines &lines, WeightsFile &file)
 {
     QString line;
@@ -91,7 +93,7 @@ int readHeading(Lines &lines, WeightsFile &file)
     return count;
 }
 
-/// Gathers links by object in the order in which objects come.
+/// Collects links by object, objects in the order of their first occurrence.
 class Gatherer {
 public:
     Gatherer(WeightsFile &file, const Lines &lines) : mFile(file), mLines(lines) {}
@@ -128,8 +130,8 @@ private:
     QSet<QPair<int, QString>> mLinks;
 };
 
-/// Ids of neighbours may go on over several lines, and the line of an object without any may be
-/// left out: the counts tell where the next object begins.
+/// The ids of neighbours may continue over several lines, and their line may be absent for an
+/// object without neighbours: the counts determine where the next object begins.
 WeightsFile readGal(Lines &lines)
 {
     WeightsFile file;
@@ -137,7 +139,7 @@ WeightsFile readGal(Lines &lines)
     Gatherer gatherer(file, lines);
     QString line;
     int ego = -1;
-    int open = 0; // neighbours still to come
+    int open = 0; // neighbours not read yet
     while (lines.next(line)) {
         QStringList words = wordsOf(line);
         if (words.isEmpty())
@@ -166,7 +168,7 @@ WeightsFile readGal(Lines &lines)
     return file;
 }
 
-/// Objects without a neighbour are not told: there may be fewer than the heading says.
+/// Objects without neighbours are not in the file, so there may be fewer than the heading states.
 WeightsFile readGwt(Lines &lines)
 {
     WeightsFile file;
@@ -250,7 +252,7 @@ QString csvField(const QString &text)
     return QLatin1Char('"') + quoted + QLatin1Char('"');
 }
 
-/// A word of a format whose words are parted by blanks.
+/// Checks an id for a format whose words are separated by blanks.
 QString word(const QString &text)
 {
     if (text.isEmpty() || text.simplified().contains(QLatin1Char(' ')))
@@ -259,7 +261,7 @@ QString word(const QString &text)
     return text.simplified();
 }
 
-/// Of the heading: for the eye alone.
+/// A name as one word of the heading. It has no effect on reading.
 QString nameWord(const QString &text)
 {
     QString name = text.simplified();

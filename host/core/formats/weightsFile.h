@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// Neighbour lists and weights as this field exchanges them.
+/// Files of neighbour lists and weights.
 ///
-/// GAL: a heading, then for each object its id and its number of neighbours, and on the next line
-/// their ids. GWT and KWT: a heading, then a line "from to weight" for each link; in GWT the number
-/// is most often a distance, in KWT a kernel's weight. CSV: the columns from, to and weight, a line
-/// for each link; one without `to` names an object without neighbours. The heading of the others is
-/// "0 COUNT NAME KEY", or the count alone.
+/// GAL: a heading; then for each object a line with its id and its number of neighbours, and a line
+/// with their ids. GWT, KWT: a heading; then a line "from to weight" for each link. The weight in
+/// GWT is most often a distance, in KWT the weight of a kernel. CSV: the columns from, to and
+/// weight; a line for each link. A line without `to` is an object without neighbours.
+///
+/// The heading of GAL, GWT and KWT is "0 COUNT NAME KEY", or the count alone.
 #pragma once
 #include <QString>
 #include <QStringList>
@@ -18,10 +19,11 @@ namespace meridor {
 
 enum class WeightsFormat { Gal, Gwt, Kwt, Csv };
 
-/// By the file's ending; raises a usage Failure for another.
+/// The format by the suffix of the file name; raises a Failure of kind Misused for any other
+/// suffix.
 MERIDOR_EXPORT WeightsFormat weightsFormatOf(const QString &path);
 
-/// Objects stand in the order of the file; ids are texts and never positions.
+/// The content of a file, objects in its order. Ids are texts; they are never positions of objects.
 struct WeightsFile {
     struct Link {
         QString to;
@@ -32,19 +34,20 @@ struct WeightsFile {
         QVector<Link> links;
     };
     QString name; ///< of the map
-    QString key;  ///< what the ids are called there
+    QString key;  ///< the name of the field of ids in the map
     QVector<Ego> egos;
 };
 
-/// Raises a Failure that names the line: another count than the heading or an object says, a weight
-/// that is no number of 32 bits, an object told twice, the same link told twice.
+/// Raises a Failure that names the line if the number of objects or neighbours differs from the
+/// stated count, if a weight is no number or exceeds 32 bits, or if an object or a link occurs
+/// twice.
 MERIDOR_EXPORT WeightsFile readWeights(const QString &path);
-/// The same from an open device; `name` stands for it in messages.
+/// Reads from an open device. @param name  the name of the device in messages.
 MERIDOR_EXPORT WeightsFile readWeights(QIODevice &device, WeightsFormat format,
                                        const QString &name);
 
-/// Ids with blanks fit in CSV alone. Raises a Failure for those in another format, and when the
-/// disk refuses.
+/// Writes a file, in the format of its suffix. Raises a Failure for a write error, and for an id
+/// with blanks in a format other than CSV.
 MERIDOR_EXPORT void writeWeights(const QString &path, const WeightsFile &weights);
 
 } // namespace meridor

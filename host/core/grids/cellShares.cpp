@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The polygon query numbers its cells upwards from the smallest y, within the row numbers that the
-// polygon's box has from the top. Both are the same rows where the box lies in the middle of the
-// grid. So the polygon is moved, by whole rows, to the middle of a grid that has its rows and one
-// more where that makes a middle.
+// The library's polygon query counts the rows of its cells upwards from the smallest y, but takes
+// their range from the rows of the polygon's bounding box counted from the top. Both ranges agree
+// if the box is vertically centred in the grid. The polygon is therefore shifted by whole rows to
+// the centre of an auxiliary grid, which has one row more than the grid if the box could not be
+// centred otherwise.
 #include "core/grids/cellShares.h"
 #include <QPolygonF>
 #include "core/project/catalog.h"
@@ -40,7 +41,7 @@ CellShares::~CellShares()
             controller().RemoveGeography(grid);
 }
 
-/// Of the number of rows or one more, so that `rows` rows have the same distance to both ends.
+/// The auxiliary grid in which `rows` rows can be centred: it has mRows or mRows + 1 rows.
 int CellShares::gridFor(int rows)
 {
     const int more = (mRows - rows) % 2;
@@ -70,7 +71,7 @@ QVector<CellShare> CellShares::of(const QList<QVector<QPointF>> &rings)
     const int grid = gridFor(rows);
     const int gridRows = mRows + (mRows - rows) % 2;
     const int margin = (gridRows - rows) / 2;
-    // Rows count from the top, and both grids stand on the same ground.
+    // Rows count from the top, and the lower edges of both grids coincide.
     const int rowsUp = (gridRows - mRows) + static_cast<int>(firstRow) - margin;
     QList<QVector<QPointF>> moved = rings;
     for (QVector<QPointF> &ring : moved)
@@ -84,7 +85,7 @@ QVector<CellShare> CellShares::of(const QList<QVector<QPointF>> &rings)
     for (int i = 0; i < pixels.size(); ++i) {
         const int fromTop = gridRows - 1 - static_cast<int>(pixels[i].second);
         const int row = fromTop - margin + static_cast<int>(firstRow);
-        if (row >= 0 && row < mRows) // the added row is not of the grid
+        if (row >= 0 && row < mRows) // not in the row that was added
             shares.append({pixels[i].first, static_cast<unsigned>(row), areas[i]});
     }
     return shares;

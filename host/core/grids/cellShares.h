@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What cells of a grid share with polygons.
+/// The areas that cells of a grid have in common with polygons.
 #pragma once
 #include <QList>
 #include <QPointF>
@@ -15,8 +15,8 @@ struct CellShare {
     double area;  ///< common area in map units, above 0
 };
 
-/// Asks the library's polygon query, on grids of its own beside the one that is asked about. They
-/// are there as long as this object.
+/// Computes shares with the library's polygon query, on up to two auxiliary grid geographies, which
+/// exist as long as this object (see cellShares.cpp).
 class MERIDOR_EXPORT CellShares {
 public:
     explicit CellShares(int geography);
@@ -24,8 +24,8 @@ public:
     CellShares(const CellShares &) = delete;
     CellShares &operator=(const CellShares &) = delete;
 
-    /// Of the even-odd set of the rings, column after column. Empty for one that does not meet the
-    /// grid; raises a Failure for one that has no area.
+    /// The cells that share area with the rings (even-odd rule), column by column. Empty if the
+    /// rings do not meet the grid; raises a Failure if they have no area.
     QVector<CellShare> of(const QList<QVector<QPointF>> &rings);
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Cells of a raster dataset as numbers.
+/// Cells of a raster dataset as numbers, and cells by their texts.
 #pragma once
 #include <QPair>
 #include <QString>
@@ -8,18 +8,19 @@
 
 namespace meridor {
 
-/// Every cell of the grid at a time, row after row; NaN for a missing one. Raises a Failure when
-/// there is no grid then.
+/// All cells of the grid at a time, row by row; NaN for a missing cell. Raises a Failure if the
+/// dataset has no grid at that time.
 MERIDOR_EXPORT QVector<double> gridValues(int dataset, qint64 time);
 
-/// The shortest text that reads back as the same cell of a dataset.
+/// The shortest text from which the same cell of the dataset is read.
 MERIDOR_EXPORT QString cellText(int dataset, double value);
 
-/// Column and row of a cell told as "COLUMN,ROW" from 0 at the top left, or by its place as "@X,Y".
-/// Raises a Failure.
+/// Column and row of a cell given as "COLUMN,ROW", from 0 at the top left, or by its map
+/// coordinates as "@X,Y". Raises a Failure if there is no such cell.
 MERIDOR_EXPORT QPair<unsigned, unsigned> findCell(int geography, const QString &text);
 
-/// Numbers parted by commas, exactly `count`; `option` is named in the failure.
+/// Exactly `count` numbers separated by commas.
+/// @param option  named in the Failure if the text does not match.
 MERIDOR_EXPORT QVector<double> numbersOf(const QString &text, int count, const QString &option);
 
 } // namespace meridor

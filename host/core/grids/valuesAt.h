@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// A dataset of objects or cells at one time.
+/// The values of a vector or raster dataset at one time.
 #pragma once
 #include <QSet>
 #include <QStringList>
@@ -8,14 +8,14 @@
 
 namespace meridor {
 
-/// A dataset's values at one time, numeric or text.
+/// Values by object or cell, numeric or text.
 struct ValuesAt {
     bool numeric = true;
-    QVector<double> numbers; ///< of grids with NaN for what is missing
+    QVector<double> numbers; ///< of grids: NaN where missing
     QStringList texts;
     QSet<int> missing;
 };
-/// Raises a Failure for a time without values.
+/// Raises a Failure if the dataset has no values at that time.
 MERIDOR_EXPORT ValuesAt valuesAt(int dataset, qint64 time);
 
 } // namespace meridor

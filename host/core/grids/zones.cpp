@@ -9,7 +9,8 @@
 
 namespace meridor {
 
-// The mean first, then the deviations from it: a sum of squares alone cancels.
+// Two passes, the mean and then the deviations from it: a sum of squares would lose digits by
+// cancellation.
 ZoneStatistics statisticsOf(const QVector<CellShare> &shares, const QVector<double> &values,
                             int columns)
 {

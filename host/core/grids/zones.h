@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Statistics of a grid over polygons: each cell weighs as much as the area it shares with the
+/// Statistics of a grid over polygons. A cell is weighted with the area that it shares with the
 /// polygon.
 #pragma once
 #include <QMap>
@@ -10,11 +10,11 @@
 namespace meridor {
 
 struct ZoneStatistics {
-    int cells = 0;   ///< that have a value
-    double area = 0; ///< of them within the zone
-    double sum = 0;  ///< of value times area
+    int cells = 0;   ///< number of cells that have a value
+    double area = 0; ///< common area of these cells and the zone
+    double sum = 0;  ///< sum of value times common area
     double mean = 0;
-    double deviation = 0; ///< of the whole, not of a sample
+    double deviation = 0; ///< population standard deviation
     double minimum = 0;
     double maximum = 0;
 };
@@ -22,11 +22,11 @@ struct ZoneStatistics {
 MERIDOR_EXPORT ZoneStatistics statisticsOf(const QVector<CellShare> &shares,
                                            const QVector<double> &values, int columns);
 
-/// The cells of polygons of a vector geography, found once for each shape.
+/// The cell shares of the polygons of a vector geography, computed once for each shape.
 class MERIDOR_EXPORT Zones {
 public:
     Zones(int grid, int polygons);
-    /// By object; none for one that is not there at the time or lies beside the grid.
+    /// By object index; empty for an object that does not exist at the time or is outside the grid.
     const QVector<QVector<CellShare>> &at(qint64 time, const Progress &progress);
 
 private:

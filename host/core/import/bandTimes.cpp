@@ -54,7 +54,8 @@ TimeFormat formatOf(const QString &wanted, const QStringList &texts, const QStri
     return *found;
 }
 
-/// In the order of time, each up to the next.
+/// Ends each span at the start of the following one if `untilNext`; else before the following one
+/// if they share only one day or instant. Raises a Failure if they share more.
 void part(QVector<Interval> &spans, const TimeAxis &axis, bool untilNext, const QString &file)
 {
     std::vector<int> order(static_cast<size_t>(spans.size()));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// When the bands of a file hold.
+/// The times of the bands of a raster file.
 #pragma once
 #include "core/export.h"
 #include "core/formats/rasterReader.h"
@@ -11,13 +11,14 @@ namespace meridor {
 struct BandTimes {
     TimeFormat format = TF_Integer;
     Interval hull{0, 0, true, true};
-    QVector<Interval> of; ///< by band; none when bands are datasets
+    QVector<Interval> of; ///< by band; empty if bands are datasets
 };
 
-/// The start of a band is its item `options.start`, else its name when all bands' names are times,
-/// else its number; its end is the item `options.end`, or with "next" the start of the following
-/// band, else that of the start's span. Of two bands that share one instant the earlier gives way;
-/// raises a Failure for more than that and for a text that is no time.
+/// The start of a band is its metadata item `options.start`; without that option its name, if the
+/// names of all bands are times, else its number. The end is the item `options.end`; the start of
+/// the following band if the option is "next"; without the option the end of the start's span. If
+/// two bands share only one day or instant, the earlier one ends before it. Raises a Failure if
+/// they share more, and for a text that is no time.
 MERIDOR_EXPORT BandTimes bandTimes(const RasterReader &reader, const ImportOptions &options);
 
 } // namespace meridor

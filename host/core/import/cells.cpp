@@ -11,7 +11,7 @@ namespace {
              .arg(column.place(row), column.cells().cells[row], QLatin1String(wanted)));
 }
 
-/// Texts among numbers: the first text is the likely slip.
+/// Raises a Failure if the columns hold texts among numbers; it names the first text.
 void refuseMixture(const QString &name, const QVector<CellColumn> &columns)
 {
     bool numbers = false;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// From cells to values: which kind a dataset needs, and each cell as such a value.
+/// Conversion of cells to the values of a dataset, and the choice of the dataset's type.
 #pragma once
 #include "core/formats/values.h"
 #include "core/import/importPlan.h"
 
 namespace meridor {
 
-/// A column and the table it stands in.
+/// A column and its table.
 struct CellColumn {
     const FeatureTable *table;
     int column;
@@ -14,14 +14,14 @@ struct CellColumn {
     QString place(int row) const { return meridor::place(*table, cells(), row); }
 };
 
-/// The kind of a dataset made of these columns: what a type names, else what all cells allow.
-/// @param measured  numbers are expected: a lone text among numbers is an error that names its row,
-/// not a reason to
-///                  keep all of them as text.
+/// The kind of a dataset made of these columns: as options.types says, else the narrowest kind that
+/// holds all cells.
+/// @param measured  numbers are expected: a text among numbers raises a Failure that names its row,
+///                  and does not make the whole dataset a text dataset.
 ValueKind kindOfDataset(const ImportPlan &plan, const QString &name,
                         const QVector<CellColumn> &columns, bool measured);
 
-/// The cell as a T (int, double, QString). Raises a Failure that names the place when it is none.
+/// The cell as a T (int, double, QString). Raises a Failure that names the cell if it is no T.
 template <class T> T valueOf(const CellColumn &column, int row);
 
 } // namespace meridor

@@ -65,7 +65,7 @@ private:
         return id;
     }
 
-    /// Values that do not depend on time: one slice for good.
+    /// Makes the dataset static, with one slice of values.
     template <class T> void fillStatic(int id, const QVector<T> &values, const QSet<int> &missing)
     {
         datasetOf(id)->SetStatic(true);
@@ -88,7 +88,7 @@ private:
         stepDone();
     }
 
-    /// True when every object has one value for good, whatever its number of shapes.
+    /// True if all rows of each object have the same value.
     bool isConstant(const Column &column) const
     {
         return std::all_of(
@@ -130,7 +130,7 @@ private:
         fillStatic(id, values, missing);
     }
 
-    /// A value holds as long as the shape of its row.
+    /// Stores a series per object, in which each value has the span of its row's shape.
     template <class T> void fillByShape(int id, const CellColumn &column)
     {
         for (int i = 0; i < objectCount(); ++i) {
@@ -196,7 +196,8 @@ private:
         addSlice(id, when, values, missing);
     }
 
-    /// The rows of one object must agree on a value of one time.
+    /// A row of the object that has a value in a column; -1 if there is none. Raises a Failure if
+    /// the values of its rows differ.
     int rowOfValue(const CellColumn &column, const ObjectRows &object) const
     {
         int found = -1;

@@ -9,7 +9,7 @@
 namespace meridor {
 namespace {
 
-/// Takes the builder back unless the geography was finished.
+/// Discards the builder at the end of its scope unless the geography was finished.
 class BuilderGuard {
 public:
     BuilderGuard() = default;

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-/// Makes a geography of a plan through the public builder.
+/// Creates the geography of an import plan through the public builder.
 #pragma once
 #include <functional>
 #include "core/import/importPlan.h"
 
 namespace meridor {
 
-/// Objects get their indices in the order of the plan. `progress` is told 0 to 100 and raises to
-/// stop; a stop or a failure leaves no builder behind.
-/// @return the new geography's id
+/// Objects get their indices in the order of the plan. The builder is discarded on an exception.
+/// @param progress  receives 0 to 100; throws to stop.
+/// @return the id of the new geography.
 int buildGeography(const ImportPlan &plan, const std::function<void(int)> &progress);
 
 } // namespace meridor

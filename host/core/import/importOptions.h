@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What a user asks of an import, as the texts of the command line.
+/// The options of an import, as texts of the user.
 #pragma once
 #include <QString>
 #include <QStringList>
@@ -9,28 +9,28 @@ namespace meridor {
 struct ImportOptions {
     QString map;
     QString layer;
-    QString name;  ///< of the geography; empty: the layer's
-    QString key;   ///< field that names the objects; empty: their row
-    QString start; ///< fields of a row's existence
-    QString end;   ///< a field, or "next": up to the object's next row
+    QString name;  ///< of the geography; empty: that of the layer
+    QString key;   ///< field of the objects' keys; empty: every row is an object
+    QString start; ///< field of the start of a row's existence
+    QString end;   ///< field of its end, or "next": the start of the object's next row
     QString xColumn;
     QString yColumn;
     QString projection;
-    bool attributes = true; ///< further fields become datasets ...
-    QStringList fields;     ///< ... these alone when any is named
-    QStringList tables;     ///< files whose columns are added to the map's by key
+    bool attributes = true; ///< fields without another use become datasets
+    QStringList fields;     ///< only these fields become datasets; empty: all
+    QStringList tables;     ///< files whose columns are joined to the map by key
     QStringList series;     ///< NAME=COLUMNS
-    QString observations;   ///< a table with a row for each observation
+    QString observations;   ///< file of a table with a row for each observation
     QStringList observed;   ///< NAME=VALUE@START[/END], columns of that table
     QStringList types;      ///< NAME=decimal|integer|text
     QStringList missing;
     QString times;              ///< "auto", "number", "date", "date-time" or "time"
-    QString timePattern;        ///< how files write times; empty: as TimeAxis reads them
-    QString dataset;            ///< of a grid: the dataset's name; empty: the file's
-    QString noData;             ///< of a grid: a number or "none", in place of the file's
-    double snap = 0;            ///< tolerance of contiguity, in map units; 0: rounding slack alone
-    bool strict = false;        ///< keys without a partner are a failure
-    bool bandsAreTimes = false; ///< of a grid: of one dataset, else datasets each
+    QString timePattern;        ///< format of times in the files; empty: that of TimeAxis
+    QString dataset;            ///< of a grid: name of the dataset; empty: that of the file
+    QString noData;             ///< of a grid: a number or "none"; replaces that of the file
+    double snap = 0;            ///< tolerance of contiguity in map units; 0: rounding error only
+    bool strict = false;        ///< keys without a match are a failure
+    bool bandsAreTimes = false; ///< of a grid: bands are times of one dataset, else datasets
 };
 
 } // namespace meridor

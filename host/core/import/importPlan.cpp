@@ -86,7 +86,7 @@ void readObservations(ImportPlan &plan)
             QStringLiteral("observations need a key: their rows are found by the objects' keys"),
             "key");
     ReadOptions read = tableOptions(plan.options);
-    // Such tables are long: what no dataset is made of stays out of memory.
+    // Tables of observations are long, so unused columns are not kept in memory.
     read.choose = [&plan](const FeatureTable &table) {
         plan.observationKey = keyColumnOf(table, plan.options.key);
         QSet<int> used{plan.observationKey};

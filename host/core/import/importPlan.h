@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Everything about an import that can be known before the model is touched: files read, columns
-/// found, objects grouped, times resolved. A plan that stands is a plan whose geography can be
-/// built.
+/// The first step of an import, which leaves the project unchanged: it reads the files, finds the
+/// columns, groups rows to objects and determines all times. Most failures are raised here.
 #pragma once
 #include <QHash>
 #include <functional>
@@ -15,7 +14,7 @@
 
 namespace meridor {
 
-/// One object: a key and the rows of its shapes in the order of time.
+/// One object: its key and the rows of its shapes in order of time.
 struct ObjectRows {
     QString key;
     QVector<int> rows;
@@ -30,19 +29,18 @@ struct ImportPlan {
     QVector<int> attributes; ///< columns of the map that become datasets
     int keyColumn = -1;
     int observationKey = -1;
-    QVector<ObjectRows>
-        objects; ///< in the order of first appearance: their indices in the geography
+    QVector<ObjectRows> objects; ///< by index in the geography: in order of first occurrence
     QHash<QString, int> objectOf;
 
-    bool timed = false; ///< false: nothing changes, and there is no time
+    bool timed = false; ///< false: the geography is static
     TimeAxis axis{TF_Integer};
-    Interval hull;              ///< all times that the files name
-    QVector<Interval> rowSpans; ///< when each row of the map holds
+    Interval hull;              ///< hull of all times in the files
+    QVector<Interval> rowSpans; ///< by row of the map: the time of its existence
     QVector<Unmatched> unmatched;
 };
 
-/// Reads the files. `progress` is told 0 to 100 and raises to stop.
-/// Raises a Failure that names the file, the field and the row.
+/// Reads the files. Raises a Failure that names the file, the field and the row.
+/// @param progress  receives 0 to 100; throws to stop.
 MERIDOR_EXPORT ImportPlan makePlan(const ImportOptions &options, const Notes &notes,
                                    const std::function<void(int)> &progress);
 

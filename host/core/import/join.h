@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Brings the columns of a table to the rows of a map.
+/// Joins the columns of a table to the rows of a map by key.
 #pragma once
 #include "core/export.h"
 #include "core/formats/featureTable.h"
@@ -7,20 +7,20 @@
 
 namespace meridor {
 
-/// Keys that found no partner, in the order of their file.
+/// Keys without a match, in the order of their file.
 struct Unmatched {
     QString table;
-    QStringList tableKeys;  ///< rows of the table that no object of the map has
-    QStringList objectKeys; ///< objects that the table does not name
+    QStringList tableKeys;  ///< keys of the table that no object of the map has
+    QStringList objectKeys; ///< keys of objects that the table does not have
     bool any() const { return !tableKeys.isEmpty() || !objectKeys.isEmpty(); }
 };
 
-/// The column of `table` that holds the keys: the one of that name, else its first.
+/// The index of the column of `table` that holds the keys: the column named `key`, else the first.
 MERIDOR_EXPORT int keyColumnOf(const FeatureTable &table, const QString &key);
 
-/// Appends the table's other columns to the map's, each row's cells found by key; a row without a
-/// partner misses them. A name that the map has already is left out with a note. Raises a Failure
-/// for a key that stands twice in the table, and when no key matches at all.
+/// Appends the other columns of the table to those of the map, rows matched by key; cells of rows
+/// without a match are missing. A column whose name the map already has is skipped with a note.
+/// Raises a Failure if a key occurs twice in the table, or if no key matches.
 MERIDOR_EXPORT Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table,
                               const Notes &notes);
 

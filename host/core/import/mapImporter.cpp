@@ -81,7 +81,7 @@ ImportReport importMap(const ImportOptions &options, const Notes &notes, const P
         }
         if (plan.map.shapeKind == ShapeKind::Polygons)
             report.nearVertices = countNearVertices(plan.map.shapes, options.snap);
-        plan.map.shapes.clear(); // the geography has them: their memory is free for values
+        plan.map.shapes.clear(); // copied into the geography; frees memory for values
         progress.report(60, "Filling the datasets...");
         report.datasets = buildDatasets(plan, report.geography, progress.part(60, 100));
     } catch (...) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// An import from its options to the finished geography.
+/// The import of a vector map with its tables.
 #pragma once
 #include "core/export.h"
 #include "core/import/importPlan.h"
@@ -12,13 +12,13 @@ struct ImportReport {
     int geography = -1;
     int objects = 0;
     int shapes = 0;
-    QStringList withoutShape; ///< keys of objects that have none at any time
+    QStringList withoutShape; ///< keys of objects without a shape at any time
     QVector<int> datasets;
     QVector<Unmatched> unmatched;
-    NearVertices nearVertices; ///< of polygons
+    NearVertices nearVertices; ///< counted for polygons only
 };
 
-/// Brings a map into the model that is loaded. Raises a Failure; the geography is then not there.
+/// Imports a map into the loaded project. Raises a Failure; no geography is added then.
 MERIDOR_EXPORT ImportReport importMap(const ImportOptions &options, const Notes &notes,
                                       const Progress &progress);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Vertices are put into square cells as wide as the distance and sorted by cell; what is near a
-// vertex lies in its own cell or one of the eight around it, three runs of the sorted list.
+// Vertices are assigned to square cells as wide as the distance and sorted by cell. All vertices
+// near a vertex are in its own cell or the eight cells around it, which are three runs of the
+// sorted list.
 #include "core/import/nearVertices.h"
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Vertices that are nearly but not quite the same: borders that a map shows as one line and that
-/// are two.
+/// Finds vertices that nearly coincide, a sign of borders that are drawn twice with small
+/// differences.
 #pragma once
 #include "core/export.h"
 #include "core/formats/featureTable.h"
@@ -8,12 +8,12 @@
 namespace meridor {
 
 struct NearVertices {
-    double distance = 0; ///< up to which two vertices count as near, in map units
-    int count = 0;       ///< vertices that have such a neighbour
+    double distance = 0; ///< largest distance at which vertices are near, in map units
+    int count = 0;       ///< number of vertices with another vertex nearby
 };
 
-/// @param tolerance  in map units; at least a hundred-millionth of the extent is looked at. O(n log
-/// n) for n vertices.
+/// Coincident vertices do not count. O(n log n) for n vertices.
+/// @param tolerance  in map units; a hundred-millionth of the extent if that is more.
 MERIDOR_EXPORT NearVertices countNearVertices(const QVector<ShapeParts> &shapes, double tolerance);
 
 } // namespace meridor

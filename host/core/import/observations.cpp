@@ -51,7 +51,7 @@ private:
         });
         if (mSpec.end == ObservationSpec::kUntilNext)
             endWithTheNext(own);
-        // A missing value has ended the one before it and has done its part.
+        // Rows with a missing value are dropped only now, since they end the value before them.
         const Cells &values = mTable.columns[mSpec.value].cells;
         own.erase(
             std::remove_if(own.begin(), own.end(),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// A table of observations, object by object.
+/// The rows of a table of observations by object.
 #pragma once
 #include "core/import/importPlan.h"
 
@@ -10,8 +10,8 @@ struct Observation {
     Interval when;
 };
 
-/// For each object of the plan its rows that hold a value, in the order of time. Raises a Failure
-/// for a row without a time, an end before its start, and two values at one time.
+/// For each object of the plan the rows that have a value, in order of time. Raises a Failure for a
+/// row without a time, for an end before its start, and for two values at one time.
 QVector<QVector<Observation>> observationsOf(const ImportPlan &plan, const ObservationSpec &spec);
 
 } // namespace meridor

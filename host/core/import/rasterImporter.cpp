@@ -22,21 +22,23 @@
 namespace meridor {
 namespace {
 
-/// Distinct values of more cells than these are counted when somebody asks for classes.
+/// The distinct values of datasets with more cells are not counted at import, but by the first
+/// request for classes.
 constexpr qint64 kMostCounted = 16 << 20;
 
-/// What stands for "no value" in decimals of a file that says so with cells that are no number.
+/// The missing value of decimal cells if the file marks missing cells with NaN: the largest number
+/// of the type.
 template <class T> T missingNumber()
 {
     if constexpr (std::is_same_v<T, half>)
-        return half::fromBits(0x7BFF); // the largest
+        return half::fromBits(0x7BFF); // the largest finite value
     else if constexpr (std::is_floating_point_v<T>)
         return std::numeric_limits<T>::max();
     else
         return T();
 }
 
-/// Makes cells that are no number the missing ones. @return how many there were
+/// Replaces NaN by the missing value `by`. @return the number of cells replaced.
 template <class T> qint64 replaceNaN(T *cells, qint64 count, T by)
 {
     qint64 found = 0;
@@ -106,7 +108,7 @@ private:
         return id;
     }
 
-    /// All bands are times of one dataset, so they are of one form.
+    /// Imports all bands as times of one dataset; they must have the same form.
     void importTimes()
     {
         const RasterBand &first = mReader.bands().first();
@@ -142,7 +144,8 @@ private:
         }
     }
 
-    /// The file's name for a band, else its number; a second one of a name gets its number too.
+    /// The dataset name of a band: its name in the file, else "band N"; if that is taken, with its
+    /// number added.
     QString nameOf(int band, const QStringList &taken) const
     {
         const QString own = mReader.bands()[band].name;
@@ -203,7 +206,7 @@ private:
                      .arg(index + 1));
     }
 
-    /// Cells that are no number are missing, under the file's no-data value or one of ours.
+    /// Replaces NaN by the file's no-data value, or by missingNumber() if it has none.
     void markNaN(MRasterDataset &dataset, const RasterBand &band, char *cells)
     {
         visitCellType(band.type, band.bits, [&](auto zero) {
@@ -241,9 +244,9 @@ private:
     BandTimes mTimes;
     ImportReport mReport;
     QVector<int> mDatasets;
-    qint64 mNotNumbers = 0; ///< of the dataset at hand
-    int mDone = 0;          ///< datasets
-    int mToDo = 1;
+    qint64 mNotNumbers = 0; ///< NaN cells of the present dataset
+    int mDone = 0;          ///< datasets imported
+    int mToDo = 1;          ///< datasets in all
 };
 
 } // namespace

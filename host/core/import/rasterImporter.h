@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-/// A grid from its file to the finished geography.
+/// The import of a grid.
 #pragma once
 #include "core/export.h"
 #include "core/import/mapImporter.h"
 
 namespace meridor {
 
-/// Brings a grid into the model that is loaded: its bands as the times of one dataset when
-/// `options.bandsAreTimes`, else as datasets that hold for good. Raises a Failure; the geography is
-/// then not there.
+/// Imports a grid into the loaded project: its bands become the times of one dataset if
+/// `options.bandsAreTimes`, else a static dataset each. Raises a Failure; the project is then
+/// unchanged.
 MERIDOR_EXPORT ImportReport importRaster(const ImportOptions &options, const Notes &notes,
                                          const Progress &progress);
 

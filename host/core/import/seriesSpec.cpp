@@ -24,7 +24,8 @@ QPair<QString, QString> splitName(const QString &text)
     return qMakePair(text.left(equals).trimmed(), text.mid(equals + 1));
 }
 
-/// The time at the end of a column's name: "1929", "pop_1990", "t2005-06-08".
+/// The time at the end of a column's name, as in "1929", "pop_1990" and "t2005-06-08". Raises a
+/// Failure if there is none.
 QString timeAtEnd(const FeatureTable &table, int column)
 {
     static const QRegularExpression pattern(QStringLiteral(

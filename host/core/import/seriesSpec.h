@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// The little language that says which columns are a dataset over time.
+/// Texts that assign columns to a dataset over time.
 ///
-///     income=1929..2009                 every column from 1929 to 2009, each of the time its name
-///     ends in births=BIR*                       every column BIR and a time
+///     income=1929..2009    all columns from 1929 to 2009; each name ends in its time
+///     births=BIR*          all columns whose names are BIR and a time
 ///     births=BIR74@1974-07-01/1978-06-30,BIR79@1979-07-01/1984-06-30
-///     wind=wind_kt@time                 of a table of observations: value, start (and /end)
-///     columns
+///                          single columns, each with its time
+///     wind=wind_kt@time    observations: the columns of the value and the start;
+///                          an end may follow as /COLUMN or /next
 #pragma once
 #include <QString>
 #include <QVector>
@@ -25,20 +26,20 @@ struct SeriesSpec {
     QVector<SeriesStep> steps;
 };
 
-/// Raises a Failure (wrong usage for a text that is no series, failed for a column that `table`
-/// lacks).
+/// Raises a Failure: Misused for a text that is no series, Refused for a column that `table` does
+/// not have.
 MERIDOR_EXPORT SeriesSpec parseSeries(const QString &text, const FeatureTable &table);
 
 struct ObservationSpec {
     QString name;
     int value;
     int start;
-    int end; ///< -1: the span of the start; kUntilNext
+    int end; ///< a column, -1 for the span of the start, or kUntilNext
     static constexpr int kUntilNext = -2;
 };
 MERIDOR_EXPORT ObservationSpec parseObservation(const QString &text, const FeatureTable &table);
 
-/// Index of a column that must be there.
+/// The index of a column. Raises a Failure if the table does not have it.
 MERIDOR_EXPORT int requireColumn(const FeatureTable &table, const QString &name);
 
 } // namespace meridor

@@ -25,7 +25,7 @@ void widen(Interval &hull, const Interval &by)
     }
 }
 
-/// The columns of times, with the table that a complaint names.
+/// A column of times and its table.
 struct TimeColumn {
     const FeatureTable *table;
     int column;
@@ -70,8 +70,7 @@ private:
         return columns;
     }
 
-    /// Times that the files write in a way of their own; those of options are written as
-    /// everywhere.
+    /// Translates the time columns from options.timePattern. Times in options are never translated.
     void translate()
     {
         const QString &pattern = mPlan.options.timePattern;
@@ -109,7 +108,7 @@ private:
                     for (const QString &text : {step.start, step.end})
                         if (!text.isEmpty())
                             texts.insert(text);
-            // A text that is no time is found again below, where its row is known.
+            // A text that is no time is reported by span(), where its row is known.
             mPlan.axis = TimeAxis(recogniseTimes(texts.values()).value_or(formatOfTheRest(texts)));
         } else {
             for (const TimeFormat format : {TF_Date, TF_DateTime, TF_Time, TF_Integer})
@@ -161,7 +160,7 @@ private:
         mPlan.hull = mHull;
     }
 
-    /// A row's own span, open sides at the hull.
+    /// The span of a row by its own start and end; a missing one is that of the hull.
     Interval ownSpan(int row) const
     {
         const Column *starts = mStart < 0 ? nullptr : &mPlan.map.columns[mStart];
@@ -215,8 +214,8 @@ private:
         }
     }
 
-    /// Of two shapes that share one day or instant, the earlier gives way; more than that cannot be
-    /// one object.
+    /// Ends the earlier of two shapes before the later one if they share one day or instant. Raises
+    /// a Failure if they share more.
     void part(const ObjectRows &object, int earlier, int later)
     {
         if (!mPlan.axis.giveWay(mPlan.rowSpans[earlier], mPlan.rowSpans[later]))

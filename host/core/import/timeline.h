@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// The times of an import: which format its texts need, and when each row of the map holds.
+/// Determines the time format of an import and the time of each row of the map.
 #pragma once
 #include "core/export.h"
 #include "core/import/importPlan.h"
 
 namespace meridor {
 
-/// Fills `timed`, `axis`, `hull` and `rowSpans`, and puts each object's rows in the order of time.
-/// Raises a Failure for a text that is no time, an end before its start, and two shapes of one
+/// Sets `timed`, `axis`, `hull` and `rowSpans`, and sorts each object's rows by time. Raises a
+/// Failure for a text that is no time, for an end before its start, and for two shapes of one
 /// object at one time.
 MERIDOR_EXPORT void resolveTimes(ImportPlan &plan);
 

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-/// How a user stops work: the work asks between its steps.
+/// Cancelling: long work asks between its steps whether the user wants it to stop.
 #pragma once
 #include <functional>
 #include "core/export.h"
 
 namespace meridor {
 
-/// True asks the work to stop. Called often, on the thread that works.
+/// Returns true to stop the work. Called often, on the thread that does the work.
 using Cancel = std::function<bool()>;
 
-/// Whether the user of the running session asked to stop; false without a session.
+/// Whether the user of the open session asked to stop; false if no session is open.
 MERIDOR_EXPORT bool isCancelled();
-/// Raises the cancel then.
+/// Calls cancelled() if isCancelled().
 MERIDOR_EXPORT void stopIfCancelled();
 
 } // namespace meridor

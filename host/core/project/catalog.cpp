@@ -24,7 +24,7 @@ QString fullName(int dataset)
     return geographyName(VORN_GetGeographyId(dataset)) + QLatin1Char('/') + datasetName(dataset);
 }
 
-/// The values of a dataset that holds for good, as texts; a null text is missing.
+/// The values of a static dataset as texts; a null text is a missing value.
 QStringList constantTexts(int dataset)
 {
     QVector<datum> values;

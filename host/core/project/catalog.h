@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The loaded project as people name it: geographies and datasets by name, objects by key.
+/// Access to the loaded project: geographies and datasets by name, objects by key, and times.
 #pragma once
 #include <QJsonValue>
 #include <QString>
@@ -26,13 +26,13 @@ MERIDOR_EXPORT ControllerBase &controller();
 /// Null for an unknown id.
 MERIDOR_EXPORT MGeoData *geographyOf(int id);
 MERIDOR_EXPORT MDataset *datasetOf(int id);
-/// Null for other kinds.
+/// Null if the dataset is no raster.
 MERIDOR_EXPORT MRasterDataset *rasterOf(int dataset);
 MERIDOR_EXPORT QVector<int> geographyIds();
 /// Ascending; empty for an unknown geography.
 MERIDOR_EXPORT QVector<int> datasetIds(int geography);
 
-/// A value as text that reads back.
+/// A value as text from which the same value can be read.
 MERIDOR_EXPORT QString textOf(const datum &value);
 MERIDOR_EXPORT QJsonValue jsonValue(const datum &value);
 
@@ -41,22 +41,24 @@ MERIDOR_EXPORT QString datasetName(int id);
 MERIDOR_EXPORT TimeAxis axisOf(int geography);
 MERIDOR_EXPORT const char *typeName(DataType type);
 MERIDOR_EXPORT const char *storageName(MVectorDataset::StorageType storage);
-/// "decimal"; of a raster with its depth, "decimal 32".
+/// "decimal"; for a raster with its depth in bits, "decimal 32".
 MERIDOR_EXPORT QString typeText(const DatasetProps &props);
 MERIDOR_EXPORT const char *shapeName(int geographyType);
 /// "33 rows, 81 columns".
 MERIDOR_EXPORT QString gridText(const GeoProps &props);
 
-/// By name; raises a Failure that lists what there is. An empty name stands for the only geography.
+/// The id for a name; an empty name means the only geography. Raises a Failure that lists the names
+/// of the project if there is no match.
 MERIDOR_EXPORT int findGeography(const QString &name);
-/// "DATASET" when the name is there once, else "GEOGRAPHY/DATASET".
+/// @param name  "DATASET" if only one geography has a dataset of this name, else
+///              "GEOGRAPHY/DATASET". Raises a Failure if there is no match or more than one.
 MERIDOR_EXPORT int findDataset(const QString &name);
 MERIDOR_EXPORT int findDataset(int geography, const QString &name);
 
-/// Raises a Failure for an empty name and one that a dataset of the geography has.
+/// Raises a Failure if the name is empty or a dataset of the geography has it.
 MERIDOR_EXPORT void requireNewDatasetName(int geography, const QString &name);
 
-/// Calls with a value of the type that a dataset holds.
+/// Calls `visit` with a zero or empty value of the element type of `type`.
 template <class Visit> void visitType(DataType type, Visit visit)
 {
     if (type == DecimalType)
@@ -67,38 +69,42 @@ template <class Visit> void visitType(DataType type, Visit visit)
         visit(QString());
 }
 
-/// The dataset that holds the objects' keys, -1 when they have none. Kept with the geography.
+/// The dataset that holds the objects' keys; -1 if there is none. Its id is a metadata tag of the
+/// geography, so it is saved with the project.
 MERIDOR_EXPORT int keyDataset(int geography);
 MERIDOR_EXPORT void setKeyDataset(int geography, int dataset);
-/// The values of a dataset that name the objects: one each, for good, no two alike. Raises a
-/// Failure.
+/// The values of a static dataset that identifies objects, by object. Raises a Failure if the
+/// dataset changes over time, if an object has no value, or if two objects have the same one.
 MERIDOR_EXPORT QStringList uniqueTexts(int dataset);
-/// Every object's key; without a key dataset its number from 1.
+/// The key of every object, by object index; without a key dataset the index plus 1.
 MERIDOR_EXPORT QStringList objectKeys(int geography);
-/// By key, else by an unambiguous value of a text dataset that holds for good (a name). Raises a
-/// Failure.
+/// The index of an object: by key, else by its value in any static text dataset, such as a name.
+/// Raises a Failure if no object matches, or several match by value.
 MERIDOR_EXPORT int findObject(int geography, const QString &text);
 
-/// The time of the shapes that belong to values at `time`: a geography that holds for good has one.
+/// The time at which to ask for the shapes that belong to values at `time`: the start of the bounds
+/// for a static vector geography, else `time`.
 MERIDOR_EXPORT qint64 shapeTime(int geography, qint64 time);
-/// The objects that exist at a time, ascending; of a grid all cells.
+/// The indices of the objects that exist at a time, ascending; all cells of a grid.
 MERIDOR_EXPORT QVector<int> objectsAt(int geography, qint64 time);
 
 /// Every time at which the dataset has data, in order.
 MERIDOR_EXPORT QVector<Interval> dataTimes(int dataset);
-/// The spans of data that hold at the times named, so that what is made of them holds as long; all
-/// of them when none is named. Raises a Failure for a time without data.
+/// The intervals of the dataset that contain the given times, so that derived data can be stored
+/// under the same intervals; all intervals if `times` is empty. Raises a Failure for a time without
+/// data.
 MERIDOR_EXPORT QVector<Interval> dataTimesAt(int dataset, const QStringList &times);
-/// An instant inside.
+/// An instant inside the interval.
 MERIDOR_EXPORT qint64 instantOf(const Interval &interval);
-/// The last instant that belongs to it.
+/// The last instant of the interval.
 MERIDOR_EXPORT qint64 lastInstantOf(const Interval &interval);
-/// The span that a text names; raises a Failure for a text that is no time.
+/// The span of a text; raises a Failure if the text is no time of this axis.
 MERIDOR_EXPORT Interval requireSpan(const TimeAxis &axis, const QString &text);
-/// The instant that a text names; without one the last span of time in which objects stay as
-/// they are.
+/// The first instant of a text; for an empty text an instant in the last interval in which no
+/// object changes. Raises a Failure.
 MERIDOR_EXPORT qint64 chooseTimeOf(int geography, const QString &text);
-/// The instant that a text names; without one the dataset's only time, or its last.
+/// The first instant of a text; for an empty text an instant in the last interval of the dataset.
+/// Raises a Failure.
 MERIDOR_EXPORT qint64 chooseTime(int dataset, const QString &text);
 
 } // namespace meridor

@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: MIT
-/// What work has to say besides its result.
+/// Messages of work to its user, besides the result.
 #pragma once
 #include <QString>
 #include "core/export.h"
 
 namespace meridor {
 
-/// Implemented by whoever asks for work.
+/// Implemented by the caller of core.
 class MERIDOR_EXPORT Notes {
 public:
     Notes();
     virtual ~Notes();
     Notes(const Notes &);
     Notes &operator=(const Notes &);
-    /// Something worth knowing, one line.
+    /// Information, one line.
     virtual void note(const QString &text) const = 0;
-    /// Something that the user has to know: what was read is not what was meant. Here it is a note.
+    /// A warning, such as that a file could be read in part only. The default calls note().
     virtual void warn(const QString &text) const;
 };
 
-/// For work whose notes nobody wants.
+/// Discards all messages.
 class MERIDOR_EXPORT NoNotes : public Notes {
 public:
     void note(const QString &text) const override;

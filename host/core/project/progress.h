@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// How far work is.
+/// Progress of long work.
 #pragma once
 #include <QString>
 #include <functional>
@@ -8,17 +8,21 @@
 
 namespace meridor {
 
-/// Told the percent of the work at hand and what is being done; -1 when the work is over.
+/// Receives the percentage of the present work and a label; -1 when the work has ended.
 using ProgressReport = std::function<void(int percent, const QString &text)>;
 
-/// One long piece of work for a scope. There is one at a time: what is nested reports to it by
-/// parts. It is the library's own bar, so that work inside the library moves the same one.
+/// The progress bar of one piece of work, for a scope. Only one may be open at a time; nested work
+/// reports through part(). It opens the library's own bar, so that work inside the library advances
+/// the same bar.
 class MERIDOR_EXPORT Progress {
 public:
     Progress(const char *title, const char *label) : mBar(title, label, "Cancel") {}
-    /// Raises the cancel. @param percent  of this scope's work.
+    /// Raises a Failure of kind Cancelled if the user cancelled.
+    /// @param percent  of the work of this scope.
+    /// @param text     the new label; null keeps the present one.
     void report(int percent, const char *text = nullptr) const;
-    /// Reports 0 to 100 of a part of it.
+    /// A function that maps 0 to 100 to the range from `from` to `to` of this bar. It must not
+    /// outlive this object.
     auto part(int from, int to) const
     {
         return [this, from, to](int percent) { report(from + (to - from) * percent / 100); };

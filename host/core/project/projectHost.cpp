@@ -39,7 +39,7 @@ bool ProjectHost::ExecuteMethod(int, const QString &name, const QVector<MethodPa
 
 QString ProjectHost::GetDatasetPropertiesStringForCurrentMethod()
 {
-    return QString(); // no method is ever open
+    return QString(); // this host runs no methods
 }
 
 void ProjectHost::ShowSpatialWeightSetDialog(int, bool, bool)
@@ -105,7 +105,7 @@ bool ProjectHost::GenerateVariogramModel(VariogramModel &, const DataId &, const
 
 namespace {
 
-/// Of old notes, which begin with the word: they are told as notes anyway.
+/// The text without its leading "Note: ", since it is shown as a note.
 QString withoutPrefix(const QString &text)
 {
     const QString prefix = QStringLiteral("Note: ");
@@ -134,7 +134,7 @@ void ProjectHost::ShowHelpTopic(const char *topic)
 QString ProjectHost::GetInvocationStringForMethod(int, const QString &,
                                                   const QVector<MethodParameter> &)
 {
-    return QString(); // no method, no call
+    return QString(); // this host runs no methods
 }
 
 QString ProjectHost::GetMethodName(int, const QString &name)

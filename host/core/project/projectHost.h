@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The answers to the library of a host without windows: maps become pictures, notes go to the
-/// session's user, and what needs a window is declined.
+/// The library's controller in a host without windows: maps are drawn as pictures, messages are
+/// passed to the user of the session, and requests that need a window are declined with a note.
 #pragma once
 #include <QMap>
 #include <QString>
@@ -14,7 +14,7 @@
 
 namespace meridor {
 
-/// A map that was asked for: what CreateMapWindow got.
+/// The arguments of CreateMapWindow.
 struct MapView {
     int dataset = -1;
     qint64 time = 0;
@@ -22,7 +22,7 @@ struct MapView {
     ColorSchemeInfo fill;
 };
 
-/// Who asks for the work of a session and is told of it. Every part may be left out.
+/// The caller's side of a session. Every member may be left empty.
 struct SessionUser {
     const Notes *notes = nullptr;
     Cancel cancel;
@@ -31,21 +31,21 @@ struct SessionUser {
 
 class MERIDOR_EXPORT ProjectHost : public ControllerBase {
 public:
-    /// @param scratch  directory of the session's temporary files.
+    /// @param scratch  the directory of the session's temporary files.
     ProjectHost(const SessionUser &user, const QString &scratch);
     ~ProjectHost() override;
 
     const Notes &notes() const;
     bool isCancelled() const { return mUser.cancel && mUser.cancel(); }
     const ProgressReport &progress() const { return mUser.progress; }
-    /// Where work may keep files of its own for a while.
+    /// The directory for temporary files.
     const QString &scratch() const { return mScratch; }
 
-    /// Draws a view; false when it cannot. Without a painter there are no maps.
+    /// Draws a view; returns false if it cannot. Without a painter no map is drawn.
     std::function<bool(const MapView &)> painter;
 
     bool isDirty() const { return mProjectDirty; }
-    /// What the library noted so far, warnings included.
+    /// The library's messages so far, including warnings.
     const QStringList &log() const { return mLog; }
 
     int ShowMethod(int method, const QString &name,
@@ -56,12 +56,12 @@ public:
     void ShowSpatialWeightSetDialog(int geographyId, bool flagA, bool flagB) override;
     void ShowVariogramModelDialog(VariogramModel &model, bool flagA, int number,
                                   bool flagB) override;
-    /// @return a number for SyncViews, 0 when nothing could be drawn
+    /// @return the number of the view for SyncViews; 0 if nothing could be drawn.
     int CreateMapWindow(int dataId, qint64 t, const QString &title, const ColorSchemeInfo &fill,
                         const ColorSchemeInfo &line, const SymbolSchemeInfo &symbols) override;
     bool CreateMapLayer(int window, int dataId, const ColorSchemeInfo &fill,
                         const ColorSchemeInfo &line, const SymbolSchemeInfo &symbols) override;
-    /// Draws the views again at another time.
+    /// Draws the views again, at time `t`.
     void SyncViews(QList<int> windows, qint64 t) override;
     bool ShowSpatialWeightsInMap(int window, int weightSet, int object) override;
     int CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds, qint64 t,
@@ -72,21 +72,21 @@ public:
                                 const DataId &locations, int lagCount, bool flagA, double parameter,
                                 bool flagB) override;
     void AddToLog(const QString &text, bool fromHost) override;
-    /// The same for what the library shows as a warning.
+    /// Logs a warning of the library and passes it to the user.
     void AddWarning(const QString &text);
     void ShowHelpTopic(const char *topic) override;
     QString GetInvocationStringForMethod(int method, const QString &name,
                                          const QVector<MethodParameter> &parameters) override;
     QString GetMethodName(int method, const QString &name) override;
-    /// Also records what a subset was cut from.
+    /// Also records the parent geography and its object ids if the new geography is a subset.
     int AddNewVectorGeography(const QString &fileName, const QString &name, const QString &history,
                               TimeFormat format, int parentId,
                               const QVector<int> *parentObjectIds) override;
-    /// Takes the geography out of the project and deletes it.
+    /// Removes the geography from the project and deletes it.
     void RemoveGeography(int id) override;
 
 private:
-    /// One line for each thing that needs a window.
+    /// Notes that `what` needs a window.
     void decline(const QString &what) const;
 
     SessionUser mUser;

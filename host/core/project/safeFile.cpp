@@ -20,8 +20,8 @@ QString systemError()
     return QString::fromLocal8Bit(std::strerror(errno));
 }
 
-/// A rename is durable only once the bytes before it are; and the directory's entry only once the
-/// directory is.
+/// Syncs a file or a directory to the disk. The content must be synced before the rename, and the
+/// directory after it, for the rename to survive a crash.
 bool flush(const QString &path, int flags)
 {
     const int handle = ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC);
@@ -31,7 +31,7 @@ bool flush(const QString &path, int flags)
     return ::close(handle) == 0 && flushed;
 }
 
-/// The rights of the file that is replaced; those that the user's mask gives to a new one.
+/// The access rights of the file that is replaced; for a new file those that the umask leaves.
 mode_t rightsFor(const QString &target)
 {
     struct stat info = {};

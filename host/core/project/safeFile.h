@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Files that are whole or not there: written beside their target and moved over it once complete.
+/// Atomic replacement of files: the new content is written to a temporary file in the directory of
+/// the target, which is renamed to the target when it is complete.
 #pragma once
 #include <QString>
 #include <QStringList>
@@ -8,15 +9,16 @@
 
 namespace meridor {
 
-/// Raises a Failure when the target is there and may not be replaced, or its directory is not.
+/// Raises a Failure if the target is a directory, if it exists and `overwrite` is false, or if its
+/// directory does not exist.
 MERIDOR_EXPORT void requireWritable(const QString &target, bool overwrite);
 
-/// Which file stands under a name, and in which state: to see that it is still the same.
+/// Identifies a file and its state, to detect that it was replaced or changed.
 struct FileIdentity {
     quint64 device = 0;
     quint64 number = 0;
-    qint64 size = -1;       ///< -1: there is none
-    qint64 nanoseconds = 0; ///< of its last change
+    qint64 size = -1;       ///< -1: there is no file
+    qint64 nanoseconds = 0; ///< time of the last change, since 1970
 };
 inline bool operator==(const FileIdentity &a, const FileIdentity &b)
 {
@@ -24,13 +26,14 @@ inline bool operator==(const FileIdentity &a, const FileIdentity &b)
            && a.nanoseconds == b.nanoseconds;
 }
 MERIDOR_EXPORT FileIdentity identityOf(const QString &path);
-/// Raises a Failure when `target` is the same file as one of `inputs`, under whatever name.
+/// Raises a Failure if `target` is the same file as one of `inputs`, also through a link.
 MERIDOR_EXPORT void refuseInput(const QString &target, const QStringList &inputs);
 
-/// Calls `write` with the name of a new empty file in the target's directory (with the target's
-/// extension), brings what was written to the disk, and renames it to the target. When `write`
-/// gives false or raises, or the disk refuses, the target is as it was and the new file is gone. A
-/// link is followed. @return false when `write` gave false
+/// Calls `write` with the name of a new empty file that has the target's directory and extension,
+/// syncs the file to the disk and renames it to the target. If the target is a symbolic link, the
+/// file that it refers to is replaced. If `write` returns false or throws, or a write error occurs,
+/// the target is unchanged and the temporary file is removed. Raises a Failure for a write error.
+/// @return false if `write` returned false.
 MERIDOR_EXPORT bool replaceFile(const QString &target,
                                 const std::function<bool(const QString &)> &write);
 

@@ -35,7 +35,7 @@ std::unique_ptr<QTemporaryDir> makeScratch(const QString &wanted)
          "scratch");
 }
 
-/// The library's bar and warnings, handed on to the session's user.
+/// Passes the library's progress bar and warnings to the user of the session.
 class SessionDialogs final : public HostDialogs {
 public:
     explicit SessionDialogs(ProjectHost &host) : mHost(host) {}
@@ -77,12 +77,13 @@ private:
     QString mLabel;
 };
 
-/// A step of the end, after which the others are due in any case.
+/// Runs a step of the destructor; the steps after it must run even if it throws.
 template <class Step> void quietly(Step step)
 {
     try {
         step();
-    } catch (...) { // a scratch disk that refuses: what the step left goes with the process
+    } catch (...) {
+        // A write error of the scratch disk; what the step did not free is freed at process exit.
     }
 }
 
@@ -165,7 +166,7 @@ void Session::unload()
     mLoaded.clear();
     try {
         VORN_UnloadProject();
-    } catch (const vorn_error &) { // it starts a new scratch file
+    } catch (const vorn_error &) { // unloading creates a new scratch file
         fail(QStringLiteral("%1: no scratch file can be made there").arg(mScratch->path()),
              "scratch");
     }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The library's life within one piece of work: started with a scratch directory of its own,
-/// stopped and swept at the end.
+/// Starts the library with a scratch directory, and stops it and removes the directory at the end.
 #pragma once
 #include <QString>
 #include <QTemporaryDir>
@@ -14,17 +13,18 @@ class HostDialogs;
 namespace meridor {
 
 struct SessionOptions {
-    QString
-        scratch; ///< parent of the scratch directory; empty: the user's cache, else the system's
+    /// Parent of the scratch directory. Empty: the user's cache directory, else the system's
+    /// directory for temporary files.
+    QString scratch;
     int cacheMegabytes = 64;
-    bool smallest = false; ///< projects packed as small as the library can, rather than quickly
+    bool smallest = false; ///< pack projects as small as possible, which is much slower
 };
 
-/// One at a time in a process: a second one raises a Failure. The ends of the library and of the scratch directory never raise:
-/// what the disk refuses then is left where it is.
+/// A process has one session at a time: the constructor of a second one raises a Failure. The
+/// destructor never throws; files that cannot be removed then are left in place.
 class MERIDOR_EXPORT Session {
 public:
-    /// What `user` names stays the caller's and outlives the session.
+    /// `user.notes` is not owned and must outlive the session.
     explicit Session(const SessionOptions &options, const SessionUser &user = {});
     ~Session();
     Session(const Session &) = delete;
@@ -32,19 +32,20 @@ public:
 
     ProjectHost &controller() { return *mController; }
     const Notes &notes() const { return mController->notes(); }
-    /// Raises a Failure when the file is no project that this version reads.
+    /// Raises a Failure if the file does not exist or is no project that this version reads.
     void load(const QString &path);
-    /// Whole or not at all: a cancel, a crash or a full disk leaves the old project as it was. A
-    /// project that was loaded and has changed on the disk since is not replaced.
+    /// Replaces the file atomically: see replaceFile. Raises a Failure, also if `path` is the
+    /// loaded project and its file has changed since it was loaded.
     void save(const QString &path);
+    /// Removes all geographies and starts a new scratch file.
     void unload();
 
 private:
     std::unique_ptr<QTemporaryDir> mScratch;
     std::unique_ptr<ProjectHost> mController;
     std::unique_ptr<HostDialogs> mDialogs;
-    QString mLoaded;          ///< the project that was loaded last
-    FileIdentity mLoadedFile; ///< as it was then
+    QString mLoaded;          ///< path of the project that was loaded or saved last
+    FileIdentity mLoadedFile; ///< its state then
 };
 
 } // namespace meridor

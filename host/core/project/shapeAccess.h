@@ -7,7 +7,7 @@
 
 namespace meridor {
 
-/// The rings of an object's polygon at a time; none when it is no polygon or does not exist then.
+/// The rings of an object's polygon at a time; empty if it is no polygon or does not exist then.
 MERIDOR_EXPORT QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int object,
                                                qint64 time);
 

@@ -8,13 +8,13 @@
 
 namespace meridor {
 
-/// The shortest text that reads back as the same number.
+/// The shortest text from which the same number is read.
 MERIDOR_EXPORT QString exactNumber(double value);
-/// At most `decimals` places, trailing zeros dropped: for the eye.
+/// For display: at most `decimals` decimal places, without trailing zeros.
 MERIDOR_EXPORT QString shortNumber(double value, int decimals = 3);
-/// Null for what JSON has no number for.
+/// Null for infinities and NaN, which JSON cannot represent.
 MERIDOR_EXPORT QJsonValue jsonNumber(double value);
-/// "a, b, c and 17 more": lists in messages stay readable.
+/// A list of at most `most` names for a message: "a, b, c and 17 more".
 MERIDOR_EXPORT QString someOf(const QStringList &names, int most = 12);
 
 } // namespace meridor

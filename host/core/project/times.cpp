@@ -8,8 +8,8 @@
 namespace meridor {
 namespace {
 
-// The library's epoch; its own splitting of a moment into hours gives no result, so texts are made
-// here.
+// The library's epoch. VORN_GetTimeComponents gives no components of a time of day, so texts are
+// made here.
 const QDate kEpoch(1752, 9, 14);
 constexpr qint64 kDay = 86400;
 
@@ -44,7 +44,7 @@ qint64 ofDate(const QDate &date)
     return VORN_ConstructTime(TF_Date, date.year(), date.month(), date.day(), 0, 0, 0);
 }
 
-/// First day and the first day behind: a year, a month or a day.
+/// The first day of a year, month or day, and the first day after it.
 std::optional<QPair<QDate, QDate>> days(const Match &text)
 {
     QDate first;
@@ -84,7 +84,7 @@ std::optional<qint64> moment(const QRegularExpressionMatch &parts)
     return zone.startsWith(QLatin1Char('-')) ? local + offset : local - offset;
 }
 
-/// Of numbers, dates and moments each can be told as the next.
+/// A format of higher rank can represent every text of a lower rank.
 int rankOf(TimeFormat format)
 {
     return format == TF_DateTime ? 2 : format == TF_Date ? 1 : 0;
@@ -114,15 +114,15 @@ bool isInstant(const Interval &interval)
     return interval.startTime == interval.endTime;
 }
 
-/// The start of the first day that no longer belongs to a span of days. Projects of earlier
-/// versions hold spans that end with the start of their last day, included.
+/// The start of the first day after a span of days. Projects of earlier versions hold spans that
+/// end, inclusive, at the start of their last day.
 qint64 dayBehind(const Interval &interval)
 {
     return interval.inclusiveEnd ? interval.endTime + kDay : interval.endTime;
 }
 
-/// The name of a whole year or month that begins on `first` and whose next one begins on `behind`;
-/// else empty.
+/// "1929" or "1929-07" if the days from `first` to before `behind` are a whole year or month; else
+/// empty.
 QString calendarName(const QDate &first, const QDate &behind)
 {
     if (first.day() != 1)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// Times as people write them: 1929, 1929-07, 1929-07-01, 2005-06-08T18:00Z, 18:00. A text stands
-/// for its whole span, so that "1929" is a year of days in a geography of dates and one tick in a
-/// geography of numbers.
+/// Times as texts: 1929, 1929-07, 1929-07-01, 2005-06-08T18:00Z, 18:00. A text means its whole
+/// span: "1929" is all days of the year in a geography whose times are dates, and a single time in
+/// one whose times are numbers.
 #pragma once
 #include <QString>
 #include <QStringList>
@@ -12,9 +12,9 @@
 
 namespace meridor {
 
-/// The coarsest format in which every text can be told: numbers, then dates, then dates with a time
-/// of day; times of day keep to themselves. Nothing when a text is none of them; `culprit` then
-/// names it.
+/// The coarsest format that can represent every text: numbers, then dates, then dates with a time
+/// of day. Times of day cannot be mixed with the others. Nothing if a text is no time, or cannot be
+/// mixed; `culprit` receives that text.
 MERIDOR_EXPORT std::optional<TimeFormat> recogniseTimes(const QStringList &texts,
                                                         QString *culprit = nullptr);
 
@@ -23,27 +23,28 @@ class MERIDOR_EXPORT TimeAxis {
 public:
     explicit TimeAxis(TimeFormat format) : mFormat(format) {}
     TimeFormat format() const { return mFormat; }
-    /// Spans then end just before the next one begins.
+    /// Whether the unit is the second; the end of a span START/END is then exclusive.
     bool countsSeconds() const { return mFormat == TF_DateTime || mFormat == TF_Time; }
 
-    /// The span of a text. Dates and date-times end just before the next one begins, so that spans
-    /// meet and no instant lies between them: the day 1929-12-31 belongs to 1929. Nothing for a
-    /// text that is no time of this format.
+    /// The span of a text. A day, month or year ends, exclusive, at the start of the next one, so
+    /// that there is no instant between consecutive spans and the day 1929-12-31 belongs to 1929.
+    /// Nothing if the text is no time of this format.
     std::optional<Interval> span(const QString &text) const;
-    /// From the start of one text to the end of another: days inclusive, moments and times of day
-    /// exclusive. Nothing when a text is no time or the end lies before the start.
+    /// From the start of one text to the end of another. An end that is a day is included; one that
+    /// is a moment or a time of day is excluded. Nothing if a text is no time or the end is before
+    /// the start.
     std::optional<Interval> span(const QString &start, const QString &end) const;
-    /// "1929-1931" and "START/END" too: what an option takes.
+    /// The span of "TIME" or "START/END".
     std::optional<Interval> range(const QString &text) const;
 
     QString show(qint64 time) const;
-    /// When all that two spans share is the last day or instant of the earlier one, that goes to
-    /// the later one. False when they share more.
+    /// If two spans share only the last day or instant of `earlier`, ends `earlier` before `later`.
+    /// False if they share more.
     bool giveWay(Interval &earlier, const Interval &later) const;
 
-    /// Whole years and months by their name, anything else as start/end.
+    /// "1929" or "1929-07" for a whole year or month, else "START/END".
     QString show(const Interval &interval) const;
-    /// The last day of a span of dates; else its end.
+    /// The last day of a span of dates; the end of any other span.
     QString showEnd(const Interval &interval) const;
 
 private:
@@ -52,8 +53,9 @@ private:
 
 MERIDOR_EXPORT const char *timeFormatName(TimeFormat format);
 
-/// A text written in another way, as one that TimeAxis reads and as exact as `pattern`; null when
-/// it does not fit. @param pattern  of Qt: d, M, yyyy, HH, mm, ss and what stands between them.
+/// Translates a text into the form that TimeAxis reads, with the precision of `pattern`; null if
+/// the text does not match. @param pattern a format of QDateTime::fromString: d, M, yyyy, HH, mm,
+/// ss and the characters between them.
 MERIDOR_EXPORT QString isoTime(const QString &text, const QString &pattern);
 
 } // namespace meridor

@@ -43,7 +43,8 @@ MapShape toMapShape(const TreeObject *object)
     return shape;
 }
 
-/// The fewest decimals that move no limit by more than half a percent of the narrowest class.
+/// The fewest decimal places that change no limit by more than half a percent of the narrowest
+/// class.
 int decimalsFor(const QVector<double> &breaks)
 {
     double step = breaks.last() - breaks.first();
@@ -60,7 +61,7 @@ int decimalsFor(const QVector<double> &breaks)
     return 8;
 }
 
-/// Thousands in groups of three, parted by a thin space.
+/// A number with its digits in groups of three, separated by thin spaces.
 QString grouped(double value, int decimals)
 {
     QString text = QString::number(value, 'f', decimals);
@@ -81,7 +82,7 @@ QString classText(double low, double high, int decimals)
 /// Classes of the values and the class of each object.
 struct Classified {
     QVector<LegendEntry> legend;
-    QVector<int> classes; ///< by object, -1 without a value
+    QVector<int> classes; ///< by object; -1: no value
 };
 
 Classified classifyNumbers(const MapView &view, const MapStyle &style, const ValuesAt &values)
@@ -119,7 +120,7 @@ Classified classifyTexts(const ValuesAt &values, const QVector<int> &existing)
     const QVector<QColor> colors = categoricalColors(names.size());
     for (int i = 0; i < names.size(); ++i)
         result.legend.prepend(
-            {colors[i], names[i], 0}); // a legend is read from its last class down
+            {colors[i], names[i], 0}); // the legend is drawn from its last entry to its first
     if (tooMany)
         result.legend.prepend({QColor(0xe8, 0xe6, 0xdf), QStringLiteral("others"), 0});
     const int last = result.legend.size() - 1;
@@ -141,7 +142,7 @@ QString methodText(const MapStyle &style)
     return text;
 }
 
-/// The whole geography with some room around it.
+/// The extent of the whole geography with a margin.
 QRectF wholeExtent(const Fennims &shapes)
 {
     const RectInT box = shapes.GetBoundingRect();
@@ -196,7 +197,7 @@ MapPicture choropleth(const MapView &view, const MapStyle &style)
     picture.size = style.size;
     picture.geographic =
         projection.GetProjectionName().isEmpty() && !projection.GetGeographicCSName().isEmpty();
-    // Places have no ground of their own: the whole extent gives it.
+    // The points of one time do not show the extent of the map, so the whole extent is used.
     if (style.allTimes || shapes.GetGeographyType() == Fennims::PointGeography)
         picture.frame = wholeExtent(shapes);
     addShapes(picture, *geography, time, existing, classified.classes);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// From a dataset at one time to the picture of it.
+/// Makes the picture of a dataset at one time.
 #pragma once
 #include <QSize>
 #include <QString>
@@ -14,15 +14,15 @@ struct MapStyle {
     int classes = 5;
     QString palette = QStringLiteral("lagoon");
     QString subtitle; ///< empty: the time
-    bool allTimes =
-        false; ///< classes and extent of all times: pictures of a series can be compared
+    bool allTimes = false; ///< same classes and extent at all times, to compare pictures
     QSize size{1600, 1000};
 };
 
-/// Objects that do not exist at the time are not drawn; those without a value are grey.
+/// Objects that do not exist at the time are left out; those without a value are grey. Raises a
+/// Failure, also on a cancel.
 MERIDOR_EXPORT MapPicture choropleth(const MapView &view, const MapStyle &style);
 
-/// As PNG, whole or not at all; raises a Failure.
+/// Writes a PNG file, which is replaced atomically. Raises a Failure.
 MERIDOR_EXPORT void savePicture(const QImage &image, const QString &path);
 
 } // namespace meridor

@@ -15,7 +15,7 @@
 namespace meridor {
 namespace {
 
-/// A dataset for the length of a scope.
+/// A temporary dataset, removed at the end of its scope.
 class PassingDataset {
 public:
     explicit PassingDataset(int id) : mId(id) {}
@@ -50,14 +50,14 @@ QStringList classificationNames()
 
 QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, int classes)
 {
-    // The table of values is empty when there are none; classes of nothing are none.
+    // An empty frequency table means that there are no values, and so no classes.
     MDataset *owner = datasetOf(dataset);
     if (rasterOf(dataset) && owner->UniqueValueCount(nullptr) == 0)
-        VORN_RecalculateDataFrequencies(dataset); // large grids are not counted as they come
+        VORN_RecalculateDataFrequencies(dataset); // the import does not count large grids
     stopIfCancelled();
     if (owner->UniqueValueCount(nullptr) == 0)
         return {};
-    // A class takes at least one distinct value.
+    // Natural breaks need at least one distinct value per class.
     const int wanted =
         method == MDataset::Jenks ? qMin(classes, owner->UniqueValueCount(nullptr)) : classes;
     const QVector<double> breaks = owner->GetIntervalBreaks(0, wanted + 1, method, true).toVector();

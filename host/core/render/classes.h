@@ -12,14 +12,15 @@ namespace meridor {
 MERIDOR_EXPORT MDataset::ClassificationType classificationOf(const QString &method);
 MERIDOR_EXPORT QStringList classificationNames();
 
-/// Limits of classes, ascending, one more than there are classes; of all values of the dataset, or
-/// of one time's alone. Empty without values; raises the cancel.
+/// Class limits, ascending, one more than there are classes: of all values of the dataset, or of
+/// those of one time. Empty if there are no values. Raises a Failure on a cancel.
 MERIDOR_EXPORT QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method,
                                            int classes);
 MERIDOR_EXPORT QVector<double> breaksAt(int dataset, qint64 time,
                                         MDataset::ClassificationType method, int classes);
 
-/// The class of a value: the first takes its lower limit too, each its upper one. -1 outside.
+/// The class of a value. A class includes its upper limit, the first class also its lower limit. -1
+/// if the value is outside.
 MERIDOR_EXPORT int classOf(double value, const QVector<double> &breaks);
 
 } // namespace meridor

@@ -18,7 +18,7 @@ const QColor kBorder(0xff, 0xff, 0xff);
 const QColor kOutline(0x8a, 0x96, 0x9e);
 const QColor kGround(0xf4, 0xf6, 0xf7);
 
-/// Sizes follow the picture: 1 is a picture of 1600 by 1000.
+/// Scales lengths with the picture; the scale is 1 for 1600 by 1000 pixels.
 class Layout {
 public:
     explicit Layout(const QSize &size)
@@ -73,7 +73,7 @@ QRectF extent(const QVector<MapShape> &shapes)
     return box;
 }
 
-/// Map coordinates to the picture: same scale on both axes, centred, north up.
+/// The transformation from map coordinates to pixels: equal scales on both axes, centred, north up.
 QTransform fit(const MapPicture &picture, const QRectF &area)
 {
     constexpr double kRadian = 3.14159265358979323846 / 180;
@@ -93,7 +93,7 @@ QTransform fit(const MapPicture &picture, const QRectF &area)
 QPainterPath areaPath(const MapShape &shape, const QTransform &transform)
 {
     QPainterPath path;
-    path.setFillRule(Qt::OddEvenFill); // holes and parts alike: a ring turns what it holds over
+    path.setFillRule(Qt::OddEvenFill); // rings are not marked as outer rings or holes
     for (const auto &part : shape.parts) {
         path.addPolygon(transform.map(QPolygonF(part)));
         path.closeSubpath();
@@ -112,7 +112,7 @@ void drawAreas(QPainter &painter, const MapPicture &picture, const QTransform &t
     QVector<QPainterPath> paths;
     for (const MapShape &shape : picture.shapes)
         paths.append(shape.kind == MapShape::Area ? areaPath(shape, transform) : QPainterPath());
-    // An outline under everything sets light classes off the paper.
+    // An outline below the fill separates light classes from the background.
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(kOutline, layout.unit(2.4), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     for (const QPainterPath &path : paths)
@@ -144,7 +144,7 @@ void drawPlaces(QPainter &painter, const MapPicture &picture, const QTransform &
     const auto count =
         std::count_if(picture.shapes.begin(), picture.shapes.end(),
                       [](const MapShape &shape) { return shape.kind == MapShape::Place; });
-    // Many places are small dots, few are large ones.
+    // The radius of points decreases with their number.
     const double radius =
         layout.unit(qBound(2.0, 40 / std::sqrt(static_cast<double>(count) + 1), 9.0));
     painter.setPen(QPen(kInk, layout.unit(0.8)));
@@ -158,7 +158,7 @@ void drawPlaces(QPainter &painter, const MapPicture &picture, const QTransform &
     }
 }
 
-/// A line of text, cut with dots where it would leave its room. @return the y below it
+/// Draws a line of text, elided if it is wider than `width`. @return the y below the line.
 double drawText(QPainter &painter, const QFont &font, const QColor &color, const QPointF &topLeft,
                 double width, const QString &text, Qt::Alignment alignment = Qt::AlignLeft)
 {
@@ -202,7 +202,7 @@ void drawLegend(QPainter &painter, const MapPicture &picture, const Layout &layo
                  QString::number(count), Qt::AlignRight);
         y += box + layout.unit(10);
     };
-    // The largest on top, as on a thermometer.
+    // The largest class is on top.
     for (int i = picture.legend.size() - 1; i >= 0; --i)
         entry(picture.legend[i].color, picture.legend[i].text, picture.legend[i].count);
     if (picture.missingCount > 0) {

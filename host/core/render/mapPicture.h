@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Draws a choropleth: shapes filled by class under a title, beside a legend. Knows nothing of
-/// projects.
+/// Draws a choropleth map: a title, shapes filled by class, and a legend. It does not access the
+/// project.
 #pragma once
 #include <QColor>
 #include <QImage>
@@ -33,8 +33,8 @@ struct MapPicture {
     QVector<MapShape> shapes;
     QVector<LegendEntry> legend; ///< by class index
     int missingCount = 0;
-    QRectF frame; ///< map coordinates that the picture shows; empty: what its shapes cover
-    bool geographic = false; ///< degrees: drawn with the width of a degree at the middle latitude
+    QRectF frame; ///< extent in map coordinates; empty: that of the shapes
+    bool geographic = false; ///< degrees: x is scaled by the cosine of the middle latitude
     QSize size{1600, 1000};
 };
 

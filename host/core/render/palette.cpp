@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Ramps are given by a few anchors and interpolated in OKLab (B. Ottosson 2020, "A perceptual color
-// space for image processing"), where equal steps look equal and lightness falls evenly.
+// Ramps are defined by a few anchor colours and interpolated in OKLab (B. Ottosson 2020, "A
+// perceptual color space for image processing"), in which equal distances are perceived as equal.
 #include "core/render/palette.h"
 #include <QMap>
 #include <array>
@@ -93,7 +93,7 @@ QVector<QColor> categoricalColors(int count)
     constexpr double kPi = 3.14159265358979323846;
     QVector<QColor> colors;
     for (int i = 0; i < count; ++i) {
-        // Twelve hues, neighbours far apart, in two lightnesses.
+        // Twelve hues in two lightnesses; consecutive colours have distant hues.
         const double angle = 2 * kPi * (i * 5 % 12) / 12 + 0.6;
         const double lightness = i % 2 == 0 ? 0.74 : 0.60;
         colors.append(toColor({lightness, 0.105 * std::cos(angle), 0.105 * std::sin(angle)}));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Colours of classes: ramps from light to dark that stay in order in grey print, and sets of
-/// colours for names.
+/// Colours of classes: ramps from light to dark, whose order remains visible in greyscale, and
+/// colours for unordered classes.
 #pragma once
 #include <QColor>
 #include <QStringList>
@@ -10,10 +10,10 @@
 namespace meridor {
 
 MERIDOR_EXPORT QStringList paletteNames();
-/// `count` colours from light to dark, evenly spaced to the eye. An unknown name is the first
+/// `count` colours from light to dark in perceptually equal steps. An unknown name means the first
 /// palette.
 MERIDOR_EXPORT QVector<QColor> sequentialColors(const QString &palette, int count);
-/// Colours for up to twelve unordered classes; further ones repeat.
+/// Colours of unordered classes; they repeat after twelve.
 MERIDOR_EXPORT QVector<QColor> categoricalColors(int count);
 
 } // namespace meridor
