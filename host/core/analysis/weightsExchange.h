@@ -22,8 +22,8 @@ MERIDOR_EXPORT WrittenWeights exportWeights(int set, const QString &path, const 
                                             const QString &at);
 
 struct WeightsImport {
-    QString key; ///< as in exportWeights
-    QString at;  ///< the interval of the lists as text; empty: all times of objects
+    QString key;              ///< as in exportWeights
+    QString at;               ///< the interval of the lists as text; empty: all times of objects
     bool standardize = false; ///< divide each object's weights by their sum
     bool strict = false;      ///< ids without a match are a failure
 };

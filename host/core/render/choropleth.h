@@ -13,7 +13,7 @@ struct MapStyle {
     QString method = QStringLiteral("jenks");
     int classes = 5;
     QString palette = QStringLiteral("lagoon");
-    QString subtitle; ///< empty: the time
+    QString subtitle;      ///< empty: the time
     bool allTimes = false; ///< same classes and extent at all times, to compare pictures
     QSize size{1600, 1000};
 };

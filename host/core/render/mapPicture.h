@@ -33,7 +33,7 @@ struct MapPicture {
     QVector<MapShape> shapes;
     QVector<LegendEntry> legend; ///< by class index
     int missingCount = 0;
-    QRectF frame; ///< extent in map coordinates; empty: that of the shapes
+    QRectF frame;            ///< extent in map coordinates; empty: that of the shapes
     bool geographic = false; ///< degrees: x is scaled by the cosine of the middle latitude
     QSize size{1600, 1000};
 };
