@@ -24,7 +24,7 @@ void addCommonOptions(const Command &app, Context &context)
         .shown()
         .range(1, 2000);
     app.flag("--smallest", context.session.smallest,
-             "Pack projects as small as can be, in many times the time");
+             "Compress projects as far as possible, which is much slower");
 }
 
 ExitCode codeOf(FailureKind kind)
@@ -76,13 +76,13 @@ QString version()
 int runCommandLine(int argc, char **argv)
 {
     Context context;
-    CLI::App app("Maps with values over time: import, look, save, draw, export", "meridor");
+    CLI::App app("Maps with values over time: import, analyse, draw, export", "meridor");
     app.require_subcommand(1);
     app.fallthrough();
     app.set_version_flag("--version", version().toStdString());
     app.footer("Example:\n  meridor demo results\n\nExit codes: 0 done, 1 failed, 2 wrong usage, "
                "130 cancelled.\n"
-               "meridor VERB --help tells more.");
+               "meridor VERB --help shows the options of a verb.");
     const Command program(app);
     addCommonOptions(program, context);
     for (const auto add :

@@ -88,14 +88,14 @@ void run(const Options &options, const Context &context)
 void addClasses(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command = app.verb("classes", "Cut a dataset's values into classes");
+    const Command command = app.verb("classes", "Classify the values of a dataset");
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
-    command.text("--method", options->method, "How to cut")
+    command.text("--method", options->method, "Method of classification")
         .shown("jenks")
         .oneOf({"equal", "quantile", "jenks"});
     command.number("--count", options->count, "Number of classes").shown().range(1, 256);
-    command.text("--at", options->at, "The values of this time alone (default: of all times)");
+    command.text("--at", options->at, "Only the values of this time (default: of all times)");
     command.footer(
         "Example:\n  meridor classes income.vorn income --method jenks --count 5 --at 2009");
     command.chosen(

@@ -73,7 +73,8 @@ void addConvert(const Command &app, Context &context)
               "slices (all objects at a time) or series (all times of an object)")
         .oneOf({"slices", "series"});
     command
-        .number("--decimals", options->conversion.decimals, "Decimals of numbers that become text")
+        .number("--decimals", options->conversion.decimals,
+                "Decimal places of numbers that become text")
         .shown()
         .range(0, 17);
     targetOptions(command, options->target, context);

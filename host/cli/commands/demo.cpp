@@ -344,8 +344,9 @@ void addDemo(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     const Command command =
-        app.verb("demo", "Tell the whole story on sample data, every figure checked");
-    command.text("DIR", options->directory, "Where the results go; made when it is missing")
+        app.verb("demo", "Run the main functions on sample data and check every result");
+    command
+        .text("DIR", options->directory, "Directory of the results; created if it does not exist")
         .required();
     command.text("--samples", options->samples, "Directory of the sample data");
     overwriteOption(command, context);

@@ -146,11 +146,11 @@ void addExport(const Command &app, Context &context)
     const Command command =
         app.verb("export", "Write datasets as a table (CSV, GeoEAS, DBF), or a grid as GeoTIFF");
     projectArgument(command, options->project);
-    command.text("TABLE", options->output, "The file to write; its ending tells the format")
+    command.text("TABLE", options->output, "The file to write; its suffix determines the format")
         .required();
-    command.texts("--datasets", options->datasets, "Datasets, parted by commas (default: all)")
+    command.texts("--datasets", options->datasets, "Datasets, separated by commas (default: all)")
         .partedBy(',');
-    command.text("--geography", options->geography, "The geography, when there are several");
+    command.text("--geography", options->geography, "The geography, if there are several");
     command.text("--format", options->format, "csv, geoeas, dbf or geotiff")
         .oneOf({"csv", "geoeas", "dbf", "geotiff"});
     command.text("--at", options->at, "The time of a grid (default: its last)");

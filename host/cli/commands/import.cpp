@@ -131,18 +131,17 @@ void addInputs(const Command &command, Options &options)
     command.text("MAP", import.map, "A vector file, a table with --x and --y, or a raster")
         .required();
     command.text("PROJECT", options.project, "The project to write").required();
-    command.flag("--append", options.append, "Add the geography to a project that is there");
-    command.text("--layer", import.layer, "Layer of the map, when it has several");
+    command.flag("--append", options.append, "Add the geography to an existing project");
+    command.text("--layer", import.layer, "Layer of the map, if it has several");
     command.text("--name", import.name, "Name of the geography (default: the layer's)");
-    command.text("--key", import.key,
-                 "Field that names the objects; rows with one key are one object");
+    command.text("--key", import.key, "Field of the keys; rows with the same key are one object");
     command.text("--x", import.xColumn, "Field of the x coordinate of a table of points");
     command.text("--y", import.yColumn, "Field of the y coordinate");
     command.text("--crs", import.projection,
                  "Coordinate system, such as EPSG:4326, in place of the file's");
     command
         .number("--snap", import.snap,
-                "Nearer than this, in map units, places are one for common borders")
+                "Vertices within this distance, in map units, coincide for common borders")
         .notNegative();
 }
 
@@ -154,22 +153,20 @@ Setting addTimes(const Command &command, ImportOptions &import)
                  "Field with its end, or \"next\": up to the object's next row or the next band");
     Setting times = command
                         .text("--times", import.times,
-                              "How times are read; a raster's bands are then times of one dataset")
+                              "Format of times; a raster's bands are then times of one dataset")
                         .shown("auto")
                         .oneOf({"auto", "number", "date", "date-time", "time"});
     command.text("--time-format", import.timePattern,
-                 "How the files write times, such as d.M.yyyy or yyyyMMdd HH:mm");
+                 "Pattern of times in files, such as d.M.yyyy or yyyyMMdd HH:mm");
     return times;
 }
 
 void addValues(const Command &command, ImportOptions &import)
 {
-    command
-        .texts("--fields", import.fields,
-               "Fields that become datasets (default: all that are left)")
+    command.texts("--fields", import.fields, "Fields that become datasets (default: all others)")
         .partedBy(',');
-    command.flag("!--no-fields", import.attributes, "No field becomes a dataset by itself");
-    command.texts("--table", import.tables, "A table whose fields are added by key; repeatable");
+    command.flag("!--no-fields", import.attributes, "Import no other fields as datasets");
+    command.texts("--table", import.tables, "A table whose fields are joined by key; repeatable");
     command.texts("--series", import.series,
                   "A dataset over time: NAME=FIRST..LAST, NAME=PREFIX* or "
                   "NAME=FIELD@TIME,FIELD@START/END,...; repeatable");
@@ -179,10 +176,9 @@ void addValues(const Command &command, ImportOptions &import)
                   "A dataset of that table: NAME=VALUE@START, NAME=VALUE@START/END or "
                   "NAME=VALUE@START/next, all fields");
     command.texts("--type", import.types,
-                  "NAME=decimal, integer or text, in place of what is recognised");
+                  "NAME=decimal, integer or text, instead of the recognised type");
     command.texts("--missing", import.missing, "Text that stands for a missing value; repeatable");
-    command.flag("--strict", import.strict,
-                 "Fail when keys of a table and of the map do not match");
+    command.flag("--strict", import.strict, "Fail if keys of a table and of the map do not match");
 }
 
 void addRasters(const Command &command, Options &options)
@@ -191,7 +187,8 @@ void addRasters(const Command &command, Options &options)
                  "Name of a raster's dataset (default: the file's)");
     command.text("--no-data", options.import.noData,
                  "The cell of a raster that means no data, or \"none\", in place of the file's");
-    command.flag("--raster", options.raster, "Read a file that holds both as a raster");
+    command.flag("--raster", options.raster,
+                 "Read a file that holds a map and a raster as a raster");
 }
 
 } // namespace
@@ -200,7 +197,7 @@ void addImport(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     options->import.times = QStringLiteral("auto");
-    const Command command = app.verb("import", "Make a project of a map and its values");
+    const Command command = app.verb("import", "Make a project from a map and its values");
     addInputs(command, *options);
     const Setting times = addTimes(command, options->import);
     addValues(command, options->import);

@@ -111,9 +111,9 @@ void run(const Options &options, const Context &context)
 void addInfo(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command = app.verb("info", "Tell what a project holds");
+    const Command command = app.verb("info", "Show what a project holds");
     projectArgument(command, options->project);
-    command.text("--at", options->at, "Also name the objects that exist at this time");
+    command.text("--at", options->at, "Also list the objects that exist at this time");
     command.footer("Example:\n  meridor info income.vorn --at 1850-12-31");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });

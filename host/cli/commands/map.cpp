@@ -93,7 +93,7 @@ void addMap(const Command &app, Context &context)
     command.text("PICTURE", options->output, "The PNG file to write").required();
     command.text("--at", options->at, "The time (default: the dataset's last)");
     command.text("--title", options->title, "Title (default: the dataset's name)");
-    command.text("--method", options->style.method, "How values are cut into classes")
+    command.text("--method", options->style.method, "Method of classification")
         .shown("jenks")
         .oneOf({"equal", "quantile", "jenks"});
     command.number("--count", options->style.classes, "Number of classes").shown().range(1, 64);

@@ -167,15 +167,15 @@ void addTests(const Command &command, MoranPlan &plan)
 {
     plan.correction = QStringLiteral("none");
     plan.seed = QRandomGenerator::system()->bounded(1, std::numeric_limits<int>::max());
-    command.number("--permutations", plan.permutations, "How many; 0 for none")
+    command.number("--permutations", plan.permutations, "Number of permutations; 0 for none")
         .shown()
         .range(0, 1000000);
-    command.number("--seed", plan.seed, "Of the permutations (default: another each time)")
+    command.number("--seed", plan.seed, "Seed of the permutations (default: differs in each run)")
         .range(0, std::numeric_limits<int>::max());
-    command.flag("--local", plan.local, "Each object's own statistic too");
+    command.flag("--local", plan.local, "Also calculate the statistic of each object");
     command
         .text("--correction", plan.correction,
-              "Of local tests: none, bonferroni, holm, simes, fdr or jef")
+              "Correction of local tests: none, bonferroni, holm, simes, fdr or jef")
         .shown("none")
         .oneOf({"none", "bonferroni", "holm", "simes", "fdr", "jef"});
     command.number("--alpha", plan.alpha, "Level of local tests").shown().range(0.0, 1.0);
@@ -186,14 +186,14 @@ void addTests(const Command &command, MoranPlan &plan)
 void addMoran(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command = app.verb(
-        "moran", "Moran's I over time: are like values neighbours more often than by chance?");
+    const Command command =
+        app.verb("moran", "Moran's I over time: the spatial autocorrelation of a dataset");
     projectArgument(command, options->target.project);
     datasetArgument(command, options->dataset);
     command.text("SET", options->set, "The weight set, as SET or GEOGRAPHY/SET").required();
-    command.texts("--at", options->at, "A time, in place of all; repeatable");
+    command.texts("--at", options->at, "A time, instead of all; repeatable");
     addTests(command, options->plan);
-    command.text("--save", options->save, "Keep the results as datasets of this name");
+    command.text("--save", options->save, "Store the results as datasets of this name");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor moran income.vorn income queen --at 1929 --local --seed 1");
     command.chosen(

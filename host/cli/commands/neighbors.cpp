@@ -205,9 +205,10 @@ void addNearest(const Command &app, Context &context)
     const Command command = app.verb("nearest", "The objects nearest to a place");
     projectArgument(command, options->project);
     command.numbers("PLACE", options->place, "X Y, in map units").values(2, 2);
-    command.text("--object", options->object, "The place of this object, itself left out");
-    command.text("--geography", options->geography, "The geography, when there are several");
-    command.number("--count", options->count, "How many").shown().range(1, 1000000);
+    command.text("--object", options->object,
+                 "Use the place of this object, which is left out of the result");
+    command.text("--geography", options->geography, "The geography, if there are several");
+    command.number("--count", options->count, "Number of objects").shown().range(1, 1000000);
     command.text("--at", options->at, "The time (default: the last)");
     command.footer("Example:\n  meridor nearest storms.vorn -- -89.6 26.3 --count 3 --at "
                    "2005-08-28T18:00Z");

@@ -15,7 +15,7 @@ void datasetArgument(const Command &command, QString &dataset)
 
 void overwriteOption(const Command &app, Context &context)
 {
-    app.flag("--overwrite", context.overwrite, "Replace the output file when it is there already");
+    app.flag("--overwrite", context.overwrite, "Replace the output file if it exists");
 }
 
 void valueOptions(const Command &command, ObjectChoice &choice)

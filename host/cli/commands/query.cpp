@@ -170,13 +170,14 @@ void run(const Options &options, const Context &context)
 void addQuery(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command = app.verb("query", "The cells of a grid in a place");
+    const Command command = app.verb("query", "List the cells of a grid in an area");
     projectArgument(command, options->project);
     command.text("DATASET", options->dataset, "The raster dataset").required();
-    command.text("--rect", options->rect, "X0,Y0,X1,Y1: cells that it touches");
-    command.text("--circle", options->circle, "X,Y,RADIUS: cells with their centre in it");
+    command.text("--rect", options->rect, "X0,Y0,X1,Y1: cells that intersect the rectangle");
+    command.text("--circle", options->circle, "X,Y,RADIUS: cells with their centre in the circle");
     command.text("--ellipse", options->ellipse,
-                 "X,Y,A,B,DEGREES: cells with their centre in it; A lies along the angle");
+                 "X,Y,A,B,DEGREES: cells with their centre in the ellipse; A is the semi-axis "
+                 "along the angle");
     command.text("--polygon", options->polygon, "A file of polygons: cells that share area");
     command.text("--in", options->in, "GEOGRAPHY/OBJECT of the project: the same");
     command.flag("--centers", options->centers,

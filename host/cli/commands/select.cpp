@@ -46,7 +46,7 @@ void run(const Options &options, const Context &context)
 void addSelect(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command = app.verb("select", "Name the objects with a value, or in a range");
+    const Command command = app.verb("select", "List the objects with given values, or in a range");
     projectArgument(command, options->project);
     datasetArgument(command, options->choice.dataset);
     valueOptions(command, options->choice);

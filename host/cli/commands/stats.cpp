@@ -126,7 +126,7 @@ void addStats(const Command &app, Context &context)
     const Command command = app.verb("stats", "Statistics of a dataset: at each time and over all");
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
-    command.texts("--at", options->at, "A time, in place of all; repeatable");
+    command.texts("--at", options->at, "A time, instead of all; repeatable");
     command.footer("Example:\n  meridor stats income.vorn income --at 1929 --at 2009");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });

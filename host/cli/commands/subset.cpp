@@ -58,13 +58,12 @@ void run(const Options &options, const Context &context)
 void addSubset(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command =
-        app.verb("subset", "Add a geography cut down to some objects of another");
+    const Command command = app.verb("subset", "Add a geography of some objects of another");
     projectArgument(command, options->target.project);
     command.text("NAME", options->name, "The new geography's name").required();
     command.text("--geography", options->choice.geography,
-                 "The geography to cut, when there are several");
-    command.texts("--objects", options->choice.keys, "Objects by key or name, parted by commas")
+                 "The parent geography, if there are several");
+    command.texts("--objects", options->choice.keys, "Objects by key or name, separated by commas")
         .partedBy(',');
     command.text("--where", options->choice.dataset, "Objects by their value in this dataset");
     valueOptions(command, options->choice);

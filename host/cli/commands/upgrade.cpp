@@ -63,7 +63,8 @@ void run(const Options &options, const Context &context)
 void addUpgrade(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command = app.verb("upgrade", "Bring a project of any age to the present form");
+    const Command command =
+        app.verb("upgrade", "Convert a project of any version to the present form");
     command.text("OLD", options->old, "The project to read").required();
     command.text("NEW", options->project, "The project to write").required();
     overwriteOption(command, context);

@@ -137,7 +137,7 @@ void addMethod(const Command &command, WeightSetPlan &plan)
     command.number("--order", plan.order, "Steps of contiguity between polygons")
         .shown()
         .range(1, 1000);
-    command.number("--count", plan.count, "How many are nearest; ties share the last places")
+    command.number("--count", plan.count, "Number of nearest neighbours; more if there are ties")
         .shown()
         .range(1, 1000000);
     command.number("--range", plan.range, "Distance, in map units");
@@ -146,10 +146,10 @@ void addMethod(const Command &command, WeightSetPlan &plan)
               "constant, row (sum to 1), rank or inverse (of distances), border or border-share")
         .shown("row")
         .oneOf({"constant", "row", "rank", "inverse", "border", "border-share"});
-    command.number("--numerator", plan.numerator, "Of inverse distances").shown();
-    command.number("--power", plan.power, "Of inverse distances").shown();
-    command.flag("--ego", plan.includeEgo, "An object is a neighbour of itself too");
-    command.text("--information", plan.information, "A note on the set");
+    command.number("--numerator", plan.numerator, "Numerator of inverse distances").shown();
+    command.number("--power", plan.power, "Power of inverse distances").shown();
+    command.flag("--ego", plan.includeEgo, "Make each object a neighbour of itself");
+    command.text("--information", plan.information, "Description of the set");
 }
 
 using Run = void (*)(const Options &, const Context &);
@@ -171,9 +171,9 @@ void addCreate(const Command &weights, Context &context)
     const Command command =
         addVerb(weights, "create", "Define who is whose neighbour", options, context, &create);
     command.text("NAME", options->plan.name, "The set's name").required();
-    command.text("--geography", options->geography, "The geography, when there are several");
+    command.text("--geography", options->geography, "The geography, if there are several");
     addMethod(command, options->plan);
-    command.texts("--at", options->at, "Calculate and keep the lists of this time; repeatable");
+    command.texts("--at", options->at, "Calculate and store the lists of this time; repeatable");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor weights create income.vorn queen --method queen --at 2009");
 }
@@ -210,7 +210,7 @@ void addRemoveSets(const Command &weights, Context &context)
 void addWeights(const Command &app, Context &context)
 {
     const Command weights =
-        app.verb("weights", "Spatial weights: who is whose neighbour, and how much");
+        app.verb("weights", "Spatial weights: lists of neighbours and their weights");
     weights.needsVerb();
     weights.footer("Example:\n  meridor weights create income.vorn queen --method queen");
     addCreate(weights, context);

@@ -90,10 +90,10 @@ void addWeightsExport(const Command &weights, Context &context)
         "export", "Write a set at a time: .gal (neighbours), .gwt, .kwt or .csv (with weights)");
     projectArgument(command, options->target.project);
     command.text("SET", options->set, "The set, as SET or GEOGRAPHY/SET").required();
-    command.text("FILE", options->file, "The file to write; its ending tells the format")
+    command.text("FILE", options->file, "The file to write; its suffix determines the format")
         .required();
     command.text("--key", options->how.key,
-                 "Dataset whose values name the objects (default: their keys)");
+                 "Dataset whose values identify the objects (default: their keys)");
     command.text("--at", options->how.at, "The time (default: the last)");
     overwriteOption(command, context);
     command.footer("Example:\n  meridor weights export income.vorn queen queen.gal --at 2009");
@@ -107,17 +107,16 @@ void addWeightsImport(const Command &weights, Context &context)
     auto options = std::make_shared<Options>();
     const Command command = weights.verb("import", "Make a set of a .gal, .gwt, .kwt or .csv file");
     projectArgument(command, options->target.project);
-    command.text("FILE", options->file, "The file; its ids are keys, never positions").required();
+    command.text("FILE", options->file, "The file; its ids are keys, not positions").required();
     command.text("SET", options->set, "The new set's name").required();
-    command.text("--geography", options->geography, "The geography, when there are several");
+    command.text("--geography", options->geography, "The geography, if there are several");
     command.text("--key", options->how.key,
-                 "Dataset whose values name the objects (default: their keys)");
+                 "Dataset whose values identify the objects (default: their keys)");
     command.text("--at", options->how.at,
-                 "The span that the lists hold for, TIME or START/END (default: all of it)");
+                 "Times of the lists: TIME or START/END (default: all times)");
     command.flag("--standardize", options->how.standardize,
                  "Divide each object's weights by their sum");
-    command.flag("--strict", options->how.strict,
-                 "Fail when ids of the file and of the map differ");
+    command.flag("--strict", options->how.strict, "Fail if ids of the file and of the map differ");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor weights import counties.vorn ncCR85.gal cressie --key fips "
                    "--standardize");

@@ -103,18 +103,20 @@ void run(const Options &options, const Context &context)
 void addZonal(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command = app.verb(
-        "zonal", "Statistics of a grid over polygons, each cell by the area it shares with them");
+    const Command command =
+        app.verb("zonal", "Statistics of a grid over polygons, cells weighted by shared area");
     projectArgument(command, options->target.project);
     command.text("DATASET", options->dataset, "The raster dataset").required();
     command.text("POLYGONS", options->polygons, "The geography of the polygons").required();
     command.text("--at", options->at, "One time (default: all)");
     command.text("--into", options->into,
-                 "Keep the statistic as a dataset of the polygons, of this name");
+                 "Store the statistic as a dataset of the polygons with this name");
     QStringList names;
     for (const ZoneStatistic &statistic : zoneStatistics())
         names.append(QLatin1String(statistic.name));
-    command.text("--statistic", options->statistic, "What is kept").shown("mean").oneOf(names);
+    command.text("--statistic", options->statistic, "The statistic to store")
+        .shown("mean")
+        .oneOf(names);
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor zonal rain.vorn pr_1999 counties --into \"mean rain\"");
     command.chosen(
