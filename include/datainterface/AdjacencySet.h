@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// A spatial weight set: for every object of a geography, at every time at which its objects
-/// differ, who its neighbours are and with what weight.
+/// A spatial weight set: the neighbours of every object of a geography, and their weights, at every
+/// time at which the objects differ.
 #pragma once
 #include <QDataStream>
 #include <QList>
@@ -34,7 +34,7 @@ enum neighborMethodType : qint32 {
     RangeNeighbors = 2,   ///< points or cells within a distance
     RookNeighbors = 3,    ///< the four cells that share a side
     QueenNeighbors = 4,   ///< the eight cells around
-    CustomNeighbors = 99  ///< as the host says
+    CustomNeighbors = 99  ///< chosen by the host
 };
 
 /// How neighbours are weighted. The numbers are file format.
@@ -45,31 +45,32 @@ enum spatialWeightType : qint32 {
     InverseDistanceWeight = 3, ///< numerator / (1 + distance to the power)
     BorderLengthWeight = 4,    ///< length of the shared border
     BorderShareWeight = 5,     ///< shared border / border shared with all neighbours
-    CustomWeight = 99          ///< as the host says
+    CustomWeight = 99          ///< chosen by the host
 };
 
-/// The definition of a set and the lists found by it, one vector of lists for each span of time in
-/// which the objects do not change. Lists are calculated when a time is first asked for and lie in
-/// the block store, so that a set of any size takes memory only for the list in hand. A custom or
-/// cluster set is filled by the host and never calculated.
+/// The definition of a set and its neighbour lists: one vector of lists for each span of time in
+/// which the objects do not change. The lists of a time are calculated when they are first
+/// requested. They are kept in the block store, so that a set of any size takes memory only for the
+/// list that is being read. Custom and cluster sets are never calculated: the host fills them.
 ///
-/// Belongs to one geography, which owns it. Lists may be read from several threads; all else is the
-/// main thread's.
+/// A set belongs to one geography, which owns it. Lists may be read from several threads; all other
+/// operations are for the main thread.
 class DATAINTERFACE_EXPORT AdjacencySet : public QObject {
     Q_OBJECT
 public:
     enum GeographyType : qint32 { PointGeography = 0, PolygonGeography = 1, RasterGeography = 2 };
 
-    /// Blank, for restoring.
+    /// Makes an empty set to restore into.
     AdjacencySet();
-    // Each of these takes the next id and connects RenamedSignal to the geography's
-    // WeightSetRenamedSignal; a null geography raises "Geography not defined". Weights that do not
-    // suit the kind raise "Invalid weight set type": an inverse distance between polygons, borders
-    // of points and cells. `numerator` and `power` are of inverse distances.
+    // Each of these constructors takes the next id and connects RenamedSignal to the geography's
+    // WeightSetRenamedSignal. A null geography raises "Geography not defined". Weights that do not
+    // suit the method raise "Invalid weight set type": inverse distances between polygons, border
+    // lengths of points and cells. `numerator` and `power` apply to inverse distances.
     /// A custom or cluster set.
     AdjacencySet(const QString &name, MGeoData *geography, bool isClusterSet, bool includeEgo);
-    /// Contiguity of polygons. @param queen  any common boundary point counts; else a border of
-    /// positive length.
+    /// Contiguity of polygons.
+    /// @param queen  true if any common boundary point counts, false if only a border of positive
+    ///               length does.
     AdjacencySet(const QString &name, MVectorData *geography, int ringCount, bool queen,
                  spatialWeightType weights, bool includeEgo);
     /// Nearest points.
@@ -84,85 +85,88 @@ public:
     /// @param method  RookNeighbors or QueenNeighbors.
     AdjacencySet(const QString &name, MRasterData *geography, neighborMethodType method,
                  spatialWeightType weights, bool includeEgo, double numerator, double power);
-    /// Every field, the id too; stored lists are copied into blocks of their own.
+    /// Copies every field, including the id. Stored lists are copied into new blocks.
     AdjacencySet(const AdjacencySet &other);
     AdjacencySet &operator=(const AdjacencySet &) = delete;
     /// Frees the lists.
     ~AdjacencySet() override;
 
     virtual bool SaveToStream(QDataStream &out) const;
-    /// By dataInterfaceVersionLoading; files below 201042 give no lists. Also sets the number of
-    /// the next set's id.
+    /// Reads the form of dataInterfaceVersionLoading; the lists of files before 201042 are dropped.
+    /// Also restores the counter from which the next set takes its id.
     virtual bool RestoreFromStream(QDataStream &in);
 
-    /// A new id: the geography's in the upper 16 bits. Raises "Geography not defined" without one,
-    /// and "Weight set id not defined" when all numbers are used up.
+    /// Assigns a new id, whose upper 16 bits are the geography's id. Raises "Geography not defined"
+    /// without a geography and "Weight set id not defined" when all numbers are used up.
     void CreateId();
-    /// `notify` emits RenamedSignal.
+    /// @param notify  whether RenamedSignal is emitted.
     void SetName(const QString &name, bool notify);
     void SetGeoData(MGeoData *geography);
-    /// Frees all lists of all times: the next read calculates again. What a host has put in is
-    /// lost.
+    /// Frees the lists of all times; the next read calculates them again. Lists that a host has
+    /// stored are lost.
     void ClearSpatialWeights();
-    /// Stores one object's list over a span of time, replacing the one that stood there.
-    /// @param replace  gives up the lists of another span that overlaps this one; else such a span
-    /// makes the call false.
-    /// @return false, with nothing changed, also for an object that is not there and a span without
-    /// an instant.
+    /// Stores the list of one object over a span of time, in place of the present list of that
+    /// span.
+    /// @param replace  whether the lists of other spans that overlap this one are freed. If not,
+    ///                 such a span makes the call return false.
+    /// @return false, with nothing changed, also for an unknown object and for a span without an
+    ///         instant.
     bool AddToSpatialWeights(int id, const QVector<neighborDatum> &list, const TimeStamp &stamp,
                              bool replace);
     /// Whether lists are stored for that time.
     bool HasPrecalculatedSpatialWeights(qint64 t) const;
-    /// Calculates when needed, under a progress bar of its own if `showProgress` asks for one and
-    /// none is there. False when the user cancelled and for a set that only the host can fill.
-    /// Raises as PrecalcSpatialWeights.
+    /// Calculates the lists of that time unless they are stored. If `showProgress` is set and no
+    /// progress bar is open, it opens one. Returns false when the user cancelled and for a set that
+    /// only the host can fill. Raises as PrecalcSpatialWeights does.
     bool PrecalculateSpatialWeights(qint64 t, bool showProgress);
-    /// Calculates the lists of the span around `t` in which the objects do not change; of a raster,
-    /// of its own time. Raises "Invalid time stamp" when no object exists then, "Invalid weight set
-    /// type" for weights that the method has no distances for, "Invalid pixel id" for a range that
-    /// is not a distance, "Geography not defined" without one.
+    /// Calculates the lists of the span around `t` in which the objects do not change; a raster has
+    /// one span, its own time. Raises "Invalid time stamp" when no object exists at `t`, "Invalid
+    /// weight set type" for weights that need distances where the method gives none, "Invalid pixel
+    /// id" for a range that is not a distance, and "Geography not defined" without a geography.
     bool PrecalcSpatialWeights(qint64 t, bool showProgress);
-    /// The neighbours that are not missing, with weights as if the others had never been there.
+    /// Returns the neighbours that are not missing, weighted as if the missing ones did not exist.
     QVector<neighborDatum> RecalculateNeighborWeights(const QVector<neighborDatum> &list,
                                                       const VORN_MissingData &missing) const;
-    /// The neighbours of the cell (x, y) with `centre` as its place, weights 0.
+    /// Returns the neighbours of the cell in column `x` and row `y`, with weight 0. `centre` is the
+    /// centre of that cell in map units.
     QVector<neighborDatum> CalculatePixelNeighbors(const MRasterDataSource *source,
                                                    const QPointF &centre, int x, int y) const;
     /// A null handle on failure.
     WeightsAtT GetSpatialWeightsHandle(qint64 t, bool showProgress);
-    /// The list of one object, calculated when needed. Missing neighbours are left out and the
-    /// others weighted anew; of a custom set they keep their weights. False, with `list` empty,
-    /// when there are no lists or no such object.
+    /// Reads the list of one object; the lists are calculated when needed. Missing neighbours are
+    /// left out and the weights of the others are calculated again, except in a custom set, whose
+    /// weights stay. Returns false, with `list` empty, when there are no lists or no such object.
     bool GetSpatialWeights(unsigned int id, qint64 t, QVector<neighborDatum> &list,
                            const VORN_MissingData &missing, bool showProgress);
-    /// False, with `list` empty, for a handle that no longer holds and for an object that is not
-    /// there.
+    /// Returns false, with `list` empty, for a handle that is no longer valid and for an unknown
+    /// object.
     bool GetSpatialWeights(const WeightsAtT &handle, unsigned int id, QVector<neighborDatum> &list,
                            const VORN_MissingData &missing) const;
-    /// The bytes of all lists of that time in the block store. False for a handle that does not
-    /// hold.
+    /// The size in bytes of all lists of that time in the block store. Returns false for a handle
+    /// that is not valid.
     bool GetSpatialWeightSetSize(const WeightsAtT &handle, int &size) const;
-    /// The times that lists are stored for, ascending.
+    /// The times for which lists are stored, ascending.
     QList<TimeStamp> GetAdjacencyTimes() const;
     SpatialWeightSetProps GetProperties() const;
-    /// Filled by the host: the method or the weights are custom.
+    /// Whether only the host can fill the set: the method or the weights are custom.
     bool IsCustom() const
     {
         return mDefinition.neighborType == CustomNeighbors
                || mDefinition.weightType == CustomWeight;
     }
     bool IsEmpty() const { return mWeights.empty(); }
-    /// Whether the lists of each time are as many as that, as in every set that was not damaged.
+    /// Whether every time has exactly `objectCount` lists. This is false only for a set from a
+    /// damaged file.
     bool HoldsListsOf(unsigned int objectCount) const;
 
-    /// The blocks of the block store that hold its lists.
+    /// Appends the ids of the blocks that hold the lists.
     void AppendBlockIds(QVector<int> &ids) const;
 
     int GetId() const { return mId; }
     QString GetName() const { return mName; }
     MGeoData *GetGeoData() const { return mGeoData; }
     QString GetInformation() const { return mInformation; }
-    /// Appends to the text that tells where the set comes from.
+    /// Appends to the text that describes the origin of the set.
     void AddInformation(const QString &text) { mInformation += text; }
     GeographyType GeoType() const { return mDefinition.geoType; }
     neighborMethodType NeighborType() const { return mDefinition.neighborType; }
@@ -199,11 +203,12 @@ private:
         bool includeEgo = false;
         bool isClusterSet = false;
     };
-    /// All the others but the blank one and the copy. @param suits  the weights suit the kind.
+    /// All public constructors except the default and the copy constructor delegate to this one.
+    /// @param suits  whether the weights suit the method.
     Q_DECL_HIDDEN AdjacencySet(const QString &name, MGeoData *geography,
                                const Definition &definition, bool suits);
 
-    static constexpr int kIdCount = 1 << 16; ///< numbers of sets; a geography's id stands above
+    static constexpr int kIdCount = 1 << 16; ///< set numbers; the geography's id is above
     using NeighborLists = std::vector<datainterface::egoNeighbors>;
     using ListsPointer = std::shared_ptr<NeighborLists>;
 
@@ -223,7 +228,7 @@ private:
     bool readLists(QDataStream &in);
     void renumberWeights();
 
-    static int sNextId; ///< of the process; negative: not set up
+    static int sNextId; ///< of the process; outside 0 to kIdCount - 1 no id is left
 
     QString mName;
     Definition mDefinition;
@@ -233,6 +238,6 @@ private:
     std::map<TimeStamp, ListsPointer> mWeights; ///< Keys do not overlap.
 };
 
-/// SaveToStream and RestoreFromStream of the set itself.
+/// Calls SaveToStream or RestoreFromStream of the set.
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const AdjacencySet *set);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, AdjacencySet *set);

@@ -3,8 +3,8 @@
 ///
 /// `id` is a dataset's id, whose upper 16 bits are the geography's; `realization` counts from 0;
 /// `object` is an object index, 0 to the geography's object count - 1; `t` is a time of the
-/// geography. An unknown id, or one of a geography of the wrong kind, gives false, -1, 0, an empty
-/// value or a default record, silently, and leaves the outputs as they were.
+/// geography. An unknown id, and the id of a dataset of the wrong kind, returns false, -1, 0, an
+/// empty value or a default record without a message, and leaves the outputs unchanged.
 #pragma once
 #include <QList>
 #include <QMap>
@@ -23,7 +23,7 @@
 
 // Identification
 DATAINTERFACE_EXPORT int VORN_GetGeographyId(int id); ///< id >> 16
-/// What a host is shown of the dataset; an id of -1 in it for an unknown one.
+/// The summary of a dataset. Its id is -1 for an unknown dataset.
 DATAINTERFACE_EXPORT DatasetProps VORN_GetDatasetProperties(int id);
 /// The first dataset, in order of id, with exactly that display name.
 DATAINTERFACE_EXPORT int VORN_GetDatasetByName(int geographyId, const QString &name);
@@ -33,7 +33,7 @@ DATAINTERFACE_EXPORT int VORN_GetDatasetByName(int geographyId, const QString &n
 /// intervals of all objects.
 DATAINTERFACE_EXPORT bool VORN_GetAllDatasetTimes(int id, int realization,
                                                   QVector<Interval> &intervals);
-/// Those of one object.
+/// The intervals of one object, in order of time.
 DATAINTERFACE_EXPORT bool VORN_GetDataIntervals(int id, int realization, int object,
                                                 QVector<Interval> &intervals);
 /// Empty for a dataset stored as series.
@@ -48,13 +48,13 @@ DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t,
                                              QVector<int> &values, QSet<int> &missing);
 DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t,
                                              QVector<QString> &values, QSet<int> &missing);
-/// Of any type.
+/// Values of any type.
 DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t,
                                              QVector<datum> &values, QSet<int> &missing);
-/// Integers are widened.
+/// Numbers of either type; integers are converted to double.
 DATAINTERFACE_EXPORT bool VORN_GetNumericValues(int id, int realization, qint64 t,
                                                 QVector<double> &values, QSet<int> &missing);
-/// The slice as it is stored: false for a dataset stored as series.
+/// The slice as it is stored. False for a dataset that is stored as series.
 DATAINTERFACE_EXPORT bool VORN_GetTimeSliceData(int id, int realization, qint64 t,
                                                 QVector<double> &values, QSet<int> &missing);
 DATAINTERFACE_EXPORT bool VORN_GetTimeSliceData(int id, int realization, qint64 t,
@@ -69,13 +69,14 @@ DATAINTERFACE_EXPORT bool VORN_GetObjectDataValues(int id, int realization, unsi
 // One value; false when it is missing.
 DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t,
                                             datum &value);
-/// The decimal field of the value: 0 in a dataset of another type.
+/// The decimal field of the value; 0 for a dataset of another type.
 DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t,
                                             double &value);
-/// The integer field of the value: 0 in a dataset of another type.
+/// The integer field of the value; 0 for a dataset of another type.
 DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t,
                                             int &value);
-/// At most `maxLength` bytes, as strncpy does: a text that fills the buffer is not terminated.
+/// Copies at most `maxLength` bytes of the text, as strncpy does: a text that fills the buffer is
+/// not terminated.
 DATAINTERFACE_EXPORT bool VORN_GetDataValue(int id, int realization, unsigned int object, qint64 t,
                                             int maxLength, char *buffer);
 
@@ -96,10 +97,13 @@ DATAINTERFACE_EXPORT bool VORN_SetTimeSeriesData(int id, int realization, unsign
 DATAINTERFACE_EXPORT bool VORN_SetTimeSeriesData(int id, int realization, unsigned int object,
                                                  const QMap<Interval, QString> &values);
 
-// Adding. `overwrite`: the new value wins where one is present, else it fills holes only.
-// `updateFrequencies`: keep the frequency table current; after a bulk of adding without it, call
-// VORN_RecalculateDataFrequencies. Nothing is announced: call VORN_DatasetChanged when done.
-/// A whole slice: one element for each object, or it raises "Invalid object count".
+// Adding values.
+// @param overwrite  whether a new value replaces a present one; otherwise it is stored only where
+//                   no value is present.
+// @param updateFrequencies  whether the frequency table is kept current. After adding many values
+//         without it, call VORN_RecalculateDataFrequencies.
+// These functions announce nothing: call VORN_DatasetChanged when done.
+/// A whole slice, with one element for each object. Another size raises "Invalid object count".
 DATAINTERFACE_EXPORT bool VORN_AddDataValues(int id, int realization, const Interval &interval,
                                              const QVector<double> &values,
                                              const QSet<int> &missing, bool overwrite,
@@ -136,15 +140,18 @@ DATAINTERFACE_EXPORT bool VORN_AddDataValue(int id, int realization, unsigned in
                                             const Interval &interval, const QString &value,
                                             bool overwrite, bool updateFrequencies);
 
-// Life. A host makes a dataset, fills it, and announces it last: only then do views learn of it.
-/// @param geographyId  of a vector geography. @return the new id. @param path  "/level/level", see
-/// MDataset.
+// Creating and removing. A host creates a dataset, fills it, and then announces it to the views.
+/// @param geographyId  the id of a vector geography.
+/// @param path  "/level/level"; see MDataset::SetHierarchyPath.
+/// @return the new id; -1 for an unknown geography and for an invalid type, storage type or number
+///         of realizations.
 DATAINTERFACE_EXPORT int VORN_NewVectorDataset(int geographyId, const QString &name,
                                                StorageType storage, DataType type, int realizations,
                                                const QString &path);
-/// Announces a dataset that was made and filled.
+/// Announces a dataset that was created and filled.
 DATAINTERFACE_EXPORT bool VORN_NewDatasetCreated(int id);
-/// One announcement for each geography, in order of its id; the same in the two below.
+/// Makes one announcement for each geography, in order of its id. VORN_DatasetsChanged and
+/// VORN_RemoveDatasets do the same.
 DATAINTERFACE_EXPORT bool VORN_NewDatasetsCreated(const QVector<int> &ids);
 /// Announces that values of the dataset have changed.
 DATAINTERFACE_EXPORT bool VORN_DatasetChanged(int id);
@@ -152,63 +159,64 @@ DATAINTERFACE_EXPORT bool VORN_DatasetChanged(int id);
 DATAINTERFACE_EXPORT bool VORN_DatasetsChanged(const QVector<int> &ids);
 /// Announces the removal while the dataset is alive, then deletes it.
 DATAINTERFACE_EXPORT bool VORN_RemoveDataset(int id);
-/// An unknown geography in the list raises "gd".
+/// The same for many. An unknown geography in the list raises "gd".
 DATAINTERFACE_EXPORT bool VORN_RemoveDatasets(const QVector<int> &ids);
-/// Copies a dataset to a geography of the same kind with as many objects. The source stays as it
-/// was.
+/// Copies a dataset to a geography of the same kind and the same number of objects. The source does
+/// not change.
 /// @return the new id; -1 when an id is unknown or the geographies differ.
 DATAINTERFACE_EXPORT int VORN_MigrateDataset(int id, int targetGeographyId, bool announce);
 
 // Descriptions
 /// False for an absent key.
 DATAINTERFACE_EXPORT bool VORN_GetDatasetAttribute(int id, const QString &key, QVariant &value);
-/// Sets a tag of the metadata. False, with nothing changed, for a value that MMetaData::setTag
-/// refuses, too.
+/// Sets a tag of the metadata. Also false, with nothing changed, for a value that MMetaData::setTag
+/// refuses.
 DATAINTERFACE_EXPORT bool VORN_SetDatasetAttribute(int id, const QString &key,
                                                    const QVariant &value);
 /// A tag of the metadata as text; empty for an absent key.
 DATAINTERFACE_EXPORT QString VORN_GetDatasetMetaData(int id, const QString &key);
 /// Sets a tag of the metadata to a text.
 DATAINTERFACE_EXPORT bool VORN_SetDatasetMetaData(int id, const QString &key, const QString &value);
-/// Sets the text of one line.
+/// Sets the one-line description.
 DATAINTERFACE_EXPORT bool VORN_SetShortDescription(int id, const QString &text);
 /// The history of the dataset.
 DATAINTERFACE_EXPORT bool VORN_GetLongDescription(int id, QString &text);
 /// Replaces the history of the dataset.
 DATAINTERFACE_EXPORT bool VORN_SetLongDescription(int id, const QString &text);
-/// Appends to it, without a separator.
+/// Appends to the history without a separator.
 DATAINTERFACE_EXPORT bool VORN_AppendToLongDescription(int id, const QString &text);
 
 // Frequencies and statistics
-/// Counts the frequency table anew.
+/// Counts the frequency table again.
 DATAINTERFACE_EXPORT bool VORN_RecalculateDataFrequencies(int id);
-/// Keys of the frequency table. @param isCapped  whether the table is full, so that there may be
-/// more values.
+/// The number of keys in the frequency table.
+/// @param isCapped  set to whether the table is full, in which case the dataset may hold more
+///                  values.
 DATAINTERFACE_EXPORT int VORN_GetUniqueDataCount(int id, bool &isCapped);
 /// Ascending.
 DATAINTERFACE_EXPORT bool VORN_GetUniqueDataValues(int id, QList<datum> &values);
 /// The mean of the values present at `t`; false when there is none.
 DATAINTERFACE_EXPORT bool VORN_GetMean(int id, int realization, qint64 t, double &mean);
-/// The standard deviation in its population form.
+/// The population standard deviation.
 DATAINTERFACE_EXPORT bool VORN_GetStddev(int id, int realization, qint64 t, double &deviation);
 /// The largest value at `t`; false when there is none.
 DATAINTERFACE_EXPORT bool VORN_GetMax(int id, int realization, qint64 t, double &value);
-/// The least value at `t`; false when there is none.
+/// The smallest value at `t`; false when there is none.
 DATAINTERFACE_EXPORT bool VORN_GetMin(int id, int realization, qint64 t, double &value);
 /// Over all times.
 DATAINTERFACE_EXPORT bool VORN_GetMax(int id, int realization, double &value);
 DATAINTERFACE_EXPORT bool VORN_GetMin(int id, int realization, double &value);
-/// Objects with a value at `t`, in realization 0.
+/// The number of objects with a value at `t` in realization 0.
 DATAINTERFACE_EXPORT unsigned int VORN_GetDataCount(int id, qint64 t);
 /// Whether any object has a value at `t` in realization 0.
 DATAINTERFACE_EXPORT bool VORN_HasDataAtTime(int id, qint64 t);
-/// Whether the values at `t` look like normal scores: a mean of 0 and the median of the normal
-/// distribution.
+/// Whether the values at `t` look like normal scores: their mean is 0 and their median is that of
+/// the normal distribution.
 DATAINTERFACE_EXPORT bool VORN_IsNormalScoreDataset(int id, qint64 t);
-/// Turns simulated normal scores back: where the dataset holds normal scores, the k-th smallest
-/// value of `result` (the realization's values) becomes the k-th smallest of `scores`; elsewhere
-/// `result` is the realization as it is. Whether it does is tested once and kept in the metadata
-/// under "Normal scores".
+/// Transforms simulated normal scores back. If the dataset holds normal scores, the k-th smallest
+/// value of `result` (the values of the realization) becomes the k-th smallest of `scores`;
+/// otherwise `result` holds the values of the realization. The test for normal scores is made once;
+/// its result is kept in the metadata under "Normal scores".
 DATAINTERFACE_EXPORT bool VORN_GetRealizationValues(int id, int realization, qint64 t,
                                                     const VORN_DataContainer &scores,
                                                     VORN_DataContainer &result);
@@ -217,10 +225,10 @@ DATAINTERFACE_EXPORT bool VORN_GetRealizationValues(int id, int realization, qin
 /// Whether the object has no value at `t`.
 DATAINTERFACE_EXPORT bool VORN_IsVectorDataMissing(int id, int realization, unsigned int object,
                                                    qint64 t);
-/// The objects without a value at `t`, also those that do not exist then.
+/// The objects without a value at `t`, including those that do not exist at `t`.
 DATAINTERFACE_EXPORT bool VORN_GetMissingVectorIds(int id, int realization, qint64 t,
                                                    QSet<int> &missing);
-/// Takes the object's value away over the interval.
+/// Marks the object as missing over the interval.
 DATAINTERFACE_EXPORT bool VORN_SetMissingVectorId(int id, int realization, unsigned int object,
                                                   const Interval &interval);
 /// The objects that are missing in any realization at `t`. An unknown dataset raises "Invalid

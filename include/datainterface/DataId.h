@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The identifier of a dataset: the geography's id in the upper 16 bits.
+/// The id of a dataset, which has the geography's id in its upper 16 bits.
 #pragma once
 #include <QDataStream>
 #include <QHash>
@@ -21,8 +21,8 @@ public:
     bool operator==(const DataId &other) const { return mId == other.mId; }
     bool operator!=(const DataId &other) const { return mId != other.mId; }
     bool operator<(const DataId &other) const { return mId < other.mId; }
-    // Of whole numbers of any width; without these a plain number could become an id, or the id a
-    // number, and neither would be the better match.
+    // Comparisons with integers of any width. Without them a comparison would be ambiguous: the
+    // integer converts to an id, and the id to an integer.
     template <class Number, IfWhole<Number> = 0> bool operator==(Number number) const
     {
         return mId == static_cast<qint64>(number);

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-/// The codes of value types and of the two ways in which a vector dataset is cut. Both stand in
+/// The codes of value types and of the two storage forms of a vector dataset. Both are written to
 /// project files.
 #pragma once
 #include <QtGlobal>
 
-/// One value type a dataset. Vector datasets use the first three; the codes from 0x100 on are
-/// raster cells, whose width is the dataset's bit depth.
+/// The value type of a dataset. Vector datasets use the first three; the codes from 0x100 on are
+/// types of raster cells, whose width is the bit depth of the dataset.
 enum DataType : qint32 {
     DecimalType = 0x1,
     IntegerType = 0x2, ///< 32 bits in a vector dataset
@@ -17,7 +17,7 @@ enum DataType : qint32 {
     RasterColorType = 0x1000 ///< 8-bit index into a colour map
 };
 
-/// The public twin of MVectorDataset::StorageType.
+/// The public form of MVectorDataset::StorageType.
 enum StorageType : qint32 {
     TimeSeries = 0, ///< each object has intervals of its own
     TimeSlice = 1   ///< all objects share the intervals

@@ -6,12 +6,14 @@
 class MDataSource;
 class MDataset;
 
-/// Two words, copied by value: a copy checks nothing out, but checks in when it goes, which ends
-/// the loan early. An unknown dataset is no failure; nothing is held then.
+/// Checks the realization out when it is constructed and in when it is destroyed. A copy does not
+/// check out but does check in, so it ends the check-out early: do not copy. For an unknown dataset
+/// nothing is held.
 class DATAINTERFACE_EXPORT DatasetLoader {
 public:
     DatasetLoader(MDataSource *source, int id, int realization);
-    /// The last check-in writes back, which can raise; never while another failure is on its way.
+    /// The last check-in writes changes back, which can raise. Nothing is raised while another
+    /// exception is being handled.
     ~DatasetLoader() noexcept(false);
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What a host is shown of a dataset.
+/// The summary of a dataset that a host is given.
 #pragma once
 #include <QMap>
 #include <QString>
@@ -7,7 +7,7 @@
 #include "datainterface/TimeStamp.h"
 #include "datainterface/VariogramModel.h"
 
-/// An id of -1 says that there is none.
+/// An id of -1 means that there is no such dataset.
 struct DatasetProps {
     int id = -1;
     QString name;

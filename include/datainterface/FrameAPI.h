@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Start and end of the library, and the functions that pass a request on to the host.
+/// Starting and ending the library, and functions that pass a request on to the host.
 #pragma once
 #include <QList>
 #include <QString>
@@ -11,20 +11,21 @@ class ControllerBase;
 class QPointF;
 class QRectF;
 
-/// Installs the host's controller, which stays the host's, and seeds the random generators with the
-/// time. The block store is started by the host itself (InitializeDataManager). Every function
-/// below, and every function that takes an id, needs this first.
+/// Installs the controller, which the host continues to own, and seeds the random generators with
+/// the time. The host starts the block store itself (InitializeDataManager). This call must come
+/// before every function below and every function that takes an id.
 DATAINTERFACE_EXPORT void InitializeCInterface(ControllerBase *controller);
-/// The controller that is installed; null for none. For code of a host that is handed ids alone.
+/// The installed controller; null when there is none. For host code that is given only ids.
 DATAINTERFACE_EXPORT ControllerBase *VORN_GetController();
 
-/// A controller and a block store (10,000,000 bytes of cache) for a run without windows: no dialog,
-/// progress bar or cursor is shown, and geographies are given no data path.
+/// Installs a controller and a block store (10,000,000 bytes of cache) for a run without windows:
+/// no dialog, progress bar or cursor is shown, and geographies get no data path.
 DATAINTERFACE_EXPORT void VORN_InitializeForTesting();
 /// Deletes that controller.
 DATAINTERFACE_EXPORT void VORN_DoneWithTesting();
 
-// Each is the operation of ControllerBase in its comment with the same arguments.
+// Each function calls the operation of ControllerBase that its comment names, with the same
+// arguments.
 DATAINTERFACE_EXPORT int
 VORN_ShowMethod(int method, const QString &name,
                 const QVector<MethodParameter> &parameters); ///< ShowMethod
@@ -50,12 +51,13 @@ DATAINTERFACE_EXPORT QString
 VORN_GetUniqueGeographyName(const QString &name); ///< GetUniqueGeographyName
 DATAINTERFACE_EXPORT QString
 VORN_GetUniqueDatasetName(int geographyId, const QString &name); ///< GetUniqueDatasetName
-/// What ControllerBase itself answers to GetUniqueDatasetName, whatever the host's override does.
+/// The result of ControllerBase::GetUniqueDatasetName itself, without the host's override.
 DATAINTERFACE_EXPORT QString VORN_SuggestUniqueDatasetName(int geographyId, const QString &name);
 
-// Each calls CreateGraphWindow; those without a colour scheme pass a default one and no points or
-// bounds.
-/// The values of one dataset against those of another. @return the window, as in the three below.
+// Each function calls CreateGraphWindow. Those without a colour scheme pass a default one and no
+// points or bounds.
+/// The values of one dataset against those of another.
+/// @return the window, as in the three functions below.
 DATAINTERFACE_EXPORT int VORN_DisplayScatterplot(int dataIdX, int dataIdY, qint64 t,
                                                  const QString &title, ColorSchemeInfo colors,
                                                  const QPointF *points, const QRectF *bounds);
@@ -63,5 +65,5 @@ DATAINTERFACE_EXPORT int VORN_DisplayScatterplot(int dataIdX, int dataIdY, qint6
 DATAINTERFACE_EXPORT int VORN_DisplayBoxplot(int dataId, qint64 t, const QString &title);
 /// The values of a dataset at `t` as a histogram.
 DATAINTERFACE_EXPORT int VORN_DisplayHistogram(int dataId, qint64 t, const QString &title);
-/// At time 0: the plot shows all times.
+/// The values of a dataset at all times. The host is passed the time 0.
 DATAINTERFACE_EXPORT int VORN_DisplayTimePlot(int dataId, const QString &title);

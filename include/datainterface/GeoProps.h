@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What a host is shown of a geography.
+/// The summary of a geography that a host is given.
 #pragma once
 #include <QMap>
 #include <QRectF>
@@ -11,9 +11,9 @@
 #include "datainterface/TimeFormat.h"
 #include "datainterface/TimeStamp.h"
 
-/// An id of -1 says that there is none.
+/// An id of -1 means that there is no such geography.
 struct GeoProps {
-    /// Values of `type`: one bit each.
+    /// Values of `type`, one bit each.
     enum Type : int { Polygons = 1, Points = 2, Lines = 4, Raster = 8 };
 
     int id = -1;
@@ -22,7 +22,8 @@ struct GeoProps {
     int type = 0;
     bool isStatic = false;
     TimeFormat timeFormat = TF_Date;
-    /// Crossed, the widest apart, until there is time to show.
+    /// Crossed ends as far apart as possible while there is no time to show, so that any hull with
+    /// it works.
     TimeStamp timeBounds{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(),
                          true, true};
     QRectF bounds; ///< Top left is the smallest x and the smallest y.

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
-/// Check-outs of grids come in pairs by scope.
+/// Keeps the cells of a grid in memory for a scope.
 #pragma once
 #include <exception>
 #include "datainterface/MRasterObservation.h"
 
-/// Holds a grid checked out for a scope: its cells stay in memory. Leaving the scope writes changed
-/// cells back, which can raise "result"; when an exception leaves it, no second one is raised.
+/// Checks a grid out when it is constructed and in when it is destroyed. The last check-in writes
+/// changed cells back, which can raise "result"; nothing is raised while another exception is being
+/// handled.
 class HeldGrid {
 public:
-    /// Raises as MRasterObservation::CheckOutObservation, with the grid as it was.
+    /// Raises as MRasterObservation::CheckOutObservation does; the grid is then unchanged.
     explicit HeldGrid(const MRasterObservation &grid)
         : mGrid(grid), mUnwinding(std::uncaught_exceptions())
     {

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-/// What the library shows to the user while it works: the progress bar, and the texts that wait for
-/// an answer. A host that has no windows, or other ones, takes them over.
+/// The progress bar and the messages that the library shows. A host without windows, or with
+/// windows of its own, can replace them.
 #pragma once
 #include <QString>
 #include "datainterface/export.h"
 
-/// The host's own progress bar and messages, in place of Qt's dialogs. A process needs no
-/// QApplication for them, and the library runs no events of its own while they are set.
+/// The host's own progress bar and messages, in place of Qt's dialogs. They need no QApplication,
+/// and the library processes no events while they are set.
 ///
-/// There is one bar at a time: BeginProgress and EndProgress come in pairs, the other operations of
-/// the bar between them. Nothing is called under the testing flag.
+/// There is one bar at a time: calls of BeginProgress and EndProgress are paired, and the other
+/// progress operations are called between them. Nothing is called under the testing flag.
 class DATAINTERFACE_EXPORT HostDialogs {
 public:
     HostDialogs();
@@ -21,16 +21,17 @@ public:
     virtual void BeginProgress(const QString &title, const QString &label,
                                const QString &cancelText) = 0;
     virtual void SetProgressLabel(const QString &text) = 0;
-    /// @param percent  of the whole bar, sections taken into account. Not limited to 0 to 100.
+    /// @param percent  position in the whole bar, after the mapping of sections. It can be outside
+    ///                 0 to 100.
     virtual void SetProgressPercent(int percent) = 0;
-    /// Called behind each report and by each poll of the work: the place to run events.
+    /// Called after each report and by each poll. A host can process events here.
     /// @return false to cancel the work.
     virtual bool PollProgress() = 0;
-    /// Another text for the cancel button; here nothing happens.
-    /// @param resetOnCancel  a cancel ends the present step alone: see ResetProgress.
+    /// Changes the text of the cancel button. The base class does nothing.
+    /// @param resetOnCancel  whether a cancel ends only the present step; see ResetProgress.
     virtual void SetProgressButton(const QString &text, bool resetOnCancel);
-    /// A cancelled step was given up under `resetOnCancel`: the next poll goes on again. Here
-    /// nothing happens.
+    /// Called when a cancelled step has ended under `resetOnCancel`: clear the cancel, so that the
+    /// next poll returns true. The base class does nothing.
     virtual void ResetProgress();
     /// Called by destructors: it must not throw.
     virtual void EndProgress() = 0;
@@ -42,6 +43,7 @@ public:
                                const QString &details) = 0;
 };
 
-/// Installs the host's dialogs, which stay the host's; null brings Qt's back. A progress bar that
-/// is up is closed first. While dialogs are set, warnings go to them whatever HasGUI says.
+/// Installs the host's dialogs, which the host continues to own; null restores Qt's. An open
+/// progress bar is closed first. While dialogs are set, warnings go to them whatever
+/// ControllerBase::HasGUI returns.
 DATAINTERFACE_EXPORT void VORN_SetHostDialogs(HostDialogs *dialogs);

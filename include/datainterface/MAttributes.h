@@ -12,39 +12,44 @@
 
 class MLinker;
 
-/// What one operation changed: views redraw once for it.
+/// What one operation changed. Views redraw once for each operation.
 struct changedAttributes {
     int attribute = -1;
-    /// What the objects have now. Of a toggle that went both ways it is true: read each object's
-    /// flag.
+    /// The state of the objects now. For a toggle that set some flags and cleared others it is
+    /// true, and the flag of each object must be read.
     bool state = false;
     QSet<unsigned int> ids;
 };
 Q_DECLARE_METATYPE(changedAttributes)
 
-/// A row of attributes, each one flag an object. Attribute ids are positions in the row. Attribute
-/// 0 is set when idle and attributes 1 and 2 are clear; what they mean is the application's, which
-/// makes the object and hands it to MGeoData::AddAttributes. Every operation that changes flags
-/// emits AttributeChangedSignal once, after all of them, and only when at least one really changed.
-/// An unknown attribute or object has the state false and cannot be changed.
+/// A list of attributes, each of which has one flag for each object. An attribute id is a position
+/// in the list. The application creates the object, passes it to MGeoData::AddAttributes and gives
+/// the attributes their meaning; in the idle state attribute 0 is set for all objects and
+/// attributes 1 and 2 are clear.
+///
+/// An operation that changes flags emits AttributeChangedSignal once, after all changes, and only
+/// when at least one flag has changed. An unknown attribute or object has the state false and
+/// cannot be changed.
 class DATAINTERFACE_EXPORT MAttributes : public QObject {
     Q_OBJECT
 public:
-    /// @param objectCount  a negative one is 0.
+    /// @param objectCount  a negative count is taken as 0.
     explicit MAttributes(int objectCount);
-    /// Tells the owners with MLinker::AttributesDying.
+    /// Calls MLinker::AttributesDying of the owners.
     ~MAttributes() override;
 
-    /// The flags of the first objects stay, new objects' are clear. Emits nothing.
+    /// Keeps the flags of the first objects; the flags of new objects are clear. Emits nothing.
     virtual void Resize(int objectCount);
-    /// Later objects move down. Emits nothing.
+    /// Removes objects; the indices of later objects decrease. Emits nothing.
     virtual void RemoveObjects(const QSet<int> &objects);
-    /// All clear. @return the new attribute's id; -1 when memory is short.
+    /// Adds an attribute with all flags clear.
+    /// @return the id of the attribute; -1 when memory is short.
     virtual int AddAttribute();
-    /// The ids behind it move down.
+    /// Deletes an attribute; the ids of later attributes decrease by one.
     virtual void DeleteAttribute(int attribute);
-    /// The flags themselves, a byte an object, not 0 when set; null for an unknown attribute. Valid
-    /// until the next change of the object count or of the row. Writing there tells nobody.
+    /// The flags themselves, one byte for each object, which is not 0 when the flag is set; null
+    /// for an unknown attribute. The pointer is valid until the number of objects or attributes
+    /// changes. Writing through it emits no signal.
     virtual unsigned char *GetAttributeVector(int attribute);
     /// In the order of attribute ids.
     virtual QList<bool> GetObjectAttributes(unsigned int id);
@@ -59,9 +64,9 @@ public:
     virtual int GetStateCount(int attribute, bool state) const;
     /// @return the old state.
     virtual bool ToggleAttribute(int attribute, unsigned int id);
-    /// Turns each object's flag.
+    /// Inverts the flag of each listed object.
     virtual void ToggleAttributeIds(int attribute, const QSet<unsigned int> &ids);
-    /// Turns the flags of all objects.
+    /// Inverts the flags of all objects.
     virtual void ToggleAllAttributeIds(int attribute);
 
 Q_SIGNALS:
@@ -69,18 +74,19 @@ Q_SIGNALS:
 
 protected:
     friend class MLinker;
-    /// No longer receives changes. A linker says so itself when it dies.
+    /// Stops sending changes to `owner`. A linker calls this when it is destroyed.
     virtual void OwnerDying(MLinker *owner);
 
 public:
-    /// `owner` receives changes from now on, each once however often it is added. Not owned.
+    /// Sends changes to `owner` from now on, each once even if it is added several times. The
+    /// linker is not owned.
     virtual void AddOwner(MLinker *owner);
 
 protected:
     class Change;
 
-    // How the flags of one array are laid out: the ids are below mByteCount.
-    /// Bytes of one array.
+    // The layout of the flags in one array. The ids are 0 to mByteCount - 1.
+    /// The size of one array in bytes.
     virtual std::size_t arrayBytes() const;
     /// The flag of an object in an array.
     virtual bool readFlag(const unsigned char *flags, unsigned int id) const;
@@ -95,5 +101,7 @@ protected:
 
     QSet<MLinker *> mOwners; ///< not owned
     std::vector<std::unique_ptr<unsigned char[]>> mAttributeVectors;
-    int mByteCount; ///< the number of objects
+    /// The number of objects. Only in this class is it also the length of an array: see
+    /// arrayBytes().
+    int mByteCount;
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The datasets of one geography: registry, notification hub, and the road by which the public
-/// functions reach them.
+/// The datasets of one geography. Registers them, notifies listeners, and gives the public
+/// functions access to them.
 #pragma once
 #include <QList>
 #include <QMap>
@@ -21,12 +21,14 @@ namespace datainterface {
 struct LoadContext;
 }
 
-/// Owns its datasets, by their whole packed id. An unknown dataset id gives false, 0 or an empty
-/// value, silently; IsValid alone answers true for one. Signals are direct calls.
+/// Owns its datasets, which are keyed by their full id. For an unknown dataset id an operation
+/// returns false, 0 or an empty value without a message; only IsValid returns true. Signals are
+/// direct calls.
 class DATAINTERFACE_EXPORT MDataSource : public QObject {
     Q_OBJECT
 public:
-    /// Kinds of source, as they stand in project files. Not the tags of datasets.
+    /// Kinds of source, as written to project files. The tags of datasets (MDataset::Kind) are
+    /// different.
     enum SourceKind : qint32 { RasterSource = 0, VectorSource = 1, BaseSource = 2 };
 
     /// @param idSeed  the first dataset's id: the geography's id in the upper 16 bits.
@@ -35,42 +37,44 @@ public:
     ~MDataSource() override;
 
     virtual bool SaveToStream(QDataStream &out);
-    /// By dataInterfaceVersionLoading. False for a dataset of the wrong kind, a bad stream, and a
-    /// cancel.
+    /// Reads the form of dataInterfaceVersionLoading. False for a dataset of the wrong kind, a
+    /// corrupt stream and a cancel.
     virtual bool RestoreFromStream(QDataStream &in);
-    /// A negative realization stands for all of them. `arg` is not used.
+    /// Holds the values of a realization in memory; a negative realization means all of them. `arg`
+    /// is not used.
     virtual bool CheckOutDataset(int id, int arg, int realization) const;
-    /// Gives back what CheckOutDataset took.
+    /// Ends CheckOutDataset, with the same arguments.
     virtual bool CheckInDataset(int id, int arg, int realization) const;
     /// Connects the listener's slots DatasetsDyingSlot(const QList<DataId> &),
     /// DatasetsAddedSlot(const QList<DataId> &, bool), DatasetsChangedSlot(const QList<DataId> &),
     /// DatasetNameChangedSlot(const DataId &, const QString &), SuspendDataUsageSlot(MDataSource *)
     /// and ResumeDataUsageSlot(MDataSource *). A missing one raises "Can't connect signals".
     virtual bool AddListener(QObject *listener);
-    /// Disconnects the first four: a listener that lives on must still let go of data when it is
-    /// told to suspend.
+    /// Disconnects the first four slots only. A removed listener that still exists must go on
+    /// releasing data when SuspendDataUsageSignal is emitted.
     virtual void RemoveListener(QObject *listener);
     virtual QList<DataId> GetDatasetIds(); ///< ascending
-    /// The same, the override's answer included, for callers that hold a constant source.
+    /// The same for a constant source; calls the override.
     QList<DataId> GetDatasetIds() const { return const_cast<MDataSource *>(this)->GetDatasetIds(); }
     virtual unsigned int GetObjectCount() const = 0;
     virtual int GetDataCount(int id, int realization, qint64 t);
     virtual bool HasDataAtTime(int id, int realization, qint64 t) const;
-    /// No dataset is valid.
+    /// True when no dataset is valid.
     virtual bool IsEmpty();
-    /// True for an unknown id: what is not there cannot be invalid. Hosts rely on it.
+    /// True for an unknown id. Hosts rely on that.
     virtual bool IsValid(int id);
     virtual bool IsDatasetIdValid(int id) const = 0;
-    /// Moves on to the next object that a display shows.
-    /// @param index  of the object; whole once its fraction is cut off.
-    /// @param row, column  its cell in a raster, where a display can show every other cell alone; a
-    /// vector source leaves them as they are.
+    /// Advances to the next object that a display shows.
+    /// @param index  the object index; the fraction is to be truncated.
+    /// @param row, column  the row and column of the cell in a raster, with fractions to be
+    ///                     truncated: a display that is smaller than the grid advances by more than
+    ///                     one cell. A vector source leaves both unchanged.
     virtual void IncDisplayIndex(double &index, double &row, double &column) const = 0;
-    /// Tells listeners to let go of data, through SuspendDataUsageSignal.
+    /// Emits SuspendDataUsageSignal: listeners must release data until ResumeDataUsage.
     virtual void SuspendDataUsage();
-    /// Tells listeners that data can be used again.
+    /// Emits ResumeDataUsageSignal: listeners may use data again.
     virtual void ResumeDataUsage();
-    /// Emits DatasetsAddedSignal with the flag as it is given.
+    /// Emits DatasetsAddedSignal and passes the flag on.
     virtual void AnnounceNewDataset(const DataId &id, bool flag);
     /// The same for many at once.
     virtual void AnnounceNewDatasets(const QList<DataId> &ids, bool flag);
@@ -78,8 +82,9 @@ public:
     virtual void AnnounceChangedDataset(const DataId &id);
     /// The same for many at once.
     virtual void AnnounceChangedDatasets(const QList<DataId> &ids);
-    /// Announces the whole list, unknown ids included, while the datasets are alive; then removes
-    /// those that exist with every variogram model that refers to them. True always.
+    /// Announces the whole list, including unknown ids, while the datasets still exist. Then
+    /// removes those that exist, and every variogram model that refers to them. Always returns
+    /// true.
     virtual bool RemoveDatasets(const QList<DataId> &ids);
     /// The same for one; an unknown id is not announced.
     virtual bool RemoveDataset(const DataId &id);
@@ -88,10 +93,10 @@ public:
                                     VORN_DataContainer &values, bool overwrite,
                                     bool updateFrequencies);
     virtual QString GetDisplayName(int id);
-    /// The present name emits no signal.
+    /// Emits DatasetNameChangedSignal unless the name is the present one.
     virtual bool SetDisplayName(int id, const char *name);
     virtual QVariant GetMetaData(int id, const QString &key);
-    /// False for a value that MMetaData::setTag refuses, too.
+    /// Also false for a value that MMetaData::setTag refuses.
     virtual bool SetMetaData(int id, const QString &key, const QVariant &value);
     virtual QString GetShortDescription(int id);
     virtual bool SetShortDescription(int id, const QString &text);
@@ -105,7 +110,7 @@ public:
                                             MDataset::ClassificationType type, bool flag) = 0;
     virtual QMap<MDatum, int> GetDataFrequencies(int id) = 0;
     virtual int GetUniqueValueCount(int id) const = 0;
-    /// True when another interval holds the object's value at `second` than at `first`.
+    /// Whether the object's values at the two times belong to different intervals.
     virtual bool ObjectValueChanged(int id, int realization, unsigned int object, qint64 first,
                                     qint64 second);
     virtual bool SetHierarchyPath(int id, const QString &path) = 0;
@@ -130,30 +135,30 @@ public:
     bool GetDataType(int id, DataType &type) const;
 
     bool GetVariogramModel(const DataId &id, int modelId, VariogramModel &model) const;
-    /// Gives the model the dataset's next model id.
+    /// Adds the model under the next model id of the dataset.
     bool AddVariogramModel(const DataId &id, VariogramModel &model);
     /// Deletes a model of the dataset.
     bool RemoveVariogramModel(const DataId &id, int modelId);
     /// Stores a changed model under its id: see MDataset::ReplaceVariogramModel.
     bool ReplaceVariogramModel(const DataId &id, VariogramModel &model);
-    /// Deletes the models of a dataset, or, without an id, those of all datasets.
+    /// Deletes the models of one dataset; the overload without an id deletes those of all datasets.
     bool RemoveAllVariogramModels(const DataId &id);
     void RemoveAllVariogramModels();
-    /// Adds a copy with an id and a name of its own.
+    /// Adds a copy with a new id and a new name.
     bool DuplicateVariogramModel(const DataId &id, int modelId);
     bool GetVariogramModelNames(const DataId &id, QList<QString> &names) const;
     bool GetVariogramModelIds(const DataId &id, QList<int> &ids) const;
-    /// Whether a model of any dataset here was made from `id`: its dataset or its locations.
+    /// Whether a model of any dataset of this source names `id` as its dataset or its locations.
     bool HasAssociatedVariogramModels(const DataId &id) const;
-    /// Deletes the models, of any dataset here, that were made from `id`.
+    /// Deletes these models.
     void RemoveAssociatedVariogramModels(const DataId &id);
 
 Q_SIGNALS:
-    void DatasetsDyingSignal(const QList<DataId> &ids); ///< still alive
+    void DatasetsDyingSignal(const QList<DataId> &ids); ///< the datasets still exist
     void DatasetsAddedSignal(const QList<DataId> &ids, bool flag);
     void DatasetsChangedSignal(const QList<DataId> &ids);
     void DatasetNameChangedSignal(const DataId &id, const QString &name);
-    void SuspendDataUsageSignal(MDataSource *source); ///< let go of data
+    void SuspendDataUsageSignal(MDataSource *source); ///< release data
     void ResumeDataUsageSignal(MDataSource *source);
     void VariogramModelAddedSignal(const DataId &id, qint32 modelId);
     void VariogramModelRemovedSignal(const DataId &id, qint32 modelId);
@@ -162,10 +167,11 @@ Q_SIGNALS:
 protected:
     friend class MVectorData;
     friend class MRasterData;
-    /// RestoreFromStream with what the parts of a load tell each other.
+    /// The work of RestoreFromStream. `context` carries the state of the load.
     virtual bool Restore(QDataStream &in, datainterface::LoadContext &context);
-    /// A dataset of that kind to be restored into, MDataset::GetDatasetKind's number; null for a
-    /// kind that does not belong here.
+    /// Makes an empty dataset to restore into.
+    /// @param kind  a number of MDataset::Kind.
+    /// @return null for a kind that does not belong to this source.
     virtual MDataset *NewEmptyDataset(int kind);
 
     int mNextDatasetId;

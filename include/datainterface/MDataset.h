@@ -32,7 +32,7 @@ struct DATAINTERFACE_EXPORT DataSetStats {
     MDatum minimum;      ///< empty when there were no values
     MDatum maximum;
     bool stdDevValid = false;
-    bool meanValid = false; ///< mean, minimum and maximum hold
+    bool meanValid = false; ///< mean, minimum and maximum are valid
 };
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const DataSetStats &stats);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, DataSetStats &stats);
@@ -45,13 +45,14 @@ struct DATAINTERFACE_EXPORT StatsRealization {
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const StatsRealization &stats);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, StatsRealization &stats);
 
-/// Identity, description, time bounds, statistics and variogram models; the values live in the
-/// derived classes. Realizations are numbered from 0, objects from 0 in the order of the geography.
-/// Made and destroyed by its data source alone. For use on one thread.
+/// Holds the identity, the description, the time bounds, the statistics and the variogram models.
+/// The derived classes hold the values. Realizations are numbered from 0, and objects from 0 in the
+/// order of the geography. Only the data source creates and destroys a dataset. For use on one
+/// thread.
 class DATAINTERFACE_EXPORT MDataset : public QObject {
     Q_OBJECT
 public:
-    /// How a legend is cut.
+    /// How class limits are chosen.
     enum ClassificationType : qint32 { EqualIntervals = 0, Quantiles = 1, Jenks = 2 };
 
     /// One level of the path under which a dataset is filed: a name, or with a null name the
@@ -65,36 +66,37 @@ public:
         }
     };
 
-    /// What holds the values: the first word of a dataset's stream form.
+    /// The class that holds the values. It is the first word of the stream form of a dataset.
     enum Kind : int { VectorKind = 1, RasterKind = 2 };
 
     virtual bool SaveToStream(QDataStream &out);
-    /// Everything behind the dataset kind, which the data source has read to choose the class.
-    /// False on a short or corrupt stream: the dataset is then to be discarded.
+    /// Reads everything after the dataset kind, which the data source has read to choose the class.
+    /// Returns false for a short or corrupt stream; the dataset must then be discarded.
     virtual bool RestoreFromStream(QDataStream &in);
     virtual DatasetProps GetProperties(const MGeoData *geography);
-    /// Check-outs hold values in memory across many reads; they come in pairs. The last int is not
-    /// used.
+    /// Ends one CheckOutRealization. A check-out keeps values in memory across many reads and must
+    /// be paired with a check-in. The last argument is not used.
     virtual bool CheckInRealization(int realization, int arg) const = 0;
-    /// Holds all values of one realization in memory.
+    /// Keeps all values of one realization in memory until the check-in.
     virtual bool CheckOutRealization(int realization, int arg) const = 0;
-    /// Stops at the first realization that answers false.
+    /// Checks out all realizations. Stops at the first one that returns false.
     virtual bool CheckOutAllRealizations(int arg) const;
-    /// Gives back what CheckOutAllRealizations took.
+    /// Ends CheckOutAllRealizations.
     virtual bool CheckInAllRealizations(int arg) const;
-    /// Whether different intervals hold the object's values at the two times. Values are not
-    /// compared.
+    /// Whether the object's values at the two times belong to different intervals. The values are
+    /// not compared.
     virtual bool ObjectValueChanged(int realization, int id, qint64 first, qint64 second) = 0;
-    /// `breakCount` limits of `breakCount` - 1 classes, ascending; empty when the user cancels.
-    /// Taken from the frequency table. Raises "Invalid data type" for text and for an unknown
-    /// classification.
+    /// Returns the `breakCount` limits of `breakCount` - 1 classes, ascending, calculated from the
+    /// frequency table; empty when the user cancels. Raises "Invalid data type" for text and for an
+    /// unknown classification.
     virtual QList<double> GetIntervalBreaks(int realization, int breakCount,
                                             MDataset::ClassificationType classification,
                                             bool showProgress) = 0;
-    /// Counts the frequency table anew; false for a dataset of no known type.
+    /// Counts the frequency table again; false for a dataset of an unknown type.
     virtual bool RecalculateFrequencies() = 0;
     virtual QMap<MDatum, int> GetDataFrequencies() = 0;
-    /// Keys of the frequency table. `capped`, unless null, tells whether it is full.
+    /// The number of keys in the frequency table. `capped`, unless null, is set to whether the
+    /// table is full.
     virtual int UniqueValueCount(bool *capped) const = 0;
     virtual int GetDatumFrequency(const MDatum &value) const = 0;
     virtual int GetDataCount(int realization, qint64 time) const = 0;
@@ -116,27 +118,29 @@ public:
     virtual void SetLongDescription(const QString &text);
     /// Appends to the history, without a separator.
     virtual void AddToLongDescription(const QString &text);
-    /// Copies the bounds; false, the copy made all the same, when there are no data.
+    /// Copies the bounds. The result is false when there are no data; the bounds are copied all the
+    /// same.
     virtual bool GetTimeBounds(TimeStamp &bounds) const;
-    /// Computes and keeps the statistics of a realization, or of one of its times.
+    /// Computes and stores the statistics of a realization, or of one of its times.
     virtual bool CalcMinMaxMean(int realization) const = 0;
     virtual bool CalcMinMaxMean(int realization, qint64 time) const = 0;
-    /// The record of a time, computed at need. A record stays when values change later:
-    /// CalcMinMaxMean renews it.
+    /// The statistics of one time, computed when needed. A stored record does not follow later
+    /// changes of the values; CalcMinMaxMean renews it.
     virtual bool GetDataSetStats(int realization, qint64 time, DataSetStats &stats) const;
     virtual bool GetGlobalDataSetStats(int realization, DataSetStats &stats) const;
     virtual bool GetStdDev(int realization, qint64 time, double &result) const = 0;
     virtual MDatum GetValue(int id, qint64 time, bool interpolate, int realization) = 0;
     /// Empty when the value is missing.
     virtual MDatum GetValue(int id, qint64 time, int realization) = 0;
-    /// @param overwrite  the new values win where both exist; otherwise they fill holes alone.
+    /// @param overwrite  whether new values replace present ones; otherwise they are stored only
+    ///                   where no value is present.
     virtual bool AddTimeSliceValues(int realization, const TimeStamp &stamp,
                                     VORN_DataContainer &values, bool overwrite,
                                     bool updateFrequencies) = 0;
 
-    /// The blocks of the block store that hold its values.
+    /// Appends the ids of the blocks that hold the values.
     virtual void AppendBlockIds(QVector<int> &) const {}
-    /// Gives up all values with their counts and statistics, of every realization.
+    /// Deletes all values of every realization, with their counts and statistics.
     virtual void DropValues() {}
 
     int GetId() const { return mId; }
@@ -144,7 +148,7 @@ public:
     /// A Kind: the first word of the stream form.
     int GetDatasetKind() const { return mDatasetKind; }
     DataType GetDataType() const { return mDataType; }
-    /// The values do not depend on time: every time is 0.
+    /// Whether the values do not depend on time. Every time is then taken as 0.
     bool IsStatic() const { return mIsStatic; }
     int GetRealizationCount() const { return mRealizationCount; }
 
@@ -162,34 +166,34 @@ public:
     void SetHierarchyPath(const QList<pathLevel> &path) { mHierarchyPath = path; }
     /// "/a//b/<7>" is the level named "a/b" and the numbered level 7.
     void SetHierarchyPath(const QString &path);
-    /// Slashes inside a name are written as they stand, so that they do not survive a round trip.
-    /// An empty name raises "Dataset path is empty".
+    /// Slashes inside a name are not doubled, so SetHierarchyPath does not read such a text back as
+    /// the same path. An empty name raises "Dataset path is empty".
     QString GetHierarchyPathAsString() const;
 
     QList<int> GetVariogramModelIds() const;
     QList<QString> GetVariogramModelNames() const;
     bool GetVariogramModel(int id, VariogramModel &model) const;
-    /// False, with nothing changed, for a model of another dataset. With `assignId` the model gets
-    /// the next id.
+    /// Adds a model; false, with nothing changed, for a model of another dataset.
+    /// @param assignId  whether the model gets the next id.
     bool AddVariogramModel(VariogramModel &model, bool assignId);
     /// Deletes a model; false for an unknown id.
     bool RemoveVariogramModel(int id);
-    /// Stores a changed model; one that now names another dataset of `source` moves there under a
-    /// new id. A dataset that is not there raises "dataset".
+    /// Stores a changed model. A model that now names another dataset of `source` is moved to that
+    /// dataset and gets a new id; an unknown dataset raises "dataset".
     bool ReplaceVariogramModel(MDataSource *source, VariogramModel &model);
-    /// A fitted model does not outlive the data that it was fitted to.
+    /// Deletes all models, which is also done when the data that they were fitted to change.
     bool RemoveAllVariogramModels();
-    /// Adds a copy with an id and a name of its own; false for an unknown id.
+    /// Adds a copy with a new id and a new name; false for an unknown id.
     bool DuplicateVariogramModel(int id);
 
-    /// All values of one time. False for a realization that is not there.
+    /// All values of one time. False for an unknown realization.
     bool GetData(int realization, qint64 time, VORN_ConstDataContainer &values) const;
-    /// The same of a static dataset; false for another.
+    /// The same for a static dataset; false for a dataset that is not static.
     bool GetStaticData(int realization, VORN_ConstDataContainer &values) const;
 
     /// Natural breaks: the classes with the least within-class sum of squares
     /// (Fisher 1958, JASA 53, 789-798). O(k n) memory for n different values in k classes.
-    /// @param sorted  ascending, in the dataset's unit, at least one value per class; repeats count.
+    /// @param sorted  ascending, in the unit of the dataset, at least one value for each class.
     /// @return `breakCount` limits in the same unit: minimum, midpoints between neighbouring
     ///         classes, maximum; empty when the user cancels.
     static QList<double> GetJenksBreaks(int breakCount, const QVector<double> &sorted);
@@ -200,24 +204,24 @@ Q_SIGNALS:
     void VariogramModelChangedSignal(const DataId &dataset, qint32 model);
 
 protected:
-    /// For loading: the fields come from the stream. `directory` is not used: values lie
-    /// in the block store.
+    /// For loading: the fields are read from the stream. `directory` is not used, since the values
+    /// are in the block store.
     MDataset(MDataSource *source, const QString &directory);
     MDataset(MDataSource *source, int id, DataType type, const QString &name, const QString &path,
              int realizationCount);
     ~MDataset() override;
 
-    /// The time under which this dataset files what is asked for at `time`.
+    /// The time under which this dataset stores the values of `time`.
     qint64 timeOf(qint64 time) const { return mIsStatic ? 0 : time; }
     bool hasStatistics(int realization) const
     {
         return realization >= 0 && realization < mStatistics.size();
     }
-    /// RestoreFromStream with what the parts of a load tell each other.
+    /// The work of RestoreFromStream. `context` carries the state of the load.
     virtual bool Restore(QDataStream &in, datainterface::LoadContext &context);
-    /// Marks the whole-realization statistics out of date.
+    /// Marks the statistics of the whole realization as out of date.
     void invalidateStatistics(int realization);
-    /// The number of realizations with them.
+    /// Reads the number of realizations and the statistics of each.
     void readStatistics(QDataStream &in, const datainterface::LoadContext &context);
 
     int mId = 0;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The variant value of the data layer: one cell, one extreme, one key of a frequency table.
+/// The variant value of the data layer, such as one cell, one extreme or one key of a frequency
+/// table.
 #pragma once
 #include <QByteArray>
 #include <QDataStream>
@@ -7,10 +8,11 @@
 #include <QtGlobal>
 #include "datainterface/export.h"
 
-/// A whole number, a number, a text or no value. A plain value; a key of maps and hashes.
+/// An integer, a decimal, a text or no value. A plain value that can be a key of maps and hashes.
 class DATAINTERFACE_EXPORT MDatum {
 public:
-    /// Codes of the stream form. The public record `datum` numbers its kinds the other way round.
+    /// Codes of the stream form. The public record `datum` has the codes of Integer and Decimal
+    /// exchanged.
     enum Type : qint32 { Integer = 0, Decimal = 1, String = 2, Empty = 3 };
 
     /// No value.
@@ -20,32 +22,33 @@ public:
     MDatum(long value) : mType(Integer), mInteger(value) {}
     MDatum(qint64 value) : mType(Integer), mInteger(value) {}
     MDatum(unsigned long value) : MDatum(quint64(value)) {}
-    /// The field is signed: integerValue() gives the bits of a number from 2^63 on. Its order and
-    /// its number are those of the unsigned value, which a stream does not keep.
+    /// The field is signed, so integerValue() returns the bits of a value from 2^63 on. Comparisons
+    /// and toDouble() use the unsigned value. A stream holds only the bits.
     MDatum(quint64 value)
         : mType(Integer), mInteger(static_cast<qint64>(value)), mIsBeyondSigned(mInteger < 0)
     {
     }
     MDatum(double value) : mType(Decimal), mDecimal(value) {}
-    /// Bytes that are not UTF-8 are taken for Latin-1.
+    /// Takes UTF-8; bytes that are not valid UTF-8 are read as Latin-1.
     MDatum(const char *value);
     MDatum(const QString &value) : mType(String), mText(value.toUtf8()) {}
 
     qint32 type() const { return mType; }
     bool isEmpty() const { return mType == Empty; }
     qint64 integerValue() const { return mInteger; }
-    /// Whether the value is an unsigned number from 2^63 on, whose bits integerValue() gives.
+    /// Whether the value is an unsigned number from 2^63 on, whose bits integerValue() returns.
     bool isBeyondSigned() const { return mIsBeyondSigned; }
     double decimalValue() const { return mDecimal; }
-    /// The text, with every letter.
+    /// The whole text.
     QString text() const;
     /// The text as UTF-8, valid while this value lives.
     const char *charstr() const { return mText.constData(); }
-    /// A text is read in the C locale, 0 when it does not parse; no value is NaN.
+    /// A text is parsed in the C locale and gives 0 when it does not parse; no value gives NaN.
     double toDouble() const;
 
-    /// Within a type the natural order (a NaN is one key, behind all numbers; texts by their UTF-8
-    /// bytes); across types by code.
+    /// Values of one type are in their natural order: a NaN is equal to itself and after all
+    /// numbers, and texts are ordered by their UTF-8 bytes. Values of different types are ordered
+    /// by type code.
     bool operator<(const MDatum &other) const;
     bool operator==(const MDatum &other) const;
     bool operator!=(const MDatum &other) const { return !(*this == other); }
@@ -56,7 +59,7 @@ private:
     friend DATAINTERFACE_EXPORT uint qHash(const MDatum &value, uint seed);
 
     qint32 mType = Empty;
-    qint8 mFlag = 0; ///< opaque; saved and restored only
+    qint8 mFlag = 0; ///< not interpreted; saved and restored only
     qint64 mInteger = 0;
     double mDecimal = 0.0;
     QByteArray mText; ///< UTF-8
@@ -65,8 +68,8 @@ private:
 
 /// Equal values have equal hashes.
 DATAINTERFACE_EXPORT uint qHash(const MDatum &value, uint seed = 0);
-/// Always the present form: all five fields, whatever the type. A text goes out as Latin-1 where
-/// that holds it, and as UTF-8 behind the bytes EF BB BF otherwise.
+/// Writes the present form: all five fields, whatever the type. A text is written as Latin-1 where
+/// that can hold it, and otherwise as UTF-8 after the bytes EF BB BF.
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const MDatum &value);
-/// By dataInterfaceVersionLoading.
+/// Reads the form of dataInterfaceVersionLoading.
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MDatum &value);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// A geography: a named set of spatial objects with all that hangs on it. Vector geographies are
-/// MVectorData.
+/// A geography: a named set of spatial objects with its datasets and weight sets. MVectorData and
+/// MRasterData derive from it.
 #pragma once
 #include <QDate>
 #include <QDateTime>
@@ -30,25 +30,26 @@ struct LoadContext;
 class ProjectReader;
 } // namespace datainterface
 
-/// A QObject so that views can listen. Owns its data source, which the derived class makes, its
-/// weight sets, and the attributes that the application adds.
+/// Owns its data source, which the derived class creates, its weight sets, and the attributes that
+/// the application adds. It is a QObject so that views can listen to its signals.
 class DATAINTERFACE_EXPORT MGeoData : public QObject {
     Q_OBJECT
 public:
-    /// Takes the next id of the process.
+    /// Takes the next geography id of the process.
     MGeoData(const QString &name, TimeFormat format, const QString &filePath);
     ~MGeoData() override;
 
     virtual bool SaveToStream(QDataStream &out);
-    /// By dataInterfaceVersionLoading. Also sets the id that the next geography of the process
-    /// gets.
+    /// Reads the form of dataInterfaceVersionLoading. Also sets the id that the next geography of
+    /// the process gets.
     virtual bool RestoreFromStream(QDataStream &in);
     virtual bool IsValid() const = 0;
     virtual QString GetName();
-    /// Emits GeographyNameChangedSignal, also for the present name.
+    /// Emits GeographyNameChangedSignal even if the name does not change.
     virtual void SetName(const QString &name);
     virtual GeoProps GetProperties() = 0;
-    /// The flag goes to all datasets too, which keep one slice at most when they become static.
+    /// Sets the flag of all datasets as well; a dataset that becomes static keeps at most one
+    /// slice.
     virtual void SetStatic(bool isStatic);
     virtual bool IsDatasetIdValid(int id) const;
     virtual bool IsNumeric(int id) const;
@@ -56,71 +57,76 @@ public:
     virtual TimeStamp GetTimeBounds() = 0;
     /// The box around all objects, in map units, and the time over which they exist.
     virtual RectInT GetBoundingRect() = 0;
-    /// The same, the override's answer included, for callers that hold a constant geography.
+    /// The same for a constant geography; calls the override.
     RectInT GetBoundingRect() const { return const_cast<MGeoData *>(this)->GetBoundingRect(); }
     /// Connects the listener's slots of MDataSource::AddListener and
     /// GeographyNameChangedSlot(MGeoData *, const char *). A missing slot raises "Can't connect
     /// signals".
     virtual bool AddListener(QObject *listener);
-    /// False, with the argument untouched, when the tag "Distance unit" is absent.
+    /// Returns false, with the argument unchanged, when there is no tag "Distance unit".
     virtual bool GetDistanceUnit(QString &unit) const;
-    /// In this geography's time format.
+    /// The text of a time in this geography's time format.
     virtual QString TimeToString(qint64 t, const char *dateFormat, const char *timeFormat);
-    /// A step as "[1y,0m,0d]", as "[1h,0m,0s]", as both, or as a plain number, by the time format.
+    /// The text of a step: "[1y,0m,0d]", "[1h,0m,0s]", both, or a plain number, according to the
+    /// time format.
     virtual QString TimeStepToString(const TimeStep &step);
     /// True when an object exists at a time that the dataset does not cover.
     virtual bool HasObjectsWithMissingData(int dataset) const = 0;
     /// Sets an attribute of population 0 for each object whose value at the time is one of
-    /// `values`; the others keep theirs. Views hear of it once. Values compare by type: an integer
-    /// dataset holds no 1.0. Nothing happens without attributes. Raises "Invalid dataset type" for
-    /// a dataset that is not of this geography.
+    /// `values`; the flags of other objects do not change. Views are notified once. Values are
+    /// compared by type: an integer dataset never matches 1.0. Does nothing without attributes.
+    /// Raises "Invalid dataset type" for a dataset that does not belong to this geography.
     virtual void SelectObjectsByValue(int dataset, int realization, qint64 time,
                                       const QSet<MDatum> &values, int attribute) = 0;
-    /// The same for the numbers from `low` to `high`, both included. Texts are no numbers.
+    /// The same for numbers from `low` to `high`, both included. Texts never match.
     virtual void SelectObjectsByRange(int dataset, int realization, qint64 time, double low,
                                       double high, int attribute) = 0;
 
-    /// Flags that views share; owned from now on. Population 0, the first, is the one in use.
+    /// Adds flags that views share; the geography owns them from now on. Only population 0, the
+    /// first, is used.
     void AddAttributes(MAttributes *attributes);
-    /// Null before they are added. Any population but 0 raises "Invalid attribute population id".
+    /// Returns null before attributes are added. A population other than 0 raises "Invalid
+    /// attribute population id".
     MAttributes *GetAttributes(int population) const;
-    /// A view on this geography; not owned. When the last one dies population 0 goes back to its
-    /// idle state: attribute 0 set for all objects, attributes 1 and 2 clear.
+    /// Registers a view of this geography, which is not owned. When the last view is destroyed,
+    /// population 0 returns to its idle state: attribute 0 is set for all objects and attributes 1
+    /// and 2 are clear.
     void AddObjectManager(MLinker *view);
-    /// Any of the views; null when there is none.
+    /// One of the views; null when there is none.
     MLinker *GetObjectManager() const;
 
-    /// Ends what AddListener began.
+    /// Undoes AddListener.
     void RemoveListener(QObject *listener);
     /// Connects the data source's three variogram signals to VariogramModelAddedSlot,
     /// ...RemovedSlot and ...ChangedSlot, each (const DataId &, qint32). A missing slot raises
     /// "Can't connect signals".
     bool AddVariogramModelListener(QObject *listener);
-    /// Ends what AddVariogramModelListener began.
+    /// Undoes AddVariogramModelListener.
     void RemoveVariogramModelListener(QObject *listener);
 
-    /// The weight set that suits the kind of objects: "Queen neighbors" of polygons, "Nearest 5
-    /// neighbors" of points, "Rook neighbors (E-W-N-S)" of cells, with a number from 2 on when the
-    /// geography has one of that name. The caller's, who adds it. Null for lines.
+    /// Makes the default weight set of the kind of objects: "Queen neighbors" for polygons,
+    /// "Nearest 5 neighbors" for points, "Rook neighbors (E-W-N-S)" for cells. A number from 2 on
+    /// is appended to a name that the geography has already. The caller owns the set and can add
+    /// it. Returns null for lines.
     static AdjacencySet *CreateDefaultAdjacencySet(MGeoData *geography, bool includeEgo);
-    /// Enters `set` under its own id, owns it from then on and emits WeightSetAddedSignal. A set
-    /// that stood under that id leaves the map without being freed: it is the caller's again.
+    /// Adds `set` under its own id, takes ownership and emits WeightSetAddedSignal. A previous set
+    /// of that id is removed from the map but not deleted: the caller owns it.
     /// @return always true.
     bool AddSpatialWeightSet(AdjacencySet *set);
-    // False, null or empty for an unknown id.
+    // These return false, null or an empty value for an unknown id.
     /// Deletes the set.
     bool RemoveSpatialWeightSet(int id);
-    /// Emits WeightSetRenamedSignal twice, since the set's own notice comes through it too.
+    /// Emits WeightSetRenamedSignal twice: here, and through RenamedSignal of the set.
     /// @param name  in the local 8-bit encoding.
     bool RenameSpatialWeightSet(int id, const char *name);
-    /// Adds a copy with an id of its own and " copy" behind its name.
+    /// Adds a copy with a new id and " copy" appended to its name.
     bool DuplicateSpatialWeightSet(int id);
     AdjacencySet *GetSpatialWeightSet(int id);
     const AdjacencySet *GetSpatialWeightSet(int id) const;
-    /// Whether the set has lists for the time, which is cut off to a whole number.
+    /// Whether the set has lists for the time, which is truncated to an integer.
     bool HasSpatialWeightSetAtTime(int id, double time) const;
-    /// The neighbours of an object; calculated when needed. Raises as
-    /// AdjacencySet::PrecalcSpatialWeights.
+    /// The neighbours of an object, calculated when needed. Raises as
+    /// AdjacencySet::PrecalcSpatialWeights does.
     QVector<neighborDatum> GetSpatialWeightsForObject(int id, double time, unsigned int objectId);
     /// Ascending; the names are in the order of the ids.
     QList<int> GetSpatialWeightsIds() const;
@@ -135,11 +141,11 @@ public:
     /// ...ChangedSlot, each (MGeoData *, qint32), and WeightSetRenamedSlot(MGeoData *, qint32,
     /// const char *). A missing slot raises "Can't connect signals".
     bool AddSpatialWeightSetListener(QObject *listener);
-    /// Ends what AddSpatialWeightSetListener began.
+    /// Undoes AddSpatialWeightSetListener.
     void RemoveSpatialWeightSetListener(QObject *listener);
 
     int GetId() const { return mId; }
-    /// The geography that this one was cut from; -1 when there is none.
+    /// The geography that this one is a subset of; -1 when there is none.
     int GetParentId() const { return mParentId; }
     void SetParentId(int id) { mParentId = id; }
     /// For each object of this geography its index in the parent.
@@ -152,9 +158,9 @@ public:
     void SetTimeFormat(TimeFormat format) { mTimeFormat = format; }
     bool IsStatic() const { return mIsStatic; }
     bool HasValidId() const { return mId < kIdLimit; }
-    /// The blocks of the block store that its datasets and weight sets hold.
+    /// Appends the ids of the blocks that the datasets and weight sets own.
     void AppendBlockIds(QVector<int> &ids) const;
-    /// Gives up the values of all datasets and the lists of all weight sets.
+    /// Deletes the values of all datasets and the lists of all weight sets.
     void DropValues();
     /// Null until the geography is initialised or restored.
     MDataSource *GetDataSource() const { return mDataSource; }
@@ -166,14 +172,14 @@ public:
     static qint64 ConvertFromTime(const QTime &time);
     /// The time value of a date and a time of day.
     static qint64 ConvertFromDateTime(const QDate &date, const QTime &time);
-    /// An instant before the epoch that is not at midnight lands on the later day.
+    /// An instant before the epoch that is not at midnight gives the following day.
     static QDate ConvertToDate(qint64 t);
-    /// Always a null time: hosts rely on the empty text that follows.
+    /// Always returns a null time; hosts rely on the empty text that it gives.
     static QTime ConvertToTime(qint64 t);
     /// The date and the time of day of a time value.
     static QDateTime ConvertToDateTime(qint64 t);
-    /// `t` a step later: by the calendar, or with 365 days a year and 30 days a month when the step
-    /// is exact. A time of day stops at 86399.
+    /// Returns `t` plus a step: by the calendar, or with 365 days a year and 30 days a month when
+    /// the step is exact. A time of day is limited to 86399.
     static qint64 IncrementTime(TimeFormat format, TimeStep step, qint64 t);
     static QString TimeToString(qint64 t, TimeFormat format, const char *dateFormat,
                                 const char *timeFormat);
@@ -187,11 +193,11 @@ Q_SIGNALS:
     void WeightSetRenamedSignal(MGeoData *geography, qint32 id, const char *name);
 
 protected Q_SLOTS:
-    /// A view goes: see AddObjectManager.
+    /// Removes a view that is being destroyed; see AddObjectManager.
     virtual void ObjectManagerDyingSlot(MLinker *view);
 
 protected:
-    // What both kinds of geography do alike for a selection.
+    // The parts of a selection that both kinds of geography share.
     /// See SelectObjectsByValue.
     void selectByValue(int dataset, int realization, qint64 time, const QSet<MDatum> &values,
                        int attribute);
@@ -200,25 +206,25 @@ protected:
                        int attribute);
 
     friend class datainterface::ProjectReader;
-    /// RestoreFromStream with what the parts of a load tell each other.
+    /// The work of RestoreFromStream. `context` carries the state of the load.
     virtual bool Restore(QDataStream &in, datainterface::LoadContext &context);
 
-    /// The fields that every kind of geography fills alike.
+    /// The properties that all kinds of geography fill in the same way.
     GeoProps BaseProperties();
 
-    /// The id and the counter, as they stand together in every version.
+    /// Reads the id and the counter of ids, which are adjacent in every version.
     bool restoreIds(QDataStream &in, const datainterface::LoadContext &context);
-    /// The weight sets, under ids or, in files before 120000, under names.
+    /// Reads the weight sets, keyed by id or, in files before 120000, by name.
     bool readWeightSets(QDataStream &in, const datainterface::LoadContext &context);
-    /// Of a file before 400002: frees all lists, and removes the sets that only a host could fill
-    /// again, with a note.
+    /// For a file before 400002: frees all lists, and removes the sets that only a host could fill
+    /// again, with a note in the log.
     void purgeWeightSets(const datainterface::LoadContext &context);
-    /// Whether every set has as many lists as there are objects; asked when the data source has
+    /// Whether every set has exactly one list for each object. Checked after the data source has
     /// been read.
     bool weightSetsFit() const;
 
-    /// Ids are the upper half of a dataset's id, so there are 15 bits for them. A geography that is
-    /// made when all are given out has this number and cannot be entered.
+    /// A geography's id is the upper half of a dataset's id, so it has 15 bits. A geography that is
+    /// created when all ids are used gets this number and cannot be added to a project.
     static constexpr int kIdLimit = 0x8000;
     static int mNextId;
 

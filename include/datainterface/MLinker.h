@@ -1,70 +1,74 @@
 // SPDX-License-Identifier: MIT
-/// A view's side of the shared attributes of a geography: hosts derive the controllers of maps,
-/// tables and graphs from it.
+/// Connects a view to the shared attributes of a geography and to other views. Hosts derive the
+/// controllers of maps, tables and graphs from it.
 #pragma once
 #include <QObject>
 #include <QSet>
 #include "datainterface/MAttributes.h"
 #include "datainterface/export.h"
 
-/// A view changes a flag in the shared attributes, all linkers of these receive it in
-/// AttributeChanged, and the views that are linked follow through UpdateLinkedViews. Views can die
-/// in any order, also while a group is walked: a dead one stands in nobody's sets.
+/// When a view changes a flag in the shared attributes, all their linkers receive it in
+/// AttributeChanged, and linked views are updated through UpdateLinkedViews. Views can be destroyed
+/// in any order, even while a group is being visited: a destroyed view is in no set of another
+/// view.
 class DATAINTERFACE_EXPORT MLinker : public QObject {
     Q_OBJECT
 public:
     MLinker();
     explicit MLinker(MAttributes *attributes);
-    /// Leaves all views and the attributes, then emits ObjectManagerDying.
+    /// Disconnects from all views and from the attributes, then emits ObjectManagerDying.
     ~MLinker() override;
 
-    /// Brings the view up to date. @return the view's own answer, handed on by UpdateLinkedViews.
+    /// Updates the view.
+    /// @return a result of the view's own, which UpdateLinkedViews returns.
     virtual bool UpdateView() = 0;
     /// Clears what the view shows as selected.
     virtual void ClearSelection() = 0;
 
-    /// Not owned. Null leaves the present ones; others than the present ones raise "Attributes
-    /// already exist".
+    /// Sets the attributes, which are not owned. Null has no effect; replacing attributes by others
+    /// raises "Attributes already exist".
     void SetAttributes(MAttributes *attributes);
-    /// Null before SetAttributes and when the attributes are gone.
+    /// Null before SetAttributes and after the attributes have been destroyed.
     MAttributes *GetAttributes() const { return mAttributes; }
 
-    /// Updates all views that this one drives, itself among them, in no set order. @return its own
-    /// answer.
+    /// Updates all views that this one drives, including itself, in no defined order.
+    /// @return the result of UpdateView for this view.
     bool UpdateLinkedViews();
-    /// Clears the selection of all views that this one drives, itself among them.
+    /// Clears the selection of all views that this one drives, including itself.
     void ClearSelectionState();
     bool IsPrimarySelector() const { return mIsPrimarySelector; }
-    /// This view leads the selection from now on, and the views that it drives no longer do.
+    /// Makes this view the primary selector; the views that it drives no longer are.
     void MakePrimarySelector();
 
-    /// This view drives `view`, not the other way round. Null is ignored, here and below.
+    /// Lets this view drive `view`, in this direction only. Null is ignored, here and below.
     void Link(MLinker *view);
-    /// The reverse of Link.
+    /// Undoes Link.
     void Unlink(MLinker *view);
-    /// One side of a link alone: `view` is noted as one that drives this.
+    /// Records only one side of a link: that `view` drives this view.
     void AddLinkingView(MLinker *view);
-    /// `view` is no longer noted as one that drives this.
+    /// Removes the record that `view` drives this view.
     void UnlinkSource(MLinker *view);
-    /// This no longer drives `view`.
+    /// Removes the record that this view drives `view`.
     void UnlinkDestination(MLinker *view);
-    /// Makes one group of the views that `a` and `b` drive: each drives all.
+    /// Joins the views that `a` and `b` drive into one group, in which each view drives all.
     static void LinkViews(MLinker *a, MLinker *b);
 
 Q_SIGNALS:
-    /// Emitted as the last act: the view behind it is gone already.
+    /// Emitted at the end of the destructor: the derived view no longer exists.
     void ObjectManagerDying(MLinker *view);
 
 public Q_SLOTS:
-    /// The attributes go: this view has none from now on.
+    /// Called when the attributes are destroyed: this view has none from now on.
     void AttributesDying();
 
 protected:
-    /// This view leads the selection, or no longer does. Nothing happens here.
+    /// Called when this view becomes the primary selector or ceases to be it. The base class does
+    /// nothing.
     virtual void PrimarySelectorStatusChanged(bool isPrimary);
 
 public:
-    /// What one operation on the shared attributes changed. Nothing happens here.
+    /// Called with what one operation on the shared attributes changed. The base class does
+    /// nothing.
     virtual void AttributeChanged(const changedAttributes &change);
 
 private:

@@ -8,7 +8,7 @@
 #include <QVariant>
 #include "datainterface/export.h"
 
-/// Values by name, in order of the names. A plain value.
+/// Values by name, ordered by name. A plain value.
 class DATAINTERFACE_EXPORT MMetaData {
 public:
     MMetaData() = default;
@@ -16,14 +16,14 @@ public:
     MMetaData &operator=(const MMetaData &) = default;
     virtual ~MMetaData();
 
-    /// Sets or replaces. False, with nothing changed, for a value that a project file cannot hold.
-    /// It holds Qt's own value types: numbers, bool, QChar, QString, QByteArray, lists of the last
-    /// two, QBitArray, dates and times, QUrl, QUuid, QLocale, regular expressions, JSON, points,
-    /// sizes, rectangles, lines, polygons, QColor, QTransform, QMatrix4x4, QVector2D to QVector4D,
-    /// QQuaternion; and lists, maps and hashes of them, nested to 32 levels.
+    /// Sets or replaces a tag. False, with nothing changed, for a value that a project file cannot
+    /// hold. The file can hold Qt's value types: numbers, bool, QChar, QString, QByteArray, lists
+    /// of the last two, QBitArray, dates and times, QUrl, QUuid, QLocale, regular expressions,
+    /// JSON, points, sizes, rectangles, lines, polygons, QColor, QTransform, QMatrix4x4, QVector2D
+    /// to QVector4D, QQuaternion; and lists, maps and hashes of them, nested to 32 levels.
     bool setTag(const QString &key, const QVariant &value);
-    /// Appends with no separator; an absent tag is made. False when the tag holds something other
-    /// than text.
+    /// Appends text without a separator; creates the tag when it is absent. False when the tag
+    /// holds a value that is not a text.
     bool addTextToTag(const QString &key, const QString &text);
     /// Whether the key has a value.
     bool tagExists(const QString &key) const;
@@ -40,5 +40,5 @@ private:
 };
 
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const MMetaData &metaData);
-/// By dataInterfaceVersionLoading: before 180000 every value is a text.
+/// Reads the form of dataInterfaceVersionLoading: before 180000 every value is a text.
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MMetaData &metaData);

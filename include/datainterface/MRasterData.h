@@ -7,7 +7,7 @@
 
 class MRasterDataSource;
 
-/// The grid's geometry lies in its data source.
+/// The data source holds the geometry of the grid.
 class DATAINTERFACE_EXPORT MRasterData : public MGeoData {
     Q_OBJECT
 public:
@@ -19,7 +19,7 @@ public:
     bool RestoreFromStream(QDataStream &in) override;
     bool IsValid() const override;
     GeoProps GetProperties() override;
-    /// Cells, at any time.
+    /// The number of cells, which is the same at all times.
     unsigned int GetObjectCount() const override;
     /// The hull of the geography's own time and that of its datasets.
     TimeStamp GetTimeBounds() override;
@@ -30,7 +30,8 @@ public:
                               int attribute) override;
     void SelectObjectsByRange(int dataset, int realization, qint64 time, double low, double high,
                               int attribute) override;
-    /// Makes the data source, once. False for a grid that cannot be: see MRasterDataSource::IsGrid.
+    /// Creates the data source. Called once. False for numbers that MRasterDataSource::IsGrid
+    /// refuses.
     virtual bool Initialize(int rows, int columns, const QRectF &bounds);
 
     MRasterDataSource *GetRasterDataSource() const { return mRasterDataSource; }
@@ -38,13 +39,13 @@ public:
     const TimeStamp &GetTimeStamp() const { return mTimeStamp; }
     /// See MRasterDataSource::GetPixelBounds.
     bool GetPixelBounds(unsigned int column, unsigned int row, QRectF &rect) const;
-    /// The tag "Projection".
+    /// The value of the tag "Projection".
     QString GetProjectionName() const;
 
 protected:
     bool Restore(QDataStream &in, datainterface::LoadContext &context) override;
 
 private:
-    MRasterDataSource *mRasterDataSource = nullptr; ///< mDataSource, typed
+    MRasterDataSource *mRasterDataSource = nullptr; ///< mDataSource with its type
     TimeStamp mTimeStamp;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The data source of a raster geography: the geometry of its grid, and the way to its datasets.
+/// The data source of a raster geography. Holds the geometry of the grid and the raster datasets.
 #pragma once
 #include <QPair>
 #include <QPointF>
@@ -13,10 +13,10 @@ struct FMGrid;
 struct FMGridWindow;
 struct RectInT;
 
-/// An axis-aligned grid of equal cells on a rectangle of the map. Rows count down from the largest
-/// y and columns up from the smallest x, but for GetPixelBounds. Cells are numbered row * columns +
-/// column. Cells are given as (column, row). A query without an answer gives false; one for an
-/// unknown dataset false, 0 or an empty value.
+/// An axis-aligned grid of equal cells on a rectangle of the map. Row 0 is at the largest y, except
+/// in GetPixelBounds, and column 0 at the smallest x. Cells are given as (column, row) and numbered
+/// row * columns + column. A query that finds nothing returns false; a query for an unknown dataset
+/// returns false, 0 or an empty value.
 class DATAINTERFACE_EXPORT MRasterDataSource : public MDataSource {
     Q_OBJECT
 public:
@@ -35,7 +35,7 @@ public:
     bool RestoreFromStream(QDataStream &in) override;
     unsigned int GetObjectCount() const override { return mColumns * mRows; }
     bool IsDatasetIdValid(int id) const override;
-    /// From one shown cell to the next, row by row, in steps of the display.
+    /// Advances to the next shown cell, row by row, in steps of the display.
     void IncDisplayIndex(double &index, double &row, double &column) const override;
     bool GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const override;
     QList<double> GetIntervalBreaks(int id, int realization, int count,
@@ -57,38 +57,43 @@ public:
     bool IsNumeric(int id) const override;
 
     virtual int GetRasterBitDepth(int id) const;
-    /// The limits of the cells that `rect` touches; the bool takes no part.
+    /// The first and last columns and rows of the cells that `rect` touches. `centersOnly` is not
+    /// used.
     virtual bool RectQuery(const QRectF &rect, bool centersOnly, unsigned int &firstColumn,
                            unsigned int &firstRow, unsigned int &lastColumn,
                            unsigned int &lastRow) const;
-    /// The cells that `rect` touches, or those whose centres it holds, column after column. With
-    /// `centersOnly` a rectangle no wider than a cell gives the column that it lies in, and so with
-    /// rows; centres exactly on its left or upper side are out.
+    /// The cells that `rect` touches or, with `centersOnly`, those whose centres it contains,
+    /// column by column. With `centersOnly` a rectangle that is no wider than a cell gives the
+    /// column that contains it, and likewise for rows; centres exactly on its left or upper side
+    /// are not contained.
     virtual bool RectQuery(const QRectF &rect, bool centersOnly, QVector<Pixel> &pixels) const;
-    /// The cells whose centres are no farther than `radius`, column after column, out of
-    /// RectQuery's answer for the box.
+    /// The cells, among those that RectQuery finds for the bounding square, whose centres are no
+    /// farther than `radius` from `center`, column by column.
     virtual bool CircleQuery(const QPointF &center, double radius, QVector<Pixel> &pixels) const;
-    /// The cells whose centres an FMPolygon holds, column after column. False when there is none.
+    /// The cells whose centres are in an FMPolygon, column by column. False when there is none.
     virtual bool PolygonQuery(const void *polygon, QVector<Pixel> &pixels) const;
-    /// The point is written also for a cell outside the grid.
+    /// Writes the point even for a cell outside the grid, for which the result is false.
     virtual bool GetPixelCenter(unsigned int column, unsigned int row, QPointF &point) const;
-    /// Rows count up from the smallest y here: the mirror image of everything else. Hosts' layouts
-    /// rest on it.
+    /// Here row 0 is at the smallest y, the opposite of all other operations. Hosts rely on it.
     virtual bool GetPixelBounds(unsigned int column, unsigned int row, QRectF &rect) const;
-    /// The cell at a place, brought into the grid with `clamp`. @return whether the grid's
-    /// rectangle holds the place.
+    /// The cell at a place.
+    /// @param clamp  whether a place outside gives the nearest column and row of the grid.
+    /// @return whether the rectangle of the grid contains the place.
     virtual bool PointQuery(double x, double y, unsigned int &column, unsigned int &row,
                             bool clamp) const;
-    /// The number of the cell at a place, written also when there is none. Coordinates truncate
-    /// toward zero, so that less than a cell's width left of the grid is its first column.
+    /// The number of the cell at a place, which is written even when there is no such cell.
+    /// Coordinates are truncated toward zero, so a place less than one cell to the left of the grid
+    /// is in its first column.
     virtual bool PointQuery(double x, double y, unsigned int &id) const;
-    /// The cells whose centres lie in an ellipse, row after row, or by distance from its centre.
-    /// @param a, b   semi-axes along `angle` (radians, counter-clockwise from x) and across it,
-    /// both above 0.
+    /// The cells whose centres are in an ellipse, row by row or ordered by distance from its
+    /// centre.
+    /// @param a, b  semi-axes along `angle` and across it, both above 0.
+    /// @param angle  radians, counter-clockwise from the x axis.
     virtual bool EllipseQuery(const QPointF &center, double a, double b, double angle,
                               bool sortByDistance, QVector<Pixel> &pixels) const;
-    /// @return the new dataset's id, not announced; -1 for a type and depth that no cell has and
-    /// without realizations.
+    /// Adds a dataset without announcing it.
+    /// @return the id of the dataset; -1 for an invalid combination of type and depth and without
+    ///         realizations.
     virtual int NewRasterDataset(const QString &name, DataType type, int realizationCount,
                                  int bitDepth, const QString &path);
     virtual RectInT GetBoundingRect();
@@ -97,7 +102,7 @@ public:
     /// See MRasterDataset::AddRasterValues.
     virtual bool AddRasterValues(int id, int realization, const TimeStamp &stamp,
                                  const MRasterBand &band, bool overwrite, bool recalculate);
-    /// Those of MRasterDataset; null for an unknown dataset.
+    /// The frequencies of MRasterDataset; null for an unknown dataset.
     virtual const QMap<quint8, int> *GetInt8Frequencies(int id) const;
     virtual const QMap<quint16, int> *GetInt16Frequencies(int id) const;
     virtual const QMap<quint32, int> *GetInt32Frequencies(int id) const;
@@ -111,8 +116,8 @@ public:
     virtual bool HasMissingValues(int id) const;
     virtual bool IsMissing(int id, int realization, unsigned int column, unsigned int row,
                            qint64 time);
-    /// Whether a value is the dataset's flag in the width of its cells. True for an unknown
-    /// dataset, false without flag.
+    /// Whether a value equals the missing flag of the dataset in the width of its cells. True for
+    /// an unknown dataset, false without a flag.
     virtual bool IsMissingFlag(int id, quint64 value) const;
     virtual bool IsMissingFlag(int id, double value) const;
 
@@ -124,7 +129,7 @@ public:
                         qint64 &value) const;
     bool GetRasterValue(int id, int realization, unsigned int column, unsigned int row, qint64 time,
                         quint64 &value) const;
-    /// False for a cell that is missing or not there.
+    /// False for a missing cell and for a cell outside the grid.
     bool GetRasterValue(int id, int realization, unsigned int column, unsigned int row, qint64 time,
                         MDatum &value) const;
     bool SetRasterValue(int id, int realization, unsigned int column, unsigned int row,
@@ -135,20 +140,20 @@ public:
                         const TimeStamp &stamp, quint64 value);
     MRasterObservation *GetRasterInfo(int id, int realization, const TimeStamp &stamp);
     const MRasterObservation *GetRasterInfo(int id, int realization, qint64 time) const;
-    /// Announces a change of the dataset when it has a grid at `first`.
+    /// Announces a change of the dataset if it has a grid at `first`.
     bool RasterChanged(int id, int realization, qint64 first, qint64 second);
 
     const QRectF &GetBounds() const { return mBounds; }
     double GetPixelWidth() const { return mBounds.width() / mColumns; }
     double GetPixelHeight() const { return mBounds.height() / mRows; }
-    /// The number of a cell; unchecked.
+    /// The number of a cell. The arguments are not checked.
     unsigned int IndexFromColRow(unsigned int column, unsigned int row) const
     {
         return row * mColumns + column;
     }
-    /// The cell of a number; false when it is outside the grid.
+    /// The column and row of a cell number; false for a number outside the grid.
     bool ColRowFromIndex(int id, unsigned int &column, unsigned int &row) const;
-    /// The grid and the window of `RectQuery` in the terms of the geometry library.
+    /// The grid, and the window of `RectQuery`, as types of the geometry library.
     FMGrid GetGrid() const;
     bool GetWindow(const QRectF &rect, bool centersOnly, FMGridWindow &window) const;
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// A grid that lives in the block store while nobody uses it: what a raster dataset keeps for one
-/// time.
+/// A grid whose cells are in the block store while they are not in use. A raster dataset has one
+/// for each interval.
 #pragma once
 #include <QDataStream>
 #include <memory>
@@ -11,51 +11,61 @@
 
 class HeldGrid;
 
-/// The header stays in memory; the cells are paged in by a check-out and let go by the last
-/// check-in. Check-outs come in pairs; each access below makes one of its own, so loops over cells
-/// hold one around them. The one owner of its block.
+/// The header stays in memory. A check-out reads the cells into memory and the last check-in
+/// releases them. Each check-out must be paired with a check-in. Every access below makes a
+/// check-out of its own, so a loop over cells should hold one (HeldGrid). The observation is the
+/// only owner of its block.
 ///
-/// Readers give false, with the output untouched, for a cell that is not there or is missing, and
-/// for a depth that they do not read. A cell is missing when the flag is set and its value of the
-/// cell's width is the cell's; the form of a value is the reader's, by depth alone, unless a type
-/// is named. Depth 1 knows no missing cell, and every read of it looks at the bit numbered `columns
-/// % 8` of the byte that holds the cell: files hold grids made for that.
+/// Readers return false, with the output unchanged, for a cell outside the grid, for a missing
+/// cell, and for a depth that they do not read. A cell is missing when the flag is set and its
+/// value in the width of the cell equals the cell. Unless a type is named, a reader interprets the
+/// bytes of a cell by depth alone.
+///
+/// Cells of 1 bit are never missing. They are stored eight to a byte, but every read tests bit
+/// number `columns % 8` of the byte that holds the cell, so all cells of a byte read alike. The bit
+/// depends only on the grid: grids in existing files were written for readers that work in this
+/// way, and a reader that used the position of the cell would return other values.
 class DATAINTERFACE_EXPORT MRasterObservation : public MRasterBand {
 public:
     /// Stores the cells of `band` at once.
     explicit MRasterObservation(const MRasterBand &band);
-    /// The header as SaveToStream writes it, by dataInterfaceVersionLoading. The block is not
-    /// touched.
+    /// Reads the header that SaveToStream writes, in the form of dataInterfaceVersionLoading. The
+    /// block is not read.
     explicit MRasterObservation(QDataStream &in);
-    /// Independent copies, with blocks of their own.
+    /// Copies have blocks of their own.
     MRasterObservation(const MRasterObservation &other);
     MRasterObservation &operator=(const MRasterObservation &other);
     /// Deletes the block. Only the dataset that holds an observation deletes it.
     ~MRasterObservation() override;
 
-    // What these three change does not reach the block: the last check-in drops it. SetValue lasts.
+    // The last check-in discards the cells that these three set, and with them the changes that
+    // SetValue made before in the same check-out. Other changes by SetValue are written to the
+    // block.
     void SetColorMap(const QVector<unsigned int> &colorMap) override;
     void SetData(unsigned char *data, const QVector<unsigned int> &colorMap) override;
     void SetData(void *data) override;
-    /// Writes changed cells back at the last one, before memory is let go; raises "result" when
-    /// there is no room.
+    /// Ends a check-out. The last check-in writes changed cells back and then releases the memory;
+    /// it raises "result" when there is no room.
     virtual bool CheckInObservation() const;
-    /// Raises "Can't load raster data block" for a block that cannot be read; the count stays
-    /// raised.
+    /// Reads the cells into memory. Raises "Can't load raster data block" for a block that cannot
+    /// be read; the check-out still counts and needs its check-in.
     virtual bool CheckOutObservation() const;
 
     std::unique_ptr<MRasterObservation> clone() const;
-    /// Rows, columns, type, depth, colour map and block id; the cells stand in the block store.
+    /// Writes rows, columns, type, depth, colour map and block id. The cells are in the block
+    /// store.
     void SaveToStream(QDataStream &out) const;
     int BlockId() const { return mBlockId; }
     int CheckOutCount() const { return mCheckOutCount; }
 
-    /// False for a place outside the grid and for another depth. Depths 16 (rounded to half), 32
-    /// and 64.
+    /// Sets a decimal cell of depth 16 (rounded to a half), 32 or 64. False for another depth and
+    /// for a cell outside the grid.
     bool SetValue(double value, int column, int row);
-    /// Depths 1, 8, 16, 32, 64; the value is cut to the width. At depth 1 no bit is ever cleared.
+    /// Depths 1, 8, 16, 32 and 64; the value is truncated to the width. At depth 1 bits are only
+    /// set, never cleared: with i the number of the cell, the low byte of the value is shifted left
+    /// by i - i / 8, masked with 7 and ORed into byte i / 8.
     bool SetValue(quint64 value, int column, int row);
-    /// Depths 8, 16, 32, 64.
+    /// Depths 8, 16, 32 and 64.
     bool SetValue(qint64 value, int column, int row);
 
     bool GetIntegerValue(int column, int row, qint64 &value, const MissingFlag &flag) const;
@@ -65,19 +75,22 @@ public:
     bool GetUnsignedIntegerValue(int index, quint64 &value, const MissingFlag &flag) const;
     bool GetDecimalValue(int column, int row, double &value, const MissingFlag &flag) const;
     bool GetDecimalValue(int index, double &value, const MissingFlag &flag) const;
-    /// By type; an unknown one raises "Invalid raster data type".
+    /// Interprets the cell by its type. An unknown type raises "Invalid raster data type".
     bool GetValueAsDecimal(int column, int row, double &value, const MissingFlag &flag) const;
     bool GetValueAsDecimal(int index, double &value, const MissingFlag &flag) const;
-    /// Empty for a cell that is missing or not there. Raises as GetValueAsDecimal.
+    /// Returns an empty value for a missing cell and for one outside the grid. Raises as
+    /// GetValueAsDecimal does.
     MDatum GetValue(int index, const MissingFlag &flag) const;
-    /// Every cell, by type; missing ones become minus infinity, which `out` then names.
+    /// All cells, interpreted by type. Missing cells become minus infinity, and `out` is set to
+    /// that value.
     bool GetValuesAsDecimal(QVector<double> &values, const MissingFlag &in, MissingFlag &out) const;
-    /// How many cells are equal to a number, missing or not.
+    /// The number of cells that are equal to a number, including missing cells.
     int TallyValue(qint64 value) const;
     int TallyValue(quint64 value) const;
     int TallyValue(double value) const;
 
-    /// Between memory and block. Raise as the check-in and the check-out do.
+    /// Copy the cells from memory to the block and from the block to memory. They raise as the
+    /// check-in and the check-out do.
     void WriteData() const;
     void ReadData() const;
 
@@ -90,6 +103,7 @@ private:
     mutable int mBlockId = -1;
     mutable int mCheckOutCount = 0;
     mutable bool mDirty = false;
-    /// What was handed out before a first write; pointers to it stay good.
+    /// The cells as they were before the first write of a check-out, so that pointers that were
+    /// returned before it stay valid.
     mutable QByteArray mReadCells;
 };

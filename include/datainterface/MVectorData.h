@@ -12,8 +12,8 @@
 class Fennims;
 class MVectorDataSource;
 
-/// Wraps a Fennims and gives its chains the dense numbers, object indices, that datasets use: 0 to
-/// n - 1 in ascending order of chain id.
+/// Wraps a Fennims and numbers its chains with the object indices that datasets use: 0 to n - 1 in
+/// ascending order of chain id.
 class DATAINTERFACE_EXPORT MVectorData : public MGeoData {
     Q_OBJECT
 public:
@@ -29,8 +29,8 @@ public:
     TimeStamp GetTimeBounds() override;
     using MGeoData::GetBoundingRect;
     RectInT GetBoundingRect() override;
-    /// MGeoData's slots and ObjectsWillBeRemovedSlot, ObjectsWereRemovedSlot, each (int, const
-    /// QSet<int> &).
+    /// Connects the slots of MGeoData::AddListener and the slots ObjectsWillBeRemovedSlot and
+    /// ObjectsWereRemovedSlot, each (int, const QSet<int> &).
     bool AddListener(QObject *listener) override;
     bool HasObjectsWithMissingData(int dataset) const override;
     void SelectObjectsByValue(int dataset, int realization, qint64 time, const QSet<MDatum> &values,
@@ -38,24 +38,25 @@ public:
     void SelectObjectsByRange(int dataset, int realization, qint64 time, double low, double high,
                               int attribute) override;
 
-    /// Takes the geometry over, makes the data source and numbers the objects. @return always true.
-    /// @param createDefaultWeightSet  adds CreateDefaultAdjacencySet's, which does not include the
-    /// objects themselves.
+    /// Takes ownership of the geometry, creates the data source and numbers the objects.
+    /// @param createDefaultWeightSet  whether the set of CreateDefaultAdjacencySet is added,
+    ///         without the objects themselves as neighbours.
+    /// @return always true.
     virtual bool Initialize(Fennims *fennims, bool createDefaultWeightSet);
-    /// Removes objects with their values; later objects move down, and the lists of weight sets are
-    /// freed. Indices out of range are left out.
+    /// Removes objects and their values. The indices of later objects decrease, and the lists of
+    /// weight sets are freed. Indices out of range are ignored.
     virtual void RemoveObjects(const QSet<int> &objects);
-    /// Puts another geometry with as many chains under the geography and drops what was derived
-    /// from the old one: the lists of weight sets and variogram models. Takes it over only on
-    /// success: false when the counts differ; raises "Invalid data source type".
+    /// Replaces the geometry by one with the same number of chains, and deletes what was derived
+    /// from the old one: the lists of weight sets and the variogram models. Takes ownership only on
+    /// success. False when the counts differ; raises "Invalid data source type".
     virtual bool ReplaceVORN(Fennims *fennims);
-    /// Null always: a subset is made through ControllerBase::AddNewVectorGeography.
+    /// Always returns null: a subset is created by ControllerBase::AddNewVectorGeography.
     virtual MVectorData *CreateFromSubset(const QString &name, bool flag,
                                           const QSet<unsigned int> &objects);
     /// True when at least one object exists at the time.
     virtual bool ExistsAtTime(qint64 time);
-    /// The objects without a value at the time: those missing in the data and those that do not
-    /// exist then.
+    /// The objects without a value at the time: those that are missing in the dataset and those
+    /// that do not exist.
     virtual bool GetMissingValues(int dataset, int realization, qint64 time, QSet<int> &missing);
     virtual bool SetMissingValue(int dataset, int realization, unsigned int object,
                                  const TimeStamp &stamp);
@@ -85,7 +86,7 @@ private:
     bool restoreDataSource(QDataStream &in, datainterface::LoadContext &context);
 
     std::unique_ptr<Fennims> mFennims;
-    MVectorDataSource *mVectorDataSource = nullptr; ///< mDataSource, typed
+    MVectorDataSource *mVectorDataSource = nullptr; ///< mDataSource with its type
     QHash<int, int> mObjectIndexByFennimId;
     QVector<int> mFennimIdMap;
 };

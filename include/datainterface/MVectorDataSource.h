@@ -8,8 +8,8 @@
 #include "datainterface/MVectorDataset.h"
 #include "datainterface/TimeFormat.h"
 
-/// Adds the number of objects, the making of datasets, the typed values, conversions, imports and
-/// exports. An unknown id gives false, 0 or an empty value; a text here names what raises.
+/// Adds the number of objects, new datasets, typed values, conversions, imports and exports. An
+/// unknown id returns false, 0 or an empty value unless a comment here says that it raises.
 class DATAINTERFACE_EXPORT MVectorDataSource : public MDataSource {
     Q_OBJECT
 public:
@@ -20,7 +20,7 @@ public:
     bool RestoreFromStream(QDataStream &in) override;
     unsigned int GetObjectCount() const override { return mObjectCount; }
     bool IsDatasetIdValid(int id) const override;
-    /// The next index; row and column stay.
+    /// Increments the index; row and column do not change.
     void IncDisplayIndex(double &index, double &row, double &column) const override;
     using MDataSource::AddTimeSliceValues;
     bool GetCommonTimeStamp(int id, int realization, qint64 t, TimeStamp &stamp) const override;
@@ -42,9 +42,11 @@ public:
     bool GetGlobalMax(int id, int realization, MDatum &value) override;
     bool IsNumeric(int id) const override;
 
-    /// All datasets or none: after a refusal each has its old size again.
+    /// Resizes all datasets or none: if one cannot be resized, the others get their old size back.
     virtual bool Resize(unsigned int objectCount);
-    /// @return the new dataset's id. Nothing is announced: the caller fills it first.
+    /// Adds a dataset without announcing it, so that the caller can fill it first.
+    /// The arguments are not checked.
+    /// @return the id of the dataset.
     virtual int NewVectorDataset(const QString &name, DataType type,
                                  MVectorDataset::StorageType storage, int realizations,
                                  const QString &path);
@@ -52,12 +54,13 @@ public:
                                  MVectorDataset::StorageType storage, int realizations,
                                  const QList<MDataset::pathLevel> &path);
 
-    // One row for each object and interval at which a dataset has data between `start` and `end`,
-    // both included. `missing` stands for a missing value. False when the file cannot be made or
-    // written, for an id that is no vector dataset of this source, and after a cancel.
-    /// A dBASE table. Blanks in names become underscores, names are cut to ten characters and kept
-    /// distinct with a number; a cut name is told to the log. Dates and times are the integers
-    /// yyyymmdd and hhmmss.
+    // Exports write one row for each object and each interval between `start` and `end`, both
+    // included, at which a dataset has data. `missing` is written for a missing value. False when
+    // the file cannot be created or written, for an id that is not of a vector dataset of this
+    // source, and after a cancel.
+    /// A dBASE table. Blanks in names become underscores, and names are cut to ten bytes and made
+    /// unique with a number; the log notes each cut name. Dates and times are the integers yyyymmdd
+    /// and hhmmss.
     virtual bool ExportDatasetsAsDBF(const QString &fileName, const QList<DataId> &ids,
                                      TimeFormat format, qint64 start, qint64 end,
                                      const QString &missing, int realization);
@@ -65,34 +68,36 @@ public:
     virtual bool ExportDatasetsAsGeoeas(const QString &fileName, const QString &title,
                                         const QList<DataId> &ids, TimeFormat format, qint64 start,
                                         qint64 end, const QString &missing, int realization);
-    /// Comma-separated text with a header line; numbers in seven significant digits.
+    /// Comma-separated text with a header line. Numbers have seven significant digits.
     virtual bool ExportDatasetsAsCSV(const QString &fileName, const QList<DataId> &ids,
                                      TimeFormat format, qint64 start, qint64 end,
                                      const QString &missing, int realization);
 
-    /// Copies every dataset of `source`. @param objectMap  for each object here its position there.
+    /// Copies every dataset of `source`.
+    /// @param objectMap  for each object of this source its index in `source`.
     virtual void ImportFromDataSource(MDataSource *source, const QVector<int> &objectMap);
     /// @return the new dataset's id, -1 when it cannot be copied. Raises "Invalid dataset id" and
     /// "bad dataset type".
     virtual int ImportDatasetFromDataSource(MDataSource *source, int id,
                                             const QVector<int> &objectMap, bool announce);
-    /// A new dataset of another type with the values of `id`, which stays as it is.
-    /// @param precision  decimals of a number that becomes text.
+    /// Makes a dataset of another type with the values of `id`, which does not change.
+    /// @param precision  the number of decimals of a number that becomes text.
     /// @return the new id, announced; -1 after a cancel. Raises "Invalid dataset id" and "Invalid
-    /// dataset type".
+    ///         dataset type".
     virtual int ConvertDataset(int id, const QString &name, DataType type, int precision);
 
-    /// Characters that the dataset's longest value takes, and the digits of them behind the point.
+    /// The number of characters of the longest value, and how many of them are after the decimal
+    /// point.
     virtual bool GetDataWidths(int id, int &width, int &decimals);
     virtual unsigned int GetUniqueCount(int id);
     virtual QList<TimeStamp> GetTimeSliceIntervals(int id, int realization);
     virtual QList<TimeStamp> GetDataIntervals(int id, int realization, unsigned int object);
     virtual MDatum GetVectorDataValue(int id, int realization, unsigned int object, qint64 t,
                                       bool interpolate);
-    /// One value of one object; see MVectorDataset, also for the two below.
+    /// Adds one value of one object. The add functions work as those of MVectorDataset.
     virtual bool AddDataValue(int id, int realization, unsigned int object, const TimeStamp &stamp,
                               const MDatum &value, bool overwrite, bool updateFrequencies);
-    /// Many values of one object.
+    /// Adds many values of one object.
     virtual bool AddTimeSeriesValues(int id, int realization, unsigned int object,
                                      const QVector<QPair<TimeStamp, QString>> &values,
                                      bool overwrite, bool updateFrequencies);
@@ -111,13 +116,13 @@ public:
     virtual bool AddTimeSliceValues(int id, int realization, const TimeStamp &stamp,
                                     const QVector<double> &values, const QSet<int> &missing,
                                     bool overwrite, bool updateFrequencies);
-    /// The counts that the dataset keeps; null for an unknown id. Empty for a dataset of another
+    /// The frequency table of the dataset; null for an unknown id, empty for a dataset of another
     /// type.
     virtual const QMap<int, int> *GetIntegerFrequencies(int id);
     virtual const QMap<QString, int> *GetStringFrequencies(int id);
-    /// Without NaN, which MVectorDataset::GetDatumFrequency counts.
+    /// Leaves out NaN, whose count is MVectorDataset::GetDatumFrequency(MDatum(NaN)).
     virtual const QMap<double, int> *GetDecimalFrequencies(int id);
-    /// Whether the values can name the objects: each has one and no two are equal.
+    /// Whether the values can identify the objects: each object has a value and no two are equal.
     virtual bool CanBeId(int id);
     virtual MDatum GetIdDataValue(int id, int realization, unsigned int object);
     virtual bool HasMissingValues(int id);
@@ -128,11 +133,11 @@ public:
 
     MVectorDataset *GetVectorDataset(int id);
     const MVectorDataset *GetVectorDataset(int id) const;
-    /// Removes the objects' values from all datasets; indices out of range are left out.
+    /// Removes the values of the objects from all datasets. Indices out of range are ignored.
     void RemoveObjects(const QSet<int> &objects);
-    /// MVectorDataset::RequireReleased of every dataset.
+    /// Calls MVectorDataset::RequireReleased for every dataset.
     void RequireReleased(const QSet<int> &objects) const;
-    /// Frees the series that datasets of files before 201044 hold of objects that are gone.
+    /// Frees the series that datasets of files before 201044 have for objects that were removed.
     void CleanPre201044Data();
     bool GetDataValues(int id, int realization, qint64 t, QVector<double> &values,
                        QSet<int> &missing);

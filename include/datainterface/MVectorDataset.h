@@ -22,9 +22,9 @@ namespace datainterface {
 struct ValueRun;
 }
 
-/// How often each value is held, over all realizations and times: a value that stands at two times
-/// counts twice. Only the table of the dataset's type is used. A table that holds more than
-/// `kKeyLimit` keys is a partial view: it takes no further key and counts nothing up.
+/// How often each value occurs, over all realizations and times: a value at two times counts twice.
+/// Only the table of the dataset's type is used. A table with more than `kKeyLimit` keys is
+/// incomplete: it takes no further key and increments no count.
 struct DATAINTERFACE_EXPORT RealizationVectorDataFrequencies {
     template <class T> using Key = std::conditional_t<std::is_same_v<T, double>, OrderedDouble, T>;
     template <class T> using Table = QMap<Key<T>, int>;
@@ -39,12 +39,13 @@ struct DATAINTERFACE_EXPORT RealizationVectorDataFrequencies {
 };
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out,
                                              const RealizationVectorDataFrequencies &frequencies);
-/// Raises "Realization reserialization error" when the stream ends bad.
+/// Raises "Realization reserialization error" when the status of the stream is bad afterwards.
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in,
                                              RealizationVectorDataFrequencies &frequencies);
 
-/// The containers of one realization. Data type and storage type of the dataset pick the one map of
-/// six that is in use. The maps own; the dataset deletes through MVectorDataset::ClearRealization.
+/// The containers of one realization. The data type and the storage type of the dataset determine
+/// which of the six maps is in use. The maps own the containers; MVectorDataset::ClearRealization
+/// deletes them.
 struct DATAINTERFACE_EXPORT MVectorDataRealization {
     template <class T> using SliceMap = QMap<TimeStamp, TimeSliceData<T> *>;
     template <class T> using SeriesMap = QMap<int, TimeSeriesData<T> *>;
@@ -82,18 +83,19 @@ struct DATAINTERFACE_EXPORT MVectorDataRealization {
         return std::get<const SeriesMap<T> &>(maps());
     }
 };
-/// Block ids alone: what is checked out and changed must be checked in before.
+/// Writes only block ids: containers with changes must be checked in before.
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out,
                                              const MVectorDataRealization &realization);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MVectorDataRealization &realization);
 
-/// Values are cut into containers that page between memory and the block store on their own, so
-/// that a dataset may be far larger than memory. Intervals of one slice map, and of one object's
-/// series, never overlap: an added value cuts, splits or fills what is there.
+/// Values are divided into containers, each of which is paged between memory and the block store
+/// independently, so a dataset may be far larger than memory. The intervals of one slice map, and
+/// those of the series of one object, never overlap: an added value shortens, splits or fills what
+/// is present.
 ///
-/// The `overwrite` of the add calls lets a new value win over a present one; without it new values
-/// fill holes alone. `updateFrequencies` keeps the frequency table current; who adds in bulk passes
-/// false and runs RecalculateFrequencies once at the end.
+/// `overwrite` in the add calls lets a new value replace a present one; without it new values are
+/// stored only where no value is present. `updateFrequencies` keeps the frequency table current; a
+/// caller that adds many values passes false and calls RecalculateFrequencies once at the end.
 class DATAINTERFACE_EXPORT MVectorDataset : public MDataset {
     Q_OBJECT
 public:
@@ -123,35 +125,39 @@ public:
     bool IsNumeric() const override { return mDataType != StringType; }
     bool IsDecimal() const override { return mDataType == DecimalType; }
     bool IsInteger() const override { return mDataType == IntegerType; }
-    /// By the frequency table: a decimal dataset needs a finite key, the others any.
+    /// Decided by the frequency table: a decimal dataset needs a finite key, the others need any
+    /// key.
     bool IsValid() const override;
     bool HasMissing(int realization) const override;
-    /// A change drops what does not fit: of slices the earliest stays when the dataset becomes
-    /// static, nothing otherwise. Frequencies are counted anew.
+    /// A change deletes the values, except that a dataset of slices that becomes static keeps its
+    /// earliest slice. Frequencies are counted again.
     void SetStatic(bool isStatic) override;
-    /// Objects added are missing. Series of objects cut off stay in their map, out of reach.
+    /// Objects that are added are missing. Series of objects that are cut off stay in their map but
+    /// cannot be reached.
     virtual bool Resize(int objectCount);
-    /// Drops the objects; the others move down in order. A listed series that is checked out raises
-    /// "Time series still in use".
+    /// Removes the objects; the indices of later objects decrease. Raises "Time series still in
+    /// use" when the series of one of them is checked out.
     virtual void RemoveObjects(const QSet<int> &ids);
-    /// Destroys every container of the map in use.
+    /// Deletes every container of the map in use.
     virtual void ClearRealization(MVectorDataRealization &realization);
 
     /// False for a realization without containers.
     bool CheckOutRealization(int realization, int arg) const override;
     bool CheckInRealization(int realization, int arg) const override;
-    /// The slice that holds `time`; false without one and in TimeSeries storage.
+    /// Checks out the slice whose interval contains `time`; false without one and in TimeSeries
+    /// storage.
     virtual bool CheckOutTimeSlice(int realization, qint64 time, int arg) const;
-    /// Gives back what CheckOutTimeSlice took.
+    /// Ends CheckOutTimeSlice.
     virtual bool CheckInTimeSlice(int realization, qint64 time, int arg) const;
-    /// Makes an empty series where the object has none. Raises "mStorageType == TimeSeries", "id <
-    /// mObjectCount".
+    /// Checks out the series of one object, and creates an empty one if it has none. Raises
+    /// "mStorageType == TimeSeries" and "id < mObjectCount".
     virtual bool CheckOutTimeSeries(int realization, int id, int arg) const;
-    /// Gives back what CheckOutTimeSeries took; false for an object without a series. Raises as it
+    /// Ends CheckOutTimeSeries; false for an object without a series. Raises as CheckOutTimeSeries
     /// does.
     virtual bool CheckInTimeSeries(int realization, int id, int arg) const;
 
-    /// The maps themselves, not to be changed; null for a realization that is not there.
+    /// The maps themselves, for reading; null for an unknown realization. Valid until the dataset
+    /// changes.
     const SliceMap<int> *GetTimeSliceIntegerData(int realization) const;
     const SliceMap<double> *GetTimeSliceDecimalData(int realization) const;
     const SliceMap<QString> *GetTimeSliceStringData(int realization) const;
@@ -162,12 +168,12 @@ public:
     bool GetTimeSliceData(int realization, qint64 time, const TimeSliceData<int> *&slice) const;
     bool GetTimeSliceData(int realization, qint64 time, const TimeSliceData<double> *&slice) const;
     bool GetTimeSliceData(int realization, qint64 time, const TimeSliceData<QString> *&slice) const;
-    /// Replaces a realization and owns the containers from then on. False, with nothing taken, for
-    /// another storage or a static dataset. The last argument is not used.
+    /// Replaces a realization and takes ownership of the containers. False, with nothing taken, for
+    /// another storage type and for a static dataset. The last argument is not used.
     bool SetTimeSliceData(int realization, const SliceMap<int> &slices, bool arg);
     bool SetTimeSliceData(int realization, const SliceMap<double> &slices, bool arg);
     bool SetTimeSliceData(int realization, const SliceMap<QString> &slices, bool arg);
-    /// Replaces the series of one object; ownership and refusals as above.
+    /// Replaces the series of one object. Ownership and results are as above.
     bool SetTimeSeriesData(int id, int realization, TimeSeriesData<int> *series, bool arg);
     bool SetTimeSeriesData(int id, int realization, TimeSeriesData<double> *series, bool arg);
     bool SetTimeSeriesData(int id, int realization, TimeSeriesData<QString> *series, bool arg);
@@ -179,31 +185,32 @@ public:
     bool SetTimeSeriesData(int realization, const SeriesMap<int> &series, bool arg);
     bool SetTimeSeriesData(int realization, const SeriesMap<double> &series, bool arg);
     bool SetTimeSeriesData(int realization, const SeriesMap<QString> &series, bool arg);
-    /// Deep copies, the caller's to delete. The argument is emptied first, what it pointed to left
-    /// alone.
+    /// Deep copies, which the caller deletes. The argument is cleared first; the containers that it
+    /// pointed to are not deleted.
     bool CopyIntegerData(int realization, SliceMap<int> &slices) const;
     bool CopyIntegerData(int realization, SeriesMap<int> &series) const;
-    /// The same of a dataset of decimals.
+    /// The same for a dataset of decimals.
     bool CopyDecimalData(int realization, SliceMap<double> &slices) const;
     bool CopyDecimalData(int realization, SeriesMap<double> &series) const;
-    /// The same of a dataset of texts.
+    /// The same for a dataset of texts.
     bool CopyStringData(int realization, SliceMap<QString> &slices) const;
     bool CopyStringData(int realization, SeriesMap<QString> &series) const;
 
-    // Values. The add calls answer false for the wrong storage or type and for an unknown
+    // Values. The add calls return false for the wrong storage or type and for an unknown
     // realization.
-    /// One value, in the storage that the dataset has.
+    /// Adds one value, in either storage type.
     bool AddDataValue(int realization, int id, const TimeStamp &stamp, const MDatum &value,
                       bool overwrite, bool updateFrequencies);
-    /// The kind of the value, not the type of the dataset, picks the slices that it enters.
+    /// Adds one value to a dataset stored as slices. The type of the value, not that of the
+    /// dataset, determines the slice map.
     bool AddTimeSliceValue(int realization, int id, const TimeStamp &stamp, const MDatum &value,
                            bool overwrite, bool updateFrequencies);
-    /// One value of one object in a dataset stored as series.
+    /// Adds one value to a dataset stored as series.
     bool AddTimeSeriesValue(int realization, int id, const TimeStamp &stamp, const MDatum &value,
                             bool overwrite, bool updateFrequencies);
-    /// One value per object ("Invalid object count"). Decimals that are not finite count as
-    /// missing; nothing but missing decimals answers true and adds nothing. False when nothing
-    /// changed.
+    /// Adds a slice with one value for each object; another size raises "Invalid object count".
+    /// Decimals that are not finite are missing; a slice in which all decimals are missing returns
+    /// true and adds nothing. Otherwise the result is false when nothing changed.
     bool AddTimeSliceValues(int realization, const TimeStamp &stamp, const QVector<int> &values,
                             const QSet<int> &missing, bool overwrite, bool updateFrequencies);
     bool AddTimeSliceValues(int realization, const TimeStamp &stamp, const QVector<double> &values,
@@ -212,7 +219,7 @@ public:
                             const QSet<int> &missing, bool overwrite, bool updateFrequencies);
     bool AddTimeSliceValues(int realization, const TimeStamp &stamp, VORN_DataContainer &values,
                             bool overwrite, bool updateFrequencies) override;
-    /// Decimals that are not finite are left out.
+    /// Adds values of one object. Decimals that are not finite are ignored.
     bool AddTimeSeriesValues(int realization, int id, const TimedValues<int> &values,
                              bool overwrite, bool updateFrequencies);
     bool AddTimeSeriesValues(int realization, int id, const TimedValues<double> &values,
@@ -220,33 +227,31 @@ public:
     bool AddTimeSeriesValues(int realization, int id, const TimedValues<QString> &values,
                              bool overwrite, bool updateFrequencies);
     MDatum GetValue(int id, qint64 time, int realization) override;
-    /// With `interpolate`, linear in time between the neighbouring values of the object; always a
-    /// decimal then.
+    /// With `interpolate` the result is a decimal, interpolated linearly in time between the
+    /// neighbouring values of the object.
     MDatum GetValue(int id, qint64 time, bool interpolate, int realization) override;
-    /// The same for a dataset of that type, without the variant: false, with `value` untouched,
-    /// when the value is missing and for a dataset of another type. For reading one value after the
-    /// other.
+    /// Reads one value without the cost of an MDatum, for loops. False, with `value` unchanged,
+    /// when the value is missing and for a dataset of another type.
     bool ReadValue(int realization, int id, qint64 time, int &value) const;
     bool ReadValue(int realization, int id, qint64 time, double &value) const;
-    /// All values of one object in order of time, each with the interval that it holds on.
-    /// Intervals at which the object is missing are left out. Slices that nobody holds are not
-    /// paged in for it.
+    /// All values of one object in order of time, each with its interval. Intervals at which the
+    /// object is missing are left out. Slices that are not checked out are not paged in.
     void GetObjectValues(int realization, int id, QVector<Interval> &intervals,
                          QVector<datum> &values);
     /// The object's first value in time.
     MDatum GetIdValue(int realization, unsigned int id);
-    /// All objects at a time: one element each, 0 where the object is missing. False for another
-    /// data type.
+    /// The values of all objects at a time, 0 where the object is missing. False for another data
+    /// type.
     bool GetValues(int realization, qint64 time, QVector<int> &values, QSet<int> &missing,
                    bool interpolate) const;
     bool GetValues(int realization, qint64 time, QVector<double> &values, QSet<int> &missing,
                    bool interpolate) const;
     bool GetValues(int realization, qint64 time, QVector<QString> &values,
                    QSet<int> &missing) const;
-    /// Either numeric type.
+    /// The same for both numeric types.
     bool GetValuesAsDecimal(int realization, qint64 time, QVector<double> &values,
                             QSet<int> &missing) const;
-    /// An unknown realization raises "Invalid realization index" in these three.
+    /// In these three an unknown realization raises "Invalid realization index".
     bool IsMissing(int realization, int id, qint64 time) const;
     bool SetMissing(int realization, int id, const TimeStamp &stamp);
     int GetDataCount(int realization, qint64 time) const override;
@@ -255,24 +260,24 @@ public:
     QList<TimeStamp> GetTimeSeriesIntervals(int realization, int id);
     QList<TimeStamp> GetDataIntervals(int realization, int id) override;
     QList<TimeStamp> GetCommonTimeStamps(int realization) override;
-    /// The interval at `time` that is common to all objects with a value there.
+    /// The intersection of the intervals that the objects' values have at `time`.
     bool GetCommonTimeStamp(int realization, qint64 time, TimeStamp &stamp) const;
     bool ObjectValueChanged(int realization, int id, qint64 first, qint64 second) override;
 
     // Frequencies and statistics.
-    /// One occurrence more or less; false when the table is over its limit.
+    /// Adds or removes one occurrence; false when the table is over its limit.
     bool UpdateFrequencies(int value, bool add);
     bool UpdateFrequencies(double value, bool add);
     bool UpdateFrequencies(const QString &value, bool add);
     bool RecalculateFrequencies() override;
-    /// Counts the table of one type anew; the others stay as they are.
+    /// Counts the table of one type again; the others do not change.
     bool RecalculateIntegerFrequencies();
-    /// The same of decimals.
+    /// The same for decimals.
     bool RecalculateDecimalFrequencies();
-    /// The same of texts.
+    /// The same for texts.
     bool RecalculateStringFrequencies();
     const QMap<int, int> *GetIntegerFrequencies() const { return &mFrequencies.tableOf<int>(); }
-    /// Without NaN, which GetDatumFrequency(MDatum(NaN)) counts.
+    /// Leaves out NaN, whose count is GetDatumFrequency(MDatum(NaN)).
     const QMap<double, int> *GetDoubleFrequencies() const
     {
         return mDecimalCounts.of(mFrequencies.tableOf<double>());
@@ -284,37 +289,37 @@ public:
     QMap<MDatum, int> GetDataFrequencies() override;
     int GetDatumFrequency(const MDatum &value) const override;
     int UniqueValueCount(bool *capped) const override;
-    /// Whether the dataset can name its objects: each has one value and no two are equal.
+    /// Whether the values can identify the objects: each object has one value and no two are equal.
     bool AllUniqueValues(int realization, bool *capped);
     bool CalcMinMaxMean(int realization) const override;
     bool CalcMinMaxMean(int realization, qint64 time) const override;
-    /// The population form.
+    /// The population standard deviation.
     bool GetStdDev(int realization, qint64 time, double &result) const override;
-    /// Characters, and characters behind the decimal point, that a field of an export needs.
+    /// The width of an export field, and the number of its characters after the decimal point.
     void GetDataWidths(int &width, int &decimals);
-    /// `realization` is not looked at: the table counts all of them.
+    /// `realization` is not used: the frequency table covers all realizations.
     QList<double> GetIntervalBreaks(int realization, int breakCount,
                                     MDataset::ClassificationType classification,
                                     bool showProgress) override;
-    /// Whether the values at a time look like the result of a normal-score transform: mean 0, and
-    /// the middle value where the inverse normal distribution puts it, both within 1e-05.
+    /// Whether the values at a time look like the result of a normal-score transform: the mean is 0
+    /// and the median is the value that the inverse normal distribution gives, both within 1e-05.
     bool IsNormalScoreDataset(qint64 time, int realization) const override;
 
     // Conversion.
-    /// Fills this new dataset with `source`'s values in this dataset's type; `precision` decimals
-    /// when decimals become text. Missing objects stay missing. False when the user cancels, and
-    /// for a dataset of another storage type or with fewer realizations. The same type raises
-    /// "Invalid data type".
+    /// Fills this new dataset with the values of `source`, converted to the type of this dataset;
+    /// decimals become text with `precision` decimals. Missing objects stay missing. False when the
+    /// user cancels, and for a dataset of another storage type or with fewer realizations. A
+    /// dataset of the same type raises "Invalid data type".
     bool ConvertDataset(const MVectorDataset *source, int precision);
-    /// Takes the values of a dataset of another source over: `objectMap` gives the object there for
-    /// each one here; one without an object there is missing. A vector dataset must have this one's
-    /// type and storage type, or the result is false. Of a raster dataset each object takes the
-    /// values of its cell, in this dataset's type. The long description tells the origin. Raises
-    /// "Invalid data type" for other kinds of datasets.
+    /// Copies the values of a dataset of another source. `objectMap` gives for each object of this
+    /// dataset the index of its object in `source`; objects without one are missing. The result is
+    /// false for a vector dataset of another type or storage type. From a raster dataset each
+    /// object takes the values of its cell, converted to the type of this dataset. Notes the origin
+    /// in the long description. Raises "Invalid data type" for other kinds of datasets.
     bool ImportDataset(const MDataset *source, const QVector<int> &objectMap);
     /// Raises "Time series still in use" for an object among `ids` whose series is checked out.
     void RequireReleased(const QSet<int> &ids) const;
-    /// Frees the series that shrinking left behind.
+    /// Frees the series of objects that Resize cut off.
     void CleanPre201044Data();
 
 protected:
@@ -323,7 +328,7 @@ protected:
     ~MVectorDataset() override;
     bool Restore(QDataStream &in, datainterface::LoadContext &context) override;
 
-    /// The hull of one realization's intervals.
+    /// The hull of the intervals of one realization.
     virtual TimeStamp CalculateTimeBounds(const MVectorDataRealization &realization);
     /// Texts of files before 180004 (bytes up to the first NUL, in UTF-8) as views into `joined`.
     static void ProcessPre180005StringData(const QVector<std::string> &stored, QString &joined,
@@ -332,16 +337,18 @@ protected:
 private:
     bool isSliced() const { return mStorageType == TimeSlice; }
     bool holdsObject(int id) const { return id >= 0 && id < mObjectCount; }
-    /// What the dataset files under `stamp`: a static one knows time 0 alone.
+    /// The interval under which the dataset stores `stamp`: a static dataset has only time 0.
     TimeStamp stampOf(const TimeStamp &stamp) const;
-    /// Null when the realization is not there.
+    /// Null for an unknown realization.
     const MVectorDataRealization *realizationAt(int realization) const;
     MVectorDataRealization *realizationAt(int realization);
-    /// For a change: what was remembered of the slices is forgotten.
+    /// The realizations, for a change. Clears mLastSlices: every function that adds, removes or
+    /// replaces slices must get the map from here.
     QMap<int, MVectorDataRealization> &realizationsToChange();
-    /// Raises "Invalid realization index" instead.
+    /// The same, but raises "Invalid realization index" for an unknown realization.
     const MVectorDataRealization &knownRealization(int realization) const;
-    /// A bulk change: statistics out of date, fitted models gone.
+    /// Called after a bulk change: marks the statistics as out of date and deletes the variogram
+    /// models.
     void dataChanged(int realization);
 
     template <class T> const TimeSliceData<T> *sliceAt(int realization, qint64 time) const;
@@ -403,8 +410,10 @@ private:
                                   MVectorDataRealization &realization);
     bool settleStorage();
 
-    /// The slice that was asked for last. Values are read in runs, and a search by time is most of
-    /// what one costs.
+    /// The slice that was read last. Values are read in runs, and the search by time is most of the
+    /// cost of reading one. sliceAt() sets the record. The pointer is valid only while the slice is
+    /// in its map, so realizationsToChange() and ClearRealization() clear the records of all types
+    /// before any slice can be deleted or get another interval.
     template <class T> struct LastSlice {
         int realization = -1;
         TimeStamp stamp;
@@ -415,13 +424,13 @@ private:
     int mObjectCount = 0;
     StorageType mStorageType = TimeSlice;
     RealizationVectorDataFrequencies mFrequencies;
-    mutable datainterface::PlainCounts<double> mDecimalCounts; ///< what was handed out last
-    /// A check-out can make an empty series.
+    mutable datainterface::PlainCounts<double> mDecimalCounts; ///< the map that was returned last
+    /// Mutable because a check-out can create an empty series.
     mutable QMap<int, MVectorDataRealization> mRealizationData;
-    mutable LastSlices mLastSlices; ///< cleared before slices change: see realizationsToChange()
+    mutable LastSlices mLastSlices; ///< one for each type; cleared by realizationsToChange()
 };
 
-/// A standard string, as files before 180004 hold texts: its length in bytes as 32 bits, then the
-/// bytes. Reading takes no more than the stream has left.
+/// A std::string as files before 180004 hold texts: the length in bytes as 32 bits, then the bytes.
+/// A length beyond the end of the stream is not allocated.
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const std::string &text);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, std::string &text);

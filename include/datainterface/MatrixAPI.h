@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// Matrix arithmetic over BLAS, and decompositions and solvers over LAPACK.
 ///
-/// A size that does not fit raises the text named, before any element is touched. What is wrong
-/// with the numbers (singular, not positive definite, not finite) is a false result, after which
-/// the outputs are undefined.
+/// Operands of unsuitable sizes raise the text that the comment names, before any element is
+/// written. Unsuitable numbers (a matrix that is singular, not positive definite or not finite)
+/// give the result false and undefined outputs.
 #pragma once
 #include <QVector>
 #include "datainterface/export.h"
@@ -61,30 +61,31 @@ DATAINTERFACE_EXPORT void VORN_GetMatrixTrace(vorn_matrix &a, double &trace);
 /// DGETRF, DGETRI. "Matrix must be square".
 DATAINTERFACE_EXPORT bool VORN_InvertMatrix(const vorn_matrix &a, vorn_matrix &inverse);
 /// a * x = b through DGETRF and DGETRS, with `refine` one step of DGERFS. A transposed `a` is not
-/// moved. A system of one equation is a division, also by 0. "Matrix must be square",
-/// "Matrix-vector mismatch".
+/// copied into another order. A system of one equation is a division, even by 0. "Matrix must be
+/// square", "Matrix-vector mismatch".
 DATAINTERFACE_EXPORT bool VORN_SolveMatrixEquation(const vorn_matrix &a, const vorn_vector &b,
                                                    vorn_vector &x, bool refine);
-/// One right side a column of `b`. "Matrix must be square", "Matrix size mismatch".
+/// Each column of `b` is a right side. "Matrix must be square", "Matrix size mismatch".
 DATAINTERFACE_EXPORT bool VORN_SolveMatrixEquations(const vorn_matrix &a, const vorn_matrix &b,
                                                     vorn_matrix &x, bool refine);
-/// The same, refined, with DGERFS's bounds for each column: of the relative forward error of `x`,
-/// and the componentwise relative backward error.
+/// The same with refinement and the error bounds of DGERFS for each column: the relative forward
+/// error of `x` and the componentwise relative backward error.
 DATAINTERFACE_EXPORT bool VORN_SolveMatrixEquations(const vorn_matrix &a, const vorn_matrix &b,
                                                     vorn_matrix &x, QVector<double> &forwardErrors,
                                                     QVector<double> &backwardErrors);
 /// a = u * s * v for m by n, m >= n: `u` m by n, `s` the singular values in decreasing order, `v` n
-/// by n, the right factor as LAPACK keeps it, that is transposed. DGEBRD, DORGBR, DBDSQR. m < n
-/// raises "SVD requires rows < columns". False too when `showProgress` is set and the user has
+/// by n, the right factor in the form of LAPACK, that is, transposed. DGEBRD, DORGBR, DBDSQR. m < n
+/// raises "SVD requires rows < columns". Also false when `showProgress` is set and the user has
 /// cancelled.
 DATAINTERFACE_EXPORT bool VORN_SVD(const vorn_matrix &a, vorn_matrix &u, vorn_matrix &v,
                                    vorn_diagonal_matrix &s, bool showProgress);
-/// Whether the smallest singular value is above 1e-12 of the largest. "Matrix must be square".
+/// Whether the smallest singular value is above 1e-12 times the largest. "Matrix must be square".
 DATAINTERFACE_EXPORT bool VORN_IsWellConditioned(const vorn_matrix &a, bool showProgress);
 /// a = l * ~l through DPOTRF; the upper half of `l` is zero. "Matrix must be square".
 DATAINTERFACE_EXPORT bool VORN_Cholesky(const vorn_matrix &a, vorn_matrix &l);
 /// a = ~u * u. @return 0, or the order of the leading minor that is not positive definite.
 DATAINTERFACE_EXPORT int VORN_Upper_Cholesky(const vorn_matrix &a, vorn_matrix &u);
-/// DGEBAL, DGEHRD, DHSEQR; one element an eigenvalue. "Matrix must be square".
+/// The real and the imaginary part of each eigenvalue. DGEBAL, DGEHRD, DHSEQR. "Matrix must be
+/// square".
 DATAINTERFACE_EXPORT bool VORN_MatrixEigenvalues(const vorn_matrix &a, QVector<double> &real,
                                                  QVector<double> &imaginary);

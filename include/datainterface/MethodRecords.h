@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// Records that cross to the host. The library makes them with default values and hands them on;
-/// their meaning is the host's, and nothing here reads a field of one.
+/// Records that the library passes to the host. The library makes them with default values and
+/// never reads their fields; the host gives them their meaning.
 #pragma once
 #include <QPointF>
 #include <QString>
 #include <QVariant>
 #include <QVector>
 
-/// What VORN_Display... asks the host to draw.
+/// The kind of graph that a VORN_Display... function requests.
 enum GraphTypes { GT_ScatterPlot = 0, GT_BoxPlot = 1, GT_Histogram = 2, GT_TimePlot = 4 };
 
 /// One argument of a method of the host.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Which objects or cells have no value, and the sum of the holes of several datasets.
+/// Which objects or cells have no value, in one dataset and in several together.
 #pragma once
 #include <QByteArray>
 #include <QSet>
@@ -11,20 +11,21 @@
 class VORN_ConstDataContainer;
 class VORN_DataContainer;
 
-/// The shared body: a set of ids for a vector geography, one bit a cell for a raster.
+/// The data that handles share: a set of ids for a vector geography, one bit for each cell of a
+/// raster.
 class DATAINTERFACE_EXPORT MissingData : public QSharedData {
 public:
     enum dataType : qint32 { None = 0, Raster = 1, Vector = 2 };
 
     MissingData() = default;
-    /// Raster: `n` cells, none missing. Vector: `n` is not needed.
+    /// Raster: `n` cells, none of them missing. Vector: `n` is not used.
     MissingData(dataType type, int n);
     explicit MissingData(const QSet<int> &ids);
-    /// Copies the form in use alone.
+    /// Copies only the form in use.
     MissingData(const MissingData &other);
     MissingData &operator=(const MissingData &) = delete;
 
-    /// Nothing is missing; the form and the size stay.
+    /// Marks nothing as missing; the form and the size do not change.
     void clear();
 
     QSet<int> ids;
@@ -33,36 +34,37 @@ public:
     dataType type = None;
 };
 
-/// The handle: shares its body and detaches before a write. Costs one test while nothing is
-/// missing.
+/// A handle that shares its data and detaches before a write. While nothing is missing, isMissing
+/// costs one test.
 class DATAINTERFACE_EXPORT VORN_MissingData {
 public:
-    /// Says nothing about anything: not valid, nothing missing.
+    /// Not valid, with nothing missing.
     VORN_MissingData();
-    /// The form that suits the geography, nothing missing.
+    /// The form for this geography, with nothing missing.
     VORN_MissingData(const GeoProps &geography);
     VORN_MissingData(MissingData::dataType type, int n);
     VORN_MissingData(const QSet<int> &ids);
 
     bool isValid() const { return md->type != MissingData::None; }
     bool noneMissing() const { return mMissingCount == 0; }
-    /// Set by setAllMissing alone, not by a set that happens to hold all.
+    /// True only after setAllMissing, not for a set that happens to contain all ids.
     bool isAllMissing() const { return mAllMissing; }
     int missingCount() const { return mMissingCount; }
     bool isMissing(int id) const;
     /// Raises "isValid()" without a form. Ids beyond a raster's cells are ignored.
     void setMissing(int id);
-    /// @param count  number of objects, to unfold setAllMissing. Raises as setMissing.
+    /// Raises as setMissing does.
+    /// @param count  the number of objects; needed to list all other ids after setAllMissing.
     void unsetMissing(int id, int count);
-    /// isAllMissing stays as it was.
+    /// Marks nothing as missing, but does not change isAllMissing.
     void clearMissing();
     void setAllMissing(int count);
-    /// The ids of a vector form; empty after setAllMissing: ask isAllMissing first.
+    /// The ids of the vector form; empty after setAllMissing, so test isAllMissing first.
     QSet<int> missingIds() const;
-    /// The bits of a raster form, (cells + 7) / 8 bytes, valid until the next change.
+    /// The bits of the raster form, (cells + 7) / 8 bytes, valid until the next change.
     const unsigned char *missingPixels() const;
 
-    /// The union of the holes.
+    /// The union of both.
     VORN_MissingData operator+(const VORN_MissingData &other) const;
     /// A raster of another size adds nothing; mixing the forms raises "md->type !=
     /// MissingData::..." of this one.
@@ -78,7 +80,8 @@ private:
     int mMissingCount = 0;
 };
 
-/// Adds up the holes of several datasets, so that an analysis runs where all of them have a value.
+/// Collects the missing ids of several datasets, for analyses of the objects at which all of them
+/// have a value.
 class DATAINTERFACE_EXPORT VORN_MissingValueChecker {
 public:
     VORN_MissingValueChecker() = default;
@@ -90,9 +93,9 @@ public:
     /// False, with nothing changed, for a container without data and for a raster of another size.
     bool addDataset(const VORN_ConstDataContainer &container);
     bool addDataset(const VORN_DataContainer &container);
-    /// The union with these holes. Raises as VORN_MissingData::operator+=.
+    /// Adds these ids. Raises as VORN_MissingData::operator+= does.
     void addMissingData(const VORN_MissingData &missing);
-    /// True: the object cannot be used.
+    /// True when the object is missing in at least one dataset.
     bool checkId(int id) const { return mSum.isMissing(id); }
     void setMissing(int id) { mSum.setMissing(id); }
     operator VORN_MissingData() const { return mSum; }

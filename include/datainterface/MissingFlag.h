@@ -8,8 +8,8 @@
 #include "datainterface/export.h"
 #include "datainterface/half.h"
 
-/// A type code and one value of each width, of which the code selects one. A plain record, copied
-/// bit for bit.
+/// A type code and one value of each type, of which the code selects one. A plain record that is
+/// copied bit for bit.
 ///
 /// The high byte of the code is the width (1: 8 bits, 2: 16, 3: 32, 4: 64), 0x400 means unsigned;
 /// 0x100 to 0x300 are the floating forms.
@@ -46,7 +46,7 @@ struct DATAINTERFACE_EXPORT MissingFlag {
     /// A flag of the value's own width.
     template <class T> explicit MissingFlag(T value) : type(codeOf(T())) { field<T>() = value; }
 
-    /// The fields of the values in their order.
+    /// The value fields in their order.
     auto fields()
     {
         return std::tie(uint64Value, uint32Value, uint16Value, uint8Value, int64Value, int32Value,
@@ -61,8 +61,8 @@ struct DATAINTERFACE_EXPORT MissingFlag {
     template <class T> T &field() { return std::get<T &>(fields()); }
     template <class T> T field() const { return std::get<const T &>(fields()); }
 
-    /// Whether a value of this width is the flag's. float and double compare as numbers, so that a
-    /// NaN matches nothing; a half is its bit pattern.
+    /// Whether a value equals the field of its type. Values of float and double are compared as
+    /// numbers, so a NaN matches nothing; a half is compared by its bit pattern.
     template <class T> bool matches(T value) const
     {
         if constexpr (std::is_same_v<T, half>)
@@ -86,7 +86,7 @@ struct DATAINTERFACE_EXPORT MissingFlag {
 };
 static_assert(std::is_trivially_copyable_v<MissingFlag>);
 
-/// The code, then the selected value in its own width; an unknown code raises "Invalid data type"
-/// both ways.
+/// The code, then the selected value in its own width. An unknown code raises "Invalid data type"
+/// on writing and on reading.
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const MissingFlag &flag);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, MissingFlag &flag);

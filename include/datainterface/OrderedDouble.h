@@ -5,8 +5,9 @@
 #include <QMap>
 #include <QtGlobal>
 
-/// Behaves as the number it holds. Its order is total: a NaN is one key, behind all numbers. (As a
-/// plain double it would match the smallest key of a QMap, or swallow every later one.)
+/// Behaves as the number that it holds, with a total order: all NaNs are equal and after all
+/// numbers. (A plain double NaN in a QMap would be found as the smallest key, or prevent later keys
+/// from being found.)
 template <class T> class OrderedNumber {
 public:
     OrderedNumber() = default;
@@ -39,12 +40,12 @@ using OrderedFloat = OrderedNumber<float>;
 
 namespace datainterface {
 
-/// The counts of a table of numbers under keys of the plain type, as hosts are given them. A NaN is
-/// left out: a map of plain numbers could not tell it from its other keys.
+/// The counts of a table of numbers under keys of the plain type, for hosts. NaN is left out,
+/// because a map of plain numbers cannot distinguish it from other keys.
 template <class T> class PlainCounts {
 public:
-    /// The counts of `table`, valid until the next call. They are copied only when the table is not
-    /// the one of the call before: its copy, which shares its nodes, tells.
+    /// The counts of `table`, valid until the next call. They are copied only if the table has
+    /// changed since the last call, which is detected by keeping a copy that shares its nodes.
     const QMap<T, int> *of(const QMap<OrderedNumber<T>, int> &table)
     {
         if (!mTable.isSharedWith(table)) {

@@ -1,34 +1,36 @@
 // SPDX-License-Identifier: MIT
-/// What the containers of a vector dataset share: each is a handle of a few words, whose content is
-/// one block of the block store and in memory only while somebody has it checked out.
+/// The common base of the containers of a vector dataset. A container is a small handle; its
+/// content is one block of the block store and is in memory only while the container is checked
+/// out.
 #pragma once
 #include <exception>
 #include "datainterface/export.h"
 
-/// What the two shapes share: the block, the count of check-outs, and when the content comes and
-/// goes.
+/// Holds the block id and the number of check-outs, and decides when the content is read and
+/// released.
 ///
-/// Every operation pages in at need and, when nobody holds the container checked out, writes a
-/// change back and lets go of the memory before it returns. Check-out counts are not atomic.
+/// Every operation reads the content when needed. If the container is not checked out, it writes
+/// changes back and releases the memory before it returns. Check-out counts are not atomic.
 template <class Container> class DATAINTERFACE_EXPORT PagedContainer {
 public:
     PagedContainer(const PagedContainer &) = delete;
     PagedContainer &operator=(const PagedContainer &) = delete;
 
     void CheckOut() const;
-    /// A surplus check-in is ignored. The last one writes back, which can raise "result".
+    /// A surplus check-in is ignored. The last one writes changes back, which can raise "result".
     void CheckIn() const;
-    /// Changes that are made from now on wait in memory for those of another container, for a save
-    /// of the blocks or for the end, instead of for the last check-in: for loops, each step of which
-    /// would write everything back. One container at a time can wait. Raises "result" when there is
-    /// no room for the changes of another one, with nothing changed.
+    /// Delays writing back: changes made from now on stay in memory until WriteLater is called for
+    /// another container, the blocks are saved or the container is deleted. For loops in which each
+    /// step would otherwise write everything back. Only one container at a time can wait. Raises
+    /// "result", with nothing changed, when there is no room for the changes of the container that
+    /// was waiting.
     void WriteLater() const;
     int CheckOutCount() const { return mCheckOutCount; }
     int BlockId() const { return mBlockId; }
 
 protected:
     explicit PagedContainer(int blockId) : mBlockId(blockId) {}
-    /// Gives the block back to the store.
+    /// Deletes the block.
     ~PagedContainer();
 
     void PageIn() const;
@@ -40,8 +42,8 @@ protected:
     mutable bool mDirty = false; ///< the content differs from the block
 };
 
-/// Holds a container checked out for a scope. Leaving the scope by an exception never raises a
-/// second one.
+/// Checks a container out when it is constructed and in when it is destroyed. Nothing is raised
+/// while another exception is being handled.
 template <class Container> class CheckedOut {
 public:
     explicit CheckedOut(const Container &container)

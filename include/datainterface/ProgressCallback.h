@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// How long work reports to whoever started it.
+/// How a long operation reports progress to its caller.
 #pragma once
 
-/// Percent and text (may be null); false asks the work to stop.
+/// Receives the percentage done and a text, which may be null. Returns false to cancel the
+/// operation.
 using ProgressCallback = bool (*)(int percent, const char *text);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-/// Raster geographies and the cells of their datasets. An id that is unknown or of another kind
-/// gives false, or -1.
+/// Raster geographies and the cells of their datasets. An unknown id, or one of another kind,
+/// returns false or -1.
 ///
-/// Rows count down from the largest y. Cells are pairs (column, row); the number of a cell is row *
-/// columns + column.
+/// Row 0 is at the largest y. Cells are pairs (column, row); the number of a cell is row * columns
+/// + column.
 #pragma once
 #include <QList>
 #include <QPair>
@@ -27,16 +27,17 @@ DATAINTERFACE_EXPORT int VORN_CreateNewRasterGeography(const QString &name, unsi
                                                        const Interval &interval, TimeFormat format,
                                                        const QString &history,
                                                        const QString &projection);
-/// @return the new dataset's id, not announced; -1 for a type and depth that no cell has
-///         (MRasterBand) and for less than one realization.
+/// Adds a dataset without announcing it.
+/// @return the id of the dataset; -1 for an invalid combination of type and depth (MRasterBand) and
+///         for less than one realization.
 DATAINTERFACE_EXPORT int VORN_NewRasterDataset(int geographyId, const QString &name, DataType type,
                                                int realizationCount, int bitDepth,
                                                const QString &path);
 
 // A whole grid over an interval, of the dataset's own type and depth; false for another, and for
 // another number of cells. `missing` becomes the dataset's missing flag afterwards.
-// @param overwrite    the grid takes its whole interval; otherwise it fills the free parts of it.
-// @param recalculate  counts the frequencies of the dataset anew, before the flag is set.
+// @param overwrite    whether the grid takes its whole interval; otherwise it takes the free parts.
+// @param recalculate  whether the frequencies are counted again, before the flag is set.
 /// Decimals of 64 bits.
 DATAINTERFACE_EXPORT bool VORN_AddRasterValues(int id, int realization, const Interval &interval,
                                                const QVector<double> &values, double missing,
@@ -60,13 +61,14 @@ DATAINTERFACE_EXPORT bool VORN_AddRasterValues(int id, int realization, const In
                                                const QVector<unsigned int> &colorMap,
                                                bool overwrite, bool recalculate);
 
-// The first cell of the grid that holds `time`, of a dataset of that type and width. The caller
-// holds the realization checked out (MDataSource::CheckOutDataset); without that there are no cells
-// to point at, and the answer is false.
-// @param flag  takes the dataset's missing flag.
+// A pointer to the first cell of the grid whose interval contains `time`, for a dataset of that
+// type and width. The caller must have checked the realization out (MDataSource::CheckOutDataset);
+// otherwise the cells are not in memory and the result is false. The pointer is valid until the
+// last check-in.
+// @param flag  set to the missing flag of the dataset.
 DATAINTERFACE_EXPORT bool VORN_GetRasterData(int id, int realization, qint64 time,
                                              const double *&data, MissingFlag &flag);
-/// @param missing  takes the values that mean no data.
+/// @param missing  set to the values that mean no data.
 DATAINTERFACE_EXPORT bool VORN_GetRasterData(int id, int realization, qint64 time,
                                              const qint64 *&data, QSet<quint64> &missing,
                                              MissingFlag &flag);
@@ -76,33 +78,35 @@ DATAINTERFACE_EXPORT bool VORN_GetRasterData(int id, int realization, qint64 tim
                                              const signed char *&data, MissingFlag &flag);
 DATAINTERFACE_EXPORT bool VORN_GetRasterData(int id, int realization, qint64 time,
                                              const unsigned char *&data, MissingFlag &flag);
-/// Every cell as a number; missing ones are minus infinity, which `flag` then names.
+/// All cells as numbers. Missing cells become minus infinity, and `flag` is set to that value.
 DATAINTERFACE_EXPORT bool VORN_GetRasterDataAsDecimal(int id, int realization, qint64 time,
                                                       QVector<double> &values, MissingFlag &flag);
 
-// One cell. False, with the value untouched, for a cell that is missing or not there, and without a
-// grid at the time.
+// One cell. False, with the value unchanged, for a missing cell, for a cell outside the grid, and
+// without a grid at the time.
 /// Decimal datasets.
 DATAINTERFACE_EXPORT bool VORN_GetRasterValue(int id, int realization, unsigned int column,
                                               unsigned int row, qint64 time, double &value);
-/// The bits of any cell as they stand.
+/// The bits of any cell, without conversion.
 DATAINTERFACE_EXPORT bool VORN_GetRasterValue(int id, int realization, unsigned int column,
                                               unsigned int row, qint64 time, quint64 &value);
 /// Datasets of signed integers.
 DATAINTERFACE_EXPORT bool VORN_GetRasterValue(int id, int realization, unsigned int column,
                                               unsigned int row, qint64 time, qint64 &value);
-/// Of any dataset. An integer keeps its low 32 bits, with their sign.
+/// Any dataset. Only the low 32 bits of an integer are returned, with their sign.
 DATAINTERFACE_EXPORT bool VORN_GetRasterValue(int id, int realization, unsigned int column,
                                               unsigned int row, qint64 time, datum &value);
-/// One cell of the grid of exactly that interval; decimal datasets, and those of signed integers.
-/// Another interval that meets a grid's raises "Time stamp mismatch".
+/// Sets one cell of the grid of exactly that interval. The two forms are for decimal datasets and
+/// for signed integers. An interval that overlaps a grid's without being equal raises "Time stamp
+/// mismatch".
 DATAINTERFACE_EXPORT bool VORN_SetRasterValue(int id, int realization, unsigned int column,
                                               unsigned int row, const Interval &interval,
                                               double value);
 DATAINTERFACE_EXPORT bool VORN_SetRasterValue(int id, int realization, unsigned int column,
                                               unsigned int row, const Interval &interval,
                                               qint64 value);
-/// In realization 0; true also where there is no cell and no grid.
+/// Whether a cell is missing in realization 0; also true for a cell outside the grid and without a
+/// grid.
 DATAINTERFACE_EXPORT bool VORN_IsRasterDataMissing(int id, unsigned int column, unsigned int row,
                                                    qint64 time);
 /// The numbers of the missing cells.
@@ -114,37 +118,37 @@ DATAINTERFACE_EXPORT bool VORN_GetRasterIntervals(int id, int realization,
 
 using RasterPixels = QVector<QPair<unsigned int, unsigned int>>;
 
-// Cells by place. False for a rectangle that does not meet the grid, with the outputs untouched.
-/// The cells whose centres the rectangle holds: see MRasterDataSource::RectQuery.
+// Cells by place. False, with the outputs unchanged, for a rectangle that does not meet the grid.
+/// The cells whose centres are in the rectangle: see MRasterDataSource::RectQuery.
 DATAINTERFACE_EXPORT bool VORN_GetPixelCentersInRect(int geographyId, const QRectF &rect,
                                                      RasterPixels &pixels);
-/// The even-odd set of the rings.
+/// The cells whose centres are in the even-odd set of the rings.
 DATAINTERFACE_EXPORT bool VORN_GetPixelCentersInPolygon(int geographyId,
                                                         const QList<QVector<QPointF>> &rings,
                                                         RasterPixels &pixels);
-/// The polygon that an object of another geography is at `time`.
+/// The cells whose centres are in the polygon of an object of another geography at `time`.
 DATAINTERFACE_EXPORT bool VORN_GetPixelCentersInPolygon(int geographyId, int polygonGeography,
                                                         unsigned int object, qint64 time,
                                                         RasterPixels &pixels);
-/// Every cell that the rectangle touches, row after row. @param areas  may be null; takes the
-/// common areas in map units.
+/// All cells that the rectangle touches, row by row.
+/// @param areas  may be null; receives the common areas in squared map units.
 DATAINTERFACE_EXPORT bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect,
                                                    RasterPixels &pixels, QVector<double> *areas);
 DATAINTERFACE_EXPORT bool VORN_QueryRasterWithRect(int geographyId, const QRectF &rect,
                                                    unsigned int &firstColumn,
                                                    unsigned int &firstRow, unsigned int &lastColumn,
                                                    unsigned int &lastRow);
-/// Centres no farther than `radius`.
+/// The cells whose centres are no farther than `radius` from `center`.
 DATAINTERFACE_EXPORT bool VORN_QueryRasterWithCircle(int geographyId, const QPointF &center,
                                                      double radius, RasterPixels &pixels);
 /// See MRasterDataSource::EllipseQuery.
 DATAINTERFACE_EXPORT bool VORN_QueryRasterWithEllipse(int geographyId, const QPointF &center,
                                                       double a, double b, double angle,
                                                       bool sortByDistance, RasterPixels &pixels);
-/// Every cell that shares area with the polygon, column after column. Rows count up from the
-/// smallest y here, as in MRasterDataSource::GetPixelBounds, within the row numbers that the
-/// polygon's box has from the top.
-/// @param areas  may be null; takes the common areas in map units, none of them 0.
+/// All cells that share area with the polygon, column by column. The range of row numbers is that
+/// of the polygon's bounding box with row 0 at the largest y, but within that range cells are taken
+/// with row 0 at the smallest y, as in MRasterDataSource::GetPixelBounds.
+/// @param areas  may be null; receives the common areas in squared map units, none of them 0.
 DATAINTERFACE_EXPORT bool VORN_QueryRasterWithPolygon(int geographyId,
                                                       const QList<QVector<QPointF>> &rings,
                                                       RasterPixels &pixels, QVector<double> *areas);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-/// What a host is shown of a spatial weight set.
+/// The summary of a spatial weight set that a host is given.
 #pragma once
 #include <QString>
 
-/// An id of -1 says that there is none.
+/// An id of -1 means that there is no such set.
 struct SpatialWeightSetProps {
     int id = -1;
     QString name;

@@ -2,11 +2,12 @@
 /// Random deviates, distribution functions, shuffles and multiple-testing corrections.
 ///
 /// Deviates come from two MT19937 generators of the process, one for everything uniform and one for
-/// normal values; equal seeds give equal sequences. They are not locked: draw from one thread.
+/// normal values; equal seeds give equal sequences. They are not locked, so deviates must be drawn
+/// on one thread.
 ///
-/// Distribution functions answer false for arguments outside their domain, NaN and infinities
-/// included, and never give NaN. They are good to 1e-9 absolute, which is what their log-gamma
-/// series carries.
+/// Distribution functions return false for arguments outside their domain, including NaN and
+/// infinities, and never give NaN. Their absolute error is at most 1e-9, which is that of their
+/// log-gamma series.
 #pragma once
 #include <QVector>
 #include "datainterface/MissingData.h"
@@ -15,17 +16,18 @@
 /// Seeds both generators.
 DATAINTERFACE_EXPORT void VORN_SetRandomSeed(int seed);
 
-/// In [0, 1).
+/// Uniform in [0, 1).
 DATAINTERFACE_EXPORT double VORN_GetUniformDeviate();
-/// Standard normal, by the transform of Box and Muller (1958), both values of a pair used.
+/// Standard normal, by the transform of Box and Muller (1958). Both values of a pair are used.
 DATAINTERFACE_EXPORT double VORN_GetNormalDeviate();
-/// `n` of them; empty for n < 1.
+/// `n` normal deviates; empty for n < 1.
 DATAINTERFACE_EXPORT QVector<double> VORN_GetNormalDeviates(int n);
 /// From mean - width / 2 to mean + width / 2, with the mode at the mean.
 DATAINTERFACE_EXPORT double VORN_GetTriangularDeviate(double mean, double width);
 /// Exponential with that mean.
 DATAINTERFACE_EXPORT double VORN_GetExponentialDeviate(double mean);
-/// 0 for a mean that is not above 0. Multiplication below 12, rejection from there on.
+/// By multiplication for a mean below 12, by rejection from 12 on; 0 for a mean that is not above
+/// 0.
 DATAINTERFACE_EXPORT int VORN_GetPoissonDeviate(double mean);
 /// Successes in `n` trials of probability `p`.
 DATAINTERFACE_EXPORT int VORN_GetBinomialDeviate(double p, int n);
@@ -45,39 +47,45 @@ DATAINTERFACE_EXPORT bool VORN_GetCumBinomialP(int n, int k, double p, double &r
 DATAINTERFACE_EXPORT bool VORN_GetTDistP(double t, int df, double &p);
 /// P(F > f) with df1 and df2 >= 1 degrees of freedom; f >= 0.
 DATAINTERFACE_EXPORT bool VORN_GetFDistP(double f, int df1, int df2, double &p);
-/// Of chi-square with `df` >= 1 degrees of freedom: the lower tail at x, or the upper; x >= 0.
+/// The lower or the upper tail at x of the chi-square distribution with `df` >= 1 degrees of
+/// freedom; x >= 0.
 DATAINTERFACE_EXPORT bool VORN_GetChiDistP(double x, int df, bool lowerTail, double &p);
 
 /// 0 to n - 1 in random order.
 DATAINTERFACE_EXPORT QVector<int> VORN_ShuffleIds(unsigned int n);
-/// Missing ids keep their places; the others change places among themselves.
+/// The same, but missing ids keep their positions.
 DATAINTERFACE_EXPORT QVector<int> VORN_ShuffleIds(unsigned int n, const VORN_MissingData &missing);
 /// `count` positions without replacement, each pick with probability proportional to weight, in the
 /// order drawn, none twice. Empty for more picks than weights; weights that sum to 0 raise
-/// "weightSum". A pick is -1 for a draw of exactly 0 (one in 2^32) and where no weight is left;
-/// where rounding leaves a remainder above 0, the last position that is not picked is taken.
+/// "weightSum". A pick is -1 for a draw of exactly 0 (one in 2^32) and when no weight remains; if
+/// rounding leaves a remainder above 0, the last position that has not been picked is taken.
 DATAINTERFACE_EXPORT QVector<int> VORN_ChooseRandomIds(int count, const QVector<double> &weights);
 
-/// Indices of the p-values below alpha / m, m being the number not missing. Missing objects' values
-/// are tested too.
+/// Indices of the p-values below alpha / m, where m is the number of objects that are not missing.
+/// The values of missing objects are tested as well.
 DATAINTERFACE_EXPORT QVector<int> VORN_PerformBonferroniCorrection(const QVector<double> &p,
                                                                    const VORN_MissingData &missing,
                                                                    double alpha);
-/// S. Holm (1979), Scandinavian J. of Statistics 6, 65-70: step-down. Ascending p-values.
+/// S. Holm (1979), Scandinavian J. of Statistics 6, 65-70: step-down. The result is in ascending
+/// order of p-value.
 DATAINTERFACE_EXPORT QVector<int>
 VORN_PerformHolmCorrection(const QVector<double> &p, const VORN_MissingData &missing, double alpha);
-/// R. J. Simes (1986), Biometrika 73, 751-754. The p-values, largest first, that the walk from the
-/// largest passes over before the first one below alpha / (position + 1).
+/// R. J. Simes (1986), Biometrika 73, 751-754. Goes from the largest p-value down to the first one
+/// below alpha / (position + 1). The result is the indices before that one, largest p-value first:
+/// those that the procedure does not reject.
 DATAINTERFACE_EXPORT QVector<int> VORN_PerformSimesCorrection(const QVector<double> &p,
                                                               const VORN_MissingData &missing,
                                                               double alpha);
-/// The thresholds of Y. Benjamini and Y. Hochberg (1995), J. R. Statist. Soc. B 57, 289-300, each
-/// p-value held against that of its own rank alone. Largest first.
+/// The thresholds of Y. Benjamini and Y. Hochberg (1995), J. R. Statist. Soc. B 57, 289-300, where
+/// each p-value is compared only with the threshold of its own rank. The result is in descending
+/// order of p-value.
 DATAINTERFACE_EXPORT QVector<int>
 VORN_PerformFDRCorrection(const QVector<double> &p, const VORN_MissingData &missing, double alpha);
-/// The largest family of objects, those flagged least often by chance first, that holds more than
-/// the fraction `falseFraction` of false flags in no more than `alpha` of the randomizations. One
-/// vector a randomization, one flag an object; no randomization raises "numRandomizations".
+/// The largest set of objects, taken in ascending order of how often they are flagged by chance, in
+/// which the fraction of false flags exceeds `falseFraction` in at most `alpha` of the
+/// randomizations.
+/// @param randomizations  one vector for each randomization, with one flag for each object; an
+///         empty list raises "numRandomizations".
 DATAINTERFACE_EXPORT QVector<int>
 VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizations,
                           const VORN_MissingData &missing, double alpha, double falseFraction);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The public functions of time: intervals, calendar components, and the texts shown to the user.
+/// Public functions for time: intervals, calendar components, and the texts that are shown to the
+/// user.
 #pragma once
 #include <QString>
 #include <QVector>
@@ -7,20 +8,20 @@
 #include "datainterface/TimeStamp.h"
 #include "datainterface/export.h"
 
-/// The span that `a` and `b` share; crossed ends when they share none.
+/// The intersection of `a` and `b`. Its ends are crossed when they are disjoint.
 DATAINTERFACE_EXPORT Interval VORN_IntersectIntervals(const Interval &a, const Interval &b);
 
-/// What both lists cover. Neither list may overlap itself ("Invalid time stamp containment"); ends
-/// must not be crossed. An empty list stands for no restriction, and the other one comes back,
-/// unless `emptyIfEitherEmpty`. O(n log n).
+/// The time that both lists cover. Intervals of one list must not overlap ("Invalid time stamp
+/// containment") and must not have crossed ends. Unless `emptyIfEitherEmpty` is set, an empty list
+/// means no restriction and the result is the other list. O(n log n).
 DATAINTERFACE_EXPORT QVector<Interval> VORN_IntervalIntersection(const QVector<Interval> &ts1,
                                                                  const QVector<Interval> &ts2,
                                                                  bool emptyIfEitherEmpty);
-/// What either list covers; neither may overlap itself. Pieces that only touch are not
-/// joined. O(n log n).
+/// The time that at least one list covers. Intervals of one list must not overlap. Pieces that only
+/// touch are not joined. O(n log n).
 DATAINTERFACE_EXPORT QVector<Interval> VORN_IntervalUnion(const QVector<Interval> &ts1,
                                                           const QVector<Interval> &ts2);
-/// What `ts1` covers and `ts2` does not. O(n log n).
+/// The time that `ts1` covers and `ts2` does not. O(n log n).
 DATAINTERFACE_EXPORT QVector<Interval> VORN_IntervalDifference(const QVector<Interval> &ts1,
                                                                const QVector<Interval> &ts2);
 /// The common refinement: disjoint pieces in order of time, cut at every boundary of either list.
@@ -34,7 +35,7 @@ DATAINTERFACE_EXPORT QVector<Interval> VORN_MergeIntervals(const QVector<Interva
 DATAINTERFACE_EXPORT qint64 VORN_ConstructTime(TimeFormat format, int a, int b, int c, int d, int e,
                                                int f);
 /// The components of a time value, in the order of VORN_ConstructTime. `a` is required, the others
-/// may be null. False when the time has no valid components: of a time of day it never has (see
+/// may be null. False when the time has no valid components: a time of day never has any (see
 /// MGeoData::ConvertToTime).
 DATAINTERFACE_EXPORT bool VORN_GetTimeComponents(qint64 t, TimeFormat format, int *a, int *b,
                                                  int *c, int *d, int *e, int *f);
@@ -44,8 +45,7 @@ DATAINTERFACE_EXPORT qint64 VORN_UpdateTime(TimeFormat format, const TimeStep &s
 DATAINTERFACE_EXPORT QString VORN_GetDateTime();
 /// A time value as "d MMM yyyy" and "hh:mm:ss". Always true.
 DATAINTERFACE_EXPORT bool VORN_GetTimeString(TimeFormat format, qint64 t, QString &text);
-/// Both ends, in the brackets that tell which end is included: "[1 Jan 2000, 5 Jan
-/// 2000)". Always true.
+/// Both ends, in brackets that show which end is included: "[1 Jan 2000, 5 Jan 2000)". Always true.
 DATAINTERFACE_EXPORT bool VORN_GetIntervalString(TimeFormat format, const Interval &interval,
                                                  QString &text);
 /// The text of a step in the time format of a geography; false when the id is unknown.
@@ -53,8 +53,8 @@ DATAINTERFACE_EXPORT bool VORN_GetTimeStepString(int geographyId, const TimeStep
                                                  QString &text);
 
 /// The widest interval around `t` over which nothing changes in the datasets and their vector
-/// geographies. False, with what was narrowed so far in `interval`, when an id is unknown or
-/// nothing is there at `t`.
+/// geographies. False when an id is unknown or there are no data at `t`; `interval` then holds the
+/// intersection up to that id.
 DATAINTERFACE_EXPORT bool VORN_GetNoChangeInterval(const QVector<int> &dataIds, qint64 t,
                                                    Interval &interval);
 /// The widest interval around `t` over which the objects of a vector geography do not change. False

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Both shapes of a vector dataset's values.
+/// Both containers of a vector dataset's values.
 #pragma once
 #include "datainterface/TimeSeriesData.h"
 #include "datainterface/TimeSliceData.h"

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-/// What a time value of a geography means, and the step by which it is moved.
+/// The meaning of a time value of a geography, and steps in time.
 #pragma once
 #include <QtGlobal>
 
-/// A time value is one signed 64-bit integer; its meaning belongs to the geography. The epoch is
-/// the start of 14 September 1752; days are 86,400 seconds, without time zones or leap seconds.
+/// A time value is one signed 64-bit integer; the geography defines its meaning. The epoch is the
+/// start of 14 September 1752; days are 86,400 seconds, without time zones or leap seconds.
 enum TimeFormat : int {
     TF_Date = 0,     ///< seconds from the epoch, a whole number of days
     TF_Time = 1,     ///< seconds after midnight, 0 to 86399

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// One shape of a vector dataset's values: one object over time.
+/// A container of a vector dataset: the values of one object over time.
 #pragma once
 #include <QList>
 #include <QMap>
@@ -11,8 +11,7 @@
 #include "datainterface/TimeStamp.h"
 #include "datainterface/export.h"
 
-/// One value of one object and the interval on which it holds. 32 bytes in memory and, for numbers,
-/// in the block.
+/// One value of one object and its interval. 32 bytes in memory and, for numbers, in the block.
 template <class T> struct TimeSeriesEntry {
     TimeStamp stamp;
     T value{};
@@ -21,8 +20,8 @@ template <class T>
 class QTypeInfo<TimeSeriesEntry<T>> : public QTypeInfoMerger<TimeSeriesEntry<T>, TimeStamp, T> {
 };
 
-/// The history of one object: entries sorted by interval, which never overlap. T is int, double or
-/// QString.
+/// The history of one object: entries sorted by interval. The intervals never overlap. T is int,
+/// double or QString.
 template <class T>
 class DATAINTERFACE_EXPORT TimeSeriesData : public PagedContainer<TimeSeriesData<T>> {
 public:
@@ -37,18 +36,18 @@ public:
     ~TimeSeriesData();
 
     int GetCount() const;
-    /// False, with `value` untouched, when no entry holds the instant.
+    /// False, with `value` unchanged, when no interval contains the instant.
     bool GetValue(qint64 time, T &value) const;
-    /// Inserts at its sorted place. Overlaps are the caller's to prevent.
+    /// Inserts the entry in order. The caller ensures that it does not overlap another one.
     void AddValue(const TimeStamp &stamp, const T &value);
     QMap<TimeStamp, T> GetValues() const;
     QList<TimeStamp> GetIntervals() const;
     QVector<Entry> GetEntries() const;
-    /// Replaces the history; entries sorted and free of overlap.
+    /// Replaces the history. Entries must be sorted and free of overlap.
     void SetEntries(const QVector<Entry> &entries);
 
-    /// The entries in place: GetCount() of them, valid until the next change or the last check-in.
-    /// Check out first.
+    /// The GetCount() entries in memory. The container must be checked out; the pointer is valid
+    /// until the next change or the last check-in.
     const Entry *Data() const;
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// One shape of a vector dataset's values: all objects at one time.
+/// A container of a vector dataset: the values of all objects over one interval.
 #pragma once
 #include <QSet>
 #include <QString>
@@ -12,9 +12,9 @@ namespace datainterface {
 
 struct SliceAccess;
 
-/// What a slice remembers of the image in its block, to find one value without all the others.
+/// The layout of the image in the block of a slice, cached to read one value without the others.
 struct SliceShape {
-    int count = -1; ///< of the values; -1 when it is to be looked up
+    int count = -1; ///< number of values; -1 when it is not known
     int missingCount = 0;
     bool idsAscend = false;
 };
@@ -28,19 +28,18 @@ public:
     /// Takes copies and stores them as a new block at once. A slice of strings must hold a value
     /// ("empty dataset").
     TimeSliceData(const QVector<T> &values, const QSet<int> &missing);
-    /// A slice that lies in block `blockId` already.
+    /// A slice whose image is in block `blockId`.
     explicit TimeSliceData(int blockId);
     /// A deep copy with a block of its own.
     TimeSliceData(const TimeSliceData &other);
     ~TimeSliceData();
 
     int GetCount() const;
-    /// The value at a position; what a missing object's position holds has no meaning. 0 <= object
-    /// < count.
+    /// The value at a position, 0 <= object < count. The value of a missing object has no meaning.
     T GetValue(int object) const;
-    /// False, with `value` untouched, when the object is missing or the position does not exist. A
-    /// number of a slice that nobody holds is read where it lies, in the cache or in the scratch
-    /// file, without the rest of the slice.
+    /// False, with `value` unchanged, when the object is missing or the position does not exist. A
+    /// number of a slice that is not checked out is read from the cache or the scratch file without
+    /// the rest of the slice.
     bool GetValue(int object, T &value) const;
     /// Stores a value; the object is no longer missing.
     void SetValue(int object, const T &value);
@@ -49,15 +48,15 @@ public:
     int GetMissingCount() const;
     bool IsMissing(int object) const;
     void SetMissing(int object);
-    /// Positions added by growing are missing.
+    /// Positions that are added are missing.
     void Resize(int count);
-    /// Drops the listed positions; the rest moves down in order, missing ids with it.
+    /// Removes the listed positions. Later positions, and the missing ids, decrease accordingly.
     void RemoveObjects(const QSet<int> &objects);
 
-    /// The values in place: GetCount() elements, valid until the next change or the last check-in.
-    /// Check out first.
+    /// The GetCount() values in memory. The container must be checked out; the pointer is valid
+    /// until the next change or the last check-in.
     const T *Data() const;
-    /// The missing ids in place, under the same conditions.
+    /// The missing ids in memory, under the same conditions.
     const QSet<int> &MissingIds() const;
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Time intervals: the internal value TimeStamp, its public twin Interval, and their algebra.
+/// Time intervals: the internal type TimeStamp, the public type Interval, and their operations.
 #pragma once
 #include <QDataStream>
 #include <QList>
@@ -10,7 +10,7 @@
 
 struct timeRange;
 
-/// A span of time as the public functions take and give it. No behaviour of its own.
+/// A span of time as the public functions take and return it. A plain record.
 struct Interval {
     qint64 startTime = 0;
     qint64 endTime = 0;
@@ -42,15 +42,15 @@ public:
     operator Interval() const { return {startTime, endTime, inclusiveStart, inclusiveEnd}; }
     /// False for crossed ends and for ends one tick apart that are both exclusive.
     bool isValid() const;
-    /// Whether the instant lies inside.
+    /// Whether the instant is in the interval.
     bool contains(qint64 t) const
     {
         return (startTime < t && t < endTime) || (t == startTime && inclusiveStart)
                || (t == endTime && inclusiveEnd);
     }
-    /// Compares ends and flags only: (1, 2) overlaps itself although it holds no instant.
+    /// Compares only ends and flags: (1, 2) overlaps itself although it contains no instant.
     bool overlaps(const TimeStamp &ts) const;
-    /// One instant that stands for the interval; raises "Invalid time stamp" when it holds none.
+    /// An instant in the interval; raises "Invalid time stamp" when it contains none.
     qint64 timeInInterval() const;
     /// Wholly before.
     bool operator<(const TimeStamp &ts) const
@@ -65,7 +65,7 @@ public:
                && inclusiveStart == ts.inclusiveStart && inclusiveEnd == ts.inclusiveEnd;
     }
     bool operator!=(const TimeStamp &ts) const { return !(*this == ts); }
-    /// The hull, gaps covered.
+    /// The hull, which includes a gap between the two.
     TimeStamp operator+(const TimeStamp &ts) const;
     TimeStamp operator+=(const TimeStamp &ts);
     /// Disjoint stamps give crossed ends: test `overlaps` before or `isValid` after. Raises when
@@ -74,14 +74,14 @@ public:
     /// "[start, end)", both ends in the given Qt formats.
     QString toString(TimeFormat format, const char *dateFormat, const char *timeFormat) const;
 
-    /// An empty list stands for no restriction in these two: the other list comes back. Neither
-    /// list may overlap itself ("Invalid time stamp overlap"); pieces that only touch are not
-    /// joined. O(n log n).
+    /// The time that both lists cover. In this function and in TimeStampUnion an empty list means
+    /// no restriction, and the result is the other list. Intervals of one list must not overlap
+    /// ("Invalid time stamp overlap"). Pieces that only touch are not joined. O(n log n).
     static QList<TimeStamp> TimeStampIntersection(const QList<TimeStamp> &a,
                                                   const QList<TimeStamp> &b);
-    /// What either list covers.
+    /// The time that at least one list covers.
     static QList<TimeStamp> TimeStampUnion(const QList<TimeStamp> &a, const QList<TimeStamp> &b);
-    /// What lies in `a` and not in `b`.
+    /// The time that `a` covers and `b` does not.
     static QList<TimeStamp> TimeStampDifference(const QList<TimeStamp> &a,
                                                 const QList<TimeStamp> &b);
     /// The common refinement: disjoint pieces, cut at every boundary of every input. O(n log n).
@@ -89,10 +89,10 @@ public:
     static QList<TimeStamp> MergeTimeStamps(const QList<QList<TimeStamp>> &lists);
 };
 
-/// Wholly before, as TimeStamp's: an Interval can be a key.
+/// Wholly before, as for TimeStamp, so that an Interval can be a key.
 DATAINTERFACE_EXPORT bool operator<(const Interval &a, const Interval &b);
 DATAINTERFACE_EXPORT bool operator==(const Interval &a, const Interval &b);
-// Stamps and intervals convert into each other; a mixed comparison is that of stamps.
+// Stamps and intervals convert into each other; mixed comparisons compare stamps.
 inline bool operator<(const TimeStamp &a, const Interval &b)
 {
     return a < TimeStamp(b);
@@ -110,8 +110,8 @@ inline bool operator==(const Interval &a, const TimeStamp &b)
     return TimeStamp(a) == b;
 }
 
-/// 24 bytes: both times as 64-bit, both flags as 32-bit integers. Reading validates and
-/// normalises nothing.
+/// 24 bytes: both times as 64-bit, both flags as 32-bit integers. Reading does not validate or
+/// normalise.
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const TimeStamp &stamp);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, TimeStamp &stamp);
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The dialog of a broken internal condition, which offers to mail the details to the maintainers.
+/// The dialog that reports a broken internal condition and offers to mail the details to the
+/// maintainers.
 #pragma once
 #include <QDialog>
 #include <QString>
@@ -18,7 +19,7 @@ class DATAINTERFACE_EXPORT VORNExceptionDlg : public QDialog {
 public:
     /// @param text     replaces the sentence at the top.
     /// @param what     the failure's what(): the subject of the mail.
-    /// @param details  shown in full, and the body of the mail.
+    /// @param details  shown in full; the body of the mail.
     VORNExceptionDlg(const QString &text, const QString &what, const QString &details);
     ~VORNExceptionDlg() override;
 

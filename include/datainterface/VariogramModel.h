@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// Variogram models: how the dissimilarity of two measurements grows with their separation. The
-/// application fits them; here they are kept, evaluated and summed up.
+/// application fits them; the library stores, evaluates and summarises them.
 #pragma once
 #include <QDataStream>
 #include <QList>
@@ -28,7 +28,7 @@ struct DATAINTERFACE_EXPORT VariogramBasicModel {
 
     double sill = 0.0;
     double angle = 0.0;      ///< Direction of anisotropy, radians.
-    double majorRange = 0.0; ///< Across `angle`. Of a power structure the ranges are its exponent.
+    double majorRange = 0.0; ///< Across `angle`. In a power structure the ranges are its exponent.
     double minorRange = 0.0; ///< Along `angle`; equal to `majorRange` when isotropic.
     ModelType type = Nugget;
 
@@ -36,17 +36,18 @@ struct DATAINTERFACE_EXPORT VariogramBasicModel {
     VariogramBasicModel(ModelType type, double sill, double angle, double majorRange,
                         double minorRange);
 
-    /// The value at lag `h` in the direction `theta` (radians); `sill` at every lag when a range is
-    /// 0. An unknown type raises "Invalid variogram model type".
+    /// The value at lag `h` in the direction `theta` (radians). If a range is 0 the value is `sill`
+    /// at every lag. An unknown type raises "Invalid variogram model type".
     double GetBasicModelValue(double h, double theta) const;
     /// The practical range: the lag at which the structure has reached 1 - `epsilon` of its sill
-    /// along `minorRange`; HUGE_VAL of a power structure, which has no sill. Raises as above.
+    /// along `minorRange`; HUGE_VAL for a power structure, which has no sill. Raises as
+    /// GetBasicModelValue does.
     double GetEpsilonRange(double epsilon) const;
     bool operator==(const VariogramBasicModel &other) const;
     bool operator!=(const VariogramBasicModel &other) const { return !(*this == other); }
 };
 
-/// The structures that hold at one time; the model is their sum.
+/// The structures of a model at one time. The model is their sum.
 struct DATAINTERFACE_EXPORT VariogramModelAtT {
     QVector<VariogramBasicModel> structures;
 
@@ -63,7 +64,7 @@ struct DATAINTERFACE_EXPORT VariogramModelAtT {
 struct EmpiricalVariogramBin {
     double lag = 0.0;       ///< Mean separation of the pairs, map units.
     double direction = 0.0; ///< Radians.
-    /// Half the mean squared difference, or what the estimator puts in its place.
+    /// Half the mean squared difference, or the value that another estimator gives.
     double value = 0.0;
     qint32 pairCount = 0;
 
@@ -75,8 +76,8 @@ struct EmpiricalVariogramBin {
 };
 using EmpiricalVariogram = QVector<EmpiricalVariogramBin>;
 
-/// What the application's fitting code keeps with a model. Its meaning is that code's: here it is
-/// stored, copied and streamed to the bit. In the stream the three kinds alternate, in runs.
+/// State of the application's fitting code. The library stores, copies and streams it bit for bit
+/// without interpreting it. In the stream the three kinds alternate, in runs.
 struct VariogramFitState {
     std::array<qint32, 11> ints{-1, -1, 1, -1, -1, -1, -1, -1, -1, -1, -1};
     std::array<double, 9> doubles{-1.0, -1.0, -1.0, -1.0, -1.0, -1.0, -1.0, -1.0, -1.0};
@@ -88,7 +89,7 @@ struct VariogramFitState {
     }
 };
 
-/// What a host is shown of one structure.
+/// The summary of one structure that a host is given.
 struct VariogramStructureProps {
     VariogramBasicModel::ModelType type = VariogramBasicModel::Nugget;
     double sill = 0.0; ///< Of a power structure its value at the geography's diagonal; HUGE_VAL
@@ -100,7 +101,7 @@ struct VariogramStructureProps {
     double exponent = 0.0;     ///< Of a power structure; otherwise 0.
 };
 
-/// What a host is shown of a model at one time.
+/// The summary of a model at one time that a host is given.
 struct VariogramModelAtTProps {
     double sill = 0.0;       ///< Sum of the sills; -1 once a power structure has been met.
     double range = 0.0;      ///< Largest epsilon range; HUGE_VAL with a power structure.
@@ -108,7 +109,7 @@ struct VariogramModelAtTProps {
     QList<VariogramStructureProps> structures;
 };
 
-/// What a host is shown of a model. An id of -1 says that there is none.
+/// The summary of a model that a host is given. An id of -1 means that there is no such model.
 struct VariogramModelProps {
     int id = -1;
     QString name;
@@ -122,15 +123,15 @@ struct VariogramModelProps {
     bool isAnisotropic = false;
 };
 
-/// A model through time, in two parallel forms (at centroid support and at point support), with
-/// what it was fitted from. A value: holders hand out copies.
+/// A model through time, in two parallel forms (at centroid support and at point support), with the
+/// data that it was fitted from. A plain value: owners return copies.
 class DATAINTERFACE_EXPORT VariogramModel {
 public:
-    /// Selects the estimator; the codes are those of the application's fitting code.
+    /// The estimator; the application's fitting code defines the codes.
     enum EstimatorTypes : int {};
 
     QString name;
-    int id = -1; ///< Given by the holder: a dataset or the manager of nonconditional models.
+    int id = -1; ///< Given by the owner: a dataset or the manager of nonconditional models.
     int modelVersion = 0;
     int parameterSet = 0;
     QMap<TimeStamp, VariogramModelAtT> centroidModels;
@@ -146,7 +147,7 @@ public:
     VariogramModel();
     /// Named "variogram model".
     explicit VariogramModel(const DataId &dataset);
-    /// The five arguments after `lagCount` enter `fit` unread.
+    /// The five arguments after `lagCount` are stored in `fit` without being interpreted.
     VariogramModel(const QString &name, const DataId &dataset, const DataId &locations,
                    int estimator, const DataId &weightsDataset, int lagCount, int fitA, int fitB,
                    const DataId &fitDataset, int fitC, int fitD);
@@ -154,7 +155,7 @@ public:
     VariogramModel &operator=(const VariogramModel &other);
     ~VariogramModel();
 
-    /// False, with `value` untouched, when no interval of the model holds the instant `t`.
+    /// False, with `value` unchanged, when no interval of the model contains the instant `t`.
     bool GetCentroidModelValue(qint64 t, double h, double theta, double &value) const;
     bool GetDeconvolutionModelValue(qint64 t, double h, double theta, double &value) const;
     /// The summary of the centroid models. `geography` may be null: power structures then have no
@@ -166,6 +167,7 @@ DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const VariogramBa
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, VariogramBasicModel &model);
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const VariogramModelAtT &model);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, VariogramModelAtT &model);
-/// Reading follows dataInterfaceVersionLoading; a corrupt count sets the stream's status.
+/// Reading uses the form of dataInterfaceVersionLoading. A corrupt count sets the status of the
+/// stream.
 DATAINTERFACE_EXPORT QDataStream &operator<<(QDataStream &out, const VariogramModel &model);
 DATAINTERFACE_EXPORT QDataStream &operator>>(QDataStream &in, VariogramModel &model);

@@ -10,10 +10,11 @@ extern DATAINTERFACE_EXPORT const int productVersionNumber;
 extern DATAINTERFACE_EXPORT const QString applicationName;
 extern DATAINTERFACE_EXPORT const QString applicationVendor;
 
-/// The version number of the file being read. Every reader of a persistent class decides by it what
-/// the stream holds; it stays as it is when a load ends.
+/// The version number of the file that is being read, which determines the form that
+/// RestoreFromStream and operator>> of the persistent classes expect. It does not change when a
+/// load ends.
 extern DATAINTERFACE_EXPORT int dataInterfaceVersionLoading;
 extern DATAINTERFACE_EXPORT QString dataInterfaceVersionStringLoading;
 
-/// Stores the text and computes the number from it.
+/// Sets both variables: stores the text and computes the number from it.
 DATAINTERFACE_EXPORT void SetDataInterfaceVersionLoading(const QString &version);

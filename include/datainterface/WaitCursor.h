@@ -3,7 +3,7 @@
 #pragma once
 #include "datainterface/export.h"
 
-/// Nothing happens without a QGuiApplication.
+/// Does nothing without a QGuiApplication.
 class DATAINTERFACE_EXPORT WaitCursor {
 public:
     WaitCursor();

@@ -9,8 +9,9 @@ namespace datainterface {
 class egoNeighbors;
 }
 
-/// Spares a loop over all objects the search for the time. A null set says that there is none. Once
-/// the set has been cleared, recalculated or deleted, reads through the handle are a miss.
+/// A handle with which a loop over all objects searches for the time only once. A null set means an
+/// empty handle. After the set has been cleared, recalculated or deleted, reads through the handle
+/// return false.
 struct WeightsAtT {
     AdjacencySet *set = nullptr;
     std::weak_ptr<const std::vector<datainterface::egoNeighbors>> lists; ///< by object index

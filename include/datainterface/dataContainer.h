@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// All values of one time of one realization, in the element type that the data have: how values
-/// pass between datasets and analyses. VORN_ConstDataContainer looks at a dataset,
+/// All values of one realization at one time, in the element type of the data. Datasets and
+/// analyses exchange values in this form. VORN_ConstDataContainer is a view of a dataset;
 /// VORN_DataContainer owns its values.
 #pragma once
 #include <QByteArray>
@@ -17,12 +17,12 @@ class MRasterDataset;
 class MVectorDataset;
 class VORN_ConstDataContainer;
 
-/// Values of the caller's own. An id out of range raises "id>=0 and id<nObjects" in every read of a
-/// value, an empty container "Empty data container".
+/// A container that owns its values. A read of a value raises "id>=0 and id<nObjects" for an id out
+/// of range and "Empty data container" for an empty container.
 class DATAINTERFACE_EXPORT VORN_DataContainer {
 public:
-    /// Element types. `...Data` are vectors that a container owns, `...Cells` the memory of a
-    /// raster that one borrows.
+    /// Element types. `...Data` are vectors that the container owns, `...Cells` are cells in the
+    /// memory of a raster.
     enum DataType : qint32 {
         NoData = 0,
         DoubleData = 0x1,
@@ -51,10 +51,10 @@ public:
     };
 
     VORN_DataContainer() = default;
-    /// `count` zeros or empty texts. Raises "Invalid data type" for an unknown code, as all
-    /// constructors do.
+    /// Makes `count` zeros or empty texts. All constructors raise "Invalid data type" for an
+    /// unknown code.
     VORN_DataContainer(DataType type, int count);
-    /// Copies; borrowed values become owned ones of the same element.
+    /// Copies the values of a view into vectors of the same element type.
     VORN_DataContainer(const VORN_ConstDataContainer &other);
     VORN_DataContainer(DataType type, const QVector<double> &values,
                        const VORN_MissingData &missing);
@@ -90,16 +90,17 @@ public:
     QVector<unsigned int> getColorTable() const { return mColorTable; }
     void setColorTable(const QVector<unsigned int> &colors) { mColorTable = colors; }
     bool isMissing(int id) const { return mMissing.isMissing(id); }
-    /// The ids without a value.
+    /// The missing ids.
     const VORN_MissingData &missingData() const { return mMissing; }
     VORN_MissingData &missingData() { return mMissing; }
     int validCount() const { return nObjects - mMissing.missingCount(); }
 
-    /// As a number: a text is parsed in the C locale, 0 when it does not parse. A missing id raises
-    /// "Missing data value".
+    /// The value as a number. A text is parsed in the C locale and gives 0 when it does not parse.
+    /// A missing id raises "Missing data value".
     double value(int id) const;
     double operator[](int id) const { return value(id); }
-    /// A missing id raises "Data value is missing" in these.
+    /// The value as an integer. A missing id raises "Data value is missing" in this function and
+    /// the two below.
     qint64 intvalue(int id) const;
     /// The same without a sign.
     quint64 uintvalue(int id) const;
@@ -108,34 +109,34 @@ public:
     /// The first element of a numeric vector; raises "Invalid data type" for texts.
     const void *getNumericDataPtr() const;
     const void *getDataPtr() const;
-    /// The same to be written through, until the container is copied or given other values.
+    /// The same for writing. The pointer is valid until the container is copied or changed.
     void *getDataPtr();
     /// Whether the two hold as many elements, of the same type, and all of them equal.
     bool compareData(const VORN_ConstDataContainer &other) const;
-    /// -1, 0 or 1; a missing value is behind every present one.
+    /// -1, 0 or 1. A missing value is greater than every present one.
     int compareValues(int id1, int id2) const;
-    /// One step through the values: the next id; the other two arguments stay.
+    /// Advances to the next id; the other two arguments do not change.
     void incSampleIndex(double &index, double &row, double &column) const;
-    /// The ids of present (and, of numbers, finite) values, ascending by value; equal values in no
-    /// set order.
+    /// The ids of values that are not missing and, for numbers, finite, in ascending order of
+    /// value. The order of equal values is not defined.
     void getSortedIndices(QVector<int> &indices) const;
 
-    /// Stores with conversion to the element type; the value is no longer missing. False for an id
-    /// out of range and where number and text do not go together.
+    /// Stores a value, converted to the element type; the id is no longer missing. False for an id
+    /// out of range, and for a number in a container of texts or a text in one of numbers.
     bool setValue(int id, double value);
     bool setValue(int id, signed char value);
     bool setValue(int id, short value);
     bool setValue(int id, int value);
     bool setValue(int id, qint64 value);
     bool setValue(int id, const QString &value);
-    /// Adds in place; false also for a missing id, whose mark stays.
+    /// Adds to a value. Also false for a missing id, which stays missing.
     bool incValue(int id, double value);
     bool incValue(int id, char value);
     bool incValue(int id, short value);
     bool incValue(int id, int value);
     bool incValue(int id, qint64 value);
     void setMissing(int id) { mMissing.setMissing(id); }
-    /// Writes the one or the other at each missing id; the marks stay.
+    /// Writes one of the two values at each missing id, which stays marked as missing.
     void fillMissingValues(double decimal, qint64 integer);
 
 private:
@@ -151,32 +152,33 @@ private:
     VORN_MissingData mMissing;
 };
 
-/// A view of a dataset at one time. Holds its data checked out from load to destruction; must not
-/// outlive the controller that it was loaded through. Reads of values raise as those of
-/// VORN_DataContainer.
+/// A view of a dataset at one time. It keeps the data checked out from loading to destruction and
+/// must not outlive the controller through which it was loaded. Reads of values raise as those of
+/// VORN_DataContainer do.
 class DATAINTERFACE_EXPORT VORN_ConstDataContainer {
 public:
     using DataType = VORN_DataContainer::DataType;
 
     /// Empty: dataset id -1, no objects.
     VORN_ConstDataContainer() = default;
-    /// Raises "Invalid geography id" for a geography that is not there, "Invalid dataset type" for
-    /// such a dataset.
+    /// Raises "Invalid geography id" for an unknown geography and "Invalid dataset type" for an
+    /// unknown dataset.
     VORN_ConstDataContainer(int dataId, qint64 time, int realization, bool interp);
-    /// `dataset` is an MDataset.
+    /// @param dataset  an MDataset.
     VORN_ConstDataContainer(void *dataset, qint64 time, int realization);
-    /// Checks the data out once more.
+    /// A copy makes a check-out of its own.
     VORN_ConstDataContainer(const VORN_ConstDataContainer &other);
     VORN_ConstDataContainer &operator=(const VORN_ConstDataContainer &other);
     ~VORN_ConstDataContainer();
 
-    /// Replaces the content by the values of `dataset`, an MDataset, at a time. `interp`
-    /// interpolates in time.
+    /// Replaces the content by the values of a dataset at a time.
+    /// @param dataset  an MDataset.
+    /// @param interp  whether values are interpolated in time.
     void LoadFromDataset(void *dataset, qint64 time, int realization, bool interp);
-    /// Forward to the dataset; raise "Invalid dataset type" when it is not there. The last int is
-    /// not used.
+    /// Checks the data out through the dataset. Raises "Invalid dataset type" if the dataset does
+    /// not exist. The last argument is not used.
     bool CheckOutData(int realization, qint64 time, int arg) const;
-    /// Gives back what CheckOutData took.
+    /// Ends CheckOutData. Raises as CheckOutData does.
     bool CheckInData(int realization, qint64 time, int arg) const;
 
     DataType type() const { return mType; }
@@ -189,10 +191,10 @@ public:
     const VORN_MissingData &missingData() const { return mMissing; }
     int validCount() const;
 
-    /// The values and their order are read as in VORN_DataContainer, here and below.
+    /// Reads and comparisons work as in VORN_DataContainer, here and below.
     double value(int objectId) const;
     double operator[](int objectId) const { return value(objectId); }
-    /// As a whole number.
+    /// The value as an integer.
     qint64 intvalue(int objectId) const;
     /// The same without a sign.
     quint64 uintvalue(int objectId) const;
@@ -206,10 +208,10 @@ public:
     const void *getDataPtr() const;
     /// Whether the two hold as many elements, of the same type, and all of them equal.
     bool compareData(const VORN_ConstDataContainer &other) const;
-    /// -1, 0 or 1; a missing value is behind every present one.
+    /// -1, 0 or 1. A missing value is greater than every present one.
     int compareValues(int id1, int id2) const;
-    /// One sample further through a raster, row by row, in steps of the sample step; with step 1
-    /// the next id.
+    /// Advances to the next sample of a raster, row by row, in steps of sampleStep(); with step 1
+    /// to the next id.
     void incSampleIndex(double &index, double &row, double &column) const;
     void getSortedIndices(QVector<int> &indices) const;
 
@@ -230,7 +232,7 @@ private:
     int mDataSourceId = -1;
     int mDatasetId = -1;
     bool mInterp = false;
-    /// Check-outs of the values at mTime that this container owes a check-in.
+    /// The number of check-outs of the values at mTime that this container must check in.
     mutable int mHeld = 0;
     qint64 mTime = 0;
     int mRealization = 0;
@@ -247,8 +249,8 @@ private:
     std::tuple<const double *, const float *, const half *, const qint8 *, const qint16 *,
                const qint32 *, const qint64 *, const quint8 *, const quint16 *, const quint32 *,
                const quint64 *>
-        mCells{}; ///< of a raster observation; the one of the type is set
-    /// Shares those bytes, so that they stay good whatever happens to the observation.
+        mCells{}; ///< of a raster observation; only the pointer of mType is set
+    /// Shares the bytes of the cells, so that they stay valid whatever happens to the observation.
     QByteArray mGrid;
     QVector<unsigned int> mColorTable;
     VORN_MissingData mMissing;

@@ -4,9 +4,9 @@
 #include <QString>
 #include <QtGlobal>
 
-/// A number, a whole number or a text. A plain value.
+/// A decimal, an integer or a text. A plain value.
 struct datum {
-    /// The other way round than MDatum::Type.
+    /// The codes of Decimal and Integer are those of MDatum::Type exchanged.
     enum Type : qint32 { Decimal = 0, Integer = 1, String = 2 };
 
     qint32 type = Decimal; ///< One of Type: which field holds the value.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Marks what the shared library DataInterface exports.
+/// Marks the symbols that the shared library DataInterface exports.
 #pragma once
 #include <QtGlobal>
 #ifdef DATAINTERFACE_BUILD

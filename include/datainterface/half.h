@@ -5,7 +5,7 @@
 #include <QtGlobal>
 #include <cstring>
 
-/// The bit pattern; a number through the conversions.
+/// Holds the bit pattern and converts from and to float.
 struct half {
     quint16 bits = 0;
 

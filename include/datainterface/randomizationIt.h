@@ -1,26 +1,25 @@
 // SPDX-License-Identifier: MIT
-/// Walks through rearrangements of object indices for Monte Carlo and exact tests:
-/// `for (int i = 0; i < it.nRandomizations(); ++i, it++) use(it.indices());`
-/// does for each of them. What `done` tells differs: of shuffles, that the present rearrangement is
-/// the last one; of combinations and permutations, that a step was taken behind the last one, which
-/// still stands.
+/// Walks through rearrangements of object indices for Monte Carlo and exact tests: `for (int i = 0;
+/// i < it.nRandomizations(); ++i, it++) use(it.indices());` visits each of them. The meaning of
+/// `done` differs: for shuffles the present rearrangement is the last one; for combinations and
+/// permutations `next` was called after the last one, which is still in `indices()`.
 #pragma once
 #include <QVector>
 #include <vector>
 #include "datainterface/export.h"
 
-/// The present rearrangement stands in `indices()`; `next` at the end does nothing.
+/// The present rearrangement is in `indices()`. `next` does nothing at the end.
 class DATAINTERFACE_EXPORT randomizationIt {
 public:
     virtual ~randomizationIt();
-    /// Whether the present rearrangement is the last one.
+    /// Whether the end is reached; see above for its meaning.
     virtual bool done() = 0;
-    /// Goes on to the next rearrangement.
+    /// Advances to the next rearrangement.
     virtual void next() = 0;
     /// How many rearrangements there are in all.
     virtual int nRandomizations() = 0;
     void operator++(int) { next(); }
-    /// The present rearrangement, nIndices() elements, valid until the walk goes on.
+    /// The present rearrangement, nIndices() elements, valid until the iterator advances.
     int *indices() { return mIndices; }
     int nIndices() const { return mIndexCount; }
 
@@ -33,7 +32,7 @@ protected:
     int *mIndices; ///< owned, new[]
 };
 
-/// Independent random permutations of 0 to nIndices - 1. The first stands ready after construction.
+/// Independent random permutations of 0 to nIndices - 1. The constructor makes the first one.
 class DATAINTERFACE_EXPORT shuffleIt : public randomizationIt {
 public:
     shuffleIt(int indexCount, int randomizations);
@@ -50,8 +49,8 @@ protected:
     int mRandomizations;
 };
 
-/// Samples of K positions without replacement, each pick with probability proportional to weight;
-/// O(N) a pick. "K <= weights.size()". A pick is -1 as in VORN_ChooseRandomIds.
+/// Samples of K positions without replacement, each pick with probability proportional to weight,
+/// in O(N) for a pick. Raises "K <= weights.size()". A pick can be -1 as in VORN_ChooseRandomIds.
 class DATAINTERFACE_EXPORT weightedShuffleIt : public shuffleIt {
 public:
     weightedShuffleIt(int K, const std::vector<double> &weights, int randomizations);
@@ -62,8 +61,8 @@ private:
     std::vector<char> mPicked; ///< one flag a position, clear between picks
 };
 
-/// All K-subsets of 0 to N - 1 in lexical order. "N >= K". Counts beyond an int are clamped; the
-/// walk does not use them.
+/// All K-subsets of 0 to N - 1 in lexical order. Raises "N >= K". A count beyond an int is clamped;
+/// the iteration does not use it.
 class DATAINTERFACE_EXPORT combinationIt : public randomizationIt {
 public:
     combinationIt();
@@ -80,7 +79,7 @@ private:
     bool mFinished = false;
 };
 
-/// All ordered K-arrangements of 0 to N - 1 in lexical order. "N >= K".
+/// All ordered K-arrangements of 0 to N - 1 in lexical order. Raises "N >= K".
 class DATAINTERFACE_EXPORT permutationIt : public randomizationIt {
 public:
     permutationIt();

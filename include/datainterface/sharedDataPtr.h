@@ -1,28 +1,28 @@
 // SPDX-License-Identifier: MIT
-/// A shared array that is cloned before it is written: what matrices and vectors hold their
-/// elements in.
+/// A shared array that is cloned before it is written. Matrices and vectors hold their elements in
+/// it.
 #pragma once
 #include <algorithm>
 #include <cstddef>
 #include <new>
 #include <type_traits>
 
-/// Copies share one block; every non-const access first makes the block this pointer's own.
-/// Reference counts are not atomic: a share must not cross threads. T is a plain type.
+/// Copies share one block. Every non-const access first clones a block that is shared. Reference
+/// counts are not atomic, so copies must not be used on different threads. T is a plain type.
 template <class T> class sharedDataPtr {
     static_assert(std::is_trivially_copyable_v<T>, "elements are copied as bytes");
 
 public:
     sharedDataPtr() = default;
-    /// `count` elements, contents undefined, aligned to at least 16 bytes whatever `align` says,
-    /// large ones to a cache line. 0: empty.
+    /// Allocates `count` elements with undefined contents; empty for 0. The alignment is at least
+    /// 16 bytes whatever `align` is, and a cache line for large arrays.
     sharedDataPtr(int count, int align) : mBlock(allocate(count, align)) {}
     sharedDataPtr(int count, const T &fill, int align) : sharedDataPtr(count, align)
     {
         if (mBlock)
             std::fill_n(mBlock->data, count, fill);
     }
-    /// Adopts an array that was made with new[].
+    /// Takes ownership of an array that was allocated with new[].
     sharedDataPtr(T *data, int count) : mBlock(data ? new Block{data, count, 1, kForeign} : nullptr)
     {
     }
@@ -55,7 +55,7 @@ public:
     }
     bool isShared() const { return mBlock && mBlock->references > 1; }
 
-    /// Makes the block this pointer's own.
+    /// Clones the block if it is shared.
     void copy()
     {
         if (isShared())
@@ -72,7 +72,7 @@ public:
 private:
     static constexpr int kAlignment = 16;
     static constexpr int kCacheLine = 64;
-    /// Bytes from which a cache line pays for the slower allocation.
+    /// The size in bytes from which alignment to a cache line is worth the slower allocation.
     static constexpr std::size_t kLarge = 1024;
     static constexpr int kForeign = -1;
 
@@ -80,12 +80,12 @@ private:
         T *data;
         int count;
         int references;
-        int alignment; ///< kForeign: `data` is an array of its own and goes with delete[]
+        int alignment; ///< kForeign: `data` is a separate array, freed with delete[]
     };
 
     static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= kAlignment, "plain new aligns small arrays");
 
-    // The header and the elements behind it come from one allocation.
+    // The header and the elements after it are one allocation.
     static Block *allocate(int count, int align)
     {
         if (count <= 0)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// A square matrix of which only the diagonal is kept.
+/// A diagonal matrix, of which only the diagonal is stored.
 #pragma once
 #include "datainterface/export.h"
 #include "datainterface/sharedDataPtr.h"
@@ -14,7 +14,7 @@ public:
 
     int rows() const { return mData.count(); }
     int cols() const { return mData.count(); }
-    /// The i-th diagonal element; unchecked.
+    /// The i-th diagonal element. The index is not checked.
     double operator[](int i) const { return mData[i]; }
     double &operator[](int i) { return mData[i]; }
     /// The diagonal.

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
-/// The exception of a broken internal condition: the model can no longer be trusted.
+/// The exception that reports a broken internal condition, after which the model can no longer be
+/// trusted.
 #pragma once
 #include <stdexcept>
 #include <string>
 #include "datainterface/export.h"
 
-/// Raised when the library's own logic is broken, never for what a user or a file can cause.
-/// `what()` is the condition in double quotes, a line break, and "(file, line n)".
-/// The host catches it at its own boundary and shows VORN_ShowExceptionDialog.
+/// Raised when an internal condition of the library does not hold, never for a condition that a
+/// user or a file can cause. `what()` is the condition in double quotes, a line break, and "(file,
+/// line n)". The host catches it at its own boundary and shows VORN_ShowExceptionDialog.
 class DATAINTERFACE_EXPORT vorn_error : public std::runtime_error {
 public:
     /// @param text   the whole message, as what() returns it.

@@ -6,8 +6,8 @@
 #include "datainterface/export.h"
 #include "datainterface/sharedDataPtr.h"
 
-/// Copies share their elements until one of them is written. Not for use from two threads, not even
-/// on two copies.
+/// Copies share their elements until one of them is written. Not for use on two threads, even with
+/// separate copies.
 class DATAINTERFACE_EXPORT vorn_matrix {
 public:
     vorn_matrix() = default;
@@ -20,14 +20,15 @@ public:
     int rows() const { return mIsTransposed ? mColCount : mRowCount; }
     int cols() const { return mIsTransposed ? mRowCount : mColCount; }
 
-    /// Whether the elements lie transposed: element (r, c) then stands at c + r * stored rows.
+    /// Whether the elements are stored transposed: element (r, c) is then at c + r * storedRows().
     bool transposed() const { return mIsTransposed; }
     /// Flips the flag; no element moves.
     void transpose() { mIsTransposed = !mIsTransposed; }
-    /// Moves the elements into the column-major order of the logical matrix; nothing when they are.
+    /// Moves the elements into the column-major order of the logical matrix, unless they already
+    /// are in that order.
     void repose();
 
-    /// "Matrix indices out of bounds" for an index below 0 or beyond the size.
+    /// Raises "Matrix indices out of bounds" for an index below 0 or beyond the size.
     double operator()(int r, int c) const { return mData.data()[position(r, c)]; }
     double &operator()(int r, int c)
     {
@@ -35,7 +36,8 @@ public:
         return mData.data()[at];
     }
 
-    /// The elements as they lie, for BLAS and LAPACK, with storedRows() as leading dimension.
+    /// The elements in their stored order, for BLAS and LAPACK, with storedRows() as the leading
+    /// dimension.
     const double *data() const { return mData.data(); }
     double *data() { return mData.data(); }
     int storedRows() const { return mRowCount; }

@@ -13,16 +13,17 @@ public:
     vorn_vector(int n, double fill);
 
     int size() const { return mData.count(); }
-    /// Unchecked.
+    /// The index is not checked.
     double operator[](int i) const { return mData[i]; }
     double &operator[](int i) { return mData[i]; }
-    /// The elements as they lie.
+    /// The elements in order.
     const double *data() const { return mData.data(); }
     double *data() { return mData.data(); }
 
-    /// Keeps the leading elements; new ones are zero.
+    /// Keeps the leading elements; new elements are zero.
     void resize(int n);
-    /// Drops one element, the rest moves up; "Inconsistent vector size" out of range.
+    /// Removes one element; the elements after it move forward. Raises "Inconsistent vector size"
+    /// for an index out of range.
     void remove(int index);
     double sum() const;
     bool operator==(const vorn_vector &other) const { return mData == other.mData; }
