@@ -26,30 +26,20 @@ namespace {
 
 constexpr int kLostValues = 180004; // block ids without blocks
 
-QString join(const QStringList &parts)
+template <class... Parts> QString line(const Parts &...parts)
 {
-    return parts.join(QLatin1String(" | "));
-}
-
-QString shown(const QVariant &value)
-{
-    return QLatin1String(value.typeName()) + ' ' + value.toString();
+    QString all;
+    QTextStream out(&all);
+    (void(out << parts << " | "), ...);
+    return all;
 }
 
 QString shown(const QMap<MDatum, int> &counts)
 {
-    QString line;
+    QString all;
     for (auto it = counts.cbegin(); it != counts.cend(); ++it)
-        line += it.key().text() + '/' + QString::number(it.key().toDouble())
-                + ':' + QString::number(it.value()) + ' ';
-    return line;
-}
-
-QString shown(const datum &value)
-{
-    return value.type == 0   ? QString::number(value.decimalValue)
-           : value.type == 1 ? QString::number(value.integerValue)
-                             : value.stringValue;
+        all += line(it.key().text(), it.key().toDouble(), it.value());
+    return all;
 }
 
 MDatum datumOf(Type type, int number)
@@ -59,23 +49,69 @@ MDatum datumOf(Type type, int number)
                              : MDatum(text(number));
 }
 
-QString modelLine(const VariogramModel &model)
+void checkModel(const VariogramModel &model, int version)
 {
-    return join({model.name, QString::number(model.modelVersion),
-                 QString::number(model.parameterSet), QString::number(model.lagCount),
-                 QString::number(model.fit.doubles.back()),
-                 QString::number(model.empiricalResults.first().first().value),
-                 QString::number(model.centroidModels.first().structures.first().majorRange)});
+    QCOMPARE(line(model.name, model.modelVersion, model.parameterSet, model.lagCount,
+                  model.fit.doubles.back(), model.empiricalResults.first().first().value,
+                  model.centroidModels.first().structures.first().majorRange),
+             line("model", version >= 170005 ? 17 : 0, version >= 160002 ? 18 : 0, 12, 3.5, 3, 30));
 }
 
-QString expectedModelLine(int version)
+void checkGeography(const MGeoData &geography, int version, const QString &name, int objects)
 {
-    return join({"model", version >= 170005 ? "17" : "0", version >= 160002 ? "18" : "0", "12",
-                 "3.5", "3", "30"});
+    const GeoProps props = VORN_GetGeographyProperties(geography.GetId());
+    const bool isRaster = props.id == kRasterId;
+    QCOMPARE(line(props.name, props.objectCount, props.timeFormat,
+                  geography.GetParentObjectIds().size(), props.isStatic,
+                  props.metaData.value("Source").toString()),
+             line(isRaster && version < 130000 ? QString() : name, objects,
+                  version < 103000 ? 2 : version < 107000 ? 0 : 3, version < 103000 ? 0 : 2,
+                  version >= 170006 && isRaster, version >= 170004 ? name : QString()));
+}
+
+QStringList weights(const MGeoData &geography)
+{
+    QStringList sets;
+    for (const int id : geography.GetSpatialWeightsIds()) {
+        const AdjacencySet *set = geography.GetSpatialWeightSet(id);
+        sets.append(line(set->GetName(), set->WeightType(), set->IncludeEgo(),
+                         set->NeighborCount(), set->RingCount(), set->QueenNeighbor(),
+                         set->Range(), set->InverseDistanceNumerator(),
+                         set->InverseDistancePower(), set->GetInformation()));
+    }
+    sets.sort();
+    return sets;
+}
+
+bool hasOldSets(int version)
+{
+    return version <= 102000 || version >= 103000;
+}
+
+// Sets of the host's own are given up before 400002; there are none yet from 102001 to 102999.
+QStringList expectedWeights(int version)
+{
+    const auto set = [version](const char *name, int type, bool ego) {
+        return line(name, type, int(ego), 3, 0, 1, 0.5, version >= 107000 ? 2 : 1, 1.5,
+                    version >= 105000 ? "information" : "");
+    };
+    QStringList sets;
+    if (hasOldSets(version))
+        sets.append(set("near", version < 105000 ? 3 : 2, version >= 104000 || version == 103000));
+    if (version >= 400002)
+        sets.append(set("own", 99, true));
+    return sets;
+}
+
+QStringList expectedNotes(int version)
+{
+    const QString note = "Note: the custom spatial-weight set, own, was deleted because of "
+                         "incompatibility with Meridor 4.  You'll need to re-import it.";
+    return version < 400002 && hasOldSets(version) ? QStringList{note} : QStringList();
 }
 
 // What every dataset has.
-QString baseLine(MDataset &dataset)
+void checkDataset(MDataset &dataset, int version, int number, const char *expectedBounds)
 {
     DataSetStats whole;
     DataSetStats timed;
@@ -83,245 +119,108 @@ QString baseLine(MDataset &dataset)
     dataset.GetDataSetStats(0, 5, timed);
     TimeStamp bounds;
     dataset.GetTimeBounds(bounds);
-    QStringList parts{dataset.GetDisplayName(),
-                      dataset.GetHierarchyPathAsString(),
-                      dataset.GetShortDescription(),
-                      dataset.GetLongDescription(),
-                      shown(dataset.GetMetaData("Text")),
-                      shown(dataset.GetMetaData("Integer")),
-                      shown(dataset.GetMetaData("Decimal")),
-                      QString::number(dataset.GetMetaData().tagExists("Empty")),
-                      text(bounds),
-                      QString::number(dataset.GetRealizationCount()),
-                      QString::number(whole.mean),
-                      QString::number(whole.minimum.toDouble()),
-                      QString::number(whole.maximum.toDouble()),
-                      QString::number(timed.mean),
-                      QString::number(dataset.GetVariogramModelIds().size())};
+    const auto tag = [&dataset](const char *key) {
+        const QVariant value = dataset.GetMetaData(key);
+        return line(value.typeName(), value.toString());
+    };
     VariogramModel model;
-    if (dataset.GetVariogramModel(0, model))
-        parts.append(modelLine(model));
-    return join(parts);
+    const bool hasModel = dataset.GetVariogramModel(0, model);
+    QCOMPARE(line(dataset.GetDisplayName(), dataset.GetHierarchyPathAsString(),
+                  dataset.GetShortDescription(), dataset.GetLongDescription(), tag("Text"),
+                  tag("Integer"), tag("Decimal"), dataset.GetMetaData().tagExists("Empty"),
+                  text(bounds), dataset.GetRealizationCount(), whole.mean,
+                  whole.minimum.toDouble(), whole.maximum.toDouble(), timed.mean, hasModel),
+             line(QStringLiteral("set %1").arg(number), version >= 120000 ? "/folder/<3>" : "",
+                  "short", "long", line("QString", QString::fromLatin1("\xE9t\xE9")),
+                  line("int", 7), line("double", 2.5), 0, expectedBounds, realizations(version),
+                  number + 0.125, -1.5, 8, 0.5, version >= 130000));
+    if (hasModel)
+        checkModel(model, version);
 }
 
-QString expectedBaseLine(int version, int number, const QString &bounds)
-{
-    QStringList parts{QStringLiteral("set %1").arg(number),
-                      version >= 120000 ? "/folder/<3>" : "",
-                      "short",
-                      "long",
-                      QString::fromLatin1("QString \xE9t\xE9"),
-                      "int 7",
-                      "double 2.5",
-                      "0",
-                      bounds,
-                      QString::number(realizations(version)),
-                      QString::number(number + 0.125),
-                      "-1.5",
-                      "8",
-                      "0.5",
-                      version >= 130000 ? "1" : "0"};
-    if (version >= 130000)
-        parts.append(expectedModelLine(version));
-    return join(parts);
-}
-
-QString geographyLine(MGeoData &geography)
-{
-    const GeoProps props = VORN_GetGeographyProperties(geography.GetId());
-    return join({QString::number(props.id), props.name, QString::number(props.objectCount),
-                 QString::number(props.timeFormat),
-                 QString::number(geography.GetParentObjectIds().size()),
-                 QString::number(props.isStatic), props.metaData.value("Source").toString()});
-}
-
-QString expectedGeographyLine(int version, int id, const QString &name, int objects)
-{
-    const int timeFormat = version < 103000 ? 2 : version < 107000 ? 0 : 3;
-    return join({QString::number(id), id == kRasterId && version < 130000 ? QString() : name,
-                 QString::number(objects), QString::number(timeFormat),
-                 version < 103000 ? "0" : "2",
-                 QString::number(version >= 170006 && id == kRasterId),
-                 version >= 170004 ? name : QString()});
-}
-
-QString weightsLine(const MGeoData &geography)
-{
-    QStringList sets;
-    for (const int id : geography.GetSpatialWeightsIds()) {
-        const AdjacencySet *set = geography.GetSpatialWeightSet(id);
-        sets.append(
-            set->GetName() + '/' + QString::number(set->WeightType()) + '/'
-            + QString::number(set->IncludeEgo()) + '/' + QString::number(set->NeighborCount()) + '/'
-            + QString::number(set->RingCount()) + QString::number(set->QueenNeighbor()) + '/'
-            + QString::number(set->Range()) + '/' + QString::number(set->InverseDistanceNumerator())
-            + '/' + QString::number(set->InverseDistancePower()) + '/' + set->GetInformation());
-    }
-    sets.sort();
-    return join(sets);
-}
-
-// Sets of the host's own are given up before 400002; there are none yet from 102001 to 102999.
-QString expectedWeightsLine(int version)
-{
-    const QString ego = QString::number(version >= 104000 || version == 103000);
-    const QString rest = QStringLiteral("/3/01/0.5/%1/1.5/%2")
-                             .arg(version >= 107000 ? 2 : 1)
-                             .arg(version >= 105000 ? "information" : "");
-    QStringList sets;
-    if (version <= 102000 || version >= 103000)
-        sets.append((version < 105000 ? "near/3/" : "near/2/") + ego + rest);
-    if (version >= 400002)
-        sets.append("own/99/1" + rest);
-    return join(sets);
-}
-
-QStringList expectedNotes(int version)
-{
-    const bool hasSets = version < 400002 && (version <= 102000 || version >= 103000);
-    const QString note = "Note: the custom spatial-weight set, own, was deleted because of "
-                         "incompatibility with Meridor 4.  You'll need to re-import it.";
-    return hasSets ? QStringList{note} : QStringList();
-}
-
-void describeVector(MVectorDataset &dataset, QStringList &lines)
-{
-    lines.append(baseLine(dataset));
-    lines.append(QString::number(dataset.GetDataType()) + '/'
-                 + QString::number(dataset.GetStorageType()));
-    lines.append(shown(dataset.GetDataFrequencies()));
-    for (int realization = 0; realization < dataset.GetRealizationCount(); ++realization) {
-        for (const qint64 t : {5, 15}) {
-            QString line;
-            for (int object = 0; object < dataset.GetObjectCount(); ++object) {
-                datum value;
-                const bool isThere =
-                    VORN_GetDataValue(dataset.GetId(), realization, object, t, value);
-                line += (isThere ? shown(value) : "-") + ' ';
-            }
-            lines.append(line);
-        }
-    }
-}
-
-void expectVector(const Sample &sample, int number, QStringList &lines)
+void checkVector(MVectorDataset &dataset, const Sample &sample, int number)
 {
     constexpr int kTypes[] = {IntegerType, DecimalType, StringType};
-    const Dataset &dataset = sample.datasets.at(number);
-    const bool hasValues = sample.version != kLostValues;
-    lines.append(expectedBaseLine(sample.version, number, "[0, 20]"));
-    const bool isSliced = dataset.isSliced;
-    lines.append(QString::number(kTypes[dataset.type]) + '/' + QString::number(isSliced));
+    const Dataset &form = sample.datasets.at(number);
+    checkDataset(dataset, sample.version, number, "[0, 20]");
+    QCOMPARE(line(dataset.GetDataType(), dataset.GetStorageType()),
+             line(kTypes[form.type], form.isSliced));
     QMap<MDatum, int> counts;
-    QStringList values;
     for (int realization = 0; realization < realizations(sample.version); ++realization) {
+        QString found;
+        QString expected;
         for (int time = 0; time < sample.times; ++time) {
-            QString line;
             for (int object = 0; object < sample.objects; ++object) {
-                const MDatum value =
-                    datumOf(dataset.type, oldProject::number(number, realization, object, time));
-                const bool isThere = hasValues && isPresent(realization, object, time);
-                if (isThere)
+                MDatum value = dataset.GetValue(object, start(time) + 5, realization);
+                found += line(value.type(), value.text(), value.toDouble());
+                value = MDatum();
+                if (sample.version != kLostValues && isPresent(realization, object, time)) {
+                    value = datumOf(form.type,
+                                    oldProject::number(number, realization, object, time));
                     ++counts[value];
-                line += !isThere               ? "- "
-                        : dataset.type == Text ? QString(value.text() + ' ')
-                                               : QString(QString::number(value.toDouble()) + ' ');
+                }
+                expected += line(value.type(), value.text(), value.toDouble());
             }
-            values.append(line);
         }
+        QCOMPARE(found, expected);
     }
-    lines.append(shown(counts));
-    lines.append(values);
+    QCOMPARE(shown(dataset.GetDataFrequencies()), shown(counts));
 }
 
-void describeRaster(MRasterDataset &dataset, QStringList &lines)
+void checkRaster(MRasterDataset &dataset, int version, int number)
 {
-    lines.append(baseLine(dataset));
-    lines.append(QString::number(dataset.GetDataType()) + '/'
-                 + QString::number(dataset.GetRasterBitDepth()));
-    if (dataset.GetRasterBitDepth() == 8)
-        lines.append(shown(dataset.GetDataFrequencies()));
-    for (int realization = 0; realization < dataset.GetRealizationCount(); ++realization) {
-        QString line;
+    checkDataset(dataset, version, number, "[3, 8]");
+    QCOMPARE(line(dataset.GetDataType(), dataset.GetRasterBitDepth()),
+             number == 0 ? line(1024, 8) : line(256, 32));
+    if (number == 0)
+        QCOMPARE(dataset.GetDataFrequencies().values(), QList<int>({2, 2, 2, 2, 2}));
+    for (int realization = 0; realization < realizations(version); ++realization) {
         for (int cell = 0; cell < kRows * kColumns; ++cell) {
             const MDatum value = dataset.GetValue(cell, 5, realization);
-            line +=
-                (value.isEmpty() ? QStringLiteral("-") : QString::number(value.toDouble())) + ' ';
+            QCOMPARE(value.isEmpty() ? 0.0 : value.toDouble(), cell == 2 ? 0.0 : kCells[cell]);
         }
-        lines.append(line);
     }
 }
 
-void expectRaster(int version, int number, QStringList &lines)
+void checkGrid(MGeoData &grid, int version)
 {
-    lines.append(expectedBaseLine(version, number, "[3, 8]"));
-    lines.append(number == 0 ? "1024/8" : "256/32");
-    if (number == 0)
-        lines.append("/1:2 /2:2 /4:2 /5:2 /6:2 ");
-    for (int realization = 0; realization < realizations(version); ++realization)
-        lines.append("1 2 - 4 5 6 ");
-}
-
-QString rasterLine(MGeoData &geography)
-{
-    const GeoProps props = VORN_GetGeographyProperties(geography.GetId());
-    const auto tag = [&](const char *key) {
-        return props.metaData.value(QLatin1String(key)).toString();
-    };
-    return join({QString::number(props.rows), QString::number(props.columns),
-                 text(props.timeBounds), tag("History"), tag("Projection"), tag("Distance unit")});
-}
-
-QString expectedRasterLine(int version)
-{
-    const QString bounds = version < 160000   ? text(TimeStamp::Invalid)
-                           : version < 180005 ? "[3, 8)"
-                                              : "[3, 8]";
+    checkGeography(grid, version, "grid", kRows * kColumns);
+    const GeoProps props = VORN_GetGeographyProperties(grid.GetId());
+    const auto tag = [&](const char *key) { return props.metaData.value(key).toString(); };
     const bool hasTexts = version < 170004;
-    return join({"2", "3", bounds, hasTexts ? "history" : "",
-                 hasTexts && version >= 111001 ? "projection" : "",
-                 hasTexts && version >= 160000 ? "metre" : ""});
+    QCOMPARE(line(props.rows, props.columns, text(props.timeBounds), tag("History"),
+                  tag("Projection"), tag("Distance unit")),
+             line(2, 3,
+                  version < 160000   ? text(TimeStamp::Invalid)
+                  : version < 180005 ? "[3, 8)"
+                                     : "[3, 8]",
+                  hasTexts ? "history" : "", hasTexts && version >= 111001 ? "projection" : "",
+                  hasTexts && version >= 160000 ? "metre" : ""));
+    MDataSource &source = *grid.GetDataSource();
+    QCOMPARE(source.GetDatasetIds().size(), version >= 180005 ? 3 : 0);
+    for (int i = 0; i < source.GetDatasetIds().size(); ++i)
+        checkRaster(dynamic_cast<MRasterDataset &>(*source.GetDataset(kFirstRaster + i)), version,
+                    i);
 }
 
-QStringList contents(const TestModel &model)
-{
-    QStringList lines;
-    for (MGeoData *geography : model.controller.GetGeoData()) {
-        lines.append(geographyLine(*geography));
-        if (dynamic_cast<MRasterData *>(geography))
-            lines.append(rasterLine(*geography));
-        else
-            lines.append(weightsLine(*geography));
-        MDataSource *source = geography->GetDataSource();
-        for (const DataId &id : source->GetDatasetIds()) {
-            if (auto *raster = dynamic_cast<MRasterDataset *>(source->GetDataset(id)))
-                describeRaster(*raster, lines);
-            else
-                describeVector(dynamic_cast<MVectorDataset &>(*source->GetDataset(id)), lines);
-        }
-    }
-    VariogramModel variogram;
-    if (model.controller.GetNonConVariogramModel(0, variogram))
-        lines.append(modelLine(variogram));
-    return lines;
-}
-
-QStringList expected(const Sample &sample)
+void check(TestModel &model, const Sample &sample)
 {
     const int version = sample.version;
-    QStringList lines{expectedGeographyLine(version, kVectorId, "points", sample.objects)};
-    lines.append(expectedWeightsLine(version));
+    MVectorData &points = model.vectorData(kVectorId);
+    checkGeography(points, version, "points", sample.objects);
+    QCOMPARE(weights(points), expectedWeights(version));
+    MVectorDataSource &source = *points.GetVectorDataSource();
+    QCOMPARE(source.GetDatasetIds().size(), sample.datasets.size());
     for (int i = 0; i < sample.datasets.size(); ++i)
-        expectVector(sample, i, lines);
-    if (version >= 103000) {
-        lines.append(expectedGeographyLine(version, kRasterId, "grid", kRows * kColumns));
-        lines.append(expectedRasterLine(version));
-        for (int i = 0; i < (version >= 180005 ? 3 : 0); ++i)
-            expectRaster(version, i, lines);
-    }
+        checkVector(*source.GetVectorDataset(kFirstDataset + i), sample, i);
+    MGeoData *grid = model.controller.GetGeoData().value(kRasterId);
+    QCOMPARE(grid != nullptr, version >= 103000);
+    if (grid)
+        checkGrid(*grid, version);
+    VariogramModel variogram;
+    QCOMPARE(model.controller.GetNonConVariogramModel(0, variogram), version >= 150000);
     if (version >= 150000)
-        lines.append(expectedModelLine(version));
-    return lines;
+        checkModel(variogram, version);
 }
 
 bool hasStrays(TestModel &model)
@@ -358,18 +257,22 @@ void TestOldProjects::everyAgeOpens()
     QFETCH(int, version);
     TestModel model;
     const Sample sample{version};
-    QVERIFY(model.load(write(sample)));
-    const QStringList before = contents(model);
-    QCOMPARE(before, expected(sample));
+    const QByteArray bytes = write(sample);
+    QVERIFY(model.load(bytes));
+    check(model, sample);
     QCOMPARE(hasStrays(model), version >= 201044);
     QCOMPARE(model.controller.log, expectedNotes(version));
+    // Once more over itself: the values that go have the block ids of those that come.
+    QVERIFY(model.load(bytes));
+    check(model, sample);
+    QCOMPARE(model.ownerlessBlocks(), 0); // weight lists that a load drops left theirs
 
     const QString path = model.path(QStringLiteral("present"));
     QVERIFY(VORN_SaveProject(path));
     VORN_UnloadProject();
     QVERIFY(VORN_LoadProject(path));
     QCOMPARE(dataInterfaceVersionLoading, serializationVersionNumber);
-    QCOMPARE(contents(model), before);
+    check(model, sample);
     // The next model takes up the ids where the old project left them.
     QCOMPARE(model.controller.AddNonConVariogramModel(VariogramModel()), int(version >= 150000));
 }
@@ -492,19 +395,12 @@ void TestOldProjects::crossedStampsThatMeetGiveTheirBlocksBack()
 
 void TestOldProjects::standardStringsAreLengthAndBytes()
 {
-    QByteArray bytes;
-    datainterface::BytesWriter out(&bytes);
-    out << std::string("a\0b", 3) << std::string();
-    QCOMPARE(bytes, QByteArray("\0\0\0\3a\0b\0\0\0\0", 11));
     std::string text;
-    datainterface::BytesReader in(bytes);
+    datainterface::BytesReader in(QByteArray("\0\0\0\3a\0b\x7F\xFF\xFF\xF0huge", 15));
     in >> text;
     QCOMPARE(text, std::string("a\0b", 3));
     in >> text;
-    QCOMPARE(text, std::string());
-    datainterface::BytesReader huge(QByteArray("\x7F\xFF\xFF\xF0huge", 8));
-    huge >> text;
-    QVERIFY(huge.status() != QDataStream::Ok);
+    QVERIFY(in.status() != QDataStream::Ok);
     QCOMPARE(text, std::string());
 }
 

@@ -14,7 +14,6 @@
 #include <csignal>
 #include <numeric>
 #include <sys/resource.h>
-#include "Common/DataManager.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MRasterDataSource.h"
@@ -73,95 +72,6 @@ QString shown(const QVariant &value)
     QString text;
     QDebug(&text) << value << value.isNull();
     return text;
-}
-
-QString shown(const QVector<neighborDatum> &neighbors)
-{
-    QString text;
-    for (const neighborDatum &one : neighbors)
-        text += QStringLiteral(" %1*%2@%3/%4")
-                    .arg(one.id)
-                    .arg(double(one.weight))
-                    .arg(double(one.angle))
-                    .arg(double(one.distance));
-    return text;
-}
-
-// Everything that a host can see of a dataset, but for the time at which it was made.
-QStringList contentsOf(MDataset &dataset)
-{
-    const int id = dataset.GetId();
-    const DatasetProps props = VORN_GetDatasetProperties(id);
-    QStringList lines{QStringLiteral("dataset %1 %2 %3 %4")
-                          .arg(id)
-                          .arg(props.name, props.path, text(props.timeBounds))};
-    for (auto tag = props.metaData.cbegin(); tag != props.metaData.cend(); ++tag)
-        lines.append(tag.key() + ' ' + shown(tag.value()));
-    for (int model : VORN_GetVariogramModelIds(id))
-        lines.append(QStringLiteral("model %1").arg(model));
-    const QMap<MDatum, int> counts = dataset.GetDataFrequencies();
-    for (auto count = counts.cbegin(); count != counts.cend(); ++count)
-        lines.append(QStringLiteral("%1 %2: %3")
-                         .arg(count.key().toDouble())
-                         .arg(QString::fromUtf8(count.key().charstr()))
-                         .arg(count.value()));
-    for (int realization = 0; realization < props.realizationCount; ++realization) {
-        for (qint64 t = 0; t < 30; t += 5) {
-            QVector<datum> values;
-            QSet<int> missing;
-            QString line = QString::number(VORN_GetDataValues(id, realization, t, values, missing));
-            for (int object = 0; object < values.size(); ++object)
-                line += missing.contains(object) ? QStringLiteral(" -")
-                                                 : QStringLiteral(" %1/%2/%3")
-                                                       .arg(values[object].decimalValue)
-                                                       .arg(values[object].integerValue)
-                                                       .arg(values[object].stringValue);
-            lines.append(line);
-        }
-    }
-    return lines;
-}
-
-QStringList contents(const TestModel &model)
-{
-    QStringList lines;
-    for (int geography : model.controller.GetGeoData().keys()) {
-        const GeoProps props = VORN_GetGeographyProperties(geography);
-        lines.append(QStringLiteral("geography %1 %2 %3 %4 %5")
-                         .arg(props.id)
-                         .arg(props.name)
-                         .arg(props.objectCount)
-                         .arg(props.isStatic)
-                         .arg(text(props.timeBounds)));
-        for (const SpatialWeightSetProps &set : props.weightSets) {
-            for (int object = 0; object < props.objectCount; ++object) {
-                QVector<neighborDatum> list;
-                VORN_GetSpatialWeights(set.id, static_cast<unsigned int>(object), 5, list,
-                                       VORN_MissingData());
-                lines.append(set.name + shown(list));
-            }
-        }
-        MDataSource &source = *model.controller.GetGeoData()[geography]->GetDataSource();
-        QList<int> ids(props.datasetIds.begin(), props.datasetIds.end());
-        std::sort(ids.begin(), ids.end());
-        for (int id : ids)
-            lines += contentsOf(*source.GetDataset(id));
-    }
-    for (const VariogramModelProps &props : model.controller.GetNonConVariogramModelProps())
-        lines.append(QStringLiteral("%1 %2").arg(props.id).arg(props.name));
-    return lines;
-}
-
-// Blocks in the file that no container names.
-int ownerlessBlocks(const TestModel &model)
-{
-    QVector<int> owned;
-    for (const MGeoData *geography : model.controller.GetGeoData())
-        geography->AppendBlockIds(owned);
-    int count = 0;
-    for (const auto &extent : blockStore().Inspect().extents)
-        count += extent.inUse && !owned.contains(extent.id);
-    return count;
 }
 
 /// A host that does things at random. Each step is one of a table, on a geography and a dataset
@@ -331,8 +241,6 @@ private Q_SLOTS:
     void whatIsSavedCanBeLoaded();
     void attributesAreKeptOrRefused();
     void objectsInUseAreNotRemovedByHalves();
-    void oldFilesReplaceWhatIsLoaded_data();
-    void oldFilesReplaceWhatIsLoaded();
     void whatStaysBehindOwnsNothing();
     void copiesThatFailLeaveNothing();
 };
@@ -366,7 +274,7 @@ void TestProjectWalk::whatIsSavedCanBeLoaded()
             VORN_UnloadProject();
         }
         QVERIFY2(VORN_LoadProject(first), QByteArray::number(round));
-        QCOMPARE(ownerlessBlocks(model), 0);
+        QCOMPARE(model.ownerlessBlocks(), 0);
         QCOMPARE(contents(model), before);
         QVERIFY(VORN_SaveProject(second));
         QVERIFY2(fileBytes(first) == fileBytes(second), QByteArray::number(round));
@@ -425,31 +333,6 @@ void TestProjectWalk::objectsInUseAreNotRemovedByHalves()
     const QString path = model.path(QStringLiteral("project"));
     QVERIFY(VORN_SaveProject(path));
     QVERIFY(VORN_LoadProject(path));
-}
-
-void TestProjectWalk::oldFilesReplaceWhatIsLoaded_data()
-{
-    QTest::addColumn<int>("version");
-    for (const int version : {125000, 170500, 180003, 180070, 201043, 400001, 400021})
-        QTest::newRow(QByteArray::number(version).constData()) << version;
-}
-
-// The old geography went when its successor had stored its values under the same block ids, and
-// took them along.
-void TestProjectWalk::oldFilesReplaceWhatIsLoaded()
-{
-    QFETCH(int, version);
-    TestModel model;
-    const QByteArray bytes = oldProject::write({version});
-    QVERIFY(model.load(bytes));
-    const QStringList alone = contents(model);
-    QVERIFY(model.load(bytes));
-    QCOMPARE(contents(model), alone);
-    QCOMPARE(ownerlessBlocks(model), 0); // weight lists that a load drops left theirs
-    const QString path = model.path(QStringLiteral("project"));
-    QVERIFY(VORN_SaveProject(path));
-    QVERIFY(VORN_LoadProject(path));
-    QCOMPARE(contents(model), alone);
 }
 
 // A host may remove the project before only after the load: its containers must not give back the

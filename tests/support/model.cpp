@@ -7,14 +7,19 @@
 #include <QRectF>
 #include <QSet>
 #include <algorithm>
+#include "Common/DataManager.h"
+#include "datainterface/DataAPI.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/ProjectAPI.h"
+#include "datainterface/VariogramAPI.h"
+#include "datainterface/WeightsAPI.h"
 #include "datainterface/vorn_error.h"
 #include "frame/frameState.h"
+#include "support/support.h"
 
 namespace {
 
@@ -35,6 +40,60 @@ QString text(const QSet<int> &objects)
     for (int object : sorted)
         parts.append(QString::number(object));
     return parts.join(QLatin1Char(','));
+}
+
+QString shown(const QVariant &value)
+{
+    QString text;
+    QDebug(&text) << value << value.isNull();
+    return text;
+}
+
+QString shown(const QVector<neighborDatum> &neighbors)
+{
+    QString text;
+    for (const neighborDatum &one : neighbors)
+        text += QStringLiteral(" %1*%2@%3/%4")
+                    .arg(one.id)
+                    .arg(double(one.weight))
+                    .arg(double(one.angle))
+                    .arg(double(one.distance));
+    return text;
+}
+
+// Everything that a host can see of a dataset, but for the time at which it was made.
+QStringList contentsOf(MDataset &dataset)
+{
+    const int id = dataset.GetId();
+    const DatasetProps props = VORN_GetDatasetProperties(id);
+    QStringList lines{QStringLiteral("dataset %1 %2 %3 %4")
+                          .arg(id)
+                          .arg(props.name, props.path, text(props.timeBounds))};
+    for (auto tag = props.metaData.cbegin(); tag != props.metaData.cend(); ++tag)
+        lines.append(tag.key() + ' ' + shown(tag.value()));
+    for (int model : VORN_GetVariogramModelIds(id))
+        lines.append(QStringLiteral("model %1").arg(model));
+    const QMap<MDatum, int> counts = dataset.GetDataFrequencies();
+    for (auto count = counts.cbegin(); count != counts.cend(); ++count)
+        lines.append(QStringLiteral("%1 %2: %3")
+                         .arg(count.key().toDouble())
+                         .arg(QString::fromUtf8(count.key().charstr()))
+                         .arg(count.value()));
+    for (int realization = 0; realization < props.realizationCount; ++realization) {
+        for (qint64 t = 0; t < 30; t += 5) {
+            QVector<datum> values;
+            QSet<int> missing;
+            QString line = QString::number(VORN_GetDataValues(id, realization, t, values, missing));
+            for (int object = 0; object < values.size(); ++object)
+                line += missing.contains(object) ? QStringLiteral(" -")
+                                                 : QStringLiteral(" %1/%2/%3")
+                                                       .arg(values[object].decimalValue)
+                                                       .arg(values[object].integerValue)
+                                                       .arg(values[object].stringValue);
+            lines.append(line);
+        }
+    }
+    return lines;
 }
 
 } // namespace
@@ -90,6 +149,47 @@ void TestModel::loadFlipped(const QByteArray &project, int count,
         }
         VORN_UnloadProject();
     }
+}
+
+int TestModel::ownerlessBlocks() const
+{
+    QVector<int> owned;
+    for (const MGeoData *geography : controller.GetGeoData())
+        geography->AppendBlockIds(owned);
+    int count = 0;
+    for (const auto &extent : blockStore().Inspect().extents)
+        count += extent.inUse && !owned.contains(extent.id);
+    return count;
+}
+
+QStringList contents(const TestModel &model)
+{
+    QStringList lines;
+    for (int geography : model.controller.GetGeoData().keys()) {
+        const GeoProps props = VORN_GetGeographyProperties(geography);
+        lines.append(QStringLiteral("geography %1 %2 %3 %4 %5")
+                         .arg(props.id)
+                         .arg(props.name)
+                         .arg(props.objectCount)
+                         .arg(props.isStatic)
+                         .arg(text(props.timeBounds)));
+        for (const SpatialWeightSetProps &set : props.weightSets) {
+            for (int object = 0; object < props.objectCount; ++object) {
+                QVector<neighborDatum> list;
+                VORN_GetSpatialWeights(set.id, static_cast<unsigned int>(object), 5, list,
+                                       VORN_MissingData());
+                lines.append(set.name + shown(list));
+            }
+        }
+        MDataSource &source = *model.controller.GetGeoData()[geography]->GetDataSource();
+        QList<int> ids(props.datasetIds.begin(), props.datasetIds.end());
+        std::sort(ids.begin(), ids.end());
+        for (int id : ids)
+            lines += contentsOf(*source.GetDataset(id));
+    }
+    for (const VariogramModelProps &props : model.controller.GetNonConVariogramModelProps())
+        lines.append(QStringLiteral("%1 %2").arg(props.id).arg(props.name));
+    return lines;
 }
 
 QProgressDialog *progressBar()

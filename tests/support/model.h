@@ -51,6 +51,7 @@ public:
     QString path(const QString &name) const { return mDirectory.filePath(name); }
     MVectorData &vectorData(int geographyId);
     bool load(const QByteArray &project) const; ///< from a file of these bytes
+    int ownerlessBlocks() const; ///< blocks in the store that no container names
     /// Loads the project with one bit flipped, `count` times. A flipped bit need not show: most of
     /// a file is values. It must not end the process, and what was read of it must be fit to be
     /// looked at and saved.
@@ -59,6 +60,9 @@ public:
 private:
     QTemporaryDir mDirectory;
 };
+
+/// Everything that a host can see of the model, but for the times at which datasets were made.
+QStringList contents(const TestModel &model);
 
 /// The progress bar as a host reaches it; null when there is none.
 QProgressDialog *progressBar();
