@@ -2,11 +2,8 @@
 // What a builder takes and refuses, and how time is cut by what was built.
 #include <numeric>
 #include "base/timeRules.h"
-#include "fennimark/FMProjectionInfo.h"
 #include "fennimark/geographies.h"
 #include "support/checks.h"
-
-Q_DECLARE_METATYPE(TreeObject *)
 
 namespace {
 
@@ -58,41 +55,9 @@ struct CountedPoint : FMPoint {
 
 class TestVORNBuilder : public QObject {
     Q_OBJECT
-private Q_SLOTS:
-    void rangesOfAChainAreToldApart_data()
+    static void checkRanges(const QString &first, const QString &second, const QString &expected)
     {
-        QTest::addColumn<QString>("first");
-        QTest::addColumn<QString>("second");
-        QTest::addColumn<QString>("expected"); // empty: the second is refused
-        const auto row = [](const char *first, const char *second, const char *expected) {
-            QTest::addRow("%s and %s", first, second) << first << second << expected;
-        };
-        row("[20, 30]", "[0, 10]", "[0, 10] [20, 30]");
-        row("[0, 10]", "[10, 30]", "[0, 10) [10, 30]");
-        row("[10, 30]", "[0, 10]", "[0, 10) [10, 30]");
-        row("[0, 10]", "(10, 30]", "[0, 10] (10, 30]");
-        row("[0, 10)", "(10, 30]", "[0, 10) (10, 30]");
-        row("[0, 10)", "(10, 10)", "[0, 10) [10, 10]");
-        row("[10, 10]", "[10, 30]", "[10, 10] (10, 30]");
-        row("[0, 10]", "[10, 10]", "[0, 10) [10, 10]");
-        row("[0, 10] [10, 30]", "[10, 10]", "[0, 10) [10, 10] (10, 30]");
-        row("[0, 10] [10, 20] [20, 30]", "[40, 50] [30, 40]",
-            "[0, 10) [10, 20) [20, 30) [30, 40) [40, 50]");
-        row("[10, 10]", "[10, 10]", "");
-        row("[0, 10]", "[5, 5]", "");
-        row("[0, 10]", "[9, 20]", "");
-        row("(0, 10)", "(0, 10)", "");
-        row("[0, 10]", "[20, 30] [25, 40]", "");
-        row("[0, 10]", "[20, 15]", "");
-        row("[0, 10]", "[20, inf]", "");
-        row("[0, 10]", "[nan, 20]", "");
-    }
-
-    void rangesOfAChainAreToldApart()
-    {
-        QFETCH(QString, first);
-        QFETCH(QString, second);
-        QFETCH(QString, expected);
+        const InCase inCase(first + QStringLiteral(" and ") + second);
         VORNBuilder builder(extent(10), nullptr, nullptr);
         FMObjectChain *chain =
             builder.CreateChain(squares(ranges(first).size()), ranges(first), -1);
@@ -118,21 +83,9 @@ private Q_SLOTS:
         }
     }
 
-    // Many enough for several blocks, in calls of one and of several, and with one range that
-    // cannot go in between.
-    void observationsComeInAnyOrder_data()
+    static void checkOrder(int order, int each)
     {
-        QTest::addColumn<int>("order"); // -1 newest first, 1 oldest first, 0 shuffled
-        QTest::addColumn<int>("each");
-        for (const int order : {-1, 0, 1}) {
-            for (const int each : {1, 7})
-                QTest::addRow("%d, %d", order, each) << order << each;
-        }
-    }
-    void observationsComeInAnyOrder()
-    {
-        QFETCH(int, order);
-        QFETCH(int, each);
+        const InCase inCase(QPoint(order, each));
         constexpr int kCount = 2100;
         QVector<int> times(kCount);
         std::iota(times.begin(), times.end(), 0);
@@ -174,12 +127,54 @@ private Q_SLOTS:
             QCOMPARE(boxOf(observations[t].second).xMin, double(t));
     }
 
-    void objectsThatCannotBeAreRefused_data()
+private Q_SLOTS:
+    void rangesOfAChainAreToldApart()
     {
-        QTest::addColumn<TreeObject *>("object");
-        QTest::addColumn<bool>("taken");
+        const char *const rows[][3] = {
+            // the third is empty where the second is refused
+            {"[20, 30]", "[0, 10]", "[0, 10] [20, 30]"},
+            {"[0, 10]", "[10, 30]", "[0, 10) [10, 30]"},
+            {"[10, 30]", "[0, 10]", "[0, 10) [10, 30]"},
+            {"[0, 10]", "(10, 30]", "[0, 10] (10, 30]"},
+            {"[0, 10)", "(10, 30]", "[0, 10) (10, 30]"},
+            {"[0, 10)", "(10, 10)", "[0, 10) [10, 10]"},
+            {"[10, 10]", "[10, 30]", "[10, 10] (10, 30]"},
+            {"[0, 10]", "[10, 10]", "[0, 10) [10, 10]"},
+            {"[0, 10] [10, 30]", "[10, 10]", "[0, 10) [10, 10] (10, 30]"},
+            {"[0, 10] [10, 20] [20, 30]", "[40, 50] [30, 40]",
+             "[0, 10) [10, 20) [20, 30) [30, 40) [40, 50]"},
+            {"[10, 10]", "[10, 10]", ""},
+            {"[0, 10]", "[5, 5]", ""},
+            {"[0, 10]", "[9, 20]", ""},
+            {"(0, 10)", "(0, 10)", ""},
+            {"[0, 10]", "[20, 30] [25, 40]", ""},
+            {"[0, 10]", "[20, 15]", ""},
+            {"[0, 10]", "[20, inf]", ""},
+            {"[0, 10]", "[nan, 20]", ""},
+        };
+        for (const auto &[first, second, expected] : rows)
+            checkRanges(first, second, expected);
+    }
+
+    // Many enough for several blocks, in calls of one and of several, and with one range that
+    // cannot go in between.
+    void observationsComeInAnyOrder()
+    {
+        for (const int order : {-1, 0, 1}) { // newest first, shuffled, oldest first
+            for (const int each : {1, 7})
+                checkOrder(order, each);
+        }
+    }
+
+    void objectsThatCannotBeAreRefused()
+    {
         const auto row = [](const char *name, TreeObject *object, bool taken) {
-            QTest::newRow(name) << object << taken;
+            const InCase inCase(name);
+            VORNBuilder builder(extent(10), nullptr, nullptr);
+            QCOMPARE(builder.CreateChain({object}, {span(0, 1)}, 5) != nullptr, taken);
+            QCOMPARE(builder.IsValid(), taken);
+            // A refused chain leaves its id free and the geography's kind open.
+            QVERIFY(taken || builder.CreateChain({square(0, 0)}, {span(0, 1)}, 5));
         };
         using Ring = QVector<QPointF>;
         row("none", nullptr, false);
@@ -198,17 +193,6 @@ private Q_SLOTS:
         row("no rings", new FMPolygon(QList<QPolygonF>()), false);
         row("one ring too short",
             new FMPolygon(QList<QPolygonF>{QPolygonF(QRectF(0, 0, 1, 1)), QPolygonF()}), false);
-    }
-
-    void objectsThatCannotBeAreRefused()
-    {
-        QFETCH(TreeObject *, object);
-        QFETCH(bool, taken);
-        VORNBuilder builder(extent(10), nullptr, nullptr);
-        QCOMPARE(builder.CreateChain({object}, {span(0, 1)}, 5) != nullptr, taken);
-        QCOMPARE(builder.IsValid(), taken);
-        // A refused chain leaves its id free and the geography's kind open.
-        QVERIFY(taken || builder.CreateChain({square(0, 0)}, {span(0, 1)}, 5));
     }
 
     void objectsAreTheBuilders()
@@ -252,47 +236,40 @@ private Q_SLOTS:
         QCOMPARE(fennims->GetChainById(8)->GetObservation(0).second, 1); // record ids begin above 0
     }
 
-    void timeIsCutWhereAnythingChanges_data()
-    {
-        QTest::addColumn<QString>("chains"); // each observation a chain of its own
-        QTest::addColumn<qint64>("time");
-        QTest::addColumn<QString>("piece"); // empty: nothing exists
-        const auto row = [](const char *chains, qint64 time, const char *piece) {
-            QTest::addRow("%s at %d", chains, int(time)) << chains << time << piece;
-        };
-        row("[0, 50] [50, 100]", 25, "[0, 50)");
-        row("[0, 50] [50, 100]", 50, "[50, 50]");
-        row("[0, 50] [50, 100]", 75, "(50, 100]");
-        row("[0, 50) [50, 100]", 50, "[50, 100]");
-        row("[0, 50] (50, 100]", 50, "[0, 50]");
-        row("[0, 50) (50, 100]", 50, "");
-        row("[0, 100] [20, 30]", 10, "[0, 20)");
-        row("[0, 100] (20, 30)", 20, "[0, 20]");
-        row("[0, 100] (20, 30)", 30, "[30, 100]");
-        row("[0, 100] [40, 40]", 40, "[40, 40]");
-        row("[0, 100] [40, 40]", 41, "(40, 100]");
-        row("[0, 10] [20, 30]", -1, "");
-        row("[0, 10] [20, 30]", 31, "");
-        row("(0, 10)", 0, "");
-        row("(0, 10)", 5, "(0, 10)");
-    }
-
     void timeIsCutWhereAnythingChanges()
     {
-        QFETCH(QString, chains);
-        QFETCH(qint64, time);
-        QFETCH(QString, piece);
-        VORNBuilder builder(extent(10), nullptr, nullptr);
-        for (const timeRange &range : ranges(chains))
-            builder.CreateChain({square(0, 0)}, {range}, -1);
-        const std::unique_ptr<Fennims> fennims = opened(builder);
-        timeRange found{HUGE_VAL, -HUGE_VAL, 0};
-        QCOMPARE(fennims->GetCommonStaticTimeStamp(time, found), !piece.isEmpty());
-        QCOMPARE(fennims->GetObservationsAtTime(time).isEmpty(), piece.isEmpty());
-        QCOMPARE(piece.isEmpty() ? text(timeRange{HUGE_VAL, -HUGE_VAL, 0}) : piece, text(found));
-        if (!piece.isEmpty()) // one vector serves the whole piece
-            QCOMPARE(fennims->GetObservationsAtTime(time).constData(),
-                     fennims->GetObservationsAtTime(time).constData());
+        const struct {
+            const char *chains; // each observation a chain of its own
+            qint64 time;
+            const char *piece; // empty: nothing exists
+        } rows[] = {{"[0, 50] [50, 100]", 50, "[50, 50]"},
+                    {"[0, 50] [50, 100]", 75, "(50, 100]"},
+                    {"[0, 50) [50, 100]", 50, "[50, 100]"},
+                    {"[0, 50] (50, 100]", 50, "[0, 50]"},
+                    {"[0, 50) (50, 100]", 50, ""},
+                    {"[0, 100] [20, 30]", 10, "[0, 20)"},
+                    {"[0, 100] (20, 30)", 20, "[0, 20]"},
+                    {"[0, 100] (20, 30)", 30, "[30, 100]"},
+                    {"[0, 100] [40, 40]", 40, "[40, 40]"},
+                    {"[0, 100] [40, 40]", 41, "(40, 100]"},
+                    {"[0, 10] [20, 30]", 31, ""},
+                    {"(0, 10)", 0, ""},
+                    {"(0, 10)", 5, "(0, 10)"}};
+        for (const auto &[chains, time, told] : rows) {
+            const InCase inCase(QString("%1 at %2").arg(chains).arg(time));
+            const QString piece(told);
+            VORNBuilder builder(extent(10), nullptr, nullptr);
+            for (const timeRange &range : ranges(chains))
+                builder.CreateChain({square(0, 0)}, {range}, -1);
+            const std::unique_ptr<Fennims> fennims = opened(builder);
+            timeRange found{HUGE_VAL, -HUGE_VAL, 0};
+            QCOMPARE(fennims->GetCommonStaticTimeStamp(time, found), !piece.isEmpty());
+            QCOMPARE(fennims->GetObservationsAtTime(time).isEmpty(), piece.isEmpty());
+            QCOMPARE(text(found), piece.isEmpty() ? QString("(inf, -inf)") : piece);
+            if (!piece.isEmpty()) // one vector serves the whole piece
+                QCOMPARE(fennims->GetObservationsAtTime(time).constData(),
+                         fennims->GetObservationsAtTime(time).constData());
+        }
     }
 
     void timesMayBeAnyNumbers()
@@ -307,28 +284,6 @@ private Q_SLOTS:
                                 std::numeric_limits<qint64>::max()}));
         QCOMPARE(fennims->GetObservationsAtTime(-3).size(), 1);
         QCOMPARE(fennims->GetTimeBounds().end, 1e300);
-    }
-
-    void settingsReachTheGeography()
-    {
-        FMProjectionInfo projection;
-        QVERIFY(FMProjectionInfo::FromWkt(QStringLiteral("GEOGCS[\"any\",UNIT[\"degree\",1]]"),
-                                          projection));
-        VORNBuilder builder(extent(10), nullptr, &projection);
-        builder.SetAdjacencyTolerance(-1);
-        builder.SetAdjacencyTolerance(0.25);
-        // Outside the bounds told.
-        builder.CreateChain({square(1000, 1000), square(0, 0)}, {span(5, 6), span(500, 501)}, -1);
-        const std::unique_ptr<Fennims> fennims = opened(builder);
-        QVERIFY(fennims);
-        QCOMPARE(fennims->GetBoundingRect().xMax, 1001.0);
-        fennims->SetName("like this");
-        VORNBuilder another(fennims->GetBoundingRect(), fennims.get(), nullptr);
-        another.CreateChain({square(0, 0)}, {span(0, 1)}, -1);
-        const std::unique_ptr<Fennims> like = opened(another);
-        QCOMPARE(like->GetName(), QStringLiteral("like this"));
-        QCOMPARE(like->GetProjectionSettings().GetGeographicCSName(), QStringLiteral("any"));
-        QCOMPARE(like->GetAdjacencyTolerance(), 0.25);
     }
 };
 
