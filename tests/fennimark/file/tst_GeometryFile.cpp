@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The geometry file: what is written reads back the same, and nothing else is believed.
 #include <QtEndian>
-#include <functional>
 #include "base/timeRules.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/geographies.h"
@@ -95,29 +94,11 @@ private:
 
 } // namespace
 
-using Forge = std::function<void(Sections &)>;
-Q_DECLARE_METATYPE(Forge)
-
 class TestGeometryFile : public QObject {
     Q_OBJECT
-private Q_SLOTS:
-    void savedAndOpenedIsTheSame_data()
+    static void checkSaved(int kind, int chains, int observations)
     {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<int>("chains");
-        QTest::addColumn<int>("observations");
-        for (const int kind :
-             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
-            QTest::addRow("kind %d, static", kind) << kind << 3000 << 1;
-            QTest::addRow("kind %d, changing", kind) << kind << 40 << 9;
-        }
-    }
-
-    void savedAndOpenedIsTheSame()
-    {
-        QFETCH(int, kind);
-        QFETCH(int, chains);
-        QFETCH(int, observations);
+        const InCase inKind(kind);
         RandomGeography geography(3, RandomGeography::Kind(kind), chains, observations, 0, 0);
         QVERIFY(geography.fennims);
         geography.fennims->SetName("Caf\xc3\xa9");
@@ -147,6 +128,15 @@ private Q_SLOTS:
         }
     }
 
+private Q_SLOTS:
+    void savedAndOpenedIsTheSame()
+    {
+        for (const int kind :
+             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
+            checkSaved(kind, 3000, 1);
+            checkSaved(kind, 40, 9);
+        }
+    }
     // Long pieces are read in lanes, short ones in order, and both must make the same file.
     void checksumsAreTheSameInPieces()
     {
@@ -215,10 +205,22 @@ private Q_SLOTS:
         QVERIFY(open(*geography.fennims, longFile));
     }
 
-    void forgedFilesAreRefused_data()
+    void forgedFilesAreRefused()
     {
-        QTest::addColumn<Forge>("forge");
-        const auto row = [](const char *name, const Forge &forge) { QTest::newRow(name) << forge; };
+        const QByteArray bytes = smallFile();
+        const auto row = [&bytes](const char *name, auto forge) {
+            const InCase inCase(name);
+            Sections file(bytes);
+            forge(file);
+            QByteArray forged = file.file();
+            QVERIFY(forged != bytes);
+            QDataStream in(&forged, QIODevice::ReadOnly);
+            Fennims fennims;
+            QVERIFY(!fennims.Open(in, nullptr));
+            QVERIFY(in.status() != QDataStream::Ok);
+            QCOMPARE(fennims.GetChainCount(), 0);
+            QVERIFY(!fennims.mTree->CheckOutRecord(1, true));
+        };
         row("major", [](Sections &f) { f.setHeader<quint16>(8, 2); });
         row("header size", [](Sections &f) { f.setHeader<quint32>(12, 512); });
         row("type 0", [](Sections &f) { f.setHeader<quint32>(16, 0); });
@@ -278,22 +280,6 @@ private Q_SLOTS:
             f.parts.insert(2, {QByteArray("SPAM\1\0\0\0", 8), "data"});
         });
         row("no end", [](Sections &f) { f.parts.removeLast(); });
-    }
-
-    void forgedFilesAreRefused()
-    {
-        QFETCH(Forge, forge);
-        static const QByteArray bytes = smallFile();
-        Sections file(bytes);
-        forge(file);
-        QByteArray forged = file.file();
-        QVERIFY(forged != bytes);
-        QDataStream in(&forged, QIODevice::ReadOnly);
-        Fennims fennims;
-        QVERIFY(!fennims.Open(in, nullptr));
-        QVERIFY(in.status() != QDataStream::Ok);
-        QCOMPARE(fennims.GetChainCount(), 0);
-        QVERIFY(!fennims.mTree->CheckOutRecord(1, true));
     }
 
     void sectionsOfALaterMinorAreSkipped()
