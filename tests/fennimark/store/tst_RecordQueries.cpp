@@ -58,36 +58,11 @@ QVector<int> expectedNearest(const RandomGeography &geography, qint64 time, int 
 
 class TestRecordQueries : public QObject {
     Q_OBJECT
-private Q_SLOTS:
-    void agreeWithThePlainWalk_data()
+    static void checkQueries(RandomGeography::Kind kind, int chains, int observations, double step,
+                             double offset)
     {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<int>("chains");
-        QTest::addColumn<int>("observations");
-        QTest::addColumn<double>("step");
-        QTest::addColumn<double>("offset");
-        for (const int kind :
-             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
-            const auto row = [kind](const char *name) -> QTestData & {
-                return QTest::addRow("kind %d, %s", kind, name) << kind;
-            };
-            row("one") << 1 << 1 << 0.0 << 0.0;
-            row("static") << 900 << 1 << 0.0 << 0.0;
-            row("changing") << 120 << 6 << 0.0 << 0.0;
-            row("lattice") << 500 << 1 << 10.0 << 0.0;
-            row("far off") << 200 << 3 << 0.1 << 6.5e6;
-        }
-    }
-
-    void agreeWithThePlainWalk()
-    {
-        QFETCH(int, kind);
-        QFETCH(int, chains);
-        QFETCH(int, observations);
-        QFETCH(double, step);
-        QFETCH(double, offset);
-        RandomGeography geography(7, RandomGeography::Kind(kind), chains, observations, step,
-                                  offset);
+        const InCase inCase(QPoint(kind, chains));
+        RandomGeography geography(7, kind, chains, observations, step, offset);
         QVERIFY(geography.fennims);
         Fennims &fennims = *geography.fennims;
         QCOMPARE(fennims.GetChainCount(), chains);
@@ -158,15 +133,9 @@ private Q_SLOTS:
         QCOMPARE(fennimark::StoreAccess::store(*fennims.mTree).live().inUse(), 0U);
     }
 
-    void storesBeyondTheHeapAnswerAlike_data()
+    static void checkLargeStore(bool mapped)
     {
-        QTest::addColumn<bool>("mapped");
-        QTest::newRow("mapped file") << true;
-        QTest::newRow("positioned reads") << false;
-    }
-    void storesBeyondTheHeapAnswerAlike()
-    {
-        QFETCH(bool, mapped);
+        const InCase inMapped(mapped);
         QTemporaryDir scratch;
         Fennims::SetScratchDirectory(scratch.filePath(QStringLiteral("made/when/missing")));
         fennimark::ScratchSpace::allowMapping(mapped);
@@ -204,6 +173,25 @@ private Q_SLOTS:
         }
         QVERIFY(QDir(scratch.filePath(QStringLiteral("made/when/missing"))).exists());
         QCOMPARE(fennimark::StoreAccess::store(*fennims->mTree).live().inUse(), 0U);
+    }
+
+private Q_SLOTS:
+    void agreeWithThePlainWalk()
+    {
+        for (const auto kind :
+             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
+            checkQueries(kind, 1, 1, 0, 0);
+            checkQueries(kind, 900, 1, 0, 0);
+            checkQueries(kind, 120, 6, 0, 0);       // changing
+            checkQueries(kind, 500, 1, 10, 0);      // on a lattice
+            checkQueries(kind, 200, 3, 0.1, 6.5e6); // far off
+        }
+    }
+
+    void storesBeyondTheHeapAnswerAlike()
+    {
+        for (const bool mapped : {true, false})
+            checkLargeStore(mapped);
     }
 
     void liveObjectsAreCountedAndKept()
