@@ -79,16 +79,9 @@ int links(Fennims &fennims, bool queen)
 
 class TestContiguity : public QObject {
     Q_OBJECT
-private Q_SLOTS:
-    void gridsHaveTheirNeighbours_data()
+    static void checkGrid(double step)
     {
-        QTest::addColumn<double>("step");
-        for (const double step : {1.0, 0.1, 10.1}) // corners of the last two differ in their bits
-            QTest::addRow("%g", step) << step;
-    }
-    void gridsHaveTheirNeighbours()
-    {
-        QFETCH(double, step);
+        const InCase inStep(step);
         const Grid grid(30, 20, step);
         QCOMPARE(links(*grid.fennims, false), 2 * (29 * 20 + 30 * 19));
         QCOMPARE(links(*grid.fennims, true), 2 * (29 * 20 + 30 * 19 + 2 * 29 * 19));
@@ -104,9 +97,18 @@ private Q_SLOTS:
         QCOMPARE(around(0, false, 2, {grid.record(0), grid.record(1), grid.record(30)}),
                  grid.records({2, 31, 60}));
         QVERIFY(around(0, false, -1, {}).isEmpty());
-        QVERIFY(
-            grid.fennims->CalculatePolygonAdjacencies(grid.record(0), 11, true, 1, {}).isEmpty());
-        QVERIFY(grid.fennims->CalculatePolygonAdjacencies(0, 5, true, 1, {}).isEmpty());
+        for (const int time : {11, 5})
+            QVERIFY(
+                grid.fennims
+                    ->CalculatePolygonAdjacencies(time == 5 ? 0 : grid.record(0), time, true, 1, {})
+                    .isEmpty());
+    }
+
+private Q_SLOTS:
+    void gridsHaveTheirNeighbours()
+    {
+        for (const double step : {1.0, 0.1, 10.1}) // corners of the last two differ in their bits
+            checkGrid(step);
     }
 
     void oneByOneAndAllAgree()
@@ -148,9 +150,9 @@ private Q_SLOTS:
     {
         VORNBuilder builder(extent(100), nullptr, nullptr);
         const auto add = [&builder](double x0, double y0, double x1, double y1) {
-            builder.CreateChain({new FMPolygon(QVector<QPointF>{
-                                    {x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}})},
-                                {span(0, 10)}, -1);
+            builder.CreateChain(
+                {new FMPolygon(QVector<QPointF>{{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}})},
+                {span(0, 10)}, -1);
         };
         for (int i = 0; i < 30; ++i)
             add(i, 0, i + 1 - 1e-12, 1); // gaps that are above the slack of neighbours
@@ -174,21 +176,6 @@ private Q_SLOTS:
         for (const int chain : {0, 29, 30, 31})
             QCOMPARE(again->CalculatePolygonAdjacencies(record(chain), 5, true, 1, {record(chain)}),
                      expected[record(chain)]);
-    }
-
-    void ringsGrowStepByStep()
-    {
-        const Grid grid(9, 9, 1);
-        const auto rings = grid.fennims->CalculatePolygonNeighborRings(grid.record(40), 5, true, 7);
-        QCOMPARE(rings.size(), 7);
-        for (int i = 0; i < 7; ++i)
-            QCOMPARE(rings[i].size(), i < 4 ? 8 * (i + 1) : 0);
-        QCOMPARE(answers({rings[1].contains(grid.record(20)), rings[0].contains(grid.record(40))}),
-                 "yn");
-        QCOMPARE(grid.fennims->CalculatePolygonAdjacencies(grid.record(40), 5, false, 3, {}).size(),
-                 25);
-        QVERIFY(grid.fennims->CalculatePolygonNeighborRings(grid.record(40), 5, true, 0).isEmpty());
-        QVERIFY(grid.fennims->CalculatePolygonNeighborRings(9999, 5, true, 2).isEmpty());
     }
 
     // Counts by spdep 1.2-7 (poly2nb), both directions.
