@@ -33,27 +33,9 @@ double areaOfCells(const QVector<FMCellArea> &cells)
 
 class TestGridCoverage : public QObject {
     Q_OBJECT
-private Q_SLOTS:
-    void centersAgreeWithThePointTest_data()
+    static void checkCenters(bool lattice, int vertices, const QPointF &offset, double cell)
     {
-        // A lattice has vertices on centres, edges along columns and rows of centres.
-        QTest::addColumn<bool>("lattice");
-        QTest::addColumn<int>("vertices");
-        QTest::addColumn<QPointF>("offset");
-        QTest::addColumn<double>("cell");
-        QTest::newRow("centres on edges and vertices") << true << 7 << QPointF(0, 0) << 1.0;
-        QTest::newRow("the same with an inexact cell") << true << 7 << QPointF(0, 0) << 0.1;
-        QTest::newRow("the same far out") << true << 20 << QPointF(512345.6, 5432109.8) << 0.1;
-        QTest::newRow("stars") << false << 40 << QPointF(0, 0) << 1.0;
-        QTest::newRow("cells of the size of the rounding")
-            << false << 9 << QPointF(4.0e9, 4.0e9) << 1.0e-6;
-    }
-    void centersAgreeWithThePointTest()
-    {
-        QFETCH(bool, lattice);
-        QFETCH(int, vertices);
-        QFETCH(QPointF, offset);
-        QFETCH(double, cell);
+        const InCase inCase(QRectF(offset, QSizeF(vertices, cell)));
         cases::Random random(walkSeed(5));
         const FMGrid grid{offset.x(), offset.y(), offset.y() + 24 * cell, cell, cell};
         int found = 0;
@@ -76,21 +58,9 @@ private Q_SLOTS:
         QVERIFY(found > 1000);
     }
 
-    void areasAgreeWithGeos_data()
+    static void checkAreas(int vertices, const QPointF &offset, double cell)
     {
-        QTest::addColumn<int>("vertices");
-        QTest::addColumn<QPointF>("offset");
-        QTest::addColumn<double>("cell");
-        QTest::newRow("few vertices") << 4 << QPointF(0, 0) << 1.0;
-        QTest::newRow("vertices on grid lines") << -12 << QPointF(0, 0) << 1.0;
-        QTest::newRow("many vertices a cell") << 900 << QPointF(0, 0) << 1.0;
-        QTest::newRow("projected") << 60 << QPointF(512345.5, 5432109.25) << 30.0;
-    }
-    void areasAgreeWithGeos()
-    {
-        QFETCH(int, vertices);
-        QFETCH(QPointF, offset);
-        QFETCH(double, cell);
+        const InCase inVertices(vertices);
         const cases::Geos geos;
         cases::Random random(walkSeed(17));
         const FMGrid grid{offset.x(), offset.y(), offset.y() + 20 * cell, cell, cell};
@@ -131,6 +101,25 @@ private Q_SLOTS:
             }
             QCOMPARE(next, cells.size()); // and in that order
         }
+    }
+
+private Q_SLOTS:
+    void centersAgreeWithThePointTest()
+    {
+        // A lattice has vertices on centres, edges along columns and rows of centres.
+        checkCenters(true, 7, QPointF(0, 0), 1.0);
+        checkCenters(true, 7, QPointF(0, 0), 0.1);
+        checkCenters(true, 20, QPointF(512345.6, 5432109.8), 0.1);
+        checkCenters(false, 40, QPointF(0, 0), 1.0);
+        checkCenters(false, 9, QPointF(4.0e9, 4.0e9), 1.0e-6); // cells of the size of the rounding
+    }
+
+    void areasAgreeWithGeos()
+    {
+        checkAreas(4, QPointF(0, 0), 1.0);
+        checkAreas(-12, QPointF(0, 0), 1.0); // vertices on grid lines
+        checkAreas(900, QPointF(0, 0), 1.0);
+        checkAreas(60, QPointF(512345.5, 5432109.25), 30.0);
     }
 
     void areasSumUpToTheArea()
