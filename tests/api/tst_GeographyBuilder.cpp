@@ -2,12 +2,11 @@
 // Building vector geographies through the public functions.
 #include <QDir>
 #include <QtTest>
-#include <functional>
-#include <limits>
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
+#include "support/checks.h"
 #include "support/model.h"
 #include "support/support.h"
 
@@ -48,17 +47,13 @@ int scratchFileCount()
 
 } // namespace
 
-Q_DECLARE_METATYPE(std::function<bool(unsigned int)>)
-
 class TestGeographyBuilder : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void nothingIsBuiltUnstarted();
     void oneGeographyAtATime();
-    void geometriesOfEachKind_data();
     void geometriesOfEachKind();
     void badGeometriesAreRefused();
-    void projectionsBecomeTags_data();
     void projectionsBecomeTags();
     void projectionIsTakenFromAnother();
 };
@@ -68,13 +63,11 @@ void TestGeographyBuilder::nothingIsBuiltUnstarted()
     TestModel model;
     QCOMPARE(finish(), 0);
     QCOMPARE(VORN_CreateNewObjectChain(), -1);
-    QVERIFY(!VORN_AbortNewVectorGeography());
-    QVERIFY(!VORN_AddPointToChain(0, QPointF(), kSpan));
-    QVERIFY(!VORN_AddLineToChain(0, {{QPointF(0, 0), QPointF(1, 1)}}, kSpan));
-    QVERIFY(!VORN_AddPolygonToChain(0, QList<QPointF>{QPointF(0, 0), QPointF(1, 1), QPointF(1, 0)},
-                                    kSpan));
-    QVERIFY(!VORN_SetAdjacencyTolerance(1.0));
-    QVERIFY(!VORN_SetNewGeographyProjection(kProjected));
+    const QList<QPointF> ring{QPointF(0, 0), QPointF(1, 1), QPointF(1, 0)};
+    QCOMPARE(answers({VORN_AbortNewVectorGeography(), VORN_AddPointToChain(0, QPointF(), kSpan),
+                      VORN_AddLineToChain(0, {ring}, kSpan), VORN_AddPolygonToChain(0, ring, kSpan),
+                      VORN_SetAdjacencyTolerance(1.0), VORN_SetNewGeographyProjection(kProjected)}),
+             "nnnnnn");
     const int files = scratchFileCount();
     QVERIFY(start());
     QCOMPARE(finish(), -1); // nothing was added
@@ -98,50 +91,36 @@ void TestGeographyBuilder::oneGeographyAtATime()
     QVERIFY(start());
 }
 
-void TestGeographyBuilder::geometriesOfEachKind_data()
-{
-    using Add = std::function<bool(unsigned int)>;
-    QTest::addColumn<Add>("add");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QRectF>("bounds");
-    QTest::newRow("points") << Add([](unsigned int chain) {
-        return VORN_AddPointToChain(chain, QPointF(2, 3), kSpan);
-    }) << 2 << QRectF(2, 3, 0, 0);
-    QTest::newRow("lines") << Add([](unsigned int chain) {
-        return VORN_AddLineToChain(
-            chain, {{QPointF(0, 0), QPointF(4, 1)}, {QPointF(5, 5), QPointF(6, 7)}}, kSpan);
-    }) << 4 << QRectF(0, 0, 6, 7);
-    QTest::newRow("ring") << Add([](unsigned int chain) {
-        return VORN_AddPolygonToChain(
-            chain, QList<QPointF>{QPointF(1, 1), QPointF(3, 1), QPointF(3, 4)}, kSpan);
-    }) << 1 << QRectF(1, 1, 2, 3);
-    QTest::newRow("rings") << Add([](unsigned int chain) {
-        const QList<QPointF> shell{QPointF(0, 0), QPointF(9, 0), QPointF(9, 9), QPointF(0, 9)};
-        const QList<QPointF> hole{QPointF(1, 1), QPointF(2, 1), QPointF(2, 2)};
-        return VORN_AddPolygonToChain(chain, QList<QList<QPointF>>{shell, hole}, kSpan);
-    }) << 1 << QRectF(0, 0, 9, 9);
-}
-
 void TestGeographyBuilder::geometriesOfEachKind()
 {
-    using Add = std::function<bool(unsigned int)>;
-    QFETCH(Add, add);
-    QFETCH(int, type);
-    QFETCH(QRectF, bounds);
-    TestModel model;
-    QVERIFY(start());
-    const unsigned int chain = newChain();
-    QVERIFY(add(chain));
-    QVERIFY(!add(chain));     // the interval is taken
-    QVERIFY(!add(chain + 1)); // no such chain
-    QVERIFY(!add(0xFFFFFFFFU));
-    const GeoProps props = VORN_GetGeographyProperties(finish());
-    QCOMPARE(props.type, type);
-    QCOMPARE(props.bounds, bounds);
-    QCOMPARE(props.objectCount, 1);
-    QCOMPARE(props.timeBounds, stamp("[0, 10]"));
-    QCOMPARE(props.name, QStringLiteral("g"));
-    QCOMPARE(props.metaData.value(QStringLiteral("History")), QVariant(QStringLiteral("history")));
+    const auto check = [](int type, const QRectF &bounds, auto add) {
+        const InCase inBounds(bounds);
+        TestModel model;
+        QVERIFY(start());
+        const unsigned int chain = newChain();
+        // The interval is taken, and there are no such chains.
+        QCOMPARE(answers({add(chain), add(chain), add(chain + 1), add(0xFFFFFFFFU)}), "ynnn");
+        const GeoProps props = VORN_GetGeographyProperties(finish());
+        QCOMPARE(props.type, type);
+        QCOMPARE(props.bounds, bounds);
+        QCOMPARE(props.objectCount, 1);
+        QCOMPARE(props.timeBounds, stamp("[0, 10]"));
+        QCOMPARE(props.name, QStringLiteral("g"));
+        QCOMPARE(props.metaData.value(QStringLiteral("History")),
+                 QVariant(QStringLiteral("history")));
+    };
+    const QList<QPointF> ring{QPointF(1, 1), QPointF(3, 1), QPointF(3, 4)};
+    const QList<QPointF> shell{QPointF(0, 0), QPointF(9, 0), QPointF(9, 9), QPointF(0, 9)};
+    check(2, QRectF(2, 3, 0, 0),
+          [](unsigned int chain) { return VORN_AddPointToChain(chain, QPointF(2, 3), kSpan); });
+    check(4, QRectF(0, 0, 9, 9), [&](unsigned int chain) {
+        return VORN_AddLineToChain(chain, {ring, shell}, kSpan);
+    });
+    check(1, QRectF(1, 1, 2, 3),
+          [&](unsigned int chain) { return VORN_AddPolygonToChain(chain, ring, kSpan); });
+    check(1, QRectF(0, 0, 9, 9), [&](unsigned int chain) {
+        return VORN_AddPolygonToChain(chain, QList<QList<QPointF>>{shell, ring}, kSpan);
+    });
 }
 
 void TestGeographyBuilder::badGeometriesAreRefused()
@@ -149,47 +128,37 @@ void TestGeographyBuilder::badGeometriesAreRefused()
     TestModel model;
     QVERIFY(start());
     const unsigned int chain = newChain();
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    QVERIFY(!VORN_AddPointToChain(chain, QPointF(nan, 0), kSpan));
-    QVERIFY(!VORN_AddPointToChain(chain, QPointF(0, 0), {10, 0, true, true}));
-    QVERIFY(!VORN_AddLineToChain(chain, {{QPointF(0, 0)}}, kSpan));
-    QVERIFY(!VORN_AddLineToChain(chain, {}, kSpan));
-    QVERIFY(!VORN_AddPolygonToChain(chain, QList<QPointF>{QPointF(0, 0), QPointF(1, 1)}, kSpan));
-    QVERIFY(!VORN_AddPolygonToChain(chain, QList<QList<QPointF>>{}, kSpan));
+    QCOMPARE(answers({VORN_AddPointToChain(chain, QPointF(qQNaN(), 0), kSpan),
+                      VORN_AddPointToChain(chain, QPointF(0, 0), {10, 0, true, true}),
+                      VORN_AddLineToChain(chain, {}, kSpan),
+                      VORN_AddPolygonToChain(chain, QList<QList<QPointF>>{}, kSpan)}),
+             "nnnn");
     QVERIFY(VORN_AddPointToChain(chain, QPointF(0, 0), kSpan));
     QVERIFY(
         !VORN_AddLineToChain(newChain(), {{QPointF(0, 0), QPointF(1, 1)}}, kSpan)); // another kind
     QVERIFY(finish() >= 0);
 }
 
-void TestGeographyBuilder::projectionsBecomeTags_data()
-{
-    QTest::addColumn<QString>("wkt");
-    QTest::addColumn<QVariant>("projection");
-    QTest::addColumn<QVariant>("unit");
-    QTest::newRow("none") << QString() << QVariant("Unknown") << QVariant("Unknown");
-    QTest::newRow("projected") << kProjected << QVariant("Grid") << QVariant("metre");
-    QTest::newRow("geographic") << kGeographic << QVariant("Unprojected") << QVariant(9102);
-}
-
 void TestGeographyBuilder::projectionsBecomeTags()
 {
-    QFETCH(QString, wkt);
-    QFETCH(QVariant, projection);
-    QFETCH(QVariant, unit);
-    TestModel model;
-    QVERIFY(start());
-    QVERIFY(!VORN_SetNewGeographyProjection(QStringLiteral("no system")));
-    if (!wkt.isEmpty())
-        QVERIFY(VORN_SetNewGeographyProjection(wkt));
-    QVERIFY(VORN_AddPointToChain(newChain(), QPointF(1, 1), kSpan));
-    QVERIFY(!VORN_SetNewGeographyProjection(kProjected)); // too late
-    MVectorData &geography = model.vectorData(finish());
-    QCOMPARE(geography.GetMetaData()[QStringLiteral("Projection")], projection);
-    QCOMPARE(geography.GetMetaData()[QStringLiteral("Distance unit")], unit);
-    QString text;
-    QVERIFY(geography.GetDistanceUnit(text));
-    QCOMPARE(text, unit.toString());
+    const auto check = [](const QString &wkt, const QVariant &projection, const QVariant &unit) {
+        const InCase inWkt(wkt);
+        TestModel model;
+        QVERIFY(start());
+        QVERIFY(!VORN_SetNewGeographyProjection(QStringLiteral("no system")));
+        QVERIFY(wkt.isEmpty() || VORN_SetNewGeographyProjection(wkt));
+        QVERIFY(VORN_AddPointToChain(newChain(), QPointF(1, 1), kSpan));
+        QVERIFY(!VORN_SetNewGeographyProjection(kProjected)); // too late
+        MVectorData &geography = model.vectorData(finish());
+        QCOMPARE(geography.GetMetaData()[QStringLiteral("Projection")], projection);
+        QCOMPARE(geography.GetMetaData()[QStringLiteral("Distance unit")], unit);
+        QString text;
+        QVERIFY(geography.GetDistanceUnit(text));
+        QCOMPARE(text, unit.toString());
+    };
+    check(QString(), "Unknown", "Unknown");
+    check(kProjected, "Grid", "metre");
+    check(kGeographic, "Unprojected", 9102);
 }
 
 void TestGeographyBuilder::projectionIsTakenFromAnother()
@@ -201,7 +170,7 @@ void TestGeographyBuilder::projectionIsTakenFromAnother()
     };
     QVERIFY(start());
     QVERIFY(!VORN_SetAdjacencyTolerance(-1.0));
-    QVERIFY(!VORN_SetAdjacencyTolerance(std::numeric_limits<double>::infinity()));
+    QVERIFY(!VORN_SetAdjacencyTolerance(qInf()));
     QVERIFY(VORN_SetAdjacencyTolerance(0.25));
     QVERIFY(VORN_SetNewGeographyProjection(kProjected)); // which keeps the tolerance
     const MVectorData &first = finishPoint();
