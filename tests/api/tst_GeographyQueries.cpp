@@ -141,13 +141,12 @@ QVector<float> distancesOf(const QVector<neighborDatum> &neighbors)
 
 class TestGeographyQueries : public QObject {
     Q_OBJECT
+    static void compareQueries(int type);
+    static void compareNeighbors(int type);
+    static void comparePolygonQueries(int type);
+
 private Q_SLOTS:
-    void queriesAgreeWithAWalk_data();
-    void queriesAgreeWithAWalk();
-    void neighborsAgreeWithAWalk_data() { queriesAgreeWithAWalk_data(); }
-    void neighborsAgreeWithAWalk();
-    void polygonQueriesMeasureWhatTheyShare_data() { queriesAgreeWithAWalk_data(); }
-    void polygonQueriesMeasureWhatTheyShare();
+    void resultsAgreeWithAWalk();
     void ringsAreStepsOfAWalk();
     void timesOfObjects();
     void gridsAnswerByCell();
@@ -155,17 +154,18 @@ private Q_SLOTS:
     void badPlacesAndCountsAreRefused();
 };
 
-void TestGeographyQueries::queriesAgreeWithAWalk_data()
+void TestGeographyQueries::resultsAgreeWithAWalk()
 {
-    QTest::addColumn<int>("type");
-    QTest::newRow("points") << int(GeoProps::Points);
-    QTest::newRow("lines") << int(GeoProps::Lines);
-    QTest::newRow("polygons") << int(GeoProps::Polygons);
+    for (const int type : {GeoProps::Points, GeoProps::Lines, GeoProps::Polygons}) {
+        const InCase inType(type);
+        compareQueries(type);
+        compareNeighbors(type);
+        comparePolygonQueries(type);
+    }
 }
 
-void TestGeographyQueries::queriesAgreeWithAWalk()
+void TestGeographyQueries::compareQueries(int type)
 {
-    QFETCH(int, type);
     TestModel model;
     Twin twin(model, type, 11);
     const Twin other(model, GeoProps::Polygons, 12);
@@ -211,9 +211,8 @@ void TestGeographyQueries::queriesAgreeWithAWalk()
     }
 }
 
-void TestGeographyQueries::neighborsAgreeWithAWalk()
+void TestGeographyQueries::compareNeighbors(int type)
 {
-    QFETCH(int, type);
     TestModel model;
     Twin from(model, type, 21);
     const Twin to(model, GeoProps::Points, 22);
@@ -257,9 +256,8 @@ void TestGeographyQueries::neighborsAgreeWithAWalk()
 }
 
 // Overlaps are measured against the public intersection, where both polygons are simple.
-void TestGeographyQueries::polygonQueriesMeasureWhatTheyShare()
+void TestGeographyQueries::comparePolygonQueries(int type)
 {
-    QFETCH(int, type);
     TestModel model;
     Twin twin(model, type, 31);
     const Rings windows{{{5, 5}, {30, 8}, {25, 33}, {8, 20}}, {{5, 5}, {30, 30}, {30, 5}, {5, 30}}};
@@ -396,18 +394,19 @@ void TestGeographyQueries::badPolygonsAreRefused()
         QVERIFY(!VORN_GetPolygonArea(bad, area));
         QCOMPARE(area, 0.0);
         area = 5.0;
-        QVERIFY(!VORN_GetPolygonIntersection(square.object, bad, rings, area));
-        QVERIFY(!VORN_GetPolygonIntersection(bad, square.object, rings, area));
-        QVERIFY(!VORN_GetPolygonRectIntersection(bad, QRectF(0, 0, 1, 1), rings, area));
-        QVERIFY(!VORN_GetPolygonUnion({square.object, bad}, rings));
+        QCOMPARE(answers({VORN_GetPolygonIntersection(square.object, bad, rings, area),
+                          VORN_GetPolygonIntersection(bad, square.object, rings, area),
+                          VORN_GetPolygonRectIntersection(bad, QRectF(0, 0, 1, 1), rings, area),
+                          VORN_GetPolygonUnion({square.object, bad}, rings)}),
+                 "nnnn");
     }
     for (const VORN_Object &bad : {none, point.object}) {
-        QCOMPARE(answers({VORN_GetPolygonUnion({bad}, rings), VORN_GetPolygonVertices(bad, rings)}),
-                 "nn");
-        QVERIFY(!VORN_GetCommonPolygonBorder(square.object, bad, border));
-        QVERIFY(!VORN_GetCommonPolygonBorder(bad, square.object, border));
-        QVERIFY(!VORN_GetRandomPointsInPolygon(bad, 3, points));
-        QVERIFY(!VORN_GetPolygonCentroid(bad, place));
+        QCOMPARE(answers({VORN_GetPolygonUnion({bad}, rings), VORN_GetPolygonVertices(bad, rings),
+                          VORN_GetCommonPolygonBorder(square.object, bad, border),
+                          VORN_GetCommonPolygonBorder(bad, square.object, border),
+                          VORN_GetRandomPointsInPolygon(bad, 3, points),
+                          VORN_GetPolygonCentroid(bad, place)}),
+                 "nnnnnn");
         QCOMPARE(raisedText([&] {
                      Objects found;
                      VORN_PolygonQuery(bad, id, 5, found, nullptr);
@@ -450,9 +449,10 @@ void TestGeographyQueries::badPlacesAndCountsAreRefused()
     Objects found;
     for (const QRectF &rect :
          {QRectF(3, 3, -2, -2), QRectF(kNan, 0, 9, 9), QRectF(0, 0, kNan, 9)}) {
-        QCOMPARE(answers({VORN_RectQuery(id, rect, 5, found), found.isEmpty()}), "yy");
-        QCOMPARE(answers({VORN_MBRQuery(id, rect, 5, found), found.isEmpty()}), "yy");
-        QCOMPARE(answers({VORN_RectTimeQuery(id, rect, 0, 9, found), found.isEmpty()}), "yy");
+        QCOMPARE(answers({VORN_RectQuery(id, rect, 5, found), found.isEmpty(),
+                          VORN_MBRQuery(id, rect, 5, found), found.isEmpty(),
+                          VORN_RectTimeQuery(id, rect, 0, 9, found), found.isEmpty()}),
+                 "yyyyyy");
     }
     QCOMPARE(answers({VORN_RectTimeQuery(id, QRectF(0, 0, 9, 9), 9, 0, found), found.isEmpty()}),
              "yy");
