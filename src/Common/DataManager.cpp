@@ -97,8 +97,10 @@ bool DataManager::ReadDataBlock(int id, QByteArray &bytes)
         return true;
     }
     const qint64 cost = BlockCache::CostOf(slot->size);
-    const bool isKept = cost <= mCache.Limit();
-    QByteArray evicted = isKept ? MakeRoom(cost) : QByteArray();
+    QByteArray evicted;
+    // A block that is in the file can be read also when the disk is too full to write what would
+    // have to leave the cache for it. It is not kept then.
+    const bool isKept = cost <= mCache.Limit() && TryMakeRoom(cost, evicted);
     bool read = false;
     try {
         bytes = recycled(std::move(evicted), slot->size);
@@ -150,28 +152,39 @@ void DataManager::Keep(int id, const QByteArray &bytes, bool dirty)
     mCache.Put(id, bytes, dirty);
 }
 
-// Evicts blocks until `cost` more fits. @return the contents that were evicted last, whose memory
-// may be reused.
-QByteArray DataManager::MakeRoom(qint64 cost)
+void DataManager::MakeRoom(qint64 cost)
 {
     QByteArray evicted;
-    while (mCache.Cost() + cost > mCache.Limit())
-        evicted = Evict(mCache.Oldest());
-    return evicted;
+    require(TryMakeRoom(cost, evicted), "result");
 }
 
-// Writes a dirty block and removes it from the cache. @return the contents.
-QByteArray DataManager::Evict(int id)
+// Evicts blocks until `cost` more fits; false when one of them cannot be written. `evicted` takes
+// the contents that were evicted last, whose memory may be reused.
+bool DataManager::TryMakeRoom(qint64 cost, QByteArray &evicted)
+{
+    while (mCache.Cost() + cost > mCache.Limit()) {
+        if (!TryEvict(mCache.Oldest(), evicted))
+            return false;
+    }
+    return true;
+}
+
+// Writes a dirty block and removes it from the cache; false, with the block left there, when it
+// cannot be written. `contents` takes what the block held.
+bool DataManager::TryEvict(int id, QByteArray &contents)
 {
     BlockSlot &slot = *mTable.Find(id);
-    require(!slot.dirty || WriteDataBlock(id, slot.bytes, WriteMode::Combined), "result");
-    return mCache.Remove(slot);
+    if (slot.dirty && !WriteDataBlock(id, slot.bytes, WriteMode::Combined))
+        return false;
+    contents = mCache.Remove(slot);
+    return true;
 }
 
 void DataManager::EmptyCache()
 {
+    QByteArray contents;
     while (mCache.Oldest() >= 0)
-        Evict(mCache.Oldest());
+        require(TryEvict(mCache.Oldest(), contents), "result");
 }
 
 // The bytes are written first; the extents change only after the write has succeeded.

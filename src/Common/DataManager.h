@@ -86,8 +86,9 @@ private:
     friend class datainterface::BlockReading;
 
     void Keep(int id, const QByteArray &bytes, bool dirty);
-    QByteArray MakeRoom(qint64 cost);
-    QByteArray Evict(int id);
+    void MakeRoom(qint64 cost);
+    bool TryMakeRoom(qint64 cost, QByteArray &evicted);
+    bool TryEvict(int id, QByteArray &contents);
     void EmptyCache();
     bool WriteDataBlock(int id, const QByteArray &bytes, WriteMode mode);
     bool AllocateDataBlock(int id, const QByteArray &bytes, WriteMode mode);
