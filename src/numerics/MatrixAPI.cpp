@@ -52,7 +52,8 @@ vorn_vector combine(const vorn_vector &a, const vorn_vector &b, Operation operat
     return combine(a.data(), a.size(), b.data(), b.size(), kVectorSize, operation);
 }
 
-// Multiplies column c of the array, as it lies, by factor(c), or row r by factor(r).
+// Multiplies each row (`logicalRows`) or each column of `a` by its factor. A transposed matrix is
+// stored by its columns as rows, so the choice is reversed for it.
 vorn_matrix scale(const vorn_matrix &a, const vorn_diagonal_matrix &factors, bool logicalRows)
 {
     vorn_matrix result(a);
@@ -65,7 +66,7 @@ vorn_matrix scale(const vorn_matrix &a, const vorn_diagonal_matrix &factors, boo
     return result;
 }
 
-// All elements but those of one row and of one column, of which either may be behind the last.
+// A copy without row `row` and column `col`; an index after the last one removes nothing.
 vorn_matrix without(const vorn_matrix &a, int row, int col)
 {
     vorn_matrix result(a.rows() - (row < a.rows()), a.cols() - (col < a.cols()));

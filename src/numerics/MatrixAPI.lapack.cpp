@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// One function a wrapper: sizes first, then a private copy that LAPACK may overwrite, then its
-// routines in order.
+// Wrappers of LAPACK. Each checks the sizes, makes a private copy that LAPACK may overwrite, and
+// calls the routines in order.
 #include "datainterface/MatrixAPI.h"
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,7 @@ using namespace datainterface;
 
 namespace {
 
-constexpr double kSmallestRatio = 1e-12;
+constexpr double kSmallestRatio = 1e-12; // of the smallest to the largest singular value
 
 void requireSquare(const vorn_matrix &a)
 {
@@ -35,7 +35,7 @@ vorn_matrix reposed(const vorn_matrix &a)
     return copy;
 }
 
-// Calls a routine twice: for the size of the workspace it wants, and to work. @return INFO
+// Calls a routine twice: to query the size of its workspace, and to do the work. @return INFO
 template <class Routine> int withWorkspace(Routine routine)
 {
     double size = 0.0;
@@ -46,7 +46,8 @@ template <class Routine> int withWorkspace(Routine routine)
     return routine(work.data(), static_cast<int>(work.size()));
 }
 
-// The factors of a square matrix as it lies, with the pivots.
+// The LU factors and pivots of a square matrix as it is stored, that is without applying its
+// transposition flag.
 struct Factors {
     explicit Factors(const vorn_matrix &a) : n(a.rows()), lu(a), pivots(static_cast<std::size_t>(n))
     {
@@ -63,8 +64,8 @@ struct ErrorBounds {
     double *backward;
 };
 
-// Solves for `count` right sides, of which `x` holds a copy. With bounds one step of refinement
-// follows.
+// Solves for `count` right sides `b`, of which `x` holds a copy that is overwritten by the
+// solution. With `bounds` the solution is refined and its error bounds are stored.
 bool solve(const vorn_matrix &a, const double *b, double *x, int count, const ErrorBounds *bounds)
 {
     if (!isFinite(a))
@@ -102,7 +103,7 @@ void checkSystem(const vorn_matrix &a, const vorn_matrix &b)
     require(a.rows() == b.rows(), "Matrix size mismatch");
 }
 
-// The order of the smallest leading minor that holds an infinity or a NaN; 0 without one.
+// The order of the smallest leading minor that contains an infinity or a NaN; 0 when none does.
 int firstMinorNotFinite(const vorn_matrix &a)
 {
     for (int k = 0; k < a.rows(); ++k) {
@@ -119,7 +120,7 @@ int cholesky(const vorn_matrix &a, const char *half, vorn_matrix &factor)
     requireSquare(a);
     vorn_matrix packed = reposed(a);
     const int n = packed.rows();
-    // LAPACK tests the signs of pivots alone, which an infinity or a NaN beside them passes.
+    // LAPACK tests only the signs of pivots, so it would accept an infinity or a NaN elsewhere.
     int info = firstMinorNotFinite(packed);
     if (info == 0 && n > 0)
         dpotrf_(half, &n, packed.data(), &n, &info, 1);
@@ -148,7 +149,8 @@ bool VORN_InvertMatrix(const vorn_matrix &a, vorn_matrix &inverse)
         inverse = a;
         return true;
     }
-    // The inverse of the transpose is the transpose of the inverse: the flag stays, nothing moves.
+    // The inverse of the transpose is the transpose of the inverse, so the flag is kept and no
+    // element is moved.
     Factors factors(a);
     if (factors.info != 0)
         return false;
@@ -204,8 +206,8 @@ bool VORN_SolveMatrixEquations(const vorn_matrix &a, const vorn_matrix &b, vorn_
 bool VORN_SVD(const vorn_matrix &a, vorn_matrix &u, vorn_matrix &v, vorn_diagonal_matrix &s,
               bool showProgress)
 {
-    require(a.rows() >= a.cols(),
-            "SVD requires rows < columns"); // the text has always named the opposite
+    // The text states the opposite of the condition; it is part of the interface.
+    require(a.rows() >= a.cols(), "SVD requires rows < columns");
     if (!isFinite(a))
         return false;
     vorn_matrix reduced = reposed(a);

@@ -9,7 +9,7 @@ constexpr std::uint32_t kUpperMask = 0x80000000U;
 constexpr std::uint32_t kLowerMask = 0x7fffffffU;
 constexpr std::uint32_t kMatrix = 0x9908b0dfU;
 
-// Without a branch, so that the loops below become vector code.
+// Has no branch, so that the compiler can vectorise the loops below.
 inline std::uint32_t twist(std::uint32_t upper, std::uint32_t lower)
 {
     const std::uint32_t y = (upper & kUpperMask) | (lower & kLowerMask);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// MT19937: M. Matsumoto and T. Nishimura, "Mersenne Twister", ACM TOMACS 8 (1998) 3-30, with the
-/// seeding of 2002. Outputs are tempered a whole state at a time, so that one draw is a load from
-/// an array.
+/// seeding of 2002. The outputs of a whole state are computed at once, so that a draw is one load
+/// from an array.
 #pragma once
 #include <array>
 #include <cstddef>
@@ -15,8 +15,7 @@ public:
     static constexpr std::size_t kStateSize = 624;
 
     void seed(std::uint32_t seed);
-    /// The next 32-bit output; the first draw of a generator that was never seeded seeds it with
-    /// 5489.
+    /// The next 32-bit output. A generator that was never seeded is first seeded with 5489.
     std::uint32_t draw()
     {
         if (mNext >= kStateSize)

@@ -8,11 +8,11 @@ using namespace datainterface;
 
 namespace {
 
-// Above this product of trials and probability, on both sides, the binomial is close enough to the
-// normal.
+// When the expected numbers of successes and of failures are both above this, the binomial is
+// approximated by the normal distribution, with an error below 0.1 / variance.
 constexpr double kNormalFrom = 20.0;
-// Longer sums of logarithms come from the gamma function: the probability is then 0 within its
-// error.
+// Longer sums of logarithms are replaced by the gamma function; the probability is then 0 within
+// its error.
 constexpr int kLongestSum = 1000000;
 
 // ln of n choose k.
@@ -52,7 +52,7 @@ bool VORN_GetPoissonP(int k, double mean, double &p)
     if (k < 0 || !(mean >= 0.0) || !std::isfinite(mean))
         return false;
     if (k == 0) {
-        p = 0.0; // nothing is below zero
+        p = 0.0; // P(X < 0)
         return true;
     }
     return incompleteGammaQ(k, mean, p);
@@ -63,7 +63,7 @@ bool VORN_GetBinomialP(int n, int k, double p, double &result)
     if (k < 0 || k > n || !isProbability(p))
         return false;
     if (p == 0.0 || p == 1.0) {
-        result = p; // whatever k is: callers rest on it
+        result = p; // for every k: results of old studies depend on it
         return true;
     }
     const double mean = n * p;

@@ -11,12 +11,12 @@ using namespace datainterface;
 namespace {
 
 struct RankedValue {
-    quint64 key; ///< orders as the p-value does
+    quint64 key; ///< has the order of the p-value
     int index;
 };
 
-// Bits whose unsigned order is the order of the doubles; a NaN stands beyond the infinity of its
-// sign.
+// Bits whose unsigned order is the order of the doubles. A NaN is ordered beyond the infinity of
+// its sign.
 quint64 orderedBits(double value)
 {
     quint64 bits = 0;
@@ -24,7 +24,8 @@ quint64 orderedBits(double value)
     return bits & 0x8000000000000000ULL ? ~bits : bits | 0x8000000000000000ULL;
 }
 
-// Least significant digit first, 11 bits a pass; a digit in which all values agree is passed over.
+// Radix sort from the least significant digit, 11 bits a pass. A digit that is equal in all values
+// is skipped.
 void radixSort(std::vector<RankedValue> &values)
 {
     constexpr int kBits = 11;
@@ -53,7 +54,7 @@ void radixSort(std::vector<RankedValue> &values)
     }
 }
 
-// Missing ids that name no object of p do not count.
+// The number of objects that are not missing. Missing ids out of range are ignored.
 int presentCount(const QVector<double> &p, const VORN_MissingData &missing)
 {
     if (missing.noneMissing())
@@ -64,7 +65,7 @@ int presentCount(const QVector<double> &p, const VORN_MissingData &missing)
     return count;
 }
 
-// The objects that are not missing by p-value, ascending.
+// The objects that are not missing, in ascending order of their p-values.
 std::vector<RankedValue> ranked(const QVector<double> &p, const VORN_MissingData &missing)
 {
     std::vector<RankedValue> values;
@@ -88,7 +89,7 @@ QVector<int> VORN_PerformBonferroniCorrection(const QVector<double> &p,
     if (m <= 0)
         return result;
     const double threshold = alpha / m;
-    for (int i = 0; i < p.size(); ++i) { // missing objects too: only m leaves them out
+    for (int i = 0; i < p.size(); ++i) { // missing objects are tested too; only m excludes them
         if (p[i] < threshold)
             result.append(i);
     }
@@ -144,7 +145,7 @@ QVector<int> VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizati
     const int randomizationCount = randomizations.size();
     require(randomizationCount != 0, "numRandomizations");
 
-    // How often chance flags each object, in one pass over the flags.
+    // The number of randomizations that flag each object.
     const int objectCount = randomizations.front().size();
     std::vector<int> flagged(static_cast<std::size_t>(objectCount), 0);
     for (const QVector<bool> &flags : randomizations) {
@@ -164,8 +165,8 @@ QVector<int> VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizati
     });
     const std::size_t size = family.size();
 
-    // Families grow by one object: a randomization's count is carried from one to the next and
-    // never taken anew.
+    // Families grow by one object at a time, so the count of a randomization is carried over from
+    // one family to the next.
     std::vector<int> allowed(size);
     for (std::size_t k = 0; k < size; ++k) {
         const double limit = static_cast<double>(k + 1) * falseFraction;
@@ -183,8 +184,8 @@ QVector<int> VORN_PerformJEFCorrection(const QVector<QVector<bool>> &randomizati
         }
     }
 
-    // p is summed as a walk over the randomizations would: the observed data first, then one
-    // increment each.
+    // p is summed by repeated addition, once for the observed data and once for each randomization,
+    // because its rounding decides in borderline cases.
     const double increment = 1.0 / (randomizationCount + 1);
     int tolerated = -1;
     for (double p = increment; !(p > alpha) && tolerated < randomizationCount; p += increment)

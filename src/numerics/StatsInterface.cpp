@@ -23,8 +23,8 @@ void pickWeighted(const double *weights, int n, char *picked, int *positions, in
     for (int k = 0; k < count; ++k) {
         double left = sum * uniformDraw(ownGenerator());
         int position = -1;
-        // Rounding can leave a remainder behind all weights: the walk ends at the last position
-        // that is not picked.
+        // Rounding can leave a remainder after all weights; the last position that is not picked is
+        // taken then.
         for (int i = 0; left > 0.0 && i < n; ++i) {
             if (picked[i])
                 continue;

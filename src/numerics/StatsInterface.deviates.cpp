@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Deviates by transformation and by rejection against a Lorentzian (W. H. Press et al., Numerical
-// Recipes in C, 7.2, 7.3).
+// Random deviates, by transformation and by rejection from a Lorentzian envelope (W. H. Press et
+// al., Numerical Recipes in C, 7.2 and 7.3).
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -12,12 +12,13 @@ namespace datainterface {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-// The triangular deviate alone closes its interval: draws are divided by 2^32 - 1.
+// 1 / (2^32 - 1). Only the triangular deviate draws from a closed interval.
 constexpr double kOneOver32Ones = 2.3283064370807974e-10;
-constexpr double kFewExpected = 12.0;
-constexpr int kFewTrials = 25;
+constexpr double kFewExpected = 12.0; // smaller Poisson means are counted
+constexpr int kFewTrials = 25;        // fewer binomial trials are drawn one by one
 
-// A pair of normal values a transform; the second waits for the next call.
+// Normal deviates by the Box-Muller transform, which gives two at a time; the second is kept for
+// the next call.
 class NormalStream {
 public:
     void seed(quint32 seed)
@@ -72,7 +73,7 @@ double open()
     return openUniformDraw(ownGenerator());
 }
 
-// Counts multiplications of draws until their product has fallen to exp(-mean).
+// Counts the draws that can be multiplied before their product falls to `limit`, exp(-mean).
 int countMultiplications(double limit)
 {
     int count = -1;
@@ -89,7 +90,7 @@ int toCount(double value)
     return static_cast<int>(std::min(value + 0.5, double(std::numeric_limits<int>::max())));
 }
 
-// What a Poisson deviate needs of its mean; kept for the next call with the same.
+// Values that a Poisson deviate computes from its mean, kept for the next call with the same mean.
 struct PoissonMemory {
     double mean = -1.0;
     double root = 0.0;
@@ -128,6 +129,7 @@ double rejectPoisson(const PoissonMemory &memory)
     }
 }
 
+// The same for a binomial deviate and its trials and probability.
 struct BinomialMemory {
     int n = -1;
     double p = -1.0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The process-wide generators and the draws that other numerics take from them. Not locked: one
-/// thread draws.
+/// The process-wide random generators and draws from them. They are not locked, so only one thread
+/// may draw.
 #pragma once
 #include <QtGlobal>
 #include "numerics/MersenneTwister.h"
@@ -9,10 +9,10 @@ namespace datainterface {
 
 constexpr double kTwoToMinus32 = 2.3283064365386963e-10;
 
-/// The generator of everything uniform.
+/// The generator of everything but normal deviates, which have their own.
 MersenneTwister &ownGenerator();
 
-/// Seeds it and the normal stream.
+/// Seeds it and the generator of normal deviates.
 void seedGenerators(quint32 seed);
 
 /// In [0, 1).

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The special functions under the distribution functions.
+/// The special functions that the distribution functions are computed from.
 #pragma once
 
 namespace datainterface {
@@ -13,11 +13,12 @@ double lnGamma(double x);
 bool incompleteGammaP(double a, double x, double &result);
 bool incompleteGammaQ(double a, double x, double &result);
 
-/// The regularized incomplete beta function I_x(a, b), a, b > 0, 0 <= x <= 1; false likewise.
-/// @param y  1 - x, which the caller often knows without cancellation.
+/// The regularized incomplete beta function I_x(a, b), a, b > 0, 0 <= x <= 1. False for other
+/// arguments and when 5,000 rounds did not converge.
+/// @param y  1 - x, which callers can often compute without cancellation.
 bool incompleteBeta(double a, double b, double x, double y, double &result);
 
-/// The standard normal distribution function.
+/// The standard normal distribution function; false for an infinity or NaN.
 bool normalP(double x, double &p);
 
 /// Its inverse: minus infinity at 0 and below, plus infinity at 1 and above.

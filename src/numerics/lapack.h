@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The BLAS and LAPACK routines in use, by their binary interface: CBLAS, and Fortran with the
-/// lengths of character arguments behind the others. Declared here, since the headers of the
+/// The BLAS and LAPACK routines in use: CBLAS, and Fortran routines, which take the lengths of
+/// character arguments after all other arguments. They are declared here because the headers of the
 /// implementations differ in name and place.
 #pragma once
 #include <cstddef>

@@ -11,13 +11,13 @@ using namespace datainterface;
 
 namespace {
 
-// Adds 0.5 and truncates; counts beyond an int are clamped.
+// Rounds to the nearest integer; counts beyond an int are clamped.
 int rounded(double count)
 {
     return static_cast<int>(std::min(count + 0.5, double(std::numeric_limits<int>::max())));
 }
 
-// N (N - 1) ... (N - K + 1), over K! for subsets.
+// N (N - 1) ... (N - K + 1), divided by K! for subsets.
 int arrangementCount(int n, int k, bool subsets)
 {
     double count = 1.0;
@@ -152,10 +152,10 @@ void permutationIt::next()
 {
     if (mFinished)
         return;
-    if (mIndexCount == mN) { // all values are in use: the flags have nothing to say
+    if (mIndexCount == mN) { // all values are in use, so mUsed is not needed
         mFinished = !std::next_permutation(mIndices, mIndices + mN);
         if (mFinished)
-            std::prev_permutation(mIndices, mIndices + mN); // the last one stays
+            std::prev_permutation(mIndices, mIndices + mN); // back to the last arrangement
         return;
     }
     char *const used = mUsed.data();
@@ -169,7 +169,7 @@ void permutationIt::next()
             continue;
         mIndices[i] = value;
         used[value] = 1;
-        int nextIndex = 0; // the lowest unused value; it only rises
+        int nextIndex = 0; // the lowest unused value
         for (int j = i + 1; j < mIndexCount; ++j) {
             while (nextIndex < mN && used[nextIndex])
                 ++nextIndex;

@@ -32,7 +32,7 @@ void vorn_matrix::repose()
 {
     if (!mIsTransposed)
         return;
-    // Tiles keep both the rows read and the columns written in the cache.
+    // Square tiles keep the rows that are read and the columns that are written in the cache.
     constexpr int kTile = 32;
     vorn_matrix moved(mColCount, mRowCount);
     const double *from = mData.data();
