@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr int kMinModelBytes =
-    4 + 6 * 4; // what the key, the name's length and the first counts take at least
+// The key, the length of the name, and the counts and ids that follow, at least.
+constexpr int kMinModelBytes = 4 + 6 * 4;
 
 const datainterface::Connection kConnections[] = {
     {SIGNAL(NonConVariogramModelAddedSignal(qint32)), SLOT(NonConVariogramModelAddedSlot(qint32))},
@@ -17,7 +17,7 @@ const datainterface::Connection kConnections[] = {
      SLOT(NonConVariogramModelChangedSlot(qint32))},
 };
 
-// SLOT() puts a code before the signature.
+// SLOT() puts one code character before the signature.
 bool hasSlot(const QObject &listener, const char *slot)
 {
     return listener.metaObject()->indexOfSlot(slot + 1) >= 0;
@@ -130,7 +130,7 @@ void NonConVariogramModelManager::RestoreNonconditionalVariogramModelsFromStream
 {
     datainterface::readMap(in, mModels, kMinModelBytes);
     in >> mNextId;
-    // A counter that lags behind the ids would give one of them a second time.
+    // A counter that is not above every id would assign one of them a second time.
     if (in.status() == QDataStream::Ok && !mModels.isEmpty() && mNextId <= mModels.lastKey())
         in.setStatus(QDataStream::ReadCorruptData);
     if (in.status() != QDataStream::Ok) {

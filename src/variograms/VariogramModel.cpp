@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The values of variogram models. A structure's shape is a function of the relative lag u = h / r;
-// the practical ranges of the two shapes that cannot be solved for u come from Newton's method.
+// The values of variogram models. The shape of a structure is a function of the relative lag u = h
+// / r for the lag h and the range r in its direction. The epsilon ranges of the spherical and the
+// cubic shape are found by Newton's method; the others have a closed form.
 #include "datainterface/VariogramModel.h"
 #include <cmath>
 #include "Common/detail/failure.h"
@@ -36,8 +37,8 @@ double cubicSlope(double u)
     return 14.0 * u - 26.25 * u2 + 17.5 * u2 * u2 - 5.25 * u2 * u2 * u2;
 }
 
-// The lag at which the shape reaches `target`; `range` itself when the steps leave it or do not
-// settle.
+// The lag at which the shape reaches `target`; `range` when Newton's method does not converge in
+// kNewtonSteps or ends at a lag that is not positive.
 template <class Shape, class Slope>
 double newtonRange(double range, double target, Shape shape, Slope slope)
 {
@@ -53,8 +54,8 @@ double newtonRange(double range, double target, Shape shape, Slope slope)
     return x > 0.0 && steps < kNewtonSteps ? x : range;
 }
 
-// Along `angle` the range is the minor one, across it the major one: project files rest on this
-// orientation.
+// The range in the direction `theta`, in radians. It is minorRange along `angle` and majorRange
+// across it: models in project files depend on this orientation.
 double effectiveRange(const VariogramBasicModel &model, double theta)
 {
     const double a = model.majorRange;
@@ -185,7 +186,7 @@ VariogramModel::VariogramModel(const QString &modelName, const DataId &modelData
       weightsDataset(modelWeights),
       lagCount(lags)
 {
-    // The last argument is streamed before the dataset's id.
+    // In the stream the last argument comes before the dataset's id.
     const std::array<qint32, 5> given{fitA, fitB, fitD, fitDataset, fitC};
     std::copy(given.begin(), given.end(), fit.ints.end() - given.size());
 }

@@ -19,7 +19,8 @@ double diagonal(const MGeoData &geography)
     return std::sqrt(width * width + height * height);
 }
 
-// Without a geography `maxDistance` is null and a power structure has no bound.
+// `maxDistance` is the diagonal of the geography, null without one. A power structure has no sill;
+// its value at that distance is shown instead, infinite without a geography.
 VariogramStructureProps structureProps(const VariogramBasicModel &structure,
                                        const double *maxDistance)
 {

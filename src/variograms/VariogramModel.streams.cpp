@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The stream form of variogram models. Reading and writing walk the same two tables: the named
-// fields and the runs of the fit state.
+// The stream form of variogram models. Named fields are read and written in the same order; the fit
+// state, whose fields have no names, is read and written by one table of its types.
 #include "datainterface/VariogramModel.h"
 #include "Common/detail/streams.h"
 #include "frame/loadContext.h"
@@ -14,25 +14,25 @@ constexpr int kBinBytes = 3 * 8 + 4;
 constexpr int kStampBytes = 24;
 constexpr int kCountBytes = 4;
 
-// The fit state in the order of the stream: kind, length.
+// The fit state in the order of the stream: groups of consecutive fields of one kind.
 enum class FitKind { Int, Double, Flag };
-struct FitRun {
+struct FitFields {
     FitKind kind;
-    int length;
+    int count;
 };
-constexpr FitRun kFitRuns[] = {{FitKind::Int, 3},    {FitKind::Double, 5}, {FitKind::Flag, 3},
-                               {FitKind::Int, 2},    {FitKind::Double, 1}, {FitKind::Flag, 2},
-                               {FitKind::Double, 3}, {FitKind::Int, 1},    {FitKind::Flag, 2},
-                               {FitKind::Int, 5},    {FitKind::Flag, 2}};
+constexpr FitFields kFitFields[] = {{FitKind::Int, 3},    {FitKind::Double, 5}, {FitKind::Flag, 3},
+                                    {FitKind::Int, 2},    {FitKind::Double, 1}, {FitKind::Flag, 2},
+                                    {FitKind::Double, 3}, {FitKind::Int, 1},    {FitKind::Flag, 2},
+                                    {FitKind::Int, 5},    {FitKind::Flag, 2}};
 
 template <class State, class Visit> void visitFit(State &state, Visit visit)
 {
     auto *ints = state.ints.begin();
     auto *doubles = state.doubles.begin();
     auto *flags = state.flags.begin();
-    for (const FitRun &run : kFitRuns) {
-        for (int i = 0; i < run.length; ++i) {
-            switch (run.kind) {
+    for (const FitFields &fields : kFitFields) {
+        for (int i = 0; i < fields.count; ++i) {
+            switch (fields.kind) {
             case FitKind::Int:
                 visit(*ints++);
                 break;
@@ -64,7 +64,7 @@ template <class T> void writeVector(QDataStream &out, const QVector<T> &elements
         out << element;
 }
 
-// The form of a QMap: the last key comes first.
+// Writes a map in QMap's form, the last key first.
 template <class Value, class Write>
 void writeTimes(QDataStream &out, const QMap<TimeStamp, Value> &map, Write write)
 {
