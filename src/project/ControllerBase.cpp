@@ -25,7 +25,7 @@ ControllerBase::ControllerBase() = default;
 
 ControllerBase::~ControllerBase()
 {
-    qDeleteAll(std::exchange(mGeographies, {})); // a listener of destroyed() finds none
+    qDeleteAll(std::exchange(mGeographies, {})); // slots of destroyed() find no geography
 }
 
 void ControllerBase::MarkProjectClean()

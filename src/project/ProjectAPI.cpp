@@ -1,9 +1,15 @@
 // SPDX-License-Identifier: MIT
-// The project file is one flat stream: a header, the geographies with everything on them, the
-// blocks of the block store, the nonconditional variogram models. No table of contents, no
-// checksum: reading is the mirror of writing, under the version that the file names first.
-// Containers are restored as block ids alone; the blocks stand behind the geographies, so nothing
-// may page in while geographies are read.
+// The project file is one stream without table of contents or checksum, read in the order in which
+// it was written (docs/file-format.md):
+//
+//     version text            decides on the form of everything that follows
+//     reserved fields
+//     geographies             with weight sets, data sources and datasets
+//     blocks                  of the block store
+//     variogram models        that belong to no dataset
+//
+// Containers are restored as block ids. The blocks follow the geographies in the file, so no
+// container may be paged in while geographies are read.
 #include "datainterface/ProjectAPI.h"
 #include <QColor>
 #include <QFile>
@@ -43,7 +49,7 @@ enum GeographyKind : qint8 { RasterKind = 0, VectorKind = 1 };
 
 constexpr int kLongestVersionText = 8; // "4.00.021"
 
-// Fields that every file has and no reader looks at.
+// Fields that every file has and no reader uses.
 void writeReserved(QDataStream &out)
 {
     out << QColor(255, 146, 0, 255) << qint8(1) << qint8(1) << qint8(0) << qint8(0) << qint32(0)
@@ -84,8 +90,8 @@ bool writeProject(QDataStream &out)
     return out.status() == QDataStream::Ok;
 }
 
-// The form of Qt's own types in files of each age. The row that breaks the rising order is tested
-// first: files of its range were written that way.
+// The Qt stream version of a file. Files of 170100 to 179999 were written in a later one than their
+// place in the table gives, so they are tested first.
 int streamVersionOf(int version)
 {
     struct Row {
@@ -102,7 +108,7 @@ int streamVersionOf(int version)
     return kStreamVersion;
 }
 
-// False for a text that is no version and for a newer file.
+// False for a text that is not a version and for a file newer than this library.
 bool readVersion(QDataStream &in)
 {
     QString text;
@@ -124,15 +130,16 @@ std::unique_ptr<MGeoData> newGeography(qint8 kind)
     return nullptr;
 }
 
-// What a load replaces goes before its successor's first value comes, and the host hears of it.
+// Removes the geography that a load replaces, before the first block of its successor is stored. It
+// is removed by the controller, so that the host is informed.
 void makeWay(int geographyId)
 {
     if (controller()->GetGeoData().contains(geographyId))
         controller()->RemoveGeography(geographyId);
 }
 
-// A geography that cannot be read ends the load: what follows it in the stream would be read at the
-// wrong place.
+// A geography that cannot be read ends the load, because the position of what follows it is
+// unknown.
 bool readGeography(QDataStream &in, const LoadContext &project)
 {
     qint8 kind = VectorKind;
@@ -166,9 +173,9 @@ void cleanOldDatasets()
             source->CleanPre201044Data();
 }
 
-// Files of 201042 to 400001 bring blocks without an owner: their weight lists are dropped as soon as
-// they are read, and nobody could free their blocks later. In files from then on a block without an
-// owner in the project is the host's own.
+// Files of 201042 to 400001 contain the blocks of weight lists, which are dropped as soon as they
+// are read. These blocks have no owner that would free them, so they are deleted here. In later
+// files a block without an owner in the project belongs to the host and is kept.
 bool readBlocks(QDataStream &in, const LoadContext &context)
 {
     if (!context.since(fileVersions::kHasBlocks))
@@ -188,8 +195,9 @@ bool readProject(QDataStream &in)
 {
     if (!readVersion(in))
         return false;
-    // What stays of a project that was not unloaded has lost its blocks. Containers that still
-    // named them would give back those of this project.
+    // The store was reset, so the geographies of a project that was not unloaded have lost their
+    // blocks. Their containers are dropped now; later they would delete blocks of this project that
+    // have the same ids.
     for (MGeoData *geography : std::as_const(controller()->GetGeoData()))
         geography->DropValues();
     LoadContext context = loadContext();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Display names among the datasets of one geography.
+/// Display names that are unique among the datasets of one geography.
 #pragma once
 #include <QString>
 
@@ -7,8 +7,8 @@ class MGeoData;
 
 namespace datainterface {
 
-/// `name`, or "name n" with the first n from 2 on that no dataset of the geography shows; `name`
-/// without a geography.
+/// `name`, or "name n" with the first n from 2 on, so that no dataset of the geography has it as
+/// its display name. `name` when `geography` is null.
 QString uniqueDatasetName(const MGeoData *geography, const QString &name);
 
 } // namespace datainterface

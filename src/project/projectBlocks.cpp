@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The block store's part of a project file, under the progress bar where one is shown.
+// Saves and restores the blocks of a project file, with reports to the progress bar if one is
+// shown.
 #include "Common/DataManager.h"
 #include "Common/detail/pendingWrite.h"
 #include "datainterface/DataBlocks.h"

@@ -4,8 +4,8 @@
 
 namespace datainterface {
 
-/// Where the library keeps its scratch files: the directory given to InitializeDataManager, else
-/// the platform's cache location.
+/// The directory of the library's scratch files: the one given to InitializeDataManager, else the
+/// platform's cache location.
 QString scratchDirectory();
 
 } // namespace datainterface
