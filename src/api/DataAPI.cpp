@@ -23,7 +23,8 @@ QVector<Interval> toIntervals(const QList<TimeStamp> &stamps)
 bool toDatum(const MDatum &value, datum &result)
 {
     switch (value.type()) {
-    // The integers of vector datasets have 32 bits; of wider cells these forms show the low half.
+    // A datum has 32-bit integers, as vector datasets do. Wider raster cells keep their low 32
+    // bits.
     case MDatum::Integer:
         result = datum(static_cast<int>(value.integerValue()));
         return true;
@@ -43,7 +44,7 @@ bool toDatum(const MDatum &value, datum &result)
 
 namespace {
 
-// The extreme that `get` finds, as a number.
+// Converts the extreme that `get` finds to a number; false when there is none.
 template <class Get> bool getExtreme(Get get, double &value)
 {
     MDatum extreme;

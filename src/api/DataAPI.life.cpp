@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Making, announcing, removing and copying datasets, and the values of simulated realizations.
+// Creates, announces, removes and copies datasets, and computes the values of simulated
+// realizations.
 #include "datainterface/DataAPI.h"
 #include <algorithm>
 #include "Common/detail/failure.h"
@@ -29,7 +30,8 @@ QMap<int, QList<DataId>> byGeography(const QVector<int> &ids)
     return lists;
 }
 
-// One call for each geography that is there, in order of its id. @return whether all were.
+// Calls `call` for each geography that exists, in ascending order of ids. @return whether all
+// exist.
 template <class Call> bool forEachGeography(const QVector<int> &ids, Call call)
 {
     const QMap<int, QList<DataId>> lists = byGeography(ids);
@@ -107,7 +109,7 @@ bool copyGrids(const MRasterDataset &from, MRasterDataset &to)
     }
     to.SetMissingFlag(from.GetMissingFlag());
     to.RecalculateFrequencies();
-    // The one grid of a static dataset lies under time 0, where a static copy looks for it.
+    // A static dataset has its only grid at time 0, where a static copy looks for it.
     if (from.IsStatic())
         to.SetStatic(true);
     return true;
@@ -122,7 +124,8 @@ int migrateRaster(MRasterDataset &dataset, MRasterDataSource &target)
     return newId != -1 && copyGrids(dataset, *target.GetRasterDataset(newId)) ? guard.keep() : -1;
 }
 
-/// -1 unless the target is of the dataset's kind and has as many objects.
+/// Copies a dataset to another source. @return the copy's id; -1 unless the target is of the
+/// dataset's kind and has as many objects.
 int migrate(MDataset &dataset, MDataSource &target)
 {
     if (auto *vector = dynamic_cast<MVectorDataset *>(&dataset)) {
@@ -148,7 +151,7 @@ struct RankedValue {
     bool operator<(const RankedValue &other) const { return value < other.value; }
 };
 
-// The values that are present, ascending; equal ones in order of position.
+// The values that are not missing, in ascending order; equal values in the order of positions.
 QVector<RankedValue> ranked(const VORN_DataContainer &values)
 {
     QVector<RankedValue> list;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Each overload is one line over a template of its element type.
+// Values of vector datasets. Each overload calls a template with its element type.
 #include "datainterface/DataAPI.h"
 #include <cstring>
 #include "datainterface/dataContainer.h"
@@ -10,7 +10,7 @@ using namespace datainterface;
 
 namespace {
 
-// All outputs together, and only on success.
+// Sets both outputs on success and neither on failure.
 template <class T>
 bool getValues(int id, int realization, qint64 t, QVector<T> &values, QSet<int> &missing)
 {
@@ -61,7 +61,7 @@ MDatum valueOf(int id, int realization, unsigned int object, qint64 t)
     });
 }
 
-// A value of another type than T is there, and 0.
+// A value of another type than T is read as 0; false only when there is no value.
 template <class T> bool numberOf(int id, int realization, unsigned int object, qint64 t, T &value)
 {
     return onObject(id, object, false, [=, &value](MVectorDataset &dataset) {
@@ -201,7 +201,7 @@ bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<QString> &
     return getSlice(id, realization, t, values, missing);
 }
 
-// An interval at which the object is missing, where other objects have values, is left out.
+// Intervals at which the object is missing are left out, also when other objects have values there.
 bool VORN_GetObjectDataValues(int id, int realization, unsigned int object,
                               QVector<Interval> &intervals, QVector<datum> &values)
 {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A new geography takes the road of one that is opened from a file: the builder writes a scratch
-// file, and the controller opens it.
+// A new geography is written to a scratch file by the builder and then opened by the controller, in
+// the same way as a geography from a file.
 #include "datainterface/GeographyAPI.h"
 #include <QFile>
 #include <QPolygonF>
@@ -33,15 +33,15 @@ struct NewGeography {
     std::unique_ptr<VORNBuilder> builder;
 };
 
-std::unique_ptr<NewGeography> gNewGeography; // null when idle
+std::unique_ptr<NewGeography> gNewGeography; // null while none is being built
 
-// A scratch file's name, for as long as the file is needed.
-class ScratchFile {
+// Removes a file at the end of its scope.
+class FileRemover {
 public:
-    explicit ScratchFile(const QString &path) : mPath(path) {}
-    ~ScratchFile() { QFile::remove(mPath); }
-    ScratchFile(const ScratchFile &) = delete;
-    ScratchFile &operator=(const ScratchFile &) = delete;
+    explicit FileRemover(const QString &path) : mPath(path) {}
+    ~FileRemover() { QFile::remove(mPath); }
+    FileRemover(const FileRemover &) = delete;
+    FileRemover &operator=(const FileRemover &) = delete;
     const QString &path() const { return mPath; }
 
 private:
@@ -54,8 +54,8 @@ bool startNewGeography(const RectInT &bounds, const FMProjectionInfo *projection
     return true;
 }
 
-// `makeObject` makes the geometry; a vertex list of any size can run out of memory there, which is
-// no more than a geometry that cannot be added.
+// Adds the geometry that `makeObject` makes. Out of memory, for a very long vertex list, is
+// reported as a geometry that cannot be added.
 template <class MakeObject>
 bool addToChain(unsigned int chain, const Interval &interval, MakeObject makeObject)
 {
@@ -174,7 +174,7 @@ int VORN_FinishVectorGeography(const QString &name, const QString &history, Time
     const std::unique_ptr<NewGeography> finished = std::move(gNewGeography);
     if (!finished->builder->IsValid())
         return -1;
-    const ScratchFile file(uniqueTempFile(scratchDirectory(), "TMP"));
+    const FileRemover file(uniqueTempFile(scratchDirectory(), "TMP"));
     if (!finished->builder->Finish(file.path().toLocal8Bit().constData(), nullptr))
         return -1;
     return controller()->AddNewVectorGeography(file.path(), name, history, format, -1, nullptr);

@@ -10,8 +10,8 @@ using namespace datainterface;
 
 namespace {
 
-/// What `records` of a geography are to a place, or to something without one (null). `sqrDistance`
-/// measures an object.
+/// The neighbour records of `records` of a geography, with the angle from `place` where it is not
+/// null and the squared distance that `sqrDistance` gives for an object.
 template <class Measure>
 QVector<neighborDatum> neighborsOf(const MVectorData &geography, const QVector<int> &records,
                                    const QPointF *place, Measure sqrDistance)
@@ -46,8 +46,8 @@ QVector<neighborDatum> neighborsOf(const MVectorData &geography, const QVector<i
                        });
 }
 
-/// `calculate(fennims of to, tree of from, records of from, found records by record, callback)`,
-/// told in objects.
+/// Runs `calculate(fennims of to, tree of from, records of from, found records by record,
+/// callback)` and converts the records that it finds to objects.
 template <class Calculate>
 bool queryObjects(int from, int to, qint64 time, QVector<QVector<neighborDatum>> &neighbors,
                   bool showProgress, Calculate calculate)
@@ -121,7 +121,7 @@ bool VORN_GetPolygonNeighborRings(int geographyId, unsigned int object, qint64 t
         const int record = recordAt(geography, object, time);
         const auto found =
             geography.GetFennims()->CalculatePolygonNeighborRings(record, time, queen, rings);
-        if (found.isEmpty()) // no polygon, or no ring asked for
+        if (found.isEmpty()) // not a polygon, or no ring requested
             return false;
         QVector<QVector<unsigned int>> all;
         all.reserve(found.size());

@@ -15,7 +15,7 @@ VORN_Object VORN_GetObject(int geographyId, unsigned int object, qint64 time)
         HilbertTreeRecord *record = recordId < 0 ? nullptr : tree->CheckOutRecord(recordId, true);
         if (!record)
             return VORN_Object();
-        record->GetTreeObject(tree); // stays live until the handle is returned
+        record->GetTreeObject(tree); // checked out until the handle is returned
         return VORN_Object{tree, record};
     });
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Polygons by handle.
+// Operations on polygons, which are given by handles.
 #include "datainterface/GeographyAPI.h"
 #include <list>
 #include <memory>
@@ -12,7 +12,7 @@ using namespace datainterface;
 
 namespace {
 
-/// `call` on the polygon of a handle; false when it holds none.
+/// Calls `call` with the polygon of a handle; false when the handle is of another kind.
 template <class Call> bool onPolygon(const VORN_Object &handle, Call call)
 {
     const HandleObject object(handle);
@@ -20,7 +20,7 @@ template <class Call> bool onPolygon(const VORN_Object &handle, Call call)
     return polygon && call(*polygon);
 }
 
-/// `call` on a polygon that overlays are defined for; false otherwise.
+/// The same for a simple polygon, for which overlays are defined; false for another one.
 template <class Call> bool onSimplePolygon(const VORN_Object &handle, Call call)
 {
     return onPolygon(handle,
@@ -126,7 +126,7 @@ bool VORN_GetPolygonUnion(const QVector<VORN_Object> &polygons, QList<QVector<QP
             return false;
         shapes.append(shape);
     }
-    const std::unique_ptr<FMPolygon> whole(FMPolygon::GetUnion(shapes)); // null for none
+    const std::unique_ptr<FMPolygon> whole(FMPolygon::GetUnion(shapes)); // null when there is none
     if (!whole)
         return false;
     rings = ringsOf(*whole);

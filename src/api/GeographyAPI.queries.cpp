@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Which objects lie where. The geometry library answers in records, which become object indices
-// here; a record without an object passes as -1.
+// Spatial queries for objects. The geometry library returns records, which are converted to object
+// indices here; a record without an object becomes -1.
 #include "datainterface/GeographyAPI.h"
 #include "Common/detail/failure.h"
 #include "datainterface/MRasterDataSource.h"
@@ -20,7 +20,7 @@ QVector<unsigned int> objectsOf(const MVectorData &geography, const QVector<int>
     return objects;
 }
 
-/// `find(fennims, records)` on a vector geography.
+/// Calls `find(fennims, records)` on a vector geography; false for another kind.
 template <class Find> bool queryVectors(int geographyId, QVector<unsigned int> &objects, Find find)
 {
     return onGeography<MVectorData>(geographyId, false, [&](const MVectorData &geography) {
@@ -31,7 +31,7 @@ template <class Find> bool queryVectors(int geographyId, QVector<unsigned int> &
     });
 }
 
-/// `find(source, pixels)`, which may say no, on a raster; false for another kind.
+/// Calls `find(source, pixels)` on a raster; false for another kind and when `find` returns false.
 template <class Find>
 bool queryCells(const MGeoData &geography, QVector<unsigned int> &objects, Find find)
 {
@@ -46,7 +46,7 @@ bool queryCells(const MGeoData &geography, QVector<unsigned int> &objects, Find 
     return true;
 }
 
-/// The objects that meet a polygon. @param overlap  takes the common areas unless it is null.
+/// The objects that meet a polygon. @param overlap  set to the common areas unless it is null.
 void queryVectors(const MVectorData &geography, const FMPolygon &polygon, qint64 time,
                   QVector<unsigned int> &objects, QVector<double> *overlap)
 {

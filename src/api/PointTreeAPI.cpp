@@ -28,7 +28,7 @@ int add(std::unique_ptr<GeoPointTree> tree)
     return handle;
 }
 
-/// `call` on the tree of a handle; false when there is none.
+/// Calls `call` with the tree of a handle; false when there is none.
 template <class Call> bool onTree(int handle, Call call)
 {
     const auto found = registry().trees.find(handle);
@@ -51,7 +51,7 @@ int VORN_CreatePointTreeFromPoints(const QVector<QPair<QPointF, int>> &points,
     try {
         if (!tree->SetPoints(points, rotation))
             return -1;
-    } catch (...) { // points of any number can run out of memory
+    } catch (...) { // out of memory for very many points
         return -1;
     }
     return add(std::move(tree));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Each overload is one line over a template of its cell type.
+// Values of raster datasets. Each overload calls a template with its cell type.
 #include "datainterface/RasterAPI.h"
 #include "api/callFrame.h"
 #include "api/dataFrame.h"
@@ -23,8 +23,8 @@ template <class T> bool holdsCells(const MRasterDataset &dataset, DataType type)
            && dataset.GetRasterBitDepth() == static_cast<int>(8 * sizeof(T));
 }
 
-/// The flag is set when the values have been counted: the table then tells whether there are
-/// missing cells.
+/// Adds a grid and then sets the dataset's missing flag, after the cells have been counted: the
+/// frequencies then show whether any cell is missing.
 template <class T>
 bool addValues(int id, int realization, const Interval &interval, DataType type,
                const QVector<T> &values, T missing, const QVector<unsigned int> &colorMap,
@@ -72,7 +72,7 @@ bool setCell(int id, int realization, unsigned int column, unsigned int row,
     });
 }
 
-/// One cell of a dataset of `type`; any when it is 0.
+/// One cell of a dataset of the given type, or of any type when `type` is 0.
 template <class T>
 bool getCell(int id, int realization, unsigned int column, unsigned int row, qint64 time, int type,
              T &value)
@@ -97,7 +97,7 @@ int VORN_CreateNewRasterGeography(const QString &name, unsigned int rows, unsign
 int VORN_NewRasterDataset(int geographyId, const QString &name, DataType type, int realizationCount,
                           int bitDepth, const QString &path)
 {
-    if (type == RasterCellType) // read from files, never made
+    if (type == RasterCellType) // occurs in files only
         return -1;
     return onGeographySource<MRasterDataSource>(geographyId, -1, [&](MRasterDataSource &source) {
         return idWithinMemory(
@@ -157,7 +157,7 @@ bool VORN_GetRasterData(int id, int realization, qint64 time, const qint64 *&dat
         return false;
     missing.clear();
     return onDataset<MRasterDataset>(id, false, [&missing](const MRasterDataset &dataset) {
-        const MissingFlag &cell = dataset.GetCellFlag(); // the dataset's flag may be of another form
+        const MissingFlag &cell = dataset.GetCellFlag(); // in the cells' type
         if (cell.type != MissingFlag::None)
             missing.insert(static_cast<quint64>(cell.int64Value));
         return true;

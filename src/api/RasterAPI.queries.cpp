@@ -24,7 +24,8 @@ std::unique_ptr<FMPolygon> polygonOf(const QList<QVector<QPointF>> &rings)
     return std::make_unique<FMPolygon>(polygons, 0);
 }
 
-/// The simple pieces of a polygon; they are owned here unless the polygon is simple itself.
+/// The simple pieces of a polygon. The pieces are owned, unless the polygon is simple and its own
+/// only piece.
 class SimplePieces {
 public:
     explicit SimplePieces(const FMPolygon &polygon)
@@ -56,12 +57,12 @@ bool isBefore(const FMCellArea &a, const FMCellArea &b)
     return a.column != b.column ? a.column < b.column : a.row < b.row;
 }
 
-/// The cells of several pieces in order, one that several share once. Those of one piece are so as
-/// they come.
+/// Sorts the cells of several pieces and merges those that several pieces share, adding their
+/// areas. The cells of one piece are sorted and different already.
 void mergeCells(QVector<FMCellArea> &cells)
 {
     if (!std::is_sorted(cells.begin(), cells.end(), isBefore))
-        std::stable_sort(cells.begin(), cells.end(), isBefore); // sums in the order of the pieces
+        std::stable_sort(cells.begin(), cells.end(), isBefore); // stable: sums follow the pieces
     auto last = cells.begin();
     for (auto cell = cells.begin(); cell != cells.end(); ++cell) {
         if (cell == last)
@@ -85,8 +86,8 @@ bool queryPolygon(int geographyId, const FMPolygon &polygon, RasterPixels &pixel
         QVector<FMCellArea> shared;
         bool meetsGrid = false;
         for (const FMPolygon *piece : pieces.list()) {
-            const Rect2D box =
-                const_cast<FMPolygon *>(piece)->GetObjectBounds(); // which changes nothing
+            // GetObjectBounds is not const, but does not change the polygon.
+            const Rect2D box = const_cast<FMPolygon *>(piece)->GetObjectBounds();
             FMGridWindow window;
             if (!source.GetWindow(
                     QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin), false,
@@ -112,7 +113,7 @@ bool queryPolygon(int geographyId, const FMPolygon &polygon, RasterPixels &pixel
     });
 }
 
-/// How far two spans run together.
+/// The length of the overlap of two spans.
 double overlap(double low, double high, double otherLow, double otherHigh)
 {
     return std::max(0.0, std::min(high, otherHigh) - std::max(low, otherLow));

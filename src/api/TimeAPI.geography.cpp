@@ -20,7 +20,8 @@ bool staticRange(const MVectorData &vectors, qint64 t, timeRange &range)
     return vectors.GetFennims()->GetCommonStaticTimeStamp(t, range);
 }
 
-// `start` and `end` are those of `by`, in the arithmetic in which they are compared.
+// Narrows `interval` to `by`. `start` and `end` are the ends of `by` in the type, qint64 or double,
+// in which they are compared.
 template <class Time> void narrow(Interval &interval, Time start, Time end, const TimeStamp &by)
 {
     const auto oldStart = static_cast<Time>(interval.startTime);
@@ -35,7 +36,8 @@ template <class Time> void narrow(Interval &interval, Time start, Time end, cons
     }
 }
 
-// True as well for a geography whose objects cannot change.
+// Narrows to the time in which no object changes; false when no object exists at `t`. The objects
+// of a raster never change.
 bool narrowByObjects(const MGeoData &geography, qint64 t, Interval &interval)
 {
     const auto *vectors = dynamic_cast<const MVectorData *>(&geography);

@@ -23,7 +23,7 @@ MDataset *findDataset(int dataId)
                      [](MDataset &dataset) { return &dataset; });
 }
 
-// Of a model of a dataset, on that dataset's geography.
+// The properties of a model, computed with the geography of its dataset.
 VariogramModelProps propertiesOf(const VariogramModel &model)
 {
     return onGeography(

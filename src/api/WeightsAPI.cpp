@@ -12,7 +12,7 @@ using namespace datainterface;
 
 namespace {
 
-/// `call` on the weight set of that id.
+/// Calls `call` with the weight set of the given id.
 template <class Result, class Call> Result onSet(int setId, Result miss, Call call)
 {
     return onGeography(geographyIdOf(setId), miss, [&](MGeoData &geography) {
@@ -40,7 +40,8 @@ bool suitsDistances(spatialWeightType type)
         type, {ConstantWeight, RowStandardizedWeight, DistanceRankWeight, InverseDistanceWeight});
 }
 
-/// What `make` makes of a geography of that kind of objects.
+/// Adds the weight set that `make` creates for a geography. @return its id; -1 when the geography
+/// does not exist or has objects of another kind.
 template <class Make>
 int createOn(int geographyId, Fennims::GeoTypes type, const QString &information, Make make)
 {
@@ -183,7 +184,7 @@ WeightsAtT VORN_GetSpatialWeightsHandle(int setId, qint64 t, bool showProgress)
 bool VORN_GetSpatialWeights(WeightsAtT handle, unsigned int id, QVector<neighborDatum> &list,
                             const VORN_MissingData &missing)
 {
-    // The lists are the set's, so that there is a set as long as there are lists.
+    // The set owns the lists, so handle.set is valid as long as the lists exist.
     return handle.set && !handle.lists.expired()
            && handle.set->GetSpatialWeights(handle, id, list, missing);
 }

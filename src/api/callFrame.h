@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-/// The call frame of the public functions: the one place that knows how an id finds its object.
-/// Each function names its own miss, which stands for an unknown id and for an object of another
-/// kind; nothing is reported.
+/// The lookup of objects by id for all public functions. Every function here calls `call` with the
+/// object that the id names and returns its result. It returns `miss`, the caller's own value, for
+/// an unknown id and for an object of another kind; nothing is reported.
+///
+///     data id = geography id << 16 | number      (32 bits; of datasets and weight sets)
 #pragma once
 #include <QMap>
 #include <new>
@@ -16,7 +18,7 @@
 
 namespace datainterface {
 
-/// The object as one of that kind; null for another kind and for null.
+/// The object as a `Kind`; null when it is of another kind or null.
 template <class Kind, class Base> Kind *asKind(Base *object)
 {
     if constexpr (std::is_same_v<Kind, Base>)
@@ -24,8 +26,8 @@ template <class Kind, class Base> Kind *asKind(Base *object)
     else
         return dynamic_cast<Kind *>(object);
 }
-/// A dataset names its kind. Single values are read through here, and a cast would be a third of
-/// their cost.
+/// Datasets are distinguished by GetDatasetKind: a dynamic_cast would be a third of the cost of
+/// reading a single value.
 template <> inline MVectorDataset *asKind<MVectorDataset, MDataset>(MDataset *dataset)
 {
     return dataset && dataset->GetDatasetKind() == MDataset::VectorKind
@@ -40,13 +42,13 @@ template <> inline MRasterDataset *asKind<MRasterDataset, MDataset>(MDataset *da
                : nullptr;
 }
 
-/// Arithmetic: a negative half stays negative.
+/// The shift keeps the sign, so that a negative id gives a negative geography id.
 constexpr int geographyIdOf(int dataId)
 {
     return dataId >> 16;
 }
 
-/// `call` on the geography of that id; null is a miss too.
+/// The geography of the id. A null entry is a miss, too.
 template <class Geography = MGeoData, class Result, class Call>
 Result onGeography(int geographyId, Result miss, Call call)
 {
@@ -58,7 +60,7 @@ Result onGeography(int geographyId, Result miss, Call call)
     return geography ? call(*geography) : miss;
 }
 
-/// `call` on the data source of a geography.
+/// The data source of the geography of the id.
 template <class Source = MDataSource, class Result, class Call>
 Result onGeographySource(int geographyId, Result miss, Call call)
 {
@@ -68,15 +70,14 @@ Result onGeographySource(int geographyId, Result miss, Call call)
     });
 }
 
-/// `call` on the data source that a dataset id belongs to. Whether it has the dataset is not looked
-/// at.
+/// The data source to which a dataset id belongs, whether or not it has the dataset.
 template <class Source = MDataSource, class Result, class Call>
 Result onSource(int dataId, Result miss, Call call)
 {
     return onGeographySource<Source>(geographyIdOf(dataId), miss, call);
 }
 
-/// `call` on the dataset.
+/// The dataset of the id.
 template <class Dataset = MDataset, class Result, class Call>
 Result onDataset(int dataId, Result miss, Call call)
 {

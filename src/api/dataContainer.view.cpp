@@ -54,7 +54,7 @@ bool checkIn(const MDataset *dataset, int realization, qint64 time, int arg)
                : vector->CheckInRealization(realization, arg);
 }
 
-/// The code of borrowed cells of a type.
+/// The container's code for cells of type T that it borrows from a grid.
 template <class T> VORN_DataContainer::DataType borrowedType()
 {
     VORN_DataContainer::DataType type = VORN_DataContainer::NoData;
@@ -143,7 +143,7 @@ void VORN_ConstDataContainer::LoadFromDataset(void *dataset, qint64 time, int re
     mTime = time;
     mRealization = realization;
     auto undo = qScopeGuard([this] { *this = VORN_ConstDataContainer(); });
-    // Checked out before the values are read, so that they page in once.
+    // Checked out before the values are read, so that they are paged in once.
     CheckOutData(realization, time, 0);
     if (auto *vector = dynamic_cast<MVectorDataset *>(source))
         loadVector(*vector);
@@ -230,8 +230,8 @@ bool VORN_ConstDataContainer::CheckInData(int realization, qint64 time, int arg)
     return done;
 }
 
-// A write-back that fails leaves the values with their slice, changed and in memory: nothing is
-// lost by going on.
+// A failure to write back is ignored: the slice keeps its changed values in memory, so nothing is
+// lost.
 void VORN_ConstDataContainer::release() noexcept
 {
     try {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What the public functions of datasets share beyond the call frame.
+/// Lookups and conversions that the public functions of datasets share.
 #pragma once
 #include <QList>
 #include <QVector>
@@ -9,8 +9,7 @@
 
 namespace datainterface {
 
-/// `call` on a vector dataset that has the object; an index out of range is a miss like an unknown
-/// id.
+/// Calls `call` with a vector dataset that has the object; an index out of range is a miss.
 template <class Result, class Call>
 Result onObject(int dataId, unsigned int object, Result miss, Call call)
 {
@@ -19,7 +18,7 @@ Result onObject(int dataId, unsigned int object, Result miss, Call call)
     });
 }
 
-/// `call` on the source of a dataset that is there.
+/// Calls `call` with the source of a dataset that exists.
 template <class Result, class Call> Result onValidSource(int dataId, Result miss, Call call)
 {
     return onSource(dataId, miss, [&](MDataSource &source) {
@@ -29,8 +28,8 @@ template <class Result, class Call> Result onValidSource(int dataId, Result miss
 
 QVector<Interval> toIntervals(const QList<TimeStamp> &stamps);
 
-/// False for no value; a type that is none raises "Invalid data type". An integer keeps its low 32
-/// bits.
+/// Converts a value; false for an empty one. An integer keeps its low 32 bits. An unknown type
+/// raises "Invalid data type".
 bool toDatum(const MDatum &value, datum &result);
 
 } // namespace datainterface

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// What the public functions of objects share beyond the call frame: a call on the live geometry of
-/// an object, found by geography id and object index, or of a handle.
+/// Access to the geometry of an object in memory, which the public functions find by geography id
+/// and object index or by a handle.
 #pragma once
 #include "api/callFrame.h"
 #include "datainterface/VORN_Object.h"
@@ -10,13 +10,14 @@
 
 namespace datainterface {
 
-/// The live geometry of a handle, whose record its holder has checked out.
+/// The geometry of a handle. The owner of the handle keeps the record checked out.
 class HandleObject : public fennimark::LiveObject {
 public:
     explicit HandleObject(const VORN_Object &handle) : LiveObject(handle.tree, handle.record) {}
 };
 
-/// `call` on the geometry of an object at a time; false when there is none, or none of that kind.
+/// Calls `call` with the geometry of an object at a time; false when there is none or it is of
+/// another kind.
 template <class Kind, class Call>
 bool onShape(int geographyId, unsigned int object, qint64 time, Call call)
 {
