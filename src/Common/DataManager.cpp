@@ -98,8 +98,8 @@ bool DataManager::ReadDataBlock(int id, QByteArray &bytes)
     }
     const qint64 cost = BlockCache::CostOf(slot->size);
     QByteArray evicted;
-    // A block that is in the file can be read also when the disk is too full to write what would
-    // have to leave the cache for it. It is not kept then.
+    // A block in the file can be read even when the disk is too full to evict others for it. It is
+    // not kept in the cache then.
     const bool isKept = cost <= mCache.Limit() && TryMakeRoom(cost, evicted);
     bool read = false;
     try {
@@ -158,8 +158,8 @@ void DataManager::MakeRoom(qint64 cost)
     require(TryMakeRoom(cost, evicted), "result");
 }
 
-// Evicts blocks until `cost` more fits; false when one of them cannot be written. `evicted` takes
-// the contents that were evicted last, whose memory may be reused.
+// Evicts blocks until `cost` more fits; false when one of them cannot be written. `evicted`
+// receives the contents that were evicted last, whose memory may be reused.
 bool DataManager::TryMakeRoom(qint64 cost, QByteArray &evicted)
 {
     while (mCache.Cost() + cost > mCache.Limit()) {
@@ -170,7 +170,7 @@ bool DataManager::TryMakeRoom(qint64 cost, QByteArray &evicted)
 }
 
 // Writes a dirty block and removes it from the cache; false, with the block left there, when it
-// cannot be written. `contents` takes what the block held.
+// cannot be written. `contents` receives the contents of the block.
 bool DataManager::TryEvict(int id, QByteArray &contents)
 {
     BlockSlot &slot = *mTable.Find(id);

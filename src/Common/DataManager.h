@@ -38,8 +38,9 @@ bool ReplaceDataBlock(int id, const QByteArray &bytes);
 /// that becomes smaller gives the rest of its extent free; one that outgrows its extent moves to
 /// the end of the file.
 ///
-/// Memory is released only after the write of its contents has succeeded. When a write fails, the
-/// call raises "result", no contents are lost, and the call can be repeated when there is room.
+/// Memory is released only after the write of its contents has succeeded, so no contents are lost
+/// when a write fails. A call that stores contents then raises "result" and can be repeated when
+/// there is room. A read returns the contents without keeping them in the cache.
 class DataManager {
 public:
     /// The store's state without the contents of blocks, for tests.
