@@ -10,7 +10,7 @@ using namespace datainterface;
 
 namespace {
 
-// The last two stay when a listener is removed.
+// RemoveListener does not disconnect kSuspensionConnections.
 const Connection kListenerConnections[] = {
     {SIGNAL(DatasetsDyingSignal(const QList<DataId> &)),
      SLOT(DatasetsDyingSlot(const QList<DataId> &))},
@@ -35,7 +35,7 @@ MDataSource::MDataSource(const QString &, int idSeed) : mNextDatasetId(idSeed)
 MDataSource::~MDataSource()
 {
     const QMap<int, MDataset *> datasets = std::exchange(mDatasets, {});
-    for (MDataset *dataset : datasets) // a listener of destroyed() finds none here
+    for (MDataset *dataset : datasets) // mDatasets is empty for listeners of destroyed()
         delete dataset;
 }
 
@@ -146,7 +146,7 @@ bool MDataSource::RemoveDataset(const DataId &id)
     return true;
 }
 
-// Models go first, so that those on the dying dataset itself are found and told of.
+// Variogram models are removed first, while the dataset can still announce the removal of its own.
 void MDataSource::deleteDataset(int id)
 {
     if (!mDatasets.contains(id))

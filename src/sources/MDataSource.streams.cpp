@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Kind, next id, count, then each dataset behind a tag of its own. Files before 130000 held vector
-// datasets alone and kept names and metadata in tables of the source.
+// The stream form of a data source: its kind, the next dataset id, the number of datasets (int32
+// each), then each dataset after its kind. Files before 130000 hold only vector datasets, and keep
+// their names and metadata in tables of the source.
 #include "datainterface/MDataSource.h"
 #include <memory>
 #include "Common/detail/failure.h"
@@ -150,8 +151,8 @@ bool MDataSource::restoreLegacyDatasets(QDataStream &in, LoadContext &context)
     return in.status() == QDataStream::Ok;
 }
 
-// Restores a dataset and enters it under the id that it has read. One that cannot be read, or whose
-// id stands twice, is freed.
+// Restores a dataset and registers it under the id in the stream. A dataset that cannot be read, or
+// whose id is present already, is deleted.
 bool MDataSource::adoptRestored(MDataset *dataset, QDataStream &in, LoadContext &context)
 {
     const auto destroy = [](MDataset *unwanted) { delete unwanted; };

@@ -12,7 +12,7 @@ bool refersTo(const VariogramModel &model, const DataId &id)
     return model.dataset == id || model.locations == id;
 }
 
-// The ids of a dataset's models that were made from `id`.
+// The ids of a dataset's models that name `id` as their dataset or their locations.
 QList<int> modelsFrom(const MDataset &dataset, const DataId &id)
 {
     QList<int> found;

@@ -46,7 +46,7 @@ bool MVectorDataSource::Restore(QDataStream &in, LoadContext &context)
     if (in.status() != QDataStream::Ok || objectCount < 0)
         return false;
     mObjectCount = static_cast<unsigned int>(objectCount);
-    // A dataset of another size would be read beyond its end.
+    // Reading a dataset of another size would run past its end.
     return std::all_of(
         mDatasets.cbegin(), mDatasets.cend(), [objectCount](const MDataset *dataset) {
             return static_cast<const MVectorDataset *>(dataset)->GetObjectCount() == objectCount;
@@ -60,7 +60,7 @@ MDataset *MVectorDataSource::NewEmptyDataset(int kind)
 
 MVectorDataset *MVectorDataSource::GetVectorDataset(int id)
 {
-    return static_cast<MVectorDataset *>(GetDataset(id)); // no other kind is ever entered here
+    return static_cast<MVectorDataset *>(GetDataset(id)); // no other kind is registered here
 }
 
 const MVectorDataset *MVectorDataSource::GetVectorDataset(int id) const
@@ -101,7 +101,7 @@ void MVectorDataSource::RemoveObjects(const QSet<int> &objects)
     for (int object : objects)
         if (object >= 0 && static_cast<unsigned int>(object) < mObjectCount)
             present.insert(object);
-    RequireReleased(present); // of all datasets before any has changed
+    RequireReleased(present); // raises before any dataset has changed
     for (MDataset *dataset : std::as_const(mDatasets))
         static_cast<MVectorDataset *>(dataset)->RemoveObjects(present);
     mObjectCount -= static_cast<unsigned int>(present.size());

@@ -27,7 +27,7 @@ bool addSlice(MVectorDataSource &source, int id, int realization, const TimeStam
     });
 }
 
-// Without interpolation in time, which texts do not have.
+// Values are not interpolated in time, which is not possible for texts.
 template <class T>
 bool getValues(const MVectorDataSource &source, int id, int realization, qint64 t,
                QVector<T> &values, QSet<int> &missing)

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-/// "The dataset's own answer, else this."
+/// Calls an operation of a dataset by id, with a default result for an unknown id.
 #pragma once
 
 namespace datainterface {
 
-/// `call` on the dataset with that id; `miss` when the source has none.
+/// Returns the result of `call` on the dataset with that id, or `miss` if the source has none.
 template <class Source, class Result, class Call>
 Result ask(Source &source, int id, Result miss, Call call)
 {
@@ -12,7 +12,8 @@ Result ask(Source &source, int id, Result miss, Call call)
     return dataset ? call(*dataset) : miss;
 }
 
-/// `call` for its effect alone. @return whether the dataset is there.
+/// Calls `call` for its effect.
+/// @return whether the dataset exists.
 template <class Source, class Call> bool tell(Source &source, int id, Call call)
 {
     auto *dataset = source.GetDataset(id);

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// One field of the statistics of a dataset, where it holds.
+/// Reads one field of the statistics of a dataset, if the field is valid.
 #pragma once
 #include "datainterface/MDataSource.h"
 #include "sources/askDataset.h"
 
 namespace datainterface {
 
-/// At a time; false, with `value` untouched, when the dataset is not there or has no such
+/// At one time. False, with `value` unchanged, when the dataset does not exist or has no such
 /// statistics.
 template <class Value>
 bool askStatistics(const MDataSource &source, int id, int realization, qint64 t,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// "The vector dataset's own answer, else an empty one": the road of nearly every operation of
-/// MVectorDataSource.
+/// Calls an operation of a vector dataset by id, with an empty result for an unknown id. Nearly
+/// every operation of MVectorDataSource uses it.
 #pragma once
 #include "datainterface/MVectorDataSource.h"
 #include "sources/askDataset.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// A dataset that is being filled. Unless it is kept it leaves its source again, also when filling
-/// it raises: a registry never holds half a copy.
+/// Guards a dataset that is being filled. Unless it is kept, the destructor removes it from its
+/// source, also when filling raises, so that a source never has an incomplete copy.
 #pragma once
 #include <utility>
 #include "datainterface/MDataSource.h"
@@ -16,12 +16,13 @@ public:
         try {
             if (mId != kKept)
                 mSource.RemoveDataset(mId);
-        } catch (...) { // a listener's failure; the one that led here is told
+        } catch (...) { // raised by a listener; the first exception is reported
         }
     }
     Q_DISABLE_COPY(NewDatasetGuard)
 
-    /// The dataset stays. @return its id.
+    /// Keeps the dataset.
+    /// @return its id.
     int keep() { return std::exchange(mId, kKept); }
 
 private:
