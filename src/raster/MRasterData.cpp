@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// In a project: the base part, the data source, the geography's own time (24 bytes).
+// The stream form of a raster geography: the base part, the data source, the time of the geography
+// itself (24 bytes).
 #include "datainterface/MRasterData.h"
 #include "Common/detail/streams.h"
 #include "datainterface/MRasterDataSource.h"
@@ -11,7 +12,7 @@ using namespace datainterface;
 
 namespace {
 
-// The upper 16 bits of every dataset's id.
+// The id of the first dataset: the geography's id in the upper 16 bits.
 int datasetIdSeed(int geographyId)
 {
     return static_cast<int>(static_cast<quint32>(geographyId) << 16);

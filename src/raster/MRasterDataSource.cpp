@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kMaxDisplaySize = 2000;
 
-/// Shown columns of a grid.
+/// The number of columns of a grid that a display shows.
 unsigned int displayColumns(unsigned int columns, unsigned int rows)
 {
     if (columns > kMaxDisplaySize)
@@ -25,7 +25,7 @@ unsigned int displayColumns(unsigned int columns, unsigned int rows)
     return qMax(columns * kMaxDisplaySize / rows, 1u);
 }
 
-/// A dataset without (colours) raises where a host would only be told no.
+/// False for colours. The data source then returns false where the dataset would raise.
 bool hasStatisticsForm(const MRasterDataSource &source, int id)
 {
     return askRaster(source, id,
@@ -99,7 +99,7 @@ bool MRasterDataSource::Restore(QDataStream &in, LoadContext &context)
     mColumns = static_cast<unsigned int>(columns);
     mRows = static_cast<unsigned int>(rows);
     mMaxDisplaySize = maxDisplaySize;
-    // A dataset of another size would be read beyond its end.
+    // Reading a dataset of another size would run past its end.
     return std::all_of(mDatasets.cbegin(), mDatasets.cend(), [this](const MDataset *dataset) {
         unsigned int datasetColumns = 0;
         unsigned int datasetRows = 0;
@@ -110,7 +110,7 @@ bool MRasterDataSource::Restore(QDataStream &in, LoadContext &context)
 
 MRasterDataset *MRasterDataSource::GetRasterDataset(int id)
 {
-    return static_cast<MRasterDataset *>(GetDataset(id)); // no other kind is ever entered here
+    return static_cast<MRasterDataset *>(GetDataset(id)); // no other kind is registered here
 }
 
 const MRasterDataset *MRasterDataSource::GetRasterDataset(int id) const

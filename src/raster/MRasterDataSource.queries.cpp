@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Which cells lie where. Every query begins with the window of cells that its bounding rectangle
-// meets.
+// Queries for cells by place. Each query first finds the window of cells that its bounding
+// rectangle meets, and then tests the centres of these cells.
 #include "datainterface/MRasterDataSource.h"
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,7 @@ using namespace datainterface;
 
 namespace {
 
-/// Truncated, and held in the range of the type; 0 for what is no number.
+/// Truncates a number to the range of int; 0 for NaN.
 int truncated(double index)
 {
     constexpr double kLimit = std::numeric_limits<int>::max();
@@ -106,7 +106,7 @@ bool MRasterDataSource::CircleQuery(const QPointF &center, double radius,
     if (!(radius >= 0.0))
         return false;
     const bool isPoint = square.right() <= square.left() || square.bottom() <= square.top();
-    // A rectangle without extent meets nothing, but a disc without extent still holds its centre.
+    // A rectangle without extent meets no cell, but a disc of radius 0 contains its centre.
     if (isPoint && PointQuery(center.x(), center.y(), here.first, here.second, true))
         candidates.append(here);
     else if (!RectQuery(square, true, candidates))
@@ -127,7 +127,7 @@ bool MRasterDataSource::PolygonQuery(const void *polygon, QVector<Pixel> &pixels
     if (!polygon)
         return false;
     const auto &area = *static_cast<const FMPolygon *>(polygon);
-    const Rect2D box = const_cast<FMPolygon &>(area).GetObjectBounds(); // which changes nothing
+    const Rect2D box = const_cast<FMPolygon &>(area).GetObjectBounds(); // does not modify
     FMGridWindow window;
     if (!GetWindow(QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin), true,
                    window))

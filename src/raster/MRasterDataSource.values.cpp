@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Values and frequencies: each is the dataset's own.
+// Values and frequencies. Each operation calls that of the dataset.
 #include "datainterface/MRasterDataSource.h"
 #include "cells/binary16.h"
 #include "raster/askRaster.h"

@@ -107,7 +107,7 @@ bool MRasterDataset::CheckOutRealization(int realization, int) const
     for (auto grid = grids.cbegin(); grid != grids.cend(); ++grid) {
         try {
             (*grid)->CheckOutObservation();
-        } catch (...) { // none or all, so that the caller owes nothing
+        } catch (...) { // all or none: after a failure no check-in is due
             (*grid)->CheckInObservation();
             while (grid != grids.cbegin())
                 (*--grid)->CheckInObservation();
@@ -156,8 +156,9 @@ bool MRasterDataset::AddRasterValues(int realization, const TimeStamp &requested
     return true;
 }
 
-// What sticks out of the new interval stays under shorter stamps; a grid that is cut in the middle
-// is copied. All that can fail on the way to the block store happens before the map is touched.
+// Parts of present grids outside the new interval are kept under shorter stamps; a grid with parts
+// on both sides is copied. All steps that store blocks, and so can fail, come before the map is
+// changed.
 void MRasterDataset::overwriteGrids(ObservationMap &grids, const TimeStamp &stamp,
                                     const MRasterBand &band)
 {
@@ -165,7 +166,7 @@ void MRasterDataset::overwriteGrids(ObservationMap &grids, const TimeStamp &stam
         TimeStamp key;
         MRasterObservation *grid;
         Cut cut;
-        std::unique_ptr<MRasterObservation> tail; ///< of one that is cut in the middle
+        std::unique_ptr<MRasterObservation> tail; ///< the copy of a grid with parts on both sides
     };
     std::vector<Present> overlapped;
     for (auto it = qAsConst(grids).lowerBound(stamp); it != grids.constEnd() && !(stamp < it.key());

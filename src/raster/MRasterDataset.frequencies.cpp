@@ -13,7 +13,7 @@ using namespace datainterface;
 
 namespace {
 
-/// How a value stands in its map.
+/// The key of a value in the map of its type.
 template <class T> auto keyOf(T value)
 {
     if constexpr (std::is_same_v<T, float>)
@@ -23,7 +23,7 @@ template <class T> auto keyOf(T value)
     else
         return patternOf(value);
 }
-/// The value of a key of a map of cells `T`.
+/// The value of a key in the map of cells of type T.
 template <class T, class Key> T valueOfKey(Key key)
 {
     if constexpr (std::is_floating_point_v<T>)
@@ -32,7 +32,7 @@ template <class T, class Key> T valueOfKey(Key key)
         return valueOf<T>(key);
 }
 
-/// Calls `visit` with the type that the values of a dataset are counted as.
+/// Calls `visit` with the type as which the values of a dataset are counted.
 template <class Visit> bool visitCounted(int type, int bitDepth, Visit visit)
 {
     if (BitForm::holds(type, bitDepth)) {
@@ -50,7 +50,7 @@ template <class T> bool isFiniteCell(T value)
         return std::isfinite(cellToDouble(value));
 }
 
-/// The value of a datum in a cell; false when no cell can hold it.
+/// Converts a datum to a cell value; false when no cell can hold it.
 template <class T> bool cellOf(const MDatum &datum, T &cell)
 {
     if constexpr (std::is_integral_v<T>) {
@@ -94,7 +94,7 @@ template <class T> void MRasterDataset::updateFrequency(T value, bool add)
 {
     countOne(mFrequencies.mapOf<T>(), value, add);
 }
-// The single values that SetValue counts.
+// Instances for the single values that SetValue counts.
 template void MRasterDataset::updateFrequency(half, bool);
 template void MRasterDataset::updateFrequency(float, bool);
 template void MRasterDataset::updateFrequency(double, bool);
@@ -203,8 +203,8 @@ bool MRasterDataset::IsValid() const
     return hasGrid && hasValue;
 }
 
-/// Every finite value with its count. Keys of signed cells and halves are patterns, in another
-/// order, and wide integers can be one number.
+/// Every finite value with its count, ascending by value. The keys of signed cells and halves are
+/// bit patterns, whose order is another; different integers of 64 bits can become the same double.
 ValueRuns MRasterDataset::sortedValues() const
 {
     ValueRuns runs;

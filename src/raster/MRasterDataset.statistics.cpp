@@ -10,7 +10,7 @@ using namespace datainterface;
 
 namespace {
 
-/// Colours, and the unsigned form that only files hold, have no statistics.
+/// False for colours and for the unsigned type that occurs only in files.
 bool hasStatisticsOf(DataType type)
 {
     return type == RasterDecimalType || type == RasterIntegerType || type == RasterUnsignedType;
@@ -18,8 +18,8 @@ bool hasStatisticsOf(DataType type)
 
 } // namespace
 
-// The record stands under the interval of its grid, so that every time in it finds the same one.
-// Files hold records under other intervals as well: they give way to that of the grid.
+// The record is stored under the interval of its grid, so that every time in the interval finds it.
+// Records of files under other intervals that overlap the grid's are replaced.
 bool MRasterDataset::CalcMinMaxMean(int realization, qint64 time) const
 {
     TimeStamp stamp;
@@ -36,7 +36,7 @@ bool MRasterDataset::CalcMinMaxMean(int realization, qint64 time) const
         const HeldGrid hold(grid);
         CellSummary<T> summary;
         summary.add(grid.cells<T>(), grid.CellCount(), CellTest<const T *>(mCellFlag));
-        while (perTime.remove(stamp) > 0) // whatever overlaps compares equal
+        while (perTime.remove(stamp) > 0) // stamps that overlap compare equal
             ;
         perTime.insert(stamp, summary.stats());
     });
@@ -96,7 +96,8 @@ bool MRasterDataset::GetStdDev(int realization, qint64 time, double &result) con
     return true;
 }
 
-// Streams hold the extremes' bits alone.
+// Streams hold only the bits of the extremes, so the type of the cells decides whether they are
+// unsigned.
 void MRasterDataset::restoreStatistics()
 {
     const bool isUnsigned = mDataType != RasterDecimalType && mDataType != RasterIntegerType;

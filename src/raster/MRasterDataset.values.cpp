@@ -14,7 +14,7 @@ using namespace datainterface;
 
 namespace {
 
-/// What stands in a cell of a container that has no value.
+/// The value that marks a missing cell when a container becomes a grid.
 template <class T> T missingCell()
 {
     if constexpr (std::is_same_v<T, half>)
@@ -22,7 +22,7 @@ template <class T> T missingCell()
     else if constexpr (std::is_same_v<T, double>)
         return -HUGE_VAL;
     else if constexpr (std::is_same_v<T, qint64>)
-        return 0x7FFFFFFF; // the largest of 32 bits here too: files hold it
+        return 0x7FFFFFFF; // the largest of 32 bits here too, as in existing files
     else
         return std::numeric_limits<T>::max();
 }
@@ -54,7 +54,8 @@ bool MRasterDataset::setCell(int realization, Value value, int column, int row,
     return true;
 }
 
-/// The value that a cell has now; the one that it had stays counted until the table is made anew.
+/// Counts the present value of a cell. Its previous value stays counted until the table is counted
+/// again.
 void MRasterDataset::countCell(const MRasterObservation &grid, int column, int row)
 {
     const int index = row * grid.Columns() + column;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// "The raster dataset's own answer, else an empty one": the road of nearly every operation of
-/// MRasterDataSource.
+/// Calls an operation of a raster dataset by id, with an empty result for an unknown id. Nearly
+/// every operation of MRasterDataSource uses it.
 #pragma once
 #include "datainterface/MRasterDataSource.h"
 #include "sources/askDataset.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-/// Mean, extremes and spread of the finite cells of grids that are not missing.
+/// Mean, extremes and standard deviation of the cells of grids that are finite and not missing.
 ///
-/// Cells are dealt out to lanes that each keep a sum of their own: an addition need not wait for
-/// the last one, the compiler takes several lanes at a time, and the rounding error of the sum is
-/// smaller than that of one long sum.
+/// Cell i is added to lane i % kLanes, and each lane has its own sum. An addition then does not
+/// wait for the previous one, the compiler can process several lanes with one instruction, and the
+/// rounding error is smaller than that of a single sum. Lanes are added at the end.
 #pragma once
 #include <algorithm>
 #include <array>
@@ -15,7 +15,7 @@
 
 namespace datainterface {
 
-/// What sums and comparisons are made in: halves as floats.
+/// The type of sums and comparisons; halves are converted to floats.
 template <class T> using Summand = std::conditional_t<std::is_same_v<T, half>, float, T>;
 
 template <class T> bool isFiniteSummand(T value)
@@ -53,7 +53,7 @@ private:
 
     template <bool Tests> void addCells(const T *cells, int count, const CellTest<const T *> &test)
     {
-        // Copies, so that nothing in the loop can point at them.
+        // Local copies, so that the compiler knows that no pointer in the loop refers to them.
         std::array<double, kLanes> sums = mSums;
         std::array<Value, kLanes> minima = mMinima;
         std::array<Value, kLanes> maxima = mMaxima;
@@ -108,7 +108,8 @@ private:
     std::array<Value, kLanes> mMaxima = filled(Limits::lowest());
 };
 
-/// The sum of squared deviations from `mean`; `counted` takes the number of cells.
+/// The sum of squared deviations from `mean`.
+/// @param counted  receives the number of cells.
 template <class T>
 double squaredDeviations(const T *cells, int count, const CellTest<const T *> &test, double mean,
                          qint64 &counted)
