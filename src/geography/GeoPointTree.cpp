@@ -14,9 +14,9 @@ using namespace datainterface;
 
 namespace {
 
-constexpr int kPointsPerPoll = 256; // so often a cancel is asked for, the first time at the first point
+constexpr int kPointsPerPoll = 256; // between two polls for a cancel; the first point polls
 
-/// Points with their ids, gathered until the user cancels.
+/// Collects points with their ids until the user cancels.
 class Gathered {
 public:
     Gathered(int count, const PT_RotationMatrix &rotation) : mRotation(rotation)

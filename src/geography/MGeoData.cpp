@@ -30,7 +30,8 @@ const Connection kVariogramConnections[] = {
      SLOT(VariogramModelChangedSlot(const DataId &, qint32))},
 };
 
-// Files from 103000 to 106999: two flags, of which the first says whether there is a date.
+// Files from 103000 to 106999 hold two flags: whether times have a date, and whether they have a
+// time of day.
 TimeFormat readOldTimeFormat(QDataStream &in)
 {
     qint8 hasDate = 0;
@@ -63,8 +64,8 @@ MGeoData::MGeoData(const QString &name, TimeFormat format, const QString &filePa
         ++mNextId;
 }
 
-// A host may answer destroyed() by a call that comes back here, so each list is empty before its
-// members go.
+// A host may call this object from a slot of destroyed(), so each list is emptied before its
+// members are deleted.
 MGeoData::~MGeoData()
 {
     qDeleteAll(std::exchange(mSpatialWeightSets, {}));

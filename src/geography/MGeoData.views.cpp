@@ -17,8 +17,8 @@ using namespace datainterface;
 
 namespace {
 
-/// Looks values of one element type up among keys. Numbers are sorted once: there are few keys and
-/// many values.
+/// Tests whether values of one element type are among a set of keys. Numeric keys are sorted once,
+/// since there are few keys and many values.
 class KeySet {
 public:
     explicit KeySet(const QSet<MDatum> &keys) : mKeys(keys)
@@ -47,7 +47,7 @@ public:
 
 private:
     const QSet<MDatum> &mKeys;
-    QVector<qint64> mIntegers; // unsigned values beyond the range wrap, as they do in a key
+    QVector<qint64> mIntegers; // unsigned values from 2^63 on wrap, as in a key
     QVector<OrderedDouble> mDecimals;
 };
 

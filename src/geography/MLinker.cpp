@@ -22,8 +22,8 @@ MLinker::~MLinker()
         view->mLinkingViews.remove(this);
         view->mMetViews.remove(this);
     }
-    // A listener must not be led from here to views, or to this view's own operations, which are
-    // gone.
+    // A listener must not reach other views from here, nor operations of the derived class, which
+    // no longer exists.
     mLinkedViews.clear();
     mLinkingViews.clear();
     mMetViews.clear();
@@ -45,7 +45,7 @@ void MLinker::SetAttributes(MAttributes *attributes)
     attributes->AddOwner(this);
 }
 
-// By a snapshot: a view can link, unlink and delete views while it is visited.
+// Visits a copy of the set: a view can link, unlink and delete views while it is visited.
 template <class Visit> void MLinker::visitLinkedViews(Visit visit)
 {
     QVector<QPointer<MLinker>> views;
@@ -148,14 +148,14 @@ void MLinker::AttributeChanged(const changedAttributes &)
 {
 }
 
-// A link can come to stand on one side alone, so both sides remember that there was one.
+// A link can be recorded on one side only, so both sides record in mMetViews that there was one.
 void MLinker::meet(MLinker *view)
 {
     mMetViews.insert(view);
     view->mMetViews.insert(this);
 }
 
-// The view may be dead, unless it is known here: it is not looked at otherwise.
+// `view` may have been destroyed unless it is in mMetViews, so it is not accessed otherwise.
 void MLinker::part(MLinker *view)
 {
     const auto leads = [](const MLinker *from, MLinker *to) {

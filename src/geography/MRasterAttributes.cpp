@@ -14,7 +14,7 @@ constexpr std::size_t rowBytes(int columns)
     return (static_cast<std::size_t>(columns) + 7) / 8;
 }
 
-/// The bits that a row of this many columns has in its last byte.
+/// The mask of the bits that a row of this many columns uses in its last byte.
 constexpr unsigned char lastByteMask(int columns)
 {
     return static_cast<unsigned char>(columns % 8 == 0 ? 0xFF : (1 << columns % 8) - 1);
@@ -75,7 +75,7 @@ void MRasterAttributes::Resize(int columns, int rows)
     setSize(columns, rows);
 }
 
-// A grid can have very many cells: without a listener they are set by bytes.
+// A grid can have very many cells, so they are set by bytes if no listener needs the changed ids.
 void MRasterAttributes::SetAllAttribute(int attribute, bool state)
 {
     unsigned char *flags = flagsOf(attribute);
@@ -100,7 +100,7 @@ QVector<unsigned int> MRasterAttributes::GetIdsByState(int attribute, bool state
             static_cast<unsigned int>(rowNumber) * static_cast<unsigned int>(mColumns);
         for (int column = 0; column < mColumns; ++column) {
             if (column % 8 == 0 && row[column / 8] == empty)
-                column += 7; // none of these eight
+                column += 7; // skip these eight
             else if (testBit(row, column) == state)
                 ids.append(first + static_cast<unsigned int>(column));
         }
@@ -172,7 +172,7 @@ template <class Visit> void MRasterAttributes::visitCells(const QRect &rect, Vis
             visit(static_cast<unsigned int>(mColumns * row + column));
 }
 
-// Stepped as displays step through a grid, so that both show the same cells.
+// Steps through the grid as displays do, so that both show the same cells.
 unsigned char *MRasterAttributes::GetRescaledAttributeVector(int attribute, int width, int height)
 {
     const unsigned char *flags = flagsOf(attribute);

@@ -22,7 +22,7 @@ const Connection kObjectConnections[] = {
      SLOT(ObjectsWereRemovedSlot(int, const QSet<int> &))},
 };
 
-// What the objects' numbers have moved under.
+// The attribute of selected objects. It is cleared when object indices change.
 constexpr int kSelectedAttribute = 1;
 
 int propertyType(Fennims::GeoTypes type)
@@ -38,7 +38,7 @@ int propertyType(Fennims::GeoTypes type)
     return GeoProps::Polygons;
 }
 
-// The upper 16 bits of every dataset's id.
+// The id of the first dataset: the geography's id in the upper 16 bits.
 int datasetIdSeed(int geographyId)
 {
     return static_cast<int>(static_cast<quint32>(geographyId) << 16);
@@ -141,8 +141,8 @@ bool MVectorData::AddListener(QObject *listener)
     return true;
 }
 
-// An object that exists outside the times of the data has missing data. Series know for themselves
-// whether an object has none at all, so the dataset is asked first.
+// An object that exists at a time outside the intervals of the data has missing data. The dataset
+// is asked first, since it knows whether an object has no value at all.
 bool MVectorData::HasObjectsWithMissingData(int dataset) const
 {
     MVectorDataset *data = mVectorDataSource->GetVectorDataset(dataset);

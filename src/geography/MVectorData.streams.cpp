@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Behind the base part: the geometry as the geometry library writes it, both maps of object
-// numbers, the data source.
+// The stream form of a vector geography: the base part, the geometry in the form of the geometry
+// library, both maps of object numbers, the data source.
 #include "datainterface/MVectorData.h"
 #include <algorithm>
 #include "Common/detail/streams.h"
@@ -15,8 +15,8 @@ using namespace datainterface;
 
 namespace {
 
-// The geometry takes the first half of a geography's range of the progress bar, the datasets the
-// second.
+// The geometry takes the first half of the geography's section of the progress bar, and the
+// datasets the second half.
 constexpr int kGeometryShare = 50;
 
 void writeAscending(QDataStream &out, const QHash<int, int> &hash)
@@ -87,8 +87,8 @@ bool MVectorData::Restore(QDataStream &in, LoadContext &context)
     return restoreDataSource(in, context);
 }
 
-// Datasets are addressed by these numbers, so both maps must tell the same and name each chain of
-// the geometry once.
+// Datasets are indexed by these numbers, so both maps must agree and name each chain of the
+// geometry exactly once.
 bool MVectorData::restoreObjectNumbers(QDataStream &in, const LoadContext &context)
 {
     NumberPairs pairs;

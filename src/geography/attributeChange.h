@@ -4,7 +4,7 @@
 #include <algorithm>
 #include "datainterface/MAttributes.h"
 
-/// Changes flags and gathers the ids of those that really changed, if anybody listens.
+/// Changes flags, and collects the ids of those that changed if a listener is connected.
 class MAttributes::Change {
 public:
     Change(MAttributes &attributes, int attribute)
@@ -31,7 +31,7 @@ public:
         }
     }
 
-    /// The last act: a listener can do anything.
+    /// Must be the last call: a listener can change or delete the attributes.
     void announce()
     {
         if (mChanged.ids.isEmpty())
@@ -43,7 +43,7 @@ public:
     }
 
 private:
-    // What changes a second time is as it was.
+    // A flag that changes a second time has its first state again.
     void note(unsigned int id)
     {
         if (mIsObserved && !mChanged.ids.remove(id))

@@ -4,7 +4,7 @@
 
 namespace datainterface {
 
-/// The centre of gravity; the middle of the bounds of an object without area.
+/// The centre of gravity; the centre of the bounds for an object without area.
 inline QPointF centroidOf(const FMObject &object)
 {
     double x = 0.0;

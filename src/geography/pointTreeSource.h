@@ -9,8 +9,8 @@ struct PT_RotationMatrix;
 
 namespace datainterface {
 
-/// The points of point objects, the centroids of polygons, the centres of cells, rotated, under
-/// their object index. False for lines and when the user cancels.
+/// Adds the points of point objects, the centroids of polygons or the centres of cells, rotated,
+/// under their object index. False for lines and when the user cancels.
 bool setPointTree(FM_PointTree &tree, MGeoData &geography, qint64 time,
                   const PT_RotationMatrix &rotation);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What a geography's metadata say of its coordinate system.
+/// The metadata of a geography that describe its coordinate system.
 #pragma once
 
 class FMProjectionInfo;
@@ -7,8 +7,8 @@ class MMetaData;
 
 namespace datainterface {
 
-/// How the unit of an unprojected geography is told: by name while it is made, by its code when it
-/// is opened or restored. Hosts and files have come to hold both.
+/// The form of the unit of an unprojected geography: its name when the geography is created, its
+/// code when it is opened or restored. Hosts and files rely on both.
 enum class AngularUnit { Name, Code };
 
 /// Sets the tags "Projection" and "Distance unit".

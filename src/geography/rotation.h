@@ -4,7 +4,8 @@
 
 namespace datainterface {
 
-/// Asks no more than the diagonals, so other matrices count as the identity too; hosts rest on it.
+/// Compares only the elements of each diagonal, so other matrices are taken for the identity too.
+/// Hosts rely on it.
 inline bool isIdentity(const PT_RotationMatrix &m)
 {
     return m.m00 == m.m11 && m.m01 == m.m10;
