@@ -9,7 +9,7 @@ using namespace datainterface;
 
 namespace {
 
-// How a conversion from each type is told in the long description of its result.
+// The note on a conversion from each type in the long description of its result.
 struct ConversionLine {
     DataType from;
     const char *text;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A dataset's values through a map of objects: for each object here the object, or the cell, there.
-// One that the map leaves out, or that is not there, is missing.
+// Copies the values of another dataset through a map that gives for each object of this dataset an
+// object, or a cell, of the source. An object without an entry, or whose entry does not exist in
+// the source, is missing.
 #include "datainterface/MVectorDataset.h"
 #include <algorithm>
 #include <cmath>
@@ -18,7 +19,7 @@ using namespace datainterface;
 
 namespace {
 
-// As many series are gathered from the grids at a time.
+// The number of series that are built in one pass over the grids.
 constexpr int kObjectsPerPass = 1 << 16;
 
 template <class T>
@@ -61,7 +62,7 @@ bool importRealization(MVectorDataset &target, const MVectorDataset &source, int
     const SeriesMap<T> &series = *seriesOf<T>(source, realization);
     OwnedContainers<SeriesMap<T>> imported;
     for (int object = 0; object < std::min(objectMap.size(), target.GetObjectCount()); ++object) {
-        // A source that was made smaller keeps the series of the objects that are gone.
+        // A source that was resized keeps the series of the objects that were cut off.
         const TimeSeriesData<T> *one = objectMap[object] < source.GetObjectCount()
                                            ? series.value(objectMap[object], nullptr)
                                            : nullptr;
@@ -72,7 +73,8 @@ bool importRealization(MVectorDataset &target, const MVectorDataset &source, int
         [&](const SeriesMap<T> &map) { return target.SetTimeSeriesData(realization, map, true); });
 }
 
-// A cell as a value of a vector dataset. Numbers that are not finite are missing there.
+// Converts a cell to a value of a vector dataset; false for a number that is not finite, which is
+// missing there.
 template <class T, class Cell> bool cellValue(Cell cell, T &value)
 {
     if (!std::isfinite(cellToDouble(cell)))
@@ -86,8 +88,7 @@ template <class T, class Cell> bool cellValue(Cell cell, T &value)
     return true;
 }
 
-// Calls `take(object, value)` for the objects from `first` to before `last` that have a value in
-// the grid.
+// Calls `take(object, value)` for each object in [first, last) that has a value in the grid.
 template <class T, class Take>
 void readCells(const MRasterObservation &grid, const MissingFlag &flag,
                const QVector<int> &objectMap, int first, int last, Take take)
@@ -175,7 +176,7 @@ bool importRealization(MVectorDataset &target, const MRasterDataset &source, int
                : importSeries<T>(target, source, realization, objectMap);
 }
 
-// The values of a vector dataset are copied as they are; cells become values of the target's type.
+// Values of a vector dataset are copied unchanged; cells are converted to the type of the target.
 template <class Source>
 bool importAll(MVectorDataset &target, const Source &source, DataType type,
                const QVector<int> &objectMap)

@@ -15,11 +15,11 @@ struct DbfExport::Field {
     int decimals = 0;
 };
 
-/// The characters that the values of a column take.
+/// The widths of the values of a column.
 struct DbfExport::Extent {
-    int whole = 0;    ///< of a number before the point, with the sign
-    int decimals = 0; ///< behind it
-    int text = 0;     ///< bytes of a text, or of a number that stands as one
+    int whole = 0;    ///< characters before the point, with the sign
+    int decimals = 0; ///< digits after the point
+    int text = 0;     ///< bytes of a text, or of a number written as a text
 };
 
 namespace {
@@ -27,10 +27,10 @@ namespace {
 constexpr int kNameBytes = 10;
 constexpr int kIntegerWidth = 11;
 constexpr int kLongestNumber = 25;   ///< Wider decimals become texts.
-constexpr int kNumberTextWidth = 20; ///< of such a text, unless a value is longer
+constexpr int kNumberTextWidth = 20; ///< Width of such a text field, unless a value is longer.
 constexpr int kLongestField = 254;
 
-// At most `bytes` bytes of UTF-8, no character cut in two.
+// The first characters of a UTF-8 text that fit into `bytes` bytes.
 QByteArray shortened(const QByteArray &utf8, int bytes)
 {
     int end = std::min(utf8.size(), bytes);
@@ -57,7 +57,7 @@ int decimalsOf(const QByteArray &plain)
     return point < 0 ? 0 : plain.size() - point - 1;
 }
 
-// Characters before the point, with one for the sign and one to spare.
+// The number of characters before the point, with one for the sign and one in reserve.
 int integerWidthOf(double value)
 {
     const double magnitude = std::abs(value);
@@ -90,8 +90,8 @@ bool DbfExport::writeHead(const ExportTable &table)
     return isDone;
 }
 
-// The name that a column has in the table: blanks become underscores, ten bytes at most, distinct
-// by a number.
+// The name of a column in the table: blanks become underscores, and the name is cut to ten bytes
+// and made unique by a number.
 QByteArray DbfExport::fieldName(const QString &columnName)
 {
     const QByteArray whole =
@@ -122,7 +122,7 @@ bool DbfExport::addFields(const ExportTable &table)
     if (!measure(table, extents))
         return false;
     bool isAdded = addField({fieldName(QStringLiteral("ObjectId")), FTInteger, kIntegerWidth, 0});
-    // A plain number can be longer than a date or a time.
+    // A plain number can have more digits than a date or a time.
     int timeWidth = kIntegerWidth;
     for (const TimeStamp &stamp : table.times())
         for (qint64 number : table.timesOf(stamp))
@@ -170,7 +170,7 @@ void DbfExport::widen(Extent &extent, const VORN_ConstDataContainer &cells, int 
     extent.text = std::max(extent.text, shortText(value).size());
 }
 
-// Numbers that need more room than a numeric field has stand as texts.
+// Numbers that are too long for a numeric field are written as texts.
 DbfExport::Field DbfExport::fieldOf(DataType type, const QByteArray &name,
                                     const Extent &extent) const
 {
@@ -205,7 +205,7 @@ bool DbfExport::writeRow(const ExportRow &row)
     return mFile->isWritten();
 }
 
-// Numbers are written as texts of ours, since shapelib's follow the locale of the process.
+// Numbers are formatted here, since shapelib uses the locale of the process.
 bool DbfExport::writeCell(int index, const VORN_ConstDataContainer &values, int object)
 {
     const Field &field = mFields[index];
@@ -227,7 +227,7 @@ bool DbfExport::writeCell(int index, const VORN_ConstDataContainer &values, int 
                                                'f', field.decimals));
 }
 
-// Texts stand at the left, numbers at the right. A text with a NUL would be cut there.
+// Texts are left-aligned and numbers right-aligned. A NUL would end the text.
 bool DbfExport::writeText(int index, const QByteArray &text)
 {
     const Field &field = mFields[index];

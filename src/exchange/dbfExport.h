@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Export as a dBASE table, through shapelib. Texts are UTF-8, which a .cpg file beside the table
-/// tells readers.
+/// Export as a dBASE table through shapelib. Texts are UTF-8, which a .cpg file beside the table
+/// declares.
 #pragma once
 #include <QSet>
 #include <memory>
@@ -10,8 +10,8 @@ namespace datainterface {
 
 class DbfFile;
 
-/// Fields are as wide as the values that are exported and the missing text need. In a numeric field
-/// a missing value is the missing text read as a number, and null when that is none.
+/// Fields are as wide as the exported values and the missing text require. In a numeric field a
+/// missing value is the missing text read as a number, or null if that is not a number.
 class DbfExport : public ExportWriter {
 public:
     DbfExport();
@@ -36,12 +36,12 @@ private:
 
     std::unique_ptr<DbfFile> mFile;
     QVector<Field> mFields;
-    QSet<QByteArray> mUsedNames; ///< in capitals: the format does not tell case apart
+    QSet<QByteArray> mUsedNames; ///< in capitals: names in the format are case-insensitive
     QByteArray mMissing;
     double mMissingNumber = 0.0;
     bool mHasMissingNumber = false;
     int mRecord = 0;
-    bool mIsWhole = true; ///< each cell holds its value uncut
+    bool mIsWhole = true; ///< no value was cut to the width of its field
 };
 
 } // namespace datainterface

@@ -6,8 +6,9 @@
 
 namespace datainterface {
 
-/// One open file. Bytes in a row wait in `pending`, which starts at `start`: shapelib ends the file
-/// behind each record and then writes the next record over that end.
+/// One open file. Contiguous bytes are collected in `pending`, whose first byte has the position
+/// `start` in the file. The buffer also allows overwriting: shapelib writes an end mark after each
+/// record and then writes the next record over it.
 struct DbfFile::Stream {
     Stream(DbfFile &opener, const QString &name) : owner(opener), file(name) {}
 
@@ -48,8 +49,8 @@ struct DbfFile::Stream {
     qint64 position = 0;
 };
 
-/// What shapelib calls. Its calls carry no context until a file is open: the one that is being
-/// created stands in `creating`.
+/// The file functions that shapelib calls. They have no context argument until a file is open, so
+/// `creating` names the file that is being created.
 struct DbfFile::Hooks {
     static DbfFile *creating;
 
@@ -62,7 +63,7 @@ struct DbfFile::Hooks {
                                                isTable ? creating->mName : QFile::decodeName(name));
         const QIODevice::OpenMode mode =
             access[0] == 'w' ? QIODevice::WriteOnly | QIODevice::Truncate : QIODevice::ReadWrite;
-        // A table is not written from front to back.
+        // A table is not written sequentially.
         if (!stream->file.open(mode | QIODevice::Unbuffered) || stream->file.isSequential()) {
             creating->mIsWritten = false;
             return nullptr;
@@ -104,7 +105,7 @@ struct DbfFile::Hooks {
         return stream && stream->flush() ? 0 : EOF;
     }
     static int remove(const char *name) { return QFile::remove(QFile::decodeName(name)) ? 0 : -1; }
-    static void error(const char *) {} // the result of the export tells it
+    static void error(const char *) {} // the export returns false instead
 };
 
 DbfFile *DbfFile::Hooks::creating = nullptr;
@@ -142,8 +143,8 @@ bool DbfFile::close()
     return mIsWritten;
 }
 
-// The last check, of the file as it stands: the number of records in its header, and its bytes,
-// with or without a mark of the end. A device has neither.
+// Checks the finished file: the number of records in its header, and its size with or without an
+// end mark. A device has neither and passes.
 bool DbfFile::isWhole(int records, qint64 bytes) const
 {
     if (!QFileInfo(mName).isFile())

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// The file below a dBASE table that shapelib writes. It has exactly the name that was asked for,
-/// while shapelib alone would write beside it, under a name that ends in ".dbf". Every write is
-/// checked, which shapelib does not do for its last ones, and nothing is printed.
+/// The file of a dBASE table that shapelib writes. It has exactly the requested name, whereas
+/// shapelib alone would change the ending to ".dbf". Every write is checked, which shapelib does
+/// not do for the last ones, and nothing is printed.
 #pragma once
 #include <QFile>
 #include <QString>
@@ -17,15 +17,15 @@ public:
     DbfFile(const DbfFile &) = delete;
     DbfFile &operator=(const DbfFile &) = delete;
 
-    /// Makes the file and, beside it, the .cpg file that tells readers of UTF-8. Null, and no
-    /// table, when one of them could not be written.
+    /// Creates the file and a .cpg file beside it, which declares the texts as UTF-8. Returns null,
+    /// without a table, when one of them could not be written.
     DBFHandle create();
     DBFHandle handle() const { return mHandle; }
-    /// False once a write failed. Nothing is written from then on.
+    /// False after a write has failed. Nothing more is written then.
     bool isWritten() const { return mIsWritten; }
-    /// @return whether all that was due is in the file.
+    /// @return whether the file holds everything that was to be written.
     bool close();
-    /// Removes what create() made. A device stays.
+    /// Removes the files that create() made, but never a device.
     void remove();
 
 private:

@@ -16,7 +16,7 @@ namespace {
 
 constexpr qint64 kDaySeconds = 86400;
 
-// Down, so that an instant before the epoch keeps its own day.
+// Rounds down, so that an instant before the epoch keeps its day.
 qint64 dayOf(qint64 t)
 {
     return t / kDaySeconds - (t % kDaySeconds < 0 ? 1 : 0);
@@ -59,8 +59,9 @@ bool writeRows(const ExportTable &table, ExportWriter &writer)
     });
 }
 
-// Which of a column's values hold at a time: the index of their interval, or of the gap before an
-// interval as its complement. The search goes on from `next`, since times only grow.
+// Finds which values of a column are valid at a time: returns the index of their interval, or, for
+// a time in a gap, the complement of the index of the next interval. The search starts at `next`,
+// since times ascend.
 int placeOf(const TimeStamp &stamp, const QList<TimeStamp> &intervals, int &next)
 {
     while (next < intervals.size() && intervals[next] < stamp)
@@ -77,8 +78,8 @@ bool isMissingCell(const VORN_ConstDataContainer &values, int object)
                && !std::isfinite(values.value(object)));
 }
 
-/// All series of a realization checked out for a scope. A slot of the host that runs while progress
-/// is shown may remove the dataset, which is therefore looked up again.
+/// Keeps all series of a realization checked out for a scope. The dataset is looked up again at the
+/// end, since a slot of the host that runs while progress is shown may remove it.
 class ExportTable::HeldSeries {
 public:
     HeldSeries(const MVectorDataSource &source, int id, int realization)
@@ -88,7 +89,7 @@ public:
           mIsHeld(source.GetVectorDataset(id)->CheckOutRealization(realization, 0))
     {
     }
-    // Nothing was changed, so that nothing is lost when a series cannot be written back.
+    // The series were not changed, so no data are lost if a check-in fails.
     ~HeldSeries()
     {
         try {
@@ -114,7 +115,7 @@ ExportTable::ExportTable(MVectorDataSource &source, const ExportRequest &request
     mIsComplete = request.start <= request.end
                   && std::all_of(request.ids.begin(), request.ids.end(),
                                  [&](const DataId &id) { return addColumn(source, id); });
-    // Without objects there are no rows, whatever intervals are left over.
+    // Without objects there are no rows, even if intervals remain.
     if (mIsComplete && mObjectCount > 0)
         mTimes = timesInRange();
 }
@@ -140,7 +141,7 @@ QList<TimeStamp> ExportTable::timesInRange() const
     for (const ExportColumn &column : mColumns)
         lists.append(column.times);
     const QList<TimeStamp> merged = TimeStamp::MergeTimeStamps(lists);
-    // An empty list would stand for all times.
+    // An empty list would mean all times.
     return merged.isEmpty() ? merged
                             : TimeStamp::TimeStampIntersection(
                                 merged, {TimeStamp(mRequest.start, mRequest.end, true, true)});
@@ -170,7 +171,7 @@ bool ExportTable::visitTimes(const std::function<bool(int, const Values &)> &vis
             if (read[column] == place)
                 continue;
             auto &held = values[static_cast<size_t>(column)];
-            held = {}; // one slice of a column at a time
+            held = {}; // release the last slice before the next is read
             held = VORN_ConstDataContainer(mColumns[column].id, mTimes[i].timeInInterval(),
                                            mRequest.realization, false);
             read[column] = place;

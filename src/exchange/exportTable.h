@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The table that every export writes: one row for each object and interval. One generator of rows,
-/// one writer a format.
+/// The table that every export writes, with one row for each object and interval. ExportTable
+/// generates the rows; each format has an ExportWriter.
 #pragma once
 #include <QList>
 #include <QString>
@@ -21,12 +21,12 @@ namespace datainterface {
 
 struct ExportRequest {
     QString fileName;
-    QString title; ///< GeoEAS alone
+    QString title; ///< used only by GeoEAS
     QList<DataId> ids;
     TimeFormat format = TF_Date;
     qint64 start = 0; ///< both ends are included
     qint64 end = 0;
-    QString missing; ///< stands for a missing value
+    QString missing; ///< written for a missing value
     int realization = 0;
 };
 
@@ -34,23 +34,23 @@ struct ExportColumn {
     int id = -1;
     DataType type = DecimalType;
     QString name;
-    bool isStatic = false;  ///< the values hold at all times
+    bool isStatic = false;  ///< the values are valid at all times
     QList<TimeStamp> times; ///< at which the dataset has data, disjoint and in order
 };
 
-/// Whether a cell has no value to write: numbers that are not finite count as missing.
+/// Whether a cell has no value to write. Numbers that are not finite are missing.
 bool isMissingCell(const VORN_ConstDataContainer &values, int object);
 
 struct ExportRow {
     int object = 0;
     const QVector<qint64> &times;                       ///< as many as timeColumns()
-    const std::vector<VORN_ConstDataContainer> &values; ///< one a column
+    const std::vector<VORN_ConstDataContainer> &values; ///< one for each column
 };
 
-/// The series of a dataset are checked out as long as the table lives, so that each pages in once.
+/// The series of its datasets are checked out while the table exists, so that each is read once.
 class ExportTable {
 public:
-    using Values = std::vector<VORN_ConstDataContainer>; ///< one a column
+    using Values = std::vector<VORN_ConstDataContainer>; ///< one for each column
 
     ExportTable(MVectorDataSource &source, const ExportRequest &request);
     ~ExportTable();
@@ -58,19 +58,21 @@ public:
     ExportTable &operator=(const ExportTable &) = delete;
 
     const ExportRequest &request() const { return mRequest; }
-    /// False when an id is of no dataset of the source, a dataset lacks the realization or the
-    /// range ends before it starts.
+    /// False when an id is not of a dataset of the source, a dataset does not have the realization,
+    /// or the range ends before it starts.
     bool isComplete() const { return mIsComplete; }
     const QVector<ExportColumn> &columns() const { return mColumns; }
     QStringList timeColumns() const;
-    /// The disjoint intervals at which a dataset has data, cut to the range, in order.
+    /// The disjoint intervals at which at least one dataset has data, cut to the range, in order of
+    /// time.
     const QList<TimeStamp> &times() const { return mTimes; }
     int objectCount() const { return mObjectCount; }
-    /// Calls `visit(index, values)` for each of the times in order. Values that hold over several
-    /// times are read once. False when `visit` is, or when the user cancels.
+    /// Calls `visit(index, values)` for each of the times in order. Values that are valid for
+    /// several successive times are read once. False when `visit` returns false or the user
+    /// cancels.
     bool visitTimes(const std::function<bool(int, const Values &)> &visit) const;
-    /// The numbers that stand for an interval in the time columns: dates as yyyymmdd, times of day
-    /// as hhmmss, others as they are.
+    /// The numbers of an interval in the time columns: dates as yyyymmdd, times of day as hhmmss,
+    /// others unchanged.
     QVector<qint64> timesOf(const TimeStamp &stamp) const;
 
 private:
@@ -87,22 +89,26 @@ private:
     bool mIsComplete = false;
 };
 
-/// One file format. Made for one export. Behind a write that failed nothing more is written.
+/// The writer of one file format, used for one export. After a failed write nothing more is
+/// written.
 class ExportWriter {
 public:
     virtual ~ExportWriter() = default;
-    /// Makes the file. False: it could not be made.
+    /// Creates the file; false when it cannot be created.
     virtual bool open(const ExportTable &table) = 0;
-    /// Whatever stands before the rows. False: it could not be written, or the user cancelled.
+    /// Writes what precedes the rows. False when it cannot be written or the user cancelled.
     virtual bool writeHead(const ExportTable &table) = 0;
-    /// False: the row could not be written whole; the rest is not asked for.
+    /// Returns false when the row could not be written completely; no further row is then
+    /// requested.
     virtual bool writeRow(const ExportRow &row) = 0;
-    /// @param isEndedEarly  by a cancel or a failed write. @return whether everything was written.
+    /// Ends the file.
+    /// @param isEndedEarly  whether a cancel or a failed write ended the export.
+    /// @return whether everything was written.
     virtual bool close(bool isEndedEarly) = 0;
 };
 
-/// False for a table that is not complete, a file that cannot be made (the user is told) or
-/// written, and a cancel.
+/// Runs an export. False for a table that is not complete, for a file that cannot be created (the
+/// user gets a message) or written, and after a cancel.
 bool runExport(MVectorDataSource &source, const ExportRequest &request, ExportWriter &writer);
 
 } // namespace datainterface

@@ -6,9 +6,9 @@
 namespace datainterface {
 namespace {
 
-constexpr int kPieceBytes = 1 << 16; ///< of text that goes out in one call
+constexpr int kPieceBytes = 1 << 16; ///< text that is written in one call
 
-// A line of its own must stay one line.
+// Replaces line breaks, so that the text stays one line.
 QString oneLine(QString text)
 {
     return text.replace(QLatin1Char('\n'), QLatin1Char(' '))
@@ -46,7 +46,8 @@ bool TextExport::writeRow(const ExportRow &row)
     return mPending.size() < kPieceBytes || flush();
 }
 
-// On a full disk the file takes the first part of what it is given and reports no error.
+// On a full disk a write can store the first part of the text without an error, so the count is
+// compared.
 bool TextExport::flush()
 {
     mIsWritten = mIsWritten && mFile.write(mPending) == mPending.size();

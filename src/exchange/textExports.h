@@ -7,9 +7,9 @@
 
 namespace datainterface {
 
-/// What both have in common: fields with a separator between them. A field that holds the
-/// separator, a quotation mark or a line break, and where blanks separate an empty one too, stands
-/// in quotation marks with those inside doubled.
+/// The common part: fields with a separator between them. A field that contains the separator, a
+/// quotation mark or a line break is enclosed in quotation marks, and those inside are doubled.
+/// Where blanks are the separator, an empty field is enclosed as well.
 class TextExport : public ExportWriter {
 public:
     bool open(const ExportTable &table) override;
@@ -18,11 +18,12 @@ public:
     bool close(bool isEndedEarly) override;
 
 protected:
-    /// @param digits  significant digits of a decimal; 0: as many as give the same value again.
+    /// @param digits  significant digits of a decimal; 0 for as many as read back as the same
+    ///                value.
     TextExport(char separator, int digits) : mSeparator(separator), mDigits(digits) {}
-    /// The lines before the rows.
+    /// Returns the lines before the rows.
     virtual QString head(const ExportTable &table) const = 0;
-    /// A regular file only: a device stays.
+    /// Removes the file if it is a regular file, never a device.
     void discard();
     QString quoted(const QString &text) const;
     QStringList columnNames(const ExportTable &table) const;
@@ -34,7 +35,7 @@ private:
     const char mSeparator;
     const int mDigits;
     QFile mFile;
-    QByteArray mPending; ///< text that is not in the file yet
+    QByteArray mPending; ///< text that is not written yet
     QByteArray mMissing;
     bool mIsWritten = true;
 };
