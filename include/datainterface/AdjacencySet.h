@@ -215,8 +215,8 @@ private:
     ListsPointer listsAt(qint64 t) const;
     ListsPointer prepareLists(const TimeStamp &stamp, bool replace);
     void store(NeighborLists &lists, int id, const neighborDatum *list, int count);
-    template <class Run>
-    bool calculate(const TimeStamp &stamp, bool showProgress, bool keepsCancelled, Run run);
+    template <class Build>
+    bool calculate(const TimeStamp &stamp, bool showProgress, bool keepsCancelled, Build build);
     bool calculateVector(MVectorData &geography, qint64 t, bool showProgress);
     bool calculateRaster(MRasterData &geography, qint64 t, bool showProgress);
     bool readList(const NeighborLists &lists, unsigned int id, QVector<neighborDatum> &list,

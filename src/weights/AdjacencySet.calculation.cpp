@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
-// All lists of one span. Each run hands the finished list of one object after another to `store`,
-// which says whether to go on.
+// Calculates all lists of one span of time. For each kind of geography one class finds the
+// neighbours of every object: PointLists searches a tree of all points, PolygonLists the
+// contiguities of the geometry, and PixelLists the grid. Each passes the weighted list of one
+// object after another to `store`, which stores the list as a block and returns false to stop.
 //
-// Points are asked for near their neighbours in space, where the search finds its tree in the
-// processor's cache, and stored in the order of the objects, so that a reader's loop meets the
-// blocks in the order in which they were written: batches of a bounded number of neighbours lie
-// between the two.
+// PointLists works in two orders. It searches in the order of record ids, which follow a
+// space-filling curve, so that successive searches use the same parts of the tree, which are then
+// in the processor's cache. It stores in the order of objects, in which a reader's loop later reads
+// the blocks. Batches of at most kBatchEgos objects and about kBatchNeighbors neighbours are sorted
+// from one order to the other.
 #include "datainterface/AdjacencySet.h"
 #include <algorithm>
 #include <cmath>
@@ -31,7 +34,7 @@ using namespace datainterface;
 namespace {
 
 constexpr char kCalculating[] = "Calculating spatial weights...";
-constexpr qint64 kReports = 1000; // of progress, at most about as many
+constexpr qint64 kReports = 1000; // about the largest number of progress reports
 
 class Report {
 public:
@@ -39,7 +42,7 @@ public:
         : mStep(isWanted ? std::max<qint64>(count / kReports, 1) : 0), mCount(count)
     {
     }
-    /// False: the user cancelled.
+    /// Returns false when the user cancelled.
     bool operator()(qint64 done) const
     {
         return mStep == 0 || done % mStep != 0
@@ -47,7 +50,7 @@ public:
     }
 
 private:
-    const qint64 mStep; ///< 0: no reports
+    const qint64 mStep; ///< objects from one report to the next; 0: no reports
     const qint64 mCount;
 };
 
@@ -58,9 +61,9 @@ neighborDatum datumOf(int id, double angle, double distance)
     return {id, 0.0F, static_cast<float>(angle), narrowed(distance)};
 }
 
-class PointRun {
+class PointLists {
 public:
-    PointRun(const AdjacencySet &set, const WeightRule &rule, MVectorData &geography, qint64 t)
+    PointLists(const AdjacencySet &set, const WeightRule &rule, MVectorData &geography, qint64 t)
         : mSet(set), mRule(rule)
     {
         const HilbertTree &tree = *geography.GetFennims()->mTree;
@@ -83,7 +86,7 @@ public:
         mTree.SetPoints(points, ids, nullptr, 0, 100);
     }
 
-    template <class Store> bool run(Store store)
+    template <class Store> bool build(Store store)
     {
         for (size_t begin = 0; begin < mEgos.size(); begin += kBatchEgos) {
             const size_t end = std::min(begin + kBatchEgos, mEgos.size());
@@ -155,9 +158,9 @@ private:
     std::vector<neighborDatum> mNeighbors;
 };
 
-class PolygonRun {
+class PolygonLists {
 public:
-    PolygonRun(const AdjacencySet &set, const WeightRule &rule, MVectorData &geography, qint64 t)
+    PolygonLists(const AdjacencySet &set, const WeightRule &rule, MVectorData &geography, qint64 t)
         : mSet(set),
           mRule(rule),
           mFennims(*geography.GetFennims()),
@@ -172,12 +175,12 @@ public:
         for (int record : std::as_const(mRecords)) {
             Place &place = mPlaces[static_cast<size_t>(record)];
             place.object = geography.GetObjectId(HeldRecord(tree, record, false).chainId());
-            if (mNeedsBorders) // held to the end of the run, so that each geometry is made once
+            if (mNeedsBorders) // held until the end, so that each geometry is made once
                 place.polygon = mHeld.emplace_back(tree, record).as<FMPolygon>();
         }
     }
 
-    template <class Store> bool run(Store store)
+    template <class Store> bool build(Store store)
     {
         QSet<int> excluded;
         std::vector<neighborDatum> list;
@@ -221,9 +224,9 @@ private:
     std::deque<HeldObject> mHeld;
 };
 
-class PixelRun {
+class PixelLists {
 public:
-    PixelRun(const AdjacencySet &set, const MRasterDataSource &source)
+    PixelLists(const AdjacencySet &set, const MRasterDataSource &source)
         : mSource(source),
           mMethod(set.NeighborType()),
           mRange(set.Range()),
@@ -234,7 +237,7 @@ public:
         source.GetRasterDims(mColumns, mRows);
     }
 
-    template <class Store> bool run(const WeightRule &rule, Store store)
+    template <class Store> bool build(const WeightRule &rule, Store store)
     {
         QVector<neighborDatum> list;
         int id = 0;
@@ -266,7 +269,8 @@ public:
     }
 
 private:
-    /// The direction of one place in the list: from most cells the same as from the one before.
+    /// The direction of the neighbour at one position of the list. It is usually the same as for
+    /// the previous cell, so the last angle is kept.
     class Angle {
     public:
         double of(const QPointF &way)
@@ -309,11 +313,11 @@ private:
 
     void findAdjacent(const Pixel &ego, int count)
     {
-        // West, east, north, south, then the corners. A step out to the left or top wraps round to
-        // a number that no grid has.
+        // West, east, north, south, then the corners. A step beyond the left or upper side wraps to
+        // a number that is larger than any column or row.
         constexpr int kAround[8][2] = {{-1, 0},  {1, 0},  {0, -1}, {0, 1},
                                        {-1, -1}, {1, -1}, {-1, 1}, {1, 1}};
-        mPixels.resize(0); // and keep the memory
+        mPixels.resize(0); // keeps the memory
         if (mIncludeEgo)
             mPixels.append(ego);
         for (int i = 0; i < count; ++i) {
@@ -332,7 +336,7 @@ private:
     unsigned int mColumns = 0;
     unsigned int mRows = 0;
     QVector<Pixel> mPixels;
-    std::vector<Angle> mAngles; ///< by place in the list
+    std::vector<Angle> mAngles; ///< by position in the list
 };
 
 } // namespace
@@ -359,12 +363,13 @@ bool AdjacencySet::PrecalcSpatialWeights(qint64 t, bool showProgress)
     return calculateRaster(*raster, t, showProgress);
 }
 
-// `run` hands over all lists of a span. A run that did not end must not pass for one that did: what
-// it left goes, but for cancelled rasters, whose first rows stay. A source that was made smaller
-// than its geometry has no place for the last objects' lists.
-template <class Run>
+// Stores all lists of a span, which `build` passes to its argument. After a failure or a cancel the
+// lists of the span are removed, so that they are not taken for complete; only a cancelled raster
+// keeps its first rows. A data source that was resized to fewer objects than the geometry has does
+// not store the lists of the last objects.
+template <class Build>
 bool AdjacencySet::calculate(const TimeStamp &stamp, bool showProgress, bool keepsCancelled,
-                             Run run)
+                             Build build)
 {
     const ListsPointer lists = prepareLists(stamp, true);
     require(lists != nullptr, "Invalid time stamp");
@@ -372,7 +377,7 @@ bool AdjacencySet::calculate(const TimeStamp &stamp, bool showProgress, bool kee
     qint64 done = 0;
     bool isWhole = false;
     try {
-        isWhole = run([&](int object, const neighborDatum *list, int count) {
+        isWhole = build([&](int object, const neighborDatum *list, int count) {
             if (static_cast<size_t>(object) < lists->size())
                 store(*lists, object, list, count);
             return report(done++);
@@ -397,12 +402,13 @@ bool AdjacencySet::calculateVector(MVectorData &geography, qint64 t, bool showPr
     require(stamp.isValid(), "Invalid time stamp");
 
     const WeightRule rule = weightRule();
-    const auto calculateBy = [&](auto run) {
-        return calculate(stamp, showProgress, false, [&run](auto store) { return run.run(store); });
+    const auto calculateBy = [&](auto lists) {
+        return calculate(stamp, showProgress, false,
+                         [&lists](auto store) { return lists.build(store); });
     };
     if (fennims.GetGeographyType() == Fennims::PointGeography)
-        return calculateBy(PointRun(*this, rule, geography, t));
-    if (!calculateBy(PolygonRun(*this, rule, geography, t)))
+        return calculateBy(PointLists(*this, rule, geography, t));
+    if (!calculateBy(PolygonLists(*this, rule, geography, t)))
         return false;
     geography.SpatialWeightSetChanged(this);
     return true;
@@ -412,14 +418,14 @@ bool AdjacencySet::calculateRaster(MRasterData &geography, qint64 t, bool showPr
 {
     const MRasterDataSource *source = geography.GetRasterDataSource();
     require(source != nullptr, "Empty raster geography");
-    // Asked for at a time outside its own, a raster has the lists of its own time and no others.
+    // For a time outside its own, a raster has the lists of its own time and no others.
     if (!geography.GetTimeStamp().contains(t)
         && mWeights.find(geography.GetTimeStamp()) != mWeights.end())
         return true;
     const WeightRule rule = weightRule();
     const ProgressSection section(100);
-    PixelRun run(*this, *source);
-    const auto eachPixel = [&](auto store) { return run.run(rule, store); };
+    PixelLists lists(*this, *source);
+    const auto eachPixel = [&](auto store) { return lists.build(rule, store); };
     if (!calculate(geography.GetTimeStamp(), showProgress, true, eachPixel))
         return false;
     geography.SpatialWeightSetChanged(this);
@@ -431,7 +437,7 @@ QVector<neighborDatum> AdjacencySet::CalculatePixelNeighbors(const MRasterDataSo
                                                              int y) const
 {
     QVector<neighborDatum> list;
-    PixelRun(*this, *source)
+    PixelLists(*this, *source)
         .find(centre, {static_cast<unsigned int>(x), static_cast<unsigned int>(y)}, list);
     return list;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The definition of a set, and the store of its lists. Times are kept under spans that do not
-// overlap; two spans that do are equal keys, so that a search for an instant finds the span around
-// it.
+// The definition of a set and the map of its lists. The keys of the map are spans of time that do
+// not overlap. Spans that overlap compare equal, so a search for an instant finds the span that
+// contains it.
 #include "datainterface/AdjacencySet.h"
 #include <algorithm>
 #include <limits>
@@ -18,14 +18,14 @@ using namespace datainterface;
 namespace {
 
 constexpr int kGeographyShift = 16;
-constexpr double kUnusedRange = 100.0; // what sets of nearest points keep in the field
+constexpr double kUnusedRange = 100.0; // the value of the field in sets of nearest points
 
 bool isByBorder(spatialWeightType type)
 {
     return type == BorderLengthWeight || type == BorderShareWeight;
 }
 
-// False: none was missing.
+// Removes missing neighbours; returns false if none was missing.
 bool dropMissing(QVector<neighborDatum> &list, const VORN_MissingData &missing)
 {
     const auto isMissing = [&missing](const neighborDatum &datum) {
@@ -166,15 +166,15 @@ void AdjacencySet::ClearSpatialWeights()
     mWeights.clear();
 }
 
-// Null when nothing is stored for the time.
+// Returns null when nothing is stored for the time.
 AdjacencySet::ListsPointer AdjacencySet::listsAt(qint64 t) const
 {
     const auto found = mWeights.find(TimeStamp(t));
     return found != mWeights.end() && found->first.contains(t) ? found->second : nullptr;
 }
 
-// The lists under a span, made empty when there are none. Null for a span without an instant, and
-// when another one is in the way that may not be replaced.
+// Returns the lists of a span, which are created empty if there are none. Null for a span without
+// an instant, and when another span overlaps it and may not be replaced.
 AdjacencySet::ListsPointer AdjacencySet::prepareLists(const TimeStamp &stamp, bool replace)
 {
     require(mGeoData != nullptr, "Geography not defined");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A set in a project: its definition, then block ids by span and object. The blocks stand behind
-// all geographies, so nothing of them can be looked at here.
+// The stream form of a set: its definition, then for each span, the last first, the span and the
+// ids of the blocks of its lists, by object, then the flag of cluster sets. The blocks themselves
+// come after all geographies in a project file, so they cannot be checked here.
 #include "datainterface/AdjacencySet.h"
 #include <array>
 #include <limits>
@@ -15,9 +16,9 @@ namespace {
 
 constexpr qint64 kStampBytes = 24;
 constexpr qint64 kCountBytes = 4;
-constexpr qint64 kOldDatumBytes = 12; // at least: floats are 4 or 8 bytes by the stream's version
+constexpr qint64 kOldDatumBytes = 12; // the least: floats have 4 or 8 bytes by the stream version
 
-// An enumerator, written as a number; another number makes the stream corrupt.
+// Reads an enumerator; a number that is not allowed marks the stream as corrupt.
 template <class Enum, size_t n>
 void readOneOf(QDataStream &in, Enum &value, const std::array<Enum, n> &allowed)
 {
@@ -55,7 +56,7 @@ int readInt(QDataStream &in)
     return number;
 }
 
-/// id, weight and angle of files that kept lists in place.
+/// The id, weight and angle of files that hold the lists themselves.
 struct pre201042NeighborDatum {
     qint32 id = -1;
     float weight = 0.0F;
@@ -73,8 +74,8 @@ void readOldFloat(QDataStream &in, float &value, const LoadContext &context)
     value = static_cast<float>(wide);
 }
 
-// All files that old are also older than the last change of what lists hold: they are calculated
-// anew.
+// Skips the lists of old files. All these files are older than 400002, whose lists are calculated
+// again anyway.
 bool skipOldLists(QDataStream &in, const LoadContext &context)
 {
     const int count = readCount(in, kStampBytes + kCountBytes);
@@ -210,7 +211,7 @@ bool AdjacencySet::readLists(QDataStream &in)
     return in.status() == QDataStream::Ok;
 }
 
-// The weights numbered 3 in these files are gone, and those numbered 2 have moved up.
+// In these files 3 is a kind of weight that no longer exists, and 2 is the kind that is now 3.
 void AdjacencySet::renumberWeights()
 {
     if (mDefinition.weightType == InverseDistanceWeight) {

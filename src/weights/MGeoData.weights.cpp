@@ -57,7 +57,7 @@ AdjacencySet *defaultVectorSet(MVectorData &geography, bool includeEgo)
     fail("Invalid geography");
 }
 
-// Of times outside 64 bits the nearest; the fraction is cut off.
+// Truncates a time; a time outside 64 bits becomes the nearest bound.
 qint64 toTime(double time)
 {
     timeRange instant;
@@ -214,7 +214,8 @@ bool MGeoData::readWeightSets(QDataStream &in, const LoadContext &context)
     return in.status() == QDataStream::Ok;
 }
 
-// What stands under an id twice, or under another's, could not be told apart by its id.
+// A set that is present already, or whose own id differs from its key, could not be found by its
+// id.
 bool MGeoData::readWeightSet(QDataStream &in, const LoadContext &context)
 {
     qint32 id = 0;

@@ -1,32 +1,32 @@
 // SPDX-License-Identifier: MIT
-/// One object's neighbour list, held in the block store.
+/// The neighbour list of one object, stored in the block store.
 #pragma once
 #include <QVector>
 #include "datainterface/neighborDatum.h"
 
 namespace datainterface {
 
-/// Owns one block, or none: an empty list. Its form in the block is that of a
-/// QVector<neighborDatum> on a stream. Four bytes, since a set holds one for each object and time;
-/// reading goes from the block straight into the reader's list, so that the store's own lock is all
-/// that readers on several threads need.
+/// Owns one block, or none for an empty list. The block holds the stream form of a
+/// QVector<neighborDatum>. The object takes only four bytes, since a set has one for each object
+/// and time. A read decodes the block directly into the reader's list, so readers on several
+/// threads need no lock but that of the block store.
 class egoNeighbors {
 public:
     egoNeighbors() = default;
-    /// Takes a block over.
+    /// Takes ownership of a block.
     explicit egoNeighbors(int blockId) : mBlockId(blockId) {}
     egoNeighbors(const neighborDatum *list, int count);
     egoNeighbors(egoNeighbors &&other) noexcept : mBlockId(other.release()) {}
     egoNeighbors &operator=(egoNeighbors &&other) noexcept;
     ~egoNeighbors() { freeBlock(); }
 
-    /// The same list in a block of its own.
+    /// Copies the list into a new block.
     egoNeighbors copy() const;
-    /// Replaces `list`; with nothing when the block cannot be read or is no list.
+    /// Replaces `list`; it is empty if the block cannot be read or does not hold a list.
     void read(QVector<neighborDatum> &list) const;
     /// The length of the block; 0 when it cannot be read.
     int storedBytes() const;
-    int blockId() const { return mBlockId; } ///< -1: none
+    int blockId() const { return mBlockId; } ///< -1: no block
 
 private:
     int release()

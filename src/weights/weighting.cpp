@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Sums and quotients are double; only the finished weight is narrowed.
+// The weights of one object's neighbours. Sums and quotients are calculated in double; only the
+// final weight is rounded to float.
+//
+// With d the distance and r the number of nearer neighbours, a weight is 1, 1 / count, 1 / (1 + r)
+// or numerator / (1 + d^power); for polygons it can also be the length of the shared border, or
+// that length divided by the sum for all neighbours.
 #include "weights/weighting.h"
 #include <algorithm>
 #include <cmath>
@@ -11,8 +16,10 @@
 namespace datainterface {
 namespace {
 
-// Relative, of squared distances: the search takes distances for ties that differ by rounding, and
-// narrowing then leaves them at most one unit in the last place of a float apart.
+// The relative difference of squared distances up to which two neighbours tie. The point tree
+// reports distances as ties if they differ only by rounding; after rounding to float such distances
+// are at most one unit in the last place apart. The width is relative, so it does not depend on the
+// unit of the map.
 constexpr double kTieWidth = std::numeric_limits<float>::epsilon();
 
 double shareOf(double part, double whole)
@@ -26,7 +33,7 @@ template <class Weight> void weigh(neighborDatum *list, int count, Weight weight
         datum->weight = narrowed(weight(*datum));
 }
 
-/// 1 / (1 + number of nearer neighbours).
+/// Weights of 1 / (1 + number of nearer neighbours).
 void weighByRank(neighborDatum *list, int count)
 {
     std::vector<OrderedDouble> distances;
@@ -42,7 +49,7 @@ void weighByRank(neighborDatum *list, int count)
     });
 }
 
-/// How many of the last neighbours are as far as the last one.
+/// The number of neighbours at the end of the list that tie with the last one.
 int tiesAtTheEnd(const neighborDatum *list, int count)
 {
     const double last = static_cast<double>(list[count - 1].distance);
@@ -85,8 +92,9 @@ void WeightRule::weighCells(neighborDatum *list, int count) const
     }
 }
 
-// More neighbours than asked for are ties at the last distance, who share the places that are left:
-// the factors sum to the number asked for.
+// A list of nearest neighbours can be longer than requested because of ties at the last distance.
+// The tied neighbours share the remaining places: each gets the factor 1 - (count - neighborCount)
+// / ties, so that all factors sum to neighborCount.
 void WeightRule::weighPoints(neighborDatum *list, int count) const
 {
     const bool hasShared = method == NearestNeighbors && count > neighborCount && count > 0;
@@ -107,7 +115,7 @@ void WeightRule::weighPoints(neighborDatum *list, int count) const
     }
     case DistanceRankWeight:
         return weighByRank(list, count);
-    case InverseDistanceWeight: // the 1 keeps neighbours at the same place finite
+    case InverseDistanceWeight: // the 1 keeps the weight of a distance 0 finite
         return weigh(list, count, [this](const neighborDatum &datum) {
             return numerator
                    / (1.0 + std::pow(std::sqrt(static_cast<double>(datum.distance)), power));

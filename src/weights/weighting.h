@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Weights of one object's neighbours, from nothing but their list.
+/// Weights of one object's neighbours, calculated from their list alone.
 #pragma once
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,8 @@
 
 namespace datainterface {
 
-/// As a float; beyond its range the end of it, so that finite weights and distances stay finite.
+/// Rounds to float. A finite value beyond the range becomes the nearest bound, so that weights and
+/// distances stay finite.
 inline float narrowed(double value)
 {
     constexpr double kLargest = std::numeric_limits<float>::max();
@@ -20,13 +21,13 @@ struct WeightRule {
     bool isRaster;
     neighborMethodType method;
     spatialWeightType type;
-    int neighborCount; ///< asked for by the nearest method
+    int neighborCount; ///< requested by the nearest method
     double numerator;
     double power;
 
-    /// Sets all weights. Lists of points are ordered by distance. Raises "Invalid weight set type"
-    /// for weights that the method has no distances for; a method that is no vector geography's own
-    /// leaves the weights alone.
+    /// Sets all weights of a list. Lists of points must be ordered by distance. Raises "Invalid
+    /// weight set type" for weights that do not suit the method. Does nothing for other methods of
+    /// a vector geography.
     void apply(neighborDatum *list, int count) const;
 
 private:
