@@ -1,12 +1,13 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Lists the exported names that have no contract in their header; there must be none.
+"""Lists the exported classes and functions that have no contract in their header; there must be none.
 
 usage: contracts.py XML_DIRECTORY (what Doxygen made of docs/Doxyfile)
 
-A class, an enumeration and a function need a comment. Without one are: what a name says alone (constructors, destructors,
-operators, getters and setters), overloads beside one that has a comment, overrides, whose contract is the base's, and
-private members.
+A class, a structure and a function need a comment. These need none: functions whose name says enough (constructors,
+destructors, operators, getters, setters, stream functions and signals), overloads beside one that has a comment,
+overrides, whose contract is that of the base class, and private members. Enumerations, enumerators, type aliases and
+fields are not checked.
 """
 import glob
 import re
