@@ -11,7 +11,7 @@ using namespace fennimark;
 
 namespace {
 
-constexpr std::size_t kKeptLists = 8;
+constexpr std::size_t kKeptLists = 8; // the lists of so many static pieces of time are kept
 
 } // namespace
 
@@ -109,7 +109,7 @@ FMObjectChain *Fennims::AddChain(const QVector<QPair<timeRange, int>> &observati
     std::vector<quint32> records;
     const timeRange *before = nullptr;
     for (const auto &observation : observations) {
-        const auto record = quint32(observation.second) - 1; // ids below 1 end up above every count
+        const auto record = quint32(observation.second) - 1; // above the count for ids below 1
         if (record >= d->store.recordCount() || d->store.lives(record)
             || std::find(records.begin(), records.end(), record) != records.end())
             return nullptr;
@@ -165,8 +165,8 @@ QList<qint64> Fennims::GetAllObjectTimes()
 
 namespace {
 
-/// Collects the ids of the candidates in `window` that are sure to hit by their box, or whose live
-/// object hits.
+/// Collects the ids of the records in `window` for which byBox(box) or byObject(live object) is
+/// true. byBox is the fast test: when it is true, no object is made.
 template <class ByBox, class ByObject>
 void query(const RecordStore &store, const Rect2D &window, qint64 time, QVector<int> &records,
            ByBox byBox, ByObject byObject)
@@ -208,8 +208,8 @@ void Fennims::CircleQuery(double x, double y, double radius, qint64 time,
     records.clear();
     if (!(radius >= 0) || !std::isfinite(x) || !std::isfinite(y))
         return;
-    // Sums and squares are rounded here: the window is a little wider and the short way a little
-    // stricter.
+    // Sums and squares are rounded, so the window is enlarged a little and the test of the box is a
+    // little stricter than the radius.
     const double margin =
         4 * std::numeric_limits<double>::epsilon() * (std::fabs(x) + std::fabs(y) + radius);
     const double sqrInner = radius * radius * kBoundSlack;

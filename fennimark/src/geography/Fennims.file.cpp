@@ -48,7 +48,7 @@ bool Fennims::Open(QDataStream &in, Progress progress)
         ObservationSource::place(chain, &d->store, first, entry.count);
         first += entry.count;
     }
-    // Downwards: a map takes a key below all others without a search.
+    // In descending order: inserting a key below all others at the beginning needs no search.
     std::for_each(d->chains.rbegin(), d->chains.rend(), [this](FMObjectChain &chain) {
         mChains.insert(mChains.cbegin(), chain.id, &chain);
     });
@@ -69,8 +69,8 @@ void Fennims::Private::describe(const QMap<int, FMObjectChain *> &written, FileC
                 quint32(store.observation(ObservationSource::firstOf(*chain), i).second) - 1);
     }
     content.order = content.recordsByChain;
-    std::sort(content.order.begin(),
-              content.order.end()); // records stand in the order of the curve already
+    // Record numbers follow the curve already.
+    std::sort(content.order.begin(), content.order.end());
     content.rangeOf = [this](quint32 record) { return store.range(record); };
     content.geometryOf = [this, &buffer](quint32 record, GeometryView &view) {
         view.bounds = store.box(record);

@@ -10,7 +10,8 @@ using namespace fennimark;
 
 namespace {
 
-constexpr int kMostRings = 1 << 16; // beyond, only as many as there are records are made
+// A result has more elements than this only where rings have records: large counts cost no memory.
+constexpr int kMostRings = 1 << 16;
 
 QVector<int> recordIds(const std::vector<RecordDistance> &found)
 {
@@ -21,7 +22,7 @@ QVector<int> recordIds(const std::vector<RecordDistance> &found)
     return ids;
 }
 
-/// All rings and the ego as ascending record ids.
+/// The records of all rings and the ego, as ascending record ids.
 QVector<int> within(const std::vector<std::vector<quint32>> &rings, quint32 ego)
 {
     QVector<int> ids{int(ego) + 1};
@@ -33,7 +34,8 @@ QVector<int> within(const std::vector<std::vector<quint32>> &rings, quint32 ego)
     return ids;
 }
 
-/// neighbors[record] = hits(point, excluded ids) for all points; false when the callback says so.
+/// Calls hits(tree, point, excluded ids, neighbors[id]) for all points. False, with `neighbors`
+/// empty, when the callback returns false.
 template <class Hits>
 bool eachPoint(const QVector<QPointF> &points, const QVector<int> &ids, bool includeEgo,
                QMap<int, QVector<ptTreeQueryResult>> &neighbors, Fennims::Progress progress,
@@ -55,7 +57,9 @@ bool eachPoint(const QVector<QPointF> &points, const QVector<int> &ids, bool inc
     return true;
 }
 
-/// neighbors[id] = search(box, exact distance of a record) for each source record that there is.
+/// Sets neighbors[id] to search(box, exact) for each record of `source` that exists, where
+/// exact(record) is the squared distance to a record of the store. False, with `neighbors` empty,
+/// when `source` is null and when the callback returns false.
 template <class Search>
 bool eachSource(const RecordStore &store, const HilbertTree *source, const QVector<int> &records,
                 QMap<int, QVector<int>> &neighbors, Fennims::Progress progress, Search search)

@@ -1,8 +1,16 @@
 // SPDX-License-Identifier: MIT
-// Vertices go to a scratch file as soon as they come: of each line or polygon u32 part count, u32
-// part sizes, padding to 8, 16 bytes a vertex. What stays in memory is what the order of the
-// records and the sections before the vertices need: 12 bytes a record, 32 a chain, and 16 a point
-// or 8 a line or polygon.
+// The vertices of lines and polygons are written to a scratch file at once:
+//
+//     | u32 part count | u32 size of each part | zeros to a multiple of 8 | f64 x, f64 y, ... |
+//
+// Kept in memory is what determines the order of the records and the sections of the file before
+// the vertices: 12 bytes for each record, 32 for each chain, 24 for each distinct time range, and
+// 16 for a point or the 8 of a position in the scratch file for a line or polygon.
+//
+// A chain needs no list while its records are contiguous and in order of time. When a record is
+// added that does not continue it, because it is earlier or records of other chains were added in
+// between, the chain gets a TimeOrderedRecords. The keys on both Hilbert curves are computed when a
+// record is added; Finish uses those with time when there is more than one time range.
 #include "fennimark/VORNBuilder.h"
 #include <QFile>
 #include <algorithm>
@@ -22,18 +30,17 @@ namespace {
 
 struct BuiltRecord {
     quint32 planeKey, spaceKey; // on the plane curve, and on the curve through space and time
-    quint32 range;              // its number in the table of ranges
+    quint32 range;              // the number of its range in the RangeTable
 };
 
-/// A chain's records follow one another in time as they came, from `firstRecord` on, or stand in a
-/// list of their own.
+/// A chain without a list has contiguous records in order of time, from `firstRecord` on.
 struct BuiltChain {
-    FMObjectChain handle; // whose first is the chain's number
+    FMObjectChain handle; // its mFirst is the number of the chain
     quint32 firstRecord = 0;
     quint32 list = 0; // 1 + the number of its list; 0: none
 };
 
-/// Deletes added objects on every way out; one that was passed twice is one.
+/// Deletes added objects at the end of its scope; an object that was passed twice is deleted once.
 class AddedObjects {
 public:
     AddedObjects(const QVector<TreeObject *> &objects, bool own)
@@ -52,9 +59,9 @@ private:
     QVector<TreeObject *> mObjects;
 };
 
-/// Tells two ranges apart that stand in order; false when they have more in common than one
-/// inclusive end.
-bool tellApart(timeRange &earlier, timeRange &later)
+/// Separates two ranges that are in order: when they share one inclusive end, one of them becomes
+/// exclusive there. False when they overlap otherwise.
+bool separate(timeRange &earlier, timeRange &later)
 {
     if (!overlaps(earlier, later))
         return true;
@@ -119,12 +126,12 @@ private:
     const HilbertScale planeScale, spaceScale;
     bool hasKind = false;
     ObjectKind kind = ObjectKind::Point;
-    std::deque<BuiltChain> chains;       // in the order of their making
-    std::map<int, quint32> numberById;   // only where ids did not come ascending
+    std::deque<BuiltChain> chains;     // in the order of their creation
+    std::map<int, quint32> numberById; // empty while ids ascend: then `chains` is searched
     std::vector<TimeOrderedRecords> lists;
     std::deque<BuiltRecord> records;
-    std::deque<QPointF> points;          // of a point geography
-    std::deque<quint64> positions;       // of lines and polygons in the scratch space
+    std::deque<QPointF> points;    // for a point geography
+    std::deque<quint64> positions; // of lines and polygons in the scratch space
     RangeTable ranges;
     ContentTotals totals;
     ScratchSpace space;
@@ -176,7 +183,8 @@ FMObjectChain *VORNBuilder::Private::create(const QVector<TreeObject *> &objects
     return &chain.handle;
 }
 
-/// Whether the new records, which ascend in time, come behind the chain's, and number by number.
+/// Whether the chain stays without a list: the new records, which ascend in time, are after those
+/// of the chain in time and have the next numbers.
 bool VORNBuilder::Private::follow(const BuiltChain &chain, const std::vector<Timed> &added) const
 {
     const quint32 count = countOf(chain.handle);
@@ -191,7 +199,7 @@ bool VORNBuilder::Private::follow(const BuiltChain &chain, const std::vector<Tim
     return true;
 }
 
-/// The new records and those next to them in the chain, ascending in time.
+/// The new records and their neighbours in the chain, ascending in time.
 std::vector<VORNBuilder::Private::Timed>
 VORNBuilder::Private::among(const BuiltChain &chain, const std::vector<Timed> &added) const
 {
@@ -230,7 +238,7 @@ VORNBuilder::Private::among(const BuiltChain &chain, const std::vector<Timed> &a
     return all;
 }
 
-/// Enters records that do not follow the chain's into its list, which is made for the first of them.
+/// Inserts records into the chain's list, which is created when there is none.
 void VORNBuilder::Private::insert(BuiltChain &chain, const std::vector<Timed> &added)
 {
     const auto enter = [&](quint32 record) {
@@ -265,7 +273,7 @@ bool VORNBuilder::Private::append(BuiltChain &chain, const QVector<TreeObject *>
     });
     std::vector<Timed> all = among(chain, added);
     for (std::size_t i = 1; i < all.size(); ++i) {
-        if (!tellApart(all[i - 1].range, all[i].range))
+        if (!separate(all[i - 1].range, all[i].range))
             return false;
     }
 
@@ -298,7 +306,7 @@ bool VORNBuilder::Private::append(BuiltChain &chain, const QVector<TreeObject *>
     return true;
 }
 
-/// Takes one geometry over; false when it is none that can be kept.
+/// Stores one geometry; false when it is not one that can be stored.
 bool VORNBuilder::Private::keep(const TreeObject *object, const timeRange &range,
                                 BuiltRecord &record, QPointF &point, quint64 &position,
                                 ContentTotals &sums)
@@ -394,8 +402,8 @@ void VORNBuilder::Private::order(FileContent &content) const
 
 bool VORNBuilder::Private::write(const QString &path, ProgressCallback progress)
 {
-    // Records are read once, in the order of the curve: reads at their positions keep the vertices
-    // out of this process's memory.
+    // Records are read once, in the order of the curve. With positioned reads the vertices do not
+    // count as memory of this process.
     if (!finished && !space.freeze(space.size(), ScratchSpace::Reads::Positioned))
         return false;
     finished = true;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The compact lists in which a builder keeps time ranges and the observations of a chain.
+/// The compact lists in which a builder stores time ranges and the observations of a chain.
 #pragma once
 #include <algorithm>
 #include <cstring>
@@ -15,7 +15,7 @@ class RangeTable {
 public:
     const timeRange &operator[](quint32 number) const { return mRanges[number]; }
 
-    /// The number of a range, which is added when it is new.
+    /// The number of a range; a new range is added.
     quint32 numberOf(const timeRange &range)
     {
         if (2 * mRanges.size() >= mSlots.size())
@@ -55,11 +55,11 @@ private:
     }
 
     std::deque<timeRange> mRanges;
-    std::vector<quint32> mSlots = std::vector<quint32>(64, 0); // number + 1; 0 where free
+    std::vector<quint32> mSlots = std::vector<quint32>(64, 0); // number + 1; 0: a free slot
 };
 
-/// The records of a chain whose observations did not come in order of time, ascending in time. They
-/// lie in blocks of at most 512, so that an insertion moves few of them.
+/// The records of a chain that are not contiguous or were not added in order of time, ascending in
+/// time. They are stored in blocks of at most 512, so that an insertion moves few of them.
 class TimeOrderedRecords {
 public:
     quint32 at(quint32 index) const
@@ -71,7 +71,7 @@ public:
         return mBlocks[mBlock][index - mBlockStart];
     }
 
-    /// Puts a record behind all that are not after it; isAfter(other) tells those that are.
+    /// Inserts a record before the first one for which isAfter(other) is true.
     template <class IsAfter> void insert(quint32 record, IsAfter isAfter)
     {
         mBlock = mBlockStart = 0;
@@ -90,8 +90,8 @@ public:
         mBlocks.insert(mBlocks.begin() + std::ptrdiff_t(number) + 1, std::move(tail));
     }
 
-    /// visit(record) for the record before the place where `insert` would put one, and for the
-    /// record behind that place, as far as there are any.
+    /// Calls visit(record) for the record before and the record after the position at which
+    /// `insert` would insert one, if they exist.
     template <class IsAfter, class Visit> void visitNeighbors(IsAfter isAfter, Visit visit) const
     {
         if (mBlocks.empty())
@@ -118,17 +118,18 @@ private:
     using Block = std::vector<quint32>;
     static constexpr std::size_t kLargest = 512;
 
-    /// The last block whose first record is not after the place looked for, else the first one.
+    /// The last block for whose first record isAfter is false; the first block when there is none.
     template <class IsAfter> std::size_t blockOf(IsAfter isAfter) const
     {
-        const auto behind =
+        const auto after =
             std::partition_point(mBlocks.begin(), mBlocks.end(),
                                  [&](const Block &block) { return !isAfter(block.front()); });
-        return std::size_t(std::max<std::ptrdiff_t>(behind - mBlocks.begin() - 1, 0));
+        return std::size_t(std::max<std::ptrdiff_t>(after - mBlocks.begin() - 1, 0));
     }
 
     std::vector<Block> mBlocks;
-    // The block of the last answer and the index of its first record: records are read in turn.
+    // The block that `at` used last and the index of its first record, so that reading all records
+    // in turn takes linear time.
     mutable std::size_t mBlock = 0;
     mutable quint32 mBlockStart = 0;
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// What a geography holds beside its records: name, projection, pooled chains, and what is remade
-/// when records change.
+/// The state of a geography beside its records: name, projection, chains, and data derived from the
+/// records.
 #pragma once
 #include <deque>
 #include <vector>
@@ -14,7 +14,8 @@ namespace fennimark {
 
 class FileContent;
 
-/// The records of the latest static pieces of time; handing one out costs a reference.
+/// The lists of records at the static pieces of time that were asked for last, at most 8 of them.
+/// The lists are implicitly shared with the callers. A list is valid for one version of the store.
 class ObservationLists {
 public:
     const QVector<int> *find(double time, quint32 version) const;
@@ -44,11 +45,12 @@ public:
     fennimark::ObservationLists observationLists;
     fennimark::Contiguity contiguity;
 
-    /// The record, counted from 0, when it is a polygon of the time.
+    /// Whether a record id is that of a polygon that exists at `time`. @param record  receives its
+    /// number from 0.
     bool polygonAt(int recordId, qint64 time, quint32 &record) const;
-    /// Into a content to be written: all living records, or those of some chains.
+    /// Sets `content` to the given chains and their records. `buffer` must outlive `content`.
     void describe(const QMap<int, FMObjectChain *> &chains, fennimark::FileContent &content,
                   std::vector<quint64> &buffer) const;
-    /// The tree of the points that exist at the time, by record id.
+    /// Appends the points that exist at `time` and their record ids; false for other geographies.
     bool pointsAt(qint64 time, QVector<QPointF> &points, QVector<int> &ids) const;
 };

@@ -191,7 +191,7 @@ bool FMObject::Crosses(const FMObject &object) const
 
 bool FMObject::CrossesPoint(const QPointF &) const
 {
-    return false; // whatever meets the one point of it contains it
+    return false; // an object that meets a point contains it
 }
 
 bool FMObject::CrossesLine(const FMLine &line) const
@@ -237,7 +237,7 @@ bool FMObject::GetCentroid(double &x, double &y) const
     const Shape shape(*this);
     if (shape.isEmpty())
         return false;
-    const QPointF origin = shape.vertex(0); // moments about a place nearby lose the fewest digits
+    const QPointF origin = shape.vertex(0); // moments about a near point have less rounding error
     double length = mKind == ObjectKind::Point ? 1.0 : 0.0;
     double momentX = 0.0;
     double momentY = 0.0;

@@ -1,7 +1,10 @@
-// SPDX-License-Identifier: MIT
-// The stream form of one object, little-endian bytes whatever the stream's own order and version: a
-// point is x and y; a line or polygon is a u32 part count, the u32 sizes of the parts, and x and y
-// of every vertex, all exactly as given.
+// SPDX-License-Identifier: MIT The stream form of one object. The bytes are little-endian and do
+// not depend on the byte order and the version of the stream:
+//
+//     point            | f64 x | f64 y |
+//     line, polygon    | u32 part count | u32 size of each part | f64 x, f64 y of each vertex |
+//
+// The vertices are those that were given, also when they are not finite.
 #include <QDataStream>
 #include <QtEndian>
 #include "fennimark/FMPoint.h"
@@ -10,7 +13,7 @@
 namespace {
 
 constexpr int kForm = 1;
-constexpr std::size_t kChunk = 1U << 15; // elements; memory grows no faster than data arrive
+constexpr std::size_t kChunk = 1U << 15; // elements read at once: a wrong count reserves no memory
 constexpr quint64 kMaxVertices = 0x7ffffffe;
 
 template <class T> struct Wire;
@@ -44,7 +47,7 @@ template <class T> bool read(QDataStream &in, T *values, std::size_t count)
     return true;
 }
 
-/// Appends `count` elements of `Width` numbers each.
+/// Reads elements of `Width` numbers each until the list has `count` of them.
 template <class T, std::size_t Width = 1, class Element>
 bool readGrowing(QDataStream &in, std::vector<Element> &list, quint64 count)
 {

@@ -15,8 +15,8 @@ QVector<QPair<timeRange, int>> FMObjectChain::GetObservations() const
 QPair<timeRange, int> FMObjectChain::GetObservation(qint64 time) const
 {
     const auto instant = static_cast<double>(time);
-    // The first observation that ends at the time or later; at a common edge the one behind may
-    // hold it instead.
+    // Finds the first observation that ends at the time or later. When its end is exclusive, the
+    // next observation may contain the time instead.
     quint32 low = 0;
     for (quint32 high = mCount; low < high;) {
         const quint32 middle = low + (high - low) / 2;

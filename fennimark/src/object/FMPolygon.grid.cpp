@@ -18,8 +18,8 @@ bool isUsable(const FMGrid &grid, const FMGridWindow &window)
            && window.firstColumn <= window.lastColumn && window.firstRow <= window.lastRow;
 }
 
-/// Takes from the window the columns that the bounds do not reach, but for one at either end; false
-/// when none is left.
+/// Removes columns outside the bounds from the window, except for one at either end. False when no
+/// column is left.
 bool narrow(FMGridWindow &window, const FMGrid &grid, const Rect2D &bounds)
 {
     const double first = std::floor((bounds.xMin - grid.left) / grid.cellWidth) - 1.0;
@@ -33,7 +33,7 @@ bool narrow(FMGridWindow &window, const FMGrid &grid, const Rect2D &bounds)
     return true;
 }
 
-/// For each ring whether the area lies to the right of its segments, as given.
+/// For each ring: whether the polygon's area is to the right of its segments.
 std::vector<bool> reversedRings(const Shape &shape, const fennimark::Nesting &nesting)
 {
     std::vector<bool> reversed(shape.partCount());
@@ -52,8 +52,8 @@ std::vector<bool> reversedRings(const Shape &shape, const fennimark::Nesting &ne
     return reversed;
 }
 
-/// Draws places uniformly from the covered part of a grid: a cell by its covered area, then places
-/// in the cell.
+/// Draws points uniformly from the covered part of a grid: first a cell with a probability
+/// proportional to its covered area, then points in that cell until one is in the polygon.
 class CellSampler {
 public:
     CellSampler(const FMGrid &grid, const QVector<FMCellArea> &cells, double (*deviate)(void))
@@ -118,7 +118,7 @@ void FMPolygon::CellAreas(const FMGrid &grid, const FMGridWindow &window,
 
 QVector<QPointF> FMPolygon::GetRandomPoints(double (*deviate)(void), int count) const
 {
-    // As many as one vector holds: more are refused before they are drawn.
+    // The capacity of one vector; larger counts are refused at once.
     constexpr int kMostPoints = (std::numeric_limits<int>::max() - 64) / int(sizeof(QPointF));
     QVector<QPointF> points;
     const Rect2D bounds = GetBounds();

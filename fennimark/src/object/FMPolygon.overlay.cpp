@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What asks for the area as a set: measures by ring sums, overlay through GEOS.
+// The operations on a polygon as an area: measures as sums over rings, overlay through GEOS.
 #include "fennimark/FMPolygon.h"
 #include <cmath>
 #include "shape/overlay.h"
@@ -11,7 +11,8 @@ using fennimark::Simplicity;
 
 namespace {
 
-/// Area and first moments of one ring about its first vertex, as if it ran counter-clockwise.
+/// Area and first moments of one ring about its first vertex, with the signs of a counter-clockwise
+/// ring.
 struct RingSums {
     double area = 0.0;
     double momentX = 0.0;

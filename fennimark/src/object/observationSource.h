@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Where a chain's observations lie: in a record store, or in a builder that has not finished.
+/// The source of a chain's observations: a record store, or a builder that is not finished.
 #pragma once
 #include <QPair>
 #include "fennimark/FMObjectChain.h"
@@ -8,11 +8,11 @@ namespace fennimark {
 
 class ObservationSource {
 public:
-    /// The observation at a position of the source's list; a chain's observations ascend in time
-    /// from its first.
+    /// Observation `index` of the chain that begins at `first`, see FMObjectChain::mFirst. The
+    /// observations of a chain ascend in time.
     virtual QPair<timeRange, int> observation(quint32 first, quint32 index) const = 0;
 
-    /// Where a chain's observations begin and how many they are.
+    /// Sets the source of a chain, the beginning of its observations there and their number.
     static void place(FMObjectChain &chain, const ObservationSource *source, quint32 first,
                       quint32 count)
     {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Well-known text is a tree of NODE["name", number, NODE[...], word, ...] in square or round
-// brackets. One pass reads it with the open nodes on a stack; a name or factor is taken where the
-// stack says what it belongs to.
+// brackets. It is read in one pass, with the open nodes on a stack. The stack decides to which
+// system or unit a name or a factor belongs.
 #include "object/wellKnownText.h"
 #include <QVector>
 
@@ -106,7 +106,7 @@ private:
         return true;
     }
 
-    /// One item of the innermost node, and the comma or brackets behind it.
+    /// Reads one item of the innermost node and the comma or the closing brackets after it.
     bool readItem()
     {
         skipSpace();
@@ -156,15 +156,15 @@ private:
                     ++mAt;
                     return true;
                 }
-                ++mAt; // two quotes are one
+                ++mAt; // a doubled quote stands for one
             }
             value.append(mText[mAt].isPrint() ? mText[mAt] : QLatin1Char(' '));
         }
         return false;
     }
 
-    /// What an item of the innermost node, a unit, is the unit of: the system nearest around it,
-    /// through an axis, a coordinate system or a prime meridian alone.
+    /// The owner of the innermost node, which is a unit: the nearest node around it that is not an
+    /// axis, a coordinate system or a prime meridian.
     Node unitOwner() const
     {
         for (int i = mOpen.size() - 2; i >= 0; --i) {

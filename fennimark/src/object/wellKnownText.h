@@ -13,8 +13,8 @@ struct SystemNames {
     double angularFactor = 0.0; ///< radians in one angular unit; 0 unknown
 };
 
-/// False for text that is no well-formed projected or geographic system, nor a compound or bound
-/// system of one.
+/// Reads the names of the outermost projected and geographic system. False for text that is not a
+/// well-formed projected or geographic system, nor a compound or bound system of one.
 bool readWellKnownText(const QString &text, SystemNames &names);
 
 } // namespace fennimark

@@ -1,22 +1,26 @@
 // SPDX-License-Identifier: MIT
-// The segments of two boundaries that come near each other inside the common window of their boxes
-// are found by a dual descent through the run boxes.
+// The segments of the two boundaries that are near each other inside the common window of their
+// boxes are found by descending the run boxes of both at the same time.
 //
-// A vertex stored on a slanted edge is never on it to the last bit, so places within the slack are
-// one place. Two segments run together where the projection of one on the other overlaps it and
-// both ends of that overlap are within the slack: edges that merely diverge at a small angle from a
-// common vertex share a place and no piece.
+// A vertex stored on a slanted edge is never on it to the last bit, so two places within the slack
+// count as one. Two segments run together where the projection of one on the other overlaps it and
+// both ends of that overlap are within the slack:
 //
-// The common border is the set of places that lie on both boundaries. A ring may run along one
-// stretch several times (spikes, cuts, doubled edges), so the overlaps found are reduced until each
-// stretch is counted once: first each stretch of the second boundary is given to the first segment
-// of the first boundary that runs along it, then each stretch of the first boundary to the first
-// segment of the second. Both steps together leave exactly one overlap at every common place,
-// however many segments of either boundary pass there. Overlaps that continue one another along
-// either boundary are one piece.
+//      c -------------------- d        c to d
+//              a -------------------- b        a to b, no farther than the slack
+//              |==============|        overlap: low and high are distances from a
 //
-// Which boundary is the first one depends on the vertices and not on the order of the arguments, so
-// both directions of a question have the same answer.
+// Edges that diverge at a small angle from a common vertex share a place and no piece.
+//
+// The common border is the set of places on both boundaries. A ring may run along one stretch
+// several times (spikes, cuts, doubled edges), so the overlaps are reduced until each stretch is
+// counted once: first each stretch of the second boundary is assigned to the first segment of the
+// first boundary that runs along it, then each stretch of the first boundary to the first segment
+// of the second. After both steps there is exactly one overlap at every common place, for any
+// number of segments there. Overlaps that continue one another along either boundary are one piece.
+//
+// The boundary that counts as the first one is chosen by the vertices and not by the order of the
+// arguments, so (a, b) and (b, a) have the same result.
 #include "shape/border.h"
 #include <cmath>
 #include <numeric>
@@ -27,7 +31,7 @@ namespace fennimark {
 namespace {
 
 constexpr double kSlackUlps = 8.0;
-constexpr double kPieceSlacks = 4.0; // pieces no longer than so many slacks are contacts at a place
+constexpr double kPieceSlacks = 4.0; // a piece must be longer than this many slacks
 
 /// A stretch that a segment of the first boundary has in common with one of the second. `low` and
 /// `high` are distances from the beginning of the first segment; the other two are the distances
@@ -48,7 +52,7 @@ double slackOf(const Rect2D &a, const Rect2D &b, double tolerance)
     return std::max({roundingSlack(a), roundingSlack(b), tolerance});
 }
 
-/// One segment of the first boundary, with what its tests against many of the second need.
+/// One segment of the first boundary, prepared for tests against many segments of the second.
 class Rail {
 public:
     Rail(const QPointF &from, const QPointF &to, double slack)
@@ -61,7 +65,8 @@ public:
             mDirection = QPointF((to.x() - from.x()) / mLength, (to.y() - from.y()) / mLength);
     }
 
-    /// How the segment c to d meets it; the overlap is told when it is a piece of any length.
+    /// The contact with the segment from c to d. For Contact::Piece, which here has any length,
+    /// `overlap` receives the distances and ends of the overlap.
     Contact meet(const QPointF &c, const QPointF &d, Overlap &overlap) const
     {
         const QPointF first = local(c);
@@ -88,7 +93,7 @@ public:
 private:
     static double lengthOf(double dx, double dy) { return std::sqrt(dx * dx + dy * dy); }
 
-    /// Distances along the rail and, to its left, across it.
+    /// The coordinates of p along the segment and, to its left, across it.
     QPointF local(const QPointF &p) const
     {
         const double dx = p.x() - mFrom.x();
@@ -136,7 +141,7 @@ private:
     const QPointF mTo;
     const double mSlack;
     const double mLength;
-    QPointF mDirection{1.0, 0.0}; // any for a segment without length
+    QPointF mDirection{1.0, 0.0}; // arbitrary for a segment of length 0
 };
 
 class BorderWalk {
@@ -155,7 +160,7 @@ public:
     const Shape &first() const { return mA; }
     const Shape &second() const { return mB; }
 
-    /// visit(contact, overlap) for each two segments in contact, until it returns false.
+    /// Calls visit(contact, overlap) for each pair of segments in contact, until it returns false.
     template <class Visit> void visitContacts(Visit visit) const
     {
         if (mA.isEmpty() || mB.isEmpty() || mWindow.xMin > mWindow.xMax
@@ -187,7 +192,7 @@ private:
             quint32 index;
             const QPointF *from;
             const QPointF *to;
-            Rect2D reach; // its box, wider by the slack
+            Rect2D reach; // its box, enlarged by the slack
         };
         Segment segments[kRunLength];
         int count = 0;
@@ -231,7 +236,7 @@ private:
     Rect2D mWindow;
 };
 
-/// One of the two boundaries as the overlaps know it.
+/// One of the two boundaries, with the members of Overlap that belong to it.
 struct Side {
     const Shape &boundary;
     quint32 Overlap::*segment;
@@ -250,14 +255,14 @@ struct Side {
     QLineF line(const Overlap &o) const { return QLineF(from(o), to(o)); }
 };
 
-/// The stretches of one segment that are counted already, ascending and apart.
+/// The stretches of one segment that are counted already, ascending and disjoint.
 class CountedStretches {
 public:
     explicit CountedStretches(double slack) : mSlack(slack) {}
     void clear() { mStretches.clear(); }
 
-    /// Calls visit(begin, end) for the parts of [low, high] that are not counted yet and counts
-    /// them.
+    /// Calls visit(begin, end) for the parts of [low, high] that are not counted yet, and marks
+    /// them as counted.
     template <class Visit> void count(double low, double high, Visit visit)
     {
         const auto first =
@@ -291,7 +296,7 @@ private:
     std::vector<Stretch> mStretches;
 };
 
-/// The part of an overlap whose distances along one side are [begin, end].
+/// The part of an overlap with the distances [begin, end] along one side.
 Overlap partOf(const Overlap &whole, const Side &side, double begin, double end)
 {
     const double perUnit = 1.0 / (whole.*side.atHigh - whole.*side.atLow);
@@ -312,7 +317,7 @@ Overlap partOf(const Overlap &whole, const Side &side, double begin, double end)
     return part;
 }
 
-/// The overlaps of one pair of boundaries, each common stretch once, grouped into pieces.
+/// The overlaps of two boundaries, in which each common stretch occurs once, grouped into pieces.
 class CommonBorder {
 public:
     CommonBorder(const BorderWalk &walk, Overlaps overlaps)
@@ -338,8 +343,9 @@ public:
                            [this](double length) { return mWalk.isPiece(length); });
     }
 
-    /// The sum over all pieces. `pieces` gets them along the first or the second boundary, joined
-    /// where they continue one another on one segment of the first.
+    /// The total length of all pieces. `pieces`, when not null, receives them in the order of the
+    /// first or the second boundary; those that continue one another on one segment of the first
+    /// boundary are joined.
     double length(bool alongFirst, QList<QLineF> *pieces) const
     {
         double total = 0.0;
@@ -371,7 +377,7 @@ public:
     }
 
 private:
-    /// Sorts the overlaps along the first boundary and their numbers along the second.
+    /// Sorts the overlaps along the first boundary, and their numbers along the second.
     void arrange()
     {
         const auto along = [this](const Overlap &a, const Overlap &b) {
@@ -387,7 +393,7 @@ private:
     }
     const Numbers &orderOf(const Side &side) const { return mOrder[&side == &mSecond]; }
 
-    /// Whether no two overlaps have more than rounding in common along one side.
+    /// Whether the overlaps are disjoint along one side, up to rounding.
     bool isApart(const Side &side) const
     {
         const Numbers &order = orderOf(side);
@@ -401,7 +407,7 @@ private:
         return true;
     }
 
-    /// Leaves each stretch along `side` to the overlap with the first segment of the other side.
+    /// Assigns each stretch of `side` to the overlap with the first segment of the other side.
     void countOnce(const Side &side, const Side &other)
     {
         std::sort(mOverlaps.begin(), mOverlaps.end(), [&](const Overlap &a, const Overlap &b) {
@@ -420,14 +426,14 @@ private:
             counted.count(low, high, [&](double begin, double end) {
                 if (begin == low && end == high)
                     kept.append(next);
-                else if (end - begin > mRounding) // less is what rounding leaves of equal stretches
+                else if (end - begin > mRounding) // shorter parts are rounding errors
                     kept.append(partOf(next, side, begin, end));
             });
         }
         mOverlaps = kept;
     }
 
-    /// Unites overlaps that continue one another along either boundary into pieces.
+    /// Groups overlaps that continue one another along either boundary into pieces.
     void link()
     {
         mPieceOf = mOrder[0];
@@ -476,11 +482,12 @@ private:
     const double mRounding;
     Overlaps mOverlaps;
     Numbers mOrder[2];                    // along the first boundary, along the second
-    Numbers mPieceOf;                     // the first overlap of the piece that each belongs to
-    QVarLengthArray<double, 16> mLengths; // of the pieces, by their first overlap
+    Numbers mPieceOf;                     // by overlap: the first overlap of its piece
+    QVarLengthArray<double, 16> mLengths; // the length of a piece, by its first overlap
 };
 
-/// The same order for (a, b) and (b, a) unless the two have equal vertices.
+/// An order of boundaries by their vertices. inOrder(a, b) and inOrder(b, a) are both true only
+/// when all vertices and parts are equal.
 bool inOrder(const GeometryView &a, const GeometryView &b)
 {
     if (a.vertexCount != b.vertexCount)
@@ -511,7 +518,7 @@ double roundingSlack(const Rect2D &bounds)
 double contactReach(const Rect2D &bounds, double tolerance)
 {
     const double slack = roundingSlack(bounds);
-    return std::max(slack, tolerance) + slack; // the second: rounding of the pair test itself
+    return std::max(slack, tolerance) + slack; // the second term covers rounding in the pair test
 }
 
 Contact contact(const GeometryView &a, const GeometryView &b, double tolerance, Contact enough)
@@ -521,7 +528,7 @@ Contact contact(const GeometryView &a, const GeometryView &b, double tolerance, 
     const Shape second(ordered ? b : a, ObjectKind::Polygon);
     const BorderWalk walk(first, second, tolerance);
     Contact best = Contact::None;
-    Overlaps slivers; // each too short for a piece, which together they may be
+    Overlaps slivers; // overlaps too short for a piece, but together they may form one
     walk.visitContacts([&](Contact found, const Overlap &overlap) {
         if (found == Contact::Piece && !walk.isPiece(overlap.high - overlap.low)) {
             slivers.append(overlap);

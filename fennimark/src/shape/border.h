@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The pair test behind contiguity and shared borders. Every answer is the same for (a, b) and
-/// (b, a), up to the direction of the pieces.
+/// The pair test of contiguity and shared borders. The results for (a, b) and (b, a) are the same,
+/// except for the direction of the pieces.
 #pragma once
 #include <QLineF>
 #include <QList>
@@ -8,24 +8,25 @@
 
 namespace fennimark {
 
-/// Contact of two boundaries: none, at a place, along a piece longer than four times the slack.
+/// The contact of two boundaries: none, at a place, or along a piece longer than four times the
+/// slack.
 enum class Contact : quint8 { None, Place, Piece };
 
-/// What rounding can do to a place within these bounds: 8 ulp of their largest coordinate, in map
-/// units. The slack of a pair is the larger one of its two polygons.
+/// The distance in map units that rounding can move a place within these bounds: 8 ulp of their
+/// largest coordinate. The slack of a pair is the larger one of its two polygons.
 double roundingSlack(const Rect2D &bounds);
 
-/// How far the boxes of two polygons in contact may be apart, in map units: no more than the larger
-/// one of the two polygons' reaches.
+/// The reach of a polygon in map units. The boxes of two polygons in contact are no farther apart
+/// than the larger one of their reaches.
 double contactReach(const Rect2D &bounds, double tolerance);
 
-/// How two boundaries meet. Two places are the same within `tolerance` or the rounding slack of the
-/// pair, whichever is more. The walk ends as soon as `enough` is known to hold.
+/// The contact of two boundaries. Two places are the same within `tolerance` or the rounding slack
+/// of the pair, whichever is larger. The search stops as soon as `enough` is found.
 Contact contact(const GeometryView &a, const GeometryView &b, double tolerance,
                 Contact enough = Contact::Piece);
 
-/// The length of all common pieces, each stretch of either boundary counted once, in map units.
-/// `pieces`, when given, gets them in the order and direction of a's vertices.
+/// The length of all common pieces in map units, each stretch of either boundary counted once.
+/// `pieces`, when not null, receives them in the order and direction of a's vertices.
 double sharedBorder(const GeometryView &a, const GeometryView &b, double tolerance,
                     QList<QLineF> *pieces = nullptr);
 

@@ -1,7 +1,7 @@
-// SPDX-License-Identifier: MIT
-// Common points are found exactly and first. What is left is the least distance between two
-// boundaries, by descending both trees at once, nearer boxes first, into pairs of boxes that are
-// nearer than the best so far.
+// SPDX-License-Identifier: MIT Common points are found first, by exact tests. For shapes without a
+// common point the distance is the least one between the two boundaries. It is found by descending
+// both trees of run boxes at the same time, nearer boxes first, into pairs of boxes whose distance
+// is below the least so far.
 #include "shape/distance.h"
 #include <limits>
 #include "shape/relate.h"
@@ -25,7 +25,7 @@ double boxDistance(const RunBox &a, const RunBox &b)
     return dx * dx + dy * dy;
 }
 
-/// Of segments that do not meet: the least distance is at one of the four ends.
+/// The squared distance of segments that do not meet, which is that of one of the four ends.
 double segmentDistance(const QPointF &a, const QPointF &b, const QPointF &c, const QPointF &d)
 {
     return std::min({squaredDistance(a, c, d), squaredDistance(b, c, d), squaredDistance(c, a, b),

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Areas of a polygon in grid cells. Every edge is cut at the grid lines. A piece of an edge has two
-// contributions, signed by its direction in x:
+// The area of a polygon in each cell of a grid. Every edge is cut at the grid lines into pieces of
+// one cell each. A piece has two contributions, signed by its direction in x:
 //
 //     +-----------+
 //     |   | * * | |   *  cover: the width of the piece times the height of the cell, for every cell
@@ -11,10 +11,11 @@
 //     |   |_/     |
 //     +-----------+
 //
-// The sum up a column of all areas above and all covers from below is the polygon's area in each
-// cell that an edge enters. In the cells between those, the winding number just right of the
-// column's left line, an exact count of crossings, decides between the whole cell and nothing. The
-// running sum starts again from that number, so rounding does not accumulate.
+// The cells of a column are processed from the bottom to the top. In a cell that an edge enters,
+// the polygon's area is the sum of the areas above of its own pieces and the covers of all pieces
+// below. The cells between those are inside or outside as a whole. That is decided by the winding
+// number just right of the column's left line, which is an exact count of crossings. The sum of
+// covers is then set to the winding number times the cell's width, so rounding does not accumulate.
 #include <cmath>
 #include <limits>
 #include "shape/gridCoverage.h"
@@ -22,7 +23,7 @@
 namespace fennimark {
 namespace {
 
-constexpr double kNothing = 1.0e-12; // of a cell
+constexpr double kNothing = 1.0e-12; // of a cell's area; at most this much counts as none
 
 class CellWalk {
 public:
@@ -52,18 +53,20 @@ public:
     }
 
 private:
+    /// A piece of an edge in one cell of a column.
     struct Entry {
         qint64 row;
-        double area;
-        double cover;
-        int winding;
+        double area;  ///< the area above, signed
+        double cover; ///< the width of the piece, signed
+        int winding;  ///< 1 or -1 where an edge enters the column at its left line, otherwise 0
     };
 
     double lineX(qint64 column) const { return double(column) * mGrid.cellWidth + mGrid.left; }
     double lineY(qint64 row) const { return double(row) * mGrid.cellHeight + mGrid.bottom; }
 
-    /// The cell between whose lines a place lies, the lower line included; within [low, high] told
-    /// apart from outside.
+    /// The number of the cell that contains a coordinate; its lower line belongs to it. Clamped to
+    /// [low, high]. The quotient may be wrong by rounding, so it is corrected by the lines
+    /// themselves.
     template <class Line>
     static qint64 cellOf(double place, double origin, double size, qint64 low, qint64 high,
                          Line line)
@@ -76,7 +79,7 @@ private:
             ++cell;
         return cell;
     }
-    /// Below the window's first row: mFirstRow - 1. Above its last: mEndRow.
+    /// The row of a y coordinate: mFirstRow - 1 below the window, mEndRow above it.
     qint64 rowOf(double y) const
     {
         return cellOf(y, mGrid.bottom, mGrid.cellHeight, mFirstRow - 1, mEndRow,
@@ -94,7 +97,8 @@ private:
         return std::min(std::max(value, std::min(from, to)), std::max(from, to));
     }
 
-    /// An edge from left to right; `sign` is -1 when the ring runs the other way.
+    /// Adds an edge, given from left to right. `sign` is 1 when the polygon's area is above it and
+    /// -1 when it is below.
     void addEdge(const QPointF &left, const QPointF &right, int sign)
     {
         const qint64 first = columnOf(left.x());
@@ -102,7 +106,7 @@ private:
         if (first > mWindow.lastColumn || last < mWindow.firstColumn)
             return;
         if (left.x() == right.x() && (left.y() == right.y() || left.x() == lineX(first)))
-            return; // along a grid line: in no cell
+            return; // a single place, or along a vertical grid line: enters no cell
         QPointF from = left;
         for (qint64 column = first; column <= std::min<qint64>(last, mWindow.lastColumn);
              ++column) {
@@ -122,15 +126,15 @@ private:
         }
     }
 
-    /// A piece within one column, cut at the row lines from its left end on; `winding` goes with
-    /// the first cut, where the piece leaves the column's left line.
+    /// Adds a piece of an edge within one column, cut at the lines of the rows from its left end
+    /// on. `winding` belongs to the first entry, where the piece begins at the column's left line.
     void addPiece(std::vector<Entry> &column, const QPointF &left, const QPointF &right, int sign,
                   int winding)
     {
         const bool rises = right.y() > left.y();
         qint64 row = rowOf(left.y());
         if (!rises && row >= mFirstRow && left.y() == lineY(row))
-            --row; // runs below this line, or along it: the cell above is not entered
+            --row; // the piece is below this line or along it, so it does not enter the cell above
         QPointF from = left;
         for (;; row += rises ? 1 : -1) {
             const bool canLeave = rises ? row < mEndRow : row >= mFirstRow;
@@ -153,7 +157,7 @@ private:
         }
     }
 
-    /// Cells [first, end) of a column that are covered alike.
+    /// The cells [first, end) of a column, which have the same covered area.
     struct RowSpan {
         unsigned int column;
         qint64 first;
@@ -175,7 +179,7 @@ private:
         qint64 next = mFirstRow;
         double cover = 0.0;
         int winding = 0;
-        const auto fillTo = [&](qint64 end) { // over cells that no edge enters
+        const auto fillTo = [&](qint64 end) { // passes the cells before `end`, which no edge enters
             if (next >= end)
                 return;
             if (winding > 0)

@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Cell centres in a polygon: each column of centres is a vertical line, its crossings with the
-// rings are sorted, and the centres between odd and even crossings are inside. Centres so near a
-// crossing that rounding could decide, and those on vertices or vertical edges, are put to the
-// exact point test; so the answer is that test's for every centre.
+// The cell centres in a polygon. Each column of centres is a vertical line. Its crossings with the
+// rings are sorted; centres between an odd crossing (the first, third and so on) and the next one
+// are inside:
+//
+//     row        0    1    2    3    4    5    6    7    8    9
+//     crossing          x              x         x         x
+//     inside               2    3    4              7    8
+//
+// Centres that are so near a crossing that rounding could decide, and those on vertices or vertical
+// edges, are tested by the exact point test. So the result equals that test for every centre.
 #include <cmath>
 #include <limits>
 #include "shape/gridCoverage.h"
@@ -11,7 +17,7 @@
 namespace fennimark {
 namespace {
 
-constexpr double kNear = 1.0e-7; // cells
+constexpr double kNear = 1.0e-7; // in cells
 constexpr double kRounding = 16.0 * 2.220446049250313e-16;
 
 class CenterWalk {
@@ -43,7 +49,7 @@ public:
 private:
     struct Column {
         std::vector<double> crossings;  ///< in rows of centres
-        std::vector<unsigned int> near; ///< rows to be tested one by one
+        std::vector<unsigned int> near; ///< rows to be tested by the exact test
     };
 
     double centerX(unsigned int column) const
@@ -53,7 +59,8 @@ private:
     double centerY(unsigned int row) const { return mGrid.top - (row + 0.5) * mGrid.cellHeight; }
     double rowOf(double y) const { return (mGrid.top - y) / mGrid.cellHeight - 0.5; }
 
-    /// The first row of the window not above `position`, and the one behind the last not below it.
+    /// The first row of the window whose number is at least `position`. endRow: one more than the
+    /// last row whose number is at most `position`.
     qint64 firstRow(double position) const
     {
         return static_cast<qint64>(std::ceil(
@@ -79,7 +86,7 @@ private:
             return std::min(std::max(column, double(mWindow.firstColumn)),
                             double(mWindow.lastColumn));
         };
-        const double rounding = 1.0; // one column more at either end; the exact tests below drop it
+        const double rounding = 1.0; // a column more at either end; the exact tests below reject it
         const double low =
             std::max(columnOf(std::min(a.x(), b.x())) - rounding, double(mWindow.firstColumn));
         const double high =
@@ -103,7 +110,7 @@ private:
         }
     }
 
-    /// Cells [first, end) of a column.
+    /// The cells [first, end) of a column.
     struct RowSpan {
         unsigned int column;
         qint64 first;
@@ -127,20 +134,20 @@ private:
         std::sort(line.near.begin(), line.near.end());
         line.near.erase(std::unique(line.near.begin(), line.near.end()), line.near.end());
         auto next = line.near.cbegin();
-        const auto appendNear = [&](qint64 end) { // those before row `end` that the test accepts
+        // Appends the near rows before row `end` that the exact test accepts.
+        const auto appendNear = [&](qint64 end) {
             for (; next != line.near.cend() && *next < end; ++next) {
                 if (locate(mPolygon, QPointF(centerX(column), centerY(*next))) != Place::Outside)
                     append(column, *next, qint64(*next) + 1);
             }
         };
-        qint64 row = mWindow.firstRow; // the first not yet decided
+        qint64 row = mWindow.firstRow; // the first row that is not decided yet
         for (std::size_t i = 0; i + 1 < line.crossings.size(); i += 2) {
             const qint64 end = endRow(line.crossings[i + 1]);
-            row = std::max(
-                row,
-                firstRow(line.crossings[i])); // crossings may share a row, which is decided once
+            // Two crossings may be in one row, which must be decided only once.
+            row = std::max(row, firstRow(line.crossings[i]));
             appendNear(row);
-            while (row < end) { // up to the next row that is put to the test, and over it
+            while (row < end) { // appends the rows before the next near one, then tests that one
                 const qint64 stop = next == line.near.cend() ? end : std::min(end, qint64(*next));
                 append(column, row, stop);
                 row = stop;

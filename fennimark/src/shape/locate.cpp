@@ -1,8 +1,16 @@
 // SPDX-License-Identifier: MIT
-// Point in polygon by a ray to the right through the tree of run boxes. A box that lies wholly
-// right of the point need not be entered when its segments are one connected path: the path crosses
-// the ray an odd number of times exactly when its two ends lie on different sides of it. So the
-// walk only enters boxes that hold the point.
+// Point in polygon by a ray from the point to the right, through the tree of run boxes. A box that
+// is wholly right of the point is not entered when its segments are one connected path: the path
+// crosses the ray an odd number of times exactly when its two ends are on different sides of it.
+// So, apart from boxes with segments of several parts, only boxes that contain the point are
+// entered:
+//
+//                  +-------+      right of the point: compare the two ends of the path
+//      +-----+     |  /\   |
+//      |  .--|-----|-/--\--|----->
+//      +-----+     |/    \ |
+//      contains    +-------+
+//      the point: enter
 #include "base/orientation.h"
 #include "shape/locate.h"
 
@@ -31,7 +39,7 @@ public:
 private:
     bool above(const QPointF &p) const { return p.y() > mY; }
 
-    /// Counts the segments' crossings; false as soon as the point lies on one.
+    /// Counts the crossings of the segments below `node`; false as soon as the point is on one.
     bool below(Shape::Node node)
     {
         if (node.level == 0)
@@ -50,6 +58,8 @@ private:
         return true;
     }
 
+    /// Counts the crossings of a node right of the point by the ends of its path. False, with
+    /// nothing counted, when its segments belong to several parts.
     bool jumped(Shape::Node node)
     {
         const quint32 first = mShape.firstSegment(node);
@@ -75,8 +85,9 @@ private:
                     return true;
                 }
                 const int side = orientation(from, to, mPoint);
-                mOdd ^= (side > 0) != fromAbove; // left of a rising edge, right of a falling one:
-                                                 // the edge is ahead
+                // The ray meets the edge when the point is left of a rising or right of a falling
+                // one.
+                mOdd ^= (side > 0) != fromAbove;
                 return side != 0;
             });
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Where a place lies with respect to a shape, exactly.
+/// The exact position of a point relative to a shape.
 #pragma once
 #include "shape/shape.h"
 
@@ -7,10 +7,10 @@ namespace fennimark {
 
 enum class Place : quint8 { Outside, Boundary, Inside };
 
-/// Of a place in a shape. All of a line and a point counts as boundary.
+/// The position of a point. All points of a line or point object count as boundary.
 Place locate(const Shape &shape, const QPointF &point);
 
-/// Whether the segment from a to b holds p.
+/// Whether p is on the segment from a to b.
 bool onSegment(const QPointF &a, const QPointF &b, const QPointF &p);
 
 } // namespace fennimark

@@ -25,7 +25,8 @@ private:
     GEOSContextHandle_t mHandle;
 };
 
-/// Geometries on their way into a collection, which takes them all over whatever becomes of it.
+/// Releases geometries to be passed to a GEOS constructor, which owns them from then on, also when
+/// it fails.
 std::vector<GEOSGeometry *> released(std::vector<Geometry> &geometries)
 {
     std::vector<GEOSGeometry *> raw;
@@ -42,7 +43,7 @@ Geometry collection(int type, std::vector<Geometry> &geometries)
                                                 static_cast<unsigned int>(raw.size())));
 }
 
-/// Whether a face of the plane that the rings cut out lies inside, by a place in it.
+/// Whether a face into which the rings divide the plane is inside, decided by a point in it.
 bool faceInside(const Shape &polygon, const GEOSGeometry *face)
 {
     GEOSContextHandle_t context = geosContext();
@@ -54,7 +55,7 @@ bool faceInside(const Shape &polygon, const GEOSGeometry *face)
            && locate(polygon, QPointF(x, y)) == Place::Inside;
 }
 
-/// The vertices of a ring without a closing repetition, as [first, end).
+/// The vertices [first, end) of a ring without the repeated first vertex at its end.
 std::pair<quint32, quint32> openRing(const Shape &polygon, quint32 part)
 {
     const quint32 first = polygon.partBegin(part);
@@ -67,7 +68,7 @@ std::pair<quint32, quint32> openRing(const Shape &polygon, quint32 part)
 /// Null for a ring of fewer than three vertices.
 Geometry toRing(const Shape &polygon, quint32 part)
 {
-    static_assert(sizeof(QPointF) == 2 * sizeof(double), "vertices go over as pairs of doubles");
+    static_assert(sizeof(QPointF) == 2 * sizeof(double), "vertices are copied as pairs of doubles");
     GEOSContextHandle_t context = geosContext();
     const auto range = openRing(polygon, part);
     const quint32 first = range.first;
@@ -76,11 +77,11 @@ Geometry toRing(const Shape &polygon, quint32 part)
         return nullptr;
     const auto *raw = reinterpret_cast<const double *>(&polygon.vertex(first));
     GEOSCoordSequence *sequence = nullptr;
-    if (range.second < polygon.partEnd(part)) { // closed as given
+    if (range.second < polygon.partEnd(part)) { // the ring as given is closed
         sequence = GEOSCoordSeq_copyFromBuffer_r(context, raw, count + 1, 0, 0);
     } else {
-        thread_local std::vector<double>
-            closed; // kept: the system would clear the memory anew for each large ring
+        // Kept between calls: the system would clear newly allocated memory for each large ring.
+        thread_local std::vector<double> closed;
         closed.assign(raw, raw + 2 * std::size_t(count));
         closed.insert(closed.end(), raw, raw + 2);
         sequence = GEOSCoordSeq_copyFromBuffer_r(context, closed.data(), count + 1, 0, 0);
@@ -88,7 +89,7 @@ Geometry toRing(const Shape &polygon, quint32 part)
     return Geometry(sequence ? GEOSGeom_createLinearRing_r(context, sequence) : nullptr);
 }
 
-/// Twice the area, above 0 for a counter-clockwise ring.
+/// Twice the area of a ring, positive when it is counter-clockwise.
 double doubleArea(const QPointF *ring, std::size_t count)
 {
     double sum = 0.0;
@@ -99,7 +100,7 @@ double doubleArea(const QPointF *ring, std::size_t count)
     return sum;
 }
 
-/// False, with nothing appended, for a ring without area.
+/// Appends a ring in canonical direction. False, with nothing appended, for a ring without area.
 bool appendRing(ObjectBacking &out, const GEOSGeometry *ring, bool hole)
 {
     GEOSContextHandle_t context = geosContext();
@@ -140,7 +141,7 @@ void appendPolygons(ObjectBacking &out, const GEOSGeometry *geometry)
     }
 }
 
-/// The rings of a polygon as polygons of their own, found by their boxes.
+/// An index of the rings of a polygon by their boxes; each ring is a shape.
 class RingIndex {
 public:
     explicit RingIndex(const Shape &polygon)
@@ -170,8 +171,9 @@ public:
     }
     Q_DISABLE_COPY(RingIndex)
 
-    /// The smallest ring around a ring; the ring itself when there is none. Rings that cross give
-    /// any answer, but no two are around each other.
+    /// The smallest ring around a ring; the ring itself when there is none. The result is arbitrary
+    /// for rings that cross, but never are two rings around each other: the outer one has the
+    /// larger area.
     quint32 around(quint32 ring)
     {
         mCandidates.clear();
@@ -195,7 +197,7 @@ public:
         }
         return ring;
     }
-    /// All rings, those with the larger area first.
+    /// All rings in descending order of area.
     std::vector<quint32> byArea() const
     {
         std::vector<quint32> rings = mOrder;
@@ -215,13 +217,13 @@ private:
 };
 
 /// In a polygon whose rings do not cross, a ring is a hole exactly when the smallest ring around it
-/// is a shell. O(n log n) for n rings, as long as each lies inside few others.
+/// is a shell. O(n log n) for n rings when each is inside few others.
 Nesting computeNesting(const Shape &polygon)
 {
     RingIndex index(polygon);
     const quint32 count = polygon.partCount();
     Nesting nesting{std::vector<quint8>(count, 0), std::vector<quint32>(count, 0)};
-    for (const quint32 ring : index.byArea()) { // so that the ring around is decided already
+    for (const quint32 ring : index.byArea()) { // the ring around has been decided before
         const quint32 around = index.around(ring);
         nesting.isHole[ring] = around != ring && !nesting.isHole[around];
         nesting.shell[ring] = nesting.isHole[ring] ? around : ring;
@@ -229,8 +231,8 @@ Nesting computeNesting(const Shape &polygon)
     return nesting;
 }
 
-/// What coverage union makes of shared edges is right only where vertices match; elsewhere it fails
-/// silently, with an invalid result or one whose area is not the sum.
+/// GEOS's coverage union, which is fast but right only when shared edges have the same vertices.
+/// Otherwise its result is invalid or its area is not the sum of the areas; null in that case.
 Geometry coverageUnion(const GEOSGeometry *polygons)
 {
     GEOSContextHandle_t context = geosContext();
@@ -255,8 +257,8 @@ const Nesting &nestingOf(const FMPolygon &polygon)
     const Shape shape(polygon);
     if (shape.partCount() == 1)
         return single;
-    Nesting &nesting =
-        ObjectAccess::backing(polygon)->nesting; // stands since the shape needed part ends
+    // The backing exists: making the shape of several parts stored their ends in it.
+    Nesting &nesting = ObjectAccess::backing(polygon)->nesting;
     if (nesting.isHole.empty())
         nesting = computeNesting(shape);
     return nesting;

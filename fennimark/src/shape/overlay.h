@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// The road to GEOS and back: validity, repair, intersection and union of polygons. Geometries are
-/// made for one operation and not kept: a conversion costs one or two hundredths of the overlay
-/// that follows.
+/// The interface to GEOS: validity, repair, intersection and union of polygons. GEOS geometries are
+/// made for one operation and not kept: a conversion takes one to two percent of the time of the
+/// overlay that follows.
 #pragma once
 #include <geos_c.h>
 #include "fennimark/FMPolygon.h"
@@ -9,7 +9,7 @@
 
 namespace fennimark {
 
-/// GEOS's context of this thread; its messages go nowhere, since failures are null results.
+/// The GEOS context of this thread. Its messages are discarded; failures are null results.
 GEOSContextHandle_t geosContext();
 
 struct GeometryDeleter {
@@ -17,26 +17,28 @@ struct GeometryDeleter {
 };
 using Geometry = std::unique_ptr<GEOSGeometry, GeometryDeleter>;
 
-/// Made on first use and kept with the polygon.
+/// The nesting of the rings, which is computed on first use and stored in the polygon's backing.
 const Nesting &nestingOf(const FMPolygon &polygon);
 
-/// The rings as a multipolygon, valid exactly when the polygon is simple; null when a ring has
-/// fewer than three vertices.
+/// The rings as a GEOS polygon or multipolygon, which is valid exactly when the polygon is simple.
+/// Null when a ring has fewer than three vertices.
 Geometry toGeometry(const FMPolygon &polygon);
-/// The even-odd set of any rings as a valid geometry of polygons, null when it has no area: the
-/// faces that the noded rings cut out of the plane, those inside united. (GEOS's own repair drops
-/// edges that two rings share.)
+/// The even-odd set of any rings as a valid geometry; null when it has no area. The rings are
+/// noded, and the faces into which they divide the plane are united where they are inside. (GEOS's
+/// own repair drops edges that two rings share.)
 Geometry repaired(const FMPolygon &polygon);
 
-/// The polygons of a result in canonical order: closed rings, shells counter-clockwise, each
-/// followed by its holes clockwise. Points and lines in it are dropped; null when no area is left.
+/// The polygons of a result in canonical form: closed rings, counter-clockwise shells, each
+/// followed by its clockwise holes. Points and lines are dropped; null when no area is left.
 std::unique_ptr<FMPolygon> fromGeometry(const GEOSGeometry *geometry);
 
+/// Whether a geometry is valid and has a finite area above 0.
 bool isValidArea(const GEOSGeometry *geometry);
+/// In squared map units; 0 for null.
 double areaOf(const GEOSGeometry *geometry);
-/// Of the intersection of two polygons, simple or not.
+/// The area of the intersection of two polygons, simple or not, in squared map units.
 double commonArea(const FMPolygon &a, const FMPolygon &b);
-/// Valid inputs, two or more.
+/// The union of two or more valid geometries.
 Geometry unionOf(std::vector<Geometry> polygons);
 
 } // namespace fennimark

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
-/// Between lists of parts, as callers give and take them, and the parts behind one another that
-/// objects keep.
+/// Conversions between lists of parts, which the public interface uses, and the arrays in which
+/// objects store all parts one after the other.
 #pragma once
 #include <QList>
 #include "shape/shape.h"
 
 namespace fennimark {
 
+/// A backing with the vertices of all parts.
 template <class Part> std::unique_ptr<ObjectBacking> joined(const QList<Part> &parts)
 {
     auto backing = std::make_unique<ObjectBacking>();
@@ -17,6 +18,7 @@ template <class Part> std::unique_ptr<ObjectBacking> joined(const QList<Part> &p
     return backing;
 }
 
+/// The parts of an object, exactly as given.
 template <class Part> QList<Part> parted(const FMObject &object)
 {
     const GeometryView given = givenVertices(object);

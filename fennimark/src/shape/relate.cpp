@@ -6,8 +6,8 @@
 namespace fennimark {
 namespace {
 
-/// visit(i, a, b, j, c, d) for the pairs of segments that meet, until it returns false. True when it
-/// never did.
+/// Calls visit(i, a, b, j, c, d) for the pairs of segments that meet: segment i of x from a to b
+/// and segment j of y from c to d. Stops and returns false when `visit` returns false.
 template <class Visit> bool visitMeetings(const Shape &x, const Shape &y, Visit visit)
 {
     const auto enter = [](const RunBox &a, const RunBox &b) { return boxesMeet(a, b); };
@@ -23,8 +23,8 @@ template <class Visit> bool visitMeetings(const Shape &x, const Shape &y, Visit 
         });
 }
 
-/// Whether some part of `inner` lies in the area of `outer`, when the two have no segments in
-/// common.
+/// Whether a part of `inner` is in the area of `outer`. No segments of the two may meet, so one
+/// vertex decides for its part.
 bool holdsPart(const Shape &outer, const Shape &inner)
 {
     if (!outer.isPolygon())
@@ -44,7 +44,7 @@ bool allAt(const Shape &shape, const QPointF &place)
         [&place](quint32, const QPointF &from, const QPointF &) { return samePlace(from, place); });
 }
 
-/// Whether one side of a piece is inside `first` and outside `second`.
+/// Whether a side of a piece is inside `first` and outside `second`.
 bool differs(const Sides &first, const Sides &second)
 {
     return (first.left && !second.left) || (first.right && !second.right);
@@ -55,7 +55,8 @@ bool shares(const Sides &first, const Sides &second)
     return (first.left && second.left) || (first.right && second.right);
 }
 
-/// Whether `place`, a vertex of segment `index` or on it, is an end of that open part.
+/// Whether `place`, which is on segment `index`, is an end of the part of that segment. A closed
+/// part has no ends.
 bool isEnd(const Shape &line, quint32 index, const QPointF &place)
 {
     const quint32 part = line.partOf(index);
@@ -164,7 +165,7 @@ bool ringInside(const Shape &inner, const Shape &outer)
         if (place != Place::Boundary)
             return place == Place::Inside;
     }
-    bool inside = false; // every vertex touches: a piece between touches tells
+    bool inside = false; // every vertex is on the boundary: a piece between vertices decides
     SideWalk(inner, outer, inner).visitPieces([&inside](const Sides &of, const Sides &) {
         inside = of.inside();
         return of.on;

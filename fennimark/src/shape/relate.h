@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Exact relations of closed sets: what two shapes have in common. No tolerance anywhere.
+/// Exact relations of two shapes as closed sets, without any tolerance.
 #pragma once
 #include "shape/locate.h"
 
@@ -8,14 +8,14 @@ namespace fennimark {
 /// Whether two segments have a common point.
 bool segmentsMeet(const QPointF &a, const QPointF &b, const QPointF &c, const QPointF &d);
 
-/// A common point.
+/// Whether two shapes have a common point.
 bool meets(const Shape &a, const Shape &b);
-/// No point of `inner` is outside `outer`; false when `inner` is empty.
+/// Whether no point of `inner` is outside `outer`; false when one of them is empty.
 bool covers(const Shape &outer, const Shape &inner);
-/// The interiors meet and neither covers the other.
+/// Whether the interiors meet and neither shape covers the other.
 bool crosses(const Shape &a, const Shape &b);
-/// Whether ring `inner` of a polygon lies inside ring `outer` alone; rings that cross give either
-/// answer.
+/// Whether the ring `inner` is inside the ring `outer`. The result is arbitrary for rings that
+/// cross.
 bool ringInside(const Shape &inner, const Shape &outer);
 
 } // namespace fennimark

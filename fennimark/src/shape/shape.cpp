@@ -10,7 +10,7 @@
 namespace fennimark {
 namespace {
 
-/// Coordinates beyond it count as not finite: boxes are floats, and determinants must not overflow.
+/// Larger coordinates count as not finite: boxes are floats, and determinants must not overflow.
 constexpr double kReach = 1.0e37;
 
 quint32 boxesOf(quint32 count)
@@ -32,7 +32,8 @@ void widen(RunBox &box, const RunBox &other)
     box.yMax = std::max(box.yMax, other.yMax);
 }
 
-/// The hull of places, both axes at a time. One that is no number makes it undefined and is told.
+/// The hull of points, computed for both axes at the same time. It is undefined when a coordinate
+/// is NaN, which hasNumbersOnly() reports for points passed to addChecked.
 class Hull {
 public:
 #ifdef __SSE2__
@@ -61,7 +62,7 @@ public:
         _mm_storeu_pd(&rect.yMin, _mm_unpackhi_pd(mLow, mHigh));
         return rect;
     }
-    /// As roundedOut(rect()): all four sides take their steps at once.
+    /// The same as roundedOut(rect()), for all four sides at the same time.
     RunBox roundedOut() const
     {
         const __m128 near = _mm_movelh_ps(_mm_cvtpd_ps(mLow), _mm_cvtpd_ps(mHigh));
@@ -124,7 +125,8 @@ private:
 #endif
 };
 
-/// The boxes above so many runs, behind which they go.
+/// Computes the boxes of all levels above `runs` run boxes, which are at the beginning of `boxes`,
+/// and appends them.
 void fillUpperBoxes(RunBox *boxes, quint32 runs)
 {
     const RunBox *below = boxes;
@@ -140,8 +142,8 @@ void fillUpperBoxes(RunBox *boxes, quint32 runs)
     }
 }
 
-/// Of a single part: one segment begins where another ends, so a run's vertices and the next one
-/// do.
+/// The run boxes of a single part. A segment begins where the one before ends, so the box of a run
+/// is the hull of its vertices and the one after them.
 void fillRunBoxes(const QPointF *vertices, quint32 count, ObjectKind kind, RunBox *boxes)
 {
     const quint32 runs = boxesOf(count);
@@ -216,7 +218,7 @@ void buildRunBoxes(const GeometryView &view, ObjectKind kind, RunBox *boxes)
         return;
     }
     GeometryView bare = view;
-    bare.runBoxes = boxes; // only asked for the segments: nothing reads a box before it is written
+    bare.runBoxes = boxes; // not null, so that the shape makes none; it is used for segments alone
     fillRunBoxes(Shape(bare, kind), boxes);
 }
 
@@ -271,9 +273,10 @@ bool needsRunBoxes(const GeometryView &view)
 }
 
 /// Computes what shapes of a line or polygon need beyond its view, and stores it in the object's
-/// backing: the part ends of several parts, and the run boxes that the view lacks. Both are computed
-/// once and shared by all later shapes of the object. This writes to a const object without a lock,
-/// so the first shapes of one object must not be made by two threads at the same time.
+/// backing: the part ends of several parts, and the run boxes that the view lacks. Both are
+/// computed once and shared by all later shapes of the object. This writes to a const object
+/// without a lock, so the first shapes of one object must not be made by two threads at the same
+/// time.
 void fillCache(const FMObject &object)
 {
     const GeometryView &view = ObjectAccess::view(object);

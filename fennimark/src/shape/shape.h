@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// Any object, or a rectangle, a segment, a place, as the algorithms see it: vertices in parts
-/// under a tree of run boxes. The tree is implicit (boxes of eight, level behind level), so a
-/// traversal is index arithmetic and box tests.
+/// The form in which algorithms read an object, a rectangle, a segment or a point: vertices in
+/// parts under a tree of run boxes. The tree is implicit (see RunBox), so a traversal consists of
+/// index arithmetic and box tests. Box i of a level is the hull of boxes 8 i to 8 i + 7 of the
+/// level below:
+///
+///     level 1                  box 0                    ...
+///     level 0   run 0        run 1       ...   run 7    ...
+///     segments  0 to 7      8 to 15         56 to 63    ...
 #pragma once
 #include <QVarLengthArray>
 #include <vector>
@@ -10,33 +15,36 @@
 
 namespace fennimark {
 
-constexpr quint32 kRunShift = 3; // eight segments a run, eight boxes a box
+constexpr quint32 kRunShift = 3; // a run has eight segments, a box has eight boxes below it
 constexpr quint32 kRunLength = 1U << kRunShift;
 
-/// Which rings of a polygon are holes, by the depth to which they are nested, and the shell around
-/// each.
+/// The rings of a polygon that are holes, by their nesting depth, and the shell around each.
 struct Nesting {
     std::vector<quint8> isHole;
-    std::vector<quint32> shell; ///< of a hole; a shell's own number
+    std::vector<quint32> shell; ///< by ring: the shell around a hole; a shell's own number
 };
 
-/// What an object keeps beyond its view: vertices of its own, and what is made on first use.
+/// The memory of an object beyond its view: vertices that it owns, and data that are computed on
+/// first use. Owned vertices have at least one part size.
 struct ObjectBacking {
     std::vector<QPointF> vertices;
     std::vector<quint32> partSizes;
-    std::vector<quint32> partEnds; ///< of objects with several parts
-    std::vector<RunBox> runBoxes;
-    Nesting nesting; ///< of polygons, empty until asked for
+    std::vector<quint32> partEnds; ///< for objects with several parts
+    std::vector<RunBox> runBoxes;  ///< for views without run boxes
+    Nesting nesting;               ///< for polygons with several rings
 };
 
-/// The vertices exactly as given, also those of an object that is empty because one of them is not
+/// The vertices exactly as given, also when the object is an empty set because one of them is not
 /// finite.
 GeometryView givenVertices(const FMObject &object);
 
-/// Valid while the object it is made from stands unchanged.
+/// Owns no vertices. Valid while the object from which it is made exists and is not changed.
 class Shape {
 public:
+    /// Writes the part ends and run boxes to the object's backing when they are not there yet, so
+    /// the first shapes of one object must not be made by two threads at the same time.
     explicit Shape(const FMObject &object);
+    /// Computes the part ends, and run boxes when the view has none, for its own use.
     Shape(const GeometryView &view, ObjectKind kind);
     explicit Shape(const Rect2D &rect);
     explicit Shape(const QPointF &point);
@@ -55,14 +63,14 @@ public:
     quint32 partEnd(quint32 part) const { return mPartCount == 1 ? mCount : mPartEnds[part]; }
     quint32 partOf(quint32 vertex) const;
 
-    /// The end of segment `index`, which begins at that vertex.
+    /// The end of segment `index`, which begins at vertex `index`.
     const QPointF &segmentEnd(quint32 index) const
     {
         return segmentEnd(index, mPartCount == 1 ? 0 : partOf(index));
     }
 
-    /// Calls visit(index, from, to) for the segments [first, end) until it returns false. True when
-    /// it never did.
+    /// Calls visit(index, from, to) for the segments [first, end). Stops and returns false when
+    /// `visit` returns false.
     template <class Visit> bool visitSegments(quint32 first, quint32 end, Visit visit) const
     {
         quint32 part = mPartCount == 1 ? 0 : partOf(first);
@@ -75,8 +83,8 @@ public:
         return true;
     }
 
-    // The tree. Level 0 are the runs; the single box of the topmost level is made up for objects
-    // that have no boxes.
+    // The tree. Level 0 are the runs. The root is the single box of the highest level; for objects
+    // without run boxes it is made from the bounds.
     struct Node {
         quint32 level;
         quint32 index;
@@ -102,8 +110,9 @@ public:
         return mRunBoxes + mLevelStarts[node.level - 1] + firstChild(node);
     }
 
-    /// Walks down from the root into boxes that enter(box) accepts and calls visit(first, end) for
-    /// the segments of each run reached, until it returns false. True when it never did.
+    /// Descends from the root into the boxes for which enter(box) is true, and calls visit(first,
+    /// end) for the segments of each run reached. Stops and returns false when `visit` returns
+    /// false.
     template <class Enter, class Visit> bool visitRuns(Enter enter, Visit visit) const
     {
         return mCount == 0 || !enter(mRootBox) || visitBelow(root(), enter, visit);
@@ -145,7 +154,7 @@ private:
         return true;
     }
 
-    static constexpr quint32 kMaxLevels = 11; // 8^11 segments are more than 32 bits count
+    static constexpr quint32 kMaxLevels = 11; // 8^11 segments exceed 32 bits
 
     const QPointF *mVertices = nullptr;
     const quint32 *mPartEnds = nullptr;
@@ -162,8 +171,9 @@ private:
     std::vector<RunBox> mOwnBoxes;
 };
 
-/// Calls visit(firstA, endA, firstB, endB) for the pairs of runs whose boxes, and all boxes above,
-/// enter(boxA, boxB) accepts, until it returns false. True when it never did.
+/// Descends both trees into the pairs of boxes for which enter(boxA, boxB) is true, and calls
+/// visit(firstA, endA, firstB, endB) for the segments of each pair of runs reached. Stops and
+/// returns false when `visit` returns false.
 template <class Enter, class Visit>
 bool visitRunPairs(const Shape &a, Shape::Node nodeA, const Shape &b, Shape::Node nodeB,
                    Enter &enter, Visit &visit)
@@ -210,6 +220,7 @@ inline bool boxContains(const Rect2D &outer, const Rect2D &inner)
            && inner.yMax <= outer.yMax;
 }
 
+/// The rectangle in floats, rounded outwards.
 RunBox roundedOut(const Rect2D &rect);
 
 } // namespace fennimark

@@ -9,11 +9,12 @@
 namespace fennimark {
 namespace {
 
-constexpr double kRounding =
-    1.0e-15; // more than the relative error of any determinant below, in units of its terms
+// An upper bound of the relative error of every determinant below, relative to its terms.
+constexpr double kRounding = 1.0e-15;
 
-/// A place along the segment p to q as a fraction of it: where edge a to b crosses its line, or (a
-/// alone) vertex a that lies on the line.
+/// A position on the segment from p to q, as a fraction of its length: where the edge from a to b
+/// crosses the line or, when b is null, vertex a, which is on the line. [low, high] contains the
+/// fraction.
 struct Cut {
     const QPointF *a;
     const QPointF *b;
@@ -21,14 +22,16 @@ struct Cut {
     double high;
 };
 
+/// A change of state at a cut.
 struct Event {
     Cut cut;
-    bool first;  ///< which shape
+    bool first;  ///< true: of the first shape, false: of the second
     bool left;   ///< the parity left of the line changes
-    bool right;  ///< the parity right of it changes
-    int overlap; ///< edges along the segment that begin (1) or end (-1) here
+    bool right;  ///< the parity right of the line changes
+    int overlap; ///< an edge along the segment begins (1) or ends (-1) here
 };
 
+/// The state of one shape along the segment: parities and the number of edges along it.
 struct State {
     bool left = false;
     bool right = false;
@@ -50,7 +53,7 @@ public:
     {
     }
 
-    void collect(const Shape &shape, bool first, State &behind)
+    void collect(const Shape &shape, bool first, State &atStart)
     {
         const Rect2D &bounds = shape.bounds();
         const double reach =
@@ -66,7 +69,7 @@ public:
                    && range(box, q, dx, dy).low <= slack;
         };
         shape.visitNear(enter, [&](quint32, const QPointF &a, const QPointF &b) {
-            addEdge(a, b, shape.isPolygon(), first, behind);
+            addEdge(a, b, shape.isPolygon(), first, atStart);
             return true;
         });
     }
@@ -101,7 +104,7 @@ private:
         Expansion denominator;
     };
 
-    /// Over a box, of the linear form with that gradient that is 0 at `origin`.
+    /// The range over a box of the linear form with gradient (gx, gy) that is 0 at `origin`.
     static Range range(const RunBox &box, const QPointF &origin, double gx, double gy)
     {
         const double x0 = gx * (double(box.xMin) - origin.x());
@@ -112,7 +115,8 @@ private:
     }
 
     double along(const QPointF &v) const { return mAlongX ? v.x() : v.y(); }
-    /// Of a vertex on the line: -1 not beyond p, 0 between p and q, 1 not before q.
+    /// The position of a vertex on the line: -1 at p or before it, 0 between p and q, 1 at q or
+    /// after it.
     int zone(const QPointF &v) const
     {
         const bool rising = along(p) < along(q);
@@ -121,12 +125,12 @@ private:
         return (rising ? along(v) >= along(q) : along(v) <= along(q)) ? 1 : 0;
     }
 
-    void addEdge(const QPointF &a, const QPointF &b, bool area, bool first, State &behind)
+    void addEdge(const QPointF &a, const QPointF &b, bool area, bool first, State &atStart)
     {
         const int sideA = orientation(p, q, a);
         const int sideB = orientation(p, q, b);
         if (sideA == 0 && sideB == 0) {
-            addOverlap(a, b, first, behind);
+            addOverlap(a, b, first, atStart);
             return;
         }
         if (!area || sideA * sideB > 0)
@@ -145,31 +149,32 @@ private:
             where = orientation(a, b, p) * sideB <= 0 ? -1
                                                       : (orientation(a, b, q) * sideB >= 0 ? 1 : 0);
         }
-        add(event, where, behind);
+        add(event, where, atStart);
     }
 
-    void addOverlap(const QPointF &a, const QPointF &b, bool first, State &behind)
+    void addOverlap(const QPointF &a, const QPointF &b, bool first, State &atStart)
     {
         if (samePlace(a, b))
             return;
         const bool forward = (along(a) < along(b)) == (along(p) < along(q));
         add({{forward ? &a : &b, nullptr, 0.0, 0.0}, first, false, false, 1}, zone(forward ? a : b),
-            behind);
+            atStart);
         add({{forward ? &b : &a, nullptr, 0.0, 0.0}, first, false, false, -1},
-            zone(forward ? b : a), behind);
+            zone(forward ? b : a), atStart);
     }
 
-    void add(Event event, int where, State &behind)
+    void add(Event event, int where, State &atStart)
     {
         if (where < 0)
-            behind.pass(event);
+            atStart.pass(event);
         if (where != 0)
             return;
         bracket(event.cut);
         mEvents.push_back(event);
     }
 
-    /// An interval around the fraction from rounded determinants and bounds of their errors.
+    /// Computes an interval that contains the fraction, from rounded determinants and bounds of
+    /// their errors.
     void bracket(Cut &cut) const
     {
         const QPointF &a = *cut.a;
