@@ -1,7 +1,8 @@
-// SPDX-License-Identifier: MIT The keys are those of J. Skilling, "Programming the Hilbert curve",
-// AIP Conference Proceedings 707 (2004), 381-387. The extent is divided into 2^16 by 2^16 cells
-// (with time: 2^10 in each of three directions), and the key of a cell is its position on the
-// curve. The four most significant bits of the plane key, over a coarse grid of 4 by 4:
+// SPDX-License-Identifier: MIT
+// The keys are those of J. Skilling, "Programming the Hilbert curve", AIP Conference Proceedings
+// 707 (2004), 381-387. The extent is divided into 2^16 by 2^16 cells (with time: 2^10 in each of
+// three directions), and the key of a cell is its position on the curve. The four most significant
+// bits of the plane key, over a coarse grid of 4 by 4:
 //
 //       y
 //       |   5---6   9--10
