@@ -1,5 +1,6 @@
-// SPDX-License-Identifier: MIT The stream form of one object. The bytes are little-endian and do
-// not depend on the byte order and the version of the stream:
+// SPDX-License-Identifier: MIT
+// The stream form of one object. The bytes are little-endian and do not depend on the byte order
+// and the version of the stream:
 //
 //     point            | f64 x | f64 y |
 //     line, polygon    | u32 part count | u32 size of each part | f64 x, f64 y of each vertex |

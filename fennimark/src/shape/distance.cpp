@@ -1,7 +1,7 @@
-// SPDX-License-Identifier: MIT Common points are found first, by exact tests. For shapes without a
-// common point the distance is the least one between the two boundaries. It is found by descending
-// both trees of run boxes at the same time, nearer boxes first, into pairs of boxes whose distance
-// is below the least so far.
+// SPDX-License-Identifier: MIT
+// Common points are found first, by exact tests. For shapes without a common point the distance is
+// the least one between the two boundaries. It is found by descending both trees of run boxes at
+// the same time, nearer boxes first, into pairs of boxes whose distance is below the least so far.
 #include "shape/distance.h"
 #include <limits>
 #include "shape/relate.h"
