@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The first byte chooses a reader of blocks: the images of the six containers, or the blocks' part
-// of a project. Whatever the bytes are, a container reads as something or refuses, and what it
-// reads is written and read back alike.
+// The first byte selects a reader of blocks: one of the six containers' block images, or the part
+// of a project that holds the blocks. For any bytes a container either reads them or refuses them,
+// and what it reads is the same after it is written and read again.
 #include <QByteArray>
 #include <QDataStream>
 #include <QDir>
@@ -108,7 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
             break;
         }
     } catch (const vorn_error &) {
-        // A block of strings that cannot be read is refused so.
+        // This is how a block of strings that cannot be read is refused.
     }
     return 0;
 }

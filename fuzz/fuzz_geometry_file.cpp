@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Fennims::Open on foreign bytes. What it accepts must write back, read again and answer. Checksums
-// keep random changes out of the sections, so the input is the file without them: header fields,
-// then data a chunk at a time.
+// Fennims::Open on arbitrary bytes. A geography that it accepts must be written, read again and
+// queried without a failure. Checksums would refuse every random change, so the input is a file
+// without them: the fields of the header, then the data chunk by chunk.
 #include <QBuffer>
 #include <QDataStream>
 #include <QtEndian>
@@ -25,7 +25,7 @@ void appendCrc(QByteArray &bytes, int from)
     bytes.append(reinterpret_cast<const char *>(crc), 4);
 }
 
-/// The input with the magic and all checksums put where a reader looks for them.
+/// The input as a file: with the magic and with all checksums inserted.
 QByteArray checksummed(const char *data, int size)
 {
     QByteArray bytes(data, std::min(size, kHeader));

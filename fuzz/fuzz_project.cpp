@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Any bytes as a project: the load answers, and whatever was read of it can be asked what hosts ask,
-// saved, loaded again and let go.
+// Arbitrary bytes as a project: loading returns, and what was read can be queried as hosts do,
+// saved, loaded again and deleted.
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
@@ -71,8 +71,8 @@ void lookAtDataset(MDataSource &source, int id)
     }
 }
 
-// A question may raise, when a block does not hold what its dataset says; the next one is asked all
-// the same.
+// A query may raise when a block does not match its dataset. The following queries are made
+// nevertheless.
 template <class Ask> void allow(Ask ask)
 {
     try {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// A project of grids of every kind with some of its bytes changed: the load answers, and whatever
-// was read can be looked at, queried anywhere, saved and let go. An input is two bytes and then
-// patches of three: place, place, new byte; what stands behind 64 of them are the numbers of the
-// queries.
+// A project of grids of every kind with some of its bytes changed: loading returns, and what was
+// read can be inspected, queried anywhere, saved and deleted. An input is two bytes followed by up
+// to 64 patches of three bytes: two for the position, one for the new value. The bytes after the
+// patches are the arguments of the queries.
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
@@ -154,7 +154,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                     query(geography, numbers);
             }
             VORN_SaveProject(host.path());
-        } catch (const vorn_error &) { // a block that does not hold what its dataset says
+        } catch (const vorn_error &) { // a block that does not match its dataset
         }
     }
     VORN_UnloadProject();

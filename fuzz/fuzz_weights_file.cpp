@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The reader of weights files: the first byte chooses the format. Every weight that is read must be
-// one that a set can hold.
+// The reader of weights files: the first byte selects the format. Every weight that is read must be
+// one that a weight set can store.
 #include <QBuffer>
 #include <cstdlib>
 #include "core/formats/weightsFile.h"
@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, size_t size)
         for (const WeightsFile::Ego &ego : readWeights(file, format, QStringLiteral("f")).egos)
             for (const WeightsFile::Link &link : ego.links)
                 if (static_cast<float>(link.weight) - static_cast<float>(link.weight) != 0.0f)
-                    std::abort(); // no set can hold it
+                    std::abort(); // no weight set can store it
     } catch (const Failure &) {
     }
     return 0;

@@ -31,7 +31,7 @@ inline FMPolygon *square(double x, double y, double size = 1)
         QVector<QPointF>{{x, y}, {x + size, y}, {x + size, y + size}, {x, y + size}});
 }
 
-/// What a builder made, opened.
+/// Finishes a builder and opens the file.
 inline std::unique_ptr<Fennims> opened(VORNBuilder &builder)
 {
     QTemporaryDir directory;
@@ -57,14 +57,14 @@ inline bool open(Fennims &fennims, const QByteArray &bytes)
     return fennims.Open(in, nullptr);
 }
 
-/// How often `countDown` says go on, and once more.
+/// countDown is a progress callback that returns true callsLeft - 1 times.
 inline int callsLeft = 0;
 inline bool countDown(int, const char *)
 {
     return --callsLeft > 0;
 }
 
-/// One observation as it was given, to be held against the store.
+/// One observation as it was given, to be compared with the store.
 struct Given {
     int chain;
     timeRange range;
@@ -72,12 +72,12 @@ struct Given {
     int record = -1;
 };
 
-/// A random geography beside the plain list of what it holds.
+/// A random geography and the plain list of its observations.
 class RandomGeography {
 public:
     enum Kind { Points, Lines, Polygons };
 
-    /// @param observations  in each chain, one behind the other in time; 1: all share one range.
+    /// @param observations  in each chain, one after the other in time; 1: all share one range.
     /// @param step          coordinates are multiples of it (0: any double); `offset` is added to
     /// them.
     RandomGeography(unsigned seed, Kind kind, int chains, int observations, double step,
@@ -125,7 +125,7 @@ public:
         return std::uniform_real_distribution<double>(low, high)(mRandom);
     }
 
-    /// The given observation behind a record id; null: none.
+    /// The given observation of a record id; null when there is none.
     const Given *of(int record) const
     {
         const auto found = std::find_if(given.begin(), given.end(), [record](const Given &one) {

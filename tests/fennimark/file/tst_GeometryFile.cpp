@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The geometry file: what is written reads back the same, and nothing else is believed.
+// The geometry file: a written file reads back the same, and any other file is refused.
 #include <QtEndian>
 #include "base/timeRules.h"
 #include "fennimark/FMProjectionInfo.h"
@@ -11,10 +11,10 @@ namespace {
 
 constexpr int kHeader = 256;
 
-/// A file taken apart, so that a forged one has the right checksums.
+/// A file split into header and sections, so that a forged one can get the right checksums.
 struct Sections {
     QByteArray header;
-    QVector<QPair<QByteArray, QByteArray>> parts; // the 16 bytes before each, its data
+    QVector<QPair<QByteArray, QByteArray>> parts; // the head of each section and its data
 
     explicit Sections(const QByteArray &file) : header(file.left(kHeader))
     {
@@ -73,7 +73,7 @@ QByteArray smallFile()
     return saved(*opened(builder));
 }
 
-/// A device that takes so many bytes and then refuses.
+/// A device that fails after a given number of bytes.
 class FillingDevice : public QIODevice {
 public:
     explicit FillingDevice(qint64 room) : mRoom(room) { open(WriteOnly | Unbuffered); }
@@ -110,7 +110,7 @@ class TestGeometryFile : public QObject {
             QVERIFY(saved(again) == bytes);
             geography.fennims->RemoveChain(geography.fennims->GetChainById(chains / 2));
         }
-        // Vertices come back bit by bit.
+        // Vertices are the same to the last bit.
         for (const Given &one : geography.given) {
             if (!geography.holds(one))
                 continue;
@@ -193,7 +193,7 @@ private Q_SLOTS:
             QCOMPARE(fennims.GetChainCount(), 0);
             QVERIFY2(!open(fennims, flipped), qPrintable(QString::number(at)));
         }
-        // A long one, at every chunk.
+        // A long file, cut at every chunk.
         RandomGeography geography(5, RandomGeography::Polygons, 12000, 1, 0, 0);
         const QByteArray longFile = saved(*geography.fennims);
         QVERIFY(longFile.size() > 2 << 20);

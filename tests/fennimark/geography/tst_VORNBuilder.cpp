@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a builder takes and refuses, and how time is cut by what was built.
+// What a builder accepts and refuses, and the pieces of time of what was built.
 #include <numeric>
 #include "base/timeRules.h"
 #include "fennimark/geographies.h"
@@ -71,7 +71,7 @@ class TestVORNBuilder : public QObject {
         const std::unique_ptr<Fennims> fennims = opened(builder);
         QVERIFY(fennims);
         QCOMPARE(text(*fennims->GetChainById(0)), after);
-        // One answer at every instant.
+        // There is one observation at every instant.
         for (qint64 time = -1; time < 60; ++time) {
             int holding = 0;
             for (const auto &observation : chain->GetObservations())

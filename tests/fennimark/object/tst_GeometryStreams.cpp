@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Objects as views, copies and bytes.
+// Objects as views, as copies and in their stream form.
 #include <QDataStream>
 #include <QtTest>
 #include "fennimark/FMPoint.h"
@@ -27,7 +27,7 @@ bool restored(FMObject &object, const QByteArray &bytes, int form = 1)
 const QList<QPolygonF> kRings{cases::rectangle(0, 0, 10, 10),
                               QPolygonF(QVector<QPointF>{{1, 1}, {2, 1}, {2, 3}})};
 
-/// Opens what is protected.
+/// Gives access to protected members.
 class Movable : public FMPolygon {
 public:
     using FMPolygon::FMPolygon;

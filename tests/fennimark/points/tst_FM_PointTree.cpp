@@ -14,13 +14,13 @@ struct Member {
 };
 using Hits = QVector<ptTreeQueryResult>;
 
-// Every query by looking at each point.
+// The reference: every query tests each point.
 class NaiveTree {
 public:
     QVector<Member> members;
 
-    // 4 ulp of the largest coordinate among the place, the hits at the last distance and the one
-    // asked about.
+    // 4 ulp of the largest coordinate of the place, the hits at the last distance and the given
+    // point.
     double tolerance(const QPointF &place, double last, const QPair<double, int> &hit) const
     {
         const auto magnitude = [](const QPointF &p) {
@@ -36,7 +36,7 @@ public:
         return 4.0 * (std::nextafter(largest, HUGE_VAL) - largest);
     }
 
-    // Ascending by distance, then id: squared distance and id of all that are not excluded.
+    // Squared distance and id of all points that are not excluded, ascending by distance, then id.
     QVector<QPair<double, int>> sorted(const QPointF &place, const QSet<int> &exclude) const
     {
         QVector<QPair<double, int>> all;
@@ -100,7 +100,8 @@ QVector<int> ids(const Hits &hits)
     return result;
 }
 
-/// Where the points of a kind lie, from a place in the unit square and one of a lattice.
+/// The coordinates of a point of a kind of data, from a place in the unit square and a place of a
+/// lattice.
 const QMap<QString, QPointF (*)(QPointF any, QPointF knot)> kKinds{
     {"random", [](QPointF any, QPointF) { return any; }},
     {"lattice", [](QPointF, QPointF knot) { return knot; }},
@@ -216,8 +217,8 @@ private Q_SLOTS:
 
     void changesAgreeWithLookingAtEachPoint()
     {
-        // Long enough for trees to be absorbed, to die by half and to be put together after many
-        // queries.
+        // Long enough that trees are merged, that one loses half of its points and is rebuilt, and
+        // that all become one tree after many queries.
         std::mt19937 random(walkSeed(5));
         NaiveTree naive;
         FM_PointTree tree;
@@ -225,7 +226,7 @@ private Q_SLOTS:
             const bool shrinks = step / 1500 % 2;
             const int kind = static_cast<int>(random() % 100);
             if (naive.members.isEmpty() || kind < (shrinks ? 25 : 60)) {
-                // A far point does not widen the ties of the others.
+                // A far point must not enlarge the tolerance of other ties.
                 const double x = random() % 300 ? double(random() % 64) : 1e15;
                 naive.members.append({{x, double(random() % 64)}, int(random() % 500)});
                 QVERIFY(tree.AddPointToSet(naive.members.last().place, naive.members.last().id));
@@ -242,8 +243,8 @@ private Q_SLOTS:
 
     void polygonsHoldWhatTheirPredicateSays()
     {
-        // Large enough for cells that lie inside, outside and in the hole; lattice points lie on
-        // edges and corners.
+        // Large enough for cells inside, outside and in the hole. Lattice points are on edges and
+        // corners.
         std::mt19937 random(walkSeed(2));
         const FMPolygon star(QList<QPolygonF>{
             QPolygonF({{5, 5}, {60, 20}, {95, 5}, {80, 60}, {95, 95}, {50, 80}, {5, 95}, {20, 50}}),
@@ -374,7 +375,7 @@ private Q_SLOTS:
         copy = cursor;
         a.DoneWithNeighborSearch(cursor);
         a.DoneWithNeighborSearch(copy); // a second time
-        // Left open: the tree frees it.
+        // This cursor is left open, so the tree must free it.
         QVERIFY(a.GetFirstNearestNeighbor(QPointF(), {}, hit, cursor));
     }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Geometry for tests: shapes drawn from a seed, brick walls, and GEOS as the other opinion.
+/// Geometry for tests: random shapes from a seed, brick walls, and GEOS as the reference.
 #pragma once
 #include <QPolygonF>
 #include <QString>

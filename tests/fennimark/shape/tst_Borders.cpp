@@ -52,7 +52,7 @@ double lengthOf(const QList<QLineF> &lines)
 
 using Step = std::pair<int, int>;
 
-/// The steps between neighbouring lattice places on each edge of a ring, either direction alike.
+/// The steps between neighbouring lattice places on each edge of a ring, independent of direction.
 void addSteps(const QPolygonF &ring, std::set<std::pair<Step, Step>> &steps)
 {
     for (int i = 0; i < ring.size(); ++i) {

@@ -140,7 +140,7 @@ private Q_SLOTS:
             polygon.CellAreas(grid, {0, 0, 300, 200}, cells);
             QVERIFY(std::abs(areaOfCells(cells) / polygon.GetArea() - 1.0) < 1e-9);
 
-            // Windows that cut the polygon: what is below and beside them must not show.
+            // Windows that cut the polygon: the parts below and beside them must have no effect.
             QVector<FMCellArea> part;
             polygon.CellAreas(grid, {120, 60, 160, 100}, part);
             QVector<FMCellArea> expected;

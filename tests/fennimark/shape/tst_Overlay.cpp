@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Areas as sets: what is simple, measures, overlay and what is drawn from an area.
+// Polygons as areas: simplicity, measures, overlay and random points.
 #include <QtTest>
 #include "fennimark/FMPoint.h"
 #include "fennimark/shape/geometryCases.h"

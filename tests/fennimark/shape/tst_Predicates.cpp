@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Predicates against exact integer arithmetic and against GEOS, on data full of touches, overlaps
-// and collinear runs.
+// Predicates against exact integer arithmetic and against GEOS, on data with many touches, overlaps
+// and collinear edges.
 #include <QtTest>
 #include "base/orientation.h"
 #include "fennimark/FMPoint.h"
@@ -67,7 +67,7 @@ class TestPredicates : public QObject {
             const QPointF b = i % 2 ? place() : QPointF(2.0, 2.0) + 3.0 * (a - QPointF(1.0, 1.0));
             const QPointF c = place();
             if (i % 2 == 0 && unit < 1.0)
-                continue; // b then leaves the lattice that the other opinion counts on
+                continue; // b is not on the lattice that the reference requires
             QCOMPARE(fennimark::orientation(a, b, c), wholeOrientation(a, b, c, unit));
             onLine += fennimark::orientation(a, b, c) == 0;
         }
@@ -202,7 +202,7 @@ private Q_SLOTS:
         const FMPolygon plug(rectangle(2, 2, 8, 8)); // touches all around
         QCOMPARE(answers({frame.OverlapsPolygon(plug, nullptr), frame.Crosses(plug)}), "yn");
 
-        // Two rings that share an edge: nothing along the seam is outside.
+        // Two rings that share an edge: no point of that edge is outside.
         const FMPolygon pair(QList<QPolygonF>{rectangle(0, 0, 4, 4), rectangle(4, 0, 8, 4)});
         QVERIFY(pair.ContainsPolygon(FMPolygon(rectangle(1, 1, 7, 3))));
         QVERIFY(pair.ContainsLine(FMLine({{{1.0, 1.0}, {7.0, 2.0}}})));
@@ -270,8 +270,8 @@ private:
         GEOSFree_r(geos, told);
         return result;
     }
-    /// On a small lattice, so that contacts of every kind abound. Areas are redrawn until they are
-    /// simple.
+    /// On a small lattice, so that contacts of every kind are frequent. Areas are redrawn until
+    /// they are simple.
     static Drawn draw(const cases::Geos &geos, Random &random, bool area, int vertices,
                       int &redrawn)
     {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Neighbours of polygons and points over time. The pair test itself has its own tests.
+// Neighbours of polygons and points over time. The pair test is tested in tst_Borders.cpp.
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -93,7 +93,7 @@ class TestContiguity : public QObject {
         QCOMPARE(around(31, true, 1, {grid.record(31), grid.record(0)}),
                  grid.records({1, 2, 30, 32, 60, 61, 62}));
         QCOMPARE(around(0, false, 0, {}), grid.records({0}));
-        // Exclusion drops from the result, not from the walk.
+        // Excluded records are left out of the result, but the walk passes through them.
         QCOMPARE(around(0, false, 2, {grid.record(0), grid.record(1), grid.record(30)}),
                  grid.records({2, 31, 60}));
         QVERIFY(around(0, false, -1, {}).isEmpty());
@@ -144,8 +144,8 @@ private Q_SLOTS:
         }
     }
 
-    // The slack of a pair follows its own coordinates: neither a polygon far away nor one that is
-    // much larger hides a contact or makes one, whichever of the two is asked.
+    // The slack of a pair depends on its own coordinates alone: a polygon that is far away or much
+    // larger neither hides a contact nor makes one, for queries from either of the two.
     void thePairDecidesWhatIsNear()
     {
         VORNBuilder builder(extent(100), nullptr, nullptr);
@@ -212,8 +212,8 @@ private Q_SLOTS:
 
     void onlyTheTimeAskedForCounts()
     {
-        // The left neighbour goes at 10 and comes back at 20 with another shape, which does not
-        // touch.
+        // The left neighbour ends at 10 and exists again from 20 on, with another shape that does
+        // not touch.
         VORNBuilder builder(extent(10), nullptr, nullptr);
         builder.CreateChain({square(1, 0)}, {span(0, 30)}, -1);
         builder.CreateChain({square(0, 0), square(5, 5)}, {span(0, 10, 0xF0), span(20, 30)}, -1);
@@ -227,7 +227,7 @@ private Q_SLOTS:
         QCOMPARE(neighbors(25), 0);
         QCOMPARE(neighbors(5), 1);
         fennims->RemoveChain(fennims->GetChainById(1));
-        QCOMPARE(neighbors(5), 0); // what was kept of that time is not asked any more
+        QCOMPARE(neighbors(5), 0); // the graph of that time is not used any more
     }
 
     void pointsFindTheirNeighbours()
@@ -298,7 +298,7 @@ private Q_SLOTS:
         QCOMPARE(fennimark::StoreAccess::store(*fennims.mTree).live().inUse(), 0U);
         // 5 by 5 without the corners: exactly 1 is in range.
         QCOMPARE(neighbors.value(grid.record(82)).size(), 21);
-        // Records that are not there have no entry.
+        // Records that do not exist have no entry.
         QVERIFY(fennims.CalculateNearestNeighborsToObjects(fennims.mTree, {1, 0, 5000}, 5, 2,
                                                            neighbors, nullptr));
         QCOMPARE(neighbors.keys(), QList<int>{1});

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Every query of a geography against the plain walk over what was put into it.
+// Every query of a geography against a plain loop over the observations that were added to it.
 #include <algorithm>
 #include <set>
 #include "fennimark/geographies.h"
@@ -14,7 +14,7 @@ bool meets(const Rect2D &a, const Rect2D &b)
     return a.xMin <= b.xMax && b.xMin <= a.xMax && a.yMin <= b.yMax && b.yMin <= a.yMax;
 }
 
-/// What was given, is still there and holds at the time, told with its record id.
+/// Calls tell(object, record) for each given observation that is not removed and contains the time.
 template <class Tell> void walk(const RandomGeography &geography, qint64 time, Tell tell)
 {
     for (const Given &one : geography.given) {
@@ -68,7 +68,7 @@ class TestRecordQueries : public QObject {
         QCOMPARE(fennims.GetChainCount(), chains);
         const Rect2D whole = fennims.GetBoundingRect();
         for (int round = 0; round < 40; ++round) {
-            if (round == 30) { // the same again with every fifth chain gone
+            if (round == 30) { // the same queries after every fifth chain was removed
                 for (int chain = 0; chain < chains; chain += 5)
                     fennims.RemoveChain(fennims.GetChainById(chain));
             }
@@ -219,7 +219,7 @@ private Q_SLOTS:
         tree.CheckInRecord(5);
         QCOMPARE(live.inUse(), 0U);
 
-        // Kept ones come back as they were as long as no 64 others were returned after them.
+        // A kept object is the same one until 64 others have been returned after it.
         const auto use = [&tree](int id, bool keep) {
             HilbertTreeRecord *held = tree.CheckOutRecord(id, keep);
             held->GetTreeObject(&tree);
@@ -233,7 +233,7 @@ private Q_SLOTS:
         QCOMPARE(answers({live.find(5), live.find(72), live.find(80)}), "yyn");
         use(73, true);
         QCOMPARE(answers({live.find(5), live.find(10)}), "ny");
-        // Held ones are many, and none is lost when the table grows.
+        // Many records are held, and none is lost when the table grows.
         for (int id = 1; id <= 200; ++id)
             QVERIFY(tree.CheckOutRecord(id, false)->GetTreeObject(&tree));
         QCOMPARE(live.inUse(), 200U);
@@ -245,7 +245,7 @@ private Q_SLOTS:
         QCOMPARE(live.inUse(), 0U);
     }
 
-    // Records of few ranges under a window over everything take a road of their own.
+    // A window over all records of few ranges is a special case, in which ranges are tested first.
     void sharedRangesAreTestedByTheirOwnEnds()
     {
         VORNBuilder builder(extent(30), nullptr, nullptr);
@@ -284,7 +284,7 @@ private Q_SLOTS:
         QCOMPARE(fennims->GetAllObjectTimes(), (QList<qint64>{0, 10}));
         QVERIFY(fennims->GetObservationsAtTime(25).isEmpty());
         QVERIFY(!fennims->mTree->CheckOutRecord(record, true));
-        QCOMPARE(object->GetObjectBounds().xMax, 101.0); // who holds it may finish
+        QCOMPARE(object->GetObjectBounds().xMax, 101.0); // still valid until it is returned
         held->ReturnTreeObject(fennims->mTree);
         fennims->mTree->CheckInRecord(record);
 
