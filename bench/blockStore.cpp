@@ -2,15 +2,16 @@
 // What does a block cost against one plain call of the operating system for each block, and against
 // LMDB?
 //
-// The store writes what it saves when the cache overflows; what a first pass of reading takes
-// longer than a second one counts as saving.
+// The store writes saved blocks only when the cache overflows. So the time by which a first pass of
+// reading is slower than a second one counts as saving.
 //
-// Three phases on the same random order: save all, read as many at random, replace as many at
-// random by blocks of other sizes. "plain" is one pwrite or pread for each block, into places of
-// fixed size. LMDB runs without syncs, all in one transaction a phase. "kept" is pread into as much
-// memory as the cache has, in turns: what a reader that keeps what it read can reach at best. Every
-// number is the median over rounds in which the three take turns. What a call is given is in memory
-// before the clock starts, for all three.
+// There are three phases in the same random order: all blocks are saved, as many are read at
+// random, and as many are replaced at random by blocks of other sizes. "plain" is one pwrite or
+// pread for each block, at positions of fixed size. LMDB runs without syncs, with one transaction
+// for each phase. "kept" is one pread for each block into successive parts of a buffer of the
+// cache's size: the best that a reader with such a cache can reach. Every number is the median over
+// rounds in which the three take turns. For all three, the arguments of the calls are in memory
+// before the clock starts.
 #include <QByteArray>
 #include <QFile>
 #include <QTemporaryDir>
@@ -44,7 +45,7 @@ struct Case {
     std::array<double, kPhases> targets; // store / plain
 };
 
-// The orders and sizes that the peers share.
+// The orders and sizes of blocks, which are the same for all peers.
 struct Work {
     explicit Work(const Case &which)
         : count(which.count), bytes(which.bytes), contents(2 * which.bytes, '\0')
@@ -77,7 +78,7 @@ void check(bool holds, const char *what)
     }
 }
 
-// Times the calls alone: what they are given is made ahead, a few at a time.
+// Measures the calls alone: their arguments are made before, a few at a time.
 template <class Make, class Call> double secondsOfEach(int count, Make make, Call call)
 {
     constexpr int kAhead = 16;
@@ -119,7 +120,7 @@ Times runStore(const Work &work, const QString &directory, double &megabytes)
             check(ReadDataBlock(id, found) && found.size() == work.bytes, "read");
     };
     times[Save] +=
-        ratios::secondsOf(readAll); // what is still to be written of the saved blocks goes out
+        ratios::secondsOf(readAll); // also writes the saved blocks that are still in the cache
     times[Read] = ratios::secondsOf(readAll);
     times[Save] -= times[Read];
     megabytes = residentMegabytes() - before;
@@ -241,11 +242,11 @@ void runCase(const Case &which)
         double used = 0;
         store.push_back(runStore(work, directory.path(), used));
         if (round == 0)
-            megabytes = used; // later rounds start from a heap that is warm
+            megabytes = used; // later rounds reuse memory of the heap
         plain.push_back(runPlain(work, directory.path()));
         lmdb.push_back(runLmdb(work, directory.path()));
     }
-    // The middle of all rounds, in microseconds a block.
+    // The median of all rounds, in microseconds a block.
     const auto middle = [&which](const std::vector<Times> &times, Phase phase) {
         std::vector<double> values;
         for (const Times &round : times)

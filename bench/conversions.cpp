@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A dataset in another type, and through a map of objects, beside two ways to get at the same
-// values: a plain read of them from a project file in the present form, and a copy of the dataset
-// as it is. The cache holds none of it.
+// The conversion of a dataset to another type, and through a map of objects, compared with a plain
+// read of the same values from a project file in the present form and with a copy of the dataset.
+// None of the values are in the cache.
 #include <QTemporaryDir>
 #include <numeric>
 #include <random>
@@ -84,7 +84,7 @@ public:
     {
         return made([this] { return VORN_MigrateDataset(mDataset, mDataset >> 16, false); });
     }
-    /// Of a dataset that `make` gives, removed again.
+    /// The time of `make`, whose dataset is removed afterwards.
     template <class Make> double made(Make make) const
     {
         return ratios::best(kRounds, kValues, [&] {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Vector datasets beside a banded raster file, an ordered map and a hash: filled slice by slice,
-// read through time, counted, and read cell by cell.
+// Vector datasets compared with a banded raster file, an ordered map and a hash: filled slice by
+// slice, read through time, counted, and read cell by cell.
 #include <QHash>
 #include <QTemporaryDir>
 #include <gdal_priv.h>
@@ -56,7 +56,7 @@ GDALDataset *writeBands(const QByteArray &path, QVector<double> values)
     return file;
 }
 
-/// One object's values at every time, another object in each round; in nanoseconds a time.
+/// The values of one object at every time, in nanoseconds a value; each round reads another object.
 double readThroughTime(const QVector<double> &values, int cacheBytes)
 {
     const PointHost host(kObjects, cacheBytes);
@@ -72,8 +72,8 @@ double readThroughTime(const QVector<double> &values, int cacheBytes)
     });
 }
 
-/// One cell of each band, in nanoseconds a band: with `isAnew` of a file that was opened for it,
-/// whose opening is not counted, else of a file whose blocks are in GDAL's cache.
+/// One cell of each band, in nanoseconds a band. With `isAnew` the file is opened before, outside
+/// the measured time; otherwise its blocks are in GDAL's cache.
 double readBands(const QByteArray &path, int cacheBytes, bool isAnew)
 {
     GDALSetCacheMax64(cacheBytes);
@@ -152,8 +152,8 @@ void count()
                 0.25);
 }
 
-/// Values are added to one slice object by object, first while the others are missing, then all
-/// again.
+/// Values are set in one slice object by object: first while the other values are missing, then all
+/// of them again.
 void addCells(int objects, const char *name)
 {
     double first = 1e300;
@@ -173,7 +173,8 @@ void addCells(int objects, const char *name)
     ratios::row(name, first, "a second time", second, 3.0);
 }
 
-/// All objects between 300 slices, half of them never observed, beside one pass over the slices.
+/// All objects between 300 slices, half of them never observed, compared with one pass over the
+/// slices.
 void interpolate()
 {
     constexpr int kTimes = 300;

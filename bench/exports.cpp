@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What does an export cost over writing its text? A dataset stored as slices and the same values
-// stored as series, beside a loop that prints the same rows.
+// What does an export cost over writing its text? A dataset stored as slices, and the same values
+// stored as series, are compared with a loop that prints the same rows.
 #include <QCoreApplication>
 #include <QFile>
 #include <cstdio>

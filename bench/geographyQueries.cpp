@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the way through ids and object indices costs: public queries beside the same calls of the
-// geometry library, which answer in records.
+// What does the mapping of ids and object indices cost? Public queries are compared with the same
+// calls of the geometry library, which return records.
 #include <QCoreApplication>
 #include <random>
 #include "datainterface/FrameAPI.h"
@@ -15,7 +15,7 @@ namespace {
 constexpr qint64 kTime = 5;
 constexpr PT_RotationMatrix kNoRotation{1, 0, 0, 1};
 
-/// Places that are asked about, one after the other.
+/// The places of the queries, one after the other.
 class Places {
 public:
     explicit Places(double size)
@@ -32,7 +32,7 @@ private:
     unsigned mNext = 0;
 };
 
-/// Squares of a side of 1, or their lower left corners, that fill `side` by `side`.
+/// The unit squares that fill an area of `side` by `side`, or their lower left corners.
 int addLattice(int side, bool points)
 {
     VORN_StartNewVectorGeography(QRectF(0, 0, side, side), 0, 10, -1);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Geometry objects beside GEOS and GDAL: point in polygon, shared borders, contiguity of a pair,
-// polygons over grids, and what the way to GEOS and back adds to an overlay.
+// Geometry objects compared with GEOS and GDAL: point in polygon, shared borders, contiguity of a
+// pair, polygons over grids, and the cost of conversion to GEOS and back in an overlay.
 #include <cmath>
 #include <gdal.h>
 #include <gdal_alg.h>
@@ -62,7 +62,8 @@ QPolygonF coast(int vertices, unsigned seed, const QPointF &center = {0, 0})
     return ring;
 }
 
-/// A unit square with that many vertices in all, turned by 30 degrees as maps seldom lie straight.
+/// A unit square with `vertices` vertices in all, turned by 30 degrees, since few borders in maps
+/// are parallel to an axis.
 QPolygonF tile(int column, int row, int vertices)
 {
     const QPointF corners[] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
@@ -145,8 +146,7 @@ void addBorders(std::vector<Pair> &table)
     }
 }
 
-/// Burns the polygon into a byte raster and collects the cells, which GDAL decides by their
-/// centres.
+/// Burns the polygon into a byte raster and collects the cells; GDAL selects them by their centres.
 std::size_t burnt(OGRGeometryH polygon)
 {
     GDALDatasetH raster =
@@ -171,8 +171,8 @@ std::size_t burnt(OGRGeometryH polygon)
     return cells.size();
 }
 
-/// The usual way to cell areas: cells inside and outside by a prepared polygon, the others by
-/// intersection.
+/// Cell areas by GEOS: a prepared polygon decides which cells are inside and outside, the areas of
+/// the others are computed by intersection.
 double areasByGeos(const GEOSGeometry *polygon, const GEOSPreparedGeometry *prepared)
 {
     double sum = 0.0;
@@ -247,8 +247,8 @@ void addIntersections(std::vector<Pair> &table)
     }
 }
 
-/// Squares beside one another as one polygon: the first area finds which ring lies in which and
-/// tests the polygon's validity.
+/// Disjoint squares as one polygon. The first call of GetArea computes the nesting of the rings and
+/// tests the validity of the polygon.
 void addIslands(std::vector<Pair> &table)
 {
     constexpr int kSide = 200;

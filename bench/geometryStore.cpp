@@ -184,7 +184,7 @@ private:
     std::vector<const GEOSPreparedGeometry *> mPrepared;
 };
 
-volatile std::size_t sink; // what queries find goes here, so that none is left out
+volatile std::size_t sink; // receives the results, so that no query is optimized away
 
 // Boxes in space and time
 
@@ -193,8 +193,8 @@ constexpr double kSize = 1000;
 
 enum class Changes { Together, Apart };
 
-/// Objects whose observations follow one another without a gap, all at the same times or each at
-/// its own.
+/// Objects whose observations follow one another without a gap, either all at the same times or
+/// each object at its own times.
 std::vector<Shape> timedBoxes(int each, Changes changes = Changes::Together)
 {
     std::vector<Shape> shapes;
@@ -393,7 +393,7 @@ void exactRows()
 
 // Contiguity
 
-/// From rings to both relations, index included: milliseconds, and how many pairs.
+/// Both relations from rings, including the index: in milliseconds, with the numbers of pairs.
 double oursContiguity(const std::vector<Shape> &shapes, double size, int rounds, std::size_t &queen,
                       std::size_t &rook)
 {
@@ -432,8 +432,8 @@ double oursContiguity(const std::vector<Shape> &shapes, double size, int rounds,
     });
 }
 
-/// GEOS tree and prepared geometries: touching pairs, and of these those whose boundaries share a
-/// line.
+/// By GEOS's tree and prepared geometries: the touching pairs, and those of them whose boundaries
+/// share a line.
 double geosContiguity(const std::vector<Shape> &shapes, bool withRook, std::size_t &queen,
                       std::size_t &rook)
 {
@@ -489,8 +489,8 @@ void oneNeighbourhood(int vertices, double target)
     GeosShapes geos(squares);
     geos.index();
     geos.query(geos.geometries[0], [](std::size_t) {}); // the tree is packed by its first query
-    // After 64 questions about one time all answers come from one graph, so every round has a
-    // geography of its own, to which half of the questions have been put before.
+    // After 64 queries about one time all results come from one graph. So every round has its own
+    // geography, with which half of these queries have been made before.
     constexpr int kAsked = 30;
     const auto ask = [](Fennims &geography) {
         for (int i = 0; i < kAsked; ++i) {
@@ -673,11 +673,11 @@ double statusBytes(const char *field)
 }
 
 struct BuildCost {
-    double bytes, nanoseconds; // an object
+    double bytes, nanoseconds; // for each object
 };
 
-/// What building and writing so many points or squares takes at its peak and in time, in a process
-/// of its own.
+/// The peak memory and the time of building and writing `count` points or squares, in a separate
+/// process.
 BuildCost costOfBuilding(int count, bool points)
 {
     int ends[2];
@@ -730,7 +730,7 @@ void buildRows()
 
 } // namespace
 
-/// All groups of rows, or those named on the command line.
+/// Runs all groups of rows, or those named on the command line.
 int main(int argc, char **argv)
 {
     const std::pair<const char *, void (*)()> groups[] = {

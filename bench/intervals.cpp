@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// How far are the union and the refinement of a million intervals from sorting their ends, the
-// least they must do? The ratio of each pair of rows is the answer. "ordered": both lists lie in
-// order of time, as containers hold them; "shuffled": neither does.
+// How much slower are the union and the refinement of a million intervals than sorting their ends,
+// which is the least that they must do? The ratio of each pair of rows is the answer. "ordered":
+// both lists are in order of time, as in containers; "shuffled": neither is.
 #include <QVector>
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Natural breaks in seven classes: the stated recurrence written plainly, beside the library's; and
-// what repeats of the same values cost in time and memory.
+// Natural breaks in seven classes: a plain implementation of the recurrence compared with the
+// library's, and the time and memory that repeated values cost.
 #include <algorithm>
 #include <fstream>
 #include <random>
@@ -28,7 +28,7 @@ QVector<double> sortedValues(int count)
     return values;
 }
 
-// cost(i, j) grows by one element as j grows; the best split of each prefix by trying all.
+// Tries every split of each prefix; the cost of a class is updated as it grows by one element.
 QList<double> plainBreaks(const QVector<double> &data)
 {
     const std::size_t n = static_cast<std::size_t>(data.size());

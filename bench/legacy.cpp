@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What does it cost that a project is old? Loading one of 100 MB whose values stand in old forms,
-// beside loading the same project in the present form; with every value read behind both.
+// What does loading an old project cost? A project of 100 MB with values in old forms is compared
+// with the same project in the present form. After both loads every value is read.
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
@@ -97,8 +97,8 @@ int main(int argc, char **argv)
                     2.0);
     compare<double>(host, "series of decimals, 1.80.003", 180003, {oldProject::Decimal, false}, 210,
                     2.0);
-    // The present form's texts stay as they lie until somebody reads them; old ones are decoded
-    // first.
+    // Texts of the present form are loaded as bytes and decoded when they are read; old ones are
+    // decoded at once.
     compare<QString>(host, "slices of texts, 1.80.003", 180003, {oldProject::Text, true}, 380, 3.5);
     return ratios::missed > 0;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Permutation tests of 10,000 objects beside as many plain products of the sparse matrix with a
-// vector: what the sums alone would take.
+// Permutation tests of 10,000 objects, compared with as many plain products of the sparse matrix
+// with a vector, which is the time of the sums alone.
 #include "core/analysis/moran.h"
 #include <random>
 #include <vector>
@@ -14,7 +14,7 @@ namespace {
 constexpr int kSide = 100;
 constexpr int kPermutations = 999;
 
-/// Queen neighbours of a square lattice, rows that sum to 1.
+/// Queen neighbours on a square lattice; each row of weights sums to 1.
 meridor::SparseWeights lattice()
 {
     meridor::SparseWeights weights;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the numeric toolkit adds to the routines below it, and how its sequences compare with the
-// standard library's.
+// What does the numeric toolkit cost over the routines that it calls, and how do its random
+// sequences compare with those of the standard library?
 #include <QSet>
 #include <algorithm>
 #include <numeric>
@@ -159,7 +159,7 @@ void addSvdAndAccess(std::vector<Pair> &table)
                      })});
 }
 
-// 10,000 steps of an exhaustive walk an iteration.
+// Each iteration makes 10,000 steps of an exhaustive walk.
 template <class Iterator> ratios::Body walk(int n, int k)
 {
     return [n, k](benchmark::State &state) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What do the questions to a point tree cost next to nanoflann and Boost's rtree? Peers give the
-// same answers: records with distance and angle, sorted, the ties of the last one included, one id
-// excluded. nanoflann gets its ties through the library's own collection, so that the trees alone
-// differ.
+// What do the queries of a point tree cost, compared with nanoflann and Boost's rtree? The peers
+// give the same results: hits with distance and angle, sorted, including the ties of the last one,
+// without one excluded id. nanoflann uses the library's own collection of hits and ties, so that
+// only the trees differ.
 #include <boost/geometry.hpp>
 #include <boost/geometry/geometries/point_xy.hpp>
 #include <boost/geometry/index/rtree.hpp>
@@ -70,7 +70,7 @@ Cloud lattice(int count)
     return cloud;
 }
 
-// An id that is asked about, with the set that excludes it.
+// The id of a query's point, with the set that excludes it.
 struct Asked {
     int id;
     QSet<int> exclude;
@@ -103,7 +103,7 @@ double squaredDistance(const QPointF &a, const QPointF &b)
     return (a.x() - b.x()) * (a.x() - b.x()) + (a.y() - b.y()) * (a.y() - b.y());
 }
 
-// nanoflann's result set around the library's collection.
+// Adapts the library's collection of hits to nanoflann's interface of result sets.
 template <class Sink> struct FlannSink {
     Sink &sink;
     using DistanceType = double;
@@ -155,8 +155,8 @@ public:
         fill(place, hits);
     }
 
-    // Steps of the nearest query. It is told their number, without which it is a hundred times
-    // slower; it has no ties.
+    // Steps of the nearest query. The number of steps is given to the query, which is a hundred
+    // times slower without it. There are no ties.
     void boostSteps(const QPointF &place, int steps, int exclude, Hits &hits) const
     {
         hits.clear();
@@ -225,8 +225,8 @@ template <class Call> double seconds(Call &&call)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// One row: ours and the peers in turns, the best of five rounds each. Every call gives the seconds
-// of one operation.
+// One row: ours and the peers in turns, the best of five rounds each. Every call returns the
+// seconds for one operation.
 template <class Ours, class... Peers>
 void compare(const std::string &name, double target, Ours ours, const char *peerName,
              Peers... peers)
@@ -240,9 +240,9 @@ void compare(const std::string &name, double target, Ours ours, const char *peer
     ratios::row(name.c_str(), 1e9 * mine, peerName, 1e9 * best, target);
 }
 
-double gKeep = 0.0; // what the answers add up to, so that none is left out
+double gKeep = 0.0; // the sum of the results, so that no query is optimized away
 
-// Seconds a question, asked from points of the cloud with their own ids excluded.
+// Seconds for one query, made from points of the cloud with their own ids excluded.
 template <class Ask>
 double perQuestion(const Cloud &cloud, const std::vector<Asked> &questions, Ask ask)
 {
@@ -446,7 +446,7 @@ void memoryRow(const std::string &name, const Cloud &cloud)
         tree->SetPoints(cloud.points, cloud.ids, nullptr, 0, 100);
         return tree;
     });
-    // What nanoflann leaves to its caller, the coordinates and ids, counts as the library's do.
+    // nanoflann leaves the coordinates and ids to its caller; their 20 bytes are counted too.
     const double flann = 20.0 + perPoint([&] {
                              auto tree = std::make_unique<FlannTree>(
                                  2, cloud, nanoflann::KDTreeSingleIndexAdaptorParams(10));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What does the model cost over its bytes? Saving beside qCompress of the same blocks, loading
-// beside qUncompress of them, one value through the public function beside one look-up in a hash
-// table; and how much memory a dataset of ten times the cache takes while it is filled and read.
+// What does the model cost over its bytes? Saving is compared with qCompress of the same blocks,
+// loading with qUncompress, and reading one value through the public function with one look-up in a
+// hash table. Also measured is the memory of a dataset of ten times the size of the cache while it
+// is filled and read.
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QHash>
@@ -23,7 +24,7 @@ constexpr int kObjects = 10000;
 constexpr int kSlices = 200;
 constexpr int kCache = 8000000;
 
-// Measurements with two decimals, each near the one before it.
+// Measurements with two decimals, each close to the one before it.
 void fill(const PointHost &host, int slices)
 {
     std::mt19937 random(20240501);
@@ -36,7 +37,7 @@ void fill(const PointHost &host, int slices)
     }
 }
 
-// The blocks as the store holds them.
+// The same blocks as in the store.
 QVector<QByteArray> blocks()
 {
     QVector<QByteArray> all;
@@ -71,7 +72,7 @@ void reportMemory()
                 kCache / 1048576.0, peakMiB() - before);
 }
 
-// The order in which values are asked for: any object of one slice.
+// The order in which the values of one slice are read: objects at random.
 QVector<unsigned int> order()
 {
     std::mt19937 random(20240501);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Rasters beside GDAL, GEOS and plain loops: whole-grid passes, single cells, tables of values and
-// places.
+// Rasters compared with GDAL, GEOS and plain loops: passes over whole grids, single cells, tables
+// of values and places.
 #include <QMap>
 #include <QTemporaryDir>
 #include <algorithm>
@@ -89,7 +89,7 @@ GDALDataset *inMemory(std::vector<float> &cells)
     return file;
 }
 
-/// Minimum, maximum, mean and deviation, as one writes them down.
+/// Minimum, maximum, mean and deviation by plain loops.
 std::array<double, 4> plainStatistics(const std::vector<float> &cells)
 {
     double sum = 0.0;
@@ -114,7 +114,7 @@ void statistics(Host &host, int geography)
     const int id = addDataset(host, geography, RasterDecimalType, cells);
     double ours[4] = {};
     const double time = ratios::best(kRounds, kCount, [&] {
-        rasterOf(host, id).SetMissingFlag(MissingFlag()); // forgets the statistics
+        rasterOf(host, id).SetMissingFlag(MissingFlag()); // drops the cached statistics
         require(VORN_GetMin(id, 0, 5, ours[0]) && VORN_GetMax(id, 0, 5, ours[1])
                     && VORN_GetMean(id, 0, 5, ours[2]) && VORN_GetStddev(id, 0, 5, ours[3]),
                 "statistics");
@@ -170,7 +170,7 @@ void statistics(Host &host, int geography)
     VORN_RemoveDataset(id);
 }
 
-/// A pixel of a file: one that GDAL's cache holds, and one of four times its size.
+/// A pixel of a file that fits into GDAL's cache, and of a file of four times the cache's size.
 void pixelOfFile(Host &host, int geography)
 {
     const QTemporaryDir directory;
@@ -293,7 +293,8 @@ Geometry geometryOf(QVector<QPointF> ring)
                                              nullptr, 0));
 }
 
-/// Cells inside and outside by a prepared polygon, the others by intersection.
+/// A prepared polygon decides which cells are inside and outside; the areas of the others are
+/// computed by intersection.
 double areasByGeos(const GEOSGeometry *polygon, const GEOSPreparedGeometry *prepared)
 {
     constexpr double kWidth = 3.2 / kPlaceSide;
@@ -344,7 +345,7 @@ void places()
     double sum = 0.0;
     for (const double area : qAsConst(areas))
         sum += area;
-    // The grid's rows are mirrored within the polygon's own: what lies in both images is told.
+    // Rows are mirrored within the polygon's window: only cells inside both images are reported.
     require(sum > 0.9 * whole && sum <= whole * (1 + 1e-9), "agreement of areas");
     ratios::row("areas in 5,000 vertices, 2,000 x 2,000 cells", query,
                 "GEOS, prepared, partial cells", overlay, 0.005, "ms");
@@ -353,7 +354,8 @@ void places()
     });
     int count = 0;
     const double points = ratios::best(1, 1e6, [&] { count = centersByGeos(prepared); });
-    require(std::abs(count - pixels.size()) <= 2, "agreement of centres"); // those on the border
+    // The two may differ in cells on the border.
+    require(std::abs(count - pixels.size()) <= 2, "agreement of centres");
     ratios::row("centres in them", centers, "GEOS, a prepared test a cell", points, 0.2, "ms");
     GEOSPreparedGeom_destroy_r(geos(), prepared);
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// A grid brought into the library beside gdal_translate to a plain GeoTIFF: wall time and the
-// largest resident size of each process. The import is this program called with a file: band after
-// band from GDAL to the block store. What the host's verb takes with the packed project stands
-// beside it.
+// The import of a grid compared with gdal_translate to a plain GeoTIFF: wall time and the largest
+// resident size of each process. The import is this program, started with a file: it copies band
+// after band from GDAL to the block store. Another row shows the host's verb, which also packs and
+// saves the project.
 #include <QByteArray>
 #include <QFile>
 #include <QTemporaryDir>
@@ -29,7 +29,7 @@ QByteArray ownProgram;
 
 struct Run {
     double seconds;
-    double megabytes; ///< at the most
+    double megabytes; ///< the largest resident size
 };
 
 Run run(std::vector<QByteArray> words)
@@ -80,7 +80,7 @@ public:
     void RemoveGeography(int) override {}
 };
 
-/// The whole job of the child process.
+/// The child process.
 int import(const QByteArray &path)
 {
     constexpr int kCacheBytes = 64 << 20;
@@ -147,7 +147,7 @@ int main(int argc, char **argv)
     if (argc == 2)
         return import(argv[1]);
     ownProgram = QByteArray(argv[0]);
-    GDALSetCacheMax64(16 << 20); // a child's largest size begins with its parent's
+    GDALSetCacheMax64(16 << 20); // the largest size of a child includes that of its parent
     ratios::head("Import of grids");
     compare("10,000 bands of 100 x 100 floats", 100, 10000, 64 + 150);
     compare("one band of 8,000 x 8,000 floats", 8000, 1, 2 * 256 + 64 + 100);

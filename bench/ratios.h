@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Ours against a peer or a physical limit in the same run: best times, their ratio and the target,
-/// as rows of a table. A ratio above its target ends the program with 1.
+/// The library against a peer or a physical limit in the same run: best times, their ratio and the
+/// target, as rows of a table. The exit code is 1 when a ratio is above its target.
 #pragma once
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -33,7 +33,7 @@ template <class Work> double best(int rounds, double count, Work work)
     return least;
 }
 
-/// The same of two works in turns, so that a busy spell of the machine meets both.
+/// The same for two works in turns, so that other load of the machine affects both.
 template <class Ours, class Theirs>
 std::pair<double, double> bestInTurns(int rounds, double count, Ours ours, Theirs theirs)
 {
@@ -103,7 +103,7 @@ private:
     std::map<std::string, double> mBest;
 };
 
-/// A body that calls `work()` once an iteration.
+/// A benchmark body that calls `work()` once in each iteration.
 template <class Work> Body repeat(Work work)
 {
     return [work](benchmark::State &state) mutable {
@@ -112,7 +112,7 @@ template <class Work> Body repeat(Work work)
     };
 }
 
-/// Each pair in turns under Google Benchmark, the best of five; then the table.
+/// Measures each pair in turns with Google Benchmark, the best of five, and prints the table.
 inline int run(int argc, char **argv, const std::vector<Pair> &table)
 {
     std::vector<std::string> words(argv, argv + argc);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What does a weight set cost over the search for its neighbours? Sets are calculated through the
-// public functions, all lists in the block store at the end; beside them the search alone, with
-// nothing stored.
+// public functions, which leave all lists in the block store. They are compared with the search
+// alone, without storing.
 #include <QCoreApplication>
 #include <QTemporaryDir>
 #include <QtEndian>
@@ -50,7 +50,7 @@ private:
     QTemporaryDir mDirectory;
 };
 
-/// As ratios::best, with what comes before each round left out of the time.
+/// The same as ratios::best, with a `prepare` before each round that is not measured.
 template <class Prepare, class Work>
 double bestOf(int rounds, double count, Prepare prepare, Work work)
 {
@@ -115,7 +115,7 @@ void benchRaster()
         ours = std::min(ours, ratios::best(1, kSide * kSide, [set] { precalculate(set); }));
         grown = std::max(grown, peakBytes() - before);
         VORN_RemoveClusterSet(set);
-        ResetDataManager(); // every round stores into an empty file
+        ResetDataManager(); // every round begins with an empty file
     }
     std::vector<QVector<neighborDatum>> lists;
     const double peer = bestOf(
@@ -136,8 +136,8 @@ int addLattice()
     for (int i = 0; i < kSquares * kSquares; ++i) {
         const double x = i % kSquares;
         const double y = i / kSquares;
-        // One square changes at 10, so that there are two maps to go to and fro between: the
-        // geometry library keeps what it found for the last one.
+        // One square changes at 10, so there are two maps. Rounds alternate between them, because
+        // the geometry library caches the contiguity of the last one.
         const qint64 end = i == 0 ? 10 : 19;
         VORN_AddPolygonToChain(static_cast<unsigned int>(VORN_CreateNewObjectChain()),
                                QList<QPointF>{{x, y}, {x + 1, y}, {x + 1, y + 1}, {x, y + 1}},
@@ -276,7 +276,7 @@ void benchPoints(const Host &host)
         return bestOf(3, kPoints, forget, [set] { precalculate(set); });
     };
     size_t found = 0;
-    // The point itself is found too, so one more is asked for.
+    // The point itself is among the hits, so one more is requested.
     const double flannNearest = ratios::best(3, kPoints, [&] {
         unsigned ids[kNearest + 1];
         double distances[kNearest + 1];
