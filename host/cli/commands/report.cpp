@@ -71,18 +71,20 @@ void addReport(const Command &app, Context &context)
     projectArgument(command, options->plan.project);
     command.text("PAGE", options->output, "The HTML file to write").required();
     command.text("--title", options->plan.title, "Title (default: the project's name)");
-    command.text("--datasets", options->datasets, "Only these, parted by commas (default: all)");
+    command.text("--datasets", options->datasets,
+                 "Only these datasets, separated by commas (default: all)");
     command.text("--times", options->times,
-                 "Only these times and spans, parted by commas (default: all)");
+                 "Only these times and spans, separated by commas (default: all)");
     command
         .number("--simplify", options->plan.simplify,
-                "How fine borders are drawn, in map units; 0 keeps every vertex "
+                "Tolerance of simplified borders, in map units; 0 keeps every vertex "
                 "(default: a 1500th of the extent)")
         .notNegative();
-    command.number("--permutations", options->plan.permutations, "Of Moran's I")
+    command
+        .number("--permutations", options->plan.permutations, "Number of permutations of Moran's I")
         .shown()
         .range(0, 1000000);
-    command.number("--seed", options->plan.seed, "Of the permutations")
+    command.number("--seed", options->plan.seed, "Seed of the permutations")
         .shown()
         .range(0, std::numeric_limits<int>::max());
     overwriteOption(command, context);

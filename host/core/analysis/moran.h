@@ -41,7 +41,8 @@ struct MoranTest {
     /// 1.37 and 1.42. NaN for fewer than 4 values.
     double deviate = 0;
     double p = 1; ///< from permutations; NaN if there are none
-    double low = 0; ///< 95 of 100 permutations lie between low and high; NaN if there are none
+    /// The central 95 % of the permutations are between low and high; NaN if there are none.
+    double low = 0;
     double high = 0;
 };
 

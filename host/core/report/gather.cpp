@@ -20,7 +20,7 @@
 namespace meridor {
 namespace {
 
-/// As a shell takes it.
+/// Quotes an argument for a shell.
 QString quoted(const QString &text)
 {
     static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_./:,@%+=-]+$"));
@@ -39,7 +39,7 @@ QString commandLine(const QStringList &words)
     return texts.join(QLatin1Char(' '));
 }
 
-/// The name at the head of well-known text; other texts as they are.
+/// The name of the coordinate system of a WKT text; any other text unchanged.
 QString projectionName(const QString &text)
 {
     const int open = text.indexOf(QLatin1String("[\""));
@@ -105,7 +105,7 @@ private:
                   });
     }
 
-    /// The times that datasets have values at, and those at which objects change.
+    /// Adds the times at which datasets have values, and those at which objects change.
     void addSteps()
     {
         QVector<Interval> wanted;
@@ -137,7 +137,7 @@ private:
             mShown.existence.append(mShown.steps.size() - 1);
     }
 
-    /// Degrees are drawn with the ratio of the middle latitude.
+    /// The ratio of width and height of a cell; for degrees at the middle latitude.
     double cellRatio() const
     {
         const QString projection =
@@ -150,8 +150,8 @@ private:
         return ratio * (degrees ? std::cos(middle * kRadian) : 1);
     }
 
-    /// What people call the objects: a dataset of texts that is called a name, or whose texts are
-    /// all different; else their keys.
+    /// Display names of the objects: the texts of a dataset that is called a name, or whose texts
+    /// are all different; else the keys.
     QStringList labels() const
     {
         int chosen = -1;
@@ -183,7 +183,7 @@ private:
         return texts;
     }
 
-    /// Steps at which lists can differ from those of the step before.
+    /// The steps at which the lists may differ from those of the step before.
     QVector<int> statesOf(const AdjacencySet &set) const
     {
         QSet<int> changed{0};
@@ -222,7 +222,8 @@ private:
                 links.states.append(state);
         }
         mShown.links.append(links);
-        // Where values move, those that hold for good are codes and areas.
+        // If there are datasets over time, static ones are mostly codes and areas, and are left
+        // out.
         const bool moves = std::any_of(mDatasets.begin(), mDatasets.end(), [](int dataset) {
             return datasetOf(dataset)->IsNumeric() && !datasetOf(dataset)->IsStatic();
         });
@@ -231,7 +232,7 @@ private:
                 addMoran(dataset, id);
     }
 
-    /// False when a set that came from outside has nothing at the time.
+    /// False if an imported set has no lists at the time.
     bool neighborsAt(int id, int step, LinkState &state) const
     {
         try {
@@ -282,7 +283,7 @@ private:
         for (const MoranAt &found : moranOverTime(plan, progress)) {
             const MoranTest &test = found.whole;
             if (!std::isfinite(test.value))
-                continue; // all values are equal, as those of a stored result
+                continue; // all values are equal, such as those of stored results of moran
             const int position = static_cast<int>(
                 std::find(plan.times.begin(), plan.times.end(), found.when) - plan.times.begin());
             moran.rows.append(
@@ -339,7 +340,8 @@ private:
     ReportGeography mShown;
 };
 
-/// Datasets by geography, in the project's order, or those that were asked for.
+/// The datasets of the plan by geography; all datasets in the order of the project if it names
+/// none.
 QVector<QPair<int, QVector<int>>> chosenDatasets(const ReportPlan &plan)
 {
     QVector<QPair<int, QVector<int>>> chosen;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// From the loaded project to what its report shows.
+/// Collects the content of a report from the loaded project.
 #pragma once
 #include "core/export.h"
 #include "core/report/reportModel.h"
@@ -7,16 +7,18 @@
 namespace meridor {
 
 struct ReportPlan {
-    QString project;      ///< the file that was loaded, for the command lines
+    QString project;      ///< the file of the project, for the command lines
     QString title;        ///< empty: the file's name
     QStringList datasets; ///< DATASET or GEOGRAPHY/DATASET; empty: all
     QStringList times;    ///< times and spans of the slider; empty: all
-    double simplify = -1; ///< map units; bends of less than half its square go; negative: by itself
+    /// In map units: bends with an area below half its square are removed. Negative: chosen by the
+    /// extent of the map.
+    double simplify = -1;
     int permutations = 999;
     int seed = 1;
 };
 
-/// Raises a Failure for a dataset or a time that is not there, and the cancel.
+/// Raises a Failure for a dataset or a time that does not exist, and on a cancel.
 MERIDOR_EXPORT ReportProject gatherReport(const ReportPlan &plan);
 
 } // namespace meridor

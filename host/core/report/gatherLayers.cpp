@@ -16,13 +16,14 @@ namespace {
 
 constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
 constexpr int kClasses = 7;
-/// Different values up to which the dataset's own table of them is whole.
+/// The number of distinct values up to which the frequency table of a dataset is complete.
 constexpr int kMostForJenks = 5000;
-constexpr int kMostWords = 11;          ///< that have a colour of their own
+constexpr int kMostWords = 11;          ///< words with separate colours
 constexpr int kMostCells = 160000;      ///< of one grid
 constexpr qint64 kMostValues = 2000000; ///< of the grids of a geography
 
-/// Parts of 100 of each row's mean; nothing where a mean tells little: below 0, or of one time.
+/// Percentages of the mean of each row; empty if a value is negative or the mean of a row is not
+/// positive.
 QVector<QVector<double>> relativeRows(const QVector<QVector<double>> &rows)
 {
     QVector<QVector<double>> relative;
@@ -47,7 +48,7 @@ QVector<QVector<double>> relativeRows(const QVector<QVector<double>> &rows)
     return relative;
 }
 
-/// 1, 2 or 5 times a power of ten, the next one above.
+/// The next number above of the form 1, 2 or 5 times a power of ten.
 double roundStep(double value)
 {
     const double power = std::pow(10, std::floor(std::log10(value)));
@@ -57,7 +58,7 @@ double roundStep(double value)
     return 10 * power;
 }
 
-/// Six classes around 100; about half of the values are in the two beside it.
+/// Six classes around 100; about half of the values are in the two classes next to 100.
 LayerView relativeView(const QVector<QVector<double>> &rows)
 {
     QVector<double> distances;
@@ -94,7 +95,7 @@ QStringList names(const QVector<QColor> &colors)
     return texts;
 }
 
-/// Limits of classes with equally many values.
+/// Class limits with equal numbers of values.
 QVector<double> quantiles(const QVector<QVector<double>> &rows)
 {
     QVector<double> values;
@@ -111,8 +112,8 @@ QVector<double> quantiles(const QVector<QVector<double>> &rows)
 
 LayerView plainView(int dataset, const ReportLayer &layer)
 {
-    // Beyond its limit the table of values knows the first ones alone, and classes of it leave
-    // values out. Grids that are large are not counted before they are asked for.
+    // A frequency table that has reached its limit is incomplete, so classes from it would omit
+    // values. Large grids have none until it is requested.
     bool capped = false;
     const int different = VORN_GetUniqueDataCount(dataset, capped);
     const bool jenks = different > 0 && different < kMostForJenks && !capped;
@@ -127,7 +128,7 @@ LayerView plainView(int dataset, const ReportLayer &layer)
             names(sequentialColors(QString(), std::max(0, static_cast<int>(breaks.size()) - 1)))};
 }
 
-/// The share of the variance that lies between the objects of one time, not between times.
+/// The share of the variance that is within times, between objects.
 double shareWithinTimes(const QVector<QVector<double>> &rows)
 {
     double count = 0, sum = 0, squares = 0, between = 0;
@@ -150,7 +151,7 @@ double shareWithinTimes(const QVector<QVector<double>> &rows)
 void addViews(int dataset, ReportLayer &layer)
 {
     if (layer.isText) {
-        // The commonest words have colours; the last colour is that of all others.
+        // The most frequent words have colours; the last colour is that of all others.
         const int colors = std::min(kMostWords, static_cast<int>(layer.words.size()));
         layer.views.append(
             {QStringLiteral("The commonest names"), false, {}, names(categoricalColors(colors))});
@@ -165,12 +166,12 @@ void addViews(int dataset, ReportLayer &layer)
     if (view.breaks.isEmpty())
         return;
     layer.views.append(view);
-    // Where time outweighs all else, the map of one time would have one colour.
+    // If most of the variance is between times, the map of one time would have few colours.
     if (shareWithinTimes(layer.rows) < 0.3)
         layer.view = 1;
 }
 
-/// Words by number, the commonest first.
+/// Numbers the words of a layer by frequency, the most frequent first.
 void numberWords(const QVector<QStringList> &texts, ReportLayer &layer)
 {
     QHash<QString, int> counts;

@@ -6,10 +6,10 @@
 
 namespace meridor {
 
-/// Fills in how much of a grid is shown: every cell, or every n-th row and column of a large one.
+/// Sets the part of a grid that is shown: all cells, or every n-th row and column of a large grid.
 void chooseCells(int geography, int times, ReportGeography &shown);
 
-/// @param stop  called between times; raises the cancel.
+/// @param stop  called between times; throws on a cancel.
 ReportLayer gatherLayer(int dataset, const ReportGeography &shown,
                         const std::function<void()> &stop);
 

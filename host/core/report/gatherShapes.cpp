@@ -18,10 +18,10 @@ namespace meridor {
 namespace {
 
 constexpr double kPageUnits = 10000;
-/// Of the longer side: what a map of a page can hardly show.
+/// The default of `simplify` as a fraction of the longer side: about the resolution of the map.
 constexpr double kFinest = 1.0 / 1500;
 
-/// Map units to page units. Degrees are drawn with the ratio of the middle latitude.
+/// Converts map units to page units. Degrees are scaled as at the middle latitude.
 class PageFrame {
 public:
     explicit PageFrame(const Fennims &shapes)
@@ -48,7 +48,7 @@ public:
                       static_cast<int>(std::lround((mTop - y) * mScale)));
     }
     QSize size() const { return mSize; }
-    /// The area of the smallest bend that stays, in page units.
+    /// The area of the smallest bend that is kept, in squared page units.
     double bend(double simplify) const
     {
         const double side = (simplify < 0 ? kFinest * mLonger : simplify) * mScale;
@@ -80,7 +80,7 @@ QVector<int> inSteps(const SharedArcs::Arc &arc)
     return numbers;
 }
 
-/// Reads each record once, however many steps show it.
+/// Collects the shapes; each record is read once, even if several steps show it.
 class Shapes {
 public:
     explicit Shapes(const MVectorData &geography)
@@ -89,7 +89,7 @@ public:
         mResult.size = mFrame.size();
     }
 
-    /// The number of the shape that an object has at a time, -1 without one.
+    /// The number of the shape of an object at a time; -1 if it has none.
     int shapeAt(int object, qint64 time)
     {
         const FMObjectChain *chain =

@@ -7,7 +7,7 @@
 namespace meridor {
 
 /// @param simplify  as in ReportPlan.
-/// @param stop      called now and then; raises the cancel.
+/// @param stop      called repeatedly; throws on a cancel.
 ReportShapes gatherShapes(int geography, const QVector<ReportStep> &steps, double simplify,
                           const std::function<void()> &stop);
 

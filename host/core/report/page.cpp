@@ -26,7 +26,7 @@ QString fileSize(qint64 bytes)
                              : QStringLiteral("%1 MB").arg(double(bytes) / 1e6, 0, 'f', 1);
 }
 
-/// "48 polygons, 81 times from 1929 to 2009, WGS 84".
+/// A summary such as "48 polygons, 81 times from 1929 to 2009, WGS 84".
 QString describe(const ReportGeography &geography)
 {
     QStringList parts;
@@ -165,7 +165,7 @@ QByteArray reportPage(const ReportProject &report)
     if (!file.open(QIODevice::ReadOnly))
         fail(QStringLiteral("the report's page is not part of this program"));
     const QByteArray page = file.readAll();
-    // Each mark stands once and in this order; what is filled in is not searched again.
+    // The page template contains each mark once and in this order; inserted text is not searched.
     const std::pair<const char *, QByteArray> parts[] = {
         {"@REPORT_TITLE@", escaped(report.title).toUtf8()},
         {"@REPORT_BODY@", body(report).toUtf8()},

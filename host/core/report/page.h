@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// A report as one page of HTML that needs nothing beside it.
+/// Writes a report as one self-contained HTML page.
 #pragma once
 #include <QByteArray>
 #include <QString>
@@ -12,17 +12,18 @@ namespace meridor {
 /// tables of each geography.
 MERIDOR_EXPORT QByteArray reportPage(const ReportProject &report);
 
-/// As text in the page, never markup.
+/// Escapes a text for HTML.
 QString escaped(const QString &text);
-/// What the scripts read. "<" is escaped, so that no text in it ends the element around it.
+/// The data for the scripts of the page as JSON. "<" is escaped, so that no text ends the script
+/// element.
 QByteArray reportJson(const ReportProject &report);
-/// The first map of a geography as a picture; empty without one.
+/// The first map of a geography as a picture; empty if it has none.
 QString staticMap(const ReportGeography &geography);
 /// Tables of the numbers that charts show: statistics, links, Moran's I.
 QString staticTables(const ReportGeography &geography);
-/// Objects that exist at the layer's times without a value there.
+/// The number of missing values of the objects that exist at the layer's times.
 qint64 missingValues(const ReportGeography &geography, const ReportLayer &layer);
-/// At most seven digits: for the eye.
+/// For display: at most seven digits.
 QString readable(double value);
 
 } // namespace meridor

@@ -22,7 +22,7 @@ QJsonValue number(double value)
     return std::isfinite(value) ? QJsonValue(value) : QJsonValue(QJsonValue::Null);
 }
 
-/// Single precision, the lowest byte first, in base 64: half as long as digits.
+/// Values as little-endian floats in base 64, which is half as long as decimal digits.
 QString packed(const QVector<double> &cells)
 {
     QByteArray bytes;
@@ -37,7 +37,7 @@ QString packed(const QVector<double> &cells)
     return QString::fromLatin1(bytes.toBase64());
 }
 
-/// Every value; or, where most are missing, those that are there by their objects.
+/// All values of a row; if most are missing, only the others with their objects.
 QJsonValue row(const QVector<double> &values)
 {
     QJsonArray objects;

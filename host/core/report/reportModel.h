@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What a report shows, gathered from a project: plain records, without a geography or a dataset
-/// behind them.
+/// The content of a report as plain records, which do not refer to the project.
 #pragma once
 #include <QPoint>
 #include <QSize>
@@ -14,33 +13,33 @@ namespace meridor {
 /// One position of a time slider.
 struct ReportStep {
     Interval when;
-    qint64 instant; ///< inside
+    qint64 instant; ///< an instant inside `when`
     QString text;
 };
 
 /// Classes of a layer, the same at all times.
 struct LayerView {
     QString name;
-    bool relative = false;  ///< values are parts of 100 of the mean of their time
-    QVector<double> breaks; ///< one more than colours; of texts empty
+    bool relative = false;  ///< values are percentages of the mean of their time
+    QVector<double> breaks; ///< one more than colours; empty for texts
     QStringList colors;
 };
 
-/// A dataset on the map. Rows are in the order of `steps`; a dataset that holds for good has one
-/// row and no steps.
+/// A dataset on the map. Rows are in the order of `steps`; a static dataset has one row and no
+/// steps.
 struct ReportLayer {
     QString name;
     QString type;
     bool isText = false;
     bool always = false;
-    QVector<int> steps;            ///< positions among the geography's
-    QVector<QVector<double>> rows; ///< by object; NaN is missing; of texts the number of the word
+    QVector<int> steps;            ///< indices of the geography's steps
+    QVector<QVector<double>> rows; ///< by object; NaN: missing; for texts an index of `words`
     QStringList words;
     QVector<LayerView> views;
-    int view = 0; ///< which one is shown first
+    int view = 0; ///< index of the view that is shown first
 };
 
-/// What an object is from a step on; -1: it does not exist.
+/// The shape of an object from a step on; -1: it does not exist.
 struct ShapeChange {
     int step;
     int shape;
@@ -49,15 +48,15 @@ struct ShapeChange {
 /// Shapes in page units: whole numbers from 0 to 10,000 along the longer side, y downwards.
 struct ReportShapes {
     QSize size;
-    QVector<QVector<int>> arcs;            ///< x, y, then the steps to the next vertices
-    QVector<QVector<QVector<int>>> shapes; ///< rings or parts of arcs; ~n is arc n backwards
-    QVector<QPoint> places;                ///< of points, in place of arcs and shapes
+    QVector<QVector<int>> arcs;            ///< x, y of the first vertex, then differences
+    QVector<QVector<QVector<int>>> shapes; ///< rings or parts of arcs; ~n: arc n reversed
+    QVector<QPoint> places;                ///< points have these only
     QVector<QVector<ShapeChange>> objects;
-    qint64 given = 0; ///< vertices of the project's shapes
-    qint64 kept = 0;  ///< of the arcs
+    qint64 given = 0; ///< number of vertices of the project's shapes
+    qint64 kept = 0;  ///< number of vertices of the arcs
 };
 
-/// A weight set from a step on, as long as its lists stay the same.
+/// The lists of a weight set from a step on, until the next state.
 struct LinkState {
     int step;
     int objects = 0;
@@ -74,7 +73,7 @@ struct ReportLinks {
 };
 
 struct MoranRow {
-    int step; ///< -1: for good
+    int step; ///< -1: static
     QString text;
     int objects;
     double value, expectation, deviate, p, low, high;
@@ -102,10 +101,10 @@ struct ReportGeography {
     QStringList labels;
     QVector<ReportStep> steps;
     QVector<int> existence; ///< steps at which the objects or their shapes change
-    int rows = 0;           ///< of a grid, as shown
+    int rows = 0;           ///< of a grid: the rows shown
     int columns = 0;
-    int every = 1;        ///< each how manieth row and column is shown
-    double cellRatio = 1; ///< width of a cell by its height
+    int every = 1;        ///< n if every n-th row and column is shown
+    double cellRatio = 1; ///< width of a cell / height
     ReportShapes shapes;
     QVector<ReportLayer> layers;
     QVector<ReportLinks> links;
