@@ -28,7 +28,7 @@ Conversion conversionOf(const Options &options)
         if (options.storage == QLatin1String(storageName(storage)))
             conversion.storage = storage;
     if (!conversion.type && !conversion.storage)
-        failUsage(QStringLiteral("--type or --storage tells what becomes of the dataset"));
+        failUsage(QStringLiteral("a conversion needs --type or --storage"));
     return conversion;
 }
 

@@ -124,7 +124,7 @@ void run(const Options &options, const Context &context)
     if (!options.to.isEmpty())
         times.second = lastInstantOf(requireSpan(axis, options.to));
     if (times.second < times.first)
-        failUsage(QStringLiteral("the last time lies before the first"), "to");
+        failUsage(QStringLiteral("the last time is before the first"), "to");
     // GeoEAS readers split rows at blanks: an empty field would shift the rest of the row.
     const QString missing = options.missingGiven || format != TableFormat::GeoEas
                                 ? options.missing

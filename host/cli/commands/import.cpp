@@ -95,7 +95,7 @@ void refuseMapOptions(const ImportOptions &import)
         {"--fields with --times", !import.fields.isEmpty() && import.bandsAreTimes}};
     for (const auto &[option, isGiven] : given)
         if (isGiven)
-            failUsage(QStringLiteral("%1 says nothing of a grid").arg(QLatin1String(option)));
+            failUsage(QStringLiteral("%1 does not apply to a grid").arg(QLatin1String(option)));
 }
 
 void run(const Options &options, const Context &context)

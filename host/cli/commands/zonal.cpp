@@ -72,7 +72,7 @@ void print(const QVector<ZonesAtTime> &times, int dataset, int polygons, const C
 void run(const Options &options, const Context &context)
 {
     if (options.into.isEmpty() && !options.target.output.isEmpty())
-        failUsage(QStringLiteral("--output goes with --into"));
+        failUsage(QStringLiteral("--output needs --into"));
     const auto work = [&](Session &) {
         const int dataset = findDataset(options.dataset);
         const int polygons = findGeography(options.polygons);

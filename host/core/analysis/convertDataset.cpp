@@ -139,7 +139,7 @@ int convertDataset(int dataset, const Conversion &conversion)
     const bool otherType = conversion.type && *conversion.type != props.dataType;
     const bool otherStorage = conversion.storage && *conversion.storage != props.storageType;
     if (otherStorage && props.isStatic)
-        fail(QStringLiteral("%1 holds for good: it has one slice and no series")
+        fail(QStringLiteral("%1 is static: it has one slice and no series")
                  .arg(datasetName(dataset)));
     if (!otherType && !otherStorage)
         fail(QStringLiteral("%1 is stored as %2 of %3 values already")

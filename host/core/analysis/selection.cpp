@@ -118,10 +118,10 @@ QVector<int> chosenObjects(int geography, const ObjectChoice &choice)
 {
     const bool range = !choice.low.isEmpty() || !choice.high.isEmpty();
     if ((range || !choice.values.isEmpty()) != !choice.dataset.isEmpty())
-        failUsage(QStringLiteral("a dataset goes with values or a range, and they with it"),
+        failUsage(QStringLiteral("a dataset needs values or a range, and these need a dataset"),
                   "values");
     if (choice.keys.isEmpty() && choice.dataset.isEmpty() && !choice.existing)
-        failUsage(QStringLiteral("nothing tells which objects"), "objects");
+        failUsage(QStringLiteral("no objects are selected"), "objects");
     QVector<int> objects;
     for (int i = 0; i < static_cast<int>(geographyOf(geography)->GetObjectCount()); ++i)
         objects.append(i);

@@ -54,7 +54,7 @@ void alignTimes(int dataset, int polygons)
         return;
     for (const int id : datasetIds(polygons))
         if (!zones.isStatic || !datasetOf(id)->IsStatic())
-            fail(QStringLiteral("%1 tells its times as %2, %3 as %4")
+            fail(QStringLiteral("the times of %1 are of format %2, those of %3 of format %4")
                      .arg(datasetName(dataset), QLatin1String(timeFormatName(format)), zones.name,
                           QLatin1String(timeFormatName(zones.timeFormat))));
     if (zones.isStatic)

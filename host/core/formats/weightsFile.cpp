@@ -87,7 +87,7 @@ int readHeading(Lines &lines, WeightsFile &file)
     bool isCount = false;
     const int count = words.value(words.size() == 1 ? 0 : 1).toInt(&isCount);
     if (!isCount || count < 0)
-        lines.fail(QStringLiteral("the heading tells no number of objects"));
+        lines.fail(QStringLiteral("the heading states no number of objects"));
     file.name = words.value(2);
     file.key = words.value(3);
     return count;

@@ -52,8 +52,9 @@ QVector<double> numbersOf(const QString &text, int count, const QString &option)
             break;
     }
     if (numbers.size() != count || text.count(QLatin1Char(',')) != count - 1)
-        failUsage(
-            QStringLiteral("%1 %2: not %3 numbers parted by commas").arg(option, text).arg(count));
+        failUsage(QStringLiteral("%1 %2: not %3 numbers separated by commas")
+                      .arg(option, text)
+                      .arg(count));
     return numbers;
 }
 

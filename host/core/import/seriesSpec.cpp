@@ -43,7 +43,7 @@ void addRange(const FeatureTable &table, const QString &first, const QString &la
     const int from = requireColumn(table, first);
     const int to = requireColumn(table, last);
     if (to < from)
-        fail(QStringLiteral("%1: field %2 stands behind %3").arg(table.file, first, last));
+        fail(QStringLiteral("%1: field %2 is after field %3").arg(table.file, first, last));
     for (int column = from; column <= to; ++column)
         spec.steps.append({column, timeAtEnd(table, column), QString()});
 }
