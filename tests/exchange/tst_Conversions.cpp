@@ -91,73 +91,56 @@ MDatum valueAt(MVectorDataSource &source, int id, int realization, int time, int
 class TestConversions : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void everyValueFollowsTheRule_data();
     void everyValueFollowsTheRule();
     void cancelLeavesNothing();
-    void gridsAreImportedByCell_data();
     void gridsAreImportedByCell();
     void otherDatasetsAreNotImported();
-};
 
-void TestConversions::everyValueFollowsTheRule_data()
-{
-    QTest::addColumn<int>("from");
-    QTest::addColumn<int>("to");
-    QTest::addColumn<int>("storage");
-    const QMap<int, const char *> names{
-        {DecimalType, "decimal"}, {IntegerType, "integer"}, {StringType, "text"}};
-    for (int from : names.keys())
-        for (int to : names.keys())
-            for (int storage : {TimeSlice, TimeSeries})
-                if (from != to)
-                    QTest::addRow("%s to %s, %s", names[from], names[to],
-                                  storage == TimeSlice ? "slices" : "series")
-                        << from << to << storage;
-}
+private:
+    void convert(DataType from, DataType to, MVectorDataset::StorageType storage,
+                 std::mt19937 &random);
+    template <class T> void importCells(DataType cells, DataType to);
+};
 
 // Also imported back through a map that turns the objects round and leaves the last one out.
 void TestConversions::everyValueFollowsTheRule()
 {
-    QFETCH(int, from);
-    QFETCH(int, to);
-    QFETCH(int, storage);
-    const unsigned seed = walkSeed();
-    std::mt19937 random(seed);
+    std::mt19937 random(walkSeed());
+    for (const DataType from : {DecimalType, IntegerType, StringType})
+        for (const DataType to : {DecimalType, IntegerType, StringType})
+            for (const auto storage : {MVectorDataset::TimeSlice, MVectorDataset::TimeSeries})
+                if (from != to)
+                    convert(from, to, storage, random);
+}
+
+void TestConversions::convert(DataType from, DataType to, MVectorDataset::StorageType storage,
+                              std::mt19937 &random)
+{
     TestModel model;
     MVectorDataSource &source = *model.vectorData(addPoints(kObjects)).GetVectorDataSource();
     MVectorDataSource &other = *model.vectorData(addPoints(kObjects)).GetVectorDataSource();
     Values values;
-    const int id = fill(source, static_cast<DataType>(from),
-                        static_cast<MVectorDataset::StorageType>(storage), values, random);
+    const int id = fill(source, from, storage, values, random);
     const int precision = static_cast<int>(random() % 4);
-    const int copy = source.ConvertDataset(id, "new", static_cast<DataType>(to), precision);
+    const InCase inCase(QVector<int>{from, to, storage, precision});
+    const int copy = source.ConvertDataset(id, "new", to, precision);
     QVector<int> turned;
     for (int object = 0; object + 1 < kObjects; ++object)
         turned.append(kObjects - 1 - object);
     const int imported = other.ImportDatasetFromDataSource(&source, copy, turned, true);
     QMap<MDatum, int> counts;
-    for (int realization = 0; realization < kRealizations; ++realization)
-        for (int time = 0; time < kTimes.size(); ++time)
-            for (int object = 0; object < kObjects; ++object) {
-                const MDatum expected = converted(values[placeOf(realization, time, object)],
-                                                  static_cast<DataType>(to), precision);
-                const MDatum found = valueAt(source, copy, realization, time, object);
-                const MDatum there =
-                    valueAt(other, imported, realization, time, kObjects - 1 - object);
-                const QString where =
-                    QStringLiteral("seed %1, precision %2, place %3 %4 %5: %6, not %7")
-                        .arg(seed)
-                        .arg(precision)
-                        .arg(realization)
-                        .arg(time)
-                        .arg(object)
-                        .arg(found.toDouble())
-                        .arg(expected.toDouble());
-                QVERIFY2(found == expected, qPrintable(where));
-                QVERIFY2(there == (object == 0 ? MDatum() : expected), qPrintable(where));
-                if (!expected.isEmpty())
-                    ++counts[expected];
-            }
+    for (int place = 0; place < values.size(); ++place) {
+        const int object = place % kObjects;
+        const int time = place / kObjects % kTimes.size();
+        const int realization = place / kObjects / kTimes.size();
+        const InCase inPlace(place);
+        const MDatum expected = converted(values[place], to, precision);
+        QCOMPARE(valueAt(source, copy, realization, time, object), expected);
+        QCOMPARE(valueAt(other, imported, realization, time, kObjects - 1 - object),
+                 object == 0 ? MDatum() : expected);
+        if (!expected.isEmpty())
+            ++counts[expected];
+    }
     QCOMPARE(source.GetDataFrequencies(copy), counts);
 }
 
@@ -192,83 +175,62 @@ void TestConversions::cancelLeavesNothing()
     QCOMPARE(listener.calls.filter("added").size(), 2);
 }
 
-void TestConversions::gridsAreImportedByCell_data()
+void TestConversions::gridsAreImportedByCell()
 {
-    QTest::addColumn<int>("cells");
-    QTest::addColumn<int>("bits");
-    QTest::addColumn<int>("to");
-    for (int to : {DecimalType, IntegerType, StringType}) {
-        QTest::addRow("doubles to %d", to) << int(RasterDecimalType) << 64 << to;
-        QTest::addRow("floats to %d", to) << int(RasterDecimalType) << 32 << to;
-        QTest::addRow("integers to %d", to) << int(RasterIntegerType) << 32 << to;
-        QTest::addRow("unsigned of 64 bits to %d", to) << int(RasterUnsignedType) << 64 << to;
+    for (const DataType to : {DecimalType, IntegerType, StringType}) {
+        importCells<double>(RasterDecimalType, to);
+        importCells<float>(RasterDecimalType, to);
+        importCells<int>(RasterIntegerType, to);
+        importCells<quint64>(RasterUnsignedType, to);
     }
 }
 
-// Two realizations, two times, a cell that is missing, one that an int cannot hold, an object
-// without a cell.
-void TestConversions::gridsAreImportedByCell()
+// Two realizations, two times, a cell that is missing, one that an int cannot hold where T can, an
+// object without a cell.
+template <class T> void TestConversions::importCells(DataType cells, DataType to)
 {
-    QFETCH(int, cells);
-    QFETCH(int, bits);
-    QFETCH(int, to);
     TestModel model;
+    const InCase inTypes(QVector<int>{cells, sizeof(T), to});
     const int grid = VORN_CreateNewRasterGeography("grid", 2, 3, QRectF(0, 0, 3, 2),
                                                    interval("[0, 100]"), TF_Integer, "", "");
-    const int raster =
-        VORN_NewRasterDataset(grid, "cells", static_cast<DataType>(cells), 2, bits, "");
-    const bool isWhole = cells != RasterDecimalType;
+    const int raster = VORN_NewRasterDataset(grid, "cells", cells, 2, int(8 * sizeof(T)), "");
     constexpr int kMissing = 2;
-    constexpr int kFlag = 99;
-    const auto cellAt = [&](int realization, int time, int cell) {
-        if (cell == 4) // beyond an int where the cells can hold it
-            return isWhole ? (bits == 64 ? 5e9 : 1e6) : -1e12;
-        return realization * 100 + time * 10 + cell + (isWhole ? 0 : 0.75);
+    const auto cellAt = [](int realization, int time, int cell) {
+        if (cell == 4)
+            return !std::is_integral_v<T> ? -1e12 : sizeof(T) == 8 ? 5e9 : 1e6;
+        return realization * 100 + time * 10 + cell + (std::is_integral_v<T> ? 0 : 0.75);
     };
-    const auto add = [&](int realization, int time, auto zero) {
-        using T = decltype(zero);
+    for (int place = 0; place < 4; ++place) {
         QVector<T> values;
         for (int cell = 0; cell < 6; ++cell)
-            values.append(
-                static_cast<T>(cell == kMissing ? kFlag : cellAt(realization, time, cell)));
-        const Interval when = interval(time == 0 ? "[0, 10)" : "[10, 20]");
-        return VORN_AddRasterValues(raster, realization, when, values, T(kFlag), true, true);
-    };
-    for (int realization = 0; realization < 2; ++realization)
-        for (int time = 0; time < 2; ++time)
-            if (isWhole)
-                QVERIFY(bits == 64 ? add(realization, time, quint64())
-                                   : add(realization, time, int()));
-            else
-                QVERIFY(bits == 64 ? add(realization, time, double())
-                                   : add(realization, time, float()));
+            values.append(static_cast<T>(cellAt(place / 2, place % 2, cell)));
+        values[kMissing] = T(99);
+        const Interval when = interval(place % 2 == 0 ? "[0, 10)" : "[10, 20]");
+        QVERIFY(VORN_AddRasterValues(raster, place / 2, when, values, T(99), true, true));
+    }
     MVectorDataSource &target = *model.vectorData(addPoints(4)).GetVectorDataSource();
     const MDataset *source =
         model.controller.GetGeoData().value(grid)->GetDataSource()->GetDataset(raster);
     const QVector<int> map{5, kMissing, 4, 6}; // the last one is no cell
     for (const auto storage : {MVectorDataset::TimeSlice, MVectorDataset::TimeSeries}) {
-        const int id =
-            target.NewVectorDataset("imported", static_cast<DataType>(to), storage, 2, QString());
+        const int id = target.NewVectorDataset("imported", to, storage, 2, QString());
         QVERIFY(target.GetVectorDataset(id)->ImportDataset(source, map));
-        for (int realization = 0; realization < 2; ++realization)
-            for (int time = 0; time < 2; ++time)
-                for (unsigned int object = 0; object < 4; ++object) {
-                    const MDatum found =
-                        target.GetVectorDataValue(id, realization, object, 5 + 10 * time, false);
-                    if (object % 2 == 1) {
-                        QVERIFY(found.isEmpty());
-                        continue;
-                    }
-                    const double cell = cellAt(realization, time, map[static_cast<int>(object)]);
-                    const double expected =
-                        to != IntegerType ? cell
-                                          : std::trunc(qBound(-2147483648.0, cell, 2147483647.0));
-                    const double tolerance = bits == 32 && !isWhole ? std::abs(cell) * 1e-7 : 0;
-                    QVERIFY2(std::abs(found.toDouble() - expected)
-                                 <= (to == IntegerType ? 0 : tolerance),
-                             qPrintable(
-                                 QStringLiteral("%1, not %2").arg(found.toDouble()).arg(expected)));
-                }
+        for (int place = 0; place < 16; ++place) {
+            const int object = place % 4;
+            const int time = place / 4 % 2;
+            const MDatum found = target.GetVectorDataValue(
+                id, place / 8, static_cast<unsigned>(object), 5 + 10 * time, false);
+            QCOMPARE(found.isEmpty(), object % 2 == 1);
+            if (found.isEmpty())
+                continue;
+            double expected = cellAt(place / 8, time, map[object]);
+            if (to == IntegerType)
+                expected = std::trunc(qBound(-2147483648.0, expected, 2147483647.0));
+            if (std::is_same_v<T, float>) // to the digits that it has
+                QCOMPARE(float(found.toDouble()), float(expected));
+            else
+                QCOMPARE(found.toDouble(), expected);
+        }
         QVERIFY(target.GetLongDescription(id).startsWith(
             QLatin1String("Subsetted from dataset (\"cells\") on ")));
         QVERIFY(target.GetUniqueCount(id) > 1);
