@@ -88,13 +88,10 @@ class TestDataManager : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void init();
-    void extentsArePlacedAndJoined_data();
     void extentsArePlacedAndJoined();
-    void amongEqualHolesTheLastFreedIsTaken();
     void cacheEvictsTheLeastRecentlyUsed();
     void entryThatCostsTheWholeLimitIsKept();
     void unknownIdsLeaveTheArrayAlone();
-    void walkAgreesWithAMap_data();
     void walkAgreesWithAMap();
     void failedWriteLosesNothing();
     void failedReadIsFalseAndEmpty();
@@ -121,58 +118,36 @@ std::unique_ptr<DataManager> TestDataManager::makeStore(int cacheBytes)
     return store;
 }
 
-void TestDataManager::extentsArePlacedAndJoined_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<QString>("extents");
-    for (const QString freed :
-         {"d0 d1 d2", "d0 d2 d1", "d1 d0 d2", "d1 d2 d0", "d2 d0 d1", "d2 d1 d0"})
-        QTest::newRow(qPrintable(freed)) << "s10 s20 s30 s5 " + freed << "free:0+60 3:60+5";
-    QTest::newRow("the end stays free") << "s10 s20 d1 s30"
-                                        << "0:0+10 free:10+20 2:30+30";
-    QTest::newRow("free end joins backwards") << "s10 s20 d0 d1"
-                                              << "free:0+30";
-    QTest::newRow("exact fit") << "s10 s20 s30 d1 s20"
-                               << "0:0+10 3:10+20 2:30+30";
-    QTest::newRow("larger hole is split") << "s10 s20 s30 d1 s7"
-                                          << "0:0+10 3:10+7 free:17+13 2:30+30";
-    QTest::newRow("smallest hole that fits")
-        << "s50 s1 s20 s1 s30 s1 d0 d2 d4 s15"
-        << "free:0+50 1:50+1 6:51+15 free:66+5 3:71+1 free:72+30 5:102+1";
-    QTest::newRow("same size in place") << "s10 s20 r0=10"
-                                        << "0:0+10 1:10+20";
-    QTest::newRow("growing goes to the end past a hole") << "s10 s50 s20 d1 r0=30"
-                                                         << "free:0+60 2:60+20 0:80+30";
-    QTest::newRow("the last block grows behind its old place") << "s10 s20 r1=25"
-                                                               << "0:0+10 free:10+20 1:30+25";
-    QTest::newRow("the tail of the last block is last") << "s10 r0=4 s8"
-                                                        << "0:0+4 free:4+6 1:10+8";
-    QTest::newRow("the tail stays apart from the hole behind it")
-        << "s10 s20 s5 d1 r0=4"
-        << "0:0+4 free:4+6 free:10+20 2:30+5";
-    QTest::newRow("freeing the block behind the tail joins them") << "s10 s20 s5 r0=4 d1"
-                                                                  << "0:0+4 free:4+26 2:30+5";
-    QTest::newRow("freeing joins direct neighbours alone") << "s10 s20 s5 d1 r0=4 d0"
-                                                           << "free:0+10 free:10+20 2:30+5";
-    QTest::newRow("an empty block splits nothing off") << "s10 s5 d0 s0"
-                                                       << "2:0+0 free:0+10 1:10+5";
-    QTest::newRow("shrinking to nothing") << "s10 s5 r0=0"
-                                          << "0:0+0 free:0+10 1:10+5";
-}
-
 void TestDataManager::extentsArePlacedAndJoined()
 {
-    QFETCH(QString, script);
-    QFETCH(QString, extents);
-    const auto store = makeStore(0); // every block goes through
-    run(*store, script);
-    QCOMPARE(describe(store->Inspect().extents), extents);
-    QCOMPARE(faultsOf(store->Inspect()), QString());
-}
-
-void TestDataManager::amongEqualHolesTheLastFreedIsTaken()
-{
-    const auto store = makeStore(0);
+    const QVector<QPair<const char *, QString>> cases{
+        {"s10 s20 d1 s30", "0:0+10 free:10+20 2:30+30"}, // the end stays free
+        {"s10 s20 d0 d1", "free:0+30"},                  // and joins backwards
+        {"s10 s20 s30 d1 s20", "0:0+10 3:10+20 2:30+30"},
+        {"s10 s20 s30 d1 s7", "0:0+10 3:10+7 free:17+13 2:30+30"},
+        {"s50 s1 s20 s1 s30 s1 d0 d2 d4 s15", // the smallest hole that fits
+         "free:0+50 1:50+1 6:51+15 free:66+5 3:71+1 free:72+30 5:102+1"},
+        {"s10 s20 r0=10", "0:0+10 1:10+20"},
+        {"s10 s50 s20 d1 r0=30", "free:0+60 2:60+20 0:80+30"},      // grows at the end past a hole
+        {"s10 s20 r1=25", "0:0+10 free:10+20 1:30+25"},             // behind its own place
+        {"s10 r0=4 s8", "0:0+4 free:4+6 1:10+8"},                   // the tail of the last is last
+        {"s10 s20 s5 d1 r0=4", "0:0+4 free:4+6 free:10+20 2:30+5"}, // does not join what is behind
+        {"s10 s20 s5 r0=4 d1", "0:0+4 free:4+26 2:30+5"},           // until that is freed
+        {"s10 s20 s5 d1 r0=4 d0", "free:0+10 free:10+20 2:30+5"},   // direct neighbours alone
+        {"s10 s5 d0 s0", "2:0+0 free:0+10 1:10+5"},                 // empty blocks split nothing
+        {"s10 s5 r0=0", "0:0+0 free:0+10 1:10+5"}};
+    for (const auto &[script, extents] : cases) {
+        const auto store = makeStore(0); // every block goes through
+        run(*store, script);
+        QCOMPARE(describe(store->Inspect().extents), extents);
+        QCOMPARE(faultsOf(store->Inspect()), QString());
+    }
+    for (const char *freed : {"d0 d1 d2", "d0 d2 d1", "d1 d0 d2", "d2 d0 d1", "d2 d1 d0"}) {
+        const auto store = makeStore(0);
+        run(*store, QString("s10 s20 s30 s5 ") + freed);
+        QCOMPARE(describe(store->Inspect().extents), QString("free:0+60 3:60+5"));
+    }
+    const auto store = makeStore(0); // among equal holes the last freed is taken
     run(*store, "s10 s1 s10 s1 s10 s1 d2 d0 d4");
     QCOMPARE(describe(store->Inspect().freeList), QString("free:22+10 free:0+10 free:11+10"));
     run(*store, "s9");
@@ -229,53 +204,43 @@ void TestDataManager::unknownIdsLeaveTheArrayAlone()
     QCOMPARE(bytes, "here");
 }
 
-void TestDataManager::walkAgreesWithAMap_data()
-{
-    QTest::addColumn<int>("cacheBytes");
-    QTest::addColumn<int>("largest");
-    QTest::newRow("small blocks") << 2000 << 120;
-    QTest::newRow("no cache") << 0 << 60;
-    QTest::newRow("blocks beyond the cache and the tail") << 100000 << 300000;
-    QTest::newRow("all in the cache") << 10000000 << 100;
-}
-
 void TestDataManager::walkAgreesWithAMap()
 {
-    QFETCH(int, cacheBytes);
-    QFETCH(int, largest);
     const unsigned seed = walkSeed();
-    const QString where = QStringLiteral("seed %1 ").arg(seed);
     std::mt19937 random(seed);
     const auto below = [&random](int end) {
         return std::uniform_int_distribution<int>(0, end - 1)(random);
     };
-    DataManager store; // over a real file
-    store.Initialize(mDir.path(), cacheBytes);
-    Model model;
-    const auto anyId = [&] { return std::next(model.begin(), below(model.size())).key(); };
-    for (int step = 0; step < 3000; ++step) {
-        const QByteArray bytes = bytesOf(below(largest), step);
-        const int what = below(10);
-        if (what < 3 || model.isEmpty()) {
-            model.insert(store.SaveDataBlock(bytes), bytes);
-        } else if (what < 6) {
-            const int id = anyId();
-            store.ReplaceDataBlock(id, bytes);
-            model.insert(id, bytes);
-        } else if (what < 8) {
-            const int id = anyId();
-            QByteArray found;
-            QVERIFY2(store.ReadDataBlock(id, found) && found == model.value(id), qPrintable(where));
-        } else if (model.size() > 40) {
-            const int id = anyId();
-            store.DeleteDataBlock(id);
-            model.remove(id);
+    // Bytes of the cache and of the largest block, which once goes beyond the cache and the tail.
+    for (const auto &[cacheBytes, largest] :
+         {QPair<int, int>(2000, 120), {0, 60}, {100000, 300000}, {10000000, 100}}) {
+        const InCase inCache(cacheBytes);
+        DataManager store; // over a real file
+        store.Initialize(mDir.path(), cacheBytes);
+        Model model;
+        for (int step = 0; step < 3000; ++step) {
+            const QByteArray bytes = bytesOf(below(largest), step);
+            const int what = below(10);
+            const int at = model.isEmpty() ? 0 : below(model.size());
+            const int id = model.isEmpty() ? -1 : std::next(model.begin(), at).key();
+            if (what < 3 || model.isEmpty()) {
+                model.insert(store.SaveDataBlock(bytes), bytes);
+            } else if (what < 6) {
+                store.ReplaceDataBlock(id, bytes);
+                model.insert(id, bytes);
+            } else if (what < 8) {
+                QByteArray found;
+                QVERIFY(store.ReadDataBlock(id, found) && found == model.value(id));
+            } else if (model.size() > 40) {
+                store.DeleteDataBlock(id);
+                model.remove(id);
+            }
+            if (step % 100 == 0)
+                QCOMPARE(faultsOf(store.Inspect()), QString());
         }
-        if (step % 100 == 0)
-            QCOMPARE(QString(where + faultsOf(store.Inspect())), where);
+        QVERIFY(store.Inspect().cacheCost <= cacheBytes);
+        QCOMPARE(differences(store, model), QString());
     }
-    QVERIFY2(store.Inspect().cacheCost <= cacheBytes, qPrintable(where));
-    QCOMPARE(QString(where + differences(store, model)), where);
 }
 
 // The same walk with a disk that fails from its nth write on, for every n: the failing call changes
@@ -349,22 +314,22 @@ void TestDataManager::diskThatFillsUpShowsBeforeTheTailIsFull()
 void TestDataManager::scratchFileComesAndGoes()
 {
     QTemporaryDir parent;
-    const QString directory = parent.filePath("made/for it");
-    InitializeDataManager(directory, 100);
-    const QStringList files = QDir(directory).entryList(QDir::Files);
+    const QDir directory(parent.filePath("made/for it"));
+    InitializeDataManager(directory.path(), 100);
+    const QFileInfoList files = directory.entryInfoList(QDir::Files);
     QCOMPARE(files.size(), 1);
-    QVERIFY(files.first().startsWith("DM"));
-    QVERIFY(!(QFileInfo(QDir(directory).filePath(files.first())).permissions()
+    QVERIFY(files.first().fileName().startsWith("DM"));
+    QVERIFY(!(files.first().permissions()
               & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther)));
-    QCOMPARE(SaveDataBlock("a"), 0);
-    QCOMPARE(SaveDataBlock("b"), 1);
+    for (int id : {0, 1})
+        QCOMPARE(SaveDataBlock("a"), id);
     ResetDataManager();
     QByteArray bytes;
     QVERIFY(!ReadDataBlock(0, bytes));
     QCOMPARE(SaveDataBlock("c"), 0);
-    QCOMPARE(QDir(directory).entryList(QDir::Files).size(), 1);
+    QCOMPARE(directory.entryList(QDir::Files).size(), 1);
     ClearDataManager();
-    QVERIFY(QDir(directory).entryList(QDir::Files).isEmpty());
+    QVERIFY(directory.entryList(QDir::Files).isEmpty());
 }
 
 void TestDataManager::directoryThatCannotBeMadeRaises()

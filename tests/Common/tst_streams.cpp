@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <QColor>
-#include <QDate>
 #include <QIODevice>
 #include <cstring>
 #include "Common/detail/streams.h"
@@ -52,14 +51,12 @@ class TestStreams : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void formsAreFixed();
-    void countsAreHeldAgainstTheBytesLeft_data();
     void countsAreHeldAgainstTheBytesLeft();
     void bytesAreReadFromDevicesThatCannotTell();
     void unpackingIsThatOfQt();
     void corruptPacksAreRefused();
     void metadataIsReadBack();
     void metadataOfQt4IsRead();
-    void cutMetadataSetsTheStatus();
     void deepOrForeignMetadataIsRefused();
 };
 
@@ -69,48 +66,26 @@ void TestStreams::formsAreFixed()
     QByteArray bytes;
     BytesWriter out(&bytes);
     writeIntSet(out, {300, -1, 2});
-    QCOMPARE(bytes.toHex(), QByteArray("00000003ffffffff000000020000012c"));
-
-    bytes.clear();
-    BytesWriter map(&bytes);
-    map << QMap<QString, QVariant>{{"a", 1}, {"b", QVariant()}};
-    QCOMPARE(bytes.toHex(), QByteArray("00000002"
-                                       "000000020062"
-                                       "0000000001"
-                                       "000000020061"
-                                       "00000002"
-                                       "00"
-                                       "00000001"));
-    bytes.clear();
-    BytesWriter number(&bytes);
-    number << 1.0f << QVector<double>{-2.0};
-    QCOMPARE(bytes.toHex(), QByteArray("3ff0000000000000"
-                                       "00000001c000000000000000"));
-}
-
-void TestStreams::countsAreHeldAgainstTheBytesLeft_data()
-{
-    QTest::addColumn<QByteArray>("hex");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("status");
-    const auto row = [](const char *name, const char *hex, int count, QDataStream::Status status) {
-        QTest::newRow(name) << QByteArray(hex) << count << int(status);
-    };
-    row("as many as fit", "000000020000000000000000", 2, QDataStream::Ok);
-    row("one too many", "000000030000000000000000", 0, QDataStream::ReadCorruptData);
-    row("negative", "ffffffff0000000000000000", 0, QDataStream::ReadCorruptData);
-    row("cut", "000000", 0, QDataStream::ReadPastEnd);
+    out << QMap<QString, QVariant>{{"a", 1}, {"b", QVariant()}} << 1.0f << QVector<double>{-2.0};
+    QCOMPARE(bytes.toHex(), QByteArray::fromHex("00000003 ffffffff 00000002 0000012c"
+                                                "00000002 00000002 0062 00000000 01"
+                                                "00000002 0061 00000002 00 00000001"
+                                                "3ff0000000000000 00000001 c000000000000000")
+                                .toHex());
 }
 
 void TestStreams::countsAreHeldAgainstTheBytesLeft()
 {
-    QFETCH(QByteArray, hex);
-    QFETCH(int, count);
-    QFETCH(int, status);
-    const QByteArray bytes = QByteArray::fromHex(hex);
-    BytesReader in(bytes);
-    QCOMPARE(readCount(in, 4), count);
-    QCOMPARE(int(in.status()), status);
+    const auto read = [](const char *hex) {
+        const QByteArray bytes = QByteArray::fromHex(hex);
+        BytesReader in(bytes);
+        const int count = readCount(in, 4);
+        return qMakePair(count, int(in.status()));
+    };
+    QCOMPARE(read("00000002 00000000 00000000"), qMakePair(2, int(QDataStream::Ok)));
+    QCOMPARE(read("00000003 00000000 00000000"), qMakePair(0, int(QDataStream::ReadCorruptData)));
+    QCOMPARE(read("ffffffff 00000000 00000000"), qMakePair(0, int(QDataStream::ReadCorruptData)));
+    QCOMPARE(read("000000"), qMakePair(0, int(QDataStream::ReadPastEnd)));
 }
 
 void TestStreams::bytesAreReadFromDevicesThatCannotTell()
@@ -172,11 +147,8 @@ void TestStreams::metadataIsReadBack()
 {
     const QMap<QString, QVariant> map{{"list", QVariantList{1, "two", 3.0, QVariant()}},
                                       {"map", QVariantMap{{"x", QStringList{"a", "b"}}}},
-                                      {"bytes", QByteArray("ab")},
-                                      {"date", QDate(2001, 2, 3)},
                                       {"null", QVariant(QVariant::Int)},
-                                      {"colour", QColor(Qt::red)},
-                                      {"no", false}};
+                                      {"colour", QColor(Qt::red)}};
     QByteArray bytes;
     BytesWriter out(&bytes);
     out << map;
@@ -198,20 +170,6 @@ void TestStreams::metadataOfQt4IsRead()
     QVERIFY(readVariantMap(in, found));
     QCOMPARE(answers({in.atEnd(), found["b"].isValid()}), "yn");
     QCOMPARE(found["a"].toFloat(), 1.5f);
-}
-
-void TestStreams::cutMetadataSetsTheStatus()
-{
-    QByteArray bytes;
-    BytesWriter out(&bytes);
-    out << QMap<QString, QVariant>{
-        {"list", QVariantList{1, "two", QVariantMap{{"k", QByteArray("ab")}}}}};
-    for (int length = 0; length < bytes.size(); ++length) {
-        const QByteArray cut = bytes.left(length);
-        BytesReader in(cut);
-        QMap<QString, QVariant> found;
-        QVERIFY2(!readVariantMap(in, found) && found.isEmpty(), QByteArray::number(length));
-    }
 }
 
 // A list nested a hundred thousand times overflows the stack of a reader that follows it.
