@@ -17,13 +17,11 @@ class TestProgress : public QObject {
 private Q_SLOTS:
     void cleanup();
     void makesOneModalBar();
-    void mapsNestedSections_data();
     void mapsNestedSections();
     void aTypicalCallerTilesTheBar();
     void cancelArrivesWithTheEvents();
     void aSlotMayCloseTheBarDuringAReport();
     void aCancelEndsQueries();
-    void reportingWithoutABarFails();
     void misuseFails();
     void testingNeedsNoBar();
 };
@@ -39,50 +37,38 @@ void TestProgress::makesOneModalBar()
 {
     {
         VORN_Progress progress("Export", "Exporting datasets...", "Stop");
-        QVERIFY(VORN_Progress::UsingProgressBar());
-        QVERIFY(progressBar());
-        QCOMPARE(progressBar()->windowTitle(), QStringLiteral("Export"));
-        QCOMPARE(progressBar()->labelText(), QStringLiteral("Exporting datasets..."));
-        QCOMPARE(progressBar()->minimum(), 0);
-        QCOMPARE(progressBar()->maximum(), 100);
-        QCOMPARE(progressBar()->minimumDuration(), 500);
-        QCOMPARE(answers({progressBar()->isModal(), progressBar()->isVisible()}), "yy");
+        const QProgressDialog &bar = *progressBar();
+        QCOMPARE(bar.windowTitle() + '|' + bar.labelText(),
+                 QString("Export|Exporting datasets..."));
+        QCOMPARE(QVector<int>({bar.minimum(), bar.maximum(), bar.minimumDuration()}),
+                 QVector<int>({0, 100, 500}));
+        QCOMPARE(answers({bar.isModal(), bar.isVisible()}), "yy");
         const auto hints = Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint;
-        QCOMPARE(progressBar()->windowFlags() & (hints | Qt::WindowCloseButtonHint), hints);
+        QCOMPARE(bar.windowFlags() & (hints | Qt::WindowCloseButtonHint), hints);
         QCOMPARE(raisedText([] { VORN_Progress second("a", "b", "c"); }),
-                 QStringLiteral("Progress bar already exists"));
+                 QString("Progress bar already exists"));
         QVERIFY(VORN_Progress::UsingProgressBar());
     }
     QVERIFY(!VORN_Progress::UsingProgressBar());
 }
 
-void TestProgress::mapsNestedSections_data()
-{
-    using Sections = QList<QPair<int, int>>; // the outermost first
-    QTest::addColumn<QList<QPair<int, int>>>("sections");
-    QTest::addColumn<int>("percent");
-    QTest::addColumn<int>("expected");
-    QTest::newRow("whole") << Sections{{0, 100}} << 42 << 42;
-    QTest::newRow("two levels truncate each") << Sections{{50, 100}, {0, 50}} << 50 << 62;
-    QTest::newRow("as doubles have it")
-        << Sections{{0, 100}} << 29 << 28; // 100 * (29 * 0.01) = 28.999...
-    QTest::newRow("three levels") << Sections{{10, 90}, {50, 75}, {20, 30}} << 99 << 55;
-    QTest::newRow("an empty section") << Sections{{30, 30}, {0, 100}} << 77 << 30;
-}
-
 void TestProgress::mapsNestedSections()
 {
-    using Sections = QList<QPair<int, int>>;
-    QFETCH(Sections, sections);
-    QFETCH(int, percent);
-    VORN_Progress progress("t", "l", "c");
-    for (int i = 0; i < sections.size(); ++i) {
-        if (i > 0)
-            QVERIFY(VORN_Progress::PushProgressBarSection());
-        QVERIFY(VORN_Progress::SetProgressBarSubSection(sections[i].first, sections[i].second));
-    }
-    QVERIFY(VORN_Progress::UpdateProgress(percent, nullptr));
-    QTEST(progressBar()->value(), "expected");
+    const auto shown = [](const QList<QPair<int, int>> &sections, int percent) {
+        VORN_Progress progress("t", "l", "c");
+        for (int i = 0; i < sections.size(); ++i) {
+            if (i > 0)
+                VORN_Progress::PushProgressBarSection();
+            VORN_Progress::SetProgressBarSubSection(sections[i].first, sections[i].second);
+        }
+        VORN_Progress::UpdateProgress(percent, nullptr);
+        return progressBar()->value();
+    };
+    QCOMPARE(shown({{0, 100}}, 42), 42);
+    QCOMPARE(shown({{0, 100}}, 29), 28); // 100 * (29 * 0.01) = 28.999...
+    QCOMPARE(shown({{50, 100}, {0, 50}}, 50), 62);
+    QCOMPARE(shown({{10, 90}, {50, 75}, {20, 30}}, 99), 55);
+    QCOMPARE(shown({{30, 30}, {0, 100}}, 77), 30);
 }
 
 void TestProgress::aTypicalCallerTilesTheBar()
@@ -160,31 +146,28 @@ void TestProgress::aCancelEndsQueries()
     }
 }
 
-void TestProgress::reportingWithoutABarFails()
-{
-    const QString text = QStringLiteral("Progress bar has not been created");
-    QCOMPARE(raisedText([] { VORN_Progress::SetProgressText("x"); }), text);
-    QCOMPARE(raisedText([] { VORN_Progress::SetProgressButtonText("x", true); }), text);
-    QCOMPARE(raisedText([] { VORN_Progress::UpdateProgress(1, nullptr); }), text);
-    QCOMPARE(raisedText([] { VORN_Progress::SetProgressBarSubSection(0, 1); }), text);
-    QCOMPARE(raisedText([] { VORN_Progress::SetNextProgressBarSubSection(1); }), text);
-    QCOMPARE(raisedText([] { VORN_Progress::PushProgressBarSection(); }), text);
-    QCOMPARE(raisedText([] { VORN_Progress::PopProgressBarSection(); }), text);
-    QCOMPARE(raisedText([] { VORN_Progress::ProgressBarCanceled(); }), text);
-    QVERIFY(VORN_Progress::CheckForCancel(1, nullptr));
-    VORN_Progress::Close();
-}
-
 void TestProgress::misuseFails()
 {
-    const auto badRange = [] { VORN_Progress::SetProgressBarSubSection(2, 1); };
-    QCOMPARE(raisedText(badRange), QStringLiteral("lower <= upper"));
-    VORN_Progress progress("t", "l", "c");
-    QCOMPARE(raisedText(badRange), QStringLiteral("lower <= upper"));
-    VORN_Progress::PushProgressBarSection();
-    VORN_Progress::PopProgressBarSection();
-    QCOMPARE(raisedText([] { VORN_Progress::PopProgressBarSection(); }),
-             QStringLiteral("Unmatched section pop"));
+    using Bar = VORN_Progress;
+    const QStringList texts{raisedText([] { Bar::SetProgressText("x"); }),
+                            raisedText([] { Bar::SetProgressButtonText("x", true); }),
+                            raisedText([] { Bar::UpdateProgress(1, nullptr); }),
+                            raisedText([] { Bar::SetProgressBarSubSection(0, 1); }),
+                            raisedText([] { Bar::SetNextProgressBarSubSection(1); }),
+                            raisedText([] { Bar::PushProgressBarSection(); }),
+                            raisedText([] { Bar::PopProgressBarSection(); }),
+                            raisedText([] { Bar::ProgressBarCanceled(); })};
+    for (const QString &text : texts)
+        QCOMPARE(text, QString("Progress bar has not been created"));
+    QVERIFY(Bar::CheckForCancel(1, nullptr));
+    Bar::Close();
+    const auto badRange = [] { Bar::SetProgressBarSubSection(2, 1); };
+    QCOMPARE(raisedText(badRange), QString("lower <= upper"));
+    Bar progress("t", "l", "c");
+    QCOMPARE(raisedText(badRange), QString("lower <= upper"));
+    Bar::PushProgressBarSection();
+    Bar::PopProgressBarSection();
+    QCOMPARE(raisedText([] { Bar::PopProgressBarSection(); }), QString("Unmatched section pop"));
 }
 
 void TestProgress::testingNeedsNoBar()
