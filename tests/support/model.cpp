@@ -23,25 +23,6 @@
 
 namespace {
 
-QString text(const QList<DataId> &ids, const MDataSource *source = nullptr)
-{
-    QStringList parts;
-    for (const DataId &id : ids)
-        parts.append(QString::number(id)
-                     + QLatin1String(source && source->GetDataset(id) ? " alive" : ""));
-    return parts.join(QLatin1Char(','));
-}
-
-QString text(const QSet<int> &objects)
-{
-    QList<int> sorted = objects.values();
-    std::sort(sorted.begin(), sorted.end());
-    QStringList parts;
-    for (int object : sorted)
-        parts.append(QString::number(object));
-    return parts.join(QLatin1Char(','));
-}
-
 QString shown(const QVariant &value)
 {
     QString text;
@@ -238,60 +219,13 @@ int addPolygons(const QList<QVector<QPointF>> &rings)
 
 void Listener::DatasetsDyingSlot(const QList<DataId> &ids)
 {
-    calls.append("dying " + text(ids, source));
+    QStringList parts;
+    for (const DataId &id : ids)
+        parts.append(QString::number(id) + (source && source->GetDataset(id) ? " alive" : ""));
+    note("dying", parts.join(','));
 }
 
 void Listener::DatasetsAddedSlot(const QList<DataId> &ids, bool flag)
 {
-    calls.append("added " + text(ids) + (flag ? " true" : " false"));
-}
-
-void Listener::DatasetsChangedSlot(const QList<DataId> &ids)
-{
-    calls.append("changed " + text(ids));
-}
-
-void Listener::DatasetNameChangedSlot(const DataId &id, const QString &name)
-{
-    calls.append("renamed " + QString::number(id) + ' ' + name);
-}
-
-void Listener::SuspendDataUsageSlot(MDataSource *)
-{
-    calls.append("suspend");
-}
-
-void Listener::ResumeDataUsageSlot(MDataSource *)
-{
-    calls.append("resume");
-}
-
-void Listener::GeographyNameChangedSlot(MGeoData *, const char *name)
-{
-    calls.append("geography " + QString::fromLocal8Bit(name));
-}
-
-void Listener::ObjectsWillBeRemovedSlot(int geographyId, const QSet<int> &objects)
-{
-    calls.append("will remove " + QString::number(geographyId) + ": " + text(objects));
-}
-
-void Listener::ObjectsWereRemovedSlot(int geographyId, const QSet<int> &objects)
-{
-    calls.append("removed " + QString::number(geographyId) + ": " + text(objects));
-}
-
-void Listener::VariogramModelAddedSlot(const DataId &id, qint32 model)
-{
-    calls.append("model added " + QString::number(id) + '/' + QString::number(model));
-}
-
-void Listener::VariogramModelRemovedSlot(const DataId &id, qint32 model)
-{
-    calls.append("model removed " + QString::number(id) + '/' + QString::number(model));
-}
-
-void Listener::VariogramModelChangedSlot(const DataId &id, qint32 model)
-{
-    calls.append("model changed " + QString::number(id) + '/' + QString::number(model));
+    note("added", listed(ids) + (flag ? " true" : " false"));
 }

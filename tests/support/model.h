@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 #include <QVariant>
 #include <QVector>
+#include <algorithm>
 #include <functional>
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataId.h"
@@ -51,7 +52,7 @@ public:
     QString path(const QString &name) const { return mDirectory.filePath(name); }
     MVectorData &vectorData(int geographyId);
     bool load(const QByteArray &project) const; ///< from a file of these bytes
-    int ownerlessBlocks() const; ///< blocks in the store that no container names
+    int ownerlessBlocks() const;                ///< blocks in the store that no container names
     /// Loads the project with one bit flipped, `count` times. A flipped bit need not show: most of
     /// a file is values. It must not end the process, and what was read of it must be fit to be
     /// looked at and saved.
@@ -83,14 +84,40 @@ public:
 public Q_SLOTS:
     void DatasetsDyingSlot(const QList<DataId> &ids);
     void DatasetsAddedSlot(const QList<DataId> &ids, bool flag);
-    void DatasetsChangedSlot(const QList<DataId> &ids);
-    void DatasetNameChangedSlot(const DataId &id, const QString &name);
-    void SuspendDataUsageSlot(MDataSource *);
-    void ResumeDataUsageSlot(MDataSource *);
-    void GeographyNameChangedSlot(MGeoData *, const char *name);
-    void ObjectsWillBeRemovedSlot(int geographyId, const QSet<int> &objects);
-    void ObjectsWereRemovedSlot(int geographyId, const QSet<int> &objects);
-    void VariogramModelAddedSlot(const DataId &id, qint32 model);
-    void VariogramModelRemovedSlot(const DataId &id, qint32 model);
-    void VariogramModelChangedSlot(const DataId &id, qint32 model);
+    void DatasetsChangedSlot(const QList<DataId> &ids) { note("changed", listed(ids)); }
+    void DatasetNameChangedSlot(const DataId &id, const QString &name)
+    {
+        note("renamed", QString::number(id) + ' ' + name);
+    }
+    void SuspendDataUsageSlot(MDataSource *) { calls.append("suspend"); }
+    void ResumeDataUsageSlot(MDataSource *) { calls.append("resume"); }
+    void GeographyNameChangedSlot(MGeoData *, const char *name) { note("geography", name); }
+    void ObjectsWillBeRemovedSlot(int geography, const QSet<int> &objects)
+    {
+        note("will remove", QString::number(geography) + ": " + listed(objects.values()));
+    }
+    void ObjectsWereRemovedSlot(int geography, const QSet<int> &objects)
+    {
+        note("removed", QString::number(geography) + ": " + listed(objects.values()));
+    }
+    void VariogramModelAddedSlot(const DataId &id, qint32 model) { note("added", id, model); }
+    void VariogramModelRemovedSlot(const DataId &id, qint32 model) { note("removed", id, model); }
+    void VariogramModelChangedSlot(const DataId &id, qint32 model) { note("changed", id, model); }
+
+private:
+    template <class Id> static QString listed(QList<Id> ids);
+    void note(const char *what, const QString &whom) { calls.append(what + (' ' + whom)); }
+    void note(const char *what, const DataId &id, qint32 model)
+    {
+        calls.append(QStringLiteral("model %1 %2/%3").arg(what).arg(id).arg(model));
+    }
 };
+
+template <class Id> QString Listener::listed(QList<Id> ids)
+{
+    std::sort(ids.begin(), ids.end());
+    QStringList parts;
+    for (const int id : ids)
+        parts.append(QString::number(id));
+    return parts.join(',');
+}
