@@ -36,12 +36,9 @@ private Q_SLOTS:
     void seriesDoNotBecomeStatic();
     void resizingMarksAndCutsOff();
     void removingRenumbers();
-    void aHeldSeriesIsNotRemoved();
     void containersAreTakenOver();
-    void copiesAreDeep();
-    void hasMissing();
+    void missingOfSlicesAndSeries();
     void intervalsInCommon();
-    void valuesChangeWithTheirInterval();
     void firstValues();
 
 private:
@@ -56,14 +53,13 @@ void TestVectorDataset::checkOutsArePaired()
     addSlice<double>(dataset, "[0, 9]", {1, 2});
     const TimeSliceData<double> *slice = nullptr;
     QVERIFY(dataset.GetTimeSliceData(0, 5, slice));
-    QCOMPARE(answers({dataset.CheckOutTimeSlice(0, 5, 0), dataset.CheckOutTimeSlice(0, 9, 0)}),
-             "yy");
+    QCOMPARE(answers({dataset.CheckOutTimeSlice(0, 5, 0), dataset.CheckOutTimeSlice(0, 9, 0),
+                      dataset.CheckOutTimeSlice(0, 10, 0)}),
+             "yyn");
     QCOMPARE(slice->CheckOutCount(), 2);
-    QCOMPARE(answers({dataset.CheckInTimeSlice(0, 0, 0), dataset.CheckInTimeSlice(0, 0, 0),
-                      dataset.CheckInTimeSlice(0, 0, 0)}),
-             "yyy");
+    for (int i = 0; i < 3; ++i) // one too many is ignored
+        QVERIFY(dataset.CheckInTimeSlice(0, 0, 0));
     QCOMPARE(slice->CheckOutCount(), 0);
-    QVERIFY(!dataset.CheckOutTimeSlice(0, 10, 0));
     QCOMPARE(raisedText([&] { dataset.CheckInTimeSlice(1, 0, 0); }),
              QString("Invalid realization index"));
     QCOMPARE(raisedText([&] { dataset.CheckOutTimeSeries(0, 0, 0); }),
@@ -99,20 +95,21 @@ void TestVectorDataset::aSeriesIsMadeForACheckOut()
 void TestVectorDataset::becomingStaticKeepsTheEarliestSlice()
 {
     LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 2);
+    const auto bounds = [&dataset]() -> QString {
+        TimeStamp stamp;
+        dataset.GetTimeBounds(stamp);
+        return text(stamp) + " of " + text(dataset.GetTimeSliceIntervals(0));
+    };
     addSlice<int>(dataset, "[5, 9]", {1, 2});
     addSlice<int>(dataset, "[10, 12]", {3, 4});
     dataset.SetStatic(false);
-    TimeStamp bounds;
-    QVERIFY(dataset.GetTimeBounds(bounds));
-    QCOMPARE(bounds, stamp("[5, 12]"));
+    QCOMPARE(bounds(), QString("[5, 12] of [5, 9] [10, 12]"));
     dataset.SetStatic(true);
-    QCOMPARE(text(dataset.GetTimeSliceIntervals(0)), QString("[0, 0]"));
+    QCOMPARE(bounds(), QString("[0, 0] of [0, 0]"));
     QCOMPARE(dataset.GetValue(1, 77, 0), MDatum(2));
     QCOMPARE(*dataset.GetIntegerFrequencies(), (QMap<int, int>{{1, 1}, {2, 1}}));
-    QVERIFY(dataset.GetTimeBounds(bounds));
-    QCOMPARE(bounds, stamp("[0, 0]"));
-    QVERIFY(dataset.AddTimeSliceValues(0, stamp("[5, 9]"), QVector<int>{8, 9}, {}, true, true));
-    QCOMPARE(text(dataset.GetTimeSliceIntervals(0)), QString("[0, 0]"));
+    addSlice<int>(dataset, "[5, 9]", {8, 9});
+    QCOMPARE(bounds(), QString("[0, 0] of [0, 0]"));
     DataSetStats stats;
     QVERIFY(dataset.GetDataSetStats(0, 55, stats));
     QCOMPARE(stats.mean, 8.5);
@@ -144,14 +141,14 @@ void TestVectorDataset::resizingMarksAndCutsOff()
     LoneDataset series(IntegerType, MVectorDataset::TimeSeries, 3);
     series.AddTimeSeriesValue(0, 2, stamp("[0, 1]"), MDatum(1), true, true);
     series.Resize(2);
-    QVERIFY(series.GetValue(2, 0, 0).isEmpty());
     QVERIFY(series.GetTimeSeriesIntegerData(0)->contains(2)); // out of reach, but saved
     TimeStamp common;
     DataSetStats stats;
     QCOMPARE(series.GetDataCount(0, 0), 0);
-    QVERIFY(series.GetCommonTimeStamps(0).isEmpty());
-    QVERIFY(!series.GetCommonTimeStamp(0, 0, common));
-    QCOMPARE(answers({series.GetDataSetStats(0, 0, stats), stats.minimum.isEmpty()}), "yy");
+    QCOMPARE(answers({series.GetValue(2, 0, 0).isEmpty(), series.GetCommonTimeStamps(0).isEmpty(),
+                      series.GetCommonTimeStamp(0, 0, common), series.GetDataSetStats(0, 0, stats),
+                      stats.minimum.isEmpty()}),
+             "yynyy");
     series.CleanPre201044Data();
     QVERIFY(!series.GetTimeSeriesIntegerData(0)->contains(2));
 }
@@ -181,30 +178,12 @@ void TestVectorDataset::removingRenumbers()
     removing<QString>();
 }
 
-void TestVectorDataset::aHeldSeriesIsNotRemoved()
-{
-    LoneDataset dataset(IntegerType, MVectorDataset::TimeSeries, 3);
-    dataset.CheckOutTimeSeries(0, 1, 0);
-    QCOMPARE(raisedText([&] {
-                 dataset.RemoveObjects({0, 1});
-             }),
-             QString("Time series still in use"));
-    QCOMPARE(raisedText([&] {
-                 dataset.SetTimeSeriesData(1, 0, QMap<TimeStamp, int>{{stamp("[0, 1]"), 3}}, true);
-             }),
-             QString("Time series still in use"));
-    QCOMPARE(dataset.GetObjectCount(), 3);
-    dataset.CheckInTimeSeries(0, 1, 0);
-    dataset.RemoveObjects({0, 1});
-    QCOMPARE(dataset.GetObjectCount(), 1);
-}
-
 void TestVectorDataset::containersAreTakenOver()
 {
     LoneDataset slices(DecimalType, MVectorDataset::TimeSlice, 2);
     addSlice<double>(slices, "[0, 1]", {8, 9});
-    QMap<TimeStamp, TimeSliceData<double> *> map;
-    map.insert(stamp("[3, 4]"), new TimeSliceData<double>({1.0, 2.0}, {}));
+    const QMap<TimeStamp, TimeSliceData<double> *> map{
+        {stamp("[3, 4]"), new TimeSliceData<double>({1.0, 2.0}, {})}};
     QVERIFY(slices.SetTimeSliceData(0, map, true));
     QCOMPARE(text(slices.GetTimeSliceIntervals(0)), QString("[3, 4]"));
     TimeStamp bounds;
@@ -214,35 +193,36 @@ void TestVectorDataset::containersAreTakenOver()
     QCOMPARE(slices.GetValue(1, 3, 0), MDatum(2.0));
     QVERIFY(!slices.SetTimeSliceData(0, QMap<TimeStamp, TimeSliceData<int> *>(), true));
     QVERIFY(!slices.SetTimeSliceData(4, QMap<TimeStamp, TimeSliceData<double> *>(), true));
-    QVERIFY(!slices.SetTimeSeriesData(0, 0, QMap<TimeStamp, double>(), true));
 
     LoneDataset series(DecimalType, MVectorDataset::TimeSeries, 2);
-    QVERIFY(series.SetTimeSeriesData(1, 0, QMap<TimeStamp, double>{{stamp("[2, 3]"), 4.0}}, true));
-    QVERIFY(series.SetTimeSeriesData(1, 0, QMap<TimeStamp, double>{{stamp("[5, 6]"), 5.0}}, true));
+    const auto set = [](MVectorDataset &dataset, int object, const char *when) {
+        return dataset.SetTimeSeriesData(object, 0, QMap<TimeStamp, double>{{stamp(when), 4.0}},
+                                         true);
+    };
+    QCOMPARE(answers({set(series, 1, "[2, 3]"), set(series, 1, "[5, 6]"), set(series, 2, "[5, 6]"),
+                      set(slices, 0, "[5, 6]")}),
+             "yynn");
     QCOMPARE(text(series.GetTimeSeriesIntervals(0, 1)), QString("[5, 6]"));
-    QVERIFY(!series.SetTimeSeriesData(2, 0, QMap<TimeStamp, double>(), true));
+    series.CheckOutTimeSeries(0, 1, 0);
+    QCOMPARE(raisedText([&] { set(series, 1, "[7, 8]"); }), QString("Time series still in use"));
+    series.CheckInTimeSeries(0, 1, 0);
 }
 
-void TestVectorDataset::copiesAreDeep()
-{
-    LoneDataset dataset(IntegerType, MVectorDataset::TimeSlice, 1);
-    addSlice<int>(dataset, "[0, 1]", {1});
-    QMap<TimeStamp, TimeSliceData<int> *> copies;
-    QVERIFY(dataset.CopyIntegerData(0, copies));
-    dataset.AddTimeSliceValue(0, 0, stamp("[0, 1]"), MDatum(5), true, true);
-    QCOMPARE(copies.first()->GetValue(0), 1);
-    qDeleteAll(copies);
-    QMap<int, TimeSeriesData<int> *> series;
-    QVERIFY(!dataset.CopyIntegerData(1, series));
-}
-
-void TestVectorDataset::hasMissing()
+void TestVectorDataset::missingOfSlicesAndSeries()
 {
     LoneDataset slices(IntegerType, MVectorDataset::TimeSlice, 2);
     QVERIFY(!slices.HasMissing(0));
-    slices.AddTimeSliceValues(0, stamp("[0, 1]"), QVector<int>{1, 2}, {1}, true, true);
+    slices.AddTimeSliceValues(0, stamp("[0, 5]"), QVector<int>{1, 1}, {}, true, true);
+    QVERIFY(!slices.HasMissing(0));
+    slices.AddTimeSliceValues(0, stamp("[6, 9]"), QVector<int>{1, 1}, {1}, true, true);
     QVERIFY(slices.HasMissing(0));
+    // The same value on another interval has changed.
+    QCOMPARE(
+        answers({slices.ObjectValueChanged(0, 0, 1, 5), slices.ObjectValueChanged(0, 0, 5, 6),
+                 slices.ObjectValueChanged(0, 1, 5, 6), slices.ObjectValueChanged(0, 1, 6, 20)}),
+        "nyyn");
     LoneDataset series(IntegerType, MVectorDataset::TimeSeries, 1);
+    QVERIFY(!series.ObjectValueChanged(0, 0, 0, 1));
     QVERIFY(series.HasMissing(0));
     series.AddTimeSeriesValue(0, 0, stamp("[0, 1]"), MDatum(1), true, true);
     QVERIFY(!series.HasMissing(0));
@@ -263,19 +243,6 @@ void TestVectorDataset::intervalsInCommon()
     QCOMPARE(common, stamp("[3, 8]"));
     QVERIFY(!dataset.GetCommonTimeStamp(0, 9, common));
     QVERIFY(dataset.GetTimeSliceIntervals(0).isEmpty());
-}
-
-void TestVectorDataset::valuesChangeWithTheirInterval()
-{
-    LoneDataset slices(IntegerType, MVectorDataset::TimeSlice, 2);
-    slices.AddTimeSliceValues(0, stamp("[0, 5]"), QVector<int>{1, 1}, {}, true, true);
-    slices.AddTimeSliceValues(0, stamp("[6, 9]"), QVector<int>{1, 1}, {1}, true, true);
-    QVERIFY(!slices.ObjectValueChanged(0, 0, 1, 5));
-    QVERIFY(slices.ObjectValueChanged(0, 0, 5, 6)); // the same value on another interval
-    QVERIFY(slices.ObjectValueChanged(0, 1, 5, 6));
-    QVERIFY(!slices.ObjectValueChanged(0, 1, 6, 20));
-    LoneDataset series(IntegerType, MVectorDataset::TimeSeries, 2);
-    QVERIFY(!series.ObjectValueChanged(0, 1, 0, 1));
 }
 
 void TestVectorDataset::firstValues()
