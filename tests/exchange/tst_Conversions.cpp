@@ -191,8 +191,7 @@ template <class T> void TestConversions::importCells(DataType cells, DataType to
 {
     TestModel model;
     const InCase inTypes(QVector<int>{cells, sizeof(T), to});
-    const int grid = VORN_CreateNewRasterGeography("grid", 2, 3, QRectF(0, 0, 3, 2),
-                                                   interval("[0, 100]"), TF_Integer, "", "");
+    const int grid = addCellGrid(2, 3);
     const int raster = VORN_NewRasterDataset(grid, "cells", cells, 2, int(8 * sizeof(T)), "");
     constexpr int kMissing = 2;
     const auto cellAt = [](int realization, int time, int cell) {
@@ -240,8 +239,7 @@ template <class T> void TestConversions::importCells(DataType cells, DataType to
 void TestConversions::otherDatasetsAreNotImported()
 {
     TestModel model;
-    const int grid = VORN_CreateNewRasterGeography("grid", 1, 1, QRectF(0, 0, 1, 1),
-                                                   interval("[0, 1]"), TF_Integer, "", "");
+    const int grid = addCellGrid(1, 1);
     const int raster = VORN_NewRasterDataset(grid, "cells", RasterDecimalType, 3, 64, "");
     MDataSource *cells = model.controller.GetGeoData().value(grid)->GetDataSource();
     MVectorDataSource &target = *model.vectorData(addPoints(2)).GetVectorDataSource();

@@ -5,7 +5,6 @@
 #include <QtTest>
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/PointTreeAPI.h"
-#include "datainterface/RasterAPI.h"
 #include "datainterface/VORN_Progress.h"
 #include "frame/frameState.h"
 #include "support/checks.h"
@@ -124,8 +123,7 @@ void TestProgress::aCancelEndsQueries()
     TestModel model;
     constexpr PT_RotationMatrix kPlain{1, 0, 0, 1};
     const int points = addPoints(600);
-    const int grid = VORN_CreateNewRasterGeography("grid", 30, 30, QRectF(0, 0, 1, 1),
-                                                   {0, 9, true, true}, TF_Integer, "", "");
+    const int grid = addCellGrid(30, 30);
     const QVector<QPair<QPointF, int>> pairs(600, {QPointF(1, 1), 1});
     QVector<QVector<neighborDatum>> neighbors;
     for (const bool isCanceled : {false, true}) {

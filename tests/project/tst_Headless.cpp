@@ -48,18 +48,15 @@ public:
 class TestHeadless : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void noBarIsMade()
+    void nothingIsShown()
     {
         VORN_Progress progress("t", "l", "c");
         QVERIFY(!VORN_Progress::UsingProgressBar());
         VORN_Progress second("t", "l", "c"); // none exists, so none is one too many
+        VORN_ShowWarningDialog("a", "b");
+        VORN_ShowExceptionDialog("a", "b", "c");
+        const WaitCursor wait;
     }
-    void noDialogIsShown()
-    {
-        VORN_ShowWarningDialog(QStringLiteral("a"), QStringLiteral("b"));
-        VORN_ShowExceptionDialog(QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"));
-    }
-    void noCursorIsSet() { const WaitCursor wait; }
     void theHostsDialogsTakeEverything();
     void scratchFilesStayInTheGivenDirectory();
 };

@@ -13,8 +13,8 @@
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/VersionAPI.h"
-#include "support/oldProject.h"
 #include "support/model.h"
+#include "support/oldProject.h"
 #include "support/support.h"
 
 Q_DECLARE_METATYPE(oldProject::Fault)
@@ -65,8 +65,11 @@ void checkGeography(const MGeoData &geography, int version, const QString &name,
                   geography.GetParentObjectIds().size(), props.isStatic,
                   props.metaData.value("Source").toString()),
              line(isRaster && version < 130000 ? QString() : name, objects,
-                  version < 103000 ? 2 : version < 107000 ? 0 : 3, version < 103000 ? 0 : 2,
-                  version >= 170006 && isRaster, version >= 170004 ? name : QString()));
+                  version < 103000   ? 2
+                  : version < 107000 ? 0
+                                     : 3,
+                  version < 103000 ? 0 : 2, version >= 170006 && isRaster,
+                  version >= 170004 ? name : QString()));
 }
 
 QStringList weights(const MGeoData &geography)
@@ -74,10 +77,10 @@ QStringList weights(const MGeoData &geography)
     QStringList sets;
     for (const int id : geography.GetSpatialWeightsIds()) {
         const AdjacencySet *set = geography.GetSpatialWeightSet(id);
-        sets.append(line(set->GetName(), set->WeightType(), set->IncludeEgo(),
-                         set->NeighborCount(), set->RingCount(), set->QueenNeighbor(),
-                         set->Range(), set->InverseDistanceNumerator(),
-                         set->InverseDistancePower(), set->GetInformation()));
+        sets.append(line(set->GetName(), set->WeightType(), set->IncludeEgo(), set->NeighborCount(),
+                         set->RingCount(), set->QueenNeighbor(), set->Range(),
+                         set->InverseDistanceNumerator(), set->InverseDistancePower(),
+                         set->GetInformation()));
     }
     sets.sort();
     return sets;
@@ -128,8 +131,8 @@ void checkDataset(MDataset &dataset, int version, int number, const char *expect
     QCOMPARE(line(dataset.GetDisplayName(), dataset.GetHierarchyPathAsString(),
                   dataset.GetShortDescription(), dataset.GetLongDescription(), tag("Text"),
                   tag("Integer"), tag("Decimal"), dataset.GetMetaData().tagExists("Empty"),
-                  text(bounds), dataset.GetRealizationCount(), whole.mean,
-                  whole.minimum.toDouble(), whole.maximum.toDouble(), timed.mean, hasModel),
+                  text(bounds), dataset.GetRealizationCount(), whole.mean, whole.minimum.toDouble(),
+                  whole.maximum.toDouble(), timed.mean, hasModel),
              line(QStringLiteral("set %1").arg(number), version >= 120000 ? "/folder/<3>" : "",
                   "short", "long", line("QString", QString::fromLatin1("\xE9t\xE9")),
                   line("int", 7), line("double", 2.5), 0, expectedBounds, realizations(version),
@@ -155,8 +158,8 @@ void checkVector(MVectorDataset &dataset, const Sample &sample, int number)
                 found += line(value.type(), value.text(), value.toDouble());
                 value = MDatum();
                 if (sample.version != kLostValues && isPresent(realization, object, time)) {
-                    value = datumOf(form.type,
-                                    oldProject::number(number, realization, object, time));
+                    value =
+                        datumOf(form.type, oldProject::number(number, realization, object, time));
                     ++counts[value];
                 }
                 expected += line(value.type(), value.text(), value.toDouble());

@@ -114,8 +114,7 @@ private:
         if (below(3) > 0)
             addPoints(1 + below(5), QStringLiteral("points"), TF_Integer, 0, 30);
         else
-            VORN_CreateNewRasterGeography(QStringLiteral("grid"), 2, 3, QRectF(0, 0, 3, 2),
-                                          {0, 30, true, true}, TF_Integer, QString(), QString());
+            addCellGrid(2, 3, 30);
     }
     void addDataset(int geography, bool isVector)
     {
@@ -368,28 +367,17 @@ void TestProjectWalk::copiesThatFailLeaveNothing()
     TestModel model(100);
     const int geography = addPoints(500);
     const int other = addPoints(500);
-    const int grid =
-        VORN_CreateNewRasterGeography(QStringLiteral("grid"), 20, 25, QRectF(0, 0, 3, 2),
-                                      {0, 30, true, true}, TF_Integer, QString(), QString());
+    const int grid = addCellGrid(20, 25);
     const Interval span{0, 10, true, true};
-    const int values =
-        VORN_NewVectorDataset(geography, QStringLiteral("a"), TimeSlice, IntegerType, 1, QString());
-    QVERIFY(VORN_AddDataValues(values, 0, span, QVector<int>(500, 7), QSet<int>(), true, true));
-    const int cells =
-        VORN_NewRasterDataset(grid, QStringLiteral("b"), RasterIntegerType, 1, 32, QString());
-    QVERIFY(VORN_AddRasterValues(cells, 0, span, QVector<int>(500, 7), 2, true, true));
+    const QVector<int> sevens(500, 7);
+    const int values = VORN_NewVectorDataset(geography, "a", TimeSlice, IntegerType, 1, QString());
+    QVERIFY(VORN_AddDataValues(values, 0, span, sevens, QSet<int>(), true, true));
+    const int cells = VORN_NewRasterDataset(grid, "b", RasterIntegerType, 1, 32, QString());
+    QVERIFY(VORN_AddRasterValues(cells, 0, span, sevens, 2, true, true));
     MVectorDataSource &source = *model.vectorData(geography).GetVectorDataSource();
     MVectorDataSource &target = *model.vectorData(other).GetVectorDataSource();
     QVector<int> objects(500);
     std::iota(objects.begin(), objects.end(), 0);
-    const auto convert = [&] {
-        source.ConvertDataset(values, QStringLiteral("c"), DecimalType, 0);
-    };
-    const auto import = [&] {
-        target.ImportDatasetFromDataSource(&source, values, objects, false);
-    };
-    const auto migrate = [&] { VORN_MigrateDataset(values, other, false); };
-    const auto migrateCells = [&] { VORN_MigrateDataset(cells, grid, false); };
 
     const QStringList before = contents(model);
     rlimit room{};
@@ -397,8 +385,11 @@ void TestProjectWalk::copiesThatFailLeaveNothing()
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     const rlimit none{0, room.rlim_max};
     setrlimit(RLIMIT_FSIZE, &none);
-    const QStringList raised{raisedText(convert), raisedText(import), raisedText(migrate),
-                             raisedText(migrateCells)};
+    const QStringList raised{
+        raisedText([&] { source.ConvertDataset(values, "c", DecimalType, 0); }),
+        raisedText([&] { target.ImportDatasetFromDataSource(&source, values, objects, false); }),
+        raisedText([&] { VORN_MigrateDataset(values, other, false); }),
+        raisedText([&] { VORN_MigrateDataset(cells, grid, false); })};
     setrlimit(RLIMIT_FSIZE, &room);
     std::signal(SIGXFSZ, handler);
     QCOMPARE(raised, QStringList({"result", "result", "result", "result"}));

@@ -15,6 +15,7 @@
 #include "datainterface/MDataSource.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/ProjectAPI.h"
+#include "datainterface/RasterAPI.h"
 #include "datainterface/VariogramAPI.h"
 #include "datainterface/WeightsAPI.h"
 #include "datainterface/vorn_error.h"
@@ -203,6 +204,13 @@ int addPoints(int count, const QString &name, TimeFormat format, qint64 start, q
                              {start, end, true, true});
     }
     return VORN_FinishVectorGeography(name, QStringLiteral("made for a test"), format);
+}
+
+int addCellGrid(int rows, int columns, qint64 end)
+{
+    return VORN_CreateNewRasterGeography(
+        "grid", static_cast<unsigned int>(rows), static_cast<unsigned int>(columns),
+        QRectF(0, 0, columns, rows), {0, end, true, true}, TF_Integer, "made", "none");
 }
 
 int addPolygons(const QList<QVector<QPointF>> &rings)

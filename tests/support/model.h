@@ -71,6 +71,8 @@ QProgressDialog *progressBar();
 /// A geography of `count` points on a diagonal that all exist over [start, end]; its id.
 int addPoints(int count, const QString &name = QStringLiteral("points"),
               TimeFormat format = TF_Integer, qint64 start = 0, qint64 end = 1000);
+/// A raster geography of square cells of 1 from the origin on, over [0, end]; its id.
+int addCellGrid(int rows, int columns, qint64 end = 100);
 /// A geography of one polygon a ring, all of which exist over [0, 10]; its id.
 int addPolygons(const QList<QVector<QPointF>> &rings);
 
