@@ -12,24 +12,9 @@
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/ProjectAPI.h"
+#include "support/squares.h"
 
 namespace meridor {
-
-/// Three squares side by side, "a" and "b", and "c" apart.
-inline QByteArray squares()
-{
-    const auto square = [](const char *key, int left) {
-        return QStringLiteral("{\"type\":\"Feature\",\"properties\":{\"id\":\"%1\"},\"geometry\":{"
-                              "\"type\":\"Polygon\",\"coordinates\":[[[%2,0],[%3,0],[%3,1],[%2,1],"
-                              "[%2,0]]]}}")
-            .arg(QLatin1String(key))
-            .arg(left)
-            .arg(left + 1);
-    };
-    const QStringList features{square("a", 0), square("b", 1), square("c", 5)};
-    return QString("{\"type\":\"FeatureCollection\",\"features\":[" + features.join(',') + "]}")
-        .toUtf8();
-}
 
 /// A session with a directory of files, and what it noted.
 class Workshop : public Notes {
