@@ -213,6 +213,13 @@ int addCellGrid(int rows, int columns, qint64 end)
         QRectF(0, 0, columns, rows), {0, end, true, true}, TF_Integer, "made", "none");
 }
 
+int addGrid(unsigned int rows, unsigned int columns, const QRectF &bounds)
+{
+    return VORN_CreateNewRasterGeography(QStringLiteral("grid"), rows, columns,
+                                         bounds.isNull() ? QRectF(0, 0, columns, rows) : bounds,
+                                         {0, 9, true, true}, TF_Integer, QString(), QString());
+}
+
 int addPolygons(const QList<QVector<QPointF>> &rings)
 {
     VORN_StartNewVectorGeography(QRectF(0, 0, 10, 10), 0, 10, -1);

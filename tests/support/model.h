@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QPair>
 #include <QPointF>
+#include <QRectF>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -73,6 +74,8 @@ int addPoints(int count, const QString &name = QStringLiteral("points"),
               TimeFormat format = TF_Integer, qint64 start = 0, qint64 end = 1000);
 /// A raster geography of square cells of 1 from the origin on, over [0, end]; its id.
 int addCellGrid(int rows, int columns, qint64 end = 100);
+/// A grid that exists over [0, 9], of cells of one by one unless told; its id.
+int addGrid(unsigned int rows, unsigned int columns, const QRectF &bounds = QRectF());
 /// A geography of one polygon a ring, all of which exist over [0, 10]; its id.
 int addPolygons(const QList<QVector<QPointF>> &rings);
 

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Neighbours and weights beside what plain loops over all pairs find, on changing random maps.
 #include <QApplication>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProgressDialog>
 #include <QTimer>
 #include <cmath>
@@ -210,11 +206,9 @@ List polygonNeighbors(const Map &map, size_t ego, int t, bool queen, int rings, 
     return list;
 }
 
-int addGrid(unsigned int rows, unsigned int columns)
+int addCells(unsigned int rows, unsigned int columns)
 {
-    return VORN_CreateNewRasterGeography(QStringLiteral("grid"), rows, columns,
-                                         QRectF(-3, 2, columns * 0.5, rows * 0.25),
-                                         interval("[0, 9]"), TF_Integer, QString(), QString());
+    return addGrid(rows, columns, QRectF(-3, 2, columns * 0.5, rows * 0.25));
 }
 
 List listOf(int set, unsigned int object, qint64 t,
@@ -228,361 +222,277 @@ List listOf(int set, unsigned int object, qint64 t,
 
 class TestNeighborCalculation : public QObject {
     Q_OBJECT
-private Q_SLOTS:
-    void pointsAreThoseOfAllPairs_data();
-    void pointsAreThoseOfAllPairs();
-    void polygonsAreThoseOfAllPairs_data();
-    void polygonsAreThoseOfAllPairs();
-    void cellsAreThoseOfAllPairs_data();
-    void cellsAreThoseOfAllPairs();
-    void adjacentCellsComeInTheirOrder();
-    void weightsThatDoNotSuitRaise();
-    void tiesAndWeightsKnowNoUnit();
-    void manyPointsAreStoredAsTheyAreFound();
-    void cancelledRuns_data();
-    void cancelledRuns();
-    void statesAreThoseOfThePublishedFile();
-};
-
-void TestNeighborCalculation::pointsAreThoseOfAllPairs_data()
-{
-    QTest::addColumn<int>("count"); // -1: by range
-    QTest::addColumn<double>("range");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<bool>("includeEgo");
-    const QList<QPair<int, double>> kinds{{5, 0.0},  {1000, 0.0},     {0, 0.0},        {-1, 2.5},
-                                          {-1, 0.0}, {-1, kInfinite}, {-1, kNoNumber}, {-1, -2.0}};
-    for (const auto &[count, range] : kinds)
-        for (int type = 0; type < 4; ++type)
-            for (bool includeEgo : {false, true})
-                QTest::addRow("%d nearest, range %g, weights %d, ego %d", count, range, type,
-                              includeEgo)
-                    << count << range << type << includeEgo;
-}
-
-void TestNeighborCalculation::pointsAreThoseOfAllPairs()
-{
-    QFETCH(int, count);
-    QFETCH(double, range);
-    QFETCH(int, type);
-    QFETCH(bool, includeEgo);
-    TestModel model;
-    constexpr double kNumerator = 3.0;
-    constexpr double kPower = 1.5;
-    const Map map = randomMap(static_cast<unsigned>(7 + type), 48, 6);
-    const int geography = addMap(map, false);
-    const auto weights = static_cast<spatialWeightType>(type);
-    const int set = count >= 0 ? VORN_CreateNearestNeighborWeightSet(
-                        geography, {}, {}, count, weights, includeEgo, kNumerator, kPower)
-                               : VORN_CreateRangeWeightSet(geography, {}, {}, range, weights,
-                                                           includeEgo, kNumerator, kPower);
-    QVERIFY(set >= 0);
-    if (range < 0.0)
-        range = kNoNumber;
-    const VORN_MissingData missing(QSet<int>{3, 17, 18, 30, 31, 42, 66});
-    for (int t = 0; t < kTimes; ++t) {
-        for (size_t ego = 0; ego < map.size(); ++ego) {
-            List expected;
-            if (map[ego].exists(t))
-                expected = pointNeighbors(map, ego, t, count, range, includeEgo);
-            List present = without(expected, missing);
-            weighPoints(expected, count, type, kNumerator, kPower);
-            weighPoints(present, count, type, kNumerator, kPower);
-            QCOMPARE(text(listOf(set, static_cast<unsigned int>(ego), t)), text(expected));
-            QCOMPARE(text(listOf(set, static_cast<unsigned int>(ego), t, missing)), text(present));
-        }
-    }
-}
-
-void TestNeighborCalculation::polygonsAreThoseOfAllPairs_data()
-{
-    QTest::addColumn<bool>("queen");
-    QTest::addColumn<int>("rings");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<bool>("includeEgo");
-    for (bool queen : {true, false})
-        for (int rings : {-1, 0, 1, 2, 3})
-            for (int type : {0, 1, 4, 5})
-                QTest::addRow("%s, %d rings, weights %d", queen ? "queen" : "rook", rings, type)
-                    << queen << rings << type << ((rings + type) % 3 == 1);
-}
-
-void TestNeighborCalculation::polygonsAreThoseOfAllPairs()
-{
-    QFETCH(bool, queen);
-    QFETCH(int, rings);
-    QFETCH(int, type);
-    QFETCH(bool, includeEgo);
-    TestModel model;
-    const Map map = randomLattice(static_cast<unsigned>(11 + rings), 8);
-    const int geography = addMap(map, true);
-    const int set =
-        VORN_CreatePolygonWeightSet(geography, {}, {}, rings, queen,
-                                    static_cast<spatialWeightType>(type), includeEgo, 0.0, 0.0);
-    QVERIFY(set >= 0);
-    const VORN_MissingData missing(QSet<int>{1, 5, 8, 9, 21});
-    for (int t = 0; t < kTimes; ++t) {
-        for (size_t ego = 0; ego < map.size(); ++ego) {
-            List expected;
-            if (map[ego].exists(t) && rings >= 0)
-                expected = polygonNeighbors(map, ego, t, queen, rings, includeEgo);
-            if (type < 4)
-                for (neighborDatum &one : expected)
-                    one.distance = -1.0F;
-            List present = without(expected, missing);
-            weighPolygons(expected, type);
-            weighPolygons(present, type);
-            QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), t))), text(expected));
-            QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), t, missing))),
-                     text(present));
-        }
-    }
-}
-
-void TestNeighborCalculation::cellsAreThoseOfAllPairs_data()
-{
-    QTest::addColumn<int>("method");
-    QTest::addColumn<double>("range");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<bool>("includeEgo");
-    const QList<QPair<int, double>> kinds{{RookNeighbors, 0.0},
-                                          {QueenNeighbors, 0.0},
-                                          {RangeNeighbors, 1.01},
-                                          {RangeNeighbors, 0.0},
-                                          {RangeNeighbors, 100.0}};
-    for (const auto &[method, range] : kinds)
-        for (int type = 0; type < 4; ++type)
-            for (bool includeEgo : {false, true})
-                QTest::addRow("method %d, range %g, weights %d, ego %d", method, range, type,
-                              includeEgo)
-                    << method << range << type << includeEgo;
-}
-
-void TestNeighborCalculation::cellsAreThoseOfAllPairs()
-{
-    QFETCH(int, method);
-    QFETCH(double, range);
-    QFETCH(int, type);
-    QFETCH(bool, includeEgo);
-    TestModel model;
-    constexpr int kColumns = 7;
-    constexpr int kRows = 5;
-    const int geography = addGrid(kRows, kColumns);
-    const auto weights = static_cast<spatialWeightType>(type);
-    const int set =
-        method == RangeNeighbors
-            ? VORN_CreateRangeWeightSet(geography, {}, {}, range, weights, includeEgo, 2.0, 0.5)
-            : VORN_CreateAdjacentPixelWeightSet(geography, {}, {},
-                                                static_cast<neighborMethodType>(method), weights,
-                                                includeEgo, 2.0, 0.5);
-    VORN_MissingData missing(MissingData::Raster, kColumns * kRows);
-    for (int id : {0, 8, 9, 16, 34})
-        missing.setMissing(id);
-    const auto weigh = [type](List list) {
-        for (int i = 0; i < list.size(); ++i) {
-            const double distance = static_cast<double>(list[i].distance);
-            const double all[] = {1.0, 1.0 / list.size(), 1.0 / rank(list, i),
-                                  2.0 / (1.0 + std::sqrt(distance))};
-            list[i].weight = static_cast<float>(all[type]);
-        }
-        return list;
-    };
-    for (int ego = 0; ego < kColumns * kRows; ++ego) {
-        List expected;
-        for (int id = 0; id < kColumns * kRows; ++id) {
-            const int columns = id % kColumns - ego % kColumns;
-            const int rows = id / kColumns - ego / kColumns;
-            const double distance = std::hypot(columns * 0.5, rows * 0.25);
-            const bool isNear = method == RangeNeighbors ? distance <= range
-                                : method == RookNeighbors
-                                    ? std::abs(columns) + std::abs(rows) <= 1
-                                    : std::abs(columns) <= 1 && std::abs(rows) <= 1;
-            // Rows count down the map.
-            if (isNear && (id != ego || includeEgo))
-                expected.append(
-                    entry(id, type < 2 ? 0.0 : distance, std::atan2(0.25 * -rows, 0.5 * columns)));
-        }
-        QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), 4))), text(weigh(expected)));
-        QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), 4, missing))),
-                 text(weigh(without(expected, missing))));
-    }
-    QVERIFY(listOf(set, 0, 10).value(0).id == -99); // outside the grid's own time
-}
-
-void TestNeighborCalculation::adjacentCellsComeInTheirOrder()
-{
-    TestModel model;
-    const int geography = addGrid(3, 3);
-    const auto ids = [geography](neighborMethodType method, bool includeEgo, unsigned int cell) {
-        const int set = VORN_CreateAdjacentPixelWeightSet(geography, {}, {}, method, ConstantWeight,
-                                                          includeEgo, 1, 1);
-        QVector<int> result;
-        for (const neighborDatum &one : listOf(set, cell, 0))
-            result.append(one.id);
-        return result;
-    };
-    QCOMPARE(ids(QueenNeighbors, true, 4), (QVector<int>{4, 3, 5, 1, 7, 0, 2, 6, 8}));
-    QCOMPARE(ids(RookNeighbors, false, 2), (QVector<int>{1, 5}));
-}
-
-void TestNeighborCalculation::weightsThatDoNotSuitRaise()
-{
-    TestModel model;
-    const QString text = QStringLiteral("Invalid weight set type");
-    const int polygons = addMap({{0, 0, 0, 9}, {1, 0, 0, 9}}, true);
-    const int ranks =
-        VORN_CreatePolygonWeightSet(polygons, {}, {}, 1, true, DistanceRankWeight, false, 1, 1);
-    QVERIFY(ranks >= 0);
-    QCOMPARE(raisedText([&] { listOf(ranks, 0, 1); }), text);
-    QCOMPARE(raisedText([&] { listOf(ranks, 0, 1); }),
-             text); // nothing was left behind that would pass for lists
-    QCOMPARE(raisedText([&] { VORN_PrecalculateSpatialWeights(ranks, 77, false); }),
-             QStringLiteral("Invalid time stamp"));
-    auto &geography = model.vectorData(polygons);
-    QCOMPARE(
-        raisedText([&] { AdjacencySet({}, &geography, 1, true, InverseDistanceWeight, false); }),
-        text);
-    QCOMPARE(raisedText([&] { AdjacencySet({}, &geography, 1, BorderShareWeight, false, 1, 1); }),
-             text);
-    QCOMPARE(
-        raisedText([&] { AdjacencySet({}, &geography, 1.0, BorderLengthWeight, false, 1, 1); }),
-        text);
-    QCOMPARE(raisedText([] {
-                 AdjacencySet({}, static_cast<MRasterData *>(nullptr), NearestNeighbors,
-                              ConstantWeight, false, 1, 1);
-             }),
-             text);
-    QCOMPARE(raisedText([] {
-                 AdjacencySet({}, static_cast<MRasterData *>(nullptr), 1.0, ConstantWeight, false,
-                              1, 1);
-             }),
-             QStringLiteral("Geography not defined"));
-    const int grid = addGrid(2, 2);
-    for (double range : {kNoNumber, -1.0, -kInfinite}) {
-        const InCase inRange(range);
-        const int set = VORN_CreateRangeWeightSet(grid, {}, {}, range, ConstantWeight, false, 1, 1);
-        for (int i = 0; i < 2; ++i)
-            QCOMPARE(raisedText([&] { listOf(set, 0, 1); }), QStringLiteral("Invalid pixel id"));
-    }
-}
-
-// More than one batch of objects, found out of their order.
-// Two places for three neighbours: ties are told by distances relative to each other, in degrees as
-// in metres.
-void TestNeighborCalculation::tiesAndWeightsKnowNoUnit()
-{
-    TestModel model;
-    const int geography = addPoints(3);
-    const auto weights = [&](spatialWeightType type, double numerator,
-                             const QVector<float> &distances) {
-        const AdjacencySet set({}, &model.vectorData(geography), 2, type, false, numerator, 1.0);
-        List list;
-        for (const float distance : distances)
-            list.append({list.size(), 0.0F, 0.0F, distance});
-        QVector<float> result;
-        for (const neighborDatum &datum : set.RecalculateNeighborWeights(list, VORN_MissingData()))
-            result.append(datum.weight);
-        return result;
-    };
-    for (const float unit : {1e-20F, 1e-8F, 1.0F, 1e30F}) {
-        QCOMPARE(weights(ConstantWeight, 1, {1 * unit, 2 * unit, 3 * unit}),
-                 (QVector<float>{1, 1, 0}));
-        QCOMPARE(weights(ConstantWeight, 1, {1 * unit, 2 * unit, std::nextafterf(2 * unit, 1e38F)}),
-                 (QVector<float>{1, 0.5F, 0.5F}));
-    }
-    QCOMPARE(weights(ConstantWeight, 1, {0, 0, 0}), QVector<float>(3, 2.0F / 3.0F));
-    const float largest = std::numeric_limits<float>::max();
-    QCOMPARE(weights(InverseDistanceWeight, -1e300, {0, 1, 4}), QVector<float>(3, -largest));
-}
-
-void TestNeighborCalculation::manyPointsAreStoredAsTheyAreFound()
-{
-    TestModel model;
-    constexpr int kCount = 70000;
-    const int geography = addPoints(kCount);
-    const int set = VORN_CreateRangeWeightSet(geography, {}, {}, 1.5, ConstantWeight, true, 1, 1);
-    const WeightsAtT handle = VORN_GetSpatialWeightsHandle(set, 5, false);
-    List list;
-    for (unsigned int id = 0; id < kCount; ++id) {
-        QVERIFY(VORN_GetSpatialWeights(handle, id, list, VORN_MissingData()));
-        const int first = static_cast<int>(id) - (id > 0);
-        const List sorted = byId(list);
-        QCOMPARE(sorted.size(), id == 0 || id + 1 == kCount ? 2 : 3);
-        QCOMPARE(sorted.first().id, first);
-    }
-}
-
-void TestNeighborCalculation::cancelledRuns_data()
-{
-    QTest::addColumn<bool>("isRaster");
-    QTest::newRow("of points leave nothing") << false;
-    QTest::newRow("of cells leave what was done") << true;
-}
-
-void TestNeighborCalculation::cancelledRuns()
-{
-    QFETCH(bool, isRaster);
-    TestModel model;
-    const int geography = isRaster ? addGrid(30, 40) : addPoints(1000);
-    const int set = VORN_CreateRangeWeightSet(geography, {}, {}, 0.3, ConstantWeight, true, 1, 1);
-    bool wasShown = false;
-    QTimer::singleShot(0, [&wasShown] {
-        if (QProgressDialog *dialog = progressBar()) {
-            wasShown = dialog->windowTitle() == QStringLiteral("Spatial weights")
-                       && dialog->labelText() == QStringLiteral("Calculating spatial weights...");
-            dialog->cancel();
-        }
-    });
-    QVERIFY(!VORN_GetSpatialWeightsHandle(set, 5, true).set);
-    QVERIFY(wasShown);
-    QVERIFY(!progressBar());
-    MGeoData &data = *model.controller.GetGeoData().value(geography);
-    QCOMPARE(data.HasSpatialWeightSetAtTime(set, 5.9), isRaster);
-    QCOMPARE(listOf(set, 999, 5).size(), isRaster ? 0 : 1);
-}
-
-void TestNeighborCalculation::statesAreThoseOfThePublishedFile()
-{
-    TestModel model;
-    QFile file(QStringLiteral(SAMPLES_DIRECTORY "/us_income/states48.geojson"));
-    QFile gal(QStringLiteral(SAMPLES_DIRECTORY "/us_income/states48.gal"));
-    QCOMPARE(answers({file.open(QIODevice::ReadOnly), gal.open(QIODevice::ReadOnly)}), "yy");
-    VORN_StartNewVectorGeography(QRectF(-3e6, 0, 6e6, 4e6), 0, 9, -1);
-    QVector<int> fips;
-    for (const QJsonValue &feature :
-         QJsonDocument::fromJson(file.readAll()).object()["features"].toArray()) {
-        fips.append(feature["properties"].toObject()["fips"].toInt());
-        QList<QList<QPointF>> rings;
-        for (const QJsonValue &part : feature["geometry"].toObject()["coordinates"].toArray()) {
-            for (const QJsonValue &ring : part.toArray()) {
-                rings.append(QList<QPointF>());
-                for (const QJsonValue &place : ring.toArray())
-                    rings.last().append(
-                        QPointF(place.toArray()[0].toDouble(), place.toArray()[1].toDouble()));
+    void comparePoints(int count, double range, int type, bool includeEgo)
+    {
+        const InCase inCase(
+            QVector<double>{double(count), range, double(type), double(includeEgo)});
+        TestModel model;
+        constexpr double kNumerator = 3.0;
+        constexpr double kPower = 1.5;
+        const Map map = randomMap(static_cast<unsigned>(7 + type), 48, 6);
+        const int geography = addMap(map, false);
+        const auto weights = static_cast<spatialWeightType>(type);
+        const int set = count >= 0 ? VORN_CreateNearestNeighborWeightSet(
+                            geography, {}, {}, count, weights, includeEgo, kNumerator, kPower)
+                                   : VORN_CreateRangeWeightSet(geography, {}, {}, range, weights,
+                                                               includeEgo, kNumerator, kPower);
+        QVERIFY(set >= 0);
+        if (range < 0.0)
+            range = kNoNumber;
+        const VORN_MissingData missing(QSet<int>{3, 17, 18, 30, 31, 42, 66});
+        for (int t = 0; t < kTimes; ++t) {
+            for (size_t ego = 0; ego < map.size(); ++ego) {
+                List expected;
+                if (map[ego].exists(t))
+                    expected = pointNeighbors(map, ego, t, count, range, includeEgo);
+                List present = without(expected, missing);
+                weighPoints(expected, count, type, kNumerator, kPower);
+                weighPoints(present, count, type, kNumerator, kPower);
+                QCOMPARE(text(listOf(set, static_cast<unsigned int>(ego), t)), text(expected));
+                QCOMPARE(text(listOf(set, static_cast<unsigned int>(ego), t, missing)),
+                         text(present));
             }
         }
-        QVERIFY(VORN_AddPolygonToChain(static_cast<unsigned int>(VORN_CreateNewObjectChain()),
-                                       rings, {0, 9, true, true}));
     }
-    const int geography = VORN_FinishVectorGeography({}, {}, TF_Integer);
-    const int set =
-        VORN_CreatePolygonWeightSet(geography, {}, {}, 1, true, RowStandardizedWeight, false, 1, 1);
-    int links = 0;
-    gal.readLine();
-    while (!gal.atEnd()) {
-        const int state = gal.readLine().split(' ').first().toInt();
-        QSet<int> expected;
-        for (const QByteArray &id : gal.readLine().simplified().split(' '))
-            expected.insert(id.toInt());
-        QSet<int> found;
-        for (const neighborDatum &one :
-             listOf(set, static_cast<unsigned int>(fips.indexOf(state)), 3))
-            found.insert(fips[one.id]);
-        QCOMPARE(found, expected);
-        links += found.size();
+
+    void comparePolygons(bool queen, int rings, int type, bool includeEgo)
+    {
+        const InCase inCase(QVector<int>{queen, rings, type, includeEgo});
+        TestModel model;
+        const Map map = randomLattice(static_cast<unsigned>(11 + rings), 8);
+        const int geography = addMap(map, true);
+        const int set =
+            VORN_CreatePolygonWeightSet(geography, {}, {}, rings, queen,
+                                        static_cast<spatialWeightType>(type), includeEgo, 0.0, 0.0);
+        QVERIFY(set >= 0);
+        const VORN_MissingData missing(QSet<int>{1, 5, 8, 9, 21});
+        for (int t = 0; t < kTimes; ++t) {
+            for (size_t ego = 0; ego < map.size(); ++ego) {
+                List expected;
+                if (map[ego].exists(t) && rings >= 0)
+                    expected = polygonNeighbors(map, ego, t, queen, rings, includeEgo);
+                if (type < 4)
+                    for (neighborDatum &one : expected)
+                        one.distance = -1.0F;
+                List present = without(expected, missing);
+                weighPolygons(expected, type);
+                weighPolygons(present, type);
+                QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), t))),
+                         text(expected));
+                QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), t, missing))),
+                         text(present));
+            }
+        }
     }
-    QCOMPARE(links, 214);
-}
+
+    void checkCancelled(bool isRaster)
+    {
+        TestModel model;
+        const int geography = isRaster ? addCells(30, 40) : addPoints(1000);
+        const int set =
+            VORN_CreateRangeWeightSet(geography, {}, {}, 0.3, ConstantWeight, true, 1, 1);
+        bool wasShown = false;
+        QTimer::singleShot(0, [&wasShown] {
+            if (QProgressDialog *dialog = progressBar()) {
+                wasShown =
+                    dialog->windowTitle() == QStringLiteral("Spatial weights")
+                    && dialog->labelText() == QStringLiteral("Calculating spatial weights...");
+                dialog->cancel();
+            }
+        });
+        QVERIFY(!VORN_GetSpatialWeightsHandle(set, 5, true).set);
+        QVERIFY(wasShown);
+        QVERIFY(!progressBar());
+        MGeoData &data = *model.controller.GetGeoData().value(geography);
+        QCOMPARE(data.HasSpatialWeightSetAtTime(set, 5.9), isRaster);
+        QCOMPARE(listOf(set, 999, 5).size(), isRaster ? 0 : 1);
+    }
+
+    void compareCells(int method, double range, int type, bool includeEgo)
+    {
+        const InCase inCase(
+            QVector<double>{double(method), range, double(type), double(includeEgo)});
+        TestModel model;
+        constexpr int kColumns = 7;
+        constexpr int kRows = 5;
+        const int geography = addCells(kRows, kColumns);
+        const auto weights = static_cast<spatialWeightType>(type);
+        const int set =
+            method == RangeNeighbors
+                ? VORN_CreateRangeWeightSet(geography, {}, {}, range, weights, includeEgo, 2.0, 0.5)
+                : VORN_CreateAdjacentPixelWeightSet(geography, {}, {},
+                                                    static_cast<neighborMethodType>(method),
+                                                    weights, includeEgo, 2.0, 0.5);
+        VORN_MissingData missing(MissingData::Raster, kColumns * kRows);
+        for (int id : {0, 8, 9, 16, 34})
+            missing.setMissing(id);
+        const auto weigh = [type](List list) { // of distances as they are, a power of a half
+            weighPoints(list, 0, type, 2.0, 1.0);
+            return list;
+        };
+        for (int ego = 0; ego < kColumns * kRows; ++ego) {
+            List expected;
+            for (int id = 0; id < kColumns * kRows; ++id) {
+                const int columns = id % kColumns - ego % kColumns;
+                const int rows = id / kColumns - ego / kColumns;
+                const double distance = std::hypot(columns * 0.5, rows * 0.25);
+                const bool isNear = method == RangeNeighbors ? distance <= range
+                                    : method == RookNeighbors
+                                        ? std::abs(columns) + std::abs(rows) <= 1
+                                        : std::abs(columns) <= 1 && std::abs(rows) <= 1;
+                // Rows count down the map.
+                if (isNear && (id != ego || includeEgo))
+                    expected.append(entry(id, type < 2 ? 0.0 : distance,
+                                          std::atan2(0.25 * -rows, 0.5 * columns)));
+            }
+            QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), 4))),
+                     text(weigh(expected)));
+            QCOMPARE(text(byId(listOf(set, static_cast<unsigned int>(ego), 4, missing))),
+                     text(weigh(without(expected, missing))));
+        }
+        QVERIFY(listOf(set, 0, 10).value(0).id == -99); // outside the grid's own time
+    }
+
+private Q_SLOTS:
+    void pointsAreThoseOfAllPairs()
+    {
+        const QList<QPair<int, double>> kinds{{5, 0.0},        {1000, 0.0}, {0, 0.0},
+                                              {-1, 2.5},       {-1, 0.0},   {-1, kInfinite},
+                                              {-1, kNoNumber}, {-1, -2.0}};
+        for (const auto &[count, range] : kinds) // a count of -1: by range
+            for (int type = 0; type < 4; ++type)
+                for (bool includeEgo : {false, true})
+                    comparePoints(count, range, type, includeEgo);
+    }
+
+    void polygonsAreThoseOfAllPairs()
+    {
+        for (bool queen : {true, false})
+            for (int rings : {-1, 0, 1, 2, 3})
+                for (int type : {0, 1, 4, 5})
+                    comparePolygons(queen, rings, type, (rings + type) % 3 == 1);
+    }
+
+    void cellsAreThoseOfAllPairs()
+    {
+        for (int type = 0; type < 4; ++type)
+            for (bool includeEgo : {false, true}) {
+                compareCells(RookNeighbors, 0.0, type, includeEgo);
+                compareCells(QueenNeighbors, 0.0, type, includeEgo);
+                for (double range : {1.01, 0.0, 100.0})
+                    compareCells(RangeNeighbors, range, type, includeEgo);
+            }
+    }
+
+    void adjacentCellsComeInTheirOrder()
+    {
+        TestModel model;
+        const int geography = addCells(3, 3);
+        const auto ids = [geography](neighborMethodType method, bool includeEgo,
+                                     unsigned int cell) {
+            const int set = VORN_CreateAdjacentPixelWeightSet(geography, {}, {}, method,
+                                                              ConstantWeight, includeEgo, 1, 1);
+            QVector<int> result;
+            for (const neighborDatum &one : listOf(set, cell, 0))
+                result.append(one.id);
+            return result;
+        };
+        QCOMPARE(ids(QueenNeighbors, true, 4), (QVector<int>{4, 3, 5, 1, 7, 0, 2, 6, 8}));
+        QCOMPARE(ids(RookNeighbors, false, 2), (QVector<int>{1, 5}));
+    }
+
+    void weightsThatDoNotSuitRaise()
+    {
+        TestModel model;
+        const QString text = QStringLiteral("Invalid weight set type");
+        const int polygons = addMap({{0, 0, 0, 9}, {1, 0, 0, 9}}, true);
+        const int ranks =
+            VORN_CreatePolygonWeightSet(polygons, {}, {}, 1, true, DistanceRankWeight, false, 1, 1);
+        QVERIFY(ranks >= 0);
+        QCOMPARE(raisedText([&] { listOf(ranks, 0, 1); }), text);
+        QCOMPARE(raisedText([&] { listOf(ranks, 0, 1); }),
+                 text); // nothing was left behind that would pass for lists
+        QCOMPARE(raisedText([&] { VORN_PrecalculateSpatialWeights(ranks, 77, false); }),
+                 QStringLiteral("Invalid time stamp"));
+        auto &geography = model.vectorData(polygons);
+        MRasterData *const nowhere = nullptr;
+        const auto made = [](auto *on, auto what, auto... rest) {
+            return raisedText([&] { AdjacencySet({}, on, what, rest...); });
+        };
+        QCOMPARE(made(&geography, 1, true, InverseDistanceWeight, false), text);
+        QCOMPARE(made(&geography, 1, BorderShareWeight, false, 1, 1), text);
+        QCOMPARE(made(&geography, 1.0, BorderLengthWeight, false, 1, 1), text);
+        QCOMPARE(made(nowhere, NearestNeighbors, ConstantWeight, false, 1, 1), text);
+        QCOMPARE(made(nowhere, 1.0, ConstantWeight, false, 1, 1),
+                 QStringLiteral("Geography not defined"));
+        const int grid = addCells(2, 2);
+        for (double range : {kNoNumber, -1.0, -kInfinite}) {
+            const InCase inRange(range);
+            const int set =
+                VORN_CreateRangeWeightSet(grid, {}, {}, range, ConstantWeight, false, 1, 1);
+            for (int i = 0; i < 2; ++i)
+                QCOMPARE(raisedText([&] { listOf(set, 0, 1); }),
+                         QStringLiteral("Invalid pixel id"));
+        }
+    }
+
+    // Two places for three neighbours: ties are told by distances relative to each other, in degrees as
+    // in metres.
+    void tiesAndWeightsKnowNoUnit()
+    {
+        TestModel model;
+        const int geography = addPoints(3);
+        const auto weights = [&](spatialWeightType type, double numerator,
+                                 const QVector<float> &distances) {
+            const AdjacencySet set({}, &model.vectorData(geography), 2, type, false, numerator,
+                                   1.0);
+            List list;
+            for (const float distance : distances)
+                list.append({list.size(), 0.0F, 0.0F, distance});
+            QVector<float> result;
+            for (const neighborDatum &datum :
+                 set.RecalculateNeighborWeights(list, VORN_MissingData()))
+                result.append(datum.weight);
+            return result;
+        };
+        for (const float unit : {1e-20F, 1e-8F, 1.0F, 1e30F}) {
+            QCOMPARE(weights(ConstantWeight, 1, {1 * unit, 2 * unit, 3 * unit}),
+                     (QVector<float>{1, 1, 0}));
+            QCOMPARE(
+                weights(ConstantWeight, 1, {1 * unit, 2 * unit, std::nextafterf(2 * unit, 1e38F)}),
+                (QVector<float>{1, 0.5F, 0.5F}));
+        }
+        QCOMPARE(weights(ConstantWeight, 1, {0, 0, 0}), QVector<float>(3, 2.0F / 3.0F));
+        const float largest = std::numeric_limits<float>::max();
+        QCOMPARE(weights(InverseDistanceWeight, -1e300, {0, 1, 4}), QVector<float>(3, -largest));
+    }
+
+    // More than one batch of objects, found out of their order.
+    void manyPointsAreStoredAsTheyAreFound()
+    {
+        TestModel model;
+        constexpr int kCount = 70000;
+        const int geography = addPoints(kCount);
+        const int set =
+            VORN_CreateRangeWeightSet(geography, {}, {}, 1.5, ConstantWeight, true, 1, 1);
+        const WeightsAtT handle = VORN_GetSpatialWeightsHandle(set, 5, false);
+        List list;
+        for (unsigned int id = 0; id < kCount; ++id) {
+            QVERIFY(VORN_GetSpatialWeights(handle, id, list, VORN_MissingData()));
+            const int first = static_cast<int>(id) - (id > 0);
+            const List sorted = byId(list);
+            QCOMPARE(sorted.size(), id == 0 || id + 1 == kCount ? 2 : 3);
+            QCOMPARE(sorted.first().id, first);
+        }
+    }
+
+    // Of points they leave nothing, of cells what was done.
+    void cancelledRuns()
+    {
+        checkCancelled(false);
+        checkCancelled(true);
+    }
+};
 
 QTEST_MAIN(TestNeighborCalculation)
 #include "tst_NeighborCalculation.moc"
