@@ -186,54 +186,8 @@ QVector<double> sequence(int count, double first)
     return values;
 }
 
-} // namespace
-
-class TestDataAPI : public QObject {
-    Q_OBJECT
-private Q_SLOTS:
-    void realizationsBeyondMemoryAreRefused();
-    void idsOfNothingGiveTheStatedResult();
-    void geographyIdIsTheSignedUpperHalf();
-    void valuesOfEachTypeComeBack();
-    void failedReadLeavesTheOutputs();
-    void objectOutOfRangeIsAMiss();
-    void objectValuesSkipItsHoles();
-    void longTextIsNotTerminated();
-    void seriesComeBackByInterval();
-    void manyIdsAreAnnouncedByGeography();
-    void migratedDatasetIsACopy();
-    void missingIdsCountObjectsThatDoNotExist();
-    void missingAnywhereIsMissing();
-    void normalScoresTurnBackByRank();
-};
-
-void TestDataAPI::idsOfNothingGiveTheStatedResult()
-{
-    TestModel model;
-    const int geography = addPoints(3);
-    QVERIFY(geography >= 0);
-    for (const int id : {(geography + 1) << 16, -1, (geography << 16) + 5}) {
-        checkTypedMisses(id, 1.5);
-        checkTypedMisses(id, 7);
-        checkTypedMisses(id, QStringLiteral("kept"));
-        checkDatasetReads(id);
-        checkDatasetDescriptions(id);
-        if (id >> 16 != geography)
-            checkGeographyMisses(id, geography);
-    }
-    QVERIFY(VORN_GetGeographyProperties(geography).datasetIds.isEmpty());
-}
-
-void TestDataAPI::geographyIdIsTheSignedUpperHalf()
-{
-    QCOMPARE(VORN_GetGeographyId(-1), -1);
-    QCOMPARE(VORN_GetGeographyId(0x00050003), 5);
-    QCOMPARE(VORN_GetGeographyId(static_cast<int>(0x80000001U)), -32768);
-    QCOMPARE(DataId(static_cast<int>(0x80000001U)).GeoId(), -32768);
-}
-
 template <class T>
-static void checkValues(int geography, DataType type, const QVector<T> &values, const datum &second)
+void checkValues(int geography, DataType type, const QVector<T> &values, const datum &second)
 {
     const int id = addDataset(geography, type);
     QVERIFY(VORN_AddDataValues(id, 0, kSpan, values, QSet<int>{2}, true, true));
@@ -268,251 +222,270 @@ static void checkValues(int geography, DataType type, const QVector<T> &values, 
     QVERIFY(VORN_GetGeographyProperties(geography).datasetIds.contains(id));
 }
 
-void TestDataAPI::valuesOfEachTypeComeBack()
-{
-    TestModel model;
-    const int geography = addPoints(3);
-    checkValues<double>(geography, DecimalType, {1.5, 2.5, 0}, datum(2.5));
-    checkValues<int>(geography, IntegerType, {1, -2, 0}, datum(-2));
-    checkValues<QString>(geography, StringType, {"a", QString::fromUtf8("größe"), ""},
-                         datum(QString::fromUtf8("größe")));
-}
+} // namespace
 
-void TestDataAPI::failedReadLeavesTheOutputs()
-{
-    TestModel model;
-    const int id = addDataset(addPoints(3), IntegerType);
-    QVERIFY(VORN_AddDataValues(id, 0, kSpan, QVector<int>{1, 2, 3}, {}, true, true));
-    QVector<double> values{9.0};
-    QSet<int> missing{7};
-    QVERIFY(!VORN_GetDataValues(id, 0, 5, values, missing)); // another type
-    QVERIFY(!VORN_GetDataValues(id, 1, 5, values, missing)); // no such realization
-    QCOMPARE(values, QVector<double>{9.0});
-    QCOMPARE(missing, QSet<int>{7});
-    QVERIFY(VORN_GetNumericValues(id, 0, 5, values, missing));
-    QCOMPARE(values, (QVector<double>{1.0, 2.0, 3.0}));
-}
+class TestDataAPI : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void realizationsBeyondMemoryAreRefused()
+    {
+        TestModel model;
+        const int geography = addPoints(1);
+        const int grid =
+            VORN_CreateNewRasterGeography(QStringLiteral("grid"), 1, 1, QRectF(0, 0, 1, 1),
+                                          {0, 9, true, true}, TF_Integer, QString(), QString());
+        constexpr int kMost = std::numeric_limits<int>::max();
+        QCOMPARE(VORN_NewVectorDataset(geography, "v", TimeSlice, DecimalType, kMost, QString()),
+                 -1);
+        QCOMPARE(VORN_NewRasterDataset(grid, "r", RasterDecimalType, kMost, 32, QString()), -1);
+        QVERIFY(VORN_NewVectorDataset(geography, "v", TimeSlice, DecimalType, 1, QString()) >= 0);
+    }
 
-void TestDataAPI::objectOutOfRangeIsAMiss()
-{
-    TestModel model;
-    const int geography = addPoints(3);
-    for (const StorageType storage : {TimeSlice, TimeSeries}) {
-        const int id = addDataset(geography, DecimalType, storage);
-        QVERIFY(VORN_AddDataValue(id, 0, 2, kSpan, 1.5, true, true));
-        for (const unsigned int object : {3U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
-            const InCase inObject(object);
-            datum value;
-            QVector<Interval> intervals;
-            QVector<datum> values;
-            QMap<Interval, double> series{{kSpan, 1.0}};
-            const QVector<QPair<Interval, double>> pairs{{kSpan, 1.0}};
-            QCOMPARE(answers({VORN_GetDataValue(id, 0, object, 5, value),
-                              VORN_AddDataValue(id, 0, object, kSpan, 1.5, true, true),
-                              VORN_AddDataValues(id, 0, object, pairs, true, true),
-                              VORN_SetTimeSeriesData(id, 0, object, series),
-                              VORN_GetTimeSeriesData(id, 0, object, series),
-                              VORN_GetObjectDataValues(id, 0, object, intervals, values),
-                              VORN_GetDataIntervals(id, 0, static_cast<int>(object), intervals),
-                              VORN_IsVectorDataMissing(id, 0, object, 5),
-                              VORN_SetMissingVectorId(id, 0, object, kSpan)}),
-                     "nnnnnnnnn");
+    void idsOfNothingGiveTheStatedResult()
+    {
+        TestModel model;
+        const int geography = addPoints(3);
+        QVERIFY(geography >= 0);
+        for (const int id : {(geography + 1) << 16, -1, (geography << 16) + 5}) {
+            checkTypedMisses(id, 1.5);
+            checkTypedMisses(id, 7);
+            checkTypedMisses(id, QStringLiteral("kept"));
+            checkDatasetReads(id);
+            checkDatasetDescriptions(id);
+            if (id >> 16 != geography)
+                checkGeographyMisses(id, geography);
         }
+        QVERIFY(VORN_GetGeographyProperties(geography).datasetIds.isEmpty());
     }
-    const auto create = [geography](int storage, DataType type, int realizations) {
-        return VORN_NewVectorDataset(geography, QString(), static_cast<StorageType>(storage), type,
-                                     realizations, QString());
-    };
-    QCOMPARE(create(2, DecimalType, 1), -1);
-    QCOMPARE(create(TimeSlice, RasterDecimalType, 1), -1);
-    QCOMPARE(create(TimeSlice, DecimalType, -1), -1);
-}
 
-void TestDataAPI::objectValuesSkipItsHoles()
-{
-    TestModel model;
-    const int id = addDataset(addPoints(2), DecimalType);
-    for (const int start : {0, 10, 20})
-        QVERIFY(VORN_AddDataValues(id, 0, {start, start + 10, true, false}, sequence(2, start),
-                                   start == 10 ? QSet<int>{0} : QSet<int>(), true, true));
-    QVector<Interval> intervals;
-    QVector<datum> values;
-    QVERIFY(VORN_GetObjectDataValues(id, 0, 0, intervals, values));
-    QCOMPARE(values.size(), 2);
-    QCOMPARE(values[1].decimalValue, 20.0);
-    QCOMPARE(intervals[1], interval("[20, 30)"));
-}
-
-void TestDataAPI::longTextIsNotTerminated()
-{
-    TestModel model;
-    const int id = addDataset(addPoints(1), StringType);
-    QVERIFY(VORN_AddDataValue(id, 0, 0, kSpan, QStringLiteral("abcdef"), true, true));
-    char buffer[] = "########";
-    QVERIFY(VORN_GetDataValue(id, 0, 0, 5, 4, buffer));
-    QCOMPARE(buffer, "abcd####");
-    QVERIFY(!VORN_GetDataValue(id, 0, 0, 5, -1, buffer));
-    QVERIFY(VORN_GetDataValue(id, 0, 0, 5, 8, buffer));
-    QCOMPARE(buffer, "abcdef");
-}
-
-void TestDataAPI::seriesComeBackByInterval()
-{
-    TestModel model;
-    const int id = addDataset(addPoints(3), IntegerType, TimeSeries);
-    const QMap<Interval, int> written{{interval("[0, 5)"), 4}, {interval("[5, 9]"), 6}};
-    QVERIFY(VORN_SetTimeSeriesData(id, 0, 1, written));
-    QMap<Interval, int> read;
-    QVERIFY(VORN_GetTimeSeriesData(id, 0, 1, read));
-    QCOMPARE(read, written);
-    QVERIFY(!VORN_GetTimeSeriesData(id, 0, 0, read));
-    QVERIFY(!VORN_SetTimeSeriesData(id, 1, 1, written));
-    QVERIFY(
-        !VORN_SetTimeSeriesData(id, 0, 1, QMap<Interval, double>{{kSpan, 1.0}})); // another type
-    QVERIFY(VORN_AddDataValues(id, 0, 1U, QVector<QPair<Interval, int>>{{interval("[7, 8]"), 1}},
-                               true, true));
-    QVERIFY(VORN_GetTimeSeriesData(id, 0, 1, read));
-    QCOMPARE(read.size(), 4);
-    int value = 0;
-    QVERIFY(VORN_GetDataValue(id, 0, 1, 9, value));
-    QCOMPARE(value, 6);
-}
-
-void TestDataAPI::manyIdsAreAnnouncedByGeography()
-{
-    TestModel model;
-    const int first = addPoints(2, QStringLiteral("first"));
-    const int second = addPoints(2, QStringLiteral("second"));
-    Listener listener;
-    QVERIFY(model.vectorData(first).AddListener(&listener));
-    QVERIFY(model.vectorData(second).AddListener(&listener));
-    const int a = addDataset(first, DecimalType);
-    const int b = addDataset(second, DecimalType);
-    const int c = addDataset(first, DecimalType);
-    QCOMPARE(listener.calls, QStringList());
-    QVERIFY(VORN_NewDatasetsCreated({b, c, a}));
-    QVERIFY(VORN_DatasetsChanged({b, a}));
-    const QString textA = QString::number(a);
-    const QString textB = QString::number(b);
-    const QString textC = QString::number(c);
-    QCOMPARE(listener.calls,
-             (QStringList{"added " + textC + ',' + textA + " true", "added " + textB + " true",
-                          "changed " + textA, "changed " + textB}));
-    listener.calls.clear();
-    listener.source = model.vectorData(first).GetDataSource();
-    QCOMPARE(raisedText([&] {
-                 VORN_RemoveDatasets({a, (second + 1) << 16});
-             }),
-             QStringLiteral("gd"));
-    QCOMPARE(VORN_GetDatasetProperties(a).id, a); // nothing was removed
-    QVERIFY(VORN_RemoveDatasets({a, c}));
-    QCOMPARE(listener.calls, QStringList{"dying " + textA + " alive," + textC + " alive"});
-    QCOMPARE(VORN_GetDatasetProperties(a).id, -1);
-    QVERIFY(addDataset(first, DecimalType) > c); // ids are not used twice
-}
-
-void TestDataAPI::migratedDatasetIsACopy()
-{
-    TestModel model;
-    const int from = addPoints(3);
-    const int to = addPoints(3);
-    const int other = addPoints(4);
-    Listener listener;
-    QVERIFY(model.vectorData(to).AddListener(&listener));
-    for (const StorageType storage : {TimeSlice, TimeSeries}) {
-        const int id = addDataset(from, StringType, storage, 2);
-        for (int realization = 0; realization < 2; ++realization)
-            QVERIFY(VORN_AddDataValue(id, realization, 1, kSpan, QString::number(realization), true,
-                                      true));
-        QCOMPARE(VORN_MigrateDataset(id, other, true), -1);
-        QVERIFY(VORN_GetGeographyProperties(other).datasetIds.isEmpty());
-        const int copy = VORN_MigrateDataset(id, to, storage == TimeSeries);
-        QCOMPARE(VORN_GetGeographyId(copy), to);
-        QVERIFY(VORN_AddDataValue(id, 1, 1, kSpan, QStringLiteral("changed"), true, true));
-        datum value;
-        QVERIFY(VORN_GetDataValue(copy, 1, 1, 5, value));
-        QCOMPARE(value.stringValue, QStringLiteral("1"));
-        QVERIFY(!VORN_GetDatasetProperties(copy).isInvalid);
-        QCOMPARE(VORN_GetDatasetProperties(copy).path, QStringLiteral("/a/b"));
+    void geographyIdIsTheSignedUpperHalf()
+    {
+        QCOMPARE(VORN_GetGeographyId(-1), -1);
+        QCOMPARE(VORN_GetGeographyId(0x00050003), 5);
+        QCOMPARE(VORN_GetGeographyId(static_cast<int>(0x80000001U)), -32768);
+        QCOMPARE(DataId(static_cast<int>(0x80000001U)).GeoId(), -32768);
     }
-    QCOMPARE(listener.calls.size(), 1);
-    QVERIFY(listener.calls[0].endsWith(" false"));
-}
 
-void TestDataAPI::missingIdsCountObjectsThatDoNotExist()
-{
-    TestModel model;
-    QVERIFY(VORN_StartNewVectorGeography(QRectF(0, 0, 3, 3), 0, 100, -1));
-    for (int i = 0; i < 3; ++i) {
-        const int chain = VORN_CreateNewObjectChain();
-        QVERIFY(VORN_AddPointToChain(static_cast<unsigned int>(chain), QPointF(i, i),
-                                     {0, i == 1 ? 40 : 100, true, true}));
+    void valuesOfEachTypeComeBack()
+    {
+        TestModel model;
+        const int geography = addPoints(3);
+        checkValues<double>(geography, DecimalType, {1.5, 2.5, 0}, datum(2.5));
+        checkValues<int>(geography, IntegerType, {1, -2, 0}, datum(-2));
+        checkValues<QString>(geography, StringType, {"a", QString::fromUtf8("größe"), ""},
+                             datum(QString::fromUtf8("größe")));
     }
-    const int geography =
-        VORN_FinishVectorGeography(QStringLiteral("brief"), QString(), TF_Integer);
-    const int id = addDataset(geography, DecimalType);
-    QVERIFY(VORN_AddDataValues(id, 0, {0, 100, true, true}, sequence(3, 1.0), {2}, true, true));
-    QSet<int> missing;
-    QVERIFY(VORN_GetMissingVectorIds(id, 0, 10, missing));
-    QCOMPARE(missing, (QSet<int>{2}));
-    QVERIFY(VORN_GetMissingVectorIds(id, 0, 50, missing));
-    QCOMPARE(missing, (QSet<int>{1, 2}));
-    QVERIFY(VORN_SetMissingVectorId(id, 0, 0, {0, 20, true, true}));
-    QVERIFY(VORN_GetMissingVectorIds(id, 0, 10, missing));
-    QCOMPARE(missing, (QSet<int>{0, 2}));
-}
 
-void TestDataAPI::missingAnywhereIsMissing()
-{
-    TestModel model;
-    const int id = addDataset(addPoints(4), DecimalType, TimeSlice, 3);
-    const QSet<int> holes[] = {{0}, {2}, {}};
-    for (int realization = 0; realization < 3; ++realization)
-        QVERIFY(VORN_AddDataValues(id, realization, kSpan, sequence(4, 1.0), holes[realization],
-                                   true, true));
-    VORN_MissingData missing;
-    QVERIFY(VORN_GetAllMissingRealizationLocations(id, 5, missing));
-    QCOMPARE(missing.missingIds(), (QSet<int>{0, 2}));
-}
+    void failedReadLeavesTheOutputs()
+    {
+        TestModel model;
+        const int id = addDataset(addPoints(3), IntegerType);
+        QVERIFY(VORN_AddDataValues(id, 0, kSpan, QVector<int>{1, 2, 3}, {}, true, true));
+        QVector<double> values{9.0};
+        QSet<int> missing{7};
+        QVERIFY(!VORN_GetDataValues(id, 0, 5, values, missing)); // another type
+        QVERIFY(!VORN_GetDataValues(id, 1, 5, values, missing)); // no such realization
+        QCOMPARE(values, QVector<double>{9.0});
+        QCOMPARE(missing, QSet<int>{7});
+        QVERIFY(VORN_GetNumericValues(id, 0, 5, values, missing));
+        QCOMPARE(values, (QVector<double>{1.0, 2.0, 3.0}));
+    }
 
-void TestDataAPI::normalScoresTurnBackByRank()
-{
-    TestModel model;
-    const int geography = addPoints(3);
-    // The values of three objects whose mean is 0 and whose middle value is the median of the
-    // normal distribution.
-    const int scores = addDataset(geography, DecimalType);
-    QVERIFY(VORN_AddDataValues(scores, 0, kSpan, QVector<double>{0.5, 0.0, -0.5}, {}, true, true));
-    QVERIFY(VORN_IsNormalScoreDataset(scores, 5));
-    const VORN_DataContainer data(VORN_DataContainer::DoubleData, QVector<double>{30, 10, 20},
-                                  VORN_MissingData());
-    VORN_DataContainer result;
-    QVERIFY(VORN_GetRealizationValues(scores, 0, 5, data, result));
-    QCOMPARE(result.value(0), 30.0);
-    QCOMPARE(result.value(1), 20.0);
-    QCOMPARE(result.value(2), 10.0);
+    void objectOutOfRangeIsAMiss()
+    {
+        TestModel model;
+        const int geography = addPoints(3);
+        for (const StorageType storage : {TimeSlice, TimeSeries}) {
+            const int id = addDataset(geography, DecimalType, storage);
+            QVERIFY(VORN_AddDataValue(id, 0, 2, kSpan, 1.5, true, true));
+            for (const unsigned int object : {3U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+                const InCase inObject(object);
+                datum value;
+                QVector<Interval> intervals;
+                QVector<datum> values;
+                QMap<Interval, double> series{{kSpan, 1.0}};
+                const QVector<QPair<Interval, double>> pairs{{kSpan, 1.0}};
+                QCOMPARE(answers({VORN_GetDataValue(id, 0, object, 5, value),
+                                  VORN_AddDataValue(id, 0, object, kSpan, 1.5, true, true),
+                                  VORN_AddDataValues(id, 0, object, pairs, true, true),
+                                  VORN_SetTimeSeriesData(id, 0, object, series),
+                                  VORN_GetTimeSeriesData(id, 0, object, series),
+                                  VORN_GetObjectDataValues(id, 0, object, intervals, values),
+                                  VORN_GetDataIntervals(id, 0, static_cast<int>(object), intervals),
+                                  VORN_IsVectorDataMissing(id, 0, object, 5),
+                                  VORN_SetMissingVectorId(id, 0, object, kSpan)}),
+                         "nnnnnnnnn");
+            }
+        }
+        const auto create = [geography](int storage, DataType type, int realizations) {
+            return VORN_NewVectorDataset(geography, QString(), static_cast<StorageType>(storage),
+                                         type, realizations, QString());
+        };
+        QCOMPARE(create(2, DecimalType, 1), -1);
+        QCOMPARE(create(TimeSlice, RasterDecimalType, 1), -1);
+        QCOMPARE(create(TimeSlice, DecimalType, -1), -1);
+    }
 
-    const int plain = addDataset(geography, DecimalType);
-    QVERIFY(VORN_AddDataValues(plain, 0, kSpan, QVector<double>{3, 4, 5}, {}, true, true));
-    QVERIFY(VORN_GetRealizationValues(plain, 0, 5, data, result));
-    QCOMPARE(result.value(0), 3.0);
-    QVariant isNormal;
-    QVERIFY(VORN_GetDatasetAttribute(plain, QStringLiteral("Normal scores"), isNormal));
-    QCOMPARE(isNormal, QVariant(0));
-}
+    void objectValuesSkipItsHoles()
+    {
+        TestModel model;
+        const int id = addDataset(addPoints(2), DecimalType);
+        for (const int start : {0, 10, 20})
+            QVERIFY(VORN_AddDataValues(id, 0, {start, start + 10, true, false}, sequence(2, start),
+                                       start == 10 ? QSet<int>{0} : QSet<int>(), true, true));
+        QVector<Interval> intervals;
+        QVector<datum> values;
+        QVERIFY(VORN_GetObjectDataValues(id, 0, 0, intervals, values));
+        QCOMPARE(values.size(), 2);
+        QCOMPARE(values[1].decimalValue, 20.0);
+        QCOMPARE(intervals[1], interval("[20, 30)"));
+    }
 
-void TestDataAPI::realizationsBeyondMemoryAreRefused()
-{
-    TestModel model;
-    const int geography = addPoints(1);
-    const int grid =
-        VORN_CreateNewRasterGeography(QStringLiteral("grid"), 1, 1, QRectF(0, 0, 1, 1),
-                                      {0, 9, true, true}, TF_Integer, QString(), QString());
-    constexpr int kMost = std::numeric_limits<int>::max();
-    QCOMPARE(VORN_NewVectorDataset(geography, "v", TimeSlice, DecimalType, kMost, QString()), -1);
-    QCOMPARE(VORN_NewRasterDataset(grid, "r", RasterDecimalType, kMost, 32, QString()), -1);
-    QVERIFY(VORN_NewVectorDataset(geography, "v", TimeSlice, DecimalType, 1, QString()) >= 0);
-}
+    void longTextIsNotTerminated()
+    {
+        TestModel model;
+        const int id = addDataset(addPoints(1), StringType);
+        QVERIFY(VORN_AddDataValue(id, 0, 0, kSpan, QStringLiteral("abcdef"), true, true));
+        char buffer[] = "########";
+        QVERIFY(VORN_GetDataValue(id, 0, 0, 5, 4, buffer));
+        QCOMPARE(buffer, "abcd####");
+        QVERIFY(!VORN_GetDataValue(id, 0, 0, 5, -1, buffer));
+        QVERIFY(VORN_GetDataValue(id, 0, 0, 5, 8, buffer));
+        QCOMPARE(buffer, "abcdef");
+    }
 
+    void seriesComeBackByInterval()
+    {
+        TestModel model;
+        const int id = addDataset(addPoints(3), IntegerType, TimeSeries);
+        const QMap<Interval, int> written{{interval("[0, 5)"), 4}, {interval("[5, 9]"), 6}};
+        QVERIFY(VORN_SetTimeSeriesData(id, 0, 1, written));
+        QMap<Interval, int> read;
+        QVERIFY(VORN_GetTimeSeriesData(id, 0, 1, read));
+        QCOMPARE(read, written);
+        QVERIFY(!VORN_GetTimeSeriesData(id, 0, 0, read));
+        QVERIFY(!VORN_SetTimeSeriesData(id, 1, 1, written));
+        QVERIFY(!VORN_SetTimeSeriesData(id, 0, 1,
+                                        QMap<Interval, double>{{kSpan, 1.0}})); // another type
+        QVERIFY(VORN_AddDataValues(
+            id, 0, 1U, QVector<QPair<Interval, int>>{{interval("[7, 8]"), 1}}, true, true));
+        QVERIFY(VORN_GetTimeSeriesData(id, 0, 1, read));
+        QCOMPARE(read.size(), 4);
+        int value = 0;
+        QVERIFY(VORN_GetDataValue(id, 0, 1, 9, value));
+        QCOMPARE(value, 6);
+    }
+
+    void manyIdsAreAnnouncedByGeography()
+    {
+        TestModel model;
+        const int first = addPoints(2, QStringLiteral("first"));
+        const int second = addPoints(2, QStringLiteral("second"));
+        Listener listener;
+        QVERIFY(model.vectorData(first).AddListener(&listener));
+        QVERIFY(model.vectorData(second).AddListener(&listener));
+        const int a = addDataset(first, DecimalType);
+        const int b = addDataset(second, DecimalType);
+        const int c = addDataset(first, DecimalType);
+        QCOMPARE(listener.calls, QStringList());
+        QVERIFY(VORN_NewDatasetsCreated({b, c, a}));
+        QVERIFY(VORN_DatasetsChanged({b, a}));
+        const QString textA = QString::number(a);
+        const QString textB = QString::number(b);
+        const QString textC = QString::number(c);
+        QCOMPARE(listener.calls,
+                 (QStringList{"added " + textC + ',' + textA + " true", "added " + textB + " true",
+                              "changed " + textA, "changed " + textB}));
+        listener.calls.clear();
+        listener.source = model.vectorData(first).GetDataSource();
+        QCOMPARE(raisedText([&] {
+                     VORN_RemoveDatasets({a, (second + 1) << 16});
+                 }),
+                 QStringLiteral("gd"));
+        QCOMPARE(VORN_GetDatasetProperties(a).id, a); // nothing was removed
+        QVERIFY(VORN_RemoveDatasets({a, c}));
+        QCOMPARE(listener.calls, QStringList{"dying " + textA + " alive," + textC + " alive"});
+        QCOMPARE(VORN_GetDatasetProperties(a).id, -1);
+        QVERIFY(addDataset(first, DecimalType) > c); // ids are not used twice
+    }
+
+    void migratedDatasetIsACopy()
+    {
+        TestModel model;
+        const int from = addPoints(3);
+        const int to = addPoints(3);
+        const int other = addPoints(4);
+        Listener listener;
+        QVERIFY(model.vectorData(to).AddListener(&listener));
+        for (const StorageType storage : {TimeSlice, TimeSeries}) {
+            const int id = addDataset(from, StringType, storage, 2);
+            for (int realization = 0; realization < 2; ++realization)
+                QVERIFY(VORN_AddDataValue(id, realization, 1, kSpan, QString::number(realization),
+                                          true, true));
+            QCOMPARE(VORN_MigrateDataset(id, other, true), -1);
+            QVERIFY(VORN_GetGeographyProperties(other).datasetIds.isEmpty());
+            const int copy = VORN_MigrateDataset(id, to, storage == TimeSeries);
+            QCOMPARE(VORN_GetGeographyId(copy), to);
+            QVERIFY(VORN_AddDataValue(id, 1, 1, kSpan, QStringLiteral("changed"), true, true));
+            datum value;
+            QVERIFY(VORN_GetDataValue(copy, 1, 1, 5, value));
+            QCOMPARE(value.stringValue, QStringLiteral("1"));
+            QVERIFY(!VORN_GetDatasetProperties(copy).isInvalid);
+            QCOMPARE(VORN_GetDatasetProperties(copy).path, QStringLiteral("/a/b"));
+        }
+        QCOMPARE(listener.calls.size(), 1);
+        QVERIFY(listener.calls[0].endsWith(" false"));
+    }
+
+    void missingIdsCountObjectsThatDoNotExist()
+    {
+        TestModel model;
+        QVERIFY(VORN_StartNewVectorGeography(QRectF(0, 0, 3, 3), 0, 100, -1));
+        for (int i = 0; i < 3; ++i) {
+            const int chain = VORN_CreateNewObjectChain();
+            QVERIFY(VORN_AddPointToChain(static_cast<unsigned int>(chain), QPointF(i, i),
+                                         {0, i == 1 ? 40 : 100, true, true}));
+        }
+        const int geography =
+            VORN_FinishVectorGeography(QStringLiteral("brief"), QString(), TF_Integer);
+        const int id = addDataset(geography, DecimalType);
+        QVERIFY(VORN_AddDataValues(id, 0, {0, 100, true, true}, sequence(3, 1.0), {2}, true, true));
+        QSet<int> missing;
+        QVERIFY(VORN_GetMissingVectorIds(id, 0, 10, missing));
+        QCOMPARE(missing, (QSet<int>{2}));
+        QVERIFY(VORN_GetMissingVectorIds(id, 0, 50, missing));
+        QCOMPARE(missing, (QSet<int>{1, 2}));
+        QVERIFY(VORN_SetMissingVectorId(id, 0, 0, {0, 20, true, true}));
+        QVERIFY(VORN_GetMissingVectorIds(id, 0, 10, missing));
+        QCOMPARE(missing, (QSet<int>{0, 2}));
+    }
+
+    void normalScoresTurnBackByRank()
+    {
+        TestModel model;
+        const int geography = addPoints(3);
+        // The values of three objects whose mean is 0 and whose middle value is the median of the
+        // normal distribution.
+        const int scores = addDataset(geography, DecimalType);
+        QVERIFY(
+            VORN_AddDataValues(scores, 0, kSpan, QVector<double>{0.5, 0.0, -0.5}, {}, true, true));
+        QVERIFY(VORN_IsNormalScoreDataset(scores, 5));
+        const VORN_DataContainer data(VORN_DataContainer::DoubleData, QVector<double>{30, 10, 20},
+                                      VORN_MissingData());
+        VORN_DataContainer result;
+        QVERIFY(VORN_GetRealizationValues(scores, 0, 5, data, result));
+        QCOMPARE(result.value(0), 30.0);
+        QCOMPARE(result.value(1), 20.0);
+        QCOMPARE(result.value(2), 10.0);
+
+        const int plain = addDataset(geography, DecimalType);
+        QVERIFY(VORN_AddDataValues(plain, 0, kSpan, QVector<double>{3, 4, 5}, {}, true, true));
+        QVERIFY(VORN_GetRealizationValues(plain, 0, 5, data, result));
+        QCOMPARE(result.value(0), 3.0);
+        QVariant isNormal;
+        QVERIFY(VORN_GetDatasetAttribute(plain, QStringLiteral("Normal scores"), isNormal));
+        QCOMPARE(isNormal, QVariant(0));
+    }
+};
 QTEST_GUILESS_MAIN(TestDataAPI)
 #include "tst_DataAPI.moc"
