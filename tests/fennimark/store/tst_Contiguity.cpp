@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Neighbours of polygons and points over time. The pair test is tested in tst_Borders.cpp.
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+// Neighbours of polygons and points over time. The pair test itself has its own tests.
 #include <algorithm>
 #include "fennimark/geographies.h"
 #include "store/recordStore.h"
@@ -32,32 +29,6 @@ struct Grid {
     }
     std::unique_ptr<Fennims> fennims;
 };
-
-std::unique_ptr<Fennims> fromGeoJson(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return nullptr;
-    VORNBuilder builder(extent(100), nullptr, nullptr);
-    const QJsonObject collection = QJsonDocument::fromJson(file.readAll()).object();
-    for (const auto feature : collection[QStringLiteral("features")].toArray()) {
-        QList<QPolygonF> rings;
-        const QJsonObject geometry = feature.toObject()[QStringLiteral("geometry")].toObject();
-        const QJsonArray coordinates = geometry[QStringLiteral("coordinates")].toArray();
-        const bool multi = geometry[QStringLiteral("type")] == QLatin1String("MultiPolygon");
-        for (const auto polygon : multi ? coordinates : QJsonArray{coordinates}) {
-            for (const auto ring : polygon.toArray()) {
-                rings.append(QPolygonF());
-                for (const auto vertex : ring.toArray()) {
-                    const QJsonArray place = vertex.toArray();
-                    rings.last().append({place[0].toDouble(), place[1].toDouble()});
-                }
-            }
-        }
-        builder.CreateChain({new FMPolygon(rings)}, {span(0, 1)}, -1);
-    }
-    return opened(builder);
-}
 
 int links(Fennims &fennims, bool queen)
 {
@@ -176,18 +147,6 @@ private Q_SLOTS:
         for (const int chain : {0, 29, 30, 31})
             QCOMPARE(again->CalculatePolygonAdjacencies(record(chain), 5, true, 1, {record(chain)}),
                      expected[record(chain)]);
-    }
-
-    // Counts by spdep 1.2-7 (poly2nb), both directions.
-    void publishedCounts()
-    {
-        const auto counted = [](const char *file) {
-            const std::unique_ptr<Fennims> fennims = fromGeoJson(QString::fromLatin1(file));
-            return fennims ? qMakePair(links(*fennims, true), links(*fennims, false))
-                           : qMakePair(-1, -1);
-        };
-        QCOMPARE(counted(SAMPLES_DIRECTORY "/nc_sids/nc_counties.geojson"), qMakePair(490, 462));
-        QCOMPARE(counted(SAMPLES_DIRECTORY "/us_income/states48.geojson"), qMakePair(214, 210));
     }
 
     void toleranceJoinsWhatIsNearlyThere()
