@@ -173,15 +173,6 @@ private Q_SLOTS:
         }
     }
 
-    void aTangleHasTheAreasOfItsEvenOddSet()
-    {
-        const FMPolygon bowTie(QVector<QPointF>{{0, 0}, {4, 4}, {4, 0}, {0, 4}});
-        QVector<FMCellArea> cells;
-        bowTie.CellAreas({0, 0, 4, 1, 1}, {0, 0, 3, 3}, cells);
-        QCOMPARE(areaOfCells(cells), 8.0);
-        QCOMPARE(cells.size(), 12);
-    }
-
     void unusableGridsGiveNothing()
     {
         const struct {
