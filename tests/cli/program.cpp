@@ -17,6 +17,17 @@ QJsonObject Outcome::json() const
     return QJsonDocument::fromJson(out.toUtf8()).object();
 }
 
+QJsonValue Outcome::at(const QString &path) const
+{
+    QJsonValue value = json();
+    for (const QString &part : path.split('/')) {
+        bool isIndex = false;
+        const int index = part.toInt(&isIndex);
+        value = isIndex ? value[index] : value[part];
+    }
+    return value;
+}
+
 Workplace::Workplace() : mRoot(mDirectory.path())
 {
 }
@@ -84,17 +95,4 @@ Outcome Workplace::watch(const QString &program, const QStringList &arguments,
     outcome.out = QString::fromUtf8(process.readAllStandardOutput());
     outcome.err = QString::fromUtf8(process.readAllStandardError());
     return outcome;
-}
-
-QByteArray squares()
-{
-    const auto square = [](const char *key, int left) -> QByteArray {
-        const QByteArray x = QByteArray::number(left);
-        const QByteArray r = QByteArray::number(left + 1);
-        return QByteArray("{\"type\":\"Feature\",\"properties\":{\"id\":\"") + key
-               + "\"},\"geometry\":{\"type\":\"Polygon\",\"coordinates\":[[[" + x + ",0],[" + r
-               + ",0],[" + r + ",1],[" + x + ",1],[" + x + ",0]]]}}";
-    };
-    return "{\"type\":\"FeatureCollection\",\"features\":[" + square("a", 0) + "," + square("b", 1)
-           + "," + square("c", 5) + "]}";
 }

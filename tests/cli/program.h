@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 #include <functional>
+#include "support/checks.h"
+#include "support/squares.h"
 
 class QProcess;
 
@@ -17,6 +19,8 @@ struct Outcome {
     QString err;
     /// The result as JSON; an empty object when it does not parse.
     QJsonObject json() const;
+    /// What stands in the result at a place such as "times/0/mean".
+    QJsonValue at(const QString &path) const;
 };
 
 class Workplace {
@@ -42,6 +46,3 @@ private:
     QTemporaryDir mDirectory;
     QString mRoot;
 };
-
-/// Two squares side by side, keys "a" and "b", and a third one, "c", apart.
-QByteArray squares();
