@@ -84,7 +84,8 @@ private Q_SLOTS:
         QVERIFY(grid.CircleQuery(QPointF(0.5, 0.5), 0.0, pixels));
         QCOMPARE(text(pixels), QStringLiteral("10,9"));
         QVERIFY(grid.CircleQuery(QPointF(0.5, 0.5), 1.0, pixels));
-        // Centres that lie exactly on the left or upper side of the disc's box are out of its window.
+        // Centres that lie exactly on the left or upper side of the disc's box are out of its
+        // window.
         QCOMPARE(text(pixels), QStringLiteral("10,9 10,10 11,9"));
         QVERIFY(grid.CircleQuery(QPointF(0.5, 0.5), 1.01, pixels));
         QCOMPARE(text(pixels), QStringLiteral("9,9 10,8 10,9 10,10 11,9"));

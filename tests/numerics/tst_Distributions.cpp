@@ -101,8 +101,8 @@ private Q_SLOTS:
         }
         QVERIFY2(exact.within(kError), exact.text());
         QVERIFY2(cumulative.within(kError), cumulative.text());
-        // The skewness term that the approximation leaves out, phi(z) |z^3 - 3 z| |1 - 2p| / (6 n p (1
-        // - p)), is below 0.092 / (n p (1 - p)); terms of higher order add a little.
+        // The skewness term that the approximation leaves out, phi(z) |z^3 - 3 z| |1 - 2p| / (6 n p
+        // (1 - p)), is below 0.092 / (n p (1 - p)); terms of higher order add a little.
         QVERIFY2(approximate.within(0.1), approximate.text());
     }
 

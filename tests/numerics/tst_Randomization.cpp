@@ -75,7 +75,8 @@ private Q_SLOTS:
 
     void shufflesFollowTheStatedExchanges()
     {
-        // The walk over the published generator: position i changes places with trunc(u (n - i) + i).
+        // The walk over the published generator: position i changes places with trunc(u (n - i) +
+        // i).
         constexpr int n = 50;
         std::mt19937 generator(walkSeed(99));
         VORN_SetRandomSeed(99);

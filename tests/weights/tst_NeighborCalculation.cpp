@@ -436,8 +436,8 @@ private Q_SLOTS:
         }
     }
 
-    // Two places for three neighbours: ties are told by distances relative to each other, in degrees as
-    // in metres.
+    // Two places for three neighbours: ties are told by distances relative to each other, in
+    // degrees as in metres.
     void tiesAndWeightsKnowNoUnit()
     {
         TestModel model;

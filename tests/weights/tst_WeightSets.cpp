@@ -489,15 +489,16 @@ private Q_SLOTS:
             for (const int value : {-1, 65537})
                 QVERIFY(!loads({{kSet, with([&](OldSet &set) { set.*field = value; })}}));
         }
-        // A last number that leaves none: sets are refused before ids could become another geography's.
+        // A last number that leaves none: sets are refused before ids could become another
+        // geography's.
         QVERIFY(loads({{kSet, with([](OldSet &set) { set.nextId = 65536; })}}));
         const int id = addPoints(2);
         QCOMPARE(raisedText([id] { VORN_CreateClusterSet(id, "", ""); }),
                  QString("Weight set id not defined"));
         QVERIFY(loads({{kSet, good}}));
 
-        // Lists of fewer objects than there are make the project unreadable; blocks that are no lists
-        // read as empty ones.
+        // Lists of fewer objects than there are make the project unreadable; blocks that are no
+        // lists read as empty ones.
         const int set = VORN_CreateClusterSet(id, "", "");
         VORN_AddToClusterSet(set, 1, {0, 5, true, false}, {entry(0, 0.25F)});
         QByteArray bytes;
