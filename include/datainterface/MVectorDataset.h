@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringView>
 #include <QVector>
+#include <memory>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -339,64 +340,18 @@ private:
     bool holdsObject(int id) const { return id >= 0 && id < mObjectCount; }
     /// The interval under which the dataset stores `stamp`: a static dataset has only time 0.
     TimeStamp stampOf(const TimeStamp &stamp) const;
+    bool holdsRealization(int realization) const { return mRealizationData.contains(realization); }
     /// Null for an unknown realization.
     const MVectorDataRealization *realizationAt(int realization) const;
-    MVectorDataRealization *realizationAt(int realization);
-    /// The realizations, for a change. Clears mLastSlices: every function that adds, removes or
-    /// replaces slices must get the map from here.
-    QMap<int, MVectorDataRealization> &realizationsToChange();
     /// The same, but raises "Invalid realization index" for an unknown realization.
     const MVectorDataRealization &knownRealization(int realization) const;
+    /// The realizations, for a change that no store makes. The stores forget the slices that they
+    /// read last.
+    QMap<int, MVectorDataRealization> &realizationsToChange();
     /// Called after a bulk change: marks the statistics as out of date and deletes the variogram
     /// models.
     void dataChanged(int realization);
 
-    template <class T> const TimeSliceData<T> *sliceAt(int realization, qint64 time) const;
-    template <class T> const TimeSeriesData<T> *seriesOf(int realization, int id) const;
-    template <class T>
-    bool findSlice(int realization, qint64 time, const TimeSliceData<T> *&slice) const;
-    template <class T> bool takeSlices(int realization, const SliceMap<T> &slices);
-    template <class T> bool takeSeries(int id, int realization, TimeSeriesData<T> *series);
-    template <class T> bool takeAllSeries(int realization, const SeriesMap<T> &series);
-    template <class T> bool copySlices(int realization, SliceMap<T> &slices) const;
-    template <class T> bool copySeries(int realization, SeriesMap<T> &series) const;
-    template <class T> void makeStatic(MVectorDataRealization &realization);
-    template <class T>
-    void removeObjects(MVectorDataRealization &realization, const QVector<int> &ids);
-
-    template <class T>
-    bool addCell(int realization, int id, const TimeStamp &stamp, const T &value, bool overwrite,
-                 bool updateFrequencies);
-    template <class T>
-    void replaceCell(TimeSliceData<T> &slice, int id, const T &value, bool overwrite,
-                     bool updateFrequencies);
-    template <class T>
-    bool addSlice(int realization, const TimeStamp &stamp, const QVector<T> &values,
-                  const QSet<int> &missing, bool overwrite, bool updateFrequencies);
-    template <class T>
-    bool mergeSlice(SliceMap<T> &slices, const TimeStamp &stamp, const QVector<T> &values,
-                    const QSet<int> &missing, bool overwrite, bool updateFrequencies);
-    template <class T>
-    void addToSeries(MVectorDataRealization &realization, int id, const TimedValues<T> &values,
-                     bool overwrite, bool updateFrequencies);
-    template <class T>
-    bool addSeries(int realization, int id, const TimedValues<T> &values, bool overwrite,
-                   bool updateFrequencies);
-    template <class T> bool markMissing(SliceMap<T> &slices, int id, const TimeStamp &stamp);
-    template <class T> bool markMissing(SeriesMap<T> &series, int id, const TimeStamp &stamp);
-
-    template <class T> bool readCell(int realization, int id, qint64 time, T &value) const;
-    template <class T, class Take> void visitObject(int realization, int id, Take take);
-    template <class T> MDatum interpolated(int realization, int id, qint64 time) const;
-    template <class T>
-    bool readValues(int realization, qint64 time, QVector<T> &values, QSet<int> &missing,
-                    bool interpolate) const;
-    template <class T> TimeStamp stampOfValue(int realization, int id, qint64 time) const;
-
-    template <class T> bool updateFrequency(const T &value, bool add);
-    template <class T> bool recountFrequencies();
-    template <class T, class Visit>
-    void visitValuesAt(int realization, qint64 time, Visit visit) const;
     std::vector<datainterface::ValueRun> sortedValues() const;
     bool restoreValues(QDataStream &in, const datainterface::LoadContext &context);
     bool restoreObjectCount(QDataStream &in, const datainterface::LoadContext &context);
@@ -410,24 +365,16 @@ private:
                                   MVectorDataRealization &realization);
     bool settleStorage();
 
-    /// The slice that was read last. Values are read in runs, and the search by time is most of the
-    /// cost of reading one. sliceAt() sets the record. The pointer is valid only while the slice is
-    /// in its map, so realizationsToChange() and ClearRealization() clear the records of all types
-    /// before any slice can be deleted or get another interval.
-    template <class T> struct LastSlice {
-        int realization = -1;
-        TimeStamp stamp;
-        const TimeSliceData<T> *slice = nullptr;
-    };
-    using LastSlices = std::tuple<LastSlice<int>, LastSlice<double>, LastSlice<QString>>;
+    /// One store per element type and storage type, with the rules of its containers: how they are
+    /// found, cut, merged and removed.
+    class Stores;
 
     int mObjectCount = 0;
     StorageType mStorageType = TimeSlice;
     RealizationVectorDataFrequencies mFrequencies;
     mutable datainterface::PlainCounts<double> mDecimalCounts; ///< the map that was returned last
-    /// Mutable because a check-out can create an empty series.
-    mutable QMap<int, MVectorDataRealization> mRealizationData;
-    mutable LastSlices mLastSlices; ///< one for each type; cleared by realizationsToChange()
+    QMap<int, MVectorDataRealization> mRealizationData;
+    const std::unique_ptr<Stores> mStores; ///< refer to mRealizationData
 };
 
 /// A std::string as files before 180004 hold texts: the length in bytes as 32 bits, then the bytes.

@@ -39,7 +39,7 @@ DatasetProps MVectorDataset::GetProperties(const MGeoData *geography)
 
 bool MVectorDataset::IsNormalScoreDataset(qint64 time, int realization) const
 {
-    if (!realizationAt(realization) || !hasStatistics(realization) || mDataType != DecimalType)
+    if (!holdsRealization(realization) || !hasStatistics(realization) || mDataType != DecimalType)
         return false;
     DataSetStats stats;
     QVector<double> values;

@@ -3,8 +3,7 @@
 #include <QDateTime>
 #include <cmath>
 #include "Common/detail/failure.h"
-#include "datasets/elementTypes.h"
-#include "datasets/lastSlice.h"
+#include "datasets/MVectorDataset.stores.h"
 
 using namespace datainterface;
 
@@ -21,16 +20,6 @@ QString now()
 template <class... Maps> void deleteContainers(std::tuple<Maps &...> maps)
 {
     std::apply([](Maps &...map) { ((qDeleteAll(map), map.clear()), ...); }, maps);
-}
-
-// A slice of texts cannot be empty, so without objects there is none.
-template <class T> bool dropEmptySlices(MVectorDataset::SliceMap<T> &slices, int objectCount)
-{
-    if (!std::is_same_v<T, QString> || objectCount > 0)
-        return false;
-    qDeleteAll(slices);
-    slices.clear();
-    return true;
 }
 
 template <class Map> bool checkOutAll(const Map &map)
@@ -51,7 +40,7 @@ template <class Map> void checkInAll(const Map &map)
 } // namespace
 
 MVectorDataset::MVectorDataset(MDataSource *source, const QString &directory)
-    : MDataset(source, directory)
+    : MDataset(source, directory), mStores(std::make_unique<Stores>(*this))
 {
     mDatasetKind = VectorKind;
     SetMetaData(QStringLiteral("Creation date"), now());
@@ -62,7 +51,8 @@ MVectorDataset::MVectorDataset(MDataSource *source, StorageType storage, int id,
                                int objectCount)
     : MDataset(source, id, type, name, path, realizationCount),
       mObjectCount(objectCount),
-      mStorageType(storage)
+      mStorageType(storage),
+      mStores(std::make_unique<Stores>(*this))
 {
     mDatasetKind = VectorKind;
     SetMetaData(QStringLiteral("Creation date"), now());
@@ -103,16 +93,9 @@ const MVectorDataRealization *MVectorDataset::realizationAt(int realization) con
     return found == mRealizationData.constEnd() ? nullptr : &*found;
 }
 
-MVectorDataRealization *MVectorDataset::realizationAt(int realization)
-{
-    QMap<int, MVectorDataRealization> &realizations = realizationsToChange();
-    const auto found = realizations.find(realization);
-    return found == realizations.end() ? nullptr : &*found;
-}
-
 QMap<int, MVectorDataRealization> &MVectorDataset::realizationsToChange()
 {
-    mLastSlices = LastSlices();
+    mStores->forget();
     return mRealizationData;
 }
 
@@ -147,7 +130,8 @@ bool MVectorDataset::CheckInRealization(int realization, int) const
 bool MVectorDataset::CheckOutTimeSlice(int realization, qint64 time, int) const
 {
     return isSliced() && visitElement(mDataType, [&](auto element) {
-               const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
+               const auto *slice =
+                   mStores->sliceAt<ElementOf<decltype(element)>>(realization, time);
                if (slice)
                    slice->CheckOut();
                return slice != nullptr;
@@ -158,7 +142,8 @@ bool MVectorDataset::CheckInTimeSlice(int realization, qint64 time, int) const
 {
     knownRealization(realization);
     return isSliced() && visitElement(mDataType, [&](auto element) {
-               const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
+               const auto *slice =
+                   mStores->sliceAt<ElementOf<decltype(element)>>(realization, time);
                if (slice && slice->CheckOutCount() > 0)
                    slice->CheckIn();
                return slice != nullptr;
@@ -171,11 +156,7 @@ bool MVectorDataset::CheckOutTimeSeries(int realization, int id, int) const
     require(holdsObject(id), "id < mObjectCount");
     knownRealization(realization);
     visitElement(mDataType, [&](auto element) {
-        using T = ElementOf<decltype(element)>;
-        auto &series = mRealizationData[realization].template seriesOf<T>();
-        if (!series.contains(id))
-            series.insert(id, new TimeSeriesData<T>);
-        series.value(id)->CheckOut();
+        mStores->series<ElementOf<decltype(element)>>().atOrNew(realization, id)->CheckOut();
     });
     return true;
 }
@@ -186,7 +167,7 @@ bool MVectorDataset::CheckInTimeSeries(int realization, int id, int) const
     require(holdsObject(id), "id < mObjectCount");
     knownRealization(realization);
     return visitElement(mDataType, [&](auto element) {
-        const auto *series = seriesOf<ElementOf<decltype(element)>>(realization, id);
+        const auto *series = mStores->series<ElementOf<decltype(element)>>().at(realization, id);
         if (series && series->CheckOutCount() > 0)
             series->CheckIn();
         return series != nullptr;
@@ -195,28 +176,11 @@ bool MVectorDataset::CheckInTimeSeries(int realization, int id, int) const
 
 void MVectorDataset::ClearRealization(MVectorDataRealization &realization)
 {
-    mLastSlices = LastSlices();
+    mStores->forget();
     visitContainers(realization, mDataType, mStorageType, [](auto &map) {
         qDeleteAll(map);
         map.clear();
     });
-}
-
-template <class T> void MVectorDataset::makeStatic(MVectorDataRealization &realization)
-{
-    if (!isSliced()) {
-        auto &series = realization.seriesOf<T>();
-        qDeleteAll(series);
-        series.clear();
-        return;
-    }
-    auto &slices = realization.slicesOf<T>();
-    TimeSliceData<T> *earliest =
-        mIsStatic && !slices.isEmpty() ? slices.take(slices.firstKey()) : nullptr;
-    qDeleteAll(slices);
-    slices.clear();
-    if (earliest)
-        slices.insert(kStaticStamp, earliest);
 }
 
 void MVectorDataset::SetStatic(bool isStatic)
@@ -227,8 +191,12 @@ void MVectorDataset::SetStatic(bool isStatic)
     visitElement(mDataType, [this](auto element) {
         using T = ElementOf<decltype(element)>;
         mFrequencies.tableOf<T>().clear();
-        for (MVectorDataRealization &realization : realizationsToChange())
-            makeStatic<T>(realization);
+        if (!isSliced())
+            mStores->series<T>().clear();
+        else if (mIsStatic)
+            mStores->slices<T>().keepEarliest(kStaticStamp);
+        else
+            mStores->slices<T>().clear();
     });
     RecalculateFrequencies();
     mTimeBounds = kStaticStamp;
@@ -242,51 +210,16 @@ bool MVectorDataset::Resize(int objectCount)
         return false;
     RemoveAllVariogramModels();
     visitElement(mDataType, [&](auto element) {
-        for (MVectorDataRealization &realization : realizationsToChange()) {
-            auto &slices = realization.slicesOf<ElementOf<decltype(element)>>();
-            if (!dropEmptySlices(slices, objectCount))
-                for (auto *slice : slices)
-                    slice->Resize(objectCount);
-        }
+        mStores->slices<ElementOf<decltype(element)>>().resize(objectCount);
     });
     mObjectCount = objectCount;
     return true;
 }
 
-template <class T>
-void MVectorDataset::removeObjects(MVectorDataRealization &realization, const QVector<int> &ids)
-{
-    const QSet<int> removed(ids.begin(), ids.end());
-    SliceMap<T> &slices = realization.slicesOf<T>();
-    if (!dropEmptySlices(slices, mObjectCount - ids.size()))
-        for (TimeSliceData<T> *slice : slices)
-            slice->RemoveObjects(removed);
-
-    SeriesMap<T> kept;
-    int removedBelow = 0;
-    auto &series = realization.seriesOf<T>();
-    for (auto it = series.cbegin(); it != series.cend(); ++it) {
-        while (removedBelow < ids.size() && ids.at(removedBelow) < it.key())
-            ++removedBelow;
-        if (removed.contains(it.key()))
-            delete it.value();
-        else
-            kept.insert(it.key() - removedBelow, it.value());
-    }
-    series = kept;
-}
-
 void MVectorDataset::RequireReleased(const QSet<int> &ids) const
 {
     visitElement(mDataType, [&](auto element) {
-        using T = ElementOf<decltype(element)>;
-        for (const MVectorDataRealization &realization : qAsConst(mRealizationData)) {
-            for (const int id : ids) {
-                const TimeSeriesData<T> *series =
-                    realization.template seriesOf<T>().value(id, nullptr);
-                require(!series || series->CheckOutCount() == 0, "Time series still in use");
-            }
-        }
+        mStores->series<ElementOf<decltype(element)>>().requireReleased(ids);
     });
 }
 
@@ -296,17 +229,18 @@ void MVectorDataset::RemoveObjects(const QSet<int> &ids)
     std::copy_if(ids.begin(), ids.end(), std::back_inserter(sorted),
                  [this](int id) { return holdsObject(id); });
     std::sort(sorted.begin(), sorted.end());
-    RequireReleased(QSet<int>(sorted.begin(), sorted.end()));
+    const QSet<int> removed(sorted.begin(), sorted.end());
+    const int remaining = mObjectCount - sorted.size();
+    RequireReleased(removed);
     visitElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
-        auto &realizations = realizationsToChange();
-        for (auto realization = realizations.begin(); realization != realizations.end();
-             ++realization) {
-            removeObjects<T>(*realization, sorted);
-            invalidateStatistics(realization.key());
+        for (auto it = mRealizationData.keyBegin(); it != mRealizationData.keyEnd(); ++it) {
+            mStores->slices<T>().removeObjects(*it, removed, remaining);
+            mStores->series<T>().removeObjects(*it, sorted);
+            invalidateStatistics(*it);
         }
     });
-    mObjectCount -= sorted.size();
+    mObjectCount = remaining;
     RecalculateFrequencies();
 }
 
@@ -323,22 +257,8 @@ bool MVectorDataset::IsValid() const
 
 bool MVectorDataset::HasMissing(int realization) const
 {
-    const MVectorDataRealization *found = realizationAt(realization);
-    return visitElement(mDataType, [&](auto element) {
-        using T = ElementOf<decltype(element)>;
-        if (!found)
-            return false;
-        if (isSliced()) {
-            const auto &slices = found->slicesOf<T>();
-            return std::any_of(slices.begin(), slices.end(),
-                               [](const auto *slice) { return slice->GetMissingCount() > 0; });
-        }
-        for (int id = 0; id < mObjectCount; ++id) {
-            const TimeSeriesData<T> *series = found->seriesOf<T>().value(id, nullptr);
-            if (!series || series->GetCount() == 0)
-                return true;
-        }
-        return false;
+    return mStores->visit([&](const auto &store, auto) {
+        return store.of(realization) && store.hasMissing(realization, mObjectCount);
     });
 }
 
@@ -347,11 +267,6 @@ void MVectorDataset::CleanPre201044Data()
     if (isSliced())
         return;
     visitElement(mDataType, [this](auto element) {
-        for (MVectorDataRealization &realization : realizationsToChange()) {
-            auto &series = realization.seriesOf<ElementOf<decltype(element)>>();
-            for (auto it = series.lowerBound(mObjectCount); it != series.end();
-                 it = series.erase(it))
-                delete *it;
-        }
+        mStores->series<ElementOf<decltype(element)>>().dropBeyond(mObjectCount);
     });
 }

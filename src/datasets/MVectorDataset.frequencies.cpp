@@ -8,16 +8,34 @@ using namespace datainterface;
 
 namespace {
 
-template <class T> void countHeld(const TimeSliceData<T> &slice, FrequencyTally<T> &tally)
+template <class T> bool update(FrequencyTable<T> &table, const T &value, bool add)
 {
-    const CheckedOut<TimeSliceData<T>> hold(slice);
-    HeldValues<T>(slice).visit([&tally](int, const T &value) { tally.count(value); });
+    if (add)
+        return countUp(table, value);
+    countDown(table, value);
+    return true;
 }
-template <class T> void countHeld(const TimeSeriesData<T> &series, FrequencyTally<T> &tally)
+
+/// Counts all values anew. Containers are read until the table is over its limit: the values after
+/// that would not be counted.
+template <class T>
+bool recount(FrequencyTable<T> &table, const QMap<int, MVectorDataRealization> &realizations,
+             MVectorDataset::StorageType storage)
 {
-    const CheckedOut<TimeSeriesData<T>> hold(series);
-    std::for_each(series.Data(), series.Data() + series.GetCount(),
-                  [&tally](const auto &entry) { tally.count(entry.value); });
+    table.clear();
+    FrequencyTally<T> tally(table, std::numeric_limits<int>::max(), FrequencyTally<T>::Up);
+    const auto countContainers = [&tally](const auto &containers) {
+        for (auto it = containers.begin(); it != containers.end() && !tally.isFull(); ++it)
+            visitHeld(**it, [&tally](const T &value) { tally.count(value); });
+    };
+    for (const MVectorDataRealization &realization : realizations) {
+        if (storage == MVectorDataset::TimeSlice)
+            countContainers(realization.slicesOf<T>());
+        else
+            countContainers(realization.seriesOf<T>());
+    }
+    tally.finish();
+    return true;
 }
 
 template <class T> MDatum datumOf(const T &key)
@@ -30,63 +48,34 @@ template <class T> MDatum datumOf(const T &key)
 
 } // namespace
 
-template <class T> bool MVectorDataset::updateFrequency(const T &value, bool add)
-{
-    auto &table = mFrequencies.tableOf<T>();
-    if (add)
-        return countUp(table, value);
-    countDown(table, value);
-    return true;
-}
-
 bool MVectorDataset::UpdateFrequencies(int value, bool add)
 {
-    return updateFrequency(value, add);
+    return update(mFrequencies.tableOf<int>(), value, add);
 }
 
 bool MVectorDataset::UpdateFrequencies(double value, bool add)
 {
-    return updateFrequency(value, add);
+    return update(mFrequencies.tableOf<double>(), value, add);
 }
 
 bool MVectorDataset::UpdateFrequencies(const QString &value, bool add)
 {
-    return updateFrequency(value, add);
-}
-
-// Containers are read until the table is over its limit; what comes behind would not be counted.
-template <class T> bool MVectorDataset::recountFrequencies()
-{
-    auto &table = mFrequencies.tableOf<T>();
-    table.clear();
-    FrequencyTally<T> tally(table, std::numeric_limits<int>::max(), FrequencyTally<T>::Up);
-    const auto countContainers = [&tally](const auto &containers) {
-        for (auto it = containers.begin(); it != containers.end() && !tally.isFull(); ++it)
-            countHeld(**it, tally);
-    };
-    for (const MVectorDataRealization &realization : qAsConst(mRealizationData)) {
-        if (isSliced())
-            countContainers(realization.slicesOf<T>());
-        else
-            countContainers(realization.seriesOf<T>());
-    }
-    tally.finish();
-    return true;
+    return update(mFrequencies.tableOf<QString>(), value, add);
 }
 
 bool MVectorDataset::RecalculateIntegerFrequencies()
 {
-    return recountFrequencies<int>();
+    return recount<int>(mFrequencies.tableOf<int>(), mRealizationData, mStorageType);
 }
 
 bool MVectorDataset::RecalculateDecimalFrequencies()
 {
-    return recountFrequencies<double>();
+    return recount<double>(mFrequencies.tableOf<double>(), mRealizationData, mStorageType);
 }
 
 bool MVectorDataset::RecalculateStringFrequencies()
 {
-    return recountFrequencies<QString>();
+    return recount<QString>(mFrequencies.tableOf<QString>(), mRealizationData, mStorageType);
 }
 
 bool MVectorDataset::RecalculateFrequencies()

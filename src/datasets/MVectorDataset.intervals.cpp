@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // When a dataset has values.
 #include "Common/detail/failure.h"
-#include "datasets/elementTypes.h"
-#include "datasets/heldValues.h"
+#include "datasets/MVectorDataset.stores.h"
 
 using namespace datainterface;
 
@@ -20,7 +19,7 @@ QList<TimeStamp> MVectorDataset::GetTimeSeriesIntervals(int realization, int id)
     return visitElement(mDataType, [&](auto element) {
         const auto *series = isSliced() || !holdsObject(id)
                                  ? nullptr
-                                 : seriesOf<ElementOf<decltype(element)>>(realization, id);
+                                 : mStores->series<ElementOf<decltype(element)>>().at(realization, id);
         return series ? series->GetIntervals() : QList<TimeStamp>();
     });
 }
@@ -48,56 +47,21 @@ QList<TimeStamp> MVectorDataset::GetCommonTimeStamps(int realization)
 
 bool MVectorDataset::GetCommonTimeStamp(int realization, qint64 time, TimeStamp &stamp) const
 {
-    const MVectorDataRealization *found = realizationAt(realization);
-    return visitElement(mDataType, [&](auto element) {
-        using T = ElementOf<decltype(element)>;
-        if (!found)
-            return false;
-        if (isSliced()) {
-            const auto &slices = found->slicesOf<T>();
-            const auto slice = slices.constFind(TimeStamp(timeOf(time)));
-            if (slice != slices.constEnd())
-                stamp = slice.key();
-            return slice != slices.constEnd();
-        }
-        bool isFirst = true;
-        visitObjects(found->seriesOf<T>(), mObjectCount, [&](const TimeSeriesData<T> &series) {
-            const CheckedOut<TimeSeriesData<T>> hold(series);
-            if (const auto *entry = entryAt(series, timeOf(time))) {
-                stamp = isFirst ? entry->stamp : stamp.intersect(entry->stamp);
-                isFirst = false;
-            }
-        });
-        return !isFirst;
+    return mStores->visit([&](const auto &store, auto) {
+        return store.of(realization)
+               && store.commonStamp(realization, timeOf(time), mObjectCount, stamp);
     });
-}
-
-template <class T>
-TimeStamp MVectorDataset::stampOfValue(int realization, int id, qint64 time) const
-{
-    const MVectorDataRealization *found = realizationAt(realization);
-    if (!found || !holdsObject(id))
-        return TimeStamp::Invalid;
-    if (isSliced()) {
-        const auto &slices = found->slicesOf<T>();
-        const auto slice = slices.constFind(TimeStamp(timeOf(time)));
-        T value{};
-        return slice != slices.constEnd() && (*slice)->GetValue(id, value) ? slice.key()
-                                                                           : TimeStamp::Invalid;
-    }
-    const TimeSeriesData<T> *series = found->seriesOf<T>().value(id, nullptr);
-    if (!series)
-        return TimeStamp::Invalid;
-    const CheckedOut<TimeSeriesData<T>> hold(*series);
-    const TimeSeriesEntry<T> *entry = entryAt(*series, timeOf(time));
-    return entry ? entry->stamp : TimeStamp::Invalid;
 }
 
 bool MVectorDataset::ObjectValueChanged(int realization, int id, qint64 first, qint64 second)
 {
-    return visitElement(mDataType, [&](auto element) {
-        using T = ElementOf<decltype(element)>;
-        return stampOfValue<T>(realization, id, first) != stampOfValue<T>(realization, id, second);
+    const auto stampAt = [&](const auto &store, qint64 time) {
+        return store.of(realization) && holdsObject(id)
+                   ? store.stampOf(realization, id, timeOf(time))
+                   : TimeStamp::Invalid;
+    };
+    return mStores->visit([&](const auto &store, auto) {
+        return stampAt(store, first) != stampAt(store, second);
     });
 }
 

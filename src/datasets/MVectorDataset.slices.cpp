@@ -1,209 +1,15 @@
 // SPDX-License-Identifier: MIT
-// How a slice of values enters a map of slices that it overlaps.
-//
-// The new interval is cut into pieces at the ends of the slices under it. Each piece gets a
-// container of its own, with the new values and the old ones put together by the rule of
-// `overwrite`. What the present slices had outside the pieces stays with them, under shorter keys;
-// one that is cut in the middle is copied. Everything that can fail on the way to the block store
-// happens before the map is touched.
-#include <memory>
-#include <vector>
+// Values added to a dataset that is stored as slices: the arguments are checked here, the slices
+// are cut and merged in the SliceStore.
+#include <cmath>
 #include "Common/detail/failure.h"
 #include "datainterface/dataContainer.h"
+#include "datasets/MVectorDataset.stores.h"
 #include "datasets/dataContainer.elements.h"
-#include "datasets/elementTypes.h"
-#include "datasets/frequencyTally.h"
-#include "datasets/heldValues.h"
-#include "datasets/intervalCuts.h"
 
 using namespace datainterface;
 
 namespace {
-
-template <class T>
-void countSlice(FrequencyTable<T> &table, const TimeSliceData<T> &slice,
-                typename FrequencyTally<T>::Direction direction)
-{
-    const CheckedOut<TimeSliceData<T>> hold(slice);
-    const HeldValues<T> held(slice);
-    FrequencyTally<T> tally(table, held.count() - held.missing().size(), direction);
-    if (!tally.isFull())
-        held.visit([&tally](int, const T &value) { tally.count(value); });
-    tally.finish();
-}
-
-template <class T> class SliceMerge {
-public:
-    using Slice = TimeSliceData<T>;
-    using Map = MVectorDataset::SliceMap<T>;
-
-    SliceMerge(Map &slices, const TimeStamp &stamp, const QVector<T> &values,
-               const QSet<int> &missing)
-        : mSlices(slices), mStamp(stamp), mValues(values), mMissing(missing)
-    {
-    }
-
-    void cutNewValues(bool overwrite)
-    {
-        PieceCursor cursor(mStamp);
-        for (auto present = begin(); isUnder(present); ++present) {
-            const CheckedOut<Slice> hold(**present);
-            const HeldValues<T> held(**present);
-            // Where nothing of a present slice survives, the later piece simply spans it.
-            if (overwrite && !isAnyHeld(held, mMissing))
-                continue;
-            addPiece(cursor.upTo(present.key()), mValues, mMissing);
-            const TimeStamp piece = cursor.through(present.key());
-            if (!piece.isValid())
-                continue;
-            if (overwrite)
-                addNewOverPresent(piece, held);
-            else if (hasHoleToFill(held))
-                addPresentOverNew(piece, **present, held);
-        }
-        addPiece(cursor.rest(), mValues, mMissing);
-    }
-
-    /// Counts with the pieces in order, unless `table` is null. False when there is no piece.
-    bool apply(FrequencyTable<T> *table)
-    {
-        cutPresentSlices();
-        if (table)
-            count(*table);
-        for (PresentSlice &present : mPresent)
-            mSlices.remove(present.key);
-        for (PresentSlice &present : mPresent)
-            putBack(present);
-        for (Piece &piece : mPieces)
-            mSlices.insert(piece.stamp, piece.slice.release());
-        return !mPieces.empty();
-    }
-
-private:
-    struct Piece {
-        TimeStamp stamp;
-        std::unique_ptr<Slice> slice;
-    };
-    struct PresentSlice {
-        std::size_t piece; ///< that cuts it
-        TimeStamp key;
-        Slice *slice;
-        Cut cut;
-        std::unique_ptr<Slice> tail; ///< of one that is cut in the middle
-    };
-
-    typename Map::const_iterator begin() const { return qAsConst(mSlices).lowerBound(mStamp); }
-    bool isUnder(typename Map::const_iterator present) const
-    {
-        return present != mSlices.constEnd() && !(mStamp < present.key());
-    }
-
-    static bool isAnyHeld(const HeldValues<T> &held, const QSet<int> &ids)
-    {
-        return std::any_of(ids.begin(), ids.end(), [&held](int id) { return held.holds(id); });
-    }
-    bool isNew(int id) const { return !mMissing.contains(id); }
-    bool hasHoleToFill(const HeldValues<T> &held) const
-    {
-        if (std::any_of(held.missing().begin(), held.missing().end(),
-                        [this](int id) { return isNew(id); }))
-            return true;
-        for (int id = held.count(); id < mValues.size(); ++id) {
-            if (isNew(id))
-                return true;
-        }
-        return false;
-    }
-
-    void addPiece(const TimeStamp &stamp, const QVector<T> &values, const QSet<int> &missing)
-    {
-        if (stamp.isValid())
-            mPieces.push_back({stamp, std::make_unique<Slice>(values, missing)});
-    }
-    void addNewOverPresent(const TimeStamp &stamp, const HeldValues<T> &held)
-    {
-        QVector<T> values = mValues;
-        QSet<int> missing = mMissing;
-        for (const int id : mMissing) {
-            if (held.holds(id)) {
-                values[id] = held[id];
-                missing.remove(id);
-            }
-        }
-        addPiece(stamp, values, missing);
-    }
-    void addPresentOverNew(const TimeStamp &stamp, const Slice &present, const HeldValues<T> &held)
-    {
-        QVector<T> values = present.GetValues();
-        QSet<int> missing = held.missing();
-        values.resize(mValues.size());
-        for (int id = 0; id < mValues.size(); ++id) {
-            if (held.holds(id))
-                continue;
-            values[id] = mValues.at(id);
-            if (isNew(id))
-                missing.remove(id);
-            else
-                missing.insert(id);
-        }
-        addPiece(stamp, values, missing);
-    }
-
-    // Both lists are in order of time, and no slice lies under two pieces.
-    void cutPresentSlices()
-    {
-        std::size_t i = 0;
-        for (auto present = begin(); isUnder(present) && i < mPieces.size(); ++present) {
-            while (i < mPieces.size() && mPieces[i].stamp < present.key())
-                ++i;
-            if (i == mPieces.size() || present.key() < mPieces[i].stamp)
-                continue;
-            const Cut cut = cutBy(mPieces[i].stamp, present.key());
-            mPresent.push_back(
-                {i, present.key(), *present, cut,
-                 cut == Cut::HeadAndTail ? std::make_unique<Slice>(**present) : nullptr});
-        }
-    }
-    void count(FrequencyTable<T> &table) const
-    {
-        auto present = mPresent.begin();
-        for (std::size_t i = 0; i < mPieces.size(); ++i) {
-            for (; present != mPresent.end() && present->piece == i; ++present) {
-                if (present->cut == Cut::Nothing)
-                    countSlice(table, *present->slice, FrequencyTally<T>::Down);
-                else if (present->cut == Cut::HeadAndTail)
-                    countSlice(table, *present->slice, FrequencyTally<T>::Up);
-            }
-            countSlice(table, *mPieces[i].slice, FrequencyTally<T>::Up);
-        }
-    }
-    void putBack(PresentSlice &present)
-    {
-        const TimeStamp &piece = mPieces[present.piece].stamp;
-        switch (present.cut) {
-        case Cut::Nothing:
-            delete present.slice;
-            break;
-        case Cut::Head:
-            mSlices.insert(headOf(present.key, piece), present.slice);
-            break;
-        case Cut::Tail:
-            mSlices.insert(tailOf(present.key, piece), present.slice);
-            break;
-        case Cut::HeadAndTail:
-            mSlices.insert(headOf(present.key, piece), present.slice);
-            mSlices.insert(tailOf(present.key, piece), present.tail.release());
-            break;
-        }
-    }
-
-    Map &mSlices;
-    const TimeStamp mStamp;
-    const QVector<T> mValues;
-    const QSet<int> mMissing;
-    std::vector<Piece> mPieces;
-    std::vector<PresentSlice> mPresent;
-};
 
 /// The elements of a container as `To`.
 template <class To, class From> QVector<To> widened(const From *values, int count)
@@ -231,96 +37,49 @@ using SliceElement = std::conditional_t<
 } // namespace
 
 template <class T>
-bool MVectorDataset::mergeSlice(SliceMap<T> &slices, const TimeStamp &stamp,
-                                const QVector<T> &values, const QSet<int> &missing, bool overwrite,
-                                bool updateFrequencies)
+bool MVectorDataset::Stores::mergeSlice(int realization, const TimeStamp &stamp,
+                                        const QVector<T> &values, const QSet<int> &missing,
+                                        bool overwrite, bool updateFrequencies)
 {
-    if (!holdsTick(stamp))
+    if (!slices<T>().add(realization, stamp, values, missing, overwrite,
+                         tableIf<T>(updateFrequencies)))
         return false;
-    SliceMerge<T> merge(slices, stamp, values, missing);
-    merge.cutNewValues(overwrite);
-    if (!merge.apply(updateFrequencies ? &mFrequencies.tableOf<T>() : nullptr))
-        return false;
-    mTimeBounds += stamp;
+    mDataset.mTimeBounds += stamp;
     return true;
 }
 
 template <class T>
-void MVectorDataset::replaceCell(TimeSliceData<T> &slice, int id, const T &value, bool overwrite,
-                                 bool updateFrequencies)
+bool MVectorDataset::Stores::addCell(int realization, int id, const TimeStamp &stamp,
+                                     const T &value, bool overwrite, bool updateFrequencies)
 {
-    slice.WriteLater();
-    const CheckedOut<TimeSliceData<T>> hold(slice);
-    const bool isHeld = id < slice.GetCount() && !slice.IsMissing(id);
-    auto &frequencies = mFrequencies.tableOf<T>();
-    if (updateFrequencies && isHeld) {
-        const auto oldValue = frequencies.find(slice.GetValue(id));
-        require(oldValue != frequencies.end(), "frequencies.contains(oldValue)");
-        // Before the test below, and without taking a key along whose count is 0: tables of files
-        // are counted so.
-        --*oldValue;
-    }
-    if (isHeld && !overwrite)
-        return;
-    slice.SetValue(id, value);
-    if (updateFrequencies)
-        countUp(frequencies, value);
-}
-
-template <class T>
-bool MVectorDataset::addCell(int realization, int id, const TimeStamp &stamp, const T &value,
-                             bool overwrite, bool updateFrequencies)
-{
-    auto &slices = realizationAt(realization)->slicesOf<T>();
-    const auto present = slices.constFind(stamp);
-    if (present != slices.constEnd() && present.key() == stamp && id < (*present)->GetCount()) {
-        replaceCell(**present, id, value, overwrite, updateFrequencies);
+    if (slices<T>().setValue(realization, id, stamp, value, overwrite,
+                             tableIf<T>(updateFrequencies)))
         return true;
-    }
-    QVector<T> values(mObjectCount);
+    const int objectCount = mDataset.mObjectCount;
+    QVector<T> values(objectCount);
     values[id] = value;
     QSet<int> missing;
-    missing.reserve(mObjectCount);
-    for (int other = 0; other < mObjectCount; ++other) {
+    missing.reserve(objectCount);
+    for (int other = 0; other < objectCount; ++other) {
         if (other != id)
             missing.insert(other);
     }
-    return mergeSlice(slices, stamp, values, missing, overwrite, updateFrequencies);
-}
-
-bool MVectorDataset::AddTimeSliceValue(int realization, int id, const TimeStamp &stamp,
-                                       const MDatum &value, bool overwrite, bool updateFrequencies)
-{
-    if (!isSliced() || !realizationAt(realization) || !holdsObject(id))
-        return false;
-    const TimeStamp closed(stamp.startTime, stamp.endTime, stamp.inclusiveStart,
-                           stamp.inclusiveEnd);
-    switch (value.type()) {
-    case MDatum::Integer:
-        return addCell(realization, id, closed, integerOf(value), overwrite,
-                       updateFrequencies);
-    case MDatum::Decimal:
-        return addCell(realization, id, closed, value.decimalValue(), overwrite, updateFrequencies);
-    case MDatum::String:
-        return addCell(realization, id, closed, value.text(), overwrite,
-                       updateFrequencies);
-    default:
-        return false;
-    }
+    return mergeSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
 }
 
 template <class T>
-bool MVectorDataset::addSlice(int realization, const TimeStamp &stamp, const QVector<T> &values,
-                              const QSet<int> &missing, bool overwrite, bool updateFrequencies)
+bool MVectorDataset::Stores::addSlice(int realization, const TimeStamp &stamp,
+                                      const QVector<T> &values, const QSet<int> &missing,
+                                      bool overwrite, bool updateFrequencies)
 {
-    MVectorDataRealization *target = realizationAt(realization);
-    if (!target || mDataType != typeCode<T>() || !isSliced())
+    if (!mDataset.holdsRealization(realization) || mDataset.mDataType != typeCode<T>()
+        || !mDataset.isSliced())
         return false;
-    require(values.size() == mObjectCount, "Invalid object count");
+    require(values.size() == mDataset.mObjectCount, "Invalid object count");
 
     QSet<int> absent = missing;
     for (const int id : missing) {
-        if (!holdsObject(id))
+        if (!mDataset.holdsObject(id))
             absent.remove(id);
     }
     if constexpr (std::is_same_v<T, double>) {
@@ -328,36 +87,58 @@ bool MVectorDataset::addSlice(int realization, const TimeStamp &stamp, const QVe
             if (!std::isfinite(values.at(id)))
                 absent.insert(id);
         }
-        if (absent.size() == mObjectCount)
+        if (absent.size() == mDataset.mObjectCount)
             return true;
     }
-    const bool changed = mergeSlice(target->slicesOf<T>(), stampOf(stamp), values, absent,
-                                    overwrite, updateFrequencies);
+    const bool changed = mergeSlice(realization, mDataset.stampOf(stamp), values, absent, overwrite,
+                                    updateFrequencies);
     if (changed)
-        invalidateStatistics(realization);
-    RemoveAllVariogramModels();
+        mDataset.invalidateStatistics(realization);
+    mDataset.RemoveAllVariogramModels();
     return changed;
+}
+
+bool MVectorDataset::AddTimeSliceValue(int realization, int id, const TimeStamp &stamp,
+                                       const MDatum &value, bool overwrite, bool updateFrequencies)
+{
+    if (!isSliced() || !holdsRealization(realization) || !holdsObject(id))
+        return false;
+    const TimeStamp closed(stamp.startTime, stamp.endTime, stamp.inclusiveStart,
+                           stamp.inclusiveEnd);
+    switch (value.type()) {
+    case MDatum::Integer:
+        return mStores->addCell(realization, id, closed, integerOf(value), overwrite,
+                                updateFrequencies);
+    case MDatum::Decimal:
+        return mStores->addCell(realization, id, closed, value.decimalValue(), overwrite,
+                                updateFrequencies);
+    case MDatum::String:
+        return mStores->addCell(realization, id, closed, value.text(), overwrite,
+                                updateFrequencies);
+    default:
+        return false;
+    }
 }
 
 bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
                                         const QVector<int> &values, const QSet<int> &missing,
                                         bool overwrite, bool updateFrequencies)
 {
-    return addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
+    return mStores->addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
 }
 
 bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
                                         const QVector<double> &values, const QSet<int> &missing,
                                         bool overwrite, bool updateFrequencies)
 {
-    return addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
+    return mStores->addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
 }
 
 bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
                                         const QVector<QString> &values, const QSet<int> &missing,
                                         bool overwrite, bool updateFrequencies)
 {
-    return addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
+    return mStores->addSlice(realization, stamp, values, missing, overwrite, updateFrequencies);
 }
 
 bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
@@ -366,7 +147,7 @@ bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
 {
     if (!isSliced() || values.count() != mObjectCount || ContainerAccess::isEmpty(values))
         return false;
-    // After setAllMissing the ids are not listed: such a container's values count as present.
+    // After setAllMissing the ids are not listed, and the values of such a container count as present.
     const QSet<int> missing =
         values.missingData().isValid() ? values.missingData().missingIds() : QSet<int>();
     bool changed = false;
@@ -374,52 +155,8 @@ bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
         using From = std::decay_t<decltype(*elements)>;
         using To = SliceElement<From>;
         if constexpr (!std::is_void_v<To>)
-            changed = addSlice(realization, stamp, widened<To>(elements, mObjectCount), missing,
-                               overwrite, updateFrequencies);
+            changed = mStores->addSlice(realization, stamp, widened<To>(elements, mObjectCount),
+                                        missing, overwrite, updateFrequencies);
     });
     return changed;
 }
-
-template <class T>
-bool MVectorDataset::markMissing(SliceMap<T> &slices, int id, const TimeStamp &stamp)
-{
-    struct Found {
-        TimeStamp key;
-        TimeSliceData<T> *slice;
-    };
-    std::vector<Found> under;
-    for (auto it = qAsConst(slices).lowerBound(stamp);
-         it != slices.constEnd() && !(stamp < it.key()); ++it) {
-        if (holdsTick(partUnder(it.key(), stamp)))
-            under.push_back({it.key(), *it});
-    }
-    auto &frequencies = mFrequencies.tableOf<T>();
-    for (const Found &found : under) {
-        const Cut cut = cutBy(stamp, found.key);
-        if (cut == Cut::Nothing) {
-            found.slice->WriteLater();
-            const CheckedOut<TimeSliceData<T>> hold(*found.slice);
-            if (id < found.slice->GetCount() && !found.slice->IsMissing(id))
-                countDown(frequencies, found.slice->GetValue(id));
-            found.slice->SetMissing(id);
-            continue;
-        }
-        auto part = std::make_unique<TimeSliceData<T>>(*found.slice);
-        part->SetMissing(id);
-        auto tail =
-            cut == Cut::HeadAndTail ? std::make_unique<TimeSliceData<T>>(*found.slice) : nullptr;
-        countSlice(frequencies, *part, FrequencyTally<T>::Up);
-        if (tail)
-            countSlice(frequencies, *tail, FrequencyTally<T>::Up);
-        slices.remove(found.key);
-        slices.insert(cut == Cut::Tail ? tailOf(found.key, stamp) : headOf(found.key, stamp),
-                      found.slice);
-        if (tail)
-            slices.insert(tailOf(found.key, stamp), tail.release());
-        slices.insert(partUnder(found.key, stamp), part.release());
-    }
-    return !under.empty();
-}
-template bool MVectorDataset::markMissing(SliceMap<int> &, int, const TimeStamp &);
-template bool MVectorDataset::markMissing(SliceMap<double> &, int, const TimeStamp &);
-template bool MVectorDataset::markMissing(SliceMap<QString> &, int, const TimeStamp &);

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <cmath>
 #include "Common/detail/failure.h"
-#include "datasets/elementTypes.h"
-#include "datasets/heldValues.h"
-#include "datasets/lastSlice.h"
+#include "datasets/MVectorDataset.stores.h"
 
 using namespace datainterface;
 
@@ -50,19 +48,18 @@ int widthOf(double number)
 } // namespace
 
 template <class T, class Visit>
-void MVectorDataset::visitValuesAt(int realization, qint64 time, Visit visit) const
+void MVectorDataset::Stores::visitValuesAt(int realization, qint64 time, Visit visit)
 {
-    if (isSliced()) {
-        if (const TimeSliceData<T> *slice = sliceAt<T>(realization, time)) {
-            const CheckedOut<TimeSliceData<T>> hold(*slice);
-            HeldValues<T>(*slice).visit([&visit](int, T value) { visit(value); });
-        }
+    if (mDataset.isSliced()) {
+        if (const TimeSliceData<T> *slice = sliceAt<T>(realization, time))
+            visitHeld(*slice, visit);
         return;
     }
+    const qint64 instant = mDataset.timeOf(time);
     T value{};
-    visitObjects(knownRealization(realization).seriesOf<T>(), mObjectCount,
-                 [&](const TimeSeriesData<T> &series) {
-                     if (series.GetValue(timeOf(time), value))
+    visitObjects(*series<T>().of(realization), mDataset.mObjectCount,
+                 [&](const TimeSeriesData<T> &one) {
+                     if (one.GetValue(instant, value))
                          visit(value);
                  });
 }
@@ -70,14 +67,14 @@ void MVectorDataset::visitValuesAt(int realization, qint64 time, Visit visit) co
 // The record of a time without present values is kept as well: it says so.
 bool MVectorDataset::CalcMinMaxMean(int realization, qint64 time) const
 {
-    if (!realizationAt(realization) || !hasStatistics(realization))
+    if (!holdsRealization(realization) || !hasStatistics(realization))
         return false;
     return visitNumericElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
-        if (isSliced() && !sliceAt<T>(realization, time))
+        if (isSliced() && !mStores->sliceAt<T>(realization, time))
             return false;
         Summary<T> summary;
-        visitValuesAt<T>(realization, time, [&summary](T value) { summary.add(value); });
+        mStores->visitValuesAt<T>(realization, time, [&summary](T value) { summary.add(value); });
         mStatistics[realization].perTime.insert(TimeStamp(timeOf(time)), summary.stats());
         return true;
     });
@@ -85,24 +82,15 @@ bool MVectorDataset::CalcMinMaxMean(int realization, qint64 time) const
 
 bool MVectorDataset::CalcMinMaxMean(int realization) const
 {
-    const MVectorDataRealization *found = realizationAt(realization);
-    if (!found || !hasStatistics(realization))
+    if (!holdsRealization(realization) || !hasStatistics(realization))
         return false;
     return visitNumericElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
         Summary<T> summary;
-        if (isSliced()) {
-            for (const TimeSliceData<T> *slice : found->slicesOf<T>()) {
-                const CheckedOut<TimeSliceData<T>> hold(*slice);
-                HeldValues<T>(*slice).visit([&summary](int, T value) { summary.add(value); });
-            }
-        } else {
-            for (const TimeSeriesData<T> *series : found->seriesOf<T>()) {
-                const CheckedOut<TimeSeriesData<T>> hold(*series);
-                std::for_each(series->Data(), series->Data() + series->GetCount(),
-                              [&summary](const auto &entry) { summary.add(entry.value); });
-            }
-        }
+        mStores->visitOf<T>([&](const auto &store) {
+            for (const auto *container : *store.of(realization))
+                visitHeld(*container, [&summary](T value) { summary.add(value); });
+        });
         if (summary.count() == 0)
             return false;
         mStatistics[realization].whole = summary.stats();
@@ -112,7 +100,7 @@ bool MVectorDataset::CalcMinMaxMean(int realization) const
 
 bool MVectorDataset::GetStdDev(int realization, qint64 time, double &result) const
 {
-    if (!hasStatistics(realization) || !realizationAt(realization))
+    if (!hasStatistics(realization) || !holdsRealization(realization))
         return false;
     const TimeStamp instant(timeOf(time));
     return visitNumericElement(mDataType, [&](auto element) {
@@ -126,7 +114,7 @@ bool MVectorDataset::GetStdDev(int realization, qint64 time, double &result) con
         if (!stats->stdDevValid) {
             qint64 count = 0;
             double sum = 0.0;
-            visitValuesAt<T>(realization, time, [&](T value) {
+            mStores->visitValuesAt<T>(realization, time, [&](T value) {
                 if (!std::isfinite(static_cast<double>(value)))
                     return;
                 const double deviation = static_cast<double>(value) - stats->mean;
@@ -153,16 +141,10 @@ void MVectorDataset::GetDataWidths(int &width, int &decimals)
     if (mDataType == StringType) {
         const auto widen = [&width](const QString &text) { width = qMax(width, text.size()); };
         for (const MVectorDataRealization &realization : qAsConst(mRealizationData)) {
-            for (const TimeSliceData<QString> *slice : realization.slicesOf<QString>()) {
-                const CheckedOut<TimeSliceData<QString>> hold(*slice);
-                HeldValues<QString>(*slice).visit(
-                    [&widen](int, const QString &text) { widen(text); });
-            }
-            for (const TimeSeriesData<QString> *series : realization.seriesOf<QString>()) {
-                const CheckedOut<TimeSeriesData<QString>> hold(*series);
-                std::for_each(series->Data(), series->Data() + series->GetCount(),
-                              [&widen](const auto &entry) { widen(entry.value); });
-            }
+            for (const TimeSliceData<QString> *slice : realization.slicesOf<QString>())
+                visitHeld(*slice, widen);
+            for (const TimeSeriesData<QString> *series : realization.seriesOf<QString>())
+                visitHeld(*series, widen);
         }
         return;
     }

@@ -4,9 +4,7 @@
 #include <vector>
 #include "Common/detail/failure.h"
 #include "containers/slicePeek.h"
-#include "datasets/elementTypes.h"
-#include "datasets/heldValues.h"
-#include "datasets/lastSlice.h"
+#include "datasets/MVectorDataset.stores.h"
 
 using namespace datainterface;
 
@@ -203,72 +201,55 @@ template <class T, class Take> void visitEntries(const TimeSeriesData<T> &series
 } // namespace
 
 template <class T>
-bool MVectorDataset::readCell(int realization, int id, qint64 time, T &value) const
+inline bool MVectorDataset::Stores::read(int realization, int id, qint64 time, T &value)
 {
-    if (!holdsObject(id))
+    if (!mDataset.holdsObject(id))
         return false;
-    if (isSliced()) {
+    if (mDataset.isSliced()) {
         const TimeSliceData<T> *slice = sliceAt<T>(realization, time);
         return slice && slice->GetValue(id, value);
     }
-    const TimeSeriesData<T> *series = seriesOf<T>(realization, id);
-    return series && series->GetValue(timeOf(time), value);
+    const TimeSeriesData<T> *one = series<T>().at(realization, id);
+    return one && one->GetValue(mDataset.timeOf(time), value);
 }
 
 bool MVectorDataset::ReadValue(int realization, int id, qint64 time, int &value) const
 {
-    return mDataType == IntegerType && readCell(realization, id, time, value);
+    return mDataType == IntegerType && mStores->read(realization, id, time, value);
 }
 
 bool MVectorDataset::ReadValue(int realization, int id, qint64 time, double &value) const
 {
-    return mDataType == DecimalType && readCell(realization, id, time, value);
+    return mDataType == DecimalType && mStores->read(realization, id, time, value);
 }
 
 MDatum MVectorDataset::GetValue(int id, qint64 time, int realization)
 {
     return visitElement(mDataType, [&](auto element) {
         ElementOf<decltype(element)> value{};
-        return readCell(realization, id, time, value) ? MDatum(value) : MDatum();
+        return mStores->read(realization, id, time, value) ? MDatum(value) : MDatum();
     });
 }
 
-template <class T> MDatum MVectorDataset::interpolated(int realization, int id, qint64 time) const
+template <class T>
+MDatum MVectorDataset::Stores::interpolated(int realization, int id, qint64 time)
 {
-    const MVectorDataRealization *found = realizationAt(realization);
-    if (!found || !holdsObject(id))
+    if (!mDataset.holdsRealization(realization) || !mDataset.holdsObject(id))
         return MDatum();
-    if (isSliced())
-        return interpolatedIn(found->slicesOf<T>(), id, timeOf(time));
-    const TimeSeriesData<T> *series = found->seriesOf<T>().value(id, nullptr);
-    return series ? interpolatedIn(*series, timeOf(time)) : MDatum();
+    const qint64 instant = mDataset.timeOf(time);
+    if (mDataset.isSliced())
+        return interpolatedIn(*slices<T>().of(realization), id, instant);
+    const TimeSeriesData<T> *one = series<T>().at(realization, id);
+    return one ? interpolatedIn(*one, instant) : MDatum();
 }
 
 MDatum MVectorDataset::GetValue(int id, qint64 time, bool interpolate, int realization)
 {
-    if (!interpolate || !std::as_const(*this).realizationAt(realization) || mDataType == StringType)
+    if (!interpolate || !holdsRealization(realization) || mDataType == StringType)
         return GetValue(id, time, realization);
     return visitNumericElement(mDataType, [&](auto element) {
-        return interpolated<ElementOf<decltype(element)>>(realization, id, time);
+        return mStores->interpolated<ElementOf<decltype(element)>>(realization, id, time);
     });
-}
-
-template <class T, class Take> void MVectorDataset::visitObject(int realization, int id, Take take)
-{
-    // Whatever the interval, a static dataset is read at time 0.
-    if (mIsStatic) {
-        T value{};
-        for (const TimeStamp &stamp : GetDataIntervals(realization, id)) {
-            if (readCell(realization, id, stamp.timeInInterval(), value))
-                take(stamp, value);
-        }
-    } else if (!isSliced()) {
-        if (const TimeSeriesData<T> *series =
-                holdsObject(id) ? seriesOf<T>(realization, id) : nullptr)
-            visitEntries(*series, take);
-    } else if (const auto *found = std::as_const(*this).realizationAt(realization)) {
-        visitThroughTime(found->slicesOf<T>(), id, take);
-    }
 }
 
 void MVectorDataset::GetObjectValues(int realization, int id, QVector<Interval> &intervals,
@@ -278,14 +259,28 @@ void MVectorDataset::GetObjectValues(int realization, int id, QVector<Interval> 
     values.clear();
     visitElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
-        const MVectorDataRealization *found = std::as_const(*this).realizationAt(realization);
-        const int most = found && isSliced() ? found->slicesOf<T>().size() : 0;
-        intervals.reserve(most);
-        values.reserve(most);
-        visitObject<T>(realization, id, [&](const TimeStamp &stamp, const T &value) {
+        const auto append = [&](const TimeStamp &stamp, const T &value) {
             intervals.append(stamp);
             values.append(datum(value));
-        });
+        };
+        const auto *slices = isSliced() ? mStores->slices<T>().of(realization) : nullptr;
+        if (slices) {
+            intervals.reserve(slices->size());
+            values.reserve(slices->size());
+        }
+        // A static dataset is read at time 0, whatever the interval.
+        if (mIsStatic) {
+            T value{};
+            for (const TimeStamp &stamp : GetDataIntervals(realization, id)) {
+                if (mStores->read(realization, id, stamp.timeInInterval(), value))
+                    append(stamp, value);
+            }
+        } else if (slices) {
+            visitThroughTime(*slices, id, append);
+        } else if (!isSliced() && holdsObject(id)) {
+            if (const TimeSeriesData<T> *series = mStores->series<T>().at(realization, id))
+                visitEntries(*series, append);
+        }
     });
 }
 
@@ -294,51 +289,42 @@ MDatum MVectorDataset::GetIdValue(int realization, unsigned int id)
     const int object = id <= static_cast<unsigned int>(std::numeric_limits<int>::max())
                            ? static_cast<int>(id)
                            : -1;
-    const MVectorDataRealization *found = realizationAt(realization);
-    return visitElement(mDataType, [&](auto element) {
-        using T = ElementOf<decltype(element)>;
-        if (!found || !holdsObject(object))
-            return MDatum();
-        if (isSliced()) {
-            const auto &slices = found->slicesOf<T>();
-            T value{};
-            return !slices.isEmpty() && slices.first()->GetValue(object, value) ? MDatum(value)
-                                                                                : MDatum();
-        }
-        const TimeSeriesData<T> *series = found->seriesOf<T>().value(object, nullptr);
-        if (!series)
-            return MDatum();
-        const CheckedOut<TimeSeriesData<T>> hold(*series);
-        return series->GetCount() > 0 ? MDatum(series->Data()->value) : MDatum();
+    return mStores->visit([&](const auto &store, auto element) {
+        ElementOf<decltype(element)> value{};
+        return store.of(realization) && holdsObject(object)
+                       && store.readFirst(realization, object, value)
+                   ? MDatum(value)
+                   : MDatum();
     });
 }
 
 template <class T>
-bool MVectorDataset::readValues(int realization, qint64 time, QVector<T> &values,
-                                QSet<int> &missing, bool interpolate) const
+bool MVectorDataset::Stores::readAll(int realization, qint64 time, QVector<T> &values,
+                                     QSet<int> &missing, bool interpolate)
 {
-    const MVectorDataRealization *found = realizationAt(realization);
-    if (!found || mDataType != typeCode<T>())
+    if (!mDataset.holdsRealization(realization) || mDataset.mDataType != typeCode<T>())
         return false;
+    const bool isSliced = mDataset.isSliced();
+    const int objectCount = mDataset.mObjectCount;
     missing.clear();
     if (const TimeSliceData<T> *slice =
-            isSliced() && !interpolate ? sliceAt<T>(realization, time) : nullptr) {
+            isSliced && !interpolate ? sliceAt<T>(realization, time) : nullptr) {
         values = slice->GetValues();
         missing = slice->GetMissingIds();
-        for (int id = values.size(); id < mObjectCount; ++id)
+        for (int id = values.size(); id < objectCount; ++id)
             missing.insert(id);
-        if (values.size() != mObjectCount)
-            values.resize(mObjectCount);
+        if (values.size() != objectCount)
+            values.resize(objectCount);
         for (const int id : qAsConst(missing)) {
-            if (holdsObject(id))
+            if (mDataset.holdsObject(id))
                 values[id] = T();
         }
         return true;
     }
-    values = QVector<T>(mObjectCount);
-    const auto fill = [&](auto read) {
-        for (int id = 0; id < mObjectCount; ++id) {
-            if (!read(id, values[id]))
+    values = QVector<T>(objectCount);
+    const auto fill = [&](auto readOne) {
+        for (int id = 0; id < objectCount; ++id) {
+            if (!readOne(id, values[id]))
                 missing.insert(id);
         }
     };
@@ -348,8 +334,8 @@ bool MVectorDataset::readValues(int realization, qint64 time, QVector<T> &values
                 value = static_cast<T>(number.decimalValue());
             return !number.isEmpty();
         };
-        if (interpolate && isSliced()) {
-            const SliceInterpolation<T> all(found->slicesOf<T>(), mObjectCount, timeOf(time));
+        if (interpolate && isSliced) {
+            const SliceInterpolation<T> all(*slices<T>().of(realization), objectCount, mDataset.timeOf(time));
             fill([&](int id, T &value) { return take(all[id], value); });
             return true;
         }
@@ -360,26 +346,26 @@ bool MVectorDataset::readValues(int realization, qint64 time, QVector<T> &values
             return true;
         }
     }
-    fill([&](int id, T &value) { return !isSliced() && readCell(realization, id, time, value); });
+    fill([&](int id, T &value) { return !isSliced && read(realization, id, time, value); });
     return true;
 }
 
 bool MVectorDataset::GetValues(int realization, qint64 time, QVector<int> &values,
                                QSet<int> &missing, bool interpolate) const
 {
-    return readValues(realization, time, values, missing, interpolate);
+    return mStores->readAll(realization, time, values, missing, interpolate);
 }
 
 bool MVectorDataset::GetValues(int realization, qint64 time, QVector<double> &values,
                                QSet<int> &missing, bool interpolate) const
 {
-    return readValues(realization, time, values, missing, interpolate);
+    return mStores->readAll(realization, time, values, missing, interpolate);
 }
 
 bool MVectorDataset::GetValues(int realization, qint64 time, QVector<QString> &values,
                                QSet<int> &missing) const
 {
-    return readValues(realization, time, values, missing, false);
+    return mStores->readAll(realization, time, values, missing, false);
 }
 
 bool MVectorDataset::GetValuesAsDecimal(int realization, qint64 time, QVector<double> &values,
@@ -400,32 +386,23 @@ bool MVectorDataset::IsMissing(int realization, int id, qint64 time) const
     knownRealization(realization);
     return visitElement(mDataType, [&](auto element) {
         ElementOf<decltype(element)> value{};
-        return !readCell(realization, id, time, value);
+        return !mStores->read(realization, id, time, value);
     });
 }
 
 int MVectorDataset::GetDataCount(int realization, qint64 time) const
 {
-    const MVectorDataRealization &known = knownRealization(realization);
-    return visitElement(mDataType, [&](auto element) {
-        using T = ElementOf<decltype(element)>;
-        if (isSliced()) {
-            const TimeSliceData<T> *slice = sliceAt<T>(realization, time);
-            return slice ? slice->GetCount() - slice->GetMissingCount() : 0;
-        }
-        int count = 0;
-        T value{};
-        visitObjects(known.seriesOf<T>(), mObjectCount, [&](const TimeSeriesData<T> &series) {
-            count += series.GetValue(timeOf(time), value);
-        });
-        return count;
+    knownRealization(realization);
+    return mStores->visit([&](const auto &store, auto) {
+        return store.valueCount(realization, timeOf(time), mObjectCount);
     });
 }
 
 bool MVectorDataset::GetMissingTimeSliceValues(int realization, qint64 time, QSet<int> &missing)
 {
     return isSliced() && visitElement(mDataType, [&](auto element) {
-               const auto *slice = sliceAt<ElementOf<decltype(element)>>(realization, time);
+               const auto *slice =
+                   mStores->sliceAt<ElementOf<decltype(element)>>(realization, time);
                if (slice)
                    missing = slice->GetMissingIds();
                return slice != nullptr;

@@ -7,6 +7,9 @@
 
 namespace datainterface {
 
+/// The label of failures in the stores, which are a part of MVectorDataset in files of their own.
+inline constexpr char kDatasetLabel[] = "MVectorDataset";
+
 /// Tells a visitor the element type: `using T = ElementOf<decltype(element)>`.
 template <class T> struct Element {
     using type = T;

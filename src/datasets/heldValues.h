@@ -8,8 +8,8 @@
 
 namespace datainterface {
 
-/// What a slice holds: positions that exist and are not missing. Valid while the slice stays
-/// checked out, unchanged.
+/// The positions of a slice that exist and are not missing. Valid while the slice is checked out
+/// and not changed.
 template <class T> class HeldValues {
 public:
     explicit HeldValues(const TimeSliceData<T> &slice)
@@ -24,7 +24,7 @@ public:
     }
     const T &operator[](int id) const { return mValues[id]; }
 
-    /// `visit(id, value)` for each one held, ascending.
+    /// Calls `visit(id, value)` for each value held, in ascending order of ids.
     template <class Visit> void visit(Visit visit) const
     {
         if (mMissing.isEmpty()) {
@@ -44,8 +44,22 @@ private:
     const QSet<int> &mMissing;
 };
 
-/// Calls `visit(series)` for the series of each object. What shrinking left behind lies beyond the
-/// objects.
+/// Calls `visit(value)` for each value of a slice, which is checked out meanwhile.
+template <class T, class Visit> void visitHeld(const TimeSliceData<T> &slice, Visit visit)
+{
+    const CheckedOut<TimeSliceData<T>> hold(slice);
+    HeldValues<T>(slice).visit([&visit](int, const T &value) { visit(value); });
+}
+/// Calls `visit(value)` for each entry of a series, which is checked out meanwhile.
+template <class T, class Visit> void visitHeld(const TimeSeriesData<T> &series, Visit visit)
+{
+    const CheckedOut<TimeSeriesData<T>> hold(series);
+    std::for_each(series.Data(), series.Data() + series.GetCount(),
+                  [&visit](const TimeSeriesEntry<T> &entry) { visit(entry.value); });
+}
+
+/// Calls `visit(series)` for the series of each object, without the series that shrinking left
+/// beyond the object count.
 template <class T, class Visit>
 void visitObjects(const QMap<int, TimeSeriesData<T> *> &series, int objectCount, Visit visit)
 {
@@ -54,8 +68,8 @@ void visitObjects(const QMap<int, TimeSeriesData<T> *> &series, int objectCount,
         visit(**one);
 }
 
-/// The entry that holds an instant, null without one. Valid while the series stays checked out,
-/// unchanged.
+/// The entry that holds an instant, null without one. Valid while the series is checked out and not
+/// changed.
 template <class T> const TimeSeriesEntry<T> *entryAt(const TimeSeriesData<T> &series, qint64 time)
 {
     const TimeSeriesEntry<T> *end = series.Data() + series.GetCount();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-/// Containers on their way from one dataset to another.
+/// Maps of containers that change their owner.
 #pragma once
+#include <QSet>
 #include <QtAlgorithms>
 #include <memory>
 #include <utility>
@@ -36,5 +37,18 @@ public:
 private:
     Map mMap;
 };
+
+/// Puts `kept` in the place of `map` and deletes the containers of `map` that it does not hold. A
+/// host may pass a map that holds containers of the dataset itself.
+template <class Map> void replaceContainers(Map &map, const Map &kept)
+{
+    const auto stays = kept.values();
+    const QSet<typename Map::mapped_type> staying(stays.begin(), stays.end());
+    for (auto *container : qAsConst(map)) {
+        if (!staying.contains(container))
+            delete container;
+    }
+    map = kept;
+}
 
 } // namespace datainterface

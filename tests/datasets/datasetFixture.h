@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 #include "datainterface/DataBlocks.h"
 #include "datainterface/MVectorDataset.h"
+#include "datainterface/vorn_error.h"
 
 /// A block store for the life of a test program.
 class BlockStore {
@@ -57,4 +58,15 @@ template <class T> QVector<T> samples(std::initializer_list<int> numbers)
     for (const int n : numbers)
         values.append(Sample<T>::value(n));
     return values;
+}
+
+/// The file label of the vorn_error that `call` raises; a null string when it raises none.
+template <class Call> QString raisedLabel(Call call)
+{
+    try {
+        call();
+    } catch (const vorn_error &error) {
+        return QString::fromLocal8Bit(error.what()).section('(', -1).section(',', 0, 0);
+    }
+    return QString();
 }

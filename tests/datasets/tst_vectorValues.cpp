@@ -322,9 +322,11 @@ void TestVectorValues::aReplacedCellKeepsItsKeyInTheTable()
     QVERIFY(dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), true, true));
     QCOMPARE(*dataset.GetIntegerFrequencies(), (QMap<int, int>{{1, 0}, {2, 1}, {5, 1}}));
     dataset.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{7, 8}, {}, true, false);
-    QCOMPARE(raisedText(
-                 [&] { dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), true, true); }),
-             QString("frequencies.contains(oldValue)"));
+    const auto replaceUncounted = [&] {
+        dataset.AddTimeSliceValue(0, 0, stamp("[0, 10]"), MDatum(5), true, true);
+    };
+    QCOMPARE(raisedText(replaceUncounted), QString("frequencies.contains(oldValue)"));
+    QCOMPARE(raisedLabel(replaceUncounted), QString("MVectorDataset"));
 
     LoneDataset kept(IntegerType, MVectorDataset::TimeSlice, 2);
     kept.AddTimeSliceValues(0, stamp("[0, 10]"), QVector<int>{1, 2}, {}, true, true);
