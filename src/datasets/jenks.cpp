@@ -1,16 +1,29 @@
 // SPDX-License-Identifier: MIT
-// Natural breaks by the recurrence F(c, j) = min over i of F(c-1, i) + cost(i+1 .. j), the smallest
-// i of equal ones, as it comes out in doubles when each cost is summed from its first element to
-// its last.
+// Natural breaks: the classes that the plain recurrence (plainJenks.h) finds, in O(k d log d) time
+// for d different values in k classes instead of O(k n^2) for n values.
 //
-// Equal values never part, so the recurrence is run over runs of them. First every F is found
-// approximately from prefix sums, in O(k d log d) for d runs, since the best i never falls as j
-// grows. Then the way back from F(k, n) is walked: at each step all i that could be the best one,
-// given bounds on the rounding of both computations, are candidates. A lone candidate is the
-// answer. Several are told apart by the sums of the recurrence itself, of which only those that
-// matter are formed. When too many matter, or rounding is a fair part of the costs (values with a
-// large common offset), all of them are formed: the plain recurrence, first element by first
-// element, in O(k n) memory.
+// Let F(c, j) be the entries of the recurrence as they come out in doubles, V(c, i, j) =
+// F(c - 1, i) + cost(i + 1 .. j) the value of the split i, and i* the split that the recurrence
+// takes: the smallest i with the least V.
+//
+// Approximation. Equal values are never separated, so splits are between runs of equal values. For
+// sorted values the best split never falls as j grows (Wu 1991, J. Algorithms 12, 663-673), so a
+// row is filled by halving: the split of the middle entry bounds the splits on either side of it.
+// Costs are computed from prefix sums. The result is V', which differs from V by rounding alone.
+//
+// Theorem. Let |V' - V| <= e for all splits. Then V'(c, i*, j) <= min over i of V'(c, i, j) + 2 e.
+// Proof: for the split m with the least V',
+//     V'(i*) <= V(i*) + e <= V(m) + e <= V'(m) + 2 e.
+//
+// So i* is among the candidates: the splits with a V' within the slack 2 e of the least. The slack
+// is computed from bounds on the rounding of both computations (RunSplits::sumUp). The way back
+// from F(k, n) is walked with it:
+//
+//     one candidate        it is i*: certified, and no entry of F is needed
+//     several candidates   the entries of F that they need are computed exactly as the recurrence
+//                          does, by the same additions in the same order, and memoized
+//     too many sums, or    no certificate: the plain recurrence computes all entries; for more
+//     costs near rounding  values than that can take, the first candidate of slack 0 is used
 #include "datasets/jenks.h"
 #include <algorithm>
 #include <cmath>
@@ -18,92 +31,26 @@
 #include <map>
 #include <optional>
 #include <vector>
-#include "datainterface/VORN_Progress.h"
+#include "datasets/plainJenks.h"
 
-using datainterface::ValueRun;
-using datainterface::ValueRuns;
+using namespace datainterface;
 
 namespace {
 
 constexpr double kRounding = 0x1p-53;
 constexpr double kSquareLimit = 1e140; // a larger value could overflow the sums
 constexpr double kScaleDown = 0x1p-600;
-constexpr qint64 kPlainLimit =
-    20000; // values that the plain recurrence is still fit for: 2e8 costs
-constexpr qint64 kPlainFewLimit =
-    2000; // the same when there are not more different values than classes
-constexpr qint64 kMostSums = 1LL << 30; // however many values there are
-constexpr qint64 kSumsPerValue =
-    64; // elements summed a value before the plain recurrence is the shorter way
+// The number of values up to which the plain recurrence is used: 2e8 costs.
+constexpr qint64 kPlainLimit = 20000;
+// The same when there are not more different values than classes.
+constexpr qint64 kPlainFewLimit = 2000;
+// How many elements may be summed to tell candidates apart: in all, and per value. The plain
+// recurrence is faster than more sums per value.
+constexpr qint64 kMostSums = 1LL << 30;
+constexpr qint64 kSumsPerValue = 64;
 
-using Splits = std::vector<qint64>; // for c = k down to 2: the elements before class c
-
-bool goOn(double part)
-{
-    return !VORN_Progress::UsingProgressBar()
-           || VORN_Progress::UpdateProgress(static_cast<int>(100.0 * part), nullptr);
-}
-
-// The costs of the stretches that begin at one element, each from the one before.
-class GrowingCost {
-public:
-    double add(double value)
-    {
-        mSum += value;
-        mSquares += value * value;
-        ++mCount;
-        return mSquares - mSum * mSum / mCount;
-    }
-
-private:
-    double mSum = 0.0;
-    double mSquares = 0.0;
-    double mCount = 0.0;
-};
-
-// All of the recurrence. An empty result: cancelled.
-Splits plainSplits(const ValueRuns &runs, int classes)
-{
-    std::vector<double> values;
-    for (const ValueRun &run : runs)
-        values.insert(values.end(), static_cast<std::size_t>(run.count), run.value);
-    const int n = static_cast<int>(values.size());
-    std::vector<std::vector<double>> best(classes + 1, std::vector<double>(n + 1, HUGE_VAL));
-    std::vector<std::vector<int>> back(classes + 1, std::vector<int>(n + 1, 1));
-    std::vector<double> cost(n + 1);
-    for (int i = 0; i < n; ++i) {
-        if (i % 64 == 0 && !goOn(1.0 - std::pow(1.0 - static_cast<double>(i) / n, 2)))
-            return {};
-        GrowingCost growing;
-        for (int j = i + 1; j <= n; ++j)
-            cost[j] = growing.add(values[j - 1]);
-        if (i == 0) {
-            best[1] = cost;
-            for (int c = 2; c <= classes; ++c)
-                best[c][1] = 0.0;
-            continue;
-        }
-        for (int c = 2; c <= classes; ++c) {
-            const double before = best[c - 1][i];
-            double *const row = best[c].data();
-            int *const from = back[c].data();
-            for (int j = i + 1; j <= n; ++j) {
-                const double value = before + cost[j];
-                from[j] = value < row[j] ? i : from[j];
-                row[j] = value < row[j] ? value : row[j];
-            }
-        }
-    }
-    Splits splits;
-    for (int c = classes, j = n; c > 1; --c) {
-        j = back[c][j];
-        splits.push_back(j);
-    }
-    return splits;
-}
-
-// With no more different values than classes every run is a class; classes left over part off the
-// first element.
+// With no more different values than classes every run is a class. Each class left over takes the
+// first element, as in the recurrence.
 Splits splitsOfFewRuns(const std::vector<qint64> &ends, int classes)
 {
     Splits splits;
@@ -117,7 +64,7 @@ Splits splitsOfFewRuns(const std::vector<qint64> &ends, int classes)
 
 class RunSplits {
 public:
-    // ends[r]: the elements in the first r runs. More runs than classes.
+    // ends[r] is the number of elements in the first r runs. There must be more runs than classes.
     RunSplits(const ValueRuns &values, const std::vector<qint64> &ends, int classes)
         : mValues(values),
           mEnds(ends),
@@ -128,7 +75,7 @@ public:
         sumUp();
     }
 
-    // False: cancelled.
+    // Fills mBest. False when the user cancels.
     bool approximate()
     {
         mBest.resize(mClasses);
@@ -138,13 +85,14 @@ public:
         for (int c = 2; c < mClasses; ++c) {
             mBest[c].assign(mRuns + 1, HUGE_VAL);
             fillRow(c, c, mRuns, c - 1, mRuns - 1);
-            if (!goOn(static_cast<double>(c) / mClasses))
+            if (!continueBreaks(static_cast<double>(c) / mClasses))
                 return false;
         }
         return true;
     }
 
-    // Nothing: rounding decides, or too many sums matter.
+    // The splits of the recurrence. Nothing when rounding is a fair part of the costs, or when too
+    // many sums would be needed.
     std::optional<Splits> certifiedSplits()
     {
         if (leastValue(mClasses, mRuns) < mSlack * mClasses * static_cast<double>(mEnds.back()))
@@ -155,7 +103,7 @@ public:
         });
     }
 
-    // What the approximation alone says.
+    // The splits by the approximation alone.
     Splits likelySplits()
     {
         mBudget = std::numeric_limits<qint64>::max();
@@ -168,8 +116,8 @@ private:
         int back;
     };
 
-    // Prefix sums of the values less the middle one; what that takes off the costs' rounding is all
-    // the better.
+    // Prefix sums of the values less the middle one, which keeps the rounding of the costs small
+    // when the values have a large common offset.
     void sumUp()
     {
         const auto middle = std::upper_bound(mEnds.begin(), mEnds.end(), mEnds.back() / 2);
@@ -189,9 +137,10 @@ private:
             magnitude += count * std::abs(shifted);
             largest = std::max(largest, std::abs(shifted));
         }
-        // The recurrence: n additions each to sums of which the squared one is at most n times the
-        // sum of squares. The approximation: d additions, two ends, k classes, and 2 log2 d + 2
-        // times that since a split that rounding moved bounds the search for others.
+        // The recurrence adds n elements to each of its sums, and the square of the sum is at most
+        // n times the sum of squares. The approximation adds d runs, subtracts two prefixes, and
+        // does so for k classes. The factor 2 log2 d + 3 is there because a split that rounding has
+        // moved bounds the search for other splits.
         const double n = static_cast<double>(mEnds.back());
         const double d = mRuns;
         const double k = mClasses;
@@ -201,7 +150,7 @@ private:
         mSlack = 2.0 * kRounding * (plain + approximation);
     }
 
-    // Of the runs a to b - 1.
+    // The cost of the runs a to b - 1, approximately.
     double cost(int a, int b) const
     {
         const double sum = mSums[b] - mSums[a];
@@ -210,7 +159,7 @@ private:
 
     double approximateValue(int c, int i, int b) const { return mBest[c - 1][i] + cost(i, b); }
 
-    // The entries low to high of row c, whose splits lie between `from` and `to`.
+    // Fills the entries low to high of row c. Their splits are between `from` and `to`.
     void fillRow(int c, int low, int high, int from, int to)
     {
         while (low <= high) {
@@ -239,13 +188,13 @@ private:
         return least;
     }
 
-    // All splits before run b whose value lies within `slack` of the least, ascending; never empty.
+    // All splits before run b whose value is within `slack` of the least, ascending; never empty.
     std::vector<int> candidates(int c, int b, double slack)
     {
         mBudget -= b;
         const double least = leastValue(c, b);
-        // To the recurrence fewer values than classes cost nothing. Only rounding can make that the
-        // better way.
+        // In the recurrence c - 1 classes of fewer values cost nothing, so it may also split there.
+        // Such a split wins by rounding alone; the certificate is given up then.
         for (int i = 1; i < c - 1; ++i) {
             if (slack > 0.0 && cost(i, b) <= least + slack)
                 mBudget = -1;
@@ -272,7 +221,7 @@ private:
         return result;
     }
 
-    // The recurrence's own entry, by the entries that could be its parts.
+    // The entry F(c, b) of the recurrence, from the entries of its candidates.
     Exact exact(int c, int b)
     {
         if (c == 1)
@@ -308,11 +257,11 @@ private:
     const std::vector<qint64> &mEnds;
     const int mRuns;
     const int mClasses;
-    qint64 mBudget; // elements that may still be summed or looked at
-    double mSlack = 0.0;
+    qint64 mBudget; // elements that may still be summed or examined; negative when it is used up
+    double mSlack = 0.0; // 2 e of the theorem
     std::vector<double> mSums;
     std::vector<double> mSquares;
-    std::vector<std::vector<double>> mBest; // [c][b]: b runs in c classes
+    std::vector<std::vector<double>> mBest; // [c][b]: the least cost of b runs in c classes
     std::map<std::pair<int, int>, Exact> mExact;
 };
 
@@ -324,7 +273,7 @@ std::vector<qint64> runEnds(const ValueRuns &runs)
     return ends;
 }
 
-// Where the classes part; nothing: cancelled.
+// The splits between the classes; nothing when the user cancels.
 std::optional<Splits> findSplits(const ValueRuns &values, const std::vector<qint64> &ends,
                                  int classes)
 {
