@@ -35,7 +35,7 @@ MDataset::MDataset(MDataSource *source, int id, DataType type, const QString &na
 
 MDataset::~MDataset() = default;
 
-// A view listens at the data source alone.
+// Views connect to the data source only.
 void MDataset::forwardSignalsTo(MDataSource *source)
 {
     if (!source)
@@ -147,8 +147,7 @@ void MDataset::invalidateStatistics(int realization)
         mStatistics[realization].whole.meanValid = false;
 }
 
-// The map is ordered by wholly-before, so that any key that overlaps the instant compares equal to
-// it.
+// The order of the map is "wholly before", so a key that holds the instant is equivalent to it.
 bool MDataset::GetDataSetStats(int realization, qint64 time, DataSetStats &stats) const
 {
     const TimeStamp instant(timeOf(time));

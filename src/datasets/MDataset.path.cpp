@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The text of a hierarchy path: "/" and a name, or "/<" id ">" for a numbered level. "//" is a
-// slash inside a name, and a name that begins with "<" gets a second one, which reading keeps: such
-// a name grows at each round trip through text, and stored paths rely on the form.
+// The text of a hierarchy path: "/" and a name, or "/<" id ">" for a numbered level. A slash inside
+// a name is written as "//". A name that begins with "<" is written with a second "<", which
+// reading does not remove: such a name grows with each round trip through text. Stored paths
+// depend on it.
 #include "datainterface/MDataset.h"
 #include "Common/detail/failure.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The part of a dataset's stream form that both kinds share. Numbers are big-endian; maps stand as
-// a count and their pairs from the last key to the first.
+// The part of a dataset's stream form that both kinds share. Numbers are big-endian; a map is its
+// count and its pairs, from the last key to the first.
 //
 //   int32 kind, int32 id, int32 data type, int8 static, metadata, time bounds (24 bytes),
 //   path: int32 count of (name, int32 id); int32 realizations;
@@ -15,7 +15,7 @@ using namespace datainterface;
 
 namespace {
 
-// The fewest bytes that an element can take in any version: what a count is held against.
+// The fewest bytes of an element in any version. A count is checked against them.
 constexpr qint64 kMinStatsBytes = 8 + 8 + 2 * 16 + 2;
 constexpr qint64 kMinTimedStatsBytes = 24 + kMinStatsBytes;
 constexpr qint64 kMinRealizationBytes = 4 + kMinStatsBytes;

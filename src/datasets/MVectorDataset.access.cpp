@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The containers themselves: handed out to be read, taken over, copied.
+// Access to the containers themselves: to read them, to replace them, to copy them.
 #include <memory>
 #include <vector>
 #include "datasets/MVectorDataset.stores.h"
@@ -174,7 +174,8 @@ bool MVectorDataset::SetTimeSeriesData(int id, int realization, TimeSeriesData<Q
 
 namespace {
 
-/// Makes a series of `values` and calls `take(series)`, which returns whether it owns the series now.
+/// Makes a series of `values` and calls `take(series)`, which returns whether it owns the series
+/// now.
 template <class T, class Take> bool giveSeries(const QMap<TimeStamp, T> &values, Take take)
 {
     auto series = std::make_unique<TimeSeriesData<T>>(values);
@@ -189,19 +190,22 @@ template <class T, class Take> bool giveSeries(const QMap<TimeStamp, T> &values,
 bool MVectorDataset::SetTimeSeriesData(int id, int realization, const QMap<TimeStamp, int> &values,
                                        bool)
 {
-    return giveSeries(values, [&](auto *series) { return mStores->takeSeries(id, realization, series); });
+    return giveSeries(
+        values, [&](auto *series) { return mStores->takeSeries(id, realization, series); });
 }
 
 bool MVectorDataset::SetTimeSeriesData(int id, int realization,
                                        const QMap<TimeStamp, double> &values, bool)
 {
-    return giveSeries(values, [&](auto *series) { return mStores->takeSeries(id, realization, series); });
+    return giveSeries(
+        values, [&](auto *series) { return mStores->takeSeries(id, realization, series); });
 }
 
 bool MVectorDataset::SetTimeSeriesData(int id, int realization,
                                        const QMap<TimeStamp, QString> &values, bool)
 {
-    return giveSeries(values, [&](auto *series) { return mStores->takeSeries(id, realization, series); });
+    return giveSeries(
+        values, [&](auto *series) { return mStores->takeSeries(id, realization, series); });
 }
 
 bool MVectorDataset::SetTimeSeriesData(int realization, const SeriesMap<int> &series, bool)

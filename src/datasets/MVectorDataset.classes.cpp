@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Legends and shapes of a distribution. Classes come from the frequency table: they need no pass
-// over the values.
+// Classes of legends and the test for normal scores. Classes are computed from the frequency table,
+// without a pass over the values.
 #include "datainterface/DatasetProps.h"
 #include "datasets/elementTypes.h"
 #include "datasets/intervalBreaks.h"
@@ -8,7 +8,7 @@
 
 using namespace datainterface;
 
-/// Every finite key of the frequency table, with how often it is counted.
+/// Every finite key of the frequency table with its count.
 ValueRuns MVectorDataset::sortedValues() const
 {
     ValueRuns runs;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A dataset's values in another type, container by container: only one of either dataset is in
-// memory at a time.
+// The conversion of a dataset to another data type, container by container: at any time at most one
+// container of each dataset is in memory.
 #include "datainterface/MVectorDataset.h"
 #include <algorithm>
 #include <cmath>
@@ -15,10 +15,10 @@ using namespace datainterface;
 
 namespace {
 
-// No double has more: what follows are zeros.
+// No double has more decimals: all further ones are zeros.
 constexpr int kMostDecimals = 1074;
 
-// One value in another type; a text that does not parse is 0.
+// Converts one value. A text that is not a number becomes 0.
 template <class To, class From> To convertedValue(const From &value, int precision)
 {
     Q_UNUSED(precision)
@@ -41,12 +41,12 @@ template <class To, class From> To convertedValue(const From &value, int precisi
         fail("Invalid data type");
 }
 
-// Counts values and asks at every hundredth whether to go on.
+// Counts values, and reports progress after every hundred of them.
 class Meter {
 public:
     explicit Meter(qint64 total) : mTotal(std::max<qint64>(total, 1)) {}
-    /// Calls `work(first, last)` for stretches of the positions 0 to count - 1. False after a
-    /// cancel.
+    /// Calls `work(first, last)` for consecutive ranges of the positions 0 to count - 1. False when
+    /// the user cancels.
     template <class Work> bool walk(int count, Work work)
     {
         constexpr int kInterval = 100;
@@ -75,7 +75,7 @@ private:
     qint64 mDone = 0;
 };
 
-// Each realization is an equal part of the range of the progress bar.
+// Gives each realization an equal part of the range of the progress bar.
 class RealizationProgress {
 public:
     RealizationProgress(int realization, int count) : mOpen(VORN_Progress::UsingProgressBar())
@@ -92,7 +92,7 @@ public:
             return;
         try {
             VORN_Progress::PopProgressBarSection();
-        } catch (...) { // a bar that a host's slot made meanwhile does not have our section
+        } catch (...) { // a host's slot has replaced the bar; the new one lacks this section
         }
     }
     RealizationProgress(const RealizationProgress &) = delete;
@@ -102,7 +102,7 @@ private:
     const bool mOpen;
 };
 
-// Null after a cancel. Missing positions hold a default value.
+// Null when the user cancels. Missing positions hold a default value.
 template <class To, class From>
 std::unique_ptr<TimeSliceData<To>> convertedSlice(const TimeSliceData<From> &slice, int precision,
                                                   Meter &meter)
@@ -143,7 +143,7 @@ std::unique_ptr<TimeSeriesData<To>> convertedSeries(const TimeSeriesData<From> &
     return isDone ? std::make_unique<TimeSeriesData<To>>(entries) : nullptr;
 }
 
-// To count means to page in: only a progress bar wants to know.
+// Counting pages every series in, so it is done for a progress bar only.
 template <class T> qint64 valueCount(const SeriesMap<T> &series)
 {
     qint64 count = 0;

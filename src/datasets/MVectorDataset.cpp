@@ -60,8 +60,8 @@ MVectorDataset::MVectorDataset(MDataSource *source, StorageType storage, int id,
         mRealizationData.insert(i, MVectorDataRealization());
 }
 
-// Every map, not the one in use alone: a single value of another kind than the dataset's lies in
-// the map of its kind, and a load that failed may have left the type unset.
+// Every map is cleared, not only the one in use: a single value of another kind than the dataset's
+// is stored in the map of its kind, and a load that failed may have left the type unset.
 MVectorDataset::~MVectorDataset()
 {
     for (MVectorDataRealization &realization : realizationsToChange()) {
@@ -202,8 +202,8 @@ void MVectorDataset::SetStatic(bool isStatic)
     mTimeBounds = kStaticStamp;
 }
 
-// Series of objects that shrinking cuts off stay in the map: files hold such series, and
-// CleanPre201044Data knows them.
+// Shrinking keeps the series of the objects that it cuts off: project files contain such series,
+// and CleanPre201044Data removes them.
 bool MVectorDataset::Resize(int objectCount)
 {
     if (objectCount < 0)

@@ -119,7 +119,7 @@ int MVectorDataset::GetDatumFrequency(const MDatum &value) const
     });
 }
 
-// Full to the key, and not over it: legends ask for exactly this.
+// Capped means that the table has exactly kFrequencyKeyLimit keys, not more: legends depend on it.
 int MVectorDataset::UniqueValueCount(bool *capped) const
 {
     const int count = visitElement(mDataType, [&](auto element) {

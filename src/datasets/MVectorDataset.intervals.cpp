@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// When a dataset has values.
+// The intervals on which a dataset has values.
 #include "Common/detail/failure.h"
 #include "datasets/MVectorDataset.stores.h"
 
@@ -17,9 +17,10 @@ QList<TimeStamp> MVectorDataset::GetTimeSliceIntervals(int realization)
 QList<TimeStamp> MVectorDataset::GetTimeSeriesIntervals(int realization, int id)
 {
     return visitElement(mDataType, [&](auto element) {
+        using T = ElementOf<decltype(element)>;
         const auto *series = isSliced() || !holdsObject(id)
                                  ? nullptr
-                                 : mStores->series<ElementOf<decltype(element)>>().at(realization, id);
+                                 : mStores->series<T>().at(realization, id);
         return series ? series->GetIntervals() : QList<TimeStamp>();
     });
 }

@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: MIT
-// Vector datasets of files before 180004, which hold their values inline. Behind the base part
-// (none before 103000):
+// Vector datasets of files before 180004, which hold their values inline. After the base part
+// (there is none before 103000):
 //
 //   int32 old data type, int32 object count
-//   before 130000  slices and series of the type; before 103000 then the statistics
+//   before 130000  slices and series of the type; before 103000 the statistics follow
 //   from 130000    frequencies: int32 count of three maps each;
 //                  for each realization int64 length and as many bytes: slices of decimals,
 //                  integers and texts, series of the same; from 170001 as an array, with an int32
 //                  length of its own
 //
-//   slices  int32 count of (stamp, list of values, list of int32 ids); value i is object ids[i]'s
+//   slices  int32 count of (stamp, list of values, list of int32 ids); value i belongs to object
+//           ids[i]
 //   series  int32 count of (int32 object, int32 count of (stamp, value))
 //
-// Which way a dataset is cut stands nowhere: the map with entries tells. A container is made, and
-// stored as a block, as soon as its values are read, so a realization may be larger than memory.
+// The files do not store the storage type: it follows from the map that has entries. A container is
+// made, and stored as a block, as soon as its values are read, so a realization may be larger than
+// memory.
 #include <QtEndian>
 #include <algorithm>
 #include <vector>
@@ -30,7 +32,7 @@ using namespace datainterface;
 namespace {
 
 constexpr qint64 kStampBytes = 24;
-constexpr int kElementsAtOnce = 1 << 17; // memory follows what is read, not what a count says
+constexpr int kElementsAtOnce = 1 << 17; // memory grows with what is read, not with a stored count
 
 template <class T> using Stored = std::conditional_t<std::is_same_v<T, QString>, std::string, T>;
 template <class T> constexpr qint64 leastBytes()
@@ -38,7 +40,7 @@ template <class T> constexpr qint64 leastBytes()
     return std::is_arithmetic_v<T> ? sizeof(T) : sizeof(qint32);
 }
 
-// A point is closed, whatever its flags say.
+// The TimeStamp constructor makes both ends of a point inclusive.
 TimeStamp readStamp(ReadAhead &in)
 {
     const auto start = in.number<qint64>();
@@ -62,7 +64,7 @@ void readElements(ReadAhead &in, std::string *first, int count)
     }
 }
 
-// Elements of the list before are written over: texts keep their memory.
+// Overwrites the elements of the previous list, so that texts reuse their memory.
 template <class T> bool readElements(ReadAhead &in, QVector<T> &elements)
 {
     const int count = in.count(leastBytes<T>());
@@ -116,7 +118,7 @@ DataType datainterface::dataTypeFromOld(qint32 code)
     }
 }
 
-/// Reads the maps of one dataset, with the stream's status as the answer.
+/// Reads the maps of one dataset. The status of the stream is the result.
 class MVectorDataset::OldValues {
 public:
     OldValues(QDataStream &in, DataType type, int objectCount)
@@ -145,7 +147,7 @@ public:
     }
 
 private:
-    /// What another type's maps hold would be out of reach.
+    /// Entries of another data type than the dataset's make the file corrupt.
     template <class T> int readMapSize(qint64 leastEntryBytes)
     {
         const int count = mIn.count(leastEntryBytes);
@@ -180,7 +182,7 @@ private:
         const QVector<T> values = placed(slice.values, slice.ids, missing);
         return new TimeSliceData<T>(values, missing);
     }
-    // Texts go into the image without ever being objects of their own.
+    // Texts are encoded into the block image directly, without a QString for each.
     TimeSliceData<QString> *newSlice(const oldSlice<std::string> &slice) const
     {
         require(mObjectCount > 0, "empty dataset");
@@ -192,7 +194,7 @@ private:
         return new TimeSliceData<QString>(SaveDataBlock(encodeTextSlice(values, missing)));
     }
 
-    /// Each element at the position of its object; objects that are not named are missing.
+    /// Puts each element at the position of its object. Objects that are not named are missing.
     template <class V>
     QVector<V> placed(const QVector<V> &named, const QVector<int> &ids, QSet<int> &missing) const
     {
@@ -216,14 +218,14 @@ private:
         for (int i = 0; i < count && mIn.ok(); ++i) {
             const auto object = mIn.number<qint32>();
             const QVector<TimeSeriesEntry<T>> entries = readHistory<T>();
-            // Objects beyond the count are what shrinking left behind; the load frees them later.
+            // Shrinking left series of objects beyond the count; they are freed later in the load.
             if (!mIn.ok() || !isHistory(entries) || object < 0 || series.contains(object))
                 return mIn.setCorrupt();
             series[object] = new TimeSeriesData<T>(entries);
         }
     }
 
-    /// In the file the last entry comes first.
+    /// In the file the entries are in descending order of time.
     template <class T> QVector<TimeSeriesEntry<T>> readHistory()
     {
         QVector<TimeStamp> stamps;
@@ -264,16 +266,17 @@ private:
     const int mObjectCount;
 };
 
-// The old program read them as C strings. They are decoded in one go, parted by what none of them
-// holds: a string object for each would cost a multiple.
+// The program that wrote these files read texts as C strings, so none contains a NUL. They are
+// joined with NULs between them and decoded in one call, which is several times faster than one
+// call each.
 void MVectorDataset::ProcessPre180005StringData(const QVector<std::string> &stored, QString &joined,
                                                 QVector<QStringView> &texts)
 {
     QByteArray bytes;
     for (const std::string &text : stored)
         bytes.append('\0').append(text.c_str());
-    joined =
-        QString::fromUtf8(bytes.constData(), bytes.size()); // as an array it would end at a NUL
+    // The overload for arrays would stop at the first NUL.
+    joined = QString::fromUtf8(bytes.constData(), bytes.size());
     texts.resize(0);
     texts.reserve(stored.size());
     const QChar *const end = joined.constData() + joined.size();
@@ -294,7 +297,7 @@ bool MVectorDataset::restoreSingle(QDataStream &in, const LoadContext &context)
         readStatistics(in, context);
     if (in.status() != QDataStream::Ok || !settleStorage())
         return false;
-    CleanPre201044Data(); // what is counted below must be in reach
+    CleanPre201044Data(); // series beyond the object count must not be counted
     mTimeBounds = CalculateTimeBounds(mRealizationData.first());
     return RecalculateFrequencies();
 }
@@ -320,7 +323,7 @@ bool MVectorDataset::restoreOldHead(QDataStream &in, const LoadContext &context)
     return restoreObjectCount(in, context);
 }
 
-// Maps that end elsewhere than their length says belong to a file that contradicts itself.
+// A file whose maps do not end where their length says is refused.
 bool MVectorDataset::restoreInlineRealization(QDataStream &in, const LoadContext &context,
                                               MVectorDataRealization &realization)
 {

@@ -147,7 +147,7 @@ bool MVectorDataset::AddTimeSliceValues(int realization, const TimeStamp &stamp,
 {
     if (!isSliced() || values.count() != mObjectCount || ContainerAccess::isEmpty(values))
         return false;
-    // After setAllMissing the ids are not listed, and the values of such a container count as present.
+    // After setAllMissing the ids are not listed, and the values of the container count as present.
     const QSet<int> missing =
         values.missingData().isValid() ? values.missingData().missingIds() : QSet<int>();
     bool changed = false;

@@ -7,7 +7,7 @@ using namespace datainterface;
 
 namespace {
 
-/// Mean and extremes of the finite values that come in.
+/// Mean and extremes of the finite values that are added.
 template <class T> class Summary {
 public:
     void add(T value)
@@ -39,7 +39,7 @@ private:
     T mMaximum{};
 };
 
-/// Characters that the text of a whole number takes.
+/// The length of the text of a whole number.
 int widthOf(double number)
 {
     return QString::number(number, 'f', 0).size();
@@ -64,7 +64,7 @@ void MVectorDataset::Stores::visitValuesAt(int realization, qint64 time, Visit v
                  });
 }
 
-// The record of a time without present values is kept as well: it says so.
+// A time without values gets a record too, with a valid mean and no extremes.
 bool MVectorDataset::CalcMinMaxMean(int realization, qint64 time) const
 {
     if (!holdsRealization(realization) || !hasStatistics(realization))
@@ -131,8 +131,8 @@ bool MVectorDataset::GetStdDev(int realization, qint64 time, double &result) con
     });
 }
 
-// Decimals get the places behind the point that 17 significant digits leave beside the larger of
-// the extremes, so that values of its magnitude read back as they were.
+// Decimals get as many places after the point as 17 significant digits leave for the larger
+// extreme, so that values of that magnitude read back exactly.
 void MVectorDataset::GetDataWidths(int &width, int &decimals)
 {
     require(!mStatistics.isEmpty(), "Data stats not found");

@@ -47,7 +47,7 @@ public:
             },
             file, line);
     }
-    /// Before a map is changed outside its store.
+    /// To be called before a map is changed by other code than its store.
     void forget()
     {
         std::apply([](auto &...store) { (store.forget(), ...); }, mSlices);

@@ -7,9 +7,9 @@
 //   integers, decimals and texts by TimeStamp, series of the same by int32 object id), with the
 //   int32 block id of every container
 //
-// Maps are written from the last key to the first. Values lie in the block store. Files of 180004
-// are without one: what their block ids stood for is in no file, and the datasets come back without
-// values. Older forms: see the file beside.
+// Maps are written from the last key to the first. The values are in the block store. Files of
+// version 180004 have block ids but no block store, so their datasets load without values. Older
+// forms are in MVectorDataset.legacy.cpp.
 #include <memory>
 #include "Common/detail/failure.h"
 #include "Common/detail/streams.h"
@@ -37,8 +37,7 @@ template <class Map> void writeBlockIds(QDataStream &out, const Map &map)
     }
 }
 
-/// Containers that know their block and nothing else. A key that overlaps one read before takes its
-/// place.
+/// Reads containers that know only their block id. A key replaces an earlier key that it overlaps.
 template <class Map> void readBlockIds(QDataStream &in, Map &map)
 {
     using Key = typename Map::key_type;
@@ -46,8 +45,8 @@ template <class Map> void readBlockIds(QDataStream &in, Map &map)
     QMap<Key, qint32> ids;
     readMap(in, ids, keyBytes<Key>() + 4);
     for (auto it = ids.cbegin(); it != ids.cend(); ++it) {
-        // Stamps with crossed ends have no order: one that the ids kept apart can meet another
-        // here.
+        // Stamps with crossed ends have no order: keys that were different in `ids` can be
+        // equivalent here.
         auto container = std::make_unique<Container>(*it);
         Container *&entry = map[it.key()];
         delete entry;
@@ -173,8 +172,8 @@ bool MVectorDataset::restoreValues(QDataStream &in, const LoadContext &context)
     return restoreRealizations(in, context);
 }
 
-// What a container takes follows from this number, so a wrong one is refused before anything is
-// allocated for it.
+// The memory of a container follows from this number, so a wrong one is refused before anything is
+// allocated.
 bool MVectorDataset::restoreObjectCount(QDataStream &in, const LoadContext &context)
 {
     mObjectCount = read<qint32>(in);

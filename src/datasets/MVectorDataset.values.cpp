@@ -10,20 +10,20 @@ using namespace datainterface;
 
 namespace {
 
-/// One value of an object as the interpolation sees it.
+/// A value of one object, as a number, and its interval.
 struct TimedNumber {
     bool isThere = false;
     TimeStamp stamp;
     double value = 0.0;
 };
 
-/// From an earlier to a later time; the difference may not fit a signed number.
+/// The time between two instants. The difference may not fit a signed integer.
 double span(qint64 from, qint64 to)
 {
     return static_cast<double>(static_cast<quint64>(to) - static_cast<quint64>(from));
 }
 
-/// Half the sum, rounded toward zero, where the sum itself may not fit.
+/// Half the sum, rounded toward zero, without overflow of the sum.
 qint64 midpoint(qint64 start, qint64 end)
 {
     if ((start < 0) != (end < 0))
@@ -31,8 +31,9 @@ qint64 midpoint(qint64 start, qint64 end)
     return start < 0 ? end - (end - start) / 2 : start + (end - start) / 2;
 }
 
-/// Linear in time between the values around `time`. `current` stands at the middle of its interval,
-/// its neighbours at one instant of theirs; with no value on a side, the current one holds.
+/// Interpolates linearly in time between the values around `time`. The current value is placed at
+/// the middle of its interval, its neighbours at timeInInterval() of theirs. Without a neighbour on
+/// the side of `time` the result is the current value.
 MDatum interpolate(const TimedNumber &previous, const TimedNumber &current, const TimedNumber &next,
                    qint64 time)
 {
@@ -53,7 +54,7 @@ MDatum interpolate(const TimedNumber &previous, const TimedNumber &current, cons
     return MDatum(current.value);
 }
 
-/// The value that a slice or an entry holds of the object.
+/// The value of the object in a slice or an entry.
 template <class T>
 TimedNumber numberIn(const TimeStamp &stamp, const TimeSliceData<T> &slice, int id)
 {
@@ -103,8 +104,8 @@ template <class T> MDatum interpolatedIn(const TimeSeriesData<T> &series, qint64
                        after != end ? numberIn(*after) : TimedNumber(), time);
 }
 
-/// The interpolated values of all objects, empty where there is none. From the time outwards each
-/// slice is paged in once, and asked about the objects that still lack a value on that side.
+/// The interpolated values of all objects, empty where there is none. Slices are read outwards from
+/// the time. Each is paged in at most once, for the objects that have no value on that side yet.
 template <class T> class SliceInterpolation {
 public:
     using Slices = QMap<TimeStamp, TimeSliceData<T> *>;
@@ -155,7 +156,7 @@ private:
         }
         return ids;
     }
-    // Objects that the slice holds a value of no longer wait.
+    // Removes the objects that have a value in the slice from `waiting`.
     static void look(const TimeStamp &stamp, const TimeSliceData<T> &slice,
                      std::vector<int> &waiting, Numbers &found)
     {
@@ -176,14 +177,14 @@ private:
     Numbers mNext;
 };
 
-/// Calls `take(stamp, value)` for every slice that holds a value of the object. The store is locked
-/// once for all slices.
+/// Calls `take(stamp, value)` for each slice that holds a value of the object, in order of time.
+/// The block store is locked once for all slices.
 template <class T, class Take>
 void visitThroughTime(const QMap<TimeStamp, TimeSliceData<T> *> &slices, int id, Take take)
 {
     const BlockReading store;
     for (auto slice = slices.cbegin(); slice != slices.cend(); ++slice) {
-        slice.key().timeInInterval(); // raises for an interval that holds no instant
+        slice.key().timeInInterval(); // raises for an interval without an instant
         T value{};
         if (SliceAccess::getValue(store, **slice, id, value))
             take(slice.key(), value);
@@ -335,7 +336,8 @@ bool MVectorDataset::Stores::readAll(int realization, qint64 time, QVector<T> &v
             return !number.isEmpty();
         };
         if (interpolate && isSliced) {
-            const SliceInterpolation<T> all(*slices<T>().of(realization), objectCount, mDataset.timeOf(time));
+            const SliceInterpolation<T> all(*slices<T>().of(realization), objectCount,
+                                            mDataset.timeOf(time));
             fill([&](int id, T &value) { return take(all[id], value); });
             return true;
         }

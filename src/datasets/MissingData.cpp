@@ -14,7 +14,7 @@ int bytesFor(int cells)
     return cells / 8 + (cells % 8 != 0);
 }
 
-/// The bit of a cell inside its byte.
+/// The bit of a cell in its byte.
 char bitOf(int cell)
 {
     return static_cast<char>(1 << (cell % 8));

@@ -6,7 +6,7 @@ using namespace datainterface;
 
 namespace {
 
-/// The sum in the element's own type; integers wrap round.
+/// The sum in the element type; integers wrap around.
 template <class T, class Number> T increased(const T &element, Number by)
 {
     if constexpr (std::is_integral_v<T> && std::is_integral_v<Number>)
@@ -15,7 +15,8 @@ template <class T, class Number> T increased(const T &element, Number by)
         return elementFrom<T>(toNumber(element) + static_cast<double>(by));
 }
 
-/// Calls `change` on the element of a position that exists; false where it answers false.
+/// Calls `change` on the element at a position and returns its result; false for a position that
+/// does not exist.
 template <class Change> bool changeElement(VORN_DataContainer &container, int id, Change change)
 {
     bool changed = false;

@@ -7,7 +7,7 @@ using namespace datainterface;
 
 namespace {
 
-/// Puts `values` in place as the one vector of a container.
+/// Makes `values` the only vector of a container.
 template <class T, class Vectors> int adopt(Vectors &vectors, const QVector<T> &values)
 {
     std::get<QVector<T>>(vectors) = values;
@@ -57,7 +57,7 @@ VORN_DataContainer::VORN_DataContainer(const VORN_ConstDataContainer &other)
         return;
     ContainerAccess::visitValues(other, [&](const auto *values) {
         using T = std::decay_t<decltype(*values)>;
-        // A grid that is not there has no values, and every cell is missing.
+        // Without a grid there are no values, and every cell is missing.
         nObjects =
             adopt(mVectors, values ? copied(values, other.count()) : QVector<T>(other.count()));
     });

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The element types of the data containers: one list of forms, and what both containers do with an
-/// element.
+/// The element types of the data containers: one list of forms, and the functions on an element
+/// that both containers use.
 #pragma once
 #include <QLocale>
 #include <QString>
@@ -14,7 +14,7 @@
 
 namespace datainterface {
 
-/// An element type, the code of an owned vector of it and the code of borrowed raster memory.
+/// An element type with two codes: of an owned vector, and of borrowed raster memory.
 template <class T, int Owned, int Borrowed> struct ContainerForm {
     using type = T;
     static constexpr auto owned = static_cast<VORN_DataContainer::DataType>(Owned);
@@ -38,7 +38,7 @@ template <class Visit> bool visitForm(int code, Visit visit)
 }
 template <class Form> using ElementOfForm = typename Form::type;
 
-/// What does not fit becomes the nearest end of the range; a NaN becomes 0.
+/// A number outside the range becomes the nearest end of the range; a NaN becomes 0.
 template <class Integer> Integer integerFrom(double value)
 {
     constexpr double kLow = static_cast<double>(std::numeric_limits<Integer>::min());
@@ -130,7 +130,7 @@ template <class T> QString textOf(const T &element)
 
 } // namespace datainterface
 
-/// What the two containers share, told once over both and over the element types.
+/// What the two containers have in common, generic over both and over the element types.
 struct ContainerAccess {
     /// Calls `visit` with the first element (const T *) of the active values.
     template <class Visit> static void visitValues(const VORN_DataContainer &container, Visit visit)
@@ -162,7 +162,7 @@ struct ContainerAccess {
         });
         datainterface::require(found, "Invalid data type");
     }
-    /// Calls `visit` with the active vector, to be changed.
+    /// Calls `visit` with the active vector, for a change.
     template <class Visit> static bool visitVector(VORN_DataContainer &container, Visit visit)
     {
         return datainterface::visitForm(container.mType, [&](auto form) {
@@ -177,7 +177,7 @@ struct ContainerAccess {
     }
     static bool isEmpty(const VORN_ConstDataContainer &container) { return container.id() == -1; }
 
-    /// The tests of every read of one value, then `read` on the element.
+    /// Makes the checks of a read of one value, then calls `read` on the element.
     template <class Container, class Read>
     static auto readElement(const Container &container, int id, const char *missingText, Read read)
     {

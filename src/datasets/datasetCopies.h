@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What copies of whole datasets share.
+/// Functions that all copies of whole datasets use.
 #pragma once
 #include "datainterface/MVectorDataset.h"
 #include "datasets/elementTypes.h"
@@ -30,7 +30,7 @@ template <class T> const SeriesMap<T> *seriesOf(const MVectorDataset &dataset, i
         return dataset.GetTimeSeriesStringData(realization);
 }
 
-/// A static source has its one slice under time 0, where a static copy looks for it.
+/// A static source has its only slice at time 0, where a static copy reads it.
 inline void takeOverStatic(MVectorDataset &target, const MDataset &source)
 {
     if (source.IsStatic() && target.GetStorageType() == MVectorDataset::TimeSlice)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The one switch over the value types of a vector dataset, and over the six maps that hold its
+/// The only switch over the value types of a vector dataset, and over the six maps that hold its
 /// containers.
 #pragma once
 #include "Common/detail/failure.h"
@@ -10,7 +10,7 @@ namespace datainterface {
 /// The label of failures in the stores, which are a part of MVectorDataset in files of their own.
 inline constexpr char kDatasetLabel[] = "MVectorDataset";
 
-/// Tells a visitor the element type: `using T = ElementOf<decltype(element)>`.
+/// Passes the element type to a visitor: `using T = ElementOf<decltype(element)>`.
 template <class T> struct Element {
     using type = T;
 };
@@ -46,7 +46,7 @@ decltype(auto) visitElement(DataType type, Visit &&visit, const char *file = __b
     fail("Invalid data type", file, line);
 }
 
-/// As visitElement, for work that texts have no part in.
+/// As visitElement, for the numeric types only.
 template <class Visit>
 decltype(auto) visitNumericElement(DataType type, Visit &&visit,
                                    const char *file = __builtin_FILE(), int line = __builtin_LINE())
@@ -62,7 +62,7 @@ decltype(auto) visitNumericElement(DataType type, Visit &&visit,
     fail("Invalid data type", file, line);
 }
 
-/// Calls `visit` with the one map of a realization that data type and storage type pick.
+/// Calls `visit` with the map of a realization that data type and storage type select.
 template <class Realization, class Visit>
 decltype(auto) visitContainers(Realization &realization, DataType type,
                                MVectorDataset::StorageType storage, Visit &&visit,

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// Counting values into the ordered table of a dataset.
 ///
-/// A look-up in the table costs a dozen cache misses. Where many numbers come at once, the keys are
-/// hashed first (open addressing, at most 5001 of them), the values are counted there, and the
-/// counts go back to the table in the end. The result is that of counting one by one, the limit of
-/// the table included.
+/// A look-up in the table costs a dozen cache misses. For many numbers at once, the keys are copied
+/// into a hash table (open addressing, at most 5001 keys), the values are counted there, and the
+/// counts are written back at the end. The result is the same as counting one by one, including the
+/// limit of the table.
 #pragma once
 #include <QVector>
 #include <cmath>
@@ -19,7 +19,7 @@ namespace datainterface {
 template <class T> using FrequencyTable = RealizationVectorDataFrequencies::Table<T>;
 constexpr int kFrequencyKeyLimit = RealizationVectorDataFrequencies::kKeyLimit;
 
-/// False, with nothing changed, for a table over its limit.
+/// False, and nothing is changed, when the table is over its limit.
 template <class T> bool countUp(FrequencyTable<T> &table, const T &value)
 {
     if (table.size() > kFrequencyKeyLimit)
@@ -28,7 +28,7 @@ template <class T> bool countUp(FrequencyTable<T> &table, const T &value)
     return true;
 }
 
-/// A count that reaches 0 takes its key along.
+/// A count that reaches 0 removes its key.
 template <class T> void countDown(FrequencyTable<T> &table, const T &value)
 {
     const auto found = table.find(value);
@@ -36,7 +36,7 @@ template <class T> void countDown(FrequencyTable<T> &table, const T &value)
         table.erase(found);
 }
 
-/// The table's keys hashed, for one run of additions or of removals.
+/// A hash table over the keys of a table, for one series of additions or of removals.
 template <class T> class FrequencyIndex {
 public:
     FrequencyIndex(FrequencyTable<T> &table, qint64 expected)
@@ -83,7 +83,7 @@ public:
                 mTable.insert(slot.key, slot.change);
         }
     }
-    // Counting down one by one erases a key on its way through 0 and finds nothing from then on.
+    // Counting down one by one erases a key when its count reaches 0; later values do not find it.
     void finishRemoving()
     {
         for (const Slot &slot : mSlots) {
@@ -114,8 +114,8 @@ private:
         } else {
             bits = static_cast<quint32>(value);
         }
-        return bits * 0x9E3779B97F4A7C15u; // Fibonacci hashing: only the high bits mix all of the
-                                           // value's
+        // Fibonacci hashing: only the high bits of the product depend on all bits of the value.
+        return bits * 0x9E3779B97F4A7C15u;
     }
     static bool equal(T a, T b) { return a == b || (a != a && b != b); }
     Slot &slotOf(T value)
@@ -128,16 +128,16 @@ private:
 
     FrequencyTable<T> &mTable;
     int mKeyCount;
-    int mBits = 6; ///< of the number of slots
+    int mBits = 6; ///< the number of slots is 2^mBits
     std::vector<Slot> mSlots;
 };
 
-/// Counts values into a table, all up or all down. The table is right when `finish` has run.
+/// Counts values into a table, all up or all down. The table is correct after `finish`.
 template <class T> class FrequencyTally {
 public:
     enum Direction { Up, Down };
 
-    /// @param expected  about how many values will come; decides whether hashing the keys pays off.
+    /// @param expected  about how many values will be counted; decides whether the keys are hashed.
     FrequencyTally(FrequencyTable<T> &table, qint64 expected, Direction direction)
         : mTable(table), mDirection(direction)
     {
@@ -158,7 +158,7 @@ public:
         else
             countDown(mTable, value);
     }
-    /// No value can change the table any more.
+    /// Whether no further value can change the table.
     bool isFull() const
     {
         if constexpr (kHashes) {

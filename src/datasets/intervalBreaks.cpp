@@ -10,8 +10,8 @@ namespace datainterface {
 
 namespace {
 
-// The range is divided by the number of breaks and not by that of classes, so that the last class
-// is twice as wide as the others: legends have always been cut so.
+// The range is divided by the number of breaks, not by the number of classes, so the last class is
+// twice as wide as the others. Existing legends depend on it.
 QList<double> equalIntervals(int breakCount, double minimum, double maximum)
 {
     QList<double> breaks;

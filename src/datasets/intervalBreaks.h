@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The limits of a legend's classes, from the values that a frequency table holds.
+/// The limits of the classes of a legend, from the keys of a frequency table.
 #pragma once
 #include <QList>
 #include "Common/valueRuns.h"
@@ -7,10 +7,9 @@
 
 namespace datainterface {
 
-/// @param sorted  ascending and finite, each value with how often it is held.
+/// @param sorted  ascending and finite, each value with its count.
 /// @return `breakCount` limits, ascending; empty when the user cancels. An unknown classification
-/// raises
-///         "Invalid data type".
+///         raises "Invalid data type".
 QList<double> intervalBreaks(int breakCount, const ValueRuns &sorted,
                              MDataset::ClassificationType classification, bool showProgress,
                              const char *file = __builtin_FILE(), int line = __builtin_LINE());

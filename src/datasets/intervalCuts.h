@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// How an interval cuts another. Time is discrete: an exclusive end leaves out one tick, and an
+/// How an interval cuts another. Time is discrete: an exclusive end excludes one tick, and an
 /// interval without a tick is never stored.
 #pragma once
 #include <limits>
@@ -25,11 +25,11 @@ inline bool holdsTick(const TimeStamp &stamp)
     return firstTick(stamp) <= lastTick(stamp);
 }
 
-/// What `cutter` leaves of an interval that it overlaps.
+/// What remains of an interval under a cutter that overlaps it.
 enum class Cut {
-    Nothing, ///< covered
+    Nothing, ///< it is covered
     Head,    ///< the part before the cutter
-    Tail,    ///< the part behind it
+    Tail,    ///< the part after the cutter
     HeadAndTail
 };
 
@@ -52,13 +52,13 @@ inline TimeStamp headOf(const TimeStamp &stamp, const TimeStamp &cutter)
                      !cutter.inclusiveStart);
 }
 
-/// From behind the cutter to the end of `stamp`.
+/// From the end of the cutter to the end of `stamp`.
 inline TimeStamp tailOf(const TimeStamp &stamp, const TimeStamp &cutter)
 {
     return TimeStamp(cutter.endTime, stamp.endTime, !cutter.inclusiveEnd, stamp.inclusiveEnd);
 }
 
-/// The common part of two intervals that overlap; at equal ends the bounds of `stamp`.
+/// The common part of two intervals that overlap. Where ends are equal, the bounds of `stamp`.
 inline TimeStamp partUnder(const TimeStamp &stamp, const TimeStamp &cutter)
 {
     const TimeStamp &start = firstTick(stamp) >= firstTick(cutter) ? stamp : cutter;
@@ -66,8 +66,8 @@ inline TimeStamp partUnder(const TimeStamp &stamp, const TimeStamp &cutter)
     return TimeStamp(start.startTime, end.endTime, start.inclusiveStart, end.inclusiveEnd);
 }
 
-/// Walks along an interval while it is being cut up: the bound behind the last piece. A piece that
-/// would hold no tick comes back invalid.
+/// The position in an interval that is cut into pieces from its start to its end. A piece without a
+/// tick is returned as an invalid stamp.
 class PieceCursor {
 public:
     explicit PieceCursor(const TimeStamp &whole)
@@ -77,7 +77,7 @@ public:
           mDone(!holdsTick(whole))
     {
     }
-    /// The piece up to the start of `next`, and moves there.
+    /// Returns the piece up to the start of `next`, and moves there.
     TimeStamp upTo(const TimeStamp &next)
     {
         if (mDone || tick() >= firstTick(next))
@@ -86,8 +86,8 @@ public:
         moveTo(next.startTime, next.inclusiveStart);
         return piece;
     }
-    /// The piece up to the earlier end of the whole and of `other` (other's at a tie), and moves
-    /// behind it.
+    /// Returns the piece up to the earlier end of the whole and of `other` (the bound of `other` at
+    /// a tie), and moves past it.
     TimeStamp through(const TimeStamp &other)
     {
         const TimeStamp &end = lastTick(other) <= lastTick(mWhole) ? other : mWhole;
@@ -100,7 +100,7 @@ public:
         mDone = mDone || last == lastTick(mWhole);
         return piece;
     }
-    /// The piece up to the end of the whole.
+    /// Returns the piece up to the end of the whole.
     TimeStamp rest() { return through(mWhole); }
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Whether values are normal scores, by their mean and their median.
+/// The test for normal scores, by mean and median.
 #pragma once
 #include <QVector>
 #include <algorithm>
@@ -16,7 +16,7 @@ inline bool isNormalScoreMean(double mean)
     return std::fabs(mean) <= kNormalScoreTolerance;
 }
 
-/// @param present  the values that are not missing; they are reordered.
+/// @param present  the values that are not missing. They are reordered.
 inline bool areNormalScores(double mean, QVector<OrderedDouble> &present)
 {
     if (present.isEmpty() || !isNormalScoreMean(mean))

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Forms that datasets of old files share: slices held inline, texts as bytes, data types and
-/// frequency tables of each realization.
+/// Forms that vector and raster datasets of old files share: inline slices, texts as bytes, codes
+/// of data types, and a frequency table for each realization.
 #pragma once
 #include <QDataStream>
 #include <QMap>
@@ -11,8 +11,8 @@
 #include "Common/detail/streams.h"
 #include "datainterface/DataType.h"
 
-/// The values of one time as files before 180004 hold them, and the objects that have them,
-/// pairwise. Exists only while a project is read. T is int, double or std::string.
+/// A slice as files before 180004 hold it: values, and the ids of their objects in the same order.
+/// It exists only while a project is read. T is int, double or std::string.
 template <class T> struct oldSlice {
     QVector<T> values;
     QVector<int> ids;
@@ -23,10 +23,10 @@ namespace datainterface {
 /// The codes before 201001: 0 integer, 1 decimal, 2 text. Any other raises "Invalid data type".
 DataType dataTypeFromOld(qint32 code);
 
-/// Realizations are put together until, behind one of them, a table holds more keys than this.
+/// The tables of realizations are merged until, after one of them, a table has more keys than this.
 constexpr int kMergedKeyLimit = 10000;
 
-/// @return false when the table has become too large for another realization to follow.
+/// @return false when the table has become too large for another realization.
 template <class Map> bool mergeCounts(const Map &from, Map &to)
 {
     for (auto it = from.cbegin(); it != from.cend(); ++it)
@@ -39,9 +39,10 @@ bool mergeCounts(const From &from, To &to, std::index_sequence<I...>)
     return (mergeCounts(std::get<I>(from), std::get<I>(to)) & ...);
 }
 
-/// The frequencies of files before 180083: a list of tables, one a realization. `Tables` is a tuple
-/// of maps, which `readTables(Tables &)` reads, and stands at the front of `merged`.
-/// @return how many realizations the list has.
+/// Reads the frequencies of files before 180083: a list of tables, one for each realization.
+/// `Tables` is a tuple of maps, which `readTables(Tables &)` reads; its maps are the first of
+/// `merged`.
+/// @return the number of realizations in the list.
 template <class Tables, class Merged, class ReadTables>
 int readOldFrequencies(QDataStream &in, Merged &merged, ReadTables readTables)
 {

@@ -8,7 +8,7 @@
 
 namespace datainterface {
 
-/// A map of containers that no dataset has taken over yet.
+/// A map of containers that no dataset owns yet.
 template <class Map> class OwnedContainers {
 public:
     OwnedContainers() = default;
@@ -23,7 +23,8 @@ public:
         mMap.insert(key, container.get());
         container.release();
     }
-    /// `take(map)` says whether it has taken the containers over. An empty map needs nobody.
+    /// Calls `take(map)`, which returns whether it owns the containers now. An empty map is not
+    /// passed.
     template <class Take> bool handOver(Take take)
     {
         if (mMap.isEmpty())

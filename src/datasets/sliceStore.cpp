@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // How a slice of values is added to a map of slices that it overlaps.
 //
-//   present      [---- A ----]      [-- B --]
-//   new               [-------- t --------------]
-//   pieces            [ p1  ][ p2  ][  p3   ][p4 ]
-//   result       [ A ][ p1  ][ p2  ][  p3   ][p4 ]
+//   present   [----- A -----]      [-- B --]
+//   new              [----------- t -----------]
+//   pieces           [  p1  ][ p2 ][  p3   ][p4]
+//   result    [- A -][  p1  ][ p2 ][  p3   ][p4]
 //
 // The new interval t is cut into pieces at the ends of the present slices that it overlaps. Each
 // piece gets a container of its own, in which new and present values are combined by the rule of
