@@ -91,7 +91,7 @@ public:
     }
     /// Forgets the slice found last. The calls below do so themselves; whoever else changes a map
     /// must call this first.
-    void forget() { mLast = LastSlice(); }
+    void forget() { mLast.slice = nullptr; }
 
     /// Adds a slice of values. The interval is cut at the ends of the slices that it overlaps;
     /// `overwrite` decides whether new or present values win on the common parts. Nothing is
@@ -122,7 +122,7 @@ private:
     struct LastSlice {
         int realization = -1;
         TimeStamp stamp;
-        const Slice *slice = nullptr;
+        const Slice *slice = nullptr; ///< null when nothing is remembered
     };
 
     Map &toChange(int realization)
