@@ -23,8 +23,8 @@ double valueAt(int object, int time)
 
 int addDataset(int geography, StorageType storage)
 {
-    const int id = VORN_NewVectorDataset(geography, QStringLiteral("v"), storage, DecimalType, 1,
-                                         QString());
+    const int id =
+        VORN_NewVectorDataset(geography, QStringLiteral("v"), storage, DecimalType, 1, QString());
     for (int object = 0; storage == TimeSeries && object < kObjects; ++object) {
         QVector<QPair<Interval, double>> values;
         for (int t = 0; t < kTimes; ++t)
@@ -68,8 +68,7 @@ int main(int argc, char **argv)
     };
     const int slices = addDataset(geography, TimeSlice);
     const int series = addDataset(geography, TimeSeries);
-    const double printed =
-        ratios::best(kRounds, kCells, [&] { print(QFile::encodeName(path)); });
+    const double printed = ratios::best(kRounds, kCells, [&] { print(QFile::encodeName(path)); });
     const double ofSlices = csv(slices);
     const double dbf = ratios::best(kRounds, kCells, [&] {
         if (!source.ExportDatasetsAsDBF(path, {slices}, TF_Integer, 0, kTimes, QString(), 0))

@@ -11,20 +11,20 @@
 #include <gdal.h>
 #include <geos_c.h>
 #include <malloc.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <memory>
 #include <ogr_api.h>
 #include <ogr_srs_api.h>
 #include <random>
-#include "store/contiguity.h"
+#include <sys/wait.h>
+#include <unistd.h>
+#include "base/hilbertOrder.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/VORNBuilder.h"
 #include "file/geometryFile.h"
-#include "base/hilbertOrder.h"
 #include "ratios.h"
+#include "store/contiguity.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include "datainterface/FrameAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/ProjectAPI.h"
-#include "support/oldProject.h"
 #include "ratios.h"
+#include "support/oldProject.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include "file/crc32c.h"
 #include "fennimark/FMObject.h"
 #include "fennimark/Fennims.h"
+#include "file/crc32c.h"
 
 namespace {
 

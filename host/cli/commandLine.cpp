@@ -88,8 +88,7 @@ int runCommandLine(int argc, char **argv)
     for (const auto add :
          {addImport,  addInfo,    addStats,     addSeries,  addClasses, addMap,    addExport,
           addQuery,   addZonal,   addRename,    addRemove,  addConvert, addSubset, addSelect,
-          addUpgrade, addWeights, addNeighbors, addNearest, addMoran,   addReport,
-          addDemo})
+          addUpgrade, addWeights, addNeighbors, addNearest, addMoran,   addReport, addDemo})
         add(program, context);
     try {
         app.parse(argc, argv);

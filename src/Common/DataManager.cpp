@@ -2,8 +2,8 @@
 #include "Common/DataManager.h"
 #include <QMutexLocker>
 #include <limits>
-#include "Common/detail/pendingWrite.h"
 #include "Common/detail/failure.h"
+#include "Common/detail/pendingWrite.h"
 #include "datainterface/DataBlocks.h"
 #include "fennimark/Fennims.h"
 

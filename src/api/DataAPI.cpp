@@ -2,10 +2,10 @@
 #include "datainterface/DataAPI.h"
 #include <algorithm>
 #include "Common/detail/failure.h"
+#include "api/dataFrame.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/RasterAPI.h"
 #include "datainterface/dataContainer.h"
-#include "api/dataFrame.h"
 
 using namespace datainterface;
 

@@ -2,9 +2,9 @@
 // Values of vector datasets. Each overload calls a template with its element type.
 #include "datainterface/DataAPI.h"
 #include <cstring>
+#include "api/dataFrame.h"
 #include "datainterface/dataContainer.h"
 #include "datasets/datasetCopies.h"
-#include "api/dataFrame.h"
 
 using namespace datainterface;
 

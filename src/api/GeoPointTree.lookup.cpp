@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "api/callFrame.h"
 #include "datainterface/GeoPointTree.h"
+#include "api/callFrame.h"
 #include "geography/pointTreeSource.h"
 
 bool GeoPointTree::SetGeography(int geographyId, qint64 time, const PT_RotationMatrix &rotation)

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/GeographyAPI.h"
 #include "Common/detail/failure.h"
-#include "datainterface/MRasterData.h"
-#include "api/shapeCalls.h"
 #include "api/dataFrame.h"
+#include "api/shapeCalls.h"
+#include "datainterface/MRasterData.h"
 
 using namespace datainterface;
 

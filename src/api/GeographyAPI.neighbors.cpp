@@ -2,9 +2,9 @@
 #include "datainterface/GeographyAPI.h"
 #include <algorithm>
 #include <cmath>
+#include "api/shapeCalls.h"
 #include "fennimark/FMPoint.h"
 #include "frame/progressSection.h"
-#include "api/shapeCalls.h"
 
 using namespace datainterface;
 

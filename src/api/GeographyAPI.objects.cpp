@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Single objects: handles on their geometry, and its coordinates.
 #include "datainterface/GeographyAPI.h"
+#include "api/shapeCalls.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
-#include "api/shapeCalls.h"
 
 using namespace datainterface;
 

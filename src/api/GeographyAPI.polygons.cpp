@@ -3,10 +3,10 @@
 #include "datainterface/GeographyAPI.h"
 #include <list>
 #include <memory>
+#include "api/shapeCalls.h"
 #include "datainterface/StatisticsAPI.h"
 #include "fennimark/FMPolygon.h"
 #include "geography/centroid.h"
-#include "api/shapeCalls.h"
 
 using namespace datainterface;
 

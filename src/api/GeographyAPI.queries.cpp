@@ -3,9 +3,9 @@
 // indices here; a record without an object becomes -1.
 #include "datainterface/GeographyAPI.h"
 #include "Common/detail/failure.h"
+#include "api/shapeCalls.h"
 #include "datainterface/MRasterDataSource.h"
 #include "fennimark/FMPolygon.h"
-#include "api/shapeCalls.h"
 
 using namespace datainterface;
 

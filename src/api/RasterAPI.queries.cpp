@@ -2,10 +2,10 @@
 #include "datainterface/RasterAPI.h"
 #include <algorithm>
 #include <memory>
+#include "api/shapeCalls.h"
 #include "datainterface/MRasterData.h"
 #include "datainterface/MRasterDataSource.h"
 #include "fennimark/FMPolygon.h"
-#include "api/shapeCalls.h"
 
 using namespace datainterface;
 

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <fennimark/Fennims.h>
 #include <limits>
-#include "datainterface/MVectorData.h"
 #include "api/callFrame.h"
+#include "datainterface/MVectorData.h"
 
 using datainterface::onGeography;
 using datainterface::onSource;

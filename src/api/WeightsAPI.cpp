@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <initializer_list>
 #include <memory>
+#include "api/callFrame.h"
 #include "datainterface/MRasterData.h"
 #include "datainterface/MVectorData.h"
 #include "fennimark/Fennims.h"
-#include "api/callFrame.h"
 
 using namespace datainterface;
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include <QScopeGuard>
-#include "datasets/dataContainer.elements.h"
+#include "cells/cellForms.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorDataset.h"
+#include "datasets/dataContainer.elements.h"
 #include "frame/frameState.h"
-#include "cells/cellForms.h"
 
 using namespace datainterface;
 

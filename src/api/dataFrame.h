@@ -3,9 +3,9 @@
 #pragma once
 #include <QList>
 #include <QVector>
+#include "api/callFrame.h"
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/datum.h"
-#include "api/callFrame.h"
 
 namespace datainterface {
 

@@ -34,15 +34,13 @@ template <class Map> bool copyContainers(const Map *map, Map &copies)
 template <class T>
 bool MVectorDataset::Stores::findSlice(int realization, qint64 time, const TimeSliceData<T> *&slice)
 {
-    const TimeSliceData<T> *found =
-        mDataset.isSliced() ? sliceAt<T>(realization, time) : nullptr;
+    const TimeSliceData<T> *found = mDataset.isSliced() ? sliceAt<T>(realization, time) : nullptr;
     if (found)
         slice = found;
     return found != nullptr;
 }
 
-template <class T>
-bool MVectorDataset::Stores::canTake(int realization, StorageType storage) const
+template <class T> bool MVectorDataset::Stores::canTake(int realization, StorageType storage) const
 {
     return mDataset.mStorageType == storage && !mDataset.mIsStatic
            && mDataset.holdsRealization(realization) && mDataset.mDataType == typeCode<T>();
@@ -190,22 +188,22 @@ template <class T, class Take> bool giveSeries(const QMap<TimeStamp, T> &values,
 bool MVectorDataset::SetTimeSeriesData(int id, int realization, const QMap<TimeStamp, int> &values,
                                        bool)
 {
-    return giveSeries(
-        values, [&](auto *series) { return mStores->takeSeries(id, realization, series); });
+    return giveSeries(values,
+                      [&](auto *series) { return mStores->takeSeries(id, realization, series); });
 }
 
 bool MVectorDataset::SetTimeSeriesData(int id, int realization,
                                        const QMap<TimeStamp, double> &values, bool)
 {
-    return giveSeries(
-        values, [&](auto *series) { return mStores->takeSeries(id, realization, series); });
+    return giveSeries(values,
+                      [&](auto *series) { return mStores->takeSeries(id, realization, series); });
 }
 
 bool MVectorDataset::SetTimeSeriesData(int id, int realization,
                                        const QMap<TimeStamp, QString> &values, bool)
 {
-    return giveSeries(
-        values, [&](auto *series) { return mStores->takeSeries(id, realization, series); });
+    return giveSeries(values,
+                      [&](auto *series) { return mStores->takeSeries(id, realization, series); });
 }
 
 bool MVectorDataset::SetTimeSeriesData(int realization, const SeriesMap<int> &series, bool)

@@ -18,9 +18,8 @@ QList<TimeStamp> MVectorDataset::GetTimeSeriesIntervals(int realization, int id)
 {
     return visitElement(mDataType, [&](auto element) {
         using T = ElementOf<decltype(element)>;
-        const auto *series = isSliced() || !holdsObject(id)
-                                 ? nullptr
-                                 : mStores->series<T>().at(realization, id);
+        const auto *series =
+            isSliced() || !holdsObject(id) ? nullptr : mStores->series<T>().at(realization, id);
         return series ? series->GetIntervals() : QList<TimeStamp>();
     });
 }
@@ -61,9 +60,8 @@ bool MVectorDataset::ObjectValueChanged(int realization, int id, qint64 first, q
                    ? store.stampOf(realization, id, timeOf(time))
                    : TimeStamp::Invalid;
     };
-    return mStores->visit([&](const auto &store, auto) {
-        return stampAt(store, first) != stampAt(store, second);
-    });
+    return mStores->visit(
+        [&](const auto &store, auto) { return stampAt(store, first) != stampAt(store, second); });
 }
 
 TimeStamp MVectorDataset::CalculateTimeBounds(const MVectorDataRealization &realization)

@@ -66,8 +66,7 @@ public:
     bool readAll(int realization, qint64 time, QVector<T> &values, QSet<int> &missing,
                  bool interpolate);
     /// Calls `visit(value)` for the value of each object that has one at the time.
-    template <class T, class Visit>
-    void visitValuesAt(int realization, qint64 time, Visit visit);
+    template <class T, class Visit> void visitValuesAt(int realization, qint64 time, Visit visit);
 
     template <class T>
     bool addCell(int realization, int id, const TimeStamp &stamp, const T &value, bool overwrite,
@@ -82,8 +81,7 @@ public:
     bool addSeries(int realization, int id, const TimedValues<T> &values, bool overwrite,
                    bool updateFrequencies);
 
-    template <class T>
-    bool findSlice(int realization, qint64 time, const TimeSliceData<T> *&slice);
+    template <class T> bool findSlice(int realization, qint64 time, const TimeSliceData<T> *&slice);
     template <class T> bool takeSlices(int realization, const SliceMap<T> &taken);
     template <class T> bool takeSeries(int id, int realization, TimeSeriesData<T> *taken);
     template <class T> bool takeAllSeries(int realization, const SeriesMap<T> &taken);

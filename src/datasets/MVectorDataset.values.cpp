@@ -232,8 +232,7 @@ MDatum MVectorDataset::GetValue(int id, qint64 time, int realization)
     });
 }
 
-template <class T>
-MDatum MVectorDataset::Stores::interpolated(int realization, int id, qint64 time)
+template <class T> MDatum MVectorDataset::Stores::interpolated(int realization, int id, qint64 time)
 {
     if (!mDataset.holdsRealization(realization) || !mDataset.holdsObject(id))
         return MDatum();

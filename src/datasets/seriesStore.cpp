@@ -182,8 +182,7 @@ template <class T> void SeriesStore<T>::requireReleased(const QSet<int> &ids) co
     }
 }
 
-template <class T>
-void SeriesStore<T>::removeObjects(int realization, const QVector<int> &ids)
+template <class T> void SeriesStore<T>::removeObjects(int realization, const QVector<int> &ids)
 {
     Map &series = toChange(realization);
     const QSet<int> removed(ids.begin(), ids.end());

@@ -82,9 +82,8 @@ public:
     {
         int count = 0;
         T value{};
-        visitObjects(*of(realization), objectCount, [&](const Series &series) {
-            count += series.GetValue(time, value);
-        });
+        visitObjects(*of(realization), objectCount,
+                     [&](const Series &series) { count += series.GetValue(time, value); });
         return count;
     }
     /// Whether an object has no series or an empty one.

@@ -10,8 +10,8 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
-#include "datainterface/MDataset.h"
 #include "cells/cellForms.h"
+#include "datainterface/MDataset.h"
 
 namespace datainterface {
 

@@ -401,8 +401,8 @@ private:
         const bool hasBitCodes = since(201001) && !since(306014) && !isByte;
         for (int realization = realizations(s.version); realization-- > 0;)
             mOut << qint32(realization) << qint32(1) << Span{3, 8, true, true} << qint32(kRows)
-                 << qint32(kColumns) << (hasBitCodes && realization == 0 ? 16 : gridType) << qint32(isByte ? 8 : 32)
-                 << qint32(0) << mValues.store(cells(i));
+                 << qint32(kColumns) << (hasBitCodes && realization == 0 ? 16 : gridType)
+                 << qint32(isByte ? 8 : 32) << qint32(0) << mValues.store(cells(i));
     }
 
     void missingFlag(int i)

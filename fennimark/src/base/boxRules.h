@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include "fennimark/geometryTypes.h"
 #include "base/floatRounding.h"
+#include "fennimark/geometryTypes.h"
 
 namespace fennimark {
 

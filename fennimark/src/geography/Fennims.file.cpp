@@ -3,8 +3,8 @@
 #include <QDataStream>
 #include <QFile>
 #include <algorithm>
-#include "geography/fennimsState.h"
 #include "file/geometryFile.h"
+#include "geography/fennimsState.h"
 
 using namespace fennimark;
 

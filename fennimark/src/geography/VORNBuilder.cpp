@@ -80,9 +80,7 @@ bool separate(timeRange &earlier, timeRange &later)
 
 class VORNBuilder::Private final : public ObservationSource {
 public:
-    explicit Private(const RectInT &bounds) : planeScale(bounds, false), spaceScale(bounds, true)
-    {
-    }
+    explicit Private(const RectInT &bounds) : planeScale(bounds, false), spaceScale(bounds, true) {}
 
     QString name;
     FMProjectionInfo projection;
@@ -118,8 +116,8 @@ private:
     bool follow(const BuiltChain &chain, const std::vector<Timed> &added) const;
     std::vector<Timed> among(const BuiltChain &chain, const std::vector<Timed> &added) const;
     void insert(BuiltChain &chain, const std::vector<Timed> &added);
-    bool keep(const TreeObject *object, const timeRange &range, BuiltRecord &record,
-              QPointF &point, quint64 &position, ContentTotals &sums);
+    bool keep(const TreeObject *object, const timeRange &range, BuiltRecord &record, QPointF &point,
+              quint64 &position, ContentTotals &sums);
     bool geometry(quint32 record, GeometryView &view, std::vector<quint64> &buffer) const;
     void order(FileContent &content) const;
 
@@ -152,9 +150,10 @@ BuiltChain *VORNBuilder::Private::chainById(int id)
     }
     if (!chains.empty() && chains.back().handle.id == id) // the chain that is being filled
         return &chains.back();
-    const auto found = std::lower_bound(
-        chains.begin(), chains.end(), id,
-        [](const BuiltChain &chain, int wanted) { return chain.handle.id < wanted; });
+    const auto found =
+        std::lower_bound(chains.begin(), chains.end(), id, [](const BuiltChain &chain, int wanted) {
+            return chain.handle.id < wanted;
+        });
     return found == chains.end() || found->handle.id != id ? nullptr : &*found;
 }
 
@@ -189,8 +188,7 @@ bool VORNBuilder::Private::follow(const BuiltChain &chain, const std::vector<Tim
 {
     const quint32 count = countOf(chain.handle);
     if (chain.list > 0 || (count > 0 && chain.firstRecord + count != records.size())
-        || (count > 0
-            && startsBefore(added.front().range, rangeOf(recordAt(chain, count - 1)))))
+        || (count > 0 && startsBefore(added.front().range, rangeOf(recordAt(chain, count - 1)))))
         return false;
     for (std::size_t i = 0; i < added.size(); ++i) {
         if (added[i].record != records.size() + i)
@@ -242,9 +240,8 @@ VORNBuilder::Private::among(const BuiltChain &chain, const std::vector<Timed> &a
 void VORNBuilder::Private::insert(BuiltChain &chain, const std::vector<Timed> &added)
 {
     const auto enter = [&](quint32 record) {
-        lists[chain.list - 1].insert(record, [&](quint32 other) {
-            return startsBefore(rangeOf(record), rangeOf(other));
-        });
+        lists[chain.list - 1].insert(
+            record, [&](quint32 other) { return startsBefore(rangeOf(record), rangeOf(other)); });
     };
     if (chain.list == 0) {
         lists.emplace_back();
@@ -268,9 +265,8 @@ bool VORNBuilder::Private::append(BuiltChain &chain, const QVector<TreeObject *>
     std::vector<Timed> added;
     for (const timeRange &range : times)
         added.push_back({normalized(range), quint32(records.size() + added.size())});
-    std::stable_sort(added.begin(), added.end(), [](const Timed &a, const Timed &b) {
-        return startsBefore(a.range, b.range);
-    });
+    std::stable_sort(added.begin(), added.end(),
+                     [](const Timed &a, const Timed &b) { return startsBefore(a.range, b.range); });
     std::vector<Timed> all = among(chain, added);
     for (std::size_t i = 1; i < all.size(); ++i) {
         if (!separate(all[i - 1].range, all[i].range))
@@ -367,8 +363,8 @@ bool VORNBuilder::Private::geometry(quint32 record, GeometryView &view,
     view.vertexCount = 0;
     for (quint32 i = 0; i < view.partCount; ++i)
         view.vertexCount += view.partSizes[i];
-    view.vertices = reinterpret_cast<const QPointF *>(
-        bytes + (4 * (quint64(view.partCount) + 1) + 7) / 8 * 8);
+    view.vertices =
+        reinterpret_cast<const QPointF *>(bytes + (4 * (quint64(view.partCount) + 1) + 7) / 8 * 8);
     return true;
 }
 

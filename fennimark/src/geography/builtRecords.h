@@ -98,8 +98,7 @@ public:
             return;
         const std::size_t number = blockOf(isAfter);
         const Block &block = mBlocks[number];
-        const auto place =
-            std::partition_point(block.begin(), block.end(), std::not_fn(isAfter));
+        const auto place = std::partition_point(block.begin(), block.end(), std::not_fn(isAfter));
         if (place != block.begin())
             visit(*(place - 1));
         if (place != block.end())

@@ -5,9 +5,9 @@
 #include <deque>
 #include <vector>
 #include "base/progress.h"
-#include "store/contiguity.h"
 #include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
+#include "store/contiguity.h"
 #include "store/recordStore.h"
 
 namespace fennimark {

@@ -2,10 +2,10 @@
 #include "fennimark/FMObject.h"
 #include <cmath>
 #include <limits>
-#include "shape/distance.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
+#include "shape/distance.h"
 #include "shape/overlay.h"
 #include "shape/relate.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fennimark/FMObjectChain.h"
-#include "object/observationSource.h"
 #include "base/timeRules.h"
+#include "object/observationSource.h"
 
 QVector<QPair<timeRange, int>> FMObjectChain::GetObservations() const
 {

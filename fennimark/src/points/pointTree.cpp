@@ -116,7 +116,8 @@ private:
     quint32 mReported = 0;
 };
 
-std::shared_ptr<PointTree> PointTree::build(std::vector<IdPoint> &points, const PlacedReport &report)
+std::shared_ptr<PointTree> PointTree::build(std::vector<IdPoint> &points,
+                                            const PlacedReport &report)
 {
     auto tree = std::make_shared<PointTree>();
     return Builder(*tree, report).run(points) ? tree : nullptr;

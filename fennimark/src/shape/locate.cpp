@@ -11,8 +11,8 @@
 //      +-----+     |/    \ |
 //      contains    +-------+
 //      the point: enter
-#include "base/orientation.h"
 #include "shape/locate.h"
+#include "base/orientation.h"
 
 namespace fennimark {
 namespace {

@@ -11,8 +11,8 @@ constexpr double kUsualRange = 1024.0; // in units of the median magnitude
 
 double magnitude(const Rect2D &box)
 {
-    return std::max({std::abs(box.xMin), std::abs(box.xMax), std::abs(box.yMin),
-                     std::abs(box.yMax)});
+    return std::max(
+        {std::abs(box.xMin), std::abs(box.xMax), std::abs(box.yMin), std::abs(box.yMax)});
 }
 
 /// A record of a leaf with a copy of its box, so that the boxes are contiguous in memory.

@@ -39,12 +39,12 @@
 #include <QVector>
 #include <vector>
 #include "base/boxTree.h"
+#include "base/timeRules.h"
 #include "fennimark/HilbertTree.h"
+#include "object/observationSource.h"
 #include "shape/geometryView.h"
 #include "store/liveRecords.h"
-#include "object/observationSource.h"
 #include "store/scratchSpace.h"
-#include "base/timeRules.h"
 
 namespace fennimark {
 
