@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QPair>
 #include <QPointF>
+#include <QSet>
 #include <QRectF>
 #include <QString>
 #include <QStringList>
@@ -99,18 +100,24 @@ public Q_SLOTS:
     void GeographyNameChangedSlot(MGeoData *, const char *name) { note("geography", name); }
     void ObjectsWillBeRemovedSlot(int geography, const QSet<int> &objects)
     {
-        note("will remove", QString::number(geography) + ": " + listed(objects.values()));
+        note("will remove", QString::number(geography) + ": " + listed(objects));
     }
     void ObjectsWereRemovedSlot(int geography, const QSet<int> &objects)
     {
-        note("removed", QString::number(geography) + ": " + listed(objects.values()));
+        note("removed", QString::number(geography) + ": " + listed(objects));
     }
     void VariogramModelAddedSlot(const DataId &id, qint32 model) { note("added", id, model); }
     void VariogramModelRemovedSlot(const DataId &id, qint32 model) { note("removed", id, model); }
     void VariogramModelChangedSlot(const DataId &id, qint32 model) { note("changed", id, model); }
 
 private:
-    template <class Id> static QString listed(QList<Id> ids);
+    template <class Id> static QString listed(const QList<Id> &ids);
+    static QString listed(const QSet<int> &objects)
+    {
+        QList<int> sorted = objects.values();
+        std::sort(sorted.begin(), sorted.end());
+        return listed(sorted);
+    }
     void note(const char *what, const QString &whom) { calls.append(what + (' ' + whom)); }
     void note(const char *what, const DataId &id, qint32 model)
     {
@@ -118,9 +125,8 @@ private:
     }
 };
 
-template <class Id> QString Listener::listed(QList<Id> ids)
+template <class Id> QString Listener::listed(const QList<Id> &ids)
 {
-    std::sort(ids.begin(), ids.end());
     QStringList parts;
     for (const int id : ids)
         parts.append(QString::number(id));
