@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <QColor>
 #include <QIODevice>
 #include <cstring>
 #include "Common/detail/streams.h"
@@ -55,7 +54,6 @@ private Q_SLOTS:
     void bytesAreReadFromDevicesThatCannotTell();
     void unpackingIsThatOfQt();
     void corruptPacksAreRefused();
-    void metadataIsReadBack();
     void metadataOfQt4IsRead();
     void deepOrForeignMetadataIsRefused();
 };
@@ -141,22 +139,6 @@ void TestStreams::corruptPacksAreRefused()
     }
     QVERIFY(!inflateBytes(packed, found, 1999));
     QVERIFY(inflateBytes(packed, found, 2000));
-}
-
-void TestStreams::metadataIsReadBack()
-{
-    const QMap<QString, QVariant> map{{"list", QVariantList{1, "two", 3.0, QVariant()}},
-                                      {"map", QVariantMap{{"x", QStringList{"a", "b"}}}},
-                                      {"null", QVariant(QVariant::Int)},
-                                      {"colour", QColor(Qt::red)}};
-    QByteArray bytes;
-    BytesWriter out(&bytes);
-    out << map;
-    BytesReader in(bytes);
-    QMap<QString, QVariant> found;
-    QVERIFY(readVariantMap(in, found));
-    QCOMPARE(found, map);
-    QCOMPARE(answers({found["null"].isNull(), in.atEnd()}), "yy");
 }
 
 // A float is type 135 there, and an empty text follows an invalid variant.

@@ -2,6 +2,7 @@
 // Whatever a host does to a project through public functions, what is saved loads, is the same, and
 // is the same file when it is saved again. DATAINTERFACE_TEST_SEED chooses another walk.
 #include <QBitArray>
+#include <QColor>
 #include <QFont>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -51,8 +52,8 @@ QVector<Attribute> attributes()
           QVariant(QBitArray(11, true)), QVariant(QPolygonF(QRectF(0, 1, 2, 3))),
           QVariant(QLocale(QStringLiteral("de_CH"))), QVariant(QRegularExpression("a+")),
           QVariant(QJsonObject{{"k", QJsonArray{1, "x"}}}), QVariant(QVector2D(1, 2)),
-          QVariant(QRect(5, 5, 0, 0)), QVariant(QVariant::Int), QVariant(QVariant::Map),
-          QVariant(QString()), QVariant(QLine(3, 3, 3, 3)),
+          QVariant(QRect(5, 5, 0, 0)), QVariant(QColor(Qt::red)), QVariant(QVariant::Int),
+          QVariant(QVariant::Map), QVariant(QString()), QVariant(QLine(3, 3, 3, 3)),
           QVariant::fromValue(QByteArrayList{"a", "b"}), QVariant(QUrl("http://a.b/c d")),
           nestedLists(31), QVariant()})
         list.append({value, true});
