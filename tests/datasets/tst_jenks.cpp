@@ -82,7 +82,6 @@ void TestJenks::smallLists()
     QCOMPARE(jenksBreaks(4, Values{7}), (Breaks{7, 7, 7, 7}));
     // Equal costs: the last class begins first.
     QCOMPARE(jenksBreaks(3, Values{1, 2, 3}), (Breaks{1, 1.5, 3}));
-    QCOMPARE(jenksBreaks(4, Values{1, 2, 3, 4, 5}), (Breaks{1, 1.5, 3.5, 5}));
     // Found by the published implementations in R too, which report class maxima instead of
     // midpoints.
     QCOMPARE(jenksBreaks(6, kIncome2009), (Breaks{29318, 32892.5, 35829.5, 39460, 45027.5, 52736}));
