@@ -152,19 +152,17 @@ void TestDiagnostics::logFormats()
 void TestDiagnostics::warningShowsOneButton()
 {
     datainterface::setTesting(true);
-    VORN_ShowWarningDialog(QStringLiteral("title"), QStringLiteral("text")); // would wait for ever
+    VORN_ShowWarningDialog("title", "text"); // would wait for ever
     datainterface::setTesting(false);
-    QStringList texts;
-    QMessageBox::StandardButtons buttons;
+    QString shown;
     whileModal([&](QWidget *dialog) {
-        if (const auto *box = qobject_cast<QMessageBox *>(dialog)) {
-            texts = QStringList{box->windowTitle(), box->text()};
-            buttons = box->standardButtons();
-        }
+        if (const auto *box = qobject_cast<QMessageBox *>(dialog))
+            shown = QStringLiteral("%1|%2|%3")
+                        .arg(box->windowTitle(), box->text())
+                        .arg(int(box->standardButtons()));
     });
-    VORN_ShowWarningDialog(QStringLiteral("title"), QStringLiteral("text"));
-    QCOMPARE(texts, QStringList({QStringLiteral("title"), QStringLiteral("text")}));
-    QCOMPARE(buttons, QMessageBox::StandardButtons(0x400));
+    VORN_ShowWarningDialog("title", "text");
+    QCOMPARE(shown, QString("title|text|1024"));
 }
 
 void TestDiagnostics::exceptionDialogShowsWhatTheHostSays()
