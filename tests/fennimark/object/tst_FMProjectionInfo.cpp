@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <QtTest>
 #include "fennimark/FMProjectionInfo.h"
+#include "support/checks.h"
 
 namespace {
 
@@ -27,15 +28,32 @@ const char *const kGrads =
 class TestFMProjectionInfo : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void namesAndUnitsAreRead_data()
+    void namesAndUnitsAreRead()
     {
-        QTest::addColumn<QString>("wkt");
-        QTest::addColumn<QStringList>("names"); // projection, geographic, linear, angular
-        QTest::addColumn<int>("code");
+        // The names: projection, geographic, linear, angular.
+        const auto row = [](const char *name, const QString &wkt, const QStringList &names,
+                            int code) {
+            const InCase inCase(name);
+            FMProjectionInfo info;
+            QVERIFY(FMProjectionInfo::FromWkt(wkt, info));
+            const auto told = [](const FMProjectionInfo &of) {
+                return QStringList{of.GetProjectionName(), of.GetGeographicCSName(),
+                                   of.GetLinUnitName(), of.GetAngUnitName()};
+            };
+            QCOMPARE(told(info), names);
+            QCOMPARE(info.mAngUnitCode, code);
+            FMProjectionInfo again;
+            QVERIFY(FMProjectionInfo::FromUtf8(info.ToUtf8(), again));
+            QCOMPARE(told(again), names);
+            QCOMPARE(again.mAngUnitCode, code);
+            QCOMPARE(again.GetWkt(), wkt);
+            FMProjectionInfo kept;
+            for (int size = 0; size < wkt.size(); ++size)
+                QVERIFY(!FMProjectionInfo::FromWkt(wkt.left(size), kept));
+            QVERIFY(told(kept).join(QString()).isEmpty());
+        };
         const QString utm = QString::fromLatin1(kUtm);
         const QStringList utmNames{"WGS 84 / UTM zone 33N", "WGS 84", "metre", "degree"};
-        const auto row = [](const char *name, const QString &wkt, const QStringList &names,
-                            int code) { QTest::newRow(name) << wkt << names << code; };
         const QString vertical(",VERT_CS[\"height\",UNIT[\"yard\",0.9144]]]");
         const QString target("],TARGETCRS[GEOGCRS[\"other\",UNIT[\"radian\",1]]]]");
         row("projected, form 1", utm, utmNames, 9102);
@@ -49,29 +67,6 @@ private Q_SLOTS:
             "GEOGCRS[\"g\",CS[ellipsoidal,2],AXIS[\"lat\",north,"
             "ANGLEUNIT[\"degree\",0.0174532925199433]]]",
             {"", "g", "", "degree"}, 9102);
-    }
-    void namesAndUnitsAreRead()
-    {
-        QFETCH(QString, wkt);
-        QFETCH(QStringList, names);
-        QFETCH(int, code);
-        FMProjectionInfo info;
-        QVERIFY(FMProjectionInfo::FromWkt(wkt, info));
-        const auto told = [](const FMProjectionInfo &of) {
-            return QStringList{of.GetProjectionName(), of.GetGeographicCSName(),
-                               of.GetLinUnitName(), of.GetAngUnitName()};
-        };
-        QCOMPARE(told(info), names);
-        QCOMPARE(info.mAngUnitCode, code);
-        FMProjectionInfo again;
-        QVERIFY(FMProjectionInfo::FromUtf8(info.ToUtf8(), again));
-        QCOMPARE(told(again), names);
-        QCOMPARE(again.mAngUnitCode, code);
-        QCOMPARE(again.GetWkt(), wkt);
-        FMProjectionInfo kept;
-        for (int size = 0; size < wkt.size(); ++size)
-            QVERIFY(!FMProjectionInfo::FromWkt(wkt.left(size), kept));
-        QVERIFY(told(kept).join(QString()).isEmpty());
     }
     void malformedTextIsRefused()
     {
