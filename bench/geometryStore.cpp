@@ -423,7 +423,7 @@ double oursContiguity(const std::vector<Shape> &shapes, double size, int rounds,
         RecordStore store;
         store.assign(std::move(content));
         ContiguityGraph graph;
-        graph.build(store, 0, nullptr);
+        graph.build(store, ContactReaches(store), 0, nullptr);
         queen = rook = 0;
         for (quint32 i = 0; i < store.recordCount(); ++i) {
             queen += graph.bordering(i, true).size();
