@@ -204,7 +204,9 @@ void TestVectorDataset::containersAreTakenOver()
              "yynn");
     QCOMPARE(text(series.GetTimeSeriesIntervals(0, 1)), QString("[5, 6]"));
     series.CheckOutTimeSeries(0, 1, 0);
-    QCOMPARE(raisedText([&] { set(series, 1, "[7, 8]"); }), QString("Time series still in use"));
+    const auto setHeld = [&] { set(series, 1, "[7, 8]"); };
+    QCOMPARE(raisedText(setHeld), QString("Time series still in use"));
+    QCOMPARE(raisedLabel(setHeld), QString("MVectorDataset"));
     series.CheckInTimeSeries(0, 1, 0);
 }
 
