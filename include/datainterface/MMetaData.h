@@ -20,7 +20,8 @@ public:
     /// hold. The file can hold Qt's value types: numbers, bool, QChar, QString, QByteArray, lists
     /// of the last two, QBitArray, dates and times, QUrl, QUuid, QLocale, regular expressions,
     /// JSON, points, sizes, rectangles, lines, polygons, QColor, QTransform, QMatrix4x4, QVector2D
-    /// to QVector4D, QQuaternion; and lists, maps and hashes of them, nested to 32 levels.
+    /// to QVector4D, QQuaternion; and lists, maps and hashes of them, nested to 32 levels,
+    /// with one value for each key.
     bool setTag(const QString &key, const QVariant &value);
     /// Appends text without a separator; creates the tag when it is absent. False when the tag
     /// holds a value that is not a text.

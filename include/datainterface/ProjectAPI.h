@@ -7,6 +7,8 @@
 /// Writes the model directly to the file, which is incomplete after a failure or a cancel. A host
 /// that needs an atomic save writes to another file and renames it. Returns false on a failure and
 /// on a cancel, without a message; exceptions are caught. All containers must be checked in before.
+/// Also false, with the file untouched, when a data source was resized to another number of objects
+/// than its geography has.
 DATAINTERFACE_EXPORT bool VORN_SaveProject(const QString &fileName);
 
 /// Reads a project of this version or an older one. The block store is emptied once the file is

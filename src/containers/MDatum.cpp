@@ -21,10 +21,17 @@ namespace {
 // Precedes the UTF-8 bytes of a text that Latin-1 cannot represent.
 const QByteArray kUtf8Mark = QByteArrayLiteral("\xEF\xBB\xBF");
 
+// By pointer and size here and below, since Qt's overloads for a QByteArray end at the first NUL.
+QString fromLatin1(const QByteArray &bytes)
+{
+    return bytes.isNull() ? QString() : QString::fromLatin1(bytes.constData(), bytes.size());
+}
+
 // Qt removes a byte order mark at the front, which is a character of the text here.
 QString fromUtf8(const QByteArray &bytes)
 {
-    const QString text = QString::fromUtf8(bytes);
+    const QString text =
+        bytes.isNull() ? QString() : QString::fromUtf8(bytes.constData(), bytes.size());
     return bytes.startsWith(kUtf8Mark) ? QChar(QChar::ByteOrderMark) + text : text;
 }
 
@@ -46,7 +53,7 @@ QByteArray streamForm(const QByteArray &text)
 QByteArray textFrom(const QByteArray &stored)
 {
     if (!stored.startsWith(kUtf8Mark))
-        return QString::fromLatin1(stored).toUtf8();
+        return fromLatin1(stored).toUtf8();
     const QByteArray text = stored.mid(kUtf8Mark.size());
     return isUtf8(text) ? text : QString::fromLatin1(text).toUtf8();
 }

@@ -70,11 +70,21 @@ inline int integerOf(const MDatum &datum)
                                   : integerFrom<int>(datum.integerValue());
 }
 
+constexpr double kLargestHalf = 65504.0;
+
+/// The nearest number whose magnitude is at most `most`; an infinity and a NaN stay as they are.
+inline double withinRange(double value, double most)
+{
+    return std::isfinite(value) ? std::clamp(value, -most, most) : value;
+}
+
 /// A number as an element of a numeric type.
 template <class T, class Number> T elementFrom(Number value)
 {
     if constexpr (std::is_same_v<T, half>)
-        return half(static_cast<float>(value));
+        return half(static_cast<float>(withinRange(static_cast<double>(value), kLargestHalf)));
+    else if constexpr (std::is_same_v<T, float> && std::is_same_v<Number, double>)
+        return static_cast<float>(withinRange(value, std::numeric_limits<float>::max()));
     else if constexpr (std::is_integral_v<T>)
         return integerFrom<T>(value);
     else

@@ -14,6 +14,7 @@
 #include <QColor>
 #include <QFile>
 #include <QStringList>
+#include <algorithm>
 #include <memory>
 #include "Common/DataManager.h"
 #include "Common/detail/streams.h"
@@ -77,6 +78,18 @@ bool writeGeographies(QDataStream &out, const QMap<int, MGeoData *> &geographies
             return false;
     }
     return true;
+}
+
+// Whether each data source has the objects of its geography. A source that was resized alone has
+// others, and a file with it could not be loaded.
+bool isConsistent(const QMap<int, MGeoData *> &geographies)
+{
+    return std::all_of(geographies.cbegin(), geographies.cend(), [](const MGeoData *geography) {
+        const auto *vector = dynamic_cast<const MVectorData *>(geography);
+        return !vector
+               || vector->GetFennimIdMap().size()
+                      == static_cast<int>(vector->GetDataSource()->GetObjectCount());
+    });
 }
 
 bool writeProject(QDataStream &out)
@@ -220,6 +233,8 @@ bool readProject(QDataStream &in)
 
 bool VORN_SaveProject(const QString &fileName)
 {
+    if (!isConsistent(controller()->GetGeoData()))
+        return false;
     QFile file(fileName);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return false;

@@ -6,8 +6,8 @@
 #include "cells/cellForms.h"
 #include "cells/cellTally.h"
 #include "datainterface/HeldGrid.h"
-#include "datainterface/VORN_Progress.h"
 #include "datasets/intervalBreaks.h"
+#include "frame/progressSection.h"
 
 using namespace datainterface;
 
@@ -131,9 +131,7 @@ bool MRasterDataset::RecalculateFrequencies()
         };
         for (const ObservationMap &grids : qAsConst(mRealizations)) {
             for (const MRasterObservation *grid : grids) {
-                isComplete =
-                    isComplete
-                    && !(VORN_Progress::UsingProgressBar() && VORN_Progress::ProgressBarCanceled());
+                isComplete = isComplete && !isCanceled();
                 if (isComplete)
                     countGrid(*grid);
             }

@@ -59,6 +59,12 @@ void TestMDatum::textsAreWhole()
         QVERIFY(isRead(bytes, again));
         QCOMPARE(again, value);
     }
+    // A NUL is a character like any other, but charstr() ends at it.
+    const QString withNul = QString("a") + QChar(0) + QString("b");
+    QCOMPARE(MDatum(withNul).text(), withNul);
+    MDatum again;
+    QVERIFY(isRead(streamed(MDatum(withNul)), again));
+    QCOMPARE(again.text(), withNul);
 }
 
 // The other forms are in the attributes of old projects.

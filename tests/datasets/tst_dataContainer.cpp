@@ -153,6 +153,13 @@ void TestDataContainer::numbersAreFittedIn()
     Container floats(Container::FloatData, 1);
     QVERIFY(floats.setValue(0, 0.1));
     QCOMPARE(floats.strvalue(0), QString("0.1"));
+    QVERIFY(floats.setValue(0, -1e300));
+    QCOMPARE(floats.value(0), -double(std::numeric_limits<float>::max()));
+    QVERIFY(floats.setValue(0, qInf()));
+    QCOMPARE(floats.value(0), qInf());
+    Container halves(Container::HalfData, 1);
+    QVERIFY(halves.setValue(0, 100000));
+    QCOMPARE(halves.value(0), 65504.0);
     Container ints(Container::Int32Data, 1);
     QCOMPARE(answers({ints.setValue(0, std::numeric_limits<int>::max()), ints.incValue(0, 1)}),
              "yy");

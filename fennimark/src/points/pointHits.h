@@ -128,7 +128,9 @@ public:
             const double tolerance = kTieUlps * ulp(std::max(largest, magnitude(hit)));
             const double lower = std::max(last - tolerance, 0.0);
             const double upper = last + tolerance;
-            return hit.distance >= lower * lower && hit.distance <= upper * upper;
+            // Squares overflow from 1e154 on; only an infinite last distance is tied with another.
+            return hit.distance >= lower * lower && hit.distance <= upper * upper
+                   && (std::isfinite(hit.distance) || !std::isfinite(mLast));
         };
         for (const PointHit &tie : mTies) {
             if (isTied(tie))

@@ -187,6 +187,13 @@ bool readVariant(QDataStream &in, QVariant &value, int depth)
     return in.status() == QDataStream::Ok;
 }
 
+// A table that is read keeps one value for each key.
+template <class Table> bool hasUniqueKeys(const Table &table)
+{
+    const QStringList keys = table.keys();
+    return QSet<QString>(keys.begin(), keys.end()).size() == keys.size();
+}
+
 bool isStorable(const QVariant &value, int depth)
 {
     if (!value.isValid())
@@ -200,9 +207,9 @@ bool isStorable(const QVariant &value, int depth)
     };
     switch (value.userType()) {
     case QMetaType::QVariantMap:
-        return areStorable(value.toMap());
+        return hasUniqueKeys(value.toMap()) && areStorable(value.toMap());
     case QMetaType::QVariantHash:
-        return areStorable(value.toHash());
+        return hasUniqueKeys(value.toHash()) && areStorable(value.toHash());
     case QMetaType::QVariantList:
         return areStorable(value.toList());
     case QMetaType::QStringList:

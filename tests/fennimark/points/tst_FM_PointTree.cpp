@@ -60,7 +60,8 @@ public:
             const double width = tolerance(place, last, hit);
             const double upper = std::sqrt(last) + width;
             const double lower = std::max(std::sqrt(last) - width, 0.0);
-            return hit.first >= lower * lower && hit.first <= upper * upper;
+            return hit.first >= lower * lower && hit.first <= upper * upper
+                   && (std::isfinite(hit.first) || !std::isfinite(last));
         };
         int end = count;
         while (end < all.size() && isTied(all[end]))
@@ -227,7 +228,9 @@ private Q_SLOTS:
             const int kind = static_cast<int>(random() % 100);
             if (naive.members.isEmpty() || kind < (shrinks ? 25 : 60)) {
                 // A far point must not enlarge the tolerance of other ties.
-                const double x = random() % 300 ? double(random() % 64) : 1e15;
+                const double x = random() % 300 ? double(random() % 64)
+                                 : random() % 2 ? 1e15
+                                                : 1e300;
                 naive.members.append({{x, double(random() % 64)}, int(random() % 500)});
                 QVERIFY(tree.AddPointToSet(naive.members.last().place, naive.members.last().id));
             } else if (kind < 80) {
