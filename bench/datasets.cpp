@@ -152,9 +152,9 @@ void count()
                 0.25);
 }
 
-/// Values are set in one slice object by object: first while the other values are missing, then all
-/// of them again.
-void addCells(int objects, const char *name)
+/// Values are set object by object, each at all times: first while the other values are missing, then
+/// all of them again.
+void addCells(int objects, int times, const char *name)
 {
     double first = 1e300;
     double second = 1e300;
@@ -163,10 +163,11 @@ void addCells(int objects, const char *name)
         Dataset dataset(objects);
         const auto addAll = [&] {
             for (int id = 0; id < objects; ++id)
-                dataset.AddDataValue(0, id, TimeStamp(0), MDatum(id / 8.0), true, false);
+                for (int time = 0; time < times; ++time)
+                    dataset.AddDataValue(0, id, TimeStamp(time), MDatum(id / 8.0), true, false);
         };
-        first = std::min(first, ratios::best(1, objects, addAll));
-        second = std::min(second, ratios::best(1, objects, addAll));
+        first = std::min(first, ratios::best(1, objects * times, addAll));
+        second = std::min(second, ratios::best(1, objects * times, addAll));
         if (dataset.GetDataCount(0, 0) != objects)
             std::abort();
     }
@@ -242,8 +243,9 @@ int main()
     ratios::head("Vector datasets");
     count();
     readCells();
-    addCells(20000, "a value added to a slice of 20,000 missing");
-    addCells(200000, "the same of 200,000");
+    addCells(20000, 1, "a value added to a slice of 20,000 missing");
+    addCells(200000, 1, "the same of 200,000");
+    addCells(20000, 10, "the same of 20,000 at ten times");
     interpolate();
     fillAndReadThroughTime();
     ClearDataManager();

@@ -19,11 +19,11 @@ public:
     void CheckOut() const;
     /// A surplus check-in is ignored. The last one writes changes back, which can raise "result".
     void CheckIn() const;
-    /// Delays writing back: changes made from now on stay in memory until WriteLater is called for
-    /// another container, the blocks are saved or the container is deleted. For loops in which each
-    /// step would otherwise write everything back. Only one container at a time can wait. Raises
-    /// "result", with nothing changed, when there is no room for the changes of the container that
-    /// was waiting.
+    /// Delays writing back: changes made from now on stay in memory until the blocks are saved, the
+    /// container is deleted, or the waiting containers take more memory than the cache may hold,
+    /// when the least recently changed ones are written back. For loops in which each step would
+    /// otherwise write everything back. Raises "result", with this container unchanged, when there
+    /// is no room for the changes of another one.
     void WriteLater() const;
     int CheckOutCount() const { return mCheckOutCount; }
     int BlockId() const { return mBlockId; }

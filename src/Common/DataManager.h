@@ -79,6 +79,9 @@ public:
     /// Deletes the blocks in the file whose ids are not among `kept`.
     void DeleteBlocksBut(QVector<int> kept);
 
+    /// Bytes of contents that the cache may hold.
+    qint64 CacheLimit() const { return mCache.Limit(); }
+
     State Inspect() const;
 
 private:

@@ -25,6 +25,9 @@ public:
     }
     QByteArray encode() { return mImage.isEmpty() ? SeriesImage<T>::encode(mEntries) : mImage; }
 
+    /// Bytes that the decoded content takes in memory, without those of long texts.
+    qint64 memory() const { return count() * qint64(sizeof(Entry)); }
+
     int count() const { return mIsDecoded ? mEntries.size() : SeriesImage<T>::count(mImage); }
     Entry entry(int index) const
     {

@@ -34,6 +34,15 @@ public:
                            : datainterface::SliceImage<T>::encode(values(), missing());
     }
 
+    /// Bytes that the decoded content takes in memory.
+    qint64 memory() const
+    {
+        constexpr qint64 kTextBytes = 64; // of a short text
+        constexpr qint64 kSetBytes = 48;  // of an id in a QSet
+        return count() * (qint64(sizeof(T)) + (datainterface::isRaw<T> ? 0 : kTextBytes))
+               + missingCount() * kSetBytes;
+    }
+
     int count() const { return mHasValues ? mValues.size() : mImage.count(); }
     int missingCount() const { return mHasMissing ? mMissing.size() : mImage.missingCount(); }
     T value(int object) const

@@ -43,11 +43,14 @@ template <class Container> void PagedContainer<Container>::WriteLater() const
 {
     if (mBlockId < 0)
         return;
-    datainterface::PendingWrite::set(this, [](const void *container) {
+    const auto writeBack = [](const void *container) {
         const auto &paged = *static_cast<const PagedContainer *>(container);
         if (paged.mDirty && paged.mCheckOutCount == 0)
             paged.PageOut();
-    });
+    };
+    const CheckedOut<Container> hold(self());
+    datainterface::PendingWrite::set(this, writeBack, self().mContent->memory(),
+                                     blockStore().CacheLimit());
 }
 
 template <class Container> void PagedContainer<Container>::PageIn() const

@@ -253,8 +253,8 @@ bool SliceStore<T>::setValue(int realization, int id, const TimeStamp &stamp, co
     if (present == slices.constEnd() || !(present.key() == stamp) || id >= (*present)->GetCount())
         return false;
     Slice &slice = **present;
-    slice.WriteLater();
     const CheckedOut<Slice> hold(slice);
+    slice.WriteLater();
     const bool isHeld = !slice.IsMissing(id);
     if (table && isHeld) {
         const auto oldValue = table->find(slice.GetValue(id));
@@ -289,8 +289,8 @@ bool SliceStore<T>::setMissing(int realization, int id, const TimeStamp &stamp,
     for (const Found &found : under) {
         const Cut cut = cutBy(stamp, found.key, kDatasetLabel);
         if (cut == Cut::Nothing) {
-            found.slice->WriteLater();
             const CheckedOut<Slice> hold(*found.slice);
+            found.slice->WriteLater();
             if (id < found.slice->GetCount() && !found.slice->IsMissing(id))
                 countDown(table, found.slice->GetValue(id));
             found.slice->SetMissing(id);

@@ -337,8 +337,12 @@ void TestTimeContainers::changesCanWait()
     QCOMPARE(imageOf(first.BlockId()), before);
     QCOMPARE(TimeSliceData<int>(first).GetValues(), (QVector<int>{1, 7}));
     second.WriteLater();
-    QVERIFY(imageOf(first.BlockId()) != before);
     second.SetValue(0, 8);
+    QCOMPARE(imageOf(first.BlockId()), before); // both wait
+    const int count = static_cast<int>(blockStore().CacheLimit() / 4);
+    const TimeSliceData<int> large(QVector<int>(count), {});
+    large.WriteLater(); // there is no memory for others beside it
+    QVERIFY(imageOf(first.BlockId()) != before);
     QByteArray project;
     BytesWriter out(&project);
     QVERIFY(SaveProjectData(out, false));

@@ -1,30 +1,34 @@
 // SPDX-License-Identifier: MIT
-/// The one container whose last change is not in the block store yet.
+/// The containers whose last changes are not in the block store yet.
 ///
-/// A loop that sets the values of a container one by one would encode all of it at every step. Such
-/// a change therefore stays pending in the container's memory, even when the container is not
-/// checked out, and a check-in does not write it back. It is written back before the change of
-/// another container becomes pending, before blocks are saved and before blocks are restored.
+/// A loop that sets values one by one would encode a whole container at every step. Such changes
+/// therefore stay pending in the container's memory, even when the container is not checked out,
+/// and a check-in does not write them back. They are written back, the least recently changed
+/// container first, when the pending containers take more memory than a limit, before blocks are
+/// saved and before blocks are restored.
 ///
-/// At most one change of the process is pending. The class is not locked.
+/// The state is that of the process. The class is not locked.
 #pragma once
+#include <QtGlobal>
 
 namespace datainterface {
 
 class PendingWrite {
 public:
-    /// Writes the container's change back, if it still has one.
+    /// Writes the container's changes back, if it still has some.
     using WriteBack = void (*)(const void *container);
 
-    /// Makes the changes of `container` pending from now on. Those of another container are written
-    /// back first, which raises "result" when there is no room; nothing has changed then.
-    static void set(const void *container, WriteBack writeBack);
+    /// Makes the changes of `container` pending from now on. Others are written back first until
+    /// all together take at most `limit` bytes, or only this one is left; that raises "result" when
+    /// there is no room, and this container has not changed then.
+    /// @param bytes  memory of the container's content.
+    static void set(const void *container, WriteBack writeBack, qint64 bytes, qint64 limit);
     static bool holds(const void *container);
     /// To be called when the container has been written back or is destroyed.
     static void forget(const void *container);
-    /// Raises "result" when there is no room; the change stays pending.
+    /// Writes all back. Raises "result" when there is no room; what is left stays pending.
     static void writeBack();
-    /// Discards the change, because the store that it belongs to is reset or cleared.
+    /// Discards all changes, because the store that they belong to is reset or cleared.
     static void drop();
 };
 
