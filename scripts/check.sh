@@ -59,7 +59,7 @@ check_plain() {
 }
 
 check_cppcheck() {
-    # Qt's own headers are left out: its library description says what is needed of them.
+    # Qt's own headers are not read: cppcheck has a library description of Qt.
     sources 'src/*.cpp' 'fennimark/src/*.cpp' 'host/*.cpp' | cppcheck --file-list=- -j"$jobs" --quiet --inline-suppr \
         --error-exitcode=1 --std=c++17 --library=qt --enable=warning,performance,portability \
         --suppressions-list=scripts/cppcheck.supp "${include_flags[@]}"
@@ -74,7 +74,7 @@ check_doxygen() {
 check_tidy() {
     configured build/plain -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=OFF -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
         -DCMAKE_CXX_FLAGS="-Werror -O0 -g0" || return 1
-    # Headers that the build makes (moc, ui) must stand before they are included.
+    # Headers that the build generates (moc, ui) must exist before they are included.
     cmake --build build/plain -j"$jobs" --target DataInterface_autogen DataInterfaceObjects_autogen >build/plain.log 2>&1 \
         || { cat build/plain.log; return 1; }
     sources 'src/*.cpp' 'fennimark/src/*.cpp' 'host/*.cpp' \

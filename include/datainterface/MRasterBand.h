@@ -51,6 +51,6 @@ protected:
     int mColumns = 0;
     DataType mType = RasterDecimalType;
     int mBitDepth = 0;
-    mutable QByteArray mData; ///< of an observation: empty while nobody has it checked out
+    mutable QByteArray mData; ///< of an observation: empty while it is not checked out
     QVector<unsigned int> mColorMap;
 };

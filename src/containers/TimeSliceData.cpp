@@ -159,8 +159,8 @@ template <class T> const QSet<int> &TimeSliceData<T>::MissingIds() const
     return mContent->missing();
 }
 
-// Whether a caller has the slice checked out, besides the operation that asks. More reads are
-// likely then, so decoding all values pays.
+// Whether a caller has the slice checked out besides the present operation. More reads are likely
+// then, so it is faster to decode all values.
 template <class T> bool TimeSliceData<T>::IsHeld() const
 {
     return this->mCheckOutCount > 1;

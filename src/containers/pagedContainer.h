@@ -5,7 +5,7 @@
 ///
 /// State of a container: mContent is null while it is paged out. It is in memory while the
 /// container is checked out, while its change is pending (PendingWrite), and after a write-back has
-/// failed; mDirty tells that it is newer than the block.
+/// failed; mDirty is set while it is newer than the block.
 #pragma once
 #include "Common/DataManager.h"
 #include "Common/detail/pendingWrite.h"

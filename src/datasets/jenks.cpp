@@ -193,8 +193,8 @@ private:
     {
         mBudget -= b;
         const double least = leastValue(c, b);
-        // In the recurrence c - 1 classes of fewer values cost nothing, so it may also split there.
-        // Such a split wins by rounding alone; the certificate is given up then.
+        // In the recurrence c - 1 classes of fewer values have the cost 0, so a split there can also
+        // be the least, but only because of rounding. There is no certificate then.
         for (int i = 1; i < c - 1; ++i) {
             if (slack > 0.0 && cost(i, b) <= least + slack)
                 mBudget = -1;

@@ -34,8 +34,8 @@ public:
         const auto found = mRealizations.constFind(realization);
         return found == mRealizations.constEnd() ? nullptr : &found->template slicesOf<T>();
     }
-    /// The slice that holds the instant `time`; null without one. Values are read in runs, and the
-    /// search is most of what one costs, so the slice found last is remembered.
+    /// The slice that holds the instant `time`; null without one. The slice found last is kept,
+    /// because successive reads are mostly of one slice and the search is most of their cost.
     const Slice *at(int realization, qint64 time) const
     {
         const TimeStamp instant(time);
@@ -89,8 +89,8 @@ public:
         return std::any_of(slices.begin(), slices.end(),
                            [](const Slice *slice) { return slice->GetMissingCount() > 0; });
     }
-    /// Forgets the slice found last. The calls below do so themselves; whoever else changes a map
-    /// must call this first.
+    /// Forgets the slice found last. The calls below do so themselves; any other code that changes
+    /// a map must call this first.
     void forget() { mLast.slice = nullptr; }
 
     /// Adds a slice of values. The interval is cut at the ends of the slices that it overlaps;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// Messages of the library to its host and user. Both functions call the controller, so they are
-/// defined in project/, which knows its class.
+/// defined in project/, which may include its class.
 #pragma once
 
 class QString;

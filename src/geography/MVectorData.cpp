@@ -141,8 +141,8 @@ bool MVectorData::AddListener(QObject *listener)
     return true;
 }
 
-// An object that exists at a time outside the intervals of the data has missing data. The dataset
-// is asked first, since it knows whether an object has no value at all.
+// An object that exists at a time outside the intervals of the data has missing data. The
+// dataset is tested first, for objects without any value.
 bool MVectorData::HasObjectsWithMissingData(int dataset) const
 {
     MVectorDataset *data = mVectorDataSource->GetVectorDataset(dataset);

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Holds the include lines of the sources against the order of the folders: a folder includes itself and those before
-# it. A public header belongs to the folder of the source that is named after it. Foreign libraries stay in the folder
-# that hides them.
+# Checks the include lines of sources and private headers against the order of the folders: a folder includes itself and
+# those before it. A public header belongs to the folder of the source that is named after it; the include lines of
+# public headers are not checked. Each foreign library is included in one folder only.
 # usage: includes.sh [ROOT]
 set -euo pipefail
 cd "${1:-$(dirname "$0")/../..}"
@@ -29,7 +29,7 @@ WeightsAtT weights
 neighborDatum weights
 vorn_diagonal_matrix numerics
 '
-# A part asks its owner, in sources only: the object that it is held by, or that it holds and cannot otherwise name.
+# Includes of a later folder that are allowed, in sources only: an object calls its owner, or a geography its weight sets.
 owners='
 src/datasets/MDataset.cpp datainterface/MDataSource.h
 src/datasets/MDataset.variograms.cpp datainterface/MDataSource.h

@@ -30,8 +30,8 @@ private:
     const HilbertTreeRecord *const mRecord;
 };
 
-/// The live geometry of a record that somebody else has checked out. Null when the record is null
-/// and when its bytes cannot be read.
+/// The live geometry of a record that the caller has checked out. Null when the record is null and
+/// when its bytes cannot be read.
 class LiveObject {
 public:
     LiveObject(const HilbertTree *tree, const HilbertTreeRecord *record)

@@ -45,7 +45,7 @@ struct LiveRecord final : HilbertTreeRecord {
 /// ones, the newest and the oldest at its ends; a pool of free ones.
 class LiveRecords {
 public:
-    /// Is told of each live object that is dropped, before its backing is freed.
+    /// Receives a call for each live object that is dropped, before its backing is freed.
     class Owner {
     public:
         virtual void objectDropped(int recordId, const FMObject &object) = 0;

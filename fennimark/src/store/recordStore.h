@@ -49,7 +49,8 @@
 namespace fennimark {
 
 constexpr quint64 kMaxRecords = 0x7ffffffeU;
-// From this many records a range on, testing all ranges before the records costs next to nothing.
+// With at least this many records per range, the cost of testing all ranges before the records is
+// negligible.
 constexpr quint32 kRecordsARange = 64;
 
 /// Flags of a record; the lower two bits are its geometry type.

@@ -31,8 +31,8 @@ double bendArea(const QPoint &a, const QPoint &b, const QPoint &c)
     return std::abs(u.x() * v.y() - u.y() * v.x()) / 2;
 }
 
-/// For each vertex of an arc the area of its bend when it goes, smallest bends first; the ends
-/// never go.
+/// For each vertex of an arc the area of its bend at the moment of its removal. Vertices are
+/// removed in the order of their areas, the smallest first; the ends are never removed.
 std::vector<double> bendAreas(const SharedArcs::Arc &arc)
 {
     const int last = static_cast<int>(arc.size()) - 1;
@@ -63,7 +63,8 @@ std::vector<double> bendAreas(const SharedArcs::Arc &arc)
         const int right = after[at(i)];
         after[at(left)] = right;
         before[at(right)] = left;
-        // A neighbour goes no earlier than the vertex before it, or the order would not be one.
+        // The area of a neighbour is at least that of the vertex removed before it, so that areas
+        // ascend in the order of removal.
         if (left > 0)
             measure(left, area);
         if (right < last)
@@ -160,7 +161,8 @@ void SharedArcs::cutPath(Path &path)
     if (vertices.empty())
         return;
     if (path.closed) {
-        // A ring begins at a junction; one without any at its smallest vertex, as its twins do.
+        // A ring begins at a junction. One without a junction begins at its vertex of the lowest
+        // number, so that equal rings begin at the same vertex.
         auto start = std::find_if(vertices.begin(), vertices.end(),
                                   [this](int vertex) { return mVertices[at(vertex)].junction; });
         if (start == vertices.end())
