@@ -141,7 +141,10 @@ public:
                                     nullptr);
         FlannSink<fennimark::NearestHits> set{sink};
         ask(place, set);
-        sink.finish();
+        sink.finish([this](const fennimark::PointHit &hit) {
+            const QPointF &point = mCloud.points.at(static_cast<int>(hit.slot));
+            return std::max(std::abs(point.x()), std::abs(point.y()));
+        });
         fill(place, hits);
     }
 

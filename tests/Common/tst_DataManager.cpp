@@ -230,7 +230,8 @@ void TestDataManager::walkAgreesWithAMap()
                 model.insert(id, bytes);
             } else if (what < 8) {
                 QByteArray found;
-                QVERIFY(store.ReadDataBlock(id, found) && found == model.value(id));
+                QVERIFY(store.ReadDataBlock(id, found));
+                QCOMPARE(found, model.value(id));
             } else if (model.size() > 40) {
                 store.DeleteDataBlock(id);
                 model.remove(id);

@@ -332,7 +332,8 @@ void TestTimeContainers::changesCanWait()
     first.WriteLater();
     first.SetValue(1, 7);
     int value = 0;
-    QVERIFY(first.GetValue(1, value) && first.GetCount() == 2);
+    QVERIFY(first.GetValue(1, value));
+    QCOMPARE(first.GetCount(), 2);
     QCOMPARE(value, 7);
     QCOMPARE(imageOf(first.BlockId()), before);
     QCOMPARE(TimeSliceData<int>(first).GetValues(), (QVector<int>{1, 7}));

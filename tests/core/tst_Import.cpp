@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <QTemporaryDir>
 #include <QtTest>
+#include <memory>
+#include <stdexcept>
 #include "core/workshop.h"
 #include "support/checks.h"
 
@@ -246,6 +248,26 @@ private Q_SLOTS:
         QVERIFY(most > 10); // it was asked all along
     }
 
+    // A report that throws, and a bar that outlives its session.
+    void theEndOfASessionNeverThrows()
+    {
+        const QTemporaryDir directory;
+        int ended = 0;
+        SessionUser user;
+        user.progress = [&ended](int percent, const QString &) {
+            if (percent < 0 && ++ended > 0)
+                throw std::runtime_error("no more");
+        };
+        auto session = std::make_unique<Session>(SessionOptions{directory.path()}, user);
+        {
+            const Progress done("a", "b");
+        }
+        QCOMPARE(ended, 1);
+        const Progress open("a", "b");
+        session.reset();
+        QCOMPARE(ended, 2);
+    }
+
     void keepsAProjectThatChangedMeanwhile()
     {
         const QTemporaryDir directory;
@@ -260,7 +282,8 @@ private Q_SLOTS:
         session.load(path);
         session.save(path); // its own writing is no change
         QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("another's") == 9);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write("another's"), qint64(9));
         file.close();
         QVERIFY_EXCEPTION_THROWN(session.save(path), Failure);
         QCOMPARE(content(), QByteArray("another's"));

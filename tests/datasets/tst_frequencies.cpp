@@ -160,7 +160,8 @@ void TestFrequencies::statisticsOfATime()
     dataset.SetMissing(0, 0, stamp("[0, 5]"));
     QVERIFY(dataset.GetDataSetStats(0, 2, stats));
     QCOMPARE(stats.mean, 2.0); // kept until it is asked to be renewed
-    QVERIFY(dataset.CalcMinMaxMean(0, 2) && dataset.GetDataSetStats(0, 2, stats));
+    QVERIFY(dataset.CalcMinMaxMean(0, 2));
+    QVERIFY(dataset.GetDataSetStats(0, 2, stats));
     QCOMPARE(stats.mean, 2.5);
     LoneDataset texts(StringType, MVectorDataset::TimeSlice, 1);
     QCOMPARE(raisedText([&] { texts.CalcMinMaxMean(0); }), QString("Invalid data type"));

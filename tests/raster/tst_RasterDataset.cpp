@@ -437,7 +437,8 @@ void TestRasterDataset::unsignedCellsStayUnsigned()
     double value = 0.0;
     double whole = 0.0;
     double least = 0.0;
-    QVERIFY(VORN_GetMean(id, 0, 5, value) && VORN_GetMin(id, 0, value));
+    QVERIFY(VORN_GetMean(id, 0, 5, value));
+    QVERIFY(VORN_GetMin(id, 0, value));
     QVERIFY(VORN_SaveProject(model.path("u.prj")));
     for (const bool isLoaded : {false, true}) {
         if (isLoaded)

@@ -35,6 +35,17 @@ std::unique_ptr<QTemporaryDir> makeScratch(const QString &wanted)
          "scratch");
 }
 
+/// Runs a step of an end; what comes after it must run even if it throws.
+template <class Step> void quietly(Step step)
+{
+    try {
+        step();
+    } catch (...) {
+        // A write error of the scratch disk, or an exception of the session's user. What the step
+        // did not free is freed at process exit.
+    }
+}
+
 /// Passes the library's progress bar and warnings to the user of the session.
 class SessionDialogs final : public HostDialogs {
 public:
@@ -57,7 +68,7 @@ public:
     {
         mPercent = -1;
         mLabel.clear();
-        tell();
+        quietly([this] { tell(); }); // bars are closed by destructors
     }
     void ShowWarning(const QString &, const QString &text) override { mHost.AddWarning(text); }
     void ShowException(const QString &text, const QString &what, const QString &) override
@@ -76,16 +87,6 @@ private:
     int mPercent = -1;
     QString mLabel;
 };
-
-/// Runs a step of the destructor; the steps after it must run even if it throws.
-template <class Step> void quietly(Step step)
-{
-    try {
-        step();
-    } catch (...) {
-        // A write error of the scratch disk; what the step did not free is freed at process exit.
-    }
-}
 
 } // namespace
 
@@ -108,15 +109,16 @@ Session::Session(const SessionOptions &options, const SessionUser &user)
     VORN_SetProjectCompression(options.smallest ? 0 : 2);
 }
 
+// A bar that is still open is closed while the controller that it reports to exists.
 Session::~Session()
 {
+    quietly([] { VORN_SetHostDialogs(nullptr); });
     quietly([this] {
         for (const int id : mController->GetGeoData().keys())
             mController->RemoveGeography(id);
     });
     quietly([] { ClearDataManager(); });
     quietly([this] { mController.reset(); });
-    VORN_SetHostDialogs(nullptr);
     InitializeCInterface(nullptr);
 }
 

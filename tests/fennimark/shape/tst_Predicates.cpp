@@ -113,8 +113,10 @@ class TestPredicates : public QObject {
             const bool cross =
                 !covers && !covered && GEOSRelatePattern_r(geos, ga, gb, "T********") == 1;
             const QByteArray told = text(geos, ga) + " / " + text(geos, gb);
-            QVERIFY2(a.Overlaps(b) == overlap && b.Overlaps(a) == overlap, told);
-            QVERIFY2(a.Crosses(b) == cross && b.Crosses(a) == cross, told);
+            QVERIFY2(a.Overlaps(b) == overlap, told);
+            QVERIFY2(b.Overlaps(a) == overlap, told);
+            QVERIFY2(a.Crosses(b) == cross, told);
+            QVERIFY2(b.Crosses(a) == cross, told);
             if (firstIsArea)
                 QVERIFY2(static_cast<const FMPolygon &>(a).Contains(b) == covers, told);
             if (secondIsArea)
