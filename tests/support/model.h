@@ -6,8 +6,8 @@
 #include <QObject>
 #include <QPair>
 #include <QPointF>
-#include <QSet>
 #include <QRectF>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
