@@ -96,7 +96,9 @@ void TestHeadless::scratchFilesStayInTheGivenDirectory()
     const QTemporaryDir directory;
     const QString cache = directory.filePath("cache");
     qputenv("XDG_CACHE_HOME", QFile::encodeName(cache));
-    ControllerBase controller;
+    struct Host : ControllerBase {
+        void RemoveGeography(int id) override { delete GetGeoData().take(id); }
+    } controller;
     InitializeCInterface(&controller);
     InitializeDataManager(directory.filePath("scratch"), 1000000);
     addPoints(3);
