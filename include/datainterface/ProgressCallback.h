@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// How a long operation reports progress to its caller.
+/// The geometry library's progress callback under the name that this library's functions use.
 #pragma once
+#include "fennimark/ProgressCallback.h"
 
-/// Receives the percentage done and a text, which may be null. Returns false to cancel the
-/// operation.
-using ProgressCallback = bool (*)(int percent, const char *text);
+using fennimark::ProgressCallback;

@@ -12,6 +12,7 @@
 #include "fennimark/FMObjectChain.h"
 #include "fennimark/FM_PointTree.h"
 #include "fennimark/HilbertTree.h"
+#include "fennimark/ProgressCallback.h"
 #include "fennimark/export.h"
 #include "fennimark/geometryTypes.h"
 

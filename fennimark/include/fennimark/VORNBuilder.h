@@ -4,6 +4,7 @@
 #include <QVector>
 #include <memory>
 #include "fennimark/FMObjectChain.h"
+#include "fennimark/ProgressCallback.h"
 #include "fennimark/export.h"
 #include "fennimark/geometryTypes.h"
 
@@ -58,7 +59,7 @@ public:
     /// as it is, when nothing was built, when writing fails, and when the callback (may be null)
     /// returns false.
     /// @param path  in the local 8-bit encoding
-    bool Finish(const char *path, bool (*progress)(int percent, const char *text));
+    bool Finish(const char *path, fennimark::ProgressCallback progress);
 
 private:
     Q_DISABLE_COPY(VORNBuilder)

@@ -62,10 +62,3 @@ struct FMCellArea {
     double area = 0.0;
 };
 Q_DECLARE_TYPEINFO(FMCellArea, Q_PRIMITIVE_TYPE); // a QVector of them grows by realloc
-
-namespace fennimark {
-
-/// A host's progress callback. The text may be null. The operation stops when it returns false.
-using ProgressCallback = bool (*)(int percent, const char *text);
-
-} // namespace fennimark

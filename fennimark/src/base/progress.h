@@ -2,7 +2,7 @@
 /// Reports to a caller's progress callback.
 #pragma once
 #include <QtGlobal>
-#include "fennimark/geometryTypes.h"
+#include "fennimark/ProgressCallback.h"
 
 namespace fennimark {
 
