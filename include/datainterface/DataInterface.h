@@ -7,6 +7,7 @@
 #include "datainterface/DataBlocks.h"
 #include "datainterface/DataId.h"
 #include "datainterface/DataType.h"
+#include "datainterface/DataTypeVisitor.h"
 #include "datainterface/DatasetLoader.h"
 #include "datainterface/DatasetProps.h"
 #include "datainterface/DiagnosticsAPI.h"

@@ -9,11 +9,14 @@
 
 /// An id of -1 means that there is no such dataset.
 struct DatasetProps {
+    /// Whether a dataset has one version of its values or several.
+    enum RealizationKind : int { OneRealization = 1, SeveralRealizations = 2 };
+
     int id = -1;
     QString name;
-    int dataType = 0;        ///< DataType
-    int storageType = 0;     ///< MVectorDataset::StorageType of a vector dataset
-    int realizationKind = 1; ///< 1: one realization; 2: several
+    int dataType = 0;                     ///< DataType
+    int storageType = 0;                  ///< MVectorDataset::StorageType of a vector dataset
+    int realizationKind = OneRealization; ///< RealizationKind
     int realizationCount = -1;
     int bitDepth = 0; ///< of raster cells
     QString path;     ///< MDataset::GetHierarchyPathAsString

@@ -54,7 +54,8 @@ DatasetProps MDataset::GetProperties(const MGeoData *geography)
     props.id = mId;
     props.name = GetDisplayName();
     props.dataType = mDataType;
-    props.realizationKind = mRealizationCount < 2 ? 1 : 2;
+    props.realizationKind =
+        mRealizationCount < 2 ? DatasetProps::OneRealization : DatasetProps::SeveralRealizations;
     props.realizationCount = mRealizationCount;
     props.path = GetHierarchyPathAsString();
     props.metaData = mMetaData.values();

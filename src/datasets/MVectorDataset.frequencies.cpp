@@ -80,16 +80,12 @@ bool MVectorDataset::RecalculateStringFrequencies()
 
 bool MVectorDataset::RecalculateFrequencies()
 {
-    switch (mDataType) {
-    case DecimalType:
-        return RecalculateDecimalFrequencies();
-    case IntegerType:
-        return RecalculateIntegerFrequencies();
-    case StringType:
-        return RecalculateStringFrequencies();
-    default:
-        return false;
-    }
+    if (mDataType != DecimalType && mDataType != IntegerType && mDataType != StringType)
+        return false; // The type of a damaged file.
+    return visitElement(mDataType, [this](auto element) {
+        using T = ElementOf<decltype(element)>;
+        return recount<T>(mFrequencies.tableOf<T>(), mRealizationData, mStorageType);
+    });
 }
 
 QMap<MDatum, int> MVectorDataset::GetDataFrequencies()

@@ -6,6 +6,7 @@
 #include "core/project/failure.h"
 #include "core/project/progress.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/DataTypeVisitor.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
@@ -113,8 +114,8 @@ int withStorage(int dataset, Storage storage, const QString &name)
         fail(QStringLiteral("dataset %1 could not be made").arg(name));
     const Progress progress("Dataset conversion", "Storing the values anew...");
     for (int realization = 0; realization < props.realizationCount; ++realization) {
-        visitType(type, [&](auto element) {
-            using T = decltype(element);
+        datainterface::visitElement(type, [&](auto element) {
+            using T = datainterface::ElementOf<decltype(element)>;
             if (storage == MVectorDataset::TimeSlice)
                 sliceUp<T>(dataset, made.id(), realization, progress);
             else

@@ -8,12 +8,16 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/DataTypeVisitor.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
 
 namespace meridor {
 namespace {
+
+using datainterface::ElementOf;
+using datainterface::visitElement;
 
 DataType dataType(ValueKind kind)
 {
@@ -77,10 +81,11 @@ private:
         const CellColumn keys{&mPlan.map, mPlan.keyColumn};
         const ValueKind kind = kindOfDataset(mPlan, mPlan.options.key, {keys}, false);
         const int id = create(mPlan.options.key, TimeSlice, kind);
-        visitType(dataType(kind), [&](auto type) {
-            QVector<decltype(type)> values;
+        visitElement(dataType(kind), [&](auto element) {
+            using T = ElementOf<decltype(element)>;
+            QVector<T> values;
             for (const ObjectRows &object : mPlan.objects)
-                values.append(valueOf<decltype(type)>(keys, object.rows.first()));
+                values.append(valueOf<T>(keys, object.rows.first()));
             fillStatic(id, values, {});
         });
         finish(id);
@@ -105,8 +110,8 @@ private:
         const ValueKind kind = kindOfDataset(mPlan, column.cells().name, {column}, false);
         const bool constant = isConstant(column.cells());
         const int id = create(column.cells().name, constant ? TimeSlice : TimeSeries, kind);
-        visitType(dataType(kind), [&](auto type) {
-            using T = decltype(type);
+        visitElement(dataType(kind), [&](auto element) {
+            using T = ElementOf<decltype(element)>;
             if (constant)
                 fillConstant<T>(id, column);
             else
@@ -174,8 +179,8 @@ private:
         const ValueKind kind = kindOfDataset(mPlan, spec.name, columns, true);
         const int id = create(spec.name, TimeSlice, kind);
         for (const Slice &slice : slices(spec)) {
-            visitType(dataType(kind), [&](auto type) {
-                fillSlice<decltype(type)>(id, {&mPlan.map, slice.column}, slice.when);
+            visitElement(dataType(kind), [&](auto element) {
+                fillSlice<ElementOf<decltype(element)>>(id, {&mPlan.map, slice.column}, slice.when);
             });
             stepDone();
         }
@@ -220,8 +225,8 @@ private:
         const ValueKind kind = kindOfDataset(mPlan, spec.name, {column}, true);
         const int id = create(spec.name, TimeSeries, kind);
         const auto observations = observationsOf(mPlan, spec);
-        visitType(dataType(kind), [&](auto type) {
-            using T = decltype(type);
+        visitElement(dataType(kind), [&](auto element) {
+            using T = ElementOf<decltype(element)>;
             for (int i = 0; i < objectCount(); ++i) {
                 QVector<QPair<Interval, T>> values;
                 for (const Observation &observation : observations[i])

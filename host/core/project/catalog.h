@@ -58,17 +58,6 @@ MERIDOR_EXPORT int findDataset(int geography, const QString &name);
 /// Raises a Failure if the name is empty or a dataset of the geography has it.
 MERIDOR_EXPORT void requireNewDatasetName(int geography, const QString &name);
 
-/// Calls `visit` with a zero or empty value of the element type of `type`.
-template <class Visit> void visitType(DataType type, Visit visit)
-{
-    if (type == DecimalType)
-        visit(double());
-    else if (type == IntegerType)
-        visit(int());
-    else
-        visit(QString());
-}
-
 /// The dataset that holds the objects' keys; -1 if there is none. Its id is a metadata tag of the
 /// geography, so it is saved with the project.
 MERIDOR_EXPORT int keyDataset(int geography);
