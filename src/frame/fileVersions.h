@@ -5,6 +5,19 @@
 
 namespace datainterface::fileVersions {
 
+// The stream version of the whole file, by the release of Qt that introduced it. Files from
+// kStreamsAsQt46Early on were written in Qt 4.6's form; those after kStreamsAsQt46EarlyEnd follow
+// the table again.
+constexpr int kStreamsAsQt40 = 112001; ///< before, Qt 3.3
+constexpr int kStreamsAsQt42 = 130000;
+constexpr int kStreamsAsQt44 = 180022;
+constexpr int kStreamsAsQt45 = 180063;
+constexpr int kStreamsAsQt46 = 180088;
+constexpr int kStreamsAsQt51 = 201038;
+constexpr int kStreamsAsQt54 = 400019;
+constexpr int kStreamsAsQt46Early = 170100;
+constexpr int kStreamsAsQt46EarlyEnd = 180000; ///< the first file that is not of them
+
 // The top level of the file.
 constexpr int kNamesGeographyKinds = 103000; ///< and has one reserved number fewer
 constexpr int kNamesApplication = 107000;

@@ -45,9 +45,6 @@ public:
 
 namespace {
 
-// Codes of a geography's kind in the file.
-enum GeographyKind : qint8 { RasterKind = 0, VectorKind = 1 };
-
 constexpr int kLongestVersionText = 8; // "4.00.021"
 
 // Fields that every file has and no reader uses.
@@ -73,7 +70,8 @@ bool writeGeographies(QDataStream &out, const QMap<int, MGeoData *> &geographies
     for (MGeoData *geography : geographies)
         out << geography->GetName();
     for (MGeoData *geography : geographies) {
-        out << qint8(dynamic_cast<MVectorData *>(geography) ? VectorKind : RasterKind);
+        out << qint8(dynamic_cast<MVectorData *>(geography) ? MDataSource::VectorSource
+                                                            : MDataSource::RasterSource);
         if (!geography->SaveToStream(out))
             return false;
     }
@@ -103,22 +101,25 @@ bool writeProject(QDataStream &out)
     return out.status() == QDataStream::Ok;
 }
 
-// The Qt stream version of a file. Files of 170100 to 179999 were written in a later one than their
-// place in the table gives, so they are tested first.
-int streamVersionOf(int version)
+// The Qt stream version of a file.
+int streamVersionOf(const LoadContext &file)
 {
+    using namespace fileVersions;
     struct Row {
-        int below;
+        int since;
         int streamVersion;
     };
-    static constexpr Row kRows[] = {{112001, 6},  {130000, 7},  {180022, 8}, {180063, 10},
-                                    {180088, 11}, {201038, 12}, {400019, 14}};
-    if (version >= 170100 && version <= 179999)
-        return 12;
-    for (const Row &row : kRows)
-        if (version < row.below)
+    static constexpr Row kLatestFirst[] = {
+        {kStreamsAsQt54, kStreamVersion},      {kStreamsAsQt51, QDataStream::Qt_5_1},
+        {kStreamsAsQt46, QDataStream::Qt_4_6}, {kStreamsAsQt45, QDataStream::Qt_4_5},
+        {kStreamsAsQt44, QDataStream::Qt_4_4}, {kStreamsAsQt42, QDataStream::Qt_4_2},
+        {kStreamsAsQt40, QDataStream::Qt_4_0}};
+    if (file.between(kStreamsAsQt46Early, kStreamsAsQt46EarlyEnd))
+        return QDataStream::Qt_4_6;
+    for (const Row &row : kLatestFirst)
+        if (file.since(row.since))
             return row.streamVersion;
-    return kStreamVersion;
+    return QDataStream::Qt_3_3;
 }
 
 // False for a text that is not a version and for a file newer than this library.
@@ -133,11 +134,12 @@ bool readVersion(QDataStream &in)
     return dataInterfaceVersionLoading <= serializationVersionNumber;
 }
 
+// The kind of a geography in the file is that of its data source.
 std::unique_ptr<MGeoData> newGeography(qint8 kind)
 {
-    if (kind == VectorKind)
+    if (kind == MDataSource::VectorSource)
         return std::make_unique<MVectorData>(QString(), TF_DateTime, scratchDirectory());
-    if (kind == RasterKind)
+    if (kind == MDataSource::RasterSource)
         return std::make_unique<MRasterData>(QString(), TimeStamp(0, 0, true, true), TF_DateTime,
                                              scratchDirectory());
     return nullptr;
@@ -155,7 +157,7 @@ void makeWay(int geographyId)
 // unknown.
 bool readGeography(QDataStream &in, const LoadContext &project)
 {
-    qint8 kind = VectorKind;
+    qint8 kind = MDataSource::VectorSource;
     if (project.since(fileVersions::kNamesGeographyKinds))
         in >> kind;
     std::unique_ptr<MGeoData> geography = newGeography(kind);
@@ -215,7 +217,7 @@ bool readProject(QDataStream &in)
         geography->DropValues();
     LoadContext context = loadContext();
     context.makeWay = &makeWay;
-    in.setVersion(streamVersionOf(context.version));
+    in.setVersion(streamVersionOf(context));
     QString application;
     if (context.since(fileVersions::kNamesApplication))
         in >> application;
