@@ -5,11 +5,13 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <optional>
 #include "cli/commands/commands.h"
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/progress.h"
+#include "core/project/shapeAccess.h"
 #include "datainterface/GeographyAPI.h"
 
 namespace meridor {
@@ -122,34 +124,11 @@ void runNeighbors(const Options &options, const Context &context)
           set.GeoType() == AdjacencySet::PolygonGeography ? "border" : "distance", context.console);
 }
 
-/// The shape of an object at a time, checked out for a scope.
-class HeldObject {
-public:
-    HeldObject(int geography, int object, qint64 time)
-        : mObject(VORN_GetObject(geography, static_cast<unsigned int>(object), time))
-    {
-    }
-    ~HeldObject() { VORN_ReturnObject(mObject); }
-    HeldObject(const HeldObject &) = delete;
-    HeldObject &operator=(const HeldObject &) = delete;
-    const VORN_Object &operator*() const { return mObject; }
-
-private:
-    VORN_Object mObject;
-};
-
-/// The coordinates of a point; the centre of any other object.
 QPointF placeOf(int geography, int object, qint64 time)
 {
-    QPointF place;
-    if (VORN_GetPointVertex(geography, static_cast<unsigned int>(object), time, place))
-        return place;
-    const HeldObject held(geography, object, time);
-    QRectF bounds;
-    if (VORN_GetPolygonCentroid(*held, place))
-        return place;
-    if (VORN_GetObjectBounds(geography, static_cast<unsigned int>(object), time, bounds))
-        return bounds.center();
+    if (const auto *shapes = dynamic_cast<const MVectorData *>(geographyOf(geography)))
+        if (const std::optional<QPointF> centre = centreOf(*shapes, object, time))
+            return *centre;
     fail(QStringLiteral("%1 does not exist at %2")
              .arg(objectKeys(geography)[object], axisOf(geography).show(time)));
 }

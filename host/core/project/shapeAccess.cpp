@@ -5,21 +5,46 @@
 #include "fennimark/HeldObject.h"
 
 namespace meridor {
+namespace {
+
+/// The record of an object at a time; -1 if it does not exist then.
+int recordOf(const MVectorData &geography, int object, qint64 time)
+{
+    const FMObjectChain *chain =
+        geography.GetFennims()->GetChainById(geography.GetFennimId(static_cast<unsigned>(object)));
+    return chain ? chain->GetObservation(time).second : -1;
+}
+
+} // namespace
 
 QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int object, qint64 time)
 {
     QList<QVector<QPointF>> rings;
-    const Fennims &shapes = *geography.GetFennims();
-    const FMObjectChain *chain =
-        shapes.GetChainById(geography.GetFennimId(static_cast<unsigned>(object)));
-    const int record = chain ? chain->GetObservation(time).second : -1;
+    const int record = recordOf(geography, object, time);
     if (record < 0)
         return rings;
-    const fennimark::HeldObject held(*shapes.mTree, record);
+    const fennimark::HeldObject held(*geography.GetFennims()->mTree, record);
     if (const auto *polygon = held.as<FMPolygon>())
         for (const QPolygonF &ring : polygon->GetVertices())
             rings.append(ring);
     return rings;
+}
+
+std::optional<QPointF> centreOf(const MVectorData &geography, int object, qint64 time)
+{
+    const int record = recordOf(geography, object, time);
+    if (record < 0)
+        return {};
+    const fennimark::HeldObject held(*geography.GetFennims()->mTree, record);
+    double x = 0.0;
+    double y = 0.0;
+    if (const auto *polygon = held.as<FMPolygon>(); polygon && polygon->GetCentroid(x, y))
+        return QPointF(x, y);
+    const auto *shape = held.as<FMObject>();
+    if (!shape)
+        return {};
+    const Rect2D box = shape->GetBounds();
+    return QPointF(box.xMin + (box.xMax - box.xMin) * 0.5, box.yMin + (box.yMax - box.yMin) * 0.5);
 }
 
 } // namespace meridor

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
+/// The shapes of the objects of a vector geography.
 #pragma once
 #include <QPointF>
 #include <QVector>
+#include <optional>
 #include "core/export.h"
 #include "datainterface/MVectorData.h"
 
@@ -9,6 +11,10 @@ namespace meridor {
 
 /// The rings of an object's polygon at a time; empty if it is no polygon or does not exist then.
 MERIDOR_EXPORT QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int object,
+                                               qint64 time);
+/// The coordinates of a point, the centre of gravity of a polygon, and the centre of the bounds of
+/// a line or of a polygon without area; nothing if the object does not exist at the time.
+MERIDOR_EXPORT std::optional<QPointF> centreOf(const MVectorData &geography, int object,
                                                qint64 time);
 
 } // namespace meridor
