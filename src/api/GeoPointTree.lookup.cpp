@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/GeoPointTree.h"
 #include "api/callFrame.h"
-#include "geography/pointTreeSource.h"
+#include "api/pointTreeSource.h"
 
 bool GeoPointTree::SetGeography(int geographyId, qint64 time, const PT_RotationMatrix &rotation)
 {

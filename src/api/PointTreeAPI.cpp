@@ -4,7 +4,7 @@
 #include <memory>
 #include "api/shapeCalls.h"
 #include "fennimark/FMPolygon.h"
-#include "geography/rotation.h"
+#include "api/rotation.h"
 
 using namespace datainterface;
 

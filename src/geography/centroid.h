@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+/// The place that stands for an object in point trees and in answers to hosts.
 #pragma once
 #include "fennimark/FMObject.h"
 

@@ -97,16 +97,6 @@ bool skipOldLists(QDataStream &in, const LoadContext &context)
 
 } // namespace
 
-QDataStream &operator<<(QDataStream &out, const neighborDatum &datum)
-{
-    return out << qint32(datum.id) << datum.weight << datum.angle << datum.distance;
-}
-
-QDataStream &operator>>(QDataStream &in, neighborDatum &datum)
-{
-    return in >> datum.id >> datum.weight >> datum.angle >> datum.distance;
-}
-
 QDataStream &operator<<(QDataStream &out, const AdjacencySet *set)
 {
     set->SaveToStream(out);

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Checks the include lines of sources and private headers against the order of the folders: a folder includes itself and
-# those before it. A public header belongs to the folder of the source that is named after it; the include lines of
-# public headers are not checked. Each foreign library is included in one folder only.
+# Checks the include lines of sources and headers against the order of the folders: a folder includes itself and those
+# before it. A public header of DataInterface belongs to the folder of the source that is named after it, or to the one
+# listed here. Each foreign library is included in one folder only.
 # usage: includes.sh [ROOT]
 set -euo pipefail
 cd "${1:-$(dirname "$0")/../..}"
@@ -10,7 +10,7 @@ cd "${1:-$(dirname "$0")/../..}"
 # tree: its folders, lowest first. fennimark's public headers are value types and free to all of its folders.
 orders='
 fennimark/src: base shape object store file points geography
-src: Common frame time numerics containers cells datasets variograms sources raster geography weights exchange project api
+src: Common frame time numerics containers cells variograms datasets sources geography raster weights exchange project api
 host/core: project formats grids import analysis render report
 host: core cli desk
 '
@@ -20,14 +20,32 @@ fennimark/src/points: shape object store file
 host/core/render: import analysis
 host/desk: cli
 '
-# Public headers whose source has another name.
+# Public headers without a source of their name. A plain record belongs to the lowest folder that has what it holds.
 rooms='
+DataBlocks Common
+DataInterface api
+DataType Common
+DatasetProps datasets
+GeoProps time
+HeldGrid cells
+HostDialogs frame
+MethodRecords frame
 NonConVariogramModelManager variograms
+OrderedDouble Common
+PagedContainer containers
+ProgressCallback Common
+SpatialWeightSetProps time
 StatisticsAPI numerics
 TimeContainers containers
+TimeFormat time
+VORN_Object Common
 WeightsAtT weights
-neighborDatum weights
+datum Common
+export Common
+half Common
+sharedDataPtr Common
 vorn_diagonal_matrix numerics
+vorn_error Common
 '
 # Includes of a later folder that are allowed, in sources only: an object calls its owner, or a geography its weight sets.
 owners='
@@ -54,7 +72,7 @@ public_rooms() {
 }
 
 # shellcheck disable=SC2016  # The program is awk's.
-grep -rnE '^[[:space:]]*#[[:space:]]*include[[:space:]]*["<]' fennimark/src src host --include='*.h' --include='*.cpp' \
+grep -rnE '^[[:space:]]*#[[:space:]]*include[[:space:]]*["<]' fennimark/src include src host --include='*.h' --include='*.cpp' \
     | awk -v orders="$orders" -v barred="$barred" -v rooms="$(public_rooms)" -v owners="$owners" \
           -v foreign="$foreign" '
 function fail(text) { print at ": " text; faults++ }
@@ -63,6 +81,7 @@ function locate(path,    parts, n) {
     n = split(path, parts, "/")
     if (path ~ /^host\/core\//) { tree = "host/core"; folder = parts[3] }
     else if (path ~ /^fennimark\/src\//) { tree = "fennimark/src"; folder = parts[3] }
+    else if (path ~ /^include\//) { sub(/\.h$/, "", parts[3]); tree = "src"; folder = room[parts[3]] }
     else { tree = parts[1]; folder = parts[2] }
     return place[tree, folder]
 }
@@ -100,6 +119,7 @@ BEGIN {
         if (header ~ library[i] && file !~ house[i]) fail(header " belongs to " substr(house[i], 2) " alone")
 
     mine = locate(file); myTree = tree; myFolder = folder
+    if (!mine && file ~ /^include\//) { fail("the header belongs to no folder"); next }
     if (!mine && file ~ /\/.*\/.*\//) { fail("the folder " myFolder " stands in no order"); next }
     if (header ~ /^datainterface\//) {
         name = header; sub(/^datainterface\//, "", name); sub(/\.h$/, "", name)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+/// The rotation of points before they enter a point tree, so that ellipses become circles.
 #pragma once
 #include "datainterface/GeoPointTree.h"
 

@@ -6,8 +6,8 @@
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "geography/centroid.h"
-#include "geography/pointTreeSource.h"
-#include "geography/rotation.h"
+#include "api/pointTreeSource.h"
+#include "api/rotation.h"
 #include "geography/shapeFrame.h"
 
 using namespace datainterface;
