@@ -22,6 +22,25 @@ bool readCell(const Cells &cells, int index, const MissingFlag &flag, Value &val
     return true;
 }
 
+/// Reads one cell as an integer: the bit of a grid of 1 bit, else the cell of the width that
+/// `visitWidth` finds.
+template <class Integer, class VisitWidth>
+bool readInteger(const MRasterObservation &grid, int index, const MissingFlag &flag, Integer &value,
+                 VisitWidth visitWidth)
+{
+    const HeldGrid hold(grid);
+    bool isRead = false;
+    const auto read = [&](const auto &cells) {
+        isRead = readCell(cells, index, flag, value,
+                          [](auto cell) { return static_cast<Integer>(cell); });
+    };
+    if (grid.BitDepth() == 1)
+        read(BitCells(grid));
+    else
+        visitWidth(grid, read);
+    return isRead;
+}
+
 /// Whether a cell equals a number. Integers are compared exactly, whatever their signedness; if
 /// either one is a decimal, both are compared as doubles, which merges integers beyond 2^53.
 template <class T, class Number> bool equalsNumber(T cell, Number number)
@@ -83,19 +102,9 @@ bool MRasterObservation::GetIntegerValue(int column, int row, qint64 &value,
 
 bool MRasterObservation::GetIntegerValue(int index, qint64 &value, const MissingFlag &flag) const
 {
-    if (!holdsIndex(index))
-        return false;
-    const HeldGrid hold(*this);
-    bool isRead = false;
-    const auto read = [&](const auto &cells) {
-        isRead = readCell(cells, index, flag, value,
-                          [](auto cell) { return static_cast<qint64>(cell); });
-    };
-    if (mBitDepth == 1)
-        read(BitCells(*this));
-    else
-        visitSignedWidth(*this, read);
-    return isRead;
+    return holdsIndex(index)
+           && readInteger(*this, index, flag, value,
+                          [](const auto &grid, const auto &read) { visitSignedWidth(grid, read); });
 }
 
 bool MRasterObservation::GetUnsignedIntegerValue(int column, int row, quint64 &value,
@@ -107,19 +116,10 @@ bool MRasterObservation::GetUnsignedIntegerValue(int column, int row, quint64 &v
 bool MRasterObservation::GetUnsignedIntegerValue(int index, quint64 &value,
                                                  const MissingFlag &flag) const
 {
-    if (!holdsIndex(index))
-        return false;
-    const HeldGrid hold(*this);
-    bool isRead = false;
-    const auto read = [&](const auto &cells) {
-        isRead = readCell(cells, index, flag, value,
-                          [](auto cell) { return static_cast<quint64>(cell); });
-    };
-    if (mBitDepth == 1)
-        read(BitCells(*this));
-    else
-        visitUnsignedWidth(*this, read);
-    return isRead;
+    return holdsIndex(index)
+           && readInteger(*this, index, flag, value, [](const auto &grid, const auto &read) {
+                  visitUnsignedWidth(grid, read);
+              });
 }
 
 bool MRasterObservation::GetDecimalValue(int column, int row, double &value,
