@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+/// Where the library creates its temporary files.
 #pragma once
 #include <QString>
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+/// Writes rasters in a foreign format.
 #pragma once
 #include <QString>
 #include <QtGlobal>
