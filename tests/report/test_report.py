@@ -3,9 +3,12 @@
 
 usage: test_report.py PROGRAM SAMPLES [unittest arguments]
 """
+import html
 import json
 import os
 import pathlib
+import re
+import shlex
 import signal
 import subprocess
 import sys
@@ -112,6 +115,15 @@ class OfIncome(unittest.TestCase):
                                      ".reduce((sum, path) => sum + path.getAttribute('d').split('M').length - 1, 0)"),
             "status": int(self.page.text(".status").split(" chosen")[0].split()[-1]),
         }
+
+    def test_the_listed_commands_run(self):
+        page = pathlib.Path(path("income.html")).read_text(encoding="utf-8")
+        lines = [shlex.split(html.unescape(line)) for line in re.findall("<dd><code>(.*?)</code></dd>", page)]
+        self.assertEqual(sorted({words[1] for words in lines}),
+                         ["classes", "info", "moran", "series", "stats", "weights"])
+        for words in lines:
+            self.assertEqual(words[0], "meridor")
+            meridor(*words[1:])
 
     def test_brushes_choose_everywhere(self):
         for name, brush, start, end, other in (

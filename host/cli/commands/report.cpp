@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include "cli/commands/commands.h"
+#include "cli/commands/reportCommands.h"
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
@@ -46,7 +47,8 @@ void run(Options options, const Context &context)
     options.plan.times = parted(options.times);
     Session session(context.session, context.user);
     session.load(options.plan.project);
-    const ReportProject report = gatherReport(options.plan);
+    ReportProject report = gatherReport(options.plan);
+    addCommandLines(report, options.plan.project);
     const QByteArray page = reportPage(report);
     write(options.output, page);
     if (context.console.json)

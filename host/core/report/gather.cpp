@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "core/report/gather.h"
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSet>
 #include <algorithm>
 #include <cmath>
@@ -20,25 +19,6 @@
 namespace meridor {
 namespace {
 
-/// Quotes an argument for a shell.
-QString quoted(const QString &text)
-{
-    static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_./:,@%+=-]+$"));
-    if (plain.match(text).hasMatch())
-        return text;
-    QString inner = text;
-    return QLatin1Char('\'') + inner.replace(QLatin1Char('\''), QLatin1String("'\\''"))
-           + QLatin1Char('\'');
-}
-
-QString commandLine(const QStringList &words)
-{
-    QStringList texts{QStringLiteral("meridor")};
-    for (const QString &word : words)
-        texts.append(quoted(word));
-    return texts.join(QLatin1Char(' '));
-}
-
 /// The name of the coordinate system of a WKT text; any other text unchanged.
 QString projectionName(const QString &text)
 {
@@ -55,12 +35,10 @@ bool before(const Interval &a, const Interval &b)
 
 class GeographyReport {
 public:
-    GeographyReport(int id, const QVector<int> &datasets, const ReportPlan &plan,
-                    const QString &prefix)
+    GeographyReport(int id, const QVector<int> &datasets, const ReportPlan &plan)
         : mId(id),
           mDatasets(datasets),
           mPlan(plan),
-          mPrefix(prefix),
           mAxis(axisOf(id)),
           mProps(VORN_GetGeographyProperties(id)),
           mIsGrid(mProps.type == GeoProps::Raster)
@@ -92,7 +70,6 @@ public:
         if (!mIsGrid)
             for (const int set : geographyOf(mId)->GetSpatialWeightsIds())
                 addWeightSet(set);
-        addCommands();
         return mShown;
     }
 
@@ -296,44 +273,9 @@ private:
             mShown.moran.append(moran);
     }
 
-    void addCommand(const char *what, const QStringList &words)
-    {
-        mShown.commands.append({QLatin1String(what), commandLine(words)});
-    }
-
-    void addCommands()
-    {
-        const QString &file = mPlan.project;
-        for (const ReportLayer &layer : mShown.layers) {
-            const QString name = mPrefix + layer.name;
-            addCommand("Values counted and summed up, by time",
-                       {QStringLiteral("stats"), file, name});
-            if (!layer.isText)
-                addCommand("Natural breaks of all times",
-                           {QStringLiteral("classes"), file, name, QStringLiteral("--method"),
-                            QStringLiteral("jenks"), QStringLiteral("--count"),
-                            QString::number(qMax(1, layer.views.first().colors.size()))});
-        }
-        if (!mIsGrid && !mShown.layers.isEmpty() && mShown.objects > 0)
-            addCommand("One object over time",
-                       {QStringLiteral("series"), file, mPrefix + mShown.layers.first().name,
-                        mShown.keys.first()});
-        for (const ReportLinks &links : mShown.links)
-            addCommand("Links and islands of a time",
-                       {QStringLiteral("weights"), QStringLiteral("show"), file,
-                        mPrefix + links.name, QStringLiteral("--at"),
-                        mAxis.show(mShown.steps.last().when.startTime)});
-        for (const ReportMoran &moran : mShown.moran)
-            addCommand("Moran's I of every time",
-                       {QStringLiteral("moran"), file, mPrefix + moran.layer, mPrefix + moran.set,
-                        QStringLiteral("--permutations"), QString::number(moran.permutations),
-                        QStringLiteral("--seed"), QString::number(moran.seed)});
-    }
-
     int mId;
     QVector<int> mDatasets;
     const ReportPlan &mPlan;
-    QString mPrefix;
     TimeAxis mAxis;
     GeoProps mProps;
     bool mIsGrid;
@@ -381,13 +323,8 @@ ReportProject gatherReport(const ReportPlan &plan)
     report.title = plan.title.isEmpty() ? file.completeBaseName() : plan.title;
     report.file = file.fileName();
     report.bytes = file.size();
-    for (const auto &[geography, datasets] : chosen) {
-        const QString prefix =
-            chosen.size() > 1 ? geographyName(geography) + QLatin1Char('/') : QString();
-        report.geographies.append(GeographyReport(geography, datasets, plan, prefix).gather());
-    }
-    report.commands.append({QStringLiteral("What the project holds"),
-                            commandLine({QStringLiteral("info"), plan.project})});
+    for (const auto &[geography, datasets] : chosen)
+        report.geographies.append(GeographyReport(geography, datasets, plan).gather());
     return report;
 }
 

@@ -7,7 +7,7 @@
 namespace meridor {
 
 struct ReportPlan {
-    QString project;      ///< the file of the project, for the command lines
+    QString project;      ///< the file of the project, whose name and size are shown
     QString title;        ///< empty: the file's name
     QStringList datasets; ///< DATASET or GEOGRAPHY/DATASET; empty: all
     QStringList times;    ///< times and spans of the slider; empty: all
@@ -18,6 +18,7 @@ struct ReportPlan {
     int seed = 1;
 };
 
+/// The lists of commands are left empty for the caller, which knows its own command line.
 /// Raises a Failure for a dataset or a time that does not exist, and on a cancel.
 MERIDOR_EXPORT ReportProject gatherReport(const ReportPlan &plan);
 

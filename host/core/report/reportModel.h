@@ -86,6 +86,7 @@ struct ReportMoran {
     QVector<MoranRow> rows;
 };
 
+/// A line that prints what a report shows, for the program that made it.
 struct ReportCommand {
     QString what;
     QString line;
