@@ -3,6 +3,7 @@
 #include <QtTest>
 #include <memory>
 #include <stdexcept>
+#include "core/project/shapeAccess.h"
 #include "core/workshop.h"
 #include "support/checks.h"
 
@@ -287,6 +288,55 @@ private Q_SLOTS:
         file.close();
         QVERIFY_EXCEPTION_THROWN(session.save(path), Failure);
         QCOMPARE(content(), QByteArray("another's"));
+    }
+
+    void aBarThatTheHostLeftOpenIsAMisuse()
+    {
+        const QTemporaryDir directory;
+        const QString path = directory.filePath("p.vorn");
+        Session session({directory.path()});
+        session.save(path);
+        const auto outcome = [](auto step) {
+            try {
+                step();
+            } catch (const Failure &failure) {
+                return QPair(static_cast<int>(failure.kind()), failure.text());
+            }
+            return QPair(-1, QString());
+        };
+        const QPair misused(static_cast<int>(FailureKind::Misused),
+                            QString("a progress bar is open; there is one at a time"));
+        {
+            const VORN_Progress open("a", "b", "Cancel");
+            QCOMPARE(outcome([&] { session.load(path); }), misused);
+            QCOMPARE(outcome([&] { session.save(path); }), misused);
+        }
+        QCOMPARE(outcome([&] { session.load(path); }), QPair(-1, QString()));
+    }
+
+    void centresOfShapes_data()
+    {
+        QTest::addColumn<QByteArray>("geometry");
+        QTest::addColumn<QPointF>("expected");
+        QTest::newRow("polygon") << QByteArray(
+            "Polygon\",\"coordinates\":[[[0,0],[3,0],[0,3],[0,0]]]")
+                                 << QPointF(1, 1);
+        QTest::newRow("line") << QByteArray("LineString\",\"coordinates\":[[0,0],[0,4],[6,4]]")
+                              << QPointF(3, 2);
+        QTest::newRow("point") << QByteArray("Point\",\"coordinates\":[7,-8]") << QPointF(7, -8);
+    }
+    void centresOfShapes()
+    {
+        QFETCH(QByteArray, geometry);
+        QFETCH(QPointF, expected);
+        Workshop place("{\"type\":\"FeatureCollection\",\"features\":[{\"type\":\"Feature\","
+                       "\"properties\":{\"id\":\"a\"},\"geometry\":{\"type\":\""
+                       + geometry + "}}]}");
+        QCOMPARE(place.run(), QString());
+        const auto *shapes = dynamic_cast<MVectorData *>(geographyOf(place.report.geography));
+        QVERIFY(shapes);
+        QCOMPARE(centreOf(*shapes, 0, shapeTime(place.report.geography, 0)),
+                 std::optional(expected));
     }
 
     void aSessionSurvivesItsScratchDirectory()

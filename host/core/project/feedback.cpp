@@ -5,6 +5,7 @@
 #include "core/project/progress.h"
 #include "core/project/projectHost.h"
 #include "datainterface/FrameAPI.h"
+#include "datainterface/vorn_error.h"
 
 namespace meridor {
 
@@ -32,6 +33,13 @@ void stopIfCancelled()
 {
     if (isCancelled())
         cancelled();
+}
+
+// The library raises for an open bar only; what the user's report raises passes through.
+Progress::Progress(const char *title, const char *label)
+try : mBar(title, label, "Cancel") {
+} catch (const vorn_error &) {
+    failUsage(QStringLiteral("a progress bar is open; there is one at a time"));
 }
 
 void Progress::report(int percent, const char *text) const

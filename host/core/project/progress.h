@@ -16,7 +16,8 @@ using ProgressReport = std::function<void(int percent, const QString &text)>;
 /// the same bar.
 class MERIDOR_EXPORT Progress {
 public:
-    Progress(const char *title, const char *label) : mBar(title, label, "Cancel") {}
+    /// Raises a Failure of kind Misused if a bar is open.
+    Progress(const char *title, const char *label);
     /// Raises a Failure of kind Cancelled if the user cancelled.
     /// @param percent  of the work of this scope.
     /// @param text     the new label; null keeps the present one.
