@@ -3,16 +3,18 @@
 # Builds and runs the foreign project: against the build tree by the config package, against an install tree by the
 # config package, also with a Clang whose default standard is an older one where there is such a compiler, and against
 # the install tree by pkg-config.
-# usage: consumer.sh BUILD_DIR SOURCE_DIR CXX
+# With WITH_CORE 1, a second program uses the library of the hosts in the same packages.
+# usage: consumer.sh BUILD_DIR SOURCE_DIR CXX WITH_CORE
 set -euo pipefail
-build=$1 source=$2 cxx=$3
+build=$1 source=$2 cxx=$3 core=$4
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 package() { # NAME PACKAGE_DIR COMPILER
-    cmake -G Ninja -S "$source" -B "$work/$1" -DCMAKE_CXX_COMPILER="$3" -DDataInterface_DIR="$2" >"$work/log" 2>&1 \
+    cmake -G Ninja -S "$source" -B "$work/$1" -DCMAKE_CXX_COMPILER="$3" -DDataInterface_DIR="$2" -DWITH_CORE="$core" >"$work/log" 2>&1 \
         && cmake --build "$work/$1" >>"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
     echo "$1: $("$work/$1/consumer")"
+    [ "$core" = 0 ] || echo "$1, core: $("$work/$1/core")"
 }
 package build-tree "$build" "$cxx"
 

@@ -39,6 +39,13 @@ void values(int wells)
     check(VORN_AddDataValues(level, 0, Interval{1, 2, true, true}, given, QSet<int>{1}, true, true)
               && VORN_NewDatasetCreated(level) && VORN_GetMean(level, 0, 1, mean) && mean == 2.5,
           "the mean of a slice");
+    const int visited = datainterface::visitElement(DecimalType, [level](auto element) {
+        QVector<datainterface::ElementOf<decltype(element)>> found;
+        QSet<int> missing;
+        VORN_GetDataValues(level, 0, 1, found, missing);
+        return found.size() - missing.size();
+    });
+    check(visited == 2, "values by the visitor of types");
     const VORN_ConstDataContainer container(level, 1, 0, false);
     VORN_MissingValueChecker holes = container;
     check(holes.checkId(1) && !holes.checkId(0), "the holes of a container");
