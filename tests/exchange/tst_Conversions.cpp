@@ -191,7 +191,7 @@ template <class T> void TestConversions::importCells(DataType cells, DataType to
 {
     TestModel model;
     const InCase inTypes(QVector<int>{cells, sizeof(T), to});
-    const int grid = addCellGrid(2, 3);
+    const int grid = addGrid(2, 3);
     const int raster = VORN_NewRasterDataset(grid, "cells", cells, 2, int(8 * sizeof(T)), "");
     constexpr int kMissing = 2;
     const auto cellAt = [](int realization, int time, int cell) {
@@ -239,7 +239,7 @@ template <class T> void TestConversions::importCells(DataType cells, DataType to
 void TestConversions::otherDatasetsAreNotImported()
 {
     TestModel model;
-    const int grid = addCellGrid(1, 1);
+    const int grid = addGrid(1, 1);
     const int raster = VORN_NewRasterDataset(grid, "cells", RasterDecimalType, 3, 64, "");
     MDataSource *cells = model.controller.GetGeoData().value(grid)->GetDataSource();
     MVectorDataSource &target = *model.vectorData(addPoints(2)).GetVectorDataSource();

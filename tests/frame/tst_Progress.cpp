@@ -123,7 +123,7 @@ void TestProgress::aCancelEndsQueries()
     TestModel model;
     constexpr PT_RotationMatrix kPlain{1, 0, 0, 1};
     const int points = addPoints(600);
-    const int grid = addCellGrid(30, 30);
+    const int grid = addGrid(30, 30);
     const QVector<QPair<QPointF, int>> pairs(600, {QPointF(1, 1), 1});
     QVector<QVector<neighborDatum>> neighbors;
     for (const bool isCanceled : {false, true}) {

@@ -36,7 +36,7 @@ void fill(TestModel &model)
         VORN_NewVectorDataset(geography, QStringLiteral("b"), TimeSeries, StringType, 1, QString());
     VORN_AddDataValue(numbers, 0, 1, kEarly, 1.5, true, true);
     VORN_AddDataValue(texts, 0, 1, kEarly, QStringLiteral("text"), true, true);
-    const int grid = addCellGrid(1, 2);
+    const int grid = addGrid(1, 2);
     const int cells = VORN_NewRasterDataset(grid, "e", RasterIntegerType, 1, 32, "/a");
     VORN_AddRasterValues(cells, 0, kEarly, QVector<int>{1, 2}, 2, true, true);
     const int nearest = VORN_CreateNearestNeighborWeightSet(

@@ -116,7 +116,7 @@ private:
         if (below(3) > 0)
             addPoints(1 + below(5), QStringLiteral("points"), TF_Integer, 0, 30);
         else
-            addCellGrid(2, 3, 30);
+            addGrid(2, 3, QRectF(), 30);
     }
     void addDataset(int geography, bool isVector)
     {
@@ -372,7 +372,7 @@ void TestProjectWalk::copiesThatFailLeaveNothing()
     TestModel model(100);
     const int geography = addPoints(500);
     const int other = addPoints(500);
-    const int grid = addCellGrid(20, 25);
+    const int grid = addGrid(20, 25);
     const Interval span{0, 10, true, true};
     const QVector<int> sevens(500, 7);
     const int values = VORN_NewVectorDataset(geography, "a", TimeSlice, IntegerType, 1, QString());

@@ -45,7 +45,7 @@ QString grids(const MRasterDataset &dataset)
 // A dataset of one band on a grid of its own.
 int addRaster(int rows, int columns, DataType type, int bits)
 {
-    return VORN_NewRasterDataset(addCellGrid(rows, columns), "d", type, 1, bits, "/a");
+    return VORN_NewRasterDataset(addGrid(rows, columns), "d", type, 1, bits, "/a");
 }
 
 } // namespace
@@ -74,7 +74,7 @@ private Q_SLOTS:
 void TestRasterDataset::intervalsAreCutOrFilled()
 {
     TestModel model;
-    const int geography = addCellGrid(2, 3);
+    const int geography = addGrid(2, 3);
     const auto merged = [&](const char *present, const char *added, bool overwrite) {
         const int id = VORN_NewRasterDataset(geography, "d", RasterIntegerType, 1, 32, "/a");
         MRasterDataset &dataset = rasterOf(model, id);
@@ -98,7 +98,7 @@ void TestRasterDataset::intervalsAreCutOrFilled()
 void TestRasterDataset::bandsThatDoNotFitChangeNothing()
 {
     TestModel model;
-    const int geography = addCellGrid(2, 3);
+    const int geography = addGrid(2, 3);
     const int id = VORN_NewRasterDataset(geography, "d", RasterIntegerType, 1, 32, "/a");
     MRasterDataset &dataset = rasterOf(model, id);
     const TimeStamp when = stamp("[0, 5]");
@@ -121,8 +121,8 @@ void TestRasterDataset::bandsThatDoNotFitChangeNothing()
     QCOMPARE(made(geography, DecimalType, 1, 64), -1);
     QCOMPARE(made(geography, RasterIntegerType, 0, 8), -1);
     QCOMPARE(made(geography + 1, RasterIntegerType, 1, 8), -1);
-    QCOMPARE(addCellGrid(0, 5), -1);
-    QCOMPARE(addCellGrid(65536, 65536), -1);
+    QCOMPARE(addGrid(0, 5), -1);
+    QCOMPARE(addGrid(65536, 65536), -1);
     QCOMPARE(raisedText([&] { dataset.CheckInRealization(3, 0); }),
              QString("Invalid realization index"));
 }
@@ -131,7 +131,7 @@ void TestRasterDataset::bandsThatDoNotFitChangeNothing()
 void TestRasterDataset::everyFormGoesAllTheWay()
 {
     TestModel model;
-    const int geography = addCellGrid(2, 3);
+    const int geography = addGrid(2, 3);
     QVector<int> ids;
     const auto fill = [&](auto form, DataType type) {
         using T = CellOf<decltype(form)>;
@@ -348,7 +348,7 @@ void TestRasterDataset::containersBorrowAndReturn()
 void TestRasterDataset::containersFillTheirMissingCells()
 {
     TestModel model;
-    const int geography = addCellGrid(1, 3);
+    const int geography = addGrid(1, 3);
     const Interval span = interval("[0, 5]");
     VORN_MissingData missing(MissingData::Raster, 3);
     missing.setMissing(1);
@@ -495,7 +495,7 @@ void TestRasterDataset::datasetsMigrate()
 {
     TestModel model;
     const int id = addRaster(2, 3, RasterIntegerType, 32);
-    const int to = addCellGrid(2, 3);
+    const int to = addGrid(2, 3);
     QVERIFY(VORN_AddRasterValues(id, 0, interval("[0, 5]"), QVector<int>({1, 2, 3, 4, 5, 6}), 2,
                                  true, true));
     const int copy = VORN_MigrateDataset(id, to, false);
@@ -504,10 +504,10 @@ void TestRasterDataset::datasetsMigrate()
     QVERIFY(VORN_GetRasterValue(copy, 0, 2, 1, 3, value));
     QCOMPARE(value, 6);
     QVERIFY(VORN_IsRasterDataMissing(copy, 1, 0, 3));
-    QCOMPARE(VORN_MigrateDataset(id, addCellGrid(3, 2), false), -1);
+    QCOMPARE(VORN_MigrateDataset(id, addGrid(3, 2), false), -1);
     QCOMPARE(VORN_MigrateDataset(id, addPoints(6), false), -1);
     const int empty = addRaster(2, 3, RasterUnsignedType, 64);
-    QCOMPARE(VORN_MigrateDataset(empty, addCellGrid(3, 3), false), -1);
+    QCOMPARE(VORN_MigrateDataset(empty, addGrid(3, 3), false), -1);
     QVERIFY(VORN_AddRasterValues(empty, 0, interval("[0, 5]"), QVector<quint64>(6, 5000000000), 2,
                                  true, true));
     datum low; // half of the integer; the whole one comes from the other forms

@@ -206,18 +206,12 @@ int addPoints(int count, const QString &name, TimeFormat format, qint64 start, q
     return VORN_FinishVectorGeography(name, QStringLiteral("made for a test"), format);
 }
 
-int addCellGrid(int rows, int columns, qint64 end)
+int addGrid(qint64 rows, qint64 columns, const QRectF &bounds, qint64 end)
 {
     return VORN_CreateNewRasterGeography(
-        "grid", static_cast<unsigned int>(rows), static_cast<unsigned int>(columns),
-        QRectF(0, 0, columns, rows), {0, end, true, true}, TF_Integer, "made", "none");
-}
-
-int addGrid(unsigned int rows, unsigned int columns, const QRectF &bounds)
-{
-    return VORN_CreateNewRasterGeography(QStringLiteral("grid"), rows, columns,
-                                         bounds.isNull() ? QRectF(0, 0, columns, rows) : bounds,
-                                         {0, 9, true, true}, TF_Integer, QString(), QString());
+        QStringLiteral("grid"), static_cast<unsigned int>(rows), static_cast<unsigned int>(columns),
+        bounds.isNull() ? QRectF(0, 0, static_cast<int>(columns), static_cast<int>(rows)) : bounds,
+        {0, end, true, true}, TF_Integer, QStringLiteral("made"), QStringLiteral("none"));
 }
 
 int addPolygons(const QList<QVector<QPointF>> &rings)

@@ -73,10 +73,9 @@ QProgressDialog *progressBar();
 /// A geography of `count` points on a diagonal that all exist over [start, end]; its id.
 int addPoints(int count, const QString &name = QStringLiteral("points"),
               TimeFormat format = TF_Integer, qint64 start = 0, qint64 end = 1000);
-/// A raster geography of square cells of 1 from the origin on, over [0, end]; its id.
-int addCellGrid(int rows, int columns, qint64 end = 100);
-/// A grid that exists over [0, 9], of cells of one by one unless told; its id.
-int addGrid(unsigned int rows, unsigned int columns, const QRectF &bounds = QRectF());
+/// A raster geography over [0, end], with cells of one by one from the origin on unless `bounds` is
+/// given; its id.
+int addGrid(qint64 rows, qint64 columns, const QRectF &bounds = QRectF(), qint64 end = 100);
 /// A geography of one polygon a ring, all of which exist over [0, 10]; its id.
 int addPolygons(const QList<QVector<QPointF>> &rings);
 
