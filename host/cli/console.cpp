@@ -2,18 +2,35 @@
 #include "cli/console.h"
 #include <QJsonDocument>
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <poll.h>
+#include <unistd.h>
+#include "cli/interrupt.h"
 #include "core/project/failure.h"
 
 namespace meridor {
 namespace {
 
-bool writeLine(FILE *stream, const QString &line)
+constexpr int kPiece = 65536; ///< characters of a table that are written at a time
+
+/// Writes a line to a descriptor. Returns 0 or the error; EINTR only if the user interrupted.
+int writeLine(int descriptor, const QString &line)
 {
     const QByteArray bytes = line.toUtf8() + '\n';
-    const auto size = static_cast<size_t>(bytes.size());
-    return std::fwrite(bytes.constData(), 1, size, stream) == size && std::fflush(stream) == 0;
+    for (int done = 0; done < bytes.size();) {
+        const ssize_t step =
+            ::write(descriptor, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        if (step >= 0) {
+            done += static_cast<int>(step);
+        } else if (errno == EAGAIN) { // another holder of the terminal made it non-blocking
+            struct pollfd ready = {descriptor, POLLOUT, 0};
+            ::poll(&ready, 1, -1);
+        } else if (errno != EINTR) {
+            return errno;
+        }
+        if (done < bytes.size() && interrupted())
+            return EINTR;
+    }
+    return 0;
 }
 
 } // namespace
@@ -22,9 +39,11 @@ void Console::print(const QString &line) const
 {
     if (clearLine)
         clearLine();
-    if (!writeLine(stdout, line))
-        fail(QStringLiteral("standard output: %1")
-                 .arg(QString::fromLocal8Bit(std::strerror(errno))));
+    const int error = writeLine(STDOUT_FILENO, line);
+    if (error == EINTR)
+        fail(QStringLiteral("standard output: interrupted before the whole result was written"));
+    if (error != 0)
+        fail(QStringLiteral("standard output: %1").arg(systemError(error)));
 }
 
 void Console::print(const QJsonObject &object) const
@@ -38,14 +57,14 @@ void Console::note(const QString &line) const
         return;
     if (clearLine)
         clearLine();
-    writeLine(stderr, QStringLiteral("note: ") + line);
+    writeLine(STDERR_FILENO, QStringLiteral("note: ") + line);
 }
 
 void Console::error(const QString &line) const
 {
     if (clearLine)
         clearLine();
-    writeLine(stderr, QStringLiteral("meridor: ") + line);
+    writeLine(STDERR_FILENO, QStringLiteral("meridor: ") + line);
 }
 
 void TextTable::print(const Console &console) const
@@ -57,7 +76,8 @@ void TextTable::print(const Console &console) const
             width = qMax(width, row.value(c).size());
         widths.append(width);
     }
-    const auto line = [&](const QStringList &cells) {
+    QString table;
+    const auto add = [&](const QStringList &cells) {
         QString text;
         for (int c = 0; c < mColumns.size(); ++c) {
             const QString cell = cells.value(c);
@@ -68,14 +88,20 @@ void TextTable::print(const Console &console) const
         }
         while (text.endsWith(QLatin1Char(' ')))
             text.chop(1);
-        console.print(text);
+        table += table.isEmpty() ? text : QLatin1Char('\n') + text;
     };
     QStringList headings;
     for (const auto &column : mColumns)
         headings.append(column.first);
-    line(headings);
-    for (const QStringList &row : mRows)
-        line(row);
+    add(headings);
+    for (const QStringList &row : mRows) {
+        if (table.size() > kPiece) {
+            console.print(table);
+            table.clear();
+        }
+        add(row);
+    }
+    console.print(table);
 }
 
 } // namespace meridor

@@ -18,7 +18,7 @@ public:
     bool quiet = false;
     std::function<void()> clearLine; ///< removes a progress bar from the line before a message
 
-    /// Prints one line of the result. Raises a Failure if it cannot be written.
+    /// Prints a line of the result, or several. Raises a Failure if it cannot be written.
     void print(const QString &line) const;
     /// Prints the whole result of a command as JSON. Raises a Failure as well.
     void print(const QJsonObject &object) const;

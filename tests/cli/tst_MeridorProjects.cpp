@@ -192,19 +192,6 @@ private Q_SLOTS:
                                "t.vorn", "--overwrite"});
     }
 
-    void refusesDamagedProjects()
-    {
-        const Workplace place;
-        makeProject(place);
-        const QByteArray whole = place.bytes("p.vorn");
-        for (const int kept : {0, 60, whole.size() / 2}) { // nothing, the header, half
-            place.file("cut.vorn", whole.left(kept));
-            const Outcome outcome = place.run({"info", "cut.vorn"});
-            QCOMPARE(outcome.code, 1);
-            QVERIFY2(outcome.err.contains("cut.vorn: not a project"), qPrintable(outcome.err));
-        }
-    }
-
     void theDemoChecksItsFigures()
     {
         const Workplace place;

@@ -110,6 +110,7 @@ void run(const Options &options, const Context &context)
     refuseInput(options.project, QStringList{options.import.map, options.import.observations}
                                      + options.import.tables);
     Session session(context.session, context.user);
+    session.reserve(options.project);
     if (options.append)
         session.load(options.project);
     ImportReport report;

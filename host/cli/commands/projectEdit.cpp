@@ -15,6 +15,7 @@ void editProject(const EditTarget &target, const Context &context,
 {
     requireWritable(target.file(), context.overwrite || target.output.isEmpty());
     Session session(context.session, context.user);
+    session.reserve(target.file());
     session.load(target.project);
     change(session);
     session.save(target.file());

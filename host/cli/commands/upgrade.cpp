@@ -25,6 +25,7 @@ struct Report {
 Report upgrade(const Options &options, const Context &context)
 {
     Session session(context.session, context.user);
+    session.reserve(options.project);
     session.load(options.old);
     Report report{dataInterfaceVersionStringLoading, session.controller().log(), 0, 0};
     for (const int geography : geographyIds()) {

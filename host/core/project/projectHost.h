@@ -27,6 +27,9 @@ struct SessionUser {
     const Notes *notes = nullptr;
     Cancel cancel;
     ProgressReport progress;
+    /// Told why the scratch directory takes no more files, if it does not while an exception ends
+    /// the session. The exception itself may be of the library, which does not know the reason.
+    std::function<void(const QString &)> scratchFailed;
 };
 
 class MERIDOR_EXPORT ProjectHost : public ControllerBase {
@@ -38,6 +41,11 @@ public:
     const Notes &notes() const;
     bool isCancelled() const { return mUser.cancel && mUser.cancel(); }
     const ProgressReport &progress() const { return mUser.progress; }
+    void tellScratchFailed(const QString &reason) const
+    {
+        if (mUser.scratchFailed)
+            mUser.scratchFailed(reason);
+    }
     /// The directory for temporary files.
     const QString &scratch() const { return mScratch; }
 

@@ -6,19 +6,15 @@
 #include <QTemporaryFile>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include "core/project/cancel.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
-
-QString systemError()
-{
-    return QString::fromLocal8Bit(std::strerror(errno));
-}
 
 /// Syncs a file or a directory to the disk. The content must be synced before the rename, and the
 /// directory after it, for the rename to survive a crash.
@@ -31,15 +27,33 @@ bool flush(const QString &path, int flags)
     return ::close(handle) == 0 && flushed;
 }
 
-/// The access rights of the file that is replaced; for a new file those that the umask leaves.
-mode_t rightsFor(const QString &target)
+/// Gives a file the owner, as far as the process may, and the access rights of the file that it
+/// replaces; the rights of a new file are those that the umask leaves.
+void takeRights(const QString &name, const QString &target)
 {
+    const QByteArray file = QFile::encodeName(name);
     struct stat info = {};
-    if (::stat(QFile::encodeName(target).constData(), &info) == 0)
-        return info.st_mode & 07777;
+    if (::stat(QFile::encodeName(target).constData(), &info) == 0) {
+        if (::chown(file.constData(), info.st_uid, info.st_gid) != 0)
+            info.st_mode &= 0777; // no rights of another owner's program
+        ::chmod(file.constData(), info.st_mode & 07777);
+        return;
+    }
     const mode_t mask = ::umask(0);
     ::umask(mask);
-    return 0666 & ~mask;
+    ::chmod(file.constData(), 0666 & ~mask);
+}
+
+/// Renaming replaces a file whatever its own rights are, so they are asked for here. A file that
+/// nobody may write is protected from every user, the system's administrator included.
+void refuseProtected(const QString &target)
+{
+    const QByteArray name = QFile::encodeName(target);
+    struct stat info = {};
+    if (::stat(name.constData(), &info) != 0 || !S_ISREG(info.st_mode))
+        return;
+    if ((info.st_mode & 0222) == 0 || (::access(name.constData(), W_OK) != 0 && errno == EACCES))
+        fail(QStringLiteral("%1: is write-protected").arg(target));
 }
 
 } // namespace
@@ -63,6 +77,30 @@ void refuseInput(const QString &target, const QStringList &inputs)
     }
 }
 
+QString replacedFile(const QString &target)
+{
+    const QFileInfo given(target);
+    return given.isSymLink() && given.exists() ? given.canonicalFilePath()
+                                               : given.absoluteFilePath();
+}
+
+void requireReadable(const QString &path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat info = {};
+    if (::stat(name.constData(), &info) != 0)
+        fail(QStringLiteral("%1: %2").arg(path, errno == ENOENT ? QStringLiteral("no such file")
+                                                                : systemError()));
+    if (S_ISDIR(info.st_mode))
+        fail(QStringLiteral("%1: is a directory").arg(path));
+    if (!S_ISREG(info.st_mode))
+        fail(QStringLiteral("%1: is a pipe or a device and no file").arg(path));
+    const int handle = ::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (handle < 0)
+        fail(QStringLiteral("%1: %2").arg(path, systemError()));
+    ::close(handle);
+}
+
 void requireWritable(const QString &target, bool overwrite)
 {
     const QFileInfo info(target);
@@ -72,13 +110,28 @@ void requireWritable(const QString &target, bool overwrite)
         fail(QStringLiteral("%1: is there already").arg(target), "overwrite");
     if (!info.absoluteDir().exists())
         fail(QStringLiteral("%1: no directory %2").arg(target, info.absolutePath()));
+    refuseProtected(target);
+}
+
+QString appendTrouble(const QString &file)
+{
+    const int handle =
+        ::open(QFile::encodeName(file).constData(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK);
+    if (handle < 0)
+        return systemError();
+    const QByteArray zeros(1024 * 1024, '\0');
+    QString reason;
+    errno = ENOSPC; // of a write that stops short
+    if (::write(handle, zeros.constData(), static_cast<size_t>(zeros.size())) < zeros.size())
+        reason = systemError();
+    ::close(handle);
+    return reason;
 }
 
 bool replaceFile(const QString &target, const std::function<bool(const QString &)> &write)
 {
-    const QFileInfo given(target);
-    const QString real =
-        given.isSymLink() && given.exists() ? given.canonicalFilePath() : given.absoluteFilePath();
+    refuseProtected(target);
+    const QString real = replacedFile(target);
     const QFileInfo info(real);
     const QString suffix =
         info.suffix().isEmpty() ? QString() : QString(QLatin1Char('.') + info.suffix());
@@ -92,7 +145,8 @@ bool replaceFile(const QString &target, const std::function<bool(const QString &
         return false;
     if (!flush(name, O_RDWR))
         fail(QStringLiteral("%1: %2").arg(target, systemError()));
-    ::chmod(QFile::encodeName(name).constData(), rightsFor(real));
+    takeRights(name, real);
+    stopIfCancelled(); // for the last time: from here on the work is done
     if (std::rename(QFile::encodeName(name).constData(), QFile::encodeName(real).constData()) != 0)
         fail(QStringLiteral("%1: %2").arg(target, systemError()));
     flush(info.absolutePath(), O_RDONLY);

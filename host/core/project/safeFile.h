@@ -9,8 +9,10 @@
 
 namespace meridor {
 
-/// Raises a Failure if the target is a directory, if it exists and `overwrite` is false, or if its
-/// directory does not exist.
+/// Raises a Failure with the reason if the path is no file, or the user may not read it.
+MERIDOR_EXPORT void requireReadable(const QString &path);
+/// Raises a Failure if the target is a directory or write-protected, if it exists and `overwrite` is
+/// false, or if its directory does not exist.
 MERIDOR_EXPORT void requireWritable(const QString &target, bool overwrite);
 
 /// Identifies a file and its state, to detect that it was replaced or changed.
@@ -29,10 +31,17 @@ MERIDOR_EXPORT FileIdentity identityOf(const QString &path);
 /// Raises a Failure if `target` is the same file as one of `inputs`, also through a link.
 MERIDOR_EXPORT void refuseInput(const QString &target, const QStringList &inputs);
 
+/// Why nothing more can be appended to a file, such as "No space left on device"; empty if it can.
+MERIDOR_EXPORT QString appendTrouble(const QString &file);
+
+/// The absolute path of the file that a replacement of `target` replaces: that which a symbolic
+/// link refers to, else `target` itself.
+MERIDOR_EXPORT QString replacedFile(const QString &target);
+
 /// Calls `write` with the name of a new empty file that has the target's directory and extension,
-/// syncs the file to the disk and renames it to the target. If the target is a symbolic link, the
-/// file that it refers to is replaced. If `write` returns false or throws, or a write error occurs,
-/// the target is unchanged and the temporary file is removed. Raises a Failure for a write error.
+/// syncs the file to the disk and renames it to the target, see replacedFile. If `write` returns
+/// false or throws, the user cancels before the file is renamed, or a write error occurs, the target
+/// is unchanged and the temporary file is removed. Raises a Failure for a write error and a cancel.
 /// @return false if `write` returned false.
 MERIDOR_EXPORT bool replaceFile(const QString &target,
                                 const std::function<bool(const QString &)> &write);

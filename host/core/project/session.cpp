@@ -1,38 +1,67 @@
 // SPDX-License-Identifier: MIT
 #include "core/project/session.h"
+#include <QDataStream>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QStandardPaths>
+#include <exception>
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/HostDialogs.h"
 #include "datainterface/ProjectAPI.h"
+#include "datainterface/VersionAPI.h"
 #include "datainterface/vorn_error.h"
 
 namespace meridor {
 namespace {
 
-std::unique_ptr<QTemporaryDir> makeScratch(const QString &wanted)
+std::unique_ptr<ScratchDirectory> makeScratch(const QString &wanted)
 {
     if (VORN_GetController())
         fail(QStringLiteral("a project is open already; there is one at a time"));
-    QStringList parents{wanted};
-    if (wanted.isEmpty())
-        parents =
-            QStringList{QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation),
-                        QDir::tempPath()};
-    for (const QString &parent : parents) {
-        if (parent.isEmpty() || !QDir().mkpath(parent))
-            continue;
-        auto scratch = std::make_unique<QTemporaryDir>(parent + QStringLiteral("/meridor-XXXXXX"));
-        if (scratch->isValid())
-            return scratch;
+    if (!wanted.isEmpty())
+        return std::make_unique<ScratchDirectory>(QStringList{wanted});
+    return std::make_unique<ScratchDirectory>(QStringList{
+        QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation), QDir::tempPath()});
+}
+
+[[noreturn]] void failScratch(const QString &directory, const QString &reason)
+{
+    fail(QStringLiteral("scratch directory %1: %2").arg(directory, reason), "scratch");
+}
+
+/// The version text that a project begins with, such as "4.00.021"; empty if the file begins with
+/// anything else.
+QString versionText(QFile &file)
+{
+    QDataStream in(&file);
+    quint32 bytes = 0;
+    in >> bytes;
+    if (bytes < 4 || bytes > 16 || bytes % 2 != 0)
+        return QString();
+    QString text;
+    for (; bytes > 0; bytes -= 2) {
+        quint16 letter = 0;
+        in >> letter;
+        text += QChar(letter);
     }
-    fail(QStringLiteral("no directory for scratch files (tried %1)")
-             .arg(parents.join(QStringLiteral(", "))),
-         "scratch");
+    static const QRegularExpression version(QStringLiteral("^\\d\\.[\\d.]*$"));
+    return in.status() == QDataStream::Ok && version.match(text).hasMatch() ? text : QString();
+}
+
+/// Reads a file to its end. Returns the system's error, or an empty text.
+QString readTrouble(QFile &file)
+{
+    QByteArray bytes(1024 * 1024, Qt::Uninitialized);
+    qint64 count = 0;
+    do
+        count = file.read(bytes.data(), bytes.size());
+    while (count > 0);
+    return count < 0 ? file.errorString() : QString();
 }
 
 /// Runs a step of an end; what comes after it must run even if it throws.
@@ -93,7 +122,8 @@ private:
 Session::Session(const SessionOptions &options, const SessionUser &user)
     : mScratch(makeScratch(options.scratch)),
       mController(std::make_unique<ProjectHost>(user, mScratch->path())),
-      mDialogs(std::make_unique<SessionDialogs>(*mController))
+      mDialogs(std::make_unique<SessionDialogs>(*mController)),
+      mExceptions(std::uncaught_exceptions())
 {
     InitializeCInterface(mController.get());
     VORN_SetHostDialogs(mDialogs.get());
@@ -103,8 +133,7 @@ Session::Session(const SessionOptions &options, const SessionUser &user)
     } catch (const vorn_error &) {
         VORN_SetHostDialogs(nullptr);
         InitializeCInterface(nullptr);
-        fail(QStringLiteral("%1: no scratch file can be made there").arg(mScratch->path()),
-             "scratch");
+        failScratch(mScratch->path(), mScratch->trouble());
     }
     VORN_SetProjectCompression(options.smallest ? 0 : 2);
 }
@@ -112,6 +141,13 @@ Session::Session(const SessionOptions &options, const SessionUser &user)
 // A bar that is still open is closed while the controller that it reports to exists.
 Session::~Session()
 {
+    quietly([this] {
+        const QString reason =
+            std::uncaught_exceptions() > mExceptions ? mScratch->trouble() : QString();
+        if (!reason.isEmpty())
+            mController->tellScratchFailed(
+                QStringLiteral("scratch directory %1: %2").arg(mScratch->path(), reason));
+    });
     quietly([] { VORN_SetHostDialogs(nullptr); });
     quietly([this] {
         for (const int id : mController->GetGeoData().keys())
@@ -122,10 +158,17 @@ Session::~Session()
     InitializeCInterface(nullptr);
 }
 
+void Session::reserve(const QString &path)
+{
+    if (mLock && mLock->holds(path))
+        return;
+    mLock.reset();
+    mLock = std::make_unique<FileLock>(path);
+}
+
 void Session::load(const QString &path)
 {
-    if (!QFileInfo::exists(path))
-        fail(QStringLiteral("%1: no such file").arg(path));
+    requireReadable(path);
     mLoaded = QFileInfo(path).canonicalFilePath();
     mLoadedFile = identityOf(path);
     bool loaded = false;
@@ -133,31 +176,58 @@ void Session::load(const QString &path)
         const Progress bar("Opening", "Opening the project...");
         loaded = VORN_LoadProject(path);
     }
-    if (loaded)
-        return;
+    if (!loaded)
+        failLoad(path);
+}
+
+/// The library says only that a load failed; the reason is looked for here.
+void Session::failLoad(const QString &path)
+{
     stopIfCancelled();
+    const QString reason = mScratch->trouble();
+    if (!reason.isEmpty())
+        failScratch(mScratch->path(), reason);
     unload();
-    fail(QStringLiteral("%1: not a project that this version reads").arg(path));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        fail(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    const QString version = versionText(file);
+    const QString trouble = readTrouble(file);
+    if (!trouble.isEmpty())
+        fail(QStringLiteral("%1: %2").arg(path, trouble));
+    if (version.isEmpty())
+        fail(QStringLiteral("%1: not a project that this version reads").arg(path));
+    SetDataInterfaceVersionLoading(version);
+    if (dataInterfaceVersionLoading > serializationVersionNumber)
+        fail(QStringLiteral("%1: is of version %2, which is newer than this one")
+                 .arg(path, version));
+    fail(QStringLiteral("%1: a project of version %2 that is damaged or cut off")
+             .arg(path, version));
 }
 
 void Session::save(const QString &path)
 {
+    reserve(path);
     const Progress bar("Saving", "Saving the project...");
     const bool replacesLoaded =
         QFileInfo(path).canonicalFilePath() == mLoaded && !mLoaded.isEmpty();
-    const bool saved = replaceFile(path, [&](const QString &beside) {
-        if (!VORN_SaveProject(beside) || isCancelled())
-            return false;
+    replaceFile(path, [&](const QString &beside) {
+        if (!VORN_SaveProject(beside)) {
+            stopIfCancelled();
+            const QString disk = appendTrouble(beside);
+            const QString scratch = mScratch->trouble();
+            if (disk.isEmpty() && !scratch.isEmpty())
+                failScratch(mScratch->path(), scratch);
+            fail(QStringLiteral("%1: %2; what stood there is unchanged")
+                     .arg(path, disk.isEmpty() ? QStringLiteral("could not be written") : disk));
+        }
+        stopIfCancelled();
         if (replacesLoaded && !(identityOf(path) == mLoadedFile))
             fail(QStringLiteral("%1: another program changed it since it was read; it is left as "
                                 "it is")
                      .arg(path));
         return true;
     });
-    if (!saved) {
-        stopIfCancelled();
-        fail(QStringLiteral("%1: could not be written; what stood there is unchanged").arg(path));
-    }
     mLoaded = QFileInfo(path).canonicalFilePath();
     mLoadedFile = identityOf(path);
     mController->MarkProjectClean();
@@ -169,8 +239,7 @@ void Session::unload()
     try {
         VORN_UnloadProject();
     } catch (const vorn_error &) { // unloading creates a new scratch file
-        fail(QStringLiteral("%1: no scratch file can be made there").arg(mScratch->path()),
-             "scratch");
+        failScratch(mScratch->path(), mScratch->trouble());
     }
 }
 

@@ -2,11 +2,12 @@
 /// Starts the library with a scratch directory, and stops it and removes the directory at the end.
 #pragma once
 #include <QString>
-#include <QTemporaryDir>
 #include <memory>
 #include "core/export.h"
+#include "core/project/fileLock.h"
 #include "core/project/projectHost.h"
 #include "core/project/safeFile.h"
+#include "core/project/scratchDirectory.h"
 
 class HostDialogs;
 
@@ -32,20 +33,28 @@ public:
 
     ProjectHost &controller() { return *mController; }
     const Notes &notes() const { return mController->notes(); }
-    /// Raises a Failure if the file does not exist or is no project that this version reads.
+    /// Keeps other processes from replacing a project until the session ends or saves to another
+    /// file. Called before load() by work that saves. Raises a Failure if another process does so.
+    void reserve(const QString &path);
+    /// Raises a Failure with the reason if the file cannot be read or is no project that this
+    /// version reads.
     void load(const QString &path);
-    /// Replaces the file atomically: see replaceFile. Raises a Failure, also if `path` is the
-    /// loaded project and its file has changed since it was loaded.
+    /// Replaces the file atomically, see replaceFile, and reserves it. Raises a Failure with the
+    /// reason, also if `path` is the loaded project and its file has changed since it was loaded.
     void save(const QString &path);
     /// Removes all geographies and starts a new scratch file.
     void unload();
 
 private:
-    std::unique_ptr<QTemporaryDir> mScratch;
+    [[noreturn]] void failLoad(const QString &path);
+
+    std::unique_ptr<ScratchDirectory> mScratch;
     std::unique_ptr<ProjectHost> mController;
     std::unique_ptr<HostDialogs> mDialogs;
-    QString mLoaded;          ///< path of the project that was loaded or saved last
-    FileIdentity mLoadedFile; ///< its state then
+    std::unique_ptr<FileLock> mLock; ///< of the project that is reserved
+    int mExceptions;                 ///< in flight when the session was made
+    QString mLoaded;                 ///< path of the project that was loaded or saved last
+    FileIdentity mLoadedFile;        ///< its state then
 };
 
 } // namespace meridor

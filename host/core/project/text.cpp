@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "core/project/text.h"
 #include <QLocale>
+#include <QVector>
+#include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <numeric>
 
 namespace meridor {
 
@@ -38,6 +42,50 @@ QString someOf(const QStringList &names, int most)
         return names.join(QStringLiteral(", "));
     return QStringList(names.mid(0, most)).join(QStringLiteral(", "))
            + QStringLiteral(" and %1 more").arg(names.size() - most);
+}
+
+namespace {
+
+/// The optimal string alignment distance, by rows of the table of all prefixes.
+int editDistance(const QString &a, const QString &b)
+{
+    QVector<int> before;
+    QVector<int> last(b.size() + 1);
+    QVector<int> row(b.size() + 1);
+    std::iota(last.begin(), last.end(), 0);
+    for (int i = 1; i <= a.size(); ++i) {
+        row[0] = i;
+        for (int j = 1; j <= b.size(); ++j) {
+            const int replaced = last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            row[j] = std::min({replaced, last[j] + 1, row[j - 1] + 1});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                row[j] = std::min(row[j], before[j - 2] + 1);
+        }
+        before = last;
+        last = row;
+    }
+    return last.last();
+}
+
+} // namespace
+
+QString nearestOf(const QString &word, const QStringList &names)
+{
+    QString nearest;
+    int least = std::max(1, word.size() / 2) + 1;
+    for (const QString &name : names) {
+        const int distance = editDistance(word.toCaseFolded(), name.toCaseFolded());
+        if (distance < least) {
+            least = distance;
+            nearest = name;
+        }
+    }
+    return nearest;
+}
+
+QString systemError(int number)
+{
+    return QString::fromLocal8Bit(std::strerror(number));
 }
 
 } // namespace meridor

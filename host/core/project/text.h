@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-/// Numbers and lists as texts.
+/// Numbers, lists and errors as texts.
 #pragma once
 #include <QJsonValue>
 #include <QString>
 #include <QStringList>
+#include <cerrno>
 #include "core/export.h"
 
 namespace meridor {
@@ -16,5 +17,11 @@ MERIDOR_EXPORT QString shortNumber(double value, int decimals = 3);
 MERIDOR_EXPORT QJsonValue jsonNumber(double value);
 /// A list of at most `most` names for a message: "a, b, c and 17 more".
 MERIDOR_EXPORT QString someOf(const QStringList &names, int most = 12);
+/// The name that `word` is most likely a misspelling of: the one that the fewest insertions,
+/// deletions, replacements and swaps of neighbours make of it, at most half of its length and at
+/// least one. Empty if there is none.
+MERIDOR_EXPORT QString nearestOf(const QString &word, const QStringList &names);
+/// The system's text for an error, such as "No space left on device".
+MERIDOR_EXPORT QString systemError(int number = errno);
 
 } // namespace meridor

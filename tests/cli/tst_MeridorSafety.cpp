@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+#include <QLockFile>
+#include <QtTest>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include "cli/program.h"
+
+/// What the program does beside other processes, and on disks that refuse.
+class TestMeridorSafety : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        mPlace.file("map.geojson", squares());
+        const Outcome outcome =
+            mPlace.run({"import", "map.geojson", "p.vorn", "--key", "id", "--name", "land"});
+        QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
+        mProject = mPlace.bytes("p.vorn");
+    }
+
+    void changesNothingThatAnotherProcessIsChanging()
+    {
+        QVERIFY(QFile::link(mPlace.path("p.vorn"), mPlace.path("link.vorn")));
+        const QStringList names = mPlace.files();
+        QLockFile lock(mPlace.path(".p.vorn.lock"));
+        QVERIFY(lock.tryLock(0));
+        const QString holder =
+            QStringLiteral("process %1 ").arg(QCoreApplication::applicationPid());
+        for (const QStringList &words :
+             {QStringList{"rename", "p.vorn", "id", "x"},
+              {"rename", "link.vorn", "id", "x"},
+              {"import", "map.geojson", "p.vorn", "--overwrite"},
+              {"import", "map.geojson", "p.vorn", "--append", "--name", "more"},
+              {"upgrade", "q.vorn", "p.vorn", "--overwrite"}}) {
+            const InCase inCase(words);
+            mPlace.file("q.vorn", mProject);
+            const Outcome refused = mPlace.run(words);
+            QCOMPARE(refused.code, 1);
+            QVERIFY2(refused.err.contains(holder), qPrintable(refused.err));
+            QCOMPARE(mPlace.bytes("p.vorn"), mProject);
+        }
+        // Readers, and writers of other files, need no lock.
+        QCOMPARE(mPlace.run({"info", "p.vorn"}).code, 0);
+        QCOMPARE(mPlace.run({"rename", "p.vorn", "id", "x", "--output", "q.vorn"}).code, 1);
+        QCOMPARE(
+            mPlace.run({"rename", "p.vorn", "id", "x", "--output", "q.vorn", "--overwrite"}).code,
+            0);
+        lock.unlock();
+        // The lock of a process that has ended, with a number that no process has.
+        mPlace.file(".p.vorn.lock",
+                    "99999999\nmeridor\n" + QSysInfo::machineHostName().toUtf8() + "\n");
+        QCOMPARE(mPlace.run({"rename", "p.vorn", "id", "id"}).code, 0);
+        QVERIFY(QFile::remove(mPlace.path("q.vorn")));
+        QCOMPARE(mPlace.files(), names);
+    }
+
+    void removesTheScratchOfKilledProcessesOnly()
+    {
+        QDir(mPlace.path("")).mkpath("scratch");
+        const auto leave = [this](const char *name, bool withLock) {
+            QDir(mPlace.path("scratch")).mkpath(name);
+            mPlace.file(QStringLiteral("scratch/%1/DM").arg(name), "values");
+            QFile::link(mPlace.path("map.geojson"),
+                        mPlace.path(QStringLiteral("scratch/%1/link").arg(name)));
+            if (withLock)
+                mPlace.file(QStringLiteral("scratch/%1.lock").arg(name), "");
+        };
+        leave("meridor-0000dead", true);
+        leave("meridor-0000live", true);
+        leave("meridor-withoutlock", false);
+        leave("other-program", true);
+        mPlace.file("scratch/meridor-0000gone.lock", "");
+        const QByteArray held = QFile::encodeName(mPlace.path("scratch/meridor-0000live.lock"));
+        const int handle = ::open(held.constData(), O_RDWR | O_CLOEXEC);
+        QCOMPARE(::flock(handle, LOCK_EX | LOCK_NB), 0);
+        QCOMPARE(mPlace.run({"info", "p.vorn", "--scratch", "scratch"}).code, 0);
+        ::close(handle);
+        QCOMPARE(QDir(mPlace.path("scratch")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 (QStringList{"meridor-0000live", "meridor-0000live.lock", "meridor-withoutlock",
+                              "other-program", "other-program.lock"}));
+        QCOMPARE(mPlace.bytes("map.geojson"), squares()); // links are not followed
+    }
+
+    void tellsWhyAProjectDoesNotOpen()
+    {
+        QByteArray newer = mProject;
+        newer[5] = '9'; // the first digit of the version
+        mPlace.file("none.vorn", "");
+        mPlace.file("text.vorn", "no project, but longer than a version");
+        mPlace.file("newer.vorn", newer);
+        mPlace.file("head.vorn", mProject.left(60));
+        mPlace.file("half.vorn", mProject.left(mProject.size() / 2));
+        QDir(mPlace.path("")).mkpath("folder.vorn");
+        QCOMPARE(::mkfifo(QFile::encodeName(mPlace.path("pipe.vorn")).constData(), 0600), 0);
+        for (const auto &[name, told] : {std::make_pair("none.vorn", "not a project that"),
+                                         {"text.vorn", "not a project that"},
+                                         {"newer.vorn", "newer than"},
+                                         {"head.vorn", "damaged or cut off"},
+                                         {"half.vorn", "damaged or cut off"},
+                                         {"folder.vorn", "is a directory"},
+                                         {"pipe.vorn", "is a pipe"},
+                                         {"missing.vorn", "no such file"},
+                                         {"text.vorn/x.vorn", "Not a directory"}}) {
+            const Outcome outcome = mPlace.run({"info", name});
+            QCOMPARE(outcome.code, 1);
+            QVERIFY2(outcome.err.contains(name + QStringLiteral(": ")), qPrintable(outcome.err));
+            QVERIFY2(outcome.err.contains(told), qPrintable(outcome.err));
+        }
+    }
+
+    void leavesAWriteProtectedProjectAlone()
+    {
+        const QByteArray name = QFile::encodeName(mPlace.path("p.vorn"));
+        QCOMPARE(::chmod(name.constData(), 0444), 0);
+        const Outcome refused = mPlace.run({"rename", "p.vorn", "id", "x"});
+        QCOMPARE(::chmod(name.constData(), 0640), 0);
+        QCOMPARE(refused.code, 1);
+        QVERIFY2(refused.err.contains("write-protected"), qPrintable(refused.err));
+        QCOMPARE(mPlace.run({"rename", "p.vorn", "id", "id"}).code, 0);
+        struct stat info = {};
+        QCOMPARE(::stat(name.constData(), &info), 0);
+        QCOMPARE(info.st_mode & 07777, 0640U); // a replaced file keeps its rights
+    }
+
+    void tellsOfADiskThatIsFull()
+    {
+        // The limit of the size of files stands for a full disk: a load needs a scratch file.
+        QByteArray table("x,y");
+        for (int i = 0; i < 40; ++i)
+            table += ",v" + QByteArray::number(i);
+        for (int row = 0; row < 3000; ++row) {
+            table += '\n' + QByteArray::number(row) + ',' + QByteArray::number(row);
+            for (int i = 0; i < 40; ++i)
+                table += ',' + QByteArray::number(row * 7919 % 10007 * (i + 1));
+        }
+        mPlace.file("points.csv", table + '\n');
+        QCOMPARE(mPlace.run({"import", "points.csv", "big.vorn", "--x", "x", "--y", "y"}).code, 0);
+        QDir(mPlace.path("")).mkpath("tight");
+        const auto limited = [this](int blocks, const QStringList &words) {
+            const QString limit = QStringLiteral("ulimit -f %1; exec \"$0\" \"$@\"").arg(blocks);
+            return mPlace.run("/bin/sh", QStringList{"-c", limit, MERIDOR_PROGRAM} + words);
+        };
+        const Outcome scratch =
+            limited(40, {"info", "big.vorn", "--cache", "1", "--scratch", "tight"});
+        QCOMPARE(scratch.code, 1);
+        QVERIFY2(scratch.err.contains("scratch directory"), qPrintable(scratch.err));
+        QVERIFY2(scratch.err.contains("File too large; see --scratch"), qPrintable(scratch.err));
+        QVERIFY(QDir(mPlace.path("tight")).isEmpty());
+    }
+
+private:
+    Workplace mPlace;
+    QByteArray mProject;
+};
+
+QTEST_GUILESS_MAIN(TestMeridorSafety)
+#include "tst_MeridorSafety.moc"
