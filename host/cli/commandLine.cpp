@@ -5,6 +5,7 @@
 #include "cli/commands/commands.h"
 #include "cli/interrupt.h"
 #include "cli/terminalProgress.h"
+#include "cli/usage.h"
 #include "core/project/failure.h"
 #include "datainterface/VersionAPI.h"
 #include "datainterface/vorn_error.h"
@@ -39,27 +40,45 @@ ExitCode codeOf(FailureKind kind)
     }
 }
 
-/// Runs the verb. All failures are converted to messages and exit codes here.
-int runGuarded(const Context &context)
+/// Runs `work`. All failures are converted to messages and exit codes here.
+/// @param scratchTrouble  why the scratch directory failed, if it did: then the cause of whatever
+///                        the failure says.
+template <class Work>
+int runGuarded(const Console &console, const QString &scratchTrouble, Work work)
 {
+    QString text;
+    QString stack;
+    bool isInternal = true; // the library does not know that the scratch directory is the cause
+    const char *setting = "";
+    FailureKind kind = FailureKind::Refused;
     try {
-        context.run(context);
+        work();
         return Done;
     } catch (const Failure &failure) {
-        const QString hint = *failure.setting() == '\0'
-                                 ? QString()
-                                 : QStringLiteral("; see --") + QLatin1String(failure.setting());
-        context.console.error(failure.text() + hint);
-        return codeOf(failure.kind());
+        isInternal = false;
+        text = failure.text();
+        setting = failure.setting();
+        kind = failure.kind();
     } catch (const vorn_error &error) {
-        context.console.error(QStringLiteral("internal error: ") + QString::fromUtf8(error.what()));
-        context.console.note(QStringLiteral("call stack:\n") + QString::fromStdString(error.stack));
+        text = QStringLiteral("internal error: ") + QString::fromUtf8(error.what());
+        stack = QString::fromStdString(error.stack);
     } catch (const std::bad_alloc &) {
-        context.console.error(QStringLiteral("out of memory"));
+        text = QStringLiteral("out of memory");
     } catch (const std::exception &error) {
-        context.console.error(QStringLiteral("internal error: ") + QString::fromUtf8(error.what()));
+        text = QStringLiteral("internal error: ") + QString::fromUtf8(error.what());
     }
-    return Failed;
+    if (kind == FailureKind::Refused && !scratchTrouble.isEmpty()
+        && qstrcmp(setting, "scratch") != 0) {
+        text = isInternal ? scratchTrouble : text + QStringLiteral("; ") + scratchTrouble;
+        setting = "scratch";
+        stack.clear();
+    }
+    if (*setting != '\0')
+        text += QStringLiteral("; see --") + QLatin1String(setting);
+    console.error(text);
+    if (!stack.isEmpty())
+        console.note(QStringLiteral("call stack:\n") + stack);
+    return codeOf(kind);
 }
 
 QString version()
@@ -79,6 +98,7 @@ int runCommandLine(int argc, char **argv)
     CLI::App app("Maps with values over time: import, analyse, draw, export", "meridor");
     app.require_subcommand(1);
     app.fallthrough();
+    app.formatter(helpFormatter());
     app.set_version_flag("--version", version().toStdString());
     app.footer("Example:\n  meridor demo results\n\nExit codes: 0 done, 1 failed, 2 wrong usage, "
                "130 cancelled.\n"
@@ -90,20 +110,38 @@ int runCommandLine(int argc, char **argv)
           addQuery,   addZonal,   addRename,    addRemove,  addConvert, addSubset, addSelect,
           addUpgrade, addWeights, addNeighbors, addNearest, addMoran,   addReport, addDemo})
         add(program, context);
+    Console &console = context.console;
+    QString shown; // help or version, in place of the work of a verb
+    const QString wrongVerb = unknownVerb(app, argc, argv);
+    if (!wrongVerb.isEmpty()) {
+        console.error(wrongVerb);
+        return WrongUsage;
+    }
     try {
         app.parse(argc, argv);
+    } catch (const CLI::CallForHelp &) {
+        shown = QString::fromStdString(app.help()).trimmed();
+    } catch (const CLI::CallForVersion &) {
+        shown = version();
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? Done : WrongUsage;
+        console.error(usageError(app, error));
+        return WrongUsage;
     }
     watchInterrupts();
-    TerminalProgress progress(!context.console.quiet);
-    context.console.clearLine = [&progress] { progress.wipe(); };
-    context.user.notes = &context.console;
+    if (!shown.isEmpty())
+        return runGuarded(console, QString(), [&] { console.print(shown); });
+    TerminalProgress progress(!console.quiet);
+    QString scratchTrouble;
+    console.clearLine = [&progress] { progress.wipe(); };
+    context.user.notes = &console;
     context.user.cancel = [] { return interrupted(); };
     context.user.progress = [&progress](int percent, const QString &text) {
         progress.show(percent, text);
     };
-    return runGuarded(context);
+    context.user.scratchFailed = [&scratchTrouble](const QString &reason) {
+        scratchTrouble = reason;
+    };
+    return runGuarded(console, scratchTrouble, [&] { context.run(context); });
 }
 
 } // namespace meridor

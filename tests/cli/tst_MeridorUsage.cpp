@@ -15,8 +15,12 @@ private Q_SLOTS:
             QVERIFY2(outcome.err.contains(told), qPrintable(outcome.err));
             QCOMPARE(outcome.out.isEmpty(), code != 0);
         };
-        check({}, 2, "subcommand is required");
-        check({"paint"}, 2, "");
+        check({}, 2, "a verb is required");
+        check({"paint"}, 2, "no verb paint\n"); // nothing is near it
+        check({"exprot", "--help"}, 2, "no verb exprot; did you mean export?");
+        check({"--cache", "5", "weights", "crate", "--help"}, 2, "did you mean create?");
+        check({"map", "--hlep"}, 2, "no option --hlep; did you mean --help?");
+        check({"info", "p.vorn", "q.vorn"}, 2, "q.vorn: one argument too many");
         check({"info", "p.vorn", "--colour"}, 2, "--colour");
         check({"stats", "p.vorn"}, 2, "DATASET");
         check({"classes", "p.vorn", "x", "--count", "0"}, 2, "--count");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Declaration of verbs and their options. The parser library is included by command.cpp and
-/// commandLine.cpp only, because its header takes longer to compile than the code of a verb.
+/// Declaration of verbs and their options. The parser library is included by no verb, because its
+/// header takes longer to compile than the code of a verb.
 #pragma once
 #include <QString>
 #include <QStringList>
