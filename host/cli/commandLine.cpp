@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include "cli/commands/commands.h"
+#include "cli/definitions.h"
 #include "cli/interrupt.h"
 #include "cli/terminalProgress.h"
 #include "cli/usage.h"
@@ -110,6 +111,9 @@ int runCommandLine(int argc, char **argv)
           addQuery,   addZonal,   addRename,    addRemove,  addConvert, addSubset, addSelect,
           addUpgrade, addWeights, addNeighbors, addNearest, addMoran,   addReport, addDemo})
         add(program, context);
+    addHidden(
+        program, context, [&app] { return manualPages(app, version()); },
+        [&app] { return bashCompletion(app); });
     Console &console = context.console;
     QString shown; // help or version, in place of the work of a verb
     const QString wrongVerb = unknownVerb(app, argc, argv);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <QDir>
 #include <QtTest>
 #include "cli/program.h"
 
@@ -6,6 +7,12 @@
 class TestMeridorUsage : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase()
+    {
+        mExamples = examples(QString());
+        QVERIFY(mExamples.size() > 25);
+    }
+
     void endsWithTheStatedCode()
     {
         const auto check = [](const QStringList &arguments, int code, const char *told) {
@@ -32,15 +39,80 @@ private Q_SLOTS:
         check({"--version"}, 0, "");
     }
 
-    void everyVerbHasHelpWithAnExample()
+    void everyExampleOfTheHelpRuns()
     {
-        for (const QString verb :
-             {"import",  "info",    "stats",     "series",  "classes", "map",    "export",
-              "query",   "zonal",   "rename",    "remove",  "convert", "subset", "select",
-              "upgrade", "weights", "neighbors", "nearest", "moran",   "demo"}) {
-            const Outcome outcome = Workplace().run({verb, "--help"});
-            QCOMPARE(outcome.code, 0);
-            QVERIFY2(outcome.out.contains("Example:\n  meridor " + verb), qPrintable(outcome.out));
+        const Workplace place;
+        const auto shell = [&place](const QString &folder, const QString &line) {
+            const QString script =
+                QStringLiteral("cd '%1' && PATH=\"${0%/*}:$PATH\" && %2").arg(folder, line);
+            return place.run("/bin/sh", {"-c", script, MERIDOR_PROGRAM});
+        };
+        const auto prepare = [&shell](const QString &folder, const QString &line) {
+            const Outcome outcome = shell(folder, line);
+            QVERIFY2(outcome.code == 0, qPrintable(line + outcome.err));
+        };
+        // Three folders for the examples: with the samples, with projects made of them by the
+        // examples of import, and with weight sets in these.
+        prepare(".",
+                "mkdir files && for f in '" MERIDOR_TEST_SAMPLES "'/*/*; do cp \"$f\" files; done");
+        prepare(".", "cp -r files maps");
+        for (const QString &line : mExamples.value("import"))
+            prepare("maps", line);
+        prepare("maps", "meridor import nc_counties.geojson counties.vorn && "
+                        "meridor import nc_counties.geojson rain.vorn --append --key fips "
+                        "--name counties && cp income.vorn survey1998.vorn");
+        prepare(".", "cp -r maps sets");
+        prepare("sets", "meridor weights create income.vorn queen --method queen");
+
+        for (auto verb = mExamples.begin(); verb != mExamples.end(); ++verb) {
+            const QString folder = verb.key() == "import"                ? "files"
+                                   : verb.key().startsWith("weights cr") ? "maps"
+                                   : verb.key() == "weights"             ? "maps"
+                                                                         : "sets";
+            prepare(".", QStringLiteral("rm -rf work && cp -r %1 work").arg(folder));
+            QVERIFY2(!verb->isEmpty(), qPrintable(verb.key()));
+            for (const QString &line : verb.value()) {
+                const Outcome outcome = shell("work", line);
+                QVERIFY2(outcome.code == 0, qPrintable(line + '\n' + outcome.err));
+            }
+        }
+    }
+
+    void completesInBash()
+    {
+        const Workplace place;
+        place.file("map.geojson", squares());
+        QCOMPARE(place.run({"import", "map.geojson", "p.vorn", "--key", "id"}).code, 0);
+        QCOMPARE(place.run({"rename", "p.vorn", "id", "the id"}).code, 0);
+        QCOMPARE(place.run({"completion", "script"}).code, 0);
+        place.file("trial", ". ./script; PATH=\"${0%/*}:$PATH\"\n"
+                            "COMP_WORDS=(\"$@\") COMP_CWORD=$(($# - 1))\n"
+                            "_meridor; printf '%s\\n' \"${COMPREPLY[@]}\"");
+        const auto completed = [&place](const QStringList &words) {
+            const QStringList start{"-c", "trial=$1; shift; . ./trial", MERIDOR_PROGRAM, "trial",
+                                    "meridor"};
+            return place.run("/bin/bash", start + words).out.trimmed().split('\n').join(' ');
+        };
+        QCOMPARE(completed({"expo"}), QString("export"));
+        QCOMPARE(completed({"-q", "weights", "sh"}), QString("show"));
+        QCOMPARE(completed({"classes", "--metho"}), QString("--method"));
+        QCOMPARE(completed({"classes", "--method", "jen"}), QString("jenks"));
+        QCOMPARE(completed({"stats", "--scra"}), QString("--scratch"));
+        QCOMPARE(completed({"stats", "--at", "1", "p.v"}), QString("p.vorn"));
+        QCOMPARE(completed({"stats", "p.vorn", "the"}), QString("the\\ id"));
+    }
+
+    void writesAManualPageOfEveryVerb()
+    {
+        const Workplace place;
+        QCOMPARE(place.run({"man", "pages"}).code, 0);
+        QCOMPARE(QDir(place.path("pages")).entryList(QDir::Files).size(), mExamples.size());
+        for (auto verb = mExamples.begin(); verb != mExamples.end(); ++verb) {
+            const QString name = QString("meridor " + verb.key()).trimmed();
+            const QString page =
+                QString::fromUtf8(place.bytes("pages/" + QString(name).replace(' ', '-') + ".1"));
+            QVERIFY2(page.contains(".SH EXAMPLES\n.nf\nmeridor "), qPrintable(name));
+            QVERIFY2(page.contains("\\fB\\-\\-scratch\\fR \\fITEXT\\fR\n"), qPrintable(name));
         }
     }
 
@@ -108,6 +180,37 @@ private Q_SLOTS:
         QCOMPARE(full.code, 1);
         QVERIFY2(full.err.contains("standard output"), qPrintable(full.err));
     }
+
+private:
+    /// The examples of a verb and of all below it, by the words that call the verb; each ends in
+    /// one line. The help of each lists the common options.
+    static QMap<QString, QStringList> examples(const QString &verb)
+    {
+        const QStringList words = verb.split(' ', Qt::SkipEmptyParts);
+        const Outcome help = Workplace().run(words + QStringList{"--help"});
+        if (help.code != 0 || !help.out.contains("--scratch"))
+            return {};
+        QMap<QString, QStringList> lines;
+        QStringList below;
+        QString part;
+        for (const QString &line : help.out.split('\n')) {
+            if (!line.startsWith(' '))
+                part = line;
+            else if (part == "Subcommands:" && line.at(2) != ' ')
+                below.append(line.simplified().section(' ', 0, 0));
+            else if (part == "Example:" && line.startsWith("  meridor"))
+                lines[verb].append(line.trimmed());
+            else if (part == "Example:")
+                lines[verb].last() += '\n' + line;
+        }
+        if (!lines.contains(verb))
+            lines.insert(verb, {});
+        for (const QString &name : below)
+            lines.insert(examples(QString(verb + ' ' + name).trimmed()));
+        return lines;
+    }
+
+    QMap<QString, QStringList> mExamples;
 };
 
 QTEST_GUILESS_MAIN(TestMeridorUsage)

@@ -72,6 +72,11 @@ Command Command::verb(const char *name, const char *help) const
     return Command(*mApp->add_subcommand(name, help));
 }
 
+Command Command::hiddenVerb(const char *name) const
+{
+    return Command(*mApp->add_subcommand(name)->group(""));
+}
+
 void Command::needsVerb() const
 {
     mApp->require_subcommand(1);
@@ -121,7 +126,10 @@ Setting Command::numbers(const char *name, QVector<double> &target, const char *
 
 Setting Command::flag(const char *name, bool &target, const char *help) const
 {
-    return Setting(mApp->add_flag(name, target, help));
+    if (*name != '!')
+        return Setting(mApp->add_flag(name, target, help));
+    return Setting(mApp->add_flag_callback(
+        name + 1, [&target] { target = false; }, help));
 }
 
 void Command::footer(const char *text) const

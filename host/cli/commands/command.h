@@ -43,6 +43,8 @@ class Command {
 public:
     explicit Command(CLI::App &app) : mApp(&app) {}
     Command verb(const char *name, const char *help) const;
+    /// A verb that no help names.
+    Command hiddenVerb(const char *name) const;
     /// Requires one of the verbs below this one.
     void needsVerb() const;
     Setting text(const char *name, QString &target, const char *help) const;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The verbs. Each function adds a subcommand, which sets Context::run to its work if it was given.
 #pragma once
+#include <QMap>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -41,6 +42,11 @@ void addQuery(const Command &app, Context &context);
 void addZonal(const Command &app, Context &context);
 void addReport(const Command &app, Context &context);
 void addDemo(const Command &app, Context &context);
+/// Verbs for the build and for completion. @param pages       the manual pages by file name
+///                                         @param completion  the script of bash
+void addHidden(const Command &app, Context &context,
+               const std::function<QMap<QString, QString>()> &pages,
+               const std::function<QString()> &completion);
 
 /// Adds the arguments PROJECT and DATASET.
 void projectArgument(const Command &command, QString &project);

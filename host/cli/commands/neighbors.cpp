@@ -172,7 +172,7 @@ void addNeighbors(const Command &app, Context &context)
     command.text("OBJECT", options->object, "The object's key, or its name in a text dataset")
         .required();
     command.text("--at", options->at, "The time (default: the last)");
-    command.footer("Example:\n  meridor neighbors income.vorn queen Virginia --at 1850");
+    command.footer("Example:\n  meridor neighbors income.vorn queen Virginia --at 1929");
     command.chosen([options, &context] {
         context.run = [options](const Context &c) { runNeighbors(*options, c); };
     });
@@ -189,8 +189,8 @@ void addNearest(const Command &app, Context &context)
     command.text("--geography", options->geography, "The geography, if there are several");
     command.number("--count", options->count, "Number of objects").shown().range(1, 1000000);
     command.text("--at", options->at, "The time (default: the last)");
-    command.footer("Example:\n  meridor nearest storms.vorn -- -89.6 26.3 --count 3 --at "
-                   "2005-08-28T18:00Z");
+    command.footer("Example:\n  meridor nearest counties.vorn --count 3 -- -80.8 35.2\n"
+                   "  meridor nearest income.vorn --object Virginia");
     command.chosen([options, &context] {
         context.run = [options](const Context &c) { runNearest(*options, c); };
     });

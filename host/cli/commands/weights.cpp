@@ -193,7 +193,7 @@ void addShow(const Command &weights, Context &context)
                 context, &show);
     command.texts("SET", options->sets, "The set, as SET or GEOGRAPHY/SET").required().values(1, 1);
     command.texts("--at", options->at, "The time (default: the last); repeatable");
-    command.footer("Example:\n  meridor weights show income.vorn queen --at 1850 --at 2000");
+    command.footer("Example:\n  meridor weights show income.vorn queen --at 1929 --at 2009");
 }
 
 void addRemoveSets(const Command &weights, Context &context)
