@@ -19,6 +19,28 @@ DATAINTERFACE_EXPORT bool VORN_SaveProject(const QString &fileName);
 /// failure raises, and none shows a message.
 DATAINTERFACE_EXPORT bool VORN_LoadProject(const QString &fileName);
 
+/// Whether VORN_LoadProject leaves the values packed in the file, for hosts that read only some of
+/// them. Off by default: a load then unpacks all of them.
+///
+/// A load with this setting on reads geographies and shapes, and of each block its place in the
+/// file. A block is unpacked when it is first read, and is cached like any other. The file stays
+/// open until the next load or unload:
+/// - A file that another one replaced by a rename stays readable. One that was written in place, or
+///   cut, is recognised by its size and time of change.
+/// - A block that is damaged, or whose file was changed, fails when it is read, as ReadDataBlock
+///   does, with the failure result of the call that needed it; other blocks stay readable.
+/// - VORN_SaveProject to this file unpacks all blocks first and fails, with the file untouched, if
+///   one of them cannot be unpacked. To another file it copies the blocks that are still packed as
+///   they are, unless VORN_SetProjectCompression is at level 0, for which they are packed again.
+///
+/// Files before version 180005, which hold values among the datasets, and sequential devices are
+/// loaded whole. The setting applies to later loads.
+DATAINTERFACE_EXPORT void VORN_SetProjectLoading(bool keepPacked);
+
+/// False when a block of the loaded project could not be read from the file in which it was left
+/// packed. Results since the load may then lack values.
+DATAINTERFACE_EXPORT bool VORN_IsProjectFileIntact();
+
 /// Empties the block store, calls ControllerBase::RemoveGeography for each geography in order of id
 /// (the override deletes them) and deletes the nonconditional variogram models. Raises "opened"
 /// when a new scratch file cannot be created.

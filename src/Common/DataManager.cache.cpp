@@ -44,7 +44,7 @@ const BlockSlot *BlockTable::AddressOf(int id)
 void BlockTable::DropIfEmpty(int id)
 {
     BlockSlot *slot = Find(id);
-    if (!slot || slot->cached || slot->extent >= 0)
+    if (!slot || slot->cached || slot->home != -1)
         return;
     slot->known = false;
     auto &chunk = mChunks[static_cast<size_t>(id) >> kChunkBits];
@@ -52,12 +52,12 @@ void BlockTable::DropIfEmpty(int id)
         chunk.reset();
 }
 
-QVector<int> BlockTable::WrittenIds() const
+QVector<int> BlockTable::StoredIds() const
 {
     QVector<int> ids;
     for (size_t i = 0; i < mChunks.size(); ++i) {
         for (int j = 0; j < kChunkSize && mChunks[i]; ++j) {
-            if (mChunks[i]->slots[static_cast<size_t>(j)].extent >= 0)
+            if (mChunks[i]->slots[static_cast<size_t>(j)].home != -1)
                 ids.append(static_cast<int>(i) * kChunkSize + j);
         }
     }

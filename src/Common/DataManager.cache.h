@@ -14,13 +14,21 @@ namespace datainterface {
 struct alignas(32) BlockSlot {
     QByteArray bytes;    ///< the contents, when cached
     qint64 position = 0; ///< of the extent, in bytes from the start of the scratch file
-    int size = 0;        ///< of the extent, in bytes
-    int extent = -1;     ///< in ExtentMap; -1 when the contents were never written to the file
+    int size = 0;        ///< in bytes, of the extent or of the contents that are packed
+    int home = -1;       ///< see below
     quint32 lastUse = 0; ///< when cached, index of the block's valid entry in the cache's log
     bool known = false;  ///< the block has contents in the cache, an extent, or both
     bool cached = false;
     bool dirty = false; ///< cached contents that the scratch file does not hold
     quint8 pieces = 0;  ///< partial reads from the file since the contents were last cached
+
+    /// Where the contents are besides the cache: an extent of the scratch file (home >= 0), the
+    /// project file from which they are loaded on demand (home <= -2), or nowhere yet (-1).
+    bool isWritten() const { return home >= 0; }
+    bool isPacked() const { return home <= -2; }
+    int extent() const { return home; }
+    int packed() const { return -2 - home; } ///< number of the block in PackedFile
+    static int homeOfPacked(int block) { return -2 - block; }
 };
 static_assert(sizeof(BlockSlot) == 32);
 
@@ -34,7 +42,7 @@ public:
     /// The address of the id's slot, known or not, to prefetch it; null when its chunk is not
     /// allocated.
     const BlockSlot *AddressOf(int id);
-    /// Removes an id that has neither contents in the cache nor an extent.
+    /// Removes an id that has neither contents in the cache nor a home.
     void DropIfEmpty(int id);
     void Clear()
     {
@@ -42,8 +50,8 @@ public:
         mChunks.shrink_to_fit();
     }
 
-    /// The ids that have an extent, ascending.
-    QVector<int> WrittenIds() const;
+    /// The ids that have a home, ascending.
+    QVector<int> StoredIds() const;
 
 private:
     static constexpr int kChunkBits = 8;

@@ -68,6 +68,8 @@ void DataManager::Clear()
     mTable.Clear();
     mExtents.Clear();
     mFile.close();
+    mPacked.reset();
+    mPackedCount = 0;
 }
 
 int DataManager::SaveDataBlock(const QByteArray &bytes)
@@ -104,7 +106,7 @@ bool DataManager::ReadDataBlock(int id, QByteArray &bytes)
     bool read = false;
     try {
         bytes = recycled(std::move(evicted), slot->size);
-        read = mFile.read(slot->position, bytes.data(), slot->size);
+        read = ReadHome(*slot, bytes.data());
     } catch (...) {
         // Out of memory for the contents: reported like a failed read of the file.
     }
@@ -112,7 +114,23 @@ bool DataManager::ReadDataBlock(int id, QByteArray &bytes)
         bytes.clear();
     else if (isKept)
         mCache.Put(id, bytes, false);
+    else
+        MoveToScratch(id, *slot, bytes);
     return read;
+}
+
+bool DataManager::ReadHome(const BlockSlot &slot, char *to)
+{
+    return slot.isPacked() ? mPacked->unpack(slot.packed(), to, slot.size)
+                           : mFile.read(slot.position, to, slot.size);
+}
+
+// Writes the contents of a block that is not kept in the cache to the scratch file if it was
+// unpacked repeatedly. On a full disk it stays packed.
+void DataManager::MoveToScratch(int id, const BlockSlot &slot, const QByteArray &bytes)
+{
+    if (slot.isPacked() && mPacked->unpackCount(slot.packed()) > 1)
+        WriteDataBlock(id, bytes, WriteMode::Combined);
 }
 
 bool DataManager::DeleteDataBlock(int id)
@@ -124,6 +142,12 @@ bool DataManager::DeleteDataBlock(int id)
     const bool wasWritten = FreeDataBlock(id);
     mTable.DropIfEmpty(id);
     return wasWritten;
+}
+
+bool DataManager::Holds(int id)
+{
+    const QMutexLocker lock(&mLock);
+    return mTable.Find(id) != nullptr;
 }
 
 DataManager::State DataManager::Inspect() const
@@ -176,6 +200,8 @@ bool DataManager::TryEvict(int id, QByteArray &contents)
     BlockSlot &slot = *mTable.Find(id);
     if (slot.dirty && !WriteDataBlock(id, slot.bytes, WriteMode::Combined))
         return false;
+    if (!slot.dirty)
+        MoveToScratch(id, slot, slot.bytes);
     contents = mCache.Remove(slot);
     return true;
 }
@@ -191,7 +217,7 @@ void DataManager::EmptyCache()
 bool DataManager::WriteDataBlock(int id, const QByteArray &bytes, WriteMode mode)
 {
     BlockSlot *slot = mTable.Find(id);
-    if (!slot || slot->extent < 0)
+    if (!slot || !slot->isWritten())
         return AllocateDataBlock(id, bytes, mode);
     if (bytes.size() > slot->size) {
         // A block that grows is likely to grow again, so it moves to the end of the file and takes
@@ -205,7 +231,7 @@ bool DataManager::WriteDataBlock(int id, const QByteArray &bytes, WriteMode mode
     if (!mFile.write(slot->position, bytes.constData(), bytes.size(), mode))
         return false;
     if (bytes.size() < slot->size)
-        mExtents.Shrink(slot->extent, bytes.size());
+        mExtents.Shrink(slot->extent(), bytes.size());
     slot->size = bytes.size();
     return true;
 }
@@ -232,7 +258,8 @@ bool DataManager::AppendDataBlock(int id, const QByteArray &bytes, WriteMode mod
 void DataManager::Place(int id, int extent)
 {
     BlockSlot &slot = mTable.FindOrMake(id);
-    slot.extent = extent;
+    LeavePacked(slot);
+    slot.home = extent;
     slot.position = mExtents.PositionOf(extent);
     slot.size = static_cast<int>(mExtents.SizeOf(extent));
 }
@@ -240,12 +267,25 @@ void DataManager::Place(int id, int extent)
 bool DataManager::FreeDataBlock(int id)
 {
     BlockSlot *slot = mTable.Find(id);
-    if (!slot || slot->extent < 0)
+    if (!slot || slot->home == -1)
         return false;
-    const int extent = slot->extent;
-    slot->extent = -1;
+    if (slot->isPacked()) {
+        LeavePacked(*slot);
+        return true;
+    }
+    const int extent = slot->extent();
+    slot->home = -1;
     mExtents.Release(extent);
     return true;
+}
+
+// The project file stays open until the store is cleared, since its blocks are numbered.
+void DataManager::LeavePacked(BlockSlot &slot)
+{
+    if (!slot.isPacked())
+        return;
+    slot.home = -1;
+    --mPackedCount;
 }
 
 DataManager &blockStore()

@@ -9,12 +9,17 @@
 #include <memory>
 #include "Common/DataManager.cache.h"
 #include "Common/DataManager.extents.h"
+#include "Common/detail/packedFile.h"
 #include "Common/detail/scratchFile.h"
 #include "datainterface/ProgressCallback.h"
 
 namespace datainterface {
 class BlockReading;
-}
+
+/// What came of reading the block of a container. A container of numbers whose block is unknown is
+/// empty; one whose block cannot be read has values, which must not be taken for missing.
+enum class BlockRead { Done, Unknown, Failed };
+} // namespace datainterface
 
 /// Replaces the contents of a block by contents of any size. @return always true. Raises "result",
 /// with the old contents unchanged, when the cache must write a block back to make room and cannot.
@@ -24,14 +29,21 @@ bool ReplaceDataBlock(int id, const QByteArray &bytes);
 ///
 ///     id ---> BlockTable ---> BlockSlot
 ///                             |-- bytes    while cached; BlockCache keeps the order of eviction
-///                             '-- extent   once written; ExtentMap divides the file into extents,
-///                                          ScratchFile reads and writes their bytes
+///                             '-- home     once written, an extent: ExtentMap divides the file
+///                                          into extents, ScratchFile reads and writes their bytes;
+///                                          before the first change of a block that is loaded on
+///                                          demand, a place in PackedFile
 ///
 ///     cached  extent  dirty   state of a known block
 ///     yes     no      yes     new, not yet written
 ///     yes     yes     no      the cache and the file hold the same contents
 ///     yes     yes     yes     replaced; the extent holds older contents, of the older size
 ///     no      yes     no      evicted, or larger than the cache
+///
+/// A block that is still packed in its project file has no extent. It is unpacked when it is read,
+/// and then cached like others; a change gives it an extent when it is written. A block that was
+/// unpacked a second time is written to the scratch file when it leaves the cache, because reading
+/// it there is faster: this costs at most twice the optimum (the ski rental rule).
 ///
 /// A block is written when the cache evicts it, and at once when it is larger than the cache. New
 /// blocks take the smallest free extent that is large enough, else the end of the file. A block
@@ -69,6 +81,8 @@ public:
     void ReplaceDataBlock(int id, const QByteArray &bytes);
     bool ReadDataBlock(int id, QByteArray &bytes);
     bool DeleteDataBlock(int id);
+    /// Whether the id is known.
+    bool Holds(int id);
 
     /// See VORN_SetProjectCompression.
     void SetPackLevel(int level);
@@ -76,7 +90,19 @@ public:
     bool SaveProjectData(QDataStream &out, bool compress, ProgressCallback report);
     bool RestoreProjectData(QDataStream &in, bool compressed, ProgressCallback report);
 
-    /// Deletes the blocks in the file whose ids are not among `kept`.
+    /// Whether VORN_LoadProject leaves blocks packed: see VORN_SetProjectLoading.
+    void SetKeepsPacked(bool keepsPacked);
+    bool KeepsPacked() const { return mKeepsPacked; }
+    /// Reads what RestoreProjectData reads, but leaves the contents in the file of `handle`, over
+    /// which `in` is a stream.
+    bool RestorePackedData(QDataStream &in, int handle, bool compressed, ProgressCallback report);
+    /// Unpacks all blocks that are still in the file `path`, which can be overwritten then. False,
+    /// with no block lost, when one of them cannot be unpacked or written.
+    bool ReleaseFile(const QString &path);
+    /// False after a block of the present project could not be read from its file.
+    bool IsIntact() const;
+
+    /// Deletes the stored blocks whose ids are not among `kept`.
     void DeleteBlocksBut(QVector<int> kept);
 
     /// Bytes of contents that the cache may hold.
@@ -86,6 +112,7 @@ public:
 
 private:
     using WriteMode = datainterface::ScratchFile::Mode;
+    using BlockSlot = datainterface::BlockSlot;
 
     friend class datainterface::BlockReading;
 
@@ -98,13 +125,20 @@ private:
     bool AllocateDataBlock(int id, const QByteArray &bytes, WriteMode mode);
     bool AppendDataBlock(int id, const QByteArray &bytes, WriteMode mode);
     void Place(int id, int extent);
+    bool ReadHome(const BlockSlot &slot, char *to);
+    void MoveToScratch(int id, const BlockSlot &slot, const QByteArray &bytes);
+    void LeavePacked(BlockSlot &slot);
+    bool UnpackAll();
     bool FreeDataBlock(int id);
     bool RestoreBlock(int id, const QByteArray &bytes);
 
     int mNextId = 0;
     int mPackLevel = 0;
+    bool mKeepsPacked = false;
+    int mPackedCount = 0; ///< of blocks whose home is mPacked
     QString mDirectory;
     datainterface::ScratchFile mFile;
+    std::unique_ptr<datainterface::PackedFile> mPacked; ///< null when no block is loaded on demand
     datainterface::ExtentMap mExtents;
     datainterface::BlockTable mTable;
     datainterface::BlockCache mCache;

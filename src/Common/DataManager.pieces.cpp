@@ -33,7 +33,8 @@ const char *BlockReading::inPlace(int id, int size) const
 bool BlockReading::readPiece(int id, int size, int at, char *to, int count) const
 {
     BlockSlot *slot = mStore.mTable.Find(id);
-    if (!slot || slot->cached || slot->size != size || at < 0 || count < 0 || at > size - count)
+    if (!slot || slot->cached || slot->isPacked() || slot->size != size || at < 0 || count < 0
+        || at > size - count)
         return false;
     if (BlockCache::CostOf(size) <= mStore.mCache.Limit()) {
         if (slot->pieces == std::numeric_limits<quint8>::max()

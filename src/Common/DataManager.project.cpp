@@ -13,6 +13,7 @@
 #include <libdeflate.h>
 #include <limits>
 #include "Common/detail/failure.h"
+#include "Common/detail/readAhead.h"
 #include "Common/detail/streams.h"
 #include "datainterface/DataBlocks.h"
 
@@ -56,6 +57,11 @@ private:
     std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> mCompressor;
 };
 
+bool isUsableId(int id)
+{
+    return id >= 0 && id < std::numeric_limits<int>::max();
+}
+
 int percentOf(int done, int count)
 {
     return static_cast<int>(qint64(100) * done / count);
@@ -74,16 +80,26 @@ bool DataManager::SaveProjectData(QDataStream &out, bool compress, ProgressCallb
 {
     const QMutexLocker lock(&mLock);
     EmptyCache();
-    const int count = mExtents.UsedCount();
+    const int count = mExtents.UsedCount() + mPackedCount;
     out << qint32(mNextId) << qint32(count);
     const int reportStep = std::max(count / 1000, 1);
     const Packer packer(mPackLevel);
-    const QVector<int> ids = mTable.WrittenIds();
+    // Level 0 promises a certain form, so blocks are packed again for it.
+    const bool copiesPacked =
+        mPacked && compress == mPacked->isPacked() && (!compress || mPackLevel > 0);
+    const QVector<int> ids = mTable.StoredIds();
     for (int i = 0; i < ids.size(); ++i) {
-        QByteArray bytes;
-        if (!ReadDataBlock(ids[i], bytes))
-            return false;
-        out << qint32(ids[i]) << (compress ? packer.Pack(bytes) : bytes);
+        out << qint32(ids[i]);
+        const BlockSlot &slot = *mTable.Find(ids[i]);
+        if (slot.isPacked() && copiesPacked) {
+            if (!mPacked->copyTo(slot.packed(), out))
+                return false;
+        } else {
+            QByteArray bytes;
+            if (!ReadDataBlock(ids[i], bytes))
+                return false;
+            out << (compress ? packer.Pack(bytes) : bytes);
+        }
         if (out.status() != QDataStream::Ok)
             return false;
         if (report && i % reportStep == 0 && !report(percentOf(i, count), nullptr))
@@ -120,10 +136,95 @@ bool DataManager::RestoreProjectData(QDataStream &in, bool compressed, ProgressC
     return mFile.flush();
 }
 
+void DataManager::SetKeepsPacked(bool keepsPacked)
+{
+    const QMutexLocker lock(&mLock);
+    mKeepsPacked = keepsPacked;
+}
+
+// A block's head is read, and the rest of it is passed over.
+bool DataManager::RestorePackedData(QDataStream &in, int handle, bool compressed,
+                                    ProgressCallback report)
+{
+    const QMutexLocker lock(&mLock);
+    require(mFile.isOpen(), "File stream not open");
+    require(mPackedCount == 0, "packed blocks");
+    EmptyCache();
+    mPacked = PackedFile::share(handle, compressed);
+    if (!mPacked)
+        return false;
+    ReadAhead blocks(in);
+    const auto nextId = blocks.number<qint32>();
+    const int count = blocks.count(kMinBlockBytes);
+    if (!blocks.ok() || nextId < 0)
+        return false;
+    mNextId = std::max(mNextId, nextId);
+    const qint64 end = in.device()->size();
+    const int reportStep = std::max(count / 1000, 1);
+    for (int i = 0; i < count; ++i) {
+        const auto id = blocks.number<qint32>();
+        const auto stored = blocks.number<qint32>();
+        const int bytes = std::max(stored, 0); // -1 is a null array
+        const int headBytes = compressed ? std::min(bytes, PackedFile::kHeadBytes) : 0;
+        const qint64 position = end - blocks.left();
+        const char *head = blocks.take(headBytes);
+        int size = bytes;
+        if (compressed)
+            size =
+                headBytes == PackedFile::kHeadBytes && head ? PackedFile::sizeOf(head, bytes) : 0;
+        if (stored < -1 || !isUsableId(id) || !blocks.skip(bytes - headBytes) || !blocks.ok())
+            return false;
+        FreeDataBlock(id);
+        BlockSlot &slot = mTable.FindOrMake(id);
+        slot.home = BlockSlot::homeOfPacked(mPacked->add(position, bytes));
+        slot.size = size;
+        ++mPackedCount;
+        mNextId = std::max(mNextId, id + 1);
+        if (report && i % reportStep == 0 && !report(percentOf(i, count), nullptr))
+            return false;
+    }
+    return true;
+}
+
+bool DataManager::ReleaseFile(const QString &path)
+{
+    const QMutexLocker lock(&mLock);
+    if (!mPacked || !mPacked->isAt(path))
+        return true;
+    return UnpackAll();
+}
+
+bool DataManager::UnpackAll()
+{
+    const QVector<int> ids = mTable.StoredIds();
+    for (const int id : ids) {
+        BlockSlot &slot = *mTable.Find(id);
+        if (!slot.isPacked())
+            continue;
+        QByteArray bytes = slot.bytes;
+        if (!slot.cached) {
+            bytes = QByteArray(slot.size, Qt::Uninitialized);
+            if (!ReadHome(slot, bytes.data()))
+                return false;
+        }
+        if (!WriteDataBlock(id, bytes, WriteMode::Combined))
+            return false;
+        slot.dirty = false;
+    }
+    mPacked.reset();
+    return true;
+}
+
+bool DataManager::IsIntact() const
+{
+    const QMutexLocker lock(&mLock);
+    return !mPacked || mPacked->isIntact();
+}
+
 // A later block with the same id replaces the earlier one. mNextId stays above every id in use.
 bool DataManager::RestoreBlock(int id, const QByteArray &bytes)
 {
-    if (id < 0 || id == std::numeric_limits<int>::max())
+    if (!isUsableId(id))
         return false;
     FreeDataBlock(id);
     if (!AppendDataBlock(id, bytes, WriteMode::Combined))
@@ -136,7 +237,7 @@ void DataManager::DeleteBlocksBut(QVector<int> kept)
 {
     const QMutexLocker lock(&mLock);
     std::sort(kept.begin(), kept.end());
-    const QVector<int> ids = mTable.WrittenIds();
+    const QVector<int> ids = mTable.StoredIds();
     for (int id : ids)
         if (!std::binary_search(kept.cbegin(), kept.cend(), id))
             DeleteDataBlock(id);

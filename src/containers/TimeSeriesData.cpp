@@ -15,8 +15,10 @@ public:
     explicit Content(const QVector<Entry> &entries) : mEntries(entries), mIsDecoded(true) {}
 
     /// A series of numbers that cannot be read becomes empty; one of strings raises.
-    void restore(bool isRead, const QByteArray &image)
+    void restore(BlockRead result, const QByteArray &image)
     {
+        const bool isRead = result == BlockRead::Done;
+        require(result != BlockRead::Failed, "Invalid block id");
         mIsDecoded = !kSearchesImage;
         if constexpr (!kSearchesImage)
             require(isRead && SeriesImage<T>::decode(image, mEntries), "Invalid block id");

@@ -5,6 +5,7 @@
 /// change.
 #pragma once
 #include <QBitArray>
+#include "Common/DataManager.h"
 #include "Common/detail/failure.h"
 #include "containers/sliceImage.h"
 #include "datainterface/TimeContainers.h"
@@ -19,11 +20,13 @@ public:
 
     /// A slice of numbers that cannot be read becomes empty. One of strings raises, also when it is
     /// empty.
-    void restore(bool isRead, const QByteArray &image)
+    void restore(datainterface::BlockRead result, const QByteArray &image)
     {
+        using datainterface::BlockRead;
         mHasValues = mHasMissing = false;
-        const bool isWhole = isRead && mImage.assign(image);
-        datainterface::require(datainterface::isRaw<T> || isWhole, "Invalid block id");
+        const bool isWhole = result == BlockRead::Done && mImage.assign(image);
+        const bool isAllowed = datainterface::isRaw<T> && result != BlockRead::Failed;
+        datainterface::require(isAllowed || isWhole, "Invalid block id");
         datainterface::require(datainterface::isRaw<T> || count() > 0, "size");
     }
     QByteArray encode()

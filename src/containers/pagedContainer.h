@@ -55,10 +55,13 @@ template <class Container> void PagedContainer<Container>::WriteLater() const
 
 template <class Container> void PagedContainer<Container>::PageIn() const
 {
+    using datainterface::BlockRead;
     QByteArray image;
-    const bool isRead = ReadDataBlock(mBlockId, image);
+    auto result = BlockRead::Done;
+    if (!ReadDataBlock(mBlockId, image))
+        result = blockStore().Holds(mBlockId) ? BlockRead::Failed : BlockRead::Unknown;
     auto content = std::make_unique<typename Container::Content>();
-    content->restore(isRead, image);
+    content->restore(result, image);
     self().mContent = std::move(content);
     mDirty = false;
 }

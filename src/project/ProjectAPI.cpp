@@ -26,6 +26,7 @@
 #include "frame/frameState.h"
 #include "frame/loadContext.h"
 #include "frame/versionText.h"
+#include "project/projectBlocks.h"
 #include "project/scratchDirectory.h"
 
 using namespace datainterface;
@@ -195,7 +196,7 @@ bool readBlocks(QDataStream &in, const LoadContext &context)
 {
     if (!context.since(fileVersions::kHasBlocks))
         return true;
-    if (!RestoreProjectData(in, context.since(fileVersions::kPacksBlocks)))
+    if (!restoreBlocksOfFile(in, context.since(fileVersions::kPacksBlocks)))
         return false;
     if (context.since(fileVersions::kListsAreComparable))
         return true;
@@ -237,10 +238,13 @@ bool VORN_SaveProject(const QString &fileName)
 {
     if (!isConsistent(controller()->GetGeoData()))
         return false;
-    QFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
     try {
+        // Blocks that are still packed in this file would be lost when it is truncated.
+        if (!blockStore().ReleaseFile(fileName))
+            return false;
+        QFile file(fileName);
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            return false;
         DeviceStream out(&file);
         return writeProject(out) && file.flush();
     } catch (...) {

@@ -1,10 +1,24 @@
 // SPDX-License-Identifier: MIT
-// Saves and restores the blocks of a project file, with reports to the progress bar if one is
-// shown.
+#include "project/projectBlocks.h"
+#include <QFileDevice>
 #include "Common/DataManager.h"
 #include "Common/detail/pendingWrite.h"
 #include "datainterface/DataBlocks.h"
+#include "datainterface/ProjectAPI.h"
 #include "frame/progressSection.h"
+
+namespace datainterface {
+
+bool restoreBlocksOfFile(QDataStream &in, bool compressed)
+{
+    const auto *file = qobject_cast<const QFileDevice *>(in.device());
+    if (!blockStore().KeepsPacked() || !file || file->isSequential() || file->handle() < 0)
+        return RestoreProjectData(in, compressed);
+    PendingWrite::writeBack();
+    return blockStore().RestorePackedData(in, file->handle(), compressed, progressCallback());
+}
+
+} // namespace datainterface
 
 using namespace datainterface;
 
@@ -18,4 +32,14 @@ bool RestoreProjectData(QDataStream &in, bool compressed)
 {
     PendingWrite::writeBack();
     return blockStore().RestoreProjectData(in, compressed, progressCallback());
+}
+
+void VORN_SetProjectLoading(bool keepPacked)
+{
+    blockStore().SetKeepsPacked(keepPacked);
+}
+
+bool VORN_IsProjectFileIntact()
+{
+    return blockStore().IsIntact();
 }

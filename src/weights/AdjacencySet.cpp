@@ -266,9 +266,8 @@ bool AdjacencySet::GetSpatialWeights(const WeightsAtT &handle, unsigned int id,
 bool AdjacencySet::readList(const NeighborLists &lists, unsigned int id,
                             QVector<neighborDatum> &list, const VORN_MissingData &missing) const
 {
-    if (id >= lists.size())
+    if (id >= lists.size() || !lists[id].read(list))
         return false;
-    lists[id].read(list);
     if (dropMissing(list, missing) && !IsCustom())
         weightRule().apply(list.data(), list.size());
     return true;

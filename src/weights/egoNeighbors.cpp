@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "weights/egoNeighbors.h"
+#include "Common/DataManager.h"
+#include "Common/detail/failure.h"
 #include "containers/imageCursor.h"
 #include "datainterface/DataBlocks.h"
 
@@ -58,20 +60,26 @@ void egoNeighbors::freeBlock()
 egoNeighbors egoNeighbors::copy() const
 {
     QByteArray bytes;
-    return mBlockId >= 0 && ReadDataBlock(mBlockId, bytes) ? egoNeighbors(SaveDataBlock(bytes))
-                                                           : egoNeighbors();
+    if (mBlockId >= 0 && ReadDataBlock(mBlockId, bytes))
+        return egoNeighbors(SaveDataBlock(bytes));
+    require(mBlockId < 0 || !blockStore().Holds(mBlockId), "Invalid block id");
+    return egoNeighbors();
 }
 
-void egoNeighbors::read(QVector<neighborDatum> &list) const
+bool egoNeighbors::read(QVector<neighborDatum> &list) const
 {
     QByteArray bytes;
     list.clear();
-    if (mBlockId < 0 || !ReadDataBlock(mBlockId, bytes) || bytes.size() < kCountBytes)
-        return;
+    if (mBlockId < 0)
+        return true;
+    if (!ReadDataBlock(mBlockId, bytes))
+        return !blockStore().Holds(mBlockId);
+    if (bytes.size() < kCountBytes)
+        return true;
     const char *from = bytes.constData();
     const auto count = qFromBigEndian<qint32>(from);
     if (count < 0 || bytes.size() != kCountBytes + kDatumBytes * qint64(count))
-        return;
+        return true;
     list.resize(count);
     from += kCountBytes;
     for (neighborDatum &datum : list) {
@@ -81,6 +89,7 @@ void egoNeighbors::read(QVector<neighborDatum> &list) const
         datum.distance = floatFrom(from + 20);
         from += kDatumBytes;
     }
+    return true;
 }
 
 int egoNeighbors::storedBytes() const

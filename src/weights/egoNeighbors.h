@@ -20,10 +20,11 @@ public:
     egoNeighbors &operator=(egoNeighbors &&other) noexcept;
     ~egoNeighbors() { freeBlock(); }
 
-    /// Copies the list into a new block.
+    /// Copies the list into a new block. Raises "Invalid block id" if it cannot be read.
     egoNeighbors copy() const;
-    /// Replaces `list`; it is empty if the block cannot be read or does not hold a list.
-    void read(QVector<neighborDatum> &list) const;
+    /// Replaces `list`; it is empty if the block is unknown or does not hold a list. @return false
+    /// if the block cannot be read.
+    bool read(QVector<neighborDatum> &list) const;
     /// The length of the block; 0 when it cannot be read.
     int storedBytes() const;
     int blockId() const { return mBlockId; } ///< -1: no block

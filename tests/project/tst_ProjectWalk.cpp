@@ -236,6 +236,17 @@ private:
     const QVector<Attribute> mAttributes = attributes();
 };
 
+/// Without the times at which datasets were made.
+QStringList undated(QStringList contents)
+{
+    contents.erase(std::remove_if(contents.begin(), contents.end(),
+                                  [](const QString &line) {
+                                      return line.startsWith(QLatin1String("Creation date"));
+                                  }),
+                   contents.end());
+    return contents;
+}
+
 } // namespace
 
 class TestProjectWalk : public QObject {
@@ -243,6 +254,8 @@ class TestProjectWalk : public QObject {
 private Q_SLOTS:
     void whatIsSavedCanBeLoaded_data();
     void whatIsSavedCanBeLoaded();
+    void packedLoadingChangesNothing_data() { whatIsSavedCanBeLoaded_data(); }
+    void packedLoadingChangesNothing();
     void attributesAreKeptOrRefused();
     void objectsInUseAreNotRemovedByHalves();
     void whatStaysBehindOwnsNothing();
@@ -282,6 +295,44 @@ void TestProjectWalk::whatIsSavedCanBeLoaded()
         QCOMPARE(contents(model), before);
         QVERIFY(VORN_SaveProject(second));
         QVERIFY2(fileBytes(first) == fileBytes(second), QByteArray::number(round));
+    }
+}
+
+// The same walk is made over a project that is loaded whole and over one that stays packed. Every
+// other round is saved over the file in which the blocks are packed.
+void TestProjectWalk::packedLoadingChangesNothing()
+{
+    QFETCH(quint32, seed);
+    TestModel model(2000);
+    Walk builder(model, seed);
+    const QString path = model.path(QStringLiteral("project"));
+    const QString saved = model.path(QStringLiteral("saved"));
+    for (int round = 0; round < 6; ++round) {
+        for (int step = 0; step < 24; ++step)
+            builder.step();
+        QVERIFY2(VORN_SaveProject(saved), QByteArray::number(round));
+        QVector<QStringList> found;
+        QVector<QStringList> reloaded;
+        for (const bool keepPacked : {false, true}) {
+            QFile::remove(path);
+            QVERIFY(QFile::copy(saved, path));
+            VORN_UnloadProject();
+            VORN_SetProjectLoading(keepPacked);
+            const bool isLoaded = VORN_LoadProject(path);
+            VORN_SetProjectLoading(false);
+            QVERIFY(isLoaded);
+            Walk walk(model, seed + 100);
+            for (int step = 0; step < 6; ++step)
+                walk.step();
+            const QString target = round % 2 == 0 ? path : model.path(QStringLiteral("other"));
+            QVERIFY2(VORN_SaveProject(target), QByteArray::number(round));
+            found.append(undated(contents(model)));
+            QVERIFY(VORN_IsProjectFileIntact());
+            QVERIFY(VORN_LoadProject(target));
+            reloaded.append(undated(contents(model)));
+        }
+        QCOMPARE(found[1], found[0]);
+        QCOMPARE(reloaded, QVector<QStringList>(2, found[0]));
     }
 }
 

@@ -50,6 +50,24 @@ public:
         return from ? qFromBigEndian<T>(from) : T(0);
     }
 
+    /// Passes over `bytes` bytes without reading those that the buffer does not hold. False, with
+    /// the status set, when there are fewer.
+    bool skip(qint64 bytes)
+    {
+        if (bytes <= mSize - mAt) {
+            mAt += static_cast<int>(bytes);
+            return true;
+        }
+        const qint64 beyond = bytes - (mSize - mAt);
+        if (!ok() || mIsSequential || beyond > mUnread
+            || !mIn.device()->seek(mIn.device()->pos() + beyond))
+            return fail();
+        mUnread -= beyond;
+        mAt = mSize = 0;
+        mAhead = kLeastAheadBytes;
+        return true;
+    }
+
     /// A count of elements, checked against the bytes left as in readCount.
     int count(qint64 minElementBytes)
     {
@@ -61,7 +79,8 @@ public:
     }
 
 private:
-    static constexpr int kAheadBytes = 1 << 16;
+    static constexpr int kMostAheadBytes = 1 << 16;
+    static constexpr int kLeastAheadBytes = 1 << 12;
     static constexpr int kMostBytes = std::numeric_limits<int>::max() / 2;
     static constexpr int kMostSequentialBytes = 1 << 24;
 
@@ -73,7 +92,8 @@ private:
         if (!ok() || bytes > left() || bytes > most)
             return fail();
         const int held = mSize - mAt;
-        const qint64 ahead = mIsSequential ? 0 : std::min<qint64>(kAheadBytes, mUnread);
+        const qint64 ahead = mIsSequential ? 0 : std::min<qint64>(mAhead, mUnread);
+        mAhead = std::min(2 * mAhead, kMostAheadBytes);
         const int wanted = static_cast<int>(std::max(bytes - held, ahead));
         if (mWindow.size() < held + wanted)
             mWindow.resize(held + wanted);
@@ -93,10 +113,11 @@ private:
 
     QDataStream &mIn;
     const bool mIsSequential;
-    qint64 mUnread;     ///< bytes left in the device
-    QByteArray mWindow; ///< the buffer
-    int mAt = 0;        ///< of the next byte to take
-    int mSize = 0;      ///< end of the bytes read
+    qint64 mUnread;               ///< bytes left in the device
+    int mAhead = kMostAheadBytes; ///< bytes to read at a time, few where most are passed over
+    QByteArray mWindow;           ///< the buffer
+    int mAt = 0;                  ///< of the next byte to take
+    int mSize = 0;                ///< end of the bytes read
 };
 
 } // namespace datainterface

@@ -23,6 +23,7 @@ constexpr quint32 kFirstQt4CoreType = 128;
 constexpr qint64 kMaxZlibRatio = 1032;
 // QByteArray's header counts against its limit of int bytes.
 constexpr qint64 kMaxArrayBytes = std::numeric_limits<int>::max() - 64;
+constexpr int kPackedHeadBytes = 4; // the length before qCompress's zlib stream
 constexpr qint64 kUncheckedBytes = 64 * 1024;
 constexpr int kSequentialStep = 16 * 1024 * 1024;
 
@@ -315,32 +316,44 @@ bool readBytes(QDataStream &in, QByteArray &bytes)
     return true;
 }
 
-bool inflateBytes(const QByteArray &packed, QByteArray &bytes, qint64 limit)
+bool isPossibleSize(qint64 size, qint64 packedBytes)
 {
-    bytes.clear();
-    if (packed.isEmpty() || packed == QByteArray(4, '\0'))
-        return true; // an empty array is packed as its length alone
-    if (packed.size() < 4)
-        return false;
-    const qint64 length = qFromBigEndian<quint32>(packed.constData());
-    const qint64 body = packed.size() - 4;
-    if (length > limit || length > kMaxArrayBytes || length > body * kMaxZlibRatio + 64)
-        return false;
+    return size <= kMaxArrayBytes && size <= packedBytes * kMaxZlibRatio + 64;
+}
+
+bool inflateInto(const QByteArray &packed, char *to, int size)
+{
+    if (packed.size() == kPackedHeadBytes || packed.isEmpty())
+        return size == 0; // an empty array is packed as its length alone
     static thread_local const std::unique_ptr<libdeflate_decompressor,
                                               decltype(&libdeflate_free_decompressor)>
         decompressor(libdeflate_alloc_decompressor(), &libdeflate_free_decompressor);
-    if (!decompressor)
+    if (!decompressor || packed.size() < kPackedHeadBytes
+        || qFromBigEndian<quint32>(packed.constData()) != static_cast<quint32>(size))
+        return false;
+    size_t written = 0;
+    const auto result =
+        libdeflate_zlib_decompress(decompressor.get(), packed.constData() + kPackedHeadBytes,
+                                   static_cast<size_t>(packed.size() - kPackedHeadBytes), to,
+                                   static_cast<size_t>(size), &written);
+    return result == LIBDEFLATE_SUCCESS && written == static_cast<size_t>(size);
+}
+
+bool inflateBytes(const QByteArray &packed, QByteArray &bytes, qint64 limit)
+{
+    bytes.clear();
+    if (packed.isEmpty() || packed == QByteArray(kPackedHeadBytes, '\0'))
+        return true;
+    if (packed.size() < kPackedHeadBytes)
+        return false;
+    const qint64 length = qFromBigEndian<quint32>(packed.constData());
+    if (length > limit || !isPossibleSize(length, packed.size() - kPackedHeadBytes))
         return false;
     bytes.resize(static_cast<int>(length));
-    size_t written = 0;
-    const auto result = libdeflate_zlib_decompress(decompressor.get(), packed.constData() + 4,
-                                                   static_cast<size_t>(body), bytes.data(),
-                                                   static_cast<size_t>(length), &written);
-    if (result != LIBDEFLATE_SUCCESS || written != static_cast<size_t>(length)) {
-        bytes.clear();
-        return false;
-    }
-    return true;
+    if (inflateInto(packed, bytes.data(), bytes.size()))
+        return true;
+    bytes.clear();
+    return false;
 }
 
 bool isStorable(const QVariant &value)

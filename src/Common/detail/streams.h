@@ -67,6 +67,12 @@ bool readBytes(QDataStream &in, QByteArray &bytes);
 bool inflateBytes(const QByteArray &packed, QByteArray &bytes,
                   qint64 limit = std::numeric_limits<int>::max());
 
+/// Whether a zlib stream of that many bytes can expand to `size` bytes, and an array can hold them.
+bool isPossibleSize(qint64 size, qint64 packedBytes);
+/// Unpacks qCompress's form into `size` bytes at `to`, whose contents are undefined after a failure.
+/// @return false when the data are corrupt or their contents have another size.
+bool inflateInto(const QByteArray &packed, char *to, int size);
+
 /// Whether a value can be written to a stream; MMetaData::setTag lists the types. Nesting is
 /// limited to 32 levels and other types are refused, because a foreign file must not overflow the
 /// stack or construct arbitrary types.
