@@ -8,6 +8,7 @@
 #include "cli/terminalProgress.h"
 #include "cli/usage.h"
 #include "core/project/failure.h"
+#include "datainterface/ProjectAPI.h"
 #include "datainterface/VersionAPI.h"
 #include "datainterface/vorn_error.h"
 
@@ -41,6 +42,17 @@ ExitCode codeOf(FailureKind kind)
     }
 }
 
+/// Says so if a value could not be read from the project, since results then may lack it.
+bool saysUnreadable(const Console &console)
+{
+    const QString file = VORN_GetUnreadableProjectFile();
+    if (!file.isEmpty())
+        console.error(QStringLiteral("%1: values could not be read: the file is damaged, or it was "
+                                     "changed meanwhile")
+                          .arg(file));
+    return !file.isEmpty();
+}
+
 /// Runs `work`. All failures are converted to messages and exit codes here.
 /// @param scratchTrouble  why the scratch directory failed, if it did: then the cause of whatever
 ///                        the failure says.
@@ -54,13 +66,15 @@ int runGuarded(const Console &console, const QString &scratchTrouble, Work work)
     FailureKind kind = FailureKind::Refused;
     try {
         work();
-        return Done;
+        return saysUnreadable(console) ? Failed : Done;
     } catch (const Failure &failure) {
         isInternal = false;
         text = failure.text();
         setting = failure.setting();
         kind = failure.kind();
     } catch (const vorn_error &error) {
+        if (saysUnreadable(console))
+            return Failed;
         text = QStringLiteral("internal error: ") + QString::fromUtf8(error.what());
         stack = QString::fromStdString(error.stack);
     } catch (const std::bad_alloc &) {

@@ -37,9 +37,10 @@ DATAINTERFACE_EXPORT bool VORN_LoadProject(const QString &fileName);
 /// loaded whole. The setting applies to later loads.
 DATAINTERFACE_EXPORT void VORN_SetProjectLoading(bool keepPacked);
 
-/// False when a block of the loaded project could not be read from the file in which it was left
-/// packed. Results since the load may then lack values.
-DATAINTERFACE_EXPORT bool VORN_IsProjectFileIntact();
+/// The name of the project file of which a block could not be read since it was loaded; empty when
+/// all could. Results since then may lack values. Kept until the next load or unload, also when the
+/// store is closed.
+DATAINTERFACE_EXPORT QString VORN_GetUnreadableProjectFile();
 
 /// Empties the block store, calls ControllerBase::RemoveGeography for each geography in order of id
 /// (the override deletes them) and deletes the nonconditional variogram models. Raises "opened"

@@ -57,6 +57,7 @@ void DataManager::Reset()
 {
     const QMutexLocker lock(&mLock);
     Clear();
+    mUnreadable.clear();
     require(mFile.open(mDirectory), "opened");
     mNextId = 0;
 }
@@ -68,6 +69,7 @@ void DataManager::Clear()
     mTable.Clear();
     mExtents.Clear();
     mFile.close();
+    mUnreadable = UnreadableFile();
     mPacked.reset();
     mPackedCount = 0;
 }

@@ -95,12 +95,13 @@ public:
     bool KeepsPacked() const { return mKeepsPacked; }
     /// Reads what RestoreProjectData reads, but leaves the contents in the file of `handle`, over
     /// which `in` is a stream.
-    bool RestorePackedData(QDataStream &in, int handle, bool compressed, ProgressCallback report);
+    bool RestorePackedData(QDataStream &in, int handle, const QString &fileName, bool compressed,
+                           ProgressCallback report);
     /// Unpacks all blocks that are still in the file `path`, which can be overwritten then. False,
     /// with no block lost, when one of them cannot be unpacked or written.
     bool ReleaseFile(const QString &path);
-    /// False after a block of the present project could not be read from its file.
-    bool IsIntact() const;
+    /// See VORN_GetUnreadableProjectFile.
+    QString UnreadableFile() const;
 
     /// Deletes the stored blocks whose ids are not among `kept`.
     void DeleteBlocksBut(QVector<int> kept);
@@ -136,6 +137,8 @@ private:
     int mPackLevel = 0;
     bool mKeepsPacked = false;
     int mPackedCount = 0; ///< of blocks whose home is mPacked
+    QString mPackedName;  ///< of the file of mPacked
+    QString mUnreadable;  ///< the same, if a block of a file that is closed could not be read
     QString mDirectory;
     datainterface::ScratchFile mFile;
     std::unique_ptr<datainterface::PackedFile> mPacked; ///< null when no block is loaded on demand

@@ -143,8 +143,8 @@ void DataManager::SetKeepsPacked(bool keepsPacked)
 }
 
 // A block's head is read, and the rest of it is passed over.
-bool DataManager::RestorePackedData(QDataStream &in, int handle, bool compressed,
-                                    ProgressCallback report)
+bool DataManager::RestorePackedData(QDataStream &in, int handle, const QString &fileName,
+                                    bool compressed, ProgressCallback report)
 {
     const QMutexLocker lock(&mLock);
     require(mFile.isOpen(), "File stream not open");
@@ -153,6 +153,7 @@ bool DataManager::RestorePackedData(QDataStream &in, int handle, bool compressed
     mPacked = PackedFile::share(handle, compressed);
     if (!mPacked)
         return false;
+    mPackedName = fileName;
     ReadAhead blocks(in);
     const auto nextId = blocks.number<qint32>();
     const int count = blocks.count(kMinBlockBytes);
@@ -215,10 +216,10 @@ bool DataManager::UnpackAll()
     return true;
 }
 
-bool DataManager::IsIntact() const
+QString DataManager::UnreadableFile() const
 {
     const QMutexLocker lock(&mLock);
-    return !mPacked || mPacked->isIntact();
+    return mPacked && !mPacked->isIntact() ? mPackedName : mUnreadable;
 }
 
 // A later block with the same id replaces the earlier one. mNextId stays above every id in use.

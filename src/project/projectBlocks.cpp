@@ -15,7 +15,8 @@ bool restoreBlocksOfFile(QDataStream &in, bool compressed)
     if (!blockStore().KeepsPacked() || !file || file->isSequential() || file->handle() < 0)
         return RestoreProjectData(in, compressed);
     PendingWrite::writeBack();
-    return blockStore().RestorePackedData(in, file->handle(), compressed, progressCallback());
+    return blockStore().RestorePackedData(in, file->handle(), file->fileName(), compressed,
+                                          progressCallback());
 }
 
 } // namespace datainterface
@@ -39,7 +40,7 @@ void VORN_SetProjectLoading(bool keepPacked)
     blockStore().SetKeepsPacked(keepPacked);
 }
 
-bool VORN_IsProjectFileIntact()
+QString VORN_GetUnreadableProjectFile()
 {
-    return blockStore().IsIntact();
+    return blockStore().UnreadableFile();
 }

@@ -86,6 +86,28 @@ private Q_SLOTS:
         QVERIFY(place.run(nowhere).at("times/0/mean").isNull());
     }
 
+    // Verbs that only look leave values packed, so damage shows in the verb that needs the value. The
+    // last block is followed by eight bytes for the models of variograms.
+    void damageShowsWhereItIsRead()
+    {
+        const Workplace place;
+        makeProject(place);
+        const QByteArray whole = place.bytes("p.vorn");
+        const QStringList names = datasetNames(place, "p.vorn");
+        QByteArray damaged = whole;
+        damaged[whole.size() - 9] = static_cast<char>(~damaged[whole.size() - 9]);
+        place.file("p.vorn", damaged);
+        QCOMPARE(place.run({"info", "p.vorn"}).code, 0);
+        int failed = 0;
+        for (const QString &name : names) {
+            const Outcome outcome = place.run({"stats", "p.vorn", name});
+            QVERIFY2(outcome.code == 0 || outcome.err.contains("p.vorn: values could not be read"),
+                     qPrintable(name + ": " + outcome.err));
+            failed += outcome.code == 1;
+        }
+        QCOMPARE(failed, 1);
+    }
+
     void classesCountEveryValueOnce()
     {
         const Workplace place;

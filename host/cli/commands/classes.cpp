@@ -45,7 +45,7 @@ QVector<int> countsOfAll(const QVector<double> &breaks, int dataset)
 void run(const Options &options, const Context &context)
 {
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
     if (!datasetOf(dataset)->IsNumeric())
         fail(QStringLiteral("%1 holds texts; classes are of numbers").arg(datasetName(dataset)));

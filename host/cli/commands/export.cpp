@@ -93,7 +93,7 @@ void runGrid(const Options &options, const Context &context)
     requireWritable(options.output, context.overwrite);
     refuseInput(options.output, {options.project});
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const QVector<int> ids = chooseDatasets(options);
     if (ids.size() != 1)
         failUsage(QStringLiteral("a GeoTIFF holds one dataset; --datasets names it"));
@@ -115,7 +115,7 @@ void run(const Options &options, const Context &context)
     requireWritable(options.output, context.overwrite);
     refuseInput(options.output, {options.project});
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const QVector<int> ids = chooseDatasets(options);
     const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
     auto times = timesOf(ids);

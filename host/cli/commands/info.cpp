@@ -34,6 +34,19 @@ QString timeText(const QJsonObject &object)
                          + time.value(QStringLiteral("end")).toString());
 }
 
+/// "-" for what was not counted.
+QString uniqueText(const QJsonValue &count)
+{
+    return count.isNull() ? QStringLiteral("-") : QString::number(count.toInt());
+}
+
+QString missingText(const QJsonValue &missing)
+{
+    if (missing.isNull())
+        return QStringLiteral("-");
+    return missing.toBool() ? QStringLiteral("some") : QStringLiteral("none");
+}
+
 QStringList texts(const QJsonObject &object, const char *key)
 {
     return object.value(QLatin1String(key)).toVariant().toStringList();
@@ -81,9 +94,8 @@ void print(const QJsonObject &geography, const Console &console)
                                dataset.value(QStringLiteral("bits")).toInt())
                                                                     : QString()),
              QString::number(dataset.value(QStringLiteral("times")).toInt()), timeText(dataset),
-             QString::number(dataset.value(QStringLiteral("uniqueValues")).toInt()),
-             dataset.value(QStringLiteral("missing")).toBool() ? QStringLiteral("some")
-                                                               : QStringLiteral("none")});
+             uniqueText(dataset.value(QStringLiteral("uniqueValues"))),
+             missingText(dataset.value(QStringLiteral("missing")))});
     }
     table.print(console);
 }
@@ -91,7 +103,7 @@ void print(const QJsonObject &geography, const Console &console)
 void run(const Options &options, const Context &context)
 {
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const QJsonArray geographies = describeProject(options.at);
     if (context.console.json) {
         context.console.print(

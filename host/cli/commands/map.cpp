@@ -50,7 +50,7 @@ void run(Options options, const Context &context)
     requireWritable(options.output, context.overwrite);
     refuseInput(options.output, {options.project});
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
     const qint64 time = chooseTime(dataset, options.at);
     options.style.size = QSize(options.width, options.height);

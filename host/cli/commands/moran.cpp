@@ -146,7 +146,7 @@ void run(const Options &options, const Context &context)
     QJsonArray results;
     if (options.save.isEmpty()) {
         Session session(context.session, context.user);
-        session.load(options.target.project);
+        session.loadPacked(options.target.project);
         results = compute(options, options.plan);
     } else {
         editProject(options.target, context,

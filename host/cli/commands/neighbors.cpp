@@ -94,7 +94,7 @@ double distanceOf(const AdjacencySet &set, const neighborDatum &neighbor)
 void runNeighbors(const Options &options, const Context &context)
 {
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const int id = findWeightSet(options.set);
     const int geography = id >> 16;
     const AdjacencySet &set = weightSetOf(id);
@@ -138,7 +138,7 @@ void runNearest(const Options &options, const Context &context)
     if ((options.place.size() == 2) == !options.object.isEmpty())
         failUsage(QStringLiteral("a place is X Y or --object"));
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const int geography = findGeography(options.geography);
     const qint64 time = chooseTimeOf(geography, options.at);
     const int self = options.object.isEmpty() ? -1 : findObject(geography, options.object);

@@ -157,7 +157,7 @@ void run(const Options &options, const Context &context)
     if (places != 1)
         failUsage(QStringLiteral("one of --rect, --circle, --ellipse, --polygon and --in"));
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
     if (!rasterOf(dataset))
         fail(QStringLiteral("%1 is no grid").arg(datasetName(dataset)));

@@ -46,7 +46,7 @@ void run(Options options, const Context &context)
     options.plan.datasets = parted(options.datasets);
     options.plan.times = parted(options.times);
     Session session(context.session, context.user);
-    session.load(options.plan.project);
+    session.loadPacked(options.plan.project);
     ReportProject report = gatherReport(options.plan);
     addCommandLines(report, options.plan.project);
     const QByteArray page = reportPage(report);

@@ -21,7 +21,7 @@ struct Options {
 void run(const Options &options, const Context &context)
 {
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
     const int geography = VORN_GetGeographyId(dataset);
     const bool isGrid = rasterOf(dataset);

@@ -96,7 +96,7 @@ void printTexts(int dataset, const Console &console)
 void run(const Options &options, const Context &context)
 {
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
     if (!datasetOf(dataset)->IsNumeric()) {
         printTexts(dataset, context.console);
@@ -112,9 +112,7 @@ void run(const Options &options, const Context &context)
             rows.append({axis.show(interval), statisticsAt(dataset, instantOf(interval))});
         }
     }
-    Row all{QStringLiteral("overall"), statisticsOfAll(dataset)};
-    if (datasetOf(dataset)->IsStatic())
-        VORN_GetStddev(dataset, 0, 0, all.statistics.deviation);
+    const Row all{QStringLiteral("overall"), statisticsOfAll(dataset)};
     printNumbers(dataset, rows, all, context.console);
 }
 

@@ -74,7 +74,7 @@ void create(const Options &options, const Context &context)
 void list(const Options &options, const Context &context)
 {
     Session session(context.session, context.user);
-    session.load(options.target.project);
+    session.loadPacked(options.target.project);
     QJsonArray sets;
     TextTable table({{QStringLiteral("set"), TextTable::Left},
                      {QStringLiteral("geography"), TextTable::Left},
@@ -99,7 +99,7 @@ void list(const Options &options, const Context &context)
 void show(const Options &options, const Context &context)
 {
     Session session(context.session, context.user);
-    session.load(options.target.project);
+    session.loadPacked(options.target.project);
     const int set = findWeightSet(options.sets.first());
     QJsonObject result = describeWeightSet(set);
     result.insert(QStringLiteral("times"), describeLinks(set, options.at));

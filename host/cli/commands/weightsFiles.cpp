@@ -25,7 +25,7 @@ void writeSet(const Options &options, const Context &context)
     requireWritable(options.file, context.overwrite);
     refuseInput(options.file, {options.target.project});
     Session session(context.session, context.user);
-    session.load(options.target.project);
+    session.loadPacked(options.target.project);
     const int set = findWeightSet(options.set);
     const WrittenWeights written =
         exportWeights(set, options.file, options.how.key, options.how.at);

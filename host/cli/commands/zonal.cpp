@@ -94,7 +94,7 @@ void run(const Options &options, const Context &context)
         return;
     }
     Session session(context.session, context.user);
-    session.load(options.target.project);
+    session.loadPacked(options.target.project);
     work(session);
 }
 

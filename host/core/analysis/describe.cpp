@@ -2,6 +2,8 @@
 #include "core/analysis/describe.h"
 #include <QJsonObject>
 #include <algorithm>
+#include <numeric>
+#include <optional>
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/progress.h"
@@ -37,23 +39,60 @@ QString unitName(const QVariant &unit)
     }
 }
 
-/// Whether a dataset has missing values. A raster dataset has if it has fewer values than cells at
-/// any time.
-bool hasMissing(int id)
+constexpr int kFewCells = 1 << 22; // reading these takes no longer than starting the process
+
+/// Values in the frequency table of a dataset; nothing if adding them up takes long.
+std::optional<qint64> countedValues(int id)
+{
+    bool isCapped = false;
+    constexpr int kFewKeys = 1 << 16;
+    if (VORN_GetUniqueDataCount(id, isCapped) > kFewKeys || isCapped)
+        return std::nullopt;
+    const auto frequencies = datasetOf(id)->GetDataFrequencies();
+    return std::accumulate(frequencies.begin(), frequencies.end(), qint64(0));
+}
+
+bool lacksValues(int id, int objects)
 {
     if (!rasterOf(id))
         return datasetOf(id)->HasMissing(0);
-    const int cells = VORN_GetGeographyProperties(VORN_GetGeographyId(id)).objectCount;
     const QVector<Interval> times = dataTimes(id);
     return std::any_of(times.begin(), times.end(), [&](const Interval &when) {
-        return static_cast<int>(VORN_GetDataCount(id, instantOf(when))) < cells;
+        return static_cast<int>(VORN_GetDataCount(id, instantOf(when))) < objects;
     });
+}
+
+/// Whether a dataset has missing values, without reading values if that is possible: those of grids
+/// and slices are counted in the frequency table. Null for large grids without a table.
+QJsonValue missingValues(int id, int objects, const DatasetProps &props)
+{
+    const MRasterDataset *raster = rasterOf(id);
+    if (raster && raster->GetCellFlag().type == MissingFlag::None)
+        return false;
+    if (raster || (props.storageType == TimeSlice && props.realizationCount == 1)) {
+        const std::optional<qint64> counted = countedValues(id);
+        if (counted && *counted > 0)
+            return *counted < qint64(objects) * dataTimes(id).size() * props.realizationCount;
+        if (raster && objects > kFewCells)
+            return QJsonValue::Null;
+    }
+    return lacksValues(id, objects);
+}
+
+/// Null for a large grid that was not counted.
+QJsonValue uniqueValues(int id, int objects)
+{
+    bool isCapped = false;
+    const int count = VORN_GetUniqueDataCount(id, isCapped);
+    if (count == 0 && rasterOf(id) && objects > kFewCells && !dataTimes(id).isEmpty())
+        return QJsonValue::Null;
+    return count;
 }
 
 QJsonObject describeDataset(int id, const TimeAxis &axis)
 {
     const DatasetProps props = VORN_GetDatasetProperties(id);
-    bool complete = true;
+    const int objects = VORN_GetGeographyProperties(VORN_GetGeographyId(id)).objectCount;
     QJsonObject object{
         {QStringLiteral("name"), datasetName(id)},
         {QStringLiteral("type"), QLatin1String(typeName(static_cast<DataType>(props.dataType)))},
@@ -64,8 +103,8 @@ QJsonObject describeDataset(int id, const TimeAxis &axis)
         {QStringLiteral("static"), props.isStatic},
         {QStringLiteral("realizations"), props.realizationCount},
         {QStringLiteral("times"), props.isStatic ? 0 : dataTimes(id).size()},
-        {QStringLiteral("missing"), hasMissing(id)},
-        {QStringLiteral("uniqueValues"), VORN_GetUniqueDataCount(id, complete)},
+        {QStringLiteral("missing"), missingValues(id, objects, props)},
+        {QStringLiteral("uniqueValues"), uniqueValues(id, objects)},
         {QStringLiteral("key"), keyDataset(VORN_GetGeographyId(id)) == id}};
     if (props.bitDepth > 0)
         object.insert(QStringLiteral("bits"), props.bitDepth);

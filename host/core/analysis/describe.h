@@ -15,7 +15,8 @@ MERIDOR_EXPORT QJsonArray describeProject(const QString &at = QString());
 /// @param at  a time as text: the keys of the objects that exist then are added as "existing".
 ///            Empty: they are left out.
 MERIDOR_EXPORT QJsonObject describeGeography(int id, const QString &at = QString());
-/// Type, storage, times and number of distinct values.
+/// Type, storage, times and number of distinct values. What only a count of a large grid would tell
+/// is null ("missing", "uniqueValues").
 MERIDOR_EXPORT QJsonObject describeDataset(int id);
 
 /// Name, definition and the times whose lists are stored.

@@ -1,16 +1,30 @@
 // SPDX-License-Identifier: MIT
 #include "core/analysis/statistics.h"
 #include <limits>
+#include <memory>
 #include "core/project/catalog.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/HeldGrid.h"
 #include "datainterface/MRasterDataset.h"
 
 namespace meridor {
+namespace {
+
+/// Keeps the grid of a time in memory while it is read several times; nothing for vector datasets.
+std::unique_ptr<const HeldGrid> holdGrid(int dataset, qint64 time)
+{
+    const MRasterDataset *raster = rasterOf(dataset);
+    const MRasterObservation *grid = raster ? raster->GetConstRasterInfo(0, time) : nullptr;
+    return grid ? std::make_unique<const HeldGrid>(*grid) : nullptr;
+}
+
+} // namespace
 
 Statistics statisticsAt(int dataset, qint64 time)
 {
     Statistics result;
+    const auto hold = holdGrid(dataset, time);
     result.count = VORN_GetDataCount(dataset, time);
     if (result.count == 0)
         return result;
@@ -47,6 +61,14 @@ qint64 valueCount(int dataset)
 
 Statistics statisticsOfAll(int dataset)
 {
+    const bool isStatic = datasetOf(dataset)->IsStatic();
+    if (const QVector<Interval> times = dataTimes(dataset);
+        rasterOf(dataset) && times.size() == 1) {
+        Statistics result = statisticsAt(dataset, instantOf(times[0]));
+        if (!isStatic)
+            result.deviation = std::numeric_limits<double>::quiet_NaN();
+        return result;
+    }
     Statistics result;
     result.deviation = std::numeric_limits<double>::quiet_NaN();
     DataSetStats whole;
@@ -56,6 +78,8 @@ Statistics statisticsOfAll(int dataset)
     result.minimum = whole.minimum.toDouble();
     result.maximum = whole.maximum.toDouble();
     result.count = valueCount(dataset);
+    if (isStatic)
+        VORN_GetStddev(dataset, 0, 0, result.deviation);
     return result;
 }
 

@@ -11,14 +11,15 @@ namespace meridor {
 struct Statistics {
     qint64 count = 0;
     double mean = 0;
-    double deviation = 0; ///< population standard deviation; NaN over all times
+    double deviation =
+        0; ///< population standard deviation; NaN over all times of a changing dataset
     double minimum = 0;
     double maximum = 0;
 };
 
 /// Statistics of a numeric dataset at an instant; count is 0 if it has no values then.
 MERIDOR_EXPORT Statistics statisticsAt(int dataset, qint64 time);
-/// Statistics of a numeric dataset over all times.
+/// Statistics of a numeric dataset over all times, with the standard deviation if it is static.
 MERIDOR_EXPORT Statistics statisticsOfAll(int dataset);
 
 } // namespace meridor

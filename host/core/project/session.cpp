@@ -205,6 +205,15 @@ void Session::failLoad(const QString &path)
              .arg(path, version));
 }
 
+void Session::loadPacked(const QString &path)
+{
+    const struct Setting {
+        Setting() { VORN_SetProjectLoading(true); }
+        ~Setting() { VORN_SetProjectLoading(false); }
+    } isPacked;
+    load(path);
+}
+
 void Session::save(const QString &path)
 {
     reserve(path);

@@ -39,6 +39,9 @@ public:
     /// Raises a Failure with the reason if the file cannot be read or is no project that this
     /// version reads.
     void load(const QString &path);
+    /// The same for work that reads only some of the values: they stay packed in the file until they
+    /// are needed, so that a load takes hardly any time and memory.
+    void loadPacked(const QString &path);
     /// Replaces the file atomically, see replaceFile, and reserves it. Raises a Failure with the
     /// reason, also if `path` is the loaded project and its file has changed since it was loaded.
     void save(const QString &path);
