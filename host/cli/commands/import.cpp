@@ -4,7 +4,9 @@
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/commands.h"
+#include "core/formats/cubeReader.h"
 #include "core/formats/rasterReader.h"
+#include "core/import/cubeImporter.h"
 #include "core/import/rasterImporter.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -19,7 +21,7 @@ struct Options {
     ImportOptions import;
     QString project;
     bool append = false;
-    bool raster = false; ///< read the file as a grid even if it has layers
+    bool raster = false; ///< read the file as bands even if it has layers or is a cube
 };
 
 QJsonObject toJson(const ImportReport &report)
@@ -79,7 +81,7 @@ void print(const ImportReport &report, const Console &console)
 }
 
 /// Raises a Failure for options that do not apply to grids.
-void refuseMapOptions(const ImportOptions &import)
+void refuseMapOptions(const ImportOptions &import, bool isCube)
 {
     const QPair<const char *, bool> given[] = {
         {"--key", !import.key.isEmpty()},
@@ -91,8 +93,11 @@ void refuseMapOptions(const ImportOptions &import)
         {"--type", !import.types.isEmpty()},
         {"--missing", !import.missing.isEmpty()},
         {"--snap", import.snap > 0},
+        {"--start", !import.start.isEmpty() && isCube},
         {"--start without --times", !import.start.isEmpty() && !import.bandsAreTimes},
-        {"--fields with --times", !import.fields.isEmpty() && import.bandsAreTimes}};
+        {"--end without \"next\"",
+         isCube && !import.end.isEmpty() && import.end != QLatin1String("next")},
+        {"--fields with --times", !import.fields.isEmpty() && import.bandsAreTimes && !isCube}};
     for (const auto &[option, isGiven] : given)
         if (isGiven)
             failUsage(QStringLiteral("%1 does not apply to a grid").arg(QLatin1String(option)));
@@ -100,9 +105,12 @@ void refuseMapOptions(const ImportOptions &import)
 
 void run(const Options &options, const Context &context)
 {
-    const bool isRaster = options.raster || isRasterFile(options.import.map);
-    if (isRaster)
-        refuseMapOptions(options.import);
+    const bool isCube = !options.raster && isCubeFile(options.import.map);
+    const bool isRaster = !isCube && (options.raster || isRasterFile(options.import.map));
+    if (isCube || isRaster)
+        refuseMapOptions(options.import, isCube);
+    if (!isCube && (options.import.packed || !options.import.realizations.isEmpty()))
+        failUsage(QStringLiteral("--packed and --realizations apply to cubes, such as NetCDF"));
     const bool there = QFileInfo::exists(options.project);
     if (options.append && !there)
         fail(QStringLiteral("%1: no such file to append to").arg(options.project));
@@ -116,8 +124,9 @@ void run(const Options &options, const Context &context)
     ImportReport report;
     {
         const Progress progress("Import", "Importing...");
-        report = isRaster ? importRaster(options.import, context.console, progress)
-                          : importMap(options.import, context.console, progress);
+        report = isCube     ? importCube(options.import, context.console, progress)
+                 : isRaster ? importRaster(options.import, context.console, progress)
+                            : importMap(options.import, context.console, progress);
     }
     session.save(options.project);
     if (context.console.json)
@@ -189,7 +198,11 @@ void addRasters(const Command &command, Options &options)
     command.text("--no-data", options.import.noData,
                  "The cell of a raster that means no data, or \"none\", in place of the file's");
     command.flag("--raster", options.raster,
-                 "Read a file that holds a map and a raster as a raster");
+                 "Read a file that holds a map and a raster, or a cube, as bands of a raster");
+    command.text("--realizations", options.import.realizations,
+                 "The dimension of a cube whose places are realizations of a dataset");
+    command.flag("--packed", options.import.packed,
+                 "Keep the cells of a cube as they are stored, without scale and offset");
 }
 
 } // namespace

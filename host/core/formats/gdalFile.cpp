@@ -36,12 +36,13 @@ QString QuietGdal::complaint()
     return text.isEmpty() ? QString() : QString(QStringLiteral(": ") + text);
 }
 
-GdalFile openGdalFile(const QString &path, unsigned kinds, const char *const *options)
+GdalFile openGdalFile(const QString &path, unsigned kinds, const char *const *options,
+                      const char *const *drivers)
 {
     static const bool registered = (GDALAllRegister(), true);
     Q_UNUSED(registered);
     return GdalFile(
-        GDALOpenEx(path.toUtf8().constData(), kinds | GDAL_OF_READONLY, nullptr, options, nullptr));
+        GDALOpenEx(path.toUtf8().constData(), kinds | GDAL_OF_READONLY, drivers, options, nullptr));
 }
 
 void failUnread(const QString &path)

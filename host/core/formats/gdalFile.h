@@ -20,9 +20,11 @@ public:
 };
 
 /// Opens a file for reading.
-/// @param kinds  GDAL_OF_VECTOR, GDAL_OF_RASTER or both.
+/// @param kinds    GDAL_OF_VECTOR, GDAL_OF_RASTER, GDAL_OF_MULTIDIM_RASTER, or several of them.
+/// @param drivers  the only drivers that are tried; null: all.
 /// @return null if GDAL cannot read the file as one of these.
-GdalFile openGdalFile(const QString &path, unsigned kinds, const char *const *options = nullptr);
+GdalFile openGdalFile(const QString &path, unsigned kinds, const char *const *options = nullptr,
+                      const char *const *drivers = nullptr);
 /// Raises a Failure which says that the file does not exist, or that GDAL cannot read it.
 [[noreturn]] void failUnread(const QString &path);
 

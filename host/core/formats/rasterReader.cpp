@@ -6,7 +6,8 @@
 #include <cpl_string.h>
 #include <limits>
 #include <vector>
-#include "core/formats/cellTypes.h"
+#include "core/formats/cellText.h"
+#include "core/formats/gdalArray.h"
 #include "core/formats/gdalFile.h"
 #include "core/formats/values.h"
 #include "core/project/failure.h"
@@ -58,33 +59,14 @@ bool formOf(GDALRasterBandH handle, RasterBand &band)
     const auto structure = [handle](const char *key) {
         return QString::fromUtf8(GDALGetMetadataItem(handle, key, "IMAGE_STRUCTURE"));
     };
-    const GDALDataType type = GDALGetRasterDataType(handle);
-    band.bits = GDALGetDataTypeSizeBits(type);
-    switch (type) {
-    case GDT_Byte:
-        band.type = structure("PIXELTYPE") == QLatin1String("SIGNEDBYTE") ? RasterIntegerType
-                                                                          : RasterUnsignedType;
-        return true;
-    case GDT_UInt16:
-    case GDT_UInt32:
-    case GDT_UInt64:
-        band.type = RasterUnsignedType;
-        return true;
-    case GDT_Int16:
-    case GDT_Int32:
-    case GDT_Int64:
-        band.type = RasterIntegerType;
-        return true;
-    case GDT_Float32:
-        if (structure("NBITS") == QLatin1String("16"))
-            band.bits = 16;
-        [[fallthrough]];
-    case GDT_Float64:
-        band.type = RasterDecimalType;
-        return true;
-    default:
+    if (!cellFormOf(GDALGetRasterDataType(handle), band.type, band.bits))
         return false;
-    }
+    if (band.bits == 8 && structure("PIXELTYPE") == QLatin1String("SIGNEDBYTE"))
+        band.type = RasterIntegerType;
+    if (band.type == RasterDecimalType && band.bits == 32
+        && structure("NBITS") == QLatin1String("16"))
+        band.bits = 16;
+    return true;
 }
 
 QVector<unsigned> colorsOf(GDALRasterBandH handle)
@@ -120,34 +102,6 @@ QString noDataOf(GDALRasterBandH handle)
         const double value = GDALGetRasterNoDataValue(handle, &has);
         return has ? exactNumber(value) : QString();
     }
-    }
-}
-
-/// Converts a number to a cell; decimals are rounded to the precision of the cell. False if no cell
-/// can hold it.
-template <class T> bool toCell(const QString &text, T &cell)
-{
-    bool fits = false;
-    if constexpr (std::is_integral_v<T>) {
-        const double number = text.toDouble(&fits);
-        if (!fits || number != std::trunc(number))
-            return false;
-        if constexpr (sizeof(T) == 8) {
-            cell = std::is_signed_v<T> ? static_cast<T>(text.toLongLong(&fits))
-                                       : static_cast<T>(text.toULongLong(&fits));
-            return fits;
-        }
-        cell = static_cast<T>(static_cast<qint64>(qBound(-1e18, number, 1e18)));
-        return static_cast<double>(cell) == number;
-    } else {
-        const double number = text.toDouble(&fits);
-        if constexpr (std::is_same_v<T, double>)
-            cell = number;
-        else
-            cell = T(static_cast<float>(number));
-        return fits
-               && (std::isinf(number)
-                   || !std::isinf(static_cast<double>(static_cast<float>(cell))));
     }
 }
 

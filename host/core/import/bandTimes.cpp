@@ -54,9 +54,9 @@ TimeFormat formatOf(const QString &wanted, const QStringList &texts, const QStri
     return *found;
 }
 
-/// Ends each span at the start of the following one if `untilNext`; else before the following one
-/// if they share only one day or instant. Raises a Failure if they share more.
-void part(QVector<Interval> &spans, const TimeAxis &axis, bool untilNext, const QString &file)
+} // namespace
+
+void partSpans(QVector<Interval> &spans, const TimeAxis &axis, bool untilNext, const QString &what)
 {
     std::vector<int> order(static_cast<size_t>(spans.size()));
     std::iota(order.begin(), order.end(), 0);
@@ -69,15 +69,27 @@ void part(QVector<Interval> &spans, const TimeAxis &axis, bool untilNext, const 
             first.endTime = second.startTime;
             first.inclusiveEnd = false;
         } else if (!axis.giveWay(first, second)) {
-            fail(QStringLiteral("%1: bands %2 and %3 hold at one time")
-                     .arg(file)
+            fail(QStringLiteral("%1 %2 and %3 hold at one time")
+                     .arg(what)
                      .arg(order[i - 1] + 1)
                      .arg(order[i] + 1));
         }
     }
 }
 
-} // namespace
+Interval hullOf(const QVector<Interval> &spans)
+{
+    Interval hull = spans.first();
+    for (const Interval &span : spans) {
+        hull.startTime = qMin(hull.startTime, span.startTime);
+        if (span.endTime >= hull.endTime) {
+            hull.inclusiveEnd =
+                span.inclusiveEnd || (span.endTime == hull.endTime && hull.inclusiveEnd);
+            hull.endTime = span.endTime;
+        }
+    }
+    return hull;
+}
 
 BandTimes bandTimes(const RasterReader &reader, const ImportOptions &options)
 {
@@ -102,17 +114,8 @@ BandTimes bandTimes(const RasterReader &reader, const ImportOptions &options)
                           QLatin1String(timeFormatName(times.format))));
         times.of.append(*span);
     }
-    part(times.of, axis, untilNext, options.map);
-    times.hull = times.of.first();
-    for (const Interval &span : qAsConst(times.of)) {
-        times.hull.startTime = qMin(times.hull.startTime, span.startTime);
-        if (span.endTime >= times.hull.endTime) {
-            times.hull.inclusiveEnd =
-                span.inclusiveEnd
-                || (span.endTime == times.hull.endTime && times.hull.inclusiveEnd);
-            times.hull.endTime = span.endTime;
-        }
-    }
+    partSpans(times.of, axis, untilNext, options.map + QStringLiteral(": bands"));
+    times.hull = hullOf(times.of);
     return times;
 }
 

@@ -21,4 +21,11 @@ struct BandTimes {
 /// they share more, and for a text that is no time.
 MERIDOR_EXPORT BandTimes bandTimes(const RasterReader &reader, const ImportOptions &options);
 
+/// Ends each span at the start of the following one if `untilNext`; else before the following one
+/// if they share only one day or instant. Raises a Failure if they share more.
+/// @param what  names the spans in the message: "file: bands".
+void partSpans(QVector<Interval> &spans, const TimeAxis &axis, bool untilNext, const QString &what);
+/// The interval from the first start to the last end.
+Interval hullOf(const QVector<Interval> &spans);
+
 } // namespace meridor

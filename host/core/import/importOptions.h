@@ -28,6 +28,8 @@ struct ImportOptions {
     QString timePattern;        ///< format of times in the files; empty: that of TimeAxis
     QString dataset;            ///< of a grid: name of the dataset; empty: that of the file
     QString noData;             ///< of a grid: a number or "none"; replaces that of the file
+    QString realizations;       ///< of a cube: the dimension whose places are realizations
+    bool packed = false;        ///< of a cube: cells stay as they are stored
     double snap = 0;            ///< tolerance of contiguity in map units; 0: rounding error only
     bool strict = false;        ///< keys without a match are a failure
     bool bandsAreTimes = false; ///< of a grid: bands are times of one dataset, else datasets

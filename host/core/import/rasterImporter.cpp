@@ -8,6 +8,7 @@
 #include "core/formats/cellTypes.h"
 #include "core/formats/rasterReader.h"
 #include "core/import/bandTimes.h"
+#include "core/import/gridBuilder.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/projectHost.h"
@@ -21,10 +22,6 @@
 
 namespace meridor {
 namespace {
-
-/// The distinct values of datasets with more cells are not counted at import, but by the first
-/// request for classes.
-constexpr qint64 kMostCounted = 16 << 20;
 
 /// The missing value of decimal cells if the file marks missing cells with NaN: the largest number
 /// of the type.
@@ -66,7 +63,9 @@ public:
 
     ImportReport run()
     {
-        createGeography();
+        mReport.geography = addGridGeography(
+            mOptions, {mReader.rows(), mReader.columns(), mReader.bounds(), mReader.projection(),
+                       mTimes.hull, mTimes.format, !mOptions.bandsAreTimes});
         try {
             mOptions.bandsAreTimes ? importTimes() : importDatasets();
         } catch (...) {
@@ -81,30 +80,10 @@ public:
 private:
     QString baseName() const { return QFileInfo(mOptions.map).completeBaseName(); }
 
-    void createGeography()
-    {
-        const QString name = mOptions.name.isEmpty() ? baseName() : mOptions.name;
-        const QString history =
-            QStringLiteral("Imported from %1").arg(QFileInfo(mOptions.map).fileName());
-        mReport.geography = VORN_CreateNewRasterGeography(
-            VORN_GetUniqueGeographyName(name), static_cast<unsigned>(mReader.rows()),
-            static_cast<unsigned>(mReader.columns()), mReader.bounds(), mTimes.hull, mTimes.format,
-            history, mReader.projection());
-        if (mReport.geography < 0)
-            fail(QStringLiteral("%1: the grid could not be made").arg(mOptions.map));
-        if (!mOptions.bandsAreTimes)
-            geographyOf(mReport.geography)->SetStatic(true);
-    }
-
     int createDataset(const QString &name, const RasterBand &band)
     {
-        const int id =
-            VORN_NewRasterDataset(mReport.geography, name, band.type, 1, band.bits, QString());
-        if (id < 0)
-            fail(QStringLiteral("dataset %1 could not be made").arg(name));
+        const int id = addGridDataset(mReport.geography, name, band.type, band.bits, 1, band.unit);
         mDatasets.append(id);
-        if (!band.unit.isEmpty())
-            VORN_SetDatasetMetaData(id, QStringLiteral("Unit"), band.unit);
         return id;
     }
 
@@ -178,27 +157,36 @@ private:
     {
         auto &dataset = *dynamic_cast<MRasterDataset *>(datasetOf(id));
         dataset.SetMissingFlag(mReader.bands()[first].missing);
-        std::vector<char> cells;
         for (int band = first; band < first + count;) {
             const int together = qMin(mReader.groupAt(band), first + count - band);
-            cells.resize(static_cast<size_t>(mReader.bytesOf(band) * together));
-            mReader.read(band, together, cells.data(), [&](int percent) {
+            const auto report = [&](int percent) {
                 const int done = 100 * (band - first) + percent * together;
                 mProgress.report((100 * mDone + done / count) / mToDo, "Reading the grid...");
-            });
-            for (int i = 0; i < together; ++i)
-                addGrid(dataset, band + i, cells.data() + mReader.bytesOf(band) * i);
+            };
+            const RasterBand &form = mReader.bands()[band];
+            if (together == 1) {
+                GridBuffer grid(mReader.columns(), mReader.rows(), form.type, form.bits);
+                grid.SetColorMap(form.colors);
+                mReader.read(band, 1, grid.bytes(), report);
+                addGrid(dataset, band, grid);
+            } else {
+                std::vector<char> cells(static_cast<size_t>(mReader.bytesOf(band) * together));
+                mReader.read(band, together, cells.data(), report);
+                for (int i = 0; i < together; ++i) {
+                    GridBuffer grid(mReader.columns(), mReader.rows(), form.type, form.bits,
+                                    cells.data() + mReader.bytesOf(band) * i, form.colors);
+                    addGrid(dataset, band + i, grid);
+                }
+            }
             band += together;
         }
     }
 
-    void addGrid(MRasterDataset &dataset, int index, char *cells)
+    void addGrid(MRasterDataset &dataset, int index, GridBuffer &grid)
     {
         const RasterBand &band = mReader.bands()[index];
         if (band.type == RasterDecimalType)
-            markNaN(dataset, band, cells);
-        const MRasterBand grid(mReader.columns(), mReader.rows(), band.type, band.bits, cells,
-                               band.colors);
+            markNaN(dataset, band, grid.bytes());
         const Interval when = mTimes.of.isEmpty() ? mTimes.hull : mTimes.of[index];
         if (!dataset.AddRasterValues(0, TimeStamp(when), grid, true, false))
             fail(QStringLiteral("%1, band %2: the grid could not be kept")
@@ -230,11 +218,8 @@ private:
                             .arg(datasetName(id))
                             .arg(mNotNumbers));
         mNotNumbers = 0;
-        const qint64 cells =
-            qint64(mReader.columns()) * mReader.rows() * qMax(1, dataTimes(id).size());
-        if (cells <= kMostCounted || VORN_GetDatasetProperties(id).bitDepth <= 16)
-            VORN_RecalculateDataFrequencies(id);
-        VORN_NewDatasetCreated(id);
+        finishGridDataset(id, qint64(mReader.columns()) * mReader.rows()
+                                  * qMax(1, dataTimes(id).size()));
     }
 
     const ImportOptions &mOptions;
