@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <QtTest>
 #include <cmath>
+#include <cpl_vsi.h>
 #include <gdal.h>
 #include "core/formats/cfTimes.h"
+#include "core/formats/cubeWriter.h"
 #include "core/grids/gridValues.h"
 #include "core/import/cubeImporter.h"
 #include "core/workshop.h"
@@ -315,6 +317,124 @@ private Q_SLOTS:
         check(GDT_Int16, {0, 1000, 1001, 5},
               {{"scale", 0.001}, {"valid_min", 0.0}, {"valid_max", 1.0}}, "m...");
         check(GDT_Byte, {1, 2, 3, 255}, {{"fill", 255.0}}, ".m..");
+    }
+
+    void comesBackFromEachFormat()
+    {
+        const auto check = [](const char *name, const char *driver, GDALDataType type) {
+            const InCase inCase(QByteArray(name) + ' ' + GDALGetDataTypeName(type));
+            Workshop shop;
+            const QString path = shop.file("in.nc", "");
+            {
+                CubeMaker cube(path);
+                cube.dimension("time", {0, 31, 59}, timeUnit("days since 2001-01-01"));
+                cube.dimension("number", {1, 2}, {{"units", QByteArray("1")}});
+                cube.dimension("lat", {20, 10}, kNorth);
+                cube.dimension("lon", {1, 2, 3}, kEast);
+                QVector<double> cells = run(36);
+                std::fill(cells.begin(), cells.begin() + 6, 0); // a block of zeros
+                cube.variable("rain_fall", {"time", "number", "lat", "lon"}, type, cells,
+                              {{"fill", 35.0}, {"units", QByteArray("mm")}});
+                cube.variable("land", {"lat", "lon"}, GDT_Byte, QVector<double>(6, 0));
+            }
+            shop.options.realizations = "number";
+            shop.options.end = "next";
+            QCOMPARE(importOf(shop, path), QString());
+            const QString rain = told("rain_fall");
+            const QString land = told("land");
+            QVERIFY2(rain.contains("2001-02=12..17"), qPrintable(rain));
+            const QVector<int> ids = shop.report.datasets;
+            const QRectF bounds = VORN_GetGeographyProperties(shop.report.geography).bounds;
+            const QString target = QFileInfo(path).path() + '/' + name;
+            const auto times = dataTimes(ids.first());
+            exportCube(target, driver, ids, times.first().startTime, times.last().endTime);
+            shop.options.realizations = "realization";
+            shop.options.end.clear();
+            QCOMPARE(importOf(shop, target), QString());
+            QCOMPARE(told("rain_fall"), rain);
+            QCOMPARE(told("land"), land);
+            const GeoProps place = VORN_GetGeographyProperties(shop.report.geography);
+            QCOMPARE(place.bounds, bounds);
+            QVERIFY(place.metaData["Projection"].toString().contains("WGS 84"));
+            const int id = findDataset("rain_fall");
+            QCOMPARE(VORN_GetDatasetProperties(id).realizationCount, 2);
+            QCOMPARE(VORN_GetDatasetMetaData(id, "Unit"), QString("mm"));
+            QVERIFY(rasterOf(id)->IsPixelMissing(1, 2, 1, instantOf(dataTimes(id).last())));
+            // A part of the times; a target that is there is replaced.
+            exportCube(target, driver, {id}, dataTimes(id)[1].startTime,
+                       dataTimes(id)[1].startTime);
+            QCOMPARE(importOf(shop, target), QString());
+            QCOMPARE(told("rain_fall"), QString("2001-02=12..17"));
+            QCOMPARE(QDir(QFileInfo(path).path())
+                         .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                     (QStringList{"in.nc", "map.geojson", name, "scratch"}));
+        };
+        for (const GDALDataType type :
+             {GDT_Byte, GDT_Int16, GDT_Float32, GDT_Float64, GDT_UInt64}) {
+            check("out.nc", "", type);
+            check("out.zarr", "zarr", type);
+        }
+    }
+
+    void writesObjectsByTime()
+    {
+        Workshop shop(squares(), "id,v2000,v2001,note2001\na,1,2.5,x\nb,4,,\nc,,8,\u00e9t\u00e9\n");
+        shop.options.tables = QStringList{shop.table()};
+        shop.options.series = QStringList{"v=v2000..v2001", "note=note2001@2001"};
+        QCOMPARE(shop.run(), QString());
+        const QString target = QFileInfo(shop.table()).path() + "/o";
+        const auto refuse = [&](const QString &path, bool overwrite, const char *text) {
+            try {
+                requireCubeWritable(path, "zarr", overwrite);
+                QFAIL(qPrintable(path));
+            } catch (const Failure &failure) {
+                QVERIFY2(failure.text().contains(text), failure.what());
+            }
+        };
+        for (const char *format : {"netcdf", "zarr"}) {
+            const QString path = target + '.' + format;
+            exportCube(path, format, {findDataset("v"), findDataset("note")}, 2000, 2001);
+            const GDALDatasetH file =
+                GDALOpenEx(path.toUtf8(), GDAL_OF_MULTIDIM_RASTER, nullptr, nullptr, nullptr);
+            QVERIFY2(file, qPrintable(path));
+            const GDALGroupH root = GDALDatasetGetRootGroup(file);
+            const GDALMDArrayH v = GDALGroupOpenMDArray(root, "v", nullptr);
+            QVector<double> values(6);
+            const GUInt64 start[] = {0, 0};
+            const size_t count[] = {2, 3};
+            const GDALExtendedDataTypeH number = GDALExtendedDataTypeCreate(GDT_Float64);
+            QVERIFY(GDALMDArrayRead(v, start, count, nullptr, nullptr, number, values.data(),
+                                    values.data(), 48));
+            QString told;
+            for (const double value : qAsConst(values))
+                told += std::isnan(value) ? QString("m ") : QString::number(value) + ' ';
+            QCOMPARE(told, QString("1 4 m 2.5 m 8 "));
+            const auto texts = [&](const char *name, std::vector<size_t> extent) {
+                const GDALMDArrayH array = GDALGroupOpenMDArray(root, name, nullptr);
+                const GDALExtendedDataTypeH text = GDALExtendedDataTypeCreateString(0);
+                QVector<char *> read(3);
+                QStringList list;
+                if (GDALMDArrayRead(array, start, extent.data(), nullptr, nullptr, text,
+                                    read.data(), read.data(), 24))
+                    for (char *one : qAsConst(read)) {
+                        list.append(QString::fromUtf8(one));
+                        VSIFree(one);
+                    }
+                GDALExtendedDataTypeRelease(text);
+                GDALMDArrayRelease(array);
+                return list;
+            };
+            QCOMPARE(texts("key", {3}), (QStringList{"a", "b", "c"}));
+            QCOMPARE(texts("note", {1, 3}),
+                     (QStringList{"x", "", QString::fromUtf8("\u00e9t\u00e9")}));
+            GDALExtendedDataTypeRelease(number);
+            GDALMDArrayRelease(v);
+            GDALGroupRelease(root);
+            GDALClose(file);
+        }
+        refuse(target + ".zarr", false, "is there already");
+        requireCubeWritable(target + ".zarr", "zarr", true);
+        refuse(QFileInfo(target).path(), true, "holds no Zarr store");
     }
 
     void refusesWhatIsNoGrid()

@@ -5,6 +5,7 @@
 #include <memory>
 #include "cli/commands/commands.h"
 #include "core/analysis/tables.h"
+#include "core/formats/cubeWriter.h"
 #include "core/formats/rasterWriter.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -56,7 +57,8 @@ TableFormat formatOf(const Options &options)
     if (name == QLatin1String("geoeas") || name == QLatin1String("dat")
         || name == QLatin1String("eas"))
         return TableFormat::GeoEas;
-    failUsage(QStringLiteral("%1: --format csv, geoeas, dbf or geotiff").arg(options.output));
+    failUsage(QStringLiteral("%1: --format csv, geoeas, dbf, geotiff, netcdf or zarr")
+                  .arg(options.output));
 }
 
 QVector<int> chooseDatasets(const Options &options)
@@ -105,8 +107,41 @@ void runGrid(const Options &options, const Context &context)
          context.console);
 }
 
+/// The datasets over all their times, or those within --from and --to or at --at.
+void runCube(const Options &options, const Context &context)
+{
+    if (options.missingGiven)
+        failUsage(QStringLiteral("--missing does not apply to a cube"));
+    requireCubeWritable(options.output, options.format, context.overwrite);
+    refuseInput(options.output, {options.project});
+    Session session(context.session, context.user);
+    session.load(options.project);
+    const QVector<int> ids = chooseDatasets(options);
+    const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
+    auto times = timesOf(ids);
+    const QString from = options.at.isEmpty() ? options.from : options.at;
+    const QString to = options.at.isEmpty() ? options.to : options.at;
+    if (!from.isEmpty())
+        times.first = requireSpan(axis, from).startTime;
+    if (!to.isEmpty())
+        times.second = lastInstantOf(requireSpan(axis, to));
+    if (times.second < times.first)
+        failUsage(QStringLiteral("the last time is before the first"), "to");
+    exportCube(options.output, options.format, ids, times.first, times.second);
+    QStringList names;
+    for (const int id : ids)
+        names.append(datasetName(id));
+    tell(options, names,
+         QStringLiteral("%1 to %2").arg(axis.show(times.first), axis.show(times.second)),
+         context.console);
+}
+
 void run(const Options &options, const Context &context)
 {
+    if (isCube(options.output, options.format)) {
+        runCube(options, context);
+        return;
+    }
     if (isGrid(options)) {
         runGrid(options, context);
         return;
@@ -143,16 +178,17 @@ void run(const Options &options, const Context &context)
 void addExport(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command =
-        app.verb("export", "Write datasets as a table (CSV, GeoEAS, DBF), or a grid as GeoTIFF");
+    const Command command = app.verb(
+        "export", "Write datasets as a table (CSV, GeoEAS, DBF) or a cube (NetCDF, Zarr), or a "
+                  "grid as GeoTIFF");
     projectArgument(command, options->project);
     command.text("TABLE", options->output, "The file to write; its suffix determines the format")
         .required();
     command.texts("--datasets", options->datasets, "Datasets, separated by commas (default: all)")
         .partedBy(',');
     command.text("--geography", options->geography, "The geography, if there are several");
-    command.text("--format", options->format, "csv, geoeas, dbf or geotiff")
-        .oneOf({"csv", "geoeas", "dbf", "geotiff"});
+    command.text("--format", options->format, "csv, geoeas, dbf, geotiff, netcdf or zarr")
+        .oneOf({"csv", "geoeas", "dbf", "geotiff", "netcdf", "zarr"});
     command.text("--at", options->at, "The time of a grid (default: its last)");
     command.text("--from", options->from, "First time");
     command.text("--to", options->to, "Last time");
