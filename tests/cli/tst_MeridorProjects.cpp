@@ -36,12 +36,16 @@ void checkBrokenOff(const Workplace &place, const QStringList &words)
     const QString target = words.filter(QRegularExpression("^t\\.")).first();
     place.file(target, "precious");
     const QStringList files = place.files();
-    // New files: the table beside its target, or the scratch of the session.
+    // New entries: what is written beside the target, or the scratch of the session.
     QDir(place.path("")).mkpath("scratch");
     const bool writesAsItGoes = words.first() == "export";
+    const auto entries = [&place] {
+        return QDir(place.path("")).entryList(QDir::AllEntries | QDir::Hidden).size();
+    };
+    const int before = entries();
     const auto begun = [&] {
         return writesAsItGoes
-                   ? place.files().size() > files.size()
+                   ? entries() > before
                    : !QDir(place.path("scratch")).isEmpty(QDir::Dirs | QDir::NoDotAndDotDot);
     };
     const Outcome cancelled = place.interrupt(words + QStringList{"--scratch", "scratch"}, begun);
@@ -145,11 +149,40 @@ private Q_SLOTS:
             QCOMPARE(place.files(), expected);
             QCOMPARE(place.run(words).code, 1); // it is there
         };
-        check("t.csv2.csv", {"--missing", "?"}, "2,2001,2001,?");
-        check("e.csv", {}, "2,2001,2001,");
-        check("t.dat", {}, "2 2001 2001 -999");
-        check("y.csv", {"--from", "2001"}, "0,2001,2001,2.5");
-        check("t.dbf", {"--missing", "-1"}, "2001");
+        check("t.csv2.csv", {"--missing", "?"}, "c,2001,2001,?\n");
+        check("e.csv", {}, "c,2001,2001,\n");
+        check("t.dat", {}, "c 2001 2001 -999\n");
+        check("y.csv", {"--from", "2001"}, "a,2001,2001,2.5\n");
+        check("t.dbf", {}, "2001");
+    }
+
+    void streamsAreWrittenDirectly()
+    {
+        const Workplace place;
+        makeProject(place);
+        const QString table("id,v\na,2.5\nb,5\nc,\n");
+        const auto words = [](const QString &target) {
+            return QStringList{"export", "p.vorn", target, "--at", "2001"};
+        };
+        QCOMPARE(place.run(words("-")).out, table);
+        QCOMPARE(place.run(words("/dev/stdout")).out, table);
+        QCOMPARE(place.run(words("-") + QStringList{"--json"}).out, table);
+        QCOMPARE(place.run(words("-") + QStringList{"--format", "gpkg"}).out.left(6),
+                 QString("SQLite"));
+        QCOMPARE(place.run(words("-") + QStringList{"--format", "shapefile"}).code, 2);
+        const QString shell = "mkfifo pipe; cat pipe > got & \"$0\" export p.vorn pipe --format "
+                              "csv --at 2001 && test -p pipe; echo $?; wait";
+        QCOMPARE(place.run("/bin/sh", {"-c", shell, MERIDOR_PROGRAM}).out, QString("0\n"));
+        QCOMPARE(place.bytes("got"), table.toUtf8());
+        // Nobody reads, nobody will: a message and 1, or the end by Ctrl-C.
+        const QString broken = "\"$0\" export p.vorn - --at 2001 2>message | true; "
+                               "\"$0\" export p.vorn - > /dev/full 2>full; echo $?";
+        QCOMPARE(place.run("/bin/sh", {"-c", broken, MERIDOR_PROGRAM}).out, QString("1\n"));
+        QVERIFY2(place.bytes("full").contains("/dev/stdout: "), place.bytes("full").constData());
+        const Outcome waiting =
+            place.interrupt(words("pipe") + QStringList{"--format", "csv", "--scratch", "s"},
+                            [&place] { return QDir(place.path("s")).exists(); });
+        QCOMPARE(waiting.code, 130);
     }
 
     void renamesAndRemoves()

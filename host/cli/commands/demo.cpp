@@ -295,9 +295,12 @@ private:
 
     QString exportAs(const char *name, TableFormat format)
     {
-        const auto times = timesOf({mIncome});
-        exportTable(path(name), format, {mIncome}, times.first, times.second,
-                    QStringLiteral("-999"));
+        RowPlan plan;
+        plan.geography = geography();
+        plan.datasets = {mIncome};
+        const bool isGeoEas = format == TableFormat::GeoEas;
+        exportTable(path(name), format, plan, isGeoEas ? QStringLiteral("-999") : QString(),
+                    [](const QString &) {});
         const int rows =
             format == TableFormat::GeoEas ? geoEasRows(path(name)) : tableRows(path(name));
         mSteps.expect(rows == kStates * kYears);

@@ -9,6 +9,7 @@
 #include "core/formats/rasterWriter.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/outputFile.h"
 #include "core/project/safeFile.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
@@ -20,8 +21,11 @@ struct Options {
     QString project;
     QString output;
     QString format;
+    QString layer;
     QString geography;
     QStringList datasets;
+    QStringList columns;
+    QString layout;
     QString from;
     QString to;
     QString at;
@@ -29,49 +33,79 @@ struct Options {
     bool missingGiven = false;
 };
 
-QString suffixOf(const Options &options)
+enum class Kind { Grid, Table, Shapes };
+
+struct Format {
+    const char *name;
+    QStringList suffixes;
+    Kind kind;
+    TableFormat table;
+    FeatureFormat shapes;
+};
+
+const QVector<Format> &formats()
 {
-    return QFileInfo(options.output).suffix().toLower();
+    using T = TableFormat;
+    using F = FeatureFormat;
+    static const QVector<Format> all{
+        {"csv", {"csv"}, Kind::Table, T::Csv, F::Dbf},
+        {"geoeas", {"dat", "eas"}, Kind::Table, T::GeoEas, F::Dbf},
+        {"dbf", {"dbf"}, Kind::Table, T::Dbf, F::Dbf},
+        {"gpkg", {"gpkg"}, Kind::Shapes, T::Csv, F::GeoPackage},
+        {"geojson", {"geojson", "json"}, Kind::Shapes, T::Csv, F::GeoJson},
+        {"fgb", {"fgb"}, Kind::Shapes, T::Csv, F::FlatGeobuf},
+        {"shapefile", {"shp"}, Kind::Shapes, T::Csv, F::Shapefile},
+        {"database", {}, Kind::Shapes, T::Csv, F::Database},
+        {"geotiff", {"tif", "tiff"}, Kind::Grid, T::Csv, F::Dbf},
+    };
+    return all;
 }
 
-bool isGrid(const Options &options)
+QStringList formatNames()
 {
-    const QString suffix = suffixOf(options);
-    const QString name = options.format.isEmpty() ? suffix : options.format;
-    return name == QLatin1String("geotiff") || name == QLatin1String("tif")
-           || name == QLatin1String("tiff");
+    QStringList names;
+    for (const Format &format : formats())
+        names.append(QLatin1String(format.name));
+    return names;
 }
 
-TableFormat formatOf(const Options &options)
+const Format &formatOf(const Options &options)
 {
-    const QString suffix = suffixOf(options);
-    const QString name = options.format.isEmpty() ? suffix : options.format;
-    if (name == QLatin1String("csv"))
-        return TableFormat::Csv;
-    if (name == QLatin1String("dbf")) {
-        if (suffix != QLatin1String("dbf"))
-            failUsage(
-                QStringLiteral("%1: the name of a DBF table ends in .dbf").arg(options.output));
-        return TableFormat::Dbf;
+    const QString suffix = QFileInfo(options.output).suffix().toLower();
+    const bool isDatabase = isConnection(options.output);
+    for (const Format &format : formats()) {
+        const bool bySuffix = format.suffixes.contains(suffix);
+        const bool database = format.shapes == FeatureFormat::Database;
+        if (!options.format.isEmpty() ? options.format != QLatin1String(format.name)
+            : isDatabase              ? !database
+                                      : !bySuffix)
+            continue;
+        const bool named = format.shapes == FeatureFormat::Shapefile
+                           || (format.kind == Kind::Table && format.table == TableFormat::Dbf);
+        if (isDatabase != database || (named && !bySuffix))
+            failUsage(QStringLiteral("%1: %2").arg(
+                options.output,
+                database ? QStringLiteral("a database is named by a connection text, "
+                                          "such as PG:dbname=survey")
+                : isDatabase
+                    ? QStringLiteral("a database has no other format")
+                    : QStringLiteral("the name ends in .%1").arg(format.suffixes.first())));
+        return format;
     }
-    if (name == QLatin1String("geoeas") || name == QLatin1String("dat")
-        || name == QLatin1String("eas"))
-        return TableFormat::GeoEas;
-    failUsage(QStringLiteral("%1: --format csv, geoeas, dbf, geotiff, netcdf or zarr")
-                  .arg(options.output));
+    if (options.format.isEmpty() && isStream(options.output))
+        return formats().first();
+    failUsage(QStringLiteral("%1: the format is one of %2")
+                  .arg(options.output, formatNames().join(QStringLiteral(", "))),
+              "format");
 }
 
-QVector<int> chooseDatasets(const Options &options)
+QVector<int> chosenDatasets(const Options &options)
 {
     QVector<int> ids;
     for (const QString &name : options.datasets)
         ids.append(options.geography.isEmpty()
                        ? findDataset(name)
                        : findDataset(findGeography(options.geography), name));
-    if (ids.isEmpty())
-        ids = datasetIds(findGeography(options.geography));
-    if (ids.isEmpty())
-        fail(QStringLiteral("no dataset to export"));
     for (const int id : ids)
         if (VORN_GetGeographyId(id) != VORN_GetGeographyId(ids.first()))
             fail(QStringLiteral("%1 and %2 are of different geographies")
@@ -79,32 +113,46 @@ QVector<int> chooseDatasets(const Options &options)
     return ids;
 }
 
-void tell(const Options &options, const QStringList &names, const QString &times,
+/// The summary goes to standard error if the table itself goes to standard output.
+void tell(const Options &options, const QVector<int> &datasets, const QString &what, qint64 rows,
           const Console &console)
 {
-    if (console.json)
-        console.print(QJsonObject{{QStringLiteral("file"), options.output},
-                                  {QStringLiteral("bytes"), QFileInfo(options.output).size()},
-                                  {QStringLiteral("datasets"), QJsonArray::fromStringList(names)}});
-    else
-        console.print(QStringLiteral("%1: %2, %3").arg(options.output, someOf(names), times));
+    QStringList names;
+    for (const int id : datasets)
+        names.append(datasetName(id));
+    QString text = QStringLiteral("%1: %2").arg(options.output, what);
+    if (!names.isEmpty())
+        text += QStringLiteral(" of ") + someOf(names);
+    if (isStream(options.output)) {
+        console.note(text);
+        return;
+    }
+    if (!console.json) {
+        console.print(text);
+        return;
+    }
+    QJsonObject object{{QStringLiteral("file"), options.output},
+                       {QStringLiteral("bytes"), QFileInfo(options.output).size()},
+                       {QStringLiteral("datasets"), QJsonArray::fromStringList(names)}};
+    if (rows >= 0)
+        object.insert(QStringLiteral("rows"), static_cast<double>(rows));
+    console.print(object);
 }
 
 void runGrid(const Options &options, const Context &context)
 {
-    requireWritable(options.output, context.overwrite);
-    refuseInput(options.output, {options.project});
-    Session session(context.session, context.user);
-    session.loadPacked(options.project);
-    const QVector<int> ids = chooseDatasets(options);
+    QVector<int> ids = chosenDatasets(options);
+    if (ids.isEmpty())
+        ids = datasetIds(findGeography(options.geography));
     if (ids.size() != 1)
-        failUsage(QStringLiteral("a GeoTIFF holds one dataset; --datasets names it"));
+        failUsage(QStringLiteral("a GeoTIFF holds one dataset"), "datasets");
     const qint64 time = chooseTime(ids.first(), options.at);
     exportGrid(options.output, ids.first(), time);
     const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
-    tell(options, {datasetName(ids.first())},
-         datasetOf(ids.first())->IsStatic() ? QStringLiteral("always") : axis.show(time),
-         context.console);
+    tell(options, ids,
+         datasetOf(ids.first())->IsStatic() ? QStringLiteral("the grid")
+                                            : QStringLiteral("the grid at ") + axis.show(time),
+         -1, context.console);
 }
 
 /// The datasets over all their times, or those within --from and --to or at --at.
@@ -116,7 +164,11 @@ void runCube(const Options &options, const Context &context)
     refuseInput(options.output, {options.project});
     Session session(context.session, context.user);
     session.load(options.project);
-    const QVector<int> ids = chooseDatasets(options);
+    QVector<int> ids = chosenDatasets(options);
+    if (ids.isEmpty())
+        ids = datasetIds(findGeography(options.geography));
+    if (ids.isEmpty())
+        fail(QStringLiteral("the geography has no datasets"));
     const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
     auto times = timesOf(ids);
     const QString from = options.at.isEmpty() ? options.from : options.at;
@@ -128,48 +180,71 @@ void runCube(const Options &options, const Context &context)
     if (times.second < times.first)
         failUsage(QStringLiteral("the last time is before the first"), "to");
     exportCube(options.output, options.format, ids, times.first, times.second);
-    QStringList names;
-    for (const int id : ids)
-        names.append(datasetName(id));
-    tell(options, names,
-         QStringLiteral("%1 to %2").arg(axis.show(times.first), axis.show(times.second)),
+    tell(options, ids,
+         QStringLiteral("%1 to %2").arg(axis.show(times.first), axis.show(times.second)), -1,
          context.console);
 }
 
-void run(const Options &options, const Context &context)
+RowPlan planOf(const Options &options)
 {
+    RowPlan plan;
+    plan.datasets = chosenDatasets(options);
+    plan.geography = plan.datasets.isEmpty() ? findGeography(options.geography)
+                                             : VORN_GetGeographyId(plan.datasets.first());
+    plan.parts = options.columns;
+    plan.wide = options.layout == QLatin1String("wide");
+    const TimeAxis axis = axisOf(plan.geography);
+    if (!options.from.isEmpty() || !options.to.isEmpty()) {
+        constexpr qint64 kFar = std::numeric_limits<qint64>::max();
+        plan.within =
+            qMakePair(options.from.isEmpty() ? -kFar : requireSpan(axis, options.from).startTime,
+                      options.to.isEmpty() ? kFar : lastInstantOf(requireSpan(axis, options.to)));
+        if (plan.within->second < plan.within->first)
+            failUsage(QStringLiteral("the last time is before the first"), "to");
+    }
+    if (!options.at.isEmpty())
+        plan.at = requireSpan(axis, options.at).startTime;
+    return plan;
+}
+
+void run(Options options, const Context &context)
+{
+    if (options.output == QLatin1String("-"))
+        options.output = QStringLiteral("/dev/stdout");
     if (isCube(options.output, options.format)) {
         runCube(options, context);
         return;
     }
-    if (isGrid(options)) {
+    const Format &format = formatOf(options);
+    FeatureTarget target;
+    target.path = options.output;
+    target.format = format.shapes;
+    target.layer = options.layer;
+    target.overwrite = context.overwrite;
+    const QStringList files =
+        format.kind == Kind::Grid ? QStringList{options.output} : filesOf(target);
+    for (const QString &file : files) {
+        requireWritable(file, context.overwrite);
+        refuseInput(file, {options.project});
+    }
+    Session session(context.session, context.user);
+    session.loadPacked(options.project);
+    if (format.kind == Kind::Grid) {
         runGrid(options, context);
         return;
     }
-    const TableFormat format = formatOf(options);
-    requireWritable(options.output, context.overwrite);
-    refuseInput(options.output, {options.project});
-    Session session(context.session, context.user);
-    session.loadPacked(options.project);
-    const QVector<int> ids = chooseDatasets(options);
-    const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
-    auto times = timesOf(ids);
-    if (!options.from.isEmpty())
-        times.first = requireSpan(axis, options.from).startTime;
-    if (!options.to.isEmpty())
-        times.second = lastInstantOf(requireSpan(axis, options.to));
-    if (times.second < times.first)
-        failUsage(QStringLiteral("the last time is before the first"), "to");
+    const RowPlan plan = planOf(options);
     // GeoEAS readers split rows at blanks: an empty field would shift the rest of the row.
-    const QString missing = options.missingGiven || format != TableFormat::GeoEas
+    const QString missing = options.missingGiven || format.table != TableFormat::GeoEas
                                 ? options.missing
                                 : QStringLiteral("-999");
-    exportTable(options.output, format, ids, times.first, times.second, missing);
-    QStringList names;
-    for (const int id : ids)
-        names.append(datasetName(id));
-    tell(options, names,
-         QStringLiteral("%1 to %2").arg(axis.show(times.first), axis.show(times.second)),
+    const auto note = [&context](const QString &text) { context.console.note(text); };
+    const WrittenTable written =
+        format.kind == Kind::Table ? exportTable(options.output, format.table, plan, missing, note)
+                                   : exportShapes(target, plan, note);
+    const char *const noun = format.kind == Kind::Table ? "rows" : "features";
+    tell(options, written.datasets,
+         QStringLiteral("%1 %2").arg(written.rows).arg(QLatin1String(noun)), written.rows,
          context.console);
 }
 
@@ -178,25 +253,42 @@ void run(const Options &options, const Context &context)
 void addExport(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
+    options->layout = QStringLiteral("long");
     const Command command = app.verb(
-        "export", "Write datasets as a table (CSV, GeoEAS, DBF) or a cube (NetCDF, Zarr), or a "
+        "export", "Write datasets as a table, shapes with their values, a cube (NetCDF, Zarr), or a "
                   "grid as GeoTIFF");
     projectArgument(command, options->project);
-    command.text("TABLE", options->output, "The file to write; its suffix determines the format")
+    command
+        .text("OUTPUT", options->output,
+              "The file, whose suffix determines the format; - for standard output; or the "
+              "connection text of a database, such as PG:dbname=survey")
         .required();
     command.texts("--datasets", options->datasets, "Datasets, separated by commas (default: all)")
         .partedBy(',');
+    command
+        .texts("--columns", options->columns,
+               "Of key, name, start, end, realization, datasets (default: those with content)")
+        .partedBy(',')
+        .oneOf(rowParts());
+    command.text("--layout", options->layout, "long: a row a time; wide: a column a time")
+        .shown("long")
+        .oneOf({"long", "wide"});
     command.text("--geography", options->geography, "The geography, if there are several");
-    command.text("--format", options->format, "csv, geoeas, dbf, geotiff, netcdf or zarr")
-        .oneOf({"csv", "geoeas", "dbf", "geotiff", "netcdf", "zarr"});
-    command.text("--at", options->at, "The time of a grid (default: its last)");
+    command
+        .text("--format", options->format,
+              "csv, geoeas or dbf; with shapes gpkg, geojson, fgb, shapefile or database; netcdf or "
+              "zarr; geotiff")
+        .oneOf(formatNames() + QStringList{QStringLiteral("netcdf"), QStringLiteral("zarr")});
+    command.text("--layer", options->layer,
+                 "The layer, or the table of a database (default: the geography's name)");
+    command.text("--at", options->at, "One row an object, at this time; the time of a grid");
     command.text("--from", options->from, "First time");
     command.text("--to", options->to, "Last time");
     const Setting missing = command.text(
         "--missing", options->missing, "Text of a missing value (default: empty, -999 in GeoEAS)");
     overwriteOption(command, context);
     command.footer("Example:\n  meridor export income.vorn income.csv --datasets income --from "
-                   "2000 --to 2009");
+                   "2000 --to 2009\n  meridor export income.vorn income.gpkg --at 2009");
     command.chosen([options, missing, &context] {
         options->missingGiven = missing.isGiven();
         context.run = [options](const Context &c) { run(*options, c); };

@@ -1,88 +1,84 @@
 // SPDX-License-Identifier: MIT
 #include "core/analysis/tables.h"
-#include <QFile>
-#include <QFileInfo>
-#include "core/project/cancel.h"
+#include "core/formats/textTable.h"
 #include "core/project/catalog.h"
-#include "core/project/failure.h"
-#include "core/project/safeFile.h"
-#include "datainterface/DataAPI.h"
+#include "core/project/outputFile.h"
+#include "core/project/progress.h"
 #include "datainterface/MDataset.h"
 #include "datainterface/MVectorData.h"
-#include "datainterface/MVectorDataSource.h"
+#include "fennimark/FMProjectionInfo.h"
+#include "fennimark/Fennims.h"
 
 namespace meridor {
 namespace {
 
-/// A file that an export writes beside its main file, such as the code page of a DBF table. It is
-/// moved with the main file, and removed if that is not completed.
-class SideFile {
+WrittenTable describe(const ValueRows &rows)
+{
+    WrittenTable written;
+    written.datasets = rows.datasets();
+    for (const TableColumn &column : rows.columns())
+        written.columns.append(column.name);
+    return written;
+}
+
+QString projectionOf(int geography)
+{
+    const auto &vector = dynamic_cast<const MVectorData &>(*geographyOf(geography));
+    return vector.GetFennims()->GetProjectionSettings().GetWkt();
+}
+
+/// Writes the rows once or, to measure them first, twice.
+class Passes {
 public:
-    explicit SideFile(const QString &suffix) : mSuffix(suffix) {}
-    ~SideFile()
-    {
-        if (!mName.isEmpty())
-            QFile::remove(mName);
-    }
-    SideFile(const SideFile &) = delete;
-    SideFile &operator=(const SideFile &) = delete;
-    void follow(const QString &mainFile) { mName = nameBeside(mainFile); }
-    void moveTo(const QString &mainFile)
-    {
-        if (!QFile::exists(mName))
-            return;
-        QFile::remove(nameBeside(mainFile));
-        QFile::rename(mName, nameBeside(mainFile));
-    }
+    explicit Passes(const ValueRows &rows) : mRows(rows), mBar("Export", "Writing the values...") {}
+    qint64 count() const { return mCount; }
+    void operator()(TableSink &sink) { mCount = mRows.pass(sink, mBar.part(0, 100)); }
 
 private:
-    QString nameBeside(const QString &mainFile) const
-    {
-        const QFileInfo info(mainFile);
-        return info.absolutePath() + QLatin1Char('/') + info.completeBaseName() + mSuffix;
-    }
-
-    QString mSuffix;
-    QString mName;
+    const ValueRows &mRows;
+    const Progress mBar;
+    qint64 mCount = 0;
 };
 
 } // namespace
 
-void exportTable(const QString &path, TableFormat format, const QVector<int> &datasets,
-                 qint64 start, qint64 end, const QString &missing)
+WrittenTable exportTable(const QString &path, TableFormat format, const RowPlan &plan,
+                         const QString &missing, const std::function<void(const QString &)> &note)
 {
-    const int geography = VORN_GetGeographyId(datasets.first());
-    auto *vector = dynamic_cast<MVectorData *>(geographyOf(geography));
-    if (!vector)
-        fail(QStringLiteral("%1 is no vector geography").arg(geographyName(geography)));
-    MVectorDataSource &source = *vector->GetVectorDataSource();
-    QList<DataId> ids;
-    for (const int id : datasets)
-        ids.append(id);
-    const TimeFormat times = vector->GetTheTimeFormat();
-    SideFile codePage(QStringLiteral(".cpg"));
-    const bool written = replaceFile(path, [&](const QString &beside) {
-        codePage.follow(beside);
-        bool done = false;
-        switch (format) {
-        case TableFormat::Csv:
-            done = source.ExportDatasetsAsCSV(beside, ids, times, start, end, missing, 0);
-            break;
-        case TableFormat::GeoEas:
-            done = source.ExportDatasetsAsGeoeas(beside, vector->GetName(), ids, times, start, end,
-                                                 missing, 0);
-            break;
-        case TableFormat::Dbf:
-            done = source.ExportDatasetsAsDBF(beside, ids, times, start, end, missing, 0);
-            break;
-        }
-        return done && !isCancelled();
-    });
-    if (!written) {
-        stopIfCancelled();
-        fail(QStringLiteral("%1: could not be written").arg(path));
+    const ValueRows rows(plan);
+    WrittenTable written = describe(rows);
+    Passes pass(rows);
+    if (format == TableFormat::Dbf) {
+        FeatureTarget target;
+        target.path = path;
+        target.format = FeatureFormat::Dbf;
+        target.layer = geographyName(plan.geography);
+        writeFeatures(target, std::ref(pass), note);
+    } else {
+        writeOutput(path, [&](QIODevice &device) {
+            CsvSink csv(device, path, missing);
+            GeoEasSink geoEas(device, path, missing, geographyName(plan.geography));
+            pass(format == TableFormat::Csv ? csv : geoEas);
+        });
     }
-    codePage.moveTo(path);
+    written.rows = pass.count();
+    return written;
+}
+
+WrittenTable exportShapes(FeatureTarget target, RowPlan plan,
+                          const std::function<void(const QString &)> &note)
+{
+    plan.shapes = true;
+    const ValueRows rows(plan);
+    WrittenTable written = describe(rows);
+    target.kind = rows.shapeKind();
+    target.projection = projectionOf(plan.geography);
+    if (target.layer.isEmpty())
+        target.layer = geographyName(plan.geography);
+    Passes pass(rows);
+    writeFeatures(target, std::ref(pass), note);
+    written.rows = pass.count();
+    return written;
 }
 
 QPair<qint64, qint64> timesOf(const QVector<int> &datasets)

@@ -259,6 +259,51 @@ QStringList objectKeys(int geography)
     return keys;
 }
 
+int nameDataset(int geography)
+{
+    int containing = -1;
+    int distinct = -1;
+    const int objects = VORN_GetGeographyProperties(geography).objectCount;
+    for (const int id : datasetIds(geography)) {
+        const MDataset &dataset = *datasetOf(id);
+        if (dataset.GetDataType() != StringType || id == keyDataset(geography))
+            continue;
+        const QString name = datasetName(id);
+        if (name.compare(QLatin1String("name"), Qt::CaseInsensitive) == 0)
+            return id;
+        if (containing < 0 && name.contains(QLatin1String("name"), Qt::CaseInsensitive))
+            containing = id;
+        bool complete = false;
+        if (distinct < 0 && dataset.IsStatic() && VORN_GetUniqueDataCount(id, complete) == objects)
+            distinct = id;
+    }
+    return containing >= 0 ? containing : distinct;
+}
+
+QStringList objectNames(int geography, std::optional<qint64> time)
+{
+    const int dataset = nameDataset(geography);
+    QStringList names;
+    if (dataset < 0)
+        return names;
+    for (int i = VORN_GetGeographyProperties(geography).objectCount; i > 0; --i)
+        names.append(QString());
+    QVector<qint64> instants;
+    for (const Interval &when : dataTimes(dataset))
+        instants.append(instantOf(when));
+    if (time)
+        instants.append(*time);
+    for (const qint64 instant : instants) {
+        QVector<QString> texts;
+        QSet<int> missing;
+        VORN_GetDataValues(dataset, 0, instant, texts, missing);
+        for (int i = 0; i < texts.size() && i < names.size(); ++i)
+            if (!missing.contains(i) && !texts[i].isEmpty())
+                names[i] = texts[i];
+    }
+    return names;
+}
+
 int findObject(int geography, const QString &text)
 {
     if (const int index = objectKeys(geography).indexOf(text); index >= 0)

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <optional>
 #include "core/export.h"
 #include "core/project/times.h"
 #include "datainterface/DataType.h"
@@ -67,6 +68,13 @@ MERIDOR_EXPORT void setKeyDataset(int geography, int dataset);
 MERIDOR_EXPORT QStringList uniqueTexts(int dataset);
 /// The key of every object, by object index; without a key dataset the index plus 1.
 MERIDOR_EXPORT QStringList objectKeys(int geography);
+/// The dataset of texts that names the objects for people: one that is called "name", else one whose
+/// name contains it, else a static one whose texts are all different; -1 if there is none. It is
+/// never the key dataset.
+MERIDOR_EXPORT int nameDataset(int geography);
+/// The name of every object, by object index: the text at `time`, else the latest; null for an object
+/// without one. Empty if there is no name dataset.
+MERIDOR_EXPORT QStringList objectNames(int geography, std::optional<qint64> time = std::nullopt);
 /// The index of an object: by key, else by its value in any static text dataset, such as a name.
 /// Raises a Failure if no object matches, or several match by value.
 MERIDOR_EXPORT int findObject(int geography, const QString &text);

@@ -11,6 +11,7 @@
 #include <unistd.h>
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
+#include "core/project/outputFile.h"
 #include "core/project/text.h"
 
 namespace meridor {
@@ -54,6 +55,23 @@ void refuseProtected(const QString &target)
         return;
     if ((info.st_mode & 0222) == 0 || (::access(name.constData(), W_OK) != 0 && errno == EACCES))
         fail(QStringLiteral("%1: is write-protected").arg(target));
+}
+
+/// Writes a temporary file and copies it to a device or pipe, over which nothing can be renamed.
+bool writeThrough(const QString &target, const std::function<bool(const QString &)> &write)
+{
+    QTemporaryFile whole;
+    if (!whole.open())
+        fail(QStringLiteral("%1: %2").arg(target, whole.errorString()));
+    if (!write(whole.fileName()))
+        return false;
+    QFile content(whole.fileName()); // `write` may have replaced the file
+    if (!content.open(QIODevice::ReadOnly))
+        fail(QStringLiteral("%1: %2").arg(target, content.errorString()));
+    StreamDevice device(target);
+    while (!content.atEnd())
+        writeWhole(device, content.read(1 << 20), target);
+    return true;
 }
 
 } // namespace
@@ -103,6 +121,8 @@ void requireReadable(const QString &path)
 
 void requireWritable(const QString &target, bool overwrite)
 {
+    if (isStream(target))
+        return;
     const QFileInfo info(target);
     if (info.isDir())
         fail(QStringLiteral("%1: is a directory").arg(target));
@@ -130,6 +150,8 @@ QString appendTrouble(const QString &file)
 
 bool replaceFile(const QString &target, const std::function<bool(const QString &)> &write)
 {
+    if (isStream(target))
+        return writeThrough(target, write);
     refuseProtected(target);
     const QString real = replacedFile(target);
     const QFileInfo info(real);

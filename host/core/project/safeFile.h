@@ -12,7 +12,7 @@ namespace meridor {
 /// Raises a Failure with the reason if the path is no file, or the user may not read it.
 MERIDOR_EXPORT void requireReadable(const QString &path);
 /// Raises a Failure if the target is a directory or write-protected, if it exists and `overwrite` is
-/// false, or if its directory does not exist.
+/// false, or if its directory does not exist. Devices and pipes may always be written.
 MERIDOR_EXPORT void requireWritable(const QString &target, bool overwrite);
 
 /// Identifies a file and its state, to detect that it was replaced or changed.
@@ -41,7 +41,8 @@ MERIDOR_EXPORT QString replacedFile(const QString &target);
 /// Calls `write` with the name of a new empty file that has the target's directory and extension,
 /// syncs the file to the disk and renames it to the target, see replacedFile. If `write` returns
 /// false or throws, the user cancels before the file is renamed, or a write error occurs, the target
-/// is unchanged and the temporary file is removed. Raises a Failure for a write error and a cancel.
+/// is unchanged and the temporary file is removed. What is written for a device or pipe is
+/// copied to it. Raises a Failure for a write error and a cancel.
 /// @return false if `write` returned false.
 MERIDOR_EXPORT bool replaceFile(const QString &target,
                                 const std::function<bool(const QString &)> &write);

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/project/shapeAccess.h"
+#include "fennimark/FMLine.h"
+#include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/HeldObject.h"
@@ -45,6 +47,22 @@ std::optional<QPointF> centreOf(const MVectorData &geography, int object, qint64
         return {};
     const Rect2D box = shape->GetBounds();
     return QPointF(box.xMin + (box.xMax - box.xMin) * 0.5, box.yMin + (box.yMax - box.yMin) * 0.5);
+}
+
+QVector<QVector<QPointF>> partsOf(const MVectorData &geography, int record)
+{
+    QVector<QVector<QPointF>> parts;
+    if (record < 0)
+        return parts;
+    const fennimark::HeldObject held(*geography.GetFennims()->mTree, record, false);
+    if (const auto *point = held.as<FMPoint>())
+        parts.append({QPointF(point->x, point->y)});
+    else if (const auto *line = held.as<FMLine>())
+        parts = line->GetVertices().toVector();
+    else if (const auto *polygon = held.as<FMPolygon>())
+        for (const QPolygonF &ring : polygon->GetVertices())
+            parts.append(ring);
+    return parts;
 }
 
 } // namespace meridor

@@ -17,4 +17,8 @@ MERIDOR_EXPORT QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int
 MERIDOR_EXPORT std::optional<QPointF> centreOf(const MVectorData &geography, int object,
                                                qint64 time);
 
+/// The parts of the shape of a record: all rings of a polygon, the parts of a line, or the one vertex
+/// of a point. Empty for a record that does not exist.
+MERIDOR_EXPORT QVector<QVector<QPointF>> partsOf(const MVectorData &geography, int record);
+
 } // namespace meridor
