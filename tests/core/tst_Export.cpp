@@ -140,6 +140,16 @@ private Q_SLOTS:
         }
     }
 
+    void passwordsAreNotShown()
+    {
+        QCOMPARE(shownTarget("PG:dbname=t password=s3 user=u"),
+                 QString("PG:dbname=t password=*** user=u"));
+        QCOMPARE(shownTarget("PG:password = 'a b\\' c' port=1"),
+                 QString("PG:password = *** port=1"));
+        QCOMPARE(shownTarget("postgresql://u:s3@h/t"), QString("postgresql://u:***@h/t"));
+        QCOMPARE(shownTarget("password=x.csv"), QString("password=x.csv"));
+    }
+
     void numbersOfATextTableAreExact_data()
     {
         QTest::addColumn<TableCell>("cell");

@@ -120,7 +120,8 @@ void tell(const Options &options, const QVector<int> &datasets, const QString &w
     QStringList names;
     for (const int id : datasets)
         names.append(datasetName(id));
-    QString text = QStringLiteral("%1: %2").arg(options.output, what);
+    const QString target = shownTarget(options.output);
+    QString text = QStringLiteral("%1: %2").arg(target, what);
     if (!names.isEmpty())
         text += QStringLiteral(" of ") + someOf(names);
     if (isStream(options.output)) {
@@ -131,7 +132,7 @@ void tell(const Options &options, const QVector<int> &datasets, const QString &w
         console.print(text);
         return;
     }
-    QJsonObject object{{QStringLiteral("file"), options.output},
+    QJsonObject object{{QStringLiteral("file"), target},
                        {QStringLiteral("bytes"), QFileInfo(options.output).size()},
                        {QStringLiteral("datasets"), QJsonArray::fromStringList(names)}};
     if (rows >= 0)

@@ -2,6 +2,7 @@
 #include "core/formats/featureWriter.h"
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <cpl_conv.h>
@@ -205,8 +206,8 @@ private:
     [[noreturn]] void failWriting() const
     {
         stopIfCancelled();
-        fail(
-            QStringLiteral("%1: could not be written%2").arg(mTarget.path, QuietGdal::complaint()));
+        fail(QStringLiteral("%1: could not be written%2")
+                 .arg(shownTarget(mTarget.path), QuietGdal::complaint()));
     }
 
     void *makeReference() const
@@ -353,21 +354,23 @@ void writeTable(const FeatureTarget &target, const std::function<void(TableSink 
                                    GDAL_OF_VECTOR | GDAL_OF_UPDATE, nullptr, nullptr, nullptr));
     if (!file)
         fail(QStringLiteral("%1: no database that GDAL can write%2")
-                 .arg(target.path, QuietGdal::complaint()));
+                 .arg(shownTarget(target.path), QuietGdal::complaint()));
     if (!target.overwrite
         && GDALDatasetGetLayerByName(file.get(), target.layer.toUtf8().constData()))
-        fail(QStringLiteral("%1: the table %2 is there already").arg(target.path, target.layer),
+        fail(QStringLiteral("%1: the table %2 is there already")
+                 .arg(shownTarget(target.path), target.layer),
              "overwrite");
     CPLErrorReset();
     Transaction transaction(file.get());
     if (!transaction.isOpen())
         fail(QStringLiteral("%1: the database has no transactions%2")
-                 .arg(target.path, QuietGdal::complaint()));
+                 .arg(shownTarget(target.path), QuietGdal::complaint()));
     LayerSink sink(file.get(), target, nullptr);
     pass(sink);
     stopIfCancelled();
     if (!transaction.commit())
-        fail(QStringLiteral("%1: could not be written%2").arg(target.path, QuietGdal::complaint()));
+        fail(QStringLiteral("%1: could not be written%2")
+                 .arg(shownTarget(target.path), QuietGdal::complaint()));
 }
 
 /// GDAL's writers check the writes of their buffers in part only, so the end of the file is read
@@ -453,13 +456,13 @@ void noteLosses(const FeatureTarget &target, const std::function<void(const QStr
         != OGRERR_NONE) {
         note(QStringLiteral("%1: the projection of the map is not one that GDAL knows; it is left "
                             "out")
-                 .arg(target.path));
+                 .arg(shownTarget(target.path)));
         return;
     }
     OSRAutoIdentifyEPSG(reference.get());
     if (target.format == FeatureFormat::GeoJson && !OSRGetAuthorityCode(reference.get(), nullptr))
         note(QStringLiteral("%1: GeoJSON names projections by their codes, and this one has none")
-                 .arg(target.path));
+                 .arg(shownTarget(target.path)));
 }
 
 } // namespace
@@ -470,6 +473,18 @@ bool isConnection(const QString &target)
         if (target.startsWith(QLatin1String(prefix), Qt::CaseInsensitive))
             return true;
     return false;
+}
+
+QString shownTarget(const QString &target)
+{
+    static const QRegularExpression secret(
+        QStringLiteral("(password\\s*=\\s*)('(?:[^'\\\\]|\\\\.)*'|[^\\s,&]*)"),
+        QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression inAddress(QStringLiteral("(://[^:/@]*:)[^@/]*@"));
+    QString shown = target;
+    return isConnection(target) ? shown.replace(secret, QStringLiteral("\\1***"))
+                                      .replace(inAddress, QStringLiteral("\\1***@"))
+                                : shown;
 }
 
 QStringList filesOf(const FeatureTarget &target)

@@ -23,6 +23,8 @@ struct FeatureTarget {
 
 /// Whether the text names a database rather than a file.
 MERIDOR_EXPORT bool isConnection(const QString &target);
+/// The target for messages: a connection text without its password.
+MERIDOR_EXPORT QString shownTarget(const QString &target);
 /// The files that a target consists of; empty for a database.
 MERIDOR_EXPORT QStringList filesOf(const FeatureTarget &target);
 
