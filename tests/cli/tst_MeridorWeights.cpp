@@ -113,6 +113,48 @@ private Q_SLOTS:
         QVERIFY2(nameless.err.contains("--key"), qPrintable(nameless.err));
     }
 
+    /// Each key is written so that it reads back as it is, or refused by its name.
+    void keysSurviveOrAreRefused()
+    {
+        const QStringList keys{"a b",  " a",  "say \"x\"", "two\nlines",
+                               "cr\r", "x,y", "\"",        "plain\"q"};
+        QByteArray table("id,key\n");
+        QByteArray points("id,x,y\n");
+        for (int i = 0; i < keys.size(); ++i) {
+            QString quoted = keys[i];
+            table += QString("%1,\"%2\"\n").arg(i).arg(quoted.replace('"', "\"\"")).toUtf8();
+            points += QString("%1,%1,0\n").arg(i).toUtf8();
+        }
+        mPlace.file("odd.csv", table);
+        mPlace.file("odd_points.csv", points);
+        QCOMPARE(mPlace
+                     .run({"import", "odd_points.csv", "odd.vorn", "--key", "id", "--x", "x", "--y",
+                           "y", "--table", "odd.csv"})
+                     .code,
+                 0);
+        QCOMPARE(mPlace
+                     .run({"weights", "create", "odd.vorn", "near", "--method", "nearest",
+                           "--count", "1"})
+                     .code,
+                 0);
+        const QStringList words{"weights",     "export", "odd.vorn", "near",
+                                "odd_set.csv", "--key",  "key"};
+        const Outcome written = mPlace.run(words);
+        QVERIFY2(written.code == 0, qPrintable(written.err));
+        const Outcome read = mPlace.run({"weights", "import", "odd.vorn", "odd_set.csv", "back",
+                                         "--key", "key", "--strict", "--json"});
+        QVERIFY2(read.code == 0, qPrintable(read.err));
+        QCOMPARE(read.json().value("links").toInt(), 14); // two at each but the ends
+        for (const char *format : {"gal", "gwt", "kwt"}) {
+            const Outcome refused =
+                mPlace.run(words + QStringList{"--format", format, "--overwrite"});
+            QCOMPARE(refused.code, 1);
+            QVERIFY2(refused.err.contains("\"a b\""), qPrintable(refused.err));
+        }
+        const Outcome streamed = mPlace.run({"weights", "export", "odd.vorn", "near", "-"});
+        QVERIFY2(streamed.out.startsWith("from,to,weight\n0,1,1\n"), qPrintable(streamed.out));
+    }
+
     void refusesDamagedFiles()
     {
         const auto check = [this](const char *file, const QByteArray &content, const char *told) {
@@ -135,7 +177,9 @@ private Q_SLOTS:
         check("x.gwt", "0 2 m k\na b -1e300\n", "-1e300 is beyond");
         check("x.kwt", "0 2 m k\na b 1\na b 2\n", "line 3"); // a link twice
         check("x.csv", "a,b\n1,2\n", "from, to and weight");
-        check("x.csv", "from,to,weight\n\"a,b,1\n", "quote");
+        check("x.csv", "from,to,weight\n\"a,b,1\n", "line 2: a quote");
+        check("x.csv", "from,to,weight\n\"a\nb\",c,x\n", "line 3: the weight x");
+        check("x.gal", "1\nM\xFCnchen 0\n", "line 2: is not UTF-8");
         check("x.csv", "from,to,weight\n1,2,1\n", "no id of the file"); // ids of another map
     }
 

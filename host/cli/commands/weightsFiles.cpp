@@ -6,6 +6,7 @@
 #include "cli/commands/projectEdit.h"
 #include "core/analysis/weightsExchange.h"
 #include "core/project/catalog.h"
+#include "core/project/outputFile.h"
 #include "core/project/safeFile.h"
 
 namespace meridor {
@@ -16,35 +17,42 @@ struct Options {
     QString geography;
     QString set;
     QString file;
+    QString format;
     WeightsImport how;
 };
 
-void writeSet(const Options &options, const Context &context)
+void writeSet(Options options, const Context &context)
 {
-    weightsFormatOf(options.file); // raises a Failure for an unknown format before any work
+    if (options.file == QLatin1String("-"))
+        options.file = QStringLiteral("/dev/stdout");
+    weightsFormatOf(options.file,
+                    options.format); // raises a Failure for an unknown format before any work
     requireWritable(options.file, context.overwrite);
     refuseInput(options.file, {options.target.project});
     Session session(context.session, context.user);
     session.loadPacked(options.target.project);
     const int set = findWeightSet(options.set);
     const WrittenWeights written =
-        exportWeights(set, options.file, options.how.key, options.how.at);
+        exportWeights(set, options.file, options.how.key, options.how.at, options.format);
     if (written.losesWeights)
         context.console.note(
             QStringLiteral("%1: neighbours alone, the form holds no weights").arg(options.file));
     const QString when = axisOf(set >> 16).show(written.time);
-    if (context.console.json)
+    const QString summary = QStringLiteral("%1: %2 objects, %3 links, at %4")
+                                .arg(options.file)
+                                .arg(written.objects)
+                                .arg(written.links)
+                                .arg(when);
+    if (isStream(options.file))
+        context.console.note(summary);
+    else if (context.console.json)
         context.console.print(
             QJsonObject{{QStringLiteral("file"), options.file},
                         {QStringLiteral("time"), when},
                         {QStringLiteral("objects"), written.objects},
                         {QStringLiteral("links"), static_cast<double>(written.links)}});
     else
-        context.console.print(QStringLiteral("%1: %2 objects, %3 links, at %4")
-                                  .arg(options.file)
-                                  .arg(written.objects)
-                                  .arg(written.links)
-                                  .arg(when));
+        context.console.print(summary);
 }
 
 void tell(const WeightsMatch &match, const Options &options, const Console &console)
@@ -64,9 +72,9 @@ void tell(const WeightsMatch &match, const Options &options, const Console &cons
 void readSet(const Options &options, const Context &context)
 {
     refuseInput(options.target.file(), {options.file});
-    const WeightsFile file = readWeights(options.file);
     WeightsMatch match;
     editProject(options.target, context, [&](Session &) {
+        const WeightsFile file = readWeights(options.file, options.format);
         const int geography = findGeography(options.geography);
         match = importWeights(geography, options.set, file, options.file, options.how);
     });
@@ -90,8 +98,12 @@ void addWeightsExport(const Command &weights, Context &context)
         "export", "Write a set at a time: .gal (neighbours), .gwt, .kwt or .csv (with weights)");
     projectArgument(command, options->target.project);
     command.text("SET", options->set, "The set, as SET or GEOGRAPHY/SET").required();
-    command.text("FILE", options->file, "The file to write; its suffix determines the format")
+    command
+        .text("FILE", options->file,
+              "The file, whose suffix determines the format; - for standard output")
         .required();
+    command.text("--format", options->format, "gal, gwt, kwt or csv, instead of the suffix")
+        .oneOf(weightsFormatNames());
     command.text("--key", options->how.key,
                  "Dataset whose values identify the objects (default: their keys)");
     command.text("--at", options->how.at, "The time (default: the last)");
@@ -109,6 +121,8 @@ void addWeightsImport(const Command &weights, Context &context)
     projectArgument(command, options->target.project);
     command.text("FILE", options->file, "The file; its ids are keys, not positions").required();
     command.text("SET", options->set, "The new set's name").required();
+    command.text("--format", options->format, "gal, gwt, kwt or csv, instead of the suffix")
+        .oneOf(weightsFormatNames());
     command.text("--geography", options->geography, "The geography, if there are several");
     command.text("--key", options->how.key,
                  "Dataset whose values identify the objects (default: their keys)");

@@ -53,9 +53,10 @@ Interval spanOf(int geography, const QString &text)
 
 } // namespace
 
-WrittenWeights exportWeights(int set, const QString &path, const QString &key, const QString &at)
+WrittenWeights exportWeights(int set, const QString &path, const QString &key, const QString &at,
+                             const QString &formatName)
 {
-    const WeightsFormat format = weightsFormatOf(path);
+    const WeightsFormat format = weightsFormatOf(path, formatName);
     const int geography = set >> 16;
     const int ids = idDataset(geography, key);
     WrittenWeights written;
@@ -69,7 +70,7 @@ WrittenWeights exportWeights(int set, const QString &path, const QString &key, c
     written.objects = weights.egos.size();
     written.links = linksOf(weights);
     written.losesWeights = format == WeightsFormat::Gal && !isOfOnes(weights);
-    writeWeights(path, weights);
+    writeWeights(path, weights, formatName);
     return written;
 }
 

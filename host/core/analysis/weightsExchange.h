@@ -18,8 +18,9 @@ struct WrittenWeights {
 /// a cancel.
 /// @param key  the dataset whose values identify the objects; empty: the key dataset.
 /// @param at  a time as text; empty: the last time.
+/// @param format  as in weightsFormatOf.
 MERIDOR_EXPORT WrittenWeights exportWeights(int set, const QString &path, const QString &key,
-                                            const QString &at);
+                                            const QString &at, const QString &format = QString());
 
 struct WeightsImport {
     QString key;              ///< as in exportWeights

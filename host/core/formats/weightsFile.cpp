@@ -4,44 +4,66 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QSet>
-#include <QTextStream>
+#include <QTextCodec>
+#include <algorithm>
 #include <cmath>
 #include <limits>
-#include <memory>
 #include "core/formats/values.h"
+#include "core/project/cancel.h"
 #include "core/project/failure.h"
-#include "core/project/safeFile.h"
+#include "core/project/outputFile.h"
 #include "core/project/text.h"
 
 namespace meridor {
 namespace {
 
-constexpr int kLongestLine = 1 << 24; ///< in bytes; enough for a million neighbours of one object
+constexpr int kLongestLine = 1 << 24;   ///< in bytes; enough for a million neighbours of one object
+constexpr int kPieceBytes = 1 << 16;    ///< read or written with one call
+constexpr int kLinesPerQuestion = 1024; ///< lines between two questions whether the user cancelled
 
-/// The lines of a file, one in memory at a time. The buffer for the longest line is allocated once
-/// and not initialised, so only the pages that lines reach use memory.
+/// The lines of a file, one in memory at a time.
 class Lines {
 public:
-    Lines(QIODevice &device, const QString &name)
-        : mDevice(device), mName(name), mBuffer(new char[kLongestLine])
-    {
-    }
+    Lines(QIODevice &device, const QString &name) : mDevice(device), mName(name) {}
 
     /// Reads the next line, without its end; false at the end of the file. Empty lines are returned
     /// and counted.
     bool next(QString &line)
     {
-        const auto length = static_cast<int>(mDevice.readLine(mBuffer.get(), kLongestLine));
-        if (length <= 0)
+        if (!fetch())
             return false;
-        ++mNumber;
-        if (length >= kLongestLine - 1 && mBuffer[static_cast<size_t>(length - 1)] != '\n')
-            fail(QStringLiteral("is too long"));
-        line = QString::fromUtf8(mBuffer.get(), length);
-        while (line.endsWith(QLatin1Char('\n')) || line.endsWith(QLatin1Char('\r')))
-            line.chop(1);
-        if (mNumber == 1 && line.startsWith(QChar(QChar::ByteOrderMark)))
-            line.remove(0, 1);
+        while (mLine.endsWith('\n') || mLine.endsWith('\r'))
+            mLine.chop(1);
+        line = text(mLine);
+        return true;
+    }
+
+    /// Reads the fields of the next record of a CSV file, which may contain line breaks in quotes.
+    /// Lines without a field are passed over.
+    bool nextRecord(QStringList &fields)
+    {
+        do {
+            if (!fetch())
+                return false;
+        } while (mLine.trimmed().isEmpty());
+        QByteArray record = mLine;
+        const int first = mNumber;
+        for (bool open = oddQuotes(); open; open = open != oddQuotes()) {
+            if (!fetch()) {
+                mNumber = first;
+                fail(QStringLiteral("a quote is not closed"));
+            }
+            record += mLine;
+            if (record.size() > kLongestLine) {
+                mNumber = first;
+                fail(QStringLiteral("is too long"));
+            }
+        }
+        if (record.endsWith('\n'))
+            record.chop(1);
+        if (record.endsWith('\r'))
+            record.chop(1);
+        fields = fieldsOf(text(record));
         return true;
     }
 
@@ -51,9 +73,76 @@ public:
     }
 
 private:
+    bool oddQuotes() const { return mLine.count('"') % 2 != 0; }
+
+    /// Reads a line with its end into mLine.
+    bool fetch()
+    {
+        mLine.resize(0); // keeps the memory
+        for (;;) {
+            if (mAt == mPiece.size()) {
+                mPiece = mDevice.read(kPieceBytes);
+                mAt = 0;
+                if (mPiece.isEmpty())
+                    break;
+            }
+            const int end = mPiece.indexOf('\n', mAt);
+            const int length = (end < 0 ? mPiece.size() : end + 1) - mAt;
+            mLine.append(mPiece.constData() + mAt, length);
+            mAt += length;
+            if (mLine.size() > kLongestLine) {
+                ++mNumber;
+                fail(QStringLiteral("is too long"));
+            }
+            if (end >= 0)
+                break;
+        }
+        if (mLine.isEmpty())
+            return false;
+        ++mNumber;
+        if (mNumber == 1 && mLine.startsWith("\xEF\xBB\xBF"))
+            mLine.remove(0, 3);
+        if (mNumber % kLinesPerQuestion == 0)
+            stopIfCancelled();
+        return true;
+    }
+
+    QString text(const QByteArray &bytes) const
+    {
+        QTextCodec::ConverterState state;
+        const QString text =
+            QTextCodec::codecForMib(kUtf8)->toUnicode(bytes.constData(), bytes.size(), &state);
+        if (state.invalidChars > 0 || state.remainingChars > 0)
+            fail(QStringLiteral("is not UTF-8"));
+        return text;
+    }
+
+    static QStringList fieldsOf(const QString &record)
+    {
+        QStringList fields{QString()};
+        bool quoted = false;
+        for (int i = 0; i < record.size(); ++i) {
+            const QChar c = record[i];
+            if (c == QLatin1Char('"')) {
+                if (quoted && i + 1 < record.size() && record[i + 1] == c)
+                    fields.last() += record[++i];
+                else
+                    quoted = !quoted;
+            } else if (c == QLatin1Char(',') && !quoted) {
+                fields.append(QString());
+            } else {
+                fields.last() += c;
+            }
+        }
+        return fields;
+    }
+
+    static constexpr int kUtf8 = 106;
     QIODevice &mDevice;
     QString mName;
-    std::unique_ptr<char[]> mBuffer;
+    QByteArray mPiece;
+    int mAt = 0; ///< in mPiece
+    QByteArray mLine;
     int mNumber = 0;
 };
 
@@ -189,36 +278,14 @@ WeightsFile readGwt(Lines &lines)
     return file;
 }
 
-QStringList csvFields(const Lines &lines, const QString &line)
-{
-    QStringList fields{QString()};
-    bool quoted = false;
-    for (int i = 0; i < line.size(); ++i) {
-        const QChar c = line[i];
-        if (c == QLatin1Char('"')) {
-            if (quoted && i + 1 < line.size() && line[i + 1] == c)
-                fields.last() += line[++i];
-            else
-                quoted = !quoted;
-        } else if (c == QLatin1Char(',') && !quoted) {
-            fields.append(QString());
-        } else {
-            fields.last() += c;
-        }
-    }
-    if (quoted)
-        lines.fail(QStringLiteral("a quote is not closed"));
-    return fields;
-}
-
 WeightsFile readCsv(Lines &lines)
 {
     WeightsFile file;
-    QString line;
-    if (!lines.next(line))
+    QStringList fields;
+    if (!lines.nextRecord(fields))
         lines.fail(QStringLiteral("there is no heading"));
     QStringList names;
-    for (const QString &name : csvFields(lines, line))
+    for (const QString &name : qAsConst(fields))
         names.append(name.trimmed().toLower());
     const int from = names.indexOf(QStringLiteral("from"));
     const int to = names.indexOf(QStringLiteral("to"));
@@ -226,10 +293,7 @@ WeightsFile readCsv(Lines &lines)
     if (from < 0 || to < 0)
         lines.fail(QStringLiteral("the columns are from, to and weight"));
     Gatherer gatherer(file, lines);
-    while (lines.next(line)) {
-        if (line.trimmed().isEmpty())
-            continue;
-        const QStringList fields = csvFields(lines, line);
+    while (lines.nextRecord(fields)) {
         if (fields.size() != names.size())
             lines.fail(QStringLiteral("%1 fields, the heading has %2")
                            .arg(fields.size())
@@ -245,7 +309,15 @@ WeightsFile readCsv(Lines &lines)
 
 QString csvField(const QString &text)
 {
-    if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')))
+    if (text.isEmpty())
+        fail(QStringLiteral("an id is empty, which stands for no neighbour in this format"));
+    const bool plain = std::none_of(text.begin(), text.end(),
+                                    [](QChar c) {
+                                        return c == QLatin1Char(',') || c == QLatin1Char('"')
+                                               || c == QLatin1Char('\n') || c == QLatin1Char('\r');
+                                    })
+                       && !text.front().isSpace() && !text.back().isSpace();
+    if (plain)
         return text;
     QString quoted = text;
     quoted.replace(QLatin1String("\""), QLatin1String("\"\""));
@@ -253,12 +325,13 @@ QString csvField(const QString &text)
 }
 
 /// Checks an id for a format whose words are separated by blanks.
-QString word(const QString &text)
+const QString &word(const QString &text)
 {
-    if (text.isEmpty() || text.simplified().contains(QLatin1Char(' ')))
+    if (text.isEmpty()
+        || std::any_of(text.begin(), text.end(), [](QChar c) { return c.isSpace(); }))
         fail(QStringLiteral("the id \"%1\" fits in a CSV file alone: the others part ids by blanks")
                  .arg(text));
-    return text.simplified();
+    return text;
 }
 
 /// A name as one word of the heading. It has no effect on reading.
@@ -269,56 +342,88 @@ QString nameWord(const QString &text)
     return name.isEmpty() ? QStringLiteral("unknown") : name;
 }
 
-void writeHeading(QTextStream &out, const WeightsFile &weights)
+/// Collects text and writes it in pieces.
+class Output {
+public:
+    Output(QIODevice &device, const QString &target) : mDevice(device), mTarget(target) {}
+    Output &operator<<(const QString &text)
+    {
+        mPending += text.toUtf8();
+        if (mPending.size() >= kPieceBytes)
+            flush();
+        return *this;
+    }
+    void flush()
+    {
+        stopIfCancelled();
+        writeWhole(mDevice, mPending, mTarget);
+        mPending.resize(0);
+    }
+
+private:
+    QIODevice &mDevice;
+    QString mTarget;
+    QByteArray mPending;
+};
+
+QString heading(const WeightsFile &weights)
 {
-    out << "0 " << weights.egos.size() << ' ' << nameWord(weights.name) << ' '
-        << nameWord(weights.key) << '\n';
+    return QStringLiteral("0 %1 %2 %3\n")
+        .arg(QString::number(weights.egos.size()), nameWord(weights.name), nameWord(weights.key));
 }
 
-void writeGal(QTextStream &out, const WeightsFile &weights)
+void writeGal(Output &out, const WeightsFile &weights)
 {
-    writeHeading(out, weights);
+    out << heading(weights);
     for (const WeightsFile::Ego &ego : weights.egos) {
-        out << word(ego.id) << ' ' << ego.links.size() << '\n';
+        out << word(ego.id) << QStringLiteral(" %1\n").arg(ego.links.size());
         for (int i = 0; i < ego.links.size(); ++i)
-            out << (i > 0 ? " " : "") << word(ego.links[i].to);
-        out << '\n';
+            out << QString(QLatin1String(i > 0 ? " " : "")) << word(ego.links[i].to);
+        out << QStringLiteral("\n");
     }
 }
 
-void writeGwt(QTextStream &out, const WeightsFile &weights)
+void writeGwt(Output &out, const WeightsFile &weights)
 {
-    writeHeading(out, weights);
+    out << heading(weights);
     for (const WeightsFile::Ego &ego : weights.egos)
         for (const WeightsFile::Link &link : ego.links)
-            out << word(ego.id) << ' ' << word(link.to) << ' ' << exactNumber(link.weight) << '\n';
+            out << word(ego.id) << QStringLiteral(" ") << word(link.to)
+                << QStringLiteral(" %1\n").arg(exactNumber(link.weight));
 }
 
-void writeCsv(QTextStream &out, const WeightsFile &weights)
+void writeCsv(Output &out, const WeightsFile &weights)
 {
-    out << "from,to,weight\n";
+    out << QStringLiteral("from,to,weight\n");
     for (const WeightsFile::Ego &ego : weights.egos) {
         for (const WeightsFile::Link &link : ego.links)
-            out << csvField(ego.id) << ',' << csvField(link.to) << ',' << exactNumber(link.weight)
-                << '\n';
+            out << csvField(ego.id) << QStringLiteral(",") << csvField(link.to)
+                << QStringLiteral(",%1\n").arg(exactNumber(link.weight));
         if (ego.links.isEmpty())
-            out << csvField(ego.id) << ",,\n";
+            out << csvField(ego.id) << QStringLiteral(",,\n");
     }
 }
 
 } // namespace
 
-WeightsFormat weightsFormatOf(const QString &path)
+WeightsFormat weightsFormatOf(const QString &path, const QString &format)
 {
-    const QString suffix = QFileInfo(path).suffix().toLower();
-    const QPair<const char *, WeightsFormat> formats[] = {{"gal", WeightsFormat::Gal},
-                                                          {"gwt", WeightsFormat::Gwt},
-                                                          {"kwt", WeightsFormat::Kwt},
-                                                          {"csv", WeightsFormat::Csv}};
-    for (const auto &format : formats)
-        if (suffix == QLatin1String(format.first))
-            return format.second;
-    failUsage(QStringLiteral("%1: weights stand in .gal, .gwt, .kwt and .csv files").arg(path));
+    const QString name = format.isEmpty() ? QFileInfo(path).suffix().toLower() : format;
+    const QStringList names = weightsFormatNames();
+    const int index = names.indexOf(name);
+    if (index < 0 && format.isEmpty() && isStream(path))
+        return WeightsFormat::Csv;
+    if (index < 0)
+        failUsage(QStringLiteral("%1: weights stand in files of the formats %2")
+                      .arg(path, names.join(QStringLiteral(", "))),
+                  "format");
+    return static_cast<WeightsFormat>(index);
+}
+
+QStringList weightsFormatNames()
+{
+    return {QStringLiteral("gal"), QStringLiteral("gwt"), QStringLiteral("kwt"),
+            QStringLiteral("csv")};
 }
 
 WeightsFile readWeights(QIODevice &device, WeightsFormat format, const QString &name)
@@ -334,35 +439,31 @@ WeightsFile readWeights(QIODevice &device, WeightsFormat format, const QString &
     }
 }
 
-WeightsFile readWeights(const QString &path)
+WeightsFile readWeights(const QString &path, const QString &format)
 {
-    const WeightsFormat format = weightsFormatOf(path);
+    const WeightsFormat known = weightsFormatOf(path, format);
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         fail(QStringLiteral("%1: %2").arg(path, file.errorString()));
-    return readWeights(file, format, path);
+    WeightsFile read = readWeights(file, known, path);
+    if (file.error() != QFile::NoError)
+        fail(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    return read;
 }
 
-void writeWeights(const QString &path, const WeightsFile &weights)
+void writeWeights(const QString &path, const WeightsFile &weights, const QString &format)
 {
-    const WeightsFormat format = weightsFormatOf(path);
-    const bool written = replaceFile(path, [&](const QString &beside) {
-        QFile file(beside);
-        if (!file.open(QIODevice::WriteOnly))
-            return false;
-        QTextStream out(&file);
-        out.setCodec("UTF-8");
-        if (format == WeightsFormat::Gal)
+    const WeightsFormat known = weightsFormatOf(path, format);
+    writeOutput(path, [&](QIODevice &device) {
+        Output out(device, path);
+        if (known == WeightsFormat::Gal)
             writeGal(out, weights);
-        else if (format == WeightsFormat::Csv)
+        else if (known == WeightsFormat::Csv)
             writeCsv(out, weights);
         else
             writeGwt(out, weights);
         out.flush();
-        return out.status() == QTextStream::Ok && file.flush();
     });
-    if (!written)
-        fail(QStringLiteral("%1: could not be written").arg(path));
 }
 
 } // namespace meridor

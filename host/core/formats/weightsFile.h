@@ -19,9 +19,12 @@ namespace meridor {
 
 enum class WeightsFormat { Gal, Gwt, Kwt, Csv };
 
-/// The format by the suffix of the file name; raises a Failure of kind Misused for any other
-/// suffix.
-MERIDOR_EXPORT WeightsFormat weightsFormatOf(const QString &path);
+/// "gal", "gwt", "kwt", "csv".
+MERIDOR_EXPORT QStringList weightsFormatNames();
+/// The format of a name, else by the suffix of the file; CSV for a device or pipe without a suffix.
+/// Raises a Failure of kind Misused for any other.
+MERIDOR_EXPORT WeightsFormat weightsFormatOf(const QString &path,
+                                             const QString &format = QString());
 
 /// The content of a file, objects in its order. Ids are texts; they are never positions of objects.
 struct WeightsFile {
@@ -39,15 +42,17 @@ struct WeightsFile {
 };
 
 /// Raises a Failure that names the line if the number of objects or neighbours differs from the
-/// stated count, if a weight is no number or exceeds 32 bits, or if an object or a link occurs
-/// twice.
-MERIDOR_EXPORT WeightsFile readWeights(const QString &path);
+/// stated count, if a weight is no number or exceeds 32 bits, if an object or a link occurs twice, or
+/// if the text is not UTF-8. Asks for a cancel as it reads.
+/// @param format  as in weightsFormatOf.
+MERIDOR_EXPORT WeightsFile readWeights(const QString &path, const QString &format = QString());
 /// Reads from an open device. @param name  the name of the device in messages.
 MERIDOR_EXPORT WeightsFile readWeights(QIODevice &device, WeightsFormat format,
                                        const QString &name);
 
-/// Writes a file, in the format of its suffix. Raises a Failure for a write error, and for an id
-/// with blanks in a format other than CSV.
-MERIDOR_EXPORT void writeWeights(const QString &path, const WeightsFile &weights);
+/// Replaces a file atomically, or writes to a device or pipe. Raises a Failure for a write error, for
+/// an empty id, and for an id with blanks or line breaks in a format other than CSV.
+MERIDOR_EXPORT void writeWeights(const QString &path, const WeightsFile &weights,
+                                 const QString &format = QString());
 
 } // namespace meridor
