@@ -3,11 +3,11 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
-#include <QSet>
 #include <QTextCodec>
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 #include "core/formats/values.h"
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
@@ -182,41 +182,97 @@ int readHeading(Lines &lines, WeightsFile &file)
     return count;
 }
 
-/// Collects links by object, objects in the order of their first occurrence.
+/// A set of numbers in one block of memory, which is freed at once.
+class NumberSet {
+public:
+    /// False if the number is there already.
+    bool insert(quint64 number)
+    {
+        if (2 * mCount >= mPlaces.size())
+            grow();
+        quint64 &place = find(number);
+        if (place != kFree)
+            return false;
+        place = number;
+        ++mCount;
+        return true;
+    }
+
+private:
+    static constexpr quint64 kFree = ~quint64(0);
+
+    /// The place of the number, or the free one where it belongs.
+    quint64 &find(quint64 number)
+    {
+        const size_t mask = mPlaces.size() - 1;
+        size_t at = static_cast<size_t>((number * 0x9E3779B97F4A7C15ULL) >> 20) & mask;
+        while (mPlaces[at] != kFree && mPlaces[at] != number)
+            at = (at + 1) & mask;
+        return mPlaces[at];
+    }
+    void grow()
+    {
+        const std::vector<quint64> old = std::move(mPlaces);
+        mPlaces.assign(std::max<size_t>(64, 2 * old.size()), kFree);
+        for (const quint64 number : old)
+            if (number != kFree)
+                find(number) = number;
+    }
+
+    std::vector<quint64> mPlaces; ///< a power of two
+    size_t mCount = 0;
+};
+
+/// Collects links by object, objects in the order of their first occurrence. Each id is one text in
+/// memory, which all its links share.
 class Gatherer {
 public:
     Gatherer(WeightsFile &file, const Lines &lines) : mFile(file), mLines(lines) {}
 
     int ego(const QString &id)
     {
-        const auto found = mIndex.constFind(id);
-        if (found != mIndex.constEnd())
-            return *found;
-        mFile.egos.append({id, {}});
-        mIndex.insert(id, mFile.egos.size() - 1);
-        return mFile.egos.size() - 1;
+        int &ego = mIds[numberOf(id)].ego;
+        if (ego < 0) {
+            ego = mFile.egos.size();
+            mFile.egos.append({mIds[numberOf(id)].text, {}});
+        }
+        return ego;
     }
     int newEgo(const QString &id)
     {
-        if (mIndex.contains(id))
+        if (mIds[numberOf(id)].ego >= 0)
             mLines.fail(QStringLiteral("object %1 is there already").arg(id));
         return ego(id);
     }
     void link(int ego, const QString &to, double weight)
     {
-        const int size = mLinks.size();
-        mLinks.insert(qMakePair(ego, to));
-        if (mLinks.size() == size)
+        const size_t number = numberOf(to);
+        if (!mLinks.insert(quint64(ego) << 32 | quint64(number)))
             mLines.fail(QStringLiteral("the link from %1 to %2 is there already")
                             .arg(mFile.egos[ego].id, to));
-        mFile.egos[ego].links.append({to, weight});
+        mFile.egos[ego].links.append({mIds[number].text, weight});
     }
 
 private:
+    struct Id {
+        QString text;
+        int ego = -1;
+    };
+    size_t numberOf(const QString &id)
+    {
+        const auto found = mNumbers.constFind(id);
+        if (found != mNumbers.constEnd())
+            return *found;
+        mNumbers.insert(id, mIds.size());
+        mIds.push_back({id, -1});
+        return mIds.size() - 1;
+    }
+
     WeightsFile &mFile;
     const Lines &mLines;
-    QHash<QString, int> mIndex;
-    QSet<QPair<int, QString>> mLinks;
+    QHash<QString, size_t> mNumbers;
+    std::vector<Id> mIds;
+    NumberSet mLinks; ///< number of the object, then of its neighbour
 };
 
 /// The ids of neighbours may continue over several lines, and their line may be absent for an
