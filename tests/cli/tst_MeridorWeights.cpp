@@ -46,6 +46,9 @@ private Q_SLOTS:
         const QJsonArray neighbors = neighborsOf({"p.vorn", "queen", "C 3", "--at", "2001"});
         QCOMPARE(neighbors.size(), 2);
         QCOMPARE(neighbors[0].toObject().value("weight").toDouble(), 0.5);
+        QCOMPARE(neighbors[0].toObject().value("name").toString(), QString("B 2"));
+        const Outcome selected = mPlace.run({"select", "p.vorn", "v", "--min", "5"});
+        QCOMPARE(selected.out.simplified(), QString("object name value c C 3 5 d D 4 7"));
         QCOMPARE(mPlace.run({"neighbors", "p.vorn", "queen", "d", "--at", "2000"}).code,
                  1); // not yet there
         QCOMPARE(mPlace.run({"weights", "show", "p.vorn", "queen", "--at", "1900"}).code,
@@ -236,6 +239,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.at("times/1/objects").toInt(), 4);
         // z = -3 -1 1 3: sum w z z = -3*-1 + -1*(-3+1)/2 + 1*(-1+3)/2 + 3*1 = 8, over 20.
         QVERIFY(qAbs(outcome.at("times/1/I").toDouble() - 0.4) < 1e-12);
+        QCOMPARE(outcome.at("times/1/local/3/name").toString(), QString("D 4"));
         QCOMPARE(mPlace.run(words + QStringList{"--overwrite"}).out,
                  outcome.out); // equal seeds, equal results
         const Outcome stats = mPlace.run({"stats", "m.vorn", "m I", "--json"});

@@ -24,17 +24,22 @@ struct Options {
     MoranPlan plan;
 };
 
-QJsonObject objectToJson(const MoranAt &result, int i, const QStringList &keys)
+QJsonObject objectToJson(const MoranAt &result, int i, const QStringList &keys,
+                         const QStringList &names)
 {
     const auto at = static_cast<size_t>(i);
-    return {{QStringLiteral("object"), keys[result.objects[i]]},
-            {QStringLiteral("I"), jsonNumber(result.local.values[at])},
-            {QStringLiteral("z"), jsonNumber(result.local.deviates[at])},
-            {QStringLiteral("p"), jsonNumber(result.local.p[at])},
-            {QStringLiteral("cluster"), clusterName(result, i)}};
+    QJsonObject object{{QStringLiteral("object"), keys[result.objects[i]]},
+                       {QStringLiteral("I"), jsonNumber(result.local.values[at])},
+                       {QStringLiteral("z"), jsonNumber(result.local.deviates[at])},
+                       {QStringLiteral("p"), jsonNumber(result.local.p[at])},
+                       {QStringLiteral("cluster"), clusterName(result, i)}};
+    if (!names.isEmpty())
+        object.insert(QStringLiteral("name"), names[result.objects[i]]);
+    return object;
 }
 
-QJsonObject toJson(const MoranAt &result, const QString &when, const QStringList &keys)
+QJsonObject toJson(const MoranAt &result, const QString &when, const QStringList &keys,
+                   const QStringList &names)
 {
     QJsonObject object{{QStringLiteral("time"), when},
                        {QStringLiteral("objects"), result.objects.size()},
@@ -46,27 +51,35 @@ QJsonObject toJson(const MoranAt &result, const QString &when, const QStringList
         return object;
     QJsonArray local;
     for (int i = 0; i < result.objects.size(); ++i)
-        local.append(objectToJson(result, i, keys));
+        local.append(objectToJson(result, i, keys, names));
     object.insert(QStringLiteral("local"), local);
     return object;
 }
 
 void printLocal(const QJsonObject &result, const Console &console)
 {
-    TextTable table({{QStringLiteral("object"), TextTable::Left},
-                     {QStringLiteral("I"), TextTable::Right},
-                     {QStringLiteral("z"), TextTable::Right},
-                     {QStringLiteral("p"), TextTable::Right},
-                     {QStringLiteral("cluster"), TextTable::Left}});
+    const QJsonArray rows = result.value(QStringLiteral("local")).toArray();
+    const bool names = rows.first().toObject().contains(QStringLiteral("name"));
+    QVector<QPair<QString, TextTable::Align>> columns{{QStringLiteral("object"), TextTable::Left}};
+    if (names)
+        columns.append({QStringLiteral("name"), TextTable::Left});
+    columns += {{QStringLiteral("I"), TextTable::Right},
+                {QStringLiteral("z"), TextTable::Right},
+                {QStringLiteral("p"), TextTable::Right},
+                {QStringLiteral("cluster"), TextTable::Left}};
+    TextTable table(columns);
     const auto number = [](const QJsonValue &value) {
         return shortNumber(value.toDouble(std::numeric_limits<double>::quiet_NaN()), 4);
     };
-    for (const QJsonValue &value : result.value(QStringLiteral("local")).toArray()) {
+    for (const QJsonValue &value : rows) {
         const QJsonObject row = value.toObject();
-        table.add({row.value(QStringLiteral("object")).toString(),
-                   number(row.value(QStringLiteral("I"))), number(row.value(QStringLiteral("z"))),
-                   number(row.value(QStringLiteral("p"))),
-                   row.value(QStringLiteral("cluster")).toString()});
+        QStringList cells{row.value(QStringLiteral("object")).toString()};
+        if (names)
+            cells.append(row.value(QStringLiteral("name")).toString());
+        cells << number(row.value(QStringLiteral("I"))) << number(row.value(QStringLiteral("z")))
+              << number(row.value(QStringLiteral("p")))
+              << row.value(QStringLiteral("cluster")).toString();
+        table.add(cells);
     }
     table.print(console);
 }
@@ -134,10 +147,11 @@ QJsonArray compute(const Options &options, MoranPlan plan)
     const TimeAxis axis = axisOf(geography);
     const bool always = datasetOf(plan.dataset)->IsStatic();
     const QStringList keys = objectKeys(geography);
+    const QStringList names = plan.local ? objectNames(geography) : QStringList();
     QJsonArray results;
     for (const MoranAt &result : found)
-        results.append(
-            toJson(result, always ? QStringLiteral("always") : axis.show(result.when), keys));
+        results.append(toJson(result, always ? QStringLiteral("always") : axis.show(result.when),
+                              keys, names));
     return results;
 }
 

@@ -31,6 +31,7 @@ struct Options {
 
 struct Row {
     QString object;
+    QString name; ///< null if the geography has no names
     double weight = kNone;
     double distance = kNone; ///< in map units; for border weights the length of the border
 };
@@ -39,13 +40,17 @@ struct Row {
 void print(const QVector<Row> &rows, QJsonObject head, const char *distanceName,
            const Console &console)
 {
+    bool names = false;
     bool weights = false;
     bool distances = false;
     for (const Row &row : rows) {
+        names |= !row.name.isNull();
         weights |= !std::isnan(row.weight);
         distances |= !std::isnan(row.distance);
     }
     QVector<QPair<QString, TextTable::Align>> columns{{QStringLiteral("object"), TextTable::Left}};
+    if (names)
+        columns.append({QStringLiteral("name"), TextTable::Left});
     if (weights)
         columns.append({QStringLiteral("weight"), TextTable::Right});
     if (distances)
@@ -55,6 +60,10 @@ void print(const QVector<Row> &rows, QJsonObject head, const char *distanceName,
     for (const Row &row : rows) {
         QStringList cells{row.object};
         QJsonObject entry{{QStringLiteral("object"), row.object}};
+        if (names) {
+            cells.append(row.name);
+            entry.insert(QStringLiteral("name"), row.name);
+        }
         if (weights) {
             cells.append(shortNumber(row.weight, 6));
             entry.insert(QStringLiteral("weight"), jsonNumber(row.weight));
@@ -113,15 +122,18 @@ void runNeighbors(const Options &options, const Context &context)
             fail(QStringLiteral("weight set %1 has nothing at %2").arg(set.GetName(), when));
         }
     }
+    const QStringList names = objectNames(geography, time);
     QVector<Row> rows;
     for (const neighborDatum &neighbor : neighbors)
-        rows.append(
-            {keys[neighbor.id], static_cast<double>(neighbor.weight), distanceOf(set, neighbor)});
-    print(rows,
-          {{QStringLiteral("set"), set.GetName()},
-           {QStringLiteral("object"), keys[object]},
-           {QStringLiteral("time"), when}},
-          set.GeoType() == AdjacencySet::PolygonGeography ? "border" : "distance", context.console);
+        rows.append({keys[neighbor.id], names.value(neighbor.id),
+                     static_cast<double>(neighbor.weight), distanceOf(set, neighbor)});
+    QJsonObject head{{QStringLiteral("set"), set.GetName()},
+                     {QStringLiteral("object"), keys[object]},
+                     {QStringLiteral("time"), when}};
+    if (!names.isEmpty())
+        head.insert(QStringLiteral("name"), names[object]);
+    print(rows, head, set.GeoType() == AdjacencySet::PolygonGeography ? "border" : "distance",
+          context.console);
 }
 
 QPointF placeOf(int geography, int object, qint64 time)
@@ -150,11 +162,12 @@ void runNearest(const Options &options, const Context &context)
         fail(QStringLiteral("no object of %1 exists at %2")
                  .arg(geographyName(geography), axisOf(geography).show(time)));
     const QStringList keys = objectKeys(geography);
+    const QStringList names = objectNames(geography, time);
     QVector<Row> rows;
     for (const neighborDatum &neighbor : found)
         if (neighbor.id != self && rows.size() < options.count)
-            rows.append(
-                {keys[neighbor.id], kNone, std::sqrt(static_cast<double>(neighbor.distance))});
+            rows.append({keys[neighbor.id], names.value(neighbor.id), kNone,
+                         std::sqrt(static_cast<double>(neighbor.distance))});
     print(rows,
           {{QStringLiteral("place"), QJsonArray{place.x(), place.y()}},
            {QStringLiteral("time"), axisOf(geography).show(time)}},

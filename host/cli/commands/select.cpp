@@ -23,15 +23,25 @@ void run(const Options &options, const Context &context)
     const int geography = VORN_GetGeographyId(dataset);
     const qint64 time = chooseTime(dataset, options.choice.at);
     const QStringList keys = objectKeys(geography);
+    const QStringList names = objectNames(geography, time);
     QJsonArray objects;
-    TextTable table(
-        {{QStringLiteral("object"), TextTable::Left}, {QStringLiteral("value"), TextTable::Right}});
+    QVector<QPair<QString, TextTable::Align>> columns{{QStringLiteral("object"), TextTable::Left}};
+    if (!names.isEmpty())
+        columns.append({QStringLiteral("name"), TextTable::Left});
+    columns.append({QStringLiteral("value"), TextTable::Right});
+    TextTable table(columns);
     for (const int object : chosenObjects(geography, options.choice)) {
         datum value;
         VORN_GetDataValue(dataset, 0, static_cast<unsigned int>(object), time, value);
-        objects.append(QJsonObject{{QStringLiteral("object"), keys[object]},
-                                   {QStringLiteral("value"), jsonValue(value)}});
-        table.add({keys[object], textOf(value)});
+        QJsonObject entry{{QStringLiteral("object"), keys[object]},
+                          {QStringLiteral("value"), jsonValue(value)}};
+        QStringList cells{keys[object]};
+        if (!names.isEmpty()) {
+            entry.insert(QStringLiteral("name"), names[object]);
+            cells.append(names[object]);
+        }
+        objects.append(entry);
+        table.add(cells << textOf(value));
     }
     if (context.console.json)
         context.console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},

@@ -30,9 +30,11 @@ void run(const Options &options, const Context &context)
     const TimeAxis axis = axisOf(geography);
     const bool always = VORN_GetDatasetProperties(dataset).isStatic;
 
+    const QString name = isGrid ? QString() : objectNames(geography).value(object);
     QJsonArray entries;
-    TextTable table(
-        {{QStringLiteral("time"), TextTable::Left}, {QStringLiteral("value"), TextTable::Right}});
+    // The heading of the values tells which object was found.
+    const QString heading = name.isNull() ? QStringLiteral("value") : name;
+    TextTable table({{QStringLiteral("time"), TextTable::Left}, {heading, TextTable::Right}});
     QVector<Interval> intervals;
     VORN_GetDataIntervals(dataset, 0, object, intervals);
     for (const Interval &interval : intervals) {
@@ -58,12 +60,16 @@ void run(const Options &options, const Context &context)
     }
     const QString key = isGrid ? QStringLiteral("%1,%2").arg(cell.first).arg(cell.second)
                                : objectKeys(geography).value(object);
-    if (context.console.json)
-        context.console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
-                                          {QStringLiteral("object"), key},
-                                          {QStringLiteral("values"), entries}});
-    else
+    if (!context.console.json) {
         table.print(context.console);
+        return;
+    }
+    QJsonObject result{{QStringLiteral("dataset"), datasetName(dataset)},
+                       {QStringLiteral("object"), key},
+                       {QStringLiteral("values"), entries}};
+    if (!name.isNull())
+        result.insert(QStringLiteral("name"), name);
+    context.console.print(result);
 }
 
 } // namespace

@@ -127,36 +127,14 @@ private:
         return ratio * (degrees ? std::cos(middle * kRadian) : 1);
     }
 
-    /// Display names of the objects: the texts of a dataset that is called a name, or whose texts
-    /// are all different; else the keys.
+    /// Display names of the objects: their names, else their keys.
     QStringList labels() const
     {
-        int chosen = -1;
-        for (const int id : datasetIds(mId)) {
-            const MDataset &dataset = *datasetOf(id);
-            if (dataset.GetDataType() != StringType || id == keyDataset(mId))
-                continue;
-            if (datasetName(id).contains(QLatin1String("name"), Qt::CaseInsensitive))
-                return latestTexts(id);
-            bool capped = false;
-            if (chosen < 0 && dataset.IsStatic()
-                && VORN_GetUniqueDataCount(id, capped) == mProps.objectCount)
-                chosen = id;
-        }
-        return chosen >= 0 ? latestTexts(chosen) : mShown.keys;
-    }
-
-    QStringList latestTexts(int dataset) const
-    {
+        const QStringList names = objectNames(mId);
         QStringList texts = mShown.keys;
-        for (const Interval &when : dataTimes(dataset)) {
-            QVector<QString> values;
-            QSet<int> missing;
-            VORN_GetDataValues(dataset, 0, instantOf(when), values, missing);
-            for (int i = 0; i < values.size() && i < texts.size(); ++i)
-                if (!missing.contains(i) && !values[i].isEmpty())
-                    texts[i] = values[i];
-        }
+        for (int i = 0; i < names.size() && i < texts.size(); ++i)
+            if (!names[i].isNull())
+                texts[i] = names[i];
         return texts;
     }
 
