@@ -6,6 +6,7 @@
 #include "cli/commands/commands.h"
 #include "core/formats/cubeReader.h"
 #include "core/formats/rasterReader.h"
+#include "core/formats/sourceFile.h"
 #include "core/import/cubeImporter.h"
 #include "core/import/rasterImporter.h"
 #include "core/project/catalog.h"
@@ -92,6 +93,9 @@ void refuseMapOptions(const ImportOptions &import, bool isCube)
         {"--observations", !import.observations.isEmpty()},
         {"--type", !import.types.isEmpty()},
         {"--missing", !import.missing.isEmpty()},
+        {"--missing-also", !import.missingAlso.isEmpty()},
+        {"--decimal", !import.decimal.isEmpty()},
+        {"--encoding", !import.encoding.isEmpty()},
         {"--snap", import.snap > 0},
         {"--start", !import.start.isEmpty() && isCube},
         {"--start without --times", !import.start.isEmpty() && !import.bandsAreTimes},
@@ -105,8 +109,11 @@ void refuseMapOptions(const ImportOptions &import, bool isCube)
 
 void run(const Options &options, const Context &context)
 {
-    const bool isCube = !options.raster && isCubeFile(options.import.map);
-    const bool isRaster = !isCube && (options.raster || isRasterFile(options.import.map));
+    // A pipe is read once, as a map.
+    const bool isPipe = isStream(options.import.map);
+    const bool isCube = !options.raster && !isPipe && isCubeFile(options.import.map);
+    const bool isRaster =
+        !isCube && (options.raster || (!isPipe && isRasterFile(options.import.map)));
     if (isCube || isRaster)
         refuseMapOptions(options.import, isCube);
     if (!isCube && (options.import.packed || !options.import.realizations.isEmpty()))
@@ -138,7 +145,8 @@ void run(const Options &options, const Context &context)
 void addInputs(const Command &command, Options &options)
 {
     ImportOptions &import = options.import;
-    command.text("MAP", import.map, "A vector file, a table with --x and --y, or a raster")
+    command
+        .text("MAP", import.map, "A vector file, a database, a table with --x and --y, or a raster")
         .required();
     command.text("PROJECT", options.project, "The project to write").required();
     command.flag("--append", options.append, "Add the geography to an existing project");
@@ -187,7 +195,13 @@ void addValues(const Command &command, ImportOptions &import)
                   "NAME=VALUE@START/next, all fields");
     command.texts("--type", import.types,
                   "NAME=decimal, integer or text, instead of the recognised type");
-    command.texts("--missing", import.missing, "Text that stands for a missing value; repeatable");
+    command.texts("--missing", import.missing,
+                  "Text of a missing value, in place of n/a, NA, N/A, NaN, null and -; repeatable");
+    command.texts("--missing-also", import.missingAlso, "A further text; repeatable");
+    command.text("--decimal", import.decimal, "Decimal separator of texts, a point or a comma")
+        .oneOf({".", ","});
+    command.text("--encoding", import.encoding,
+                 "Encoding of texts, such as Windows-1252 (default: UTF-8 if they are)");
     command.flag("--strict", import.strict, "Fail if keys of a table and of the map do not match");
 }
 

@@ -48,8 +48,8 @@ QList<QVector<QPointF>> ringsOfFile(const QString &path)
     const FeatureTable table = readFeatures(path, ReadOptions());
     if (table.shapeKind != ShapeKind::Polygons)
         fail(path + QStringLiteral(": holds no polygons"));
-    for (const ShapeParts &shape : table.shapes)
-        rings += shape.toList();
+    for (int row = 0; row < table.rows; ++row)
+        rings += table.shapes->parts(row).toList();
     return rings;
 }
 

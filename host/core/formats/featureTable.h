@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
-/// The content of a vector file or table as plain values: columns of cells and, for a map, one
-/// shape per row.
+/// The content of a vector file or table: columns of cells and, for a map, one shape per row. Cells
+/// and shapes are kept in a Spool, so a table takes a bounded amount of memory.
 #pragma once
 #include <QPointF>
+#include <QRectF>
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <cstring>
+#include <memory>
 #include <string_view>
-#include <vector>
+#include "core/formats/spool.h"
 
 namespace meridor {
 
@@ -18,44 +21,69 @@ enum class ShapeKind { None, Points, Polygons, Lines };
 /// the parts of a line, or the single vertex of a point. Empty: the row has no shape.
 using ShapeParts = QVector<QVector<QPointF>>;
 
-/// The cells of one column, concatenated as UTF-8 in one buffer; this avoids a string object per
-/// cell. An empty cell is a missing value.
-class Cells {
+/// The shapes of the rows of a map. A shape is stored as the number of its parts and their sizes,
+/// 32 bits each, and its vertices.
+class MERIDOR_EXPORT Shapes {
 public:
-    void append(const QByteArray &text)
+    explicit Shapes(const std::shared_ptr<Spool> &spool) : mCells(spool) {}
+
+    void append(const ShapeParts &parts);
+    int size() const { return mCells.size(); }
+    bool isEmpty(int row) const { return mCells.view(row).empty(); }
+    ShapeParts parts(int row) const;
+    /// Calls `visit` with each vertex of a shape.
+    template <class Visit> void visitVertices(int row, Visit visit) const
     {
-        mBytes.insert(mBytes.end(), text.cbegin(), text.cend());
-        mEnds.push_back(mBytes.size());
+        const std::string_view shape = mCells.view(row);
+        if (shape.empty())
+            return;
+        quint32 parts = 0;
+        std::memcpy(&parts, shape.data(), sizeof parts);
+        for (size_t at = sizeof parts * (parts + size_t(1)); at < shape.size();
+             at += sizeof(double[2])) {
+            double place[2];
+            std::memcpy(place, shape.data() + at, sizeof place);
+            visit(place[0], place[1]);
+        }
     }
-    int size() const { return static_cast<int>(mEnds.size()); }
-    std::string_view view(int row) const
-    {
-        const auto index = static_cast<size_t>(row);
-        const size_t start = index == 0 ? 0 : mEnds[index - 1];
-        return std::string_view(mBytes.data() + start, mEnds[index] - start);
-    }
-    bool isMissing(int row) const { return view(row).empty(); }
-    bool same(int a, int b) const { return view(a) == view(b); }
-    /// The text of a cell; null if it is missing.
-    QString operator[](int row) const
-    {
-        const std::string_view text = view(row);
-        return text.empty() ? QString()
-                            : QString::fromUtf8(text.data(), static_cast<int>(text.size()));
-    }
+    /// The smallest rectangle around all vertices; null without vertices.
+    QRectF bounds() const;
+    qint64 vertexCount() const { return mVertices; }
 
 private:
-    std::vector<char> mBytes;
-    std::vector<size_t> mEnds;
+    Cells mCells;
+    std::vector<char> mBuffer; ///< the shape that is being appended
+    qint64 mVertices = 0;
+    double mLeft = 0, mRight = 0, mLow = 0, mHigh = 0;
 };
 
 struct Column {
     QString name;
     bool typed = false; ///< the file declares `kind`; otherwise it is recognised from the cells
     ValueKind kind = ValueKind::Text;
-    Cells cells;          ///< numbers with all their digits
+    std::shared_ptr<Cells> cells; ///< UTF-8, numbers with all their digits
+    char decimal = '.';           ///< the decimal separator of its cells
     QString file;         ///< the file of a joined column; empty for the table's own columns
-    QVector<int> fileRow; ///< of a joined column: the row in `file`, -1 for none
+    QVector<int> fileRow; ///< of a joined column: the row in `file` and `cells`, -1 for none
+
+    std::string_view view(int row) const
+    {
+        if (fileRow.isEmpty())
+            return cells->view(row);
+        return fileRow[row] < 0 ? std::string_view() : cells->view(fileRow[row]);
+    }
+    bool isMissing(int row) const { return view(row).empty(); }
+    bool same(int a, int b) const
+    {
+        return a == b || std::string(view(a)) == view(b); // a view ends with the next one
+    }
+    /// The text of a cell; null if it is missing.
+    QString text(int row) const
+    {
+        const std::string_view cell = view(row);
+        return cell.empty() ? QString()
+                            : QString::fromUtf8(cell.data(), static_cast<int>(cell.size()));
+    }
 };
 
 struct FeatureTable {
@@ -64,7 +92,8 @@ struct FeatureTable {
     QString projection; ///< WKT; empty if the file has none
     ShapeKind shapeKind = ShapeKind::None;
     QVector<Column> columns;
-    QVector<ShapeParts> shapes; ///< one per row for a map, empty for a table
+    std::shared_ptr<Spool> spool = std::make_shared<Spool>();
+    std::shared_ptr<Shapes> shapes; ///< of a map; null for a table
     int rows = 0;
 
     /// -1 if there is no such column.

@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <cpl_conv.h>
 #include <cpl_error.h>
+#include "core/formats/sourceFile.h"
 #include "core/project/failure.h"
 
 namespace meridor {
@@ -47,6 +48,9 @@ GdalFile openGdalFile(const QString &path, unsigned kinds, const char *const *op
 
 void failUnread(const QString &path)
 {
+    if (isConnection(path))
+        fail(QStringLiteral("%1: cannot be opened%2")
+                 .arg(withoutPassword(path), withoutPassword(QuietGdal::complaint())));
     const bool there = QFileInfo::exists(path);
     fail(QStringLiteral("%1: %2%3")
              .arg(path,

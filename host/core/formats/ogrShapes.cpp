@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/formats/ogrShapes.h"
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include "core/project/failure.h"
 
@@ -14,9 +16,29 @@ struct FreeGeometry {
     }
 };
 
+ShapeKind kindOf(OGRGeometryH geometry);
+
+/// The kind that all members have which are not empty; None if they differ.
+ShapeKind kindOfMembers(OGRGeometryH collection)
+{
+    ShapeKind kind = ShapeKind::None;
+    for (int i = 0; i < OGR_G_GetGeometryCount(collection); ++i) {
+        OGRGeometryH member = OGR_G_GetGeometryRef(collection, i);
+        if (OGR_G_IsEmpty(member))
+            continue;
+        const ShapeKind own = kindOf(member);
+        if (own == ShapeKind::None || (kind != ShapeKind::None && own != kind))
+            return ShapeKind::None;
+        kind = own;
+    }
+    return kind;
+}
+
 ShapeKind kindOf(OGRGeometryH geometry)
 {
     switch (wkbFlatten(OGR_G_GetGeometryType(geometry))) {
+    case wkbGeometryCollection:
+        return kindOfMembers(geometry);
     case wkbPoint:
     case wkbMultiPoint:
         return ShapeKind::Points;
@@ -25,6 +47,7 @@ ShapeKind kindOf(OGRGeometryH geometry)
         return ShapeKind::Lines;
     case wkbPolygon:
     case wkbMultiPolygon:
+    case wkbTriangle:
         return ShapeKind::Polygons;
     default:
         return ShapeKind::None;
@@ -51,6 +74,28 @@ bool isClosed(const QVector<QPointF> &part)
            && part.first().y() == part.last().y();
 }
 
+/// Whether all vertices lie on one line, up to rounding: such a ring has no area.
+bool isStraight(const QVector<QPointF> &ring)
+{
+    const QPointF origin = ring.first();
+    QPointF along;
+    for (const QPointF &point : ring) {
+        const QPointF side = point - origin;
+        if (std::abs(side.x()) + std::abs(side.y()) > std::abs(along.x()) + std::abs(along.y()))
+            along = side;
+    }
+    return std::all_of(ring.begin(), ring.end(), [&](const QPointF &point) {
+        const double left = along.x() * (point.y() - origin.y());
+        const double right = along.y() * (point.x() - origin.x());
+        // Differences of coordinates carry the rounding of the coordinates themselves.
+        const double slack = 4 * std::numeric_limits<double>::epsilon()
+                             * (std::abs(along.x()) + std::abs(along.y()))
+                             * (std::abs(point.x()) + std::abs(point.y()) + std::abs(origin.x())
+                                + std::abs(origin.y()));
+        return std::abs(left - right) <= slack;
+    });
+}
+
 /// The number of vertices that differ from the one before.
 int distinct(const QVector<QPointF> &points)
 {
@@ -63,17 +108,14 @@ int distinct(const QVector<QPointF> &points)
 QVector<QPointF> vertices(const FeatureTable &table, OGRGeometryH part)
 {
     const int count = OGR_G_GetPointCount(part);
-    QVector<QPointF> points;
-    points.reserve(count);
-    for (int i = 0; i < count; ++i) {
-        const double x = OGR_G_GetX(part, i);
-        const double y = OGR_G_GetY(part, i);
-        if (!std::isfinite(x) || !std::isfinite(y))
+    QVector<QPointF> points(count);
+    constexpr int kStride = sizeof(QPointF);
+    OGR_G_GetPoints(part, &points.data()->rx(), kStride, &points.data()->ry(), kStride, nullptr, 0);
+    for (int i = 0; i < count; ++i)
+        if (!std::isfinite(points[i].x()) || !std::isfinite(points[i].y()))
             fail(QStringLiteral("%1: vertex %2 is not finite")
                      .arg(place(table, table.rows))
                      .arg(i + 1));
-        points.append(QPointF(x, y));
-    }
     return points;
 }
 
@@ -85,12 +127,11 @@ void collect(const FeatureTable &table, OGRGeometryH geometry, ShapeKind kind, S
     if (children > 0 || OGR_G_GetPointCount(geometry) == 0)
         return;
     const QVector<QPointF> points = vertices(table, geometry);
-    // A ring of fewer than three distinct places has no area, and a line of one place no length:
-    // both are dropped.
+    // A ring without an area and a line without a length are dropped.
     const int needed = kind == ShapeKind::Polygons ? (isClosed(points) ? 4 : 3)
                        : kind == ShapeKind::Lines  ? 2
                                                    : 1;
-    if (distinct(points) >= needed)
+    if (distinct(points) >= needed && !(kind == ShapeKind::Polygons && isStraight(points)))
         parts.append(points);
 }
 
@@ -99,7 +140,7 @@ void collect(const FeatureTable &table, OGRGeometryH geometry, ShapeKind kind, S
 void takeShape(FeatureTable &table, OGRGeometryH geometry)
 {
     if (!geometry || OGR_G_IsEmpty(geometry)) {
-        table.shapes.append(ShapeParts());
+        table.shapes->append(ShapeParts());
         return;
     }
     std::unique_ptr<void, FreeGeometry> linear;
@@ -119,12 +160,16 @@ void takeShape(FeatureTable &table, OGRGeometryH geometry)
     table.shapeKind = kind;
     ShapeParts parts;
     collect(table, geometry, kind, parts);
+    if (kind == ShapeKind::Polygons && parts.isEmpty())
+        fail(place(table, table.rows) + QStringLiteral(": the polygon has no area"));
+    if (kind == ShapeKind::Lines && parts.isEmpty())
+        fail(place(table, table.rows) + QStringLiteral(": the line has no length"));
     if (kind == ShapeKind::Points && parts.size() > 1)
         fail(QStringLiteral(
                  "%1: %2 points in one object; an object of a point geography is one place")
                  .arg(place(table, table.rows))
                  .arg(parts.size()));
-    table.shapes.append(parts);
+    table.shapes->append(parts);
 }
 
 } // namespace meridor

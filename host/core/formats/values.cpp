@@ -3,20 +3,22 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <string>
 #include <system_error>
 
 namespace meridor {
 
-namespace {
-
 std::string_view trimmed(std::string_view text)
 {
-    constexpr const char *kBlanks = " \t\r\n";
-    const size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
+
+namespace {
 
 /// The whole text as a number; a plus sign is allowed.
 template <class T> std::optional<T> parse(std::string_view text)
@@ -46,10 +48,30 @@ bool isCode(std::string_view text)
     return text.size() > 1 && text[0] == '0' && isDigit(text[1]);
 }
 
+/// Whether the text is an integer that a decimal number does not hold exactly.
+bool isWideInteger(std::string_view text)
+{
+    text = trimmed(text);
+    if (!text.empty() && (text[0] == '-' || text[0] == '+'))
+        text.remove_prefix(1);
+    if (text.size() < 16 || !std::all_of(text.begin(), text.end(), isDigit))
+        return false;
+    constexpr quint64 kExact = quint64(1) << 53;
+    const auto value = parse<quint64>(text);
+    return !value || *value > kExact;
+}
+
 } // namespace
 
-std::optional<double> toDecimal(std::string_view text)
+std::optional<double> toDecimal(std::string_view text, char decimal)
 {
+    if (decimal != '.') {
+        if (text.find('.') != std::string_view::npos)
+            return std::nullopt; // between thousands, or of another convention
+        std::string pointed(text);
+        std::replace(pointed.begin(), pointed.end(), decimal, '.');
+        return toDecimal(pointed);
+    }
     const auto value = parse<double>(text);
     return value && std::isfinite(*value) ? value : std::nullopt;
 }
@@ -59,23 +81,43 @@ std::optional<int> toInteger(std::string_view text)
     return isCode(text) ? std::nullopt : parse<int>(text);
 }
 
-std::optional<ValueKind> recogniseKind(const Column &column)
+bool looksLikeDecimalComma(std::string_view text)
 {
-    if (column.typed)
-        return column.kind;
-    bool any = false;
+    return std::count(text.begin(), text.end(), ',') == 1 && toDecimal(text, ',').has_value();
+}
+
+CellKinds recogniseKinds(const Column &column, int rows, bool exact)
+{
+    CellKinds found;
     ValueKind kind = ValueKind::Integer;
-    for (int row = 0; row < column.cells.size(); ++row) {
-        const std::string_view cell = column.cells.view(row);
+    bool any = false;
+    for (int row = 0; row < rows; ++row) {
+        const std::string_view cell = column.view(row);
         if (cell.empty())
             continue;
         any = true;
-        if (kind == ValueKind::Integer && !toInteger(cell))
-            kind = ValueKind::Decimal;
-        if (kind == ValueKind::Decimal && (isCode(cell) || !toDecimal(cell)))
-            return ValueKind::Text;
+        if (column.typed)
+            break;
+        if (kind == ValueKind::Integer && toInteger(cell)) {
+            ++found.numbers;
+        } else if (isCode(cell) || (exact && isWideInteger(cell))) {
+            kind = ValueKind::Text;
+        } else if (toDecimal(cell, column.decimal)) {
+            ++found.numbers;
+            kind = std::max(kind, ValueKind::Decimal);
+        } else {
+            kind = ValueKind::Text;
+            if (found.texts++ == 0)
+                found.firstText = row;
+            if (found.firstCommaNumber < 0 && looksLikeDecimalComma(cell))
+                found.firstCommaNumber = row;
+        }
     }
-    return any ? std::optional<ValueKind>(kind) : std::nullopt;
+    if (column.typed)
+        found.kind = column.kind;
+    else if (any)
+        found.kind = kind;
+    return found;
 }
 
 ValueKind widest(ValueKind a, ValueKind b)

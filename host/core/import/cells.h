@@ -18,8 +18,9 @@ struct CellColumn {
 /// holds all cells.
 /// @param measured  numbers are expected: a text among numbers raises a Failure that names its row,
 ///                  and does not make the whole dataset a text dataset.
+/// @param notes     receives why a column of numbers with a few texts becomes text.
 ValueKind kindOfDataset(const ImportPlan &plan, const QString &name,
-                        const QVector<CellColumn> &columns, bool measured);
+                        const QVector<CellColumn> &columns, bool measured, const Notes &notes);
 
 /// The cell as a T (int, double, QString). Raises a Failure that names the cell if it is no T.
 template <class T> T valueOf(const CellColumn &column, int row);

@@ -3,6 +3,7 @@
 #include <QPair>
 #include <QSet>
 #include <algorithm>
+#include <vector>
 #include "core/import/cells.h"
 #include "core/import/observations.h"
 #include "core/project/catalog.h"
@@ -33,8 +34,9 @@ DataType dataType(ValueKind kind)
 
 class DatasetBuilder {
 public:
-    DatasetBuilder(const ImportPlan &plan, int geography, const std::function<void(int)> &progress)
-        : mPlan(plan), mGeography(geography), mProgress(progress)
+    DatasetBuilder(const ImportPlan &plan, int geography, const Notes &notes,
+                   const std::function<void(int)> &progress)
+        : mPlan(plan), mGeography(geography), mNotes(notes), mProgress(progress)
     {
         mSteps = 1 + plan.attributes.size() + plan.observed.size();
         for (const SeriesSpec &spec : plan.series)
@@ -79,13 +81,21 @@ private:
     void addKey()
     {
         const CellColumn keys{&mPlan.map, mPlan.keyColumn};
-        const ValueKind kind = kindOfDataset(mPlan, mPlan.options.key, {keys}, false);
+        ValueKind kind = kindOfDataset(mPlan, mPlan.options.key, {keys}, false, mNotes);
+        if (kind != ValueKind::Text && !areDistinct(keys)) {
+            for (const QString &type : mPlan.options.types)
+                if (type.section(QLatin1Char('='), 0, 0) == mPlan.options.key)
+                    fail(QStringLiteral("%1, field %2: different keys are one number")
+                             .arg(mPlan.map.file, mPlan.options.key),
+                         "type");
+            kind = ValueKind::Text;
+        }
         const int id = create(mPlan.options.key, TimeSlice, kind);
         visitElement(dataType(kind), [&](auto element) {
             using T = ElementOf<decltype(element)>;
-            QVector<T> values;
-            for (const ObjectRows &object : mPlan.objects)
-                values.append(valueOf<T>(keys, object.rows.first()));
+            QVector<T> values(objectCount());
+            for (int i = 0; i < objectCount(); ++i)
+                values[i] = valueOf<T>(keys, mPlan.objects.rows(i).front());
             fillStatic(id, values, {});
         });
         finish(id);
@@ -93,21 +103,35 @@ private:
         stepDone();
     }
 
+    /// Whether keys that are different texts, such as 1 and 1.0, are different numbers.
+    bool areDistinct(const CellColumn &keys) const
+    {
+        std::vector<double> numbers;
+        numbers.reserve(static_cast<size_t>(objectCount()));
+        for (int i = 0; i < objectCount(); ++i)
+            numbers.push_back(valueOf<double>(keys, mPlan.objects.rows(i).front()));
+        std::sort(numbers.begin(), numbers.end());
+        return std::adjacent_find(numbers.begin(), numbers.end()) == numbers.end();
+    }
+
     /// True if all rows of each object have the same value.
     bool isConstant(const Column &column) const
     {
-        return std::all_of(
-            mPlan.objects.begin(), mPlan.objects.end(), [&](const ObjectRows &object) {
-                return std::all_of(object.rows.begin(), object.rows.end(), [&](int row) {
-                    return column.cells.same(row, object.rows.first());
-                });
-            });
+        if (objectCount() == mPlan.map.rows)
+            return true;
+        for (int i = 0; i < objectCount(); ++i) {
+            const RowSpan rows = mPlan.objects.rows(i);
+            if (!std::all_of(rows.begin(), rows.end(),
+                             [&](int row) { return column.same(row, rows.front()); }))
+                return false;
+        }
+        return true;
     }
 
     void addAttribute(int index)
     {
         const CellColumn column{&mPlan.map, index};
-        const ValueKind kind = kindOfDataset(mPlan, column.cells().name, {column}, false);
+        const ValueKind kind = kindOfDataset(mPlan, column.cells().name, {column}, false, mNotes);
         const bool constant = isConstant(column.cells());
         const int id = create(column.cells().name, constant ? TimeSlice : TimeSeries, kind);
         visitElement(dataType(kind), [&](auto element) {
@@ -126,8 +150,8 @@ private:
         QVector<T> values(objectCount());
         QSet<int> missing;
         for (int i = 0; i < objectCount(); ++i) {
-            const int row = mPlan.objects[i].rows.first();
-            if (column.cells().cells.isMissing(row))
+            const int row = mPlan.objects.rows(i).front();
+            if (column.cells().isMissing(row))
                 missing.insert(i);
             else
                 values[i] = valueOf<T>(column, row);
@@ -140,9 +164,9 @@ private:
     {
         for (int i = 0; i < objectCount(); ++i) {
             QVector<QPair<Interval, T>> values;
-            for (const int row : mPlan.objects[i].rows)
-                if (!column.cells().cells.isMissing(row))
-                    values.append(qMakePair(mPlan.rowSpans[row], valueOf<T>(column, row)));
+            for (const int row : mPlan.objects.rows(i))
+                if (!column.cells().isMissing(row))
+                    values.append(qMakePair(mPlan.spanOf(row), valueOf<T>(column, row)));
             addSeriesOf(id, i, values);
         }
     }
@@ -176,7 +200,7 @@ private:
         QVector<CellColumn> columns;
         for (const SeriesStep &step : spec.steps)
             columns.append({&mPlan.map, step.column});
-        const ValueKind kind = kindOfDataset(mPlan, spec.name, columns, true);
+        const ValueKind kind = kindOfDataset(mPlan, spec.name, columns, true, mNotes);
         const int id = create(spec.name, TimeSlice, kind);
         for (const Slice &slice : slices(spec)) {
             visitElement(dataType(kind), [&](auto element) {
@@ -192,7 +216,7 @@ private:
         QVector<T> values(objectCount());
         QSet<int> missing;
         for (int i = 0; i < objectCount(); ++i) {
-            const int row = rowOfValue(column, mPlan.objects[i]);
+            const int row = rowOfValue(column, i);
             if (row < 0)
                 missing.insert(i);
             else
@@ -203,16 +227,17 @@ private:
 
     /// A row of the object that has a value in a column; -1 if there is none. Raises a Failure if
     /// the values of its rows differ.
-    int rowOfValue(const CellColumn &column, const ObjectRows &object) const
+    int rowOfValue(const CellColumn &column, int object) const
     {
         int found = -1;
-        for (const int row : object.rows) {
-            const Cells &cells = column.cells().cells;
+        for (const int row : mPlan.objects.rows(object)) {
+            const Column &cells = column.cells();
             if (cells.isMissing(row))
                 continue;
             if (found >= 0 && !cells.same(found, row))
                 fail(QStringLiteral("%1: object %2 has %3 here and %4 in row %5")
-                         .arg(column.place(row), object.key, cells[row], cells[found])
+                         .arg(column.place(row), mPlan.objects.key(object), cells.text(row),
+                              cells.text(found))
                          .arg(found + 1));
             found = row;
         }
@@ -222,7 +247,7 @@ private:
     void addObservations(const ObservationSpec &spec)
     {
         const CellColumn column{&mPlan.observations, spec.value};
-        const ValueKind kind = kindOfDataset(mPlan, spec.name, {column}, true);
+        const ValueKind kind = kindOfDataset(mPlan, spec.name, {column}, true, mNotes);
         const int id = create(spec.name, TimeSeries, kind);
         const auto observations = observationsOf(mPlan, spec);
         visitElement(dataType(kind), [&](auto element) {
@@ -267,6 +292,7 @@ private:
 
     const ImportPlan &mPlan;
     int mGeography;
+    const Notes &mNotes;
     const std::function<void(int)> &mProgress;
     QVector<int> mIds;
     int mSteps = 0;
@@ -275,10 +301,10 @@ private:
 
 } // namespace
 
-QVector<int> buildDatasets(const ImportPlan &plan, int geography,
+QVector<int> buildDatasets(const ImportPlan &plan, int geography, const Notes &notes,
                            const std::function<void(int)> &progress)
 {
-    const QVector<int> ids = DatasetBuilder(plan, geography, progress).build();
+    const QVector<int> ids = DatasetBuilder(plan, geography, notes, progress).build();
     if (!plan.timed)
         geographyOf(geography)->SetStatic(true);
     return ids;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/import/geographyBuilder.h"
 #include <QFileInfo>
-#include <QRectF>
+#include "core/formats/sourceFile.h"
 #include "core/project/failure.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -26,24 +26,6 @@ private:
     bool mFinished = false;
 };
 
-QRectF extent(const FeatureTable &map)
-{
-    double left = 0, right = 0, low = 0, high = 0;
-    bool any = false;
-    for (const ShapeParts &shape : map.shapes) {
-        for (const auto &part : shape) {
-            for (const QPointF &point : part) {
-                left = any ? qMin(left, point.x()) : point.x();
-                right = any ? qMax(right, point.x()) : point.x();
-                low = any ? qMin(low, point.y()) : point.y();
-                high = any ? qMax(high, point.y()) : point.y();
-                any = true;
-            }
-        }
-    }
-    return QRectF(left, low, right - left, high - low);
-}
-
 QList<QList<QPointF>> asLists(const ShapeParts &shape)
 {
     QList<QList<QPointF>> parts;
@@ -64,33 +46,36 @@ bool addShape(unsigned int chain, ShapeKind kind, const ShapeParts &shape, const
     }
 }
 
-void addObject(const ImportPlan &plan, const ObjectRows &object)
+void addObject(const ImportPlan &plan, int object)
 {
     const int chain = VORN_CreateNewObjectChain();
     if (chain < 0)
-        fail(QStringLiteral("%1: no room for object %2").arg(plan.map.file, object.key));
-    for (const int row : object.rows) {
-        const ShapeParts &shape = plan.map.shapes[row];
+        fail(QStringLiteral("%1: no room for object %2")
+                 .arg(plan.map.file, plan.objects.key(object)));
+    for (const int row : plan.objects.rows(object)) {
+        const ShapeParts shape = plan.map.shapes->parts(row);
         if (shape.isEmpty())
             continue;
         if (!addShape(static_cast<unsigned int>(chain), plan.map.shapeKind, shape,
-                      plan.rowSpans[row]))
+                      plan.spanOf(row)))
             fail(QStringLiteral("%1: the shape of object %2 is no shape of a geography")
-                     .arg(place(plan.map, row), object.key));
+                     .arg(place(plan.map, row), plan.objects.key(object)));
     }
 }
 
 QString history(const ImportPlan &plan)
 {
+    const QString &source = plan.map.file;
     return QStringLiteral("Imported from %1, layer %2")
-        .arg(QFileInfo(plan.map.file).fileName(), plan.map.layer);
+        .arg(isConnection(source) ? source : QFileInfo(source).fileName(), plan.map.layer);
 }
 
 } // namespace
 
 int buildGeography(const ImportPlan &plan, const std::function<void(int)> &progress)
 {
-    if (!VORN_StartNewVectorGeography(extent(plan.map), plan.hull.startTime, plan.hull.endTime, -1))
+    if (!VORN_StartNewVectorGeography(plan.map.shapes->bounds(), plan.hull.startTime,
+                                      plan.hull.endTime, -1))
         fail(QStringLiteral("a geography is being built already"));
     BuilderGuard guard;
     if (plan.options.snap > 0)
@@ -98,7 +83,7 @@ int buildGeography(const ImportPlan &plan, const std::function<void(int)> &progr
     if (!plan.map.projection.isEmpty())
         VORN_SetNewGeographyProjection(plan.map.projection);
     for (int i = 0; i < plan.objects.size(); ++i) {
-        addObject(plan, plan.objects[i]);
+        addObject(plan, i);
         if (i % 64 == 0)
             progress(static_cast<int>(95LL * i / plan.objects.size()));
     }

@@ -16,14 +16,17 @@ struct ImportOptions {
     QString xColumn;
     QString yColumn;
     QString projection;
-    bool attributes = true; ///< fields without another use become datasets
-    QStringList fields;     ///< only these fields become datasets; empty: all
-    QStringList tables;     ///< files whose columns are joined to the map by key
-    QStringList series;     ///< NAME=COLUMNS
-    QString observations;   ///< file of a table with a row for each observation
-    QStringList observed;   ///< NAME=VALUE@START[/END], columns of that table
-    QStringList types;      ///< NAME=decimal|integer|text
-    QStringList missing;
+    bool attributes = true;     ///< fields without another use become datasets
+    QStringList fields;         ///< only these fields become datasets; empty: all
+    QStringList tables;         ///< files whose columns are joined to the map by key
+    QStringList series;         ///< NAME=COLUMNS
+    QString observations;       ///< file of a table with a row for each observation
+    QStringList observed;       ///< NAME=VALUE@START[/END], columns of that table
+    QStringList types;          ///< NAME=decimal|integer|text
+    QStringList missing;        ///< texts of missing values; empty: the usual ones
+    QStringList missingAlso;    ///< further texts of missing values
+    QString encoding;           ///< of texts in files; empty: see textEncoding.h
+    QString decimal;            ///< the decimal separator of texts: ".", "," or empty for "."
     QString times;              ///< "auto", "number", "date", "date-time" or "time"
     QString timePattern;        ///< format of times in the files; empty: that of TimeAxis
     QString dataset;            ///< of a grid: name of the dataset; empty: that of the file

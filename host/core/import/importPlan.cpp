@@ -8,29 +8,51 @@
 namespace meridor {
 namespace {
 
-ReadOptions readOptions(const ImportOptions &options, const std::function<void(int)> &progress)
+char decimalOf(const ImportOptions &options)
 {
-    ReadOptions read;
-    read.layer = options.layer;
-    read.xColumn = options.xColumn;
-    read.yColumn = options.yColumn;
-    read.projection = options.projection;
-    read.missing = options.missing;
-    read.progress = progress;
-    return read;
+    if (options.decimal.isEmpty() || options.decimal == QLatin1String("."))
+        return '.';
+    if (options.decimal != QLatin1String(","))
+        failUsage(
+            QStringLiteral("decimal separator %1: it is a point or a comma").arg(options.decimal),
+            "decimal");
+    return ',';
 }
 
-ReadOptions tableOptions(const ImportOptions &options)
+ReadOptions tableOptions(const ImportOptions &options, const Notes &notes)
 {
     ReadOptions read;
+    read.key = options.key;
     read.missing = options.missing;
+    if (read.missing.isEmpty())
+        for (const char *usual : {"n/a", "NA", "N/A", "NaN", "null", "-"})
+            read.missing.append(QLatin1String(usual));
+    read.missing.append(options.missingAlso);
+    // A key such as that of Namibia is missing only if the user says so.
+    read.missingKeys = options.missing + options.missingAlso;
+    read.encoding = options.encoding;
+    read.decimal = decimalOf(options);
+    read.notes = &notes;
     read.shapes = false;
     return read;
 }
 
-void readMap(ImportPlan &plan, const std::function<void(int)> &progress)
+ReadOptions mapOptions(const ImportOptions &options, const Notes &notes,
+                       const std::function<void(int)> &progress)
 {
-    plan.map = readFeatures(plan.options.map, readOptions(plan.options, progress));
+    ReadOptions read = tableOptions(options, notes);
+    read.layer = options.layer;
+    read.xColumn = options.xColumn;
+    read.yColumn = options.yColumn;
+    read.projection = options.projection;
+    read.shapes = true;
+    read.progress = progress;
+    return read;
+}
+
+void readMap(ImportPlan &plan, const Notes &notes, const std::function<void(int)> &progress)
+{
+    plan.map = readFeatures(plan.options.map, mapOptions(plan.options, notes, progress));
     if (plan.map.rows == 0)
         fail(plan.map.file + QStringLiteral(": holds no rows"));
     if (plan.map.shapeKind == ShapeKind::None)
@@ -49,32 +71,18 @@ void joinTables(ImportPlan &plan, const Notes &notes)
         failUsage(QStringLiteral("a table needs a key: its rows are found by the objects' keys"),
                   "key");
     for (const QString &path : plan.options.tables) {
-        const FeatureTable table = readFeatures(path, tableOptions(plan.options));
+        const FeatureTable table = readFeatures(path, tableOptions(plan.options, notes));
         plan.unmatched.append(join(plan.map, plan.keyColumn, table, notes));
     }
 }
 
 void groupObjects(ImportPlan &plan)
 {
-    for (int row = 0; row < plan.map.rows; ++row) {
-        QString key = QString::number(row + 1);
-        if (plan.keyColumn >= 0) {
-            const Column &keys = plan.map.columns[plan.keyColumn];
-            key = keys.cells[row];
-            if (key.isNull())
-                fail(QStringLiteral("%1: no key").arg(place(plan.map, keys, row)));
-        }
-        const auto known = plan.objectOf.constFind(key);
-        if (known == plan.objectOf.constEnd()) {
-            plan.objectOf.insert(key, plan.objects.size());
-            plan.objects.append({key, {row}});
-        } else {
-            plan.objects[*known].rows.append(row);
-        }
-    }
+    plan.objects =
+        plan.keyColumn < 0 ? ObjectRows(plan.map.rows) : ObjectRows(plan.map, plan.keyColumn);
 }
 
-void readObservations(ImportPlan &plan)
+void readObservations(ImportPlan &plan, const Notes &notes)
 {
     if (plan.options.observations.isEmpty() != plan.options.observed.isEmpty())
         failUsage(QStringLiteral("a table of observations and its datasets go together"),
@@ -85,10 +93,11 @@ void readObservations(ImportPlan &plan)
         failUsage(
             QStringLiteral("observations need a key: their rows are found by the objects' keys"),
             "key");
-    ReadOptions read = tableOptions(plan.options);
+    ReadOptions read = tableOptions(plan.options, notes);
     // Tables of observations are long, so unused columns are not kept in memory.
     read.choose = [&plan](const FeatureTable &table) {
         plan.observationKey = keyColumnOf(table, plan.options.key);
+        plan.observed.clear();
         QSet<int> used{plan.observationKey};
         for (const QString &text : plan.options.observed) {
             plan.observed.append(parseObservation(text, table));
@@ -100,16 +109,19 @@ void readObservations(ImportPlan &plan)
     plan.observations = readFeatures(plan.options.observations, read);
 
     Unmatched unmatched{plan.observations.file, {}, {}};
-    QSet<QString> seen;
+    const Column &keys = plan.observations.columns[plan.observationKey];
+    std::vector<bool> seen(static_cast<size_t>(plan.objects.size()));
+    QSet<QString> unknown;
     for (int row = 0; row < plan.observations.rows; ++row) {
-        const QString key = plan.observations.columns[plan.observationKey].cells[row];
-        if (!plan.objectOf.contains(key) && !seen.contains(key))
-            unmatched.tableKeys.append(key);
-        seen.insert(key);
+        const int object = plan.objects.find(keys.view(row));
+        if (object >= 0)
+            seen[static_cast<size_t>(object)] = true;
+        else if (const QString key = keys.text(row); !unknown.contains(key))
+            unknown.insert(key), unmatched.tableKeys.append(key);
     }
-    for (const ObjectRows &object : plan.objects)
-        if (!seen.contains(object.key))
-            unmatched.objectKeys.append(object.key);
+    for (int object = 0; object < plan.objects.size(); ++object)
+        if (!seen[static_cast<size_t>(object)])
+            unmatched.objectKeys.append(plan.objects.key(object));
     if (unmatched.objectKeys.size() == plan.objects.size())
         fail(QStringLiteral("%1: no key in field %2 is one of the map's")
                  .arg(plan.observations.file, plan.observations.columns[plan.observationKey].name));
@@ -165,12 +177,12 @@ ImportPlan makePlan(const ImportOptions &options, const Notes &notes,
 {
     ImportPlan plan;
     plan.options = options;
-    readMap(plan, progress);
+    readMap(plan, notes, progress);
     joinTables(plan, notes);
     groupObjects(plan);
     for (const QString &text : options.series)
         plan.series.append(parseSeries(text, plan.map));
-    readObservations(plan);
+    readObservations(plan, notes);
     chooseAttributes(plan);
     checkNames(plan);
     resolveTimes(plan);

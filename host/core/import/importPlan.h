@@ -2,23 +2,17 @@
 /// The first step of an import, which leaves the project unchanged: it reads the files, finds the
 /// columns, groups rows to objects and determines all times. Most failures are raised here.
 #pragma once
-#include <QHash>
 #include <functional>
 #include "core/export.h"
 #include "core/formats/featureTable.h"
 #include "core/import/importOptions.h"
 #include "core/import/join.h"
+#include "core/import/objectRows.h"
 #include "core/import/seriesSpec.h"
 #include "core/project/notes.h"
 #include "core/project/times.h"
 
 namespace meridor {
-
-/// One object: its key and the rows of its shapes in order of time.
-struct ObjectRows {
-    QString key;
-    QVector<int> rows;
-};
 
 struct ImportPlan {
     ImportOptions options;
@@ -29,13 +23,14 @@ struct ImportPlan {
     QVector<int> attributes; ///< columns of the map that become datasets
     int keyColumn = -1;
     int observationKey = -1;
-    QVector<ObjectRows> objects; ///< by index in the geography: in order of first occurrence
-    QHash<QString, int> objectOf;
+    ObjectRows objects; ///< by index in the geography; the rows of each in order of time
 
     bool timed = false; ///< false: the geography is static
     TimeAxis axis{TF_Integer};
-    Interval hull;              ///< hull of all times in the files
-    QVector<Interval> rowSpans; ///< by row of the map: the time of its existence
+    Interval hull; ///< hull of all times in the files
+    /// The time of a row's existence.
+    const Interval &spanOf(int row) const { return timed ? rowSpans[row] : hull; }
+    QVector<Interval> rowSpans; ///< by row of the map; empty if the geography is static
     QVector<Unmatched> unmatched;
 };
 

@@ -1,24 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "core/import/join.h"
-#include <QHash>
 #include <QSet>
+#include <vector>
+#include "core/import/objectRows.h"
 #include "core/project/failure.h"
 
 namespace meridor {
 namespace {
 
-QHash<QString, int> rowsByKey(const FeatureTable &table, const Column &keys)
+KeyIndex rowsByKey(const FeatureTable &table, const Column &keys)
 {
-    QHash<QString, int> rows;
+    KeyIndex rows(keys);
     for (int row = 0; row < table.rows; ++row) {
-        const QString key = keys.cells[row];
-        if (key.isNull())
+        if (keys.isMissing(row))
             fail(QStringLiteral("%1: no key").arg(place(table, keys, row)));
-        if (rows.contains(key))
+        if (const int first = rows.add(row); first != row)
             fail(QStringLiteral("%1: key %2 stands in row %3 already")
-                     .arg(place(table, keys, row), key)
-                     .arg(rows[key] + 1));
-        rows.insert(key, row);
+                     .arg(place(table, keys, row), keys.text(row))
+                     .arg(first + 1));
     }
     return rows;
 }
@@ -35,28 +34,31 @@ int keyColumnOf(const FeatureTable &table, const QString &key)
 Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const Notes &notes)
 {
     const int tableKey = keyColumnOf(table, map.columns[mapKey].name);
-    const auto rows = rowsByKey(table, table.columns[tableKey]);
+    const Column &tableKeys = table.columns[tableKey];
+    const Column &mapKeys = map.columns[mapKey];
+    const KeyIndex rows = rowsByKey(table, tableKeys);
 
     Unmatched unmatched{table.file, {}, {}};
-    QSet<QString> seen;
+    QSet<QString> unknown;
+    std::vector<bool> seen(static_cast<size_t>(table.rows));
     QVector<int> partner(map.rows);
     for (int row = 0; row < map.rows; ++row) {
-        const QString key = map.columns[mapKey].cells[row];
-        partner[row] = rows.value(key, -1);
-        if (partner[row] < 0 && !seen.contains(key))
-            unmatched.objectKeys.append(key);
-        seen.insert(key);
+        partner[row] = rows.find(mapKeys.view(row));
+        if (partner[row] >= 0)
+            seen[static_cast<size_t>(partner[row])] = true;
+        else if (const QString key = mapKeys.text(row); !unknown.contains(key))
+            unknown.insert(key), unmatched.objectKeys.append(key);
     }
     for (int row = 0; row < table.rows; ++row)
-        if (const QString key = table.columns[tableKey].cells[row]; !seen.contains(key))
-            unmatched.tableKeys.append(key);
+        if (!seen[static_cast<size_t>(row)])
+            unmatched.tableKeys.append(tableKeys.text(row));
     if (table.rows == 0)
         fail(table.file + QStringLiteral(": holds no rows"));
     if (unmatched.tableKeys.size() == table.rows)
-        fail(QStringLiteral(
-                 "%1: no key in field %2 is one of the map's; the first is %3, the map's first %4")
-                 .arg(table.file, table.columns[tableKey].name, table.columns[tableKey].cells[0],
-                      map.columns[mapKey].cells[0]));
+        fail(
+            QStringLiteral(
+                "%1: no key in field %2 is one of the map's; the first is %3, the map's first %4")
+                .arg(table.file, table.columns[tableKey].name, tableKeys.text(0), mapKeys.text(0)));
 
     for (int c = 0; c < table.columns.size(); ++c) {
         if (c == tableKey)
@@ -67,12 +69,9 @@ Unmatched join(FeatureTable &map, int mapKey, const FeatureTable &table, const N
                            .arg(table.file, source.name));
             continue;
         }
-        Column column{source.name, source.typed, source.kind, {}, table.file, partner};
-        for (const int row : partner) {
-            const std::string_view cell = row < 0 ? std::string_view() : source.cells.view(row);
-            column.cells.append(
-                QByteArray::fromRawData(cell.data(), static_cast<int>(cell.size())));
-        }
+        Column column = source;
+        column.file = table.file;
+        column.fileRow = partner;
         map.columns.append(column);
     }
     return unmatched;

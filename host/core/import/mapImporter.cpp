@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/import/mapImporter.h"
 #include <algorithm>
+#include <cmath>
 #include "core/import/datasetBuilder.h"
 #include "core/import/geographyBuilder.h"
 #include "core/project/catalog.h"
@@ -61,6 +62,8 @@ void refuseUnmatched(const ImportPlan &plan)
 
 ImportReport importMap(const ImportOptions &options, const Notes &notes, const Progress &progress)
 {
+    if (!std::isfinite(options.snap) || options.snap < 0)
+        failUsage(QStringLiteral("the snap distance is no distance"), "snap");
     progress.report(0, "Reading files...");
     ImportPlan plan = makePlan(options, notes, progress.part(0, 30));
     refuseUnmatched(plan);
@@ -71,19 +74,19 @@ ImportReport importMap(const ImportOptions &options, const Notes &notes, const P
     try {
         report.objects = plan.objects.size();
         report.unmatched = plan.unmatched;
-        for (const ObjectRows &object : plan.objects) {
-            const auto shapes =
-                std::count_if(object.rows.begin(), object.rows.end(),
-                              [&plan](int row) { return !plan.map.shapes[row].isEmpty(); });
+        for (int object = 0; object < plan.objects.size(); ++object) {
+            const RowSpan rows = plan.objects.rows(object);
+            const auto shapes = std::count_if(rows.begin(), rows.end(), [&plan](int row) {
+                return !plan.map.shapes->isEmpty(row);
+            });
             report.shapes += static_cast<int>(shapes);
             if (shapes == 0)
-                report.withoutShape.append(object.key);
+                report.withoutShape.append(plan.objects.key(object));
         }
         if (plan.map.shapeKind == ShapeKind::Polygons)
-            report.nearVertices = countNearVertices(plan.map.shapes, options.snap);
-        plan.map.shapes.clear(); // copied into the geography; frees memory for values
+            report.nearVertices = countNearVertices(*plan.map.shapes, options.snap);
         progress.report(60, "Filling the datasets...");
-        report.datasets = buildDatasets(plan, report.geography, progress.part(60, 100));
+        report.datasets = buildDatasets(plan, report.geography, notes, progress.part(60, 100));
     } catch (...) {
         controller().RemoveGeography(report.geography);
         throw;

@@ -14,6 +14,6 @@ struct NearVertices {
 
 /// Coincident vertices do not count. O(n log n) for n vertices.
 /// @param tolerance  in map units; a hundred-millionth of the extent if that is more.
-MERIDOR_EXPORT NearVertices countNearVertices(const QVector<ShapeParts> &shapes, double tolerance);
+MERIDOR_EXPORT NearVertices countNearVertices(const Shapes &shapes, double tolerance);
 
 } // namespace meridor

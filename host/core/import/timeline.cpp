@@ -51,8 +51,9 @@ public:
             mStart >= 0 || mEnd >= 0 || !mPlan.series.isEmpty() || !mPlan.observed.isEmpty();
         chooseFormat();
         gatherHull();
-        mPlan.rowSpans.resize(mPlan.map.rows);
-        for (ObjectRows &object : mPlan.objects)
+        if (mPlan.timed)
+            mPlan.rowSpans.resize(mPlan.map.rows);
+        for (int object = 0; object < mPlan.objects.size(); ++object)
             resolve(object);
     }
 
@@ -80,16 +81,20 @@ private:
                 if (time.table == table)
                     columns.insert(time.column);
             for (const int column : columns) {
-                const Column &old = table->columns[column];
-                Cells cells;
+                Column &old = table->columns[column];
+                const auto cells = std::make_shared<Cells>(table->spool);
                 for (int row = 0; row < table->rows; ++row) {
-                    const QString text = isoTime(old.cells[row], pattern);
-                    if (text.isNull() && !old.cells.isMissing(row))
+                    const QString time = old.text(row);
+                    const QString text = isoTime(time, pattern);
+                    if (text.isNull() && !time.isNull())
                         fail(QStringLiteral("%1: \"%2\" is not like %3")
-                                 .arg(place(*table, old, row), old.cells[row], pattern));
-                    cells.append(text.toUtf8());
+                                 .arg(place(*table, old, row), time, pattern),
+                             "time-format");
+                    const QByteArray utf8 = text.toUtf8();
+                    cells->append({utf8.constData(), static_cast<size_t>(utf8.size())});
                 }
-                table->columns[column].cells = cells;
+                old.cells = cells;
+                old.fileRow.clear();
             }
         }
     }
@@ -100,7 +105,7 @@ private:
             QSet<QString> texts;
             for (const TimeColumn &time : timeColumns())
                 for (int row = 0; row < time.table->rows; ++row)
-                    if (const QString cell = time.table->columns[time.column].cells[row];
+                    if (const QString cell = time.table->columns[time.column].text(row);
                         !cell.isNull())
                         texts.insert(cell);
             for (const SeriesSpec &spec : mPlan.series)
@@ -129,11 +134,12 @@ private:
     Interval span(const FeatureTable &table, int column, int row) const
     {
         const Column &cells = table.columns[column];
-        const auto result = mPlan.axis.span(cells.cells[row]);
+        const auto result = mPlan.axis.span(cells.text(row));
         if (!result)
             fail(QStringLiteral("%1: \"%2\" is no %3")
-                     .arg(place(table, cells, row), cells.cells[row],
-                          QLatin1String(timeFormatName(mPlan.axis.format()))));
+                     .arg(place(table, cells, row), cells.text(row),
+                          QLatin1String(timeFormatName(mPlan.axis.format()))),
+                 "time-format");
         return *result;
     }
 
@@ -141,7 +147,7 @@ private:
     {
         for (const TimeColumn &time : timeColumns())
             for (int row = 0; row < time.table->rows; ++row)
-                if (!time.table->columns[time.column].cells.isMissing(row))
+                if (!time.table->columns[time.column].isMissing(row))
                     widen(mHull, span(*time.table, time.column, row));
         for (const SeriesSpec &spec : mPlan.series)
             for (const SeriesStep &step : spec.steps) {
@@ -165,15 +171,15 @@ private:
     {
         const Column *starts = mStart < 0 ? nullptr : &mPlan.map.columns[mStart];
         const Column *ends = mEnd < 0 ? nullptr : &mPlan.map.columns[mEnd];
-        const bool hasStart = starts && !starts->cells.isMissing(row);
-        const bool hasEnd = ends && !ends->cells.isMissing(row);
+        const bool hasStart = starts && !starts->isMissing(row);
+        const bool hasEnd = ends && !ends->isMissing(row);
         if (hasStart && hasEnd) {
             span(mPlan.map, mStart, row);
             span(mPlan.map, mEnd, row);
-            const auto both = mPlan.axis.span(starts->cells[row], ends->cells[row]);
+            const auto both = mPlan.axis.span(starts->text(row), ends->text(row));
             if (!both)
                 fail(QStringLiteral("%1: the end %2 lies before the start %3")
-                         .arg(place(mPlan.map, *ends, row), ends->cells[row], starts->cells[row]));
+                         .arg(place(mPlan.map, *ends, row), ends->text(row), starts->text(row)));
             return *both;
         }
         Interval result = mHull;
@@ -189,43 +195,44 @@ private:
         return result;
     }
 
-    void resolve(ObjectRows &object)
+    void resolve(int object)
     {
-        for (const int row : object.rows)
-            mPlan.rowSpans[row] = ownSpan(row);
         auto &spans = mPlan.rowSpans;
-        std::stable_sort(object.rows.begin(), object.rows.end(), [&spans](int a, int b) {
-            return spans[a].startTime < spans[b].startTime;
-        });
+        const RowSpan rows = mPlan.objects.rows(object);
+        for (const int row : rows)
+            if (mPlan.timed)
+                spans[row] = ownSpan(row);
+        if (!mPlan.timed && rows.size() > 1)
+            failTwice(object, rows[0], rows[1]);
+        mPlan.objects.sort(
+            object, [&spans](int a, int b) { return spans[a].startTime < spans[b].startTime; });
         if (mUntilNext)
-            endWithTheNext(object);
-        for (int i = 1; i < object.rows.size(); ++i)
-            part(object, object.rows[i - 1], object.rows[i]);
+            endWithTheNext(rows);
+        for (int i = 1; i < rows.size(); ++i)
+            if (!mPlan.axis.giveWay(spans[rows[i - 1]], spans[rows[i]]))
+                failTwice(object, rows[i - 1], rows[i]);
     }
 
-    void endWithTheNext(const ObjectRows &object)
+    void endWithTheNext(const RowSpan &rows)
     {
         auto &spans = mPlan.rowSpans;
-        for (int i = 0; i < object.rows.size(); ++i) {
-            Interval &own = spans[object.rows[i]];
-            const bool last = i + 1 == object.rows.size();
-            own.endTime = last ? own.startTime : spans[object.rows[i + 1]].startTime;
+        for (int i = 0; i < rows.size(); ++i) {
+            Interval &own = spans[rows[i]];
+            const bool last = i + 1 == rows.size();
+            own.endTime = last ? own.startTime : spans[rows[i + 1]].startTime;
             own.inclusiveEnd = own.endTime == own.startTime;
         }
     }
 
-    /// Ends the earlier of two shapes before the later one if they share one day or instant. Raises
-    /// a Failure if they share more.
-    void part(const ObjectRows &object, int earlier, int later)
+    [[noreturn]] void failTwice(int object, int earlier, int later) const
     {
-        if (!mPlan.axis.giveWay(mPlan.rowSpans[earlier], mPlan.rowSpans[later]))
-            fail(QStringLiteral("%1, rows %2 and %3: object %4 has two shapes at one time; "
-                                "fields of start and end tell when each holds")
-                     .arg(mPlan.map.file)
-                     .arg(qMin(earlier, later) + 1)
-                     .arg(qMax(earlier, later) + 1)
-                     .arg(object.key),
-                 "start");
+        fail(QStringLiteral("%1, rows %2 and %3: object %4 has two shapes at one time; "
+                            "fields of start and end tell when each holds")
+                 .arg(mPlan.map.file)
+                 .arg(qMin(earlier, later) + 1)
+                 .arg(qMax(earlier, later) + 1)
+                 .arg(mPlan.objects.key(object)),
+             "start");
     }
 
     ImportPlan &mPlan;
