@@ -171,11 +171,12 @@ int VORN_FinishVectorGeography(const QString &name, const QString &history, Time
 {
     if (!gNewGeography)
         return 0;
-    const std::unique_ptr<NewGeography> finished = std::move(gNewGeography);
+    std::unique_ptr<NewGeography> finished = std::move(gNewGeography);
     if (!finished->builder->IsValid())
         return -1;
     const FileRemover file(uniqueTempFile(scratchDirectory(), "TMP"));
     if (!finished->builder->Finish(file.path().toLocal8Bit().constData(), nullptr))
         return -1;
+    finished.reset(); // its memory is not needed while the geography is loaded
     return controller()->AddNewVectorGeography(file.path(), name, history, format, -1, nullptr);
 }

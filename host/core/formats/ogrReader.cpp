@@ -237,7 +237,10 @@ public:
           mFile(path, table.file),
           mWriter(table, options, encoding)
     {
-        for (const std::string_view name : mFile.heading()) {
+        const auto names = mFile.heading();
+        if (names.empty())
+            fail(table.file + QStringLiteral(": holds no fields"));
+        for (const std::string_view name : names) {
             const bool isShape = mShape < 0 && options.xColumn.isEmpty() && trimmed(name) == "WKT";
             mColumns.push_back(isShape ? -1 : mTable.columns.size());
             if (isShape)
@@ -365,12 +368,12 @@ private:
         if (!declared.isEmpty() && !TextDecoder(declared).isUtf8())
             return declared;
         const QString encoding = QStringLiteral("Windows-1252");
+        const QString what = declared.isEmpty()
+                                 ? QStringLiteral("not UTF-8")
+                                 : QStringLiteral("declares %1 but is not in it").arg(declared);
         if (mOptions.notes)
             mOptions.notes->note(
-                (declared.isEmpty()
-                     ? QStringLiteral("%1: not UTF-8, read as %2")
-                     : QStringLiteral("%1: declares %3 but is not in it, read as %2"))
-                    .arg(shownPath(), encoding, declared));
+                QStringLiteral("%1: %2, read as %3").arg(shownPath(), what, encoding));
         return encoding;
     }
 
@@ -413,7 +416,10 @@ private:
                          .arg(table.file, mOptions.layer, table.layer));
             RecordReader(table, mSource.path, mOptions, encoding).read();
         } else {
-            table.layer = QString::fromUtf8(OGR_L_GetName(mLayer));
+            // The layer of a copy has the name of the scratch file.
+            table.layer = mSource.copy && mOptions.layer.isEmpty()
+                              ? QFileInfo(mPath).completeBaseName()
+                              : QString::fromUtf8(OGR_L_GetName(mLayer));
             LayerReader(table, mLayer, mOptions, encoding).read();
         }
         if (!mOptions.projection.isEmpty())

@@ -15,9 +15,9 @@
 namespace meridor {
 namespace {
 
-constexpr size_t kHead = 8 << 20;
+constexpr size_t kHead = 4 << 20;
 /// Mapped pages count as memory of the process, so they are released after this many bytes.
-constexpr quint64 kWindow = 16 << 20;
+constexpr quint64 kWindow = 4 << 20;
 
 QString scratchDirectory()
 {

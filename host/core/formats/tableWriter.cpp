@@ -11,7 +11,7 @@ namespace meridor {
 namespace {
 
 /// Memory for the cells that are not yet in the spool, of all columns.
-constexpr int kBuffers = 8 << 20;
+constexpr int kBuffers = 4 << 20;
 
 std::vector<QByteArray> asUtf8(const QStringList &texts)
 {

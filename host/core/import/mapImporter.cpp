@@ -2,6 +2,10 @@
 #include "core/import/mapImporter.h"
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include "core/import/datasetBuilder.h"
 #include "core/import/geographyBuilder.h"
 #include "core/project/catalog.h"
@@ -50,6 +54,15 @@ void tell(const ImportPlan &plan, const ImportReport &report, const Notes &notes
                 .arg(distance));
 }
 
+/// Returns freed memory to the system: the C library keeps it, in pieces, when many small blocks
+/// were freed.
+void releaseFreeMemory()
+{
+#ifdef __GLIBC__
+    ::malloc_trim(0);
+#endif
+}
+
 void refuseUnmatched(const ImportPlan &plan)
 {
     for (const Unmatched &keys : plan.unmatched)
@@ -71,6 +84,7 @@ ImportReport importMap(const ImportOptions &options, const Notes &notes, const P
 
     ImportReport report;
     report.geography = buildGeography(plan, progress.part(30, 60));
+    releaseFreeMemory();
     try {
         report.objects = plan.objects.size();
         report.unmatched = plan.unmatched;
@@ -85,12 +99,14 @@ ImportReport importMap(const ImportOptions &options, const Notes &notes, const P
         }
         if (plan.map.shapeKind == ShapeKind::Polygons)
             report.nearVertices = countNearVertices(*plan.map.shapes, options.snap);
+        releaseFreeMemory();
         progress.report(60, "Filling the datasets...");
         report.datasets = buildDatasets(plan, report.geography, notes, progress.part(60, 100));
     } catch (...) {
         controller().RemoveGeography(report.geography);
         throw;
     }
+    releaseFreeMemory(); // saving needs memory as well
     tell(plan, report, notes);
     return report;
 }

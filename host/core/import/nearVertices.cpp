@@ -16,7 +16,7 @@ namespace meridor {
 namespace {
 
 /// Vertices of a band that are in memory at a time.
-constexpr qint64 kBandSize = 1 << 19;
+constexpr qint64 kBandSize = 1 << 18;
 constexpr int kBins = 1 << 14;
 
 struct Vertex {
