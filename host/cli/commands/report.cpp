@@ -20,6 +20,7 @@ struct Options {
     QString output;
     QString datasets;
     QString times;
+    QString sideMaps;
 };
 
 QStringList parted(const QString &text)
@@ -45,6 +46,7 @@ void run(Options options, const Context &context)
     refuseInput(options.output, {options.plan.project});
     options.plan.datasets = parted(options.datasets);
     options.plan.times = parted(options.times);
+    options.plan.sideMaps = parted(options.sideMaps);
     Session session(context.session, context.user);
     session.loadPacked(options.plan.project);
     ReportProject report = gatherReport(options.plan);
@@ -74,9 +76,13 @@ void addReport(const Command &app, Context &context)
     command.text("PAGE", options->output, "The HTML file to write").required();
     command.text("--title", options->plan.title, "Title (default: the project's name)");
     command.text("--datasets", options->datasets,
-                 "Only these datasets, separated by commas (default: all)");
+                 "Only these datasets, separated by commas; the first one is shown first "
+                 "(default: all)");
     command.text("--times", options->times,
                  "Only these times and spans, separated by commas (default: all)");
+    command.text("--maps", options->sideMaps,
+                 "Times of the small maps side by side of polygons that change, separated by "
+                 "commas (default: four of all times)");
     command
         .number("--simplify", options->plan.simplify,
                 "Tolerance of simplified borders, in map units; 0 keeps every vertex "

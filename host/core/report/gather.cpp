@@ -67,6 +67,8 @@ public:
             if (!layer.rows.isEmpty())
                 mShown.layers.append(layer);
         }
+        mShown.first = firstLayer();
+        addSideMaps();
         if (!mIsGrid)
             for (const int set : geographyOf(mId)->GetSpatialWeightsIds())
                 addWeightSet(set);
@@ -112,6 +114,63 @@ private:
             mShown.steps.append({Interval(), 0, QStringLiteral("always")});
         if (mShown.existence.isEmpty())
             mShown.existence.append(mShown.steps.size() - 1);
+    }
+
+    /// The first layer that the plan names; if it names none, the one with most times, numbers
+    /// before texts.
+    int firstLayer() const
+    {
+        for (const QString &name : mPlan.datasets)
+            for (int i = 0; i < mShown.layers.size(); ++i)
+                if (name == mShown.layers[i].name || name == mPrefix + mShown.layers[i].name)
+                    return i;
+        const auto rank = [](const ReportLayer &layer) {
+            return layer.rows.size() + (layer.isText ? 0 : 1);
+        };
+        int best = -1;
+        for (int i = 0; i < mShown.layers.size(); ++i)
+            if (best < 0 || rank(mShown.layers[i]) > rank(mShown.layers[best]))
+                best = i;
+        return best;
+    }
+
+    /// Chooses the steps of the small maps, if shapes change. More objects than a page can show
+    /// several times at once have none.
+    void addSideMaps()
+    {
+        constexpr int kMostObjects = 800;
+        constexpr int kMaps = 4;
+        const bool changes =
+            std::any_of(mShown.shapes.objects.begin(), mShown.shapes.objects.end(),
+                        [](const QVector<ShapeChange> &shapes) { return shapes.size() > 2; });
+        if (mShown.kind != QLatin1String("polygons") || mShown.objects > kMostObjects || !changes)
+            return;
+        for (const QString &text : mPlan.sideMaps)
+            if (const auto span = mAxis.range(text))
+                if (const int step = changeBefore(span->startTime); step >= 0)
+                    mShown.sideMaps.append({step, text});
+        if (!mPlan.sideMaps.isEmpty() || mShown.existence.size() < kMaps)
+            return;
+        const double first = static_cast<double>(instantAt(mShown.existence.first()));
+        const double last = static_cast<double>(instantAt(mShown.existence.last()));
+        for (int map = 0; map < kMaps; ++map) {
+            const double wanted = first + (last - first) * map / (kMaps - 1);
+            const int step = changeBefore(static_cast<qint64>(wanted));
+            if (mShown.sideMaps.isEmpty() || mShown.sideMaps.last().step != step)
+                mShown.sideMaps.append({step, mShown.steps[step].text.section(QLatin1Char('/'), 0, 0)});
+        }
+    }
+
+    qint64 instantAt(int step) const { return mShown.steps[step].instant; }
+
+    /// The last change of shapes that starts at the time or before; -1 if there is none.
+    int changeBefore(qint64 time) const
+    {
+        int found = -1;
+        for (const int step : mShown.existence)
+            if (mShown.steps[step].when.startTime <= time)
+                found = step;
+        return found;
     }
 
     /// The ratio of width and height of a cell; for degrees at the middle latitude.
@@ -283,11 +342,12 @@ QVector<QPair<int, QVector<int>>> chosenDatasets(const ReportPlan &plan)
 
 void requireTimes(const ReportPlan &plan, const QVector<QPair<int, QVector<int>>> &chosen)
 {
-    for (const QString &text : plan.times)
+    for (const QString &text : plan.times + plan.sideMaps)
         if (std::none_of(chosen.begin(), chosen.end(), [&](const auto &entry) {
                 return axisOf(entry.first).range(text).has_value();
             }))
-            failUsage(QStringLiteral("%1 is no time of the project").arg(text), "times");
+            failUsage(QStringLiteral("%1 is no time of the project").arg(text),
+                      plan.times.contains(text) ? "times" : "maps");
 }
 
 } // namespace

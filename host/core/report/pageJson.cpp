@@ -149,7 +149,13 @@ QJsonObject toJson(const ReportGeography &geography)
                                  {QStringLiteral("start"), double(step.when.startTime)},
                                  {QStringLiteral("end"), double(step.when.endTime)},
                                  {QStringLiteral("at"), double(step.instant)}});
+    QJsonArray sideMaps;
+    for (const SideMap &map : geography.sideMaps)
+        sideMaps.append(QJsonObject{{QStringLiteral("step"), map.step},
+                                    {QStringLiteral("text"), map.text}});
     QJsonObject object{{QStringLiteral("name"), geography.name},
+                       {QStringLiteral("first"), geography.first},
+                       {QStringLiteral("sideMaps"), sideMaps},
                        {QStringLiteral("kind"), geography.kind},
                        {QStringLiteral("steps"), steps},
                        {QStringLiteral("existence"), array(geography.existence)}};

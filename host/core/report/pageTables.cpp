@@ -142,19 +142,6 @@ QString moranTable(const ReportMoran &moran)
                  rows);
 }
 
-/// The layer that the page opens on: the one with most times, numbers before texts.
-int firstLayer(const ReportGeography &geography)
-{
-    int best = -1;
-    const auto rank = [](const ReportLayer &layer) {
-        return layer.rows.size() + (layer.isText ? 0 : 1);
-    };
-    for (int i = 0; i < geography.layers.size(); ++i)
-        if (best < 0 || rank(geography.layers[i]) > rank(geography.layers[best]))
-            best = i;
-    return best;
-}
-
 QStringList colorsOf(const ReportLayer &layer)
 {
     const LayerView &view = layer.views[layer.view];
@@ -296,7 +283,7 @@ QString readable(double value)
 
 QString staticMap(const ReportGeography &geography)
 {
-    const int number = firstLayer(geography);
+    const int number = geography.first;
     const ReportLayer *layer = number < 0 ? nullptr : &geography.layers[number];
     const int step = layer && !layer->always ? layer->steps.last() : geography.existence.last();
     const QString title = QStringLiteral("%1, %2").arg(layer ? layer->name : geography.name,

@@ -86,6 +86,12 @@ struct ReportMoran {
     QVector<MoranRow> rows;
 };
 
+/// One of the small maps side by side above the map of a geography.
+struct SideMap {
+    int step;
+    QString text;
+};
+
 /// A line that prints what a report shows, for the program that made it.
 struct ReportCommand {
     QString what;
@@ -102,6 +108,8 @@ struct ReportGeography {
     QStringList labels;
     QVector<ReportStep> steps;
     QVector<int> existence; ///< steps at which the objects or their shapes change
+    QVector<SideMap> sideMaps;
+    int first = -1; ///< index of the layer that the page opens on
     int rows = 0;           ///< of a grid: the rows shown
     int columns = 0;
     int every = 1;        ///< n if every n-th row and column is shown

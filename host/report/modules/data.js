@@ -120,6 +120,16 @@ class Geography {
     stepsOf(layer) {
         return layer && !layer.always ? layer.steps : this.existence;
     }
+
+    /** The step of the layer's slider that contains another step, else the nearest one. */
+    stepNear(layer, step) {
+        const {at} = this.steps[step];
+        const distance = (own) => {
+            const {start, end} = this.steps[own];
+            return start <= at && at <= end ? 0 : Math.abs(this.steps[own].at - at);
+        };
+        return this.stepsOf(layer).reduce((best, own) => (distance(own) < distance(best) ? own : best));
+    }
 }
 
 class Layer {

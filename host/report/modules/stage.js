@@ -8,21 +8,10 @@ import {createMap} from "./map.js";
 import {createMoran} from "./moran.js";
 import {createScatter} from "./scatter.js";
 import {createSeries} from "./series.js";
+import {createSideMaps} from "./sideMaps.js";
 import {createSlider} from "./slider.js";
 import {createStore, touches} from "./store.js";
 import {createTable} from "./table.js";
-
-/** The layer that the page opens on: the one with most times, numbers before texts. */
-function firstLayer(layers) {
-    const rank = (layer) => layer.rows.length + (layer.isText ? 0 : 1);
-    return layers.reduce((best, layer) => (best && rank(best) >= rank(layer) ? best : layer), null);
-}
-
-/** The step of `steps` that is nearest to another step. */
-function nearest(geography, steps, step) {
-    const at = (one) => geography.steps[one].at;
-    return steps.reduce((best, one) => (Math.abs(at(one) - at(step)) < Math.abs(at(best) - at(step)) ? one : best));
-}
 
 function createControls(geography, store) {
     const node = element("div", {class: "controls"});
@@ -31,7 +20,7 @@ function createControls(geography, store) {
     const {state} = store;
     node.append(labelledSelect("Map", options, geography.layers.indexOf(state.layer), (value) => {
         const layer = geography.layers[value] || null;
-        store.set({layer, view: layer ? layer.views[layer.view] : null, step: nearest(geography, geography.stepsOf(layer), store.state.step), selection: store.state.selection});
+        store.set({layer, view: layer ? layer.views[layer.view] : null, step: geography.stepNear(layer, store.state.step), selection: store.state.selection});
     }).node);
     const views = element("div", {class: "views"});
     node.append(views);
@@ -110,7 +99,7 @@ function highest(layer, step) {
 }
 
 export function createStage(geography, place) {
-    const layer = firstLayer(geography.layers);
+    const layer = geography.layers[geography.first] || null;
     const steps = geography.stepsOf(layer);
     const store = createStore({
         layer, view: layer ? layer.views[layer.view] : null, step: steps[steps.length - 1],
@@ -121,10 +110,14 @@ export function createStage(geography, place) {
     if (!geography.isGrid && geography.count <= 5000) controls.append(createFinder(geography, store));
     const beside = [createSeries, createHistogram].map((create) => create(geography, store));
     const below = geography.links.length ? [createMoran(geography, store), createLinks(geography, store)] : [];
+    // Texts have neither a line nor a histogram, so the links take their place.
+    if (below.length && layer && layer.isText) beside.push(below.pop());
     const scatter = createScatter(geography, store, !below.length);
     if (below.length) below.unshift(scatter);
     const figure = element("figure", {class: "panel picture"}, element("div", {class: "canvas"}, map.node), createLegend(geography, store));
+    const sideMaps = geography.sideMaps.length ? [createSideMaps(geography, store)] : [];
     place.replaceChildren(
+        ...sideMaps,
         element("div", {class: "bar"}, controls, createSlider(geography, store)),
         element("div", {class: "board"}, element("div", {class: "main"}, figure, createStatus(geography, store, map), ...(below.length ? [] : [scatter])), element("div", {class: "side"}, ...beside)),
         element("div", {class: "below"}, ...below), createTable(geography, store));
