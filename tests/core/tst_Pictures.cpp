@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <QImage>
 #include <QtTest>
+#include <cmath>
 #include "core/render/choropleth.h"
+#include "core/render/graph.h"
+#include "core/render/pictureFile.h"
 #include "core/workshop.h"
 
 using namespace meridor;
@@ -55,6 +58,62 @@ private Q_SLOTS:
         QCOMPARE(at(14, 4.5), QColor(Qt::white));
         QVERIFY(at(1.5, 4.5) != QColor(Qt::white));
         QVERIFY(at(24, 4.5) != QColor(Qt::white));
+    }
+
+    /// A graph as SVG contains its texts as texts, also those with markup, and no picture of pixels.
+    void keepTextsInGraphs()
+    {
+        QTemporaryDir directory;
+        const QString path = directory.filePath("g.svg");
+        Graph graph;
+        graph.texts = {"Rain & <b>wind</b>", "two gauges", "a note"};
+        graph.x = {"distance, m", 0};
+        graph.y = {"semivariance", 0};
+        graph.series.append({"pairs", {{1000, 0.5}, {2000, qQNaN()}, {3000, 1.5}}});
+        graph.series.last().look = GraphSeries::Points;
+        graph.series.last().labels = QStringList{"n=17", "n=18", "n=19"};
+        graph.series.append({"model", {{0, 0}, {3000, 1.4}}});
+        savePicture(graph, path);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString svg = QString::fromUtf8(file.readAll());
+        QStringList absent;
+        for (const char *text : {"Rain &amp; &lt;b&gt;wind&lt;/b&gt;</text>", ">two gauges<",
+                                 ">a note<", ">distance, m<", ">semivariance<", ">pairs<",
+                                 ">model<", ">n=17<", ">n=19<", ">1.6<", ">2\u2009000<"})
+            if (!svg.contains(text))
+                absent.append(text);
+        QCOMPARE(absent.join(QString(", ")), QString());
+        for (const char *other : {">n=18<", "<image", "<b>"})
+            QVERIFY2(!svg.contains(other), other);
+        for (int i = 0; i < 8; ++i)
+            QVERIFY2(contrast(lineColor(i), Qt::white) >= 3, qPrintable(lineColor(i).name()));
+    }
+
+    void refuseOtherFormats()
+    {
+        try {
+            requirePictureName("map.bmp");
+            QFAIL("map.bmp was accepted");
+        } catch (const Failure &failure) {
+            QCOMPARE(failure.kind(), FailureKind::Misused);
+        }
+    }
+
+private:
+    /// The contrast ratio of the Web Content Accessibility Guidelines 2, 1 to 21.
+    static double contrast(const QColor &a, const QColor &b)
+    {
+        const auto luminance = [](const QColor &color) {
+            const auto linear = [](double c) {
+                return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+            };
+            return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF())
+                   + 0.0722 * linear(color.blueF());
+        };
+        const double first = luminance(a) + 0.05;
+        const double second = luminance(b) + 0.05;
+        return std::max(first / second, second / first);
     }
 };
 

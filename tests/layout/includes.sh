@@ -59,6 +59,7 @@ foreign='
 ^geos_c\.h$ : ^fennimark/src/shape/overlay
 ^(gdal|ogr|cpl|proj)[a-z_]*\.h$ : ^host/core/formats/
 ^CLI/ : ^host/cli/
+^qwt_ : ^host/core/render/graph
 ^shapefil\.h$ : ^src/exchange/
 ^libdeflate\.h$ : ^src/Common/
 '

@@ -43,35 +43,6 @@ MapShape toMapShape(const TreeObject *object)
     return shape;
 }
 
-/// The fewest decimal places that change no limit by more than half a percent of the narrowest
-/// class.
-int decimalsFor(const QVector<double> &breaks)
-{
-    double step = breaks.last() - breaks.first();
-    for (int i = 1; i < breaks.size(); ++i)
-        if (breaks[i] > breaks[i - 1])
-            step = std::min(step, breaks[i] - breaks[i - 1]);
-    for (int decimals = 0; decimals < 8; ++decimals) {
-        const double scale = std::pow(10, decimals);
-        if (std::all_of(breaks.begin(), breaks.end(), [&](double limit) {
-                return std::abs(std::round(limit * scale) / scale - limit) <= 0.005 * step;
-            }))
-            return decimals;
-    }
-    return 8;
-}
-
-/// A number with its digits in groups of three, separated by thin spaces.
-QString grouped(double value, int decimals)
-{
-    QString text = QString::number(value, 'f', decimals);
-    const int point = text.indexOf(QLatin1Char('.'));
-    const int first = text.startsWith(QLatin1Char('-')) ? 1 : 0;
-    for (int at = (point < 0 ? text.size() : point) - 3; at > first; at -= 3)
-        text.insert(at, QChar(0x2009));
-    return text;
-}
-
 QString classText(double low, double high, int decimals)
 {
     if (low == high)

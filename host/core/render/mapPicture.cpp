@@ -158,19 +158,6 @@ void drawPlaces(QPainter &painter, const MapPicture &picture, const QTransform &
     }
 }
 
-/// Draws a line of text, elided if it is wider than `width`. @return the y below the line.
-double drawText(QPainter &painter, const QFont &font, const QColor &color, const QPointF &topLeft,
-                double width, const QString &text, Qt::Alignment alignment = Qt::AlignLeft)
-{
-    const QFontMetricsF metrics(font);
-    painter.setFont(font);
-    painter.setPen(color);
-    painter.drawText(QRectF(topLeft, QSizeF(width, metrics.height())),
-                     static_cast<int>(alignment) | Qt::TextSingleLine,
-                     metrics.elidedText(text, Qt::ElideRight, width));
-    return topLeft.y() + metrics.height();
-}
-
 void drawHeading(QPainter &painter, const MapPicture &picture, const Layout &layout)
 {
     const double width = layout.size().width() - 2 * layout.margin();
@@ -189,7 +176,7 @@ void drawLegend(QPainter &painter, const MapPicture &picture, const Layout &layo
     const double box = layout.unit(30);
     const QFont font = layout.font(20);
     const double textHeight = QFontMetricsF(font).height();
-    const auto entry = [&](const QColor &color, const QString &text, int count) {
+    const auto entry = [&](const QColor &color, const QString &text, qint64 count) {
         painter.setPen(QPen(kOutline, layout.unit(1)));
         painter.setBrush(color);
         painter.drawRect(QRectF(corner.x(), y, layout.unit(44), box));

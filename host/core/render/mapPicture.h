@@ -9,6 +9,7 @@
 #include <QString>
 #include <QVector>
 #include "core/export.h"
+#include "core/render/legend.h"
 
 namespace meridor {
 
@@ -17,12 +18,6 @@ struct MapShape {
     Kind kind = Area;
     QVector<QVector<QPointF>> parts; ///< map coordinates, y upwards
     int classIndex = -1;             ///< -1: no value
-};
-
-struct LegendEntry {
-    QColor color;
-    QString text;
-    int count = 0;
 };
 
 struct MapPicture {
