@@ -11,13 +11,13 @@ cd "${1:-$(dirname "$0")/../..}"
 orders='
 fennimark/src: base shape object store file points geography
 src: Common frame time numerics containers cells variograms datasets sources geography raster weights exchange project api
-host/core: project formats grids import analysis render report
+host/core: project formats grids import analysis geostatistics render report
 host: core cli desk
 '
 # What a folder may not include although it stands before it.
 barred='
 fennimark/src/points: shape object store file
-host/core/render: import analysis
+host/core/render: import analysis geostatistics
 host/desk: cli
 '
 # Public headers without a source of their name. A plain record belongs to the lowest folder that has what it holds.
@@ -60,6 +60,7 @@ foreign='
 ^(gdal|ogr|cpl|proj)[a-z_]*\.h$ : ^host/core/formats/
 ^CLI/ : ^host/cli/
 ^qwt_ : ^host/core/render/graph
+^(unsupported/)?Eigen/ : ^host/core/geostatistics/
 ^shapefil\.h$ : ^src/exchange/
 ^libdeflate\.h$ : ^src/Common/
 '

@@ -2,9 +2,9 @@
 /// Moran's I of a map and of each object, with permutation tests. Works on plain values and
 /// weights: rows are the objects that have a value, numbered from 0.
 #pragma once
-#include <functional>
 #include <vector>
 #include "core/export.h"
+#include "core/project/progress.h"
 
 namespace meridor {
 
@@ -28,9 +28,6 @@ private:
     std::vector<int> mColumns;
     std::vector<double> mWeights;
 };
-
-/// Receives 0 to 100; throws to stop.
-using Meter = std::function<void(int)>;
 
 /// The permutation p is one-sided, on the side of the median of the permutations on which the value
 /// is: p = (r + 1) / (permutations + 1) with r the number of permutations at least as extreme.

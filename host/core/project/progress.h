@@ -10,6 +10,8 @@ namespace meridor {
 
 /// Receives the percentage of the present work and a label; -1 when the work has ended.
 using ProgressReport = std::function<void(int percent, const QString &text)>;
+/// Receives the progress of calculations on plain values, 0 to 100; throws to stop.
+using Meter = std::function<void(int)>;
 
 /// The progress bar of one piece of work, for a scope. Only one may be open at a time; nested work
 /// reports through part(). It opens the library's own bar, so that work inside the library advances

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+/// Numbers at places: what variograms are calculated from and what kriging predicts from.
+#pragma once
+#include <QPointF>
+#include <QtGlobal>
+#include <vector>
+#include "core/export.h"
+
+namespace meridor {
+
+/// Rows of places with a value each.
+struct MERIDOR_EXPORT Samples {
+    std::vector<double> x;
+    std::vector<double> y;
+    std::vector<double> values;
+    std::vector<int> objects; ///< the object index or the number of the cell
+
+    size_t size() const { return x.size(); }
+    void add(const QPointF &place, double value, int object);
+};
+
+/// All places of a geography at a time: points, centroids of polygons, centres of cells.
+struct Places {
+    std::vector<double> x;
+    std::vector<double> y;
+    std::vector<int> objects;
+
+    size_t size() const { return x.size(); }
+};
+/// Raises a Failure for a geography of lines.
+MERIDOR_EXPORT Places placesAt(int geography, qint64 time);
+
+/// The finite values of a numeric dataset with their places. Raises a Failure for a dataset of
+/// texts, for lines, for an unknown realization and for a time without values.
+MERIDOR_EXPORT Samples samplesAt(int dataset, qint64 time, int realization = 0);
+
+/// Replaces samples at the same place by one with the mean of their values, at the row and with the
+/// object of the first.
+/// @param merged  receives the number of samples that were removed.
+MERIDOR_EXPORT Samples withoutColocated(const Samples &samples, int &merged);
+
+/// The diagonal of the bounding box.
+MERIDOR_EXPORT double diagonalOf(const Samples &samples);
+
+} // namespace meridor
