@@ -6,7 +6,8 @@
 
 packages=(g++ cmake ninja-build ccache pkg-config binutils
     qtbase5-dev libgeos-dev libshp-dev libdeflate-dev libblas-dev liblapack-dev libopenblas-dev
-    libgdal-dev libcli11-dev libqwt-qt5-dev libqt5svg5-dev libeigen3-dev node-d3 libboost-dev fonts-dejavu-core "${check_packages[@]}")
+    libgdal-dev libcli11-dev libqwt-qt5-dev libqt5svg5-dev libeigen3-dev
+    node-d3 libboost-dev fonts-dejavu-core "${check_packages[@]}")
 
 install_missing() {
     local missing=() package
