@@ -7,6 +7,7 @@
 #include "core/analysis/tables.h"
 #include "core/formats/cubeWriter.h"
 #include "core/formats/rasterWriter.h"
+#include "core/formats/sourceFile.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/outputFile.h"
@@ -72,24 +73,23 @@ QStringList formatNames()
 const Format &formatOf(const Options &options)
 {
     const QString suffix = QFileInfo(options.output).suffix().toLower();
-    const bool isDatabase = isConnection(options.output);
+    const bool isServer = isDatabase(options.output);
     for (const Format &format : formats()) {
         const bool bySuffix = format.suffixes.contains(suffix);
         const bool database = format.shapes == FeatureFormat::Database;
         if (!options.format.isEmpty() ? options.format != QLatin1String(format.name)
-            : isDatabase              ? !database
+            : isServer                ? !database
                                       : !bySuffix)
             continue;
         const bool named = format.shapes == FeatureFormat::Shapefile
                            || (format.kind == Kind::Table && format.table == TableFormat::Dbf);
-        if (isDatabase != database || (named && !bySuffix))
+        if (isServer != database || (named && !bySuffix))
             failUsage(QStringLiteral("%1: %2").arg(
                 options.output,
-                database ? QStringLiteral("a database is named by a connection text, "
-                                          "such as PG:dbname=survey")
-                : isDatabase
-                    ? QStringLiteral("a database has no other format")
-                    : QStringLiteral("the name ends in .%1").arg(format.suffixes.first())));
+                database   ? QStringLiteral("a database is named by a connection text, "
+                                              "such as PG:dbname=survey")
+                : isServer ? QStringLiteral("a database has no other format")
+                           : QStringLiteral("the name ends in .%1").arg(format.suffixes.first())));
         return format;
     }
     if (options.format.isEmpty() && isStream(options.output))
@@ -120,7 +120,7 @@ void tell(const Options &options, const QVector<int> &datasets, const QString &w
     QStringList names;
     for (const int id : datasets)
         names.append(datasetName(id));
-    const QString target = shownTarget(options.output);
+    const QString target = withoutPassword(options.output);
     QString text = QStringLiteral("%1: %2").arg(target, what);
     if (!names.isEmpty())
         text += QStringLiteral(" of ") + someOf(names);
@@ -255,9 +255,10 @@ void addExport(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     options->layout = QStringLiteral("long");
-    const Command command = app.verb(
-        "export", "Write datasets as a table, shapes with their values, a cube (NetCDF, Zarr), or a "
-                  "grid as GeoTIFF");
+    const Command command =
+        app.verb("export",
+                 "Write datasets as a table, shapes with their values, a cube (NetCDF, Zarr), or a "
+                 "grid as GeoTIFF");
     projectArgument(command, options->project);
     command
         .text("OUTPUT", options->output,
@@ -276,9 +277,10 @@ void addExport(const Command &app, Context &context)
         .oneOf({"long", "wide"});
     command.text("--geography", options->geography, "The geography, if there are several");
     command
-        .text("--format", options->format,
-              "csv, geoeas or dbf; with shapes gpkg, geojson, fgb, shapefile or database; netcdf or "
-              "zarr; geotiff")
+        .text(
+            "--format", options->format,
+            "csv, geoeas or dbf; with shapes gpkg, geojson, fgb, shapefile or database; netcdf or "
+            "zarr; geotiff")
         .oneOf(formatNames() + QStringList{QStringLiteral("netcdf"), QStringLiteral("zarr")});
     command.text("--layer", options->layer,
                  "The layer, or the table of a database (default: the geography's name)");

@@ -11,6 +11,7 @@
 #include "core/import/rasterImporter.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/outputFile.h"
 #include "core/project/safeFile.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"

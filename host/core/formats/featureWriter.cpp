@@ -2,7 +2,6 @@
 #include "core/formats/featureWriter.h"
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <cpl_conv.h>
@@ -13,6 +12,7 @@
 #include <ogr_geometry.h>
 #include "core/formats/fieldWidths.h"
 #include "core/formats/gdalFile.h"
+#include "core/formats/sourceFile.h"
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
 #include "core/project/outputFile.h"
@@ -207,7 +207,7 @@ private:
     {
         stopIfCancelled();
         fail(QStringLiteral("%1: could not be written%2")
-                 .arg(shownTarget(mTarget.path), QuietGdal::complaint()));
+                 .arg(withoutPassword(mTarget.path), QuietGdal::complaint()));
     }
 
     void *makeReference() const
@@ -354,23 +354,23 @@ void writeTable(const FeatureTarget &target, const std::function<void(TableSink 
                                    GDAL_OF_VECTOR | GDAL_OF_UPDATE, nullptr, nullptr, nullptr));
     if (!file)
         fail(QStringLiteral("%1: no database that GDAL can write%2")
-                 .arg(shownTarget(target.path), QuietGdal::complaint()));
+                 .arg(withoutPassword(target.path), QuietGdal::complaint()));
     if (!target.overwrite
         && GDALDatasetGetLayerByName(file.get(), target.layer.toUtf8().constData()))
         fail(QStringLiteral("%1: the table %2 is there already")
-                 .arg(shownTarget(target.path), target.layer),
+                 .arg(withoutPassword(target.path), target.layer),
              "overwrite");
     CPLErrorReset();
     Transaction transaction(file.get());
     if (!transaction.isOpen())
         fail(QStringLiteral("%1: the database has no transactions%2")
-                 .arg(shownTarget(target.path), QuietGdal::complaint()));
+                 .arg(withoutPassword(target.path), QuietGdal::complaint()));
     LayerSink sink(file.get(), target, nullptr);
     pass(sink);
     stopIfCancelled();
     if (!transaction.commit())
         fail(QStringLiteral("%1: could not be written%2")
-                 .arg(shownTarget(target.path), QuietGdal::complaint()));
+                 .arg(withoutPassword(target.path), QuietGdal::complaint()));
 }
 
 /// GDAL's writers check the writes of their buffers in part only, so the end of the file is read
@@ -456,35 +456,23 @@ void noteLosses(const FeatureTarget &target, const std::function<void(const QStr
         != OGRERR_NONE) {
         note(QStringLiteral("%1: the projection of the map is not one that GDAL knows; it is left "
                             "out")
-                 .arg(shownTarget(target.path)));
+                 .arg(withoutPassword(target.path)));
         return;
     }
     OSRAutoIdentifyEPSG(reference.get());
     if (target.format == FeatureFormat::GeoJson && !OSRGetAuthorityCode(reference.get(), nullptr))
         note(QStringLiteral("%1: GeoJSON names projections by their codes, and this one has none")
-                 .arg(shownTarget(target.path)));
+                 .arg(withoutPassword(target.path)));
 }
 
 } // namespace
 
-bool isConnection(const QString &target)
+bool isDatabase(const QString &target)
 {
     for (const char *prefix : {"PG:", "postgresql://", "MYSQL:", "MSSQL:"})
         if (target.startsWith(QLatin1String(prefix), Qt::CaseInsensitive))
             return true;
     return false;
-}
-
-QString shownTarget(const QString &target)
-{
-    static const QRegularExpression secret(
-        QStringLiteral("(password\\s*=\\s*)('(?:[^'\\\\]|\\\\.)*'|[^\\s,&]*)"),
-        QRegularExpression::CaseInsensitiveOption);
-    static const QRegularExpression inAddress(QStringLiteral("(://[^:/@]*:)[^@/]*@"));
-    QString shown = target;
-    return isConnection(target) ? shown.replace(secret, QStringLiteral("\\1***"))
-                                      .replace(inAddress, QStringLiteral("\\1***@"))
-                                : shown;
 }
 
 QStringList filesOf(const FeatureTarget &target)

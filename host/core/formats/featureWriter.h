@@ -21,10 +21,8 @@ struct FeatureTarget {
     bool overwrite = false; ///< replace files, or the table of a database
 };
 
-/// Whether the text names a database rather than a file.
-MERIDOR_EXPORT bool isConnection(const QString &target);
-/// The target for messages: a connection text without its password.
-MERIDOR_EXPORT QString shownTarget(const QString &target);
+/// Whether the text is the connection text of a database server rather than the name of a file.
+MERIDOR_EXPORT bool isDatabase(const QString &target);
 /// The files that a target consists of; empty for a database.
 MERIDOR_EXPORT QStringList filesOf(const FeatureTarget &target);
 

@@ -9,6 +9,7 @@
 #include "core/formats/textEncoding.h"
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
+#include "core/project/outputFile.h"
 
 namespace meridor {
 namespace {
@@ -60,12 +61,6 @@ QString markedEncoding(const QString &path)
 
 } // namespace
 
-bool isStream(const QString &path)
-{
-    const QFileInfo info(path);
-    return info.exists() && !info.isFile() && !info.isDir();
-}
-
 bool isConnection(const QString &text)
 {
     static const QRegularExpression scheme(QStringLiteral("^(?:[A-Za-z][A-Za-z0-9_+]+:|/vsi)"));
@@ -75,13 +70,13 @@ bool isConnection(const QString &text)
 QString withoutPassword(const QString &text)
 {
     static const QRegularExpression named(
-        QStringLiteral("\\b(password|pwd|pass)\\s*=\\s*('(?:[^'\\\\]|\\\\.)*'|[^\\s,;]*)"),
+        QStringLiteral("\\b((?:password|pwd|pass)\\s*=\\s*)('(?:[^'\\\\]|\\\\.)*'|[^\\s,;&]*)"),
         QRegularExpression::CaseInsensitiveOption);
     static const QRegularExpression inUrl(QStringLiteral("(://[^/@:\\s]*):[^/@\\s]*@"));
     if (!isConnection(text))
         return text;
     QString shown = text;
-    shown.replace(named, QStringLiteral("\\1=***"));
+    shown.replace(named, QStringLiteral("\\1***"));
     shown.replace(inUrl, QStringLiteral("\\1:***@"));
     return shown;
 }

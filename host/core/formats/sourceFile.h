@@ -21,8 +21,6 @@ struct SourceFile {
 ///                  the file cannot be copied.
 SourceFile openSource(const QString &path, const QString &encoding);
 
-/// Whether a path names something that can be read only once, such as a pipe.
-MERIDOR_EXPORT bool isStream(const QString &path);
 /// Whether a text is one that GDAL opens as a connection, such as "PG:dbname=t", and no path.
 MERIDOR_EXPORT bool isConnection(const QString &text);
 /// The text as it may be shown and stored: passwords of connections are left out.

@@ -122,7 +122,8 @@ private:
     {
         for (const QString &name : mPlan.datasets)
             for (int i = 0; i < mShown.layers.size(); ++i)
-                if (name == mShown.layers[i].name || name == mPrefix + mShown.layers[i].name)
+                if (name == mShown.layers[i].name
+                    || name == mShown.name + QLatin1Char('/') + mShown.layers[i].name)
                     return i;
         const auto rank = [](const ReportLayer &layer) {
             return layer.rows.size() + (layer.isText ? 0 : 1);
