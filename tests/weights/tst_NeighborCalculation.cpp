@@ -208,7 +208,7 @@ List polygonNeighbors(const Map &map, size_t ego, int t, bool queen, int rings, 
 
 int addCells(unsigned int rows, unsigned int columns)
 {
-    return addGrid(rows, columns, QRectF(-3, 2, columns * 0.5, rows * 0.25));
+    return addGrid(rows, columns, QRectF(-3, 2, columns * 0.5, rows * 0.25), 9);
 }
 
 List listOf(int set, unsigned int object, qint64 t,
