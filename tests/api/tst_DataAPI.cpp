@@ -247,6 +247,7 @@ private Q_SLOTS:
         const int geography = addPoints(3);
         QVERIFY(geography >= 0);
         for (const int id : {(geography + 1) << 16, -1, (geography << 16) + 5}) {
+            const InCase inId(id);
             checkTypedMisses(id, 1.5);
             checkTypedMisses(id, 7);
             checkTypedMisses(id, QStringLiteral("kept"));

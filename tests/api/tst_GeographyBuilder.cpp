@@ -132,27 +132,36 @@ private Q_SLOTS:
         QVERIFY(finish() >= 0);
     }
 
-    void projectionsBecomeTags()
+    void projectionsBecomeTags_data()
     {
+        QTest::addColumn<QString>("wkt");
+        QTest::addColumn<QVariant>("projection");
+        QTest::addColumn<QVariant>("unit");
         const auto check = [](const QString &wkt, const QVariant &projection,
                               const QVariant &unit) {
-            const InCase inWkt(wkt);
-            TestModel model;
-            QVERIFY(start());
-            QVERIFY(!VORN_SetNewGeographyProjection(QStringLiteral("no system")));
-            QVERIFY(wkt.isEmpty() || VORN_SetNewGeographyProjection(wkt));
-            QVERIFY(VORN_AddPointToChain(newChain(), QPointF(1, 1), kSpan));
-            QVERIFY(!VORN_SetNewGeographyProjection(kProjected)); // too late
-            MVectorData &geography = model.vectorData(finish());
-            QCOMPARE(geography.GetMetaData()[QStringLiteral("Projection")], projection);
-            QCOMPARE(geography.GetMetaData()[QStringLiteral("Distance unit")], unit);
-            QString text;
-            QVERIFY(geography.GetDistanceUnit(text));
-            QCOMPARE(text, unit.toString());
+            QTest::newRow(qPrintable(projection.toString())) << wkt << projection << unit;
         };
         check(QString(), "Unknown", "Unknown");
         check(kProjected, "Grid", "metre");
         check(kGeographic, "Unprojected", 9102);
+    }
+    void projectionsBecomeTags()
+    {
+        QFETCH(QString, wkt);
+        QFETCH(QVariant, projection);
+        QFETCH(QVariant, unit);
+        TestModel model;
+        QVERIFY(start());
+        QVERIFY(!VORN_SetNewGeographyProjection(QStringLiteral("no system")));
+        QVERIFY(wkt.isEmpty() || VORN_SetNewGeographyProjection(wkt));
+        QVERIFY(VORN_AddPointToChain(newChain(), QPointF(1, 1), kSpan));
+        QVERIFY(!VORN_SetNewGeographyProjection(kProjected)); // too late
+        MVectorData &geography = model.vectorData(finish());
+        QCOMPARE(geography.GetMetaData()[QStringLiteral("Projection")], projection);
+        QCOMPARE(geography.GetMetaData()[QStringLiteral("Distance unit")], unit);
+        QString text;
+        QVERIFY(geography.GetDistanceUnit(text));
+        QCOMPARE(text, unit.toString());
     }
 
     void projectionIsTakenFromAnother()

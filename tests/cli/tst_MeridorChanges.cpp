@@ -20,30 +20,37 @@ private Q_SLOTS:
         QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
     }
 
-    void convertsValuesBothWays()
+    void convertsValuesBothWays_data()
     {
-        const auto check = [this](const QStringList &options, const char *in2000,
-                                  const char *in2001) {
-            const InCase inCase(options);
-            const QStringList words{"convert",  "p.vorn", "v",          "w",
-                                    "--output", "w.vorn", "--overwrite"};
-            const Outcome outcome = mPlace.run(words + options);
-            QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
-            const QString other = options.contains("series") ? "slices" : "series";
-            QCOMPARE(mPlace.run({"convert", "w.vorn", "w", "x", "--storage", other}).code, 0);
-            for (const char *dataset : {"w", "x"}) {
-                QCOMPARE(held("w.vorn", dataset, "2000"), in2000);
-                QCOMPARE(held("w.vorn", dataset, "2001"), in2001);
-            }
-            // The passing dataset of a conversion in two steps is gone.
-            const Outcome info = mPlace.run({"info", "w.vorn", "--json"});
-            QCOMPARE(info.at("geographies/0/datasets").toArray().size(), 5);
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QString>("in2000");
+        QTest::addColumn<QString>("in2001");
+        const auto check = [](const QStringList &options, const char *in2000, const char *in2001) {
+            QTest::newRow(qPrintable(options.join(' '))) << options << in2000 << in2001;
         };
         check({"--storage", "series"}, "a=1.75 b=-4.25 c=7", "a=2.5 b=5");
         check({"--type", "integer"}, "a=1 b=-4 c=7", "a=2 b=5"); // toward zero
         check({"--type", "text", "--decimals", "2"}, "a=1.75 b=-4.25 c=7.00", "a=2.50 b=5.00");
         check({"--type", "text", "--decimals", "0", "--storage", "series"}, "a=1 b=-4 c=7",
               "a=2 b=5");
+    }
+    void convertsValuesBothWays()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QString, in2000);
+        QFETCH(QString, in2001);
+        const QStringList words{"convert", "p.vorn", "v", "w", "--output", "w.vorn", "--overwrite"};
+        const Outcome outcome = mPlace.run(words + options);
+        QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
+        const QString other = options.contains("series") ? "slices" : "series";
+        QCOMPARE(mPlace.run({"convert", "w.vorn", "w", "x", "--storage", other}).code, 0);
+        for (const char *dataset : {"w", "x"}) {
+            QCOMPARE(held("w.vorn", dataset, "2000"), in2000);
+            QCOMPARE(held("w.vorn", dataset, "2001"), in2001);
+        }
+        // The passing dataset of a conversion in two steps is gone.
+        const Outcome info = mPlace.run({"info", "w.vorn", "--json"});
+        QCOMPARE(info.at("geographies/0/datasets").toArray().size(), 5);
     }
 
     void refusesConversionsOfNothing()
@@ -109,32 +116,18 @@ private Q_SLOTS:
         QCOMPARE(mPlace.run({"subset", "p.vorn", "all"}).code, 2);
     }
 
+    void upgradesProjectsOfAnyAge_data()
+    {
+        QTest::addColumn<int>("version");
+        QTest::addColumn<QString>("told");
+        QTest::newRow("points alone") << 102000 << "1.02.000";
+        QTest::newRow("with a grid") << 160004 << "1.60.004";
+        QTest::newRow("half way") << 201044 << "2.01.044";
+    }
     void upgradesProjectsOfAnyAge()
     {
-        // Points alone, with a grid, half way.
-        for (const auto &[version, told] :
-             {std::make_pair(102000, "1.02.000"), {160004, "1.60.004"}, {201044, "2.01.044"}})
-            checkUpgrade(version, told);
-    }
-
-private:
-    /// "a=1 b=? c=7": what a dataset holds at a time, missing values left out.
-    QString held(const QString &project, const QString &dataset, const QString &at) const
-    {
-        QStringList texts;
-        for (const char *object : {"a", "b", "c"}) {
-            const QJsonArray values =
-                mPlace.run({"series", project, dataset, object, "--json"}).at("values").toArray();
-            for (const QJsonValue &value : values)
-                if (value["time"].toString() == at && !value["value"].isNull())
-                    texts.append(QString(object) + '=' + value["value"].toVariant().toString());
-        }
-        return texts.join(' ');
-    }
-
-    void checkUpgrade(int version, const QString &told) const
-    {
-        const InCase inVersion(version);
+        QFETCH(int, version);
+        QFETCH(QString, told);
         mPlace.file("old.vorn", oldProject::write(oldProject::Sample{version}));
         const Outcome outcome =
             mPlace.run({"upgrade", "old.vorn", "new.vorn", "--json", "--overwrite"});
@@ -150,6 +143,21 @@ private:
         mPlace.file("old.vorn", "no project");
         QCOMPARE(mPlace.run({"upgrade", "old.vorn", "new.vorn", "--overwrite"}).code, 1);
         QCOMPARE(mPlace.bytes("again.vorn"), mPlace.bytes("new.vorn"));
+    }
+
+private:
+    /// "a=1 b=? c=7": what a dataset holds at a time, missing values left out.
+    QString held(const QString &project, const QString &dataset, const QString &at) const
+    {
+        QStringList texts;
+        for (const char *object : {"a", "b", "c"}) {
+            const QJsonArray values =
+                mPlace.run({"series", project, dataset, object, "--json"}).at("values").toArray();
+            for (const QJsonValue &value : values)
+                if (value["time"].toString() == at && !value["value"].isNull())
+                    texts.append(QString(object) + '=' + value["value"].toVariant().toString());
+        }
+        return texts.join(' ');
     }
 
     Workplace mPlace;

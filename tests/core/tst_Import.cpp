@@ -12,24 +12,16 @@ using namespace meridor;
 class TestImport : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void readsSeriesOfEveryForm()
+    void readsSeriesOfEveryForm_data()
     {
+        QTest::addColumn<QByteArray>("table");
+        QTest::addColumn<QString>("series");
+        QTest::addColumn<QString>("a");
+        QTest::addColumn<QString>("c");
+        QTest::addColumn<QString>("pattern");
         const auto check = [](const QByteArray &table, const char *series, const char *a,
                               const char *c, const char *pattern = "") {
-            const InCase inCase(series);
-            Workshop shop(squares(), table);
-            shop.options.timePattern = pattern;
-            if (table.contains("value")) { // observations
-                shop.options.observations = shop.table();
-                shop.options.observed = QStringList{series};
-            } else {
-                shop.options.tables = QStringList{shop.table()};
-                shop.options.missing = QStringList{"NA"};
-                shop.options.series = QStringList{series};
-            }
-            QCOMPARE(shop.run(), QString());
-            QCOMPARE(shop.told("v", "a"), a);
-            QCOMPARE(shop.told("v", "c"), c);
+            QTest::newRow(series) << table << series << a << c << pattern;
         };
         const QByteArray wide = "id,v2000,v2001,v2002\na,1,2.5,\nb,4,5,6\nc,,8,NA\n";
         for (const char *columns : {"v=v2000..v2002", "v=v*"})
@@ -47,32 +39,38 @@ private Q_SLOTS:
         check("id,at,value\na,6:30,1\na,18:00,2\nc,23:59:59,5\n", "v=value@at/next",
               "06:30:00/18:00:00=1 18:00:00=2", "23:59:59=5");
     }
-
-    void namesThePlaceOfWhatIsWrong()
+    void readsSeriesOfEveryForm()
     {
+        QFETCH(QByteArray, table);
+        QFETCH(QString, series);
+        QFETCH(QString, a);
+        QFETCH(QString, c);
+        QFETCH(QString, pattern);
+        Workshop shop(squares(), table);
+        shop.options.timePattern = pattern;
+        if (table.contains("value")) { // observations
+            shop.options.observations = shop.table();
+            shop.options.observed = QStringList{series};
+        } else {
+            shop.options.tables = QStringList{shop.table()};
+            shop.options.missing = QStringList{"NA"};
+            shop.options.series = QStringList{series};
+        }
+        QCOMPARE(shop.run(), QString());
+        QCOMPARE(shop.told("v", "a"), a);
+        QCOMPARE(shop.told("v", "c"), c);
+    }
+
+    void namesThePlaceOfWhatIsWrong_data()
+    {
+        QTest::addColumn<QByteArray>("map");
+        QTest::addColumn<QByteArray>("table");
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<QByteArray>("told");
         // The words are names of options and what they are given.
         const auto row = [](const QByteArray &map, const QByteArray &table,
                             const QStringList &words, const char *told) {
-            Workshop shop(map, table);
-            ImportOptions &options = shop.options;
-            const QHash<QString, QString *> texts{
-                {"key", &options.key}, {"start", &options.start}, {"end", &options.end}};
-            const QHash<QString, QStringList *> lists{{"series", &options.series},
-                                                      {"type", &options.types},
-                                                      {"observe", &options.observed}};
-            for (int i = 0; i < words.size(); i += 2) {
-                if (QString *text = texts.value(words[i]))
-                    *text = words[i + 1];
-                else
-                    *lists[words[i]] = QStringList{words[i + 1]};
-            }
-            if (!table.isEmpty() && words.contains("observe"))
-                options.observations = shop.table();
-            else if (!table.isEmpty())
-                options.tables = QStringList{shop.table()};
-            const QString failure = shop.run();
-            QVERIFY2(failure.contains(told), qPrintable(failure));
-            QVERIFY(geographyIds().isEmpty()); // nothing half-made stays
+            QTest::newRow(told) << map << table << words << QByteArray(told);
         };
         const QByteArray map = squares();
         row("", "", {}, "map.geojson: not a file that GDAL reads");
@@ -102,6 +100,32 @@ private Q_SLOTS:
         row("{\"type\":\"FeatureCollection\",\"features\":["
                 + QByteArray(feature).replace("{}", "{\"id\":\"a\"}") + "null}]}",
             "", {}, "map.geojson: holds no shapes");
+    }
+    void namesThePlaceOfWhatIsWrong()
+    {
+        QFETCH(QByteArray, map);
+        QFETCH(QByteArray, table);
+        QFETCH(QStringList, words);
+        QFETCH(QByteArray, told);
+        Workshop shop(map, table);
+        ImportOptions &options = shop.options;
+        const QHash<QString, QString *> texts{
+            {"key", &options.key}, {"start", &options.start}, {"end", &options.end}};
+        const QHash<QString, QStringList *> lists{
+            {"series", &options.series}, {"type", &options.types}, {"observe", &options.observed}};
+        for (int i = 0; i < words.size(); i += 2) {
+            if (QString *text = texts.value(words[i]))
+                *text = words[i + 1];
+            else
+                *lists[words[i]] = QStringList{words[i + 1]};
+        }
+        if (!table.isEmpty() && words.contains("observe"))
+            options.observations = shop.table();
+        else if (!table.isEmpty())
+            options.tables = QStringList{shop.table()};
+        const QString failure = shop.run();
+        QVERIFY2(failure.contains(told), qPrintable(failure));
+        QVERIFY(geographyIds().isEmpty()); // nothing half-made stays
     }
 
     void namesKeysThatDoNotMatch()

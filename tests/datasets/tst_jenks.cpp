@@ -67,6 +67,7 @@ class TestJenks : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void smallLists();
+    void agreesWithThePlainRecurrence_data();
     void agreesWithThePlainRecurrence();
     void hugeValuesDoNotOverflow();
     void moreClassesThanValuesOfALongList();
@@ -87,29 +88,40 @@ void TestJenks::smallLists()
     QCOMPARE(jenksBreaks(6, kIncome2009), (Breaks{29318, 32892.5, 35829.5, 39460, 45027.5, 52736}));
 }
 
+void TestJenks::agreesWithThePlainRecurrence_data()
+{
+    QTest::addColumn<int>("cases");
+    QTest::addColumn<int>("longest");
+    QTest::addColumn<int>("levels"); // different values, 0 for reals
+    QTest::addColumn<double>("step");
+    QTest::addColumn<double>("offset");
+    QTest::newRow("many ties") << 3000 << 30 << 6 << 1.0 << 0.0;
+    QTest::newRow("some ties, negative") << 3000 << 40 << 40 << 1.0 << -20.0;
+    QTest::newRow("long lists") << 60 << 250 << 200 << 1.0 << 0.0;
+    QTest::newRow("tenths") << 2000 << 40 << 30 << 0.1 << 0.0;
+    QTest::newRow("long lists of reals") << 30 << 400 << 0 << 1.0 << 0.0;
+    QTest::newRow("all rounding") << 500 << 60 << 0 << 1.0 << 1e8;
+}
+
 void TestJenks::agreesWithThePlainRecurrence()
 {
-    // Levels are different values, 0 for reals.
-    const auto check = [](int cases, int longest, int levels, double step, double offset) {
-        std::mt19937 random(walkSeed(4711));
-        for (int i = 0; i < cases; ++i) {
-            QVector<double> values(2 + int(random() % unsigned(longest - 1)));
-            for (double &value : values)
-                value = offset
-                        + step
-                              * (levels > 0 ? double(random() % unsigned(levels))
-                                            : double(random()) / 4294967296.0);
-            std::sort(values.begin(), values.end());
-            const int count = 2 + static_cast<int>(random() % 8);
-            QCOMPARE(jenksBreaks(count, values), plainBreaks(count, values));
-        }
-    };
-    check(3000, 30, 6, 1.0, 0.0);
-    check(3000, 40, 40, 1.0, -20.0);
-    check(60, 250, 200, 1.0, 0.0);
-    check(2000, 40, 30, 0.1, 0.0);
-    check(30, 400, 0, 1.0, 0.0);
-    check(500, 60, 0, 1.0, 1e8); // all rounding
+    QFETCH(int, cases);
+    QFETCH(int, longest);
+    QFETCH(int, levels);
+    QFETCH(double, step);
+    QFETCH(double, offset);
+    std::mt19937 random(walkSeed(4711));
+    for (int i = 0; i < cases; ++i) {
+        QVector<double> values(2 + int(random() % unsigned(longest - 1)));
+        for (double &value : values)
+            value = offset
+                    + step
+                          * (levels > 0 ? double(random() % unsigned(levels))
+                                        : double(random()) / 4294967296.0);
+        std::sort(values.begin(), values.end());
+        const int count = 2 + static_cast<int>(random() % 8);
+        QCOMPARE(jenksBreaks(count, values), plainBreaks(count, values));
+    }
 }
 
 void TestJenks::hugeValuesDoNotOverflow()

@@ -32,19 +32,25 @@ using Correction = QVector<int> (*)(const QVector<double> &, const VORN_MissingD
 
 } // namespace
 
+Q_DECLARE_METATYPE(VORN_MissingData)
+
 class TestCorrections : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void knownCases()
+    void knownCases_data()
     {
+        QTest::addColumn<QVector<double>>("p");
+        QTest::addColumn<VORN_MissingData>("missing");
+        QTest::addColumn<double>("alpha");
+        QTest::addColumn<QVector<int>>("bonferroni");
+        QTest::addColumn<QVector<int>>("holm");
+        QTest::addColumn<QVector<int>>("simes");
+        QTest::addColumn<QVector<int>>("fdr");
         using I = QVector<int>;
         const auto check = [](const char *name, const QVector<double> &p,
                               const VORN_MissingData &missing, double alpha, const I &bonferroni,
                               const I &holm, const I &simes, const I &fdr) {
-            QVERIFY2(VORN_PerformBonferroniCorrection(p, missing, alpha) == bonferroni, name);
-            QVERIFY2(VORN_PerformHolmCorrection(p, missing, alpha) == holm, name);
-            QVERIFY2(VORN_PerformSimesCorrection(p, missing, alpha) == simes, name);
-            QVERIFY2(VORN_PerformFDRCorrection(p, missing, alpha) == fdr, name);
+            QTest::newRow(name) << p << missing << alpha << bonferroni << holm << simes << fdr;
         };
         using P = QVector<double>;
         const VORN_MissingData none;
@@ -62,6 +68,20 @@ private Q_SLOTS:
         check("all missing", P{0.001, 0.002}, all, 0.05, I{}, I{}, I{}, I{});
         check("empty", P{}, none, 0.05, I{}, I{}, I{}, I{});
         check("a NaN never passes", P{kNaN, 0.001}, none, 0.05, I{1}, I{1}, I{0}, I{1});
+    }
+    void knownCases()
+    {
+        QFETCH(QVector<double>, p);
+        QFETCH(VORN_MissingData, missing);
+        QFETCH(double, alpha);
+        QFETCH(QVector<int>, bonferroni);
+        QFETCH(QVector<int>, holm);
+        QFETCH(QVector<int>, simes);
+        QFETCH(QVector<int>, fdr);
+        QCOMPARE(VORN_PerformBonferroniCorrection(p, missing, alpha), bonferroni);
+        QCOMPARE(VORN_PerformHolmCorrection(p, missing, alpha), holm);
+        QCOMPARE(VORN_PerformSimesCorrection(p, missing, alpha), simes);
+        QCOMPARE(VORN_PerformFDRCorrection(p, missing, alpha), fdr);
     }
 
     void sortedWalksEqualThePlainOnes()

@@ -94,36 +94,12 @@ private Q_SLOTS:
             });
     }
 
-    void countsFollowTheirDistribution()
+    void countsFollowTheirDistribution_data()
     {
+        QTest::addColumn<int>("n");
+        QTest::addColumn<double>("parameter");
         const auto check = [](const char *name, int n, double parameter) {
-            VORN_SetRandomSeed(4711);
-            QVector<int> counts(400, 0);
-            for (int i = 0; i < kDraws; ++i) {
-                const int count =
-                    n ? VORN_GetBinomialDeviate(parameter, n) : VORN_GetPoissonDeviate(parameter);
-                QCOMPARE(answers({count >= 0, (n == 0 || count <= n), count < counts.size()}),
-                         "yyy");
-                ++counts[count];
-            }
-            // Chi-square over the values that are expected 10 times and more, against mean + 6
-            // deviations of its distribution.
-            double chi = 0.0;
-            int cells = 0;
-            for (int k = 0; k < counts.size() && (n == 0 || k <= n); ++k) {
-                const double logP = n ? std::lgamma(n + 1.0) - std::lgamma(k + 1.0)
-                                            - std::lgamma(n - k + 1.0) + k * std::log(parameter)
-                                            + (n - k) * std::log1p(-parameter)
-                                      : k * std::log(parameter) - parameter - std::lgamma(k + 1.0);
-                const double expected = kDraws * std::exp(logP);
-                if (expected < 10.0)
-                    continue;
-                chi += (counts[k] - expected) * (counts[k] - expected) / expected;
-                ++cells;
-            }
-            QVERIFY2(cells > 3, name);
-            QVERIFY2(chi < cells + 6.0 * std::sqrt(2.0 * cells),
-                     qPrintable(QString("%1: %2 in %3 cells").arg(name).arg(chi).arg(cells)));
+            QTest::newRow(name) << n << parameter;
         };
         check("Poisson by multiplication", 0, 3.7);
         check("Poisson by rejection", 0, 45.5);
@@ -132,6 +108,37 @@ private Q_SLOTS:
         check("binomial, few failures", 200, 0.998);
         check("binomial by rejection", 300, 0.35);
         check("binomial by rejection, likely", 60, 0.9);
+    }
+    void countsFollowTheirDistribution()
+    {
+        QFETCH(int, n);
+        QFETCH(double, parameter);
+        VORN_SetRandomSeed(4711);
+        QVector<int> counts(400, 0);
+        for (int i = 0; i < kDraws; ++i) {
+            const int count =
+                n ? VORN_GetBinomialDeviate(parameter, n) : VORN_GetPoissonDeviate(parameter);
+            QCOMPARE(answers({count >= 0, (n == 0 || count <= n), count < counts.size()}), "yyy");
+            ++counts[count];
+        }
+        // Chi-square over the values that are expected 10 times and more, against mean + 6
+        // deviations of its distribution.
+        double chi = 0.0;
+        int cells = 0;
+        for (int k = 0; k < counts.size() && (n == 0 || k <= n); ++k) {
+            const double logP = n ? std::lgamma(n + 1.0) - std::lgamma(k + 1.0)
+                                        - std::lgamma(n - k + 1.0) + k * std::log(parameter)
+                                        + (n - k) * std::log1p(-parameter)
+                                  : k * std::log(parameter) - parameter - std::lgamma(k + 1.0);
+            const double expected = kDraws * std::exp(logP);
+            if (expected < 10.0)
+                continue;
+            chi += (counts[k] - expected) * (counts[k] - expected) / expected;
+            ++cells;
+        }
+        QVERIFY(cells > 3);
+        QVERIFY2(chi < cells + 6.0 * std::sqrt(2.0 * cells),
+                 qPrintable(QString("%1 in %2 cells").arg(chi).arg(cells)));
     }
 
     void absurdParametersGiveZero()

@@ -29,26 +29,43 @@ template <class Iterator> QString walk(Iterator it)
 class TestRandomization : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void exhaustiveWalksAreLexical()
+    void exhaustiveWalksAreLexical_data()
     {
+        QTest::addColumn<int>("n");
+        QTest::addColumn<int>("k");
+        QTest::addColumn<QString>("combinations");
+        QTest::addColumn<QString>("permutations");
         const auto check = [](int n, int k, const QString &combinations,
                               const QString &permutations) {
-            QCOMPARE(walk(combinationIt(n, k)), combinations);
-            QCOMPARE(walk(permutationIt(n, k)), permutations);
-            permutationIt again(n, k);
-            again++;
-            again.reset();
-            QCOMPARE(walk(again), permutations);
-            if (k > 0) {
-                QCOMPARE(combinationIt(n, k).nRandomizations(), combinations.count(' ') + 1);
-                QCOMPARE(permutationIt(n, k).nRandomizations(), permutations.count(' ') + 1);
-            }
+            QTest::newRow(qPrintable(QString("%1 of %2").arg(k).arg(n)))
+                << n << k << combinations << permutations;
         };
         check(4, 2, "01 02 03 12 13 23", "01 02 03 10 12 13 20 21 23 30 31 32");
         check(3, 3, "012", "012 021 102 120 201 210");
         check(3, 1, "0 1 2", "0 1 2");
         check(3, 0, "", "");
-        // The loop that the header tells takes each rearrangement once.
+    }
+    void exhaustiveWalksAreLexical()
+    {
+        QFETCH(int, n);
+        QFETCH(int, k);
+        QFETCH(QString, combinations);
+        QFETCH(QString, permutations);
+        QCOMPARE(walk(combinationIt(n, k)), combinations);
+        QCOMPARE(walk(permutationIt(n, k)), permutations);
+        permutationIt again(n, k);
+        again++;
+        again.reset();
+        QCOMPARE(walk(again), permutations);
+        if (k > 0) {
+            QCOMPARE(combinationIt(n, k).nRandomizations(), combinations.count(' ') + 1);
+            QCOMPARE(permutationIt(n, k).nRandomizations(), permutations.count(' ') + 1);
+        }
+    }
+
+    // The loop of the header's example.
+    void loopsTakeEachRearrangementOnce()
+    {
         const auto taken = [](randomizationIt &&it) {
             QStringList steps;
             for (int i = 0; i < it.nRandomizations(); ++i, it++)

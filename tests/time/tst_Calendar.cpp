@@ -36,37 +36,10 @@ TimeStep clockStep(int hours, int minutes, int seconds)
 
 } // namespace
 
+Q_DECLARE_METATYPE(TimeStep)
+
 class TestCalendar : public QObject {
     Q_OBJECT
-    void checkZone(const QByteArray &zone, const QDate &date)
-    {
-        const InCase inDate(date);
-        const bool hadZone = qEnvironmentVariableIsSet("TZ");
-        const QByteArray before = qgetenv("TZ");
-        qputenv("TZ", zone);
-        tzset();
-        const auto restore = qScopeGuard([&] {
-            hadZone ? qputenv("TZ", before) : qunsetenv("TZ");
-            tzset();
-        });
-        const auto clockChanges = [&date] {
-            return QDateTime(date, QTime(12, 0)).offsetFromUtc()
-                   != QDateTime(date.addDays(-1), QTime(12, 0)).offsetFromUtc();
-        };
-        if (!clockChanges())
-            QSKIP("the machine does not know the zone");
-        const qint64 t = day(date.year(), date.month(), date.day());
-        for (const int hours : {-24, 1, 2, 24, 36})
-            QCOMPARE(VORN_UpdateTime(TF_DateTime, clockStep(hours, 0, 0), t) - t,
-                     hours * qint64(3600));
-        QCOMPARE(VORN_UpdateTime(TF_DateTime, step(0, 0, 1, false), t) - t, kDay);
-        int a = 0, b = 0, c = 0, d = 7, e = 7, f = 7;
-        QVERIFY(VORN_GetTimeComponents(t, TF_DateTime, &a, &b, &c, &d, &e, &f));
-        QCOMPARE(QVector<int>({a, b, c, d, e, f}),
-                 QVector<int>({date.year(), date.month(), date.day(), 0, 0, 0}));
-        QCOMPARE(VORN_ConstructTime(TF_DateTime, a, b, c, 23, 59, 59) - t, kDay - 1);
-    }
-
 private Q_SLOTS:
     void constructs()
     {
@@ -107,12 +80,15 @@ private Q_SLOTS:
                                         &e, &f));
     }
 
-    void steps()
+    void steps_data()
     {
+        QTest::addColumn<int>("format");
+        QTest::addColumn<TimeStep>("by");
+        QTest::addColumn<qint64>("from");
+        QTest::addColumn<qint64>("expected");
         const auto check = [](const char *name, TimeFormat format, const TimeStep &by, qint64 from,
                               qint64 expected) {
-            const qint64 found = VORN_UpdateTime(format, by, from);
-            QVERIFY2(found == expected, qPrintable(QString("%1: %2").arg(name).arg(found)));
+            QTest::newRow(name) << int(format) << by << from << expected;
         };
         check("month end", TF_Date, step(0, 1, 0, false), day(2001, 1, 31), day(2001, 2, 28));
         check("exact month", TF_Date, step(0, 1, 0, true), day(2001, 1, 31), day(2001, 3, 2));
@@ -133,13 +109,52 @@ private Q_SLOTS:
         check("ticks", TF_Integer, ticks, 1, -2);
         check("no format", static_cast<TimeFormat>(8), ticks, 1, 1);
     }
+    void steps()
+    {
+        QFETCH(int, format);
+        QFETCH(TimeStep, by);
+        QFETCH(qint64, from);
+        QFETCH(qint64, expected);
+        QCOMPARE(VORN_UpdateTime(static_cast<TimeFormat>(format), by, from), expected);
+    }
 
     // Days at which the clocks of a zone are set: one without an hour, one without midnight.
+    void zonesDoNotCount_data()
+    {
+        QTest::addColumn<QByteArray>("zone");
+        QTest::addColumn<QDate>("date");
+        QTest::newRow("an hour less") << QByteArray("Europe/Berlin") << QDate(2020, 3, 29);
+        QTest::newRow("an hour more") << QByteArray("Europe/Berlin") << QDate(2020, 10, 25);
+        QTest::newRow("no midnight") << QByteArray("America/Sao_Paulo") << QDate(2017, 10, 15);
+    }
     void zonesDoNotCount()
     {
-        checkZone("Europe/Berlin", QDate(2020, 3, 29)); // an hour less
-        checkZone("Europe/Berlin", QDate(2020, 10, 25));
-        checkZone("America/Sao_Paulo", QDate(2017, 10, 15)); // no midnight
+        QFETCH(QByteArray, zone);
+        QFETCH(QDate, date);
+        const bool hadZone = qEnvironmentVariableIsSet("TZ");
+        const QByteArray before = qgetenv("TZ");
+        qputenv("TZ", zone);
+        tzset();
+        const auto restore = qScopeGuard([&] {
+            hadZone ? qputenv("TZ", before) : qunsetenv("TZ");
+            tzset();
+        });
+        const auto clockChanges = [&date] {
+            return QDateTime(date, QTime(12, 0)).offsetFromUtc()
+                   != QDateTime(date.addDays(-1), QTime(12, 0)).offsetFromUtc();
+        };
+        if (!clockChanges())
+            QSKIP("the machine does not know the zone");
+        const qint64 t = day(date.year(), date.month(), date.day());
+        for (const int hours : {-24, 1, 2, 24, 36})
+            QCOMPARE(VORN_UpdateTime(TF_DateTime, clockStep(hours, 0, 0), t) - t,
+                     hours * qint64(3600));
+        QCOMPARE(VORN_UpdateTime(TF_DateTime, step(0, 0, 1, false), t) - t, kDay);
+        int a = 0, b = 0, c = 0, d = 7, e = 7, f = 7;
+        QVERIFY(VORN_GetTimeComponents(t, TF_DateTime, &a, &b, &c, &d, &e, &f));
+        QCOMPARE(QVector<int>({a, b, c, d, e, f}),
+                 QVector<int>({date.year(), date.month(), date.day(), 0, 0, 0}));
+        QCOMPARE(VORN_ConstructTime(TF_DateTime, a, b, c, 23, 59, 59) - t, kDay - 1);
     }
 
     void texts()

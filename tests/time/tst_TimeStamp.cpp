@@ -34,6 +34,8 @@ timeRange range(double start, double end, unsigned char flags)
 
 } // namespace
 
+Q_DECLARE_METATYPE(TimeStamp)
+
 class TestTimeStamp : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -110,23 +112,36 @@ private Q_SLOTS:
                  QString("Invalid time stamp"));
     }
 
-    void hullAndIntersection()
+    void hullAndIntersection_data()
     {
+        QTest::addColumn<TimeStamp>("a");
+        QTest::addColumn<TimeStamp>("b");
+        QTest::addColumn<TimeStamp>("hull");
+        QTest::addColumn<TimeStamp>("shared");
         const auto check = [](const TimeStamp &a, const TimeStamp &b, const TimeStamp &hull,
                               const TimeStamp &shared) {
-            QCOMPARE(a + b, hull);
-            QCOMPARE(b + a, hull);
-            QCOMPARE(a.intersect(b), shared);
-            QCOMPARE(b.intersect(a), shared);
-            QCOMPARE(VORN_IntersectIntervals(a, b), Interval(shared));
-            TimeStamp grown = a;
-            QCOMPARE(grown += b, hull);
+            QTest::newRow(qPrintable(QString(text(a) + " and " + text(b))))
+                << a << b << hull << shared;
         };
         check(stamp("[1, 5)"), stamp("(3, 8]"), stamp("[1, 8]"), stamp("(3, 5)"));
         check(stamp("(1, 8)"), stamp("[2, 3]"), stamp("(1, 8)"), stamp("[2, 3]"));
         check(stamp("[1, 8)"), stamp("(1, 8]"), stamp("[1, 8]"), stamp("(1, 8)"));
         check(stamp("[1, 2]"), stamp("[5, 6]"), stamp("[1, 6]"), stamp("[5, 2]"));
         check(stamp("[1, 5)"), stamp("[5, 8]"), stamp("[1, 8]"), raw(5, 5, true, false));
+    }
+    void hullAndIntersection()
+    {
+        QFETCH(TimeStamp, a);
+        QFETCH(TimeStamp, b);
+        QFETCH(TimeStamp, hull);
+        QFETCH(TimeStamp, shared);
+        QCOMPARE(a + b, hull);
+        QCOMPARE(b + a, hull);
+        QCOMPARE(a.intersect(b), shared);
+        QCOMPARE(b.intersect(a), shared);
+        QCOMPARE(VORN_IntersectIntervals(a, b), Interval(shared));
+        TimeStamp grown = a;
+        QCOMPARE(grown += b, hull);
     }
 
     void intersectRefusesAnEmptyArgument()

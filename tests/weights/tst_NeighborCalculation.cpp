@@ -222,10 +222,29 @@ List listOf(int set, unsigned int object, qint64 t,
 
 class TestNeighborCalculation : public QObject {
     Q_OBJECT
-    void comparePoints(int count, double range, int type, bool includeEgo)
+private Q_SLOTS:
+    void pointsAreThoseOfAllPairs_data()
     {
-        const InCase inCase(
-            QVector<double>{double(count), range, double(type), double(includeEgo)});
+        QTest::addColumn<int>("count");
+        QTest::addColumn<double>("range");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<bool>("includeEgo");
+        const QList<QPair<int, double>> kinds{{5, 0.0},        {1000, 0.0}, {0, 0.0},
+                                              {-1, 2.5},       {-1, 0.0},   {-1, kInfinite},
+                                              {-1, kNoNumber}, {-1, -2.0}};
+        for (const auto &[count, range] : kinds) // a count of -1: by range
+            for (int type = 0; type < 4; ++type)
+                for (bool includeEgo : {false, true})
+                    QTest::addRow("count %d, range %g, weights %d, ego %d", count, range, type,
+                                  includeEgo)
+                        << count << range << type << includeEgo;
+    }
+    void pointsAreThoseOfAllPairs()
+    {
+        QFETCH(int, count);
+        QFETCH(double, range);
+        QFETCH(int, type);
+        QFETCH(bool, includeEgo);
         TestModel model;
         constexpr double kNumerator = 3.0;
         constexpr double kPower = 1.5;
@@ -255,9 +274,24 @@ class TestNeighborCalculation : public QObject {
         }
     }
 
-    void comparePolygons(bool queen, int rings, int type, bool includeEgo)
+    void polygonsAreThoseOfAllPairs_data()
     {
-        const InCase inCase(QVector<int>{queen, rings, type, includeEgo});
+        QTest::addColumn<bool>("queen");
+        QTest::addColumn<int>("rings");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<bool>("includeEgo");
+        for (bool queen : {true, false})
+            for (int rings : {-1, 0, 1, 2, 3})
+                for (int type : {0, 1, 4, 5})
+                    QTest::addRow("%s, %d rings, weights %d", queen ? "queen" : "rook", rings, type)
+                        << queen << rings << type << ((rings + type) % 3 == 1);
+    }
+    void polygonsAreThoseOfAllPairs()
+    {
+        QFETCH(bool, queen);
+        QFETCH(int, rings);
+        QFETCH(int, type);
+        QFETCH(bool, includeEgo);
         TestModel model;
         const Map map = randomLattice(static_cast<unsigned>(11 + rings), 8);
         const int geography = addMap(map, true);
@@ -285,33 +319,31 @@ class TestNeighborCalculation : public QObject {
         }
     }
 
-    void checkCancelled(bool isRaster)
+    void cellsAreThoseOfAllPairs_data()
     {
-        TestModel model;
-        const int geography = isRaster ? addCells(30, 40) : addPoints(1000);
-        const int set =
-            VORN_CreateRangeWeightSet(geography, {}, {}, 0.3, ConstantWeight, true, 1, 1);
-        bool wasShown = false;
-        QTimer::singleShot(0, [&wasShown] {
-            if (QProgressDialog *dialog = progressBar()) {
-                wasShown =
-                    dialog->windowTitle() == QStringLiteral("Spatial weights")
-                    && dialog->labelText() == QStringLiteral("Calculating spatial weights...");
-                dialog->cancel();
-            }
-        });
-        QVERIFY(!VORN_GetSpatialWeightsHandle(set, 5, true).set);
-        QVERIFY(wasShown);
-        QVERIFY(!progressBar());
-        MGeoData &data = *model.controller.GetGeoData().value(geography);
-        QCOMPARE(data.HasSpatialWeightSetAtTime(set, 5.9), isRaster);
-        QCOMPARE(listOf(set, 999, 5).size(), isRaster ? 0 : 1);
+        QTest::addColumn<int>("method");
+        QTest::addColumn<double>("range");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<bool>("includeEgo");
+        const auto add = [](int method, double range, int type) {
+            for (bool includeEgo : {false, true})
+                QTest::addRow("method %d, range %g, weights %d, ego %d", method, range, type,
+                              includeEgo)
+                    << method << range << type << includeEgo;
+        };
+        for (int type = 0; type < 4; ++type) {
+            add(RookNeighbors, 0.0, type);
+            add(QueenNeighbors, 0.0, type);
+            for (double range : {1.01, 0.0, 100.0})
+                add(RangeNeighbors, range, type);
+        }
     }
-
-    void compareCells(int method, double range, int type, bool includeEgo)
+    void cellsAreThoseOfAllPairs()
     {
-        const InCase inCase(
-            QVector<double>{double(method), range, double(type), double(includeEgo)});
+        QFETCH(int, method);
+        QFETCH(double, range);
+        QFETCH(int, type);
+        QFETCH(bool, includeEgo);
         TestModel model;
         constexpr int kColumns = 7;
         constexpr int kRows = 5;
@@ -351,37 +383,6 @@ class TestNeighborCalculation : public QObject {
                      text(weigh(without(expected, missing))));
         }
         QVERIFY(listOf(set, 0, 10).value(0).id == -99); // outside the grid's own time
-    }
-
-private Q_SLOTS:
-    void pointsAreThoseOfAllPairs()
-    {
-        const QList<QPair<int, double>> kinds{{5, 0.0},        {1000, 0.0}, {0, 0.0},
-                                              {-1, 2.5},       {-1, 0.0},   {-1, kInfinite},
-                                              {-1, kNoNumber}, {-1, -2.0}};
-        for (const auto &[count, range] : kinds) // a count of -1: by range
-            for (int type = 0; type < 4; ++type)
-                for (bool includeEgo : {false, true})
-                    comparePoints(count, range, type, includeEgo);
-    }
-
-    void polygonsAreThoseOfAllPairs()
-    {
-        for (bool queen : {true, false})
-            for (int rings : {-1, 0, 1, 2, 3})
-                for (int type : {0, 1, 4, 5})
-                    comparePolygons(queen, rings, type, (rings + type) % 3 == 1);
-    }
-
-    void cellsAreThoseOfAllPairs()
-    {
-        for (int type = 0; type < 4; ++type)
-            for (bool includeEgo : {false, true}) {
-                compareCells(RookNeighbors, 0.0, type, includeEgo);
-                compareCells(QueenNeighbors, 0.0, type, includeEgo);
-                for (double range : {1.01, 0.0, 100.0})
-                    compareCells(RangeNeighbors, range, type, includeEgo);
-            }
     }
 
     void adjacentCellsComeInTheirOrder()
@@ -487,10 +488,34 @@ private Q_SLOTS:
     }
 
     // Of points they leave nothing, of cells what was done.
+    void cancelledRuns_data()
+    {
+        QTest::addColumn<bool>("isRaster");
+        QTest::newRow("points") << false;
+        QTest::newRow("cells") << true;
+    }
     void cancelledRuns()
     {
-        checkCancelled(false);
-        checkCancelled(true);
+        QFETCH(bool, isRaster);
+        TestModel model;
+        const int geography = isRaster ? addCells(30, 40) : addPoints(1000);
+        const int set =
+            VORN_CreateRangeWeightSet(geography, {}, {}, 0.3, ConstantWeight, true, 1, 1);
+        bool wasShown = false;
+        QTimer::singleShot(0, [&wasShown] {
+            if (QProgressDialog *dialog = progressBar()) {
+                wasShown =
+                    dialog->windowTitle() == QStringLiteral("Spatial weights")
+                    && dialog->labelText() == QStringLiteral("Calculating spatial weights...");
+                dialog->cancel();
+            }
+        });
+        QVERIFY(!VORN_GetSpatialWeightsHandle(set, 5, true).set);
+        QVERIFY(wasShown);
+        QVERIFY(!progressBar());
+        MGeoData &data = *model.controller.GetGeoData().value(geography);
+        QCOMPARE(data.HasSpatialWeightSetAtTime(set, 5.9), isRaster);
+        QCOMPARE(listOf(set, 999, 5).size(), isRaster ? 0 : 1);
     }
 };
 

@@ -96,9 +96,23 @@ private:
 
 class TestGeometryFile : public QObject {
     Q_OBJECT
-    static void checkSaved(int kind, int chains, int observations)
+private Q_SLOTS:
+    void savedAndOpenedIsTheSame_data()
     {
-        const InCase inKind(kind);
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("chains");
+        QTest::addColumn<int>("observations");
+        for (const int kind :
+             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
+            QTest::addRow("kind %d, one shape each", kind) << kind << 3000 << 1;
+            QTest::addRow("kind %d, shapes over time", kind) << kind << 40 << 9;
+        }
+    }
+    void savedAndOpenedIsTheSame()
+    {
+        QFETCH(int, kind);
+        QFETCH(int, chains);
+        QFETCH(int, observations);
         RandomGeography geography(3, RandomGeography::Kind(kind), chains, observations, 0, 0);
         QVERIFY(geography.fennims);
         geography.fennims->SetName("Caf\xc3\xa9");
@@ -125,16 +139,6 @@ class TestGeometryFile : public QObject {
             QVERIFY(bytesOf(one.object.get()) == bytesOf(held->GetTreeObject(tree)));
             held->ReturnTreeObject(tree);
             tree->CheckInRecord(one.record);
-        }
-    }
-
-private Q_SLOTS:
-    void savedAndOpenedIsTheSame()
-    {
-        for (const int kind :
-             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
-            checkSaved(kind, 3000, 1);
-            checkSaved(kind, 40, 9);
         }
     }
     // Long pieces are read in lanes, short ones in order, and both must make the same file.

@@ -55,9 +55,43 @@ struct CountedPoint : FMPoint {
 
 class TestVORNBuilder : public QObject {
     Q_OBJECT
-    static void checkRanges(const QString &first, const QString &second, const QString &expected)
+private Q_SLOTS:
+    void rangesOfAChainAreToldApart_data()
     {
-        const InCase inCase(first + QStringLiteral(" and ") + second);
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("second");
+        QTest::addColumn<QString>("expected");
+        const char *const rows[][3] = {
+            // the third is empty where the second is refused
+            {"[20, 30]", "[0, 10]", "[0, 10] [20, 30]"},
+            {"[0, 10]", "[10, 30]", "[0, 10) [10, 30]"},
+            {"[10, 30]", "[0, 10]", "[0, 10) [10, 30]"},
+            {"[0, 10]", "(10, 30]", "[0, 10] (10, 30]"},
+            {"[0, 10)", "(10, 30]", "[0, 10) (10, 30]"},
+            {"[0, 10)", "(10, 10)", "[0, 10) [10, 10]"},
+            {"[10, 10]", "[10, 30]", "[10, 10] (10, 30]"},
+            {"[0, 10]", "[10, 10]", "[0, 10) [10, 10]"},
+            {"[0, 10] [10, 30]", "[10, 10]", "[0, 10) [10, 10] (10, 30]"},
+            {"[0, 10] [10, 20] [20, 30]", "[40, 50] [30, 40]",
+             "[0, 10) [10, 20) [20, 30) [30, 40) [40, 50]"},
+            {"[10, 10]", "[10, 10]", ""},
+            {"[0, 10]", "[5, 5]", ""},
+            {"[0, 10]", "[9, 20]", ""},
+            {"(0, 10)", "(0, 10)", ""},
+            {"[0, 10]", "[20, 30] [25, 40]", ""},
+            {"[0, 10]", "[20, 15]", ""},
+            {"[0, 10]", "[20, inf]", ""},
+            {"[0, 10]", "[nan, 20]", ""},
+        };
+        for (const auto &[first, second, expected] : rows)
+            QTest::addRow("%s and %s", first, second)
+                << QString(first) << QString(second) << QString(expected);
+    }
+    void rangesOfAChainAreToldApart()
+    {
+        QFETCH(QString, first);
+        QFETCH(QString, second);
+        QFETCH(QString, expected);
         VORNBuilder builder(extent(10), nullptr, nullptr);
         FMObjectChain *chain =
             builder.CreateChain(squares(ranges(first).size()), ranges(first), -1);
@@ -83,9 +117,22 @@ class TestVORNBuilder : public QObject {
         }
     }
 
-    static void checkOrder(int order, int each)
+    // Many enough for several blocks, in calls of one and of several, and with one range that
+    // cannot go in between.
+    void observationsComeInAnyOrder_data()
     {
-        const InCase inCase(QPoint(order, each));
+        QTest::addColumn<int>("order");
+        QTest::addColumn<int>("each");
+        for (const int each : {1, 7}) {
+            QTest::addRow("newest first, %d at a time", each) << -1 << each;
+            QTest::addRow("shuffled, %d at a time", each) << 0 << each;
+            QTest::addRow("oldest first, %d at a time", each) << 1 << each;
+        }
+    }
+    void observationsComeInAnyOrder()
+    {
+        QFETCH(int, order);
+        QFETCH(int, each);
         constexpr int kCount = 2100;
         QVector<int> times(kCount);
         std::iota(times.begin(), times.end(), 0);
@@ -125,45 +172,6 @@ class TestVORNBuilder : public QObject {
         const auto observations = fennims->GetChainById(5)->GetObservations();
         for (int t = 0; t < kCount; ++t)
             QCOMPARE(boxOf(observations[t].second).xMin, double(t));
-    }
-
-private Q_SLOTS:
-    void rangesOfAChainAreToldApart()
-    {
-        const char *const rows[][3] = {
-            // the third is empty where the second is refused
-            {"[20, 30]", "[0, 10]", "[0, 10] [20, 30]"},
-            {"[0, 10]", "[10, 30]", "[0, 10) [10, 30]"},
-            {"[10, 30]", "[0, 10]", "[0, 10) [10, 30]"},
-            {"[0, 10]", "(10, 30]", "[0, 10] (10, 30]"},
-            {"[0, 10)", "(10, 30]", "[0, 10) (10, 30]"},
-            {"[0, 10)", "(10, 10)", "[0, 10) [10, 10]"},
-            {"[10, 10]", "[10, 30]", "[10, 10] (10, 30]"},
-            {"[0, 10]", "[10, 10]", "[0, 10) [10, 10]"},
-            {"[0, 10] [10, 30]", "[10, 10]", "[0, 10) [10, 10] (10, 30]"},
-            {"[0, 10] [10, 20] [20, 30]", "[40, 50] [30, 40]",
-             "[0, 10) [10, 20) [20, 30) [30, 40) [40, 50]"},
-            {"[10, 10]", "[10, 10]", ""},
-            {"[0, 10]", "[5, 5]", ""},
-            {"[0, 10]", "[9, 20]", ""},
-            {"(0, 10)", "(0, 10)", ""},
-            {"[0, 10]", "[20, 30] [25, 40]", ""},
-            {"[0, 10]", "[20, 15]", ""},
-            {"[0, 10]", "[20, inf]", ""},
-            {"[0, 10]", "[nan, 20]", ""},
-        };
-        for (const auto &[first, second, expected] : rows)
-            checkRanges(first, second, expected);
-    }
-
-    // Many enough for several blocks, in calls of one and of several, and with one range that
-    // cannot go in between.
-    void observationsComeInAnyOrder()
-    {
-        for (const int order : {-1, 0, 1}) { // newest first, shuffled, oldest first
-            for (const int each : {1, 7})
-                checkOrder(order, each);
-        }
     }
 
     void objectsThatCannotBeAreRefused()

@@ -293,10 +293,10 @@ private Q_SLOTS:
             QVERIFY(tree.GetNearestNeighbors(QPointF(0, 0), 1, {}, hits, true));
             const double expected = std::atan2(point.y(), point.x());
             const double ulp = std::nextafter(std::abs(expected), 10.0) - std::abs(expected);
-            QVERIFY2(
-                std::abs(hits[0].angle - expected) <= 2.5 * ulp
-                    && std::signbit(hits[0].angle) == std::signbit(expected),
-                qPrintable(QString("%1 %2").arg(point.x(), 0, 'g', 17).arg(point.y(), 0, 'g', 17)));
+            const InCase inCase(point);
+            const double error = std::abs(hits[0].angle - expected) / ulp;
+            QVERIFY2(error <= 2.5, QByteArray::number(error));
+            QCOMPARE(std::signbit(hits[0].angle), std::signbit(expected));
         }
     }
 

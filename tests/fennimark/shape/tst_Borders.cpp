@@ -81,9 +81,25 @@ std::multiset<std::pair<Place, Place>> undirected(const QList<QLineF> &lines)
 
 class TestBorders : public QObject {
     Q_OBJECT
-    static void checkWall(int pieces, double degrees, const QPointF &offset)
+private Q_SLOTS:
+    void everyContactOfATurnedWallIsFound_data()
     {
-        const InCase inCase(QRectF(offset, QSizeF(pieces, degrees)));
+        QTest::addColumn<int>("pieces");
+        QTest::addColumn<double>("degrees");
+        QTest::addColumn<QPointF>("offset");
+        for (const int pieces : {1, 3, 16}) {
+            for (const double degrees : {0.0, 30.0, 73.1}) {
+                for (const auto &offset : {QPointF(0.0, 0.0), QPointF(512345.678, 5432109.876)})
+                    QTest::addRow("%d pieces, %g degrees, from %g", pieces, degrees, offset.x())
+                        << pieces << degrees << offset;
+            }
+        }
+    }
+    void everyContactOfATurnedWallIsFound()
+    {
+        QFETCH(int, pieces);
+        QFETCH(double, degrees);
+        QFETCH(QPointF, offset);
         std::vector<std::pair<QRectF, std::unique_ptr<FMPolygon>>> bricks;
         for (const Brick &brick : wall(11, 9, pieces, degrees, offset))
             bricks.emplace_back(brick.place, std::make_unique<FMPolygon>(brick.ring));
@@ -104,73 +120,17 @@ class TestBorders : public QObject {
         }
     }
 
-    static void checkTangles(double degrees, const QPointF &offset)
-    {
-        const InCase inDegrees(degrees);
-        cases::Random random(20);
-        for (int round = 0; round < 4000; ++round) {
-            QList<QPolygonF> rings[2], placed[2];
-            std::set<std::pair<Step, Step>> steps[2];
-            for (int i = 0; i < 2; ++i) {
-                for (int parts = cases::whole(random, 1, 2); parts > 0; --parts) {
-                    rings[i].append(cases::tangle(random, cases::whole(random, 3, 8), 3));
-                    addSteps(rings[i].last(), steps[i]);
-                    placed[i].append(cases::turned(rings[i].last(), degrees, offset));
-                }
-            }
-            double expected = 0.0;
-            for (const auto &step : steps[0]) {
-                if (steps[1].count(step))
-                    expected += std::hypot(step.second.first - step.first.first,
-                                           step.second.second - step.first.second);
-            }
-            const FMPolygon a(placed[0], 0);
-            const FMPolygon b(placed[1], 0);
-            QList<QLineF> edges[2];
-            const double lengths[2] = {a.GetBorderEdges(b, &edges[0]),
-                                       b.GetBorderEdges(a, &edges[1])};
-            QString text;
-            QDebug(&text) << "round" << round << rings[0] << rings[1] << edges[0] << edges[1]
-                          << lengths[0] << lengths[1] << expected;
-            const QByteArray story = text.toLatin1();
-            QVERIFY2(std::abs(lengths[0] - expected) < 1e-7 && lengths[1] == lengths[0], story);
-            QVERIFY2(std::abs(lengthOf(edges[0]) - expected) < 1e-7, story);
-            QVERIFY2(undirected(edges[0]) == undirected(edges[1]), story);
-            QVERIFY2(a.BordersPolygon(b, false) == (expected > 0.0), story);
-            QVERIFY2(a.BordersPolygon(b, true) == b.BordersPolygon(a, true), story);
-        }
-    }
-
-private Q_SLOTS:
-    void everyContactOfATurnedWallIsFound()
-    {
-        for (const int pieces : {1, 3, 16}) {
-            for (const double degrees : {0.0, 30.0, 73.1}) {
-                for (const auto &offset : {QPointF(0.0, 0.0), QPointF(512345.678, 5432109.876)})
-                    checkWall(pieces, degrees, offset);
-            }
-        }
-    }
-
-    void contactsAreTold()
+    void contactsAreTold_data()
     {
         using cases::rectangle;
         using Ring = QVector<QPointF>;
+        QTest::addColumn<int>("expected");
+        QTest::addColumn<double>("border");
+        QTest::addColumn<Ring>("other");
+        QTest::addColumn<double>("tolerance");
         const auto row = [](const char *name, Contact expected, double border, const Ring &other,
                             double tolerance = 0.0) {
-            for (const int pieces : {1, 7}) {
-                const InCase inPieces(QString("%1, in %2 pieces").arg(name).arg(pieces));
-                const FMPolygon square(cases::refined(rectangle(0, 0, 10, 10), pieces));
-                const FMPolygon polygon(other);
-                const auto &a = ObjectAccess::view(square);
-                const auto &b = ObjectAccess::view(polygon);
-                for (const auto &[one, two] : {std::tie(a, b), std::tie(b, a)}) {
-                    QCOMPARE(int(fennimark::contact(one, two, tolerance)), int(expected));
-                    const double length = fennimark::sharedBorder(one, two, tolerance);
-                    QVERIFY2(std::abs(length - border) <= 2.0 * tolerance + 1e-9,
-                             QByteArray::number(length, 'g', 17));
-                }
-            }
+            QTest::newRow(name) << int(expected) << border << other << tolerance;
         };
         // against the square (0, 0) (10, 10)
         const Ring wedge{{10, 0}, {10.001, 10}, {12, 10}};
@@ -200,13 +160,75 @@ private Q_SLOTS:
         row("a narrow cut along the border", Contact::Piece, 7, cut);
         row("a doubled stretch shorter than four tolerances", Contact::Place, 0, shortSpike, 0.02);
     }
+    void contactsAreTold()
+    {
+        using cases::rectangle;
+        using Ring = QVector<QPointF>;
+        QFETCH(int, expected);
+        QFETCH(double, border);
+        QFETCH(Ring, other);
+        QFETCH(double, tolerance);
+        for (const int pieces : {1, 7}) {
+            const InCase inPieces(pieces);
+            const FMPolygon square(cases::refined(rectangle(0, 0, 10, 10), pieces));
+            const FMPolygon polygon(other);
+            const auto &a = ObjectAccess::view(square);
+            const auto &b = ObjectAccess::view(polygon);
+            for (const auto &[one, two] : {std::tie(a, b), std::tie(b, a)}) {
+                QCOMPARE(int(fennimark::contact(one, two, tolerance)), expected);
+                const double length = fennimark::sharedBorder(one, two, tolerance);
+                QVERIFY2(std::abs(length - border) <= 2.0 * tolerance + 1e-9,
+                         QByteArray::number(length, 'g', 17));
+            }
+        }
+    }
     // Rings on whole coordinates with spikes, doubled edges and crossings, against the set of
     // shortest lattice steps that both boundaries contain.
+    void degenerateRingsShareEachStretchOnce_data()
+    {
+        QTest::addColumn<double>("degrees");
+        QTest::addColumn<QPointF>("offset");
+        QTest::newRow("as drawn") << 0.0 << QPointF();
+        QTest::newRow("turned") << 30.0 << QPointF(5.0, -3.0);
+        QTest::newRow("far out") << 73.1 << QPointF(512345.678, 5432109.876);
+    }
     void degenerateRingsShareEachStretchOnce()
     {
-        checkTangles(0.0, QPointF());
-        checkTangles(30.0, QPointF(5.0, -3.0));
-        checkTangles(73.1, QPointF(512345.678, 5432109.876));
+        QFETCH(double, degrees);
+        QFETCH(QPointF, offset);
+        cases::Random random(20);
+        for (int round = 0; round < 4000; ++round) {
+            QList<QPolygonF> rings[2], placed[2];
+            std::set<std::pair<Step, Step>> steps[2];
+            for (int i = 0; i < 2; ++i) {
+                for (int parts = cases::whole(random, 1, 2); parts > 0; --parts) {
+                    rings[i].append(cases::tangle(random, cases::whole(random, 3, 8), 3));
+                    addSteps(rings[i].last(), steps[i]);
+                    placed[i].append(cases::turned(rings[i].last(), degrees, offset));
+                }
+            }
+            double expected = 0.0;
+            for (const auto &step : steps[0]) {
+                if (steps[1].count(step))
+                    expected += std::hypot(step.second.first - step.first.first,
+                                           step.second.second - step.first.second);
+            }
+            const FMPolygon a(placed[0], 0);
+            const FMPolygon b(placed[1], 0);
+            QList<QLineF> edges[2];
+            const double lengths[2] = {a.GetBorderEdges(b, &edges[0]),
+                                       b.GetBorderEdges(a, &edges[1])};
+            QString text;
+            QDebug(&text) << "round" << round << rings[0] << rings[1] << edges[0] << edges[1]
+                          << lengths[0] << lengths[1] << expected;
+            const QByteArray story = text.toLatin1();
+            QVERIFY2(std::abs(lengths[0] - expected) < 1e-7, story);
+            QVERIFY2(lengths[1] == lengths[0], story);
+            QVERIFY2(std::abs(lengthOf(edges[0]) - expected) < 1e-7, story);
+            QVERIFY2(undirected(edges[0]) == undirected(edges[1]), story);
+            QVERIFY2(a.BordersPolygon(b, false) == (expected > 0.0), story);
+            QVERIFY2(a.BordersPolygon(b, true) == b.BordersPolygon(a, true), story);
+        }
     }
 
     void theBorderWithItselfIsThePerimeter()

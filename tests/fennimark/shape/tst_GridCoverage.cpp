@@ -33,9 +33,27 @@ double areaOfCells(const QVector<FMCellArea> &cells)
 
 class TestGridCoverage : public QObject {
     Q_OBJECT
-    static void checkCenters(bool lattice, int vertices, const QPointF &offset, double cell)
+private Q_SLOTS:
+    void centersAgreeWithThePointTest_data()
     {
-        const InCase inCase(QRectF(offset, QSizeF(vertices, cell)));
+        QTest::addColumn<bool>("lattice");
+        QTest::addColumn<int>("vertices");
+        QTest::addColumn<QPointF>("offset");
+        QTest::addColumn<double>("cell");
+        // A lattice has vertices on centres, edges along columns and rows of centres.
+        QTest::newRow("lattice") << true << 7 << QPointF(0, 0) << 1.0;
+        QTest::newRow("lattice of tenths") << true << 7 << QPointF(0, 0) << 0.1;
+        QTest::newRow("lattice far out") << true << 20 << QPointF(512345.6, 5432109.8) << 0.1;
+        QTest::newRow("star") << false << 40 << QPointF(0, 0) << 1.0;
+        QTest::newRow("cells of the size of the rounding")
+            << false << 9 << QPointF(4.0e9, 4.0e9) << 1.0e-6;
+    }
+    void centersAgreeWithThePointTest()
+    {
+        QFETCH(bool, lattice);
+        QFETCH(int, vertices);
+        QFETCH(QPointF, offset);
+        QFETCH(double, cell);
         cases::Random random(walkSeed(5));
         const FMGrid grid{offset.x(), offset.y(), offset.y() + 24 * cell, cell, cell};
         int found = 0;
@@ -58,9 +76,21 @@ class TestGridCoverage : public QObject {
         QVERIFY(found > 1000);
     }
 
-    static void checkAreas(int vertices, const QPointF &offset, double cell)
+    void areasAgreeWithGeos_data()
     {
-        const InCase inVertices(vertices);
+        QTest::addColumn<int>("vertices");
+        QTest::addColumn<QPointF>("offset");
+        QTest::addColumn<double>("cell");
+        QTest::newRow("four vertices") << 4 << QPointF(0, 0) << 1.0;
+        QTest::newRow("vertices on grid lines") << -12 << QPointF(0, 0) << 1.0;
+        QTest::newRow("many vertices") << 900 << QPointF(0, 0) << 1.0;
+        QTest::newRow("far out") << 60 << QPointF(512345.5, 5432109.25) << 30.0;
+    }
+    void areasAgreeWithGeos()
+    {
+        QFETCH(int, vertices);
+        QFETCH(QPointF, offset);
+        QFETCH(double, cell);
         const cases::Geos geos;
         cases::Random random(walkSeed(17));
         const FMGrid grid{offset.x(), offset.y(), offset.y() + 20 * cell, cell, cell};
@@ -101,25 +131,6 @@ class TestGridCoverage : public QObject {
             }
             QCOMPARE(next, cells.size()); // and in that order
         }
-    }
-
-private Q_SLOTS:
-    void centersAgreeWithThePointTest()
-    {
-        // A lattice has vertices on centres, edges along columns and rows of centres.
-        checkCenters(true, 7, QPointF(0, 0), 1.0);
-        checkCenters(true, 7, QPointF(0, 0), 0.1);
-        checkCenters(true, 20, QPointF(512345.6, 5432109.8), 0.1);
-        checkCenters(false, 40, QPointF(0, 0), 1.0);
-        checkCenters(false, 9, QPointF(4.0e9, 4.0e9), 1.0e-6); // cells of the size of the rounding
-    }
-
-    void areasAgreeWithGeos()
-    {
-        checkAreas(4, QPointF(0, 0), 1.0);
-        checkAreas(-12, QPointF(0, 0), 1.0); // vertices on grid lines
-        checkAreas(900, QPointF(0, 0), 1.0);
-        checkAreas(60, QPointF(512345.5, 5432109.25), 30.0);
     }
 
     void areasSumUpToTheArea()

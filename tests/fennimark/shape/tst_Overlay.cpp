@@ -36,28 +36,13 @@ double deviate()
 
 class TestOverlay : public QObject {
     Q_OBJECT
-    /// @param shift  of every other row.
-    static void checkUnion(double shift, double width, double degrees)
-    {
-        const InCase inCase(QVector<double>{shift, width, degrees});
-        std::vector<std::unique_ptr<FMPolygon>> owners;
-        QVector<const FMPolygon *> list;
-        for (int row = 0; row < 6; ++row) {
-            for (int column = 0; column < 6; ++column) {
-                const double x = column + (row % 2) * shift;
-                owners.push_back(std::make_unique<FMPolygon>(cases::turned(
-                    cases::rectangle(x, row, x + width, row + 1.0), degrees, {0, 0})));
-                list.append(owners.back().get());
-            }
-        }
-        const std::unique_ptr<FMPolygon> all(FMPolygon::GetUnion(list));
-        QCOMPARE(answers({all != nullptr, FMPolygon(all->GetVertices()).IsSimple()}), "yy");
-        QVERIFY(std::abs(all->GetArea() - 6.0 * (5.0 + width)) < 1e-9);
-    }
-
 private Q_SLOTS:
-    void ringsMakeTheirEvenOddSet()
+    void ringsMakeTheirEvenOddSet_data()
     {
+        QTest::addColumn<Rings>("rings");
+        QTest::addColumn<bool>("simple");
+        QTest::addColumn<double>("area");
+        QTest::addColumn<int>("pieces");
         const QPolygonF big = cases::rectangle(0, 0, 10, 10);
         const QPolygonF middle = cases::rectangle(2, 2, 8, 8);
         const QPolygonF small = cases::rectangle(4, 4, 6, 6);
@@ -68,23 +53,7 @@ private Q_SLOTS:
         closed.append(closed.first());
         const auto row = [](const char *name, const Rings &rings, bool simple, double area,
                             int pieces) {
-            const InCase inCase(name);
-            const FMPolygon polygon(rings);
-            QCOMPARE(polygon.IsSimple(), simple);
-            QCOMPARE(polygon.GetArea(), area);
-            QCOMPARE(polygon.GetVertices(), rings); // exactly as given
-            QVector<const FMPolygon *> parts;
-            QCOMPARE(polygon.Decompose(parts), area > 0.0);
-            double sum = 0.0;
-            for (const FMPolygon *part : qAsConst(parts)) {
-                QCOMPARE(answers({part->IsSimple(), FMPolygon(part->GetVertices()).IsSimple()}),
-                         "yy");
-                sum += part->GetArea();
-            }
-            QCOMPARE(sum, area);
-            if (!simple && pieces >= 0)
-                QCOMPARE(parts.size(), pieces);
-            qDeleteAll(parts);
+            QTest::newRow(name) << rings << simple << area << pieces;
         };
         row("closed as given", {closed}, true, 100, 1);
         row("hole, any direction", {big, middle}, true, 64, 1);
@@ -102,6 +71,28 @@ private Q_SLOTS:
         row("hole along the shell", {big, cases::rectangle(0, 0, 5, 10)}, false, 50, 1);
         row("the same ring twice", {big, big}, false, 0, 0);
         row("spike", {spike}, false, 16, 1);
+    }
+    void ringsMakeTheirEvenOddSet()
+    {
+        QFETCH(Rings, rings);
+        QFETCH(bool, simple);
+        QFETCH(double, area);
+        QFETCH(int, pieces);
+        const FMPolygon polygon(rings);
+        QCOMPARE(polygon.IsSimple(), simple);
+        QCOMPARE(polygon.GetArea(), area);
+        QCOMPARE(polygon.GetVertices(), rings); // exactly as given
+        QVector<const FMPolygon *> parts;
+        QCOMPARE(polygon.Decompose(parts), area > 0.0);
+        double sum = 0.0;
+        for (const FMPolygon *part : qAsConst(parts)) {
+            QCOMPARE(answers({part->IsSimple(), FMPolygon(part->GetVertices()).IsSimple()}), "yy");
+            sum += part->GetArea();
+        }
+        QCOMPARE(sum, area);
+        if (!simple && pieces >= 0)
+            QCOMPARE(parts.size(), pieces);
+        qDeleteAll(parts);
     }
 
     void centroidsAreThoseOfTheArea()
@@ -182,12 +173,35 @@ private Q_SLOTS:
         QCOMPARE(copy->GetArea(), 4.0);
     }
 
+    void unionsOfManyAreRight_data()
+    {
+        QTest::addColumn<double>("shift");
+        QTest::addColumn<double>("width");
+        QTest::addColumn<double>("degrees");
+        QTest::newRow("in rows and columns") << 0.0 << 1.0 << 0.0;
+        QTest::newRow("vertices inside edges") << 0.5 << 1.0 << 0.0;
+        QTest::newRow("overlaps") << 0.0 << 1.25 << 0.0;
+        QTest::newRow("turned") << 0.5 << 1.0 << 30.0;
+    }
+    /// @param shift  of every other row.
     void unionsOfManyAreRight()
     {
-        checkUnion(0.0, 1.0, 0.0);
-        checkUnion(0.5, 1.0, 0.0);  // vertices inside edges
-        checkUnion(0.0, 1.25, 0.0); // overlaps
-        checkUnion(0.5, 1.0, 30.0);
+        QFETCH(double, shift);
+        QFETCH(double, width);
+        QFETCH(double, degrees);
+        std::vector<std::unique_ptr<FMPolygon>> owners;
+        QVector<const FMPolygon *> list;
+        for (int row = 0; row < 6; ++row) {
+            for (int column = 0; column < 6; ++column) {
+                const double x = column + (row % 2) * shift;
+                owners.push_back(std::make_unique<FMPolygon>(cases::turned(
+                    cases::rectangle(x, row, x + width, row + 1.0), degrees, {0, 0})));
+                list.append(owners.back().get());
+            }
+        }
+        const std::unique_ptr<FMPolygon> all(FMPolygon::GetUnion(list));
+        QCOMPARE(answers({all != nullptr, FMPolygon(all->GetVertices()).IsSimple()}), "yy");
+        QVERIFY(std::abs(all->GetArea() - 6.0 * (5.0 + width)) < 1e-9);
     }
 
     void randomPointsAreUniform()

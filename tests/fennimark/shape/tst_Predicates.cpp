@@ -54,8 +54,19 @@ double plainDistance(const QPointF &p, const QPointF &a, const QPointF &b)
 
 class TestPredicates : public QObject {
     Q_OBJECT
-    static void checkOrientation(double unit, double offset)
+private Q_SLOTS:
+    void orientationIsExact_data()
     {
+        QTest::addColumn<double>("unit");
+        QTest::addColumn<double>("offset");
+        QTest::newRow("whole numbers") << 1.0 << 0.0;
+        QTest::newRow("last bits of numbers near 1") << std::ldexp(1.0, -52) << 1.0;
+        QTest::newRow("beside a power of 2") << std::ldexp(1.0, -30) << 4194304.0;
+    }
+    void orientationIsExact()
+    {
+        QFETCH(double, unit);
+        QFETCH(double, offset);
         Random random(walkSeed(7));
         int onLine = 0;
         for (int i = 0; i < 200000; ++i) {
@@ -74,8 +85,37 @@ class TestPredicates : public QObject {
         QVERIFY(onLine > 1000);
     }
 
-    static void checkPoints(int vertices, int rings, int extent)
+    void orientationOfInexactDifferences()
     {
+        // (0.5, 0.5) + k ulp against the line through (12, 12) and (24, 24): y = x, decided by the
+        // last bits alone (L. Kettner et al., "Classroom examples of robustness problems in
+        // geometric computations", 2008).
+        for (int i = 0; i < 64; ++i) {
+            for (int k = 0; k < 64; ++k) {
+                const QPointF p(0.5 + i * std::ldexp(1.0, -53), 0.5 + k * std::ldexp(1.0, -53));
+                const int expected = (p.y() > p.x()) - (p.y() < p.x());
+                QCOMPARE(fennimark::orientation({12.0, 12.0}, {24.0, 24.0}, p), expected);
+                QCOMPARE(fennimark::orientation({-1.0e30, -1.0e30}, {1.0e-3, 1.0e-3}, p), expected);
+            }
+        }
+    }
+
+    void containsPointAgreesWithAPlainRay_data()
+    {
+        QTest::addColumn<int>("vertices");
+        QTest::addColumn<int>("rings");
+        QTest::addColumn<int>("extent");
+        QTest::newRow("a triangle") << 3 << 1 << 6;
+        QTest::newRow("a run and one more") << 9 << 1 << 8;
+        QTest::newRow("three levels of boxes") << 700 << 1 << 40;
+        QTest::newRow("some rings") << 12 << 7 << 20;
+        QTest::newRow("many rings") << 4 << 120 << 30;
+    }
+    void containsPointAgreesWithAPlainRay()
+    {
+        QFETCH(int, vertices);
+        QFETCH(int, rings);
+        QFETCH(int, extent);
         Random random(walkSeed(11));
         for (int round = 0; round < 60; ++round) {
             QList<QPolygonF> list;
@@ -94,8 +134,21 @@ class TestPredicates : public QObject {
         }
     }
 
-    static void checkRelations(bool firstIsArea, bool secondIsArea, int vertices)
+    void relationsAgreeWithGeos_data()
     {
+        QTest::addColumn<bool>("firstIsArea");
+        QTest::addColumn<bool>("secondIsArea");
+        QTest::addColumn<int>("vertices");
+        QTest::newRow("areas") << true << true << 5;
+        QTest::newRow("areas with runs") << true << true << 14;
+        QTest::newRow("areas and lines") << true << false << 5;
+        QTest::newRow("lines") << false << false << 4;
+    }
+    void relationsAgreeWithGeos()
+    {
+        QFETCH(bool, firstIsArea);
+        QFETCH(bool, secondIsArea);
+        QFETCH(int, vertices);
         const cases::Geos geos;
         Random random(walkSeed(23));
         int counts[4] = {};
@@ -126,71 +179,6 @@ class TestPredicates : public QObject {
             counts[2] += cross;
         }
         QCOMPARE(answers({counts[0] > 500, counts[1] > 20, counts[2] > 200}), "yyy");
-    }
-
-    static void checkEmpty(const QVector<QPointF> &ring)
-    {
-        const InCase inRing(ring);
-        FMPolygon polygon(ring);
-        const FMPolygon square(cases::rectangle(0, 0, 1, 1));
-        QCOMPARE(polygon.GetVertices().first().size(), ring.size());
-        QVERIFY(!polygon.IsSimple());
-        QCOMPARE(polygon.GetArea(), 0.0);
-        QCOMPARE(answers({polygon.ContainsPoint(0.5, 0.5), polygon.Overlaps(square),
-                          square.Contains(polygon), polygon.Crosses(square),
-                          polygon.BordersPolygon(square, true)}),
-                 "nnnnn");
-        QCOMPARE(answers({std::isinf(polygon.SqrDistance(0.0, 0.0)),
-                          std::isinf(square.SqrPolygonDistance(polygon))}),
-                 "yy");
-        double x = 0.0;
-        QVERIFY(!polygon.GetCentroid(x, x));
-        QVector<const FMPolygon *> pieces;
-        QCOMPARE(answers({polygon.Decompose(pieces), pieces.isEmpty()}), "ny");
-        QVector<FMCellArea> cells;
-        polygon.CellAreas({0, 0, 1, 0.1, 0.1}, {0, 0, 9, 9}, cells);
-        QVERIFY(cells.isEmpty());
-        QCOMPARE(polygon.GetObjectBounds().xMax, 0.0);
-    }
-
-private Q_SLOTS:
-    void orientationIsExact()
-    {
-        checkOrientation(1.0, 0.0);
-        checkOrientation(std::ldexp(1.0, -52), 1.0); // last bits of numbers near 1
-        checkOrientation(std::ldexp(1.0, -30), 4194304.0);
-    }
-
-    void orientationOfInexactDifferences()
-    {
-        // (0.5, 0.5) + k ulp against the line through (12, 12) and (24, 24): y = x, decided by the
-        // last bits alone (L. Kettner et al., "Classroom examples of robustness problems in
-        // geometric computations", 2008).
-        for (int i = 0; i < 64; ++i) {
-            for (int k = 0; k < 64; ++k) {
-                const QPointF p(0.5 + i * std::ldexp(1.0, -53), 0.5 + k * std::ldexp(1.0, -53));
-                const int expected = (p.y() > p.x()) - (p.y() < p.x());
-                QCOMPARE(fennimark::orientation({12.0, 12.0}, {24.0, 24.0}, p), expected);
-                QCOMPARE(fennimark::orientation({-1.0e30, -1.0e30}, {1.0e-3, 1.0e-3}, p), expected);
-            }
-        }
-    }
-
-    void containsPointAgreesWithAPlainRay()
-    {
-        checkPoints(3, 1, 6);
-        checkPoints(9, 1, 8);    // a run and one more
-        checkPoints(700, 1, 40); // three levels of boxes
-        checkPoints(12, 7, 20);
-        checkPoints(4, 120, 30);
-    }
-
-    void relationsAgreeWithGeos()
-    {
-        checkRelations(true, true, 5);
-        checkRelations(true, true, 14); // areas with runs
-        checkRelations(true, false, 5);
-        checkRelations(false, false, 4);
     }
 
     void containmentMindsHolesAndSeams()
@@ -253,11 +241,40 @@ private Q_SLOTS:
         }
     }
 
+    void emptyAndUnusableObjectsAreEmptySets_data()
+    {
+        QTest::addColumn<QVector<QPointF>>("ring");
+        const auto with = [](double bad) {
+            return QVector<QPointF>{{0, 0}, {bad, 0}, {1, 1}, {0, 1}};
+        };
+        QTest::newRow("no vertex") << QVector<QPointF>();
+        QTest::newRow("no number") << with(qQNaN());
+        QTest::newRow("infinite") << with(qInf());
+        QTest::newRow("beyond reach") << with(1e300);
+    }
     void emptyAndUnusableObjectsAreEmptySets()
     {
-        checkEmpty({});
-        for (const double bad : {qQNaN(), qInf(), 1e300}) // the last one lies beyond reach
-            checkEmpty({{0, 0}, {bad, 0}, {1, 1}, {0, 1}});
+        QFETCH(QVector<QPointF>, ring);
+        FMPolygon polygon(ring);
+        const FMPolygon square(cases::rectangle(0, 0, 1, 1));
+        QCOMPARE(polygon.GetVertices().first().size(), ring.size());
+        QVERIFY(!polygon.IsSimple());
+        QCOMPARE(polygon.GetArea(), 0.0);
+        QCOMPARE(answers({polygon.ContainsPoint(0.5, 0.5), polygon.Overlaps(square),
+                          square.Contains(polygon), polygon.Crosses(square),
+                          polygon.BordersPolygon(square, true)}),
+                 "nnnnn");
+        QCOMPARE(answers({std::isinf(polygon.SqrDistance(0.0, 0.0)),
+                          std::isinf(square.SqrPolygonDistance(polygon))}),
+                 "yy");
+        double x = 0.0;
+        QVERIFY(!polygon.GetCentroid(x, x));
+        QVector<const FMPolygon *> pieces;
+        QCOMPARE(answers({polygon.Decompose(pieces), pieces.isEmpty()}), "ny");
+        QVector<FMCellArea> cells;
+        polygon.CellAreas({0, 0, 1, 0.1, 0.1}, {0, 0, 9, 9}, cells);
+        QVERIFY(cells.isEmpty());
+        QCOMPARE(polygon.GetObjectBounds().xMax, 0.0);
     }
 
 private:

@@ -50,9 +50,17 @@ int links(Fennims &fennims, bool queen)
 
 class TestContiguity : public QObject {
     Q_OBJECT
-    static void checkGrid(double step)
+private Q_SLOTS:
+    void gridsHaveTheirNeighbours_data()
     {
-        const InCase inStep(step);
+        QTest::addColumn<double>("step");
+        // Corners of the last two differ in their bits.
+        for (const double step : {1.0, 0.1, 10.1})
+            QTest::addRow("steps of %g", step) << step;
+    }
+    void gridsHaveTheirNeighbours()
+    {
+        QFETCH(double, step);
         const Grid grid(30, 20, step);
         QCOMPARE(links(*grid.fennims, false), 2 * (29 * 20 + 30 * 19));
         QCOMPARE(links(*grid.fennims, true), 2 * (29 * 20 + 30 * 19 + 2 * 29 * 19));
@@ -73,13 +81,6 @@ class TestContiguity : public QObject {
                 grid.fennims
                     ->CalculatePolygonAdjacencies(time == 5 ? 0 : grid.record(0), time, true, 1, {})
                     .isEmpty());
-    }
-
-private Q_SLOTS:
-    void gridsHaveTheirNeighbours()
-    {
-        for (const double step : {1.0, 0.1, 10.1}) // corners of the last two differ in their bits
-            checkGrid(step);
     }
 
     void oneByOneAndAllAgree()

@@ -133,9 +133,28 @@ class TestRecordQueries : public QObject {
         QCOMPARE(fennimark::StoreAccess::store(*fennims.mTree).live().inUse(), 0U);
     }
 
-    static void checkLargeStore(bool mapped)
+private Q_SLOTS:
+    void agreeWithThePlainWalk()
     {
-        const InCase inMapped(mapped);
+        for (const auto kind :
+             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
+            checkQueries(kind, 1, 1, 0, 0);
+            checkQueries(kind, 900, 1, 0, 0);
+            checkQueries(kind, 120, 6, 0, 0);       // changing
+            checkQueries(kind, 500, 1, 10, 0);      // on a lattice
+            checkQueries(kind, 200, 3, 0.1, 6.5e6); // far off
+        }
+    }
+
+    void storesBeyondTheHeapAnswerAlike_data()
+    {
+        QTest::addColumn<bool>("mapped");
+        QTest::newRow("mapped") << true;
+        QTest::newRow("read") << false;
+    }
+    void storesBeyondTheHeapAnswerAlike()
+    {
+        QFETCH(bool, mapped);
         QTemporaryDir scratch;
         Fennims::SetScratchDirectory(scratch.filePath(QStringLiteral("made/when/missing")));
         fennimark::ScratchSpace::allowMapping(mapped);
@@ -173,25 +192,6 @@ class TestRecordQueries : public QObject {
         }
         QVERIFY(QDir(scratch.filePath(QStringLiteral("made/when/missing"))).exists());
         QCOMPARE(fennimark::StoreAccess::store(*fennims->mTree).live().inUse(), 0U);
-    }
-
-private Q_SLOTS:
-    void agreeWithThePlainWalk()
-    {
-        for (const auto kind :
-             {RandomGeography::Points, RandomGeography::Lines, RandomGeography::Polygons}) {
-            checkQueries(kind, 1, 1, 0, 0);
-            checkQueries(kind, 900, 1, 0, 0);
-            checkQueries(kind, 120, 6, 0, 0);       // changing
-            checkQueries(kind, 500, 1, 10, 0);      // on a lattice
-            checkQueries(kind, 200, 3, 0.1, 6.5e6); // far off
-        }
-    }
-
-    void storesBeyondTheHeapAnswerAlike()
-    {
-        for (const bool mapped : {true, false})
-            checkLargeStore(mapped);
     }
 
     void liveObjectsAreCountedAndKept()
