@@ -138,6 +138,6 @@ bool MVectorDataset::AllUniqueValues(int realization, bool *capped)
         return true;
     }
     const QList<TimeStamp> ts = GetTimeSliceIntervals(realization);
-    require(ts.size() > 0, "ts.size()");
+    require(!ts.isEmpty(), "ts.size()");
     return ts.size() == 1 && GetDataCount(realization, ts.first().timeInInterval()) == mObjectCount;
 }
