@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include "core/project/shapeAccess.h"
 #include "core/workshop.h"
+#include "datainterface/RasterAPI.h"
 #include "support/checks.h"
 
 using namespace meridor;
@@ -336,6 +337,25 @@ private Q_SLOTS:
             QCOMPARE(outcome([&] { session.save(path); }), misused);
         }
         QCOMPARE(outcome([&] { session.load(path); }), QPair(-1, QString()));
+    }
+
+    void aCancelledLoadLeavesNothing()
+    {
+        const QTemporaryDir directory;
+        const QString path = directory.filePath("p.vorn");
+        bool stops = false;
+        SessionUser user;
+        user.cancel = [&stops] { return stops; };
+        Session session({directory.filePath("scratch")}, user);
+        const int grid = VORN_CreateNewRasterGeography("g", 2, 3, QRectF(0, 0, 3, 2), Interval(),
+                                                       TF_Integer, "", "");
+        const int cells = VORN_NewRasterDataset(grid, "d", RasterDecimalType, 1, 64, "");
+        QVERIFY(
+            VORN_AddRasterValues(cells, 0, Interval(), QVector<double>(6, 1.5), -1.0, true, true));
+        session.save(path);
+        stops = true;
+        QVERIFY_EXCEPTION_THROWN(session.load(path), Failure);
+        QCOMPARE(geographyIds(), QVector<int>());
     }
 
     void centresOfShapes_data()

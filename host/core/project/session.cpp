@@ -169,11 +169,11 @@ void Session::reserve(const QString &path)
 void Session::load(const QString &path)
 {
     requireReadable(path);
-    mLoaded = QFileInfo(path).canonicalFilePath();
-    mLoadedFile = identityOf(path);
     bool loaded = false;
     {
         const Progress bar("Opening", "Opening the project...");
+        mLoaded = QFileInfo(path).canonicalFilePath();
+        mLoadedFile = identityOf(path);
         loaded = VORN_LoadProject(path);
     }
     if (!loaded)
@@ -183,11 +183,12 @@ void Session::load(const QString &path)
 /// The library says only that a load failed; the reason is looked for here.
 void Session::failLoad(const QString &path)
 {
-    stopIfCancelled();
-    const QString reason = mScratch->trouble();
+    mLoaded.clear();
+    const QString reason = isCancelled() ? QString() : mScratch->trouble();
     if (!reason.isEmpty())
         failScratch(mScratch->path(), reason);
     unload();
+    stopIfCancelled();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         fail(QStringLiteral("%1: %2").arg(path, file.errorString()));
