@@ -202,7 +202,8 @@ class OfIncome(unittest.TestCase):
 class OfOthers(unittest.TestCase):
     def test_names_are_text_and_never_markup(self):
         table = geojson("hostile.geojson", [({"k": f"{i}{HOSTILE}", "v": i, HOSTILE: HOSTILE}, square(i, 0)) for i in range(4)])
-        meridor("import", table, path("hostile.vorn"), "--key", "k", "--name", HOSTILE)
+        imported = meridor("import", table, path("hostile.vorn"), "--key", "k", "--name", HOSTILE)
+        self.assertIn(f"{HOSTILE}: 4 objects, 4 polygons", imported.stdout)
         meridor("weights", "create", path("hostile.vorn"), HOSTILE)
         meridor("report", path("hostile.vorn"), path("hostile.html"), "--title", HOSTILE)
         for scripts in (True, False):

@@ -287,7 +287,7 @@ private:
     {
         const Snapshot after = takeSnapshot();
         const QStringList changed = differences(mBefore, after);
-        mSteps.expect(changed.isEmpty() && after.count >= kStates * kYears);
+        mSteps.expect(changed.isEmpty() && after.count >= qint64(kStates) * kYears);
         if (!changed.isEmpty())
             return QStringLiteral("different: %1").arg(someOf(changed, 4));
         return QStringLiteral("%1 values, every one identical").arg(after.count);

@@ -66,10 +66,9 @@ void print(const ImportReport &report, const Console &console)
             QStringLiteral("%1: %2").arg(geographyName(report.geography), gridText(props)));
     else
         console.print(QStringLiteral("%1: %2 objects, %3 %4")
-                          .arg(geographyName(report.geography))
-                          .arg(report.objects)
-                          .arg(report.shapes)
-                          .arg(QLatin1String(shapeName(props.type))));
+                          .arg(geographyName(report.geography), QString::number(report.objects),
+                               QString::number(report.shapes),
+                               QLatin1String(shapeName(props.type))));
     TextTable table({{QStringLiteral("dataset"), TextTable::Left},
                      {QStringLiteral("type"), TextTable::Left},
                      {QStringLiteral("times"), TextTable::Right}});

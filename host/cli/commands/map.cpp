@@ -76,10 +76,9 @@ void run(Options options, const Context &context)
         context.console.print(toJson(picture, options));
     else
         context.console.print(QStringLiteral("%1: %2 objects in %3 classes, %4 without a value")
-                                  .arg(options.output)
-                                  .arg(picture.shapes.size())
-                                  .arg(picture.legend.size())
-                                  .arg(picture.missingCount));
+                                  .arg(options.output, QString::number(picture.shapes.size()),
+                                       QString::number(picture.legend.size()),
+                                       QString::number(picture.missingCount)));
 }
 
 } // namespace

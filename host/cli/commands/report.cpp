@@ -60,9 +60,8 @@ void run(Options options, const Context &context)
             {QStringLiteral("geographies"), static_cast<int>(report.geographies.size())}});
     else
         context.console.print(QStringLiteral("%1: %2 geographies, %3 KB")
-                                  .arg(options.output)
-                                  .arg(report.geographies.size())
-                                  .arg((page.size() + 500) / 1000));
+                                  .arg(options.output, QString::number(report.geographies.size()),
+                                       QString::number((page.size() + 500) / 1000)));
 }
 
 } // namespace

@@ -46,11 +46,8 @@ void run(const Options &options, const Context &context)
                         {QStringLiteral("objects"), QJsonArray::fromStringList(keys)}});
     else
         context.console.print(QStringLiteral("%1: %2 objects of %3 with %4 datasets: %5")
-                                  .arg(options.name)
-                                  .arg(keys.size())
-                                  .arg(parent)
-                                  .arg(datasets)
-                                  .arg(someOf(keys)));
+                                  .arg(options.name, QString::number(keys.size()), parent,
+                                       QString::number(datasets), someOf(keys)));
 }
 
 } // namespace

@@ -49,14 +49,12 @@ void run(const Options &options, const Context &context)
                         {QStringLiteral("datasets"), report.datasets},
                         {QStringLiteral("notes"), QJsonArray::fromStringList(report.notes)}});
     else
-        context.console.print(
-            QStringLiteral("%1: %2 geographies, %3 datasets from version %4, %5")
-                .arg(options.project)
-                .arg(report.geographies)
-                .arg(report.datasets)
-                .arg(report.version, report.notes.isEmpty()
-                                         ? QStringLiteral("nothing to note")
-                                         : QStringLiteral("%1 notes").arg(report.notes.size())));
+        context.console.print(QStringLiteral("%1: %2 geographies, %3 datasets from version %4, %5")
+                                  .arg(options.project, QString::number(report.geographies),
+                                       QString::number(report.datasets), report.version,
+                                       report.notes.isEmpty()
+                                           ? QStringLiteral("nothing to note")
+                                           : QStringLiteral("%1 notes").arg(report.notes.size())));
 }
 
 } // namespace

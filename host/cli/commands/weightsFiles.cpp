@@ -39,10 +39,8 @@ void writeSet(Options options, const Context &context)
             QStringLiteral("%1: neighbours alone, the form holds no weights").arg(options.file));
     const QString when = axisOf(set >> 16).show(written.time);
     const QString summary = QStringLiteral("%1: %2 objects, %3 links, at %4")
-                                .arg(options.file)
-                                .arg(written.objects)
-                                .arg(written.links)
-                                .arg(when);
+                                .arg(options.file, QString::number(written.objects),
+                                     QString::number(written.links), when);
     if (isStream(options.file))
         context.console.note(summary);
     else if (context.console.json)
@@ -58,15 +56,13 @@ void writeSet(Options options, const Context &context)
 void tell(const WeightsMatch &match, const Options &options, const Console &console)
 {
     if (!match.unknown.isEmpty())
-        console.note(QStringLiteral("%1: %2 ids that no object has, their links are left out: %3")
-                         .arg(options.file)
-                         .arg(match.unknown.size())
-                         .arg(someOf(match.unknown)));
+        console.note(
+            QStringLiteral("%1: %2 ids that no object has, their links are left out: %3")
+                .arg(options.file, QString::number(match.unknown.size()), someOf(match.unknown)));
     if (!match.unnamed.isEmpty())
-        console.note(QStringLiteral("%1: %2 objects that it does not name have no neighbours: %3")
-                         .arg(options.file)
-                         .arg(match.unnamed.size())
-                         .arg(someOf(match.unnamed)));
+        console.note(
+            QStringLiteral("%1: %2 objects that it does not name have no neighbours: %3")
+                .arg(options.file, QString::number(match.unnamed.size()), someOf(match.unnamed)));
 }
 
 void readSet(const Options &options, const Context &context)
@@ -86,7 +82,8 @@ void readSet(const Options &options, const Context &context)
                         {QStringLiteral("unknown"), QJsonArray::fromStringList(match.unknown)},
                         {QStringLiteral("unnamed"), QJsonArray::fromStringList(match.unnamed)}});
     else
-        context.console.print(QStringLiteral("%1: %2 links").arg(options.set).arg(match.links));
+        context.console.print(
+            QStringLiteral("%1: %2 links").arg(options.set, QString::number(match.links)));
 }
 
 } // namespace

@@ -213,9 +213,8 @@ int store(const MoranPlan &plan, const QVector<MoranAt> &results, const QString 
     VORN_RecalculateDataFrequencies(id);
     VORN_AppendToLongDescription(
         id, QStringLiteral("Moran's I of %1, weights %2, %3 permutations, seed %4\n")
-                .arg(datasetName(plan.dataset), weightSetOf(plan.weightSet).GetName())
-                .arg(plan.permutations)
-                .arg(plan.seed));
+                .arg(datasetName(plan.dataset), weightSetOf(plan.weightSet).GetName(),
+                     QString::number(plan.permutations), QString::number(plan.seed)));
     VORN_NewDatasetCreated(id);
     return id;
 }

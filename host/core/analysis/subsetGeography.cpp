@@ -53,9 +53,8 @@ int openSubset(MVectorData &parent, const QVector<int> &objects, const QString &
     const SubsetFile file(parent, objects);
     stopIfCancelled();
     const QString history = QStringLiteral("Cut from %1, %2 of %3 objects")
-                                .arg(parent.GetName())
-                                .arg(objects.size())
-                                .arg(parent.GetObjectCount());
+                                .arg(parent.GetName(), QString::number(objects.size()),
+                                     QString::number(parent.GetObjectCount()));
     const int id = file.isWritten() ? controller().AddNewVectorGeography(file.path(), name, history,
                                                                          parent.GetTheTimeFormat(),
                                                                          parent.GetId(), &objects)
