@@ -158,7 +158,8 @@ private:
             const double wanted = first + (last - first) * map / (kMaps - 1);
             const int step = changeBefore(static_cast<qint64>(wanted));
             if (mShown.sideMaps.isEmpty() || mShown.sideMaps.last().step != step)
-                mShown.sideMaps.append({step, mShown.steps[step].text.section(QLatin1Char('/'), 0, 0)});
+                mShown.sideMaps.append(
+                    {step, mShown.steps[step].text.section(QLatin1Char('/'), 0, 0)});
         }
     }
 
