@@ -24,7 +24,7 @@ public:
     ImportReport report;
 
     explicit Workshop(const QByteArray &map = squares(), const QByteArray &table = QByteArray())
-        : mSession({mDirectory.filePath("scratch")}, {this, {}, {}})
+        : mSession({mDirectory.filePath("scratch")}, {this, {}, {}, {}})
     {
         options.map = file("map.geojson", map);
         options.key = "id";
