@@ -129,7 +129,8 @@ QString unknownVerb(const CLI::App &program, int argc, const char *const *argv)
         }
         const CLI::App *verb = verbNamed(*app, word);
         if (!verb) {
-            const QString text = QString::fromStdString(word);
+            const QString text =
+                word.empty() ? QStringLiteral("\"\"") : QString::fromStdString(word);
             return QStringLiteral("no verb %1%2\n%3 --help lists the verbs.")
                 .arg(text, didYouMean(nearestOf(text, verbsOf(*app))), wordsOf(*app));
         }

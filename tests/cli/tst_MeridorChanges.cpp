@@ -53,6 +53,23 @@ private Q_SLOTS:
         QCOMPARE(info.at("geographies/0/datasets").toArray().size(), 5);
     }
 
+    void tellsWhatAConversionLoses()
+    {
+        const auto lost = [this](const char *dataset, const char *type) -> QString {
+            const Outcome outcome = mPlace.run({"convert", "p.vorn", dataset, "w", "--type", type,
+                                                "--output", "w.vorn", "--overwrite", "--json"});
+            QStringList counts;
+            for (const char *kind : {"notNumbers", "fractions", "outside"})
+                counts.append(QString::number(outcome.json().value(kind).toInt(-1)));
+            return counts.join(' ') + outcome.err;
+        };
+        QCOMPARE(lost("town", "decimal"),
+                 QString("2 0 0note: 2 of 2 values are no numbers and became 0\n"));
+        QCOMPARE(lost("v", "integer"),
+                 QString("0 3 0note: 3 of 5 values lost the places after the point\n"));
+        QCOMPARE(lost("v", "text"), QString("0 0 0"));
+    }
+
     void refusesConversionsOfNothing()
     {
         const QByteArray before = mPlace.bytes("p.vorn");

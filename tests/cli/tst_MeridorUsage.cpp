@@ -35,6 +35,8 @@ private Q_SLOTS:
         check({"map", "p.vorn", "x", "x.jpg"}, 2, "x.jpg");
         check({"export", "p.vorn", "x.xml"}, 2, "x.xml");
         check({"info", "p.vorn"}, 1, "p.vorn: no such file");
+        check({"info", ""}, 2, "the name of a file is empty");
+        check({"query", "p.vorn", "x", "--circle", "1,1,1", "--centers"}, 2, "--centers");
         check({"--help"}, 0, "");
         check({"--version"}, 0, "");
     }
@@ -114,6 +116,35 @@ private Q_SLOTS:
             QVERIFY2(page.contains(".SH EXAMPLES\n.nf\nmeridor "), qPrintable(name));
             QVERIFY2(page.contains("\\fB\\-\\-scratch\\fR \\fITEXT\\fR\n"), qPrintable(name));
         }
+    }
+
+    void refusesWhatHasNoMeaning()
+    {
+        const Workplace place;
+        place.file("map.geojson", squares());
+        place.file("t.csv", "id,v2000,v2001\na,1,2.5\nb,4,5\nc,7,\n");
+        QCOMPARE(place
+                     .run({"import", "map.geojson", "p.vorn", "--key", "id", "--table", "t.csv",
+                           "--series", "v=v2000..v2001"})
+                     .code,
+                 0);
+        QCOMPARE(place.run({"weights", "create", "p.vorn", "w", "--method", "queen"}).code, 0);
+        const auto check = [&place](const QStringList &words, const char *told) {
+            const InCase inCase(words);
+            const Outcome outcome = place.run(words);
+            QCOMPARE(outcome.code, 2);
+            QVERIFY2(outcome.err.contains(told), qPrintable(outcome.err));
+            QVERIFY2(!outcome.err.contains("stack"), qPrintable(outcome.err));
+        };
+        check({"info", "p.vorn", "--at", "yesterday"}, "yesterday is no number");
+        check({"info", "p.vorn", "--at", "2001/2000"}, "ends before it starts");
+        check({"stats", "p.vorn", "v", "--at", "2001/2000"}, "ends before it starts");
+        check({"stats", "p.vorn", "v", "--at", "2000/2001"}, "is a span");
+        check({"report", "p.vorn", "r.html", "--times", "2001/2000"}, "ends before it starts");
+        check({"select", "p.vorn", "v", "--min", "5", "--max", "1"}, "ends before it starts");
+        check({"export", "p.vorn", "v.csv", "--from", "2001", "--to", "2000"}, "before the first");
+        check({"moran", "p.vorn", "v", "w", "--output", "q.vorn"}, "--save");
+        QCOMPARE(place.files(), (QStringList{"map.geojson", "p.vorn", "t.csv"}));
     }
 
     void neverReplacesAFileUnasked()

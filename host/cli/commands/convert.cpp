@@ -32,15 +32,32 @@ Conversion conversionOf(const Options &options)
     return conversion;
 }
 
+void tell(const ConversionLoss &loss, const Console &console)
+{
+    for (const auto &[count, what] :
+         {std::make_pair(loss.notNumbers, "are no numbers and became 0"),
+          {loss.fractions, "lost the places after the point"},
+          {loss.outside, "are beyond 32 bits and became the nearest integer"}})
+        if (count > 0)
+            console.note(QStringLiteral("%1 of %2 values %3")
+                             .arg(count)
+                             .arg(loss.values)
+                             .arg(QLatin1String(what)));
+}
+
 void run(const Options &options, const Context &context)
 {
     const Conversion conversion = conversionOf(options);
     DatasetProps props;
+    ConversionLoss loss;
     editProject(options.target, context, [&](Session &) {
         const int dataset = findDataset(options.dataset);
         requireNewDatasetName(VORN_GetGeographyId(dataset), conversion.name);
+        if (conversion.type)
+            loss = lossOf(dataset, *conversion.type);
         props = VORN_GetDatasetProperties(convertDataset(dataset, conversion));
     });
+    tell(loss, context.console);
     const QString type = QLatin1String(typeName(static_cast<DataType>(props.dataType)));
     const QString storage =
         QLatin1String(storageName(static_cast<MVectorDataset::StorageType>(props.storageType)));
@@ -50,6 +67,9 @@ void run(const Options &options, const Context &context)
                         {QStringLiteral("dataset"), conversion.name},
                         {QStringLiteral("type"), type},
                         {QStringLiteral("storage"), storage},
+                        {QStringLiteral("notNumbers"), loss.notNumbers},
+                        {QStringLiteral("fractions"), loss.fractions},
+                        {QStringLiteral("outside"), loss.outside},
                         {QStringLiteral("realizations"), props.realizationCount}});
     else
         context.console.print(QStringLiteral("%1: %2, %3 values in %4")

@@ -117,6 +117,7 @@ void addRemove(const Command &app, Context &context)
     command.footer("Example:\n  meridor remove income.vorn abbr sub_region");
     command.chosen([options, &context] {
         context.run = [options](const Context &c) {
+            options->names.removeDuplicates();
             edit(*options, c, "removed", [&] {
                 options->geography ? removeGeographies(*options)
                                    : removeDatasets(*options, c.console);

@@ -5,6 +5,9 @@
 #include <memory>
 #include "cli/commands/commands.h"
 #include "core/analysis/describe.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/timeMessages.h"
 
 namespace meridor {
 namespace {
@@ -100,10 +103,25 @@ void print(const QJsonObject &geography, const Console &console)
     table.print(console);
 }
 
+/// Geographies can have different forms of times: one of them must know the text.
+void requireTime(const QString &at)
+{
+    QString why;
+    for (const int geography : geographyIds()) {
+        const TimeAxis axis = axisOf(geography);
+        if (at.isEmpty() || axis.span(at))
+            return;
+        why = whyNoTime(axis, at);
+    }
+    if (!why.isEmpty())
+        failUsage(why, "at");
+}
+
 void run(const Options &options, const Context &context)
 {
     Session session(context.session, context.user);
     session.loadPacked(options.project);
+    requireTime(options.at);
     const QJsonArray geographies = describeProject(options.at);
     if (context.console.json) {
         context.console.print(
@@ -126,7 +144,7 @@ void addInfo(const Command &app, Context &context)
     const Command command = app.verb("info", "Show what a project holds");
     projectArgument(command, options->project);
     command.text("--at", options->at, "Also list the objects that exist at this time");
-    command.footer("Example:\n  meridor info income.vorn --at 1850-12-31");
+    command.footer("Example:\n  meridor info income.vorn --at 1929");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }

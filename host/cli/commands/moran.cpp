@@ -159,6 +159,7 @@ void run(const Options &options, const Context &context)
 {
     QJsonArray results;
     if (options.save.isEmpty()) {
+        refuseOutputWithout("--save", options.target);
         Session session(context.session, context.user);
         session.loadPacked(options.target.project);
         results = compute(options, options.plan);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/commands/projectEdit.h"
+#include "core/project/failure.h"
 #include "core/project/safeFile.h"
 
 namespace meridor {
@@ -8,6 +9,13 @@ void targetOptions(const Command &command, EditTarget &target, Context &context)
 {
     command.text("--output", target.output, "Write here (default: the project itself)");
     overwriteOption(command, context);
+}
+
+void refuseOutputWithout(const char *option, const EditTarget &target)
+{
+    if (!target.output.isEmpty())
+        failUsage(QStringLiteral("--output does not apply without %1, which changes the project")
+                      .arg(QLatin1String(option)));
 }
 
 void editProject(const EditTarget &target, const Context &context,

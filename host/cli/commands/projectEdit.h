@@ -15,6 +15,10 @@ struct EditTarget {
 /// Adds --output and --overwrite.
 void targetOptions(const Command &command, EditTarget &target, Context &context);
 
+/// Raises a Failure if --output was given to a verb that changes the project only with `option`,
+/// which was not.
+void refuseOutputWithout(const char *option, const EditTarget &target);
+
 /// Loads the project, calls `change` and saves. Nothing is written if `change` throws.
 void editProject(const EditTarget &target, const Context &context,
                  const std::function<void(Session &)> &change);

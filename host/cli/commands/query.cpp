@@ -89,6 +89,8 @@ FoundCells ask(const Options &options, int geography, qint64 time)
     FoundCells cells;
     if (!options.rect.isEmpty()) {
         const auto n = numbersOf(options.rect, 4, QStringLiteral("--rect"));
+        if (n[0] == n[2] || n[1] == n[3])
+            failUsage(QStringLiteral("--rect %1: has no area").arg(options.rect));
         const QRectF rect = QRectF(QPointF(n[0], n[1]), QPointF(n[2], n[3])).normalized();
         if (options.centers)
             VORN_GetPixelCentersInRect(geography, rect, cells.pixels);
@@ -96,9 +98,13 @@ FoundCells ask(const Options &options, int geography, qint64 time)
             VORN_QueryRasterWithRect(geography, rect, cells.pixels, &cells.areas);
     } else if (!options.circle.isEmpty()) {
         const auto n = numbersOf(options.circle, 3, QStringLiteral("--circle"));
+        if (n[2] <= 0)
+            failUsage(QStringLiteral("--circle %1: the radius is above 0").arg(options.circle));
         VORN_QueryRasterWithCircle(geography, QPointF(n[0], n[1]), n[2], cells.pixels);
     } else if (!options.ellipse.isEmpty()) {
         const auto n = numbersOf(options.ellipse, 5, QStringLiteral("--ellipse"));
+        if (n[2] <= 0 || n[3] <= 0)
+            failUsage(QStringLiteral("--ellipse %1: its axes are above 0").arg(options.ellipse));
         VORN_QueryRasterWithEllipse(geography, QPointF(n[0], n[1]), n[2], n[3], n[4] * kRadian,
                                     false, cells.pixels);
     } else if (!options.polygon.isEmpty()) {
@@ -156,6 +162,10 @@ void run(const Options &options, const Context &context)
         places += !place.isEmpty();
     if (places != 1)
         failUsage(QStringLiteral("one of --rect, --circle, --ellipse, --polygon and --in"));
+    if (options.centers && !(options.circle.isEmpty() && options.ellipse.isEmpty()))
+        failUsage(
+            QStringLiteral("--centers does not apply to circles and ellipses, whose cells are "
+                           "always those with their centre inside"));
     Session session(context.session, context.user);
     session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);

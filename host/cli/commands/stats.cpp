@@ -4,9 +4,9 @@
 #include <memory>
 #include "cli/commands/commands.h"
 #include "core/analysis/statistics.h"
-#include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/progress.h"
 #include "datainterface/DataAPI.h"
 
 namespace meridor {
@@ -107,9 +107,11 @@ void run(const Options &options, const Context &context)
     for (const QString &at : options.at)
         rows.append({at, statisticsAt(dataset, chooseTime(dataset, at))});
     if (options.at.isEmpty() && !datasetOf(dataset)->IsStatic()) {
-        for (const Interval &interval : dataTimes(dataset)) {
-            stopIfCancelled();
-            rows.append({axis.show(interval), statisticsAt(dataset, instantOf(interval))});
+        const Progress progress("Statistics", "Calculating statistics...");
+        const QVector<Interval> times = dataTimes(dataset);
+        for (int i = 0; i < times.size(); ++i) {
+            progress.report(static_cast<int>(100LL * i / times.size()));
+            rows.append({axis.show(times[i]), statisticsAt(dataset, instantOf(times[i]))});
         }
     }
     const Row all{QStringLiteral("overall"), statisticsOfAll(dataset)};

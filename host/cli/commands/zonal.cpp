@@ -93,6 +93,7 @@ void run(const Options &options, const Context &context)
         editProject(options.target, context, work);
         return;
     }
+    refuseOutputWithout("--into", options.target);
     Session session(context.session, context.user);
     session.loadPacked(options.target.project);
     work(session);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/analysis/convertDataset.h"
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -8,6 +10,7 @@
 #include "datainterface/DataAPI.h"
 #include "datainterface/DataTypeVisitor.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/MDatum.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
 #include "datainterface/TimeAPI.h"
@@ -132,6 +135,31 @@ int withStorage(int dataset, Storage storage, const QString &name)
 }
 
 } // namespace
+
+ConversionLoss lossOf(int dataset, DataType type)
+{
+    ConversionLoss loss;
+    MDataset &from = *datasetOf(dataset);
+    const auto frequencies = from.GetDataFrequencies();
+    for (auto it = frequencies.begin(); it != frequencies.end(); ++it) {
+        loss.values += it.value();
+        if (type == StringType)
+            continue;
+        bool isNumber = true;
+        const double value =
+            from.IsNumeric() ? it.key().toDouble() : it.key().text().toDouble(&isNumber);
+        const double whole = std::trunc(value);
+        const bool fits =
+            whole >= std::numeric_limits<int>::min() && whole <= std::numeric_limits<int>::max();
+        if (!isNumber)
+            loss.notNumbers += it.value();
+        else if (type == IntegerType && !fits)
+            loss.outside += it.value();
+        else if (type == IntegerType && value != whole)
+            loss.fractions += it.value();
+    }
+    return loss;
+}
 
 int convertDataset(int dataset, const Conversion &conversion)
 {

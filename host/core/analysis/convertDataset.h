@@ -22,4 +22,13 @@ struct Conversion {
 /// @return the id of the new dataset.
 MERIDOR_EXPORT int convertDataset(int dataset, const Conversion &conversion);
 
+/// What a conversion to a type does not keep, in numbers of values of all times and realizations.
+struct ConversionLoss {
+    qint64 values = 0;     ///< of the dataset, missing ones left out
+    qint64 notNumbers = 0; ///< texts that become 0
+    qint64 fractions = 0;  ///< decimals whose places after the point are cut off
+    qint64 outside = 0;    ///< numbers that become the nearest integer of 32 bits
+};
+MERIDOR_EXPORT ConversionLoss lossOf(int dataset, DataType type);
+
 } // namespace meridor

@@ -83,6 +83,9 @@ QVector<int> byRange(int dataset, qint64 time, const QString &low, const QString
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     const double from = low.isEmpty() ? -kInfinity : requireNumber(low, "min");
     const double to = high.isEmpty() ? kInfinity : requireNumber(high, "max");
+    if (to < from)
+        failUsage(QStringLiteral("the range from %1 to %2 ends before it starts").arg(low, high),
+                  "max");
     const int geography = VORN_GetGeographyId(dataset);
     MAttributes &attributes = attributesOf(geography);
     geographyOf(geography)->SelectObjectsByRange(dataset, 0, time, from, to, kSelected);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include "core/project/failure.h"
 #include "core/project/text.h"
+#include "core/project/timeMessages.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
@@ -384,8 +385,7 @@ Interval requireSpan(const TimeAxis &axis, const QString &text)
 {
     const auto span = axis.span(text);
     if (!span)
-        failUsage(
-            QStringLiteral("%1 is no %2").arg(text, QLatin1String(timeFormatName(axis.format()))));
+        failUsage(whyNoTime(axis, text));
     return *span;
 }
 

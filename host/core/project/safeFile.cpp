@@ -104,6 +104,8 @@ QString replacedFile(const QString &target)
 
 void requireReadable(const QString &path)
 {
+    if (path.isEmpty())
+        failUsage(QStringLiteral("the name of a file is empty"));
     const QByteArray name = QFile::encodeName(path);
     struct stat info = {};
     if (::stat(name.constData(), &info) != 0)
@@ -121,6 +123,8 @@ void requireReadable(const QString &path)
 
 void requireWritable(const QString &target, bool overwrite)
 {
+    if (target.isEmpty())
+        failUsage(QStringLiteral("the name of a file is empty"));
     if (isStream(target))
         return;
     const QFileInfo info(target);

@@ -10,6 +10,7 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/progress.h"
+#include "core/project/timeMessages.h"
 #include "core/report/gatherLayers.h"
 #include "core/report/gatherShapes.h"
 #include "datainterface/DataAPI.h"
@@ -348,7 +349,8 @@ void requireTimes(const ReportPlan &plan, const QVector<QPair<int, QVector<int>>
         if (std::none_of(chosen.begin(), chosen.end(), [&](const auto &entry) {
                 return axisOf(entry.first).range(text).has_value();
             }))
-            failUsage(QStringLiteral("%1 is no time of the project").arg(text),
+            failUsage(chosen.size() == 1 ? whyNoRange(axisOf(chosen.first().first), text)
+                                         : QStringLiteral("%1 is no time of the project").arg(text),
                       plan.times.contains(text) ? "times" : "maps");
 }
 
