@@ -110,6 +110,25 @@ private Q_SLOTS:
         }
     }
 
+    void aCancelEndsTheWaitForAPipe()
+    {
+        QCOMPARE(::mkfifo(QFile::encodeName(mPlace.path("wait.csv")).constData(), 0600), 0);
+        const QByteArray before = mPlace.bytes("p.vorn");
+        for (const QStringList &words :
+             {QStringList{"weights", "import", "p.vorn", "wait.csv", "w"},
+              {"import", "wait.csv", "new.vorn", "--x", "x", "--y", "y"},
+              {"import", "map.geojson", "new.vorn", "--key", "id", "--table", "wait.csv"}}) {
+            const InCase inCase(words);
+            const QString lock = words.contains("new.vorn") ? ".new.vorn.lock" : ".p.vorn.lock";
+            const Outcome outcome =
+                mPlace.interrupt(words, [&] { return QFile::exists(mPlace.path(lock)); });
+            QCOMPARE(outcome.code, 130);
+            QCOMPARE(outcome.err, QString("meridor: cancelled\n"));
+            QCOMPARE(mPlace.bytes("p.vorn"), before);
+        }
+        QVERIFY(!mPlace.files().contains("new.vorn"));
+    }
+
     void leavesAWriteProtectedProjectAlone()
     {
         const QByteArray name = QFile::encodeName(mPlace.path("p.vorn"));

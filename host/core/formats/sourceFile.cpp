@@ -9,6 +9,7 @@
 #include "core/formats/textEncoding.h"
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
+#include "core/project/inputFile.h"
 #include "core/project/outputFile.h"
 
 namespace meridor {
@@ -28,8 +29,8 @@ void append(QTemporaryFile &copy, const QByteArray &bytes)
 template <class Convert>
 std::unique_ptr<QTemporaryFile> copyOf(const QString &path, Convert convert)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    InputFile file(path);
+    if (!file.openForReading())
         fail(QStringLiteral("%1: %2").arg(path, file.errorString()));
     auto copy = makeScratchFile();
     for (;;) {

@@ -11,6 +11,7 @@
 #include "core/formats/values.h"
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
+#include "core/project/inputFile.h"
 #include "core/project/outputFile.h"
 #include "core/project/text.h"
 
@@ -498,8 +499,8 @@ WeightsFile readWeights(QIODevice &device, WeightsFormat format, const QString &
 WeightsFile readWeights(const QString &path, const QString &format)
 {
     const WeightsFormat known = weightsFormatOf(path, format);
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    InputFile file(path);
+    if (!file.openForReading())
         fail(QStringLiteral("%1: %2").arg(path, file.errorString()));
     WeightsFile read = readWeights(file, known, path);
     if (file.error() != QFile::NoError)

@@ -9,6 +9,7 @@
 #include <exception>
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
+#include "core/project/outputFile.h"
 #include "datainterface/DataBlocks.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/HostDialogs.h"
@@ -160,7 +161,7 @@ Session::~Session()
 
 void Session::reserve(const QString &path)
 {
-    if (mLock && mLock->holds(path))
+    if (isStream(path) || (mLock && mLock->holds(path)))
         return;
     mLock.reset();
     mLock = std::make_unique<FileLock>(path);
