@@ -162,7 +162,7 @@ private Q_SLOTS:
             return mPlace.run("/bin/sh", QStringList{"-c", limit, MERIDOR_PROGRAM} + words);
         };
         const Outcome scratch =
-            limited(40, {"info", "big.vorn", "--cache", "1", "--scratch", "tight"});
+            limited(40, {"rename", "big.vorn", "v0", "w", "--cache", "1", "--scratch", "tight"});
         QCOMPARE(scratch.code, 1);
         QVERIFY2(scratch.err.contains("scratch directory"), qPrintable(scratch.err));
         QVERIFY2(scratch.err.contains("File too large; see --scratch"), qPrintable(scratch.err));
