@@ -238,6 +238,15 @@ private Q_SLOTS:
         vrt(band("Byte", "<SimpleSource><SourceFilename>gone.tif</SourceFilename></SimpleSource>"),
             "g.vrt");
         check("g.asc", grid().left(150), {}, "broken at row");
+        // GDAL reads zeros behind the end of raw cells.
+        const Workplace raw;
+        raw.file("g.hdr", "ENVI\nsamples = 9\nlines = 9\nbands = 1\ndata type = 4\ninterleave = "
+                          "bsq\nbyte order = 0\n");
+        raw.file("g.dat", QByteArray(9 * 9 * 4 - 1, 1));
+        const Outcome cut = raw.run({"import", "g.dat", "p.vorn"});
+        QCOMPARE(cut.code, 1);
+        QVERIFY2(cut.err.contains("g.dat: ends after 323 of at least 324 bytes"),
+                 qPrintable(cut.err));
         check("g.asc", grid(), {"--key", "id"}, "--key");
     }
     void refusesWhatIsNoGrid()

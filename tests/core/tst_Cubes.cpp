@@ -20,12 +20,12 @@ using Attributes = QMap<QByteArray, QVariant>;
 /// A file written through GDAL, as the services that publish them do: variables by name.
 class CubeMaker {
 public:
-    explicit CubeMaker(const QString &path, const char *driver = "netCDF")
+    explicit CubeMaker(const QString &path, const char *format = "FORMAT=NC4")
     {
         GDALAllRegister();
-        const char *const options[] = {"FORMAT=NC4", nullptr};
-        mFile = GDALCreateMultiDimensional(GDALGetDriverByName(driver), path.toUtf8(), nullptr,
-                                           driver == QByteArray("netCDF") ? options : nullptr);
+        const char *const options[] = {format, nullptr};
+        mFile = GDALCreateMultiDimensional(GDALGetDriverByName("netCDF"), path.toUtf8(), nullptr,
+                                           options);
         mRoot = GDALDatasetGetRootGroup(mFile);
     }
     ~CubeMaker()
@@ -435,6 +435,55 @@ private Q_SLOTS:
         refuse(target + ".zarr", false, "is there already");
         requireCubeWritable(target + ".zarr", "zarr", true);
         refuse(QFileInfo(target).path(), true, "holds no Zarr store");
+    }
+
+    void takesTimesThatAreNoDimension()
+    {
+        Workshop shop;
+        const QString path = shop.file("run.nc", "");
+        const auto make = [&](const char *named) {
+            CubeMaker cube(path);
+            cube.dimension("step", {0, 6}, {{"units", QByteArray("hours")}});
+            cube.dimension("lat", {1, 2}, kNorth);
+            cube.dimension("lon", {1, 2}, kEast);
+            cube.variable("time", {}, GDT_Float64, {24}, timeUnit("hours since 2001-01-01"));
+            cube.variable("valid", {"step"}, GDT_Float64, {24, 30},
+                          timeUnit("hours since 2001-01-01"));
+            cube.variable("v", {"step", "lat", "lon"}, GDT_Float64, run(8),
+                          {{"coordinates", QByteArray(named)}});
+        };
+        make("time");
+        QCOMPARE(importOf(shop, path), QString());
+        QCOMPARE(told("v step=6"), QString("2001-01-02=6..5"));
+        make("time valid");
+        QCOMPARE(importOf(shop, path), QString());
+        QCOMPARE(told("v"), QString("2001-01-02T00:00:00=2..1 2001-01-02T06:00:00=6..5"));
+    }
+
+    void refusesFilesThatEndEarly()
+    {
+        for (const char *format : {"FORMAT=NC", "FORMAT=NC2", "FORMAT=NC4"}) {
+            Workshop shop;
+            const QString path = shop.file("cut.nc", "");
+            {
+                CubeMaker cube(path, format);
+                cube.dimension("y", run(40), {{"axis", QByteArray("Y")}});
+                cube.dimension("x", run(30), {{"axis", QByteArray("X")}});
+                cube.variable("v", {"y", "x"}, GDT_Float32, run(1200));
+            }
+            QCOMPARE(importOf(shop, path), QString());
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const QByteArray whole = file.readAll();
+            file.close();
+            for (const int length : {3, 40, 200, 1000, 3000, whole.size() - 4}) {
+                const InCase inCase(QByteArray(format) + ' ' + QByteArray::number(length));
+                shop.file("cut.nc", whole.left(length));
+                const QString failure = importOf(shop, path);
+                QVERIFY2(failure.contains("cut.nc"), qPrintable(failure));
+                QVERIFY(geographyIds().isEmpty());
+            }
+        }
     }
 
     void refusesWhatIsNoGrid()

@@ -181,9 +181,13 @@ void runCube(const Options &options, const Context &context)
     if (times.second < times.first)
         failUsage(QStringLiteral("the last time is before the first"), "to");
     exportCube(options.output, options.format, ids, times.first, times.second);
+    bool isStatic = true;
+    for (const int id : ids)
+        isStatic = isStatic && datasetOf(id)->IsStatic();
     tell(options, ids,
-         QStringLiteral("%1 to %2").arg(axis.show(times.first), axis.show(times.second)), -1,
-         context.console);
+         isStatic ? QStringLiteral("always")
+                  : QStringLiteral("%1 to %2").arg(axis.show(times.first), axis.show(times.second)),
+         -1, context.console);
 }
 
 RowPlan planOf(const Options &options)

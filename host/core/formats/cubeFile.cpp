@@ -189,7 +189,38 @@ void CubeFile::assignRoles()
             variable.isCurved = variable.isCurved || (place && dimensionCount(place) == 2);
         }
     }
+    for (CubeVariable &variable : variables)
+        if (variable.time < 0 && variable.hasGrid())
+            findTimes(variable);
     placeByOrder();
+}
+
+/// The times of a variable without a dimension of time: those along another of its dimensions, as
+/// the valid times of the steps of a forecast, or a single one.
+void CubeFile::findTimes(CubeVariable &variable)
+{
+    for (const QString &name : listed(variable.array, "coordinates")) {
+        GdalArray places = find(name);
+        const auto dimensions = places ? dimensionsOf(places) : std::vector<GdalDimension>();
+        if (!places || dimensions.size() > 1 || !CfTimes::isUnit(unitOf(places)))
+            continue;
+        if (dimensions.empty()) {
+            if (!variable.singleTime || name.startsWith(QLatin1String("valid")))
+                variable.singleTime = std::move(places);
+            continue;
+        }
+        const int axis = axisOf(dimensions.front());
+        const int position = variable.axes.indexOf(axis);
+        CubeAxis &along = axes[static_cast<size_t>(axis)];
+        if (position < 0 || along.role == AxisRole::X || along.role == AxisRole::Y)
+            continue;
+        along.role = AxisRole::Time;
+        along.unit = unitOf(places);
+        along.coordinates = std::move(places);
+        variable.time = position;
+        variable.singleTime.reset();
+        return;
+    }
 }
 
 /// Where no dimension of the file says what it is, a grid's rows and columns are the last two.

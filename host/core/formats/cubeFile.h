@@ -30,6 +30,7 @@ struct CubeVariable {
     int x = -1;
     int y = -1;
     int time = -1;
+    GdalArray singleTime;  ///< of a variable without a dimension of time; null if it has none
     bool isHelper = false; ///< coordinates, bounds and the like of other variables
     bool isCurved = false; ///< its places on the map are a variable of two dimensions
 
@@ -55,6 +56,7 @@ private:
     void walk(const GdalGroup &group, const QString &path, int depth);
     int axisOf(const GdalDimension &dimension);
     void assignRoles();
+    void findTimes(CubeVariable &variable);
     void placeByOrder();
 };
 

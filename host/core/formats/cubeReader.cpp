@@ -8,6 +8,7 @@
 #include "core/formats/cubeCells.h"
 #include "core/formats/cubeFile.h"
 #include "core/formats/gdalFile.h"
+#include "core/formats/wholeFile.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
 
@@ -89,6 +90,7 @@ struct CubeReader::File {
     QString projection() const;
     int realizationAxis(const CubeVariable &of) const;
     void checkRealizations() const;
+    int timesOf(const CubeVariable &of, QVector<CubeTimes> &all) const;
     void addGrids(int index, int times, QVector<CubeGrid> &grids) const;
 };
 
@@ -270,6 +272,48 @@ void CubeReader::File::checkRealizations() const
              "realizations");
 }
 
+/// The index of a variable's times in the list, to which new ones are added; -1 if it has none.
+int CubeReader::File::timesOf(const CubeVariable &of, QVector<CubeTimes> &all) const
+{
+    if (of.time < 0 && !of.singleTime)
+        return -1;
+    CubeTimes times;
+    const GdalArray *places = &of.singleTime;
+    times.count = 1;
+    if (of.time >= 0) {
+        const CubeAxis &line = axis(of, of.time);
+        if (line.size < 1 || line.size > quint64(std::numeric_limits<int>::max()))
+            fail(QStringLiteral("%1, dimension %2: holds %3")
+                     .arg(path, line.name,
+                          line.size < 1 ? QStringLiteral("no times")
+                                        : QString::number(line.size) + QStringLiteral(" times")));
+        places = &line.coordinates;
+        times.name = line.fullName;
+        times.unit = line.unit;
+        times.count = static_cast<int>(line.size);
+        times.values = cube->places(line);
+        times.bounds = cube->bounds(line);
+    } else {
+        times.name = QString::fromUtf8(GDALMDArrayGetFullName(places->get()));
+        times.unit = QString::fromUtf8(GDALMDArrayGetUnit(places->get()));
+        times.values = numbersOf(*places);
+    }
+    if (times.name.startsWith(QLatin1Char('/')))
+        times.name.remove(0, 1);
+    for (int i = 0; i < all.size(); ++i)
+        if (all[i].name == times.name && all[i].count == times.count)
+            return i;
+    if (*places) {
+        times.calendar = textAttribute(*places, "calendar");
+        times.texts = textsOf(*places);
+        if (times.values.size() != times.count && times.texts.size() != times.count)
+            fail(QStringLiteral("%1, dimension %2: its times cannot be read%3")
+                     .arg(path, times.name, QuietGdal::complaint()));
+    }
+    all.append(times);
+    return all.size() - 1;
+}
+
 /// Adds a grid for each combination of places of a variable's other dimensions.
 void CubeReader::File::addGrids(int index, int times, QVector<CubeGrid> &grids) const
 {
@@ -344,6 +388,7 @@ CubeReader::CubeReader(const QString &path, const CubeOptions &options)
     auto opened = CubeFile::open(path);
     if (!opened)
         failUnread(path);
+    requireWholeFile(path, nullptr);
     mFile = std::make_unique<File>(path, options, std::move(opened));
     File &file = *mFile;
     file.choose();
@@ -358,7 +403,6 @@ CubeReader::CubeReader(const QString &path, const CubeOptions &options)
     if (!file.axis(first, first.x).coordinates)
         mNotes.append(
             path + QStringLiteral(": has no place on the map; cells are squares of 1 from (0, 0)"));
-    QVector<int> timeAxes;
     for (const int index : qAsConst(file.chosen)) {
         const CubeVariable &of = file.variable(index);
         file.rules[index] = cellRule(*file.cube, of, options, file.where(of));
@@ -373,36 +417,7 @@ CubeReader::CubeReader(const QString &path, const CubeOptions &options)
             mNotes.append(
                 QStringLiteral("%1: cells stay as they are stored; a value is cell * %2 + %3")
                     .arg(file.where(of), exactNumber(rule.scale), exactNumber(rule.offset)));
-        int times = -1;
-        if (of.time >= 0) {
-            times = timeAxes.indexOf(of.axes[of.time]);
-            if (times < 0) {
-                const CubeAxis &axis = file.axis(of, of.time);
-                if (axis.size < 1)
-                    fail(QStringLiteral("%1, dimension %2: holds no times").arg(path, axis.name));
-                if (axis.size > quint64(std::numeric_limits<int>::max()))
-                    fail(QStringLiteral("%1, dimension %2: %3 times are too many")
-                             .arg(path, axis.name)
-                             .arg(axis.size));
-                times = timeAxes.size();
-                timeAxes.append(of.axes[of.time]);
-                CubeTimes read;
-                read.name = axis.name;
-                read.unit = axis.unit;
-                read.count = static_cast<int>(axis.size);
-                read.values = file.cube->places(axis);
-                read.bounds = file.cube->bounds(axis);
-                if (axis.coordinates) {
-                    read.calendar = textAttribute(axis.coordinates, "calendar");
-                    read.texts = textsOf(axis.coordinates);
-                    if (read.values.size() != read.count && read.texts.size() != read.count)
-                        fail(QStringLiteral("%1, dimension %2: its times cannot be read%3")
-                                 .arg(path, axis.name, QuietGdal::complaint()));
-                }
-                mTimes.append(read);
-            }
-        }
-        file.addGrids(index, times, mGrids);
+        file.addGrids(index, file.timesOf(of, mTimes), mGrids);
     }
 }
 

@@ -24,6 +24,8 @@ QuietGdal::QuietGdal()
 {
     CPLErrorReset();
     CPLPushErrorHandler(CPLQuietErrorHandler);
+    // libjpeg fills the rest of a file that ends early with grey, and only warns.
+    CPLSetThreadLocalConfigOption("GDAL_ERROR_ON_LIBJPEG_WARNING", "YES");
 }
 
 QuietGdal::~QuietGdal()

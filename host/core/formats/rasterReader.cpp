@@ -10,6 +10,7 @@
 #include "core/formats/gdalArray.h"
 #include "core/formats/gdalFile.h"
 #include "core/formats/values.h"
+#include "core/formats/wholeFile.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
 
@@ -144,6 +145,7 @@ RasterReader::RasterReader(const QString &path, const RasterReadOptions &options
     mFile = openGdalFile(path, GDAL_OF_RASTER);
     if (!mFile)
         failUnread(path);
+    requireWholeFile(path, mFile.get());
     const int count = GDALGetRasterCount(mFile.get());
     if (count == 0) {
         QStringList names;
