@@ -271,6 +271,10 @@ private:
         mObjects = uniqueName(QStringLiteral("object"));
         mOut.addDimension(mObjects, keys.size());
         addTexts(QStringLiteral("key"), QStringLiteral("keys of the objects"), keys);
+        const int names = nameDataset(mGeography);
+        if (names >= 0 && !mDatasets.contains(names))
+            addTexts(QStringLiteral("name"), QStringLiteral("names of the objects"),
+                     objectNames(mGeography));
     }
 
     void addTexts(const QString &name, const QString &title, const QStringList &texts)
