@@ -5,7 +5,7 @@
 # shellcheck shell=bash
 
 packages=(g++ cmake ninja-build ccache pkg-config binutils
-    qtbase5-dev libgeos-dev libshp-dev libdeflate-dev libblas-dev liblapack-dev libopenblas-dev
+    qtbase5-dev libgeos-dev libshp-dev libdeflate-dev libisal-dev libblas-dev liblapack-dev libopenblas-dev
     libgdal-dev libcli11-dev libqwt-qt5-dev libqt5svg5-dev libeigen3-dev
     node-d3 libboost-dev fonts-dejavu-core "${check_packages[@]}")
 

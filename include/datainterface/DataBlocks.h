@@ -35,5 +35,6 @@ DATAINTERFACE_EXPORT bool RestoreProjectData(QDataStream &in, bool compressed);
 /// How SaveProjectData packs: 0 (the default) through qCompress at level 9; 1 to 12 through
 /// libdeflate, in the same form. Level 1 is several times faster and gives slightly larger files,
 /// level 6 is twice as fast at the same size, and level 12 is slower and gives smaller files. Other
-/// levels are ignored.
+/// levels are ignored. Level 1 packs blocks of 512 KiB and more in segments through ISA-L, so that
+/// parts of them can be read from a project that stays packed (VORN_SetProjectLoading).
 DATAINTERFACE_EXPORT void VORN_SetProjectCompression(int level);

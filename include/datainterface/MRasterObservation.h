@@ -95,6 +95,9 @@ public:
     void ReadData() const;
 
 private:
+    template <class... Types, class Visit> bool visitPeeked(int index, Visit visit) const;
+    template <class... Widths, class Integer>
+    bool readInteger(int index, Integer &value, const MissingFlag &flag) const;
     MRasterObservation(const MRasterObservation &other, const HeldGrid &hold);
     bool holdsCell(int column, int row) const;
     bool holdsIndex(int index) const;

@@ -5,7 +5,8 @@
 //   int32        number of blocks, then for each block, in ascending order of ids:
 //     int32      block id
 //     QByteArray contents; with `compress` packed in qCompress's form, which is a big-endian uint32
-//                length and a zlib stream
+//                length and a zlib stream; at level 1 large blocks are packed in segments
+//                (detail/segments.h)
 #include "Common/DataManager.h"
 #include <QMutexLocker>
 #include <QtEndian>
@@ -14,6 +15,7 @@
 #include <limits>
 #include "Common/detail/failure.h"
 #include "Common/detail/readAhead.h"
+#include "Common/detail/segments.h"
 #include "Common/detail/streams.h"
 #include "datainterface/DataBlocks.h"
 
@@ -23,6 +25,8 @@ namespace {
 
 constexpr int kQtPackLevel = 9;
 constexpr int kMaxPackLevel = 12;
+constexpr int kSegmentLevel = 1; // at which large blocks are packed in segments
+constexpr int kPollSegments = 16;
 constexpr qint64 kMinBlockBytes = 8; // id and length
 
 // Packs blocks into qCompress's form.
@@ -93,6 +97,15 @@ bool DataManager::SaveProjectData(QDataStream &out, bool compress, ProgressCallb
         const BlockSlot &slot = *mTable.Find(ids[i]);
         if (slot.isPacked() && copiesPacked) {
             if (!mPacked->copyTo(slot.packed(), out))
+                return false;
+        } else if (compress && mPackLevel == kSegmentLevel && slot.isWritten()
+                   && isWorthSegments(slot.size)) {
+            const auto read = [&](int at, char *to, int bytes) {
+                const bool isPolled = at % (kPollSegments * kSegmentBytes) == 0;
+                return mFile.read(slot.position + at, to, bytes)
+                       && (!report || !isPolled || report(percentOf(i, count), nullptr));
+            };
+            if (!packInSegments(out, slot.size, read))
                 return false;
         } else {
             QByteArray bytes;

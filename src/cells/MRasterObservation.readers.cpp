@@ -2,7 +2,9 @@
 // Each reader is one generic lambda over cells; the dispatch by type and depth is outside of it.
 #include "datainterface/MRasterObservation.h"
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include "Common/DataManager.h"
 #include "Common/detail/failure.h"
 #include "cells/cellForms.h"
 #include "datainterface/HeldGrid.h"
@@ -22,24 +24,11 @@ bool readCell(const Cells &cells, int index, const MissingFlag &flag, Value &val
     return true;
 }
 
-/// Reads one cell as an integer: the bit of a grid of 1 bit, else the cell of the width that
-/// `visitWidth` finds.
-template <class Integer, class VisitWidth>
-bool readInteger(const MRasterObservation &grid, int index, const MissingFlag &flag, Integer &value,
-                 VisitWidth visitWidth)
-{
-    const HeldGrid hold(grid);
-    bool isRead = false;
-    const auto read = [&](const auto &cells) {
-        isRead = readCell(cells, index, flag, value,
-                          [](auto cell) { return static_cast<Integer>(cell); });
-    };
-    if (grid.BitDepth() == 1)
-        read(BitCells(grid));
-    else
-        visitWidth(grid, read);
-    return isRead;
-}
+/// Stands for the cells of a grid of which one was read.
+template <class T> struct OneCell {
+    T cell;
+    T operator[](int) const { return cell; }
+};
 
 /// Whether a cell equals a number. Integers are compared exactly, whatever their signedness; if
 /// either one is a decimal, both are compared as doubles, which merges integers beyond 2^53.
@@ -94,6 +83,56 @@ template <class Number> int tally(const MRasterObservation &grid, Number number)
 
 } // namespace
 
+// Reads one cell in place, as its block is, if the cells are not in memory: a grid need not be read
+// for it. `visit` receives an array of which only the element `index` may be read. False when the
+// cell is to be read from the whole grid.
+template <class... Types, class Visit>
+bool MRasterObservation::visitPeeked(int index, Visit visit) const
+{
+    if (mCheckOutCount > 0 || mBlockId < 0 || (mDirty && !mData.isEmpty()))
+        return false;
+    const BlockReading store;
+    const int size = store.sizeOf(mBlockId);
+    if (size < GetByteLength() || GetByteLength() <= 0)
+        return false;
+    const auto tryWidth = [&](auto cell) {
+        using T = decltype(cell);
+        constexpr int kBytes = sizeof(T);
+        if (mBitDepth != 8 * kBytes)
+            return false;
+        if (const char *cells = store.inPlace(mBlockId, size))
+            std::memcpy(&cell, cells + qint64(index) * kBytes, kBytes);
+        else if (!store.readPiece(mBlockId, size, index * kBytes, reinterpret_cast<char *>(&cell),
+                                  kBytes))
+            return false;
+        visit(OneCell<T>{cell});
+        return true;
+    };
+    return (tryWidth(Types{}) || ...);
+}
+
+/// Reads one cell as an integer: the bit of a grid of 1 bit, else the cell of the width that is among
+/// `Widths`.
+template <class... Widths, class Integer>
+bool MRasterObservation::readInteger(int index, Integer &value, const MissingFlag &flag) const
+{
+    if (!holdsIndex(index))
+        return false;
+    bool isRead = false;
+    const auto read = [&](const auto &cells) {
+        isRead = readCell(cells, index, flag, value,
+                          [](auto cell) { return static_cast<Integer>(cell); });
+    };
+    if (visitPeeked<Widths...>(index, read))
+        return isRead;
+    const HeldGrid hold(*this);
+    if (mBitDepth == 1)
+        read(BitCells(*this));
+    else
+        visitWidth<Widths...>(*this, read);
+    return isRead;
+}
+
 bool MRasterObservation::GetIntegerValue(int column, int row, qint64 &value,
                                          const MissingFlag &flag) const
 {
@@ -102,9 +141,7 @@ bool MRasterObservation::GetIntegerValue(int column, int row, qint64 &value,
 
 bool MRasterObservation::GetIntegerValue(int index, qint64 &value, const MissingFlag &flag) const
 {
-    return holdsIndex(index)
-           && readInteger(*this, index, flag, value,
-                          [](const auto &grid, const auto &read) { visitSignedWidth(grid, read); });
+    return readInteger<qint8, qint16, qint32, qint64>(index, value, flag);
 }
 
 bool MRasterObservation::GetUnsignedIntegerValue(int column, int row, quint64 &value,
@@ -116,10 +153,7 @@ bool MRasterObservation::GetUnsignedIntegerValue(int column, int row, quint64 &v
 bool MRasterObservation::GetUnsignedIntegerValue(int index, quint64 &value,
                                                  const MissingFlag &flag) const
 {
-    return holdsIndex(index)
-           && readInteger(*this, index, flag, value, [](const auto &grid, const auto &read) {
-                  visitUnsignedWidth(grid, read);
-              });
+    return readInteger<quint8, quint16, quint32, quint64>(index, value, flag);
 }
 
 bool MRasterObservation::GetDecimalValue(int column, int row, double &value,
@@ -132,11 +166,14 @@ bool MRasterObservation::GetDecimalValue(int index, double &value, const Missing
 {
     if (!holdsIndex(index))
         return false;
-    const HeldGrid hold(*this);
     bool isRead = false;
-    visitDecimalWidth(*this, [&](const auto *cells) {
+    const auto read = [&](const auto &cells) {
         isRead = readCell(cells, index, flag, value, [](auto cell) { return cellToDouble(cell); });
-    });
+    };
+    if (visitPeeked<half, float, double>(index, read))
+        return isRead;
+    const HeldGrid hold(*this);
+    visitDecimalWidth(*this, read);
     return isRead;
 }
 

@@ -63,6 +63,7 @@ foreign='
 ^(unsupported/)?Eigen/ : ^host/core/geostatistics/
 ^shapefil\.h$ : ^src/exchange/
 ^libdeflate\.h$ : ^src/Common/
+^isa-l : ^src/Common/
 '
 public_rooms() {
     local source name

@@ -158,6 +158,7 @@ private Q_SLOTS:
     void damagedFilesAreNotSavedOver();
     void unreadBlocksAreCopiedAsTheyAre();
     void blocksReadOftenMoveToTheScratchFile();
+    void cellsOfLargeGridsAreReadAlone();
 };
 
 // Any byte of a block may be wrong: its length, the zlib head, the data, the checksum.
@@ -287,6 +288,59 @@ void TestPackedLoading::blocksReadOftenMoveToTheScratchFile()
     for (const QString &value : sample.read())
         kept += value != kUnread;
     QVERIFY2(kept > 10, QByteArray::number(kept));
+}
+
+// 2.2 MB in nine segments, each packed by itself. Damage in one of them is found by the cells that are
+// in it and by no other.
+void TestPackedLoading::cellsOfLargeGridsAreReadAlone()
+{
+    constexpr int kRows = 700;
+    constexpr int kColumns = 800;
+    constexpr int kCellsOfSegment = 256 * 1024 / 4;
+    TestModel model(100000);
+    const int grid = VORN_NewRasterDataset(addGrid(kRows, kColumns), QStringLiteral("b"),
+                                           RasterIntegerType, 1, 32, QString());
+    QVector<int> cells(kRows * kColumns);
+    for (int i = 0; i < cells.size(); ++i)
+        cells[i] = i * 7 % 100003;
+    VORN_AddRasterValues(grid, 0, {0, 100, true, true}, cells, 2, true, false);
+    const auto readCell = [grid](int index) {
+        qint64 value = -1;
+        const auto column = static_cast<unsigned>(index % kColumns);
+        const auto row = static_cast<unsigned>(index / kColumns);
+        const QString raised =
+            raisedText([&] { VORN_GetRasterValue(grid, 0, column, row, 5, value); });
+        return raised.isEmpty() ? QString::number(value) : raised;
+    };
+    const QString path = model.path(QStringLiteral("project"));
+    VORN_SetProjectCompression(1);
+    QVERIFY(VORN_SaveProject(path));
+    const QByteArray bytes = fileBytes(path);
+    const Stored block = blocksOf(bytes).first();
+    QByteArray contents;
+    QVERIFY(ReadDataBlock(block.id, contents));
+    QVERIFY(qUncompress(bytes.mid(block.position, block.size)) == contents);
+
+    QByteArray damaged = bytes;
+    damaged[block.position + 100] = static_cast<char>(~damaged[block.position + 100]);
+    for (const QByteArray &file : {bytes, damaged}) {
+        writeFile(path, file);
+        QVERIFY(loadPacked(path));
+        for (int i = 0; i < 200; ++i) {
+            const int index = cells.size() - 1 - i * 2417 % (cells.size() - kCellsOfSegment);
+            QCOMPARE(readCell(index), QString::number(cells[index]));
+        }
+        QCOMPARE(VORN_GetUnreadableProjectFile(), QString());
+        const bool isWhole = file == bytes;
+        QCOMPARE(readCell(5), isWhole ? QString::number(cells[5])
+                                      : QStringLiteral("Can't load raster data block"));
+        QCOMPARE(VORN_GetUnreadableProjectFile(), isWhole ? QString() : path);
+        QByteArray unpacked;
+        QCOMPARE(ReadDataBlock(block.id, unpacked), isWhole);
+        QVERIFY(!isWhole || unpacked == contents);
+        QCOMPARE(VORN_LoadProject(path), isWhole);
+    }
+    VORN_SetProjectCompression(0);
 }
 
 QTEST_MAIN(TestPackedLoading)

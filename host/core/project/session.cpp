@@ -136,7 +136,7 @@ Session::Session(const SessionOptions &options, const SessionUser &user)
         InitializeCInterface(nullptr);
         failScratch(mScratch->path(), mScratch->trouble());
     }
-    VORN_SetProjectCompression(options.smallest ? 0 : 2);
+    VORN_SetProjectCompression(options.smallest ? 0 : 1);
 }
 
 // A bar that is still open is closed while the controller that it reports to exists.

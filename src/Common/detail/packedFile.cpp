@@ -79,19 +79,103 @@ bool PackedFile::read(qint64 position, char *to, qint64 count) const
 bool PackedFile::unpack(int block, char *to, int size)
 {
     Place &place = mPlaces[static_cast<size_t>(block)];
-    const bool isRead = isUnchanged() && unpackWhole(place, to, size);
+    const bool isRead = isUnchanged() && unpackWhole(block, to, size);
     mIsIntact = mIsIntact && isRead;
     if (isRead && place.unpackCount < std::numeric_limits<quint8>::max())
         ++place.unpackCount;
     return isRead;
 }
 
-bool PackedFile::unpackWhole(const Place &place, char *to, int size) const
+bool PackedFile::unpackWhole(int block, char *to, int size)
 {
+    const Place &place = mPlaces[static_cast<size_t>(block)];
     if (!mIsPacked)
         return size == place.storedBytes && read(place.position, to, size);
+    if (findSegments(block, size)) {
+        for (int at = 0, i = 0; at < size; at += mIndex.segmentBytes, ++i)
+            if (!readSegment(block, i, to + at, std::min(mIndex.segmentBytes, size - at)))
+                return false;
+        return true;
+    }
     QByteArray stored(place.storedBytes, Qt::Uninitialized);
     return read(place.position, stored.data(), stored.size()) && inflateInto(stored, to, size);
+}
+
+// A damaged index is no reason to give up: the block is then unpacked as a whole.
+bool PackedFile::findSegments(int block, int size)
+{
+    if (block == mIndexed)
+        return !mIndex.segments.empty();
+    const Place &place = mPlaces[static_cast<size_t>(block)];
+    mIndexed = block;
+    mIndex = SegmentIndex();
+    QByteArray bytes(kSegmentTailBytes, Qt::Uninitialized);
+    const qint64 end = place.position + place.storedBytes;
+    if (!mIsPacked || !isWorthSegments(size) || place.storedBytes < kSegmentTailBytes
+        || !read(end - kSegmentTailBytes, bytes.data(), bytes.size()))
+        return false;
+    const qint64 indexBytes = kSegmentTailBytes + qint64(8) * SegmentIndex::countOf(bytes);
+    if (indexBytes == kSegmentTailBytes || indexBytes > place.storedBytes)
+        return false;
+    bytes.resize(static_cast<int>(indexBytes));
+    if (!read(end - indexBytes, bytes.data(), indexBytes)
+        || !mIndex.read(bytes, size, place.storedBytes))
+        mIndex = SegmentIndex();
+    return !mIndex.segments.empty();
+}
+
+bool PackedFile::readSegment(int block, int segment, char *to, int size)
+{
+    const SegmentIndex::Segment &packed = mIndex.segments[static_cast<size_t>(segment)];
+    mBuffer.resize(packed.packedBytes);
+    return read(mPlaces[static_cast<size_t>(block)].position + packed.position, mBuffer.data(),
+                packed.packedBytes)
+           && unpackSegment(mBuffer, packed.check, to, size);
+}
+
+bool PackedFile::unpackPiece(int block, int size, int at, char *to, int count, int &unpacked)
+{
+    unpacked = 0;
+    if (!findSegments(block, size))
+        return false;
+    for (int done = 0; done < count;) {
+        const int segment = (at + done) / mIndex.segmentBytes;
+        const int start = segment * mIndex.segmentBytes;
+        const QByteArray *contents =
+            keptSegment(block, segment, std::min(mIndex.segmentBytes, size - start), unpacked);
+        if (!contents) {
+            mIsIntact = false;
+            return false;
+        }
+        const int from = at + done - start;
+        const int step = std::min(count - done, contents->size() - from);
+        std::copy_n(contents->constData() + from, step, to + done);
+        done += step;
+    }
+    return true;
+}
+
+// The contents of a segment, in place of those that were used least recently if it is not kept yet.
+const QByteArray *PackedFile::keptSegment(int block, int segment, int size, int &unpacked)
+{
+    Kept *oldest = &mKept[0];
+    for (Kept &kept : mKept) {
+        if (kept.block == block && kept.segment == segment) {
+            kept.lastUse = ++mUses;
+            return &kept.contents;
+        }
+        if (kept.lastUse < oldest->lastUse)
+            oldest = &kept;
+    }
+    oldest->block = -1;
+    oldest->contents.resize(size);
+    if (!isUnchanged() || !readSegment(block, segment, oldest->contents.data(), size))
+        return nullptr;
+    ++unpacked;
+    oldest->block = block;
+    oldest->segment = segment;
+    oldest->lastUse = ++mUses;
+    return &oldest->contents;
 }
 
 bool PackedFile::copyTo(int block, QDataStream &out)

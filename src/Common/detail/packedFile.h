@@ -4,8 +4,10 @@
 #include <QDataStream>
 #include <QString>
 #include <QtGlobal>
+#include <array>
 #include <memory>
 #include <vector>
+#include "Common/detail/segments.h"
 
 namespace datainterface {
 
@@ -35,6 +37,10 @@ public:
     /// Writes the `size` bytes of a block's contents to `to`. False when the file was changed or is
     /// damaged there.
     bool unpack(int block, char *to, int size);
+    /// Writes `count` bytes from offset `at` on of a block that is packed in segments. False for
+    /// other blocks, and when it cannot be read. The last segments are kept, so that only those that
+    /// are not have to be unpacked; `unpacked` is the number of these.
+    bool unpackPiece(int block, int size, int at, char *to, int count, int &unpacked);
     /// How often the block was unpacked, up to 255.
     int unpackCount(int block) const { return mPlaces[static_cast<size_t>(block)].unpackCount; }
     /// Writes a block to a project in the form in which it is stored here.
@@ -61,12 +67,27 @@ private:
     State state() const;
     bool isUnchanged() const;
     bool read(qint64 position, char *to, qint64 count) const;
-    bool unpackWhole(const Place &place, char *to, int size) const;
+    bool unpackWhole(int block, char *to, int size);
+    bool findSegments(int block, int size);
+    bool readSegment(int block, int segment, char *to, int size);
+    const QByteArray *keptSegment(int block, int segment, int size, int &unpacked);
 
     const int mHandle;
     const bool mIsPacked;
     bool mIsIntact = true;
     State mLoaded;
+    int mIndexed = -1;   ///< the block of mIndex
+    SegmentIndex mIndex; ///< without segments when the block has none
+    QByteArray mBuffer;
+    struct Kept {
+        int block = -1;
+        int segment = -1;
+        quint32 lastUse = 0;
+        QByteArray contents;
+    };
+    static constexpr int kKeptSegments = 32;
+    std::array<Kept, kKeptSegments> mKept;
+    quint32 mUses = 0;
     std::vector<Place> mPlaces;
 };
 

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <libdeflate.h>
 #include <memory>
+#include <new>
 
 namespace datainterface {
 namespace {
@@ -321,19 +322,26 @@ bool isPossibleSize(qint64 size, qint64 packedBytes)
     return size <= kMaxArrayBytes && size <= packedBytes * kMaxZlibRatio + 64;
 }
 
+libdeflate_decompressor *sharedDecompressor()
+{
+    static thread_local const std::unique_ptr<libdeflate_decompressor,
+                                              decltype(&libdeflate_free_decompressor)>
+        decompressor(libdeflate_alloc_decompressor(), &libdeflate_free_decompressor);
+    if (!decompressor)
+        throw std::bad_alloc();
+    return decompressor.get();
+}
+
 bool inflateInto(const QByteArray &packed, char *to, int size)
 {
     if (packed.size() == kPackedHeadBytes || packed.isEmpty())
         return size == 0; // an empty array is packed as its length alone
-    static thread_local const std::unique_ptr<libdeflate_decompressor,
-                                              decltype(&libdeflate_free_decompressor)>
-        decompressor(libdeflate_alloc_decompressor(), &libdeflate_free_decompressor);
-    if (!decompressor || packed.size() < kPackedHeadBytes
+    if (packed.size() < kPackedHeadBytes
         || qFromBigEndian<quint32>(packed.constData()) != static_cast<quint32>(size))
         return false;
     size_t written = 0;
     const auto result =
-        libdeflate_zlib_decompress(decompressor.get(), packed.constData() + kPackedHeadBytes,
+        libdeflate_zlib_decompress(sharedDecompressor(), packed.constData() + kPackedHeadBytes,
                                    static_cast<size_t>(packed.size() - kPackedHeadBytes), to,
                                    static_cast<size_t>(size), &written);
     return result == LIBDEFLATE_SUCCESS && written == static_cast<size_t>(size);

@@ -11,6 +11,8 @@
 #include <QVector>
 #include <limits>
 
+struct libdeflate_decompressor;
+
 namespace datainterface {
 
 /// The form of every stream that this version writes, and of every block image and nested array.
@@ -69,6 +71,8 @@ bool inflateBytes(const QByteArray &packed, QByteArray &bytes,
 
 /// Whether a zlib stream of that many bytes can expand to `size` bytes, and an array can hold them.
 bool isPossibleSize(qint64 size, qint64 packedBytes);
+/// The thread's decompressor. Raises std::bad_alloc when there is no memory for it.
+libdeflate_decompressor *sharedDecompressor();
 /// Unpacks qCompress's form into `size` bytes at `to`, whose contents are undefined after a failure.
 /// @return false when the data are corrupt or their contents have another size.
 bool inflateInto(const QByteArray &packed, char *to, int size);
