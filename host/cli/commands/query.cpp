@@ -120,7 +120,7 @@ void print(const FoundCells &cells, int dataset, qint64 time, const Console &con
     const int geography = VORN_GetGeographyId(dataset);
     const auto &source =
         *dynamic_cast<const MRasterDataSource *>(geographyOf(geography)->GetDataSource());
-    const QVector<double> values = gridValues(dataset, time);
+    CellReader values(dataset, time);
     QJsonArray json;
     TextTable table({{QStringLiteral("column"), TextTable::Right},
                      {QStringLiteral("row"), TextTable::Right},
@@ -132,7 +132,7 @@ void print(const FoundCells &cells, int dataset, qint64 time, const Console &con
         const auto [column, row] = cells.pixels[i];
         QPointF center;
         source.GetPixelCenter(column, row, center);
-        const double value = values[static_cast<int>(source.IndexFromColRow(column, row))];
+        const double value = values.at(column, row);
         QJsonObject cell{{QStringLiteral("column"), static_cast<int>(column)},
                          {QStringLiteral("row"), static_cast<int>(row)},
                          {QStringLiteral("x"), center.x()},

@@ -56,8 +56,10 @@ void print(const QVector<ZonesAtTime> &times, int dataset, int polygons, const C
         const QString when = always ? QStringLiteral("always") : axis.show(at.when);
         QJsonArray zones;
         for (int i = 0; i < at.zones.size(); ++i) {
-            zones.append(toJson(keys[i], at.zones[i]));
-            table.add(toCells(when, keys[i], at.zones[i]));
+            if (console.json)
+                zones.append(toJson(keys[i], at.zones[i]));
+            else
+                table.add(toCells(when, keys[i], at.zones[i]));
         }
         json.append(QJsonObject{{QStringLiteral("time"), when}, {QStringLiteral("zones"), zones}});
     }

@@ -26,15 +26,19 @@ QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons, const QVector<In
 {
     if (!rasterOf(dataset))
         fail(QStringLiteral("%1 is no grid").arg(datasetName(dataset)));
-    const int columns = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).columns;
     Zones zones(VORN_GetGeographyId(dataset), polygons);
     QVector<ZonesAtTime> result;
     for (const Interval &interval : times) {
         const qint64 time = instantOf(interval);
-        const QVector<double> values = gridValues(dataset, time);
-        ZonesAtTime at{interval, {}};
-        for (const QVector<CellShare> &shares : zones.at(time, progress))
-            at.zones.append(statisticsOf(shares, values, columns));
+        CellReader cells(dataset, time);
+        ZonesAtTime at{interval, QVector<ZoneStatistics>(zones.count())};
+        QVector<double> values;
+        zones.each(time, progress, [&](int object, const QVector<CellShare> &shares) {
+            values.resize(0);
+            for (const CellShare &share : shares)
+                values.append(cells.at(share.column, share.row));
+            at.zones[object] = statisticsOf(shares, values);
+        });
         result.append(at);
         progress.report(100 * result.size() / times.size(), "Summing up...");
     }

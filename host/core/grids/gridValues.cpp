@@ -8,19 +8,54 @@
 #include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/HeldGrid.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataSource.h"
+#include "datainterface/MRasterDataset.h"
 #include "datainterface/RasterAPI.h"
 
 namespace meridor {
+
+namespace {
+
+[[noreturn]] void failNoGrid(int dataset, qint64 time)
+{
+    fail(QStringLiteral("%1 holds no grid at %2")
+             .arg(datasetName(dataset), axisOf(VORN_GetGeographyId(dataset)).show(time)));
+}
+
+// Reading one cell in place takes about as long as passing over this many of a grid in memory.
+constexpr int kCellsPerRead = 16;
+
+} // namespace
+
+CellReader::CellReader(int dataset, qint64 time)
+    : mDataset(rasterOf(dataset)), mGrid(mDataset ? mDataset->GetConstRasterInfo(0, time) : nullptr)
+{
+    if (!mGrid)
+        failNoGrid(dataset, time);
+    mReadsUntilHeld = mGrid->CellCount() / kCellsPerRead;
+}
+
+CellReader::~CellReader() = default;
+
+double CellReader::at(unsigned column, unsigned row)
+{
+    if (!mHold && --mReadsUntilHeld < 0)
+        mHold = std::make_unique<const HeldGrid>(*mGrid);
+    const int index = static_cast<int>(row) * mGrid->Columns() + static_cast<int>(column);
+    double value = 0;
+    return mGrid->GetValueAsDecimal(index, value, mDataset->GetCellFlag())
+               ? value
+               : std::numeric_limits<double>::quiet_NaN();
+}
 
 QVector<double> gridValues(int dataset, qint64 time)
 {
     QVector<double> values;
     MissingFlag missing;
     if (!VORN_GetRasterDataAsDecimal(dataset, 0, time, values, missing))
-        fail(QStringLiteral("%1 holds no grid at %2")
-                 .arg(datasetName(dataset), axisOf(VORN_GetGeographyId(dataset)).show(time)));
+        failNoGrid(dataset, time);
     for (double &value : values)
         if (missing.matches(value))
             value = std::numeric_limits<double>::quiet_NaN();

@@ -4,13 +4,35 @@
 #include <QPair>
 #include <QString>
 #include <QVector>
+#include <memory>
 #include "core/export.h"
+
+class HeldGrid;
+class MRasterDataset;
+class MRasterObservation;
 
 namespace meridor {
 
 /// All cells of the grid at a time, row by row; NaN for a missing cell. Raises a Failure if the
 /// dataset has no grid at that time.
 MERIDOR_EXPORT QVector<double> gridValues(int dataset, qint64 time);
+
+/// Reads single cells of a grid at a time. Cells are read in place; after reads of many of them the
+/// whole grid is kept in memory, in its own type, as long as this object exists.
+class MERIDOR_EXPORT CellReader {
+public:
+    /// Raises a Failure if the dataset has no grid at that time.
+    CellReader(int dataset, qint64 time);
+    ~CellReader();
+    /// NaN for a missing cell. The cell must be one of the grid.
+    double at(unsigned column, unsigned row);
+
+private:
+    const MRasterDataset *mDataset;
+    const MRasterObservation *mGrid;
+    std::unique_ptr<const HeldGrid> mHold;
+    int mReadsUntilHeld;
+};
 
 /// The shortest text from which the same cell of the dataset is read.
 MERIDOR_EXPORT QString cellText(int dataset, double value);

@@ -8,18 +8,20 @@
 #include "fennimark/Fennims.h"
 
 namespace meridor {
+namespace {
+
+constexpr qint64 kMostKeptCells = 4 << 20; // 64 MiB of shares
+
+} // namespace
 
 // Two passes, the mean and then the deviations from it: a sum of squares would lose digits by
 // cancellation.
-ZoneStatistics statisticsOf(const QVector<CellShare> &shares, const QVector<double> &values,
-                            int columns)
+ZoneStatistics statisticsOf(const QVector<CellShare> &shares, const QVector<double> &values)
 {
     ZoneStatistics result;
-    const auto valueOf = [&](const CellShare &share) {
-        return values[static_cast<int>(share.row) * columns + static_cast<int>(share.column)];
-    };
-    for (const CellShare &share : shares) {
-        const double value = valueOf(share);
+    for (int i = 0; i < shares.size(); ++i) {
+        const CellShare &share = shares[i];
+        const double value = values[i];
         if (!std::isfinite(value))
             continue;
         result.minimum = result.cells == 0 ? value : qMin(result.minimum, value);
@@ -32,10 +34,10 @@ ZoneStatistics statisticsOf(const QVector<CellShare> &shares, const QVector<doub
         return result;
     result.mean = result.sum / result.area;
     double squares = 0;
-    for (const CellShare &share : shares) {
-        const double deviation = valueOf(share) - result.mean;
+    for (int i = 0; i < shares.size(); ++i) {
+        const double deviation = values[i] - result.mean;
         if (std::isfinite(deviation))
-            squares += deviation * deviation * share.area;
+            squares += deviation * deviation * shares[i].area;
     }
     result.deviation = std::sqrt(squares / result.area);
     return result;
@@ -43,29 +45,37 @@ ZoneStatistics statisticsOf(const QVector<CellShare> &shares, const QVector<doub
 
 Zones::Zones(int grid, int polygons) : mPolygons(polygons), mShares(grid)
 {
-    if (!dynamic_cast<const MVectorData *>(geographyOf(polygons)))
+    const auto *geography = dynamic_cast<const MVectorData *>(geographyOf(polygons));
+    if (!geography)
         fail(QStringLiteral("%1 has no polygons").arg(geographyName(polygons)));
+    mCount = static_cast<int>(geography->GetObjectCount());
 }
 
-const QVector<QVector<CellShare>> &Zones::at(qint64 time, const Progress &progress)
+void Zones::each(qint64 time, const Progress &progress,
+                 const std::function<void(int, const QVector<CellShare> &)> &visit)
 {
     const auto &geography = *dynamic_cast<const MVectorData *>(geographyOf(mPolygons));
-    const Fennims &shapes = *geography.GetFennims();
-    mNow = QVector<QVector<CellShare>>(static_cast<int>(geography.GetObjectCount()));
     const qint64 when = shapeTime(mPolygons, time);
     for (const int object : objectsAt(mPolygons, when)) {
-        const int record =
-            shapes.GetChainById(geography.GetFennimId(static_cast<unsigned>(object)))
-                ->GetObservation(when)
-                .second;
-        auto known = mOfRecord.find(record);
-        if (known == mOfRecord.end()) {
-            known = mOfRecord.insert(record, mShares.of(ringsOf(geography, object, when)));
-            progress.report(100 * object / mNow.size(), "Cutting cells...");
-        }
-        mNow[object] = *known;
+        visit(object, sharesOf(geography, object, when));
+        progress.report(static_cast<int>(qint64(100) * object / mCount), "Cutting cells...");
     }
-    return mNow;
+}
+
+/// Valid until the next call.
+const QVector<CellShare> &Zones::sharesOf(const MVectorData &geography, int object, qint64 when)
+{
+    const int record = geography.GetFennims()
+                           ->GetChainById(geography.GetFennimId(static_cast<unsigned>(object)))
+                           ->GetObservation(when)
+                           .second;
+    if (const auto known = mKept.constFind(record); known != mKept.constEnd())
+        return *known;
+    mLast = mShares.of(ringsOf(geography, object, when));
+    if (mKeptCells + mLast.size() > kMostKeptCells)
+        return mLast;
+    mKeptCells += mLast.size();
+    return *mKept.insert(record, mLast);
 }
 
 } // namespace meridor

@@ -3,9 +3,12 @@
 /// polygon.
 #pragma once
 #include <QMap>
+#include <functional>
 #include "core/export.h"
 #include "core/grids/cellShares.h"
 #include "core/project/progress.h"
+
+class MVectorData;
 
 namespace meridor {
 
@@ -19,21 +22,30 @@ struct ZoneStatistics {
     double maximum = 0;
 };
 
+/// `values` are those of the cells in the order of the shares; NaN for a missing cell.
 MERIDOR_EXPORT ZoneStatistics statisticsOf(const QVector<CellShare> &shares,
-                                           const QVector<double> &values, int columns);
+                                           const QVector<double> &values);
 
-/// The cell shares of the polygons of a vector geography, computed once for each shape.
+/// The cell shares of the polygons of a vector geography. Those of each shape are computed once if
+/// they are few enough to be kept, and otherwise for each time anew.
 class MERIDOR_EXPORT Zones {
 public:
     Zones(int grid, int polygons);
-    /// By object index; empty for an object that does not exist at the time or is outside the grid.
-    const QVector<QVector<CellShare>> &at(qint64 time, const Progress &progress);
+    int count() const { return mCount; }
+    /// Calls `visit` with the index of each object that exists at the time and its shares, which are
+    /// empty outside the grid. Raises a Failure on a cancel.
+    void each(qint64 time, const Progress &progress,
+              const std::function<void(int, const QVector<CellShare> &)> &visit);
 
 private:
+    const QVector<CellShare> &sharesOf(const MVectorData &geography, int object, qint64 when);
+
     int mPolygons;
+    int mCount;
     CellShares mShares;
-    QMap<int, QVector<CellShare>> mOfRecord;
-    QVector<QVector<CellShare>> mNow;
+    QMap<int, QVector<CellShare>> mKept; ///< by record
+    qint64 mKeptCells = 0;
+    QVector<CellShare> mLast; ///< shares that are not kept
 };
 
 } // namespace meridor
