@@ -164,7 +164,7 @@ void runCube(const Options &options, const Context &context)
     requireCubeWritable(options.output, options.format, context.overwrite);
     refuseInput(options.output, {options.project});
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     QVector<int> ids = chosenDatasets(options);
     if (ids.isEmpty())
         ids = datasetIds(findGeography(options.geography));
