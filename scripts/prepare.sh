@@ -6,7 +6,7 @@
 
 packages=(g++ cmake ninja-build ccache pkg-config binutils
     qtbase5-dev libgeos-dev libshp-dev libdeflate-dev libisal-dev libblas-dev liblapack-dev libopenblas-dev
-    libgdal-dev libcli11-dev libqwt-qt5-dev libqt5svg5-dev libeigen3-dev
+    libgdal-dev libgeographiclib-dev libcli11-dev libqwt-qt5-dev libqt5svg5-dev libeigen3-dev
     node-d3 libboost-dev fonts-dejavu-core "${check_packages[@]}")
 
 install_missing() {

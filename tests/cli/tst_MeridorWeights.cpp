@@ -26,11 +26,11 @@ private Q_SLOTS:
     void initTestCase()
     {
         mPlace.file("map.geojson", row());
-        mPlace.file("t.csv", "id,name,from,v2000,v2001\na,A 1,2000,1,1\nb,B 2,2000,2,3\nc,C "
-                             "3,2000,4,5\nd,D 4,2001,,7\n");
-        const Outcome outcome =
-            mPlace.run({"import", "map.geojson", "p.vorn", "--key", "id", "--name", "land",
-                        "--table", "t.csv", "--series", "v=v2000..v2001", "--start", "from"});
+        mPlace.file("t.csv", "id,name,from,v2000,v2001,u2001\na,A 1,2000,1,1,\nb,B 2,2000,2,3,1\n"
+                             "c,C 3,2000,4,5,5\nd,D 4,2001,,7,7\n");
+        const Outcome outcome = mPlace.run(
+            {"import", "map.geojson", "p.vorn", "--key", "id", "--name", "land", "--table", "t.csv",
+             "--series", "v=v2000..v2001", "--series", "u=u2001..u2001", "--start", "from"});
         QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
         const Outcome made = mPlace.run({"weights", "create", "p.vorn", "queen", "--at", "2000"});
         QVERIFY2(made.code == 0, qPrintable(made.err));
@@ -191,7 +191,8 @@ private Q_SLOTS:
         const auto code = [this](const QStringList &words) {
             return mPlace.run(QStringList{"weights", "create", "p.vorn"} + words).code;
         };
-        QCOMPARE(code({"n", "--method", "nearest"}), 1); // of polygons
+        QCOMPARE(code({"n", "--great-circle"}), 1); // contiguity has no distances
+        QCOMPARE(code({"n", "--method", "nearest", "--weights", "border"}), 1);
         QCOMPARE(code({"n", "--weights", "inverse"}), 1);
         QCOMPARE(code({"queen"}), 1); // in use
         QCOMPARE(code({"n", "--method", "king"}), 2);
@@ -225,6 +226,42 @@ private Q_SLOTS:
         const QJsonObject b = neighborsOf({"n.vorn", "near", "a"})[0].toObject();
         QCOMPARE(b.value("distance").toDouble(), 5.0);
         QCOMPARE(b.value("weight").toDouble(), 0.5);
+    }
+
+    /// Squares in a row, of which the last appears later: lists follow the time, ties share a place.
+    void centroidsAreNeighbours()
+    {
+        const auto created = [this](const QStringList &words) {
+            const Outcome made = mPlace.run(QStringList{"weights", "create", "p.vorn", "near",
+                                                        "--output", "c.vorn", "--overwrite"}
+                                            + words);
+            return made.code == 0 ? made.out.section('\n', 0, 0) : made.err;
+        };
+        const auto near = [this](const char *object, const char *at) {
+            QStringList found;
+            for (const QJsonValue &value : neighborsOf({"c.vorn", "near", object, "--at", at}))
+                found.append(value["object"].toString() + '='
+                             + QString::number(value["weight"].toDouble()) + '@'
+                             + QString::number(value["distance"].toDouble(), 'f', 1));
+            return found.join(' ');
+        };
+        QVERIFY(created({"--method", "nearest", "--count", "1"})
+                    .contains("nearest 1 by centroids, distances in map units, weights row"));
+        QCOMPARE(near("c", "2000"), QString("b=1@1.0"));
+        QCOMPARE(near("c", "2001"), QString("b=0.5@1.0 d=0.5@1.0"));
+        // A degree on the equator is 111.3 km; the squares reach half a degree north.
+        created({"--method", "range", "--range", "112", "--great-circle", "--weights", "constant"});
+        QCOMPARE(near("a", "2001"), QString("b=1@111.3"));
+        // "a" has no value of u, so "c" alone is left to "b", with the weight 1 instead of 0.5:
+        // z = -10 2 8 (thirds), sum w z z = -20 - 2 + 16, sum z z = 168.
+        created({"--method", "range", "--range", "1"});
+        const Outcome moran =
+            mPlace.run({"moran", "c.vorn", "u", "near", "--permutations", "0", "--json"});
+        QCOMPARE(QString::number(moran.at("times/0/I").toDouble(), 'f', 12),
+                 QString::number(-6.0 / 168, 'f', 12));
+        const Outcome nearest =
+            mPlace.run({"nearest", "p.vorn", "--object", "a", "--count", "1", "--great-circle"});
+        QVERIFY2(nearest.out.contains("111.3"), qPrintable(nearest.out + nearest.err));
     }
 
     void moranGoesBackIntoTheProject()

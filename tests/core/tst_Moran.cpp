@@ -2,6 +2,8 @@
 // Against the definitions, written out plainly over a full matrix and the same shuffles.
 #include <QFile>
 #include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QtTest>
 #include <cmath>
 #include <random>
@@ -100,6 +102,7 @@ private Q_SLOTS:
     void flagsWhatIsFarOutByChance();
     void answersNothingWhereThereIsNothing();
     void meetsTheFiguresOfTheStates();
+    void islandsCountOrNot();
 
 private:
     void compare(int n, double density, bool ties);
@@ -266,6 +269,51 @@ void TestMoran::meetsTheFiguresOfTheStates()
         significant += VORN_GetNormalP(-std::abs(deviate), below) && 2 * below < 0.05;
     }
     QCOMPARE(significant, 15);
+}
+
+/// R's spdep 1.2-7: moran.test of SID74 on ncCC89, style "W", with adjust.n TRUE (the default) and
+/// FALSE; two of the 100 counties have no neighbours.
+void TestMoran::islandsCountOrNot()
+{
+    const auto read = [](const char *name) {
+        QFile file(QString(MERIDOR_TEST_SAMPLES) + "/nc_sids/" + name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    QHash<QByteArray, size_t> rows;
+    std::vector<double> values;
+    const QJsonArray features =
+        QJsonDocument::fromJson(read("nc_counties.geojson"))["features"].toArray();
+    for (const QJsonValue &feature : features) {
+        const QJsonValue properties = feature["properties"];
+        rows.insert(properties["fips"].toVariant().toByteArray(), values.size());
+        values.push_back(properties["SID74"].toDouble());
+    }
+    QCOMPARE(values.size(), size_t(100));
+    std::vector<std::vector<int>> lists(values.size());
+    const QList<QByteArray> lines = read("ncCC89.gal").split('\n');
+    for (int line = 1; line < lines.size(); ++line) {
+        const QList<QByteArray> ego = lines[line].simplified().split(' ');
+        if (ego.size() != 2 || ego[1] == "0")
+            continue;
+        for (const QByteArray &other : lines[++line].simplified().split(' '))
+            lists[rows[ego[0]]].push_back(static_cast<int>(rows[other]));
+    }
+    SparseWeights weights;
+    for (const std::vector<int> &list : lists) {
+        for (const int other : list)
+            weights.addNeighbor(other, 1.0 / static_cast<double>(list.size()));
+        weights.endRow();
+    }
+    const auto figures = [&](Islands islands) {
+        const MoranTest test = moran(values, weights, 0, kSilent, islands);
+        return QStringLiteral("%1 %2 %3")
+            .arg(test.value, 0, 'f', 9)
+            .arg(test.expectation, 0, 'f', 9)
+            .arg(test.deviate, 0, 'f', 9);
+    };
+    QCOMPARE(figures(Islands::Drop), QString("0.107408461 -0.010309278 1.638662738"));
+    QCOMPARE(figures(Islands::Keep).left(25),
+             QString("0.109600470 -0.010101010 1.664614").left(25));
 }
 
 QTEST_GUILESS_MAIN(TestMoran)

@@ -61,6 +61,7 @@ foreign='
 ^CLI/ : ^host/cli/
 ^qwt_ : ^host/core/render/graph
 ^(unsupported/)?Eigen/ : ^host/core/geostatistics/
+^GeographicLib/ : ^host/core/analysis/distanceSets
 ^shapefil\.h$ : ^src/exchange/
 ^libdeflate\.h$ : ^src/Common/
 ^isa-l : ^src/Common/

@@ -21,6 +21,7 @@ struct Options {
     QString set;
     QStringList at;
     QString save; ///< empty: nothing is stored in the project
+    QString islands;
     MoranPlan plan;
 };
 
@@ -41,8 +42,12 @@ QJsonObject objectToJson(const MoranAt &result, int i, const QStringList &keys,
 QJsonObject toJson(const MoranAt &result, const QString &when, const QStringList &keys,
                    const QStringList &names)
 {
+    QJsonArray islands;
+    for (const int island : result.islands)
+        islands.append(keys[island]);
     QJsonObject object{{QStringLiteral("time"), when},
                        {QStringLiteral("objects"), result.objects.size()},
+                       {QStringLiteral("islands"), islands},
                        {QStringLiteral("I"), jsonNumber(result.whole.value)},
                        {QStringLiteral("expected"), jsonNumber(result.whole.expectation)},
                        {QStringLiteral("z"), jsonNumber(result.whole.deviate)},
@@ -127,7 +132,25 @@ void print(const QJsonArray &results, const Options &options, const Console &con
                       .arg(options.plan.seed));
 }
 
-QJsonArray compute(const Options &options, MoranPlan plan)
+/// Names the objects that have no neighbours at any of the times.
+void tellIslands(const QVector<MoranAt> &results, const QStringList &keys, const Console &console)
+{
+    QStringList named;
+    int times = 0;
+    for (const MoranAt &result : results) {
+        times += !result.islands.isEmpty();
+        for (const int island : result.islands)
+            if (!named.contains(keys[island]))
+                named.append(keys[island]);
+    }
+    if (times > 0)
+        console.note(QStringLiteral("objects without neighbours at %1 of %2 times: %3")
+                         .arg(times)
+                         .arg(results.size())
+                         .arg(someOf(named)));
+}
+
+QJsonArray compute(const Options &options, MoranPlan plan, const Console &console)
 {
     plan.dataset = findDataset(options.dataset);
     const int geography = VORN_GetGeographyId(plan.dataset);
@@ -137,6 +160,7 @@ QJsonArray compute(const Options &options, MoranPlan plan)
                  .arg(options.set, geographyName(plan.weightSet >> 16), options.dataset,
                       geographyName(geography)));
     plan.times = dataTimesAt(plan.dataset, options.at);
+    plan.islands = options.islands == QLatin1String("drop") ? Islands::Drop : Islands::Keep;
     QVector<MoranAt> found;
     {
         const Progress progress("Moran", "Permuting...");
@@ -147,6 +171,7 @@ QJsonArray compute(const Options &options, MoranPlan plan)
     const TimeAxis axis = axisOf(geography);
     const bool always = datasetOf(plan.dataset)->IsStatic();
     const QStringList keys = objectKeys(geography);
+    tellIslands(found, keys, console);
     const QStringList names = plan.local ? objectNames(geography) : QStringList();
     QJsonArray results;
     for (const MoranAt &result : found)
@@ -162,10 +187,10 @@ void run(const Options &options, const Context &context)
         refuseOutputWithout("--save", options.target);
         Session session(context.session, context.user);
         session.loadPacked(options.target.project);
-        results = compute(options, options.plan);
+        results = compute(options, options.plan, context.console);
     } else {
         editProject(options.target, context,
-                    [&](Session &) { results = compute(options, options.plan); });
+                    [&](Session &) { results = compute(options, options.plan, context.console); });
     }
     if (context.console.json)
         context.console.print(
@@ -178,8 +203,9 @@ void run(const Options &options, const Context &context)
         print(results, options, context.console);
 }
 
-void addTests(const Command &command, MoranPlan &plan)
+void addTests(const Command &command, MoranPlan &plan, QString &islands)
 {
+    islands = QStringLiteral("keep");
     plan.correction = QStringLiteral("none");
     plan.seed = QRandomGenerator::system()->bounded(1, std::numeric_limits<int>::max());
     command.number("--permutations", plan.permutations, "Number of permutations; 0 for none")
@@ -193,6 +219,11 @@ void addTests(const Command &command, MoranPlan &plan)
               "Correction of local tests: none, bonferroni, holm, simes, fdr or jef")
         .shown("none")
         .oneOf({"none", "bonferroni", "holm", "simes", "fdr", "jef"});
+    command
+        .text("--islands", islands,
+              "keep: objects without neighbours count; drop: they do not, as in spdep")
+        .shown("keep")
+        .oneOf({"keep", "drop"});
     command.number("--alpha", plan.alpha, "Level of local tests").shown().range(0.0, 1.0);
 }
 
@@ -207,7 +238,7 @@ void addMoran(const Command &app, Context &context)
     datasetArgument(command, options->dataset);
     command.text("SET", options->set, "The weight set, as SET or GEOGRAPHY/SET").required();
     command.texts("--at", options->at, "A time, instead of all; repeatable");
-    addTests(command, options->plan);
+    addTests(command, options->plan, options->islands);
     command.text("--save", options->save, "Store the results as datasets of this name");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor moran income.vorn income queen --at 1929 --local --seed 1");

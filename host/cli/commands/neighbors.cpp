@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include "cli/commands/commands.h"
+#include "core/analysis/distanceSets.h"
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -27,6 +28,7 @@ struct Options {
     QString at;
     QVector<double> place;
     int count = 5;
+    bool greatCircle = false;
 };
 
 struct Row {
@@ -83,8 +85,10 @@ void print(const QVector<Row> &rows, QJsonObject head, const char *distanceName,
 /// points, lengths of borders or distances between cells.
 double distanceOf(const AdjacencySet &set, const neighborDatum &neighbor)
 {
-    if (set.IsCustom())
-        return kNone;
+    if (set.IsCustom()) // lists from a file have no distances
+        return set.GetInformation().startsWith(calculatedMark())
+                   ? static_cast<double>(neighbor.distance)
+                   : kNone;
     const spatialWeightType type = set.WeightType();
     switch (set.GeoType()) {
     case AdjacencySet::PointGeography:
@@ -132,7 +136,9 @@ void runNeighbors(const Options &options, const Context &context)
                      {QStringLiteral("time"), when}};
     if (!names.isEmpty())
         head.insert(QStringLiteral("name"), names[object]);
-    print(rows, head, set.GeoType() == AdjacencySet::PolygonGeography ? "border" : "distance",
+    print(rows, head,
+          set.GeoType() == AdjacencySet::PolygonGeography && !set.IsCustom() ? "border"
+                                                                             : "distance",
           context.console);
 }
 
@@ -143,6 +149,17 @@ QPointF placeOf(int geography, int object, qint64 time)
             return *centre;
     fail(QStringLiteral("%1 does not exist at %2")
              .arg(objectKeys(geography)[object], axisOf(geography).show(time)));
+}
+
+/// Distances in map units, to the nearest place of a shape.
+QVector<NearObject> nearestInPlane(int geography, const QPointF &place, qint64 time, int count)
+{
+    QVector<neighborDatum> neighbors;
+    VORN_NearestNeighborQuery(geography, place, time, count, neighbors);
+    QVector<NearObject> found;
+    for (const neighborDatum &neighbor : qAsConst(neighbors))
+        found.append({neighbor.id, std::sqrt(static_cast<double>(neighbor.distance))});
+    return found;
 }
 
 void runNearest(const Options &options, const Context &context)
@@ -156,22 +173,28 @@ void runNearest(const Options &options, const Context &context)
     const int self = options.object.isEmpty() ? -1 : findObject(geography, options.object);
     const QPointF place =
         self < 0 ? QPointF(options.place[0], options.place[1]) : placeOf(geography, self, time);
-    QVector<neighborDatum> found;
-    if (!VORN_NearestNeighborQuery(geography, place, time, options.count + (self < 0 ? 0 : 1),
-                                   found))
+    const int count = options.count + (self < 0 ? 0 : 1);
+    QVector<NearObject> found;
+    if (options.greatCircle)
+        found = nearestOnEarth(geography, place, time, count);
+    else
+        found = nearestInPlane(geography, place, time, count);
+    if (found.isEmpty())
         fail(QStringLiteral("no object of %1 exists at %2")
                  .arg(geographyName(geography), axisOf(geography).show(time)));
+    if (!options.greatCircle && isInDegrees(geography))
+        context.console.note(QStringLiteral("distances are in degrees; --great-circle gives "
+                                            "kilometres"));
     const QStringList keys = objectKeys(geography);
     const QStringList names = objectNames(geography, time);
     QVector<Row> rows;
-    for (const neighborDatum &neighbor : found)
-        if (neighbor.id != self && rows.size() < options.count)
-            rows.append({keys[neighbor.id], names.value(neighbor.id), kNone,
-                         std::sqrt(static_cast<double>(neighbor.distance))});
+    for (const NearObject &near : qAsConst(found))
+        if (near.object != self && rows.size() < options.count)
+            rows.append({keys[near.object], names.value(near.object), kNone, near.distance});
     print(rows,
           {{QStringLiteral("place"), QJsonArray{place.x(), place.y()}},
            {QStringLiteral("time"), axisOf(geography).show(time)}},
-          "distance", context.console);
+          options.greatCircle ? "kilometres" : "distance", context.console);
 }
 
 } // namespace
@@ -201,6 +224,8 @@ void addNearest(const Command &app, Context &context)
                  "Use the place of this object, which is left out of the result");
     command.text("--geography", options->geography, "The geography, if there are several");
     command.number("--count", options->count, "Number of objects").shown().range(1, 1000000);
+    command.flag("--great-circle", options->greatCircle,
+                 "Kilometres along geodesics, for maps in degrees; to the centroids of polygons");
     command.text("--at", options->at, "The time (default: the last)");
     command.footer("Example:\n  meridor nearest counties.vorn --count 3 -- -80.8 35.2\n"
                    "  meridor nearest income.vorn --object Virginia");

@@ -6,6 +6,7 @@
 #include "cli/commands/projectEdit.h"
 #include "cli/commands/weightsFiles.h"
 #include "core/analysis/describe.h"
+#include "core/analysis/distanceSets.h"
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -62,7 +63,13 @@ void create(const Options &options, const Context &context)
 {
     QJsonObject result;
     editProject(options.target, context, [&](Session &) {
-        const int set = createWeightSet(findGeography(options.geography), options.plan);
+        const int geography = findGeography(options.geography);
+        const bool byDistance = options.plan.method == QLatin1String("nearest")
+                                || options.plan.method == QLatin1String("range");
+        if (byDistance && !options.plan.greatCircle && isInDegrees(geography))
+            context.console.note(
+                QStringLiteral("distances are in degrees; --great-circle gives kilometres"));
+        const int set = createWeightSet(geography, options.plan);
         const QJsonArray times =
             options.at.isEmpty() ? QJsonArray() : describeLinks(set, options.at);
         result = describeWeightSet(set);
@@ -131,7 +138,8 @@ void addMethod(const Command &command, WeightSetPlan &plan)
     plan.weights = QStringLiteral("row");
     command
         .text("--method", plan.method,
-              "queen or rook (polygons and grids), nearest (points) or range (points and grids)")
+              "queen or rook (polygons and grids), nearest (points and polygons, by their "
+              "centroids) or range (also grids)")
         .shown("queen")
         .oneOf({"queen", "rook", "nearest", "range"});
     command.number("--order", plan.order, "Steps of contiguity between polygons")
@@ -140,7 +148,10 @@ void addMethod(const Command &command, WeightSetPlan &plan)
     command.number("--count", plan.count, "Number of nearest neighbours; more if there are ties")
         .shown()
         .range(1, 1000000);
-    command.number("--range", plan.range, "Distance, in map units");
+    command.number("--range", plan.range,
+                   "Distance, in map units; in kilometres with --great-circle");
+    command.flag("--great-circle", plan.greatCircle,
+                 "Kilometres along geodesics, for maps in degrees");
     command
         .text("--weights", plan.weights,
               "constant, row (sum to 1), rank or inverse (of distances), border or border-share")

@@ -196,10 +196,13 @@ QJsonObject describeWeightSet(int id)
     QJsonArray times;
     for (const TimeStamp &time : set.GetAdjacencyTimes())
         times.append(axis.show(Interval(time)));
+    QString information = set.GetInformation();
+    if (information.startsWith(calculatedMark())) // that line is the definition
+        information = information.section(QLatin1Char('\n'), 1);
     return {{QStringLiteral("name"), set.GetName()},
             {QStringLiteral("geography"), geographyName(geography)},
             {QStringLiteral("definition"), describe(set)},
-            {QStringLiteral("information"), set.GetInformation()},
+            {QStringLiteral("information"), information},
             {QStringLiteral("stored"), times}};
 }
 

@@ -325,20 +325,23 @@ void SparseWeights::endRow()
 }
 
 MoranTest moran(const std::vector<double> &values, const SparseWeights &weights, int permutations,
-                const Meter &meter)
+                const Meter &meter, Islands islands)
 {
-    const auto n = static_cast<double>(values.size());
+    auto n = static_cast<double>(values.size());
+    for (int row = 0; islands == Islands::Drop && row < weights.rows(); ++row)
+        n -= weights.count(row) == 0;
     const std::vector<double> z = centred(values);
     const double squares = sumOfPowers(z, 2);
     const Pairs pairs = pairsOf(weights);
-    if (values.size() < 2 || !(squares > 0) || pairs.s0 == 0)
+    if (n < 2 || !(squares > 0) || pairs.s0 == 0)
         return {kNone, kNone, kNone, kNone, kNone, kNone};
     const double scale = n / pairs.s0 / squares;
     const double sum = products<1>(pairs, z.data())[0];
     MoranTest test{scale * sum, -1 / (n - 1), kNone, kNone, kNone, kNone};
-    if (values.size() > 3)
-        test.deviate = (test.value - test.expectation)
-                       / std::sqrt(variance(pairs, n, n * sumOfPowers(z, 4) / squares / squares));
+    const double kurtosis =
+        static_cast<double>(values.size()) * sumOfPowers(z, 4) / squares / squares;
+    if (n > 3)
+        test.deviate = (test.value - test.expectation) / std::sqrt(variance(pairs, n, kurtosis));
     const double limit = sum - kSlack / scale;
     std::vector<double> sums = permutedSums(pairs, z, permutations, meter);
     const auto above =

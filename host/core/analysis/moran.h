@@ -55,9 +55,17 @@ struct LocalMoran {
     std::vector<double> p;    ///< from conditional permutations; NaN without a value
 };
 
+/// How objects without neighbours enter Moran's I. Their values always enter the mean and the
+/// variance.
+enum class Islands {
+    Keep, ///< they count: I = n / S0 * sum w_ij z_i z_j / sum z^2 with n objects
+    Drop  ///< n is the number of objects with neighbours, as spdep's moran.test has it by default
+};
+
 /// Moran's I of the whole map. Draws `permutations` shuffles from the library's generator.
 MERIDOR_EXPORT MoranTest moran(const std::vector<double> &values, const SparseWeights &weights,
-                               int permutations, const Meter &meter);
+                               int permutations, const Meter &meter,
+                               Islands islands = Islands::Keep);
 
 /// Moran's I of each object, with conditional permutations: an object keeps its value, the values
 /// of its neighbours are drawn from the other objects. All objects use the same `permutations`

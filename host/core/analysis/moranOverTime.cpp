@@ -45,7 +45,29 @@ Observed observe(int dataset, qint64 time)
     return observed;
 }
 
-/// The weights of the set among the observed objects, calculated as if there were no others.
+bool isOne(double sum)
+{
+    return std::abs(sum - 1) < 1e-5; // a list holds floats
+}
+
+/// Whether the given weights of every object that has neighbours sum to 1.
+bool isStandardized(const WeightsAtT &handle, const QVector<int> &objects)
+{
+    const VORN_MissingData noneMissing;
+    QVector<neighborDatum> neighbors;
+    for (const int object : objects) {
+        double sum = 0;
+        VORN_GetSpatialWeights(handle, static_cast<unsigned int>(object), neighbors, noneMissing);
+        for (const neighborDatum &neighbor : qAsConst(neighbors))
+            sum += static_cast<double>(neighbor.weight);
+        if (!neighbors.isEmpty() && !isOne(sum))
+            return false;
+    }
+    return true;
+}
+
+/// The weights of the set among the observed objects, calculated as if there were no others. The
+/// library leaves given weights as they are; those of a standardized set sum to 1 again here.
 SparseWeights weightsAmong(int set, qint64 time, const Observed &observed)
 {
     const WeightsAtT handle = VORN_GetSpatialWeightsHandle(set, time, true);
@@ -53,6 +75,8 @@ SparseWeights weightsAmong(int set, qint64 time, const Observed &observed)
     QVector<int> row(observed.objects.isEmpty() ? 0 : observed.objects.last() + 1, -1);
     for (int i = 0; i < observed.objects.size(); ++i)
         row[observed.objects[i]] = i;
+    const bool standardizes =
+        weightSetOf(set).IsCustom() && isStandardized(handle, observed.objects);
     SparseWeights weights;
     QVector<neighborDatum> neighbors;
     for (const int object : observed.objects) {
@@ -60,9 +84,14 @@ SparseWeights weightsAmong(int set, qint64 time, const Observed &observed)
         if (!VORN_GetSpatialWeights(handle, static_cast<unsigned int>(object), neighbors, missing))
             fail(QStringLiteral("weight set %1 has nothing at %2")
                      .arg(weightSetOf(set).GetName(), axisOf(set >> 16).show(time)));
-        for (const neighborDatum &neighbor : neighbors)
+        double sum = 0;
+        for (const neighborDatum &neighbor : qAsConst(neighbors))
+            if (row.value(neighbor.id, -1) >= 0)
+                sum += static_cast<double>(neighbor.weight);
+        const double scale = standardizes && sum > 0 && !isOne(sum) ? 1 / sum : 1;
+        for (const neighborDatum &neighbor : qAsConst(neighbors))
             if (const int other = row.value(neighbor.id, -1); other >= 0)
-                weights.addNeighbor(other, static_cast<double>(neighbor.weight));
+                weights.addNeighbor(other, scale * static_cast<double>(neighbor.weight));
         weights.endRow();
     }
     return weights;
@@ -120,7 +149,10 @@ public:
         const SparseWeights weights = weightsAmong(mPlan.weightSet, time, observed);
         result.when = when;
         result.objects = observed.objects;
-        result.whole = moran(observed.values, weights, mPlan.permutations, meter());
+        for (int row = 0; row < weights.rows(); ++row)
+            if (weights.count(row) == 0)
+                result.islands.append(observed.objects[row]);
+        result.whole = moran(observed.values, weights, mPlan.permutations, meter(), mPlan.islands);
         if (mPlan.local) {
             result.local = localMoran(observed.values, weights, mPlan.permutations, meter());
             judge(observed, weights, result);

@@ -20,6 +20,7 @@ struct MoranPlan {
     bool local = false;
     QString correction; ///< of local tests: none, bonferroni, holm, simes, fdr or jef
     double alpha = 0.05;
+    Islands islands = Islands::Keep;
 };
 
 struct MoranAt {
@@ -28,6 +29,7 @@ struct MoranAt {
     QVector<int> objects; ///< that exist and have a value; the results below are in this order
     LocalMoran local;     ///< empty unless asked for
     QVector<bool> significant;
+    QVector<int> islands; ///< those of `objects` without neighbours among them
 };
 
 /// Results for each time of the plan that has values. Seeds the library's generator once, so that

@@ -4,6 +4,7 @@
 #include <QSet>
 #include <cmath>
 #include <memory>
+#include "core/analysis/distanceSets.h"
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -48,7 +49,8 @@ void requireSuited(int kind, const WeightSetPlan &plan, spatialWeightType weight
     const bool contiguity =
         plan.method == QLatin1String("queen") || plan.method == QLatin1String("rook");
     const QString shapes = QLatin1String(shapeName(kind));
-    const bool suited = kind == GeoProps::Polygons ? contiguity
+    const bool byCentroids = kind == GeoProps::Polygons && !contiguity;
+    const bool suited = kind == GeoProps::Polygons ? true
                         : kind == GeoProps::Points ? !contiguity
                         : kind == GeoProps::Raster ? plan.method != QLatin1String("nearest")
                                                    : false;
@@ -56,7 +58,10 @@ void requireSuited(int kind, const WeightSetPlan &plan, spatialWeightType weight
         fail(QStringLiteral("neighbours by %1 are not defined for %2").arg(plan.method, shapes));
     const bool distances = weights == DistanceRankWeight || weights == InverseDistanceWeight;
     const bool borders = weights == BorderLengthWeight || weights == BorderShareWeight;
-    if (kind == GeoProps::Polygons ? distances : borders)
+    if (plan.greatCircle && (contiguity || kind == GeoProps::Raster))
+        fail(QStringLiteral("geodesics are for the neighbours of points and centroids by distance"),
+             "great-circle");
+    if (kind == GeoProps::Polygons && !byCentroids ? distances : borders)
         fail(QStringLiteral("weights by %1 are not defined for %2").arg(plan.weights, shapes));
 }
 
@@ -157,6 +162,8 @@ int createWeightSet(int geography, const WeightSetPlan &plan)
     if (plan.method == QLatin1String("range") && !(plan.range > 0 && std::isfinite(plan.range)))
         failUsage(QStringLiteral("a range is a distance in map units"), "range");
     requireNewWeightSetName(geography, plan.name);
+    if (needsDistanceLists(kind, plan))
+        return createDistanceSet(geography, plan);
     const int id = create(geography, kind, plan, weights);
     if (id < 0)
         fail(QStringLiteral("weight set %1 could not be made").arg(plan.name));
@@ -197,8 +204,16 @@ void requireNewWeightSetName(int geography, const QString &name)
         fail(QStringLiteral("%1 has a weight set %2 already").arg(geographyName(geography), name));
 }
 
+QString calculatedMark()
+{
+    return QStringLiteral("Calculated: ");
+}
+
 QString describe(const AdjacencySet &set)
 {
+    if (set.IsCustom() && set.GetInformation().startsWith(calculatedMark()))
+        return set.GetInformation().section(QLatin1Char('\n'), 0, 0).mid(calculatedMark().size())
+               + (set.IncludeEgo() ? QStringLiteral(", with the object itself") : QString());
     QString text = describeMethod(set);
     if (!set.IsCustom())
         text += QStringLiteral(", weights ") + weightName(set.WeightType());

@@ -20,6 +20,7 @@ struct WeightSetPlan {
     int order = 1;
     int count = 5;
     double range = 0;
+    bool greatCircle = false; ///< distances along geodesics, in kilometres
     bool includeEgo = false;
     double numerator = 1;
     double power = 1;
@@ -36,6 +37,8 @@ MERIDOR_EXPORT int findWeightSet(const QString &name);
 MERIDOR_EXPORT AdjacencySet &weightSetOf(int id);
 /// Raises a Failure if the name is empty or a set of the geography has it.
 MERIDOR_EXPORT void requireNewWeightSetName(int geography, const QString &name);
+/// The beginning of the information of a set whose lists the host calculated.
+MERIDOR_EXPORT QString calculatedMark();
 /// The definition of a set, such as "queen neighbours to order 2, weights row".
 MERIDOR_EXPORT QString describe(const AdjacencySet &set);
 
