@@ -156,6 +156,21 @@ private Q_SLOTS:
         check("t.dbf", {}, "2001");
     }
 
+    void refusesOptionsWithoutEffect()
+    {
+        const Workplace place;
+        makeProject(place);
+        const auto check = [&place](const char *file, const QStringList &options) {
+            const Outcome outcome = place.run(QStringList{"export", "p.vorn", file} + options);
+            QCOMPARE(outcome.code, 2);
+            QVERIFY2(outcome.err.contains(options.first()), qPrintable(outcome.err));
+        };
+        check("g.tif", {"--from", "2000"});
+        check("g.tif", {"--layout", "wide"});
+        check("g.gpkg", {"--missing", "-"});
+        check("g.csv", {"--layer", "x"});
+    }
+
     void streamsAreWrittenDirectly()
     {
         const Workplace place;

@@ -190,6 +190,25 @@ void runCube(const Options &options, const Context &context)
          -1, context.console);
 }
 
+/// Options that would have no effect are wrong usage.
+void refuseUnused(const Options &options, const Format &format)
+{
+    const bool rows = format.kind != Kind::Grid;
+    const bool text = format.kind == Kind::Table && format.table != TableFormat::Dbf;
+    const bool layer = format.kind == Kind::Shapes && format.shapes != FeatureFormat::Shapefile;
+    const QVector<QPair<const char *, bool>> unused{
+        {"from", !rows && !options.from.isEmpty()},
+        {"to", !rows && !options.to.isEmpty()},
+        {"columns", !rows && !options.columns.isEmpty()},
+        {"layout", !rows && options.layout == QLatin1String("wide")},
+        {"missing", !text && options.missingGiven},
+        {"layer", !layer && !options.layer.isEmpty()}};
+    for (const auto &option : unused)
+        if (option.second)
+            failUsage(QStringLiteral("--%1 does not apply to %2")
+                          .arg(QLatin1String(option.first), QLatin1String(format.name)));
+}
+
 RowPlan planOf(const Options &options)
 {
     RowPlan plan;
@@ -221,6 +240,7 @@ void run(Options options, const Context &context)
         return;
     }
     const Format &format = formatOf(options);
+    refuseUnused(options, format);
     FeatureTarget target;
     target.path = options.output;
     target.format = format.shapes;
