@@ -255,6 +255,34 @@ private Q_SLOTS:
         }
     }
 
+    void daysOfValuesLeaveNoHole_data()
+    {
+        QTest::addColumn<bool>("observed");
+        QTest::newRow("series") << false;
+        QTest::newRow("observations") << true;
+    }
+    void daysOfValuesLeaveNoHole()
+    {
+        QFETCH(bool, observed);
+        Workshop shop(squares(), observed ? "id,from,to,value\na,2000-01-01,2000-01-31,1\n"
+                                            "a,2000-02-01,2000-03-05,2\n"
+                                          : "id,p,q\na,1,2\nb,1,2\nc,1,2\n");
+        if (observed) {
+            shop.options.observations = shop.table();
+            shop.options.observed = QStringList{"v=value@from/to"};
+        } else {
+            shop.options.tables = QStringList{shop.table()};
+            shop.options.series = QStringList{"v=p@2000-01-01/2000-01-31,q@2000-02-01/2000-03-05"};
+        }
+        QCOMPARE(shop.run(), QString());
+        QCOMPARE(shop.told("v", "a"), QString("2000-01=1 2000-02-01/2000-03-05=2"));
+        QVector<Interval> intervals;
+        QVERIFY(VORN_GetDataIntervals(findDataset("v"), 0, 0, intervals));
+        QCOMPARE(intervals.size(), 2);
+        QCOMPARE(intervals[0].endTime, intervals[1].startTime);
+        QVERIFY(intervals[0].inclusiveEnd != intervals[1].inclusiveStart);
+    }
+
     void passwordsAreNotShown()
     {
         Workshop shop;

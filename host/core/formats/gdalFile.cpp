@@ -13,6 +13,12 @@ struct FreeReference {
     void operator()(void *reference) const { OSRDestroySpatialReference(reference); }
 };
 
+void registerDrivers()
+{
+    static const bool registered = (GDALAllRegister(), true);
+    Q_UNUSED(registered);
+}
+
 } // namespace
 
 void CloseGdalFile::operator()(void *dataset) const
@@ -39,11 +45,17 @@ QString QuietGdal::complaint()
     return text.isEmpty() ? QString() : QString(QStringLiteral(": ") + text);
 }
 
+bool looksLikeRaster(const QString &path)
+{
+    registerDrivers();
+    return GDALIdentifyDriverEx(path.toUtf8().constData(), GDAL_OF_RASTER, nullptr, nullptr)
+           != nullptr;
+}
+
 GdalFile openGdalFile(const QString &path, unsigned kinds, const char *const *options,
                       const char *const *drivers)
 {
-    static const bool registered = (GDALAllRegister(), true);
-    Q_UNUSED(registered);
+    registerDrivers();
     return GdalFile(
         GDALOpenEx(path.toUtf8().constData(), kinds | GDAL_OF_READONLY, drivers, options, nullptr));
 }

@@ -25,6 +25,8 @@ public:
 /// @return null if GDAL cannot read the file as one of these.
 GdalFile openGdalFile(const QString &path, unsigned kinds, const char *const *options = nullptr,
                       const char *const *drivers = nullptr);
+/// Whether a raster driver recognises the beginning of a file. Opening would read all of some files.
+bool looksLikeRaster(const QString &path);
 /// Raises a Failure which says that the file does not exist, or that GDAL cannot read it.
 [[noreturn]] void failUnread(const QString &path);
 

@@ -132,6 +132,8 @@ bool setMissing(RasterBand &band, const QString &text)
 bool isRasterFile(const QString &path)
 {
     const QuietGdal quiet;
+    if (!looksLikeRaster(path))
+        return false;
     if (const GdalFile layers = openGdalFile(path, GDAL_OF_VECTOR);
         layers && GDALDatasetGetLayerCount(layers.get()) > 0)
         return false;
