@@ -386,6 +386,8 @@ private:
                            || mPath.endsWith(QLatin1String(".dbf"), Qt::CaseInsensitive)
                            || mPath.endsWith(QLatin1String(".shx"), Qt::CaseInsensitive);
         mDataset = openGdalFile(mSource.path, GDAL_OF_VECTOR, isDbf ? raw : nullptr);
+        if (CPLGetLastErrorType() >= CE_Failure)
+            mComplaint = QuietGdal::complaint();
         if (mDataset)
             return;
         if (!mSource.copy && !mPath.startsWith(QLatin1String("/dev/")))
@@ -421,6 +423,9 @@ private:
                               ? QFileInfo(mPath).completeBaseName()
                               : QString::fromUtf8(OGR_L_GetName(mLayer));
             LayerReader(table, mLayer, mOptions, encoding).read();
+            // Some readers open a damaged file as an empty one.
+            if (table.rows == 0 && !mComplaint.isEmpty())
+                fail(table.file + QStringLiteral(": broken") + mComplaint);
         }
         if (!mOptions.projection.isEmpty())
             table.projection = wktOf(mOptions.projection);
@@ -434,6 +439,7 @@ private:
     SourceFile mSource;
     bool mIsText;
     GdalFile mDataset;
+    QString mComplaint; ///< of GDAL while it opened the file
     OGRLayerH mLayer = nullptr;
 };
 
