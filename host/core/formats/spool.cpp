@@ -86,7 +86,9 @@ const char *Spool::at(quint64 position, quint64 size) const
     if (position < mHead.size())
         return mHead.data() + position;
     const quint64 offset = position - mHead.size();
-    if (offset + size > mMappedSize)
+    // All bytes are mapped at once: mapping the rest at a later read would invalidate what was
+    // returned before, without an append.
+    if (mMappedSize != mSize - mHead.size())
         map();
     mTouched += qMax(size, quint64(1) << 16); // the kernel maps neighbouring pages as well
     if (mTouched > kWindow) {
