@@ -33,6 +33,10 @@ private Q_SLOTS:
         check({"classes", "p.vorn", "x", "--count", "0"}, 2, "--count");
         check({"classes", "p.vorn", "x", "--method", "best"}, 2, "--method");
         check({"map", "p.vorn", "x", "x.jpg"}, 2, "x.jpg");
+        check({"map", "p.vorn", "x", "x.png", "--frames", "d"}, 2, "--frames");
+        check({"map", "p.vorn", "x", "x.png", "--palette", "mud"}, 2, "YlGnBu");
+        check({"map", "p.vorn", "x", "x.png", "--breaks", "3,2"}, 2, "ascend");
+        check({"map", "p.vorn", "x", "x.png", "--breaks", "3", "--count", "4"}, 2, "--count");
         check({"export", "p.vorn", "x.xml"}, 2, "x.xml");
         check({"info", "p.vorn"}, 1, "p.vorn: no such file");
         check({"info", ""}, 2, "the name of a file is empty");

@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include <QImage>
+#include <QJsonArray>
 #include <QtTest>
 #include <cmath>
+#include "core/analysis/weightSets.h"
+#include "core/plot/plots.h"
 #include "core/render/choropleth.h"
 #include "core/render/graph.h"
+#include "core/render/mapGeometry.h"
+#include "core/render/palette.h"
 #include "core/render/pictureFile.h"
 #include "core/workshop.h"
+#include "datainterface/RasterAPI.h"
 
 using namespace meridor;
 
@@ -16,23 +22,15 @@ private Q_SLOTS:
     void showWhatIsMissing()
     {
         Workshop shop(squares(), "id,v2000,v2001\na,1,2.5\nb,4,5\nc,7,\n");
-        shop.options.tables = QStringList{shop.table()};
-        shop.options.series = QStringList{"v=v2000..v2001"};
-        QCOMPARE(shop.run(), QString());
-        const int dataset = findDataset("v");
+        const int dataset = imported(shop);
         MapStyle style;
-        style.classes = 2;
+        style.rule.count = 2;
         const MapPicture map = choropleth({dataset, chooseTime(dataset, "2001"), "v", {}}, style);
-        QCOMPARE(map.missingCount, 1);
-        QCOMPARE(map.legend.size(), 2);
-        const QImage picture = draw(map);
-        QCOMPARE(picture.size(), QSize(1600, 1000));
-        // Each colour of the legend is in the map as well, and the grey of "c", the rightmost
-        // square.
-        QMap<QString, int> pixels;
-        for (int x = 0; x < 1200; ++x)
-            ++pixels[QColor(picture.pixel(x, 537)).name()];
-        for (const QColor &color : {kMissingColor, map.legend[0].color, map.legend[1].color})
+        QCOMPARE(legendText(map), QString("3.75 \u2013 5.00 1, 2.50 \u2013 3.75 1, no value 1"));
+        // Each colour of the legend is in the map as well, and the ground of hatching.
+        const QMap<QString, int> pixels = colorsIn(draw(map), 1240);
+        for (const QColor &color :
+             {colors::missing, map.legend[0].entries[0].color, map.legend[0].entries[1].color})
             QVERIFY2(pixels.value(color.name()) > 100, qPrintable(color.name()));
     }
 
@@ -45,19 +43,191 @@ private Q_SLOTS:
             "[[3,3],[3,6],[6,6],[6,3],[3,3]]],[[[20,0],[29,0],[29,9],[20,9],[20,0]]]]}}]}");
         QCOMPARE(shop.run(), QString());
         MapStyle style;
-        style.size = QSize(800, 500);
-        const QImage picture = draw(choropleth({findDataset("id"), 0, "id", {}}, style));
-        // Map coordinates 0..29 by 0..9 fill the width of the map area: margins of 24, a legend of
-        // 165.
-        const auto at = [&picture](double x, double y) {
-            const double scale = 563 / 29.0;
-            return QColor(picture.pixel(static_cast<int>(24 + x * scale),
-                                        static_cast<int>(268.5 - (y - 4.5) * scale)));
+        style.size.pixels = QSize(800, 500);
+        const MapPicture map = choropleth({findDataset("id"), 0, "id", {}}, style);
+        const QImage picture = draw(map);
+        const QRgb fill = map.legend[0].entries[0].color.rgb();
+        QRect box; // of the shape; the legend has the same colour in the right fifth
+        for (int y = 0; y < 500; ++y)
+            for (int x = 0; x < 640; ++x)
+                if (picture.pixel(x, y) == fill)
+                    box = box.united(QRect(x, y, 1, 1));
+        const auto at = [&](double x, double y) {
+            return picture.pixel(qRound(box.left() + x / 29 * box.width()),
+                                 qRound(box.bottom() - y / 9 * box.height()))
+                   == fill;
         };
-        QCOMPARE(at(4.5, 4.5), QColor(Qt::white));
-        QCOMPARE(at(14, 4.5), QColor(Qt::white));
-        QVERIFY(at(1.5, 4.5) != QColor(Qt::white));
-        QVERIFY(at(24, 4.5) != QColor(Qt::white));
+        QCOMPARE((QVector<bool>{at(4.5, 4.5), at(14, 4.5), at(1.5, 4.5), at(24, 4.5)}),
+                 (QVector<bool>{false, false, true, true}));
+    }
+
+    /// Panels of several times have one legend without counts; captions and labels are texts.
+    void drawSmallMultiples()
+    {
+        QTemporaryDir directory;
+        Workshop shop(squares(), "id,v2000,v2001\na,1,2.5\nb,4,5\nc,7,\n");
+        const int dataset = imported(shop);
+        MapStyle style;
+        style.rule.limits = {0, 3, 10};
+        style.labelField = findDataset("id");
+        const QVector<qint64> times{chooseTime(dataset, "2000"), chooseTime(dataset, "2001")};
+        const MapMaker maker(dataset, times, "v", style);
+        const MapPicture map = maker.picture(times, {"then", "now"});
+        QCOMPARE(legendText(map), QString("3 \u2013 10 -1, 0 \u2013 3 -1, no value -1"));
+        QCOMPARE(map.panels[0].counts, (QVector<qint64>{1, 2}));
+        QCOMPARE(map.panels[1].counts, (QVector<qint64>{1, 1}));
+        const MapDrawing drawing = savePicture(map, directory.filePath("m.svg"));
+        QCOMPARE(drawing.labelsDrawn, 6);
+        const QString svg = content(directory.filePath("m.svg"));
+        for (const char *text : {">then<", ">now<", ">no value<", "1 without a value<"})
+            QVERIFY2(svg.contains(text), text);
+        QCOMPARE(svg.count(">a</text>") + svg.count(">c</text>"), 4);
+        savePicture(map, directory.filePath("m.pdf"));
+        QFile pdf(directory.filePath("m.pdf"));
+        QVERIFY(pdf.open(QIODevice::ReadOnly));
+        QCOMPARE(pdf.read(5), QByteArray("%PDF-"));
+        QCOMPARE(QDir(directory.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+    }
+
+    void classify_data()
+    {
+        QTest::addColumn<QString>("method");
+        QTest::addColumn<QVector<double>>("own");
+        QTest::addColumn<QString>("expected");
+        // Of 1, 2, 3, 4, 10: quartiles 2, 3, 4, so fences at -1 and 7; mean 4, deviation sqrt(10).
+        const QVector<double> none;
+        QTest::newRow("box") << "box" << none
+                             << "up to \u22121 0, \u22121 \u2013 2 2, 2 \u2013 3 1, "
+                                "3 \u2013 4 1, 4 \u2013 7 0, above 7 1";
+        QTest::newRow("stddev") << "stddev" << none
+                                << "up to \u22122.32 0, \u22122.32 \u2013 0.84 0, "
+                                   "0.84 \u2013 4.00 4, 4.00 \u2013 7.16 0, 7.16 \u2013 10.32 1, "
+                                   "above 10.32 0";
+        QTest::newRow("own, widened")
+            << QString() << QVector<double>{2, 4} << "1 \u2013 2 2, 2 \u2013 4 2, 4 \u2013 10 1";
+        QTest::newRow("own, beyond the values")
+            << QString() << QVector<double>{0, 5, 20} << "0 \u2013 5 4, 5 \u2013 20 1";
+        QTest::newRow("unique") << "unique" << none << "1 1, 2 1, 3 1, 4 1, 10 1";
+    }
+    void classify()
+    {
+        QFETCH(QString, method);
+        QFETCH(QVector<double>, own);
+        QFETCH(QString, expected);
+        Workshop shop(points(5), "id,v2000\n0,1\n1,2\n2,3\n3,4\n4,10\n");
+        const int dataset = imported(shop);
+        ClassRule rule;
+        rule.method = method;
+        rule.limits = own;
+        const qint64 time = chooseTime(dataset, "2000");
+        const Classification classes(dataset, {time}, rule);
+        const ValuesAt values = valuesAt(dataset, time);
+        QVector<int> counts(classes.entries().size());
+        for (int i = 0; i < 5; ++i)
+            ++counts[classes.of(values, i)];
+        QStringList found;
+        for (int i = 0; i < counts.size(); ++i)
+            found.append(classes.entries()[i].text + ' ' + QString::number(counts[i]));
+        QCOMPARE(found.join(", "), expected);
+    }
+
+    /// ColorBrewer's own colours for a number of classes, and the ends of a ramp.
+    void knowPalettes()
+    {
+        const auto names = [](const QVector<QColor> &list) {
+            QStringList texts;
+            for (const QColor &color : list)
+                texts.append(color.name());
+            return texts.join(' ');
+        };
+        QCOMPARE(names(sequentialColors("Blues", 5)),
+                 QString("#eff3ff #bdd7e7 #6baed6 #3182bd #08519c"));
+        QCOMPARE(names(sequentialColors("rdylbu", 3)), QString("#fc8d59 #ffffbf #91bfdb"));
+        QCOMPARE(names(sequentialColors("viridis", 2)), QString("#440154 #fde725"));
+        QCOMPARE(names(categoricalColors(3, "Set2")), QString("#66c2a5 #fc8d62 #8da0cb"));
+        QCOMPARE(sequentialColors("Blues", 40).size(), 40);
+    }
+
+    /// The grid below, its missing cells counted; a layer of squares above it, clipped at its extent.
+    void drawLayersOverGrids()
+    {
+        Workshop shop(squares());
+        QCOMPARE(shop.run(), QString());
+        const int grid = VORN_CreateNewRasterGeography(
+            "grid", 2, 2, QRectF(-1, 0, 4, 2), Interval{0, 0, true, true}, TF_Integer, "", "");
+        const int dataset = VORN_NewRasterDataset(grid, "height", RasterDecimalType, 1, 64, "");
+        VORN_AddRasterValues(dataset, 0, Interval{0, 0, true, true},
+                             QVector<double>{10, 20, 30, -9}, -9, true, true);
+        MapStyle style;
+        style.rule.limits = {0, 15, 40};
+        style.layers = {{shop.report.geography, -1, QString()}};
+        const MapPicture map = choropleth({dataset, 0, "height", {}}, style);
+        QCOMPARE(legendText(map), QString("15 \u2013 40 2, 0 \u2013 15 1, no value 1"));
+        QCOMPARE(map.legend.size(), 2);
+        // Three cells of equal size, of which two have one colour. The squares are outlines only,
+        // and the one beyond the grid is not drawn.
+        const QMap<QString, int> pixels = colorsIn(draw(map), 1240);
+        const double low = pixels.value(map.legend[0].entries[1].color.name());
+        const double high = pixels.value(map.legend[0].entries[0].color.name());
+        QVERIFY2(std::abs(high / low - 2) < 0.3, qPrintable(QString::number(high / low)));
+    }
+
+    void clipAndHatch()
+    {
+        const QRectF frame(0, 0, 10, 10);
+        QCOMPARE(clippedRing({{-5, 2}, {5, 2}, {5, 4}, {-5, 4}}, frame),
+                 (QVector<QPointF>{{0, 2}, {5, 2}, {5, 4}, {0, 4}}));
+        QCOMPARE(clippedRing({{-5, 2}, {-1, 2}, {-1, 4}}, frame), QVector<QPointF>());
+        // A line that leaves the frame and comes back is two pieces.
+        QCOMPARE(clippedLine({{1, 1}, {1, 20}, {5, 20}, {5, 5}}, frame),
+                 (QVector<QVector<QPointF>>{{{1, 1}, {1, 10}}, {{5, 10}, {5, 5}}}));
+        // Lines one apart have the length of the area, also around a hole.
+        double length = 0;
+        for (const QLineF &line : hatchLines({{{0, 0}, {100, 0}, {100, 100}, {0, 100}},
+                                              {{40, 40}, {60, 40}, {60, 60}, {40, 60}}},
+                                             1))
+            length += line.length();
+        QVERIFY2(std::abs(length - 9600) < 50, qPrintable(QString::number(length)));
+        double width = 0;
+        const QPointF place = labelPlace(
+            {{{0, 0}, {100, 0}, {100, 100}, {0, 100}}, {{10, 10}, {70, 10}, {70, 90}, {10, 90}}},
+            width);
+        QVERIFY2(place.x() > 70, qPrintable(QString::number(place.x()))); // not in the hole
+    }
+
+    /// Numbers of the graphs, computed by hand or by R (lm, cor, fivenum of type 7).
+    void plotNumbers()
+    {
+        Workshop shop(squares(), "id,v2000,v2001\na,1,2\nb,4,5\nc,10,8\n");
+        const int dataset = imported(shop);
+        const qint64 time = chooseTime(dataset, "2000");
+        const QJsonObject box =
+            boxesOverTime(dataset, dataTimes(dataset)).numbers["boxes"].toArray()[0].toObject();
+        QCOMPARE(box["q1"].toDouble(), 2.5);
+        QCOMPARE(box["median"].toDouble(), 4.0);
+        QCOMPARE(box["high"].toDouble(), 10.0);
+        ClassRule rule;
+        rule.limits = {0, 4, 10};
+        const QJsonObject bars = histogram(dataset, time, rule).numbers;
+        int total = 0;
+        for (const QJsonValue &count : bars["counts"].toArray())
+            total += count.toInt();
+        QCOMPARE(total, 3);
+        const Plot same = scatter(dataset, dataset, time, -1);
+        QCOMPARE(same.numbers["r"].toDouble(), 1.0);
+        QCOMPARE(same.numbers["slope"].toDouble(), 1.0);
+        const Plot lines = timePlot(dataset, {2});
+        QCOMPARE(lines.graph.series.first().points, (QVector<QPointF>{{2000, 10}, {2001, 8}}));
+        QCOMPARE(lines.graph.series.last().points, (QVector<QPointF>{{2000, 5}, {2001, 5}}));
+        // a and b are neighbours and c is an island: with z = -4, -1, 5 the cross product is 8.
+        WeightSetPlan plan;
+        plan.name = "queen";
+        plan.method = "queen";
+        plan.weights = "row";
+        const int set = createWeightSet(shop.report.geography, plan);
+        const Plot moran = moranScatter(dataset, set, dataTimes(dataset).first(), -1);
+        QCOMPARE(moran.numbers["moran"].toDouble(), 3.0 / 2 * 8 / 42);
+        QCOMPARE(moran.numbers["quarters"].toObject()["low, low neighbours"].toInt(), 2);
     }
 
     /// A graph as SVG contains its texts as texts, also those with markup, and no picture of pixels.
@@ -74,9 +244,7 @@ private Q_SLOTS:
         graph.series.last().labels = QStringList{"n=17", "n=18", "n=19"};
         graph.series.append({"model", {{0, 0}, {3000, 1.4}}});
         savePicture(graph, path);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString svg = QString::fromUtf8(file.readAll());
+        const QString svg = content(path);
         QStringList absent;
         for (const char *text : {"Rain &amp; &lt;b&gt;wind&lt;/b&gt;</text>", ">two gauges<",
                                  ">a note<", ">distance, m<", ">semivariance<", ">pairs<",
@@ -101,6 +269,51 @@ private Q_SLOTS:
     }
 
 private:
+    static int imported(Workshop &shop)
+    {
+        shop.options.tables = QStringList{shop.table()};
+        shop.options.series = QStringList{"v=v*"};
+        const QString failure = shop.run();
+        if (!failure.isEmpty())
+            qWarning("%s", qPrintable(failure));
+        return findDataset("v");
+    }
+    /// Points 0, 1 and so on.
+    static QByteArray points(int count)
+    {
+        QByteArray features;
+        for (int i = 0; i < count; ++i)
+            features += (i ? "," : "") + QByteArray("{\"type\":\"Feature\",\"properties\":{\"id\":")
+                        + QByteArray::number(i)
+                        + "},\"geometry\":{\"type\":\"Point\",\"coordinates\":["
+                        + QByteArray::number(i) + ",0]}}";
+        return "{\"type\":\"FeatureCollection\",\"features\":[" + features + "]}";
+    }
+    /// The first block: "TEXT COUNT, ..." from top to bottom.
+    static QString legendText(const MapPicture &map)
+    {
+        QStringList texts;
+        for (const LegendEntry &entry : map.legend.first().entries)
+            texts.append(entry.text + ' ' + QString::number(entry.count));
+        return texts.join(", ");
+    }
+    /// The number of pixels of each colour left of `right`.
+    static QMap<QString, int> colorsIn(const QImage &picture, int right)
+    {
+        QMap<QRgb, int> counts;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < right; ++x)
+                ++counts[picture.pixel(x, y)];
+        QMap<QString, int> named;
+        for (auto it = counts.begin(); it != counts.end(); ++it)
+            named.insert(QColor(it.key()).name(), it.value());
+        return named;
+    }
+    static QString content(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
     /// The contrast ratio of the Web Content Accessibility Guidelines 2, 1 to 21.
     static double contrast(const QColor &a, const QColor &b)
     {

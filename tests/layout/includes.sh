@@ -11,7 +11,7 @@ cd "${1:-$(dirname "$0")/../..}"
 orders='
 fennimark/src: base shape object store file points geography
 src: Common frame time numerics containers cells variograms datasets sources geography raster weights exchange project api
-host/core: project formats grids import analysis geostatistics render report
+host/core: project formats grids import analysis geostatistics render plot report
 host: core cli desk
 '
 # What a folder may not include although it stands before it.

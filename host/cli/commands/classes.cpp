@@ -4,9 +4,11 @@
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/commands.h"
+#include "cli/commands/pictureOptions.h"
 #include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
-#include "core/project/failure.h"
+#include "core/project/text.h"
+#include "core/render/classification.h"
 #include "datainterface/DataAPI.h"
 
 namespace meridor {
@@ -15,72 +17,104 @@ namespace {
 struct Options {
     QString project;
     QString dataset;
-    QString method = QStringLiteral("jenks");
-    int count = 5;
     QString at;
+    ClassOptions classes;
 };
 
 /// The number of values of one time in each class.
-QVector<int> countsIn(const QVector<double> &breaks, const ValuesAt &values)
+QVector<qint64> countsIn(const Classification &classes, const ValuesAt &values)
 {
-    QVector<int> counts(qMax(0, breaks.size() - 1));
-    for (int i = 0; i < values.numbers.size(); ++i)
-        if (const int index = values.missing.contains(i) ? -1 : classOf(values.numbers[i], breaks);
-            index >= 0)
+    QVector<qint64> counts(classes.entries().size());
+    const int size = values.numeric ? values.numbers.size() : values.texts.size();
+    for (int i = 0; i < size; ++i)
+        if (const int index = classes.of(values, i); index >= 0)
             ++counts[index];
     return counts;
 }
 
 /// The number of values of all times in each class, from the frequency table.
-QVector<int> countsOfAll(const QVector<double> &breaks, int dataset)
+QVector<qint64> countsOfAll(const Classification &classes, int dataset)
 {
-    QVector<int> counts(qMax(0, breaks.size() - 1));
+    QVector<qint64> counts(classes.entries().size());
+    const bool numeric = datasetOf(dataset)->IsNumeric();
     const auto frequencies = datasetOf(dataset)->GetDataFrequencies();
-    for (auto it = frequencies.begin(); it != frequencies.end(); ++it)
-        if (const int index = classOf(it.key().toDouble(), breaks); index >= 0)
+    for (auto it = frequencies.begin(); it != frequencies.end(); ++it) {
+        const int index = numeric ? classes.of(it.key().toDouble()) : classes.of(it.key().text());
+        if (index >= 0)
             counts[index] += it.value();
+    }
     return counts;
+}
+
+void print(const Classification &classes, const QVector<qint64> &counts, const Context &context)
+{
+    const bool limited = !classes.limits().isEmpty();
+    QVector<QPair<QString, TextTable::Align>> columns{{QStringLiteral("class"), TextTable::Right}};
+    for (const char *limit : {"from", "to"})
+        if (limited)
+            columns.append({QLatin1String(limit), TextTable::Right});
+    if (!limited)
+        columns.append({QStringLiteral("value"), TextTable::Left});
+    columns.append({QStringLiteral("values"), TextTable::Right});
+    TextTable table(columns);
+    for (int i = 0; i < counts.size(); ++i) {
+        QStringList row{QString::number(i + 1)};
+        if (limited)
+            row << exactNumber(classes.limits()[i]) << exactNumber(classes.limits()[i + 1]);
+        else
+            row << classes.entries()[i].text;
+        table.add(row << QString::number(counts[i]));
+    }
+    table.print(context.console);
+}
+
+QJsonObject toJson(const QString &dataset, const QString &method, const Classification &classes,
+                   const QVector<qint64> &counts)
+{
+    QJsonArray limits;
+    for (const double limit : classes.limits())
+        limits.append(limit);
+    QJsonArray values;
+    QJsonArray colors;
+    QJsonArray numbers;
+    for (int i = 0; i < counts.size(); ++i) {
+        if (classes.limits().isEmpty())
+            values.append(classes.entries()[i].text);
+        colors.append(classes.entries()[i].color.name());
+        numbers.append(counts[i]);
+    }
+    QJsonObject json{{QStringLiteral("dataset"), dataset},
+                     {QStringLiteral("method"), method},
+                     {QStringLiteral("counts"), numbers},
+                     {QStringLiteral("colors"), colors}};
+    if (classes.limits().isEmpty())
+        json.insert(QStringLiteral("values"), values);
+    else
+        json.insert(QStringLiteral("breaks"), limits);
+    return json;
 }
 
 void run(const Options &options, const Context &context)
 {
+    const ClassRule rule = options.classes.rule();
     Session session(context.session, context.user);
     session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
-    if (!datasetOf(dataset)->IsNumeric())
-        fail(QStringLiteral("%1 holds texts; classes are of numbers").arg(datasetName(dataset)));
-    const auto method = classificationOf(options.method);
-    QVector<double> breaks;
-    QVector<int> counts;
-    if (options.at.isEmpty()) {
-        breaks = breaksOfAll(dataset, method, options.count);
-        counts = countsOfAll(breaks, dataset);
-    } else {
-        const qint64 time = chooseTime(dataset, options.at);
-        breaks = breaksAt(dataset, time, method, options.count);
-        counts = countsIn(breaks, valuesAt(dataset, time));
-    }
-
-    QJsonArray limits;
-    QJsonArray numbers;
-    TextTable table({{QStringLiteral("class"), TextTable::Right},
-                     {QStringLiteral("from"), TextTable::Right},
-                     {QStringLiteral("to"), TextTable::Right},
-                     {QStringLiteral("values"), TextTable::Right}});
-    for (const double limit : breaks)
-        limits.append(limit);
-    for (int i = 0; i < counts.size(); ++i) {
-        numbers.append(counts[i]);
-        table.add({QString::number(i + 1), exactNumber(breaks[i]), exactNumber(breaks[i + 1]),
-                   QString::number(counts[i])});
-    }
+    QVector<qint64> times;
+    if (!options.at.isEmpty())
+        times.append(chooseTime(dataset, options.at));
+    const Classification classes(dataset, times, rule);
+    const QVector<qint64> counts = times.isEmpty()
+                                       ? countsOfAll(classes, dataset)
+                                       : countsIn(classes, existingValuesAt(dataset, times[0]));
+    const QString method = !rule.limits.isEmpty()       ? QStringLiteral("breaks")
+                           : classes.limits().isEmpty() ? QStringLiteral("unique")
+                           : rule.method.isEmpty()      ? QStringLiteral("jenks")
+                                                        : rule.method;
     if (context.console.json)
-        context.console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},
-                                          {QStringLiteral("method"), options.method},
-                                          {QStringLiteral("breaks"), limits},
-                                          {QStringLiteral("counts"), numbers}});
+        context.console.print(toJson(datasetName(dataset), method, classes, counts));
     else
-        table.print(context.console);
+        print(classes, counts, context);
 }
 
 } // namespace
@@ -91,10 +125,7 @@ void addClasses(const Command &app, Context &context)
     const Command command = app.verb("classes", "Classify the values of a dataset");
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
-    command.text("--method", options->method, "Method of classification")
-        .shown("jenks")
-        .oneOf({"equal", "quantile", "jenks"});
-    command.number("--count", options->count, "Number of classes").shown().range(1, 256);
+    options->classes.addTo(command, 256);
     command.text("--at", options->at, "Only the values of this time (default: of all times)");
     command.footer(
         "Example:\n  meridor classes income.vorn income --method jenks --count 5 --at 2009");

@@ -27,6 +27,7 @@ void addStats(const Command &app, Context &context);
 void addSeries(const Command &app, Context &context);
 void addClasses(const Command &app, Context &context);
 void addMap(const Command &app, Context &context);
+void addPlot(const Command &app, Context &context);
 void addExport(const Command &app, Context &context);
 void addRename(const Command &app, Context &context);
 void addRemove(const Command &app, Context &context);

@@ -160,7 +160,7 @@ private:
         MapStyle style;
         style.subtitle = QStringLiteral("US dollars of the year, 48 contiguous states, 2009");
         mSession.controller().painter = [&](const MapView &view) {
-            savePicture(draw(choropleth(view, style)), path("income_2009.png"));
+            savePicture(choropleth(view, style), path("income_2009.png"));
             return true;
         };
         const int window =

@@ -157,7 +157,7 @@ QString ClimateDemo::map() const
     style.subtitle = QStringLiteral("mm in September 1999, means over the counties of North "
                                     "Carolina from a grid of an eighth of a degree");
     mSession.controller().painter = [&](const MapView &view) {
-        savePicture(draw(choropleth(view, style)), path("rain_1999_09.png"));
+        savePicture(choropleth(view, style), path("rain_1999_09.png"));
         return true;
     };
     const int window = VORN_DisplayMap(mMeans, chooseTime(mMeans, QLatin1String(kWettest)),

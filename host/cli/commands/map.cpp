@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: MIT
+#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/commands.h"
+#include "cli/commands/pictureOptions.h"
+#include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/progress.h"
 #include "core/project/safeFile.h"
 #include "core/render/choropleth.h"
-#include "core/render/palette.h"
+#include "core/render/pictureFile.h"
 #include "datainterface/DataAPI.h"
-#include "datainterface/FrameAPI.h"
-#include "datainterface/MDataset.h"
+#include "datainterface/GeographyAPI.h"
 
 namespace meridor {
 namespace {
@@ -21,64 +24,225 @@ struct Options {
     QString dataset;
     QString output;
     QString at;
+    QStringList times;
+    QString frames;
+    QString format = QStringLiteral("png");
     QString title;
-    MapStyle style;
-    int width = 1600;
-    int height = 1000;
+    QString subtitle;
+    QStringList layers;
+    QStringList layerPalettes;
+    QString links;
+    QString label;
+    bool allTimes = false;
+    ClassOptions classes;
+    SizeOptions size;
 };
 
-QJsonObject toJson(const MapPicture &picture, const Options &options)
+/// A time that is drawn, and what it is called.
+struct Moment {
+    qint64 time;
+    QString name;
+};
+
+void check(const Options &options)
 {
-    QJsonArray legend;
-    for (const LegendEntry &entry : picture.legend)
-        legend.append(QJsonObject{{QStringLiteral("text"), entry.text},
-                                  {QStringLiteral("color"), entry.color.name()},
-                                  {QStringLiteral("count"), entry.count}});
-    return {{QStringLiteral("file"), options.output},
-            {QStringLiteral("width"), options.style.size.width()},
-            {QStringLiteral("height"), options.style.size.height()},
-            {QStringLiteral("legend"), legend},
-            {QStringLiteral("missing"), picture.missingCount},
-            {QStringLiteral("drawn"), picture.shapes.size()}};
+    if (options.output.isEmpty() == options.frames.isEmpty())
+        failUsage(QStringLiteral("name either a picture or a directory with --frames"));
+    if (!options.at.isEmpty() && (!options.times.isEmpty() || !options.frames.isEmpty()))
+        failUsage(QStringLiteral("--at is one time; it excludes --times and --frames"));
+    if (options.layerPalettes.size() > options.layers.size())
+        failUsage(QStringLiteral("--layer-palette: there are more palettes than layers"));
+    if (!options.output.isEmpty())
+        requirePictureName(options.output);
 }
 
-void run(Options options, const Context &context)
+/// The times of the options; without any the last time, or all times of the frames.
+QVector<Moment> momentsOf(int dataset, const Options &options)
 {
-    if (QFileInfo(options.output).suffix().toLower() != QLatin1String("png"))
-        failUsage(QStringLiteral("%1: a map is a PNG picture; its name ends in .png")
-                      .arg(options.output));
-    requireWritable(options.output, context.overwrite);
-    refuseInput(options.output, {options.project});
+    const int geography = VORN_GetGeographyId(dataset);
+    const TimeAxis axis = axisOf(geography);
+    const bool always = datasetOf(dataset)->IsStatic();
+    QVector<Moment> moments;
+    for (const QString &text : options.times)
+        moments.append({requireSpan(axis, text).startTime, text});
+    if (!moments.isEmpty())
+        return moments;
+    if (!options.frames.isEmpty()) {
+        QVector<Interval> all = dataTimes(dataset);
+        if (always && !VORN_GetAllObjectTimes(geography, all))
+            all.clear();
+        for (const Interval &interval : all)
+            moments.append({instantOf(interval), axis.show(interval)});
+        if (moments.isEmpty())
+            fail(QStringLiteral("dataset %1 holds no values").arg(datasetName(dataset)));
+        return moments;
+    }
+    const qint64 time =
+        always ? chooseTimeOf(geography, options.at) : chooseTime(dataset, options.at);
+    // What holds for good in a geography that never changes has no time to show.
+    const bool timeless =
+        always && VORN_GetGeographyProperties(geography).isStatic && options.at.isEmpty();
+    moments.append({time, timeless                ? geographyName(geography)
+                          : !options.at.isEmpty() ? options.at
+                                                  : axis.show(time)});
+    return moments;
+}
+
+MapStyle styleOf(int dataset, const Options &options, const Context &context)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    MapStyle style;
+    style.rule = options.classes.rule();
+    style.subtitle = options.subtitle;
+    style.allTimes = options.allTimes;
+    style.size = options.size.size();
+    for (int i = 0; i < options.layers.size(); ++i) {
+        MapLayerStyle layer;
+        for (const int id : geographyIds())
+            if (geographyName(id) == options.layers[i])
+                layer.geography = id;
+        if (layer.geography < 0) {
+            layer.dataset = findDataset(options.layers[i]);
+            layer.geography = VORN_GetGeographyId(layer.dataset);
+        }
+        layer.palette = options.layerPalettes.value(i);
+        style.layers.append(layer);
+    }
+    if (!options.links.isEmpty()) {
+        style.weightSet = findWeightSet(options.links);
+        if (style.weightSet >> 16 != geography)
+            fail(QStringLiteral("weight set %1 is not one of %2")
+                     .arg(options.links, geographyName(geography)));
+    }
+    if (!options.label.isEmpty())
+        style.labelField = findDataset(geography, options.label);
+    if (options.allTimes && datasetOf(dataset)->IsStatic())
+        context.console.note(QStringLiteral("%1 holds for good, so its classes are those of all "
+                                            "objects")
+                                 .arg(datasetName(dataset)));
+    return style;
+}
+
+QJsonObject toJson(const QString &file, const MapPicture &picture, const MapDrawing &drawing)
+{
+    QJsonArray legend;
+    for (const LegendEntry &entry : picture.legend.first().entries) {
+        QJsonObject json{{QStringLiteral("text"), entry.text}};
+        if (entry.color.isValid())
+            json.insert(QStringLiteral("color"), entry.color.name());
+        if (entry.count >= 0)
+            json.insert(QStringLiteral("count"), entry.count);
+        legend.append(json);
+    }
+    QJsonArray panels;
+    qint64 missing = 0;
+    qint64 drawn = 0;
+    for (const MapPanel &panel : picture.panels) {
+        panels.append(QJsonObject{{QStringLiteral("caption"), panel.caption},
+                                  {QStringLiteral("drawn"), panel.drawn},
+                                  {QStringLiteral("missing"), panel.missing},
+                                  {QStringLiteral("links"), panel.linkCount}});
+        missing += panel.missing;
+        drawn += panel.drawn;
+    }
+    return {{QStringLiteral("file"), file},
+            {QStringLiteral("width"), picture.size.pixels.width()},
+            {QStringLiteral("height"), picture.size.pixels.height()},
+            {QStringLiteral("legend"), legend},
+            {QStringLiteral("panels"), panels},
+            {QStringLiteral("missing"), missing},
+            {QStringLiteral("drawn"), drawn},
+            {QStringLiteral("labels"), drawing.labelsDrawn},
+            {QStringLiteral("labelsOmitted"), drawing.labelsOmitted}};
+}
+
+QString textOf(const QString &file, const MapPicture &picture)
+{
+    qint64 missing = 0;
+    qint64 drawn = 0;
+    for (const MapPanel &panel : picture.panels) {
+        missing += panel.missing;
+        drawn += panel.drawn;
+    }
+    const bool several = picture.panels.size() > 1;
+    return QStringLiteral("%1: %2%3 objects in %4 classes, %5 without a value")
+        .arg(file, several ? QStringLiteral("%1 maps, ").arg(picture.panels.size()) : QString(),
+             QString::number(drawn), QString::number(picture.panels.first().counts.size()),
+             QString::number(missing));
+}
+
+/// Writes one picture. @return its JSON.
+QJsonObject drawOne(const MapMaker &maker, const QVector<Moment> &moments, const QString &file,
+                    const Context &context)
+{
+    QVector<qint64> times;
+    QStringList captions;
+    for (const Moment &moment : moments) {
+        times.append(moment.time);
+        captions.append(moment.name);
+    }
+    const MapPicture picture = maker.picture(times, captions);
+    const MapDrawing drawing = savePicture(picture, file);
+    if (!context.console.json) {
+        context.console.print(textOf(file, picture));
+        for (const MapPanel &panel : picture.panels)
+            if (picture.panels.size() > 1)
+                context.console.print(QStringLiteral("  %1: %2").arg(panel.caption, panel.note));
+    }
+    if (drawing.labelsOmitted > 0)
+        context.console.note(QStringLiteral("%1 of %2 labels are left out, because they would "
+                                            "overlap others or do not fit")
+                                 .arg(drawing.labelsOmitted)
+                                 .arg(drawing.labelsOmitted + drawing.labelsDrawn));
+    return toJson(file, picture, drawing);
+}
+
+QString frameName(const Options &options, const QString &time)
+{
+    QString name = time;
+    name.replace(QLatin1Char('/'), QLatin1Char('_')).remove(QLatin1Char(':'));
+    return QDir(options.frames).filePath(name + QLatin1Char('.') + options.format);
+}
+
+void run(const Options &options, const Context &context)
+{
+    check(options);
+    options.classes.rule();
+    if (!options.output.isEmpty()) {
+        requireWritable(options.output, context.overwrite);
+        refuseInput(options.output, {options.project});
+    }
     Session session(context.session, context.user);
     session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
-    const qint64 time = chooseTime(dataset, options.at);
-    options.style.size = QSize(options.width, options.height);
-    const TimeAxis axis = axisOf(VORN_GetGeographyId(dataset));
-    options.style.subtitle = !options.at.isEmpty() ? options.at
-                             : datasetOf(dataset)->IsStatic()
-                                 ? geographyName(VORN_GetGeographyId(dataset))
-                                 : axis.show(time);
-
-    MapPicture picture;
-    session.controller().painter = [&](const MapView &view) {
-        picture = choropleth(view, options.style);
-        savePicture(draw(picture), options.output);
-        return true;
-    };
-    const QString title = options.title.isEmpty() ? datasetName(dataset) : options.title;
-    if (VORN_DisplayMap(dataset, time, title, ColorSchemeInfo(), ColorSchemeInfo(),
-                        SymbolSchemeInfo())
-        == 0)
-        fail(QStringLiteral("%1: could not be drawn").arg(options.output));
-    session.controller().painter = nullptr;
+    const QVector<Moment> moments = momentsOf(dataset, options);
+    const MapStyle style = styleOf(dataset, options, context);
+    QVector<qint64> times;
+    for (const Moment &moment : moments)
+        times.append(moment.time);
+    if (!options.frames.isEmpty()) {
+        if (!QDir().mkpath(options.frames))
+            fail(QStringLiteral("%1: the directory cannot be made").arg(options.frames));
+        for (const Moment &moment : moments)
+            requireWritable(frameName(options, moment.name), context.overwrite);
+    }
+    const MapMaker maker(dataset, times,
+                         options.title.isEmpty() ? datasetName(dataset) : options.title, style);
+    const Progress progress("Map", "Drawing..."); // the library has bars of its own for classes
+    QJsonArray files;
+    if (options.frames.isEmpty()) {
+        files.append(drawOne(maker, moments, options.output, context));
+    } else {
+        for (int i = 0; i < moments.size(); ++i) {
+            progress.report(100 * i / moments.size());
+            files.append(
+                drawOne(maker, {moments[i]}, frameName(options, moments[i].name), context));
+        }
+    }
     if (context.console.json)
-        context.console.print(toJson(picture, options));
-    else
-        context.console.print(QStringLiteral("%1: %2 objects in %3 classes, %4 without a value")
-                                  .arg(options.output, QString::number(picture.shapes.size()),
-                                       QString::number(picture.legend.size()),
-                                       QString::number(picture.missingCount)));
+        context.console.print(options.frames.isEmpty()
+                                  ? files.first().toObject()
+                                  : QJsonObject{{QStringLiteral("frames"), files}});
 }
 
 } // namespace
@@ -86,23 +250,29 @@ void run(Options options, const Context &context)
 void addMap(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
-    const Command command = app.verb("map", "Draw a dataset at one time as a picture");
+    const Command command = app.verb("map", "Draw a dataset as a map");
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
-    command.text("PICTURE", options->output, "The PNG file to write").required();
+    command.text("PICTURE", options->output, "The file to write: .png, .svg or .pdf");
     command.text("--at", options->at, "The time (default: the dataset's last)");
+    command.texts("--times", options->times, "Several times, separated by commas: a map for each")
+        .partedBy(',');
+    command.text("--frames", options->frames,
+                 "Instead of PICTURE: a directory for a picture of each time");
+    command.text("--format", options->format, "Format of --frames")
+        .shown("png")
+        .oneOf({"png", "svg", "pdf"});
     command.text("--title", options->title, "Title (default: the dataset's name)");
-    command.text("--method", options->style.method, "Method of classification")
-        .shown("jenks")
-        .oneOf({"equal", "quantile", "jenks"});
-    command.number("--count", options->style.classes, "Number of classes").shown().range(1, 64);
-    command.flag("--all-times", options->style.allTimes,
+    command.text("--subtitle", options->subtitle, "Text below the title (default: the time)");
+    command.texts("--layer", options->layers,
+                  "A further dataset, or a geography whose outlines are drawn; repeatable");
+    command.texts("--layer-palette", options->layerPalettes, "Colours of each --layer, in order");
+    command.text("--links", options->links, "A weight set whose links are drawn");
+    command.text("--label", options->label, "A dataset whose values are drawn beside the objects");
+    options->classes.addTo(command, 64);
+    command.flag("--all-times", options->allTimes,
                  "Classes and extent of all times, to compare pictures");
-    command.text("--palette", options->style.palette, "Colours")
-        .shown(options->style.palette.toUtf8().constData())
-        .oneOf(paletteNames());
-    command.number("--width", options->width, "Pixels").shown().range(320, 8000);
-    command.number("--height", options->height, "Pixels").shown().range(200, 8000);
+    options->size.addTo(command);
     overwriteOption(command, context);
     command.footer("Example:\n  meridor map income.vorn income 2009.png --at 2009 --title \"Income "
                    "per head\"");

@@ -1,19 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "core/render/choropleth.h"
-#include <QBuffer>
-#include <QFile>
-#include <QMap>
 #include <algorithm>
 #include <cmath>
 #include "core/grids/valuesAt.h"
+#include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
-#include "core/project/safeFile.h"
+#include "core/project/text.h"
 #include "core/render/classes.h"
-#include "core/render/palette.h"
+#include "core/render/mapGeometry.h"
+#include "datainterface/AdjacencySet.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/HeldGrid.h"
+#include "datainterface/MRasterData.h"
+#include "datainterface/MRasterDataset.h"
 #include "datainterface/MVectorData.h"
+#include "datainterface/WeightsAPI.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
@@ -24,7 +27,9 @@
 namespace meridor {
 namespace {
 
-constexpr int kMostNames = 12;
+constexpr int kMostCells = 4096; ///< rows and columns of a grid that are kept for drawing
+/// Palettes of the layers above the first one.
+constexpr const char *kLayerPalettes[] = {"ember", "heather", "YlGn", "slate"};
 
 MapShape toMapShape(const TreeObject *object)
 {
@@ -43,154 +48,426 @@ MapShape toMapShape(const TreeObject *object)
     return shape;
 }
 
-QString classText(double low, double high, int decimals)
+/// The shape of an object that exists at the time.
+MapShape shapeOf(const MVectorData &geography, int object, qint64 time)
 {
-    if (low == high)
-        return grouped(low, decimals);
-    return grouped(low, decimals) + QStringLiteral(" \u2013 ") + grouped(high, decimals);
+    const Fennims &shapes = *geography.GetFennims();
+    const FMObjectChain *chain =
+        shapes.GetChainById(geography.GetFennimId(static_cast<unsigned int>(object)));
+    const fennimark::HeldObject held(*shapes.mTree, chain->GetObservation(time).second);
+    return toMapShape(held.get());
 }
 
-/// Classes of the values and the class of each object.
-struct Classified {
-    QVector<LegendEntry> legend;
-    QVector<int> classes; ///< by object; -1: no value
-};
-
-Classified classifyNumbers(const MapView &view, const MapStyle &style, const ValuesAt &values)
+const MVectorData &vectorOf(int geography)
 {
-    const auto method = classificationOf(style.method);
-    const QVector<double> breaks = style.allTimes
-                                       ? breaksOfAll(view.dataset, method, style.classes)
-                                       : breaksAt(view.dataset, view.time, method, style.classes);
-    Classified result;
-    if (breaks.size() > 1) {
-        const int decimals = decimalsFor(breaks);
-        const QVector<QColor> colors = sequentialColors(style.palette, breaks.size() - 1);
-        for (int i = 0; i + 1 < breaks.size(); ++i)
-            result.legend.append({colors[i], classText(breaks[i], breaks[i + 1], decimals), 0});
-    }
-    for (int i = 0; i < values.numbers.size(); ++i)
-        result.classes.append(values.missing.contains(i) ? -1 : classOf(values.numbers[i], breaks));
-    return result;
+    const auto *vector = dynamic_cast<const MVectorData *>(geographyOf(geography));
+    if (!vector)
+        fail(QStringLiteral("%1 is a grid, whose cells have neither labels nor links on a map")
+                 .arg(geographyName(geography)));
+    return *vector;
 }
 
-Classified classifyTexts(const ValuesAt &values, const QVector<int> &existing)
+QVector<QColor> colorsOf(const Classification &classes)
 {
-    QMap<QString, int> counts;
-    for (const int object : existing)
-        if (!values.missing.contains(object))
-            ++counts[values.texts.value(object)];
-    QStringList names = counts.keys();
-    std::stable_sort(names.begin(), names.end(), [&counts](const QString &a, const QString &b) {
-        return counts[a] > counts[b];
-    });
-    const bool tooMany = names.size() > kMostNames;
-    if (tooMany)
-        names = names.mid(0, kMostNames - 1);
-    Classified result;
-    const QVector<QColor> colors = categoricalColors(names.size());
-    for (int i = 0; i < names.size(); ++i)
-        result.legend.prepend(
-            {colors[i], names[i], 0}); // the legend is drawn from its last entry to its first
-    if (tooMany)
-        result.legend.prepend({QColor(0xe8, 0xe6, 0xdf), QStringLiteral("others"), 0});
-    const int last = result.legend.size() - 1;
-    for (int i = 0; i < values.texts.size(); ++i) {
-        const int known = names.indexOf(values.texts[i]);
-        result.classes.append(values.missing.contains(i) ? -1 : known < 0 ? 0 : last - known);
-    }
-    return result;
+    QVector<QColor> colors;
+    for (const LegendEntry &entry : classes.entries())
+        colors.append(entry.color);
+    return colors;
 }
 
-QString methodText(const MapStyle &style)
+FMProjectionInfo projectionOf(int geography)
 {
-    QString text = style.method == QLatin1String("equal") ? QStringLiteral(", equal intervals")
-                   : style.method == QLatin1String("quantile")
-                       ? QStringLiteral(", classes of equal size")
-                       : QStringLiteral(", natural breaks");
-    if (style.allTimes)
-        text += QStringLiteral(" of all times");
-    return text;
+    FMProjectionInfo info;
+    const MGeoData *data = geographyOf(geography);
+    if (const auto *vector = dynamic_cast<const MVectorData *>(data))
+        info = vector->GetFennims()->GetProjectionSettings();
+    else if (const auto *raster = dynamic_cast<const MRasterData *>(data))
+        FMProjectionInfo::FromWkt(raster->GetProjectionName(), info);
+    return info;
 }
 
-/// The extent of the whole geography with a margin.
-QRectF wholeExtent(const Fennims &shapes)
+bool isGeographic(const FMProjectionInfo &projection)
 {
-    const RectInT box = shapes.GetBoundingRect();
+    return projection.GetProjectionName().isEmpty() && !projection.GetGeographicCSName().isEmpty();
+}
+
+/// 0 if the unit is not known.
+double metresPerUnit(const FMProjectionInfo &projection)
+{
+    if (projection.GetProjectionName().isEmpty())
+        return 0;
+    const QString unit = projection.GetLinUnitName().toLower().remove(QLatin1Char('_'));
+    if (unit.contains(QLatin1String("kilomet")))
+        return 1000;
+    if (unit.startsWith(QLatin1String("met")) || unit == QLatin1String("m"))
+        return 1;
+    if (unit.contains(QLatin1String("foot")) || unit.contains(QLatin1String("feet")))
+        return unit.contains(QLatin1String("us")) ? 1200.0 / 3937 : 0.3048;
+    return 0;
+}
+
+/// A time of one geography among the times of another.
+qint64 translated(qint64 time, int from, int to)
+{
+    const TimeAxis source = axisOf(from);
+    const TimeAxis target = axisOf(to);
+    if (source.format() == target.format() || geographyOf(to)->IsStatic())
+        return time;
+    const auto span = target.span(source.show(time));
+    if (!span)
+        fail(QStringLiteral("%1 is no time of %2").arg(source.show(time), geographyName(to)));
+    return span->startTime;
+}
+
+/// The extent of the whole geography; with a margin unless it is a grid.
+QRectF wholeExtent(int geography)
+{
+    const auto *vector = dynamic_cast<const MVectorData *>(geographyOf(geography));
+    if (!vector)
+        return VORN_GetGeographyProperties(geography).bounds;
+    const RectInT box = vector->GetFennims()->GetBoundingRect();
     const double room = 0.03 * std::max(box.xMax - box.xMin, box.yMax - box.yMin);
     return QRectF(box.xMin, box.yMin, box.xMax - box.xMin, box.yMax - box.yMin)
         .adjusted(-room, -room, room, room);
 }
 
-void addShapes(MapPicture &picture, const MVectorData &geography, qint64 time,
-               const QVector<int> &existing, const QVector<int> &classes)
+/// What a layer holds at a time, and how many values are in each class.
+struct LayerAt {
+    MapLayer layer;
+    QVector<qint64> counts;
+    qint64 missing = 0;
+    qint64 drawn = 0;
+};
+
+LayerAt gridAt(int dataset, qint64 time, const Classification &classes)
 {
-    const Fennims &shapes = *geography.GetFennims();
-    for (const int object : existing) {
-        const FMObjectChain *chain =
-            shapes.GetChainById(geography.GetFennimId(static_cast<unsigned int>(object)));
-        const fennimark::HeldObject held(*shapes.mTree, chain->GetObservation(time).second);
-        MapShape shape = toMapShape(held.get());
-        shape.classIndex = classes.value(object, -1);
-        if (shape.classIndex < 0)
-            ++picture.missingCount;
-        else
-            ++picture.legend[shape.classIndex].count;
-        picture.shapes.append(shape);
+    const MRasterDataset &raster = *rasterOf(dataset);
+    const MRasterObservation *observation = raster.GetConstRasterInfo(0, time);
+    const int geography = VORN_GetGeographyId(dataset);
+    if (!observation)
+        fail(QStringLiteral("%1 holds no grid at %2")
+                 .arg(datasetName(dataset), axisOf(geography).show(time)));
+    const HeldGrid hold(*observation);
+    const GeoProps props = VORN_GetGeographyProperties(geography);
+    LayerAt result;
+    result.counts.resize(classes.entries().size());
+    result.layer.colors = colorsOf(classes);
+    MapGrid &grid = result.layer.grid;
+    grid.bounds = props.bounds;
+    grid.rows = std::min(props.rows, kMostCells);
+    grid.columns = std::min(props.columns, kMostCells);
+    grid.classes.fill(MapGrid::kMissing, grid.rows * grid.columns);
+    const MissingFlag flag = raster.GetMissingFlag();
+    const auto classAt = [&](int column, int row) {
+        double value = 0;
+        return observation->GetValueAsDecimal(column, row, value, flag) ? classes.of(value) : -1;
+    };
+    for (int row = 0; row < props.rows; ++row) {
+        if (row % 16 == 0)
+            stopIfCancelled();
+        for (int column = 0; column < props.columns; ++column) {
+            const int index = classAt(column, row);
+            ++(index < 0 ? result.missing : result.counts[index]);
+        }
     }
+    for (int row = 0; row < grid.rows; ++row) {
+        const int from = static_cast<int>((row + 0.5) * props.rows / grid.rows);
+        for (int column = 0; column < grid.columns; ++column) {
+            const int index =
+                classAt(static_cast<int>((column + 0.5) * props.columns / grid.columns), from);
+            if (index >= 0)
+                grid.classes[row * grid.columns + column] = static_cast<quint8>(index);
+        }
+    }
+    result.drawn = static_cast<qint64>(props.rows) * props.columns;
+    return result;
+}
+
+/// The shapes of the objects that exist at a time; without classes if there is no classification.
+LayerAt shapesAt(int geography, qint64 time, int dataset, const Classification *classes)
+{
+    const MVectorData &vector = vectorOf(geography);
+    const qint64 when = shapeTime(geography, time);
+    const QVector<int> existing = objectsAt(geography, when);
+    LayerAt result;
+    ValuesAt values;
+    if (classes) {
+        values = valuesAt(dataset, time);
+        result.layer.colors = colorsOf(*classes);
+        result.counts.resize(classes->entries().size());
+    }
+    for (int i = 0; i < existing.size(); ++i) {
+        if (i % 64 == 0)
+            stopIfCancelled();
+        MapShape shape = shapeOf(vector, existing[i], when);
+        if (classes) {
+            shape.classIndex = classes->of(values, existing[i]);
+            ++(shape.classIndex < 0 ? result.missing : result.counts[shape.classIndex]);
+        }
+        result.layer.shapes.append(shape);
+    }
+    result.drawn = existing.size();
+    return result;
+}
+
+LayerAt layerAt(int dataset, qint64 time, const Classification &classes)
+{
+    return rasterOf(dataset) ? gridAt(dataset, time, classes)
+                             : shapesAt(VORN_GetGeographyId(dataset), time, dataset, &classes);
+}
+
+LegendBlock legendOf(int dataset, const Classification &classes, const QVector<qint64> &counts,
+                     qint64 missing, bool isCounted)
+{
+    LegendBlock block{datasetName(dataset), classes.entries()};
+    const int type = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).type;
+    for (int i = 0; i < block.entries.size(); ++i) {
+        block.entries[i].count = isCounted ? counts[i] : -1;
+        block.entries[i].symbol = type == GeoProps::Points  ? LegendEntry::Dot
+                                  : type == GeoProps::Lines ? LegendEntry::Line
+                                                            : LegendEntry::Box;
+    }
+    if (!classes.limits().isEmpty()) // the largest class is on top
+        std::reverse(block.entries.begin(), block.entries.end());
+    if (missing > 0)
+        block.entries.append(
+            {QColor(), QStringLiteral("no value"), isCounted ? missing : -1, LegendEntry::Hatch});
+    return block;
+}
+
+/// A place for the ends of links: the centroid of an area, else the middle of the extent.
+QPointF middleOf(const TreeObject *object, const MapShape &shape)
+{
+    double x = 0;
+    double y = 0;
+    const auto *polygon = dynamic_cast<const FMPolygon *>(object);
+    return polygon && polygon->GetCentroid(x, y) ? QPointF(x, y) : boundsOf(shape.parts).center();
+}
+
+/// Draws each pair of neighbours once. @return the number of links, each direction counted.
+qint64 addLinks(MapPanel &panel, int set, qint64 time)
+{
+    const int geography = set >> 16;
+    const MVectorData &vector = vectorOf(geography);
+    const Fennims &shapes = *vector.GetFennims();
+    const qint64 when = shapeTime(geography, time);
+    const QVector<int> existing = objectsAt(geography, when);
+    QVector<QPointF> middles(static_cast<int>(vector.GetObjectCount()));
+    for (const int object : existing) {
+        stopIfCancelled();
+        const FMObjectChain *chain =
+            shapes.GetChainById(vector.GetFennimId(static_cast<unsigned int>(object)));
+        const fennimark::HeldObject held(*shapes.mTree, chain->GetObservation(when).second);
+        middles[object] = middleOf(held.get(), toMapShape(held.get()));
+    }
+    const WeightsAtT lists = VORN_GetSpatialWeightsHandle(set, when, true);
+    stopIfCancelled();
+    qint64 count = 0;
+    QSet<QPair<int, int>> drawn;
+    QVector<neighborDatum> neighbors;
+    for (const int object : existing) {
+        stopIfCancelled();
+        if (!VORN_GetSpatialWeights(lists, static_cast<unsigned int>(object), neighbors,
+                                    VORN_MissingData()))
+            fail(QStringLiteral("the weight set has no lists at %1")
+                     .arg(axisOf(geography).show(time)));
+        int others = 0;
+        for (const neighborDatum &neighbor : neighbors) {
+            if (neighbor.id == object || neighbor.id < 0 || neighbor.id >= middles.size())
+                continue;
+            ++others;
+            const auto pair =
+                qMakePair(std::min(object, neighbor.id), std::max(object, neighbor.id));
+            if (drawn.contains(pair))
+                continue;
+            drawn.insert(pair);
+            panel.links.append(QLineF(middles[object], middles[neighbor.id]));
+        }
+        count += others;
+        if (others == 0)
+            panel.islands.append(middles[object]);
+    }
+    return count;
+}
+
+void addLabels(MapPanel &panel, int field, qint64 time)
+{
+    const int geography = VORN_GetGeographyId(field);
+    const MVectorData &vector = vectorOf(geography);
+    const ValuesAt values = valuesAt(field, time);
+    const qint64 when = shapeTime(geography, time);
+    for (const int object : objectsAt(geography, when)) {
+        stopIfCancelled();
+        if (values.missing.contains(object))
+            continue;
+        const MapShape shape = shapeOf(vector, object, when);
+        panel.labels.append(
+            {values.numeric ? shortNumber(values.numbers[object]) : values.texts[object],
+             shape.parts, shape.kind == MapShape::Area});
+    }
+}
+
+QString counted(qint64 count, const char *what)
+{
+    return QStringLiteral("%1 %2").arg(grouped(static_cast<double>(count), 0), QLatin1String(what));
 }
 
 } // namespace
 
-MapPicture choropleth(const MapView &view, const MapStyle &style)
-{
-    const int id = VORN_GetGeographyId(view.dataset);
-    const auto *geography = dynamic_cast<const MVectorData *>(geographyOf(id));
-    if (!geography)
-        fail(QStringLiteral("%1 is no vector geography").arg(geographyName(id)));
-    const TimeAxis axis = axisOf(id);
-    const ValuesAt values = valuesAt(view.dataset, view.time);
-    const qint64 time = shapeTime(id, view.time);
-    const QVector<int> existing = objectsAt(id, time);
-    if (existing.isEmpty())
-        fail(QStringLiteral("no object of %1 exists at %2")
-                 .arg(geographyName(id), axis.show(view.time)));
-    const Classified classified =
-        values.numeric ? classifyNumbers(view, style, values) : classifyTexts(values, existing);
-    const Fennims &shapes = *geography->GetFennims();
-    const FMProjectionInfo projection = shapes.GetProjectionSettings();
+/// The layers above the first one, with their classes.
+class FurtherLayers {
+public:
+    FurtherLayers(int source, const MapStyle &style, const QVector<qint64> &times)
+        : mSource(source), mLayers(style.layers)
+    {
+        for (int i = 0; i < mLayers.size(); ++i) {
+            const MapLayerStyle &layer = mLayers[i];
+            if (layer.dataset < 0) {
+                mClasses.append(nullptr);
+                continue;
+            }
+            ClassRule rule;
+            rule.count = style.rule.count;
+            rule.palette = layer.palette.isEmpty() && datasetOf(layer.dataset)->IsNumeric()
+                               ? QLatin1String(kLayerPalettes[i % 4])
+                               : layer.palette;
+            QVector<qint64> own;
+            for (const qint64 time : times)
+                own.append(translated(time, source, layer.geography));
+            mClasses.append(std::make_shared<Classification>(layer.dataset, own, rule));
+        }
+    }
+    /// Appends a layer to the panel and a block to the legend for each.
+    void addTo(MapPanel &panel, qint64 time, QVector<LegendBlock> &legend, bool isCounted) const
+    {
+        for (int i = 0; i < mLayers.size(); ++i) {
+            const MapLayerStyle &layer = mLayers[i];
+            const qint64 own = translated(time, mSource, layer.geography);
+            const LayerAt found = mClasses[i] ? layerAt(layer.dataset, own, *mClasses[i])
+                                              : shapesAt(layer.geography, own, -1, nullptr);
+            panel.layers.append(found.layer);
+            if (mClasses[i])
+                legend.append(
+                    legendOf(layer.dataset, *mClasses[i], found.counts, found.missing, isCounted));
+            else
+                legend.append(
+                    {QString(),
+                     {{colors::softInk, geographyName(layer.geography),
+                       isCounted ? found.drawn : -1,
+                       VORN_GetGeographyProperties(layer.geography).type == GeoProps::Points
+                           ? LegendEntry::Dot
+                           : LegendEntry::Line}}});
+        }
+    }
 
+private:
+    int mSource;
+    QVector<MapLayerStyle> mLayers;
+    QVector<std::shared_ptr<Classification>> mClasses;
+};
+
+MapMaker::MapMaker(int dataset, const QVector<qint64> &times, const QString &title,
+                   const MapStyle &style)
+    : mDataset(dataset),
+      mGeography(VORN_GetGeographyId(dataset)),
+      mTitle(title),
+      mStyle(style),
+      mManyTimes(times.size() > 1),
+      mClasses(dataset, style.allTimes ? QVector<qint64>() : times, style.rule),
+      mFurther(std::make_unique<FurtherLayers>(mGeography, style, times))
+{
+}
+
+MapMaker::~MapMaker() = default;
+
+MapPicture MapMaker::picture(const QVector<qint64> &times, const QStringList &captions) const
+{
+    const bool isSingle = times.size() == 1;
+    const GeoProps props = VORN_GetGeographyProperties(mGeography);
+    const TimeAxis axis = axisOf(mGeography);
+    const FMProjectionInfo projection = projectionOf(mGeography);
     MapPicture picture;
-    picture.title = view.title;
-    picture.subtitle = style.subtitle;
-    picture.legendTitle = datasetName(view.dataset);
-    picture.legend = classified.legend;
-    picture.size = style.size;
-    picture.geographic =
-        projection.GetProjectionName().isEmpty() && !projection.GetGeographicCSName().isEmpty();
+    picture.size = mStyle.size;
+    picture.geographic = isGeographic(projection);
+    picture.metresPerUnit = metresPerUnit(projection);
     // The points of one time do not show the extent of the map, so the whole extent is used.
-    if (style.allTimes || shapes.GetGeographyType() == Fennims::PointGeography)
-        picture.frame = wholeExtent(shapes);
-    addShapes(picture, *geography, time, existing, classified.classes);
-    picture.footnote = QStringLiteral("%1 %2 of %3%4")
-                           .arg(picture.shapes.size())
-                           .arg(QLatin1String(shapeName(VORN_GetGeographyProperties(id).type)),
-                                geographyName(id), values.numeric ? methodText(style) : QString());
+    picture.isFramed = props.type == GeoProps::Raster || props.type == GeoProps::Points;
+    if (mStyle.allTimes || picture.isFramed || (isSingle && mManyTimes))
+        picture.frame = wholeExtent(mGeography);
+
+    qint64 missing = 0;
+    QVector<LegendBlock> others;
+    for (int i = 0; i < times.size(); ++i) {
+        stopIfCancelled();
+        picture.panels.append(panelAt(times[i], isSingle, others));
+        missing += picture.panels.last().missing;
+        if (!isSingle)
+            picture.panels.last().caption = captions.value(i, axis.show(times[i]));
+    }
+    picture.legend.append(
+        legendOf(mDataset, mClasses, picture.panels.first().counts, missing, isSingle));
+    // Each panel appends the same further blocks.
+    picture.legend += others.mid(0, others.size() / times.size());
+
+    const QString kind = props.type == GeoProps::Raster ? QStringLiteral("cells")
+                                                        : QLatin1String(shapeName(props.type));
+    QString note = QStringLiteral("%1 of %2").arg(kind, geographyName(mGeography));
+    if (isSingle)
+        note.prepend(grouped(static_cast<double>(picture.panels.first().drawn), 0)
+                     + QLatin1Char(' '));
+    if (!mClasses.description().isEmpty())
+        note += QStringLiteral(", ") + mClasses.description()
+                + (mStyle.allTimes ? QStringLiteral(" of all times")
+                   : mManyTimes    ? QStringLiteral(" of these times")
+                                   : QString());
+    picture.texts = {mTitle,
+                     !mStyle.subtitle.isEmpty() ? mStyle.subtitle
+                     : isSingle                 ? captions.value(0, axis.show(times.first()))
+                                                : geographyName(mGeography),
+                     note};
     return picture;
 }
 
-void savePicture(const QImage &image, const QString &path)
+MapPanel MapMaker::panelAt(qint64 time, bool isSingle, QVector<LegendBlock> &legend) const
 {
-    const bool written = replaceFile(path, [&image](const QString &beside) {
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        QFile file(beside);
-        return buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG")
-               && file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()
-               && file.flush();
-    });
-    if (!written)
-        fail(QStringLiteral("%1: could not be written").arg(path));
+    const bool isGrid = rasterOf(mDataset);
+    if (!isGrid && objectsAt(mGeography, shapeTime(mGeography, time)).isEmpty())
+        fail(QStringLiteral("no object of %1 exists at %2")
+                 .arg(geographyName(mGeography), axisOf(mGeography).show(time)));
+    MapPanel panel;
+    const LayerAt first = layerAt(mDataset, time, mClasses);
+    panel.layers.append(first.layer);
+    panel.counts = first.counts;
+    panel.missing = first.missing;
+    panel.drawn = first.drawn;
+    QStringList notes;
+    if (!isGrid)
+        notes.append(counted(first.drawn, shapeName(VORN_GetGeographyProperties(mGeography).type)));
+    if (first.missing > 0)
+        notes.append(counted(first.missing, "without a value"));
+    mFurther->addTo(panel, time, legend, isSingle);
+    if (mStyle.weightSet >= 0) {
+        panel.linkCount = addLinks(panel, mStyle.weightSet, time);
+        notes.append(counted(panel.linkCount, "links"));
+        LegendBlock links{QString(),
+                          {{colors::ink, QStringLiteral("links"), isSingle ? panel.linkCount : -1,
+                            LegendEntry::Line}}};
+        if (isSingle && !panel.islands.isEmpty())
+            links.entries.append({Qt::white, QStringLiteral("no neighbours"), panel.islands.size(),
+                                  LegendEntry::Dot});
+        legend.append(links);
+    }
+    if (mStyle.labelField >= 0)
+        addLabels(panel, mStyle.labelField, time);
+    if (!isSingle)
+        panel.note = notes.join(QStringLiteral(", "));
+    return panel;
+}
+
+MapPicture choropleth(const MapView &view, const MapStyle &style)
+{
+    const QVector<qint64> times{view.time};
+    return MapMaker(view.dataset, times, view.title, style).picture(times);
 }
 
 } // namespace meridor

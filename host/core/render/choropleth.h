@@ -1,28 +1,62 @@
 // SPDX-License-Identifier: MIT
-/// Makes the picture of a dataset at one time.
+/// Makes maps of datasets at one or several times.
 #pragma once
-#include <QSize>
 #include <QString>
+#include <QStringList>
+#include <QVector>
+#include <memory>
 #include "core/export.h"
 #include "core/project/projectHost.h"
+#include "core/render/classification.h"
 #include "core/render/mapPicture.h"
 
 namespace meridor {
 
-struct MapStyle {
-    QString method = QStringLiteral("jenks");
-    int classes = 5;
-    QString palette = QStringLiteral("lagoon");
-    QString subtitle;      ///< empty: the time
-    bool allTimes = false; ///< same classes and extent at all times, to compare pictures
-    QSize size{1600, 1000};
+/// A further layer, drawn above those before it.
+struct MapLayerStyle {
+    int geography = -1;
+    int dataset = -1; ///< -1: only the outlines of the geography
+    QString palette;  ///< empty: one that the other layers do not have
 };
 
-/// Objects that do not exist at the time are left out; those without a value are grey. Raises a
-/// Failure, also on a cancel.
-MERIDOR_EXPORT MapPicture choropleth(const MapView &view, const MapStyle &style);
+struct MapStyle {
+    ClassRule rule;
+    QString subtitle;      ///< empty: the time, or the geography if there are several times
+    bool allTimes = false; ///< classes and extent of all times of the dataset
+    QVector<MapLayerStyle> layers;
+    int weightSet = -1;  ///< of the dataset's geography: its links are drawn
+    int labelField = -1; ///< a dataset of the same geography: its values are drawn beside objects
+    PictureSize size;
+};
 
-/// Writes a PNG file, which is replaced atomically. Raises a Failure.
-MERIDOR_EXPORT void savePicture(const QImage &image, const QString &path);
+class FurtherLayers;
+
+/// Pictures of a dataset with the same classes and the same extent. Objects that do not exist at a
+/// time are left out; those without a value are hatched. Layers of other geographies are clipped at
+/// the extent of the dataset's.
+class MERIDOR_EXPORT MapMaker {
+public:
+    /// @param times  those that the classes are made of, unless the style asks for all times.
+    MapMaker(int dataset, const QVector<qint64> &times, const QString &title,
+             const MapStyle &style);
+    ~MapMaker();
+    /// A panel for each time. Raises a Failure, also on a cancel.
+    /// @param captions  of several panels; empty: the times.
+    MapPicture picture(const QVector<qint64> &times, const QStringList &captions = {}) const;
+
+private:
+    MapPanel panelAt(qint64 time, bool isSingle, QVector<LegendBlock> &legend) const;
+
+    int mDataset;
+    int mGeography;
+    QString mTitle;
+    MapStyle mStyle;
+    bool mManyTimes;
+    Classification mClasses;
+    std::unique_ptr<FurtherLayers> mFurther;
+};
+
+/// The picture of one time.
+MERIDOR_EXPORT MapPicture choropleth(const MapView &view, const MapStyle &style);
 
 } // namespace meridor

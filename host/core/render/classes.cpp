@@ -2,6 +2,7 @@
 #include "core/render/classes.h"
 #include <QMap>
 #include <algorithm>
+#include <limits>
 #include "core/grids/gridValues.h"
 #include "core/grids/valuesAt.h"
 #include "core/project/cancel.h"
@@ -20,6 +21,7 @@ class PassingDataset {
 public:
     explicit PassingDataset(int id) : mId(id) {}
     ~PassingDataset() { VORN_RemoveDataset(mId); }
+    int id() const { return mId; }
     PassingDataset(const PassingDataset &) = delete;
     PassingDataset &operator=(const PassingDataset &) = delete;
 
@@ -67,37 +69,84 @@ QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, in
 
 namespace {
 
-QVector<double> gridBreaksAt(int dataset, qint64 time, MDataset::ClassificationType method,
-                             int classes)
+/// A dataset of the same type that holds the grids of some times.
+int gridsAt(int dataset, const QVector<qint64> &times)
 {
     const MRasterDataset &raster = *rasterOf(dataset);
-    const MRasterObservation *grid = raster.GetConstRasterInfo(0, time);
-    if (!grid)
-        fail(QStringLiteral("%1 holds no grid at that time").arg(datasetName(dataset)));
-    const HeldGrid hold(*grid);
     const int alone =
         VORN_NewRasterDataset(VORN_GetGeographyId(dataset), datasetName(dataset),
                               raster.GetDataType(), 1, raster.GetRasterBitDepth(), QString());
-    const PassingDataset passing(alone);
     rasterOf(alone)->SetMissingFlag(raster.GetMissingFlag());
-    rasterOf(alone)->AddRasterValues(0, TimeStamp(0, 0, true, true), *grid, true, true);
-    return breaksOfAll(alone, method, classes);
+    for (int i = 0; i < times.size(); ++i) {
+        const MRasterObservation *grid = raster.GetConstRasterInfo(0, times[i]);
+        if (!grid) {
+            VORN_RemoveDataset(alone);
+            fail(QStringLiteral("%1 holds no grid at %2")
+                     .arg(datasetName(dataset),
+                          axisOf(VORN_GetGeographyId(dataset)).show(times[i])));
+        }
+        const HeldGrid hold(*grid);
+        rasterOf(alone)->AddRasterValues(0, TimeStamp(i, i, true, true), *grid, true, true);
+    }
+    return alone;
+}
+
+/// The same for the values of the objects that exist.
+int objectsAlone(int dataset, const QVector<qint64> &times)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    const int alone =
+        VORN_NewVectorDataset(geography, datasetName(dataset) + QStringLiteral(" alone"), TimeSlice,
+                              DecimalType, 1, QString());
+    for (const qint64 time : times) {
+        const ValuesAt values = existingValuesAt(dataset, time);
+        VORN_AddDataValues(alone, 0, Interval{time, time, true, true}, values.numbers,
+                           values.missing, true, true);
+    }
+    return alone;
 }
 
 } // namespace
 
+ValuesAt existingValuesAt(int dataset, qint64 time)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    ValuesAt values = valuesAt(dataset, time);
+    if (rasterOf(dataset))
+        return values;
+    const QVector<int> existing = objectsAt(geography, shapeTime(geography, time));
+    auto next = existing.begin();
+    const int count = values.numeric ? values.numbers.size() : values.texts.size();
+    for (int i = 0; i < count; ++i) {
+        if (next != existing.end() && *next == i)
+            ++next;
+        else
+            values.missing.insert(i);
+    }
+    return values;
+}
+
+QVector<double> breaksAt(int dataset, const QVector<qint64> &times,
+                         MDataset::ClassificationType method, int classes)
+{
+    const PassingDataset alone(rasterOf(dataset) ? gridsAt(dataset, times)
+                                                 : objectsAlone(dataset, times));
+    return breaksOfAll(alone.id(), method, classes);
+}
+
 QVector<double> breaksAt(int dataset, qint64 time, MDataset::ClassificationType method, int classes)
 {
-    if (rasterOf(dataset))
-        return gridBreaksAt(dataset, time, method, classes);
-    const ValuesAt values = valuesAt(dataset, time);
-    const int alone = VORN_NewVectorDataset(VORN_GetGeographyId(dataset),
-                                            datasetName(dataset) + QStringLiteral(" alone"),
-                                            TimeSlice, DecimalType, 1, QString());
-    const PassingDataset passing(alone);
-    VORN_AddDataValues(alone, 0, Interval{time, time, true, true}, values.numbers, values.missing,
-                       true, true);
-    return breaksOfAll(alone, method, classes);
+    return breaksAt(dataset, QVector<qint64>{time}, method, classes);
+}
+
+double quantileOf(const QVector<double> &sorted, double share)
+{
+    if (sorted.isEmpty())
+        return std::numeric_limits<double>::quiet_NaN();
+    const double rank = share * (sorted.size() - 1);
+    const int low = static_cast<int>(rank);
+    const int high = std::min(low + 1, static_cast<int>(sorted.size()) - 1);
+    return sorted[low] + (rank - low) * (sorted[high] - sorted[low]);
 }
 
 int classOf(double value, const QVector<double> &breaks)

@@ -107,6 +107,7 @@ public:
         palette.setColor(QPalette::WindowText, colors::outline);
         palette.setColor(QPalette::Text, colors::ink);
         painter.setFont(mTheme.textFont());
+        painter.setPen(Qt::SolidLine); // Qwt takes over the style of the pen
         mDraw->draw(&painter, palette);
     }
 
@@ -305,7 +306,7 @@ void drawGraph(QPainter &painter, const Graph &graph)
 {
     const Theme theme(graph.size);
     QRectF space = theme.drawTexts(painter, graph.texts);
-    const Legend legend(legendOf(graph), theme, QSizeF(0.32 * space.width(), space.height()));
+    const Legend legend(legendOf(graph), theme, theme.legendSpace(space.size()));
     if (!legend.isEmpty()) {
         legend.draw(painter, QPointF(space.right() - legend.width(), space.top()));
         space.setRight(space.right() - legend.width() - theme.unit(36));

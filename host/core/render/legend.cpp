@@ -108,7 +108,7 @@ double Legend::heightOf(const QVector<Row> &rows, double gap) const
     for (int i = 0; i < rows.size(); ++i) {
         if (rows[i].isTitle && i > 0 && !rows[i - 1].isTitle)
             height += kBlockGap * gap;
-        height += rows[i].isTitle ? title + gap / 3 : text + gap;
+        height += rows[i].isTitle ? title + gap / 2 : text + gap;
     }
     return height;
 }
@@ -126,7 +126,7 @@ void Legend::draw(QPainter &painter, const QPointF &topLeft) const
                 y += kBlockGap * mGap;
             y = drawText(painter, titleFont(mTheme), colors::ink, QPointF(topLeft.x(), y), mWidth,
                          entry.text)
-                + mGap / 3;
+                + mGap / 2;
             continue;
         }
         const double box = std::min(mTheme.unit(kBox), indent * kBox / kIndent);

@@ -3,222 +3,525 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
+#include <QTransform>
 #include <algorithm>
 #include <cmath>
+#include "core/project/cancel.h"
+#include "core/render/mapFurniture.h"
+#include "core/render/mapGeometry.h"
+#include "core/render/pictureFile.h"
 
 namespace meridor {
-
-const QColor kMissingColor(0xc9, 0xcc, 0xcf);
-
 namespace {
 
-const QColor kInk(0x1f, 0x2a, 0x33);
-const QColor kSoftInk(0x5f, 0x6c, 0x76);
-const QColor kBorder(0xff, 0xff, 0xff);
-const QColor kOutline(0x8a, 0x96, 0x9e);
-const QColor kGround(0xf4, 0xf6, 0xf7);
+constexpr double kThinning = 0.3;   ///< pixels; vertices closer than this are one
+constexpr double kBorder = 0.9;     ///< width of the white border between areas
+constexpr double kNoBorder = 0.25;  ///< borders thinner than this are not drawn
+constexpr int kMostOutlined = 5000; ///< areas; an outline below more of them would cost too much
+constexpr double kHatchStep = 7;
 
-/// Scales lengths with the picture; the scale is 1 for 1600 by 1000 pixels.
-class Layout {
-public:
-    explicit Layout(const QSize &size)
-        : mUnit(std::min(size.width() / 1600.0, size.height() / 1000.0)), mSize(size)
-    {
-    }
-    double unit(double length) const { return length * mUnit; }
-    QFont font(double points, QFont::Weight weight = QFont::Normal) const
-    {
-        QFont font(QStringLiteral("DejaVu Sans"));
-        font.setPixelSize(std::max(6, static_cast<int>(std::lround(unit(points)))));
-        font.setWeight(weight);
-        font.setHintingPreference(QFont::PreferNoHinting);
-        return font;
-    }
-    double margin() const { return unit(48); }
-    double legendWidth() const { return unit(330); }
-    QRectF mapArea() const
-    {
-        const double top = unit(150);
-        return QRectF(margin(), top, mSize.width() - 3 * margin() - legendWidth(),
-                      mSize.height() - top - unit(76));
-    }
-    QPointF legendTopLeft() const
-    {
-        return QPointF(mSize.width() - margin() - legendWidth(), unit(170));
-    }
-    QSize size() const { return mSize; }
-
-private:
-    double mUnit;
-    QSize mSize;
-};
-
-QRectF extent(const QVector<MapShape> &shapes)
+QRectF extent(const MapPicture &picture)
 {
     QRectF box;
-    bool any = false;
-    for (const MapShape &shape : shapes) {
-        for (const auto &part : shape.parts) {
-            for (const QPointF &point : part) {
-                if (!any)
-                    box = QRectF(point, QSizeF(0, 0));
-                any = true;
-                box.setLeft(std::min(box.left(), point.x()));
-                box.setRight(std::max(box.right(), point.x()));
-                box.setTop(std::min(box.top(), point.y()));
-                box.setBottom(std::max(box.bottom(), point.y()));
-            }
+    for (const MapPanel &panel : picture.panels) {
+        if (panel.layers.isEmpty())
+            continue;
+        const MapLayer &layer = panel.layers.first();
+        box = box.united(layer.grid.bounds);
+        for (const MapShape &shape : layer.shapes) {
+            // QRectF::united ignores a box without area, such as that of a point.
+            const QRectF own = boundsOf(shape.parts);
+            box = box.isNull() ? own
+                               : QRectF(QPointF(std::min(box.left(), own.left()),
+                                                std::min(box.top(), own.top())),
+                                        QPointF(std::max(box.right(), own.right()),
+                                                std::max(box.bottom(), own.bottom())));
         }
     }
     return box;
 }
 
-/// The transformation from map coordinates to pixels: equal scales on both axes, centred, north up.
-QTransform fit(const MapPicture &picture, const QRectF &area)
+/// How much shorter a degree of longitude is than one of latitude.
+double squeezeOf(const MapPicture &picture, const QRectF &frame)
 {
     constexpr double kRadian = 3.14159265358979323846 / 180;
-    const QRectF box = picture.frame.isEmpty() ? extent(picture.shapes) : picture.frame;
-    const double squeeze =
-        picture.geographic ? std::max(0.1, std::cos(box.center().y() * kRadian)) : 1.0;
-    const double width = std::max(box.width() * squeeze, 1e-12);
-    const double height = std::max(box.height(), 1e-12);
+    return picture.geographic ? std::max(0.1, std::cos(frame.center().y() * kRadian)) : 1.0;
+}
+
+/// Where the panels of a picture stand.
+class PanelGrid {
+public:
+    PanelGrid(const QRectF &area, int panels, const QSizeF &content, double captionHeight,
+              double gap)
+        : mArea(area), mCaption(captionHeight), mGap(gap)
+    {
+        double best = -1;
+        for (int columns = 1; columns <= panels; ++columns) {
+            const int rows = (panels + columns - 1) / columns;
+            const QSizeF cell((area.width() - (columns - 1) * gap) / columns,
+                              (area.height() - (rows - 1) * gap) / rows);
+            const double scale = std::min(cell.width() / content.width(),
+                                          (cell.height() - captionHeight) / content.height());
+            if (scale > best * 1.001) {
+                best = scale;
+                mColumns = columns;
+                mCell = cell;
+            }
+        }
+    }
+    /// The whole cell of a panel, with its caption.
+    QRectF cell(int panel) const
+    {
+        return QRectF(mArea.left() + (panel % mColumns) * (mCell.width() + mGap),
+                      mArea.top() + (panel / mColumns) * (mCell.height() + mGap), mCell.width(),
+                      mCell.height());
+    }
+    QRectF map(int panel) const
+    {
+        const QRectF all = cell(panel);
+        return QRectF(all.left(), all.top() + mCaption, std::max(1.0, all.width()),
+                      std::max(1.0, all.height() - mCaption));
+    }
+
+private:
+    QRectF mArea;
+    QSizeF mCell;
+    double mCaption;
+    double mGap;
+    int mColumns = 1;
+};
+
+/// The transformation from map coordinates to pixels: equal scales on both axes, centred, north up.
+QTransform fit(const QRectF &frame, double squeeze, const QRectF &area)
+{
+    const double width = std::max(frame.width() * squeeze, 1e-12);
+    const double height = std::max(frame.height(), 1e-12);
     const double scale = std::min(area.width() / width, area.height() / height);
     QTransform transform;
     transform.translate(area.center().x(), area.center().y());
     transform.scale(scale * squeeze, -scale);
-    transform.translate(-box.center().x(), -box.center().y());
+    transform.translate(-frame.center().x(), -frame.center().y());
     return transform;
 }
 
-QPainterPath areaPath(const MapShape &shape, const QTransform &transform)
-{
-    QPainterPath path;
-    path.setFillRule(Qt::OddEvenFill); // rings are not marked as outer rings or holes
-    for (const auto &part : shape.parts) {
-        path.addPolygon(transform.map(QPolygonF(part)));
-        path.closeSubpath();
+/// Draws one panel.
+class PanelPainter {
+public:
+    PanelPainter(QPainter &painter, const MapPanel &panel, const Theme &theme, const QRectF &frame,
+                 const QTransform &transform)
+        : mPainter(painter),
+          mPanel(panel),
+          mTheme(theme),
+          mFrame(transform.mapRect(frame)),
+          mTransform(transform)
+    {
     }
-    return path;
-}
-
-QColor colorOf(const MapPicture &picture, const MapShape &shape)
-{
-    return shape.classIndex < 0 ? kMissingColor : picture.legend[shape.classIndex].color;
-}
-
-void drawAreas(QPainter &painter, const MapPicture &picture, const QTransform &transform,
-               const Layout &layout)
-{
-    QVector<QPainterPath> paths;
-    for (const MapShape &shape : picture.shapes)
-        paths.append(shape.kind == MapShape::Area ? areaPath(shape, transform) : QPainterPath());
-    // An outline below the fill separates light classes from the background.
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(kOutline, layout.unit(2.4), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    for (const QPainterPath &path : paths)
-        painter.drawPath(path);
-    painter.setPen(QPen(kBorder, layout.unit(0.9), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    for (int i = 0; i < paths.size(); ++i) {
-        painter.setBrush(colorOf(picture, picture.shapes[i]));
-        painter.drawPath(paths[i]);
+    MapDrawing draw()
+    {
+        for (const MapLayer &layer : mPanel.layers) {
+            drawGrid(layer);
+            drawAreas(layer);
+            drawLines(layer);
+            drawPlaces(layer);
+        }
+        drawLinks();
+        return drawLabels();
     }
-}
 
-void drawLines(QPainter &painter, const MapPicture &picture, const QTransform &transform,
-               const Layout &layout)
-{
-    painter.setBrush(Qt::NoBrush);
-    for (const MapShape &shape : picture.shapes) {
-        if (shape.kind != MapShape::Line)
-            continue;
-        painter.setPen(QPen(colorOf(picture, shape), layout.unit(3), Qt::SolidLine, Qt::RoundCap,
-                            Qt::RoundJoin));
-        for (const auto &part : shape.parts)
-            painter.drawPolyline(transform.map(QPolygonF(part)));
-    }
-}
-
-void drawPlaces(QPainter &painter, const MapPicture &picture, const QTransform &transform,
-                const Layout &layout)
-{
-    const auto count =
-        std::count_if(picture.shapes.begin(), picture.shapes.end(),
-                      [](const MapShape &shape) { return shape.kind == MapShape::Place; });
-    // The radius of points decreases with their number.
-    const double radius =
-        layout.unit(qBound(2.0, 40 / std::sqrt(static_cast<double>(count) + 1), 9.0));
-    painter.setPen(QPen(kInk, layout.unit(0.8)));
-    for (const MapShape &shape : picture.shapes) {
-        if (shape.kind != MapShape::Place)
-            continue;
-        painter.setBrush(colorOf(picture, shape));
-        for (const auto &part : shape.parts)
-            for (const QPointF &point : part)
-                painter.drawEllipse(transform.map(point), radius, radius);
-    }
-}
-
-void drawHeading(QPainter &painter, const MapPicture &picture, const Layout &layout)
-{
-    const double width = layout.size().width() - 2 * layout.margin();
-    const double below = drawText(painter, layout.font(42, QFont::Bold), kInk,
-                                  QPointF(layout.margin(), layout.unit(36)), width, picture.title);
-    drawText(painter, layout.font(24), kSoftInk, QPointF(layout.margin(), below + layout.unit(4)),
-             width, picture.subtitle);
-}
-
-void drawLegend(QPainter &painter, const MapPicture &picture, const Layout &layout)
-{
-    const QPointF corner = layout.legendTopLeft();
-    double y = drawText(painter, layout.font(22, QFont::DemiBold), kInk, corner,
-                        layout.legendWidth(), picture.legendTitle)
-               + layout.unit(14);
-    const double box = layout.unit(30);
-    const QFont font = layout.font(20);
-    const double textHeight = QFontMetricsF(font).height();
-    const auto entry = [&](const QColor &color, const QString &text, qint64 count) {
-        painter.setPen(QPen(kOutline, layout.unit(1)));
-        painter.setBrush(color);
-        painter.drawRect(QRectF(corner.x(), y, layout.unit(44), box));
-        const double textY = y + (box - textHeight) / 2;
-        const double left = corner.x() + layout.unit(58);
-        const double countWidth = layout.unit(56);
-        const double width = layout.legendWidth() - layout.unit(58) - countWidth;
-        drawText(painter, font, kInk, QPointF(left, textY), width, text);
-        drawText(painter, font, kSoftInk, QPointF(left + width, textY), countWidth,
-                 QString::number(count), Qt::AlignRight);
-        y += box + layout.unit(10);
+private:
+    struct Drawn {
+        QVector<QVector<QPointF>> rings; ///< pixels
+        int classIndex;
     };
-    // The largest class is on top.
-    for (int i = picture.legend.size() - 1; i >= 0; --i)
-        entry(picture.legend[i].color, picture.legend[i].text, picture.legend[i].count);
-    if (picture.missingCount > 0) {
-        y += layout.unit(8);
-        entry(kMissingColor, QStringLiteral("no value"), picture.missingCount);
+
+    bool isOutside(const QRectF &box) const
+    {
+        return box.right() < mFrame.left() || box.left() > mFrame.right()
+               || box.bottom() < mFrame.top() || box.top() > mFrame.bottom();
     }
+    /// Whether a box has to be clipped; half a pixel is left to rounding.
+    bool exceeds(const QRectF &box) const
+    {
+        return !mFrame.adjusted(-0.5, -0.5, 0.5, 0.5).contains(box.topLeft())
+               || !mFrame.adjusted(-0.5, -0.5, 0.5, 0.5).contains(box.bottomRight());
+    }
+    void pauseAt(int shape) const
+    {
+        if (shape % 64 == 0)
+            stopIfCancelled();
+    }
+
+    QVector<QVector<QPointF>> ringsOf(const MapShape &shape) const
+    {
+        QVector<QVector<QPointF>> rings;
+        for (const auto &part : shape.parts)
+            rings.append(mapped(part, mTransform, kThinning));
+        const QRectF box = boundsOf(rings);
+        if (isOutside(box))
+            return {};
+        if (exceeds(box)) {
+            for (auto &ring : rings)
+                ring = clippedRing(ring, mFrame);
+            rings.erase(std::remove_if(rings.begin(), rings.end(),
+                                       [](const auto &ring) { return ring.size() < 3; }),
+                        rings.end());
+        }
+        return rings;
+    }
+    static QPainterPath pathOf(const QVector<QVector<QPointF>> &rings)
+    {
+        QPainterPath path;
+        path.setFillRule(Qt::OddEvenFill); // rings are not marked as outer rings or holes
+        for (const auto &ring : rings) {
+            path.addPolygon(QPolygonF(ring));
+            path.closeSubpath();
+        }
+        return path;
+    }
+
+    void drawAreas(const MapLayer &layer)
+    {
+        QVector<Drawn> areas;
+        double side = 0;
+        for (int i = 0; i < layer.shapes.size(); ++i) {
+            pauseAt(i);
+            if (layer.shapes[i].kind != MapShape::Area)
+                continue;
+            const Drawn area{ringsOf(layer.shapes[i]), layer.shapes[i].classIndex};
+            if (area.rings.isEmpty())
+                continue;
+            const QRectF box = boundsOf(area.rings);
+            side += std::sqrt(box.width() * box.height());
+            areas.append(area);
+        }
+        if (areas.isEmpty())
+            return;
+        // Borders become thinner with the areas, since they hide a part of their colours.
+        const double border =
+            mTheme.unit(kBorder) * std::min(1.0, side / areas.size() / mTheme.unit(18));
+        if (layer.colors.isEmpty())
+            strokeAreas(areas, QPen(colors::softInk, std::max(mTheme.unit(1.4), 2 * border)));
+        else
+            fillAreas(areas, layer.colors, border);
+    }
+    void strokeAreas(const QVector<Drawn> &areas, QPen pen)
+    {
+        pen.setJoinStyle(Qt::RoundJoin);
+        mPainter.setBrush(Qt::NoBrush);
+        mPainter.setPen(pen);
+        for (int i = 0; i < areas.size(); ++i) {
+            pauseAt(i);
+            mPainter.drawPath(pathOf(areas[i].rings));
+        }
+    }
+    void fillAreas(const QVector<Drawn> &areas, const QVector<QColor> &fills, double border)
+    {
+        // An outline below the fill separates light classes from the background.
+        if (areas.size() <= kMostOutlined)
+            strokeAreas(areas, QPen(colors::outline, mTheme.unit(2.4)));
+        const bool hasBorder = border >= kNoBorder;
+        QPen pen(colors::border, border);
+        pen.setJoinStyle(Qt::RoundJoin);
+        // Without borders the edges of neighbours would blend with the ground between them.
+        mPainter.setRenderHint(QPainter::Antialiasing, hasBorder);
+        for (int i = 0; i < areas.size(); ++i) {
+            pauseAt(i);
+            const QPainterPath path = pathOf(areas[i].rings);
+            const bool hasValue = areas[i].classIndex >= 0;
+            mPainter.setPen(hasBorder ? pen : QPen(Qt::NoPen));
+            mPainter.setBrush(hasValue ? fills[areas[i].classIndex] : colors::missing);
+            mPainter.drawPath(path);
+            if (hasValue)
+                continue;
+            mPainter.setPen(QPen(colors::hatch, mTheme.unit(1.2)));
+            mPainter.drawLines(hatchLines(areas[i].rings, mTheme.unit(kHatchStep)));
+            mPainter.strokePath(path, QPen(colors::hatch, std::max(border, 0.5)));
+        }
+        mPainter.setRenderHint(QPainter::Antialiasing, true);
+    }
+
+    void drawLines(const MapLayer &layer)
+    {
+        mPainter.setBrush(Qt::NoBrush);
+        for (int i = 0; i < layer.shapes.size(); ++i) {
+            pauseAt(i);
+            const MapShape &shape = layer.shapes[i];
+            if (shape.kind != MapShape::Line)
+                continue;
+            const bool classed = !layer.colors.isEmpty();
+            const bool hasValue = classed && shape.classIndex >= 0;
+            mPainter.setPen(QPen(hasValue  ? layer.colors[shape.classIndex]
+                                 : classed ? colors::hatch
+                                           : colors::softInk,
+                                 mTheme.unit(classed ? 3 : 1.6),
+                                 classed && !hasValue ? Qt::DashLine : Qt::SolidLine, Qt::FlatCap,
+                                 Qt::RoundJoin));
+            for (const auto &part : shape.parts) {
+                const QVector<QPointF> line = mapped(part, mTransform, kThinning);
+                const QRectF box = boundsOf({line});
+                if (isOutside(box))
+                    continue;
+                if (!exceeds(box))
+                    mPainter.drawPolyline(QPolygonF(line));
+                else
+                    for (const auto &piece : clippedLine(line, mFrame))
+                        mPainter.drawPolyline(QPolygonF(piece));
+            }
+        }
+    }
+
+    void drawPlaces(const MapLayer &layer)
+    {
+        const auto count =
+            std::count_if(layer.shapes.begin(), layer.shapes.end(),
+                          [](const MapShape &shape) { return shape.kind == MapShape::Place; });
+        // The radius decreases with the number of points, but a colour remains readable.
+        const bool classed = !layer.colors.isEmpty();
+        const double radius =
+            classed ? mTheme.unit(qBound(3.6, 90 / std::sqrt(static_cast<double>(count) + 1), 11.0))
+                    : mTheme.unit(2.6);
+        for (int i = 0; i < layer.shapes.size(); ++i) {
+            pauseAt(i);
+            const MapShape &shape = layer.shapes[i];
+            if (shape.kind != MapShape::Place)
+                continue;
+            const bool hasValue = classed && shape.classIndex >= 0;
+            const QColor fill = hasValue  ? layer.colors[shape.classIndex]
+                                : classed ? QColor(Qt::white)
+                                          : colors::softInk;
+            mPainter.setBrush(fill);
+            mPainter.setPen(QPen(hasValue ? fill.darker(170) : colors::softInk, mTheme.unit(1)));
+            for (const auto &part : shape.parts)
+                for (const QPointF &point : part)
+                    if (const QPointF at = mTransform.map(point);
+                        mFrame.adjusted(-1, -1, 1, 1).contains(at))
+                        mPainter.drawEllipse(at, radius, radius);
+        }
+    }
+
+    /// Draws cells as one image of the device's pixels, or of finer ones for a device without: other
+    /// readers would smooth a small image.
+    void drawGrid(const MapLayer &layer)
+    {
+        const MapGrid &grid = layer.grid;
+        if (grid.rows < 1 || grid.columns < 1)
+            return;
+        const QRectF whole = mTransform.mapRect(grid.bounds);
+        const QRectF shown = whole.intersected(mFrame);
+        if (shown.isEmpty())
+            return;
+        drawHatch(mPainter, shown, mTheme);
+        const bool hasPixels = mPainter.device()->devType() == QInternal::Image;
+        const double fine = hasPixels ? 1 : 2;
+        const QRectF box = hasPixels ? QRectF(shown.toAlignedRect()) : shown;
+        QImage image((box.size() * fine).toSize().expandedTo(QSize(1, 1)),
+                     QImage::Format_ARGB32_Premultiplied);
+        QVector<QRgb> fills;
+        for (const QColor &color : layer.colors)
+            fills.append(color.rgb());
+        for (int y = 0; y < image.height(); ++y) {
+            pauseAt(y);
+            auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+            const double down =
+                (box.top() + (y + 0.5) / image.height() * box.height() - whole.top())
+                / whole.height();
+            const int row = static_cast<int>(std::floor(down * grid.rows));
+            for (int x = 0; x < image.width(); ++x) {
+                const double across =
+                    (box.left() + (x + 0.5) / image.width() * box.width() - whole.left())
+                    / whole.width();
+                const int column = static_cast<int>(std::floor(across * grid.columns));
+                const bool isInside =
+                    row >= 0 && row < grid.rows && column >= 0 && column < grid.columns;
+                const int index =
+                    isInside ? grid.classes[row * grid.columns + column] : MapGrid::kMissing;
+                line[x] = index == MapGrid::kMissing ? 0 : fills[index];
+            }
+        }
+        mPainter.drawImage(box, image);
+    }
+
+    void drawLinks()
+    {
+        const double width = mPanel.links.size() > 3000 ? 0.8 : 1.4;
+        QVector<QLineF> lines;
+        for (const QLineF &link : mPanel.links) {
+            const QVector<QPointF> ends{mTransform.map(link.p1()), mTransform.map(link.p2())};
+            for (const auto &piece : clippedLine(ends, mFrame))
+                lines.append(QLineF(piece.first(), piece.last()));
+        }
+        // A light casing separates the links from dark classes.
+        QColor casing(Qt::white);
+        casing.setAlphaF(0.7);
+        for (const QPen &pen :
+             {QPen(casing, mTheme.unit(3 * width)), QPen(colors::ink, mTheme.unit(width))}) {
+            mPainter.setPen(pen);
+            for (int i = 0; i < lines.size(); ++i) {
+                pauseAt(i);
+                mPainter.drawLine(lines[i]);
+            }
+        }
+        mPainter.setBrush(Qt::white);
+        mPainter.setPen(QPen(colors::ink, mTheme.unit(2)));
+        for (const QPointF &island : mPanel.islands)
+            if (const QPointF at = mTransform.map(island); mFrame.contains(at))
+                mPainter.drawEllipse(at, mTheme.unit(6), mTheme.unit(6));
+    }
+
+    MapDrawing drawLabels()
+    {
+        struct Candidate {
+            QString text;
+            QRectF box;
+            double size;
+        };
+        const QFont font = mTheme.font(16);
+        const QFontMetricsF metrics(font);
+        QVector<Candidate> candidates;
+        MapDrawing result;
+        for (int i = 0; i < mPanel.labels.size(); ++i) {
+            pauseAt(i);
+            const MapLabel &label = mPanel.labels[i];
+            QVector<QVector<QPointF>> parts;
+            for (const auto &part : label.parts)
+                parts.append(mapped(part, mTransform, 1));
+            const QRectF extent = boundsOf(parts);
+            const QSizeF size(metrics.horizontalAdvance(label.text), metrics.height());
+            double width = 0;
+            QPointF at = label.isArea
+                             ? labelPlace(parts, width)
+                             : extent.center() + QPointF(mTheme.unit(14) + size.width() / 2, 0);
+            // A text may reach beyond its object, but must remain recognizable as its own.
+            const bool fits = !label.isArea || size.width() <= 1.7 * width;
+            const QRectF box(at - QPointF(size.width() / 2, size.height() / 2), size);
+            if (fits && mFrame.contains(box))
+                candidates.append({label.text, box, extent.width() * extent.height()});
+            else
+                ++result.labelsOmitted;
+        }
+        std::stable_sort(candidates.begin(), candidates.end(),
+                         [](const Candidate &a, const Candidate &b) { return a.size > b.size; });
+        QVector<QRectF> taken;
+        for (const Candidate &candidate : candidates) {
+            const QRectF room = candidate.box.adjusted(-mTheme.unit(2), 0, mTheme.unit(2), 0);
+            if (std::any_of(taken.begin(), taken.end(),
+                            [&](const QRectF &other) { return other.intersects(room); })) {
+                ++result.labelsOmitted;
+                continue;
+            }
+            taken.append(room);
+            ++result.labelsDrawn;
+            drawHaloText(candidate.text, font,
+                         candidate.box.topLeft() + QPointF(0, metrics.ascent()));
+        }
+        return result;
+    }
+    void drawHaloText(const QString &text, const QFont &font, const QPointF &baseline)
+    {
+        QPainterPath path;
+        path.addText(baseline, font, text);
+        QColor halo(Qt::white);
+        halo.setAlphaF(0.92);
+        mPainter.strokePath(path,
+                            QPen(halo, mTheme.unit(5), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        mPainter.setFont(font);
+        mPainter.setPen(colors::ink);
+        mPainter.drawText(baseline, text);
+    }
+
+    QPainter &mPainter;
+    const MapPanel &mPanel;
+    const Theme &mTheme;
+    QRectF mFrame; ///< pixels
+    QTransform mTransform;
+};
+
+/// @return the height of the caption of a panel; 0 if no panel has one.
+double captionHeight(const MapPicture &picture, const Theme &theme)
+{
+    const bool any = std::any_of(picture.panels.begin(), picture.panels.end(),
+                                 [](const MapPanel &panel) { return !panel.caption.isEmpty(); });
+    return any ? QFontMetricsF(theme.font(24, QFont::Bold)).height() + theme.unit(6) : 0;
+}
+
+void drawCaption(QPainter &painter, const Theme &theme, const MapPanel &panel, const QRectF &cell)
+{
+    const QFont font = theme.font(24, QFont::Bold);
+    const QFontMetricsF metrics(font);
+    const double width =
+        std::min(cell.width(), metrics.horizontalAdvance(panel.caption) + theme.unit(14));
+    drawText(painter, font, colors::ink, cell.topLeft(), width, panel.caption);
+    const QFontMetricsF small(theme.smallFont());
+    drawText(painter, theme.smallFont(), colors::softInk,
+             QPointF(cell.left() + width, cell.top() + metrics.ascent() - small.ascent()),
+             cell.width() - width, panel.note);
 }
 
 } // namespace
 
+MapDrawing drawMap(QPainter &painter, const MapPicture &picture)
+{
+    const Theme theme(picture.size);
+    QRectF area = theme.drawTexts(painter, picture.texts);
+    const Legend legend(picture.legend, theme, theme.legendSpace(area.size()));
+    if (!legend.isEmpty()) {
+        legend.draw(painter, QPointF(area.right() - legend.width(), area.top()));
+        area.setRight(area.right() - legend.width() - theme.unit(36));
+    }
+    const QRectF frame = picture.frame.isEmpty() ? extent(picture) : picture.frame;
+    const double squeeze = squeezeOf(picture, frame);
+    const bool isSingle = picture.panels.size() == 1;
+    if (picture.geographic && isSingle)
+        area.adjust(graticuleRoom(theme).width(), 0, 0, -graticuleRoom(theme).height());
+    if (picture.metresPerUnit > 0)
+        area.setBottom(area.bottom() - scaleBarHeight(theme));
+
+    const PanelGrid grid(
+        area, std::max(1, static_cast<int>(picture.panels.size())),
+        QSizeF(std::max(frame.width() * squeeze, 1e-12), std::max(frame.height(), 1e-12)),
+        captionHeight(picture, theme), theme.unit(26));
+    MapDrawing result;
+    for (int i = 0; i < picture.panels.size(); ++i) {
+        stopIfCancelled();
+        const QTransform transform = fit(frame, squeeze, grid.map(i));
+        const QRectF pixels = transform.mapRect(frame);
+        drawCaption(painter, theme, picture.panels[i], grid.cell(i));
+        if (picture.isFramed)
+            painter.fillRect(pixels, colors::ground);
+        if (picture.geographic)
+            drawGraticule(painter, theme, frame, transform, isSingle);
+        PanelPainter panel(painter, picture.panels[i], theme, frame, transform);
+        const MapDrawing drawn = panel.draw();
+        result.labelsDrawn += drawn.labelsDrawn;
+        result.labelsOmitted += drawn.labelsOmitted;
+        if (picture.isFramed) {
+            painter.setPen(QPen(colors::outline, theme.unit(1)));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRect(pixels);
+        }
+    }
+    if (picture.metresPerUnit > 0 && !picture.panels.isEmpty())
+        drawScaleBar(painter, theme, area.bottomLeft(), area.width() / 4,
+                     picture.metresPerUnit / std::abs(fit(frame, squeeze, grid.map(0)).m22()));
+    return result;
+}
+
 QImage draw(const MapPicture &picture)
 {
-    const Layout layout(picture.size);
-    QImage image(picture.size, QImage::Format_RGB32);
+    QImage image(picture.size.pixels, QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-    const QTransform transform = fit(picture, layout.mapArea());
-    if (!picture.frame.isEmpty())
-        painter.fillRect(transform.mapRect(picture.frame), kGround);
-    drawAreas(painter, picture, transform, layout);
-    drawLines(painter, picture, transform, layout);
-    drawPlaces(painter, picture, transform, layout);
-    drawHeading(painter, picture, layout);
-    drawLegend(painter, picture, layout);
-    drawText(painter, layout.font(16), kSoftInk,
-             QPointF(layout.margin(), picture.size.height() - layout.unit(44)),
-             picture.size.width() - 2 * layout.margin(), picture.footnote);
+    drawMap(painter, picture);
     return image;
+}
+
+MapDrawing savePicture(const MapPicture &picture, const QString &path)
+{
+    MapDrawing result;
+    savePicture(path, picture.size.pixels, picture.texts.title,
+                [&](QPainter &painter) { result = drawMap(painter, picture); });
+    return result;
 }
 
 } // namespace meridor

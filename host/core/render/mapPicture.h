@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
-/// Draws a choropleth map: a title, shapes filled by class, and a legend. It does not access the
+/// Draws maps: a title, one or several panels of layers, and a legend. It does not access the
 /// project.
 #pragma once
 #include <QColor>
 #include <QImage>
+#include <QLineF>
 #include <QPointF>
 #include <QRectF>
 #include <QString>
 #include <QVector>
 #include "core/export.h"
 #include "core/render/legend.h"
+#include "core/render/theme.h"
 
 namespace meridor {
 
@@ -20,21 +22,63 @@ struct MapShape {
     int classIndex = -1;             ///< -1: no value
 };
 
-struct MapPicture {
-    QString title;
-    QString subtitle;
-    QString legendTitle;
-    QString footnote;
-    QVector<MapShape> shapes;
-    QVector<LegendEntry> legend; ///< by class index
-    int missingCount = 0;
-    QRectF frame;            ///< extent in map coordinates; empty: that of the shapes
-    bool geographic = false; ///< degrees: x is scaled by the cosine of the middle latitude
-    QSize size{1600, 1000};
+/// A grid, possibly with fewer cells than that of the project.
+struct MapGrid {
+    static constexpr quint8 kMissing = 255;
+
+    QRectF bounds; ///< map coordinates
+    int rows = 0;
+    int columns = 0;
+    QVector<quint8> classes; ///< by row from the largest y, then column
 };
 
-extern MERIDOR_EXPORT const QColor kMissingColor;
+struct MapLayer {
+    QVector<MapShape> shapes;
+    MapGrid grid;
+    QVector<QColor> colors; ///< by class index; empty: outlines without classes
+};
 
+struct MapLabel {
+    QString text;
+    QVector<QVector<QPointF>> parts; ///< of the object
+    bool isArea = false;
+};
+
+struct MapPanel {
+    QString caption;
+    QString note; ///< beside the caption
+    QVector<MapLayer> layers;
+    QVector<QLineF> links;
+    QVector<QPointF> islands; ///< objects without links
+    QVector<MapLabel> labels;
+    // Of the first layer:
+    qint64 drawn = 0; ///< objects or cells
+    qint64 missing = 0;
+    QVector<qint64> counts; ///< by class index
+    qint64 linkCount = 0;   ///< each direction of a link counted
+};
+
+struct MapPicture {
+    PictureTexts texts;
+    PictureSize size;
+    QVector<LegendBlock> legend;
+    QVector<MapPanel> panels;
+    QRectF frame;             ///< extent in map coordinates; empty: that of the first layers
+    bool isFramed = false;    ///< whether the frame has a ground and a border
+    bool geographic = false;  ///< degrees: x is scaled by the cosine of the middle latitude
+    double metresPerUnit = 0; ///< of map coordinates; 0: unknown
+};
+
+/// What drawing decided.
+struct MapDrawing {
+    int labelsDrawn = 0;
+    int labelsOmitted = 0; ///< because they would overlap others
+};
+
+/// Draws on a painter of picture.size.pixels. Raises a Failure on a cancel.
+MERIDOR_EXPORT MapDrawing drawMap(QPainter &painter, const MapPicture &picture);
 MERIDOR_EXPORT QImage draw(const MapPicture &picture);
+/// Writes a PNG, SVG or PDF file: see pictureFile.h.
+MERIDOR_EXPORT MapDrawing savePicture(const MapPicture &picture, const QString &path);
 
 } // namespace meridor

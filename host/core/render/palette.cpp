@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
-// Ramps are defined by a few anchor colours and interpolated in OKLab (B. Ottosson 2020, "A
-// perceptual color space for image processing"), in which equal distances are perceived as equal.
+// Ramps of our own are defined by four anchor colours. Colours are interpolated in OKLab (B.
+// Ottosson 2020, "A perceptual color space for image processing"), in which equal distances are
+// perceived as equal.
 #include "core/render/palette.h"
-#include <QMap>
-#include <array>
+#include <algorithm>
 #include <cmath>
+#include "core/project/failure.h"
+#include "core/project/text.h"
+#include "core/render/namedPalettes.h"
 
 namespace meridor {
 namespace {
@@ -47,16 +50,66 @@ QColor toColor(const Lab &lab)
                             gamma(-0.0041960863 * l - 0.7034186147 * m + 1.7076147010 * s));
 }
 
-using Anchors = std::array<const char *, 4>;
+using Colors = QVector<QColor>;
 
-const QVector<QPair<QString, Anchors>> &palettes()
+/// `count` colours at equal distances along the anchors.
+Colors interpolated(const Colors &anchors, int count)
 {
-    static const QVector<QPair<QString, Anchors>> list{
-        {QStringLiteral("lagoon"), {"#ebf2c4", "#9ed3b4", "#2f8fa8", "#173a6b"}},
-        {QStringLiteral("ember"), {"#fbedc8", "#f5b971", "#d3572f", "#6e1423"}},
-        {QStringLiteral("heather"), {"#efe6ee", "#cdb6d6", "#9166a8", "#431a60"}},
-        {QStringLiteral("slate"), {"#e9edef", "#b8c4cc", "#6d8291", "#22303c"}}};
-    return list;
+    Colors colors;
+    const int last = anchors.size() - 1;
+    for (int i = 0; i < count; ++i) {
+        const double position = count == 1 ? last / 2.0 : double(last) * i / (count - 1);
+        const int low = std::min(last - 1, static_cast<int>(position));
+        const double share = position - low;
+        const Lab a = toLab(anchors[low]);
+        const Lab b = toLab(anchors[low + 1]);
+        colors.append(toColor(
+            {a.l + (b.l - a.l) * share, a.a + (b.a - a.a) * share, a.b + (b.b - a.b) * share}));
+    }
+    return colors;
+}
+
+struct Ramp {
+    const char *name;
+    const char *anchors; ///< as rrggbb, one after the other
+};
+constexpr Ramp kRamps[] = {{"lagoon", "ebf2c49ed3b42f8fa8173a6b"},
+                           {"ember", "fbedc8f5b971d3572f6e1423"},
+                           {"heather", "efe6eecdb6d69166a8431a60"},
+                           {"slate", "e9edefb8c4cc6d829122303c"}};
+
+Colors unpacked(const char *packed, int first, int count)
+{
+    const QString text = QLatin1String(packed);
+    Colors colors;
+    for (int i = first; i < first + count; ++i)
+        colors.append(QColor(QLatin1Char('#') + text.mid(6 * i, 6)));
+    return colors;
+}
+
+bool isCalled(const char *name, const QString &text)
+{
+    return text.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
+}
+
+const NamedPalette *findNamed(const QString &name)
+{
+    for (const NamedPalette &palette : namedPalettes())
+        if (isCalled(palette.name, name))
+            return &palette;
+    return nullptr;
+}
+
+Colors colorsOf(const NamedPalette &palette, int count)
+{
+    if (palette.kind == PaletteKind::Ramp)
+        return interpolated(unpacked(palette.colors, 0, palette.most), count);
+    // The set of n colours follows those of 3 to n - 1 colours.
+    const int chosen = qBound(3, count, palette.most);
+    const Colors set = unpacked(palette.colors, (chosen * (chosen - 1) - 6) / 2, chosen);
+    if (count == 2)
+        return {set.first(), set.last()};
+    return count == chosen ? set : interpolated(set, count);
 }
 
 } // namespace
@@ -64,32 +117,62 @@ const QVector<QPair<QString, Anchors>> &palettes()
 QStringList paletteNames()
 {
     QStringList names;
-    for (const auto &palette : palettes())
-        names.append(palette.first);
+    for (const Ramp &ramp : kRamps)
+        names.append(QLatin1String(ramp.name));
+    for (const NamedPalette &palette : namedPalettes())
+        if (palette.kind != PaletteKind::Qualitative)
+            names.append(QLatin1String(palette.name));
     return names;
+}
+
+QStringList unorderedPaletteNames()
+{
+    QStringList names;
+    for (const NamedPalette &palette : namedPalettes())
+        if (palette.kind == PaletteKind::Qualitative)
+            names.append(QLatin1String(palette.name));
+    return names;
+}
+
+void requirePalette(const QString &name)
+{
+    const QStringList names = paletteNames() + unorderedPaletteNames();
+    if (!names.contains(name, Qt::CaseInsensitive))
+        failUsage(QStringLiteral("no palette %1; there are: %2").arg(name, someOf(names, 99)));
 }
 
 QVector<QColor> sequentialColors(const QString &palette, int count)
 {
-    Anchors anchors = palettes().first().second;
-    for (const auto &entry : palettes())
-        if (entry.first == palette)
-            anchors = entry.second;
-    QVector<QColor> colors;
-    for (int i = 0; i < count; ++i) {
-        const double position = count == 1 ? 1.5 : 3.0 * i / (count - 1);
-        const auto low = static_cast<size_t>(qMin(2, static_cast<int>(position)));
-        const double share = position - static_cast<double>(low);
-        const Lab a = toLab(QColor(QLatin1String(anchors[low])));
-        const Lab b = toLab(QColor(QLatin1String(anchors[low + 1])));
-        colors.append(toColor(
-            {a.l + (b.l - a.l) * share, a.a + (b.a - a.a) * share, a.b + (b.b - a.b) * share}));
-    }
-    return colors;
+    if (count < 1)
+        return {};
+    const NamedPalette *named = findNamed(palette);
+    if (named && named->kind != PaletteKind::Qualitative)
+        return colorsOf(*named, count);
+    const char *anchors = kRamps[0].anchors;
+    for (const Ramp &ramp : kRamps)
+        if (isCalled(ramp.name, palette))
+            anchors = ramp.anchors;
+    return interpolated(unpacked(anchors, 0, 4), count);
 }
 
-QVector<QColor> categoricalColors(int count)
+int categoricalColorCount(const QString &palette)
 {
+    const NamedPalette *named = findNamed(palette);
+    return named && named->kind == PaletteKind::Qualitative ? named->most : 12;
+}
+
+QVector<QColor> categoricalColors(int count, const QString &palette)
+{
+    const NamedPalette *named = findNamed(palette);
+    if (named && named->kind == PaletteKind::Qualitative) {
+        const Colors set = unpacked(named->colors, 0, named->most);
+        Colors repeated;
+        for (int i = 0; i < count; ++i)
+            repeated.append(set[i % set.size()]);
+        return repeated;
+    }
+    if (!palette.isEmpty() && paletteNames().contains(palette, Qt::CaseInsensitive))
+        return sequentialColors(palette, count);
     constexpr double kPi = 3.14159265358979323846;
     QVector<QColor> colors;
     for (int i = 0; i < count; ++i) {

@@ -5,8 +5,10 @@
 #include <QFont>
 #include <QRectF>
 #include <QSize>
+#include <QSizeF>
 #include <QString>
 #include <QStringList>
+#include <algorithm>
 #include "core/export.h"
 
 class QPainter;
@@ -50,6 +52,12 @@ public:
     QFont subtitleFont() const { return font(23); }
     QFont textFont() const { return font(20); }
     QFont smallFont() const { return font(17); }
+    /// The largest size of a legend beside a picture: a third of it, or more if texts need it.
+    QSizeF legendSpace(const QSizeF &picture) const
+    {
+        return {std::max(0.34 * picture.width(), std::min(0.5 * picture.width(), unit(300))),
+                picture.height()};
+    }
     /// Draws title, subtitle and footnote. @return what is left for the picture itself.
     QRectF drawTexts(QPainter &painter, const PictureTexts &texts) const;
 

@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: MIT
+#include <QJsonObject>
+#include <memory>
+#include "cli/commands/commands.h"
+#include "cli/commands/pictureOptions.h"
+#include "core/analysis/weightSets.h"
+#include "core/plot/plots.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/safeFile.h"
+#include "core/render/pictureFile.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/MDataset.h"
+
+namespace meridor {
+namespace {
+
+struct Options {
+    QString project;
+    QString dataset;
+    QString other;
+    QString output;
+    QString at;
+    QStringList times;
+    QStringList objects;
+    QString label;
+    QString title;
+    QString subtitle;
+    ClassOptions classes;
+    SizeOptions size;
+};
+
+qint64 timeOf(int dataset, const QString &at)
+{
+    return datasetOf(dataset)->IsStatic() ? chooseTimeOf(VORN_GetGeographyId(dataset), at)
+                                          : chooseTime(dataset, at);
+}
+
+/// The text of a time; the geography for what holds for good.
+QString timeText(int dataset, const QString &at)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    return !at.isEmpty()                    ? at
+           : datasetOf(dataset)->IsStatic() ? geographyName(geography)
+                                            : axisOf(geography).show(timeOf(dataset, at));
+}
+
+/// Makes a plot and its title and subtitle, if the options state none.
+using Make = Plot (*)(int dataset, const Options &options, PictureTexts &texts);
+
+Plot makeHistogram(int dataset, const Options &options, PictureTexts &texts)
+{
+    texts = {datasetName(dataset), timeText(dataset, options.at), {}};
+    return histogram(dataset, timeOf(dataset, options.at), options.classes.rule());
+}
+
+Plot makeBoxes(int dataset, const Options &options, PictureTexts &texts)
+{
+    const QVector<Interval> times = dataTimesAt(dataset, options.times);
+    texts = {datasetName(dataset), geographyName(VORN_GetGeographyId(dataset)), {}};
+    return boxesOverTime(dataset, times);
+}
+
+int labelOf(int dataset, const Options &options)
+{
+    return options.label.isEmpty() ? -1 : findDataset(VORN_GetGeographyId(dataset), options.label);
+}
+
+Plot makeScatter(int dataset, const Options &options, PictureTexts &texts)
+{
+    const int other = findDataset(VORN_GetGeographyId(dataset), options.other);
+    // Of two datasets the one that changes decides on the time.
+    const int timed = datasetOf(dataset)->IsStatic() ? other : dataset;
+    texts = {QStringLiteral("%1 and %2").arg(datasetName(dataset), datasetName(other)),
+             timeText(timed, options.at),
+             {}};
+    return scatter(dataset, other, timeOf(timed, options.at), labelOf(dataset, options));
+}
+
+Plot makeTimePlot(int dataset, const Options &options, PictureTexts &texts)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    QVector<int> objects;
+    for (const QString &object : options.objects)
+        objects.append(findObject(geography, object));
+    texts = {datasetName(dataset), geographyName(geography), {}};
+    Plot plot = timePlot(dataset, objects);
+    for (int i = 0; i < objects.size(); ++i)
+        plot.graph.series[i].name = options.objects[i];
+    return plot;
+}
+
+Plot makeMoran(int dataset, const Options &options, PictureTexts &texts)
+{
+    const qint64 time = timeOf(dataset, options.at);
+    const auto times =
+        dataTimesAt(dataset, options.at.isEmpty() ? QStringList() : QStringList{options.at});
+    texts = {QStringLiteral("Moran scatter of %1").arg(datasetName(dataset)),
+             timeText(dataset, options.at),
+             {}};
+    const Interval when =
+        datasetOf(dataset)->IsStatic() ? Interval{time, time, true, true} : times.last();
+    return moranScatter(dataset, findWeightSet(options.other), when, labelOf(dataset, options));
+}
+
+void run(const Options &options, Make make, const Context &context)
+{
+    requirePictureName(options.output);
+    options.classes.rule();
+    requireWritable(options.output, context.overwrite);
+    refuseInput(options.output, {options.project});
+    Session session(context.session, context.user);
+    session.load(options.project);
+    const int dataset = findDataset(options.dataset);
+    PictureTexts texts;
+    Plot plot = make(dataset, options, texts);
+    texts.footnote = plot.graph.texts.footnote;
+    if (!options.title.isEmpty())
+        texts.title = options.title;
+    if (!options.subtitle.isEmpty())
+        texts.subtitle = options.subtitle;
+    plot.graph.texts = texts;
+    plot.graph.size = options.size.size();
+    savePicture(plot.graph, options.output);
+    if (context.console.json) {
+        plot.numbers.insert(QStringLiteral("file"), options.output);
+        context.console.print(plot.numbers);
+    } else {
+        context.console.print(options.output + QStringLiteral(": ") + plot.summary);
+    }
+}
+
+/// Declares one kind of plot with what all have.
+class Kind {
+public:
+    Kind(const Command &plot, Context &context, const char *name, const char *help, Make make)
+        : mCommand(plot.verb(name, help)), mOptions(std::make_shared<Options>())
+    {
+        projectArgument(mCommand, mOptions->project);
+        datasetArgument(mCommand, mOptions->dataset);
+        auto options = mOptions;
+        mCommand.chosen([options, make, &context] {
+            context.run = [options, make](const Context &c) { run(*options, make, c); };
+        });
+    }
+    Options *operator->() const { return mOptions.get(); }
+    const Command &command() const { return mCommand; }
+    /// The arguments after the datasets, and the common options.
+    void finish(Context &context, const char *footer) const
+    {
+        mCommand.text("PICTURE", mOptions->output, "The file to write: .png, .svg or .pdf")
+            .required();
+        mCommand.text("--title", mOptions->title, "Title (default: the dataset's name)");
+        mCommand.text("--subtitle", mOptions->subtitle, "Text below the title");
+        mOptions->size.addTo(mCommand);
+        overwriteOption(mCommand, context);
+        mCommand.footer(footer);
+    }
+    void timeOption() const
+    {
+        mCommand.text("--at", mOptions->at, "The time (default: the dataset's last)");
+    }
+    void labelOption() const
+    {
+        mCommand.text("--label", mOptions->label,
+                      "A dataset whose values are drawn beside the points");
+    }
+
+private:
+    Command mCommand;
+    std::shared_ptr<Options> mOptions;
+};
+
+} // namespace
+
+void addPlot(const Command &app, Context &context)
+{
+    const Command plot = app.verb("plot", "Draw statistical graphs of datasets");
+    plot.needsVerb();
+    plot.footer("Example:\n  meridor plot histogram income.vorn income values.png --at 2009");
+
+    const Kind bars(plot, context, "histogram", "The values of a time and their classes",
+                    &makeHistogram);
+    bars.timeOption();
+    bars->classes.addTo(bars.command(), 64);
+    bars.finish(context,
+                "Example:\n  meridor plot histogram income.vorn income values.png --at 2009");
+
+    const Kind boxes(plot, context, "boxes", "The distribution of values at each time", &makeBoxes);
+    boxes.command()
+        .texts("--times", boxes->times, "Times, separated by commas (default: all)")
+        .partedBy(',');
+    boxes.finish(context, "Example:\n  meridor plot boxes income.vorn income boxes.svg");
+
+    const Kind points(plot, context, "scatter", "Two datasets, their line and correlation",
+                      &makeScatter);
+    points.command().text("OTHER", points->other, "The dataset on the vertical axis").required();
+    points.timeOption();
+    points.labelOption();
+    points.finish(context, "Example:\n  meridor plot scatter counties.vorn BIR74 SID74 deaths.png");
+
+    const Kind lines(plot, context, "time", "The values of objects over time", &makeTimePlot);
+    lines.command().texts("--object", lines->objects, "An object, by key or name; repeatable");
+    lines.finish(context, "Example:\n  meridor plot time income.vorn income lines.png --object "
+                          "Virginia --object Utah");
+
+    const Kind moran(plot, context, "moran", "Values beside those of their neighbours", &makeMoran);
+    moran.command().text("SET", moran->other, "The weight set").required();
+    moran.timeOption();
+    moran.labelOption();
+    moran.finish(context,
+                 "Example:\n  meridor plot moran income.vorn income queen moran.png --at 2009");
+}
+
+} // namespace meridor

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+#include <QJsonArray>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include "core/plot/plotValues.h"
+#include "core/plot/plots.h"
+#include "core/project/cancel.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/render/classes.h"
+#include "core/render/graphItem.h"
+#include "datainterface/DataAPI.h"
+
+namespace meridor {
+namespace {
+
+struct Box {
+    double at;
+    double low, firstQuartile, median, thirdQuartile, high; ///< low and high: of the whiskers
+    QVector<double> beyond;
+};
+
+Box boxOf(double at, QVector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    Box box{at, 0, quantileOf(values, 0.25), quantileOf(values, 0.5), quantileOf(values, 0.75),
+            0,  {}};
+    const double reach = 1.5 * (box.thirdQuartile - box.firstQuartile);
+    QVector<double> within;
+    for (const double value : values) {
+        const bool isNear =
+            value >= box.firstQuartile - reach && value <= box.thirdQuartile + reach;
+        (isNear ? within : box.beyond).append(value);
+    }
+    box.low = within.isEmpty() ? box.firstQuartile : within.first();
+    box.high = within.isEmpty() ? box.thirdQuartile : within.last();
+    return box;
+}
+
+class Boxes : public GraphItem {
+public:
+    explicit Boxes(const QVector<Box> &boxes) : mBoxes(boxes)
+    {
+        double nearest = HUGE_VAL;
+        for (int i = 1; i < boxes.size(); ++i)
+            nearest = std::min(nearest, boxes[i].at - boxes[i - 1].at);
+        mHalf = std::isfinite(nearest) ? nearest * 0.32 : 0.5;
+    }
+    QRectF bounds() const override
+    {
+        double low = HUGE_VAL;
+        double high = -HUGE_VAL;
+        for (const Box &box : mBoxes) {
+            low = std::min(low, box.low);
+            high = std::max(high, box.high);
+            for (const double value : box.beyond) {
+                low = std::min(low, value);
+                high = std::max(high, value);
+            }
+        }
+        return QRectF(QPointF(mBoxes.first().at - 2 * mHalf, low),
+                      QPointF(mBoxes.last().at + 2 * mHalf, high));
+    }
+    void draw(QPainter &painter, const GraphMap &map, const Theme &theme) const override
+    {
+        const QColor line = lineColor(0);
+        for (const Box &box : mBoxes) {
+            const double left = std::max(map.x(box.at - mHalf), map.x(box.at) - theme.unit(40));
+            const double right = std::min(map.x(box.at + mHalf), map.x(box.at) + theme.unit(40));
+            const double x = map.x(box.at);
+            const double pen = std::min(theme.unit(1.6), (right - left) / 4);
+            painter.setPen(QPen(line, pen));
+            painter.setBrush(QColor(0xcf, 0xe3, 0xea));
+            painter.drawLine(QPointF(x, map.y(box.low)), QPointF(x, map.y(box.firstQuartile)));
+            painter.drawLine(QPointF(x, map.y(box.thirdQuartile)), QPointF(x, map.y(box.high)));
+            painter.drawRect(QRectF(QPointF(left, map.y(box.thirdQuartile)),
+                                    QPointF(right, map.y(box.firstQuartile))));
+            painter.setPen(QPen(colors::ink, 1.8 * pen));
+            painter.drawLine(QPointF(left, map.y(box.median)), QPointF(right, map.y(box.median)));
+            painter.setPen(QPen(line, pen));
+            painter.setBrush(Qt::NoBrush);
+            const double radius = std::min(theme.unit(4), (right - left) / 2.5);
+            for (const double value : box.beyond)
+                painter.drawEllipse(QPointF(x, map.y(value)), radius, radius);
+        }
+    }
+
+private:
+    QVector<Box> mBoxes;
+    double mHalf; ///< half of the width of a box, in the unit of the axis
+};
+
+} // namespace
+
+Plot boxesOverTime(int dataset, const QVector<Interval> &times)
+{
+    requireNumbers(dataset);
+    const int geography = VORN_GetGeographyId(dataset);
+    const TimeScale scale(geography);
+    const TimeAxis axis = axisOf(geography);
+    QVector<Box> boxes;
+    QJsonArray rows;
+    for (const Interval &when : times) {
+        stopIfCancelled();
+        const QVector<double> values = presentValues(dataset, instantOf(when));
+        if (values.isEmpty())
+            continue;
+        boxes.append(boxOf(scale.middleOf(when), values));
+        const Box &box = boxes.last();
+        rows.append(QJsonObject{{QStringLiteral("time"), axis.show(when)},
+                                {QStringLiteral("values"), values.size()},
+                                {QStringLiteral("low"), box.low},
+                                {QStringLiteral("q1"), box.firstQuartile},
+                                {QStringLiteral("median"), box.median},
+                                {QStringLiteral("q3"), box.thirdQuartile},
+                                {QStringLiteral("high"), box.high},
+                                {QStringLiteral("beyond"), box.beyond.size()}});
+    }
+    if (boxes.isEmpty())
+        fail(QStringLiteral("%1 holds no values at these times").arg(datasetName(dataset)));
+    Plot plot;
+    plot.graph.items.append(std::make_shared<Boxes>(boxes));
+    plot.graph.x = scale.axis();
+    plot.graph.x.low = plot.graph.items.first()->bounds().left();
+    plot.graph.x.high = plot.graph.items.first()->bounds().right();
+    plot.graph.y.title = datasetName(dataset);
+    plot.graph.texts.footnote = QStringLiteral(
+        "Boxes: quartiles and median; whiskers: values within 1.5 interquartile ranges of the box");
+    plot.numbers = {{QStringLiteral("boxes"), rows}};
+    plot.summary = QStringLiteral("%1 boxes").arg(boxes.size());
+    return plot;
+}
+
+} // namespace meridor

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+/// Statistical graphs of datasets. Each function returns the graph and the numbers that it shows,
+/// as JSON, and raises a Failure if the data do not allow it.
+#pragma once
+#include <QJsonObject>
+#include <QString>
+#include <QVector>
+#include "core/export.h"
+#include "core/render/classification.h"
+#include "core/render/graph.h"
+#include "datainterface/TimeStamp.h"
+
+namespace meridor {
+
+struct Plot {
+    Graph graph;
+    QJsonObject numbers;
+    QString summary; ///< one line
+};
+
+/// Values of the objects that exist at a time, in bars of equal width, coloured by class, with the
+/// limits of the classes.
+MERIDOR_EXPORT Plot histogram(int dataset, qint64 time, const ClassRule &rule);
+/// A box for each time: quartiles, and whiskers to the farthest values within one and a half
+/// interquartile ranges of them (J. W. Tukey 1977). Values beyond are points.
+MERIDOR_EXPORT Plot boxesOverTime(int dataset, const QVector<Interval> &times);
+/// Two datasets of one geography at a time, with the least-squares line and the correlation r.
+/// @param labelField  a dataset whose values are written beside the points; -1: none.
+MERIDOR_EXPORT Plot scatter(int xDataset, int yDataset, qint64 time, int labelField);
+/// The values of objects over time, beside the mean of all objects.
+MERIDOR_EXPORT Plot timePlot(int dataset, const QVector<int> &objects);
+/// Values and weighted sums of the neighbours' values, both as deviations from the mean in standard
+/// deviations (L. Anselin 1996, in Spatial analytical perspectives on GIS).
+MERIDOR_EXPORT Plot moranScatter(int dataset, int weightSet, const Interval &when, int labelField);
+
+} // namespace meridor

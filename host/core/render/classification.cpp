@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+#include "core/render/classification.h"
+#include <QMap>
+#include <algorithm>
+#include <cmath>
+#include "core/project/cancel.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/text.h"
+#include "core/render/classes.h"
+#include "core/render/palette.h"
+#include "datainterface/MDataset.h"
+
+namespace meridor {
+namespace {
+
+const QColor kOthers(0xe8, 0xe6, 0xdf);
+
+struct Method {
+    const char *name;
+    const char *description;
+    const char *palette;
+};
+constexpr Method kMethods[] = {{"equal", "equal intervals", "lagoon"},
+                               {"quantile", "classes of equal size", "lagoon"},
+                               {"jenks", "natural breaks", "lagoon"},
+                               {"stddev", "standard deviations from the mean", "RdYlBu"},
+                               {"box", "quartiles and outliers", "RdYlBu"},
+                               {"unique", "", ""}};
+constexpr Method kOwnLimits = {"", "given limits", "lagoon"};
+
+const Method &methodOf(const ClassRule &rule)
+{
+    if (!rule.limits.isEmpty())
+        return kOwnLimits;
+    for (const Method &method : kMethods)
+        if (rule.method == QLatin1String(method.name))
+            return method;
+    return kMethods[2];
+}
+
+bool isMethod(const Method &method, const char *name)
+{
+    return qstrcmp(method.name, name) == 0;
+}
+
+/// The values of each time; of all times and objects if there are none.
+QVector<ValuesAt> valuesOf(int dataset, const QVector<qint64> &times)
+{
+    QVector<ValuesAt> values;
+    for (const qint64 time : times)
+        values.append(existingValuesAt(dataset, time));
+    if (!times.isEmpty())
+        return values;
+    for (const Interval &interval : dataTimes(dataset)) {
+        stopIfCancelled();
+        const qint64 time = instantOf(interval);
+        values.append(datasetOf(dataset)->IsStatic() ? valuesAt(dataset, time)
+                                                     : existingValuesAt(dataset, time));
+    }
+    return values;
+}
+
+/// The values of the times, ascending.
+QVector<double> sortedValues(int dataset, const QVector<qint64> &times)
+{
+    QVector<double> sorted;
+    for (const ValuesAt &values : valuesOf(dataset, times)) {
+        stopIfCancelled();
+        for (int i = 0; i < values.numbers.size(); ++i)
+            if (std::isfinite(values.numbers[i]) && !values.missing.contains(i))
+                sorted.append(values.numbers[i]);
+    }
+    std::sort(sorted.begin(), sorted.end());
+    return sorted;
+}
+
+QVector<double> deviationLimits(const QVector<double> &sorted)
+{
+    double mean = 0;
+    for (int i = 0; i < sorted.size(); ++i)
+        mean += (sorted[i] - mean) / (i + 1);
+    double sum = 0;
+    for (const double value : sorted)
+        sum += (value - mean) * (value - mean);
+    const double deviation = std::sqrt(sum / sorted.size());
+    QVector<double> limits;
+    for (int i = -2; i <= 2; ++i)
+        limits.append(mean + i * deviation);
+    return limits;
+}
+
+QVector<double> boxLimits(const QVector<double> &sorted)
+{
+    const double low = quantileOf(sorted, 0.25);
+    const double high = quantileOf(sorted, 0.75);
+    const double reach = 1.5 * (high - low);
+    return {low - reach, low, quantileOf(sorted, 0.5), high, high + reach};
+}
+
+/// The limits of classes that are open at both ends, closed by the smallest and the largest value.
+QVector<double> closed(QVector<double> limits, const QVector<double> &sorted)
+{
+    limits.prepend(std::min(limits.first(), sorted.first()));
+    limits.append(std::max(limits.last(), sorted.last()));
+    return limits;
+}
+
+/// Own limits, with a further class at an end that values are beyond.
+QVector<double> widened(QVector<double> limits, double least, double most)
+{
+    if (least < limits.first())
+        limits.prepend(least);
+    if (most > limits.last())
+        limits.append(most);
+    if (limits.size() == 1)
+        limits.append(limits.first());
+    return limits;
+}
+
+QString classText(double low, double high, int decimals)
+{
+    if (low == high)
+        return grouped(low, decimals);
+    return grouped(low, decimals) + QStringLiteral(" \u2013 ") + grouped(high, decimals);
+}
+
+/// The colours of a rule from the lowest class to the highest.
+QVector<QColor> colorsOf(const ClassRule &rule, int count)
+{
+    const QString own = QLatin1String(methodOf(rule).palette);
+    const bool unordered = unorderedPaletteNames().contains(rule.palette, Qt::CaseInsensitive);
+    QVector<QColor> colors =
+        unordered ? categoricalColors(count, rule.palette)
+                  : sequentialColors(rule.palette.isEmpty() ? own : rule.palette, count);
+    // RdYlBu begins with red, which is to mean high values.
+    const bool turned = rule.palette.isEmpty() && own == QLatin1String("RdYlBu");
+    if (rule.reversed != turned)
+        std::reverse(colors.begin(), colors.end());
+    return colors;
+}
+
+} // namespace
+
+QStringList classMethods()
+{
+    QStringList names;
+    for (const Method &method : kMethods)
+        names.append(QLatin1String(method.name));
+    return names;
+}
+
+void requireRule(const ClassRule &rule)
+{
+    if (!rule.method.isEmpty() && !classMethods().contains(rule.method))
+        failUsage(
+            QStringLiteral("no method %1; there are: %2").arg(rule.method, someOf(classMethods())));
+    if (!rule.limits.isEmpty() && !rule.method.isEmpty())
+        failUsage(QStringLiteral("given limits exclude the method %1").arg(rule.method));
+    for (int i = 0; i < rule.limits.size(); ++i)
+        if (!std::isfinite(rule.limits[i]) || (i > 0 && rule.limits[i] <= rule.limits[i - 1]))
+            failUsage(QStringLiteral("limits of classes ascend: %1 does not")
+                          .arg(exactNumber(rule.limits[i])));
+    if (!rule.palette.isEmpty())
+        requirePalette(rule.palette);
+}
+
+Classification::Classification(int dataset, const QVector<qint64> &times, const ClassRule &rule)
+{
+    requireRule(rule);
+    const bool numeric = datasetOf(dataset)->IsNumeric();
+    mUnique = rule.method == QLatin1String("unique") || !numeric;
+    if (!numeric
+        && (!rule.limits.isEmpty()
+            || (!rule.method.isEmpty() && rule.method != QLatin1String("unique"))))
+        fail(QStringLiteral("%1 holds texts; its classes are its unique values")
+                 .arg(datasetName(dataset)));
+    if (mUnique)
+        enumerate(dataset, times, rule);
+    else
+        divide(dataset, times, rule);
+}
+
+int Classification::of(double value) const
+{
+    if (mUnique)
+        return std::isfinite(value) ? of(exactNumber(value)) : -1;
+    return classOf(value, mLimits);
+}
+
+void Classification::divide(int dataset, const QVector<qint64> &times, const ClassRule &rule)
+{
+    const Method &method = methodOf(rule);
+    const bool boxes = isMethod(method, "box");
+    const bool open = boxes || isMethod(method, "stddev");
+    mDescription = QLatin1String(method.description);
+    if (open || !rule.limits.isEmpty()) {
+        const QVector<double> sorted = sortedValues(dataset, times);
+        if (!sorted.isEmpty())
+            mLimits = boxes  ? closed(boxLimits(sorted), sorted)
+                      : open ? closed(deviationLimits(sorted), sorted)
+                             : widened(rule.limits, sorted.first(), sorted.last());
+    } else {
+        const auto type = classificationOf(QLatin1String(method.name));
+        mLimits = times.isEmpty() ? breaksOfAll(dataset, type, rule.count)
+                                  : breaksAt(dataset, times, type, rule.count);
+        // Many equal values make limits that coincide. A first class from a limit to the same limit
+        // holds the values that equal it; any other such class is empty.
+        const bool startsEqual = mLimits.size() > 1 && mLimits[0] == mLimits[1];
+        mLimits.erase(std::unique(mLimits.begin(), mLimits.end()), mLimits.end());
+        if (startsEqual)
+            mLimits.prepend(mLimits.first());
+    }
+    const int count = std::max(0, static_cast<int>(mLimits.size()) - 1);
+    const QVector<QColor> colors = colorsOf(rule, count);
+    const int decimals = decimalsFor(open ? mLimits.mid(1, count - 1) : mLimits);
+    for (int i = 0; i < count; ++i) {
+        QString text = classText(mLimits[i], mLimits[i + 1], decimals);
+        if (open && i == 0)
+            text = QStringLiteral("up to ") + grouped(mLimits[1], decimals);
+        else if (open && i == count - 1)
+            text = QStringLiteral("above ") + grouped(mLimits[i], decimals);
+        mEntries.append({colors[i], text});
+    }
+}
+
+void Classification::enumerate(int dataset, const QVector<qint64> &times, const ClassRule &rule)
+{
+    const bool numeric = datasetOf(dataset)->IsNumeric();
+    QMap<QString, int> counts;
+    QMap<double, QString> numbers; // in ascending order
+    for (const ValuesAt &values : valuesOf(dataset, times)) {
+        stopIfCancelled();
+        const int size = numeric ? values.numbers.size() : values.texts.size();
+        for (int i = 0; i < size; ++i) {
+            if (values.missing.contains(i) || (numeric && !std::isfinite(values.numbers[i])))
+                continue;
+            if (numeric && values.numbers[i] != std::floor(values.numbers[i]))
+                fail(QStringLiteral("%1 holds decimals; unique values are of texts and integers")
+                         .arg(datasetName(dataset)));
+            const QString text = numeric ? exactNumber(values.numbers[i]) : values.texts[i];
+            ++counts[text];
+            if (numeric)
+                numbers.insert(values.numbers[i], text);
+        }
+    }
+    QStringList names = counts.keys();
+    std::stable_sort(names.begin(), names.end(), [&counts](const QString &a, const QString &b) {
+        return counts[a] > counts[b];
+    });
+    const int most = categoricalColorCount(rule.palette);
+    const bool tooMany = names.size() > most;
+    if (tooMany)
+        names = names.mid(0, most - 1);
+    if (numeric) {
+        const QStringList kept = names;
+        names.clear();
+        for (const QString &text : numbers)
+            if (kept.contains(text))
+                names.append(text);
+    }
+    QVector<QColor> colors = categoricalColors(names.size(), rule.palette);
+    if (rule.reversed)
+        std::reverse(colors.begin(), colors.end());
+    for (int i = 0; i < names.size(); ++i) {
+        mTexts.insert(names[i], i);
+        mEntries.append({colors[i], names[i]});
+    }
+    if (tooMany) {
+        mOthers = mEntries.size();
+        mEntries.append({kOthers, QStringLiteral("others")});
+    }
+}
+
+} // namespace meridor
