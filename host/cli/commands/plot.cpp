@@ -110,7 +110,7 @@ void run(const Options &options, Make make, const Context &context)
     requireWritable(options.output, context.overwrite);
     refuseInput(options.output, {options.project});
     Session session(context.session, context.user);
-    session.load(options.project);
+    session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
     PictureTexts texts;
     Plot plot = make(dataset, options, texts);

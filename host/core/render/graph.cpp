@@ -34,7 +34,8 @@ public:
             std::max(std::abs(ticks.value(0)), std::abs(ticks.value(ticks.size() - 1)));
         if (largest >= 1e9 || (largest > 0 && largest < 1e-4))
             return QString::number(value, 'g', 4);
-        return grouped(value, decimalsFor(ticks.toVector()));
+        QString text = grouped(value, decimalsFor(ticks.toVector()));
+        return largest < 10000 ? text.remove(QChar(0x2009)) : text; // years are not grouped
     }
 };
 
@@ -316,9 +317,9 @@ void drawGraph(QPainter &painter, const Graph &graph)
     Axis y(graph.y, range.top(), range.bottom(), QwtScaleDraw::LeftScale, theme);
     const double line = QFontMetricsF(theme.textFont()).height();
     x.layOut(space.width(), true);
-    QRectF canvas =
-        space.adjusted(0, graph.y.title.isEmpty() ? line / 2 : line + theme.unit(16), 0,
-                       -x.thickness() - (graph.x.title.isEmpty() ? 0 : line + theme.unit(8)));
+    QRectF canvas = space.adjusted(
+        0, graph.y.title.isEmpty() ? line / 2 : line + theme.unit(16), 0,
+        -x.thickness() - (graph.x.title.isEmpty() ? theme.unit(8) : line + theme.unit(8)));
     canvas.setHeight(std::max(canvas.height(), 1.0));
     y.layOut(canvas.height(), false);
     canvas.setLeft(std::min(space.left() + y.thickness(), canvas.right() - 1));
@@ -340,6 +341,12 @@ void drawGraph(QPainter &painter, const Graph &graph)
     for (int i = 0; i < graph.series.size(); ++i)
         drawSeries(painter, graph.series[i], colorOf(graph, i), xMap, yMap, canvas, theme);
     QVector<QRectF> taken;
+    const double dot = theme.unit(10);
+    for (const GraphSeries &series : graph.series)
+        for (const QPointF &point : series.points)
+            if (!series.labels.isEmpty() && isFinite(point))
+                taken.append(
+                    QRectF(map(point.x(), point.y()) - QPointF(dot, dot) / 2, QSizeF(dot, dot)));
     for (const GraphSeries &series : graph.series)
         drawLabels(painter, series, xMap, yMap, canvas, theme, taken);
     x.draw(painter, canvas.bottomLeft(), canvas.width());

@@ -41,11 +41,18 @@ QRectF extent(const MapPicture &picture)
     return box;
 }
 
+/// Whether the coordinates are degrees. Files without a stated projection may hold others.
+bool isInDegrees(const MapPicture &picture, const QRectF &frame)
+{
+    return picture.geographic && frame.top() >= -91 && frame.bottom() <= 91;
+}
+
 /// How much shorter a degree of longitude is than one of latitude.
 double squeezeOf(const MapPicture &picture, const QRectF &frame)
 {
     constexpr double kRadian = 3.14159265358979323846 / 180;
-    return picture.geographic ? std::max(0.1, std::cos(frame.center().y() * kRadian)) : 1.0;
+    return isInDegrees(picture, frame) ? std::max(0.1, std::cos(frame.center().y() * kRadian))
+                                       : 1.0;
 }
 
 /// Where the panels of a picture stand.
@@ -471,7 +478,8 @@ MapDrawing drawMap(QPainter &painter, const MapPicture &picture)
     const QRectF frame = picture.frame.isEmpty() ? extent(picture) : picture.frame;
     const double squeeze = squeezeOf(picture, frame);
     const bool isSingle = picture.panels.size() == 1;
-    if (picture.geographic && isSingle)
+    const bool inDegrees = isInDegrees(picture, frame);
+    if (inDegrees && isSingle)
         area.adjust(graticuleRoom(theme).width(), 0, 0, -graticuleRoom(theme).height());
     if (picture.metresPerUnit > 0)
         area.setBottom(area.bottom() - scaleBarHeight(theme));
@@ -488,7 +496,7 @@ MapDrawing drawMap(QPainter &painter, const MapPicture &picture)
         drawCaption(painter, theme, picture.panels[i], grid.cell(i));
         if (picture.isFramed)
             painter.fillRect(pixels, colors::ground);
-        if (picture.geographic)
+        if (inDegrees)
             drawGraticule(painter, theme, frame, transform, isSingle);
         PanelPainter panel(painter, picture.panels[i], theme, frame, transform);
         const MapDrawing drawn = panel.draw();
