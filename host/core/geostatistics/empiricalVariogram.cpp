@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Pairs of points. The plane is cut into square tiles of a sixth of the cutoff. For each tile that
-// has points the point tree gives all points in a rectangle that contains every partner to the
+// Pairs of points. The plane is cut into square tiles. For each tile that has points the point tree gives all points in a rectangle that contains every partner to the
 // right of a point of the tile; their coordinates are copied to contiguous arrays, over which the
 // points of the tile loop. A pair is counted from its left point, or from the lower row if both
 // have the same x, so each pair is counted once. The rectangle query of the tree is used because its
@@ -18,7 +17,9 @@
 namespace meridor {
 namespace {
 
-constexpr double kTilesPerCutoff = 6;
+/// Larger tiles ask the tree for fewer points in all, smaller ones compare fewer that are too far.
+constexpr double kPointsPerTile = 64;
+constexpr double kMostTilesPerCutoff = 8;
 constexpr double kMostClasses = 10000;
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kAngleSlack = 1e-9; ///< radians, so that a direction on a limit is within it
@@ -54,24 +55,88 @@ std::vector<Tile> tilesOf(const Samples &samples, double side)
     return tiles;
 }
 
-/// The points near one tile as contiguous arrays.
-struct Near {
-    std::vector<double> x;
-    std::vector<double> y;
-    std::vector<int> rows;
-
-    void assign(const QVector<ptTreeQueryResult> &hits)
+/// The points near one tile as contiguous arrays, and those that make pairs with one point.
+class Near {
+public:
+    void assign(const QVector<ptTreeQueryResult> &hits, const Samples &samples,
+                const std::vector<double> &others)
     {
-        x.clear();
-        y.clear();
-        rows.clear();
-        for (const ptTreeQueryResult &hit : hits) {
-            x.push_back(hit.point.x());
-            y.push_back(hit.point.y());
-            rows.push_back(hit.id);
+        const auto count = static_cast<size_t>(hits.size());
+        for (std::vector<double> *list : {&mX, &mY, &mZ, &mU, &squares, &lags, &positions, &terms})
+            list->resize(count);
+        mRows.resize(count);
+        mKept.resize(count);
+        for (size_t i = 0; i < count; ++i) {
+            const ptTreeQueryResult &hit = hits[static_cast<int>(i)];
+            const auto row = static_cast<size_t>(hit.id);
+            mX[i] = hit.point.x();
+            mY[i] = hit.point.y();
+            mZ[i] = samples.values[row];
+            mU[i] = others.empty() ? 0 : others[row];
+            mRows[i] = hit.id;
         }
     }
+
+    /// Keeps the points to the right of a sample within the distance, with `squares` of distances.
+    size_t keepPartners(double x, double y, int row, double mostSquare)
+    {
+        // Plain pointers: the compiler need not assume that a store moves the vectors' elements.
+        const double *const xs = mX.data();
+        const double *const ys = mY.data();
+        const int *const rows = mRows.data();
+        int *const kept = mKept.data();
+        double *const kepts = squares.data();
+        const size_t all = mX.size();
+        size_t count = 0;
+        for (size_t j = 0; j < all; ++j) {
+            const double dx = xs[j] - x;
+            const double dy = ys[j] - y;
+            const double square = dx * dx + dy * dy;
+            // Without branches, which would often be mispredicted.
+            const bool right = (dx > 0) | ((dx == 0) & (rows[j] > row));
+            kept[count] = static_cast<int>(j);
+            kepts[count] = square;
+            count += static_cast<size_t>(right & (square <= mostSquare));
+        }
+        return count;
+    }
+    /// Fills `lags`, `positions` in widths, and `terms` of the first `count` kept points.
+    template <class Term>
+    void measure(size_t count, double width, double value, double other, Term term)
+    {
+        const double *const from = squares.data();
+        double *const h = lags.data();
+        double *const position = positions.data();
+        for (size_t i = 0; i < count; ++i) {
+            h[i] = std::sqrt(from[i]);
+            position[i] = h[i] / width;
+        }
+        const int *const kept = mKept.data();
+        const double *const z = mZ.data();
+        const double *const u = mU.data();
+        double *const to = terms.data();
+        for (size_t i = 0; i < count; ++i)
+            to[i] = term(value - z[kept[i]], other - u[kept[i]]);
+    }
+    double x(size_t kept) const { return mX[static_cast<size_t>(mKept[kept])]; }
+    double y(size_t kept) const { return mY[static_cast<size_t>(mKept[kept])]; }
+
+    std::vector<double> squares, lags, positions, terms; ///< of the kept points
+
+private:
+    std::vector<double> mX, mY, mZ, mU;
+    std::vector<int> mRows;
+    std::vector<int> mKept;
 };
+
+double tileSide(const Samples &samples, double cutoff)
+{
+    const auto x = std::minmax_element(samples.x.begin(), samples.x.end());
+    const auto y = std::minmax_element(samples.y.begin(), samples.y.end());
+    const double area = (*x.second - *x.first) * (*y.second - *y.first);
+    const double side = std::sqrt(kPointsPerTile * area / static_cast<double>(samples.size()));
+    return std::clamp(side, cutoff / kMostTilesPerCutoff, cutoff);
+}
 
 bool setPoints(FM_PointTree &tree, const Samples &samples)
 {
@@ -107,22 +172,11 @@ LagSums::LagSums(const LagPlan &plan) : mPlan(plan)
     mSums.resize(mClasses * std::max<size_t>(1, plan.directions.size()));
 }
 
-/// Calls `visit` with each class that takes a pair of this separation, if there is one.
-template <class Visit> void LagSums::visitClasses(double h, double dx, double dy, Visit visit)
+size_t LagSums::classOf(double position) const
 {
-    const double position = h / mPlan.width;
-    auto index = static_cast<size_t>(position);
-    if (static_cast<double>(index) == position && index > 0)
-        --index; // a class includes its upper limit
-    index = std::min(index, mClasses - 1);
-    if (mPlan.directions.empty()) {
-        visit(mSums[index]);
-        return;
-    }
-    const double angle = std::atan2(dy, dx);
-    for (size_t d = 0; d < mPlan.directions.size(); ++d)
-        if (angleBetween(angle, mPlan.directions[d]) <= mPlan.tolerance + kAngleSlack)
-            visit(mSums[d * mClasses + index]);
+    auto index = static_cast<int>(position);
+    index -= (static_cast<double>(index) == position) & (index > 0); // the upper limit is included
+    return std::min(static_cast<size_t>(index), mClasses - 1);
 }
 
 void LagSums::addPair(double h, double dx, double dy, double term, qint64 pairs)
@@ -132,13 +186,44 @@ void LagSums::addPair(double h, double dx, double dy, double term, qint64 pairs)
         sum.lag += h * static_cast<double>(pairs);
         sum.pairs += pairs;
     };
-    if (h == 0)
+    if (h == 0) {
         count(mColocated);
-    else
-        visitClasses(h, dx, dy, count);
+        return;
+    }
+    const size_t index = classOf(h / mPlan.width);
+    if (mPlan.directions.empty()) {
+        count(mSums[index]);
+        return;
+    }
+    const double angle = std::atan2(dy, dx);
+    for (size_t d = 0; d < mPlan.directions.size(); ++d)
+        if (angleBetween(angle, mPlan.directions[d]) <= mPlan.tolerance + kAngleSlack)
+            count(mSums[d * mClasses + index]);
 }
 
-template <class Term> void LagSums::addPairs(const Samples &samples, Term term, const Meter &meter)
+template <class Partners>
+void LagSums::addKept(const Partners &near, size_t count, double x, double y)
+{
+    if (!mPlan.directions.empty()) {
+        for (size_t i = 0; i < count; ++i)
+            addPair(near.lags[i], near.x(i) - x, near.y(i) - y, near.terms[i], 1);
+        return;
+    }
+    const double *const lags = near.lags.data();
+    const double *const positions = near.positions.data();
+    const double *const terms = near.terms.data();
+    Sum *const sums = mSums.data();
+    for (size_t i = 0; i < count; ++i) {
+        Sum &sum = lags[i] == 0 ? mColocated : sums[classOf(positions[i])];
+        sum.value += terms[i];
+        sum.lag += lags[i];
+        ++sum.pairs;
+    }
+}
+
+template <class Term>
+void LagSums::addPairs(const Samples &samples, const std::vector<double> &others, Term term,
+                       const Meter &meter)
 {
     if (samples.size() < 2)
         return;
@@ -147,7 +232,8 @@ template <class Term> void LagSums::addPairs(const Samples &samples, Term term, 
         fail(QStringLiteral("a place is not finite"));
     const double cutoff = mPlan.cutoff;
     const double most = cutoff * cutoff;
-    const std::vector<Tile> tiles = tilesOf(samples, cutoff / kTilesPerCutoff);
+    const double reach = cutoff * (1 + 1e-9);
+    const std::vector<Tile> tiles = tilesOf(samples, tileSide(samples, cutoff));
     QVector<ptTreeQueryResult> hits;
     Near near;
     for (size_t first = 0, end = 0; first < tiles.size(); first = end) {
@@ -164,24 +250,17 @@ template <class Term> void LagSums::addPairs(const Samples &samples, Term term, 
             bottom = std::min(bottom, samples.y[i]);
             top = std::max(top, samples.y[i]);
         }
-        const double slack = 1e-9 * cutoff;
-        const double reach = cutoff + slack;
         tree.GetPointsInRect(
             QRectF(QPointF(left, bottom - reach), QPointF(right + reach, top + reach)), {}, hits);
-        near.assign(hits);
+        near.assign(hits, samples, others);
         for (size_t k = first; k < end; ++k) {
-            const int row = tiles[k].sample;
-            const double x = samples.x[static_cast<size_t>(row)];
-            const double y = samples.y[static_cast<size_t>(row)];
-            for (size_t j = 0; j < near.x.size(); ++j) {
-                const double dx = near.x[j] - x;
-                const double dy = near.y[j] - y;
-                const double square = dx * dx + dy * dy;
-                if (dx < 0 || square > most || (dx == 0 && near.rows[j] <= row))
-                    continue;
-                addPair(std::sqrt(square), dx, dy,
-                        term(static_cast<size_t>(row), static_cast<size_t>(near.rows[j])));
-            }
+            const auto i = static_cast<size_t>(tiles[k].sample);
+            const double x = samples.x[i];
+            const double y = samples.y[i];
+            const size_t count = near.keepPartners(x, y, tiles[k].sample, most);
+            near.measure(count, mPlan.width, samples.values[i], others.empty() ? 0 : others[i],
+                         term);
+            addKept(near, count, x, y);
         }
         meter(static_cast<int>(100 * end / tiles.size()));
     }
@@ -189,21 +268,18 @@ template <class Term> void LagSums::addPairs(const Samples &samples, Term term, 
 
 void LagSums::add(const Samples &samples, const Meter &meter)
 {
-    const std::vector<double> &z = samples.values;
     if (mPlan.estimator == Estimator::Robust)
         addPairs(
-            samples, [&z](size_t i, size_t j) { return std::sqrt(std::fabs(z[i] - z[j])); }, meter);
+            samples, {}, [](double dz, double) { return std::sqrt(std::fabs(dz)); }, meter);
     else
         addPairs(
-            samples, [&z](size_t i, size_t j) { return (z[i] - z[j]) * (z[i] - z[j]); }, meter);
+            samples, {}, [](double dz, double) { return dz * dz; }, meter);
 }
 
 void LagSums::add(const Samples &samples, const std::vector<double> &others, const Meter &meter)
 {
-    const std::vector<double> &z = samples.values;
     addPairs(
-        samples, [&](size_t i, size_t j) { return (z[i] - z[j]) * (others[i] - others[j]); },
-        meter);
+        samples, others, [](double dz, double du) { return dz * du; }, meter);
 }
 
 namespace {

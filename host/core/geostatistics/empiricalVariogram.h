@@ -72,9 +72,12 @@ private:
         qint64 pairs = 0;
     };
     LagBin binOf(const Sum &sum, double direction) const;
-    void addPair(double h, double dx, double dy, double term, qint64 pairs = 1);
-    template <class Term> void addPairs(const Samples &samples, Term term, const Meter &meter);
-    template <class Visit> void visitClasses(double h, double dx, double dy, Visit visit);
+    void addPair(double h, double dx, double dy, double term, qint64 pairs);
+    size_t classOf(double position) const;
+    template <class Term>
+    void addPairs(const Samples &samples, const std::vector<double> &others, Term term,
+                  const Meter &meter);
+    template <class Partners> void addKept(const Partners &near, size_t count, double x, double y);
 
     LagPlan mPlan;
     size_t mClasses;
