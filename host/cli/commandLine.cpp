@@ -120,10 +120,12 @@ int runCommandLine(int argc, char **argv)
                "meridor VERB --help shows the options of a verb.");
     const Command program(app);
     addCommonOptions(program, context);
-    for (const auto add : {addImport,  addInfo,   addStats,  addSeries,  addClasses, addMap,
-                           addPlot,    addExport, addQuery,  addZonal,   addRename,  addRemove,
-                           addConvert, addSubset, addSelect, addUpgrade, addWeights, addNeighbors,
-                           addNearest, addMoran,  addReport, addDemo})
+    for (const auto add :
+         {addImport,  addInfo,   addStats,     addSeries,  addClasses,  addMap,
+          addPlot,    addExport, addQuery,     addZonal,   addRename,   addRemove,
+          addConvert, addSubset, addSelect,    addUpgrade, addWeights,  addNeighbors,
+          addNearest, addMoran,  addVariogram, addKrige,   addSimulate, addRealizations,
+          addReport,  addDemo})
         add(program, context);
     addHidden(
         program, context, [&app] { return manualPages(app, version()); },

@@ -41,6 +41,10 @@ void addNearest(const Command &app, Context &context);
 void addMoran(const Command &app, Context &context);
 void addQuery(const Command &app, Context &context);
 void addZonal(const Command &app, Context &context);
+void addVariogram(const Command &app, Context &context);
+void addKrige(const Command &app, Context &context);
+void addSimulate(const Command &app, Context &context);
+void addRealizations(const Command &app, Context &context);
 void addReport(const Command &app, Context &context);
 void addDemo(const Command &app, Context &context);
 /// Verbs for the build and for completion. @param pages       the manual pages by file name

@@ -95,10 +95,15 @@ int ProjectHost::CreateGraphWindow(GraphTypes, const QVector<int> &, qint64, con
     return 0;
 }
 
-bool ProjectHost::GenerateVariogramModel(VariogramModel &, const DataId &, const Interval &,
-                                         VariogramModel::EstimatorTypes, const DataId &, int, bool,
-                                         double, bool)
+bool ProjectHost::GenerateVariogramModel(VariogramModel &model, const DataId &dataset,
+                                         const Interval &interval,
+                                         VariogramModel::EstimatorTypes estimator,
+                                         const DataId &locations, int lagCount, bool flagA,
+                                         double parameter, bool flagB)
 {
+    if (variogramFitter)
+        return variogramFitter(
+            model, {dataset, interval, estimator, locations, lagCount, flagA, parameter, flagB});
     notes().note(QStringLiteral("variogram models are not estimated by this program"));
     return false;
 }

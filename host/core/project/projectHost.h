@@ -22,6 +22,18 @@ struct MapView {
     ColorSchemeInfo fill;
 };
 
+/// The arguments of GenerateVariogramModel besides the model.
+struct VariogramRequest {
+    int dataset = -1;
+    Interval interval;
+    int estimator = 0;
+    int locations = -1;
+    int lagCount = 0;
+    bool flagA = false;
+    double parameter = 0;
+    bool flagB = false;
+};
+
 /// The caller's side of a session. Every member may be left empty.
 struct SessionUser {
     const Notes *notes = nullptr;
@@ -51,6 +63,8 @@ public:
 
     /// Draws a view; returns false if it cannot. Without a painter no map is drawn.
     std::function<bool(const MapView &)> painter;
+    /// Fits a model; returns false if it cannot. Without a fitter no model is fitted.
+    std::function<bool(VariogramModel &, const VariogramRequest &)> variogramFitter;
 
     bool isDirty() const { return mProjectDirty; }
     /// The library's messages so far, including warnings.

@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: MIT
+#include <QJsonArray>
+#include <QJsonObject>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include "cli/commands/projectEdit.h"
+#include "core/geostatistics/covariance.h"
+#include "core/geostatistics/variogramModels.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/MDataset.h"
+
+namespace meridor {
+namespace {
+
+constexpr double kDegree = 3.14159265358979323846 / 180;
+
+struct Options {
+    EditTarget target;
+    QString dataset;
+    QString cross;
+    QStringList at;
+    bool pooled = false;
+    bool scores = false;
+    int realization = 0;
+    double cutoff = 0;
+    double width = 0;
+    QVector<double> directions; ///< degrees
+    double tolerance = 22.5;    ///< degrees
+    QString estimator = QStringLiteral("classical");
+    QString model = QStringLiteral("auto");
+    QString weights = QStringLiteral("pairs/distance");
+    double nugget = std::numeric_limits<double>::quiet_NaN(); ///< NaN: fitted
+    bool anisotropic = false;
+    QString save;
+};
+
+struct Word {
+    const char *name;
+    int code;
+};
+constexpr Word kWeights[] = {{"pairs/distance", int(FitWeights::PairsByDistance)},
+                             {"pairs", int(FitWeights::Pairs)},
+                             {"cressie", int(FitWeights::Cressie)},
+                             {"equal", int(FitWeights::Equal)}};
+
+VariogramPlan planOf(const Options &options)
+{
+    VariogramPlan plan;
+    plan.dataset = findDataset(options.dataset);
+    if (!options.cross.isEmpty()) {
+        plan.other = findDataset(VORN_GetGeographyId(plan.dataset), options.cross);
+        plan.lags.estimator = Estimator::Cross;
+    } else if (options.estimator == QLatin1String("robust")) {
+        plan.lags.estimator = Estimator::Robust;
+    }
+    plan.realization = options.realization;
+    plan.times = dataTimesAt(plan.dataset, options.at);
+    plan.pooled = options.pooled;
+    plan.scores = options.scores;
+    plan.lags.cutoff = options.cutoff;
+    plan.lags.width = options.width;
+    plan.lags.tolerance = options.tolerance * kDegree;
+    for (const double direction : options.directions)
+        plan.lags.directions.push_back(direction * kDegree);
+    if (options.anisotropic && options.directions.isEmpty())
+        plan.lags.directions = {0, 45 * kDegree, 90 * kDegree, 135 * kDegree};
+    plan.fits = options.model != QLatin1String("none");
+    plan.fit.structures.clear();
+    if (plan.fits && options.model != QLatin1String("auto"))
+        for (const QString &name : options.model.split(QLatin1Char(',')))
+            plan.fit.structures.append(structureNamed(name));
+    if (!std::isnan(options.nugget))
+        plan.fit.nugget = options.nugget;
+    plan.fit.anisotropic = options.anisotropic;
+    for (const Word &word : kWeights)
+        if (options.weights == QLatin1String(word.name))
+            plan.fit.weights = static_cast<FitWeights>(word.code);
+    return plan;
+}
+
+QJsonObject toJson(const LagBin &bin)
+{
+    return {{QStringLiteral("lag"), bin.lag},
+            {QStringLiteral("direction"), bin.direction / kDegree},
+            {QStringLiteral("value"), bin.value},
+            {QStringLiteral("pairs"), double(bin.pairs)}};
+}
+
+QJsonArray toJson(const VariogramModelAtT &model)
+{
+    QJsonArray structures;
+    for (const VariogramBasicModel &structure : model.structures) {
+        QJsonObject object{{QStringLiteral("type"), QLatin1String(structureName(structure.type))},
+                           {QStringLiteral("sill"), structure.sill}};
+        if (structure.type != VariogramBasicModel::Nugget)
+            object.insert(QStringLiteral("range"), structure.minorRange);
+        if (structure.majorRange != structure.minorRange) {
+            object.insert(QStringLiteral("major"), structure.majorRange);
+            object.insert(QStringLiteral("direction"), structure.angle / kDegree);
+        }
+        structures.append(object);
+    }
+    return structures;
+}
+
+QJsonObject toJson(const VariogramAt &at, const QString &when)
+{
+    QJsonArray bins;
+    for (const LagBin &bin : at.bins)
+        bins.append(toJson(bin));
+    QJsonObject object{{QStringLiteral("time"), when},
+                       {QStringLiteral("samples"), at.samples},
+                       {QStringLiteral("cutoff"), at.lags.cutoff},
+                       {QStringLiteral("width"), at.lags.width},
+                       {QStringLiteral("colocated"), toJson(at.colocated)},
+                       {QStringLiteral("classes"), bins}};
+    if (at.fitted) {
+        object.insert(QStringLiteral("structures"), toJson(at.fitted->model));
+        object.insert(QStringLiteral("model"), structuresText(at.fitted->model));
+        object.insert(QStringLiteral("squares"), at.fitted->squares);
+        object.insert(QStringLiteral("converged"), at.fitted->converged);
+        object.insert(QStringLiteral("remark"), at.fitted->remark);
+    }
+    return object;
+}
+
+void print(const VariogramAt &at, const QString &when, const Console &console)
+{
+    console.print(QStringLiteral("%1: %2 values, cutoff %3, width %4")
+                      .arg(when)
+                      .arg(at.samples)
+                      .arg(shortNumber(at.lags.cutoff, 6), shortNumber(at.lags.width, 6)));
+    TextTable table({{QStringLiteral("direction"), TextTable::Right},
+                     {QStringLiteral("lag"), TextTable::Right},
+                     {QStringLiteral("value"), TextTable::Right},
+                     {QStringLiteral("model"), TextTable::Right},
+                     {QStringLiteral("pairs"), TextTable::Right}});
+    for (const LagBin &bin : at.bins)
+        table.add({at.lags.directions.empty() ? QStringLiteral("all")
+                                              : shortNumber(bin.direction / kDegree),
+                   shortNumber(bin.lag, 4), shortNumber(bin.value, 6),
+                   at.fitted
+                       ? shortNumber(at.fitted->model.GetModelValue(bin.lag, bin.direction), 6)
+                       : QStringLiteral("-"),
+                   QString::number(bin.pairs)});
+    table.print(console);
+    if (at.colocated.pairs > 0)
+        console.print(QStringLiteral("at the same place: %1 pairs, %2")
+                          .arg(at.colocated.pairs)
+                          .arg(shortNumber(at.colocated.value, 6)));
+    if (!at.fitted)
+        return;
+    console.print(QStringLiteral("model: %1").arg(structuresText(at.fitted->model)));
+    if (!at.fitted->remark.isEmpty())
+        console.print(at.fitted->remark);
+}
+
+void run(const Options &options, const Context &context)
+{
+    if (options.save.isEmpty() && !options.target.output.isEmpty())
+        failUsage(QStringLiteral("--output needs --save"));
+    const auto work = [&](Session &) {
+        const VariogramPlan plan = planOf(options);
+        QVector<VariogramAt> found;
+        {
+            const Progress progress("Variogram", "Counting pairs...");
+            found = variogramsOf(plan, progress.part(0, 100));
+        }
+        if (!options.save.isEmpty()) {
+            if (!plan.fits)
+                failUsage(QStringLiteral("there is no model to store"), "model");
+            storeModel(modelOf(plan, found, options.save));
+        }
+        const TimeAxis axis = axisOf(VORN_GetGeographyId(plan.dataset));
+        const bool always = datasetOf(plan.dataset)->IsStatic();
+        QJsonArray json;
+        for (const VariogramAt &at : found) {
+            const QString when = always ? QStringLiteral("always") : axis.show(at.when);
+            if (context.console.json)
+                json.append(toJson(at, when));
+            else
+                print(at, when, context.console);
+        }
+        if (context.console.json)
+            context.console.print(QJsonObject{{QStringLiteral("dataset"), options.dataset},
+                                              {QStringLiteral("times"), json}});
+    };
+    if (!options.save.isEmpty()) {
+        editProject(options.target, context, work);
+        return;
+    }
+    Session session(context.session, context.user);
+    session.load(options.target.project);
+    work(session);
+}
+
+void addLags(const Command &command, Options &options)
+{
+    command.text("--cross", options.cross, "A second dataset, for the cross variogram");
+    command.texts("--at", options.at, "A time, instead of all; repeatable");
+    command.flag("--pooled", options.pooled, "One variogram of the pairs of all times");
+    command.flag("--scores", options.scores, "Of the normal scores of the values");
+    command.number("--realization", options.realization, "The realization of the dataset")
+        .shown()
+        .notNegative();
+    command.number("--cutoff", options.cutoff,
+                   "Largest separation (default: a third of the diagonal)");
+    command.number("--width", options.width,
+                   "Width of a class of separations (default: cutoff / 15)");
+    command
+        .numbers("--directions", options.directions,
+                 "Directions, degrees counter-clockwise from the x axis")
+        .partedBy(',');
+    command.number("--tolerance", options.tolerance, "Largest angle to a direction, degrees")
+        .shown()
+        .range(0.0, 90.0);
+    command.text("--estimator", options.estimator, "Estimator: classical or robust")
+        .shown("classical")
+        .oneOf({"classical", "robust"});
+}
+
+} // namespace
+
+void addVariogram(const Command &app, Context &context)
+{
+    auto options = std::make_shared<Options>();
+    const Command command =
+        app.verb("variogram", "The empirical variogram of a dataset, and a model fitted to it");
+    projectArgument(command, options->target.project);
+    datasetArgument(command, options->dataset);
+    addLags(command, *options);
+    command
+        .text("--model", options->model,
+              "Structures besides the nugget, separated by commas (spherical, exponential, "
+              "gaussian, power, cubic); auto for the best one, none for no fit")
+        .shown("auto");
+    QStringList weights;
+    for (const Word &word : kWeights)
+        weights.append(QLatin1String(word.name));
+    command.text("--weights", options->weights, "Weights of the classes in the fit")
+        .shown("pairs/distance")
+        .oneOf(weights);
+    command.number("--nugget", options->nugget, "Fix the nugget at this value").notNegative();
+    command.flag("--anisotropic", options->anisotropic, "Fit two ranges and a direction");
+    command.text("--save", options->save, "Store the model in the project under this name");
+    targetOptions(command, options->target, context);
+    command.footer("Example:\n  meridor variogram wells.vorn level --model spherical --save level");
+    command.chosen(
+        [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
+}
+
+} // namespace meridor

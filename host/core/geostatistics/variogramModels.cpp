@@ -1,0 +1,340 @@
+// SPDX-License-Identifier: MIT
+#include "core/geostatistics/variogramModels.h"
+#include <QStringList>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include "core/geostatistics/normalScores.h"
+#include "core/project/cancel.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/projectHost.h"
+#include "core/project/text.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MGeoData.h"
+#include "datainterface/MRasterDataset.h"
+#include "datainterface/VariogramAPI.h"
+
+namespace meridor {
+namespace {
+
+enum FitInt : size_t { WeightsCode = 0 };
+enum FitDouble : size_t { Cutoff = 0, Width = 1, Tolerance = 2, Squares = 3 };
+enum FitFlag : size_t { OfScores = 3 };
+constexpr VariogramBasicModel::ModelType kChoices[] = {
+    VariogramBasicModel::Spherical, VariogramBasicModel::Exponential, VariogramBasicModel::Gaussian,
+    VariogramBasicModel::Cubic};
+constexpr int kLagCount = 15;
+
+/// One time's samples of the dataset and, for a cross variogram, of the other one in the same rows.
+struct Observed {
+    Samples samples;
+    std::vector<double> others;
+};
+
+Observed observe(const VariogramPlan &plan, qint64 time)
+{
+    Observed observed{samplesAt(plan.dataset, time, plan.realization), {}};
+    if (plan.lags.estimator == Estimator::Cross) {
+        const Samples second = samplesAt(plan.other, time, 0);
+        Samples both;
+        size_t k = 0; // both lists ascend by object
+        for (size_t i = 0; i < observed.samples.size(); ++i) {
+            const int object = observed.samples.objects[i];
+            while (k < second.size() && second.objects[k] < object)
+                ++k;
+            if (k == second.size() || second.objects[k] != object)
+                continue;
+            both.add({observed.samples.x[i], observed.samples.y[i]}, observed.samples.values[i],
+                     object);
+            observed.others.push_back(second.values[k]);
+        }
+        observed.samples = both;
+    }
+    if (plan.scores) {
+        observed.samples.values = NormalScores(observed.samples.values).scores();
+        if (!observed.others.empty())
+            observed.others = NormalScores(observed.others).scores();
+    }
+    return observed;
+}
+
+/// The values by cell; NaN where there is none.
+std::vector<double> cellsOf(const Samples &samples, const std::vector<double> &values, size_t count)
+{
+    std::vector<double> cells(count, std::numeric_limits<double>::quiet_NaN());
+    for (size_t i = 0; i < samples.size(); ++i)
+        cells[static_cast<size_t>(samples.objects[i])] = values[i];
+    return cells;
+}
+
+class VariogramRun {
+public:
+    VariogramRun(const VariogramPlan &plan, const Meter &meter)
+        : mPlan(plan),
+          mMeter(meter),
+          mGeography(VORN_GetGeographyProperties(VORN_GetGeographyId(plan.dataset)))
+    {
+        if (plan.times.isEmpty())
+            fail(QStringLiteral("%1 holds no values").arg(datasetName(plan.dataset)));
+        if ((plan.lags.estimator == Estimator::Cross) != (plan.other >= 0))
+            failUsage(QStringLiteral("a cross variogram has two datasets"), "cross");
+        if (plan.other >= 0 && VORN_GetGeographyId(plan.other) != VORN_GetGeographyId(plan.dataset))
+            fail(QStringLiteral("%1 and %2 are of two geographies")
+                     .arg(datasetName(plan.dataset), datasetName(plan.other)));
+    }
+
+    QVector<VariogramAt> run()
+    {
+        QVector<VariogramAt> results;
+        if (mPlan.pooled) {
+            results.append(at(mPlan.times));
+        } else {
+            for (const Interval &when : mPlan.times)
+                results.append(at({when}));
+        }
+        return results;
+    }
+
+private:
+    VariogramAt at(const QVector<Interval> &times)
+    {
+        VariogramAt result;
+        result.when = times.first();
+        result.when.endTime = times.last().endTime;
+        result.when.inclusiveEnd = times.last().inclusiveEnd;
+        result.lags = mPlan.lags;
+        double diagonal = 0;
+        std::vector<Observed> all;
+        for (const Interval &when : times) {
+            all.push_back(observe(mPlan, instantOf(when)));
+            const size_t count = all.back().samples.size();
+            if (count < 2 && times.size() == 1)
+                fail(QStringLiteral("%1 holds %2 values at %3; a variogram needs two")
+                         .arg(datasetName(mPlan.dataset))
+                         .arg(count)
+                         .arg(axisOf(mGeography.id).show(when)));
+            result.samples += static_cast<int>(count);
+            diagonal = std::max(diagonal, diagonalOf(all.back().samples));
+        }
+        completeLags(result.lags, diagonal);
+        LagSums sums(result.lags);
+        for (const Observed &observed : all)
+            add(sums, observed);
+        result.bins = sums.bins();
+        result.colocated = sums.colocated();
+        if (result.bins.empty())
+            fail(QStringLiteral("no two places are within the cutoff"), "cutoff");
+        if (mPlan.fits)
+            result.fitted = fitOf(result.bins);
+        return result;
+    }
+
+    void add(LagSums &sums, const Observed &observed)
+    {
+        const auto meter = [this](int percent) {
+            mMeter((100 * mDone + percent) / mPlan.times.size());
+        };
+        if (mGeography.type == GeoProps::Raster) {
+            const size_t count = static_cast<size_t>(mGeography.rows) * size_t(mGeography.columns);
+            const double share = sums.addGrid(
+                cellsOf(observed.samples, observed.samples.values, count),
+                observed.others.empty() ? observed.others
+                                        : cellsOf(observed.samples, observed.others, count),
+                mGeography.columns, mGeography.pixelWidth, mGeography.pixelHeight, meter);
+            if (share < 1)
+                note(QStringLiteral("one in %1 lag vectors of the grid was used; a smaller cutoff "
+                                    "uses all")
+                         .arg(qRound(1 / share)));
+        } else if (observed.others.empty()) {
+            sums.add(observed.samples, meter);
+        } else {
+            sums.add(observed.samples, observed.others, meter);
+        }
+        ++mDone;
+    }
+
+    FittedModel fitOf(const std::vector<LagBin> &bins) const
+    {
+        if (!mPlan.fit.structures.isEmpty())
+            return fitVariogram(bins, mPlan.fit);
+        std::optional<FittedModel> best;
+        for (const auto type : kChoices) {
+            FitPlan fit = mPlan.fit;
+            fit.structures = {type};
+            const FittedModel found = fitVariogram(bins, fit);
+            if (!best || (found.converged && !best->converged)
+                || (found.converged == best->converged && found.squares < best->squares))
+                best = found;
+        }
+        return *best;
+    }
+
+    static void note(const QString &text)
+    {
+        if (const auto *host = dynamic_cast<const ProjectHost *>(&controller()))
+            host->notes().note(text);
+    }
+
+    const VariogramPlan &mPlan;
+    const Meter mMeter;
+    const GeoProps mGeography;
+    int mDone = 0;
+};
+
+EmpiricalVariogram storedBins(const std::vector<LagBin> &bins)
+{
+    EmpiricalVariogram stored;
+    for (const LagBin &bin : bins)
+        stored.append(
+            {bin.lag, bin.direction, bin.value,
+             static_cast<qint32>(std::min<qint64>(bin.pairs, std::numeric_limits<qint32>::max()))});
+    return stored;
+}
+
+bool generate(VariogramModel &model, const VariogramPlan &request)
+{
+    VariogramPlan plan = request;
+    const TimeStamp asked = plan.times.isEmpty() ? TimeStamp() : TimeStamp(plan.times.first());
+    plan.times.clear();
+    const bool always = datasetOf(plan.dataset)->IsStatic();
+    for (const Interval &when : dataTimes(plan.dataset))
+        if (always || TimeStamp(when).overlaps(asked))
+            plan.times.append(when);
+    double diagonal = 0;
+    for (const Interval &when : plan.times)
+        diagonal = std::max(diagonal, diagonalOf(samplesAt(plan.dataset, instantOf(when))));
+    if (!(plan.lags.cutoff > 0))
+        plan.lags.cutoff = diagonal / 3;
+    plan.lags.width = plan.lags.cutoff / plan.lags.width; // given as a number of classes
+    if (plan.fit.anisotropic) {
+        constexpr double kQuarter = 3.14159265358979323846 / 4;
+        plan.lags.directions = {0, kQuarter, 2 * kQuarter, 3 * kQuarter};
+        plan.lags.tolerance = kQuarter / 2;
+    }
+    // The caller in the library has opened the bar.
+    const auto meter = [](int percent) {
+        if (VORN_Progress::UsingProgressBar() && !VORN_Progress::UpdateProgress(percent, nullptr))
+            cancelled();
+        stopIfCancelled();
+    };
+    const VariogramModel made = modelOf(plan, VariogramRun(plan, meter).run(), model.name);
+    const int id = model.id;
+    model = made;
+    model.id = id;
+    return true;
+}
+
+} // namespace
+
+QVector<VariogramAt> variogramsOf(const VariogramPlan &plan, const Meter &meter)
+{
+    return VariogramRun(plan, meter).run();
+}
+
+VariogramModel modelOf(const VariogramPlan &plan, const QVector<VariogramAt> &found,
+                       const QString &name)
+{
+    VariogramModel model{DataId(plan.dataset)};
+    model.name = name;
+    model.estimator = static_cast<int>(plan.lags.estimator);
+    model.locations = DataId(plan.other);
+    model.fit.ints[WeightsCode] = static_cast<int>(plan.fit.weights);
+    model.fit.flags[OfScores] = plan.scores;
+    double squares = 0;
+    for (const VariogramAt &at : found) {
+        if (!at.fitted)
+            continue;
+        model.lagCount = static_cast<int>(std::ceil(at.lags.cutoff / at.lags.width * (1 - 1e-12)));
+        model.fit.doubles[Cutoff] = at.lags.cutoff;
+        model.fit.doubles[Width] = at.lags.width;
+        model.fit.doubles[Tolerance] = at.lags.tolerance;
+        squares = std::max(squares, at.fitted->squares);
+        model.centroidModels.insert(TimeStamp(at.when), at.fitted->model);
+        model.empiricalResults.insert(TimeStamp(at.when), storedBins(at.bins));
+    }
+    model.fit.doubles[Squares] = squares;
+    return model;
+}
+
+bool isOfScores(const VariogramModel &model)
+{
+    return model.fit.flags[OfScores] != 0;
+}
+
+VariogramModel findModel(int dataset, const QString &name)
+{
+    VariogramModel model;
+    QStringList names;
+    if (dataset >= 0) {
+        for (const int id : VORN_GetVariogramModelIds(dataset)) {
+            datasetOf(dataset)->GetVariogramModel(id, model);
+            if (model.name == name)
+                return model;
+            names.append(model.name);
+        }
+    }
+    for (const int id : controller().GetNonConVariogramModelIds()) {
+        controller().GetNonConVariogramModel(id, model);
+        if (model.name == name)
+            return model;
+        names.append(model.name);
+    }
+    fail(names.isEmpty() ? QStringLiteral("there is no variogram model %1").arg(name)
+                         : QStringLiteral("there is no variogram model %1; there are: %2")
+                               .arg(name, someOf(names)),
+         "model");
+}
+
+VariogramModelAtT structuresAt(const VariogramModel &model, qint64 time)
+{
+    if (model.centroidModels.size() == 1)
+        return model.centroidModels.first();
+    const auto found = model.centroidModels.constFind(TimeStamp(time));
+    if (found == model.centroidModels.constEnd() || !found.key().contains(time))
+        fail(
+            QStringLiteral("the variogram model %1 has no structures at that time").arg(model.name),
+            "model");
+    return *found;
+}
+
+void storeModel(VariogramModel model)
+{
+    if (model.name.isEmpty())
+        failUsage(QStringLiteral("a variogram model needs a name"), "save");
+    const bool conditional = datasetOf(model.dataset) != nullptr;
+    const QList<QString> taken = conditional ? datasetOf(model.dataset)->GetVariogramModelNames()
+                                             : controller().GetNonConVariogramModelNames();
+    if (taken.contains(model.name))
+        fail(QStringLiteral("there is a variogram model %1 already").arg(model.name), "save");
+    if (!conditional)
+        controller().AddNonConVariogramModel(model);
+    else if (!datasetOf(model.dataset)->AddVariogramModel(model, true))
+        fail(QStringLiteral("the variogram model %1 could not be stored").arg(model.name));
+    controller().MarkProjectDirty();
+}
+
+void answerVariogramRequests(ProjectHost &host)
+{
+    host.variogramFitter = [&host](VariogramModel &model, const VariogramRequest &request) {
+        VariogramPlan plan;
+        plan.dataset = request.dataset;
+        plan.times = {request.interval};
+        plan.lags.estimator = static_cast<Estimator>(request.estimator);
+        plan.other = plan.lags.estimator == Estimator::Cross ? request.locations : -1;
+        plan.lags.cutoff = request.parameter;
+        plan.lags.width = request.lagCount < 1 ? kLagCount : request.lagCount;
+        plan.pooled = request.flagA;
+        plan.fit.structures.clear();
+        plan.fit.anisotropic = request.flagB;
+        try {
+            return generate(model, plan);
+        } catch (const Failure &failure) {
+            host.notes().warn(failure.text());
+            return false;
+        }
+    };
+}
+
+} // namespace meridor

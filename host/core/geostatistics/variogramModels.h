@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+/// Variograms of datasets over time, and the variogram models of the project.
+#pragma once
+#include <QVector>
+#include <optional>
+#include "core/export.h"
+#include "core/geostatistics/empiricalVariogram.h"
+#include "core/geostatistics/variogramFit.h"
+#include "core/project/progress.h"
+#include "datainterface/TimeStamp.h"
+#include "datainterface/VariogramModel.h"
+
+namespace meridor {
+
+class ProjectHost;
+
+struct VariogramPlan {
+    int dataset = -1;
+    int other = -1; ///< the second dataset of a cross variogram
+    int realization = 0;
+    QVector<Interval> times;
+    bool pooled = false; ///< pairs of all times in one variogram
+    bool scores = false; ///< of the normal scores of each time's values
+    LagPlan lags;        ///< see completeLags for what is 0
+    bool fits = true;
+    FitPlan fit; ///< without structures: the best of the bounded types
+};
+
+/// The variogram of one time, or of all of them.
+struct VariogramAt {
+    Interval when;
+    int samples = 0;
+    LagPlan lags;
+    std::vector<LagBin> bins;
+    LagBin colocated;
+    std::optional<FittedModel> fitted;
+};
+
+/// Raises a Failure for texts, for fewer than two values at a time, for datasets of two geographies,
+/// as LagSums and fitVariogram do, and on a cancel. Notes when lag vectors of a grid were left out.
+/// @param meter  receives 0 to 100.
+MERIDOR_EXPORT QVector<VariogramAt> variogramsOf(const VariogramPlan &plan, const Meter &meter);
+
+/// The model with what it was fitted from: the classes by time, the estimator, the number of
+/// classes, and in `fit` the weights (ints 0), cutoff, width and tolerance (doubles 0 to 2), the
+/// largest sum of squares (doubles 3), whether it is of normal scores (flags 3).
+MERIDOR_EXPORT VariogramModel modelOf(const VariogramPlan &plan, const QVector<VariogramAt> &found,
+                                      const QString &name);
+MERIDOR_EXPORT bool isOfScores(const VariogramModel &model);
+
+/// A model by its name among those of the dataset, then among the nonconditional ones of the
+/// project. Raises a Failure that lists the names if there is none.
+/// @param dataset  -1: only the nonconditional ones.
+MERIDOR_EXPORT VariogramModel findModel(int dataset, const QString &name);
+/// The structures at a time. A model with one time serves all times; else a time without structures
+/// raises a Failure.
+MERIDOR_EXPORT VariogramModelAtT structuresAt(const VariogramModel &model, qint64 time);
+
+/// Adds a model to its dataset; a model without a dataset to the project. A taken name raises a
+/// Failure.
+MERIDOR_EXPORT void storeModel(VariogramModel model);
+
+/// Makes the host answer ControllerBase::GenerateVariogramModel. The estimator is one of Estimator,
+/// the second dataset of a cross variogram `locations`; `lagCount` the number of classes (below 1:
+/// 15), `flagA` whether times are pooled, `parameter` the cutoff (not above 0: a third of the
+/// diagonal), `flagB` whether the model is anisotropic. Of the bounded types the one with the least
+/// squares is chosen. A Failure becomes a note, and the answer false.
+MERIDOR_EXPORT void answerVariogramRequests(ProjectHost &host);
+
+} // namespace meridor
