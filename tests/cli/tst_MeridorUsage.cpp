@@ -67,6 +67,9 @@ private Q_SLOTS:
         prepare("maps", "meridor import nc_counties.geojson counties.vorn && "
                         "meridor import nc_counties.geojson rain.vorn --append --key fips "
                         "--name counties && cp income.vorn survey1998.vorn");
+        prepare("maps", "meridor import wells.csv wells.vorn --key well --x x --y y && "
+                        "meridor simulate wells.vorn level --grid field --cell 50 --seed 1 "
+                        "--realizations 5 --into simulated");
         prepare(".", "cp -r maps sets");
         prepare("sets", "meridor weights create income.vorn queen --method queen");
 

@@ -117,6 +117,9 @@ void TestGeostatisticsProject::answersTheLibrarysRequest()
                                          false)
                  .id,
              -1);
+    QCOMPARE(VORN_GenerateVariogramModel("n", mLevel, always, 7, -1, 0, false, 0, false, false).id,
+             -1);
+    QCOMPARE(mWorkshop->notes.last(), QString("there is no variogram estimator 7"));
     QVERIFY2(mWorkshop->notes.join('\n').contains("id holds texts"),
              qPrintable(mWorkshop->notes.join('\n')));
     // A model goes with the values that it was fitted to.

@@ -219,8 +219,8 @@ void addKrige(const Command &app, Context &context)
     command.number("--seed", options->seed, "Seed of the folds").shown();
     targetOptions(command, options->target, context);
     command.footer("Example:\n"
-                   "  meridor krige wells.vorn level --model level --grid field --cell 20 "
-                   "--into level");
+                   "  meridor krige wells.vorn level --model nugget:0.7,exponential:8.3:2700 "
+                   "--grid field --cell 50 --into level");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }

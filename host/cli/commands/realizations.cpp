@@ -132,7 +132,7 @@ void addRealizations(const Command &app, Context &context)
     command.text("--into", options->into, "Store the answers as datasets of this name");
     targetOptions(command, options->target, context);
     command.footer("Example:\n"
-                   "  meridor realizations wells.vorn simulated --mean --deviation --above 12 "
+                   "  meridor realizations wells.vorn simulated --mean --deviation --above 41 "
                    "--into level");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });

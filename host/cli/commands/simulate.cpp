@@ -133,8 +133,8 @@ void addSimulate(const Command &app, Context &context)
         .range(0, std::numeric_limits<int>::max());
     targetOptions(command, options->target, context);
     command.footer("Example:\n"
-                   "  meridor simulate wells.vorn level --to field --realizations 100 --seed 1 "
-                   "--into simulated");
+                   "  meridor simulate wells.vorn level --grid field --cell 50 --realizations 20 "
+                   "--seed 1 --into simulated");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }

@@ -9,6 +9,9 @@
 #include "core/geostatistics/variogramModels.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/safeFile.h"
+#include "core/render/graph.h"
+#include "core/render/pictureFile.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
 
@@ -35,6 +38,7 @@ struct Options {
     double nugget = std::numeric_limits<double>::quiet_NaN(); ///< NaN: fitted
     bool anisotropic = false;
     QString save;
+    QString plot; ///< empty: no picture
 };
 
 struct Word {
@@ -158,10 +162,59 @@ void print(const VariogramAt &at, const QString &when, const Console &console)
         console.print(at.fitted->remark);
 }
 
+/// The classes with their pair counts, and the model as a line, for each direction.
+Graph graphOf(const VariogramAt &at, const QString &dataset, const QString &when)
+{
+    constexpr int kSteps = 200;
+    Graph graph;
+    graph.texts.title = QStringLiteral("Variogram of ") + dataset;
+    graph.texts.subtitle = when;
+    if (at.fitted)
+        graph.texts.footnote = structuresText(at.fitted->model);
+    graph.x.title = QStringLiteral("separation");
+    graph.x.low = 0;
+    graph.y.title = QStringLiteral("semivariance");
+    graph.y.low = 0;
+    const auto directions =
+        at.lags.directions.empty() ? std::vector<double>{0} : at.lags.directions;
+    for (const double direction : directions) {
+        const bool all = at.lags.directions.empty();
+        const QString name = all ? QStringLiteral("pairs")
+                                 : shortNumber(direction / kDegree) + QStringLiteral(" degrees");
+        GraphSeries points{name};
+        points.look = GraphSeries::Points;
+        points.color = lineColor(graph.series.size());
+        for (const LagBin &bin : at.bins) {
+            if (bin.direction != direction)
+                continue;
+            points.points.append({bin.lag, bin.value});
+            points.labels.append(QString::number(bin.pairs));
+            if (bin.value < 0)
+                graph.y.low = GraphAxis::kOfData; // a cross variogram
+        }
+        graph.series.append(points);
+        if (!at.fitted)
+            continue;
+        GraphSeries line{all ? QStringLiteral("model") : QString()};
+        line.color = all ? lineColor(1) : points.color;
+        for (int i = 1; i <= kSteps; ++i) {
+            const double h = at.lags.cutoff * i / kSteps;
+            line.points.append({h, at.fitted->model.GetModelValue(h, direction)});
+        }
+        graph.series.append(line);
+    }
+    return graph;
+}
+
 void run(const Options &options, const Context &context)
 {
     if (options.save.isEmpty() && !options.target.output.isEmpty())
         failUsage(QStringLiteral("--output needs --save"));
+    if (!options.plot.isEmpty()) {
+        requirePictureName(options.plot);
+        requireWritable(options.plot, context.overwrite);
+        refuseInput(options.plot, {options.target.project, options.target.file()});
+    }
     const auto work = [&](Session &) {
         const VariogramPlan plan = planOf(options);
         QVector<VariogramAt> found;
@@ -176,6 +229,13 @@ void run(const Options &options, const Context &context)
         }
         const TimeAxis axis = axisOf(VORN_GetGeographyId(plan.dataset));
         const bool always = datasetOf(plan.dataset)->IsStatic();
+        if (!options.plot.isEmpty()) {
+            if (found.size() > 1)
+                failUsage(QStringLiteral("a plot shows one time; see --at and --pooled"), "plot");
+            savePicture(graphOf(found.first(), datasetName(plan.dataset),
+                                always ? QString() : axis.show(found.first().when)),
+                        options.plot);
+        }
         QJsonArray json;
         for (const VariogramAt &at : found) {
             const QString when = always ? QStringLiteral("always") : axis.show(at.when);
@@ -206,10 +266,12 @@ void addLags(const Command &command, Options &options)
     command.number("--realization", options.realization, "The realization of the dataset")
         .shown()
         .notNegative();
-    command.number("--cutoff", options.cutoff,
-                   "Largest separation (default: a third of the diagonal)");
-    command.number("--width", options.width,
-                   "Width of a class of separations (default: cutoff / 15)");
+    command
+        .number("--cutoff", options.cutoff, "Largest separation (default: a third of the diagonal)")
+        .notNegative();
+    command
+        .number("--width", options.width, "Width of a class of separations (default: cutoff / 15)")
+        .notNegative();
     command
         .numbers("--directions", options.directions,
                  "Directions, degrees counter-clockwise from the x axis")
@@ -246,8 +308,11 @@ void addVariogram(const Command &app, Context &context)
     command.number("--nugget", options->nugget, "Fix the nugget at this value").notNegative();
     command.flag("--anisotropic", options->anisotropic, "Fit two ranges and a direction");
     command.text("--save", options->save, "Store the model in the project under this name");
+    command.text("--plot", options->plot, "Draw the variogram as FILE.svg, .png or .pdf");
     targetOptions(command, options->target, context);
-    command.footer("Example:\n  meridor variogram wells.vorn level --model spherical --save level");
+    command.footer("Examples:\n"
+                   "  meridor variogram wells.vorn level --plot level.svg\n"
+                   "  meridor variogram wells.vorn level --model exponential --save level");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }

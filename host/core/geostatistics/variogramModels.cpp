@@ -318,6 +318,12 @@ void storeModel(VariogramModel model)
 void answerVariogramRequests(ProjectHost &host)
 {
     host.variogramFitter = [&host](VariogramModel &model, const VariogramRequest &request) {
+        if (request.estimator < int(Estimator::Classical)
+            || request.estimator > int(Estimator::Cross)) {
+            host.notes().warn(
+                QStringLiteral("there is no variogram estimator %1").arg(request.estimator));
+            return false;
+        }
         VariogramPlan plan;
         plan.dataset = request.dataset;
         plan.times = {request.interval};
