@@ -16,7 +16,7 @@
 # usage: scripts/check.sh quick | all | STEP...
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
-check_packages=(python3 clang-format-14 clang-tidy-14 cppcheck shellcheck doxygen graphviz)
+check_packages=(libboost-dev python3 clang-format-14 clang-tidy-14 cppcheck shellcheck doxygen graphviz)
 . scripts/prepare.sh
 
 quick=(layout shell format headers cppcheck doxygen)
@@ -82,7 +82,7 @@ check_tidy() {
 }
 
 check_sanitizers() {
-    build asan-ubsan
+    build asan-ubsan all
     ctest --test-dir build/asan-ubsan --output-on-failure -j"$jobs"
 }
 

@@ -268,12 +268,13 @@ private Q_SLOTS:
         const Outcome good = place.run({"demo", "out", "--samples", MERIDOR_TEST_SAMPLES});
         QVERIFY2(good.code == 0, qPrintable(good.out + good.err));
         QVERIFY2(good.out.contains("every figure is right"), qPrintable(good.out));
-        for (const char *name : {"income.vorn", "income_2009.png", "income_moran.csv", "income.csv",
-                                 "income.dat", "income.dbf"})
+        for (const char *name : {"demo.vorn", "report.html", "then_and_now.png", "income_2009.png",
+                                 "rain_1999_09.png", "moran_2009.svg"})
             QVERIFY2(QFileInfo(place.path(QString("out/") + name)).size() > 0, name);
 
         // One income changed by a dollar: means and classes are off.
-        for (const char *folder : {"us_income", "nc_sids", "carolina_climate"}) {
+        for (const char *folder :
+             {"us_income", "us_states_history", "nc_sids", "carolina_climate"}) {
             const QString copy = QStringLiteral("samples/") + folder;
             QDir(place.path("")).mkpath(copy);
             for (const QFileInfo &file :

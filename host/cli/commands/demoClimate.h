@@ -7,24 +7,20 @@
 
 namespace meridor {
 
-constexpr const char *kClimateResults[] = {"rain.vorn", "rain_1999_09.png", "rain_1999_09.tif"};
+constexpr const char *kClimateResults[] = {"rain_1999_09.png", "rain_1999_09.tif"};
 
 class ClimateDemo {
 public:
-    ClimateDemo(DemoSteps &steps, Session &session, const Context &context,
-                const QString &directory, const QString &samples)
-        : mSteps(steps),
-          mSession(session),
-          mContext(context),
-          mDirectory(directory),
-          mSamples(samples)
+    ClimateDemo(DemoSteps &steps, const DemoPlace &place, Session &session)
+        : mSteps(steps), mPlace(place), mSession(session)
     {
     }
-    /// Runs the steps. The project must be empty.
-    void run();
+    /// Imports the grids and makes one map of counties out of them.
+    void oneMapOutOfAGrid();
+    /// Writes a grid and reads it back. For the loaded project.
+    void takenAway();
 
 private:
-    QString path(const char *name) const;
     int importGrid(const char *file);
     QString import();
     QString missing() const;
@@ -34,14 +30,11 @@ private:
     QString means();
     QString county(const char *name, double expected) const;
     QString map() const;
-    QString saveAndLoad();
     QString exported() const;
 
     DemoSteps &mSteps;
+    const DemoPlace &mPlace;
     Session &mSession;
-    const Context &mContext;
-    QString mDirectory;
-    QString mSamples;
     int mRain = -1;
     int mTemperature = -1;
     int mCounties = -1;

@@ -310,7 +310,7 @@ void addVariogram(const Command &app, Context &context)
     command.text("--save", options->save, "Store the model in the project under this name");
     command.text("--plot", options->plot, "Draw the variogram as FILE.svg, .png or .pdf");
     targetOptions(command, options->target, context);
-    command.footer("Examples:\n"
+    command.footer("Example:\n"
                    "  meridor variogram wells.vorn level --plot level.svg\n"
                    "  meridor variogram wells.vorn level --model exponential --save level");
     command.chosen(
