@@ -247,6 +247,26 @@ class OfOthers(unittest.TestCase):
             self.assertEqual(seen, [["a"], ["a", "b"], ["a", "b"]])
             self.assertEqual(page.complaints(), [])
 
+    def test_small_maps_show_their_times_and_move_the_slider(self):
+        history = SAMPLES / "us_states_history" / "states_1783_2000.geojson"
+        meridor("import", history, path("history.vorn"), "--key", "id", "--start", "start_date", "--end", "end_date")
+        days = ["1790-08-02", "1860-06-01", "1900-06-01", "2000-04-01"]
+        meridor("report", path("history.vorn"), path("history.html"), "--datasets", "terr_type,area_sqmi", "--maps", ",".join(days))
+        with opened(path("history.html")) as page:
+            self.assertEqual(page.texts(".then .when"), days)
+            self.assertEqual(page.texts(".then .note"), ["17 objects", "41 objects", "50 objects", "49 objects"])
+            self.assertEqual(page.text(".picture .title"), "terr_type")
+            page.run("document.querySelectorAll('.then')[1].click()")
+            page.frame(200)
+            self.assertEqual(len(page.texts(".objects .name")), 41)
+            fills = [page.run("return [...document.querySelectorAll(arguments[0])].filter((p) => p.getAttribute('d'))"
+                              ".map((p) => getComputedStyle(p).fill).sort()", selector)
+                     for selector in (".then:nth-of-type(2) path", "svg.map.polygons .shapes path")]
+            self.assertEqual(fills[0], fills[1])
+            self.assertGreater(len(set(fills[0])), 2)
+            self.assertEqual(page.complaints(), [])
+        meridor("report", path("history.vorn"), path("history2.html"), "--maps", "soon", status=2)
+
     def test_refusals_leave_no_file(self):
         meridor("import", geojson("one.geojson", [({"k": "a", "v": 1.5}, square(0, 0))]), path("one.vorn"), "--key", "k")
         for words, status in ((("--datasets", "none"), 1), (("--times", "soon"), 2), (("--simplify", "-1"), 2)):
