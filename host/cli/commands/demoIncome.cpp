@@ -253,8 +253,9 @@ QString IncomeDemo::moranOfAllYears()
 QString IncomeDemo::moranScatterOf2009()
 {
     const QVector<Interval> years = dataTimes(mIncome);
-    const Plot plot = moranScatter(mIncome, mQueen, years.last(),
-                                   findDataset(geography(), QStringLiteral("abbr")));
+    Plot plot = moranScatter(mIncome, mQueen, years.last(),
+                             findDataset(geography(), QStringLiteral("abbr")));
+    plot.graph.texts.title = QStringLiteral("Income per head of 2009, and that of the neighbours");
     savePicture(plot.graph, mPlace.result("moran_2009.svg"));
     mSteps.expect(QFileInfo(mPlace.result("moran_2009.svg")).size() > 0);
     return QStringLiteral("Moran scatter plot of 2009: moran_2009.svg");
