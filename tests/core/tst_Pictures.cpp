@@ -34,6 +34,24 @@ private Q_SLOTS:
             QVERIFY2(pixels.value(color.name()) > 100, qPrintable(color.name()));
     }
 
+    /// The library finds limits of many values in a sample of them.
+    void everyValueHasAClass()
+    {
+        constexpr int kCount = 30000;
+        QByteArray table = "id,v2000\n";
+        for (int i = 0; i < kCount; ++i)
+            table +=
+                QByteArray::number(i) + ',' + QByteArray::number(i * 7919LL % 30011 * 1000) + '\n';
+        Workshop shop(points(kCount), table);
+        const int dataset = imported(shop);
+        const MapPicture map = choropleth({dataset, chooseTime(dataset, "2000"), "v", {}}, {});
+        QCOMPARE(map.panels[0].missing, 0);
+        qint64 sum = 0;
+        for (const qint64 count : map.panels[0].counts)
+            sum += count;
+        QCOMPARE(sum, kCount);
+    }
+
     void leaveHolesAndGapsBlank()
     {
         Workshop shop(

@@ -307,9 +307,15 @@ void addLabels(MapPanel &panel, int field, qint64 time)
     }
 }
 
-QString counted(qint64 count, const char *what)
+QString numbered(qint64 count, const QString &what)
 {
-    return QStringLiteral("%1 %2").arg(grouped(static_cast<double>(count), 0), QLatin1String(what));
+    return grouped(static_cast<double>(count), 0) + QLatin1Char(' ') + what;
+}
+
+/// @param plural a noun that ends in "s".
+QString counted(qint64 count, const QString &plural)
+{
+    return numbered(count, count == 1 ? plural.chopped(1) : plural);
 }
 
 } // namespace
@@ -411,10 +417,8 @@ MapPicture MapMaker::picture(const QVector<qint64> &times, const QStringList &ca
 
     const QString kind = props.type == GeoProps::Raster ? QStringLiteral("cells")
                                                         : QLatin1String(shapeName(props.type));
-    QString note = QStringLiteral("%1 of %2").arg(kind, geographyName(mGeography));
-    if (isSingle)
-        note.prepend(grouped(static_cast<double>(picture.panels.first().drawn), 0)
-                     + QLatin1Char(' '));
+    QString note = (isSingle ? counted(picture.panels.first().drawn, kind) : kind)
+                   + QStringLiteral(" of ") + geographyName(mGeography);
     if (!mClasses.description().isEmpty())
         note += QStringLiteral(", ") + mClasses.description()
                 + (mStyle.allTimes ? QStringLiteral(" of all times")
@@ -442,13 +446,14 @@ MapPanel MapMaker::panelAt(qint64 time, bool isSingle, QVector<LegendBlock> &leg
     panel.drawn = first.drawn;
     QStringList notes;
     if (!isGrid)
-        notes.append(counted(first.drawn, shapeName(VORN_GetGeographyProperties(mGeography).type)));
+        notes.append(counted(
+            first.drawn, QLatin1String(shapeName(VORN_GetGeographyProperties(mGeography).type))));
     if (first.missing > 0)
-        notes.append(counted(first.missing, "without a value"));
+        notes.append(numbered(first.missing, QStringLiteral("without a value")));
     mFurther->addTo(panel, time, legend, isSingle);
     if (mStyle.weightSet >= 0) {
         panel.linkCount = addLinks(panel, mStyle.weightSet, time);
-        notes.append(counted(panel.linkCount, "links"));
+        notes.append(counted(panel.linkCount, QStringLiteral("links")));
         LegendBlock links{QString(),
                           {{colors::ink, QStringLiteral("links"), isSingle ? panel.linkCount : -1,
                             LegendEntry::Line}}};

@@ -9,7 +9,12 @@
 #include "core/project/text.h"
 #include "core/render/classes.h"
 #include "core/render/palette.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/HeldGrid.h"
 #include "datainterface/MDataset.h"
+#include "datainterface/MRasterDataset.h"
+#include "datainterface/RasterAPI.h"
 
 namespace meridor {
 namespace {
@@ -118,11 +123,65 @@ QVector<double> widened(QVector<double> limits, double least, double most)
     return limits;
 }
 
+/// Moves the outer limits to the least and the largest value of a time.
+void coverTime(QVector<double> &limits, int dataset, qint64 time)
+{
+    const auto cover = [&limits](double value) {
+        limits.first() = std::min(limits.first(), value);
+        limits.last() = std::max(limits.last(), value);
+    };
+    if (const MRasterDataset *raster = rasterOf(dataset)) {
+        const MRasterObservation *grid = raster->GetConstRasterInfo(0, time);
+        if (!grid)
+            return;
+        const HeldGrid hold(*grid);
+        const GeoProps props = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset));
+        const MissingFlag flag = raster->GetMissingFlag();
+        for (int row = 0; row < props.rows; ++row) {
+            if (row % 16 == 0)
+                stopIfCancelled();
+            double value = 0;
+            for (int column = 0; column < props.columns; ++column)
+                if (grid->GetValueAsDecimal(column, row, value, flag) && std::isfinite(value))
+                    cover(value);
+        }
+        return;
+    }
+    const ValuesAt values =
+        datasetOf(dataset)->IsStatic() ? valuesAt(dataset, time) : existingValuesAt(dataset, time);
+    for (int i = 0; i < values.numbers.size(); ++i)
+        if (std::isfinite(values.numbers[i]) && !values.missing.contains(i))
+            cover(values.numbers[i]);
+}
+
+/// The limits of many values are found in a sample, which may leave some values outside.
+void coverAll(QVector<double> &limits, int dataset, QVector<qint64> times)
+{
+    if (limits.isEmpty())
+        return;
+    if (times.isEmpty())
+        for (const Interval &interval : dataTimes(dataset))
+            times.append(instantOf(interval));
+    for (const qint64 time : times) {
+        stopIfCancelled();
+        coverTime(limits, dataset, time);
+    }
+}
+
+/// A limit in full, or with an exponent where it would fill the legend with digits.
+QString limitText(double limit, int decimals)
+{
+    constexpr double kLongest = 1e15;
+    return std::abs(limit) < kLongest
+               ? grouped(limit, decimals)
+               : QString::number(limit, 'g', 4).replace(QLatin1Char('-'), QChar(0x2212));
+}
+
 QString classText(double low, double high, int decimals)
 {
     if (low == high)
-        return grouped(low, decimals);
-    return grouped(low, decimals) + QStringLiteral(" \u2013 ") + grouped(high, decimals);
+        return limitText(low, decimals);
+    return limitText(low, decimals) + QStringLiteral(" \u2013 ") + limitText(high, decimals);
 }
 
 /// The colours of a rule from the lowest class to the highest.
@@ -204,6 +263,7 @@ void Classification::divide(int dataset, const QVector<qint64> &times, const Cla
         const auto type = classificationOf(QLatin1String(method.name));
         mLimits = times.isEmpty() ? breaksOfAll(dataset, type, rule.count)
                                   : breaksAt(dataset, times, type, rule.count);
+        coverAll(mLimits, dataset, times);
         // Many equal values make limits that coincide. A first class from a limit to the same limit
         // holds the values that equal it; any other such class is empty.
         const bool startsEqual = mLimits.size() > 1 && mLimits[0] == mLimits[1];
@@ -217,9 +277,9 @@ void Classification::divide(int dataset, const QVector<qint64> &times, const Cla
     for (int i = 0; i < count; ++i) {
         QString text = classText(mLimits[i], mLimits[i + 1], decimals);
         if (open && i == 0)
-            text = QStringLiteral("up to ") + grouped(mLimits[1], decimals);
+            text = QStringLiteral("up to ") + limitText(mLimits[1], decimals);
         else if (open && i == count - 1)
-            text = QStringLiteral("above ") + grouped(mLimits[i], decimals);
+            text = QStringLiteral("above ") + limitText(mLimits[i], decimals);
         mEntries.append({colors[i], text});
     }
 }

@@ -27,6 +27,10 @@ void drawSymbol(QPainter &painter, const QRectF &box, const LegendEntry &entry, 
         drawHatch(painter, box, theme);
         break;
     case LegendEntry::Line:
+        painter.setPen(QPen(colors::outline, theme.unit(5)));
+        painter.drawLine(QPointF(box.left(), box.center().y()),
+                         QPointF(box.right(), box.center().y()));
+        Q_FALLTHROUGH();
     case LegendEntry::Dashes:
         painter.setPen(QPen(entry.color, theme.unit(3), dashed ? Qt::DashLine : Qt::SolidLine));
         painter.drawLine(QPointF(box.left(), box.center().y()),

@@ -59,6 +59,8 @@ QSizeF graticuleRoom(const Theme &theme)
 void drawGraticule(QPainter &painter, const Theme &theme, const QRectF &frame,
                    const QTransform &transform, bool isLabelled)
 {
+    if (!(frame.width() > 0 && frame.height() > 0))
+        return; // a single point, or points on a line
     const double step = degreeStep(frame);
     const QRectF box = transform.mapRect(frame);
     const QFont font = theme.smallFont();

@@ -247,7 +247,14 @@ private:
         mPainter.setRenderHint(QPainter::Antialiasing, true);
     }
 
+    /// A casing below all lines separates light classes from the background.
     void drawLines(const MapLayer &layer)
+    {
+        if (!layer.colors.isEmpty())
+            drawLines(layer, true);
+        drawLines(layer, false);
+    }
+    void drawLines(const MapLayer &layer, bool casing)
     {
         mPainter.setBrush(Qt::NoBrush);
         for (int i = 0; i < layer.shapes.size(); ++i) {
@@ -257,10 +264,15 @@ private:
                 continue;
             const bool classed = !layer.colors.isEmpty();
             const bool hasValue = classed && shape.classIndex >= 0;
-            mPainter.setPen(QPen(hasValue  ? layer.colors[shape.classIndex]
-                                 : classed ? colors::hatch
-                                           : colors::softInk,
-                                 mTheme.unit(classed ? 3 : 1.6),
+            if (casing && !hasValue)
+                continue;
+            mPainter.setPen(QPen(casing     ? colors::outline
+                                 : hasValue ? layer.colors[shape.classIndex]
+                                 : classed  ? colors::hatch
+                                            : colors::softInk,
+                                 mTheme.unit(casing    ? 5
+                                             : classed ? 3
+                                                       : 1.6),
                                  classed && !hasValue ? Qt::DashLine : Qt::SolidLine, Qt::FlatCap,
                                  Qt::RoundJoin));
             for (const auto &part : shape.parts) {
