@@ -233,6 +233,37 @@ class OfOthers(unittest.TestCase):
             self.assertAlmostEqual(float(page.text(".tooltip div").split(": ")[1]), known, places=3)
             self.assertEqual(page.complaints(), [])
 
+    def test_many_objects_are_painted_and_found(self):
+        side = 30
+        values = lambda i: {"k": f"o{i}", "v1": i % 7, "v2": i * 31 % 11 if i % 5 else None}
+        mesh = geojson("painted.geojson", [(values(i), square(i % side, i // side)) for i in range(side * side)])
+        meridor("import", mesh, path("painted.vorn"), "--key", "k", "--series", "v=v1..v2")
+        meridor("report", path("painted.vorn"), path("painted.html"))
+        with opened(path("painted.html"), height=2400) as page:
+            for position in (0, 1, 0):
+                page.slide(position)
+                page.frame(300)
+                for number in (1, 10, 101, 105):
+                    seen = page.run("""
+                        const [number, side] = arguments;
+                        const svg = document.querySelector('svg.map'), canvas = document.querySelector('canvas.fills');
+                        const box = svg.getBoundingClientRect(), view = svg.viewBox.baseVal;
+                        const x = (number % side + 0.5) / side * (view.width + 2 * view.x) - view.x;
+                        const y = (side - 0.5 - Math.floor(number / side)) / side * (view.height + 2 * view.y) - view.y;
+                        const at = (length) => [x * length / view.width, y * length / view.width];
+                        const [left, top] = at(box.width), [column, row] = at(canvas.width);
+                        svg.dispatchEvent(new PointerEvent('pointermove', {clientX: box.x + left, clientY: box.y + top}));
+                        const copy = new OffscreenCanvas(1, 1).getContext('2d');
+                        copy.drawImage(canvas, -Math.floor(column), -Math.floor(row));
+                        const pixel = copy.getImageData(0, 0, 1, 1).data;
+                        const swatch = document.querySelector(`tr[data-object="${number}"] .swatch`);
+                        const isMissing = swatch.classList.contains('missing');
+                        return [document.querySelector('.tooltip strong').textContent, isMissing,
+                            isMissing || getComputedStyle(swatch).backgroundColor === `rgb(${[...pixel].slice(0, 3).join(', ')})`];
+                        """, number, side)
+                    self.assertEqual(seen, [f"o{number}", position == 1 and number % 5 == 0, True])
+            self.assertEqual(page.complaints(), [])
+
     def test_points_and_dated_shapes(self):
         shapes = [({"k": "a", "s": "1900", "e": "1909"}, {"type": "Point", "coordinates": [1, 1]}),
                   ({"k": "a", "s": "1910", "e": "1919"}, {"type": "Point", "coordinates": [3, 1]}),

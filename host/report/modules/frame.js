@@ -13,13 +13,24 @@ export function createFrame(title, height, note, width = 460) {
     const xAxis = svg.append("g").attr("class", "axis").attr("transform", `translate(0,${size.height - size.bottom})`);
     const yAxis = svg.append("g").attr("class", "axis").attr("transform", `translate(${size.left},0)`);
     const layer = svg.append("g");
+    const drawnAs = new Map();
+    /** Whether an axis has other limits than when it was drawn last. */
+    const isNew = (axis, scale) => {
+        const limits = [...scale.domain(), ...scale.range()].join();
+        if (drawnAs.get(axis) === limits) return false;
+        drawnAs.set(axis, limits);
+        return true;
+    };
     return {
         figure, caption, extra, size, svg, under, layer, xAxis, yAxis,
         xRange: [size.left, size.width - size.right],
         yRange: [size.height - size.bottom, size.top],
         describe: (text) => svg.attr("aria-label", text),
+        drawX(scale) {
+            if (isNew(xAxis, scale)) xAxis.call(d3.axisBottom(scale).ticks(6).tickFormat(tickText));
+        },
         drawY(scale) {
-            yAxis.call(d3.axisLeft(scale).ticks(5).tickFormat(tickText).tickSize(-(size.width - size.left - size.right)).tickPadding(6));
+            if (isNew(yAxis, scale)) yAxis.call(d3.axisLeft(scale).ticks(5).tickFormat(tickText).tickSize(-(size.width - size.left - size.right)).tickPadding(6));
         },
     };
 }
@@ -58,6 +69,11 @@ export function shortStep(text) {
 /** The step whose place is nearest. */
 export function nearestStep(steps, place, x) {
     return steps[d3.scan(steps, (a, b) => Math.abs(place(a) - x) - Math.abs(place(b) - x))];
+}
+
+/** Takes a brush away, if there is one. */
+export function clearBrush(group, brush) {
+    if (d3.brushSelection(group.node())) group.call(brush.move, null);
 }
 
 /** A line at the present step, and time that follows a click. */

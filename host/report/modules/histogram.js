@@ -1,7 +1,6 @@
 // How the values of the present step are spread. A brush chooses the objects within its limits.
 import {classOf} from "./classes.js";
-import {createFrame} from "./frame.js";
-import {tickText} from "./format.js";
+import {clearBrush, createFrame} from "./frame.js";
 import {touches} from "./store.js";
 
 const kBins = 24;
@@ -33,7 +32,7 @@ export function createHistogram(geography, store) {
         const {layer, view, step} = state;
         frame.figure.hidden = !layer || layer.isText;
         if (frame.figure.hidden || !touches(changed, "layer", "view", "step", "selection")) return;
-        if (touches(changed, "layer", "view", "step") || state.brushedBy !== "histogram") brushed.call(brush.move, null);
+        if (touches(changed, "layer", "view", "step") || state.brushedBy !== "histogram") clearBrush(brushed, brush);
         const row = layer.rowAt(step);
         values = row >= 0 ? layer.valuesOf(row, view) : [];
         const there = [];
@@ -42,7 +41,7 @@ export function createHistogram(geography, store) {
         x = d3.scaleLinear().domain(low < high ? [low, high] : [low - 1, high + 1]).nice().range(frame.xRange);
         const bins = d3.histogram().value((i) => values[i]).domain(x.domain()).thresholds(x.ticks(kBins))(there);
         const y = d3.scaleLinear().domain([0, d3.max(bins, (bin) => bin.length) || 1]).nice().range(frame.yRange);
-        frame.xAxis.call(d3.axisBottom(x).ticks(6).tickFormat(tickText));
+        frame.drawX(x);
         frame.drawY(y);
         const draw = (group, count, name) =>
             group.selectAll("rect").data(bins).join("rect").attr("class", name)
@@ -53,6 +52,6 @@ export function createHistogram(geography, store) {
             .style("fill", (bin) => view.colors[classOf(layer, view, (bin.x0 + bin.x1) / 2)] || null);
         draw(inner, (bin) => (some ? bin.filter((i) => state.selection.has(i)).length : 0), "bar chosen");
         frame.describe(`Histogram of ${layer.name}, ${there.length} values` + (there.length ? ` from ${layer.textOf(d3.min(there, (i) => values[i]), view)} to ${layer.textOf(d3.max(there, (i) => values[i]), view)}` : ""));
-    });
+    }, frame.figure);
     return frame.figure;
 }

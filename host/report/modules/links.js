@@ -31,6 +31,6 @@ export function createLinks(geography, store) {
             : "nothing at this time";
         frame.describe(`Links of ${set.name} over time. Now ${frame.extra.textContent}`);
         moveClock(state.step);
-    });
+    }, frame.figure);
     return frame.figure;
 }

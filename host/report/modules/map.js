@@ -1,11 +1,11 @@
 // The map of a vector geography: shapes and objects follow the step, colours the layer's view.
 import {classOf} from "./classes.js";
-import {element, freshId} from "./format.js";
+import {freshId} from "./format.js";
 import {createPainting} from "./painting.js";
 import {toggled, touches} from "./store.js";
 import {hideTip, showTip} from "./tooltip.js";
 
-/** More objects than this are painted; their elements only find what is under the pointer. */
+/** More objects than this are painted, and have no elements of their own. */
 const kMostElements = 800;
 
 /** What a tooltip says of an object at the present step. */
@@ -122,13 +122,6 @@ export function createMap(geography, store) {
     const nodes = [];
     const drawn = new Array(geography.count).fill(-2);
     const filled = new Array(geography.count).fill(null);
-    for (let i = 0; i < geography.count; ++i) {
-        const node = document.createElementNS("http://www.w3.org/2000/svg", "path");
-        node.objectNumber = i;
-        nodes.push(node);
-    }
-    shapes.node().append(...nodes);
-
     const radius = (geography.count > 500 ? 3 : 5) * unit;
     const outline = (shape) => {
         if (!geography.shapes.places.length) return geography.pathOf(shape);
@@ -140,20 +133,25 @@ export function createMap(geography, store) {
         objects.map((object) => geography.shapeAt(object, step)).filter((shape) => shape >= 0).map(outline).join("") || null;
 
     const painting = geography.count > kMostElements ? createPainting(geography, pad, outline) : null;
-    const borders = svg.insert("path", ".chosen").attr("class", "borders").attr("stroke-width", 0.5 * unit);
     svg.classed("over", Boolean(painting));
+    for (let i = 0; !painting && i < geography.count; ++i) {
+        const node = document.createElementNS("http://www.w3.org/2000/svg", "path");
+        node.objectNumber = i;
+        nodes.push(node);
+    }
+    shapes.node().append(...nodes);
     const paintAll = (state, values) => {
-        const some = state.selection.size > 0;
-        const marks = [];
-        drawn.forEach((shape, i) => {
-            if (shape < 0) return;
-            const known = values ? classOf(state.layer, state.view, values[i]) : -1;
-            marks.push({shape, color: !state.layer ? "var(--plain)" : known < 0 ? null : state.view.colors[known], out: some && !state.selection.has(i)});
+        const {layer, view, step, selection} = state;
+        const colors = d3.range(geography.count).map((i) => {
+            const known = values ? classOf(layer, view, values[i]) : -1;
+            return !layer ? "plain" : known < 0 ? null : view.colors[known];
         });
-        painting.draw(marks);
+        const shapesNow = colors.map((_, i) => geography.shapeAt(i, step));
+        painting.draw({shapes: shapesNow, colors, dimmed: selection.size > 0 ? (i) => !selection.has(i) : null});
     };
 
-    addPointer(svg.node(), geography, store, (event) => {
+    addPointer(svg.node(), geography, store, (event, place) => {
+        if (painting) return painting.objectAt(place, 2 * unit);
         const under = document.elementFromPoint(event.clientX, event.clientY);
         return under && under.objectNumber !== undefined && nodes[under.objectNumber] === under ? under.objectNumber : -1;
     }, setBrush);
@@ -162,36 +160,31 @@ export function createMap(geography, store) {
         if (touches(changed, "layer", "view", "step") || (painting && changed.has("selection"))) {
             const row = state.layer ? state.layer.rowAt(state.step) : -1;
             const values = row >= 0 ? state.layer.valuesOf(row, state.view) : null;
-            let moved = false;
+            if (painting) paintAll(state, values);
             for (let i = 0; i < nodes.length; ++i) {
                 const shape = geography.shapeAt(i, state.step);
                 if (shape !== drawn[i]) {
                     if (shape < 0) nodes[i].removeAttribute("d");
                     else nodes[i].setAttribute("d", outline(shape));
                     drawn[i] = shape;
-                    moved = true;
                 }
-                if (shape < 0 || painting) continue;
+                if (shape < 0) continue;
                 const known = values ? classOf(state.layer, state.view, values[i]) : -1;
                 const color = !state.layer ? "var(--plain)" : known < 0 ? `url(#${hatch})` : state.view.colors[known];
                 if (color === filled[i]) continue;
                 nodes[i].style[paint] = color;
                 filled[i] = color;
             }
-            if (painting) {
-                if (moved && geography.kind === "polygons") borders.attr("d", drawn.filter((shape) => shape >= 0).map(outline).join(""));
-                paintAll(state, values);
-            }
         }
         if (touches(changed, "selection", "step")) {
             const some = state.selection.size > 0;
             svg.classed("selecting", some);
-            if (changed.has("selection") && !painting) nodes.forEach((node, i) => node.classList.toggle("out", some && !state.selection.has(i)));
+            if (changed.has("selection")) nodes.forEach((node, i) => node.classList.toggle("out", some && !state.selection.has(i)));
             chosen.attr("d", outlines([...state.selection], state.step));
         }
         if (touches(changed, "hover", "step")) hovered.attr("d", state.hover < 0 ? null : outlines([state.hover], state.step));
         if (touches(changed, "hover", "step", "links")) drawLinks(linksGroup, geography, state, unit);
     });
-    const node = painting ? element("div", {class: "grid painted"}, painting.canvas, svg.node()) : svg.node();
-    return {node, describe: (text) => svg.attr("aria-label", text)};
+    if (painting) painting.node.append(svg.node());
+    return {node: painting ? painting.node : svg.node(), describe: (text) => svg.attr("aria-label", text)};
 }

@@ -43,6 +43,6 @@ export function createMoran(geography, store) {
             frame.describe(`Moran's I of ${results.layer} over time. ${frame.extra.textContent}`);
             moveClock(state.step);
         }
-    });
+    }, frame.figure);
     return frame.figure;
 }

@@ -1,11 +1,11 @@
 // Two values of each object against each other, with their line and correlation. A brush chooses objects.
 import {classOf} from "./classes.js";
-import {createFrame} from "./frame.js";
-import {labelledSelect, readable, tickText} from "./format.js";
+import {clearBrush, createFrame} from "./frame.js";
+import {element, labelledSelect, readable} from "./format.js";
 import {touches} from "./store.js";
 import {hideTip, showTip} from "./tooltip.js";
 
-const kMostRims = 1000;
+const kMostRims = 1000; // points; more are painted without rims
 
 /** What can stand on the upright axis: the mean of the neighbours, other layers, the same at the first time. */
 function partners(geography, layer) {
@@ -63,6 +63,25 @@ function endsWithin(fit, [left, right], [bottom, top]) {
     return fit.slope === 0 ? [left, right] : [Math.max(left, crossings[0]), Math.min(right, crossings[1])];
 }
 
+/** `dots` are places within the frame with their colours; the canvas has twice as many pixels as the frame has units. */
+function paintDots(canvas, dots, size) {
+    const context = canvas.getContext("2d");
+    context.setTransform(1, 0, 0, 1, 0, 0);
+    context.clearRect(0, 0, canvas.width, canvas.height);
+    context.setTransform(2, 0, 0, 2, 0, 0);
+    const paths = new Map();
+    for (const [x, y, color] of dots) {
+        if (!paths.has(color)) paths.set(color, new Path2D());
+        const path = paths.get(color);
+        path.moveTo(x + size / 2, y);
+        path.arc(x, y, size / 2, 0, 2 * Math.PI);
+    }
+    for (const [color, path] of paths) {
+        context.fillStyle = color;
+        context.fill(path);
+    }
+}
+
 export function createScatter(geography, store, wide) {
     const frame = wide ? createFrame("Against", 260, "", 780) : createFrame("Against", 210);
     let choice = null;
@@ -71,6 +90,14 @@ export function createScatter(geography, store, wide) {
     const line = frame.layer.append("line").attr("class", "fit");
     const brushed = frame.layer.append("g").attr("class", "brush");
     const mark = frame.layer.append("circle").attr("class", "dot").attr("r", 5);
+    // Many points are painted between the axes and the lines.
+    const canvas = element("canvas", {width: 2 * frame.size.width, height: 2 * frame.size.height, "aria-hidden": "true"});
+    const axes = d3.create("svg").attr("viewBox", frame.svg.attr("viewBox")).attr("aria-hidden", "true");
+    axes.append(() => frame.xAxis.node());
+    axes.append(() => frame.yAxis.node());
+    const plot = element("div", {class: "plot"}, axes.node(), canvas);
+    frame.figure.append(plot);
+    plot.append(frame.svg.node());
     let points = [];
     let x = d3.scaleLinear();
     let y = d3.scaleLinear();
@@ -133,7 +160,7 @@ export function createScatter(geography, store, wide) {
                     points.push({object: i, x: values[i], y: others[i]});
             x = d3.scaleLinear().domain(d3.extent(points, (p) => p.x)).nice().range(frame.xRange);
             y = d3.scaleLinear().domain(d3.extent(points, (p) => p.y)).nice().range(frame.yRange);
-            frame.xAxis.call(d3.axisBottom(x).ticks(6).tickFormat(tickText));
+            frame.drawX(x);
             frame.drawY(y);
             const fit = lineThrough(points);
             const ends = fit ? endsWithin(fit, x.domain(), y.domain()) : [];
@@ -143,11 +170,14 @@ export function createScatter(geography, store, wide) {
             frame.describe(`${layer.name} against another value of ${points.length} objects` + (fit ? `, correlation ${readable(fit.r, 3)}` : ""));
         }
         if (touches(changed, "layer", "view", "step", "partner", "selection")) {
-            if (state.brushedBy !== "scatter" || touches(changed, "layer", "view", "step", "partner")) brushed.call(brush.move, null);
+            if (state.brushedBy !== "scatter" || touches(changed, "layer", "view", "step", "partner")) clearBrush(brushed, brush);
             const some = state.selection.size > 0;
             const size = points.length > 400 ? 4 : 7;
+            const isPainted = !some && points.length > kMostRims;
+            canvas.hidden = !isPainted;
+            if (isPainted) paintDots(canvas, points.map((p) => [x(p.x), y(p.y), view.colors[classOf(layer, view, p.x)]]), size);
             const groups = new Map();
-            for (const p of points) {
+            for (const p of isPainted ? [] : points) {
                 const where = some && !state.selection.has(p.object) ? "out" : "in";
                 const key = `${where} ${classOf(layer, view, p.x)}`;
                 if (!groups.has(key)) groups.set(key, {where, color: view.colors[classOf(layer, view, p.x)], d: []});
@@ -157,13 +187,12 @@ export function createScatter(geography, store, wide) {
             const draw = (group, width, color) => group.selectAll("path").data(marks).join("path")
                 .attr("class", (mark) => `point ${mark.where === "out" ? "out" : some ? "chosen" : ""}`)
                 .attr("d", (mark) => mark.d.join("")).attr("stroke-width", width).style("stroke", color);
-            if (some || points.length <= kMostRims) draw(rims, size + 1.2, (mark) => (some && mark.where === "in" ? "var(--strong)" : "var(--soft)"));
-            else rims.selectAll("path").remove();
+            draw(rims, size + 1.2, (mark) => (some && mark.where === "in" ? "var(--strong)" : "var(--soft)"));
             draw(dots, size, (mark) => mark.color);
         }
         const here = points.find((p) => p.object === state.hover);
         mark.attr("display", here ? null : "none");
         if (here) mark.attr("cx", x(here.x)).attr("cy", y(here.y));
-    });
+    }, frame.figure);
     return frame.figure;
 }

@@ -56,6 +56,6 @@ export function createSeries(geography, store) {
             frame.describe(`${layer.name} over time` + (object >= 0 ? ` of ${geography.label(object)}, now ${layer.textOf(value, view)}` : ""));
             moveClock(state.step);
         }
-    });
+    }, frame.figure);
     return frame.figure;
 }

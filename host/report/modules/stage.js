@@ -55,17 +55,24 @@ function createLegend(geography, store) {
     store.listen((state, changed) => {
         if (!touches(changed, "layer", "view", "step")) return;
         const {layer, view, step} = state;
-        list.replaceChildren();
         title.textContent = layer ? layer.name : "Objects";
         method.textContent = layer ? `${layer.isText ? "The commonest names" : view.relative ? "100 % is the mean of each time" : view.name}.` : "";
+        list.hidden = !layer;
         if (!layer) return;
         const row = layer.rowAt(step);
         const values = row >= 0 ? layer.valuesOf(row, view) : new Float64Array(geography.count).fill(NaN);
         const {entries, missing} = legendEntries(layer, view, values, (object) => geography.exists(object, step));
-        for (const entry of entries)
-            list.append(element("li", {}, element("span", {class: "swatch", style: `background:${entry.color}`}), element("span", {class: "limits"}, entry.text), element("span", {class: "count"}, String(entry.count))));
-        if (missing)
-            list.append(element("li", {}, element("span", {class: "swatch missing"}), element("span", {class: "limits"}, "no value"), element("span", {class: "count"}, String(missing))));
+        const rows = [...entries, {text: "no value", count: missing, isMissing: true}];
+        if (touches(changed, "layer", "view"))
+            list.replaceChildren(...rows.map((entry) => element("li", {},
+                element("span", {class: entry.isMissing ? "swatch missing" : "swatch", style: entry.isMissing ? null : `background:${entry.color}`}),
+                element("span", {class: "limits"}, entry.text), element("span", {class: "count"}))));
+        rows.forEach((entry, i) => {
+            const text = String(entry.count);
+            const {lastChild} = list.children[i];
+            if (lastChild.textContent !== text) lastChild.textContent = text;
+        });
+        list.lastChild.hidden = missing === 0;
     });
     return element("figcaption", {}, title, list, method);
 }

@@ -1,5 +1,8 @@
 // What the parts of a stage share: one record, and those who want to know when it changes. Changes of one frame are
-// told together, so that a slider never waits for the drawing of steps that it has left already.
+// told together, so that a slider never waits for the drawing of steps that it has left already. What is outside the
+// window is told when the slider rests.
+
+const kRest = 120; // milliseconds without a change
 
 export function createStore(initial) {
     const state = {...initial};
@@ -22,11 +25,35 @@ export function createStore(initial) {
             }
             keys.forEach((key) => changed.add(key));
         },
-        /** Calls `listener` once now with every key, then with those that changed. */
-        listen(listener) {
-            listeners.push(listener);
+        /** Calls `listener` once now with every key, then with those that changed; later while `node` is not in view. */
+        listen(listener, node) {
+            listeners.push(node ? whenInView(listener, node, state) : listener);
             listener(state, new Set(Object.keys(state)));
         },
+    };
+}
+
+function whenInView(listener, node, state) {
+    let missed = new Set();
+    let inView = true;
+    let waiting = 0;
+    const catchUp = () => {
+        clearTimeout(waiting);
+        if (!missed.size) return;
+        const keys = missed;
+        missed = new Set();
+        listener(state, keys);
+    };
+    new IntersectionObserver((entries) => {
+        inView = entries[entries.length - 1].isIntersecting;
+        if (inView) catchUp();
+    }).observe(node);
+    addEventListener("beforeprint", catchUp);
+    return (_, changed) => {
+        changed.forEach((key) => missed.add(key));
+        if (inView) return catchUp();
+        clearTimeout(waiting);
+        waiting = setTimeout(catchUp, kRest);
     };
 }
 
