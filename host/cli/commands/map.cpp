@@ -165,9 +165,13 @@ QString textOf(const QString &file, const MapPicture &picture)
         drawn += panel.drawn;
     }
     const bool several = picture.panels.size() > 1;
-    return QStringLiteral("%1: %2%3 objects in %4 classes, %5 without a value")
+    const auto classes = picture.panels.first().counts.size();
+    return QStringLiteral("%1: %2%3 %4 in %5 %6, %7 without a value")
         .arg(file, several ? QStringLiteral("%1 maps, ").arg(picture.panels.size()) : QString(),
-             QString::number(drawn), QString::number(picture.panels.first().counts.size()),
+             QString::number(drawn),
+             drawn == 1 ? QStringLiteral("object") : QStringLiteral("objects"),
+             QString::number(classes),
+             classes == 1 ? QStringLiteral("class") : QStringLiteral("classes"),
              QString::number(missing));
 }
 

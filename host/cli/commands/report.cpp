@@ -59,8 +59,11 @@ void run(Options options, const Context &context)
             {QStringLiteral("bytes"), page.size()},
             {QStringLiteral("geographies"), static_cast<int>(report.geographies.size())}});
     else
-        context.console.print(QStringLiteral("%1: %2 geographies, %3 KB")
+        context.console.print(QStringLiteral("%1: %2 %3, %4 KB")
                                   .arg(options.output, QString::number(report.geographies.size()),
+                                       report.geographies.size() == 1
+                                           ? QStringLiteral("geography")
+                                           : QStringLiteral("geographies"),
                                        QString::number((page.size() + 500) / 1000)));
 }
 

@@ -10,8 +10,9 @@ export function readable(value, digits = 7) {
     return (part ? `${grouped}.${part}` : grouped).replace("-", "\u2212");
 }
 
-/** Of an axis: short, with k and M for thousands and millions. */
+/** Of an axis: short, with k and M for thousands and millions, with an exponent beyond those. */
 export function tickText(value) {
+    if (Math.abs(value) >= 1e15) return d3.format(".3~e")(value);
     return Math.abs(value) >= 10000 ? d3.format("~s")(value) : readable(value, 5);
 }
 

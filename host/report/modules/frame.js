@@ -35,6 +35,13 @@ export function createFrame(title, height, note, width = 460) {
     };
 }
 
+/** A scale over all values; around a single one there is room on both sides. */
+export function valueScale(values, range) {
+    const [low, high] = values.length ? d3.extent(values) : [0, 1];
+    const room = low < high ? 0 : Math.abs(low) / 10 || 1;
+    return d3.scaleLinear().domain([low - room, high + room]).nice().range(range);
+}
+
 /** Places of steps along the time axis, by their instants. */
 export function stepScale(geography, steps, range) {
     const times = steps.map((step) => geography.steps[step].at);

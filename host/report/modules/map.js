@@ -107,14 +107,16 @@ export function createMap(geography, store) {
     const {width, height} = geography;
     const unit = Math.max(width, height) / 800;
     const pad = 8 * unit;
+    // A single place has no extent, and stands in the middle of a small map.
+    const isPlace = !geography.shapes.width && !geography.shapes.height;
     const svg = d3.create("svg").attr("class", `map ${geography.kind}`).attr("role", "img")
-        .attr("viewBox", `${-pad} ${-pad} ${width + 2 * pad} ${height + 2 * pad}`);
+        .attr("viewBox", isPlace ? "-0.5 -0.2 1 0.4" : `${-pad} ${-pad} ${width + 2 * pad} ${height + 2 * pad}`);
     const hatch = freshId("hatch");
     const pattern = svg.append("defs").append("pattern").attr("id", hatch).attr("patternUnits", "userSpaceOnUse")
         .attr("width", 6 * unit).attr("height", 6 * unit).attr("patternTransform", "rotate(45)");
     pattern.append("rect").attr("class", "hatch-ground").attr("width", 6 * unit).attr("height", 6 * unit);
     pattern.append("line").attr("class", "hatch-line").attr("y2", 6 * unit).attr("stroke-width", 2 * unit);
-    const shapes = svg.append("g").attr("class", "shapes").attr("stroke-width", 0.8 * unit);
+    const shapes = svg.append("g").attr("class", "shapes").attr("stroke-width", (geography.kind === "lines" ? 2.4 : 0.8) * unit);
     const chosen = svg.append("path").attr("class", "chosen").attr("stroke-width", 2.2 * unit);
     const linksGroup = svg.append("g").attr("class", "links");
     const hovered = svg.append("path").attr("class", "hovered").attr("stroke-width", 2.6 * unit);

@@ -1,6 +1,6 @@
 // Two values of each object against each other, with their line and correlation. A brush chooses objects.
 import {classOf} from "./classes.js";
-import {clearBrush, createFrame} from "./frame.js";
+import {clearBrush, createFrame, valueScale} from "./frame.js";
 import {element, labelledSelect, readable} from "./format.js";
 import {touches} from "./store.js";
 import {hideTip, showTip} from "./tooltip.js";
@@ -158,8 +158,8 @@ export function createScatter(geography, store, wide) {
             for (let i = 0; i < values.length && i < others.length; ++i)
                 if (!Number.isNaN(values[i]) && !Number.isNaN(others[i]) && geography.exists(i, step))
                     points.push({object: i, x: values[i], y: others[i]});
-            x = d3.scaleLinear().domain(d3.extent(points, (p) => p.x)).nice().range(frame.xRange);
-            y = d3.scaleLinear().domain(d3.extent(points, (p) => p.y)).nice().range(frame.yRange);
+            x = valueScale(points.map((p) => p.x), frame.xRange);
+            y = valueScale(points.map((p) => p.y), frame.yRange);
             frame.drawX(x);
             frame.drawY(y);
             const fit = lineThrough(points);
