@@ -67,7 +67,12 @@ public:
     const QVector<int> &GetFennimIdMap() const { return mFennimIdMap; }
     int GetFennimId(unsigned int index) const;
     /// The object index of a chain; -1 when there is none.
-    int GetObjectId(int chainId) const { return mObjectIndexByFennimId.value(chainId, -1); }
+    int GetObjectId(int chainId) const
+    {
+        if (mObjectIndexByFennimId.isEmpty())
+            return chainId >= 0 && chainId < mFennimIdMap.size() ? chainId : -1;
+        return mObjectIndexByFennimId.value(chainId, -1);
+    }
     /// The disjoint intervals, in order, on each of which the set of objects and their shapes stays
     /// the same.
     QList<TimeStamp> GetMergedObjectTimes() const;
@@ -87,6 +92,6 @@ private:
 
     std::unique_ptr<Fennims> mFennims;
     MVectorDataSource *mVectorDataSource = nullptr; ///< mDataSource with its type
-    QHash<int, int> mObjectIndexByFennimId;
+    QHash<int, int> mObjectIndexByFennimId;         ///< empty while each id equals its index
     QVector<int> mFennimIdMap;
 };

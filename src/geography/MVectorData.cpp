@@ -94,6 +94,10 @@ void MVectorData::numberObjects()
 void MVectorData::indexFennimIds()
 {
     mObjectIndexByFennimId.clear();
+    const auto other = std::find_if(mFennimIdMap.cbegin(), mFennimIdMap.cend(),
+                                    [index = 0](int id) mutable { return id != index++; });
+    if (other == mFennimIdMap.cend())
+        return;
     mObjectIndexByFennimId.reserve(mFennimIdMap.size());
     for (int i = 0; i < mFennimIdMap.size(); ++i)
         mObjectIndexByFennimId.insert(mFennimIdMap[i], i);

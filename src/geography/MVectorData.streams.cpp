@@ -19,15 +19,6 @@ namespace {
 // datasets the second half.
 constexpr int kGeometryShare = 50;
 
-void writeAscending(QDataStream &out, const QHash<int, int> &hash)
-{
-    QList<int> keys = hash.keys();
-    std::sort(keys.begin(), keys.end());
-    out << qint32(keys.size());
-    for (int key : std::as_const(keys))
-        out << qint32(key) << qint32(hash.value(key));
-}
-
 using NumberPairs = QVector<QPair<qint32, qint32>>;
 
 bool readPairs(QDataStream &in, NumberPairs &pairs)
@@ -54,7 +45,11 @@ bool MVectorData::SaveToStream(QDataStream &out)
     ProgressSection section(kGeometryShare);
     if (!mFennims->Save(out, progressCallback()))
         return false;
-    writeAscending(out, mObjectIndexByFennimId);
+    QVector<int> ids = mFennimIdMap;
+    std::sort(ids.begin(), ids.end());
+    out << qint32(ids.size());
+    for (const int id : std::as_const(ids))
+        out << qint32(id) << qint32(GetObjectId(id));
     out << mFennimIdMap;
     section.next(100);
     setProgressText(saving + QStringLiteral(" datasets..."));
@@ -99,12 +94,10 @@ bool MVectorData::restoreObjectNumbers(QDataStream &in, const LoadContext &conte
     purgeWeightSets(context);
     indexFennimIds();
     const QMap<int, FMObjectChain *> &chains = mFennims->mChains;
-    if (mFennimIdMap.size() != chains.size() || pairs.size() != chains.size()
-        || mObjectIndexByFennimId.size() != chains.size())
+    if (mFennimIdMap.size() != chains.size() || pairs.size() != chains.size())
         return false;
-    const bool areNamed = std::all_of(chains.keyBegin(), chains.keyEnd(), [this](int id) {
-        return mObjectIndexByFennimId.contains(id);
-    });
+    const bool areNamed = std::all_of(chains.keyBegin(), chains.keyEnd(),
+                                      [this](int id) { return GetObjectId(id) >= 0; });
     return areNamed
            && std::all_of(pairs.cbegin(), pairs.cend(), [this](const QPair<qint32, qint32> &pair) {
                   return GetObjectId(pair.first) == pair.second && pair.second >= 0;

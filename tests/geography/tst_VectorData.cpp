@@ -199,15 +199,32 @@ private Q_SLOTS:
     }
 
     // The maps stand behind the geometry: 3 pairs, then 3 ids.
+    void numbersThatDoNotFitAreRefused_data()
+    {
+        QTest::addColumn<QVector<int>>("ids");
+        QTest::newRow("any ids") << QVector<int>{4, 9, 17};
+        QTest::newRow("ids that are the indices") << QVector<int>{0, 1, 2};
+    }
+
     void numbersThatDoNotFitAreRefused()
     {
+        QFETCH(QVector<int>, ids);
         Fixture fixture;
+        QVERIFY(fixture.geography->ReplaceVORN(
+            newFennims({{ids[0], 0, 1}, {ids[1], 0, 1}, {ids[2], 0, 1}})));
+        for (int object = 0; object < 3; ++object)
+            QCOMPARE(fixture.geography->GetObjectId(ids[object]), object);
+        QCOMPARE(fixture.geography->GetObjectId(ids[2] + 1), -1);
+        QCOMPARE(fixture.geography->GetObjectId(-1), -1);
         const QByteArray bytes = fixture.bytes();
         QByteArray maps;
         BytesWriter out(&maps);
-        out << qint32(3) << qint32(4) << qint32(0) << qint32(9) << qint32(1) << qint32(17)
-            << qint32(2);
-        out << QVector<int>{4, 9, 17};
+        out << qint32(3) << qint32(ids[0]) << qint32(0) << qint32(ids[1]) << qint32(1)
+            << qint32(ids[2]) << qint32(2) << ids;
+        MVectorData whole(QString(), TF_Date, QString());
+        BytesReader all(bytes);
+        QVERIFY(whole.RestoreFromStream(all));
+        QCOMPARE(whole.GetFennimIdMap(), ids);
         const int at = bytes.indexOf(maps);
         QVERIFY(at > 0);
         for (int word = 0; word < maps.size() / 4; ++word) {
