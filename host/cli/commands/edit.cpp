@@ -65,7 +65,8 @@ void removeGeographies(const Options &options)
 template <class Change>
 void edit(const Options &options, const Context &context, const char *done, Change change)
 {
-    editProject(options.target, context, [&change](Session &) { change(); });
+    editProject(
+        options.target, context, [&change](Session &) { change(); }, Values::Packed);
     const QString file = options.target.file();
     if (context.console.json)
         context.console.print(

@@ -19,12 +19,12 @@ void refuseOutputWithout(const char *option, const EditTarget &target)
 }
 
 void editProject(const EditTarget &target, const Context &context,
-                 const std::function<void(Session &)> &change)
+                 const std::function<void(Session &)> &change, Values values)
 {
     requireWritable(target.file(), context.overwrite || target.output.isEmpty());
     Session session(context.session, context.user);
     session.reserve(target.file());
-    session.load(target.project);
+    values == Values::Packed ? session.loadPacked(target.project) : session.load(target.project);
     change(session);
     session.save(target.file());
 }

@@ -19,8 +19,13 @@ void targetOptions(const Command &command, EditTarget &target, Context &context)
 /// which was not.
 void refuseOutputWithout(const char *option, const EditTarget &target);
 
+enum class Values {
+    Loaded, ///< with the project
+    Packed  ///< those that `change` does not read are copied to the new file as they are
+};
+
 /// Loads the project, calls `change` and saves. Nothing is written if `change` throws.
 void editProject(const EditTarget &target, const Context &context,
-                 const std::function<void(Session &)> &change);
+                 const std::function<void(Session &)> &change, Values values = Values::Loaded);
 
 } // namespace meridor
