@@ -1,25 +1,28 @@
 // SPDX-License-Identifier: MIT
-// Pairs of points. The plane is cut into square tiles. For each tile that has points the point tree gives all points in a rectangle that contains every partner to the
-// right of a point of the tile; their coordinates are copied to contiguous arrays, over which the
-// points of the tile loop. A pair is counted from its left point, or from the lower row if both
-// have the same x, so each pair is counted once. The rectangle query of the tree is used because its
-// hits carry neither distance nor angle, which would have to be calculated once for each hit, also
-// for those that the points of the tile then skip.
+// Pairs of points. The samples are sorted by the cells of a grid, row by row, so that the samples of
+// neighbouring cells of a row are contiguous. A sample makes pairs with those after it in its own row
+// of cells and with those of the rows above, in the columns that the circle around it meets. Each
+// pair is met once. Distances, classes and terms of a run of candidates are calculated without
+// branches, in a form that the compiler turns into vector instructions; candidates beyond the cutoff
+// get a class that nobody reads.
 //
 // Pairs of cells. All pairs of a grid with the same offset in columns and rows have the same
 // separation and direction, so the sums of one offset are added to a class at once.
 #include "core/geostatistics/empiricalVariogram.h"
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <numeric>
 #include "core/project/failure.h"
-#include "fennimark/FM_PointTree.h"
 
 namespace meridor {
 namespace {
 
-/// Larger tiles ask the tree for fewer points in all, smaller ones compare fewer that are too far.
-constexpr double kPointsPerTile = 64;
-constexpr double kMostTilesPerCutoff = 8;
+/// Cells along the cutoff: smaller cells compare fewer samples that are too far, in shorter runs.
+constexpr double kCellsPerCutoff = 8;
+constexpr size_t kRun = 256;
+/// Consecutive pairs are added to different sums: additions to one would wait for each other.
+constexpr size_t kLanes = 4;
 constexpr double kMostClasses = 10000;
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kAngleSlack = 1e-9; ///< radians, so that a direction on a limit is within it
@@ -31,122 +34,123 @@ double angleBetween(double a, double b)
     return turn;
 }
 
-struct Tile {
-    qint64 column;
-    qint64 row;
-    int sample;
-};
-
-/// The samples ordered by tile.
-std::vector<Tile> tilesOf(const Samples &samples, double side)
-{
-    const double left = *std::min_element(samples.x.begin(), samples.x.end());
-    const double bottom = *std::min_element(samples.y.begin(), samples.y.end());
-    std::vector<Tile> tiles;
-    for (size_t i = 0; i < samples.size(); ++i)
-        tiles.push_back({static_cast<qint64>(std::floor((samples.x[i] - left) / side)),
-                         static_cast<qint64>(std::floor((samples.y[i] - bottom) / side)),
-                         static_cast<int>(i)});
-    std::sort(tiles.begin(), tiles.end(), [](const Tile &a, const Tile &b) {
-        return a.row != b.row         ? a.row < b.row
-               : a.column != b.column ? a.column < b.column
-                                      : a.sample < b.sample;
-    });
-    return tiles;
-}
-
-/// The points near one tile as contiguous arrays, and those that make pairs with one point.
-class Near {
+/// The samples ordered by cells, row by row.
+class SortedSamples {
 public:
-    void assign(const QVector<ptTreeQueryResult> &hits, const Samples &samples,
-                const std::vector<double> &others)
+    /// Raises a Failure for places that are not finite.
+    SortedSamples(const Samples &samples, const std::vector<double> &second, double cutoff)
+        : mCutoff(cutoff)
     {
-        const auto count = static_cast<size_t>(hits.size());
-        for (std::vector<double> *list : {&mX, &mY, &mZ, &mU, &squares, &lags, &positions, &terms})
-            list->resize(count);
-        mRows.resize(count);
-        mKept.resize(count);
-        for (size_t i = 0; i < count; ++i) {
-            const ptTreeQueryResult &hit = hits[static_cast<int>(i)];
-            const auto row = static_cast<size_t>(hit.id);
-            mX[i] = hit.point.x();
-            mY[i] = hit.point.y();
-            mZ[i] = samples.values[row];
-            mU[i] = others.empty() ? 0 : others[row];
-            mRows[i] = hit.id;
-        }
+        const auto xs = std::minmax_element(samples.x.begin(), samples.x.end());
+        const auto ys = std::minmax_element(samples.y.begin(), samples.y.end());
+        mLeft = *xs.first;
+        mBottom = *ys.first;
+        const double wide = *xs.second - mLeft;
+        const double high = *ys.second - mBottom;
+        const auto finite = [](double v) { return std::isfinite(v); };
+        if (!std::all_of(samples.x.begin(), samples.x.end(), finite)
+            || !std::all_of(samples.y.begin(), samples.y.end(), finite) || !finite(wide + high))
+            fail(QStringLiteral("a place is not finite"));
+        // There are at most about three cells a sample.
+        const auto n = static_cast<double>(samples.size());
+        mSide = std::max(
+            {cutoff / kCellsPerCutoff, std::sqrt(wide / n) * std::sqrt(high), wide / n, high / n});
+        mColumns = static_cast<size_t>(wide / mSide) + 1;
+        mRows = static_cast<size_t>(high / mSide) + 1;
+        // Rounding of coordinates may place a sample in a cell beside its own.
+        constexpr double kRounding = 8 * std::numeric_limits<double>::epsilon();
+        mSlack = 1e-9 * cutoff + kRounding * (std::fabs(mLeft) + std::fabs(mBottom) + wide + high);
+        sort(samples, second);
     }
 
-    /// Keeps the points to the right of a sample within the distance, with `squares` of distances.
-    size_t keepPartners(double x, double y, int row, double mostSquare)
+    /// Calls `visit` with ranges of samples after `i`, among which are all within the cutoff.
+    template <class Visit> void partnersOf(size_t i, const Visit &visit) const
     {
-        // Plain pointers: the compiler need not assume that a store moves the vectors' elements.
-        const double *const xs = mX.data();
-        const double *const ys = mY.data();
-        const int *const rows = mRows.data();
-        int *const kept = mKept.data();
-        double *const kepts = squares.data();
-        const size_t all = mX.size();
-        size_t count = 0;
-        for (size_t j = 0; j < all; ++j) {
-            const double dx = xs[j] - x;
-            const double dy = ys[j] - y;
-            const double square = dx * dx + dy * dy;
-            // Without branches, which would often be mispredicted.
-            const bool right = (dx > 0) | ((dx == 0) & (rows[j] > row));
-            kept[count] = static_cast<int>(j);
-            kepts[count] = square;
-            count += static_cast<size_t>(right & (square <= mostSquare));
+        const double reach = mCutoff + mSlack;
+        const size_t own = rowOf(y[i]);
+        visit(i + 1, startOf(own, columnOf(x[i] + reach) + 1));
+        for (size_t row = own + 1; row < mRows; ++row) {
+            const double up =
+                std::max(0.0, mBottom + static_cast<double>(row) * mSide - y[i] - mSlack);
+            if (up > reach)
+                return;
+            const double half = std::sqrt(reach * reach - up * up) + mSlack;
+            visit(startOf(row, columnOf(x[i] - half)), startOf(row, columnOf(x[i] + half) + 1));
         }
-        return count;
     }
-    /// Fills `lags`, `positions` in widths, and `terms` of the first `count` kept points.
-    template <class Term>
-    void measure(size_t count, double width, double value, double other, Term term)
-    {
-        const double *const from = squares.data();
-        double *const h = lags.data();
-        double *const position = positions.data();
-        for (size_t i = 0; i < count; ++i) {
-            h[i] = std::sqrt(from[i]);
-            position[i] = h[i] / width;
-        }
-        const int *const kept = mKept.data();
-        const double *const z = mZ.data();
-        const double *const u = mU.data();
-        double *const to = terms.data();
-        for (size_t i = 0; i < count; ++i)
-            to[i] = term(value - z[kept[i]], other - u[kept[i]]);
-    }
-    double x(size_t kept) const { return mX[static_cast<size_t>(mKept[kept])]; }
-    double y(size_t kept) const { return mY[static_cast<size_t>(mKept[kept])]; }
+    size_t size() const { return x.size(); }
 
-    std::vector<double> squares, lags, positions, terms; ///< of the kept points
+    std::vector<double> x, y, values, others; ///< others: empty, or of the second variable
 
 private:
-    std::vector<double> mX, mY, mZ, mU;
-    std::vector<int> mRows;
-    std::vector<int> mKept;
+    size_t columnOf(double at) const { return indexOf((at - mLeft) / mSide, mColumns); }
+    size_t rowOf(double at) const { return indexOf((at - mBottom) / mSide, mRows); }
+    static size_t indexOf(double position, size_t count)
+    {
+        return static_cast<size_t>(std::clamp(position, 0.0, static_cast<double>(count - 1)));
+    }
+    size_t startOf(size_t row, size_t column) const { return mStarts[row * mColumns + column]; }
+
+    /// Counting sort, which keeps the order of the samples of a cell.
+    void sort(const Samples &samples, const std::vector<double> &second)
+    {
+        std::vector<size_t> cells(samples.size());
+        mStarts.assign(mColumns * mRows + 1, 0);
+        for (size_t i = 0; i < samples.size(); ++i) {
+            cells[i] = rowOf(samples.y[i]) * mColumns + columnOf(samples.x[i]);
+            ++mStarts[cells[i] + 1];
+        }
+        std::partial_sum(mStarts.begin(), mStarts.end(), mStarts.begin());
+        std::vector<size_t> next(mStarts.begin(), mStarts.end() - 1);
+        for (std::vector<double> *list : {&x, &y, &values})
+            list->resize(samples.size());
+        others.resize(second.size());
+        for (size_t i = 0; i < samples.size(); ++i) {
+            const size_t to = next[cells[i]]++;
+            x[to] = samples.x[i];
+            y[to] = samples.y[i];
+            values[to] = samples.values[i];
+            if (!second.empty())
+                others[to] = second[i];
+        }
+    }
+
+    double mCutoff, mLeft, mBottom, mSide, mSlack;
+    size_t mColumns, mRows;
+    std::vector<size_t> mStarts; ///< of the cells in the lists, and their end
 };
 
-double tileSide(const Samples &samples, double cutoff)
+/// The pairs of a sample with a run of others.
+struct Run {
+    double squares[kRun];
+    double lags[kRun];
+    double terms[kRun];
+    int classes[kRun]; ///< of `count` classes; count: at the same place; count + 1: too far
+};
+
+/// The class of a separation, of at most `count`. A limit belongs to the class below it.
+inline int classAt(double position, int count)
 {
-    const auto x = std::minmax_element(samples.x.begin(), samples.x.end());
-    const auto y = std::minmax_element(samples.y.begin(), samples.y.end());
-    const double area = (*x.second - *x.first) * (*y.second - *y.first);
-    const double side = std::sqrt(kPointsPerTile * area / static_cast<double>(samples.size()));
-    return std::clamp(side, cutoff / kMostTilesPerCutoff, cutoff);
+    const double within = std::min(position, static_cast<double>(count));
+    const int index = static_cast<int>(within);
+    return std::min(index - static_cast<int>((index == within) & (index > 0)), count - 1);
 }
 
-bool setPoints(FM_PointTree &tree, const Samples &samples)
+void classify(Run &run, const double *x, const double *y, double fromX, double fromY, size_t size,
+              double width, double cutoff, int count)
 {
-    QVector<QPointF> points;
-    QVector<int> rows;
-    for (size_t i = 0; i < samples.size(); ++i) {
-        points.append({samples.x[i], samples.y[i]});
-        rows.append(static_cast<int>(i));
+    const double most = cutoff * cutoff;
+    for (size_t j = 0; j < size; ++j) {
+        const double dx = x[j] - fromX;
+        const double dy = y[j] - fromY;
+        run.squares[j] = dx * dx + dy * dy;
+        run.lags[j] = std::sqrt(run.squares[j]);
     }
-    return tree.SetPoints(points, rows, nullptr, 0, 100);
+    for (size_t j = 0; j < size; ++j) {
+        int index = classAt(run.lags[j] / width, count);
+        index = run.squares[j] == 0 ? count : index;
+        run.classes[j] = run.squares[j] > most ? count + 1 : index;
+    }
 }
 
 } // namespace
@@ -172,13 +176,6 @@ LagSums::LagSums(const LagPlan &plan) : mPlan(plan)
     mSums.resize(mClasses * std::max<size_t>(1, plan.directions.size()));
 }
 
-size_t LagSums::classOf(double position) const
-{
-    auto index = static_cast<int>(position);
-    index -= (static_cast<double>(index) == position) & (index > 0); // the upper limit is included
-    return std::min(static_cast<size_t>(index), mClasses - 1);
-}
-
 void LagSums::addPair(double h, double dx, double dy, double term, qint64 pairs)
 {
     const auto count = [&](Sum &sum) {
@@ -190,7 +187,7 @@ void LagSums::addPair(double h, double dx, double dy, double term, qint64 pairs)
         count(mColocated);
         return;
     }
-    const size_t index = classOf(h / mPlan.width);
+    const auto index = static_cast<size_t>(classAt(h / mPlan.width, static_cast<int>(mClasses)));
     if (mPlan.directions.empty()) {
         count(mSums[index]);
         return;
@@ -201,68 +198,63 @@ void LagSums::addPair(double h, double dx, double dy, double term, qint64 pairs)
             count(mSums[d * mClasses + index]);
 }
 
-template <class Partners>
-void LagSums::addKept(const Partners &near, size_t count, double x, double y)
-{
-    if (!mPlan.directions.empty()) {
-        for (size_t i = 0; i < count; ++i)
-            addPair(near.lags[i], near.x(i) - x, near.y(i) - y, near.terms[i], 1);
-        return;
-    }
-    const double *const lags = near.lags.data();
-    const double *const positions = near.positions.data();
-    const double *const terms = near.terms.data();
-    Sum *const sums = mSums.data();
-    for (size_t i = 0; i < count; ++i) {
-        Sum &sum = lags[i] == 0 ? mColocated : sums[classOf(positions[i])];
-        sum.value += terms[i];
-        sum.lag += lags[i];
-        ++sum.pairs;
-    }
-}
-
 template <class Term>
 void LagSums::addPairs(const Samples &samples, const std::vector<double> &others, Term term,
                        const Meter &meter)
 {
     if (samples.size() < 2)
         return;
-    FM_PointTree tree;
-    if (!setPoints(tree, samples))
-        fail(QStringLiteral("a place is not finite"));
-    const double cutoff = mPlan.cutoff;
-    const double most = cutoff * cutoff;
-    const double reach = cutoff * (1 + 1e-9);
-    const std::vector<Tile> tiles = tilesOf(samples, tileSide(samples, cutoff));
-    QVector<ptTreeQueryResult> hits;
-    Near near;
-    for (size_t first = 0, end = 0; first < tiles.size(); first = end) {
-        double left = samples.x[static_cast<size_t>(tiles[first].sample)];
-        double bottom = samples.y[static_cast<size_t>(tiles[first].sample)];
-        double right = left;
-        double top = bottom;
-        for (end = first; end < tiles.size() && tiles[end].row == tiles[first].row
-                          && tiles[end].column == tiles[first].column;
-             ++end) {
-            const auto i = static_cast<size_t>(tiles[end].sample);
-            left = std::min(left, samples.x[i]);
-            right = std::max(right, samples.x[i]);
-            bottom = std::min(bottom, samples.y[i]);
-            top = std::max(top, samples.y[i]);
+    const SortedSamples sorted(samples, others, mPlan.cutoff);
+    const auto classes = static_cast<int>(mClasses);
+    // One more class for pairs at the same place, and one for those that are too far.
+    const size_t stride = mClasses + 2;
+    std::vector<Sum> lanes(kLanes * stride);
+    Run run;
+    const auto addRun = [&](size_t i, size_t from, size_t size) {
+        classify(run, &sorted.x[from], &sorted.y[from], sorted.x[i], sorted.y[i], size, mPlan.width,
+                 mPlan.cutoff, classes);
+        const double value = sorted.values[i];
+        const double *const z = &sorted.values[from];
+        if (sorted.others.empty()) {
+            for (size_t j = 0; j < size; ++j)
+                run.terms[j] = term(value - z[j], 0.0);
+        } else {
+            const double other = sorted.others[i];
+            const double *const u = &sorted.others[from];
+            for (size_t j = 0; j < size; ++j)
+                run.terms[j] = term(value - z[j], other - u[j]);
         }
-        tree.GetPointsInRect(
-            QRectF(QPointF(left, bottom - reach), QPointF(right + reach, top + reach)), {}, hits);
-        near.assign(hits, samples, others);
-        for (size_t k = first; k < end; ++k) {
-            const auto i = static_cast<size_t>(tiles[k].sample);
-            const double x = samples.x[i];
-            const double y = samples.y[i];
-            const size_t count = near.keepPartners(x, y, tiles[k].sample, most);
-            near.measure(count, mPlan.width, samples.values[i], others.empty() ? 0 : others[i],
-                         term);
-            addKept(near, count, x, y);
+        if (!mPlan.directions.empty()) {
+            for (size_t j = 0; j < size; ++j)
+                if (run.classes[j] <= classes)
+                    addPair(run.lags[j], sorted.x[from + j] - sorted.x[i],
+                            sorted.y[from + j] - sorted.y[i], run.terms[j], 1);
+            return;
         }
-        meter(static_cast<int>(100 * end / tiles.size()));
+        Sum *const sums = lanes.data();
+        for (size_t j = 0; j < size; ++j) {
+            Sum &sum = sums[(j % kLanes) * stride + static_cast<size_t>(run.classes[j])];
+            sum.value += run.terms[j];
+            sum.lag += run.lags[j];
+            ++sum.pairs;
+        }
+    };
+    for (size_t i = 0; i < sorted.size(); ++i) {
+        sorted.partnersOf(i, [&](size_t from, size_t to) {
+            for (; from < to; from += kRun)
+                addRun(i, from, std::min(kRun, to - from));
+        });
+        if (i % 64 == 0)
+            meter(static_cast<int>(100 * i / sorted.size()));
+    }
+    for (size_t lane = 0; lane < kLanes; ++lane) {
+        for (size_t k = 0; k <= mClasses; ++k) {
+            const Sum &part = lanes[lane * stride + k];
+            Sum &sum = k == mClasses ? mColocated : mSums[k];
+            sum.value += part.value;
+            sum.lag += part.lag;
+            sum.pairs += part.pairs;
+        }
     }
 }
 

@@ -73,11 +73,9 @@ private:
     };
     LagBin binOf(const Sum &sum, double direction) const;
     void addPair(double h, double dx, double dy, double term, qint64 pairs);
-    size_t classOf(double position) const;
     template <class Term>
     void addPairs(const Samples &samples, const std::vector<double> &others, Term term,
                   const Meter &meter);
-    template <class Partners> void addKept(const Partners &near, size_t count, double x, double y);
 
     LagPlan mPlan;
     size_t mClasses;
