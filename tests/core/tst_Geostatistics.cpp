@@ -95,6 +95,8 @@ private Q_SLOTS:
     void agreesWithFiguresFromOutside();
     void fitsWhatWasPutIn_data();
     void fitsWhatWasPutIn();
+    void endsWhereTheGaussianRangeIsDefined_data();
+    void endsWhereTheGaussianRangeIsDefined();
     void equalsThePlainSystem_data();
     void equalsThePlainSystem();
     void returnsTheDatumAtItsPlace();
@@ -347,6 +349,50 @@ void TestGeostatistics::fitsWhatWasPutIn()
         QCOMPARE(difference(found[i].majorRange, expected.majorRange, 1e-4, "major"), QString());
         QVERIFY(std::fabs(std::remainder(found[i].angle - expected.angle, kPi)) < 1e-4);
     }
+}
+
+void TestGeostatistics::endsWhereTheGaussianRangeIsDefined_data()
+{
+    QTest::addColumn<bool>("exact");
+    QTest::addColumn<int>("power"); // of the separation, by which residuals are weighed
+    QTest::newRow("default") << false << 1;
+    QTest::newRow("exact minimum") << true << 2;
+}
+
+/// A variogram that is not Gaussian, so that the two definitions of the range differ.
+void TestGeostatistics::endsWhereTheGaussianRangeIsDefined()
+{
+    QFETCH(bool, exact);
+    QFETCH(int, power);
+    const VariogramModelAtT truth = parseStructures("nugget:0.2,spherical:3:300");
+    std::vector<LagBin> bins;
+    for (int i = 1; i <= 15; ++i)
+        bins.push_back({27.0 * i, 0,
+                        truth.GetModelValue(27.0 * i, 0) * (1 + 0.05 * std::sin(7 * i)),
+                        100 + 10 * i});
+    FitPlan plan;
+    plan.structures = {Type::Gaussian};
+    plan.exactMinimum = exact;
+    const FittedModel fitted = fitVariogram(bins, plan);
+    QCOMPARE(fitted.remark, QString());
+    // Sums of weighted residuals: with 1 and the shape for the sills, with u^power for the range.
+    double sums[3] = {}, sizes[3] = {}, squares = 0;
+    for (const LagBin &bin : bins) {
+        const double u = bin.lag / fitted.model.structures[1].majorRange;
+        const double weight = double(bin.pairs) / (bin.lag * bin.lag);
+        const double residual = bin.value - fitted.model.GetModelValue(bin.lag, 0);
+        const double tail = std::exp(-3 * u * u);
+        const double factors[3] = {1, 1 - tail, std::pow(u, power) * tail};
+        for (int k = 0; k < 3; ++k) {
+            sums[k] += weight * residual * factors[k];
+            sizes[k] += std::fabs(weight * residual * factors[k]);
+        }
+        squares += weight * residual * residual;
+    }
+    for (int k = 0; k < 3; ++k)
+        QVERIFY2(std::fabs(sums[k]) < 1e-5 * sizes[k],
+                 qPrintable(QString("sum %1: %2 of %3").arg(k).arg(sums[k]).arg(sizes[k])));
+    QCOMPARE(fitted.squares, squares);
 }
 
 void TestGeostatistics::equalsThePlainSystem_data()

@@ -37,6 +37,7 @@ struct Options {
     QString weights = QStringLiteral("pairs/distance");
     double nugget = std::numeric_limits<double>::quiet_NaN(); ///< NaN: fitted
     bool anisotropic = false;
+    bool exactMinimum = false;
     QString save;
     QString plot; ///< empty: no picture
 };
@@ -79,6 +80,7 @@ VariogramPlan planOf(const Options &options)
     if (!std::isnan(options.nugget))
         plan.fit.nugget = options.nugget;
     plan.fit.anisotropic = options.anisotropic;
+    plan.fit.exactMinimum = options.exactMinimum;
     for (const Word &word : kWeights)
         if (options.weights == QLatin1String(word.name))
             plan.fit.weights = static_cast<FitWeights>(word.code);
@@ -307,6 +309,8 @@ void addVariogram(const Command &app, Context &context)
         .oneOf(weights);
     command.number("--nugget", options->nugget, "Fix the nugget at this value").notNegative();
     command.flag("--anisotropic", options->anisotropic, "Fit two ranges and a direction");
+    command.flag("--exact-minimum", options->exactMinimum,
+                 "The least sum of squares also for a single Gaussian structure");
     command.text("--save", options->save, "Store the model in the project under this name");
     command.text("--plot", options->plot, "Draw the variogram as FILE.svg, .png or .pdf");
     targetOptions(command, options->target, context);

@@ -32,6 +32,9 @@ constexpr int kMostStructures = 3;
 constexpr int kStarts = 4;     ///< of the lattice from which a search starts
 constexpr int kReweights = 60; ///< most rounds in which the weights follow the model
 constexpr double kSettled = 1e-9;
+/// Factors by which the range of a Gaussian structure may be moved from that of least squares.
+constexpr double kFirstStep = 1.002;
+constexpr double kMostStep = 3;
 constexpr double kFarRange = 10; ///< relative to the largest lag: the values do not level off
 constexpr double kPi = 3.14159265358979323846;
 /// Ranges of the lattice, relative to the largest lag.
@@ -69,7 +72,7 @@ public:
                 weight = n;
             else if (mPlan.weights == FitWeights::Cressie && model)
                 weight =
-                    n / std::pow(std::max(model->GetModelValue(bin.lag, bin.direction), 1e-12), 2);
+                    n / std::max(std::pow(model->GetModelValue(bin.lag, bin.direction), 2), 1e-24);
             else if (mPlan.weights != FitWeights::Equal)
                 weight = n / (bin.lag * bin.lag);
             mRoots[Eigen::Index(i)] = std::sqrt(weight);
@@ -88,6 +91,20 @@ public:
     {
         VectorXd sills;
         return solve(parameters, sills).squaredNorm();
+    }
+
+    /// The sum that is 0 at the range of a single isotropic Gaussian structure.
+    double gaussianMoment(const VectorXd &parameters) const
+    {
+        VectorXd sills;
+        const VectorXd residuals = solve(parameters, sills);
+        const double range = shape(parameters, 0).minorRange;
+        double sum = 0;
+        for (Eigen::Index i = 0; i < residuals.size(); ++i) {
+            const double u = mBins[size_t(i)].lag / range;
+            sum += mRoots[i] * residuals[i] * u * std::exp(-3 * u * u);
+        }
+        return sum;
     }
 
     VariogramModelAtT model(const VectorXd &parameters) const
@@ -154,8 +171,8 @@ private:
         return best;
     }
 
-    static void trySubset(const MatrixXd &basis, const VectorXd &target, unsigned subset,
-                          VectorXd &sills, VectorXd &best)
+    void trySubset(const MatrixXd &basis, const VectorXd &target, unsigned subset, VectorXd &sills,
+                   VectorXd &best) const
     {
         std::vector<Eigen::Index> members;
         for (Eigen::Index k = 0; k < basis.cols(); ++k)
@@ -168,7 +185,7 @@ private:
         if (decomposed.rank() < part.cols())
             return;
         const VectorXd found = decomposed.solve(target);
-        if (!(found.minCoeff() >= 0))
+        if (!found.allFinite() || (!mPlan.signedSills && found.minCoeff() < 0))
             return;
         const VectorXd residuals = target - part * found;
         if (!(residuals.squaredNorm() < best.squaredNorm()))
@@ -263,6 +280,36 @@ bool search(const Residuals &residuals, Start &start)
            && status != UserAsked;
 }
 
+/// Moves the range of a single isotropic Gaussian structure to the zero of its moment nearest to the
+/// least sum of squares; leaves it where it is if there is none. The sills stay those of least
+/// squares. Least squares weigh the residuals by h^2 there, and so let the classes near the range
+/// determine it; weighed by h, those near the origin count more, where the curvature determines how
+/// smooth predictions are.
+void settleGaussian(const Residuals &residuals, Start &found)
+{
+    const double middle = found.parameters[0];
+    const auto momentAt = [&](double range) {
+        return residuals.gaussianMoment(VectorXd::Constant(1, range));
+    };
+    const double atMinimum = momentAt(middle);
+    for (double step = std::log(kFirstStep), before = 0; step < std::log(kMostStep);
+         before = step, step *= 1.3) {
+        for (const double side : {-1.0, 1.0}) {
+            double low = middle + side * before;
+            double high = middle + side * step;
+            if ((momentAt(high) > 0) == (atMinimum > 0))
+                continue;
+            for (int halving = 0; halving < 60; ++halving) {
+                const double half = (low + high) / 2;
+                ((momentAt(half) > 0) == (atMinimum > 0) ? low : high) = half;
+            }
+            found.parameters[0] = high;
+            found.squares = residuals.squares(found.parameters);
+            return;
+        }
+    }
+}
+
 /// The larger range is stored across the direction, and the direction within half a turn.
 void normalise(VariogramModelAtT &model)
 {
@@ -307,7 +354,7 @@ void requireFit(const std::vector<LagBin> &bins, const FitPlan &plan)
         failUsage(QStringLiteral("a model has one to %1 structures besides the nugget")
                       .arg(kMostStructures),
                   "model");
-    if (plan.nugget && (!std::isfinite(*plan.nugget) || *plan.nugget < 0))
+    if (plan.nugget && (!std::isfinite(*plan.nugget) || (*plan.nugget < 0 && !plan.signedSills)))
         failUsage(QStringLiteral("a nugget is 0 or above"), "nugget");
     int parameters = plan.nugget ? 0 : 1;
     for (const Type type : plan.structures) {
@@ -358,6 +405,9 @@ FittedModel fitVariogram(const std::vector<LagBin> &bins, const FitPlan &plan)
         if (!settled)
             best.converged = false;
     }
+    const bool isGaussian = plan.structures == QVector<Type>{VariogramBasicModel::Gaussian};
+    if (isGaussian && !plan.anisotropic && !plan.exactMinimum)
+        settleGaussian(residuals, found);
     best.model = residuals.model(found.parameters);
     best.squares = found.squares;
     normalise(best.model);

@@ -25,6 +25,12 @@ struct FitPlan {
     std::optional<double> nugget; ///< fixed at this value; else fitted, 0 or above
     bool anisotropic = false;     ///< with two ranges and a direction for each structure
     FitWeights weights = FitWeights::PairsByDistance;
+    /// Also of a model of one isotropic Gaussian structure, whose range is otherwise the zero of
+    /// sum w (gamma* - gamma) (h / r) exp(-3 h^2 / r^2) nearest to the least sum of squares.
+    bool exactMinimum = false;
+    /// Sills and nugget may be below 0, as those of a cross variogram of values of which one falls
+    /// where the other rises.
+    bool signedSills = false;
 };
 
 struct FittedModel {
@@ -34,7 +40,8 @@ struct FittedModel {
     QString remark; ///< why it did not converge, or what is doubtful; else empty
 };
 
-/// The least weighted sum of squares with all sills at or above 0. Raises a Failure for fewer
+/// The least weighted sum of squares, with all sills at or above 0 unless the plan says otherwise.
+/// Raises a Failure for fewer
 /// classes than parameters, for classes that are all 0, for more structures than three, and for
 /// anisotropic power structures.
 MERIDOR_EXPORT FittedModel fitVariogram(const std::vector<LagBin> &bins, const FitPlan &plan);

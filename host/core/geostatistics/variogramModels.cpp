@@ -157,13 +157,14 @@ private:
 
     FittedModel fitOf(const std::vector<LagBin> &bins) const
     {
-        if (!mPlan.fit.structures.isEmpty())
-            return fitVariogram(bins, mPlan.fit);
+        FitPlan plan = mPlan.fit;
+        plan.signedSills = mPlan.lags.estimator == Estimator::Cross;
+        if (!plan.structures.isEmpty())
+            return fitVariogram(bins, plan);
         std::optional<FittedModel> best;
         for (const auto type : kChoices) {
-            FitPlan fit = mPlan.fit;
-            fit.structures = {type};
-            const FittedModel found = fitVariogram(bins, fit);
+            plan.structures = {type};
+            const FittedModel found = fitVariogram(bins, plan);
             if (!best || (found.converged && !best->converged)
                 || (found.converged == best->converged && found.squares < best->squares))
                 best = found;
