@@ -205,6 +205,53 @@ private Q_SLOTS:
         check({"--circle", "500,500,1"}, 0, 0.0);
     }
 
+    void readsOneOfSeveralRealizations_data()
+    {
+        QTest::addColumn<QStringList>("verb");
+        QTest::addColumn<QString>("result"); // empty: a file
+        const auto row = [](const QStringList &verb, const char *result) {
+            QTest::newRow(qPrintable(verb.first())) << verb << result;
+        };
+        row({"stats", "p.vorn", "drawn"}, "overall/mean");
+        row({"series", "p.vorn", "drawn", "3,2"}, "values/0/value");
+        row({"classes", "p.vorn", "drawn"}, "breaks");
+        row({"zonal", "p.vorn", "drawn", "zones"}, "times/0/zones");
+        row({"export", "p.vorn", "out.tif", "--datasets", "drawn"}, "");
+        row({"map", "p.vorn", "drawn", "out.svg"}, "");
+    }
+    void readsOneOfSeveralRealizations()
+    {
+        QFETCH(QStringList, verb);
+        QFETCH(QString, result);
+        const Workplace place;
+        place.file("g.asc", grid());
+        place.file("zones.geojson", asGeoJson({QPolygonF(QRectF(-3, 40, 10, 10))}));
+        QCOMPARE(place.run({"import", "g.asc", "p.vorn"}).code, 0);
+        QCOMPARE(
+            place.run({"import", "zones.geojson", "p.vorn", "--append", "--crs", "EPSG:4326"}).code,
+            0);
+        const Outcome drawn =
+            place.run({"simulate", "p.vorn", "--unconditional", "--to", "g", "--model",
+                       "spherical:1:9", "--realizations", "3", "--seed", "1", "--into", "drawn"});
+        QVERIFY2(drawn.code == 0, qPrintable(drawn.err));
+        const QStringList form{result.isEmpty() ? "--overwrite" : "--json"};
+        const auto told = [&](const QStringList &options) -> QVariant {
+            const Outcome outcome = place.run(verb + form + options);
+            if (outcome.code != 0)
+                qWarning("%s", qPrintable(outcome.err));
+            return result.isEmpty() ? QVariant(place.bytes(verb[verb[0] == "map" ? 3 : 2]))
+                                    : outcome.at(result).toVariant();
+        };
+        const QVariant first = told({});
+        QVERIFY(!first.toString().isEmpty() || !first.toList().isEmpty());
+        QCOMPARE(told({"--realization", "1"}), first);
+        QVERIFY(told({"--realization", "3"}) != first);
+        const Outcome refused = place.run(verb + form + QStringList{"--realization", "4"});
+        QCOMPARE(refused.code, 1);
+        QVERIFY2(refused.err.contains("drawn has no realization 4; it has 3"),
+                 qPrintable(refused.err));
+    }
+
     void refusesWhatIsNoGrid_data()
     {
         QTest::addColumn<QString>("name");

@@ -4,12 +4,17 @@
 #include <QtTest>
 #include <cmath>
 #include <numeric>
+#include "core/analysis/moranOverTime.h"
+#include "core/analysis/statistics.h"
+#include "core/analysis/tables.h"
+#include "core/analysis/weightSets.h"
 #include "core/geostatistics/krigeDataset.h"
 #include "core/geostatistics/realizations.h"
 #include "core/geostatistics/simulateDataset.h"
 #include "core/geostatistics/storedValues.h"
 #include "core/geostatistics/variogramModels.h"
 #include "core/grids/gridValues.h"
+#include "core/render/choropleth.h"
 #include "core/workshop.h"
 #include "datainterface/RasterAPI.h"
 #include "datainterface/VariogramAPI.h"
@@ -65,9 +70,15 @@ private Q_SLOTS:
     void cleanup();
     void answersTheLibrarysRequest();
     void predictsOnAGrid();
+    void leavesOutCellsWithoutDrift();
+    void predictsMeansOfPolygons();
+    void predictsAtEachTime();
     void crossValidates();
     void simulatesAndAnswers();
     void leavesNothingAfterAFailure();
+    void readsTheRealizationThatIsAskedFor_data();
+    void readsTheRealizationThatIsAskedFor();
+    void fitsSillsBelowZeroToACrossVariogram();
 
 private:
     KrigeRequest request() const
@@ -152,6 +163,82 @@ void TestGeostatisticsProject::predictsOnAGrid()
     QVERIFY(drifted.times[0].withoutDrift > 0); // wells beyond the grid
     QCOMPARE(drifted.times[0].predictions, 800);
     QVERIFY(drifted.times[0].meanVariance > 0);
+}
+
+void TestGeostatisticsProject::leavesOutCellsWithoutDrift()
+{
+    const Progress progress("Kriging", "Predicting...");
+    KrigeRequest asked = request();
+    asked.target = makeGrid("field", 50, QRectF(0, 0, 1000, 600), mLevel);
+    std::vector<double> drift;
+    for (int cell = 0; cell < 240; ++cell)
+        drift.push_back(cell % 7 == 3 ? std::nan("") : std::sin(cell % 20 / 6.0));
+    StoredValues values(asked.target, "drift", 1, true);
+    values.add(0, dataTimes(mLevel).first(), drift);
+    asked.external = values.finish("made");
+    const Kriged found = krigeDataset(asked, progress);
+    QCOMPARE(found.times[0].missing, 34);
+    QCOMPARE(found.times[0].predictions, 240 - 34);
+    QVERIFY(found.times[0].withoutDrift > 0);
+    const QVector<double> cells = gridValues(found.prediction, 0);
+    for (int cell = 0; cell < 240; ++cell)
+        QCOMPARE(std::isfinite(cells[cell]), cell % 7 != 3);
+}
+
+/// A polygon with the outline of a cell is the same block as the cell.
+void TestGeostatisticsProject::predictsMeansOfPolygons()
+{
+    const Progress progress("Kriging", "Predicting...");
+    QStringList squares;
+    for (const int left : {0, 300, 700})
+        squares.append(QString(R"({"type":"Feature","properties":{"id":"s%1"},"geometry":{"type":)"
+                               R"("Polygon","coordinates":[[[%1,200],[%2,200],[%2,300],[%1,300],)"
+                               R"([%1,200]]]}})")
+                           .arg(left)
+                           .arg(left + 100));
+    mWorkshop->options.map = mWorkshop->file(
+        "zones.geojson",
+        ("{\"type\":\"FeatureCollection\",\"features\":[" + squares.join(",") + "]}").toUtf8());
+    KrigeRequest asked = request();
+    asked.block = 5;
+    asked.target = importMap(mWorkshop->options, *mWorkshop, progress).geography;
+    const Kriged polygons = krigeDataset(asked, progress);
+    asked.target = makeGrid("field", 100, QRectF(0, 0, 1000, 600), mLevel);
+    const Kriged cells = krigeDataset(asked, progress);
+    QCOMPARE(polygons.times[0].predictions, 3);
+    for (const auto &[polygon, cell] : {qMakePair(polygons.prediction, cells.prediction),
+                                        qMakePair(polygons.variance, cells.variance)}) {
+        const QVector<double> means = valuesAt(polygon, 0).numbers;
+        const QVector<double> expected = gridValues(cell, 0);
+        for (int i = 0; i < 3; ++i) {
+            const int columns[] = {0, 3, 7};
+            QCOMPARE(means[i], expected[3 * 10 + columns[i]]); // in the fourth row
+        }
+    }
+}
+
+void TestGeostatisticsProject::predictsAtEachTime()
+{
+    const Progress progress("Kriging", "Predicting...");
+    std::vector<double> level, doubled;
+    for (const double value : valuesAt(mLevel, 0).numbers) {
+        level.push_back(value);
+        doubled.push_back(2 * value);
+    }
+    StoredValues values(VORN_GetGeographyId(mLevel), "two years", 1, false);
+    values.add(0, {2000, 2000, true, true}, level);
+    values.add(0, {2001, 2001, true, true}, doubled);
+    KrigeRequest asked = request();
+    asked.dataset = values.finish("made");
+    asked.times = dataTimes(asked.dataset);
+    asked.target = makeGrid("field", 100, QRectF(0, 0, 1000, 600), asked.dataset);
+    const Kriged found = krigeDataset(asked, progress);
+    QCOMPARE(dataTimes(found.prediction).size(), 2);
+    const QVector<double> first = gridValues(found.prediction, 2000);
+    const QVector<double> second = gridValues(found.prediction, 2001);
+    for (int cell = 0; cell < 60; ++cell)
+        QCOMPARE(second[cell], 2 * first[cell]);
+    QCOMPARE(gridValues(found.variance, 2001), gridValues(found.variance, 2000));
 }
 
 void TestGeostatisticsProject::crossValidates()
@@ -245,6 +332,116 @@ void TestGeostatisticsProject::leavesNothingAfterAFailure()
     simulated.model = "power:1:1";
     QVERIFY_EXCEPTION_THROWN(simulateDataset(simulated, progress), Failure);
     QCOMPARE(datasetIds(grid), QVector<int>());
+}
+
+void TestGeostatisticsProject::readsTheRealizationThatIsAskedFor_data()
+{
+    QTest::addColumn<bool>("isGrid");
+    QTest::newRow("points") << false;
+    QTest::newRow("grid") << true;
+}
+
+/// A dataset of two realizations, and one that equals its second: all that reads values must agree.
+void TestGeostatisticsProject::readsTheRealizationThatIsAskedFor()
+{
+    QFETCH(bool, isGrid);
+    const int geography = isGrid ? makeGrid("field", 100, QRectF(0, 0, 1000, 600), mLevel)
+                                 : VORN_GetGeographyId(mLevel);
+    const Interval always = dataTimes(mLevel).first();
+    std::vector<double> first, second;
+    for (int i = 0; i < (isGrid ? 60 : kWells); ++i) {
+        first.push_back(100 + std::sin(i));
+        second.push_back(i == 5 ? std::nan("") : std::floor(10 * std::cos(1.3 * i)));
+    }
+    StoredValues both(geography, "both", 2, true), alone(geography, "alone", 1, true);
+    both.add(0, always, first);
+    both.add(1, always, second);
+    alone.add(0, always, second);
+    const int two = both.finish("two"), one = alone.finish("one");
+    QCOMPARE(realizationIndex(two, 2), 1);
+    for (const int number : {-1, 0, 3})
+        QVERIFY_EXCEPTION_THROWN(realizationIndex(two, number), Failure);
+
+    const qint64 time = instantOf(always);
+    const auto told = [](const Statistics &s) {
+        return QVector<double>{double(s.count), s.mean, s.deviation, s.minimum, s.maximum};
+    };
+    QCOMPARE(told(statisticsOfAll(two, 1)), told(statisticsOfAll(one)));
+    QCOMPARE(told(statisticsAt(two, time, 1)), told(statisticsAt(one, time)));
+    QVERIFY(statisticsOfAll(two).minimum >= 99);
+    QCOMPARE(frequenciesOf(two, 1).values(), frequenciesOf(one, 0).values());
+    QCOMPARE(frequenciesOf(two, 1).firstKey().toDouble(), -10.0);
+    for (const char *method : {"jenks", "equal", "quantile", "box", "unique"}) {
+        for (const QVector<qint64> &times : {QVector<qint64>(), QVector<qint64>{time}}) {
+            ClassRule rule;
+            rule.method = method;
+            const Classification found(two, times, rule, 1), expected(one, times, rule);
+            QCOMPARE(found.limits(), expected.limits());
+            QCOMPARE(found.entries().size(), expected.entries().size());
+        }
+    }
+    const auto counts = [&](int dataset, int realization) {
+        MapStyle style;
+        style.realization = realization;
+        const MapPanel panel = MapMaker(dataset, {time}, "map", style).picture({time}).panels[0];
+        return panel.counts + QVector<qint64>{panel.missing};
+    };
+    QCOMPARE(counts(two, 1), counts(one, 0));
+    QCOMPARE(counts(two, 1).last(), qint64(1));
+    if (isGrid)
+        return;
+    const auto table = [&](int dataset, int realization) {
+        RowPlan plan;
+        plan.geography = geography;
+        plan.datasets = {dataset};
+        plan.realization = realization;
+        const QString path = mWorkshop->file("out.csv", QByteArray());
+        exportTable(path, TableFormat::Csv, plan, "-", [](const QString &) {});
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll().replace("both", "alone")
+                                              : QByteArray();
+    };
+    QCOMPARE(table(two, 1), table(one, 0));
+    WeightSetPlan neighbors;
+    neighbors.name = "near";
+    neighbors.method = "nearest";
+    neighbors.count = 4;
+    neighbors.weights = "row";
+    const auto moranOf = [&, set = createWeightSet(geography, neighbors)](int dataset, int index) {
+        MoranPlan plan;
+        plan.dataset = dataset;
+        plan.realization = index;
+        plan.weightSet = set;
+        plan.times = {always};
+        plan.permutations = 9;
+        return moranOverTime(plan, Progress("Moran", "Permuting...")).first().whole.value;
+    };
+    QCOMPARE(moranOf(two, 1), moranOf(one, 0));
+}
+
+void TestGeostatisticsProject::fitsSillsBelowZeroToACrossVariogram()
+{
+    const Interval always = dataTimes(mLevel).first();
+    std::vector<double> falling;
+    for (const double value : valuesAt(mLevel, 0).numbers)
+        falling.push_back(-2 * value);
+    StoredValues values(VORN_GetGeographyId(mLevel), "falling", 1, true);
+    values.add(0, always, falling);
+    VariogramPlan plan;
+    plan.dataset = mLevel;
+    plan.times = {always};
+    plan.fit.structures = {VariogramBasicModel::Exponential};
+    plan.fit.nugget = 0; // else that of the values themselves would be bounded, and the other not
+    const auto fitted = [&] { return *variogramsOf(plan, [](int) {}).first().fitted; };
+    const FittedModel own = fitted();
+    plan.other = values.finish("less");
+    plan.lags.estimator = Estimator::Cross;
+    const FittedModel cross = fitted();
+    QVERIFY(own.model.structures[1].sill > 1);
+    const double ratio = cross.model.structures[1].sill / own.model.structures[1].sill;
+    QVERIFY2(std::fabs(ratio + 2) < 1e-4, qPrintable(QString::number(ratio)));
+    const double squares = cross.squares / own.squares;
+    QVERIFY2(std::fabs(squares - 4) < 1e-4, qPrintable(QString::number(squares)));
 }
 
 QTEST_GUILESS_MAIN(TestGeostatisticsProject)

@@ -18,6 +18,7 @@ struct Options {
     QString project;
     QString dataset;
     QString at;
+    int realization = 1;
     ClassOptions classes;
 };
 
@@ -32,12 +33,12 @@ QVector<qint64> countsIn(const Classification &classes, const ValuesAt &values)
     return counts;
 }
 
-/// The number of values of all times in each class, from the frequency table.
-QVector<qint64> countsOfAll(const Classification &classes, int dataset)
+/// The number of values of all times in each class.
+QVector<qint64> countsOfAll(const Classification &classes, int dataset, int realization)
 {
     QVector<qint64> counts(classes.entries().size());
     const bool numeric = datasetOf(dataset)->IsNumeric();
-    const auto frequencies = datasetOf(dataset)->GetDataFrequencies();
+    const auto frequencies = frequenciesOf(dataset, realization);
     for (auto it = frequencies.begin(); it != frequencies.end(); ++it) {
         const int index = numeric ? classes.of(it.key().toDouble()) : classes.of(it.key().text());
         if (index >= 0)
@@ -100,13 +101,14 @@ void run(const Options &options, const Context &context)
     Session session(context.session, context.user);
     session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
+    const int realization = realizationIndex(dataset, options.realization);
     QVector<qint64> times;
     if (!options.at.isEmpty())
-        times.append(chooseTime(dataset, options.at));
-    const Classification classes(dataset, times, rule);
-    const QVector<qint64> counts = times.isEmpty()
-                                       ? countsOfAll(classes, dataset)
-                                       : countsIn(classes, existingValuesAt(dataset, times[0]));
+        times.append(chooseTime(dataset, options.at, realization));
+    const Classification classes(dataset, times, rule, realization);
+    const QVector<qint64> counts =
+        times.isEmpty() ? countsOfAll(classes, dataset, realization)
+                        : countsIn(classes, existingValuesAt(dataset, times[0], realization));
     const QString method = !rule.limits.isEmpty()       ? QStringLiteral("breaks")
                            : classes.limits().isEmpty() ? QStringLiteral("unique")
                            : rule.method.isEmpty()      ? QStringLiteral("jenks")
@@ -127,6 +129,7 @@ void addClasses(const Command &app, Context &context)
     datasetArgument(command, options->dataset);
     options->classes.addTo(command, 256);
     command.text("--at", options->at, "Only the values of this time (default: of all times)");
+    realizationOption(command, options->realization);
     command.footer(
         "Example:\n  meridor classes income.vorn income --method jenks --count 5 --at 2009");
     command.chosen(

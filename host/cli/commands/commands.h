@@ -58,6 +58,8 @@ void projectArgument(const Command &command, QString &project);
 void datasetArgument(const Command &command, QString &dataset);
 /// Adds --values, --min, --max and --at.
 void valueOptions(const Command &command, ObjectChoice &choice);
+/// Adds --realization, counted from 1; the first is the default. See realizationIndex().
+void realizationOption(const Command &command, int &number);
 /// Adds --overwrite, for verbs that write a file.
 void overwriteOption(const Command &app, Context &context);
 

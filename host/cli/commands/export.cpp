@@ -31,6 +31,7 @@ struct Options {
     QString to;
     QString at;
     QString missing;
+    int realization = 0; ///< from 1; 0: all, or the first where there can be only one
     bool missingGiven = false;
 };
 
@@ -113,6 +114,23 @@ QVector<int> chosenDatasets(const Options &options)
     return ids;
 }
 
+/// The index of the realization that is written. Datasets of a single one are written as they are
+/// beside one that has several.
+std::optional<int> realizationOf(const Options &options, const QVector<int> &datasets)
+{
+    if (!options.realization || datasets.isEmpty())
+        return std::nullopt;
+    int most = datasets.first();
+    for (const int id : datasets) {
+        if (VORN_GetDatasetProperties(id).realizationCount > 1)
+            realizationIndex(id, options.realization);
+        if (VORN_GetDatasetProperties(id).realizationCount
+            > VORN_GetDatasetProperties(most).realizationCount)
+            most = id;
+    }
+    return realizationIndex(most, options.realization);
+}
+
 /// The summary goes to standard error if the table itself goes to standard output.
 void tell(const Options &options, const QVector<int> &datasets, const QString &what, qint64 rows,
           const Console &console)
@@ -147,8 +165,9 @@ void runGrid(const Options &options, const Context &context)
         ids = datasetIds(findGeography(options.geography));
     if (ids.size() != 1)
         failUsage(QStringLiteral("a GeoTIFF holds one dataset"), "datasets");
-    const qint64 time = chooseTime(ids.first(), options.at);
-    exportGrid(options.output, ids.first(), time);
+    const int realization = realizationOf(options, ids).value_or(0);
+    const qint64 time = chooseTime(ids.first(), options.at, realization);
+    exportGrid(options.output, ids.first(), time, realization);
     const TimeAxis axis = axisOf(VORN_GetGeographyId(ids.first()));
     tell(options, ids,
          datasetOf(ids.first())->IsStatic() ? QStringLiteral("the grid")
@@ -180,7 +199,8 @@ void runCube(const Options &options, const Context &context)
         times.second = lastInstantOf(requireSpan(axis, to));
     if (times.second < times.first)
         failUsage(QStringLiteral("the last time is before the first"), "to");
-    exportCube(options.output, options.format, ids, times.first, times.second);
+    exportCube(options.output, options.format, ids, times.first, times.second,
+               realizationOf(options, ids));
     bool isStatic = true;
     for (const int id : ids)
         isStatic = isStatic && datasetOf(id)->IsStatic();
@@ -215,6 +235,8 @@ RowPlan planOf(const Options &options)
     plan.datasets = chosenDatasets(options);
     plan.geography = plan.datasets.isEmpty() ? findGeography(options.geography)
                                              : VORN_GetGeographyId(plan.datasets.first());
+    plan.realization = realizationOf(options, plan.datasets.isEmpty() ? datasetIds(plan.geography)
+                                                                      : plan.datasets);
     plan.parts = options.columns;
     plan.wide = options.layout == QLatin1String("wide");
     const TimeAxis axis = axisOf(plan.geography);
@@ -311,13 +333,18 @@ void addExport(const Command &app, Context &context)
     command.text("--at", options->at, "One row an object, at this time; the time of a grid");
     command.text("--from", options->from, "First time");
     command.text("--to", options->to, "Last time");
+    const Setting realization =
+        command.number("--realization", options->realization,
+                       "Only this realization, from 1 (default: all; of a GeoTIFF the first)");
     const Setting missing = command.text(
         "--missing", options->missing, "Text of a missing value (default: empty, -999 in GeoEAS)");
     overwriteOption(command, context);
     command.footer("Example:\n  meridor export income.vorn income.csv --datasets income --from "
                    "2000 --to 2009\n  meridor export income.vorn income.gpkg --at 2009");
-    command.chosen([options, missing, &context] {
+    command.chosen([options, missing, realization, &context] {
         options->missingGiven = missing.isGiven();
+        if (realization.isGiven() && options->realization < 1)
+            options->realization = -1; // 0 means all: refused with the number of realizations
         context.run = [options](const Context &c) { run(*options, c); };
     });
 }

@@ -25,7 +25,7 @@ struct Options {
     GridChoice grid;
     QString into;
     QStringList at;
-    int realization = 0;
+    int realization = 1;
     double mean = kNone; ///< NaN: estimated
     int drift = 0;
     QString external;
@@ -42,8 +42,8 @@ KrigeRequest requestOf(const Options &options)
 {
     KrigeRequest request;
     request.dataset = findDataset(options.dataset);
-    request.realization = options.realization;
-    request.times = dataTimesAt(request.dataset, options.at);
+    request.realization = realizationIndex(request.dataset, options.realization);
+    request.times = dataTimesAt(request.dataset, options.at, request.realization);
     request.model = options.model;
     if (!std::isnan(options.mean))
         request.plan.mean = options.mean;
@@ -202,9 +202,7 @@ void addKrige(const Command &app, Context &context)
     options->grid.declare(command);
     command.text("--into", options->into, "Name of the prediction");
     command.texts("--at", options->at, "A time, instead of all; repeatable");
-    command.number("--realization", options->realization, "The realization of the dataset")
-        .shown()
-        .notNegative();
+    realizationOption(command, options->realization);
     command.number("--mean", options->mean, "The known mean (simple kriging)");
     command.number("--drift", options->drift, "Degree of the drift in x and y (universal kriging)")
         .range(0, 2);

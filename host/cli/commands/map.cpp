@@ -34,6 +34,7 @@ struct Options {
     QString links;
     QString label;
     bool allTimes = false;
+    int realization = 1;
     ClassOptions classes;
     SizeOptions size;
 };
@@ -68,7 +69,7 @@ QVector<Moment> momentsOf(int dataset, const Options &options)
     if (!moments.isEmpty())
         return moments;
     if (!options.frames.isEmpty()) {
-        QVector<Interval> all = dataTimes(dataset);
+        QVector<Interval> all = dataTimes(dataset, realizationIndex(dataset, options.realization));
         if (always && !VORN_GetAllObjectTimes(geography, all))
             all.clear();
         for (const Interval &interval : all)
@@ -78,7 +79,8 @@ QVector<Moment> momentsOf(int dataset, const Options &options)
         return moments;
     }
     const qint64 time =
-        always ? chooseTimeOf(geography, options.at) : chooseTime(dataset, options.at);
+        always ? chooseTimeOf(geography, options.at)
+               : chooseTime(dataset, options.at, realizationIndex(dataset, options.realization));
     // What holds for good in a geography that never changes has no time to show.
     const bool timeless =
         always && VORN_GetGeographyProperties(geography).isStatic && options.at.isEmpty();
@@ -93,6 +95,7 @@ MapStyle styleOf(int dataset, const Options &options, const Context &context)
     const int geography = VORN_GetGeographyId(dataset);
     MapStyle style;
     style.rule = options.classes.rule();
+    style.realization = realizationIndex(dataset, options.realization);
     style.subtitle = options.subtitle;
     style.allTimes = options.allTimes;
     style.size = options.size.size();
@@ -273,6 +276,7 @@ void addMap(const Command &app, Context &context)
     command.texts("--layer-palette", options->layerPalettes, "Colours of each --layer, in order");
     command.text("--links", options->links, "A weight set whose links are drawn");
     command.text("--label", options->label, "A dataset whose values are drawn beside the objects");
+    realizationOption(command, options->realization);
     options->classes.addTo(command, 64);
     command.flag("--all-times", options->allTimes,
                  "Classes and extent of all times, to compare pictures");

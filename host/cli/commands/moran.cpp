@@ -20,6 +20,7 @@ struct Options {
     QString dataset;
     QString set;
     QStringList at;
+    int realization = 1;
     QString save; ///< empty: nothing is stored in the project
     QString islands;
     MoranPlan plan;
@@ -159,7 +160,8 @@ QJsonArray compute(const Options &options, MoranPlan plan, const Console &consol
         fail(QStringLiteral("weight set %1 is of %2, %3 of %4")
                  .arg(options.set, geographyName(plan.weightSet >> 16), options.dataset,
                       geographyName(geography)));
-    plan.times = dataTimesAt(plan.dataset, options.at);
+    plan.realization = realizationIndex(plan.dataset, options.realization);
+    plan.times = dataTimesAt(plan.dataset, options.at, plan.realization);
     plan.islands = options.islands == QLatin1String("drop") ? Islands::Drop : Islands::Keep;
     QVector<MoranAt> found;
     {
@@ -238,6 +240,7 @@ void addMoran(const Command &app, Context &context)
     datasetArgument(command, options->dataset);
     command.text("SET", options->set, "The weight set, as SET or GEOGRAPHY/SET").required();
     command.texts("--at", options->at, "A time, instead of all; repeatable");
+    realizationOption(command, options->realization);
     addTests(command, options->plan, options->islands);
     command.text("--save", options->save, "Store the results as datasets of this name");
     targetOptions(command, options->target, context);

@@ -13,6 +13,12 @@ void datasetArgument(const Command &command, QString &dataset)
     command.text("DATASET", dataset, "The dataset, as DATASET or GEOGRAPHY/DATASET").required();
 }
 
+void realizationOption(const Command &command, int &number)
+{
+    number = 1;
+    command.number("--realization", number, "The realization of the dataset, from 1").shown();
+}
+
 void overwriteOption(const Command &app, Context &context)
 {
     app.flag("--overwrite", context.overwrite, "Replace the output file if it exists");

@@ -16,6 +16,7 @@ struct Options {
     QString project;
     QString dataset;
     QString object;
+    int realization = 1;
 };
 
 void run(const Options &options, const Context &context)
@@ -23,6 +24,7 @@ void run(const Options &options, const Context &context)
     Session session(context.session, context.user);
     session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
+    const int realization = realizationIndex(dataset, options.realization);
     const int geography = VORN_GetGeographyId(dataset);
     const bool isGrid = rasterOf(dataset);
     const auto cell = isGrid ? findCell(geography, options.object) : qMakePair(0u, 0u);
@@ -36,14 +38,15 @@ void run(const Options &options, const Context &context)
     const QString heading = name.isNull() ? QStringLiteral("value") : name;
     TextTable table({{QStringLiteral("time"), TextTable::Left}, {heading, TextTable::Right}});
     QVector<Interval> intervals;
-    VORN_GetDataIntervals(dataset, 0, object, intervals);
+    VORN_GetDataIntervals(dataset, realization, object, intervals);
     for (const Interval &interval : intervals) {
         datum value;
         // Slices have the same intervals for all objects, so this object may have no value in one.
         const qint64 time = instantOf(interval);
         const bool there =
-            isGrid ? VORN_GetRasterValue(dataset, 0, cell.first, cell.second, time, value)
-                   : VORN_GetDataValue(dataset, 0, static_cast<unsigned int>(object), time, value);
+            isGrid ? VORN_GetRasterValue(dataset, realization, cell.first, cell.second, time, value)
+                   : VORN_GetDataValue(dataset, realization, static_cast<unsigned int>(object),
+                                       time, value);
         const QString when = always ? QStringLiteral("always") : axis.show(interval);
         QJsonObject entry{
             {QStringLiteral("time"), when},
@@ -85,6 +88,7 @@ void addSeries(const Command &app, Context &context)
               "The object's key, or its name in a text dataset; of a grid COLUMN,ROW from 0 at the "
               "top left, or the place @X,Y")
         .required();
+    realizationOption(command, options->realization);
     command.footer("Example:\n  meridor series income.vorn income Virginia");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });

@@ -23,7 +23,7 @@ struct Options {
     QString at;
     bool unconditional = false;
     bool raw = false;
-    int realization = 0;
+    int realization = 1;
     double mean = std::numeric_limits<double>::quiet_NaN();
     int count = 1;
     int neighbors = 20;
@@ -40,10 +40,11 @@ SimulateRequest requestOf(const Options &options)
     if (like < 0 && options.grid.to.isEmpty())
         failUsage(QStringLiteral("an unconditional simulation needs an existing grid"), "to");
     request.dataset = like;
-    if (like >= 0)
-        request.when = dataTimesAt(like, {options.at}).first();
+    if (like >= 0) {
+        request.realization = realizationIndex(like, options.realization);
+        request.when = dataTimesAt(like, {options.at}, request.realization).first();
+    }
     request.grid = options.grid.find(like);
-    request.realization = options.realization;
     request.name = options.into;
     request.model = options.model;
     request.scores = !options.raw && like >= 0;
@@ -116,9 +117,7 @@ void addSimulate(const Command &app, Context &context)
     command.text("--at", options->at, "The time (default: the last)");
     command.flag("--unconditional", options->unconditional, "Without values");
     command.flag("--raw", options->raw, "Simulate the values themselves, not their normal scores");
-    command.number("--realization", options->realization, "The realization of the dataset")
-        .shown()
-        .notNegative();
+    realizationOption(command, options->realization);
     command.number("--mean", options->mean,
                    "Mean of the simulated values, with --raw or without "
                    "values (default: the mean of the values, else 0)");

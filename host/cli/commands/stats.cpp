@@ -4,6 +4,7 @@
 #include <memory>
 #include "cli/commands/commands.h"
 #include "core/analysis/statistics.h"
+#include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/progress.h"
@@ -17,6 +18,7 @@ struct Options {
     QString project;
     QString dataset;
     QStringList at;
+    int realization = 1;
 };
 
 struct Row {
@@ -72,12 +74,12 @@ void printNumbers(int dataset, const QVector<Row> &rows, const Row &all, const C
 }
 
 /// Prints the frequency of each value of a dataset of texts or colours.
-void printTexts(int dataset, const Console &console)
+void printTexts(int dataset, int realization, const Console &console)
 {
     QJsonArray values;
     TextTable table(
         {{QStringLiteral("value"), TextTable::Left}, {QStringLiteral("count"), TextTable::Right}});
-    const auto frequencies = datasetOf(dataset)->GetDataFrequencies();
+    const auto frequencies = frequenciesOf(dataset, realization);
     for (auto it = frequencies.begin(); it != frequencies.end(); ++it) {
         const QString text = it.key().type() == MDatum::String
                                  ? it.key().text()
@@ -98,23 +100,25 @@ void run(const Options &options, const Context &context)
     Session session(context.session, context.user);
     session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
+    const int realization = realizationIndex(dataset, options.realization);
     if (!datasetOf(dataset)->IsNumeric()) {
-        printTexts(dataset, context.console);
+        printTexts(dataset, realization, context.console);
         return;
     }
     const TimeAxis axis = axisOf(VORN_GetGeographyId(dataset));
     QVector<Row> rows;
     for (const QString &at : options.at)
-        rows.append({at, statisticsAt(dataset, chooseTime(dataset, at))});
+        rows.append({at, statisticsAt(dataset, chooseTime(dataset, at, realization), realization)});
     if (options.at.isEmpty() && !datasetOf(dataset)->IsStatic()) {
         const Progress progress("Statistics", "Calculating statistics...");
-        const QVector<Interval> times = dataTimes(dataset);
+        const QVector<Interval> times = dataTimes(dataset, realization);
         for (int i = 0; i < times.size(); ++i) {
             progress.report(static_cast<int>(100LL * i / times.size()));
-            rows.append({axis.show(times[i]), statisticsAt(dataset, instantOf(times[i]))});
+            rows.append(
+                {axis.show(times[i]), statisticsAt(dataset, instantOf(times[i]), realization)});
         }
     }
-    const Row all{QStringLiteral("overall"), statisticsOfAll(dataset)};
+    const Row all{QStringLiteral("overall"), statisticsOfAll(dataset, realization)};
     printNumbers(dataset, rows, all, context.console);
 }
 
@@ -127,6 +131,7 @@ void addStats(const Command &app, Context &context)
     projectArgument(command, options->project);
     datasetArgument(command, options->dataset);
     command.texts("--at", options->at, "A time, instead of all; repeatable");
+    realizationOption(command, options->realization);
     command.footer("Example:\n  meridor stats income.vorn income --at 1929 --at 2009");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });

@@ -27,7 +27,7 @@ struct Options {
     QStringList at;
     bool pooled = false;
     bool scores = false;
-    int realization = 0;
+    int realization = 1;
     double cutoff = 0;
     double width = 0;
     QVector<double> directions; ///< degrees
@@ -61,8 +61,8 @@ VariogramPlan planOf(const Options &options)
     } else if (options.estimator == QLatin1String("robust")) {
         plan.lags.estimator = Estimator::Robust;
     }
-    plan.realization = options.realization;
-    plan.times = dataTimesAt(plan.dataset, options.at);
+    plan.realization = realizationIndex(plan.dataset, options.realization);
+    plan.times = dataTimesAt(plan.dataset, options.at, plan.realization);
     plan.pooled = options.pooled;
     plan.scores = options.scores;
     plan.lags.cutoff = options.cutoff;
@@ -265,9 +265,7 @@ void addLags(const Command &command, Options &options)
     command.texts("--at", options.at, "A time, instead of all; repeatable");
     command.flag("--pooled", options.pooled, "One variogram of the pairs of all times");
     command.flag("--scores", options.scores, "Of the normal scores of the values");
-    command.number("--realization", options.realization, "The realization of the dataset")
-        .shown()
-        .notNegative();
+    realizationOption(command, options.realization);
     command
         .number("--cutoff", options.cutoff, "Largest separation (default: a third of the diagonal)")
         .notNegative();

@@ -19,6 +19,7 @@ struct Options {
     QString polygons;
     QString at;
     QString into;
+    int realization = 1;
     QString statistic = QStringLiteral("mean");
 };
 
@@ -77,15 +78,16 @@ void run(const Options &options, const Context &context)
         failUsage(QStringLiteral("--output needs --into"));
     const auto work = [&](Session &) {
         const int dataset = findDataset(options.dataset);
+        const int realization = realizationIndex(dataset, options.realization);
         const int polygons = findGeography(options.polygons);
         QVector<ZonesAtTime> times;
         {
             const Progress progress("Zonal statistics", "Cutting cells...");
-            times = zonalStatistics(dataset, polygons,
-                                    dataTimesAt(dataset, options.at.isEmpty()
-                                                             ? QStringList()
-                                                             : QStringList{options.at}),
-                                    progress);
+            times = zonalStatistics(
+                dataset, polygons,
+                dataTimesAt(dataset, options.at.isEmpty() ? QStringList() : QStringList{options.at},
+                            realization),
+                progress, realization);
         }
         if (!options.into.isEmpty())
             keepZonal(times, dataset, polygons, options.into, options.statistic);
@@ -120,6 +122,7 @@ void addZonal(const Command &app, Context &context)
     command.text("--statistic", options->statistic, "The statistic to store")
         .shown("mean")
         .oneOf(names);
+    realizationOption(command, options->realization);
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor zonal rain.vorn pr_1999 counties --into \"mean rain\"");
     command.chosen(

@@ -28,9 +28,9 @@ struct Observed {
     QSet<int> missing; ///< all other objects
 };
 
-Observed observe(int dataset, qint64 time)
+Observed observe(int dataset, qint64 time, int realization)
 {
-    const VORN_ConstDataContainer values(dataset, time, 0, false);
+    const VORN_ConstDataContainer values(dataset, time, realization, false);
     Observed observed;
     for (int i = 0; i < values.count(); ++i)
         observed.missing.insert(i);
@@ -143,7 +143,7 @@ public:
     bool at(const Interval &when, MoranAt &result)
     {
         const qint64 time = instantOf(when);
-        const Observed observed = observe(mPlan.dataset, time);
+        const Observed observed = observe(mPlan.dataset, time, mPlan.realization);
         if (observed.objects.isEmpty())
             return false;
         const SparseWeights weights = weightsAmong(mPlan.weightSet, time, observed);

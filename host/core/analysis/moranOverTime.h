@@ -13,6 +13,7 @@ namespace meridor {
 
 struct MoranPlan {
     int dataset = -1;
+    int realization = 0; ///< of the dataset
     int weightSet = -1;
     QVector<Interval> times;
     int permutations = 999;

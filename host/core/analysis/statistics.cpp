@@ -12,26 +12,27 @@ namespace meridor {
 namespace {
 
 /// Keeps the grid of a time in memory while it is read several times; nothing for vector datasets.
-std::unique_ptr<const HeldGrid> holdGrid(int dataset, qint64 time)
+std::unique_ptr<const HeldGrid> holdGrid(int dataset, qint64 time, int realization)
 {
     const MRasterDataset *raster = rasterOf(dataset);
-    const MRasterObservation *grid = raster ? raster->GetConstRasterInfo(0, time) : nullptr;
+    const MRasterObservation *grid =
+        raster ? raster->GetConstRasterInfo(realization, time) : nullptr;
     return grid ? std::make_unique<const HeldGrid>(*grid) : nullptr;
 }
 
 } // namespace
 
-Statistics statisticsAt(int dataset, qint64 time)
+Statistics statisticsAt(int dataset, qint64 time, int realization)
 {
     Statistics result;
-    const auto hold = holdGrid(dataset, time);
-    result.count = VORN_GetDataCount(dataset, time);
+    const auto hold = holdGrid(dataset, time, realization);
+    result.count = datasetOf(dataset)->GetDataCount(realization, time);
     if (result.count == 0)
         return result;
-    VORN_GetMean(dataset, 0, time, result.mean);
-    VORN_GetStddev(dataset, 0, time, result.deviation);
-    VORN_GetMin(dataset, 0, time, result.minimum);
-    VORN_GetMax(dataset, 0, time, result.maximum);
+    VORN_GetMean(dataset, realization, time, result.mean);
+    VORN_GetStddev(dataset, realization, time, result.deviation);
+    VORN_GetMin(dataset, realization, time, result.minimum);
+    VORN_GetMax(dataset, realization, time, result.maximum);
     return result;
 }
 
@@ -39,19 +40,19 @@ namespace {
 
 /// The number of stored values. An entry of a series counts once, into however many intervals the
 /// times of other objects divide it.
-qint64 valueCount(int dataset)
+qint64 valueCount(int dataset, int realization)
 {
     const DatasetProps props = VORN_GetDatasetProperties(dataset);
     qint64 count = 0;
     if (props.storageType == TimeSlice || rasterOf(dataset)) {
-        for (const Interval &interval : dataTimes(dataset))
-            count += VORN_GetDataCount(dataset, instantOf(interval));
+        for (const Interval &interval : dataTimes(dataset, realization))
+            count += datasetOf(dataset)->GetDataCount(realization, instantOf(interval));
         return count;
     }
     const int objects = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount;
     for (int object = 0; object < objects; ++object) {
         QVector<Interval> intervals;
-        VORN_GetDataIntervals(dataset, 0, object, intervals);
+        VORN_GetDataIntervals(dataset, realization, object, intervals);
         count += intervals.size();
     }
     return count;
@@ -59,12 +60,12 @@ qint64 valueCount(int dataset)
 
 } // namespace
 
-Statistics statisticsOfAll(int dataset)
+Statistics statisticsOfAll(int dataset, int realization)
 {
     const bool isStatic = datasetOf(dataset)->IsStatic();
-    if (const QVector<Interval> times = dataTimes(dataset);
+    if (const QVector<Interval> times = dataTimes(dataset, realization);
         rasterOf(dataset) && times.size() == 1) {
-        Statistics result = statisticsAt(dataset, instantOf(times[0]));
+        Statistics result = statisticsAt(dataset, instantOf(times[0]), realization);
         if (!isStatic)
             result.deviation = std::numeric_limits<double>::quiet_NaN();
         return result;
@@ -72,14 +73,14 @@ Statistics statisticsOfAll(int dataset)
     Statistics result;
     result.deviation = std::numeric_limits<double>::quiet_NaN();
     DataSetStats whole;
-    if (!datasetOf(dataset)->GetGlobalDataSetStats(0, whole))
+    if (!datasetOf(dataset)->GetGlobalDataSetStats(realization, whole))
         return result;
     result.mean = whole.mean;
     result.minimum = whole.minimum.toDouble();
     result.maximum = whole.maximum.toDouble();
-    result.count = valueCount(dataset);
+    result.count = valueCount(dataset, realization);
     if (isStatic)
-        VORN_GetStddev(dataset, 0, 0, result.deviation);
+        VORN_GetStddev(dataset, realization, 0, result.deviation);
     return result;
 }
 

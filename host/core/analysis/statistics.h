@@ -18,8 +18,8 @@ struct Statistics {
 };
 
 /// Statistics of a numeric dataset at an instant; count is 0 if it has no values then.
-MERIDOR_EXPORT Statistics statisticsAt(int dataset, qint64 time);
+MERIDOR_EXPORT Statistics statisticsAt(int dataset, qint64 time, int realization = 0);
 /// Statistics of a numeric dataset over all times, with the standard deviation if it is static.
-MERIDOR_EXPORT Statistics statisticsOfAll(int dataset);
+MERIDOR_EXPORT Statistics statisticsOfAll(int dataset, int realization = 0);
 
 } // namespace meridor

@@ -275,7 +275,8 @@ struct ValueRows::State {
     std::vector<std::vector<Span>> times;
     QVector<TableColumn> columns;
     QVector<int> chosen;
-    int realizations = 1;
+    int realizations = 1; ///< that are passed
+    int firstRealization = 0;
     bool varies = false; ///< rows are split by time
 
     std::vector<ValueSource *> sources() const
@@ -311,6 +312,10 @@ struct ValueRows::State {
         for (const ValueSource *source : sources()) {
             varies = varies || !source->isStatic();
             realizations = std::max(realizations, source->realizations());
+        }
+        if (plan.realization) {
+            firstRealization = *plan.realization;
+            realizations = 1;
         }
         varies = !plan.wide
                  && (varies || (plan.shapes && !geography->IsStatic())
@@ -382,7 +387,8 @@ struct ValueRows::State {
         }
         const auto changing = std::count_if(values.begin(), values.end(),
                                             [](const auto &held) { return !held->isStatic(); });
-        for (const Interval &time : dataTimes(source.dataset())) {
+        for (const Interval &time :
+             dataTimes(source.dataset(), std::min(firstRealization, source.realizations() - 1))) {
             const Span span = spanOf(time);
             if (plan.within && !span.meets(plan.within->first, plan.within->second))
                 continue;
@@ -675,9 +681,9 @@ qint64 ValueRows::pass(TableSink &sink, const std::function<void(int)> &meter) c
         for (int first = 0; first < objects; first += block) {
             const int last = std::min(objects, first + block);
             for (ValueSource *source : mState->sources())
-                source->load(realization, first, last);
+                source->load(mState->firstRealization + realization, first, last);
             for (int object = first; object < last; ++object) {
-                rows.object(realization, object);
+                rows.object(mState->firstRealization + realization, object);
                 if (object % 256 == 0)
                     meter(static_cast<int>((qint64(realization) * objects + object) * 100
                                            / (qint64(mState->realizations) * objects)));

@@ -25,6 +25,8 @@ struct RowPlan {
     bool shapes = false; ///< rows have shapes, and end where the shape changes
     /// Rows that have no instant of this closed interval are left out.
     std::optional<QPair<qint64, qint64>> within;
+    /// Only this realization; values of datasets of one realization are repeated. Else all.
+    std::optional<int> realization;
     /// One row for each object that exists at this time; with `wide` its shape is that of this time.
     std::optional<qint64> at;
 };

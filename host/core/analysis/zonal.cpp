@@ -22,7 +22,7 @@ const std::array<ZoneStatistic, 6> &zoneStatistics()
 }
 
 QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons, const QVector<Interval> &times,
-                                     const Progress &progress)
+                                     const Progress &progress, int realization)
 {
     if (!rasterOf(dataset))
         fail(QStringLiteral("%1 is no grid").arg(datasetName(dataset)));
@@ -30,7 +30,7 @@ QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons, const QVector<In
     QVector<ZonesAtTime> result;
     for (const Interval &interval : times) {
         const qint64 time = instantOf(interval);
-        CellReader cells(dataset, time);
+        CellReader cells(dataset, time, realization);
         ZonesAtTime at{interval, QVector<ZoneStatistics>(zones.count())};
         QVector<double> values;
         zones.each(time, progress, [&](int object, const QVector<CellShare> &shares) {

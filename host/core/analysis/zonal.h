@@ -27,7 +27,7 @@ MERIDOR_EXPORT const std::array<ZoneStatistic, 6> &zoneStatistics();
 /// also on a cancel.
 MERIDOR_EXPORT QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons,
                                                     const QVector<Interval> &times,
-                                                    const Progress &progress);
+                                                    const Progress &progress, int realization = 0);
 
 /// Stores one of zoneStatistics() as a dataset of the polygons. Raises a Failure.
 /// @return the id of the new dataset.

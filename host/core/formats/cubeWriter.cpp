@@ -81,13 +81,14 @@ template <class T> constexpr GDALDataType wireType()
 class CubeExport {
 public:
     CubeExport(CubeOutput &out, const QVector<int> &datasets, qint64 start, qint64 end,
-               const Progress &progress)
+               std::optional<int> realization, const Progress &progress)
         : mOut(out),
           mProgress(progress),
           mGeography(VORN_GetGeographyId(datasets.first())),
           mProps(VORN_GetGeographyProperties(mGeography)),
           mAxis(axisOf(mGeography)),
           mDatasets(datasets),
+          mRealization(realization),
           mFirst(start),
           mLast(end)
     {
@@ -109,9 +110,15 @@ private:
     {
         return mProps.metaData.value(QStringLiteral("Projection")).toString();
     }
-    static int realizationsOf(int id)
+    /// The number of realizations that are written.
+    int realizationsOf(int id) const
     {
-        return qMax(1, VORN_GetDatasetProperties(id).realizationCount);
+        return mRealization ? 1 : qMax(1, VORN_GetDatasetProperties(id).realizationCount);
+    }
+    int firstRealizationOf(int id) const
+    {
+        return mRealization && VORN_GetDatasetProperties(id).realizationCount > 1 ? *mRealization
+                                                                                  : 0;
     }
 
     /// A name that both formats accept and no other variable has. The attribute "long_name" keeps
@@ -137,7 +144,7 @@ private:
         QVector<Interval> times;
         if (datasetOf(id)->IsStatic())
             return times;
-        for (const Interval &when : dataTimes(id))
+        for (const Interval &when : dataTimes(id, firstRealizationOf(id)))
             if (lastInstantOf(when) >= mFirst && when.startTime <= mLast)
                 times.append(when);
         if (times.isEmpty())
@@ -329,7 +336,8 @@ private:
                     place.append(time);
                 if (realizations > 1)
                     place.append(realization);
-                visit(place, realization, times.isEmpty() ? 0 : instantOf(times[time]));
+                visit(place, firstRealizationOf(id) + realization,
+                      times.isEmpty() ? 0 : instantOf(times[time]));
             }
     }
 
@@ -472,6 +480,7 @@ private:
     GeoProps mProps;
     TimeAxis mAxis;
     QVector<int> mDatasets;
+    std::optional<int> mRealization;
     qint64 mFirst;
     qint64 mLast;
     QSet<QString> mNames{QStringLiteral("bnds")};
@@ -548,14 +557,14 @@ void requireCubeWritable(const QString &path, const QString &format, bool overwr
 }
 
 void exportCube(const QString &path, const QString &format, const QVector<int> &datasets,
-                qint64 start, qint64 end)
+                qint64 start, qint64 end, std::optional<int> realization)
 {
     const QuietGdal quiet;
     const bool isZarr = isZarrFormat(path, format);
     const Progress progress("Export", "Writing the cube...");
     const auto write = [&](const QString &beside) {
         CubeOutput out(beside, path, isZarr);
-        CubeExport(out, datasets, start, end, progress).run();
+        CubeExport(out, datasets, start, end, realization, progress).run();
         out.close();
     };
     if (isZarr) {

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <optional>
 #include "core/export.h"
 
 namespace meridor {
@@ -18,10 +19,12 @@ MERIDOR_EXPORT void requireCubeWritable(const QString &path, const QString &form
 
 /// Writes datasets of one geography as variables: of grids by time, realization, y and x, of
 /// objects by time, realization and object, beside the objects' keys. Datasets with the same times
-/// share a dimension of time; intervals outside the closed interval [start, end] are left out. The
+/// share a dimension of time; with `realization` only that one is written, without a dimension, and
+/// datasets of one realization are written as they are. Of the times, intervals outside the closed interval [start, end] are left out. The
 /// file, or the directory of a Zarr store, is replaced when it is complete. Raises a Failure, also
 /// on a cancel; the target is then unchanged.
 MERIDOR_EXPORT void exportCube(const QString &path, const QString &format,
-                               const QVector<int> &datasets, qint64 start, qint64 end);
+                               const QVector<int> &datasets, qint64 start, qint64 end,
+                               std::optional<int> realization = std::nullopt);
 
 } // namespace meridor

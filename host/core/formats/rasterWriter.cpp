@@ -140,7 +140,7 @@ private:
 
 } // namespace
 
-void exportGrid(const QString &path, int dataset, qint64 time)
+void exportGrid(const QString &path, int dataset, qint64 time, int realization)
 {
     const QuietGdal quiet;
     GDALAllRegister();
@@ -150,10 +150,10 @@ void exportGrid(const QString &path, int dataset, qint64 time)
     const int geography = VORN_GetGeographyId(dataset);
     const TimeAxis axis = axisOf(geography);
     TimeStamp when;
-    if (!raster->GetContainingTimeStamp(0, time, when))
+    if (!raster->GetContainingTimeStamp(realization, time, when))
         fail(QStringLiteral("%1 holds no grid at %2").arg(datasetName(dataset), axis.show(time)));
     const GeoProps place = VORN_GetGeographyProperties(geography);
-    const MRasterObservation &grid = *raster->GetConstRasterInfo(0, time);
+    const MRasterObservation &grid = *raster->GetConstRasterInfo(realization, time);
     const HeldGrid hold(grid);
     const QString name = raster->IsStatic() ? datasetName(dataset) : axis.show(when);
     const bool written = replaceFile(path, [&](const QString &beside) {

@@ -85,7 +85,7 @@ Samples samplesAt(int dataset, qint64 time, int realization)
     if (realization < 0 || realization >= realizations)
         fail(QStringLiteral("%1 has no realization %2; it has %3")
                  .arg(datasetName(dataset))
-                 .arg(realization)
+                 .arg(realization + 1)
                  .arg(realizations),
              "realization");
     QSet<int> missing;

@@ -29,8 +29,9 @@ constexpr int kCellsPerRead = 16;
 
 } // namespace
 
-CellReader::CellReader(int dataset, qint64 time)
-    : mDataset(rasterOf(dataset)), mGrid(mDataset ? mDataset->GetConstRasterInfo(0, time) : nullptr)
+CellReader::CellReader(int dataset, qint64 time, int realization)
+    : mDataset(rasterOf(dataset)),
+      mGrid(mDataset ? mDataset->GetConstRasterInfo(realization, time) : nullptr)
 {
     if (!mGrid)
         failNoGrid(dataset, time);
@@ -50,11 +51,11 @@ double CellReader::at(unsigned column, unsigned row)
                : std::numeric_limits<double>::quiet_NaN();
 }
 
-QVector<double> gridValues(int dataset, qint64 time)
+QVector<double> gridValues(int dataset, qint64 time, int realization)
 {
     QVector<double> values;
     MissingFlag missing;
-    if (!VORN_GetRasterDataAsDecimal(dataset, 0, time, values, missing))
+    if (!VORN_GetRasterDataAsDecimal(dataset, realization, time, values, missing))
         failNoGrid(dataset, time);
     for (double &value : values)
         if (missing.matches(value))

@@ -15,14 +15,14 @@ namespace meridor {
 
 /// All cells of the grid at a time, row by row; NaN for a missing cell. Raises a Failure if the
 /// dataset has no grid at that time.
-MERIDOR_EXPORT QVector<double> gridValues(int dataset, qint64 time);
+MERIDOR_EXPORT QVector<double> gridValues(int dataset, qint64 time, int realization = 0);
 
 /// Reads single cells of a grid at a time. Cells are read in place; after reads of many of them the
 /// whole grid is kept in memory, in its own type, as long as this object exists.
 class MERIDOR_EXPORT CellReader {
 public:
     /// Raises a Failure if the dataset has no grid at that time.
-    CellReader(int dataset, qint64 time);
+    CellReader(int dataset, qint64 time, int realization = 0);
     ~CellReader();
     /// NaN for a missing cell. The cell must be one of the grid.
     double at(unsigned column, unsigned row);

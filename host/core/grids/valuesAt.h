@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// The values of a vector or raster dataset at one time.
 #pragma once
+#include <QMap>
 #include <QSet>
 #include <QStringList>
 #include <QVector>
 #include "core/export.h"
+#include "datainterface/MDatum.h"
 
 namespace meridor {
 
@@ -16,6 +18,9 @@ struct ValuesAt {
     QSet<int> missing;
 };
 /// Raises a Failure if the dataset has no values at that time.
-MERIDOR_EXPORT ValuesAt valuesAt(int dataset, qint64 time);
+MERIDOR_EXPORT ValuesAt valuesAt(int dataset, qint64 time, int realization = 0);
+
+/// How often each value occurs in a realization, over all times. Raises a Failure on a cancel.
+MERIDOR_EXPORT QMap<MDatum, int> frequenciesOf(int dataset, int realization);
 
 } // namespace meridor

@@ -347,19 +347,31 @@ QVector<int> objectsAt(int geography, qint64 time)
     return objects;
 }
 
-QVector<Interval> dataTimes(int dataset)
+QVector<Interval> dataTimes(int dataset, int realization)
 {
     QVector<Interval> times;
-    VORN_GetAllDatasetTimes(dataset, 0, times);
+    VORN_GetAllDatasetTimes(dataset, realization, times);
     return times;
 }
 
-QVector<Interval> dataTimesAt(int dataset, const QStringList &times)
+int realizationIndex(int dataset, int number)
 {
-    const QVector<Interval> all = dataTimes(dataset);
+    const int count = std::max(1, VORN_GetDatasetProperties(dataset).realizationCount);
+    if (number < 1 || number > count)
+        fail(QStringLiteral("%1 has no realization %2; it has %3")
+                 .arg(datasetName(dataset))
+                 .arg(number)
+                 .arg(count),
+             "realization");
+    return number - 1;
+}
+
+QVector<Interval> dataTimesAt(int dataset, const QStringList &times, int realization)
+{
+    const QVector<Interval> all = dataTimes(dataset, realization);
     QVector<Interval> chosen;
     for (const QString &text : times) {
-        const qint64 time = chooseTime(dataset, text);
+        const qint64 time = chooseTime(dataset, text, realization);
         const int before = chosen.size();
         for (const Interval &when : all)
             if (TimeStamp(when).contains(time))
@@ -399,11 +411,11 @@ qint64 chooseTimeOf(int geography, const QString &text)
     return instantOf(times.last());
 }
 
-qint64 chooseTime(int dataset, const QString &text)
+qint64 chooseTime(int dataset, const QString &text, int realization)
 {
     if (!text.isEmpty())
         return requireSpan(axisOf(VORN_GetGeographyId(dataset)), text).startTime;
-    const QVector<Interval> times = dataTimes(dataset);
+    const QVector<Interval> times = dataTimes(dataset, realization);
     if (times.isEmpty())
         fail(QStringLiteral("dataset %1 holds no values").arg(datasetName(dataset)));
     return instantOf(times.last());

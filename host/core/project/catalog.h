@@ -86,11 +86,15 @@ MERIDOR_EXPORT qint64 shapeTime(int geography, qint64 time);
 MERIDOR_EXPORT QVector<int> objectsAt(int geography, qint64 time);
 
 /// Every time at which the dataset has data, in order.
-MERIDOR_EXPORT QVector<Interval> dataTimes(int dataset);
+MERIDOR_EXPORT QVector<Interval> dataTimes(int dataset, int realization = 0);
 /// The intervals of the dataset that contain the given times, so that derived data can be stored
 /// under the same intervals; all intervals if `times` is empty. Raises a Failure for a time without
 /// data.
-MERIDOR_EXPORT QVector<Interval> dataTimesAt(int dataset, const QStringList &times);
+MERIDOR_EXPORT QVector<Interval> dataTimesAt(int dataset, const QStringList &times,
+                                             int realization = 0);
+/// The index, from 0, of the realization with this number, from 1. Raises a Failure of the setting
+/// "realization" if the dataset has no such realization.
+MERIDOR_EXPORT int realizationIndex(int dataset, int number);
 /// An instant inside the interval.
 MERIDOR_EXPORT qint64 instantOf(const Interval &interval);
 /// The last instant of the interval.
@@ -102,6 +106,6 @@ MERIDOR_EXPORT Interval requireSpan(const TimeAxis &axis, const QString &text);
 MERIDOR_EXPORT qint64 chooseTimeOf(int geography, const QString &text);
 /// The first instant of a text; for an empty text an instant in the last interval of the dataset.
 /// Raises a Failure.
-MERIDOR_EXPORT qint64 chooseTime(int dataset, const QString &text);
+MERIDOR_EXPORT qint64 chooseTime(int dataset, const QString &text, int realization = 0);
 
 } // namespace meridor

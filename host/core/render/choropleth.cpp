@@ -139,10 +139,10 @@ struct LayerAt {
     qint64 drawn = 0;
 };
 
-LayerAt gridAt(int dataset, qint64 time, const Classification &classes)
+LayerAt gridAt(int dataset, qint64 time, const Classification &classes, int realization)
 {
     const MRasterDataset &raster = *rasterOf(dataset);
-    const MRasterObservation *observation = raster.GetConstRasterInfo(0, time);
+    const MRasterObservation *observation = raster.GetConstRasterInfo(realization, time);
     const int geography = VORN_GetGeographyId(dataset);
     if (!observation)
         fail(QStringLiteral("%1 holds no grid at %2")
@@ -184,7 +184,8 @@ LayerAt gridAt(int dataset, qint64 time, const Classification &classes)
 }
 
 /// The shapes of the objects that exist at a time; without classes if there is no classification.
-LayerAt shapesAt(int geography, qint64 time, int dataset, const Classification *classes)
+LayerAt shapesAt(int geography, qint64 time, int dataset, const Classification *classes,
+                 int realization = 0)
 {
     const MVectorData &vector = vectorOf(geography);
     const qint64 when = shapeTime(geography, time);
@@ -192,7 +193,7 @@ LayerAt shapesAt(int geography, qint64 time, int dataset, const Classification *
     LayerAt result;
     ValuesAt values;
     if (classes) {
-        values = valuesAt(dataset, time);
+        values = valuesAt(dataset, time, realization);
         result.layer.colors = colorsOf(*classes);
         result.counts.resize(classes->entries().size());
     }
@@ -210,10 +211,11 @@ LayerAt shapesAt(int geography, qint64 time, int dataset, const Classification *
     return result;
 }
 
-LayerAt layerAt(int dataset, qint64 time, const Classification &classes)
+LayerAt layerAt(int dataset, qint64 time, const Classification &classes, int realization = 0)
 {
-    return rasterOf(dataset) ? gridAt(dataset, time, classes)
-                             : shapesAt(VORN_GetGeographyId(dataset), time, dataset, &classes);
+    return rasterOf(dataset)
+               ? gridAt(dataset, time, classes, realization)
+               : shapesAt(VORN_GetGeographyId(dataset), time, dataset, &classes, realization);
 }
 
 LegendBlock legendOf(int dataset, const Classification &classes, const QVector<qint64> &counts,
@@ -379,7 +381,7 @@ MapMaker::MapMaker(int dataset, const QVector<qint64> &times, const QString &tit
       mTitle(title),
       mStyle(style),
       mManyTimes(times.size() > 1),
-      mClasses(dataset, style.allTimes ? QVector<qint64>() : times, style.rule),
+      mClasses(dataset, style.allTimes ? QVector<qint64>() : times, style.rule, style.realization),
       mFurther(std::make_unique<FurtherLayers>(mGeography, style, times))
 {
 }
@@ -439,7 +441,7 @@ MapPanel MapMaker::panelAt(qint64 time, bool isSingle, QVector<LegendBlock> &leg
         fail(QStringLiteral("no object of %1 exists at %2")
                  .arg(geographyName(mGeography), axisOf(mGeography).show(time)));
     MapPanel panel;
-    const LayerAt first = layerAt(mDataset, time, mClasses);
+    const LayerAt first = layerAt(mDataset, time, mClasses, mStyle.realization);
     panel.layers.append(first.layer);
     panel.counts = first.counts;
     panel.missing = first.missing;

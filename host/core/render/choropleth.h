@@ -25,6 +25,7 @@ struct MapStyle {
     bool allTimes = false; ///< classes and extent of all times of the dataset
     QVector<MapLayerStyle> layers;
     int weightSet = -1;  ///< of the dataset's geography: its links are drawn
+    int realization = 0; ///< of the dataset; layers and labels show their first one
     int labelField = -1; ///< a dataset of the same geography: its values are drawn beside objects
     PictureSize size;
 };

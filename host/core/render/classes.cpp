@@ -50,7 +50,10 @@ QStringList classificationNames()
     return methods().keys();
 }
 
-QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, int classes)
+namespace {
+
+/// Of the frequency table, which counts the values of all realizations.
+QVector<double> breaksOfTable(int dataset, MDataset::ClassificationType method, int classes)
 {
     // An empty frequency table means that there are no values, and so no classes.
     MDataset *owner = datasetOf(dataset);
@@ -67,10 +70,8 @@ QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, in
     return breaks;
 }
 
-namespace {
-
 /// A dataset of the same type that holds the grids of some times.
-int gridsAt(int dataset, const QVector<qint64> &times)
+int gridsAt(int dataset, const QVector<qint64> &times, int realization)
 {
     const MRasterDataset &raster = *rasterOf(dataset);
     const int alone =
@@ -78,7 +79,7 @@ int gridsAt(int dataset, const QVector<qint64> &times)
                               raster.GetDataType(), 1, raster.GetRasterBitDepth(), QString());
     rasterOf(alone)->SetMissingFlag(raster.GetMissingFlag());
     for (int i = 0; i < times.size(); ++i) {
-        const MRasterObservation *grid = raster.GetConstRasterInfo(0, times[i]);
+        const MRasterObservation *grid = raster.GetConstRasterInfo(realization, times[i]);
         if (!grid) {
             VORN_RemoveDataset(alone);
             fail(QStringLiteral("%1 holds no grid at %2")
@@ -91,15 +92,18 @@ int gridsAt(int dataset, const QVector<qint64> &times)
     return alone;
 }
 
-/// The same for the values of the objects that exist.
-int objectsAlone(int dataset, const QVector<qint64> &times)
+/// The same for the values of the objects that exist; for those of all objects if they hold for good
+/// and all times are asked for.
+int objectsAlone(int dataset, const QVector<qint64> &times, int realization, bool all)
 {
     const int geography = VORN_GetGeographyId(dataset);
     const int alone =
         VORN_NewVectorDataset(geography, datasetName(dataset) + QStringLiteral(" alone"), TimeSlice,
                               DecimalType, 1, QString());
     for (const qint64 time : times) {
-        const ValuesAt values = existingValuesAt(dataset, time);
+        const ValuesAt values = all && datasetOf(dataset)->IsStatic()
+                                    ? valuesAt(dataset, time, realization)
+                                    : existingValuesAt(dataset, time, realization);
         VORN_AddDataValues(alone, 0, Interval{time, time, true, true}, values.numbers,
                            values.missing, true, true);
     }
@@ -108,10 +112,23 @@ int objectsAlone(int dataset, const QVector<qint64> &times)
 
 } // namespace
 
-ValuesAt existingValuesAt(int dataset, qint64 time)
+QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, int classes,
+                            int realization)
+{
+    if (VORN_GetDatasetProperties(dataset).realizationCount <= 1)
+        return breaksOfTable(dataset, method, classes);
+    QVector<qint64> times;
+    for (const Interval &when : dataTimes(dataset, realization))
+        times.append(instantOf(when));
+    const PassingDataset alone(rasterOf(dataset) ? gridsAt(dataset, times, realization)
+                                                 : objectsAlone(dataset, times, realization, true));
+    return breaksOfTable(alone.id(), method, classes);
+}
+
+ValuesAt existingValuesAt(int dataset, qint64 time, int realization)
 {
     const int geography = VORN_GetGeographyId(dataset);
-    ValuesAt values = valuesAt(dataset, time);
+    ValuesAt values = valuesAt(dataset, time, realization);
     if (rasterOf(dataset))
         return values;
     const QVector<int> existing = objectsAt(geography, shapeTime(geography, time));
@@ -127,11 +144,12 @@ ValuesAt existingValuesAt(int dataset, qint64 time)
 }
 
 QVector<double> breaksAt(int dataset, const QVector<qint64> &times,
-                         MDataset::ClassificationType method, int classes)
+                         MDataset::ClassificationType method, int classes, int realization)
 {
-    const PassingDataset alone(rasterOf(dataset) ? gridsAt(dataset, times)
-                                                 : objectsAlone(dataset, times));
-    return breaksOfAll(alone.id(), method, classes);
+    const PassingDataset alone(rasterOf(dataset)
+                                   ? gridsAt(dataset, times, realization)
+                                   : objectsAlone(dataset, times, realization, false));
+    return breaksOfTable(alone.id(), method, classes);
 }
 
 QVector<double> breaksAt(int dataset, qint64 time, MDataset::ClassificationType method, int classes)

@@ -13,18 +13,19 @@ namespace meridor {
 MERIDOR_EXPORT MDataset::ClassificationType classificationOf(const QString &method);
 MERIDOR_EXPORT QStringList classificationNames();
 
-/// Class limits, ascending, one more than there are classes: of all values of the dataset, or of
+/// Class limits, ascending, one more than there are classes: of all values of a realization, or of
 /// those of the objects that exist at a time, or at several times. Empty if there are no values.
 /// Raises a Failure on a cancel.
 MERIDOR_EXPORT QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method,
-                                           int classes);
+                                           int classes, int realization = 0);
 MERIDOR_EXPORT QVector<double> breaksAt(int dataset, qint64 time,
                                         MDataset::ClassificationType method, int classes);
 MERIDOR_EXPORT QVector<double> breaksAt(int dataset, const QVector<qint64> &times,
-                                        MDataset::ClassificationType method, int classes);
+                                        MDataset::ClassificationType method, int classes,
+                                        int realization = 0);
 
 /// valuesAt, with the values of objects that do not exist then as missing.
-MERIDOR_EXPORT ValuesAt existingValuesAt(int dataset, qint64 time);
+MERIDOR_EXPORT ValuesAt existingValuesAt(int dataset, qint64 time, int realization = 0);
 
 /// The value below which a share of the values lies, interpolated linearly between ranks (R. J.
 /// Hyndman and Y. Fan 1996, Am. Stat. 50, type 7). NaN without values.

@@ -50,27 +50,28 @@ bool isMethod(const Method &method, const char *name)
 }
 
 /// The values of each time; of all times and objects if there are none.
-QVector<ValuesAt> valuesOf(int dataset, const QVector<qint64> &times)
+QVector<ValuesAt> valuesOf(int dataset, const QVector<qint64> &times, int realization)
 {
     QVector<ValuesAt> values;
     for (const qint64 time : times)
-        values.append(existingValuesAt(dataset, time));
+        values.append(existingValuesAt(dataset, time, realization));
     if (!times.isEmpty())
         return values;
-    for (const Interval &interval : dataTimes(dataset)) {
+    for (const Interval &interval : dataTimes(dataset, realization)) {
         stopIfCancelled();
         const qint64 time = instantOf(interval);
-        values.append(datasetOf(dataset)->IsStatic() ? valuesAt(dataset, time)
-                                                     : existingValuesAt(dataset, time));
+        values.append(datasetOf(dataset)->IsStatic()
+                          ? valuesAt(dataset, time, realization)
+                          : existingValuesAt(dataset, time, realization));
     }
     return values;
 }
 
 /// The values of the times, ascending.
-QVector<double> sortedValues(int dataset, const QVector<qint64> &times)
+QVector<double> sortedValues(int dataset, const QVector<qint64> &times, int realization)
 {
     QVector<double> sorted;
-    for (const ValuesAt &values : valuesOf(dataset, times)) {
+    for (const ValuesAt &values : valuesOf(dataset, times, realization)) {
         stopIfCancelled();
         for (int i = 0; i < values.numbers.size(); ++i)
             if (std::isfinite(values.numbers[i]) && !values.missing.contains(i))
@@ -124,14 +125,14 @@ QVector<double> widened(QVector<double> limits, double least, double most)
 }
 
 /// Moves the outer limits to the least and the largest value of a time.
-void coverTime(QVector<double> &limits, int dataset, qint64 time)
+void coverTime(QVector<double> &limits, int dataset, qint64 time, int realization)
 {
     const auto cover = [&limits](double value) {
         limits.first() = std::min(limits.first(), value);
         limits.last() = std::max(limits.last(), value);
     };
     if (const MRasterDataset *raster = rasterOf(dataset)) {
-        const MRasterObservation *grid = raster->GetConstRasterInfo(0, time);
+        const MRasterObservation *grid = raster->GetConstRasterInfo(realization, time);
         if (!grid)
             return;
         const HeldGrid hold(*grid);
@@ -147,24 +148,25 @@ void coverTime(QVector<double> &limits, int dataset, qint64 time)
         }
         return;
     }
-    const ValuesAt values =
-        datasetOf(dataset)->IsStatic() ? valuesAt(dataset, time) : existingValuesAt(dataset, time);
+    const ValuesAt values = datasetOf(dataset)->IsStatic()
+                                ? valuesAt(dataset, time, realization)
+                                : existingValuesAt(dataset, time, realization);
     for (int i = 0; i < values.numbers.size(); ++i)
         if (std::isfinite(values.numbers[i]) && !values.missing.contains(i))
             cover(values.numbers[i]);
 }
 
 /// The limits of many values are found in a sample, which may leave some values outside.
-void coverAll(QVector<double> &limits, int dataset, QVector<qint64> times)
+void coverAll(QVector<double> &limits, int dataset, QVector<qint64> times, int realization)
 {
     if (limits.isEmpty())
         return;
     if (times.isEmpty())
-        for (const Interval &interval : dataTimes(dataset))
+        for (const Interval &interval : dataTimes(dataset, realization))
             times.append(instantOf(interval));
     for (const qint64 time : times) {
         stopIfCancelled();
-        coverTime(limits, dataset, time);
+        coverTime(limits, dataset, time, realization);
     }
 }
 
@@ -224,7 +226,9 @@ void requireRule(const ClassRule &rule)
         requirePalette(rule.palette);
 }
 
-Classification::Classification(int dataset, const QVector<qint64> &times, const ClassRule &rule)
+Classification::Classification(int dataset, const QVector<qint64> &times, const ClassRule &rule,
+                               int realization)
+    : mRealization(realization)
 {
     requireRule(rule);
     const bool numeric = datasetOf(dataset)->IsNumeric();
@@ -254,16 +258,16 @@ void Classification::divide(int dataset, const QVector<qint64> &times, const Cla
     const bool open = boxes || isMethod(method, "stddev");
     mDescription = QLatin1String(method.description);
     if (open || !rule.limits.isEmpty()) {
-        const QVector<double> sorted = sortedValues(dataset, times);
+        const QVector<double> sorted = sortedValues(dataset, times, mRealization);
         if (!sorted.isEmpty())
             mLimits = boxes  ? closed(boxLimits(sorted), sorted)
                       : open ? closed(deviationLimits(sorted), sorted)
                              : widened(rule.limits, sorted.first(), sorted.last());
     } else {
         const auto type = classificationOf(QLatin1String(method.name));
-        mLimits = times.isEmpty() ? breaksOfAll(dataset, type, rule.count)
-                                  : breaksAt(dataset, times, type, rule.count);
-        coverAll(mLimits, dataset, times);
+        mLimits = times.isEmpty() ? breaksOfAll(dataset, type, rule.count, mRealization)
+                                  : breaksAt(dataset, times, type, rule.count, mRealization);
+        coverAll(mLimits, dataset, times, mRealization);
         // Many equal values make limits that coincide. A first class from a limit to the same limit
         // holds the values that equal it; any other such class is empty.
         const bool startsEqual = mLimits.size() > 1 && mLimits[0] == mLimits[1];
@@ -289,7 +293,7 @@ void Classification::enumerate(int dataset, const QVector<qint64> &times, const 
     const bool numeric = datasetOf(dataset)->IsNumeric();
     QMap<QString, int> counts;
     QMap<double, QString> numbers; // in ascending order
-    for (const ValuesAt &values : valuesOf(dataset, times)) {
+    for (const ValuesAt &values : valuesOf(dataset, times, mRealization)) {
         stopIfCancelled();
         const int size = numeric ? values.numbers.size() : values.texts.size();
         for (int i = 0; i < size; ++i) {

@@ -36,7 +36,8 @@ public:
     /// and fences one and a half interquartile ranges beyond them). Unique values are those of texts
     /// and integers: the commonest, and "others" if there are more than the palette has colours.
     /// Raises a Failure.
-    Classification(int dataset, const QVector<qint64> &times, const ClassRule &rule);
+    Classification(int dataset, const QVector<qint64> &times, const ClassRule &rule,
+                   int realization = 0);
 
     /// One for each class, in ascending order, without counts.
     const QVector<LegendEntry> &entries() const { return mEntries; }
@@ -63,6 +64,7 @@ private:
     QHash<QString, int> mTexts;
     int mOthers = -1;
     bool mUnique = false;
+    int mRealization;
     QString mDescription;
 };
 
