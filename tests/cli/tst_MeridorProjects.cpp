@@ -110,6 +110,9 @@ private Q_SLOTS:
             failed += outcome.code == 1;
         }
         QCOMPARE(failed, 1);
+        place.file("v.csv", "precious"); // is not replaced by a table that lacks values
+        QCOMPARE(place.run({"export", "p.vorn", "v.csv", "--overwrite"}).code, 1);
+        QCOMPARE(place.bytes("v.csv"), QByteArray("precious"));
     }
 
     void classesCountEveryValueOnce()

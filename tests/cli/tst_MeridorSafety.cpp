@@ -141,6 +141,18 @@ private Q_SLOTS:
         struct stat info = {};
         QCOMPARE(::stat(name.constData(), &info), 0);
         QCOMPARE(info.st_mode & 07777, 0640U); // a replaced file keeps its rights
+
+        // A Shapefile is replaced with all its files or not at all.
+        const QStringList words{"export", "p.vorn", "s.shp", "--overwrite"};
+        QCOMPARE(mPlace.run(words).code, 0);
+        const QByteArray shapes = mPlace.bytes("s.shp");
+        const QByteArray table = QFile::encodeName(mPlace.path("s.dbf"));
+        QCOMPARE(::chmod(table.constData(), 0444), 0);
+        const Outcome kept = mPlace.run(words + QStringList{"--columns", "key"});
+        QCOMPARE(::chmod(table.constData(), 0644), 0);
+        QCOMPARE(kept.code, 1);
+        QVERIFY2(kept.err.contains("s.dbf: is write-protected"), qPrintable(kept.err));
+        QCOMPARE(mPlace.bytes("s.shp"), shapes);
     }
 
     void tellsOfADiskThatIsFull()

@@ -348,8 +348,7 @@ private:
                                          [&](auto zero) { writeGrids(id, dataset, zero); });
         if (!known)
             fail(QStringLiteral("%1: cells of %2 bits have no form in a cube")
-                     .arg(datasetName(id))
-                     .arg(dataset.GetRasterBitDepth()));
+                     .arg(datasetName(id), QString::number(dataset.GetRasterBitDepth())));
     }
 
     template <class T> void writeGrids(int id, const MRasterDataset &dataset, T)
@@ -372,9 +371,7 @@ private:
             const MRasterObservation *grid = dataset.GetConstRasterInfo(realization, when);
             if (!grid)
                 fail(QStringLiteral("%1, realization %2: holds no grid at %3")
-                         .arg(datasetName(id))
-                         .arg(realization + 1)
-                         .arg(mAxis.show(when)));
+                         .arg(datasetName(id), QString::number(realization + 1), mAxis.show(when)));
             const HeldGrid hold(*grid);
             std::vector<Wire> widened;
             QVector<qint64> count(place.size(), 1);
@@ -521,6 +518,7 @@ void replaceStore(const QString &target, const std::function<void(const QString 
     const QString made = beside.filePath(QStringLiteral("new.zarr"));
     write(made);
     syncDirectory(made);
+    refuseUnreadable(target);
     stopIfCancelled();
     const QByteArray from = QFile::encodeName(made);
     const QByteArray to = QFile::encodeName(real);

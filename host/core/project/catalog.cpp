@@ -143,7 +143,8 @@ const char *storageName(MVectorDataset::StorageType storage)
 QString typeText(const DatasetProps &props)
 {
     const QString name = QLatin1String(typeName(static_cast<DataType>(props.dataType)));
-    return props.bitDepth > 0 ? QStringLiteral("%1 %2").arg(name).arg(props.bitDepth) : name;
+    return props.bitDepth > 0 ? QStringLiteral("%1 %2").arg(name, QString::number(props.bitDepth))
+                              : name;
 }
 
 QString gridText(const GeoProps &props)
@@ -241,7 +242,7 @@ QStringList uniqueTexts(int dataset)
     QSet<QString> seen;
     for (int i = 0; i < texts.size(); ++i) {
         if (texts[i].isNull())
-            fail(QStringLiteral("%1: object %2 has no value").arg(name).arg(i + 1));
+            fail(QStringLiteral("%1: object %2 has no value").arg(name, QString::number(i + 1)));
         if (seen.contains(texts[i]))
             fail(QStringLiteral("%1: two objects have %2").arg(name, texts[i]));
         seen.insert(texts[i]);
@@ -366,9 +367,12 @@ int realizationIndex(int dataset, int number)
     return number - 1;
 }
 
-QVector<Interval> dataTimesAt(int dataset, const QStringList &times, int realization)
+namespace {
+
+/// Those of the intervals `all` that hold the times; all of them without any time.
+QVector<Interval> chosenOf(const QVector<Interval> &all, int dataset, const QStringList &times,
+                           int realization)
 {
-    const QVector<Interval> all = dataTimes(dataset, realization);
     QVector<Interval> chosen;
     for (const QString &text : times) {
         const qint64 time = chooseTime(dataset, text, realization);
@@ -380,6 +384,23 @@ QVector<Interval> dataTimesAt(int dataset, const QStringList &times, int realiza
             fail(QStringLiteral("%1 holds no values at %2").arg(datasetName(dataset), text));
     }
     return times.isEmpty() ? all : chosen;
+}
+
+} // namespace
+
+QVector<Interval> dataTimesAt(int dataset, const QStringList &times, int realization)
+{
+    return chosenOf(dataTimes(dataset, realization), dataset, times, realization);
+}
+
+QVector<Interval> shapeTimesAt(int dataset, const QStringList &times, int realization)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    QVector<Interval> all;
+    if (!datasetOf(dataset)->IsStatic() || VORN_GetGeographyProperties(geography).isStatic
+        || !VORN_GetAllObjectTimes(geography, all))
+        return dataTimesAt(dataset, times, realization);
+    return chosenOf(all, dataset, times, realization);
 }
 
 qint64 instantOf(const Interval &interval)

@@ -92,6 +92,10 @@ MERIDOR_EXPORT QVector<Interval> dataTimes(int dataset, int realization = 0);
 /// data.
 MERIDOR_EXPORT QVector<Interval> dataTimesAt(int dataset, const QStringList &times,
                                              int realization = 0);
+/// The same for results that depend on the shapes: those of a static dataset have the intervals over
+/// which the objects of its geography do not change.
+MERIDOR_EXPORT QVector<Interval> shapeTimesAt(int dataset, const QStringList &times,
+                                              int realization = 0);
 /// The index, from 0, of the realization with this number, from 1. Raises a Failure of the setting
 /// "realization" if the dataset has no such realization.
 MERIDOR_EXPORT int realizationIndex(int dataset, int number);

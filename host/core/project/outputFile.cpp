@@ -172,7 +172,12 @@ bool replaceFiles(const QString &target, const QStringList &stale,
     std::sort(names.begin(), names.end(), [&real](const QString &a, const QString &b) {
         return a != real.fileName() && (b == real.fileName() || a < b);
     });
-    stopIfCancelled();
+    for (const QString &name : names)
+        refuseProtected(real.absolutePath() + QLatin1Char('/') + name);
+    for (const QString &suffix : stale)
+        refuseProtected(real.absolutePath() + QLatin1Char('/') + real.completeBaseName() + suffix);
+    refuseUnreadable(target);
+    stopIfCancelled(); // for the last time: the files must not be replaced in part
     for (const QString &name : names)
         moveInto(beside.filePath(name), real.absolutePath() + QLatin1Char('/') + name);
     for (const QString &suffix : stale) {

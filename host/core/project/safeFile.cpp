@@ -13,6 +13,7 @@
 #include "core/project/failure.h"
 #include "core/project/outputFile.h"
 #include "core/project/text.h"
+#include "datainterface/ProjectAPI.h"
 
 namespace meridor {
 namespace {
@@ -45,18 +46,6 @@ void takeRights(const QString &name, const QString &target)
     ::chmod(file.constData(), 0666 & ~mask);
 }
 
-/// Renaming replaces a file whatever its own rights are, so they are asked for here. A file that
-/// nobody may write is protected from every user, the system's administrator included.
-void refuseProtected(const QString &target)
-{
-    const QByteArray name = QFile::encodeName(target);
-    struct stat info = {};
-    if (::stat(name.constData(), &info) != 0 || !S_ISREG(info.st_mode))
-        return;
-    if ((info.st_mode & 0222) == 0 || (::access(name.constData(), W_OK) != 0 && errno == EACCES))
-        fail(QStringLiteral("%1: is write-protected").arg(target));
-}
-
 /// Writes a temporary file and copies it to a device or pipe, over which nothing can be renamed.
 bool writeThrough(const QString &target, const std::function<bool(const QString &)> &write)
 {
@@ -75,6 +64,24 @@ bool writeThrough(const QString &target, const std::function<bool(const QString 
 }
 
 } // namespace
+
+void refuseProtected(const QString &target)
+{
+    const QByteArray name = QFile::encodeName(target);
+    struct stat info = {};
+    if (::stat(name.constData(), &info) != 0 || !S_ISREG(info.st_mode))
+        return;
+    if ((info.st_mode & 0222) == 0 || (::access(name.constData(), W_OK) != 0 && errno == EACCES))
+        fail(QStringLiteral("%1: is write-protected").arg(target));
+}
+
+void refuseUnreadable(const QString &target)
+{
+    const QString file = VORN_GetUnreadableProjectFile();
+    if (!file.isEmpty())
+        fail(QStringLiteral("%1: not written, since values of %2 could not be read")
+                 .arg(target, file));
+}
 
 FileIdentity identityOf(const QString &path)
 {
@@ -172,6 +179,7 @@ bool replaceFile(const QString &target, const std::function<bool(const QString &
     if (!flush(name, O_RDWR))
         fail(QStringLiteral("%1: %2").arg(target, systemError()));
     takeRights(name, real);
+    refuseUnreadable(target);
     stopIfCancelled(); // for the last time: from here on the work is done
     if (std::rename(QFile::encodeName(name).constData(), QFile::encodeName(real).constData()) != 0)
         fail(QStringLiteral("%1: %2").arg(target, systemError()));

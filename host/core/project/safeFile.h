@@ -15,6 +15,13 @@ MERIDOR_EXPORT void requireReadable(const QString &path);
 /// false, or if its directory does not exist. Devices and pipes may always be written.
 MERIDOR_EXPORT void requireWritable(const QString &target, bool overwrite);
 
+/// Raises a Failure if the target is a file that the user may not write, or that nobody may write:
+/// renaming replaces a file whatever its own rights are, also for the system's administrator.
+MERIDOR_EXPORT void refuseProtected(const QString &target);
+/// Raises a Failure if a value of the loaded project could not be read, because what was made since
+/// then may lack values. For use before a complete output replaces its target.
+MERIDOR_EXPORT void refuseUnreadable(const QString &target);
+
 /// Identifies a file and its state, to detect that it was replaced or changed.
 struct FileIdentity {
     quint64 device = 0;
@@ -40,8 +47,8 @@ MERIDOR_EXPORT QString replacedFile(const QString &target);
 
 /// Calls `write` with the name of a new empty file that has the target's directory and extension,
 /// syncs the file to the disk and renames it to the target, see replacedFile. If `write` returns
-/// false or throws, the user cancels before the file is renamed, or a write error occurs, the target
-/// is unchanged and the temporary file is removed. What is written for a device or pipe is
+/// false or throws, the user cancels before the file is renamed, the loaded project turned out to be
+/// unreadable, or a write error occurs, the target is unchanged and the temporary file is removed. What is written for a device or pipe is
 /// copied to it. Raises a Failure for a write error and a cancel.
 /// @return false if `write` returned false.
 MERIDOR_EXPORT bool replaceFile(const QString &target,
