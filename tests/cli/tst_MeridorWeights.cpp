@@ -191,7 +191,7 @@ private Q_SLOTS:
         const auto code = [this](const QStringList &words) {
             return mPlace.run(QStringList{"weights", "create", "p.vorn"} + words).code;
         };
-        QCOMPARE(code({"n", "--great-circle"}), 1); // contiguity has no distances
+        QCOMPARE(code({"n", "--great-circle"}), 2); // contiguity has no distances
         QCOMPARE(code({"n", "--method", "nearest", "--weights", "border"}), 1);
         QCOMPARE(code({"n", "--weights", "inverse"}), 1);
         QCOMPARE(code({"queen"}), 1); // in use
@@ -292,6 +292,26 @@ private Q_SLOTS:
                 0);
         QCOMPARE(mPlace.run({"moran", "p.vorn", "id", "queen"}).code, 1);
         QCOMPARE(mPlace.run({"moran", "p.vorn", "v", "queen", "--at", "1900"}).code, 1);
+    }
+
+    void moranOfStaticValuesFollowsTheShapes()
+    {
+        const Workplace place;
+        place.file("map.geojson", row());
+        place.file("t.csv", "id,from,s\na,2000,1\nb,2000,3\nc,2000,5\nd,2001,7\n");
+        place.run({"import", "map.geojson", "p.vorn", "--key", "id", "--table", "t.csv", "--start",
+                   "from"});
+        place.run({"weights", "create", "p.vorn", "queen"});
+        const Outcome all = place.run({"moran", "p.vorn", "s", "queen", "--save", "m", "--json"});
+        QVERIFY2(all.code == 0, qPrintable(all.err));
+        QCOMPARE(all.at("times").toArray().size(), 2);
+        QCOMPARE(all.at("times/0/objects").toInt(), 3);
+        QVERIFY(qAbs(all.at("times/1/I").toDouble() - 0.4) < 1e-12);
+        const Outcome one =
+            place.run({"moran", "p.vorn", "s", "queen", "--at", "2001", "--json", "--seed", "1"});
+        QCOMPARE(one.at("times/0/time").toString(), QString("2001"));
+        QCOMPARE(one.at("times/0/I").toDouble(), all.at("times/1/I").toDouble());
+        QCOMPARE(place.run({"stats", "p.vorn", "m I", "--json"}).at("overall/count").toInt(), 7);
     }
 
     /// N. Cressie (1993), Statistics for Spatial Data, and spdep on the same maps.

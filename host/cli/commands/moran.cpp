@@ -11,6 +11,7 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
 
 namespace meridor {
 namespace {
@@ -161,7 +162,7 @@ QJsonArray compute(const Options &options, MoranPlan plan, const Console &consol
                  .arg(options.set, geographyName(plan.weightSet >> 16), options.dataset,
                       geographyName(geography)));
     plan.realization = realizationIndex(plan.dataset, options.realization);
-    plan.times = dataTimesAt(plan.dataset, options.at, plan.realization);
+    plan.times = shapeTimesAt(plan.dataset, options.at, plan.realization);
     plan.islands = options.islands == QLatin1String("drop") ? Islands::Drop : Islands::Keep;
     QVector<MoranAt> found;
     {
@@ -171,7 +172,8 @@ QJsonArray compute(const Options &options, MoranPlan plan, const Console &consol
     if (!options.save.isEmpty())
         storeMoran(plan, found, options.save);
     const TimeAxis axis = axisOf(geography);
-    const bool always = datasetOf(plan.dataset)->IsStatic();
+    const bool always =
+        datasetOf(plan.dataset)->IsStatic() && VORN_GetGeographyProperties(geography).isStatic;
     const QStringList keys = objectKeys(geography);
     tellIslands(found, keys, console);
     const QStringList names = plan.local ? objectNames(geography) : QStringList();

@@ -94,7 +94,7 @@ Plot makeMoran(int dataset, const Options &options, PictureTexts &texts)
 {
     const qint64 time = timeOf(dataset, options.at);
     const auto times =
-        dataTimesAt(dataset, options.at.isEmpty() ? QStringList() : QStringList{options.at});
+        shapeTimesAt(dataset, options.at.isEmpty() ? QStringList() : QStringList{options.at});
     texts = {QStringLiteral("Moran scatter of %1").arg(datasetName(dataset)),
              timeText(dataset, options.at),
              {}};

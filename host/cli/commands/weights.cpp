@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The verbs "weights create", "list", "show" and "remove".
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
@@ -21,6 +22,7 @@ struct Options {
     QStringList sets;
     QStringList at;
     WeightSetPlan plan;
+    QVector<QPair<const char *, Setting>> settings; ///< that only some methods and weights have
 };
 
 void print(const QJsonObject &set, const Console &console)
@@ -59,8 +61,31 @@ void print(const QJsonObject &set, const Console &console)
         table.print(console);
 }
 
+/// Options without meaning for the method or the weights are wrong usage.
+void refuseUnused(const Options &options)
+{
+    const QString &method = options.plan.method;
+    const bool byBorder = method == QLatin1String("queen") || method == QLatin1String("rook");
+    const bool inverse = options.plan.weights == QLatin1String("inverse");
+    const QHash<QString, bool> used{{QStringLiteral("order"), byBorder},
+                                    {QStringLiteral("count"), method == QLatin1String("nearest")},
+                                    {QStringLiteral("range"), method == QLatin1String("range")},
+                                    {QStringLiteral("great-circle"), !byBorder},
+                                    {QStringLiteral("numerator"), inverse},
+                                    {QStringLiteral("power"), inverse}};
+    for (const auto &[name, setting] : options.settings) {
+        const bool ofWeights = qstrcmp(name, "numerator") == 0 || qstrcmp(name, "power") == 0;
+        if (setting.isGiven() && !used[QLatin1String(name)])
+            failUsage(QStringLiteral("--%1 does not apply to --%2 %3")
+                          .arg(QLatin1String(name),
+                               ofWeights ? QStringLiteral("weights") : QStringLiteral("method"),
+                               ofWeights ? options.plan.weights : method));
+    }
+}
+
 void create(const Options &options, const Context &context)
 {
+    refuseUnused(options);
     QJsonObject result;
     editProject(options.target, context, [&](Session &) {
         const int geography = findGeography(options.geography);
@@ -132,8 +157,13 @@ void remove(const Options &options, const Context &context)
                 .arg(options.target.file(), options.sets.join(QStringLiteral(", "))));
 }
 
-void addMethod(const Command &command, WeightSetPlan &plan)
+void addMethod(const Command &command, Options &options)
 {
+    WeightSetPlan &plan = options.plan;
+    const auto limited = [&options](const char *name, const Setting &setting) {
+        options.settings.append({name, setting});
+        return setting;
+    };
     plan.method = QStringLiteral("queen");
     plan.weights = QStringLiteral("row");
     command
@@ -142,23 +172,26 @@ void addMethod(const Command &command, WeightSetPlan &plan)
               "centroids) or range (also grids)")
         .shown("queen")
         .oneOf({"queen", "rook", "nearest", "range"});
-    command.number("--order", plan.order, "Steps of contiguity between polygons")
+    limited("order", command.number("--order", plan.order, "Steps of contiguity between polygons"))
         .shown()
         .range(1, 1000);
-    command.number("--count", plan.count, "Number of nearest neighbours; more if there are ties")
+    limited("count", command.number("--count", plan.count,
+                                    "Number of nearest neighbours; more if there are ties"))
         .shown()
         .range(1, 1000000);
-    command.number("--range", plan.range,
-                   "Distance, in map units; in kilometres with --great-circle");
-    command.flag("--great-circle", plan.greatCircle,
-                 "Kilometres along geodesics, for maps in degrees");
+    limited("range", command.number("--range", plan.range,
+                                    "Distance, in map units; in kilometres with --great-circle"));
+    limited("great-circle", command.flag("--great-circle", plan.greatCircle,
+                                         "Kilometres along geodesics, for maps in degrees"));
     command
         .text("--weights", plan.weights,
               "constant, row (sum to 1), rank or inverse (of distances), border or border-share")
         .shown("row")
         .oneOf({"constant", "row", "rank", "inverse", "border", "border-share"});
-    command.number("--numerator", plan.numerator, "Numerator of inverse distances").shown();
-    command.number("--power", plan.power, "Power of inverse distances").shown();
+    limited("numerator",
+            command.number("--numerator", plan.numerator, "Numerator of inverse distances"))
+        .shown();
+    limited("power", command.number("--power", plan.power, "Power of inverse distances")).shown();
     command.flag("--ego", plan.includeEgo, "Make each object a neighbour of itself");
     command.text("--information", plan.information, "Description of the set");
 }
@@ -183,7 +216,7 @@ void addCreate(const Command &weights, Context &context)
         addVerb(weights, "create", "Define who is whose neighbour", options, context, &create);
     command.text("NAME", options->plan.name, "The set's name").required();
     command.text("--geography", options->geography, "The geography, if there are several");
-    addMethod(command, options->plan);
+    addMethod(command, *options);
     command.texts("--at", options->at, "Calculate and store the lists of this time; repeatable");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor weights create income.vorn queen --method queen --at 2009");

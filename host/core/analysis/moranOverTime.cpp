@@ -224,7 +224,7 @@ int store(const MoranPlan &plan, const QVector<MoranAt> &results, const QString 
     const int id = VORN_NewVectorDataset(geography, name, TimeSlice, type, 1, props.path);
     if (id < 0)
         fail(QStringLiteral("dataset %1 could not be made").arg(name));
-    if (props.isStatic)
+    if (props.isStatic && VORN_GetGeographyProperties(geography).isStatic)
         datasetOf(id)->SetStatic(true);
     for (const MoranAt &result : results) {
         QVector<T> values(objects);
