@@ -6,9 +6,15 @@
 #include <ogr_srs_api.h>
 #include "core/formats/cellTypes.h"
 #include "core/formats/gdalFile.h"
+#include "core/project/cancel.h"
 #include "core/project/failure.h"
 
 namespace meridor {
+namespace {
+
+constexpr int kTextsAtOnce = 1024; ///< between two questions whether the user cancelled
+
+} // namespace
 
 CubeOutput::CubeOutput(const QString &path, const QString &target, bool isZarr)
     : mTarget(target), mIsZarr(isZarr)
@@ -182,7 +188,27 @@ void CubeOutput::writeTexts(const GdalArray &array, const QVector<qint64> &start
     for (const QByteArray &text : qAsConst(bytes))
         pointers.append(text.constData());
     const GdalCellType type(GDALExtendedDataTypeCreateString(0));
-    write(array, start, count, type.get(), pointers.constData(), sizeof(const char *));
+    if (isZarr()) {
+        write(array, start, count, type.get(), pointers.constData(), sizeof(const char *));
+        return;
+    }
+    // HDF5 clears a buffer of a megabyte for every text that it writes, and a text that was never
+    // written is read as empty, so only runs of others are written.
+    for (int first = 0; first < texts.size();) {
+        int end = first;
+        while (end < texts.size() && end - first < kTextsAtOnce && !texts[end].isEmpty())
+            ++end;
+        if (end > first) {
+            stopIfCancelled();
+            QVector<qint64> from = start;
+            QVector<qint64> size = count;
+            from.last() += first;
+            size.last() = end - first;
+            write(array, from, size, type.get(), pointers.constData() + first,
+                  sizeof(const char *));
+        }
+        first = end > first ? end : first + 1;
+    }
 }
 
 void CubeOutput::close()

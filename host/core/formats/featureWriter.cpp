@@ -197,12 +197,28 @@ public:
     {
         if (mBatches && GDALDatasetCommitTransaction(mFile) != OGRERR_NONE)
             failWriting();
+        if (mBatches && mType != wkbNone)
+            addIndex();
         GDALFlushCache(mFile);
         if (CPLGetLastErrorType() >= CE_Failure)
             failWriting();
     }
 
 private:
+    /// Indexes the shapes of a GeoPackage. GDAL would do so when the file is closed, also one that
+    /// a cancel leaves incomplete, for which the user would wait.
+    void addIndex()
+    {
+        stopIfCancelled();
+        const auto quoted = [](QByteArray name) -> QByteArray {
+            return '\'' + name.replace("'", "''") + '\'';
+        };
+        const QByteArray sql = "SELECT CreateSpatialIndex(" + quoted(mTarget.layer.toUtf8()) + ", "
+                               + quoted(OGR_L_GetGeometryColumn(mLayer)) + ')';
+        if (OGRLayerH result = GDALDatasetExecuteSQL(mFile, sql.constData(), nullptr, nullptr))
+            GDALDatasetReleaseResultSet(mFile, result);
+    }
+
     [[noreturn]] void failWriting() const
     {
         stopIfCancelled();
@@ -234,6 +250,7 @@ private:
         case FeatureFormat::GeoPackage:
             add("FID", freeName(QStringLiteral("fid"), columns));
             add("GEOMETRY_NAME", freeName(QStringLiteral("geom"), columns));
+            add("SPATIAL_INDEX", "NO"); // see addIndex
             break;
         case FeatureFormat::Database:
             add("FID", freeName(QStringLiteral("fid"), columns));
