@@ -65,8 +65,8 @@ QStringList existence(int id)
              geography->GetFennims()->GetChainById(chainId)->GetObservations())
             text +=
                 QStringLiteral("%1 %2 %3;")
-                    .arg(exactNumber(observation.first.start), exactNumber(observation.first.end))
-                    .arg(observation.first.flags);
+                    .arg(exactNumber(observation.first.start), exactNumber(observation.first.end),
+                         QString::number(observation.first.flags));
         texts.append(text);
     }
     return texts;

@@ -89,8 +89,8 @@ QString describeMethod(const AdjacencySet &set)
     switch (set.NeighborType()) {
     case PolygonNeighbors:
         return QStringLiteral("%1 neighbours to order %2")
-            .arg(set.QueenNeighbor() ? QStringLiteral("queen") : QStringLiteral("rook"))
-            .arg(set.RingCount());
+            .arg(set.QueenNeighbor() ? QStringLiteral("queen") : QStringLiteral("rook"),
+                 QString::number(set.RingCount()));
     case NearestNeighbors:
         return QStringLiteral("nearest %1").arg(set.NeighborCount());
     case RangeNeighbors:

@@ -173,8 +173,7 @@ CellRule cellRule(const CubeFile &cube, const CubeVariable &variable, const Cube
             if (!rule.hasFill)
                 fail(QStringLiteral("%1: the no-data value %2 fits no cell of %3 bits; another "
                                     "value can be given, or none")
-                         .arg(where, options.noData)
-                         .arg(rule.rawBits),
+                         .arg(where, options.noData, QString::number(rule.rawBits)),
                      "no-data");
         }
         rule.missing = MissingFlag(missingCell<decltype(raw), decltype(cell)>(rule));

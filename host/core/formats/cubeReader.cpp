@@ -174,8 +174,7 @@ Side CubeReader::File::sideOf(const CubeVariable &of, int position) const
             && (spacing == 0 || std::abs(places.first() + i * spacing - places[i]) > slack))
             fail(QStringLiteral("%1: its places are not evenly spaced (%2 is place %3); warp it to "
                                 "a regular grid first")
-                     .arg(what, exactNumber(places[i]))
-                     .arg(i + 1));
+                     .arg(what, exactNumber(places[i]), QString::number(i + 1)));
     side.isDescending = spacing < 0;
     side.step = std::abs(spacing);
     const QVector<double> bounds = cube->bounds(line);
@@ -347,9 +346,7 @@ void CubeReader::File::addGrids(int index, int times, QVector<CubeGrid> &grids) 
     if (count + static_cast<quint64>(grids.size()) > kMostDatasets)
         fail(QStringLiteral("%1: its dimensions would become %2 datasets; at most %3 are read, and "
                             "one dimension can become realizations")
-                 .arg(where(of))
-                 .arg(count)
-                 .arg(kMostDatasets),
+                 .arg(where(of), QString::number(count), QString::number(kMostDatasets)),
              "realizations");
     for (quint64 number = 0; number < count; ++number) {
         grid.name = of.name;
@@ -410,9 +407,7 @@ CubeReader::CubeReader(const QString &path, const CubeOptions &options)
         const qint64 bytes = qint64(mColumns) * qMax(rule.bits, rule.rawBits) / 8;
         if (mRows > std::numeric_limits<int>::max() / mColumns || bytes > kMostGridBytes / mRows)
             fail(QStringLiteral("%1: %2 by %3 cells are more than a grid can hold")
-                     .arg(file.where(of))
-                     .arg(mColumns)
-                     .arg(mRows));
+                     .arg(file.where(of), QString::number(mColumns), QString::number(mRows)));
         if (options.packed && (rule.scale != 1 || rule.offset != 0))
             mNotes.append(
                 QStringLiteral("%1: cells stay as they are stored; a value is cell * %2 + %3")
@@ -486,10 +481,8 @@ MissingFlag CubeReader::read(const CubeGrid &grid, int realization, int time, in
                              type.get(), raw.data(), raw.data(), raw.size())
             || CPLGetLastErrorType() >= CE_Failure)
             fail(QStringLiteral("%1: broken at time %2, row %3%4")
-                     .arg(file.where(of))
-                     .arg(time + 1)
-                     .arg(row + 1)
-                     .arg(QuietGdal::complaint()));
+                     .arg(file.where(of), QString::number(time + 1), QString::number(row + 1),
+                          QuietGdal::complaint()));
         std::vector<qint64> steps(size, 1);
         for (size_t i = size - 1; i-- > 0;)
             steps[i] = steps[i + 1] * static_cast<qint64>(counts[i + 1]);

@@ -49,7 +49,7 @@ int DelimitedFile::percent() const
 void DelimitedFile::failAt(const QString &text) const
 {
     fail(mRow == 0 ? QStringLiteral("%1, heading: %2").arg(mShown, text)
-                   : QStringLiteral("%1, row %2: %3").arg(mShown).arg(mRow).arg(text));
+                   : QStringLiteral("%1, row %2: %3").arg(mShown, QString::number(mRow), text));
 }
 
 /// Reads a block behind the bytes of the present record; false at the end of the file.

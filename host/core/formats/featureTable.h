@@ -119,13 +119,13 @@ inline QString place(const FeatureTable &table, const Column &column, int row)
 {
     const bool joined = !column.file.isEmpty();
     return QStringLiteral("%1, field %2, row %3")
-        .arg(joined ? column.file : table.file, column.name)
-        .arg((joined ? column.fileRow[row] : row) + 1);
+        .arg(joined ? column.file : table.file, column.name,
+             QString::number((joined ? column.fileRow[row] : row) + 1));
 }
 
 inline QString place(const FeatureTable &table, int row)
 {
-    return QStringLiteral("%1, row %2").arg(table.file).arg(row + 1);
+    return QStringLiteral("%1, row %2").arg(table.file, QString::number(row + 1));
 }
 
 } // namespace meridor

@@ -119,20 +119,15 @@ void FieldWidths::tell(const std::function<void(const QString &)> &note) const
             cutNames.append(QStringLiteral("%1 (%2)").arg(mNames[i], mColumns[i].name));
         if (field.longTexts > 0)
             note(QStringLiteral("%1: %2 texts of %3 are cut to %4 bytes")
-                     .arg(mTarget)
-                     .arg(field.longTexts)
-                     .arg(mColumns[i].name)
-                     .arg(kTextBytes));
+                     .arg(mTarget, QString::number(field.longTexts), mColumns[i].name,
+                          QString::number(kTextBytes)));
         if (mColumns[i].kind == CellKind::Decimal && field.decimals > decimalsThatFit(field))
             note(QStringLiteral("%1: the numbers of %2 are rounded to %3 decimals")
-                     .arg(mTarget, mColumns[i].name)
-                     .arg(decimalsThatFit(field)));
+                     .arg(mTarget, mColumns[i].name, QString::number(decimalsThatFit(field))));
     }
     if (!cutNames.isEmpty())
         note(QStringLiteral("%1: names of fields are cut to %2 bytes: %3")
-                 .arg(mTarget)
-                 .arg(kNameBytes)
-                 .arg(someOf(cutNames)));
+                 .arg(mTarget, QString::number(kNameBytes), someOf(cutNames)));
 }
 
 } // namespace meridor

@@ -168,9 +168,7 @@ private:
     {
         if (CPLGetLastErrorType() >= CE_Failure)
             fail(QStringLiteral("%1: broken behind row %2%3")
-                     .arg(mTable.file)
-                     .arg(mTable.rows)
-                     .arg(QuietGdal::complaint()));
+                     .arg(mTable.file, QString::number(mTable.rows), QuietGdal::complaint()));
     }
 
     void ignoreUnused(OGRFeatureDefnH definition)
@@ -274,9 +272,8 @@ private:
                                       fields.end(), [](auto field) { return !field.empty(); });
         if (fields.size() < wanted || more)
             fail(QStringLiteral("%1: %2 fields, but %3 in the heading")
-                     .arg(place(mTable, mTable.rows))
-                     .arg(fields.size())
-                     .arg(wanted));
+                     .arg(place(mTable, mTable.rows), QString::number(fields.size()),
+                          QString::number(wanted)));
     }
 
     void takeText(std::string_view text)
@@ -290,8 +287,7 @@ private:
         const std::unique_ptr<void, FreeShape> owned(geometry);
         if (result != OGRERR_NONE || !geometry)
             fail(QStringLiteral("%1, field WKT, row %2: no shape")
-                     .arg(mTable.file)
-                     .arg(mTable.rows + 1));
+                     .arg(mTable.file, QString::number(mTable.rows + 1)));
         takeShape(mTable, geometry);
     }
 

@@ -114,8 +114,7 @@ QVector<QPointF> vertices(const FeatureTable &table, OGRGeometryH part)
     for (int i = 0; i < count; ++i)
         if (!std::isfinite(points[i].x()) || !std::isfinite(points[i].y()))
             fail(QStringLiteral("%1: vertex %2 is not finite")
-                     .arg(place(table, table.rows))
-                     .arg(i + 1));
+                     .arg(place(table, table.rows), QString::number(i + 1)));
     return points;
 }
 
@@ -167,8 +166,7 @@ void takeShape(FeatureTable &table, OGRGeometryH geometry)
     if (kind == ShapeKind::Points && parts.size() > 1)
         fail(QStringLiteral(
                  "%1: %2 points in one object; an object of a point geography is one place")
-                 .arg(place(table, table.rows))
-                 .arg(parts.size()));
+                 .arg(place(table, table.rows), QString::number(parts.size())));
     table.shapes->append(parts);
 }
 

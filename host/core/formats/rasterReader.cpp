@@ -204,7 +204,7 @@ void RasterReader::place(const QString &projection)
 void RasterReader::describe(int index, const QString &noData)
 {
     GDALRasterBandH handle = bandOf(mFile, index);
-    const QString where = QStringLiteral("%1, band %2").arg(mPath).arg(index + 1);
+    const QString where = QStringLiteral("%1, band %2").arg(mPath, QString::number(index + 1));
     RasterBand band;
     band.name = QString::fromUtf8(GDALGetDescription(handle));
     band.unit = QString::fromUtf8(GDALGetRasterUnitType(handle));
@@ -223,16 +223,13 @@ void RasterReader::describe(int index, const QString &noData)
     const qint64 bytes = qint64(mColumns) * band.bits / 8;
     if (mRows > std::numeric_limits<int>::max() / mColumns || bytes > kMostGridBytes / mRows)
         fail(QStringLiteral("%1: %2 by %3 cells are more than a grid can hold")
-                 .arg(where)
-                 .arg(mColumns)
-                 .arg(mRows));
+                 .arg(where, QString::number(mColumns), QString::number(mRows)));
     const QString missing = noData.isEmpty() ? noDataOf(handle) : noData;
     if (!setMissing(band, missing))
         fail(
             QStringLiteral("%1: the no-data value %2 fits no cell of %3 bits; another value can be "
                            "given, or none")
-                .arg(where, missing)
-                .arg(band.bits),
+                .arg(where, missing, QString::number(band.bits)),
             "no-data");
     int has = 0;
     const double scale = GDALGetRasterScale(handle, &has);
@@ -296,10 +293,8 @@ void RasterReader::readRows(int band, int count, int row, int rows, char *cells)
             != CE_None
         || CPLGetLastErrorType() >= CE_Failure)
         fail(QStringLiteral("%1, band %2: broken at row %3%4")
-                 .arg(mPath)
-                 .arg(band + 1)
-                 .arg(row + 1)
-                 .arg(QuietGdal::complaint()));
+                 .arg(mPath, QString::number(band + 1), QString::number(row + 1),
+                      QuietGdal::complaint()));
     if (floats.empty())
         return;
     const int top = mIsSouthUp ? mRows - row - rows : row;

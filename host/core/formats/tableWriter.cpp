@@ -59,10 +59,8 @@ void TableWriter::startRows()
         const QString &name = mTable.columns[i].name;
         if (numbers.contains(name))
             fail(QStringLiteral("%1: fields %2 and %3 have the same name, %4")
-                     .arg(mTable.file)
-                     .arg(numbers[name] + 1)
-                     .arg(i + 1)
-                     .arg(name));
+                     .arg(mTable.file, QString::number(numbers[name] + 1), QString::number(i + 1),
+                          name));
         numbers.insert(name, i);
     }
     mX = requireCoordinate(mOptions.xColumn);

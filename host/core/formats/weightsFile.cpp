@@ -70,7 +70,7 @@ public:
 
     [[noreturn]] void fail(const QString &what) const
     {
-        meridor::fail(QStringLiteral("%1, line %2: %3").arg(mName).arg(mNumber).arg(what));
+        meridor::fail(QStringLiteral("%1, line %2: %3").arg(mName, QString::number(mNumber), what));
     }
 
 private:
@@ -162,8 +162,8 @@ double weightOf(const Lines &lines, const QString &text)
     // represent.
     if (std::abs(*weight) > static_cast<double>(std::numeric_limits<float>::max()))
         lines.fail(QStringLiteral("the weight %1 is beyond %2")
-                       .arg(text)
-                       .arg(static_cast<double>(std::numeric_limits<float>::max())));
+                       .arg(text, QString::number(
+                                      static_cast<double>(std::numeric_limits<float>::max()))));
     return *weight;
 }
 

@@ -157,9 +157,7 @@ void requireWholeFile(const QString &path, void *dataset)
         const QFile file(name);
         if (end > 0 && file.exists() && file.size() < end)
             fail(QStringLiteral("%1: ends after %2 of at least %3 bytes; it is incomplete")
-                     .arg(name)
-                     .arg(file.size())
-                     .arg(end));
+                     .arg(name, QString::number(file.size()), QString::number(end)));
     };
     for (const bool isDatabase : {false, true}) {
         QFile file(path);

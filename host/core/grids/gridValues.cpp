@@ -89,8 +89,7 @@ QVector<double> numbersOf(const QString &text, int count, const QString &option)
     }
     if (numbers.size() != count || text.count(QLatin1Char(',')) != count - 1)
         failUsage(QStringLiteral("%1 %2: not %3 numbers separated by commas")
-                      .arg(option, text)
-                      .arg(count));
+                      .arg(option, text, QString::number(count)));
     return numbers;
 }
 

@@ -14,9 +14,7 @@ QString inIso(const QString &text, const ImportOptions &options, int band)
     const QString result = isoTime(text, options.timePattern);
     if (result.isNull())
         fail(QStringLiteral("%1, band %2: \"%3\" does not fit %4")
-                 .arg(options.map)
-                 .arg(band + 1)
-                 .arg(text, options.timePattern));
+                 .arg(options.map, QString::number(band + 1), text, options.timePattern));
     return result;
 }
 
@@ -24,7 +22,8 @@ QString item(const RasterReader &reader, const ImportOptions &options, int band,
 {
     const auto &items = reader.bands()[band].items;
     if (!items.contains(key))
-        fail(QStringLiteral("%1, band %2: has no item %3").arg(options.map).arg(band + 1).arg(key));
+        fail(QStringLiteral("%1, band %2: has no item %3")
+                 .arg(options.map, QString::number(band + 1), key));
     return inIso(items.value(key), options, band);
 }
 
@@ -70,9 +69,7 @@ void partSpans(QVector<Interval> &spans, const TimeAxis &axis, bool untilNext, c
             first.inclusiveEnd = false;
         } else if (!axis.giveWay(first, second)) {
             fail(QStringLiteral("%1 %2 and %3 hold at one time")
-                     .arg(what)
-                     .arg(order[i - 1] + 1)
-                     .arg(order[i] + 1));
+                     .arg(what, QString::number(order[i - 1] + 1), QString::number(order[i] + 1)));
         }
     }
 }
@@ -108,9 +105,8 @@ BandTimes bandTimes(const RasterReader &reader, const ImportOptions &options)
             ends.isEmpty() ? axis.span(starts[band]) : axis.span(starts[band], ends[band]);
         if (!span)
             fail(QStringLiteral("%1, band %2: \"%3\" is no %4")
-                     .arg(options.map)
-                     .arg(band + 1)
-                     .arg(starts[band] + (ends.isEmpty() ? QString() : QString('/' + ends[band])),
+                     .arg(options.map, QString::number(band + 1),
+                          starts[band] + (ends.isEmpty() ? QString() : QString('/' + ends[band])),
                           QLatin1String(timeFormatName(times.format))));
         times.of.append(*span);
     }

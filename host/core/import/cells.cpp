@@ -48,9 +48,8 @@ void tellWhyText(const CellColumn &column, const CellKinds &kinds, const Notes &
     else if (kinds.firstText >= 0 && kinds.numbers > kinds.texts)
         notes.note(
             QStringLiteral("%1: \"%2\" makes the field text; %3 of its %4 values are numbers")
-                .arg(column.place(kinds.firstText), column.cells().text(kinds.firstText))
-                .arg(kinds.numbers)
-                .arg(kinds.numbers + kinds.texts));
+                .arg(column.place(kinds.firstText), column.cells().text(kinds.firstText),
+                     QString::number(kinds.numbers), QString::number(kinds.numbers + kinds.texts)));
 }
 
 } // namespace

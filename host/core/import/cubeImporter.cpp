@@ -105,8 +105,7 @@ private:
         const Interval when = grid.times < 0 ? mTimes.hull : mTimes.of[grid.times][time];
         if (!dataset.AddRasterValues(realization, TimeStamp(when), band, true, false))
             fail(QStringLiteral("%1, variable %2: the grid of place %3 could not be kept")
-                     .arg(mOptions.map, grid.name)
-                     .arg(time + 1));
+                     .arg(mOptions.map, grid.name, QString::number(time + 1)));
     }
 
     const ImportOptions &mOptions;

@@ -78,11 +78,10 @@ public:
         for (int i = 0; i < times.count; ++i) {
             const double value = times.values.isEmpty() ? i + 1 : times.values[i];
             if (!(std::abs(value) < 1e15) || value != std::trunc(value))
-                fail(QStringLiteral("%1: %2 (place %3) is no whole number, and its unit \"%4\" "
-                                    "names no moment")
-                         .arg(where(times), exactNumber(value))
-                         .arg(i + 1)
-                         .arg(times.unit));
+                fail(
+                    QStringLiteral("%1: %2 (place %3) is no whole number, and its unit \"%4\" "
+                                   "names no moment")
+                        .arg(where(times), exactNumber(value), QString::number(i + 1), times.unit));
             const auto time = static_cast<qint64>(value);
             spans.append(Interval{time, time, true, true});
         }
@@ -94,9 +93,9 @@ private:
     {
         const auto seconds = calendar.secondsSince1970(value);
         if (!seconds)
-            fail(QStringLiteral("%1: %2 %3 (place %4) is no time of the years 1 to 9999")
-                     .arg(where(times), exactNumber(value), times.unit)
-                     .arg(place + 1));
+            fail(
+                QStringLiteral("%1: %2 %3 (place %4) is no time of the years 1 to 9999")
+                    .arg(where(times), exactNumber(value), times.unit, QString::number(place + 1)));
         return *seconds;
     }
 

@@ -237,8 +237,7 @@ private:
             if (found >= 0 && !cells.same(found, row))
                 fail(QStringLiteral("%1: object %2 has %3 here and %4 in row %5")
                          .arg(column.place(row), mPlan.objects.key(object), cells.text(row),
-                              cells.text(found))
-                         .arg(found + 1));
+                              cells.text(found), QString::number(found + 1)));
             found = row;
         }
         return found;

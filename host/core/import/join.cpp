@@ -16,8 +16,7 @@ KeyIndex rowsByKey(const FeatureTable &table, const Column &keys)
             fail(QStringLiteral("%1: no key").arg(place(table, keys, row)));
         if (const int first = rows.add(row); first != row)
             fail(QStringLiteral("%1: key %2 stands in row %3 already")
-                     .arg(place(table, keys, row), keys.text(row))
-                     .arg(first + 1));
+                     .arg(place(table, keys, row), keys.text(row), QString::number(first + 1)));
     }
     return rows;
 }

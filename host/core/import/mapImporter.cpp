@@ -21,20 +21,17 @@ void tell(const ImportPlan &plan, const ImportReport &report, const Notes &notes
     for (const Unmatched &keys : report.unmatched) {
         if (!keys.tableKeys.isEmpty())
             notes.note(QStringLiteral("%1: %2 keys that no object has: %3")
-                           .arg(keys.table)
-                           .arg(keys.tableKeys.size())
-                           .arg(someOf(keys.tableKeys)));
+                           .arg(keys.table, QString::number(keys.tableKeys.size()),
+                                someOf(keys.tableKeys)));
         if (!keys.objectKeys.isEmpty())
             notes.note(QStringLiteral("%1: %2 objects without a row, their values are missing: %3")
-                           .arg(keys.table)
-                           .arg(keys.objectKeys.size())
-                           .arg(someOf(keys.objectKeys)));
+                           .arg(keys.table, QString::number(keys.objectKeys.size()),
+                                someOf(keys.objectKeys)));
     }
     if (!report.withoutShape.isEmpty())
         notes.note(QStringLiteral("%1: %2 objects without a shape, they exist at no time: %3")
-                       .arg(plan.map.file)
-                       .arg(report.withoutShape.size())
-                       .arg(someOf(report.withoutShape)));
+                       .arg(plan.map.file, QString::number(report.withoutShape.size()),
+                            someOf(report.withoutShape)));
     if (report.nearVertices.count == 0)
         return;
     const QString distance = exactNumber(report.nearVertices.distance);

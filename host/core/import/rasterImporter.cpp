@@ -98,8 +98,7 @@ private:
                 || band.missing.type != first.missing.type || band.colors != first.colors)
                 fail(QStringLiteral("%1, band %2: is of another type or has another no-data value "
                                     "than band 1; times of one dataset are alike")
-                         .arg(mOptions.map)
-                         .arg(i + 1));
+                         .arg(mOptions.map, QString::number(i + 1)));
         }
         const int id =
             createDataset(mOptions.dataset.isEmpty() ? baseName() : mOptions.dataset, first);
@@ -190,8 +189,7 @@ private:
         const Interval when = mTimes.of.isEmpty() ? mTimes.hull : mTimes.of[index];
         if (!dataset.AddRasterValues(0, TimeStamp(when), grid, true, false))
             fail(QStringLiteral("%1, band %2: the grid could not be kept")
-                     .arg(mOptions.map)
-                     .arg(index + 1));
+                     .arg(mOptions.map, QString::number(index + 1)));
     }
 
     /// Replaces NaN by the file's no-data value, or by missingNumber() if it has none.
@@ -215,8 +213,7 @@ private:
     {
         if (mNotNumbers > 0)
             mNotes.note(QStringLiteral("%1: %2 cells that are no number are missing")
-                            .arg(datasetName(id))
-                            .arg(mNotNumbers));
+                            .arg(datasetName(id), QString::number(mNotNumbers)));
         mNotNumbers = 0;
         finishGridDataset(id, qint64(mReader.columns()) * mReader.rows()
                                   * qMax(1, dataTimes(id).size()));

@@ -228,10 +228,8 @@ private:
     {
         fail(QStringLiteral("%1, rows %2 and %3: object %4 has two shapes at one time; "
                             "fields of start and end tell when each holds")
-                 .arg(mPlan.map.file)
-                 .arg(qMin(earlier, later) + 1)
-                 .arg(qMax(earlier, later) + 1)
-                 .arg(mPlan.objects.key(object)),
+                 .arg(mPlan.map.file, QString::number(qMin(earlier, later) + 1),
+                      QString::number(qMax(earlier, later) + 1), mPlan.objects.key(object)),
              "start");
     }
 

@@ -41,9 +41,7 @@ FileLock::FileLock(const QString &file) : mName(lockName(file)), mLock(mName)
     if (process == 0)
         fail(QStringLiteral("%1: another process is changing it (%2)").arg(file, mName));
     fail(QStringLiteral("%1: %2 is changing it (process %3 on %4); nothing is changed")
-             .arg(file, program)
-             .arg(process)
-             .arg(machine));
+             .arg(file, program, QString::number(process), machine));
 }
 
 FileLock::~FileLock() = default;
