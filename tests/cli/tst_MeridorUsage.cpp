@@ -151,7 +151,39 @@ private Q_SLOTS:
         check({"select", "p.vorn", "v", "--min", "5", "--max", "1"}, "ends before it starts");
         check({"export", "p.vorn", "v.csv", "--from", "2001", "--to", "2000"}, "before the first");
         check({"moran", "p.vorn", "v", "w", "--output", "q.vorn"}, "--save");
+        check({"weights", "create", "p.vorn", "x", "--range", "5"}, "--range does not apply");
+        check({"weights", "create", "p.vorn", "x", "--method", "nearest", "--order", "2"},
+              "--order does not apply to --method nearest");
+        check({"weights", "create", "p.vorn", "x", "--power", "2"}, "apply to --weights row");
+        check({"import", "map.geojson", "q.vorn", "--key", "id", "--table", "t.csv", "--series",
+               "v=v2001..v2000"},
+              "t.csv: field v2001 is behind field v2000");
+        const Outcome classes = place.run({"classes", "p.vorn", "v", "--at", "1900"});
+        QCOMPARE(classes.code, 1);
+        QVERIFY2(classes.err.contains("v holds no values at 1900"), qPrintable(classes.err));
         QCOMPARE(place.files(), (QStringList{"map.geojson", "p.vorn", "t.csv"}));
+    }
+
+    // Names may look like the places of a message.
+    void repeatsNamesLetterByLetter()
+    {
+        const Workplace place;
+        const char *const rows = "a %1 %2 b,x,y,v %2 %3,t\n"
+                                 "\"k %3 %2 %1\",1,2,3,2000\n\"k %3 %2 %1\",2,3,4,2000\n"
+                                 "l,2,3,w %2 %1,2000\n";
+        const QString file = place.file("f %1 %2.csv", rows);
+        const auto check = [&](const QStringList &options, const char *told) {
+            const InCase inCase(options);
+            const Outcome outcome = place.run(
+                QStringList{"import", file, "p.vorn", "--x", "x", "--y", "y", "--overwrite"}
+                + options);
+            QVERIFY2(outcome.err.contains(told), qPrintable(outcome.err));
+        };
+        check({"--key", "a %1 %2 b"}, "f %1 %2.csv, rows 1 and 2: object k %3 %2 %1 has");
+        check({},
+              "f %1 %2.csv, field v %2 %3, row 3: \"w %2 %1\" makes the field text; 2 of its 3");
+        check({"--type", "v %2 %3=integer"}, "f %1 %2.csv, field v %2 %3, row 3: \"w %2 %1\"");
+        check({"--start", "a %1 %2 b"}, "f %1 %2.csv, field a %1 %2 b, row 1: \"k %3 %2 %1\"");
     }
 
     void neverReplacesAFileUnasked()

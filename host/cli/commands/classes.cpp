@@ -7,6 +7,7 @@
 #include "cli/commands/pictureOptions.h"
 #include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "core/project/text.h"
 #include "core/render/classification.h"
 #include "datainterface/DataAPI.h"
@@ -106,6 +107,8 @@ void run(const Options &options, const Context &context)
     if (!options.at.isEmpty())
         times.append(chooseTime(dataset, options.at, realization));
     const Classification classes(dataset, times, rule, realization);
+    if (!times.isEmpty() && classes.entries().isEmpty())
+        fail(QStringLiteral("%1 holds no values at %2").arg(datasetName(dataset), options.at));
     const QVector<qint64> counts =
         times.isEmpty() ? countsOfAll(classes, dataset, realization)
                         : countsIn(classes, existingValuesAt(dataset, times[0], realization));

@@ -4,6 +4,7 @@
 #include <memory>
 #include "cli/commands/commands.h"
 #include "core/analysis/selection.h"
+#include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "datainterface/DataAPI.h"
 
@@ -31,16 +32,20 @@ void run(const Options &options, const Context &context)
     columns.append({QStringLiteral("value"), TextTable::Right});
     TextTable table(columns);
     for (const int object : chosenObjects(geography, options.choice)) {
+        stopIfCancelled();
         datum value;
         VORN_GetDataValue(dataset, 0, static_cast<unsigned int>(object), time, value);
-        QJsonObject entry{{QStringLiteral("object"), keys[object]},
-                          {QStringLiteral("value"), jsonValue(value)}};
-        QStringList cells{keys[object]};
-        if (!names.isEmpty()) {
-            entry.insert(QStringLiteral("name"), names[object]);
-            cells.append(names[object]);
+        if (context.console.json) {
+            QJsonObject entry{{QStringLiteral("object"), keys[object]},
+                              {QStringLiteral("value"), jsonValue(value)}};
+            if (!names.isEmpty())
+                entry.insert(QStringLiteral("name"), names[object]);
+            objects.append(entry);
+            continue;
         }
-        objects.append(entry);
+        QStringList cells{keys[object]};
+        if (!names.isEmpty())
+            cells.append(names[object]);
         table.add(cells << textOf(value));
     }
     if (context.console.json)

@@ -43,7 +43,11 @@ void addRange(const FeatureTable &table, const QString &first, const QString &la
     const int from = requireColumn(table, first);
     const int to = requireColumn(table, last);
     if (to < from)
-        fail(QStringLiteral("%1: field %2 is after field %3").arg(table.file, first, last));
+        failUsage(
+            QStringLiteral("%1: field %2 is behind field %3; write %3..%2")
+                .arg(table.columns[from].file.isEmpty() ? table.file : table.columns[from].file,
+                     first, last),
+            "series");
     for (int column = from; column <= to; ++column)
         spec.steps.append({column, timeAtEnd(table, column), QString()});
 }
