@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/GeoPointTree.h"
 #include "Common/detail/failure.h"
+#include "api/pointTreeSource.h"
+#include "api/rotation.h"
 #include "datainterface/MRasterDataSource.h"
 #include "datainterface/VORN_Progress.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
 #include "geography/centroid.h"
-#include "api/pointTreeSource.h"
-#include "api/rotation.h"
 #include "geography/shapeFrame.h"
 
 using namespace datainterface;

@@ -2,9 +2,9 @@
 #include "datainterface/PointTreeAPI.h"
 #include <map>
 #include <memory>
+#include "api/rotation.h"
 #include "api/shapeCalls.h"
 #include "fennimark/FMPolygon.h"
-#include "api/rotation.h"
 
 using namespace datainterface;
 

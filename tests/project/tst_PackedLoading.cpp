@@ -58,8 +58,8 @@ public:
                 }
             }
         }
-        grid = VORN_NewRasterDataset(addGrid(20, 30), QStringLiteral("b"), RasterIntegerType, 1,
-                                     32, QString());
+        grid = VORN_NewRasterDataset(addGrid(20, 30), QStringLiteral("b"), RasterIntegerType, 1, 32,
+                                     QString());
         QVector<int> cells(600);
         for (int i = 0; i < cells.size(); ++i)
             cells[i] = i * i;

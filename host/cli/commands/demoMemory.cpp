@@ -10,8 +10,8 @@
 #include "core/grids/gridValues.h"
 #include "core/import/rasterImporter.h"
 #include "core/project/catalog.h"
-#include "datainterface/FrameAPI.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
 #include "datainterface/StatisticsAPI.h"
 
 namespace meridor {

@@ -5,10 +5,10 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataset.h"
-#include "datainterface/FrameAPI.h"
 #include "datainterface/RasterAPI.h"
 
 namespace meridor {

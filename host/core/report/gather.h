@@ -7,12 +7,12 @@
 namespace meridor {
 
 struct ReportPlan {
-    QString project;      ///< the file of the project, whose name and size are shown
-    QString title;        ///< empty: the file's name
+    QString project; ///< the file of the project, whose name and size are shown
+    QString title;   ///< empty: the file's name
     /// DATASET or GEOGRAPHY/DATASET; empty: all. The page of a geography opens on the first one
     /// that is named.
     QStringList datasets;
-    QStringList times;    ///< times and spans of the slider; empty: all
+    QStringList times; ///< times and spans of the slider; empty: all
     /// Times of the small maps side by side of polygons that change; empty: four are chosen.
     QStringList sideMaps;
     /// In map units: bends with an area below half its square are removed. Negative: chosen by the

@@ -110,7 +110,7 @@ struct ReportGeography {
     QVector<int> existence; ///< steps at which the objects or their shapes change
     QVector<SideMap> sideMaps;
     int first = -1; ///< index of the layer that the page opens on
-    int rows = 0;           ///< of a grid: the rows shown
+    int rows = 0;   ///< of a grid: the rows shown
     int columns = 0;
     int every = 1;        ///< n if every n-th row and column is shown
     double cellRatio = 1; ///< width of a cell / height
