@@ -177,7 +177,7 @@ QRectF boundsOf(const QVector<QVector<QPointF>> &parts)
     double left = std::numeric_limits<double>::max();
     double low = left;
     double right = -left;
-    double high = -left;
+    double high = right;
     for (const QVector<QPointF> &part : parts) {
         for (const QPointF &point : part) {
             left = std::min(left, point.x());
