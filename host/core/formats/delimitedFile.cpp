@@ -57,7 +57,8 @@ bool DelimitedFile::fill()
 {
     if (mAtEnd)
         return false;
-    std::memmove(mBuffer.data(), mBuffer.data() + mBegin, mEnd - mBegin);
+    if (mBegin < mEnd) // the buffer is null before the first block
+        std::memmove(mBuffer.data(), mBuffer.data() + mBegin, mEnd - mBegin);
     mScan -= mBegin;
     mEnd -= mBegin;
     mBegin = 0;
