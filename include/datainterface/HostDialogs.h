@@ -47,3 +47,8 @@ public:
 /// progress bar is closed first. While dialogs are set, warnings go to them whatever
 /// ControllerBase::HasGUI returns.
 DATAINTERFACE_EXPORT void VORN_SetHostDialogs(HostDialogs *dialogs);
+
+/// Qt's dialogs, which the library shows while the host has set none. A host whose dialogs replace
+/// only some of them passes the other calls on. Valid until the process ends; null without a
+/// QApplication.
+DATAINTERFACE_EXPORT HostDialogs *VORN_GetQtDialogs();

@@ -100,10 +100,7 @@ HostDialogs *hostDialogs()
 
 HostDialogs *dialogs()
 {
-    static QtDialogs qtDialogs;
-    if (gHostDialogs)
-        return gHostDialogs;
-    return canShowWidgets() ? &qtDialogs : nullptr;
+    return gHostDialogs ? gHostDialogs : VORN_GetQtDialogs();
 }
 
 } // namespace datainterface
@@ -123,4 +120,10 @@ void VORN_SetHostDialogs(HostDialogs *dialogs)
 {
     VORN_Progress::Close();
     datainterface::gHostDialogs = dialogs;
+}
+
+HostDialogs *VORN_GetQtDialogs()
+{
+    static datainterface::QtDialogs qtDialogs;
+    return datainterface::canShowWidgets() ? &qtDialogs : nullptr;
 }

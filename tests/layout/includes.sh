@@ -12,6 +12,7 @@ orders='
 fennimark/src: base shape object store file points geography
 src: Common frame time numerics containers cells variograms datasets sources geography raster weights exchange project api
 host/core: project formats grids import analysis geostatistics render plot report
+host/desk: draw project models methods views dialogs window main.cpp
 host: core cli desk
 '
 # What a folder may not include although it stands before it.
@@ -59,7 +60,7 @@ foreign='
 ^geos_c\.h$ : ^fennimark/src/shape/overlay
 ^(gdal|ogr|cpl|proj)[a-z_]*\.h$ : ^host/core/formats/
 ^CLI/ : ^host/cli/
-^qwt_ : ^host/core/render/graph
+^qwt_ : ^host/(core/render/graph|desk/views/)
 ^(unsupported/)?Eigen/ : ^host/core/geostatistics/
 ^GeographicLib/ : ^host/core/analysis/distanceSets
 ^shapefil\.h$ : ^src/exchange/
@@ -83,7 +84,7 @@ function fail(text) { print at ": " text; faults++ }
 # The tree and the folder of a path: tree and folder are set, place is the folder`s number in the order, 0 for none.
 function locate(path,    parts, n) {
     n = split(path, parts, "/")
-    if (path ~ /^host\/core\//) { tree = "host/core"; folder = parts[3] }
+    if (path ~ /^host\/(core|desk)\//) { tree = parts[1] "/" parts[2]; folder = parts[3] }
     else if (path ~ /^fennimark\/src\//) { tree = "fennimark/src"; folder = parts[3] }
     else if (path ~ /^include\//) { sub(/\.h$/, "", parts[3]); tree = "src"; folder = room[parts[3]] }
     else { tree = parts[1]; folder = parts[2] }
@@ -129,15 +130,15 @@ BEGIN {
         name = header; sub(/^datainterface\//, "", name); sub(/\.h$/, "", name)
         if (myTree != "src" || !(name in room)) next
         target = "src/" room[name] "/"
-    } else if (myTree == "host/core" || myTree == "host")
+    } else if (myTree ~ /^host/)
         target = "host/" header
     else
         target = myTree "/" header
     other = locate(target)
     if (!other) next                                    # the system, a public header, another library
     if (tree != myTree) {                               # in the host: between core as a whole and the programs
-        mine = place["host", myTree == "host/core" ? "core" : myFolder]
-        other = place["host", tree == "host/core" ? "core" : folder]
+        mine = place["host", myTree == "host" ? myFolder : substr(myTree, 6)]
+        other = place["host", tree == "host" ? folder : substr(tree, 6)]
     }
     if (other > mine || forbidden[myTree "/" myFolder, folder]) {
         used[file " " header] = 1

@@ -5,12 +5,14 @@
 
 namespace meridor {
 
-ProjectHost::ProjectHost(const SessionUser &user, const QString &scratch)
-    : mUser(user), mScratch(scratch)
-{
-}
-
+ProjectHost::ProjectHost() = default;
 ProjectHost::~ProjectHost() = default;
+
+void ProjectHost::begin(const SessionUser &user, const QString &scratch)
+{
+    mUser = user;
+    mScratch = scratch;
+}
 
 const Notes &ProjectHost::notes() const
 {

@@ -12,6 +12,8 @@
 #include "core/project/progress.h"
 #include "datainterface/ControllerBase.h"
 
+class HostDialogs;
+
 namespace meridor {
 
 /// The arguments of CreateMapWindow.
@@ -42,13 +44,19 @@ struct SessionUser {
     /// Told why the scratch directory takes no more files, if it does not while an exception ends
     /// the session. The exception itself may be of the library, which does not know the reason.
     std::function<void(const QString &)> scratchFailed;
+    /// Not owned. The library shows its bar and its warnings here, and `progress` is not called;
+    /// `cancel` is to return what the bar says.
+    HostDialogs *dialogs = nullptr;
 };
 
 class MERIDOR_EXPORT ProjectHost : public ControllerBase {
 public:
-    /// @param scratch  the directory of the session's temporary files.
-    ProjectHost(const SessionUser &user, const QString &scratch);
+    ProjectHost();
     ~ProjectHost() override;
+
+    /// Called by the session that uses this controller.
+    /// @param scratch  the directory of the session's temporary files.
+    void begin(const SessionUser &user, const QString &scratch);
 
     const Notes &notes() const;
     bool isCancelled() const { return mUser.cancel && mUser.cancel(); }

@@ -120,14 +120,16 @@ private:
 
 } // namespace
 
-Session::Session(const SessionOptions &options, const SessionUser &user)
+Session::Session(const SessionOptions &options, const SessionUser &user, ProjectHost *host)
     : mScratch(makeScratch(options.scratch)),
-      mController(std::make_unique<ProjectHost>(user, mScratch->path())),
-      mDialogs(std::make_unique<SessionDialogs>(*mController)),
+      mOwnController(host ? nullptr : std::make_unique<ProjectHost>()),
+      mController(host ? host : mOwnController.get()),
+      mDialogs(user.dialogs ? nullptr : std::make_unique<SessionDialogs>(*mController)),
       mExceptions(std::uncaught_exceptions())
 {
-    InitializeCInterface(mController.get());
-    VORN_SetHostDialogs(mDialogs.get());
+    mController->begin(user, mScratch->path());
+    InitializeCInterface(mController);
+    VORN_SetHostDialogs(user.dialogs ? user.dialogs : mDialogs.get());
     const int limit = qBound(1, options.cacheMegabytes, 2000);
     try {
         InitializeDataManager(mScratch->path(), limit * 1000000);
@@ -155,7 +157,11 @@ Session::~Session()
             mController->RemoveGeography(id);
     });
     quietly([] { ClearDataManager(); });
-    quietly([this] { mController.reset(); });
+    quietly([this] {
+        if (!mOwnController)
+            mController->begin({}, QString());
+        mOwnController.reset();
+    });
     InitializeCInterface(nullptr);
 }
 
@@ -247,6 +253,7 @@ void Session::save(const QString &path)
 void Session::unload()
 {
     mLoaded.clear();
+    mLock.reset();
     try {
         VORN_UnloadProject();
     } catch (const vorn_error &) { // unloading creates a new scratch file

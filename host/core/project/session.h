@@ -26,7 +26,10 @@ struct SessionOptions {
 class MERIDOR_EXPORT Session {
 public:
     /// `user.notes` is not owned and must outlive the session.
-    explicit Session(const SessionOptions &options, const SessionUser &user = {});
+    /// @param host  the controller, which is not owned and must outlive the session; null: the
+    ///              session makes one.
+    explicit Session(const SessionOptions &options, const SessionUser &user = {},
+                     ProjectHost *host = nullptr);
     ~Session();
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
@@ -45,14 +48,15 @@ public:
     /// Replaces the file atomically, see replaceFile, and reserves it. Raises a Failure with the
     /// reason, also if `path` is the loaded project and its file has changed since it was loaded.
     void save(const QString &path);
-    /// Removes all geographies and starts a new scratch file.
+    /// Removes all geographies, starts a new scratch file and no longer reserves a project.
     void unload();
 
 private:
     [[noreturn]] void failLoad(const QString &path);
 
     std::unique_ptr<ScratchDirectory> mScratch;
-    std::unique_ptr<ProjectHost> mController;
+    std::unique_ptr<ProjectHost> mOwnController; ///< unless the caller has one
+    ProjectHost *mController;
     std::unique_ptr<HostDialogs> mDialogs;
     std::unique_ptr<FileLock> mLock; ///< of the project that is reserved
     int mExceptions;                 ///< in flight when the session was made

@@ -1,0 +1,528 @@
+// SPDX-License-Identifier: MIT
+#include "desk/project/workspace.h"
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <algorithm>
+#include <exception>
+#include "core/formats/cubeReader.h"
+#include "core/formats/rasterReader.h"
+#include "core/import/cubeImporter.h"
+#include "core/import/rasterImporter.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/safeFile.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/HostDialogs.h"
+#include "datainterface/MGeoData.h"
+#include "datainterface/MLinker.h"
+#include "datainterface/ProjectAPI.h"
+#include "datainterface/VORN_Progress.h"
+
+namespace meridor {
+
+/// Passes the progress dialog of the library on, and turns its warnings into messages.
+class Workspace::Dialogs final : public HostDialogs {
+public:
+    explicit Dialogs(Workspace &workspace) : mWorkspace(workspace) {}
+
+    void BeginProgress(const QString &title, const QString &label,
+                       const QString &cancelText) override
+    {
+        if (HostDialogs *const qt = VORN_GetQtDialogs())
+            qt->BeginProgress(title, label, cancelText);
+    }
+    void SetProgressLabel(const QString &text) override
+    {
+        if (HostDialogs *const qt = VORN_GetQtDialogs())
+            qt->SetProgressLabel(text);
+    }
+    void SetProgressPercent(int percent) override
+    {
+        if (HostDialogs *const qt = VORN_GetQtDialogs())
+            qt->SetProgressPercent(percent);
+    }
+    bool PollProgress() override
+    {
+        HostDialogs *const qt = VORN_GetQtDialogs();
+        return !qt || qt->PollProgress();
+    }
+    void SetProgressButton(const QString &text, bool resetOnCancel) override
+    {
+        if (HostDialogs *const qt = VORN_GetQtDialogs())
+            qt->SetProgressButton(text, resetOnCancel);
+    }
+    void ResetProgress() override
+    {
+        if (HostDialogs *const qt = VORN_GetQtDialogs())
+            qt->ResetProgress();
+    }
+    void EndProgress() override
+    {
+        if (HostDialogs *const qt = VORN_GetQtDialogs())
+            qt->EndProgress();
+    }
+    void ShowWarning(const QString &, const QString &text) override { mWorkspace.tell(text, true); }
+    void ShowException(const QString &text, const QString &what, const QString &) override
+    {
+        mWorkspace.tell(text + QStringLiteral(": ") + what, true);
+    }
+
+private:
+    Workspace &mWorkspace;
+};
+
+/// Counts nested work, and tells the windows of its end.
+class Workspace::Busy {
+public:
+    explicit Busy(Workspace &workspace) : mWorkspace(workspace) { ++mWorkspace.mDepth; }
+    ~Busy() { --mWorkspace.mDepth; }
+    Busy(const Busy &) = delete;
+    Busy &operator=(const Busy &) = delete;
+
+private:
+    Workspace &mWorkspace;
+};
+
+namespace {
+
+SessionUser userOf(HostDialogs &dialogs)
+{
+    SessionUser user;
+    user.dialogs = &dialogs;
+    user.cancel = [] {
+        return VORN_Progress::UsingProgressBar() && VORN_Progress::ProgressBarCanceled();
+    };
+    return user;
+}
+
+QString untitledRecovery()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)
+           + QStringLiteral("/untitled.vorn.recovery");
+}
+
+} // namespace
+
+Workspace::Workspace(ProjectHost &host, const SessionOptions &options)
+    : mHost(host),
+      mDialogs(std::make_unique<Dialogs>(*this)),
+      mSession(options, userOf(*mDialogs), &host)
+{
+}
+
+Workspace::~Workspace() = default;
+
+void Workspace::tell(const QString &text, bool isTrouble)
+{
+    mLog.remark(text);
+    Q_EMIT told(text, isTrouble);
+}
+
+bool Workspace::attempt(const QString &title, const std::function<void()> &work)
+{
+    QString trouble;
+    try {
+        const Busy busy(*this);
+        work();
+    } catch (const Failure &failure) {
+        trouble = failure.kind() == FailureKind::Cancelled ? tr("cancelled") : failure.text();
+    } catch (const std::bad_alloc &) {
+        trouble = tr("there is not enough memory");
+    } catch (const std::exception &error) {
+        trouble = QString::fromUtf8(error.what());
+    }
+    if (mDepth == 0) {
+        meetGeographies();
+        Q_EMIT idle();
+    }
+    if (trouble.isNull())
+        return true;
+    tell(title.isEmpty() ? trouble : title + QStringLiteral(": ") + trouble, true);
+    return false;
+}
+
+bool Workspace::run(const QString &title, const std::function<void(const Progress &)> &work)
+{
+    return attempt(title, [&] {
+        const Progress progress(title.toUtf8().constData(), title.toUtf8().constData());
+        work(progress);
+    });
+}
+
+bool Workspace::look(const std::function<void()> &work)
+{
+    return attempt(QString(), work);
+}
+
+void Workspace::setPath(const QString &path)
+{
+    mPath = path;
+    Q_EMIT pathChanged(path);
+}
+
+void Workspace::setDirty(bool dirty)
+{
+    if (dirty)
+        mHost.MarkProjectDirty();
+    else
+        mHost.MarkProjectClean();
+    if (mIsDirty == dirty)
+        return;
+    mIsDirty = dirty;
+    Q_EMIT dirtyChanged(dirty);
+}
+
+void Workspace::markDirty()
+{
+    setDirty(true);
+}
+
+QString Workspace::commandPath() const
+{
+    return mPath.isEmpty() ? QStringLiteral("untitled.vorn")
+                           : QDir::current().relativeFilePath(mPath);
+}
+
+bool Workspace::load(const QString &file)
+{
+    const bool loaded = attempt(tr("Open"), [&] { mSession.loadPacked(file); });
+    if (!loaded)
+        leave();
+    return loaded;
+}
+
+bool Workspace::open(const QString &path)
+{
+    close();
+    if (!attempt(tr("Open"),
+                 [&] {
+                     requireReadable(path);
+                     mSession.reserve(path);
+                 })
+        || !load(path))
+        return false;
+    setPath(QFileInfo(path).absoluteFilePath());
+    mLog.did({QStringLiteral("info"), commandPath()});
+    Q_EMIT opened();
+    return true;
+}
+
+bool Workspace::recover(const QString &path)
+{
+    const QString file = recoveryOf(path);
+    if (recoveryOf(mPath) == file)
+        leave(); // its recovery file is the one that is wanted
+    else
+        close();
+    if (!path.isEmpty() && !attempt(tr("Open"), [&] { mSession.reserve(path); }))
+        return false;
+    if (!load(file))
+        return false;
+    setPath(path.isEmpty() ? path : QFileInfo(path).absoluteFilePath());
+    setDirty(true);
+    Q_EMIT opened();
+    return true;
+}
+
+void Workspace::close()
+{
+    const QString recovery = recoveryOf(mPath);
+    leave();
+    QFile::remove(recovery);
+}
+
+void Workspace::leave()
+{
+    Q_EMIT closing();
+    attempt(QString(), [&] { mSession.unload(); });
+    mTimes.clear();
+    mSteps.clear();
+    setPath(QString());
+    setDirty(false);
+    Q_EMIT closed();
+}
+
+bool Workspace::save(const QString &path)
+{
+    const QString target = path.isEmpty() ? mPath : QFileInfo(path).absoluteFilePath();
+    if (target.isEmpty()) {
+        tell(tr("The project has no name yet."), true);
+        return false;
+    }
+    const QString recovery = recoveryOf(mPath);
+    if (!attempt(tr("Save"), [&] { mSession.save(target); }))
+        return false;
+    QFile::remove(recovery);
+    setPath(target);
+    setDirty(false);
+    tell(tr("Saved as %1").arg(target));
+    return true;
+}
+
+bool Workspace::revert()
+{
+    const QString path = mPath;
+    if (path.isEmpty()) {
+        tell(tr("The project was never saved; there is nothing to go back to."), true);
+        return false;
+    }
+    return open(path);
+}
+
+QString Workspace::recoveryOf(const QString &project)
+{
+    if (project.isEmpty())
+        return untitledRecovery();
+    const QFileInfo file(project);
+    return file.absolutePath() + QStringLiteral("/.") + file.fileName()
+           + QStringLiteral(".recovery");
+}
+
+bool Workspace::saveRecovery()
+{
+    if (!mIsDirty || isBusy())
+        return false;
+    const QString target = recoveryOf(mPath);
+    return attempt(tr("Copy for recovery"), [&] {
+        QDir().mkpath(QFileInfo(target).absolutePath());
+        if (!replaceFile(target, [](const QString &beside) { return VORN_SaveProject(beside); }))
+            fail(tr("%1 could not be written").arg(target));
+    });
+}
+
+int Workspace::import(const ImportOptions &options)
+{
+    int made = -1;
+    run(tr("Import"), [&](const Progress &progress) {
+        const bool isGrid = isRasterFile(options.map);
+        const auto work = isCubeFile(options.map) ? importCube : isGrid ? importRaster : importMap;
+        made = work(options, mHost.notes(), progress).geography;
+    });
+    if (made >= 0)
+        markDirty();
+    return made;
+}
+
+qint64 Workspace::timeOf(int geography)
+{
+    const auto known = mTimes.constFind(geography);
+    if (known != mTimes.constEnd())
+        return *known;
+    qint64 time = 0;
+    const QVector<qint64> &steps = stepsOf(geography);
+    if (!steps.isEmpty())
+        time = steps.last();
+    mTimes.insert(geography, time);
+    return time;
+}
+
+void Workspace::setTime(int geography, qint64 time, MLinker *driver)
+{
+    const MGeoData *const chosen = geographyOf(geography);
+    if (!chosen)
+        return;
+    for (const int id : geographyIds()) {
+        MGeoData *const other = geographyOf(id);
+        if (id != geography
+            && !(mInStep && other->GetTheTimeFormat() == chosen->GetTheTimeFormat()))
+            continue;
+        qint64 wanted = time;
+        if (id != geography && !stepsOf(id).isEmpty()) {
+            const TimeStamp bounds = other->GetTimeBounds();
+            wanted = std::min(std::max(time, bounds.startTime), bounds.endTime);
+        }
+        if (timeOf(id) == wanted)
+            continue;
+        mTimes[id] = wanted;
+        Q_EMIT timeChanged(id, wanted);
+    }
+    updateViews(driver);
+}
+
+const QVector<qint64> &Workspace::stepsOf(int geography)
+{
+    auto known = mSteps.find(geography);
+    if (known != mSteps.end())
+        return *known;
+    QVector<qint64> steps;
+    look([&] {
+        QVector<Interval> spans;
+        VORN_GetAllObjectTimes(geography, spans);
+        for (const int dataset : datasetIds(geography))
+            spans += dataTimes(dataset);
+        for (const Interval &span : std::as_const(spans))
+            steps.append(instantOf(span));
+    });
+    std::sort(steps.begin(), steps.end());
+    steps.erase(std::unique(steps.begin(), steps.end()), steps.end());
+    return *mSteps.insert(geography, steps);
+}
+
+void Workspace::addView(MLinker *view, int geography)
+{
+    MGeoData *const data = geographyOf(geography);
+    if (!data || mViews.contains(view))
+        return;
+    view->SetAttributes(mSelection.attributes(geography));
+    data->AddObjectManager(view);
+    if (!mViews.isEmpty())
+        MLinker::LinkViews(mViews.first(), view);
+    mViews.append(view);
+    connect(view, &MLinker::ObjectManagerDying, this, [this](MLinker *gone) { viewDies(gone); });
+}
+
+void Workspace::viewDies(MLinker *view)
+{
+    mViews.removeAll(view);
+}
+
+void Workspace::unlink(MLinker *view)
+{
+    for (MLinker *const other : std::as_const(mViews)) {
+        if (other == view)
+            continue;
+        other->Unlink(view);
+        view->Unlink(other);
+    }
+}
+
+void Workspace::link(MLinker *view, MLinker *with)
+{
+    MLinker::LinkViews(with, view);
+}
+
+void Workspace::updateViews(MLinker *driver)
+{
+    if (driver) {
+        driver->UpdateLinkedViews();
+        return;
+    }
+    const QVector<MLinker *> views = mViews; // an update may close one
+    for (MLinker *const view : views)
+        if (mViews.contains(view))
+            view->UpdateView();
+}
+
+void Workspace::meetGeographies()
+{
+    const QVector<int> present = geographyIds();
+    for (const int id : present) {
+        if (mKnown.contains(id))
+            continue;
+        mKnown.append(id);
+        MGeoData *const data = geographyOf(id);
+        data->AddListener(this);
+        data->AddSpatialWeightSetListener(this);
+        data->AddVariogramModelListener(this);
+        Q_EMIT geographyAdded(id);
+    }
+}
+
+void Workspace::geographyDies(int geography)
+{
+    if (mKnown.removeAll(geography) > 0)
+        Q_EMIT geographyDying(geography);
+    mSelection.forget(geography);
+    mTimes.remove(geography);
+    mSteps.remove(geography);
+}
+
+namespace {
+
+QVector<int> plain(const QList<DataId> &ids)
+{
+    return QVector<int>(ids.begin(), ids.end());
+}
+
+} // namespace
+
+void Workspace::DatasetsDyingSlot(const QList<DataId> &ids)
+{
+    Q_EMIT datasetsDying(plain(ids));
+}
+
+void Workspace::DatasetsAddedSlot(const QList<DataId> &ids, bool)
+{
+    for (const DataId &id : ids)
+        mSteps.remove(id.GeoId());
+    Q_EMIT datasetsAdded(plain(ids));
+    for (const DataId &id : ids)
+        Q_EMIT stepsChanged(id.GeoId());
+}
+
+void Workspace::DatasetsChangedSlot(const QList<DataId> &ids)
+{
+    for (const DataId &id : ids)
+        mSteps.remove(id.GeoId());
+    Q_EMIT datasetsChanged(plain(ids));
+}
+
+void Workspace::DatasetNameChangedSlot(const DataId &id, const QString &)
+{
+    Q_EMIT datasetRenamed(id);
+}
+
+void Workspace::SuspendDataUsageSlot(MDataSource *)
+{
+}
+
+void Workspace::ResumeDataUsageSlot(MDataSource *)
+{
+}
+
+void Workspace::GeographyNameChangedSlot(MGeoData *geography, const char *)
+{
+    Q_EMIT geographyRenamed(geography->GetId());
+}
+
+void Workspace::ObjectsWillBeRemovedSlot(int, const QSet<int> &)
+{
+}
+
+void Workspace::ObjectsWereRemovedSlot(int geography, const QSet<int> &)
+{
+    mSelection.forget(geography);
+    mSteps.remove(geography);
+    Q_EMIT objectsRemoved(geography);
+    Q_EMIT stepsChanged(geography);
+}
+
+void Workspace::WeightSetAddedSlot(MGeoData *geography, qint32)
+{
+    Q_EMIT weightSetsChanged(geography->GetId());
+}
+
+void Workspace::WeightSetRemovedSlot(MGeoData *geography, qint32 id)
+{
+    Q_EMIT weightSetDying(geography->GetId(), id);
+    Q_EMIT weightSetsChanged(geography->GetId());
+}
+
+void Workspace::WeightSetChangedSlot(MGeoData *geography, qint32)
+{
+    Q_EMIT weightSetsChanged(geography->GetId());
+}
+
+void Workspace::WeightSetRenamedSlot(MGeoData *geography, qint32, const char *)
+{
+    Q_EMIT weightSetsChanged(geography->GetId());
+}
+
+void Workspace::VariogramModelAddedSlot(const DataId &id, qint32)
+{
+    Q_EMIT modelsChanged(id);
+}
+
+void Workspace::VariogramModelRemovedSlot(const DataId &id, qint32)
+{
+    Q_EMIT modelsChanged(id);
+}
+
+void Workspace::VariogramModelChangedSlot(const DataId &id, qint32)
+{
+    Q_EMIT modelsChanged(id);
+}
+
+} // namespace meridor

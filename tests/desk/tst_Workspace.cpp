@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+// The open project as the windows share it: selections, times, messages, saving and recovery.
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+#include "core/import/importOptions.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MGeoData.h"
+#include "desk/project/workspace.h"
+#include "desk/window/application.h"
+
+using namespace meridor;
+
+class tst_Workspace : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void selectionsAreKeptInSteps();
+    void savesRevertsAndRecovers();
+    void failuresAreTold();
+
+    void cleanupTestCase() { workspace().close(); }
+
+private:
+    Workspace &workspace() { return static_cast<Application *>(qApp)->workspace(); }
+    QTemporaryDir mFolder;
+    int mStates = -1;
+};
+
+void tst_Workspace::initTestCase()
+{
+    ImportOptions options;
+    options.map = QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson");
+    mStates = workspace().import(options);
+    QVERIFY(mStates >= 0);
+    QVERIFY(workspace().isDirty());
+}
+
+void tst_Workspace::selectionsAreKeptInSteps()
+{
+    using Ids = QVector<unsigned int>;
+    Selection &selection = workspace().selection();
+    QSignalSpy changes(&selection, &Selection::changed);
+    selection.select(mStates, {5, 3, 3, 1000000});
+    QCOMPARE(selection.selected(mStates), (Ids{3, 5}));
+    selection.select(mStates, {5, 7}, SelectionMode::Toggle);
+    QCOMPARE(selection.selected(mStates), (Ids{3, 7}));
+    selection.select(mStates, {8}, SelectionMode::Add);
+    QCOMPARE(selection.selected(mStates), (Ids{3, 7, 8}));
+    QCOMPARE(changes.size(), 3);
+    QVERIFY(selection.back(mStates));
+    QVERIFY(selection.back(mStates));
+    QCOMPARE(selection.selected(mStates), (Ids{3, 5}));
+    QVERIFY(selection.forward(mStates));
+    QCOMPARE(selection.selected(mStates), (Ids{3, 7}));
+    selection.invert(mStates);
+    QVERIFY(!selection.canGoForward(mStates));
+    QVERIFY(!selection.isSelected(mStates, 3));
+    QCOMPARE(selection.count(mStates),
+             static_cast<int>(VORN_GetObjectCount(mStates, workspace().timeOf(mStates))) - 2);
+    selection.clear(mStates);
+    QCOMPARE(selection.count(mStates), 0);
+}
+
+void tst_Workspace::savesRevertsAndRecovers()
+{
+    const QString file = mFolder.filePath(QStringLiteral("Übersicht 1.vorn"));
+    QVERIFY(workspace().save(file));
+    QVERIFY(!workspace().isDirty());
+    const int states = geographyIds().value(0, -1);
+    QVERIFY(workspace().run(QStringLiteral("rename"), [&](const Progress &) {
+        geographyOf(states)->SetName(QStringLiteral("Länder"));
+    }));
+    workspace().markDirty();
+    QVERIFY(workspace().saveRecovery());
+    QVERIFY(QFileInfo::exists(Workspace::recoveryOf(file)));
+    const QString kept = mFolder.filePath(QStringLiteral("kept"));
+    QVERIFY(QFile::copy(Workspace::recoveryOf(file), kept));
+    QVERIFY(workspace().revert());
+    QCOMPARE(geographyName(geographyIds().value(0)) == QStringLiteral("Länder"), false);
+    QVERIFY(!QFileInfo::exists(Workspace::recoveryOf(file)));
+    // As if the program had died.
+    QVERIFY(QFile::copy(kept, Workspace::recoveryOf(file)));
+    QVERIFY(workspace().recover(file));
+    QCOMPARE(geographyName(geographyIds().value(0)), QStringLiteral("Länder"));
+    QVERIFY(workspace().isDirty());
+    QVERIFY(workspace().save());
+    QVERIFY(!QFileInfo::exists(Workspace::recoveryOf(file)));
+}
+
+void tst_Workspace::failuresAreTold()
+{
+    QSignalSpy told(&workspace(), &Workspace::told);
+    QVERIFY(!workspace().run(QStringLiteral("Try"),
+                             [](const Progress &) { fail(QStringLiteral("it is refused")); }));
+    QCOMPARE(told.last().at(0).toString(), QStringLiteral("Try: it is refused"));
+    QVERIFY(!workspace().open(mFolder.filePath(QStringLiteral("absent.vorn"))));
+    QVERIFY(told.last().at(0).toString().contains(QStringLiteral("absent.vorn")));
+    QVERIFY(geographyIds().isEmpty());
+}
+
+int main(int argc, char **argv)
+{
+    Application application(argc, argv);
+    tst_Workspace test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_Workspace.moc"
