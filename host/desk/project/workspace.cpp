@@ -239,6 +239,7 @@ void Workspace::leave()
     attempt(QString(), [&] { mSession.unload(); });
     mTimes.clear();
     mSteps.clear();
+    mShownWeights.clear();
     setPath(QString());
     setDirty(false);
     Q_EMIT closed();
@@ -360,6 +361,14 @@ const QVector<qint64> &Workspace::stepsOf(int geography)
     return *mSteps.insert(geography, steps);
 }
 
+void Workspace::setShownWeights(int geography, int set)
+{
+    if (shownWeights(geography) == set)
+        return;
+    mShownWeights[geography] = set;
+    Q_EMIT shownWeightsChanged(geography);
+}
+
 void Workspace::addView(MLinker *view, int geography)
 {
     MGeoData *const data = geographyOf(geography);
@@ -427,6 +436,7 @@ void Workspace::geographyDies(int geography)
     mSelection.forget(geography);
     mTimes.remove(geography);
     mSteps.remove(geography);
+    mShownWeights.remove(geography);
 }
 
 namespace {
@@ -496,6 +506,8 @@ void Workspace::WeightSetAddedSlot(MGeoData *geography, qint32)
 
 void Workspace::WeightSetRemovedSlot(MGeoData *geography, qint32 id)
 {
+    if (shownWeights(geography->GetId()) == id)
+        setShownWeights(geography->GetId(), -1);
     Q_EMIT weightSetDying(geography->GetId(), id);
     Q_EMIT weightSetsChanged(geography->GetId());
 }

@@ -86,6 +86,11 @@ public:
     bool isInStep() const { return mInStep; }
     void setInStep(bool inStep) { mInStep = inStep; }
 
+    // Neighbours
+    /// The weight set whose neighbours of the hovered object are shown; -1: none.
+    int shownWeights(int geography) const { return mShownWeights.value(geography, -1); }
+    void setShownWeights(int geography, int set);
+
     // Views
     /// Registers a view: it is linked with those that are linked, and with its geography's objects.
     /// Views take themselves out when they are destroyed.
@@ -117,6 +122,7 @@ Q_SIGNALS:
     void datasetRenamed(int dataset);
     void weightSetsChanged(int geography);
     void weightSetDying(int geography, int set); ///< it no longer exists
+    void shownWeightsChanged(int geography);
     void modelsChanged(int dataset);
     void objectsRemoved(int geography); ///< the objects behind them have other indices now
     void timeChanged(int geography, qint64 time);
@@ -164,6 +170,7 @@ private:
     bool mInStep = false;
     QHash<int, qint64> mTimes;
     QHash<int, QVector<qint64>> mSteps;
+    QHash<int, int> mShownWeights;
     QVector<int> mKnown; ///< geographies that windows were told of
     QVector<MLinker *> mViews;
 };
