@@ -8,8 +8,6 @@
 #include <QVariant>
 #include <QVector>
 #include <functional>
-#include <memory>
-#include <vector>
 #include "core/project/progress.h"
 #include "datainterface/MethodRecords.h"
 
@@ -19,7 +17,21 @@ class Workspace;
 
 /// One parameter of a method, as a form shows it.
 struct MethodField {
-    enum Kind { Geography, Dataset, Numbers, WeightSet, Text, Number, Whole, Choice, Flag, Time };
+    enum Kind {
+        Geography,
+        Polygons, ///< a geography of polygons
+        Dataset,
+        Numbers, ///< a dataset of numbers
+        Grids,   ///< a dataset of a grid
+        WeightSet,
+        Model, ///< a variogram model of a dataset, by name
+        Text,
+        Number,
+        Whole,
+        Choice,
+        Flag,
+        Time ///< as text
+    };
 
     QString name;  ///< of the MethodParameter, such as "permutations"
     QString label; ///< for people
@@ -30,7 +42,8 @@ struct MethodField {
     double most = 1e9;
     QString of =
         {}; ///< a Dataset, WeightSet or Time: name of the field with its geography or dataset
-    QString help = {}; ///< one sentence
+    QString help = {};     ///< one sentence
+    bool optional = false; ///< of what is chosen among things of the project: may be none
 };
 
 /// The values of the parameters by name.
@@ -49,29 +62,25 @@ private:
     QMap<QString, QVariant> mValues;
 };
 
-class Method {
-public:
-    virtual ~Method();
-    /// A word that identifies the method, such as "moran".
-    virtual QString name() const = 0;
-    virtual QString title() const = 0;
-    /// Page and heading of the help, such as "meridor.md#moran".
-    virtual QString helpTopic() const = 0;
-    virtual QVector<MethodField> fields() const = 0;
-    /// Changes the project, or fills only the report. Raises a Failure.
-    virtual void execute(Workspace &workspace, const MethodArguments &arguments,
-                         MethodReport &report, const Progress &progress) const = 0;
+struct Method {
+    QString name; ///< a word that identifies the method, such as "moran"
+    QString title;
+    QString helpTopic; ///< page and heading of the help, such as "meridor.md#moran"
+    QVector<MethodField> fields;
+    /// Changes the project, or only fills the report. Raises a Failure.
+    std::function<void(Workspace &, const MethodArguments &, MethodReport &, const Progress &)>
+        execute;
     /// The words after "meridor" that do the same.
-    virtual QStringList commandLine(const Workspace &workspace,
-                                    const MethodArguments &arguments) const = 0;
-    virtual bool changesProject() const { return true; }
+    std::function<QStringList(const Workspace &, const MethodArguments &)> commandLine;
+    /// Whether a call with these parameters changes the project.
+    std::function<bool(const MethodArguments &)> changesProject;
 };
 
 /// All methods. Their numbers are their positions, from 1.
 class MethodRegister {
 public:
     MethodRegister();
-    int count() const { return static_cast<int>(mMethods.size()); }
+    const QVector<Method> &all() const { return mMethods; }
     /// Null for an unknown one.
     const Method *find(int number) const;
     const Method *find(const QString &name) const;
@@ -90,14 +99,18 @@ private:
     QVector<MethodParameter> completed(const Method &method,
                                        const QVector<MethodParameter> &parameters) const;
 
-    std::vector<std::unique_ptr<Method>> mMethods;
+    QVector<Method> mMethods;
 };
 
-/// The names of things in command lines: GEOGRAPHY/DATASET and GEOGRAPHY/SET.
-QString datasetWord(int dataset);
-QString weightSetWord(int set);
-
-/// Each makes one method, in a source of its own.
-std::unique_ptr<Method> makeMoranMethod();
+/// Each is told in a source of its own.
+Method moranMethod();
+Method weightsMethod();
+Method zonalMethod();
+Method variogramMethod();
+Method krigeMethod();
+Method simulateMethod();
+Method valueSelectionMethod();
+Method neighborSelectionMethod();
+Method convertMethod();
 
 } // namespace meridor

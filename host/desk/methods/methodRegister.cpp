@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <exception>
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "datainterface/DataAPI.h"
@@ -14,28 +16,16 @@ MethodArguments::MethodArguments(const QVector<MethodParameter> &parameters)
         mValues.insert(parameter.name, parameter.value);
 }
 
-Method::~Method() = default;
-
-QString datasetWord(int dataset)
-{
-    return geographyName(VORN_GetGeographyId(dataset)) + QLatin1Char('/') + datasetName(dataset);
-}
-
-QString weightSetWord(int set)
-{
-    return geographyName(set >> 16) + QLatin1Char('/')
-           + VORN_GetSpatialWeightSetProperties(set).name;
-}
-
 MethodRegister::MethodRegister()
+    : mMethods{valueSelectionMethod(), neighborSelectionMethod(), weightsMethod(), moranMethod(),
+               zonalMethod(),          variogramMethod(),         krigeMethod(),   simulateMethod(),
+               convertMethod()}
 {
-    mMethods.push_back(makeMoranMethod());
 }
 
 const Method *MethodRegister::find(int number) const
 {
-    return number >= 1 && number <= count() ? mMethods[static_cast<size_t>(number - 1)].get()
-                                            : nullptr;
+    return number >= 1 && number <= mMethods.size() ? &mMethods[number - 1] : nullptr;
 }
 
 const Method *MethodRegister::find(const QString &name) const
@@ -45,10 +35,9 @@ const Method *MethodRegister::find(const QString &name) const
 
 int MethodRegister::numberOf(const QString &name) const
 {
-    for (int number = 1; number <= count(); ++number)
-        if (find(number)->name() == name)
-            return number;
-    return 0;
+    const auto found = std::find_if(mMethods.begin(), mMethods.end(),
+                                    [&](const Method &method) { return method.name == name; });
+    return found == mMethods.end() ? 0 : static_cast<int>(found - mMethods.begin()) + 1;
 }
 
 namespace {
@@ -58,11 +47,15 @@ QVariant resolved(const MethodField &field, const QVariant &value)
 {
     if (value.type() != QVariant::String)
         return value;
+    if (field.optional && value.toString().isEmpty())
+        return -1;
     switch (field.kind) {
     case MethodField::Geography:
+    case MethodField::Polygons:
         return findGeography(value.toString());
     case MethodField::Dataset:
     case MethodField::Numbers:
+    case MethodField::Grids:
         return findDataset(value.toString());
     case MethodField::WeightSet:
         return findWeightSet(value.toString());
@@ -77,7 +70,7 @@ QVector<MethodParameter> MethodRegister::completed(const Method &method,
                                                    const QVector<MethodParameter> &parameters) const
 {
     QVector<MethodParameter> all;
-    for (const MethodField &field : method.fields()) {
+    for (const MethodField &field : method.fields) {
         QVariant value = field.value;
         for (const MethodParameter &given : parameters)
             if (given.name == field.name)
@@ -92,15 +85,17 @@ bool MethodRegister::execute(Workspace &workspace, const Method &method,
 {
     report = MethodReport();
     QStringList line;
-    const bool done = workspace.run(method.title(), [&](const Progress &progress) {
+    bool changes = false;
+    const bool done = workspace.run(method.title, [&](const Progress &progress) {
         const MethodArguments arguments(completed(method, parameters));
         line = method.commandLine(workspace, arguments); // ids may be gone afterwards
+        changes = method.changesProject(arguments);
         method.execute(workspace, arguments, report, progress);
     });
     if (!done)
         return false;
     workspace.log().did(line);
-    if (method.changesProject())
+    if (changes)
         workspace.markDirty();
     if (!report.text.isEmpty())
         workspace.tell(report.text);
@@ -110,12 +105,12 @@ bool MethodRegister::execute(Workspace &workspace, const Method &method,
 QString MethodRegister::invocation(Workspace &workspace, const Method &method,
                                    const QVector<MethodParameter> &parameters) const
 {
-    QString line;
-    workspace.look([&] {
+    try {
         const MethodArguments arguments(completed(method, parameters));
-        line = commandText(method.commandLine(workspace, arguments));
-    });
-    return line;
+        return commandText(method.commandLine(workspace, arguments));
+    } catch (const std::exception &) { // a parameter names nothing, or is not chosen yet
+        return QString();
+    }
 }
 
 } // namespace meridor

@@ -133,10 +133,8 @@ bool Workspace::attempt(const QString &title, const std::function<void()> &work)
     } catch (const std::exception &error) {
         trouble = QString::fromUtf8(error.what());
     }
-    if (mDepth == 0) {
+    if (mDepth == 0)
         meetGeographies();
-        Q_EMIT idle();
-    }
     if (trouble.isNull())
         return true;
     tell(title.isEmpty() ? trouble : title + QStringLiteral(": ") + trouble, true);
@@ -145,10 +143,16 @@ bool Workspace::attempt(const QString &title, const std::function<void()> &work)
 
 bool Workspace::run(const QString &title, const std::function<void(const Progress &)> &work)
 {
-    return attempt(title, [&] {
+    if (isBusy()) { // the outermost work has the dialog
+        tell(tr("%1: something else is being done").arg(title), true);
+        return false;
+    }
+    const bool done = attempt(title, [&] {
         const Progress progress(title.toUtf8().constData(), title.toUtf8().constData());
         work(progress);
     });
+    Q_EMIT idle();
+    return done;
 }
 
 bool Workspace::look(const std::function<void()> &work)
@@ -181,8 +185,10 @@ void Workspace::markDirty()
 
 QString Workspace::commandPath() const
 {
-    return mPath.isEmpty() ? QStringLiteral("untitled.vorn")
-                           : QDir::current().relativeFilePath(mPath);
+    if (mPath.isEmpty())
+        return QStringLiteral("untitled.vorn");
+    const QString below = QDir::current().relativeFilePath(mPath);
+    return below.startsWith(QLatin1String("..")) ? mPath : below;
 }
 
 bool Workspace::load(const QString &file)

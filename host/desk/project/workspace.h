@@ -37,8 +37,8 @@ public:
     // Work
     /// Runs `work` with the library's progress dialog, which can cancel it. The user is told of a
     /// Failure and of an exception of the library in one sentence; a cancel is told as "cancelled".
-    /// Signals about added and removed geographies are emitted at the end. Nested calls run inside
-    /// the outermost one.
+    /// Signals about added and removed geographies are emitted at the end. Refused, and told, while
+    /// other work is running, which a timer or an event can bring about.
     /// @param title  of the dialog, and of a message.
     /// @return whether the work was done.
     bool run(const QString &title, const std::function<void(const Progress &)> &work);
@@ -112,7 +112,7 @@ Q_SIGNALS:
     void pathChanged(const QString &path);
     void dirtyChanged(bool dirty);
     void told(const QString &text, bool isTrouble);
-    void idle(); ///< the outermost run() or look() has ended
+    void idle(); ///< run() has ended
     void geographyAdded(int geography);
     void geographyDying(int geography); ///< it still exists
     void geographyRenamed(int geography);

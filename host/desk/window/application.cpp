@@ -44,7 +44,7 @@ int Application::ShowMethod(int method, const QString &name,
     if (!found)
         return -1;
     mWindow->showMethod(*found, parameters);
-    return mMethods->numberOf(found->name());
+    return mMethods->numberOf(found->name);
 }
 
 bool Application::ExecuteMethod(int method, const QString &name,
@@ -57,7 +57,7 @@ bool Application::ExecuteMethod(int method, const QString &name,
 QString Application::GetMethodName(int method, const QString &name)
 {
     const Method *const found = methodOf(*mMethods, method, name);
-    return found ? found->title() : QString();
+    return found ? found->title : QString();
 }
 
 QString Application::GetInvocationStringForMethod(int method, const QString &name,

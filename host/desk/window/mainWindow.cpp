@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "desk/window/mainWindow.h"
 #include <QStatusBar>
-#include "desk/methods/method.h"
+#include "desk/dialogs/methodDialog.h"
 #include "desk/project/workspace.h"
 
 namespace meridor {
@@ -16,8 +16,11 @@ MainWindow::MainWindow(Workspace &workspace, const MethodRegister &methods)
 
 MainWindow::~MainWindow() = default;
 
-void MainWindow::showMethod(const Method &, const QVector<MethodParameter> &)
+void MainWindow::showMethod(const Method &method, const QVector<MethodParameter> &parameters)
 {
+    auto *const dialog = new MethodDialog(mWorkspace, mMethods, method, this);
+    dialog->form().setParameters(parameters);
+    dialog->show();
 }
 
 } // namespace meridor

@@ -1,0 +1,261 @@
+// SPDX-License-Identifier: MIT
+// Methods and their dialogs: what they do to the project, what they tell, and that the command lines
+// in the log do the same.
+#include <QComboBox>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+#include "core/analysis/statistics.h"
+#include "core/import/importOptions.h"
+#include "core/project/catalog.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
+#include "datainterface/MGeoData.h"
+#include "desk/dialogs/linkHistogram.h"
+#include "desk/dialogs/methodDialog.h"
+#include "desk/methods/method.h"
+#include "desk/project/workspace.h"
+#include "desk/window/application.h"
+
+using namespace meridor;
+
+Q_DECLARE_METATYPE(QVector<MethodParameter>)
+
+namespace {
+
+Application &program()
+{
+    return *static_cast<Application *>(qApp);
+}
+
+Workspace &workspace()
+{
+    return program().workspace();
+}
+
+MethodParameter parameter(const char *name, const QVariant &value)
+{
+    return {QLatin1String(name), value};
+}
+
+} // namespace
+
+class tst_Methods : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase() { workspace().close(); }
+    void theLibraryFindsMethods();
+    void aDialogMakesAWeightSet();
+    void selectsByValueAndByNeighbours();
+    void troubleIsASentence_data();
+    void troubleIsASentence();
+    void theLogRepeatsTheSession();
+
+private:
+    MethodReport run(const char *method, const QVector<MethodParameter> &parameters);
+
+    QTemporaryDir mFolder;
+    int mStates = -1;
+    QString mCopy; ///< the project before the methods
+};
+
+MethodReport tst_Methods::run(const char *method, const QVector<MethodParameter> &parameters)
+{
+    MethodReport report;
+    if (!VORN_ExecuteMethod(0, QLatin1String(method), parameters, report))
+        report.text = QStringLiteral("failed");
+    return report;
+}
+
+void tst_Methods::initTestCase()
+{
+    ImportOptions options;
+    options.map = QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson");
+    options.key = QStringLiteral("fips");
+    options.tables << QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/income_1929_2009.csv");
+    options.series << QStringLiteral("income=1929..2009");
+    options.times = QStringLiteral("number");
+    mStates = workspace().import(options);
+    QVERIFY2(mStates >= 0, qPrintable(workspace().log().lines().join(QLatin1Char('\n'))));
+    QVERIFY(workspace().save(mFolder.filePath(QStringLiteral("income of states.vorn"))));
+    mCopy = mFolder.filePath(QStringLiteral("copy.vorn"));
+    QVERIFY(QFile::copy(workspace().path(), mCopy));
+}
+
+void tst_Methods::theLibraryFindsMethods()
+{
+    QVERIFY(VORN_GetController()->HasGUI());
+    const int moran = program().methods().numberOf(QStringLiteral("moran"));
+    QVERIFY(moran > 0);
+    QCOMPARE(VORN_GetMethodName(moran, QString()), QStringLiteral("Moran's I"));
+    QCOMPARE(VORN_ShowMethod(moran, QString(), {parameter("permutations", 99)}), moran);
+    int dialogs = 0;
+    for (QWidget *const widget : QApplication::topLevelWidgets())
+        if (auto *const found = qobject_cast<MethodDialog *>(widget)) {
+            QCOMPARE(
+                MethodArguments(found->form().parameters()).whole(QStringLiteral("permutations")),
+                99);
+            ++dialogs;
+            found->close();
+        }
+    QCOMPARE(dialogs, 1);
+    QCOMPARE(VORN_ShowMethod(1000, QStringLiteral("none"), {}), -1);
+}
+
+void tst_Methods::aDialogMakesAWeightSet()
+{
+    const Method &method = *program().methods().find(QStringLiteral("weights"));
+    auto *const dialog = new MethodDialog(workspace(), program().methods(), method, nullptr);
+    dialog->show();
+    auto *const name = dialog->findChild<QLineEdit *>(QStringLiteral("name"));
+    name->setFocus();
+    QTest::keyClicks(name, QStringLiteral("queen"));
+    QCOMPARE(dialog->findChild<QLineEdit *>(QStringLiteral("command line"))->text(),
+             QStringLiteral("meridor weights create '%1' queen --geography states48 --method queen "
+                            "--weights row --order 1")
+                 .arg(workspace().path()));
+    QTest::mouseClick(dialog->findChild<QPushButton *>(QStringLiteral("run")), Qt::LeftButton);
+    QCOMPARE(dialog->findChild<QLabel *>(QStringLiteral("report"))->text(),
+             QStringLiteral("queen: 48 objects, 214 links, 1 to 8 each, 0 without neighbours"));
+    QVERIFY(workspace().isDirty());
+    QCOMPARE(geographyOf(mStates)->GetSpatialWeightsNames().value(0), QStringLiteral("queen"));
+    QCOMPARE(workspace().shownWeights(mStates),
+             geographyOf(mStates)->GetSpatialWeightsIds().value(0));
+
+    // Maine is the only state with one neighbour.
+    const auto *const bars = dialog->findChild<LinkHistogram *>();
+    QCOMPARE(bars->counts().value(1), 1);
+    int objects = 0;
+    for (const int count : bars->counts())
+        objects += count;
+    QCOMPARE(objects, 48);
+    QTest::mouseClick(const_cast<LinkHistogram *>(bars), Qt::LeftButton, {},
+                      bars->barOf(1).center());
+    QCOMPARE(workspace().selection().count(mStates), 1);
+    QCOMPARE(objectNames(mStates).value(
+                 static_cast<int>(workspace().selection().selected(mStates).value(0))),
+             QStringLiteral("Maine"));
+    dialog->close();
+}
+
+void tst_Methods::selectsByValueAndByNeighbours()
+{
+    Selection &selection = workspace().selection();
+    selection.clear(mStates);
+    workspace().setTime(mStates, 2009);
+    const MethodReport rich = run("select", {parameter("dataset", QStringLiteral("income")),
+                                             parameter("min", QStringLiteral("50000"))});
+    QVERIFY2(rich.text.startsWith(QLatin1Char('2')) || rich.text.startsWith(QLatin1Char('1')),
+             qPrintable(rich.text));
+    const QVector<unsigned int> chosen = selection.selected(mStates);
+    QVERIFY(!chosen.isEmpty());
+    QCOMPARE(
+        run("select-neighbors", {parameter("weights", QStringLiteral("queen"))}).text.isEmpty(),
+        false);
+    QVERIFY(selection.count(mStates) > chosen.size());
+    for (const unsigned int object : chosen)
+        QVERIFY(selection.isSelected(mStates, object));
+    QVERIFY(selection.back(mStates));
+    QCOMPARE(selection.selected(mStates), chosen);
+}
+
+void tst_Methods::troubleIsASentence_data()
+{
+    QTest::addColumn<QString>("method");
+    QTest::addColumn<QVector<MethodParameter>>("parameters");
+    QTest::addColumn<QString>("sentence");
+    using Parameters = QVector<MethodParameter>;
+    QTest::newRow("taken name") << QStringLiteral("weights")
+                                << Parameters{parameter("geography", QStringLiteral("states48")),
+                                              parameter("name", QStringLiteral("queen"))}
+                                << QStringLiteral("queen");
+    QTest::newRow("no name") << QStringLiteral("weights")
+                             << Parameters{parameter("geography", QStringLiteral("states48"))}
+                             << QStringLiteral("a weight set needs a name");
+    QTest::newRow("unknown dataset")
+        << QStringLiteral("moran") << Parameters{parameter("dataset", QStringLiteral("rain"))}
+        << QStringLiteral("rain");
+    QTest::newRow("nothing chosen")
+        << QStringLiteral("moran") << Parameters{} << QStringLiteral("dataset");
+    QTest::newRow("no limits") << QStringLiteral("select")
+                               << Parameters{parameter("dataset", QStringLiteral("income"))}
+                               << QStringLiteral("neither values nor limits");
+    QTest::newRow("no grid") << QStringLiteral("zonal")
+                             << Parameters{parameter("dataset", QStringLiteral("income")),
+                                           parameter("polygons", QStringLiteral("states48")),
+                                           parameter("into", QStringLiteral("x"))}
+                             << QStringLiteral("income");
+}
+
+void tst_Methods::troubleIsASentence()
+{
+    QFETCH(QString, method);
+    QFETCH(QVector<MethodParameter>, parameters);
+    QFETCH(QString, sentence);
+    const int lines = workspace().log().lines().size();
+    QSignalSpy told(&workspace(), &Workspace::told);
+    MethodReport report;
+    QVERIFY(!VORN_ExecuteMethod(0, method, parameters, report));
+    QCOMPARE(told.size(), 1);
+    const QString text = told.last().at(0).toString();
+    QVERIFY2(text.contains(sentence), qPrintable(text));
+    for (const QString &line : workspace().log().lines().mid(lines))
+        QVERIFY2(line.startsWith(QLatin1Char('#')), qPrintable(line));
+}
+
+// The same work by the command lines of the log, on a copy of the project.
+void tst_Methods::theLogRepeatsTheSession()
+{
+    const int first = workspace().log().lines().size();
+    run("moran", {parameter("dataset", QStringLiteral("income")),
+                  parameter("weights", QStringLiteral("queen")), parameter("permutations", 99),
+                  parameter("local", true), parameter("save", QStringLiteral("Moran's \"I\""))});
+    run("convert", {parameter("dataset", QStringLiteral("income")),
+                    parameter("new", QStringLiteral("Einkommen ganz größer")),
+                    parameter("type", QStringLiteral("integer"))});
+    const QVector<int> made = datasetIds(mStates);
+    QStringList script{QStringLiteral("set -e"),
+                       commandText({QStringLiteral("weights"), QStringLiteral("create"), mCopy,
+                                    QStringLiteral("queen"), QStringLiteral("--method"),
+                                    QStringLiteral("queen")})};
+    for (QString line : workspace().log().lines().mid(first))
+        script.append(line.replace(shellWord(workspace().commandPath()), shellWord(mCopy)));
+    QProcess bash;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PATH"), QStringLiteral(MERIDOR_DIRECTORY ":")
+                                                   + environment.value(QStringLiteral("PATH")));
+    bash.setProcessEnvironment(environment);
+    bash.start(QStringLiteral("bash"), {QStringLiteral("-c"), script.join(QLatin1Char('\n'))});
+    QVERIFY(bash.waitForFinished());
+    QVERIFY2(bash.exitCode() == 0, bash.readAllStandardError().constData());
+
+    QMap<QString, QString> expected;
+    const auto figures = [&] {
+        QMap<QString, QString> found;
+        for (const int id : datasetIds(geographyIds().first())) {
+            found.insert(datasetName(id), VORN_GetDatasetProperties(id).dataType == StringType
+                                              ? QString()
+                                              : textOf(statisticsAt(id, 1929).mean));
+        }
+        return found;
+    };
+    expected = figures();
+    QCOMPARE(expected.size(), made.size());
+    QVERIFY(workspace().open(mCopy));
+    QCOMPARE(figures(), expected);
+}
+
+int main(int argc, char **argv)
+{
+    Application application(argc, argv);
+    tst_Methods test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_Methods.moc"
