@@ -15,6 +15,7 @@
 #include <unistd.h>
 #include "core/formats/cellTypes.h"
 #include "core/formats/cubeOutput.h"
+#include "core/formats/gdalCellTypes.h"
 #include "core/formats/gdalFile.h"
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
@@ -60,22 +61,6 @@ QString systemError()
 template <class T>
 using WireOf = std::conditional_t<std::is_same_v<T, half>, float,
                                   std::conditional_t<std::is_same_v<T, qint8>, qint16, T>>;
-
-template <class T> constexpr GDALDataType wireType()
-{
-    if constexpr (std::is_same_v<T, double>)
-        return GDT_Float64;
-    else if constexpr (std::is_same_v<T, float>)
-        return GDT_Float32;
-    else if constexpr (sizeof(T) == 1)
-        return GDT_Byte;
-    else if constexpr (sizeof(T) == 2)
-        return std::is_signed_v<T> ? GDT_Int16 : GDT_UInt16;
-    else if constexpr (sizeof(T) == 4)
-        return std::is_signed_v<T> ? GDT_Int32 : GDT_UInt32;
-    else
-        return std::is_signed_v<T> ? GDT_Int64 : GDT_UInt64;
-}
 
 /// Writes the datasets of one geography.
 class CubeExport {
@@ -364,7 +349,7 @@ private:
         const MissingFlag &flag = dataset.GetCellFlag();
         const auto missing = static_cast<Wire>(flag.field<T>());
         const GdalArray array =
-            mOut.addNumbers(uniqueName(datasetName(id)), dimensions, wireType<Wire>(),
+            mOut.addNumbers(uniqueName(datasetName(id)), dimensions, gdalType<Wire>(),
                             flag.type == MissingFlag::None ? nullptr : &missing, block);
         describe(array, id);
         visitSlices(id, times, [&](QVector<qint64> place, int realization, qint64 when) {
@@ -384,10 +369,10 @@ private:
                 place[place.size() - 2] = row;
                 count[count.size() - 2] = strip;
                 if constexpr (std::is_same_v<T, Wire>) {
-                    mOut.write(array, place, count, wireType<Wire>(), cells);
+                    mOut.write(array, place, count, gdalType<Wire>(), cells);
                 } else {
                     widened.assign(cells, cells + std::ptrdiff_t(strip) * columns);
-                    mOut.write(array, place, count, wireType<Wire>(), widened.data());
+                    mOut.write(array, place, count, gdalType<Wire>(), widened.data());
                 }
             }
         });
@@ -424,7 +409,7 @@ private:
         QVector<qint64> block(outer.size(), 1);
         const GdalArray array =
             mOut.addNumbers(uniqueName(datasetName(id)), outer + QVector<QByteArray>{mObjects},
-                            wireType<T>(), &empty, block << qMax(1, mProps.objectCount));
+                            gdalType<T>(), &empty, block << qMax(1, mProps.objectCount));
         describe(array, id);
         visitSlices(id, times, [&](QVector<qint64> place, int realization, qint64 when) {
             QVector<double> numbers;
@@ -436,7 +421,7 @@ private:
                 if (object < values.size())
                     values[object] = empty;
             QVector<qint64> count(place.size(), 1);
-            mOut.write(array, place << 0, count << values.size(), wireType<T>(),
+            mOut.write(array, place << 0, count << values.size(), gdalType<T>(),
                        values.constData());
         });
     }

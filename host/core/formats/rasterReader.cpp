@@ -8,6 +8,7 @@
 #include <vector>
 #include "core/formats/cellText.h"
 #include "core/formats/gdalArray.h"
+#include "core/formats/gdalCellTypes.h"
 #include "core/formats/gdalFile.h"
 #include "core/formats/values.h"
 #include "core/formats/wholeFile.h"
@@ -27,25 +28,12 @@ GDALRasterBandH bandOf(const GdalFile &file, int band)
     return GDALGetRasterBand(file.get(), band + 1);
 }
 
-/// The GDAL type to read cells as. GDAL has no 16-bit floats: they are read as floats.
-GDALDataType gdalType(const RasterBand &band)
+/// The type to read cells as.
+GDALDataType typeToRead(const RasterBand &band)
 {
     GDALDataType found = GDT_Unknown;
-    visitCellType(band.type, band.bits, [&found](auto zero) {
-        using T = decltype(zero);
-        if constexpr (std::is_same_v<T, double>)
-            found = GDT_Float64;
-        else if constexpr (std::is_same_v<T, half> || std::is_same_v<T, float>)
-            found = GDT_Float32;
-        else if constexpr (sizeof(T) == 1)
-            found = GDT_Byte;
-        else if constexpr (sizeof(T) == 2)
-            found = std::is_signed_v<T> ? GDT_Int16 : GDT_UInt16;
-        else if constexpr (sizeof(T) == 4)
-            found = std::is_signed_v<T> ? GDT_Int32 : GDT_UInt32;
-        else
-            found = std::is_signed_v<T> ? GDT_Int64 : GDT_UInt64;
-    });
+    visitCellType(band.type, band.bits,
+                  [&found](auto zero) { found = gdalType<decltype(zero)>(); });
     return found;
 }
 
@@ -272,7 +260,7 @@ void RasterReader::read(int band, int count, char *cells,
 void RasterReader::readRows(int band, int count, int row, int rows, char *cells) const
 {
     const RasterBand &form = mBands[band];
-    const GDALDataType type = gdalType(form);
+    const GDALDataType type = typeToRead(form);
     const qint64 bytes = GDALGetDataTypeSizeBytes(type);
     const qint64 strip = qint64(mColumns) * rows;
     std::vector<float> floats(isHalf(form) ? static_cast<size_t>(strip * count) : 0);

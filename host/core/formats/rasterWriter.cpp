@@ -4,6 +4,7 @@
 #include <cpl_error.h>
 #include <vector>
 #include "core/formats/cellTypes.h"
+#include "core/formats/gdalCellTypes.h"
 #include "core/formats/gdalFile.h"
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
@@ -19,26 +20,13 @@ namespace {
 
 constexpr int kStripBytes = 4 << 20;
 
-/// The GDAL type for cells of type T. GDAL has none for signed bytes and 16-bit floats: creation
-/// options mark them.
-template <class T> GDALDataType fileType(std::vector<const char *> &options)
+/// Marks cells of types that GDAL does not have: signed bytes and 16-bit floats.
+template <class T> void addTypeOptions(std::vector<const char *> &options)
 {
-    if constexpr (std::is_same_v<T, double>)
-        return GDT_Float64;
-    else if constexpr (std::is_same_v<T, float>)
-        return GDT_Float32;
-    else if constexpr (std::is_same_v<T, half>)
-        return options.push_back("NBITS=16"), GDT_Float32;
+    if constexpr (std::is_same_v<T, half>)
+        options.push_back("NBITS=16");
     else if constexpr (std::is_same_v<T, qint8>)
-        return options.push_back("PIXELTYPE=SIGNEDBYTE"), GDT_Byte;
-    else if constexpr (sizeof(T) == 1)
-        return GDT_Byte;
-    else if constexpr (sizeof(T) == 2)
-        return std::is_signed_v<T> ? GDT_Int16 : GDT_UInt16;
-    else if constexpr (sizeof(T) == 4)
-        return std::is_signed_v<T> ? GDT_Int32 : GDT_UInt32;
-    else
-        return std::is_signed_v<T> ? GDT_Int64 : GDT_UInt64;
+        options.push_back("PIXELTYPE=SIGNEDBYTE");
 }
 
 class GridWriter {
@@ -51,11 +39,11 @@ public:
     template <class T> bool write(const QString &path, const QString &name)
     {
         std::vector<const char *> options{"COMPRESS=DEFLATE", "BIGTIFF=IF_SAFER"};
-        const GDALDataType type = fileType<T>(options);
+        addTypeOptions<T>(options);
         options.push_back(nullptr);
         CPLErrorReset();
         GdalFile file(GDALCreate(GDALGetDriverByName("GTiff"), path.toUtf8().constData(),
-                                 mGrid.Columns(), mGrid.Rows(), 1, type,
+                                 mGrid.Columns(), mGrid.Rows(), 1, gdalType<T>(),
                                  const_cast<char **>(options.data())));
         if (!file)
             return false;
@@ -119,14 +107,13 @@ private:
         const int columns = mGrid.Columns();
         const int step = qMax(1, kStripBytes / static_cast<int>(sizeof(Wire)) / columns);
         std::vector<Wire> strip;
-        std::vector<const char *> unused;
         for (int row = 0; row < mGrid.Rows(); row += step) {
             stopIfCancelled();
             const int rows = qMin(step, mGrid.Rows() - row);
             const T *first = mGrid.cells<T>() + static_cast<std::ptrdiff_t>(row) * columns;
             strip.assign(first, first + static_cast<std::ptrdiff_t>(rows) * columns);
             if (GDALRasterIO(band, GF_Write, 0, row, columns, rows, strip.data(), columns, rows,
-                             fileType<T>(unused), 0, 0)
+                             gdalType<T>(), 0, 0)
                 != CE_None)
                 return false;
         }
