@@ -22,7 +22,7 @@ struct Names {
 void printNames(const Names &names, const Context &context)
 {
     Session session(context.session, context.user);
-    session.load(names.project);
+    session.loadPacked(names.project);
     for (const int geography : geographyIds()) {
         if (names.kind == QLatin1String("datasets"))
             for (const int id : datasetIds(geography))

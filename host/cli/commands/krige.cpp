@@ -137,8 +137,6 @@ void validate(const Options &options, KrigeRequest request, const Console &conso
 
 void predict(const Options &options, KrigeRequest request, const Console &console)
 {
-    if (options.into.isEmpty())
-        failUsage(QStringLiteral("a prediction needs a name"), "into");
     request.target = options.grid.find(request.dataset);
     Kriged found;
     {
@@ -156,20 +154,16 @@ void predict(const Options &options, KrigeRequest request, const Console &consol
 
 void run(const Options &options, const Context &context)
 {
-    const auto work = [&](Session &) {
+    const bool validates = options.folds >= 0;
+    if (!validates && options.into.isEmpty())
+        failUsage(QStringLiteral("a prediction needs a name"), "into");
+    editOrLook(!options.into.isEmpty(), "--into", options.target, context, [&] {
         const KrigeRequest request = requestOf(options);
-        if (options.folds >= 0)
+        if (validates)
             validate(options, request, context.console);
         else
             predict(options, request, context.console);
-    };
-    if (options.folds < 0 || !options.into.isEmpty()) {
-        editProject(options.target, context, work);
-        return;
-    }
-    Session session(context.session, context.user);
-    session.load(options.target.project);
-    work(session);
+    });
 }
 
 void addNeighborhood(const Command &command, Options &options)

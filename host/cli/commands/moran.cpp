@@ -187,15 +187,8 @@ QJsonArray compute(const Options &options, MoranPlan plan, const Console &consol
 void run(const Options &options, const Context &context)
 {
     QJsonArray results;
-    if (options.save.isEmpty()) {
-        refuseOutputWithout("--save", options.target);
-        Session session(context.session, context.user);
-        session.loadPacked(options.target.project);
-        results = compute(options, options.plan, context.console);
-    } else {
-        editProject(options.target, context,
-                    [&](Session &) { results = compute(options, options.plan, context.console); });
-    }
+    editOrLook(!options.save.isEmpty(), "--save", options.target, context,
+               [&] { results = compute(options, options.plan, context.console); });
     if (context.console.json)
         context.console.print(
             QJsonObject{{QStringLiteral("dataset"), options.dataset},

@@ -11,13 +11,6 @@ void targetOptions(const Command &command, EditTarget &target, Context &context)
     overwriteOption(command, context);
 }
 
-void refuseOutputWithout(const char *option, const EditTarget &target)
-{
-    if (!target.output.isEmpty())
-        failUsage(QStringLiteral("--output does not apply without %1, which changes the project")
-                      .arg(QLatin1String(option)));
-}
-
 void editProject(const EditTarget &target, const Context &context,
                  const std::function<void(Session &)> &change, Values values)
 {
@@ -27,6 +20,21 @@ void editProject(const EditTarget &target, const Context &context,
     values == Values::Packed ? session.loadPacked(target.project) : session.load(target.project);
     change(session);
     session.save(target.file());
+}
+
+void editOrLook(bool stores, const char *option, const EditTarget &target, const Context &context,
+                const std::function<void()> &work)
+{
+    if (stores) {
+        editProject(target, context, [&work](Session &) { work(); });
+        return;
+    }
+    if (!target.output.isEmpty())
+        failUsage(QStringLiteral("--output does not apply without %1, which changes the project")
+                      .arg(QLatin1String(option)));
+    Session session(context.session, context.user);
+    session.loadPacked(target.project);
+    work();
 }
 
 } // namespace meridor

@@ -15,10 +15,6 @@ struct EditTarget {
 /// Adds --output and --overwrite.
 void targetOptions(const Command &command, EditTarget &target, Context &context);
 
-/// Raises a Failure if --output was given to a verb that changes the project only with `option`,
-/// which was not.
-void refuseOutputWithout(const char *option, const EditTarget &target);
-
 enum class Values {
     Loaded, ///< with the project
     Packed  ///< those that `change` does not read are copied to the new file as they are
@@ -27,5 +23,12 @@ enum class Values {
 /// Loads the project, calls `change` and saves. Nothing is written if `change` throws.
 void editProject(const EditTarget &target, const Context &context,
                  const std::function<void(Session &)> &change, Values values = Values::Loaded);
+
+/// For verbs that store their result only if they are asked to: calls `work` in editProject if
+/// `stores`; else for the project as loadPacked opens it, which stays as it is.
+/// @param option  the option that asks for the result to be stored; a Failure names it if --output
+///                was given without it.
+void editOrLook(bool stores, const char *option, const EditTarget &target, const Context &context,
+                const std::function<void()> &work);
 
 } // namespace meridor

@@ -73,9 +73,7 @@ void print(const QJsonArray &rows, const Options &options, int realizations, con
 
 void run(const Options &options, const Context &context)
 {
-    if (options.into.isEmpty() && !options.target.output.isEmpty())
-        failUsage(QStringLiteral("--output needs --into"));
-    const auto work = [&](Session &) {
+    editOrLook(!options.into.isEmpty(), "--into", options.target, context, [&] {
         const int dataset = findDataset(options.dataset);
         RealizationQuestions questions = options.questions;
         if (!options.reference.isEmpty())
@@ -100,14 +98,7 @@ void run(const Options &options, const Context &context)
         if (!options.into.isEmpty())
             storeAnswers(dataset, times, answers, options.into);
         print(rows, options, VORN_GetDatasetProperties(dataset).realizationCount, context.console);
-    };
-    if (!options.into.isEmpty()) {
-        editProject(options.target, context, work);
-        return;
-    }
-    Session session(context.session, context.user);
-    session.load(options.target.project);
-    work(session);
+    });
 }
 
 } // namespace

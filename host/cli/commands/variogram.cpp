@@ -210,14 +210,12 @@ Graph graphOf(const VariogramAt &at, const QString &dataset, const QString &when
 
 void run(const Options &options, const Context &context)
 {
-    if (options.save.isEmpty() && !options.target.output.isEmpty())
-        failUsage(QStringLiteral("--output needs --save"));
     if (!options.plot.isEmpty()) {
         requirePictureName(options.plot);
         requireWritable(options.plot, context.overwrite);
         refuseInput(options.plot, {options.target.project, options.target.file()});
     }
-    const auto work = [&](Session &) {
+    editOrLook(!options.save.isEmpty(), "--save", options.target, context, [&] {
         const VariogramPlan plan = planOf(options);
         QVector<VariogramAt> found;
         {
@@ -249,14 +247,7 @@ void run(const Options &options, const Context &context)
         if (context.console.json)
             context.console.print(QJsonObject{{QStringLiteral("dataset"), options.dataset},
                                               {QStringLiteral("times"), json}});
-    };
-    if (!options.save.isEmpty()) {
-        editProject(options.target, context, work);
-        return;
-    }
-    Session session(context.session, context.user);
-    session.load(options.target.project);
-    work(session);
+    });
 }
 
 void addLags(const Command &command, Options &options)

@@ -74,9 +74,7 @@ void print(const QVector<ZonesAtTime> &times, int dataset, int polygons, const C
 
 void run(const Options &options, const Context &context)
 {
-    if (options.into.isEmpty() && !options.target.output.isEmpty())
-        failUsage(QStringLiteral("--output needs --into"));
-    const auto work = [&](Session &) {
+    editOrLook(!options.into.isEmpty(), "--into", options.target, context, [&] {
         const int dataset = findDataset(options.dataset);
         const int realization = realizationIndex(dataset, options.realization);
         const int polygons = findGeography(options.polygons);
@@ -92,15 +90,7 @@ void run(const Options &options, const Context &context)
         if (!options.into.isEmpty())
             keepZonal(times, dataset, polygons, options.into, options.statistic);
         print(times, dataset, polygons, context.console);
-    };
-    if (!options.into.isEmpty()) {
-        editProject(options.target, context, work);
-        return;
-    }
-    refuseOutputWithout("--into", options.target);
-    Session session(context.session, context.user);
-    session.loadPacked(options.target.project);
-    work(session);
+    });
 }
 
 } // namespace
