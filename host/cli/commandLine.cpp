@@ -7,6 +7,7 @@
 #include "cli/interrupt.h"
 #include "cli/terminalProgress.h"
 #include "cli/usage.h"
+#include "core/geostatistics/variogramModels.h"
 #include "core/project/failure.h"
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/VersionAPI.h"
@@ -161,6 +162,7 @@ int runCommandLine(int argc, char **argv)
     context.user.scratchFailed = [&scratchTrouble](const QString &reason) {
         scratchTrouble = reason;
     };
+    context.user.variogramFitter = &fitRequestedModel;
     return runGuarded(console, scratchTrouble, [&] { context.run(context); });
 }
 

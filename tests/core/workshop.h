@@ -3,6 +3,7 @@
 #pragma once
 #include <QFile>
 #include <QTemporaryDir>
+#include "core/geostatistics/variogramModels.h"
 #include "core/import/mapImporter.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -24,7 +25,7 @@ public:
     ImportReport report;
 
     explicit Workshop(const QByteArray &map = squares(), const QByteArray &table = QByteArray())
-        : mSession({mDirectory.filePath("scratch")}, {this, {}, {}, {}})
+        : mSession({mDirectory.filePath("scratch")}, {this, {}, {}, {}, &fitRequestedModel})
     {
         options.map = file("map.geojson", map);
         options.key = "id";

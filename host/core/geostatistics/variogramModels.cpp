@@ -8,7 +8,6 @@
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
-#include "core/project/projectHost.h"
 #include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -316,32 +315,30 @@ void storeModel(VariogramModel model)
     controller().MarkProjectDirty();
 }
 
-void answerVariogramRequests(ProjectHost &host)
+bool fitRequestedModel(VariogramModel &model, const VariogramRequest &request)
 {
-    host.variogramFitter = [&host](VariogramModel &model, const VariogramRequest &request) {
-        if (request.estimator < int(Estimator::Classical)
-            || request.estimator > int(Estimator::Cross)) {
-            host.notes().warn(
-                QStringLiteral("there is no variogram estimator %1").arg(request.estimator));
-            return false;
-        }
-        VariogramPlan plan;
-        plan.dataset = request.dataset;
-        plan.times = {request.interval};
-        plan.lags.estimator = static_cast<Estimator>(request.estimator);
-        plan.other = plan.lags.estimator == Estimator::Cross ? request.locations : -1;
-        plan.lags.cutoff = request.parameter;
-        plan.lags.width = request.lagCount < 1 ? kLagCount : request.lagCount;
-        plan.pooled = request.flagA;
-        plan.fit.structures.clear();
-        plan.fit.anisotropic = request.flagB;
-        try {
-            return generate(model, plan);
-        } catch (const Failure &failure) {
-            host.notes().warn(failure.text());
-            return false;
-        }
+    const auto warn = [](const QString &text) {
+        if (const auto *host = dynamic_cast<const ProjectHost *>(&controller()))
+            host->notes().warn(text);
+        return false;
     };
+    if (request.estimator < int(Estimator::Classical) || request.estimator > int(Estimator::Cross))
+        return warn(QStringLiteral("there is no variogram estimator %1").arg(request.estimator));
+    VariogramPlan plan;
+    plan.dataset = request.dataset;
+    plan.times = {request.interval};
+    plan.lags.estimator = static_cast<Estimator>(request.estimator);
+    plan.other = plan.lags.estimator == Estimator::Cross ? request.locations : -1;
+    plan.lags.cutoff = request.parameter;
+    plan.lags.width = request.lagCount < 1 ? kLagCount : request.lagCount;
+    plan.pooled = request.flagA;
+    plan.fit.structures.clear();
+    plan.fit.anisotropic = request.flagB;
+    try {
+        return generate(model, plan);
+    } catch (const Failure &failure) {
+        return warn(failure.text());
+    }
 }
 
 } // namespace meridor

@@ -7,12 +7,11 @@
 #include "core/geostatistics/empiricalVariogram.h"
 #include "core/geostatistics/variogramFit.h"
 #include "core/project/progress.h"
+#include "core/project/projectHost.h"
 #include "datainterface/TimeStamp.h"
 #include "datainterface/VariogramModel.h"
 
 namespace meridor {
-
-class ProjectHost;
 
 struct VariogramPlan {
     int dataset = -1;
@@ -60,11 +59,11 @@ MERIDOR_EXPORT VariogramModelAtT structuresAt(const VariogramModel &model, qint6
 /// Failure.
 MERIDOR_EXPORT void storeModel(VariogramModel model);
 
-/// Makes the host answer ControllerBase::GenerateVariogramModel. The estimator is one of Estimator,
-/// the second dataset of a cross variogram `locations`; `lagCount` the number of classes (below 1:
-/// 15), `flagA` whether times are pooled, `parameter` the cutoff (not above 0: a third of the
-/// diagonal), `flagB` whether the model is anisotropic. Of the bounded types the one with the least
-/// squares is chosen. A Failure becomes a note, and the answer false.
-MERIDOR_EXPORT void answerVariogramRequests(ProjectHost &host);
+/// The SessionUser::variogramFitter of programs that link this library. The estimator is one of
+/// Estimator, the second dataset of a cross variogram `locations`; `lagCount` the number of classes
+/// (below 1: 15), `flagA` whether times are pooled, `parameter` the cutoff (not above 0: a third of
+/// the diagonal), `flagB` whether the model is anisotropic. Of the bounded types the one with the
+/// least squares is chosen. A Failure becomes a warning, and the answer false.
+MERIDOR_EXPORT bool fitRequestedModel(VariogramModel &model, const VariogramRequest &request);
 
 } // namespace meridor

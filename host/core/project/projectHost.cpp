@@ -103,8 +103,8 @@ bool ProjectHost::GenerateVariogramModel(VariogramModel &model, const DataId &da
                                          const DataId &locations, int lagCount, bool flagA,
                                          double parameter, bool flagB)
 {
-    if (variogramFitter)
-        return variogramFitter(
+    if (mUser.variogramFitter)
+        return mUser.variogramFitter(
             model, {dataset, interval, estimator, locations, lagCount, flagA, parameter, flagB});
     notes().note(QStringLiteral("variogram models are not estimated by this program"));
     return false;

@@ -36,6 +36,9 @@ struct VariogramRequest {
     bool flagB = false;
 };
 
+/// Fits a model; returns false if it cannot.
+using VariogramFitter = std::function<bool(VariogramModel &, const VariogramRequest &)>;
+
 /// The caller's side of a session. Every member may be left empty.
 struct SessionUser {
     const Notes *notes = nullptr;
@@ -47,6 +50,8 @@ struct SessionUser {
     /// Not owned. The library shows its bar and its warnings here, and `progress` is not called;
     /// `cancel` is to return what the bar says.
     HostDialogs *dialogs = nullptr;
+    /// Answers VORN_GenerateVariogramModel; see fitRequestedModel. Without it no model is fitted.
+    VariogramFitter variogramFitter = nullptr;
 };
 
 class MERIDOR_EXPORT ProjectHost : public ControllerBase {
@@ -71,8 +76,6 @@ public:
 
     /// Draws a view; returns false if it cannot. Without a painter no map is drawn.
     std::function<bool(const MapView &)> painter;
-    /// Fits a model; returns false if it cannot. Without a fitter no model is fitted.
-    std::function<bool(VariogramModel &, const VariogramRequest &)> variogramFitter;
 
     bool isDirty() const { return mProjectDirty; }
     /// The library's messages so far, including warnings.
