@@ -8,6 +8,7 @@
 #include <exception>
 #include "core/formats/cubeReader.h"
 #include "core/formats/rasterReader.h"
+#include "core/geostatistics/variogramModels.h"
 #include "core/import/cubeImporter.h"
 #include "core/import/rasterImporter.h"
 #include "core/project/catalog.h"
@@ -91,6 +92,7 @@ SessionUser userOf(HostDialogs &dialogs)
 {
     SessionUser user;
     user.dialogs = &dialogs;
+    user.variogramFitter = &fitRequestedModel;
     user.cancel = [] {
         return VORN_Progress::UsingProgressBar() && VORN_Progress::ProgressBarCanceled();
     };
