@@ -14,6 +14,7 @@
 #include "core/geostatistics/storedValues.h"
 #include "core/geostatistics/variogramModels.h"
 #include "core/grids/gridValues.h"
+#include "core/plot/plots.h"
 #include "core/render/choropleth.h"
 #include "core/workshop.h"
 #include "datainterface/RasterAPI.h"
@@ -376,14 +377,29 @@ void TestGeostatisticsProject::readsTheRealizationThatIsAskedFor()
             QCOMPARE(found.entries().size(), expected.entries().size());
         }
     }
-    const auto counts = [&](int dataset, int realization) {
+    const auto shown = [&](int dataset, int realization) {
         MapStyle style;
         style.realization = realization;
-        const MapPanel panel = MapMaker(dataset, {time}, "map", style).picture({time}).panels[0];
-        return panel.counts + QVector<qint64>{panel.missing};
+        style.layers = {{geography, dataset, "Blues", realization}};
+        style.labelField = isGrid ? -1 : dataset;
+        style.labelRealization = realization;
+        const MapPicture map = MapMaker(dataset, {time}, "map", style).picture({time});
+        const MapPanel &panel = map.panels[0];
+        QStringList texts;
+        for (const qint64 count : panel.counts + QVector<qint64>{panel.missing})
+            texts.append(QString::number(count));
+        for (const LegendEntry &entry : map.legend[1].entries)
+            texts.append(entry.text + QString::number(entry.count));
+        for (const MapLabel &label : panel.labels)
+            texts.append(label.text);
+        const Plot bars = histogram({dataset, realization}, time, {});
+        return texts.join(' ') + QJsonDocument(bars.numbers).toJson();
     };
-    QCOMPARE(counts(two, 1), counts(one, 0));
-    QCOMPARE(counts(two, 1).last(), qint64(1));
+    QCOMPARE(shown(two, 1), shown(one, 0));
+    QVERIFY(shown(two, 1) != shown(two, 0));
+    QCOMPARE(realizationIndex(one, 2, {one, two}), 0);
+    QVERIFY_EXCEPTION_THROWN(realizationIndex(one, 2, {one}), Failure);
+    QVERIFY_EXCEPTION_THROWN(realizationIndex(two, 3, {one, two}), Failure);
     if (isGrid)
         return;
     const auto table = [&](int dataset, int realization) {
@@ -413,6 +429,10 @@ void TestGeostatisticsProject::readsTheRealizationThatIsAskedFor()
         return moranOverTime(plan, Progress("Moran", "Permuting...")).first().whole.value;
     };
     QCOMPARE(moranOf(two, 1), moranOf(one, 0));
+    const auto line = [&](const ShownDataset &dataset) {
+        return scatter(dataset, mLevel, time, dataset).numbers;
+    };
+    QCOMPARE(line({two, 1}), line(one));
 }
 
 void TestGeostatisticsProject::fitsSillsBelowZeroToACrossVariogram()

@@ -120,15 +120,10 @@ std::optional<int> realizationOf(const Options &options, const QVector<int> &dat
 {
     if (!options.realization || datasets.isEmpty())
         return std::nullopt;
-    int most = datasets.first();
-    for (const int id : datasets) {
-        if (VORN_GetDatasetProperties(id).realizationCount > 1)
-            realizationIndex(id, options.realization);
-        if (VORN_GetDatasetProperties(id).realizationCount
-            > VORN_GetDatasetProperties(most).realizationCount)
-            most = id;
-    }
-    return realizationIndex(most, options.realization);
+    int index = 0;
+    for (const int id : datasets)
+        index = std::max(index, realizationIndex(id, options.realization, datasets));
+    return index;
 }
 
 /// The summary goes to standard error if the table itself goes to standard output.

@@ -58,7 +58,7 @@ void check(const Options &options)
 }
 
 /// The times of the options; without any the last time, or all times of the frames.
-QVector<Moment> momentsOf(int dataset, const Options &options)
+QVector<Moment> momentsOf(int dataset, int realization, const Options &options)
 {
     const int geography = VORN_GetGeographyId(dataset);
     const TimeAxis axis = axisOf(geography);
@@ -69,7 +69,7 @@ QVector<Moment> momentsOf(int dataset, const Options &options)
     if (!moments.isEmpty())
         return moments;
     if (!options.frames.isEmpty()) {
-        QVector<Interval> all = dataTimes(dataset, realizationIndex(dataset, options.realization));
+        QVector<Interval> all = dataTimes(dataset, realization);
         if (always && !VORN_GetAllObjectTimes(geography, all))
             all.clear();
         for (const Interval &interval : all)
@@ -79,8 +79,7 @@ QVector<Moment> momentsOf(int dataset, const Options &options)
         return moments;
     }
     const qint64 time =
-        always ? chooseTimeOf(geography, options.at)
-               : chooseTime(dataset, options.at, realizationIndex(dataset, options.realization));
+        always ? chooseTimeOf(geography, options.at) : chooseTime(dataset, options.at, realization);
     // What holds for good in a geography that never changes has no time to show.
     const bool timeless =
         always && VORN_GetGeographyProperties(geography).isStatic && options.at.isEmpty();
@@ -90,15 +89,10 @@ QVector<Moment> momentsOf(int dataset, const Options &options)
     return moments;
 }
 
-MapStyle styleOf(int dataset, const Options &options, const Context &context)
+/// The layers of the options, without realizations.
+QVector<MapLayerStyle> layersOf(const Options &options)
 {
-    const int geography = VORN_GetGeographyId(dataset);
-    MapStyle style;
-    style.rule = options.classes.rule();
-    style.realization = realizationIndex(dataset, options.realization);
-    style.subtitle = options.subtitle;
-    style.allTimes = options.allTimes;
-    style.size = options.size.size();
+    QVector<MapLayerStyle> layers;
     for (int i = 0; i < options.layers.size(); ++i) {
         MapLayerStyle layer;
         for (const int id : geographyIds())
@@ -109,16 +103,48 @@ MapStyle styleOf(int dataset, const Options &options, const Context &context)
             layer.geography = VORN_GetGeographyId(layer.dataset);
         }
         layer.palette = options.layerPalettes.value(i);
-        style.layers.append(layer);
+        layers.append(layer);
     }
+    return layers;
+}
+
+/// What is drawn at all times, with the realizations of all datasets.
+MapStyle contentOf(int dataset, const Options &options)
+{
+    MapStyle style;
+    style.layers = layersOf(options);
+    QVector<int> shown{dataset};
+    for (const MapLayerStyle &layer : qAsConst(style.layers))
+        if (layer.dataset >= 0)
+            shown.append(layer.dataset);
+    if (!options.label.isEmpty()) {
+        style.labelField = findDataset(VORN_GetGeographyId(dataset), options.label);
+        shown.append(style.labelField);
+    }
+    const auto realizationOf = [&](int id) {
+        return realizationIndex(id, options.realization, shown);
+    };
+    style.realization = realizationOf(dataset);
+    for (MapLayerStyle &layer : style.layers)
+        layer.realization = layer.dataset < 0 ? 0 : realizationOf(layer.dataset);
+    style.labelRealization = style.labelField < 0 ? 0 : realizationOf(style.labelField);
+    return style;
+}
+
+MapStyle styleOf(int dataset, const Options &options, const Context &context)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    MapStyle style = contentOf(dataset, options);
+    style.rule = options.classes.rule();
+    style.subtitle = options.subtitle;
+    style.allTimes = options.allTimes;
+    style.size = options.size.size();
     if (!options.links.isEmpty()) {
         style.weightSet = findWeightSet(options.links);
         if (style.weightSet >> 16 != geography)
             fail(QStringLiteral("weight set %1 is not one of %2")
                      .arg(options.links, geographyName(geography)));
     }
-    if (!options.label.isEmpty())
-        style.labelField = findDataset(geography, options.label);
     if (options.allTimes && datasetOf(dataset)->IsStatic())
         context.console.note(QStringLiteral("%1 holds for good, so its classes are those of all "
                                             "objects")
@@ -222,8 +248,8 @@ void run(const Options &options, const Context &context)
     Session session(context.session, context.user);
     session.loadPacked(options.project);
     const int dataset = findDataset(options.dataset);
-    const QVector<Moment> moments = momentsOf(dataset, options);
     const MapStyle style = styleOf(dataset, options, context);
+    const QVector<Moment> moments = momentsOf(dataset, style.realization, options);
     QVector<qint64> times;
     for (const Moment &moment : moments)
         times.append(moment.time);

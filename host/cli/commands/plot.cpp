@@ -26,23 +26,31 @@ struct Options {
     QString label;
     QString title;
     QString subtitle;
+    int realization = 1;
     ClassOptions classes;
     SizeOptions size;
 };
 
-qint64 timeOf(int dataset, const QString &at)
+/// The dataset and those beside it, with the realizations that the options choose.
+ShownDataset shownOf(int dataset, const Options &options, const QVector<int> &beside = {})
 {
-    return datasetOf(dataset)->IsStatic() ? chooseTimeOf(VORN_GetGeographyId(dataset), at)
-                                          : chooseTime(dataset, at);
+    return {dataset,
+            realizationIndex(dataset, options.realization, beside + QVector<int>{dataset})};
+}
+
+qint64 timeOf(const ShownDataset &shown, const QString &at)
+{
+    return datasetOf(shown.id)->IsStatic() ? chooseTimeOf(VORN_GetGeographyId(shown.id), at)
+                                           : chooseTime(shown.id, at, shown.realization);
 }
 
 /// The text of a time; the geography for what holds for good.
-QString timeText(int dataset, const QString &at)
+QString timeText(const ShownDataset &shown, const QString &at)
 {
-    const int geography = VORN_GetGeographyId(dataset);
-    return !at.isEmpty()                    ? at
-           : datasetOf(dataset)->IsStatic() ? geographyName(geography)
-                                            : axisOf(geography).show(timeOf(dataset, at));
+    const int geography = VORN_GetGeographyId(shown.id);
+    return !at.isEmpty()                     ? at
+           : datasetOf(shown.id)->IsStatic() ? geographyName(geography)
+                                             : axisOf(geography).show(timeOf(shown, at));
 }
 
 /// Makes a plot and its title and subtitle, if the options state none.
@@ -50,15 +58,17 @@ using Make = Plot (*)(int dataset, const Options &options, PictureTexts &texts);
 
 Plot makeHistogram(int dataset, const Options &options, PictureTexts &texts)
 {
-    texts = {datasetName(dataset), timeText(dataset, options.at), {}};
-    return histogram(dataset, timeOf(dataset, options.at), options.classes.rule());
+    const ShownDataset shown = shownOf(dataset, options);
+    texts = {datasetName(dataset), timeText(shown, options.at), {}};
+    return histogram(shown, timeOf(shown, options.at), options.classes.rule());
 }
 
 Plot makeBoxes(int dataset, const Options &options, PictureTexts &texts)
 {
-    const QVector<Interval> times = dataTimesAt(dataset, options.times);
+    const ShownDataset shown = shownOf(dataset, options);
+    const QVector<Interval> times = dataTimesAt(dataset, options.times, shown.realization);
     texts = {datasetName(dataset), geographyName(VORN_GetGeographyId(dataset)), {}};
-    return boxesOverTime(dataset, times);
+    return boxesOverTime(shown, times);
 }
 
 int labelOf(int dataset, const Options &options)
@@ -66,15 +76,27 @@ int labelOf(int dataset, const Options &options)
     return options.label.isEmpty() ? -1 : findDataset(VORN_GetGeographyId(dataset), options.label);
 }
 
+/// The label with its realization; none without one.
+ShownDataset shownLabel(int label, const Options &options, const QVector<int> &beside)
+{
+    return label < 0 ? ShownDataset(-1) : shownOf(label, options, beside);
+}
+
 Plot makeScatter(int dataset, const Options &options, PictureTexts &texts)
 {
     const int other = findDataset(VORN_GetGeographyId(dataset), options.other);
+    const int label = labelOf(dataset, options);
+    QVector<int> together{dataset, other};
+    if (label >= 0)
+        together.append(label);
+    const ShownDataset x = shownOf(dataset, options, together);
+    const ShownDataset y = shownOf(other, options, together);
     // Of two datasets the one that changes decides on the time.
-    const int timed = datasetOf(dataset)->IsStatic() ? other : dataset;
+    const ShownDataset timed = datasetOf(dataset)->IsStatic() ? y : x;
     texts = {QStringLiteral("%1 and %2").arg(datasetName(dataset), datasetName(other)),
              timeText(timed, options.at),
              {}};
-    return scatter(dataset, other, timeOf(timed, options.at), labelOf(dataset, options));
+    return scatter(x, y, timeOf(timed, options.at), shownLabel(label, options, together));
 }
 
 Plot makeTimePlot(int dataset, const Options &options, PictureTexts &texts)
@@ -84,7 +106,7 @@ Plot makeTimePlot(int dataset, const Options &options, PictureTexts &texts)
     for (const QString &object : options.objects)
         objects.append(findObject(geography, object));
     texts = {datasetName(dataset), geographyName(geography), {}};
-    Plot plot = timePlot(dataset, objects);
+    Plot plot = timePlot(shownOf(dataset, options), objects);
     for (int i = 0; i < objects.size(); ++i)
         plot.graph.series[i].name = options.objects[i];
     return plot;
@@ -92,15 +114,21 @@ Plot makeTimePlot(int dataset, const Options &options, PictureTexts &texts)
 
 Plot makeMoran(int dataset, const Options &options, PictureTexts &texts)
 {
-    const qint64 time = timeOf(dataset, options.at);
-    const auto times =
-        shapeTimesAt(dataset, options.at.isEmpty() ? QStringList() : QStringList{options.at});
+    const int label = labelOf(dataset, options);
+    QVector<int> together{dataset};
+    if (label >= 0)
+        together.append(label);
+    const ShownDataset shown = shownOf(dataset, options, together);
+    const qint64 time = timeOf(shown, options.at);
+    const auto times = shapeTimesAt(
+        dataset, options.at.isEmpty() ? QStringList() : QStringList{options.at}, shown.realization);
     texts = {QStringLiteral("Moran scatter of %1").arg(datasetName(dataset)),
-             timeText(dataset, options.at),
+             timeText(shown, options.at),
              {}};
     const Interval when =
         datasetOf(dataset)->IsStatic() ? Interval{time, time, true, true} : times.last();
-    return moranScatter(dataset, findWeightSet(options.other), when, labelOf(dataset, options));
+    return moranScatter(shown, findWeightSet(options.other), when,
+                        shownLabel(label, options, together));
 }
 
 void run(const Options &options, Make make, const Context &context)
@@ -150,6 +178,7 @@ public:
     {
         mCommand.text("PICTURE", mOptions->output, "The file to write: .png, .svg or .pdf")
             .required();
+        realizationOption(mCommand, mOptions->realization);
         mCommand.text("--title", mOptions->title, "Title (default: the dataset's name)");
         mCommand.text("--subtitle", mOptions->subtitle, "Text below the title");
         mOptions->size.addTo(mCommand);

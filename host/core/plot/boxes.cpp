@@ -93,8 +93,9 @@ private:
 
 } // namespace
 
-Plot boxesOverTime(int dataset, const QVector<Interval> &times)
+Plot boxesOverTime(ShownDataset shown, const QVector<Interval> &times)
 {
+    const int dataset = shown.id;
     requireNumbers(dataset);
     const int geography = VORN_GetGeographyId(dataset);
     const TimeScale scale(geography);
@@ -103,7 +104,7 @@ Plot boxesOverTime(int dataset, const QVector<Interval> &times)
     QJsonArray rows;
     for (const Interval &when : times) {
         stopIfCancelled();
-        const QVector<double> values = presentValues(dataset, instantOf(when));
+        const QVector<double> values = presentValues(shown, instantOf(when));
         if (values.isEmpty())
             continue;
         boxes.append(boxOf(scale.middleOf(when), values));

@@ -115,14 +115,15 @@ private:
 
 } // namespace
 
-Plot histogram(int dataset, qint64 time, const ClassRule &rule)
+Plot histogram(ShownDataset shown, qint64 time, const ClassRule &rule)
 {
+    const int dataset = shown.id;
     const int geography = VORN_GetGeographyId(dataset);
-    const QVector<double> values = presentValues(dataset, time);
+    const QVector<double> values = presentValues(shown, time);
     if (values.isEmpty())
         fail(QStringLiteral("%1 holds no values at %2")
                  .arg(datasetName(dataset), axisOf(geography).show(time)));
-    const Classification classes(dataset, {time}, rule);
+    const Classification classes(dataset, {time}, rule, shown.realization);
     const auto bars = std::make_shared<Bars>(values, classes, datasetName(dataset));
     Plot plot;
     plot.graph.items.append(bars);

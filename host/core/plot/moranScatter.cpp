@@ -13,13 +13,15 @@
 
 namespace meridor {
 
-Plot moranScatter(int dataset, int weightSet, const Interval &when, int labelField)
+Plot moranScatter(ShownDataset shown, int weightSet, const Interval &when, ShownDataset label)
 {
+    const int dataset = shown.id;
     const int geography = VORN_GetGeographyId(dataset);
     if (weightSet >> 16 != geography)
         fail(QStringLiteral("the weight set is not one of %1").arg(geographyName(geography)));
     MoranPlan plan;
     plan.dataset = dataset;
+    plan.realization = shown.realization;
     plan.weightSet = weightSet;
     plan.times = {when};
     plan.permutations = 0;
@@ -69,7 +71,7 @@ Plot moranScatter(int dataset, int weightSet, const Interval &when, int labelFie
         quarters.insert(QLatin1String(kNames[i]), points[i].size());
         plot.graph.series.append(
             {QStringLiteral("%1: %2").arg(QLatin1String(kNames[i])).arg(points[i].size()),
-             points[i], GraphSeries::Points, labelsOf(labelField, instantOf(when), objects[i]),
+             points[i], GraphSeries::Points, labelsOf(label, instantOf(when), objects[i]),
              lineColor(QVector<int>{5, 0, 1, 2}[i])});
     }
     plot.graph.series.append(

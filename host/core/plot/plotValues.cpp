@@ -18,10 +18,10 @@ void requireNumbers(int dataset)
         fail(QStringLiteral("%1 holds texts; this graph is of numbers").arg(datasetName(dataset)));
 }
 
-QVector<double> presentValues(int dataset, qint64 time)
+QVector<double> presentValues(ShownDataset dataset, qint64 time)
 {
-    requireNumbers(dataset);
-    const ValuesAt values = existingValuesAt(dataset, time);
+    requireNumbers(dataset.id);
+    const ValuesAt values = existingValuesAt(dataset.id, time, dataset.realization);
     QVector<double> present;
     for (int i = 0; i < values.numbers.size(); ++i)
         if (std::isfinite(values.numbers[i]) && !values.missing.contains(i))
@@ -54,12 +54,12 @@ double TimeScale::middleOf(const Interval &interval) const
     return (at(interval.startTime) + at(interval.endTime)) / 2;
 }
 
-QStringList labelsOf(int labelField, qint64 time, const QVector<int> &objects)
+QStringList labelsOf(ShownDataset label, qint64 time, const QVector<int> &objects)
 {
     QStringList labels;
-    if (labelField < 0)
+    if (label.id < 0)
         return labels;
-    const ValuesAt values = valuesAt(labelField, time);
+    const ValuesAt values = valuesAt(label.id, time, label.realization);
     for (const int object : objects)
         labels.append(values.missing.contains(object) ? QString()
                       : values.numeric                ? shortNumber(values.numbers[object])

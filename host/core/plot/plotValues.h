@@ -2,15 +2,15 @@
 /// Values and times as coordinates of graphs.
 #pragma once
 #include <QVector>
+#include "core/plot/plots.h"
 #include "core/project/times.h"
-#include "core/render/graph.h"
 
 namespace meridor {
 
 /// Raises a Failure unless the dataset holds numbers.
 void requireNumbers(int dataset);
 /// The finite values of the objects that exist at a time, or of the cells.
-QVector<double> presentValues(int dataset, qint64 time);
+QVector<double> presentValues(ShownDataset dataset, qint64 time);
 
 /// Times on an axis: numbers as they are, dates in the unit of GraphAxis::dates.
 class TimeScale {
@@ -25,7 +25,7 @@ private:
 };
 
 /// Texts beside points: the values of a dataset by object; empty texts without a dataset.
-QStringList labelsOf(int labelField, qint64 time, const QVector<int> &objects);
+QStringList labelsOf(ShownDataset label, qint64 time, const QVector<int> &objects);
 
 struct Line {
     double slope = 0;

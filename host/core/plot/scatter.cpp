@@ -11,15 +11,17 @@
 
 namespace meridor {
 
-Plot scatter(int xDataset, int yDataset, qint64 time, int labelField)
+Plot scatter(ShownDataset xShown, ShownDataset yShown, qint64 time, ShownDataset label)
 {
+    const int xDataset = xShown.id;
+    const int yDataset = yShown.id;
     requireNumbers(xDataset);
     requireNumbers(yDataset);
     if (VORN_GetGeographyId(xDataset) != VORN_GetGeographyId(yDataset))
         fail(QStringLiteral("%1 and %2 belong to different geographies")
                  .arg(datasetName(xDataset), datasetName(yDataset)));
-    const ValuesAt x = existingValuesAt(xDataset, time);
-    const ValuesAt y = existingValuesAt(yDataset, time);
+    const ValuesAt x = existingValuesAt(xDataset, time, xShown.realization);
+    const ValuesAt y = existingValuesAt(yDataset, time, yShown.realization);
     QVector<QPointF> points;
     QVector<int> objects;
     for (int i = 0; i < std::min(x.numbers.size(), y.numbers.size()); ++i) {
@@ -37,7 +39,7 @@ Plot scatter(int xDataset, int yDataset, qint64 time, int labelField)
     plot.graph.x.title = datasetName(xDataset);
     plot.graph.y.title = datasetName(yDataset);
     plot.graph.series.append(
-        {QString(), points, GraphSeries::Points, labelsOf(labelField, time, objects)});
+        {QString(), points, GraphSeries::Points, labelsOf(label, time, objects)});
     plot.summary = QStringLiteral("%1 points").arg(points.size());
     if (std::isfinite(line.slope)) {
         const auto ends =

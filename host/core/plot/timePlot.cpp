@@ -47,8 +47,9 @@ double meanOf(const QVector<double> &values)
 
 } // namespace
 
-Plot timePlot(int dataset, const QVector<int> &objects)
+Plot timePlot(ShownDataset shown, const QVector<int> &objects)
 {
+    const int dataset = shown.id;
     requireNumbers(dataset);
     if (rasterOf(dataset))
         fail(QStringLiteral("%1 is a grid; this graph is of objects").arg(datasetName(dataset)));
@@ -64,7 +65,8 @@ Plot timePlot(int dataset, const QVector<int> &objects)
     for (const int object : objects) {
         QVector<Interval> intervals;
         QVector<datum> values;
-        VORN_GetObjectDataValues(dataset, 0, static_cast<unsigned>(object), intervals, values);
+        VORN_GetObjectDataValues(dataset, shown.realization, static_cast<unsigned>(object),
+                                 intervals, values);
         History history(scale);
         for (int i = 0; i < values.size(); ++i)
             history.add(intervals[i], values[i].type == 1
@@ -75,9 +77,9 @@ Plot timePlot(int dataset, const QVector<int> &objects)
                                   {QStringLiteral("values"), values.size()}});
     }
     History mean(scale);
-    for (const Interval &when : dataTimes(dataset)) {
+    for (const Interval &when : dataTimes(dataset, shown.realization)) {
         stopIfCancelled();
-        mean.add(when, meanOf(presentValues(dataset, instantOf(when))));
+        mean.add(when, meanOf(presentValues(shown, instantOf(when))));
     }
     plot.graph.series.append({QStringLiteral("mean of all"),
                               mean.points(),

@@ -367,6 +367,16 @@ int realizationIndex(int dataset, int number)
     return number - 1;
 }
 
+int realizationIndex(int dataset, int number, const QVector<int> &together)
+{
+    const auto isSingle = [](int id) {
+        return VORN_GetDatasetProperties(id).realizationCount <= 1;
+    };
+    if (isSingle(dataset) && !std::all_of(together.begin(), together.end(), isSingle))
+        return 0;
+    return realizationIndex(dataset, number);
+}
+
 namespace {
 
 /// Those of the intervals `all` that hold the times; all of them without any time.

@@ -99,6 +99,9 @@ MERIDOR_EXPORT QVector<Interval> shapeTimesAt(int dataset, const QStringList &ti
 /// The index, from 0, of the realization with this number, from 1. Raises a Failure of the setting
 /// "realization" if the dataset has no such realization.
 MERIDOR_EXPORT int realizationIndex(int dataset, int number);
+/// The same for one of several datasets that are shown together: a dataset with a single
+/// realization is shown as it is beside one that has several.
+MERIDOR_EXPORT int realizationIndex(int dataset, int number, const QVector<int> &together);
 /// An instant inside the interval.
 MERIDOR_EXPORT qint64 instantOf(const Interval &interval);
 /// The last instant of the interval.

@@ -211,7 +211,7 @@ LayerAt shapesAt(int geography, qint64 time, int dataset, const Classification *
     return result;
 }
 
-LayerAt layerAt(int dataset, qint64 time, const Classification &classes, int realization = 0)
+LayerAt layerAt(int dataset, qint64 time, const Classification &classes, int realization)
 {
     return rasterOf(dataset)
                ? gridAt(dataset, time, classes, realization)
@@ -292,11 +292,11 @@ qint64 addLinks(MapPanel &panel, int set, qint64 time)
     return count;
 }
 
-void addLabels(MapPanel &panel, int field, qint64 time)
+void addLabels(MapPanel &panel, int field, qint64 time, int realization)
 {
     const int geography = VORN_GetGeographyId(field);
     const MVectorData &vector = vectorOf(geography);
-    const ValuesAt values = valuesAt(field, time);
+    const ValuesAt values = valuesAt(field, time, realization);
     const qint64 when = shapeTime(geography, time);
     for (const int object : objectsAt(geography, when)) {
         stopIfCancelled();
@@ -342,7 +342,8 @@ public:
             QVector<qint64> own;
             for (const qint64 time : times)
                 own.append(translated(time, source, layer.geography));
-            mClasses.append(std::make_shared<Classification>(layer.dataset, own, rule));
+            mClasses.append(
+                std::make_shared<Classification>(layer.dataset, own, rule, layer.realization));
         }
     }
     /// Appends a layer to the panel and a block to the legend for each.
@@ -351,8 +352,9 @@ public:
         for (int i = 0; i < mLayers.size(); ++i) {
             const MapLayerStyle &layer = mLayers[i];
             const qint64 own = translated(time, mSource, layer.geography);
-            const LayerAt found = mClasses[i] ? layerAt(layer.dataset, own, *mClasses[i])
-                                              : shapesAt(layer.geography, own, -1, nullptr);
+            const LayerAt found = mClasses[i]
+                                      ? layerAt(layer.dataset, own, *mClasses[i], layer.realization)
+                                      : shapesAt(layer.geography, own, -1, nullptr);
             panel.layers.append(found.layer);
             if (mClasses[i])
                 legend.append(
@@ -465,7 +467,7 @@ MapPanel MapMaker::panelAt(qint64 time, bool isSingle, QVector<LegendBlock> &leg
         legend.append(links);
     }
     if (mStyle.labelField >= 0)
-        addLabels(panel, mStyle.labelField, time);
+        addLabels(panel, mStyle.labelField, time, mStyle.labelRealization);
     if (!isSingle)
         panel.note = notes.join(QStringLiteral(", "));
     return panel;

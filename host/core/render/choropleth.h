@@ -15,8 +15,9 @@ namespace meridor {
 /// A further layer, drawn above those before it.
 struct MapLayerStyle {
     int geography = -1;
-    int dataset = -1; ///< -1: only the outlines of the geography
-    QString palette;  ///< empty: one that the other layers do not have
+    int dataset = -1;    ///< -1: only the outlines of the geography
+    QString palette;     ///< empty: one that the other layers do not have
+    int realization = 0; ///< of the dataset
 };
 
 struct MapStyle {
@@ -25,8 +26,9 @@ struct MapStyle {
     bool allTimes = false; ///< classes and extent of all times of the dataset
     QVector<MapLayerStyle> layers;
     int weightSet = -1;  ///< of the dataset's geography: its links are drawn
-    int realization = 0; ///< of the dataset; layers and labels show their first one
+    int realization = 0; ///< of the dataset
     int labelField = -1; ///< a dataset of the same geography: its values are drawn beside objects
+    int labelRealization = 0;
     PictureSize size;
 };
 
