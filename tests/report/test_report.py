@@ -297,6 +297,52 @@ class OfOthers(unittest.TestCase):
             self.assertGreater(len(set(fills[0])), 2)
             self.assertEqual(page.complaints(), [])
         meridor("report", path("history.vorn"), path("history2.html"), "--maps", "soon", status=2)
+        meridor("report", path("history.vorn"), path("history3.html"), "--beside", "area_sqmi,terr_type")
+        with opened(path("history3.html")) as page:
+            page.run("document.querySelectorAll('.then')[1].click()")
+            page.frame(200)
+            fills = [page.run("return [...document.querySelectorAll(arguments[0])].filter((p) => p.getAttribute('d'))"
+                              ".map((p) => getComputedStyle(p).fill).sort()", selector)
+                     for selector in (".then:nth-of-type(2) path", "svg.map.polygons .shapes path")]
+            self.assertEqual(fills[0], fills[1])
+            self.assertEqual(page.texts(".then .when"), ["area_sqmi", "terr_type"])
+            self.assertEqual(page.complaints(), [])
+
+    def test_datasets_stand_side_by_side(self):
+        wells = SAMPLES / "wells"
+        meridor("import", wells / "truth.asc", path("wells.vorn"), "--name", "field")
+        meridor("import", wells / "wells.csv", path("wells.vorn"), "--append", "--key", "well", "--x", "x", "--y", "y")
+        meridor("krige", path("wells.vorn"), "level", "--model", "exponential:9:2700", "--to", "field", "--into", "predicted")
+        line = ["report", path("wells.vorn"), "--datasets", "truth,predicted,predicted variance,level"]
+        meridor(*line, path("wells.html"), "--beside", "truth,predicted,predicted variance", "--same-classes", "truth,predicted")
+        with opened(path("wells.html")) as page:
+            self.assertEqual(page.texts(".then .when"), ["truth", "predicted", "predicted variance"])
+            ramps = page.texts(".then .ramp")
+            self.assertEqual(ramps[0], ramps[1])
+            self.assertNotEqual(ramps[0], ramps[2])
+            self.assertEqual(page.run("return document.querySelectorAll('#geography-1 .then').length"), 0)
+            for number, name in ((1, "predicted"), (0, "truth"), (2, "predicted variance")):
+                page.run("document.querySelectorAll('.then')[arguments[0]].click()", number)
+                page.frame(200)
+                self.assertEqual(page.text(".picture .title"), name)
+                seen = page.run("""
+                    const pressed = [...document.querySelectorAll('.then')].map((one) => one.getAttribute('aria-pressed'));
+                    return [document.querySelector('.controls select').selectedOptions[0].text, pressed.indexOf('true'),
+                        document.querySelectorAll('.then canvas')[arguments[0]].toDataURL()
+                        === document.querySelector('.picture canvas').toDataURL()];
+                    """, number)
+                self.assertEqual(seen, [name, number, True])
+            page.run("const grid = document.querySelector('.then .grid'), b = grid.getBoundingClientRect();"
+                     "grid.dispatchEvent(new PointerEvent('pointermove', {clientX: b.x + b.width * 12.5 / 60,"
+                     "clientY: b.y + b.height * 7.5 / 40}))")
+            page.frame(200)
+            for note, name in zip(page.texts(".then .note"), ("truth", "predicted")):
+                known = answer("series", path("wells.vorn"), name, "12,7")["values"][0]["value"]
+                self.assertAlmostEqual(float(note), known, places=3)
+            self.assertEqual(page.complaints(), [])
+        for words in (("--beside", "level"), ("--beside", "nothing"), ("--same-classes", "truth,level")):
+            meridor(*line, path("no.html"), *words, status=1)
+            self.assertFalse(os.path.exists(path("no.html")), words)
 
     def test_refusals_leave_no_file(self):
         meridor("import", geojson("one.geojson", [({"k": "a", "v": 1.5}, square(0, 0))]), path("one.vorn"), "--key", "k")

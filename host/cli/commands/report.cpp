@@ -21,6 +21,8 @@ struct Options {
     QString datasets;
     QString times;
     QString sideMaps;
+    QString beside;
+    QStringList sameClasses;
 };
 
 QStringList parted(const QString &text)
@@ -47,6 +49,9 @@ void run(Options options, const Context &context)
     options.plan.datasets = parted(options.datasets);
     options.plan.times = parted(options.times);
     options.plan.sideMaps = parted(options.sideMaps);
+    options.plan.beside = parted(options.beside);
+    for (const QString &group : qAsConst(options.sameClasses))
+        options.plan.sameClasses.append(parted(group));
     Session session(context.session, context.user);
     session.loadPacked(options.plan.project);
     ReportProject report = gatherReport(options.plan);
@@ -83,8 +88,12 @@ void addReport(const Command &app, Context &context)
     command.text("--times", options->times,
                  "Only these times and spans, separated by commas (default: all)");
     command.text("--maps", options->sideMaps,
-                 "Times of the small maps side by side of polygons that change, separated by "
-                 "commas (default: four of all times)");
+                 "Times of the small maps side by side of grids and of polygons that change, "
+                 "separated by commas (default: four of all times for polygons)");
+    command.text("--beside", options->beside,
+                 "Datasets whose maps stand side by side, separated by commas");
+    command.texts("--same-classes", options->sameClasses,
+                  "Datasets with the classes of the first one, separated by commas; repeatable");
     command
         .number("--simplify", options->plan.simplify,
                 "Tolerance of simplified borders, in map units; 0 keeps every vertex "

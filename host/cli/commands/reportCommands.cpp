@@ -35,7 +35,7 @@ void addLines(ReportGeography &shown, const QString &file, const QString &prefix
     for (const ReportLayer &layer : shown.layers) {
         const QString name = prefix + layer.name;
         add("Values counted and summed up, by time", {QStringLiteral("stats"), file, name});
-        if (!layer.isText)
+        if (!layer.isText && layer.classesOf.isEmpty())
             add("Natural breaks of all times",
                 {QStringLiteral("classes"), file, name, QStringLiteral("--method"),
                  QStringLiteral("jenks"), QStringLiteral("--count"),

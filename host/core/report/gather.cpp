@@ -69,7 +69,9 @@ public:
                 mShown.layers.append(layer);
         }
         mShown.first = firstLayer();
-        addSideMaps();
+        for (const QStringList &group : mPlan.sameClasses)
+            shareClasses(group);
+        mPlan.beside.isEmpty() ? addSideMaps() : addSideLayers();
         if (!mIsGrid)
             for (const int set : geographyOf(mId)->GetSpatialWeightsIds())
                 addWeightSet(set);
@@ -117,15 +119,58 @@ private:
             mShown.existence.append(mShown.steps.size() - 1);
     }
 
+    /// The index of the layer of a dataset, -1 for one of another geography.
+    int layerNamed(const QString &name) const
+    {
+        for (int i = 0; i < mShown.layers.size(); ++i)
+            if (name == mShown.layers[i].name
+                || name == mShown.name + QLatin1Char('/') + mShown.layers[i].name)
+                return i;
+        return -1;
+    }
+
+    void shareClasses(const QStringList &group)
+    {
+        QVector<int> layers;
+        for (const QString &name : group)
+            if (const int layer = layerNamed(name); layer >= 0)
+                layers.append(layer);
+        if (layers.isEmpty())
+            return;
+        if (layers.size() < group.size())
+            fail(QStringLiteral("%1 are datasets of different geographies")
+                     .arg(group.join(QStringLiteral(", "))),
+                 "same-classes");
+        LayerView shared = mShown.layers[layers.first()].views.first();
+        for (const int i : qAsConst(layers)) {
+            const ReportLayer &layer = mShown.layers[i];
+            if (layer.isText)
+                fail(QStringLiteral("%1 holds texts").arg(layer.name), "same-classes");
+            for (const QVector<double> &row : layer.rows)
+                for (const double value : row)
+                    if (!std::isnan(value)) {
+                        shared.breaks.first() = std::min(shared.breaks.first(), value);
+                        shared.breaks.last() = std::max(shared.breaks.last(), value);
+                    }
+        }
+        for (const int i : qAsConst(layers)) {
+            ReportLayer &layer = mShown.layers[i];
+            layer.view = 0;
+            layer.views.first() = shared;
+            if (i == layers.first())
+                continue;
+            layer.classesOf = mShown.layers[layers.first()].name;
+            layer.views.first().name = QStringLiteral("Classes of ") + layer.classesOf;
+        }
+    }
+
     /// The first layer that the plan names; if it names none, the one with most times, numbers
     /// before texts.
     int firstLayer() const
     {
         for (const QString &name : mPlan.datasets)
-            for (int i = 0; i < mShown.layers.size(); ++i)
-                if (name == mShown.layers[i].name
-                    || name == mShown.name + QLatin1Char('/') + mShown.layers[i].name)
-                    return i;
+            if (const int layer = layerNamed(name); layer >= 0)
+                return layer;
         const auto rank = [](const ReportLayer &layer) {
             return layer.rows.size() + (layer.isText ? 0 : 1);
         };
@@ -136,16 +181,54 @@ private:
         return best;
     }
 
-    /// Chooses the steps of the small maps, if shapes change. More objects than a page can show
-    /// several times at once have none.
-    void addSideMaps()
+    /// More polygons than a page can show several times at once have no small maps.
+    bool canStandBeside() const
     {
         constexpr int kMostObjects = 800;
+        return mIsGrid
+               || (mShown.kind == QLatin1String("polygons") && mShown.objects <= kMostObjects);
+    }
+
+    /// A small map of each dataset of the plan that is one of this geography.
+    void addSideLayers()
+    {
+        for (const QString &name : mPlan.beside) {
+            const int layer = layerNamed(name);
+            if (layer < 0)
+                continue;
+            if (!canStandBeside())
+                fail(QStringLiteral("maps of %1 cannot stand side by side: these are maps of grids "
+                                    "and of at most 800 polygons")
+                         .arg(mShown.name),
+                     "beside");
+            const QVector<int> &steps = mShown.layers[layer].steps;
+            mShown.sideMaps.append({steps.isEmpty() ? mShown.existence.last() : steps.last(),
+                                    mShown.layers[layer].name, layer});
+        }
+    }
+
+    /// The steps of the grid that the plan's times are in.
+    void addSideSteps()
+    {
+        for (const QString &text : mPlan.sideMaps)
+            if (const auto span = mAxis.range(text))
+                for (int step = 0; step < mShown.steps.size(); ++step)
+                    if (TimeStamp(mShown.steps[step].when).contains(span->startTime))
+                        mShown.sideMaps.append({step, text});
+    }
+
+    /// Chooses the steps of the small maps, if shapes change.
+    void addSideMaps()
+    {
+        if (mIsGrid) {
+            addSideSteps();
+            return;
+        }
         constexpr int kMaps = 4;
         const bool changes =
             std::any_of(mShown.shapes.objects.begin(), mShown.shapes.objects.end(),
                         [](const QVector<ShapeChange> &shapes) { return shapes.size() > 2; });
-        if (mShown.kind != QLatin1String("polygons") || mShown.objects > kMostObjects || !changes)
+        if (!canStandBeside() || !changes)
             return;
         for (const QString &text : mPlan.sideMaps)
             if (const auto span = mAxis.range(text))
@@ -354,12 +437,30 @@ void requireTimes(const ReportPlan &plan, const QVector<QPair<int, QVector<int>>
                       plan.times.contains(text) ? "times" : "maps");
 }
 
+/// Raises a Failure for datasets beside each other, or with the same classes, that are not in the
+/// report.
+void requireShown(const ReportPlan &plan, const QVector<QPair<int, QVector<int>>> &chosen)
+{
+    const auto require = [&chosen](const QString &name, const char *setting) {
+        const int id = findDataset(name);
+        if (std::none_of(chosen.begin(), chosen.end(),
+                         [id](const auto &entry) { return entry.second.contains(id); }))
+            fail(QStringLiteral("%1 is not in the report").arg(name), setting);
+    };
+    for (const QString &name : plan.beside)
+        require(name, "beside");
+    for (const QStringList &group : plan.sameClasses)
+        for (const QString &name : group)
+            require(name, "same-classes");
+}
+
 } // namespace
 
 ReportProject gatherReport(const ReportPlan &plan)
 {
     const auto chosen = chosenDatasets(plan);
     requireTimes(plan, chosen);
+    requireShown(plan, chosen);
     const QFileInfo file(plan.project);
     ReportProject report;
     report.title = plan.title.isEmpty() ? file.completeBaseName() : plan.title;

@@ -13,8 +13,14 @@ struct ReportPlan {
     /// that is named.
     QStringList datasets;
     QStringList times; ///< times and spans of the slider; empty: all
-    /// Times of the small maps side by side of polygons that change; empty: four are chosen.
+    /// Times of the small maps side by side, of grids and of polygons that change; empty: four are
+    /// chosen for such polygons.
     QStringList sideMaps;
+    /// Datasets, named as above, of grids or of polygons: their maps are side by side instead.
+    QStringList beside;
+    /// Groups of datasets of one geography with the classes of the first one, whose ends are moved
+    /// so far outwards that they hold the values of all.
+    QVector<QStringList> sameClasses;
     /// In map units: bends with an area below half its square are removed. Negative: chosen by the
     /// extent of the map.
     double simplify = -1;

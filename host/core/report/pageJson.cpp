@@ -151,8 +151,9 @@ QJsonObject toJson(const ReportGeography &geography)
                                  {QStringLiteral("at"), double(step.instant)}});
     QJsonArray sideMaps;
     for (const SideMap &map : geography.sideMaps)
-        sideMaps.append(
-            QJsonObject{{QStringLiteral("step"), map.step}, {QStringLiteral("text"), map.text}});
+        sideMaps.append(QJsonObject{{QStringLiteral("step"), map.step},
+                                    {QStringLiteral("layer"), map.layer},
+                                    {QStringLiteral("text"), map.text}});
     QJsonObject object{{QStringLiteral("name"), geography.name},
                        {QStringLiteral("first"), geography.first},
                        {QStringLiteral("sideMaps"), sideMaps},

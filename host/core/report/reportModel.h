@@ -36,7 +36,8 @@ struct ReportLayer {
     QVector<QVector<double>> rows; ///< by object; NaN: missing; for texts an index of `words`
     QStringList words;
     QVector<LayerView> views;
-    int view = 0; ///< index of the view that is shown first
+    int view = 0;      ///< index of the view that is shown first
+    QString classesOf; ///< the layer whose classes it has; empty: its own
 };
 
 /// The shape of an object from a step on; -1: it does not exist.
@@ -90,6 +91,7 @@ struct ReportMoran {
 struct SideMap {
     int step;
     QString text;
+    int layer = -1; ///< an index of the layers; -1: the layer of the large map
 };
 
 /// A line that prints what a report shows, for the program that made it.

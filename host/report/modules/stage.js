@@ -18,10 +18,11 @@ function createControls(geography, store) {
     const options = geography.layers.map((layer, i) => [i, layer.name]);
     if (!geography.isGrid) options.push([-1, "objects that exist"]);
     const {state} = store;
-    node.append(labelledSelect("Map", options, geography.layers.indexOf(state.layer), (value) => {
+    const map = labelledSelect("Map", options, geography.layers.indexOf(state.layer), (value) => {
         const layer = geography.layers[value] || null;
         store.set({layer, view: layer ? layer.views[layer.view] : null, step: geography.stepNear(layer, store.state.step), selection: store.state.selection});
-    }).node);
+    });
+    node.append(map.node);
     const views = element("div", {class: "views"});
     node.append(views);
     if (geography.links.length)
@@ -30,6 +31,7 @@ function createControls(geography, store) {
     store.listen((now, changed) => {
         if (!changed.has("layer")) return;
         const {layer} = now;
+        map.select.value = geography.layers.indexOf(layer);
         views.replaceChildren();
         if (layer && layer.views.length > 1)
             views.append(labelledSelect("Values", [[0, "as they are"], [1, "compared with the mean"]], layer.views.indexOf(now.view),
