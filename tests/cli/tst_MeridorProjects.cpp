@@ -271,12 +271,12 @@ private Q_SLOTS:
         QVERIFY2(good.code == 0, qPrintable(good.out + good.err));
         QVERIFY2(good.out.contains("every figure is right"), qPrintable(good.out));
         for (const char *name : {"demo.vorn", "report.html", "then_and_now.png", "income_2009.png",
-                                 "rain_1999_09.png", "moran_2009.svg"})
+                                 "rain_1999_09.png", "moran_2009.svg", "level_above_41.png"})
             QVERIFY2(QFileInfo(place.path(QString("out/") + name)).size() > 0, name);
 
         // One income changed by a dollar: means and classes are off.
         for (const char *folder :
-             {"us_income", "us_states_history", "nc_sids", "carolina_climate"}) {
+             {"us_income", "us_states_history", "nc_sids", "carolina_climate", "wells"}) {
             const QString copy = QStringLiteral("samples/") + folder;
             QDir(place.path("")).mkpath(copy);
             for (const QFileInfo &file :
@@ -290,6 +290,20 @@ private Q_SLOTS:
             place.run({"demo", "out", "--samples", "samples", "--overwrite", "--json"});
         QCOMPARE(bad.code, 1);
         QVERIFY(bad.json().value("wrong").toInt() >= 1);
+        // One level changed by a metre: the model and all that follows from it is off.
+        table = place.bytes("samples/wells/wells.csv");
+        QVERIFY(table.contains("W050,"));
+        const int level = table.indexOf('\n', table.indexOf("W050,")) - 4;
+        table[level] = table[level] == '9' ? '8' : '9';
+        place.file("samples/wells/wells.csv", table);
+        QStringList wrong;
+        for (const QJsonValue &step :
+             place.run({"demo", "out", "--samples", "samples", "--overwrite", "--json"})
+                 .json()["steps"]
+                 .toArray())
+            if (step["chapter"] == "Levels between wells" && !step["right"].toBool())
+                wrong.append(step["step"].toString());
+        QCOMPARE(wrong.join(' '), QString("variogram krige compare validate simulate"));
     }
 };
 

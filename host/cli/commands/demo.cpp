@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A run through all main functions with real data, as a story: shapes that change, values over time,
-// grids, and neighbours that follow; all in one project, which ends as a page to look at.
+// grids, neighbours that follow, and a field between its wells; all in one project, which ends as a page to look at.
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -10,6 +10,7 @@
 #include "cli/commands/demoHistory.h"
 #include "cli/commands/demoIncome.h"
 #include "cli/commands/demoMemory.h"
+#include "cli/commands/demoWells.h"
 #include "cli/commands/reportCommands.h"
 #include "cli/samples.h"
 #include "core/analysis/snapshot.h"
@@ -49,6 +50,8 @@ public:
             requireWritable(mPlace.result(name), context.overwrite);
         for (const char *name : kClimateResults)
             requireWritable(mPlace.result(name), context.overwrite);
+        for (const char *name : kWellsResults)
+            requireWritable(mPlace.result(name), context.overwrite);
     }
 
     /// True if all figures were right.
@@ -69,6 +72,7 @@ private:
         HistoryDemo history(mSteps, mPlace);
         IncomeDemo income(mSteps, mPlace, session);
         ClimateDemo climate(mSteps, mPlace, session);
+        WellsDemo wells(mSteps, mPlace);
         mSteps.chapter("Then and now");
         history.thenAndNow();
         mSteps.chapter("Incomes converge");
@@ -77,10 +81,13 @@ private:
         income.neighborsThroughTime();
         mSteps.chapter("One map out of a grid");
         climate.oneMapOutOfAGrid();
+        mSteps.chapter("Levels between wells");
+        wells.levelsBetweenWells();
         mSteps.chapter("Saved and loaded");
         mSteps.step("save", [&] { return save(session); });
         mSteps.step("load", [&] { return load(session); });
         mSteps.step("compare", [&] { return compare(); });
+        wells.askedAgain();
         mSteps.chapter("Taken away");
         history.takenAway();
         income.takenAway();
@@ -126,11 +133,17 @@ private:
     {
         ReportPlan plan;
         plan.project = mPlace.result(kProject);
-        plan.title =
-            QStringLiteral("Two centuries of states, eighty years of income, a year of rain");
+        plan.title = QStringLiteral(
+            "Two centuries of states, eighty years of income, a year of rain, a field "
+            "of wells");
         plan.datasets = QStringList{QStringLiteral("terr_type"), QStringLiteral("area_sqmi"),
                                     QStringLiteral("income"),    QStringLiteral("pr_1999"),
-                                    QStringLiteral("tas_1999"),  QStringLiteral("rain")};
+                                    QStringLiteral("tas_1999"),  QStringLiteral("rain"),
+                                    QStringLiteral("level")};
+        for (const char *name : kWellsMaps)
+            plan.beside.append(QLatin1String(name));
+        plan.datasets += plan.beside;
+        plan.sameClasses = {plan.beside.mid(0, 2)};
         for (const char *day : kThenAndNow)
             plan.sideMaps.append(QLatin1String(day));
         ReportProject project = gatherReport(plan);

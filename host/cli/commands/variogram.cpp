@@ -7,10 +7,10 @@
 #include "cli/commands/projectEdit.h"
 #include "core/geostatistics/covariance.h"
 #include "core/geostatistics/variogramModels.h"
+#include "core/plot/plots.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
-#include "core/render/graph.h"
 #include "core/render/pictureFile.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
@@ -164,50 +164,6 @@ void print(const VariogramAt &at, const QString &when, const Console &console)
         console.print(at.fitted->remark);
 }
 
-/// The classes with their pair counts, and the model as a line, for each direction.
-Graph graphOf(const VariogramAt &at, const QString &dataset, const QString &when)
-{
-    constexpr int kSteps = 200;
-    Graph graph;
-    graph.texts.title = QStringLiteral("Variogram of ") + dataset;
-    graph.texts.subtitle = when;
-    if (at.fitted)
-        graph.texts.footnote = structuresText(at.fitted->model);
-    graph.x.title = QStringLiteral("separation");
-    graph.x.low = 0;
-    graph.y.title = QStringLiteral("semivariance");
-    graph.y.low = 0;
-    const auto directions =
-        at.lags.directions.empty() ? std::vector<double>{0} : at.lags.directions;
-    for (const double direction : directions) {
-        const bool all = at.lags.directions.empty();
-        const QString name = all ? QStringLiteral("pairs")
-                                 : shortNumber(direction / kDegree) + QStringLiteral(" degrees");
-        GraphSeries points{name};
-        points.look = GraphSeries::Points;
-        points.color = lineColor(graph.series.size());
-        for (const LagBin &bin : at.bins) {
-            if (bin.direction != direction)
-                continue;
-            points.points.append({bin.lag, bin.value});
-            points.labels.append(QString::number(bin.pairs));
-            if (bin.value < 0)
-                graph.y.low = GraphAxis::kOfData; // a cross variogram
-        }
-        graph.series.append(points);
-        if (!at.fitted)
-            continue;
-        GraphSeries line{all ? QStringLiteral("model") : QString()};
-        line.color = all ? lineColor(1) : points.color;
-        for (int i = 1; i <= kSteps; ++i) {
-            const double h = at.lags.cutoff * i / kSteps;
-            line.points.append({h, at.fitted->model.GetModelValue(h, direction)});
-        }
-        graph.series.append(line);
-    }
-    return graph;
-}
-
 void run(const Options &options, const Context &context)
 {
     if (!options.plot.isEmpty()) {
@@ -232,8 +188,8 @@ void run(const Options &options, const Context &context)
         if (!options.plot.isEmpty()) {
             if (found.size() > 1)
                 failUsage(QStringLiteral("a plot shows one time; see --at and --pooled"), "plot");
-            savePicture(graphOf(found.first(), datasetName(plan.dataset),
-                                always ? QString() : axis.show(found.first().when)),
+            savePicture(variogramGraph(found.first(), datasetName(plan.dataset),
+                                       always ? QString() : axis.show(found.first().when)),
                         options.plot);
         }
         QJsonArray json;

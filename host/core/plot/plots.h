@@ -6,6 +6,7 @@
 #include <QString>
 #include <QVector>
 #include "core/export.h"
+#include "core/geostatistics/variogramModels.h"
 #include "core/render/classification.h"
 #include "core/render/graph.h"
 #include "datainterface/TimeStamp.h"
@@ -40,5 +41,9 @@ MERIDOR_EXPORT Plot timePlot(ShownDataset dataset, const QVector<int> &objects);
 /// deviations (L. Anselin 1996, in Spatial analytical perspectives on GIS).
 MERIDOR_EXPORT Plot moranScatter(ShownDataset dataset, int weightSet, const Interval &when,
                                  ShownDataset label);
+/// The classes of a variogram with their numbers of pairs, and the model as a line, by direction.
+/// @param when  the time as a text; empty: always.
+MERIDOR_EXPORT Graph variogramGraph(const VariogramAt &at, const QString &dataset,
+                                    const QString &when);
 
 } // namespace meridor
