@@ -1,26 +1,37 @@
 # SPDX-License-Identifier: MIT
-# Libraries, headers, and two ways for a foreign project to find them: a config package and pkg-config files.
+# What is installed, and two ways for a foreign project to find it: a config package and pkg-config files. Each rule names
+# its component, which is a package in cmake/Packages.cmake; host/ and docs/reference/ install their parts themselves.
 include(CMakePackageConfigHelpers)
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DataInterface)
 
-install(TARGETS DataInterface Fennimark EXPORT DataInterfaceTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY include/datainterface fennimark/include/fennimark DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# install_shared_libraries(EXPORT_SET COMPONENT library...): the libraries go to COMPONENT; the links that a linker follows,
+# and the targets as the file EXPORT_SET.cmake, to COMPONENTDevelopment. The build tree offers the same targets.
+function(install_shared_libraries export_set component)
+    install(TARGETS ${ARGN} EXPORT ${export_set}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT ${component}Development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component}Development
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component})
+    install(EXPORT ${export_set} NAMESPACE DataInterface:: DESTINATION ${package_dir} COMPONENT ${component}Development)
+    export(EXPORT ${export_set} NAMESPACE DataInterface:: FILE ${PROJECT_BINARY_DIR}/${export_set}.cmake)
+endfunction()
+
+install_shared_libraries(DataInterfaceTargets Library DataInterface Fennimark)
+install(DIRECTORY include/datainterface fennimark/include/fennimark DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    COMPONENT LibraryDevelopment)
 # The libraries find each other beside themselves, wherever the prefix is moved to.
 set_target_properties(DataInterface PROPERTIES INSTALL_RPATH "$ORIGIN")
+if(TARGET MeridorCore)
+    install_shared_libraries(MeridorCoreTargets Core MeridorCore)
+endif()
 
-set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DataInterface)
-install(EXPORT DataInterfaceTargets NAMESPACE DataInterface:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/DataInterfaceConfig.cmake.in
     ${PROJECT_BINARY_DIR}/package/DataInterfaceConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/DataInterfaceConfigVersion.cmake
     VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/package/DataInterfaceConfig.cmake
-    ${PROJECT_BINARY_DIR}/package/DataInterfaceConfigVersion.cmake DESTINATION ${package_dir})
+    ${PROJECT_BINARY_DIR}/package/DataInterfaceConfigVersion.cmake DESTINATION ${package_dir} COMPONENT LibraryDevelopment)
 
 # The build tree offers the same package: find_package(DataInterface) with DataInterface_DIR set to the build directory.
-export(EXPORT DataInterfaceTargets NAMESPACE DataInterface:: FILE ${PROJECT_BINARY_DIR}/DataInterfaceTargets.cmake)
 configure_file(${PROJECT_BINARY_DIR}/package/DataInterfaceConfigVersion.cmake
     ${PROJECT_BINARY_DIR}/DataInterfaceConfigVersion.cmake COPYONLY)
 configure_package_config_file(cmake/DataInterfaceConfig.cmake.in ${PROJECT_BINARY_DIR}/DataInterfaceConfig.cmake
@@ -28,7 +39,17 @@ configure_package_config_file(cmake/DataInterfaceConfig.cmake.in ${PROJECT_BINAR
 
 # From the pkg-config directory up to the prefix, so that an install tree can be moved.
 file(RELATIVE_PATH PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+get_target_property(FENNIMARK_VERSION Fennimark VERSION)
 foreach(name datainterface fennimark)
     configure_file(cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
-    install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT LibraryDevelopment)
 endforeach()
+
+install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/datainterface COMPONENT Library)
+
+# Removes what the last installation out of this build tree put into place. A project that contains this one may have a
+# target of this name.
+if(NOT TARGET uninstall)
+    add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -DMANIFEST=${PROJECT_BINARY_DIR}/install_manifest.txt
+        -P ${PROJECT_SOURCE_DIR}/cmake/Uninstall.cmake VERBATIM)
+endif()

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/VersionAPI.h"
 
+// The number of the newest form of project files. It changes with the form, not with the product.
 const int serializationVersionNumber = 400021;
-const int productVersionNumber = 400021;
+// The build makes this of the version of the CMake project.
+const int productVersionNumber = DATAINTERFACE_PRODUCT_VERSION;
+static_assert(DATAINTERFACE_PRODUCT_VERSION >= 400021, "The product reads its own files.");
 const QString applicationName = QStringLiteral("Meridor");
 const QString applicationVendor = QStringLiteral("Kestrelwick");
 int dataInterfaceVersionLoading = 0;

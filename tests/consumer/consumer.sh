@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # Builds and runs the foreign project: against the build tree by the config package, against an install tree by the
 # config package, also with a Clang whose default standard is an older one where there is such a compiler, and against
-# the install tree by pkg-config.
+# the install tree by pkg-config. At the end the install tree is uninstalled, and nothing of it may be left.
 # With WITH_CORE 1, a second program uses the library of the hosts in the same packages.
 # usage: consumer.sh BUILD_DIR SOURCE_DIR CXX WITH_CORE
 set -euo pipefail
@@ -31,3 +31,7 @@ export PKG_CONFIG_PATH
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir datainterface)
 export LD_LIBRARY_PATH
 echo "pkg-config: $("$work/by-pkg-config")"
+
+cmake --build "$build" --target uninstall >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+left=$(find "$work/prefix" ! -type d -o -iname '*datainterface*' -o -iname '*fennimark*' -o -iname '*meridor*')
+[ -z "$left" ] || { echo "left by uninstall: $left"; exit 1; }
