@@ -54,6 +54,13 @@ DATAINTERFACE_EXPORT bool VORN_GetDataValues(int id, int realization, qint64 t,
 /// Numbers of either type; integers are converted to double.
 DATAINTERFACE_EXPORT bool VORN_GetNumericValues(int id, int realization, qint64 t,
                                                 QVector<double> &values, QSet<int> &missing);
+/// The class of each object's value. Class i has the values above breaks[i] up to and including
+/// breaks[i + 1], class 0 also those equal to breaks[0]. -1 for a missing value, for NaN and for a
+/// value outside all classes.
+/// @param breaks  ascending, one more than there are classes.
+DATAINTERFACE_EXPORT bool VORN_GetClassNumbers(int id, int realization, qint64 t,
+                                               const QVector<double> &breaks,
+                                               QVector<int> &classes);
 /// The slice as it is stored. False for a dataset that is stored as series.
 DATAINTERFACE_EXPORT bool VORN_GetTimeSliceData(int id, int realization, qint64 t,
                                                 QVector<double> &values, QSet<int> &missing);

@@ -19,6 +19,8 @@
 #include "datainterface/export.h"
 #include "datainterface/neighborDatum.h"
 
+struct FMShapes; // fennimark/FMShapes.h
+
 /// The summary of a geography; a default record for an unknown id.
 DATAINTERFACE_EXPORT GeoProps VORN_GetGeographyProperties(int geographyId);
 /// The MGeoData, which the controller continues to own; null for an unknown id.
@@ -56,6 +58,12 @@ DATAINTERFACE_EXPORT bool VORN_GetLineVertices(int geographyId, unsigned int obj
 /// Top left is the smallest x and the smallest y.
 DATAINTERFACE_EXPORT bool VORN_GetObjectBounds(int geographyId, unsigned int object, qint64 time,
                                                QRectF &bounds);
+
+/// The geometries of all objects of a vector geography at a time, with object indices as `ids`, in
+/// the order of the geography's records: neighbours in space are near to one another. They stay
+/// valid over VORN_GetStaticObjectInterval. An object without a geometry has no entry. False when
+/// memory does not hold them, or when the scratch file cannot be read.
+DATAINTERFACE_EXPORT bool VORN_GetAllShapes(int geographyId, qint64 time, FMShapes &shapes);
 
 // Polygons by handle. Areas and overlays need simple polygons (FMPolygon::IsSimple).
 /// The rings in the order and direction in which they were given.

@@ -82,6 +82,21 @@ DATAINTERFACE_EXPORT bool VORN_GetRasterData(int id, int realization, qint64 tim
 DATAINTERFACE_EXPORT bool VORN_GetRasterDataAsDecimal(int id, int realization, qint64 time,
                                                       QVector<double> &values, MissingFlag &flag);
 
+/// How the cells behind a pixel become one value.
+enum class RasterSampling {
+    Nearest, ///< the cell that contains the centre of the pixel
+    Mean     ///< the mean of the cells whose centres are in the pixel; Nearest where there is none
+};
+/// The cells of the grid at a time as a picture of `width` by `height` pixels of a part of the map:
+/// row by row, the first one at the largest y. NaN for a missing cell and beyond the grid; a mean is
+/// that of the cells with a value. Cells without statistics, such as colours, have no mean: the
+/// nearest is taken. The grid is checked out once; a caller that reads it repeatedly keeps the
+/// dataset checked out. False without a grid at the time, for a window that has no area or is not
+/// finite, and for more pixels than a vector holds.
+DATAINTERFACE_EXPORT bool VORN_GetRasterWindow(int id, int realization, qint64 time,
+                                               const QRectF &window, int width, int height,
+                                               RasterSampling sampling, QVector<double> &values);
+
 // One cell. False, with the value unchanged, for a missing cell, for a cell outside the grid, and
 // without a grid at the time.
 /// Decimal datasets.

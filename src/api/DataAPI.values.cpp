@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Values of vector datasets. Each overload calls a template with its element type.
 #include "datainterface/DataAPI.h"
+#include <algorithm>
 #include <cstring>
 #include "api/dataFrame.h"
 #include "datainterface/dataContainer.h"
@@ -52,6 +53,31 @@ bool getSlice(int id, int realization, qint64 t, QVector<T> &values, QSet<int> &
         missing = slice->GetMissingIds();
         return true;
     });
+}
+
+// With few classes a count of all limits below the value is faster than a binary search, whose
+// branches are unpredictable.
+constexpr int kCountedLimits = 24;
+
+QVector<int> classesOf(const QVector<double> &values, const QVector<double> &breaks)
+{
+    if (breaks.size() < 2)
+        return QVector<int>(values.size(), -1);
+    QVector<int> classes(values.size());
+    int *out = classes.data();
+    const double *inner = breaks.constData() + 1;
+    const int innerCount = breaks.size() - 2;
+    for (const double value : values) {
+        int found = 0;
+        if (innerCount <= kCountedLimits) {
+            for (int i = 0; i < innerCount; ++i)
+                found += value > inner[i] ? 1 : 0;
+        } else {
+            found = static_cast<int>(std::lower_bound(inner, inner + innerCount, value) - inner);
+        }
+        *out++ = value >= breaks.first() && value <= breaks.last() ? found : -1;
+    }
+    return classes;
 }
 
 MDatum valueOf(int id, int realization, unsigned int object, qint64 t)
@@ -181,6 +207,20 @@ bool VORN_GetNumericValues(int id, int realization, qint64 t, QVector<double> &v
         missing = foundMissing;
         return true;
     });
+}
+
+bool VORN_GetClassNumbers(int id, int realization, qint64 t, const QVector<double> &breaks,
+                          QVector<int> &classes)
+{
+    QVector<double> values;
+    QSet<int> missing;
+    if (!VORN_GetNumericValues(id, realization, t, values, missing))
+        return false;
+    QVector<int> found = classesOf(values, breaks);
+    for (const int object : qAsConst(missing))
+        found[object] = -1;
+    classes = found;
+    return true;
 }
 
 bool VORN_GetTimeSliceData(int id, int realization, qint64 t, QVector<double> &values,

@@ -487,6 +487,35 @@ private Q_SLOTS:
         QVERIFY(VORN_GetDatasetAttribute(plain, QStringLiteral("Normal scores"), isNormal));
         QCOMPARE(isNormal, QVariant(0));
     }
+
+    void classesIncludeTheirUpperLimits()
+    {
+        TestModel model;
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        const int geography = addPoints(9);
+        const int id = addDataset(geography, DecimalType);
+        const QVector<double> values{0, 1, 1.5, 2, 3, 3.5, -1, nan, 2};
+        QVERIFY(VORN_AddDataValues(id, 0, kSpan, values, {8}, true, true));
+        QVector<int> classes;
+        QVERIFY(VORN_GetClassNumbers(id, 0, 5, {0, 1, 2, 3}, classes));
+        QCOMPARE(classes, (QVector<int>{0, 0, 1, 1, 2, -1, -1, -1, -1}));
+        QVector<double> many; // as many limits as are searched instead of counted
+        for (int i = 0; i <= 60; ++i)
+            many.append(i * 0.05);
+        QVERIFY(VORN_GetClassNumbers(id, 0, 5, many, classes));
+        for (int i = 0; i < values.size() - 1; ++i) {
+            const InCase inCase(i);
+            int expected = -1;
+            for (int k = 0; k < 60 && expected < 0; ++k)
+                expected = values[i] <= many[k + 1] && values[i] >= many[0] ? k : -1;
+            QCOMPARE(classes[i], expected);
+        }
+        QVERIFY(VORN_GetClassNumbers(id, 0, 5, {1}, classes));
+        QCOMPARE(classes, QVector<int>(9, -1));
+        QVERIFY(!VORN_GetClassNumbers(addDataset(geography, StringType), 0, 5, {0, 1}, classes));
+        QVERIFY(!VORN_GetClassNumbers(-1, 0, 5, {0, 1}, classes));
+        QCOMPARE(classes.size(), 9);
+    }
 };
 QTEST_GUILESS_MAIN(TestDataAPI)
 #include "tst_DataAPI.moc"

@@ -6,6 +6,7 @@
 #include "datainterface/MVectorData.h"
 #include "datainterface/RasterAPI.h"
 #include "fennimark/FMPolygon.h"
+#include "fennimark/FMShapes.h"
 #include "fennimark/Fennims.h"
 #include "support/checks.h"
 #include "support/model.h"
@@ -88,6 +89,55 @@ private Q_SLOTS:
         QCOMPARE(told(VORN_ObjectQuery(id, 2, windows, 5, found)), Objects{0});
         QVERIFY(!VORN_ObjectQuery(windows, 1, id, 5, found));
         QCOMPARE(found, Objects{0});
+    }
+
+    // The arrays against the same objects one by one, at two times and after a removal.
+    void allShapesAreThoseOfTheObjects()
+    {
+        TestModel model;
+        const int points = addMovingPoints(model);
+        FMShapes shapes;
+        for (const qint64 time : {5, 15, 25}) {
+            const InCase inCase(time);
+            QVERIFY(VORN_GetAllShapes(points, time, shapes));
+            QCOMPARE(shapes.ids.size(), std::size_t(VORN_GetObjectCount(points, time)));
+            QCOMPARE(shapes.vertices.size(), shapes.ids.size());
+            for (std::size_t i = 0; i < shapes.ids.size(); ++i) {
+                QPointF place(kNan, kNan);
+                VORN_GetPointVertex(points, unsigned(shapes.ids[i]), time, place);
+                QCOMPARE(shapes.vertices[i], place);
+            }
+        }
+        const QVector<QPointF> hole{{1, 1}, {2, 1}, {2, 2}};
+        VORN_StartNewVectorGeography(QRectF(0, 0, 9, 9), 0, 9, -1);
+        for (const auto &rings :
+             {QList<QList<QPointF>>{kSquare.toList(), hole.toList()}, {kBowTie.toList()}})
+            VORN_AddPolygonToChain(unsigned(VORN_CreateNewObjectChain()), rings,
+                                   {0, 9, true, true});
+        const int polygons = VORN_FinishVectorGeography("areas", QString(), TF_Integer);
+        QVERIFY(VORN_GetAllShapes(polygons, 5, shapes));
+        QCOMPARE(shapes.ids.size(), std::size_t(2));
+        for (std::size_t i = 0; i < 2; ++i) {
+            const auto object = unsigned(shapes.ids[i]);
+            Rings rings;
+            for (quint32 part = shapes.firstPart[i]; part < shapes.firstPart[i + 1]; ++part)
+                rings.append(QVector<QPointF>(shapes.vertices.data() + shapes.partStart[part],
+                                              shapes.vertices.data() + shapes.partStart[part + 1]));
+            Rings expected;
+            const Handle handle(polygons, object);
+            QVERIFY(VORN_GetPolygonVertices(handle.object, expected));
+            QCOMPARE(rings, expected);
+            const Rect2D &box = shapes.boxes[i];
+            QRectF bounds;
+            VORN_GetObjectBounds(polygons, object, 5, bounds);
+            QCOMPARE(QRectF(QPointF(box.xMin, box.yMin), QPointF(box.xMax, box.yMax)), bounds);
+        }
+        QVERIFY(VORN_GetAllShapes(polygons, 99, shapes)); // nothing exists
+        QCOMPARE(shapes.ids.size(), std::size_t(0));
+        shapes.ids = {7};
+        QVERIFY(!VORN_GetAllShapes(addGrid(2, 2), 5, shapes));
+        QVERIFY(!VORN_GetAllShapes(99, 5, shapes));
+        QCOMPARE(shapes.ids, std::vector<int>{7});
     }
 
     void neighborsComeWithDistanceAndAngle()

@@ -220,6 +220,85 @@ private Q_SLOTS:
         QCOMPARE(addGrid(3, 5, QRectF(0, 0, nan, 3)), -1);
         QCOMPARE(addGrid(0x80000000u, 1, QRectF(0, 0, 5, 3)), -1);
     }
+
+    void windowsShowTheNearestCellOrTheMean_data()
+    {
+        QTest::addColumn<QRectF>("window");
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("a pixel for a cell") << QRectF(10, 20, 14, 18) << QSize(7, 6);
+        QTest::newRow("several cells a pixel") << QRectF(10, 20, 14, 18) << QSize(3, 2);
+        QTest::newRow("several pixels a cell") << QRectF(13, 24, 3, 5) << QSize(9, 8);
+        QTest::newRow("beyond all sides") << QRectF(0.3, 0.2, 41, 61) << QSize(11, 5);
+        QTest::newRow("one pixel of all") << QRectF(-90, -90, 400, 400) << QSize(1, 1);
+        QTest::newRow("outside") << QRectF(100, 100, 5, 5) << QSize(2, 2);
+        QTest::newRow("far outside") << QRectF(1e300, -1e300, 1e299, 1e290) << QSize(2, 2);
+    }
+    void windowsShowTheNearestCellOrTheMean()
+    {
+        QFETCH(QRectF, window);
+        QFETCH(QSize, size);
+        TestModel model;
+        const int rows = 6;
+        const int columns = 7;
+        const QRectF bounds(10, 20, 2.0 * columns, 3.0 * rows);
+        const int id = VORN_NewRasterDataset(addGrid(rows, columns, bounds), "values",
+                                             RasterDecimalType, 1, 32, QString());
+        QVector<float> cells(rows * columns);
+        for (int i = 0; i < cells.size(); ++i)
+            cells[i] = i % 5 == 0 ? -1.0f : float(i * i % 17);
+        cells[8] = std::numeric_limits<float>::quiet_NaN();
+        QVERIFY(VORN_AddRasterValues(id, 0, Interval{0, 9, true, true}, cells, -1.0f, true, false));
+        const auto cellAt = [&](int column, int row) {
+            const bool isCell = column >= 0 && column < columns && row >= 0 && row < rows;
+            const float value = isCell ? cells[row * columns + column] : -1.0f;
+            return value == -1.0f ? std::numeric_limits<double>::quiet_NaN() : double(value);
+        };
+        QVector<double> nearest;
+        QVector<double> means;
+        QVERIFY(VORN_GetRasterWindow(id, 0, 5, window, size.width(), size.height(),
+                                     RasterSampling::Nearest, nearest));
+        QVERIFY(VORN_GetRasterWindow(id, 0, 5, window, size.width(), size.height(),
+                                     RasterSampling::Mean, means));
+        const double width = window.width() / size.width();
+        const double height = window.height() / size.height();
+        for (int i = 0; i < nearest.size(); ++i) {
+            const InCase inPixel(i);
+            const QRectF pixel(window.left() + i % size.width() * width,
+                               window.bottom() - (i / size.width() + 1) * height, width, height);
+            const auto column = std::floor((pixel.center().x() - bounds.left()) / 2.0);
+            const auto row = std::floor((bounds.bottom() - pixel.center().y()) / 3.0);
+            const bool isFar = std::fabs(column) > 1e6 || std::fabs(row) > 1e6;
+            const double cell = isFar ? cellAt(-1, -1) : cellAt(int(column), int(row));
+            QCOMPARE(nearest[i], cell);
+            double sum = 0.0;
+            int count = 0;
+            int centres = 0;
+            for (int c = 0; c < columns; ++c) {
+                for (int r = 0; r < rows; ++r) {
+                    const QPointF centre(bounds.left() + 2.0 * c + 1,
+                                         bounds.bottom() - 3.0 * r - 1.5);
+                    if (!pixel.contains(centre))
+                        continue;
+                    ++centres;
+                    if (!std::isnan(cellAt(c, r))) {
+                        sum += cellAt(c, r);
+                        ++count;
+                    }
+                }
+            }
+            if (centres > 0)
+                QCOMPARE(means[i], sum / count); // NaN when all of them are missing
+            else if (size == QSize(9, 8))
+                QCOMPARE(means[i], cell);
+        }
+        QVERIFY(!VORN_GetRasterWindow(id, 0, 50, window, 2, 2, RasterSampling::Mean, means));
+        for (const QRectF &wrong : {QRectF(0, 0, 0, 5), QRectF(0, 0, -1, 5),
+                                    QRectF(0, 0, std::numeric_limits<double>::infinity(), 1)})
+            QVERIFY(!VORN_GetRasterWindow(id, 0, 5, wrong, 2, 2, RasterSampling::Nearest, means));
+        QVERIFY(!VORN_GetRasterWindow(id, 0, 5, window, 1 << 16, 1 << 15, RasterSampling::Nearest,
+                                      means));
+        QCOMPARE(means.size(), nearest.size());
+    }
 };
 
 QTEST_GUILESS_MAIN(TestRasterQueries)
