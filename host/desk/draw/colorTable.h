@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+/// A colour for each object.
+#pragma once
+#include <QRgb>
+#include <QVector>
+#include <vector>
+
+namespace meridor {
+
+/// How objects are coloured by class and state. Colours are opaque.
+struct ColorRule {
+    QVector<QRgb> classes;              ///< by class number
+    QRgb plain = qRgb(188, 188, 188);   ///< every object, without classes
+    QRgb missing = qRgb(236, 236, 236); ///< an object without a class; it is hatched
+    QRgb selected = qRgb(255, 149, 0);  ///< replaces the colour of a selected object
+    QRgb ground = qRgb(255, 255, 255);  ///< behind the objects
+    bool fadeOthers = false;            ///< whether objects that are not selected move towards the
+                                        ///< ground while any is selected, and selected objects keep
+                                        ///< their own colour
+};
+
+/// The colours of the numbers of a pick buffer: colour 0 is that of pixels without an object, i + 1
+/// that of object i. Alpha is 255 for a plain colour, kHatched for one that is drawn as a hatch, and 0
+/// where what is below remains visible: at pixels without an object and at objects that are not
+/// shown.
+class ColorTable {
+public:
+    static constexpr unsigned kHatched = 1;
+
+    /// Pointers may be null: no classes, all objects shown, none selected. The arrays have one entry
+    /// for each of `count` objects. Flags are those of MAttributes::GetAttributeVector.
+    void build(int count, const ColorRule &rule, const int *classes, const unsigned char *shown,
+               const unsigned char *selected);
+    const QRgb *data() const { return mColors.data(); }
+    /// The numbers of the pick buffer must be below.
+    std::size_t size() const { return mColors.size(); }
+
+private:
+    std::vector<QRgb> mColors{0};
+};
+
+/// The colour `share` of the way from one colour to another.
+QRgb mixed(QRgb from, QRgb to, double share);
+
+} // namespace meridor

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: MIT
+#include "desk/draw/pickBuffer.h"
+#include <algorithm>
+#include <cstring>
+#include "desk/draw/bands.h"
+#include "desk/draw/flatGeometry.h"
+#include "desk/draw/lineDraw.h"
+#include "desk/draw/pointStamp.h"
+#include "desk/draw/polygonFill.h"
+
+namespace meridor {
+namespace {
+
+// Vertices are snapped to half pixels when the mean edge is shorter than this. It saves time only
+// where most edges then disappear.
+constexpr double kSnappedEdge = 0.5;
+constexpr int kLeastSlice = 64;
+constexpr int kSlices = 8;
+
+/// Calls visit(shape) for the shapes of all blocks that come within `reach` pixels of the area.
+template <class Visit>
+void visitShapes(const FlatGeometry &geometry, const Lattice &lattice, const PickArea &area,
+                 int reach, Visit visit)
+{
+    const double margin = reach + 1;
+    const std::vector<Rect2D> &blocks = geometry.blocks();
+    for (std::size_t block = 0; block < blocks.size(); ++block) {
+        const Rect2D box = lattice.box(blocks[block]);
+        if (!(box.xMin < area.right + margin && box.xMax >= area.left - margin
+              && box.yMin < area.bottom + margin && box.yMax >= area.top - margin))
+            continue;
+        const std::size_t first = block * FlatGeometry::kBlock;
+        const std::size_t end = std::min(first + FlatGeometry::kBlock, geometry.count());
+        for (std::size_t shape = first; shape < end; ++shape)
+            visit(shape);
+    }
+}
+
+void drawArea(const FlatGeometry &geometry, const ViewTransform &view, const PickStyle &style,
+              const PickArea &area)
+{
+    const FMShapes &shapes = geometry.shapes();
+    const Lattice lattice(view);
+    const auto valueOf = [&shapes](std::size_t shape) {
+        return static_cast<quint32>(shapes.ids[shape] + 1);
+    };
+    if (geometry.kind() == FlatGeometry::Areas) {
+        PolygonFill fill(lattice, area, geometry.meanEdge(view) < kSnappedEdge);
+        visitShapes(geometry, lattice, area, 0,
+                    [&](std::size_t shape) { fill.fill(shapes, shape, valueOf(shape)); });
+    } else if (geometry.kind() == FlatGeometry::Lines) {
+        const LineDraw line(lattice, area, style.lineWidth);
+        visitShapes(geometry, lattice, area, line.reach(),
+                    [&](std::size_t shape) { line.draw(shapes, shape, valueOf(shape)); });
+    } else {
+        const PointStamp stamp(style.placeSize);
+        visitShapes(geometry, lattice, area, stamp.reach(), [&](std::size_t shape) {
+            const QPointF &place = shapes.vertices[shape];
+            stamp.draw(lattice.x(place.x()), lattice.y(place.y()), valueOf(shape), area);
+        });
+    }
+}
+
+} // namespace
+
+bool PickBuffer::draw(const FlatGeometry &geometry, const ViewTransform &view,
+                      const PickStyle &style, const std::function<bool()> &stop)
+{
+    begin(view, style);
+    const int rows = stop ? std::max(kLeastSlice, mHeight / kSlices) : mHeight;
+    while (!isComplete()) {
+        if (stop && stop())
+            return false;
+        drawSlice(geometry, rows);
+    }
+    return true;
+}
+
+bool PickBuffer::follow(const FlatGeometry &geometry, const ViewTransform &view,
+                        const PickStyle &style, const std::function<bool()> &stop)
+{
+    if (!isComplete() || style != mStyle || !view.sharesLattice(mView))
+        return draw(geometry, view, style, stop);
+    const QRect kept = moveTo(view);
+    if (2 * qint64(kept.width()) * kept.height() < qint64(mWidth) * mHeight)
+        return draw(geometry, view, style, stop);
+    const int below = kept.top() + kept.height();
+    const int behind = kept.left() + kept.width();
+    drawRect(geometry, QRect(0, 0, mWidth, kept.top()));
+    drawRect(geometry, QRect(0, below, mWidth, mHeight - below));
+    drawRect(geometry, QRect(0, kept.top(), kept.left(), kept.height()));
+    drawRect(geometry, QRect(behind, kept.top(), mWidth - behind, kept.height()));
+    return true;
+}
+
+void PickBuffer::begin(const ViewTransform &view, const PickStyle &style)
+{
+    mView = view;
+    mStyle = style;
+    mWidth = std::max(0, view.size().width());
+    mHeight = std::max(0, view.size().height());
+    mPixels.assign(std::size_t(mWidth) * std::size_t(mHeight), kNothing);
+    mDrawnRows = 0;
+    mObjectLimit = 0;
+}
+
+void PickBuffer::drawSlice(const FlatGeometry &geometry, int rows)
+{
+    const int count = std::min(std::max(1, rows), mHeight - mDrawnRows);
+    drawRect(geometry, QRect(0, mDrawnRows, mWidth, count));
+    mDrawnRows += std::max(0, count);
+}
+
+/// Draws into pixels of the window that hold nothing.
+void PickBuffer::drawRect(const FlatGeometry &geometry, const QRect &rect)
+{
+    if (rect.isEmpty() || geometry.count() == 0)
+        return;
+    mObjectLimit = std::max(mObjectLimit, geometry.objectLimit());
+    // Each band of places is a pass over all of them.
+    const int bandsPerThread = geometry.kind() == FlatGeometry::Places ? 1 : 2;
+    inBands(rect.top(), rect.top() + rect.height(), mThreads, bandsPerThread,
+            [&](int first, int end) {
+                PickArea area;
+                area.left = rect.left() + mView.origin().x();
+                area.right = area.left + rect.width();
+                area.top = first + mView.origin().y();
+                area.bottom = end + mView.origin().y();
+                area.stride = mWidth;
+                area.pixels = mPixels.data() + std::size_t(first) * std::size_t(mWidth)
+                              + std::size_t(rect.left());
+                drawArea(geometry, mView, mStyle, area);
+            });
+}
+
+QRect PickBuffer::moveTo(const ViewTransform &view)
+{
+    const QSize size(std::max(0, view.size().width()), std::max(0, view.size().height()));
+    const QRect before(mView.origin(), QSize(mWidth, mHeight));
+    const QRect shared = before & QRect(view.origin(), size);
+    const QRect kept = shared.isEmpty() ? QRect() : shared.translated(-view.origin());
+    std::vector<quint32> moved(std::size_t(size.width()) * std::size_t(size.height()), kNothing);
+    const QPoint from = shared.topLeft() - mView.origin();
+    for (int y = 0; y < kept.height(); ++y)
+        std::memcpy(moved.data() + std::size_t(kept.top() + y) * std::size_t(size.width())
+                        + kept.left(),
+                    row(from.y() + y) + from.x(), std::size_t(kept.width()) * sizeof(quint32));
+    mPixels.swap(moved);
+    mView = view;
+    mWidth = size.width();
+    mHeight = size.height();
+    mDrawnRows = mHeight;
+    return kept;
+}
+
+int PickBuffer::objectAt(const QPoint &pixel) const
+{
+    if (pixel.x() < 0 || pixel.x() >= mWidth || pixel.y() < 0 || pixel.y() >= mHeight)
+        return -1;
+    return static_cast<int>(row(pixel.y())[pixel.x()]) - 1;
+}
+
+int PickBuffer::objectNear(const QPoint &pixel, int reach) const
+{
+    int found = -1;
+    int nearest = reach * reach;
+    for (int y = std::max(0, pixel.y() - reach); y <= std::min(mHeight - 1, pixel.y() + reach);
+         ++y) {
+        for (int x = std::max(0, pixel.x() - reach); x <= std::min(mWidth - 1, pixel.x() + reach);
+             ++x) {
+            const QPoint offset = QPoint(x, y) - pixel;
+            const int distance = QPoint::dotProduct(offset, offset);
+            if (row(y)[x] == kNothing || distance > nearest || (found >= 0 && distance == nearest))
+                continue;
+            nearest = distance;
+            found = static_cast<int>(row(y)[x]) - 1;
+        }
+    }
+    return found;
+}
+
+} // namespace meridor

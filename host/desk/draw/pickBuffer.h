@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+/// The picture of a layer as object numbers.
+#pragma once
+#include <QPoint>
+#include <QRect>
+#include <functional>
+#include <vector>
+#include "desk/draw/viewTransform.h"
+
+namespace meridor {
+
+class FlatGeometry;
+
+/// How places and lines are drawn, in pixels of the buffer.
+struct PickStyle {
+    int placeSize = 5;      ///< diameter of a disc, 1 to 255
+    double lineWidth = 1.0; ///< up to 255; below 1.5 a chain of single pixels
+    /// The same for a view with twice as many pixels in each direction.
+    PickStyle doubled() const { return {placeSize * 2, lineWidth * 2.0}; }
+    bool operator==(const PickStyle &other) const
+    {
+        return placeSize == other.placeSize && lineWidth == other.lineWidth;
+    }
+    bool operator!=(const PickStyle &other) const { return !(*this == other); }
+};
+
+/// A quint32 for each pixel of a view: the object index + 1 of the last shape there, in the order
+/// of the shapes, and 0 where there is none. The colours of a picture are a pass over it
+/// (colorPass.h), so that neither classes nor a selection draw geometry again.
+///
+/// A drawing is done in slices of rows, from the top, between which the caller may attend to
+/// events:
+///
+///     buffer.begin(view, style);
+///     while (!buffer.isComplete() && !eventsWait())
+///         buffer.drawSlice(geometry, 128);
+class PickBuffer {
+public:
+    static constexpr quint32 kNothing = 0;
+
+    /// Further threads draw bands of rows; the picture is the same with any number.
+    explicit PickBuffer(int threads = 2) : mThreads(threads) {}
+
+    /// Draws all of it. False when `stop`, which is asked between slices, returned true; the rows
+    /// that are not drawn yet hold nothing.
+    bool draw(const FlatGeometry &geometry, const ViewTransform &view, const PickStyle &style,
+              const std::function<bool()> &stop = {});
+    /// The same, but pixels that the present picture shares with the new view, of the same geometry,
+    /// are moved instead of drawn: after a pan, or in a window of another size.
+    bool follow(const FlatGeometry &geometry, const ViewTransform &view, const PickStyle &style,
+                const std::function<bool()> &stop = {});
+
+    /// Empties the buffer. Its size is that of the view; a negative size counts as none.
+    void begin(const ViewTransform &view, const PickStyle &style);
+    /// Draws the next `rows` rows. A slice of places that lie in no spatial order costs a pass over
+    /// all of them.
+    void drawSlice(const FlatGeometry &geometry, int rows);
+    bool isComplete() const { return mDrawnRows >= height(); }
+
+    const ViewTransform &view() const { return mView; }
+    int width() const { return mWidth; }
+    int height() const { return mHeight; }
+    const quint32 *row(int y) const
+    {
+        return mPixels.data() + std::size_t(y) * std::size_t(mWidth);
+    }
+    /// All objects of the buffer are below.
+    int objectLimit() const { return mObjectLimit; }
+    /// The object at a pixel; -1 where there is none and outside.
+    int objectAt(const QPoint &pixel) const;
+    /// The object whose pixel is nearest, no farther than `reach`; -1 when there is none. For lines
+    /// and small places, which a pointer hardly meets.
+    int objectNear(const QPoint &pixel, int reach) const;
+
+private:
+    void drawRect(const FlatGeometry &geometry, const QRect &rect);
+    /// Moves to another view of the same lattice. @return the pixels that both have, in the new one.
+    QRect moveTo(const ViewTransform &view);
+
+    int mThreads;
+    ViewTransform mView;
+    PickStyle mStyle;
+    int mWidth = 0;
+    int mHeight = 0;
+    int mDrawnRows = 0;
+    int mObjectLimit = 0;
+    std::vector<quint32> mPixels;
+};
+
+} // namespace meridor
