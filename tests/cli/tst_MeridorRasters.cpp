@@ -109,6 +109,10 @@ private Q_SLOTS:
         }
         const Outcome kept = place.run({"stats", "q.vorn", "zones/mean", "--json"});
         QVERIFY2(kept.at("overall/count").toInt() > 20, qPrintable(kept.out + kept.err));
+        place.file("far.geojson", asGeoJson({QPolygonF(QRectF(5e5, 4e6, 1000, 1000))}));
+        QCOMPARE(place.run({"import", "far.geojson", "p.vorn", "--append"}).code, 0);
+        const QString refusal = place.run({"zonal", "p.vorn", "g", "far"}).err;
+        QVERIFY2(refusal.contains("far and g have no area in common"), qPrintable(refusal));
     }
 
     void formsComeBack_data()

@@ -63,12 +63,13 @@ const QVector<Format> &formats()
     return all;
 }
 
+/// The names of all formats, with those of the cubes, which have no row in the table above.
 QStringList formatNames()
 {
     QStringList names;
     for (const Format &format : formats())
         names.append(QLatin1String(format.name));
-    return names;
+    return names + QStringList{QStringLiteral("netcdf"), QStringLiteral("zarr")};
 }
 
 const Format &formatOf(const Options &options)
@@ -322,7 +323,7 @@ void addExport(const Command &app, Context &context)
             "--format", options->format,
             "csv, geoeas or dbf; with shapes gpkg, geojson, fgb, shapefile or database; netcdf or "
             "zarr; geotiff")
-        .oneOf(formatNames() + QStringList{QStringLiteral("netcdf"), QStringLiteral("zarr")});
+        .oneOf(formatNames());
     command.text("--layer", options->layer,
                  "The layer, or the table of a database (default: the geography's name)");
     command.text("--at", options->at, "One row an object, at this time; the time of a grid");

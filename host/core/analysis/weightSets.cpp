@@ -62,7 +62,8 @@ void requireSuited(int kind, const WeightSetPlan &plan, spatialWeightType weight
         fail(QStringLiteral("geodesics are for the neighbours of points and centroids by distance"),
              "great-circle");
     if (kind == GeoProps::Polygons && !byCentroids ? distances : borders)
-        fail(QStringLiteral("weights by %1 are not defined for %2").arg(plan.weights, shapes));
+        fail(QStringLiteral("weights by %1 are not defined for %2 with neighbours by %3")
+                 .arg(plan.weights, shapes, plan.method));
 }
 
 int create(int geography, int kind, const WeightSetPlan &plan, spatialWeightType weights)

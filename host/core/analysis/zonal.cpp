@@ -21,12 +21,29 @@ const std::array<ZoneStatistic, 6> &zoneStatistics()
     return statistics;
 }
 
+namespace {
+
+/// Raises a Failure if no polygon can meet a cell. All results would be missing then, and the usual
+/// cause is that the coordinates are of different projections.
+void requireCommonArea(int grid, int polygons)
+{
+    const GeoProps cells = VORN_GetGeographyProperties(grid);
+    const GeoProps zones = VORN_GetGeographyProperties(polygons);
+    if (!cells.bounds.intersects(zones.bounds))
+        fail(QStringLiteral(
+                 "%1 and %2 have no area in common; zones need the projection of the grid")
+                 .arg(zones.name, cells.name));
+}
+
+} // namespace
+
 QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons, const QVector<Interval> &times,
                                      const Progress &progress, int realization)
 {
     if (!rasterOf(dataset))
         fail(QStringLiteral("%1 is no grid").arg(datasetName(dataset)));
     Zones zones(VORN_GetGeographyId(dataset), polygons);
+    requireCommonArea(VORN_GetGeographyId(dataset), polygons);
     QVector<ZonesAtTime> result;
     for (const Interval &interval : times) {
         const qint64 time = instantOf(interval);

@@ -12,7 +12,6 @@ struct Unmatched {
     QString table;
     QStringList tableKeys;  ///< keys of the table that no object of the map has
     QStringList objectKeys; ///< keys of objects that the table does not have
-    bool any() const { return !tableKeys.isEmpty() || !objectKeys.isEmpty(); }
 };
 
 /// The index of the column of `table` that holds the keys: the column named `key`, else the first.

@@ -62,10 +62,16 @@ void releaseFreeMemory()
 
 void refuseUnmatched(const ImportPlan &plan)
 {
-    for (const Unmatched &keys : plan.unmatched)
-        if (plan.options.strict && keys.any())
+    for (const Unmatched &keys : plan.unmatched) {
+        QStringList reasons;
+        if (!keys.tableKeys.isEmpty())
+            reasons.append(QStringLiteral("no object has %1").arg(someOf(keys.tableKeys)));
+        if (!keys.objectKeys.isEmpty())
+            reasons.append(QStringLiteral("no row has %1").arg(someOf(keys.objectKeys)));
+        if (plan.options.strict && !reasons.isEmpty())
             fail(QStringLiteral("%1: keys do not match: %2")
-                     .arg(keys.table, someOf(keys.tableKeys + keys.objectKeys)));
+                     .arg(keys.table, reasons.join(QStringLiteral("; "))));
+    }
 }
 
 } // namespace
