@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <memory>
 #include "core/project/failure.h"
 
 namespace meridor {
@@ -134,7 +133,78 @@ void collect(const FeatureTable &table, OGRGeometryH geometry, ShapeKind kind, S
         parts.append(points);
 }
 
+std::unique_ptr<OGRSimpleCurve> curve(const QVector<QPointF> &points, bool isRing)
+{
+    std::unique_ptr<OGRSimpleCurve> line;
+    if (isRing)
+        line = std::make_unique<OGRLinearRing>();
+    else
+        line = std::make_unique<OGRLineString>();
+    line->setNumPoints(points.size());
+    for (int i = 0; i < points.size(); ++i)
+        line->setPoint(i, points[i].x(), points[i].y());
+    if (isRing)
+        line->closeRings();
+    return line;
+}
+
+/// Shells counter-clockwise and holes clockwise, as GeoJSON and GeoPackage recommend.
+void orient(OGRGeometry &geometry)
+{
+    if (wkbFlatten(geometry.getGeometryType()) == wkbMultiPolygon) {
+        for (OGRPolygon *polygon : *geometry.toMultiPolygon())
+            orient(*polygon);
+    } else if (wkbFlatten(geometry.getGeometryType()) == wkbPolygon) {
+        bool isShell = true;
+        for (OGRLinearRing *ring : *geometry.toPolygon()) {
+            if (ring->isClockwise() == static_cast<int>(isShell))
+                ring->reversePoints();
+            isShell = false;
+        }
+    }
+}
+
+/// Shells with their holes from rings in any order. A ring is a hole if it is inside an odd number of
+/// others, which is the even-odd rule of the geometry library.
+std::unique_ptr<OGRGeometry> polygonOf(const ShapeParts &rings)
+{
+    std::vector<OGRGeometry *> polygons; // organizePolygons takes ownership
+    for (const QVector<QPointF> &ring : rings) {
+        auto polygon = std::make_unique<OGRPolygon>();
+        polygon->addRingDirectly(static_cast<OGRLinearRing *>(curve(ring, true).release()));
+        polygons.push_back(polygon.release());
+    }
+    int valid = 0;
+    std::unique_ptr<OGRGeometry> geometry(OGRGeometryFactory::organizePolygons(
+        polygons.data(), static_cast<int>(polygons.size()), &valid, nullptr));
+    orient(*geometry);
+    return geometry;
+}
+
 } // namespace
+
+std::unique_ptr<OGRGeometry> geometryOf(const ShapeParts &parts, ShapeKind kind,
+                                        OGRwkbGeometryType type)
+{
+    std::unique_ptr<OGRGeometry> geometry;
+    if (parts.isEmpty())
+        return geometry;
+    if (kind == ShapeKind::Points) {
+        geometry = std::make_unique<OGRPoint>(parts[0][0].x(), parts[0][0].y());
+    } else if (kind == ShapeKind::Polygons) {
+        geometry = polygonOf(parts);
+    } else if (parts.size() == 1) {
+        geometry = curve(parts[0], false);
+    } else {
+        auto lines = std::make_unique<OGRMultiLineString>();
+        for (const QVector<QPointF> &part : parts)
+            lines->addGeometryDirectly(curve(part, false).release());
+        geometry = std::move(lines);
+    }
+    if (OGR_GT_IsSubClassOf(type, wkbGeometryCollection))
+        geometry.reset(OGRGeometryFactory::forceTo(geometry.release(), type, nullptr));
+    return geometry;
+}
 
 void takeShape(FeatureTable &table, OGRGeometryH geometry)
 {

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-/// Converts GDAL's geometries to ShapeParts.
+/// Converts GDAL's geometries to ShapeParts and back.
 #pragma once
+#include <memory>
 #include <ogr_api.h>
+#include <ogr_geometry.h>
 #include "core/formats/featureTable.h"
 
 namespace meridor {
@@ -11,5 +13,10 @@ namespace meridor {
 /// geography cannot hold: several kinds of shapes in one layer, points of several vertices,
 /// coordinates that are not finite.
 void takeShape(FeatureTable &table, OGRGeometryH geometry);
+
+/// The geometry of a shape: shells with their holes from rings in any order; null without parts.
+/// @param type  the type of the layer: a collection makes a collection of a single part.
+std::unique_ptr<OGRGeometry> geometryOf(const ShapeParts &parts, ShapeKind kind,
+                                        OGRwkbGeometryType type);
 
 } // namespace meridor

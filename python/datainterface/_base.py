@@ -1,0 +1,48 @@
+# SPDX-License-Identifier: MIT
+"""What all nouns of a project share."""
+
+import os
+
+
+class Part:
+    """A part of the open project. It keeps the project, which may have been closed since."""
+
+    __slots__ = ("_project", "_number", "__weakref__")
+
+    def __init__(self, project, number):
+        self._project = project
+        self._number = number
+
+    @property
+    def project(self):
+        """The project that this is a part of."""
+        return self._project
+
+    @property
+    def _id(self):
+        self._project._require_open()
+        return self._number
+
+    def __eq__(self, other):
+        if not isinstance(other, Part):
+            return NotImplemented
+        return (type(self) is type(other) and self._project is other._project
+                and self._number == other._number)
+
+    def __hash__(self):
+        return hash((id(self._project), self._number))
+
+    def __reduce_ex__(self, protocol):
+        refuse_pickling(self)
+
+
+def refuse_pickling(thing):
+    raise TypeError(
+        f"a {type(thing).__name__} is a part of the project that this process has open and cannot "
+        "be pickled or copied: pass the path of the project and open it there, or pass values, as "
+        "to_frame() and to_xarray() give them")
+
+
+def path_text(path):
+    """A path as text, with ``~`` as it stands."""
+    return os.fsdecode(os.fspath(path))

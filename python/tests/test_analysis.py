@@ -1,0 +1,114 @@
+# SPDX-License-Identifier: MIT
+"""Weights and Moran's I: the program's figures, and those of SciPy, NumPy and libpysal."""
+
+import numpy as np
+import pandas as pd
+import pytest
+import scipy.sparse
+
+import datainterface as di
+from conftest import SAMPLES, meridor
+
+
+def test_weights_at_a_time(states, demo):
+    for time, objects, links in (("1800-12-31", 16, 52), ("1850-12-31", 31, 112),
+                                 ("2000-12-31", 48, 214)):
+        queen = states.weights("queen", at=time)
+        assert (len(queen.existing), queen.nnz) == (objects, links)
+        assert scipy.sparse.isspmatrix_csr(queen) and queen.shape == (48, 48)
+        told = meridor("neighbors", demo, "queen", "51", "--at", time)["neighbors"]
+        row = queen.getrow(list(queen.keys).index(51))
+        assert {str(queen.keys[column]): value for column, value in zip(row.indices, row.data)} \
+            == {link["object"]: link["weight"] for link in told}
+    with pytest.raises(ValueError, match="read-only"):
+        queen.data[0] = 3
+    assert (queen * 2).weight_set is None
+    with pytest.raises(ValueError, match="no object"):
+        states.weights("queen", at=1500)
+
+
+def test_weights_of_libpysal(states):
+    queen = states.weights("queen", at=2009)
+    pytest.importorskip("libpysal")
+    import libpysal
+
+    theirs = libpysal.weights.Queen.from_dataframe(states.at(2009).to_geopandas(),
+                                                   idVariable=None, silence_warnings=True)
+    keys = list(states.at(2009).keys)
+    ours = queen.to_libpysal()
+    assert {key: set(found) for key, found in ours.neighbors.items()} == {
+        keys[index]: {keys[other] for other in found}
+        for index, found in theirs.neighbors.items()}
+    again = states.add_weights("again", ours)
+    assert (again.at(2009) != queen).nnz == 0
+
+
+def test_sets_of_own_weights(states, income):
+    random = scipy.sparse.random(48, 48, 0.1, random_state=1, format="lil")
+    random.setdiag(0)
+    own = states.add_weights("own", random)
+    assert abs(own.at(1929) - random).max() < 1e-7
+    values = income.values(1929).astype(float)
+    z = values - values.mean()
+    plain = 48 / own.at(1929).sum() * (z @ (own.at(1929) @ z)) / (z @ z)
+    assert di.moran(income, own, at=1929, permutations=0)["I"][0] == pytest.approx(plain, rel=1e-12)
+    for wrong, error, text in ((random[:40, :40], ValueError, "48"), ([[1]], TypeError, "SciPy"),
+                               (random.tocsr() * np.nan, ValueError, "finite")):
+        with pytest.raises(error, match=text):
+            states.add_weights("wrong", wrong)
+    with pytest.raises(TypeError, match="add_weights"):
+        di.moran(income, random)
+    own.remove()
+    assert "own" not in states.weight_sets
+
+
+def test_moran_is_that_of_the_program(income, states, demo):
+    queen = states.weights("queen", at=1929)
+    frame = di.moran(income, queen, permutations=999, seed=1)
+    told = meridor("moran", demo, "income", "queen", "--permutations", 999, "--seed", 1)["times"]
+    assert list(frame) == ["time", "I", "expectation", "p", "permutations", "seed"]
+    for name, theirs in (("I", "I"), ("expectation", "expected"), ("p", "p")):
+        assert frame[name].tolist() == [row[theirs] for row in told]
+    assert frame["time"].dt.year.tolist() == [int(row["time"]) for row in told]
+    assert frame.attrs["z"] == [row["z"] for row in told]
+    expected = {1929: 0.626927, 1934: 0.666630, 1981: 0.248167, 2009: 0.428769}
+    found = frame.set_index(frame["time"].dt.year)["I"]
+    assert found[list(expected)].to_dict() == pytest.approx(expected, abs=6e-7)
+
+
+def test_local_moran_is_that_of_the_program(income, demo):
+    frame = di.local_moran(income, "queen", at=[1929, 2009], permutations=99, seed=7,
+                           correction="fdr")
+    told = meridor("moran", demo, "income", "queen", "--at", 1929, "--at", 2009, "--local",
+                   "--permutations", 99, "--seed", 7, "--correction", "fdr")["times"]
+    theirs = [row for time in told for row in time["local"]]
+    for name in ("I", "z", "p", "cluster"):
+        assert frame[name].tolist() == [row[name] for row in theirs]
+    assert frame["key"].astype(str).tolist() == [row["object"] for row in theirs]
+
+
+def test_seeds_and_stored_results(income, states):
+    first = di.moran(income, "queen", at=1929, permutations=99)
+    again = di.moran(income, "queen", at=1929, permutations=99, seed=int(first["seed"][0]),
+                     store="test")
+    assert first.drop(columns="seed").equals(again.drop(columns="seed"))
+    assert set(states["test I"].at(1929)) == {first["I"][0]}
+    for wrong in (dict(permutations=-1), dict(seed=-1), dict(islands="sink"), dict(store="test")):
+        with pytest.raises(ValueError):
+            di.moran(income, "queen", at=1929, **wrong)
+    with pytest.raises(ValueError, match="holds texts"):
+        di.moran(states["name"], "queen")
+
+
+def test_shapes_at_a_time(states):
+    frame = states.at("1850-12-31").to_geopandas()
+    assert len(frame) == 31 and frame.index.name == "key"
+    assert frame.crs.to_epsg() == 5070
+    import geopandas
+
+    source = geopandas.read_file(SAMPLES / "us_income" / "states48.geojson").set_index("fips")
+    both = frame.geometry.geom_equals(source.geometry.reindex(frame.index), align=False)
+    assert both.all()
+    assert frame["name"].equals(source["name"].reindex(frame.index).astype(object))
+    spans = states.to_geopandas()
+    assert len(spans) == 48 and spans["start"].min() == pd.Timestamp("1787-12-07")

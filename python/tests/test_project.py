@@ -1,0 +1,251 @@
+# SPDX-License-Identifier: MIT
+"""Opening, saving and closing; failures as exceptions of Python."""
+
+import copy
+import os
+import pickle
+import signal
+import subprocess
+import sys
+import threading
+import time
+import warnings
+
+import numpy as np
+import pytest
+
+import datainterface as di
+from conftest import meridor
+
+
+def in_new_process(code, **environment):
+    return subprocess.run([sys.executable, "-c", code], capture_output=True, text=True,
+                          env={**os.environ, **environment})
+
+
+def test_import_loads_numpy_alone():
+    foreign = ("pandas", "geopandas", "xarray", "scipy", "libpysal", "shapely", "dask", "pyproj")
+    done = in_new_process("import sys, datainterface\n"
+                          f"print([name for name in {foreign} if name in sys.modules])")
+    assert (done.stdout.strip(), done.stderr) == ("[]", "")
+
+
+def test_a_missing_package_is_named(demo):
+    done = in_new_process(
+        "import sys, datainterface as di\n"
+        "sys.modules['pandas'] = None\n"
+        f"with di.open({str(demo)!r}) as project:\n"
+        "    project['states48']['income'].at(1929)\n")
+    assert "python3-pandas" in done.stderr and "pip install pandas" in done.stderr
+
+
+@pytest.mark.parametrize("content", [b"", b"\0" * 100, b"PK\x03\x04" + b"\x8b" * 1000, None],
+                         ids=["empty", "zeros", "archive", "cut off"])
+def test_files_that_are_no_projects(tmp_path, demo, content):
+    path = tmp_path / "\u6771\u4eac \U0001f5fa.vorn"
+    path.write_bytes(demo.read_bytes()[:30000] if content is None else content)
+    with pytest.raises(OSError, match="\u6771\u4eac \U0001f5fa"):
+        di.open(path)
+    di.new().close()  # nothing is left open
+
+
+def test_paths_that_cannot_be_opened(tmp_path):
+    with pytest.raises(FileNotFoundError, match="nowhere.vorn"):
+        di.open(tmp_path / "nowhere.vorn")
+    with pytest.raises(OSError):
+        di.open(tmp_path)
+    with pytest.raises(ValueError, match="r\\+"):
+        di.open(tmp_path, mode="w")
+
+
+def test_names_beyond_latin(demo, tmp_path):
+    path = tmp_path / "\u6771\u4eac.vorn"
+    code = ("import datainterface as di\n"
+            f"with di.open({str(demo)!r}) as project:\n"
+            "    project['states48'].name = '\u017elut\u00fd \u6771\u4eac \U0001f5fa'\n"
+            f"    project.save({str(path)!r})\n")
+    done = in_new_process(code, LC_ALL="C")
+    assert done.stderr == ""
+    with di.open(path) as project:
+        assert list(project) == ["\u017elut\u00fd \u6771\u4eac \U0001f5fa"]
+
+
+def test_one_project_at_a_time(project, demo):
+    with pytest.raises(ValueError, match=f"{demo.name} is open"):
+        di.open(demo)
+    with pytest.raises(ValueError, match="one project"):
+        di.new()
+    project.close()
+    di.open(demo).close()
+
+
+def test_a_project_that_nobody_holds_is_closed(demo):
+    di.open(demo)
+    with di.open(demo) as again:
+        income = again["states48"]["income"]
+    del again
+    with pytest.raises(ValueError, match="closed"):
+        income.at(1929)
+
+
+def test_closed_projects(project, states, income):
+    queen = states.weights("queen", at=1929)
+    project.close()
+    project.close()
+    for use in (lambda: project["states48"], lambda: list(project), lambda: states.count,
+                lambda: income.values(1929), lambda: project.save("x.vorn"),
+                lambda: di.moran(income, queen, permutations=0), lambda: states["income"]):
+        with pytest.raises(ValueError, match="closed"):
+            use()
+    assert "closed" in repr(project) and repr(queen) == (
+        "<SpatialWeights queen at 1929-01-01: 48 objects, 214 links>")
+
+
+def test_unknown_names(project, states, income):
+    with pytest.raises(KeyError, match="no geography county; there are: states48") as raised:
+        project["county"]
+    assert not str(raised.value).startswith("'")
+    for use, text in ((lambda: states["incme"], "income"), (lambda: states.weights("rook"), "queen"),
+                      (lambda: states.find("Ohi"), "Ohi")):
+        with pytest.raises(KeyError, match=text):
+            use()
+    assert "income" in states and "incme" not in states and states.find("Ohio") == 39
+
+
+def test_pickling_is_refused(project, states, income):
+    for part in (project, states, income, states.at(1929), states.weight_sets["queen"]):
+        for use in (pickle.dumps, copy.copy, copy.deepcopy):
+            with pytest.raises(TypeError, match="path of the project"):
+                use(part)
+    queen = pickle.loads(pickle.dumps(states.weights("queen", at=1929)))
+    assert queen.nnz == 214 and list(queen.keys) == list(states.object_keys)
+
+
+def test_saving(demo, tmp_path):
+    before = demo.read_bytes()
+    target = tmp_path / "copy.vorn"
+    with di.open(demo) as project:
+        with pytest.raises(ValueError, match="for reading"):
+            project.save()
+        with pytest.raises(ValueError, match="for reading"):
+            project.save(os.path.relpath(demo))
+        project["states48"].new_dataset("rate")
+        project.save(target)
+    assert demo.read_bytes() == before
+    with di.open(target, mode="r+") as project:
+        assert "rate" in project["states48"]
+        project["states48"].remove("rate")
+        with pytest.raises(OSError, match="nowhere"):
+            project.save(tmp_path / "nowhere" / "x.vorn")
+        target.write_bytes(target.read_bytes() + b"x")
+        with pytest.raises(OSError, match="another program"):
+            project.save()
+        project.save(tmp_path / "own.vorn")
+    with di.open(tmp_path / "own.vorn") as project:
+        assert "rate" not in project["states48"]
+
+
+def test_a_reserved_file(demo, tmp_path):
+    path = tmp_path / "reserved.vorn"
+    path.write_bytes(demo.read_bytes())
+    with di.open(path, mode="r+"):
+        done = in_new_process(f"import datainterface as di\ndi.open({str(path)!r}, mode='r+')")
+        assert "OSError" in done.stderr and "reserved.vorn" in done.stderr
+        read = in_new_process(f"import datainterface as di\nprint(list(di.open({str(path)!r})))")
+        assert read.stdout == "['states48']\n"
+
+
+def test_progress_reports_and_cancels(states, income):
+    seen = []
+    di.moran(income, "queen", permutations=99, seed=1,
+             progress=lambda percent, text: seen.append(percent))
+    assert len(seen) > 10 and set(seen) <= set(range(101)) and max(seen) >= 90
+    with pytest.raises(KeyboardInterrupt):
+        di.moran(income, "queen", permutations=99, progress=lambda percent, text: percent < 50)
+    with pytest.raises(ZeroDivisionError):
+        di.moran(income, "queen", permutations=99, progress=lambda percent, text: 1 / 0)
+    with pytest.raises(RuntimeError, match="a call is running"):
+        di.moran(income, "queen", permutations=99, progress=lambda percent, text: income.values())
+    with pytest.raises(TypeError, match="progress"):
+        di.moran(income, "queen", progress=3)
+    assert income.values(1929)[0] == 741
+
+
+def test_tqdm_works(income):
+    tqdm = pytest.importorskip("tqdm").tqdm
+    made = []
+
+    class Silent(tqdm):
+        def __init__(self, **options):
+            super().__init__(disable=False, file=open(os.devnull, "w"), **options)
+            made.append(self)
+
+    di.moran(income, "queen", permutations=99, progress=Silent)
+    assert [bar.n for bar in made] == [100]
+
+
+def test_ctrl_c_cancels(demo):
+    code = ("import datainterface as di, sys\n"
+            f"with di.open({str(demo)!r}) as project:\n"
+            "    income = project['states48']['income']\n"
+            "    print('begun', flush=True)\n"
+            "    try:\n"
+            "        di.moran(income, 'queen', permutations=1000000, seed=1)\n"
+            "    except KeyboardInterrupt:\n"
+            "        print(income.values(1929)[0])\n")
+    child = subprocess.Popen([sys.executable, "-c", code], stdout=subprocess.PIPE, text=True)
+    assert child.stdout.readline() == "begun\n"
+    time.sleep(0.3)
+    child.send_signal(signal.SIGINT)
+    rest, _ = child.communicate(timeout=120)
+    assert (rest, child.returncode) == ("741\n", 0)
+
+
+def test_threads_take_turns(income):
+    expected = income.values(1929)
+    found = []
+
+    def read():
+        for _ in range(50):
+            found.append(np.array_equal(income.values(1929), expected))
+
+    threads = [threading.Thread(target=read) for _ in range(4)]
+    for thread in threads:
+        thread.start()
+    di.moran(income, "queen", permutations=999, seed=1, progress=lambda percent, text: None)
+    for thread in threads:
+        thread.join()
+    assert found == [True] * 200
+
+
+def test_a_forked_process_is_refused(project, income):
+    child = os.fork()
+    if child == 0:
+        try:
+            income.values(1929)
+        except ValueError as error:
+            os._exit(0 if "forked" in str(error) else 2)
+        os._exit(1)
+    assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
+    assert income.values(1929)[0] == 741
+
+
+def test_warnings_of_the_library(tmp_path):
+    from datainterface import _project
+
+    with warnings.catch_warnings(record=True) as seen:
+        warnings.simplefilter("always")
+        _project._warn("read in part")
+    assert [(item.category, str(item.message)) for item in seen] == [
+        (di.DataInterfaceWarning, "read in part")]
+
+
+def test_nouns_tell_what_they_are(project, states, income):
+    assert repr(states).startswith("<VectorGeography states48: 48 polygons")
+    assert repr(income) == "<VectorDataset income of states48: integer, 81 times>"
+    for noun in (project, states, income, states.at("1850-12-31")):
+        page = noun._repr_html_()
+        assert "states48" in page and "\n" not in page
+    assert states._repr_html_().count("<path") == 48
+    assert states.at("1850-12-31")._repr_html_().count("<path") == 31
+    assert meridor("info", project.path)["geographies"][0]["objects"] == states.count
