@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+/// The frame of one or several views: the tools above them and a line of text below.
+#pragma once
+#include <QJsonObject>
+#include <QStringList>
+#include <QVector>
+#include <QWidget>
+#include <functional>
+#include <optional>
+#include "desk/views/view.h"
+#include "desk/views/viewIcons.h"
+
+class QAction;
+class QActionGroup;
+class QLabel;
+class QToolBar;
+class QVBoxLayout;
+
+namespace meridor {
+
+/// Owns its views. A view is removed while its geography or dataset still exists; a window without
+/// views closes and deletes itself.
+class ViewWindow : public QWidget {
+    Q_OBJECT
+public:
+    /// What dragging with the mouse does. Move is also what the middle button does.
+    enum class Tool { Rectangle, Lasso, Circle, Move };
+    /// Views of the same group drive each other; those of Alone drive nobody.
+    enum Group { Main, GroupA, GroupB, Alone };
+
+    ViewWindow(Workspace &workspace, const QVector<Tool> &tools, QWidget *parent = nullptr);
+    ~ViewWindow() override;
+
+    Workspace &workspace() const { return mWorkspace; }
+    virtual QString title() const = 0;
+    const QVector<View *> &views() const { return mViews; }
+    /// The view that back, forward, clear and invert act on; null without one.
+    virtual View *currentView() const { return mViews.value(0); }
+    QToolBar &toolBar() { return *mToolBar; }
+
+    Tool tool() const { return mTool; }
+    void setTool(Tool tool);
+    Group group() const { return mGroup; }
+    void setGroup(Group group);
+
+    /// Writes the window as it stands into a PNG, SVG or PDF file, by its extension, and notes the
+    /// command line that makes the same picture. False after telling the user why not.
+    bool exportTo(const QString &file);
+    void copyToClipboard();
+
+    /// Whether a dataset can be dropped here.
+    virtual bool accepts(int dataset) const;
+    virtual void addDataset(int dataset);
+
+    /// What is shown, with names instead of ids, for the layout of windows and for scripts.
+    virtual QJsonObject state() const;
+    /// Shows a state again as far as its names exist.
+    virtual void restore(const QJsonObject &state);
+    /// The words after "meridor" that make the same picture as a file; empty if none do.
+    virtual QStringList commandLine(const QString &picture) const;
+
+public Q_SLOTS:
+    void selectNeighbors();
+    void invertSelection();
+    void clearSelection();
+
+Q_SIGNALS:
+    void titleChanged(const QString &title);
+    void toolChanged();
+    void viewsChanged();
+    /// The person works with this window.
+    void activated();
+
+protected:
+    void setContent(QWidget *content);
+    /// What exports contain: the content without tools. Draws the first view.
+    virtual void draw(QPainter &painter, const QSize &size);
+    /// The size of the content.
+    virtual QSize contentSize() const;
+    /// Takes the view over, which has not called join() or has done so alike.
+    void addView(View *view);
+    void removeView(View *view);
+    /// The view is deleted next; the window holds nothing of it afterwards.
+    virtual void viewLeaves(View *view);
+    /// Adds an action with its keys to the window and, with an icon, a button to the tool bar.
+    QAction *addTool(std::optional<ViewIcon> icon, const QString &text, const char *name,
+                     const QKeySequence &keys, const std::function<void()> &act);
+    /// The line of text below the content, such as the object under the mouse.
+    void setReadout(const QString &text);
+
+    void changeEvent(QEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+
+private:
+    void makeTools(const QVector<Tool> &tools);
+    void makeGroups();
+    void askExport();
+    void refreshActions();
+    void dropViews(const std::function<bool(const View &)> &isLost);
+
+    Workspace &mWorkspace;
+    QVector<View *> mViews;
+    Tool mTool = Tool::Rectangle;
+    Group mGroup = Main;
+    QVBoxLayout *mLayout;
+    QToolBar *mToolBar;
+    QLabel *mReadout;
+    QActionGroup *mTools;
+    QActionGroup *mGroups;
+    QAction *mBack = nullptr;
+    QAction *mForward = nullptr;
+};
+
+/// The objects that a weight set lists as neighbours of an object at a time, without the object
+/// itself. Empty for an object without neighbours. To be called within Workspace::look().
+QVector<unsigned int> neighborsOf(int weightSet, unsigned int object, qint64 time);
+
+} // namespace meridor
