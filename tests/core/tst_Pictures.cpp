@@ -4,6 +4,7 @@
 #include <QtTest>
 #include <cmath>
 #include "core/analysis/weightSets.h"
+#include "core/plot/plotValues.h"
 #include "core/plot/plots.h"
 #include "core/render/choropleth.h"
 #include "core/render/graph.h"
@@ -32,6 +33,22 @@ private Q_SLOTS:
         for (const QColor &color :
              {colors::missing, map.legend[0].entries[0].color, map.legend[0].entries[1].color})
             QVERIFY2(pixels.value(color.name()) > 100, qPrintable(color.name()));
+    }
+
+    void barsHoldAllValues()
+    {
+        const QVector<QVector<double>> cases{{5, 5, 5},           {0, 1e-320}, {-1e308, 1e308},
+                                             {1e15, 1e15 + 0.25}, {3, 1, 2},   {-1e-12, 0, 1e300}};
+        for (const QVector<double> &values : cases) {
+            const Bins bins = binsOf(values);
+            QVERIFY2(bins.count >= 1 && bins.count <= 600, qPrintable(QString::number(bins.count)));
+            for (const double value : values)
+                QVERIFY2(
+                    std::abs(bins.start / 4 + (bins.of(value) + 0.5) * (bins.width / 4) - value / 4)
+                        <= bins.width / 4 * 1.001 + std::abs(value) * 1e-15,
+                    qPrintable(QString::number(value)));
+        }
+        QCOMPARE(binsOf({}).count, 0);
     }
 
     /// The library finds limits of many values in a sample of them.

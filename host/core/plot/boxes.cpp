@@ -15,28 +15,9 @@
 namespace meridor {
 namespace {
 
-struct Box {
-    double at;
-    double low, firstQuartile, median, thirdQuartile, high; ///< low and high: of the whiskers
-    QVector<double> beyond;
+struct Box : BoxFigures {
+    double at = 0;
 };
-
-Box boxOf(double at, QVector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    Box box{at, 0, quantileOf(values, 0.25), quantileOf(values, 0.5), quantileOf(values, 0.75),
-            0,  {}};
-    const double reach = 1.5 * (box.thirdQuartile - box.firstQuartile);
-    QVector<double> within;
-    for (const double value : values) {
-        const bool isNear =
-            value >= box.firstQuartile - reach && value <= box.thirdQuartile + reach;
-        (isNear ? within : box.beyond).append(value);
-    }
-    box.low = within.isEmpty() ? box.firstQuartile : within.first();
-    box.high = within.isEmpty() ? box.thirdQuartile : within.last();
-    return box;
-}
 
 class Boxes : public GraphItem {
 public:
@@ -107,7 +88,7 @@ Plot boxesOverTime(ShownDataset shown, const QVector<Interval> &times)
         const QVector<double> values = presentValues(shown, instantOf(when));
         if (values.isEmpty())
             continue;
-        boxes.append(boxOf(scale.middleOf(when), values));
+        boxes.append({boxOf(values), scale.middleOf(when)});
         const Box &box = boxes.last();
         rows.append(QJsonObject{{QStringLiteral("time"), axis.show(when)},
                                 {QStringLiteral("values"), values.size()},

@@ -2,7 +2,6 @@
 #include <QJsonArray>
 #include <QPainter>
 #include <algorithm>
-#include <cmath>
 #include "core/plot/plotValues.h"
 #include "core/plot/plots.h"
 #include "core/project/catalog.h"
@@ -15,29 +14,23 @@
 namespace meridor {
 namespace {
 
-constexpr int kMostBars = 60;
-
 /// Bars in which the values of each class have its colour.
 class Bars : public GraphItem {
 public:
     Bars(const QVector<double> &values, const Classification &classes, const QString &name)
-        : mClasses(classes), mName(name)
+        : mClasses(classes), mName(name), mBins(binsOf(values))
     {
-        const auto ends = std::minmax_element(values.begin(), values.end());
-        mWidth = widthFor(values, *ends.first, *ends.second);
-        mStart = std::floor(*ends.first / mWidth) * mWidth;
-        const int bars = static_cast<int>((*ends.second - mStart) / mWidth) + 1;
-        mCounts.fill(QVector<int>(classes.entries().size()), bars);
+        mCounts.fill(QVector<int>(classes.entries().size()), mBins.count);
         for (const double value : values)
             if (const int index = classes.of(value); index >= 0)
-                ++mCounts[std::min(bars - 1, static_cast<int>((value - mStart) / mWidth))][index];
+                ++mCounts[mBins.of(value)][index];
     }
     QRectF bounds() const override
     {
         int most = 0;
         for (const QVector<int> &bar : mCounts)
             most = std::max(most, total(bar));
-        return QRectF(mStart, 0, mWidth * mCounts.size(), most);
+        return QRectF(mBins.start, 0, mBins.width * mCounts.size(), most);
     }
     void draw(QPainter &painter, const GraphMap &map, const Theme &theme) const override
     {
@@ -46,8 +39,8 @@ public:
             for (int k = 0; k < mCounts[i].size(); ++k) {
                 if (mCounts[i][k] == 0)
                     continue;
-                const QRectF part(map(mStart + i * mWidth, below + mCounts[i][k]),
-                                  map(mStart + (i + 1) * mWidth, below));
+                const QRectF part(map(mBins.start + i * mBins.width, below + mCounts[i][k]),
+                                  map(mBins.start + (i + 1) * mBins.width, below));
                 painter.setPen(QPen(colors::outline, theme.unit(1)));
                 painter.setBrush(mClasses.entries()[k].color);
                 painter.drawRect(part);
@@ -78,8 +71,8 @@ public:
             counts.append(total(bar));
         return counts;
     }
-    double start() const { return mStart; }
-    double width() const { return mWidth; }
+    double start() const { return mBins.start; }
+    double width() const { return mBins.width; }
 
 private:
     static int total(const QVector<int> &bar)
@@ -89,27 +82,10 @@ private:
             sum += count;
         return sum;
     }
-    /// The rule of D. Freedman and P. Diaconis 1981 (Z. Wahrsch. 57), rounded down to 1, 2 or 5
-    /// times a power of ten.
-    static double widthFor(QVector<double> values, double least, double most)
-    {
-        if (!(most > least))
-            return std::max(1e-9, std::abs(least) * 0.1);
-        std::sort(values.begin(), values.end());
-        double width = 2 * (quantileOf(values, 0.75) - quantileOf(values, 0.25))
-                       / std::cbrt(static_cast<double>(values.size()));
-        width = std::max(width, (most - least) / kMostBars);
-        const double power = std::pow(10, std::floor(std::log10(width)));
-        for (const double factor : {5.0, 2.0})
-            if (factor * power <= width)
-                return factor * power;
-        return power;
-    }
 
     const Classification mClasses;
     QString mName;
-    double mStart = 0;
-    double mWidth = 1;
+    Bins mBins;
     QVector<QVector<int>> mCounts; ///< by bar, then class
 };
 

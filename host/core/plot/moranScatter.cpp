@@ -13,7 +13,8 @@
 
 namespace meridor {
 
-Plot moranScatter(ShownDataset shown, int weightSet, const Interval &when, ShownDataset label)
+MoranPlaces moranPlaces(ShownDataset shown, int weightSet, const Interval &when,
+                        const Progress &progress)
 {
     const int dataset = shown.id;
     const int geography = VORN_GetGeographyId(dataset);
@@ -26,7 +27,6 @@ Plot moranScatter(ShownDataset shown, int weightSet, const Interval &when, Shown
     plan.times = {when};
     plan.permutations = 0;
     plan.local = true;
-    const Progress progress("Moran scatter", "Calculating...");
     const QVector<MoranAt> results = moranOverTime(plan, progress);
     if (results.isEmpty() || !std::isfinite(results.first().whole.value))
         fail(QStringLiteral("%1 has no Moran's I at %2")
@@ -37,19 +37,30 @@ Plot moranScatter(ShownDataset shown, int weightSet, const Interval &when, Shown
     for (const double z : found.local.z)
         sum += z * z;
     const double deviation = std::sqrt(sum / static_cast<double>(count));
+    MoranPlaces moran;
+    moran.moran = found.whole.value;
+    moran.objects = found.objects;
+    for (size_t i = 0; i < count; ++i)
+        moran.places.append({found.local.z[i] / deviation, found.local.lags[i] / deviation});
+    moran.line = fittedLine(moran.places);
+    return moran;
+}
 
+Plot moranScatter(ShownDataset shown, int weightSet, const Interval &when, ShownDataset label)
+{
+    const int dataset = shown.id;
+    const Progress progress("Moran scatter", "Calculating...");
+    const MoranPlaces moran = moranPlaces(shown, weightSet, when, progress);
+    const QVector<QPointF> &all = moran.places;
     constexpr const char *kNames[] = {"high, high neighbours", "low, low neighbours",
                                       "high, low neighbours", "low, high neighbours"};
     QVector<QVector<QPointF>> points(4);
     QVector<QVector<int>> objects(4);
-    QVector<QPointF> all;
-    for (size_t i = 0; i < count; ++i) {
-        const QPointF point(found.local.z[i] / deviation, found.local.lags[i] / deviation);
-        const bool high = point.x() > 0;
-        const int quarter = high == (point.y() > 0) ? (high ? 0 : 1) : (high ? 2 : 3);
-        points[quarter].append(point);
-        objects[quarter].append(found.objects[static_cast<int>(i)]);
-        all.append(point);
+    for (int i = 0; i < all.size(); ++i) {
+        const bool high = all[i].x() > 0;
+        const int quarter = high == (all[i].y() > 0) ? (high ? 0 : 1) : (high ? 2 : 3);
+        points[quarter].append(all[i]);
+        objects[quarter].append(moran.objects[i]);
     }
     const auto ends = std::minmax_element(
         all.begin(), all.end(), [](const QPointF &a, const QPointF &b) { return a.x() < b.x(); });
@@ -57,7 +68,7 @@ Plot moranScatter(ShownDataset shown, int weightSet, const Interval &when, Shown
         all.begin(), all.end(), [](const QPointF &a, const QPointF &b) { return a.y() < b.y(); });
     const double left = ends.first->x();
     const double right = ends.second->x();
-    const Line line = fittedLine(all);
+    const Line &line = moran.line;
 
     Plot plot;
     plot.graph.x.title =
@@ -81,13 +92,13 @@ Plot moranScatter(ShownDataset shown, int weightSet, const Interval &when, Shown
          {},
          colors::ink});
     plot.summary = QStringLiteral("Moran's I %1, slope %2, %3 objects")
-                       .arg(shortNumber(found.whole.value, 6), shortNumber(line.slope, 6))
-                       .arg(found.objects.size());
+                       .arg(shortNumber(moran.moran, 6), shortNumber(line.slope, 6))
+                       .arg(moran.objects.size());
     plot.graph.texts.footnote =
         plot.summary + QStringLiteral("; weight set ") + weightSetOf(weightSet).GetName();
-    plot.numbers = {{QStringLiteral("moran"), found.whole.value},
+    plot.numbers = {{QStringLiteral("moran"), moran.moran},
                     {QStringLiteral("slope"), line.slope},
-                    {QStringLiteral("objects"), found.objects.size()},
+                    {QStringLiteral("objects"), moran.objects.size()},
                     {QStringLiteral("quarters"), quarters}};
     return plot;
 }

@@ -13,30 +13,6 @@
 namespace meridor {
 namespace {
 
-/// A line of values over their intervals, with gaps where there is none.
-class History {
-public:
-    explicit History(const TimeScale &scale) : mScale(scale) {}
-    void add(const Interval &when, double value)
-    {
-        if (!mPoints.isEmpty() && mIsSpan && when.startTime > mEnd)
-            mPoints.append(QPointF(mScale.at(when.startTime), kNone));
-        mIsSpan = when.endTime > when.startTime;
-        mEnd = when.endTime;
-        mPoints.append({mScale.at(when.startTime), value});
-        if (mIsSpan) // the value holds for the whole span
-            mPoints.append({mScale.at(when.endTime), value});
-    }
-    const QVector<QPointF> &points() const { return mPoints; }
-
-private:
-    static constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-    TimeScale mScale;
-    QVector<QPointF> mPoints;
-    qint64 mEnd = 0;
-    bool mIsSpan = false;
-};
-
 double meanOf(const QVector<double> &values)
 {
     double mean = 0;

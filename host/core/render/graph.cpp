@@ -6,7 +6,6 @@
 #include <QPalette>
 #include <algorithm>
 #include <cmath>
-#include <qwt_date_scale_draw.h>
 #include <qwt_date_scale_engine.h>
 #include <qwt_plot_curve.h>
 #include <qwt_scale_draw.h>
@@ -15,6 +14,7 @@
 #include <qwt_symbol.h>
 #include "core/project/cancel.h"
 #include "core/render/graphItem.h"
+#include "core/render/graphScale.h"
 #include "core/render/legend.h"
 #include "core/render/pictureFile.h"
 
@@ -24,41 +24,12 @@ namespace {
 constexpr double kTick = 8;
 constexpr double kSpacing = 6; ///< from a tick to its label
 
-/// Labels with digits in groups, all with the same number of decimal places.
-class NumberScaleDraw : public QwtScaleDraw {
-public:
-    QwtText label(double value) const override
-    {
-        const QList<double> ticks = scaleDiv().ticks(QwtScaleDiv::MajorTick);
-        const double largest =
-            std::max(std::abs(ticks.value(0)), std::abs(ticks.value(ticks.size() - 1)));
-        if (largest >= 1e9 || (largest > 0 && largest < 1e-4))
-            return QString::number(value, 'g', 4);
-        QString text = grouped(value, decimalsFor(ticks.toVector()));
-        return largest < 10000 ? text.remove(QChar(0x2009)) : text; // years are not grouped
-    }
-};
-
-std::unique_ptr<QwtScaleDraw> scaleDrawOf(bool dates)
-{
-    if (!dates)
-        return std::make_unique<NumberScaleDraw>();
-    auto draw = std::make_unique<QwtDateScaleDraw>(Qt::UTC);
-    draw->setDateFormat(QwtDate::Month, QStringLiteral("yyyy-MM"));
-    draw->setDateFormat(QwtDate::Week, QStringLiteral("yyyy-MM-dd"));
-    draw->setDateFormat(QwtDate::Day, QStringLiteral("yyyy-MM-dd"));
-    draw->setDateFormat(QwtDate::Hour, QStringLiteral("hh:mm\nyyyy-MM-dd"));
-    draw->setDateFormat(QwtDate::Minute, QStringLiteral("hh:mm\nyyyy-MM-dd"));
-    draw->setDateFormat(QwtDate::Second, QStringLiteral("hh:mm:ss\nyyyy-MM-dd"));
-    return draw;
-}
-
 /// One axis: its scale, and the ticks and labels that Qwt draws.
 class Axis {
 public:
     Axis(const GraphAxis &axis, double low, double high, QwtScaleDraw::Alignment alignment,
          const Theme &theme)
-        : mAxis(axis), mTheme(theme), mDraw(scaleDrawOf(axis.dates))
+        : mAxis(axis), mTheme(theme), mDraw(graphScaleDraw(axis.dates))
     {
         mDraw->setAlignment(alignment);
         mDraw->enableComponent(QwtScaleDraw::Backbone, false);
