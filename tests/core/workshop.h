@@ -25,7 +25,7 @@ public:
     ImportReport report;
 
     explicit Workshop(const QByteArray &map = squares(), const QByteArray &table = QByteArray())
-        : mSession({mDirectory.filePath("scratch")}, {this, {}, {}, {}, &fitRequestedModel})
+        : mSession({mDirectory.filePath("scratch")}, user())
     {
         options.map = file("map.geojson", map);
         options.key = "id";
@@ -76,6 +76,14 @@ public:
     }
 
 private:
+    SessionUser user() const
+    {
+        SessionUser user;
+        user.notes = this;
+        user.variogramFitter = &fitRequestedModel;
+        return user;
+    }
+
     QTemporaryDir mDirectory;
     Session mSession;
     QString mTable;

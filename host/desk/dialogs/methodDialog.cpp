@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 #include "desk/dialogs/linkHistogram.h"
+#include "desk/dialogs/modelPreview.h"
 #include "desk/project/workspace.h"
 
 namespace meridor {
@@ -45,6 +46,8 @@ MethodDialog::MethodDialog(Workspace &workspace, const MethodRegister &methods,
     layout->addWidget(mForm);
     if (method.name == QLatin1String("weights"))
         layout->addWidget(new LinkHistogram(workspace, *mForm), 1);
+    if (method.name == QLatin1String("variogram"))
+        layout->addWidget(new ModelPreview(workspace, *mForm), 1);
     layout->addWidget(new QLabel(tr("The same as a command line:")));
     layout->addWidget(mCommandLine);
     layout->addWidget(mReport);

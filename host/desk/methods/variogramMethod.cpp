@@ -5,11 +5,10 @@
 #include "core/project/failure.h"
 #include "desk/methods/fields.h"
 #include "desk/methods/method.h"
+#include "desk/methods/variogramPlan.h"
 
 namespace meridor {
-namespace {
-
-VariogramPlan planOf(const MethodArguments &arguments)
+VariogramPlan variogramPlanOf(const MethodArguments &arguments)
 {
     VariogramPlan plan;
     plan.dataset = chosen(arguments, "dataset");
@@ -27,10 +26,12 @@ VariogramPlan planOf(const MethodArguments &arguments)
     return plan;
 }
 
+namespace {
+
 void execute(Workspace &, const MethodArguments &arguments, MethodReport &report,
              const Progress &progress)
 {
-    const VariogramPlan plan = planOf(arguments);
+    const VariogramPlan plan = variogramPlanOf(arguments);
     const QVector<VariogramAt> found = variogramsOf(plan, progress.part(0, 100));
     if (found.isEmpty() || !found.last().fitted)
         fail(methodText("no model could be fitted"));
