@@ -4,8 +4,8 @@
 
 A page shows a program as <!-- tests/guide/NAME: REGION --> before a fenced block, for each of the program's regions
 in their order, and what a region prints as <!-- output --> before a block. A region begins after a line "# [REGION]"
-or "// [REGION]" and ends at the next one. C++ programs are built before; shell and Python programs are run here, in
-an empty directory that has the samples in it.
+or "// [REGION]" and ends at the next one. C++ programs are built before; shell and Python programs are run here, one
+after the other in a directory that holds the samples and what the page's programs before them have made.
 
 usage: check.py [--update] PAGE PROGRAMS MERIDOR SAMPLES [PYTHON]
 PROGRAMS is the directory of the built C++ programs, PYTHON that of the Python package; without it, Python programs
@@ -57,22 +57,21 @@ def command(path, text, programs, python):
     return [program, option, MARK.sub(announce, text)]
 
 
-def run(path, text, programs, meridor, samples, python):
+def run(path, text, programs, meridor, python, directory):
     """What each region prints; None if the program cannot run here. A C++ program prints after its last region."""
     arguments = command(path, text, programs, python)
     if arguments is None:
         return None
     environment = dict(os.environ, PATH=os.path.dirname(meridor) + os.pathsep + os.environ["PATH"], LC_ALL="C.UTF-8",
                        PYTHONPATH=python, PYTHONUNBUFFERED="1", TZ="UTC")
-    with tempfile.TemporaryDirectory() as directory:
-        os.symlink(samples, os.path.join(directory, "samples"))
-        done = subprocess.run(arguments, cwd=directory, env=environment, stdin=subprocess.DEVNULL,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8", check=False)
+    done = subprocess.run(arguments, cwd=directory, env=environment, stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8", check=False)
+    heard = re.sub(r"[ \t]+$", "", done.stdout, flags=re.M)
     if path.suffix != ".sh" and done.returncode != 0:
         sys.exit(f"{path.name} ended with {done.returncode}:\n{done.stdout}")
     if path.suffix == ".cpp":
-        return {list(split(text, MARK))[-1]: done.stdout.strip("\n")}
-    return split(done.stdout, HEARD)
+        return {list(split(text, MARK))[-1]: heard.strip("\n")}
+    return split(heard, HEARD)
 
 
 def headings(path):
@@ -119,7 +118,7 @@ def main():
                 path = ROOT / name
                 text = path.read_text(encoding="utf-8")
                 regions[name] = split(text, MARK)
-                outputs[name] = run(path, text, programs, meridor, samples, "".join(python))
+                outputs[name] = run(path, text, programs, meridor, "".join(python), directory)
             last = name, region
             shown.setdefault(name, []).append(region)
             body = regions[name].get(region, "there is no such region")
@@ -133,7 +132,9 @@ def main():
 
     path = pathlib.Path(page)
     text = path.read_text(encoding="utf-8")
-    wanted = BLOCK.sub(expected, text)
+    with tempfile.TemporaryDirectory() as directory:
+        os.symlink(samples, os.path.join(directory, "samples"))
+        wanted = BLOCK.sub(expected, text)
     if update:
         path.write_text(wanted, encoding="utf-8")
     faults = list(difflib.unified_diff(text.split("\n"), wanted.split("\n"), path.name, "tests/guide", lineterm=""))
