@@ -47,6 +47,19 @@ endforeach()
 
 install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/datainterface COMPONENT Library)
 
+if(TARGET meridor-desk)
+    # What desktops show and open the program by.
+    set(desktop ${PROJECT_SOURCE_DIR}/packaging/desktop)
+    string(TIMESTAMP RELEASE_DATE "%Y-%m-%d" UTC)
+    configure_file(${desktop}/meridor-desk.metainfo.xml.in ${PROJECT_BINARY_DIR}/package/meridor-desk.metainfo.xml @ONLY)
+    install(FILES ${desktop}/meridor-desk.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT Desk)
+    install(FILES ${desktop}/meridor-desk.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT Desk)
+    install(FILES ${desktop}/meridor-desk.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Desk)
+    install(FILES ${desktop}/meridor-vorn.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages COMPONENT Desk)
+    install(FILES ${PROJECT_BINARY_DIR}/package/meridor-desk.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo
+        COMPONENT Desk)
+endif()
+
 # Removes what the last installation out of this build tree put into place. A project that contains this one may have a
 # target of this name.
 if(NOT TARGET uninstall)
