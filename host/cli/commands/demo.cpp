@@ -12,8 +12,8 @@
 #include "cli/commands/demoMemory.h"
 #include "cli/commands/demoWells.h"
 #include "cli/commands/reportCommands.h"
-#include "cli/samples.h"
 #include "core/analysis/snapshot.h"
+#include "core/import/samples.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
@@ -37,7 +37,8 @@ constexpr int kValues = 60000; // at least as many are compared after saving and
 class Demo {
 public:
     Demo(const Options &options, const Context &context)
-        : mPlace{context, options.directory, samplesDirectory(options.samples)},
+        : mPlace{context, options.directory,
+                 samplesDirectory({options.samples, qEnvironmentVariable("MERIDOR_SAMPLES")})},
           mSteps(context.console)
     {
         if (!QDir().mkpath(mPlace.directory))

@@ -56,20 +56,17 @@ void ClimateDemo::takenAway()
     mSteps.step("export", [this] { return exported(); });
 }
 
-int ClimateDemo::importGrid(const char *file)
+int ClimateDemo::importGrid(Sample sample)
 {
-    ImportOptions options;
-    options.map = mPlace.sample("carolina_climate/") + QLatin1String(file);
-    options.times = QStringLiteral("date");
-    options.bandsAreTimes = true;
     const Progress progress("Import", "Importing...");
-    return importRaster(options, mPlace.context.console, progress).datasets.value(0, -1);
+    return importRaster(sampleImport(sample, mPlace.samples), mPlace.context.console, progress)
+        .datasets.value(0, -1);
 }
 
 QString ClimateDemo::import()
 {
-    mRain = importGrid("pr_1999.tif");
-    mTemperature = importGrid("tas_1999.tif");
+    mRain = importGrid(Sample::Rain);
+    mTemperature = importGrid(Sample::Temperature);
     const GeoProps props = VORN_GetGeographyProperties(VORN_GetGeographyId(mRain));
     const int months = dataTimes(mRain).size();
     mSteps.expect(props.objectCount == kCells && months == kMonths
@@ -111,12 +108,7 @@ QString ClimateDemo::extremes()
 
 QString ClimateDemo::counties()
 {
-    ImportOptions options;
-    options.map = mPlace.sample("nc_sids/nc_counties.geojson");
-    options.name = QStringLiteral("counties");
-    options.key = QStringLiteral("fips");
-    options.fields = QStringList{QStringLiteral("name")};
-    options.times = QStringLiteral("auto");
+    const ImportOptions options = sampleImport(Sample::Counties, mPlace.samples);
     const Progress progress("Import", "Importing...");
     const ImportReport report = importMap(options, mPlace.context.console, progress);
     mCounties = report.geography;

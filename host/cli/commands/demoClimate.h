@@ -4,6 +4,7 @@
 #pragma once
 #include "cli/commands/commands.h"
 #include "cli/commands/demoSteps.h"
+#include "core/import/samples.h"
 
 namespace meridor {
 
@@ -21,7 +22,7 @@ public:
     void takenAway();
 
 private:
-    int importGrid(const char *file);
+    int importGrid(Sample sample);
     QString import();
     QString missing() const;
     QString extremes();

@@ -8,6 +8,7 @@
 #include "core/analysis/weightSets.h"
 #include "core/formats/ogrReader.h"
 #include "core/import/mapImporter.h"
+#include "core/import/samples.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/render/choropleth.h"
@@ -36,15 +37,7 @@ void HistoryDemo::thenAndNow()
 
 QString HistoryDemo::import()
 {
-    ImportOptions options;
-    options.map = mPlace.sample("us_states_history/states_1783_2000.geojson");
-    options.name = QLatin1String(kHistoryName);
-    options.key = QStringLiteral("id");
-    options.start = QStringLiteral("start_date");
-    options.end = QStringLiteral("end_date");
-    options.fields = QStringList{QStringLiteral("name"), QStringLiteral("terr_type"),
-                                 QStringLiteral("area_sqmi")};
-    options.times = QStringLiteral("auto");
+    const ImportOptions options = sampleImport(Sample::History, mPlace.samples);
     const Progress progress("Import", "Importing...");
     const ImportReport report = importMap(options, mPlace.context.console, progress);
     mGeography = report.geography;
@@ -98,7 +91,7 @@ QString HistoryDemo::shapes()
     target.format = FeatureFormat::GeoPackage;
     target.overwrite = true; // it was asked for when the demo began
     RowPlan plan;
-    plan.geography = findGeography(QLatin1String(kHistoryName));
+    plan.geography = findGeography(sampleImport(Sample::History, {}).name);
     const auto ignored = [](const QString &) {};
     const WrittenTable written = exportShapes(target, plan, ignored);
     const FeatureTable read = readFeatures(target.path, ReadOptions());

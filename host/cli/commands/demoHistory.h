@@ -8,7 +8,6 @@ namespace meridor {
 constexpr const char *kHistoryResults[] = {"then_and_now.png", "states_history.gpkg"};
 /// The times of the four maps.
 constexpr const char *kThenAndNow[] = {"1790-08-02", "1860-06-01", "1900-06-01", "2000-04-01"};
-constexpr const char *kHistoryName = "states and territories";
 
 class HistoryDemo {
 public:

@@ -12,6 +12,7 @@
 #include "core/analysis/weightsExchange.h"
 #include "core/formats/ogrReader.h"
 #include "core/import/mapImporter.h"
+#include "core/import/samples.h"
 #include "core/plot/plots.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -104,16 +105,7 @@ int IncomeDemo::geography() const
 
 QString IncomeDemo::import()
 {
-    ImportOptions options;
-    options.map = mPlace.sample("us_income/states48.geojson");
-    options.name = QStringLiteral("states");
-    options.key = QStringLiteral("fips");
-    options.tables = QStringList{mPlace.sample("us_income/income_1929_2009.csv"),
-                                 mPlace.sample("us_income/admission.csv")};
-    options.series = QStringList{QStringLiteral("income=1929..2009")};
-    options.start = QStringLiteral("admitted");
-    options.times = QStringLiteral("auto");
-    options.strict = true;
+    const ImportOptions options = sampleImport(Sample::Income, mPlace.samples);
     Console silent = mPlace.context.console;
     silent.quiet = true; // no notes that the tables repeat the column of names
     const Progress progress("Import", "Importing...");

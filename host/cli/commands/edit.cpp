@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The verbs rename and remove.
+#include "core/project/edit.h"
 #include <QJsonArray>
 #include <QJsonObject>
 #include <memory>
 #include "cli/commands/projectEdit.h"
 #include "core/project/catalog.h"
-#include "core/project/failure.h"
-#include "datainterface/DataAPI.h"
-#include "datainterface/MDataSource.h"
-#include "datainterface/MGeoData.h"
 
 namespace meridor {
 namespace {
@@ -20,46 +17,23 @@ struct Options {
     bool geography = false;
 };
 
-void renameDataset(const Options &options)
+void rename(const Options &options)
 {
-    const int id = findDataset(options.names.first());
-    const int geography = VORN_GetGeographyId(id);
-    const int other = VORN_GetDatasetByName(geography, options.newName);
-    if (other >= 0 && other != id)
-        fail(QStringLiteral("%1 has a dataset %2 already")
-                 .arg(geographyName(geography), options.newName));
-    geographyOf(geography)->GetDataSource()->SetDisplayName(
-        id, options.newName.toLocal8Bit().constData());
+    if (options.geography)
+        renameGeography(findGeography(options.names.first()), options.newName);
+    else
+        renameDataset(findDataset(options.names.first()), options.newName);
 }
 
-void renameGeography(const Options &options)
-{
-    const int id = findGeography(options.names.first());
-    for (const int other : geographyIds())
-        if (other != id && geographyName(other) == options.newName)
-            fail(QStringLiteral("the project has a geography %1 already").arg(options.newName));
-    geographyOf(id)->SetName(options.newName);
-}
-
-void removeDatasets(const Options &options, const Console &console)
+void remove(const Options &options, const Console &console)
 {
     QVector<int> ids;
     for (const QString &name : options.names)
-        ids.append(findDataset(name));
-    for (const int id : ids)
-        if (keyDataset(VORN_GetGeographyId(id)) == id)
-            console.note(QStringLiteral("%1 held the objects' keys; from now on they are numbers")
-                             .arg(datasetName(id)));
-    VORN_RemoveDatasets(ids);
-}
-
-void removeGeographies(const Options &options)
-{
-    QVector<int> ids;
-    for (const QString &name : options.names)
-        ids.append(findGeography(name));
-    for (const int id : ids)
-        controller().RemoveGeography(id);
+        ids.append(options.geography ? findGeography(name) : findDataset(name));
+    if (options.geography)
+        removeGeographies(ids);
+    else
+        removeDatasets(ids, console);
 }
 
 template <class Change>
@@ -97,11 +71,7 @@ void addRename(const Command &app, Context &context)
     command.footer("Example:\n  meridor rename income.vorn income \"income per head\"");
     command.chosen([options, &context] {
         context.run = [options](const Context &c) {
-            if (options->newName.isEmpty())
-                failUsage(QStringLiteral("a name is not empty"));
-            edit(*options, c, "renamed", [&options] {
-                options->geography ? renameGeography(*options) : renameDataset(*options);
-            });
+            edit(*options, c, "renamed", [&options] { rename(*options); });
         };
     });
 }
@@ -119,10 +89,7 @@ void addRemove(const Command &app, Context &context)
     command.chosen([options, &context] {
         context.run = [options](const Context &c) {
             options->names.removeDuplicates();
-            edit(*options, c, "removed", [&] {
-                options->geography ? removeGeographies(*options)
-                                   : removeDatasets(*options, c.console);
-            });
+            edit(*options, c, "removed", [&] { remove(*options, c.console); });
         };
     });
 }

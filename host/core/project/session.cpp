@@ -169,8 +169,7 @@ void Session::reserve(const QString &path)
 {
     if (isStream(path) || (mLock && mLock->holds(path)))
         return;
-    mLock.reset();
-    mLock = std::make_unique<FileLock>(path);
+    mLock = std::make_unique<FileLock>(path); // a refusal leaves the present one held
 }
 
 void Session::load(const QString &path)

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#include "core/project/edit.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "datainterface/ControllerBase.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/MDataSource.h"
+#include "datainterface/MGeoData.h"
+
+namespace meridor {
+namespace {
+
+void requireName(const QString &name)
+{
+    if (name.isEmpty())
+        failUsage(QStringLiteral("a name is not empty"));
+}
+
+} // namespace
+
+void renameDataset(int dataset, const QString &name)
+{
+    requireName(name);
+    const int geography = VORN_GetGeographyId(dataset);
+    const int other = VORN_GetDatasetByName(geography, name);
+    if (other >= 0 && other != dataset)
+        fail(QStringLiteral("%1 has a dataset %2 already").arg(geographyName(geography), name));
+    geographyOf(geography)->GetDataSource()->SetDisplayName(dataset,
+                                                            name.toLocal8Bit().constData());
+}
+
+void renameGeography(int geography, const QString &name)
+{
+    requireName(name);
+    for (const int other : geographyIds())
+        if (other != geography && geographyName(other) == name)
+            fail(QStringLiteral("the project has a geography %1 already").arg(name));
+    geographyOf(geography)->SetName(name);
+}
+
+void removeDatasets(const QVector<int> &datasets, const Notes &notes)
+{
+    for (const int id : datasets)
+        if (keyDataset(VORN_GetGeographyId(id)) == id)
+            notes.note(QStringLiteral("%1 held the objects' keys; from now on they are numbers")
+                           .arg(datasetName(id)));
+    VORN_RemoveDatasets(datasets);
+}
+
+void removeGeographies(const QVector<int> &geographies)
+{
+    for (const int id : geographies)
+        controller().RemoveGeography(id);
+}
+
+} // namespace meridor
