@@ -449,4 +449,18 @@ FeatureTable readFeatures(const QString &path, const ReadOptions &options)
     return FeatureReader(path, options).read();
 }
 
+QStringList layerNames(const QString &path)
+{
+    if (isTextTable(path))
+        return {};
+    const QuietGdal quiet;
+    const GdalFile file = openGdalFile(path, GDAL_OF_VECTOR);
+    if (!file)
+        failUnread(path);
+    QStringList names;
+    for (int i = 0; i < GDALDatasetGetLayerCount(file.get()); ++i)
+        names.append(QString::fromUtf8(OGR_L_GetName(GDALDatasetGetLayer(file.get(), i))));
+    return names;
+}
+
 } // namespace meridor

@@ -33,4 +33,8 @@ struct ReadOptions {
 /// Raises a Failure that names the file and the row.
 MERIDOR_EXPORT FeatureTable readFeatures(const QString &path, const ReadOptions &options);
 
+/// The names of the layers of a vector file or database; empty for a table of texts. Raises a Failure
+/// if GDAL cannot read the file.
+MERIDOR_EXPORT QStringList layerNames(const QString &path);
+
 } // namespace meridor
