@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "desk/project/actionLog.h"
+#include <QDir>
 #include <QRegularExpression>
 
 namespace meridor {
@@ -14,30 +15,93 @@ QString shellWord(const QString &text)
     return QLatin1Char('\'') + quoted + QLatin1Char('\'');
 }
 
+namespace {
+
+QString shellLine(const QStringList &words)
+{
+    QStringList quoted;
+    for (const QString &word : words)
+        quoted.append(shellWord(word));
+    return quoted.join(QLatin1Char(' '));
+}
+
+} // namespace
+
 QString commandText(const QStringList &arguments)
 {
-    QString line = QStringLiteral("meridor");
-    for (const QString &argument : arguments)
-        line += QLatin1Char(' ') + shellWord(argument);
-    return line;
+    return shellLine(QStringList{QStringLiteral("meridor")} + arguments);
+}
+
+QString ActionLog::Line::text() const
+{
+    return words.isEmpty() ? QLatin1String("# ") + comment : shellLine(words);
 }
 
 void ActionLog::did(const QStringList &arguments)
 {
-    append(commandText(arguments));
+    append({QStringList{QStringLiteral("meridor")} + arguments, QString()});
 }
 
 void ActionLog::remark(const QString &text)
 {
-    const QStringList parts = text.split(QLatin1Char('\n'));
+    static const QRegularExpression breaks(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]+"));
+    const QStringList parts = text.split(breaks);
     for (const QString &part : parts)
-        append(QLatin1String("# ") + part);
+        append({{}, part});
 }
 
-void ActionLog::append(const QString &line)
+void ActionLog::append(const Line &line)
 {
     mLines.append(line);
-    Q_EMIT added(line);
+    Q_EMIT added(line.text());
+}
+
+QStringList ActionLog::lines() const
+{
+    QStringList texts;
+    for (const Line &line : mLines)
+        texts.append(line.text());
+    return texts;
+}
+
+QString ActionLog::script() const
+{
+    const QStringList head{QStringLiteral("#!/bin/sh"), QStringLiteral("set -e"),
+                           shellLine({QStringLiteral("cd"), QDir::currentPath()})};
+    return (head + lines()).join(QLatin1Char('\n')) + QLatin1Char('\n');
+}
+
+void ActionLog::changed()
+{
+    if (mFirstChange < 0)
+        mFirstChange = qMax(0, mLines.size() - 1);
+}
+
+void ActionLog::saved(const QString &before, const QString &now, const QString &untitled)
+{
+    int first = mFirstChange < 0 ? mLines.size() : mFirstChange;
+    mFirstChange = -1;
+    if (before == now)
+        return;
+    const QString name = before.isEmpty() ? untitled : before;
+    for (int i = first; i < mLines.size(); ++i)
+        for (QString &word : mLines[i].words)
+            if (word == name)
+                word = now;
+    if (!before.isEmpty())
+        mLines.insert(first, {{QStringLiteral("cp"), before, now}, QString()});
+    Q_EMIT rewritten();
+}
+
+void ActionLog::discarded()
+{
+    if (mFirstChange < 0)
+        return;
+    for (int i = mFirstChange; i < mLines.size(); ++i)
+        if (!mLines[i].words.isEmpty())
+            mLines[i] = {{}, tr("not saved: %1").arg(mLines[i].text())};
+    mFirstChange = -1;
+    Q_EMIT rewritten();
 }
 
 } // namespace meridor

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 namespace meridor {
 
@@ -13,6 +14,9 @@ QString shellWord(const QString &text);
 /// "meridor" and the words after it, quoted.
 QString commandText(const QStringList &arguments);
 
+/// Command lines change the file of a project, while the user changes it in memory first. So the lines
+/// since the last save follow what becomes of the changes: they name the file that the project is
+/// saved as, or become comments if the changes are given up.
 class ActionLog : public QObject {
     Q_OBJECT
 public:
@@ -20,15 +24,32 @@ public:
     void did(const QStringList &arguments);
     /// A message, each line of which becomes a comment.
     void remark(const QString &text);
-    const QStringList &lines() const { return mLines; }
+    QStringList lines() const;
+    /// A program for a POSIX shell that repeats the session in the present directory.
+    QString script() const;
+
+    /// The last line is the first one that changes the project, unless an earlier one was.
+    void changed();
+    /// The project was saved. The names are those in command lines.
+    /// @param before  empty: the project had no file before, and lines called it `untitled`.
+    void saved(const QString &before, const QString &now, const QString &untitled);
+    /// The changes since the last save were given up.
+    void discarded();
 
 Q_SIGNALS:
     void added(const QString &line);
+    void rewritten(); ///< earlier lines are other ones now
 
 private:
-    void append(const QString &line);
+    struct Line {
+        QStringList words; ///< of a command, with its name; empty: a comment
+        QString comment;
+        QString text() const;
+    };
+    void append(const Line &line);
 
-    QStringList mLines;
+    QVector<Line> mLines;
+    int mFirstChange = -1; ///< the first line since the last save that changes the project
 };
 
 } // namespace meridor

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "desk/project/workspace.h"
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -8,11 +9,11 @@
 #include <exception>
 #include "core/formats/cubeReader.h"
 #include "core/formats/rasterReader.h"
-#include "core/geostatistics/variogramModels.h"
 #include "core/import/cubeImporter.h"
 #include "core/import/rasterImporter.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/fileLock.h"
 #include "core/project/safeFile.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/HostDialogs.h"
@@ -20,6 +21,7 @@
 #include "datainterface/MLinker.h"
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/VORN_Progress.h"
+#include "desk/project/importLine.h"
 
 namespace meridor {
 
@@ -74,6 +76,17 @@ private:
     Workspace &mWorkspace;
 };
 
+/// Shows the notes of work in the line of messages and in the log.
+class Workspace::Messages final : public Notes {
+public:
+    explicit Messages(Workspace &workspace) : mWorkspace(workspace) {}
+    void note(const QString &text) const override { mWorkspace.tell(text); }
+    void warn(const QString &text) const override { mWorkspace.tell(text, true); }
+
+private:
+    Workspace &mWorkspace;
+};
+
 /// Counts nested work, and tells the windows of its end.
 class Workspace::Busy {
 public:
@@ -88,33 +101,59 @@ private:
 
 namespace {
 
-SessionUser userOf(HostDialogs &dialogs)
+SessionUser userOf(HostDialogs &dialogs, const Notes &notes)
 {
     SessionUser user;
+    user.notes = &notes;
     user.dialogs = &dialogs;
-    user.variogramFitter = &fitRequestedModel;
     user.cancel = [] {
         return VORN_Progress::UsingProgressBar() && VORN_Progress::ProgressBarCanceled();
     };
     return user;
 }
 
-QString untitledRecovery()
+const QString kUntitled = QStringLiteral("untitled.vorn");
+
+/// Where unsaved work is kept that belongs to no project file.
+QString recoveryFolder()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)
-           + QStringLiteral("/untitled.vorn.recovery");
+    return QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+}
+
+/// A recovery file that was there when its project was opened is moved here, so that the next one
+/// does not replace it.
+QString earlierRecovery(const QString &project)
+{
+    return Workspace::recoveryOf(project) + QStringLiteral(".earlier");
+}
+
+/// False while another process holds the lock of a file.
+bool isFree(const QString &file)
+{
+    try {
+        const FileLock probe(file);
+        return true;
+    } catch (const Failure &) {
+        return false;
+    }
 }
 
 } // namespace
 
 Workspace::Workspace(ProjectHost &host, const SessionOptions &options)
     : mHost(host),
+      mMessages(std::make_unique<Messages>(*this)),
       mDialogs(std::make_unique<Dialogs>(*this)),
-      mSession(options, userOf(*mDialogs), &host)
+      mSession(options, userOf(*mDialogs, *mMessages), &host)
 {
+    mHost.AddNonConVariogramModelListener(this);
 }
 
-Workspace::~Workspace() = default;
+// The project goes while all members that it notifies exist.
+Workspace::~Workspace()
+{
+    leave();
+}
 
 void Workspace::tell(const QString &text, bool isTrouble)
 {
@@ -135,8 +174,10 @@ bool Workspace::attempt(const QString &title, const std::function<void()> &work)
     } catch (const std::exception &error) {
         trouble = QString::fromUtf8(error.what());
     }
-    if (mDepth == 0)
+    if (mDepth == 0) {
         meetGeographies();
+        Q_EMIT idle();
+    }
     if (trouble.isNull())
         return true;
     tell(title.isEmpty() ? trouble : title + QStringLiteral(": ") + trouble, true);
@@ -145,16 +186,10 @@ bool Workspace::attempt(const QString &title, const std::function<void()> &work)
 
 bool Workspace::run(const QString &title, const std::function<void(const Progress &)> &work)
 {
-    if (isBusy()) { // the outermost work has the dialog
-        tell(tr("%1: something else is being done").arg(title), true);
-        return false;
-    }
-    const bool done = attempt(title, [&] {
+    return attempt(title, [&] {
         const Progress progress(title.toUtf8().constData(), title.toUtf8().constData());
         work(progress);
     });
-    Q_EMIT idle();
-    return done;
 }
 
 bool Workspace::look(const std::function<void()> &work)
@@ -182,20 +217,20 @@ void Workspace::setDirty(bool dirty)
 
 void Workspace::markDirty()
 {
+    mLog.changed();
+    mIsRecoveryStale = true;
     setDirty(true);
 }
 
 QString Workspace::commandPath() const
 {
-    if (mPath.isEmpty())
-        return QStringLiteral("untitled.vorn");
-    const QString below = QDir::current().relativeFilePath(mPath);
-    return below.startsWith(QLatin1String("..")) ? mPath : below;
+    return mPath.isEmpty() ? kUntitled : pathWord(mPath);
 }
 
-bool Workspace::load(const QString &file)
+bool Workspace::load(const QString &file, bool isPacked)
 {
-    const bool loaded = attempt(tr("Open"), [&] { mSession.loadPacked(file); });
+    const bool loaded =
+        attempt(tr("Open"), [&] { isPacked ? mSession.loadPacked(file) : mSession.load(file); });
     if (!loaded)
         leave();
     return loaded;
@@ -203,42 +238,25 @@ bool Workspace::load(const QString &file)
 
 bool Workspace::open(const QString &path)
 {
-    close();
-    if (!attempt(tr("Open"),
-                 [&] {
-                     requireReadable(path);
-                     mSession.reserve(path);
-                 })
-        || !load(path))
+    if (!attempt(tr("Open"), [&] { requireReadable(path); }))
         return false;
+    close();
+    if (!attempt(tr("Open"), [&] { mSession.reserve(path); }) || !load(path, true))
+        return false;
+    if (const QString left = recoveryOf(path); QFileInfo::exists(left)) {
+        QFile::remove(earlierRecovery(path));
+        QFile::rename(left, earlierRecovery(path));
+    }
     setPath(QFileInfo(path).absoluteFilePath());
     mLog.did({QStringLiteral("info"), commandPath()});
     Q_EMIT opened();
     return true;
 }
 
-bool Workspace::recover(const QString &path)
-{
-    const QString file = recoveryOf(path);
-    if (recoveryOf(mPath) == file)
-        leave(); // its recovery file is the one that is wanted
-    else
-        close();
-    if (!path.isEmpty() && !attempt(tr("Open"), [&] { mSession.reserve(path); }))
-        return false;
-    if (!load(file))
-        return false;
-    setPath(path.isEmpty() ? path : QFileInfo(path).absoluteFilePath());
-    setDirty(true);
-    Q_EMIT opened();
-    return true;
-}
-
 void Workspace::close()
 {
-    const QString recovery = recoveryOf(mPath);
+    removeRecovery();
     leave();
-    QFile::remove(recovery);
 }
 
 void Workspace::leave()
@@ -248,6 +266,10 @@ void Workspace::leave()
     mTimes.clear();
     mSteps.clear();
     mShownWeights.clear();
+    mRecoveryLock.reset();
+    mUnwritten.clear();
+    mIsRecoveryStale = false;
+    mLog.discarded();
     setPath(QString());
     setDirty(false);
     Q_EMIT closed();
@@ -260,11 +282,12 @@ bool Workspace::save(const QString &path)
         tell(tr("The project has no name yet."), true);
         return false;
     }
-    const QString recovery = recoveryOf(mPath);
+    const QString before = mPath.isEmpty() ? QString() : commandPath();
     if (!attempt(tr("Save"), [&] { mSession.save(target); }))
         return false;
-    QFile::remove(recovery);
+    removeRecovery();
     setPath(target);
+    mLog.saved(before, commandPath(), kUntitled);
     setDirty(false);
     tell(tr("Saved as %1").arg(target));
     return true;
@@ -283,34 +306,91 @@ bool Workspace::revert()
 QString Workspace::recoveryOf(const QString &project)
 {
     if (project.isEmpty())
-        return untitledRecovery();
+        return QStringLiteral("%1/untitled-%2.recovery")
+            .arg(recoveryFolder())
+            .arg(QCoreApplication::applicationPid());
     const QFileInfo file(project);
     return file.absolutePath() + QStringLiteral("/.") + file.fileName()
            + QStringLiteral(".recovery");
 }
 
+QVector<Recovery> Workspace::recoveries(const QStringList &projects)
+{
+    QVector<Recovery> found;
+    const auto add = [&found](const QString &file, const QString &project) {
+        const QFileInfo info(file);
+        if (info.exists() && isFree(project.isEmpty() ? file : project))
+            found.append({file, project, info.lastModified()});
+    };
+    for (const QString &project : projects) {
+        add(recoveryOf(project), project);
+        add(earlierRecovery(project), project);
+    }
+    const QDir folder(recoveryFolder());
+    for (const QString &name :
+         folder.entryList({QStringLiteral("untitled-*.recovery")}, QDir::Files))
+        add(folder.filePath(name), QString());
+    return found;
+}
+
+// The values are read at once, since the file goes when the project is saved.
+bool Workspace::recover(const Recovery &recovery)
+{
+    close();
+    const QString &project = recovery.project;
+    if (!project.isEmpty() && !attempt(tr("Open"), [&] { mSession.reserve(project); }))
+        return false;
+    if (!load(recovery.file, false))
+        return false;
+    setPath(project.isEmpty() ? project : QFileInfo(project).absoluteFilePath());
+    mLog.remark(tr("Work of an earlier session that was not saved is here again. The command lines "
+                   "that made it are not known."));
+    markDirty();
+    if (saveRecovery() && recovery.file != recoveryOf(mPath))
+        QFile::remove(recovery.file);
+    Q_EMIT opened();
+    return true;
+}
+
 bool Workspace::saveRecovery()
 {
-    if (!mIsDirty || isBusy())
-        return false;
     const QString target = recoveryOf(mPath);
-    return attempt(tr("Copy for recovery"), [&] {
+    if (!mIsDirty || !mIsRecoveryStale || isBusy() || mUnwritten == target)
+        return false;
+    const bool isSaved = attempt(tr("Copy for recovery"), [&] {
         QDir().mkpath(QFileInfo(target).absolutePath());
+        if (mPath.isEmpty() && !mRecoveryLock)
+            mRecoveryLock = std::make_unique<FileLock>(target);
         if (!replaceFile(target, [](const QString &beside) { return VORN_SaveProject(beside); }))
             fail(tr("%1 could not be written").arg(target));
     });
+    mIsRecoveryStale = !isSaved;
+    if (!isSaved)
+        mUnwritten = target;
+    return isSaved;
+}
+
+/// The file is of this process only once the project has changes.
+void Workspace::removeRecovery()
+{
+    if (mIsDirty)
+        QFile::remove(recoveryOf(mPath));
+    mRecoveryLock.reset();
 }
 
 int Workspace::import(const ImportOptions &options)
 {
     int made = -1;
+    const bool append = !mPath.isEmpty() || !geographyIds().isEmpty();
     run(tr("Import"), [&](const Progress &progress) {
         const bool isGrid = isRasterFile(options.map);
         const auto work = isCubeFile(options.map) ? importCube : isGrid ? importRaster : importMap;
         made = work(options, mHost.notes(), progress).geography;
     });
-    if (made >= 0)
-        markDirty();
+    if (made < 0)
+        return made;
+    mLog.did(importLine(options, commandPath(), append));
+    markDirty();
     return made;
 }
 
@@ -543,6 +623,21 @@ void Workspace::VariogramModelRemovedSlot(const DataId &id, qint32)
 void Workspace::VariogramModelChangedSlot(const DataId &id, qint32)
 {
     Q_EMIT modelsChanged(id);
+}
+
+void Workspace::NonConVariogramModelAddedSlot(qint32)
+{
+    Q_EMIT modelsChanged(-1);
+}
+
+void Workspace::NonConVariogramModelRemovedSlot(qint32)
+{
+    Q_EMIT modelsChanged(-1);
+}
+
+void Workspace::NonConVariogramModelChangedSlot(qint32)
+{
+    Q_EMIT modelsChanged(-1);
 }
 
 } // namespace meridor

@@ -2,6 +2,7 @@
 /// The open project and what the windows share of it: times, selections, the log, and the one place
 /// through which they ask the library for work. It listens to the library and tells the windows.
 #pragma once
+#include <QDateTime>
 #include <QHash>
 #include <QObject>
 #include <QString>
@@ -21,6 +22,13 @@ namespace meridor {
 
 struct ImportOptions;
 class Progress;
+
+/// Work that a process which ended, or was killed, had not saved.
+struct Recovery {
+    QString file;
+    QString project; ///< empty: it was never saved
+    QDateTime saved;
+};
 
 /// Ids of geographies and datasets are those of the library. All calls are made on the main thread.
 class Workspace : public QObject {
@@ -51,8 +59,8 @@ public:
     void tell(const QString &text, bool isTrouble = false);
 
     // The project
-    /// The present project is closed first. False, after telling the user why, if it cannot be opened;
-    /// no project is open then.
+    /// Replaces the present project. False after telling the user why not: the present one stays open
+    /// if the file cannot be read, and none is open if it holds no project or is locked.
     bool open(const QString &path);
     void close();
     /// @param path  empty: the present one.
@@ -66,14 +74,21 @@ public:
     /// The name of the project in command lines.
     QString commandPath() const;
     bool isDirty() const { return mIsDirty; }
-    /// To be called after each change of the project; the mark is taken back by save and open.
+    /// To be called after each change of the project, and after the log has its line; the mark is
+    /// taken back by save and open.
     void markDirty();
-    /// Saves a copy beside the project while it has changes; see recoveryOf().
+
+    // Recovery
+    /// Saves a copy beside the project, see recoveryOf(), if it changed since the last one. False if
+    /// there is nothing to save or it failed; a failure is told once for each file.
     bool saveRecovery();
-    /// The file that saveRecovery() writes for a project. It is removed by save() and close().
+    /// The file that saveRecovery() writes for a project; for one without a name a file of this
+    /// process. It is removed by save() and close().
     static QString recoveryOf(const QString &project);
-    /// Opens a recovery file as the project `path` with changes.
-    bool recover(const QString &path);
+    /// The work that ended processes left of these projects and of projects without a name.
+    static QVector<Recovery> recoveries(const QStringList &projects);
+    /// Opens what was recovered as its project, with changes.
+    bool recover(const Recovery &recovery);
 
     // Times
     /// The time that views of the geography show; the last one of the geography at first.
@@ -123,7 +138,7 @@ Q_SIGNALS:
     void weightSetsChanged(int geography);
     void weightSetDying(int geography, int set); ///< it no longer exists
     void shownWeightsChanged(int geography);
-    void modelsChanged(int dataset);
+    void modelsChanged(int dataset);    ///< -1: those of the project
     void objectsRemoved(int geography); ///< the objects behind them have other indices now
     void timeChanged(int geography, qint64 time);
     void stepsChanged(int geography);
@@ -146,26 +161,35 @@ public Q_SLOTS:
     void VariogramModelAddedSlot(const DataId &id, qint32 model);
     void VariogramModelRemovedSlot(const DataId &id, qint32 model);
     void VariogramModelChangedSlot(const DataId &id, qint32 model);
+    void NonConVariogramModelAddedSlot(qint32 model);
+    void NonConVariogramModelRemovedSlot(qint32 model);
+    void NonConVariogramModelChangedSlot(qint32 model);
 
 private:
     class Dialogs;
     class Busy;
+    class Messages;
 
     bool attempt(const QString &title, const std::function<void()> &work);
-    bool load(const QString &file);
+    bool load(const QString &file, bool isPacked);
     void leave();
+    void removeRecovery();
     void setPath(const QString &path);
     void setDirty(bool dirty);
     void meetGeographies();
     void viewDies(MLinker *view);
 
     ProjectHost &mHost;
-    std::unique_ptr<Dialogs> mDialogs;
-    Session mSession;
     Selection mSelection;
     ActionLog mLog;
+    std::unique_ptr<Messages> mMessages;
+    std::unique_ptr<Dialogs> mDialogs;
+    Session mSession;
     QString mPath;
     bool mIsDirty = false;
+    bool mIsRecoveryStale = false;           ///< the project changed since saveRecovery()
+    QString mUnwritten;                      ///< the recovery file that could not be written
+    std::unique_ptr<FileLock> mRecoveryLock; ///< shows that a file without a project is in use
     int mDepth = 0;
     bool mInStep = false;
     QHash<int, qint64> mTimes;

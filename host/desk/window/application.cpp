@@ -67,12 +67,6 @@ QString Application::GetInvocationStringForMethod(int method, const QString &nam
     return found ? mMethods->invocation(*mWorkspace, *found, parameters) : QString();
 }
 
-void Application::AddToLog(const QString &text, bool fromHost)
-{
-    ProjectHost::AddToLog(text, fromHost);
-    mWorkspace->log().remark(text);
-}
-
 void Application::RemoveGeography(int id)
 {
     if (mWorkspace)

@@ -28,7 +28,6 @@ public:
     QString GetMethodName(int method, const QString &name) override;
     QString GetInvocationStringForMethod(int method, const QString &name,
                                          const QVector<MethodParameter> &parameters) override;
-    void AddToLog(const QString &text, bool fromHost) override;
     void RemoveGeography(int id) override;
 
 private:

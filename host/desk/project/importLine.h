@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+/// The command line of an import.
+#pragma once
+#include <QStringList>
+
+namespace meridor {
+
+struct ImportOptions;
+
+/// A path as a word of a command line: relative if it is below the present directory, and never an
+/// option.
+QString pathWord(const QString &path);
+/// The words after "meridor" that do the import.
+/// @param append  whether the project exists; else it is made, or replaced.
+QStringList importLine(const ImportOptions &options, const QString &project, bool append);
+
+} // namespace meridor

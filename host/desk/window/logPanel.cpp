@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+#include "desk/window/logPanel.h"
+#include <QClipboard>
+#include <QFile>
+#include <QFileDialog>
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTextCursor>
+#include <QVBoxLayout>
+#include "core/project/failure.h"
+#include "core/project/safeFile.h"
+#include "desk/project/workspace.h"
+
+namespace meridor {
+
+LogPanel::LogPanel(Workspace &workspace, QWidget *parent)
+    : QWidget(parent), mWorkspace(workspace), mText(new QPlainTextEdit)
+{
+    mText->setObjectName(QStringLiteral("logText"));
+    mText->setAccessibleName(tr("Command lines of this session"));
+    mText->setReadOnly(true);
+    mText->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    mText->setLineWrapMode(QPlainTextEdit::NoWrap);
+    mText->setTabChangesFocus(true);
+    mText->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    auto *const copyButton = new QPushButton(tr("Copy"));
+    copyButton->setObjectName(QStringLiteral("logCopy"));
+    connect(copyButton, &QPushButton::clicked, this, &LogPanel::copy);
+    auto *const save = new QPushButton(tr("Save as script..."));
+    save->setObjectName(QStringLiteral("logSave"));
+    connect(save, &QPushButton::clicked, this, &LogPanel::askSave);
+    auto *const buttons = new QVBoxLayout;
+    buttons->addWidget(copyButton);
+    buttons->addWidget(save);
+    buttons->addStretch();
+    auto *const row = new QHBoxLayout(this);
+    row->addWidget(mText, 1);
+    row->addLayout(buttons);
+    ActionLog &log = workspace.log();
+    const auto showAll = [this] {
+        mText->setPlainText(mWorkspace.log().lines().join(QLatin1Char('\n')));
+        mText->moveCursor(QTextCursor::End);
+    };
+    connect(&log, &ActionLog::added, mText, &QPlainTextEdit::appendPlainText);
+    connect(&log, &ActionLog::rewritten, this, showAll);
+    showAll();
+}
+
+void LogPanel::copy()
+{
+    // A selection of several lines has paragraph separators.
+    QString text = mText->textCursor().selectedText().replace(QChar(0x2029), QLatin1Char('\n'));
+    if (text.isEmpty())
+        text = mWorkspace.log().script();
+    QGuiApplication::clipboard()->setText(text);
+}
+
+bool LogPanel::saveScript(const QString &file)
+{
+    return mWorkspace.look([&] {
+        const QByteArray script = mWorkspace.log().script().toUtf8();
+        const bool isWritten = replaceFile(file, [&script](const QString &beside) {
+            QFile out(beside);
+            return out.open(QIODevice::WriteOnly) && out.write(script) == script.size()
+                   && out.flush()
+                   && out.setPermissions(out.permissions() | QFile::ExeOwner | QFile::ExeUser);
+        });
+        if (!isWritten)
+            fail(tr("%1 could not be written").arg(file));
+    });
+}
+
+void LogPanel::askSave()
+{
+    const QString file = QFileDialog::getSaveFileName(this, tr("Save the log as a script"),
+                                                      QString(), tr("Scripts (*.sh)"));
+    if (!file.isEmpty() && saveScript(file))
+        mWorkspace.tell(tr("Saved as %1").arg(file));
+}
+
+} // namespace meridor
