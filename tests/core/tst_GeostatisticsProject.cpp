@@ -377,7 +377,7 @@ void TestGeostatisticsProject::readsTheRealizationThatIsAskedFor()
             QCOMPARE(found.entries().size(), expected.entries().size());
         }
     }
-    const auto shown = [&](int dataset, int realization) {
+    const auto shown = [&](int dataset, int realization) -> QString {
         MapStyle style;
         style.realization = realization;
         style.layers = {{geography, dataset, "Blues", realization}};

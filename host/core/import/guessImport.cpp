@@ -190,7 +190,8 @@ ImportGuess guessImport(const QString &path, const QString &layer)
     guess.options.times = QStringLiteral("auto");
     if (isCubeFile(path)) {
         guess.form = SourceForm::Cube;
-        for (const CubeGrid &grid : CubeReader(path, {}).grids())
+        const CubeReader reader(path, {});
+        for (const CubeGrid &grid : reader.grids())
             guess.fields.append(grid.name);
         return guess;
     }

@@ -9,6 +9,7 @@
 #include <exception>
 #include "core/formats/cubeReader.h"
 #include "core/formats/rasterReader.h"
+#include "core/geostatistics/variogramModels.h"
 #include "core/import/cubeImporter.h"
 #include "core/import/rasterImporter.h"
 #include "core/project/catalog.h"
@@ -106,6 +107,7 @@ SessionUser userOf(HostDialogs &dialogs, const Notes &notes)
     SessionUser user;
     user.notes = &notes;
     user.dialogs = &dialogs;
+    user.variogramFitter = &fitRequestedModel;
     user.cancel = [] {
         return VORN_Progress::UsingProgressBar() && VORN_Progress::ProgressBarCanceled();
     };
@@ -174,10 +176,8 @@ bool Workspace::attempt(const QString &title, const std::function<void()> &work)
     } catch (const std::exception &error) {
         trouble = QString::fromUtf8(error.what());
     }
-    if (mDepth == 0) {
+    if (mDepth == 0)
         meetGeographies();
-        Q_EMIT idle();
-    }
     if (trouble.isNull())
         return true;
     tell(title.isEmpty() ? trouble : title + QStringLiteral(": ") + trouble, true);
@@ -186,10 +186,16 @@ bool Workspace::attempt(const QString &title, const std::function<void()> &work)
 
 bool Workspace::run(const QString &title, const std::function<void(const Progress &)> &work)
 {
-    return attempt(title, [&] {
+    if (isBusy()) { // the outermost work has the dialog
+        tell(tr("%1: something else is being done").arg(title), true);
+        return false;
+    }
+    const bool done = attempt(title, [&] {
         const Progress progress(title.toUtf8().constData(), title.toUtf8().constData());
         work(progress);
     });
+    Q_EMIT idle();
+    return done;
 }
 
 bool Workspace::look(const std::function<void()> &work)
