@@ -17,6 +17,7 @@ using namespace datainterface;
 
 namespace {
 
+constexpr int kTile = 1024; // columns whose sums are kept at a time
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 /// The cells of a pixel along one axis; empty beyond the grid.
@@ -84,27 +85,21 @@ public:
             *out++ = range.first < range.end ? valueOf(mCells[start + range.first]) : kNone;
     }
 
+    /// Sums are kept of the columns of some pixels at a time, which stay in the fastest cache.
     void readMeans(const CellRange &rows, const std::vector<CellRange> &columns, double *out)
     {
-        const CellRange used = hullOf(columns);
-        const auto width = static_cast<std::size_t>(used.end - used.first);
-        mSums.assign(width, 0.0);
-        mCounts.assign(width, 0.0);
-        for (int row = rows.first; row < rows.end; ++row) {
-            const int start = row * mColumns + used.first;
-            if (mTest.isSet())
-                addRow(start, [this](T value) { return !mTest.equals(value); });
-            else
-                addRow(start, [](T) { return true; });
-        }
-        for (const CellRange &range : columns) {
-            double sum = 0.0;
-            double count = 0.0;
-            for (int column = range.first; column < range.end; ++column) {
-                sum += mSums[static_cast<std::size_t>(column - used.first)];
-                count += mCounts[static_cast<std::size_t>(column - used.first)];
+        for (std::size_t first = 0; first < columns.size();) {
+            CellRange used = columns[first];
+            std::size_t end = first + 1;
+            for (; end < columns.size(); ++end) {
+                const CellRange hull = hullOf(used, columns[end]);
+                if (hull.end - hull.first > kTile)
+                    break;
+                used = hull;
             }
-            *out++ = count > 0.0 ? sum / count : kNone;
+            addRows(rows, used);
+            for (; first < end; ++first)
+                *out++ = meanOf(columns[first], used.first);
         }
     }
 
@@ -114,38 +109,63 @@ private:
         return mTest.isSet() && mTest.equals(value) ? kNone : cellToDouble(value);
     }
 
+    void addRows(const CellRange &rows, const CellRange &used)
+    {
+        const auto width = static_cast<std::size_t>(used.end - used.first);
+        mSums.assign(width, 0.0);
+        mCounts.assign(width, 0.0F);
+        for (int row = rows.first; row < rows.end; ++row) {
+            const int start = row * mColumns + used.first;
+            const CellTest<Cells> test = mTest;
+            if (test.isSet())
+                addRow(start, [test](T value) { return !test.equals(value); });
+            else
+                addRow(start, [](T) { return true; });
+        }
+    }
     template <class Test> void addRow(int start, Test hasValue)
     {
         double *sums = mSums.data();
-        double *counts = mCounts.data();
+        float *counts = mCounts.data(); // exact below 2^24 rows
+        const Cells cells = mCells;
         const int width = static_cast<int>(mSums.size());
         for (int i = 0; i < width; ++i) {
-            const T cell = mCells[start + i];
-            const double value = cellToDouble(cell);
-            const bool counted = hasValue(cell) && value == value;
-            sums[i] += counted ? value : 0.0;
-            counts[i] += counted ? 1.0 : 0.0;
+            const T cell = cells[start + i];
+            bool counted = hasValue(cell);
+            if constexpr (std::is_floating_point_v<T>) {
+                counted = counted && cell == cell;
+                sums[i] += static_cast<double>(counted ? cell : T(0));
+            } else {
+                const double value = cellToDouble(cell);
+                counted = counted && value == value;
+                sums[i] += counted ? value : 0.0;
+            }
+            counts[i] += counted ? 1.0F : 0.0F;
         }
     }
-
-    static CellRange hullOf(const std::vector<CellRange> &ranges)
+    double meanOf(const CellRange &columns, int first) const
     {
-        CellRange hull;
-        for (const CellRange &range : ranges) {
-            if (range.first == range.end)
-                continue;
-            hull = hull.first == hull.end ? range
-                                          : CellRange{std::min(hull.first, range.first),
-                                                      std::max(hull.end, range.end)};
+        double sum = 0.0;
+        double count = 0.0;
+        for (int column = columns.first; column < columns.end; ++column) {
+            sum += mSums[static_cast<std::size_t>(column - first)];
+            count += static_cast<double>(mCounts[static_cast<std::size_t>(column - first)]);
         }
-        return hull;
+        return count > 0.0 ? sum / count : kNone;
+    }
+
+    static CellRange hullOf(const CellRange &a, const CellRange &b)
+    {
+        if (a.first == a.end || b.first == b.end)
+            return a.first == a.end ? b : a;
+        return {std::min(a.first, b.first), std::max(a.end, b.end)};
     }
 
     const Cells &mCells;
     const int mColumns;
     const CellTest<Cells> &mTest;
     std::vector<double> mSums; // of each column of the window
-    std::vector<double> mCounts;
+    std::vector<float> mCounts;
 };
 
 bool isWindow(const QRectF &window, int width, int height)
@@ -179,7 +199,11 @@ bool VORN_GetRasterWindow(int id, int realization, qint64 time, const QRectF &wi
                         window.height() / height / cellHeight, grid->Rows());
         const std::vector<CellRange> columns = across.ranges(width, sampling);
         const HeldGrid hold(*grid);
-        QVector<double> found(width * height);
+        QVector<double> found;
+        if (values.size() == width * height && values.isDetached())
+            found.swap(values); // its memory is used again
+        else
+            found = QVector<double>(width * height);
         const bool isKnown = visitCells(*grid, [&](const auto &cells) {
             using Cells = std::decay_t<decltype(cells)>;
             const CellTest<Cells> test(dataset->GetCellFlag());
@@ -196,8 +220,7 @@ bool VORN_GetRasterWindow(int id, int realization, qint64 time, const QRectF &wi
                     reader.readNearest(rows.first, columns, out);
             }
         });
-        if (isKnown)
-            values = found;
+        values.swap(found);
         return isKnown;
     });
 }
