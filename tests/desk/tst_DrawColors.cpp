@@ -82,7 +82,7 @@ private Q_SLOTS:
         const auto told = [&table] {
             return texts(QVector<QRgb>(table.data(), table.data() + table.size()));
         };
-        const QRgb hatched = (ColorTable::kHatched << 24) | (kGrey & 0xffffffU);
+        const QRgb hatched = (unsigned(ColorTable::Hatched) << 24) | (kGrey & 0xffffffU);
         table.build(5, rule(), classes, nullptr, nullptr);
         QCOMPARE(told(), texts({0, kRed, kBlue, hatched, hatched, kBlue}));
         table.build(5, rule(), classes, shown, selected);
@@ -100,6 +100,12 @@ private Q_SLOTS:
         QCOMPARE(told(), texts({0, kRed, kBlue}));
         table.build(2, rule(), nullptr, nullptr, nullptr);
         QCOMPARE(told(), texts({0, rule().plain, rule().plain}));
+        QVERIFY(!table.isPlain());
+        ColorRule lowest = rule();
+        lowest.fillGround = true;
+        table.build(2, lowest, classes, shown + 3, nullptr);
+        QCOMPARE(told(), texts({0xfeffffffU, kRed, 0xfeffffffU}));
+        QVERIFY(table.isPlain());
         table.build(-1, rule(), nullptr, nullptr, nullptr);
         QCOMPARE(table.size(), std::size_t(1));
     }
@@ -108,7 +114,7 @@ private Q_SLOTS:
     {
         const FlatGeometry geometry = rowOfPlaces(4);
         PickBuffer buffer;
-        buffer.draw(geometry, kView, PickStyle{1, 1});
+        buffer.draw(geometry, kView, PickStyle{1, 1, nullptr});
         const int classes[] = {0, 1, -1, 1};
         const unsigned char shown[] = {1, 1, 1, 0};
         ColorTable table;
@@ -128,6 +134,17 @@ private Q_SLOTS:
                  texts({kLine, kLine, kLine, kGround, kGround, kGround, kGround, kGround}));
         QCOMPARE(rowOf(image, 0),
                  texts({kLine, kLine, kLine, kGround, kGround, kGround, kGround, kGround}));
+        // The ground of the lowest layer replaces the image, but is no object.
+        ColorRule lowest = rule();
+        lowest.fillGround = true;
+        for (const bool hatched : {false, true}) {
+            table.build(4, lowest, hatched ? classes : nullptr, shown, nullptr);
+            QCOMPARE(table.isPlain(), !hatched);
+            QImage other = canvas(8, 4, kBlue);
+            QVERIFY(colorPass(buffer, table, style, other));
+            QCOMPARE(rowOf(other, 1), rowOf(image, 1));
+            QCOMPARE(rowOf(other, 2), rowOf(image, 2));
+        }
         // Wrong images and short tables change nothing.
         for (QImage wrong : {QImage(8, 5, QImage::Format_RGB32), QImage(3, 2, QImage::Format_RGB32),
                              QImage(8, 4, QImage::Format_ARGB32), QImage()})
@@ -141,7 +158,7 @@ private Q_SLOTS:
         FlatGeometry geometry;
         geometry.setPlaces({{4, 2}});
         PickBuffer buffer;
-        buffer.draw(geometry, kView, PickStyle{60, 1}); // all pixels
+        buffer.draw(geometry, kView, PickStyle{60, 1, nullptr}); // all pixels
         const int classes[] = {-1};
         ColorTable table;
         table.build(1, rule(), classes, nullptr, nullptr);
@@ -152,7 +169,7 @@ private Q_SLOTS:
         for (int y = 0; y < 4; ++y)
             for (int x = 0; x < 8; ++x)
                 QCOMPARE(image.pixel(x, y), (x + y) % 6 == 0 ? kLine : kGrey);
-        buffer.draw(geometry, kView.doubled(), PickStyle{120, 1});
+        buffer.draw(geometry, kView.doubled(), PickStyle{120, 1, nullptr});
         QImage reduced = canvas(8, 4);
         QVERIFY(colorPass(buffer, table, style, reduced));
         QCOMPARE(reduced, image);
@@ -168,7 +185,7 @@ private Q_SLOTS:
         geometry.setPlaces(places);
         const ViewTransform view = ViewTransform::fit(geometry.bounds(), QSize(120, 90));
         PickBuffer buffer;
-        buffer.draw(geometry, view.doubled(), PickStyle{9, 1});
+        buffer.draw(geometry, view.doubled(), PickStyle{9, 1, nullptr});
         QVector<int> classes;
         for (int i = 0; i < 400; ++i)
             classes.append(i % 3);

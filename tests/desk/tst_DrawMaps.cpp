@@ -215,7 +215,9 @@ private Q_SLOTS:
             geometry.setPlaces(randomPlaces(5, 3000));
         else
             QVERIFY(geometry.load(kind == "areas" ? addMesh(7, 9, 3) : addLines(7), 5));
-        const PickStyle style{placeSize, lineWidth};
+        PickStyle style;
+        style.placeSize = placeSize;
+        style.lineWidth = lineWidth;
         ViewTransform view = ViewTransform::fit(geometry.bounds(), QSize(301, 210));
         view.zoom(QPointF(150, 100), 1.7);
         PickBuffer moved;
@@ -228,7 +230,7 @@ private Q_SLOTS:
                      qPrintable(QString("%1 %2").arg(what, difference(moved, anew))));
         };
         for (const QPoint &step : {QPoint(64, 0), QPoint(-13, 7), QPoint(5, -60), QPoint(-250, 3),
-                                   QPoint(1, 1), QPoint(0, 400)}) {
+                                   QPoint(1, 1), QPoint(0, 400), QPoint(190, -330)}) {
             view.pan(step.x(), step.y());
             check("after a pan");
         }
@@ -239,6 +241,7 @@ private Q_SLOTS:
         view.pan(1 << 26, 0); // the anchor moves
         view.pan(-(1 << 26), 5);
         check("far away and back");
+        QVERIFY(pixelsOf(moved, -1) < moved.width() * moved.height()); // not all have left
         // Twice as many pixels: slices and bands make no difference either.
         PickBuffer sliced;
         sliced.begin(view.doubled(), style.doubled());
@@ -246,6 +249,13 @@ private Q_SLOTS:
             sliced.drawSlice(geometry, 37);
         anew.draw(geometry, view.doubled(), style.doubled());
         QCOMPARE(difference(sliced, anew), QString());
+        // A part of the objects has no pixel of the others.
+        std::vector<unsigned char> flags(std::size_t(geometry.objectLimit()), 0);
+        flags[1] = 1;
+        style.only = flags.data();
+        moved.follow(geometry, ViewTransform::fit(geometry.bounds(), QSize(90, 70)), style);
+        QVERIFY(pixelsOf(moved, 1) > 0);
+        QCOMPARE(pixelsOf(moved, 1) + pixelsOf(moved, -1), moved.width() * moved.height());
     }
 
     void drawingStopsBetweenSlices()
@@ -329,8 +339,8 @@ private Q_SLOTS:
                 view = ViewTransform::fit(map, QSize(40, 30), 50);
                 for (const double factor : {1.0, 1e12, 1e-20}) {
                     view.zoom(QPointF(13.7, 2.2), factor);
-                    buffer.draw(*geometry, view, PickStyle{255, 255.0});
-                    buffer.draw(*geometry, view.doubled(), PickStyle{1, 0.0});
+                    buffer.draw(*geometry, view, PickStyle{255, 255.0, nullptr});
+                    buffer.draw(*geometry, view.doubled(), PickStyle{1, 0.0, nullptr});
                 }
             }
         }
@@ -349,7 +359,7 @@ private Q_SLOTS:
         const ViewTransform unit = ViewTransform::fit(QRectF(0, -21, 21, 21), QSize(21, 21));
         PickBuffer buffer;
         for (const auto &expected : {qMakePair(1, 1), {2, 4}, {3, 9}, {4, 12}, {5, 21}, {7, 37}}) {
-            buffer.draw(places, unit, PickStyle{expected.first, 1.0});
+            buffer.draw(places, unit, PickStyle{expected.first, 1.0, nullptr});
             QCOMPARE(pixelsOf(buffer, 0), expected.second);
             QCOMPARE(buffer.objectAt({10, 10}), 0);
         }
@@ -366,7 +376,7 @@ private Q_SLOTS:
         QVERIFY(line.load(VORN_FinishVectorGeography("l", QString(), TF_Integer), 5));
         const ViewTransform view = ViewTransform::fit(QRectF(0, 0, 40, 40), QSize(40, 40));
         for (const double width : {1.0, 4.0}) {
-            buffer.draw(line, view, PickStyle{1, width});
+            buffer.draw(line, view, PickStyle{1, width, nullptr});
             const QPointF along = (to - from) / std::hypot(to.x() - from.x(), to.y() - from.y());
             for (int y = 0; y < 40; ++y) {
                 for (int x = 0; x < 40; ++x) {

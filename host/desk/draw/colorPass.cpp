@@ -13,7 +13,7 @@ constexpr int kHatchStep = 6; // pixels from one stroke to the next
 
 bool isHatched(QRgb color)
 {
-    return color >> 24 == ColorTable::kHatched;
+    return ColorTable::alphaOf(color) == ColorTable::Hatched;
 }
 
 bool isStroke(int x, int y)
@@ -35,6 +35,7 @@ public:
     Pass(const PickBuffer &buffer, const ColorTable &table, const PassStyle &style)
         : mBuffer(buffer),
           mColors(table.data()),
+          mIsPlain(table.isPlain()),
           mStyle(style),
           mOutline(style.outline | kOpaque),
           mHatch(style.hatch | kOpaque)
@@ -46,10 +47,14 @@ public:
         const quint32 *numbers = mBuffer.row(y);
         const int width = mBuffer.width();
         QRgb hatches = 0;
-        for (int x = 0; x < width; ++x) {
+        if (mIsPlain) {
+            for (int x = 0; x < width; ++x)
+                out[x] = mColors[numbers[x]] | kOpaque;
+        }
+        for (int x = 0; x < width && !mIsPlain; ++x) {
             const QRgb color = mColors[numbers[x]];
-            hatches |= color & ~(color >> 1); // bit 24: an alpha of 1
-            out[x] = color >> 24 != 0 ? color | kOpaque : out[x];
+            hatches |= color & ~(color >> 1); // bit 24 alone of the lowest two of an alpha
+            out[x] = ColorTable::alphaOf(color) != 0 ? color | kOpaque : out[x];
         }
         if (hatches >> 24 & 1U) {
             for (int x = kHatchStep - 1 - (y + kHatchStep - 1) % kHatchStep; x < width;
@@ -107,15 +112,13 @@ private:
     {
         return mBuffer.row(std::min(y + 1, mBuffer.height() - 1));
     }
-    bool isSeen(quint32 number) const { return mColors[number] >> 24 != 0; }
+    bool isSeen(quint32 number) const { return ColorTable::isObject(mColors[number]); }
     QRgb seen(quint32 number, int x, int y, QRgb behind) const
     {
         const QRgb color = mColors[number];
-        if (color >> 24 == 0xffU)
-            return color;
-        if (color >> 24 == 0)
+        if (ColorTable::alphaOf(color) == ColorTable::Transparent)
             return behind;
-        return isStroke(x, y) ? mHatch : color | kOpaque;
+        return isHatched(color) && isStroke(x, y) ? mHatch : color | kOpaque;
     }
     void outline(QRgb &color, quint32 number, quint32 right, quint32 below) const
     {
@@ -126,6 +129,7 @@ private:
 
     const PickBuffer &mBuffer;
     const QRgb *const mColors;
+    const bool mIsPlain;
     const PassStyle mStyle;
     const QRgb mOutline;
     const QRgb mHatch;

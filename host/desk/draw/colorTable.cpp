@@ -8,14 +8,9 @@ namespace {
 
 constexpr double kFaded = 0.75; // of the way to the ground
 
-QRgb opaque(QRgb color)
+QRgb withAlpha(QRgb color, ColorTable::Alpha alpha)
 {
-    return color | 0xff000000U;
-}
-
-QRgb hatched(QRgb color)
-{
-    return (color & 0x00ffffffU) | (ColorTable::kHatched << 24);
+    return (color & 0x00ffffffU) | (static_cast<unsigned>(alpha) << 24);
 }
 
 /// The colours of all classes in one state. Entry 0 is for objects without a class.
@@ -28,7 +23,7 @@ std::vector<QRgb> colorsOfState(const ColorRule &rule, bool hasClasses, bool sel
         else if (faded)
             color = mixed(color, rule.ground, kFaded);
         const bool plain = !isMissing || (selected && !rule.fadeOthers);
-        colors.push_back(plain ? opaque(color) : hatched(color));
+        colors.push_back(withAlpha(color, plain ? ColorTable::Plain : ColorTable::Hatched));
     };
     add(hasClasses ? rule.missing : rule.plain, hasClasses);
     for (const QRgb color : rule.classes)
@@ -62,8 +57,9 @@ void ColorTable::build(int count, const ColorRule &rule, const int *classes,
     const std::size_t rowSize = colors.size();
     colors.insert(colors.end(), ofSelected.begin(), ofSelected.end());
 
+    const QRgb none = rule.fillGround ? withAlpha(rule.ground, Ground) : Transparent;
     mColors.resize(objects + 1);
-    mColors[0] = 0;
+    mColors[0] = none;
     QRgb *out = mColors.data() + 1;
     for (std::size_t i = 0; i < objects; ++i) {
         const auto number = classes ? static_cast<unsigned>(classes[i]) : classCount;
@@ -73,8 +69,12 @@ void ColorTable::build(int count, const ColorRule &rule, const int *classes,
     }
     if (shown) {
         for (std::size_t i = 0; i < objects; ++i)
-            out[i] = shown[i] ? out[i] : 0;
+            out[i] = shown[i] ? out[i] : none;
     }
+    QRgb common = none;
+    for (std::size_t i = 0; i < objects; ++i)
+        common &= out[i];
+    mIsPlain = alphaOf(common) >= Ground;
 }
 
 } // namespace meridor

@@ -14,18 +14,27 @@ struct ColorRule {
     QRgb missing = qRgb(236, 236, 236); ///< an object without a class; it is hatched
     QRgb selected = qRgb(255, 149, 0);  ///< replaces the colour of a selected object
     QRgb ground = qRgb(255, 255, 255);  ///< behind the objects
-    bool fadeOthers = false;            ///< whether objects that are not selected move towards the
-                                        ///< ground while any is selected, and selected objects keep
-                                        ///< their own colour
+    /// Whether pixels without a shown object take the ground, as in the lowest layer; otherwise what
+    /// is below remains visible.
+    bool fillGround = false;
+    /// Whether objects that are not selected move towards the ground while any is selected, and
+    /// selected objects keep their own colour.
+    bool fadeOthers = false;
 };
 
 /// The colours of the numbers of a pick buffer: colour 0 is that of pixels without an object, i + 1
-/// that of object i. Alpha is 255 for a plain colour, kHatched for one that is drawn as a hatch, and 0
-/// where what is below remains visible: at pixels without an object and at objects that are not
-/// shown.
+/// that of object i. Alpha is one of the following. An object that is not shown has the colour of no
+/// object.
 class ColorTable {
 public:
-    static constexpr unsigned kHatched = 1;
+    enum Alpha : unsigned {
+        Transparent = 0, ///< no object; what is below remains visible
+        Hatched = 1,     ///< an object, as a hatch
+        Ground = 254,    ///< no object; the colour of the ground
+        Plain = 255      ///< an object
+    };
+    static unsigned alphaOf(QRgb color) { return color >> 24; }
+    static bool isObject(QRgb color) { return (alphaOf(color) & 1U) != 0; }
 
     /// Pointers may be null: no classes, all objects shown, none selected. The arrays have one entry
     /// for each of `count` objects. Flags are those of MAttributes::GetAttributeVector.
@@ -34,9 +43,12 @@ public:
     const QRgb *data() const { return mColors.data(); }
     /// The numbers of the pick buffer must be below.
     std::size_t size() const { return mColors.size(); }
+    /// Whether every colour replaces a pixel as it is.
+    bool isPlain() const { return mIsPlain; }
 
 private:
     std::vector<QRgb> mColors{0};
+    bool mIsPlain = false;
 };
 
 /// The colour `share` of the way from one colour to another.

@@ -35,12 +35,10 @@ bool GridImage::load(int dataset, int realization, qint64 time, const ViewTransf
 {
     const QSize size = view.size();
     const QRectF window = view.visible();
-    QVector<double> values;
     if (!VORN_GetRasterWindow(dataset, realization, time, window, size.width(), size.height(),
-                              sampling, values))
+                              sampling, mValues))
         return false;
     const GeoProps grid = VORN_GetGeographyProperties(DataId(dataset).GeoId());
-    mValues = values;
     mView = view;
     mGridColumns = grid.columns;
     // The same expressions as in VORN_GetRasterWindow, so that a pixel has the cell of its value.

@@ -18,10 +18,12 @@ constexpr int kLeastSlice = 64;
 constexpr int kSlices = 8;
 
 /// Calls visit(shape) for the shapes of all blocks that come within `reach` pixels of the area.
+/// @param only  see PickStyle.
 template <class Visit>
 void visitShapes(const FlatGeometry &geometry, const Lattice &lattice, const PickArea &area,
-                 int reach, Visit visit)
+                 int reach, const unsigned char *only, Visit visit)
 {
+    const std::vector<int> &ids = geometry.shapes().ids;
     const double margin = reach + 1;
     const std::vector<Rect2D> &blocks = geometry.blocks();
     for (std::size_t block = 0; block < blocks.size(); ++block) {
@@ -31,8 +33,11 @@ void visitShapes(const FlatGeometry &geometry, const Lattice &lattice, const Pic
             continue;
         const std::size_t first = block * FlatGeometry::kBlock;
         const std::size_t end = std::min(first + FlatGeometry::kBlock, geometry.count());
-        for (std::size_t shape = first; shape < end; ++shape)
-            visit(shape);
+        for (std::size_t shape = first; shape < end; ++shape) {
+            const int object = ids[shape]; // -1: a shape that belongs to no object
+            if (object >= 0 && (!only || only[object]))
+                visit(shape);
+        }
     }
 }
 
@@ -46,15 +51,15 @@ void drawArea(const FlatGeometry &geometry, const ViewTransform &view, const Pic
     };
     if (geometry.kind() == FlatGeometry::Areas) {
         PolygonFill fill(lattice, area, geometry.meanEdge(view) < kSnappedEdge);
-        visitShapes(geometry, lattice, area, 0,
+        visitShapes(geometry, lattice, area, 0, style.only,
                     [&](std::size_t shape) { fill.fill(shapes, shape, valueOf(shape)); });
     } else if (geometry.kind() == FlatGeometry::Lines) {
         const LineDraw line(lattice, area, style.lineWidth);
-        visitShapes(geometry, lattice, area, line.reach(),
+        visitShapes(geometry, lattice, area, line.reach(), style.only,
                     [&](std::size_t shape) { line.draw(shapes, shape, valueOf(shape)); });
     } else {
         const PointStamp stamp(style.placeSize);
-        visitShapes(geometry, lattice, area, stamp.reach(), [&](std::size_t shape) {
+        visitShapes(geometry, lattice, area, stamp.reach(), style.only, [&](std::size_t shape) {
             const QPointF &place = shapes.vertices[shape];
             stamp.draw(lattice.x(place.x()), lattice.y(place.y()), valueOf(shape), area);
         });
@@ -86,10 +91,10 @@ bool PickBuffer::follow(const FlatGeometry &geometry, const ViewTransform &view,
         return draw(geometry, view, style, stop);
     const int below = kept.top() + kept.height();
     const int behind = kept.left() + kept.width();
-    drawRect(geometry, QRect(0, 0, mWidth, kept.top()));
-    drawRect(geometry, QRect(0, below, mWidth, mHeight - below));
-    drawRect(geometry, QRect(0, kept.top(), kept.left(), kept.height()));
-    drawRect(geometry, QRect(behind, kept.top(), mWidth - behind, kept.height()));
+    redraw(geometry, QRect(0, 0, mWidth, kept.top()));
+    redraw(geometry, QRect(0, below, mWidth, mHeight - below));
+    redraw(geometry, QRect(0, kept.top(), kept.left(), kept.height()));
+    redraw(geometry, QRect(behind, kept.top(), mWidth - behind, kept.height()));
     return true;
 }
 
@@ -139,18 +144,38 @@ QRect PickBuffer::moveTo(const ViewTransform &view)
     const QRect before(mView.origin(), QSize(mWidth, mHeight));
     const QRect shared = before & QRect(view.origin(), size);
     const QRect kept = shared.isEmpty() ? QRect() : shared.translated(-view.origin());
-    std::vector<quint32> moved(std::size_t(size.width()) * std::size_t(size.height()), kNothing);
     const QPoint from = shared.topLeft() - mView.origin();
-    for (int y = 0; y < kept.height(); ++y)
-        std::memcpy(moved.data() + std::size_t(kept.top() + y) * std::size_t(size.width())
-                        + kept.left(),
-                    row(from.y() + y) + from.x(), std::size_t(kept.width()) * sizeof(quint32));
-    mPixels.swap(moved);
+    if (size == QSize(mWidth, mHeight) && !kept.isEmpty()) {
+        // One move of all pixels. What it wraps around from one row into the next is outside the
+        // kept part, and is cleared with the rest of it.
+        const qptrdiff target = qptrdiff(kept.top()) * mWidth + kept.left();
+        const qptrdiff source = qptrdiff(from.y()) * mWidth + from.x();
+        const qptrdiff length = qptrdiff(kept.height() - 1) * mWidth + kept.width();
+        std::memmove(mPixels.data() + target, mPixels.data() + source,
+                     std::size_t(length) * sizeof(quint32));
+    } else {
+        std::vector<quint32> moved(std::size_t(size.width()) * std::size_t(size.height()));
+        for (int y = 0; y < kept.height(); ++y)
+            std::memcpy(moved.data() + std::size_t(kept.top() + y) * std::size_t(size.width())
+                            + kept.left(),
+                        row(from.y() + y) + from.x(), std::size_t(kept.width()) * sizeof(quint32));
+        mPixels.swap(moved);
+    }
     mView = view;
     mWidth = size.width();
     mHeight = size.height();
     mDrawnRows = mHeight;
     return kept;
+}
+
+/// Empties a part of the window and draws it.
+void PickBuffer::redraw(const FlatGeometry &geometry, const QRect &rect)
+{
+    for (int y = rect.top(); y < rect.top() + rect.height() && rect.width() > 0; ++y) {
+        quint32 *pixels = mPixels.data() + std::size_t(y) * std::size_t(mWidth);
+        std::fill(pixels + rect.left(), pixels + rect.left() + rect.width(), kNothing);
+    }
+    drawRect(geometry, rect);
 }
 
 int PickBuffer::objectAt(const QPoint &pixel) const

@@ -15,11 +15,16 @@ class FlatGeometry;
 struct PickStyle {
     int placeSize = 5;      ///< diameter of a disc, 1 to 255
     double lineWidth = 1.0; ///< up to 255; below 1.5 a chain of single pixels
+    /// Not null: only objects with a flag are drawn, into a buffer of their own over that of all. A
+    /// scatter plot keeps its selected places on top in this way. The flags have one byte for each
+    /// object; a drawing that is continued or followed must have the flags that it began with.
+    const unsigned char *only = nullptr;
+
     /// The same for a view with twice as many pixels in each direction.
-    PickStyle doubled() const { return {placeSize * 2, lineWidth * 2.0}; }
+    PickStyle doubled() const { return {placeSize * 2, lineWidth * 2.0, only}; }
     bool operator==(const PickStyle &other) const
     {
-        return placeSize == other.placeSize && lineWidth == other.lineWidth;
+        return placeSize == other.placeSize && lineWidth == other.lineWidth && only == other.only;
     }
     bool operator!=(const PickStyle &other) const { return !(*this == other); }
 };
@@ -74,6 +79,7 @@ public:
 
 private:
     void drawRect(const FlatGeometry &geometry, const QRect &rect);
+    void redraw(const FlatGeometry &geometry, const QRect &rect);
     /// Moves to another view of the same lattice. @return the pixels that both have, in the new one.
     QRect moveTo(const ViewTransform &view);
 
