@@ -16,6 +16,7 @@ namespace {
 constexpr double kSnappedEdge = 0.5;
 constexpr int kLeastSlice = 64;
 constexpr int kSlices = 8;
+constexpr int kSpareShare = 8; // of the rows, as spare rows on each side
 
 /// Calls visit(shape) for the shapes of all blocks that come within `reach` pixels of the area.
 /// @param only  see PickStyle.
@@ -102,9 +103,9 @@ void PickBuffer::begin(const ViewTransform &view, const PickStyle &style)
 {
     mView = view;
     mStyle = style;
-    mWidth = std::max(0, view.size().width());
-    mHeight = std::max(0, view.size().height());
-    mPixels.assign(std::size_t(mWidth) * std::size_t(mHeight), kNothing);
+    allocate(view.size().expandedTo(QSize(0, 0)));
+    quint32 *first = pixelsFrom(0, 0);
+    std::fill(first, first + std::size_t(mWidth) * std::size_t(mHeight), kNothing);
     mDrawnRows = 0;
     mObjectLimit = 0;
 }
@@ -132,48 +133,72 @@ void PickBuffer::drawRect(const FlatGeometry &geometry, const QRect &rect)
                 area.top = first + mView.origin().y();
                 area.bottom = end + mView.origin().y();
                 area.stride = mWidth;
-                area.pixels = mPixels.data() + std::size_t(first) * std::size_t(mWidth)
-                              + std::size_t(rect.left());
+                area.pixels = pixelsFrom(rect.left(), first);
                 drawArea(geometry, mView, mStyle, area);
             });
 }
 
 QRect PickBuffer::moveTo(const ViewTransform &view)
 {
-    const QSize size(std::max(0, view.size().width()), std::max(0, view.size().height()));
+    const QSize size = view.size().expandedTo(QSize(0, 0));
     const QRect before(mView.origin(), QSize(mWidth, mHeight));
     const QRect shared = before & QRect(view.origin(), size);
     const QRect kept = shared.isEmpty() ? QRect() : shared.translated(-view.origin());
     const QPoint from = shared.topLeft() - mView.origin();
     if (size == QSize(mWidth, mHeight) && !kept.isEmpty()) {
-        // One move of all pixels. What it wraps around from one row into the next is outside the
-        // kept part, and is cleared with the rest of it.
-        const qptrdiff target = qptrdiff(kept.top()) * mWidth + kept.left();
-        const qptrdiff source = qptrdiff(from.y()) * mWidth + from.x();
-        const qptrdiff length = qptrdiff(kept.height() - 1) * mWidth + kept.width();
-        std::memmove(mPixels.data() + target, mPixels.data() + source,
-                     std::size_t(length) * sizeof(quint32));
+        slide(qptrdiff(from.y() - kept.top()) * mWidth + from.x() - kept.left());
     } else {
-        std::vector<quint32> moved(std::size_t(size.width()) * std::size_t(size.height()));
+        const std::vector<quint32> old = std::move(mPixels);
+        const std::size_t oldStart =
+            mStart + std::size_t(from.y()) * std::size_t(mWidth) + std::size_t(from.x());
+        const auto oldWidth = std::size_t(mWidth);
+        allocate(size);
         for (int y = 0; y < kept.height(); ++y)
-            std::memcpy(moved.data() + std::size_t(kept.top() + y) * std::size_t(size.width())
-                            + kept.left(),
-                        row(from.y() + y) + from.x(), std::size_t(kept.width()) * sizeof(quint32));
-        mPixels.swap(moved);
+            std::memcpy(pixelsFrom(kept.left(), kept.top() + y),
+                        old.data() + oldStart + std::size_t(y) * oldWidth,
+                        std::size_t(kept.width()) * sizeof(quint32));
     }
     mView = view;
-    mWidth = size.width();
-    mHeight = size.height();
     mDrawnRows = mHeight;
     return kept;
+}
+
+/// Moves all pixels by `distance` towards the first one. Rows follow one another in memory, so this
+/// is a change of where the first one is; what comes over from the end of a row into the next one is
+/// outside the part that is kept. When the spare rows on that side are used up, the pixels are copied
+/// back to the middle.
+void PickBuffer::slide(qptrdiff distance)
+{
+    const qptrdiff count = qptrdiff(mWidth) * mHeight;
+    const qptrdiff start = qptrdiff(mStart) + distance;
+    if (start >= 0 && start + count <= qptrdiff(mPixels.size())) {
+        mStart = std::size_t(start);
+        return;
+    }
+    const qptrdiff first = std::max<qptrdiff>(start, 0);
+    const qptrdiff end = std::min(start + count, qptrdiff(mPixels.size()));
+    const qptrdiff middle = (qptrdiff(mPixels.size()) - count) / 2;
+    std::memmove(mPixels.data() + middle + (first - start), mPixels.data() + first,
+                 std::size_t(end - first) * sizeof(quint32));
+    mStart = std::size_t(middle);
+}
+
+/// Makes room for a window and the spare rows above and below; the content is not defined.
+void PickBuffer::allocate(const QSize &size)
+{
+    mWidth = size.width();
+    mHeight = size.height();
+    const std::size_t spare = std::size_t(mHeight / kSpareShare + 1) * std::size_t(mWidth);
+    mPixels.resize(std::size_t(mWidth) * std::size_t(mHeight) + 2 * spare);
+    mStart = spare;
 }
 
 /// Empties a part of the window and draws it.
 void PickBuffer::redraw(const FlatGeometry &geometry, const QRect &rect)
 {
     for (int y = rect.top(); y < rect.top() + rect.height() && rect.width() > 0; ++y) {
-        quint32 *pixels = mPixels.data() + std::size_t(y) * std::size_t(mWidth);
-        std::fill(pixels + rect.left(), pixels + rect.left() + rect.width(), kNothing);
+        quint32 *pixels = pixelsFrom(rect.left(), y);
+        std::fill(pixels, pixels + rect.width(), kNothing);
     }
     drawRect(geometry, rect);
 }

@@ -67,7 +67,7 @@ public:
     int height() const { return mHeight; }
     const quint32 *row(int y) const
     {
-        return mPixels.data() + std::size_t(y) * std::size_t(mWidth);
+        return mPixels.data() + mStart + std::size_t(y) * std::size_t(mWidth);
     }
     /// All objects of the buffer are below.
     int objectLimit() const { return mObjectLimit; }
@@ -82,6 +82,12 @@ private:
     void redraw(const FlatGeometry &geometry, const QRect &rect);
     /// Moves to another view of the same lattice. @return the pixels that both have, in the new one.
     QRect moveTo(const ViewTransform &view);
+    void slide(qptrdiff distance);
+    void allocate(const QSize &size);
+    quint32 *pixelsFrom(int x, int y)
+    {
+        return mPixels.data() + mStart + std::size_t(y) * std::size_t(mWidth) + std::size_t(x);
+    }
 
     int mThreads;
     ViewTransform mView;
@@ -90,7 +96,8 @@ private:
     int mHeight = 0;
     int mDrawnRows = 0;
     int mObjectLimit = 0;
-    std::vector<quint32> mPixels;
+    std::vector<quint32> mPixels; // the rows of the window, with spare rows before and behind
+    std::size_t mStart = 0;       // of the first row
 };
 
 } // namespace meridor
