@@ -18,9 +18,14 @@ the calls that need them.
 from ._analysis import local_moran, moran, zonal
 from ._dataset import Dataset, GridDataset, Statistics, VectorDataset
 from ._errors import DataInterfaceWarning, InternalError, UnknownNameError
+from ._exchange import from_geopandas, from_xarray
 from ._geography import Geography, GeographyAt, Grid, VectorGeography
+from ._geostatistics import (Kriged, KrigedAt, Structure, Validation, Variogram, VariogramModel,
+                             cross_validate, krige, make_grid, simulate, stored_model,
+                             summarize_realizations, variogram)
 from ._project import Project, new, open
 from ._weights import WeightSet
+from . import stats
 
 __all__ = [
     "DataInterfaceWarning",
@@ -30,16 +35,32 @@ __all__ = [
     "Grid",
     "GridDataset",
     "InternalError",
+    "Kriged",
+    "KrigedAt",
     "Project",
     "Statistics",
+    "Structure",
     "UnknownNameError",
+    "Validation",
+    "Variogram",
+    "VariogramModel",
     "VectorDataset",
     "VectorGeography",
     "WeightSet",
+    "cross_validate",
+    "from_geopandas",
+    "from_xarray",
+    "krige",
     "local_moran",
+    "make_grid",
     "moran",
     "new",
     "open",
+    "simulate",
+    "stats",
+    "stored_model",
+    "summarize_realizations",
+    "variogram",
     "zonal",
 ]
 

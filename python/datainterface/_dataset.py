@@ -17,7 +17,7 @@ class Statistics(NamedTuple):
     """Statistics of values: NaN without values; ``deviation`` divides by n, and is NaN over all
     times of a dataset that changes."""
 
-    count: int
+    count: int  # type: ignore[assignment]
     mean: float
     deviation: float
     minimum: float
@@ -33,12 +33,13 @@ def dataset_of(geography, number):
 class Dataset(Part):
     """Values of a geography, over time and over realizations, which are counted from 1."""
 
-    __slots__ = ("_geography", "_form")
+    __slots__ = ("_geography", "_form", "_known")
 
     def __init__(self, geography, number):
         super().__init__(geography.project, number)
         self._geography = geography
         self._form = geography.time_format
+        self._known = {}  # instants by text or number, which are asked for in loops
 
     @property
     def geography(self):
@@ -96,10 +97,18 @@ class Dataset(Part):
         return _native.dataset_times(self._id, realization)
 
     def _index(self, realization):
+        if type(realization) is int and realization == 1:
+            return 0
         return _native.realization_index(self._id, realization)
 
     def _instant(self, at, index=0):
-        return _native.dataset_instant(self._id, text_of(at, self._form), index)
+        plain = type(at) in (int, str)
+        if plain and at in self._known:
+            return self._known[at]
+        instant = _native.dataset_instant(self._id, text_of(at, self._form), index)
+        if plain and len(self._known) < 10000:
+            self._known[at] = instant
+        return instant
 
     def values(self, at=None, realization=1):
         """The values at a time, as they are held: the fastest way to read them.
@@ -124,7 +133,7 @@ class Dataset(Part):
             For a text that is no time, and for a grid without cells at the time. Objects of a
             vector geography are all missing at a time without values.
         """
-        index = self._index(realization) if realization != 1 else 0
+        index = self._index(realization)
         values, mask = _native.values(self._id, self._instant(at, index), index)
         return self._shaped(values, mask)
 
@@ -198,6 +207,11 @@ class Dataset(Part):
         index = pandas.Index([value for value, _ in pairs], name=self.name)
         return pandas.Series([count for _, count in pairs], index=index, name="count",
                              dtype="int64")
+
+    @property
+    def variogram_models(self):
+        """The names of the variogram models of the dataset; see :func:`stored_model`."""
+        return _native.model_names(self._id)
 
     def __repr__(self):
         facts = self._facts
@@ -276,10 +290,15 @@ class VectorDataset(Dataset):
             For an unknown key.
         """
         pandas = load("pandas")
-        frame = self.to_frame(realization=realization)
-        index = int(objects_of(self._geography, [key])[0])
-        known = self._geography.object_keys[index]
-        return frame[frame["key"] == known].drop(columns="key").reset_index(drop=True)
+        spans, values = _native.history(
+            self._id, int(objects_of(self._geography, [key])[0]), self._index(realization))
+        days = self._form == "date"
+        ends = spans[:, 1] - np.where((spans[:, 2] == 0) & days, 86400, 0)
+        kind = {"decimal": "float64", "integer": "Int64", "text": "object"}[self.kind]
+        return pandas.DataFrame({
+            "start": for_pandas(stamps(spans[:, 0], self._form)),
+            "end": for_pandas(stamps(ends, self._form)),
+            "value": pandas.Series(values, dtype=kind)})
 
     def to_frame(self, *, realization=None, progress=None):
         """All values in the long form.

@@ -9,6 +9,7 @@ from . import _native
 from ._base import Part
 from ._optional import load
 from ._progress import reporting
+from ._queries import GridQueries, VectorQueries
 from ._times import stamps, stamps_of_texts, for_pandas, text_of
 
 
@@ -230,7 +231,7 @@ class Geography(Part, Mapping):
         return geography_html(self)
 
 
-class VectorGeography(Geography):
+class VectorGeography(VectorQueries, Geography):
     """Points, lines or polygons that exist, move and change over time."""
 
     __slots__ = ()
@@ -468,7 +469,7 @@ class GeographyAt:
         refuse_pickling(self)
 
 
-class Grid(Geography):
+class Grid(GridQueries, Geography):
     """Cells in rows and columns; row 0 has the largest y."""
 
     __slots__ = ()

@@ -134,6 +134,9 @@ class Project(Mapping):
     def __iter__(self):
         return iter([geography.name for geography in self.geographies])
 
+    def __bool__(self):
+        return True
+
     def __len__(self):
         self._require_open()
         return len(_native.geographies())
@@ -145,6 +148,38 @@ class Project(Mapping):
 
         self._require_open()
         return [geography_of(self, int(number)) for number in _native.geographies()]
+
+    def import_map(self, path, *, progress=None, **options):
+        """Imports a vector file, a table of points, a raster or a cube, as the program does.
+
+        Parameters
+        ----------
+        path : path
+            Any file that GDAL reads.
+        **options
+            ``name`` of the geography; ``layer``; ``key``, the field of the keys; ``start`` and
+            ``end``, fields of a row's existence; ``tables``, files whose fields are joined by key;
+            ``series``, such as ``"income=1929..2009"``; ``observations``, a table with a row for
+            each key and time, and ``observed``, such as ``"wind=wind_kt@time"``; ``types``, such as
+            ``"fips=text"``; ``fields``; ``missing``, ``missing_also``; ``x`` and ``y`` of a table;
+            ``crs``; ``snap``; ``times`` and ``time_pattern``; ``encoding``; ``decimal``;
+            ``strict``. Of grids: ``dataset``, ``no_data``, ``realizations``, ``packed``, and
+            ``raster=True`` for the raster of a file that also holds a map.
+
+        Returns
+        -------
+        Geography
+
+        Raises
+        ------
+        OSError
+            With the file, the field and the row, for what cannot be read.
+        TypeError
+            For an unknown option.
+        """
+        from ._exchange import import_file
+
+        return import_file(self, path, progress=progress, **options)
 
     def remove(self, geography):
         """Removes a geography, by name or itself, with its datasets."""

@@ -49,6 +49,23 @@ def test_files_that_are_no_projects(tmp_path, demo, content):
     di.new().close()  # nothing is left open
 
 
+def test_a_file_that_changes_while_it_is_open(demo, tmp_path):
+    path = tmp_path / "changed.vorn"
+    path.write_bytes(demo.read_bytes())
+    with di.open(path) as project:
+        income = project["states48"]["income"]
+        assert not project.unreadable
+        with path.open("r+b") as file:
+            file.seek(-2000, os.SEEK_END)
+            file.write(bytes(2000))
+        with pytest.raises(OSError, match="changed.vorn: values of the project"):
+            income.to_frame()
+        assert project.unreadable
+        with pytest.raises(OSError):
+            project.save(tmp_path / "copy.vorn")
+    assert not (tmp_path / "copy.vorn").exists()
+
+
 def test_paths_that_cannot_be_opened(tmp_path):
     with pytest.raises(FileNotFoundError, match="nowhere.vorn"):
         di.open(tmp_path / "nowhere.vorn")

@@ -50,9 +50,12 @@ ReadOptions mapOptions(const ImportOptions &options, const Notes &notes,
     return read;
 }
 
-void readMap(ImportPlan &plan, const Notes &notes, const std::function<void(int)> &progress)
+/// Starts a plan with its map.
+ImportPlan planOf(const FeatureTable &map, const ImportOptions &options)
 {
-    plan.map = readFeatures(plan.options.map, mapOptions(plan.options, notes, progress));
+    ImportPlan plan;
+    plan.options = options;
+    plan.map = map;
     if (plan.map.rows == 0)
         fail(plan.map.file + QStringLiteral(": holds no rows"));
     if (plan.map.shapeKind == ShapeKind::None)
@@ -61,6 +64,7 @@ void readMap(ImportPlan &plan, const Notes &notes, const std::function<void(int)
              "x");
     if (!plan.options.key.isEmpty())
         plan.keyColumn = requireColumn(plan.map, plan.options.key);
+    return plan;
 }
 
 void joinTables(ImportPlan &plan, const Notes &notes)
@@ -172,12 +176,9 @@ void checkNames(const ImportPlan &plan)
 
 } // namespace
 
-ImportPlan makePlan(const ImportOptions &options, const Notes &notes,
-                    const std::function<void(int)> &progress)
+ImportPlan makePlan(const FeatureTable &map, const ImportOptions &options, const Notes &notes)
 {
-    ImportPlan plan;
-    plan.options = options;
-    readMap(plan, notes, progress);
+    ImportPlan plan = planOf(map, options);
     joinTables(plan, notes);
     groupObjects(plan);
     for (const QString &text : options.series)
@@ -187,6 +188,13 @@ ImportPlan makePlan(const ImportOptions &options, const Notes &notes,
     checkNames(plan);
     resolveTimes(plan);
     return plan;
+}
+
+ImportPlan makePlan(const ImportOptions &options, const Notes &notes,
+                    const std::function<void(int)> &progress)
+{
+    return makePlan(readFeatures(options.map, mapOptions(options, notes, progress)), options,
+                    notes);
 }
 
 } // namespace meridor

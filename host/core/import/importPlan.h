@@ -38,5 +38,7 @@ struct ImportPlan {
 /// @param progress  receives 0 to 100; throws to stop.
 MERIDOR_EXPORT ImportPlan makePlan(const ImportOptions &options, const Notes &notes,
                                    const std::function<void(int)> &progress);
+/// The same for a map in memory, in place of the one that the options name.
+ImportPlan makePlan(const FeatureTable &map, const ImportOptions &options, const Notes &notes);
 
 } // namespace meridor

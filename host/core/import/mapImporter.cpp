@@ -74,14 +74,14 @@ void refuseUnmatched(const ImportPlan &plan)
     }
 }
 
-} // namespace
-
-ImportReport importMap(const ImportOptions &options, const Notes &notes, const Progress &progress)
+void requireSnap(const ImportOptions &options)
 {
     if (!std::isfinite(options.snap) || options.snap < 0)
         failUsage(QStringLiteral("the snap distance is no distance"), "snap");
-    progress.report(0, "Reading files...");
-    ImportPlan plan = makePlan(options, notes, progress.part(0, 30));
+}
+
+ImportReport build(const ImportPlan &plan, const Notes &notes, const Progress &progress)
+{
     refuseUnmatched(plan);
     progress.report(30, "Building the geography...");
 
@@ -101,7 +101,7 @@ ImportReport importMap(const ImportOptions &options, const Notes &notes, const P
                 report.withoutShape.append(plan.objects.key(object));
         }
         if (plan.map.shapeKind == ShapeKind::Polygons)
-            report.nearVertices = countNearVertices(*plan.map.shapes, options.snap);
+            report.nearVertices = countNearVertices(*plan.map.shapes, plan.options.snap);
         releaseFreeMemory();
         progress.report(60, "Filling the datasets...");
         report.datasets = buildDatasets(plan, report.geography, notes, progress.part(60, 100));
@@ -112,6 +112,22 @@ ImportReport importMap(const ImportOptions &options, const Notes &notes, const P
     releaseFreeMemory(); // saving needs memory as well
     tell(plan, report, notes);
     return report;
+}
+
+} // namespace
+
+ImportReport importMap(const ImportOptions &options, const Notes &notes, const Progress &progress)
+{
+    requireSnap(options);
+    progress.report(0, "Reading files...");
+    return build(makePlan(options, notes, progress.part(0, 30)), notes, progress);
+}
+
+ImportReport importMap(const FeatureTable &map, const ImportOptions &options, const Notes &notes,
+                       const Progress &progress)
+{
+    requireSnap(options);
+    return build(makePlan(map, options, notes), notes, progress);
 }
 
 } // namespace meridor

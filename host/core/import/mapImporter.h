@@ -21,5 +21,8 @@ struct ImportReport {
 /// Imports a map into the loaded project. Raises a Failure; no geography is added then.
 MERIDOR_EXPORT ImportReport importMap(const ImportOptions &options, const Notes &notes,
                                       const Progress &progress);
+/// The same for a map in memory, in place of the one that the options name.
+MERIDOR_EXPORT ImportReport importMap(const FeatureTable &map, const ImportOptions &options,
+                                      const Notes &notes, const Progress &progress);
 
 } // namespace meridor

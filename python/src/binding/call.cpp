@@ -6,6 +6,7 @@
 #include <optional>
 #include <thread>
 #include <unistd.h>
+#include "datainterface/ProjectAPI.h"
 #include "datainterface/vorn_error.h"
 
 namespace meridor::python {
@@ -146,6 +147,15 @@ Session &session()
     if (!state().session)
         raise(PyExc_ValueError, QStringLiteral("no project is open"));
     return *state().session;
+}
+
+void refuseUnreadable()
+{
+    const QString file = VORN_GetUnreadableProjectFile();
+    if (!file.isEmpty())
+        raise(PyExc_OSError, QStringLiteral("%1: values of the project could not be read: the file "
+                                            "is damaged, or was changed since it was opened")
+                                 .arg(file));
 }
 
 bool hasSession()

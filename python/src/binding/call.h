@@ -35,18 +35,31 @@ void closeSession();
 /// Receives the library's notes and warnings as texts.
 void setListeners(const py::object &note, const py::object &warn);
 
+/// Raises OSError if values of the project's file could not be read: what the call gave may lack
+/// them.
+void refuseUnreadable();
+
 /// Runs work that takes about as long as a call of Python itself.
 template <class Work> auto inTurn(Work work)
 {
     const Turn turn;
     session();
-    if constexpr (std::is_void_v<decltype(work())>) {
-        work();
-        turn.raisePending();
-    } else {
-        auto result = work();
-        turn.raisePending();
-        return result;
+    try {
+        if constexpr (std::is_void_v<decltype(work())>) {
+            work();
+            turn.raisePending();
+            refuseUnreadable();
+        } else {
+            auto result = work();
+            turn.raisePending();
+            refuseUnreadable();
+            return result;
+        }
+    } catch (const py::error_already_set &) {
+        throw;
+    } catch (...) {
+        refuseUnreadable();
+        throw;
     }
 }
 
@@ -63,16 +76,21 @@ template <class Work> auto atLength(const py::object &progress, Work work)
                 work();
             }
             turn.raisePending();
+            refuseUnreadable();
         } else {
             auto result = [&work] {
                 const py::gil_scoped_release released;
                 return work();
             }();
             turn.raisePending();
+            refuseUnreadable();
             return result;
         }
+    } catch (const py::error_already_set &) {
+        throw;
     } catch (...) {
         turn.raisePending();
+        refuseUnreadable();
         throw;
     }
 }

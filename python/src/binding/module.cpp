@@ -19,4 +19,8 @@ PYBIND11_MODULE(_native, module)
     addRows(module);
     addWeights(module);
     addAnalysis(module);
+    addExchange(module);
+    addQueries(module);
+    addGeostatistics(module);
+    addNumerics(module);
 }

@@ -11,5 +11,9 @@ void addDataset(pybind11::module_ &module);
 void addRows(pybind11::module_ &module);
 void addWeights(pybind11::module_ &module);
 void addAnalysis(pybind11::module_ &module);
+void addExchange(pybind11::module_ &module);
+void addQueries(pybind11::module_ &module);
+void addGeostatistics(pybind11::module_ &module);
+void addNumerics(pybind11::module_ &module);
 
 } // namespace meridor::python

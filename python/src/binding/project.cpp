@@ -57,8 +57,7 @@ void addProject(py::module_ &module)
             onFiles([&] { atLength(progress, [&] { session().save(path); }); });
         },
         py::arg("path"), py::arg("progress"));
-    module.def("unreadable_file",
-               [] { return inTurn([] { return VORN_GetUnreadableProjectFile(); }); });
+    module.def("unreadable_file", [] { return session(), VORN_GetUnreadableProjectFile(); });
     module.def("geographies", [] { return inTurn([] { return arrayOf(geographyIds()); }); });
     module.def("find_geography", [](const QString &name) {
         return inTurn([&] { return byName([&] { return findGeography(name); }); });

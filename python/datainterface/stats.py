@@ -1,0 +1,101 @@
+# SPDX-License-Identifier: MIT
+"""Distributions and corrections for many tests, without a project.
+
+Functions of numbers take arrays and give arrays of the same shape, with NaN outside their domain.
+Their absolute error is at most 1e-9.
+"""
+
+import numpy as np
+
+from . import _native
+
+__all__ = ["binomial_p", "bonferroni", "chi_square_p", "f_p", "fdr", "holm", "normal_p",
+           "normal_quantile", "poisson_p", "simes", "t_p"]
+
+
+def _scalar(given, result):
+    return float(result) if np.ndim(given) == 0 else result
+
+
+def normal_p(x):
+    """P(Z <= x) of the standard normal distribution."""
+    return _scalar(x, _native.normal_p(x))
+
+
+def normal_quantile(p):
+    """The inverse of :func:`normal_p`, with a relative error of 1.15e-9."""
+    return _scalar(p, _native.normal_quantile(p))
+
+
+def t_p(t, df):
+    """P(|T| < |t|) with `df` degrees of freedom, 1 or more."""
+    return _scalar(t, _native.t_p(t, df))
+
+
+def f_p(f, df1, df2):
+    """P(F > f)."""
+    return _scalar(f, _native.f_p(f, df1, df2))
+
+
+def chi_square_p(x, df, *, lower=False):
+    """The upper tail at x of the chi-square distribution, or the lower one."""
+    return _scalar(x, _native.chi_square_p(x, df, lower))
+
+
+def poisson_p(k, mean):
+    """P(X < k) of a Poisson variable."""
+    return _scalar(k, _native.poisson_p(k, mean))
+
+
+def binomial_p(k, n, p, *, cumulative=False):
+    """P(X = k) of n trials of probability p; P(X >= k) if `cumulative`."""
+    return _scalar(k, _native.binomial_p(k, n, p, cumulative))
+
+
+def _flags(p, chosen):
+    flags = np.zeros(np.size(p), dtype=bool)
+    flags[chosen] = True
+    return flags
+
+
+def _checked(p, alpha):
+    p = np.asarray(p, dtype=float).ravel()
+    if not 0 <= alpha <= 1:
+        raise ValueError("alpha is a probability, 0 to 1")
+    return p
+
+
+def bonferroni(p, alpha=0.05):
+    """Which tests are significant: p below alpha divided by their number.
+
+    Parameters
+    ----------
+    p : array
+        Probabilities; NaN is no test.
+    alpha : float
+
+    Returns
+    -------
+    numpy.ndarray of bool
+    """
+    p = _checked(p, alpha)
+    return _flags(p, _native.bonferroni(p, alpha))
+
+
+def holm(p, alpha=0.05):
+    """The same by S. Holm (1979), Scandinavian Journal of Statistics 6, 65-70."""
+    p = _checked(p, alpha)
+    return _flags(p, _native.holm(p, alpha))
+
+
+def simes(p, alpha=0.05):
+    """The same by R. J. Simes (1986), Biometrika 73, 751-754."""
+    p = _checked(p, alpha)
+    return ~_flags(p, _native.simes(p, alpha)) & ~np.isnan(p)
+
+
+def fdr(p, alpha=0.05):
+    """The same by Y. Benjamini and Y. Hochberg (1995), Journal of the Royal Statistical Society B
+    57, 289-300, where each p is compared with the threshold of its own rank alone."""
+    p = _checked(p, alpha)
+    return _flags(p, _native.fdr(p, alpha))
