@@ -113,11 +113,13 @@ void TestGeostatistics::countsEveryPairOnce_data()
     QTest::addColumn<int>("estimator");
     QTest::addColumn<QVector<double>>("directions");
     QTest::addColumn<double>("extent"); // places on a lattice have ties and pairs on limits
+    QTest::addColumn<double>("parts"); // widths of a class along the extent
     const QVector<double> four{0, kPi / 4, kPi / 2, 3 * kPi / 4};
-    QTest::newRow("classical") << 0 << QVector<double>() << 1000.0;
-    QTest::newRow("robust, four directions") << 1 << four << 1000.0;
-    QTest::newRow("cross") << 2 << QVector<double>() << 1000.0;
-    QTest::newRow("lattice, co-located points") << 0 << four << 12.0;
+    QTest::newRow("classical") << 0 << QVector<double>() << 1000.0 << 12.0;
+    QTest::newRow("robust, four directions") << 1 << four << 1000.0 << 12.0;
+    QTest::newRow("cross") << 2 << QVector<double>() << 1000.0 << 12.0;
+    QTest::newRow("lattice, co-located points") << 0 << four << 12.0 << 12.0;
+    QTest::newRow("thousands of classes") << 0 << QVector<double>() << 12.0 << 28000.0;
 }
 
 void TestGeostatistics::countsEveryPairOnce()
@@ -125,6 +127,7 @@ void TestGeostatistics::countsEveryPairOnce()
     QFETCH(int, estimator);
     QFETCH(QVector<double>, directions);
     QFETCH(double, extent);
+    QFETCH(double, parts);
     Samples samples = randomSamples(300, 3, extent);
     if (extent < 100) {
         for (size_t i = 0; i < samples.size(); ++i) {
@@ -136,7 +139,7 @@ void TestGeostatistics::countsEveryPairOnce()
     LagPlan plan;
     plan.estimator = static_cast<Estimator>(estimator);
     plan.cutoff = extent / 3;
-    plan.width = extent / 12;
+    plan.width = extent / parts;
     plan.directions.assign(directions.begin(), directions.end());
     plan.tolerance = kPi / 8;
     LagSums sums(plan);

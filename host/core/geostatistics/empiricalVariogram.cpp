@@ -20,7 +20,6 @@ namespace {
 
 /// Cells along the cutoff: smaller cells compare fewer samples that are too far, in shorter runs.
 constexpr double kCellsPerCutoff = 8;
-constexpr size_t kRun = 256;
 /// Consecutive pairs are added to different sums: additions to one would wait for each other.
 constexpr size_t kLanes = 4;
 constexpr double kMostClasses = 10000;
@@ -55,8 +54,9 @@ public:
         const auto n = static_cast<double>(samples.size());
         mSide = std::max(
             {cutoff / kCellsPerCutoff, std::sqrt(wide / n) * std::sqrt(high), wide / n, high / n});
-        mColumns = static_cast<size_t>(wide / mSide) + 1;
-        mRows = static_cast<size_t>(high / mSide) + 1;
+        mPerSide = 1 / mSide;
+        mColumns = static_cast<size_t>(wide * mPerSide) + 1;
+        mRows = static_cast<size_t>(high * mPerSide) + 1;
         // Rounding of coordinates may place a sample in a cell beside its own.
         constexpr double kRounding = 8 * std::numeric_limits<double>::epsilon();
         mSlack = 1e-9 * cutoff + kRounding * (std::fabs(mLeft) + std::fabs(mBottom) + wide + high);
@@ -69,9 +69,10 @@ public:
         const double reach = mCutoff + mSlack;
         const size_t own = rowOf(y[i]);
         visit(i + 1, startOf(own, columnOf(x[i] + reach) + 1));
+        const double bottom = mBottom - y[i] - mSlack;
         for (size_t row = own + 1; row < mRows; ++row) {
             const double up =
-                std::max(0.0, mBottom + static_cast<double>(row) * mSide - y[i] - mSlack);
+                std::max(0.0, bottom + static_cast<double>(static_cast<qint64>(row)) * mSide);
             if (up > reach)
                 return;
             const double half = std::sqrt(reach * reach - up * up) + mSlack;
@@ -83,11 +84,13 @@ public:
     std::vector<double> x, y, values, others; ///< others: empty, or of the second variable
 
 private:
-    size_t columnOf(double at) const { return indexOf((at - mLeft) / mSide, mColumns); }
-    size_t rowOf(double at) const { return indexOf((at - mBottom) / mSide, mRows); }
+    size_t columnOf(double at) const { return indexOf((at - mLeft) * mPerSide, mColumns); }
+    size_t rowOf(double at) const { return indexOf((at - mBottom) * mPerSide, mRows); }
     static size_t indexOf(double position, size_t count)
     {
-        return static_cast<size_t>(std::clamp(position, 0.0, static_cast<double>(count - 1)));
+        // By a signed number: the processor has no conversion to unsigned ones.
+        return static_cast<size_t>(static_cast<qint64>(
+            std::clamp(position, 0.0, static_cast<double>(static_cast<qint64>(count) - 1))));
     }
     size_t startOf(size_t row, size_t column) const { return mStarts[row * mColumns + column]; }
 
@@ -115,17 +118,9 @@ private:
         }
     }
 
-    double mCutoff, mLeft, mBottom, mSide, mSlack;
+    double mCutoff, mLeft, mBottom, mSide, mPerSide, mSlack;
     size_t mColumns, mRows;
     std::vector<size_t> mStarts; ///< of the cells in the lists, and their end
-};
-
-/// The pairs of a sample with a run of others.
-struct Run {
-    double squares[kRun];
-    double lags[kRun];
-    double terms[kRun];
-    int classes[kRun]; ///< of `count` classes; count: at the same place; count + 1: too far
 };
 
 /// The class of a separation, of at most `count`. A limit belongs to the class below it.
@@ -136,22 +131,63 @@ inline int classAt(double position, int count)
     return std::min(index - static_cast<int>((index == within) & (index > 0)), count - 1);
 }
 
-void classify(Run &run, const double *x, const double *y, double fromX, double fromY, size_t size,
-              double width, double cutoff, int count)
-{
-    const double most = cutoff * cutoff;
-    for (size_t j = 0; j < size; ++j) {
-        const double dx = x[j] - fromX;
-        const double dy = y[j] - fromY;
-        run.squares[j] = dx * dx + dy * dy;
-        run.lags[j] = std::sqrt(run.squares[j]);
+/// Finds the class of a squared separation without its root: 0 for the same place, then the classes
+/// of the plan from 1 on, then one for all that is too far.
+class ClassFinder {
+public:
+    ClassFinder(double width, double cutoff, size_t count) : mLast(cutoff * cutoff)
+    {
+        const auto classes = static_cast<int>(count);
+        mLimits.push_back(0);
+        for (int index = 0; index + 1 < classes; ++index) {
+            const auto isWithin = [&](double square) {
+                return classAt(std::sqrt(square) / width, classes) <= index;
+            };
+            double limit = std::min(mLast, (index + 1) * width * ((index + 1) * width));
+            while (!isWithin(limit))
+                limit = std::nextafter(limit, 0);
+            while (limit < mLast && isWithin(std::nextafter(limit, mLast)))
+                limit = std::nextafter(limit, mLast);
+            mLimits.push_back(limit);
+        }
+        mLimits.push_back(mLast);
+        mLimits.push_back(std::numeric_limits<double>::infinity());
+        mScale = (kEntries - 2) / mLast;
+        size_t found = 0;
+        for (size_t entry = 0; entry < kEntries; ++entry) {
+            mFirst.push_back(static_cast<quint16>(found));
+            // Rounding may put a square into the entry before its own.
+            while (mLimits[found] * mScale < double(entry) + 1 - 1e-6)
+                ++found;
+        }
     }
-    for (size_t j = 0; j < size; ++j) {
-        int index = classAt(run.lags[j] / width, count);
-        index = run.squares[j] == 0 ? count : index;
-        run.classes[j] = run.squares[j] > most ? count + 1 : index;
+    size_t of(double square) const
+    {
+        size_t found = mFirst[static_cast<size_t>(
+            static_cast<int>(std::min(square * mScale, double(kEntries - 1))))];
+        while (square > mLimits[found])
+            ++found;
+        return found;
     }
-}
+
+private:
+    static constexpr size_t kEntries = 2048;
+    double mLast;
+    double mScale;
+    std::vector<double> mLimits; ///< the largest square of each class
+    std::vector<quint16> mFirst; ///< by entry, a kEntries-th of the squares: the least class in it
+};
+
+/// Pairs that are added together, since the processor takes the roots of several at a time.
+struct Batch {
+    static constexpr size_t kMost = 512;
+    size_t size = 0;
+    double squares[kMost];
+    double lags[kMost];
+    double terms[kMost];
+    double dx[kMost]; ///< only for directions
+    double dy[kMost];
+};
 
 } // namespace
 
@@ -205,52 +241,74 @@ void LagSums::addPairs(const Samples &samples, const std::vector<double> &others
     if (samples.size() < 2)
         return;
     const SortedSamples sorted(samples, others, mPlan.cutoff);
-    const auto classes = static_cast<int>(mClasses);
+    const ClassFinder classes(mPlan.width, mPlan.cutoff, mClasses);
     // One more class for pairs at the same place, and one for those that are too far.
     const size_t stride = mClasses + 2;
     std::vector<Sum> lanes(kLanes * stride);
-    Run run;
-    const auto addRun = [&](size_t i, size_t from, size_t size) {
-        classify(run, &sorted.x[from], &sorted.y[from], sorted.x[i], sorted.y[i], size, mPlan.width,
-                 mPlan.cutoff, classes);
-        const double value = sorted.values[i];
-        const double *const z = &sorted.values[from];
-        if (sorted.others.empty()) {
-            for (size_t j = 0; j < size; ++j)
-                run.terms[j] = term(value - z[j], 0.0);
-        } else {
-            const double other = sorted.others[i];
-            const double *const u = &sorted.others[from];
-            for (size_t j = 0; j < size; ++j)
-                run.terms[j] = term(value - z[j], other - u[j]);
-        }
-        if (!mPlan.directions.empty()) {
-            for (size_t j = 0; j < size; ++j)
-                if (run.classes[j] <= classes)
-                    addPair(run.lags[j], sorted.x[from + j] - sorted.x[i],
-                            sorted.y[from + j] - sorted.y[i], run.terms[j], 1);
-            return;
-        }
-        Sum *const sums = lanes.data();
-        for (size_t j = 0; j < size; ++j) {
-            Sum &sum = sums[(j % kLanes) * stride + static_cast<size_t>(run.classes[j])];
-            sum.value += run.terms[j];
-            sum.lag += run.lags[j];
+    Batch batch;
+    const auto flush = [&] {
+        for (size_t j = 0; j < batch.size; ++j)
+            batch.lags[j] = std::sqrt(batch.squares[j]);
+        for (size_t j = 0; j < batch.size; ++j) {
+            const size_t found = classes.of(batch.squares[j]);
+            if (!mPlan.directions.empty()) {
+                if (found <= mClasses)
+                    addPair(batch.lags[j], batch.dx[j], batch.dy[j], batch.terms[j], 1);
+                continue;
+            }
+            Sum &sum = lanes[(j % kLanes) * stride + found];
+            sum.value += batch.terms[j];
+            sum.lag += batch.lags[j];
             ++sum.pairs;
         }
+        batch.size = 0;
+    };
+    const auto take = [&](size_t i, size_t from, size_t size) {
+        const double *const x = &sorted.x[from];
+        const double *const y = &sorted.y[from];
+        const double *const z = &sorted.values[from];
+        double *const squares = batch.squares + batch.size;
+        double *const terms = batch.terms + batch.size;
+        const double left = sorted.x[i];
+        const double bottom = sorted.y[i];
+        const double value = sorted.values[i];
+        for (size_t j = 0; j < size; ++j) {
+            const double dx = x[j] - left;
+            const double dy = y[j] - bottom;
+            squares[j] = dx * dx + dy * dy;
+        }
+        if (sorted.others.empty()) {
+            for (size_t j = 0; j < size; ++j)
+                terms[j] = term(value - z[j], 0.0);
+        } else {
+            const double *const u = &sorted.others[from];
+            for (size_t j = 0; j < size; ++j)
+                terms[j] = term(sorted.values[i] - z[j], sorted.others[i] - u[j]);
+        }
+        for (size_t j = 0; j < size && !mPlan.directions.empty(); ++j) {
+            batch.dx[batch.size + j] = x[j] - sorted.x[i];
+            batch.dy[batch.size + j] = y[j] - sorted.y[i];
+        }
+        batch.size += size;
     };
     for (size_t i = 0; i < sorted.size(); ++i) {
         sorted.partnersOf(i, [&](size_t from, size_t to) {
-            for (; from < to; from += kRun)
-                addRun(i, from, std::min(kRun, to - from));
+            while (from < to) {
+                const size_t size = std::min(Batch::kMost - batch.size, to - from);
+                take(i, from, size);
+                from += size;
+                if (batch.size == Batch::kMost)
+                    flush();
+            }
         });
         if (i % 64 == 0)
             meter(static_cast<int>(100 * i / sorted.size()));
     }
+    flush();
     for (size_t lane = 0; lane < kLanes; ++lane) {
         for (size_t k = 0; k <= mClasses; ++k) {
             const Sum &part = lanes[lane * stride + k];
-            Sum &sum = k == mClasses ? mColocated : mSums[k];
+            Sum &sum = k == 0 ? mColocated : mSums[k - 1];
             sum.value += part.value;
             sum.lag += part.lag;
             sum.pairs += part.pairs;
