@@ -94,8 +94,9 @@ if(TARGET meridor-desk)
     debian_package(Desk meridor-desk science "maps with values over time: linked maps, tables and graphs"
         "${about}
 .
-This package contains meridor-desk, which shows projects in windows."
-        DEPENDS "${both_libraries}")
+This package contains meridor-desk, which shows projects in windows. Its
+samples are those of the package meridor."
+        DEPENDS "meridor ${own_version}, ${both_libraries}" RECOMMENDS "fonts-dejavu-core" SUGGESTS "datainterface-doc")
 endif()
 if(BUILD_PYTHON)
     # The extension is of one version of Python.
@@ -114,11 +115,14 @@ installed."
         SUGGESTS "python3-dask, python3-distributed, python3-geopandas, python3-pandas, python3-scipy, python3-xarray")
 endif()
 if(TARGET reference)
+    if(TARGET reference-python)
+        set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_DEPENDS "libjs-sphinxdoc (>= 5.2)")
+    endif()
     debian_package(Documentation datainterface-doc doc "data layer for statistics in space and time (documentation)"
         "${about}
 .
-This package contains the reference of the library's interface and the pages
-about its file format, methods and use."
+This package contains the references of the C++ and Python interfaces and the
+pages about file format, methods and use."
         ARCHITECTURE all SHLIBDEPS OFF)
 endif()
 

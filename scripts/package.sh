@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 case "${1:-}" in '' | --test) ;; *) echo "usage: scripts/package.sh [--test]" >&2; exit 2 ;; esac
 # shellcheck disable=SC2034  # prepare.sh reads it.
-check_packages=(dpkg-dev file lintian doxygen pybind11-dev python3-dev)
+check_packages=(dpkg-dev file lintian doxygen pybind11-dev python3-dev python3-numpy python3-sphinx)
 # shellcheck disable=SC2034
 [ -z "${1:-}" ] || check_packages+=(fakeroot strace desktop-file-utils appstream shared-mime-info tzdata
     python3-pytest python3-numpy python3-pandas python3-geopandas python3-xarray python3-cftime python3-scipy python3-libpysal
@@ -19,7 +19,7 @@ SOURCE_DATE_EPOCH=$(git log -1 --format=%ct 2>/dev/null || stat -c %Y CHANGELOG.
 export SOURCE_DATE_EPOCH
 cmake --preset package >build/package.log 2>&1 || { cat build/package.log >&2; exit 1; }
 build package all
-cmake --build build/package --target reference >build/package.log 2>&1 || { cat build/package.log >&2; exit 1; }
+cmake --build build/package --target reference reference-python >build/package.log 2>&1 || { cat build/package.log >&2; exit 1; }
 
 rm -rf build/packages build/package/_CPack_Packages build/package/*.deb
 mkdir -p build/packages

@@ -104,14 +104,14 @@ def local_moran(dataset, weights, *, at=None, permutations=999, seed=None, corre
                 alpha=0.05, islands="keep", store=None, realization=1, progress=None):
     """Moran's I of each object, with conditional permutations.
 
+    The other parameters are those of :func:`moran`.
+
     Parameters
     ----------
     correction : {"none", "bonferroni", "holm", "simes", "fdr", "jef"}
         For many tests.
     alpha : float
         The level at which a cluster is named.
-
-    The other parameters are those of :func:`moran`.
 
     Returns
     -------

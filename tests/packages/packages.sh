@@ -117,5 +117,31 @@ in_root --purge "${names[@]}"
 left=$(find "$root" -mindepth 1 ! -path "$root/var*")
 [ -z "$left" ] || fail "left behind: $left"
 
+# The same in a copy of this system, where dpkg checks the dependencies and the triggers and scripts of packages run. It takes
+# root and a kernel that allows overlays in a mount namespace.
+# shellcheck disable=SC2016  # The inner shells expand the variables.
+copy() { # STEPS: a script in a changed copy of the system; the sources are out of its sight
+    unshare --mount bash -euo pipefail -c 'mount -t tmpfs none "$1"; mkdir "$1/changed" "$1/work" "$1/root"
+        mount -t overlay overlay -o "lowerdir=/,upperdir=$1/changed,workdir=$1/work" "$1/root"
+        mkdir "$1/root/packages"; mount --bind "$2" "$1/root/packages"; mount -t tmpfs none "$1/root$3"
+        chroot "$1/root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/nowhere QT_QPA_PLATFORM=offscreen bash -euo pipefail -c "$4"
+        cd "$1/changed"; find . -ipath "*datainterface*" -o -ipath "*meridor*" -o -ipath "*fennimark*"' \
+        copy "$work/copy" "$packages" "$source" "$1" 2>&1
+}
+mkdir "$work/copy"
+if copy true >/dev/null; then
+    # shellcheck disable=SC2016
+    left=$(copy 'exec >/dev/null; dpkg --install /packages/*.deb
+        meridor demo /packages-demo
+        [ ! -e /usr/share/doc/python3-datainterface ] || /usr/bin/python3 -c "import datainterface"
+        [ ! -e /usr/share/mime/packages/meridor-vorn.xml ] || grep -q vorn /usr/share/mime/globs2
+        dpkg --purge $(for package in /packages/*.deb; do dpkg-deb --field "$package" Package; done)
+        rm -r /packages-demo') || fail "in a copy of the system: $left"
+    [ -z "$left" ] || fail "left behind in a copy of the system: $left"
+    echo "installed and removed in a copy of the system"
+else
+    echo "no copy of the system: it takes root and overlays"
+fi
+
 [ "$failures" -eq 0 ] || { echo "$failures faults" >&2; exit 1; }
 echo "The packages work alone."
