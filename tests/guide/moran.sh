@@ -5,7 +5,6 @@ meridor import samples/us_income/states48.geojson income.vorn --key fips \
     --table samples/us_income/income_1929_2009.csv --series income=1929..2009 --quiet > import.txt
 meridor weights create income.vorn queen --method queen --weights row
 meridor weights show income.vorn queen --at 2009
-meridor neighbors income.vorn queen Virginia --at 2009
 # [test]
 meridor moran income.vorn income queen --at 1929 --at 1981 --at 2009 --seed 1
 meridor moran income.vorn income queen --seed 1 --save "income Moran" > moran.txt

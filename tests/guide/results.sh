@@ -18,7 +18,7 @@ meridor export rain.vorn rain.nc
 meridor export income.vorn income.zarr --datasets income
 # [report]
 meridor report income.vorn income.html --title "Income per head" | cut -d , -f 1
-meridor stats income.vorn income --at 2009 --json
+meridor stats income.vorn income --at 2009 --json | grep mean
 # [wrong]
 meridor export income.vorn income.xlsx
 meridor export income.vorn income.csv
