@@ -63,7 +63,8 @@ def run(path, text, programs, meridor, python, directory):
     if arguments is None:
         return None
     environment = dict(os.environ, PATH=os.path.dirname(meridor) + os.pathsep + os.environ["PATH"], LC_ALL="C.UTF-8",
-                       PYTHONPATH=python, PYTHONUNBUFFERED="1", TZ="UTC")
+                       PYTHONPATH=python, PYTHONUNBUFFERED="1", TZ="UTC",
+                       XDG_CACHE_HOME=os.path.join(directory, "cache"))
     done = subprocess.run(arguments, cwd=directory, env=environment, stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8", check=False)
     heard = re.sub(r"[ \t]+$", "", done.stdout, flags=re.M)
