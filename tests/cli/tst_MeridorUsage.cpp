@@ -37,6 +37,8 @@ private Q_SLOTS:
         check({"map", "p.vorn", "x", "x.png", "--palette", "mud"}, 2, "YlGnBu");
         check({"map", "p.vorn", "x", "x.png", "--breaks", "3,2"}, 2, "ascend");
         check({"map", "p.vorn", "x", "x.png", "--breaks", "3", "--count", "4"}, 2, "--count");
+        check({"map", "p.vorn", "x", "x.png", "--extent", "5,0,5,9"}, 2, "LEFT,BOTTOM,RIGHT,TOP");
+        check({"map", "p.vorn", "x", "x.png", "--extent", "1,2,3,nan"}, 2, "nan is no number");
         check({"export", "p.vorn", "x.xml"}, 2, "x.xml");
         check({"info", "p.vorn"}, 1, "p.vorn: no such file");
         check({"info", ""}, 2, "the name of a file is empty");

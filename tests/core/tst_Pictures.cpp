@@ -94,6 +94,15 @@ private Q_SLOTS:
         };
         QCOMPARE((QVector<bool>{at(4.5, 4.5), at(14, 4.5), at(1.5, 4.5), at(24, 4.5)}),
                  (QVector<bool>{false, false, true, true}));
+        // A part inside the right square is filled; the counts remain those of the whole.
+        style.extent = QRectF(21, 1, 7, 7);
+        const MapPicture part = choropleth({findDataset("id"), 0, "id", {}}, style);
+        QCOMPARE(part.panels[0].drawn, map.panels[0].drawn);
+        const auto filled = [&](const QImage &image) {
+            return colorsIn(image, 640).value(QColor::fromRgb(fill).name());
+        };
+        QVERIFY2(filled(draw(part)) > 1.2 * filled(picture),
+                 qPrintable(QString::number(filled(draw(part)))));
     }
 
     /// Panels of several times have one legend without counts; captions and labels are texts.

@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <cmath>
 #include <memory>
 #include "cli/commands/commands.h"
 #include "cli/commands/pictureOptions.h"
@@ -33,6 +34,7 @@ struct Options {
     QStringList layerPalettes;
     QString links;
     QString label;
+    QString extent;
     bool allTimes = false;
     int realization = 1;
     ClassOptions classes;
@@ -45,6 +47,20 @@ struct Moment {
     QString name;
 };
 
+QRectF extentOf(const QString &text)
+{
+    QVector<double> numbers;
+    for (const QString &part : text.split(QLatin1Char(','))) {
+        bool isNumber = false;
+        numbers.append(part.toDouble(&isNumber));
+        if (!isNumber || !std::isfinite(numbers.last()))
+            failUsage(QStringLiteral("--extent: %1 is no number").arg(part));
+    }
+    if (numbers.size() != 4 || numbers[0] >= numbers[2] || numbers[1] >= numbers[3])
+        failUsage(QStringLiteral("--extent is LEFT,BOTTOM,RIGHT,TOP in map coordinates"));
+    return {QPointF(numbers[0], numbers[1]), QPointF(numbers[2], numbers[3])};
+}
+
 void check(const Options &options)
 {
     if (options.output.isEmpty() == options.frames.isEmpty())
@@ -53,6 +69,8 @@ void check(const Options &options)
         failUsage(QStringLiteral("--at is one time; it excludes --times and --frames"));
     if (options.layerPalettes.size() > options.layers.size())
         failUsage(QStringLiteral("--layer-palette: there are more palettes than layers"));
+    if (!options.extent.isEmpty())
+        extentOf(options.extent);
     if (!options.output.isEmpty())
         requirePictureName(options.output);
 }
@@ -306,6 +324,8 @@ void addMap(const Command &app, Context &context)
     options->classes.addTo(command, 64);
     command.flag("--all-times", options->allTimes,
                  "Classes and extent of all times, to compare pictures");
+    command.text("--extent", options->extent,
+                 "The part of the map that is drawn: LEFT,BOTTOM,RIGHT,TOP");
     options->size.addTo(command);
     overwriteOption(command, context);
     command.footer("Example:\n  meridor map income.vorn income 2009.png --at 2009 --title \"Income "

@@ -86,11 +86,6 @@ FMProjectionInfo projectionOf(int geography)
     return info;
 }
 
-bool isGeographic(const FMProjectionInfo &projection)
-{
-    return projection.GetProjectionName().isEmpty() && !projection.GetGeographicCSName().isEmpty();
-}
-
 /// 0 if the unit is not known.
 double metresPerUnit(const FMProjectionInfo &projection)
 {
@@ -218,25 +213,6 @@ LayerAt layerAt(int dataset, qint64 time, const Classification &classes, int rea
                : shapesAt(VORN_GetGeographyId(dataset), time, dataset, &classes, realization);
 }
 
-LegendBlock legendOf(int dataset, const Classification &classes, const QVector<qint64> &counts,
-                     qint64 missing, bool isCounted)
-{
-    LegendBlock block{datasetName(dataset), classes.entries()};
-    const int type = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).type;
-    for (int i = 0; i < block.entries.size(); ++i) {
-        block.entries[i].count = isCounted ? counts[i] : -1;
-        block.entries[i].symbol = type == GeoProps::Points  ? LegendEntry::Dot
-                                  : type == GeoProps::Lines ? LegendEntry::Line
-                                                            : LegendEntry::Box;
-    }
-    if (!classes.limits().isEmpty()) // the largest class is on top
-        std::reverse(block.entries.begin(), block.entries.end());
-    if (missing > 0)
-        block.entries.append(
-            {QColor(), QStringLiteral("no value"), isCounted ? missing : -1, LegendEntry::Hatch});
-    return block;
-}
-
 /// A place for the ends of links: the centroid of an area, else the middle of the extent.
 QPointF middleOf(const TreeObject *object, const MapShape &shape)
 {
@@ -322,6 +298,31 @@ QString counted(qint64 count, const QString &plural)
 
 } // namespace
 
+LegendBlock legendOf(int dataset, const Classification &classes, const QVector<qint64> &counts,
+                     qint64 missing, bool isCounted)
+{
+    LegendBlock block{datasetName(dataset), classes.entries()};
+    const int type = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).type;
+    for (int i = 0; i < block.entries.size(); ++i) {
+        block.entries[i].count = isCounted ? counts[i] : -1;
+        block.entries[i].symbol = type == GeoProps::Points  ? LegendEntry::Dot
+                                  : type == GeoProps::Lines ? LegendEntry::Line
+                                                            : LegendEntry::Box;
+    }
+    if (!classes.limits().isEmpty()) // the largest class is on top
+        std::reverse(block.entries.begin(), block.entries.end());
+    if (missing > 0)
+        block.entries.append(
+            {QColor(), QStringLiteral("no value"), isCounted ? missing : -1, LegendEntry::Hatch});
+    return block;
+}
+
+bool isGeographic(int geography)
+{
+    const FMProjectionInfo projection = projectionOf(geography);
+    return projection.GetProjectionName().isEmpty() && !projection.GetGeographicCSName().isEmpty();
+}
+
 /// The layers above the first one, with their classes.
 class FurtherLayers {
 public:
@@ -398,12 +399,16 @@ MapPicture MapMaker::picture(const QVector<qint64> &times, const QStringList &ca
     const FMProjectionInfo projection = projectionOf(mGeography);
     MapPicture picture;
     picture.size = mStyle.size;
-    picture.geographic = isGeographic(projection);
+    picture.geographic = isGeographic(mGeography);
     picture.metresPerUnit = metresPerUnit(projection);
     // The points of one time do not show the extent of the map, so the whole extent is used.
     picture.isFramed = props.type == GeoProps::Raster || props.type == GeoProps::Points;
     if (mStyle.allTimes || picture.isFramed || (isSingle && mManyTimes))
         picture.frame = wholeExtent(mGeography);
+    if (!mStyle.extent.isEmpty()) {
+        picture.isFramed = true;
+        picture.frame = mStyle.extent;
+    }
 
     qint64 missing = 0;
     QVector<LegendBlock> others;

@@ -27,6 +27,7 @@ struct MapStyle {
     QVector<MapLayerStyle> layers;
     int weightSet = -1;  ///< of the dataset's geography: its links are drawn
     int realization = 0; ///< of the dataset
+    QRectF extent;       ///< in map coordinates; empty: that of the dataset's geography
     int labelField = -1; ///< a dataset of the same geography: its values are drawn beside objects
     int labelRealization = 0;
     PictureSize size;
@@ -58,6 +59,14 @@ private:
     Classification mClasses;
     std::unique_ptr<FurtherLayers> mFurther;
 };
+
+/// The block of a legend for the classes of a dataset, those of numbers with the largest on top.
+/// @param counts  by class; not shown unless `isCounted`.
+MERIDOR_EXPORT LegendBlock legendOf(int dataset, const Classification &classes,
+                                    const QVector<qint64> &counts, qint64 missing, bool isCounted);
+
+/// Whether the projection of a geography says that its coordinates are degrees.
+MERIDOR_EXPORT bool isGeographic(int geography);
 
 /// The picture of one time.
 MERIDOR_EXPORT MapPicture choropleth(const MapView &view, const MapStyle &style);

@@ -41,18 +41,10 @@ QRectF extent(const MapPicture &picture)
     return box;
 }
 
-/// Whether the coordinates are degrees. Files without a stated projection may hold others.
-bool isInDegrees(const MapPicture &picture, const QRectF &frame)
+/// Whether the coordinates are degrees.
+bool isInDegrees(bool geographic, const QRectF &frame)
 {
-    return picture.geographic && frame.top() >= -91 && frame.bottom() <= 91;
-}
-
-/// How much shorter a degree of longitude is than one of latitude.
-double squeezeOf(const MapPicture &picture, const QRectF &frame)
-{
-    constexpr double kRadian = 3.14159265358979323846 / 180;
-    return isInDegrees(picture, frame) ? std::max(0.1, std::cos(frame.center().y() * kRadian))
-                                       : 1.0;
+    return geographic && frame.top() >= -91 && frame.bottom() <= 91;
 }
 
 /// Where the panels of a picture stand.
@@ -478,6 +470,13 @@ void drawCaption(QPainter &painter, const Theme &theme, const MapPanel &panel, c
 
 } // namespace
 
+double squeezeOf(bool geographic, const QRectF &frame)
+{
+    constexpr double kRadian = 3.14159265358979323846 / 180;
+    return isInDegrees(geographic, frame) ? std::max(0.1, std::cos(frame.center().y() * kRadian))
+                                          : 1.0;
+}
+
 MapDrawing drawMap(QPainter &painter, const MapPicture &picture)
 {
     const Theme theme(picture.size);
@@ -488,9 +487,9 @@ MapDrawing drawMap(QPainter &painter, const MapPicture &picture)
         area.setRight(area.right() - legend.width() - theme.unit(36));
     }
     const QRectF frame = picture.frame.isEmpty() ? extent(picture) : picture.frame;
-    const double squeeze = squeezeOf(picture, frame);
+    const double squeeze = squeezeOf(picture.geographic, frame);
     const bool isSingle = picture.panels.size() == 1;
-    const bool inDegrees = isInDegrees(picture, frame);
+    const bool inDegrees = isInDegrees(picture.geographic, frame);
     if (inDegrees && isSingle)
         area.adjust(graticuleRoom(theme).width(), 0, 0, -graticuleRoom(theme).height());
     if (picture.metresPerUnit > 0)

@@ -69,6 +69,10 @@ struct MapPicture {
     double metresPerUnit = 0; ///< of map coordinates; 0: unknown
 };
 
+/// How much shorter a degree of longitude is than one of latitude in the middle of a frame; 1 unless
+/// the coordinates are degrees. Files without a stated projection may hold others.
+MERIDOR_EXPORT double squeezeOf(bool geographic, const QRectF &frame);
+
 /// What drawing decided.
 struct MapDrawing {
     int labelsDrawn = 0;
