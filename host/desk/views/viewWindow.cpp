@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "desk/views/viewWindow.h"
 #include <QActionGroup>
+#include <QApplication>
 #include <QClipboard>
 #include <QDragEnterEvent>
 #include <QFileDialog>
-#include <QGuiApplication>
 #include <QImage>
 #include <QLabel>
 #include <QMenu>
@@ -83,6 +83,10 @@ ViewWindow::ViewWindow(Workspace &workspace, const QVector<Tool> &tools, QWidget
     });
     connect(&mWorkspace, &Workspace::closing, this,
             [this] { dropViews([](const View &) { return true; }); });
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) {
+        if (now && isAncestorOf(now))
+            Q_EMIT activated();
+    });
     refreshActions();
 }
 
@@ -330,7 +334,7 @@ void ViewWindow::copyToClipboard()
     painter.end();
     if (!done)
         return;
-    QGuiApplication::clipboard()->setImage(picture);
+    QApplication::clipboard()->setImage(picture);
     mWorkspace.tell(tr("The picture is in the clipboard."));
 }
 
@@ -422,12 +426,6 @@ void ViewWindow::dropEvent(QDropEvent *event)
         return;
     event->acceptProposedAction();
     addDataset(dataset);
-}
-
-void ViewWindow::focusInEvent(QFocusEvent *event)
-{
-    QWidget::focusInEvent(event);
-    Q_EMIT activated();
 }
 
 QVector<unsigned int> neighborsOf(int weightSet, unsigned int object, qint64 time)

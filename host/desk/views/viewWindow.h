@@ -91,7 +91,6 @@ protected:
     void changeEvent(QEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
-    void focusInEvent(QFocusEvent *event) override;
 
 private:
     void makeTools(const QVector<Tool> &tools);

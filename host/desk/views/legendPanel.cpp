@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "desk/views/legendPanel.h"
+#include <QApplication>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPixmap>
+#include "core/render/theme.h"
+#include "desk/views/mapLayerView.h"
+
+namespace meridor {
+namespace {
+
+constexpr int kEntryRole = Qt::UserRole;
+
+} // namespace
+
+LegendPanel::LegendPanel(QWidget *parent) : QTreeWidget(parent)
+{
+    setObjectName(QStringLiteral("legend"));
+    setAccessibleName(tr("Layers and legend"));
+    setColumnCount(2);
+    setHeaderHidden(true);
+    setRootIsDecorated(false);
+    setIndentation(fontMetrics().height());
+    setUniformRowHeights(true);
+    setTextElideMode(Qt::ElideRight);
+    header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    const int side = fontMetrics().height();
+    setIconSize(QSize(side * 3 / 2, side));
+    connect(this, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem *item) {
+        MapLayerView *const layer = layerOf(item);
+        if (!mIsFilling && layer && !item->parent())
+            layer->setVisible(item->checkState(0) == Qt::Checked);
+    });
+    connect(this, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem *item) {
+        MapLayerView *const layer = mIsFilling ? nullptr : layerOf(item);
+        if (!layer || mLayers.indexOf(layer) == mActive)
+            return;
+        mActive = mLayers.indexOf(layer);
+        Q_EMIT activeChanged(layer);
+    });
+    connect(this, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem *item) {
+        if (item->parent())
+            Q_EMIT classChosen(layerOf(item), item->data(0, kEntryRole).toInt(),
+                               QApplication::keyboardModifiers());
+    });
+}
+
+QSize LegendPanel::sizeHint() const
+{
+    return fontMetrics().averageCharWidth() * QSize(34, 30);
+}
+
+MapLayerView *LegendPanel::layerOf(const QTreeWidgetItem *item) const
+{
+    if (!item)
+        return nullptr;
+    const QTreeWidgetItem *const top = item->parent() ? item->parent() : item;
+    const int position = indexOfTopLevelItem(const_cast<QTreeWidgetItem *>(top));
+    return mLayers.value(mLayers.size() - 1 - position);
+}
+
+QIcon LegendPanel::iconOf(const LegendEntry &entry) const
+{
+    const double ratio = devicePixelRatioF();
+    QPixmap picture((QSizeF(iconSize()) * ratio).toSize());
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF box = QRectF(QPointF(), QSizeF(iconSize())).adjusted(1, 1, -1, -1);
+    painter.setPen(palette().color(QPalette::Mid));
+    if (entry.symbol == LegendEntry::Dot) {
+        painter.setBrush(entry.color);
+        painter.drawEllipse(box.center(), box.height() / 2.5, box.height() / 2.5);
+    } else if (entry.symbol == LegendEntry::Line) {
+        painter.setPen(QPen(entry.color, box.height() / 5));
+        painter.drawLine(QPointF(box.left(), box.center().y()),
+                         QPointF(box.right(), box.center().y()));
+    } else if (entry.symbol == LegendEntry::Hatch) {
+        const MapColors colors(palette());
+        painter.fillRect(box, QColor::fromRgb(colors.missing));
+        painter.setClipRect(box);
+        painter.setPen(QColor::fromRgb(colors.hatch));
+        for (double x = box.left() - box.height(); x < box.right(); x += 4)
+            painter.drawLine(QPointF(x, box.bottom()), QPointF(x + box.height(), box.top()));
+    } else {
+        painter.setBrush(entry.color);
+        painter.drawRect(box);
+    }
+    return QIcon(picture);
+}
+
+void LegendPanel::setLayers(const QVector<MapLayerView *> &layers, const MapLayerView *active)
+{
+    mLayers = layers;
+    mActive = layers.indexOf(const_cast<MapLayerView *>(active));
+    fill();
+}
+
+void LegendPanel::fill()
+{
+    mIsFilling = true;
+    clear();
+    for (int i = mLayers.size() - 1; i >= 0; --i) {
+        MapLayerView *const layer = mLayers[i];
+        const LegendBlock block = layer->legend();
+        auto *const top = new QTreeWidgetItem(this, {block.title});
+        top->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
+        top->setCheckState(0, layer->isVisible() ? Qt::Checked : Qt::Unchecked);
+        QFont bold = font();
+        bold.setBold(true);
+        top->setFont(0, bold);
+        for (int entry = 0; entry < block.entries.size(); ++entry) {
+            const LegendEntry &shown = block.entries[entry];
+            auto *const item = new QTreeWidgetItem(
+                top, {shown.text,
+                      shown.count < 0 ? QString() : grouped(static_cast<double>(shown.count), 0)});
+            item->setIcon(0, iconOf(shown));
+            item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+            item->setToolTip(0, tr("Double click selects the objects of this class."));
+            item->setData(0, kEntryRole, layer->classOfEntry(entry));
+            item->setData(
+                0, Qt::AccessibleTextRole,
+                tr("%1, %n object(s)", nullptr, static_cast<int>(shown.count)).arg(shown.text));
+        }
+        top->setExpanded(true);
+        if (i == mActive)
+            setCurrentItem(top);
+    }
+    mIsFilling = false;
+}
+
+void LegendPanel::keyPressEvent(QKeyEvent *event)
+{
+    MapLayerView *const layer = layerOf(currentItem());
+    const bool isControl = event->modifiers() & Qt::ControlModifier;
+    if (layer && event->key() == Qt::Key_Delete)
+        Q_EMIT removeWanted(layer);
+    else if (layer && isControl && event->key() == Qt::Key_Up)
+        Q_EMIT moveWanted(layer, 1);
+    else if (layer && isControl && event->key() == Qt::Key_Down)
+        Q_EMIT moveWanted(layer, -1);
+    else
+        QTreeWidget::keyPressEvent(event);
+}
+
+void LegendPanel::changeEvent(QEvent *event)
+{
+    QTreeWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        fill();
+}
+
+} // namespace meridor

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+/// The layer of polygons, lines or points.
+#pragma once
+#include <vector>
+#include "desk/draw/colorTable.h"
+#include "desk/draw/flatGeometry.h"
+#include "desk/draw/pickBuffer.h"
+#include "desk/views/mapLayerView.h"
+
+namespace meridor {
+
+/// Draws through images of object numbers: geometry is read once for each span of time in which no
+/// object changes, and drawn when the view changes; classes and selection only colour the image.
+class VectorLayerView final : public MapLayerView {
+    Q_OBJECT
+public:
+    VectorLayerView(Workspace &workspace, int geography, int dataset, QWidget &canvas);
+
+    QVector<unsigned int> objectsIn(const QPainterPath &region) override;
+    QVector<unsigned int> objectsOfClass(int classIndex) override;
+    QVector<double> valueSample() override;
+    QRectF extentOf(const QVector<unsigned int> &objects) const override;
+    void drawQuick(const ViewTransform &view) override;
+    bool drawSharp(const ViewTransform &view) override;
+    void paint(const ViewTransform &view, const MapColors &colors, QImage &image) override;
+    int objectAt(const QPoint &pixel) const override;
+    int nextObject(int object, int step) const override;
+    QPainterPath shapeOf(unsigned int object, const ViewTransform &view) const override;
+    MapLayer pictureLayer(const ViewTransform &view) override;
+
+protected:
+    void readShapes() override;
+    void readValues() override;
+    void forgetShapes() override;
+    void colorsChanged() override { mIsTableStale = true; }
+
+private:
+    PickStyle style() const;
+    int reach() const;
+    void buildTable(const MapColors &colors);
+    /// The position of an object's shape; -1 if it does not exist at the time.
+    int shapeIndex(unsigned int object) const;
+    QVector<unsigned int> seenAt(const QPoint &pixel);
+
+    FlatGeometry mGeometry;
+    bool mHasShapes = false;
+    bool mIsQuickStale = true;
+    bool mIsSharpStale = true;
+    PickStyle mStyle; ///< of both pictures
+    PickBuffer mQuick;
+    PickBuffer mSharp;
+    int mObjectCount = 0;
+    QVector<int> mClassOf; ///< by object; empty without classes
+    ColorTable mTable;
+    bool mIsTableStale = true;
+    QRgb mTableGround = 0;             ///< of the colours that the table was built with
+    mutable std::vector<int> mShapeOf; ///< by object, made when it is first asked for
+};
+
+} // namespace meridor

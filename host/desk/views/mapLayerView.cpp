@@ -1,0 +1,319 @@
+// SPDX-License-Identifier: MIT
+#include "desk/views/mapLayerView.h"
+#include <QPainter>
+#include <QPalette>
+#include <QTimer>
+#include <QWidget>
+#include <algorithm>
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/progress.h"
+#include "core/project/text.h"
+#include "core/render/choropleth.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/WeightsAPI.h"
+#include "desk/draw/colorTable.h"
+#include "desk/views/mapLayerGrid.h"
+#include "desk/views/mapLayerVector.h"
+#include "desk/views/viewWindow.h"
+
+namespace meridor {
+namespace {
+
+constexpr int kMostNamed = 6; ///< neighbours in the line of text
+
+} // namespace
+
+MapColors::MapColors(const QPalette &palette)
+{
+    const QRgb base = palette.color(QPalette::Base).rgb();
+    const QRgb ink = palette.color(QPalette::Text).rgb();
+    ground = base;
+    outline = mixed(base, ink, 0.45);
+    missing = mixed(base, ink, 0.06);
+    hatch = mixed(base, ink, 0.35);
+    plain = mixed(base, ink, 0.22);
+    selected = qRgb(255, 149, 0);
+}
+
+MapLayerView *MapLayerView::make(Workspace &workspace, int geography, int dataset, QWidget &canvas)
+{
+    MapLayerView *layer = nullptr;
+    if (VORN_GetGeographyProperties(geography).type == GeoProps::Raster)
+        layer = new GridLayerView(workspace, geography, dataset, canvas);
+    else
+        layer = new VectorLayerView(workspace, geography, dataset, canvas);
+    layer->join();
+    return layer;
+}
+
+MapLayerView::MapLayerView(Workspace &workspace, int geography, int dataset, QWidget &canvas)
+    : View(workspace, geography),
+      mCanvas(canvas),
+      mDataset(dataset),
+      mNameDataset(nameDataset(geography)),
+      mKeyDataset(keyDataset(geography))
+{
+    mExtent = VORN_GetGeographyProperties(geography).bounds;
+    connect(&workspace, &Workspace::objectsRemoved, this, [this](int changed) {
+        if (changed != this->geography())
+            return;
+        // The numbers of the objects are others at once; the shapes are read when the library is
+        // done.
+        mNeighbors.clear();
+        forgetShapes();
+        setStale();
+        QTimer::singleShot(0, this, [this] {
+            mExtent = VORN_GetGeographyProperties(this->geography()).bounds;
+            this->workspace().look([this] { refresh(true); });
+        });
+    });
+    connect(&workspace, &Workspace::shownWeightsChanged, this, [this](int changed) {
+        if (changed == this->geography())
+            hoverChanged();
+    });
+}
+
+QString MapLayerView::title() const
+{
+    return mDataset < 0 ? geographyName(geography()) : datasetName(mDataset);
+}
+
+QVector<int> MapLayerView::datasets() const
+{
+    return mDataset < 0 ? QVector<int>() : QVector<int>{mDataset};
+}
+
+void MapLayerView::draw(QPainter &painter, const QSize &size)
+{
+    MapPicture picture;
+    picture.size.pixels = size;
+    picture.texts.title = title();
+    picture.geographic = isGeographic(geography());
+    const double squeeze = squeezeOf(picture.geographic, mExtent);
+    MapPanel panel;
+    panel.layers.append(pictureLayer(ViewTransform::fit(mExtent, size, 0, squeeze)));
+    picture.panels.append(panel);
+    picture.legend.append(legend());
+    drawMap(painter, picture);
+}
+
+bool MapLayerView::setRule(const ClassRule &rule, bool allTimes)
+{
+    const int classes = rule.limits.isEmpty() ? rule.count : rule.limits.size() + 1;
+    if (classes < 1 || classes > kMostClasses) {
+        workspace().tell(
+            tr("A map shows 1 to %1 classes; %2 were asked for.").arg(kMostClasses).arg(classes),
+            true);
+        return false;
+    }
+    if (mDataset < 0)
+        return false;
+    const auto work = [&] { classify(rule, allTimes); };
+    // Classes of many values take long enough for a progress bar, which only one may show.
+    const bool done = workspace().isBusy()
+                          ? workspace().look(work)
+                          : workspace().run(tr("Classes"), [&](const Progress &) { work(); });
+    if (!done)
+        return false;
+    mRule = rule;
+    mHasAllTimes = allTimes;
+    mOwnColors.clear();
+    workspace().look([this] { refresh(false); });
+    mCanvas.update();
+    return true;
+}
+
+/// The present classes remain when it raises.
+void MapLayerView::classify(const ClassRule &rule, bool allTimes)
+{
+    const bool always = datasetOf(mDataset)->IsStatic();
+    auto made = std::make_unique<Classification>(
+        mDataset, allTimes && !always ? QVector<qint64>() : QVector<qint64>{time()}, rule);
+    mClasses = std::move(made);
+}
+
+void MapLayerView::setOwnColors(const QVector<QColor> &classes, const QColor &missing,
+                                const QColor &line)
+{
+    mOwnColors = classes;
+    mOwnMissing = missing;
+    mOwnLine = line;
+    colorsChanged();
+    setStale();
+    Q_EMIT legendChanged();
+    mCanvas.update();
+}
+
+void MapLayerView::setPlaceSize(double size)
+{
+    mPlaceSize = size;
+    mCanvas.update();
+}
+
+void MapLayerView::setVisible(bool visible)
+{
+    if (mIsVisible == visible)
+        return;
+    mIsVisible = visible;
+    setStale();
+    Q_EMIT legendChanged();
+    mCanvas.update();
+}
+
+QColor MapLayerView::colorOf(int classIndex) const
+{
+    if (classIndex < mOwnColors.size() && mOwnColors[classIndex].isValid())
+        return mOwnColors[classIndex];
+    return mClasses->entries()[classIndex].color;
+}
+
+QColor MapLayerView::missingColor(const MapColors &colors) const
+{
+    return mOwnMissing.isValid() ? mOwnMissing : QColor::fromRgb(colors.missing);
+}
+
+QColor MapLayerView::lineColor(const MapColors &colors) const
+{
+    return mOwnLine.isValid() ? mOwnLine : QColor::fromRgb(colors.outline);
+}
+
+QVector<QColor> MapLayerView::classColors() const
+{
+    QVector<QColor> colors;
+    for (int i = 0; mClasses && i < mClasses->entries().size(); ++i)
+        colors.append(colorOf(i));
+    return colors;
+}
+
+LegendBlock MapLayerView::legend() const
+{
+    if (mDataset < 0 || !mClasses)
+        return {title(), {}};
+    const bool fits = mIsCounted && mCounts.size() == mClasses->entries().size();
+    LegendBlock block = legendOf(mDataset, *mClasses, mCounts, mMissing, fits);
+    for (int i = 0; i < block.entries.size(); ++i)
+        if (classOfEntry(i) >= 0)
+            block.entries[i].color = colorOf(classOfEntry(i));
+    return block;
+}
+
+int MapLayerView::classOfEntry(int entry) const
+{
+    const int count = mClasses ? mClasses->entries().size() : 0;
+    if (entry < 0 || entry >= count)
+        return -1;
+    return mClasses->limits().isEmpty() ? entry : count - 1 - entry;
+}
+
+void MapLayerView::timeChanged()
+{
+    refresh(!mClasses || (!mHasAllTimes && mDataset >= 0 && !datasetOf(mDataset)->IsStatic()));
+}
+
+void MapLayerView::valuesChanged()
+{
+    refresh(true);
+}
+
+void MapLayerView::refresh(bool reclassify)
+{
+    setStale();
+    mTrouble.clear();
+    mCounts.clear();
+    mMissing = 0;
+    try {
+        readShapes();
+        if (mDataset >= 0) {
+            if (reclassify)
+                classify(mRule, mHasAllTimes);
+            if (mClasses->entries().isEmpty())
+                setTrouble(tr("%1 has no values").arg(datasetName(mDataset)));
+            mCounts.fill(0, mClasses->entries().size());
+            readValues();
+        }
+    } catch (const Failure &failure) {
+        mTrouble = failure.kind() == FailureKind::Cancelled ? tr("The map was cancelled.")
+                                                            : failure.text();
+    }
+    colorsChanged();
+    hoverChanged();
+    Q_EMIT legendChanged();
+}
+
+void MapLayerView::selectionChanged()
+{
+    colorsChanged();
+    setStale();
+}
+
+void MapLayerView::hoverChanged()
+{
+    mNeighbors.clear();
+    const int object = workspace().selection().hovered(geography());
+    const int set = workspace().shownWeights(geography());
+    if (object < 0 || set < 0 || workspace().isBusy())
+        return;
+    workspace().look(
+        [&] { mNeighbors = neighborsOf(set, static_cast<unsigned int>(object), time()); });
+}
+
+namespace {
+
+/// Empty for a missing value.
+QString valueText(int dataset, unsigned int object, qint64 time)
+{
+    datum value;
+    if (!VORN_GetDataValue(dataset, 0, object, time, value))
+        return {};
+    return datasetOf(dataset)->IsNumeric() ? shortNumber(textOf(value).toDouble(), 6)
+                                           : textOf(value);
+}
+
+} // namespace
+
+QString MapLayerView::describe(unsigned int object)
+{
+    QString text;
+    workspace().look([&] {
+        const auto nameOf = [this](unsigned int which) {
+            for (const int names : {mNameDataset, mKeyDataset}) {
+                const QString name =
+                    names >= 0 && datasetOf(names) ? valueText(names, which, time()) : QString();
+                if (!name.isEmpty())
+                    return name;
+            }
+            return QString::number(which + 1);
+        };
+        const bool isGrid = rasterOf(mDataset);
+        const GeoProps props = isGrid ? VORN_GetGeographyProperties(geography()) : GeoProps();
+        text = isGrid ? tr("row %1, column %2")
+                            .arg(static_cast<int>(object) / props.columns + 1)
+                            .arg(static_cast<int>(object) % props.columns + 1)
+                      : nameOf(object);
+        if (mDataset >= 0) {
+            const QString value = valueText(mDataset, object, time());
+            text =
+                tr("%1: %2 %3")
+                    .arg(text, datasetName(mDataset), value.isEmpty() ? tr("has no value") : value);
+        }
+        const int set = workspace().shownWeights(geography());
+        if (set < 0 || static_cast<int>(object) != workspace().selection().hovered(geography()))
+            return;
+        QStringList names;
+        for (const unsigned int neighbor : std::as_const(mNeighbors)) {
+            if (isGrid || names.size() == kMostNamed)
+                break;
+            names.append(nameOf(neighbor));
+        }
+        if (mNeighbors.size() > names.size() && !names.isEmpty())
+            names.append(QStringLiteral("\u2026"));
+        text = tr("%1; %n neighbour(s)", nullptr, mNeighbors.size()).arg(text);
+        if (!names.isEmpty())
+            text += QStringLiteral(": ") + names.join(QStringLiteral(", "));
+    });
+    return text;
+}
+
+} // namespace meridor
