@@ -389,9 +389,11 @@ int Workspace::import(const ImportOptions &options)
     int made = -1;
     const bool append = !mPath.isEmpty() || !geographyIds().isEmpty();
     run(tr("Import"), [&](const Progress &progress) {
-        const bool isGrid = isRasterFile(options.map);
-        const auto work = isCubeFile(options.map) ? importCube : isGrid ? importRaster : importMap;
-        made = work(options, mHost.notes(), progress).geography;
+        const Notes &notes = mHost.notes();
+        made = (isCubeFile(options.map)     ? importCube(options, notes, progress)
+                : isRasterFile(options.map) ? importRaster(options, notes, progress)
+                                            : importMap(options, notes, progress))
+                   .geography;
     });
     if (made < 0)
         return made;
