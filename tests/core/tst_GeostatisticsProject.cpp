@@ -393,7 +393,8 @@ void TestGeostatisticsProject::readsTheRealizationThatIsAskedFor()
         for (const MapLabel &label : panel.labels)
             texts.append(label.text);
         const Plot bars = histogram({dataset, realization}, time, {});
-        return texts.join(' ') + QJsonDocument(bars.numbers).toJson();
+        texts.append(QString::fromUtf8(QJsonDocument(bars.numbers).toJson()));
+        return texts.join(' ');
     };
     QCOMPARE(shown(two, 1), shown(one, 0));
     QVERIFY(shown(two, 1) != shown(two, 0));
