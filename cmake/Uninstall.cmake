@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # Removes the files that an installation listed in MANIFEST, under $DESTDIR if it is set, and then the project's own
-# directories that are empty without them. Directories that programs share, such as bin, stay. A file that is already gone
-# is no error.
+# directories that hold no file without them. Directories that programs share, such as bin, stay. A file that is already
+# gone is no error.
 # usage: cmake -DMANIFEST=FILE -P Uninstall.cmake
 cmake_minimum_required(VERSION 3.21)
 if(NOT EXISTS "${MANIFEST}")
@@ -20,16 +20,15 @@ foreach(file IN LISTS files)
     endif()
     cmake_path(GET file PARENT_PATH directory)
     string(TOLOWER "${directory}" lower)
-    while(lower MATCHES "/(datainterface|fennimark|meridor)(/|$)" AND NOT directory IN_LIST directories)
+    while(lower MATCHES "/(datainterface|fennimark|meridor)[^/]*(/|$)" AND NOT directory IN_LIST directories)
         list(APPEND directories "${directory}")
         cmake_path(GET directory PARENT_PATH directory)
         string(TOLOWER "${directory}" lower)
     endwhile()
 endforeach()
-# In reverse order of their names a directory comes after everything below it.
-list(SORT directories ORDER DESCENDING)
+# The installation also makes directories in which it puts no file.
 foreach(directory IN LISTS directories)
-    file(GLOB content LIST_DIRECTORIES true "${directory}/*" "${directory}/.*")
+    file(GLOB_RECURSE content "${directory}/*" "${directory}/.*")
     if(IS_DIRECTORY "${directory}" AND NOT content)
         file(REMOVE_RECURSE "${directory}")
     endif()
