@@ -9,14 +9,15 @@
 #   headers     each private header compiles alone, without warnings (the public ones are part of every build)
 #   plain       everything but the tests builds without precompiled headers, warnings as errors
 #   cppcheck    static analysis, quick
-#   doxygen     every exported name has its contract
+#   doxygen     every exported name has its contract, and the docstrings of a built Python package make pages
 #   tidy        clang-tidy, slow
 #   sanitizers  the whole suite under the address and undefined-behaviour sanitizers, slow
 #
 # usage: scripts/check.sh quick | all | STEP...
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
-check_packages=(libboost-dev python3 clang-format-14 clang-tidy-14 cppcheck shellcheck doxygen graphviz)
+check_packages=(libboost-dev python3 clang-format-14 clang-tidy-14 cppcheck shellcheck doxygen graphviz
+    python3-sphinx)
 . scripts/prepare.sh
 
 quick=(layout shell format headers cppcheck doxygen)
@@ -68,7 +69,9 @@ check_cppcheck() {
 check_doxygen() {
     # Configured again: Doxygen may have been installed only now.
     cmake --preset release >build/doxygen.log 2>&1 || { cat build/doxygen.log; return 1; }
-    cmake --build build/release --target doxygen-check >build/doxygen.log 2>&1 || { cat build/doxygen.log; return 1; }
+    local targets=(doxygen-check)
+    ! grep -q BUILD_PYTHON:BOOL=ON build/release/CMakeCache.txt || targets+=(reference-python)
+    cmake --build build/release --target "${targets[@]}" >build/doxygen.log 2>&1 || { cat build/doxygen.log; return 1; }
 }
 
 check_tidy() {

@@ -318,14 +318,14 @@ def cross_validate(dataset, model, *, at=None, folds=0, seed=1, mean=None, drift
                    neighbors=20, least=1, quadrants=0, radius=None, realization=1, progress=None):
     """Predicts each value from those of the other folds.
 
+    The other parameters are those of :func:`krige`.
+
     Parameters
     ----------
     folds : int
         0: each value is a fold.
     seed : int
         Of the folds.
-
-    The other parameters are those of :func:`krige`.
 
     Returns
     -------

@@ -28,7 +28,7 @@ def normal_quantile(p):
 
 
 def t_p(t, df):
-    """P(|T| < |t|) with `df` degrees of freedom, 1 or more."""
+    """``P(|T| < |t|)`` with `df` degrees of freedom, 1 or more."""
     return _scalar(t, _native.t_p(t, df))
 
 

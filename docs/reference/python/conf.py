@@ -29,6 +29,11 @@ CLASS = """
    :inherited-members: Mapping, RuntimeError, KeyError, UserWarning, tuple
 """
 
+MODULE = """
+.. automodule:: datainterface.{name}
+   :members:
+"""
+
 
 def page(title, names, directive):
     return "\n".join([title, "=" * len(title), "", ".. currentmodule:: datainterface", ""]
@@ -36,15 +41,18 @@ def page(title, names, directive):
 
 
 def write_pages(app):
-    """One page for the functions, one for the failures, and one for each class, so that no public name is left out."""
+    """One page for the functions, one for the failures, one for each class and module, so that no public name is left out."""
     things = {name: getattr(datainterface, name) for name in datainterface.__all__}
+    modules = [name for name, thing in things.items() if inspect.ismodule(thing)]
+    if (pathlib.Path(datainterface.__file__).parent / "dask.py").exists():
+        modules.append("dask")
     classes = [name for name, thing in things.items() if inspect.isclass(thing)]
     failures = [name for name in classes if issubclass(things[name], Exception)]
-    pages = {"functions": page("Functions", [name for name in things if name not in classes], ".. autofunction:: {name}\n"),
+    functions = [name for name in things if name not in classes + modules]
+    pages = {"functions": page("Functions", functions, ".. autofunction:: {name}\n"),
              "failures": page("Failures and warnings", failures, ".. autoexception:: {name}\n")}
     pages.update({name: page(name, [name], CLASS) for name in classes if name not in failures})
-    if (pathlib.Path(datainterface.__file__).parent / "dask.py").exists():
-        pages["dask"] = "On a cluster\n============\n\n.. automodule:: datainterface.dask\n   :members:\n"
+    pages.update({name: page(f"datainterface.{name}", [name], MODULE) for name in modules})
     for name, text in pages.items():
         path = pathlib.Path(app.srcdir) / f"{name}.rst"
         if not path.exists() or path.read_text(encoding="utf-8") != text:
