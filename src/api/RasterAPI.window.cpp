@@ -6,18 +6,21 @@
 #include "datainterface/RasterAPI.h"
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <vector>
 #include "api/callFrame.h"
 #include "cells/cellForms.h"
 #include "datainterface/HeldGrid.h"
 #include "datainterface/MRasterDataSource.h"
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 using namespace datainterface;
 
 namespace {
 
-constexpr int kTile = 1024; // columns whose sums are kept at a time
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 /// The cells of a pixel along one axis; empty beyond the grid.
@@ -69,6 +72,30 @@ private:
     int mCells;
 };
 
+#ifdef __SSE2__
+/// Adds floats that are neither NaN nor `flag` to the sums and counts of their columns, four at a
+/// time, which a compiler does not find by itself.
+/// @param flag  NaN without a flag.
+/// @return the number of columns; those that are left are fewer than four.
+int addFloats(const float *cells, int width, float flag, double *sums, float *counts)
+{
+    const __m128 missing = _mm_set1_ps(flag);
+    const __m128 one = _mm_set1_ps(1.0F);
+    int i = 0;
+    for (; i + 4 <= width; i += 4) {
+        const __m128 four = _mm_loadu_ps(cells + i);
+        const __m128 counted = _mm_and_ps(_mm_cmpord_ps(four, four), _mm_cmpneq_ps(four, missing));
+        const __m128 values = _mm_and_ps(four, counted);
+        const __m128d low = _mm_cvtps_pd(values);
+        const __m128d high = _mm_cvtps_pd(_mm_movehl_ps(values, values));
+        _mm_storeu_pd(sums + i, _mm_add_pd(_mm_loadu_pd(sums + i), low));
+        _mm_storeu_pd(sums + i + 2, _mm_add_pd(_mm_loadu_pd(sums + i + 2), high));
+        _mm_storeu_ps(counts + i, _mm_add_ps(_mm_loadu_ps(counts + i), _mm_and_ps(counted, one)));
+    }
+    return i;
+}
+#endif
+
 template <class Cells> class WindowReader {
     using T = ValueOf<Cells>;
 
@@ -85,22 +112,14 @@ public:
             *out++ = range.first < range.end ? valueOf(mCells[start + range.first]) : kNone;
     }
 
-    /// Sums are kept of the columns of some pixels at a time, which stay in the fastest cache.
     void readMeans(const CellRange &rows, const std::vector<CellRange> &columns, double *out)
     {
-        for (std::size_t first = 0; first < columns.size();) {
-            CellRange used = columns[first];
-            std::size_t end = first + 1;
-            for (; end < columns.size(); ++end) {
-                const CellRange hull = hullOf(used, columns[end]);
-                if (hull.end - hull.first > kTile)
-                    break;
-                used = hull;
-            }
-            addRows(rows, used);
-            for (; first < end; ++first)
-                *out++ = meanOf(columns[first], used.first);
-        }
+        CellRange used;
+        for (const CellRange &range : columns)
+            used = hullOf(used, range);
+        addRows(rows, used);
+        for (const CellRange &range : columns)
+            *out++ = meanOf(range, used.first);
     }
 
 private:
@@ -129,7 +148,15 @@ private:
         float *counts = mCounts.data(); // exact below 2^24 rows
         const Cells cells = mCells;
         const int width = static_cast<int>(mSums.size());
-        for (int i = 0; i < width; ++i) {
+        int i = 0;
+#ifdef __SSE2__
+        if constexpr (std::is_same_v<Cells, const float *>) {
+            const float flag =
+                mTest.isSet() ? mTest.value() : std::numeric_limits<float>::quiet_NaN();
+            i = addFloats(cells + start, width, flag, sums, counts);
+        }
+#endif
+        for (; i < width; ++i) {
             const T cell = cells[start + i];
             bool counted = hasValue(cell);
             if constexpr (std::is_floating_point_v<T>) {

@@ -121,6 +121,8 @@ public:
             return value == mValue;
     }
     bool isMissing(T value) const { return mIsSet && equals(value); }
+    /// The value of missing cells. Only if isSet().
+    T value() const { return mValue; }
 
 private:
     const bool mIsSet;
