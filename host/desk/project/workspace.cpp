@@ -447,8 +447,10 @@ const QVector<qint64> &Workspace::stepsOf(int geography)
     look([&] {
         QVector<Interval> spans;
         VORN_GetAllObjectTimes(geography, spans);
+        // Values that hold for good have a span without ends, which is no step.
         for (const int dataset : datasetIds(geography))
-            spans += dataTimes(dataset);
+            if (!datasetOf(dataset)->IsStatic())
+                spans += dataTimes(dataset);
         for (const Interval &span : std::as_const(spans))
             steps.append(instantOf(span));
     });

@@ -123,9 +123,9 @@ void LegendPanel::fill()
             item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
             item->setToolTip(0, tr("Double click selects the objects of this class."));
             item->setData(0, kEntryRole, layer->classOfEntry(entry));
-            item->setData(
-                0, Qt::AccessibleTextRole,
-                tr("%1, %n object(s)", nullptr, static_cast<int>(shown.count)).arg(shown.text));
+            item->setData(0, Qt::AccessibleTextRole,
+                          shown.count < 0 ? shown.text
+                                          : tr("%1, objects: %2").arg(shown.text).arg(shown.count));
         }
         top->setExpanded(true);
         if (i == mActive)

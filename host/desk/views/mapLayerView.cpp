@@ -7,7 +7,6 @@
 #include <algorithm>
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
-#include "core/project/progress.h"
 #include "core/project/text.h"
 #include "core/render/choropleth.h"
 #include "datainterface/DataAPI.h"
@@ -110,12 +109,8 @@ bool MapLayerView::setRule(const ClassRule &rule, bool allTimes)
     }
     if (mDataset < 0)
         return false;
-    const auto work = [&] { classify(rule, allTimes); };
-    // Classes of many values take long enough for a progress bar, which only one may show.
-    const bool done = workspace().isBusy()
-                          ? workspace().look(work)
-                          : workspace().run(tr("Classes"), [&](const Progress &) { work(); });
-    if (!done)
+    // The library shows a progress bar of its own when this takes long.
+    if (!workspace().look([&] { classify(rule, allTimes); }))
         return false;
     mRule = rule;
     mHasAllTimes = allTimes;
@@ -309,7 +304,9 @@ QString MapLayerView::describe(unsigned int object)
         }
         if (mNeighbors.size() > names.size() && !names.isEmpty())
             names.append(QStringLiteral("\u2026"));
-        text = tr("%1; %n neighbour(s)", nullptr, mNeighbors.size()).arg(text);
+        text += QStringLiteral("; ")
+                + (mNeighbors.size() == 1 ? tr("1 neighbour")
+                                          : tr("%1 neighbours").arg(mNeighbors.size()));
         if (!names.isEmpty())
             text += QStringLiteral(": ") + names.join(QStringLiteral(", "));
     });

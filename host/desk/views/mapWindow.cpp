@@ -12,6 +12,7 @@
 #include <QToolBar>
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -28,6 +29,7 @@
 #include "desk/views/classPanel.h"
 #include "desk/views/legendPanel.h"
 #include "desk/views/mapLayerView.h"
+#include "desk/views/viewFactory.h"
 
 namespace meridor {
 namespace {
@@ -433,10 +435,11 @@ void MapWindow::chooseWeights(int set)
     if (!mActive)
         return;
     const qint64 when = shapeTime(mActive->geography(), mActive->time());
-    // The lists are calculated here, with a progress bar, and not by the first move of the mouse.
-    const bool isReady = set < 0 || workspace().run(tr("Neighbours"), [&](const Progress &) {
-        VORN_PrecalculateSpatialWeights(set, when, true);
-    });
+    // The lists are calculated here, with the library's progress bar, and not by the first move of
+    // the mouse.
+    bool isReady = set < 0;
+    if (!isReady)
+        workspace().look([&] { isReady = VORN_PrecalculateSpatialWeights(set, when, true); });
     workspace().setShownWeights(mActive->geography(), isReady ? set : -1);
     fillWeights();
 }
@@ -475,7 +478,7 @@ void MapWindow::readLinks()
         if (layer->geography() == mLinkedSet >> 16)
             shown = layer;
     if (shown && mHasLinksOfAll)
-        workspace().run(tr("Links"), [&](const Progress &) {
+        workspace().look([&] {
             visitNeighbors(
                 mLinkedSet, shapeTime(shown->geography(), shown->time()),
                 [&](int object, const QVector<neighborDatum> &neighbors) {
@@ -693,6 +696,12 @@ bool MapWindow::addLayer(int dataset, const ColorSchemeInfo &fill, const ColorSc
         && symbols.symbols.first().size < 100)
         layer->setPlaceSize(symbols.symbols.first().size);
     return true;
+}
+
+MapWindow *openMap(Workspace &workspace, int dataset)
+{
+    auto window = std::make_unique<MapWindow>(workspace);
+    return window->addLayer(dataset) ? window.release() : nullptr;
 }
 
 } // namespace meridor

@@ -19,19 +19,10 @@
 #include "core/render/pictureFile.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/WeightsAPI.h"
+#include "desk/models/datasetMime.h"
 
 namespace meridor {
 namespace {
-
-const QString kDatasetMime = QStringLiteral("application/x-meridor-dataset");
-
-/// -1 for other data.
-int droppedDataset(const QMimeData *data)
-{
-    bool isNumber = false;
-    const int dataset = data->data(kDatasetMime).toInt(&isNumber);
-    return isNumber ? dataset : -1;
-}
 
 ViewWindow *windowOf(const MLinker *view)
 {
@@ -230,6 +221,13 @@ void ViewWindow::setGroup(Group group)
     }
 }
 
+void ViewWindow::goTo(qint64 time)
+{
+    const QVector<View *> views = mViews;
+    for (View *const view : views)
+        view->goTo(time);
+}
+
 void ViewWindow::setContent(QWidget *content)
 {
     mLayout->insertWidget(1, content, 1);
@@ -397,7 +395,7 @@ void ViewWindow::selectNeighbors()
         return;
     }
     QVector<unsigned int> found;
-    const bool done = mWorkspace.run(tr("Neighbours"), [&](const Progress &) {
+    const bool done = mWorkspace.look([&] {
         for (const unsigned int object : mWorkspace.selection().selected(view->geography()))
             found += neighborsOf(set, object, view->time());
     });
@@ -414,15 +412,15 @@ void ViewWindow::changeEvent(QEvent *event)
 
 void ViewWindow::dragEnterEvent(QDragEnterEvent *event)
 {
-    const int dataset = droppedDataset(event->mimeData());
-    if (dataset >= 0 && datasetOf(dataset) && accepts(dataset))
+    const int dataset = datasetOf(event->mimeData());
+    if (dataset >= 0 && accepts(dataset))
         event->acceptProposedAction();
 }
 
 void ViewWindow::dropEvent(QDropEvent *event)
 {
-    const int dataset = droppedDataset(event->mimeData());
-    if (dataset < 0 || !datasetOf(dataset) || !accepts(dataset))
+    const int dataset = datasetOf(event->mimeData());
+    if (dataset < 0 || !accepts(dataset))
         return;
     event->acceptProposedAction();
     addDataset(dataset);

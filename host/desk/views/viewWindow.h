@@ -43,6 +43,9 @@ public:
     Group group() const { return mGroup; }
     void setGroup(Group group);
 
+    /// Shows a time in all views, and in those that they drive.
+    void goTo(qint64 time);
+
     /// Writes the window as it stands into a PNG, SVG or PDF file, by its extension, and notes the
     /// command line that makes the same picture. False after telling the user why not.
     bool exportTo(const QString &file);

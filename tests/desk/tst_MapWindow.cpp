@@ -1,0 +1,656 @@
+// SPDX-License-Identifier: MIT
+// Map windows, driven by mouse and keys: what is selected in the library and in other maps, classes,
+// times, layers that lose their data, and pictures.
+#include <QComboBox>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include "core/analysis/weightSets.h"
+#include "core/import/importOptions.h"
+#include "core/import/samples.h"
+#include "core/project/catalog.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MDataset.h"
+#include "datainterface/MGeoData.h"
+#include "datainterface/MVectorDataset.h"
+#include "datainterface/RasterAPI.h"
+#include "desk/models/datasetMime.h"
+#include "desk/views/canvas.h"
+#include "desk/views/classPanel.h"
+#include "desk/views/legendPanel.h"
+#include "desk/views/mapLayerView.h"
+#include "desk/views/mapWindow.h"
+#include "desk/views/viewFactory.h"
+#include "desk/window/application.h"
+
+using namespace meridor;
+using Ids = QVector<unsigned int>;
+
+namespace {
+
+Ids sorted(Ids ids)
+{
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+} // namespace
+
+class tst_MapWindow : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void mouseSelectsInAllMaps();
+    void regionsSelectWhatTheQueriesFind_data();
+    void regionsSelectWhatTheQueriesFind();
+    void keysMoveAndStep();
+    void wheelKeepsThePlaceUnderTheMouse();
+    void classesFollowTheRule();
+    void draggedLimitsBecomeOwnLimits();
+    void timesChangeShapesAndValues();
+    void hoveringShowsNeighbors();
+    void gridsSelectCells();
+    void layersStandOverEachOther();
+    void groupsOfLinks();
+    void removedDataTakeTheirLayersAlong();
+    void picturesAndStatesShowTheSame();
+    void schemesOfTheLibrary();
+    void oddGeographies_data();
+    void oddGeographies();
+
+private:
+    Workspace &workspace() { return static_cast<Application *>(qApp)->workspace(); }
+    Ids selected(int geography) { return workspace().selection().selected(geography); }
+    int import(const char *file, const std::function<void(ImportOptions &)> &set = {});
+    int importSample(Sample sample)
+    {
+        return workspace().import(sampleImport(sample, QStringLiteral(MERIDOR_TEST_SAMPLES)));
+    }
+    int importText(const QByteArray &geojson);
+    /// Presses, moves and releases the left button on the canvas.
+    void drag(MapWindow &map, const QVector<QPoint> &places, Qt::KeyboardModifiers keys = {});
+    void click(MapWindow &map, const QPoint &place, Qt::KeyboardModifiers keys = {})
+    {
+        drag(map, {place}, keys);
+    }
+    /// Progress dialogs take the activation away, which shortcuts need.
+    void key(MapWindow &map, Qt::Key code, Qt::KeyboardModifiers keys = {})
+    {
+        map.activateWindow();
+        map.canvas().setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(&map));
+        QTest::keyClick(&map.canvas(), code, keys);
+    }
+    /// A pixel that shows an object.
+    QPoint placeOf(const MapWindow &map, unsigned int object);
+    MapWindow *show(int dataset);
+
+    QTemporaryDir mFolder;
+    int mStates = -1;
+    int mIncome = -1;
+    std::vector<QPointer<MapWindow>> mOpen;
+};
+
+int tst_MapWindow::import(const char *file, const std::function<void(ImportOptions &)> &set)
+{
+    ImportOptions options;
+    options.map = QStringLiteral(MERIDOR_TEST_SAMPLES "/") + QLatin1String(file);
+    if (set)
+        set(options);
+    return workspace().import(options);
+}
+
+int tst_MapWindow::importText(const QByteArray &geojson)
+{
+    QFile file(mFolder.filePath(QStringLiteral("odd.geojson")));
+    if (!file.open(QIODevice::WriteOnly) || file.write(geojson) != geojson.size())
+        return -1;
+    file.close();
+    ImportOptions options;
+    options.map = file.fileName();
+    return workspace().import(options);
+}
+
+void tst_MapWindow::initTestCase()
+{
+    QVERIFY(mFolder.isValid());
+}
+
+void tst_MapWindow::init()
+{
+    mStates = import("us_income/states48.geojson", [](ImportOptions &options) {
+        options.key = QStringLiteral("fips");
+        options.tables.append(
+            QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/income_1929_2009.csv"));
+        options.series.append(QStringLiteral("income=1929..2009"));
+    });
+    QVERIFY(mStates >= 0);
+    mIncome = findDataset(mStates, QStringLiteral("income"));
+}
+
+void tst_MapWindow::cleanup()
+{
+    for (const QPointer<MapWindow> &map : mOpen)
+        delete map.data();
+    mOpen.clear();
+    workspace().close();
+}
+
+MapWindow *tst_MapWindow::show(int dataset)
+{
+    MapWindow *const map = openMap(workspace(), dataset);
+    if (!map)
+        return nullptr;
+    mOpen.push_back(map);
+    map->resize(900, 600);
+    map->show();
+    map->canvas().finish();
+    return map;
+}
+
+void tst_MapWindow::drag(MapWindow &map, const QVector<QPoint> &places, Qt::KeyboardModifiers keys)
+{
+    MapCanvas &canvas = map.canvas();
+    const auto send = [&](QEvent::Type type, const QPoint &place, Qt::MouseButtons buttons) {
+        QMouseEvent event(type, place, canvas.mapToGlobal(place),
+                          type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, buttons, keys);
+        QApplication::sendEvent(&canvas, &event);
+    };
+    send(QEvent::MouseButtonPress, places.first(), Qt::LeftButton);
+    for (const QPoint &place : places)
+        send(QEvent::MouseMove, place, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, places.last(), Qt::NoButton);
+}
+
+QPoint tst_MapWindow::placeOf(const MapWindow &map, unsigned int object)
+{
+    for (int y = 0; y < map.canvas().height(); y += 2)
+        for (int x = 0; x < map.canvas().width(); x += 2)
+            if (map.activeLayer()->objectAt(QPoint(x, y)) == static_cast<int>(object))
+                return {x, y};
+    return {-1, -1};
+}
+
+void tst_MapWindow::mouseSelectsInAllMaps()
+{
+    MapWindow *const map = show(mIncome);
+    MapWindow *const other = show(findDataset(mStates, QStringLiteral("sub_region")));
+    QVERIFY(map && other);
+    const auto selection = [&] { return selected(mStates); };
+    QSignalSpy changes(&workspace().selection(), &Selection::changed);
+    click(*map, placeOf(*map, 20));
+    QCOMPARE(selection(), (Ids{20}));
+    QVERIFY(other->layers()[0]->isStale()); // it will be painted anew
+    click(*other, placeOf(*other, 7), Qt::ShiftModifier);
+    QCOMPARE(selection(), (Ids{7, 20}));
+    click(*map, placeOf(*map, 20), Qt::ControlModifier);
+    QCOMPARE(selection(), (Ids{7}));
+    QCOMPARE(changes.size(), 3);
+    key(*map, Qt::Key_Left, Qt::AltModifier);
+    QCOMPARE(selection(), (Ids{7, 20}));
+    key(*other, Qt::Key_Right, Qt::AltModifier);
+    QCOMPARE(selection(), (Ids{7}));
+    key(*map, Qt::Key_I, Qt::ControlModifier);
+    QCOMPARE(selection().size(), 47);
+    key(*map, Qt::Key_Escape);
+    QCOMPARE(selection(), Ids());
+    click(*map, placeOf(*map, 20));
+    click(*map, QPoint(2, 2)); // the ground
+    QCOMPARE(selection(), Ids());
+}
+
+void tst_MapWindow::regionsSelectWhatTheQueriesFind_data()
+{
+    QTest::addColumn<int>("tool");
+    QTest::addColumn<QVector<QPoint>>("places");
+    QTest::newRow("rectangle") << int(ViewWindow::Tool::Rectangle)
+                               << QVector<QPoint>{{200, 150}, {250, 220}, {380, 300}};
+    QTest::newRow("rectangle, backwards")
+        << int(ViewWindow::Tool::Rectangle) << QVector<QPoint>{{380, 300}, {200, 150}};
+    QTest::newRow("circle") << int(ViewWindow::Tool::Circle)
+                            << QVector<QPoint>{{250, 220}, {300, 220}, {320, 240}};
+    QTest::newRow("polygon") << int(ViewWindow::Tool::Lasso)
+                             << QVector<QPoint>{{150, 150}, {400, 180}, {300, 350}, {280, 240}};
+}
+
+/// The objects that have a pixel in the region are found, and those that are found touch it.
+void tst_MapWindow::regionsSelectWhatTheQueriesFind()
+{
+    QFETCH(int, tool);
+    QFETCH(QVector<QPoint>, places);
+    MapWindow *const map = show(mIncome);
+    map->setTool(static_cast<ViewWindow::Tool>(tool));
+    drag(*map, places);
+    QPainterPath region;
+    if (tool == int(ViewWindow::Tool::Rectangle))
+        region.addRect(QRectF(places.first(), places.last()).normalized());
+    else if (tool == int(ViewWindow::Tool::Circle))
+        region.addEllipse(QPointF(places.first()), QLineF(places.first(), places.last()).length(),
+                          QLineF(places.first(), places.last()).length());
+    else
+        region.addPolygon(QPolygon(places));
+    const MapLayerView &layer = *map->layers()[0];
+    const Ids found = selected(mStates);
+    Ids seen;
+    for (int y = 0; y < 500; ++y)
+        for (int x = 0; x < 600; ++x)
+            if (region.contains(QRectF(x, y, 1, 1)) && layer.objectAt({x, y}) >= 0
+                && !seen.contains(unsigned(layer.objectAt({x, y}))))
+                seen.append(unsigned(layer.objectAt({x, y})));
+    QVERIFY2(seen.size() > 3 && seen.size() < 40, qPrintable(QString::number(seen.size())));
+    for (const unsigned int object : std::as_const(seen))
+        QVERIFY2(found.contains(object), qPrintable(QString::number(object)));
+    for (const unsigned int object : found)
+        QVERIFY2(layer.shapeOf(object, map->canvas().view()).intersects(region),
+                 qPrintable(QString::number(object)));
+}
+
+void tst_MapWindow::keysMoveAndStep()
+{
+    MapWindow *const map = show(mIncome);
+    MapCanvas &canvas = map->canvas();
+    const QRectF whole = canvas.view().visible();
+    key(*map, Qt::Key_Right);
+    QCOMPARE(std::lround((canvas.view().visible().left() - whole.left()) * canvas.view().xScale()),
+             64L);
+    key(*map, Qt::Key_Plus);
+    QVERIFY(canvas.view().visible().width() < 0.7 * whole.width());
+    key(*map, Qt::Key_Home);
+    QCOMPARE(canvas.view().visible(), whole);
+    canvas.finish();
+    // Page keys go through the objects that exist; space selects.
+    key(*map, Qt::Key_PageDown);
+    key(*map, Qt::Key_Space);
+    key(*map, Qt::Key_PageUp);
+    key(*map, Qt::Key_Space);
+    QCOMPARE(selected(mStates), (Ids{0, 47}));
+    key(*map, Qt::Key_Z);
+    QVERIFY(canvas.view().visible().contains(map->layers()[0]->extentOf({0, 47})));
+    workspace().selection().clear(mStates);
+    QSignalSpy told(&workspace(), &Workspace::told);
+    key(*map, Qt::Key_Z);
+    QCOMPARE(told.size(), 1);
+}
+
+void tst_MapWindow::wheelKeepsThePlaceUnderTheMouse()
+{
+    MapWindow *const map = show(mIncome);
+    MapCanvas &canvas = map->canvas();
+    const QPointF place(210, 130);
+    const QPointF before = canvas.view().toMap(place);
+    QWheelEvent wheel(place, canvas.mapToGlobal(place.toPoint()), QPoint(), QPoint(0, 240),
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&canvas, &wheel);
+    const QPointF after = canvas.view().toMap(place);
+    QVERIFY2(QLineF(before, after).length() < 1e-6 / canvas.view().xScale() + 1e-6,
+             qPrintable(QString::number(QLineF(before, after).length())));
+    QTRY_VERIFY(canvas.isSharp()); // at rest, without further events
+    QPoint seen = placeOf(*map, 20);
+    click(*map, seen);
+    QCOMPARE(selected(mStates), seen.x() < 0 ? Ids() : Ids{20});
+}
+
+void tst_MapWindow::classesFollowTheRule()
+{
+    MapWindow *const map = show(mIncome);
+    MapLayerView &layer = *map->layers()[0];
+    QSignalSpy told(&workspace(), &Workspace::told);
+    ClassRule rule;
+    for (const int count : {1'000'000, 0, -3}) {
+        rule.count = count;
+        QVERIFY(!layer.setRule(rule, true));
+        QVERIFY2(told.last().at(0).toString().contains(QString::number(count)),
+                 qPrintable(told.last().at(0).toString()));
+    }
+    QCOMPARE(layer.rule().count, 5);
+    // One legend for all times, and each its own.
+    QCOMPARE(layer.legend().entries.size(), 5);
+    QCOMPARE(layer.legend().entries[4].count, 0); // nobody earns so little in 2009
+    rule.count = 4;
+    rule.method = QStringLiteral("jenks");
+    QVERIFY(layer.setRule(rule, false));
+    const auto isUsed = [&] { // no class of a time is without objects
+        const QVector<LegendEntry> entries = layer.legend().entries;
+        return entries.size() == 4
+               && std::all_of(entries.begin(), entries.end(),
+                              [](const LegendEntry &entry) { return entry.count > 0; });
+    };
+    QVERIFY(isUsed());
+    const QVector<double> limits = layer.classes()->limits();
+    map->goTo(workspace().stepsOf(mStates).first());
+    QVERIFY(isUsed());
+    QVERIFY(layer.classes()->limits().last() < limits.first());
+    // Each class of the legend selects its objects.
+    auto *const legend = map->findChild<LegendPanel *>();
+    Q_EMIT legend->classChosen(&layer, layer.classOfEntry(0), Qt::NoModifier);
+    QCOMPARE(selected(mStates).size(), int(layer.legend().entries[0].count));
+    // Refused by the data: the present classes remain.
+    const int names = findDataset(mStates, QStringLiteral("abbr"));
+    MapLayerView *const texts = map->addLayer(names);
+    QVERIFY(!texts->setRule(rule, true));
+    QVERIFY(texts->classes()->entries().size() > 1);
+}
+
+void tst_MapWindow::draggedLimitsBecomeOwnLimits()
+{
+    MapWindow *const map = show(mIncome);
+    MapLayerView &layer = *map->layers()[0];
+    auto *const histogram = map->findChild<LimitsHistogram *>();
+    const QVector<double> before = histogram->inner();
+    QCOMPARE(before.size(), 4);
+    histogram->setFocus();
+    QTest::keyClick(histogram, Qt::Key_Right);
+    QCOMPARE(layer.rule().limits.size(), 4);
+    QVERIFY(layer.rule().limits[0] > before[0]);
+    QCOMPARE(layer.rule().limits.mid(1), before.mid(1));
+    QTest::keyClick(histogram, Qt::Key_Delete);
+    QCOMPARE(layer.classes()->entries().size(), 4);
+    QTest::keyClick(histogram, Qt::Key_Insert);
+    QCOMPARE(layer.classes()->entries().size(), 5);
+    QCOMPARE(map->findChild<QComboBox *>(QStringLiteral("classMethod"))->currentData().toString(),
+             QStringLiteral("own"));
+    qint64 sum = 0;
+    for (const LegendEntry &entry : layer.legend().entries)
+        sum += entry.count;
+    QCOMPARE(sum, 48);
+}
+
+void tst_MapWindow::timesChangeShapesAndValues()
+{
+    const int history = importSample(Sample::History);
+    MapWindow *const map = show(findDataset(history, QStringLiteral("area_sqmi")));
+    MapWindow *const other = show(findDataset(history, QStringLiteral("terr_type")));
+    const auto existing = [](const MapWindow &window) {
+        qint64 sum = 0;
+        for (const LegendEntry &entry : window.layers()[0]->legend().entries)
+            sum += entry.count;
+        return sum;
+    };
+    const TimeAxis axis = axisOf(history);
+    const std::pair<const char *, int> known[] = {
+        {"1860-06-01", 41}, {"1790-08-02", 17}, {"1900-06-01", 50}};
+    for (const auto &[when, count] : known) {
+        map->goTo(axis.span(QString::fromLatin1(when))->startTime);
+        QCOMPARE(existing(*map), count);
+        QCOMPARE(existing(*other), count);
+        QVERIFY2(other->title().contains(QLatin1String(when)), qPrintable(other->title()));
+    }
+    // No object exists, and back again.
+    map->goTo(axis.span(QStringLiteral("1500-01-01"))->startTime);
+    QVERIFY2(map->layers()[0]->trouble().contains(QStringLiteral("1500-01-01")),
+             qPrintable(map->layers()[0]->trouble()));
+    map->canvas().finish();
+    QVERIFY(!map->grab().isNull());
+    map->goTo(axis.span(QStringLiteral("1900-06-01"))->startTime);
+    QCOMPARE(map->layers()[0]->trouble(), QString());
+}
+
+void tst_MapWindow::hoveringShowsNeighbors()
+{
+    WeightSetPlan plan;
+    plan.name = QStringLiteral("queen");
+    plan.method = QStringLiteral("queen");
+    plan.weights = QStringLiteral("row");
+    int set = -1;
+    QVERIFY(workspace().look([&] { set = createWeightSet(mStates, plan); }));
+    MapWindow *const map = show(mIncome);
+    auto *const box = map->findChild<QComboBox *>(QStringLiteral("weights"));
+    QCOMPARE(box->count(), 2);
+    box->setCurrentIndex(1);
+    Q_EMIT box->activated(1);
+    QCOMPARE(workspace().shownWeights(mStates), set);
+    const unsigned int object = 20; // Indiana
+    const QPoint place = placeOf(*map, object);
+    QMouseEvent move(QEvent::MouseMove, place, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(&map->canvas(), &move);
+    QCOMPARE(workspace().selection().hovered(mStates), int(object));
+    const Ids neighbors = neighborsOf(set, object, workspace().timeOf(mStates));
+    QCOMPARE(map->layers()[0]->hoveredNeighbors(), neighbors);
+    QCOMPARE(neighbors.size(), 4);
+    const QString text = map->findChild<QLabel *>(QStringLiteral("readout"))->text();
+    for (const char *part : {"Indiana", "income 33174", "4 neighbours", "Kentucky", "Ohio"})
+        QVERIFY2(text.contains(QLatin1String(part)), qPrintable(text));
+    click(*map, place);
+    key(*map, Qt::Key_N);
+    QCOMPARE(selected(mStates), sorted(Ids(neighbors) << object));
+    QVERIFY(map->showWeights(set, -1));
+    VORN_RemoveClusterSet(set);
+    QCOMPARE(workspace().shownWeights(mStates), -1);
+    QCOMPARE(box->count(), 1);
+    QVERIFY(!map->showWeights(set, 0));
+}
+
+void tst_MapWindow::gridsSelectCells()
+{
+    const int rain = importSample(Sample::Rain);
+    MapWindow *const map = show(datasetIds(rain).first());
+    MapLayerView &layer = *map->layers()[0];
+    // All 33 by 81 cells, of which the sea is missing.
+    qint64 sum = 0;
+    for (const LegendEntry &entry : layer.legend().entries)
+        sum += entry.count;
+    QCOMPARE(sum, 33 * 81);
+    QCOMPARE(layer.legend().entries.last().count, 593);
+    const QPoint place = map->canvas().view().toPixel(QPointF(-84.9, 37.1)).toPoint();
+    click(*map, place);
+    QCOMPARE(selected(rain), (Ids{0}));
+    // Four by three cells, by their centres.
+    const auto pixel = [&](double column, double row) {
+        return map->canvas()
+            .view()
+            .toPixel(QPointF(-85 + 0.125 * column, 37.125 - 0.125 * row))
+            .toPoint();
+    };
+    drag(*map, {pixel(10, 5), pixel(12, 7), pixel(14, 8)});
+    Ids expected;
+    for (unsigned int row = 5; row < 8; ++row)
+        for (unsigned int column = 10; column < 14; ++column)
+            expected.append(row * 81 + column);
+    QCOMPARE(selected(rain), expected);
+    map->setTool(ViewWindow::Tool::Lasso);
+    drag(*map, {pixel(10, 5), pixel(14, 5), pixel(14, 8), pixel(10, 8)});
+    QCOMPARE(selected(rain), expected);
+    key(*map, Qt::Key_Z);
+    QVERIFY(map->canvas().view().visible().width() < 2);
+    map->canvas().finish();
+    QVERIFY(!map->grab().isNull());
+}
+
+void tst_MapWindow::layersStandOverEachOther()
+{
+    const int rain = import("carolina_climate/pr_1999.tif");
+    const int counties = import("nc_sids/nc_counties.geojson");
+    MapWindow *const map = show(datasetIds(rain).first());
+    // A dataset is dropped as the contents offer it.
+    const std::unique_ptr<QMimeData> data(mimeOf(findDataset(counties, QStringLiteral("BIR74"))));
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, data.get(), Qt::LeftButton,
+                          Qt::NoModifier);
+    QApplication::sendEvent(map, &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(QPointF(50, 50), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(map, &drop);
+    QCOMPARE(map->layers().size(), 2);
+    map->canvas().finish();
+    const QPoint place = placeOf(*map, 40);
+    click(*map, place);
+    QCOMPARE(selected(counties), (Ids{40}));
+    QCOMPARE(selected(rain), Ids());
+    map->layers()[1]->setVisible(false);
+    click(*map, place); // what is seen now is a cell
+    QCOMPARE(selected(rain).size(), 1);
+    QCOMPARE(map->activeLayer(), map->layers()[0]);
+    map->moveLayer(map->layers()[0], 1);
+    QCOMPARE(map->layers()[0]->geography(), counties);
+    key(*map, Qt::Key_Escape);
+    QCOMPARE(selected(counties).size() + selected(rain).size(), 0);
+    QVERIFY(!map->addLayer(-5));
+}
+
+void tst_MapWindow::groupsOfLinks()
+{
+    MapWindow *const map = show(mIncome);
+    MapWindow *const alone = show(mIncome);
+    alone->setGroup(ViewWindow::Alone);
+    MapWindow *const third = show(mIncome);
+    const qint64 first = workspace().stepsOf(mStates).first();
+    third->goTo(first);
+    QCOMPARE(map->layers()[0]->time(), first);
+    QVERIFY(alone->layers()[0]->time() != first);
+    alone->setGroup(ViewWindow::Main);
+    QCOMPARE(alone->layers()[0]->time(), first);
+    map->setGroup(ViewWindow::GroupB);
+    third->setGroup(ViewWindow::GroupB);
+    const qint64 last = workspace().stepsOf(mStates).last();
+    map->goTo(last);
+    QCOMPARE(third->layers()[0]->time(), last);
+    QCOMPARE(alone->layers()[0]->time(), first);
+}
+
+void tst_MapWindow::removedDataTakeTheirLayersAlong()
+{
+    const int counties = import("nc_sids/nc_counties.geojson");
+    const int births = findDataset(counties, QStringLiteral("BIR74"));
+    QPointer<MapWindow> map = show(mIncome);
+    map->addLayer(births);
+    map->addLayer(findDataset(counties, QStringLiteral("name")));
+    QPointer<MapWindow> other = show(births);
+    map->setActiveLayer(map->layers()[1]);
+    QVERIFY(VORN_RemoveDataset(births));
+    QCOMPARE(map->layers().size(), 2);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(other.isNull());
+    map->layers()[0]->hover(3);
+    QVERIFY(VORN_RemoveGeography(mStates));
+    QCOMPARE(map->layers().size(), 1);
+    QCOMPARE(map->layers()[0]->geography(), counties);
+    map->canvas().finish();
+    QVERIFY(!map->grab().isNull());
+    workspace().close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(map.isNull());
+}
+
+void tst_MapWindow::picturesAndStatesShowTheSame()
+{
+    MapWindow *const map = show(mIncome);
+    ClassRule rule;
+    rule.limits = {30000, 40000};
+    rule.palette = QStringLiteral("ember");
+    QVERIFY(map->layers()[0]->setRule(rule, true));
+    map->addOutlines(mStates);
+    map->canvas().show(QRectF(-500000, 1500000, 900000, 700000), 0);
+    workspace().selection().select(mStates, {20, 21});
+    for (const char *name : {"map.png", "map.svg", "map.pdf"})
+        QVERIFY2(map->exportTo(mFolder.filePath(QLatin1String(name))), name);
+    QSignalSpy told(&workspace(), &Workspace::told);
+    QVERIFY(!map->exportTo(mFolder.filePath(QStringLiteral("map.bmp"))));
+    QVERIFY(!map->exportTo(mFolder.filePath(QStringLiteral("no/such/map.png"))));
+    QCOMPARE(told.size(), 2);
+    QFile svg(mFolder.filePath(QStringLiteral("map.svg")));
+    QVERIFY(svg.open(QIODevice::ReadOnly));
+    const QByteArray drawn = svg.readAll();
+    for (const char *part : {">selected<", ">30 000", "#ff9500"})
+        QVERIFY2(QString::fromUtf8(drawn).replace(QChar(0x2009), ' ').contains(QLatin1String(part)),
+                 part);
+    const QStringList line = map->commandLine(QStringLiteral("a.png"));
+    for (const char *word : {"map", "--breaks", "30000,40000", "--palette", "ember", "--layer",
+                             "states48", "--extent", "--all-times", "2009"})
+        QVERIFY2(line.contains(QLatin1String(word)), qPrintable(line.join(' ')));
+    MapWindow *const again = show(mIncome);
+    again->restore(map->state());
+    QCOMPARE(again->state(), map->state());
+    QCOMPARE(again->layers().size(), 2);
+    QJsonObject strange = map->state();
+    strange.insert(QStringLiteral("layers"),
+                   QJsonArray{QJsonObject{{"geography", "absent"}, {"dataset", "income"}}});
+    again->restore(strange);
+    QCOMPARE(again->layers().size(), 2);
+}
+
+void tst_MapWindow::schemesOfTheLibrary()
+{
+    MapWindow map(workspace());
+    ColorSchemeInfo fill;
+    fill.classLimits = {0, 30000, 40000, 100000};
+    fill.classColors = {0x112233, 0x445566, 0x778899};
+    fill.missingColor = 0x010203;
+    QVERIFY(map.addLayer(mIncome, fill, {}, {}));
+    const LegendBlock legend = map.layers()[0]->legend();
+    QCOMPARE(legend.entries.size(), 3);
+    QCOMPARE(legend.entries[2].color, QColor(0x11, 0x22, 0x33));
+    fill = {};
+    fill.classCount = 1'000'000;
+    QVERIFY(map.addLayer(mIncome, fill, {}, {}));
+    QCOMPARE(map.layers()[1]->legend().entries.size(), 5);
+    QVERIFY(!map.addLayer(-1, fill, {}, {}));
+}
+
+void tst_MapWindow::oddGeographies_data()
+{
+    QTest::addColumn<QByteArray>("features");
+    QTest::addColumn<int>("classes");
+    QTest::addColumn<QString>("trouble");
+    const auto point = [](const char *x, const char *y, const char *value) -> QByteArray {
+        return QByteArray("{\"type\":\"Feature\",\"properties\":{\"v\":") + value
+               + "},\"geometry\":{\"type\":\"Point\",\"coordinates\":[" + x + ',' + y + "]}}";
+    };
+    const auto line = [](const char *places, const char *value) -> QByteArray {
+        return QByteArray("{\"type\":\"Feature\",\"properties\":{\"v\":") + value
+               + "},\"geometry\":{\"type\":\"LineString\",\"coordinates\":[" + places + "]}}";
+    };
+    QTest::newRow("one point") << point("3", "4", "1.5") << 1 << "";
+    QTest::newRow("equal values") << point("3", "4", "1.5") + ',' + point("5", "6", "1.5") << 1
+                                  << "";
+    QTest::newRow("large coordinates")
+        << point("1e15", "-1e15", "1.5") + ',' + point("1.0000001e15", "-1e15", "2.5") << 2 << "";
+    QTest::newRow("a level line") << line("[7,7],[8,7]", "1.5") << 1 << "";
+    QTest::newRow("texts") << point("3", "4", "\"a\"") + ',' + point("5", "6", "\"b\"") << 2 << "";
+    QTest::newRow("all missing") << point("3", "4", "null") + ',' + point("5", "6", "null") << 0
+                                 << "value";
+}
+
+void tst_MapWindow::oddGeographies()
+{
+    QFETCH(QByteArray, features);
+    QFETCH(int, classes);
+    QFETCH(QString, trouble);
+    const int odd = importText("{\"type\":\"FeatureCollection\",\"features\":[" + features + "]}");
+    QVERIFY(odd >= 0);
+    MapWindow *const map = show(findDataset(odd, QStringLiteral("v")));
+    QVERIFY(map);
+    const MapLayerView &layer = *map->layers()[0];
+    QCOMPARE(layer.classes() ? layer.classes()->entries().size() : 0, classes);
+    QVERIFY2(trouble.isEmpty() == layer.trouble().isEmpty() && layer.trouble().contains(trouble),
+             qPrintable(layer.trouble()));
+    if (classes > 0) {
+        const QPoint place = placeOf(*map, 0);
+        QVERIFY(place.x() >= 0);
+        click(*map, place);
+        QCOMPARE(selected(odd), (Ids{0}));
+    }
+    key(*map, Qt::Key_Z);
+    for (int i = 0; i < 40; ++i)
+        key(*map, Qt::Key_Plus);
+    QVERIFY(std::isfinite(map->canvas().view().visible().left()));
+    map->canvas().finish();
+    QVERIFY(!map->grab().isNull());
+    QVERIFY(map->exportTo(mFolder.filePath(QStringLiteral("odd.png"))));
+}
+
+int main(int argc, char **argv)
+{
+    Application application(argc, argv);
+    tst_MapWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_MapWindow.moc"
