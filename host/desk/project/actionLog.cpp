@@ -71,15 +71,15 @@ QString ActionLog::script() const
     return (head + lines()).join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
-void ActionLog::changed()
+void ActionLog::changed(bool isNoted)
 {
     if (mFirstChange < 0)
-        mFirstChange = qMax(0, mLines.size() - 1);
+        mFirstChange = qMax(0, mLines.size() - (isNoted ? 1 : 0));
 }
 
 void ActionLog::saved(const QString &before, const QString &now, const QString &untitled)
 {
-    int first = mFirstChange < 0 ? mLines.size() : mFirstChange;
+    const int first = mFirstChange < 0 ? mLines.size() : mFirstChange;
     mFirstChange = -1;
     if (before == now)
         return;

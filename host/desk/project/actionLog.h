@@ -28,8 +28,9 @@ public:
     /// A program for a POSIX shell that repeats the session in the present directory.
     QString script() const;
 
-    /// The last line is the first one that changes the project, unless an earlier one was.
-    void changed();
+    /// The project has changes. Unless an earlier line made some, the last line did, or the next one
+    /// if the change is not noted yet.
+    void changed(bool isNoted);
     /// The project was saved. The names are those in command lines.
     /// @param before  empty: the project had no file before, and lines called it `untitled`.
     void saved(const QString &before, const QString &now, const QString &untitled);

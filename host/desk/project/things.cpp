@@ -136,26 +136,30 @@ QString shapesText(const GeoProps &props)
     return text("%1 %2").arg(props.objectCount).arg(QLatin1String(shapeName(props.type)));
 }
 
-/// @return the id of the copy.
-int copyDataset(Workspace &workspace, int dataset)
+int copyDataset(int dataset)
 {
     const int geography = VORN_GetGeographyId(dataset);
     const int copy = VORN_MigrateDataset(dataset, geography, false);
     if (copy < 0)
         fail(text("%1 cannot be copied").arg(datasetName(dataset)));
-    const QString name = controller().GetUniqueDatasetName(geography, datasetName(dataset));
-    renameDataset(copy, name);
+    if (datasetName(copy) == datasetName(dataset))
+        renameDataset(copy, controller().GetUniqueDatasetName(geography, datasetName(dataset)));
     VORN_NewDatasetCreated(copy);
-    const DatasetProps props = VORN_GetDatasetProperties(copy);
-    const QString word = wordOf({Thing::Dataset, dataset, -1});
-    if (props.bitDepth > 0)
-        remark(workspace, text("copy %1 as %2").arg(word, name));
-    else
-        note(workspace, {QStringLiteral("convert"), workspace.commandPath(), word, name,
-                         QStringLiteral("--storage"),
-                         QLatin1String(storageName(
-                             static_cast<MVectorDataset::StorageType>(props.storageType)))});
     return copy;
+}
+
+void noteCopy(Workspace &workspace, const Thing &thing, const Thing &copy)
+{
+    const DatasetProps props = VORN_GetDatasetProperties(copy.id);
+    if (thing.kind != Thing::Dataset || props.bitDepth > 0) {
+        remark(workspace,
+               text("copy the %1 %2 as %3").arg(kindText(thing.kind), wordOf(thing), nameOf(copy)));
+        return;
+    }
+    const auto storage = static_cast<MVectorDataset::StorageType>(props.storageType);
+    note(workspace,
+         {QStringLiteral("convert"), workspace.commandPath(), wordOf(thing), nameOf(copy),
+          QStringLiteral("--storage"), QLatin1String(storageName(storage))});
 }
 
 template <class Ids> int newest(const Ids &before, const Ids &after)
@@ -301,27 +305,26 @@ Thing duplicateThing(Workspace &workspace, const Thing &thing)
     workspace.run(text("Duplicate"), [&](const Progress &) {
         MGeoData *const geography = geographyOf(geographyOfThing(thing));
         if (thing.kind == Thing::Dataset) {
-            copy = {Thing::Dataset, copyDataset(workspace, thing.id), -1};
+            copy = {Thing::Dataset, copyDataset(thing.id), -1};
         } else if (thing.kind == Thing::WeightSet) {
             const QList<int> before = geography->GetSpatialWeightsIds();
             geography->DuplicateSpatialWeightSet(thing.id);
             copy = {Thing::WeightSet, newest(before, geography->GetSpatialWeightsIds()), -1};
-            remark(workspace, text("copy the weight set %1").arg(wordOf(thing)));
         } else if (thing.kind == Thing::Model && thing.owner < 0) {
             const QList<int> before = controller().GetNonConVariogramModelIds();
             controller().DuplicateNonConVariogramModel(thing.id);
             copy = {Thing::Model, newest(before, controller().GetNonConVariogramModelIds()), -1};
-            remark(workspace, text("copy the model %1").arg(nameOf(thing)));
         } else if (thing.kind == Thing::Model) {
             const QList<int> before = VORN_GetVariogramModelIds(thing.owner);
             geography->GetDataSource()->DuplicateVariogramModel(thing.owner, thing.id);
             copy = {Thing::Model, newest(before, VORN_GetVariogramModelIds(thing.owner)),
                     thing.owner};
-            remark(workspace, text("copy the model %1").arg(wordOf(thing)));
         } else {
             fail(text("a geography is not copied; \"meridor subset\" makes one of another"));
         }
     });
+    if (copy.kind != Thing::None)
+        noteCopy(workspace, thing, copy);
     return copy;
 }
 

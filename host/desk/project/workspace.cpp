@@ -211,19 +211,20 @@ void Workspace::setPath(const QString &path)
 
 void Workspace::setDirty(bool dirty)
 {
+    if (mIsDirty == dirty)
+        return;
+    mIsDirty = dirty; // first, since the host marks this workspace in turn
     if (dirty)
         mHost.MarkProjectDirty();
     else
         mHost.MarkProjectClean();
-    if (mIsDirty == dirty)
-        return;
-    mIsDirty = dirty;
     Q_EMIT dirtyChanged(dirty);
 }
 
+// Work that changes the project is noted when it is done.
 void Workspace::markDirty()
 {
-    mLog.changed();
+    mLog.changed(!isBusy());
     mIsRecoveryStale = true;
     setDirty(true);
 }
@@ -337,6 +338,14 @@ QVector<Recovery> Workspace::recoveries(const QStringList &projects)
          folder.entryList({QStringLiteral("untitled-*.recovery")}, QDir::Files))
         add(folder.filePath(name), QString());
     return found;
+}
+
+QVector<Recovery> Workspace::earlierWork(const QString &project)
+{
+    const QFileInfo info(earlierRecovery(project));
+    if (!info.exists())
+        return {};
+    return {{info.filePath(), project, info.lastModified()}};
 }
 
 // The values are read at once, since the file goes when the project is saved.

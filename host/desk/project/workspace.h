@@ -74,8 +74,8 @@ public:
     /// The name of the project in command lines.
     QString commandPath() const;
     bool isDirty() const { return mIsDirty; }
-    /// To be called after each change of the project, and after the log has its line; the mark is
-    /// taken back by save and open.
+    /// To be called after each change of the project: within run() or look() before the log has its
+    /// line, else after that. The mark is taken back by save and open.
     void markDirty();
 
     // Recovery
@@ -87,6 +87,8 @@ public:
     static QString recoveryOf(const QString &project);
     /// The work that ended processes left of these projects and of projects without a name.
     static QVector<Recovery> recoveries(const QStringList &projects);
+    /// What was found when the project was opened, and moved aside.
+    static QVector<Recovery> earlierWork(const QString &project);
     /// Opens what was recovered as its project, with changes.
     bool recover(const Recovery &recovery);
 

@@ -1,10 +1,27 @@
 // SPDX-License-Identifier: MIT
 #include "desk/window/application.h"
+#include <QPalette>
+#include <QStyleFactory>
 #include <QTextCodec>
 #include <clocale>
+#include "core/project/failure.h"
+#include "datainterface/VersionAPI.h"
+#include "desk/dialogs/methodDialog.h"
 #include "desk/methods/method.h"
+#include "desk/project/things.h"
 #include "desk/project/workspace.h"
+#include "desk/views/viewFactory.h"
+#include "desk/views/viewWindow.h"
 #include "desk/window/mainWindow.h"
+#include "desk/window/viewArea.h"
+#if __has_include("desk/views/mapWindow.h")
+#include "desk/views/mapWindow.h"
+#define MERIDOR_HAS_MAPS
+#endif
+#if __has_include("desk/views/graphWindow.h")
+#include "desk/views/graphWindow.h"
+#define MERIDOR_HAS_GRAPHS
+#endif
 
 namespace meridor {
 
@@ -15,6 +32,10 @@ Application::Application(int &argc, char **argv) : QApplication(argc, argv)
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     std::setlocale(LC_NUMERIC, "C");
     setApplicationName(QStringLiteral("meridor-desk"));
+    setApplicationVersion(QStringLiteral("%1.%2.%3")
+                              .arg(productVersionNumber / 100000)
+                              .arg(productVersionNumber / 1000 % 100)
+                              .arg(productVersionNumber % 1000));
     setApplicationDisplayName(QStringLiteral("Meridor"));
     mMethods = std::make_unique<MethodRegister>();
     mWorkspace = std::make_unique<Workspace>(*this, SessionOptions());
@@ -25,6 +46,50 @@ Application::~Application()
 {
     mWindow.reset(); // views are closed while the library still runs
     mWorkspace.reset();
+}
+
+void Application::setDark()
+{
+    setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QPalette colors;
+    const QColor ground(43, 45, 48);
+    const QColor field(30, 31, 34);
+    const QColor text(223, 225, 229);
+    const QColor faint(130, 133, 140);
+    const QColor mark(53, 116, 240);
+    colors.setColor(QPalette::Window, ground);
+    colors.setColor(QPalette::WindowText, text);
+    colors.setColor(QPalette::Base, field);
+    colors.setColor(QPalette::AlternateBase, ground);
+    colors.setColor(QPalette::Text, text);
+    colors.setColor(QPalette::PlaceholderText, faint);
+    colors.setColor(QPalette::Button, QColor(57, 59, 64));
+    colors.setColor(QPalette::ButtonText, text);
+    colors.setColor(QPalette::BrightText, Qt::white);
+    colors.setColor(QPalette::Highlight, mark);
+    colors.setColor(QPalette::HighlightedText, Qt::white);
+    colors.setColor(QPalette::Link, QColor(107, 155, 250));
+    colors.setColor(QPalette::ToolTipBase, QColor(67, 69, 74));
+    colors.setColor(QPalette::ToolTipText, text);
+    for (const QPalette::ColorRole role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        colors.setColor(QPalette::Disabled, role, faint);
+    setPalette(colors);
+}
+
+bool Application::notify(QObject *receiver, QEvent *event)
+{
+    QString trouble;
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (const Failure &failure) {
+        trouble = failure.text();
+    } catch (const std::exception &error) {
+        trouble = QString::fromUtf8(error.what());
+    }
+    if (mWorkspace)
+        mWorkspace->tell(trouble, true);
+    return true;
 }
 
 namespace {
@@ -54,6 +119,20 @@ bool Application::ExecuteMethod(int method, const QString &name,
     return found && mMethods->execute(*mWorkspace, *found, parameters, report);
 }
 
+QString Application::GetDatasetPropertiesStringForCurrentMethod()
+{
+    const auto dialogs = mWindow->findChildren<MethodDialog *>();
+    if (dialogs.isEmpty())
+        return QString();
+    QStringList texts;
+    for (const MethodParameter &parameter : dialogs.last()->form().parameters())
+        if (parameter.name == QLatin1String("dataset"))
+            if (const Thing dataset{Thing::Dataset, parameter.value.toInt(), -1};
+                !nameOf(dataset).isEmpty())
+                texts.append(QStringLiteral("%1: %2").arg(nameOf(dataset), summaryOf(dataset)));
+    return texts.join(QLatin1Char('\n'));
+}
+
 QString Application::GetMethodName(int method, const QString &name)
 {
     const Method *const found = methodOf(*mMethods, method, name);
@@ -65,6 +144,133 @@ QString Application::GetInvocationStringForMethod(int method, const QString &nam
 {
     const Method *const found = methodOf(*mMethods, method, name);
     return found ? mMethods->invocation(*mWorkspace, *found, parameters) : QString();
+}
+
+// The two flags of the dialogs have no meaning here.
+void Application::ShowSpatialWeightSetDialog(int geographyId, bool, bool)
+{
+    if (const Method *const method = mMethods->find(QStringLiteral("weights")))
+        mWindow->showMethod(*method, {{QStringLiteral("geography"), geographyId}});
+}
+
+void Application::ShowVariogramModelDialog(VariogramModel &model, bool, int, bool)
+{
+    if (const Method *const method = mMethods->find(QStringLiteral("variogram")))
+        mWindow->showMethod(*method, {{QStringLiteral("dataset"), static_cast<int>(model.dataset)},
+                                      {QStringLiteral("save"), model.name}});
+}
+
+ViewWindow *Application::viewWindow(int number) const
+{
+    return mViewWindows.value(number);
+}
+
+int Application::enter(ViewWindow *window, const ViewRequest &request)
+{
+    if (!window)
+        return 0;
+    mWindow->adopt(window, request);
+    const int number = mNextWindow++;
+    mViewWindows.insert(number, window);
+    return number;
+}
+
+int Application::CreateMapWindow(int dataId, qint64 t, const QString &title,
+                                 const ColorSchemeInfo &fill, const ColorSchemeInfo &line,
+                                 const SymbolSchemeInfo &symbols)
+{
+#ifdef MERIDOR_HAS_MAPS
+    auto window = std::make_unique<MapWindow>(*mWorkspace);
+    if (!window->addLayer(dataId, fill, line, symbols))
+        return 0;
+    window->setOwnTitle(title);
+    ViewRequest request;
+    request.datasets = {dataId};
+    MapWindow *const shown = window.release();
+    const int number = enter(shown, request);
+    SyncViews({number}, t);
+    return number;
+#else
+    Q_UNUSED(line)
+    Q_UNUSED(symbols)
+    return ProjectHost::CreateMapWindow(dataId, t, title, fill, line, symbols);
+#endif
+}
+
+bool Application::CreateMapLayer(int window, int dataId, const ColorSchemeInfo &fill,
+                                 const ColorSchemeInfo &line, const SymbolSchemeInfo &symbols)
+{
+#ifdef MERIDOR_HAS_MAPS
+    auto *const map = qobject_cast<MapWindow *>(viewWindow(window));
+    return map && map->addLayer(dataId, fill, line, symbols);
+#else
+    return ProjectHost::CreateMapLayer(window, dataId, fill, line, symbols);
+#endif
+}
+
+void Application::SyncViews(QList<int> windows, qint64 t)
+{
+    for (const int number : windows) {
+        ViewWindow *const window = viewWindow(number);
+        if (!window)
+            continue;
+        const QVector<View *> views = window->views();
+        for (View *const view : views)
+            view->goTo(t);
+    }
+}
+
+bool Application::ShowSpatialWeightsInMap(int window, int weightSet, int object)
+{
+#ifdef MERIDOR_HAS_MAPS
+    auto *const map = qobject_cast<MapWindow *>(viewWindow(window));
+    return map && map->showWeights(weightSet, object);
+#else
+    return ProjectHost::ShowSpatialWeightsInMap(window, weightSet, object);
+#endif
+}
+
+int Application::CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds, qint64 t,
+                                   const QString &title, const ColorSchemeInfo &colors,
+                                   const QPointF *points, const QRectF *bounds)
+{
+#ifdef MERIDOR_HAS_GRAPHS
+    ViewRequest request;
+    request.kind = type == GT_ScatterPlot ? ViewKind::Scatter
+                   : type == GT_BoxPlot   ? ViewKind::BoxPlot
+                   : type == GT_Histogram ? ViewKind::Histogram
+                                          : ViewKind::TimePlot;
+    request.datasets = dataIds;
+    return enter(openGraph(*mWorkspace, type, dataIds, t, title, colors, points, bounds), request);
+#else
+    return ProjectHost::CreateGraphWindow(type, dataIds, t, title, colors, points, bounds);
+#endif
+}
+
+bool Application::GenerateVariogramModel(VariogramModel &model, const DataId &dataset,
+                                         const Interval &interval,
+                                         VariogramModel::EstimatorTypes estimator,
+                                         const DataId &locations, int lagCount, bool flagA,
+                                         double parameter, bool flagB)
+{
+    bool isFitted = false;
+    mWorkspace->look([&] {
+        isFitted = ProjectHost::GenerateVariogramModel(
+            model, dataset, interval, estimator, locations, lagCount, flagA, parameter, flagB);
+    });
+    return isFitted;
+}
+
+void Application::ShowHelpTopic(const char *topic)
+{
+    mWindow->showHelp(QString::fromUtf8(topic));
+}
+
+void Application::MarkProjectDirty()
+{
+    ProjectHost::MarkProjectDirty();
+    if (mWorkspace)
+        mWorkspace->markDirty();
 }
 
 void Application::RemoveGeography(int id)

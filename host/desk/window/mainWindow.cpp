@@ -1,26 +1,704 @@
 // SPDX-License-Identifier: MIT
 #include "desk/window/mainWindow.h"
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QDir>
+#include <QDockWidget>
+#include <QDragEnterEvent>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPointer>
+#include <QPushButton>
+#include <QStackedWidget>
 #include <QStatusBar>
+#include <QToolBar>
+#include <QTreeView>
+#include <QUrl>
+#include <QVBoxLayout>
+#include <algorithm>
+#include "core/import/samples.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/safeFile.h"
+#include "core/report/gather.h"
+#include "core/report/page.h"
+#include "datainterface/MGeoData.h"
+#include "desk/dialogs/importDialog.h"
 #include "desk/dialogs/methodDialog.h"
+#include "desk/dialogs/propertiesDialog.h"
+#include "desk/models/datasetMime.h"
+#include "desk/project/importLine.h"
 #include "desk/project/workspace.h"
+#include "desk/views/viewWindow.h"
+#include "desk/window/contentsPanel.h"
+#include "desk/window/helpPages.h"
+#include "desk/window/logPanel.h"
+#include "desk/window/recoveryBar.h"
+#include "desk/window/settings.h"
+#include "desk/window/startPage.h"
+#include "desk/window/timeBar.h"
+#include "desk/window/viewArea.h"
 
 namespace meridor {
+namespace {
 
-MainWindow::MainWindow(Workspace &workspace, const MethodRegister &methods)
-    : mWorkspace(workspace), mMethods(methods)
+// A copy for recovery takes at most a twentieth of the time.
+constexpr int kRestBetweenCopies = 20;
+
+bool isProject(const QString &path)
 {
-    resize(1280, 800);
-    connect(&mWorkspace, &Workspace::told, this,
-            [this](const QString &text) { statusBar()->showMessage(text); });
+    return path.endsWith(QLatin1String(".vorn"), Qt::CaseInsensitive);
 }
 
-MainWindow::~MainWindow() = default;
+QString droppedFile(const QMimeData *data)
+{
+    const QList<QUrl> urls = data->urls();
+    return urls.isEmpty() ? QString() : urls.first().toLocalFile();
+}
+
+} // namespace
+
+MainWindow::MainWindow(Workspace &workspace, const MethodRegister &methods)
+    : mWorkspace(workspace),
+      mMethods(methods),
+      mPages(new QStackedWidget),
+      mStart(new StartPage),
+      mArea(new ViewArea(workspace)),
+      mHint(new QLabel),
+      mBars(new QVBoxLayout),
+      mMessage(new QLabel)
+{
+    setObjectName(QStringLiteral("mainWindow"));
+    setAcceptDrops(true);
+    setDockNestingEnabled(true);
+    const int em = fontMetrics().height();
+    resize(76 * em, 48 * em);
+
+    mHint->setText(
+        tr("Drag a dataset out of the contents, or press Return on it, to see its map."));
+    mHint->setAlignment(Qt::AlignCenter);
+    mHint->setWordWrap(true);
+    mHint->setObjectName(QStringLiteral("emptyHint"));
+    mPages->addWidget(mStart);
+    mPages->addWidget(mHint);
+    mPages->addWidget(mArea);
+    auto *const center = new QWidget;
+    auto *const column = new QVBoxLayout(center);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addLayout(mBars);
+    column->addWidget(mPages, 1);
+    setCentralWidget(center);
+
+    mMessage->setObjectName(QStringLiteral("message"));
+    mMessage->setAccessibleName(tr("Message"));
+    mMessage->setTextFormat(Qt::PlainText);
+    mMessage->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    mMessage->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    statusBar()->addWidget(mMessage, 1);
+
+    makeDocks();
+    makeFileMenu();
+    makeEditMenu();
+    makeViewMenu();
+    makeTimeMenu();
+    makeMethodMenu();
+    makeHelpMenu();
+    connectWorkspace();
+
+    connect(mStart, &StartPage::openWanted, this,
+            [this] { findChild<QAction *>(QStringLiteral("fileOpen"))->trigger(); });
+    connect(mStart, &StartPage::importWanted, this,
+            [this] { findChild<QAction *>(QStringLiteral("fileImport"))->trigger(); });
+    connect(mStart, &StartPage::sampleWanted, this, &MainWindow::openSample);
+    connect(mStart, &StartPage::projectWanted, this, &MainWindow::openProject);
+    connect(mStart, &StartPage::recoverWanted, this, &MainWindow::recover);
+    connect(mArea, &ViewArea::activeChanged, this, &MainWindow::followActive);
+    connect(mArea, &ViewArea::countChanged, this, &MainWindow::showPage);
+    connect(mContents, &ContentsPanel::viewWanted, this, &MainWindow::openView);
+    connect(mContents, &ContentsPanel::propertiesWanted, this, &MainWindow::showProperties);
+    connect(mContents, &ContentsPanel::methodWanted, this,
+            [this](const QString &method, const QString &parameter, int id) {
+                if (const Method *const found = mMethods.find(method))
+                    showMethod(*found, {{parameter, id}});
+            });
+    connect(mContents, &ContentsPanel::selectionChanged, this, [this] {
+        if (!mArea->active())
+            followActive(nullptr);
+    });
+
+    connect(&mRecoveryTimer, &QTimer::timeout, this, &MainWindow::saveRecovery);
+    if (recoverySeconds() > 0)
+        mRecoveryTimer.start(1000 * recoverySeconds());
+    showPage();
+    showTitle();
+}
+
+// The views go first, since they tell this window.
+MainWindow::~MainWindow()
+{
+    mArea->disconnect(this);
+    mWorkspace.disconnect(this);
+    mArea->closeAll();
+}
+
+void MainWindow::makeDocks()
+{
+    const auto add = [this](QWidget *content, const QString &title, const char *name,
+                            Qt::DockWidgetArea area) {
+        auto *const dock = new QDockWidget(title, this);
+        dock->setObjectName(QLatin1String(name));
+        dock->setWidget(content);
+        addDockWidget(area, dock);
+        return dock;
+    };
+    mContents = new ContentsPanel(mWorkspace);
+    mContentsDock = add(mContents, tr("Contents"), "contentsDock", Qt::LeftDockWidgetArea);
+    mLogPanel = new LogPanel(mWorkspace);
+    mLogDock = add(mLogPanel, tr("Log"), "logDock", Qt::BottomDockWidgetArea);
+    const int em = fontMetrics().height();
+    resizeDocks({mContentsDock}, {16 * em}, Qt::Horizontal);
+    resizeDocks({mLogDock}, {8 * em}, Qt::Vertical);
+    auto *const bar = new QToolBar(tr("Time"));
+    mTimeTools = bar;
+    bar->setObjectName(QStringLiteral("timeTools"));
+    bar->setMovable(false);
+    mTimeBar = new TimeBar(mWorkspace);
+    bar->addWidget(mTimeBar);
+    addToolBar(Qt::BottomToolBarArea, bar);
+}
+
+QAction *MainWindow::addTo(QMenu *menu, const char *name, const QString &text,
+                           const QKeySequence &keys, const std::function<void()> &act)
+{
+    QAction *const action = menu->addAction(text);
+    action->setParent(this);
+    action->setObjectName(QLatin1String(name));
+    action->setShortcut(keys);
+    connect(action, &QAction::triggered, this, [act] { act(); });
+    addAction(action);
+    return action;
+}
+
+void MainWindow::makeFileMenu()
+{
+    QMenu *const menu = menuBar()->addMenu(tr("&File"));
+    addTo(menu, "fileOpen", tr("&Open..."), QKeySequence::Open, [this] {
+        const QString file = QFileDialog::getOpenFileName(this, tr("Open a project"), QString(),
+                                                          tr("Projects (*.vorn);;All files (*)"));
+        if (!file.isEmpty())
+            openFile(file);
+    });
+    mRecent = menu->addMenu(tr("Recent &projects"));
+    connect(mRecent, &QMenu::aboutToShow, this, &MainWindow::fillRecent);
+    addTo(menu, "fileSample", tr("Open the sa&mple"), {}, [this] { openSample(); });
+    addTo(menu, "fileImport", tr("&Import..."), QKeySequence(Qt::CTRL + Qt::Key_I), [this] {
+        const QString file = QFileDialog::getOpenFileName(this, tr("Import a map, table or grid"));
+        if (!file.isEmpty())
+            importFile(file);
+    });
+    menu->addSeparator();
+    mProjectActions << addTo(menu, "fileSave", tr("&Save"), QKeySequence::Save, [this] { save(); });
+    mProjectActions << addTo(menu, "fileSaveAs", tr("Save &as..."), QKeySequence::SaveAs, [this] {
+        QFileDialog dialog(this, tr("Save the project"));
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        dialog.setDefaultSuffix(QStringLiteral("vorn"));
+        dialog.setNameFilter(tr("Projects (*.vorn)"));
+        if (dialog.exec() == QDialog::Accepted)
+            saveAs(dialog.selectedFiles().value(0));
+    });
+    mProjectActions << addTo(menu, "fileRevert", tr("Re&vert to saved"), QKeySequence(Qt::Key_F5),
+                             [this] {
+                                 keepWindows();
+                                 mWorkspace.revert();
+                             });
+    menu->addSeparator();
+    mProjectActions << addTo(
+        menu, "fileReport", tr("Write a &report..."), QKeySequence(Qt::CTRL + Qt::Key_R), [this] {
+            const QString file = QFileDialog::getSaveFileName(
+                this, tr("Write the project as one page"), QString(), tr("Pages (*.html)"));
+            if (!file.isEmpty())
+                writeReport(file);
+        });
+    addTo(menu, "fileScript", tr("Save the &log as a script..."), {},
+          [this] { mLogPanel->askSave(); });
+    menu->addSeparator();
+    mProjectActions << addTo(menu, "fileClose", tr("&Close the project"),
+                             QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_W), [this] {
+                                 if (mayLeave())
+                                     leaveProject();
+                             });
+    addTo(menu, "fileQuit", tr("&Quit"), QKeySequence::Quit, [this] { close(); });
+}
+
+void MainWindow::toggleSelected(const std::function<void(ViewWindow &)> &act)
+{
+    if (ViewWindow *const window = mArea->active())
+        act(*window);
+}
+
+void MainWindow::makeEditMenu()
+{
+    QMenu *const menu = menuBar()->addMenu(tr("&Edit"));
+    // Without keys: the views have these themselves while they have the focus.
+    const auto add = [&](const char *name, const QString &text,
+                         const std::function<void(ViewWindow &)> &act) {
+        mViewActions << addTo(menu, name, text, {}, [this, act] { toggleSelected(act); });
+    };
+    add("editCopy", tr("&Copy the picture of the view"),
+        [](ViewWindow &window) { window.copyToClipboard(); });
+    add("editExport", tr("&Export the picture of the view..."), [this](ViewWindow &window) {
+        const QString file = QFileDialog::getSaveFileName(
+            this, tr("Export the picture"), QString(),
+            tr("Pictures (*.png);;Drawings (*.svg);;Documents (*.pdf)"));
+        if (!file.isEmpty())
+            window.exportTo(file);
+    });
+    menu->addSeparator();
+    add("editClear", tr("Select &nothing"), [](ViewWindow &window) { window.clearSelection(); });
+    add("editInvert", tr("&Invert the selection"),
+        [](ViewWindow &window) { window.invertSelection(); });
+    add("editNeighbors", tr("Select the neigh&bours, too"),
+        [](ViewWindow &window) { window.selectNeighbors(); });
+    add("editBack", tr("Selection &before"), [](ViewWindow &window) {
+        if (View *const view = window.currentView())
+            view->stepBack();
+    });
+    add("editForward", tr("Selection &after"), [](ViewWindow &window) {
+        if (View *const view = window.currentView())
+            view->stepForward();
+    });
+}
+
+void MainWindow::makeViewMenu()
+{
+    QMenu *const menu = menuBar()->addMenu(tr("&View"));
+    for (const char *const name : {"openMap", "openTable", "openHistogram", "openBoxPlot",
+                                   "openTimePlot", "openScatter", "openMoran"})
+        menu->addAction(mContents->action(name));
+    menu->addSeparator();
+    mViewActions << addTo(menu, "viewTile", tr("Side by &side"),
+                          QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_T),
+                          [this] { mArea->tile(); });
+    mViewActions << addTo(menu, "viewStack", tr("In ta&bs"),
+                          QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_B),
+                          [this] { mArea->stack(); });
+    mViewActions << addTo(menu, "viewNext", tr("&Next view"), QKeySequence(Qt::Key_F6),
+                          [this] { mArea->nextView(); });
+    mViewActions << addTo(menu, "viewPrevious", tr("&Previous view"),
+                          QKeySequence(Qt::SHIFT + Qt::Key_F6), [this] { mArea->previousView(); });
+    mViewActions << addTo(menu, "viewClose", tr("&Close the view"),
+                          QKeySequence(Qt::CTRL + Qt::Key_W), [this] { mArea->closeActive(); });
+    menu->addSeparator();
+    addTo(menu, "goContents", tr("Go to the c&ontents"), QKeySequence(Qt::CTRL + Qt::Key_1),
+          [this] {
+              mContentsDock->show();
+              mContents->tree().setFocus();
+          });
+    addTo(menu, "goLog", tr("Go to the &log"), QKeySequence(Qt::CTRL + Qt::Key_2), [this] {
+        mLogDock->show();
+        mLogPanel->findChild<QWidget *>(QStringLiteral("logText"))->setFocus();
+    });
+    addTo(menu, "goTime", tr("Go to the &time"), QKeySequence(Qt::CTRL + Qt::Key_3),
+          [this] { mTimeBar->findChild<QWidget *>(QStringLiteral("timeSlider"))->setFocus(); });
+    menu->addAction(mContentsDock->toggleViewAction());
+    menu->addAction(mLogDock->toggleViewAction());
+}
+
+void MainWindow::makeTimeMenu()
+{
+    QMenu *const menu = menuBar()->addMenu(tr("&Time"));
+    const auto keys = [](int key) { return QKeySequence(Qt::CTRL + key); };
+    addTo(menu, "timeBack", tr("Step &back"), keys(Qt::Key_Comma),
+          [this] { mTimeBar->previous(); });
+    addTo(menu, "timeForth", tr("Step &forward"), keys(Qt::Key_Period),
+          [this] { mTimeBar->next(); });
+    addTo(menu, "timeFirst", tr("F&irst"), QKeySequence(Qt::CTRL + Qt::ALT + Qt::Key_Comma),
+          [this] { mTimeBar->first(); });
+    addTo(menu, "timeLast", tr("&Last"), QKeySequence(Qt::CTRL + Qt::ALT + Qt::Key_Period),
+          [this] { mTimeBar->last(); });
+    QAction *const play = addTo(menu, "timePlay", tr("&Play"), keys(Qt::Key_P), [] {});
+    play->setCheckable(true);
+    connect(play, &QAction::toggled, mTimeBar, &TimeBar::play);
+    connect(mTimeBar, &TimeBar::playing, play, &QAction::setChecked);
+    QAction *const inStep = addTo(menu, "timeTogether", tr("All geographies in &step"),
+                                  QKeySequence(Qt::CTRL + Qt::ALT + Qt::Key_T), [] {});
+    inStep->setCheckable(true);
+    connect(inStep, &QAction::toggled, mTimeBar, &TimeBar::setInStep);
+}
+
+void MainWindow::makeMethodMenu()
+{
+    QMenu *const menu = menuBar()->addMenu(tr("&Analysis"));
+    for (const Method &method : mMethods.all())
+        mProjectActions << addTo(menu, QByteArray("method " + method.name.toUtf8()).constData(),
+                                 tr("%1...").arg(method.title), {},
+                                 [this, &method] { showMethod(method, {}); });
+}
+
+void MainWindow::makeHelpMenu()
+{
+    QMenu *const menu = menuBar()->addMenu(tr("&Help"));
+    addTo(menu, "help", tr("&Help"), QKeySequence::HelpContents,
+          [this] { showHelp(QStringLiteral("desk.md")); });
+    addTo(menu, "helpKeys", tr("&Keys"), QKeySequence(Qt::SHIFT + Qt::Key_F1),
+          [this] { showHelp(QStringLiteral("desk.md#keys")); });
+    addTo(menu, "helpCommands", tr("&Command lines"), {},
+          [this] { showHelp(QStringLiteral("meridor.md")); });
+    addTo(menu, "helpAbout", tr("&About"), {}, [this] {
+        mWorkspace.tell(
+            tr("Meridor %1, on Qt %2")
+                .arg(QCoreApplication::applicationVersion(), QLatin1String(qVersion())));
+    });
+}
+
+void MainWindow::connectWorkspace()
+{
+    connect(&mWorkspace, &Workspace::told, this, &MainWindow::showMessage);
+    connect(&mWorkspace, &Workspace::pathChanged, this, &MainWindow::showTitle);
+    connect(&mWorkspace, &Workspace::dirtyChanged, this, &MainWindow::showTitle);
+    connect(&mWorkspace, &Workspace::geographyAdded, this, [this] { showPage(); });
+    connect(&mWorkspace, &Workspace::geographyDying, this,
+            [this] { QTimer::singleShot(0, this, &MainWindow::showPage); });
+    connect(&mWorkspace, &Workspace::closed, this, &MainWindow::showPage);
+    connect(&mWorkspace, &Workspace::opened, this, [this] {
+        if (!mWorkspace.path().isEmpty())
+            noteRecentProject(mWorkspace.path());
+        showPage();
+        restoreWindows();
+        offerRecovery();
+    });
+}
+
+void MainWindow::showMessage(const QString &text, bool isTrouble)
+{
+    mMessage->setText(text);
+    mMessage->setToolTip(text);
+    QFont font = mMessage->font();
+    font.setBold(isTrouble);
+    mMessage->setFont(font);
+    if (isTrouble || mPages->currentWidget() == mStart)
+        mStart->showTrouble(isTrouble ? text : QString());
+}
+
+void MainWindow::showTitle()
+{
+    const bool isOpen = !mWorkspace.path().isEmpty() || !geographyIds().isEmpty();
+    const QString name = mWorkspace.path().isEmpty() ? (isOpen ? tr("untitled") : QString())
+                                                     : QFileInfo(mWorkspace.path()).fileName();
+    setWindowTitle(name + QStringLiteral("[*]"));
+    setWindowModified(mWorkspace.isDirty());
+    refreshActions();
+}
+
+void MainWindow::showPage()
+{
+    const bool isOpen = !mWorkspace.path().isEmpty() || !geographyIds().isEmpty();
+    QWidget *page = mArea;
+    if (!isOpen)
+        page = mStart;
+    else if (mArea->windows().isEmpty())
+        page = mHint;
+    if (page == mStart && mPages->currentWidget() != mStart)
+        mStart->refresh();
+    mPages->setCurrentWidget(page);
+    if (isOpen != mIsProjectShown) {
+        mIsProjectShown = isOpen;
+        for (QWidget *const part :
+             {static_cast<QWidget *>(mContentsDock), static_cast<QWidget *>(mLogDock), mTimeTools})
+            part->setVisible(isOpen);
+    }
+    showTitle();
+    if (!mArea->active())
+        followActive(nullptr);
+}
+
+void MainWindow::refreshActions()
+{
+    const bool isOpen = !mWorkspace.path().isEmpty() || !geographyIds().isEmpty();
+    for (QAction *const action : std::as_const(mProjectActions))
+        action->setEnabled(isOpen);
+    for (QAction *const action : std::as_const(mViewActions))
+        action->setEnabled(mArea->active());
+}
+
+/// The time bar shows the geography of the active view; without a view that which is selected in the
+/// contents, or the first one.
+void MainWindow::followActive(ViewWindow *window)
+{
+    refreshActions();
+    View *const view = window ? window->currentView() : nullptr;
+    if (view) {
+        mTimeBar->setGeography(view->geography(), view);
+        return;
+    }
+    int geography = geographyOfThing(mContents->selected().value(0));
+    const QVector<int> present = geographyIds();
+    if (!present.contains(geography))
+        geography = present.value(0, -1);
+    mTimeBar->setGeography(geography, nullptr);
+}
+
+void MainWindow::fillRecent()
+{
+    mRecent->clear();
+    for (const QString &project : recentProjects())
+        mRecent->addAction(QDir::toNativeSeparators(project), this,
+                           [this, project] { openProject(project); });
+    if (mRecent->isEmpty())
+        mRecent->addAction(tr("None yet"))->setEnabled(false);
+}
+
+bool MainWindow::mayLeave()
+{
+    if (!mWorkspace.isDirty())
+        return true;
+    Unsaved answer = Unsaved::Stay;
+    if (askUnsaved) {
+        answer = askUnsaved();
+    } else {
+        const QString name = mWorkspace.path().isEmpty() ? tr("the project")
+                                                         : QFileInfo(mWorkspace.path()).fileName();
+        QMessageBox box(QMessageBox::Question, tr("Unsaved changes"),
+                        tr("Save the changes of %1?").arg(name),
+                        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, this);
+        box.setObjectName(QStringLiteral("unsaved"));
+        const int button = box.exec();
+        answer = button == QMessageBox::Save      ? Unsaved::Save
+                 : button == QMessageBox::Discard ? Unsaved::Discard
+                                                  : Unsaved::Stay;
+    }
+    if (answer == Unsaved::Save)
+        return save();
+    return answer == Unsaved::Discard;
+}
+
+void MainWindow::leaveProject()
+{
+    keepWindows();
+    mWorkspace.close();
+}
+
+void MainWindow::keepWindows()
+{
+    if (mWorkspace.path().isEmpty())
+        return;
+    QJsonObject layout = mArea->state();
+    layout.insert(QStringLiteral("docks"), QString::fromLatin1(saveState().toBase64()));
+    layout.insert(QStringLiteral("geometry"), QString::fromLatin1(saveGeometry().toBase64()));
+    keepLayout(mWorkspace.path(), layout);
+}
+
+void MainWindow::restoreWindows()
+{
+    if (mWorkspace.path().isEmpty())
+        return;
+    const QJsonObject layout = keptLayout(mWorkspace.path());
+    if (layout.isEmpty())
+        return;
+    restoreState(
+        QByteArray::fromBase64(layout.value(QStringLiteral("docks")).toString().toLatin1()));
+    mArea->restore(layout);
+}
+
+bool MainWindow::openProject(const QString &path)
+{
+    if (!mayLeave())
+        return false;
+    keepWindows();
+    return mWorkspace.open(path);
+}
+
+bool MainWindow::openSample()
+{
+    if (!mayLeave())
+        return false;
+    leaveProject();
+    QString directory;
+    const bool isThere = mWorkspace.look(
+        [&] { directory = samplesDirectory({qEnvironmentVariable("MERIDOR_SAMPLES")}); });
+    if (!isThere)
+        return false;
+    for (const Sample sample :
+         {Sample::History, Sample::Income, Sample::Rain, Sample::Temperature, Sample::Counties})
+        if (mWorkspace.import(sampleImport(sample, directory)) < 0)
+            return false;
+    return true;
+}
+
+bool MainWindow::save()
+{
+    if (!mWorkspace.path().isEmpty())
+        return mWorkspace.save();
+    findChild<QAction *>(QStringLiteral("fileSaveAs"))->trigger();
+    return !mWorkspace.isDirty();
+}
+
+bool MainWindow::saveAs(const QString &path)
+{
+    if (path.isEmpty() || !mWorkspace.save(path))
+        return false;
+    noteRecentProject(mWorkspace.path());
+    keepWindows();
+    return true;
+}
+
+bool MainWindow::writeReport(const QString &path)
+{
+    const QString project = mWorkspace.commandPath();
+    const bool isDone = mWorkspace.run(tr("Report"), [&](const Progress &) {
+        ReportPlan plan;
+        plan.project = mWorkspace.path().isEmpty() ? project : mWorkspace.path();
+        const QByteArray page = reportPage(gatherReport(plan));
+        const bool isWritten = replaceFile(path, [&page](const QString &beside) {
+            QFile file(beside);
+            return file.open(QIODevice::WriteOnly) && file.write(page) == page.size()
+                   && file.flush();
+        });
+        if (!isWritten)
+            fail(tr("%1 could not be written").arg(path));
+    });
+    if (!isDone)
+        return false;
+    mWorkspace.log().did(
+        {QStringLiteral("report"), project, pathWord(path), QStringLiteral("--overwrite")});
+    mWorkspace.tell(tr("Saved as %1").arg(path));
+    return true;
+}
+
+bool MainWindow::recover(const Recovery &recovery)
+{
+    if (!mayLeave())
+        return false;
+    return mWorkspace.recover(recovery);
+}
+
+void MainWindow::offerRecovery()
+{
+    while (QLayoutItem *const item = mBars->takeAt(0)) {
+        item->widget()->hide();
+        item->widget()->deleteLater();
+        delete item;
+    }
+    const QString path = mWorkspace.path();
+    if (path.isEmpty())
+        return;
+    for (const Recovery &recovery : Workspace::earlierWork(path)) {
+        auto *const bar = new RecoveryBar(recovery);
+        connect(bar, &RecoveryBar::recoverWanted, this, [this, recovery] { recover(recovery); });
+        connect(&mWorkspace, &Workspace::closing, bar, &QWidget::hide);
+        mBars->addWidget(bar);
+    }
+}
+
+void MainWindow::saveRecovery()
+{
+    QElapsedTimer timer;
+    timer.start();
+    if (!mWorkspace.saveRecovery())
+        return;
+    const qint64 rest =
+        std::max<qint64>(1000 * recoverySeconds(), kRestBetweenCopies * timer.elapsed());
+    mRecoveryTimer.start(static_cast<int>(std::min<qint64>(rest, 3600 * 1000)));
+}
+
+void MainWindow::openFile(const QString &path)
+{
+    if (isProject(path))
+        openProject(path);
+    else
+        importFile(path);
+}
+
+ImportDialog *MainWindow::importFile(const QString &path)
+{
+    auto *const dialog = new ImportDialog(mWorkspace, this);
+    if (!dialog->load(path)) {
+        delete dialog;
+        return nullptr;
+    }
+    connect(dialog, &ImportDialog::imported, this, [this](int geography) {
+        mContents->select({Thing::Geography, geography, -1});
+        mWorkspace.tell(tr("%1 was imported.").arg(geographyName(geography)));
+    });
+    dialog->show();
+    return dialog;
+}
+
+ViewWindow *MainWindow::openView(const ViewRequest &request)
+{
+    ViewWindow *const window = makeView(mWorkspace, request);
+    if (window)
+        adopt(window, request);
+    return window;
+}
+
+void MainWindow::adopt(ViewWindow *window, const ViewRequest &request)
+{
+    mArea->add(window, request);
+    showPage();
+}
+
+void MainWindow::showProperties(const Thing &thing)
+{
+    auto *const dialog = new PropertiesDialog(mWorkspace, thing, this);
+    dialog->show();
+}
 
 void MainWindow::showMethod(const Method &method, const QVector<MethodParameter> &parameters)
 {
     auto *const dialog = new MethodDialog(mWorkspace, mMethods, method, this);
     dialog->form().setParameters(parameters);
+    connect(dialog, &MethodDialog::helpWanted, this, &MainWindow::showHelp);
     dialog->show();
+}
+
+void MainWindow::showHelp(const QString &topic)
+{
+    const QUrl page = helpPage(topic);
+    if (page.isEmpty())
+        mWorkspace.tell(tr("There is no page about %1.").arg(topic), true);
+    else if (!QDesktopServices::openUrl(page))
+        mWorkspace.tell(tr("No program shows the page %1.").arg(page.toDisplayString()), true);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (mWorkspace.isBusy() || !mayLeave()) {
+        event->ignore();
+        return;
+    }
+    leaveProject();
+    event->accept();
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!droppedFile(event->mimeData()).isEmpty() || datasetOf(event->mimeData()) >= 0)
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent *event)
+{
+    const int dataset = datasetOf(event->mimeData());
+    event->acceptProposedAction();
+    if (dataset >= 0) {
+        ViewRequest request;
+        request.datasets = {dataset};
+        openView(request);
+        return;
+    }
+    // The source of the drag waits until this returns.
+    const QString file = droppedFile(event->mimeData());
+    QTimer::singleShot(0, this, [this, file] { openFile(file); });
 }
 
 } // namespace meridor

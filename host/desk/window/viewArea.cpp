@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+#include "desk/window/viewArea.h"
+#include <QApplication>
+#include <QDockWidget>
+#include <QJsonArray>
+#include <algorithm>
+#include <cmath>
+#include "core/project/failure.h"
+#include "desk/project/workspace.h"
+#include "desk/views/viewWindow.h"
+
+namespace meridor {
+namespace {
+
+ViewWindow *windowAround(QWidget *widget)
+{
+    for (; widget; widget = widget->parentWidget())
+        if (auto *const window = qobject_cast<ViewWindow *>(widget))
+            return window;
+    return nullptr;
+}
+
+} // namespace
+
+ViewArea::ViewArea(Workspace &workspace, QWidget *parent)
+    : QMainWindow(parent, Qt::Widget), mWorkspace(workspace)
+{
+    setObjectName(QStringLiteral("viewArea"));
+    setAccessibleName(tr("Views"));
+    setDockNestingEnabled(true);
+    setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
+    setContextMenuPolicy(Qt::NoContextMenu);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) {
+        ViewWindow *const window = windowAround(now);
+        if (window && dockOf(window))
+            activate(window);
+    });
+}
+
+// The windows go first: their docks tell this area when they are destroyed.
+ViewArea::~ViewArea()
+{
+    closeAll();
+}
+
+QDockWidget *ViewArea::dockOf(const ViewWindow *window) const
+{
+    for (const Place &place : mPlaces)
+        if (place.window == window)
+            return place.dock;
+    return nullptr;
+}
+
+QVector<ViewWindow *> ViewArea::windows() const
+{
+    QVector<ViewWindow *> windows;
+    for (const Place &place : mPlaces)
+        if (place.window)
+            windows.append(place.window);
+    return windows;
+}
+
+void ViewArea::add(ViewWindow *window, const ViewRequest &request)
+{
+    auto *const dock = new QDockWidget(window->title(), this);
+    dock->setObjectName(QStringLiteral("view %1").arg(mNextNumber++));
+    dock->setAttribute(Qt::WA_DeleteOnClose);
+    dock->setWidget(window);
+    connect(window, &ViewWindow::titleChanged, dock, &QWidget::setWindowTitle);
+    connect(window, &ViewWindow::activated, this, [this, window] { activate(window); });
+    // A window whose last view was removed deletes itself.
+    connect(window, &QObject::destroyed, this,
+            [this, dock = QPointer<QDockWidget>(dock)] { remove(dock); });
+    place(dock);
+    mPlaces.append({window, dock, request});
+    dock->show();
+    activate(window);
+    window->setFocus();
+    Q_EMIT countChanged(mPlaces.size());
+}
+
+/// Beside the active view, along its longer side, so that views stay near squares.
+void ViewArea::place(QDockWidget *dock)
+{
+    QDockWidget *beside = mActive ? dockOf(mActive) : nullptr;
+    if (!beside || beside->isFloating())
+        beside = tiled().value(0);
+    if (!beside) {
+        addDockWidget(Qt::TopDockWidgetArea, dock);
+        return;
+    }
+    if (!tabifiedDockWidgets(beside).isEmpty())
+        tabifyDockWidget(beside, dock);
+    else
+        splitDockWidget(beside, dock,
+                        beside->width() >= beside->height() ? Qt::Horizontal : Qt::Vertical);
+}
+
+void ViewArea::remove(QDockWidget *dock)
+{
+    const int before = mPlaces.size();
+    mPlaces.erase(
+        std::remove_if(mPlaces.begin(), mPlaces.end(),
+                       [dock](const Place &place) { return !place.dock || place.dock == dock; }),
+        mPlaces.end());
+    if (mPlaces.size() == before)
+        return;
+    if (dock) {
+        dock->hide();
+        dock->deleteLater();
+    }
+    if (!mActive || !dockOf(mActive))
+        activate(mPlaces.isEmpty() ? nullptr : mPlaces.last().window.data());
+    Q_EMIT countChanged(mPlaces.size());
+}
+
+void ViewArea::closeAll()
+{
+    const QVector<Place> places = mPlaces;
+    mPlaces.clear();
+    mActive = nullptr;
+    for (const Place &place : places)
+        delete place.dock;
+    if (!places.isEmpty()) {
+        Q_EMIT activeChanged(nullptr);
+        Q_EMIT countChanged(0);
+    }
+}
+
+void ViewArea::activate(ViewWindow *window)
+{
+    if (mActive == window)
+        return;
+    mActive = window;
+    if (QDockWidget *const dock = dockOf(window))
+        dock->raise();
+    Q_EMIT activeChanged(window);
+}
+
+QVector<QDockWidget *> ViewArea::tiled() const
+{
+    QVector<QDockWidget *> docks;
+    for (const Place &place : mPlaces)
+        if (place.dock && !place.dock->isFloating())
+            docks.append(place.dock);
+    return docks;
+}
+
+void ViewArea::tile()
+{
+    const QVector<QDockWidget *> docks = tiled();
+    const int columns = static_cast<int>(std::ceil(std::sqrt(docks.size())));
+    for (QDockWidget *const dock : docks)
+        removeDockWidget(dock);
+    for (int i = 0; i < docks.size(); ++i) {
+        if (i == 0)
+            addDockWidget(Qt::TopDockWidgetArea, docks[i]);
+        else if (i < columns)
+            splitDockWidget(docks[i - 1], docks[i], Qt::Horizontal);
+        else
+            splitDockWidget(docks[i - columns], docks[i], Qt::Vertical);
+        docks[i]->show();
+    }
+    const QList<QDockWidget *> top = docks.mid(0, columns).toList();
+    QList<int> equal;
+    for (int i = 0; i < top.size(); ++i)
+        equal.append(width() / std::max(1, columns));
+    resizeDocks(top, equal, Qt::Horizontal);
+}
+
+void ViewArea::stack()
+{
+    const QVector<QDockWidget *> docks = tiled();
+    for (int i = 1; i < docks.size(); ++i)
+        tabifyDockWidget(docks.first(), docks[i]);
+    if (QDockWidget *const dock = mActive ? dockOf(mActive) : nullptr)
+        dock->raise();
+}
+
+void ViewArea::step(int by)
+{
+    const QVector<ViewWindow *> all = windows();
+    if (all.isEmpty())
+        return;
+    const int next = (all.indexOf(mActive) + by + all.size()) % all.size();
+    activate(all[next]);
+    all[next]->setFocus();
+}
+
+void ViewArea::nextView()
+{
+    step(1);
+}
+
+void ViewArea::previousView()
+{
+    step(-1);
+}
+
+void ViewArea::closeActive()
+{
+    if (QDockWidget *const dock = mActive ? dockOf(mActive) : nullptr)
+        dock->close();
+}
+
+QJsonObject ViewArea::state() const
+{
+    QJsonArray views;
+    for (const Place &place : mPlaces) {
+        if (!place.window || place.window->views().isEmpty())
+            continue;
+        // What the window shows by now, since datasets can be dropped on it.
+        ViewRequest request = place.request;
+        if (request.kind != ViewKind::Table)
+            request.datasets = place.window->views().first()->datasets();
+        QJsonObject view = toJson(request);
+        view.insert(QStringLiteral("dock"), place.dock->objectName());
+        view.insert(QStringLiteral("state"), place.window->state());
+        views.append(view);
+    }
+    return {{QStringLiteral("views"), views},
+            {QStringLiteral("places"), QString::fromLatin1(saveState().toBase64())}};
+}
+
+void ViewArea::restore(const QJsonObject &state)
+{
+    for (const QJsonValue &value : state.value(QStringLiteral("views")).toArray()) {
+        const QJsonObject view = value.toObject();
+        try {
+            const ViewRequest request = viewRequestOf(view);
+            ViewWindow *const window = makeView(mWorkspace, request);
+            if (!window)
+                continue;
+            window->restore(view.value(QStringLiteral("state")).toObject());
+            add(window, request);
+            mPlaces.last().dock->setObjectName(view.value(QStringLiteral("dock")).toString());
+            mNextNumber = std::max(
+                mNextNumber,
+                mPlaces.last().dock->objectName().section(QLatin1Char(' '), 1).toInt() + 1);
+        } catch (const Failure &) {
+            // What it showed has another name by now, or is gone.
+        }
+    }
+    restoreState(
+        QByteArray::fromBase64(state.value(QStringLiteral("places")).toString().toLatin1()));
+}
+
+} // namespace meridor
