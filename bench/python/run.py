@@ -18,7 +18,7 @@ import pandas as pd
 import datainterface as di
 
 TIMES = 20
-ROUNDS = 7
+ROUNDS = 5
 
 
 def project_of(path, objects):

@@ -20,7 +20,9 @@ class Part:
 
     @property
     def _id(self):
-        self._project._require_open()
+        project = self._project
+        if not project._open:
+            project._require_open()
         return self._number
 
     def __eq__(self, other):

@@ -13,6 +13,10 @@ from ._progress import reporting
 from ._times import for_pandas, for_xarray, stamps, text_of
 
 
+#: Times that are looked up by themselves; 1, 1.0 and True would be the same key.
+_PLAIN = frozenset((int, str))
+
+
 class Statistics(NamedTuple):
     """Statistics of values: NaN without values; ``deviation`` divides by n, and is NaN over all
     times of a dataset that changes."""
@@ -102,7 +106,7 @@ class Dataset(Part):
         return _native.realization_index(self._id, realization)
 
     def _instant(self, at, index=0):
-        plain = type(at) in (int, str)
+        plain = type(at) in _PLAIN
         if plain and at in self._known:
             return self._known[at]
         instant = _native.dataset_instant(self._id, text_of(at, self._form), index)
@@ -134,7 +138,10 @@ class Dataset(Part):
             vector geography are all missing at a time without values.
         """
         index = self._index(realization)
-        values, mask = _native.values(self._id, self._instant(at, index), index)
+        instant = self._known.get(at) if type(at) in _PLAIN else None
+        if instant is None:
+            instant = self._instant(at, index)
+        values, mask = _native.values(self._id, instant, index)
         return self._shaped(values, mask)
 
     def statistics(self, at=None, *, realization=1):

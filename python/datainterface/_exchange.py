@@ -286,6 +286,12 @@ def _spans_of(array, span):
         behind = ends.astype(np.int64) if ends is not None else (
             np.append(starts[1:], starts[-1] + 1) if span == "next" else starts + 1)
         form, rows = "number", np.stack([starts, behind - 1, np.ones_like(starts)], axis=1)
+    elif times.dtype.kind == "m":
+        starts = times.astype("timedelta64[s]").astype(np.int64)
+        behind = ends.astype("timedelta64[s]").astype(np.int64) if ends is not None else (
+            np.append(starts[1:], 86400) if span == "next" else starts + 1)
+        moment = behind - starts == 1
+        form, rows = "time", np.stack([starts, np.where(moment, starts, behind), moment], axis=1)
     else:
         starts = _seconds(times)
         unit = {"year": "Y", "month": "M", "day": "D"}.get(span)

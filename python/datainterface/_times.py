@@ -22,8 +22,9 @@ def text_of(time, time_format):
 
     Parameters
     ----------
-    time : None, str, int, date, datetime, time, numpy.datetime64, pandas.Timestamp or pandas.Period
-        A year or number as int. Moments with a time zone are converted to UTC.
+    time : None, str, int, date, datetime, time, timedelta, or a time of NumPy or pandas
+        A year or number as int. Moments with a time zone are converted to UTC. A duration is a time
+        of day.
     time_format : str
         That of the geography: a moment at midnight is a day where times are dates.
     """
@@ -49,13 +50,18 @@ def text_of(time, time_format):
         return _day(text) if time_format == "date" else text
     if isinstance(time, (datetime.date, datetime.time)):
         return time.isoformat()
+    if isinstance(time, (datetime.timedelta, np.timedelta64)):  # since midnight
+        if np.isnat(np.timedelta64(time)):
+            raise ValueError("NaT is no time")
+        minutes, second = divmod(int(np.timedelta64(time, "s").astype(np.int64)), 60)
+        return f"{minutes // 60:02}:{minutes % 60:02}:{second:02}"
     try:
         return str(operator.index(time))
     except TypeError:
         pass
     if isinstance(time, (float, np.floating)) and float(time).is_integer():
         return str(int(time))
-    if hasattr(time, "start_time") and hasattr(time, "freqstr"):  # pandas.Period
+    if hasattr(time, "ordinal") and hasattr(time, "freqstr"):  # pandas.Period
         return str(time).replace(" ", "T")
     if hasattr(time, "isoformat"):  # a time of cftime
         text = time.isoformat()

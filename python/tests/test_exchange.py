@@ -57,6 +57,35 @@ def test_shapes_over_time_go_around(empty, shape):
     assert again.shape(7, at=1950).equals(moved[1]) and again.shape(7, at=1800) is None
 
 
+@pytest.mark.parametrize("form, starts, ends", [
+    ("number", [-5, 3], [2, 3]),
+    ("date", ["1750-01-01", "2300-02-01"], ["1752-12-31", "2300-02-28"]),
+    ("date", ["2000-02-29", "2001-01-01"], ["2000-12-31", "2001-01-01"]),
+    ("date-time", ["2005-06-08T18:00:00", "2005-06-09T00:00:00"],
+     ["2005-06-09T00:00:00", "2005-06-09T00:00:01"]),
+    ("time", ["00:00:00", "12:30:15"], ["12:30:15", "23:59:59"])],
+    ids=["numbers", "days beyond nanoseconds", "days", "moments", "times of day"])
+def test_times_of_every_format_go_around(empty, form, starts, ends):
+    frame = frame_of(id=["a", "a"], s=starts, e=ends, geometry=[SQUARE, ISLANDS])
+    geography = di.from_geopandas(frame, "id", "s", "e")
+    assert geography.time_format == form
+    spans = geography.to_geopandas()
+    for storage in ("slices", "series"):
+        dataset = geography.new_dataset(storage, storage=storage)
+        dataset.add(pd.DataFrame({"key": "a", "start": starts, "end": ends, "value": [1.0, 2.0]}))
+        found = dataset.to_frame()
+        assert len(found) == 2 and found["value"].tolist() == [1.0, 2.0]
+        again = geography.new_dataset(storage + " again", storage=storage)
+        again.add(found)
+        assert again.to_frame().equals(found)
+        array = dataset.to_xarray()
+        back = di.from_xarray(array, name=storage + " array", geography=geography)
+        assert back.to_xarray().rename(storage).identical(array)
+        assert [dataset.at(start)["a"] for start in found["start"]] == [1.0, 2.0]
+    assert found[["start", "end"]].equals(spans[["start", "end"]])
+    assert len(geography.times) == 2 and len(dataset.times) == 2
+
+
 def test_frames_that_are_no_geographies(empty):
     good = dict(id=[1, 2], geometry=[SQUARE, ISLANDS])
     wrong = [

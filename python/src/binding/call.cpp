@@ -4,8 +4,8 @@
 #include <chrono>
 #include <mutex>
 #include <optional>
+#include <pthread.h>
 #include <thread>
-#include <unistd.h>
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/vorn_error.h"
 
@@ -26,7 +26,7 @@ public:
 struct State {
     std::unique_ptr<Session> session;
     PythonNotes notes;
-    pid_t process = 0; ///< that opened the session
+    bool isForked = false; ///< in a process that was forked from the one that opened the session
     py::object note;
     py::object warn;
 
@@ -100,7 +100,7 @@ bool isStopped()
 
 void refuseFork()
 {
-    if (state().session && state().process != getpid())
+    if (state().isForked && state().session)
         raise(PyExc_ValueError,
               QStringLiteral("the project was opened before this process was forked: open it in "
                              "each process, or start processes by spawn"));
@@ -170,8 +170,11 @@ void openSession(const SessionOptions &options)
     user.progress = &report;
     user.cancel = &isStopped;
     user.scratchFailed = [](const QString &reason) { state().notes.warn(reason); };
+    // A system call for the number of the process would take longer than a short call.
+    static const int handler =
+        pthread_atfork(nullptr, nullptr, [] { state().isForked = state().session != nullptr; });
+    Q_UNUSED(handler)
     state().session = std::make_unique<Session>(options, user);
-    state().process = getpid();
 }
 
 void closeSession()

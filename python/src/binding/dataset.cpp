@@ -7,11 +7,10 @@
 #include "core/grids/gridValues.h"
 #include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
+#include "core/project/edit.h"
 #include "core/render/classes.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
-#include "datainterface/MDataSource.h"
-#include "datainterface/MGeoData.h"
 #include "intervals.h"
 #include "nouns.h"
 
@@ -68,9 +67,9 @@ py::object maskOf(const QSet<int> &missing, int count)
 py::tuple values(int id, qint64 time, int realization)
 {
     const MDataset &dataset = required(id);
-    if (rasterOf(id))
-        return py::make_tuple(arrayOf(gridValues(id, time, realization)), py::none());
     QSet<int> missing;
+    if (dataset.GetDataType() >= RasterDecimalType)
+        return py::make_tuple(arrayOf(gridValues(id, time, realization)), py::none());
     if (dataset.IsDecimal()) {
         QVector<double> numbers;
         if (!VORN_GetDataValues(id, realization, time, numbers, missing))
@@ -172,7 +171,8 @@ using Ints = py::array_t<int, py::array::c_style | py::array::forcecast>;
 using Times = py::array_t<qint64, py::array::c_style | py::array::forcecast>;
 template <class T> using Numbers = py::array_t<T, py::array::c_style | py::array::forcecast>;
 
-/// Adds values slice by slice: a whole slice at once, else value by value.
+/// Adds values slice by slice: a whole slice at once where values are stored so, else value by
+/// value.
 /// @param spans  a row (start, end, whether the end is included) for each slice.
 /// @param ends  the end of each slice in `objects` and `values`.
 template <class T>
@@ -181,10 +181,11 @@ void addSlices(int id, int realization, const Times &spans, const Ints &ends, co
 {
     const int count = VORN_GetGeographyProperties(VORN_GetGeographyId(id)).objectCount;
     const auto span = spans.unchecked<2>();
+    const bool sliced = VORN_GetDatasetProperties(id).storageType == TimeSlice;
     for (py::ssize_t slice = 0, first = 0; slice < ends.size(); first = ends.data()[slice++]) {
         const Interval when = intervalOf(span(slice, 0), span(slice, 1), span(slice, 2) != 0);
         const py::ssize_t last = ends.data()[slice];
-        if (last - first == count) {
+        if (sliced && last - first == count) {
             QVector<T> whole(count);
             for (py::ssize_t i = first; i < last; ++i)
                 whole[objects.data()[i]] = values[static_cast<size_t>(i)];
@@ -283,15 +284,13 @@ void addDataset(py::module_ &module)
                        VORN_DatasetChanged(id);
                    });
                });
-    module.def("remove_dataset",
-               [](int id) { inTurn([&] { required(id), VORN_RemoveDataset(id); }); });
+    module.def("remove_dataset", [](int id) {
+        inTurn([&] { required(id), removeDatasets({id}, session().notes()); });
+    });
     module.def("rename_dataset", [](int id, const QString &name) {
         inTurn([&] {
             required(id);
-            requireNewDatasetName(VORN_GetGeographyId(id), name);
-            geographyOf(VORN_GetGeographyId(id))
-                ->GetDataSource()
-                ->SetDisplayName(id, name.toLocal8Bit().constData());
+            renameDataset(id, name);
         });
     });
     module.def("set_unit", [](int id, const QString &unit) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "call.h"
 #include "core/project/catalog.h"
+#include "core/project/edit.h"
 #include "core/project/shapeAccess.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -123,12 +124,7 @@ void addGeography(py::module_ &module)
     module.def("rename_geography", [](int id, const QString &name) {
         inTurn([&] {
             required(id);
-            if (name.isEmpty())
-                failUsage(QStringLiteral("a name is not empty"));
-            for (const int other : geographyIds())
-                if (other != id && geographyName(other) == name)
-                    fail(QStringLiteral("the project has a geography %1 already").arg(name));
-            required(id).SetName(name);
+            renameGeography(id, name);
         });
     });
     module.def("keys", [](int id) { return inTurn([&] { return required(id), keys(id); }); });
