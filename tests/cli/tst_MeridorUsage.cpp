@@ -153,6 +153,15 @@ private Q_SLOTS:
         check({"select", "p.vorn", "v", "--min", "5", "--max", "1"}, "ends before it starts");
         check({"export", "p.vorn", "v.csv", "--from", "2001", "--to", "2000"}, "before the first");
         check({"moran", "p.vorn", "v", "w", "--output", "q.vorn"}, "--save");
+        check({"krige", "p.vorn", "v", "--model", "spherical:1:5", "--validate", "0", "--output",
+               "q"},
+              "--output does not apply without --into");
+        check({"krige", "p.vorn", "v", "--model", "spherical:1:5", "--mean", "nan", "--into", "p"},
+              "--mean: nan is no finite number");
+        check({"variogram", "p.vorn", "v", "--directions", "0,inf"}, "inf is no finite number");
+        check({"variogram", "p.vorn", "v", "--cutoff", "-1"}, "--cutoff: -1 is below 0");
+        check({"variogram", "p.vorn", "v", "--cross", "v", "--estimator", "robust"},
+              "no robust cross variogram");
         check({"weights", "create", "p.vorn", "x", "--range", "5"}, "--range does not apply");
         check({"weights", "create", "p.vorn", "x", "--method", "nearest", "--order", "2"},
               "--order does not apply to --method nearest");

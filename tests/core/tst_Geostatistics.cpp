@@ -113,7 +113,7 @@ void TestGeostatistics::countsEveryPairOnce_data()
     QTest::addColumn<int>("estimator");
     QTest::addColumn<QVector<double>>("directions");
     QTest::addColumn<double>("extent"); // places on a lattice have ties and pairs on limits
-    QTest::addColumn<double>("parts"); // widths of a class along the extent
+    QTest::addColumn<double>("parts");  // widths of a class along the extent
     const QVector<double> four{0, kPi / 4, kPi / 2, 3 * kPi / 4};
     QTest::newRow("classical") << 0 << QVector<double>() << 1000.0 << 12.0;
     QTest::newRow("robust, four directions") << 1 << four << 1000.0 << 12.0;
@@ -745,6 +745,16 @@ void TestGeostatistics::refusesWhatHasNoAnswer_data()
     row("too few classes", "2 classes of pairs are too few for 3 parameters", [=] {
         fitVariogram({flat[0], flat[1]}, FitPlan());
     });
+    row("one class", "1 class of pairs is too few for 3 parameters",
+        [=] { fitVariogram({flat[0]}, FitPlan()); });
+    // No sum of squares is finite, so that no search may begin.
+    row("a nugget beyond numbers", "the semivariances or the nugget are too large for a fit", [=] {
+        FitPlan plan;
+        plan.nugget = 1e308;
+        fitVariogram({{1, 0, 1, 9}, {2, 0, 2, 9}, {3, 0, 2, 9}}, plan);
+    });
+    row("an empty structure", "spherical:1:5,: a structure is empty",
+        [] { parseStructures("spherical:1:5,"); });
     row("co-located", "several samples have the same place",
         [=] { krige(same, "spherical:1:9", {}); });
     row("no values", "there are no values to predict from",

@@ -147,12 +147,17 @@ void TestGeostatisticsProject::predictsOnAGrid()
     QCOMPARE(found.times.size(), 1);
     QCOMPARE(found.times[0].merged, 1);
     QCOMPARE(found.times[0].predictions, 40 * 20);
+    QVERIFY(!found.times[0].apart);
     const std::vector<double> predicted = cellsOf(found.prediction, 0);
     const SimulationGrid grid = gridOf(asked.target);
     double squares = 0;
     for (int i = 0; i < 800; ++i)
         squares += std::pow(predicted[size_t(i)] - truth(grid.x(i % 40), grid.y(i / 40)), 2) / 800;
     QVERIFY2(std::sqrt(squares) < 0.3, qPrintable(QString::number(std::sqrt(squares))));
+    KrigeRequest beyond = asked;
+    beyond.target = makeGrid("elsewhere", 20, QRectF(5000, 100, 40, 40), mLevel);
+    beyond.name = "beyond";
+    QVERIFY(krigeDataset(beyond, progress).times[0].apart);
     // The prediction as the drift of another one: it explains the values.
     asked.external = found.prediction;
     asked.name = "drifted";

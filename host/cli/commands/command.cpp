@@ -1,8 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "cli/commands/command.h"
 #include <CLI/CLI.hpp>
+#include <cmath>
 
 namespace meridor {
+namespace {
+
+/// A check of numbers. Texts that are no numbers are left to the conversion, which refuses them.
+template <class Holds> CLI::Validator numberThat(Holds holds, const char *isNot)
+{
+    return CLI::Validator(
+        [holds, isNot](std::string &text) {
+            double value = 0;
+            return !CLI::detail::lexical_cast(text, value) || holds(value) ? std::string()
+                                                                           : text + isNot;
+        },
+        std::string());
+}
+
+const CLI::Validator kFinite =
+    numberThat([](double value) { return std::isfinite(value); }, " is no finite number");
+const CLI::Validator kNotNegative =
+    numberThat([](double value) { return value >= 0; }, " is below 0");
+
+} // namespace
 
 Setting &Setting::required()
 {
@@ -33,7 +54,7 @@ Setting &Setting::range(double least, double most)
 
 Setting &Setting::notNegative()
 {
-    mOption->check(CLI::NonNegativeNumber);
+    mOption->check(kNotNegative);
     return *this;
 }
 
@@ -111,17 +132,18 @@ Setting Command::number(const char *name, int &target, const char *help) const
 
 Setting Command::number(const char *name, double &target, const char *help) const
 {
-    return Setting(mApp->add_option(name, target, help));
+    return Setting(mApp->add_option(name, target, help)->check(kFinite));
 }
 
 Setting Command::numbers(const char *name, QVector<double> &target, const char *help) const
 {
     return Setting(mApp->add_option_function<std::vector<double>>(
-        name,
-        [&target](const std::vector<double> &numbers) {
-            target = QVector<double>(numbers.begin(), numbers.end());
-        },
-        help));
+                           name,
+                           [&target](const std::vector<double> &numbers) {
+                               target = QVector<double>(numbers.begin(), numbers.end());
+                           },
+                           help)
+                       ->check(kFinite));
 }
 
 Setting Command::flag(const char *name, bool &target, const char *help) const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/commands/gridChoice.h"
 #include <QRectF>
+#include "core/analysis/distanceSets.h"
 #include "core/geostatistics/storedValues.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -33,6 +34,12 @@ int GridChoice::find(int dataset) const
         extent = QRectF(QPointF(bounds[0], bounds[1]), QPointF(bounds[2], bounds[3]));
     }
     return makeGrid(name, cell, extent, dataset);
+}
+
+void noteDegrees(int geography, const Console &console)
+{
+    if (isInDegrees(geography))
+        console.note(QStringLiteral("distances are in degrees"));
 }
 
 } // namespace meridor

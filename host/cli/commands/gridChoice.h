@@ -2,6 +2,7 @@
 /// The options that choose the geography of predictions: an existing one or a new grid.
 #pragma once
 #include "cli/commands/command.h"
+#include "cli/console.h"
 
 namespace meridor {
 
@@ -17,5 +18,12 @@ struct GridChoice {
     /// @param dataset  whose extent, times and projection a new grid has.
     int find(int dataset) const;
 };
+
+/// Of predictions and simulations none of which is among the values.
+constexpr const char *kApart = "all places are beyond the values; places and values need the same "
+                               "projection";
+
+/// Notes that distances are in degrees, if they are.
+void noteDegrees(int geography, const Console &console);
 
 } // namespace meridor

@@ -66,6 +66,7 @@ QJsonObject toJson(const KrigedAt &at, const QString &when)
             {QStringLiteral("samples"), at.samples},
             {QStringLiteral("merged"), at.merged},
             {QStringLiteral("withoutDrift"), at.withoutDrift},
+            {QStringLiteral("apart"), at.apart},
             {QStringLiteral("predictions"), at.predictions},
             {QStringLiteral("missing"), at.missing},
             {QStringLiteral("fewNeighbors"), at.remarks.alone},
@@ -80,6 +81,8 @@ void noteOn(const KrigedAt &at, const Console &console)
         if (count > 0)
             console.note(QString::fromLatin1(text).arg(count));
     };
+    if (at.apart)
+        console.note(QString::fromLatin1(kApart));
     tell(at.merged, "%1 samples are at the place of another; their mean is used");
     tell(at.withoutDrift, "%1 samples are left out, since the drift has no value there");
     tell(at.remarks.alone, "%1 predictions are missing: too few neighbours");
@@ -138,6 +141,7 @@ void validate(const Options &options, KrigeRequest request, const Console &conso
 void predict(const Options &options, KrigeRequest request, const Console &console)
 {
     request.target = options.grid.find(request.dataset);
+    noteDegrees(VORN_GetGeographyId(request.dataset), console);
     Kriged found;
     {
         const Progress progress("Kriging", "Predicting...");
@@ -206,8 +210,10 @@ void addKrige(const Command &app, Context &context)
         .number("--block", options->block,
                 "Predict means of cells or polygons, with so many points along a side")
         .range(0, 100);
-    command.number("--validate", options->folds,
-                   "Cross-validate with so many folds instead; 0 leaves out one value at a time");
+    command
+        .number("--validate", options->folds,
+                "Cross-validate with so many folds instead; 0 leaves out one value at a time")
+        .range(0, std::numeric_limits<int>::max());
     command.number("--seed", options->seed, "Seed of the folds").shown();
     targetOptions(command, options->target, context);
     command.footer("Example:\n"

@@ -3,6 +3,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include "cli/commands/projectEdit.h"
 #include "core/project/catalog.h"
@@ -12,6 +13,8 @@
 
 namespace meridor {
 namespace {
+
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 struct Options {
     EditTarget target;
@@ -65,7 +68,7 @@ void print(const QJsonArray &rows, const Options &options, int realizations, con
                           row.value(QStringLiteral("question")).toString(),
                           QString::number(row.value(QStringLiteral("places")).toInt())};
         for (const char *name : {"mean", "min", "max"})
-            cells.append(shortNumber(row.value(QLatin1String(name)).toDouble(), 6));
+            cells.append(shortNumber(row.value(QLatin1String(name)).toDouble(kNone), 6));
         table.add(cells);
     }
     table.print(console);

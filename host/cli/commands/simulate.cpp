@@ -9,6 +9,7 @@
 #include "core/geostatistics/simulateDataset.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 
 namespace meridor {
@@ -71,6 +72,10 @@ void run(const Options &options, const Context &context)
             found = simulateDataset(request, progress);
         }
         const Console &console = context.console;
+        if (request.dataset >= 0)
+            noteDegrees(VORN_GetGeographyId(request.dataset), console);
+        if (found.apart)
+            console.note(QString::fromLatin1(kApart));
         if (found.merged > 0)
             console.note(
                 QStringLiteral("%1 samples are at the place of another; their mean is used")

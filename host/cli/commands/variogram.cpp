@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include "cli/commands/gridChoice.h"
 #include "cli/commands/projectEdit.h"
 #include "core/geostatistics/covariance.h"
 #include "core/geostatistics/variogramModels.h"
@@ -55,6 +56,8 @@ VariogramPlan planOf(const Options &options)
 {
     VariogramPlan plan;
     plan.dataset = findDataset(options.dataset);
+    if (!options.cross.isEmpty() && options.estimator == QLatin1String("robust"))
+        failUsage(QStringLiteral("there is no robust cross variogram"), "estimator");
     if (!options.cross.isEmpty()) {
         plan.other = findDataset(VORN_GetGeographyId(plan.dataset), options.cross);
         plan.lags.estimator = Estimator::Cross;
@@ -178,6 +181,7 @@ void run(const Options &options, const Context &context)
             const Progress progress("Variogram", "Counting pairs...");
             found = variogramsOf(plan, progress.part(0, 100));
         }
+        noteDegrees(VORN_GetGeographyId(plan.dataset), context.console);
         if (!options.save.isEmpty()) {
             if (!plan.fits)
                 failUsage(QStringLiteral("there is no model to store"), "model");

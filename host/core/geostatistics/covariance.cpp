@@ -90,6 +90,8 @@ VariogramModelAtT parseStructures(const QString &text)
     VariogramModelAtT model;
     for (const QString &part : text.split(QLatin1Char(','))) {
         const QStringList fields = part.trimmed().split(QLatin1Char(':'));
+        if (part.trimmed().isEmpty())
+            failUsage(QStringLiteral("%1: a structure is empty").arg(text), "model");
         const Type type = structureNamed(fields[0]);
         QVector<double> numbers;
         for (const QString &field : fields.mid(1)) {

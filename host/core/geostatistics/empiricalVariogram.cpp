@@ -164,7 +164,7 @@ public:
     size_t of(double square) const
     {
         size_t found = mFirst[static_cast<size_t>(
-            static_cast<int>(std::min(square * mScale, double(kEntries - 1))))];
+            static_cast<int>(std::min(double(kEntries - 1), square * mScale)))];
         while (square > mLimits[found])
             ++found;
         return found;

@@ -290,6 +290,7 @@ private:
         KrigedAt report;
         KrigingPlan plan;
         const Samples samples = prepare(when, plan, report);
+        report.apart = isApart(samples, mTarget.id);
         std::vector<int> objects;
         const Targets targets = targetsAt(instantOf(when), objects);
         Kriging kriging(samples, plan);
@@ -309,8 +310,8 @@ private:
             report.meanVariance += found[i].variance;
             ++report.predictions;
         }
-        if (report.predictions > 0)
-            report.meanVariance /= report.predictions;
+        report.meanVariance =
+            report.predictions > 0 ? report.meanVariance / report.predictions : kNone;
         this->count(kriging, report);
         ++mDone;
         return report;

@@ -31,8 +31,9 @@ struct KrigedAt {
     int withoutDrift = 0; ///< samples where the external drift has no value
     int predictions = 0;
     int missing = 0;
+    bool apart = false; ///< whether no prediction is among the samples
     KrigingRemarks remarks;
-    double meanVariance = 0;
+    double meanVariance = 0; ///< NaN without predictions
 };
 struct Kriged {
     int prediction = -1; ///< datasets

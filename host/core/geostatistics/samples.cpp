@@ -129,4 +129,16 @@ double diagonalOf(const Samples &samples)
     return std::hypot(*x.second - *x.first, *y.second - *y.first);
 }
 
+bool isApart(const Samples &samples, int geography)
+{
+    if (samples.size() == 0)
+        return false;
+    const auto x = std::minmax_element(samples.x.begin(), samples.x.end());
+    const auto y = std::minmax_element(samples.y.begin(), samples.y.end());
+    const QRectF bounds = VORN_GetGeographyProperties(geography).bounds;
+    // Bounds of a single place or of places on a line have no area, so corners are compared.
+    return *x.first > bounds.right() || *x.second < bounds.left() || *y.first > bounds.bottom()
+           || *y.second < bounds.top();
+}
+
 } // namespace meridor

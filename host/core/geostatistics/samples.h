@@ -42,4 +42,8 @@ MERIDOR_EXPORT Samples withoutColocated(const Samples &samples, int &merged);
 /// The diagonal of the bounding box.
 MERIDOR_EXPORT double diagonalOf(const Samples &samples);
 
+/// Whether no place of a geography is among the samples. What is calculated there comes from the
+/// mean alone; the usual cause is that the coordinates are of different projections.
+bool isApart(const Samples &samples, int geography);
+
 } // namespace meridor

@@ -103,6 +103,7 @@ Simulated simulateDataset(const SimulateRequest &request, const Progress &progre
         alignTimeFormat(request.dataset, request.grid);
     }
     result.samples = static_cast<int>(samples.size());
+    result.apart = isApart(samples, request.grid);
     result.structures = structuresText(plan.model);
 
     const bool always = request.dataset < 0 || datasetOf(request.dataset)->IsStatic();

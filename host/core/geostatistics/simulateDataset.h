@@ -30,6 +30,7 @@ struct Simulated {
     int dataset = -1;
     int samples = 0;
     int merged = 0;     ///< samples that were joined with others at their place
+    bool apart = false; ///< whether no cell is among the samples
     QString structures; ///< of the simulated variable
     double scale = 1;   ///< by which the sills of a model of normal scores were multiplied
     size_t keptBytes = 0;

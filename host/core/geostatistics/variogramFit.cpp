@@ -251,8 +251,12 @@ std::vector<Start> startsOf(const Residuals &residuals, const FitPlan &plan, dou
             parameters.segment(at, part.size()) = part;
             at += part.size();
         }
-        starts.push_back({parameters, residuals.squares(parameters)});
+        const double squares = residuals.squares(parameters);
+        if (std::isfinite(squares))
+            starts.push_back({parameters, squares});
     }
+    if (starts.empty())
+        fail(QStringLiteral("the semivariances or the nugget are too large for a fit"), "nugget");
     const size_t kept = std::min<size_t>(kStarts, starts.size());
     std::partial_sort(starts.begin(), starts.begin() + std::ptrdiff_t(kept), starts.end(),
                       [](const Start &a, const Start &b) { return a.squares < b.squares; });
@@ -365,9 +369,11 @@ void requireFit(const std::vector<LagBin> &bins, const FitPlan &plan)
         parameters += plan.anisotropic ? 4 : 2;
     }
     if (bins.size() < size_t(parameters))
-        fail(QStringLiteral("%1 classes of pairs are too few for %2 parameters")
-                 .arg(bins.size())
-                 .arg(parameters),
+        fail(QStringLiteral("%1 of pairs %2 too few for %3 parameters")
+                 .arg(bins.size() == 1 ? QStringLiteral("1 class")
+                                       : QStringLiteral("%1 classes").arg(bins.size()),
+                      bins.size() == 1 ? QStringLiteral("is") : QStringLiteral("are"),
+                      QString::number(parameters)),
              "width");
     const bool varies =
         std::any_of(bins.begin(), bins.end(), [](const LagBin &bin) { return bin.value != 0; });

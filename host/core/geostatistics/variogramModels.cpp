@@ -110,10 +110,13 @@ private:
             all.push_back(observe(mPlan, instantOf(when)));
             const size_t count = all.back().samples.size();
             if (count < 2 && times.size() == 1)
-                fail(QStringLiteral("%1 holds %2 values at %3; a variogram needs two")
-                         .arg(datasetName(mPlan.dataset))
-                         .arg(count)
-                         .arg(axisOf(mGeography.id).show(when)));
+                fail(
+                    QStringLiteral("%1 holds %2%3; a variogram needs two values")
+                        .arg(datasetName(mPlan.dataset),
+                             count == 0 ? QStringLiteral("no values") : QStringLiteral("one value"),
+                             datasetOf(mPlan.dataset)->IsStatic()
+                                 ? QString()
+                                 : QStringLiteral(" at ") + axisOf(mGeography.id).show(when)));
             result.samples += static_cast<int>(count);
             diagonal = std::max(diagonal, diagonalOf(all.back().samples));
         }
@@ -124,7 +127,15 @@ private:
         result.bins = sums.bins();
         result.colocated = sums.colocated();
         if (result.bins.empty())
-            fail(QStringLiteral("no two places are within the cutoff"), "cutoff");
+            fail(mPlan.lags.directions.empty()
+                     ? QStringLiteral("no two places are within the cutoff")
+                     : QStringLiteral("no two places are within the cutoff and the tolerance of a "
+                                      "direction"),
+                 "cutoff");
+        if (!std::all_of(result.bins.begin(), result.bins.end(),
+                         [](const LagBin &bin) { return std::isfinite(bin.value); }))
+            fail(QStringLiteral("the differences of the values of %1 are too large for a variogram")
+                     .arg(datasetName(mPlan.dataset)));
         if (mPlan.fits)
             result.fitted = fitOf(result.bins);
         return result;
@@ -265,6 +276,8 @@ bool isOfScores(const VariogramModel &model)
 
 VariogramModel findModel(int dataset, const QString &name)
 {
+    if (name.isEmpty())
+        failUsage(QStringLiteral("a variogram model needs a name"), "model");
     VariogramModel model;
     QStringList names;
     if (dataset >= 0) {

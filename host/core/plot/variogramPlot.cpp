@@ -33,13 +33,33 @@ GraphSeries modelIn(const VariogramAt &at, double direction)
     return line;
 }
 
+/// "nugget 0.746; exponential 8.2689, range 2743.3"
+QString legible(const VariogramModelAtT &model)
+{
+    const auto rounded = [](double value) { return QString::number(value, 'g', 5); };
+    QStringList parts;
+    for (const VariogramBasicModel &structure : model.structures) {
+        QString part = QLatin1String(structureName(structure.type)) + QLatin1Char(' ')
+                       + rounded(structure.sill);
+        if (structure.type == VariogramBasicModel::Power)
+            part += QStringLiteral(", exponent ") + rounded(structure.minorRange);
+        else if (structure.type != VariogramBasicModel::Nugget)
+            part += QStringLiteral(", range ") + rounded(structure.minorRange);
+        if (structure.majorRange != structure.minorRange)
+            part += QStringLiteral(" along %1 degrees, %2 across")
+                        .arg(rounded(structure.angle / kDegree), rounded(structure.majorRange));
+        parts.append(part);
+    }
+    return parts.join(QStringLiteral("; "));
+}
+
 } // namespace
 
 Graph variogramGraph(const VariogramAt &at, const QString &dataset, const QString &when)
 {
     Graph graph;
     graph.texts = {QStringLiteral("Variogram of ") + dataset, when,
-                   at.fitted ? structuresText(at.fitted->model) : QString()};
+                   at.fitted ? legible(at.fitted->model) : QString()};
     graph.x = {QStringLiteral("separation"), 0};
     graph.y = {QStringLiteral("semivariance"), 0};
     for (const LagBin &bin : at.bins)
