@@ -303,6 +303,29 @@ private Q_SLOTS:
         QCOMPARE(difference(buffer, anew), QString());
     }
 
+    void smallAndThinObjectsKeepAPixel()
+    {
+        const Workshop workshop;
+        VORN_StartNewVectorGeography(QRectF(0, 0, 60, 60), 0, 10, -1);
+        for (int i = 0; i < 50; ++i) { // between the centres, wider and higher in turns
+            const QSizeF size = i % 3 == 0 ? QSizeF(9.5, 0.4) : QSizeF(0.4, i % 3 == 1 ? 9.5 : 0.3);
+            const QRectF box(QPointF(i % 7 * 8 + 0.55, i / 7 * 7 + 1.55), size);
+            addChain({{box.topLeft(), box.topRight(), box.bottomRight(), box.bottomLeft()}});
+        }
+        FlatGeometry geometry;
+        QVERIFY(geometry.load(VORN_FinishVectorGeography("thin", QString(), TF_Integer), 5));
+        const ViewTransform view = ViewTransform::fit(QRectF(0, 0, 60, 60), QSize(60, 60));
+        PickBuffer buffer;
+        buffer.draw(geometry, view, PickStyle());
+        PickBuffer strips(1);
+        strips.begin(view, PickStyle());
+        while (!strips.isComplete())
+            strips.drawSlice(geometry, 1);
+        QCOMPARE(difference(buffer, strips), QString());
+        for (int i = 0; i < 50; ++i)
+            QVERIFY2(pixelsOf(buffer, i) == 1, qPrintable(QString("object %1").arg(i)));
+    }
+
     void extremeViewsAreDrawn()
     {
         const Workshop workshop;

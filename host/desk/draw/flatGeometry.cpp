@@ -33,7 +33,9 @@ FlatGeometry::Kind kindOf(int type)
 bool FlatGeometry::load(int geography, qint64 time)
 {
     FMShapes shapes;
-    if (!VORN_GetAllShapes(geography, time, shapes))
+    const auto isObject = [](int id) { return id >= 0; };
+    if (!VORN_GetAllShapes(geography, time, shapes)
+        || !std::all_of(shapes.ids.begin(), shapes.ids.end(), isObject))
         return false;
     Interval span{time, time, true, true};
     VORN_GetStaticObjectInterval(geography, time, span);

@@ -21,7 +21,7 @@ public:
 
     FlatGeometry() = default;
     /// The objects of a vector geography that exist at a time. False, with nothing changed, for an
-    /// unknown id, for a raster, and when memory does not hold them.
+    /// unknown id, for a raster, when memory does not hold them, and when a shape belongs to no object.
     bool load(int geography, qint64 time);
     /// The places of a scatter plot: place i is that of object i. Places that are not finite are
     /// left out.

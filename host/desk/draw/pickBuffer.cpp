@@ -35,8 +35,7 @@ void visitShapes(const FlatGeometry &geometry, const Lattice &lattice, const Pic
         const std::size_t first = block * FlatGeometry::kBlock;
         const std::size_t end = std::min(first + FlatGeometry::kBlock, geometry.count());
         for (std::size_t shape = first; shape < end; ++shape) {
-            const int object = ids[shape]; // -1: a shape that belongs to no object
-            if (object >= 0 && (!only || only[object]))
+            if (!only || only[ids[shape]])
                 visit(shape);
         }
     }

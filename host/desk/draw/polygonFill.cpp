@@ -22,6 +22,22 @@ template <bool Snap> double placed(double value)
         return value;
 }
 
+/// Whether one of the ranges of the box is so short that no line of pixel centres is in it, or both
+/// are shorter than a pixel. It must not depend on the area that is drawn.
+bool isOnePixel(const Rect2D &box)
+{
+    const double width = box.xMax - box.xMin;
+    const double height = box.yMax - box.yMin;
+    if (width >= 1.0 && height >= 1.0)
+        return false;
+    const auto holdsCentre = [](double low, double high) {
+        constexpr int kFar = 1 << 30;
+        return ceilWithin(low - 0.5, -kFar, kFar) < ceilWithin(high - 0.5, -kFar, kFar);
+    };
+    return (width < 1.0 && height < 1.0) || !holdsCentre(box.xMin, box.xMax)
+           || !holdsCentre(box.yMin, box.yMax);
+}
+
 void sortFew(int *values, int count)
 {
     for (int i = 1; i < count; ++i) {
@@ -49,7 +65,7 @@ void PolygonFill::fill(const FMShapes &shapes, std::size_t shape, quint32 value)
     if (!(box.xMin < mArea.right && box.xMax >= mArea.left && box.yMin < mArea.bottom
           && box.yMax >= mArea.top))
         return;
-    if (box.xMax - box.xMin < 1.0 && box.yMax - box.yMin < 1.0) {
+    if (isOnePixel(box)) {
         const int x = floorInt(0.5 * (box.xMin + box.xMax));
         const int y = floorInt(0.5 * (box.yMin + box.yMax));
         if (x >= mArea.left && x < mArea.right && y >= mArea.top && y < mArea.bottom)

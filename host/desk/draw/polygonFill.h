@@ -60,7 +60,8 @@ inline int floorWithin(double value, int low, int high)
 
 /// Even-odd scanlines. A pixel belongs to an area when its centre does. A centre on an edge belongs
 /// to the area on its right, or below, so that areas with a common border neither overlap nor leave
-/// a gap. An area whose box is smaller than a pixel takes the pixel of the box's centre.
+/// a gap. An area whose box is smaller than a pixel, or so thin that it holds no centre, takes the
+/// pixel of the box's centre.
 ///
 /// For each row that an edge crosses, the first column at or behind the crossing is kept: in fixed
 /// slots while the area has few rows and few crossings in each of them, otherwise in a list that is
