@@ -62,7 +62,7 @@ class SpatialWeights(csr_matrix):
 
     def __reduce__(self):
         # Without the set, which belongs to the project of this process.
-        return (_remade, (np.array(self.data), self.indices, self.indptr, self.shape, self.keys,
+        return (remade, (np.array(self.data), self.indices, self.indptr, self.shape, self.keys,
                           self.existing, self.time, self._name))
 
     def __repr__(self):
@@ -70,6 +70,6 @@ class SpatialWeights(csr_matrix):
         return f"<SpatialWeights {self._name}{when}: {self.shape[0]} objects, {self.nnz} links>"
 
 
-def _remade(data, indices, indptr, shape, keys, existing, time, name):
+def remade(data, indices, indptr, shape, keys, existing, time, name):
     return SpatialWeights((data, indices, indptr), shape=shape, keys=keys, existing=existing,
                           time=time, name=name)

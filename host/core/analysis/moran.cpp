@@ -346,7 +346,8 @@ MoranTest moran(const std::vector<double> &values, const SparseWeights &weights,
     std::vector<double> sums = permutedSums(pairs, z, permutations, meter);
     const auto above =
         std::count_if(sums.begin(), sums.end(), [limit](double other) { return other >= limit; });
-    test.p = pseudoP(static_cast<int>(above), permutations);
+    test.above = static_cast<int>(above);
+    test.p = pseudoP(test.above, permutations);
     test.low = scale * quantile(sums, 0.025);
     test.high = scale * quantile(sums, 0.975);
     return test;
@@ -381,9 +382,11 @@ LocalMoran localMoran(const std::vector<double> &values, const SparseWeights &we
         meter(static_cast<int>(100LL * done / permutations));
         counts.add(FirstValues(shuffle, local.z, std::min(batch, permutations - done), depth));
     }
-    for (int i = 0; i < n; ++i)
+    for (int i = 0; i < n; ++i) {
+        local.above.push_back(counts.above(i));
         if (!std::isnan(local.values[at(i)]))
             local.p[at(i)] = pseudoP(counts.above(i), permutations);
+    }
     return local;
 }
 

@@ -41,6 +41,7 @@ struct MoranTest {
     /// The central 95 % of the permutations are between low and high; NaN if there are none.
     double low = 0;
     double high = 0;
+    int above = 0; ///< permutations whose value is at least this one
 };
 
 struct LocalMoran {
@@ -53,6 +54,7 @@ struct LocalMoran {
     std::vector<double> z;    ///< value minus mean
     std::vector<double> lags; ///< sum w_ij z_j
     std::vector<double> p;    ///< from conditional permutations; NaN without a value
+    std::vector<int> above;   ///< permutations with at least this value; empty without permutations
 };
 
 /// How objects without neighbours enter Moran's I. Their values always enter the mean and the

@@ -28,12 +28,15 @@ py::dict localOf(const MoranAt &result)
     local["I"] = arrayOf(result.local.values);
     local["z"] = arrayOf(result.local.deviates);
     local["p"] = arrayOf(result.local.p);
+    local["above"] = arrayOf(result.local.above);
+    local["deviation"] = arrayOf(result.local.z);
+    local["lag"] = arrayOf(result.local.lags);
     local["cluster"] = listOf(clusters);
     return local;
 }
 
 /// A tuple for each time: interval, I, expectation, deviate, p, objects, islands, local results or
-/// None.
+/// None, permutations at or above I.
 py::list moranOf(int dataset, int realization, int set, const py::iterable &times, int permutations,
                  int seed, bool local, const QString &correction, double alpha, bool dropIslands,
                  const QString &store, const py::object &progress)
@@ -67,7 +70,8 @@ py::list moranOf(int dataset, int realization, int set, const py::iterable &time
         rows.append(py::make_tuple(intervalRows({result.when}), result.whole.value,
                                    result.whole.expectation, result.whole.deviate, result.whole.p,
                                    result.objects.size(), arrayOf(result.islands),
-                                   local ? py::object(localOf(result)) : py::none()));
+                                   local ? py::object(localOf(result)) : py::none(),
+                                   result.whole.above));
     return rows;
 }
 
