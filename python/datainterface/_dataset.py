@@ -428,8 +428,9 @@ def _stack(dataset, shape, coordinates, progress):
     if len(spans) == 0:
         raise ValueError(f"{dataset.name} holds no values")
     kind = object if dataset.kind == "text" else float
-    whole = np.full(shape + (len(spans), realizations), None if kind is object else np.nan,
-                    dtype=kind)
+    # Places are last in memory, as they are read.
+    held = np.full((len(spans), realizations) + shape, None if kind is object else np.nan, dtype=kind)
+    whole = np.moveaxis(held, (0, 1), (-2, -1))
     with reporting(progress) as report:
         for number, span in enumerate(spans):
             for index in range(realizations):
@@ -438,13 +439,11 @@ def _stack(dataset, shape, coordinates, progress):
                 except ValueError:
                     continue  # this realization has no values then
                 if isinstance(values, list):
-                    whole[..., number, index] = values
+                    held[number, index] = values
                 else:
-                    cells = values.reshape(shape)
-                    if mask is None:
-                        whole[..., number, index] = cells
-                    else:
-                        whole[..., number, index] = np.where(mask.reshape(shape), np.nan, cells)
+                    held[number, index] = values.reshape(shape)
+                    if mask is not None:
+                        held[number, index][mask.reshape(shape)] = np.nan
             if report is not None and report(100 * (number + 1) // len(spans), "Reading...") is False:
                 raise KeyboardInterrupt("cancelled")
     coordinates["spans"] = spans

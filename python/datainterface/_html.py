@@ -31,7 +31,8 @@ def geography_html(geography, instant=None):
         return _page(geography.name, facts + [("datasets", ", ".join(geography))], "")
     if instant is None:
         instant = _native.geography_instant(geography._id, "")
-    facts = [(geography.shapes, geography.count),
+    there = len(_native.objects_at(geography._id, instant))
+    facts = [(geography.shapes, f"{there} of {geography.count}"),
              ("map of", _native.show_time(geography._id, instant)),
              ("datasets", ", ".join(geography))]
     return _page(geography.name, facts, _map(geography, instant, None))
@@ -45,7 +46,8 @@ def dataset_html(dataset):
     instant = int(spans[-1, 0])
     if not dataset.static:
         facts.append(("times", len(spans)))
-        facts.append(("map of", _native.show_time(dataset.geography._id, instant)))
+        start, end, closed = spans[-1].tolist()
+        facts.append(("map of", _native.show_span(dataset.geography._id, start, end, bool(closed))))
     if dataset.unit:
         facts.append(("unit", dataset.unit))
     values, _ = _native.values(dataset._id, instant, 0)

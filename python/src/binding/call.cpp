@@ -124,7 +124,7 @@ Turn::Turn(const py::object &progress)
     now.progress = progress;
     now.percent = -1;
     now.stopped = false;
-    now.asked = Clock::now();
+    now.asked = {}; // a short call does not ask for the time
     now.pending.reset();
 }
 

@@ -58,6 +58,7 @@ template <class Work> auto inTurn(Work work)
     } catch (const py::error_already_set &) {
         throw;
     } catch (...) {
+        turn.raisePending();
         refuseUnreadable();
         throw;
     }
