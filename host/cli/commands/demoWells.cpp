@@ -80,6 +80,18 @@ QVector<RealizationAnswer> ask(int dataset)
     return askRealizations(dataset, dataTimes(dataset).first(), questions(), progress.part(0, 100));
 }
 
+/// Every place from all wells.
+KrigeRequest requestOf(int level, int target)
+{
+    KrigeRequest request;
+    request.dataset = level;
+    request.times = dataTimes(level);
+    request.model = kModel;
+    request.plan.neighborhood.most = 0;
+    request.target = target;
+    return request;
+}
+
 } // namespace
 
 void WellsDemo::levelsBetweenWells()
@@ -144,18 +156,6 @@ QString WellsDemo::variogram()
              shortNumber(structures[1].minorRange, 0));
 }
 
-/// The request for all cells from all wells.
-static KrigeRequest requestOf(int level, int target)
-{
-    KrigeRequest request;
-    request.dataset = level;
-    request.times = dataTimes(level);
-    request.model = kModel;
-    request.plan.neighborhood.most = 0;
-    request.target = target;
-    return request;
-}
-
 QString WellsDemo::prediction()
 {
     KrigeRequest request = requestOf(mLevel, VORN_GetGeographyId(mTruth));
@@ -187,8 +187,8 @@ QString WellsDemo::errors() const
     const double flat = rootMeanSquare(QVector<double>(truth.size(), meanOf(truth)), truth);
     const double share = 100.0 * within / truth.size();
     mSteps.expect(exact == kWells && error < 0.6 * flat && share > 90 && share < 99);
-    return QStringLiteral("error %1 m, that of a constant %2 m; %3 % of the field within 1.96 "
-                          "deviations, exact at %4 wells")
+    return QStringLiteral("error %1 m, of a constant %2 m; %3 % within 1.96 deviations; exact at "
+                          "%4 wells")
         .arg(shortNumber(error), shortNumber(flat), QString::number(share, 'f', 1),
              QString::number(exact));
 }
