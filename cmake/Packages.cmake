@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# The vcpkg port, and Debian packages, made by `cpack --config build/package/CPackConfig.cmake`: one for each component of the install rules
-# that this configuration builds. scripts/package.sh does all of it; docs/packages.md describes the packages.
+# The vcpkg port, and Debian packages, made by `cpack --config build/package/CPackConfig.cmake`: one for each component of
+# the install rules that this configuration builds. scripts/package.sh does all of it; docs/packages.md describes the packages.
 foreach(file vcpkg.json portfile.cmake)
     configure_file(${PROJECT_SOURCE_DIR}/packaging/vcpkg/${file}.in ${PROJECT_BINARY_DIR}/vcpkg/datainterface/${file} @ONLY)
 endforeach()
@@ -103,6 +103,8 @@ if(BUILD_PYTHON)
     find_package(Python3 REQUIRED COMPONENTS Interpreter)
     math(EXPR next "${Python3_VERSION_MINOR} + 1")
     set(python "python3 (>= 3.${Python3_VERSION_MINOR}~), python3 (<< 3.${next})")
+    string(JOIN ", " converted python3-distributed python3-geopandas python3-libpysal python3-pandas python3-scipy python3-tqdm
+        python3-xarray)
     set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/python/postinst
         ${PROJECT_SOURCE_DIR}/packaging/debian/python/prerm)
     debian_package(Python python3-datainterface python "data layer for statistics in space and time (Python)"
@@ -112,7 +114,7 @@ This package contains the Python package datainterface. Values cross as NumPy
 arrays; pandas, GeoPandas, xarray, SciPy and Dask are used where they are
 installed."
         DEPENDS "${both_libraries}, ${python}, python3-numpy"
-        SUGGESTS "python3-dask, python3-distributed, python3-geopandas, python3-pandas, python3-scipy, python3-xarray")
+        SUGGESTS "${converted}")
 endif()
 if(TARGET reference)
     if(TARGET reference-python)

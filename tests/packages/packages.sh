@@ -25,7 +25,10 @@ alone() {
 }
 as_root=()
 [ "$(id -u)" -eq 0 ] || as_root=(fakeroot)
-in_root() { "${as_root[@]}" dpkg --root="$root" --force-depends,not-root,bad-path,script-chrootless "$@" >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; exit 1; }; }
+in_root() {
+    "${as_root[@]}" dpkg --root="$root" --force-depends,not-root,bad-path,script-chrootless "$@" >"$work/log" 2>&1 \
+        || { cat "$work/log"; exit 1; }
+}
 
 mkdir -p "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/info"
 touch "$root/var/lib/dpkg/status"
