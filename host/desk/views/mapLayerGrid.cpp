@@ -12,6 +12,7 @@
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/RasterAPI.h"
 #include "desk/views/region.h"
+#include "desk/views/viewWindow.h"
 
 namespace meridor {
 namespace {
@@ -207,6 +208,11 @@ QVector<unsigned int> GridLayerView::objectsIn(const QPainterPath &region)
         const int cell = objectAt(shape.pixel());
         return cell < 0 ? QVector<unsigned int>() : QVector<unsigned int>{unsigned(cell)};
     }
+    const QRectF box = view.toMap(shape.box()).intersected(mGrid.bounds);
+    const double covered = box.width() / mGrid.bounds.width() * box.height() / mGrid.bounds.height()
+                           * mGrid.columns * mGrid.rows;
+    if (covered > kMostSelected)
+        fail(tr("The region has more than %1 cells; select a smaller one.").arg(kMostSelected));
     RasterPixels pixels;
     if (shape.kind() == Region::Rectangle)
         VORN_GetPixelCentersInRect(geography(), view.toMap(shape.box()), pixels);
@@ -234,6 +240,8 @@ QVector<unsigned int> GridLayerView::objectsOfClass(int classIndex)
             if (classes()->of(value) == classIndex)
                 cells.append(static_cast<unsigned int>(cell));
         });
+        if (cells.size() > kMostSelected)
+            fail(tr("The class has more than %1 cells.").arg(kMostSelected));
     }
     return cells;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "desk/views/mapLayerVector.h"
+#include <QElapsedTimer>
 #include <QWidget>
 #include <algorithm>
 #include <cmath>
@@ -20,6 +21,7 @@ constexpr double kOutlinedSize = 8; ///< pixels; the outlines of smaller areas w
 constexpr double kPlaceSize = 6;    ///< logical pixels
 constexpr double kLineWidth = 1.6;  ///< logical pixels
 constexpr int kSliceRows = 192;
+constexpr qint64 kLongestFollow = 15; ///< milliseconds
 constexpr int kMostSampled = 200'000;
 
 bool contains(const Interval &span, qint64 time)
@@ -79,7 +81,8 @@ void VectorLayerView::forgetShapes()
     mObjectCount = 0;
     mClassOf.clear();
     mShapeOf.clear();
-    mIsQuickStale = mIsSharpStale = mIsTableStale = true;
+    mIsQuickStale = mIsSharpStale = mIsChosenStale = mIsTableStale = true;
+    mDoesSharpFollow = true;
 }
 
 void VectorLayerView::readValues()
@@ -131,10 +134,15 @@ void VectorLayerView::drawQuick(const ViewTransform &view)
     else
         mQuick.follow(mGeometry, view, wanted);
     mIsQuickStale = false;
-    // A sharp picture that moves by whole pixels stays sharp.
+    // A sharp picture that moves by whole pixels stays sharp, unless that takes too long.
     const ViewTransform doubled = view.doubled();
-    if (!mIsSharpStale && mSharp.isComplete() && mSharp.view().sharesLattice(doubled))
+    if (mDoesSharpFollow && !mIsSharpStale && mSharp.isComplete()
+        && mSharp.view().sharesLattice(doubled)) {
+        QElapsedTimer clock;
+        clock.start();
         mSharp.follow(mGeometry, doubled, wanted.doubled());
+        mDoesSharpFollow = clock.elapsed() < kLongestFollow;
+    }
     setStale();
 }
 
@@ -193,8 +201,29 @@ void VectorLayerView::paint(const ViewTransform &view, const MapColors &colors, 
     style.outline = lineColor(colors).rgb();
     style.hatch = colors.hatch;
     colorPass(buffer, mTable, style, image);
+    if (!areas)
+        paintChosen(buffer, isSharp ? mStyle.doubled() : mStyle, image);
     if (areas && dataset() < 0)
         drawBorders(buffer, lineColor(colors).rgb(), image);
+}
+
+void VectorLayerView::colorsChanged()
+{
+    mIsTableStale = true;
+    mIsChosenStale = true;
+}
+
+/// Draws selected places and lines over those that cover them.
+void VectorLayerView::paintChosen(const PickBuffer &buffer, PickStyle style, QImage &image)
+{
+    MAttributes *const flags = workspace().selection().attributes(geography());
+    if (!flags || flags->GetStateCount(attribute::kSelected, true) == 0)
+        return;
+    style.only = flags->GetAttributeVector(attribute::kSelected);
+    if (mIsChosenStale || mChosen.view() != buffer.view())
+        mChosen.draw(mGeometry, buffer.view(), style);
+    mIsChosenStale = false;
+    colorPass(mChosen, mTable, PassStyle(), image);
 }
 
 int VectorLayerView::objectAt(const QPoint &pixel) const

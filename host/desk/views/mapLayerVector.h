@@ -32,12 +32,13 @@ protected:
     void readShapes() override;
     void readValues() override;
     void forgetShapes() override;
-    void colorsChanged() override { mIsTableStale = true; }
+    void colorsChanged() override;
 
 private:
     PickStyle style() const;
     int reach() const;
     void buildTable(const MapColors &colors);
+    void paintChosen(const PickBuffer &buffer, PickStyle style, QImage &image);
     /// The position of an object's shape; -1 if it does not exist at the time.
     int shapeIndex(unsigned int object) const;
     QVector<unsigned int> seenAt(const QPoint &pixel);
@@ -49,6 +50,9 @@ private:
     PickStyle mStyle; ///< of both pictures
     PickBuffer mQuick;
     PickBuffer mSharp;
+    bool mDoesSharpFollow = true;
+    PickBuffer mChosen; ///< the selected places or lines
+    bool mIsChosenStale = true;
     int mObjectCount = 0;
     QVector<int> mClassOf; ///< by object; empty without classes
     ColorTable mTable;

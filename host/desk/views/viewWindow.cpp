@@ -380,7 +380,9 @@ void ViewWindow::invertSelection()
     if (!view)
         return;
     MAttributes *const flags = mWorkspace.selection().attributes(view->geography());
-    if (flags)
+    if (flags && flags->GetStateCount(attribute::kSelected, false) > kMostSelected)
+        mWorkspace.tell(tr("The inverse has more than %1 objects.").arg(kMostSelected), true);
+    else if (flags)
         view->choose(flags->GetIdsByState(attribute::kSelected, false), SelectionMode::Replace);
 }
 

@@ -18,6 +18,9 @@ class QVBoxLayout;
 
 namespace meridor {
 
+/// A selection is a list of objects at every step; more cells of a grid would fill the memory.
+constexpr int kMostSelected = 5'000'000;
+
 /// Owns its views. A view is removed while its geography or dataset still exists; a window without
 /// views closes and deletes itself.
 class ViewWindow : public QWidget {

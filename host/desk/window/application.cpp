@@ -3,7 +3,9 @@
 #include <QPalette>
 #include <QStyleFactory>
 #include <QTextCodec>
+#include <algorithm>
 #include <clocale>
+#include <unistd.h>
 #include "core/project/failure.h"
 #include "datainterface/VersionAPI.h"
 #include "desk/dialogs/methodDialog.h"
@@ -25,6 +27,18 @@
 
 namespace meridor {
 
+namespace {
+
+/// An eighth of the memory: a grid that does not fit is read from the disk at each move of a map.
+int cacheMegabytes()
+{
+    const double bytes =
+        static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
+    return static_cast<int>(std::clamp(bytes / 8 / (1 << 20), 64.0, 2000.0));
+}
+
+} // namespace
+
 Application::Application(int &argc, char **argv) : QApplication(argc, argv)
 {
     // The library converts file names to the local encoding, which in the C locale would lose
@@ -38,7 +52,9 @@ Application::Application(int &argc, char **argv) : QApplication(argc, argv)
                               .arg(productVersionNumber % 1000));
     setApplicationDisplayName(QStringLiteral("Meridor"));
     mMethods = std::make_unique<MethodRegister>();
-    mWorkspace = std::make_unique<Workspace>(*this, SessionOptions());
+    SessionOptions options;
+    options.cacheMegabytes = cacheMegabytes();
+    mWorkspace = std::make_unique<Workspace>(*this, options);
     mWindow = std::make_unique<MainWindow>(*mWorkspace, *mMethods);
 }
 
