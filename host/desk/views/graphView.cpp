@@ -1,0 +1,488 @@
+// SPDX-License-Identifier: MIT
+#include "desk/views/graphView.h"
+#include <QEvent>
+#include <QGuiApplication>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <qwt_date_scale_engine.h>
+#include <qwt_plot.h>
+#include <qwt_plot_grid.h>
+#include <qwt_plot_layout.h>
+#include <qwt_plot_renderer.h>
+#include <qwt_scale_draw.h>
+#include <qwt_scale_map.h>
+#include <qwt_scale_widget.h>
+#include <qwt_text.h>
+#include <qwt_text_label.h>
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/text.h"
+#include "core/render/graph.h"
+#include "core/render/graphScale.h"
+#include "datainterface/MDataset.h"
+#include "desk/draw/colorTable.h"
+#include "desk/views/graphCanvas.h"
+
+namespace meridor {
+namespace {
+
+/// Differences of larger values are beyond the largest double.
+constexpr double kLargest = 1e307;
+/// Shorter ranges, relative to the values, have no distinct ticks.
+constexpr double kLeastRange = 1e-13;
+
+QColor between(const QColor &a, const QColor &b, double share)
+{
+    return QColor(mixed(a.rgb(), b.rgb(), share));
+}
+
+/// Repaints its texts when the colours of the desktop change.
+class Plot : public QwtPlot {
+public:
+    Plot()
+    {
+        setObjectName(QStringLiteral("graph"));
+        setBackgroundRole(QPalette::Base);
+        setAutoFillBackground(true);
+        plotLayout()->setAlignCanvasToScales(true);
+        QFont font = this->font();
+        font.setBold(false);
+        titleLabel()->setFont(font);
+        const int margin = fontMetrics().height() / 2;
+        setContentsMargins(margin, margin / 2, margin, margin / 2);
+    }
+    /// The view that is complete now.
+    void setView(GraphView &view) { mView = &view; }
+
+protected:
+    void changeEvent(QEvent *event) override
+    {
+        QwtPlot::changeEvent(event);
+        if (mView
+            && (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange))
+            mView->refreshColors();
+    }
+
+private:
+    GraphView *mView = nullptr;
+};
+
+QwtText plainText(const QString &text, const QFont &font, const QColor &color, int alignment)
+{
+    QwtText shown(text, QwtText::PlainText);
+    shown.setFont(font);
+    shown.setColor(color);
+    shown.setRenderFlags(alignment | Qt::AlignVCenter);
+    return shown;
+}
+
+} // namespace
+
+GraphColors::GraphColors(const QPalette &palette)
+    : ground(palette.color(QPalette::Base)), ink(palette.color(QPalette::Text))
+{
+    const bool dark = ground.lightness() < 128;
+    softInk = between(ink, ground, 0.3);
+    grid = between(ground, ink, 0.15);
+    plain = legible(lineColor(0));
+    fill = between(plain, ground, 0.55);
+    selected = QColor(ColorRule().selected);
+    selectedInk = dark ? selected : lineColor(1);
+}
+
+QColor GraphColors::legible(const QColor &color) const
+{
+    return ground.lightness() < 128 ? color.lighter(170) : color;
+}
+
+GraphView::GraphView(Workspace &workspace, int geography)
+    : View(workspace, geography),
+      mPlot(new Plot()),
+      mPlotWidget(mPlot),
+      mCanvas(new GraphCanvas(*this, mPlot)),
+      mColors(mPlot->palette()),
+      mNames(geography)
+{
+    mPlot->setCanvas(mCanvas);
+    auto *const grid = new QwtPlotGrid();
+    grid->setZ(0);
+    grid->attach(mPlot);
+    static_cast<Plot *>(mPlot)->setView(*this);
+    refreshColors();
+    const auto forget = [this] { mNames.forget(); };
+    connect(&workspace, &Workspace::datasetsAdded, this, forget);
+    connect(&workspace, &Workspace::datasetsDying, this, forget);
+    connect(&workspace, &Workspace::datasetRenamed, this, [this](int dataset) {
+        mNames.forget();
+        if (datasets().contains(dataset) && mTrouble.isEmpty()) {
+            showScales();
+            redraw();
+        }
+    });
+    connect(&workspace, &Workspace::objectsRemoved, this, [this](int changed) {
+        if (changed == this->geography())
+            rereadSoon();
+    });
+    connect(&workspace, &Workspace::idle, this, [this] {
+        if (mMustReread)
+            rereadSoon();
+    });
+}
+
+GraphView::~GraphView()
+{
+    delete mPlotWidget.data();
+}
+
+QWidget *GraphView::widget() const
+{
+    return mCanvas;
+}
+
+void GraphView::refreshColors()
+{
+    mColors = GraphColors(mPlot->palette());
+    mPlot->setCanvasBackground(mColors.ground);
+    for (QwtPlotItem *const item : mPlot->itemList(QwtPlotItem::Rtti_PlotGrid))
+        static_cast<QwtPlotGrid *>(item)->setPen(mColors.grid, 0);
+    for (const int axis : {QwtPlot::xBottom, QwtPlot::yLeft}) {
+        mPlot->setAxisFont(axis, mPlot->font());
+        QPalette palette = mPlot->palette();
+        palette.setColor(QPalette::WindowText, mColors.softInk);
+        mPlot->axisWidget(axis)->setPalette(palette);
+    }
+    if (mIsRead && mTrouble.isEmpty()) {
+        recolor();
+        selectionChanged();
+    }
+}
+
+void GraphView::timeChanged()
+{
+    reread();
+}
+
+void GraphView::reread()
+{
+    QString trouble;
+    try {
+        read();
+    } catch (const Failure &failure) {
+        trouble = failure.text();
+    } catch (const std::bad_alloc &) {
+        trouble = tr("There is not enough memory for this graph.");
+    }
+    mIsRead = true;
+    setTrouble(trouble);
+    if (!trouble.isEmpty())
+        return;
+    recolor();
+    showScales();
+    selectionChanged();
+}
+
+void GraphView::rereadSoon()
+{
+    mMustReread = workspace().isBusy();
+    if (!mMustReread)
+        workspace().look([this] { valuesChanged(); });
+}
+
+void GraphView::setTrouble(const QString &text)
+{
+    mTrouble = text.isEmpty() || text.endsWith(QLatin1Char('.')) ? text : text + QLatin1Char('.');
+    for (QwtPlotItem *const item : mPlot->itemList())
+        item->setVisible(mTrouble.isEmpty());
+    mPlot->enableAxis(QwtPlot::xBottom, mTrouble.isEmpty());
+    mPlot->enableAxis(QwtPlot::yLeft, mTrouble.isEmpty());
+    if (!mTrouble.isEmpty()) {
+        setSummary(QString(), QString());
+        redraw();
+    }
+}
+
+void GraphView::selectionChanged()
+{
+    if (!mTrouble.isEmpty())
+        return;
+    markSelected();
+    redraw();
+}
+
+void GraphView::setSummary(const QString &all, const QString &selected)
+{
+    mSummary = all;
+    mSelectedSummary = selected;
+}
+
+QString GraphView::summary() const
+{
+    return mSelectedSummary.isEmpty() ? mSummary
+                                      : mSummary + QStringLiteral("; ") + mSelectedSummary;
+}
+
+void GraphView::hoverChanged()
+{
+    mCanvas->refreshMarks();
+    const int object = hoveredObject();
+    if (!mCanvas->underMouse())
+        Q_EMIT pointedAt(object >= 0 && mTrouble.isEmpty() ? textOf(object) : QString());
+}
+
+void GraphView::redraw()
+{
+    // The name of the vertical axis stands above it, so that it is read without turning the head.
+    mPlot->setTitle(plainText(mTrouble.isEmpty() ? yScale().title : QString(), mPlot->font(),
+                              mColors.ink, Qt::AlignLeft));
+    // Always two lines: a selection must not change the size of the canvas.
+    const QString second = mSelectedSummary.isEmpty() ? QString(QChar(0xa0)) : mSelectedSummary;
+    mPlot->setFooter(plainText(mSummary + QLatin1Char('\n') + second, mPlot->font(),
+                               mColors.softInk, Qt::AlignLeft));
+    mCanvas->setAccessibleName(title());
+    mCanvas->setAccessibleDescription(mTrouble.isEmpty() ? summary() : mTrouble);
+    mPlot->replot();
+    mCanvas->refreshMarks();
+}
+
+// Scales
+
+void GraphView::apply(int axis, const GraphScale &scale)
+{
+    if (scale.dates != mHasDates && axis == QwtPlot::xBottom) {
+        mHasDates = scale.dates;
+        mPlot->setAxisScaleEngine(
+            axis, scale.dates ? static_cast<QwtScaleEngine *>(new QwtDateScaleEngine(Qt::UTC))
+                              : new QwtLinearScaleEngine());
+    }
+    if (axis == QwtPlot::xBottom)
+        mPlot->setAxisTitle(axis,
+                            plainText(scale.title, mPlot->font(), mColors.ink, Qt::AlignRight));
+    if (mIsZoomed)
+        return;
+    double low = std::clamp(scale.low, -kLargest, kLargest);
+    double high = std::clamp(scale.high, -kLargest, kLargest);
+    const double least = std::max(std::abs(low), std::abs(high)) * kLeastRange;
+    if (!(high - low > least)) {
+        const double room = scale.dates ? 86400000.0 : std::max(1e-12, std::abs(low) * 0.05);
+        low -= room;
+        high += room;
+    }
+    if (!scale.exact && !scale.dates) {
+        const double margin = (high - low) * 0.02; // no disc lies on the frame
+        low = low >= 0 ? std::max(0.0, low - margin) : low - margin;
+        high += margin;
+        double step = 0;
+        mPlot->axisScaleEngine(axis)->autoScale(8, low, high, step);
+    }
+    setInterval(axis, low, high);
+}
+
+void GraphView::setInterval(int axis, double low, double high)
+{
+    if (!std::isfinite(low) || !std::isfinite(high)
+        || !(high - low > std::max(std::abs(low), std::abs(high)) * kLeastRange)
+        || high - low > 4 * kLargest)
+        return;
+    mPlot->setAxisScale(axis, low, high);
+}
+
+void GraphView::showScales()
+{
+    apply(QwtPlot::xBottom, xScale());
+    apply(QwtPlot::yLeft, yScale());
+    fitTicks();
+}
+
+void GraphView::fitTicks()
+{
+    for (const int axis : {QwtPlot::xBottom, QwtPlot::yLeft}) {
+        auto draw = graphScaleDraw(axis == QwtPlot::xBottom && mHasDates);
+        draw->enableComponent(QwtAbstractScaleDraw::Backbone, false);
+        draw->setTickLength(QwtScaleDiv::MinorTick, 0);
+        draw->setTickLength(QwtScaleDiv::MediumTick, 0);
+        mPlot->setAxisScaleDraw(axis, draw.release());
+        const QFontMetrics metrics = mPlot->fontMetrics();
+        const int room =
+            axis == QwtPlot::xBottom
+                ? mCanvas->width() / metrics.horizontalAdvance(QStringLiteral("00 000.000"))
+                : mCanvas->height() / (2 * metrics.height());
+        mPlot->setAxisMaxMajor(axis, std::clamp(room, 2, 10));
+        mPlot->setAxisMaxMinor(axis, 0);
+    }
+    mPlot->updateAxes();
+}
+
+void GraphView::zoom(double factor, const QPointF &pixel)
+{
+    if (!mTrouble.isEmpty() || !(factor > 0))
+        return;
+    mIsZoomed = true;
+    for (const int axis : {QwtPlot::xBottom, QwtPlot::yLeft}) {
+        const QwtScaleMap map = mPlot->canvasMap(axis);
+        const double at = map.invTransform(axis == QwtPlot::xBottom ? pixel.x() : pixel.y());
+        setInterval(axis, at - (at - map.s1()) / factor, at + (map.s2() - at) / factor);
+    }
+    redraw();
+}
+
+void GraphView::pan(const QPointF &pixels)
+{
+    if (!mTrouble.isEmpty())
+        return;
+    mIsZoomed = true;
+    for (const int axis : {QwtPlot::xBottom, QwtPlot::yLeft}) {
+        const QwtScaleMap map = mPlot->canvasMap(axis);
+        const double by = axis == QwtPlot::xBottom ? pixels.x() : pixels.y();
+        const double shift = map.invTransform(map.p1() - by) - map.s1();
+        setInterval(axis, map.s1() + shift, map.s2() + shift);
+    }
+    redraw();
+}
+
+void GraphView::showAll()
+{
+    mIsZoomed = false;
+    if (!mTrouble.isEmpty())
+        return;
+    showScales();
+    redraw();
+}
+
+QPointF GraphView::valueAt(const QPointF &pixel) const
+{
+    return {xMap().invTransform(pixel.x()), yMap().invTransform(pixel.y())};
+}
+
+QPointF GraphView::pixelOf(const QPointF &value) const
+{
+    return {xMap().transform(value.x()), yMap().transform(value.y())};
+}
+
+QRectF GraphView::shownRange() const
+{
+    const QwtScaleMap x = xMap();
+    const QwtScaleMap y = yMap();
+    return QRectF(QPointF(x.s1(), y.s1()), QPointF(x.s2(), y.s2()));
+}
+
+void GraphView::setShownRange(const QRectF &range)
+{
+    mIsZoomed = true;
+    setInterval(QwtPlot::xBottom, range.left(), range.right());
+    setInterval(QwtPlot::yLeft, range.top(), range.bottom());
+    redraw();
+}
+
+QwtScaleMap GraphView::xMap() const
+{
+    return mPlot->canvasMap(QwtPlot::xBottom);
+}
+
+QwtScaleMap GraphView::yMap() const
+{
+    return mPlot->canvasMap(QwtPlot::yLeft);
+}
+
+// Objects
+
+QVector<unsigned int> GraphView::objectsIn(const QPainterPath &region)
+{
+    return mTrouble.isEmpty() ? objectsWithin(region) : QVector<unsigned int>();
+}
+
+const unsigned char *GraphView::selectedFlags()
+{
+    return flagBytes(workspace().selection().attributes(geography()), attribute::kSelected, mFlags);
+}
+
+int GraphView::hoveredObject() const
+{
+    return workspace().selection().hovered(geography());
+}
+
+QString GraphView::nameOf(int object)
+{
+    QString name;
+    if (!workspace().isBusy())
+        workspace().look([&] { name = mNames.of(object, time()); });
+    return name;
+}
+
+QString GraphView::textAt(const QPoint &pixel)
+{
+    const int object = mTrouble.isEmpty() ? objectAt(pixel) : -1;
+    return object >= 0 ? textOf(object) : QString();
+}
+
+QString GraphView::textOf(int object)
+{
+    return nameOf(object);
+}
+
+QString GraphView::valueText(int dataset, double value)
+{
+    return QStringLiteral("%1: %2").arg(
+        datasetName(dataset), std::isfinite(value) ? shortNumber(value, 6) : tr("no value"));
+}
+
+void GraphView::step(int by)
+{
+    const int limit = objectLimit();
+    if (limit == 0 || !mTrouble.isEmpty())
+        return;
+    const int start = hoveredObject() >= 0 ? hoveredObject() : by > 0 ? -1 : limit;
+    for (int tried = 1; tried <= limit; ++tried) {
+        const int object = ((start + by * tried) % limit + limit) % limit;
+        if (shows(object)) {
+            hover(object);
+            return;
+        }
+    }
+}
+
+QVector<unsigned int> GraphView::marked() const
+{
+    const int object = hoveredObject();
+    return object >= 0 ? QVector<unsigned int>{static_cast<unsigned int>(object)}
+                       : QVector<unsigned int>();
+}
+
+QStringList GraphView::timeOptions() const
+{
+    const QVector<int> shown = datasets();
+    const bool isStatic = std::all_of(shown.begin(), shown.end(), [](int id) {
+        const MDataset *const dataset = meridor::datasetOf(id);
+        return dataset && dataset->IsStatic();
+    });
+    return isStatic ? QStringList()
+                    : QStringList{QStringLiteral("--at"), axisOf(geography()).show(time())};
+}
+
+void GraphView::draw(QPainter &painter, const QSize &size)
+{
+    // Files are for paper: dark on white, whatever the desktop's colours.
+    QPalette light;
+    light.setColor(QPalette::Base, Qt::white);
+    light.setColor(QPalette::Window, Qt::white);
+    light.setColor(QPalette::Text, meridor::colors::ink);
+    light.setColor(QPalette::WindowText, meridor::colors::ink);
+    const QPalette present = mPlot->palette();
+    const bool hasOwn = mPlot->testAttribute(Qt::WA_SetPalette);
+    painter.fillRect(QRectF(QPointF(), size), Qt::white);
+    if (!mTrouble.isEmpty()) {
+        painter.setPen(meridor::colors::softInk);
+        painter.drawText(QRectF(QPointF(), size), Qt::AlignCenter | Qt::TextWordWrap, mTrouble);
+        return;
+    }
+    mPlot->setPalette(light);
+    setExporting(true);
+    QwtPlotRenderer renderer;
+    renderer.setDiscardFlags(QwtPlotRenderer::DiscardBackground
+                             | QwtPlotRenderer::DiscardCanvasBackground);
+    renderer.render(mPlot, &painter, QRectF(QPointF(), size));
+    setExporting(false);
+    mPlot->setPalette(hasOwn ? present : QPalette());
+}
+
+} // namespace meridor

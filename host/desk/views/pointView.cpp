@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "desk/views/pointView.h"
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <qwt_plot.h>
+#include <qwt_plot_curve.h>
+#include <qwt_scale_map.h>
+#include "desk/views/pointsItem.h"
+
+namespace meridor {
+namespace {
+
+QwtPlotCurve *newLine(QwtPlot *plot, double z)
+{
+    auto *const curve = new QwtPlotCurve();
+    curve->setRenderHint(QwtPlotItem::RenderAntialiased);
+    curve->setZ(z);
+    curve->attach(plot);
+    return curve;
+}
+
+} // namespace
+
+PointView::PointView(Workspace &workspace, int geography)
+    : GraphView(workspace, geography),
+      mPoints(new PointsItem()),
+      mCurve(newLine(plot(), 30)),
+      mSelectedCurve(newLine(plot(), 31))
+{
+    mPoints->attach(plot());
+    // The image of the points covers what is below, so the grid is drawn over it.
+    for (QwtPlotItem *const grid : plot()->itemList(QwtPlotItem::Rtti_PlotGrid))
+        grid->setZ(25);
+}
+
+const std::vector<QPointF> &PointView::places() const
+{
+    return mPoints->places();
+}
+
+void PointView::read()
+{
+    Points points = this->points();
+    QVector<QPointF> present;
+    double left = std::numeric_limits<double>::infinity();
+    double right = -left;
+    double low = left;
+    double high = -left;
+    for (const QPointF &place : points.places) {
+        if (!std::isfinite(place.x()) || !std::isfinite(place.y()))
+            continue;
+        present.append(place);
+        left = std::min(left, place.x());
+        right = std::max(right, place.x());
+        low = std::min(low, place.y());
+        high = std::max(high, place.y());
+    }
+    mCount = present.size();
+    mRange = QRectF(QPointF(left, low), QPointF(right, high));
+    mLine = fittedLine(present);
+    mClasses = points.classes;
+    mClassColors = points.classColors;
+    mPoints->setPlaces(std::move(points.places));
+}
+
+void PointView::recolor()
+{
+    ColorRule rule;
+    rule.plain = colors().plain.rgb();
+    rule.ground = colors().ground.rgb();
+    rule.selected = colors().selected.rgb();
+    for (const QColor &color : std::as_const(mClassColors))
+        rule.classes.append(colors().legible(color).rgb());
+    mPoints->setColors(rule, mClasses);
+}
+
+void PointView::setExporting(bool exporting)
+{
+    mPoints->setExporting(exporting);
+}
+
+void PointView::showLine(QwtPlotCurve &curve, const Line &line, double low, double high) const
+{
+    QVector<QPointF> ends;
+    if (std::isfinite(line.slope) && std::isfinite(line.intercept))
+        ends = {{low, line.intercept + line.slope * low},
+                {high, line.intercept + line.slope * high}};
+    curve.setSamples(ends);
+}
+
+void PointView::markSelected()
+{
+    const unsigned char *const selected = selectedFlags();
+    mPoints->setSelected(selected);
+    QVector<QPointF> chosen;
+    double left = std::numeric_limits<double>::infinity();
+    double right = -left;
+    const std::vector<QPointF> &all = places();
+    for (std::size_t i = 0; selected && i < all.size(); ++i) {
+        if (!selected[i] || !std::isfinite(all[i].x()) || !std::isfinite(all[i].y()))
+            continue;
+        chosen.append(all[i]);
+        left = std::min(left, all[i].x());
+        right = std::max(right, all[i].x());
+    }
+    mSelectedLine = fittedLine(chosen);
+    const double width = plot()->fontMetrics().height() / 8.0;
+    mCurve->setPen(colors().ink, width);
+    mSelectedCurve->setPen(colors().selectedInk, width);
+    showLine(*mCurve, mLine, mRange.left(), mRange.right());
+    showLine(*mSelectedCurve, mSelectedLine, left, right);
+    QString text = tr("%n points", nullptr, mCount);
+    if (std::isfinite(mLine.slope))
+        text += QStringLiteral(", ") + lineText(mLine);
+    QString ofSelected;
+    if (!chosen.isEmpty()) {
+        ofSelected = tr("%n selected", nullptr, chosen.size());
+        if (std::isfinite(mSelectedLine.slope))
+            ofSelected += QStringLiteral(", ") + lineText(mSelectedLine);
+    }
+    setSummary(text, ofSelected);
+}
+
+int PointView::objectAt(const QPoint &pixel) const
+{
+    return mPoints->objectAt(pixel);
+}
+
+void PointView::drawMark(QPainter &painter, int object)
+{
+    if (!mPoints->shows(object))
+        return;
+    const QPointF &place = places()[static_cast<std::size_t>(object)];
+    const double radius = mPoints->discSize() / 2 + 2;
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(colors().ink, 2));
+    painter.drawEllipse(QPointF(xMap().transform(place.x()), yMap().transform(place.y())), radius,
+                        radius);
+}
+
+int PointView::objectLimit() const
+{
+    return static_cast<int>(places().size());
+}
+
+bool PointView::shows(int object) const
+{
+    return mPoints->shows(object);
+}
+
+QVector<unsigned int> PointView::objectsWithin(const QPainterPath &region)
+{
+    return mPoints->objectsIn(region, xMap(), yMap());
+}
+
+} // namespace meridor

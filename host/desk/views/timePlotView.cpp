@@ -1,0 +1,407 @@
+// SPDX-License-Identifier: MIT
+#include "desk/views/timePlotView.h"
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <qwt_plot.h>
+#include <qwt_plot_item.h>
+#include <qwt_scale_map.h>
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/text.h"
+#include "core/render/graph.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MDataset.h"
+#include "desk/methods/fields.h"
+
+namespace meridor {
+namespace {
+
+constexpr int kMostLines = 200; ///< more selected objects are summarized
+constexpr int kMostNames = 8;   ///< more lines have the same colour and no names
+constexpr double kReach = 5;    ///< of the pointer, in pixels
+
+QPolygonF onCanvas(const QVector<QPointF> &points, const QwtScaleMap &xMap, const QwtScaleMap &yMap)
+{
+    QPolygonF line;
+    for (const QPointF &point : points)
+        line.append(QPointF(xMap.transform(point.x()), yMap.transform(point.y())));
+    return line;
+}
+
+/// Draws the parts of a line between the points that are not finite; a single point is a dot.
+void drawRuns(QPainter &painter, const QPolygonF &line)
+{
+    QPolygonF run;
+    const auto drawRun = [&] {
+        if (run.size() == 1) {
+            painter.save();
+            painter.setBrush(painter.pen().color());
+            painter.drawEllipse(run.first(), 2, 2);
+            painter.restore();
+        } else if (!run.isEmpty()) {
+            painter.drawPolyline(run);
+        }
+        run.clear();
+    };
+    for (const QPointF &point : line) {
+        if (std::isfinite(point.y()))
+            run.append(point);
+        else
+            drawRun();
+    }
+    drawRun();
+}
+
+double distance(const QPointF &p, const QPointF &a, const QPointF &b)
+{
+    const QPointF d = b - a;
+    const double length = QPointF::dotProduct(d, d);
+    const double share =
+        length > 0 ? std::clamp(QPointF::dotProduct(p - a, d) / length, 0.0, 1.0) : 0.0;
+    const QPointF away = p - (a + share * d);
+    return std::hypot(away.x(), away.y());
+}
+
+} // namespace
+
+class TimePlotView::Lines : public QwtPlotItem {
+public:
+    explicit Lines(const TimePlotView &view) : mView(view)
+    {
+        setZ(20);
+        setRenderHint(QwtPlotItem::RenderAntialiased);
+    }
+
+    void draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap,
+              const QRectF &canvas) const override
+    {
+        const GraphColors &colors = mView.colors();
+        const double now = xMap.transform(mView.mScale.at(mView.time()));
+        painter->setPen(QPen(colors.softInk, 1, Qt::DotLine));
+        painter->drawLine(QPointF(now, canvas.top()), QPointF(now, canvas.bottom()));
+        painter->setBrush(Qt::NoBrush);
+        painter->setPen(QPen(colors.softInk, 2, Qt::DashLine));
+        drawRuns(*painter, onCanvas(mView.mMean, xMap, yMap));
+        drawBand(*painter, xMap, yMap);
+        const bool hasNames = !mView.mNames.isEmpty();
+        const QFontMetricsF metrics(painter->font());
+        QVector<double> taken;
+        for (int i = 0; i < mView.mPoints.size(); ++i) {
+            QColor color = !mView.mHasSelected ? colors.plain
+                           : hasNames          ? colors.legible(lineColor(i))
+                                               : colors.selectedInk;
+            if (!hasNames)
+                color.setAlphaF(mView.mHasSelected ? 0.6 : 0.35);
+            painter->setPen(QPen(color, hasNames ? 2.5 : 1.2));
+            painter->setBrush(Qt::NoBrush);
+            const QPolygonF line = onCanvas(mView.mPoints[i], xMap, yMap);
+            drawRuns(*painter, line);
+            if (!hasNames || line.isEmpty() || !std::isfinite(line.last().y()))
+                continue;
+            // The name above the end of the line, unless another one stands there.
+            const double y = line.last().y() - metrics.descent() - 2;
+            if (std::any_of(taken.begin(), taken.end(),
+                            [&](double other) { return std::abs(other - y) < metrics.height(); }))
+                continue;
+            taken.append(y);
+            const double width = metrics.horizontalAdvance(mView.mNames[i]);
+            painter->drawText(QPointF(std::min(line.last().x(), canvas.right() - 4) - width, y),
+                              mView.mNames[i]);
+        }
+    }
+
+private:
+    void drawBand(QPainter &painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap) const
+    {
+        const GraphColors &colors = mView.colors();
+        QColor fill = colors.selected;
+        fill.setAlphaF(0.3);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(fill);
+        QPolygonF above;
+        QPolygonF below;
+        const auto drawPart = [&] {
+            std::reverse(below.begin(), below.end());
+            painter.drawPolygon(above + below);
+            above.clear();
+            below.clear();
+        };
+        for (int i = 0; i < mView.mSelectedMean.size(); ++i) {
+            const QPointF &point = mView.mSelectedMean[i];
+            const double deviation = mView.mDeviations.value(i);
+            if (!std::isfinite(point.y())) {
+                drawPart();
+                continue;
+            }
+            const double x = xMap.transform(point.x());
+            above.append(QPointF(x, yMap.transform(point.y() + deviation)));
+            below.append(QPointF(x, yMap.transform(point.y() - deviation)));
+        }
+        drawPart();
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(colors.selectedInk, 2.5));
+        drawRuns(painter, onCanvas(mView.mSelectedMean, xMap, yMap));
+    }
+
+    const TimePlotView &mView;
+};
+
+TimePlotView::TimePlotView(Workspace &workspace, int dataset)
+    : GraphView(workspace, VORN_GetGeographyId(dataset)),
+      mDataset(dataset),
+      mScale(VORN_GetGeographyId(dataset))
+{
+    (new Lines(*this))->attach(plot());
+    join();
+}
+
+QString TimePlotView::title() const
+{
+    return tr("%1 over time").arg(datasetName(mDataset));
+}
+
+void TimePlotView::valuesChanged()
+{
+    mIsLoaded = false;
+    GraphView::valuesChanged();
+}
+
+void TimePlotView::read()
+{
+    if (mIsLoaded)
+        return;
+    if (meridor::datasetOf(mDataset)->IsStatic())
+        fail(tr("%1 does not change over time").arg(datasetName(mDataset)));
+    mObjects = VORN_GetGeographyProperties(geography()).objectCount;
+    mHistory.load(mDataset, time());
+    mLow = std::numeric_limits<double>::infinity();
+    mHigh = -mLow;
+    History mean(mScale);
+    for (int step = 0; step < mHistory.steps(); ++step) {
+        double sum = 0;
+        int count = 0;
+        for (const double value : mHistory.values(step)) {
+            if (!std::isfinite(value))
+                continue;
+            mLow = std::min(mLow, value);
+            mHigh = std::max(mHigh, value);
+            sum += (value - sum) / ++count; // the mean, without the sum's overflow
+        }
+        if (count > 0)
+            mean.add(mHistory.when(step), sum);
+    }
+    if (mean.points().isEmpty())
+        fail(tr("%1 holds no values").arg(datasetName(mDataset)));
+    mMean = mean.points();
+    mIsLoaded = true;
+}
+
+QVector<QPointF> TimePlotView::pointsOf(int object) const
+{
+    History line(mScale);
+    for (int step = 0; step < mHistory.steps(); ++step) {
+        const double value = mHistory.value(step, object);
+        if (std::isfinite(value))
+            line.add(mHistory.when(step), value);
+    }
+    return line.points();
+}
+
+TimePlotView::Summary TimePlotView::summarize(const unsigned char *flags) const
+{
+    Summary summary{History(mScale), {}};
+    for (int step = 0; step < mHistory.steps(); ++step) {
+        const QVector<double> values = mHistory.values(step);
+        double mean = 0;
+        double squares = 0; // of the deviations: B. P. Welford 1962 (Technometrics 4)
+        int count = 0;
+        for (int i = 0; i < values.size(); ++i) {
+            if (!flags[i] || !std::isfinite(values[i]))
+                continue;
+            const double away = values[i] - mean;
+            mean += away / ++count;
+            squares += away * (values[i] - mean);
+        }
+        if (count == 0)
+            continue;
+        summary.mean.add(mHistory.when(step), mean);
+        const double deviation = std::sqrt(squares / count);
+        while (summary.deviations.size() < summary.mean.points().size())
+            summary.deviations.append(deviation);
+    }
+    return summary;
+}
+
+void TimePlotView::markSelected()
+{
+    const unsigned char *const selected = selectedFlags();
+    QVector<int> chosen;
+    for (int i = 0; selected && i < mObjects; ++i)
+        if (selected[i])
+            chosen.append(i);
+    mHasSelected = !chosen.isEmpty();
+    mSelectedMean.clear();
+    mDeviations.clear();
+    mLines.clear();
+    mPoints.clear();
+    mNames.clear();
+    if (chosen.size() > kMostLines && mHistory.isKept()) {
+        const Summary summary = summarize(selected);
+        mSelectedMean = summary.mean.points();
+        mDeviations = summary.deviations;
+    } else if (mHasSelected) {
+        mLines = chosen;
+    } else if (mObjects <= kMostLines) {
+        for (int i = 0; i < mObjects; ++i)
+            mLines.append(i);
+    }
+    if (!mHistory.isKept())
+        mLines.clear();
+    for (const int object : std::as_const(mLines))
+        mPoints.append(pointsOf(object));
+    if (mHasSelected && mLines.size() <= kMostNames)
+        for (const int object : std::as_const(mLines))
+            mNames.append(nameOf(object));
+    QString ofSelected;
+    if (!mSelectedMean.isEmpty())
+        ofSelected =
+            tr("mean of %n selected objects, and one standard deviation", nullptr, chosen.size());
+    else if (mHasSelected)
+        ofSelected = tr("%n selected", nullptr, chosen.size());
+    if (mHasSelected && !mHistory.isKept())
+        ofSelected += QStringLiteral("; ") + tr("too many values to draw those of objects");
+    setSummary(tr("dashed: mean of all objects"), ofSelected);
+}
+
+QPointF TimePlotView::placeOf(int step, double value) const
+{
+    return {xMap().transform(mScale.middleOf(mHistory.when(step))), yMap().transform(value)};
+}
+
+int TimePlotView::objectAt(const QPoint &pixel) const
+{
+    const QwtScaleMap x = xMap();
+    const QwtScaleMap y = yMap();
+    int nearest = -1;
+    double least = kReach;
+    for (int i = 0; i < mLines.size(); ++i) {
+        const QPolygonF line = onCanvas(mPoints[i], x, y);
+        for (int k = 0; k < line.size(); ++k) {
+            const QPointF &before = line[std::max(0, k - 1)];
+            if (!std::isfinite(line[k].y()))
+                continue;
+            const double away =
+                distance(pixel, std::isfinite(before.y()) ? before : line[k], line[k]);
+            if (away < least) {
+                least = away;
+                nearest = mLines[i];
+            }
+        }
+    }
+    return nearest;
+}
+
+QString TimePlotView::textOf(int object)
+{
+    const int step = mHistory.stepAt(time());
+    return step < 0 ? nameOf(object)
+                    : QStringLiteral("%1 \u2014 %2")
+                          .arg(nameOf(object), valueText(mDataset, mHistory.value(step, object)));
+}
+
+void TimePlotView::drawMark(QPainter &painter, int object)
+{
+    if (object < 0)
+        return;
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(colors().ink, 3));
+    drawRuns(painter, onCanvas(pointsOf(object), xMap(), yMap()));
+}
+
+bool TimePlotView::openAt(const QPoint &pixel)
+{
+    const double at = xMap().invTransform(pixel.x());
+    int nearest = -1;
+    double least = HUGE_VAL;
+    for (int step = 0; step < mHistory.steps(); ++step) {
+        const double start = mScale.at(mHistory.when(step).startTime);
+        const double end = mScale.at(mHistory.when(step).endTime);
+        const double away = std::max({0.0, start - at, at - end});
+        if (away < least) {
+            least = away;
+            nearest = step;
+        }
+    }
+    if (nearest >= 0)
+        goTo(instantOf(mHistory.when(nearest)));
+    return true;
+}
+
+bool TimePlotView::shows(int object) const
+{
+    return mLines.contains(object);
+}
+
+QVector<unsigned int> TimePlotView::objectsWithin(const QPainterPath &region)
+{
+    const QwtScaleMap x = xMap();
+    const QwtScaleMap y = yMap();
+    const QRectF area = region.boundingRect();
+    if (area.isEmpty()) {
+        const int object =
+            region.elementCount() > 0 ? objectAt(QPointF(region.elementAt(0)).toPoint()) : -1;
+        return object >= 0 ? QVector<unsigned int>{static_cast<unsigned int>(object)}
+                           : QVector<unsigned int>();
+    }
+    QPainterPath rectangle;
+    rectangle.addRect(area);
+    const bool isRectangle = region == rectangle;
+    const double low = y.invTransform(area.bottom());
+    const double high = y.invTransform(area.top());
+    QVector<bool> found(mObjects);
+    for (int step = 0; step < mHistory.steps(); ++step) {
+        const double start = x.transform(mScale.at(mHistory.when(step).startTime));
+        const double end = x.transform(mScale.at(mHistory.when(step).endTime));
+        if (end < area.left() || start > area.right())
+            continue;
+        const double across = std::clamp((start + end) / 2, std::max(start, area.left()),
+                                         std::min(end, area.right()));
+        const QVector<double> values = mHistory.values(step);
+        for (int i = 0; i < std::min(mObjects, values.size()); ++i)
+            if (values[i] >= low && values[i] <= high
+                && (isRectangle || region.contains(QPointF(across, y.transform(values[i])))))
+                found[i] = true;
+    }
+    QVector<unsigned int> objects;
+    for (int i = 0; i < mObjects; ++i)
+        if (found[i])
+            objects.append(static_cast<unsigned int>(i));
+    return objects;
+}
+
+GraphScale TimePlotView::xScale() const
+{
+    return {QString(), mMean.first().x(), mMean.last().x(), mScale.axis().dates, true};
+}
+
+GraphScale TimePlotView::yScale() const
+{
+    return {datasetName(mDataset), mLow, mHigh};
+}
+
+QStringList TimePlotView::commandLine(const QString &picture) const
+{
+    QStringList line{QStringLiteral("plot"), QStringLiteral("time"), workspace().commandPath(),
+                     datasetWord(mDataset), picture};
+    if (mHasSelected && !mLines.isEmpty()) {
+        const QStringList keys = objectKeys(geography());
+        for (const int object : mLines)
+            line << QStringLiteral("--object") << keys.value(object);
+    }
+    return line;
+}
+
+} // namespace meridor

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "desk/views/valueHistory.h"
+#include <QCoreApplication>
+#include <limits>
+#include <memory>
+#include "core/plot/plotValues.h"
+#include "core/project/catalog.h"
+#include "core/project/failure.h"
+#include "core/project/progress.h"
+#include "core/render/classes.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
+#include "datainterface/MDataset.h"
+
+namespace meridor {
+namespace {
+
+constexpr qint64 kMostKept = 8'000'000;    ///< values, 64 MB
+constexpr qint64 kLongReading = 4'000'000; ///< values, from which on progress is shown
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+
+} // namespace
+
+QVector<double> numbersAt(int dataset, qint64 time)
+{
+    requireNumbers(dataset);
+    ValuesAt values = existingValuesAt(dataset, time);
+    for (const int object : std::as_const(values.missing))
+        if (object >= 0 && object < values.numbers.size())
+            values.numbers[object] = kNone;
+    return values.numbers;
+}
+
+void ValueHistory::load(int dataset, qint64 now)
+{
+    requireNumbers(dataset);
+    mDataset = dataset;
+    mValues.clear();
+    mTimes = meridor::datasetOf(dataset)->IsStatic() ? QVector<Interval>{{now, now, true, true}}
+                                                     : dataTimes(dataset);
+    const qint64 objects = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount;
+    const qint64 total = objects * mTimes.size();
+    mIsKept = total <= kMostKept;
+    if (!mIsKept)
+        return;
+    std::unique_ptr<const Progress> progress;
+    if (total > kLongReading) {
+        const QByteArray label =
+            QCoreApplication::translate("ValueHistory", "Reading values...").toUtf8();
+        progress = std::make_unique<const Progress>(label.constData(), label.constData());
+    }
+    for (int step = 0; step < steps(); ++step) {
+        if (progress)
+            progress->report(100 * step / steps());
+        mValues.append(numbersAt(dataset, instantOf(mTimes[step])));
+    }
+}
+
+int ValueHistory::stepAt(qint64 time) const
+{
+    for (int step = 0; step < steps(); ++step)
+        if (instantOf(mTimes[step]) == time
+            || (mTimes[step].startTime <= time && time < mTimes[step].endTime))
+            return step;
+    return -1;
+}
+
+QVector<double> ValueHistory::values(int step) const
+{
+    return mIsKept ? mValues[step] : numbersAt(mDataset, instantOf(mTimes[step]));
+}
+
+double ValueHistory::value(int step, int object) const
+{
+    return mIsKept && object >= 0 ? mValues[step].value(object, kNone) : kNone;
+}
+
+} // namespace meridor
