@@ -51,8 +51,8 @@ public:
 
     /// Writes the window as it stands into a PNG, SVG or PDF file, by its extension, and notes the
     /// command line that makes the same picture. False after telling the user why not.
-    bool exportTo(const QString &file);
-    void copyToClipboard();
+    virtual bool exportTo(const QString &file);
+    virtual void copyToClipboard();
 
     /// Whether a dataset can be dropped here.
     virtual bool accepts(int dataset) const;

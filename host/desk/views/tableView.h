@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+/// The objects of a geography as rows of a table.
+#pragma once
+#include <QPointer>
+#include <QTableView>
+#include "desk/views/objectText.h"
+#include "desk/views/view.h"
+
+namespace meridor {
+
+class ValueTable;
+
+/// A click selects the object of a row, a drag those of several; with shift the rows from the last
+/// one that was clicked, with control the rows are toggled. Selected rows are those of the geography's
+/// flags: the table has no selection of its own.
+///
+/// Keys: space selects the object of the current row, shift with an arrow those from the last one,
+/// control A all.
+class TableView final : public View {
+    Q_OBJECT
+public:
+    TableView(Workspace &workspace, int geography);
+    ~TableView() override;
+
+    QTableView *table() const { return mTable; }
+    ValueTable &model() const { return *mModel; }
+    QString title() const override;
+    /// The viewport of the table.
+    QWidget *widget() const override { return mTable->viewport(); }
+    void draw(QPainter &painter, const QSize &size) override;
+    QVector<unsigned int> objectsIn(const QPainterPath &region) override;
+    /// None: a table remains when a dataset is removed.
+    QVector<int> datasets() const override { return {}; }
+    /// A sentence that tells why there are no rows; empty if there are some.
+    const QString &trouble() const { return mTrouble; }
+    /// Sorts by a column; by the same one again in the other order.
+    void sortBy(int column);
+    void sortBy(int column, Qt::SortOrder order);
+    void setSelectedFirst(bool first);
+    /// The selected objects in the order of the rows; all if none is selected.
+    QVector<int> objectsToCopy() const;
+
+Q_SIGNALS:
+    void pointedAt(const QString &text);
+
+protected:
+    void timeChanged() override;
+    void selectionChanged() override;
+    void hoverChanged() override;
+
+private:
+    class Table;
+    void chooseRows(int first, int last, SelectionMode mode);
+    void sizeColumns();
+    void reload();
+    void rereadColumns(const QVector<int> &gone);
+    void pointAt(int row);
+
+    ValueTable *mModel;
+    QTableView *mTable;
+    QPointer<QWidget> mTableWidget; ///< null once the table was deleted
+    QString mTrouble;
+    bool mMustReload = false; ///< other objects exist now
+    ObjectText mNames;
+};
+
+} // namespace meridor
