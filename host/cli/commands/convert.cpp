@@ -27,8 +27,6 @@ Conversion conversionOf(const Options &options)
     for (const auto storage : {MVectorDataset::TimeSlice, MVectorDataset::TimeSeries})
         if (options.storage == QLatin1String(storageName(storage)))
             conversion.storage = storage;
-    if (!conversion.type && !conversion.storage)
-        failUsage(QStringLiteral("a conversion needs --type or --storage"));
     return conversion;
 }
 
@@ -55,7 +53,9 @@ void run(const Options &options, const Context &context)
         requireNewDatasetName(VORN_GetGeographyId(dataset), conversion.name);
         if (conversion.type)
             loss = lossOf(dataset, *conversion.type);
-        props = VORN_GetDatasetProperties(convertDataset(dataset, conversion));
+        const bool isCopy = !conversion.type && !conversion.storage;
+        props = VORN_GetDatasetProperties(isCopy ? copyDataset(dataset, conversion.name)
+                                                 : convertDataset(dataset, conversion));
     });
     tell(loss, context.console);
     const QString type = QLatin1String(typeName(static_cast<DataType>(props.dataType)));
@@ -82,7 +82,7 @@ void addConvert(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     const Command command =
-        app.verb("convert", "Add a dataset's values in another type or storage");
+        app.verb("convert", "Add a copy of a dataset, also of another type or storage");
     projectArgument(command, options->target.project);
     datasetArgument(command, options->dataset);
     command.text("NEW", options->conversion.name, "The new dataset's name").required();

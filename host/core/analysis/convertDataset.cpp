@@ -5,6 +5,7 @@
 #include <limits>
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
+#include "core/project/edit.h"
 #include "core/project/failure.h"
 #include "core/project/progress.h"
 #include "datainterface/DataAPI.h"
@@ -182,6 +183,18 @@ int convertDataset(int dataset, const Conversion &conversion)
     const NewDataset typed(
         withType(dataset, *conversion.type, conversion.name, conversion.decimals));
     return withStorage(typed.id(), *conversion.storage, conversion.name);
+}
+
+int copyDataset(int dataset, const QString &name)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    requireNewDatasetName(geography, name);
+    NewDataset copy(VORN_MigrateDataset(dataset, geography, false));
+    if (copy.id() < 0)
+        fail(QStringLiteral("%1 could not be copied").arg(datasetName(dataset)));
+    renameDataset(copy.id(), name);
+    VORN_NewDatasetCreated(copy.id());
+    return copy.keep();
 }
 
 } // namespace meridor

@@ -22,6 +22,11 @@ struct Conversion {
 /// @return the id of the new dataset.
 MERIDOR_EXPORT int convertDataset(int dataset, const Conversion &conversion);
 
+/// Creates a dataset with the values of `dataset`, of the same type and storage; of a grid, too.
+/// Raises a Failure if a dataset has the name.
+/// @return the id of the new dataset.
+MERIDOR_EXPORT int copyDataset(int dataset, const QString &name);
+
 /// What a conversion to a type does not keep, in numbers of values of all times and realizations.
 struct ConversionLoss {
     qint64 values = 0;     ///< of the dataset, missing ones left out

@@ -42,7 +42,7 @@ private:
 
     Workspace &mWorkspace;
     ImportGuess mGuess;
-    bool mIsFilling = false;
+    bool mIsFilling = true; ///< until the form is complete
     QFormLayout *mForm;
     QLabel *mFile;
     QComboBox *mLayer;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "desk/project/things.h"
+#include "core/analysis/convertDataset.h"
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/edit.h"
@@ -136,30 +137,14 @@ QString shapesText(const GeoProps &props)
     return text("%1 %2").arg(props.objectCount).arg(QLatin1String(shapeName(props.type)));
 }
 
-int copyDataset(int dataset)
-{
-    const int geography = VORN_GetGeographyId(dataset);
-    const int copy = VORN_MigrateDataset(dataset, geography, false);
-    if (copy < 0)
-        fail(text("%1 cannot be copied").arg(datasetName(dataset)));
-    if (datasetName(copy) == datasetName(dataset))
-        renameDataset(copy, controller().GetUniqueDatasetName(geography, datasetName(dataset)));
-    VORN_NewDatasetCreated(copy);
-    return copy;
-}
-
 void noteCopy(Workspace &workspace, const Thing &thing, const Thing &copy)
 {
-    const DatasetProps props = VORN_GetDatasetProperties(copy.id);
-    if (thing.kind != Thing::Dataset || props.bitDepth > 0) {
-        remark(workspace,
-               text("copy the %1 %2 as %3").arg(kindText(thing.kind), wordOf(thing), nameOf(copy)));
-        return;
-    }
-    const auto storage = static_cast<MVectorDataset::StorageType>(props.storageType);
-    note(workspace,
-         {QStringLiteral("convert"), workspace.commandPath(), wordOf(thing), nameOf(copy),
-          QStringLiteral("--storage"), QLatin1String(storageName(storage))});
+    if (thing.kind == Thing::Dataset)
+        note(workspace, {QStringLiteral("convert"), workspace.commandPath(), wordOf(thing),
+                         nameOf(copy)});
+    else
+        remark(workspace, text("copy the %1 %2 as %3")
+                              .arg(kindText(thing.kind), wordOf(thing), nameOf(copy)));
 }
 
 template <class Ids> int newest(const Ids &before, const Ids &after)
@@ -305,7 +290,9 @@ Thing duplicateThing(Workspace &workspace, const Thing &thing)
     workspace.run(text("Duplicate"), [&](const Progress &) {
         MGeoData *const geography = geographyOf(geographyOfThing(thing));
         if (thing.kind == Thing::Dataset) {
-            copy = {Thing::Dataset, copyDataset(thing.id), -1};
+            const QString name =
+                controller().GetUniqueDatasetName(geography->GetId(), nameOf(thing));
+            copy = {Thing::Dataset, copyDataset(thing.id, name), -1};
         } else if (thing.kind == Thing::WeightSet) {
             const QList<int> before = geography->GetSpatialWeightsIds();
             geography->DuplicateSpatialWeightSet(thing.id);

@@ -200,11 +200,13 @@ void MainWindow::makeFileMenu()
     mRecent = menu->addMenu(tr("Recent &projects"));
     connect(mRecent, &QMenu::aboutToShow, this, &MainWindow::fillRecent);
     addTo(menu, "fileSample", tr("Open the sa&mple"), {}, [this] { openSample(); });
-    addTo(menu, "fileImport", tr("&Import..."), QKeySequence(Qt::CTRL + Qt::Key_I), [this] {
-        const QString file = QFileDialog::getOpenFileName(this, tr("Import a map, table or grid"));
-        if (!file.isEmpty())
-            importFile(file);
-    });
+    addTo(menu, "fileImport", tr("&Import..."), QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_I),
+          [this] {
+              const QString file =
+                  QFileDialog::getOpenFileName(this, tr("Import a map, table or grid"));
+              if (!file.isEmpty())
+                  importFile(file);
+          });
     menu->addSeparator();
     mProjectActions << addTo(menu, "fileSave", tr("&Save"), QKeySequence::Save, [this] { save(); });
     mProjectActions << addTo(menu, "fileSaveAs", tr("Save &as..."), QKeySequence::SaveAs, [this] {

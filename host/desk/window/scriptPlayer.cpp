@@ -18,6 +18,7 @@
 #include <QTimer>
 #include <QUrl>
 #include <memory>
+#include "core/analysis/weightSets.h"
 #include "core/import/guessImport.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -112,6 +113,9 @@ public:
             {QStringLiteral("unlink"), &Player::unlink},
             {QStringLiteral("action"), &Player::action},
             {QStringLiteral("properties"), &Player::properties},
+            {QStringLiteral("rename"), &Player::rename},
+            {QStringLiteral("duplicate"), &Player::duplicate},
+            {QStringLiteral("remove"), &Player::remove},
             {QStringLiteral("export"), &Player::exportView},
             {QStringLiteral("report"), &Player::report},
             {QStringLiteral("log"), &Player::log},
@@ -285,8 +289,8 @@ private:
         ViewWindow &window = viewOf(step);
         const QString to = step.value(QStringLiteral("to")).toString();
         if (!to.isEmpty()) {
-            trigger(window, to == QLatin1String("selection") ? QStringLiteral("zoomToSelection")
-                                                             : QStringLiteral("zoomToAll"));
+            trigger(window, to == QLatin1String("selection") ? QStringLiteral("zoomSelection")
+                                                             : QStringLiteral("zoomAll"));
             return;
         }
         QJsonObject state = window.state();
@@ -366,10 +370,22 @@ private:
                                               : trigger(mWindow, name);
     }
 
-    void properties(const QJsonObject &step)
+    static Thing thingOf(const QJsonObject &step)
     {
-        mWindow.showProperties({Thing::Dataset, findDataset(stringOf(step, "dataset")), -1});
+        if (step.contains(QStringLiteral("weights")))
+            return {Thing::WeightSet, findWeightSet(stringOf(step, "weights")), -1};
+        if (step.contains(QStringLiteral("dataset")))
+            return {Thing::Dataset, findDataset(stringOf(step, "dataset")), -1};
+        return {Thing::Geography, findGeography(stringOf(step, "geography")), -1};
     }
+
+    void properties(const QJsonObject &step) { mWindow.showProperties(thingOf(step)); }
+    void rename(const QJsonObject &step)
+    {
+        renameThing(mWorkspace, thingOf(step), stringOf(step, "to"));
+    }
+    void duplicate(const QJsonObject &step) { duplicateThing(mWorkspace, thingOf(step)); }
+    void remove(const QJsonObject &step) { removeThings(mWorkspace, {thingOf(step)}); }
 
     void exportView(const QJsonObject &step) { viewOf(step).exportTo(stringOf(step, "file")); }
     void report(const QJsonObject &step) { mWindow.writeReport(stringOf(step, "file")); }

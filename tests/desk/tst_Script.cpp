@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: MIT
+// The program from outside: steps that it plays, the log as a script for a shell, and what a killed
+// process leaves.
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <csignal>
+#include "core/analysis/snapshot.h"
+#include "core/project/catalog.h"
+#include "core/project/fileLock.h"
+#include "desk/project/workspace.h"
+#include "desk/window/application.h"
+
+using namespace meridor;
+
+namespace {
+
+// Steps as JSON, with grave accents for quotation marks.
+const char *const kImport =
+    "{`do`: `import`, `file`: `%1/us_income/states48.geojson`, `name`: `states`, `key`: `fips`,"
+    "`tables`: [`%1/us_income/income_1929_2009.csv`], `series`: [`income=1929..2009`]}";
+
+/// The last changes are given up.
+const char *const kSession =
+    ","
+    " {`do`: `method`, `name`: `weights`,"
+    " `parameters`: {`geography`: `states`, `name`: `queen`, `method`: `queen`}},"
+    " {`do`: `save`, `file`: `first it's.vorn`},"
+    " {`do`: `method`, `name`: `moran`,"
+    " `parameters`: {`dataset`: `income`, `weights`: `queen`, `permutations`: 49, `seed`: 3,"
+    " `local`: true, `save`: `income Moran`}},"
+    " {`do`: `rename`, `dataset`: `income`, `to`: `Einkommen in €`},"
+    " {`do`: `duplicate`, `dataset`: `sub_region`},"
+    " {`do`: `remove`, `dataset`: `abbr`},"
+    " {`do`: `save`, `file`: `second.vorn`},"
+    " {`do`: `remove`, `geography`: `states`},"
+    " {`do`: `close`},"
+    " {`do`: `log`, `file`: `session.sh`}]";
+const char *const kWait = ", {`do`: `wait`, `milliseconds`: 60000}]";
+const char *const kRename = ", {`do`: `save`, `file`: `work.vorn`},"
+                            " {`do`: `rename`, `dataset`: `income`, `to`: `renamed`}";
+
+} // namespace
+
+class tst_Script : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        mFolder = std::make_unique<QTemporaryDir>();
+        QVERIFY(mFolder->isValid());
+    }
+    void theLogRepeatsTheSession();
+    void failingStepsAreNamed_data();
+    void failingStepsAreNamed();
+    void aKilledSessionLosesNothing();
+
+private:
+    struct Outcome {
+        int code = -1;
+        QString errors;
+    };
+    QString path(const char *name) const { return mFolder->filePath(QLatin1String(name)); }
+    void write(const char *name, const QString &text) const
+    {
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(text.toUtf8());
+    }
+    void writeSteps(QString steps) const
+    {
+        write("steps.json", steps.replace(QLatin1Char('`'), QLatin1Char('"')));
+    }
+    Outcome run(const QString &program, const QStringList &arguments) const
+    {
+        QProcess process;
+        process.setWorkingDirectory(mFolder->path());
+        process.start(program, arguments);
+        if (!process.waitForFinished(120000))
+            return {};
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardError())};
+    }
+    Outcome play(const QString &steps) const
+    {
+        writeSteps(steps);
+        return run(QStringLiteral(MERIDOR_TEST_DESK),
+                   {QStringLiteral("--script"), QStringLiteral("steps.json")});
+    }
+    Workspace &workspace() const { return static_cast<Application *>(qApp)->workspace(); }
+
+    std::unique_ptr<QTemporaryDir> mFolder;
+};
+
+void tst_Script::theLogRepeatsTheSession()
+{
+    const Outcome outcome =
+        play(QString(QLatin1String("[") + QLatin1String(kImport) + QString::fromUtf8(kSession))
+                 .arg(QStringLiteral(MERIDOR_TEST_SAMPLES)));
+    QCOMPARE(outcome.errors.section(QStringLiteral("meridor-desk: "), 1), QString());
+    QCOMPARE(outcome.code, 0);
+    QVERIFY(QDir(mFolder->path()).mkdir(QStringLiteral("kept")));
+    const char *const names[] = {"first it's.vorn", "second.vorn"};
+    for (const char *const name : names)
+        QVERIFY(QFile::rename(path(name), path("kept/") + QLatin1String(name)));
+    const QByteArray before = qgetenv("PATH");
+    qputenv("PATH", QByteArray(MERIDOR_DIRECTORY ":") + before);
+    const Outcome repeated = run(QStringLiteral("bash"), {QStringLiteral("session.sh")});
+    qputenv("PATH", before);
+    QVERIFY2(repeated.code == 0, qPrintable(repeated.errors));
+    for (const char *const name : names) {
+        QVERIFY(workspace().open(path("kept/") + QLatin1String(name)));
+        const Snapshot kept = takeSnapshot();
+        QVERIFY(workspace().open(path(name)));
+        QCOMPARE(differences(kept, takeSnapshot()), QStringList());
+        QVERIFY(kept.count > 48 * 81);
+    }
+    QVERIFY(findDataset(QStringLiteral("Einkommen in €")) >= 0);
+    QVERIFY(findDataset(QStringLiteral("sub_region 2")) >= 0);
+    workspace().close();
+}
+
+void tst_Script::failingStepsAreNamed_data()
+{
+    QTest::addColumn<QString>("steps");
+    QTest::addColumn<QString>("text");
+    const QString import =
+        QString(QLatin1String(kImport)).arg(QStringLiteral(MERIDOR_TEST_SAMPLES));
+    const auto row = [](const char *name, const QString &steps, const char *text) {
+        QTest::newRow(name) << steps << QString::fromUtf8(text);
+    };
+    row("no JSON", "[{]", "steps.json, byte");
+    row("no list", "{}", "the steps are not a list");
+    row("unknown", "[{`do`: `fly`}]", "step 1 (fly): there is no step of this name");
+    row("no such project", "[{`do`: `open`, `file`: `absent.vorn`}]", "step 1 (open): ");
+    row("rubbish as a project", "[{`do`: `open`, `file`: `rubbish.vorn`}]",
+        "not a project that this version reads");
+    row("rubbish dropped", "[{`do`: `import`, `file`: `rubbish.vorn`}]", "step 1 (import): ");
+    row("no such dataset", "[" + import + ", {`do`: `remove`, `dataset`: `incme`}]",
+        "step 2 (remove): ");
+    row("name that is taken",
+        "[" + import + ", {`do`: `rename`, `dataset`: `abbr`, `to`: `income`}]",
+        "has a dataset income already");
+    row("no such view", "[" + import + ", {`do`: `zoom`, `view`: 3, `to`: `all`}]",
+        "there is no such view");
+    row("no such object",
+        "[" + import + ", {`do`: `select`, `geography`: `states`, `objects`: [`Atlantis`]}]",
+        "Atlantis");
+    row("no such time",
+        "[" + import + ", {`do`: `time`, `geography`: `states`, `time`: `someday`}]", "someday");
+    row("unwritable", "[" + import + ", {`do`: `save`, `file`: `no/such/folder.vorn`}]",
+        "step 2 (save): ");
+    row("locked", "[" + import + ", {`do`: `save`, `file`: `locked.vorn`}]", "is changing it");
+}
+
+void tst_Script::failingStepsAreNamed()
+{
+    QFETCH(QString, steps);
+    QFETCH(QString, text);
+    write("rubbish.vorn", QStringLiteral("rubbish\n"));
+    const FileLock lock(path("locked.vorn"));
+    const Outcome outcome = play(steps);
+    QCOMPARE(outcome.code, 1);
+    QVERIFY2(outcome.errors.contains(text), qPrintable(outcome.errors));
+}
+
+void tst_Script::aKilledSessionLosesNothing()
+{
+    QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("meridor"),
+              QStringLiteral("meridor-desk"))
+        .setValue(QStringLiteral("recoverySeconds"), 1);
+    const QString import =
+        QString(QLatin1String(kImport)).arg(QStringLiteral(MERIDOR_TEST_SAMPLES));
+    const auto killed = [&](const QString &steps) {
+        writeSteps(steps);
+        QProcess process;
+        process.setWorkingDirectory(mFolder->path());
+        process.start(QStringLiteral(MERIDOR_TEST_DESK),
+                      {QStringLiteral("--script"), QStringLiteral("steps.json")});
+        process.waitForStarted();
+        const qint64 id = process.processId();
+        const QString file =
+            steps.contains(QLatin1String("work.vorn"))
+                ? Workspace::recoveryOf(path("work.vorn"))
+                : Workspace::recoveryOf(QString()).replace(
+                    QString::number(QCoreApplication::applicationPid()), QString::number(id));
+        for (int i = 0; i < 600 && !QFileInfo::exists(file); ++i)
+            QTest::qWait(50);
+        QCOMPARE(QFileInfo(file).exists(), true);
+        // While the process lives its work is not offered to others.
+        QCOMPARE(Workspace::recoveries({path("work.vorn")}).size(), 0);
+        ::kill(static_cast<pid_t>(id), SIGKILL);
+        process.waitForFinished();
+    };
+    const QString wait = QLatin1String(kWait);
+
+    killed("[" + import + wait);
+    QVector<Recovery> left = Workspace::recoveries({});
+    QCOMPARE(left.size(), 1);
+    QCOMPARE(left.first().project, QString());
+    QVERIFY(workspace().recover(left.first()));
+    QVERIFY(workspace().isDirty());
+    QCOMPARE(dataTimes(findDataset(QStringLiteral("income"))).size(), 81);
+    workspace().close();
+    QCOMPARE(Workspace::recoveries({}).size(), 0);
+
+    killed("[" + import + QLatin1String(kRename) + wait);
+    left = Workspace::recoveries({path("work.vorn")});
+    QCOMPARE(left.size(), 1);
+    // Opening the project keeps what was left, and so does another crash before it is looked at.
+    QVERIFY(workspace().open(path("work.vorn")));
+    QCOMPARE(Workspace::earlierWork(path("work.vorn")).size(), 1);
+    workspace().close();
+    left = Workspace::recoveries({path("work.vorn")});
+    QVERIFY(workspace().recover(left.value(0)));
+    QCOMPARE(workspace().path(), path("work.vorn"));
+    QVERIFY(findDataset(QStringLiteral("renamed")) >= 0);
+    QVERIFY(workspace().save());
+    QCOMPARE(Workspace::recoveries({path("work.vorn")}).size(), 0);
+    workspace().close();
+}
+
+int main(int argc, char **argv)
+{
+    const QTemporaryDir home;
+    for (const char *const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+        qputenv(name, home.path().toUtf8());
+    Application application(argc, argv);
+    tst_Script test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_Script.moc"
