@@ -229,8 +229,9 @@ private Q_SLOTS:
             QVERIFY2(difference(moved, anew).isEmpty(),
                      qPrintable(QString("%1 %2").arg(what, difference(moved, anew))));
         };
-        for (const QPoint &step : {QPoint(64, 0), QPoint(-13, 7), QPoint(5, -60), QPoint(-250, 3),
-                                   QPoint(1, 1), QPoint(0, 400), QPoint(190, -390), QPoint(0, 60)}) {
+        for (const QPoint &step :
+             {QPoint(64, 0), QPoint(-13, 7), QPoint(5, -60), QPoint(-250, 3), QPoint(1, 1),
+              QPoint(0, 400), QPoint(190, -390), QPoint(0, 60)}) {
             view.pan(step.x(), step.y());
             check("after a pan");
         }

@@ -97,8 +97,8 @@ private:
     const bool mSnap;
     int mFirstRow = 0; // the rows of the present shape
     int mEndRow = 0;
-    int mSlots[kSlotRows][kSlots];
-    int mCounts[kSlotRows];
+    int mSlots[kSlotRows][kSlots] = {};
+    int mCounts[kSlotRows] = {};
     std::vector<Crossing> mCrossings;
     std::vector<int> mStarts;
     std::vector<int> mColumns;
