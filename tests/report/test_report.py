@@ -220,7 +220,8 @@ class OfOthers(unittest.TestCase):
 
     def test_grids_are_pictures_with_the_same_slider(self):
         meridor("import", SAMPLES / "carolina_climate" / "pr_1999.tif", path("rain.vorn"), "--times", "date")
-        meridor("report", path("rain.vorn"), path("rain.html"), "--datasets", "pr_1999", "--times", "1999-08,1999-09")
+        meridor("report", path("rain.vorn"), path("rain.html"), "--datasets", "pr_1999", "--times", "1999-08,1999-09",
+                "--maps", "1999-08,1999-09")
         with opened(path("rain.html")) as page:
             self.assertEqual(page.run("return document.querySelector('input[type=range]').max"), "1")
             self.assertEqual(page.text(".now"), "1999-09")
@@ -231,6 +232,10 @@ class OfOthers(unittest.TestCase):
             page.frame(200)
             self.assertEqual(page.text(".tooltip strong"), "column 40, row 12")
             self.assertAlmostEqual(float(page.text(".tooltip div").split(": ")[1]), known, places=3)
+            for number, month in ((0, "1999-08"), (1, "1999-09")):
+                page.run("document.querySelectorAll('.then')[arguments[0]].click()", number)
+                page.frame(200)
+                self.assertEqual((page.text(".now"), page.texts(".then .when")[number]), (month, month))
             self.assertEqual(page.complaints(), [])
 
     def test_many_objects_are_painted_and_found(self):

@@ -121,14 +121,15 @@ class Geography {
         return layer && !layer.always ? layer.steps : this.existence;
     }
 
-    /** The step of the layer's slider that contains another step, else the nearest one. */
+    /** The step of the layer's slider that contains another step, else the nearest one; of two that meet there the later
+        one, since the end of a step is the start of the next. */
     stepNear(layer, step) {
         const {at} = this.steps[step];
         const distance = (own) => {
             const {start, end} = this.steps[own];
             return start <= at && at <= end ? 0 : Math.abs(this.steps[own].at - at);
         };
-        return this.stepsOf(layer).reduce((best, own) => (distance(own) < distance(best) ? own : best));
+        return this.stepsOf(layer).reduce((best, own) => (distance(own) <= distance(best) ? own : best));
     }
 }
 
@@ -146,7 +147,8 @@ class Layer {
         if (this.always) return 0;
         if (this.rowOf.has(step)) return this.rowOf.get(step);
         const {at} = this.geography.steps[step];
-        return this.steps.findIndex((own) => this.geography.steps[own].start <= at && at <= this.geography.steps[own].end);
+        const holds = (own) => this.geography.steps[own].start <= at && at <= this.geography.steps[own].end;
+        return this.steps.map(holds).lastIndexOf(true);
     }
 
     /** Values as they are, or in parts of 100 of the mean of their time. */
