@@ -32,7 +32,7 @@ struct Options {
 constexpr const char *kProject = "demo.vorn";
 constexpr const char *kReport = "report.html";
 constexpr qint64 kMostReportBytes = 5000000;
-constexpr int kValues = 60000; // at least as many are compared after saving and loading
+constexpr int kValues = 300000; // at least as many are compared after saving and loading
 
 class Demo {
 public:

@@ -21,34 +21,38 @@ QString heldText(const datum &value)
     return text.isNull() ? QStringLiteral("") : text;
 }
 
-QStringList gridTexts(int dataset, qint64 time, qint64 &count)
+QStringList gridTexts(int dataset, int realization, qint64 time, qint64 &count)
 {
     QStringList texts;
-    for (const double value : gridValues(dataset, time)) {
+    for (const double value : gridValues(dataset, time, realization)) {
         texts.append(std::isnan(value) ? QString() : exactNumber(value));
         count += !std::isnan(value);
     }
     return texts;
 }
 
+QStringList objectTexts(int dataset, int realization, qint64 time, qint64 &count)
+{
+    QVector<datum> values;
+    QSet<int> missing;
+    VORN_GetDataValues(dataset, realization, time, values, missing);
+    QStringList texts;
+    for (int i = 0; i < values.size(); ++i)
+        texts.append(missing.contains(i) ? QString() : heldText(values[i]));
+    count += values.size() - missing.size();
+    return texts;
+}
+
 Snapshot::Series seriesOf(int dataset, qint64 &count)
 {
+    const auto textsAt = rasterOf(dataset) ? &gridTexts : &objectTexts;
+    const int realizations = std::max(1, VORN_GetDatasetProperties(dataset).realizationCount);
     Snapshot::Series series;
-    series.intervals = dataTimes(dataset);
-    if (rasterOf(dataset)) {
-        for (const Interval &interval : qAsConst(series.intervals))
-            series.values.append(gridTexts(dataset, instantOf(interval), count));
-        return series;
-    }
-    for (const Interval &interval : series.intervals) {
-        QVector<datum> values;
-        QSet<int> missing;
-        VORN_GetDataValues(dataset, 0, instantOf(interval), values, missing);
-        QStringList texts;
-        for (int i = 0; i < values.size(); ++i)
-            texts.append(missing.contains(i) ? QString() : heldText(values[i]));
-        count += values.size() - missing.size();
-        series.values.append(texts);
+    for (int realization = 0; realization < realizations; ++realization) {
+        for (const Interval &interval : dataTimes(dataset, realization)) {
+            series.intervals.append(interval);
+            series.values.append(textsAt(dataset, realization, instantOf(interval), count));
+        }
     }
     return series;
 }

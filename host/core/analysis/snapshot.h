@@ -12,7 +12,7 @@ namespace meridor {
 
 struct Snapshot {
     struct Series {
-        QVector<Interval> intervals;
+        QVector<Interval> intervals; ///< of the realizations one after the other
         /// By interval, then by object: exact numbers; a null text for a missing value.
         QVector<QStringList> values;
     };
