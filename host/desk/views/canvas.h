@@ -27,6 +27,7 @@ public:
     void setTool(ViewWindow::Tool tool);
     /// Lines in map coordinates above the layers, such as links.
     void setLinks(const QVector<QLineF> &links);
+    const QVector<QLineF> &links() const { return mLinks; }
 
     const ViewTransform &view() const { return mView; }
     /// Whether the whole map is shown, whatever the size of the widget.

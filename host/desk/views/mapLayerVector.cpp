@@ -177,6 +177,9 @@ void VectorLayerView::buildTable(const MapColors &colors)
     const unsigned char *selected =
         flags ? flags->GetAttributeVector(attribute::kSelected) : nullptr;
     const unsigned char *shown = flags ? flags->GetAttributeVector(attribute::kShown) : nullptr;
+    mIsAnySelected = selected
+                     && std::any_of(selected, selected + mObjectCount,
+                                    [](unsigned char flag) { return flag != 0; });
     // Outlines let everything but the selection through.
     if (dataset() < 0 && mGeometry.kind() == FlatGeometry::Areas)
         shown = selected;
@@ -217,7 +220,7 @@ void VectorLayerView::colorsChanged()
 void VectorLayerView::paintChosen(const PickBuffer &buffer, PickStyle style, QImage &image)
 {
     MAttributes *const flags = workspace().selection().attributes(geography());
-    if (!flags || flags->GetStateCount(attribute::kSelected, true) == 0)
+    if (!flags || !mIsAnySelected)
         return;
     style.only = flags->GetAttributeVector(attribute::kSelected);
     if (mIsChosenStale || mChosen.view() != buffer.view())

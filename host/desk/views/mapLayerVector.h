@@ -53,6 +53,7 @@ private:
     bool mDoesSharpFollow = true;
     PickBuffer mChosen; ///< the selected places or lines
     bool mIsChosenStale = true;
+    bool mIsAnySelected = false;
     int mObjectCount = 0;
     QVector<int> mClassOf; ///< by object; empty without classes
     ColorTable mTable;

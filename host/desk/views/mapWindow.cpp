@@ -215,6 +215,10 @@ void MapWindow::adopt(MapLayerView *layer)
         if (layer == mActive)
             showClasses();
     });
+    connect(layer, &View::shownTimeChanged, this, [this, layer] {
+        if (mHasLinksOfAll && layer->geography() == mLinkedSet >> 16)
+            readLinks();
+    });
     addView(layer);
     layersChanged();
     activeChanged();
@@ -531,6 +535,7 @@ void MapWindow::draw(QPainter &painter, const QSize &size)
     if (isAnySelected)
         picture.legend.append(
             {QString(), {{QColor::fromRgb(MapColors(palette()).selected), tr("selected")}}});
+    panel.links = mCanvas->links();
     picture.panels.append(panel);
     drawMap(painter, picture);
 }
