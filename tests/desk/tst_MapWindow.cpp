@@ -423,6 +423,7 @@ void tst_MapWindow::hoveringShowsNeighbors()
     key(*map, Qt::Key_N);
     QCOMPARE(selected(mStates), sorted(Ids(neighbors) << object));
     QVERIFY(map->showWeights(set, -1));
+    QCOMPARE(map->canvas().links().size(), 214);
     VORN_RemoveClusterSet(set);
     QCOMPARE(workspace().shownWeights(mStates), -1);
     QCOMPARE(box->count(), 1);
@@ -493,6 +494,10 @@ void tst_MapWindow::layersStandOverEachOther()
     key(*map, Qt::Key_Escape);
     QCOMPARE(selected(counties).size() + selected(rain).size(), 0);
     QVERIFY(!map->addLayer(-5));
+    QTest::keyClick(map->findChild<LegendPanel *>(), Qt::Key_Delete); // the active layer
+    QTRY_COMPARE(map->layers().size(), 1);
+    QCOMPARE(map->layers()[0]->geography(), counties);
+    QCOMPARE(map->activeLayer(), map->layers()[0]);
 }
 
 void tst_MapWindow::groupsOfLinks()

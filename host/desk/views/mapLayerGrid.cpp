@@ -57,14 +57,13 @@ GridLayerView::GridLayerView(Workspace &workspace, int geography, int dataset, Q
 void GridLayerView::readValues()
 {
     mHasImage = false;
-    mCountedRows = 0;
-    const auto cells = static_cast<qint64>(mGrid.rows) * mGrid.columns;
+    mCountedRows = mGrid.rows; // nothing is counted without a grid
     mIsCounted = false;
-    if (cells > kMostCounted)
-        mCountedRows = mGrid.rows;
     if (!rasterOf(dataset())->GetConstRasterInfo(0, time()))
         fail(tr("%1 has no grid at %2.")
                  .arg(datasetName(dataset()), axisOf(geography()).show(time())));
+    if (static_cast<qint64>(mGrid.rows) * mGrid.columns <= kMostCounted)
+        mCountedRows = 0;
 }
 
 void GridLayerView::colorsChanged()

@@ -69,6 +69,7 @@ void VectorLayerView::readShapes()
         mObjectCount = static_cast<int>(geographyOf(geography())->GetObjectCount());
         mHasShapes = true;
     }
+    mClassOf.fill(-1, mObjectCount); // until the values are read
     if (mGeometry.count() == 0)
         fail(tr("No object of %1 exists at %2.")
                  .arg(geographyName(geography()), axisOf(geography()).show(time())));
@@ -87,7 +88,6 @@ void VectorLayerView::forgetShapes()
 
 void VectorLayerView::readValues()
 {
-    mClassOf.fill(-1, mObjectCount);
     const Classification &classes = *this->classes();
     const bool isRead = !classes.limits().isEmpty()
                         && VORN_GetClassNumbers(dataset(), 0, time(), classes.limits(), mClassOf);
@@ -96,7 +96,8 @@ void VectorLayerView::readValues()
         for (int object = 0; object < mObjectCount; ++object)
             mClassOf[object] = classes.of(values, object);
     }
-    mClassOf.resize(mObjectCount);
+    if (mClassOf.size() < mObjectCount)
+        mClassOf += QVector<int>(mObjectCount - mClassOf.size(), -1);
     for (const int object : mGeometry.shapes().ids)
         ++(mClassOf[object] < 0 ? mMissing : mCounts[mClassOf[object]]);
     if (mMissing == static_cast<qint64>(mGeometry.count()) && trouble().isEmpty())
@@ -183,9 +184,8 @@ void VectorLayerView::buildTable(const MapColors &colors)
     // Outlines let everything but the selection through.
     if (dataset() < 0 && mGeometry.kind() == FlatGeometry::Areas)
         shown = selected;
-    const bool hasClasses = mClassOf.size() == mObjectCount && !rule.classes.isEmpty();
-    mTable.build(mObjectCount, rule, hasClasses || dataset() >= 0 ? mClassOf.constData() : nullptr,
-                 shown, selected);
+    mTable.build(mObjectCount, rule, dataset() >= 0 ? mClassOf.constData() : nullptr, shown,
+                 selected);
     mIsTableStale = false;
     mTableGround = colors.ground;
 }

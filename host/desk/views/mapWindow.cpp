@@ -242,7 +242,8 @@ void MapWindow::viewLeaves(View *view)
     if (mActive == layer)
         mActive = mLayers.isEmpty() ? nullptr : mLayers.last();
     layersChanged();
-    activeChanged();
+    // Values are not read while the library removes something.
+    QTimer::singleShot(0, this, [this] { activeChanged(); });
 }
 
 void MapWindow::moveLayer(MapLayerView *layer, int up)
