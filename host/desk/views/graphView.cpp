@@ -480,7 +480,9 @@ void GraphView::draw(QPainter &painter, const QSize &size)
     QwtPlotRenderer renderer;
     renderer.setDiscardFlags(QwtPlotRenderer::DiscardBackground
                              | QwtPlotRenderer::DiscardCanvasBackground);
-    renderer.render(mPlot, &painter, QRectF(QPointF(), size));
+    const double margin = std::min(mPlot->fontMetrics().height() / 2.0, size.width() / 20.0);
+    renderer.render(mPlot, &painter,
+                    QRectF(QPointF(), size).adjusted(margin, margin, -2 * margin, -margin));
     setExporting(false);
     mPlot->setPalette(hasOwn ? present : QPalette());
 }

@@ -30,9 +30,6 @@ PointView::PointView(Workspace &workspace, int geography)
       mSelectedCurve(newLine(plot(), 31))
 {
     mPoints->attach(plot());
-    // The image of the points covers what is below, so the grid is drawn over it.
-    for (QwtPlotItem *const grid : plot()->itemList(QwtPlotItem::Rtti_PlotGrid))
-        grid->setZ(25);
 }
 
 const std::vector<QPointF> &PointView::places() const
@@ -73,7 +70,7 @@ void PointView::recolor()
     rule.selected = colors().selected.rgb();
     for (const QColor &color : std::as_const(mClassColors))
         rule.classes.append(colors().legible(color).rgb());
-    mPoints->setColors(rule, mClasses);
+    mPoints->setColors(rule, colors().grid.rgb(), mClasses);
 }
 
 void PointView::setExporting(bool exporting)

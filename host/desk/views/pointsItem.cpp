@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <qwt_plot.h>
+#include <qwt_scale_div.h>
 #include <qwt_scale_map.h>
 #include "desk/draw/colorPass.h"
 
@@ -34,9 +36,10 @@ void PointsItem::setPlaces(std::vector<QPointF> places)
     setSelected(nullptr);
 }
 
-void PointsItem::setColors(const ColorRule &rule, const QVector<int> &classes)
+void PointsItem::setColors(const ColorRule &rule, QRgb grid, const QVector<int> &classes)
 {
     mRule = rule;
+    mGrid = grid;
     const bool hasClasses = classes.size() == static_cast<int>(mPlaces.size());
     mAll.colors.build(static_cast<int>(mPlaces.size()), rule,
                       hasClasses ? classes.constData() : nullptr, nullptr, nullptr);
@@ -151,11 +154,27 @@ void PointsItem::paintImage(QPainter &painter, const ViewTransform &view, const 
     if (mPicture.isNull() || !mAll.isAt(drawn)) {
         mPicture = QImage(view.size(), QImage::Format_RGB32);
         mPicture.fill(mRule.ground);
+        paintGrid(canvas, view);
         mAll.paint(drawn, style, mPicture);
     }
     QImage image = mPicture;
     mSelected.paint(drawn, style, image);
     painter.drawImage(canvas, image);
+}
+
+void PointsItem::paintGrid(const QRectF &canvas, const ViewTransform &view) const
+{
+    QPainter painter(&mPicture);
+    painter.setPen(QPen(QColor(mGrid), std::max(1.0, mPicture.width() / canvas.width())));
+    const QSizeF size(mPicture.size());
+    for (const double tick : plot()->axisScaleDiv(QwtPlot::xBottom).ticks(QwtScaleDiv::MajorTick)) {
+        const double x = view.toPixel(QPointF(tick, 0)).x();
+        painter.drawLine(QPointF(x, 0), QPointF(x, size.height()));
+    }
+    for (const double tick : plot()->axisScaleDiv(QwtPlot::yLeft).ticks(QwtScaleDiv::MajorTick)) {
+        const double y = view.toPixel(QPointF(0, tick)).y();
+        painter.drawLine(QPointF(0, y), QPointF(size.width(), y));
+    }
 }
 
 void PointsItem::paintDiscs(QPainter &painter, const QwtScaleMap &xMap,

@@ -22,7 +22,8 @@ public:
     void setPlaces(std::vector<QPointF> places);
     /// @param rule     the colours; its `selected` is that of the discs above.
     /// @param classes  by object; empty: all are plain.
-    void setColors(const ColorRule &rule, const QVector<int> &classes = {});
+    /// @param grid     the colour of the lines at the ticks, below the discs.
+    void setColors(const ColorRule &rule, QRgb grid, const QVector<int> &classes = {});
     /// @param selected  one flag for each object, or null.
     void setSelected(const unsigned char *selected);
     const std::vector<QPointF> &places() const { return mPlaces; }
@@ -56,11 +57,13 @@ private:
     };
     void paintImage(QPainter &painter, const ViewTransform &view, const QRectF &canvas,
                     double ratio) const;
+    void paintGrid(const QRectF &canvas, const ViewTransform &view) const;
     void paintDiscs(QPainter &painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap) const;
     QRgb colorOf(std::size_t object) const { return mAll.colors.data()[object + 1]; }
 
     std::vector<QPointF> mPlaces;
     ColorRule mRule;
+    QRgb mGrid = 0xff000000U;
     mutable Layer mAll;
     mutable QImage mPicture; ///< of mAll; null: to be made
     mutable Layer mSelected;

@@ -183,6 +183,7 @@ TableView::TableView(Workspace &workspace, int geography)
     });
     connect(&workspace, &Workspace::idle, this, &TableView::reload);
     join();
+    sizeColumns();
 }
 
 TableView::~TableView()
@@ -206,7 +207,6 @@ void TableView::timeChanged()
     } catch (const Failure &failure) {
         mTrouble = failure.text() + QLatin1Char('.');
     }
-    sizeColumns();
     mTable->setAccessibleName(title());
     mTable->setAccessibleDescription(mTrouble);
 }
@@ -229,18 +229,22 @@ void TableView::rereadColumns(const QVector<int> &gone)
 
 void TableView::sizeColumns()
 {
+    constexpr int kSampled = 40; // rows
+    constexpr qint64 kMostRead = 2000000;
     const QFontMetrics metrics = mTable->fontMetrics();
-    const int room = 2 * metrics.height();
+    // The values of a large table are not read before they are shown.
+    const qint64 cells = static_cast<qint64>(mModel->rowCount()) * mModel->columnCount();
+    const int rows =
+        cells <= kMostRead && !workspace().isBusy() ? std::min(kSampled, mModel->rowCount()) : 0;
     for (int column = 0; column < mModel->columnCount(); ++column) {
-        const bool isText =
-            mModel->headerData(column, Qt::Horizontal).isValid()
-            && (mModel->data(mModel->index(0, column), Qt::TextAlignmentRole).toInt()
-                & Qt::AlignLeft);
-        const int name =
+        int width =
             metrics.horizontalAdvance(mModel->headerData(column, Qt::Horizontal).toString());
-        const int values = metrics.averageCharWidth() * (isText ? 22 : 10);
-        mTable->setColumnWidth(column,
-                               std::clamp(name, values, 40 * metrics.averageCharWidth()) + room);
+        width = std::max(width, metrics.averageCharWidth() * (rows > 0 ? 4 : 14));
+        for (int row = 0; row < rows; ++row)
+            width = std::max(
+                width, metrics.horizontalAdvance(mModel->index(row, column).data().toString()));
+        mTable->setColumnWidth(column, std::min(width, 40 * metrics.averageCharWidth())
+                                           + 2 * metrics.height());
     }
 }
 
