@@ -61,6 +61,7 @@ ImportDialog::ImportDialog(Workspace &workspace, QWidget *parent)
     mCommandLine->setObjectName(QStringLiteral("importCommandLine"));
     mCommandLine->setAccessibleName(tr("The same as a command line"));
     mTrouble->setObjectName(QStringLiteral("importTrouble"));
+    mTrouble->setAccessibleName(tr("What went wrong"));
     mTrouble->setWordWrap(true);
     mTrouble->setTextFormat(Qt::PlainText);
     mTrouble->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
@@ -76,6 +77,7 @@ ImportDialog::ImportDialog(Workspace &workspace, QWidget *parent)
     inside->setLayout(mForm);
     auto *const scroll = new QScrollArea;
     scroll->setWidgetResizable(true);
+    scroll->setAccessibleName(tr("What is imported, and how"));
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidget(inside);
     auto *const column = new QVBoxLayout(this);

@@ -140,11 +140,11 @@ QString shapesText(const GeoProps &props)
 void noteCopy(Workspace &workspace, const Thing &thing, const Thing &copy)
 {
     if (thing.kind == Thing::Dataset)
-        note(workspace, {QStringLiteral("convert"), workspace.commandPath(), wordOf(thing),
-                         nameOf(copy)});
+        note(workspace,
+             {QStringLiteral("convert"), workspace.commandPath(), wordOf(thing), nameOf(copy)});
     else
-        remark(workspace, text("copy the %1 %2 as %3")
-                              .arg(kindText(thing.kind), wordOf(thing), nameOf(copy)));
+        remark(workspace,
+               text("copy the %1 %2 as %3").arg(kindText(thing.kind), wordOf(thing), nameOf(copy)));
 }
 
 template <class Ids> int newest(const Ids &before, const Ids &after)

@@ -528,6 +528,8 @@ void Workspace::meetGeographies()
         if (mKnown.contains(id))
             continue;
         mKnown.append(id);
+        mTimes.remove(id); // what was asked while it was being made
+        mSteps.remove(id);
         MGeoData *const data = geographyOf(id);
         data->AddListener(this);
         data->AddSpatialWeightSetListener(this);

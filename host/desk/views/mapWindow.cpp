@@ -90,6 +90,7 @@ MapWindow::MapWindow(Workspace &workspace, QWidget *parent)
     auto *const split = new QSplitter(Qt::Horizontal, this);
     auto *const side = new QSplitter(Qt::Vertical);
     auto *const scroll = new QScrollArea;
+    scroll->setAccessibleName(tr("Classes and neighbours"));
     scroll->setWidget(mClasses);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);

@@ -165,8 +165,9 @@ void MainWindow::makeDocks()
     mLogPanel = new LogPanel(mWorkspace);
     mLogDock = add(mLogPanel, tr("Log"), "logDock", Qt::BottomDockWidgetArea);
     const int em = fontMetrics().height();
-    resizeDocks({mContentsDock}, {16 * em}, Qt::Horizontal);
-    resizeDocks({mLogDock}, {8 * em}, Qt::Vertical);
+    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
+    resizeDocks({mContentsDock}, {15 * em}, Qt::Horizontal);
+    resizeDocks({mLogDock}, {7 * em}, Qt::Vertical);
     auto *const bar = new QToolBar(tr("Time"));
     mTimeTools = bar;
     bar->setObjectName(QStringLiteral("timeTools"));
@@ -370,7 +371,13 @@ void MainWindow::connectWorkspace()
     connect(&mWorkspace, &Workspace::geographyAdded, this, [this] { showPage(); });
     connect(&mWorkspace, &Workspace::geographyDying, this,
             [this] { QTimer::singleShot(0, this, &MainWindow::showPage); });
+    // At once: what the next project had open may be shown before these delete themselves.
+    connect(&mWorkspace, &Workspace::closing, mArea, &ViewArea::closeAll);
     connect(&mWorkspace, &Workspace::closed, this, &MainWindow::showPage);
+    connect(&mWorkspace, &Workspace::idle, this, [this] {
+        if (mMustShowPage)
+            showPage();
+    });
     connect(&mWorkspace, &Workspace::opened, this, [this] {
         if (!mWorkspace.path().isEmpty())
             noteRecentProject(mWorkspace.path());
@@ -403,6 +410,9 @@ void MainWindow::showTitle()
 
 void MainWindow::showPage()
 {
+    mMustShowPage = mWorkspace.isBusy(); // a geography may be half made
+    if (mMustShowPage)
+        return;
     const bool isOpen = !mWorkspace.path().isEmpty() || !geographyIds().isEmpty();
     QWidget *page = mArea;
     if (!isOpen)

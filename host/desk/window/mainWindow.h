@@ -115,6 +115,7 @@ private:
     QDockWidget *mLogDock = nullptr;
     QWidget *mTimeTools = nullptr;
     bool mIsProjectShown = true;
+    bool mMustShowPage = false; ///< once the workspace is idle
     QLabel *mMessage;
     QMenu *mRecent = nullptr;
     QVector<QAction *> mProjectActions; ///< need an open project

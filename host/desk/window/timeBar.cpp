@@ -2,11 +2,13 @@
 #include "desk/window/timeBar.h"
 #include <QCheckBox>
 #include <QComboBox>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
+#include <QPainterPath>
 #include <QSignalBlocker>
 #include <QSlider>
-#include <QStyle>
 #include <QToolButton>
 #include <algorithm>
 #include "core/project/catalog.h"
@@ -17,6 +19,49 @@ namespace {
 
 constexpr double kSpeeds[] = {0.5, 1, 2, 4, 8, 16}; // steps a second
 constexpr int kUsualSpeed = 2;
+
+enum class Sign { Back, Play, Pause, Forth };
+
+/// In the colour of the palette's texts, unlike those of the style.
+QIcon signIcon(Sign sign, const QPalette &palette)
+{
+    QPainterPath path; // in a square of 16
+    const auto triangle = [&path](double from, double to) {
+        path.addPolygon(QPolygonF({{from, 3}, {to, 8}, {from, 13}, {from, 3}}));
+    };
+    switch (sign) {
+    case Sign::Back:
+        triangle(12, 4);
+        path.addRect(3, 3, 1.5, 10);
+        break;
+    case Sign::Play:
+        triangle(4, 13);
+        break;
+    case Sign::Pause:
+        path.addRect(4, 3, 3, 10);
+        path.addRect(9, 3, 3, 10);
+        break;
+    case Sign::Forth:
+        triangle(4, 12);
+        path.addRect(11.5, 3, 1.5, 10);
+        break;
+    }
+    QIcon icon;
+    for (const bool isEnabled : {true, false}) {
+        for (const int side : {16, 32, 64}) {
+            QPixmap picture(side, side);
+            picture.fill(Qt::transparent);
+            QPainter painter(&picture);
+            painter.setRenderHint(QPainter::Antialiasing);
+            painter.scale(side / 16.0, side / 16.0);
+            painter.fillPath(path, palette.color(isEnabled ? QPalette::Active : QPalette::Disabled,
+                                                 QPalette::Text));
+            painter.end();
+            icon.addPixmap(picture, isEnabled ? QIcon::Normal : QIcon::Disabled);
+        }
+    }
+    return icon;
+}
 
 /// The last step that is not after `time`.
 int stepAt(const QVector<qint64> &steps, qint64 time)
@@ -40,18 +85,14 @@ TimeBar::TimeBar(Workspace &workspace, QWidget *parent)
     setAccessibleName(tr("Time"));
     auto *const row = new QHBoxLayout(this);
     row->addWidget(mName);
-    auto *const back =
-        makeButton(QStringLiteral("SP_MediaSkipBackward"), tr("Step back"), "timePrevious");
-    back->setIcon(style()->standardIcon(QStyle::SP_MediaSeekBackward));
-    connect(back, &QToolButton::clicked, this, &TimeBar::previous);
-    mPlay = makeButton(QString(), tr("Play"), "timePlay");
+    mBack = makeButton(tr("Step back"), "timePrevious");
+    connect(mBack, &QToolButton::clicked, this, &TimeBar::previous);
+    mPlay = makeButton(tr("Play"), "timePlay");
     mPlay->setCheckable(true);
-    mPlay->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
     connect(mPlay, &QToolButton::toggled, this, &TimeBar::play);
-    auto *const forth = makeButton(QString(), tr("Step forward"), "timeNext");
-    forth->setIcon(style()->standardIcon(QStyle::SP_MediaSeekForward));
-    connect(forth, &QToolButton::clicked, this, &TimeBar::next);
-    for (QToolButton *const button : {back, mPlay, forth})
+    mForth = makeButton(tr("Step forward"), "timeNext");
+    connect(mForth, &QToolButton::clicked, this, &TimeBar::next);
+    for (QToolButton *const button : {mBack, mPlay, mForth})
         row->addWidget(button);
     mSlider->setObjectName(QStringLiteral("timeSlider"));
     mSlider->setAccessibleName(tr("Time of the shown geography"));
@@ -78,6 +119,7 @@ TimeBar::TimeBar(Workspace &workspace, QWidget *parent)
             next();
     });
     setSpeed(kUsualSpeed);
+    showSigns();
     connect(&workspace, &Workspace::timeChanged, this, [this](int geography) {
         if (geography == mGeography)
             showTime();
@@ -95,7 +137,7 @@ TimeBar::TimeBar(Workspace &workspace, QWidget *parent)
     showSteps();
 }
 
-QToolButton *TimeBar::makeButton(const QString &, const QString &name, const char *objectName)
+QToolButton *TimeBar::makeButton(const QString &name, const char *objectName)
 {
     auto *const button = new QToolButton;
     button->setObjectName(QLatin1String(objectName));
@@ -103,6 +145,20 @@ QToolButton *TimeBar::makeButton(const QString &, const QString &name, const cha
     button->setToolTip(name);
     button->setAutoRaise(true);
     return button;
+}
+
+void TimeBar::showSigns()
+{
+    mBack->setIcon(signIcon(Sign::Back, palette()));
+    mPlay->setIcon(signIcon(isPlaying() ? Sign::Pause : Sign::Play, palette()));
+    mForth->setIcon(signIcon(Sign::Forth, palette()));
+}
+
+void TimeBar::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        showSigns();
 }
 
 void TimeBar::setGeography(int geography, View *view)
@@ -191,7 +247,7 @@ void TimeBar::play(bool plays)
         first();
     plays ? mTimer.start() : mTimer.stop();
     mPlay->setChecked(plays);
-    mPlay->setIcon(style()->standardIcon(plays ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
+    showSigns();
     Q_EMIT playing(plays);
 }
 

@@ -37,12 +37,16 @@ public Q_SLOTS:
 Q_SIGNALS:
     void playing(bool plays);
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 private:
     void showSteps();
     void showTime();
     void goToStep(int step);
     void setSpeed(int index);
-    QToolButton *makeButton(const QString &sign, const QString &name, const char *objectName);
+    void showSigns();
+    QToolButton *makeButton(const QString &name, const char *objectName);
 
     Workspace &mWorkspace;
     int mGeography = -1;
@@ -51,7 +55,9 @@ private:
     QLabel *mName;
     QSlider *mSlider;
     QLabel *mTime;
+    QToolButton *mBack;
     QToolButton *mPlay;
+    QToolButton *mForth;
     QComboBox *mSpeed;
     QCheckBox *mInStep;
 };

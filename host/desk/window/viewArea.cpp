@@ -28,6 +28,9 @@ ViewArea::ViewArea(Workspace &workspace, QWidget *parent)
     setObjectName(QStringLiteral("viewArea"));
     setAccessibleName(tr("Views"));
     setDockNestingEnabled(true);
+    auto *const none = new QWidget; // docks take all of the space
+    setCentralWidget(none);
+    none->hide();
     setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
     setContextMenuPolicy(Qt::NoContextMenu);
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) {

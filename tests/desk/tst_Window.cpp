@@ -1,0 +1,364 @@
+// SPDX-License-Identifier: MIT
+// The main window: pages, time, layout, closing, requests of the library, and what every control has.
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QAction>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QDropEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QTemporaryDir>
+#include <QTreeView>
+#include <QtTest>
+#include "core/import/samples.h"
+#include "core/project/catalog.h"
+#include "core/project/fileLock.h"
+#include "datainterface/AdjacencySet.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/DiagnosticsAPI.h"
+#include "datainterface/FrameAPI.h"
+#include "datainterface/WeightsAPI.h"
+#include "desk/dialogs/importDialog.h"
+#include "desk/dialogs/methodDialog.h"
+#include "desk/dialogs/propertiesDialog.h"
+#include "desk/project/workspace.h"
+#include "desk/views/viewWindow.h"
+#include "desk/window/application.h"
+#include "desk/window/contentsPanel.h"
+#include "desk/window/mainWindow.h"
+#include "desk/window/timeBar.h"
+#include "desk/window/viewArea.h"
+
+using namespace meridor;
+
+class tst_Window : public QObject {
+    Q_OBJECT
+public Q_SLOTS:
+    void noteUrl(const QUrl &url) { mShown.append(url); }
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void troubleStandsOnTheStartPage_data();
+    void troubleStandsOnTheStartPage();
+    void droppedFilesOpenTheForm();
+    void theBarMovesThroughTheTimes();
+    void geographiesGoInStep();
+    void unsavedChangesAreAskedForOnce();
+    void layoutsAreKeptByProject();
+    void theLibrarysRequestsAreAnswered();
+    void everyControlHasAName();
+    void noKeyMeansTwoThings();
+
+private:
+    Application &application() { return *static_cast<Application *>(qApp); }
+    Workspace &workspace() { return application().workspace(); }
+    MainWindow &window() { return application().window(); }
+    int import(Sample sample)
+    {
+        return workspace().import(sampleImport(sample, QStringLiteral(MERIDOR_TEST_SAMPLES)));
+    }
+    ViewWindow *open(ViewKind kind, const char *dataset)
+    {
+        ViewRequest request;
+        request.kind = kind;
+        request.datasets = {findDataset(QLatin1String(dataset))};
+        request.geography = VORN_GetGeographyId(request.datasets.first());
+        return window().openView(request);
+    }
+    void drop(const QString &file)
+    {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(file)});
+        QDragEnterEvent enter(QPoint(100, 100), Qt::CopyAction, &data, Qt::LeftButton,
+                              Qt::NoModifier);
+        QApplication::sendEvent(&window(), &enter);
+        QDropEvent event(QPoint(100, 100), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&window(), &event);
+        QTest::qWait(10);
+    }
+    template <class Child> Child *find(const char *name)
+    {
+        return window().findChild<Child *>(QLatin1String(name));
+    }
+
+    QTemporaryDir mFolder;
+    QVector<QUrl> mShown;
+};
+
+void tst_Window::initTestCase()
+{
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "noteUrl");
+}
+
+void tst_Window::init()
+{
+    window().askUnsaved = [] { return MainWindow::Unsaved::Discard; };
+    window().show();
+    QApplication::setActiveWindow(&window());
+}
+
+void tst_Window::cleanup()
+{
+    for (QDialog *const dialog : window().findChildren<QDialog *>())
+        delete dialog;
+    workspace().close();
+    workspace().setInStep(false);
+    QCOMPARE(window().area().windows().size(), 0);
+}
+
+void tst_Window::troubleStandsOnTheStartPage_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("rubbish as a project") << "a.vorn" << QByteArray("rubbish") << "not a project";
+    QTest::newRow("empty project") << "b.vorn" << QByteArray() << "not a project";
+    QTest::newRow("rubbish") << "c.xyz" << QByteArray("\0\1\2rubbish", 10) << "c.xyz";
+    QTest::newRow("no shapes") << "d.geojson" << QByteArray("{\"type\": \"Feature") << "d.geojson";
+    QTest::newRow("locked") << "locked.vorn" << QByteArray("x") << "is changing it";
+}
+
+void tst_Window::troubleStandsOnTheStartPage()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, content);
+    QFETCH(QString, text);
+    QFile file(mFolder.filePath(name));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    file.close();
+    const FileLock lock(mFolder.filePath(QStringLiteral("locked.vorn")));
+    drop(file.fileName());
+    const auto *const trouble = find<QLabel>("startTrouble");
+    QVERIFY(trouble->isVisible());
+    QVERIFY2(trouble->text().contains(text), qPrintable(trouble->text()));
+    QCOMPARE(window().findChildren<QDialog *>().size(), 0);
+}
+
+void tst_Window::droppedFilesOpenTheForm()
+{
+    drop(QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson"));
+    auto *const dialog = find<ImportDialog>("importDialog");
+    QVERIFY(dialog);
+    const QString line =
+        dialog->findChild<QLineEdit *>(QStringLiteral("importCommandLine"))->text();
+    QTest::mouseClick(dialog->findChild<QAbstractButton *>(QStringLiteral("importRun")),
+                      Qt::LeftButton);
+    QCOMPARE(geographyIds().size(), 1);
+    QVERIFY(workspace().log().lines().contains(line));
+    QVERIFY(window().isWindowModified());
+    QCOMPARE(window().contents().selected().value(0).kind, Thing::Geography);
+}
+
+void tst_Window::theBarMovesThroughTheTimes()
+{
+    const int states = import(Sample::Income);
+    window().contents().select({Thing::Geography, states, -1});
+    TimeBar &bar = window().timeBar();
+    QCOMPARE(bar.geography(), states);
+    const QVector<qint64> steps = workspace().stepsOf(states);
+    QVERIFY(steps.size() > 80);
+    auto *const slider = find<QSlider>("timeSlider");
+    QCOMPARE(slider->maximum(), steps.size() - 1);
+    QTest::keyClick(slider, Qt::Key_Home);
+    QCOMPARE(workspace().timeOf(states), steps.first());
+    QTest::keyClick(slider, Qt::Key_Right);
+    QCOMPARE(workspace().timeOf(states), steps[1]);
+    QCOMPARE(find<QLabel>("timeText")->text(), axisOf(states).show(steps[1]));
+    find<QAction>("timeLast")->trigger();
+    QCOMPARE(workspace().timeOf(states), steps.last());
+    // Playing from the end starts at the beginning, and stops at the end.
+    find<QComboBox>("timeSpeed")->setCurrentIndex(5);
+    find<QAction>("timePlay")->toggle();
+    QTRY_COMPARE(workspace().timeOf(states), steps[2]);
+    slider->setValue(steps.size() - 2);
+    QTRY_COMPARE(bar.isPlaying(), false);
+    QCOMPARE(workspace().timeOf(states), steps.last());
+    workspace().close();
+    QCOMPARE(bar.geography(), -1);
+    QCOMPARE(bar.isEnabled(), false);
+}
+
+void tst_Window::geographiesGoInStep()
+{
+    const int rain = import(Sample::Rain);
+    const int history = import(Sample::History);
+    window().contents().select({Thing::Geography, rain, -1});
+    QCOMPARE(find<QSlider>("timeSlider")->maximum(), 11);
+    const qint64 before = workspace().timeOf(history);
+    window().timeBar().first();
+    QCOMPARE(workspace().timeOf(history), before);
+    window().timeBar().setInStep(true);
+    QCOMPARE(workspace().timeOf(history), workspace().timeOf(rain));
+    QSignalSpy changed(&workspace(), &Workspace::timeChanged);
+    window().timeBar().last();
+    QCOMPARE(changed.size(), 2);
+}
+
+void tst_Window::unsavedChangesAreAskedForOnce()
+{
+    using Unsaved = MainWindow::Unsaved;
+    const QString file = mFolder.filePath(QStringLiteral("asked.vorn"));
+    import(Sample::Counties);
+    QVERIFY(window().saveAs(file));
+    int asked = 0;
+    Unsaved answer = Unsaved::Stay;
+    window().askUnsaved = [&] {
+        ++asked;
+        return answer;
+    };
+    QVERIFY(window().openProject(file)); // nothing to ask
+    QCOMPARE(asked, 0);
+    QVERIFY(renameThing(workspace(), {Thing::Geography, geographyIds().value(0), -1},
+                        QStringLiteral("kept")));
+    QVERIFY(!window().close());
+    QVERIFY(!window().openProject(file));
+    QCOMPARE(asked, 2);
+    QCOMPARE(geographyName(geographyIds().value(0)), QStringLiteral("kept"));
+    answer = Unsaved::Save;
+    QVERIFY(window().close());
+    QCOMPARE(asked, 3);
+    QCOMPARE(geographyIds().size(), 0);
+    window().show();
+    QVERIFY(window().openProject(file));
+    QCOMPARE(geographyName(geographyIds().value(0)), QStringLiteral("kept"));
+    find<QAction>("fileRevert")->trigger();
+    QCOMPARE(window().isWindowModified(), false);
+}
+
+void tst_Window::layoutsAreKeptByProject()
+{
+    const QString file = mFolder.filePath(QStringLiteral("layout.vorn"));
+    import(Sample::Income);
+    QVERIFY(window().saveAs(file));
+    const QByteArray saved = [&] {
+        QFile project(file);
+        return project.open(QIODevice::ReadOnly) ? project.readAll() : QByteArray();
+    }();
+    QVERIFY(open(ViewKind::Map, "income"));
+    QVERIFY(open(ViewKind::Map, "sub_region"));
+    window().area().tile();
+    QStringList titles;
+    for (const ViewWindow *const view : window().area().windows())
+        titles.append(view->title());
+    find<QAction>("fileClose")->trigger();
+    QCOMPARE(window().area().windows().size(), 0);
+    QVERIFY(window().openProject(file));
+    QStringList restored;
+    for (const ViewWindow *const view : window().area().windows())
+        restored.append(view->title());
+    QCOMPARE(restored, titles);
+    QCOMPARE(workspace().isDirty(), false);
+    QFile project(file);
+    QVERIFY(project.open(QIODevice::ReadOnly));
+    QVERIFY(project.readAll() == saved);
+    // What is shown can be gone by then.
+    QVERIFY(
+        removeThings(workspace(), {{Thing::Dataset, findDataset(QStringLiteral("income")), -1}}));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QTRY_COMPARE(window().area().windows().size(), 1);
+    find<QAction>("viewClose")->trigger();
+    QTRY_COMPARE(window().area().windows().size(), 0);
+}
+
+void tst_Window::theLibrarysRequestsAreAnswered()
+{
+    const int states = import(Sample::Income);
+    const int income = findDataset(QStringLiteral("income"));
+    const QVector<qint64> steps = workspace().stepsOf(states);
+    QVERIFY(application().HasGUI());
+    VORN_ShowSpatialWeightSetDialog(states, false, false);
+    auto *const weights = find<MethodDialog>("method weights");
+    QVERIFY(weights);
+    QCOMPARE(weights->form().parameters().first().value.toInt(), states);
+    delete weights;
+    QVERIFY(VORN_ShowMethod(0, QStringLiteral("moran"), {{QStringLiteral("dataset"), income}}) > 0);
+    QVERIFY(find<MethodDialog>("method moran"));
+    QVERIFY(application().GetDatasetPropertiesStringForCurrentMethod().startsWith(
+        QLatin1String("income: ")));
+    QCOMPARE(VORN_ShowMethod(0, QStringLiteral("no such"), {}), -1);
+
+    const int map = VORN_DisplayMap(income, steps.first(), QStringLiteral("Asked for"), {}, {}, {});
+    QVERIFY(map > 0);
+    QCOMPARE(application().viewWindow(map)->title().contains(QStringLiteral("Asked for")), true);
+    QCOMPARE(workspace().timeOf(states), steps.first());
+    QVERIFY(VORN_DisplayMapLayer(map, findDataset(QStringLiteral("sub_region")), {}, {}, {}));
+    QCOMPARE(application().viewWindow(map)->views().size(), 2);
+    VORN_TimeSyncWindows({map, 77}, steps[5]);
+    QCOMPARE(workspace().timeOf(states), steps[5]);
+    const int queen = VORN_CreatePolygonWeightSet(states, QStringLiteral("queen"), QString(), 1,
+                                                  true, RowStandardizedWeight, false, 1, 1);
+    QVERIFY(VORN_ShowClusterSetInLayer(map, queen));
+    QCOMPARE(VORN_DisplayMapLayer(77, income, {}, {}, {}), false);
+    delete application().viewWindow(map);
+    QCOMPARE(VORN_DisplayMapLayer(map, income, {}, {}, {}), false);
+
+    VORN_AddToLog(QStringLiteral("a note\nof two lines"));
+    QCOMPARE(workspace().log().lines().mid(workspace().log().lines().size() - 2),
+             (QStringList{QStringLiteral("# a note"), QStringLiteral("# of two lines")}));
+    mShown.clear();
+    VORN_ShowHelpTopic("meridor.md#moran");
+    QCOMPARE(mShown.size(), 1);
+    QCOMPARE(mShown.first().fragment(), QStringLiteral("moran"));
+    VORN_ShowHelpTopic("../secret.md");
+    QCOMPARE(mShown.size(), 1);
+}
+
+void tst_Window::everyControlHasAName()
+{
+    import(Sample::Income);
+    QVERIFY(open(ViewKind::Map, "income"));
+    window().showProperties({Thing::Dataset, findDataset(QStringLiteral("income")), -1});
+    QVERIFY(window().importFile(QStringLiteral(MERIDOR_TEST_SAMPLES "/wells/wells.csv")));
+    for (const Method &method : application().methods().all())
+        window().showMethod(method, {});
+    QStringList nameless;
+    for (const QWidget *const widget : window().findChildren<QWidget *>()) {
+        if (widget->focusPolicy() == Qt::NoFocus || !widget->isVisible())
+            continue;
+        const QAccessibleInterface *const told =
+            QAccessible::queryAccessibleInterface(const_cast<QWidget *>(widget));
+        const bool isPart = widget->parentWidget()->inherits("QAbstractSpinBox")
+                            || widget->parentWidget()->inherits("QComboBox")
+                            || widget->objectName().startsWith(QLatin1String("qt_"));
+        if (!isPart && told && told->text(QAccessible::Name).isEmpty())
+            nameless.append(QStringLiteral("%1 %2 in %3")
+                                .arg(QLatin1String(widget->metaObject()->className()),
+                                     widget->objectName(), widget->window()->objectName()));
+    }
+    QCOMPARE(nameless.join(QStringLiteral("; ")), QString());
+}
+
+void tst_Window::noKeyMeansTwoThings()
+{
+    QHash<QString, QString> meanings;
+    for (const QAction *const action : window().actions()) {
+        for (const QKeySequence &keys : action->shortcuts()) {
+            const QString other = meanings.value(keys.toString());
+            QVERIFY2(other.isEmpty(),
+                     qPrintable(keys.toString() + QStringLiteral(": ") + action->objectName()
+                                + QStringLiteral(", ") + other));
+            meanings.insert(keys.toString(), action->objectName());
+        }
+    }
+    QVERIFY(meanings.size() > 20);
+}
+
+int main(int argc, char **argv)
+{
+    const QTemporaryDir home;
+    for (const char *const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+        qputenv(name, home.path().toUtf8());
+    Application application(argc, argv);
+    tst_Window test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_Window.moc"
