@@ -225,7 +225,8 @@ def local_moran(dataset: Dataset, weights: Any, *, at: Union[_Time, Sequence[_Ti
                 store: Optional[str] = ..., realization: int = ...,
                 progress: _Progress = ...) -> pandas.DataFrame: ...
 def zonal(dataset: GridDataset, polygons: VectorGeography, *,
-          at: Union[_Time, Sequence[_Time], None] = ..., realization: int = ...,
+          at: Union[_Time, Sequence[_Time], None] = ..., store: Optional[str] = ...,
+          statistic: str = ..., realization: int = ...,
           progress: _Progress = ...) -> pandas.DataFrame: ...
 
 class Structure(NamedTuple):

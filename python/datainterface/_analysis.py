@@ -136,7 +136,8 @@ def local_moran(dataset, weights, *, at=None, permutations=999, seed=None, corre
     return frame
 
 
-def zonal(dataset, polygons, *, at=None, realization=1, progress=None):
+def zonal(dataset, polygons, *, at=None, store=None, statistic="mean", realization=1,
+          progress=None):
     """Statistics of a grid over polygons, each cell weighted by the area that it shares with one.
 
     Parameters
@@ -145,6 +146,10 @@ def zonal(dataset, polygons, *, at=None, realization=1, progress=None):
     polygons : VectorGeography
     at : time or times, optional
         By default all times of the dataset.
+    store : str, optional
+        Also stores a statistic as a dataset of the polygons, over the spans of the grids.
+    statistic : {"mean", "stddev", "min", "max", "sum", "area"}
+        That is stored.
 
     Returns
     -------
@@ -157,7 +162,7 @@ def zonal(dataset, polygons, *, at=None, realization=1, progress=None):
         raise TypeError("zones are a geography of polygons")
     with reporting(progress) as report:
         found = _native.zonal(dataset._id, dataset._index(realization), polygons._id,
-                              texts_of(at, dataset._form), report)
+                              texts_of(at, dataset._form), store or "", statistic, report)
     times = _times_of(dataset, found)
     keys = polygons.object_keys
     frames = []

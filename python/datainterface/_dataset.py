@@ -353,7 +353,8 @@ class VectorDataset(Dataset):
         values : pandas.DataFrame or pandas.Series
             A frame as :meth:`to_frame` gives it: the columns key and value and, unless the dataset
             is static, start and possibly end, or time. A series by key, with ``at``. Rows without a
-            value are left out.
+            value are left out. Without an end a value holds for the whole time: ``"1999-09"`` is a
+            month, a date or a time of pandas a day.
         at, end : time, optional
             The span of a series: the whole of ``at``, such as a year, or from ``at`` to ``end``.
         overwrite : bool

@@ -307,5 +307,10 @@ def test_zonal_statistics_are_those_of_the_program(empty, tmp_path):
     theirs = told["times"][0]["zones"]
     for name in ("mean", "stddev", "min", "max"):
         assert frame[name][:100].tolist() == [zone[name] for zone in theirs]
+    di.zonal(rain, counties, store="rain", statistic="max")
+    assert counties["rain"].at("1999-09-30").tolist() == frame["max"][:100].tolist()
     with pytest.raises(TypeError, match="polygons"):
         di.zonal(rain, rain.geography)
+    for wrong in (dict(store="rain"), dict(store="other", statistic="median")):
+        with pytest.raises(ValueError):
+            di.zonal(rain, counties, at="1999-09", **wrong)

@@ -2,6 +2,7 @@
 """Opening, saving and closing; failures as exceptions of Python."""
 
 import copy
+import logging
 import os
 import pickle
 import signal
@@ -9,10 +10,11 @@ import subprocess
 import sys
 import threading
 import time
-import warnings
 
+import geopandas
 import numpy as np
 import pytest
+import shapely.geometry
 
 import datainterface as di
 from conftest import meridor
@@ -247,14 +249,14 @@ def test_a_forked_process_is_refused(project, income):
     assert income.values(1929)[0] == 741
 
 
-def test_warnings_of_the_library(tmp_path):
-    from datainterface import _project
-
-    with warnings.catch_warnings(record=True) as seen:
-        warnings.simplefilter("always")
-        _project._warn("read in part")
-    assert [(item.category, str(item.message)) for item in seen] == [
-        (di.DataInterfaceWarning, "read in part")]
+def test_notes_and_warnings(empty, caplog):
+    frame = geopandas.GeoDataFrame({"id": [1, 2], "geometry": [shapely.geometry.box(0, 0, 1, 1), None]},
+                                   crs='ENGCRS["site", EDATUM["corner"], CS[Cartesian, 2], '
+                                       'AXIS["x", east], AXIS["y", north], LENGTHUNIT["metre", 1]]')
+    with caplog.at_level(logging.INFO, "datainterface"), pytest.warns(di.DataInterfaceWarning,
+                                                                      match="coordinate system"):
+        assert di.from_geopandas(frame, key="id").crs is None
+    assert "1 objects without a shape, they exist at no time: 2" in caplog.text
 
 
 def test_nouns_tell_what_they_are(project, states, income):

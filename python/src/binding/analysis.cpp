@@ -77,7 +77,7 @@ py::list moranOf(int dataset, int realization, int set, const py::iterable &time
 
 /// A tuple for each time: interval, cells by object, and an array for each statistic by object.
 py::list zonalOf(int dataset, int realization, int polygons, const py::iterable &times,
-                 const py::object &progress)
+                 const QString &store, const QString &statistic, const py::object &progress)
 {
     const QStringList wanted = textsOf(times);
     const QVector<ZonesAtTime> found = atLength(progress, [&] {
@@ -85,8 +85,11 @@ py::list zonalOf(int dataset, int realization, int polygons, const py::iterable 
         if (VORN_GetGeographyProperties(polygons).type != GeoProps::Polygons)
             fail(QStringLiteral("%1 has no polygons").arg(geographyName(polygons)));
         const Progress bar("Zones", "Summing up...");
-        return zonalStatistics(dataset, polygons, dataTimesAt(dataset, wanted, realization), bar,
-                               realization);
+        const auto zones = zonalStatistics(
+            dataset, polygons, dataTimesAt(dataset, wanted, realization), bar, realization);
+        if (!store.isEmpty())
+            keepZonal(zones, dataset, polygons, store, statistic);
+        return zones;
     });
     py::list rows;
     for (const ZonesAtTime &at : found) {
@@ -94,11 +97,11 @@ py::list zonalOf(int dataset, int realization, int polygons, const py::iterable 
         for (const ZoneStatistics &zone : at.zones)
             cells.push_back(zone.cells);
         py::dict columns;
-        for (const ZoneStatistic &statistic : zoneStatistics()) {
+        for (const ZoneStatistic &known : zoneStatistics()) {
             std::vector<double> values;
             for (const ZoneStatistics &zone : at.zones)
-                values.push_back(zone.*statistic.field);
-            columns[statistic.name] = arrayOf(std::move(values));
+                values.push_back(zone.*known.field);
+            columns[known.name] = arrayOf(std::move(values));
         }
         rows.append(py::make_tuple(intervalRows({at.when}), arrayOf(std::move(cells)), columns));
     }
@@ -114,7 +117,7 @@ void addAnalysis(py::module_ &module)
                py::arg("correction"), py::arg("alpha"), py::arg("drop_islands"), py::arg("store"),
                py::arg("progress"));
     module.def("zonal", &zonalOf, py::arg("dataset"), py::arg("realization"), py::arg("polygons"),
-               py::arg("times"), py::arg("progress"));
+               py::arg("times"), py::arg("store"), py::arg("statistic"), py::arg("progress"));
 }
 
 } // namespace meridor::python
