@@ -241,6 +241,24 @@ void TestGeostatisticsProject::predictsAtEachTime()
     for (int cell = 0; cell < 60; ++cell)
         QCOMPARE(second[cell], 2 * first[cell]);
     QCOMPARE(gridValues(found.variance, 2001), gridValues(found.variance, 2000));
+    // A model of two of three years.
+    const Interval third{2002, 2002, true, true};
+    QVERIFY(VORN_AddDataValues(asked.dataset, 0, third, QVector<double>(level.begin(), level.end()),
+                               {}, true, false));
+    VariogramPlan plan;
+    plan.dataset = asked.dataset;
+    plan.times = asked.times;
+    storeModel(modelOf(plan, variogramsOf(plan, [](int) {}), "m"));
+    asked.model = "m";
+    asked.name = "again";
+    asked.times = {third};
+    QString text;
+    try {
+        krigeDataset(asked, progress);
+    } catch (const Failure &failure) {
+        text = failure.text();
+    }
+    QCOMPARE(text, QString("the variogram model m has no structures at 2002, but at 2000, 2001"));
 }
 
 void TestGeostatisticsProject::crossValidates()

@@ -324,8 +324,9 @@ private:
         KrigingPlan plan;
         const Samples samples = prepare(when, plan, report);
         const auto n = static_cast<int>(samples.size());
-        if (n < 2 || folds < 0 || folds == 1)
-            fail(QStringLiteral("a cross-validation needs two values and two folds"), "validate");
+        requireTwo(samples.size(), mRequest.dataset, when, "a cross-validation");
+        if (folds < 0 || folds == 1)
+            failUsage(QStringLiteral("a cross-validation needs two folds"), "validate");
         const bool each = folds == 0 || folds >= n;
         if (each && plan.neighborhood.most == 0 && std::isinf(plan.neighborhood.radius)
             && samples.size() > kMostGlobalFolds)

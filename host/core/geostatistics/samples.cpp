@@ -129,6 +129,20 @@ double diagonalOf(const Samples &samples)
     return std::hypot(*x.second - *x.first, *y.second - *y.first);
 }
 
+void requireTwo(size_t count, int dataset, const Interval &when, const char *purpose)
+{
+    if (count >= 2)
+        return;
+    const QString time =
+        datasetOf(dataset)->IsStatic()
+            ? QString()
+            : QStringLiteral(" at ") + axisOf(VORN_GetGeographyId(dataset)).show(when);
+    fail(QStringLiteral("%1 holds %2%3; %4 needs two values")
+             .arg(datasetName(dataset),
+                  count == 0 ? QStringLiteral("no values") : QStringLiteral("one value"), time,
+                  QLatin1String(purpose)));
+}
+
 bool isApart(const Samples &samples, int geography)
 {
     if (samples.size() == 0)

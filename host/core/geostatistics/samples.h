@@ -5,6 +5,7 @@
 #include <QtGlobal>
 #include <vector>
 #include "core/export.h"
+#include "datainterface/TimeStamp.h"
 
 namespace meridor {
 
@@ -41,6 +42,10 @@ MERIDOR_EXPORT Samples withoutColocated(const Samples &samples, int &merged);
 
 /// The diagonal of the bounding box.
 MERIDOR_EXPORT double diagonalOf(const Samples &samples);
+
+/// Raises a Failure if there are fewer than two samples of a time.
+/// @param purpose  what needs two: "a variogram".
+void requireTwo(size_t count, int dataset, const Interval &when, const char *purpose);
 
 /// Whether no place of a geography is among the samples. What is calculated there comes from the
 /// mean alone; the usual cause is that the coordinates are of different projections.

@@ -87,10 +87,7 @@ Simulated simulateDataset(const SimulateRequest &request, const Progress &progre
         samples = withoutColocated(
             samplesAt(request.dataset, instantOf(request.when), request.realization),
             result.merged);
-        if (samples.size() < 2)
-            fail(QStringLiteral("%1 holds %2 values; a simulation needs two")
-                     .arg(datasetName(request.dataset))
-                     .arg(samples.size()));
+        requireTwo(samples.size(), request.dataset, request.when, "a simulation");
         if (request.scores) {
             scores.emplace(samples.values);
             samples.values = scores->scores();

@@ -109,14 +109,8 @@ private:
         for (const Interval &when : times) {
             all.push_back(observe(mPlan, instantOf(when)));
             const size_t count = all.back().samples.size();
-            if (count < 2 && times.size() == 1)
-                fail(
-                    QStringLiteral("%1 holds %2%3; a variogram needs two values")
-                        .arg(datasetName(mPlan.dataset),
-                             count == 0 ? QStringLiteral("no values") : QStringLiteral("one value"),
-                             datasetOf(mPlan.dataset)->IsStatic()
-                                 ? QString()
-                                 : QStringLiteral(" at ") + axisOf(mGeography.id).show(when)));
+            if (times.size() == 1)
+                requireTwo(count, mPlan.dataset, when, "a variogram");
             result.samples += static_cast<int>(count);
             diagonal = std::max(diagonal, diagonalOf(all.back().samples));
         }
@@ -305,10 +299,19 @@ VariogramModelAtT structuresAt(const VariogramModel &model, qint64 time)
     if (model.centroidModels.size() == 1)
         return model.centroidModels.first();
     const auto found = model.centroidModels.constFind(TimeStamp(time));
-    if (found == model.centroidModels.constEnd() || !found.key().contains(time))
-        fail(
-            QStringLiteral("the variogram model %1 has no structures at that time").arg(model.name),
-            "model");
+    if (found == model.centroidModels.constEnd() || !found.key().contains(time)) {
+        if (!model.dataset.isValid())
+            fail(QStringLiteral("the variogram model %1 has no structures at that time")
+                     .arg(model.name),
+                 "model");
+        const TimeAxis axis = axisOf(VORN_GetGeographyId(model.dataset));
+        QStringList times;
+        for (const TimeStamp &when : model.centroidModels.keys())
+            times.append(axis.show(Interval(when)));
+        fail(QStringLiteral("the variogram model %1 has no structures at %2, but at %3")
+                 .arg(model.name, axis.show(time), someOf(times)),
+             "model");
+    }
     return *found;
 }
 
