@@ -12,7 +12,8 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     set(name ${CPACK_DEBIAN_${key}_PACKAGE_NAME})
     set(root ${CPACK_TEMPORARY_DIRECTORY}/${component}/usr)
     set(documentation ${root}/share/doc/${name})
-    # Licences and changes are in files of other names here.
+    # Licences and changes are in files of other names here. Nothing that a program opens may be in this directory, since
+    # some systems leave documentation out.
     file(REMOVE_RECURSE ${root}/share/doc/datainterface)
     file(MAKE_DIRECTORY ${documentation})
     file(COPY_FILE ${CPACK_DATAINTERFACE_SOURCE}/packaging/debian/copyright ${documentation}/copyright)

@@ -16,7 +16,7 @@ QUrl helpPage(const QString &topic)
     if (page.contains(QLatin1Char('/')))
         return {};
     const QString program = QCoreApplication::applicationDirPath();
-    QStringList folders{program + QStringLiteral("/../share/doc/datainterface/help")};
+    QStringList folders{program + QStringLiteral("/../share/meridor/help")};
     // This file is written by the build and not installed.
     QFile note(program + QStringLiteral("/help-directory"));
     if (note.open(QIODevice::ReadOnly))
