@@ -116,23 +116,21 @@ void BoxPlotView::read()
         return; // another time only marks another box
     mBoxes.clear();
     mObjects = VORN_GetGeographyProperties(geography()).objectCount;
-    mHistory.load(mDataset, time());
     const TimeScale scale(geography());
     mLow = std::numeric_limits<double>::infinity();
     mHigh = -mLow;
     double nearest = HUGE_VAL;
-    for (int step = 0; step < mHistory.steps(); ++step) {
-        const QVector<double> values = finite(mHistory.values(step));
+    mHistory.load(mDataset, time(), [&](int step, const QVector<double> &all) {
+        const QVector<double> values = finite(all);
         if (values.isEmpty())
-            continue;
-        const Box box{
-            step, scale.middleOf(mHistory.when(step)), boxOf(values), values.size(), false, {}, {}};
+            return;
+        const double at = scale.middleOf(mHistory.when(step));
+        if (!mBoxes.isEmpty())
+            nearest = std::min(nearest, at - mBoxes.last().at);
         mLow = std::min(mLow, *std::min_element(values.begin(), values.end()));
         mHigh = std::max(mHigh, *std::max_element(values.begin(), values.end()));
-        if (!mBoxes.isEmpty())
-            nearest = std::min(nearest, box.at - mBoxes.last().at);
-        mBoxes.append(box);
-    }
+        mBoxes.append({step, at, boxOf(values), values.size(), false, {}, {}});
+    });
     if (mBoxes.isEmpty())
         fail(tr("%1 holds no values").arg(datasetName(mDataset)));
     mHalf = std::isfinite(nearest) ? nearest * 0.32 : scale.axis().dates ? 43200000.0 : 0.5;

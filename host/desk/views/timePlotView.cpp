@@ -176,23 +176,22 @@ void TimePlotView::read()
     if (meridor::datasetOf(mDataset)->IsStatic())
         fail(tr("%1 does not change over time").arg(datasetName(mDataset)));
     mObjects = VORN_GetGeographyProperties(geography()).objectCount;
-    mHistory.load(mDataset, time());
     mLow = std::numeric_limits<double>::infinity();
     mHigh = -mLow;
     History mean(mScale);
-    for (int step = 0; step < mHistory.steps(); ++step) {
-        double sum = 0;
+    mHistory.load(mDataset, time(), [&](int step, const QVector<double> &values) {
+        double average = 0;
         int count = 0;
-        for (const double value : mHistory.values(step)) {
+        for (const double value : values) {
             if (!std::isfinite(value))
                 continue;
             mLow = std::min(mLow, value);
             mHigh = std::max(mHigh, value);
-            sum += (value - sum) / ++count; // the mean, without the sum's overflow
+            average += (value - average) / ++count; // a sum could be beyond the largest double
         }
         if (count > 0)
-            mean.add(mHistory.when(step), sum);
-    }
+            mean.add(mHistory.when(step), average);
+    });
     if (mean.points().isEmpty())
         fail(tr("%1 holds no values").arg(datasetName(mDataset)));
     mMean = mean.points();

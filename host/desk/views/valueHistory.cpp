@@ -17,6 +17,7 @@ namespace {
 
 constexpr qint64 kMostKept = 8'000'000;    ///< values, 64 MB
 constexpr qint64 kLongReading = 4'000'000; ///< values, from which on progress is shown
+constexpr int kMostShown = 20'000'000;     ///< values of one time, 160 MB
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 } // namespace
@@ -24,6 +25,13 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 QVector<double> numbersAt(int dataset, qint64 time)
 {
     requireNumbers(dataset);
+    const int count = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount;
+    if (count > kMostShown)
+        fail(QCoreApplication::translate("ValueHistory",
+                                         "A graph cannot show more than %1 values; %2 has %3")
+                 .arg(kMostShown)
+                 .arg(datasetName(dataset))
+                 .arg(count));
     ValuesAt values = existingValuesAt(dataset, time);
     for (const int object : std::as_const(values.missing))
         if (object >= 0 && object < values.numbers.size())
@@ -31,7 +39,8 @@ QVector<double> numbersAt(int dataset, qint64 time)
     return values.numbers;
 }
 
-void ValueHistory::load(int dataset, qint64 now)
+void ValueHistory::load(int dataset, qint64 now,
+                        const std::function<void(int, const QVector<double> &)> &visit)
 {
     requireNumbers(dataset);
     mDataset = dataset;
@@ -41,8 +50,6 @@ void ValueHistory::load(int dataset, qint64 now)
     const qint64 objects = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount;
     const qint64 total = objects * mTimes.size();
     mIsKept = total <= kMostKept;
-    if (!mIsKept)
-        return;
     std::unique_ptr<const Progress> progress;
     if (total > kLongReading) {
         const QByteArray label =
@@ -52,7 +59,10 @@ void ValueHistory::load(int dataset, qint64 now)
     for (int step = 0; step < steps(); ++step) {
         if (progress)
             progress->report(100 * step / steps());
-        mValues.append(numbersAt(dataset, instantOf(mTimes[step])));
+        const QVector<double> values = numbersAt(dataset, instantOf(mTimes[step]));
+        if (mIsKept)
+            mValues.append(values);
+        visit(step, values);
     }
 }
 
