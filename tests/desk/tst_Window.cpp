@@ -244,6 +244,8 @@ void tst_Window::layoutsAreKeptByProject()
     }();
     QVERIFY(open(ViewKind::Map, "income"));
     QVERIFY(open(ViewKind::Map, "sub_region"));
+    QVERIFY(open(ViewKind::Histogram, "income"));
+    QVERIFY(open(ViewKind::Table, "income"));
     window().area().tile();
     QStringList titles;
     for (const ViewWindow *const view : window().area().windows())
@@ -263,7 +265,8 @@ void tst_Window::layoutsAreKeptByProject()
     QVERIFY(
         removeThings(workspace(), {{Thing::Dataset, findDataset(QStringLiteral("income")), -1}}));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QTRY_COMPARE(window().area().windows().size(), 1);
+    QTRY_COMPARE(window().area().windows().size(), 2);
+    find<QAction>("viewClose")->trigger();
     find<QAction>("viewClose")->trigger();
     QTRY_COMPARE(window().area().windows().size(), 0);
 }
@@ -297,6 +300,14 @@ void tst_Window::theLibrarysRequestsAreAnswered()
                                                   true, RowStandardizedWeight, false, 1, 1);
     QVERIFY(VORN_ShowClusterSetInLayer(map, queen));
     QCOMPARE(VORN_DisplayMapLayer(77, income, {}, {}, {}), false);
+    const int graphs[] = {VORN_DisplayHistogram(income, steps[5], QStringLiteral("Bars")),
+                          VORN_DisplayTimePlot(income, QStringLiteral("Lines")),
+                          VORN_DisplayBoxplot(income, steps[5], QStringLiteral("Boxes"))};
+    for (const int graph : graphs) {
+        QVERIFY(application().viewWindow(graph));
+        QCOMPARE(application().viewWindow(graph)->views().size(), 1);
+    }
+    QCOMPARE(VORN_DisplayScatterplot(income, -1, steps[5], QString(), {}, nullptr, nullptr), 0);
     delete application().viewWindow(map);
     QCOMPARE(VORN_DisplayMapLayer(map, income, {}, {}, {}), false);
 

@@ -12,18 +12,11 @@
 #include "desk/methods/method.h"
 #include "desk/project/things.h"
 #include "desk/project/workspace.h"
-#include "desk/views/viewFactory.h"
+#include "desk/views/graphWindow.h"
+#include "desk/views/mapWindow.h"
 #include "desk/views/viewWindow.h"
 #include "desk/window/mainWindow.h"
 #include "desk/window/viewArea.h"
-#if __has_include("desk/views/mapWindow.h")
-#include "desk/views/mapWindow.h"
-#define MERIDOR_HAS_MAPS
-#endif
-#if __has_include("desk/views/graphWindow.h")
-#include "desk/views/graphWindow.h"
-#define MERIDOR_HAS_GRAPHS
-#endif
 
 namespace meridor {
 
@@ -195,7 +188,6 @@ int Application::CreateMapWindow(int dataId, qint64 t, const QString &title,
                                  const ColorSchemeInfo &fill, const ColorSchemeInfo &line,
                                  const SymbolSchemeInfo &symbols)
 {
-#ifdef MERIDOR_HAS_MAPS
     auto window = std::make_unique<MapWindow>(*mWorkspace);
     if (!window->addLayer(dataId, fill, line, symbols))
         return 0;
@@ -206,22 +198,13 @@ int Application::CreateMapWindow(int dataId, qint64 t, const QString &title,
     const int number = enter(shown, request);
     SyncViews({number}, t);
     return number;
-#else
-    Q_UNUSED(line)
-    Q_UNUSED(symbols)
-    return ProjectHost::CreateMapWindow(dataId, t, title, fill, line, symbols);
-#endif
 }
 
 bool Application::CreateMapLayer(int window, int dataId, const ColorSchemeInfo &fill,
                                  const ColorSchemeInfo &line, const SymbolSchemeInfo &symbols)
 {
-#ifdef MERIDOR_HAS_MAPS
     auto *const map = qobject_cast<MapWindow *>(viewWindow(window));
     return map && map->addLayer(dataId, fill, line, symbols);
-#else
-    return ProjectHost::CreateMapLayer(window, dataId, fill, line, symbols);
-#endif
 }
 
 void Application::SyncViews(QList<int> windows, qint64 t)
@@ -238,19 +221,14 @@ void Application::SyncViews(QList<int> windows, qint64 t)
 
 bool Application::ShowSpatialWeightsInMap(int window, int weightSet, int object)
 {
-#ifdef MERIDOR_HAS_MAPS
     auto *const map = qobject_cast<MapWindow *>(viewWindow(window));
     return map && map->showWeights(weightSet, object);
-#else
-    return ProjectHost::ShowSpatialWeightsInMap(window, weightSet, object);
-#endif
 }
 
 int Application::CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds, qint64 t,
                                    const QString &title, const ColorSchemeInfo &colors,
                                    const QPointF *points, const QRectF *bounds)
 {
-#ifdef MERIDOR_HAS_GRAPHS
     ViewRequest request;
     request.kind = type == GT_ScatterPlot ? ViewKind::Scatter
                    : type == GT_BoxPlot   ? ViewKind::BoxPlot
@@ -258,9 +236,6 @@ int Application::CreateGraphWindow(GraphTypes type, const QVector<int> &dataIds,
                                           : ViewKind::TimePlot;
     request.datasets = dataIds;
     return enter(openGraph(*mWorkspace, type, dataIds, t, title, colors, points, bounds), request);
-#else
-    return ProjectHost::CreateGraphWindow(type, dataIds, t, title, colors, points, bounds);
-#endif
 }
 
 bool Application::GenerateVariogramModel(VariogramModel &model, const DataId &dataset,

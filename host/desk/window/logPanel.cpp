@@ -43,6 +43,7 @@ LogPanel::LogPanel(Workspace &workspace, QWidget *parent)
     const auto showAll = [this] {
         mText->setPlainText(mWorkspace.log().lines().join(QLatin1Char('\n')));
         mText->moveCursor(QTextCursor::End);
+        mText->moveCursor(QTextCursor::StartOfBlock);
     };
     connect(&log, &ActionLog::added, mText, &QPlainTextEdit::appendPlainText);
     connect(&log, &ActionLog::rewritten, this, showAll);

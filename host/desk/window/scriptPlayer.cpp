@@ -15,6 +15,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
+#include <QStyle>
 #include <QTimer>
 #include <QUrl>
 #include <memory>
@@ -469,11 +470,19 @@ void saveWindow(MainWindow &window, const QString &file)
 {
     QPixmap picture = window.grab();
     QPainter painter(&picture);
-    for (QWidget *const top : QApplication::topLevelWidgets())
-        if (auto *const dialog = qobject_cast<QDialog *>(top); dialog && dialog->isVisible())
-            painter.drawPixmap(QPointF((window.size() - dialog->size()).width() / 2.0,
-                                       (window.size() - dialog->size()).height() / 2.0),
-                               dialog->grab());
+    const int margin = window.fontMetrics().height();
+    for (QWidget *const top : QApplication::topLevelWidgets()) {
+        auto *const dialog = qobject_cast<QDialog *>(top);
+        if (!dialog || !dialog->isVisible())
+            continue;
+        dialog->resize(dialog->size().boundedTo(window.size() - QSize(4 * margin, 4 * margin)));
+        rest(0);
+        const QRect place =
+            QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, dialog->size(), window.rect());
+        painter.drawPixmap(place, dialog->grab());
+        painter.setPen(window.palette().color(QPalette::Mid));
+        painter.drawRect(place);
+    }
     painter.end();
     const bool isWritten = replaceFile(
         file, [&picture](const QString &beside) { return picture.save(beside, "PNG"); });

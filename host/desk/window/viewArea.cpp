@@ -164,11 +164,20 @@ void ViewArea::tile()
             splitDockWidget(docks[i - columns], docks[i], Qt::Vertical);
         docks[i]->show();
     }
-    const QList<QDockWidget *> top = docks.mid(0, columns).toList();
-    QList<int> equal;
-    for (int i = 0; i < top.size(); ++i)
-        equal.append(width() / std::max(1, columns));
-    resizeDocks(top, equal, Qt::Horizontal);
+    const auto makeEqual = [this](const QList<QDockWidget *> &line, int space,
+                                  Qt::Orientation along) {
+        QList<int> sizes;
+        for (int i = 0; i < line.size(); ++i)
+            sizes.append(space / line.size());
+        resizeDocks(line, sizes, along);
+    };
+    makeEqual(docks.mid(0, columns).toList(), width(), Qt::Horizontal);
+    for (int column = 0; column < columns; ++column) {
+        QList<QDockWidget *> line;
+        for (int i = column; i < docks.size(); i += columns)
+            line.append(docks[i]);
+        makeEqual(line, height(), Qt::Vertical);
+    }
 }
 
 void ViewArea::stack()
@@ -203,7 +212,7 @@ void ViewArea::previousView()
 void ViewArea::closeActive()
 {
     if (QDockWidget *const dock = mActive ? dockOf(mActive) : nullptr)
-        dock->close();
+        remove(dock);
 }
 
 QJsonObject ViewArea::state() const

@@ -9,20 +9,9 @@
 #include "datainterface/DataAPI.h"
 #include "desk/project/things.h"
 #include "desk/project/workspace.h"
-#include "desk/views/viewFactory.h"
-#include "desk/views/viewWindow.h"
-#if __has_include("desk/views/mapWindow.h")
-#include "desk/views/mapWindow.h"
-#define MERIDOR_HAS_MAPS
-#endif
-#if __has_include("desk/views/graphWindow.h")
 #include "desk/views/graphWindow.h"
-#define MERIDOR_HAS_GRAPHS
-#endif
-#if __has_include("desk/views/tableWindow.h")
+#include "desk/views/mapWindow.h"
 #include "desk/views/tableWindow.h"
-#define MERIDOR_HAS_TABLES
-#endif
 
 namespace meridor {
 namespace {
@@ -43,19 +32,10 @@ ViewWindow *open(Workspace &workspace, const ViewRequest &request)
 {
     switch (request.kind) {
     case ViewKind::Map:
-#ifdef MERIDOR_HAS_MAPS
         return openMap(workspace, request.datasets.value(0, -1));
-#else
-        break;
-#endif
     case ViewKind::Table:
-#ifdef MERIDOR_HAS_TABLES
         return openTable(workspace, request.geography);
-#else
-        break;
-#endif
     default:
-#ifdef MERIDOR_HAS_GRAPHS
         static const GraphKind kinds[] = {GraphKind::Histogram, GraphKind::BoxPlot,
                                           GraphKind::Scatter, GraphKind::TimePlot,
                                           GraphKind::Moran};
@@ -63,12 +43,7 @@ ViewWindow *open(Workspace &workspace, const ViewRequest &request)
             workspace,
             kinds[static_cast<int>(request.kind) - static_cast<int>(ViewKind::Histogram)],
             request.datasets, request.weights);
-#else
-        break;
-#endif
     }
-    workspace.tell(tr("This program has no view of that kind."), true);
-    return nullptr;
 }
 
 } // namespace
