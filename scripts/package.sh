@@ -11,7 +11,7 @@ check_packages=(dpkg-dev file lintian doxygen pybind11-dev python3-dev python3-n
 # shellcheck disable=SC2034
 [ -z "${1:-}" ] || check_packages+=(fakeroot strace desktop-file-utils appstream shared-mime-info tzdata
     python3-pytest python3-numpy python3-pandas python3-geopandas python3-xarray python3-cftime python3-scipy python3-libpysal
-    python3-tqdm)
+    python3-tqdm python3-distributed mypy)
 . scripts/prepare.sh
 
 # The dates in the packages are those of the sources, so the same sources give the same packages.
