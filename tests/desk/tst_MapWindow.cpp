@@ -344,6 +344,7 @@ void tst_MapWindow::draggedLimitsBecomeOwnLimits()
 {
     MapWindow *const map = show(mIncome);
     MapLayerView &layer = *map->layers()[0];
+    key(*map, Qt::Key_E);
     auto *const histogram = map->findChild<LimitsHistogram *>();
     const QVector<double> before = histogram->inner();
     QCOMPARE(before.size(), 4);
@@ -572,7 +573,16 @@ void tst_MapWindow::picturesAndStatesShowTheSame()
         QVERIFY2(line.contains(QLatin1String(word)), qPrintable(line.join(' ')));
     MapWindow *const again = show(mIncome);
     again->restore(map->state());
-    QCOMPARE(again->state(), map->state());
+    QJsonObject states[] = {map->state(), again->state()};
+    for (int i = 0; i < 4; ++i) {
+        const double difference = states[0]["extent"].toArray()[i].toDouble()
+                                  - states[1]["extent"].toArray()[i].toDouble();
+        QVERIFY2(std::abs(difference) * map->canvas().view().xScale() < 0.01,
+                 qPrintable(QString::number(difference)));
+    }
+    for (QJsonObject &state : states)
+        state.remove(QStringLiteral("extent"));
+    QCOMPARE(states[0], states[1]);
     QCOMPARE(again->layers().size(), 2);
     QJsonObject strange = map->state();
     strange.insert(QStringLiteral("layers"),

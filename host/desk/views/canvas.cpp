@@ -139,6 +139,13 @@ void MapCanvas::show(const QRectF &extent, double margin)
     moved();
 }
 
+QRectF MapCanvas::shown() const
+{
+    QRectF extent = mView.visible();
+    extent.moveCenter(mView.toMap(QPointF(mView.size().width() / 2, mView.size().height() / 2)));
+    return extent;
+}
+
 void MapCanvas::zoom(double factor, const QPointF &place)
 {
     mView.zoom(place * devicePixelRatioF(), factor);

@@ -35,6 +35,9 @@ public:
     void fit();
     /// Shows a part of the map, with a margin. A null rectangle changes nothing.
     void show(const QRectF &extent, double margin = 0.05);
+    /// The extent that show() without a margin shows in the same place again: a view of an odd number
+    /// of pixels has its middle half a pixel beside that of what is visible.
+    QRectF shown() const;
     void zoom(double factor, const QPointF &place);
     void pan(int dx, int dy); ///< device pixels
     /// Whether the sharp picture is complete. For tests and pictures.

@@ -51,7 +51,7 @@ LegendPanel::LegendPanel(QWidget *parent) : QTreeWidget(parent)
 
 QSize LegendPanel::sizeHint() const
 {
-    return fontMetrics().averageCharWidth() * QSize(34, 30);
+    return fontMetrics().averageCharWidth() * QSize(26, 30);
 }
 
 MapLayerView *LegendPanel::layerOf(const QTreeWidgetItem *item) const

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "desk/views/mapWindow.h"
-#include <QAccessible>
+#include <QAction>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QJsonArray>
@@ -99,6 +99,9 @@ MapWindow::MapWindow(Workspace &workspace, QWidget *parent)
                             + scroll->style()->pixelMetric(QStyle::PM_ScrollBarExtent));
     side->addWidget(mLegend);
     side->addWidget(scroll);
+    side->setStretchFactor(0, 1);
+    scroll->hide();
+    mClassForm = scroll;
     split->addWidget(mCanvas);
     split->addWidget(side);
     split->setStretchFactor(0, 1);
@@ -111,6 +114,10 @@ MapWindow::MapWindow(Workspace &workspace, QWidget *parent)
             [this] { zoomToAll(); });
     addTool(ViewIcon::Focus, tr("Zoom to the selection"), "zoomSelection", QKeySequence(Qt::Key_Z),
             [this] { zoomToSelection(); });
+    QAction *const edit = addTool(ViewIcon::Classes, tr("Edit the classes"), "editClasses",
+                                  QKeySequence(Qt::Key_E), [] {});
+    edit->setCheckable(true);
+    connect(edit, &QAction::toggled, this, &MapWindow::editClasses);
     mWeights->setObjectName(QStringLiteral("weights"));
     mWeights->setAccessibleName(tr("Weight set whose neighbours are shown"));
     mWeights->setToolTip(mWeights->accessibleName());
@@ -280,11 +287,17 @@ void MapWindow::activeChanged()
     showClasses();
 }
 
+void MapWindow::editClasses(bool edit)
+{
+    mClassForm->setVisible(edit);
+    showClasses();
+}
+
 void MapWindow::showClasses()
 {
     const bool hasClasses = mActive && mActive->dataset() >= 0 && datasetOf(mActive->dataset());
     mClasses->setEnabled(hasClasses);
-    if (!hasClasses)
+    if (!hasClasses || mClassForm->isHidden())
         return;
     const MDataset &dataset = *datasetOf(mActive->dataset());
     mClasses->show(mActive->rule(),
@@ -614,7 +627,7 @@ QJsonObject MapWindow::state() const
                       {QStringLiteral("group"), group()},
                       {QStringLiteral("tool"), static_cast<int>(tool())}};
     if (!mCanvas->isFitted()) {
-        const QRectF seen = mCanvas->view().visible();
+        const QRectF seen = mCanvas->shown();
         state.insert(QStringLiteral("extent"),
                      QJsonArray{seen.left(), seen.top(), seen.right(), seen.bottom()});
     }

@@ -55,6 +55,8 @@ public:
 public Q_SLOTS:
     void zoomToAll();
     void zoomToSelection();
+    /// Shows or hides the form of the active layer's classes.
+    void editClasses(bool edit);
 
 protected:
     void draw(QPainter &painter, const QSize &size) override;
@@ -80,6 +82,7 @@ private:
     MapCanvas *mCanvas;
     LegendPanel *mLegend;
     ClassPanel *mClasses;
+    QWidget *mClassForm; ///< around it; hidden until it is asked for
     QComboBox *mWeights;
     int mLinkedSet = -1; ///< whose links are drawn
     bool mHasLinksOfAll = false;

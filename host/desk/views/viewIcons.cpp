@@ -73,6 +73,11 @@ QPainterPath pathOf(ViewIcon which)
         line({{9, 20}, {4, 20}, {4, 15}});
         path.addRect(8.5, 8.5, 7, 7);
         break;
+    case ViewIcon::Classes:
+        path.addRect(4, 13, 4, 7);
+        path.addRect(10, 8, 4, 12);
+        path.addRect(16, 4, 4, 16);
+        break;
     case ViewIcon::Focus:
         path.addEllipse(4, 4, 12, 12);
         line({{14.5, 14.5}, {21, 21}});

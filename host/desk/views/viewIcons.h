@@ -18,7 +18,8 @@ enum class ViewIcon {
     Link,
     Export,
     Fit,
-    Focus
+    Focus,
+    Classes
 };
 
 QIcon viewIcon(ViewIcon which);
