@@ -13,9 +13,12 @@
 #include "core/project/catalog.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/MAttributes.h"
 #include "desk/models/valueTable.h"
 #include "desk/project/workspace.h"
+#include "desk/scenes.h"
 #include "desk/views/graphWindow.h"
+#include "desk/views/mapWindow.h"
 #include "desk/views/scatterView.h"
 #include "desk/views/tableView.h"
 #include "desk/views/tableWindow.h"
@@ -197,6 +200,120 @@ void scatterRows(Workspace &workspace, int many)
                 peer / 1e6, 0.25, "ms");
 }
 
+/// The five views of a geography with the datasets "x", "y" and "z", of which the last one changes.
+class FiveViews {
+public:
+    FiveViews(Workspace &workspace, int geography)
+    {
+        const int x = findDataset(geography, QStringLiteral("x"));
+        const int y = findDataset(geography, QStringLiteral("y"));
+        const int z = findDataset(geography, QStringLiteral("z"));
+        add(openMap(workspace, z), kWindow);
+        add(openGraph(workspace, GraphKind::Scatter, {x, z}), kPart);
+        add(openGraph(workspace, GraphKind::Histogram, {y}), kPart);
+        add(openGraph(workspace, GraphKind::TimePlot, {z}), kPart);
+        add(openTable(workspace, geography), kPart);
+        paint();
+    }
+    void paint()
+    {
+        for (const auto &window : mWindows)
+            benchmark::DoNotOptimize(window->views().first()->widget()->grab());
+    }
+    View &map() { return *mWindows.front()->views().first(); }
+
+private:
+    static constexpr QSize kPart{800, 500};
+    void add(ViewWindow *window, const QSize &size)
+    {
+        mWindows.emplace_back(window);
+        window->resize(size);
+        window->show();
+    }
+    std::vector<std::unique_ptr<ViewWindow>> mWindows;
+};
+
+/// Datasets for FiveViews; "z" has five slices of two units of time.
+void addValues(Workspace &workspace, int geography, int count)
+{
+    workspace.run(QStringLiteral("values"), [&](const Progress &) {
+        std::mt19937 random(5);
+        std::normal_distribution<double> normal;
+        QVector<double> values(count);
+        for (const char *const field : {"x", "y", "z"}) {
+            const int dataset = VORN_NewVectorDataset(geography, QLatin1String(field), TimeSlice,
+                                                      DecimalType, 1, QString());
+            const int slices = *field == 'z' ? 5 : 1;
+            for (int slice = 0; slice < slices; ++slice) {
+                for (double &value : values)
+                    value = normal(random) + slice;
+                VORN_AddDataValues(dataset, 0,
+                                   {slice * 10 / slices, (slice + 1) * 10 / slices, true, false},
+                                   values, {}, true, false);
+            }
+            VORN_NewDatasetCreated(dataset);
+        }
+    });
+    workspace.setTime(geography, scenes::kTime);
+}
+
+void linkedRows(Workspace &workspace)
+{
+    ratios::head("five linked views: map, scatter plot, histogram, time plot, table");
+    constexpr int kSide = 316;
+    int districts = -1;
+    workspace.run(QStringLiteral("districts"),
+                  [&](const Progress &) { districts = scenes::addDistricts(kSide, kSide); });
+    addValues(workspace, districts, kSide * kSide);
+    {
+        FiveViews views(workspace, districts);
+        const ViewTransform view =
+            ViewTransform::fit(QRectF(0, 0, kSide, kSide), scenes::kWindow, 0);
+        const ColorRule rule = scenes::sevenClasses();
+        const QVector<int> classes(kSide * kSide, 3);
+        QImage cached = scenes::canvas();
+        scenes::drawPlainly(districts, view, classes, rule, false, nullptr, cached);
+        bool isRight = false;
+        const auto times = ratios::bestInTurns(
+            7, 1,
+            [&] { // the other half each time, so that the flags of all objects change
+                isRight = !isRight;
+                const double half = views.map().widget()->width() / 2.0;
+                QPainterPath left;
+                left.addRect(QRectF(isRight ? half : 0, 0, half, views.map().widget()->height()));
+                views.map().brush(left, SelectionMode::Replace);
+                views.paint();
+            },
+            [&] {
+                const unsigned char *const flags =
+                    workspace.selection().attributes(districts)->GetAttributeVector(
+                        attribute::kSelected);
+                QImage image = cached;
+                scenes::drawPlainly(districts, view, classes, rule, false, flags, image);
+                benchmark::DoNotOptimize(image);
+            });
+        std::printf("(%d selected)\n", workspace.selection().count(districts));
+        ratios::row("a rectangle selects 50,000 of 100,000", times.first / 1e6,
+                    "the selected over a cached map", times.second / 1e6, 0.5, "ms");
+    }
+    int few = -1;
+    workspace.run(QStringLiteral("few"),
+                  [&](const Progress &) { few = scenes::addDistricts(60, 50); });
+    addValues(workspace, few, 3000);
+    FiveViews views(workspace, few);
+    qint64 time = 0;
+    const auto times = ratios::bestInTurns(
+        7, 1,
+        [&] {
+            time = (time + 2) % 10;
+            workspace.setTime(few, time + 1);
+            views.paint();
+        },
+        [&] { const FiveViews first(workspace, few); });
+    ratios::row("a step of time, 3,000 objects", times.first / 1e6, "first pictures of the five",
+                times.second / 1e6, 0.1, "ms");
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -208,6 +325,7 @@ int main(int argc, char **argv)
     const int few = addPoints(workspace, QStringLiteral("few"), 1000);
     tableRows(workspace, many, few);
     scatterRows(workspace, many);
+    linkedRows(workspace);
     workspace.close();
     return ratios::missed > 0;
 }
