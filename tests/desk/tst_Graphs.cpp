@@ -296,9 +296,13 @@ void tst_Graphs::viewsFollowTimeAndGroups()
     QCOMPARE(total(alone), 3);
     // A double click in a time plot shows the time there in all linked views.
     GraphWindow *const lines = open(GraphKind::TimePlot);
+    const auto names = [&] { return static_cast<TimePlotView *>(lines->graph())->names(); };
+    const QStringList expectedNames = objectNames(mStates).mid(0, 3);
+    QCOMPARE(names(), expectedNames);
     lines->graph()->openAt(QPoint(lines->graph()->widget()->width() - 1, 5));
     QCOMPARE(bars(second)->bins().width,
              binsOf(numbersAt(mIncome, workspace().stepsOf(mStates).last())).width);
+    QCOMPARE(names(), expectedNames);
 }
 
 int tst_Graphs::import(const QByteArray &table)

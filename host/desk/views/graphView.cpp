@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QGuiApplication>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <cmath>
 #include <qwt_date_scale_engine.h>
@@ -177,6 +178,7 @@ void GraphView::reread()
     setTrouble(trouble);
     if (!trouble.isEmpty())
         return;
+    const QScopedValueRollback<bool> reading(mIsReading, true);
     recolor();
     showScales();
     selectionChanged();
@@ -404,7 +406,7 @@ int GraphView::hoveredObject() const
 QString GraphView::nameOf(int object)
 {
     QString name;
-    if (!workspace().isBusy())
+    if (mIsReading || !workspace().isBusy())
         workspace().look([&] { name = mNames.of(object, time()); });
     return name;
 }

@@ -156,6 +156,7 @@ private:
     bool mIsZoomed = false;
     bool mIsRead = false;
     bool mMustReread = false;
+    bool mIsReading = false; ///< within Workspace::look(), so names can be read
     bool mHasDates = false;
 };
 

@@ -26,6 +26,8 @@ public:
     bool openAt(const QPoint &pixel) override;
     /// The objects that have a line.
     const QVector<int> &lines() const { return mLines; }
+    /// The names that stand at a few lines.
+    const QStringList &names() const { return mNames; }
     /// The place on the canvas of a value.
     QPointF placeOf(int step, double value) const;
 
