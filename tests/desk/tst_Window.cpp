@@ -52,6 +52,8 @@ private Q_SLOTS:
     void geographiesGoInStep();
     void unsavedChangesAreAskedForOnce();
     void layoutsAreKeptByProject();
+    void viewsEndInEveryOrder_data();
+    void viewsEndInEveryOrder();
     void theLibrarysRequestsAreAnswered();
     void everyControlHasAName();
     void noKeyMeansTwoThings();
@@ -269,6 +271,58 @@ void tst_Window::layoutsAreKeptByProject()
     find<QAction>("viewClose")->trigger();
     find<QAction>("viewClose")->trigger();
     QTRY_COMPARE(window().area().windows().size(), 0);
+}
+
+void tst_Window::viewsEndInEveryOrder_data()
+{
+    QTest::addColumn<int>("first");
+    QTest::addColumn<QString>("end");
+    for (int first = 0; first < 6; ++first)
+        QTest::addRow("view %d first", first) << first << QString();
+    for (const char *const end : {"dataset", "geography", "revert", "close"})
+        QTest::addRow("by %s", end) << -1 << QString(QLatin1String(end));
+}
+
+/// Views go while others select, also by what they show.
+void tst_Window::viewsEndInEveryOrder()
+{
+    QFETCH(int, first);
+    QFETCH(QString, end);
+    int states = import(Sample::Income);
+    QVERIFY(window().saveAs(mFolder.filePath(QStringLiteral("order.vorn"))));
+    for (const ViewKind kind : {ViewKind::Map, ViewKind::Table, ViewKind::Histogram,
+                                ViewKind::BoxPlot, ViewKind::TimePlot, ViewKind::Map})
+        QVERIFY(open(kind, "income"));
+    QCOMPARE(window().area().windows().size(), 6);
+    const auto select = [&](unsigned int object) {
+        for (ViewWindow *const window : window().area().windows())
+            if (View *const view = window->currentView())
+                view->choose({object, object + 1}, SelectionMode::Toggle);
+        QTest::qWait(1);
+    };
+    select(3);
+    if (end == QLatin1String("dataset"))
+        QVERIFY(removeThings(workspace(),
+                             {{Thing::Dataset, findDataset(QStringLiteral("income")), -1}}));
+    else if (end == QLatin1String("geography"))
+        QVERIFY(removeThings(workspace(), {{Thing::Geography, states, -1}}));
+    else if (end == QLatin1String("revert"))
+        find<QAction>("fileRevert")->trigger();
+    else if (end == QLatin1String("close"))
+        find<QAction>("fileClose")->trigger();
+    if (end == QLatin1String("revert"))
+        QCOMPARE(window().area().windows().size(), 6);
+    for (int left = 6; first >= 0 && left > 0; --left) {
+        window().area().activate(window().area().windows()[first % left]);
+        find<QAction>("viewClose")->trigger();
+        QCOMPARE(window().area().windows().size(), left - 1);
+        select(static_cast<unsigned int>(left));
+    }
+    QTest::qWait(20);
+    if (end == QLatin1String("geography") || end == QLatin1String("close"))
+        QCOMPARE(window().area().windows().size(), 0);
+    if (states = geographyIds().value(0, -1); states >= 0)
+        workspace().selection().select(states, {1}); // reaches what is left
 }
 
 void tst_Window::theLibrarysRequestsAreAnswered()
