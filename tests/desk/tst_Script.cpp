@@ -35,6 +35,11 @@ const char *const kSession =
     " `local`: true, `save`: `income Moran`}},"
     " {`do`: `rename`, `dataset`: `income`, `to`: `Einkommen in €`},"
     " {`do`: `duplicate`, `dataset`: `sub_region`},"
+    " {`do`: `view`, `kind`: `map`, `datasets`: [`sub_region 2`]},"
+    " {`do`: `export`, `file`: `map.png`},"
+    " {`do`: `view`, `kind`: `table`, `geography`: `states`},"
+    " {`do`: `time`, `geography`: `states`, `time`: `1950`},"
+    " {`do`: `export`, `file`: `table.csv`},"
     " {`do`: `remove`, `dataset`: `abbr`},"
     " {`do`: `save`, `file`: `second.vorn`},"
     " {`do`: `remove`, `geography`: `states`},"
@@ -71,6 +76,11 @@ private:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(text.toUtf8());
     }
+    QByteArray read(const char *name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
     void writeSteps(QString steps) const
     {
         write("steps.json", steps.replace(QLatin1Char('`'), QLatin1Char('"')));
@@ -106,6 +116,8 @@ void tst_Script::theLogRepeatsTheSession()
     const char *const names[] = {"first it's.vorn", "second.vorn"};
     for (const char *const name : names)
         QVERIFY(QFile::rename(path(name), path("kept/") + QLatin1String(name)));
+    QVERIFY(QFile::copy(path("table.csv"), path("kept/table.csv")));
+    QVERIFY(QFileInfo(path("map.png")).size() > 1000);
     const QByteArray before = qgetenv("PATH");
     qputenv("PATH", QByteArray(MERIDOR_DIRECTORY ":") + before);
     const Outcome repeated = run(QStringLiteral("bash"), {QStringLiteral("session.sh")});
@@ -118,6 +130,8 @@ void tst_Script::theLogRepeatsTheSession()
         QCOMPARE(differences(kept, takeSnapshot()), QStringList());
         QVERIFY(kept.count > 48 * 81);
     }
+    QCOMPARE(read("table.csv"), read("kept/table.csv"));
+    QCOMPARE(read("table.csv").count('\n'), 49);
     QVERIFY(findDataset(QStringLiteral("Einkommen in €")) >= 0);
     QVERIFY(findDataset(QStringLiteral("sub_region 2")) >= 0);
     workspace().close();

@@ -101,7 +101,7 @@ bool TableWindow::exportTable(const QString &file)
         plan.at = requireSpan(axis, at).startTime;
         meridor::exportTable(file, TableFormat::Csv, plan, QString(),
                              [this](const QString &note) { workspace().tell(note); });
-        line << QStringLiteral("--at") << at;
+        line << QStringLiteral("--at") << at << QStringLiteral("--overwrite");
     });
     if (!done)
         return false;

@@ -306,7 +306,7 @@ bool ViewWindow::exportTo(const QString &file)
         return false;
     const QStringList line = commandLine(file);
     if (!line.isEmpty())
-        mWorkspace.log().did(line);
+        mWorkspace.log().did(line + QStringList{QStringLiteral("--overwrite")});
     mWorkspace.tell(tr("Saved as %1").arg(file));
     return true;
 }
