@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPixmap>
+#include <algorithm>
 #include "core/render/theme.h"
 #include "desk/views/mapLayerView.h"
 
@@ -105,6 +106,8 @@ void LegendPanel::fill()
 {
     mIsFilling = true;
     clear();
+    int texts = 0; // pixels
+    int counts = 0;
     for (int i = mLayers.size() - 1; i >= 0; --i) {
         MapLayerView *const layer = mLayers[i];
         const LegendBlock block = layer->legend();
@@ -120,6 +123,8 @@ void LegendPanel::fill()
                 top, {shown.text,
                       shown.count < 0 ? QString() : grouped(static_cast<double>(shown.count), 0)});
             item->setIcon(0, iconOf(shown));
+            texts = std::max(texts, fontMetrics().horizontalAdvance(item->text(0)));
+            counts = std::max(counts, fontMetrics().horizontalAdvance(item->text(1)));
             item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
             item->setToolTip(0, tr("Double click selects the objects of this class."));
             item->setData(0, kEntryRole, layer->classOfEntry(entry));
@@ -131,6 +136,10 @@ void LegendPanel::fill()
         if (i == mActive)
             setCurrentItem(top);
     }
+    // The limits of classes are read in full, as far as that leaves room for the map.
+    setMinimumWidth(
+        std::min(indentation() + iconSize().width() + texts + counts + 2 * fontMetrics().height(),
+                 40 * fontMetrics().averageCharWidth()));
     mIsFilling = false;
 }
 
