@@ -176,6 +176,11 @@ void tst_Window::theBarMovesThroughTheTimes()
     QCOMPARE(find<QLabel>("timeText")->text(), axisOf(states).show(steps[1]));
     find<QAction>("timeLast")->trigger();
     QCOMPARE(workspace().timeOf(states), steps.last());
+    QApplication::setActiveWindow(&window()); // in place of the progress dialog
+    QTest::keyClick(&window(), Qt::Key_Comma, Qt::ControlModifier);
+    QCOMPARE(workspace().timeOf(states), steps[steps.size() - 2]);
+    QTest::keyClick(&window(), Qt::Key_Period, Qt::ControlModifier);
+    QCOMPARE(workspace().timeOf(states), steps.last());
     // Playing from the end starts at the beginning, and stops at the end.
     find<QComboBox>("timeSpeed")->setCurrentIndex(5);
     find<QAction>("timePlay")->toggle();
@@ -268,8 +273,9 @@ void tst_Window::layoutsAreKeptByProject()
         removeThings(workspace(), {{Thing::Dataset, findDataset(QStringLiteral("income")), -1}}));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QTRY_COMPARE(window().area().windows().size(), 2);
-    find<QAction>("viewClose")->trigger();
-    find<QAction>("viewClose")->trigger();
+    QApplication::setActiveWindow(&window());
+    for (int i = 0; i < 2; ++i)
+        QTest::keyClick(&window(), Qt::Key_W, Qt::ControlModifier);
     QTRY_COMPARE(window().area().windows().size(), 0);
 }
 
