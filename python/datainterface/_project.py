@@ -32,8 +32,11 @@ class Project(Mapping):
     saved is lost then.
     """
 
-    def __init__(self, path, mode):
+    def __init__(self, path, mode, state=None):
         self._path = path
+        # A path from the root, which stays the same when the working directory changes.
+        self._file = os.path.abspath(path) if path is not None else None
+        self._state = state
         self._mode = mode
         self._open = True
 
@@ -109,15 +112,16 @@ class Project(Mapping):
         self._require_open()
         if path is None and self._path is None:
             raise ValueError("a new project has no file yet: name one")
-        target = self._path if path is None else path_text(path)
-        if self._mode == "r" and _same_file(target, self._path):
+        shown = self._path if path is None else path_text(path)
+        target = self._file if path is None else os.path.abspath(shown)
+        if self._mode == "r" and _same_file(target, self._file):
             raise ValueError(
                 f"{self._path} is open for reading: save to another file, or open it with "
                 "mode=\"r+\"")
         with reporting(progress) as report:
-            _native.save(os.path.abspath(target), report)
+            _native.save(target, report)
         if self._mode != "r":
-            self._path = target
+            self._path, self._file, self._state = shown, target, state_of(target)
 
     # Geographies
 
@@ -214,7 +218,13 @@ def _same_file(a, b):
         return False
 
 
-def _opened(path, mode, *, reserve, scratch, cache, progress):
+def state_of(path):
+    """What tells that a file is another one, or was changed."""
+    facts = os.stat(path)
+    return facts.st_size, facts.st_mtime_ns
+
+
+def _opened(path, mode, *, reserve, scratch, cache, progress, state=None):
     global _present
     held = present_project()
     if held is not None:
@@ -223,7 +233,7 @@ def _opened(path, mode, *, reserve, scratch, cache, progress):
     with reporting(progress) as report:
         _native.open(os.path.abspath(path) if path else "", reserve,
                      path_text(scratch) if scratch is not None else "", cache, report)
-    project = Project(path, mode)
+    project = Project(path, mode, state)
     _present = weakref.ref(project)
     return project
 
@@ -261,9 +271,9 @@ def open(path, mode="r", *, scratch=None, cache=64, progress=None):
     if mode not in ("r", "r+"):
         raise ValueError(f"a project is opened with mode \"r\" or \"r+\", not {mode!r}")
     path = path_text(path)
-    os.stat(path)  # raises with the number and the name of the file
+    state = state_of(path)  # raises with the number and the name of a file that does not exist
     return _opened(path, mode, reserve=mode == "r+", scratch=scratch, cache=cache,
-                   progress=progress)
+                   progress=progress, state=state)
 
 
 def new(*, scratch=None, cache=64):

@@ -77,6 +77,23 @@ def test_paths_that_cannot_be_opened(tmp_path):
         di.open(tmp_path, mode="w")
 
 
+def test_a_relative_path_stays_that_of_the_file(demo, tmp_path, monkeypatch):
+    (tmp_path / "elsewhere").mkdir()
+    (tmp_path / "own.vorn").write_bytes(demo.read_bytes())
+    monkeypatch.chdir(tmp_path)
+    with di.open("own.vorn", "r+") as project:
+        project["states48"].name = "renamed"
+        monkeypatch.chdir("elsewhere")
+        project.save()
+    assert os.listdir() == []
+    monkeypatch.chdir(tmp_path)
+    with di.open("own.vorn") as project:
+        assert list(project) == ["renamed"]
+        monkeypatch.chdir("elsewhere")
+        with pytest.raises(ValueError, match="open for reading"):
+            project.save("../own.vorn")
+
+
 def test_names_beyond_latin(demo, tmp_path):
     path = tmp_path / "\u6771\u4eac.vorn"
     code = ("import datainterface as di\n"
