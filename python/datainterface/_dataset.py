@@ -417,28 +417,36 @@ class GridDataset(Dataset):
         return _array(xarray, self, ("y", "x"), data, coordinates)
 
 
+def stacked_spans(dataset):
+    """The spans of an array of all values, and whether each realization has values in each."""
+    realizations = [dataset._spans(index) for index in range(dataset.realizations)]
+    spans = np.unique(np.concatenate(realizations), axis=0)
+    if dataset.static:
+        spans = spans[:1]
+    if len(spans) == 0:
+        raise ValueError(f"{dataset.name} holds no values")
+    held = np.zeros((len(spans), len(realizations)), dtype=bool)
+    for index, own in enumerate(realizations):
+        if len(own):
+            # The last span that does not start later holds the start of this one, or none does.
+            last = np.searchsorted(own[:, 0], spans[:, 0], side="right") - 1
+            start, end, closed = own[last].T
+            held[:, index] = (last >= 0) & (spans[:, 0] < end + closed)
+    return spans, held
+
+
 def _stack(dataset, shape, coordinates, progress):
     """All values as one array: places, then times, then realizations."""
     realizations = dataset.realizations
-    spans = dataset._spans()
-    if dataset.static:
-        spans = spans[:1]
-    elif realizations > 1:
-        spans = np.unique(np.concatenate(
-            [dataset._spans(index) for index in range(realizations)]), axis=0)
-    if len(spans) == 0:
-        raise ValueError(f"{dataset.name} holds no values")
+    spans, known = stacked_spans(dataset)
     kind = object if dataset.kind == "text" else float
     # Places are last in memory, as they are read.
     held = np.full((len(spans), realizations) + shape, None if kind is object else np.nan, dtype=kind)
     whole = np.moveaxis(held, (0, 1), (-2, -1))
     with reporting(progress) as report:
         for number, span in enumerate(spans):
-            for index in range(realizations):
-                try:
-                    values, mask = _native.values(dataset._id, int(_instant_of(span)), index)
-                except ValueError:
-                    continue  # this realization has no values then
+            for index in np.flatnonzero(known[number]).tolist():
+                values, mask = _native.values(dataset._id, int(_instant_of(span)), index)
                 if isinstance(values, list):
                     held[number, index] = values
                 else:

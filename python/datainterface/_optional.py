@@ -7,6 +7,7 @@ import importlib
 _PACKAGES = {
     "cftime": ("python3-cftime", "cftime"),
     "dask": ("python3-dask", "dask"),
+    "distributed": ("python3-distributed", "distributed"),
     "geopandas": ("python3-geopandas", "geopandas"),
     "libpysal": ("python3-libpysal", "libpysal"),
     "pandas": ("python3-pandas", "pandas"),

@@ -14,12 +14,13 @@ Each worker opens the project by itself, for reading, and keeps it open between 
 
 A worker runs one task of this package at a time, so workers with one thread each are the best. What
 a task gives depends on its arguments and the file alone: the file is read as it was saved last,
-and a file that changed since the work was planned is refused. Seeds are made from that of the call
+and a file that changed since the client opened it is refused. Seeds are made from that of the call
 and the place of the task, so that results are the same, bit by bit, for any number of workers, and
 when a task is run again because its worker died.
 """
 
 import hashlib
+import operator
 import os
 import threading
 
@@ -27,11 +28,11 @@ import numpy as np
 
 from . import _native, stats
 from ._analysis import _set_of
-from ._dataset import GridDataset
+from ._dataset import GridDataset, stacked_spans
 from ._geography import VectorGeography
 from ._optional import load
 from ._project import open as open_project
-from ._project import present_project
+from ._project import present_project, state_of
 from ._times import for_pandas, stamps
 
 __all__ = ["ProjectFile", "array", "hand_over", "local_moran", "map_times", "moran", "weights",
@@ -43,12 +44,6 @@ BLOCK = 5000
 
 _lock = threading.RLock()
 _held = None  # (path, state of the file, Project) of this process
-
-
-def _state_of(path):
-    """What tells that a file is another one, or was changed."""
-    facts = os.stat(path)
-    return facts.st_size, facts.st_mtime_ns
 
 
 class ProjectFile:
@@ -104,7 +99,7 @@ def _opened(file):
     global _held
     path = file.local_path()
     try:
-        state = _state_of(path)
+        state = state_of(path)
     except OSError as error:
         raise OSError(error.errno, f"{_who()} cannot read the project: {error.strerror}",
                       path) from None
@@ -116,7 +111,7 @@ def _opened(file):
         return present
     if present is not None and (_held is None or _held[2] is not present):
         # The client's own project, in threads of the client.
-        if present.path is not None and os.path.realpath(present.path) == os.path.realpath(path):
+        if present._file is not None and os.path.realpath(present._file) == os.path.realpath(path):
             return present
         raise ValueError(f"{_who()} has {present.path or 'a new project'} open; a process has one "
                          "project at a time")
@@ -138,11 +133,23 @@ def _dataset_of(file, geography, name):
 def _file_of(dataset, file):
     if file is not None:
         return file
-    project = dataset.project
+    return ProjectFile(*_saved(dataset.project))
+
+
+def _saved(project):
+    """The path and the state of a project's file, which is the one that the project was read from.
+
+    Names, keys and times are those of the client's project, and values those of the file: from two
+    states of the file they would not belong together.
+    """
+    project._require_open()
     if project.path is None:
         raise ValueError("workers read the project's file: save the project first")
-    path = os.path.abspath(project.path)
-    return ProjectFile(path, _state_of(path))
+    path = project._file
+    state = state_of(path)
+    if state != project._state:
+        raise OSError(f"{path} was changed since it was opened: open it again and plan the work anew")
+    return path, state
 
 
 def hand_over(project, client):
@@ -161,23 +168,20 @@ def hand_over(project, client):
     ProjectFile
         For the argument `file` of the functions of this module.
     """
-    from distributed.diagnostics.plugin import UploadFile
-
-    path = os.path.abspath(project.path)
+    UploadFile = load("distributed.diagnostics.plugin").UploadFile
+    path, state = _saved(project)
     with open(path, "rb") as stream:
         digest = hashlib.sha256(stream.read()).hexdigest()[:32]
     plugin = UploadFile(path)
     plugin.filename = f"datainterface-{digest}.vorn"
     client.register_worker_plugin(plugin, name=plugin.filename)
-    return ProjectFile(path, _state_of(path), digest)
+    return ProjectFile(path, state, digest)
 
 
 def _gathered(client, function, tasks):
     """The results of a function of each of the tasks, in their order."""
     if client is None:
-        from distributed import default_client
-
-        client = default_client()
+        client = load("distributed").default_client()
     futures = [client.submit(function, *task, pure=False) for task in tasks]
     return client.gather(futures)
 
@@ -212,12 +216,20 @@ def _text_at(dataset, index, row):
 # Arrays
 
 
-def _chunk(file, geography, name, form, index, instant, first, last):
+def _chunk(file, geography, name, tail, index, instant, first, last):
     with _lock:
         dataset = _dataset_of(file, geography, name)
         values, mask = _native.values(dataset._id, instant, index)
-        values = np.ma.filled(np.ma.array(dataset._shaped(values, mask), dtype=float), np.nan)
-        return values[first:last].reshape(values[first:last].shape + (1,) * form)
+        values = np.ma.filled(np.ma.array(values, mask=mask, dtype=float), np.nan)
+        values = values.reshape(_places(dataset))[first:last]
+        return values.reshape(values.shape + tail)
+
+
+def _places(dataset):
+    """The number of objects, or of rows and columns."""
+    geography = dataset.geography
+    return ((geography.rows, geography.columns) if isinstance(dataset, GridDataset)
+            else (geography.count,))
 
 
 def array(dataset, *, rows=None, file=None):
@@ -236,13 +248,14 @@ def array(dataset, *, rows=None, file=None):
     Returns
     -------
     dask.array.Array
-        Of float64, NaN where a value is missing, in the order of ``to_xarray()``: objects, or rows
-        and columns of a grid, by times, by realizations if there are several.
+        Of float64, NaN where a value is missing, with the dimensions of ``to_xarray()``: objects,
+        or rows and columns of a grid, by times unless the dataset is static, by realizations if
+        there are several.
 
     Raises
     ------
     ValueError
-        For texts, and for a project without a file.
+        For texts, for a dataset without values, and for a project without a file.
     """
     load("dask")
     import dask.array
@@ -251,26 +264,28 @@ def array(dataset, *, rows=None, file=None):
     if dataset.kind == "text":
         raise ValueError(f"{dataset.name} holds texts: an array holds numbers")
     file = _file_of(dataset, file)
-    geography = dataset.geography
-    shape = geography.shape if isinstance(dataset, GridDataset) else (geography.count,)
-    step = shape[0] if rows is None else int(rows)
+    name, geography = dataset.name, dataset.geography.name
+    count = dataset.realizations
+    spans, held = stacked_spans(dataset)
+    shape = _places(dataset)
+    step = shape[0] if rows is None else operator.index(rows)
     if step < 1:
         raise ValueError("a chunk has at least one row")
-    count = dataset.realizations
-    form = 2 if count > 1 else 1
+    timed = not dataset.static
+    tail = (1,) * (timed + (count > 1))
     read = delayed(_chunk, pure=True)
     blocks = []
-    for first in range(0, max(shape[0], 1), step):
+    for first in range(0, shape[0], step):
         last = min(first + step, shape[0])
-        size = (last - first,) + shape[1:] + (1,) * form
+        size = (last - first,) + shape[1:] + tail
         times = []
-        for row in range(len(dataset._spans())):
-            instant = int(dataset._spans()[row, 0])
+        for instant, known in zip(spans[:, 0].tolist(), held):
             parts = [dask.array.from_delayed(
-                read(file, geography.name, dataset.name, form, index, instant, first, last), size,
-                float) for index in range(count)]
-            times.append(dask.array.concatenate(parts, axis=-1) if form == 2 else parts[0])
-        blocks.append(dask.array.concatenate(times, axis=len(shape)))
+                read(file, geography, name, tail, index, instant, first, last), size, float)
+                if known[index] else dask.array.full(size, np.nan, chunks=size)
+                for index in range(count)]
+            times.append(dask.array.concatenate(parts, axis=-1) if count > 1 else parts[0])
+        blocks.append(dask.array.concatenate(times, axis=len(shape)) if timed else times[0])
     return dask.array.concatenate(blocks, axis=0)
 
 

@@ -40,6 +40,35 @@ def test_arrays_are_read_by_workers(client, income):
     assert max(len(pickle.dumps(task)) for task in graph.values()) < 5000
 
 
+def test_arrays_have_the_form_of_xarray(client, empty, tmp_path):
+    geography = di.from_geopandas(_points(), key="key")
+    with pytest.raises(ValueError, match="save the project first"):
+        di.dask.array(geography["worth"])
+    fields = [np.arange(48.0).reshape(4, 3, 2, 2), np.arange(12.0).reshape(4, 3)]
+    places = {"y": [4, 3, 2, 1], "x": [1, 2, 3]}
+    xarray = pytest.importorskip("xarray")
+    grids = [di.from_xarray(xarray.DataArray(
+        fields[0], dims=("y", "x", "time", "realization"), name="many",
+        coords={**places, "time": [1990, 1995]})),
+        di.from_xarray(xarray.DataArray(fields[1], dims=("y", "x"), coords=places, name="one"))]
+    # Realizations with values at unlike times.
+    unlike = geography.new_dataset("unlike", realizations=2)
+    for realization, year in ((1, 1950), (1, 1990), (2, 1970), (2, 1990)):
+        unlike.add(geography["worth"].at() + year, at=year, realization=realization)
+    held = [geography["worth"], unlike, *grids]
+    with pytest.raises(ValueError, match="nothing holds no values"):
+        empty.save(tmp_path / "forms.vorn")
+        nothing = geography.new_dataset("nothing")
+        empty.save()
+        di.dask.array(nothing)
+    for dataset in held:
+        expected = dataset.to_xarray().values
+        for file in (None, di.dask.hand_over(empty, client)):
+            found = di.dask.array(dataset, rows=2, file=file).compute()
+            assert found.dtype == float
+            np.testing.assert_array_equal(found, expected, err_msg=dataset.name)
+
+
 def test_times_keep_their_order(client, income):
     assert di.dask.map_times(mean_of, income, client=client) == [
         mean_of(income, year) for year in range(1929, 2010)]
@@ -116,17 +145,22 @@ def test_files_that_workers_do_not_find(client, demo, tmp_path):
         os.utime(copy, ns=(1, 1))
         with pytest.raises(OSError, match="changed since.*worker tcp"):
             planned.compute()
-        planned = di.dask.array(income)  # of the file as it is now
+        # Keys and times of the file as it was do not belong to values of the file as it is.
+        for ask in (di.dask.array, lambda dataset: di.dask.moran(dataset, "queen", client=client),
+                    lambda dataset: di.dask.hand_over(project, client)):
+            with pytest.raises(OSError, match="Größe 1.vorn was changed since it was opened"):
+                ask(income)
+        assert len(di.dask.map_times(mean_of, income, client=client, file=handed)) == 81
+    with di.open(copy) as project:
+        income = project["states48"]["income"]
+        planned = di.dask.array(income)
         copy.unlink()
         with pytest.raises(OSError, match="worker tcp.*cannot read"):
             planned.compute()
         assert len(di.dask.map_times(mean_of, income, client=client, file=handed)) == 81
-    with di.new() as project:
-        with pytest.raises(ValueError, match="save the project first"):
-            di.dask._file_of(di.from_geopandas(_points(), key="key"), None)
 
 
 def _points():
     geopandas = pytest.importorskip("geopandas")
-    return geopandas.GeoDataFrame({"key": ["a", "b"]},
+    return geopandas.GeoDataFrame({"key": ["a", "b"], "worth": [1.5, np.nan]},
                                   geometry=geopandas.points_from_xy([0, 1], [0, 1]))
