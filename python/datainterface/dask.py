@@ -476,7 +476,8 @@ def _zonal_at(file, geography, name, index, polygons, text):
     with _lock:
         project = _opened(file)
         dataset = project[geography][name]
-        return _native.zonal(dataset._id, index, project[polygons]._id, [text], None)[0]
+        return _native.zonal(dataset._id, index, project[polygons]._id, [text], "", "mean",
+                             None)[0]
 
 
 def zonal(dataset, polygons, *, at=None, realizations=None, client=None, file=None):
@@ -500,6 +501,8 @@ def zonal(dataset, polygons, *, at=None, realizations=None, client=None, file=No
             places.append(realization)
             tasks.append((file, dataset.geography.name, dataset.name, index, polygons.name,
                           _text_at(dataset, index, row)))
+    if not tasks:
+        raise ValueError(f"{dataset.name} holds no values")
     frames = []
     for realization, (span, cells, columns) in zip(places, _gathered(client, _zonal_at, tasks)):
         time = for_pandas(stamps(span[:1, 0], dataset._form))[0]

@@ -10,6 +10,7 @@ import numpy as np
 import pytest
 
 import datainterface as di
+from conftest import SAMPLES
 
 distributed = pytest.importorskip("distributed")
 
@@ -107,6 +108,15 @@ def test_local_moran_joins_blocks(client, income, monkeypatch):
     parts = di.dask.local_moran(income, "queen", at=1980, permutations=400, seed=3, client=client)
     np.testing.assert_allclose(parts["p"], whole["p"], atol=0.15)
     assert (parts["p"] != whole["p"]).any()
+
+
+def test_zones_are_those_of_one_process(client, empty, tmp_path):
+    rain = empty.import_map(SAMPLES / "carolina_climate" / "pr_1999.tif", times="date")["pr_1999"]
+    counties = empty.import_map(SAMPLES / "nc_sids" / "nc_counties.geojson", key="fips")
+    empty.save(tmp_path / "rain.vorn")
+    found = di.dask.zonal(rain, counties, client=client)
+    assert found.pop("realization").eq(1).all()
+    assert found.equals(di.zonal(rain, counties))
 
 
 def test_weights_of_several_times(client, states):
