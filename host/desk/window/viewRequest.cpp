@@ -7,6 +7,7 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
+#include "desk/methods/fields.h"
 #include "desk/project/things.h"
 #include "desk/project/workspace.h"
 #include "desk/views/graphWindow.h"
@@ -21,11 +22,6 @@ const char *const kNames[] = {"map", "table", "histogram", "boxes", "scatter", "
 QString tr(const char *text)
 {
     return QCoreApplication::translate("ViewRequest", text);
-}
-
-QString wordOf(int dataset)
-{
-    return geographyName(VORN_GetGeographyId(dataset)) + QLatin1Char('/') + datasetName(dataset);
 }
 
 ViewWindow *open(Workspace &workspace, const ViewRequest &request)
@@ -57,7 +53,7 @@ QJsonObject toJson(const ViewRequest &request)
 {
     QJsonArray datasets;
     for (const int id : request.datasets)
-        datasets.append(wordOf(id));
+        datasets.append(datasetWord(id));
     QJsonObject json{{QStringLiteral("kind"), viewKindName(request.kind)},
                      {QStringLiteral("datasets"), datasets}};
     if (request.kind == ViewKind::Table)
