@@ -99,6 +99,8 @@ def from_geopandas(frame, key=None, start=None, end=None, *, name="map", snap=0.
     shapes = frame.geometry
     times = [column for column in (start, end) if column is not None]
     texts = dict(zip(times, _time_texts(pandas, [frame[column] for column in times])))
+    if not str(name):
+        raise ValueError("a name is not empty")
     columns = []
     for column in frame.columns:
         if column == shapes.name:

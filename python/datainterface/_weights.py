@@ -91,6 +91,8 @@ def adopt(geography, name, weights, start, end, progress):
     values = np.asarray(values, dtype=float)
     if not np.isfinite(values).all():
         raise ValueError("a weight is not finite")
+    if (np.abs(values) > np.finfo(np.float32).max).any():
+        raise ValueError("a weight is beyond 32-bit numbers")
     order = np.lexsort((columns, rows))
     rows, columns, values = rows[order], columns[order], values[order]
     starts = np.searchsorted(rows, np.arange(geography.count + 1))

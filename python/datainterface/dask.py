@@ -301,7 +301,8 @@ def map_times(function, dataset, times=None, client=None, *, file=None):
     ----------
     function : callable
         Receives the worker's own dataset and the time as a text. Its result must be one that can be
-        pickled, so no part of the project.
+        pickled, so no part of the project. It must not change the project, which other tasks of the
+        worker use as well.
     dataset : Dataset
     times : time or times, optional
         By default the starts of all spans that have values.

@@ -100,6 +100,37 @@ def test_seeds_and_stored_results(income, states):
         di.moran(states["name"], "queen")
 
 
+def test_arguments_without_a_meaning_are_refused(empty):
+    wells = empty.import_map(SAMPLES / "wells" / "wells.csv", key="well", x="x", y="y")
+    level = wells["level"]
+    field = di.make_grid("field", 400, like=level)
+    far = scipy.sparse.csr_matrix(([1e300], ([0], [1])), shape=(wells.count, wells.count))
+    empty_frame = wells.at().to_geopandas(datasets=[])
+    wrong = [
+        ("neighbours are found by", lambda: wells.new_weights("set", "distance", distance=500)),
+        ("a count is", lambda: wells.new_weights("set", "nearest", count=-1)),
+        ("an order is", lambda: wells.new_weights("set", "nearest", order=0)),
+        ("a range is", lambda: wells.new_weights("set", "range", distance=np.nan)),
+        ("are finite", lambda: wells.new_weights("set", "nearest", weights="inverse", power=np.inf)),
+        ("32-bit numbers", lambda: wells.add_weights("set", far)),
+        ("a cutoff", lambda: di.variogram(level, cutoff=-1)),
+        ("a width", lambda: di.variogram(level, width=np.nan)),
+        ("a direction", lambda: di.variogram(level, directions=[np.inf])),
+        ("a tolerance", lambda: di.variogram(level, directions=[0], tolerance=90.1)),
+        ("bounds are", lambda: di.make_grid("grid", 1, level, bounds=(1, 1, 0, 0))),
+        ("the mean", lambda: di.simulate(level, field, "drawn", scores=False, mean=np.nan)),
+        ("a seed", lambda: di.simulate(level, field, "drawn", seed=-1)),
+        ("a seed", lambda: di.cross_validate(level, "nugget:1", folds=2, seed=-1)),
+        ("too large", lambda: di.krige(level, "nugget:1", field, "kriged", neighbors=2**40)),
+        ("a name", lambda: di.from_geopandas(empty_frame, name="")),
+    ]
+    for sentence, call in wrong:
+        with pytest.raises(ValueError, match=sentence):
+            call()
+    assert (list(empty), list(wells.weight_sets)) == (["wells", "field"], [])
+    assert di.variogram(level, directions=[0, 90], tolerance=90).samples == 120
+
+
 def test_shapes_at_a_time(states):
     frame = states.at("1850-12-31").to_geopandas()
     assert len(frame) == 31 and frame.index.name == "key"

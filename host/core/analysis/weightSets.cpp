@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QSet>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include "core/analysis/distanceSets.h"
 #include "core/project/cancel.h"
@@ -40,6 +41,26 @@ QString weightName(spatialWeightType type)
         if (type == known.type)
             return QLatin1String(known.name);
     return QStringLiteral("as given");
+}
+
+/// Raises a Failure for numbers without a meaning. The library takes them as they are.
+void requireMeaning(const WeightSetPlan &plan)
+{
+    static const QStringList methods{QStringLiteral("queen"), QStringLiteral("rook"),
+                                     QStringLiteral("nearest"), QStringLiteral("range")};
+    if (!methods.contains(plan.method))
+        failUsage(QStringLiteral("neighbours are found by %1, not by %2")
+                      .arg(methods.join(QStringLiteral(", ")), plan.method),
+                  "method");
+    if (plan.order < 1 || plan.order > 1000)
+        failUsage(QStringLiteral("an order is 1 to 1000, not %1").arg(plan.order), "order");
+    if (plan.count < 1 || plan.count > 1000000)
+        failUsage(QStringLiteral("a count is 1 to 1000000, not %1").arg(plan.count), "count");
+    if (plan.method == QLatin1String("range") && !(plan.range > 0 && std::isfinite(plan.range)))
+        failUsage(QStringLiteral("a range is a distance in map units"), "range");
+    if (!std::isfinite(plan.numerator) || !std::isfinite(plan.power))
+        failUsage(QStringLiteral("the numerator and the power of inverse distances are finite"),
+                  std::isfinite(plan.power) ? "numerator" : "power");
 }
 
 /// Raises a Failure if the kind of geography cannot have such a set. The library only returns a
@@ -124,6 +145,10 @@ QVector<neighborDatum> neighborsOf(const WeightsFile::Ego &ego, const QHash<QStr
             unknown.insert(link.to);
             continue;
         }
+        if (!(std::fabs(link.weight) <= std::numeric_limits<float>::max()))
+            fail(QStringLiteral("the weight of %1 for %2 is beyond 32-bit numbers: %3")
+                     .arg(link.to, ego.id)
+                     .arg(link.weight));
         neighborDatum neighbor{};
         neighbor.id = object;
         neighbor.weight = static_cast<float>(link.weight);
@@ -159,9 +184,8 @@ int createWeightSet(int geography, const WeightSetPlan &plan)
 {
     const int kind = VORN_GetGeographyProperties(geography).type;
     const spatialWeightType weights = weightTypeOf(plan.weights);
+    requireMeaning(plan);
     requireSuited(kind, plan, weights);
-    if (plan.method == QLatin1String("range") && !(plan.range > 0 && std::isfinite(plan.range)))
-        failUsage(QStringLiteral("a range is a distance in map units"), "range");
     requireNewWeightSetName(geography, plan.name);
     if (needsDistanceLists(kind, plan))
         return createDistanceSet(geography, plan);

@@ -401,6 +401,8 @@ Kriged krigeDataset(const KrigeRequest &request, const Progress &progress)
 
 Validation crossValidate(const KrigeRequest &request, int folds, int seed, const Progress &progress)
 {
+    if (seed < 0)
+        failUsage(QStringLiteral("a seed is 0 to 2147483647"), "seed");
     return KrigeRun(request, progress).validate(folds, seed);
 }
 

@@ -73,6 +73,10 @@ Simulated simulateDataset(const SimulateRequest &request, const Progress &progre
     if (request.count < 1 || request.count > kMostRealizations)
         failUsage(QStringLiteral("a simulation has 1 to %1 realizations").arg(kMostRealizations),
                   "realizations");
+    if (request.mean && !std::isfinite(*request.mean))
+        failUsage(QStringLiteral("the mean is no number"), "mean");
+    if (request.seed < 0)
+        failUsage(QStringLiteral("a seed is 0 to 2147483647"), "seed");
     const SimulationGrid grid = gridOf(request.grid);
     Simulated result;
     Samples samples;

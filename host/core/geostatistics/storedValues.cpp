@@ -87,6 +87,10 @@ int makeGrid(const QString &name, double cell, const QRectF &bounds, int dataset
 {
     if (!std::isfinite(cell) || !(cell > 0))
         failUsage(QStringLiteral("the size of a cell is above 0"), "cell");
+    // Bounds without a width are those of places on one line.
+    if (!(bounds.width() >= 0 && bounds.height() >= 0 && std::isfinite(bounds.width())
+          && std::isfinite(bounds.height())))
+        failUsage(QStringLiteral("bounds are left, bottom, right, top"), "bounds");
     const double columns = std::max(1.0, std::ceil(bounds.width() / cell * (1 - 1e-12)));
     const double rows = std::max(1.0, std::ceil(bounds.height() / cell * (1 - 1e-12)));
     if (!(columns * rows <= kMostCells))

@@ -25,6 +25,7 @@ constexpr VariogramBasicModel::ModelType kChoices[] = {
     VariogramBasicModel::Spherical, VariogramBasicModel::Exponential, VariogramBasicModel::Gaussian,
     VariogramBasicModel::Cubic};
 constexpr int kLagCount = 15;
+constexpr double kMostTolerance = 3.14159265358979323846 / 2 * (1 + 1e-12); ///< radians
 
 /// One time's samples of the dataset and, for a cross variogram, of the other one in the same rows.
 struct Observed {
@@ -97,6 +98,20 @@ public:
     }
 
 private:
+    /// A cutoff and a width of 0 stand for those of the diagonal.
+    static void requireMeaning(const LagPlan &lags)
+    {
+        if (!(lags.cutoff >= 0 && std::isfinite(lags.cutoff)))
+            failUsage(QStringLiteral("a cutoff is a distance, not %1").arg(lags.cutoff), "cutoff");
+        if (!(lags.width >= 0 && std::isfinite(lags.width)))
+            failUsage(QStringLiteral("a width is a distance, not %1").arg(lags.width), "width");
+        for (const double direction : lags.directions)
+            if (!std::isfinite(direction))
+                failUsage(QStringLiteral("a direction is not finite"), "directions");
+        if (!(lags.tolerance >= 0 && lags.tolerance <= kMostTolerance))
+            failUsage(QStringLiteral("a tolerance is 0 to 90 degrees"), "tolerance");
+    }
+
     VariogramAt at(const QVector<Interval> &times)
     {
         VariogramAt result;
@@ -114,6 +129,7 @@ private:
             result.samples += static_cast<int>(count);
             diagonal = std::max(diagonal, diagonalOf(all.back().samples));
         }
+        requireMeaning(result.lags);
         completeLags(result.lags, diagonal);
         LagSums sums(result.lags);
         for (const Observed &observed : all)

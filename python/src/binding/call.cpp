@@ -214,6 +214,9 @@ void translate(std::exception_ptr thrown)
         PyErr_SetString(type, failure.what());
     } catch (const vorn_error &error) {
         PyErr_SetString(ownError("InternalError"), error.what());
+    } catch (const py::cast_error &) {
+        PyErr_SetString(PyExc_ValueError,
+                        "an argument is of another type, or a number is too large");
     }
 }
 
