@@ -220,6 +220,7 @@ private Q_SLOTS:
         row({"series", "p.vorn", "drawn", "3,2"}, "values/0/value");
         row({"classes", "p.vorn", "drawn"}, "breaks");
         row({"zonal", "p.vorn", "drawn", "zones"}, "times/0/zones");
+        row({"query", "p.vorn", "drawn", "--rect", "-2,41,1,43"}, "cells/0/value");
         row({"export", "p.vorn", "out.tif", "--datasets", "drawn"}, "");
         row({"map", "p.vorn", "drawn", "out.svg"}, "");
     }
@@ -250,10 +251,12 @@ private Q_SLOTS:
         QVERIFY(!first.toString().isEmpty() || !first.toList().isEmpty());
         QCOMPARE(told({"--realization", "1"}), first);
         QVERIFY(told({"--realization", "3"}) != first);
-        const Outcome refused = place.run(verb + form + QStringList{"--realization", "4"});
-        QCOMPARE(refused.code, 1);
-        QVERIFY2(refused.err.contains("drawn has no realization 4; it has 3"),
-                 qPrintable(refused.err));
+        for (const QString number : {"4", "0", "-1"}) {
+            const Outcome refused = place.run(verb + form + QStringList{"--realization", number});
+            QCOMPARE(refused.code, 1);
+            QVERIFY2(refused.err.contains("drawn has no realization " + number + "; it has 3"),
+                     qPrintable(refused.err));
+        }
     }
 
     void refusesWhatIsNoGrid_data()

@@ -31,7 +31,8 @@ struct Options {
     QString to;
     QString at;
     QString missing;
-    int realization = 0; ///< from 1; 0: all, or the first where there can be only one
+    int realization = 0; ///< from 1, if given; else all, or the first where there can be only one
+    bool realizationGiven = false;
     bool missingGiven = false;
 };
 
@@ -119,7 +120,7 @@ QVector<int> chosenDatasets(const Options &options)
 /// beside one that has several.
 std::optional<int> realizationOf(const Options &options, const QVector<int> &datasets)
 {
-    if (!options.realization || datasets.isEmpty())
+    if (!options.realizationGiven || datasets.isEmpty())
         return std::nullopt;
     int index = 0;
     for (const int id : datasets)
@@ -339,8 +340,7 @@ void addExport(const Command &app, Context &context)
                    "2000 --to 2009\n  meridor export income.vorn income.gpkg --at 2009");
     command.chosen([options, missing, realization, &context] {
         options->missingGiven = missing.isGiven();
-        if (realization.isGiven() && options->realization < 1)
-            options->realization = -1; // 0 means all: refused with the number of realizations
+        options->realizationGiven = realization.isGiven();
         context.run = [options](const Context &c) { run(*options, c); };
     });
 }

@@ -4,6 +4,7 @@
 #include "cli/commands/commands.h"
 #include "cli/commands/pictureOptions.h"
 #include "core/analysis/weightSets.h"
+#include "core/grids/valuesAt.h"
 #include "core/plot/plots.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -143,6 +144,9 @@ void run(const Options &options, Make make, const Context &context)
     PictureTexts texts;
     Plot plot = make(dataset, options, texts);
     texts.footnote = plot.graph.texts.footnote;
+    const QString realization = realizationText(dataset, options.realization - 1);
+    if (!realization.isEmpty())
+        texts.subtitle += QStringLiteral(", ") + realization;
     if (!options.title.isEmpty())
         texts.title = options.title;
     if (!options.subtitle.isEmpty())

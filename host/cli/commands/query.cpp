@@ -30,6 +30,7 @@ struct Options {
     QString polygon;
     QString in;
     bool centers = false;
+    int realization = 1;
 };
 
 constexpr double kRadian = 3.14159265358979323846 / 180;
@@ -115,12 +116,13 @@ FoundCells ask(const Options &options, int geography, qint64 time)
     return cells;
 }
 
-void print(const FoundCells &cells, int dataset, qint64 time, const Console &console)
+void print(const FoundCells &cells, int dataset, qint64 time, int realization,
+           const Console &console)
 {
     const int geography = VORN_GetGeographyId(dataset);
     const auto &source =
         *dynamic_cast<const MRasterDataSource *>(geographyOf(geography)->GetDataSource());
-    CellReader values(dataset, time);
+    CellReader values(dataset, time, realization);
     QJsonArray json;
     TextTable table({{QStringLiteral("column"), TextTable::Right},
                      {QStringLiteral("row"), TextTable::Right},
@@ -171,8 +173,10 @@ void run(const Options &options, const Context &context)
     const int dataset = findDataset(options.dataset);
     if (!rasterOf(dataset))
         fail(QStringLiteral("%1 is no grid").arg(datasetName(dataset)));
-    const qint64 time = chooseTime(dataset, options.at);
-    print(ask(options, VORN_GetGeographyId(dataset), time), dataset, time, context.console);
+    const int realization = realizationIndex(dataset, options.realization);
+    const qint64 time = chooseTime(dataset, options.at, realization);
+    print(ask(options, VORN_GetGeographyId(dataset), time), dataset, time, realization,
+          context.console);
 }
 
 } // namespace
@@ -193,6 +197,7 @@ void addQuery(const Command &app, Context &context)
     command.flag("--centers", options->centers,
                  "Cells with their centre in the rectangle or polygon");
     command.text("--at", options->at, "The time (default: the dataset's last)");
+    realizationOption(command, options->realization);
     command.footer("Example:\n  meridor query rain.vorn pr_1999 --circle -80.8,35.2,0.5 --at "
                    "1999-09");
     command.chosen(

@@ -11,6 +11,13 @@
 
 namespace meridor {
 
+QString realizationText(int dataset, int realization)
+{
+    const int count = VORN_GetDatasetProperties(dataset).realizationCount;
+    return count <= 1 ? QString()
+                      : QStringLiteral("realization %1 of %2").arg(realization + 1).arg(count);
+}
+
 ValuesAt valuesAt(int dataset, qint64 time, int realization)
 {
     ValuesAt values;

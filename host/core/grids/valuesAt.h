@@ -20,6 +20,9 @@ struct ValuesAt {
 /// Raises a Failure if the dataset has no values at that time.
 MERIDOR_EXPORT ValuesAt valuesAt(int dataset, qint64 time, int realization = 0);
 
+/// "realization 3 of 30", for an index from 0; empty for a dataset with a single one.
+MERIDOR_EXPORT QString realizationText(int dataset, int realization);
+
 /// How often each value occurs in a realization, over all times. Raises a Failure on a cancel.
 MERIDOR_EXPORT QMap<MDatum, int> frequenciesOf(int dataset, int realization);
 

@@ -190,8 +190,11 @@ int findDataset(int geography, const QString &name)
     if (id >= 0)
         return id;
     QStringList names;
-    for (const int other : datasetIds(geography))
+    for (const int other : datasetIds(geography)) {
+        if (fullName(other) == name)
+            return other;
         names.append(datasetName(other));
+    }
     fail(QStringLiteral("no dataset %1 in %2; there are: %3")
              .arg(name, geographyName(geography), someOf(names)));
 }

@@ -433,6 +433,9 @@ MapPicture MapMaker::picture(const QVector<qint64> &times, const QStringList &ca
                 + (mStyle.allTimes ? QStringLiteral(" of all times")
                    : mManyTimes    ? QStringLiteral(" of these times")
                                    : QString());
+    const QString realization = realizationText(mDataset, mStyle.realization);
+    if (!realization.isEmpty())
+        note += QStringLiteral(", ") + realization;
     picture.texts = {mTitle,
                      !mStyle.subtitle.isEmpty() ? mStyle.subtitle
                      : isSingle                 ? captions.value(0, axis.show(times.first()))

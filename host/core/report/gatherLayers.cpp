@@ -228,6 +228,8 @@ ReportLayer gatherLayer(int dataset, const ReportGeography &shown,
     ReportLayer layer;
     layer.name = datasetName(dataset);
     layer.type = typeText(props);
+    if (const QString shownOne = realizationText(dataset, 0); !shownOne.isEmpty())
+        layer.type += QStringLiteral(", ") + shownOne;
     layer.always = props.isStatic;
     layer.isText = !rasterOf(dataset) && !datasetOf(dataset)->IsNumeric();
     QVector<QStringList> texts;
