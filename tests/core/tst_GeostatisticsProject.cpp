@@ -4,11 +4,13 @@
 #include <QtTest>
 #include <cmath>
 #include <numeric>
+#include "core/analysis/describe.h"
 #include "core/analysis/moranOverTime.h"
 #include "core/analysis/statistics.h"
 #include "core/analysis/tables.h"
 #include "core/analysis/weightSets.h"
 #include "core/geostatistics/krigeDataset.h"
+#include "core/geostatistics/normalScores.h"
 #include "core/geostatistics/realizations.h"
 #include "core/geostatistics/simulateDataset.h"
 #include "core/geostatistics/storedValues.h"
@@ -75,7 +77,10 @@ private Q_SLOTS:
     void predictsMeansOfPolygons();
     void predictsAtEachTime();
     void crossValidates();
+    void storesOneModelOfAName();
     void simulatesAndAnswers();
+    void countsNoTableOfManyRealizations();
+    void transformsScoresBack();
     void leavesNothingAfterAFailure();
     void readsTheRealizationThatIsAskedFor_data();
     void readsTheRealizationThatIsAskedFor();
@@ -333,6 +338,90 @@ void TestGeostatisticsProject::simulatesAndAnswers()
     QCOMPARE(cellsOf(findDataset("asked above 41"), 0), answers[5].values);
 }
 
+void TestGeostatisticsProject::storesOneModelOfAName()
+{
+    VariogramPlan plan;
+    plan.dataset = mLevel;
+    plan.times = dataTimes(mLevel);
+    const auto found = variogramsOf(plan, [](int) {});
+    for (const char *name : {"a", "b"})
+        storeModel(modelOf(plan, found, name));
+    QString setting;
+    try {
+        storeModel(modelOf(plan, found, "a"));
+    } catch (const Failure &failure) {
+        setting = failure.setting();
+    }
+    QCOMPARE(setting, QString("replace"));
+    plan.lags.cutoff = 200;
+    storeModel(modelOf(plan, variogramsOf(plan, [](int) {}), "a"), true);
+    QCOMPARE(findModel(mLevel, "a").fit.doubles[0], 200.0);
+    QVERIFY(findModel(mLevel, "b").fit.doubles[0] != 200.0);
+    const QJsonObject described = describeGeography(VORN_GetGeographyId(mLevel));
+    QCOMPARE(described["variogramModels"].toVariant().toStringList(),
+             QStringList({"b of level", "a of level"}));
+}
+
+/// A table with an entry for almost every cell of every realization would be most of the memory.
+void TestGeostatisticsProject::countsNoTableOfManyRealizations()
+{
+    const int grid = makeGrid("field", 2, QRectF(0, 0, 1000, 600), mLevel);
+    std::vector<double> values(150000);
+    std::iota(values.begin(), values.end(), 0.0);
+    for (const int realizations : {1, 2}) {
+        StoredValues stored(grid, QString("drawn %1").arg(realizations), realizations, true);
+        for (int r = 0; r < realizations; ++r)
+            stored.add(r, dataTimes(mLevel).first(), values);
+        const int id = stored.finish("drawn");
+        bool capped = false;
+        QCOMPARE(VORN_GetUniqueDataCount(id, capped), realizations > 1 ? 0 : 150000);
+        QCOMPARE(describeDataset(id)["uniqueValues"],
+                 realizations > 1 ? QJsonValue() : QJsonValue(150000));
+        QCOMPARE(describeDataset(id)["missing"], QJsonValue(false));
+        QCOMPARE(statisticsOfAll(id, realizations - 1).maximum, 149999.0);
+    }
+}
+
+/// Realizations of normal scores take the values of the same ranks; what cannot be transformed is
+/// refused, since the library would answer with the realization itself.
+void TestGeostatisticsProject::transformsScoresBack()
+{
+    const int geography = VORN_GetGeographyId(mLevel);
+    const Interval always = dataTimes(mLevel).first();
+    QVector<double> levels;
+    QSet<int> missing;
+    QVERIFY(VORN_GetNumericValues(mLevel, 0, 0, levels, missing));
+    StoredValues stored(geography, "scores", 1, true);
+    stored.add(0, always, NormalScores({levels.begin(), levels.end()}).scores());
+    const int scores = stored.finish("scores");
+    const int grid = makeGrid("field", 100, QRectF(0, 0, 1000, 600), mLevel);
+    StoredValues cells(grid, "cells", 1, true);
+    cells.add(0, always, std::vector<double>(60, 1));
+    const int other = cells.finish("cells");
+    const auto mean = [&](int dataset, int reference) {
+        RealizationQuestions questions;
+        questions.mean = true;
+        questions.reference = reference;
+        return askRealizations(dataset, always, questions, [](int) {}).first().values;
+    };
+    QCOMPARE(mean(scores, mLevel), std::vector<double>(levels.begin(), levels.end()));
+    const struct {
+        int dataset, reference;
+        const char *text;
+    } refused[] = {{mLevel, scores, "level holds no normal scores"},
+                   {scores, findDataset("id"), "id holds texts"},
+                   {scores, other, "scores and cells are of different geographies"}};
+    for (const auto &one : refused) {
+        QString text;
+        try {
+            mean(one.dataset, one.reference);
+        } catch (const Failure &failure) {
+            text = failure.text();
+        }
+        QCOMPARE(text, QString(one.text));
+    }
+}
+
 void TestGeostatisticsProject::leavesNothingAfterAFailure()
 {
     const Progress progress("Kriging", "Predicting...");
@@ -411,6 +500,9 @@ void TestGeostatisticsProject::readsTheRealizationThatIsAskedFor()
         QStringList texts;
         for (const qint64 count : panel.counts + QVector<qint64>{panel.missing})
             texts.append(QString::number(count));
+        const QString named = QString("realization %1 of 2").arg(realization + 1);
+        if (map.texts.footnote.contains(named) != (dataset == two))
+            texts.append(map.texts.footnote);
         for (const LegendEntry &entry : map.legend[1].entries)
             texts.append(entry.text + QString::number(entry.count));
         for (const MapLabel &label : panel.labels)

@@ -80,6 +80,9 @@ void print(const QJsonObject &geography, const Console &console)
     if (geography.contains(QStringLiteral("weightSets")))
         console.print(
             QStringLiteral("weight sets: %1").arg(someOf(texts(geography, "weightSets"))));
+    if (geography.contains(QStringLiteral("variogramModels")))
+        console.print(QStringLiteral("variogram models: %1")
+                          .arg(someOf(texts(geography, "variogramModels"))));
     TextTable table({{QStringLiteral("dataset"), TextTable::Left},
                      {QStringLiteral("type"), TextTable::Left},
                      {QStringLiteral("times"), TextTable::Right},
@@ -95,7 +98,11 @@ void print(const QJsonObject &geography, const Console &console)
              dataset.value(QStringLiteral("type")).toString()
                  + QString(dataset.contains(QStringLiteral("bits")) ? QStringLiteral(" %1").arg(
                                dataset.value(QStringLiteral("bits")).toInt())
-                                                                    : QString()),
+                                                                    : QString())
+                 + QString(dataset.value(QStringLiteral("realizations")).toInt() > 1
+                               ? QStringLiteral(", %1 realizations")
+                                     .arg(dataset.value(QStringLiteral("realizations")).toInt())
+                               : QString()),
              QString::number(dataset.value(QStringLiteral("times")).toInt()), timeText(dataset),
              uniqueText(dataset.value(QStringLiteral("uniqueValues"))),
              missingText(dataset.value(QStringLiteral("missing")))});

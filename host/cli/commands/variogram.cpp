@@ -40,7 +40,8 @@ struct Options {
     bool anisotropic = false;
     bool exactMinimum = false;
     QString save;
-    QString plot; ///< empty: no picture
+    bool replaces = false; ///< a model of the same name
+    QString plot;          ///< empty: no picture
 };
 
 struct Word {
@@ -185,7 +186,7 @@ void run(const Options &options, const Context &context)
         if (!options.save.isEmpty()) {
             if (!plan.fits)
                 failUsage(QStringLiteral("there is no model to store"), "model");
-            storeModel(modelOf(plan, found, options.save));
+            storeModel(modelOf(plan, found, options.save), options.replaces);
         }
         const TimeAxis axis = axisOf(VORN_GetGeographyId(plan.dataset));
         const bool always = datasetOf(plan.dataset)->IsStatic();
@@ -261,6 +262,7 @@ void addVariogram(const Command &app, Context &context)
     command.flag("--exact-minimum", options->exactMinimum,
                  "The least sum of squares also for a single Gaussian structure");
     command.text("--save", options->save, "Store the model in the project under this name");
+    command.flag("--replace", options->replaces, "Replace a stored model of the same name");
     command.text("--plot", options->plot, "Draw the variogram as FILE.svg, .png or .pdf");
     targetOptions(command, options->target, context);
     command.footer("Example:\n"

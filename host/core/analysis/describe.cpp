@@ -79,14 +79,15 @@ QJsonValue missingValues(int id, int objects, const DatasetProps &props)
     return lacksValues(id, objects);
 }
 
-/// Null for a large grid that was not counted.
+/// Null for a grid that was not counted.
 QJsonValue uniqueValues(int id, int objects)
 {
     bool isCapped = false;
     const int count = VORN_GetUniqueDataCount(id, isCapped);
-    if (count == 0 && rasterOf(id) && objects > kFewCells && !dataTimes(id).isEmpty())
-        return QJsonValue::Null;
-    return count;
+    const bool isCounted =
+        count > 0 || !rasterOf(id) || dataTimes(id).isEmpty()
+        || (objects <= kFewCells && VORN_GetDataCount(id, instantOf(dataTimes(id).first())) == 0);
+    return isCounted ? QJsonValue(count) : QJsonValue::Null;
 }
 
 QJsonObject describeDataset(int id, const TimeAxis &axis)
@@ -111,6 +112,16 @@ QJsonObject describeDataset(int id, const TimeAxis &axis)
     if (!props.isStatic)
         object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
     return object;
+}
+
+/// The names of the models of all datasets of a geography, as "MODEL of DATASET".
+QStringList modelNames(int geography)
+{
+    QStringList names;
+    for (const int id : datasetIds(geography))
+        for (const QString &name : datasetOf(id)->GetVariogramModelNames())
+            names.append(QStringLiteral("%1 of %2").arg(name, datasetName(id)));
+    return names;
 }
 
 QJsonObject toJson(const LinkSummary &summary, int set, const QString &time)
@@ -166,6 +177,9 @@ QJsonObject describeGeography(int id, const QString &at)
         object.insert(QStringLiteral("columns"), props.columns);
         object.insert(QStringLiteral("cellSize"), QJsonArray{props.pixelWidth, props.pixelHeight});
     }
+    const QStringList models = modelNames(id);
+    if (!models.isEmpty())
+        object.insert(QStringLiteral("variogramModels"), QJsonArray::fromStringList(models));
     const QStringList sets = geographyOf(id)->GetSpatialWeightsNames();
     if (!sets.isEmpty())
         object.insert(QStringLiteral("weightSets"), QJsonArray::fromStringList(sets));

@@ -24,6 +24,7 @@ public:
           mCount(VORN_GetDatasetProperties(dataset).realizationCount)
     {
         if (reference >= 0) {
+            requireReference(reference, mTime);
             MDataset *found = datasetOf(reference);
             mScores = VORN_DataContainer(
                 VORN_ConstDataContainer(found, found->IsStatic() ? 0 : mTime, 0));
@@ -48,6 +49,19 @@ public:
     }
 
 private:
+    /// The library answers with the realization itself where it cannot transform back by ranks.
+    void requireReference(int reference, qint64 time) const
+    {
+        const auto refuse = [](const QString &text) { fail(text, "reference"); };
+        if (!datasetOf(reference)->IsNumeric())
+            refuse(QStringLiteral("%1 holds texts").arg(datasetName(reference)));
+        if (VORN_GetGeographyId(reference) != VORN_GetGeographyId(mDataset))
+            refuse(QStringLiteral("%1 and %2 are of different geographies")
+                       .arg(datasetName(mDataset), datasetName(reference)));
+        if (!VORN_IsNormalScoreDataset(mDataset, time))
+            refuse(QStringLiteral("%1 holds no normal scores").arg(datasetName(mDataset)));
+    }
+
     int mDataset;
     qint64 mTime;
     int mCount;

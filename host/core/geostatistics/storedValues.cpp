@@ -16,7 +16,10 @@ namespace {
 
 constexpr double kMissingCell = std::numeric_limits<double>::max();
 constexpr double kMostCells = 1e8;
-constexpr double kMostCounted = 16 << 20; ///< cells whose frequencies are counted
+/// Cells whose frequencies are counted. Almost every realization of a cell is a value of its own,
+/// and each takes about 50 bytes in the table, so many of them would take more memory than the rest.
+constexpr double kMostCounted = 16 << 20;
+constexpr double kMostCountedRealizations = 1 << 18;
 
 } // namespace
 
@@ -75,7 +78,7 @@ int StoredValues::finish(const QString &history)
     const GeoProps geography = VORN_GetGeographyProperties(VORN_GetGeographyId(mId));
     const double cells = double(geography.rows) * geography.columns * props.realizationCount
                          * qMax(1, dataTimes(mId).size());
-    if (!mRaster || cells <= kMostCounted)
+    if (!mRaster || cells <= (props.realizationCount > 1 ? kMostCountedRealizations : kMostCounted))
         VORN_RecalculateDataFrequencies(mId);
     VORN_AppendToLongDescription(mId, history + QLatin1Char('\n'));
     VORN_NewDatasetCreated(mId);

@@ -310,6 +310,26 @@ VariogramModel findModel(int dataset, const QString &name)
          "model");
 }
 
+namespace {
+
+/// @param dataset  -1: of the nonconditional models.
+void removeModel(int dataset, const QString &name)
+{
+    MDataset *owner = datasetOf(dataset);
+    VariogramModel model;
+    for (const int id :
+         owner ? owner->GetVariogramModelIds() : controller().GetNonConVariogramModelIds()) {
+        owner ? owner->GetVariogramModel(id, model)
+              : controller().GetNonConVariogramModel(id, model);
+        if (model.name != name)
+            continue;
+        owner ? owner->RemoveVariogramModel(id) : controller().RemoveNonConVariogramModel(id);
+        return;
+    }
+}
+
+} // namespace
+
 VariogramModelAtT structuresAt(const VariogramModel &model, qint64 time)
 {
     if (model.centroidModels.size() == 1)
@@ -331,15 +351,17 @@ VariogramModelAtT structuresAt(const VariogramModel &model, qint64 time)
     return *found;
 }
 
-void storeModel(VariogramModel model)
+void storeModel(VariogramModel model, bool replaces)
 {
     if (model.name.isEmpty())
         failUsage(QStringLiteral("a variogram model needs a name"), "save");
     const bool conditional = datasetOf(model.dataset) != nullptr;
     const QList<QString> taken = conditional ? datasetOf(model.dataset)->GetVariogramModelNames()
                                              : controller().GetNonConVariogramModelNames();
+    if (taken.contains(model.name) && !replaces)
+        fail(QStringLiteral("there is a variogram model %1 already").arg(model.name), "replace");
     if (taken.contains(model.name))
-        fail(QStringLiteral("there is a variogram model %1 already").arg(model.name), "save");
+        removeModel(model.dataset, model.name);
     if (!conditional)
         controller().AddNonConVariogramModel(model);
     else if (!datasetOf(model.dataset)->AddVariogramModel(model, true))

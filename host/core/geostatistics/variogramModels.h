@@ -56,8 +56,9 @@ MERIDOR_EXPORT VariogramModel findModel(int dataset, const QString &name);
 MERIDOR_EXPORT VariogramModelAtT structuresAt(const VariogramModel &model, qint64 time);
 
 /// Adds a model to its dataset; a model without a dataset to the project. A taken name raises a
-/// Failure.
-MERIDOR_EXPORT void storeModel(VariogramModel model);
+/// Failure of the setting "replace".
+/// @param replaces  whether a model of the same name is removed.
+MERIDOR_EXPORT void storeModel(VariogramModel model, bool replaces = false);
 
 /// The SessionUser::variogramFitter of programs that link this library. The estimator is one of
 /// Estimator, the second dataset of a cross variogram `locations`; `lagCount` the number of classes
