@@ -202,6 +202,8 @@ void MapCanvas::drawSlice()
             return;
     mSlice.stop();
     mIsSharp = true;
+    if (mIsHurried)
+        mImageView = ViewTransform(); // another picture of the same view
     update();
 }
 
@@ -219,13 +221,20 @@ void MapCanvas::compose()
                                         [](const MapLayerView *layer) { return layer->isStale(); });
     if (!isStale || mDrawn.size().isEmpty())
         return;
+    // Colours that change again within a moment, such as those of times that are run through, are
+    // shown coarsely and, when the map rests, sharply.
+    mIsHurried =
+        mImageView == mDrawn && !mIsSharp && mComposed.isValid() && mComposed.elapsed() < kRest;
+    mComposed.start();
+    if (mIsHurried)
+        mRest.start();
     const MapColors colors(palette());
     if (mImage.size() != mDrawn.size())
         mImage = QImage(mDrawn.size(), QImage::Format_RGB32);
     mImage.fill(colors.ground);
     for (MapLayerView *const layer : std::as_const(mLayers)) {
         if (layer->isVisible())
-            layer->paint(mDrawn, colors, mImage);
+            layer->paint(mDrawn, colors, mIsHurried, mImage);
         layer->setFresh();
     }
     mImageView = mDrawn;

@@ -92,7 +92,9 @@ private:
     bool mIsDrawn = false;
     QImage mImage; ///< the composed layers
     ViewTransform mImageView;
-    double mCost = 0; ///< of the last quick drawing, in milliseconds
+    QElapsedTimer mComposed; ///< since the last composition
+    bool mIsHurried = false; ///< the composed picture is the coarse one
+    double mCost = 0;        ///< of the last quick drawing, in milliseconds
     bool mIsSharp = false;
     QTimer mRest;  ///< runs out when the map has rested
     QTimer mSlice; ///< runs while the sharp picture is drawn

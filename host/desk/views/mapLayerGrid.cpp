@@ -136,7 +136,7 @@ bool GridLayerView::drawSharp(const ViewTransform &view)
     return countRows();
 }
 
-void GridLayerView::paint(const ViewTransform &view, const MapColors &colors, QImage &image)
+void GridLayerView::paint(const ViewTransform &view, const MapColors &colors, bool, QImage &image)
 {
     if (!mHasImage || mImage.view() != view || !classes())
         return;

@@ -22,7 +22,8 @@ public:
     void drawQuick(const ViewTransform &view) override;
     bool drawSharp(const ViewTransform &view) override;
     bool readsLibrary() const override { return true; }
-    void paint(const ViewTransform &view, const MapColors &colors, QImage &image) override;
+    void paint(const ViewTransform &view, const MapColors &colors, bool isHurried,
+               QImage &image) override;
     int objectAt(const QPoint &pixel) const override { return mImage.cellAt(pixel.x(), pixel.y()); }
     int nextObject(int object, int step) const override;
     QPainterPath shapeOf(unsigned int object, const ViewTransform &view) const override;

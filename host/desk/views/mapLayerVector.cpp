@@ -190,13 +190,15 @@ void VectorLayerView::buildTable(const MapColors &colors)
     mTableGround = colors.ground;
 }
 
-void VectorLayerView::paint(const ViewTransform &view, const MapColors &colors, QImage &image)
+void VectorLayerView::paint(const ViewTransform &view, const MapColors &colors, bool isHurried,
+                            QImage &image)
 {
     buildTable(colors);
-    const bool isSharp = !mIsSharpStale && mSharp.isComplete() && mSharp.view() == view.doubled();
+    const bool isQuickDrawn = !mIsQuickStale && mQuick.view() == view;
+    const bool isSharp = !(isHurried && isQuickDrawn) && !mIsSharpStale && mSharp.isComplete()
+                         && mSharp.view() == view.doubled();
     const PickBuffer &buffer = isSharp ? mSharp : mQuick;
-    if ((!isSharp && (mIsQuickStale || mQuick.view() != view))
-        || static_cast<int>(mTable.size()) <= buffer.objectLimit())
+    if ((!isSharp && !isQuickDrawn) || static_cast<int>(mTable.size()) <= buffer.objectLimit())
         return;
     const bool areas = mGeometry.kind() == FlatGeometry::Areas;
     PassStyle style;

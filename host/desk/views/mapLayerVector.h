@@ -22,7 +22,8 @@ public:
     QRectF extentOf(const QVector<unsigned int> &objects) const override;
     void drawQuick(const ViewTransform &view) override;
     bool drawSharp(const ViewTransform &view) override;
-    void paint(const ViewTransform &view, const MapColors &colors, QImage &image) override;
+    void paint(const ViewTransform &view, const MapColors &colors, bool isHurried,
+               QImage &image) override;
     int objectAt(const QPoint &pixel) const override;
     int nextObject(int object, int step) const override;
     QPainterPath shapeOf(unsigned int object, const ViewTransform &view) const override;

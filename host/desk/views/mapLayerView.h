@@ -83,8 +83,10 @@ public:
     /// A slice of the sharp picture. @return whether the picture is complete.
     virtual bool drawSharp(const ViewTransform &view) = 0;
     virtual bool readsLibrary() const { return false; }
-    /// Paints the best picture of a view that was drawn over what the image holds.
-    virtual void paint(const ViewTransform &view, const MapColors &colors, QImage &image) = 0;
+    /// Paints the best picture of a view that was drawn over what the image holds; the coarse one if
+    /// `isHurried`, which takes a fraction of the time.
+    virtual void paint(const ViewTransform &view, const MapColors &colors, bool isHurried,
+                       QImage &image) = 0;
     /// Whether paint() would give another picture than last time.
     bool isStale() const { return mIsStale; }
     void setFresh() { mIsStale = false; }
