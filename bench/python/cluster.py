@@ -38,10 +38,10 @@ def main():
         income = project["states"]["income"]
         file = di.dask._file_of(income, None)
         task = (file, "states", "income", 0, "queen", "1929-01-01", di.dask.BLOCK, 1, "keep", False)
-    tasks = 81 * len(di.dask._blocks(99999))
+    calls = 81 * len(di.dask._blocks(99999))
     print(f"two workers: {best[1] / best[2]:.2f} times as fast as one ({best[1]:.1f} s, {best[2]:.1f} s), "
-          f"{tasks} tasks of {len(pickle.dumps((di.dask._moran_block, task)))} bytes, "
-          f"{1e3 * best[1] / tasks:.1f} ms each")
+          f"{calls} calls of {len(pickle.dumps((di.dask._moran_block, task)))} bytes, "
+          f"{1e3 * best[1] / calls:.1f} ms each")
 
 
 if __name__ == "__main__":

@@ -40,7 +40,7 @@ __all__ = ["ProjectFile", "array", "hand_over", "local_moran", "map_times", "mor
 
 #: Permutations of one task. Part of the definition of the results: the seed of a block is made from
 #: its number.
-BLOCK = 5000
+BLOCK = 25000
 
 _lock = threading.RLock()
 _held = None  # (path, state of the file, Project) of this process
@@ -178,12 +178,23 @@ def hand_over(project, client):
     return ProjectFile(path, state, digest)
 
 
-def _gathered(client, function, tasks):
-    """The results of a function of each of the tasks, in their order."""
+def _several(function, calls):
+    return [function(*call) for call in calls]
+
+
+def _gathered(client, function, calls):
+    """The results of a function for each of the calls, in their order.
+
+    Calls beside each other are one task, since the scheduler takes some milliseconds for each: as
+    many that every worker has several tasks, so that a slow one does not hold up the others.
+    """
     if client is None:
         client = load("distributed").default_client()
-    futures = [client.submit(function, *task, pure=False) for task in tasks]
-    return client.gather(futures)
+    tasks = 4 * max(1, sum(client.ncores().values()))
+    size = max(1, len(calls) // tasks)
+    groups = [calls[first:first + size] for first in range(0, len(calls), size)]
+    futures = client.map(_several, [function] * len(groups), groups, pure=False)
+    return [result for group in client.gather(futures) for result in group]
 
 
 def _spans_of(dataset, at, index):
@@ -390,7 +401,7 @@ def _times_of(dataset, runs):
 
 def moran(dataset, weights, *, at=None, permutations=999, seed=None, islands="keep",
           realizations=None, client=None, file=None):
-    """Moran's I at each time and of each realization, with permutations in blocks of 5,000.
+    """Moran's I at each time and of each realization, with permutations in blocks of 25,000.
 
     The statistics are those of :func:`datainterface.moran`. Its permutations are drawn from one
     generator for all times, these from one for each block, so `p` differs as it does between seeds.
