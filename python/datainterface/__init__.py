@@ -26,6 +26,7 @@ from ._geostatistics import (Kriged, KrigedAt, Structure, Validation, Variogram,
 from ._project import Project, new, open
 from ._weights import WeightSet
 from . import stats
+from ._native import __version__
 
 __all__ = [
     "DataInterfaceWarning",

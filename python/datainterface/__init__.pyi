@@ -15,6 +15,7 @@ from shapely.geometry.base import BaseGeometry
 from . import stats as stats
 
 __all__: list[str]
+__version__: str
 
 _Time = Union[str, int, datetime.date, datetime.time, np.datetime64, pandas.Period]
 _Path = Union[str, os.PathLike[str]]

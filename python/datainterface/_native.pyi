@@ -11,6 +11,8 @@ _Floats = np.ndarray[Any, np.dtype[np.float64]]
 _Progress = Optional[Callable[[int, str], object]]
 _Span = tuple[int, int, bool]
 
+__version__: str
+
 def set_listeners(note: Callable[[str], object], warn: Callable[[str], object]) -> None: ...
 
 # The project

@@ -41,6 +41,12 @@ def test_the_types_of_the_package_are_its_own():
     assert done.returncode == 0, done.stdout + done.stderr
 
 
+@needs_sources
+def test_the_version_is_that_of_the_project():
+    told = re.search(r"project\(DataInterface VERSION (\S+)", (SOURCES / "CMakeLists.txt").read_text())
+    assert di.__version__ == told[1]
+
+
 def public(thing):
     return [(name, getattr(thing, name)) for name in dir(thing) if not name.startswith("_")]
 

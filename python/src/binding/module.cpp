@@ -11,6 +11,7 @@ PYBIND11_MODULE(_native, module)
     // File names and the texts of the library go through this codec. Without an application object
     // it follows the locale, and the C locale would lose letters outside ASCII.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    module.attr("__version__") = DATAINTERFACE_VERSION;
     registerExceptions();
     module.def("set_listeners", &setListeners);
     addProject(module);
