@@ -40,6 +40,8 @@ def add(dataset, values, at, end, overwrite, realization):
 def _frame_of_series(pandas, dataset, series, at, end):
     if at is None and not dataset.static:
         raise ValueError("the time of a series is given as at=")
+    if at is not None and dataset.static:
+        raise ValueError(f"the values of {dataset.name} hold at all times")
     frame = pandas.DataFrame({"key": series.index, "value": series.array})
     if not dataset.static:
         form = dataset.geography.time_format
@@ -59,6 +61,8 @@ def _checked(dataset, column):
                 raise ValueError(f"{dataset.name} holds texts, and {text!r} is none")
         return texts
     try:
+        if column.dtype.kind == "c":
+            raise TypeError
         numbers = column.to_numpy(dtype=float)
     except (TypeError, ValueError):
         raise ValueError(f"{dataset.name} holds numbers, and the values are not all numbers"

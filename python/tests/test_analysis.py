@@ -131,6 +131,26 @@ def test_arguments_without_a_meaning_are_refused(empty):
     assert di.variogram(level, directions=[0, 90], tolerance=90).samples == 120
 
 
+def test_parts_that_were_removed_are_refused(empty):
+    wells = empty.import_map(SAMPLES / "wells" / "wells.csv", key="well", x="x", y="y")
+    level, other = wells["level"], wells.new_dataset("other", static=True)
+    near = wells.new_weights("near", "nearest").at()
+    grid = di.make_grid("field", 400, like=level)
+    drift = di.simulate(level, grid, "drawn", seed=1)
+    empty.remove(grid)
+    wells.remove(other)
+    near.weight_set.remove()
+    for call in (lambda: di.moran(level, near), lambda: di.local_moran(level, near),
+                 lambda: di.zonal(level, di.VectorGeography(empty, grid._number)),
+                 lambda: di.krige(level, "nugget:1", grid, "kriged"),
+                 lambda: di.krige(level, "nugget:1", wells, "kriged", external=drift),
+                 lambda: di.simulate(level, grid, "drawn"),
+                 lambda: di.variogram(level, other=other),
+                 lambda: di.summarize_realizations(level, mean=True, reference=other)):
+        with pytest.raises(ValueError, match="no longer in the project"):
+            call()
+
+
 def test_shapes_at_a_time(states):
     frame = states.at("1850-12-31").to_geopandas()
     assert len(frame) == 31 and frame.index.name == "key"

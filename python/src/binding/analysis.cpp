@@ -12,12 +12,6 @@
 namespace meridor::python {
 namespace {
 
-void requireDataset(int id)
-{
-    if (!datasetOf(id))
-        fail(QStringLiteral("the dataset is no longer in the project"));
-}
-
 py::dict localOf(const MoranAt &result)
 {
     QStringList clusters;
@@ -54,6 +48,7 @@ py::list moranOf(int dataset, int realization, int set, const py::iterable &time
     const QStringList wanted = textsOf(times);
     const QVector<MoranAt> found = atLength(progress, [&] {
         requireDataset(dataset);
+        requireWeightSet(set);
         if (set >> 16 != VORN_GetGeographyId(dataset))
             fail(QStringLiteral("the weights are of %1, %2 of %3")
                      .arg(geographyName(set >> 16), datasetName(dataset),
@@ -67,11 +62,10 @@ py::list moranOf(int dataset, int realization, int set, const py::iterable &time
     });
     py::list rows;
     for (const MoranAt &result : found)
-        rows.append(py::make_tuple(intervalRows({result.when}), result.whole.value,
-                                   result.whole.expectation, result.whole.deviate, result.whole.p,
-                                   result.objects.size(), arrayOf(result.islands),
-                                   local ? py::object(localOf(result)) : py::none(),
-                                   result.whole.above));
+        rows.append(py::make_tuple(
+            intervalRows({result.when}), result.whole.value, result.whole.expectation,
+            result.whole.deviate, result.whole.p, result.objects.size(), arrayOf(result.islands),
+            local ? py::object(localOf(result)) : py::none(), result.whole.above));
     return rows;
 }
 
@@ -82,6 +76,7 @@ py::list zonalOf(int dataset, int realization, int polygons, const py::iterable 
     const QStringList wanted = textsOf(times);
     const QVector<ZonesAtTime> found = atLength(progress, [&] {
         requireDataset(dataset);
+        requireGeography(polygons);
         if (VORN_GetGeographyProperties(polygons).type != GeoProps::Polygons)
             fail(QStringLiteral("%1 has no polygons").arg(geographyName(polygons)));
         const Progress bar("Zones", "Summing up...");

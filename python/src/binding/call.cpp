@@ -6,6 +6,9 @@
 #include <optional>
 #include <pthread.h>
 #include <thread>
+#include "core/project/catalog.h"
+#include "datainterface/AdjacencySet.h"
+#include "datainterface/MGeoData.h"
 #include "datainterface/ProjectAPI.h"
 #include "datainterface/vorn_error.h"
 
@@ -233,6 +236,25 @@ void registerExceptions()
         if (thrown)
             translate(thrown);
     });
+}
+
+void requireGeography(int id)
+{
+    if (!geographyOf(id))
+        fail(QStringLiteral("the geography is no longer in the project"));
+}
+
+void requireDataset(int id)
+{
+    if (!datasetOf(id))
+        fail(QStringLiteral("the dataset is no longer in the project"));
+}
+
+void requireWeightSet(int id)
+{
+    MGeoData *geography = geographyOf(id >> 16);
+    if (!geography || !geography->GetSpatialWeightSet(id))
+        fail(QStringLiteral("the weight set is no longer in the project"));
 }
 
 } // namespace meridor::python

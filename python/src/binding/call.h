@@ -126,4 +126,9 @@ template <class Work> auto onFiles(Work work)
 
 void registerExceptions();
 
+/// Raise a Failure for parts that were removed from the project, of which Python may hold others.
+void requireGeography(int id);
+void requireDataset(int id);
+void requireWeightSet(int id);
+
 } // namespace meridor::python

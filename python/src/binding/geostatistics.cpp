@@ -20,12 +20,6 @@ namespace {
 
 using Numbers = py::array_t<double, py::array::c_style | py::array::forcecast>;
 
-void requireDataset(int id)
-{
-    if (!datasetOf(id))
-        fail(QStringLiteral("the dataset is no longer in the project"));
-}
-
 /// (type, sill, range along the direction, range across it, direction in radians) for each.
 py::list structuresOf(const VariogramModelAtT &model)
 {
@@ -79,6 +73,8 @@ py::list variogramOf(int dataset, int realization, const py::iterable &times, co
     const QStringList wanted = textsOf(times);
     const QVector<VariogramAt> found = atLength(progress, [&] {
         requireDataset(dataset);
+        if (plan.other >= 0)
+            requireDataset(plan.other);
         plan.times = dataTimesAt(dataset, wanted, realization);
         const Progress bar("Variogram", "Counting pairs...");
         const QVector<VariogramAt> all = variogramsOf(plan, bar.part(0, 100));
@@ -128,8 +124,11 @@ KrigeRequest requestOf(int dataset, int realization, const QStringList &times,
     if (!given["radius"].is_none())
         request.plan.neighborhood.radius = given["radius"].cast<double>();
     request.external = given["external"].cast<int>();
+    if (request.external >= 0)
+        requireDataset(request.external);
     request.block = given["block"].cast<int>();
     request.target = given["target"].cast<int>();
+    requireGeography(request.target);
     request.name = given["name"].cast<QString>();
     return request;
 }
@@ -183,6 +182,7 @@ py::tuple simulate(int dataset, int realization, const QString &at, int grid, co
         request.radius = given["radius"].cast<double>();
     request.seed = given["seed"].cast<int>();
     const Simulated found = atLength(progress, [&] {
+        requireGeography(grid);
         if (dataset >= 0) {
             requireDataset(dataset);
             request.when = dataTimesAt(dataset, {at}, realization).first();
@@ -207,6 +207,8 @@ py::list ask(int dataset, const QString &at, bool mean, bool deviation,
     questions.reference = reference;
     QVector<RealizationAnswer> answers = atLength(progress, [&] {
         requireDataset(dataset);
+        if (reference >= 0)
+            requireDataset(reference);
         const QVector<Interval> times = dataTimesAt(dataset, {at});
         const Progress bar("Realizations", "Reading...");
         const auto found = askRealizations(dataset, times.first(), questions, bar.part(0, 100));

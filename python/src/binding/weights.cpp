@@ -17,19 +17,14 @@ namespace {
 
 MGeoData &required(int geography)
 {
-    MGeoData *held = geographyOf(geography);
-    if (!held)
-        fail(QStringLiteral("the geography is no longer in the project"));
-    return *held;
+    requireGeography(geography);
+    return *geographyOf(geography);
 }
 
 AdjacencySet &requiredSet(int set)
 {
-    MGeoData *geography = geographyOf(set >> 16);
-    AdjacencySet *held = geography ? geography->GetSpatialWeightSet(set) : nullptr;
-    if (!held)
-        fail(QStringLiteral("the weight set is no longer in the project"));
-    return *held;
+    requireWeightSet(set);
+    return *geographyOf(set >> 16)->GetSpatialWeightSet(set);
 }
 
 int find(int geography, const QString &name)
