@@ -228,6 +228,7 @@ def _opened(path, mode, *, reserve, scratch, cache, progress, state=None):
     global _present
     held = present_project()
     if held is not None:
+        _native.geographies()  # raises in a forked process, which cannot close the project either
         raise ValueError(f"{held.path or 'a new project'} is open; a process has one project at a "
                          "time: close it first")
     with reporting(progress) as report:

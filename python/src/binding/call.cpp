@@ -105,8 +105,8 @@ void refuseFork()
 {
     if (state().isForked && state().session)
         raise(PyExc_ValueError,
-              QStringLiteral("the project was opened before this process was forked: open it in "
-                             "each process, or start processes by spawn"));
+              QStringLiteral("a project was open when this process was forked, which can use no "
+                             "project: fork before one is open, or start processes by spawn"));
 }
 
 } // namespace
