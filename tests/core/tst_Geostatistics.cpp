@@ -101,6 +101,7 @@ private Q_SLOTS:
     void equalsThePlainSystem();
     void returnsTheDatumAtItsPlace();
     void dropsNeighborsThatDependOnOthers();
+    void isConstantAlongAnEndlessRange();
     void scoresAreUndone();
     void realizationsHaveTheModel();
     void givesTheSameRealizationsForASeed();
@@ -599,6 +600,22 @@ void TestGeostatistics::dropsNeighborsThatDependOnOthers()
     QCOMPARE(tilted.remarks().undetermined, 2);
 }
 
+/// Along a range of 1e10 map units the covariance is the sill, though rounding leaves squares of
+/// separations below 0 in about a third of the directions.
+void TestGeostatistics::isConstantAlongAnEndlessRange()
+{
+    for (const char *type : {"spherical", "exponential", "gaussian", "cubic"}) {
+        for (int degrees = 1; degrees < 180; ++degrees) {
+            const Covariance model(
+                parseStructures(QString("%1:1:10:1e10:%2").arg(type).arg(degrees)));
+            const double angle = degrees * 3.14159265358979323846 / 180;
+            const double value = model.at(-1000 * std::sin(angle), 1000 * std::cos(angle));
+            QVERIFY2(std::fabs(value - 1) < 1e-3,
+                     qPrintable(QString("%1 %2: %3").arg(type).arg(degrees).arg(value)));
+        }
+    }
+}
+
 void TestGeostatistics::scoresAreUndone()
 {
     std::vector<double> values = randomSamples(101, 9).values;
@@ -761,6 +778,10 @@ void TestGeostatistics::refusesWhatHasNoAnswer_data()
         [=] { krige(Samples(), "spherical:1:9", {}); });
     row("range of 0", "the range of a spherical structure is 0",
         [] { parseStructures("spherical:1:0"); });
+    row("range whose square is 0", "the range of a spherical structure is 1e-200",
+        [] { parseStructures("spherical:1:1e-200"); });
+    row("range whose square is infinite", "the range of a cubic structure is 1e+200",
+        [] { parseStructures("cubic:1:5:1e200:30"); });
     row("sill below 0", "the sill of a cubic structure is -1",
         [] { parseStructures("cubic:-1:5"); });
     row("exponent of 2", "the exponent of a power structure is 2; it must be below 2",

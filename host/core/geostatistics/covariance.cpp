@@ -12,7 +12,8 @@ namespace {
 using Type = VariogramBasicModel::ModelType;
 
 constexpr double kDegree = 3.14159265358979323846 / 180;
-constexpr double kNuggetRange = 1; ///< a nugget with ranges of 0 would not be 0 at separation 0
+constexpr double kMostRange = 1e150; ///< the squares of ranges and of their reciprocals are finite
+constexpr double kNuggetRange = 1;   ///< a nugget with ranges of 0 would not be 0 at separation 0
 /// The constant in place of a missing sill, relative to the largest value of the structure. Once it
 /// exceeds that value by far, its size only affects rounding.
 constexpr double kShift = 10;
@@ -50,7 +51,8 @@ void requireUsable(const VariogramBasicModel &structure)
     if (structure.type == VariogramBasicModel::Nugget)
         return;
     for (const double range : {structure.majorRange, structure.minorRange})
-        if (!std::isfinite(range) || !(range > 0))
+        if (!(range > 0 && range < kMostRange)
+            || (structure.type != VariogramBasicModel::Power && range < 1 / kMostRange))
             fail(QStringLiteral("the range of a %1 structure is %2").arg(name, exactNumber(range)));
     if (!std::isfinite(structure.angle))
         fail(QStringLiteral("the direction of a %1 structure is no number").arg(name));
@@ -164,7 +166,9 @@ double Covariance::smoothAt(double dx, double dy) const
 {
     double sum = mShift;
     for (const Structure &structure : mStructures) {
-        const double u2 = structure.xx * dx * dx + structure.xy * dx * dy + structure.yy * dy * dy;
+        // Rounding can leave less than 0 along a range that is far larger than the other one.
+        const double u2 =
+            std::fmax(0, structure.xx * dx * dx + structure.xy * dx * dy + structure.yy * dy * dy);
         switch (structure.type) {
         case VariogramBasicModel::Spherical:
             sum += structure.sill * spherical(std::sqrt(u2));
