@@ -70,7 +70,7 @@ private Q_SLOTS:
                         "meridor import nc_counties.geojson rain.vorn --append --key fips "
                         "--name counties && cp income.vorn survey1998.vorn");
         prepare("maps", "meridor import wells.csv wells.vorn --key well --x x --y y && "
-                        "meridor simulate wells.vorn level --grid field --cell 50 --seed 1 "
+                        "meridor simulate wells.vorn level --grid drawn --cell 50 --seed 1 "
                         "--realizations 5 --into simulated");
         prepare(".", "cp -r maps sets");
         prepare("sets", "meridor weights create income.vorn queen --method queen");
@@ -158,6 +158,9 @@ private Q_SLOTS:
               "--output does not apply without --into");
         check({"krige", "p.vorn", "v", "--model", "spherical:1:5", "--mean", "nan", "--into", "p"},
               "--mean: nan is no finite number");
+        check({"krige", "p.vorn", "v", "--model", "spherical:1:5", "--grid", "map", "--cell", "1",
+               "--into", "k"},
+              "has a geography map already; see --to");
         check({"variogram", "p.vorn", "v", "--directions", "0,inf"}, "inf is no finite number");
         check({"variogram", "p.vorn", "v", "--cutoff", "-1"}, "--cutoff: -1 is below 0");
         check({"variogram", "p.vorn", "v", "--cross", "v", "--estimator", "robust"},

@@ -27,6 +27,9 @@ int GridChoice::find(int dataset) const
         failUsage(QStringLiteral("the results need either --to or --grid"));
     if (!to.isEmpty())
         return findGeography(to);
+    for (const int other : geographyIds())
+        if (geographyName(other) == name)
+            failUsage(QStringLiteral("the project has a geography %1 already").arg(name), "to");
     QRectF extent = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).bounds;
     if (!bounds.isEmpty()) {
         if (bounds.size() != 4 || !(bounds[0] < bounds[2]) || !(bounds[1] < bounds[3]))
