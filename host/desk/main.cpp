@@ -11,6 +11,22 @@
 namespace {
 
 constexpr int kRestBeforePicture = 700; // milliseconds: views draw sharply after a while
+constexpr double kLeastScale = 0.5;
+constexpr double kMostScale = 8;
+
+bool isScale(const QByteArray &text)
+{
+    bool isNumber = false;
+    const double scale = text.toDouble(&isNumber);
+    return isNumber && scale >= kLeastScale && scale <= kMostScale;
+}
+
+/// A factor out of range is left out here and refused once the options are read.
+void setScale(const char *text)
+{
+    if (isScale(text))
+        qputenv("QT_SCALE_FACTOR", text);
+}
 
 /// Options that Qt needs before there is an application.
 void setEnvironment(int argc, char **argv)
@@ -20,9 +36,9 @@ void setEnvironment(int argc, char **argv)
         drawsAlone = drawsAlone || std::strncmp(argv[i], "--picture", 9) == 0
                      || std::strncmp(argv[i], "--script", 8) == 0;
         if (std::strcmp(argv[i], "--scale") == 0 && i + 1 < argc)
-            qputenv("QT_SCALE_FACTOR", argv[i + 1]);
+            setScale(argv[i + 1]);
         else if (std::strncmp(argv[i], "--scale=", 8) == 0)
-            qputenv("QT_SCALE_FACTOR", argv[i] + 8);
+            setScale(argv[i] + 8);
     }
     const bool hasDisplay =
         qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
@@ -66,6 +82,10 @@ Arguments parse(meridor::Application &application)
     arguments.script = parser.value(QStringLiteral("script"));
     arguments.picture = parser.value(QStringLiteral("picture"));
     arguments.isDark = parser.isSet(QStringLiteral("dark"));
+    if (parser.isSet(QStringLiteral("scale"))
+        && !isScale(parser.value(QStringLiteral("scale")).toUtf8()))
+        meridor::failUsage(
+            QStringLiteral("--scale is a factor from %1 to %2").arg(kLeastScale).arg(kMostScale));
     if (parser.isSet(QStringLiteral("size"))) {
         const QStringList sides = parser.value(QStringLiteral("size")).split(QLatin1Char('x'));
         arguments.size = QSize(sides.value(0).toInt(), sides.value(1).toInt());

@@ -62,6 +62,7 @@ private Q_SLOTS:
     void theLogRepeatsTheSession();
     void failingStepsAreNamed_data();
     void failingStepsAreNamed();
+    void wrongOptionsAreRefused();
     void aKilledSessionLosesNothing();
 
 private:
@@ -179,6 +180,18 @@ void tst_Script::failingStepsAreNamed()
     const Outcome outcome = play(steps);
     QCOMPARE(outcome.code, 1);
     QVERIFY2(outcome.errors.contains(text), qPrintable(outcome.errors));
+}
+
+void tst_Script::wrongOptionsAreRefused()
+{
+    for (const char *const option : {"--scale=large", "--scale=0", "--scale=100", "--size=9x9"}) {
+        const Outcome outcome =
+            run(QStringLiteral(MERIDOR_TEST_DESK),
+                {QLatin1String(option), QStringLiteral("--picture"), QStringLiteral("no.png")});
+        QVERIFY2(outcome.code == 2 && outcome.errors.contains(QLatin1String(option).left(6)),
+                 qPrintable(QLatin1String(option) + ": " + outcome.errors));
+        QCOMPARE(QFileInfo::exists(path("no.png")), false);
+    }
 }
 
 void tst_Script::aKilledSessionLosesNothing()

@@ -15,6 +15,7 @@
 #include <QTemporaryDir>
 #include <QTreeView>
 #include <QtTest>
+#include <sys/stat.h>
 #include "core/import/samples.h"
 #include "core/project/catalog.h"
 #include "core/project/fileLock.h"
@@ -125,6 +126,7 @@ void tst_Window::troubleStandsOnTheStartPage_data()
     QTest::newRow("rubbish") << "c.xyz" << QByteArray("\0\1\2rubbish", 10) << "c.xyz";
     QTest::newRow("no shapes") << "d.geojson" << QByteArray("{\"type\": \"Feature") << "d.geojson";
     QTest::newRow("locked") << "locked.vorn" << QByteArray("x") << "is changing it";
+    QTest::newRow("pipe") << "pipe.csv" << QByteArray() << "is a pipe or a device";
 }
 
 void tst_Window::troubleStandsOnTheStartPage()
@@ -133,9 +135,13 @@ void tst_Window::troubleStandsOnTheStartPage()
     QFETCH(QByteArray, content);
     QFETCH(QString, text);
     QFile file(mFolder.filePath(name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-    file.close();
+    if (name == QLatin1String("pipe.csv")) {
+        QCOMPARE(::mkfifo(QFile::encodeName(file.fileName()).constData(), 0600), 0);
+    } else {
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        file.close();
+    }
     const FileLock lock(mFolder.filePath(QStringLiteral("locked.vorn")));
     drop(file.fileName());
     const auto *const trouble = find<QLabel>("startTrouble");

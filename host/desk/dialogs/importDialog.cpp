@@ -17,6 +17,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "desk/project/actionLog.h"
 #include "desk/project/importLine.h"
 #include "desk/project/workspace.h"
@@ -188,7 +189,13 @@ bool ImportDialog::load(const QString &file, const QString &layer)
     QString trouble;
     const auto told = connect(&mWorkspace, &Workspace::told, this,
                               [&trouble](const QString &text) { trouble = text; });
-    const bool isRead = mWorkspace.look([&] { guess = guessImport(file, layer); });
+    const bool isRead = mWorkspace.look([&] {
+        // The form reads a source twice, and a wait for a pipe would stop the window.
+        const QFileInfo info(file);
+        if (info.exists() && !info.isFile() && !info.isDir())
+            fail(tr("%1: is a pipe or a device and no file").arg(file));
+        guess = guessImport(file, layer);
+    });
     disconnect(told);
     mFile->setText(QDir::toNativeSeparators(file));
     if (!isRead) {
