@@ -216,9 +216,17 @@ void tst_Methods::theLogRepeatsTheSession()
     run("moran", {parameter("dataset", QStringLiteral("income")),
                   parameter("weights", QStringLiteral("queen")), parameter("permutations", 99),
                   parameter("local", true), parameter("save", QStringLiteral("Moran's \"I\""))});
-    run("convert", {parameter("dataset", QStringLiteral("income")),
-                    parameter("new", QStringLiteral("Einkommen ganz größer")),
-                    parameter("type", QStringLiteral("integer"))});
+    for (const char *const made : {"Einkommen ganz größer", "as decimals", "as series"}) {
+        const QString name = QString::fromUtf8(made);
+        QVector<MethodParameter> conversion{parameter("dataset", QStringLiteral("income")),
+                                            parameter("new", name)};
+        conversion.append(name == QLatin1String("as series")
+                              ? parameter("storage", QStringLiteral("series"))
+                              : parameter("type", name == QLatin1String("as decimals")
+                                                      ? QStringLiteral("decimal")
+                                                      : QStringLiteral("text")));
+        QCOMPARE(run("convert", conversion).text, name + QStringLiteral(" was made from income"));
+    }
     const QVector<int> made = datasetIds(mStates);
     QStringList script{QStringLiteral("set -e"),
                        commandText({QStringLiteral("weights"), QStringLiteral("create"), mCopy,

@@ -40,6 +40,7 @@ const char *const kSession =
     " {`do`: `view`, `kind`: `table`, `geography`: `states`},"
     " {`do`: `time`, `geography`: `states`, `time`: `1950`},"
     " {`do`: `export`, `file`: `table.csv`},"
+    " {`do`: `report`, `file`: `report.html`},"
     " {`do`: `remove`, `dataset`: `abbr`},"
     " {`do`: `save`, `file`: `second.vorn`},"
     " {`do`: `remove`, `geography`: `states`},"
@@ -118,7 +119,8 @@ void tst_Script::theLogRepeatsTheSession()
     for (const char *const name : names)
         QVERIFY(QFile::rename(path(name), path("kept/") + QLatin1String(name)));
     QVERIFY(QFile::copy(path("table.csv"), path("kept/table.csv")));
-    QVERIFY(QFileInfo(path("map.png")).size() > 1000);
+    for (const char *const name : {"map.png", "report.html"})
+        QVERIFY2(QFileInfo(path(name)).size() > 1000, name);
     const QByteArray before = qgetenv("PATH");
     qputenv("PATH", QByteArray(MERIDOR_DIRECTORY ":") + before);
     const Outcome repeated = run(QStringLiteral("bash"), {QStringLiteral("session.sh")});

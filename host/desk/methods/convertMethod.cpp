@@ -2,6 +2,7 @@
 #include "core/analysis/convertDataset.h"
 #include "core/project/catalog.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/VORN_Progress.h"
 #include "desk/methods/fields.h"
 #include "desk/methods/method.h"
 
@@ -24,6 +25,7 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
         conversion.storage = MVectorDataset::TimeSlice;
     else if (storage == QLatin1String("series"))
         conversion.storage = MVectorDataset::TimeSeries;
+    VORN_Progress::Close(); // a conversion opens the bar itself
     const int made = convertDataset(dataset, conversion);
     report.text = methodText("%1 was made from %2").arg(conversion.name, datasetName(dataset));
     if (conversion.type) {

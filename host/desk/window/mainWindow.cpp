@@ -569,6 +569,7 @@ bool MainWindow::writeReport(const QString &path)
     const bool isDone = mWorkspace.run(tr("Report"), [&](const Progress &) {
         ReportPlan plan;
         plan.project = mWorkspace.path().isEmpty() ? project : mWorkspace.path();
+        VORN_Progress::Close(); // each part of a report opens the bar itself
         const QByteArray page = reportPage(gatherReport(plan));
         const bool isWritten = replaceFile(path, [&page](const QString &beside) {
             QFile file(beside);
