@@ -35,6 +35,8 @@ PointView::Points ScatterView::points()
         points.places[i] = QPointF(x[object], y[object]);
         any = any || (std::isfinite(x[object]) && std::isfinite(y[object]));
     }
+    if (!any && workspace().stepsOf(geography()).size() < 2)
+        fail(tr("No object has a value of both %1 and %2").arg(datasetName(mX), datasetName(mY)));
     if (!any)
         fail(tr("No object has a value of both %1 and %2 at %3")
                  .arg(datasetName(mX), datasetName(mY), axisOf(geography()).show(time())));
