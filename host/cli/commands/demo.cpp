@@ -148,6 +148,8 @@ private:
         for (const char *day : kThenAndNow)
             plan.sideMaps.append(QLatin1String(day));
         ReportProject project = gatherReport(plan);
+        // The page begins with the maps of then and now.
+        mSteps.expect(project.geographies.first().sideMaps.size() == int(std::size(kThenAndNow)));
         addCommandLines(project, QLatin1String(kProject));
         const QByteArray page = reportPage(project);
         const bool written = replaceFile(mPlace.result(kReport), [&page](const QString &beside) {

@@ -71,7 +71,9 @@ public:
         mShown.first = firstLayer();
         for (const QStringList &group : mPlan.sameClasses)
             shareClasses(group);
-        mPlan.beside.isEmpty() ? addSideMaps() : addSideLayers();
+        addSideLayers();
+        if (mShown.sideMaps.isEmpty())
+            addSideMaps();
         if (!mIsGrid)
             for (const int set : geographyOf(mId)->GetSpatialWeightsIds())
                 addWeightSet(set);
