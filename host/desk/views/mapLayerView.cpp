@@ -49,12 +49,12 @@ MapLayerView *MapLayerView::make(Workspace &workspace, int geography, int datase
 
 MapLayerView::MapLayerView(Workspace &workspace, int geography, int dataset, QWidget &canvas)
     : View(workspace, geography),
+      mExtent(VORN_GetGeographyProperties(geography).bounds),
       mCanvas(canvas),
       mDataset(dataset),
       mNameDataset(nameDataset(geography)),
       mKeyDataset(keyDataset(geography))
 {
-    mExtent = VORN_GetGeographyProperties(geography).bounds;
     connect(&workspace, &Workspace::objectsRemoved, this, [this](int changed) {
         if (changed != this->geography())
             return;

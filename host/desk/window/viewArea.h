@@ -5,6 +5,7 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <QVector>
+#include "desk/views/viewWindow.h"
 #include "desk/window/viewRequest.h"
 
 class QDockWidget;
@@ -23,7 +24,7 @@ public:
     /// In the order in which they were opened.
     QVector<ViewWindow *> windows() const;
     /// The one that the user works with; null without one.
-    ViewWindow *active() const { return mActive; }
+    ViewWindow *active() const { return mActive.data(); }
     void activate(ViewWindow *window);
     void closeAll();
 
