@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QDockWidget>
 #include <QJsonArray>
+#include <QPointer>
+#include <QTimer>
 #include <algorithm>
 #include <cmath>
 #include "core/project/failure.h"
@@ -71,9 +73,10 @@ void ViewArea::add(ViewWindow *window, const ViewRequest &request)
     dock->setWidget(window);
     connect(window, &ViewWindow::titleChanged, dock, &QWidget::setWindowTitle);
     connect(window, &ViewWindow::activated, this, [this, window] { activate(window); });
-    // A window whose last view was removed deletes itself.
+    // A window whose last view was removed deletes itself; a closed dock takes its window along, and
+    // is no more than a widget then.
     connect(window, &QObject::destroyed, this,
-            [this, dock = QPointer<QDockWidget>(dock)] { remove(dock); });
+            [this, frame = static_cast<QWidget *>(dock)] { remove(frame); });
     place(dock);
     mPlaces.append({window, dock, request});
     dock->show();
@@ -99,21 +102,19 @@ void ViewArea::place(QDockWidget *dock)
                         beside->width() >= beside->height() ? Qt::Horizontal : Qt::Vertical);
 }
 
-void ViewArea::remove(QDockWidget *dock)
+void ViewArea::remove(QWidget *frame)
 {
     const int before = mPlaces.size();
-    mPlaces.erase(
-        std::remove_if(mPlaces.begin(), mPlaces.end(),
-                       [dock](const Place &place) { return !place.dock || place.dock == dock; }),
-        mPlaces.end());
+    mPlaces.erase(std::remove_if(mPlaces.begin(), mPlaces.end(),
+                                 [frame](const Place &place) { return place.dock == frame; }),
+                  mPlaces.end());
     if (mPlaces.size() == before)
         return;
-    if (dock) {
-        dock->hide();
-        dock->deleteLater();
-    }
+    frame->hide();
+    // Not if it is being deleted already.
+    QTimer::singleShot(0, this, [left = QPointer<QWidget>(frame)] { delete left.data(); });
     if (!mActive || !dockOf(mActive))
-        activate(mPlaces.isEmpty() ? nullptr : mPlaces.last().window.data());
+        activate(mPlaces.isEmpty() ? nullptr : mPlaces.last().window);
     Q_EMIT countChanged(mPlaces.size());
 }
 

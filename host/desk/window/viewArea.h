@@ -3,7 +3,6 @@
 #pragma once
 #include <QJsonObject>
 #include <QMainWindow>
-#include <QPointer>
 #include <QVector>
 #include "desk/views/viewWindow.h"
 #include "desk/window/viewRequest.h"
@@ -24,7 +23,7 @@ public:
     /// In the order in which they were opened.
     QVector<ViewWindow *> windows() const;
     /// The one that the user works with; null without one.
-    ViewWindow *active() const { return mActive.data(); }
+    ViewWindow *active() const { return mActive; }
     void activate(ViewWindow *window);
     void closeAll();
 
@@ -46,20 +45,20 @@ Q_SIGNALS:
 
 private:
     struct Place {
-        QPointer<ViewWindow> window;
-        QPointer<QDockWidget> dock;
+        ViewWindow *window;
+        QDockWidget *dock; ///< removed with its window
         ViewRequest request;
     };
 
     QDockWidget *dockOf(const ViewWindow *window) const;
     void place(QDockWidget *dock);
-    void remove(QDockWidget *dock);
+    void remove(QWidget *frame);
     void step(int by);
     QVector<QDockWidget *> tiled() const;
 
     Workspace &mWorkspace;
     QVector<Place> mPlaces;
-    QPointer<ViewWindow> mActive;
+    ViewWindow *mActive = nullptr;
     int mNextNumber = 1;
 };
 
