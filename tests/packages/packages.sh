@@ -125,10 +125,10 @@ left=$(find "$root" -mindepth 1 ! -path "$root/var*")
 # root and a kernel that allows overlays in a mount namespace.
 # shellcheck disable=SC2016  # The inner shells expand the variables.
 copy() { # STEPS: a script in a changed copy of the system; the sources are out of its sight
-    unshare --mount bash -euo pipefail -c 'mount -t tmpfs none "$1"; mkdir "$1/changed" "$1/work" "$1/root"
-        mount -t overlay overlay -o "lowerdir=/,upperdir=$1/changed,workdir=$1/work" "$1/root"
-        mkdir "$1/root/packages"; mount --bind "$2" "$1/root/packages"; mount -t tmpfs none "$1/root$3"
-        chroot "$1/root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/nowhere QT_QPA_PLATFORM=offscreen bash -euo pipefail -c "$4"
+    unshare --mount bash -euo pipefail -c 'mount -t tmpfs none "$1"; mkdir "$1/changed" "$1/work" "$1/system"
+        mount -t overlay overlay -o "lowerdir=/,upperdir=$1/changed,workdir=$1/work" "$1/system"
+        mkdir "$1/system/packages"; mount --bind "$2" "$1/system/packages"; mount -t tmpfs none "$1/system$3"
+        chroot "$1/system" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/nowhere QT_QPA_PLATFORM=offscreen bash -euo pipefail -c "$4"
         cd "$1/changed"; find . -ipath "*datainterface*" -o -ipath "*meridor*" -o -ipath "*fennimark*"' \
         copy "$work/copy" "$packages" "$source" "$1" 2>&1
 }
