@@ -34,7 +34,7 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     report.results.append({QStringLiteral("dataset"), found.variance});
 }
 
-QStringList commandLine(const Workspace &workspace, const MethodArguments &arguments)
+QStringList commandLine(Workspace &workspace, const MethodArguments &arguments)
 {
     QStringList line{QStringLiteral("krige"), workspace.commandPath(),
                      datasetWord(arguments.id(QStringLiteral("dataset"))), QStringLiteral("--to"),

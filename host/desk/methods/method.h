@@ -71,7 +71,7 @@ struct Method {
     std::function<void(Workspace &, const MethodArguments &, MethodReport &, const Progress &)>
         execute;
     /// The words after "meridor" that do the same.
-    std::function<QStringList(const Workspace &, const MethodArguments &)> commandLine;
+    std::function<QStringList(Workspace &, const MethodArguments &)> commandLine;
     /// Whether a call with these parameters changes the project.
     std::function<bool(const MethodArguments &)> changesProject;
 };

@@ -45,7 +45,7 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     report.results.append({QStringLiteral("p"), last.whole.p});
 }
 
-QStringList commandLine(const Workspace &workspace, const MethodArguments &arguments)
+QStringList commandLine(Workspace &workspace, const MethodArguments &arguments)
 {
     QStringList line{QStringLiteral("moran"), workspace.commandPath(),
                      datasetWord(arguments.id(QStringLiteral("dataset"))),

@@ -29,9 +29,9 @@ void tell(Workspace &workspace, int geography, MethodReport &report)
 }
 
 /// The time at which views show the values.
-QString timeText(const Workspace &workspace, int geography)
+QString timeText(Workspace &workspace, int geography)
 {
-    return axisOf(geography).show(const_cast<Workspace &>(workspace).timeOf(geography));
+    return axisOf(geography).show(workspace.timeOf(geography));
 }
 
 void selectByValue(Workspace &workspace, const MethodArguments &arguments, MethodReport &report,
@@ -57,7 +57,7 @@ void selectByValue(Workspace &workspace, const MethodArguments &arguments, Metho
     tell(workspace, geography, report);
 }
 
-QStringList valueLine(const Workspace &workspace, const MethodArguments &arguments)
+QStringList valueLine(Workspace &workspace, const MethodArguments &arguments)
 {
     const int dataset = arguments.id(QStringLiteral("dataset"));
     QStringList line{QStringLiteral("select"), workspace.commandPath(), datasetWord(dataset)};
@@ -94,12 +94,11 @@ void selectNeighbors(Workspace &workspace, const MethodArguments &arguments, Met
     tell(workspace, geography, report);
 }
 
-QStringList neighborsLine(const Workspace &workspace, const MethodArguments &arguments)
+QStringList neighborsLine(Workspace &workspace, const MethodArguments &arguments)
 {
     const int set = arguments.id(QStringLiteral("weights"));
     const int geography = set >> 16;
-    const QVector<unsigned int> selected =
-        const_cast<Workspace &>(workspace).selection().selected(geography);
+    const QVector<unsigned int> selected = workspace.selection().selected(geography);
     QStringList line{QStringLiteral("neighbors"), workspace.commandPath(), weightSetWord(set)};
     if (!selected.isEmpty())
         line << objectKeys(geography).value(static_cast<int>(selected.first()));

@@ -33,7 +33,7 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     report.results.append({QStringLiteral("dataset"), found.dataset});
 }
 
-QStringList commandLine(const Workspace &workspace, const MethodArguments &arguments)
+QStringList commandLine(Workspace &workspace, const MethodArguments &arguments)
 {
     QStringList line{QStringLiteral("simulate"), workspace.commandPath(),
                      datasetWord(arguments.id(QStringLiteral("dataset"))), QStringLiteral("--to"),

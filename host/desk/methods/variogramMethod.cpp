@@ -46,7 +46,7 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     report.results.append({QStringLiteral("model"), structuresText(last.model)});
 }
 
-QStringList commandLine(const Workspace &workspace, const MethodArguments &arguments)
+QStringList commandLine(Workspace &workspace, const MethodArguments &arguments)
 {
     QStringList line{QStringLiteral("variogram"), workspace.commandPath(),
                      datasetWord(arguments.id(QStringLiteral("dataset")))};

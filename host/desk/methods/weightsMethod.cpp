@@ -50,7 +50,7 @@ void execute(Workspace &workspace, const MethodArguments &arguments, MethodRepor
     report.results.append({QStringLiteral("links"), links.links});
 }
 
-QStringList commandLine(const Workspace &workspace, const MethodArguments &arguments)
+QStringList commandLine(Workspace &workspace, const MethodArguments &arguments)
 {
     const WeightSetPlan plan = planOf(arguments);
     QStringList line{

@@ -31,7 +31,7 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     report.results.append({QStringLiteral("dataset"), made});
 }
 
-QStringList commandLine(const Workspace &workspace, const MethodArguments &arguments)
+QStringList commandLine(Workspace &workspace, const MethodArguments &arguments)
 {
     QStringList line{QStringLiteral("zonal"), workspace.commandPath(),
                      datasetWord(arguments.id(QStringLiteral("dataset"))),
