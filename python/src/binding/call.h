@@ -39,10 +39,10 @@ void setListeners(const py::object &note, const py::object &warn);
 /// them.
 void refuseUnreadable();
 
-/// Runs work that takes about as long as a call of Python itself.
-template <class Work> auto inTurn(Work work)
+/// Runs work in its turn. What a handler of Python raised meanwhile, and values that could not be
+/// read, come before the result and before what the work itself raises.
+template <class Work> auto inTurn(const Turn &turn, Work work)
 {
-    const Turn turn;
     session();
     try {
         if constexpr (std::is_void_v<decltype(work())>) {
@@ -64,36 +64,22 @@ template <class Work> auto inTurn(Work work)
     }
 }
 
+/// Runs work that takes about as long as a call of Python itself.
+template <class Work> auto inTurn(Work work)
+{
+    const Turn turn;
+    return inTurn(turn, work);
+}
+
 /// Runs work that may take long and touches no object of Python.
 /// @param progress  a callable that receives a percentage and a text, or None.
 template <class Work> auto atLength(const py::object &progress, Work work)
 {
     const Turn turn(progress);
-    session();
-    try {
-        if constexpr (std::is_void_v<decltype(work())>) {
-            {
-                const py::gil_scoped_release released;
-                work();
-            }
-            turn.raisePending();
-            refuseUnreadable();
-        } else {
-            auto result = [&work] {
-                const py::gil_scoped_release released;
-                return work();
-            }();
-            turn.raisePending();
-            refuseUnreadable();
-            return result;
-        }
-    } catch (const py::error_already_set &) {
-        throw;
-    } catch (...) {
-        turn.raisePending();
-        refuseUnreadable();
-        throw;
-    }
+    return inTurn(turn, [&work] {
+        const py::gil_scoped_release released;
+        return work();
+    });
 }
 
 [[noreturn]] void raise(PyObject *type, const QString &text);
