@@ -188,9 +188,14 @@ void tst_Window::theBarMovesThroughTheTimes()
     QTest::keyClick(&window(), Qt::Key_Period, Qt::ControlModifier);
     QCOMPARE(workspace().timeOf(states), steps.last());
     // Playing from the end starts at the beginning, and stops at the end.
+    QVector<qint64> shown;
+    const QObject watch;
+    connect(&workspace(), &Workspace::timeChanged, &watch,
+            [&](int, qint64 time) { shown.append(time); });
     find<QComboBox>("timeSpeed")->setCurrentIndex(5);
     find<QAction>("timePlay")->toggle();
-    QTRY_COMPARE(workspace().timeOf(states), steps[2]);
+    QTRY_VERIFY(shown.size() > 2);
+    QCOMPARE(shown.mid(0, 3), steps.mid(0, 3));
     slider->setValue(steps.size() - 2);
     QTRY_COMPARE(bar.isPlaying(), false);
     QCOMPARE(workspace().timeOf(states), steps.last());
