@@ -19,9 +19,9 @@
 #include "desk/dialogs/propertiesDialog.h"
 #include "desk/models/contentsModel.h"
 #include "desk/models/datasetMime.h"
+#include "desk/person.h"
 #include "desk/project/importLine.h"
 #include "desk/project/workspace.h"
-#include "desk/window/application.h"
 #include "desk/window/contentsPanel.h"
 #include "desk/window/mainWindow.h"
 
@@ -30,6 +30,7 @@ using namespace meridor;
 class tst_Contents : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() { muteSizeHints(); }
     void init();
     void cleanup() { workspace().close(); }
     void theTreeFollowsTheProject();
@@ -111,6 +112,7 @@ void tst_Contents::theTreeFollowsTheProject()
 void tst_Contents::namesAreEditedInTheTree()
 {
     window().show();
+    QVERIFY(activate(window()));
     ContentsPanel &contents = window().contents();
     contents.select(dataset("income"));
     contents.action("rename")->trigger();
@@ -118,7 +120,8 @@ void tst_Contents::namesAreEditedInTheTree()
     QVERIFY(editor);
     editor->setText(QStringLiteral("Einkommen €"));
     QTest::keyClick(editor, Qt::Key_Return);
-    QTRY_VERIFY(VORN_GetDatasetByName(mStates, QStringLiteral("Einkommen €")) >= 0);
+    QTRY_VERIFY_WITH_TIMEOUT(VORN_GetDatasetByName(mStates, QStringLiteral("Einkommen €")) >= 0,
+                             kPatience);
     QCOMPARE(lastLine(), QStringLiteral("meridor rename untitled.vorn states/income "
                                         "'Einkommen €'"));
     QVERIFY(window().isWindowModified());
@@ -251,12 +254,7 @@ void tst_Contents::formsTellWhyAnImportFails()
 
 int main(int argc, char **argv)
 {
-    const QTemporaryDir home;
-    for (const char *const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
-        qputenv(name, home.path().toUtf8());
-    Application application(argc, argv);
-    tst_Contents test;
-    return QTest::qExec(&test, argc, argv);
+    return runTest<tst_Contents>(argc, argv);
 }
 
 #include "tst_Contents.moc"

@@ -2,7 +2,6 @@
 // Graphs: what is drawn, brushed with the mouse and the keys, linked, and told where nothing can be.
 #include <QComboBox>
 #include <QFile>
-#include <QMouseEvent>
 #include <QPointer>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -16,6 +15,7 @@
 #include "datainterface/MAttributes.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/RasterAPI.h"
+#include "desk/person.h"
 #include "desk/project/workspace.h"
 #include "desk/views/boxPlotView.h"
 #include "desk/views/graphWindow.h"
@@ -24,28 +24,15 @@
 #include "desk/views/scatterView.h"
 #include "desk/views/timePlotView.h"
 #include "desk/views/valueHistory.h"
-#include "desk/window/application.h"
 
 using namespace meridor;
 using Ids = QVector<unsigned int>;
 Q_DECLARE_METATYPE(meridor::GraphKind)
 
-namespace {
-
-/// For messages of failures.
-QString text(const Ids &objects)
-{
-    QStringList texts;
-    for (const unsigned int object : objects)
-        texts.append(QString::number(object));
-    return texts.join(QLatin1Char(' '));
-}
-
-} // namespace
-
 class tst_Graphs : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() { muteSizeHints(); }
     void init();
     void cleanup();
     void regionsSelectObjects_data();
@@ -64,9 +51,11 @@ private:
     Workspace &workspace() { return static_cast<Application *>(qApp)->workspace(); }
     Ids selected() { return workspace().selection().selected(mStates); }
     GraphWindow *open(GraphKind kind, QVector<int> datasets = {});
-    /// Presses, moves and releases on the canvas of a graph.
     void drag(GraphWindow &window, const QPointF &from, const QPointF &to,
-              Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+              Qt::KeyboardModifiers keys = {})
+    {
+        meridor::drag(*window.graph()->widget(), {from, to}, keys);
+    }
     int import(const QByteArray &table);
 
     QTemporaryDir mFolder;
@@ -121,21 +110,6 @@ GraphWindow *tst_Graphs::open(GraphKind kind, QVector<int> datasets)
     QCoreApplication::processEvents();
     window->grab(); // the picture that is brushed
     return window;
-}
-
-void tst_Graphs::drag(GraphWindow &window, const QPointF &from, const QPointF &to,
-                      Qt::KeyboardModifiers modifiers)
-{
-    QWidget *const canvas = window.graph()->widget();
-    const auto send = [&](QEvent::Type type, const QPointF &at, Qt::MouseButton button,
-                          Qt::MouseButtons buttons) {
-        QMouseEvent event(type, at, canvas->mapToGlobal(at.toPoint()), button, buttons, modifiers);
-        QCoreApplication::sendEvent(canvas, &event);
-    };
-    send(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
-    if (from != to)
-        send(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton);
-    send(QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
 }
 
 /// The rectangle from a quarter to three quarters of the canvas, against the values in it.
@@ -214,8 +188,7 @@ void tst_Graphs::selectionsFollowModifiersAndKeys()
     drag(*window, pixel(3), pixel(3), Qt::ControlModifier);
     QCOMPARE(text(selected()), text((Ids{9, 20})));
     // The mouse names what is below it, and the mark is the project's.
-    QMouseEvent move(QEvent::MouseMove, pixel(5), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(view->widget(), &move);
+    pointAt(*view->widget(), pixel(5));
     QCOMPARE(workspace().selection().hovered(mStates), 5);
     QVERIFY2(view->textOf(5).startsWith(objectNames(mStates)[5]), qPrintable(view->textOf(5)));
     QTest::keyClick(view->widget(), Qt::Key_PageDown);
@@ -509,9 +482,7 @@ void tst_Graphs::cellsOfGridsAreObjects()
 
 int main(int argc, char **argv)
 {
-    Application application(argc, argv);
-    tst_Graphs test;
-    return QTest::qExec(&test, argc, argv);
+    return runTest<tst_Graphs>(argc, argv);
 }
 
 #include "tst_Graphs.moc"

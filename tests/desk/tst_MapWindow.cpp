@@ -3,7 +3,6 @@
 // times, layers that lose their data, and pictures.
 #include <QComboBox>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -22,13 +21,13 @@
 #include "datainterface/MVectorDataset.h"
 #include "datainterface/RasterAPI.h"
 #include "desk/models/datasetMime.h"
+#include "desk/person.h"
 #include "desk/views/canvas.h"
 #include "desk/views/classPanel.h"
 #include "desk/views/legendPanel.h"
 #include "desk/views/mapLayerView.h"
 #include "desk/views/mapWindow.h"
 #include "desk/views/viewFactory.h"
-#include "desk/window/application.h"
 
 using namespace meridor;
 using Ids = QVector<unsigned int>;
@@ -76,19 +75,17 @@ private:
         return workspace().import(sampleImport(sample, QStringLiteral(MERIDOR_TEST_SAMPLES)));
     }
     int importText(const QByteArray &geojson);
-    /// Presses, moves and releases the left button on the canvas.
-    void drag(MapWindow &map, const QVector<QPoint> &places, Qt::KeyboardModifiers keys = {});
+    void drag(MapWindow &map, const QVector<QPoint> &places, Qt::KeyboardModifiers keys = {})
+    {
+        meridor::drag(map.canvas(), QVector<QPointF>(places.begin(), places.end()), keys);
+    }
     void click(MapWindow &map, const QPoint &place, Qt::KeyboardModifiers keys = {})
     {
-        drag(map, {place}, keys);
+        meridor::click(map.canvas(), place, keys);
     }
-    /// Progress dialogs take the activation away, which shortcuts need.
     void key(MapWindow &map, Qt::Key code, Qt::KeyboardModifiers keys = {})
     {
-        map.activateWindow();
-        map.canvas().setFocus();
-        QVERIFY(QTest::qWaitForWindowActive(&map));
-        QTest::keyClick(&map.canvas(), code, keys);
+        type(map.canvas(), code, keys);
     }
     /// A pixel that shows an object.
     QPoint placeOf(const MapWindow &map, unsigned int object);
@@ -122,6 +119,7 @@ int tst_MapWindow::importText(const QByteArray &geojson)
 
 void tst_MapWindow::initTestCase()
 {
+    muteSizeHints();
     QVERIFY(mFolder.isValid());
 }
 
@@ -155,20 +153,6 @@ MapWindow *tst_MapWindow::show(int dataset)
     map->show();
     map->canvas().finish();
     return map;
-}
-
-void tst_MapWindow::drag(MapWindow &map, const QVector<QPoint> &places, Qt::KeyboardModifiers keys)
-{
-    MapCanvas &canvas = map.canvas();
-    const auto send = [&](QEvent::Type type, const QPoint &place, Qt::MouseButtons buttons) {
-        QMouseEvent event(type, place, canvas.mapToGlobal(place),
-                          type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, buttons, keys);
-        QApplication::sendEvent(&canvas, &event);
-    };
-    send(QEvent::MouseButtonPress, places.first(), Qt::LeftButton);
-    for (const QPoint &place : places)
-        send(QEvent::MouseMove, place, Qt::LeftButton);
-    send(QEvent::MouseButtonRelease, places.last(), Qt::NoButton);
 }
 
 QPoint tst_MapWindow::placeOf(const MapWindow &map, unsigned int object)
@@ -287,13 +271,11 @@ void tst_MapWindow::wheelKeepsThePlaceUnderTheMouse()
     MapCanvas &canvas = map->canvas();
     const QPointF place(210, 130);
     const QPointF before = canvas.view().toMap(place);
-    QWheelEvent wheel(place, canvas.mapToGlobal(place.toPoint()), QPoint(), QPoint(0, 240),
-                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(&canvas, &wheel);
+    turnWheel(canvas, place, 2);
     const QPointF after = canvas.view().toMap(place);
     QVERIFY2(QLineF(before, after).length() < 1e-6 / canvas.view().xScale() + 1e-6,
              qPrintable(QString::number(QLineF(before, after).length())));
-    QTRY_VERIFY(canvas.isSharp()); // at rest, without further events
+    QTRY_VERIFY_WITH_TIMEOUT(canvas.isSharp(), kPatience); // at rest, without further events
     QPoint seen = placeOf(*map, 20);
     click(*map, seen);
     QCOMPARE(selected(mStates), seen.x() < 0 ? Ids() : Ids{20});
@@ -411,8 +393,7 @@ void tst_MapWindow::hoveringShowsNeighbors()
     QCOMPARE(workspace().shownWeights(mStates), set);
     const unsigned int object = 20; // Indiana
     const QPoint place = placeOf(*map, object);
-    QMouseEvent move(QEvent::MouseMove, place, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-    QApplication::sendEvent(&map->canvas(), &move);
+    pointAt(map->canvas(), place);
     QCOMPARE(workspace().selection().hovered(mStates), int(object));
     const Ids neighbors = neighborsOf(set, object, workspace().timeOf(mStates));
     QCOMPARE(map->layers()[0]->hoveredNeighbors(), neighbors);
@@ -474,12 +455,7 @@ void tst_MapWindow::layersStandOverEachOther()
     MapWindow *const map = show(datasetIds(rain).first());
     // A dataset is dropped as the contents offer it.
     const std::unique_ptr<QMimeData> data(mimeOf(findDataset(counties, QStringLiteral("BIR74"))));
-    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, data.get(), Qt::LeftButton,
-                          Qt::NoModifier);
-    QApplication::sendEvent(map, &enter);
-    QVERIFY(enter.isAccepted());
-    QDropEvent drop(QPointF(50, 50), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(map, &drop);
+    QVERIFY(drop(*map, *data));
     QCOMPARE(map->layers().size(), 2);
     map->canvas().finish();
     const QPoint place = placeOf(*map, 40);
@@ -496,7 +472,7 @@ void tst_MapWindow::layersStandOverEachOther()
     QCOMPARE(selected(counties).size() + selected(rain).size(), 0);
     QVERIFY(!map->addLayer(-5));
     QTest::keyClick(map->findChild<LegendPanel *>(), Qt::Key_Delete); // the active layer
-    QTRY_COMPARE(map->layers().size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(map->layers().size(), 1, kPatience);
     QCOMPARE(map->layers()[0]->geography(), counties);
     QCOMPARE(map->activeLayer(), map->layers()[0]);
 }
@@ -663,9 +639,7 @@ void tst_MapWindow::oddGeographies()
 
 int main(int argc, char **argv)
 {
-    Application application(argc, argv);
-    tst_MapWindow test;
-    return QTest::qExec(&test, argc, argv);
+    return runTest<tst_MapWindow>(argc, argv);
 }
 
 #include "tst_MapWindow.moc"

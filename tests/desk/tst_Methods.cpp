@@ -19,8 +19,8 @@
 #include "desk/dialogs/linkHistogram.h"
 #include "desk/dialogs/methodDialog.h"
 #include "desk/methods/method.h"
+#include "desk/person.h"
 #include "desk/project/workspace.h"
-#include "desk/window/application.h"
 
 using namespace meridor;
 
@@ -75,6 +75,7 @@ MethodReport tst_Methods::run(const char *method, const QVector<MethodParameter>
 
 void tst_Methods::initTestCase()
 {
+    muteSizeHints();
     ImportOptions options;
     options.map = QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson");
     options.key = QStringLiteral("fips");
@@ -240,7 +241,7 @@ void tst_Methods::theLogRepeatsTheSession()
                                                    + environment.value(QStringLiteral("PATH")));
     bash.setProcessEnvironment(environment);
     bash.start(QStringLiteral("bash"), {QStringLiteral("-c"), script.join(QLatin1Char('\n'))});
-    QVERIFY(bash.waitForFinished());
+    QVERIFY(bash.waitForFinished(kPatience));
     QVERIFY2(bash.exitCode() == 0, bash.readAllStandardError().constData());
 
     QMap<QString, QString> expected;
@@ -261,9 +262,7 @@ void tst_Methods::theLogRepeatsTheSession()
 
 int main(int argc, char **argv)
 {
-    Application application(argc, argv);
-    tst_Methods test;
-    return QTest::qExec(&test, argc, argv);
+    return runTest<tst_Methods>(argc, argv);
 }
 
 #include "tst_Methods.moc"

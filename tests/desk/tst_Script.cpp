@@ -12,8 +12,8 @@
 #include "core/analysis/snapshot.h"
 #include "core/project/catalog.h"
 #include "core/project/fileLock.h"
+#include "desk/person.h"
 #include "desk/project/workspace.h"
-#include "desk/window/application.h"
 
 using namespace meridor;
 
@@ -46,7 +46,7 @@ const char *const kSession =
     " {`do`: `remove`, `geography`: `states`},"
     " {`do`: `close`},"
     " {`do`: `log`, `file`: `session.sh`}]";
-const char *const kWait = ", {`do`: `wait`, `milliseconds`: 60000}]";
+const char *const kWait = ", {`do`: `wait`, `milliseconds`: 600000}]";
 const char *const kRename = ", {`do`: `save`, `file`: `work.vorn`},"
                             " {`do`: `rename`, `dataset`: `income`, `to`: `renamed`}";
 
@@ -55,6 +55,7 @@ const char *const kRename = ", {`do`: `save`, `file`: `work.vorn`},"
 class tst_Script : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() { muteSizeHints(); }
     void init()
     {
         mFolder = std::make_unique<QTemporaryDir>();
@@ -92,7 +93,7 @@ private:
         QProcess process;
         process.setWorkingDirectory(mFolder->path());
         process.start(program, arguments);
-        if (!process.waitForFinished(120000))
+        if (!process.waitForFinished(kPatience))
             return {};
         return {process.exitCode(), QString::fromUtf8(process.readAllStandardError())};
     }
@@ -216,9 +217,7 @@ void tst_Script::aKilledSessionLosesNothing()
                 ? Workspace::recoveryOf(path("work.vorn"))
                 : Workspace::recoveryOf(QString()).replace(
                     QString::number(QCoreApplication::applicationPid()), QString::number(id));
-        for (int i = 0; i < 600 && !QFileInfo::exists(file); ++i)
-            QTest::qWait(50);
-        QCOMPARE(QFileInfo(file).exists(), true);
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(file), kPatience);
         // While the process lives its work is not offered to others.
         QCOMPARE(Workspace::recoveries({path("work.vorn")}).size(), 0);
         ::kill(static_cast<pid_t>(id), SIGKILL);
@@ -254,12 +253,7 @@ void tst_Script::aKilledSessionLosesNothing()
 
 int main(int argc, char **argv)
 {
-    const QTemporaryDir home;
-    for (const char *const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
-        qputenv(name, home.path().toUtf8());
-    Application application(argc, argv);
-    tst_Script test;
-    return QTest::qExec(&test, argc, argv);
+    return runTest<tst_Script>(argc, argv);
 }
 
 #include "tst_Script.moc"

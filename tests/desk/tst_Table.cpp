@@ -11,11 +11,11 @@
 #include "core/project/catalog.h"
 #include "datainterface/DataAPI.h"
 #include "desk/models/valueTable.h"
+#include "desk/person.h"
 #include "desk/project/workspace.h"
 #include "desk/views/tableView.h"
 #include "desk/views/tableWindow.h"
 #include "desk/views/valueHistory.h"
-#include "desk/window/application.h"
 
 using namespace meridor;
 using Ids = QVector<unsigned int>;
@@ -23,6 +23,7 @@ using Ids = QVector<unsigned int>;
 class tst_Table : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() { muteSizeHints(); }
     void init();
     void cleanup();
     void showsKeyNameAndValuesOfTheTime();
@@ -238,9 +239,7 @@ void tst_Table::datasetsComeAndGo()
 
 int main(int argc, char **argv)
 {
-    Application application(argc, argv);
-    tst_Table test;
-    return QTest::qExec(&test, argc, argv);
+    return runTest<tst_Table>(argc, argv);
 }
 
 #include "tst_Table.moc"

@@ -5,7 +5,6 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDesktopServices>
-#include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
@@ -27,9 +26,9 @@
 #include "desk/dialogs/importDialog.h"
 #include "desk/dialogs/methodDialog.h"
 #include "desk/dialogs/propertiesDialog.h"
+#include "desk/person.h"
 #include "desk/project/workspace.h"
 #include "desk/views/viewWindow.h"
-#include "desk/window/application.h"
 #include "desk/window/contentsPanel.h"
 #include "desk/window/mainWindow.h"
 #include "desk/window/timeBar.h"
@@ -75,16 +74,11 @@ private:
         request.geography = VORN_GetGeographyId(request.datasets.first());
         return window().openView(request);
     }
-    void drop(const QString &file)
+    void dropFile(const QString &file)
     {
         QMimeData data;
         data.setUrls({QUrl::fromLocalFile(file)});
-        QDragEnterEvent enter(QPoint(100, 100), Qt::CopyAction, &data, Qt::LeftButton,
-                              Qt::NoModifier);
-        QApplication::sendEvent(&window(), &enter);
-        QDropEvent event(QPoint(100, 100), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(&window(), &event);
-        QTest::qWait(10);
+        QVERIFY(drop(window(), data));
     }
     template <class Child> Child *find(const char *name)
     {
@@ -97,6 +91,7 @@ private:
 
 void tst_Window::initTestCase()
 {
+    muteSizeHints();
     QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "noteUrl");
 }
 
@@ -104,12 +99,12 @@ void tst_Window::init()
 {
     window().askUnsaved = [] { return MainWindow::Unsaved::Discard; };
     window().show();
-    QApplication::setActiveWindow(&window());
+    QVERIFY(activate(window()));
 }
 
 void tst_Window::cleanup()
 {
-    for (QDialog *const dialog : window().findChildren<QDialog *>())
+    while (auto *const dialog = window().findChild<QDialog *>())
         delete dialog;
     workspace().close();
     workspace().setInStep(false);
@@ -143,7 +138,7 @@ void tst_Window::troubleStandsOnTheStartPage()
         file.close();
     }
     const FileLock lock(mFolder.filePath(QStringLiteral("locked.vorn")));
-    drop(file.fileName());
+    dropFile(file.fileName());
     const auto *const trouble = find<QLabel>("startTrouble");
     QVERIFY(trouble->isVisible());
     QVERIFY2(trouble->text().contains(text), qPrintable(trouble->text()));
@@ -152,7 +147,7 @@ void tst_Window::troubleStandsOnTheStartPage()
 
 void tst_Window::droppedFilesOpenTheForm()
 {
-    drop(QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson"));
+    dropFile(QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson"));
     auto *const dialog = find<ImportDialog>("importDialog");
     QVERIFY(dialog);
     const QString line =
@@ -182,22 +177,21 @@ void tst_Window::theBarMovesThroughTheTimes()
     QCOMPARE(find<QLabel>("timeText")->text(), axisOf(states).show(steps[1]));
     find<QAction>("timeLast")->trigger();
     QCOMPARE(workspace().timeOf(states), steps.last());
-    QApplication::setActiveWindow(&window()); // in place of the progress dialog
-    QTest::keyClick(&window(), Qt::Key_Comma, Qt::ControlModifier);
+    type(window(), Qt::Key_Comma, Qt::ControlModifier);
     QCOMPARE(workspace().timeOf(states), steps[steps.size() - 2]);
-    QTest::keyClick(&window(), Qt::Key_Period, Qt::ControlModifier);
+    type(window(), Qt::Key_Period, Qt::ControlModifier);
     QCOMPARE(workspace().timeOf(states), steps.last());
     // Playing from the end starts at the beginning, and stops at the end.
-    QVector<qint64> shown;
-    const QObject watch;
-    connect(&workspace(), &Workspace::timeChanged, &watch,
-            [&](int, qint64 time) { shown.append(time); });
     find<QComboBox>("timeSpeed")->setCurrentIndex(5);
+    QVector<qint64> played;
+    const auto note = connect(&workspace(), &Workspace::timeChanged, this,
+                              [&](int, qint64 time) { played.append(time); });
     find<QAction>("timePlay")->toggle();
-    QTRY_VERIFY(shown.size() > 2);
-    QCOMPARE(shown.mid(0, 3), steps.mid(0, 3));
+    QTRY_VERIFY_WITH_TIMEOUT(played.size() >= 3, kPatience);
+    disconnect(note);
+    QCOMPARE(played.mid(0, 3), steps.mid(0, 3));
     slider->setValue(steps.size() - 2);
-    QTRY_COMPARE(bar.isPlaying(), false);
+    QTRY_COMPARE_WITH_TIMEOUT(bar.isPlaying(), false, kPatience);
     QCOMPARE(workspace().timeOf(states), steps.last());
     workspace().close();
     QCOMPARE(bar.geography(), -1);
@@ -282,12 +276,10 @@ void tst_Window::layoutsAreKeptByProject()
     // What is shown can be gone by then.
     QVERIFY(
         removeThings(workspace(), {{Thing::Dataset, findDataset(QStringLiteral("income")), -1}}));
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QTRY_COMPARE(window().area().windows().size(), 2);
-    QApplication::setActiveWindow(&window());
+    QTRY_COMPARE_WITH_TIMEOUT(window().area().windows().size(), 2, kPatience);
     for (int i = 0; i < 2; ++i)
-        QTest::keyClick(&window(), Qt::Key_W, Qt::ControlModifier);
-    QTRY_COMPARE(window().area().windows().size(), 0);
+        type(window(), Qt::Key_W, Qt::ControlModifier);
+    QCOMPARE(window().area().windows().size(), 0);
 }
 
 void tst_Window::viewsEndInEveryOrder_data()
@@ -315,7 +307,7 @@ void tst_Window::viewsEndInEveryOrder()
         for (ViewWindow *const window : window().area().windows())
             if (View *const view = window->currentView())
                 view->choose({object, object + 1}, SelectionMode::Toggle);
-        QTest::qWait(1);
+        settle();
     };
     select(3);
     if (end == QLatin1String("dataset"))
@@ -335,7 +327,7 @@ void tst_Window::viewsEndInEveryOrder()
         QCOMPARE(window().area().windows().size(), left - 1);
         select(static_cast<unsigned int>(left));
     }
-    QTest::qWait(20);
+    settle();
     if (end == QLatin1String("geography") || end == QLatin1String("close"))
         QCOMPARE(window().area().windows().size(), 0);
     if (states = geographyIds().value(0, -1); states >= 0)
@@ -435,12 +427,7 @@ void tst_Window::noKeyMeansTwoThings()
 
 int main(int argc, char **argv)
 {
-    const QTemporaryDir home;
-    for (const char *const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
-        qputenv(name, home.path().toUtf8());
-    Application application(argc, argv);
-    tst_Window test;
-    return QTest::qExec(&test, argc, argv);
+    return runTest<tst_Window>(argc, argv);
 }
 
 #include "tst_Window.moc"

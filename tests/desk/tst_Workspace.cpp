@@ -9,8 +9,8 @@
 #include "core/project/failure.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MGeoData.h"
+#include "desk/person.h"
 #include "desk/project/workspace.h"
-#include "desk/window/application.h"
 
 using namespace meridor;
 
@@ -32,6 +32,7 @@ private:
 
 void tst_Workspace::initTestCase()
 {
+    muteSizeHints();
     ImportOptions options;
     options.map = QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson");
     mStates = workspace().import(options);
@@ -111,9 +112,7 @@ void tst_Workspace::failuresAreTold()
 
 int main(int argc, char **argv)
 {
-    Application application(argc, argv);
-    tst_Workspace test;
-    return QTest::qExec(&test, argc, argv);
+    return runTest<tst_Workspace>(argc, argv);
 }
 
 #include "tst_Workspace.moc"
