@@ -85,6 +85,7 @@ def test_another_interpreter_earlier_in_the_path_is_not_taken(tmp_path):
         "cmake_minimum_required(VERSION 3.21)\nproject(choice LANGUAGES CXX)\n"
         f'include("{SOURCES}/cmake/SystemPython.cmake")\n'
         'message(STATUS "chosen: ${Python3_EXECUTABLE}")\n')
-    done = subprocess.run(["cmake", "-S", tmp_path, "-B", tmp_path / "build"], capture_output=True,
-                          text=True, env={**os.environ, "PATH": f"{fake.parent}:{os.environ['PATH']}"})
+    done = subprocess.run(["cmake", "-G", "Ninja", "-S", tmp_path, "-B", tmp_path / "build"],
+                          capture_output=True, text=True,
+                          env={**os.environ, "PATH": f"{fake.parent}:{os.environ['PATH']}"})
     assert "chosen: /usr/bin/python3\n" in done.stdout, done.stderr
