@@ -22,6 +22,14 @@ def _rectangle(left, bottom, right, top):
         raise ValueError("a rectangle is left, bottom, right, top")
 
 
+def _radius(x, y, radius):
+    """A radius whose square is finite."""
+    _finite(x, y, radius)
+    if radius < 0:
+        raise ValueError("a radius is not below 0")
+    return min(radius, 1e150)
+
+
 def _rings(polygon):
     """The rings of a polygon as matrices of x and y."""
     if getattr(polygon, "is_empty", False):
@@ -71,10 +79,8 @@ class VectorQueries:
 
     def in_circle(self, x, y, radius, *, at=None):
         """The keys of the objects that have a point in common with a disc, in map units."""
-        _finite(x, y, radius)
-        if radius < 0:
-            raise ValueError("a radius is not below 0")
-        return self.object_keys[_native.in_circle(self._id, x, y, radius, self._when(at))]
+        return self.object_keys[_native.in_circle(self._id, x, y, _radius(x, y, radius),
+                                                  self._when(at))]
 
     def in_polygon(self, polygon, *, at=None):
         """The objects that have a point in common with a polygon.
@@ -162,10 +168,7 @@ class GridQueries:
 
     def in_circle(self, x, y, radius):
         """The cells whose centres are in a disc: the columns row, column, x and y."""
-        _finite(x, y, radius)
-        if radius < 0:
-            raise ValueError("a radius is not below 0")
-        return self._cells(_native.cells_in_circle(self._id, x, y, radius))
+        return self._cells(_native.cells_in_circle(self._id, x, y, _radius(x, y, radius)))
 
     def in_polygon(self, polygon, *, centers=False):
         """The cells that share area with a polygon, or whose centres are in it; as

@@ -207,6 +207,30 @@ private Q_SLOTS:
         check({"--polygon", "place.geojson"}, 3, 12.5);
         check({"--polygon", "place.geojson", "--centers"}, 3, 0.0);
         check({"--circle", "500,500,1"}, 0, 0.0);
+        // A rectangle whose limits are on borders of cells, on centres, or between.
+        const auto number = [](double value) { return QString::number(value, 'g', 17); };
+        for (QRectF area : randomRectangles(5)) {
+            area.setTop(std::round(area.top() * 2 / kCell) * kCell / 2);
+            area.setRight(std::round(area.right() * 2 / kCell) * kCell / 2);
+            const QRectF rect = area.normalized();
+            int met = 0, inside = 0;
+            double shared = 0;
+            for (int row = 0; row < kRows; ++row)
+                for (int column = 0; column < kColumns; ++column) {
+                    const double common = sharedArea(rect, column, row);
+                    met += common > 0;
+                    shared += common;
+                    const QPointF center(kLeft + (column + 0.5) * kCell,
+                                         kBottom + (kRows - row - 0.5) * kCell);
+                    inside += center.x() >= rect.left() && center.x() <= rect.right()
+                              && center.y() >= rect.top() && center.y() <= rect.bottom();
+                }
+            const QString text = QStringList{number(rect.left()), number(rect.top()),
+                                             number(rect.right()), number(rect.bottom())}
+                                     .join(',');
+            check({"--rect", text}, met, shared);
+            check({"--rect", text, "--centers"}, inside, 0.0);
+        }
     }
 
     void readsOneOfSeveralRealizations_data()

@@ -71,17 +71,22 @@ QList<QVector<QPointF>> ringsOfObject(const QString &text, qint64 time)
     return rings;
 }
 
-FoundCells inPolygon(int geography, const QList<QVector<QPointF>> &rings, bool centers)
+FoundCells ofShares(const QVector<CellShare> &shares)
 {
     FoundCells cells;
-    if (centers) {
-        VORN_GetPixelCentersInPolygon(geography, rings, cells.pixels);
-        return cells;
-    }
-    for (const CellShare &share : CellShares(geography).of(rings)) {
+    for (const CellShare &share : shares) {
         cells.pixels.append({share.column, share.row});
         cells.areas.append(share.area);
     }
+    return cells;
+}
+
+FoundCells inPolygon(int geography, const QList<QVector<QPointF>> &rings, bool centers)
+{
+    if (!centers)
+        return ofShares(CellShares(geography).of(rings));
+    FoundCells cells;
+    VORN_GetPixelCentersInPolygon(geography, rings, cells.pixels);
     return cells;
 }
 
@@ -93,10 +98,9 @@ FoundCells ask(const Options &options, int geography, qint64 time)
         if (n[0] == n[2] || n[1] == n[3])
             failUsage(QStringLiteral("--rect %1: has no area").arg(options.rect));
         const QRectF rect = QRectF(QPointF(n[0], n[1]), QPointF(n[2], n[3])).normalized();
-        if (options.centers)
-            VORN_GetPixelCentersInRect(geography, rect, cells.pixels);
-        else
-            VORN_QueryRasterWithRect(geography, rect, cells.pixels, &cells.areas);
+        if (!options.centers)
+            return ofShares(sharesWithRect(geography, rect));
+        cells.pixels = centersInRect(geography, rect);
     } else if (!options.circle.isEmpty()) {
         const auto n = numbersOf(options.circle, 3, QStringLiteral("--circle"));
         if (n[2] <= 0)

@@ -6,6 +6,7 @@
 // centred otherwise.
 #include "core/grids/cellShares.h"
 #include <QPolygonF>
+#include <algorithm>
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/projectHost.h"
@@ -23,7 +24,52 @@ QRectF boxOf(const QList<QVector<QPointF>> &rings)
     return box;
 }
 
+/// The places first + (i + 0.5) * step of `count` cells that are from `low` to `high`: first and last
+/// index, empty if the last one is smaller.
+std::pair<int, int> centersBetween(double first, double step, int count, double low, double high)
+{
+    const auto center = [&](int i) { return first + (i + 0.5) * step; };
+    const auto index = [&](double place) {
+        return static_cast<int>(std::clamp((place - first) / step - 0.5, -1.0, count + 0.0));
+    };
+    int from = std::max(0, index(low) - 1);
+    int to = std::min(count - 1, index(high) + 1);
+    while (from < count && center(from) < low)
+        ++from;
+    while (to >= 0 && center(to) > high)
+        --to;
+    return {from, to};
+}
+
 } // namespace
+
+QVector<CellShare> sharesWithRect(int geography, const QRectF &rect)
+{
+    RasterPixels pixels;
+    QVector<double> areas;
+    VORN_QueryRasterWithRect(geography, rect, pixels, &areas);
+    QVector<CellShare> shares;
+    for (int i = 0; i < pixels.size(); ++i)
+        if (areas[i] > 0)
+            shares.append({pixels[i].first, pixels[i].second, areas[i]});
+    return shares;
+}
+
+RasterPixels centersInRect(int geography, const QRectF &rect)
+{
+    const GeoProps props = VORN_GetGeographyProperties(geography);
+    const double top = props.bounds.y() + props.bounds.height();
+    const auto [left, right] = centersBetween(props.bounds.x(), props.pixelWidth, props.columns,
+                                              rect.left(), rect.x() + rect.width());
+    // Rows count downwards, so the distances from the top ascend.
+    const auto [first, last] = centersBetween(0, props.pixelHeight, props.rows,
+                                              top - (rect.y() + rect.height()), top - rect.y());
+    RasterPixels pixels;
+    for (int row = first; row <= last; ++row)
+        for (int column = left; column <= right; ++column)
+            pixels.append({static_cast<unsigned>(column), static_cast<unsigned>(row)});
+    return pixels;
+}
 
 CellShares::CellShares(int geography) : mGeography(geography)
 {

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// The areas that cells of a grid have in common with polygons.
+/// The areas that cells of a grid have in common with rectangles and polygons.
 #pragma once
 #include <QList>
 #include <QPointF>
 #include <QRectF>
 #include <QVector>
 #include "core/export.h"
+#include "datainterface/RasterAPI.h"
 
 namespace meridor {
 
@@ -14,6 +15,14 @@ struct CellShare {
     unsigned row; ///< from the top
     double area;  ///< common area in map units, above 0
 };
+
+/// The cells that share area with a rectangle, row by row. The library's query also gives cells that
+/// only touch it on one side.
+MERIDOR_EXPORT QVector<CellShare> sharesWithRect(int geography, const QRectF &rect);
+
+/// The cells whose centres are in a rectangle or on its boundary, row by row. The library's query
+/// rounds the limits, so that it gives up to one row and column too many or too few.
+MERIDOR_EXPORT RasterPixels centersInRect(int geography, const QRectF &rect);
 
 /// Computes shares with the library's polygon query, on up to two auxiliary grid geographies, which
 /// exist as long as this object (see cellShares.cpp).

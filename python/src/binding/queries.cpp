@@ -105,19 +105,24 @@ py::tuple cellsOf(const RasterPixels &pixels, const py::object &areas)
     return py::make_tuple(arrayOf(std::move(rows)), arrayOf(std::move(columns)), areas);
 }
 
-py::tuple cellsIn(int geography, const Rings &rings, bool centers)
+py::tuple cellsOf(const QVector<CellShare> &shares)
 {
     RasterPixels pixels;
-    if (centers) {
-        VORN_GetPixelCentersInPolygon(geography, rings, pixels);
-        return cellsOf(pixels, py::none());
-    }
     std::vector<double> areas;
-    for (const CellShare &share : CellShares(geography).of(rings)) {
+    for (const CellShare &share : shares) {
         pixels.append({share.column, share.row});
         areas.push_back(share.area);
     }
     return cellsOf(pixels, arrayOf(std::move(areas)));
+}
+
+py::tuple cellsIn(int geography, const Rings &rings, bool centers)
+{
+    if (!centers)
+        return cellsOf(CellShares(geography).of(rings));
+    RasterPixels pixels;
+    VORN_GetPixelCentersInPolygon(geography, rings, pixels);
+    return cellsOf(pixels, py::none());
 }
 
 py::tuple nearest(int geography, double x, double y, qint64 time, int count, bool greatCircle)
@@ -180,14 +185,8 @@ void addQueries(py::module_ &module)
         return inTurn([&] {
             require(geography);
             const QRectF rect(QPointF(left, bottom), QPointF(right, top));
-            RasterPixels pixels;
-            if (centers) {
-                VORN_GetPixelCentersInRect(geography, rect, pixels);
-                return cellsOf(pixels, py::none());
-            }
-            QVector<double> areas;
-            VORN_QueryRasterWithRect(geography, rect, pixels, &areas);
-            return cellsOf(pixels, arrayOf(areas));
+            return centers ? cellsOf(centersInRect(geography, rect), py::none())
+                           : cellsOf(sharesWithRect(geography, rect));
         });
     });
     module.def("cells_in_circle", [](int geography, double x, double y, double radius) {
