@@ -23,6 +23,9 @@ def add(dataset, values, at, end, overwrite, realization):
     for name in ("key", "value"):
         if name not in frame.columns:
             raise UnknownNameError(f"the frame has no column {name}")
+    for name in ("key", "value", "start", "end", "time"):
+        if frame.columns.tolist().count(name) > 1:
+            raise ValueError(f"the frame has two columns {name}")
     frame = frame[frame["value"].notna()]
     objects = objects_of(dataset.geography, frame["key"].tolist())
     held = _checked(dataset, frame["value"])
@@ -42,7 +45,7 @@ def _frame_of_series(pandas, dataset, series, at, end):
         raise ValueError("the time of a series is given as at=")
     if at is not None and dataset.static:
         raise ValueError(f"the values of {dataset.name} hold at all times")
-    frame = pandas.DataFrame({"key": series.index, "value": series.array})
+    frame = pandas.DataFrame({"key": series.index.tolist(), "value": series.array})
     if not dataset.static:
         form = dataset.geography.time_format
         frame["start"] = text_of(at, form)
@@ -61,7 +64,8 @@ def _checked(dataset, column):
                 raise ValueError(f"{dataset.name} holds texts, and {text!r} is none")
         return texts
     try:
-        if column.dtype.kind == "c":
+        # Texts of numbers and moments could be converted, but are hardly meant as values.
+        if column.dtype.kind in "cmM" or column.map(lambda value: isinstance(value, str)).any():
             raise TypeError
         numbers = column.to_numpy(dtype=float)
     except (TypeError, ValueError):

@@ -6,7 +6,9 @@ import secrets
 import numpy as np
 
 from . import _native
-from ._geography import Geography, VectorGeography
+from ._base import expect
+from ._dataset import Dataset, GridDataset
+from ._geography import VectorGeography
 from ._optional import load
 from ._progress import reporting
 from ._times import for_pandas, stamps, texts_of
@@ -14,10 +16,14 @@ from ._weights import WeightSet
 
 
 def _set_of(dataset, weights):
+    expect(dataset, Dataset, "what is analysed")
     if isinstance(weights, str):
         return WeightSet(dataset.geography, _native.find_weight_set(dataset.geography._id, weights))
     held = getattr(weights, "weight_set", weights)
     if isinstance(held, WeightSet):
+        if held is not weights and not weights.is_as_read():
+            raise ValueError(f"these weights differ from those of the set {held.name}: make a set of "
+                             "them with geography.add_weights()")
         return held
     raise TypeError("weights are those of geography.weights(), a weight set, or its name; make a "
                     "set of other weights with geography.add_weights()")
@@ -158,6 +164,7 @@ def zonal(dataset, polygons, *, at=None, store=None, statistic="mean", realizati
         area, in map units. NaN where no cell has a value.
     """
     pandas = load("pandas")
+    expect(dataset, GridDataset, "what is summed up")
     if not isinstance(polygons, VectorGeography):
         raise TypeError("zones are a geography of polygons")
     with reporting(progress) as report:

@@ -38,6 +38,22 @@ class Part:
         refuse_pickling(self)
 
 
+def expect(thing, kind, role):
+    """The id of a part, which is of a kind.
+
+    Parts count by numbers that mean something else for each kind, so a part of another kind would
+    be taken for one that the caller did not name.
+
+    Raises
+    ------
+    TypeError
+        For anything else.
+    """
+    if not isinstance(thing, kind):
+        raise TypeError(f"{role} is a {kind.__name__}, not a {type(thing).__name__}")
+    return thing._id
+
+
 def refuse_pickling(thing):
     raise TypeError(
         f"a {type(thing).__name__} is a part of the project that this process has open and cannot "

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Datasets: the values of one attribute over time and over realizations."""
 
+import operator
 from typing import NamedTuple
 
 import numpy as np
@@ -103,7 +104,11 @@ class Dataset(Part):
     def _index(self, realization):
         if type(realization) is int and realization == 1:
             return 0
-        return _native.realization_index(self._id, realization)
+        try:
+            number = operator.index(realization)
+        except TypeError:
+            raise TypeError(f"a realization is a number from 1, not {realization!r}") from None
+        return _native.realization_index(self._id, min(max(number, -1), 2**31 - 1))
 
     def _instant(self, at, index=0):
         plain = type(at) in _PLAIN
@@ -193,7 +198,7 @@ class Dataset(Part):
         numpy.ndarray
             ``count + 1`` limits, ascending. A class includes its upper limit. Empty without values.
         """
-        count = int(count)
+        count = operator.index(count)
         if count < 1:
             raise ValueError("there is at least one class")
         index = self._index(realization)

@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: MIT
 """Geographies out of files, frames and arrays."""
 
+import decimal
+import math
+
 import numpy as np
 
 from . import _native
@@ -140,20 +143,41 @@ def _time_texts(pandas, columns):
 
 def _column_of(pandas, name, column):
     types = pandas.api.types
+    if types.is_object_dtype(column) or isinstance(column.dtype, pandas.CategoricalDtype):
+        column = _numbers_of(pandas, column.astype(object))
     if types.is_bool_dtype(column) or types.is_integer_dtype(column):
         mask = column.isna().to_numpy()
-        values = column.to_numpy(dtype="int64", na_value=0) if mask.any() else (
-            column.to_numpy(dtype="int64"))
-        if (np.abs(values.astype(float)) <= 2**31 - 1).all():
-            return name, "integer", values, mask
-        return name, "decimal", np.where(mask, np.nan, values.astype(float)), None
-    if types.is_float_dtype(column):
+        known = [int(value) for value in column[~mask]]
+        largest = max(map(abs, known), default=0)
+        if largest <= 2**53:
+            values = np.zeros(len(column), dtype="int64")
+            values[~mask] = known
+            if largest <= 2**31 - 1:
+                return name, "integer", values, mask
+            return name, "decimal", np.where(mask, np.nan, values.astype(float)), None
+        # Such as the identifiers of hexagons: a decimal would round them.
+    elif types.is_float_dtype(column):
         return name, "decimal", column.to_numpy(dtype="float64", na_value=np.nan), None
-    texts = [None if value is None or value is pandas.NA or value != value else
+    texts = [None if gone else
              value if isinstance(value, str) else
              text_of(value, "date") if types.is_datetime64_any_dtype(column) else str(value)
-             for value in column]
+             for value, gone in zip(column, column.isna())]
     return name, "text", texts, None
+
+
+def _numbers_of(pandas, column):
+    """A column of objects in the type of its numbers, if all are: databases give decimal.Decimal,
+    and integers beside None stay objects."""
+    known = column[column.notna()]
+    if not len(known) or not known.map(lambda value: isinstance(
+            value, (int, float, decimal.Decimal, np.number)) and not np.iscomplexobj(value)).all():
+        return column
+    if not known.map(lambda value: math.isfinite(value) and value == int(value)).all():
+        return column.astype(float)
+    whole = [None if gone else int(value) for value, gone in zip(column, column.isna())]
+    if max(abs(value) for value in whole if value is not None) >= 2**63:
+        return column
+    return pandas.Series(pandas.array(whole, dtype="Int64"), index=column.index)
 
 
 # Arrays
@@ -194,6 +218,10 @@ def from_xarray(array, *, name=None, geography=None, span=None, project=None, pr
         if not isinstance(geography, VectorGeography):
             raise ValueError("an array of objects needs their geography")
         return _objects_of_array(array, name, geography, span)
+    if array.size == 0:
+        raise ValueError("the array has no values")
+    if geography is not None and not isinstance(geography, Grid):
+        raise ValueError("an array of cells needs a grid")
     y, x = _axes(array)
     extra = [each for each in array.dims if each not in (y, x, "time", "realization")]
     if extra:
@@ -212,8 +240,6 @@ def from_xarray(array, *, name=None, geography=None, span=None, project=None, pr
             int(spans[:, 0].min()), int(spans[:, 1].max()), bool(spans[-1, 2]))
         geography = geography_of(project, _native.new_grid(
             name, rows, columns, *bounds, whole, form, _crs_of(array)))
-    elif not isinstance(geography, Grid):
-        raise ValueError(f"{geography.name} is no grid")
     elif not _fits(geography, bounds, array.sizes[y], array.sizes[x]):
         raise ValueError(f"the cells of the array are not those of {geography.name}")
     elif spans is not None and (geography.static or geography.time_format != form):
@@ -278,6 +304,8 @@ def _spans_of(array, span):
     if "time" not in array.dims:
         return "number", None
     times = array["time"].values
+    if times.dtype.kind not in "iumMO":
+        raise ValueError(f"times are dates or whole numbers, not {times.dtype}")
     ends = None
     if "time_end" in array.coords:
         ends = array["time_end"].values
@@ -325,8 +353,25 @@ def _seconds(times):
         if np.isnat(times).any():
             raise ValueError("NaT is no time")
         return (times.astype("datetime64[s]") - _EPOCH).astype(np.int64)
-    return np.array([(np.datetime64(time.isoformat()[:19], "s") - _EPOCH).astype(np.int64)
-                     for time in times], dtype=np.int64)
+    try:
+        return np.array([(np.datetime64(time.isoformat()[:19], "s") - _EPOCH).astype(np.int64)
+                         for time in times], dtype=np.int64)
+    except (AttributeError, ValueError):
+        wrong = next(time for time in times if not _is_day(time))
+        raise ValueError(f"{wrong} is no time of the Gregorian calendar: convert the times with "
+                         "array.convert_calendar()") from None
+
+
+def _is_day(time):
+    try:
+        return np.datetime64(time.isoformat()[:10], "D") is not None
+    except (AttributeError, ValueError):
+        return False
+
+
+def _unit_of(array):
+    unit = array.attrs.get("units")
+    return "" if unit is None else str(unit)
 
 
 def _fill_grid(array, name, grid, y, x, spans, progress):
@@ -335,7 +380,7 @@ def _fill_grid(array, name, grid, y, x, spans, progress):
     realizations = array.sizes.get("realization", 1)
     integers, bits, missing = _cells(array)
     number = _native.new_grid_dataset(grid._id, name, integers, bits, realizations,
-                                      str(array.attrs.get("units", "")))
+                                      _unit_of(array))
     try:
         rows = spans if spans is not None else np.array([[0, 0, 1]])
         with reporting(progress) as report:
@@ -345,6 +390,8 @@ def _fill_grid(array, name, grid, y, x, spans, progress):
                     one = at.isel(realization=realization) if "realization" in array.dims else at
                     cells = np.asarray(one.transpose(y, x).values)
                     if not integers:
+                        if np.isinf(cells).any():
+                            raise ValueError("infinity is no value")
                         cells = np.where(np.isnan(cells), missing, cells)
                     _native.add_cells(number, realization, start, end, bool(closed),
                                       np.ascontiguousarray(cells), missing)
@@ -388,12 +435,18 @@ def _objects_of_array(array, name, geography, span):
     if len(np.unique(objects)) < len(objects):
         raise ValueError("an object occurs twice in the array")
     realizations = array.sizes.get("realization", 1)
-    kind = ("text" if array.dtype.kind in "OU" else
-            "integer" if array.dtype.kind in "iub" and np.abs(array).max() < 2**31 else "decimal")
+    if array.dtype.kind not in "OUiubf":
+        raise ValueError(f"values are numbers or texts, not {array.dtype}")
+    kind = "text" if array.dtype.kind in "OU" else "decimal"
+    if array.dtype.kind in "iub":
+        largest = max((abs(int(array.max())), abs(int(array.min()))), default=0)
+        if largest > 2**53:
+            raise ValueError("integers above 2 ** 53 cannot be held")
+        kind = "integer" if largest < 2**31 else "decimal"
     if kind == "decimal" and bool(np.isinf(array).any()):
         raise ValueError("infinity is no value")
     dataset = geography.new_dataset(name, kind, realizations=realizations, static=spans is None,
-                                    unit=str(array.attrs.get("units", "")))
+                                    unit=_unit_of(array))
     try:
         for realization in range(realizations):
             one = array.isel(realization=realization) if "realization" in array.dims else array

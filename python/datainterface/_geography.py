@@ -6,7 +6,7 @@ from collections.abc import Mapping
 import numpy as np
 
 from . import _native
-from ._base import Part
+from ._base import Part, expect
 from ._optional import load
 from ._progress import reporting
 from ._queries import GridQueries, VectorQueries
@@ -94,6 +94,9 @@ class Geography(Part, Mapping):
         number = self._id
         return dataset_of(self, _native.find_dataset(number, name))
 
+    def __contains__(self, name):
+        return isinstance(name, str) and name != "" and super().__contains__(name)
+
     def __iter__(self):
         return iter([dataset.name for dataset in self.datasets])
 
@@ -112,9 +115,14 @@ class Geography(Part, Mapping):
 
     def remove(self, dataset):
         """Removes a dataset, by name or itself."""
+        from ._dataset import Dataset
+
         if isinstance(dataset, str):
             dataset = self[dataset]
-        _native.remove_dataset(dataset._id)
+        number = expect(dataset, Dataset, "what is removed from a geography")
+        if dataset.geography != self:
+            raise ValueError(f"{dataset.name} is of {dataset.geography.name}, not of {self.name}")
+        _native.remove_dataset(number)
 
     # Weights
 
@@ -353,6 +361,8 @@ def objects_of(geography, keys):
 
 
 def _key_text(key):
+    if isinstance(key, (bool, np.bool_)):
+        return str(int(key))
     if isinstance(key, (float, np.floating)) and float(key).is_integer():
         return str(int(key))
     return str(key)
@@ -360,12 +370,16 @@ def _key_text(key):
 
 def _rows(geography, datasets, parts, *, at=None, shapes=False, realization=None, progress=None):
     """Rows of the library as a DataFrame, or as a GeoDataFrame with shapes."""
+    from ._dataset import Dataset
+
     pandas = load("pandas")
     geopandas = load("geopandas") if shapes else None
+    if isinstance(datasets, (str, Dataset)):
+        datasets = [datasets]
     held = [geography[each] if isinstance(each, str) else each for each in datasets]
     with reporting(progress) as report:
         columns, images = _native.rows(
-            geography._id, [each._id for each in held], parts + (["datasets"] if held else []),
+            geography._id, [expect(each, Dataset, "a column") for each in held], parts + (["datasets"] if held else []),
             at, shapes, realization, report)
     names = parts + [each.name for each in held]
     form = geography.time_format

@@ -8,7 +8,9 @@ from typing import NamedTuple
 import numpy as np
 
 from . import _native
-from ._geography import Grid, geography_of
+from ._base import expect
+from ._dataset import Dataset, GridDataset, dataset_of
+from ._geography import Geography, Grid, geography_of
 from ._optional import load
 from ._progress import reporting
 from ._times import text_of, texts_of
@@ -171,6 +173,7 @@ def variogram(dataset, at=None, *, other=None, pooled=False, scores=False, cutof
     ValueError
         For texts, fewer than two values, and fewer classes than parameters of the model.
     """
+    expect(dataset, Dataset, "what is sampled")
     if estimator not in ("classical", "robust"):
         raise ValueError("an estimator is classical or robust")
     if weights not in _WEIGHTS:
@@ -179,7 +182,7 @@ def variogram(dataset, at=None, *, other=None, pooled=False, scores=False, cutof
     if anisotropic and not directions:
         directions = [math.radians(each) for each in (0, 45, 90, 135)]
     plan = {
-        "other": -1 if other is None else other._id, "pooled": pooled, "scores": scores,
+        "other": -1 if other is None else expect(other, Dataset, "the other one"), "pooled": pooled, "scores": scores,
         "cutoff": float(cutoff), "width": float(width), "directions": directions,
         "tolerance": math.radians(tolerance), "robust": estimator == "robust", "model": str(model),
         "nugget": None if nugget is None else float(nugget), "anisotropic": anisotropic,
@@ -206,6 +209,7 @@ def stored_model(dataset, name, at=None):
     KeyError
         If neither the dataset nor the project has a model of that name.
     """
+    expect(dataset, Dataset, "the owner of a model")
     text, _ = _native.stored_model(dataset._id, name, dataset._instant(at))
     return VariogramModel(text)
 
@@ -226,6 +230,7 @@ def make_grid(name, cell, like, bounds=None):
     -------
     Grid
     """
+    expect(like, Dataset, "what a grid is like")
     left, bottom, right, top = like.geography.bounds if bounds is None else map(float, bounds)
     return geography_of(like.project,
                         _native.make_grid(name, float(cell), left, bottom, right, top, like._id))
@@ -262,10 +267,10 @@ class Validation(NamedTuple):
 
 def _plan(model, target, name, mean, drift, external, neighbors, least, quadrants, radius, block):
     return {
-        "model": str(model), "target": target._id, "name": name,
+        "model": str(model), "target": expect(target, Geography, "a target"), "name": name,
         "mean": None if mean is None else float(mean), "drift": drift,
-        "external": -1 if external is None else external._id, "neighbors": neighbors,
-        "least": least, "quadrants": quadrants,
+        "external": -1 if external is None else expect(external, GridDataset, "an external drift"),
+        "neighbors": neighbors, "least": least, "quadrants": quadrants,
         "radius": None if radius is None else float(radius), "block": block}
 
 
@@ -301,8 +306,7 @@ def krige(dataset, model, target, name, *, at=None, mean=None, drift=0, external
     -------
     Kriged
     """
-    from ._dataset import dataset_of
-
+    expect(dataset, Dataset, "what is predicted")
     plan = _plan(model, target, name, mean, drift, external, neighbors, least, quadrants, radius,
                  block)
     with reporting(progress) as report:
@@ -331,6 +335,7 @@ def cross_validate(dataset, model, *, at=None, folds=0, seed=1, mean=None, drift
     -------
     Validation
     """
+    expect(dataset, Dataset, "what is predicted")
     plan = _plan(model, dataset.geography, "", mean, drift, external, neighbors, least, quadrants,
                  radius, 0)
     with reporting(progress) as report:
@@ -368,10 +373,10 @@ def simulate(dataset, grid, name, *, model="", count=1, at=None, scores=True, me
     -------
     GridDataset
     """
-    from ._dataset import dataset_of
-
     if not isinstance(grid, Grid):
         raise TypeError("a simulation is made on a grid")
+    if dataset is not None:
+        expect(dataset, Dataset, "what is simulated")
     if count < 1:
         raise ValueError("there is at least one realization")
     plan = {"name": name, "model": str(model), "scores": scores and dataset is not None,
@@ -411,6 +416,9 @@ def summarize_realizations(dataset, at=None, *, mean=False, deviation=False, qua
         Arrays by object index, or by row and column, under "mean", "deviation", "quantile 0.05" and
         so on. NaN where no realization has a value.
     """
+    expect(dataset, Dataset, "what has realizations")
+    if reference is not None:
+        expect(reference, Dataset, "a reference")
     with reporting(progress) as report:
         answers = _native.ask_realizations(
             dataset._id, _time(dataset, at), mean, deviation, [float(each) for each in quantiles],

@@ -9,7 +9,7 @@ import weakref
 from collections.abc import Mapping
 
 from . import _native
-from ._base import path_text, refuse_pickling
+from ._base import expect, path_text, refuse_pickling
 from ._errors import DataInterfaceWarning
 from ._progress import reporting
 
@@ -135,6 +135,9 @@ class Project(Mapping):
             raise ValueError("a name is not empty")
         return geography_of(self, _native.find_geography(name))
 
+    def __contains__(self, name):
+        return isinstance(name, str) and name != "" and super().__contains__(name)
+
     def __iter__(self):
         return iter([geography.name for geography in self.geographies])
 
@@ -187,9 +190,11 @@ class Project(Mapping):
 
     def remove(self, geography):
         """Removes a geography, by name or itself, with its datasets."""
+        from ._geography import Geography
+
         if isinstance(geography, str):
             geography = self[geography]
-        _native.remove_geography(geography._id)
+        _native.remove_geography(expect(geography, Geography, "what is removed from a project"))
 
     @property
     def unreadable(self):
@@ -231,6 +236,7 @@ def _opened(path, mode, *, reserve, scratch, cache, progress, state=None):
         _native.geographies()  # raises in a forked process, which cannot close the project either
         raise ValueError(f"{held.path or 'a new project'} is open; a process has one project at a "
                          "time: close it first")
+    _native.close()  # of a project that could not close itself, since a call was running
     with reporting(progress) as report:
         _native.open(os.path.abspath(path) if path else "", reserve,
                      path_text(scratch) if scratch is not None else "", cache, report)

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Weights at one time as a SciPy matrix."""
 
+import zlib
+
 import numpy as np
 from scipy.sparse import csr_matrix
 
@@ -8,8 +10,8 @@ from scipy.sparse import csr_matrix
 class SpatialWeights(csr_matrix):
     """A matrix in compressed rows: row i holds the weights of the neighbours of object i.
 
-    Results of its methods are such matrices without ``weight_set``. The weights are read-only,
-    since analyses take them from the set.
+    Results of its methods are such matrices without ``weight_set``. Analyses take the weights from
+    the set, and refuse a matrix that was changed since it was read from it.
 
     Attributes
     ----------
@@ -31,8 +33,19 @@ class SpatialWeights(csr_matrix):
         self.time = time
         self.weight_set = weight_set
         self._name = name
+        self._read = None
         if weight_set is not None:
-            self.data.flags.writeable = False
+            self._read = self._print()
+
+    def _print(self):
+        """What tells weights from others: their shape and sums over the parts of the matrix."""
+        self.sort_indices()
+        parts = (self.indptr, self.indices[:self.nnz], self.data[:self.nnz])
+        return self.shape, *(zlib.crc32(np.ascontiguousarray(part)) for part in parts)
+
+    def is_as_read(self):
+        """Whether these are still the weights that were read from the set."""
+        return self._read == self._print()
 
     def to_libpysal(self, *, islands=True):
         """The objects that exist at the time as ``libpysal.weights.W``, by key.

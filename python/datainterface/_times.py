@@ -81,7 +81,10 @@ def texts_of(times, time_format):
         return []
     if isinstance(times, (str, bytes)) or not np.iterable(times):
         times = [times]
-    return [text_of(time, time_format) for time in times]
+    texts = [text_of(time, time_format) for time in times]
+    if not texts:
+        raise ValueError("no times are given: None means all of them")
+    return texts
 
 
 def stamps(values, time_format):

@@ -88,6 +88,8 @@ def adopt(geography, name, weights, start, end, progress):
         rows, columns, values = links.row, links.col, links.data
     else:
         raise TypeError("weights are a SciPy matrix or weights of libpysal")
+    if np.asarray(values).dtype.kind not in "biuf":
+        raise ValueError(f"weights are numbers, not {np.asarray(values).dtype}")
     values = np.asarray(values, dtype=float)
     if not np.isfinite(values).all():
         raise ValueError("a weight is not finite")

@@ -28,6 +28,7 @@ import numpy as np
 
 from . import _native, stats
 from ._analysis import _set_of
+from ._base import expect
 from ._dataset import GridDataset, stacked_spans
 from ._geography import VectorGeography
 from ._optional import load
@@ -501,6 +502,7 @@ def zonal(dataset, polygons, *, at=None, realizations=None, client=None, file=No
         As :func:`datainterface.zonal` gives them, with the column realization before the others.
     """
     pandas = load("pandas")
+    expect(dataset, GridDataset, "what is summed up")
     if not isinstance(polygons, VectorGeography):
         raise TypeError("zones are a geography of polygons")
     file = _file_of(dataset, file)

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Weights and Moran's I: the program's figures, and those of SciPy, NumPy and libpysal."""
 
+import warnings
+
 import numpy as np
 import pandas as pd
 import pytest
@@ -20,9 +22,23 @@ def test_weights_at_a_time(states, demo):
         row = queen.getrow(list(queen.keys).index(51))
         assert {str(queen.keys[column]): value for column, value in zip(row.indices, row.data)} \
             == {link["object"]: link["weight"] for link in told}
-    with pytest.raises(ValueError, match="read-only"):
-        queen.data[0] = 3
     assert (queen * 2).weight_set is None
+    # SciPy may use the matrix for everything; analyses refuse weights that are no longer the set's.
+    assert ((queen > 0).nnz, queen.astype(bool).nnz, abs(queen).max()) == (214, 214, 1)
+    income = states["income"]
+    di.moran(income, queen, at=1929, permutations=0)
+
+    def insert(matrix):
+        matrix[0, 47] = 0.5
+
+    for change in (insert, lambda matrix: matrix.resize(40, 40), lambda matrix: matrix.setdiag(1),
+                   lambda matrix: matrix.data.__imul__(2),
+                   lambda matrix: matrix.indices.__setitem__(slice(None), matrix.indices[::-1])):
+        changed = states.weights("queen", at=2000)
+        with warnings.catch_warnings(record=True):  # that other matrices are faster to change
+            change(changed)
+        with pytest.raises(ValueError, match="add_weights"):
+            di.moran(income, changed, at=1929, permutations=0)
     with pytest.raises(ValueError, match="no object"):
         states.weights("queen", at=1500)
 
@@ -53,7 +69,8 @@ def test_sets_of_own_weights(states, income):
     plain = 48 / own.at(1929).sum() * (z @ (own.at(1929) @ z)) / (z @ z)
     assert di.moran(income, own, at=1929, permutations=0)["I"][0] == pytest.approx(plain, rel=1e-12)
     for wrong, error, text in ((random[:40, :40], ValueError, "48"), ([[1]], TypeError, "SciPy"),
-                               (random.tocsr() * np.nan, ValueError, "finite")):
+                               (random.tocsr() * np.nan, ValueError, "finite"),
+                               (random.tocsr() * 1j, ValueError, "complex")):
         with pytest.raises(error, match=text):
             states.add_weights("wrong", wrong)
     with pytest.raises(TypeError, match="add_weights"):
@@ -93,9 +110,12 @@ def test_seeds_and_stored_results(income, states):
                      store="test")
     assert first.drop(columns="seed").equals(again.drop(columns="seed"))
     assert set(states["test I"].at(1929)) == {first["I"][0]}
-    for wrong in (dict(permutations=-1), dict(seed=-1), dict(islands="sink"), dict(store="test")):
+    states.new_dataset("half p")
+    for wrong in (dict(permutations=-1), dict(seed=-1), dict(islands="sink"), dict(store="test"),
+                  dict(store="half"), dict(at=[])):
         with pytest.raises(ValueError):
-            di.moran(income, "queen", at=1929, **wrong)
+            di.moran(income, "queen", **{"at": 1929, **wrong})
+    assert "half I" not in states
     with pytest.raises(ValueError, match="holds texts"):
         di.moran(states["name"], "queen")
 
@@ -128,6 +148,31 @@ def test_arguments_without_a_meaning_are_refused(empty):
         with pytest.raises(ValueError, match=sentence):
             call()
     assert (list(empty), list(wells.weight_sets)) == (["wells", "field"], [])
+
+
+def test_parts_of_other_kinds_are_refused(empty):
+    wells = empty.import_map(SAMPLES / "wells" / "wells.csv", key="well", x="x", y="y")
+    level = wells["level"]
+    field = di.make_grid("field", 400, like=level)
+    near = wells.new_weights("near", "nearest")
+    for call in (lambda: empty.remove(level), lambda: wells.remove(field), lambda: wells.remove(near),
+                 lambda: wells.to_geopandas([field]), lambda: wells.at().to_geopandas([near]),
+                 lambda: di.moran(wells, "near"), lambda: di.variogram(level, other=field),
+                 lambda: di.krige(level, "nugget:1", level, "kriged"),
+                 lambda: di.krige(level, "nugget:1", field, "kriged", external=level),
+                 lambda: di.cross_validate(field, "nugget:1"), lambda: di.make_grid("g", 1, field),
+                 lambda: di.simulate(wells, field, "drawn"), lambda: di.zonal(level, wells),
+                 lambda: di.summarize_realizations(field, mean=True),
+                 lambda: di.stored_model(wells, "model")):
+        with pytest.raises(TypeError, match=" is a "):
+            call()
+    drawn = di.simulate(level, field, "drawn", seed=1)
+    with pytest.raises(ValueError, match="not of wells"):
+        wells.remove(drawn)
+    with pytest.raises(ValueError, match="a limit"):
+        di.summarize_realizations(drawn, above=[np.nan])
+    assert [list(held) for held in empty.values()] == [["well", "level"], ["drawn"]]
+    assert [5 in empty, "" in empty, 5 in wells, None in wells, "level" in wells] == [False] * 4 + [True]
     assert di.variogram(level, directions=[0, 90], tolerance=90).samples == 120
 
 
@@ -141,7 +186,7 @@ def test_parts_that_were_removed_are_refused(empty):
     wells.remove(other)
     near.weight_set.remove()
     for call in (lambda: di.moran(level, near), lambda: di.local_moran(level, near),
-                 lambda: di.zonal(level, di.VectorGeography(empty, grid._number)),
+                 lambda: di.zonal(drift, di.VectorGeography(empty, grid._number)),
                  lambda: di.krige(level, "nugget:1", grid, "kriged"),
                  lambda: di.krige(level, "nugget:1", wells, "kriged", external=drift),
                  lambda: di.simulate(level, grid, "drawn"),

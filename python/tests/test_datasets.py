@@ -114,6 +114,9 @@ def test_what_cannot_be_added(states, income):
         (frame.assign(value=3e9), ValueError, "3e\\+09"),
         (frame.assign(value=np.inf), ValueError, "inf"),
         (frame.assign(value="many"), ValueError, "numbers"),
+        (frame.assign(value="5"), ValueError, "numbers"),
+        (frame.assign(value=pd.Timestamp("2000-01-01")), ValueError, "numbers"),
+        (pd.concat([frame, frame["value"]], axis=1), ValueError, "two columns value"),
         (frame.assign(start=1929, end=1931), ValueError, "two values at 1929-01-01"),
         (frame.assign(start=pd.NaT), ValueError, "without a time"),
         (frame.assign(end=1900), ValueError, "ends before"),
@@ -125,6 +128,11 @@ def test_what_cannot_be_added(states, income):
             whole.add(values)
     with pytest.raises(ValueError, match="holds texts"):
         states.new_dataset("words", "text").add(frame)
+    with pytest.raises(KeyError, match="no object"):
+        whole.add(pd.Series([1], index=pd.MultiIndex.from_tuples([(1, 2)])), at=1929)
+    for realization, error in ((2**40, ValueError), ("1", TypeError), (1.5, TypeError)):
+        with pytest.raises(error, match="realization"):
+            income.values(1929, realization)
     assert len(whole.times) == 0
     for name, error in (("whole", "already"), ("", "empty")):
         with pytest.raises(ValueError, match=error):

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Round trips with geopandas and xarray, imports, and queries by place."""
 
+import decimal
+
 import geopandas
 import numpy as np
 import pandas as pd
@@ -37,6 +39,27 @@ def test_a_frame_goes_around(empty, tmp_path):
     assert [geography[name].kind for name in ("size", "count", "far", "flag", "seen")] == [
         "decimal", "integer", "decimal", "integer", "text"]
     assert geography["seen"].at().tolist()[0] == "1999-09-01"
+
+
+def test_columns_keep_their_numbers(empty):
+    """Objects and categories are the numbers that they hold; what no decimal holds is text."""
+    columns = {
+        "money": ([decimal.Decimal("1.25"), None], "decimal", [1.25, None]),
+        "whole": (pd.Series([7, None], dtype=object), "integer", [7, None]),
+        "group": (pd.Categorical([3, 4]), "integer", [3, 4]),
+        "mixed": ([1, "x"], "text", ["1", "x"]),
+        "lists": ([np.array([1, 2]), None], "text", ["[1 2]", None]),
+        "cell": (np.array([2**63 + 5, 1], dtype=np.uint64), "text", [str(2**63 + 5), "1"]),
+        "id": ([2**53 + 1, 2**53], "text", [str(2**53 + 1), str(2**53)]),
+    }
+    frame = frame_of(**{name: held[0] for name, held in columns.items()},
+                     geometry=[shapes.Point(0, 0), shapes.Point(1, 1)])
+    points = di.from_geopandas(frame, key="id")
+    assert points.object_keys.tolist() == columns["id"][2]
+    for name, (_, kind, values) in columns.items():
+        held = points[name].at()
+        assert (name, points[name].kind, [None if gone else value for value, gone in
+                                          zip(held, held.isna())]) == (name, kind, values)
 
 
 @pytest.mark.parametrize("shape", [shapes.Point(3, 4), shapes.LineString([(0, 0), (1, 5)]), SQUARE])
@@ -191,6 +214,10 @@ def test_arrays_that_are_no_grids(empty):
         (array.astype(str), {}, "cells are numbers"),
         (array.isel(time=[0, 0]), {}, "overlap"),
         (array, dict(span="week"), "a span is"),
+        (array, dict(geography=5), "needs a grid"),
+        (array.isel(time=[]), {}, "no values"),
+        (array.assign_coords(time=np.arange(array.sizes["time"]) / 2), {}, "dates or whole numbers"),
+        (array.fillna(-np.inf), {}, "infinity"),
         (array.fillna(0).astype("int64") + 2**60, {}, "2 \\*\\* 53"),
     ]
     for given, options, text in wrong:
@@ -199,6 +226,8 @@ def test_arrays_that_are_no_grids(empty):
     with pytest.raises(TypeError, match="DataArray"):
         di.from_xarray(array.values)
     assert list(empty) == []
+    assert di.from_xarray(array.assign_attrs(units=None), name="plain").unit == ""
+    empty.remove("plain")
     grid = di.from_xarray(array).geography
     with pytest.raises(ValueError, match="not those of"):
         di.from_xarray(array.isel(x=slice(0, 3)), geography=grid)
@@ -257,6 +286,9 @@ def test_queries_of_cells(empty):
         [0, 1, 40], [0, 2, 25], [1, 1, 64], [1, 2, 40]]
     assert sorted(grid.in_rectangle(12, 27, 26, 41, centers=True)[["x", "y"]].to_numpy().tolist()) \
         == [[15, 30], [15, 40], [25, 30], [25, 40]]
+    assert grid.in_rectangle(10, 25, 20, 35)["area"].tolist() == [100]  # others share borders alone
+    assert len(grid.in_rectangle(16, 6, 24, 44, centers=True)) == 0
+    assert len(grid.in_circle(25, 25, 1e308)) == grid.count
     triangle = shapes.Polygon([(0, 5), (20, 5), (0, 25)])
     assert grid.in_polygon(triangle)["area"].sum() == triangle.area
     assert len(grid.in_circle(25, 25, 7.2)) == 2

@@ -42,6 +42,29 @@ def test_the_types_of_the_package_are_its_own():
 
 
 @needs_sources
+def test_programs_of_users_have_types(tmp_path):
+    """The documentation's examples under the strict rules, of which none lacks a type."""
+    pytest.importorskip("mypy")
+    blocks = re.findall(r"```python\n(.*?)```", (SOURCES / "docs" / "python.md").read_text(), re.S)
+    blocks.append("import datainterface as di\n"
+                  "di.stats.normal_p([1.0]) + di.stats.fdr([0.1])\n"
+                  "def show(data: di.GridDataset) -> str: return data._repr_html_()\n"
+                  "def of(data: di.GridDataset) -> None:\n"
+                  "    di.dask.map_times(lambda each, time: each.classes(5, at=time), data)\n"
+                  "    di.dask.array(data, rows=5), di.dask.moran(data, \"queen\", seed=1)\n")
+    for number, block in enumerate(blocks):
+        (tmp_path / f"example{number}.py").write_text(block)
+    modules = ["datainterface", "datainterface.dask", "datainterface.stats",
+               *(path.stem for path in tmp_path.iterdir())]
+    done = subprocess.run(  # types of other packages take long to read
+        [sys.executable, "-m", "mypy", "--strict", "--follow-imports=skip", "--ignore-missing-imports",
+         "--cache-dir=/dev/null", *(word for module in modules for word in ("-m", module))],
+        cwd=tmp_path, capture_output=True, text=True,
+        env={**os.environ, "MYPYPATH": os.pathsep.join([str(PACKAGE.parent), str(tmp_path)])})
+    assert done.returncode == 0, done.stdout + done.stderr
+
+
+@needs_sources
 def test_the_version_is_that_of_the_project():
     told = re.search(r"project\(DataInterface VERSION (\S+)", (SOURCES / "CMakeLists.txt").read_text())
     assert di.__version__ == told[1]

@@ -284,26 +284,28 @@ QVector<int> storeMoran(const MoranPlan &plan, const QVector<MoranAt> &results, 
     if (VORN_GetGeographyProperties(geography).type == GeoProps::Raster)
         fail(QStringLiteral("%1 is a grid: its results are printed alone")
                  .arg(geographyName(geography)));
-    const auto named = [&](const char *what) {
-        const QString full = name + QLatin1Char(' ') + QLatin1String(what);
-        requireNewDatasetName(geography, full);
-        return full;
-    };
+    QStringList wanted{QStringLiteral("I"), QStringLiteral("p")};
+    if (plan.local)
+        wanted += {QStringLiteral("local I"), QStringLiteral("local p"), QStringLiteral("cluster")};
+    for (QString &each : wanted) {
+        each.prepend(name + QLatin1Char(' '));
+        requireNewDatasetName(geography, each); // before anything is stored
+    }
     using At = const MoranAt &;
     const auto local = [](const std::vector<double> &values, int i) {
         return values[static_cast<size_t>(i)];
     };
     QVector<int> ids{
-        store<double>(plan, results, named("I"), DecimalType,
+        store<double>(plan, results, wanted[0], DecimalType,
                       [](At r, int) { return r.whole.value; }),
-        store<double>(plan, results, named("p"), DecimalType, [](At r, int) { return r.whole.p; })};
+        store<double>(plan, results, wanted[1], DecimalType, [](At r, int) { return r.whole.p; })};
     if (!plan.local)
         return ids;
-    ids.append(store<double>(plan, results, named("local I"), DecimalType,
+    ids.append(store<double>(plan, results, wanted[2], DecimalType,
                              [&](At r, int i) { return local(r.local.values, i); }));
-    ids.append(store<double>(plan, results, named("local p"), DecimalType,
+    ids.append(store<double>(plan, results, wanted[3], DecimalType,
                              [&](At r, int i) { return local(r.local.p, i); }));
-    ids.append(store<QString>(plan, results, named("cluster"), StringType, &clusterName));
+    ids.append(store<QString>(plan, results, wanted[4], StringType, &clusterName));
     return ids;
 }
 

@@ -152,6 +152,9 @@ QVector<RealizationAnswer> askRealizations(int dataset, const Interval &when,
     for (const double share : questions.quantiles)
         if (!(share >= 0 && share <= 1))
             failUsage(QStringLiteral("a quantile is a share from 0 to 1"), "quantile");
+    for (const double limit : questions.above)
+        if (std::isnan(limit))
+            failUsage(QStringLiteral("a limit is a number"), "above");
     const Realizations realizations(dataset, when, questions.reference);
     Moments moments;
     std::vector<double> values;

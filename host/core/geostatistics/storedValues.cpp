@@ -88,6 +88,8 @@ int StoredValues::finish(const QString &history)
 
 int makeGrid(const QString &name, double cell, const QRectF &bounds, int dataset)
 {
+    if (name.trimmed().isEmpty())
+        failUsage(QStringLiteral("a name is not empty"), "grid");
     if (!std::isfinite(cell) || !(cell > 0))
         failUsage(QStringLiteral("the size of a cell is above 0"), "cell");
     // Bounds without a width are those of places on one line.

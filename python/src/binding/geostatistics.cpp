@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <cmath>
 #include <pybind11/stl.h>
 #include "call.h"
 #include "core/geostatistics/covariance.h"
@@ -19,6 +21,8 @@ namespace meridor::python {
 namespace {
 
 using Numbers = py::array_t<double, py::array::c_style | py::array::forcecast>;
+
+constexpr double kFarthest = 1e60;
 
 /// (type, sill, range along the direction, range across it, direction in radians) for each.
 py::list structuresOf(const VariogramModelAtT &model)
@@ -222,13 +226,17 @@ py::list ask(int dataset, const QString &at, bool mean, bool deviation,
     return list;
 }
 
-/// The values of a model at separations and directions in radians.
+/// The values of a model at separations and directions in radians. A separation has no sign; NaN
+/// gives NaN.
 py::array valuesOf(const QString &text, const Numbers &separations, const Numbers &directions)
 {
     const VariogramModelAtT model = parseStructures(text);
     std::vector<double> values(static_cast<size_t>(separations.size()));
     for (size_t i = 0; i < values.size(); ++i)
-        values[i] = model.GetModelValue(separations.data()[i], directions.data()[i]);
+        if (const double h = std::abs(separations.data()[i]); std::isnan(h))
+            values[i] = h;
+        else // far beyond every range, and finite, since the cubic structure has powers of it
+            values[i] = model.GetModelValue(std::min(h, kFarthest), directions.data()[i]);
     return arrayOf(std::move(values));
 }
 
