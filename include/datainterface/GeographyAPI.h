@@ -37,6 +37,11 @@ DATAINTERFACE_EXPORT bool VORN_GetObservationTimes(int geographyId, unsigned int
 /// Whether the object has a geometry at the time.
 DATAINTERFACE_EXPORT bool VORN_ObjectExistsAtTime(int geographyId, unsigned int object,
                                                   qint64 time);
+/// The objects of a vector geography that have a geometry at the time, ascending. Several times as
+/// fast as VORN_ObjectExistsAtTime for each object. They are the same over
+/// VORN_GetStaticObjectInterval.
+DATAINTERFACE_EXPORT bool VORN_GetExistingObjects(int geographyId, qint64 time,
+                                                  QVector<unsigned int> &objects);
 /// The disjoint intervals, in order of time, over each of which the objects and their shapes do not
 /// change; for a raster its one span of time.
 DATAINTERFACE_EXPORT bool VORN_GetAllObjectTimes(int geographyId, QVector<Interval> &intervals);

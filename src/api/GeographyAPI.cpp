@@ -7,6 +7,16 @@
 
 using namespace datainterface;
 
+namespace {
+
+bool exists(const FMObjectChain &chain, qint64 time)
+{
+    const timeRange range = chain.GetObservation(time).first;
+    return range.end >= range.start;
+}
+
+} // namespace
+
 GeoProps VORN_GetGeographyProperties(int geographyId)
 {
     return onGeography(geographyId, GeoProps(),
@@ -49,10 +59,30 @@ bool VORN_ObjectExistsAtTime(int geographyId, unsigned int object, qint64 time)
 {
     return onGeography<MVectorData>(geographyId, false, [&](const MVectorData &geography) {
         const FMObjectChain *chain = chainOf(geography, object);
-        if (!chain)
-            return false;
-        const timeRange range = chain->GetObservation(time).first;
-        return range.end >= range.start;
+        return chain && exists(*chain, time);
+    });
+}
+
+bool VORN_GetExistingObjects(int geographyId, qint64 time, QVector<unsigned int> &objects)
+{
+    return onGeography<MVectorData>(geographyId, false, [&](const MVectorData &geography) {
+        const QVector<int> &ids = geography.GetFennimIdMap();
+        const QMap<int, FMObjectChain *> &chains = geography.GetFennims()->mChains;
+        QVector<unsigned int> found;
+        found.reserve(ids.size());
+        auto chain =
+            chains.constBegin(); // both usually ascend: the next one is seldom searched for
+        for (int i = 0; i < ids.size(); ++i) {
+            if (chain == chains.constEnd() || chain.key() != ids[i])
+                chain = chains.constFind(ids[i]);
+            if (chain == chains.constEnd())
+                continue;
+            if (exists(**chain, time))
+                found.append(static_cast<unsigned int>(i));
+            ++chain;
+        }
+        objects = found;
+        return true;
     });
 }
 

@@ -82,6 +82,8 @@ private Q_SLOTS:
         QCOMPARE(answers({VORN_ObjectExistsAtTime(id, 3, 5), VORN_ObjectExistsAtTime(id, 3, 25),
                           VORN_ObjectExistsAtTime(id, 4, 5)}),
                  "ynn");
+        QCOMPARE(told(VORN_GetExistingObjects(id, 25, found)), Objects());
+        QVERIFY(!VORN_GetExistingObjects(99, 5, found) && !VORN_GetExistingObjects(-1, 5, found));
         const int windows = addPolygons({kSquare, {{9, 9}, {10, 9}, {10, 10}}});
         model.vectorData(windows).RemoveObjects({1});
         QCOMPARE(told(VORN_ObjectQuery(windows, 0, id, 5, found)), (Objects{0, 1, 2}));
@@ -234,6 +236,18 @@ private Q_SLOTS:
         QVERIFY(VORN_GetAllObjectTimes(id, intervals));
         QCOMPARE(intervals.size(), 5);
         QCOMPARE(intervals[3], interval("[20, 40]"));
+        const auto agree = [id] {
+            for (const qint64 time : {-1, 0, 10, 15, 20, 50, 60}) {
+                Objects alone;
+                for (const unsigned object : {0U, 1U})
+                    if (VORN_ObjectExistsAtTime(id, object, time))
+                        alone.append(object);
+                Objects together{7};
+                QVERIFY(VORN_GetExistingObjects(id, time, together));
+                QCOMPARE(together, alone);
+            }
+        };
+        agree();
         // The geometry can lose an object behind the geography's back.
         Fennims *fennims = model.vectorData(id).GetFennims();
         fennims->RemoveChain(fennims->GetChainById(model.vectorData(id).GetFennimId(1)));
@@ -241,6 +255,7 @@ private Q_SLOTS:
                  QStringLiteral("Invalid object chain"));
         QCOMPARE(answers({VORN_ObjectExistsAtTime(id, 1, 30), VORN_GetObject(id, 1, 30).record}),
                  "nn");
+        agree();
     }
 
     void gridsAnswerByCell()

@@ -2,6 +2,7 @@
 #include "core/project/catalog.h"
 #include <QSet>
 #include <algorithm>
+#include <numeric>
 #include "core/project/failure.h"
 #include "core/project/text.h"
 #include "core/project/timeMessages.h"
@@ -342,13 +343,12 @@ qint64 shapeTime(int geography, qint64 time)
 
 QVector<int> objectsAt(int geography, qint64 time)
 {
-    QVector<int> objects;
-    const GeoProps props = VORN_GetGeographyProperties(geography);
-    for (int i = 0; i < props.objectCount; ++i)
-        if (props.type == GeoProps::Raster
-            || VORN_ObjectExistsAtTime(geography, static_cast<unsigned int>(i), time))
-            objects.append(i);
-    return objects;
+    QVector<unsigned int> existing;
+    if (VORN_GetExistingObjects(geography, time, existing))
+        return QVector<int>(existing.begin(), existing.end());
+    QVector<int> cells(VORN_GetGeographyProperties(geography).objectCount);
+    std::iota(cells.begin(), cells.end(), 0);
+    return cells;
 }
 
 QVector<Interval> dataTimes(int dataset, int realization)
