@@ -122,11 +122,11 @@ int runCommandLine(int argc, char **argv)
     const Command program(app);
     addCommonOptions(program, context);
     for (const auto add :
-         {addImport,  addInfo,   addStats,     addSeries,  addClasses,  addMap,
-          addPlot,    addExport, addQuery,     addZonal,   addRename,   addRemove,
-          addConvert, addSubset, addSelect,    addUpgrade, addWeights,  addNeighbors,
-          addNearest, addMoran,  addVariogram, addKrige,   addSimulate, addRealizations,
-          addReport,  addDemo})
+         {addImport,   addInfo,         addStats,   addSeries, addClasses,   addMap,
+          addPlot,     addExport,       addQuery,   addZonal,  addRename,    addDuplicate,
+          addRemove,   addDescribe,     addConvert, addSubset, addSelect,    addUpgrade,
+          addWeights,  addNeighbors,    addNearest, addMoran,  addVariogram, addKrige,
+          addSimulate, addRealizations, addReport,  addDemo})
         add(program, context);
     addHidden(
         program, context, [&app] { return manualPages(app, version()); },

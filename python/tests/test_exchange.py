@@ -343,6 +343,7 @@ def test_zonal_statistics_are_those_of_the_program(empty, tmp_path):
     assert counties["rain"].at("1999-09-30").tolist() == frame["max"][:100].tolist()
     with pytest.raises(TypeError, match="polygons"):
         di.zonal(rain, rain.geography)
-    for wrong in (dict(store="rain"), dict(store="other", statistic="median")):
+    for wrong in (dict(store="rain"), dict(store="other", statistic="median"),
+                  dict(statistic="median")):
         with pytest.raises(ValueError):
             di.zonal(rain, counties, at="1999-09", **wrong)

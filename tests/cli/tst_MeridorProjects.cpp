@@ -2,6 +2,7 @@
 #include <QJsonArray>
 #include <QRegularExpression>
 #include <QtTest>
+#include <cmath>
 #include <random>
 #include "cli/program.h"
 
@@ -227,6 +228,58 @@ private Q_SLOTS:
         QCOMPARE(place.run({"rename", "p.vorn", "id", "id", "--output", "r.vorn"}).code, 0);
         QCOMPARE(place.bytes("r.vorn"), place.bytes("p.vorn")); // values are copied as packed
         QCOMPARE(datasetNames(place, "p.vorn"), QStringList{"air/id"});
+    }
+
+    void changesWeightSetsModelsAndDescriptions()
+    {
+        const Workplace place;
+        QByteArray wells("id,x,y,v\n");
+        for (int i = 0; i < 60; ++i)
+            wells += QStringLiteral("%1,%2,%3,%4\n")
+                         .arg(i)
+                         .arg(i % 10)
+                         .arg(i / 10)
+                         .arg(std::sin(i % 10) + std::cos(i / 10))
+                         .toLatin1();
+        place.file("wells.csv", wells);
+        const auto check = [&place](const QStringList &words, int code, const char *told) {
+            const InCase inCase(words);
+            const Outcome outcome = place.run(words);
+            QCOMPARE(outcome.code, code);
+            QVERIFY2(QString(outcome.out + outcome.err).contains(told), qPrintable(outcome.err));
+        };
+        check({"import", "wells.csv", "p.vorn", "--key", "id", "--x", "x", "--y", "y"}, 0, "");
+        check({"weights", "create", "p.vorn", "w", "--method", "nearest"}, 0, "");
+        check({"variogram", "p.vorn", "v", "--model", "spherical", "--save", "m"}, 0, "");
+        check({"rename", "p.vorn", "w", "near", "--weights"}, 0, "renamed w");
+        check({"duplicate", "p.vorn", "wells/near", "far", "--weights"}, 0, "duplicated");
+        check({"rename", "p.vorn", "far", "near", "--weights"}, 1, "a weight set near already");
+        check({"duplicate", "p.vorn", "near", "far", "--weights"}, 1, "a weight set far already");
+        check({"remove", "p.vorn", "near", "--weights"}, 0, "");
+        check({"rename", "p.vorn", "m", "n", "--model", "--dataset", "v"}, 0, "");
+        check({"duplicate", "p.vorn", "n", "o", "--model", "--dataset", "v"}, 0, "");
+        check({"rename", "p.vorn", "o", "n", "--model", "--dataset", "v"}, 1,
+              "a variogram model n");
+        check({"rename", "p.vorn", "o", "n", "--model"}, 1, "the project has no variogram models");
+        check({"remove", "p.vorn", "n", "m", "--model", "--dataset", "v"}, 1, "there are: n, o");
+        check({"remove", "p.vorn", "n", "--model", "--dataset", "v"}, 0, "");
+        check({"remove", "p.vorn", "v", "--dataset", "v"}, 2, "see --model");
+        check({"remove", "p.vorn", "v", "--weights", "--geography"}, 2, "exclude each other");
+        check({"duplicate", "p.vorn", "v", "-v", "--dataset", "v"}, 2, "-v");
+        check({"duplicate", "p.vorn", "v", "u"}, 0, "duplicated v");
+        check({"duplicate", "p.vorn", "v", "u"}, 1, "a dataset u already");
+        check({"describe", "p.vorn", "u", "--summary", "one", "--history", "two\nthree"}, 0, "");
+        check({"describe", "p.vorn", "u", "--summary", ""}, 0, "three");
+        check({"describe", "p.vorn", "u"}, 0, "summary: \nhistory: two\nthree\n");
+        check({"describe", "p.vorn", "wells", "--geography", "--history", "drilled"}, 0, "drilled");
+        check({"describe", "p.vorn", "wells", "--geography", "--summary", "s"}, 2, "history alone");
+        const Outcome info = place.run({"info", "p.vorn", "--json"});
+        QCOMPARE(info.at("geographies/0/weightSets").toArray(), QJsonArray{"far"});
+        QCOMPARE(info.at("geographies/0/history").toString(), QString("drilled"));
+        QCOMPARE(info.at("geographies/0/datasets/2/history").toString(), QString("two\nthree"));
+        QCOMPARE(info.at("variogramModels").toArray().size(), 1);
+        QCOMPARE(info.at("variogramModels/0/name").toString(), QString("o"));
+        QCOMPARE(info.at("variogramModels/0/dataset").toString(), QString("wells/v"));
     }
 
     void cancelsAndFailuresLeaveNothing()

@@ -22,6 +22,8 @@ const CLI::Validator kFinite =
     numberThat([](double value) { return std::isfinite(value); }, " is no finite number");
 const CLI::Validator kNotNegative =
     numberThat([](double value) { return value >= 0; }, " is below 0");
+const CLI::Validator kPositive =
+    numberThat([](double value) { return value > 0; }, " is not above 0");
 
 } // namespace
 
@@ -55,6 +57,12 @@ Setting &Setting::range(double least, double most)
 Setting &Setting::notNegative()
 {
     mOption->check(kNotNegative);
+    return *this;
+}
+
+Setting &Setting::positive()
+{
+    mOption->check(kPositive);
     return *this;
 }
 

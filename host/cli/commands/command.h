@@ -24,6 +24,7 @@ public:
     Setting &range(int least, int most);
     Setting &range(double least, double most);
     Setting &notNegative();
+    Setting &positive();
     /// Shows the present value of the target, or this text, as the default in the help.
     Setting &shown();
     Setting &shown(const char *text);

@@ -14,7 +14,7 @@ void GridChoice::declare(const Command &command)
 {
     command.text("--to", to, "The geography of the results");
     command.text("--grid", name, "Name of a new grid for the results");
-    command.number("--cell", cell, "Side of a cell of the new grid, map units").notNegative();
+    command.number("--cell", cell, "Side of a cell of the new grid, map units").positive();
     command
         .numbers("--bounds", bounds,
                  "LEFT,BOTTOM,RIGHT,TOP of the new grid (default: those of the dataset)")

@@ -5,6 +5,7 @@
 #include <memory>
 #include "cli/commands/commands.h"
 #include "core/analysis/describe.h"
+#include "core/geostatistics/variogramModels.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/timeMessages.h"
@@ -134,13 +135,17 @@ void run(const Options &options, const Context &context)
         context.console.print(
             QJsonObject{{QStringLiteral("project"), options.project},
                         {QStringLiteral("bytes"), QFileInfo(options.project).size()},
-                        {QStringLiteral("geographies"), geographies}});
+                        {QStringLiteral("geographies"), geographies},
+                        {QStringLiteral("variogramModels"), describeModels()}});
         return;
     }
     for (const QJsonValue &geography : geographies)
         print(geography.toObject(), context.console);
     if (geographies.isEmpty())
         context.console.print(QStringLiteral("no geography"));
+    if (const QStringList models = modelNames(-1); !models.isEmpty())
+        context.console.print(
+            QStringLiteral("variogram models of the project: %1").arg(someOf(models)));
 }
 
 } // namespace

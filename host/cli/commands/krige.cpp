@@ -180,7 +180,9 @@ void addNeighborhood(const Command &command, Options &options)
         .range(1, 6000);
     command.number("--quadrants", options.quadrants, "Most neighbours in each quadrant")
         .range(0, 6000);
-    command.number("--radius", options.radius, "Largest distance of a neighbour").notNegative();
+    command
+        .number("--radius", options.radius, "Largest distance of a neighbour (default: no limit)")
+        .positive();
 }
 
 } // namespace

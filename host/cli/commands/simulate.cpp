@@ -132,7 +132,9 @@ void addSimulate(const Command &app, Context &context)
     command.number("--neighbors", options->neighbors, "Values and cells that are used for a cell")
         .shown()
         .range(1, 1000);
-    command.number("--radius", options->radius, "Largest distance of a neighbour").notNegative();
+    command
+        .number("--radius", options->radius, "Largest distance of a neighbour (default: no limit)")
+        .positive();
     command.number("--seed", options->seed, "Seed of the simulation (default: differs in each run)")
         .range(0, std::numeric_limits<int>::max());
     targetOptions(command, options->target, context);

@@ -35,14 +35,34 @@ struct Options {
     double tolerance = 22.5;    ///< degrees
     QString estimator = QStringLiteral("classical");
     QString model = QStringLiteral("auto");
+    QStringList structures; ///< given, not fitted
     QString weights = QStringLiteral("pairs/distance");
     double nugget = std::numeric_limits<double>::quiet_NaN(); ///< NaN: fitted
     bool anisotropic = false;
     bool exactMinimum = false;
     QString save;
-    bool replaces = false; ///< a model of the same name
-    QString plot;          ///< empty: no picture
+    bool replaces = false;                        ///< a model of the same name
+    QString plot;                                 ///< empty: no picture
+    QVector<QPair<const char *, Setting>> ofFits; ///< without meaning for given structures
+    QVector<QPair<const char *, Setting>>
+        ofDatasets; ///< without meaning for a model of the project
 };
+
+void refuseGiven(const QVector<QPair<const char *, Setting>> &settings, const char *why)
+{
+    for (const auto &[name, setting] : settings)
+        if (setting.isGiven())
+            failUsage(QStringLiteral("--%1 does not apply %2")
+                          .arg(QLatin1String(name), QLatin1String(why)));
+}
+
+VariogramModelAtT structuresOf(const Options &options)
+{
+    if (options.structures.isEmpty())
+        return {};
+    refuseGiven(options.ofFits, "to given structures, which are not fitted");
+    return parseStructures(options.structures.join(QLatin1Char(',')));
+}
 
 struct Word {
     const char *name;
@@ -74,8 +94,7 @@ VariogramPlan planOf(const Options &options)
     plan.lags.tolerance = options.tolerance * kDegree;
     for (const double direction : options.directions)
         plan.lags.directions.push_back(direction * kDegree);
-    if (options.anisotropic && options.directions.isEmpty())
-        plan.lags.directions = {0, 45 * kDegree, 90 * kDegree, 135 * kDegree};
+    plan.given = structuresOf(options);
     plan.fits = options.model != QLatin1String("none");
     plan.fit.structures.clear();
     if (plan.fits && options.model != QLatin1String("auto"))
@@ -88,6 +107,7 @@ VariogramPlan planOf(const Options &options)
     for (const Word &word : kWeights)
         if (options.weights == QLatin1String(word.name))
             plan.fit.weights = static_cast<FitWeights>(word.code);
+    completeDirections(plan);
     return plan;
 }
 
@@ -168,8 +188,34 @@ void print(const VariogramAt &at, const QString &when, const Console &console)
         console.print(at.fitted->remark);
 }
 
+/// Stores a model that belongs to no dataset.
+void storeForProject(const Options &options, const Context &context)
+{
+    if (options.structures.isEmpty() || options.save.isEmpty())
+        failUsage(
+            QStringLiteral("a dataset is needed, or the structures and the name of a model of "
+                           "the project: see --structure and --save"));
+    refuseGiven(options.ofDatasets, "without a dataset");
+    const VariogramModelAtT structures = structuresOf(options);
+    editProject(
+        options.target, context,
+        [&](Session &) { storeModel(projectModel(options.save, structures), options.replaces); },
+        Values::Packed);
+    const QString text = structuresText(structures);
+    if (context.console.json)
+        context.console.print(QJsonObject{{QStringLiteral("name"), options.save},
+                                          {QStringLiteral("model"), text},
+                                          {QStringLiteral("structures"), toJson(structures)}});
+    else
+        context.console.print(QStringLiteral("%1: %2").arg(options.save, text));
+}
+
 void run(const Options &options, const Context &context)
 {
+    if (options.dataset.isEmpty()) {
+        storeForProject(options, context);
+        return;
+    }
     if (!options.plot.isEmpty()) {
         requirePictureName(options.plot);
         requireWritable(options.plot, context.overwrite);
@@ -184,7 +230,7 @@ void run(const Options &options, const Context &context)
         }
         noteDegrees(VORN_GetGeographyId(plan.dataset), context.console);
         if (!options.save.isEmpty()) {
-            if (!plan.fits)
+            if (!plan.fits && plan.given.structures.isEmpty())
                 failUsage(QStringLiteral("there is no model to store"), "model");
             storeModel(modelOf(plan, found, options.save), options.replaces);
         }
@@ -213,25 +259,33 @@ void run(const Options &options, const Context &context)
 
 void addLags(const Command &command, Options &options)
 {
-    command.text("--cross", options.cross, "A second dataset, for the cross variogram");
-    command.texts("--at", options.at, "A time, instead of all; repeatable");
-    command.flag("--pooled", options.pooled, "One variogram of the pairs of all times");
-    command.flag("--scores", options.scores, "Of the normal scores of the values");
+    const auto limited = [&options](const char *name, const Setting &setting) {
+        options.ofDatasets.append({name, setting});
+        return setting;
+    };
+    limited("cross",
+            command.text("--cross", options.cross, "A second dataset, for the cross variogram"));
+    limited("at", command.texts("--at", options.at, "A time, instead of all; repeatable"));
+    limited("pooled",
+            command.flag("--pooled", options.pooled, "One variogram of the pairs of all times"));
+    limited("scores",
+            command.flag("--scores", options.scores, "Of the normal scores of the values"));
     realizationOption(command, options.realization);
-    command
-        .number("--cutoff", options.cutoff, "Largest separation (default: a third of the diagonal)")
-        .notNegative();
-    command
-        .number("--width", options.width, "Width of a class of separations (default: cutoff / 15)")
-        .notNegative();
-    command
-        .numbers("--directions", options.directions,
-                 "Directions, degrees counter-clockwise from the x axis")
+    limited("cutoff", command.number("--cutoff", options.cutoff,
+                                     "Largest separation (default: a third of the diagonal)"))
+        .positive();
+    limited("width", command.number("--width", options.width,
+                                    "Width of a class of separations (default: cutoff / 15)"))
+        .positive();
+    limited("directions", command.numbers("--directions", options.directions,
+                                          "Directions, degrees counter-clockwise from the x axis"))
         .partedBy(',');
-    command.number("--tolerance", options.tolerance, "Largest angle to a direction, degrees")
+    limited("tolerance", command.number("--tolerance", options.tolerance,
+                                        "Largest angle to a direction, degrees"))
         .shown()
         .range(0.0, 90.0);
-    command.text("--estimator", options.estimator, "Estimator: classical or robust")
+    limited("estimator",
+            command.text("--estimator", options.estimator, "Estimator: classical or robust"))
         .shown("classical")
         .oneOf({"classical", "robust"});
 }
@@ -244,30 +298,48 @@ void addVariogram(const Command &app, Context &context)
     const Command command =
         app.verb("variogram", "The empirical variogram of a dataset, and a model fitted to it");
     projectArgument(command, options->target.project);
-    datasetArgument(command, options->dataset);
+    command.text("DATASET", options->dataset,
+                 "The dataset; without one the structures and the name are those of a model of the "
+                 "project");
     addLags(command, *options);
-    command
-        .text("--model", options->model,
-              "Structures besides the nugget, separated by commas (spherical, exponential, "
-              "gaussian, power, cubic); auto for the best one, none for no fit")
+    const auto ofFit = [&options](const char *name, const Setting &setting) {
+        options->ofFits.append({name, setting});
+        return setting;
+    };
+    ofFit("model",
+          command.text("--model", options->model,
+                       "Structures besides the nugget, separated by commas (spherical, "
+                       "exponential, gaussian, power, cubic); nugget for a nugget alone, auto for "
+                       "the best one, none for no fit"))
         .shown("auto");
+    command.texts("--structure", options->structures,
+                  "A structure that is not fitted, as nugget:SILL, TYPE:SILL:RANGE or "
+                  "TYPE:SILL:RANGE:MAJOR:DEGREES; repeatable");
     QStringList weights;
     for (const Word &word : kWeights)
         weights.append(QLatin1String(word.name));
     command.text("--weights", options->weights, "Weights of the classes in the fit")
         .shown("pairs/distance")
         .oneOf(weights);
-    command.number("--nugget", options->nugget, "Fix the nugget at this value").notNegative();
-    command.flag("--anisotropic", options->anisotropic, "Fit two ranges and a direction");
-    command.flag("--exact-minimum", options->exactMinimum,
-                 "The least sum of squares also for a single Gaussian structure");
+    ofFit(
+        "nugget",
+        command.number("--nugget", options->nugget, "Fix the nugget at this value").notNegative());
+    ofFit("anisotropic",
+          command.flag("--anisotropic", options->anisotropic, "Fit two ranges and a direction"));
+    ofFit("exact-minimum",
+          command.flag("--exact-minimum", options->exactMinimum,
+                       "The least sum of squares also for a single Gaussian structure"));
     command.text("--save", options->save, "Store the model in the project under this name");
     command.flag("--replace", options->replaces, "Replace a stored model of the same name");
-    command.text("--plot", options->plot, "Draw the variogram as FILE.svg, .png or .pdf");
+    options->ofDatasets.append({"plot", command.text("--plot", options->plot,
+                                                     "Draw the variogram as FILE.svg, .png or "
+                                                     ".pdf")});
     targetOptions(command, options->target, context);
     command.footer("Example:\n"
                    "  meridor variogram wells.vorn level --plot level.svg\n"
-                   "  meridor variogram wells.vorn level --model exponential --save level");
+                   "  meridor variogram wells.vorn level --model exponential --save level\n"
+                   "  meridor variogram wells.vorn --structure nugget:0.1 "
+                   "--structure spherical:0.9:300 --save scores");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });
 }

@@ -78,6 +78,8 @@ void run(const Options &options, const Context &context)
         const int dataset = findDataset(options.dataset);
         const int realization = realizationIndex(dataset, options.realization);
         const int polygons = findGeography(options.polygons);
+        if (!options.into.isEmpty())
+            requireNewDatasetName(polygons, options.into);
         QVector<ZonesAtTime> times;
         {
             const Progress progress("Zonal statistics", "Cutting cells...");

@@ -6,6 +6,7 @@
 #include <optional>
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
+#include "core/project/edit.h"
 #include "core/project/progress.h"
 #include "core/project/text.h"
 #include "datainterface/DataAPI.h"
@@ -111,6 +112,11 @@ QJsonObject describeDataset(int id, const TimeAxis &axis)
         object.insert(QStringLiteral("bits"), props.bitDepth);
     if (!props.isStatic)
         object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
+    const Description description = descriptionOf(id);
+    if (!description.summary.isEmpty())
+        object.insert(QStringLiteral("summary"), description.summary);
+    if (!description.history.isEmpty())
+        object.insert(QStringLiteral("history"), description.history);
     return object;
 }
 
@@ -161,7 +167,7 @@ QJsonObject describeGeography(int id, const QString &at)
          props.metaData.value(QStringLiteral("Projection")).toString()},
         {QStringLiteral("distanceUnit"),
          unitName(props.metaData.value(QStringLiteral("Distance unit")))},
-        {QStringLiteral("history"), props.metaData.value(QStringLiteral("History")).toString()},
+        {QStringLiteral("history"), historyOf(id)},
         {QStringLiteral("bounds"), QJsonArray{props.bounds.left(), props.bounds.top(),
                                               props.bounds.left() + props.bounds.width(),
                                               props.bounds.top() + props.bounds.height()}},

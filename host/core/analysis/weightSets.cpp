@@ -8,6 +8,7 @@
 #include "core/analysis/distanceSets.h"
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
+#include "core/project/edit.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
 #include "datainterface/GeographyAPI.h"
@@ -227,6 +228,39 @@ void requireNewWeightSetName(int geography, const QString &name)
         failUsage(QStringLiteral("a name is not empty"));
     if (geographyOf(geography)->GetSpatialWeightsNames().contains(name))
         fail(QStringLiteral("%1 has a weight set %2 already").arg(geographyName(geography), name));
+}
+
+void renameWeightSet(int set, const QString &name)
+{
+    if (weightSetOf(set).GetName() == name)
+        return;
+    requireNewWeightSetName(set >> 16, name);
+    geographyOf(set >> 16)->RenameSpatialWeightSet(set, name.toUtf8().constData());
+}
+
+int duplicateWeightSet(int set, const QString &name)
+{
+    MGeoData &geography = *geographyOf(set >> 16);
+    const QString own = weightSetOf(set).GetName();
+    const QString copied =
+        name.isEmpty() ? copyName(own, geography.GetSpatialWeightsNames()) : name;
+    requireNewWeightSetName(geography.GetId(), copied);
+    const QList<int> before = geography.GetSpatialWeightsIds();
+    if (!geography.DuplicateSpatialWeightSet(set))
+        fail(QStringLiteral("the weight set %1 could not be copied").arg(own));
+    for (const int id : geography.GetSpatialWeightsIds()) {
+        if (before.contains(id))
+            continue;
+        geography.RenameSpatialWeightSet(id, copied.toUtf8().constData());
+        return id;
+    }
+    fail(QStringLiteral("the weight set %1 could not be copied").arg(own));
+}
+
+void removeWeightSets(const QVector<int> &sets)
+{
+    for (const int id : sets)
+        geographyOf(id >> 16)->RemoveSpatialWeightSet(id);
 }
 
 QString calculatedMark()

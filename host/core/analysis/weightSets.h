@@ -37,6 +37,12 @@ MERIDOR_EXPORT int findWeightSet(const QString &name);
 MERIDOR_EXPORT AdjacencySet &weightSetOf(int id);
 /// Raises a Failure if the name is empty or a set of the geography has it.
 MERIDOR_EXPORT void requireNewWeightSetName(int geography, const QString &name);
+/// Raises a Failure if the name is empty or another set of the geography has it.
+MERIDOR_EXPORT void renameWeightSet(int set, const QString &name);
+/// @param name  empty: one of copyName().
+/// @return the id of the copy.
+MERIDOR_EXPORT int duplicateWeightSet(int set, const QString &name);
+MERIDOR_EXPORT void removeWeightSets(const QVector<int> &sets);
 /// The beginning of the information of a set whose lists the host calculated.
 MERIDOR_EXPORT QString calculatedMark();
 /// The definition of a set, such as "queen neighbours to order 2, weights row".

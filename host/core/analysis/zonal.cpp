@@ -37,6 +37,19 @@ void requireCommonArea(int grid, int polygons)
 
 } // namespace
 
+double ZoneStatistics::*zoneStatistic(const QString &name)
+{
+    QStringList names;
+    for (const ZoneStatistic &known : zoneStatistics()) {
+        if (name == QLatin1String(known.name))
+            return known.field;
+        names.append(QLatin1String(known.name));
+    }
+    failUsage(QStringLiteral("%1 is no statistic of zones; there are: %2")
+                  .arg(name, names.join(QStringLiteral(", "))),
+              "statistic");
+}
+
 QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons, const QVector<Interval> &times,
                                      const Progress &progress, int realization)
 {
@@ -87,15 +100,9 @@ void alignTimes(int dataset, int polygons)
 int keepZonal(const QVector<ZonesAtTime> &times, int dataset, int polygons, const QString &name,
               const QString &statistic)
 {
-    if (VORN_GetDatasetByName(polygons, name) >= 0)
-        fail(QStringLiteral("%1 has a dataset %2 already").arg(geographyName(polygons), name));
+    requireNewDatasetName(polygons, name);
+    double ZoneStatistics::*const field = zoneStatistic(statistic);
     alignTimes(dataset, polygons);
-    double ZoneStatistics::*field = nullptr;
-    for (const ZoneStatistic &known : zoneStatistics())
-        if (statistic == QLatin1String(known.name))
-            field = known.field;
-    if (!field)
-        failUsage(QStringLiteral("%1 is no statistic of zones").arg(statistic), "statistic");
     const int id = VORN_NewVectorDataset(polygons, name, TimeSlice, DecimalType, 1, QString());
     for (const ZonesAtTime &at : times) {
         QVector<double> values;
@@ -106,8 +113,10 @@ int keepZonal(const QVector<ZonesAtTime> &times, int dataset, int polygons, cons
                 missing.insert(i);
         }
         if (missing.size() < values.size()
-            && !VORN_AddDataValues(id, 0, at.when, values, missing, true, false))
+            && !VORN_AddDataValues(id, 0, at.when, values, missing, true, false)) {
+            VORN_RemoveDatasets({id});
             fail(QStringLiteral("dataset %1 does not take its values").arg(name));
+        }
     }
     if (rasterOf(dataset)->IsStatic())
         datasetOf(id)->SetStatic(true);

@@ -23,6 +23,9 @@ struct ZoneStatistic {
 /// The statistics of a zone by their names in options and results.
 MERIDOR_EXPORT const std::array<ZoneStatistic, 6> &zoneStatistics();
 
+/// Raises a Failure of the setting "statistic" for a name that is none of them.
+MERIDOR_EXPORT double ZoneStatistics::*zoneStatistic(const QString &name);
+
 /// Statistics of the grids of `dataset` over the polygons at each of the times. Raises a Failure,
 /// also on a cancel.
 MERIDOR_EXPORT QVector<ZonesAtTime> zonalStatistics(int dataset, int polygons,

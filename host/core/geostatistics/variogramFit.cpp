@@ -93,6 +93,17 @@ public:
         return solve(parameters, sills).squaredNorm();
     }
 
+    double squaresOf(const VariogramModelAtT &model) const
+    {
+        double sum = 0;
+        for (size_t i = 0; i < mBins.size(); ++i) {
+            const LagBin &bin = mBins[i];
+            const double rest = bin.value - model.GetModelValue(bin.lag, bin.direction);
+            sum += std::pow(mRoots[Eigen::Index(i)] * rest, 2);
+        }
+        return sum;
+    }
+
     /// The sum that is 0 at the range of a single isotropic Gaussian structure.
     double gaussianMoment(const VectorXd &parameters) const
     {
@@ -352,6 +363,11 @@ QString doubtOf(const VariogramModelAtT &model, double nearest, double farthest)
     return QString();
 }
 
+bool isNuggetAlone(const FitPlan &plan)
+{
+    return plan.structures == QVector<Type>{VariogramBasicModel::Nugget};
+}
+
 void requireFit(const std::vector<LagBin> &bins, const FitPlan &plan)
 {
     if (plan.structures.isEmpty() || plan.structures.size() > kMostStructures)
@@ -362,11 +378,14 @@ void requireFit(const std::vector<LagBin> &bins, const FitPlan &plan)
         failUsage(QStringLiteral("a nugget is 0 or above"), "nugget");
     int parameters = plan.nugget ? 0 : 1;
     for (const Type type : plan.structures) {
-        if (type == VariogramBasicModel::Nugget)
-            failUsage(QStringLiteral("the nugget is part of every model"), "model");
+        if (type == VariogramBasicModel::Nugget && !isNuggetAlone(plan))
+            failUsage(QStringLiteral("the nugget is part of every model; alone it is a model "
+                                     "without structures"),
+                      "model");
         if (type == VariogramBasicModel::Power && plan.anisotropic)
             failUsage(QStringLiteral("a power structure is isotropic"), "model");
-        parameters += plan.anisotropic ? 4 : 2;
+        if (type != VariogramBasicModel::Nugget)
+            parameters += plan.anisotropic ? 4 : 2;
     }
     if (bins.size() < size_t(parameters))
         fail(QStringLiteral("%1 of pairs %2 too few for %3 parameters")
@@ -381,11 +400,40 @@ void requireFit(const std::vector<LagBin> &bins, const FitPlan &plan)
         fail(QStringLiteral("all values are equal; there is no variogram to fit"));
 }
 
+/// The weighted mean of the semivariances, or the nugget that is fixed.
+FittedModel fitNugget(const std::vector<LagBin> &bins, FitPlan plan)
+{
+    plan.structures.clear();
+    Residuals residuals(bins, plan);
+    FittedModel found;
+    found.model = residuals.model(VectorXd());
+    // Cressie's weights of one value are in proportion to the numbers of pairs: one round settles.
+    if (plan.weights == FitWeights::Cressie) {
+        residuals.setWeights(&found.model);
+        found.model = residuals.model(VectorXd());
+    }
+    found.squares = residuals.squares(VectorXd());
+    found.converged = true;
+    return found;
+}
+
 } // namespace
+
+FittedModel givenModel(const std::vector<LagBin> &bins, const VariogramModelAtT &model,
+                       FitWeights weights)
+{
+    FitPlan plan;
+    plan.weights = weights;
+    Residuals residuals(bins, plan);
+    residuals.setWeights(&model);
+    return {model, residuals.squaresOf(model), true, QString()};
+}
 
 FittedModel fitVariogram(const std::vector<LagBin> &bins, const FitPlan &plan)
 {
     requireFit(bins, plan);
+    if (isNuggetAlone(plan))
+        return fitNugget(bins, plan);
     const auto byLag = [](const LagBin &a, const LagBin &b) { return a.lag < b.lag; };
     const auto ends = std::minmax_element(bins.begin(), bins.end(), byLag);
     Residuals residuals(bins, plan);

@@ -20,7 +20,8 @@ enum class FitWeights : int {
 };
 
 struct FitPlan {
-    /// Without nuggets; at most three.
+    /// At most three, without a nugget, which every model has; a nugget alone is a model without
+    /// structures.
     QVector<VariogramBasicModel::ModelType> structures{VariogramBasicModel::Spherical};
     std::optional<double> nugget; ///< fixed at this value; else fitted, 0 or above
     bool anisotropic = false;     ///< with two ranges and a direction for each structure
@@ -45,5 +46,9 @@ struct FittedModel {
 /// classes than parameters, for classes that are all 0, for more structures than three, and for
 /// anisotropic power structures.
 MERIDOR_EXPORT FittedModel fitVariogram(const std::vector<LagBin> &bins, const FitPlan &plan);
+
+/// A model that is given, as if it had been fitted: with its sum of squares.
+MERIDOR_EXPORT FittedModel givenModel(const std::vector<LagBin> &bins,
+                                      const VariogramModelAtT &model, FitWeights weights);
 
 } // namespace meridor

@@ -1,16 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "core/geostatistics/variogramModels.h"
+#include <QJsonObject>
 #include <QStringList>
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include "core/geostatistics/covariance.h"
 #include "core/geostatistics/normalScores.h"
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
+#include "core/project/edit.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/VariogramAPI.h"
@@ -146,7 +150,9 @@ private:
                          [](const LagBin &bin) { return std::isfinite(bin.value); }))
             fail(QStringLiteral("the differences of the values of %1 are too large for a variogram")
                      .arg(datasetName(mPlan.dataset)));
-        if (mPlan.fits)
+        if (!mPlan.given.structures.isEmpty())
+            result.fitted = givenModel(result.bins, mPlan.given, mPlan.fit.weights);
+        else if (mPlan.fits)
             result.fitted = fitOf(result.bins);
         return result;
     }
@@ -229,11 +235,7 @@ bool generate(VariogramModel &model, const VariogramPlan &request)
     if (!(plan.lags.cutoff > 0))
         plan.lags.cutoff = diagonal / 3;
     plan.lags.width = plan.lags.cutoff / plan.lags.width; // given as a number of classes
-    if (plan.fit.anisotropic) {
-        constexpr double kQuarter = 3.14159265358979323846 / 4;
-        plan.lags.directions = {0, kQuarter, 2 * kQuarter, 3 * kQuarter};
-        plan.lags.tolerance = kQuarter / 2;
-    }
+    completeDirections(plan);
     // The caller in the library has opened the bar.
     const auto meter = [](int percent) {
         if (VORN_Progress::UsingProgressBar() && !VORN_Progress::UpdateProgress(percent, nullptr))
@@ -248,6 +250,20 @@ bool generate(VariogramModel &model, const VariogramPlan &request)
 }
 
 } // namespace
+
+void completeDirections(VariogramPlan &plan)
+{
+    constexpr double kQuarter = 3.14159265358979323846 / 4;
+    const bool isGivenSo = std::any_of(plan.given.structures.begin(), plan.given.structures.end(),
+                                       [](const VariogramBasicModel &structure) {
+                                           return structure.majorRange != structure.minorRange;
+                                       });
+    if (!plan.lags.directions.empty() || !(plan.fit.anisotropic || isGivenSo))
+        return;
+    plan.lags.directions = {0, kQuarter, 2 * kQuarter, 3 * kQuarter};
+    if (plan.lags.tolerance == 0)
+        plan.lags.tolerance = kQuarter / 2;
+}
 
 QVector<VariogramAt> variogramsOf(const VariogramPlan &plan, const Meter &meter)
 {
@@ -277,6 +293,27 @@ VariogramModel modelOf(const VariogramPlan &plan, const QVector<VariogramAt> &fo
     }
     model.fit.doubles[Squares] = squares;
     return model;
+}
+
+VariogramModel projectModel(const QString &name, const VariogramModelAtT &model)
+{
+    using Limits = std::numeric_limits<qint64>;
+    VariogramModel made;
+    made.name = name;
+    made.dataset = DataId();
+    made.centroidModels.insert(TimeStamp(Limits::min(), Limits::max(), true, true), model);
+    return made;
+}
+
+LagPlan lagsOf(const VariogramModel &model)
+{
+    const auto known = [](double value) { return std::isfinite(value) && value > 0 ? value : 0; };
+    LagPlan lags;
+    if (model.estimator >= int(Estimator::Classical) && model.estimator <= int(Estimator::Cross))
+        lags.estimator = static_cast<Estimator>(model.estimator);
+    lags.cutoff = known(model.fit.doubles[Cutoff]);
+    lags.width = known(model.fit.doubles[Width]);
+    return lags;
 }
 
 bool isOfScores(const VariogramModel &model)
@@ -312,23 +349,130 @@ VariogramModel findModel(int dataset, const QString &name)
 
 namespace {
 
-/// @param dataset  -1: of the nonconditional models.
-void removeModel(int dataset, const QString &name)
+QList<int> modelIds(int dataset)
 {
-    MDataset *owner = datasetOf(dataset);
-    VariogramModel model;
-    for (const int id :
-         owner ? owner->GetVariogramModelIds() : controller().GetNonConVariogramModelIds()) {
-        owner ? owner->GetVariogramModel(id, model)
-              : controller().GetNonConVariogramModel(id, model);
-        if (model.name != name)
-            continue;
-        owner ? owner->RemoveVariogramModel(id) : controller().RemoveNonConVariogramModel(id);
-        return;
-    }
+    return dataset < 0 ? controller().GetNonConVariogramModelIds()
+                       : QList<int>(VORN_GetVariogramModelIds(dataset));
+}
+
+QString ownerOfModels(int dataset)
+{
+    return dataset < 0 ? QStringLiteral("the project") : datasetName(dataset);
+}
+
+void requireNewModelName(int dataset, const QString &name)
+{
+    if (name.isEmpty())
+        failUsage(QStringLiteral("a variogram model needs a name"));
+    if (modelNames(dataset).contains(name))
+        fail(QStringLiteral("%1 has a variogram model %2 already")
+                 .arg(ownerOfModels(dataset), name));
 }
 
 } // namespace
+
+bool modelAt(const ModelPlace &place, VariogramModel &model)
+{
+    if (place.dataset < 0)
+        return controller().GetNonConVariogramModel(place.id, model);
+    MDataset *const owner = datasetOf(place.dataset);
+    return owner && owner->GetVariogramModel(place.id, model);
+}
+
+QStringList modelNames(int dataset)
+{
+    QStringList names;
+    VariogramModel model;
+    for (const int id : modelIds(dataset))
+        if (modelAt({dataset, id}, model))
+            names.append(model.name);
+    return names;
+}
+
+ModelPlace placeOfModel(int dataset, const QString &name)
+{
+    const QList<int> ids = modelIds(dataset);
+    const QStringList names = modelNames(dataset);
+    const int found = names.indexOf(name);
+    if (found >= 0)
+        return {dataset, ids[found]};
+    fail(names.isEmpty() ? QStringLiteral("%1 has no variogram models").arg(ownerOfModels(dataset))
+                         : QStringLiteral("%1 has no variogram model %2; there are: %3")
+                               .arg(ownerOfModels(dataset), name, someOf(names)));
+}
+
+void renameModel(const ModelPlace &place, const QString &name)
+{
+    VariogramModel model;
+    if (!modelAt(place, model) || model.name == name)
+        return;
+    requireNewModelName(place.dataset, name);
+    model.name = name;
+    if (place.dataset < 0)
+        controller().ReplaceNonConVariogramModel(model);
+    else
+        geographyOf(VORN_GetGeographyId(place.dataset))
+            ->GetDataSource()
+            ->ReplaceVariogramModel(place.dataset, model);
+}
+
+ModelPlace duplicateModel(const ModelPlace &place, const QString &name)
+{
+    VariogramModel model;
+    if (!modelAt(place, model))
+        fail(QStringLiteral("there is no such variogram model"));
+    model.name = name.isEmpty() ? copyName(model.name, modelNames(place.dataset)) : name;
+    requireNewModelName(place.dataset, model.name);
+    storeModel(model);
+    return placeOfModel(place.dataset, model.name);
+}
+
+void removeModels(const QVector<ModelPlace> &places)
+{
+    for (const ModelPlace &place : places) {
+        if (place.dataset < 0)
+            controller().RemoveNonConVariogramModel(place.id);
+        else if (MDataset *const owner = datasetOf(place.dataset))
+            owner->RemoveVariogramModel(place.id);
+    }
+}
+
+namespace {
+
+QJsonObject describeModel(const VariogramModel &model, int dataset)
+{
+    QJsonArray times;
+    for (auto at = model.centroidModels.begin(); at != model.centroidModels.end(); ++at) {
+        QJsonObject one{{QStringLiteral("model"), structuresText(*at)}};
+        if (dataset >= 0 && !datasetOf(dataset)->IsStatic())
+            one.insert(QStringLiteral("time"),
+                       axisOf(VORN_GetGeographyId(dataset)).show(Interval(at.key())));
+        times.append(one);
+    }
+    QJsonObject object{{QStringLiteral("name"), model.name}, {QStringLiteral("times"), times}};
+    if (dataset >= 0)
+        object.insert(QStringLiteral("dataset"),
+                      QString(geographyName(VORN_GetGeographyId(dataset)) + QLatin1Char('/')
+                              + datasetName(dataset)));
+    return object;
+}
+
+} // namespace
+
+QJsonArray describeModels()
+{
+    QVector<int> owners;
+    for (const int geography : geographyIds())
+        owners += datasetIds(geography);
+    owners.append(-1);
+    QJsonArray models;
+    VariogramModel model;
+    for (const int owner : owners)
+        for (const int id : modelIds(owner))
+            if (modelAt({owner, id}, model))
+                models.append(describeModel(model, owner));
+    return models;
+}
 
 VariogramModelAtT structuresAt(const VariogramModel &model, qint64 time)
 {
@@ -356,12 +500,13 @@ void storeModel(VariogramModel model, bool replaces)
     if (model.name.isEmpty())
         failUsage(QStringLiteral("a variogram model needs a name"), "save");
     const bool conditional = datasetOf(model.dataset) != nullptr;
-    const QList<QString> taken = conditional ? datasetOf(model.dataset)->GetVariogramModelNames()
-                                             : controller().GetNonConVariogramModelNames();
-    if (taken.contains(model.name) && !replaces)
-        fail(QStringLiteral("there is a variogram model %1 already").arg(model.name), "replace");
-    if (taken.contains(model.name))
-        removeModel(model.dataset, model.name);
+    const int owner = conditional ? int(model.dataset) : -1;
+    if (modelNames(owner).contains(model.name)) {
+        if (!replaces)
+            fail(QStringLiteral("there is a variogram model %1 already").arg(model.name),
+                 "replace");
+        removeModels({placeOfModel(owner, model.name)});
+    }
     if (!conditional)
         controller().AddNonConVariogramModel(model);
     else if (!datasetOf(model.dataset)->AddVariogramModel(model, true))

@@ -10,6 +10,8 @@
 namespace meridor {
 namespace {
 
+const QString kHistory = QStringLiteral("History");
+
 void requireName(const QString &name)
 {
     if (name.isEmpty())
@@ -51,6 +53,39 @@ void removeGeographies(const QVector<int> &geographies)
 {
     for (const int id : geographies)
         controller().RemoveGeography(id);
+}
+
+Description descriptionOf(int dataset)
+{
+    MDataset *const described = datasetOf(dataset);
+    return {described->GetShortDescription(), described->GetLongDescription()};
+}
+
+void setDescription(int dataset, const Description &description)
+{
+    if (!VORN_SetShortDescription(dataset, description.summary)
+        || !VORN_SetLongDescription(dataset, description.history))
+        fail(QStringLiteral("the description of %1 cannot be changed").arg(datasetName(dataset)));
+}
+
+QString historyOf(int geography)
+{
+    return geographyOf(geography)->GetMetaData()[kHistory].toString();
+}
+
+void setHistory(int geography, const QString &history)
+{
+    if (!geographyOf(geography)->GetMetaData().setTag(kHistory, history))
+        fail(QStringLiteral("the history of %1 cannot be changed").arg(geographyName(geography)));
+}
+
+QString copyName(const QString &base, const QStringList &taken)
+{
+    const QString first = base + QStringLiteral(" copy");
+    QString name = first;
+    for (int i = 2; taken.contains(name); ++i)
+        name = QStringLiteral("%1 %2").arg(first).arg(i);
+    return name;
 }
 
 } // namespace meridor

@@ -31,6 +31,12 @@ bool InputFile::openForReading()
         setErrorString(systemError());
         return false;
     }
+    // A device may have no end. A terminal ends with what is typed.
+    if (S_ISBLK(info.st_mode) || (S_ISCHR(info.st_mode) && ::isatty(handle) == 0)) {
+        ::close(handle);
+        setErrorString(QStringLiteral("is a device and no file"));
+        return false;
+    }
     mIsStream = !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode);
     ::fcntl(handle, F_SETFL, ::fcntl(handle, F_GETFL) & ~O_NONBLOCK);
     return QFile::open(handle, QIODevice::ReadOnly | QIODevice::Unbuffered,

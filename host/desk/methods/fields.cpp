@@ -38,7 +38,7 @@ void addOptions(QStringList &line, const MethodArguments &arguments,
     for (const char *const name : names) {
         const QString value = arguments.text(QLatin1String(name));
         if (!value.isEmpty())
-            line << QLatin1String("--") + QLatin1String(name) << value;
+            line += optionWords(QLatin1String("--") + QLatin1String(name), value);
     }
 }
 

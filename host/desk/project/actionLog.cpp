@@ -32,6 +32,13 @@ QString commandText(const QStringList &arguments)
     return shellLine(QStringList{QStringLiteral("meridor")} + arguments);
 }
 
+QStringList optionWords(const QString &option, const QString &value)
+{
+    if (value.startsWith(QLatin1Char('-')))
+        return {option + QLatin1Char('=') + value};
+    return {option, value};
+}
+
 QString ActionLog::Line::text() const
 {
     return words.isEmpty() ? QLatin1String("# ") + comment : shellLine(words);

@@ -14,6 +14,10 @@ QString shellWord(const QString &text);
 /// "meridor" and the words after it, quoted.
 QString commandText(const QStringList &arguments);
 
+/// An option and its value as words, from which the value is read as it is, also if it begins with a
+/// hyphen.
+QStringList optionWords(const QString &option, const QString &value);
+
 /// Command lines change the file of a project, while the user changes it in memory first. So the lines
 /// since the last save follow what becomes of the changes: they name the file that the project is
 /// saved as, or become comments if the changes are given up.

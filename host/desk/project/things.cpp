@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "desk/project/things.h"
+#include <algorithm>
 #include "core/analysis/convertDataset.h"
 #include "core/analysis/weightSets.h"
+#include "core/geostatistics/variogramModels.h"
 #include "core/project/catalog.h"
 #include "core/project/edit.h"
 #include "core/project/failure.h"
@@ -16,8 +18,6 @@
 
 namespace meridor {
 namespace {
-
-const QString kHistory = QStringLiteral("History");
 
 QString text(const char *source)
 {
@@ -35,57 +35,54 @@ VariogramModelProps modelOf(const Thing &thing)
                            : VORN_GetVariogramModelProperties(thing.owner, thing.id);
 }
 
-/// The names of things in command lines.
-QString wordOf(const Thing &thing)
+ModelPlace placeOf(const Thing &thing)
+{
+    return {thing.owner, thing.id};
+}
+
+QString wordOfDataset(int dataset)
+{
+    return geographyName(VORN_GetGeographyId(dataset)) + QLatin1Char('/') + datasetName(dataset);
+}
+
+/// A thing in command lines: its name, and the options that tell its kind.
+struct Words {
+    QString name;
+    QStringList options;
+};
+
+Words wordsOf(const Thing &thing)
 {
     const QString name = nameOf(thing);
-    return thing.kind == Thing::Geography
-               ? name
-               : geographyName(geographyOfThing(thing)) + QLatin1Char('/') + name;
-}
-
-/// Notes a change that meridor has no verb for.
-void remark(Workspace &workspace, const QString &what)
-{
-    workspace.log().remark(text("No command line does the same: %1").arg(what));
-    workspace.markDirty();
-}
-
-void note(Workspace &workspace, const QStringList &line)
-{
-    workspace.log().did(line);
-    workspace.markDirty();
-}
-
-void renameSet(int set, const QString &name)
-{
-    MGeoData *const geography = geographyOf(setGeography(set));
-    if (weightSetOf(set).GetName() != name)
-        requireNewWeightSetName(geography->GetId(), name);
-    geography->RenameSpatialWeightSet(set, name.toUtf8().constData());
-}
-
-void renameModel(const Thing &thing, const QString &name)
-{
-    if (name.isEmpty())
-        fail(text("a name is not empty"));
-    VariogramModel model;
-    if (thing.owner < 0) {
-        if (controller().GetNonConVariogramModelNames().contains(name))
-            fail(text("the project has a model %1 already").arg(name));
-        controller().GetNonConVariogramModel(thing.id, model);
-        model.name = name;
-        controller().ReplaceNonConVariogramModel(model);
-        return;
+    switch (thing.kind) {
+    case Thing::Geography:
+        return {name, {QStringLiteral("--geography")}};
+    case Thing::WeightSet:
+        return {geographyName(setGeography(thing.id)) + QLatin1Char('/') + name,
+                {QStringLiteral("--weights")}};
+    case Thing::Model:
+        if (thing.owner < 0)
+            return {name, {QStringLiteral("--model")}};
+        return {
+            name,
+            {QStringLiteral("--model"), QStringLiteral("--dataset=") + wordOfDataset(thing.owner)}};
+    default:
+        return {wordOfDataset(thing.id), {}};
     }
-    MDataSource *const source = geographyOf(geographyOfThing(thing))->GetDataSource();
-    QList<QString> names;
-    source->GetVariogramModelNames(thing.owner, names);
-    if (names.contains(name))
-        fail(text("%1 has a model %2 already").arg(datasetName(thing.owner), name));
-    source->GetVariogramModel(thing.owner, thing.id, model);
-    model.name = name;
-    source->ReplaceVariogramModel(thing.owner, model);
+}
+
+/// Notes the command line of a change. Names that begin with a hyphen are told from options.
+void note(Workspace &workspace, const char *verb, const QStringList &options,
+          const QStringList &names)
+{
+    const bool looksLikeOption = std::any_of(names.begin(), names.end(), [](const QString &name) {
+        return name.startsWith(QLatin1Char('-'));
+    });
+    const QStringList words = QStringList{workspace.commandPath()} + names;
+    workspace.log().did(QStringList{QLatin1String(verb)}
+                        + (looksLikeOption ? options + QStringList{QStringLiteral("--")} + words
+                                           : words + options));
+    workspace.markDirty();
 }
 
 void removeThing(Workspace &workspace, const Thing &thing)
@@ -98,15 +95,10 @@ void removeThing(Workspace &workspace, const Thing &thing)
         removeDatasets({thing.id}, workspace.host().notes());
         break;
     case Thing::WeightSet:
-        geographyOf(setGeography(thing.id))->RemoveSpatialWeightSet(thing.id);
+        removeWeightSets({thing.id});
         break;
     case Thing::Model:
-        if (thing.owner < 0)
-            controller().RemoveNonConVariogramModel(thing.id);
-        else
-            geographyOf(geographyOfThing(thing))
-                ->GetDataSource()
-                ->RemoveVariogramModel(thing.owner, thing.id);
+        removeModels({placeOf(thing)});
         break;
     case Thing::None:
         break;
@@ -135,24 +127,6 @@ QString shapesText(const GeoProps &props)
     if (props.type == GeoProps::Raster)
         return gridText(props);
     return text("%1 %2").arg(props.objectCount).arg(QLatin1String(shapeName(props.type)));
-}
-
-void noteCopy(Workspace &workspace, const Thing &thing, const Thing &copy)
-{
-    if (thing.kind == Thing::Dataset)
-        note(workspace,
-             {QStringLiteral("convert"), workspace.commandPath(), wordOf(thing), nameOf(copy)});
-    else
-        remark(workspace,
-               text("copy the %1 %2 as %3").arg(kindText(thing.kind), wordOf(thing), nameOf(copy)));
-}
-
-template <class Ids> int newest(const Ids &before, const Ids &after)
-{
-    for (const int id : after)
-        if (!before.contains(id))
-            return id;
-    return -1;
 }
 
 } // namespace
@@ -234,28 +208,20 @@ bool renameThing(Workspace &workspace, const Thing &thing, const QString &name)
 {
     if (nameOf(thing) == name)
         return true;
-    const QString before = wordOf(thing);
+    const Words before = wordsOf(thing);
     const bool done = workspace.look([&] {
         if (thing.kind == Thing::Geography)
             renameGeography(thing.id, name);
         else if (thing.kind == Thing::Dataset)
             renameDataset(thing.id, name);
         else if (thing.kind == Thing::WeightSet)
-            renameSet(thing.id, name);
+            renameWeightSet(thing.id, name);
         else
-            renameModel(thing, name);
+            renameModel(placeOf(thing), name);
     });
-    if (!done)
-        return false;
-    if (thing.kind == Thing::WeightSet || thing.kind == Thing::Model) {
-        remark(workspace, text("rename %1 to %2").arg(before, name));
-        return true;
-    }
-    QStringList line{QStringLiteral("rename"), workspace.commandPath(), before, name};
-    if (thing.kind == Thing::Geography)
-        line.append(QStringLiteral("--geography"));
-    note(workspace, line);
-    return true;
+    if (done)
+        note(workspace, "rename", before.options, {before.name, name});
+    return done;
 }
 
 bool removeThings(Workspace &workspace, const QVector<Thing> &things)
@@ -264,22 +230,12 @@ bool removeThings(Workspace &workspace, const QVector<Thing> &things)
     for (const Thing &thing : things) {
         if (!exists(thing)) // gone with one before
             continue;
-        const QString word = wordOf(thing);
+        const Words words = wordsOf(thing);
         const bool done =
             workspace.run(text("Remove"), [&](const Progress &) { removeThing(workspace, thing); });
         isDone = isDone && done;
-        if (!done)
-            continue;
-        if (thing.kind == Thing::Model)
-            remark(workspace, text("remove the model %1").arg(word));
-        else if (thing.kind == Thing::WeightSet)
-            note(workspace, {QStringLiteral("weights"), QStringLiteral("remove"),
-                             workspace.commandPath(), word});
-        else if (thing.kind == Thing::Dataset)
-            note(workspace, {QStringLiteral("remove"), workspace.commandPath(), word});
-        else
-            note(workspace, {QStringLiteral("remove"), workspace.commandPath(), word,
-                             QStringLiteral("--geography")});
+        if (done)
+            note(workspace, "remove", words.options, {words.name});
     }
     return isDone;
 }
@@ -288,45 +244,35 @@ Thing duplicateThing(Workspace &workspace, const Thing &thing)
 {
     Thing copy;
     workspace.run(text("Duplicate"), [&](const Progress &) {
-        MGeoData *const geography = geographyOf(geographyOfThing(thing));
         if (thing.kind == Thing::Dataset) {
             const QString name =
-                controller().GetUniqueDatasetName(geography->GetId(), nameOf(thing));
+                controller().GetUniqueDatasetName(geographyOfThing(thing), nameOf(thing));
             copy = {Thing::Dataset, copyDataset(thing.id, name), -1};
         } else if (thing.kind == Thing::WeightSet) {
-            const QList<int> before = geography->GetSpatialWeightsIds();
-            geography->DuplicateSpatialWeightSet(thing.id);
-            copy = {Thing::WeightSet, newest(before, geography->GetSpatialWeightsIds()), -1};
-        } else if (thing.kind == Thing::Model && thing.owner < 0) {
-            const QList<int> before = controller().GetNonConVariogramModelIds();
-            controller().DuplicateNonConVariogramModel(thing.id);
-            copy = {Thing::Model, newest(before, controller().GetNonConVariogramModelIds()), -1};
+            copy = {Thing::WeightSet, duplicateWeightSet(thing.id, QString()), -1};
         } else if (thing.kind == Thing::Model) {
-            const QList<int> before = VORN_GetVariogramModelIds(thing.owner);
-            geography->GetDataSource()->DuplicateVariogramModel(thing.owner, thing.id);
-            copy = {Thing::Model, newest(before, VORN_GetVariogramModelIds(thing.owner)),
-                    thing.owner};
+            const ModelPlace made = duplicateModel(placeOf(thing), QString());
+            copy = {Thing::Model, made.id, made.dataset};
         } else {
             fail(text("a geography is not copied; \"meridor subset\" makes one of another"));
         }
     });
-    if (copy.kind != Thing::None)
-        noteCopy(workspace, thing, copy);
+    if (copy.kind == Thing::None)
+        return copy;
+    const Words words = wordsOf(thing);
+    note(workspace, "duplicate", words.options, {words.name, nameOf(copy)});
     return copy;
 }
 
 Description descriptionOf(const Thing &thing)
 {
-    Description found;
-    if (thing.kind == Thing::Dataset) {
-        MDataset *const dataset = datasetOf(thing.id);
-        found = {dataset->GetShortDescription(), dataset->GetLongDescription()};
-    } else if (thing.kind == Thing::Geography) {
-        found.history = geographyOf(thing.id)->GetMetaData()[kHistory].toString();
-    } else if (thing.kind == Thing::WeightSet) {
-        found = {describe(weightSetOf(thing.id)), weightSetOf(thing.id).GetInformation()};
-    }
-    return found;
+    if (thing.kind == Thing::Dataset)
+        return descriptionOf(thing.id);
+    if (thing.kind == Thing::Geography)
+        return {QString(), historyOf(thing.id)};
+    if (thing.kind == Thing::WeightSet)
+        return {describe(weightSetOf(thing.id)), weightSetOf(thing.id).GetInformation()};
+    return {};
 }
 
 bool describeThing(Workspace &workspace, const Thing &thing, const Description &description)
@@ -335,18 +281,22 @@ bool describeThing(Workspace &workspace, const Thing &thing, const Description &
     if (before.summary == description.summary && before.history == description.history)
         return true;
     const bool done = workspace.look([&] {
-        bool isKept = false;
         if (thing.kind == Thing::Dataset)
-            isKept = VORN_SetShortDescription(thing.id, description.summary)
-                     && VORN_SetLongDescription(thing.id, description.history);
+            setDescription(thing.id, description);
         else if (thing.kind == Thing::Geography)
-            isKept = geographyOf(thing.id)->GetMetaData().setTag(kHistory, description.history);
-        if (!isKept)
-            fail(text("the description of %1 cannot be changed").arg(nameOf(thing)));
+            setHistory(thing.id, description.history);
+        else
+            fail(text("a %1 has no description that can be changed").arg(kindText(thing.kind)));
     });
-    if (done)
-        remark(workspace, text("describe %1").arg(wordOf(thing)));
-    return done;
+    if (!done)
+        return false;
+    Words words = wordsOf(thing);
+    if (before.summary != description.summary)
+        words.options += optionWords(QStringLiteral("--summary"), description.summary);
+    if (before.history != description.history)
+        words.options += optionWords(QStringLiteral("--history"), description.history);
+    note(workspace, "describe", words.options, {words.name});
+    return true;
 }
 
 } // namespace meridor

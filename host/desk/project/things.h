@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// What a project holds, as a user names it, and the changes that a user makes to it. Each change
-/// marks the project and notes its command line, or that none does the same.
+/// marks the project and notes its command line.
 #pragma once
 #include <QString>
 #include <QVector>
+#include "core/project/edit.h"
 
 namespace meridor {
 
@@ -36,10 +37,6 @@ Thing duplicateThing(Workspace &workspace, const Thing &thing);
 
 /// The one-line description and the history of a dataset; the history of a geography, the
 /// information of a weight set.
-struct Description {
-    QString summary;
-    QString history;
-};
 Description descriptionOf(const Thing &thing);
 bool describeThing(Workspace &workspace, const Thing &thing, const Description &description);
 

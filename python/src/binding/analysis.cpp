@@ -79,6 +79,9 @@ py::list zonalOf(int dataset, int realization, int polygons, const py::iterable 
         requireGeography(polygons);
         if (VORN_GetGeographyProperties(polygons).type != GeoProps::Polygons)
             fail(QStringLiteral("%1 has no polygons").arg(geographyName(polygons)));
+        zoneStatistic(statistic);
+        if (!store.isEmpty())
+            requireNewDatasetName(polygons, store);
         const Progress bar("Zones", "Summing up...");
         const auto zones = zonalStatistics(
             dataset, polygons, dataTimesAt(dataset, wanted, realization), bar, realization);
