@@ -247,6 +247,7 @@ private Q_SLOTS:
         row({"query", "p.vorn", "drawn", "--rect", "-2,41,1,43"}, "cells/0/value");
         row({"export", "p.vorn", "out.tif", "--datasets", "drawn"}, "");
         row({"map", "p.vorn", "drawn", "out.svg"}, "");
+        row({"report", "p.vorn", "out.html"}, "");
     }
     void readsOneOfSeveralRealizations()
     {

@@ -85,6 +85,7 @@ void addReport(const Command &app, Context &context)
     command.text("--datasets", options->datasets,
                  "Only these datasets, separated by commas; the first one is shown first "
                  "(default: all)");
+    realizationOption(command, options->plan.realization);
     command.text("--times", options->times,
                  "Only these times and spans, separated by commas (default: all)");
     command.text("--maps", options->sideMaps,

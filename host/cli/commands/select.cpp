@@ -14,15 +14,17 @@ namespace {
 struct Options {
     QString project;
     ObjectChoice choice;
+    int realization = 1;
 };
 
-void run(const Options &options, const Context &context)
+void run(Options options, const Context &context)
 {
     Session session(context.session, context.user);
     session.loadPacked(options.project);
     const int dataset = findDataset(options.choice.dataset);
     const int geography = VORN_GetGeographyId(dataset);
-    const qint64 time = chooseTime(dataset, options.choice.at);
+    options.choice.realization = realizationIndex(dataset, options.realization);
+    const qint64 time = chooseTime(dataset, options.choice.at, options.choice.realization);
     const QStringList keys = objectKeys(geography);
     const QStringList names = objectNames(geography, time);
     QJsonArray objects;
@@ -34,7 +36,8 @@ void run(const Options &options, const Context &context)
     for (const int object : chosenObjects(geography, options.choice)) {
         stopIfCancelled();
         datum value;
-        VORN_GetDataValue(dataset, 0, static_cast<unsigned int>(object), time, value);
+        VORN_GetDataValue(dataset, options.choice.realization, static_cast<unsigned int>(object),
+                          time, value);
         if (context.console.json) {
             QJsonObject entry{{QStringLiteral("object"), keys[object]},
                               {QStringLiteral("value"), jsonValue(value)}};
@@ -65,6 +68,7 @@ void addSelect(const Command &app, Context &context)
     projectArgument(command, options->project);
     datasetArgument(command, options->choice.dataset);
     valueOptions(command, options->choice);
+    realizationOption(command, options->realization);
     command.footer("Example:\n  meridor select income.vorn income --min 40000 --at 2009");
     command.chosen(
         [options, &context] { context.run = [options](const Context &c) { run(*options, c); }; });

@@ -17,9 +17,10 @@ struct Options {
     EditTarget target;
     QString name;
     ObjectChoice choice;
+    int realization = 1;
 };
 
-void run(const Options &options, const Context &context)
+void run(Options options, const Context &context)
 {
     QString parent;
     QStringList keys;
@@ -29,6 +30,11 @@ void run(const Options &options, const Context &context)
         for (const int other : geographyIds())
             if (geographyName(other) == options.name)
                 fail(QStringLiteral("the project has a geography %1 already").arg(options.name));
+        if (!options.choice.dataset.isEmpty())
+            options.choice.realization = realizationIndex(
+                options.choice.geography.isEmpty() ? findDataset(options.choice.dataset)
+                                                   : findDataset(geography, options.choice.dataset),
+                options.realization);
         const QVector<int> objects = chosenObjects(geography, options.choice);
         if (objects.isEmpty())
             fail(QStringLiteral("no object of %1 is like that").arg(geographyName(geography)));
@@ -64,6 +70,7 @@ void addSubset(const Command &app, Context &context)
         .partedBy(',');
     command.text("--where", options->choice.dataset, "Objects by their value in this dataset");
     valueOptions(command, options->choice);
+    realizationOption(command, options->realization);
     command.flag("--existing", options->choice.existing, "Objects that exist at --at");
     targetOptions(command, options->target, context);
     command.footer("Example:\n  meridor subset income.vorn \"rich states\" --where income --min "

@@ -66,16 +66,17 @@ QVector<int> selected(MAttributes &attributes)
     return objects;
 }
 
-QVector<int> byValue(int dataset, qint64 time, const QStringList &texts)
+QVector<int> byValue(int dataset, int realization, qint64 time, const QStringList &texts)
 {
     const int geography = VORN_GetGeographyId(dataset);
     MAttributes &attributes = attributesOf(geography);
     geographyOf(geography)->SelectObjectsByValue(
-        dataset, 0, time, wantedValues(*datasetOf(dataset), texts), kSelected);
+        dataset, realization, time, wantedValues(*datasetOf(dataset), texts), kSelected);
     return selected(attributes);
 }
 
-QVector<int> byRange(int dataset, qint64 time, const QString &low, const QString &high)
+QVector<int> byRange(int dataset, int realization, qint64 time, const QString &low,
+                     const QString &high)
 {
     if (!datasetOf(dataset)->IsNumeric())
         fail(QStringLiteral("%1 holds texts, which have no range").arg(datasetName(dataset)),
@@ -88,7 +89,7 @@ QVector<int> byRange(int dataset, qint64 time, const QString &low, const QString
                   "max");
     const int geography = VORN_GetGeographyId(dataset);
     MAttributes &attributes = attributesOf(geography);
-    geographyOf(geography)->SelectObjectsByRange(dataset, 0, time, from, to, kSelected);
+    geographyOf(geography)->SelectObjectsByRange(dataset, realization, time, from, to, kSelected);
     return selected(attributes);
 }
 
@@ -138,11 +139,12 @@ QVector<int> chosenObjects(int geography, const ObjectChoice &choice)
     if (!choice.dataset.isEmpty()) {
         const int dataset = choice.geography.isEmpty() ? findDataset(choice.dataset)
                                                        : findDataset(geography, choice.dataset);
-        const qint64 time = chooseTime(dataset, choice.at);
+        const qint64 time = chooseTime(dataset, choice.at, choice.realization);
         if (!choice.values.isEmpty())
-            objects = both(objects, byValue(dataset, time, choice.values));
+            objects = both(objects, byValue(dataset, choice.realization, time, choice.values));
         if (range)
-            objects = both(objects, byRange(dataset, time, choice.low, choice.high));
+            objects =
+                both(objects, byRange(dataset, choice.realization, time, choice.low, choice.high));
     }
     if (choice.existing)
         objects = both(objects, objectsAt(geography, existenceTime(geography, choice)));

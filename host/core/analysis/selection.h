@@ -15,7 +15,8 @@ struct ObjectChoice {
     QStringList values;
     QString low;
     QString high;
-    QString at; ///< time of the values and of existence; empty: the last of the dataset
+    int realization = 0; ///< of `dataset`, from 0
+    QString at;          ///< time of the values and of existence; empty: the last of the dataset
     bool existing = false;
 };
 

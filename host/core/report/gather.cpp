@@ -64,7 +64,8 @@ public:
             mShown.shapes = gatherShapes(mId, mShown.steps, mPlan.simplify, &stopIfCancelled);
         }
         for (const int dataset : mDatasets) {
-            ReportLayer layer = gatherLayer(dataset, mShown, &stopIfCancelled);
+            ReportLayer layer =
+                gatherLayer(dataset, realizationOf(dataset), mShown, &stopIfCancelled);
             if (!layer.rows.isEmpty())
                 mShown.layers.append(layer);
         }
@@ -89,6 +90,12 @@ private:
                   });
     }
 
+    int realizationOf(int dataset) const
+    {
+        return std::min(mPlan.realization, std::max(1, datasetOf(dataset)->GetRealizationCount()))
+               - 1;
+    }
+
     /// Adds the times at which datasets have values, and those at which objects change.
     void addSteps()
     {
@@ -99,7 +106,7 @@ private:
         QVector<Interval> times;
         for (const int dataset : mDatasets)
             if (!datasetOf(dataset)->IsStatic())
-                times += dataTimes(dataset);
+                times += dataTimes(dataset, realizationOf(dataset));
         QVector<Interval> changes;
         if (!mIsGrid && !mProps.isStatic)
             VORN_GetAllObjectTimes(mId, changes);
@@ -369,7 +376,8 @@ private:
         plan.permutations = mPlan.permutations;
         plan.seed = mPlan.seed;
         QVector<int> steps;
-        const QVector<Interval> times = dataTimes(dataset);
+        plan.realization = realizationOf(dataset);
+        const QVector<Interval> times = dataTimes(dataset, plan.realization);
         for (int step = 0; step < mShown.steps.size() && !values.IsStatic(); ++step)
             if (times.contains(mShown.steps[step].when)) {
                 plan.times.append(mShown.steps[step].when);
@@ -439,6 +447,16 @@ void requireTimes(const ReportPlan &plan, const QVector<QPair<int, QVector<int>>
                       plan.times.contains(text) ? "times" : "maps");
 }
 
+/// Raises a Failure for a realization that a dataset with several does not have, or that none has.
+void requireRealization(const ReportPlan &plan, const QVector<QPair<int, QVector<int>>> &chosen)
+{
+    QVector<int> all;
+    for (const auto &entry : chosen)
+        all += entry.second;
+    for (const int dataset : std::as_const(all))
+        realizationIndex(dataset, plan.realization, all);
+}
+
 /// Raises a Failure for datasets beside each other, or with the same classes, that are not in the
 /// report.
 void requireShown(const ReportPlan &plan, const QVector<QPair<int, QVector<int>>> &chosen)
@@ -463,6 +481,7 @@ ReportProject gatherReport(const ReportPlan &plan)
     const auto chosen = chosenDatasets(plan);
     requireTimes(plan, chosen);
     requireShown(plan, chosen);
+    requireRealization(plan, chosen);
     const QFileInfo file(plan.project);
     ReportProject report;
     report.title = plan.title.isEmpty() ? file.completeBaseName() : plan.title;

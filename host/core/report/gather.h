@@ -12,6 +12,8 @@ struct ReportPlan {
     /// DATASET or GEOGRAPHY/DATASET; empty: all. The page of a geography opens on the first one
     /// that is named.
     QStringList datasets;
+    /// From 1, of the datasets that have several.
+    int realization = 1;
     QStringList times; ///< times and spans of the slider; empty: all
     /// Times of the small maps side by side, of grids and of polygons that change; empty: four are
     /// chosen for such polygons.

@@ -118,7 +118,8 @@ LayerView plainView(int dataset, const ReportLayer &layer)
     const int different = VORN_GetUniqueDataCount(dataset, capped);
     const bool jenks = different > 0 && different < kMostForJenks && !capped;
     QVector<double> breaks =
-        jenks ? breaksOfAll(dataset, MDataset::Jenks, kClasses) : quantiles(layer.rows);
+        jenks ? breaksOfAll(dataset, MDataset::Jenks, kClasses, layer.realization - 1)
+              : quantiles(layer.rows);
     breaks.erase(std::unique(breaks.begin(), breaks.end()), breaks.end());
     if (breaks.size() == 1)
         breaks.append(breaks.first());
@@ -220,22 +221,23 @@ void chooseCells(int geography, int times, ReportGeography &shown)
     }
 }
 
-ReportLayer gatherLayer(int dataset, const ReportGeography &shown,
+ReportLayer gatherLayer(int dataset, int realization, const ReportGeography &shown,
                         const std::function<void()> &stop)
 {
     const int geography = VORN_GetGeographyId(dataset);
     const DatasetProps props = VORN_GetDatasetProperties(dataset);
     ReportLayer layer;
     layer.name = datasetName(dataset);
+    layer.realization = realization + 1;
     layer.type = typeText(props);
-    if (const QString shownOne = realizationText(dataset, 0); !shownOne.isEmpty())
+    if (const QString shownOne = realizationText(dataset, realization); !shownOne.isEmpty())
         layer.type += QStringLiteral(", ") + shownOne;
     layer.always = props.isStatic;
     layer.isText = !rasterOf(dataset) && !datasetOf(dataset)->IsNumeric();
     QVector<QStringList> texts;
     const auto add = [&](qint64 time) {
         stop();
-        ValuesAt values = valuesAt(dataset, time);
+        ValuesAt values = valuesAt(dataset, time, realization);
         const QSet<int> missing = values.missing;
         if (layer.isText) {
             for (const int object : missing)
@@ -252,7 +254,7 @@ ReportLayer gatherLayer(int dataset, const ReportGeography &shown,
                               values.numbers, VORN_GetGeographyProperties(geography).columns, shown)
                                             : values.numbers);
     };
-    const QVector<Interval> times = dataTimes(dataset);
+    const QVector<Interval> times = dataTimes(dataset, realization);
     if (layer.always && !times.isEmpty())
         add(instantOf(times.first()));
     for (int step = 0; step < shown.steps.size() && !layer.always; ++step)

@@ -32,6 +32,7 @@ struct ReportLayer {
     QString type;
     bool isText = false;
     bool always = false;
+    int realization = 1;           ///< the one that is shown
     QVector<int> steps;            ///< indices of the geography's steps
     QVector<QVector<double>> rows; ///< by object; NaN: missing; for texts an index of `words`
     QStringList words;
