@@ -50,6 +50,7 @@ void selectByValue(Workspace &workspace, const MethodArguments &arguments, Metho
         fail(methodText("neither values nor limits are given"));
     if (!datasetOf(dataset)->IsStatic())
         choice.at = timeText(workspace, geography);
+    choice.realization = realizationIndex(dataset, arguments.whole(QStringLiteral("realization")));
     QVector<unsigned int> objects;
     for (const int object : chosenObjects(geography, choice))
         objects.append(static_cast<unsigned int>(object));
@@ -70,6 +71,8 @@ QStringList valueLine(Workspace &workspace, const MethodArguments &arguments)
         line << value.trimmed();
     if (!datasetOf(dataset)->IsStatic())
         line << QStringLiteral("--at") << timeText(workspace, VORN_GetGeographyId(dataset));
+    if (arguments.whole(QStringLiteral("realization")) > 1)
+        addOptions(line, arguments, {"realization"});
     return line;
 }
 
@@ -123,6 +126,7 @@ Method valueSelectionMethod()
              text("max", methodText("To"), methodText("Empty: no upper limit")),
              text("values", methodText("Or one of these values"),
                   methodText("Separated by semicolons")),
+             whole("realization", methodText("Realization"), 1, 1, 1000000),
              choice("mode", methodText("Selection"), {"replace", "add", "toggle"})},
             selectByValue,
             valueLine,

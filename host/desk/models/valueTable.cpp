@@ -38,7 +38,7 @@ ValueTable::ValueTable(Workspace &workspace, int geography, QObject *parent)
     });
 }
 
-void ValueTable::load(qint64 time)
+void ValueTable::load(qint64 time, const std::function<int(int dataset)> &realizationOf)
 {
     QVector<int> objects = objectsAt(mGeography, shapeTime(mGeography, time));
     if (objects.size() > kMostRows)
@@ -47,6 +47,7 @@ void ValueTable::load(qint64 time)
                  .arg(objects.size()));
     beginResetModel();
     mTime = time;
+    mRealizationOf = realizationOf;
     mObjects = std::move(objects);
     makeColumns({});
     mIsLoading = true;
@@ -137,7 +138,7 @@ const ValueTable::Column &ValueTable::readColumn(int index) const
     column.used = ++mUses;
     mWorkspace.look([&] {
         try {
-            ValuesAt values = valuesAt(column.dataset, mTime);
+            ValuesAt values = valuesAt(column.dataset, mTime, mRealizationOf(column.dataset));
             for (const int object : std::as_const(values.missing)) {
                 if (object >= 0 && object < values.numbers.size())
                     values.numbers[object] = std::numeric_limits<double>::quiet_NaN();

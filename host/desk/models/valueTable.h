@@ -4,6 +4,7 @@
 #include <QAbstractTableModel>
 #include <QStringList>
 #include <QVector>
+#include <functional>
 #include <vector>
 
 namespace meridor {
@@ -24,7 +25,8 @@ public:
 
     /// Reads which objects exist then, and forgets all values. To be called within Workspace::look().
     /// Raises a Failure for more cells than rows can be numbered.
-    void load(qint64 time);
+    /// @param realizationOf  of a dataset, from 0; called when its values are read.
+    void load(qint64 time, const std::function<int(int dataset)> &realizationOf);
     /// Datasets came, went or have other values.
     /// @param gone  datasets that are being removed.
     void reloadColumns(const QVector<int> &gone = {});
@@ -79,6 +81,7 @@ private:
     Workspace &mWorkspace;
     int mGeography;
     qint64 mTime = 0;
+    std::function<int(int)> mRealizationOf;
     mutable QVector<Column> mColumns;
     mutable quint64 mUses = 0;
     mutable bool mMustRead = false;  ///< a column was asked for while the library was at work

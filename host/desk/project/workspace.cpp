@@ -5,8 +5,10 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QTimer>
 #include <algorithm>
 #include <exception>
+#include <utility>
 #include "core/formats/cubeReader.h"
 #include "core/formats/rasterReader.h"
 #include "core/geostatistics/variogramModels.h"
@@ -200,7 +202,22 @@ bool Workspace::run(const QString &title, const std::function<void(const Progres
 
 bool Workspace::look(const std::function<void()> &work)
 {
-    return attempt(QString(), work);
+    const bool done = attempt(QString(), work);
+    if (!isBusy())
+        restSoon();
+    return done;
+}
+
+/// What came while look() worked is done after the event that looked, which may be a paint.
+void Workspace::restSoon()
+{
+    if (std::exchange(mIsIdleDue, true))
+        return;
+    QTimer::singleShot(0, this, [this] {
+        mIsIdleDue = false;
+        if (!isBusy()) // else its end tells
+            Q_EMIT idle();
+    });
 }
 
 void Workspace::setPath(const QString &path)
@@ -457,9 +474,11 @@ const QVector<qint64> &Workspace::stepsOf(int geography)
         QVector<Interval> spans;
         VORN_GetAllObjectTimes(geography, spans);
         // Values that hold for good have a span without ends, which is no step.
-        for (const int dataset : datasetIds(geography))
-            if (!datasetOf(dataset)->IsStatic())
-                spans += dataTimes(dataset);
+        for (const int dataset : datasetIds(geography)) {
+            const int count = std::max(1, datasetOf(dataset)->GetRealizationCount());
+            for (int i = 0; i < count && !datasetOf(dataset)->IsStatic(); ++i)
+                spans += dataTimes(dataset, i);
+        }
         for (const Interval &span : std::as_const(spans))
             steps.append(instantOf(span));
     });

@@ -129,7 +129,7 @@ Q_SIGNALS:
     void pathChanged(const QString &path);
     void dirtyChanged(bool dirty);
     void told(const QString &text, bool isTrouble);
-    void idle(); ///< run() has ended
+    void idle(); ///< run() has ended, or, when events are processed again, look()
     void geographyAdded(int geography);
     void geographyDying(int geography); ///< it still exists
     void geographyRenamed(int geography);
@@ -179,6 +179,7 @@ private:
     void setPath(const QString &path);
     void setDirty(bool dirty);
     void meetGeographies();
+    void restSoon();
     void viewDies(MLinker *view);
 
     ProjectHost &mHost;
@@ -193,6 +194,7 @@ private:
     QString mUnwritten;                      ///< the recovery file that could not be written
     std::unique_ptr<FileLock> mRecoveryLock; ///< shows that a file without a project is in use
     int mDepth = 0;
+    bool mIsIdleDue = false; ///< idle() follows a look()
     bool mInStep = false;
     QHash<int, qint64> mTimes;
     QHash<int, QVector<qint64>> mSteps;

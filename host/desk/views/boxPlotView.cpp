@@ -120,7 +120,7 @@ void BoxPlotView::read()
     mLow = std::numeric_limits<double>::infinity();
     mHigh = -mLow;
     double nearest = HUGE_VAL;
-    mHistory.load(mDataset, time(), [&](int step, const QVector<double> &all) {
+    mHistory.load(shown(mDataset), time(), [&](int step, const QVector<double> &all) {
         const QVector<double> values = finite(all);
         if (values.isEmpty())
             return;

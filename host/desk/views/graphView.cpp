@@ -39,9 +39,9 @@ QColor between(const QColor &a, const QColor &b, double share)
 }
 
 /// Repaints its texts when the colours of the desktop change.
-class Plot : public QwtPlot {
+class PlotWidget : public QwtPlot {
 public:
-    Plot()
+    PlotWidget()
     {
         setObjectName(QStringLiteral("graph"));
         setBackgroundRole(QPalette::Base);
@@ -99,7 +99,7 @@ QColor GraphColors::legible(const QColor &color) const
 
 GraphView::GraphView(Workspace &workspace, int geography)
     : View(workspace, geography),
-      mPlot(new Plot()),
+      mPlot(new PlotWidget()),
       mPlotWidget(mPlot),
       mCanvas(new GraphCanvas(*this, mPlot)),
       mColors(mPlot->palette()),
@@ -109,7 +109,7 @@ GraphView::GraphView(Workspace &workspace, int geography)
     auto *const grid = new QwtPlotGrid();
     grid->setZ(0);
     grid->attach(mPlot);
-    static_cast<Plot *>(mPlot)->setView(*this);
+    static_cast<PlotWidget *>(mPlot)->setView(*this);
     refreshColors();
     const auto forget = [this] { mNames.forget(); };
     connect(&workspace, &Workspace::datasetsAdded, this, forget);
@@ -214,7 +214,8 @@ void GraphView::selectionChanged()
 
 void GraphView::setSummary(const QString &all, const QString &selected)
 {
-    mSummary = all;
+    const QString note = realizationNote();
+    mSummary = note.isEmpty() || all.isEmpty() ? all : note + QStringLiteral("; ") + all;
     mSelectedSummary = selected;
 }
 

@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QPointer>
 #include <vector>
+#include "core/plot/plots.h"
 #include "desk/views/objectText.h"
 #include "desk/views/view.h"
 #include "desk/views/viewWindow.h"
@@ -129,6 +130,7 @@ protected:
     QString nameOf(int object);
     /// Reads again, at the end of the work that is being done if there is any.
     void rereadSoon();
+    ShownDataset shown(int dataset) const { return {dataset, realizationOf(dataset)}; }
     /// "DATASET: value" of an object at the present time.
     static QString valueText(int dataset, double value);
     /// The options of the present time in command lines; empty for static datasets.

@@ -123,7 +123,7 @@ GraphView *GraphWindow::graph() const
 
 QString GraphWindow::title() const
 {
-    return !mTitle.isEmpty() ? mTitle : graph() ? graph()->title() : QString();
+    return !mTitle.isEmpty() ? mTitle : graph() ? withRealization(graph()->title()) : QString();
 }
 
 void GraphWindow::setTitle(const QString &title)
@@ -285,9 +285,10 @@ QJsonObject GraphWindow::state() const
     QJsonArray names;
     for (const int dataset : mDatasets)
         names.append(datasetName(dataset));
-    QJsonObject state{{QStringLiteral("graph"), graphKindName(mKind)},
-                      {QStringLiteral("geography"), geographyName(graph()->geography())},
-                      {QStringLiteral("datasets"), names}};
+    QJsonObject state = ViewWindow::state();
+    state.insert(QStringLiteral("graph"), graphKindName(mKind));
+    state.insert(QStringLiteral("geography"), geographyName(graph()->geography()));
+    state.insert(QStringLiteral("datasets"), names);
     if (mKind == GraphKind::Moran && mWeights >= 0)
         state.insert(QStringLiteral("weights"), weightSetOf(mWeights).GetName());
     if (!mTitle.isEmpty())
@@ -316,6 +317,7 @@ void GraphWindow::restore(const QJsonObject &state)
     });
     if (!done)
         return;
+    ViewWindow::restore(state);
     setTitle(state.value(QStringLiteral("title")).toString());
     const QJsonArray range = state.value(QStringLiteral("range")).toArray();
     if (graph() && range.size() == 4)
@@ -326,7 +328,7 @@ QStringList GraphWindow::commandLine(const QString &picture) const
 {
     QStringList line;
     if (graph() && graph()->trouble().isEmpty())
-        workspace().look([&] { line = graph()->commandLine(picture); });
+        workspace().look([&] { line = graph()->commandLine(picture) + realizationOption(); });
     return line;
 }
 

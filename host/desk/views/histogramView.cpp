@@ -73,7 +73,7 @@ QString HistogramView::title() const
 
 void HistogramView::read()
 {
-    mValues = numbersAt(mDataset, time());
+    mValues = numbersAt(shown(mDataset), time());
     QVector<double> present;
     std::copy_if(mValues.begin(), mValues.end(), std::back_inserter(present),
                  [](double value) { return std::isfinite(value); });

@@ -59,7 +59,7 @@ void GridLayerView::readValues()
     mHasImage = false;
     mCountedRows = mGrid.rows; // nothing is counted without a grid
     mIsCounted = false;
-    if (!rasterOf(dataset())->GetConstRasterInfo(0, time()))
+    if (!rasterOf(dataset())->GetConstRasterInfo(realizationOf(dataset()), time()))
         fail(tr("%1 has no grid at %2.")
                  .arg(datasetName(dataset()), axisOf(geography()).show(time())));
     if (static_cast<qint64>(mGrid.rows) * mGrid.columns <= kMostCounted)
@@ -78,8 +78,8 @@ template <class Visit> bool GridLayerView::visitRows(int first, int end, Visit v
     const QRectF window(QPointF(mGrid.bounds.left(), top - (end - first) * height),
                         QPointF(mGrid.bounds.right(), top));
     QVector<double> values;
-    if (!VORN_GetRasterWindow(dataset(), 0, time(), window, mGrid.columns, end - first,
-                              RasterSampling::Nearest, values))
+    if (!VORN_GetRasterWindow(dataset(), realizationOf(dataset()), time(), window, mGrid.columns,
+                              end - first, RasterSampling::Nearest, values))
         return false;
     for (int i = 0; i < values.size(); ++i)
         visit(first * mGrid.columns + i, values[i]);
@@ -118,7 +118,9 @@ bool GridLayerView::load(const ViewTransform &view, RasterSampling sampling)
     if (classes()->limits().isEmpty())
         sampling = RasterSampling::Nearest;
     bool isLoaded = false;
-    workspace().look([&] { isLoaded = mImage.load(dataset(), 0, time(), view, sampling); });
+    workspace().look([&] {
+        isLoaded = mImage.load(dataset(), realizationOf(dataset()), time(), view, sampling);
+    });
     mHasImage = isLoaded;
     mSampling = sampling;
     setStale();
@@ -250,7 +252,7 @@ QVector<double> GridLayerView::valueSample()
     QVector<double> values;
     QVector<double> sample;
     if (dataset() >= 0)
-        VORN_GetRasterWindow(dataset(), 0, time(), mGrid.bounds,
+        VORN_GetRasterWindow(dataset(), realizationOf(dataset()), time(), mGrid.bounds,
                              std::min(mGrid.columns, kMostSampled),
                              std::min(mGrid.rows, kMostSampled), RasterSampling::Nearest, values);
     for (const double value : std::as_const(values))
@@ -277,8 +279,8 @@ MapLayer GridLayerView::pictureLayer(const ViewTransform &view)
                            4 * std::max(1, view.size().height()));
     grid.classes.fill(MapGrid::kMissing, grid.rows * grid.columns);
     QVector<double> values;
-    if (!VORN_GetRasterWindow(dataset(), 0, time(), window, grid.columns, grid.rows,
-                              RasterSampling::Nearest, values))
+    if (!VORN_GetRasterWindow(dataset(), realizationOf(dataset()), time(), window, grid.columns,
+                              grid.rows, RasterSampling::Nearest, values))
         fail(tr("%1 cannot be read.").arg(datasetName(dataset())));
     const auto *const flags =
         qobject_cast<MRasterAttributes *>(workspace().selection().attributes(geography()));

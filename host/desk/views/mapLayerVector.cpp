@@ -89,10 +89,12 @@ void VectorLayerView::forgetShapes()
 void VectorLayerView::readValues()
 {
     const Classification &classes = *this->classes();
-    const bool isRead = !classes.limits().isEmpty()
-                        && VORN_GetClassNumbers(dataset(), 0, time(), classes.limits(), mClassOf);
+    const int realization = realizationOf(dataset());
+    const bool isRead =
+        !classes.limits().isEmpty()
+        && VORN_GetClassNumbers(dataset(), realization, time(), classes.limits(), mClassOf);
     if (!isRead) {
-        const ValuesAt values = valuesAt(dataset(), time());
+        const ValuesAt values = valuesAt(dataset(), time(), realization);
         for (int object = 0; object < mObjectCount; ++object)
             mClassOf[object] = classes.of(values, object);
     }
@@ -366,7 +368,7 @@ QVector<double> VectorLayerView::valueSample()
         return sample;
     QVector<double> values;
     QSet<int> missing;
-    if (!VORN_GetNumericValues(dataset(), 0, time(), values, missing))
+    if (!VORN_GetNumericValues(dataset(), realizationOf(dataset()), time(), values, missing))
         return sample;
     const std::vector<int> &ids = mGeometry.shapes().ids;
     const std::size_t step = ids.size() / kMostSampled + 1;

@@ -125,7 +125,8 @@ void MapLayerView::classify(const ClassRule &rule, bool allTimes)
 {
     const bool always = datasetOf(mDataset)->IsStatic();
     auto made = std::make_unique<Classification>(
-        mDataset, allTimes && !always ? QVector<qint64>() : QVector<qint64>{time()}, rule);
+        mDataset, allTimes && !always ? QVector<qint64>() : QVector<qint64>{time()}, rule,
+        realizationOf(mDataset));
     mClasses = std::move(made);
 }
 
@@ -188,6 +189,8 @@ LegendBlock MapLayerView::legend() const
         return {title(), {}};
     const bool fits = mIsCounted && mCounts.size() == mClasses->entries().size();
     LegendBlock block = legendOf(mDataset, *mClasses, mCounts, mMissing, fits);
+    if (const QString note = realizationNote(); !note.isEmpty())
+        block.title += QStringLiteral(", ") + note;
     for (int i = 0; i < block.entries.size(); ++i)
         if (classOfEntry(i) >= 0)
             block.entries[i].color = colorOf(classOfEntry(i));
@@ -257,10 +260,10 @@ void MapLayerView::hoverChanged()
 namespace {
 
 /// Empty for a missing value.
-QString valueText(int dataset, unsigned int object, qint64 time)
+QString valueText(int dataset, int realization, unsigned int object, qint64 time)
 {
     datum value;
-    if (!VORN_GetDataValue(dataset, 0, object, time, value))
+    if (!VORN_GetDataValue(dataset, realization, object, time, value))
         return {};
     return datasetOf(dataset)->IsNumeric() ? shortNumber(textOf(value).toDouble(), 6)
                                            : textOf(value);
@@ -275,7 +278,7 @@ QString MapLayerView::describe(unsigned int object)
         const auto nameOf = [this](unsigned int which) {
             for (const int names : {mNameDataset, mKeyDataset}) {
                 const QString name =
-                    names >= 0 && datasetOf(names) ? valueText(names, which, time()) : QString();
+                    names >= 0 && datasetOf(names) ? valueText(names, 0, which, time()) : QString();
                 if (!name.isEmpty())
                     return name;
             }
@@ -288,7 +291,7 @@ QString MapLayerView::describe(unsigned int object)
                             .arg(static_cast<int>(object) % props.columns + 1)
                       : nameOf(object);
         if (mDataset >= 0) {
-            const QString value = valueText(mDataset, object, time());
+            const QString value = valueText(mDataset, realizationOf(mDataset), object, time());
             text =
                 tr("%1: %2 %3")
                     .arg(text, datasetName(mDataset), value.isEmpty() ? tr("has no value") : value);

@@ -322,7 +322,7 @@ QString MapWindow::title() const
     QString text = names.isEmpty() ? tr("Map") : names.join(QStringLiteral(", "));
     if (mActive && !geographyOf(mActive->geography())->IsStatic())
         text += QStringLiteral(" \u2013 ") + axisOf(mActive->geography()).show(mActive->time());
-    return text;
+    return withRealization(text);
 }
 
 void MapWindow::setOwnTitle(const QString &title)
@@ -606,7 +606,7 @@ QStringList MapWindow::commandLine(const QString &picture) const
     }
     if (!mOwnTitle.isEmpty())
         option("--title", mOwnTitle);
-    return line;
+    return line + realizationOption();
 }
 
 QJsonObject MapWindow::state() const
@@ -620,12 +620,13 @@ QJsonObject MapWindow::state() const
             {QStringLiteral("classes"), toJson(layer->rule())},
             {QStringLiteral("allTimes"), layer->hasAllTimes()},
             {QStringLiteral("visible"), layer->isVisible()}});
-    QJsonObject state{{QStringLiteral("kind"), QStringLiteral("map")},
-                      {QStringLiteral("title"), mOwnTitle},
-                      {QStringLiteral("layers"), layers},
-                      {QStringLiteral("active"), mLayers.indexOf(mActive)},
-                      {QStringLiteral("group"), group()},
-                      {QStringLiteral("tool"), static_cast<int>(tool())}};
+    QJsonObject state = ViewWindow::state();
+    state.insert(QStringLiteral("kind"), QStringLiteral("map"));
+    state.insert(QStringLiteral("title"), mOwnTitle);
+    state.insert(QStringLiteral("layers"), layers);
+    state.insert(QStringLiteral("active"), mLayers.indexOf(mActive));
+    state.insert(QStringLiteral("group"), group());
+    state.insert(QStringLiteral("tool"), static_cast<int>(tool()));
     if (!mCanvas->isFitted()) {
         const QRectF seen = mCanvas->shown();
         state.insert(QStringLiteral("extent"),
@@ -636,6 +637,7 @@ QJsonObject MapWindow::state() const
 
 void MapWindow::restore(const QJsonObject &state)
 {
+    ViewWindow::restore(state);
     const QVector<MapLayerView *> before = mLayers;
     for (const QJsonValue &value : state.value(QStringLiteral("layers")).toArray()) {
         const QJsonObject json = value.toObject();

@@ -49,7 +49,7 @@ PointView::Points MoranScatterView::points()
         fail(tr("The weight set of this graph was removed; choose another one"));
     const Progress progress("Moran scatter", "Calculating...");
     const MoranPlaces moran =
-        moranPlaces(mDataset, mWeights, Interval{time(), time(), true, true}, progress);
+        moranPlaces(shown(mDataset), mWeights, Interval{time(), time(), true, true}, progress);
     mMoran = moran.moran;
     constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
     const auto count =

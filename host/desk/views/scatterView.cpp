@@ -25,8 +25,8 @@ QString ScatterView::title() const
 
 PointView::Points ScatterView::points()
 {
-    const QVector<double> x = numbersAt(mX, time());
-    const QVector<double> y = mX == mY ? x : numbersAt(mY, time());
+    const QVector<double> x = numbersAt(shown(mX), time());
+    const QVector<double> y = mX == mY ? x : numbersAt(shown(mY), time());
     Points points;
     points.places.resize(static_cast<std::size_t>(std::min(x.size(), y.size())));
     bool any = false;

@@ -196,11 +196,16 @@ QString TableView::title() const
     return tr("Table of %1").arg(geographyName(geography()));
 }
 
+QVector<int> TableView::valueDatasets() const
+{
+    return datasetIds(geography());
+}
+
 void TableView::timeChanged()
 {
     mTrouble.clear();
     try {
-        mModel->load(time());
+        mModel->load(time(), [this](int dataset) { return realizationOf(dataset); });
         if (mModel->rowCount() == 0)
             mTrouble = tr("%1 has no objects at %2.")
                            .arg(geographyName(geography()), axisOf(geography()).show(time()));

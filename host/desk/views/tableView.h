@@ -31,6 +31,7 @@ public:
     QVector<unsigned int> objectsIn(const QPainterPath &region) override;
     /// None: a table remains when a dataset is removed.
     QVector<int> datasets() const override { return {}; }
+    QVector<int> valueDatasets() const override;
     /// A sentence that tells why there are no rows; empty if there are some.
     const QString &trouble() const { return mTrouble; }
     /// Sorts by a column; by the same one again in the other order.

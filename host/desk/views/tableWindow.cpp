@@ -69,7 +69,7 @@ TableView *TableWindow::table() const
 
 QString TableWindow::title() const
 {
-    return table() ? table()->title() : QString();
+    return table() ? withRealization(table()->title()) : QString();
 }
 
 void TableWindow::askExportTable()
@@ -99,9 +99,15 @@ bool TableWindow::exportTable(const QString &file)
         RowPlan plan;
         plan.geography = geography;
         plan.at = requireSpan(axis, at).startTime;
+        if (realizationCount() > 1)
+            plan.realization = realization();
         meridor::exportTable(file, TableFormat::Csv, plan, QString(),
                              [this](const QString &note) { workspace().tell(note); });
-        line << QStringLiteral("--at") << at << QStringLiteral("--overwrite");
+        line << QStringLiteral("--at") << at;
+        // Without the option a table has the rows of all realizations.
+        if (realizationCount() > 1)
+            line << QStringLiteral("--realization") << QString::number(realization() + 1);
+        line << QStringLiteral("--overwrite");
     });
     if (!done)
         return false;
@@ -130,8 +136,9 @@ QJsonObject TableWindow::state() const
     if (!table())
         return {};
     const ValueTable &model = table()->model();
-    QJsonObject state{{QStringLiteral("table"), geographyName(table()->geography())},
-                      {QStringLiteral("selectedFirst"), model.isSelectedFirst()}};
+    QJsonObject state = ViewWindow::state();
+    state.insert(QStringLiteral("table"), geographyName(table()->geography()));
+    state.insert(QStringLiteral("selectedFirst"), model.isSelectedFirst());
     if (model.sortColumn() >= 0) {
         state.insert(QStringLiteral("sort"),
                      model.headerData(model.sortColumn(), Qt::Horizontal).toString());
@@ -144,6 +151,7 @@ void TableWindow::restore(const QJsonObject &state)
 {
     if (!table())
         return;
+    ViewWindow::restore(state);
     mSelectedFirst->setChecked(state.value(QStringLiteral("selectedFirst")).toBool());
     const ValueTable &model = table()->model();
     for (int column = 0; column < model.columnCount(); ++column)

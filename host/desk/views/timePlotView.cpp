@@ -179,7 +179,7 @@ void TimePlotView::read()
     mLow = std::numeric_limits<double>::infinity();
     mHigh = -mLow;
     History mean(mScale);
-    mHistory.load(mDataset, time(), [&](int step, const QVector<double> &values) {
+    mHistory.load(shown(mDataset), time(), [&](int step, const QVector<double> &values) {
         double average = 0;
         int count = 0;
         for (const double value : values) {

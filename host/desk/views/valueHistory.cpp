@@ -22,8 +22,9 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 } // namespace
 
-QVector<double> numbersAt(int dataset, qint64 time)
+QVector<double> numbersAt(ShownDataset shown, qint64 time)
 {
+    const int dataset = shown.id;
     requireNumbers(dataset);
     const int count = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount;
     if (count > kMostShown)
@@ -32,21 +33,22 @@ QVector<double> numbersAt(int dataset, qint64 time)
                  .arg(kMostShown)
                  .arg(datasetName(dataset))
                  .arg(count));
-    ValuesAt values = existingValuesAt(dataset, time);
+    ValuesAt values = existingValuesAt(dataset, time, shown.realization);
     for (const int object : std::as_const(values.missing))
         if (object >= 0 && object < values.numbers.size())
             values.numbers[object] = kNone;
     return values.numbers;
 }
 
-void ValueHistory::load(int dataset, qint64 now,
+void ValueHistory::load(ShownDataset shown, qint64 now,
                         const std::function<void(int, const QVector<double> &)> &visit)
 {
+    const int dataset = shown.id;
     requireNumbers(dataset);
-    mDataset = dataset;
+    mShown = shown;
     mValues.clear();
     mTimes = meridor::datasetOf(dataset)->IsStatic() ? QVector<Interval>{{now, now, true, true}}
-                                                     : dataTimes(dataset);
+                                                     : dataTimes(dataset, shown.realization);
     const qint64 objects = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount;
     const qint64 total = objects * mTimes.size();
     mIsKept = total <= kMostKept;
@@ -59,7 +61,7 @@ void ValueHistory::load(int dataset, qint64 now,
     for (int step = 0; step < steps(); ++step) {
         if (progress)
             progress->report(100 * step / steps());
-        const QVector<double> values = numbersAt(dataset, instantOf(mTimes[step]));
+        const QVector<double> values = numbersAt(shown, instantOf(mTimes[step]));
         if (mIsKept)
             mValues.append(values);
         visit(step, values);
@@ -77,7 +79,7 @@ int ValueHistory::stepAt(qint64 time) const
 
 QVector<double> ValueHistory::values(int step) const
 {
-    return mIsKept ? mValues[step] : numbersAt(mDataset, instantOf(mTimes[step]));
+    return mIsKept ? mValues[step] : numbersAt(mShown, instantOf(mTimes[step]));
 }
 
 double ValueHistory::value(int step, int object) const

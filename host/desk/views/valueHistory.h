@@ -3,13 +3,14 @@
 #pragma once
 #include <QVector>
 #include <functional>
+#include "core/plot/plots.h"
 #include "datainterface/TimeStamp.h"
 
 namespace meridor {
 
 /// NaN for objects without a value and for those that do not exist then. Raises a Failure for texts,
 /// for a grid of too many cells, and if the dataset has no values at that time.
-QVector<double> numbersAt(int dataset, qint64 time);
+QVector<double> numbersAt(ShownDataset shown, qint64 time);
 
 /// The values at all times of a dataset. They are kept if they are few enough, else read when they
 /// are asked for.
@@ -18,7 +19,7 @@ public:
     /// Raises a Failure as numbersAt(), and on a cancel.
     /// @param now    the time of a static dataset, which has one step.
     /// @param visit  receives the values of each step, in order.
-    void load(int dataset, qint64 now,
+    void load(ShownDataset shown, qint64 now,
               const std::function<void(int step, const QVector<double> &values)> &visit);
     int steps() const { return mTimes.size(); }
     const Interval &when(int step) const { return mTimes[step]; }
@@ -32,7 +33,7 @@ public:
     double value(int step, int object) const;
 
 private:
-    int mDataset = -1;
+    ShownDataset mShown = -1;
     bool mIsKept = false;
     QVector<Interval> mTimes;
     QVector<QVector<double>> mValues;

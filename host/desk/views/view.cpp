@@ -2,6 +2,9 @@
 #include "desk/views/view.h"
 #include <QWidget>
 #include <algorithm>
+#include "core/grids/valuesAt.h"
+#include "core/project/catalog.h"
+#include "datainterface/MDataset.h"
 
 namespace meridor {
 
@@ -33,6 +36,28 @@ void View::join()
     showTime(true);
     mIsStale = true;
     UpdateView();
+}
+
+int View::realizationOf(int dataset) const
+{
+    const MDataset *const found = datasetOf(dataset);
+    return found ? std::clamp(mRealization, 0, std::max(1, found->GetRealizationCount()) - 1) : 0;
+}
+
+void View::setRealization(int realization)
+{
+    if (mRealization == realization)
+        return;
+    mRealization = realization;
+    showTime(true);
+}
+
+QString View::realizationNote() const
+{
+    for (const int dataset : valueDatasets())
+        if (const QString text = realizationText(dataset, realizationOf(dataset)); !text.isEmpty())
+            return text;
+    return QString();
 }
 
 void View::showTime(bool reread)

@@ -27,6 +27,13 @@ public:
     Workspace &workspace() const { return mWorkspace; }
     /// The time that the view shows.
     qint64 time() const { return mTime; }
+    /// The realization of a dataset that the view shows, from 0: that of setRealization(), or the last
+    /// one of a dataset that has fewer.
+    int realizationOf(int dataset) const;
+    /// Shows another realization of its datasets.
+    void setRealization(int realization);
+    /// Such as "realization 3 of 30"; empty if no dataset of the view has several.
+    QString realizationNote() const;
     virtual QString title() const = 0;
     /// The widget that is updated when the picture changed.
     virtual QWidget *widget() const = 0;
@@ -37,6 +44,8 @@ public:
     virtual QVector<unsigned int> objectsIn(const QPainterPath &region) = 0;
     /// The datasets that the view shows; it is closed when one of them is removed.
     virtual QVector<int> datasets() const = 0;
+    /// The datasets whose values it shows.
+    virtual QVector<int> valueDatasets() const { return datasets(); }
 
     /// The user selected a region: selects its objects and drives the linked views.
     void brush(const QPainterPath &region, SelectionMode mode);
@@ -78,6 +87,7 @@ private:
     Workspace &mWorkspace;
     int mGeography;
     qint64 mTime = 0;
+    int mRealization = 0;
     bool mIsChoosing = false; ///< this view changes the selection now
     bool mIsStale = false;    ///< selected flags changed since the last selectionChanged()
     bool mIsHoverStale = false;

@@ -10,13 +10,18 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPainter>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
+#include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
 #include "core/render/pictureFile.h"
+#include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/WeightsAPI.h"
 #include "desk/models/datasetMime.h"
@@ -155,6 +160,7 @@ void ViewWindow::makeTools(const QVector<Tool> &tools)
             QKeySequence(Qt::CTRL + Qt::Key_I), [this] { invertSelection(); });
     mToolBar->addSeparator();
     makeGroups();
+    makeRealizations();
     addTool(ViewIcon::Export, tr("Export the picture"), "exportPicture",
             QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_E), [this] { askExport(); });
     addTool({}, tr("Copy the picture"), "copyPicture", QKeySequence::Copy,
@@ -188,6 +194,76 @@ void ViewWindow::makeGroups()
     button->setMenu(menu);
     button->setFocusPolicy(Qt::TabFocus);
     mToolBar->addWidget(button);
+}
+
+void ViewWindow::makeRealizations()
+{
+    mRealizations = new QSpinBox(mToolBar);
+    mRealizations->setObjectName(QStringLiteral("realization"));
+    mRealizations->setAccessibleName(tr("Realization that is shown"));
+    mRealizations->setToolTip(mRealizations->accessibleName());
+    mRealizations->setPrefix(tr("Realization "));
+    mRealizations->setMinimum(1);
+    mRealizations->setKeyboardTracking(false); // a number is read when it is complete
+    mRealizationTool = mToolBar->addWidget(mRealizations);
+    mRealizationTool->setVisible(false);
+    connect(mRealizations, QOverload<int>::of(&QSpinBox::valueChanged), this,
+            [this](int number) { setRealization(number - 1); });
+    const auto count = [this] { countRealizations(); };
+    connect(&mWorkspace, &Workspace::datasetsAdded, this, count);
+    connect(&mWorkspace, &Workspace::datasetsChanged, this, count);
+    connect(&mWorkspace, &Workspace::idle, this, count);
+}
+
+int ViewWindow::realization() const
+{
+    return std::min(mRealization, mRealizationCount - 1);
+}
+
+void ViewWindow::setRealization(int realization)
+{
+    mRealization = std::max(0, realization);
+    countRealizations();
+    for (View *const view : std::as_const(mViews))
+        view->setRealization(this->realization());
+    Q_EMIT titleChanged(title());
+}
+
+void ViewWindow::countRealizations()
+{
+    if (mWorkspace.isBusy())
+        return; // a dataset may be half made; this comes back when the work has ended
+    int count = 0;
+    for (const View *const view : std::as_const(mViews)) {
+        for (const int id : view->valueDatasets()) {
+            const MDataset *const dataset = meridor::datasetOf(id);
+            const int own = dataset ? dataset->GetRealizationCount() : 1;
+            if (own > 1)
+                count = count == 0 ? own : std::min(count, own);
+        }
+    }
+    mRealizationCount = std::max(1, count);
+    const QSignalBlocker quiet(mRealizations);
+    mRealizations->setMaximum(mRealizationCount);
+    mRealizations->setSuffix(tr(" of %1").arg(mRealizationCount));
+    mRealizations->setValue(realization() + 1);
+    mRealizationTool->setVisible(mRealizationCount > 1);
+}
+
+QString ViewWindow::withRealization(const QString &title) const
+{
+    const QString note =
+        mRealizationCount > 1 && !mViews.isEmpty()
+            ? tr("realization %1 of %2").arg(realization() + 1).arg(mRealizationCount)
+            : QString();
+    return note.isEmpty() ? title : title + QStringLiteral(", ") + note;
+}
+
+QStringList ViewWindow::realizationOption() const
+{
+    return realization() == 0
+               ? QStringList()
+               : QStringList{QStringLiteral("--realization"), QString::number(realization() + 1)};
 }
 
 void ViewWindow::setTool(Tool tool)
@@ -237,6 +313,8 @@ void ViewWindow::setContent(QWidget *content)
 void ViewWindow::addView(View *view)
 {
     mViews.append(view);
+    countRealizations();
+    view->setRealization(realization());
     // Workspace::addView links a new view with those that were there first, whatever their group.
     setGroup(mGroup);
     connect(view, &View::shownTimeChanged, this, [this] { Q_EMIT titleChanged(title()); });
@@ -256,6 +334,8 @@ void ViewWindow::removeView(View *view)
     viewLeaves(view);
     delete view;
     refreshActions();
+    // Its datasets may be going.
+    QTimer::singleShot(0, this, &ViewWindow::countRealizations);
     Q_EMIT viewsChanged();
     if (!mViews.isEmpty()) {
         Q_EMIT titleChanged(title());
@@ -347,11 +427,12 @@ void ViewWindow::addDataset(int)
 
 QJsonObject ViewWindow::state() const
 {
-    return {};
+    return {{QStringLiteral("realization"), realization() + 1}};
 }
 
-void ViewWindow::restore(const QJsonObject &)
+void ViewWindow::restore(const QJsonObject &state)
 {
+    setRealization(state.value(QStringLiteral("realization")).toInt(1) - 1);
 }
 
 QStringList ViewWindow::commandLine(const QString &) const

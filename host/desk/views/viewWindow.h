@@ -13,6 +13,7 @@
 class QAction;
 class QActionGroup;
 class QLabel;
+class QSpinBox;
 class QToolBar;
 class QVBoxLayout;
 
@@ -46,6 +47,12 @@ public:
     Group group() const { return mGroup; }
     void setGroup(Group group);
 
+    /// The realization that the views show, from 0, of the datasets that have several.
+    int realization() const;
+    void setRealization(int realization);
+    /// What setRealization() can choose from: the fewest of a dataset that has several; else 1.
+    int realizationCount() const { return mRealizationCount; }
+
     /// Shows a time in all views, and in those that they drive.
     void goTo(qint64 time);
 
@@ -58,7 +65,8 @@ public:
     virtual bool accepts(int dataset) const;
     virtual void addDataset(int dataset);
 
-    /// What is shown, with names instead of ids, for the layout of windows and for scripts.
+    /// What is shown, with names instead of ids, for the layout of windows and for scripts. That of
+    /// this class is what all windows have in common.
     virtual QJsonObject state() const;
     /// Shows a state again as far as its names exist.
     virtual void restore(const QJsonObject &state);
@@ -91,6 +99,10 @@ protected:
     /// Adds an action with its keys to the window and, with an icon, a button to the tool bar.
     QAction *addTool(std::optional<ViewIcon> icon, const QString &text, const char *name,
                      const QKeySequence &keys, const std::function<void()> &act);
+    /// A title, with the realization if there are several.
+    QString withRealization(const QString &title) const;
+    /// The option of a command line for the realization; empty for the first one.
+    QStringList realizationOption() const;
     /// The line of text below the content, such as the object under the mouse.
     void setReadout(const QString &text);
 
@@ -101,6 +113,8 @@ protected:
 private:
     void makeTools(const QVector<Tool> &tools);
     void makeGroups();
+    void makeRealizations();
+    void countRealizations();
     void askExport();
     void refreshActions();
     void dropViews(const std::function<bool(const View &)> &isLost);
@@ -109,11 +123,15 @@ private:
     QVector<View *> mViews;
     Tool mTool = Tool::Rectangle;
     Group mGroup = Main;
+    int mRealization = 0;
+    int mRealizationCount = 1;
     QVBoxLayout *mLayout;
     QToolBar *mToolBar;
     QLabel *mReadout;
     QActionGroup *mTools;
     QActionGroup *mGroups;
+    QSpinBox *mRealizations = nullptr;
+    QAction *mRealizationTool = nullptr; ///< of mRealizations, in the tool bar
     QAction *mBack = nullptr;
     QAction *mForward = nullptr;
 };

@@ -109,6 +109,7 @@ public:
             {QStringLiteral("hover"), &Player::hover},
             {QStringLiteral("zoom"), &Player::zoom},
             {QStringLiteral("classes"), &Player::classes},
+            {QStringLiteral("realization"), &Player::realization},
             {QStringLiteral("method"), &Player::method},
             {QStringLiteral("link"), &Player::link},
             {QStringLiteral("unlink"), &Player::unlink},
@@ -324,6 +325,15 @@ private:
         layers[active] = layer;
         state.insert(QStringLiteral("layers"), layers);
         window.restore(state);
+    }
+
+    void realization(const QJsonObject &step)
+    {
+        ViewWindow &window = viewOf(step);
+        const int number = step.value(QStringLiteral("number")).toInt();
+        if (number < 1 || number > window.realizationCount())
+            fail(text("the view has the realizations 1 to %1").arg(window.realizationCount()));
+        window.setRealization(number - 1);
     }
 
     void method(const QJsonObject &step)
