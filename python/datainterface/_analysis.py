@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Analyses over time."""
 
+import operator
 import secrets
 
 import numpy as np
@@ -35,7 +36,7 @@ def _run(dataset, weights, at, permutations, seed, local, correction, alpha, isl
         raise ValueError("islands are kept or dropped: \"keep\" or \"drop\"")
     if correction not in ("none", "bonferroni", "holm", "simes", "fdr", "jef"):
         raise ValueError(f"{correction!r} is no correction: none, bonferroni, holm, simes, fdr, jef")
-    if not 0 <= permutations <= 1000000:
+    if not 0 <= operator.index(permutations) <= 1000000:
         raise ValueError("permutations are 0 to 1000000")
     if not 0 <= alpha <= 1:
         raise ValueError("alpha is a probability, 0 to 1")

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """What all nouns of a project share."""
 
+import functools
+import html
 import os
 
 
@@ -36,6 +38,21 @@ class Part:
 
     def __reduce_ex__(self, protocol):
         refuse_pickling(self)
+
+
+def telling(method):
+    """For ``__repr__`` and ``_repr_html_``, which debuggers and notebooks call at any time: a part that
+    cannot be used any more tells why."""
+
+    @functools.wraps(method)
+    def tell(self):
+        try:
+            return method(self)
+        except (ValueError, OSError) as error:
+            text = f"<{type(self).__name__}: {error}>"
+            return html.escape(text) if method.__name__ == "_repr_html_" else text
+
+    return tell
 
 
 def expect(thing, kind, role):

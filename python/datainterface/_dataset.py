@@ -7,7 +7,7 @@ from typing import NamedTuple
 import numpy as np
 
 from . import _native
-from ._base import Part
+from ._base import Part, telling
 from ._geography import _rows, objects_of
 from ._optional import load
 from ._progress import reporting
@@ -225,6 +225,7 @@ class Dataset(Part):
         """The names of the variogram models of the dataset; see :func:`stored_model`."""
         return _native.model_names(self._id)
 
+    @telling
     def __repr__(self):
         facts = self._facts
         times = "static" if facts["static"] else f"{len(self._spans())} times"
@@ -233,6 +234,7 @@ class Dataset(Part):
         return (f"<{type(self).__name__} {facts['name']} of {self._geography.name}: "
                 f"{facts['type']}{unit}, {times}{more}>")
 
+    @telling
     def _repr_html_(self):
         from ._html import dataset_html
 

@@ -6,7 +6,7 @@ from collections.abc import Mapping
 import numpy as np
 
 from . import _native
-from ._base import Part, expect
+from ._base import Part, expect, telling
 from ._optional import load
 from ._progress import reporting
 from ._queries import GridQueries, VectorQueries
@@ -233,6 +233,7 @@ class Geography(Part, Mapping):
 
         return adopt(self, name, weights, start, end, progress)
 
+    @telling
     def _repr_html_(self):
         from ._html import geography_html
 
@@ -324,6 +325,7 @@ class VectorGeography(VectorQueries, Geography):
             _native.set_unit(number, unit)
         return dataset_of(self, number)
 
+    @telling
     def __repr__(self):
         facts = self._facts
         when = "static" if facts["static"] else f"times as {facts['time_format']}"
@@ -468,10 +470,12 @@ class GeographyAt:
                       progress=progress)
         return frame.set_index("key")
 
+    @telling
     def __repr__(self):
         geography = self._geography
         return f"<{geography.name} at {self.time}: {len(self)} of {geography.count} objects>"
 
+    @telling
     def _repr_html_(self):
         from ._html import geography_html
 
@@ -510,6 +514,7 @@ class Grid(GridQueries, Geography):
         _, bottom, _, top = self.bounds
         return top - (np.arange(self.rows) + 0.5) * ((top - bottom) / self.rows)
 
+    @telling
     def __repr__(self):
         facts = self._facts
         return (f"<Grid {facts['name']}: {facts['rows']} rows, {facts['columns']} columns; "

@@ -3,6 +3,7 @@
 
 import atexit
 import logging
+import operator
 import os
 import warnings
 import weakref
@@ -231,6 +232,8 @@ def state_of(path):
 
 def _opened(path, mode, *, reserve, scratch, cache, progress, state=None):
     global _present
+    if not 1 <= operator.index(cache) <= 2000:
+        raise ValueError("a cache is 1 to 2000 megabytes")
     held = present_project()
     if held is not None:
         _native.geographies()  # raises in a forked process, which cannot close the project either
@@ -259,7 +262,7 @@ def open(path, mode="r", *, scratch=None, cache=64, progress=None):
     scratch : path, optional
         Where temporary files are made; by default the user's cache directory.
     cache : int
-        Megabytes of values that are kept in memory.
+        Megabytes of values that are kept in memory, 1 to 2000.
     progress : callable or bar, optional
         Receives ``(percent, text)`` and cancels by returning False; or a bar with ``update(n)``,
         such as one of tqdm, or the class ``tqdm`` itself. Ctrl-C cancels in any case.

@@ -4,7 +4,7 @@
 import numpy as np
 
 from . import _native
-from ._base import Part
+from ._base import Part, telling
 from ._geography import objects_of
 from ._progress import reporting
 from ._times import stamps, text_of
@@ -70,6 +70,7 @@ class WeightSet(Part):
         """Removes the set from its geography."""
         _native.remove_weight_set(self._id)
 
+    @telling
     def __repr__(self):
         facts = self._facts
         return f"<WeightSet {facts['name']} of {self._geography.name}: {facts['definition']}>"

@@ -29,12 +29,13 @@ import numpy as np
 from . import _native, stats
 from ._analysis import _set_of
 from ._base import expect
-from ._dataset import GridDataset, stacked_spans
+from ._dataset import Dataset, GridDataset, stacked_spans
 from ._geography import VectorGeography
 from ._optional import load
 from ._project import open as open_project
 from ._project import present_project, state_of
 from ._times import for_pandas, stamps
+from ._weights import WeightSet
 
 __all__ = ["ProjectFile", "array", "hand_over", "local_moran", "map_times", "moran", "weights",
            "zonal"]
@@ -203,7 +204,9 @@ def _spans_of(dataset, at, index):
     spans = dataset._spans(index)
     if at is None:
         return range(len(spans))
-    times = [at] if isinstance(at, (str, bytes)) or not np.iterable(at) else at
+    times = [at] if isinstance(at, (str, bytes)) or not np.iterable(at) else list(at)
+    if not times:
+        raise ValueError("no times are given: None means all of them")
     rows = []
     for time in times:
         instant = dataset._instant(time, index)
@@ -273,6 +276,7 @@ def array(dataset, *, rows=None, file=None):
     import dask.array
     from dask import delayed
 
+    expect(dataset, Dataset, "what is read")
     if dataset.kind == "text":
         raise ValueError(f"{dataset.name} holds texts: an array holds numbers")
     file = _file_of(dataset, file)
@@ -358,7 +362,7 @@ def _moran_block(file, geography, name, index, weight_set, text, permutations, s
 
 def _runs(dataset, weights, at, permutations, seed, islands, realizations, client, file, local):
     """The results of all blocks by (realization, row of the dataset's spans), and the seed."""
-    if not 0 <= permutations <= 10**9:
+    if not 0 <= operator.index(permutations) <= 10**9:
         raise ValueError("permutations are 0 to 1000000000")
     if islands not in ("keep", "drop"):
         raise ValueError("islands are kept or dropped: \"keep\" or \"drop\"")
@@ -453,6 +457,8 @@ def local_moran(dataset, weights, *, at=None, permutations=999, seed=None, corre
     pandas = load("pandas")
     corrections = {"none": lambda p, alpha: p <= alpha, "bonferroni": stats.bonferroni,
                    "holm": stats.holm, "simes": stats.simes, "fdr": stats.fdr}
+    if not 0 <= alpha <= 1:
+        raise ValueError("alpha is a probability, 0 to 1")
     if correction not in corrections:
         raise ValueError(f"{correction!r} is no correction of blocks: {', '.join(corrections)}")
     runs, seed = _runs(dataset, weights, at, permutations, seed, "keep", realizations, client, file,
@@ -539,8 +545,8 @@ def weights(geography, weight_set, times, *, client=None, file=None):
     Parameters
     ----------
     geography : VectorGeography
-    weight_set : str
-    times : times
+    weight_set : WeightSet or str
+    times : time or times
 
     Returns
     -------
@@ -552,6 +558,8 @@ def weights(geography, weight_set, times, *, client=None, file=None):
     load("scipy.sparse")
     from ._sparse import remade
 
+    if isinstance(weight_set, WeightSet):
+        weight_set = weight_set.name
     file = _file_of(geography, file)
     texts = texts_of(times, geography.time_format)
     parts = _gathered(client, _weights_at,

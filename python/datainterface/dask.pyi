@@ -5,7 +5,7 @@ from typing import Any, Literal, Optional, Union
 
 import pandas
 
-from . import Dataset, Geography, GridDataset, Project, VectorGeography, _Time
+from . import Dataset, Geography, GridDataset, Project, VectorGeography, WeightSet, _Time
 
 __all__: list[str]
 
@@ -37,5 +37,5 @@ def local_moran(dataset: Dataset, weights: Any, *, at: _Times = ..., permutation
 def zonal(dataset: GridDataset, polygons: VectorGeography, *, at: _Times = ...,
           realizations: Optional[Iterable[int]] = ..., client: Any = ...,
           file: Optional[ProjectFile] = ...) -> pandas.DataFrame: ...
-def weights(geography: Geography, weight_set: str, times: Union[_Time, Sequence[_Time]], *,
+def weights(geography: Geography, weight_set: Union[WeightSet, str], times: Union[_Time, Sequence[_Time]], *,
             client: Any = ..., file: Optional[ProjectFile] = ...) -> list[Any]: ...

@@ -78,6 +78,9 @@ def test_times_keep_their_order(client, income):
     assert os.getpid() not in di.dask.map_times(process_of, income, client=client)
     with pytest.raises(ValueError, match="1800"):
         di.dask.map_times(mean_of, income, 1800, client)
+    for wrong in (dict(at=[]), dict(alpha=2), dict(permutations=-1)):
+        with pytest.raises(ValueError):
+            di.dask.local_moran(income, "queen", client=client, **wrong)
 
 
 def test_moran_does_not_depend_on_the_workers(client, income):
@@ -120,7 +123,7 @@ def test_zones_are_those_of_one_process(client, empty, tmp_path):
 
 
 def test_weights_of_several_times(client, states):
-    found = di.dask.weights(states, "queen", [1929, 2009], client=client)
+    found = di.dask.weights(states, states.weight_sets["queen"], [1929, 2009], client=client)
     for matrix, year in zip(found, (1929, 2009)):
         assert (matrix != states.weights("queen", at=year)).nnz == 0
         assert matrix.keys.tolist() == states.object_keys.tolist()

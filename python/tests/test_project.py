@@ -126,8 +126,14 @@ def test_a_project_that_nobody_holds_is_closed(demo):
 
 def test_closed_projects(project, states, income):
     queen = states.weights("queen", at=1929)
+    gone = states.new_dataset("gone <b>")
+    states.remove(gone)
+    assert "no longer" in repr(gone) and "&lt;VectorDataset" in gone._repr_html_()
+    parts = [states, income, states.at(1929), states.weight_sets["queen"]]
     project.close()
     project.close()
+    assert all("is closed" in repr(part) for part in parts)
+    assert all("is closed" in part._repr_html_() for part in parts[:3])
     for use in (lambda: project["states48"], lambda: list(project), lambda: states.count,
                 lambda: income.values(1929), lambda: project.save("x.vorn"),
                 lambda: di.moran(income, queen, permutations=0), lambda: states["income"]):
@@ -145,6 +151,9 @@ def test_unknown_names(project, states, income):
                       (lambda: states.find("Ohi"), "Ohi")):
         with pytest.raises(KeyError, match=text):
             use()
+    for megabytes in (0, -1, 2001):
+        with pytest.raises(ValueError, match="1 to 2000"):
+            di.new(cache=megabytes)
     assert "income" in states and "incme" not in states and states.find("Ohio") == 39
 
 
