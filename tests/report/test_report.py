@@ -214,6 +214,9 @@ class OfOthers(unittest.TestCase):
                     self.assertIsNone(page.run("return window.hit ?? null"))
                     self.assertEqual(page.run("return document.title"), HOSTILE)
                     self.assertIn(f"0{HOSTILE}", page.texts(".objects .name"))
+                    beyond = page.run("return [...document.querySelectorAll('.chart select')].map((one) =>"
+                                      "one.getBoundingClientRect().right - one.closest('figure').getBoundingClientRect().right)")
+                    self.assertTrue(beyond and max(beyond) <= 0, beyond)
                     self.assertEqual(page.complaints(), [])
                 self.assertEqual(len(page.driver.find_elements("css selector", "img")), 0)
                 self.assertEqual(page.driver.find_element("css selector", "h1").text, HOSTILE)
@@ -237,6 +240,16 @@ class OfOthers(unittest.TestCase):
                 page.frame(200)
                 self.assertEqual((page.text(".now"), page.texts(".then .when")[number]), (month, month))
             self.assertEqual(page.complaints(), [])
+
+    def test_charts_without_values_or_of_one(self):
+        for name, cell in (("gone", -9), ("flat", "2e300")):
+            meridor("import", write(f"{name}.asc", "ncols 2\nnrows 2\nxllcorner 0\nyllcorner 0\ncellsize 1\nNODATA_value -9\n"
+                                    f"{cell} {cell}\n{cell} {cell}\n"), path(f"{name}.vorn"))
+            meridor("report", path(f"{name}.vorn"), path(f"{name}.html"))
+            with opened(path(f"{name}.html")) as page:
+                self.assertEqual(page.complaints(), [])
+                self.assertEqual(page.run("return [...document.querySelectorAll('svg *')].filter((one) =>"
+                                          "[...one.attributes].some((each) => each.value.includes('NaN'))).length"), 0)
 
     def test_many_objects_are_painted_and_found(self):
         side = 30

@@ -1,6 +1,6 @@
 // How the values of the present step are spread. A brush chooses the objects within its limits.
 import {classOf} from "./classes.js";
-import {clearBrush, createFrame} from "./frame.js";
+import {clearBrush, createFrame, valueScale} from "./frame.js";
 import {touches} from "./store.js";
 
 const kBins = 24;
@@ -37,8 +37,7 @@ export function createHistogram(geography, store) {
         values = row >= 0 ? layer.valuesOf(row, view) : [];
         const there = [];
         for (let i = 0; i < values.length; ++i) if (!Number.isNaN(values[i]) && geography.exists(i, step)) there.push(i);
-        const [low, high] = view.relative ? d3.extent(view.breaks) : d3.extent(there, (i) => values[i]);
-        x = d3.scaleLinear().domain(low < high ? [low, high] : [low - 1, high + 1]).nice().range(frame.xRange);
+        x = valueScale(view.relative ? view.breaks : there.map((i) => values[i]), frame.xRange);
         const bins = d3.histogram().value((i) => values[i]).domain(x.domain()).thresholds(x.ticks(kBins))(there);
         const y = d3.scaleLinear().domain([0, d3.max(bins, (bin) => bin.length) || 1]).nice().range(frame.yRange);
         frame.drawX(x);
