@@ -162,7 +162,7 @@ private Q_SLOTS:
                "--into", "k"},
               "has a geography map already; see --to");
         check({"variogram", "p.vorn", "v", "--directions", "0,inf"}, "inf is no finite number");
-        check({"variogram", "p.vorn", "v", "--cutoff", "-1"}, "--cutoff: -1 is below 0");
+        check({"variogram", "p.vorn", "v", "--cutoff", "-1"}, "--cutoff: -1 is not above 0");
         check({"variogram", "p.vorn", "v", "--cross", "v", "--estimator", "robust"},
               "no robust cross variogram");
         check({"weights", "create", "p.vorn", "x", "--range", "5"}, "--range does not apply");
