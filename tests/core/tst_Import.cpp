@@ -3,6 +3,7 @@
 #include <QtTest>
 #include <memory>
 #include <stdexcept>
+#include "core/import/guessImport.h"
 #include "core/project/shapeAccess.h"
 #include "core/workshop.h"
 #include "datainterface/RasterAPI.h"
@@ -13,6 +14,109 @@ using namespace meridor;
 class TestImport : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void proposesImports_data()
+    {
+        QTest::addColumn<QByteArray>("table");
+        QTest::addColumn<QString>("proposed");
+        const auto row = [](const char *name, const char *table, const char *proposed) {
+            QTest::newRow(name) << QByteArray(table) << proposed;
+        };
+        row("moving points",
+            "storm,time,lon,lat,status\nA,2005-06-08T18:00Z,-84,16.9,low\n"
+            "A,2005-06-09T00:00Z,-83.9,17,high\nB,2005-06-09T00:00Z,-60,20,high\n"
+            "C,2005-06-09T00:00Z,-61,21,high\n",
+            "key=storm start=time end=next x=lon y=lat crs=EPSG:4326");
+        row("one series has no key",
+            "time,lon,lat,status\n2005-06-08,-84,16.9,low\n2005-06-09,-83.9,17,high\n"
+            "2005-06-10,-83.9,17,high\n",
+            "x=lon y=lat crs=EPSG:4326");
+        row("years of regions",
+            "NUTS_ID,Year,pop,lon,lat\nDE1,2001,1.5,9,48\nDE1,2002,1.6,9,48\n"
+            "DE2,2001,1.5,8,47\n",
+            "key=NUTS_ID start=Year end=Year x=lon y=lat crs=EPSG:4326");
+        row("year and month in two fields",
+            "station,year,month,t,x,y\nA,2001,1,3,0,0\nA,2001,2,4,0,0\nB,2001,1,3,1,1\n",
+            "x=x y=y");
+        row("days of a station",
+            "Station ID;Datum;x;y\n01;31.12.2001;1,5;2,5\n01;1.1.2002;1,5;2,5\n"
+            "02;1.1.2002;3,5;2\n",
+            "key=Station ID start=Datum end=next x=x y=y decimal=, pattern=d.M.yyyy");
+        row("timestamps without separators",
+            "site,timestamp,easting,northing\na,20010228,400000,5500000\n"
+            "a,20010301,400001,5500000\n",
+            "key=site start=timestamp end=next x=easting y=northing pattern=yyyyMMdd");
+        row("day or month first", "site,date,x,y\na,1/2/2001,1,1\na,2/2/2001,1,1\n", "x=x y=y");
+        row("day first", "site,date,x,y\na,1/2/2001,1,1\na,22/2/2001,1,1\n",
+            "key=site start=date end=next x=x y=y pattern=d/M/yyyy");
+        row("spans",
+            "gid,Valid from,validTo,longitude,latitude\n1,1990-01-01,1999-12-31,1,2\n"
+            "1,2000-01-01,2009-12-31,1,2\n",
+            "key=gid start=Valid from end=validTo x=longitude y=latitude crs=EPSG:4326");
+        row("begin and end of different rows",
+            "id,begin,end,x,y\n1,1990,1999,1,2\n2,1980,2009,3,4\n",
+            "key=id start=begin end=end x=x y=y");
+        row("links between numbers", "id,from,to,x,y\n1,1,2,1,2\n2,2,3,3,4\n", "key=id x=x y=y");
+        row("codes", "name,GEOID20,ISO3166-2,x,y\na,01001,US-AL,1,2\na,01003,US-AL,3,4\n",
+            "key=GEOID20 x=x y=y");
+        row("names without a code", "Name,pop,x,y\na,1,1,2\nb,2,3,4\n", "key=Name x=x y=y");
+        row("a measurement that ends in id", "humid,isolation,x,y\n1,2,1,2\n3,5,3,4\n", "x=x y=y");
+        row("metres called latitude",
+            "lon,lat,x,y,code\n400000,5500000,1,2,a\n400001,5500000,2,3,b\n",
+            "key=code x=lon y=lat");
+        row("no places", "lon,lat,code\nwest,north,a\nwest,south,b\n", "key=code");
+        row("other languages",
+            "\xc3\x85r,Vardagsv\xc3\xa4rde,\xe5\x80\xa4,x,y\n2001,1,2,3,4\n2002,1,2,5,6\n",
+            "x=x y=y");
+        row("series", "fips,v2000,v2001,v2002,x,y\n1,1,2,3,4,5\n2,1,2,3,6,7\n",
+            "key=fips x=x y=y series=v=v*");
+        row("heading alone", "id,time,lon,lat\n", "key=id x=lon y=lat crs=EPSG:4326");
+    }
+    void proposesImports()
+    {
+        QFETCH(QByteArray, table);
+        QFETCH(QString, proposed);
+        Workshop shop;
+        const ImportGuess guess = guessImport(shop.file("strange.csv", table));
+        const ImportOptions &options = guess.options;
+        QStringList told;
+        const std::pair<const char *, QString> all[] = {{"key", options.key},
+                                                        {"start", options.start},
+                                                        {"end", options.end},
+                                                        {"x", options.xColumn},
+                                                        {"y", options.yColumn},
+                                                        {"crs", options.projection},
+                                                        {"decimal", options.decimal},
+                                                        {"pattern", options.timePattern},
+                                                        {"series", options.series.join(' ')}};
+        for (const auto &[name, value] : all)
+            if (!value.isEmpty())
+                told.append(QString(name) + '=' + value);
+        QCOMPARE(told.join(' '), proposed);
+        // What is proposed can be imported.
+        shop.options = options;
+        if (!options.xColumn.isEmpty() && table.count('\n') > 1)
+            QCOMPARE(shop.run(), QString());
+    }
+
+    void refusesToLookAtDevices()
+    {
+        for (const char *const path : {"/dev/zero", "/dev/null"}) {
+            const InCase inCase(path);
+            QString told;
+            try {
+                guessImport(path);
+            } catch (const Failure &failure) {
+                told = failure.text();
+            }
+            QCOMPARE(told, QString(path) + ": is a pipe or a device and no file");
+            Workshop shop;
+            shop.options = ImportOptions();
+            shop.options.map = path;
+            shop.options.times = "auto";
+            QCOMPARE(shop.run(), QString(path) + ": is a device and no file");
+        }
+    }
+
     void readsSeriesOfEveryForm_data()
     {
         QTest::addColumn<QByteArray>("table");

@@ -21,9 +21,13 @@ struct ImportGuess {
     ImportOptions options;
 };
 
-/// Fields are recognised by their names. A key and times are proposed only if their values can be
-/// ones: this reads the fields of the file once, unless it is larger than 64 MB. Of several layers
-/// the first is chosen if `layer` is empty. Raises a Failure if the file cannot be read.
+/// Fields are recognised by their names, and proposed only if their values can be what the names
+/// say: this reads the fields of the file once, unless it is larger than 64 MB or a database. A key
+/// has a different value in each row, or in each row of one start; without a name that tells it, it
+/// is the first field of texts of which that holds. Places are two numbers, dates also have patterns
+/// such as d.M.yyyy, and numbers decimal commas. Of several layers the first is chosen if `layer` is
+/// empty. Raises a Failure if the file cannot be read, and for pipes and devices, which could not be
+/// read again.
 MERIDOR_EXPORT ImportGuess guessImport(const QString &path, const QString &layer = QString());
 
 } // namespace meridor

@@ -189,13 +189,7 @@ bool ImportDialog::load(const QString &file, const QString &layer)
     QString trouble;
     const auto told = connect(&mWorkspace, &Workspace::told, this,
                               [&trouble](const QString &text) { trouble = text; });
-    const bool isRead = mWorkspace.look([&] {
-        // The form reads a source twice, and a wait for a pipe would stop the window.
-        const QFileInfo info(file);
-        if (info.exists() && !info.isFile() && !info.isDir())
-            fail(tr("%1: is a pipe or a device and no file").arg(file));
-        guess = guessImport(file, layer);
-    });
+    const bool isRead = mWorkspace.look([&] { guess = guessImport(file, layer); });
     disconnect(told);
     mFile->setText(QDir::toNativeSeparators(file));
     if (!isRead) {
@@ -233,6 +227,8 @@ void ImportDialog::fill()
     setChoices(mEnd, tr("none"), isMap ? mGuess.fields : QStringList(), options.end);
     mEnd->insertItem(1, tr("the object's next row"), kUntilNext);
     mEnd->setCurrentIndex(std::max(0, mEnd->findData(options.end)));
+    mPattern->setText(options.timePattern);
+    mDecimal->setCurrentIndex(std::max(0, mDecimal->findData(options.decimal)));
     mBandsAreTimes->setChecked(options.bandsAreTimes);
     mSeries->setPlainText(options.series.join(QLatin1Char('\n')));
     mFields->clear();
