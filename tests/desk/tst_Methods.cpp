@@ -8,9 +8,12 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QtTest>
 #include "core/analysis/statistics.h"
+#include "core/geostatistics/covariance.h"
+#include "core/geostatistics/variogramModels.h"
 #include "core/import/importOptions.h"
 #include "core/project/catalog.h"
 #include "datainterface/DataAPI.h"
@@ -18,9 +21,11 @@
 #include "datainterface/MGeoData.h"
 #include "desk/dialogs/linkHistogram.h"
 #include "desk/dialogs/methodDialog.h"
+#include "desk/dialogs/modelDialog.h"
 #include "desk/methods/method.h"
 #include "desk/person.h"
 #include "desk/project/workspace.h"
+#include "desk/window/mainWindow.h"
 
 using namespace meridor;
 
@@ -55,6 +60,7 @@ private Q_SLOTS:
     void selectsByValueAndByNeighbours();
     void troubleIsASentence_data();
     void troubleIsASentence();
+    void aModelIsEdited();
     void theLogRepeatsTheSession();
 
 private:
@@ -208,6 +214,92 @@ void tst_Methods::troubleIsASentence()
     QVERIFY2(text.contains(sentence), qPrintable(text));
     for (const QString &line : workspace().log().lines().mid(lines))
         QVERIFY2(line.startsWith(QLatin1Char('#')), qPrintable(line));
+}
+
+void tst_Methods::aModelIsEdited()
+{
+    const int income = VORN_GetDatasetByName(mStates, QStringLiteral("income"));
+    ModelDialog &dialog = *program().window().showModel(income, nullptr);
+    const auto text = [&dialog](const char *name) {
+        return dialog.findChild<QLineEdit *>(QLatin1String(name));
+    };
+    const auto press = [&dialog](const char *name) {
+        QTest::mouseClick(dialog.findChild<QPushButton *>(QLatin1String(name)), Qt::LeftButton);
+    };
+    auto *const table = dialog.findChild<QTableWidget *>(QStringLiteral("structures"));
+    const auto type = [table](int column, const char *typed) {
+        table->setCurrentCell(0, column);
+        table->editItem(table->item(0, column));
+        const auto choices = table->viewport()->findChildren<QComboBox *>();
+        QWidget *editor = choices.isEmpty() ? nullptr : choices.last();
+        if (auto *const line = table->viewport()->findChild<QLineEdit *>()) {
+            line->selectAll();
+            QTest::keyClick(line, Qt::Key_Delete);
+            editor = line;
+        }
+        QTest::keyClicks(editor, QLatin1String(typed));
+        QTest::keyClick(editor, Qt::Key_Return);
+        QCoreApplication::processEvents(); // in which the editor is closed
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    const auto *const report = dialog.findChild<QLabel *>(QStringLiteral("report"));
+    const auto *const graph = dialog.findChild<ModelGraph *>();
+    const auto curveEnd = [graph] { return graph->graph().series.value(1).points.last().y(); };
+    QTRY_COMPARE(graph->graph().series.size(), 1); // pairs without a model
+    QTest::keyClicks(text("modelNugget"), QStringLiteral("1000"));
+    QCOMPARE(curveEnd(), 1000.0);
+    press("addStructure");
+    type(0, "cub");
+    type(1, "5e6"); // with a range of 1 degree; the curve follows at once
+    QCOMPARE(curveEnd(), 5001000.0);
+
+    const auto wrong = [&](int column, const char *typed, const char *sentence) {
+        const QByteArray before = table->item(0, column)->text().toUtf8();
+        type(column, typed);
+        QCOMPARE(report->text(), QLatin1String(sentence));
+        QCOMPARE(text("command line")->text(), QString());
+        QCOMPARE(dialog.save(), false);
+        QCOMPARE(report->text(), QLatin1String(sentence));
+        type(column, before.constData());
+    };
+    wrong(1, "much", "Structure 1, sill: much is no number");
+    wrong(1, "-1", "the sill of a cubic structure is -1");
+    wrong(2, "", "Structure 1, range is empty");
+    wrong(2, "0", "the range of a cubic structure is 0");
+    QCOMPARE(text("command line")->text(),
+             QStringLiteral("meridor variogram '%1' states48/income --structure nugget:1000 "
+                            "--structure cubic:5e+06:1 --estimator classical --at 2009 "
+                            "--save income")
+                 .arg(workspace().path()));
+    press("saveModel");
+    QCOMPARE(report->text(), QStringLiteral("income is stored."));
+    const auto stored = [income] {
+        return structuresText(structuresAt(findModel(income, QStringLiteral("income")), 2009));
+    };
+    QCOMPARE(stored(), QStringLiteral("nugget:1000,cubic:5e+06:1"));
+
+    // A fit replaces what was typed, and Save now replaces the model.
+    press("fit");
+    QVERIFY2(table->item(0, 2)->text().toDouble() > 1, qPrintable(report->text()));
+    press("saveModel");
+    QCOMPARE(stored(), structuresText(dialog.structures()));
+    QVERIFY(stored() != QStringLiteral("nugget:1000,cubic:5e+06:1"));
+    dialog.close();
+
+    // The library's request shows the stored model. Without a dataset the project keeps it.
+    VariogramModel request{DataId(income)};
+    request.name = QStringLiteral("income");
+    program().ShowVariogramModelDialog(request, false, 0, false);
+    ModelDialog &again = *program().window().findChildren<ModelDialog *>().last();
+    QCOMPARE(structuresText(again.structures()), stored());
+    again.findChild<QComboBox *>(QStringLiteral("modelDataset"))->setCurrentIndex(0);
+    QVERIFY2(again.save(), qPrintable(again.findChild<QLabel *>("report")->text()));
+    QCOMPARE(modelNames(-1), QStringList{QStringLiteral("income")});
+    // A graph is painted while work shows its progress.
+    again.findChild<ModelGraph *>()->update();
+    run("moran", {parameter("dataset", QStringLiteral("income")),
+                  parameter("weights", QStringLiteral("queen")), parameter("permutations", 99)});
+    again.close();
 }
 
 // The same work by the command lines of the log, on a copy of the project.

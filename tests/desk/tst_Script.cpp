@@ -4,6 +4,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -33,7 +36,23 @@ const char *const kSession =
     " {`do`: `method`, `name`: `moran`,"
     " `parameters`: {`dataset`: `income`, `weights`: `queen`, `permutations`: 49, `seed`: 3,"
     " `local`: true, `save`: `income Moran`}},"
+    " {`do`: `duplicate`, `weights`: `queen`},"
+    " {`do`: `rename`, `weights`: `queen copy`, `to`: `-it's ö`},"
+    " {`do`: `duplicate`, `weights`: `-it's ö`},"
+    " {`do`: `remove`, `weights`: `queen`},"
+    " {`do`: `method`, `name`: `variogram`, `parameters`: {`dataset`: `income`, `pooled`: true,"
+    " `model`: `exponential`, `save`: `-m`}},"
+    " {`do`: `duplicate`, `model`: `-m`, `dataset`: `income`},"
+    " {`do`: `rename`, `model`: `-m copy`, `dataset`: `income`, `to`: `m's`},"
+    " {`do`: `remove`, `model`: `-m`, `dataset`: `income`},"
+    " {`do`: `method`, `name`: `variogram`, `parameters`: {`dataset`: `income`, `at`: `1950`,"
+    " `structures`: `nugget:1e4,exponential:2e5:7.5:30:20`, `save`: `own`}},"
+    " {`do`: `method`, `name`: `variogram`, `parameters`: {`dataset`: -1,"
+    " `structures`: `spherical:1:0.1`, `save`: `of the project`}},"
     " {`do`: `rename`, `dataset`: `income`, `to`: `Einkommen in €`},"
+    " {`do`: `describe`, `dataset`: `Einkommen in €`, `summary`: `$ per head, `,"
+    " `history`: `first line\n#second's line`},"
+    " {`do`: `describe`, `geography`: `states`, `history`: ``},"
     " {`do`: `duplicate`, `dataset`: `sub_region`},"
     " {`do`: `view`, `kind`: `map`, `datasets`: [`sub_region 2`]},"
     " {`do`: `export`, `file`: `map.png`},"
@@ -103,6 +122,18 @@ private:
         return run(QStringLiteral(MERIDOR_TEST_DESK),
                    {QStringLiteral("--script"), QStringLiteral("steps.json")});
     }
+    /// What "meridor info" tells of a project besides its file.
+    QJsonObject held(const QString &file) const
+    {
+        QProcess process;
+        process.start(QStringLiteral(MERIDOR_DIRECTORY "/meridor"),
+                      {QStringLiteral("info"), QStringLiteral("--json"), file});
+        process.waitForFinished(60000);
+        QJsonObject all = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
+        all.remove(QStringLiteral("project"));
+        all.remove(QStringLiteral("bytes"));
+        return all;
+    }
     Workspace &workspace() const { return static_cast<Application *>(qApp)->workspace(); }
 
     std::unique_ptr<QTemporaryDir> mFolder;
@@ -133,7 +164,14 @@ void tst_Script::theLogRepeatsTheSession()
         QVERIFY(workspace().open(path(name)));
         QCOMPARE(differences(kept, takeSnapshot()), QStringList());
         QVERIFY(kept.count > 48 * 81);
+        QCOMPARE(held(path(name)), held(path("kept/") + QLatin1String(name)));
     }
+    const QJsonObject last = held(path("second.vorn"));
+    QCOMPARE(last["geographies"][0]["weightSets"].toArray(),
+             (QJsonArray{QStringLiteral("-it's ö"), QStringLiteral("-it's ö copy")}));
+    QCOMPARE(last["variogramModels"].toArray().size(), 3);
+    QCOMPARE(last["variogramModels"][0]["name"].toString(), QStringLiteral("m's"));
+    QCOMPARE(last["geographies"][0]["history"].toString(), QString());
     QCOMPARE(read("table.csv"), read("kept/table.csv"));
     QCOMPARE(read("table.csv").count('\n'), 49);
     QVERIFY(findDataset(QStringLiteral("Einkommen in €")) >= 0);
@@ -171,6 +209,70 @@ void tst_Script::failingStepsAreNamed_data()
         "[" + import + ", {`do`: `time`, `geography`: `states`, `time`: `someday`}]", "someday");
     row("unwritable", "[" + import + ", {`do`: `save`, `file`: `no/such/folder.vorn`}]",
         "step 2 (save): ");
+    row("member that is none",
+        "[" + import + ", {`do`: `select`, `geography`: `states`, `objcts`: []}]",
+        "step 2 (select): it has no member \"objcts\"");
+    row("dropped rubbish", "[{`do`: `drop`, `file`: `rubbish.vorn`}]", "step 1 (drop): Open: ");
+    row("dropped file that is not there", "[{`do`: `drop`, `file`: `absent.csv`}]", "absent.csv");
+    row("dropped device", "[{`do`: `drop`, `file`: `/dev/zero`}]", "is a pipe or a device");
+    // Each of the following is refused by what it acts on.
+    const auto refused = [&](const char *name, const char *step, const char *text) {
+        row(name,
+            "[" + import
+                + ", {`do`: `view`, `kind`: `map`, `datasets`: [`income`]},"
+                  " {`do`: `view`, `kind`: `histogram`, `datasets`: [`income`]},"
+                  " {`do`: `view`, `kind`: `table`, `geography`: `states`},"
+                + QLatin1String(step) + "]",
+            text);
+    };
+    refused("text dropped on a histogram", "{`do`: `drop`, `dataset`: `abbr`, `view`: 2}",
+            "step 5 (drop): the view does not take abbr");
+    refused("dropped on a table", "{`do`: `drop`, `dataset`: `abbr`, `view`: 3}",
+            "step 5 (drop): the view does not take abbr");
+    refused("file dropped on a view", "{`do`: `drop`, `file`: `rubbish.vorn`, `view`: 1}",
+            "step 5 (drop): a file is dropped on the window");
+    refused("unsaved changes", "{`do`: `drop`, `file`: `other.vorn`}",
+            "the project has changes; save or close it first");
+    refused("unsaved changes, sample", "{`do`: `sample`}", "the project has changes");
+    refused("question", "{`do`: `action`, `name`: `fileOpen`}",
+            "step 5 (action): it asks \"Open a project\"");
+    refused("nothing to zoom to", "{`do`: `zoom`, `view`: 1, `to`: `selection`}",
+            "Nothing is selected");
+    refused("unknown zoom", "{`do`: `zoom`, `view`: 1, `to`: `al`}", "a zoom is to");
+    refused("extent of a graph", "{`do`: `zoom`, `view`: 2, `extent`: [0, 0, 1, 1]}",
+            "only a map has an extent");
+    refused("extent inside out", "{`do`: `zoom`, `view`: 1, `extent`: [0, 1, 1, 0]}",
+            "an extent is [left");
+    refused("unknown classes", "{`do`: `classes`, `view`: 1, `method`: `best`}", "best");
+    refused("unknown palette", "{`do`: `classes`, `view`: 1, `palette`: `mud`}", "mud");
+    refused("number of classes", "{`do`: `classes`, `view`: 1, `count`: `many`}", "\"count\"");
+    refused("classes of a table", "{`do`: `classes`, `view`: 3, `count`: 3}",
+            "the view has no classes");
+    refused("unknown group", "{`do`: `link`, `view`: 1, `group`: `C`}", "a group is");
+    refused("view by name", "{`do`: `unlink`, `view`: `1`}", "is the number of a view");
+    refused("mode that is no text", "{`do`: `select`, `objects`: [`Utah`], `mode`: 2}",
+            "\"mode\" is a text");
+    refused("unknown parameter", "{`do`: `method`, `name`: `moran`, `parameters`: {`data`: 1}}",
+            "there is no parameter \"data\"");
+    refused("wrong choice",
+            "{`do`: `method`, `name`: `weights`, `parameters`: {`geography`: `states`,"
+            " `name`: `w`, `method`: `bishop`}}",
+            "\"method\" is one of queen, rook, nearest, range, not bishop");
+    refused("no number",
+            "{`do`: `method`, `name`: `variogram`, `parameters`: {`dataset`: `income`,"
+            " `cutoff`: `far`}}",
+            "\"cutoff\" is a number, not far");
+    refused("unwritable picture", "{`do`: `export`, `view`: 1, `file`: `no/such/map.png`}",
+            "step 5 (export): ");
+    refused("unwritable log", "{`do`: `log`, `file`: `no/such/log.sh`}", "step 5 (log): ");
+    refused("no duplicate of a geography", "{`do`: `duplicate`, `geography`: `states`}",
+            "it has no member \"geography\"");
+    refused("taken name of weights",
+            "{`do`: `method`, `name`: `weights`, `parameters`: {`geography`: `states`,"
+            " `name`: `w`}}, {`do`: `duplicate`, `weights`: `w`},"
+            " {`do`: `rename`, `weights`: `w copy`, `to`: `w`}",
+            "states has a weight set w already");
+    refused("no wait", "{`do`: `wait`, `milliseconds`: -1}", "it waits 0 to");
     row("locked", "[" + import + ", {`do`: `save`, `file`: `locked.vorn`}]", "is changing it");
 }
 

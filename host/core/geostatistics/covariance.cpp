@@ -116,6 +116,13 @@ VariogramModelAtT parseStructures(const QString &text)
     return model;
 }
 
+double degreesOf(double radians)
+{
+    const double degrees = radians / kDegree;
+    const double rounded = std::round(degrees * 1e9) / 1e9;
+    return rounded * kDegree == radians ? rounded : degrees;
+}
+
 QString structuresText(const VariogramModelAtT &model)
 {
     QStringList parts;
@@ -126,7 +133,7 @@ QString structuresText(const VariogramModelAtT &model)
             fields.append(exactNumber(structure.minorRange));
         if (structure.majorRange != structure.minorRange)
             fields.append(
-                {exactNumber(structure.majorRange), exactNumber(structure.angle / kDegree)});
+                {exactNumber(structure.majorRange), exactNumber(degreesOf(structure.angle))});
         parts.append(fields.join(QLatin1Char(':')));
     }
     return parts.join(QLatin1Char(','));

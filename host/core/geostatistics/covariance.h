@@ -15,6 +15,8 @@ namespace meridor {
 MERIDOR_EXPORT VariogramModelAtT parseStructures(const QString &text);
 /// The form that parseStructures reads.
 MERIDOR_EXPORT QString structuresText(const VariogramModelAtT &model);
+/// An angle in degrees with as few decimals as give the same radians: 30, and not 29.999999999999996.
+MERIDOR_EXPORT double degreesOf(double radians);
 /// "spherical"
 MERIDOR_EXPORT const char *structureName(VariogramBasicModel::ModelType type);
 /// Raises a Failure of kind Misused for an unknown name.

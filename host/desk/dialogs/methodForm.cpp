@@ -187,7 +187,8 @@ void MethodForm::refill()
         else
             things = datasets(field.kind, owner);
         if (field.optional)
-            things.prepend({methodText("none"), field.value});
+            things.prepend({field.kind == MethodField::Time ? methodText("all") : methodText("none"),
+                            field.value});
         auto *const box = static_cast<QComboBox *>(mControls[field.name]);
         const QVariant before = box->currentData();
         box->clear();
@@ -216,9 +217,11 @@ QVariant MethodForm::valueOf(const MethodField &field) const
     const QString text = static_cast<const QLineEdit *>(control)->text();
     if (field.kind != MethodField::Number)
         return text.trimmed();
+    if (text.trimmed().isEmpty())
+        return field.value;
     bool isNumber = false;
     const double number = QLocale::c().toDouble(text, &isNumber);
-    return isNumber ? QVariant(number) : field.value;
+    return isNumber ? QVariant(number) : QVariant(text); // the method tells what it cannot be
 }
 
 void MethodForm::show(const MethodField &field, const QVariant &value)

@@ -91,6 +91,8 @@ public:
     /// @param parameters  those that are absent have their defaults.
     bool execute(Workspace &workspace, const Method &method,
                  const QVector<MethodParameter> &parameters, MethodReport &report) const;
+    /// Raises a Failure if a parameter is none of the method's fields.
+    void requireParameters(const Method &method, const QVector<MethodParameter> &parameters) const;
     /// The command line of a method; empty if it cannot be told for these parameters.
     QString invocation(Workspace &workspace, const Method &method,
                        const QVector<MethodParameter> &parameters) const;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <cmath>
 #include <exception>
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/WeightsAPI.h"
+#include "desk/methods/fields.h"
 #include "desk/methods/method.h"
 #include "desk/project/workspace.h"
 
@@ -42,11 +45,45 @@ int MethodRegister::numberOf(const QString &name) const
 
 namespace {
 
-/// Names of things in the project become their ids.
+/// A number within the limits of its field. A form gives what is not one as text.
+QVariant requireNumber(const MethodField &field, const QVariant &value)
+{
+    bool isNumber = false;
+    const double number = value.toDouble(&isNumber);
+    const bool isWhole = field.kind == MethodField::Whole;
+    if (!isNumber || value.type() == QVariant::Bool || (isWhole && number != std::floor(number)))
+        fail((isWhole ? methodText("\"%1\" is a whole number, not %2")
+                      : methodText("\"%1\" is a number, not %2"))
+                 .arg(field.name, value.toString()));
+    if (!(number >= field.least && number <= field.most))
+        fail(methodText("\"%1\" is between %2 and %3, not %4")
+                 .arg(field.name, QString::number(field.least, 'g', 12),
+                      QString::number(field.most, 'g', 12), value.toString()));
+    return value;
+}
+
+QVariant requireChoice(const MethodField &field, const QVariant &value)
+{
+    if (!field.choices.contains(value.toString()))
+        fail(methodText("\"%1\" is one of %2, not %3")
+                 .arg(field.name, field.choices.join(QStringLiteral(", ")), value.toString()));
+    return value;
+}
+
+/// Names of things in the project become their ids. Raises a Failure for a value that the field
+/// cannot have.
 QVariant resolved(const MethodField &field, const QVariant &value)
 {
+    if (field.kind == MethodField::Number || field.kind == MethodField::Whole)
+        return requireNumber(field, value);
+    if (field.kind == MethodField::Choice)
+        return requireChoice(field, value);
+    if (field.kind == MethodField::Flag && value.type() != QVariant::Bool)
+        fail(methodText("\"%1\" is true or false").arg(field.name));
     if (value.type() != QVariant::String)
         return value;
+    if (field.kind == MethodField::Model || field.kind == MethodField::Time)
+        return value; // a name or a text already
     if (field.optional && value.toString().isEmpty())
         return -1;
     switch (field.kind) {
@@ -80,6 +117,19 @@ QVector<MethodParameter> MethodRegister::completed(const Method &method,
     return all;
 }
 
+void MethodRegister::requireParameters(const Method &method,
+                                       const QVector<MethodParameter> &parameters) const
+{
+    for (const MethodParameter &given : parameters) {
+        QStringList names;
+        for (const MethodField &field : method.fields)
+            names.append(field.name);
+        if (!names.contains(given.name))
+            fail(methodText("there is no parameter \"%1\"; there are: %2")
+                     .arg(given.name, names.join(QStringLiteral(", "))));
+    }
+}
+
 bool MethodRegister::execute(Workspace &workspace, const Method &method,
                              const QVector<MethodParameter> &parameters, MethodReport &report) const
 {
@@ -87,6 +137,7 @@ bool MethodRegister::execute(Workspace &workspace, const Method &method,
     QStringList line;
     bool changes = false;
     const bool done = workspace.run(method.title, [&](const Progress &progress) {
+        requireParameters(method, parameters);
         const MethodArguments arguments(completed(method, parameters));
         line = method.commandLine(workspace, arguments); // ids may be gone afterwards
         changes = method.changesProject(arguments);

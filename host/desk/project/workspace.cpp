@@ -51,8 +51,9 @@ public:
     }
     bool PollProgress() override
     {
+        // This processes events: a paint in one would paint in the midst of another.
         HostDialogs *const qt = VORN_GetQtDialogs();
-        return !qt || qt->PollProgress();
+        return !qt || mWorkspace.mIsPainting || qt->PollProgress();
     }
     void SetProgressButton(const QString &text, bool resetOnCancel) override
     {

@@ -55,6 +55,9 @@ public:
     /// Whether run() or look() is working. The dialog processes events: a timer or a paint that needs
     /// the library must not ask it now, and is to come back after idle().
     bool isBusy() const { return mDepth > 0; }
+    /// Whether a widget is being painted. Meanwhile the progress dialog processes no events.
+    bool isPainting() const { return mIsPainting; }
+    void setPainting(bool isPainting) { mIsPainting = isPainting; }
     /// Tells the user a sentence, in the line of messages and in the log.
     void tell(const QString &text, bool isTrouble = false);
 
@@ -195,6 +198,7 @@ private:
     std::unique_ptr<FileLock> mRecoveryLock; ///< shows that a file without a project is in use
     int mDepth = 0;
     bool mIsIdleDue = false; ///< idle() follows a look()
+    bool mIsPainting = false;
     bool mInStep = false;
     QHash<int, qint64> mTimes;
     QHash<int, QVector<qint64>> mSteps;

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <clocale>
 #include <unistd.h>
+#include "core/geostatistics/variogramModels.h"
+#include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "datainterface/VersionAPI.h"
 #include "desk/dialogs/methodDialog.h"
@@ -86,8 +88,36 @@ void Application::setDark()
     setPalette(colors);
 }
 
+namespace {
+
+/// Marks that a widget is being painted, for the length of a scope.
+class Painting {
+public:
+    Painting(Workspace *workspace, const QEvent &event)
+        : mWorkspace(event.type() == QEvent::Paint ? workspace : nullptr),
+          mWasPainting(mWorkspace && mWorkspace->isPainting())
+    {
+        if (mWorkspace)
+            mWorkspace->setPainting(true);
+    }
+    ~Painting()
+    {
+        if (mWorkspace)
+            mWorkspace->setPainting(mWasPainting);
+    }
+    Painting(const Painting &) = delete;
+    Painting &operator=(const Painting &) = delete;
+
+private:
+    Workspace *mWorkspace;
+    bool mWasPainting;
+};
+
+} // namespace
+
 bool Application::notify(QObject *receiver, QEvent *event)
 {
+    const Painting painting(mWorkspace.get(), *event);
     QString trouble;
     try {
         return QApplication::notify(receiver, event);
@@ -162,11 +192,15 @@ void Application::ShowSpatialWeightSetDialog(int geographyId, bool, bool)
         mWindow->showMethod(*method, {{QStringLiteral("geography"), geographyId}});
 }
 
+// The library makes the model of numbers without structures: those of a stored model of this name are
+// shown, if there is one.
 void Application::ShowVariogramModelDialog(VariogramModel &model, bool, int, bool)
 {
-    if (const Method *const method = mMethods->find(QStringLiteral("variogram")))
-        mWindow->showMethod(*method, {{QStringLiteral("dataset"), static_cast<int>(model.dataset)},
-                                      {QStringLiteral("save"), model.name}});
+    const int owner = datasetOf(model.dataset) ? static_cast<int>(model.dataset) : -1;
+    VariogramModel shown = model;
+    if (model.centroidModels.isEmpty() && modelNames(owner).contains(model.name))
+        modelAt(placeOfModel(owner, model.name), shown);
+    mWindow->showModel(owner, &shown);
 }
 
 ViewWindow *Application::viewWindow(int number) const

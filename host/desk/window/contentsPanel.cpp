@@ -196,8 +196,8 @@ void ContentsPanel::openUsual()
         openTable();
     else if (thing.kind == Thing::WeightSet)
         showNeighbors();
-    else
-        openProperties();
+    else if (thing.kind == Thing::Model)
+        Q_EMIT modelWanted(thing);
 }
 
 void ContentsPanel::openProperties()

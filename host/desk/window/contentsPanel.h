@@ -31,6 +31,7 @@ public:
 Q_SIGNALS:
     void viewWanted(const ViewRequest &request);
     void propertiesWanted(const Thing &thing);
+    void modelWanted(const Thing &model);
     /// The dialog of a method, with the thing as its parameter `parameter`.
     void methodWanted(const QString &method, const QString &parameter, int id);
     void selectionChanged();

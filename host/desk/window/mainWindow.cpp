@@ -31,9 +31,11 @@
 #include "core/project/safeFile.h"
 #include "core/report/gather.h"
 #include "core/report/page.h"
+#include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
 #include "desk/dialogs/importDialog.h"
 #include "desk/dialogs/methodDialog.h"
+#include "desk/dialogs/modelDialog.h"
 #include "desk/dialogs/propertiesDialog.h"
 #include "desk/models/datasetMime.h"
 #include "desk/project/importLine.h"
@@ -125,6 +127,7 @@ MainWindow::MainWindow(Workspace &workspace, const MethodRegister &methods)
     connect(mArea, &ViewArea::countChanged, this, &MainWindow::showPage);
     connect(mContents, &ContentsPanel::viewWanted, this, &MainWindow::openView);
     connect(mContents, &ContentsPanel::propertiesWanted, this, &MainWindow::showProperties);
+    connect(mContents, &ContentsPanel::modelWanted, this, &MainWindow::editModel);
     connect(mContents, &ContentsPanel::methodWanted, this,
             [this](const QString &method, const QString &parameter, int id) {
                 if (const Method *const found = mMethods.find(method))
@@ -345,6 +348,9 @@ void MainWindow::makeMethodMenu()
         mProjectActions << addTo(menu, QByteArray("method " + method.name.toUtf8()).constData(),
                                  tr("%1...").arg(method.title), {},
                                  [this, &method] { showMethod(method, {}); });
+    menu->addSeparator();
+    mProjectActions << addTo(menu, "editModel", tr("&Edit a variogram model..."), {},
+                             [this] { editModel(mContents->selected().value(0)); });
 }
 
 void MainWindow::makeHelpMenu()
@@ -672,6 +678,25 @@ void MainWindow::showMethod(const Method &method, const QVector<MethodParameter>
     dialog->form().setParameters(parameters);
     connect(dialog, &MethodDialog::helpWanted, this, &MainWindow::showHelp);
     dialog->show();
+}
+
+ModelDialog *MainWindow::showModel(int dataset, const VariogramModel *model)
+{
+    auto *const dialog = new ModelDialog(mWorkspace, mMethods, this);
+    connect(dialog, &ModelDialog::helpWanted, this, &MainWindow::showHelp);
+    model ? dialog->setModel(*model) : dialog->setDataset(dataset);
+    dialog->show();
+    return dialog;
+}
+
+void MainWindow::editModel(const Thing &thing)
+{
+    VariogramModel model;
+    if (thing.kind == Thing::Model && modelAt({thing.owner, thing.id}, model))
+        showModel(thing.owner, &model);
+    else
+        showModel(thing.kind == Thing::Dataset && datasetOf(thing.id)->IsNumeric() ? thing.id : -1,
+                  nullptr);
 }
 
 void MainWindow::showHelp(const QString &topic)

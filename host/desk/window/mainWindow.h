@@ -18,12 +18,15 @@ class QMimeData;
 class QStackedWidget;
 class QVBoxLayout;
 
+class VariogramModel;
+
 namespace meridor {
 
 class ContentsPanel;
 class ImportDialog;
 class LogPanel;
 class MethodRegister;
+class ModelDialog;
 class StartPage;
 class TimeBar;
 class ViewArea;
@@ -64,6 +67,10 @@ public:
     void showProperties(const Thing &thing);
     /// Shows the dialog of a method, filled with these parameters.
     void showMethod(const Method &method, const QVector<MethodParameter> &parameters);
+    /// The dialog of a variogram model of a dataset, or of the project: of a new one without `model`.
+    ModelDialog *showModel(int dataset, const VariogramModel *model);
+    /// The same for a model of the contents, or for a new model of a dataset.
+    void editModel(const Thing &thing);
     /// Shows a page of the help: "meridor.md#moran", or a heading of desk.md.
     void showHelp(const QString &topic);
 

@@ -7,9 +7,11 @@
 #include <QDropEvent>
 #include <QEventLoop>
 #include <QFile>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
@@ -18,8 +20,10 @@
 #include <QStyle>
 #include <QTimer>
 #include <QUrl>
+#include <algorithm>
 #include <memory>
 #include "core/analysis/weightSets.h"
+#include "core/geostatistics/variogramModels.h"
 #include "core/import/guessImport.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -27,6 +31,9 @@
 #include "desk/methods/method.h"
 #include "desk/models/datasetMime.h"
 #include "desk/project/workspace.h"
+#include "desk/views/graphView.h"
+#include "desk/views/mapLayerView.h"
+#include "desk/views/tableView.h"
 #include "desk/views/viewWindow.h"
 #include "desk/window/logPanel.h"
 #include "desk/window/mainWindow.h"
@@ -44,13 +51,43 @@ QString text(const char *source)
     return QCoreApplication::translate("Script", source);
 }
 
-QStringList stringsOf(const QJsonValue &value)
+/// A text member; empty if the step has none.
+QString optionalText(const QJsonObject &step, const char *name)
 {
+    const QJsonValue value = step.value(QLatin1String(name));
+    if (!value.isString() && !value.isUndefined())
+        fail(text("\"%1\" is a text").arg(QLatin1String(name)));
+    return value.toString();
+}
+
+QString stringOf(const QJsonObject &step, const char *name)
+{
+    if (!step.contains(QLatin1String(name)))
+        fail(text("it needs a text \"%1\"").arg(QLatin1String(name)));
+    return optionalText(step, name);
+}
+
+bool flagOf(const QJsonObject &step, const char *name, bool present)
+{
+    const QJsonValue value = step.value(QLatin1String(name));
+    if (!value.isBool() && !value.isUndefined())
+        fail(text("\"%1\" is true or false").arg(QLatin1String(name)));
+    return value.toBool(present);
+}
+
+/// The texts of a list, or a single text.
+QStringList stringsOf(const QJsonObject &step, const char *name)
+{
+    const QJsonValue value = step.value(QLatin1String(name));
     QStringList strings;
     if (value.isString())
         strings.append(value.toString());
     for (const QJsonValue &each : value.toArray())
-        strings.append(each.toString());
+        if (each.isString())
+            strings.append(each.toString());
+    if (strings.isEmpty() ? !value.isArray()
+                          : value.isArray() && strings.size() != value.toArray().size())
+        fail(text("\"%1\" is a list of texts").arg(QLatin1String(name)));
     return strings;
 }
 
@@ -64,8 +101,7 @@ QPointF pointOf(const QJsonValue &value)
 
 ImportOptions importOptions(const QJsonObject &step, const QString &file)
 {
-    ImportOptions options =
-        guessImport(file, step.value(QStringLiteral("layer")).toString()).options;
+    ImportOptions options = guessImport(file, optionalText(step, "layer")).options;
     const std::pair<const char *, QString *> texts[] = {
         {"name", &options.name},         {"key", &options.key},
         {"start", &options.start},       {"end", &options.end},
@@ -74,17 +110,64 @@ ImportOptions importOptions(const QJsonObject &step, const QString &file)
         {"dataset", &options.dataset},   {"decimal", &options.decimal},
         {"encoding", &options.encoding}, {"realizations", &options.realizations}};
     for (const auto &[name, target] : texts)
-        if (const QJsonValue value = step.value(QLatin1String(name)); value.isString())
-            *target = value.toString();
+        if (step.contains(QLatin1String(name)))
+            *target = stringOf(step, name);
     const std::pair<const char *, QStringList *> lists[] = {
         {"fields", &options.fields}, {"tables", &options.tables}, {"series", &options.series}};
     for (const auto &[name, target] : lists)
         if (step.contains(QLatin1String(name)))
-            *target = stringsOf(step.value(QLatin1String(name)));
-    options.bandsAreTimes =
-        step.value(QStringLiteral("bandsAreTimes")).toBool(options.bandsAreTimes);
+            *target = stringsOf(step, name);
+    options.bandsAreTimes = flagOf(step, "bandsAreTimes", options.bandsAreTimes);
     return options;
 }
+
+/// What a view shows in place of its picture; empty if it has one.
+QString troubleOf(const View &view)
+{
+    if (const auto *const graph = dynamic_cast<const GraphView *>(&view))
+        return graph->trouble();
+    if (const auto *const layer = dynamic_cast<const MapLayerView *>(&view))
+        return layer->trouble();
+    if (const auto *const table = dynamic_cast<const TableView *>(&view))
+        return table->trouble();
+    return QString();
+}
+
+/// Answers what a step asks the user, which no script can: the question is closed, and the step
+/// fails. Lives while a step is played.
+class Questions {
+public:
+    explicit Questions(MainWindow &window) : mWindow(window), mBefore(window.askUnsaved)
+    {
+        mWindow.askUnsaved = [this] {
+            mAsked = text("the project has changes; save or close it first");
+            return MainWindow::Unsaved::Stay;
+        };
+        QObject::connect(&mTimer, &QTimer::timeout, [this] { closeDialog(); });
+        mTimer.start(kRestBetweenSteps);
+    }
+    ~Questions() { mWindow.askUnsaved = mBefore; }
+    Questions(const Questions &) = delete;
+    Questions &operator=(const Questions &) = delete;
+    /// Empty if nothing was asked.
+    const QString &asked() const { return mAsked; }
+
+private:
+    /// The dialog of progress is no question.
+    void closeDialog()
+    {
+        QWidget *const modal = QApplication::activeModalWidget();
+        if (!qobject_cast<QMessageBox *>(modal) && !qobject_cast<QFileDialog *>(modal))
+            return;
+        mAsked = text("it asks \"%1\", which a script cannot answer").arg(modal->windowTitle());
+        static_cast<QDialog *>(modal)->reject();
+    }
+
+    MainWindow &mWindow;
+    const std::function<MainWindow::Unsaved()> mBefore;
+    QTimer mTimer;
+    QString mAsked;
+};
 
 class Player {
 public:
@@ -93,71 +176,90 @@ public:
     {
     }
 
+    /// Plays a step and waits a moment, in which a window does what it left for later. Raises a
+    /// Failure if the step is refused, also if the user is merely told so.
     void play(const QJsonObject &step)
     {
-        const QString what = step.value(QStringLiteral("do")).toString();
-        const QHash<QString, void (Player::*)(const QJsonObject &)> steps{
-            {QStringLiteral("open"), &Player::open},
-            {QStringLiteral("sample"), &Player::sample},
-            {QStringLiteral("import"), &Player::import},
-            {QStringLiteral("form"), &Player::form},
-            {QStringLiteral("view"), &Player::view},
-            {QStringLiteral("drop"), &Player::drop},
-            {QStringLiteral("select"), &Player::select},
-            {QStringLiteral("time"), &Player::time},
-            {QStringLiteral("brush"), &Player::brush},
-            {QStringLiteral("hover"), &Player::hover},
-            {QStringLiteral("zoom"), &Player::zoom},
-            {QStringLiteral("classes"), &Player::classes},
-            {QStringLiteral("realization"), &Player::realization},
-            {QStringLiteral("method"), &Player::method},
-            {QStringLiteral("link"), &Player::link},
-            {QStringLiteral("unlink"), &Player::unlink},
-            {QStringLiteral("action"), &Player::action},
-            {QStringLiteral("properties"), &Player::properties},
-            {QStringLiteral("rename"), &Player::rename},
-            {QStringLiteral("duplicate"), &Player::duplicate},
-            {QStringLiteral("remove"), &Player::remove},
-            {QStringLiteral("export"), &Player::exportView},
-            {QStringLiteral("report"), &Player::report},
-            {QStringLiteral("log"), &Player::log},
-            {QStringLiteral("save"), &Player::save},
-            {QStringLiteral("close"), &Player::close},
-            {QStringLiteral("wait"), &Player::wait}};
-        const auto found = steps.constFind(what);
-        if (found == steps.constEnd())
-            fail(text("there is no step of this name"));
+        const Step &found = stepOf(step);
         QString trouble;
-        const auto told = QObject::connect(&mWorkspace, &Workspace::told, &mWorkspace,
-                                           [&trouble](const QString &said, bool isTrouble) {
-                                               if (isTrouble)
-                                                   trouble = said;
-                                           });
-        const auto end = [&told] { QObject::disconnect(told); };
+        QObject listener;
+        QObject::connect(&mWorkspace, &Workspace::told, &listener,
+                         [&trouble](const QString &said, bool isTrouble) {
+                             if (isTrouble)
+                                 trouble = said;
+                         });
+        const Questions questions(mWindow);
         try {
-            (this->**found)(step);
-        } catch (...) {
-            end();
-            throw;
+            (this->*found.play)(step);
+            rest(kRestBetweenSteps);
+        } catch (const Failure &) {
+            if (trouble.isEmpty() && questions.asked().isEmpty())
+                throw;
         }
-        end();
+        if (!questions.asked().isEmpty())
+            fail(questions.asked());
         if (!trouble.isEmpty())
             fail(trouble);
     }
 
 private:
-    static QString stringOf(const QJsonObject &step, const char *name)
+    struct Step {
+        void (Player::*play)(const QJsonObject &);
+        const char *members; ///< names besides "do", separated by blanks; null: any
+    };
+
+    static const Step &stepOf(const QJsonObject &step)
     {
-        const QJsonValue value = step.value(QLatin1String(name));
-        if (!value.isString())
-            fail(text("it needs a text \"%1\"").arg(QLatin1String(name)));
-        return value.toString();
+        static const QHash<QString, Step> steps{
+            {QStringLiteral("open"), {&Player::open, "file"}},
+            {QStringLiteral("sample"), {&Player::sample, ""}},
+            {QStringLiteral("import"),
+             {&Player::import, "file layer name key start end x y crs times fields tables series "
+                               "dataset decimal encoding realizations bandsAreTimes"}},
+            {QStringLiteral("form"), {&Player::form, "file"}},
+            {QStringLiteral("view"), {&Player::view, "kind datasets geography weights"}},
+            {QStringLiteral("drop"), {&Player::drop, "file dataset view"}},
+            {QStringLiteral("select"), {&Player::select, "objects geography view mode"}},
+            {QStringLiteral("time"), {&Player::time, "time geography view"}},
+            {QStringLiteral("brush"), {&Player::brush, "from to unit mode view"}},
+            {QStringLiteral("hover"), {&Player::hover, "at object unit view"}},
+            {QStringLiteral("zoom"), {&Player::zoom, "to extent view"}},
+            {QStringLiteral("classes"),
+             {&Player::classes, "method count limits palette reversed allTimes view"}},
+            {QStringLiteral("realization"), {&Player::realization, "number view"}},
+            {QStringLiteral("method"), {&Player::method, "name parameters show"}},
+            {QStringLiteral("model"), {&Player::model, "model dataset"}},
+            {QStringLiteral("link"), {&Player::link, "group view"}},
+            {QStringLiteral("unlink"), {&Player::unlink, "view"}},
+            {QStringLiteral("action"), {&Player::action, "name view"}},
+            {QStringLiteral("properties"),
+             {&Player::properties, "dataset weights model geography"}},
+            {QStringLiteral("describe"), {&Player::describe, "dataset geography summary history"}},
+            {QStringLiteral("rename"), {&Player::rename, "dataset weights model geography to"}},
+            {QStringLiteral("duplicate"), {&Player::duplicate, "dataset weights model"}},
+            {QStringLiteral("remove"), {&Player::remove, "dataset weights model geography"}},
+            {QStringLiteral("export"), {&Player::exportView, "file view"}},
+            {QStringLiteral("report"), {&Player::report, "file"}},
+            {QStringLiteral("log"), {&Player::log, "file"}},
+            {QStringLiteral("save"), {&Player::save, "file"}},
+            {QStringLiteral("close"), {&Player::close, "view"}},
+            {QStringLiteral("wait"), {&Player::wait, "milliseconds"}}};
+        const auto found = steps.constFind(step.value(QStringLiteral("do")).toString());
+        if (found == steps.constEnd())
+            fail(text("there is no step of this name"));
+        const QStringList members = QString::fromLatin1(found->members).split(QLatin1Char(' '));
+        for (const QString &name : step.keys())
+            if (name != QLatin1String("do") && !members.contains(name))
+                fail(text("it has no member \"%1\"").arg(name));
+        return *found;
     }
 
     /// The view of that number, from 1; the active one without a number.
     ViewWindow &viewOf(const QJsonObject &step) const
     {
         const QJsonValue number = step.value(QStringLiteral("view"));
+        if (!number.isDouble() && !number.isUndefined())
+            fail(text("\"view\" is the number of a view"));
         ViewWindow *const found = number.isDouble()
                                       ? mWindow.area().windows().value(number.toInt() - 1)
                                       : mWindow.area().active();
@@ -176,13 +278,14 @@ private:
 
     int geographyOf(const QJsonObject &step) const
     {
-        const QJsonValue name = step.value(QStringLiteral("geography"));
-        return name.isString() ? findGeography(name.toString()) : currentOf(step).geography();
+        return step.contains(QStringLiteral("geography"))
+                   ? findGeography(stringOf(step, "geography"))
+                   : currentOf(step).geography();
     }
 
     static SelectionMode modeOf(const QJsonObject &step)
     {
-        const QString mode = step.value(QStringLiteral("mode")).toString();
+        const QString mode = optionalText(step, "mode");
         if (mode == QLatin1String("add"))
             return SelectionMode::Add;
         if (mode == QLatin1String("toggle"))
@@ -192,30 +295,49 @@ private:
         return SelectionMode::Replace;
     }
 
+    /// Raises a Failure if a step was not done. What the user was told is the better reason.
+    static void require(bool isDone)
+    {
+        if (!isDone)
+            fail(text("it was refused"));
+    }
+
     void open(const QJsonObject &step) { mWindow.openFile(stringOf(step, "file")); }
-    void sample(const QJsonObject &) { mWindow.openSample(); }
+    void sample(const QJsonObject &) { require(mWindow.openSample()); }
 
     void import(const QJsonObject &step)
     {
-        mWorkspace.import(importOptions(step, stringOf(step, "file")));
+        require(mWorkspace.import(importOptions(step, stringOf(step, "file"))) >= 0);
     }
 
-    void form(const QJsonObject &step) { mWindow.importFile(stringOf(step, "file")); }
+    void form(const QJsonObject &step) { require(mWindow.importFile(stringOf(step, "file"))); }
 
-    void view(const QJsonObject &step) { mWindow.openView(viewRequestOf(step)); }
+    void view(const QJsonObject &step)
+    {
+        if (step.contains(QStringLiteral("datasets")))
+            stringsOf(step, "datasets");
+        require(mWindow.openView(viewRequestOf(step)));
+    }
 
     void drop(const QJsonObject &step)
     {
+        const bool isFile = step.contains(QStringLiteral("file"));
+        const int dataset = isFile ? -1 : findDataset(stringOf(step, "dataset"));
         std::unique_ptr<QMimeData> data;
-        if (const QJsonValue file = step.value(QStringLiteral("file")); file.isString()) {
+        if (isFile) {
+            const QString file = QFileInfo(stringOf(step, "file")).absoluteFilePath();
             data = std::make_unique<QMimeData>();
-            data->setUrls({QUrl::fromLocalFile(QFileInfo(file.toString()).absoluteFilePath())});
+            data->setUrls({QUrl::fromLocalFile(file)});
         } else {
-            data.reset(mimeOf(findDataset(stringOf(step, "dataset"))));
+            data.reset(mimeOf(dataset));
         }
-        QWidget &target = step.contains(QStringLiteral("view"))
-                              ? static_cast<QWidget &>(viewOf(step))
-                              : static_cast<QWidget &>(mWindow);
+        ViewWindow *const view = step.contains(QStringLiteral("view")) ? &viewOf(step) : nullptr;
+        // What a view refuses is offered to the window around it.
+        if (view && isFile)
+            fail(text("a file is dropped on the window, not on a view"));
+        if (view && !view->accepts(dataset))
+            fail(text("the view does not take %1").arg(datasetName(dataset)));
+        QWidget &target = view ? static_cast<QWidget &>(*view) : static_cast<QWidget &>(mWindow);
         const QPoint middle = target.rect().center();
         QDragEnterEvent enter(middle, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(&target, &enter);
@@ -223,13 +345,23 @@ private:
             fail(text("it does not take this"));
         QDropEvent dropped(middle, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(&target, &dropped);
+        if (!view)
+            return;
+        const QVector<View *> views = view->views();
+        const auto shown = std::find_if(views.begin(), views.end(), [dataset](const View *each) {
+            return each->datasets().contains(dataset);
+        });
+        if (shown == views.end())
+            fail(text("the view does not show %1").arg(datasetName(dataset)));
+        if (const QString trouble = troubleOf(**shown); !trouble.isEmpty())
+            fail(trouble);
     }
 
     void select(const QJsonObject &step)
     {
         const int geography = geographyOf(step);
         QVector<unsigned int> objects;
-        for (const QString &name : stringsOf(step.value(QStringLiteral("objects"))))
+        for (const QString &name : stringsOf(step, "objects"))
             objects.append(static_cast<unsigned int>(findObject(geography, name)));
         mWorkspace.selection().select(geography, objects, modeOf(step));
     }
@@ -278,7 +410,7 @@ private:
     static QPointF placeIn(const View &view, const QJsonObject &step, const char *name)
     {
         const QPointF place = pointOf(step.value(QLatin1String(name)));
-        const QString unit = step.value(QStringLiteral("unit")).toString();
+        const QString unit = optionalText(step, "unit");
         if (unit == QLatin1String("pixels"))
             return place;
         if (!unit.isEmpty() && unit != QLatin1String("parts"))
@@ -289,15 +421,21 @@ private:
     void zoom(const QJsonObject &step)
     {
         ViewWindow &window = viewOf(step);
-        const QString to = step.value(QStringLiteral("to")).toString();
-        if (!to.isEmpty()) {
+        if (const QString to = optionalText(step, "to"); !to.isEmpty()) {
+            if (to != QLatin1String("all") && to != QLatin1String("selection"))
+                fail(text("a zoom is to \"all\" or \"selection\""));
             trigger(window, to == QLatin1String("selection") ? QStringLiteral("zoomSelection")
                                                              : QStringLiteral("zoomAll"));
             return;
         }
         QJsonObject state = window.state();
-        const QJsonValue extent = step.value(QStringLiteral("extent"));
-        if (extent.toArray().size() != 4)
+        if (!state.contains(QStringLiteral("layers")))
+            fail(text("only a map has an extent"));
+        const QJsonArray extent = step.value(QStringLiteral("extent")).toArray();
+        const bool areNumbers = std::all_of(extent.begin(), extent.end(),
+                                            [](const QJsonValue &each) { return each.isDouble(); });
+        if (extent.size() != 4 || !areNumbers || !(extent[0].toDouble() < extent[2].toDouble())
+            || !(extent[1].toDouble() < extent[3].toDouble()))
             fail(text("an extent is [left, low, right, high] in map units"));
         state.insert(QStringLiteral("extent"), extent);
         window.restore(state);
@@ -313,6 +451,10 @@ private:
             fail(text("the view has no classes"));
         QJsonObject layer = layers[active].toObject();
         QJsonObject rule = layer.value(QStringLiteral("classes")).toObject();
+        optionalText(step, "method");
+        optionalText(step, "palette");
+        for (const char *const name : {"reversed", "allTimes"})
+            flagOf(step, name, false);
         for (auto part = step.begin(); part != step.end(); ++part) {
             if (part.key() == QLatin1String("do") || part.key() == QLatin1String("view"))
                 continue;
@@ -325,6 +467,19 @@ private:
         layers[active] = layer;
         state.insert(QStringLiteral("layers"), layers);
         window.restore(state);
+        const QJsonObject shown = window.state()
+                                      .value(QStringLiteral("layers"))
+                                      .toArray()
+                                      .at(active)
+                                      .toObject()
+                                      .value(QStringLiteral("classes"))
+                                      .toObject();
+        for (const QString &name : rule.keys())
+            if (shown.value(name) != rule.value(name))
+                fail(text("\"%1\" cannot be that").arg(name));
+        if (const View *const view = window.currentView())
+            if (const QString trouble = troubleOf(*view); !trouble.isEmpty())
+                fail(trouble);
     }
 
     void realization(const QJsonObject &step)
@@ -343,20 +498,37 @@ private:
         if (!found)
             fail(text("there is no method %1").arg(name));
         QVector<MethodParameter> parameters;
-        const QJsonObject given = step.value(QStringLiteral("parameters")).toObject();
-        for (auto parameter = given.begin(); parameter != given.end(); ++parameter)
+        const QJsonValue given = step.value(QStringLiteral("parameters"));
+        if (!given.isObject() && !given.isUndefined())
+            fail(text("\"parameters\" are an object"));
+        const QJsonObject values = given.toObject();
+        for (auto parameter = values.begin(); parameter != values.end(); ++parameter)
             parameters.append({parameter.key(), parameter.value().toVariant()});
-        if (step.value(QStringLiteral("show")).toBool()) {
+        if (flagOf(step, "show", false)) {
+            mMethods.requireParameters(*found, parameters);
             mWindow.showMethod(*found, parameters);
             return;
         }
         MethodReport report;
-        mMethods.execute(mWorkspace, *found, parameters, report);
+        require(mMethods.execute(mWorkspace, *found, parameters, report));
+    }
+
+    /// The dialog of a model, or of a new one of a dataset.
+    void model(const QJsonObject &step)
+    {
+        const QString dataset = optionalText(step, "dataset");
+        if (step.contains(QStringLiteral("model")) || dataset.isEmpty())
+            mWindow.editModel(step.contains(QStringLiteral("model")) ? thingOf(step) : Thing());
+        else
+            mWindow.showModel(findDataset(dataset), nullptr);
     }
 
     void link(const QJsonObject &step)
     {
-        const QString group = step.value(QStringLiteral("group")).toString();
+        const QString group = optionalText(step, "group");
+        if (!QStringList{QString(), QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("all")}
+                 .contains(group))
+            fail(text("a group is \"A\", \"B\" or \"all\""));
         viewOf(step).setGroup(group == QLatin1String("A")   ? ViewWindow::GroupA
                               : group == QLatin1String("B") ? ViewWindow::GroupB
                                                             : ViewWindow::Main);
@@ -383,29 +555,58 @@ private:
 
     static Thing thingOf(const QJsonObject &step)
     {
+        const QString dataset = optionalText(step, "dataset");
+        if (step.contains(QStringLiteral("model"))) {
+            const ModelPlace place = placeOfModel(dataset.isEmpty() ? -1 : findDataset(dataset),
+                                                  stringOf(step, "model"));
+            return {Thing::Model, place.id, place.dataset};
+        }
         if (step.contains(QStringLiteral("weights")))
             return {Thing::WeightSet, findWeightSet(stringOf(step, "weights")), -1};
-        if (step.contains(QStringLiteral("dataset")))
-            return {Thing::Dataset, findDataset(stringOf(step, "dataset")), -1};
+        if (!dataset.isEmpty())
+            return {Thing::Dataset, findDataset(dataset), -1};
         return {Thing::Geography, findGeography(stringOf(step, "geography")), -1};
     }
 
     void properties(const QJsonObject &step) { mWindow.showProperties(thingOf(step)); }
+
+    void describe(const QJsonObject &step)
+    {
+        const Thing thing = thingOf(step);
+        if (thing.kind == Thing::Geography && step.contains(QStringLiteral("summary")))
+            fail(text("a geography has a history alone"));
+        Description description = descriptionOf(thing);
+        if (step.contains(QStringLiteral("summary")))
+            description.summary = stringOf(step, "summary");
+        if (step.contains(QStringLiteral("history")))
+            description.history = stringOf(step, "history");
+        require(describeThing(mWorkspace, thing, description));
+    }
+
     void rename(const QJsonObject &step)
     {
-        renameThing(mWorkspace, thingOf(step), stringOf(step, "to"));
+        require(renameThing(mWorkspace, thingOf(step), stringOf(step, "to")));
     }
-    void duplicate(const QJsonObject &step) { duplicateThing(mWorkspace, thingOf(step)); }
-    void remove(const QJsonObject &step) { removeThings(mWorkspace, {thingOf(step)}); }
+    void duplicate(const QJsonObject &step)
+    {
+        require(duplicateThing(mWorkspace, thingOf(step)).kind != Thing::None);
+    }
+    void remove(const QJsonObject &step) { require(removeThings(mWorkspace, {thingOf(step)})); }
 
-    void exportView(const QJsonObject &step) { viewOf(step).exportTo(stringOf(step, "file")); }
-    void report(const QJsonObject &step) { mWindow.writeReport(stringOf(step, "file")); }
-    void log(const QJsonObject &step) { mWindow.logPanel().saveScript(stringOf(step, "file")); }
+    void exportView(const QJsonObject &step)
+    {
+        require(viewOf(step).exportTo(stringOf(step, "file")));
+    }
+    void report(const QJsonObject &step) { require(mWindow.writeReport(stringOf(step, "file"))); }
+    void log(const QJsonObject &step)
+    {
+        require(mWindow.logPanel().saveScript(stringOf(step, "file")));
+    }
 
     void save(const QJsonObject &step)
     {
-        const QString file = step.value(QStringLiteral("file")).toString();
-        file.isEmpty() ? mWorkspace.save() : mWindow.saveAs(file);
+        const QString file = optionalText(step, "file");
+        require(file.isEmpty() ? mWorkspace.save() : mWindow.saveAs(file));
     }
 
     /// A view, or the project without its changes.
@@ -424,7 +625,10 @@ private:
 
     void wait(const QJsonObject &step)
     {
-        rest(qBound(0, step.value(QStringLiteral("milliseconds")).toInt(), kMostWait));
+        const double time = step.value(QStringLiteral("milliseconds")).toDouble(-1);
+        if (!(time >= 0 && time <= kMostWait))
+            fail(text("it waits 0 to %1 milliseconds").arg(kMostWait));
+        rest(static_cast<int>(time));
     }
 
     MainWindow &mWindow;
@@ -460,6 +664,7 @@ void rest(int milliseconds)
 void playSteps(MainWindow &window, Workspace &workspace, const MethodRegister &methods,
                const QJsonArray &steps)
 {
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); // see Questions
     Player player(window, workspace, methods);
     for (int i = 0; i < steps.size(); ++i) {
         const QJsonObject step = steps[i].toObject();
@@ -472,7 +677,6 @@ void playSteps(MainWindow &window, Workspace &workspace, const MethodRegister &m
         } catch (const std::exception &error) {
             fail(QStringLiteral("%1: %2").arg(place, QString::fromUtf8(error.what())));
         }
-        rest(kRestBetweenSteps);
     }
 }
 
