@@ -30,6 +30,8 @@ private Q_SLOTS:
     void cleanup() { workspace().close(); }
     void theChosenRealizationIsShown_data();
     void theChosenRealizationIsShown();
+    void viewsShareTheWindow_data();
+    void viewsShareTheWindow();
 
 private:
     Workspace &workspace() { return static_cast<Application *>(qApp)->workspace(); }
@@ -171,6 +173,46 @@ void tst_EveryView::theChosenRealizationIsShown()
     QCOMPARE(chosenObjects(mStates, byValue), QVector<int>());
     byValue.realization = 2;
     QCOMPARE(chosenObjects(mStates, byValue).mid(0, 2), (QVector<int>{1, 8}));
+}
+
+void tst_EveryView::viewsShareTheWindow_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("places"); // at least; the others are in tabs
+    QTest::newRow("1280x800") << QSize(1280, 800) << 12;
+    QTest::newRow("1024x768") << QSize(1024, 768) << 6;
+    QTest::newRow("tiny") << QSize(300, 200) << 0;
+}
+
+/// However many views there are, the window keeps its size, and each view has room.
+void tst_EveryView::viewsShareTheWindow()
+{
+    QFETCH(QSize, size);
+    QFETCH(int, places);
+    window().resize(size);
+    const ViewKind kinds[] = {ViewKind::Map,     ViewKind::Table,    ViewKind::Histogram,
+                              ViewKind::BoxPlot, ViewKind::TimePlot, ViewKind::Moran};
+    for (int i = 0; i < 12; ++i)
+        QVERIFY(open(kinds[i % 6], {mIncome}));
+    for (int round = 0; round < 2; ++round) {
+        settle();
+        QCOMPARE(window().size(), size);
+        int seen = 0;
+        for (const ViewWindow *const view : window().area().windows()) {
+            if (view->visibleRegion().isEmpty())
+                continue;
+            ++seen;
+            const QWidget *const canvas = view->currentView()->widget();
+            QVERIFY2(places == 0 || (canvas->width() > 100 && canvas->height() > 20),
+                     qPrintable(QStringLiteral("%1: %2 by %3")
+                                    .arg(view->title())
+                                    .arg(canvas->width())
+                                    .arg(canvas->height())));
+        }
+        QVERIFY2(round == 0 || seen >= places, qPrintable(QString::number(seen)));
+        window().area().tile();
+    }
+    window().area().closeAll();
 }
 
 int main(int argc, char **argv)

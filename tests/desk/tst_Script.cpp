@@ -84,6 +84,7 @@ private Q_SLOTS:
     void failingStepsAreNamed_data();
     void failingStepsAreNamed();
     void wrongOptionsAreRefused();
+    void picturesHaveTheSizeAskedFor();
     void aKilledSessionLosesNothing();
 
 private:
@@ -285,6 +286,25 @@ void tst_Script::failingStepsAreNamed()
     const Outcome outcome = play(steps);
     QCOMPARE(outcome.code, 1);
     QVERIFY2(outcome.errors.contains(text), qPrintable(outcome.errors));
+}
+
+/// Also with more views than there is room for, and in pixels of the scale.
+void tst_Script::picturesHaveTheSizeAskedFor()
+{
+    QString views;
+    for (const char *const kind :
+         {"map", "histogram", "boxes", "time", "map", "histogram", "boxes"})
+        views += QStringLiteral(", {`do`: `view`, `kind`: `%1`, `datasets`: [`income`]}")
+                     .arg(QLatin1String(kind));
+    writeSteps(QString(QLatin1String("[") + QLatin1String(kImport) + views + QLatin1String("]"))
+                   .arg(QStringLiteral(MERIDOR_TEST_SAMPLES)));
+    const Outcome outcome =
+        run(QStringLiteral(MERIDOR_TEST_DESK),
+            {QStringLiteral("--script"), QStringLiteral("steps.json"), QStringLiteral("--picture"),
+             QStringLiteral("out.png"), QStringLiteral("--size"), QStringLiteral("800x500"),
+             QStringLiteral("--scale"), QStringLiteral("2")});
+    QCOMPARE(outcome.errors.section(QStringLiteral("meridor-desk: "), 1), QString());
+    QCOMPARE(QImage(path("out.png")).size(), QSize(1600, 1000));
 }
 
 void tst_Script::wrongOptionsAreRefused()

@@ -395,7 +395,7 @@ void tst_Window::everyControlHasAName()
         window().showMethod(method, {});
     QStringList nameless;
     for (const QWidget *const widget : window().findChildren<QWidget *>()) {
-        if (widget->focusPolicy() == Qt::NoFocus || !widget->isVisible())
+        if (widget->focusPolicy() == Qt::NoFocus || widget->visibleRegion().isEmpty())
             continue;
         const QAccessibleInterface *const told =
             QAccessible::queryAccessibleInterface(const_cast<QWidget *>(widget));

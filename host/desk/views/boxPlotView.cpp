@@ -45,7 +45,7 @@ public:
               const QRectF &) const override
     {
         const GraphColors &colors = mView.colors();
-        const int present = mView.mHistory.stepAt(mView.time());
+        const int present = mView.history().stepAt(mView.time());
         for (const Box &box : mView.mBoxes) {
             const double x = xMap.transform(box.at);
             const double half =
@@ -91,8 +91,7 @@ private:
     const BoxPlotView &mView;
 };
 
-BoxPlotView::BoxPlotView(Workspace &workspace, int dataset)
-    : GraphView(workspace, VORN_GetGeographyId(dataset)), mDataset(dataset)
+BoxPlotView::BoxPlotView(Workspace &workspace, int dataset) : HistoryView(workspace, dataset)
 {
     (new Boxes(*this))->attach(plot());
     join();
@@ -100,55 +99,38 @@ BoxPlotView::BoxPlotView(Workspace &workspace, int dataset)
 
 QString BoxPlotView::title() const
 {
-    return tr("Boxes of %1").arg(datasetName(mDataset));
+    return tr("Boxes of %1").arg(datasetName(dataset()));
 }
 
-void BoxPlotView::valuesChanged()
+void BoxPlotView::load()
 {
-    mIsLoaded = false;
-    GraphView::valuesChanged();
-}
-
-void BoxPlotView::read()
-{
-    const bool isStatic = meridor::datasetOf(mDataset)->IsStatic();
-    if (mIsLoaded && !isStatic)
-        return; // another time only marks another box
     mBoxes.clear();
-    mObjects = VORN_GetGeographyProperties(geography()).objectCount;
     const TimeScale scale(geography());
-    mLow = std::numeric_limits<double>::infinity();
-    mHigh = -mLow;
     double nearest = HUGE_VAL;
-    mHistory.load(shown(mDataset), time(), [&](int step, const QVector<double> &all) {
+    loadHistory([&](int step, const QVector<double> &all) {
         const QVector<double> values = finite(all);
         if (values.isEmpty())
             return;
-        const double at = scale.middleOf(mHistory.when(step));
+        const double at = scale.middleOf(history().when(step));
         if (!mBoxes.isEmpty())
             nearest = std::min(nearest, at - mBoxes.last().at);
-        mLow = std::min(mLow, *std::min_element(values.begin(), values.end()));
-        mHigh = std::max(mHigh, *std::max_element(values.begin(), values.end()));
         mBoxes.append({step, at, boxOf(values), values.size(), false, {}, {}});
     });
     if (mBoxes.isEmpty())
-        fail(tr("%1 holds no values").arg(datasetName(mDataset)));
+        meridor::datasetOf(dataset())->IsStatic()
+            ? failWithoutValues(dataset())
+            : fail(tr("%1 holds no values").arg(datasetName(dataset())));
     mHalf = std::isfinite(nearest) ? nearest * 0.32 : scale.axis().dates ? 43200000.0 : 0.5;
-    mIsLoaded = true;
 }
 
 void BoxPlotView::markSelected()
 {
-    const unsigned char *const selected = selectedFlags();
-    QVector<int> chosen;
-    for (int i = 0; selected && i < mObjects; ++i)
-        if (selected[i])
-            chosen.append(i);
+    const QVector<int> chosen = selectedObjects();
     // Values that are not kept would have to be read for each selection.
     for (Box &box : mBoxes) {
         QVector<double> values;
-        if (mHistory.isKept()) {
-            const QVector<double> all = mHistory.values(box.step);
+        if (history().isKept()) {
+            const QVector<double> all = history().values(box.step);
             for (const int object : std::as_const(chosen))
                 if (object < all.size() && std::isfinite(all[object]))
                     values.append(all[object]);
@@ -158,7 +140,7 @@ void BoxPlotView::markSelected()
         box.selected = values.size() > kMostDots ? boxOf(values) : BoxFigures();
     }
     QString text = tr("%n boxes", nullptr, mBoxes.size());
-    const int present = mHistory.stepAt(time());
+    const int present = history().stepAt(time());
     for (const Box &box : std::as_const(mBoxes))
         if (box.step == present)
             text += QStringLiteral("; ")
@@ -190,9 +172,9 @@ int BoxPlotView::objectAt(const QPoint &pixel) const
     int nearest = -1;
     double least = HUGE_VAL;
     for (const Box &box : mBoxes) {
-        if (!mHistory.isKept() || std::abs(xOf(box) - pixel.x()) > kReach)
+        if (!history().isKept() || std::abs(xOf(box) - pixel.x()) > kReach)
             continue;
-        const QVector<double> values = mHistory.values(box.step);
+        const QVector<double> values = history().values(box.step);
         for (int i = 0; i < values.size(); ++i) {
             if (!(values[i] >= low && values[i] <= high) || std::abs(values[i] - middle) >= least)
                 continue;
@@ -201,15 +183,6 @@ int BoxPlotView::objectAt(const QPoint &pixel) const
         }
     }
     return nearest;
-}
-
-QString BoxPlotView::textOf(int object)
-{
-    const int step = mHistory.stepAt(time());
-    return step < 0 || !mHistory.isKept()
-               ? nameOf(object)
-               : QStringLiteral("%1 \u2014 %2")
-                     .arg(nameOf(object), valueText(mDataset, mHistory.value(step, object)));
 }
 
 void BoxPlotView::drawMark(QPainter &painter, int object)
@@ -221,7 +194,7 @@ void BoxPlotView::drawMark(QPainter &painter, int object)
     painter.setBrush(Qt::NoBrush);
     QPolygonF path;
     for (const Box &box : std::as_const(mBoxes)) {
-        const double value = mHistory.value(box.step, object);
+        const double value = history().value(box.step, object);
         if (std::isfinite(value))
             path.append(QPointF(xOf(box), y.transform(value)));
     }
@@ -233,7 +206,7 @@ void BoxPlotView::drawMark(QPainter &painter, int object)
 bool BoxPlotView::shows(int object) const
 {
     return std::any_of(mBoxes.begin(), mBoxes.end(), [&](const Box &box) {
-        return std::isfinite(mHistory.value(box.step, object));
+        return std::isfinite(history().value(box.step, object));
     });
 }
 
@@ -260,28 +233,11 @@ QVector<unsigned int> BoxPlotView::objectsWithin(const QPainterPath &region)
         }
         return {};
     }
-    QVector<bool> found(mObjects);
-    for (const Box &box : std::as_const(mBoxes)) {
-        const double x = xOf(box);
-        if (x + half < area.left() || x - half > area.right())
-            continue;
-        const QVector<double> values = mHistory.values(box.step);
-        const double low = y.invTransform(area.bottom());
-        const double high = y.invTransform(area.top());
-        const double across = std::clamp(x, area.left(), area.right());
-        QPainterPath rectangle;
-        rectangle.addRect(area);
-        const bool isRectangle = region == rectangle;
-        for (int i = 0; i < std::min(mObjects, values.size()); ++i)
-            if (values[i] >= low && values[i] <= high
-                && (isRectangle || region.contains(QPointF(across, y.transform(values[i])))))
-                found[i] = true;
-    }
-    QVector<unsigned int> objects;
-    for (int i = 0; i < mObjects; ++i)
-        if (found[i])
-            objects.append(static_cast<unsigned int>(i));
-    return objects;
+    return objectsWhere(region, [this, half](int step) {
+        const auto box = std::find_if(mBoxes.begin(), mBoxes.end(),
+                                      [step](const Box &each) { return each.step == step; });
+        return box == mBoxes.end() ? Span{1, -1} : Span{xOf(*box) - half, xOf(*box) + half};
+    });
 }
 
 GraphScale BoxPlotView::xScale() const
@@ -291,15 +247,10 @@ GraphScale BoxPlotView::xScale() const
             scale.axis().dates, true};
 }
 
-GraphScale BoxPlotView::yScale() const
-{
-    return {datasetName(mDataset), mLow, mHigh};
-}
-
 QStringList BoxPlotView::commandLine(const QString &picture) const
 {
     return {QStringLiteral("plot"), QStringLiteral("boxes"), workspace().commandPath(),
-            datasetWord(mDataset), picture};
+            datasetWord(dataset()), picture};
 }
 
 } // namespace meridor

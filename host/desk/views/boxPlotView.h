@@ -3,22 +3,19 @@
 #pragma once
 #include <QVector>
 #include "core/plot/plotValues.h"
-#include "desk/views/graphView.h"
-#include "desk/views/valueHistory.h"
+#include "desk/views/historyView.h"
 
 namespace meridor {
 
-class BoxPlotView final : public GraphView {
+class BoxPlotView final : public HistoryView {
     Q_OBJECT
 public:
     BoxPlotView(Workspace &workspace, int dataset);
 
     QString title() const override;
-    QVector<int> datasets() const override { return {mDataset}; }
     QStringList commandLine(const QString &picture) const override;
 
     int objectAt(const QPoint &pixel) const override;
-    QString textOf(int object) override;
     void drawMark(QPainter &painter, int object) override;
 
     struct Box {
@@ -35,27 +32,18 @@ public:
     double boxWidth() const;
 
 protected:
-    void read() override;
-    void valuesChanged() override;
+    void load() override;
     void markSelected() override;
-    int objectLimit() const override { return mObjects; }
     bool shows(int object) const override;
     QVector<unsigned int> objectsWithin(const QPainterPath &region) override;
     GraphScale xScale() const override;
-    GraphScale yScale() const override;
 
 private:
     class Boxes;
     double xOf(const Box &box) const;
 
-    int mDataset;
-    bool mIsLoaded = false; ///< the boxes are those of the present values
-    ValueHistory mHistory;
     QVector<Box> mBoxes;
     double mHalf = 0.5; ///< of a box, in units of the axis
-    double mLow = 0;
-    double mHigh = 0;
-    int mObjects = 0;
 };
 
 } // namespace meridor

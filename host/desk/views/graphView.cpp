@@ -21,6 +21,7 @@
 #include "core/project/text.h"
 #include "core/render/graph.h"
 #include "core/render/graphScale.h"
+#include "core/render/theme.h"
 #include "datainterface/MDataset.h"
 #include "desk/draw/colorTable.h"
 #include "desk/views/graphCanvas.h"
@@ -32,6 +33,9 @@ namespace {
 constexpr double kLargest = 1e307;
 /// Shorter ranges, relative to the values, have no distinct ticks.
 constexpr double kLeastRange = 1e-13;
+constexpr int kLeastWithFooter = 12;   ///< heights of the font
+constexpr int kLeastWithAxisTitle = 8; ///< the same
+constexpr int kMostFooterLines = 3;
 
 QColor between(const QColor &a, const QColor &b, double share)
 {
@@ -63,6 +67,13 @@ protected:
         if (mView
             && (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange))
             mView->refreshColors();
+    }
+
+    void resizeEvent(QResizeEvent *event) override
+    {
+        QwtPlot::resizeEvent(event);
+        if (mView)
+            mView->fitTexts();
     }
 
 private:
@@ -235,17 +246,48 @@ void GraphView::hoverChanged()
 
 void GraphView::redraw()
 {
-    // The name of the vertical axis stands above it, so that it is read without turning the head.
-    mPlot->setTitle(plainText(mTrouble.isEmpty() ? yScale().title : QString(), mPlot->font(),
-                              mColors.ink, Qt::AlignLeft));
-    // Always two lines: a selection must not change the size of the canvas.
-    const QString second = mSelectedSummary.isEmpty() ? QString(QChar(0xa0)) : mSelectedSummary;
-    mPlot->setFooter(plainText(mSummary + QLatin1Char('\n') + second, mPlot->font(),
-                               mColors.softInk, Qt::AlignLeft));
+    fitTexts();
     mCanvas->setAccessibleName(title());
     mCanvas->setAccessibleDescription(mTrouble.isEmpty() ? summary() : mTrouble);
     mPlot->replot();
     mCanvas->refreshMarks();
+}
+
+void GraphView::fitTexts()
+{
+    const QFontMetrics metrics = mPlot->fontMetrics();
+    const int room = std::max(1, mPlot->contentsRect().width() - metrics.height());
+    const bool isShown = mIsRead && mTrouble.isEmpty();
+    const auto text = [&](const QString &words, const QColor &color, int alignment) {
+        return plainText(words, mPlot->font(), color, alignment);
+    };
+    const auto elided = [&](const QString &title) {
+        return metrics.elidedText(title, Qt::ElideRight, room);
+    };
+    // The name of the vertical axis stands above it, so that it is read without turning the head.
+    const QwtText title =
+        text(isShown ? elided(yScale().title) : QString(), mColors.ink, Qt::AlignLeft);
+    if (title != mPlot->title())
+        mPlot->setTitle(title);
+    const bool hasAxisTitle = isShown && mPlot->height() >= kLeastWithAxisTitle * metrics.height();
+    const QwtText axisTitle =
+        text(hasAxisTitle ? elided(xScale().title) : QString(), mColors.ink, Qt::AlignRight);
+    if (axisTitle != mPlot->axisTitle(QwtPlot::xBottom))
+        mPlot->setAxisTitle(QwtPlot::xBottom, axisTitle);
+    QString figures;
+    if (mPlot->height() >= kLeastWithFooter * metrics.height()) {
+        const auto broken = [&](const QString &all, int most) {
+            const QStringList lines = brokenLines(all, mPlot->font(), room, most);
+            return lines.isEmpty() ? QString(QChar(0xa0)) : lines.join(QLatin1Char('\n'));
+        };
+        // There is a line for the selected objects without any, too: a selection must not change the
+        // size of the canvas.
+        figures =
+            broken(mSummary, kMostFooterLines) + QLatin1Char('\n') + broken(mSelectedSummary, 1);
+    }
+    const QwtText footer = text(figures, mColors.softInk, Qt::AlignLeft);
+    if (footer != mPlot->footer())
+        mPlot->setFooter(footer);
 }
 
 // Scales
@@ -258,9 +300,6 @@ void GraphView::apply(int axis, const GraphScale &scale)
             axis, scale.dates ? static_cast<QwtScaleEngine *>(new QwtDateScaleEngine(Qt::UTC))
                               : new QwtLinearScaleEngine());
     }
-    if (axis == QwtPlot::xBottom)
-        mPlot->setAxisTitle(axis,
-                            plainText(scale.title, mPlot->font(), mColors.ink, Qt::AlignRight));
     if (mIsZoomed)
         return;
     double low = std::clamp(scale.low, -kLargest, kLargest);
@@ -410,6 +449,14 @@ QString GraphView::nameOf(int object)
     if (mIsReading || !workspace().isBusy())
         workspace().look([&] { name = mNames.of(object, time()); });
     return name;
+}
+
+void GraphView::failWithoutValues(int dataset) const
+{
+    if (workspace().stepsOf(geography()).size() < 2)
+        fail(tr("%1 holds no values").arg(datasetName(dataset)));
+    fail(
+        tr("%1 holds no values at %2").arg(datasetName(dataset), axisOf(geography()).show(time())));
 }
 
 QString GraphView::textAt(const QPoint &pixel)

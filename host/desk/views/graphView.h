@@ -93,6 +93,8 @@ public:
     void setShownRange(const QRectF &range);
     void fitTicks();
     void refreshColors();
+    /// Shortens the texts around the graph to its size: a low plot has none below it.
+    void fitTexts();
 
 Q_SIGNALS:
     /// The text of what is under the mouse; empty: nothing.
@@ -128,6 +130,8 @@ protected:
     /// The marked object of the geography; -1: none.
     int hoveredObject() const;
     QString nameOf(int object);
+    /// Raises the Failure of a graph without values, with the time unless there is only one.
+    [[noreturn]] void failWithoutValues(int dataset) const;
     /// Reads again, at the end of the work that is being done if there is any.
     void rereadSoon();
     ShownDataset shown(int dataset) const { return {dataset, realizationOf(dataset)}; }

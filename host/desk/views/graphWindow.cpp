@@ -25,6 +25,9 @@
 namespace meridor {
 namespace {
 
+constexpr int kLeastWithChoices = 16; ///< height, in those of the font
+constexpr int kLeastChoice = 9;       ///< width, in heights of the font
+
 constexpr struct {
     GraphKind kind;
     const char *name;
@@ -194,6 +197,15 @@ void GraphWindow::setClasses(const QVector<double> &limits, const QVector<QColor
 void GraphWindow::viewLeaves(View *)
 {
     setReadout(QString());
+}
+
+void GraphWindow::fitParts()
+{
+    ViewWindow::fitParts();
+    const int em = fontMetrics().height();
+    const int choices = mChoices.size() + (mWeightChoice ? 1 : 0);
+    mChoiceRow->parentWidget()->setVisible(height() >= kLeastWithChoices * em
+                                           && width() >= choices * kLeastChoice * em);
 }
 
 // Choices

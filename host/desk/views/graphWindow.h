@@ -43,6 +43,7 @@ public:
 
 protected:
     void viewLeaves(View *view) override;
+    void fitParts() override;
 
 private:
     GraphView *newView() const;

@@ -77,11 +77,8 @@ void HistogramView::read()
     QVector<double> present;
     std::copy_if(mValues.begin(), mValues.end(), std::back_inserter(present),
                  [](double value) { return std::isfinite(value); });
-    if (present.isEmpty() && workspace().stepsOf(geography()).size() < 2)
-        fail(tr("%1 holds no values").arg(datasetName(mDataset)));
     if (present.isEmpty())
-        fail(tr("%1 holds no values at %2")
-                 .arg(datasetName(mDataset), axisOf(geography()).show(time())));
+        failWithoutValues(mDataset);
     mBins = binsOf(present);
     mCounts.fill(0, mBins.count);
     mClassCounts.clear();

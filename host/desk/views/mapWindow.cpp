@@ -34,7 +34,8 @@
 namespace meridor {
 namespace {
 
-constexpr int kMostLinks = 400'000; ///< drawn at once
+constexpr int kLeastWithLegend = 26; ///< widths, in heights of the font
+constexpr int kMostLinks = 400'000;  ///< drawn at once
 
 QJsonObject toJson(const ClassRule &rule)
 {
@@ -102,6 +103,7 @@ MapWindow::MapWindow(Workspace &workspace, QWidget *parent)
     side->setStretchFactor(0, 1);
     scroll->hide();
     mClassForm = scroll;
+    mSide = side;
     split->addWidget(mCanvas);
     split->addWidget(side);
     split->setStretchFactor(0, 1);
@@ -287,9 +289,17 @@ void MapWindow::activeChanged()
     showClasses();
 }
 
+void MapWindow::fitParts()
+{
+    ViewWindow::fitParts();
+    mSide->setVisible(mClassForm->isVisibleTo(mSide)
+                      || width() >= kLeastWithLegend * fontMetrics().height());
+}
+
 void MapWindow::editClasses(bool edit)
 {
     mClassForm->setVisible(edit);
+    fitParts();
     showClasses();
 }
 

@@ -62,6 +62,7 @@ protected:
     void draw(QPainter &painter, const QSize &size) override;
     QSize contentSize() const override;
     void viewLeaves(View *view) override;
+    void fitParts() override;
 
 private:
     void adopt(MapLayerView *layer);
@@ -82,6 +83,7 @@ private:
     MapCanvas *mCanvas;
     LegendPanel *mLegend;
     ClassPanel *mClasses;
+    QWidget *mSide;      ///< legend and form; hidden in a narrow window
     QWidget *mClassForm; ///< around it; hidden until it is asked for
     QComboBox *mWeights;
     int mLinkedSet = -1; ///< whose links are drawn

@@ -150,9 +150,7 @@ private:
 };
 
 TimePlotView::TimePlotView(Workspace &workspace, int dataset)
-    : GraphView(workspace, VORN_GetGeographyId(dataset)),
-      mDataset(dataset),
-      mScale(VORN_GetGeographyId(dataset))
+    : HistoryView(workspace, dataset), mScale(VORN_GetGeographyId(dataset))
 {
     (new Lines(*this))->attach(plot());
     join();
@@ -160,51 +158,35 @@ TimePlotView::TimePlotView(Workspace &workspace, int dataset)
 
 QString TimePlotView::title() const
 {
-    return tr("%1 over time").arg(datasetName(mDataset));
+    return tr("%1 over time").arg(datasetName(dataset()));
 }
 
-void TimePlotView::valuesChanged()
+void TimePlotView::load()
 {
-    mIsLoaded = false;
-    GraphView::valuesChanged();
-}
-
-void TimePlotView::read()
-{
-    if (mIsLoaded)
-        return;
-    if (meridor::datasetOf(mDataset)->IsStatic())
-        fail(tr("%1 does not change over time").arg(datasetName(mDataset)));
-    mObjects = VORN_GetGeographyProperties(geography()).objectCount;
-    mLow = std::numeric_limits<double>::infinity();
-    mHigh = -mLow;
+    if (meridor::datasetOf(dataset())->IsStatic())
+        fail(tr("%1 does not change over time").arg(datasetName(dataset())));
     History mean(mScale);
-    mHistory.load(shown(mDataset), time(), [&](int step, const QVector<double> &values) {
+    loadHistory([&](int step, const QVector<double> &values) {
         double average = 0;
         int count = 0;
-        for (const double value : values) {
-            if (!std::isfinite(value))
-                continue;
-            mLow = std::min(mLow, value);
-            mHigh = std::max(mHigh, value);
-            average += (value - average) / ++count; // a sum could be beyond the largest double
-        }
+        for (const double value : values)
+            if (std::isfinite(value))
+                average += (value - average) / ++count; // a sum could be beyond the largest double
         if (count > 0)
-            mean.add(mHistory.when(step), average);
+            mean.add(history().when(step), average);
     });
     if (mean.points().isEmpty())
-        fail(tr("%1 holds no values").arg(datasetName(mDataset)));
+        fail(tr("%1 holds no values").arg(datasetName(dataset())));
     mMean = mean.points();
-    mIsLoaded = true;
 }
 
 QVector<QPointF> TimePlotView::pointsOf(int object) const
 {
     History line(mScale);
-    for (int step = 0; step < mHistory.steps(); ++step) {
-        const double value = mHistory.value(step, object);
+    for (int step = 0; step < history().steps(); ++step) {
+        const double value = history().value(step, object);
         if (std::isfinite(value))
-            line.add(mHistory.when(step), value);
+            line.add(history().when(step), value);
     }
     return line.points();
 }
@@ -212,8 +194,8 @@ QVector<QPointF> TimePlotView::pointsOf(int object) const
 TimePlotView::Summary TimePlotView::summarize(const unsigned char *flags) const
 {
     Summary summary{History(mScale), {}};
-    for (int step = 0; step < mHistory.steps(); ++step) {
-        const QVector<double> values = mHistory.values(step);
+    for (int step = 0; step < history().steps(); ++step) {
+        const QVector<double> values = history().values(step);
         double mean = 0;
         double squares = 0; // of the deviations: B. P. Welford 1962 (Technometrics 4)
         int count = 0;
@@ -226,7 +208,7 @@ TimePlotView::Summary TimePlotView::summarize(const unsigned char *flags) const
         }
         if (count == 0)
             continue;
-        summary.mean.add(mHistory.when(step), mean);
+        summary.mean.add(history().when(step), mean);
         const double deviation = std::sqrt(squares / count);
         while (summary.deviations.size() < summary.mean.points().size())
             summary.deviations.append(deviation);
@@ -236,28 +218,24 @@ TimePlotView::Summary TimePlotView::summarize(const unsigned char *flags) const
 
 void TimePlotView::markSelected()
 {
-    const unsigned char *const selected = selectedFlags();
-    QVector<int> chosen;
-    for (int i = 0; selected && i < mObjects; ++i)
-        if (selected[i])
-            chosen.append(i);
+    const QVector<int> chosen = selectedObjects();
     mHasSelected = !chosen.isEmpty();
     mSelectedMean.clear();
     mDeviations.clear();
     mLines.clear();
     mPoints.clear();
     mNames.clear();
-    if (chosen.size() > kMostLines && mHistory.isKept()) {
-        const Summary summary = summarize(selected);
+    if (chosen.size() > kMostLines && history().isKept()) {
+        const Summary summary = summarize(selectedFlags());
         mSelectedMean = summary.mean.points();
         mDeviations = summary.deviations;
     } else if (mHasSelected) {
         mLines = chosen;
-    } else if (mObjects <= kMostLines) {
-        for (int i = 0; i < mObjects; ++i)
+    } else if (objectLimit() <= kMostLines) {
+        for (int i = 0; i < objectLimit(); ++i)
             mLines.append(i);
     }
-    if (!mHistory.isKept())
+    if (!history().isKept())
         mLines.clear();
     for (const int object : std::as_const(mLines))
         mPoints.append(pointsOf(object));
@@ -270,14 +248,14 @@ void TimePlotView::markSelected()
             tr("mean of %n selected objects, and one standard deviation", nullptr, chosen.size());
     else if (mHasSelected)
         ofSelected = tr("%n selected", nullptr, chosen.size());
-    if (mHasSelected && !mHistory.isKept())
+    if (mHasSelected && !history().isKept())
         ofSelected += QStringLiteral("; ") + tr("too many values to draw those of objects");
     setSummary(tr("dashed: mean of all objects"), ofSelected);
 }
 
 QPointF TimePlotView::placeOf(int step, double value) const
 {
-    return {xMap().transform(mScale.middleOf(mHistory.when(step))), yMap().transform(value)};
+    return {xMap().transform(mScale.middleOf(history().when(step))), yMap().transform(value)};
 }
 
 int TimePlotView::objectAt(const QPoint &pixel) const
@@ -303,14 +281,6 @@ int TimePlotView::objectAt(const QPoint &pixel) const
     return nearest;
 }
 
-QString TimePlotView::textOf(int object)
-{
-    const int step = mHistory.stepAt(time());
-    return step < 0 ? nameOf(object)
-                    : QStringLiteral("%1 \u2014 %2")
-                          .arg(nameOf(object), valueText(mDataset, mHistory.value(step, object)));
-}
-
 void TimePlotView::drawMark(QPainter &painter, int object)
 {
     if (object < 0)
@@ -325,9 +295,9 @@ bool TimePlotView::openAt(const QPoint &pixel)
     const double at = xMap().invTransform(pixel.x());
     int nearest = -1;
     double least = HUGE_VAL;
-    for (int step = 0; step < mHistory.steps(); ++step) {
-        const double start = mScale.at(mHistory.when(step).startTime);
-        const double end = mScale.at(mHistory.when(step).endTime);
+    for (int step = 0; step < history().steps(); ++step) {
+        const double start = mScale.at(history().when(step).startTime);
+        const double end = mScale.at(history().when(step).endTime);
         const double away = std::max({0.0, start - at, at - end});
         if (away < least) {
             least = away;
@@ -335,7 +305,7 @@ bool TimePlotView::openAt(const QPoint &pixel)
         }
     }
     if (nearest >= 0)
-        goTo(instantOf(mHistory.when(nearest)));
+        goTo(instantOf(history().when(nearest)));
     return true;
 }
 
@@ -347,38 +317,16 @@ bool TimePlotView::shows(int object) const
 QVector<unsigned int> TimePlotView::objectsWithin(const QPainterPath &region)
 {
     const QwtScaleMap x = xMap();
-    const QwtScaleMap y = yMap();
-    const QRectF area = region.boundingRect();
-    if (area.isEmpty()) {
+    if (region.boundingRect().isEmpty()) {
         const int object =
             region.elementCount() > 0 ? objectAt(QPointF(region.elementAt(0)).toPoint()) : -1;
         return object >= 0 ? QVector<unsigned int>{static_cast<unsigned int>(object)}
                            : QVector<unsigned int>();
     }
-    QPainterPath rectangle;
-    rectangle.addRect(area);
-    const bool isRectangle = region == rectangle;
-    const double low = y.invTransform(area.bottom());
-    const double high = y.invTransform(area.top());
-    QVector<bool> found(mObjects);
-    for (int step = 0; step < mHistory.steps(); ++step) {
-        const double start = x.transform(mScale.at(mHistory.when(step).startTime));
-        const double end = x.transform(mScale.at(mHistory.when(step).endTime));
-        if (end < area.left() || start > area.right())
-            continue;
-        const double across = std::clamp((start + end) / 2, std::max(start, area.left()),
-                                         std::min(end, area.right()));
-        const QVector<double> values = mHistory.values(step);
-        for (int i = 0; i < std::min(mObjects, values.size()); ++i)
-            if (values[i] >= low && values[i] <= high
-                && (isRectangle || region.contains(QPointF(across, y.transform(values[i])))))
-                found[i] = true;
-    }
-    QVector<unsigned int> objects;
-    for (int i = 0; i < mObjects; ++i)
-        if (found[i])
-            objects.append(static_cast<unsigned int>(i));
-    return objects;
+    return objectsWhere(region, [&](int step) {
+        const Interval &when = history().when(step);
+        return Span{x.transform(mScale.at(when.startTime)), x.transform(mScale.at(when.endTime))};
+    });
 }
 
 GraphScale TimePlotView::xScale() const
@@ -386,15 +334,10 @@ GraphScale TimePlotView::xScale() const
     return {QString(), mMean.first().x(), mMean.last().x(), mScale.axis().dates, true};
 }
 
-GraphScale TimePlotView::yScale() const
-{
-    return {datasetName(mDataset), mLow, mHigh};
-}
-
 QStringList TimePlotView::commandLine(const QString &picture) const
 {
     QStringList line{QStringLiteral("plot"), QStringLiteral("time"), workspace().commandPath(),
-                     datasetWord(mDataset), picture};
+                     datasetWord(dataset()), picture};
     if (mHasSelected && !mLines.isEmpty()) {
         const QStringList keys = objectKeys(geography());
         for (const int object : mLines)

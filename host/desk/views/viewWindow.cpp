@@ -29,6 +29,8 @@
 namespace meridor {
 namespace {
 
+constexpr int kLeastWithReadout = 14; ///< heights of the font
+
 ViewWindow *windowOf(const MLinker *view)
 {
     for (QWidget *widget = static_cast<const View *>(view)->widget(); widget;
@@ -84,6 +86,11 @@ ViewWindow::ViewWindow(Workspace &workspace, const QVector<Tool> &tools, QWidget
             Q_EMIT activated();
     });
     refreshActions();
+}
+
+QSize ViewWindow::leastSize(const QWidget &widget)
+{
+    return widget.fontMetrics().height() * QSize(10, 5);
 }
 
 ViewWindow::~ViewWindow()
@@ -491,6 +498,17 @@ void ViewWindow::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         mToolBar->update();
+}
+
+void ViewWindow::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fitParts();
+}
+
+void ViewWindow::fitParts()
+{
+    mReadout->setVisible(height() >= kLeastWithReadout * fontMetrics().height());
 }
 
 void ViewWindow::dragEnterEvent(QDragEnterEvent *event)

@@ -35,6 +35,11 @@ public:
     ViewWindow(Workspace &workspace, const QVector<Tool> &tools, QWidget *parent = nullptr);
     ~ViewWindow() override;
 
+    /// The least size of a view beside others, in the font of a widget.
+    static QSize leastSize(const QWidget &widget);
+    /// Parts that are not the picture give way to it: see fitParts().
+    QSize minimumSizeHint() const override { return leastSize(*this); }
+
     Workspace &workspace() const { return mWorkspace; }
     virtual QString title() const = 0;
     const QVector<View *> &views() const { return mViews; }
@@ -94,6 +99,8 @@ protected:
     /// Takes the view over, which has not called join() or has done so alike.
     void addView(View *view);
     void removeView(View *view);
+    /// Shows the parts beside the picture for which there is room.
+    virtual void fitParts();
     /// The view is deleted next; the window holds nothing of it afterwards.
     virtual void viewLeaves(View *view);
     /// Adds an action with its keys to the window and, with an icon, a button to the tool bar.
@@ -107,6 +114,7 @@ protected:
     void setReadout(const QString &text);
 
     void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 

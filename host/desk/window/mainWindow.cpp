@@ -18,6 +18,7 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QToolBar>
@@ -55,6 +56,7 @@ namespace {
 
 // A copy for recovery takes at most a twentieth of the time.
 constexpr int kRestBetweenCopies = 20;
+constexpr int kLeastSide = 100; // pixels of the window
 
 bool isProject(const QString &path)
 {
@@ -83,7 +85,9 @@ MainWindow::MainWindow(Workspace &workspace, const MethodRegister &methods)
     setAcceptDrops(true);
     setDockNestingEnabled(true);
     const int em = fontMetrics().height();
-    resize(76 * em, 48 * em);
+    // The views give way; without this, those that are added would widen the window.
+    setMinimumSize(kLeastSide, kLeastSide);
+    resize(QSize(76 * em, 48 * em).boundedTo(screen()->availableSize()));
 
     mHint->setText(
         tr("Drag a dataset out of the contents, or press Return on it, to see its map."));

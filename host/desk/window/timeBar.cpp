@@ -19,6 +19,7 @@ namespace {
 
 constexpr double kSpeeds[] = {0.5, 1, 2, 4, 8, 16}; // steps a second
 constexpr int kUsualSpeed = 2;
+constexpr int kNameLetters = 30; ///< of the geography, at most
 
 enum class Sign { Back, Play, Pause, Forth };
 
@@ -84,6 +85,7 @@ TimeBar::TimeBar(Workspace &workspace, QWidget *parent)
     setObjectName(QStringLiteral("timeBar"));
     setAccessibleName(tr("Time"));
     auto *const row = new QHBoxLayout(this);
+    mName->setTextFormat(Qt::PlainText);
     row->addWidget(mName);
     mBack = makeButton(tr("Step back"), "timePrevious");
     connect(mBack, &QToolButton::clicked, this, &TimeBar::previous);
@@ -176,7 +178,11 @@ void TimeBar::showSteps()
     const int count = mGeography < 0 ? 0 : mWorkspace.stepsOf(mGeography).size();
     const QSignalBlocker quiet(mSlider);
     mSlider->setRange(0, std::max(0, count - 1));
-    mName->setText(mGeography < 0 ? QString() : geographyName(mGeography));
+    const QString name = mGeography < 0 ? QString() : geographyName(mGeography);
+    // A long name must not widen the window.
+    mName->setText(fontMetrics().elidedText(name, Qt::ElideRight,
+                                            kNameLetters * fontMetrics().averageCharWidth()));
+    mName->setToolTip(name);
     setEnabled(count > 1);
     int width = 0;
     if (count > 1) {

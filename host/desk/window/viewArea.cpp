@@ -85,7 +85,19 @@ void ViewArea::add(ViewWindow *window, const ViewRequest &request)
     Q_EMIT countChanged(mPlaces.size());
 }
 
-/// Beside the active view, along its longer side, so that views stay near squares.
+QSize ViewArea::minimumSizeHint() const
+{
+    return leastDock();
+}
+
+/// What a view needs with its title.
+QSize ViewArea::leastDock() const
+{
+    return ViewWindow::leastSize(*this) + QSize(0, 2 * fontMetrics().height());
+}
+
+/// Beside the active view, along its longer side, so that views stay near squares; in a tab with it if
+/// there is no room for two.
 void ViewArea::place(QDockWidget *dock)
 {
     QDockWidget *beside = mActive ? dockOf(mActive) : nullptr;
@@ -95,11 +107,15 @@ void ViewArea::place(QDockWidget *dock)
         addDockWidget(Qt::TopDockWidgetArea, dock);
         return;
     }
-    if (!tabifiedDockWidgets(beside).isEmpty())
+    const QSize least = leastDock();
+    const bool isAcross =
+        beside->width() >= 2 * least.width()
+        && (beside->width() >= beside->height() || beside->height() < 2 * least.height());
+    const bool fits = isAcross || beside->height() >= 2 * least.height();
+    if (!fits || !tabifiedDockWidgets(beside).isEmpty())
         tabifyDockWidget(beside, dock);
     else
-        splitDockWidget(beside, dock,
-                        beside->width() >= beside->height() ? Qt::Horizontal : Qt::Vertical);
+        splitDockWidget(beside, dock, isAcross ? Qt::Horizontal : Qt::Vertical);
 }
 
 void ViewArea::remove(QWidget *frame)
@@ -153,12 +169,26 @@ QVector<QDockWidget *> ViewArea::tiled() const
 void ViewArea::tile()
 {
     const QVector<QDockWidget *> docks = tiled();
-    const int columns = static_cast<int>(std::ceil(std::sqrt(docks.size())));
+    if (docks.isEmpty())
+        return;
+    const int count = docks.size();
+    const QSize least = leastDock();
+    const int most = std::max(1, width() / least.width());
+    int rows = std::max(1, height() / least.height());
+    // Views beyond those that fit share the places of the first ones, in tabs.
+    const bool hasTabs = count > most * rows;
+    if (hasTabs)
+        rows = std::max(1, height() / (least.height() + 2 * fontMetrics().height()));
+    const int columns = std::min(
+        most, std::max(static_cast<int>(std::ceil(std::sqrt(count))), (count + rows - 1) / rows));
+    const int places = std::min(count, columns * rows);
     for (QDockWidget *const dock : docks)
         removeDockWidget(dock);
     for (int i = 0; i < docks.size(); ++i) {
         if (i == 0)
             addDockWidget(Qt::TopDockWidgetArea, docks[i]);
+        else if (i >= places)
+            tabifyDockWidget(docks[i % places], docks[i]);
         else if (i < columns)
             splitDockWidget(docks[i - 1], docks[i], Qt::Horizontal);
         else
@@ -175,7 +205,7 @@ void ViewArea::tile()
     makeEqual(docks.mid(0, columns).toList(), width(), Qt::Horizontal);
     for (int column = 0; column < columns; ++column) {
         QList<QDockWidget *> line;
-        for (int i = column; i < docks.size(); i += columns)
+        for (int i = column; i < places; i += columns)
             line.append(docks[i]);
         makeEqual(line, height(), Qt::Vertical);
     }

@@ -26,6 +26,8 @@ public:
     ViewWindow *active() const { return mActive; }
     void activate(ViewWindow *window);
     void closeAll();
+    /// Small: views that do not fit are shown in tabs.
+    QSize minimumSizeHint() const override;
 
     /// The views and their places, with names.
     QJsonObject state() const;
@@ -52,6 +54,7 @@ private:
 
     QDockWidget *dockOf(const ViewWindow *window) const;
     void place(QDockWidget *dock);
+    QSize leastDock() const;
     void remove(QWidget *frame);
     void step(int by);
     QVector<QDockWidget *> tiled() const;
