@@ -296,6 +296,18 @@ class OfOthers(unittest.TestCase):
             self.assertEqual(seen, [["a"], ["a", "b"], ["a", "b"]])
             self.assertEqual(page.complaints(), [])
 
+    def test_moments_below_an_axis_do_not_cover_each_other(self):
+        rows = [f"a,{hour % 5},1,2005-06-{8 + hour // 24:02}T{hour % 24:02}:30,{hour}" for hour in range(0, 400, 6)]
+        write("track.csv", "\n".join(["k,x,y,t,v", *rows]))
+        meridor("import", path("track.csv"), path("track.vorn"), "--key", "k", "--x", "x", "--y", "y", "--start", "t", "--end", "next")
+        meridor("report", path("track.vorn"), path("track.html"))
+        with opened(path("track.html")) as page:
+            boxes = page.run("return [...document.querySelectorAll('g.tick text')].filter((one) => one.textContent.includes('T'))"
+                             ".map((one) => one.getBoundingClientRect()).map((box) => [box.left, box.right]).sort((a, b) => a[0] - b[0])")
+            self.assertGreater(len(boxes), 1)
+            self.assertTrue(all(one[1] < other[0] for one, other in zip(boxes, boxes[1:])), boxes)
+            self.assertIn("1 object.", page.text(".objects") + page.text(".table"))
+
     def test_small_maps_show_their_times_and_move_the_slider(self):
         history = SAMPLES / "us_states_history" / "states_1783_2000.geojson"
         meridor("import", history, path("history.vorn"), "--key", "id", "--start", "start_date", "--end", "end_date")

@@ -49,13 +49,20 @@ export function stepScale(geography, steps, range) {
     return (step) => scale(geography.steps[step].at);
 }
 
-/** Up to `most` ticks, told by the steps' own texts. */
+/** Up to `most` ticks, told by the steps' own texts: the first, the last, and those between that do not cover others. */
 export function drawSteps(axis, geography, steps, place, most = 5) {
     const [left, right] = d3.extent(steps, place);
+    const anchorOf = (step) => (place(step) - left < 10 ? "start" : right - place(step) < 10 ? "end" : "middle");
+    const covers = (step) => {
+        const width = tickStep(geography, step).length * 6.4;
+        const from = place(step) - width * {start: 0, middle: 0.5, end: 1}[anchorOf(step)];
+        return [from, from + width];
+    };
     const ticks = [];
-    for (let i = 0; i < most; ++i) {
-        const step = nearestStep(steps, place, left + ((right - left) * i) / (most - 1));
-        if (!ticks.length || place(step) - place(ticks[ticks.length - 1]) > 70) ticks.push(step);
+    for (const part of [0, most - 1, ...d3.range(1, most - 1)]) {
+        const step = nearestStep(steps, place, left + ((right - left) * part) / (most - 1));
+        const [from, to] = covers(step);
+        if (ticks.every((other) => from > covers(other)[1] + 8 || to < covers(other)[0] - 8)) ticks.push(step);
     }
     const joined = axis.selectAll("g.tick").data(ticks).join((enter) => {
         const tick = enter.append("g").attr("class", "tick");
@@ -64,13 +71,17 @@ export function drawSteps(axis, geography, steps, place, most = 5) {
         return tick;
     });
     joined.attr("transform", (step) => `translate(${place(step)},0)`);
-    joined.select("text").text((step) => shortStep(geography.steps[step].text))
-        .attr("text-anchor", (step) => (place(step) - left < 10 ? "start" : right - place(step) < 10 ? "end" : "middle"));
+    joined.select("text").text((step) => tickStep(geography, step)).attr("text-anchor", anchorOf);
 }
 
 /** A span by its start. */
 export function shortStep(text) {
     return text.split("/")[0];
+}
+
+/** The same below an axis, where a midnight is its day. */
+function tickStep(geography, step) {
+    return shortStep(geography.steps[step].text).replace(/T00:00(:00)?$/, "");
 }
 
 /** The step whose place is nearest. */

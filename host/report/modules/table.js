@@ -1,6 +1,6 @@
 // The objects of the present step as a table: sorted by any column, chosen by row, copied as text.
 import {classOf} from "./classes.js";
-import {element, exact} from "./format.js";
+import {element, exact, plural} from "./format.js";
 import {toggled, touches} from "./store.js";
 
 const kMostRows = 200;
@@ -162,7 +162,7 @@ export function createTable(geography, store) {
             return element("tr", {"data-object": object, class: state.selection.has(object) ? "chosen" : null}, element("th", {scope: "row"}, name), ...cells);
         }));
         caption.textContent = `${geography.name}, ${geography.steps[state.step].text}`;
-        note.textContent = (state.selection.size ? `${objects.length} of ${total} objects chosen. ` : `${total} objects. `)
+        note.textContent = (state.selection.size ? `${objects.length} of ${plural(total, "object")} chosen. ` : `${plural(total, "object")}. `)
             + (objects.length > kMostRows ? `The first ${kMostRows} are shown; all are copied.` : "");
         clear.hidden = state.selection.size === 0;
         copyAll.hidden = !state.layer;
