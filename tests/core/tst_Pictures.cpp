@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <QImage>
 #include <QJsonArray>
+#include <QXmlStreamReader>
 #include <QtTest>
 #include <cmath>
 #include "core/analysis/weightSets.h"
@@ -274,6 +275,26 @@ private Q_SLOTS:
         QCOMPARE(moran.numbers["quarters"].toObject()["low, low neighbours"].toInt(), 2);
     }
 
+    /// Boxes that are nearer to each other than a pixel are drawn, and a correlation that does not
+    /// exist is no number.
+    void showNarrowBoxes()
+    {
+        Workshop shop(squares(), "id,v1000,v1001,v9000\na,1,2,5\nb,4,5,5\nc,10,8,5\n");
+        const int dataset = imported(shop);
+        QTemporaryDir directory;
+        const QString path = directory.filePath("b.png");
+        savePicture(boxesOverTime(dataset, dataTimes(dataset)).graph, path);
+        const QImage image(path);
+        int colored = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                colored += image.pixelColor(x, y).hsvSaturation() > 80;
+        QVERIFY2(colored > 100, qPrintable(QString::number(colored)));
+        const Plot flat = scatter(dataset, dataset, chooseTime(dataset, "9000"), -1);
+        for (const GraphSeries &series : flat.graph.series)
+            QVERIFY2(!series.name.contains("nan"), qPrintable(series.name));
+    }
+
     /// A graph as SVG contains its texts as texts, also those with markup, and no picture of pixels.
     void keepTextsInGraphs()
     {
@@ -298,6 +319,14 @@ private Q_SLOTS:
         QCOMPARE(absent.join(QString(", ")), QString());
         for (const char *other : {">n=18<", "<image", "<b>"})
             QVERIFY2(!svg.contains(other), other);
+        // Characters that XML cannot hold would make the picture unreadable.
+        graph.texts.title =
+            QString::fromUtf8("nul ") + QChar(0) + QChar(0x1F) + QChar(0xFFFF) + '.';
+        savePicture(graph, path);
+        QXmlStreamReader reader(content(path));
+        while (!reader.atEnd())
+            reader.readNext();
+        QCOMPARE(reader.errorString(), QString());
         for (int i = 0; i < 8; ++i)
             QVERIFY2(contrast(lineColor(i), Qt::white) >= 3, qPrintable(lineColor(i).name()));
     }

@@ -47,10 +47,13 @@ public:
     {
         const QColor line = lineColor(0);
         for (const Box &box : mBoxes) {
-            const double left = std::max(map.x(box.at - mHalf), map.x(box.at) - theme.unit(40));
-            const double right = std::min(map.x(box.at + mHalf), map.x(box.at) + theme.unit(40));
             const double x = map.x(box.at);
-            const double pen = std::min(theme.unit(1.6), (right - left) / 4);
+            // Boxes of thousands of times would be too narrow to be seen, so they cover each other.
+            const double half =
+                std::clamp(map.x(box.at + mHalf) - x, theme.unit(0.8), theme.unit(40));
+            const double left = x - half;
+            const double right = x + half;
+            const double pen = std::min(theme.unit(1.6), half / 2);
             painter.setPen(QPen(line, pen));
             painter.setBrush(QColor(0xcf, 0xe3, 0xea));
             painter.drawLine(QPointF(x, map.y(box.low)), QPointF(x, map.y(box.firstQuartile)));

@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QSvgGenerator>
+#include <memory>
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
@@ -27,6 +28,31 @@ protected:
     {
         return isCancelled() ? -1 : QFile::writeData(data, length);
     }
+};
+
+/// Replaces characters that XML cannot hold. Names may have them, and one makes the whole picture
+/// unreadable.
+class XmlFile : public CancellableFile {
+public:
+    using CancellableFile::CancellableFile;
+
+protected:
+    qint64 writeData(const char *data, qint64 length) override
+    {
+        QByteArray text(data, static_cast<int>(length));
+        for (char &byte : text) {
+            const auto code = static_cast<unsigned char>(byte);
+            if (code < 0x20 && byte != '\t' && byte != '\n' && byte != '\r')
+                byte = ' ';
+            if (mBefore == 0xEFBF && code >= 0xBE) // U+FFFE, U+FFFF become U+FFFD
+                byte = static_cast<char>(0xBD);
+            mBefore = static_cast<quint16>(mBefore << 8 | code);
+        }
+        return CancellableFile::writeData(text.constData(), length);
+    }
+
+private:
+    quint16 mBefore = 0; ///< the last two bytes
 };
 
 void paintOn(QPaintDevice &device, const std::function<void(QPainter &)> &paint)
@@ -100,11 +126,14 @@ void savePicture(const QString &path, const QSize &size, const QString &title,
     requirePictureName(path);
     const QString suffix = QFileInfo(path).suffix().toLower();
     const bool written = replaceFile(path, [&](const QString &beside) {
-        CancellableFile file(beside);
+        const bool isSvg = suffix == QLatin1String("svg");
+        const std::unique_ptr<CancellableFile> held(isSvg ? new XmlFile(beside)
+                                                          : new CancellableFile(beside));
+        CancellableFile &file = *held;
         if (!file.open(QIODevice::WriteOnly))
             return false;
-        const bool complete = suffix == QLatin1String("png")   ? writePng(file, size, paint)
-                              : suffix == QLatin1String("svg") ? writeSvg(file, size, title, paint)
+        const bool complete = isSvg                            ? writeSvg(file, size, title, paint)
+                              : suffix == QLatin1String("png") ? writePng(file, size, paint)
                                                                : writePdf(file, size, title, paint);
         stopIfCancelled();
         return complete && file.wasWritten();

@@ -98,6 +98,8 @@ QStringList brokenLines(const QString &text, const QFont &font, double width, in
 
 QString grouped(double value, int decimals)
 {
+    if (std::isnan(value))
+        return QStringLiteral("-");
     QString text = QString::number(value, 'f', decimals);
     if (text.startsWith(QLatin1Char('-')) && text.toDouble() == 0)
         text.remove(0, 1);
