@@ -17,6 +17,7 @@
 #include "core/geostatistics/variogramModels.h"
 #include "core/grids/gridValues.h"
 #include "core/plot/plots.h"
+#include "core/project/shapeAccess.h"
 #include "core/render/choropleth.h"
 #include "core/workshop.h"
 #include "datainterface/RasterAPI.h"
@@ -148,6 +149,9 @@ void TestGeostatisticsProject::predictsOnAGrid()
     const Progress progress("Kriging", "Predicting...");
     KrigeRequest asked = request();
     asked.target = makeGrid("field", 20, QRectF(100, 100, 800, 400), mLevel);
+    const QString system = projectionText(asked.target);
+    QCOMPARE(system, projectionText(VORN_GetGeographyId(mLevel)));
+    QVERIFY2(system.startsWith("GEOGCS["), qPrintable(system));
     const Kriged found = krigeDataset(asked, progress);
     QCOMPARE(found.times.size(), 1);
     QCOMPARE(found.times[0].merged, 1);

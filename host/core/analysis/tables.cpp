@@ -4,10 +4,8 @@
 #include "core/project/catalog.h"
 #include "core/project/outputFile.h"
 #include "core/project/progress.h"
+#include "core/project/shapeAccess.h"
 #include "datainterface/MDataset.h"
-#include "datainterface/MVectorData.h"
-#include "fennimark/FMProjectionInfo.h"
-#include "fennimark/Fennims.h"
 
 namespace meridor {
 namespace {
@@ -19,12 +17,6 @@ WrittenTable describe(const ValueRows &rows)
     for (const TableColumn &column : rows.columns())
         written.columns.append(column.name);
     return written;
-}
-
-QString projectionOf(int geography)
-{
-    const auto &vector = dynamic_cast<const MVectorData &>(*geographyOf(geography));
-    return vector.GetFennims()->GetProjectionSettings().GetWkt();
 }
 
 /// Writes the rows once or, to measure them first, twice.
@@ -72,7 +64,7 @@ WrittenTable exportShapes(FeatureTarget target, RowPlan plan,
     const ValueRows rows(plan);
     WrittenTable written = describe(rows);
     target.kind = rows.shapeKind();
-    target.projection = projectionOf(plan.geography);
+    target.projection = projectionText(plan.geography);
     if (target.layer.isEmpty())
         target.layer = geographyName(plan.geography);
     Passes pass(rows);

@@ -22,6 +22,7 @@
 #include "core/project/failure.h"
 #include "core/project/progress.h"
 #include "core/project/safeFile.h"
+#include "core/project/shapeAccess.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/HeldGrid.h"
@@ -91,10 +92,7 @@ public:
 
 private:
     bool isGrid() const { return mProps.type == GeoProps::Raster; }
-    QString projection() const
-    {
-        return mProps.metaData.value(QStringLiteral("Projection")).toString();
-    }
+    QString projection() const { return projectionText(mGeography); }
     /// The number of realizations that are written.
     int realizationsOf(int id) const
     {

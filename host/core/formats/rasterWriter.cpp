@@ -10,6 +10,7 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
+#include "core/project/shapeAccess.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/HeldGrid.h"
@@ -31,8 +32,9 @@ template <class T> void addTypeOptions(std::vector<const char *> &options)
 
 class GridWriter {
 public:
-    GridWriter(const MRasterDataset &dataset, const MRasterObservation &grid, const GeoProps &place)
-        : mDataset(dataset), mGrid(grid), mPlace(place)
+    GridWriter(const MRasterDataset &dataset, const MRasterObservation &grid, const GeoProps &place,
+               const QString &projection)
+        : mDataset(dataset), mGrid(grid), mPlace(place), mProjection(projection)
     {
     }
 
@@ -61,9 +63,8 @@ private:
         double transform[6] = {mPlace.bounds.left(), mPlace.pixelWidth, 0, top, 0,
                                -mPlace.pixelHeight};
         GDALSetGeoTransform(file, transform);
-        const QString projection = mPlace.metaData.value(QStringLiteral("Projection")).toString();
-        if (!projection.isEmpty())
-            GDALSetProjection(file, projection.toUtf8().constData());
+        if (!mProjection.isEmpty())
+            GDALSetProjection(file, mProjection.toUtf8().constData());
         GDALRasterBandH band = GDALGetRasterBand(file, 1);
         GDALSetDescription(band, name.toUtf8().constData());
         setNoData<T>(band);
@@ -123,6 +124,7 @@ private:
     const MRasterDataset &mDataset;
     const MRasterObservation &mGrid;
     const GeoProps &mPlace;
+    QString mProjection;
 };
 
 } // namespace
@@ -145,7 +147,7 @@ void exportGrid(const QString &path, int dataset, qint64 time, int realization)
     const QString name = raster->IsStatic() ? datasetName(dataset) : axis.show(when);
     const bool written = replaceFile(path, [&](const QString &beside) {
         bool done = false;
-        GridWriter writer(*raster, grid, place);
+        GridWriter writer(*raster, grid, place, projectionText(geography));
         visitCellType(grid.Type(), grid.BitDepth(),
                       [&](auto zero) { done = writer.write<decltype(zero)>(beside, name); });
         return done && !isCancelled();

@@ -4,6 +4,7 @@
 #include <limits>
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/shapeAccess.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -110,7 +111,7 @@ int makeGrid(const QString &name, double cell, const QRectF &bounds, int dataset
         VORN_GetUniqueGeographyName(name), static_cast<unsigned>(rows),
         static_cast<unsigned>(columns), covered, when, like.timeFormat,
         QStringLiteral("Grid for predictions of %1").arg(datasetName(dataset)),
-        like.metaData.value(QStringLiteral("Projection")).toString());
+        projectionText(VORN_GetGeographyId(dataset)));
     if (id < 0)
         fail(QStringLiteral("the grid %1 could not be made").arg(name));
     if (datasetOf(dataset)->IsStatic())

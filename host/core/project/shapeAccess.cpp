@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "core/project/shapeAccess.h"
+#include "core/project/catalog.h"
+#include "datainterface/GeographyAPI.h"
 #include "fennimark/FMLine.h"
 #include "fennimark/FMPoint.h"
 #include "fennimark/FMPolygon.h"
+#include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "fennimark/HeldObject.h"
 
@@ -18,6 +21,18 @@ int recordOf(const MVectorData &geography, int object, qint64 time)
 }
 
 } // namespace
+
+QString projectionText(int geography)
+{
+    const MGeoData *data = geographyOf(geography);
+    if (const auto *vector = dynamic_cast<const MVectorData *>(data))
+        return vector->GetFennims()->GetProjectionSettings().GetWkt();
+    const QString text = VORN_GetGeographyProperties(geography)
+                             .metaData.value(QStringLiteral("Projection"))
+                             .toString();
+    // Grids that were made for predictions had a name there once.
+    return text.contains(QLatin1Char('[')) ? text : QString();
+}
 
 QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int object, qint64 time)
 {

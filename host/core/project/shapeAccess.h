@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The shapes of the objects of a vector geography.
+/// The shapes of the objects of a vector geography, and the coordinate system of all geographies.
 #pragma once
 #include <QPointF>
 #include <QVector>
@@ -8,6 +8,10 @@
 #include "datainterface/MVectorData.h"
 
 namespace meridor {
+
+/// The coordinate system as well-known text; empty if none is known. The tag "Projection" of a vector
+/// geography is the system's name alone.
+MERIDOR_EXPORT QString projectionText(int geography);
 
 /// The rings of an object's polygon at a time; empty if it is no polygon or does not exist then.
 MERIDOR_EXPORT QList<QVector<QPointF>> ringsOf(const MVectorData &geography, int object,

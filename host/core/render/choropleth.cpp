@@ -6,6 +6,7 @@
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/shapeAccess.h"
 #include "core/project/text.h"
 #include "core/render/classes.h"
 #include "core/render/mapGeometry.h"
@@ -78,11 +79,10 @@ QVector<QColor> colorsOf(const Classification &classes)
 FMProjectionInfo projectionOf(int geography)
 {
     FMProjectionInfo info;
-    const MGeoData *data = geographyOf(geography);
-    if (const auto *vector = dynamic_cast<const MVectorData *>(data))
+    if (const auto *vector = dynamic_cast<const MVectorData *>(geographyOf(geography)))
         info = vector->GetFennims()->GetProjectionSettings();
-    else if (const auto *raster = dynamic_cast<const MRasterData *>(data))
-        FMProjectionInfo::FromWkt(raster->GetProjectionName(), info);
+    else
+        FMProjectionInfo::FromWkt(projectionText(geography), info);
     return info;
 }
 

@@ -10,6 +10,7 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/progress.h"
+#include "core/project/shapeAccess.h"
 #include "core/project/timeMessages.h"
 #include "core/report/gatherLayers.h"
 #include "core/report/gatherShapes.h"
@@ -271,8 +272,7 @@ private:
     /// The ratio of width and height of a cell; for degrees at the middle latitude.
     double cellRatio() const
     {
-        const QString projection =
-            mProps.metaData.value(QStringLiteral("Projection")).toString().toUpper();
+        const QString projection = projectionText(mId).toUpper();
         const bool degrees = projection.contains(QLatin1String("GEOG"))
                              && !projection.contains(QLatin1String("PROJ"));
         constexpr double kRadian = 3.14159265358979323846 / 180;

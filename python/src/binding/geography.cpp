@@ -8,7 +8,6 @@
 #include "datainterface/MVectorData.h"
 #include "datainterface/RasterAPI.h"
 #include "fennimark/FMObjectChain.h"
-#include "fennimark/FMProjectionInfo.h"
 #include "fennimark/Fennims.h"
 #include "intervals.h"
 #include "nouns.h"
@@ -29,13 +28,6 @@ const MVectorData *vectorOf(int id)
     return dynamic_cast<const MVectorData *>(&required(id));
 }
 
-QString projectionOf(int id)
-{
-    const MVectorData *vector = vectorOf(id);
-    return vector ? vector->GetFennims()->GetProjectionSettings().GetWkt()
-                  : required(id).GetMetaData()[QStringLiteral("Projection")].toString();
-}
-
 py::dict describe(int id)
 {
     required(id);
@@ -53,7 +45,7 @@ py::dict describe(int id)
     facts["rows"] = props.rows;
     facts["columns"] = props.columns;
     facts["cell"] = py::make_tuple(props.pixelWidth, props.pixelHeight);
-    facts["projection"] = projectionOf(id);
+    facts["projection"] = projectionText(id);
     facts["key"] = key < 0 ? QString() : datasetName(key);
     facts["history"] = props.metaData.value(QStringLiteral("History")).toString();
     return facts;
