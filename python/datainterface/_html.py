@@ -55,7 +55,9 @@ def dataset_html(dataset):
         return _page(dataset.name, facts, "")
     numbers = np.ma.filled(np.ma.asarray(dataset.values()).astype(float), np.nan).ravel()
     known = numbers[np.isfinite(numbers)]
-    limits = np.quantile(known, np.linspace(0, 1, 6)) if len(known) else np.zeros(6)
+    if len(known) == 0:
+        return _page(dataset.name, facts + [("values", "none")], "")
+    limits = np.quantile(known, np.linspace(0, 1, 6))
     facts.append(("values", f"{limits[0]:g} to {limits[-1]:g}, in five classes of equal numbers"))
     classes = np.where(np.isfinite(numbers), np.searchsorted(limits[1:-1], numbers), -1)
     if dataset.geography.shapes == "raster":

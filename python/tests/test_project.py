@@ -13,7 +13,9 @@ import time
 
 import geopandas
 import numpy as np
+import numpy as np
 import pytest
+import xarray
 import shapely.geometry
 
 import datainterface as di
@@ -295,5 +297,7 @@ def test_nouns_tell_what_they_are(project, states, income):
         page = noun._repr_html_()
         assert "states48" in page and "\n" not in page
     assert states._repr_html_().count("<path") == 48
+    nothing = xarray.DataArray(np.full((2, 2), np.nan), dims=("y", "x"), name="nothing")
+    assert "<td>none</td>" in di.from_xarray(nothing)._repr_html_()
     assert states.at("1850-12-31")._repr_html_().count("<path") == 31
     assert meridor("info", project.path)["geographies"][0]["objects"] == states.count

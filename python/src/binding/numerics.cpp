@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Distributions and corrections of the library. They need no project.
+#include <cmath>
 #include <limits>
+#include <optional>
 #include <pybind11/stl.h>
 #include "call.h"
 #include "datainterface/StatisticsAPI.h"
@@ -10,6 +12,14 @@ namespace meridor::python {
 namespace {
 
 using Numbers = py::array_t<double, py::array::c_style | py::array::forcecast>;
+
+/// Nothing for a fraction, NaN, and what no int holds.
+std::optional<int> wholeNumber(double value)
+{
+    if (!(std::abs(value) <= std::numeric_limits<int>::max()) || value != std::trunc(value))
+        return {};
+    return static_cast<int>(value);
+}
 
 /// Applies a function of a number to an array; NaN outside its domain.
 template <class Function> py::array each(const Numbers &values, Function function)
@@ -61,16 +71,16 @@ void addNumerics(py::module_ &module)
     });
     module.def("poisson_p", [](const Numbers &k, double mean) {
         return each(k, [mean](double count, double &p) {
-            return count == static_cast<int>(count)
-                   && VORN_GetPoissonP(static_cast<int>(count), mean, p);
+            const auto whole = wholeNumber(count);
+            return whole && VORN_GetPoissonP(*whole, mean, p);
         });
     });
     module.def("binomial_p", [](const Numbers &k, int n, double p, bool cumulative) {
         return each(k, [=](double count, double &result) {
-            const int whole = static_cast<int>(count);
-            return count == whole
-                   && (cumulative ? VORN_GetCumBinomialP(n, whole, p, result)
-                                  : VORN_GetBinomialP(n, whole, p, result));
+            const auto whole = wholeNumber(count);
+            return whole
+                   && (cumulative ? VORN_GetCumBinomialP(n, *whole, p, result)
+                                  : VORN_GetBinomialP(n, *whole, p, result));
         });
     });
     module.def("bonferroni", [](const Numbers &p, double alpha) {
