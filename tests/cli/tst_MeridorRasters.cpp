@@ -233,6 +233,18 @@ private Q_SLOTS:
         }
     }
 
+    void selectsCellsWithTheirValues()
+    {
+        const Workplace place;
+        place.file("g.asc", grid());
+        QCOMPARE(place.run({"import", "g.asc", "p.vorn"}).code, 0);
+        const Outcome told = place.run({"select", "p.vorn", "g", "--min", "44", "--json"});
+        QVector<double> values;
+        for (const QJsonValue &cell : told.json()["objects"].toArray())
+            values.append(cell.toObject()["value"].toDouble());
+        QCOMPARE(values, (QVector<double>{44.5, 45.5, 46.5}));
+    }
+
     void readsOneOfSeveralRealizations_data()
     {
         QTest::addColumn<QStringList>("verb");

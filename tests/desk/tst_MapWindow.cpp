@@ -426,6 +426,10 @@ void tst_MapWindow::gridsSelectCells()
     const QPoint place = map->canvas().view().toPixel(QPointF(-84.9, 37.1)).toPoint();
     click(*map, place);
     QCOMPARE(selected(rain), (Ids{0}));
+    double value = 0;
+    QVERIFY(VORN_GetRasterValue(datasetIds(rain).first(), 0, 40, 12, layer.time(), value));
+    QCOMPARE(layer.describe(12 * 81 + 40),
+             QStringLiteral("column 40, row 12: pr_1999 %1").arg(QString::number(value, 'g', 6)));
     // Four by three cells, by their centres.
     const auto pixel = [&](double column, double row) {
         return map->canvas()

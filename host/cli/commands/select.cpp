@@ -4,6 +4,7 @@
 #include <memory>
 #include "cli/commands/commands.h"
 #include "core/analysis/selection.h"
+#include "core/grids/valuesAt.h"
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "datainterface/DataAPI.h"
@@ -35,12 +36,11 @@ void run(Options options, const Context &context)
     TextTable table(columns);
     for (const int object : chosenObjects(geography, options.choice)) {
         stopIfCancelled();
-        datum value;
-        VORN_GetDataValue(dataset, options.choice.realization, static_cast<unsigned int>(object),
-                          time, value);
+        const auto value = valueOf(dataset, options.choice.realization,
+                                   static_cast<unsigned int>(object), time);
         if (context.console.json) {
             QJsonObject entry{{QStringLiteral("object"), keys[object]},
-                              {QStringLiteral("value"), jsonValue(value)}};
+                              {QStringLiteral("value"), value ? jsonValue(*value) : QJsonValue()}};
             if (!names.isEmpty())
                 entry.insert(QStringLiteral("name"), names[object]);
             objects.append(entry);
@@ -49,7 +49,7 @@ void run(Options options, const Context &context)
         QStringList cells{keys[object]};
         if (!names.isEmpty())
             cells.append(names[object]);
-        table.add(cells << textOf(value));
+        table.add(cells << (value ? textOf(*value) : QString()));
     }
     if (context.console.json)
         context.console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(dataset)},

@@ -8,8 +8,25 @@
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataset.h"
+#include "datainterface/RasterAPI.h"
 
 namespace meridor {
+
+std::optional<datum> valueOf(int dataset, int realization, unsigned int object, qint64 time)
+{
+    datum value;
+    if (!rasterOf(dataset))
+        return VORN_GetDataValue(dataset, realization, object, time, value)
+                   ? std::optional<datum>(value)
+                   : std::nullopt;
+    const auto columns = static_cast<unsigned int>(
+        VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).columns);
+    return columns > 0
+                   && VORN_GetRasterValue(dataset, realization, object % columns, object / columns,
+                                          time, value)
+               ? std::optional<datum>(value)
+               : std::nullopt;
+}
 
 QString realizationText(int dataset, int realization)
 {

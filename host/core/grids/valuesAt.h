@@ -5,8 +5,10 @@
 #include <QSet>
 #include <QStringList>
 #include <QVector>
+#include <optional>
 #include "core/export.h"
 #include "datainterface/MDatum.h"
+#include "datainterface/datum.h"
 
 namespace meridor {
 
@@ -19,6 +21,10 @@ struct ValuesAt {
 };
 /// Raises a Failure if the dataset has no values at that time.
 MERIDOR_EXPORT ValuesAt valuesAt(int dataset, qint64 time, int realization = 0);
+
+/// The value of one object or cell; nothing where it is missing or the dataset has none at that time.
+MERIDOR_EXPORT std::optional<datum> valueOf(int dataset, int realization, unsigned int object,
+                                            qint64 time);
 
 /// "realization 3 of 30", for an index from 0; empty for a dataset with a single one.
 MERIDOR_EXPORT QString realizationText(int dataset, int realization);

@@ -5,12 +5,15 @@
 #include <QTimer>
 #include <QWidget>
 #include <algorithm>
+#include <limits>
+#include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
 #include "core/render/choropleth.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/MRasterDataset.h"
 #include "datainterface/WeightsAPI.h"
 #include "desk/draw/colorTable.h"
 #include "desk/views/mapLayerGrid.h"
@@ -259,14 +262,21 @@ void MapLayerView::hoverChanged()
 
 namespace {
 
+constexpr int kFloatDigits = std::numeric_limits<float>::digits10 + 1;
+
 /// Empty for a missing value.
 QString valueText(int dataset, int realization, unsigned int object, qint64 time)
 {
-    datum value;
-    if (!VORN_GetDataValue(dataset, realization, object, time, value))
+    const auto value = valueOf(dataset, realization, object, time);
+    if (!value)
         return {};
-    return datasetOf(dataset)->IsNumeric() ? shortNumber(textOf(value).toDouble(), 6)
-                                           : textOf(value);
+    if (!datasetOf(dataset)->IsNumeric())
+        return textOf(*value);
+    const MRasterDataset *const grid = rasterOf(dataset);
+    const double number = textOf(*value).toDouble();
+    // The digits that a float has.
+    const bool isFloat = grid && value->type == 0 && grid->GetRasterBitDepth() == 32;
+    return shortNumber(isFloat ? QString::number(number, 'g', kFloatDigits).toDouble() : number, 6);
 }
 
 } // namespace
@@ -286,9 +296,10 @@ QString MapLayerView::describe(unsigned int object)
         };
         const bool isGrid = rasterOf(mDataset);
         const GeoProps props = isGrid ? VORN_GetGeographyProperties(geography()) : GeoProps();
-        text = isGrid ? tr("row %1, column %2")
-                            .arg(static_cast<int>(object) / props.columns + 1)
-                            .arg(static_cast<int>(object) % props.columns + 1)
+        // From 0 at the top left, as in the command line.
+        text = isGrid ? tr("column %1, row %2")
+                            .arg(static_cast<int>(object) % props.columns)
+                            .arg(static_cast<int>(object) / props.columns)
                       : nameOf(object);
         if (mDataset >= 0) {
             const QString value = valueText(mDataset, realizationOf(mDataset), object, time());
