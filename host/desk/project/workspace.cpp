@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "desk/project/workspace.h"
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QTimer>
 #include <algorithm>
 #include <exception>
+#include <optional>
 #include <utility>
 #include "core/formats/cubeReader.h"
 #include "core/formats/rasterReader.h"
@@ -28,7 +30,9 @@
 
 namespace meridor {
 
-/// Passes the progress dialog of the library on, and turns its warnings into messages.
+/// Passes the progress dialog of the library on when work takes a while, and turns its warnings into
+/// messages. A dialog that comes and goes at once would flicker, and while it is modal without being
+/// on the screen yet, the window system's news that the main window has the keyboard focus is lost.
 class Workspace::Dialogs final : public HostDialogs {
 public:
     explicit Dialogs(Workspace &workspace) : mWorkspace(workspace) {}
@@ -36,38 +40,42 @@ public:
     void BeginProgress(const QString &title, const QString &label,
                        const QString &cancelText) override
     {
-        if (HostDialogs *const qt = VORN_GetQtDialogs())
-            qt->BeginProgress(title, label, cancelText);
+        mBar = {title, label, cancelText, 0, {}};
+        mQt = nullptr;
+        mSinceBegin.start();
     }
     void SetProgressLabel(const QString &text) override
     {
-        if (HostDialogs *const qt = VORN_GetQtDialogs())
+        mBar.label = text;
+        if (HostDialogs *const qt = shown())
             qt->SetProgressLabel(text);
     }
     void SetProgressPercent(int percent) override
     {
-        if (HostDialogs *const qt = VORN_GetQtDialogs())
+        mBar.percent = percent;
+        if (HostDialogs *const qt = shown())
             qt->SetProgressPercent(percent);
     }
     bool PollProgress() override
     {
-        // This processes events: a paint in one would paint in the midst of another.
-        HostDialogs *const qt = VORN_GetQtDialogs();
-        return !qt || mWorkspace.mIsPainting || qt->PollProgress();
+        HostDialogs *const qt = shown();
+        return !qt || qt->PollProgress();
     }
     void SetProgressButton(const QString &text, bool resetOnCancel) override
     {
-        if (HostDialogs *const qt = VORN_GetQtDialogs())
+        mBar.cancelText = text;
+        mBar.resetsOnCancel = resetOnCancel;
+        if (HostDialogs *const qt = shown())
             qt->SetProgressButton(text, resetOnCancel);
     }
     void ResetProgress() override
     {
-        if (HostDialogs *const qt = VORN_GetQtDialogs())
-            qt->ResetProgress();
+        if (mQt)
+            mQt->ResetProgress();
     }
     void EndProgress() override
     {
-        if (HostDialogs *const qt = VORN_GetQtDialogs())
+        if (HostDialogs *const qt = std::exchange(mQt, nullptr))
             qt->EndProgress();
     }
     void ShowWarning(const QString &, const QString &text) override { mWorkspace.tell(text, true); }
@@ -77,7 +85,45 @@ public:
     }
 
 private:
+    struct Bar {
+        QString title;
+        QString label;
+        QString cancelText;
+        int percent = 0;
+        std::optional<bool> resetsOnCancel; ///< once it was said
+    };
+
+    /// The dialogs of Qt if the bar is on the screen; null while the work is young. Their bar
+    /// processes events: in a paint that would start a paint in the midst of another.
+    HostDialogs *shown()
+    {
+        if (mWorkspace.mIsPainting)
+            return nullptr;
+        if (mQt || mSinceBegin.elapsed() < kRestBeforeBar)
+            return mQt;
+        mQt = VORN_GetQtDialogs();
+        if (!mQt)
+            return nullptr;
+        mQt->BeginProgress(mBar.title, mBar.label, mBar.cancelText);
+        if (mBar.resetsOnCancel)
+            mQt->SetProgressButton(mBar.cancelText, *mBar.resetsOnCancel);
+        // The focus may be on its way from a dialog that was closed a moment ago.
+        const qint64 begin = mSinceBegin.elapsed();
+        while (mQt && !QApplication::activeWindow()
+               && mSinceBegin.elapsed() < begin + kMostWaitForFocus)
+            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        if (mQt && mBar.percent > 0)
+            mQt->SetProgressPercent(mBar.percent);
+        return mQt;
+    }
+
+    static constexpr qint64 kRestBeforeBar = 400; ///< milliseconds
+    static constexpr qint64 kMostWaitForFocus = 200;
+
     Workspace &mWorkspace;
+    Bar mBar;
+    HostDialogs *mQt = nullptr; ///< while the bar is shown
+    QElapsedTimer mSinceBegin;
 };
 
 /// Shows the notes of work in the line of messages and in the log.
