@@ -18,6 +18,7 @@
 #include <QVBoxLayout>
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "desk/dialogs/screenSize.h"
 #include "desk/project/actionLog.h"
 #include "desk/project/importLine.h"
 #include "desk/project/workspace.h"
@@ -70,7 +71,6 @@ ImportDialog::ImportDialog(Workspace &workspace, QWidget *parent)
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     QPushButton *const run = buttons->addButton(tr("&Import"), QDialogButtonBox::AcceptRole);
     run->setObjectName(QStringLiteral("importRun"));
-    run->setDefault(true);
     connect(run, &QPushButton::clicked, this, &ImportDialog::import);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
 
@@ -88,8 +88,10 @@ ImportDialog::ImportDialog(Workspace &workspace, QWidget *parent)
     column->addWidget(mCommandLine);
     column->addWidget(mTrouble);
     column->addWidget(buttons);
+    run->setDefault(true); // the dialog does not know of a button that is outside of it
+    mName->setFocus();
     const int em = fontMetrics().height();
-    resize(40 * em, 44 * em);
+    resize(boundedToScreen(*this, QSize(40 * em, 44 * em)));
 }
 
 QComboBox *ImportDialog::addChoice(const char *name, const QString &label, const QString &tip)

@@ -36,7 +36,6 @@ MethodDialog::MethodDialog(Workspace &workspace, const MethodRegister &methods,
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Close | QDialogButtonBox::Help);
     QPushButton *const run = buttons->addButton(tr("&Run"), QDialogButtonBox::ApplyRole);
     run->setObjectName(QStringLiteral("run"));
-    run->setDefault(true);
     connect(run, &QPushButton::clicked, this, &MethodDialog::execute);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     connect(buttons, &QDialogButtonBox::helpRequested, this,
@@ -52,6 +51,8 @@ MethodDialog::MethodDialog(Workspace &workspace, const MethodRegister &methods,
     layout->addWidget(mCommandLine);
     layout->addWidget(mReport);
     layout->addWidget(buttons);
+    run->setDefault(true); // the dialog does not know of a button that is outside of it
+    mForm->setFocus();
     connect(mForm, &MethodForm::changed, this, &MethodDialog::showCommandLine);
     // What a failure says is shown here, where the user looks.
     connect(&workspace, &Workspace::told, mReport, &QLabel::setText);

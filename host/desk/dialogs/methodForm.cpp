@@ -92,6 +92,8 @@ MethodForm::MethodForm(Workspace &workspace, const Method &method, QWidget *pare
         else
             layout->addRow(field.label, control);
     }
+    if (!method.fields.isEmpty())
+        setFocusProxy(mControls.value(method.fields.first().name));
     refill();
     for (const auto signal :
          {&Workspace::geographyAdded, &Workspace::geographyRenamed, &Workspace::weightSetsChanged,
