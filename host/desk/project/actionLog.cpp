@@ -17,6 +17,12 @@ QString shellWord(const QString &text)
 
 namespace {
 
+const QRegularExpression &lineBreaks()
+{
+    static const QRegularExpression breaks(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]+"));
+    return breaks;
+}
+
 QString shellLine(const QStringList &words)
 {
     QStringList quoted;
@@ -51,8 +57,7 @@ void ActionLog::did(const QStringList &arguments)
 
 void ActionLog::remark(const QString &text)
 {
-    static const QRegularExpression breaks(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]+"));
-    const QStringList parts = text.split(breaks);
+    const QStringList parts = text.split(lineBreaks());
     for (const QString &part : parts)
         append({{}, part});
 }
@@ -106,7 +111,10 @@ void ActionLog::discarded()
         return;
     for (int i = mFirstChange; i < mLines.size(); ++i)
         if (!mLines[i].words.isEmpty())
-            mLines[i] = {{}, tr("not saved: %1").arg(mLines[i].text())};
+            // A name may have several lines, and a shell would run all but the first.
+            mLines[i] = {{},
+                         tr("not saved: %1")
+                             .arg(mLines[i].text().replace(lineBreaks(), QStringLiteral(" ")))};
     mFirstChange = -1;
     Q_EMIT rewritten();
 }
