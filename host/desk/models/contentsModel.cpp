@@ -15,6 +15,7 @@
 #include "datainterface/MGeoData.h"
 #include "datainterface/VariogramAPI.h"
 #include "desk/models/datasetMime.h"
+#include "desk/models/plainTip.h"
 #include "desk/project/workspace.h"
 
 namespace meridor {
@@ -259,7 +260,8 @@ QVariant ContentsModel::data(const QModelIndex &index, int role) const
     case Qt::DecorationRole:
         return iconOf(node.thing);
     case Qt::ToolTipRole:
-        return QStringLiteral("%1: %2").arg(kindText(node.thing.kind), summaryOf(node.thing));
+        return plainTip(
+            QStringLiteral("%1: %2").arg(kindText(node.thing.kind), summaryOf(node.thing)));
     case Qt::AccessibleTextRole:
         return QStringLiteral("%1 %2").arg(kindText(node.thing.kind), node.name);
     default:

@@ -14,6 +14,7 @@
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDataset.h"
 #include "desk/draw/colorTable.h"
+#include "desk/models/plainTip.h"
 #include "desk/project/workspace.h"
 
 namespace meridor {
@@ -322,8 +323,10 @@ QVariant ValueTable::headerData(int section, Qt::Orientation orientation, int ro
 {
     if (orientation != Qt::Horizontal || section < 0 || section >= mColumns.size())
         return {};
-    if (role == Qt::DisplayRole || role == Qt::ToolTipRole)
+    if (role == Qt::DisplayRole)
         return mColumns[section].name;
+    if (role == Qt::ToolTipRole)
+        return plainTip(mColumns[section].name);
     return {};
 }
 

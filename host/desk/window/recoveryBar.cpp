@@ -21,6 +21,7 @@ RecoveryBar::RecoveryBar(const Recovery &recovery, QWidget *parent) : QFrame(par
     auto *const label =
         new QLabel(tr("Work on %1 of %2 was not saved.")
                        .arg(name, QLocale().toString(recovery.saved, QLocale::ShortFormat)));
+    label->setTextFormat(Qt::PlainText);
     label->setForegroundRole(QPalette::ToolTipText);
     label->setWordWrap(true);
     auto *const restore = new QPushButton(tr("Restore it"));

@@ -12,6 +12,7 @@
 #include <QToolButton>
 #include <algorithm>
 #include "core/project/catalog.h"
+#include "desk/models/plainTip.h"
 #include "desk/views/view.h"
 
 namespace meridor {
@@ -19,7 +20,7 @@ namespace {
 
 constexpr double kSpeeds[] = {0.5, 1, 2, 4, 8, 16}; // steps a second
 constexpr int kUsualSpeed = 2;
-constexpr int kNameLetters = 30; ///< of the geography, at most
+constexpr int kMostNameWidth = 16; // heights of the font
 
 enum class Sign { Back, Play, Pause, Forth };
 
@@ -85,6 +86,7 @@ TimeBar::TimeBar(Workspace &workspace, QWidget *parent)
     setObjectName(QStringLiteral("timeBar"));
     setAccessibleName(tr("Time"));
     auto *const row = new QHBoxLayout(this);
+    mName->setObjectName(QStringLiteral("timeGeography"));
     mName->setTextFormat(Qt::PlainText);
     row->addWidget(mName);
     mBack = makeButton(tr("Step back"), "timePrevious");
@@ -179,10 +181,9 @@ void TimeBar::showSteps()
     const QSignalBlocker quiet(mSlider);
     mSlider->setRange(0, std::max(0, count - 1));
     const QString name = mGeography < 0 ? QString() : geographyName(mGeography);
-    // A long name must not widen the window.
-    mName->setText(fontMetrics().elidedText(name, Qt::ElideRight,
-                                            kNameLetters * fontMetrics().averageCharWidth()));
-    mName->setToolTip(name);
+    mName->setText(
+        fontMetrics().elidedText(name, Qt::ElideMiddle, kMostNameWidth * fontMetrics().height()));
+    mName->setToolTip(plainTip(name));
     setEnabled(count > 1);
     int width = 0;
     if (count > 1) {

@@ -14,6 +14,8 @@
 namespace meridor {
 namespace {
 
+constexpr int kMostTitleWidth = 30; // heights of the font
+
 ViewWindow *windowAround(QWidget *widget)
 {
     for (; widget; widget = widget->parentWidget())
@@ -67,11 +69,18 @@ QVector<ViewWindow *> ViewArea::windows() const
 
 void ViewArea::add(ViewWindow *window, const ViewRequest &request)
 {
-    auto *const dock = new QDockWidget(window->title(), this);
+    auto *const dock = new QDockWidget(this);
+    // A tab is as wide as its whole text.
+    const auto showTitle = [dock](const QString &title) {
+        const QFontMetrics metrics = dock->fontMetrics();
+        dock->setWindowTitle(
+            metrics.elidedText(title, Qt::ElideMiddle, kMostTitleWidth * metrics.height()));
+    };
+    showTitle(window->title());
     dock->setObjectName(QStringLiteral("view %1").arg(mNextNumber++));
     dock->setAttribute(Qt::WA_DeleteOnClose);
     dock->setWidget(window);
-    connect(window, &ViewWindow::titleChanged, dock, &QWidget::setWindowTitle);
+    connect(window, &ViewWindow::titleChanged, dock, showTitle);
     connect(window, &ViewWindow::activated, this, [this, window] { activate(window); });
     // A window whose last view was removed deletes itself; a closed dock takes its window along, and
     // is no more than a widget then.
