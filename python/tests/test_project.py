@@ -13,10 +13,9 @@ import time
 
 import geopandas
 import numpy as np
-import numpy as np
 import pytest
-import xarray
 import shapely.geometry
+import xarray
 
 import datainterface as di
 from conftest import meridor
