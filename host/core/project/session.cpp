@@ -120,6 +120,15 @@ private:
 
 } // namespace
 
+bool isProject(const QString &path)
+{
+    if (path.endsWith(QLatin1String(".vorn"), Qt::CaseInsensitive))
+        return true;
+    QFile file(path);
+    return QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly)
+           && !versionText(file).isEmpty();
+}
+
 Session::Session(const SessionOptions &options, const SessionUser &user, ProjectHost *host)
     : mScratch(makeScratch(options.scratch)),
       mOwnController(host ? nullptr : std::make_unique<ProjectHost>()),

@@ -21,6 +21,10 @@ struct SessionOptions {
     bool smallest = false; ///< pack projects as small as possible, which is much slower
 };
 
+/// Whether a file has the name of a project, or begins like one under another name. Pipes and devices
+/// are not read.
+MERIDOR_EXPORT bool isProject(const QString &path);
+
 /// A process has one session at a time: the constructor of a second one raises a Failure. The
 /// destructor never throws; files that cannot be removed then are left in place.
 class MERIDOR_EXPORT Session {

@@ -30,6 +30,7 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
+#include "core/project/session.h"
 #include "core/report/gather.h"
 #include "core/report/page.h"
 #include "datainterface/MDataset.h"
@@ -39,6 +40,7 @@
 #include "desk/dialogs/modelDialog.h"
 #include "desk/dialogs/propertiesDialog.h"
 #include "desk/models/datasetMime.h"
+#include "desk/models/plainTip.h"
 #include "desk/project/importLine.h"
 #include "desk/project/workspace.h"
 #include "desk/views/viewWindow.h"
@@ -57,11 +59,6 @@ namespace {
 // A copy for recovery takes at most a twentieth of the time.
 constexpr int kRestBetweenCopies = 20;
 constexpr int kLeastSide = 100; // pixels of the window
-
-bool isProject(const QString &path)
-{
-    return path.endsWith(QLatin1String(".vorn"), Qt::CaseInsensitive);
-}
 
 QString droppedFile(const QMimeData *data)
 {
@@ -217,14 +214,15 @@ void MainWindow::makeFileMenu()
           });
     menu->addSeparator();
     mProjectActions << addTo(menu, "fileSave", tr("&Save"), QKeySequence::Save, [this] { save(); });
-    mProjectActions << addTo(menu, "fileSaveAs", tr("Save &as..."), QKeySequence::SaveAs, [this] {
-        QFileDialog dialog(this, tr("Save the project"));
-        dialog.setAcceptMode(QFileDialog::AcceptSave);
-        dialog.setDefaultSuffix(QStringLiteral("vorn"));
-        dialog.setNameFilter(tr("Projects (*.vorn)"));
-        if (dialog.exec() == QDialog::Accepted)
-            saveAs(dialog.selectedFiles().value(0));
-    });
+    mProjectActions << addTo(menu, "fileSaveAs", tr("Save &as..."),
+                             QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_S), [this] {
+                                 QFileDialog dialog(this, tr("Save the project"));
+                                 dialog.setAcceptMode(QFileDialog::AcceptSave);
+                                 dialog.setDefaultSuffix(QStringLiteral("vorn"));
+                                 dialog.setNameFilter(tr("Projects (*.vorn)"));
+                                 if (dialog.exec() == QDialog::Accepted)
+                                     saveAs(dialog.selectedFiles().value(0));
+                             });
     mProjectActions << addTo(menu, "fileRevert", tr("Re&vert to saved"), QKeySequence(Qt::Key_F5),
                              [this] {
                                  keepWindows();
@@ -246,7 +244,7 @@ void MainWindow::makeFileMenu()
                                  if (mayLeave())
                                      leaveProject();
                              });
-    addTo(menu, "fileQuit", tr("&Quit"), QKeySequence::Quit, [this] { close(); });
+    addTo(menu, "fileQuit", tr("&Quit"), QKeySequence(Qt::CTRL + Qt::Key_Q), [this] { close(); });
 }
 
 void MainWindow::toggleSelected(const std::function<void(ViewWindow &)> &act)
@@ -297,16 +295,17 @@ void MainWindow::makeViewMenu()
     menu->addSeparator();
     mViewActions << addTo(menu, "viewTile", tr("Side by &side"),
                           QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_T),
-                          [this] { mArea->tile(); });
+                          [this] { arrange(&ViewArea::tile); });
     mViewActions << addTo(menu, "viewStack", tr("In ta&bs"),
                           QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_B),
-                          [this] { mArea->stack(); });
+                          [this] { arrange(&ViewArea::stack); });
     mViewActions << addTo(menu, "viewNext", tr("&Next view"), QKeySequence(Qt::Key_F6),
                           [this] { mArea->nextView(); });
     mViewActions << addTo(menu, "viewPrevious", tr("&Previous view"),
                           QKeySequence(Qt::SHIFT + Qt::Key_F6), [this] { mArea->previousView(); });
     mViewActions << addTo(menu, "viewClose", tr("&Close the view"),
-                          QKeySequence(Qt::CTRL + Qt::Key_W), [this] { mArea->closeActive(); });
+                          QKeySequence(Qt::CTRL + Qt::Key_W),
+                          [this] { arrange(&ViewArea::closeActive); });
     menu->addSeparator();
     addTo(menu, "goContents", tr("Go to the c&ontents"), QKeySequence(Qt::CTRL + Qt::Key_1),
           [this] {
@@ -351,7 +350,7 @@ void MainWindow::makeMethodMenu()
     for (const Method &method : mMethods.all())
         mProjectActions << addTo(menu, QByteArray("method " + method.name.toUtf8()).constData(),
                                  tr("%1...").arg(method.title), {},
-                                 [this, &method] { showMethod(method, {}); });
+                                 [this, &method] { showMethod(method, shownThings()); });
     menu->addSeparator();
     mProjectActions << addTo(menu, "editModel", tr("&Edit a variogram model..."), {},
                              [this] { editModel(mContents->selected().value(0)); });
@@ -400,7 +399,7 @@ void MainWindow::connectWorkspace()
 void MainWindow::showMessage(const QString &text, bool isTrouble)
 {
     mMessage->setText(text);
-    mMessage->setToolTip(text);
+    mMessage->setToolTip(plainTip(text));
     QFont font = mMessage->font();
     font.setBold(isTrouble);
     mMessage->setFont(font);
@@ -492,6 +491,7 @@ bool MainWindow::mayLeave()
         QMessageBox box(QMessageBox::Question, tr("Unsaved changes"),
                         tr("Save the changes of %1?").arg(name),
                         QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, this);
+        box.setTextFormat(Qt::PlainText);
         box.setObjectName(QStringLiteral("unsaved"));
         const int button = box.exec();
         answer = button == QMessageBox::Save      ? Unsaved::Save
@@ -674,6 +674,28 @@ void MainWindow::showProperties(const Thing &thing)
 {
     auto *const dialog = new PropertiesDialog(mWorkspace, thing, this);
     dialog->show();
+}
+
+void MainWindow::arrange(void (ViewArea::*how)())
+{
+    const QPointer<ViewWindow> before = mArea->active();
+    (mArea->*how)();
+    if (before && mArea->windows().contains(before))
+        mArea->activate(before);
+    if (ViewWindow *const now = mArea->active())
+        now->setFocus();
+}
+
+QVector<MethodParameter> MainWindow::shownThings() const
+{
+    const ViewWindow *const active = mArea->active();
+    const View *const view = active ? active->currentView() : nullptr;
+    if (!view)
+        return {};
+    QVector<MethodParameter> things{{QStringLiteral("geography"), view->geography()}};
+    if (const QVector<int> datasets = view->datasets(); !datasets.isEmpty())
+        things.append({QStringLiteral("dataset"), datasets.first()});
+    return things;
 }
 
 void MainWindow::showMethod(const Method &method, const QVector<MethodParameter> &parameters)

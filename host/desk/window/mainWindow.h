@@ -71,6 +71,8 @@ public:
     ModelDialog *showModel(int dataset, const VariogramModel *model);
     /// The same for a model of the contents, or for a new model of a dataset.
     void editModel(const Thing &thing);
+    /// What the active view shows, as parameters that a method may have.
+    QVector<MethodParameter> shownThings() const;
     /// Shows a page of the help: "meridor.md#moran", or a heading of desk.md.
     void showHelp(const QString &topic);
 
@@ -84,6 +86,9 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
+    /// Moves views; a hidden one loses the keyboard focus to whatever comes next in the window, so the
+    /// active view gets it back.
+    void arrange(void (ViewArea::*how)());
     QAction *addTo(QMenu *menu, const char *name, const QString &text, const QKeySequence &keys,
                    const std::function<void()> &act);
     void makeDocks();
