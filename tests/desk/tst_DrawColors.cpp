@@ -13,6 +13,8 @@
 #include "desk/draw/gridColors.h"
 #include "desk/draw/gridImage.h"
 #include "desk/draw/pickBuffer.h"
+#include "desk/draw/pickSpans.h"
+#include "support/checks.h"
 
 using namespace meridor;
 
@@ -173,6 +175,56 @@ private Q_SLOTS:
         QImage reduced = canvas(8, 4);
         QVERIFY(colorPass(buffer, table, style, reduced));
         QCOMPARE(reduced, image);
+    }
+
+    // Spans are found at the second pass over a buffer and used from then on, until it changes.
+    void keptSpansGiveTheSamePicture()
+    {
+        std::vector<QPointF> places;
+        for (int i = 0; i < 40; ++i)
+            places.emplace_back(i * 37 % 101, i * 53 % 97);
+        FlatGeometry geometry;
+        geometry.setPlaces(places);
+        ViewTransform view = ViewTransform::fit(geometry.bounds(), QSize(120, 90));
+        QVector<int> classes;
+        std::vector<unsigned char> hidden(40, 1);
+        for (int i = 0; i < 40; ++i)
+            classes.append(i % 4 - 1); // -1 is hatched
+        hidden[7] = hidden[20] = 0;
+        for (const bool reduced : {false, true}) {
+            PickBuffer buffer;
+            PickSpans spans;
+            for (const int shift : {0, 0, 3}) { // drawn, drawn again, moved
+                view.pan(shift, -shift);
+                buffer.follow(geometry, reduced ? view.doubled() : view,
+                              PickStyle{reduced ? 60 : 30, 1, nullptr});
+                for (int kind = 0; kind < 16; ++kind) {
+                    const InCase inCase(kind);
+                    ColorRule four = rule();
+                    four.classes.append(kOrange);
+                    four.fillGround = kind & 1;
+                    ColorTable table;
+                    table.build(40, four, kind & 2 ? classes.constData() : nullptr,
+                                kind & 4 ? hidden.data() : nullptr, nullptr);
+                    PassStyle style;
+                    style.outlines = kind & 8;
+                    QImage expected = canvas(120, 90, kBlue);
+                    QVERIFY(colorPass(buffer, table, style, expected, 1));
+                    for (int pass = 0; pass < 3; ++pass) {
+                        QImage image = canvas(120, 90, kBlue);
+                        QVERIFY(colorPass(buffer, table, style, image, 1 + pass % 2, &spans));
+                        QCOMPARE(image, expected);
+                    }
+                    QVERIFY(spans.follow(buffer, reduced, style.outlines, 1));
+                }
+            }
+        }
+        // Objects of a pixel have no spans.
+        PickBuffer small;
+        PickSpans none;
+        small.draw(rowOfPlaces(8), kView, PickStyle{1, 1, nullptr});
+        for (int pass = 0; pass < 3; ++pass)
+            QVERIFY(!none.follow(small, false, false, 1));
     }
 
     // The reduced pass against the definition of it, on many small discs and with any threads.

@@ -8,6 +8,7 @@ namespace meridor {
 
 class ColorTable;
 class PickBuffer;
+class PickSpans;
 
 struct PassStyle {
     bool outlines = false;
@@ -24,7 +25,9 @@ struct PassStyle {
 /// of the buffer. False, with nothing changed, for an image of another format or size, and for a
 /// table that is shorter than the numbers demand.
 /// @param threads  of which further ones colour bands of rows.
+/// @param spans    kept by the caller for further passes over the same buffer, which then are faster;
+///                 may be null. The picture is the same.
 bool colorPass(const PickBuffer &buffer, const ColorTable &table, const PassStyle &style,
-               QImage &image, int threads = 2);
+               QImage &image, int threads = 2, PickSpans *spans = nullptr);
 
 } // namespace meridor

@@ -71,10 +71,15 @@ void ColorTable::build(int count, const ColorRule &rule, const int *classes,
         for (std::size_t i = 0; i < objects; ++i)
             out[i] = shown[i] ? out[i] : none;
     }
-    QRgb common = none;
-    for (std::size_t i = 0; i < objects; ++i)
+    QRgb common = 0xffffffffU;
+    QRgb least = none;
+    for (std::size_t i = 0; i < objects; ++i) {
         common &= out[i];
-    mIsPlain = alphaOf(common) >= Ground;
+        least = std::min(least, out[i]);
+    }
+    mShowsAll = isObject(common);
+    mIsPlain = alphaOf(common & none) >= Ground;
+    mIsOpaque = alphaOf(least) != Transparent;
 }
 
 } // namespace meridor

@@ -45,10 +45,16 @@ public:
     std::size_t size() const { return mColors.size(); }
     /// Whether every colour replaces a pixel as it is.
     bool isPlain() const { return mIsPlain; }
+    /// Whether no colour leaves visible what is below.
+    bool isOpaque() const { return mIsOpaque; }
+    /// Whether all objects are shown.
+    bool showsAll() const { return mShowsAll; }
 
 private:
     std::vector<QRgb> mColors{0};
     bool mIsPlain = false;
+    bool mIsOpaque = false;
+    bool mShowsAll = true;
 };
 
 /// The colour `share` of the way from one colour to another.

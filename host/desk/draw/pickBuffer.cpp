@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "desk/draw/pickBuffer.h"
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include "desk/draw/bands.h"
 #include "desk/draw/flatGeometry.h"
@@ -98,6 +99,12 @@ bool PickBuffer::follow(const FlatGeometry &geometry, const ViewTransform &view,
     return true;
 }
 
+void PickBuffer::changed()
+{
+    static std::atomic<quint64> contents{0};
+    mRevision = ++contents;
+}
+
 void PickBuffer::begin(const ViewTransform &view, const PickStyle &style)
 {
     mView = view;
@@ -107,6 +114,7 @@ void PickBuffer::begin(const ViewTransform &view, const PickStyle &style)
     std::fill(first, first + std::size_t(mWidth) * std::size_t(mHeight), kNothing);
     mDrawnRows = 0;
     mObjectLimit = 0;
+    changed();
 }
 
 void PickBuffer::drawSlice(const FlatGeometry &geometry, int rows)
@@ -119,6 +127,7 @@ void PickBuffer::drawSlice(const FlatGeometry &geometry, int rows)
 /// Draws into pixels of the window that hold nothing.
 void PickBuffer::drawRect(const FlatGeometry &geometry, const QRect &rect)
 {
+    changed();
     if (rect.isEmpty() || geometry.count() == 0)
         return;
     mObjectLimit = std::max(mObjectLimit, geometry.objectLimit());
@@ -159,6 +168,7 @@ QRect PickBuffer::moveTo(const ViewTransform &view)
     }
     mView = view;
     mDrawnRows = mHeight;
+    changed();
     return kept;
 }
 

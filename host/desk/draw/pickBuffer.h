@@ -69,6 +69,8 @@ public:
     {
         return mPixels.data() + mStart + std::size_t(y) * std::size_t(mWidth);
     }
+    /// The number of the present content: no other content of any buffer has it.
+    quint64 revision() const { return mRevision; }
     /// All objects of the buffer are below.
     int objectLimit() const { return mObjectLimit; }
     /// The object at a pixel; -1 where there is none and outside.
@@ -83,6 +85,7 @@ private:
     /// Moves to another view of the same lattice. @return the pixels that both have, in the new one.
     QRect moveTo(const ViewTransform &view);
     void slide(qptrdiff distance);
+    void changed();
     void allocate(const QSize &size);
     quint32 *pixelsFrom(int x, int y)
     {
@@ -96,6 +99,7 @@ private:
     int mHeight = 0;
     int mDrawnRows = 0;
     int mObjectLimit = 0;
+    quint64 mRevision = 0;        // of an empty buffer
     std::vector<quint32> mPixels; // the rows of the window, with spare rows before and behind
     std::size_t mStart = 0;       // of the first row
 };
