@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "datainterface/GeographyAPI.h"
+#include <numeric>
 #include "Common/detail/failure.h"
 #include "api/dataFrame.h"
 #include "api/shapeCalls.h"
@@ -70,6 +71,15 @@ bool VORN_GetExistingObjects(int geographyId, qint64 time, QVector<unsigned int>
         const QMap<int, FMObjectChain *> &chains = geography.GetFennims()->mChains;
         QVector<unsigned int> found;
         found.reserve(ids.size());
+        // The geometry keeps its lists of observations. As many as objects: all of them exist.
+        if (!ids.isEmpty() && chains.size() == ids.size() && chains.firstKey() == ids.first()
+            && chains.lastKey() == ids.last()
+            && geography.GetFennims()->GetObservationsAtTime(time).size() == ids.size()) {
+            found.resize(ids.size());
+            std::iota(found.begin(), found.end(), 0U);
+            objects = found;
+            return true;
+        }
         auto chain =
             chains.constBegin(); // both usually ascend: the next one is seldom searched for
         for (int i = 0; i < ids.size(); ++i) {
