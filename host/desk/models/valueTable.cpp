@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QGuiApplication>
 #include <QPalette>
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -13,6 +14,7 @@
 #include "core/project/text.h"
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDataset.h"
+#include "datainterface/TimeAPI.h"
 #include "desk/draw/colorTable.h"
 #include "desk/models/plainTip.h"
 #include "desk/project/workspace.h"
@@ -39,21 +41,44 @@ ValueTable::ValueTable(Workspace &workspace, int geography, QObject *parent)
     });
 }
 
-void ValueTable::load(qint64 time, const std::function<int(int dataset)> &realizationOf)
+/// The objects that have rows.
+QVector<int> ValueTable::existing(qint64 time) const
 {
-    QVector<int> objects = objectsAt(mGeography, shapeTime(mGeography, time));
+    const QVector<int> objects = objectsAt(mGeography, shapeTime(mGeography, time));
     if (objects.size() > kMostRows)
         fail(tr("A table cannot show more than %1 rows; this geography has %2")
                  .arg(kMostRows)
                  .arg(objects.size()));
+    return objects;
+}
+
+void ValueTable::setTime(qint64 time)
+{
+    if (mColumns.isEmpty() || existing(time) != mObjects) {
+        load(time, mRealizationOf);
+        return;
+    }
+    const QScopedValueRollback<bool> loading(mIsLoading, true);
+    mTime = time;
+    for (Column &column : mColumns)
+        column.isRead = column.isRead && column.span && TimeStamp(*column.span).contains(time);
+    if (mSortColumn >= 0 && mColumns[mSortColumn].dataset >= 0 && !mColumns[mSortColumn].isRead)
+        orderRows();
+    showRows();
+}
+
+void ValueTable::load(qint64 time, const std::function<int(int dataset)> &realizationOf)
+{
+    QVector<int> objects = existing(time);
     beginResetModel();
     mTime = time;
     mRealizationOf = realizationOf;
     mObjects = std::move(objects);
     makeColumns({});
-    mIsLoading = true;
-    orderRows();
-    mIsLoading = false;
+    {
+        const QScopedValueRollback<bool> loading(mIsLoading, true);
+        orderRows();
+    }
     endResetModel();
 }
 
@@ -137,7 +162,14 @@ const ValueTable::Column &ValueTable::readColumn(int index) const
     }
     column.isRead = true; // also without values at this time
     column.used = ++mUses;
+    column.span.reset();
+    column.numbers.clear();
+    column.texts.clear();
     mWorkspace.look([&] {
+        // The interval is that of the first realization.
+        if (Interval span; mRealizationOf(column.dataset) == 0
+                           && VORN_GetNoChangeInterval({column.dataset}, mTime, span))
+            column.span = span;
         try {
             ValuesAt values = valuesAt(column.dataset, mTime, mRealizationOf(column.dataset));
             for (const int object : std::as_const(values.missing)) {

@@ -5,7 +5,9 @@
 #include <QStringList>
 #include <QVector>
 #include <functional>
+#include <optional>
 #include <vector>
+#include "datainterface/TimeStamp.h"
 
 namespace meridor {
 
@@ -27,6 +29,9 @@ public:
     /// Raises a Failure for more cells than rows can be numbered.
     /// @param realizationOf  of a dataset, from 0; called when its values are read.
     void load(qint64 time, const std::function<int(int dataset)> &realizationOf);
+    /// The same for the values and realizations that load() was called for: what does not change
+    /// until then is kept.
+    void setTime(qint64 time);
     /// Datasets came, went or have other values.
     /// @param gone  datasets that are being removed.
     void reloadColumns(const QVector<int> &gone = {});
@@ -66,11 +71,13 @@ private:
         int dataset = -1;
         QString name = {};
         bool isRead = false;
+        std::optional<Interval> span = {}; ///< in which the values that were read hold; if known
         bool isNumeric = true;
         quint64 used = 0;             ///< for the choice of the column to forget
         QVector<double> numbers = {}; ///< by object; NaN where missing
         QStringList texts = {};       ///< by object; empty where missing
     };
+    QVector<int> existing(qint64 time) const;
     const Column &readColumn(int column) const;
     void forgetColumns() const;
     void makeColumns(const QVector<int> &gone);

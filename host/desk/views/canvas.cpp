@@ -6,6 +6,7 @@
 #include <QStyleHints>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include "core/render/choropleth.h"
 #include "core/render/mapPicture.h"
 
@@ -13,6 +14,7 @@ namespace meridor {
 namespace {
 
 constexpr double kFast = 25; ///< milliseconds; a slower drawing waits for rest
+constexpr double kSlow = 5;  ///< milliseconds; a third of a frame
 constexpr int kRest = 120;   ///< milliseconds
 constexpr int kPanStep = 64; ///< pixels of a key
 constexpr double kZoomStep = 1.5;
@@ -201,7 +203,7 @@ void MapCanvas::drawSlice()
         if (layer->isVisible() && !layer->drawSharp(mView))
             return;
     mSlice.stop();
-    mIsSharp = true;
+    mIsSharp = mIsFinished = true;
     if (mIsHurried)
         mImageView = ViewTransform(); // another picture of the same view
     update();
@@ -210,6 +212,7 @@ void MapCanvas::drawSlice()
 void MapCanvas::finish()
 {
     mRest.stop();
+    mIsSharp = mIsSharp && !isStale();
     while (!mIsSharp && !mWorkspace.isBusy())
         drawSlice();
 }
@@ -222,38 +225,60 @@ void MapCanvas::compose()
     if (!isStale || mDrawn.size().isEmpty())
         return;
     // Colours that change again within a moment, such as those of times that are run through, are
-    // shown coarsely and, when the map rests, sharply.
-    mIsHurried =
-        mImageView == mDrawn && !mIsSharp && mComposed.isValid() && mComposed.elapsed() < kRest;
+    // shown coarsely if the sharp picture takes long, and, when the map rests, sharply.
+    mIsHurried = mImageView == mDrawn && !mIsSharp && mSharpCost > kSlow && mComposed.isValid()
+                 && mComposed.elapsed() < kRest;
     mComposed.start();
     if (mIsHurried)
         mRest.start();
     const MapColors colors(palette());
     if (mImage.size() != mDrawn.size())
         mImage = QImage(mDrawn.size(), QImage::Format_RGB32);
-    mImage.fill(colors.ground);
+    bool isLowest = true;
     for (MapLayerView *const layer : std::as_const(mLayers)) {
-        if (layer->isVisible())
-            layer->paint(mDrawn, colors, mIsHurried, mImage);
         layer->setFresh();
+        if (!layer->isVisible())
+            continue;
+        if (std::exchange(isLowest, false))
+            layer->paintLowest(mDrawn, colors, mIsHurried, mImage);
+        else
+            layer->paint(mDrawn, colors, mIsHurried, mImage);
     }
+    if (isLowest)
+        mImage.fill(colors.ground);
+    if (!mIsHurried)
+        mSharpCost = static_cast<double>(mComposed.nsecsElapsed()) / 1e6;
     mImageView = mDrawn;
+}
+
+/// Whether a layer has another picture than the one that is shown.
+bool MapCanvas::isStale() const
+{
+    return std::any_of(mLayers.begin(), mLayers.end(), [](const MapLayerView *layer) {
+        return layer->isStale() && layer->isVisible();
+    });
+}
+
+bool MapCanvas::areSharp() const
+{
+    return std::all_of(mLayers.begin(), mLayers.end(), [this](const MapLayerView *layer) {
+        return !layer->isVisible() || layer->isSharp(mView);
+    });
 }
 
 void MapCanvas::paintEvent(QPaintEvent *)
 {
     // A change of values or shapes needs another drawing of the same view.
-    const bool isStale = std::any_of(mLayers.begin(), mLayers.end(), [](const MapLayerView *layer) {
-        return layer->isStale() && layer->isVisible();
-    });
+    const bool isStale = this->isStale();
     if (!mIsDrawn || (mDrawn != mView && mCost < kFast) || (isStale && mDrawn == mView)) {
-        const bool wasSharp = mIsSharp;
         drawQuick();
-        if (isStale && wasSharp) {
+        // What has just become sharp needs no rest.
+        if (isStale && mIsSharp && !(mIsFinished && !mWorkspace.isBusy() && areSharp())) {
             mIsSharp = false;
             mRest.start();
         }
     }
+    mIsFinished = false;
     if (mIsDrawn)
         compose();
 

@@ -78,6 +78,8 @@ private:
     void drawQuick();
     void drawSlice();
     void compose();
+    bool isStale() const;
+    bool areSharp() const;
     void paintMarks(QPainter &painter);
     void paintTroubles(QPainter &painter);
     QPainterPath region() const;
@@ -94,10 +96,12 @@ private:
     ViewTransform mImageView;
     QElapsedTimer mComposed; ///< since the last composition
     bool mIsHurried = false; ///< the composed picture is the coarse one
+    double mSharpCost = 0;   ///< of the last other composition, in milliseconds
     double mCost = 0;        ///< of the last quick drawing, in milliseconds
     bool mIsSharp = false;
-    QTimer mRest;  ///< runs out when the map has rested
-    QTimer mSlice; ///< runs while the sharp picture is drawn
+    bool mIsFinished = false; ///< the sharp picture is complete, but not painted
+    QTimer mRest;             ///< runs out when the map has rested
+    QTimer mSlice;            ///< runs while the sharp picture is drawn
 
     enum class Drag { None, Region, Move };
     Drag mDrag = Drag::None;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "desk/views/graphView.h"
+#include <QCoreApplication>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QPainter>
@@ -16,6 +17,7 @@
 #include <qwt_scale_widget.h>
 #include <qwt_text.h>
 #include <qwt_text_label.h>
+#include <utility>
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
@@ -56,6 +58,21 @@ public:
         titleLabel()->setFont(font);
         const int margin = fontMetrics().height() / 2;
         setContentsMargins(margin, margin / 2, margin, margin / 2);
+    }
+    /// Changes the text without a new layout when it needs the same room.
+    void showFooter(const QwtText &text)
+    {
+        const QwtText present = footer();
+        if (text == present)
+            return;
+        if (present.font() != text.font()
+            || present.text().count(QLatin1Char('\n')) != text.text().count(QLatin1Char('\n'))) {
+            setFooter(text);
+            return;
+        }
+        QCoreApplication::sendPostedEvents(this, QEvent::LayoutRequest);
+        footerLabel()->setText(text);
+        QCoreApplication::removePostedEvents(this, QEvent::LayoutRequest);
     }
     /// The view that is complete now.
     void setView(GraphView &view) { mView = &view; }
@@ -164,7 +181,9 @@ void GraphView::refreshColors()
         palette.setColor(QPalette::WindowText, mColors.softInk);
         mPlot->axisWidget(axis)->setPalette(palette);
     }
+    mMustMakeScales = true;
     if (mIsRead && mTrouble.isEmpty()) {
+        fitTicks();
         recolor();
         selectionChanged();
     }
@@ -172,7 +191,17 @@ void GraphView::refreshColors()
 
 void GraphView::timeChanged()
 {
-    reread();
+    if (!hasAllTimes() || !mTrouble.isEmpty()) {
+        reread();
+        return;
+    }
+    const QScopedValueRollback<bool> reading(mIsReading, true);
+    timePassed();
+}
+
+bool GraphView::holdsAt(qint64 time) const
+{
+    return mTrouble.isEmpty() && View::holdsAt(time);
 }
 
 void GraphView::reread()
@@ -249,7 +278,9 @@ void GraphView::redraw()
     fitTexts();
     mCanvas->setAccessibleName(title());
     mCanvas->setAccessibleDescription(mTrouble.isEmpty() ? summary() : mTrouble);
-    mPlot->replot();
+    updateAxes();
+    QCoreApplication::sendPostedEvents(mPlot, QEvent::LayoutRequest); // before the canvas is drawn
+    mCanvas->replot();
     mCanvas->refreshMarks();
 }
 
@@ -272,8 +303,10 @@ void GraphView::fitTexts()
     const bool hasAxisTitle = isShown && mPlot->height() >= kLeastWithAxisTitle * metrics.height();
     const QwtText axisTitle =
         text(hasAxisTitle ? elided(xScale().title) : QString(), mColors.ink, Qt::AlignRight);
-    if (axisTitle != mPlot->axisTitle(QwtPlot::xBottom))
+    if (axisTitle != mPlot->axisTitle(QwtPlot::xBottom)) {
         mPlot->setAxisTitle(QwtPlot::xBottom, axisTitle);
+        mAreAxesStale = true;
+    }
     QString figures;
     if (mPlot->height() >= kLeastWithFooter * metrics.height()) {
         const auto broken = [&](const QString &all, int most) {
@@ -286,8 +319,14 @@ void GraphView::fitTexts()
             broken(mSummary, kMostFooterLines) + QLatin1Char('\n') + broken(mSelectedSummary, 1);
     }
     const QwtText footer = text(figures, mColors.softInk, Qt::AlignLeft);
-    if (footer != mPlot->footer())
-        mPlot->setFooter(footer);
+    static_cast<PlotWidget *>(mPlot)->showFooter(footer);
+}
+
+/// QwtPlot::replot() measures the labels of all axes each time.
+void GraphView::updateAxes()
+{
+    if (std::exchange(mAreAxesStale, false))
+        mPlot->updateAxes();
 }
 
 // Scales
@@ -296,6 +335,7 @@ void GraphView::apply(int axis, const GraphScale &scale)
 {
     if (scale.dates != mHasDates && axis == QwtPlot::xBottom) {
         mHasDates = scale.dates;
+        mMustMakeScales = true;
         mPlot->setAxisScaleEngine(
             axis, scale.dates ? static_cast<QwtScaleEngine *>(new QwtDateScaleEngine(Qt::UTC))
                               : new QwtLinearScaleEngine());
@@ -326,33 +366,52 @@ void GraphView::setInterval(int axis, double low, double high)
         || !(high - low > std::max(std::abs(low), std::abs(high)) * kLeastRange)
         || high - low > 4 * kLargest)
         return;
+    const QwtInterval present = mPlot->axisInterval(axis);
+    if (!mMustMakeScales && !mAreAxesStale && present.minValue() == low
+        && present.maxValue() == high)
+        return;
     mPlot->setAxisScale(axis, low, high);
+    mAreAxesStale = true;
 }
 
 void GraphView::showScales()
 {
     apply(QwtPlot::xBottom, xScale());
     apply(QwtPlot::yLeft, yScale());
-    fitTicks();
+    makeScales();
+    updateAxes();
 }
 
 void GraphView::fitTicks()
 {
+    mAreAxesStale = true;
+    makeScales();
+    updateAxes();
+}
+
+/// Labels of the present font and values, as many as there is room for.
+void GraphView::makeScales()
+{
     for (const int axis : {QwtPlot::xBottom, QwtPlot::yLeft}) {
-        auto draw = graphScaleDraw(axis == QwtPlot::xBottom && mHasDates);
-        draw->enableComponent(QwtAbstractScaleDraw::Backbone, false);
-        draw->setTickLength(QwtScaleDiv::MinorTick, 0);
-        draw->setTickLength(QwtScaleDiv::MediumTick, 0);
-        mPlot->setAxisScaleDraw(axis, draw.release());
+        if (mMustMakeScales) {
+            auto draw = graphScaleDraw(axis == QwtPlot::xBottom && mHasDates);
+            draw->enableComponent(QwtAbstractScaleDraw::Backbone, false);
+            draw->setTickLength(QwtScaleDiv::MinorTick, 0);
+            draw->setTickLength(QwtScaleDiv::MediumTick, 0);
+            mPlot->setAxisScaleDraw(axis, draw.release());
+        }
+        // Of the plot, not of the canvas: its size depends on the labels, which would depend on it.
         const QFontMetrics metrics = mPlot->fontMetrics();
-        const int room =
-            axis == QwtPlot::xBottom
-                ? mCanvas->width() / metrics.horizontalAdvance(QStringLiteral("00 000.000"))
-                : mCanvas->height() / (2 * metrics.height());
-        mPlot->setAxisMaxMajor(axis, std::clamp(room, 2, 10));
+        const int width = metrics.horizontalAdvance(QStringLiteral("00 000.000"));
+        const int room = axis == QwtPlot::xBottom ? mPlot->width() / width - 1
+                                                  : mPlot->height() / (2 * metrics.height())
+                                                        - 3; // texts below and above
+        const int most = std::clamp(room, 2, 10);
+        mAreAxesStale |= mMustMakeScales || most != mPlot->axisMaxMajor(axis);
+        mPlot->setAxisMaxMajor(axis, most);
         mPlot->setAxisMaxMinor(axis, 0);
     }
-    mPlot->updateAxes();
+    mMustMakeScales = false;
 }
 
 void GraphView::zoom(double factor, const QPointF &pixel)

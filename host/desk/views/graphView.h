@@ -103,6 +103,8 @@ Q_SIGNALS:
 protected:
     /// Reads the values of the present time. Raises a Failure if there is nothing to draw.
     virtual void read() = 0;
+    /// Whether read() has taken over all times: another one is only marked, by timePassed().
+    virtual bool hasAllTimes() const { return false; }
     /// Takes the selected objects over into what is drawn, and states summary().
     virtual void markSelected() = 0;
     virtual void recolor() {}
@@ -116,6 +118,7 @@ protected:
     virtual GraphScale yScale() const = 0;
 
     void timeChanged() final;
+    bool holdsAt(qint64 time) const final;
     void selectionChanged() final;
     void hoverChanged() override;
 
@@ -145,9 +148,11 @@ private:
     friend class GraphCanvas;
     void reread();
     void showScales();
+    void makeScales();
     void setTrouble(const QString &text);
     void apply(int axis, const GraphScale &scale);
     void setInterval(int axis, double low, double high);
+    void updateAxes();
 
     QwtPlot *mPlot;
     QPointer<QWidget> mPlotWidget; ///< null once the plot was deleted
@@ -164,6 +169,8 @@ private:
     bool mMustReread = false;
     bool mIsReading = false; ///< within Workspace::look(), so names can be read
     bool mHasDates = false;
+    bool mAreAxesStale = true;
+    bool mMustMakeScales = true; ///< the scales have other fonts or another kind of values
 };
 
 } // namespace meridor

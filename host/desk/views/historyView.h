@@ -27,6 +27,8 @@ protected:
     GraphScale yScale() const final;
 
     int dataset() const { return mDataset; }
+    /// Whether the history is that of the present values.
+    bool isLoaded() const { return mIsLoaded; }
     const ValueHistory &history() const { return mHistory; }
     /// Reads the values and their range. See ValueHistory::load().
     void loadHistory(const std::function<void(int step, const QVector<double> &values)> &visit);
@@ -43,7 +45,7 @@ protected:
 
 private:
     int mDataset;
-    bool mIsLoaded = false; ///< the history is that of the present values
+    bool mIsLoaded = false;
     ValueHistory mHistory;
     double mLow = 0;
     double mHigh = 0;

@@ -138,6 +138,14 @@ bool GridLayerView::drawSharp(const ViewTransform &view)
     return countRows();
 }
 
+bool GridLayerView::isSharp(const ViewTransform &view) const
+{
+    const bool isNominal = !classes() || classes()->limits().isEmpty();
+    return !mHasImage // no values at the time
+           || (mImage.view() == view && (isNominal || mSampling == RasterSampling::Mean)
+               && mCountedRows >= mGrid.rows);
+}
+
 void GridLayerView::paint(const ViewTransform &view, const MapColors &colors, bool, QImage &image)
 {
     if (!mHasImage || mImage.view() != view || !classes())

@@ -21,6 +21,7 @@ public:
     QRectF extentOf(const QVector<unsigned int> &objects) const override;
     void drawQuick(const ViewTransform &view) override;
     bool drawSharp(const ViewTransform &view) override;
+    bool isSharp(const ViewTransform &view) const override;
     bool readsLibrary() const override { return true; }
     void paint(const ViewTransform &view, const MapColors &colors, bool isHurried,
                QImage &image) override;

@@ -21,6 +21,7 @@ constexpr double kOutlinedSize = 8; ///< pixels; the outlines of smaller areas w
 constexpr double kPlaceSize = 6;    ///< logical pixels
 constexpr double kLineWidth = 1.6;  ///< logical pixels
 constexpr int kSliceRows = 192;
+constexpr int kThreads = 2;
 constexpr qint64 kLongestFollow = 15; ///< milliseconds
 constexpr int kMostSampled = 200'000;
 
@@ -165,9 +166,9 @@ bool VectorLayerView::drawSharp(const ViewTransform &view)
     return mSharp.isComplete();
 }
 
-void VectorLayerView::buildTable(const MapColors &colors)
+void VectorLayerView::buildTable(const MapColors &colors, bool fillGround)
 {
-    if (!mIsTableStale && mTableGround == colors.ground)
+    if (!mIsTableStale && mTableGround == colors.ground && mFillsGround == fillGround)
         return;
     ColorRule rule;
     for (const QColor &color : classColors())
@@ -176,6 +177,7 @@ void VectorLayerView::buildTable(const MapColors &colors)
     rule.missing = missingColor(colors).rgb();
     rule.selected = colors.selected;
     rule.ground = colors.ground;
+    rule.fillGround = fillGround;
     MAttributes *const flags = workspace().selection().attributes(geography());
     const unsigned char *selected =
         flags ? flags->GetAttributeVector(attribute::kSelected) : nullptr;
@@ -190,26 +192,63 @@ void VectorLayerView::buildTable(const MapColors &colors)
                  selected);
     mIsTableStale = false;
     mTableGround = colors.ground;
+    mFillsGround = fillGround;
 }
 
 void VectorLayerView::paint(const ViewTransform &view, const MapColors &colors, bool isHurried,
                             QImage &image)
 {
-    buildTable(colors);
-    const bool isQuickDrawn = !mIsQuickStale && mQuick.view() == view;
-    const bool isSharp = !(isHurried && isQuickDrawn) && !mIsSharpStale && mSharp.isComplete()
-                         && mSharp.view() == view.doubled();
-    const PickBuffer &buffer = isSharp ? mSharp : mQuick;
-    if ((!isSharp && !isQuickDrawn) || static_cast<int>(mTable.size()) <= buffer.objectLimit())
+    buildTable(colors, false);
+    paintObjects(view, colors, isHurried, image);
+}
+
+void VectorLayerView::paintLowest(const ViewTransform &view, const MapColors &colors,
+                                  bool isHurried, QImage &image)
+{
+    // Selected places and lines are a second pass over the first one.
+    buildTable(colors, mGeometry.kind() == FlatGeometry::Areas);
+    if (!mFillsGround || !isDrawn(view))
+        image.fill(colors.ground);
+    paintObjects(view, colors, isHurried, image);
+}
+
+/// Whether there is a picture of the view.
+bool VectorLayerView::isDrawn(const ViewTransform &view) const
+{
+    return isQuickDrawn(view) || isSharp(view);
+}
+
+bool VectorLayerView::isQuickDrawn(const ViewTransform &view) const
+{
+    return !mIsQuickStale && mQuick.view() == view && hasColors(mQuick);
+}
+
+bool VectorLayerView::isSharp(const ViewTransform &view) const
+{
+    return !mIsSharpStale && mSharp.isComplete() && mSharp.view() == view.doubled()
+           && hasColors(mSharp);
+}
+
+bool VectorLayerView::hasColors(const PickBuffer &buffer) const
+{
+    return static_cast<int>(mTable.size()) > buffer.objectLimit();
+}
+
+void VectorLayerView::paintObjects(const ViewTransform &view, const MapColors &colors,
+                                   bool isHurried, QImage &image)
+{
+    if (!isDrawn(view))
         return;
+    const bool takesSharp = isSharp(view) && !(isHurried && isQuickDrawn(view));
+    const PickBuffer &buffer = takesSharp ? mSharp : mQuick;
     const bool areas = mGeometry.kind() == FlatGeometry::Areas;
     PassStyle style;
     style.outlines = areas && dataset() >= 0 && mGeometry.meanSize(view) >= kOutlinedSize;
     style.outline = lineColor(colors).rgb();
     style.hatch = colors.hatch;
-    colorPass(buffer, mTable, style, image);
+    colorPass(buffer, mTable, style, image, kThreads, takesSharp ? &mSharpSpans : &mQuickSpans);
     if (!areas)
-        paintChosen(buffer, isSharp ? mStyle.doubled() : mStyle, image);
+        paintChosen(buffer, takesSharp ? mStyle.doubled() : mStyle, image);
     if (areas && dataset() < 0)
         drawBorders(buffer, lineColor(colors).rgb(), image);
 }

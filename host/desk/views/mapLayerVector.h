@@ -5,6 +5,7 @@
 #include "desk/draw/colorTable.h"
 #include "desk/draw/flatGeometry.h"
 #include "desk/draw/pickBuffer.h"
+#include "desk/draw/pickSpans.h"
 #include "desk/views/mapLayerView.h"
 
 namespace meridor {
@@ -22,8 +23,11 @@ public:
     QRectF extentOf(const QVector<unsigned int> &objects) const override;
     void drawQuick(const ViewTransform &view) override;
     bool drawSharp(const ViewTransform &view) override;
+    bool isSharp(const ViewTransform &view) const override;
     void paint(const ViewTransform &view, const MapColors &colors, bool isHurried,
                QImage &image) override;
+    void paintLowest(const ViewTransform &view, const MapColors &colors, bool isHurried,
+                     QImage &image) override;
     int objectAt(const QPoint &pixel) const override;
     int nextObject(int object, int step) const override;
     QPainterPath shapeOf(unsigned int object, const ViewTransform &view) const override;
@@ -38,7 +42,12 @@ protected:
 private:
     PickStyle style() const;
     int reach() const;
-    void buildTable(const MapColors &colors);
+    bool isDrawn(const ViewTransform &view) const;
+    bool isQuickDrawn(const ViewTransform &view) const;
+    bool hasColors(const PickBuffer &buffer) const;
+    void buildTable(const MapColors &colors, bool fillGround);
+    void paintObjects(const ViewTransform &view, const MapColors &colors, bool isHurried,
+                      QImage &image);
     void paintChosen(const PickBuffer &buffer, PickStyle style, QImage &image);
     /// The position of an object's shape; -1 if it does not exist at the time.
     int shapeIndex(unsigned int object) const;
@@ -51,6 +60,8 @@ private:
     PickStyle mStyle; ///< of both pictures
     PickBuffer mQuick;
     PickBuffer mSharp;
+    PickSpans mQuickSpans;
+    PickSpans mSharpSpans;
     bool mDoesSharpFollow = true;
     PickBuffer mChosen; ///< the selected places or lines
     bool mIsChosenStale = true;
@@ -60,6 +71,7 @@ private:
     ColorTable mTable;
     bool mIsTableStale = true;
     QRgb mTableGround = 0;             ///< of the colours that the table was built with
+    bool mFillsGround = false;         ///< of the table: it also colours pixels without an object
     mutable std::vector<int> mShapeOf; ///< by object, made when it is first asked for
 };
 

@@ -218,6 +218,11 @@ void MapLayerView::valuesChanged()
     refresh(true);
 }
 
+bool MapLayerView::holdsAt(qint64 time) const
+{
+    return mTrouble.isEmpty() && View::holdsAt(time);
+}
+
 void MapLayerView::refresh(bool reclassify)
 {
     setStale();

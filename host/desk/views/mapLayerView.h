@@ -82,11 +82,20 @@ public:
     virtual void drawQuick(const ViewTransform &view) = 0;
     /// A slice of the sharp picture. @return whether the picture is complete.
     virtual bool drawSharp(const ViewTransform &view) = 0;
+    /// Whether that picture is complete.
+    virtual bool isSharp(const ViewTransform &view) const = 0;
     virtual bool readsLibrary() const { return false; }
     /// Paints the best picture of a view that was drawn over what the image holds; the coarse one if
     /// `isHurried`, which takes a fraction of the time.
     virtual void paint(const ViewTransform &view, const MapColors &colors, bool isHurried,
                        QImage &image) = 0;
+    /// The same of the lowest layer, on the ground: the image holds nothing yet.
+    virtual void paintLowest(const ViewTransform &view, const MapColors &colors, bool isHurried,
+                             QImage &image)
+    {
+        image.fill(colors.ground);
+        paint(view, colors, isHurried, image);
+    }
     /// Whether paint() would give another picture than last time.
     bool isStale() const { return mIsStale; }
     void setFresh() { mIsStale = false; }
@@ -124,6 +133,7 @@ protected:
 
     void timeChanged() override;
     void valuesChanged() override;
+    bool holdsAt(qint64 time) const override;
     void selectionChanged() override;
     void hoverChanged() override;
     void setStale() { mIsStale = true; }

@@ -10,6 +10,7 @@
 #include "core/project/failure.h"
 #include "datainterface/DataAPI.h"
 #include "desk/models/valueTable.h"
+#include "desk/views/cellDelegate.h"
 #include "desk/views/graphCanvas.h"
 
 namespace meridor {
@@ -24,6 +25,7 @@ public:
         setObjectName(QStringLiteral("objects"));
         setSelectionMode(QAbstractItemView::NoSelection);
         setEditTriggers(QAbstractItemView::NoEditTriggers);
+        setItemDelegate(new CellDelegate(this));
         setMouseTracking(true);
         setWordWrap(false);
         setTabKeyNavigation(false);
@@ -183,6 +185,7 @@ TableView::TableView(Workspace &workspace, int geography)
     });
     connect(&workspace, &Workspace::idle, this, &TableView::reload);
     join();
+    showOrder();
     sizeColumns();
 }
 
@@ -203,9 +206,20 @@ QVector<int> TableView::valueDatasets() const
 
 void TableView::timeChanged()
 {
+    showTable([this] { mModel->setTime(time()); });
+}
+
+void TableView::valuesChanged()
+{
+    showTable(
+        [this] { mModel->load(time(), [this](int dataset) { return realizationOf(dataset); }); });
+}
+
+void TableView::showTable(const std::function<void()> &load)
+{
     mTrouble.clear();
     try {
-        mModel->load(time(), [this](int dataset) { return realizationOf(dataset); });
+        load();
         if (mModel->rowCount() == 0)
             mTrouble = tr("%1 has no objects at %2.")
                            .arg(geographyName(geography()), axisOf(geography()).show(time()));
@@ -221,15 +235,22 @@ void TableView::reload()
     if (!mMustReload || workspace().isBusy())
         return;
     mMustReload = false;
-    workspace().look([this] { timeChanged(); });
+    workspace().look([this] { valuesChanged(); });
 }
 
 void TableView::rereadColumns(const QVector<int> &gone)
 {
     mNames.forget();
     mModel->reloadColumns(gone);
-    mTable->horizontalHeader()->setSortIndicator(mModel->sortColumn(), mModel->sortOrder());
+    showOrder();
     sizeColumns();
+}
+
+/// Without a sorted column the rows are in the order of the first one.
+void TableView::showOrder()
+{
+    mTable->horizontalHeader()->setSortIndicator(std::max(0, mModel->sortColumn()),
+                                                 mModel->sortOrder());
 }
 
 void TableView::sizeColumns()
@@ -309,7 +330,7 @@ void TableView::sortBy(int column, Qt::SortOrder order)
     if (column < 0 || column >= mModel->columnCount())
         return;
     mModel->sort(column, order);
-    mTable->horizontalHeader()->setSortIndicator(column, order);
+    showOrder();
 }
 
 void TableView::setSelectedFirst(bool first)

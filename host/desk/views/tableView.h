@@ -46,6 +46,9 @@ Q_SIGNALS:
 
 protected:
     void timeChanged() override;
+    void valuesChanged() override;
+    /// Each column is kept for a time of its own.
+    bool holdsAt(qint64) const override { return false; }
     void selectionChanged() override;
     void hoverChanged() override;
 
@@ -53,7 +56,9 @@ private:
     class Table;
     void chooseRows(int first, int last, SelectionMode mode);
     void sizeColumns();
+    void showOrder();
     void reload();
+    void showTable(const std::function<void()> &load);
     void rereadColumns(const QVector<int> &gone);
     void pointAt(int row);
 

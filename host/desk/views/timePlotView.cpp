@@ -15,6 +15,7 @@
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataset.h"
 #include "desk/methods/fields.h"
+#include "desk/views/graphCanvas.h"
 
 namespace meridor {
 namespace {
@@ -79,9 +80,8 @@ public:
               const QRectF &canvas) const override
     {
         const GraphColors &colors = mView.colors();
-        const double now = xMap.transform(mView.mScale.at(mView.time()));
-        painter->setPen(QPen(colors.softInk, 1, Qt::DotLine));
-        painter->drawLine(QPointF(now, canvas.top()), QPointF(now, canvas.bottom()));
+        if (mView.mIsExporting)
+            mView.drawNow(*painter, xMap, canvas);
         painter->setBrush(Qt::NoBrush);
         painter->setPen(QPen(colors.softInk, 2, Qt::DashLine));
         drawRuns(*painter, onCanvas(mView.mMean, xMap, yMap));
@@ -159,6 +159,14 @@ TimePlotView::TimePlotView(Workspace &workspace, int dataset)
 QString TimePlotView::title() const
 {
     return tr("%1 over time").arg(datasetName(dataset()));
+}
+
+void TimePlotView::timePassed()
+{
+    if (mNames.isEmpty())
+        static_cast<GraphCanvas *>(widget())->refreshMarks();
+    else
+        selectionChanged(); // objects can have other names
 }
 
 void TimePlotView::load()
@@ -281,8 +289,17 @@ int TimePlotView::objectAt(const QPoint &pixel) const
     return nearest;
 }
 
+void TimePlotView::drawNow(QPainter &painter, const QwtScaleMap &xMap, const QRectF &canvas) const
+{
+    const double now = xMap.transform(mScale.at(time()));
+    painter.setPen(QPen(colors().softInk, 1, Qt::DotLine));
+    painter.drawLine(QPointF(now, canvas.top()), QPointF(now, canvas.bottom()));
+}
+
+/// The present time is a mark, too: a step of time does not draw the lines anew.
 void TimePlotView::drawMark(QPainter &painter, int object)
 {
+    drawNow(painter, xMap(), widget()->rect());
     if (object < 0)
         return;
     painter.setBrush(Qt::NoBrush);

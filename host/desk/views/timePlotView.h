@@ -30,6 +30,9 @@ public:
 
 protected:
     void load() override;
+    bool hasAllTimes() const override { return isLoaded(); }
+    void timePassed() override;
+    void setExporting(bool exporting) override { mIsExporting = exporting; }
     void markSelected() override;
     bool shows(int object) const override;
     QVector<unsigned int> objectsWithin(const QPainterPath &region) override;
@@ -41,9 +44,11 @@ private:
         History mean;
         QVector<double> deviations; ///< beside the points of the mean
     };
+    void drawNow(QPainter &painter, const QwtScaleMap &xMap, const QRectF &canvas) const;
     Summary summarize(const unsigned char *flags) const;
     QVector<QPointF> pointsOf(int object) const;
 
+    bool mIsExporting = false;
     TimeScale mScale;
     QVector<QPointF> mMean; ///< of all objects
     QVector<int> mLines;

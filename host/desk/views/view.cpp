@@ -2,9 +2,11 @@
 #include "desk/views/view.h"
 #include <QWidget>
 #include <algorithm>
+#include <utility>
 #include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
 #include "datainterface/MDataset.h"
+#include "datainterface/TimeAPI.h"
 
 namespace meridor {
 
@@ -20,6 +22,10 @@ void View::join()
         const QVector<int> mine = datasets();
         if (std::any_of(mine.begin(), mine.end(), [&](int id) { return changed.contains(id); }))
             showTime(true);
+    });
+    connect(&mWorkspace, &Workspace::objectsRemoved, this, [this](int geography) {
+        if (geography == mGeography)
+            mSpan.reset(); // derived classes read again
     });
     connect(&mWorkspace, &Workspace::idle, this, [this] {
         if (mMustReread)
@@ -69,13 +75,41 @@ void View::showTime(bool reread)
         mMustReread = true;
         return;
     }
-    mMustReread = false;
+    const bool rereads = std::exchange(mMustReread, false) || reread;
     const bool isOther = time != mTime;
-    mTime = time;
-    mWorkspace.look([this, isOther] { isOther ? timeChanged() : valuesChanged(); });
+    if (!rereads && holdsAt(time)) {
+        mTime = time;
+        timePassed();
+    } else {
+        mTime = time;
+        mSpan.reset();
+        mWorkspace.look([this, rereads] {
+            rereads ? valuesChanged() : timeChanged();
+            findSpan();
+        });
+        widget()->update();
+    }
     if (isOther)
         Q_EMIT shownTimeChanged(time);
-    widget()->update();
+}
+
+bool View::holdsAt(qint64 time) const
+{
+    return mSpan && TimeStamp(*mSpan).contains(time);
+}
+
+/// A view without datasets shows its geography, or tells itself when it holds.
+void View::findSpan()
+{
+    const QVector<int> shown = datasets();
+    const bool isFirst = std::all_of(shown.begin(), shown.end(),
+                                     [this](int dataset) { return realizationOf(dataset) == 0; });
+    Interval span;
+    if (!isFirst) // the library tells the interval of the first realization
+        return;
+    if (shown.isEmpty() ? VORN_GetStaticObjectInterval(mGeography, mTime, span)
+                        : VORN_GetNoChangeInterval(shown, mTime, span))
+        mSpan = span;
 }
 
 bool View::UpdateView()

@@ -6,7 +6,9 @@
 #include <QString>
 #include <QVector>
 #include <functional>
+#include <optional>
 #include "datainterface/MLinker.h"
+#include "datainterface/TimeStamp.h"
 #include "desk/project/workspace.h"
 
 class QPainter;
@@ -74,6 +76,11 @@ protected:
     virtual void timeChanged() = 0;
     /// The values of a shown dataset changed. Called within Workspace::look().
     virtual void valuesChanged() { timeChanged(); }
+    /// Called instead of timeChanged() when all that is shown holds at the other time, too.
+    virtual void timePassed() {}
+    /// Whether all that is shown at the present time is the same at another one. A sentence that
+    /// names the time is not.
+    virtual bool holdsAt(qint64 time) const;
     /// The flags of selected objects changed: see Selection.
     virtual void selectionChanged() = 0;
     /// Another object is hovered. The widget is updated in any case; called for each move of the
@@ -82,14 +89,16 @@ protected:
 
 private:
     void showTime(bool reread);
+    void findSpan();
     void drive(const std::function<void()> &change);
 
     Workspace &mWorkspace;
     int mGeography;
     qint64 mTime = 0;
     int mRealization = 0;
-    bool mIsChoosing = false; ///< this view changes the selection now
-    bool mIsStale = false;    ///< selected flags changed since the last selectionChanged()
+    std::optional<Interval> mSpan; ///< in which neither shapes nor values change; none: not known
+    bool mIsChoosing = false;      ///< this view changes the selection now
+    bool mIsStale = false;         ///< selected flags changed since the last selectionChanged()
     bool mIsHoverStale = false;
     bool mMustReread = false; ///< values changed while the library was at work
 };
