@@ -16,6 +16,8 @@
 #include "core/geostatistics/variogramModels.h"
 #include "core/import/importOptions.h"
 #include "core/project/catalog.h"
+#include "core/render/classification.h"
+#include "core/render/legend.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
 #include "datainterface/MGeoData.h"
@@ -127,7 +129,9 @@ void tst_Methods::aDialogMakesAWeightSet()
              QStringLiteral("meridor weights create '%1' queen --geography states48 --method queen "
                             "--weights row --order 1")
                  .arg(workspace().path()));
-    QTest::mouseClick(dialog->findChild<QPushButton *>(QStringLiteral("run")), Qt::LeftButton);
+    for (const char *const field : {"count", "range", "great-circle"})
+        QVERIFY2(!dialog->findChild<QWidget *>(QLatin1String(field))->isEnabled(), field);
+    QTest::keyClick(name, Qt::Key_Return); // Run is the default
     QCOMPARE(dialog->findChild<QLabel *>(QStringLiteral("report"))->text(),
              QStringLiteral("queen: 48 objects, 214 links, 1 to 8 each, 0 without neighbours"));
     QVERIFY(workspace().isDirty());
@@ -148,6 +152,15 @@ void tst_Methods::aDialogMakesAWeightSet()
     QCOMPARE(objectNames(mStates).value(
                  static_cast<int>(workspace().selection().selected(mStates).value(0))),
              QStringLiteral("Maine"));
+    QWidget &keyed = const_cast<LinkHistogram &>(*bars);
+    QTest::keyClick(&keyed, Qt::Key_End);
+    QTest::keyClick(&keyed, Qt::Key_Left);
+    QTest::keyClick(&keyed, Qt::Key_Space, Qt::ShiftModifier);
+    QCOMPARE(workspace().selection().count(mStates), 1 + bars->counts()[bars->counts().size() - 2]);
+    auto *const neighbors = dialog->findChild<QComboBox *>(QStringLiteral("method"));
+    neighbors->setCurrentText(QStringLiteral("nearest"));
+    QVERIFY(dialog->findChild<QWidget *>(QStringLiteral("count"))->isEnabled());
+    QVERIFY(!dialog->findChild<QWidget *>(QStringLiteral("order"))->isEnabled());
     dialog->close();
 }
 
@@ -309,6 +322,16 @@ void tst_Methods::theLogRepeatsTheSession()
     run("moran", {parameter("dataset", QStringLiteral("income")),
                   parameter("weights", QStringLiteral("queen")), parameter("permutations", 99),
                   parameter("local", true), parameter("save", QStringLiteral("Moran's \"I\""))});
+    const Classification clusters(findDataset(QStringLiteral("Moran's \"I\" cluster")), {}, {});
+    QCOMPARE(clusters.entries().first().text, QStringLiteral("high-high"));
+    QCOMPARE(clusters.entries().last().text, QStringLiteral("not significant"));
+    QCOMPARE(clusters.of(QStringLiteral("not significant")), clusters.entries().size() - 1);
+    // A dataset that does not change has the shapes of a geography with times.
+    const MethodReport still =
+        run("variogram", {parameter("dataset", QStringLiteral("states48/fips")),
+                          parameter("model", QStringLiteral("nugget"))});
+    QVERIFY2(still.text.startsWith(QLatin1String("Model of fips: nugget:")),
+             qPrintable(still.text));
     for (const char *const made : {"Einkommen ganz größer", "as decimals", "as series"}) {
         const QString name = QString::fromUtf8(made);
         QVector<MethodParameter> conversion{parameter("dataset", QStringLiteral("income")),

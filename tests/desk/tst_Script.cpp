@@ -255,6 +255,9 @@ void tst_Script::failingStepsAreNamed_data()
             "\"mode\" is a text");
     refused("unknown parameter", "{`do`: `method`, `name`: `moran`, `parameters`: {`data`: 1}}",
             "there is no parameter \"data\"");
+    refused("form of an unknown dataset",
+            "{`do`: `method`, `name`: `moran`, `parameters`: {`dataset`: `rain`}, `show`: true}",
+            "no dataset rain");
     refused("wrong choice",
             "{`do`: `method`, `name`: `weights`, `parameters`: {`geography`: `states`,"
             " `name`: `w`, `method`: `bishop`}}",

@@ -86,7 +86,7 @@ VariogramPlan planOf(const Options &options)
         plan.lags.estimator = Estimator::Robust;
     }
     plan.realization = realizationIndex(plan.dataset, options.realization);
-    plan.times = dataTimesAt(plan.dataset, options.at, plan.realization);
+    plan.times = shapeTimesAt(plan.dataset, options.at, plan.realization);
     plan.pooled = options.pooled;
     plan.scores = options.scores;
     plan.lags.cutoff = options.cutoff;

@@ -21,6 +21,18 @@ namespace {
 
 const QColor kOthers(0xe8, 0xe6, 0xdf);
 
+/// The kinds of clusters that local tests store, in the order and colours of a legend: red is high
+/// among high, blue low among low, and pale what differs from its neighbours.
+struct Cluster {
+    const char *name;
+    QRgb color;
+};
+constexpr Cluster kClusters[] = {{"high-high", 0xffca0020},
+                                 {"high-low", 0xfff4a582},
+                                 {"low-high", 0xff92c5de},
+                                 {"low-low", 0xff0571b0},
+                                 {"not significant", 0xffe8e6df}};
+
 struct Method {
     const char *name;
     const char *description;
@@ -288,6 +300,20 @@ void Classification::divide(int dataset, const QVector<qint64> &times, const Cla
     }
 }
 
+namespace {
+
+/// The classes of a dataset of clusters that are among the texts; none for other texts.
+QVector<LegendEntry> clusterEntries(const QStringList &names)
+{
+    QVector<LegendEntry> entries;
+    for (const Cluster &cluster : kClusters)
+        if (names.contains(QLatin1String(cluster.name)))
+            entries.append({QColor(cluster.color), QLatin1String(cluster.name)});
+    return entries.size() == names.size() ? entries : QVector<LegendEntry>();
+}
+
+} // namespace
+
 void Classification::enumerate(int dataset, const QVector<qint64> &times, const ClassRule &rule)
 {
     const bool numeric = datasetOf(dataset)->IsNumeric();
@@ -312,6 +338,13 @@ void Classification::enumerate(int dataset, const QVector<qint64> &times, const 
     std::stable_sort(names.begin(), names.end(), [&counts](const QString &a, const QString &b) {
         return counts[a] > counts[b];
     });
+    if (rule.palette.isEmpty() && !rule.reversed && !numeric) {
+        mEntries = clusterEntries(names);
+        for (int i = 0; i < mEntries.size(); ++i)
+            mTexts.insert(mEntries[i].text, i);
+        if (!mEntries.isEmpty())
+            return;
+    }
     const int most = categoricalColorCount(rule.palette);
     const bool tooMany = names.size() > most;
     if (tooMany)

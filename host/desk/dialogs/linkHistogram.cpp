@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "desk/dialogs/linkHistogram.h"
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <exception>
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "datainterface/MGeoData.h"
@@ -19,6 +21,11 @@ LinkHistogram::LinkHistogram(Workspace &workspace, MethodForm &form, QWidget *pa
     setAccessibleName(tr("Numbers of neighbours"));
     mSets->setObjectName(QStringLiteral("shown set"));
     mSets->setAccessibleName(tr("Shown weight set"));
+    setObjectName(QStringLiteral("linkHistogram"));
+    setFocusPolicy(Qt::StrongFocus);
+    setToolTip(
+        tr("Objects by their number of neighbours. A click selects those of a bar, as Space does; "
+           "Shift adds them, Ctrl toggles."));
     setMinimumHeight(fontMetrics().height() * 8);
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -58,8 +65,9 @@ void LinkHistogram::read()
     const int set = mSets->currentData().toInt();
     // An object with thousands of neighbours is counted in the last bar.
     constexpr int kMostBars = 200;
-    if (set >= 0 && !mWorkspace.isBusy())
-        mWorkspace.look([&] {
+    mTrouble.clear();
+    if (set >= 0 && !mWorkspace.isBusy()) {
+        try { // a set of imported lists may have none for the time that is shown
             visitNeighbors(set, mWorkspace.timeOf(mGeography),
                            [&](int object, const QVector<neighborDatum> &neighbors) {
                                const int count = std::min(neighbors.size(), kMostBars);
@@ -67,7 +75,12 @@ void LinkHistogram::read()
                                    mObjects.resize(count + 1);
                                mObjects[count].append(static_cast<unsigned int>(object));
                            });
-        });
+        } catch (const std::exception &error) {
+            mObjects.clear();
+            mTrouble = QString::fromUtf8(error.what());
+        }
+    }
+    moveTo(mCurrent);
     update();
 }
 
@@ -97,6 +110,12 @@ QRect LinkHistogram::barOf(int neighbors) const
 void LinkHistogram::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    if (!mTrouble.isEmpty()) {
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(rect().adjusted(0, mSets->geometry().bottom(), 0, 0),
+                         Qt::AlignCenter | Qt::TextWordWrap, mTrouble);
+        return;
+    }
     const QVector<int> all = counts();
     const auto hovered = static_cast<unsigned int>(mWorkspace.selection().hovered(mGeography));
     const int text = fontMetrics().height();
@@ -107,6 +126,8 @@ void LinkHistogram::paintEvent(QPaintEvent *)
         const bool isHovered = std::binary_search(mObjects[i].begin(), mObjects[i].end(), hovered);
         painter.fillRect(bar, palette().color(isHovered ? QPalette::Highlight : QPalette::Mid));
         painter.setPen(palette().color(QPalette::WindowText));
+        if (i == mCurrent && hasFocus())
+            painter.drawRect(bar.adjusted(0, -1, -1, 0));
         const QRect column(bar.left() - labelWidth, 0, bar.width() + 2 * labelWidth, height());
         if (i % each == 0)
             painter.drawText(column.adjusted(0, height() - text, 0, 0), Qt::AlignCenter,
@@ -117,17 +138,50 @@ void LinkHistogram::paintEvent(QPaintEvent *)
     }
 }
 
+void LinkHistogram::moveTo(int neighbors)
+{
+    mCurrent = std::clamp(neighbors, 0, std::max(0, mObjects.size() - 1));
+    if (mCurrent < mObjects.size())
+        setAccessibleDescription(
+            tr("%1 objects have %2 neighbours").arg(mObjects[mCurrent].size()).arg(mCurrent));
+    update();
+}
+
+void LinkHistogram::selectCurrent(Qt::KeyboardModifiers keys)
+{
+    if (mCurrent < mObjects.size())
+        mWorkspace.selection().select(mGeography, mObjects[mCurrent],
+                                      keys & Qt::ShiftModifier     ? SelectionMode::Add
+                                      : keys & Qt::ControlModifier ? SelectionMode::Toggle
+                                                                   : SelectionMode::Replace);
+}
+
 void LinkHistogram::mousePressEvent(QMouseEvent *event)
 {
     for (int i = 0; i < mObjects.size(); ++i) {
         const QRect bar = barOf(i);
         if (event->x() < bar.left() || event->x() > bar.right())
             continue;
-        mWorkspace.selection().select(mGeography, mObjects[i],
-                                      event->modifiers() & Qt::ShiftModifier ? SelectionMode::Add
-                                      : event->modifiers() & Qt::ControlModifier
-                                          ? SelectionMode::Toggle
-                                          : SelectionMode::Replace);
+        moveTo(i);
+        selectCurrent(event->modifiers());
+    }
+}
+
+void LinkHistogram::keyPressEvent(QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Left:
+        return moveTo(mCurrent - 1);
+    case Qt::Key_Right:
+        return moveTo(mCurrent + 1);
+    case Qt::Key_Home:
+        return moveTo(0);
+    case Qt::Key_End:
+        return moveTo(mObjects.size() - 1);
+    case Qt::Key_Space:
+        return selectCurrent(event->modifiers());
+    default:
+        QWidget::keyPressEvent(event);
     }
 }
 

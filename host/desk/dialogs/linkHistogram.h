@@ -28,14 +28,19 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void moveTo(int neighbors);
+    void selectCurrent(Qt::KeyboardModifiers keys);
     void refill();
     void read();
 
     Workspace &mWorkspace;
     MethodForm &mForm;
     QComboBox *mSets;
+    int mCurrent = 0; ///< the bar that keys act on
+    QString mTrouble; ///< why nothing is shown
     int mGeography = -1;
     QVector<QVector<unsigned int>> mObjects; ///< by number of neighbours
 };

@@ -48,6 +48,7 @@ MethodDialog::MethodDialog(Workspace &workspace, const MethodRegister &methods,
     if (method.name == QLatin1String("variogram"))
         layout->addWidget(new ModelPreview(workspace, *mForm), 1);
     layout->addWidget(new QLabel(tr("The same as a command line:")));
+    mCommandLine->setMinimumWidth(fontMetrics().averageCharWidth() * 64);
     layout->addWidget(mCommandLine);
     layout->addWidget(mReport);
     layout->addWidget(buttons);

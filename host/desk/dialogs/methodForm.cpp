@@ -43,7 +43,11 @@ QVector<Thing> datasets(MethodField::Kind kind, int geography)
         const bool isGrid = VORN_GetGeographyProperties(owner).type == GeoProps::Raster;
         if ((geography >= 0 && owner != geography) || (kind == MethodField::Grids && !isGrid))
             continue;
-        for (const int id : datasetIds(owner))
+        // Numbers that are keys are hardly ever what is meant.
+        QVector<int> ids = datasetIds(owner);
+        if (kind != MethodField::Dataset && ids.removeOne(keyDataset(owner)))
+            ids.append(keyDataset(owner));
+        for (const int id : std::as_const(ids))
             if (kind == MethodField::Dataset
                 || VORN_GetDatasetProperties(id).dataType != StringType)
                 things.append({datasetWord(id), id});
@@ -106,8 +110,10 @@ MethodForm::MethodForm(Workspace &workspace, const Method &method, QWidget *pare
 QWidget *MethodForm::makeControl(const MethodField &field)
 {
     const auto tell = [this] {
-        if (!mIsFilling)
-            Q_EMIT changed();
+        if (mIsFilling)
+            return;
+        enableFields();
+        Q_EMIT changed();
     };
     if (isChosenThing(field.kind) || field.kind == MethodField::Choice) {
         auto *const box = new QComboBox;
@@ -145,6 +151,14 @@ QWidget *MethodForm::makeControl(const MethodField &field)
     }
     connect(line, &QLineEdit::textChanged, this, tell);
     return line;
+}
+
+/// What has no meaning for the present choices cannot be changed.
+void MethodForm::enableFields()
+{
+    for (const MethodField &field : mMethod.fields)
+        if (const MethodField *const other = fieldNamed(field.decidedBy))
+            mControls[field.name]->setEnabled(field.deciding.contains(valueOf(*other).toString()));
 }
 
 const MethodField *MethodForm::fieldNamed(const QString &name) const
@@ -189,8 +203,9 @@ void MethodForm::refill()
         else
             things = datasets(field.kind, owner);
         if (field.optional)
-            things.prepend({field.kind == MethodField::Time ? methodText("all") : methodText("none"),
-                            field.value});
+            things.prepend(
+                {field.kind == MethodField::Time ? methodText("all") : methodText("none"),
+                 field.value});
         auto *const box = static_cast<QComboBox *>(mControls[field.name]);
         const QVariant before = box->currentData();
         box->clear();
@@ -201,6 +216,7 @@ void MethodForm::refill()
         isOther |= box->currentData() != before;
     }
     mIsFilling = false;
+    enableFields();
     if (isOther)
         Q_EMIT changed();
 }

@@ -26,6 +26,7 @@ private:
     QWidget *makeControl(const MethodField &field);
     /// Fills the choices of the fields that depend on the project, and on other fields.
     void refill();
+    void enableFields();
     QVariant valueOf(const MethodField &field) const;
     void show(const MethodField &field, const QVariant &value);
     int geographyOfField(const QString &name) const;

@@ -216,9 +216,6 @@ ModelDialog::ModelDialog(Workspace &workspace, const MethodRegister &methods, QW
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Close | QDialogButtonBox::Help);
     QPushButton *const saving = buttons->addButton(tr("&Save"), QDialogButtonBox::ApplyRole);
     saving->setObjectName(QStringLiteral("saveModel"));
-    saving->setDefault(true);
-    buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);
-    buttons->button(QDialogButtonBox::Help)->setAutoDefault(false);
     mNugget->setFocus();
     auto *const both = new QHBoxLayout;
     both->addLayout(form, 1);
@@ -229,6 +226,7 @@ ModelDialog::ModelDialog(Workspace &workspace, const MethodRegister &methods, QW
     column->addWidget(mCommandLine);
     column->addWidget(mTrouble);
     column->addWidget(buttons);
+    saving->setDefault(true); // of this dialog, to which it belongs now
 
     connect(add, &QPushButton::clicked, this, [this] {
         addRow({VariogramBasicModel::Spherical, 1, 0, 1, 1});
@@ -490,7 +488,7 @@ VariogramPlan ModelDialog::plan() const
     VariogramPlan plan;
     plan.dataset = dataset();
     const QString time = mTime->currentData().toString();
-    plan.times = dataTimesAt(plan.dataset, time.isEmpty() ? QStringList() : QStringList{time});
+    plan.times = shapeTimesAt(plan.dataset, time.isEmpty() ? QStringList() : QStringList{time});
     plan.pooled = hasTimes() && time.isEmpty();
     plan.scores = mScores->isChecked();
     if (mEstimator->currentIndex() == 1)

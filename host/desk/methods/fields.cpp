@@ -62,6 +62,14 @@ MethodField maybe(const MethodField &field)
     return optional;
 }
 
+MethodField onlyWith(const char *other, const QStringList &values, const MethodField &field)
+{
+    MethodField dependent = field;
+    dependent.decidedBy = QLatin1String(other);
+    dependent.deciding = values;
+    return dependent;
+}
+
 MethodField text(const char *name, const QString &label, const QString &help)
 {
     MethodField field;

@@ -24,6 +24,8 @@ void addOptions(QStringList &line, const MethodArguments &arguments,
 MethodField thing(const char *name, const QString &label, MethodField::Kind kind,
                   const char *of = "");
 MethodField maybe(const MethodField &field); ///< may be none
+/// A field that has a meaning only with these values of another one.
+MethodField onlyWith(const char *other, const QStringList &values, const MethodField &field);
 MethodField text(const char *name, const QString &label, const QString &help = QString());
 MethodField number(const char *name, const QString &label, double value, double least, double most);
 MethodField whole(const char *name, const QString &label, int value, int least, int most);

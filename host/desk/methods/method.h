@@ -44,6 +44,9 @@ struct MethodField {
         {}; ///< a Dataset, WeightSet or Time: name of the field with its geography or dataset
     QString help = {};     ///< one sentence
     bool optional = false; ///< of what is chosen among things of the project: may be none
+    /// The field has a meaning only with these values of another one; a flag has "true" and "false".
+    QString decidedBy = {};
+    QStringList deciding = {};
 };
 
 /// The values of the parameters by name.
@@ -91,8 +94,10 @@ public:
     /// @param parameters  those that are absent have their defaults.
     bool execute(Workspace &workspace, const Method &method,
                  const QVector<MethodParameter> &parameters, MethodReport &report) const;
-    /// Raises a Failure if a parameter is none of the method's fields.
-    void requireParameters(const Method &method, const QVector<MethodParameter> &parameters) const;
+    /// The parameters with the ids of things that are given by name. Raises a Failure for one that is
+    /// none of the method's fields, and for a value that its field cannot have.
+    QVector<MethodParameter> resolved(const Method &method,
+                                      const QVector<MethodParameter> &parameters) const;
     /// The command line of a method; empty if it cannot be told for these parameters.
     QString invocation(Workspace &workspace, const Method &method,
                        const QVector<MethodParameter> &parameters) const;

@@ -72,7 +72,7 @@ QVariant requireChoice(const MethodField &field, const QVariant &value)
 
 /// Names of things in the project become their ids. Raises a Failure for a value that the field
 /// cannot have.
-QVariant resolved(const MethodField &field, const QVariant &value)
+QVariant valueFor(const MethodField &field, const QVariant &value)
 {
     if (field.kind == MethodField::Number || field.kind == MethodField::Whole)
         return requireNumber(field, value);
@@ -112,22 +112,26 @@ QVector<MethodParameter> MethodRegister::completed(const Method &method,
         for (const MethodParameter &given : parameters)
             if (given.name == field.name)
                 value = given.value;
-        all.append({field.name, resolved(field, value)});
+        all.append({field.name, valueFor(field, value)});
     }
     return all;
 }
 
-void MethodRegister::requireParameters(const Method &method,
-                                       const QVector<MethodParameter> &parameters) const
+QVector<MethodParameter> MethodRegister::resolved(const Method &method,
+                                                  const QVector<MethodParameter> &parameters) const
 {
+    QVector<MethodParameter> all;
+    QStringList names;
+    for (const MethodField &field : method.fields)
+        names.append(field.name);
     for (const MethodParameter &given : parameters) {
-        QStringList names;
-        for (const MethodField &field : method.fields)
-            names.append(field.name);
-        if (!names.contains(given.name))
+        const int field = names.indexOf(given.name);
+        if (field < 0)
             fail(methodText("there is no parameter \"%1\"; there are: %2")
                      .arg(given.name, names.join(QStringLiteral(", "))));
+        all.append({given.name, valueFor(method.fields[field], given.value)});
     }
+    return all;
 }
 
 bool MethodRegister::execute(Workspace &workspace, const Method &method,
@@ -137,8 +141,7 @@ bool MethodRegister::execute(Workspace &workspace, const Method &method,
     QStringList line;
     bool changes = false;
     const bool done = workspace.run(method.title, [&](const Progress &progress) {
-        requireParameters(method, parameters);
-        const MethodArguments arguments(completed(method, parameters));
+        const MethodArguments arguments(completed(method, resolved(method, parameters)));
         line = method.commandLine(workspace, arguments); // ids may be gone afterwards
         changes = method.changesProject(arguments);
         method.execute(workspace, arguments, report, progress);

@@ -23,6 +23,18 @@ MoranPlan planOf(const MethodArguments &arguments)
     return plan;
 }
 
+/// "3 high-high, 45 not significant"
+QString clustersOf(const MoranAt &result)
+{
+    QMap<QString, int> counts;
+    for (int i = 0; i < result.objects.size(); ++i)
+        ++counts[clusterName(result, i)];
+    QStringList texts;
+    for (auto each = counts.begin(); each != counts.end(); ++each)
+        texts.append(QStringLiteral("%1 %2").arg(each.value()).arg(each.key()));
+    return texts.join(QStringLiteral(", "));
+}
+
 void execute(Workspace &, const MethodArguments &arguments, MethodReport &report,
              const Progress &progress)
 {
@@ -41,6 +53,8 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
                       .arg(last.whole.value, 0, 'g', 6)
                       .arg(last.whole.p, 0, 'g', 4)
                       .arg(last.objects.size());
+    if (plan.local)
+        report.text += QStringLiteral("; ") + clustersOf(last);
     report.results.append({QStringLiteral("I"), last.whole.value});
     report.results.append({QStringLiteral("p"), last.whole.p});
 }
@@ -71,9 +85,11 @@ Method moranMethod()
              whole("permutations", methodText("Permutations"), 999, 0, 1000000),
              whole("seed", methodText("Seed"), 1, 0, 2147483647),
              flag("local", methodText("Of each object, with clusters")),
-             choice("correction", methodText("Correction of local tests"),
-                    {"none", "bonferroni", "holm", "simes", "fdr", "jef"}),
-             number("alpha", methodText("Level of local tests"), 0.05, 0, 1),
+             onlyWith("local", {"true"},
+                      choice("correction", methodText("Correction of local tests"),
+                             {"none", "bonferroni", "holm", "simes", "fdr", "jef"})),
+             onlyWith("local", {"true"},
+                      number("alpha", methodText("Level of local tests"), 0.05, 0, 1)),
              text("save", methodText("Name of the results"),
                   methodText("Empty: the results are told, not kept"))},
             execute,

@@ -13,7 +13,7 @@ VariogramPlan variogramPlanOf(const MethodArguments &arguments)
     VariogramPlan plan;
     plan.dataset = chosen(arguments, "dataset");
     const QString at = arguments.text(QStringLiteral("at"));
-    plan.times = dataTimesAt(plan.dataset, at.isEmpty() ? QStringList() : QStringList{at});
+    plan.times = shapeTimesAt(plan.dataset, at.isEmpty() ? QStringList() : QStringList{at});
     plan.pooled = arguments.flag(QStringLiteral("pooled"));
     plan.scores = arguments.flag(QStringLiteral("scores"));
     plan.lags.cutoff = arguments.number(QStringLiteral("cutoff"));
@@ -114,7 +114,8 @@ Method variogramMethod()
          choice("estimator", methodText("Estimator"), {"classical", "robust"}),
          number("cutoff", methodText("Largest separation; 0: a third of the diagonal"), 0, 0, 1e18),
          number("width", methodText("Width of a class; 0: a fifteenth of that"), 0, 0, 1e18),
-         flag("pooled", methodText("One model of the pairs of all times")),
+         onlyWith("at", {QString()},
+                  flag("pooled", methodText("One model of the pairs of all times"))),
          flag("scores", methodText("Of normal scores, for simulation")),
          text("save", methodText("Name of the model"),
               methodText("Empty: the model is told, not kept")),

@@ -75,19 +75,24 @@ Method weightsMethod()
 {
     MethodField weights = choice("weights", methodText("Weights"), {"row"});
     weights.choices = weightNames();
-    return {QStringLiteral("weights"),
-            methodText("New weight set"),
-            QStringLiteral("meridor.md#weights"),
-            {thing("geography", methodText("Geography"), MethodField::Geography),
-             text("name", methodText("Name")),
-             choice("method", methodText("Neighbours"), {"queen", "rook", "nearest", "range"}),
-             whole("order", methodText("Steps of contiguity"), 1, 1, 100),
-             whole("count", methodText("Nearest objects"), 5, 1, 1000000),
-             number("range", methodText("Largest distance"), 0, 0, 1e18),
-             flag("great-circle", methodText("Distances on the earth, in kilometres")), weights},
-            execute,
-            commandLine,
-            [](const MethodArguments &) { return true; }};
+    return {
+        QStringLiteral("weights"),
+        methodText("New weight set"),
+        QStringLiteral("meridor.md#weights"),
+        {thing("geography", methodText("Geography"), MethodField::Geography),
+         text("name", methodText("Name")),
+         choice("method", methodText("Neighbours"), {"queen", "rook", "nearest", "range"}),
+         onlyWith("method", {"queen", "rook"},
+                  whole("order", methodText("Steps of contiguity"), 1, 1, 100)),
+         onlyWith("method", {"nearest"},
+                  whole("count", methodText("Nearest objects"), 5, 1, 1000000)),
+         onlyWith("method", {"range"}, number("range", methodText("Largest distance"), 0, 0, 1e18)),
+         onlyWith("method", {"nearest", "range"},
+                  flag("great-circle", methodText("Distances on the earth, in kilometres"))),
+         weights},
+        execute,
+        commandLine,
+        [](const MethodArguments &) { return true; }};
 }
 
 } // namespace meridor

@@ -700,8 +700,11 @@ QVector<MethodParameter> MainWindow::shownThings() const
 
 void MainWindow::showMethod(const Method &method, const QVector<MethodParameter> &parameters)
 {
+    QVector<MethodParameter> shown;
+    if (!mWorkspace.look([&] { shown = mMethods.resolved(method, parameters); }))
+        return;
     auto *const dialog = new MethodDialog(mWorkspace, mMethods, method, this);
-    dialog->form().setParameters(parameters);
+    dialog->form().setParameters(shown);
     connect(dialog, &MethodDialog::helpWanted, this, &MainWindow::showHelp);
     dialog->show();
 }

@@ -505,7 +505,6 @@ private:
         for (auto parameter = values.begin(); parameter != values.end(); ++parameter)
             parameters.append({parameter.key(), parameter.value().toVariant()});
         if (flagOf(step, "show", false)) {
-            mMethods.requireParameters(*found, parameters);
             mWindow.showMethod(*found, parameters);
             return;
         }

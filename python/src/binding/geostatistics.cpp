@@ -79,7 +79,7 @@ py::list variogramOf(int dataset, int realization, const py::iterable &times, co
         requireDataset(dataset);
         if (plan.other >= 0)
             requireDataset(plan.other);
-        plan.times = dataTimesAt(dataset, wanted, realization);
+        plan.times = shapeTimesAt(dataset, wanted, realization);
         const Progress bar("Variogram", "Counting pairs...");
         const QVector<VariogramAt> all = variogramsOf(plan, bar.part(0, 100));
         if (!store.isEmpty()) {
