@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "desk/draw/bands.h"
-#include <QSemaphore>
 #include <QThreadPool>
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <exception>
+#include <memory>
 #include <mutex>
 
 namespace meridor {
@@ -12,12 +13,28 @@ namespace {
 
 constexpr int kLeastRows = 32; // a thread is not worth less
 
-/// The bands that are left, and what the work raised.
+/// The bands that are left, and what the work raised. Threads share it, since one of the pool may come
+/// to it when all is done and the caller has gone.
 class Bands {
 public:
     Bands(int first, int end, int count, const std::function<void(int, int)> &work)
         : mFirst(first), mEnd(end), mCount(count), mWork(work)
     {
+    }
+
+    /// Called by further threads. Does nothing once the caller has called finish().
+    void help()
+    {
+        {
+            const std::lock_guard<std::mutex> lock(mMutex);
+            if (mIsClosed)
+                return;
+            ++mHelpers;
+        }
+        run();
+        const std::lock_guard<std::mutex> lock(mMutex);
+        --mHelpers;
+        mLeft.notify_one();
     }
 
     void run()
@@ -31,8 +48,13 @@ public:
         }
     }
 
-    void raise() const
+    /// Waits for the threads that have begun a band: those that have not are late, since the machine
+    /// is busy, and are not waited for.
+    void finish()
     {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mIsClosed = true;
+        mLeft.wait(lock, [this] { return mHelpers == 0; });
         if (mRaised)
             std::rethrow_exception(mRaised);
     }
@@ -46,9 +68,12 @@ private:
     const int mFirst;
     const int mEnd;
     const int mCount;
-    const std::function<void(int, int)> &mWork;
+    const std::function<void(int, int)> &mWork; // of the caller, until finish() returns
     std::atomic<int> mNext{0};
     std::mutex mMutex;
+    std::condition_variable mLeft;
+    int mHelpers = 0;
+    bool mIsClosed = false;
     std::exception_ptr mRaised;
 };
 
@@ -63,17 +88,11 @@ void inBands(int first, int end, int threads, int bandsPerThread,
             work(first, end);
         return;
     }
-    Bands bands(first, end, used * bandsPerThread, work);
-    QSemaphore done;
-    int started = 0;
+    const auto bands = std::make_shared<Bands>(first, end, used * bandsPerThread, work);
     for (int i = 1; i < used; ++i)
-        started += QThreadPool::globalInstance()->tryStart([&bands, &done] {
-            bands.run();
-            done.release();
-        });
-    bands.run();
-    done.acquire(started);
-    bands.raise();
+        QThreadPool::globalInstance()->tryStart([bands] { bands->help(); });
+    bands->run();
+    bands->finish();
 }
 
 } // namespace meridor

@@ -13,6 +13,7 @@ namespace {
 
 constexpr QRgb kOpaque = 0xff000000U;
 constexpr int kHatchStep = 6; // pixels from one stroke to the next
+constexpr int kBandsPerThread = 4;
 
 bool isHatched(QRgb color)
 {
@@ -312,7 +313,7 @@ bool colorPass(const PickBuffer &buffer, const ColorTable &table, const PassStyl
     const bool hasSpans = spans && spans->follow(buffer, reduced, style.outlines, threads);
     uchar *const bytes = image.bits(); // detaches before the threads begin
     const int stride = image.bytesPerLine();
-    inBands(0, image.height(), threads, 1, [&](int first, int end) {
+    inBands(0, image.height(), threads, kBandsPerThread, [&](int first, int end) {
         for (int y = first; y < end; ++y) {
             auto *out = reinterpret_cast<QRgb *>(bytes + qptrdiff(y) * stride);
             if (hasSpans)
