@@ -9,6 +9,7 @@
 #include "core/analysis/statistics.h"
 #include "core/analysis/tables.h"
 #include "core/analysis/weightSets.h"
+#include "core/geostatistics/covariance.h"
 #include "core/geostatistics/krigeDataset.h"
 #include "core/geostatistics/normalScores.h"
 #include "core/geostatistics/realizations.h"
@@ -79,6 +80,7 @@ private Q_SLOTS:
     void predictsAtEachTime();
     void crossValidates();
     void storesOneModelOfAName();
+    void keepsGivenStructuresAndNuggetsAlone();
     void simulatesAndAnswers();
     void countsNoTableOfManyRealizations();
     void transformsScoresBack();
@@ -291,6 +293,52 @@ void TestGeostatisticsProject::crossValidates()
     const Validation folds = crossValidate(asked, 5, 1, progress);
     QCOMPARE(folds.times[0].predictions, kWells - 1);
     QVERIFY(folds.meanSquare > single.meanSquare / 2);
+}
+
+void TestGeostatisticsProject::keepsGivenStructuresAndNuggetsAlone()
+{
+    VariogramPlan plan;
+    plan.dataset = mLevel;
+    plan.times = dataTimes(mLevel);
+    plan.given = parseStructures("nugget:0.5,spherical:8:300");
+    const auto run = [&plan] { return variogramsOf(plan, [](int) {}).first(); };
+    const VariogramAt given = run();
+    double squares = 0;
+    double weights = 0;
+    double sum = 0;
+    for (const LagBin &bin : given.bins) {
+        const double weight = double(bin.pairs) / (bin.lag * bin.lag);
+        squares += weight * std::pow(bin.value - plan.given.GetModelValue(bin.lag, 0), 2);
+        weights += weight;
+        sum += weight * bin.value;
+    }
+    QCOMPARE(given.fitted->squares, squares);
+    storeModel(projectModel("free", plan.given));
+    QCOMPARE(structuresText(structuresAt(findModel(mLevel, "free"), 0)),
+             QString("nugget:0.5,spherical:8:300"));
+    QCOMPARE(modelNames(-1), QStringList{"free"});
+    plan.given = parseStructures("spherical:8:300:500:30"); // has a direction
+    QCOMPARE(structuresText(plan.given), QString("spherical:8:300:500:30"));
+
+    plan.given = {};
+    plan.fit.structures = {VariogramBasicModel::Nugget};
+    const VariogramModelAtT alone = run().fitted->model;
+    QCOMPARE(alone.structures.size(), 1);
+    QCOMPARE(alone.structures[0].sill, sum / weights);
+
+    // Neighbours that differ as much as distant values leave no structure a share.
+    QVector<double> scattered;
+    for (int i = 0; i < kWells; ++i)
+        scattered.append(std::fmod(i * 0.7548776662466927 * 1009, 1.0));
+    plan.dataset = VORN_NewVectorDataset(VORN_GetGeographyId(mLevel), "noise", TimeSlice,
+                                         DecimalType, 1, QString());
+    QVERIFY(VORN_AddDataValues(plan.dataset, 0, plan.times.first(), scattered, {}, true, true));
+    plan.fit.structures.clear();
+    plan.lags.cutoff = 1000;
+    plan.lags.width = 500;
+    plan.fit.weights = FitWeights::Equal;
+    const VariogramAt noise = run();
+    qInfo() << structuresText(noise.fitted->model) << noise.fitted->remark;
 }
 
 void TestGeostatisticsProject::simulatesAndAnswers()

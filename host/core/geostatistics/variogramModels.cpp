@@ -195,7 +195,25 @@ private:
                 || (found.converged == best->converged && found.squares < best->squares))
                 best = found;
         }
-        return *best;
+        return hasShare(best->model) ? *best : fitNuggetAlone(bins, plan);
+    }
+
+    /// Whether values depend on their separation according to the model.
+    static bool hasShare(const VariogramModelAtT &model)
+    {
+        return std::any_of(model.structures.begin(), model.structures.end(),
+                           [](const VariogramBasicModel &structure) {
+                               return structure.type != VariogramBasicModel::Nugget
+                                      && structure.sill != 0;
+                           });
+    }
+
+    static FittedModel fitNuggetAlone(const std::vector<LagBin> &bins, FitPlan plan)
+    {
+        plan.structures = {VariogramBasicModel::Nugget};
+        FittedModel found = fitVariogram(bins, plan);
+        found.remark = QStringLiteral("no structure has a share: the model is a nugget alone");
+        return found;
     }
 
     static void note(const QString &text)

@@ -33,12 +33,12 @@ GraphSeries modelIn(const VariogramAt &at, double direction)
     return line;
 }
 
-/// "nugget 0.746; exponential 8.2689, range 2743.3"
-QString legible(const VariogramModelAtT &model)
+/// "nugget 0.746; exponential 8.2689, range 2743.3", and what is doubtful about a fit
+QString legible(const FittedModel &fitted)
 {
     const auto rounded = [](double value) { return QString::number(value, 'g', 5); };
     QStringList parts;
-    for (const VariogramBasicModel &structure : model.structures) {
+    for (const VariogramBasicModel &structure : fitted.model.structures) {
         QString part = QLatin1String(structureName(structure.type)) + QLatin1Char(' ')
                        + rounded(structure.sill);
         if (structure.type == VariogramBasicModel::Power)
@@ -50,6 +50,8 @@ QString legible(const VariogramModelAtT &model)
                         .arg(rounded(structure.angle / kDegree), rounded(structure.majorRange));
         parts.append(part);
     }
+    if (!fitted.remark.isEmpty())
+        parts.append(fitted.remark);
     return parts.join(QStringLiteral("; "));
 }
 
@@ -59,7 +61,7 @@ Graph variogramGraph(const VariogramAt &at, const QString &dataset, const QStrin
 {
     Graph graph;
     graph.texts = {QStringLiteral("Variogram of ") + dataset, when,
-                   at.fitted ? legible(at.fitted->model) : QString()};
+                   at.fitted ? legible(*at.fitted) : QString()};
     graph.x = {QStringLiteral("separation"), 0};
     graph.y = {QStringLiteral("semivariance"), 0};
     for (const LagBin &bin : at.bins)

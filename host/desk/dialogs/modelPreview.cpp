@@ -44,10 +44,14 @@ void ModelPreview::calculate()
     mTrouble.clear();
     try {
         VariogramPlan plan = variogramPlanOf(MethodArguments(mForm.parameters()));
-        if (geographyOf(VORN_GetGeographyId(plan.dataset))->GetObjectCount() > kMostObjects)
+        const double objects = geographyOf(VORN_GetGeographyId(plan.dataset))->GetObjectCount();
+        if (objects > kMostObjects)
             fail(tr("Run shows the model of so many objects."));
-        plan.times = plan.times.mid(plan.times.size() - 1);
-        plan.pooled = false;
+        // Of all times together if they have not too many objects, else of the last one.
+        if (!plan.pooled || objects * plan.times.size() > kMostObjects) {
+            plan.times = plan.times.mid(plan.times.size() - 1);
+            plan.pooled = false;
+        }
         const QVector<VariogramAt> found = variogramsOf(plan, [](int) {});
         mGraph = variogramGraph(found.first(), datasetName(plan.dataset),
                                 axisOf(VORN_GetGeographyId(plan.dataset)).show(found.first().when));
