@@ -160,6 +160,50 @@ private Q_SLOTS:
         check("t.dbf", {}, "2001");
     }
 
+    void layersHaveSettings()
+    {
+        const Workplace place;
+        makeProject(place);
+        QCOMPARE(place.run({"rename", "p.vorn", "v", "v: of a, b"}).code, 0);
+        /// @param fills  colours that the picture has, and after "!" those that it has not.
+        const auto draws = [&place](const QStringList &options, const QStringList &fills) {
+            const Outcome outcome =
+                place.run(QStringList{"map", "p.vorn", "id", "m.svg", "--overwrite", "--at", "2000"}
+                          + options);
+            QVERIFY2(outcome.code == 0, qPrintable(outcome.err));
+            for (const QString &fill : fills) {
+                const bool isIn = !fill.startsWith('!');
+                QVERIFY2(place.bytes("m.svg").contains(fill.mid(isIn ? 0 : 1).toUtf8()) == isIn,
+                         qPrintable(fill + options.join(' ')));
+            }
+        };
+        const auto refuses = [&place](const QStringList &options, int code, const char *told) {
+            const Outcome outcome =
+                place.run(QStringList{"map", "p.vorn", "id", "m.svg", "--overwrite"} + options);
+            QCOMPARE(outcome.code, code);
+            QVERIFY2(outcome.err.contains(told), qPrintable(outcome.err));
+        };
+        const QString light("#ebf2c4"); // the ends of the palette lagoon
+        const QString dark("#173a6b");
+        const QString red("#6e1423"); // of ember, the first palette of layers
+        draws({"--layer", "v: of a, b"}, {red, '!' + dark});
+        draws({"--layer", "v: of a, b:method=equal,count=3"}, {dark, light, '!' + red});
+        draws({"--layer", "land/v: of a, b:breaks=1,2,5,palette=ember,reverse,all-times"}, {red});
+        draws({"--layer", "v: of a, b:breaks=7,8,at=2000,palette=slate"}, {"#22303c", '!' + dark});
+        draws({"--layer", "land:below", "--mark", "b"}, {"#ff9500", ">selected<"});
+        draws({}, {});
+        const int shapes = place.bytes("m.svg").count("<path");
+        draws({"--extent", "0.1,0.1,0.2,0.2"}, {}); // the other squares are outside
+        QVERIFY2(place.bytes("m.svg").count("<path") < shapes, qPrintable(QString::number(shapes)));
+        refuses({"--layer", "v:count=3,colour=red"}, 1, "v");
+        refuses({"--layer", "v: of a, b:colour=red"}, 2, "no setting colour=red");
+        refuses({"--layer", "v: of a, b:method=box,count=3"}, 2, "count: the number of classes");
+        refuses({"--layer", "v: of a, b:count=0"}, 2, "count=0 is no number from 1 to 64");
+        refuses({"--layer", "v: of a, b:breaks=1,x"}, 2, "x is no number");
+        refuses({"--layer", "land:method=equal"}, 2, "outlines have no classes");
+        refuses({"--mark", "z"}, 1, "z");
+    }
+
     void refusesOptionsWithoutEffect()
     {
         const Workplace place;

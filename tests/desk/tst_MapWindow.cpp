@@ -4,6 +4,8 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPointer>
+#include <QProcess>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -42,6 +44,8 @@ Ids sorted(Ids ids)
 
 } // namespace
 
+Q_DECLARE_METATYPE(std::function<void(meridor::MapWindow &, int, int)>)
+
 class tst_MapWindow : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -62,6 +66,8 @@ private Q_SLOTS:
     void groupsOfLinks();
     void removedDataTakeTheirLayersAlong();
     void picturesAndStatesShowTheSame();
+    void commandLinesDrawTheSamePicture_data();
+    void commandLinesDrawTheSamePicture();
     void schemesOfTheLibrary();
     void oddGeographies_data();
     void oddGeographies();
@@ -569,6 +575,109 @@ void tst_MapWindow::picturesAndStatesShowTheSame()
                    QJsonArray{QJsonObject{{"geography", "absent"}, {"dataset", "income"}}});
     again->restore(strange);
     QCOMPARE(again->layers().size(), 2);
+}
+
+namespace {
+
+/// How many shapes have each colour in an SVG file.
+QMap<QString, int> fillsOf(const QString &path)
+{
+    QFile file(path);
+    QMap<QString, int> fills;
+    if (!file.open(QIODevice::ReadOnly))
+        return fills;
+    const QRegularExpression fill(QStringLiteral("^[^>]*fill=\"([^\"]+)\""));
+    for (const QString &group : QString::fromUtf8(file.readAll()).split(QStringLiteral("<g ")))
+        if (const int shapes = group.count(QStringLiteral("<path")); shapes > 0)
+            fills[fill.match(group).captured(1)] += shapes;
+    return fills;
+}
+
+QString textOf(const QMap<QString, int> &fills)
+{
+    QStringList texts;
+    for (auto each = fills.begin(); each != fills.end(); ++each)
+        texts.append(QStringLiteral("%1 %2").arg(each.key()).arg(each.value()));
+    return texts.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+void tst_MapWindow::commandLinesDrawTheSamePicture_data()
+{
+    QTest::addColumn<std::function<void(MapWindow &, int, int)>>("make");
+    using Make = std::function<void(MapWindow &, int, int)>;
+    const auto rule = [](const char *method, int count, const char *palette, bool reversed) {
+        ClassRule made;
+        made.method = QLatin1String(method);
+        made.count = count;
+        made.palette = QLatin1String(palette);
+        made.reversed = reversed;
+        return made;
+    };
+    QTest::newRow("classes of a time") << Make([=](MapWindow &map, int income, int) {
+        map.goTo(map.workspace().stepsOf(VORN_GetGeographyId(income)).at(21));
+        map.addLayer(income)->setRule(rule("quantile", 4, "YlGnBu", true), false);
+    });
+    QTest::newRow("layers and marks") << Make([=](MapWindow &map, int income, int) {
+        const int states = VORN_GetGeographyId(income);
+        map.addOutlines(states);
+        map.addLayer(income)->setRule(rule("stddev", 5, "", true), true);
+        map.addLayer(findDataset(states, QStringLiteral("sub_region")));
+        map.addLayer(findDataset(states, QStringLiteral("abbr")))->setVisible(false);
+        map.addOutlines(states);
+        map.workspace().selection().select(states, {3, 20, 21});
+    });
+    QTest::newRow("limits, a part") << Make([](MapWindow &map, int income, int) {
+        ClassRule own;
+        own.limits = {500, 30000, 40000.5};
+        map.addLayer(findDataset(VORN_GetGeographyId(income), QStringLiteral("fips")));
+        map.addLayer(income)->setRule(own, true);
+        map.canvas().show(QRectF(-500000, 1500000, 900000, 700000), 0);
+    });
+    QTest::newRow("a time of another geography")
+        << Make([=](MapWindow &map, int income, int other) {
+               map.addLayer(income);
+               MapLayerView *const layer = map.addLayer(other);
+               layer->setRule(rule("equal", 3, "ember", false), false);
+               map.workspace().setTime(layer->geography(),
+                                       map.workspace().stepsOf(layer->geography()).first());
+               map.workspace().selection().select(layer->geography(), {7});
+           });
+}
+
+/// What a window exports, and what its command line draws, have the same colours.
+void tst_MapWindow::commandLinesDrawTheSamePicture()
+{
+    using Make = std::function<void(MapWindow &, int, int)>;
+    QFETCH(Make, make);
+    const int again = import("us_income/states48.geojson", [](ImportOptions &options) {
+        options.name = QStringLiteral("again: once more");
+        options.key = QStringLiteral("fips");
+        options.tables =
+            QStringList{QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/income_1929_2009.csv")};
+        options.series = QStringList{QStringLiteral("income=1929..2009")};
+    });
+    MapWindow map(workspace());
+    map.resize(700, 500);
+    map.show();
+    make(map, mIncome, findDataset(again, QStringLiteral("income")));
+    settle();
+    QVERIFY(workspace().save(mFolder.filePath(QStringLiteral("same.vorn"))));
+    const QString exported = mFolder.filePath(QStringLiteral("exported.svg"));
+    const QString drawn = mFolder.filePath(QStringLiteral("drawn.svg"));
+    QVERIFY(map.exportTo(exported));
+    QProcess meridor;
+    meridor.start(QStringLiteral(MERIDOR_DIRECTORY "/meridor"),
+                  map.commandLine(drawn) + QStringList{QStringLiteral("--overwrite")});
+    QVERIFY(meridor.waitForFinished(kPatience));
+    const QString line = map.commandLine(drawn).join(QLatin1Char(' '));
+    QVERIFY2(meridor.exitCode() == 0, qPrintable(line + meridor.readAllStandardError()));
+    const QMap<QString, int> fills = fillsOf(exported);
+    QVERIFY2(fills.size() > 3, qPrintable(textOf(fills)));
+    if (textOf(fillsOf(drawn)) != textOf(fills))
+        qWarning("%s", qPrintable(line));
+    QCOMPARE(textOf(fillsOf(drawn)), textOf(fills));
 }
 
 void tst_MapWindow::schemesOfTheLibrary()

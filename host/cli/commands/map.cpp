@@ -8,6 +8,7 @@
 #include "cli/commands/commands.h"
 #include "cli/commands/pictureOptions.h"
 #include "core/analysis/weightSets.h"
+#include "core/grids/gridValues.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/progress.h"
@@ -32,6 +33,7 @@ struct Options {
     QString subtitle;
     QStringList layers;
     QStringList layerPalettes;
+    QStringList marks;
     QString links;
     QString label;
     QString extent;
@@ -40,6 +42,8 @@ struct Options {
     ClassOptions classes;
     SizeOptions size;
 };
+
+constexpr int kMostClasses = 64;
 
 /// A time that is drawn, and what it is called.
 struct Moment {
@@ -107,23 +111,134 @@ QVector<Moment> momentsOf(int dataset, int realization, const Options &options)
     return moments;
 }
 
+/// Whether a geography or a dataset has this name.
+bool isName(const QString &text)
+{
+    for (const int id : geographyIds()) {
+        if (geographyName(id) == text)
+            return true;
+        for (const int dataset : datasetIds(id))
+            if (datasetName(dataset) == text
+                || geographyName(id) + QLatin1Char('/') + datasetName(dataset) == text)
+                return true;
+    }
+    return false;
+}
+
+/// Cuts the settings off the name of a layer, which may contain colons itself.
+QString takeSettings(QString &name)
+{
+    if (isName(name) || !name.contains(QLatin1Char(':')))
+        return QString();
+    int at = name.lastIndexOf(QLatin1Char(':'));
+    while (at > 0 && !isName(name.left(at)))
+        at = name.left(at).lastIndexOf(QLatin1Char(':'));
+    if (at <= 0)
+        at = name.indexOf(QLatin1Char(':'));
+    const QString settings = name.mid(at + 1);
+    name.truncate(at);
+    return settings;
+}
+
+/// Reads settings such as "method=quantile,count=4,reverse". The values of a list follow each other.
+void applySettings(const QString &settings, const QString &prefix, MapLayerStyle &layer)
+{
+    static const QStringList known{
+        QStringLiteral("method"),  QStringLiteral("count"),     QStringLiteral("breaks"),
+        QStringLiteral("palette"), QStringLiteral("at"),        QStringLiteral("reverse"),
+        QStringLiteral("below"),   QStringLiteral("all-times"),
+    };
+    constexpr int kFirstFlag = 5;
+    QMap<QString, QStringList> given;
+    QString last;
+    for (const QString &part : settings.split(QLatin1Char(','))) {
+        const QString key = part.section(QLatin1Char('='), 0, 0);
+        const bool isKnown =
+            known.contains(key)
+            && (known.indexOf(key) < kFirstFlag) == part.contains(QLatin1Char('='));
+        if (!isKnown && (last != QLatin1String("breaks") || part.contains(QLatin1Char('='))))
+            failUsage(QStringLiteral("%1 has no setting %2; there are: method=, count=, breaks=, "
+                                     "palette=, at=, reverse, all-times, below")
+                          .arg(prefix.chopped(1), part));
+        if (isKnown)
+            last = key;
+        given[last].append(isKnown ? part.section(QLatin1Char('='), 1) : part);
+    }
+    const auto value = [&given](const char *key) {
+        return given.value(QLatin1String(key)).join(QLatin1Char(','));
+    };
+    layer.isBelow = given.contains(QStringLiteral("below"));
+    layer.allTimes = given.contains(QStringLiteral("all-times"));
+    if (given.contains(QStringLiteral("at")))
+        layer.time = requireSpan(axisOf(layer.geography), value("at")).startTime;
+    const bool hasClasses = given.size() > int(layer.isBelow) + int(layer.time.has_value());
+    if (layer.dataset < 0 && hasClasses)
+        failUsage(QStringLiteral("%1 outlines have no classes").arg(prefix));
+    if (!hasClasses)
+        return;
+    ClassRule rule;
+    rule.method = value("method");
+    rule.palette = value("palette");
+    rule.reversed = given.contains(QStringLiteral("reverse"));
+    const bool isCounted = given.contains(QStringLiteral("count"));
+    bool isNumber = true;
+    if (isCounted)
+        rule.count = value("count").toInt(&isNumber);
+    if (!isNumber || rule.count < 1 || rule.count > kMostClasses)
+        failUsage(QStringLiteral("%1count=%2 is no number from 1 to %3")
+                      .arg(prefix, value("count"))
+                      .arg(kMostClasses));
+    layer.rule = checkedRule(rule, value("breaks"), isCounted, prefix);
+}
+
 /// The layers of the options, without realizations.
 QVector<MapLayerStyle> layersOf(const Options &options)
 {
     QVector<MapLayerStyle> layers;
     for (int i = 0; i < options.layers.size(); ++i) {
         MapLayerStyle layer;
+        QString name = options.layers[i];
+        const QString settings = takeSettings(name);
         for (const int id : geographyIds())
-            if (geographyName(id) == options.layers[i])
+            if (geographyName(id) == name)
                 layer.geography = id;
         if (layer.geography < 0) {
-            layer.dataset = findDataset(options.layers[i]);
+            layer.dataset = findDataset(name);
             layer.geography = VORN_GetGeographyId(layer.dataset);
         }
         layer.palette = options.layerPalettes.value(i);
+        if (!settings.isEmpty())
+            applySettings(settings, QStringLiteral("--layer %1:").arg(name), layer);
         layers.append(layer);
     }
     return layers;
+}
+
+/// An object or cell by its name.
+int objectNamed(int geography, const QString &name)
+{
+    const GeoProps props = VORN_GetGeographyProperties(geography);
+    if (props.type != GeoProps::Raster)
+        return findObject(geography, name);
+    const auto cell = findCell(geography, name);
+    return static_cast<int>(cell.second) * props.columns + static_cast<int>(cell.first);
+}
+
+/// Marks an object of the dataset's geography, or of that of a layer as GEOGRAPHY/OBJECT.
+void mark(const QString &text, int geography, MapStyle &style)
+{
+    const MapLayerStyle *owner = nullptr;
+    for (const MapLayerStyle &layer : qAsConst(style.layers))
+        if (text.startsWith(geographyName(layer.geography) + QLatin1Char('/')))
+            owner = &layer;
+    try {
+        style.marked[geography].insert(objectNamed(geography, text));
+    } catch (const Failure &) {
+        if (!owner)
+            throw;
+        style.marked[owner->geography].insert(
+            objectNamed(owner->geography, text.mid(geographyName(owner->geography).size() + 1)));
+    }
 }
 
 /// What is drawn at all times, with the realizations of all datasets.
@@ -157,6 +272,10 @@ MapStyle styleOf(int dataset, const Options &options, const Context &context)
     style.subtitle = options.subtitle;
     style.allTimes = options.allTimes;
     style.size = options.size.size();
+    if (!options.extent.isEmpty())
+        style.extent = extentOf(options.extent);
+    for (const QString &text : options.marks)
+        mark(text, geography, style);
     if (!options.links.isEmpty()) {
         style.weightSet = findWeightSet(options.links);
         if (style.weightSet >> 16 != geography)
@@ -315,13 +434,18 @@ void addMap(const Command &app, Context &context)
         .oneOf({"png", "svg", "pdf"});
     command.text("--title", options->title, "Title (default: the dataset's name)");
     command.text("--subtitle", options->subtitle, "Text below the title (default: the time)");
-    command.texts("--layer", options->layers,
-                  "A further dataset, or a geography whose outlines are drawn; repeatable");
+    command.texts(
+        "--layer", options->layers,
+        "A further dataset, or a geography whose outlines are drawn; repeatable. Settings "
+        "may follow: NAME:method=quantile,count=4,palette=ember,reverse");
+    command.texts("--mark", options->marks,
+                  "An object that is drawn as selected, by key or name, or a cell as COLUMN,ROW; "
+                  "repeatable");
     command.texts("--layer-palette", options->layerPalettes, "Colours of each --layer, in order");
     command.text("--links", options->links, "A weight set whose links are drawn");
     command.text("--label", options->label, "A dataset whose values are drawn beside the objects");
     realizationOption(command, options->realization);
-    options->classes.addTo(command, 64);
+    options->classes.addTo(command, kMostClasses);
     command.flag("--all-times", options->allTimes,
                  "Classes and extent of all times, to compare pictures");
     command.text("--extent", options->extent,

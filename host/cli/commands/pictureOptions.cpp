@@ -21,20 +21,25 @@ void ClassOptions::addTo(const Command &command, int mostClasses)
 
 ClassRule ClassOptions::rule() const
 {
-    ClassRule rule = mRule;
-    for (const QString &part : mBreaks.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+    return checkedRule(mRule, mBreaks, mCount && mCount->isGiven());
+}
+
+ClassRule checkedRule(ClassRule rule, const QString &breaks, bool isCountGiven,
+                      const QString &prefix)
+{
+    for (const QString &part : breaks.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
         bool isNumber = false;
         rule.limits.append(part.toDouble(&isNumber));
         if (!isNumber)
-            failUsage(QStringLiteral("--breaks: %1 is no number").arg(part));
+            failUsage(QStringLiteral("%1breaks: %2 is no number").arg(prefix, part));
     }
     const bool isFixed = !rule.limits.isEmpty() || rule.method == QLatin1String("stddev")
                          || rule.method == QLatin1String("box")
                          || rule.method == QLatin1String("unique");
-    if (isFixed && mCount.isGiven())
-        failUsage(QStringLiteral("--count: the number of classes follows from %1")
-                      .arg(rule.limits.isEmpty() ? QStringLiteral("--method ") + rule.method
-                                                 : QStringLiteral("--breaks")));
+    if (isFixed && isCountGiven)
+        failUsage(QStringLiteral("%1count: the number of classes follows from %1%2")
+                      .arg(prefix, rule.limits.isEmpty() ? QStringLiteral("method ") + rule.method
+                                                         : QStringLiteral("breaks")));
     requireRule(rule);
     return rule;
 }

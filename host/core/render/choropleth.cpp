@@ -134,7 +134,8 @@ struct LayerAt {
     qint64 drawn = 0;
 };
 
-LayerAt gridAt(int dataset, qint64 time, const Classification &classes, int realization)
+LayerAt gridAt(int dataset, qint64 time, const Classification &classes, int realization,
+               const QSet<int> &marked)
 {
     const MRasterDataset &raster = *rasterOf(dataset);
     const MRasterObservation *observation = raster.GetConstRasterInfo(realization, time);
@@ -168,10 +169,13 @@ LayerAt gridAt(int dataset, qint64 time, const Classification &classes, int real
     for (int row = 0; row < grid.rows; ++row) {
         const int from = static_cast<int>((row + 0.5) * props.rows / grid.rows);
         for (int column = 0; column < grid.columns; ++column) {
-            const int index =
-                classAt(static_cast<int>((column + 0.5) * props.columns / grid.columns), from);
-            if (index >= 0)
-                grid.classes[row * grid.columns + column] = static_cast<quint8>(index);
+            const int across = static_cast<int>((column + 0.5) * props.columns / grid.columns);
+            const int index = classAt(across, from);
+            quint8 &cell = grid.classes[row * grid.columns + column];
+            if (!marked.isEmpty() && marked.contains(from * props.columns + across))
+                cell = MapGrid::kMarked;
+            else if (index >= 0)
+                cell = static_cast<quint8>(index);
         }
     }
     result.drawn = static_cast<qint64>(props.rows) * props.columns;
@@ -180,7 +184,7 @@ LayerAt gridAt(int dataset, qint64 time, const Classification &classes, int real
 
 /// The shapes of the objects that exist at a time; without classes if there is no classification.
 LayerAt shapesAt(int geography, qint64 time, int dataset, const Classification *classes,
-                 int realization = 0)
+                 int realization, const QSet<int> &marked)
 {
     const MVectorData &vector = vectorOf(geography);
     const qint64 when = shapeTime(geography, time);
@@ -200,17 +204,20 @@ LayerAt shapesAt(int geography, qint64 time, int dataset, const Classification *
             shape.classIndex = classes->of(values, existing[i]);
             ++(shape.classIndex < 0 ? result.missing : result.counts[shape.classIndex]);
         }
+        shape.isMarked = marked.contains(existing[i]);
         result.layer.shapes.append(shape);
     }
     result.drawn = existing.size();
     return result;
 }
 
-LayerAt layerAt(int dataset, qint64 time, const Classification &classes, int realization)
+LayerAt layerAt(int dataset, qint64 time, const Classification &classes, int realization,
+                const QHash<int, QSet<int>> &marked)
 {
+    const int geography = VORN_GetGeographyId(dataset);
     return rasterOf(dataset)
-               ? gridAt(dataset, time, classes, realization)
-               : shapesAt(VORN_GetGeographyId(dataset), time, dataset, &classes, realization);
+               ? gridAt(dataset, time, classes, realization, marked.value(geography))
+               : shapesAt(geography, time, dataset, &classes, realization, marked.value(geography));
 }
 
 /// A place for the ends of links: the centroid of an area, else the middle of the extent.
@@ -323,11 +330,16 @@ bool isGeographic(int geography)
     return projection.GetProjectionName().isEmpty() && !projection.GetGeographicCSName().isEmpty();
 }
 
-/// The layers above the first one, with their classes.
+double metresPerUnit(int geography)
+{
+    return metresPerUnit(projectionOf(geography));
+}
+
+/// The layers above and below the first one, with their classes.
 class FurtherLayers {
 public:
     FurtherLayers(int source, const MapStyle &style, const QVector<qint64> &times)
-        : mSource(source), mLayers(style.layers)
+        : mSource(source), mLayers(style.layers), mMarked(style.marked)
     {
         for (int i = 0; i < mLayers.size(); ++i) {
             const MapLayerStyle &layer = mLayers[i];
@@ -335,28 +347,41 @@ public:
                 mClasses.append(nullptr);
                 continue;
             }
-            ClassRule rule;
-            rule.count = style.rule.count;
-            rule.palette = layer.palette.isEmpty() && datasetOf(layer.dataset)->IsNumeric()
-                               ? QLatin1String(kLayerPalettes[i % 4])
-                               : layer.palette;
+            ClassRule rule = layer.rule.value_or(ClassRule());
+            if (!layer.rule) {
+                rule.count = style.rule.count;
+                if (datasetOf(layer.dataset)->IsNumeric())
+                    rule.palette = QLatin1String(kLayerPalettes[i % 4]);
+            }
+            if (!layer.palette.isEmpty())
+                rule.palette = layer.palette;
             QVector<qint64> own;
-            for (const qint64 time : times)
-                own.append(translated(time, source, layer.geography));
+            for (int t = 0; t < times.size() && !layer.allTimes; ++t)
+                own.append(timeOf(layer, times[t]));
             mClasses.append(
                 std::make_shared<Classification>(layer.dataset, own, rule, layer.realization));
         }
     }
-    /// Appends a layer to the panel and a block to the legend for each.
+    /// How many are below the dataset.
+    int countBelow() const
+    {
+        return static_cast<int>(
+            std::count_if(mLayers.begin(), mLayers.end(),
+                          [](const MapLayerStyle &each) { return each.isBelow; }));
+    }
+    /// Adds a layer to the panel, which holds that of the dataset, and a block to the legend for
+    /// each.
     void addTo(MapPanel &panel, qint64 time, QVector<LegendBlock> &legend, bool isCounted) const
     {
+        int below = 0;
         for (int i = 0; i < mLayers.size(); ++i) {
             const MapLayerStyle &layer = mLayers[i];
-            const qint64 own = translated(time, mSource, layer.geography);
-            const LayerAt found = mClasses[i]
-                                      ? layerAt(layer.dataset, own, *mClasses[i], layer.realization)
-                                      : shapesAt(layer.geography, own, -1, nullptr);
-            panel.layers.append(found.layer);
+            const qint64 own = timeOf(layer, time);
+            const LayerAt found =
+                mClasses[i] ? layerAt(layer.dataset, own, *mClasses[i], layer.realization, mMarked)
+                            : shapesAt(layer.geography, own, -1, nullptr, 0,
+                                       mMarked.value(layer.geography));
+            panel.layers.insert(layer.isBelow ? below++ : panel.layers.size(), found.layer);
             if (mClasses[i])
                 legend.append(
                     legendOf(layer.dataset, *mClasses[i], found.counts, found.missing, isCounted));
@@ -372,8 +397,15 @@ public:
     }
 
 private:
+    /// @param time  of the dataset.
+    qint64 timeOf(const MapLayerStyle &layer, qint64 time) const
+    {
+        return layer.time ? *layer.time : translated(time, mSource, layer.geography);
+    }
+
     int mSource;
     QVector<MapLayerStyle> mLayers;
+    QHash<int, QSet<int>> mMarked;
     QVector<std::shared_ptr<Classification>> mClasses;
 };
 
@@ -396,11 +428,11 @@ MapPicture MapMaker::picture(const QVector<qint64> &times, const QStringList &ca
     const bool isSingle = times.size() == 1;
     const GeoProps props = VORN_GetGeographyProperties(mGeography);
     const TimeAxis axis = axisOf(mGeography);
-    const FMProjectionInfo projection = projectionOf(mGeography);
     MapPicture picture;
+    picture.base = mFurther->countBelow();
     picture.size = mStyle.size;
     picture.geographic = isGeographic(mGeography);
-    picture.metresPerUnit = metresPerUnit(projection);
+    picture.metresPerUnit = meridor::metresPerUnit(mGeography);
     // The points of one time do not show the extent of the map, so the whole extent is used.
     picture.isFramed = props.type == GeoProps::Raster || props.type == GeoProps::Points;
     if (mStyle.allTimes || picture.isFramed || (isSingle && mManyTimes))
@@ -423,6 +455,8 @@ MapPicture MapMaker::picture(const QVector<qint64> &times, const QStringList &ca
         legendOf(mDataset, mClasses, picture.panels.first().counts, missing, isSingle));
     // Each panel appends the same further blocks.
     picture.legend += others.mid(0, others.size() / times.size());
+    if (!mStyle.marked.isEmpty())
+        picture.legend.append({QString(), {{colors::selected, QStringLiteral("selected")}}});
 
     const QString kind = props.type == GeoProps::Raster ? QStringLiteral("cells")
                                                         : QLatin1String(shapeName(props.type));
@@ -451,7 +485,7 @@ MapPanel MapMaker::panelAt(qint64 time, bool isSingle, QVector<LegendBlock> &leg
         fail(QStringLiteral("no object of %1 exists at %2")
                  .arg(geographyName(mGeography), axisOf(mGeography).show(time)));
     MapPanel panel;
-    const LayerAt first = layerAt(mDataset, time, mClasses, mStyle.realization);
+    const LayerAt first = layerAt(mDataset, time, mClasses, mStyle.realization, mStyle.marked);
     panel.layers.append(first.layer);
     panel.counts = first.counts;
     panel.missing = first.missing;

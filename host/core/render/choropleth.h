@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 /// Makes maps of datasets at one or several times.
 #pragma once
+#include <QHash>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
 #include <memory>
+#include <optional>
 #include "core/export.h"
 #include "core/project/projectHost.h"
 #include "core/render/classification.h"
@@ -12,12 +15,17 @@
 
 namespace meridor {
 
-/// A further layer, drawn above those before it.
+/// A further layer, drawn above those before it, or below the dataset.
 struct MapLayerStyle {
     int geography = -1;
     int dataset = -1;    ///< -1: only the outlines of the geography
     QString palette;     ///< empty: one that the other layers do not have
     int realization = 0; ///< of the dataset
+    /// Without one: the usual one, with the number of classes of the map.
+    std::optional<ClassRule> rule;
+    bool allTimes = false;      ///< classes of all times
+    std::optional<qint64> time; ///< of its geography; without one: that of the map
+    bool isBelow = false;       ///< below the dataset
 };
 
 struct MapStyle {
@@ -30,6 +38,7 @@ struct MapStyle {
     QRectF extent;       ///< in map coordinates; empty: that of the dataset's geography
     int labelField = -1; ///< a dataset of the same geography: its values are drawn beside objects
     int labelRealization = 0;
+    QHash<int, QSet<int>> marked; ///< objects or cells by geography, drawn as selected
     PictureSize size;
 };
 
@@ -67,6 +76,9 @@ MERIDOR_EXPORT LegendBlock legendOf(int dataset, const Classification &classes,
 
 /// Whether the projection of a geography says that its coordinates are degrees.
 MERIDOR_EXPORT bool isGeographic(int geography);
+
+/// The length of a unit of the coordinates of a geography; 0 if it is not known.
+MERIDOR_EXPORT double metresPerUnit(int geography);
 
 /// The picture of one time.
 MERIDOR_EXPORT MapPicture choropleth(const MapView &view, const MapStyle &style);

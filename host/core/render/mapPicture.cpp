@@ -24,9 +24,9 @@ QRectF extent(const MapPicture &picture)
 {
     QRectF box;
     for (const MapPanel &panel : picture.panels) {
-        if (panel.layers.isEmpty())
+        if (panel.layers.size() <= picture.base)
             continue;
-        const MapLayer &layer = panel.layers.first();
+        const MapLayer &layer = panel.layers[picture.base];
         box = box.united(layer.grid.bounds);
         for (const MapShape &shape : layer.shapes) {
             // QRectF::united ignores a box without area, such as that of a point.
@@ -130,8 +130,14 @@ public:
 private:
     struct Drawn {
         QVector<QVector<QPointF>> rings; ///< pixels
-        int classIndex;
+        QColor fill;                     ///< invalid: no value
     };
+
+    /// Invalid for a shape without a value, or in a layer without classes.
+    static QColor fillOf(const MapShape &shape, const MapLayer &layer)
+    {
+        return shape.isMarked ? colors::selected : layer.colors.value(shape.classIndex);
+    }
 
     bool isOutside(const QRectF &box) const
     {
@@ -186,7 +192,7 @@ private:
             pauseAt(i);
             if (layer.shapes[i].kind != MapShape::Area)
                 continue;
-            const Drawn area{ringsOf(layer.shapes[i]), layer.shapes[i].classIndex};
+            const Drawn area{ringsOf(layer.shapes[i]), fillOf(layer.shapes[i], layer)};
             if (area.rings.isEmpty())
                 continue;
             const QRectF box = boundsOf(area.rings);
@@ -198,10 +204,14 @@ private:
         // Borders become thinner with the areas, since they hide a part of their colours.
         const double border =
             mTheme.unit(kBorder) * std::min(1.0, side / areas.size() / mTheme.unit(18));
-        if (layer.colors.isEmpty())
+        if (layer.colors.isEmpty()) {
+            for (const Drawn &area : areas)
+                if (area.fill.isValid())
+                    mPainter.fillPath(pathOf(area.rings), area.fill);
             strokeAreas(areas, QPen(colors::softInk, std::max(mTheme.unit(1.4), 2 * border)));
-        else
-            fillAreas(areas, layer.colors, border);
+        } else {
+            fillAreas(areas, border);
+        }
     }
     void strokeAreas(const QVector<Drawn> &areas, QPen pen)
     {
@@ -213,7 +223,7 @@ private:
             mPainter.drawPath(pathOf(areas[i].rings));
         }
     }
-    void fillAreas(const QVector<Drawn> &areas, const QVector<QColor> &fills, double border)
+    void fillAreas(const QVector<Drawn> &areas, double border)
     {
         // An outline below the fill separates light classes from the background.
         if (areas.size() <= kMostOutlined)
@@ -226,9 +236,9 @@ private:
         for (int i = 0; i < areas.size(); ++i) {
             pauseAt(i);
             const QPainterPath path = pathOf(areas[i].rings);
-            const bool hasValue = areas[i].classIndex >= 0;
+            const bool hasValue = areas[i].fill.isValid();
             mPainter.setPen(hasBorder ? pen : QPen(Qt::NoPen));
-            mPainter.setBrush(hasValue ? fills[areas[i].classIndex] : colors::missing);
+            mPainter.setBrush(hasValue ? areas[i].fill : colors::missing);
             mPainter.drawPath(path);
             if (hasValue)
                 continue;
@@ -255,16 +265,17 @@ private:
             if (shape.kind != MapShape::Line)
                 continue;
             const bool classed = !layer.colors.isEmpty();
-            const bool hasValue = classed && shape.classIndex >= 0;
+            const QColor fill = fillOf(shape, layer);
+            const bool hasValue = fill.isValid();
             if (casing && !hasValue)
                 continue;
             mPainter.setPen(QPen(casing     ? colors::outline
-                                 : hasValue ? layer.colors[shape.classIndex]
+                                 : hasValue ? fill
                                  : classed  ? colors::hatch
                                             : colors::softInk,
-                                 mTheme.unit(casing    ? 5
-                                             : classed ? 3
-                                                       : 1.6),
+                                 mTheme.unit(casing                ? 5
+                                             : classed || hasValue ? 3
+                                                                   : 1.6),
                                  classed && !hasValue ? Qt::DashLine : Qt::SolidLine, Qt::FlatCap,
                                  Qt::RoundJoin));
             for (const auto &part : shape.parts) {
@@ -296,10 +307,9 @@ private:
             const MapShape &shape = layer.shapes[i];
             if (shape.kind != MapShape::Place)
                 continue;
-            const bool hasValue = classed && shape.classIndex >= 0;
-            const QColor fill = hasValue  ? layer.colors[shape.classIndex]
-                                : classed ? QColor(Qt::white)
-                                          : colors::softInk;
+            const QColor own = fillOf(shape, layer);
+            const bool hasValue = own.isValid();
+            const QColor fill = hasValue ? own : classed ? QColor(Qt::white) : colors::softInk;
             mPainter.setBrush(fill);
             mPainter.setPen(QPen(hasValue ? fill.darker(170) : colors::softInk, mTheme.unit(1)));
             for (const auto &part : shape.parts)
@@ -346,7 +356,9 @@ private:
                     row >= 0 && row < grid.rows && column >= 0 && column < grid.columns;
                 const int index =
                     isInside ? grid.classes[row * grid.columns + column] : MapGrid::kMissing;
-                line[x] = index == MapGrid::kMissing ? 0 : fills[index];
+                line[x] = index == MapGrid::kMissing  ? 0
+                          : index == MapGrid::kMarked ? colors::selected.rgb()
+                                                      : fills[index];
             }
         }
         mPainter.drawImage(box, image);

@@ -20,11 +20,13 @@ struct MapShape {
     Kind kind = Area;
     QVector<QVector<QPointF>> parts; ///< map coordinates, y upwards
     int classIndex = -1;             ///< -1: no value
+    bool isMarked = false;           ///< has the colour of selected objects, whatever its class
 };
 
 /// A grid, possibly with fewer cells than that of the project.
 struct MapGrid {
     static constexpr quint8 kMissing = 255;
+    static constexpr quint8 kMarked = 254; ///< a selected cell
 
     QRectF bounds; ///< map coordinates
     int rows = 0;
@@ -51,7 +53,7 @@ struct MapPanel {
     QVector<QLineF> links;
     QVector<QPointF> islands; ///< objects without links
     QVector<MapLabel> labels;
-    // Of the first layer:
+    // Of the base layer:
     qint64 drawn = 0; ///< objects or cells
     qint64 missing = 0;
     QVector<qint64> counts; ///< by class index
@@ -63,7 +65,8 @@ struct MapPicture {
     PictureSize size;
     QVector<LegendBlock> legend;
     QVector<MapPanel> panels;
-    QRectF frame;             ///< extent in map coordinates; empty: that of the first layers
+    int base = 0;             ///< the layer of each panel that the figures and the extent are of
+    QRectF frame;             ///< extent in map coordinates; empty: that of the base layers
     bool isFramed = false;    ///< whether the frame has a ground and a border
     bool geographic = false;  ///< degrees: x is scaled by the cosine of the middle latitude
     double metresPerUnit = 0; ///< of map coordinates; 0: unknown

@@ -30,6 +30,7 @@ struct PictureTexts {
 namespace colors {
 extern MERIDOR_EXPORT const QColor missing; ///< ground of the hatching
 extern MERIDOR_EXPORT const QColor hatch;
+extern MERIDOR_EXPORT const QColor selected; ///< marked objects
 extern MERIDOR_EXPORT const QColor ink;
 extern MERIDOR_EXPORT const QColor softInk;
 extern MERIDOR_EXPORT const QColor outline;

@@ -94,6 +94,7 @@ void GraphCanvas::resizeEvent(QResizeEvent *event)
     QwtPlotCanvas::resizeEvent(event);
     mMarks->setGeometry(rect());
     mView.fitTicks();
+    mView.fitTexts();
 }
 
 void GraphCanvas::mousePressEvent(QMouseEvent *event)

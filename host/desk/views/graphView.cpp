@@ -287,7 +287,7 @@ void GraphView::redraw()
 void GraphView::fitTexts()
 {
     const QFontMetrics metrics = mPlot->fontMetrics();
-    const int room = std::max(1, mPlot->contentsRect().width() - metrics.height());
+    const int room = std::max(1, mCanvas->width() - metrics.height() / 2);
     const bool isShown = mIsRead && mTrouble.isEmpty();
     const auto text = [&](const QString &words, const QColor &color, int alignment) {
         return plainText(words, mPlot->font(), color, alignment);

@@ -273,8 +273,6 @@ MapLayer GridLayerView::pictureLayer(const ViewTransform &view)
 {
     MapLayer layer;
     layer.colors = classColors();
-    const auto chosen = static_cast<quint8>(layer.colors.size());
-    layer.colors.append(QColor::fromRgb(MapColors(widget()->palette()).selected));
     const QRectF window = view.visible().intersected(mGrid.bounds);
     if (window.isEmpty() || !classes())
         return layer;
@@ -310,7 +308,7 @@ MapLayer GridLayerView::pictureLayer(const ViewTransform &view)
             std::min(mGrid.rows - 1, static_cast<int>((mGrid.bounds.bottom() - y)
                                                       / mGrid.bounds.height() * mGrid.rows));
         if (flags->GetAttribute(attribute::kSelected, column, row))
-            grid.classes[i] = chosen;
+            grid.classes[i] = MapGrid::kMarked;
     }
     return layer;
 }

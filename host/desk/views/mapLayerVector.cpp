@@ -422,27 +422,18 @@ MapLayer VectorLayerView::pictureLayer(const ViewTransform &view)
     MapLayer layer;
     const FMShapes &shapes = mGeometry.shapes();
     const QRectF seen = view.visible();
-    const MapColors colors(widget()->palette());
     MAttributes *const flags = workspace().selection().attributes(geography());
     const unsigned char *selected =
         flags ? flags->GetAttributeVector(attribute::kSelected) : nullptr;
-    const bool isPlain = dataset() < 0;
     layer.colors = classColors();
-    const int chosen = layer.colors.size();
-    const bool isOutline = isPlain && mGeometry.kind() == FlatGeometry::Areas;
-    if (!isOutline) {
-        layer.colors.append(QColor::fromRgb(colors.selected));
-        layer.colors.append(QColor::fromRgb(colors.plain));
-    }
     for (std::size_t i = 0; i < mGeometry.count(); ++i) {
         if (i % 256 == 0)
             stopIfCancelled();
         const int object = shapes.ids[i];
         MapShape shape;
-        shape.classIndex = !isOutline && selected && selected[object] ? chosen
-                           : isPlain                                  ? chosen + 1
-                           : mClassOf.size() == mObjectCount          ? mClassOf[object]
-                                                                      : -1;
+        shape.isMarked = selected && selected[object];
+        if (dataset() >= 0 && mClassOf.size() == mObjectCount)
+            shape.classIndex = mClassOf[object];
         if (mGeometry.kind() == FlatGeometry::Places) {
             shape.kind = MapShape::Place;
             if (!seen.contains(shapes.vertices[i]))

@@ -11,6 +11,7 @@
 #include "core/project/failure.h"
 #include "core/project/text.h"
 #include "core/render/choropleth.h"
+#include "core/render/theme.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MRasterDataset.h"
@@ -36,7 +37,7 @@ MapColors::MapColors(const QPalette &palette)
     missing = mixed(base, ink, 0.06);
     hatch = mixed(base, ink, 0.35);
     plain = mixed(base, ink, 0.22);
-    selected = qRgb(255, 149, 0);
+    selected = meridor::colors::selected.rgb();
 }
 
 MapLayerView *MapLayerView::make(Workspace &workspace, int geography, int dataset, QWidget &canvas)
@@ -192,8 +193,10 @@ LegendBlock MapLayerView::legend() const
         return {title(), {}};
     const bool fits = mIsCounted && mCounts.size() == mClasses->entries().size();
     LegendBlock block = legendOf(mDataset, *mClasses, mCounts, mMissing, fits);
-    if (const QString note = realizationNote(); !note.isEmpty())
-        block.title += QStringLiteral(", ") + note;
+    // Short, for a narrow legend.
+    if (const int count = datasetOf(mDataset)->GetRealizationCount(); count > 1)
+        block.title =
+            tr("%1 (%2 of %3)").arg(block.title).arg(realizationOf(mDataset) + 1).arg(count);
     for (int i = 0; i < block.entries.size(); ++i)
         if (classOfEntry(i) >= 0)
             block.entries[i].color = colorOf(classOfEntry(i));

@@ -113,7 +113,7 @@ public:
     const QVector<unsigned int> &hoveredNeighbors() const { return mNeighbors; }
 
     /// The layer of a printed map, clipped by `view`; its classes have these colours, and the
-    /// selected objects one class more.
+    /// selected objects are marked.
     virtual MapLayer pictureLayer(const ViewTransform &view) = 0;
 
 Q_SIGNALS:

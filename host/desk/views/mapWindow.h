@@ -44,6 +44,7 @@ public:
     QJsonObject state() const override;
     void restore(const QJsonObject &state) override;
     QStringList commandLine(const QString &picture) const override;
+    QString untold() const override;
 
     /// What the library asks for: see ControllerBase. Colours and limits of the schemes that have a
     /// meaning here are taken over.
@@ -65,7 +66,10 @@ protected:
     void fitParts() override;
 
 private:
+    QString pictureTitle() const;
     void adopt(MapLayerView *layer);
+    const MapLayerView *baseLayer() const;
+    QStringList marks(const MapLayerView &base) const;
     void layersChanged();
     void activeChanged();
     void showClasses();

@@ -394,6 +394,8 @@ bool ViewWindow::exportTo(const QString &file)
     const QStringList line = commandLine(file);
     if (!line.isEmpty())
         mWorkspace.log().did(line + QStringList{QStringLiteral("--overwrite")});
+    if (const QString untold = this->untold(); !untold.isEmpty())
+        mWorkspace.log().remark(untold);
     mWorkspace.tell(tr("Saved as %1").arg(file));
     return true;
 }

@@ -77,6 +77,8 @@ public:
     virtual void restore(const QJsonObject &state);
     /// The words after "meridor" that make the same picture as a file; empty if none do.
     virtual QStringList commandLine(const QString &picture) const;
+    /// A sentence about what commandLine() leaves out; empty if that is nothing.
+    virtual QString untold() const { return QString(); }
 
 public Q_SLOTS:
     void selectNeighbors();
