@@ -246,11 +246,16 @@ def _instant_of(span):
     return span[0]
 
 
+def _limits(spans, form):
+    """Starts and ends of spans as the library counts them; an end is the first time after the span,
+    since times are whole numbers of seconds, days or steps."""
+    return spans[:, 0], spans[:, 1] + np.where(spans[:, 2] == 1, 86400 if form == "date" else 1, 0)
+
+
 def half_open(spans, form):
-    """Starts and ends of spans; an end is the first time after the span, since times are whole
-    numbers of seconds, days or steps."""
-    ends = spans[:, 1] + np.where(spans[:, 2] == 1, 86400 if form == "date" else 1, 0)
-    return stamps(spans[:, 0], form), stamps(ends, form)
+    """Starts and ends of spans as times; an end is the first time after the span."""
+    starts, ends = _limits(spans, form)
+    return stamps(starts, form), stamps(ends, form)
 
 
 class VectorDataset(Dataset):
@@ -306,8 +311,9 @@ class VectorDataset(Dataset):
         pandas = load("pandas")
         spans, values = _native.history(
             self._id, int(objects_of(self._geography, [key])[0]), self._index(realization))
-        days = self._form == "date"
-        ends = spans[:, 1] - np.where((spans[:, 2] == 0) & days, 86400, 0)
+        # The last number or day of the span, and the end of a span of moments, as to_frame tells it.
+        step = {"number": 1, "date": 86400}.get(self._form, 0)
+        ends = spans[:, 1] - np.where(spans[:, 2] == 0, step, 0)
         kind = {"decimal": "float64", "integer": "Int64", "text": "object"}[self.kind]
         return pandas.DataFrame({
             "start": for_pandas(stamps(spans[:, 0], self._form)),
@@ -425,9 +431,14 @@ class GridDataset(Dataset):
 
 
 def stacked_spans(dataset):
-    """The spans of an array of all values, and whether each realization has values in each."""
+    """The spans of an array of all values, and whether each realization has values in each.
+
+    If realizations change at different times, a span ends wherever one of them changes.
+    """
     realizations = [dataset._spans(index) for index in range(dataset.realizations)]
     spans = np.unique(np.concatenate(realizations), axis=0)
+    if any(len(own) != len(spans) for own in realizations):
+        spans = _common_spans(realizations, dataset._form)
     if dataset.static:
         spans = spans[:1]
     if len(spans) == 0:
@@ -440,6 +451,18 @@ def stacked_spans(dataset):
             start, end, closed = own[last].T
             held[:, index] = (last >= 0) & (spans[:, 0] < end + closed)
     return spans, held
+
+
+def _common_spans(realizations, form):
+    """The spans between the times at which a realization changes, where one has values."""
+    changes = np.unique(np.concatenate([np.concatenate(_limits(own, form)) for own in realizations]))
+    spans = np.stack([changes[:-1], changes[1:], np.zeros(len(changes) - 1, dtype=np.int64)], axis=1)
+    held = np.zeros(len(spans), dtype=bool)
+    for own in realizations:
+        starts, ends = _limits(own, form)
+        held[:] |= (np.searchsorted(starts, spans[:, 0], side="right")
+                    > np.searchsorted(ends, spans[:, 0], side="right"))
+    return spans[held]
 
 
 def _stack(dataset, shape, coordinates, progress):

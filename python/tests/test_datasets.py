@@ -6,9 +6,11 @@ import os
 import subprocess
 import sys
 
+import geopandas
 import numpy as np
 import pandas as pd
 import pytest
+import shapely.geometry
 
 import datainterface as di
 from conftest import SAMPLES, meridor
@@ -190,3 +192,32 @@ def test_renaming_and_units(states, income):
     states.remove(income)
     with pytest.raises(ValueError, match="no longer"):
         income.at(1929)
+
+
+@pytest.mark.parametrize("time", [int, lambda day: pd.Timestamp("2000-02-20") + pd.Timedelta(days=day)],
+                         ids=["number", "date"])
+def test_views_of_values_agree_at_every_time(empty, time):
+    """An array and a series hold for their spans what is told at a time, also where realizations
+    change at different times and values were taken away in the middle of a span."""
+    frame = geopandas.GeoDataFrame({"key": ["a", "b"], "start": [time(0)] * 2, "end": [time(19)] * 2},
+                                   geometry=[shapely.geometry.Point(0, 0), shapely.geometry.Point(1, 1)])
+    dataset = di.from_geopandas(frame, "key", "start", "end").new_dataset("v", realizations=2)
+    dataset.add(pd.Series([1.0, 2.0], index=["a", "b"]), at=time(0), end=time(9))
+    dataset.add(pd.Series([3.0], index=["b"]), at=time(5), end=time(14), realization=2)
+    dataset.set_missing("a", time(4), time(6))
+    array, day = dataset.to_xarray(), time(1) - time(0)
+    for realization in (1, 2):
+        told = pd.DataFrame({index: dataset.at(time(index), realization=realization)
+                             for index in range(20)})
+        read = pd.DataFrame(np.nan, index=told.index, columns=told.columns)
+        listed = read.copy()
+        for place, (start, end) in enumerate(zip(array["time"].values, array["time_end"].values)):
+            for index in range(20):
+                if start <= np.array(time(index), dtype=start.dtype) < end:
+                    read[index] = array.isel(realization=realization - 1, time=place).values
+        for key in "ab":
+            for row in dataset.series(key, realization=realization).itertuples():
+                for index in range((row.start - time(0)) // day, (row.end - time(0)) // day + 1):
+                    listed.loc[key, index] = row.value
+        pd.testing.assert_frame_equal(read, told)
+        pd.testing.assert_frame_equal(listed, told)
