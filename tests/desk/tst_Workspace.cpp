@@ -57,12 +57,8 @@ void tst_Workspace::selectionsAreKeptInSteps()
     QCOMPARE(selection.selected(mStates), (Ids{3, 5}));
     QVERIFY(selection.forward(mStates));
     QCOMPARE(selection.selected(mStates), (Ids{3, 7}));
-    selection.invert(mStates);
-    QVERIFY(!selection.canGoForward(mStates));
-    QVERIFY(!selection.isSelected(mStates, 3));
-    QCOMPARE(selection.count(mStates),
-             static_cast<int>(VORN_GetObjectCount(mStates, workspace().timeOf(mStates))) - 2);
     selection.clear(mStates);
+    QVERIFY(!selection.canGoForward(mStates));
     QCOMPARE(selection.count(mStates), 0);
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
 #include "core/formats/values.h"
 #include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
@@ -12,25 +13,36 @@
 #include "datainterface/MAttributes.h"
 #include "datainterface/MDatum.h"
 #include "datainterface/MGeoData.h"
+#include "datainterface/MRasterAttributes.h"
 
 namespace meridor {
 namespace {
 
-constexpr int kSelected = 1; ///< attribute number of selected objects; clear for all others
-
-/// The attributes in which objects are selected; created at the first call.
-MAttributes &attributesOf(int geography)
-{
-    MGeoData &owner = *geographyOf(geography);
-    if (!owner.GetAttributes(0)) {
-        auto *attributes = new MAttributes(static_cast<int>(owner.GetObjectCount()));
-        for (int i = 0; i <= kSelected; ++i)
-            attributes->AddAttribute();
-        owner.AddAttributes(attributes);
+/// Flags for one question. Those of the views stay as they are: what is selected is for the user to
+/// change, and views would not know where a change came from.
+class FoundFlags {
+public:
+    explicit FoundFlags(int geography)
+        : mShared(*sharedAttributes(geography)), mAttribute(mShared.AddAttribute())
+    {
+        if (mAttribute < 0)
+            throw std::bad_alloc();
     }
-    owner.GetAttributes(0)->SetAllAttribute(kSelected, false);
-    return *owner.GetAttributes(0);
-}
+    ~FoundFlags() { mShared.DeleteAttribute(mAttribute); }
+    FoundFlags(const FoundFlags &) = delete;
+    FoundFlags &operator=(const FoundFlags &) = delete;
+
+    int attribute() const { return mAttribute; }
+    QVector<int> objects() const
+    {
+        const QVector<unsigned int> set = mShared.GetIdsByState(mAttribute, true);
+        return QVector<int>(set.begin(), set.end());
+    }
+
+private:
+    MAttributes &mShared;
+    int mAttribute;
+};
 
 double requireNumber(const QString &text, const char *setting)
 {
@@ -58,21 +70,14 @@ QSet<MDatum> wantedValues(const MDataset &dataset, const QStringList &texts)
     return wanted;
 }
 
-QVector<int> selected(MAttributes &attributes)
-{
-    QVector<int> objects;
-    for (const unsigned int object : attributes.GetIdsByState(kSelected, true))
-        objects.append(static_cast<int>(object));
-    return objects;
-}
-
 QVector<int> byValue(int dataset, int realization, qint64 time, const QStringList &texts)
 {
     const int geography = VORN_GetGeographyId(dataset);
-    MAttributes &attributes = attributesOf(geography);
-    geographyOf(geography)->SelectObjectsByValue(
-        dataset, realization, time, wantedValues(*datasetOf(dataset), texts), kSelected);
-    return selected(attributes);
+    const QSet<MDatum> wanted = wantedValues(*datasetOf(dataset), texts);
+    const FoundFlags found(geography);
+    geographyOf(geography)->SelectObjectsByValue(dataset, realization, time, wanted,
+                                                 found.attribute());
+    return found.objects();
 }
 
 QVector<int> byRange(int dataset, int realization, qint64 time, const QString &low,
@@ -88,9 +93,10 @@ QVector<int> byRange(int dataset, int realization, qint64 time, const QString &l
         failUsage(QStringLiteral("the range from %1 to %2 ends before it starts").arg(low, high),
                   "max");
     const int geography = VORN_GetGeographyId(dataset);
-    MAttributes &attributes = attributesOf(geography);
-    geographyOf(geography)->SelectObjectsByRange(dataset, realization, time, from, to, kSelected);
-    return selected(attributes);
+    const FoundFlags found(geography);
+    geographyOf(geography)->SelectObjectsByRange(dataset, realization, time, from, to,
+                                                 found.attribute());
+    return found.objects();
 }
 
 QVector<int> both(const QVector<int> &a, const QVector<int> &b)
@@ -110,6 +116,24 @@ qint64 existenceTime(int geography, const ObjectChoice &choice)
 }
 
 } // namespace
+
+MAttributes *sharedAttributes(int geography)
+{
+    MGeoData *const data = geographyOf(geography);
+    if (!data)
+        return nullptr;
+    if (MAttributes *const present = data->GetAttributes(0))
+        return present;
+    const GeoProps props = data->GetProperties();
+    MAttributes *const made = props.type == GeoProps::Raster
+                                  ? new MRasterAttributes(props.columns, props.rows)
+                                  : new MAttributes(static_cast<int>(data->GetObjectCount()));
+    for (int attribute = 0; attribute < 3; ++attribute)
+        made->AddAttribute();
+    made->SetAllAttribute(0, true);
+    data->AddAttributes(made);
+    return made;
+}
 
 int geographyOf(const ObjectChoice &choice)
 {

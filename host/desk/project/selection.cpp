@@ -2,10 +2,10 @@
 #include "desk/project/selection.h"
 #include <algorithm>
 #include <iterator>
+#include "core/analysis/selection.h"
 #include "core/project/catalog.h"
 #include "datainterface/MAttributes.h"
 #include "datainterface/MGeoData.h"
-#include "datainterface/MRasterAttributes.h"
 
 namespace meridor {
 namespace {
@@ -26,20 +26,7 @@ QVector<unsigned int> difference(const QVector<unsigned int> &from,
 
 MAttributes *Selection::attributes(int geography)
 {
-    MGeoData *const data = geographyOf(geography);
-    if (!data)
-        return nullptr;
-    if (MAttributes *const present = data->GetAttributes(0))
-        return present;
-    const GeoProps props = data->GetProperties();
-    MAttributes *const made = props.type == GeoProps::Raster
-                                  ? new MRasterAttributes(props.columns, props.rows)
-                                  : new MAttributes(static_cast<int>(data->GetObjectCount()));
-    for (int id = attribute::kShown; id <= attribute::kHovered; ++id)
-        made->AddAttribute();
-    made->SetAllAttribute(attribute::kShown, true);
-    data->AddAttributes(made);
-    return made;
+    return sharedAttributes(geography);
 }
 
 void Selection::replace(int geography, const Step &objects)
@@ -101,13 +88,6 @@ void Selection::clear(int geography)
     select(geography, {});
 }
 
-void Selection::invert(int geography)
-{
-    MAttributes *const flags = attributes(geography);
-    if (flags)
-        select(geography, flags->GetIdsByState(attribute::kSelected, false));
-}
-
 QVector<unsigned int> Selection::selected(int geography)
 {
     MAttributes *const flags = attributes(geography);
@@ -124,6 +104,16 @@ bool Selection::isSelected(int geography, unsigned int object)
 {
     MAttributes *const flags = attributes(geography);
     return flags && flags->GetAttribute(attribute::kSelected, object);
+}
+
+int Selection::hovered(int geography) const
+{
+    const int object = mHovered.value(geography, -1);
+    const MGeoData *const data = object >= 0 ? geographyOf(geography) : nullptr;
+    const MAttributes *const flags = data ? data->GetAttributes(0) : nullptr;
+    return flags && flags->GetAttribute(attribute::kHovered, static_cast<unsigned int>(object))
+               ? object
+               : -1;
 }
 
 void Selection::hover(int geography, int object)

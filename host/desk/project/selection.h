@@ -31,7 +31,6 @@ public:
     void select(int geography, const QVector<unsigned int> &objects,
                 SelectionMode mode = SelectionMode::Replace);
     void clear(int geography);
-    void invert(int geography);
     /// Ascending.
     QVector<unsigned int> selected(int geography);
     int count(int geography);
@@ -39,7 +38,7 @@ public:
     /// @param object  -1: none.
     void hover(int geography, int object);
     /// -1 if there is none.
-    int hovered(int geography) const { return mHovered.value(geography, -1); }
+    int hovered(int geography) const;
 
     /// To the selection before the last change, and forward again. False if there is none.
     bool back(int geography);
