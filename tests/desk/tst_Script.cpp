@@ -227,9 +227,9 @@ void tst_Script::failingStepsAreNamed_data()
             text);
     };
     refused("text dropped on a histogram", "{`do`: `drop`, `dataset`: `abbr`, `view`: 2}",
-            "step 5 (drop): the view does not take abbr");
+            "step 5 (drop): abbr holds texts");
     refused("dropped on a table", "{`do`: `drop`, `dataset`: `abbr`, `view`: 3}",
-            "step 5 (drop): the view does not take abbr");
+            "step 5 (drop): A dataset cannot be dropped");
     refused("file dropped on a view", "{`do`: `drop`, `file`: `rubbish.vorn`, `view`: 1}",
             "step 5 (drop): a file is dropped on the window");
     refused("unsaved changes", "{`do`: `drop`, `file`: `other.vorn`}",

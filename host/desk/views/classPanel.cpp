@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include "core/project/text.h"
 #include "core/render/classes.h"
 #include "core/render/palette.h"
@@ -163,22 +164,37 @@ void LimitsHistogram::mousePressEvent(QMouseEvent *event)
         return;
     mCurrent = limit;
     mIsDragged = true;
+    mGrip = xOf(mInner[limit]) - event->localPos().x();
+    mBefore = mInner;
     update();
+    Q_EMIT dragBegan();
 }
 
 void LimitsHistogram::mouseMoveEvent(QMouseEvent *event)
 {
     if (mIsDragged)
-        moveTo(mCurrent, valueAt(event->localPos().x()));
+        moveTo(mCurrent, valueAt(event->localPos().x() + mGrip));
 }
 
-void LimitsHistogram::mouseReleaseEvent(QMouseEvent *event)
+void LimitsHistogram::mouseReleaseEvent(QMouseEvent *)
 {
     if (!mIsDragged)
         return;
-    moveTo(mCurrent, valueAt(event->localPos().x()));
     mIsDragged = false;
-    Q_EMIT innerChanged(mInner);
+    update();
+    if (mInner != mBefore)
+        Q_EMIT innerChanged(mInner); // shown anew, with all of its colours
+}
+
+bool LimitsHistogram::event(QEvent *event)
+{
+    // The key that clears the selection gives a drag up first.
+    if (event->type() == QEvent::ShortcutOverride && mIsDragged
+        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+        event->accept();
+        return true;
+    }
+    return QWidget::event(event);
 }
 
 void LimitsHistogram::keyPressEvent(QKeyEvent *event)
@@ -214,9 +230,17 @@ void LimitsHistogram::keyPressEvent(QKeyEvent *event)
             Q_EMIT innerChanged(mInner);
         }
         return;
+    case Qt::Key_Escape:
+        if (!mIsDragged)
+            break;
+        mIsDragged = false;
+        if (std::exchange(mInner, mBefore) != mBefore)
+            Q_EMIT dragGivenUp();
+        return update();
     default:
-        QWidget::keyPressEvent(event);
+        break;
     }
+    QWidget::keyPressEvent(event);
 }
 
 namespace {
@@ -291,6 +315,13 @@ ClassPanel::ClassPanel(QWidget *parent)
         mMethod->setCurrentIndex(mMethod->findData(kOwnLimits));
         edited();
     });
+    connect(mHistogram, &LimitsHistogram::dragBegan, this, [this] { mKept = mRule; });
+    connect(mHistogram, &LimitsHistogram::dragGivenUp, this, [this] {
+        show(mKept,
+             mAllTimes->isHidden() ? std::nullopt : std::make_optional(mAllTimes->isChecked()),
+             mIsNumeric);
+        tellRule();
+    });
 }
 
 void ClassPanel::show(const ClassRule &rule, std::optional<bool> allTimes, bool isNumeric)
@@ -343,6 +374,11 @@ void ClassPanel::edited()
     mRule.palette = mPalette->currentData().toString();
     mRule.reversed = mReversed->isChecked();
     enableParts();
+    tellRule();
+}
+
+void ClassPanel::tellRule()
+{
     Q_EMIT ruleChanged(mRule, mAllTimes->isHidden() || mAllTimes->isChecked());
 }
 

@@ -16,7 +16,8 @@ class QSpinBox;
 namespace meridor {
 
 /// A histogram of values with the limits between classes. Limits move by the mouse and by keys: up
-/// and down choose one, left and right move it, Insert adds one and Delete removes it.
+/// and down choose one, left and right move it, Insert adds one and Delete removes it. Escape gives a
+/// drag of the mouse up.
 class LimitsHistogram : public QWidget {
     Q_OBJECT
 public:
@@ -32,8 +33,13 @@ public:
 
 Q_SIGNALS:
     void innerChanged(const QVector<double> &inner);
+    /// The mouse takes hold of a limit.
+    void dragBegan();
+    /// What was before the drag holds again.
+    void dragGivenUp();
 
 protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
@@ -54,6 +60,8 @@ private:
     QVector<QColor> mColors;
     int mCurrent = 0;
     bool mIsDragged = false;
+    double mGrip = 0;        ///< from the mouse to the limit that it holds, in pixels
+    QVector<double> mBefore; ///< the limits before the drag
 };
 
 class ClassPanel : public QWidget {
@@ -72,9 +80,11 @@ Q_SIGNALS:
 
 private:
     void edited();
+    void tellRule();
     void enableParts();
 
     ClassRule mRule;
+    ClassRule mKept; ///< before a limit was dragged
     bool mIsShowing = false;
     bool mIsNumeric = true;
     QComboBox *mMethod;

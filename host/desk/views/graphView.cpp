@@ -216,12 +216,16 @@ void GraphView::reread()
     }
     mIsRead = true;
     setTrouble(trouble);
-    if (!trouble.isEmpty())
+    if (!trouble.isEmpty()) {
+        Q_EMIT pointedAt(QString()); // what it said was about other values
         return;
+    }
     const QScopedValueRollback<bool> reading(mIsReading, true);
     recolor();
     showScales();
     selectionChanged();
+    if (hoveredObject() >= 0)
+        Q_EMIT pointedAt(textOf(hoveredObject()));
 }
 
 void GraphView::rereadSoon()

@@ -272,20 +272,22 @@ void GraphWindow::choose()
     show(datasets, mWeightChoice ? mWeightChoice->currentData().toInt() : -1);
 }
 
-bool GraphWindow::accepts(int dataset) const
+QString GraphWindow::refusal(int dataset) const
 {
-    return datasetOf(dataset) && datasetOf(dataset)->IsNumeric();
+    if (!datasetOf(dataset))
+        return tr("There is no such dataset.");
+    if (!datasetOf(dataset)->IsNumeric())
+        return tr("%1 holds texts, and this graph shows numbers.").arg(datasetName(dataset));
+    QString why;
+    if (mKind == GraphKind::Scatter && !canShow(mKind, {mDatasets.first(), dataset}, why))
+        return why + QLatin1Char('.');
+    return QString();
 }
 
 void GraphWindow::addDataset(int dataset)
 {
-    QVector<int> datasets{dataset};
-    if (mKind == GraphKind::Scatter) {
-        // With a dataset of another geography both are replaced.
-        const bool isSame = graph() && VORN_GetGeographyId(dataset) == graph()->geography();
-        datasets.prepend(isSame ? mDatasets[0] : dataset);
-    }
-    show(datasets);
+    show(mKind == GraphKind::Scatter ? QVector<int>{mDatasets.first(), dataset}
+                                     : QVector<int>{dataset});
 }
 
 // State

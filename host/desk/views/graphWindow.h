@@ -28,7 +28,7 @@ public:
     QString title() const override;
     /// Instead of the names of the datasets; empty: those again.
     void setTitle(const QString &title);
-    bool accepts(int dataset) const override;
+    QString refusal(int dataset) const override;
     /// Shows another dataset; in a scatter plot it takes the place of the vertical one.
     void addDataset(int dataset) override;
     /// Shows other datasets of one geography. False after telling the user why not.

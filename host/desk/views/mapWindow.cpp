@@ -157,6 +157,7 @@ MapWindow::MapWindow(Workspace &workspace, QWidget *parent)
         if (!mActive || mActive->geography() != geography)
             return;
         fillWeights();
+        refreshReadout();
         mCanvas->update();
     });
     connect(&workspace, &Workspace::weightSetDying, this, [this](int, int set) {
@@ -187,9 +188,9 @@ View *MapWindow::currentView() const
     return mActive;
 }
 
-bool MapWindow::accepts(int dataset) const
+QString MapWindow::refusal(int dataset) const
 {
-    return datasetOf(dataset);
+    return datasetOf(dataset) ? QString() : tr("There is no such dataset.");
 }
 
 MapLayerView *MapWindow::addLayer(int dataset)
@@ -225,6 +226,8 @@ void MapWindow::adopt(MapLayerView *layer)
         mLegend->setLayers(mLayers, mActive);
         if (layer == mActive)
             showClasses();
+        if (layer == mDescribed)
+            refreshReadout(); // another time, or other values
     });
     connect(layer, &View::shownTimeChanged, this, [this, layer] {
         if (mHasLinksOfAll && layer->geography() == mLinkedSet >> 16)
@@ -252,6 +255,8 @@ void MapWindow::viewLeaves(View *view)
     }
     if (mActive == layer)
         mActive = mLayers.isEmpty() ? nullptr : mLayers.last();
+    if (mDescribed == layer)
+        describe(nullptr, -1);
     layersChanged();
     // Values are not read while the library removes something.
     QTimer::singleShot(0, this, [this] { activeChanged(); });
@@ -385,14 +390,24 @@ void MapWindow::point(const QPoint &pixel)
     for (MapLayerView *const layer : std::as_const(mLayers))
         if (!found || layer->geography() != found->geography() || object < 0)
             layer->hover(-1);
-    if (object < 0) {
-        setReadout(QString());
+    if (object >= 0 && mDescribed == found
+        && workspace().selection().hovered(found->geography()) == object)
         return;
-    }
-    if (workspace().selection().hovered(found->geography()) == object)
-        return;
-    found->hover(object);
-    setReadout(found->describe(static_cast<unsigned int>(object)));
+    if (object >= 0)
+        found->hover(object);
+    describe(found, object);
+}
+
+void MapWindow::describe(MapLayerView *layer, int object)
+{
+    mDescribed = object >= 0 ? layer : nullptr;
+    setReadout(mDescribed ? layer->describe(static_cast<unsigned int>(object)) : QString());
+}
+
+void MapWindow::refreshReadout()
+{
+    if (mDescribed)
+        describe(mDescribed, workspace().selection().hovered(mDescribed->geography()));
 }
 
 void MapWindow::step(int direction)
@@ -404,7 +419,7 @@ void MapWindow::step(int direction)
     if (object < 0)
         return;
     mActive->hover(object);
-    setReadout(mActive->describe(static_cast<unsigned int>(object)));
+    describe(mActive, object);
     const QRectF box = mActive->extentOf({static_cast<unsigned int>(object)});
     const QPointF center = mCanvas->view().toPixel(box.center());
     const QSize size = mCanvas->view().size();
@@ -491,7 +506,7 @@ bool MapWindow::showWeights(int weightSet, int object)
         if (static_cast<unsigned int>(object) >= geographyOf(geography)->GetObjectCount())
             return false;
         shown->hover(object);
-        setReadout(shown->describe(static_cast<unsigned int>(object)));
+        describe(shown, object);
         return true;
     }
     mLinkedSet = weightSet;
@@ -766,7 +781,6 @@ QJsonObject MapWindow::state() const
     state.insert(QStringLiteral("title"), mOwnTitle);
     state.insert(QStringLiteral("layers"), layers);
     state.insert(QStringLiteral("active"), mLayers.indexOf(mActive));
-    state.insert(QStringLiteral("group"), group());
     state.insert(QStringLiteral("tool"), static_cast<int>(tool()));
     if (!mCanvas->isFitted()) {
         const QRectF seen = mCanvas->shown();
@@ -801,8 +815,6 @@ void MapWindow::restore(const QJsonObject &state)
         removeLayer(layer);
     setOwnTitle(state.value(QStringLiteral("title")).toString());
     setTool(static_cast<Tool>(std::clamp(state.value(QStringLiteral("tool")).toInt(), 0, 3)));
-    setGroup(static_cast<Group>(
-        std::clamp(state.value(QStringLiteral("group")).toInt(), int(Main), int(Alone))));
     if (MapLayerView *const active = mLayers.value(state.value(QStringLiteral("active")).toInt(-1)))
         setActiveLayer(active);
     const QJsonArray extent = state.value(QStringLiteral("extent")).toArray();

@@ -39,7 +39,7 @@ public:
     /// Empty: the names of what is shown.
     void setOwnTitle(const QString &title);
     View *currentView() const override;
-    bool accepts(int dataset) const override;
+    QString refusal(int dataset) const override;
     void addDataset(int dataset) override { addLayer(dataset); }
     QJsonObject state() const override;
     void restore(const QJsonObject &state) override;
@@ -74,6 +74,9 @@ private:
     void activeChanged();
     void showClasses();
     void point(const QPoint &pixel);
+    /// Writes the line below the map about an object of a layer; about none if it is -1.
+    void describe(MapLayerView *layer, int object);
+    void refreshReadout();
     void step(int direction);
     void selectRegion(const QPainterPath &region, SelectionMode mode);
     void selectClass(MapLayerView *layer, int classIndex, Qt::KeyboardModifiers keys);
@@ -83,6 +86,7 @@ private:
 
     QVector<MapLayerView *> mLayers;
     MapLayerView *mActive = nullptr;
+    MapLayerView *mDescribed = nullptr; ///< whose hovered object the line below the map is about
     QString mOwnTitle;
     MapCanvas *mCanvas;
     LegendPanel *mLegend;

@@ -39,6 +39,17 @@ public:
     }
 
 protected:
+    bool event(QEvent *event) override
+    {
+        // The key that clears the selection gives a drag up first.
+        if (event->type() == QEvent::ShortcutOverride && mPressed >= 0
+            && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+            event->accept();
+            return true;
+        }
+        return QTableView::event(event);
+    }
+
     void changeEvent(QEvent *event) override
     {
         QTableView::changeEvent(event);
@@ -70,7 +81,7 @@ protected:
     {
         const int pressed = std::exchange(mPressed, -1);
         mView.model().setPending(0, -1);
-        if (event->button() != Qt::LeftButton)
+        if (event->button() != Qt::LeftButton || pressed == kGivenUp)
             return;
         int row = rowAt(event->y());
         if (pressed < 0) { // below the last row
@@ -100,6 +111,11 @@ protected:
     void keyPressEvent(QKeyEvent *event) override
     {
         const int row = currentIndex().row();
+        if (event->key() == Qt::Key_Escape && mPressed >= 0) {
+            mPressed = kGivenUp;
+            mView.model().setPending(0, -1);
+            return;
+        }
         if (event->key() == Qt::Key_Space && row >= 0) {
             mAnchor = row;
             mView.chooseRows(row, row, selectionModeOf(event->modifiers()));
@@ -144,9 +160,11 @@ private:
             static_cast<int>(std::lround(1.4 * fontMetrics().height())));
     }
 
+    static constexpr int kGivenUp = -2; ///< the drag that the button still holds
+
     TableView &mView;
-    int mPressed = -1;
-    int mAnchor = -1; ///< the row from which shift extends
+    int mPressed = -1; ///< the row under the press; -1: none
+    int mAnchor = -1;  ///< the row from which shift extends
 };
 
 TableView::TableView(Workspace &workspace, int geography)
@@ -286,12 +304,15 @@ void TableView::hoverChanged()
     QString name;
     if (object >= 0 && !workspace().isBusy())
         workspace().look([&] { name = mNames.of(object, time()); });
+    mTold = object;
     Q_EMIT pointedAt(name);
 }
 
 void TableView::pointAt(int row)
 {
     hover(mModel->objectOf(row));
+    if (mTold != workspace().selection().hovered(geography()))
+        hoverChanged(); // a view that is not linked with this one marked it
 }
 
 void TableView::chooseRows(int first, int last, SelectionMode mode)

@@ -2,7 +2,6 @@
 #include "desk/views/tableWindow.h"
 #include <QAction>
 #include <QClipboard>
-#include <QFileDialog>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QToolBar>
@@ -10,6 +9,7 @@
 #include "core/project/catalog.h"
 #include "datainterface/MGeoData.h"
 #include "desk/models/valueTable.h"
+#include "desk/views/saveName.h"
 #include "desk/views/tableView.h"
 
 namespace meridor {
@@ -74,8 +74,7 @@ QString TableWindow::title() const
 
 void TableWindow::askExportTable()
 {
-    const QString file =
-        QFileDialog::getSaveFileName(this, tr("Export the table"), QString(), tr("Tables (*.csv)"));
+    const QString file = askSaveName(this, tr("Export the table"), tr("Tables (*.csv)"));
     if (!file.isEmpty())
         exportTo(file);
 }

@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDragEnterEvent>
-#include <QFileDialog>
 #include <QImage>
 #include <QLabel>
 #include <QMenu>
@@ -25,6 +24,7 @@
 #include "datainterface/MGeoData.h"
 #include "datainterface/WeightsAPI.h"
 #include "desk/models/datasetMime.h"
+#include "desk/views/saveName.h"
 
 namespace meridor {
 namespace {
@@ -402,8 +402,7 @@ bool ViewWindow::exportTo(const QString &file)
 
 void ViewWindow::askExport()
 {
-    const QString file =
-        QFileDialog::getSaveFileName(this, tr("Export the picture"), QString(),
+    const QString file = askSaveName(this, tr("Export the picture"),
                                      tr("Pictures (*.png);;Drawings (*.svg);;Documents (*.pdf)"));
     if (!file.isEmpty())
         exportTo(file);
@@ -425,9 +424,9 @@ void ViewWindow::copyToClipboard()
     mWorkspace.tell(tr("The picture is in the clipboard."));
 }
 
-bool ViewWindow::accepts(int) const
+QString ViewWindow::refusal(int) const
 {
-    return false;
+    return tr("A dataset cannot be dropped on this view.");
 }
 
 void ViewWindow::addDataset(int)
@@ -436,12 +435,14 @@ void ViewWindow::addDataset(int)
 
 QJsonObject ViewWindow::state() const
 {
-    return {{QStringLiteral("realization"), realization() + 1}};
+    return {{QStringLiteral("realization"), realization() + 1}, {QStringLiteral("group"), group()}};
 }
 
 void ViewWindow::restore(const QJsonObject &state)
 {
     setRealization(state.value(QStringLiteral("realization")).toInt(1) - 1);
+    setGroup(static_cast<Group>(
+        std::clamp(state.value(QStringLiteral("group")).toInt(), int(Main), int(Alone))));
 }
 
 QStringList ViewWindow::commandLine(const QString &) const
@@ -469,11 +470,17 @@ void ViewWindow::invertSelection()
     View *const view = currentView();
     if (!view)
         return;
-    MAttributes *const flags = mWorkspace.selection().attributes(view->geography());
-    if (flags && flags->GetStateCount(attribute::kSelected, false) > kMostSelected)
+    const int geography = view->geography();
+    const MAttributes *const flags = mWorkspace.selection().attributes(geography);
+    if (flags && flags->GetStateCount(attribute::kSelected, false) > kMostSelected) {
         mWorkspace.tell(tr("The inverse has more than %1 objects.").arg(kMostSelected), true);
-    else if (flags)
-        view->choose(flags->GetIdsByState(attribute::kSelected, false), SelectionMode::Replace);
+        return;
+    }
+    QVector<int> existing;
+    if (mWorkspace.look(
+            [&] { existing = objectsAt(geography, shapeTime(geography, view->time())); }))
+        view->choose(QVector<unsigned int>(existing.begin(), existing.end()),
+                     SelectionMode::Toggle);
 }
 
 void ViewWindow::selectNeighbors()
@@ -515,18 +522,22 @@ void ViewWindow::fitParts()
 
 void ViewWindow::dragEnterEvent(QDragEnterEvent *event)
 {
-    const int dataset = datasetOf(event->mimeData());
-    if (dataset >= 0 && accepts(dataset))
+    // A dataset that is refused is taken here too, or the window around this one would open a view.
+    if (datasetOf(event->mimeData()) >= 0)
         event->acceptProposedAction();
 }
 
 void ViewWindow::dropEvent(QDropEvent *event)
 {
     const int dataset = datasetOf(event->mimeData());
-    if (dataset < 0 || !accepts(dataset))
+    if (dataset < 0)
         return;
     event->acceptProposedAction();
-    addDataset(dataset);
+    const QString why = refusal(dataset);
+    if (why.isEmpty())
+        addDataset(dataset);
+    else
+        mWorkspace.tell(why, true);
 }
 
 QVector<unsigned int> neighborsOf(int weightSet, unsigned int object, qint64 time)

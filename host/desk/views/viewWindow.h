@@ -66,8 +66,9 @@ public:
     virtual bool exportTo(const QString &file);
     virtual void copyToClipboard();
 
-    /// Whether a dataset can be dropped here.
-    virtual bool accepts(int dataset) const;
+    /// Why a dataset cannot be dropped here, as a sentence; empty if it can.
+    virtual QString refusal(int dataset) const;
+    /// Shows a dataset that is not refused.
     virtual void addDataset(int dataset);
 
     /// What is shown, with names instead of ids, for the layout of windows and for scripts. That of
@@ -81,7 +82,11 @@ public:
     virtual QString untold() const { return QString(); }
 
 public Q_SLOTS:
+    /// Asks for a name and exports the picture.
+    void askExport();
     void selectNeighbors();
+    /// Selects what exists at the shown time and was not selected, and the reverse. What does not
+    /// exist then is left as it is.
     void invertSelection();
     void clearSelection();
 
@@ -125,7 +130,6 @@ private:
     void makeGroups();
     void makeRealizations();
     void countRealizations();
-    void askExport();
     void refreshActions();
     void dropViews(const std::function<bool(const View &)> &isLost);
 

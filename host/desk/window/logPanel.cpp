@@ -2,7 +2,6 @@
 #include "desk/window/logPanel.h"
 #include <QClipboard>
 #include <QFile>
-#include <QFileDialog>
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -13,6 +12,7 @@
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
 #include "desk/project/workspace.h"
+#include "desk/views/saveName.h"
 
 namespace meridor {
 
@@ -76,8 +76,7 @@ bool LogPanel::saveScript(const QString &file)
 
 void LogPanel::askSave()
 {
-    const QString file = QFileDialog::getSaveFileName(this, tr("Save the log as a script"),
-                                                      QString(), tr("Scripts (*.sh)"));
+    const QString file = askSaveName(this, tr("Save the log as a script"), tr("Scripts (*.sh)"));
     if (!file.isEmpty() && saveScript(file))
         mWorkspace.tell(tr("Saved as %1").arg(file));
 }

@@ -2,6 +2,7 @@
 #include "desk/window/mainWindow.h"
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDir>
@@ -19,6 +20,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
+#include <QSet>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QToolBar>
@@ -43,6 +45,7 @@
 #include "desk/models/plainTip.h"
 #include "desk/project/importLine.h"
 #include "desk/project/workspace.h"
+#include "desk/views/saveName.h"
 #include "desk/views/viewWindow.h"
 #include "desk/window/contentsPanel.h"
 #include "desk/window/helpPages.h"
@@ -59,6 +62,19 @@ namespace {
 // A copy for recovery takes at most a twentieth of the time.
 constexpr int kRestBetweenCopies = 20;
 constexpr int kLeastSide = 100; // pixels of the window
+
+/// The text of an action, with the sign before the first letter that no other action has.
+QString withLetter(const QString &text, QSet<QChar> &taken)
+{
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar letter = text[i].toLower();
+        if (!letter.isLetter() || taken.contains(letter))
+            continue;
+        taken.insert(letter);
+        return QString(text).insert(i, QLatin1Char('&'));
+    }
+    return text;
+}
 
 QString droppedFile(const QMimeData *data)
 {
@@ -214,15 +230,9 @@ void MainWindow::makeFileMenu()
           });
     menu->addSeparator();
     mProjectActions << addTo(menu, "fileSave", tr("&Save"), QKeySequence::Save, [this] { save(); });
-    mProjectActions << addTo(menu, "fileSaveAs", tr("Save &as..."),
-                             QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_S), [this] {
-                                 QFileDialog dialog(this, tr("Save the project"));
-                                 dialog.setAcceptMode(QFileDialog::AcceptSave);
-                                 dialog.setDefaultSuffix(QStringLiteral("vorn"));
-                                 dialog.setNameFilter(tr("Projects (*.vorn)"));
-                                 if (dialog.exec() == QDialog::Accepted)
-                                     saveAs(dialog.selectedFiles().value(0));
-                             });
+    mProjectActions << addTo(
+        menu, "fileSaveAs", tr("Save &as..."), QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_S),
+        [this] { saveAs(askSaveName(this, tr("Save the project"), tr("Projects (*.vorn)"))); });
     mProjectActions << addTo(menu, "fileRevert", tr("Re&vert to saved"), QKeySequence(Qt::Key_F5),
                              [this] {
                                  keepWindows();
@@ -231,8 +241,8 @@ void MainWindow::makeFileMenu()
     menu->addSeparator();
     mProjectActions << addTo(
         menu, "fileReport", tr("Write a &report..."), QKeySequence(Qt::CTRL + Qt::Key_R), [this] {
-            const QString file = QFileDialog::getSaveFileName(
-                this, tr("Write the project as one page"), QString(), tr("Pages (*.html)"));
+            const QString file =
+                askSaveName(this, tr("Write the project as one page"), tr("Pages (*.html)"));
             if (!file.isEmpty())
                 writeReport(file);
         });
@@ -263,18 +273,13 @@ void MainWindow::makeEditMenu()
     };
     add("editCopy", tr("&Copy the picture of the view"),
         [](ViewWindow &window) { window.copyToClipboard(); });
-    add("editExport", tr("&Export the picture of the view..."), [this](ViewWindow &window) {
-        const QString file = QFileDialog::getSaveFileName(
-            this, tr("Export the picture"), QString(),
-            tr("Pictures (*.png);;Drawings (*.svg);;Documents (*.pdf)"));
-        if (!file.isEmpty())
-            window.exportTo(file);
-    });
+    add("editExport", tr("&Export the picture of the view..."),
+        [](ViewWindow &window) { window.askExport(); });
     menu->addSeparator();
     add("editClear", tr("Select &nothing"), [](ViewWindow &window) { window.clearSelection(); });
     add("editInvert", tr("&Invert the selection"),
         [](ViewWindow &window) { window.invertSelection(); });
-    add("editNeighbors", tr("Select the neigh&bours, too"),
+    add("editNeighbors", tr("Select the neighbo&urs, too"),
         [](ViewWindow &window) { window.selectNeighbors(); });
     add("editBack", tr("Selection &before"), [](ViewWindow &window) {
         if (View *const view = window.currentView())
@@ -293,10 +298,10 @@ void MainWindow::makeViewMenu()
                                    "openTimePlot", "openScatter", "openMoran"})
         menu->addAction(mContents->action(name));
     menu->addSeparator();
-    mViewActions << addTo(menu, "viewTile", tr("Side by &side"),
+    mViewActions << addTo(menu, "viewTile", tr("Side b&y side"),
                           QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_T),
                           [this] { arrange(&ViewArea::tile); });
-    mViewActions << addTo(menu, "viewStack", tr("In ta&bs"),
+    mViewActions << addTo(menu, "viewStack", tr("In t&abs"),
                           QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_B),
                           [this] { arrange(&ViewArea::stack); });
     mViewActions << addTo(menu, "viewNext", tr("&Next view"), QKeySequence(Qt::Key_F6),
@@ -307,7 +312,7 @@ void MainWindow::makeViewMenu()
                           QKeySequence(Qt::CTRL + Qt::Key_W),
                           [this] { arrange(&ViewArea::closeActive); });
     menu->addSeparator();
-    addTo(menu, "goContents", tr("Go to the c&ontents"), QKeySequence(Qt::CTRL + Qt::Key_1),
+    addTo(menu, "goContents", tr("Go to the cont&ents"), QKeySequence(Qt::CTRL + Qt::Key_1),
           [this] {
               mContentsDock->show();
               mContents->tree().setFocus();
@@ -316,8 +321,10 @@ void MainWindow::makeViewMenu()
         mLogDock->show();
         mLogPanel->findChild<QWidget *>(QStringLiteral("logText"))->setFocus();
     });
-    addTo(menu, "goTime", tr("Go to the &time"), QKeySequence(Qt::CTRL + Qt::Key_3),
+    addTo(menu, "goTime", tr("&Go to the time"), QKeySequence(Qt::CTRL + Qt::Key_3),
           [this] { mTimeBar->findChild<QWidget *>(QStringLiteral("timeSlider"))->setFocus(); });
+    mContentsDock->toggleViewAction()->setText(tr("&Keep the contents shown"));
+    mLogDock->toggleViewAction()->setText(tr("Keep the log sho&wn"));
     menu->addAction(mContentsDock->toggleViewAction());
     menu->addAction(mLogDock->toggleViewAction());
 }
@@ -342,17 +349,21 @@ void MainWindow::makeTimeMenu()
                                   QKeySequence(Qt::CTRL + Qt::ALT + Qt::Key_T), [] {});
     inStep->setCheckable(true);
     connect(inStep, &QAction::toggled, mTimeBar, &TimeBar::setInStep);
+    connect(mTimeBar->findChild<QCheckBox *>(QStringLiteral("timeInStep")), &QCheckBox::toggled,
+            inStep, &QAction::setChecked);
 }
 
 void MainWindow::makeMethodMenu()
 {
     QMenu *const menu = menuBar()->addMenu(tr("&Analysis"));
+    QSet<QChar> letters;
     for (const Method &method : mMethods.all())
         mProjectActions << addTo(menu, QByteArray("method " + method.name.toUtf8()).constData(),
-                                 tr("%1...").arg(method.title), {},
+                                 tr("%1...").arg(withLetter(method.title, letters)), {},
                                  [this, &method] { showMethod(method, shownThings()); });
     menu->addSeparator();
-    mProjectActions << addTo(menu, "editModel", tr("&Edit a variogram model..."), {},
+    mProjectActions << addTo(menu, "editModel",
+                             tr("%1...").arg(withLetter(tr("Edit a variogram model"), letters)), {},
                              [this] { editModel(mContents->selected().value(0)); });
 }
 

@@ -332,11 +332,10 @@ private:
             data.reset(mimeOf(dataset));
         }
         ViewWindow *const view = step.contains(QStringLiteral("view")) ? &viewOf(step) : nullptr;
-        // What a view refuses is offered to the window around it.
         if (view && isFile)
             fail(text("a file is dropped on the window, not on a view"));
-        if (view && !view->accepts(dataset))
-            fail(text("the view does not take %1").arg(datasetName(dataset)));
+        if (const QString why = view ? view->refusal(dataset) : QString(); !why.isEmpty())
+            fail(why);
         QWidget &target = view ? static_cast<QWidget &>(*view) : static_cast<QWidget &>(mWindow);
         const QPoint middle = target.rect().center();
         QDragEnterEvent enter(middle, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
