@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The main window: pages, time, layout, closing, requests of the library, and what every control has.
+// The main window: pages, time, layout, closing, and what every control has.
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QAction>
 #include <QComboBox>
-#include <QDesktopServices>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
@@ -18,11 +17,7 @@
 #include "core/import/samples.h"
 #include "core/project/catalog.h"
 #include "core/project/fileLock.h"
-#include "datainterface/AdjacencySet.h"
 #include "datainterface/DataAPI.h"
-#include "datainterface/DiagnosticsAPI.h"
-#include "datainterface/FrameAPI.h"
-#include "datainterface/WeightsAPI.h"
 #include "desk/dialogs/importDialog.h"
 #include "desk/dialogs/methodDialog.h"
 #include "desk/dialogs/propertiesDialog.h"
@@ -38,11 +33,8 @@ using namespace meridor;
 
 class tst_Window : public QObject {
     Q_OBJECT
-public Q_SLOTS:
-    void noteUrl(const QUrl &url) { mShown.append(url); }
-
 private Q_SLOTS:
-    void initTestCase();
+    void initTestCase() { muteSizeHints(); }
     void init();
     void cleanup();
     void troubleStandsOnTheStartPage_data();
@@ -54,7 +46,6 @@ private Q_SLOTS:
     void layoutsAreKeptByProject();
     void viewsEndInEveryOrder_data();
     void viewsEndInEveryOrder();
-    void theLibrarysRequestsAreAnswered();
     void everyControlHasAName();
     void noKeyMeansTwoThings();
 
@@ -86,14 +77,7 @@ private:
     }
 
     QTemporaryDir mFolder;
-    QVector<QUrl> mShown;
 };
-
-void tst_Window::initTestCase()
-{
-    muteSizeHints();
-    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "noteUrl");
-}
 
 void tst_Window::init()
 {
@@ -332,57 +316,6 @@ void tst_Window::viewsEndInEveryOrder()
         QCOMPARE(window().area().windows().size(), 0);
     if (states = geographyIds().value(0, -1); states >= 0)
         workspace().selection().select(states, {1}); // reaches what is left
-}
-
-void tst_Window::theLibrarysRequestsAreAnswered()
-{
-    const int states = import(Sample::Income);
-    const int income = findDataset(QStringLiteral("income"));
-    const QVector<qint64> steps = workspace().stepsOf(states);
-    QVERIFY(application().HasGUI());
-    VORN_ShowSpatialWeightSetDialog(states, false, false);
-    auto *const weights = find<MethodDialog>("method weights");
-    QVERIFY(weights);
-    QCOMPARE(weights->form().parameters().first().value.toInt(), states);
-    delete weights;
-    QVERIFY(VORN_ShowMethod(0, QStringLiteral("moran"), {{QStringLiteral("dataset"), income}}) > 0);
-    QVERIFY(find<MethodDialog>("method moran"));
-    QVERIFY(application().GetDatasetPropertiesStringForCurrentMethod().startsWith(
-        QLatin1String("income: ")));
-    QCOMPARE(VORN_ShowMethod(0, QStringLiteral("no such"), {}), -1);
-
-    const int map = VORN_DisplayMap(income, steps.first(), QStringLiteral("Asked for"), {}, {}, {});
-    QVERIFY(map > 0);
-    QCOMPARE(application().viewWindow(map)->title().contains(QStringLiteral("Asked for")), true);
-    QCOMPARE(workspace().timeOf(states), steps.first());
-    QVERIFY(VORN_DisplayMapLayer(map, findDataset(QStringLiteral("sub_region")), {}, {}, {}));
-    QCOMPARE(application().viewWindow(map)->views().size(), 2);
-    VORN_TimeSyncWindows({map, 77}, steps[5]);
-    QCOMPARE(workspace().timeOf(states), steps[5]);
-    const int queen = VORN_CreatePolygonWeightSet(states, QStringLiteral("queen"), QString(), 1,
-                                                  true, RowStandardizedWeight, false, 1, 1);
-    QVERIFY(VORN_ShowClusterSetInLayer(map, queen));
-    QCOMPARE(VORN_DisplayMapLayer(77, income, {}, {}, {}), false);
-    const int graphs[] = {VORN_DisplayHistogram(income, steps[5], QStringLiteral("Bars")),
-                          VORN_DisplayTimePlot(income, QStringLiteral("Lines")),
-                          VORN_DisplayBoxplot(income, steps[5], QStringLiteral("Boxes"))};
-    for (const int graph : graphs) {
-        QVERIFY(application().viewWindow(graph));
-        QCOMPARE(application().viewWindow(graph)->views().size(), 1);
-    }
-    QCOMPARE(VORN_DisplayScatterplot(income, -1, steps[5], QString(), {}, nullptr, nullptr), 0);
-    delete application().viewWindow(map);
-    QCOMPARE(VORN_DisplayMapLayer(map, income, {}, {}, {}), false);
-
-    VORN_AddToLog(QStringLiteral("a note\nof two lines"));
-    QCOMPARE(workspace().log().lines().mid(workspace().log().lines().size() - 2),
-             (QStringList{QStringLiteral("# a note"), QStringLiteral("# of two lines")}));
-    mShown.clear();
-    VORN_ShowHelpTopic("meridor.md#moran");
-    QCOMPARE(mShown.size(), 1);
-    QCOMPARE(mShown.first().fragment(), QStringLiteral("moran"));
-    VORN_ShowHelpTopic("../secret.md");
-    QCOMPARE(mShown.size(), 1);
 }
 
 void tst_Window::everyControlHasAName()

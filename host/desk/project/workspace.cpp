@@ -293,6 +293,15 @@ void Workspace::markDirty()
     setDirty(true);
 }
 
+void Workspace::markClean()
+{
+    if (!mIsDirty)
+        return;
+    removeRecovery();
+    mIsRecoveryStale = false;
+    setDirty(false);
+}
+
 QString Workspace::commandPath() const
 {
     return mPath.isEmpty() ? kUntitled : pathWord(mPath);
@@ -307,8 +316,9 @@ bool Workspace::load(const QString &file, bool isPacked)
     return loaded;
 }
 
-bool Workspace::open(const QString &path)
+bool Workspace::open(const QString &file)
 {
+    const QString path = file; // which may be path(), and that is cleared
     if (!attempt(tr("Open"), [&] { requireReadable(path); }))
         return false;
     close();
@@ -602,6 +612,17 @@ void Workspace::meetGeographies()
         data->AddVariogramModelListener(this);
         Q_EMIT geographyAdded(id);
     }
+}
+
+void Workspace::meetSoon()
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (!isBusy()) // else at the end of the work
+                meetGeographies();
+        },
+        Qt::QueuedConnection);
 }
 
 void Workspace::geographyDies(int geography)

@@ -80,6 +80,8 @@ public:
     /// To be called after each change of the project: within run() or look() before the log has its
     /// line, else after that. The mark is taken back by save and open.
     void markDirty();
+    /// The project agrees with its file again; its recovery copy goes.
+    void markClean();
 
     // Recovery
     /// Saves a copy beside the project, see recoveryOf(), if it changed since the last one. False if
@@ -122,6 +124,9 @@ public:
     /// Calls UpdateView of the views that `driver` drives; of all if it is null.
     void updateViews(MLinker *driver);
 
+    /// Called by the controller when it has added a geography: the windows are told when what is
+    /// adding it has returned.
+    void meetSoon();
     /// Called by the controller before it deletes a geography.
     void geographyDies(int geography);
 

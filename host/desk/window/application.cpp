@@ -291,6 +291,36 @@ void Application::ShowHelpTopic(const char *topic)
     mWindow->showHelp(QString::fromUtf8(topic));
 }
 
+void Application::MarkProjectClean()
+{
+    ProjectHost::MarkProjectClean();
+    if (mWorkspace)
+        mWorkspace->markClean();
+}
+
+int Application::AddNewVectorGeography(const QString &fileName, const QString &name,
+                                       const QString &history, TimeFormat format, int parentId,
+                                       const QVector<int> *parentObjectIds)
+{
+    const int made = ProjectHost::AddNewVectorGeography(fileName, name, history, format, parentId,
+                                                        parentObjectIds);
+    if (mWorkspace)
+        mWorkspace->meetSoon();
+    return made;
+}
+
+int Application::AddNewRasterGeography(const QString &name, unsigned int rows, unsigned int columns,
+                                       const QRectF &bounds, const TimeStamp &stamp,
+                                       TimeFormat format, const QString &history,
+                                       const QString &projection)
+{
+    const int made = ProjectHost::AddNewRasterGeography(name, rows, columns, bounds, stamp, format,
+                                                        history, projection);
+    if (mWorkspace)
+        mWorkspace->meetSoon();
+    return made;
+}
+
 void Application::MarkProjectDirty()
 {
     ProjectHost::MarkProjectDirty();

@@ -57,7 +57,14 @@ public:
                                 bool flagB) override;
     bool HasGUI() override { return true; }
     void ShowHelpTopic(const char *topic) override;
+    void MarkProjectClean() override;
     void MarkProjectDirty() override;
+    int AddNewVectorGeography(const QString &fileName, const QString &name, const QString &history,
+                              TimeFormat format, int parentId,
+                              const QVector<int> *parentObjectIds) override;
+    int AddNewRasterGeography(const QString &name, unsigned int rows, unsigned int columns,
+                              const QRectF &bounds, const TimeStamp &stamp, TimeFormat format,
+                              const QString &history, const QString &projection) override;
     void RemoveGeography(int id) override;
 
 private:
