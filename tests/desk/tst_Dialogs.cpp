@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: MIT
+// Dialogs by keyboard, the progress of work, and names that are long or look like markup.
+#include <QAction>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+#include "core/import/importOptions.h"
+#include "core/project/catalog.h"
+#include "core/project/progress.h"
+#include "datainterface/DataAPI.h"
+#include "datainterface/MGeoData.h"
+#include "desk/dialogs/importDialog.h"
+#include "desk/dialogs/methodDialog.h"
+#include "desk/project/actionLog.h"
+#include "desk/project/workspace.h"
+#include "desk/views/viewWindow.h"
+#include "desk/window/application.h"
+#include "desk/window/mainWindow.h"
+#include "desk/window/recoveryBar.h"
+#include "desk/window/viewArea.h"
+
+using namespace meridor;
+
+namespace {
+
+const QString kStates = QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson");
+constexpr int kMostWait = 120'000; // milliseconds, for a machine that is busy with other work
+
+QProgressDialog *progressBar()
+{
+    for (QWidget *const top : QApplication::topLevelWidgets())
+        if (auto *const bar = qobject_cast<QProgressDialog *>(top); bar && bar->isVisible())
+            return bar;
+    return nullptr;
+}
+
+} // namespace
+
+class tst_Dialogs : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { window().show(); }
+    void cleanup();
+    void returnRunsTheForm_data();
+    void returnRunsTheForm();
+    void methodsBeginWithTheActiveView();
+    void progressIsShownWhenWorkTakesLong();
+    void namesAreNoMarkup();
+    void longNamesLeaveTheWindowItsSize();
+    void theActiveViewKeepsTheFocus();
+    void projectsOpenUnderEveryName();
+    void discardedLinesRunNothing();
+
+private:
+    Application &application() { return *static_cast<Application *>(qApp); }
+    Workspace &workspace() { return application().workspace(); }
+    MainWindow &window() { return application().window(); }
+    int import(const QString &name)
+    {
+        ImportOptions options;
+        options.map = kStates;
+        options.name = name;
+        return workspace().import(options);
+    }
+    void open(ViewKind kind, int dataset)
+    {
+        ViewRequest request;
+        request.kind = kind;
+        request.datasets = {dataset};
+        request.geography = VORN_GetGeographyId(dataset);
+        window().openView(request);
+    }
+
+    QTemporaryDir mFolder;
+};
+
+void tst_Dialogs::cleanup()
+{
+    for (QDialog *const dialog : window().findChildren<QDialog *>())
+        delete dialog;
+    workspace().close();
+}
+
+void tst_Dialogs::returnRunsTheForm_data()
+{
+    QTest::addColumn<bool>("isImport");
+    QTest::addColumn<QString>("focus");
+    QTest::addColumn<QString>("button");
+    QTest::newRow("import") << true << "importName"
+                            << "importRun";
+    QTest::newRow("weights") << false << "geography"
+                             << "run";
+}
+
+void tst_Dialogs::returnRunsTheForm()
+{
+    QFETCH(bool, isImport);
+    QDialog *dialog = nullptr;
+    if (isImport) {
+        dialog = window().importFile(kStates);
+    } else {
+        QVERIFY(import(QStringLiteral("states")) >= 0);
+        window().showMethod(*application().methods().find(QStringLiteral("weights")),
+                            {{QStringLiteral("name"), QStringLiteral("queen")}});
+        dialog = window().findChild<MethodDialog *>();
+    }
+    QVERIFY(dialog);
+    QVERIFY(dialog->focusWidget());
+    QTEST(dialog->focusWidget()->objectName(), "focus");
+    QString button;
+    for (const QPushButton *const each : dialog->findChildren<QPushButton *>())
+        if (each->isDefault())
+            button += each->objectName();
+    QTEST(button, "button");
+    QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
+    QCOMPARE(geographyIds().size(), 1);
+    QCOMPARE(geographyOf(geographyIds().first())->GetSpatialWeightsIds().size(), isImport ? 0 : 1);
+}
+
+void tst_Dialogs::methodsBeginWithTheActiveView()
+{
+    import(QStringLiteral("first"));
+    import(QStringLiteral("second"));
+    const int dataset = findDataset(QStringLiteral("second/abbr"));
+    open(ViewKind::Map, dataset);
+    window().findChild<QAction *>(QStringLiteral("method select"))->trigger();
+    auto *const dialog = window().findChild<MethodDialog *>();
+    QVERIFY(dialog);
+    for (const MethodParameter &parameter : dialog->form().parameters())
+        if (parameter.name == QLatin1String("dataset"))
+            QCOMPARE(parameter.value.toInt(), dataset);
+}
+
+void tst_Dialogs::progressIsShownWhenWorkTakesLong()
+{
+    bool wasShown = true;
+    QVERIFY(workspace().run(QStringLiteral("Short"), [&](const Progress &progress) {
+        progress.report(50);
+        wasShown = progressBar() != nullptr;
+    }));
+    QVERIFY(!wasShown);
+
+    QSignalSpy told(&workspace(), &Workspace::told);
+    QElapsedTimer timer;
+    timer.start();
+    const bool isDone = workspace().run(QStringLiteral("Long"), [&](const Progress &progress) {
+        while (timer.elapsed() < kMostWait) {
+            progress.report(30, "Half way");
+            if (QProgressDialog *const bar = progressBar()) {
+                QCOMPARE(bar->windowTitle(), QStringLiteral("Long"));
+                QCOMPARE(bar->labelText(), QStringLiteral("Half way"));
+                QCOMPARE(bar->value(), 30);
+                bar->cancel();
+            }
+        }
+    });
+    QVERIFY(!isDone);
+    QCOMPARE(told.last().first().toString(), QStringLiteral("Long: cancelled"));
+    QVERIFY(!progressBar());
+}
+
+void tst_Dialogs::namesAreNoMarkup()
+{
+    const QString name = QStringLiteral("<h1>states</h1>");
+    const RecoveryBar bar({mFolder.path(), name + QStringLiteral(".vorn"), QDateTime()});
+    workspace().tell(name, true);
+    import(name);
+    const QList<QLabel *> labels = window().findChildren<QLabel *>() + bar.findChildren<QLabel *>();
+    int found = 0;
+    for (const QLabel *const label : labels)
+        if (label->text().contains(QLatin1String("<h1>"))) {
+            QCOMPARE(label->textFormat(), Qt::PlainText);
+            QVERIFY(!label->toolTip().contains(QLatin1String("<h1>")));
+            ++found;
+        }
+    QVERIFY2(found >= 3, qPrintable(QString::number(found)));
+}
+
+void tst_Dialogs::longNamesLeaveTheWindowItsSize()
+{
+    const QSize before = window().size();
+    import(QString(3000, QLatin1Char('w')));
+    open(ViewKind::Map, findDataset(QStringLiteral("abbr")));
+    open(ViewKind::Table, findDataset(QStringLiteral("abbr")));
+    window().findChild<QAction *>(QStringLiteral("viewStack"))->trigger();
+    QTest::qWait(50);
+    QCOMPARE(window().size(), before);
+}
+
+void tst_Dialogs::theActiveViewKeepsTheFocus()
+{
+    QApplication::setActiveWindow(&window());
+    import(QStringLiteral("states"));
+    for (int i = 0; i < 3; ++i)
+        open(ViewKind::Map, findDataset(QStringLiteral("abbr")));
+    const ViewArea &area = window().area();
+    window().area().activate(area.windows()[1]);
+    area.windows()[1]->setFocus();
+    for (const char *const name : {"viewStack", "viewTile", "viewClose"}) {
+        const bool closes = QLatin1String(name) == QLatin1String("viewClose");
+        window().findChild<QAction *>(QLatin1String(name))->trigger();
+        QCOMPARE(area.windows().indexOf(area.active()), 1);
+        QCOMPARE(area.windows().size(), closes ? 2 : 3);
+        const QWidget *const focus = window().focusWidget();
+        QVERIFY2(focus && area.active()->isAncestorOf(focus), name);
+    }
+}
+
+void tst_Dialogs::projectsOpenUnderEveryName()
+{
+    import(QStringLiteral("states"));
+    const QString file = mFolder.filePath(QStringLiteral("a project.csv"));
+    QVERIFY(window().saveAs(file));
+    workspace().close();
+    window().openFile(file);
+    QCOMPARE(workspace().path(), file);
+}
+
+void tst_Dialogs::discardedLinesRunNothing()
+{
+    ActionLog log;
+    log.did({QStringLiteral("rename"), QStringLiteral("p.vorn"), QStringLiteral("a\nb\rtouch c")});
+    log.changed(true);
+    log.discarded();
+    QCOMPARE(log.lines(),
+             QStringList{QStringLiteral("# not saved: meridor rename p.vorn 'a b touch c'")});
+}
+
+int main(int argc, char **argv)
+{
+    const QTemporaryDir home;
+    for (const char *const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+        qputenv(name, home.path().toUtf8());
+    Application application(argc, argv);
+    tst_Dialogs test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_Dialogs.moc"
