@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include "core/import/importOptions.h"
+#include "core/import/samples.h"
 #include "core/project/catalog.h"
 #include "core/project/progress.h"
 #include "datainterface/DataAPI.h"
@@ -53,6 +54,7 @@ private Q_SLOTS:
     void namesAreNoMarkup();
     void longNamesLeaveTheWindowItsSize();
     void theActiveViewKeepsTheFocus();
+    void sentencesFollowTheTime();
     void projectsOpenUnderEveryName();
     void discardedLinesRunNothing();
 
@@ -209,6 +211,32 @@ void tst_Dialogs::theActiveViewKeepsTheFocus()
         const QWidget *const focus = window().focusWidget();
         QVERIFY2(focus && area.active()->isAncestorOf(focus), name);
     }
+}
+
+void tst_Dialogs::sentencesFollowTheTime()
+{
+    const int states =
+        workspace().import(sampleImport(Sample::Income, QStringLiteral(MERIDOR_TEST_SAMPLES)));
+    const int income = findDataset(QStringLiteral("income"));
+    for (const ViewKind kind : {ViewKind::Map, ViewKind::Histogram, ViewKind::TimePlot})
+        open(kind, income);
+    const QVector<ViewWindow *> windows = window().area().windows();
+    const int object = findObject(states, QStringLiteral("Virginia"));
+    windows[1]->currentView()->hover(object);
+    for (const char *const year : {"2009", "1950", "1931"}) {
+        windows[0]->currentView()->goTo(chooseTimeOf(states, QLatin1String(year)));
+        int value = 0;
+        QVERIFY(VORN_GetDataValue(income, 0, static_cast<unsigned>(object),
+                                  workspace().timeOf(states), value));
+        for (ViewWindow *const each : windows)
+            QCOMPARE(each->findChild<QLabel *>(QStringLiteral("readout"))
+                         ->text()
+                         .remove(QRegularExpression(QStringLiteral(".* "))),
+                     QString::number(value));
+    }
+    windows[1]->currentView()->hover(-1);
+    for (ViewWindow *const each : windows)
+        QCOMPARE(each->findChild<QLabel *>(QStringLiteral("readout"))->text(), QString());
 }
 
 void tst_Dialogs::projectsOpenUnderEveryName()

@@ -112,11 +112,12 @@ void GraphCanvas::mousePressEvent(QMouseEvent *event)
 void GraphCanvas::mouseMoveEvent(QMouseEvent *event)
 {
     const QPoint at = event->pos();
+    mPointed = at;
     if (mDrag == Drag::None) {
         const int object =
             rect().contains(at) && mView.trouble().isEmpty() ? mView.objectAt(at) : -1;
         mView.hover(object);
-        Q_EMIT mView.pointedAt(mView.textAt(at));
+        Q_EMIT mView.pointedAt(mView.textAt(at)); // which may be of no object, such as a bar
         return;
     }
     if (mDrag == Drag::Move) {
@@ -159,6 +160,7 @@ void GraphCanvas::mouseDoubleClickEvent(QMouseEvent *event)
 void GraphCanvas::leaveEvent(QEvent *event)
 {
     QwtPlotCanvas::leaveEvent(event);
+    mPointed.reset();
     mView.hover(-1);
     Q_EMIT mView.pointedAt(QString());
 }

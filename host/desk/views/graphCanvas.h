@@ -3,6 +3,7 @@
 #pragma once
 #include <QPainterPath>
 #include <QPoint>
+#include <optional>
 #include <qwt_plot_canvas.h>
 #include "desk/views/graphView.h"
 
@@ -18,6 +19,8 @@ public:
     GraphCanvas(GraphView &view, QwtPlot *plot);
     /// Draws what stands over the picture anew.
     void refreshMarks();
+    /// Where the mouse is, if it is over the graph.
+    std::optional<QPoint> pointed() const { return mPointed; }
 
 protected:
     bool event(QEvent *event) override;
@@ -42,6 +45,7 @@ private:
     Drag mDrag = Drag::None;
     QPoint mStart;
     QPoint mLast;
+    std::optional<QPoint> mPointed;
     QPainterPath mRegion;
 };
 

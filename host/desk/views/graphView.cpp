@@ -273,8 +273,12 @@ void GraphView::hoverChanged()
 {
     mCanvas->refreshMarks();
     const int object = hoveredObject();
-    if (!mCanvas->underMouse())
-        Q_EMIT pointedAt(object >= 0 && mTrouble.isEmpty() ? textOf(object) : QString());
+    if (!mTrouble.isEmpty())
+        Q_EMIT pointedAt(QString());
+    else if (const std::optional<QPoint> place = mCanvas->pointed())
+        Q_EMIT pointedAt(textAt(*place));
+    else
+        Q_EMIT pointedAt(object >= 0 ? textOf(object) : QString());
 }
 
 void GraphView::redraw()

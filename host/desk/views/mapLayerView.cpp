@@ -262,10 +262,12 @@ void MapLayerView::hoverChanged()
     mNeighbors.clear();
     const int object = workspace().selection().hovered(geography());
     const int set = workspace().shownWeights(geography());
-    if (object < 0 || set < 0 || workspace().isBusy())
+    if (workspace().isBusy())
         return;
-    workspace().look(
-        [&] { mNeighbors = neighborsOf(set, static_cast<unsigned int>(object), time()); });
+    if (object >= 0 && set >= 0)
+        workspace().look(
+            [&] { mNeighbors = neighborsOf(set, static_cast<unsigned int>(object), time()); });
+    Q_EMIT hoverDescribed();
 }
 
 namespace {

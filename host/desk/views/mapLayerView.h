@@ -118,6 +118,8 @@ public:
 
 Q_SIGNALS:
     void legendChanged();
+    /// Another object of the geography is hovered, or what describe() says of it changed.
+    void hoverDescribed();
 
 protected:
     MapLayerView(Workspace &workspace, int geography, int dataset, QWidget &canvas);

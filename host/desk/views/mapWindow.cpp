@@ -157,7 +157,8 @@ MapWindow::MapWindow(Workspace &workspace, QWidget *parent)
         if (!mActive || mActive->geography() != geography)
             return;
         fillWeights();
-        refreshReadout();
+        if (mDescribed)
+            describeHovered(*mDescribed);
         mCanvas->update();
     });
     connect(&workspace, &Workspace::weightSetDying, this, [this](int, int set) {
@@ -226,9 +227,8 @@ void MapWindow::adopt(MapLayerView *layer)
         mLegend->setLayers(mLayers, mActive);
         if (layer == mActive)
             showClasses();
-        if (layer == mDescribed)
-            refreshReadout(); // another time, or other values
     });
+    connect(layer, &MapLayerView::hoverDescribed, this, [this, layer] { describeHovered(*layer); });
     connect(layer, &View::shownTimeChanged, this, [this, layer] {
         if (mHasLinksOfAll && layer->geography() == mLinkedSet >> 16)
             readLinks();
@@ -253,10 +253,12 @@ void MapWindow::viewLeaves(View *view)
         mHasLinksOfAll = false;
         mCanvas->setLinks({});
     }
+    if (mDescribed == layer) {
+        mDescribed = nullptr;
+        setReadout(QString());
+    }
     if (mActive == layer)
         mActive = mLayers.isEmpty() ? nullptr : mLayers.last();
-    if (mDescribed == layer)
-        describe(nullptr, -1);
     layersChanged();
     // Values are not read while the library removes something.
     QTimer::singleShot(0, this, [this] { activeChanged(); });
@@ -390,24 +392,36 @@ void MapWindow::point(const QPoint &pixel)
     for (MapLayerView *const layer : std::as_const(mLayers))
         if (!found || layer->geography() != found->geography() || object < 0)
             layer->hover(-1);
-    if (object >= 0 && mDescribed == found
-        && workspace().selection().hovered(found->geography()) == object)
+    mDescribed = object < 0 ? nullptr : found;
+    if (object < 0) {
+        setReadout(QString());
         return;
-    if (object >= 0)
+    }
+    if (workspace().selection().hovered(found->geography()) == object)
+        describeHovered(*found);
+    else
         found->hover(object);
-    describe(found, object);
 }
 
-void MapWindow::describe(MapLayerView *layer, int object)
+/// In the layer that was pointed at; otherwise, when another view was, in the uppermost layer of the
+/// geography.
+void MapWindow::describeHovered(MapLayerView &layer)
 {
-    mDescribed = object >= 0 ? layer : nullptr;
-    setReadout(mDescribed ? layer->describe(static_cast<unsigned int>(object)) : QString());
-}
-
-void MapWindow::refreshReadout()
-{
-    if (mDescribed)
-        describe(mDescribed, workspace().selection().hovered(mDescribed->geography()));
+    const int object = workspace().selection().hovered(layer.geography());
+    const bool isSame = mDescribed && mDescribed->geography() == layer.geography();
+    if (object < 0) {
+        if (isSame || !mDescribed)
+            setReadout(QString());
+        return;
+    }
+    if (isSame && mDescribed != &layer)
+        return; // its own signal comes
+    if (!isSame)
+        for (MapLayerView *const each : std::as_const(mLayers)) // the uppermost is the last
+            if (each->isVisible() && each->geography() == layer.geography())
+                mDescribed = each;
+    if (mDescribed && mDescribed->geography() == layer.geography())
+        setReadout(mDescribed->describe(static_cast<unsigned int>(object)));
 }
 
 void MapWindow::step(int direction)
@@ -418,8 +432,9 @@ void MapWindow::step(int direction)
         mActive->nextObject(workspace().selection().hovered(mActive->geography()), direction);
     if (object < 0)
         return;
+    mDescribed = mActive;
     mActive->hover(object);
-    describe(mActive, object);
+    describeHovered(*mActive);
     const QRectF box = mActive->extentOf({static_cast<unsigned int>(object)});
     const QPointF center = mCanvas->view().toPixel(box.center());
     const QSize size = mCanvas->view().size();
@@ -505,8 +520,9 @@ bool MapWindow::showWeights(int weightSet, int object)
     if (object >= 0) {
         if (static_cast<unsigned int>(object) >= geographyOf(geography)->GetObjectCount())
             return false;
+        mDescribed = shown;
         shown->hover(object);
-        describe(shown, object);
+        describeHovered(*shown);
         return true;
     }
     mLinkedSet = weightSet;

@@ -74,10 +74,8 @@ private:
     void activeChanged();
     void showClasses();
     void point(const QPoint &pixel);
-    /// Writes the line below the map about an object of a layer; about none if it is -1.
-    void describe(MapLayerView *layer, int object);
-    void refreshReadout();
     void step(int direction);
+    void describeHovered(MapLayerView &layer);
     void selectRegion(const QPainterPath &region, SelectionMode mode);
     void selectClass(MapLayerView *layer, int classIndex, Qt::KeyboardModifiers keys);
     void fillWeights();
@@ -86,7 +84,7 @@ private:
 
     QVector<MapLayerView *> mLayers;
     MapLayerView *mActive = nullptr;
-    MapLayerView *mDescribed = nullptr; ///< whose hovered object the line below the map is about
+    MapLayerView *mDescribed = nullptr; ///< whose hovered object is told
     QString mOwnTitle;
     MapCanvas *mCanvas;
     LegendPanel *mLegend;

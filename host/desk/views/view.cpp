@@ -87,6 +87,7 @@ void View::showTime(bool reread)
             rereads ? valuesChanged() : timeChanged();
             findSpan();
         });
+        hoverChanged(); // its value is another one
         widget()->update();
     }
     if (isOther)

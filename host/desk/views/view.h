@@ -83,7 +83,7 @@ protected:
     virtual bool holdsAt(qint64 time) const;
     /// The flags of selected objects changed: see Selection.
     virtual void selectionChanged() = 0;
-    /// Another object is hovered. The widget is updated in any case; called for each move of the
+    /// Another object is hovered, or its value or place changed. The widget is updated in any case; called for each move of the
     /// mouse, so the picture below the mark must not be made anew.
     virtual void hoverChanged() {}
 
