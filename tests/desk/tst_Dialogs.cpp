@@ -17,6 +17,7 @@
 #include "datainterface/MGeoData.h"
 #include "desk/dialogs/importDialog.h"
 #include "desk/dialogs/methodDialog.h"
+#include "desk/person.h"
 #include "desk/project/actionLog.h"
 #include "desk/project/workspace.h"
 #include "desk/views/viewWindow.h"
@@ -30,7 +31,6 @@ using namespace meridor;
 namespace {
 
 const QString kStates = QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson");
-constexpr int kMostWait = 120'000; // milliseconds, for a machine that is busy with other work
 
 QProgressDialog *progressBar()
 {
@@ -45,7 +45,12 @@ QProgressDialog *progressBar()
 class tst_Dialogs : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { window().show(); }
+    void init()
+    {
+        muteSizeHints();
+        window().show();
+        QVERIFY(activate(window()));
+    }
     void cleanup();
     void returnRunsTheForm_data();
     void returnRunsTheForm();
@@ -151,7 +156,7 @@ void tst_Dialogs::progressIsShownWhenWorkTakesLong()
     QElapsedTimer timer;
     timer.start();
     const bool isDone = workspace().run(QStringLiteral("Long"), [&](const Progress &progress) {
-        while (timer.elapsed() < kMostWait) {
+        while (timer.elapsed() < kPatience) {
             progress.report(30, "Half way");
             if (QProgressDialog *const bar = progressBar()) {
                 QCOMPARE(bar->windowTitle(), QStringLiteral("Long"));
@@ -196,7 +201,6 @@ void tst_Dialogs::longNamesLeaveTheWindowItsSize()
 
 void tst_Dialogs::theActiveViewKeepsTheFocus()
 {
-    QApplication::setActiveWindow(&window());
     import(QStringLiteral("states"));
     for (int i = 0; i < 3; ++i)
         open(ViewKind::Map, findDataset(QStringLiteral("abbr")));
@@ -261,12 +265,7 @@ void tst_Dialogs::discardedLinesRunNothing()
 
 int main(int argc, char **argv)
 {
-    const QTemporaryDir home;
-    for (const char *const name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
-        qputenv(name, home.path().toUtf8());
-    Application application(argc, argv);
-    tst_Dialogs test;
-    return QTest::qExec(&test, argc, argv);
+    return runTest<tst_Dialogs>(argc, argv);
 }
 
 #include "tst_Dialogs.moc"

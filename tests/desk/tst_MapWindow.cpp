@@ -62,6 +62,7 @@ private Q_SLOTS:
     void timesChangeShapesAndValues();
     void hoveringShowsNeighbors();
     void gridsSelectCells();
+    void extentsOutliveTheSize();
     void layersStandOverEachOther();
     void groupsOfLinks();
     void removedDataTakeTheirLayersAlong();
@@ -416,6 +417,30 @@ void tst_MapWindow::hoveringShowsNeighbors()
     QCOMPARE(workspace().shownWeights(mStates), -1);
     QCOMPARE(box->count(), 1);
     QVERIFY(!map->showWeights(set, 0));
+}
+
+void tst_MapWindow::extentsOutliveTheSize()
+{
+    const int rain = importSample(Sample::Rain);
+    MapWindow *const map = show(datasetIds(rain).first());
+    MapCanvas &canvas = map->canvas();
+    const QSize size = map->size();
+    const QRectF part(QPointF(-84, 34.5), QPointF(-82, 36));
+    map->resize(map->minimumSizeHint());
+    canvas.show(part, 0);
+    map->resize(size);
+    QTRY_VERIFY(canvas.height() > canvas.minimumHeight() + 50);
+    const auto excess = [&] {
+        const QRectF seen = canvas.shown();
+        return std::min(seen.width() - part.width(), seen.height() - part.height());
+    };
+    QVERIFY2(std::abs(excess()) < 0.02, qPrintable(QString::number(excess())));
+    // The user's own zoom stays as it is.
+    key(*map, Qt::Key_Plus);
+    const double scale = canvas.view().xScale();
+    map->resize(size + QSize(60, 40));
+    QCOMPARE(canvas.view().xScale(), scale);
+    map->resize(size);
 }
 
 void tst_MapWindow::gridsSelectCells()

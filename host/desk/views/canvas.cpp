@@ -120,6 +120,7 @@ void MapCanvas::fit()
     mView = ViewTransform::fit(whole, deviceSize(),
                                static_cast<int>(kMargin * deviceSize().width()), squeeze(whole));
     mIsFitted = true;
+    mAsked.reset();
     moved();
 }
 
@@ -138,6 +139,7 @@ void MapCanvas::show(const QRectF &extent, double margin)
     mView = ViewTransform::fit(shown, deviceSize(), static_cast<int>(margin * deviceSize().width()),
                                squeeze(whole));
     mIsFitted = false;
+    mAsked = {extent, margin};
     moved();
 }
 
@@ -152,6 +154,7 @@ void MapCanvas::zoom(double factor, const QPointF &place)
 {
     mView.zoom(place * devicePixelRatioF(), factor);
     mIsFitted = false;
+    mAsked.reset();
     moved();
 }
 
@@ -159,6 +162,7 @@ void MapCanvas::pan(int dx, int dy)
 {
     mView.pan(dx, dy);
     mIsFitted = false;
+    mAsked.reset();
     moved();
 }
 
@@ -379,6 +383,10 @@ void MapCanvas::resizeEvent(QResizeEvent *event)
     QWidget::resizeEvent(event);
     if (mIsFitted) {
         fit();
+        return;
+    }
+    if (const auto asked = mAsked) {
+        show(asked->first, asked->second);
         return;
     }
     mView.resize(deviceSize());

@@ -8,6 +8,8 @@
 #include <QTimer>
 #include <QVector>
 #include <QWidget>
+#include <optional>
+#include <utility>
 #include "desk/draw/viewTransform.h"
 #include "desk/views/mapLayerView.h"
 #include "desk/views/viewWindow.h"
@@ -90,6 +92,9 @@ private:
     ViewWindow::Tool mTool = ViewWindow::Tool::Rectangle;
     ViewTransform mView;
     bool mIsFitted = true;
+    /// What show() was asked for, until the user moves the map: a view that is restored gets its size
+    /// later.
+    std::optional<std::pair<QRectF, double>> mAsked;
     ViewTransform mDrawn; ///< of the quick pictures
     bool mIsDrawn = false;
     QImage mImage; ///< the composed layers
