@@ -20,6 +20,7 @@ private Q_SLOTS:
     void initTestCase();
     void selectionsAreKeptInSteps();
     void savesRevertsAndRecovers();
+    void projectsOpenWhereNothingCanBeWritten();
     void failuresAreTold();
 
     void cleanupTestCase() { workspace().close(); }
@@ -93,6 +94,31 @@ void tst_Workspace::savesRevertsAndRecovers()
     QVERIFY(workspace().isDirty());
     QVERIFY(workspace().save());
     QCOMPARE(Workspace::recoveries({file}).size(), 0);
+}
+
+void tst_Workspace::projectsOpenWhereNothingCanBeWritten()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("p.vorn"));
+    QVERIFY(workspace().save(file));
+    workspace().close(); // and with it the lock
+    QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::ExeOwner);
+    const auto restore = qScopeGuard([&] {
+        QFile::setPermissions(folder.path(),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    });
+    QSignalSpy told(&workspace(), &Workspace::told);
+    QVERIFY(workspace().open(file));
+    if (QFileInfo(folder.path()).isWritable())
+        QSKIP("the superuser may write everywhere");
+    QVERIFY(told.last().at(0).toString().contains(QStringLiteral("under another name")));
+    workspace().markDirty();
+    QVERIFY(workspace().saveRecovery());
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"p.vorn"});
+    QVERIFY(QFileInfo::exists(Workspace::recoveryOf(QString())));
+    QVERIFY(!workspace().save());
+    QVERIFY(workspace().save(mFolder.filePath(QStringLiteral("elsewhere.vorn"))));
+    QVERIFY(!QFileInfo::exists(Workspace::recoveryOf(QString())));
 }
 
 void tst_Workspace::failuresAreTold()

@@ -171,6 +171,12 @@ QString recoveryFolder()
     return QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
 }
 
+/// Whether files can be made in the folder of a project, or in that of the file that it links to.
+bool mayWriteBeside(const QString &project)
+{
+    return QFileInfo(QFileInfo(replacedFile(project)).absolutePath()).isWritable();
+}
+
 /// A recovery file that was there when its project was opened is moved here, so that the next one
 /// does not replace it.
 QString earlierRecovery(const QString &project)
@@ -322,7 +328,9 @@ bool Workspace::open(const QString &file)
     if (!attempt(tr("Open"), [&] { requireReadable(path); }))
         return false;
     close();
-    if (!attempt(tr("Open"), [&] { mSession.reserve(path); }) || !load(path, true))
+    // One that cannot be saved in its place is there to be looked at, and for other names.
+    const bool isReserved = mayWriteBeside(path);
+    if ((isReserved && !attempt(tr("Open"), [&] { mSession.reserve(path); })) || !load(path, true))
         return false;
     if (const QString left = recoveryOf(path); QFileInfo::exists(left)) {
         QFile::remove(earlierRecovery(path));
@@ -331,6 +339,9 @@ bool Workspace::open(const QString &file)
     setPath(QFileInfo(path).absoluteFilePath());
     mLog.did({QStringLiteral("info"), commandPath()});
     Q_EMIT opened();
+    if (!isReserved)
+        tell(tr("The folder of %1 cannot be written: changes are saved under another name only.")
+                 .arg(path));
     return true;
 }
 
@@ -443,12 +454,14 @@ bool Workspace::recover(const Recovery &recovery)
 
 bool Workspace::saveRecovery()
 {
-    const QString target = recoveryOf(mPath);
+    const QString besideNone = recoveryOf(QString());
+    const QString target =
+        mPath.isEmpty() || !mayWriteBeside(mPath) ? besideNone : recoveryOf(mPath);
     if (!mIsDirty || !mIsRecoveryStale || isBusy() || mUnwritten == target)
         return false;
     const bool isSaved = attempt(tr("Copy for recovery"), [&] {
         QDir().mkpath(QFileInfo(target).absolutePath());
-        if (mPath.isEmpty() && !mRecoveryLock)
+        if (target == besideNone && !mRecoveryLock)
             mRecoveryLock = std::make_unique<FileLock>(target);
         if (!replaceFile(target, [](const QString &beside) { return VORN_SaveProject(beside); }))
             fail(tr("%1 could not be written").arg(target));
@@ -463,7 +476,8 @@ bool Workspace::saveRecovery()
 void Workspace::removeRecovery()
 {
     if (mIsDirty)
-        QFile::remove(recoveryOf(mPath));
+        for (const QString &file : {recoveryOf(mPath), recoveryOf(QString())})
+            QFile::remove(file);
     mRecoveryLock.reset();
 }
 

@@ -87,8 +87,8 @@ public:
     /// Saves a copy beside the project, see recoveryOf(), if it changed since the last one. False if
     /// there is nothing to save or it failed; a failure is told once for each file.
     bool saveRecovery();
-    /// The file that saveRecovery() writes for a project; for one without a name a file of this
-    /// process. It is removed by save() and close().
+    /// The file that saveRecovery() writes for a project; for one without a name, or in a folder that
+    /// cannot be written, a file of this process. It is removed by save() and close().
     static QString recoveryOf(const QString &project);
     /// The work that ended processes left of these projects and of projects without a name.
     static QVector<Recovery> recoveries(const QStringList &projects);
