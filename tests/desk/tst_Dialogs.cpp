@@ -42,6 +42,8 @@ QProgressDialog *progressBar()
 
 } // namespace
 
+Q_DECLARE_METATYPE(ViewKind)
+
 class tst_Dialogs : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -60,6 +62,8 @@ private Q_SLOTS:
     void longNamesLeaveTheWindowItsSize();
     void theActiveViewKeepsTheFocus();
     void sentencesFollowTheTime();
+    void viewsHaveKeysOfTheirOwn_data();
+    void viewsHaveKeysOfTheirOwn();
     void projectsOpenUnderEveryName();
     void discardedLinesRunNothing();
 
@@ -241,6 +245,31 @@ void tst_Dialogs::sentencesFollowTheTime()
     windows[1]->currentView()->hover(-1);
     for (ViewWindow *const each : windows)
         QCOMPARE(each->findChild<QLabel *>(QStringLiteral("readout"))->text(), QString());
+}
+
+void tst_Dialogs::viewsHaveKeysOfTheirOwn_data()
+{
+    QTest::addColumn<ViewKind>("kind");
+    QTest::newRow("map") << ViewKind::Map;
+    QTest::newRow("table") << ViewKind::Table;
+    QTest::newRow("histogram") << ViewKind::Histogram;
+}
+
+/// A key of a view that the window has as well does neither.
+void tst_Dialogs::viewsHaveKeysOfTheirOwn()
+{
+    QFETCH(ViewKind, kind);
+    workspace().import(sampleImport(Sample::Income, QStringLiteral(MERIDOR_TEST_SAMPLES)));
+    open(kind, findDataset(QStringLiteral("income")));
+    const QList<QAction *> ofView = window().area().active()->actions();
+    QMap<QString, QStringList> meanings;
+    for (const QList<QAction *> &actions : {ofView, window().actions()})
+        for (const QAction *const action : actions)
+            for (const QKeySequence &keys : action->shortcuts())
+                meanings[keys.toString()] += action->objectName();
+    QVERIFY(!ofView.isEmpty());
+    for (auto key = meanings.cbegin(); key != meanings.cend(); ++key)
+        QVERIFY2(key->size() == 1, qPrintable(key.key() + ": " + key->join(QLatin1Char(' '))));
 }
 
 void tst_Dialogs::projectsOpenUnderEveryName()

@@ -40,9 +40,9 @@ TableWindow::TableWindow(Workspace &workspace, int geography, QWidget *parent)
     add(mSelectedFirst, "selectedFirst", QKeySequence(Qt::CTRL + Qt::Key_T));
     auto *const sort = new QAction(tr("Sort"), this);
     sort->setStatusTip(tr("Sorts the rows by the column of the current cell"));
-    add(sort, "sortColumn", QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_S));
+    add(sort, "sortColumn", QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_O));
     auto *const save = new QAction(tr("Export the table"), this);
-    add(save, "exportTable", QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_T));
+    add(save, "exportTable", QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_X));
     auto *const view = new TableView(workspace, geography);
     setContent(view->table());
     connect(mSelectedFirst, &QAction::toggled, this, [this](bool first) {
