@@ -49,6 +49,8 @@ private Q_SLOTS:
             0);
         lock.unlock();
         // The lock of a process that has ended, with a number that no process has.
+        mPlace.file(".p.vorn.lock", "7\nmeridor\nanother machine\n");
+        QVERIFY(mPlace.run({"rename", "p.vorn", "id", "x"}).err.contains("has ended, remove"));
         mPlace.file(".p.vorn.lock",
                     "99999999\nmeridor\n" + QSysInfo::machineHostName().toUtf8() + "\n");
         QCOMPARE(mPlace.run({"rename", "p.vorn", "id", "id"}).code, 0);

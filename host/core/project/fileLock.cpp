@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/project/fileLock.h"
 #include <QFileInfo>
+#include <QSysInfo>
 #include <cerrno>
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
@@ -40,8 +41,14 @@ FileLock::FileLock(const QString &file) : mName(lockName(file)), mLock(mName)
         fail(QStringLiteral("%1: its directory takes no lock file: %2").arg(file, systemError()));
     if (process == 0)
         fail(QStringLiteral("%1: another process is changing it (%2)").arg(file, mName));
+    // Whether a process of another machine lives cannot be asked.
+    const QString advice =
+        machine == QSysInfo::machineHostName()
+            ? QString()
+            : QStringLiteral("; if that process has ended, remove %1").arg(mName);
     fail(QStringLiteral("%1: %2 is changing it (process %3 on %4); nothing is changed")
-             .arg(file, program, QString::number(process), machine));
+             .arg(file, program, QString::number(process), machine)
+         + advice);
 }
 
 FileLock::~FileLock() = default;
