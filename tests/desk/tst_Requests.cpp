@@ -250,7 +250,7 @@ void tst_Requests::fillRequests()
         const auto *const shown = window().findChild<QDialog *>(QStringLiteral("modelDialog"));
         QVERIFY(shown);
         QCOMPARE(shown->findChild<QComboBox *>(QStringLiteral("modelDataset"))->currentText(),
-                 QStringLiteral("income"));
+                 QStringLiteral("states/income"));
         QCOMPARE(shown->findChild<QLineEdit *>(QStringLiteral("modelName"))->text(),
                  QStringLiteral("model"));
     });
