@@ -96,7 +96,8 @@ public:
             if (four.isEmpty(x, kStep)) // most of a scatter plot
                 continue;
             for (int i = x; i < x + kStep; ++i)
-                out[i] = four.colorAt(i, out[i]);
+                if (!four.isEmpty(i, 1))
+                    out[i] = four.colorAt(i, out[i]);
         }
         for (; x < width; ++x)
             out[x] = four.colorAt(x, out[x]);

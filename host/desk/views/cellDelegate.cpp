@@ -13,11 +13,7 @@ void CellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
     const QWidget *const widget = option.widget;
     const QStyle &style = *(widget ? widget->style() : QApplication::style());
     const QString text = index.data(Qt::DisplayRole).toString();
-    const QVariant font = index.data(Qt::FontRole);
-    const QVariant icon = index.data(Qt::DecorationRole);
-    const QVariant check = index.data(Qt::CheckStateRole);
     const bool isPlain = !(option.state & (QStyle::State_HasFocus | QStyle::State_Selected))
-                         && !font.isValid() && !icon.isValid() && !check.isValid()
                          && !text.contains(QLatin1Char('\n'));
     if (!isPlain) {
         QStyledItemDelegate::paint(painter, option, index);

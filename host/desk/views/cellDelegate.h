@@ -8,7 +8,8 @@
 namespace meridor {
 
 /// The same picture as that of QStyledItemDelegate, in less time: it keeps how the glyphs of a text
-/// are placed. Cells with more than a line of text on a colour are painted by the base class.
+/// are placed. The model has texts, colours and alignments alone, no fonts or icons. The current cell
+/// and texts that are cut or have several lines are painted by the base class.
 class CellDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:

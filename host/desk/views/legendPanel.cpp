@@ -102,45 +102,79 @@ void LegendPanel::setLayers(const QVector<MapLayerView *> &layers, const MapLaye
     fill();
 }
 
+bool LegendPanel::Shown::looksLike(const Shown &other) const
+{
+    const auto isSame = [](const LegendEntry &a, const LegendEntry &b) {
+        return a.text == b.text && a.color == b.color && a.symbol == b.symbol;
+    };
+    return layer == other.layer && isVisible == other.isVisible && isActive == other.isActive
+           && block.title == other.block.title
+           && std::equal(block.entries.begin(), block.entries.end(), other.block.entries.begin(),
+                         other.block.entries.end(), isSame);
+}
+
+/// A step of time changes counts alone: the items remain, and what is expanded or current.
 void LegendPanel::fill()
 {
+    QVector<Shown> shown;
+    for (int i = mLayers.size() - 1; i >= 0; --i)
+        shown.append({mLayers[i], mLayers[i]->legend(), mLayers[i]->isVisible(), i == mActive});
+    const bool isSame = std::equal(shown.begin(), shown.end(), mShown.begin(), mShown.end(),
+                                   [](const Shown &a, const Shown &b) { return a.looksLike(b); });
+    mShown = shown;
     mIsFilling = true;
+    if (!isSame)
+        makeItems();
+    showCounts();
+    mIsFilling = false;
+}
+
+void LegendPanel::makeItems()
+{
     clear();
-    int texts = 0; // pixels
-    int counts = 0;
-    for (int i = mLayers.size() - 1; i >= 0; --i) {
-        MapLayerView *const layer = mLayers[i];
-        const LegendBlock block = layer->legend();
-        auto *const top = new QTreeWidgetItem(this, {block.title});
+    for (const Shown &shown : std::as_const(mShown)) {
+        auto *const top = new QTreeWidgetItem(this, {shown.block.title});
         top->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
-        top->setCheckState(0, layer->isVisible() ? Qt::Checked : Qt::Unchecked);
+        top->setCheckState(0, shown.isVisible ? Qt::Checked : Qt::Unchecked);
         QFont bold = font();
         bold.setBold(true);
         top->setFont(0, bold);
-        for (int entry = 0; entry < block.entries.size(); ++entry) {
-            const LegendEntry &shown = block.entries[entry];
-            auto *const item = new QTreeWidgetItem(
-                top, {shown.text,
-                      shown.count < 0 ? QString() : grouped(static_cast<double>(shown.count), 0)});
-            item->setIcon(0, iconOf(shown));
-            texts = std::max(texts, fontMetrics().horizontalAdvance(item->text(0)));
-            counts = std::max(counts, fontMetrics().horizontalAdvance(item->text(1)));
+        for (int entry = 0; entry < shown.block.entries.size(); ++entry) {
+            auto *const item = new QTreeWidgetItem(top, {shown.block.entries[entry].text});
+            item->setIcon(0, iconOf(shown.block.entries[entry]));
             item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
             item->setToolTip(0, tr("Double click selects the objects of this class."));
-            item->setData(0, kEntryRole, layer->classOfEntry(entry));
+            item->setData(0, kEntryRole, shown.layer->classOfEntry(entry));
+        }
+        top->setExpanded(true);
+        if (shown.isActive)
+            setCurrentItem(top);
+    }
+}
+
+void LegendPanel::showCounts()
+{
+    int texts = 0; // pixels
+    int counts = 0;
+    for (int i = 0; i < mShown.size(); ++i) {
+        const QVector<LegendEntry> &entries = mShown[i].block.entries;
+        for (int entry = 0; entry < entries.size(); ++entry) {
+            const LegendEntry &shown = entries[entry];
+            QTreeWidgetItem *const item = topLevelItem(i)->child(entry);
+            const QString count =
+                shown.count < 0 ? QString() : grouped(static_cast<double>(shown.count), 0);
+            item->setText(1, count);
             item->setData(0, Qt::AccessibleTextRole,
                           shown.count < 0 ? shown.text
                                           : tr("%1, objects: %2").arg(shown.text).arg(shown.count));
+            texts = std::max(texts, fontMetrics().horizontalAdvance(shown.text));
+            counts = std::max(counts, fontMetrics().horizontalAdvance(count));
         }
-        top->setExpanded(true);
-        if (i == mActive)
-            setCurrentItem(top);
     }
     // The limits of classes are read in full, as far as that leaves room for the map.
     setMinimumWidth(
         std::min(indentation() + iconSize().width() + texts + counts + 2 * fontMetrics().height(),
                  40 * fontMetrics().averageCharWidth()));
-    mIsFilling = false;
 }
 
 void LegendPanel::keyPressEvent(QKeyEvent *event)
@@ -160,8 +194,10 @@ void LegendPanel::keyPressEvent(QKeyEvent *event)
 void LegendPanel::changeEvent(QEvent *event)
 {
     QTreeWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange)
+    if (event->type() == QEvent::PaletteChange) {
+        mShown.clear(); // the symbols have other colours
         fill();
+    }
 }
 
 } // namespace meridor

@@ -3,11 +3,11 @@
 #pragma once
 #include <QTreeWidget>
 #include <QVector>
+#include "core/render/legend.h"
 
 namespace meridor {
 
 class MapLayerView;
-struct LegendEntry;
 
 /// Check boxes show and hide layers; the current item makes its layer the active one. Activating a
 /// class (double click, return) selects its objects; Ctrl and the arrows move a layer, Delete
@@ -33,11 +33,22 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    struct Shown {
+        const MapLayerView *layer;
+        LegendBlock block;
+        bool isVisible;
+        bool isActive;
+        /// But for the counts.
+        bool looksLike(const Shown &other) const;
+    };
     void fill();
+    void makeItems();
+    void showCounts();
     QIcon iconOf(const LegendEntry &entry) const;
     MapLayerView *layerOf(const QTreeWidgetItem *item) const;
 
     QVector<MapLayerView *> mLayers;
+    QVector<Shown> mShown; ///< from the topmost down
     bool mIsFilling = false;
     int mActive = -1;
 };

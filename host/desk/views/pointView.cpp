@@ -4,30 +4,55 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <qwt_clipper.h>
 #include <qwt_plot.h>
-#include <qwt_plot_curve.h>
+#include <qwt_plot_item.h>
 #include <qwt_scale_map.h>
 #include "desk/views/pointsItem.h"
 
 namespace meridor {
-namespace {
 
-QwtPlotCurve *newLine(QwtPlot *plot, double z)
-{
-    auto *const curve = new QwtPlotCurve();
-    curve->setRenderHint(QwtPlotItem::RenderAntialiased);
-    curve->setZ(z);
-    curve->attach(plot);
-    return curve;
-}
+/// A straight line between two values of x. QwtPlotCurve strokes it as a path, which takes several
+/// times as long.
+class PointView::LineItem : public QwtPlotItem {
+public:
+    LineItem(QwtPlot *plot, double z)
+    {
+        setRenderHint(QwtPlotItem::RenderAntialiased);
+        setZ(z);
+        attach(plot);
+    }
+    void show(const QPen &pen, const Line &line, double low, double high)
+    {
+        mPen = pen;
+        mEnds.clear();
+        if (std::isfinite(line.slope) && std::isfinite(line.intercept))
+            mEnds << QPointF(low, line.intercept + line.slope * low)
+                  << QPointF(high, line.intercept + line.slope * high);
+    }
+    void draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap,
+              const QRectF &canvas) const override
+    {
+        QPolygonF seen;
+        for (const QPointF &end : mEnds)
+            seen << QPointF(xMap.transform(end.x()), yMap.transform(end.y()));
+        const double width = mPen.widthF();
+        seen = QwtClipper::clipPolygonF(canvas.adjusted(-width, -width, width, width), seen);
+        painter->setPen(mPen);
+        if (seen.size() > 1)
+            painter->drawLine(seen.first(), seen.last());
+    }
 
-} // namespace
+private:
+    QPen mPen;
+    QPolygonF mEnds;
+};
 
 PointView::PointView(Workspace &workspace, int geography)
     : GraphView(workspace, geography),
       mPoints(new PointsItem()),
-      mCurve(newLine(plot(), 30)),
-      mSelectedCurve(newLine(plot(), 31))
+      mLineItem(new LineItem(plot(), 30)),
+      mSelectedLineItem(new LineItem(plot(), 31))
 {
     mPoints->attach(plot());
 }
@@ -78,15 +103,6 @@ void PointView::setExporting(bool exporting)
     mPoints->setExporting(exporting);
 }
 
-void PointView::showLine(QwtPlotCurve &curve, const Line &line, double low, double high) const
-{
-    QVector<QPointF> ends;
-    if (std::isfinite(line.slope) && std::isfinite(line.intercept))
-        ends = {{low, line.intercept + line.slope * low},
-                {high, line.intercept + line.slope * high}};
-    curve.setSamples(ends);
-}
-
 void PointView::markSelected()
 {
     const unsigned char *const selected = selectedFlags();
@@ -104,10 +120,8 @@ void PointView::markSelected()
     }
     mSelectedLine = fittedLine(chosen);
     const double width = plot()->fontMetrics().height() / 8.0;
-    mCurve->setPen(colors().ink, width);
-    mSelectedCurve->setPen(colors().selectedInk, width);
-    showLine(*mCurve, mLine, mRange.left(), mRange.right());
-    showLine(*mSelectedCurve, mSelectedLine, left, right);
+    mLineItem->show(QPen(colors().ink, width), mLine, mRange.left(), mRange.right());
+    mSelectedLineItem->show(QPen(colors().selectedInk, width), mSelectedLine, left, right);
     QString text = tr("%n points", nullptr, mCount);
     if (std::isfinite(mLine.slope))
         text += QStringLiteral(", ") + lineText(mLine);

@@ -6,8 +6,6 @@
 #include "core/plot/plotValues.h"
 #include "desk/views/graphView.h"
 
-class QwtPlotCurve;
-
 namespace meridor {
 
 class PointsItem;
@@ -46,11 +44,11 @@ protected:
     QRectF range() const { return mRange; }
 
 private:
-    void showLine(QwtPlotCurve &curve, const Line &line, double low, double high) const;
+    class LineItem;
 
     PointsItem *mPoints; ///< of the plot
-    QwtPlotCurve *mCurve;
-    QwtPlotCurve *mSelectedCurve;
+    LineItem *mLineItem;
+    LineItem *mSelectedLineItem;
     QVector<int> mClasses;
     QVector<QColor> mClassColors;
     QRectF mRange;
