@@ -395,6 +395,8 @@ void GraphView::fitTicks()
     mAreAxesStale = true;
     makeScales();
     updateAxes();
+    // The labels may need other room; a plot that is not shown yet does not ask for it itself.
+    QCoreApplication::postEvent(mPlot, new QEvent(QEvent::LayoutRequest));
 }
 
 /// Labels of the present font and values, as many as there is room for.
