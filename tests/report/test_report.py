@@ -376,7 +376,7 @@ class OfOthers(unittest.TestCase):
 
     def test_refusals_leave_no_file(self):
         meridor("import", geojson("one.geojson", [({"k": "a", "v": 1.5}, square(0, 0))]), path("one.vorn"), "--key", "k")
-        for words, status in ((("--datasets", "none"), 1), (("--times", "soon"), 2), (("--simplify", "-1"), 2)):
+        for words, status in ((("--datasets", "none"), 1), (("--times", "soon"), 2), (("--simplify", "-1"), 2), (("--maps", "5"), 1)):
             meridor("report", path("one.vorn"), path("no.html"), *words, status=status)
             self.assertFalse(os.path.exists(path("no.html")), words)
         write("there.html", "kept")

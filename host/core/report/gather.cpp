@@ -474,6 +474,23 @@ void requireShown(const ReportPlan &plan, const QVector<QPair<int, QVector<int>>
             require(name, "same-classes");
 }
 
+/// Raises a Failure for a time of the plan that no small map shows.
+void requireSideMaps(const ReportPlan &plan, const ReportProject &report)
+{
+    for (const QString &text : plan.sideMaps)
+        if (std::none_of(report.geographies.begin(), report.geographies.end(),
+                         [&text](const ReportGeography &geography) {
+                             return std::any_of(
+                                 geography.sideMaps.begin(), geography.sideMaps.end(),
+                                 [&text](const SideMap &map) { return map.text == text; });
+                         }))
+            fail(QStringLiteral(
+                     "there is no small map of %1: small maps are of grids and of at most "
+                     "800 polygons that change, at times that these have")
+                     .arg(text),
+                 "maps");
+}
+
 } // namespace
 
 ReportProject gatherReport(const ReportPlan &plan)
@@ -489,6 +506,7 @@ ReportProject gatherReport(const ReportPlan &plan)
     report.bytes = file.size();
     for (const auto &[geography, datasets] : chosen)
         report.geographies.append(GeographyReport(geography, datasets, plan).gather());
+    requireSideMaps(plan, report);
     return report;
 }
 
