@@ -360,7 +360,7 @@ void MainWindow::makeMethodMenu()
     for (const Method &method : mMethods.all())
         mProjectActions << addTo(menu, QByteArray("method " + method.name.toUtf8()).constData(),
                                  tr("%1...").arg(withLetter(method.title, letters)), {},
-                                 [this, &method] { showMethod(method, shownThings()); });
+                                 [this, &method] { showMethod(method, shownThings(method)); });
     menu->addSeparator();
     mProjectActions << addTo(menu, "editModel",
                              tr("%1...").arg(withLetter(tr("Edit a variogram model"), letters)), {},
@@ -697,15 +697,19 @@ void MainWindow::arrange(void (ViewArea::*how)())
         now->setFocus();
 }
 
-QVector<MethodParameter> MainWindow::shownThings() const
+QVector<MethodParameter> MainWindow::shownThings(const Method &method) const
 {
     const ViewWindow *const active = mArea->active();
     const View *const view = active ? active->currentView() : nullptr;
     if (!view)
         return {};
-    QVector<MethodParameter> things{{QStringLiteral("geography"), view->geography()}};
-    if (const QVector<int> datasets = view->datasets(); !datasets.isEmpty())
-        things.append({QStringLiteral("dataset"), datasets.first()});
+    const QVector<int> datasets = view->datasets();
+    QVector<MethodParameter> things;
+    for (const MethodField &field : method.fields)
+        if (field.name == QLatin1String("geography"))
+            things.append({field.name, view->geography()});
+        else if (field.name == QLatin1String("dataset") && !datasets.isEmpty())
+            things.append({field.name, datasets.first()});
     return things;
 }
 

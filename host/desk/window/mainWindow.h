@@ -71,8 +71,8 @@ public:
     ModelDialog *showModel(int dataset, const VariogramModel *model);
     /// The same for a model of the contents, or for a new model of a dataset.
     void editModel(const Thing &thing);
-    /// What the active view shows, as parameters that a method may have.
-    QVector<MethodParameter> shownThings() const;
+    /// What the active view shows, as parameters of a method.
+    QVector<MethodParameter> shownThings(const Method &method) const;
     /// Shows a page of the help: "meridor.md#moran", or a heading of desk.md.
     void showHelp(const QString &topic);
 
