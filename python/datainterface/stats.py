@@ -13,56 +13,57 @@ __all__ = ["binomial_p", "bonferroni", "chi_square_p", "f_p", "fdr", "holm", "no
            "normal_quantile", "poisson_p", "simes", "t_p"]
 
 
-def _scalar(given, result):
-    return float(result) if np.ndim(given) == 0 else result
+def _each(function, values, *parameters):
+    """A function of numbers; masked values are missing."""
+    if isinstance(values, np.ma.MaskedArray):
+        values = np.ma.filled(values.astype(float), np.nan)
+    result = function(values, *parameters)
+    return float(result) if np.ndim(values) == 0 else result
 
 
 def normal_p(x):
     """P(Z <= x) of the standard normal distribution."""
-    return _scalar(x, _native.normal_p(x))
+    return _each(_native.normal_p, x)
 
 
 def normal_quantile(p):
     """The inverse of :func:`normal_p`, with a relative error of 1.15e-9."""
-    return _scalar(p, _native.normal_quantile(p))
+    return _each(_native.normal_quantile, p)
 
 
 def t_p(t, df):
     """``P(|T| < |t|)`` with `df` degrees of freedom, 1 or more."""
-    return _scalar(t, _native.t_p(t, df))
+    return _each(_native.t_p, t, df)
 
 
 def f_p(f, df1, df2):
     """P(F > f)."""
-    return _scalar(f, _native.f_p(f, df1, df2))
+    return _each(_native.f_p, f, df1, df2)
 
 
 def chi_square_p(x, df, *, lower=False):
     """The upper tail at x of the chi-square distribution, or the lower one."""
-    return _scalar(x, _native.chi_square_p(x, df, lower))
+    return _each(_native.chi_square_p, x, df, lower)
 
 
 def poisson_p(k, mean):
     """P(X < k) of a Poisson variable."""
-    return _scalar(k, _native.poisson_p(k, mean))
+    return _each(_native.poisson_p, k, mean)
 
 
 def binomial_p(k, n, p, *, cumulative=False):
     """P(X = k) of n trials of probability p; P(X >= k) if `cumulative`."""
-    return _scalar(k, _native.binomial_p(k, n, p, cumulative))
+    return _each(_native.binomial_p, k, n, p, cumulative)
 
 
-def _flags(p, chosen):
-    flags = np.zeros(np.size(p), dtype=bool)
-    flags[chosen] = True
-    return flags
-
-
-def _checked(p, alpha):
-    p = np.asarray(p, dtype=float).ravel()
+def _flags(function, p, alpha):
+    """The tests that a correction chooses, in the shape of `p`; a missing p is no test."""
     if not 0 <= alpha <= 1:
         raise ValueError("alpha is a probability, 0 to 1")
-    return p
+    p = np.atleast_1d(np.ma.filled(np.ma.asarray(p).astype(float), np.nan))
+    flags = np.zeros(p.size, dtype=bool)
+    flags[function(p.ravel(), alpha)] = True
+    return flags.reshape(p.shape), np.isnan(p)
 
 
 def bonferroni(p, alpha=0.05):
@@ -71,31 +72,29 @@ def bonferroni(p, alpha=0.05):
     Parameters
     ----------
     p : array
-        Probabilities; NaN is no test.
+        Probabilities; NaN and masked ones are no tests.
     alpha : float
 
     Returns
     -------
     numpy.ndarray of bool
+        In the shape of `p`.
     """
-    p = _checked(p, alpha)
-    return _flags(p, _native.bonferroni(p, alpha))
+    return _flags(_native.bonferroni, p, alpha)[0]
 
 
 def holm(p, alpha=0.05):
     """The same by S. Holm (1979), Scandinavian Journal of Statistics 6, 65-70."""
-    p = _checked(p, alpha)
-    return _flags(p, _native.holm(p, alpha))
+    return _flags(_native.holm, p, alpha)[0]
 
 
 def simes(p, alpha=0.05):
     """The same by R. J. Simes (1986), Biometrika 73, 751-754."""
-    p = _checked(p, alpha)
-    return ~_flags(p, _native.simes(p, alpha)) & ~np.isnan(p)
+    failed, missing = _flags(_native.simes, p, alpha)
+    return ~failed & ~missing
 
 
 def fdr(p, alpha=0.05):
     """The same by Y. Benjamini and Y. Hochberg (1995), Journal of the Royal Statistical Society B
     57, 289-300, where each p is compared with the threshold of its own rank alone."""
-    p = _checked(p, alpha)
-    return _flags(p, _native.fdr(p, alpha))
+    return _flags(_native.fdr, p, alpha)[0]

@@ -44,5 +44,11 @@ def test_corrections():
     ranks = [index for rank, index in enumerate(order, 1) if p[index] < 0.05 * rank / m]
     assert np.flatnonzero(stats.fdr(p)).tolist() == sorted(ranks)
     assert stats.simes(p)[0] and not stats.simes(p)[[2, 6]].any()
+    for correction in (stats.bonferroni, stats.holm, stats.simes, stats.fdr):
+        masked = np.ma.array(p, mask=np.arange(7) == 0)
+        missing = np.where(masked.mask, np.nan, p)
+        assert correction(masked).tolist() == correction(missing).tolist()
+        assert correction(p.reshape(7, 1)).tolist() == [[flag] for flag in correction(p)]
+    assert np.isnan(stats.normal_p(masked)).tolist() == np.isnan(missing).tolist()
     with pytest.raises(ValueError, match="alpha"):
         stats.holm(p, 2)
