@@ -97,6 +97,7 @@ private Q_SLOTS:
     void theMouseNamesAnObject_data();
     void theMouseNamesAnObject();
     void menusSelect();
+    void methodsOpenOverEveryView();
     void inversesAreOfTheTime();
     void datasetsAreDropped();
     void groupsOfViewsGoTheirOwnWay();
@@ -537,6 +538,30 @@ void tst_MouseAndKeys::menusSelect()
         action(name)->trigger();
     QCOMPARE(flagged(attribute::kSelected), QString());
     QCOMPARE(sum(bars(histogram).selectedCounts()), 0);
+}
+
+/// The form is filled from the active view, as far as it asks for what the view shows.
+void tst_MouseAndKeys::methodsOpenOverEveryView()
+{
+    workspace().import(sampleImport(Sample::Rain, QStringLiteral(MERIDOR_TEST_SAMPLES)));
+    const QString grid = datasetName(datasetIds(geographyIds().last()).first());
+    for (const QString &shown :
+         {QString(), QStringLiteral("income"), QStringLiteral("abbr"), grid}) {
+        if (!shown.isEmpty())
+            open(ViewKind::Map, {shown});
+        for (const Method &method : application().methods().all()) {
+            const QByteArray name = "method " + method.name.toUtf8();
+            action(name.constData())->trigger();
+            const std::unique_ptr<MethodDialog> dialog(
+                window().findChild<MethodDialog *>(QLatin1String(name)));
+            QVERIFY2(dialog, qPrintable(shown + QStringLiteral(": ") + method.name));
+        }
+    }
+    action("method select")->trigger();
+    auto *const dialog = window().findChild<MethodDialog *>();
+    QCOMPARE(
+        datasetName(MethodArguments(dialog->form().parameters()).id(QStringLiteral("dataset"))),
+        grid);
 }
 
 void tst_MouseAndKeys::inversesAreOfTheTime()
