@@ -64,7 +64,7 @@ private Q_SLOTS:
             return counts.join(' ') + outcome.err;
         };
         QCOMPARE(lost("town", "decimal"),
-                 QString("2 0 0note: 2 of 2 values are no numbers and became 0\n"));
+                 QString("2 0 0note: 2 of 2 values without a number, now 0\n"));
         QCOMPARE(lost("v", "integer"),
                  QString("0 3 0note: 3 of 5 values lost the places after the point\n"));
         QCOMPARE(lost("v", "text"), QString("0 0 0"));

@@ -160,6 +160,40 @@ private Q_SLOTS:
         check("t.dbf", {}, "2001");
     }
 
+    void countsOfOneReadRight()
+    {
+        const Workplace place;
+        place.file("one.csv", "id,x,y,v\na,1,2,3.5\n");
+        place.file("two.csv", "id,x,y,v\na,1,2,3\nb,2,2,4\n");
+        place.file("t.csv", "id,w2000\na,1\nz,2\n");
+        place.file("o.csv", "from,to,weight\na,b,1\ny,a,1\n");
+        const QRegularExpression wrong("(^|[^0-9.,-])1 (?!exists)[a-z]*[^s ]s\\b");
+        for (const QStringList &words :
+             {QStringList{"import", "one.csv", "p.vorn", "--x", "x", "--y", "y", "--key", "id",
+                          "--table", "t.csv", "--series", "w=w2000..w2000"},
+              {"info", "p.vorn", "--at", "2000"},
+              {"info", "p.vorn", "--at", "1999"},
+              {"plot", "histogram", "p.vorn", "v", "h.svg"},
+              {"plot", "boxes", "p.vorn", "w", "b.svg"},
+              {"plot", "scatter", "p.vorn", "v", "w", "s.svg"},
+              {"plot", "time", "p.vorn", "w", "t.svg", "--object", "a"},
+              {"map", "p.vorn", "v", "m.svg"},
+              {"export", "p.vorn", "o2.csv"},
+              {"convert", "p.vorn", "v", "v2", "--type", "integer"},
+              {"report", "p.vorn", "r.html"},
+              {"subset", "p.vorn", "s", "--objects", "a"},
+              {"import", "two.csv", "q.vorn", "--x", "x", "--y", "y", "--key", "id"},
+              {"weights", "import", "q.vorn", "o.csv", "set"},
+              {"weights", "export", "q.vorn", "set", "o3.csv"}}) {
+            const Outcome outcome = place.run(words);
+            QVERIFY2(outcome.code == 0, qPrintable(words.join(' ') + outcome.err));
+            for (const QString &line : QString(outcome.out + outcome.err).split('\n')) {
+                QVERIFY2(!line.contains(wrong), qPrintable(line));
+                QVERIFY2(!line.endsWith(' '), qPrintable(line));
+            }
+        }
+    }
+
     void layersHaveSettings()
     {
         const Workplace place;

@@ -194,8 +194,8 @@ private Q_SLOTS:
             QVERIFY2(outcome.err.contains(told), qPrintable(outcome.err));
         };
         check({"--key", "a %1 %2 b"}, "f %1 %2.csv, rows 1 and 2: object k %3 %2 %1 has");
-        check({},
-              "f %1 %2.csv, field v %2 %3, row 3: \"w %2 %1\" makes the field text; 2 of its 3");
+        check({}, "f %1 %2.csv, field v %2 %3, row 3: \"w %2 %1\" makes the field text; numbers "
+                  "among its");
         check({"--type", "v %2 %3=integer"}, "f %1 %2.csv, field v %2 %3, row 3: \"w %2 %1\"");
         check({"--start", "a %1 %2 b"}, "f %1 %2.csv, field a %1 %2 b, row 1: \"k %3 %2 %1\"");
     }

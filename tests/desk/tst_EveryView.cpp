@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // What views of all kinds have in common: the realization that they show.
 #include <QLabel>
+#include <QRegularExpression>
+#include <QSignalSpy>
 #include <QSpinBox>
 #include <cmath>
 #include "core/analysis/selection.h"
 #include "core/analysis/weightSets.h"
+#include "core/import/importOptions.h"
 #include "core/import/samples.h"
 #include "core/project/catalog.h"
 #include "datainterface/DataAPI.h"
@@ -12,6 +15,7 @@
 #include "datainterface/MDataset.h"
 #include "desk/person.h"
 #include "desk/project/workspace.h"
+#include "desk/views/graphView.h"
 #include "desk/views/mapLayerView.h"
 #include "desk/views/tableView.h"
 #include "desk/views/viewWindow.h"
@@ -32,6 +36,7 @@ private Q_SLOTS:
     void theChosenRealizationIsShown();
     void viewsShareTheWindow_data();
     void viewsShareTheWindow();
+    void oneObjectIsNoPlural();
 
 private:
     Workspace &workspace() { return static_cast<Application *>(qApp)->workspace(); }
@@ -213,6 +218,35 @@ void tst_EveryView::viewsShareTheWindow()
         window().area().tile();
     }
     window().area().closeAll();
+}
+
+void tst_EveryView::oneObjectIsNoPlural()
+{
+    QFile table(mFolder.filePath(QStringLiteral("one.csv")));
+    QVERIFY(table.open(QIODevice::WriteOnly));
+    table.write("x,y,v\n1,2,3.5\n");
+    table.close();
+    ImportOptions options;
+    options.map = table.fileName();
+    options.xColumn = QStringLiteral("x");
+    options.yColumn = QStringLiteral("y");
+    const int one = workspace().import(options);
+    const int value = findDataset(one, QStringLiteral("v"));
+    const QRegularExpression wrong(QStringLiteral("(^|[^0-9.])1 [a-z]*[^s ]s\\b"));
+    const std::pair<ViewKind, const char *> texts[] = {{ViewKind::Histogram, "1 value in bars"},
+                                                       {ViewKind::BoxPlot, "1 box"}};
+    for (const auto &[kind, text] : texts) {
+        ViewWindow *const view = open(kind, {value});
+        const QString told = static_cast<GraphView &>(*view->currentView()).summary();
+        QVERIFY2(told.contains(QLatin1String(text)) && !told.contains(wrong), qPrintable(told));
+    }
+    workspace().selection().select(one, {0});
+    ViewWindow *const map = open(ViewKind::Map, {value});
+    QSignalSpy told(&workspace(), &Workspace::told);
+    open(ViewKind::Table, {value})->copyToClipboard();
+    for (const QList<QVariant> &each : told)
+        QVERIFY2(!each.first().toString().contains(wrong), qPrintable(each.first().toString()));
+    QVERIFY(map);
 }
 
 int main(int argc, char **argv)

@@ -5,6 +5,7 @@
 #include "core/analysis/convertDataset.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 
 namespace meridor {
@@ -32,15 +33,13 @@ Conversion conversionOf(const Options &options)
 
 void tell(const ConversionLoss &loss, const Console &console)
 {
-    for (const auto &[count, what] :
-         {std::make_pair(loss.notNumbers, "are no numbers and became 0"),
-          {loss.fractions, "lost the places after the point"},
-          {loss.outside, "are beyond 32 bits and became the nearest integer"}})
+    for (const auto &[count, what] : {std::make_pair(loss.notNumbers, "without a number, now 0"),
+                                      {loss.fractions, "lost the places after the point"},
+                                      {loss.outside, "beyond 32 bits, now the nearest integer"}})
         if (count > 0)
-            console.note(QStringLiteral("%1 of %2 values %3")
-                             .arg(count)
-                             .arg(loss.values)
-                             .arg(QLatin1String(what)));
+            console.note(QStringLiteral("%1 of %2 %3")
+                             .arg(QString::number(count), counted(loss.values, "value"),
+                                  QLatin1String(what)));
 }
 
 void run(const Options &options, const Context &context)

@@ -12,6 +12,7 @@
 #include "core/project/failure.h"
 #include "core/project/outputFile.h"
 #include "core/project/safeFile.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
 
@@ -286,10 +287,8 @@ void run(Options options, const Context &context)
     const WrittenTable written =
         format.kind == Kind::Table ? exportTable(options.output, format.table, plan, missing, note)
                                    : exportShapes(target, plan, note);
-    const char *const noun = format.kind == Kind::Table ? "rows" : "features";
-    tell(options, written.datasets,
-         QStringLiteral("%1 %2").arg(written.rows).arg(QLatin1String(noun)), written.rows,
-         context.console);
+    const char *const noun = format.kind == Kind::Table ? "row" : "feature";
+    tell(options, written.datasets, counted(written.rows, noun), written.rows, context.console);
 }
 
 } // namespace

@@ -13,6 +13,7 @@
 #include "core/project/failure.h"
 #include "core/project/outputFile.h"
 #include "core/project/safeFile.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 
@@ -65,10 +66,10 @@ void print(const ImportReport &report, const Console &console)
         console.print(
             QStringLiteral("%1: %2").arg(geographyName(report.geography), gridText(props)));
     else
-        console.print(QStringLiteral("%1: %2 objects, %3 %4")
-                          .arg(geographyName(report.geography), QString::number(report.objects),
-                               QString::number(report.shapes),
-                               QLatin1String(shapeName(props.type))));
+        console.print(QStringLiteral("%1: %2, %3")
+                          .arg(geographyName(report.geography), counted(report.objects, "object"),
+                               counted(report.shapes,
+                                       QByteArray(shapeName(props.type)).chopped(1).constData())));
     TextTable table({{QStringLiteral("dataset"), TextTable::Left},
                      {QStringLiteral("type"), TextTable::Left},
                      {QStringLiteral("times"), TextTable::Right}});

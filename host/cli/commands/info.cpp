@@ -8,6 +8,7 @@
 #include "core/geostatistics/variogramModels.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "core/project/timeMessages.h"
 
 namespace meridor {
@@ -61,10 +62,14 @@ void print(const QJsonObject &geography, const Console &console)
     const auto text = [&geography](const char *key) {
         return geography.value(QLatin1String(key)).toVariant().toString();
     };
+    const auto number = [&geography](const char *key) {
+        return geography.value(QLatin1String(key)).toVariant().toLongLong();
+    };
     const QString shapes =
         geography.contains(QStringLiteral("rows"))
-            ? QStringLiteral("%1 rows, %2 columns").arg(text("rows"), text("columns"))
-            : QStringLiteral("%1 objects, %2").arg(text("objects"), text("shapes"));
+            ? counted(number("rows"), "row") + QStringLiteral(", ")
+                  + counted(number("columns"), "column")
+            : counted(number("objects"), "object") + QStringLiteral(", ") + text("shapes");
     const QString unit = text("distanceUnit").isEmpty()
                              ? QString()
                              : QStringLiteral(" (%1)").arg(text("distanceUnit"));
@@ -75,8 +80,12 @@ void print(const QJsonObject &geography, const Console &console)
         console.print(QStringLiteral("cut from %1").arg(text("parent")));
     if (geography.contains(QStringLiteral("existing"))) {
         const QStringList keys = texts(geography, "existing");
-        console.print(
-            QStringLiteral("%1 exist: %2").arg(keys.size()).arg(keys.join(QStringLiteral(", "))));
+        console.print(keys.isEmpty() ? QStringLiteral("no object exists")
+                                     : QStringLiteral("%1 %2: %3")
+                                           .arg(QString::number(keys.size()),
+                                                keys.size() == 1 ? QStringLiteral("exists")
+                                                                 : QStringLiteral("exist"),
+                                                keys.join(QStringLiteral(", "))));
     }
     if (geography.contains(QStringLiteral("weightSets")))
         console.print(

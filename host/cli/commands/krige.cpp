@@ -10,6 +10,7 @@
 #include "core/geostatistics/krigeDataset.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
 
@@ -77,18 +78,18 @@ QJsonObject toJson(const KrigedAt &at, const QString &when)
 
 void noteOn(const KrigedAt &at, const Console &console)
 {
-    const auto tell = [&](int count, const char *text) {
+    const auto tell = [&](int count, const char *noun, const char *text) {
         if (count > 0)
-            console.note(QString::fromLatin1(text).arg(count));
+            console.note(QString::fromLatin1(text).arg(counted(count, noun)));
     };
     if (at.apart)
         console.note(QString::fromLatin1(kApart));
-    tell(at.merged, "%1 samples are at the place of another; their mean is used");
-    tell(at.withoutDrift, "%1 samples are left out, since the drift has no value there");
-    tell(at.remarks.alone, "%1 predictions are missing: too few neighbours");
-    tell(at.remarks.undetermined,
-         "%1 predictions are missing: the neighbours do not determine the drift");
-    tell(at.remarks.dropped, "in %1 systems a neighbour depends on the others and is not used");
+    tell(at.merged, "sample", "%1 at the place of another; their mean is used");
+    tell(at.withoutDrift, "sample", "%1 left out, since the drift has no value there");
+    tell(at.remarks.alone, "missing prediction", "%1: too few neighbours");
+    tell(at.remarks.undetermined, "missing prediction",
+         "%1: the neighbours do not determine the drift");
+    tell(at.remarks.dropped, "system", "in %1 a neighbour depends on the others and is not used");
 }
 
 QJsonArray tell(const QVector<KrigedAt> &times, int dataset, const Console &console)

@@ -13,6 +13,7 @@
 #include "core/project/failure.h"
 #include "core/project/progress.h"
 #include "core/project/safeFile.h"
+#include "core/project/text.h"
 #include "core/render/choropleth.h"
 #include "core/render/pictureFile.h"
 #include "datainterface/DataAPI.h"
@@ -332,13 +333,9 @@ QString textOf(const QString &file, const MapPicture &picture)
     }
     const bool several = picture.panels.size() > 1;
     const auto classes = picture.panels.first().counts.size();
-    return QStringLiteral("%1: %2%3 %4 in %5 %6, %7 without a value")
+    return QStringLiteral("%1: %2%3 in %4, %5 without a value")
         .arg(file, several ? QStringLiteral("%1 maps, ").arg(picture.panels.size()) : QString(),
-             QString::number(drawn),
-             drawn == 1 ? QStringLiteral("object") : QStringLiteral("objects"),
-             QString::number(classes),
-             classes == 1 ? QStringLiteral("class") : QStringLiteral("classes"),
-             QString::number(missing));
+             counted(drawn, "object"), counted(classes, "class"), QString::number(missing));
 }
 
 /// Writes one picture. @return its JSON.
@@ -360,10 +357,10 @@ QJsonObject drawOne(const MapMaker &maker, const QVector<Moment> &moments, const
                 context.console.print(QStringLiteral("  %1: %2").arg(panel.caption, panel.note));
     }
     if (drawing.labelsOmitted > 0)
-        context.console.note(QStringLiteral("%1 of %2 labels are left out, because they would "
-                                            "overlap others or do not fit")
-                                 .arg(drawing.labelsOmitted)
-                                 .arg(drawing.labelsOmitted + drawing.labelsDrawn));
+        context.console.note(
+            QStringLiteral("%1 of %2 left out, for want of room")
+                .arg(drawing.labelsOmitted)
+                .arg(counted(drawing.labelsOmitted + drawing.labelsDrawn, "label")));
     return toJson(file, picture, drawing);
 }
 

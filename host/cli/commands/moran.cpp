@@ -10,6 +10,7 @@
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 
@@ -129,8 +130,8 @@ void print(const QJsonArray &results, const Options &options, const Console &con
     table.print(console);
     if (local && results.size() == 1)
         printLocal(results.first().toObject(), console);
-    console.print(QStringLiteral("%1 permutations, seed %2")
-                      .arg(options.plan.permutations)
+    console.print(QStringLiteral("%1, seed %2")
+                      .arg(counted(options.plan.permutations, "permutation"))
                       .arg(options.plan.seed));
 }
 
@@ -146,9 +147,9 @@ void tellIslands(const QVector<MoranAt> &results, const QStringList &keys, const
                 named.append(keys[island]);
     }
     if (times > 0)
-        console.note(QStringLiteral("objects without neighbours at %1 of %2 times: %3")
+        console.note(QStringLiteral("objects without neighbours at %1 of %2: %3")
                          .arg(times)
-                         .arg(results.size())
+                         .arg(counted(results.size(), "time"))
                          .arg(someOf(named)));
 }
 

@@ -9,6 +9,7 @@
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
+#include "core/project/text.h"
 #include "core/report/gather.h"
 #include "core/report/page.h"
 
@@ -64,11 +65,9 @@ void run(Options options, const Context &context)
             {QStringLiteral("bytes"), page.size()},
             {QStringLiteral("geographies"), static_cast<int>(report.geographies.size())}});
     else
-        context.console.print(QStringLiteral("%1: %2 %3, %4 KB")
-                                  .arg(options.output, QString::number(report.geographies.size()),
-                                       report.geographies.size() == 1
-                                           ? QStringLiteral("geography")
-                                           : QStringLiteral("geographies"),
+        context.console.print(QStringLiteral("%1: %2, %3 KB")
+                                  .arg(options.output,
+                                       counted(report.geographies.size(), "geography"),
                                        QString::number((page.size() + 500) / 1000)));
 }
 

@@ -9,6 +9,7 @@
 #include "core/geostatistics/simulateDataset.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 
@@ -77,9 +78,8 @@ void run(const Options &options, const Context &context)
         if (found.apart)
             console.note(QString::fromLatin1(kApart));
         if (found.merged > 0)
-            console.note(
-                QStringLiteral("%1 samples are at the place of another; their mean is used")
-                    .arg(found.merged));
+            console.note(QStringLiteral("%1 at the place of another; their mean is used")
+                             .arg(counted(found.merged, "sample")));
         if (request.scores && std::fabs(found.scale - 1) > 1e-9)
             console.note(
                 QStringLiteral("the sills of the model were multiplied by %1, since normal "
@@ -94,10 +94,10 @@ void run(const Options &options, const Context &context)
                                       {QStringLiteral("model"), found.structures},
                                       {QStringLiteral("seed"), request.seed}});
         else
-            console.print(QStringLiteral("%1: %2 realizations from %3 values, model %4, seed %5")
+            console.print(QStringLiteral("%1: %2 from %3, model %4, seed %5")
                               .arg(datasetName(found.dataset))
-                              .arg(request.count)
-                              .arg(found.samples)
+                              .arg(counted(request.count, "realization"))
+                              .arg(counted(found.samples, "value"))
                               .arg(found.structures)
                               .arg(request.seed));
     });

@@ -8,6 +8,7 @@
 #include "core/analysis/subsetGeography.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/FrameAPI.h"
 
 namespace meridor {
@@ -51,9 +52,9 @@ void run(Options options, const Context &context)
                         {QStringLiteral("datasets"), datasets},
                         {QStringLiteral("objects"), QJsonArray::fromStringList(keys)}});
     else
-        context.console.print(QStringLiteral("%1: %2 objects of %3 with %4 datasets: %5")
-                                  .arg(options.name, QString::number(keys.size()), parent,
-                                       QString::number(datasets), someOf(keys)));
+        context.console.print(QStringLiteral("%1: %2 of %3 with %4: %5")
+                                  .arg(options.name, counted(keys.size(), "object"), parent,
+                                       counted(datasets, "dataset"), someOf(keys)));
 }
 
 } // namespace

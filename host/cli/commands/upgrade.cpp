@@ -5,6 +5,7 @@
 #include "cli/commands/commands.h"
 #include "core/project/catalog.h"
 #include "core/project/safeFile.h"
+#include "core/project/text.h"
 #include "datainterface/VersionAPI.h"
 
 namespace meridor {
@@ -49,12 +50,12 @@ void run(const Options &options, const Context &context)
                         {QStringLiteral("datasets"), report.datasets},
                         {QStringLiteral("notes"), QJsonArray::fromStringList(report.notes)}});
     else
-        context.console.print(QStringLiteral("%1: %2 geographies, %3 datasets from version %4, %5")
-                                  .arg(options.project, QString::number(report.geographies),
-                                       QString::number(report.datasets), report.version,
+        context.console.print(QStringLiteral("%1: %2, %3 from version %4, %5")
+                                  .arg(options.project, counted(report.geographies, "geography"),
+                                       counted(report.datasets, "dataset"), report.version,
                                        report.notes.isEmpty()
                                            ? QStringLiteral("nothing to note")
-                                           : QStringLiteral("%1 notes").arg(report.notes.size())));
+                                           : counted(report.notes.size(), "note")));
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
+#include "core/project/text.h"
 #include "core/render/pictureFile.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
@@ -159,10 +160,9 @@ QJsonObject toJson(const VariogramAt &at, const QString &when)
 
 void print(const VariogramAt &at, const QString &when, const Console &console)
 {
-    console.print(QStringLiteral("%1: %2 values, cutoff %3, width %4")
-                      .arg(when)
-                      .arg(at.samples)
-                      .arg(shortNumber(at.lags.cutoff, 6), shortNumber(at.lags.width, 6)));
+    console.print(QStringLiteral("%1: %2, cutoff %3, width %4")
+                      .arg(when, counted(at.samples, "value"), shortNumber(at.lags.cutoff, 6),
+                           shortNumber(at.lags.width, 6)));
     TextTable table({{QStringLiteral("direction"), TextTable::Right},
                      {QStringLiteral("lag"), TextTable::Right},
                      {QStringLiteral("value"), TextTable::Right},
@@ -178,9 +178,9 @@ void print(const VariogramAt &at, const QString &when, const Console &console)
                    QString::number(bin.pairs)});
     table.print(console);
     if (at.colocated.pairs > 0)
-        console.print(QStringLiteral("at the same place: %1 pairs, %2")
-                          .arg(at.colocated.pairs)
-                          .arg(shortNumber(at.colocated.value, 6)));
+        console.print(
+            QStringLiteral("at the same place: %1, %2")
+                .arg(counted(at.colocated.pairs, "pair"), shortNumber(at.colocated.value, 6)));
     if (!at.fitted)
         return;
     console.print(QStringLiteral("model: %1").arg(structuresText(at.fitted->model)));

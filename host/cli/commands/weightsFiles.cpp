@@ -8,6 +8,7 @@
 #include "core/project/catalog.h"
 #include "core/project/outputFile.h"
 #include "core/project/safeFile.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
@@ -38,9 +39,9 @@ void writeSet(Options options, const Context &context)
         context.console.note(
             QStringLiteral("%1: neighbours alone, the form holds no weights").arg(options.file));
     const QString when = axisOf(set >> 16).show(written.time);
-    const QString summary = QStringLiteral("%1: %2 objects, %3 links, at %4")
-                                .arg(options.file, QString::number(written.objects),
-                                     QString::number(written.links), when);
+    const QString summary = QStringLiteral("%1: %2, %3, at %4")
+                                .arg(options.file, counted(written.objects, "object"),
+                                     counted(written.links, "link"), when);
     if (isStream(options.file))
         context.console.note(summary);
     else if (context.console.json)
@@ -57,12 +58,12 @@ void tell(const WeightsMatch &match, const Options &options, const Console &cons
 {
     if (!match.unknown.isEmpty())
         console.note(
-            QStringLiteral("%1: %2 ids that no object has, their links are left out: %3")
-                .arg(options.file, QString::number(match.unknown.size()), someOf(match.unknown)));
+            QStringLiteral("%1: %2 that no object has, whose links are left out: %3")
+                .arg(options.file, counted(match.unknown.size(), "id"), someOf(match.unknown)));
     if (!match.unnamed.isEmpty())
         console.note(
-            QStringLiteral("%1: %2 objects that it does not name have no neighbours: %3")
-                .arg(options.file, QString::number(match.unnamed.size()), someOf(match.unnamed)));
+            QStringLiteral("%1: %2 that it does not name, without neighbours: %3")
+                .arg(options.file, counted(match.unnamed.size(), "object"), someOf(match.unnamed)));
 }
 
 void readSet(const Options &options, const Context &context)
@@ -83,7 +84,7 @@ void readSet(const Options &options, const Context &context)
                         {QStringLiteral("unnamed"), QJsonArray::fromStringList(match.unnamed)}});
     else
         context.console.print(
-            QStringLiteral("%1: %2 links").arg(options.set, QString::number(match.links)));
+            QStringLiteral("%1: %2").arg(options.set, counted(match.links, "link")));
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "core/project/failure.h"
 #include "core/project/progress.h"
 #include "core/project/projectHost.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
@@ -52,9 +53,9 @@ int openSubset(MVectorData &parent, const QVector<int> &objects, const QString &
 {
     const SubsetFile file(parent, objects);
     stopIfCancelled();
-    const QString history = QStringLiteral("Cut from %1, %2 of %3 objects")
+    const QString history = QStringLiteral("Cut from %1, %2 of %3")
                                 .arg(parent.GetName(), QString::number(objects.size()),
-                                     QString::number(parent.GetObjectCount()));
+                                     counted(parent.GetObjectCount(), "object"));
     const int id = file.isWritten() ? controller().AddNewVectorGeography(file.path(), name, history,
                                                                          parent.GetTheTimeFormat(),
                                                                          parent.GetId(), &objects)

@@ -118,12 +118,12 @@ void FieldWidths::tell(const std::function<void(const QString &)> &note) const
         if (mNames[i] != mColumns[i].name)
             cutNames.append(QStringLiteral("%1 (%2)").arg(mNames[i], mColumns[i].name));
         if (field.longTexts > 0)
-            note(QStringLiteral("%1: %2 texts of %3 are cut to %4 bytes")
-                     .arg(mTarget, QString::number(field.longTexts), mColumns[i].name,
+            note(QStringLiteral("%1: %2 of %3 cut to %4 bytes")
+                     .arg(mTarget, counted(field.longTexts, "text"), mColumns[i].name,
                           QString::number(kTextBytes)));
         if (mColumns[i].kind == CellKind::Decimal && field.decimals > decimalsThatFit(field))
-            note(QStringLiteral("%1: the numbers of %2 are rounded to %3 decimals")
-                     .arg(mTarget, mColumns[i].name, QString::number(decimalsThatFit(field))));
+            note(QStringLiteral("%1: the numbers of %2 are rounded to %3")
+                     .arg(mTarget, mColumns[i].name, counted(decimalsThatFit(field), "decimal")));
     }
     if (!cutNames.isEmpty())
         note(QStringLiteral("%1: names of fields are cut to %2 bytes: %3")

@@ -271,8 +271,9 @@ private:
         const bool more = std::any_of(fields.begin() + std::min(wanted, fields.size()),
                                       fields.end(), [](auto field) { return !field.empty(); });
         if (fields.size() < wanted || more)
-            fail(QStringLiteral("%1: %2 fields, but %3 in the heading")
-                     .arg(place(mTable, mTable.rows), QString::number(fields.size()),
+            fail(QStringLiteral("%1: %2, but %3 in the heading")
+                     .arg(place(mTable, mTable.rows),
+                          counted(static_cast<qint64>(fields.size()), "field"),
                           QString::number(wanted)));
     }
 

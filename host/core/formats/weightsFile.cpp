@@ -309,8 +309,9 @@ WeightsFile readGal(Lines &lines)
         lines.fail(
             QStringLiteral("object %1 has fewer neighbours than it says").arg(file.egos[ego].id));
     if (file.egos.size() != count)
-        lines.fail(
-            QStringLiteral("%1 objects, the heading says %2").arg(file.egos.size()).arg(count));
+        lines.fail(QStringLiteral("%1, the heading says %2")
+                       .arg(counted(file.egos.size(), "object"))
+                       .arg(count));
     return file;
 }
 
@@ -330,8 +331,9 @@ WeightsFile readGwt(Lines &lines)
         gatherer.link(gatherer.ego(words[0]), words[1], weightOf(lines, words[2]));
     }
     if (file.egos.size() > count)
-        lines.fail(
-            QStringLiteral("%1 objects, the heading says %2").arg(file.egos.size()).arg(count));
+        lines.fail(QStringLiteral("%1, the heading says %2")
+                       .arg(counted(file.egos.size(), "object"))
+                       .arg(count));
     return file;
 }
 
@@ -352,8 +354,8 @@ WeightsFile readCsv(Lines &lines)
     Gatherer gatherer(file, lines);
     while (lines.nextRecord(fields)) {
         if (fields.size() != names.size())
-            lines.fail(QStringLiteral("%1 fields, the heading has %2")
-                           .arg(fields.size())
+            lines.fail(QStringLiteral("%1, the heading has %2")
+                           .arg(counted(fields.size(), "field"))
                            .arg(names.size()));
         if (fields[from].isEmpty())
             lines.fail(QStringLiteral("the object is not named"));

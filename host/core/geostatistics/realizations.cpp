@@ -199,9 +199,10 @@ QVector<int> storeAnswers(int dataset, const QVector<Interval> &times,
             stored[k]->add(0, times[t], answers[t][static_cast<int>(k)].values);
     QVector<int> ids;
     for (const auto &values : stored)
-        ids.append(values->finish(QStringLiteral("From %1 realizations of %2")
-                                      .arg(VORN_GetDatasetProperties(dataset).realizationCount)
-                                      .arg(datasetName(dataset))));
+        ids.append(values->finish(
+            QStringLiteral("From %1 of %2")
+                .arg(counted(VORN_GetDatasetProperties(dataset).realizationCount, "realization"))
+                .arg(datasetName(dataset))));
     return ids;
 }
 

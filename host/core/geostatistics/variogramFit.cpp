@@ -20,6 +20,7 @@
 #include <unsupported/Eigen/NumericalDiff>
 #include "core/geostatistics/covariance.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
@@ -388,11 +389,10 @@ void requireFit(const std::vector<LagBin> &bins, const FitPlan &plan)
             parameters += plan.anisotropic ? 4 : 2;
     }
     if (bins.size() < size_t(parameters))
-        fail(QStringLiteral("%1 of pairs %2 too few for %3 parameters")
-                 .arg(bins.size() == 1 ? QStringLiteral("1 class")
-                                       : QStringLiteral("%1 classes").arg(bins.size()),
+        fail(QStringLiteral("%1 of pairs %2 too few for %3")
+                 .arg(counted(static_cast<qint64>(bins.size()), "class"),
                       bins.size() == 1 ? QStringLiteral("is") : QStringLiteral("are"),
-                      QString::number(parameters)),
+                      counted(parameters, "parameter")),
              "width");
     const bool varies =
         std::any_of(bins.begin(), bins.end(), [](const LagBin &bin) { return bin.value != 0; });

@@ -47,7 +47,7 @@ void tellWhyText(const CellColumn &column, const CellKinds &kinds, const Notes &
                             column.cells().text(kinds.firstCommaNumber)));
     else if (kinds.firstText >= 0 && kinds.numbers > kinds.texts)
         notes.note(
-            QStringLiteral("%1: \"%2\" makes the field text; %3 of its %4 values are numbers")
+            QStringLiteral("%1: \"%2\" makes the field text; numbers among its values: %3 of %4")
                 .arg(column.place(kinds.firstText), column.cells().text(kinds.firstText),
                      QString::number(kinds.numbers), QString::number(kinds.numbers + kinds.texts)));
 }

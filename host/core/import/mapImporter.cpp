@@ -20,17 +20,17 @@ void tell(const ImportPlan &plan, const ImportReport &report, const Notes &notes
 {
     for (const Unmatched &keys : report.unmatched) {
         if (!keys.tableKeys.isEmpty())
-            notes.note(QStringLiteral("%1: %2 keys that no object has: %3")
-                           .arg(keys.table, QString::number(keys.tableKeys.size()),
+            notes.note(QStringLiteral("%1: %2 that no object has: %3")
+                           .arg(keys.table, counted(keys.tableKeys.size(), "key"),
                                 someOf(keys.tableKeys)));
         if (!keys.objectKeys.isEmpty())
-            notes.note(QStringLiteral("%1: %2 objects without a row, their values are missing: %3")
-                           .arg(keys.table, QString::number(keys.objectKeys.size()),
+            notes.note(QStringLiteral("%1: %2 without a row, whose values are missing: %3")
+                           .arg(keys.table, counted(keys.objectKeys.size(), "object"),
                                 someOf(keys.objectKeys)));
     }
     if (!report.withoutShape.isEmpty())
-        notes.note(QStringLiteral("%1: %2 objects without a shape, they exist at no time: %3")
-                       .arg(plan.map.file, QString::number(report.withoutShape.size()),
+        notes.note(QStringLiteral("%1: %2 without a shape, existing at no time: %3")
+                       .arg(plan.map.file, counted(report.withoutShape.size(), "object"),
                             someOf(report.withoutShape)));
     if (report.nearVertices.count == 0)
         return;

@@ -212,8 +212,8 @@ private:
     void finish(int id)
     {
         if (mNotNumbers > 0)
-            mNotes.note(QStringLiteral("%1: %2 cells that are no number are missing")
-                            .arg(datasetName(id), QString::number(mNotNumbers)));
+            mNotes.note(QStringLiteral("%1: %2 without a number, missing here")
+                            .arg(datasetName(id), counted(mNotNumbers, "cell")));
         mNotNumbers = 0;
         finishGridDataset(id, qint64(mReader.columns()) * mReader.rows()
                                   * qMax(1, dataTimes(id).size()));

@@ -8,6 +8,7 @@
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "core/render/classes.h"
 #include "core/render/graphItem.h"
 #include "datainterface/DataAPI.h"
@@ -113,7 +114,7 @@ Plot boxesOverTime(ShownDataset shown, const QVector<Interval> &times)
     plot.graph.texts.footnote = QStringLiteral(
         "Boxes: quartiles and median; whiskers: values within 1.5 interquartile ranges of the box");
     plot.numbers = {{QStringLiteral("boxes"), rows}};
-    plot.summary = QStringLiteral("%1 boxes").arg(boxes.size());
+    plot.summary = counted(boxes.size(), "box");
     return plot;
 }
 

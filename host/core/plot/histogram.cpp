@@ -103,8 +103,11 @@ Plot histogram(ShownDataset shown, qint64 time, const ClassRule &rule)
     const auto bars = std::make_shared<Bars>(values, classes, datasetName(dataset));
     Plot plot;
     plot.graph.items.append(bars);
-    plot.graph.texts.footnote = QStringLiteral("%1 values in bars %2 wide")
-                                    .arg(grouped(values.size(), 0), shortNumber(bars->width(), 6));
+    plot.graph.texts.footnote =
+        QStringLiteral("%1 %2 in bars %3 wide")
+            .arg(grouped(values.size(), 0),
+                 values.size() == 1 ? QStringLiteral("value") : QStringLiteral("values"),
+                 shortNumber(bars->width(), 6));
     if (!classes.description().isEmpty())
         plot.graph.texts.footnote += QStringLiteral("; ") + classes.description();
     plot.graph.x.title = datasetName(dataset);
@@ -120,10 +123,9 @@ Plot histogram(ShownDataset shown, qint64 time, const ClassRule &rule)
                     {QStringLiteral("width"), bars->width()},
                     {QStringLiteral("counts"), bars->counts()},
                     {QStringLiteral("breaks"), limits}};
-    plot.summary = QStringLiteral("%1 values in %2 bars and %3 classes")
-                       .arg(values.size())
-                       .arg(bars->counts().size())
-                       .arg(classes.entries().size());
+    plot.summary = QStringLiteral("%1 in %2 and %3")
+                       .arg(counted(values.size(), "value"), counted(bars->counts().size(), "bar"),
+                            counted(classes.entries().size(), "class"));
     return plot;
 }
 

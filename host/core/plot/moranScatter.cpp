@@ -91,9 +91,9 @@ Plot moranScatter(ShownDataset shown, int weightSet, const Interval &when, Shown
          GraphSeries::Line,
          {},
          colors::ink});
-    plot.summary = QStringLiteral("Moran's I %1, slope %2, %3 objects")
-                       .arg(shortNumber(moran.moran, 6), shortNumber(line.slope, 6))
-                       .arg(moran.objects.size());
+    plot.summary = QStringLiteral("Moran's I %1, slope %2, %3")
+                       .arg(shortNumber(moran.moran, 6), shortNumber(line.slope, 6),
+                            counted(moran.objects.size(), "object"));
     plot.graph.texts.footnote =
         plot.summary + QStringLiteral("; weight set ") + weightSetOf(weightSet).GetName();
     plot.numbers = {{QStringLiteral("moran"), moran.moran},

@@ -40,7 +40,7 @@ Plot scatter(ShownDataset xShown, ShownDataset yShown, qint64 time, ShownDataset
     plot.graph.y.title = datasetName(yDataset);
     plot.graph.series.append(
         {QString(), points, GraphSeries::Points, labelsOf(label, time, objects)});
-    plot.summary = QStringLiteral("%1 points").arg(points.size());
+    plot.summary = counted(points.size(), "point");
     if (std::isfinite(line.slope)) {
         const auto ends =
             std::minmax_element(points.begin(), points.end(),

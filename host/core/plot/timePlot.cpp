@@ -7,6 +7,7 @@
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
 
@@ -64,7 +65,7 @@ Plot timePlot(ShownDataset shown, const QVector<int> &objects)
                               colors::softInk,
                               true});
     plot.numbers = {{QStringLiteral("series"), series}};
-    plot.summary = QStringLiteral("%1 objects").arg(objects.size());
+    plot.summary = counted(objects.size(), "object");
     return plot;
 }
 

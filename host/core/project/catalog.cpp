@@ -150,7 +150,7 @@ QString typeText(const DatasetProps &props)
 
 QString gridText(const GeoProps &props)
 {
-    return QStringLiteral("%1 rows, %2 columns").arg(props.rows).arg(props.columns);
+    return counted(props.rows, "row") + QStringLiteral(", ") + counted(props.columns, "column");
 }
 
 const char *shapeName(int geographyType)

@@ -31,6 +31,28 @@ QString shortNumber(double value, int decimals)
     return text == QLatin1String("-0") ? QStringLiteral("0") : text;
 }
 
+QString counted(qint64 count, const char *noun)
+{
+    QString text = QLatin1String(noun);
+    if (count == 1)
+        return QStringLiteral("1 ") + text;
+    const auto endsIn = [&text](const char *end) { return text.endsWith(QLatin1String(end)); };
+    if (endsIn("tex"))
+        text = text.chopped(2) + QStringLiteral("ices");
+    else if (endsIn("s") || endsIn("x"))
+        text += QStringLiteral("es");
+    else if (endsIn("y") && !endsIn("ey"))
+        text = text.chopped(1) + QStringLiteral("ies");
+    else
+        text += QLatin1Char('s');
+    return QString::number(count) + QLatin1Char(' ') + text;
+}
+
+QString counted(qint64 count, const QString &one, const QString &many)
+{
+    return (count == 1 ? one : many).arg(count);
+}
+
 QJsonValue jsonNumber(double value)
 {
     return std::isfinite(value) ? QJsonValue(value) : QJsonValue(QJsonValue::Null);

@@ -13,6 +13,11 @@ namespace meridor {
 MERIDOR_EXPORT QString exactNumber(double value);
 /// For display: at most `decimals` decimal places, without trailing zeros.
 MERIDOR_EXPORT QString shortNumber(double value, int decimals = 3);
+/// A count with its noun, "1 object" or "2 objects": nouns in -s, -x and -ex take their endings.
+MERIDOR_EXPORT QString counted(qint64 count, const char *noun);
+/// The same for translated texts.
+/// @param one, many  with %1 for the number.
+MERIDOR_EXPORT QString counted(qint64 count, const QString &one, const QString &many);
 /// Null for infinities and NaN, which JSON cannot represent.
 MERIDOR_EXPORT QJsonValue jsonNumber(double value);
 /// A list of at most `most` names for a message: "a, b, c and 17 more".

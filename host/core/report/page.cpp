@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include "core/project/failure.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
@@ -31,7 +32,7 @@ QString describe(const ReportGeography &geography)
 {
     QStringList parts;
     if (geography.columns > 0)
-        parts.append(QStringLiteral("grid of %1 cells").arg(geography.objects));
+        parts.append(QStringLiteral("grid of ") + counted(geography.objects, "cell"));
     else
         parts.append(QStringLiteral("%1 %2").arg(QString::number(geography.objects),
                                                  geography.objects == 1 ? geography.kind.chopped(1)

@@ -31,7 +31,7 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     if (conversion.type) {
         const ConversionLoss loss = lossOf(dataset, *conversion.type);
         if (loss.notNumbers + loss.fractions + loss.outside > 0)
-            report.text += methodText("; %1 of %2 values are not kept exactly")
+            report.text += methodText("; not kept exactly: %1 of %2")
                                .arg(loss.notNumbers + loss.fractions + loss.outside)
                                .arg(loss.values);
     }

@@ -2,6 +2,7 @@
 #include "core/geostatistics/krigeDataset.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "desk/methods/fields.h"
 #include "desk/methods/method.h"
 
@@ -23,13 +24,14 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     requireNewDatasetName(request.target, request.name);
     const Kriged found = krigeDataset(request, progress);
     const KrigedAt &last = found.times.last();
-    report.text = methodText("%1: %2 predictions from %3 values, mean variance %4")
+    report.text = methodText("%1: %2 from %3, mean variance %4")
                       .arg(request.name)
-                      .arg(last.predictions)
-                      .arg(last.samples)
+                      .arg(counted(last.predictions, methodText("%1 prediction"),
+                                   methodText("%1 predictions")))
+                      .arg(counted(last.samples, methodText("%1 value"), methodText("%1 values")))
                       .arg(last.meanVariance, 0, 'g', 6);
     if (last.missing > 0)
-        report.text += methodText("; %1 are missing").arg(last.missing);
+        report.text += methodText("; missing: %1").arg(last.missing);
     report.results.append({QStringLiteral("dataset"), found.prediction});
     report.results.append({QStringLiteral("dataset"), found.variance});
 }

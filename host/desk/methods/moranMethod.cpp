@@ -2,6 +2,7 @@
 #include "core/analysis/moranOverTime.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "desk/methods/fields.h"
 #include "desk/methods/method.h"
@@ -47,12 +48,13 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
         for (const int id : storeMoran(plan, results, saved))
             report.results.append({QStringLiteral("dataset"), id});
     const MoranAt &last = results.last();
-    report.text = methodText("Moran's I of %1 at %2: %3, p %4, %5 objects")
-                      .arg(datasetName(plan.dataset),
-                           axisOf(VORN_GetGeographyId(plan.dataset)).show(last.when))
-                      .arg(last.whole.value, 0, 'g', 6)
-                      .arg(last.whole.p, 0, 'g', 4)
-                      .arg(last.objects.size());
+    report.text =
+        methodText("Moran's I of %1 at %2: %3, p %4, %5")
+            .arg(datasetName(plan.dataset),
+                 axisOf(VORN_GetGeographyId(plan.dataset)).show(last.when))
+            .arg(last.whole.value, 0, 'g', 6)
+            .arg(last.whole.p, 0, 'g', 4)
+            .arg(counted(last.objects.size(), methodText("%1 object"), methodText("%1 objects")));
     if (plan.local)
         report.text += QStringLiteral("; ") + clustersOf(last);
     report.results.append({QStringLiteral("I"), last.whole.value});

@@ -4,6 +4,7 @@
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MGeoData.h"
 #include "desk/methods/fields.h"
@@ -22,9 +23,10 @@ SelectionMode modeOf(const MethodArguments &arguments)
 
 void tell(Workspace &workspace, int geography, MethodReport &report)
 {
-    report.text = methodText("%1 of %2 objects are selected")
+    report.text = methodText("%1 of %2 selected")
                       .arg(workspace.selection().count(geography))
-                      .arg(geographyOf(geography)->GetObjectCount());
+                      .arg(counted(geographyOf(geography)->GetObjectCount(),
+                                   methodText("%1 object"), methodText("%1 objects")));
     report.results.append({QStringLiteral("count"), workspace.selection().count(geography)});
 }
 

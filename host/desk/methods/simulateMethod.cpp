@@ -2,6 +2,7 @@
 #include "core/geostatistics/simulateDataset.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "desk/methods/fields.h"
 #include "desk/methods/method.h"
 
@@ -25,10 +26,11 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     request.name = arguments.text(QStringLiteral("into"));
     requireNewDatasetName(request.grid, request.name);
     const Simulated found = simulateDataset(request, progress);
-    report.text = methodText("%1: %2 realizations from %3 values, model %4")
+    report.text = methodText("%1: %2 from %3, model %4")
                       .arg(request.name)
-                      .arg(request.count)
-                      .arg(found.samples)
+                      .arg(counted(request.count, methodText("%1 realization"),
+                                   methodText("%1 realizations")))
+                      .arg(counted(found.samples, methodText("%1 value"), methodText("%1 values")))
                       .arg(found.structures);
     report.results.append({QStringLiteral("dataset"), found.dataset});
 }

@@ -3,6 +3,7 @@
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "desk/methods/fields.h"
 #include "desk/methods/method.h"
 
@@ -37,13 +38,14 @@ void execute(Workspace &workspace, const MethodArguments &arguments, MethodRepor
     const int set = createWeightSet(geography, plan);
     const LinkSummary links = summarize(set, workspace.timeOf(geography));
     workspace.setShownWeights(geography, set);
-    report.text = methodText("%1: %2 objects, %3 links, %4 to %5 each, %6 without neighbours")
-                      .arg(plan.name)
-                      .arg(links.objects)
-                      .arg(links.links)
-                      .arg(links.least)
-                      .arg(links.most)
-                      .arg(links.islands.size());
+    report.text =
+        methodText("%1: %2, %3, %4 to %5 each, %6 without neighbours")
+            .arg(plan.name)
+            .arg(counted(links.objects, methodText("%1 object"), methodText("%1 objects")))
+            .arg(counted(links.links, methodText("%1 link"), methodText("%1 links")))
+            .arg(links.least)
+            .arg(links.most)
+            .arg(links.islands.size());
     if (!isByBorder(plan) && !plan.greatCircle && isInDegrees(geography))
         report.text += methodText("; distances are in degrees");
     report.results.append({QStringLiteral("weights"), set});

@@ -2,6 +2,7 @@
 #include "core/analysis/zonal.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "desk/methods/fields.h"
 #include "desk/methods/method.h"
 
@@ -23,11 +24,10 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     for (const ZonesAtTime &at : zones)
         for (const ZoneStatistics &zone : at.zones)
             values += zone.cells > 0;
-    report.text = methodText("%1: %2 values of %3 at %4 times")
-                      .arg(name)
-                      .arg(values)
-                      .arg(geographyName(polygons))
-                      .arg(zones.size());
+    report.text = methodText("%1: %2 of %3 at %4")
+                      .arg(name, counted(values, methodText("%1 value"), methodText("%1 values")),
+                           geographyName(polygons),
+                           counted(zones.size(), methodText("%1 time"), methodText("%1 times")));
     report.results.append({QStringLiteral("dataset"), made});
 }
 

@@ -7,6 +7,7 @@
 #include "core/project/catalog.h"
 #include "core/project/edit.h"
 #include "core/project/failure.h"
+#include "core/project/text.h"
 #include "datainterface/AdjacencySet.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataAPI.h"
@@ -192,12 +193,14 @@ QString summaryOf(const Thing &thing)
         if (props.isStatic)
             return typeText(props);
         const int times = dataTimes(thing.id).size();
-        return Workspace::tr("%1, %n times", nullptr, times).arg(typeText(props));
+        return typeText(props) + QStringLiteral(", ")
+               + counted(times, Workspace::tr("%1 time"), Workspace::tr("%1 times"));
     }
     case Thing::WeightSet:
         return describe(weightSetOf(thing.id));
     case Thing::Model:
-        return Workspace::tr("%n times", nullptr, modelOf(thing).models.size());
+        return counted(modelOf(thing).models.size(), Workspace::tr("%1 time"),
+                       Workspace::tr("%1 times"));
     case Thing::None:
         break;
     }

@@ -139,17 +139,17 @@ void BoxPlotView::markSelected()
         box.few = values.size() <= kMostDots ? values : QVector<double>();
         box.selected = values.size() > kMostDots ? boxOf(values) : BoxFigures();
     }
-    QString text = tr("%n boxes", nullptr, mBoxes.size());
+    QString text = counted(mBoxes.size(), tr("%1 box"), tr("%1 boxes"));
     const int present = history().stepAt(time());
     for (const Box &box : std::as_const(mBoxes))
         if (box.step == present)
             text += QStringLiteral("; ")
-                    + tr("now %1 values, median %2, quartiles %3 and %4")
-                          .arg(box.count)
+                    + counted(box.count, tr("now %1 value, median %2, quartiles %3 and %4"),
+                              tr("now %1 values, median %2, quartiles %3 and %4"))
                           .arg(shortNumber(box.figures.median, 6),
                                shortNumber(box.figures.firstQuartile, 6),
                                shortNumber(box.figures.thirdQuartile, 6));
-    setSummary(text, chosen.isEmpty() ? QString() : tr("%n selected", nullptr, chosen.size()));
+    setSummary(text, chosen.isEmpty() ? QString() : tr("%1 selected").arg(chosen.size()));
 }
 
 double BoxPlotView::xOf(const Box &box) const

@@ -329,8 +329,7 @@ QString MapLayerView::describe(unsigned int object)
         if (mNeighbors.size() > names.size() && !names.isEmpty())
             names.append(QStringLiteral("\u2026"));
         text += QStringLiteral("; ")
-                + (mNeighbors.size() == 1 ? tr("1 neighbour")
-                                          : tr("%1 neighbours").arg(mNeighbors.size()));
+                + counted(mNeighbors.size(), tr("%1 neighbour"), tr("%1 neighbours"));
         if (!names.isEmpty())
             text += QStringLiteral(": ") + names.join(QStringLiteral(", "));
     });

@@ -8,6 +8,7 @@
 #include <qwt_plot.h>
 #include <qwt_plot_item.h>
 #include <qwt_scale_map.h>
+#include "core/project/text.h"
 #include "desk/views/pointsItem.h"
 
 namespace meridor {
@@ -122,12 +123,12 @@ void PointView::markSelected()
     const double width = plot()->fontMetrics().height() / 8.0;
     mLineItem->show(QPen(colors().ink, width), mLine, mRange.left(), mRange.right());
     mSelectedLineItem->show(QPen(colors().selectedInk, width), mSelectedLine, left, right);
-    QString text = tr("%n points", nullptr, mCount);
+    QString text = counted(mCount, tr("%1 point"), tr("%1 points"));
     if (std::isfinite(mLine.slope))
         text += QStringLiteral(", ") + lineText(mLine);
     QString ofSelected;
     if (!chosen.isEmpty()) {
-        ofSelected = tr("%n selected", nullptr, chosen.size());
+        ofSelected = tr("%1 selected").arg(chosen.size());
         if (std::isfinite(mSelectedLine.slope))
             ofSelected += QStringLiteral(", ") + lineText(mSelectedLine);
     }

@@ -7,6 +7,7 @@
 #include <QToolBar>
 #include "core/analysis/tables.h"
 #include "core/project/catalog.h"
+#include "core/project/text.h"
 #include "datainterface/MGeoData.h"
 #include "desk/models/valueTable.h"
 #include "desk/views/saveName.h"
@@ -127,7 +128,8 @@ void TableWindow::copyToClipboard()
         return;
     }
     QGuiApplication::clipboard()->setText(table()->model().textOf(objects));
-    workspace().tell(tr("%n rows are in the clipboard.", nullptr, objects.size()));
+    workspace().tell(counted(objects.size(), tr("%1 row is in the clipboard."),
+                             tr("%1 rows are in the clipboard.")));
 }
 
 QJsonObject TableWindow::state() const

@@ -253,9 +253,9 @@ void TimePlotView::markSelected()
     QString ofSelected;
     if (!mSelectedMean.isEmpty())
         ofSelected =
-            tr("mean of %n selected objects, and one standard deviation", nullptr, chosen.size());
+            tr("mean of %1 selected objects, and one standard deviation").arg(chosen.size());
     else if (mHasSelected)
-        ofSelected = tr("%n selected", nullptr, chosen.size());
+        ofSelected = tr("%1 selected").arg(chosen.size());
     if (mHasSelected && !history().isKept())
         ofSelected += QStringLiteral("; ") + tr("too many values to draw those of objects");
     setSummary(tr("dashed: mean of all objects"), ofSelected);
