@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Map windows, driven by mouse and keys: what is selected in the library and in other maps, classes,
 // times, layers that lose their data, and pictures.
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QPointer>
@@ -26,6 +27,8 @@
 #include "desk/person.h"
 #include "desk/views/canvas.h"
 #include "desk/views/classPanel.h"
+#include "desk/views/graphWindow.h"
+#include "desk/views/histogramView.h"
 #include "desk/views/legendPanel.h"
 #include "desk/views/mapLayerView.h"
 #include "desk/views/mapWindow.h"
@@ -59,6 +62,7 @@ private Q_SLOTS:
     void wheelKeepsThePlaceUnderTheMouse();
     void classesFollowTheRule();
     void draggedLimitsBecomeOwnLimits();
+    void aHistogramSharesTheClasses();
     void timesChangeShapesAndValues();
     void hoveringShowsNeighbors();
     void gridsSelectCells();
@@ -352,6 +356,41 @@ void tst_MapWindow::draggedLimitsBecomeOwnLimits()
     for (const LegendEntry &entry : layer.legend().entries)
         sum += entry.count;
     QCOMPARE(sum, 48);
+}
+
+/// A limit that is dragged in the histogram moves in the map, and the other way round.
+void tst_MapWindow::aHistogramSharesTheClasses()
+{
+    const std::unique_ptr<GraphWindow> bars(
+        openGraph(workspace(), GraphKind::Histogram, {mIncome}));
+    bars->resize(700, 500);
+    bars->QWidget::show();
+    auto &histogram = static_cast<HistogramView &>(*bars->graph());
+    auto *const choice = bars->findChild<QCheckBox *>(QStringLiteral("mapClasses"));
+    choice->setChecked(true);
+    QCOMPARE(histogram.mapLayer(), static_cast<MapLayerView *>(nullptr));
+    MapWindow *const map = show(mIncome);
+    MapLayerView *const layer = map->layers().first();
+    QTRY_COMPARE(histogram.mapLayer(), layer);
+    ClassRule rule;
+    rule.limits = {30000, 40000};
+    QVERIFY(layer->setRule(rule, false));
+    QCOMPARE(histogram.valueAt(QPointF(histogram.limitAt(0), 0)).x(), 30000.0);
+    QWidget &canvas = *histogram.widget();
+    const QPointF from(std::round(histogram.limitAt(0)), canvas.height() / 2);
+    const QPointF to(from.x() + 40, from.y());
+    const double value = histogram.valueAt(to).x();
+    meridor::drag(canvas, {from, to});
+    QCOMPARE(layer->rule().limits, (QVector<double>{value, 40000}));
+    QCOMPARE(layer->classes()->limits()[1], value);
+    QCOMPARE(workspace().selection().count(mStates), 0); // no region was drawn
+    meridor::drag(canvas, {to, QPointF(canvas.width() - 1, to.y())});
+    QVERIFY2(layer->rule().limits[0] < 40000, qPrintable(QString::number(layer->rule().limits[0])));
+    QVERIFY(bars->state().value(QStringLiteral("mapClasses")).toBool());
+    const QStringList line = bars->commandLine(QStringLiteral("a.png"));
+    QVERIFY2(line.contains(QStringLiteral("--breaks")), qPrintable(line.join(QLatin1Char(' '))));
+    delete map;
+    QTRY_COMPARE(histogram.mapLayer(), static_cast<MapLayerView *>(nullptr));
 }
 
 void tst_MapWindow::timesChangeShapesAndValues()

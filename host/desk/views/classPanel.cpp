@@ -14,6 +14,7 @@
 #include "core/project/text.h"
 #include "core/render/classes.h"
 #include "core/render/palette.h"
+#include "desk/views/classLimits.h"
 
 namespace meridor {
 namespace {
@@ -42,7 +43,7 @@ void LimitsHistogram::show(const QVector<double> &values, const QVector<double> 
 {
     if (mIsDragged)
         return; // the user holds a limit
-    mInner = limits.size() > 2 ? limits.mid(1, limits.size() - 2) : QVector<double>();
+    mInner = innerLimits(limits);
     mColors = colors;
     mCurrent = std::clamp(mCurrent, 0, std::max(0, static_cast<int>(mInner.size()) - 1));
     mBars.clear();
@@ -139,20 +140,13 @@ int LimitsHistogram::limitNear(double x) const
     return found;
 }
 
-/// Limits do not pass each other.
 void LimitsHistogram::moveTo(int limit, double value)
 {
-    if (limit < 0 || limit >= mInner.size())
-        return;
     const double pixel = (mHigh - mLow) / std::max(1.0, plot().width());
-    const double low = (limit > 0 ? mInner[limit - 1] : mLow) + pixel;
-    const double high = (limit + 1 < mInner.size() ? mInner[limit + 1] : mHigh) - pixel;
-    if (low > high)
+    const auto moved = withMovedLimit(mInner, limit, value, mLow, mHigh, pixel);
+    if (!moved)
         return;
-    const double moved = std::clamp(value, low, high);
-    if (moved == mInner[limit])
-        return;
-    mInner[limit] = moved;
+    mInner = *moved;
     update();
     Q_EMIT innerChanged(mInner);
 }

@@ -106,6 +106,10 @@ void GraphCanvas::mousePressEvent(QMouseEvent *event)
     const bool moves =
         event->button() == Qt::MiddleButton
         || (event->button() == Qt::LeftButton && mView.tool() == ViewWindow::Tool::Move);
+    if (event->button() == Qt::LeftButton && mView.trouble().isEmpty() && mView.grab(mStart)) {
+        mDrag = Drag::Grabbed;
+        return;
+    }
     mDrag = moves ? Drag::Move : event->button() == Qt::LeftButton ? Drag::Region : Drag::None;
 }
 
@@ -118,6 +122,10 @@ void GraphCanvas::mouseMoveEvent(QMouseEvent *event)
             rect().contains(at) && mView.trouble().isEmpty() ? mView.objectAt(at) : -1;
         mView.hover(object);
         Q_EMIT mView.pointedAt(mView.textAt(at)); // which may be of no object, such as a bar
+        return;
+    }
+    if (mDrag == Drag::Grabbed) {
+        mView.dragGrabbed(at);
         return;
     }
     if (mDrag == Drag::Move) {

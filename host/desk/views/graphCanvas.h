@@ -35,7 +35,7 @@ protected:
 
 private:
     class Marks;
-    enum class Drag { None, Region, Move };
+    enum class Drag { None, Region, Move, Grabbed };
 
     void drawMarks(QPainter &painter);
     void endDrag();

@@ -76,6 +76,10 @@ public:
     virtual void drawMark(QPainter &painter, int object) = 0;
     /// A double click on no object. @return whether the graph has a use for it; else all is shown.
     virtual bool openAt(const QPoint &) { return false; }
+    /// Whether a press of the left button there holds something that is dragged, instead of drawing
+    /// a region.
+    virtual bool grab(const QPoint &) { return false; }
+    virtual void dragGrabbed(const QPoint &) {}
     /// Marks the next object or, in graphs of groups, the next group.
     virtual void step(int by);
     /// What is marked.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "desk/views/graphWindow.h"
+#include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QJsonArray>
@@ -12,6 +13,7 @@
 #include <qwt_plot_marker.h>
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
+#include "core/project/text.h"
 #include "datainterface/AdjacencySet.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
@@ -48,7 +50,8 @@ bool canShow(GraphKind kind, const QVector<int> &datasets, QString &why)
 {
     const int wanted = kind == GraphKind::Scatter ? 2 : 1;
     if (datasets.size() != wanted)
-        why = GraphWindow::tr("This graph is of %n datasets", nullptr, wanted);
+        why = counted(wanted, GraphWindow::tr("This graph is of %1 dataset"),
+                      GraphWindow::tr("This graph is of %1 datasets"));
     for (const int dataset : datasets) {
         if (!datasetOf(dataset))
             why = GraphWindow::tr("A dataset of this graph does not exist");
@@ -178,6 +181,8 @@ bool GraphWindow::show(const QVector<int> &datasets, int weights)
         removeView(before);
     if (!mColors.isEmpty())
         setClasses(mLimits, mColors);
+    if (mMapClasses && mMapClasses->isChecked())
+        static_cast<HistogramView *>(view)->setFollowsMap(true);
     mMustFill = true;
     fillChoices();
     Q_EMIT titleChanged(title());
@@ -238,6 +243,16 @@ void GraphWindow::makeChoices()
         mChoices = {addChoice("dataset", tr("Dataset"))};
     if (mKind == GraphKind::Moran)
         mWeightChoice = addChoice("weights", tr("Weight set"));
+    if (mKind == GraphKind::Histogram) {
+        mMapClasses = new QCheckBox(tr("Classes of the map"), this);
+        mMapClasses->setObjectName(QStringLiteral("mapClasses"));
+        mMapClasses->setToolTip(tr("Limits are dragged here and in the map's form of classes"));
+        mChoiceRow->addWidget(mMapClasses);
+        connect(mMapClasses, &QCheckBox::toggled, this, [this](bool follows) {
+            if (auto *const bars = qobject_cast<HistogramView *>(graph()))
+                bars->setFollowsMap(follows);
+        });
+    }
     mChoiceRow->addStretch(1);
 }
 
@@ -307,6 +322,8 @@ QJsonObject GraphWindow::state() const
         state.insert(QStringLiteral("weights"), weightSetOf(mWeights).GetName());
     if (!mTitle.isEmpty())
         state.insert(QStringLiteral("title"), mTitle);
+    if (mMapClasses)
+        state.insert(QStringLiteral("mapClasses"), mMapClasses->isChecked());
     if (graph()->isZoomed()) {
         const QRectF range = graph()->shownRange();
         state.insert(QStringLiteral("range"),
@@ -333,6 +350,8 @@ void GraphWindow::restore(const QJsonObject &state)
         return;
     ViewWindow::restore(state);
     setTitle(state.value(QStringLiteral("title")).toString());
+    if (mMapClasses)
+        mMapClasses->setChecked(state.value(QStringLiteral("mapClasses")).toBool());
     const QJsonArray range = state.value(QStringLiteral("range")).toArray();
     if (graph() && range.size() == 4)
         graph()->setShownRange(rangeOf(range));

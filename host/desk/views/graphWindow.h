@@ -8,6 +8,7 @@
 #include "desk/views/viewFactory.h"
 #include "desk/views/viewWindow.h"
 
+class QCheckBox;
 class QComboBox;
 class QHBoxLayout;
 
@@ -60,7 +61,8 @@ private:
     QVector<QColor> mColors;
     QVector<QComboBox *> mChoices; ///< one for each dataset
     QComboBox *mWeightChoice = nullptr;
-    bool mMustFill = true; ///< the choices are not those of the present project
+    QCheckBox *mMapClasses = nullptr; ///< of a histogram
+    bool mMustFill = true;            ///< the choices are not those of the present project
     QWidget *mHolder;
     QHBoxLayout *mChoiceRow = nullptr;
 };

@@ -13,7 +13,9 @@
 #include "core/render/theme.h"
 #include "datainterface/DataAPI.h"
 #include "desk/methods/fields.h"
+#include "desk/views/classLimits.h"
 #include "desk/views/graphCanvas.h"
+#include "desk/views/mapLayerView.h"
 #include "desk/views/valueHistory.h"
 
 namespace meridor {
@@ -53,6 +55,10 @@ public:
             if (mView.mSelected.value(bar) > 0)
                 fill(bar, 0, mView.mSelected[bar], colors.selected);
         }
+        painter->setPen(QPen(colors.ink, 0, Qt::DashLine));
+        for (const double limit : innerLimits(mView.mLimits))
+            painter->drawLine(QPointF(xMap.transform(limit), yMap.p1()),
+                              QPointF(xMap.transform(limit), yMap.p2()));
     }
 
 private:
@@ -63,6 +69,7 @@ HistogramView::HistogramView(Workspace &workspace, int dataset)
     : GraphView(workspace, VORN_GetGeographyId(dataset)), mDataset(dataset)
 {
     (new Bars(*this))->attach(plot());
+    connect(&workspace, &Workspace::idle, this, [this] { findLayer(); });
     join();
 }
 
@@ -81,9 +88,6 @@ void HistogramView::read()
         failWithoutValues(mDataset);
     mBins = binsOf(present);
     mCounts.fill(0, mBins.count);
-    mClassCounts.clear();
-    if (!mClassColors.isEmpty())
-        mClassCounts.fill(QVector<int>(mClassColors.size()), mBins.count);
     mBarOf.fill(-1, mValues.size());
     for (int i = 0; i < mValues.size(); ++i) {
         if (!std::isfinite(mValues[i]))
@@ -91,10 +95,20 @@ void HistogramView::read()
         const int bar = mBins.of(mValues[i]);
         mBarOf[i] = static_cast<qint16>(bar);
         ++mCounts[bar];
-        if (const int of = mClassColors.isEmpty() ? -1 : classOf(mValues[i], mLimits); of >= 0)
-            ++mClassCounts[bar][of];
     }
     mPointed = std::min(mPointed, mBins.count - 1);
+    countClasses();
+}
+
+void HistogramView::countClasses()
+{
+    mClassCounts.clear();
+    if (mClassColors.isEmpty())
+        return;
+    mClassCounts.fill(QVector<int>(mClassColors.size()), mBins.count);
+    for (int i = 0; i < mBarOf.size(); ++i)
+        if (const int of = mBarOf[i] < 0 ? -1 : classOf(mValues[i], mLimits); of >= 0)
+            ++mClassCounts[mBarOf[i]][of];
 }
 
 void HistogramView::setClasses(const QVector<double> &limits, const QVector<QColor> &colors)
@@ -102,7 +116,90 @@ void HistogramView::setClasses(const QVector<double> &limits, const QVector<QCol
     const bool fits = limits.size() == colors.size() + 1;
     mLimits = fits ? limits : QVector<double>();
     mClassColors = fits ? colors : QVector<QColor>();
-    workspace().look([this] { timeChanged(); });
+    if (!trouble().isEmpty())
+        return;
+    countClasses();
+    redraw();
+}
+
+void HistogramView::setFollowsMap(bool follows)
+{
+    mFollowsMap = follows;
+    if (!follows) {
+        if (mLayer)
+            mLayer->disconnect(this);
+        mLayer = nullptr;
+        setClasses({}, {});
+        return;
+    }
+    findLayer();
+    if (!mLayer)
+        workspace().tell(
+            tr("No map shows %1; the classes are shown when one does.").arg(datasetName(mDataset)));
+}
+
+/// The youngest map of the dataset with limits between its classes.
+void HistogramView::findLayer()
+{
+    if (!mFollowsMap || mLayer)
+        return;
+    for (MLinker *const view : workspace().views())
+        if (auto *const layer = qobject_cast<MapLayerView *>(view);
+            layer && layer->dataset() == mDataset && layer->classes())
+            mLayer = layer;
+    if (!mLayer)
+        return;
+    connect(mLayer, &MapLayerView::legendChanged, this, &HistogramView::takeClasses);
+    connect(mLayer, &QObject::destroyed, this, [this] {
+        mLayer = nullptr;
+        setClasses({}, {});
+        findLayer();
+    });
+    takeClasses();
+}
+
+void HistogramView::takeClasses()
+{
+    if (!mLayer || !mLayer->classes())
+        return;
+    QVector<QColor> colors;
+    for (int i = 0; i < mLayer->classes()->entries().size(); ++i)
+        colors.append(mLayer->colorOf(i));
+    setClasses(mLayer->classes()->limits(), colors);
+}
+
+double HistogramView::limitAt(int inner) const
+{
+    return xMap().transform(innerLimits(mLimits).value(inner));
+}
+
+bool HistogramView::grab(const QPoint &pixel)
+{
+    mGrabbed = -1;
+    double nearest = plot()->fontMetrics().height() / 3.0;
+    for (int i = 0; mLayer && i < innerLimits(mLimits).size(); ++i) {
+        const double away = std::abs(limitAt(i) - pixel.x());
+        if (away < nearest) {
+            nearest = away;
+            mGrabbed = i;
+        }
+    }
+    return mGrabbed >= 0;
+}
+
+void HistogramView::dragGrabbed(const QPoint &pixel)
+{
+    if (!mLayer)
+        return;
+    const double least = std::abs(valueAt(QPointF(1, 0)).x() - valueAt(QPointF(0, 0)).x());
+    const auto moved = withMovedLimit(innerLimits(mLimits), mGrabbed, valueAt(pixel).x(),
+                                      mLimits.first(), mLimits.last(), least);
+    if (!moved)
+        return;
+    ClassRule rule = mLayer->rule();
+    rule.method.clear();
+    rule.limits = *moved;
+    mLayer->setRule(rule, mLayer->hasAllTimes());
 }
 
 void HistogramView::markSelected()
@@ -119,8 +216,9 @@ void HistogramView::markSelected()
     int count = 0;
     for (const int of : std::as_const(mCounts))
         count += of;
-    setSummary(tr("%1 values in bars %2 wide").arg(count).arg(shortNumber(mBins.width, 6)),
-               chosen > 0 ? tr("%n selected", nullptr, chosen) : QString());
+    setSummary(counted(count, tr("%1 value in bars %2 wide"), tr("%1 values in bars %2 wide"))
+                   .arg(shortNumber(mBins.width, 6)),
+               chosen > 0 ? tr("%1 selected").arg(chosen) : QString());
 }
 
 QRectF HistogramView::barRect(int bar) const
@@ -149,10 +247,10 @@ int HistogramView::barAt(const QPointF &pixel) const
 QString HistogramView::textOfBar(int bar) const
 {
     const double low = mBins.start + bar * mBins.width;
-    QString text = tr("%1 to %2: %n values", nullptr, mCounts[bar])
-                       .arg(shortNumber(low, 6), shortNumber(low + mBins.width, 6));
+    QString text = tr("%1 to %2: ").arg(shortNumber(low, 6), shortNumber(low + mBins.width, 6))
+                   + counted(mCounts[bar], tr("%1 value"), tr("%1 values"));
     if (mSelected[bar] > 0)
-        text += QStringLiteral(", ") + tr("%n selected", nullptr, mSelected[bar]);
+        text += QStringLiteral(", ") + tr("%1 selected").arg(mSelected[bar]);
     return text;
 }
 
@@ -248,8 +346,13 @@ QStringList HistogramView::commandLine(const QString &picture) const
     if (!mLimits.isEmpty()) {
         QStringList limits;
         for (const double limit : mLimits)
-            limits.append(exactNumber(limit));
+            if (limits.isEmpty() || limits.last() != exactNumber(limit))
+                limits.append(exactNumber(limit));
         line << QStringLiteral("--breaks") << limits.join(QLatin1Char(','));
+        if (mLayer && !mLayer->rule().palette.isEmpty())
+            line << QStringLiteral("--palette") << mLayer->rule().palette;
+        if (mLayer && mLayer->rule().reversed)
+            line << QStringLiteral("--reverse");
     } else {
         line << QStringLiteral("--method") << QStringLiteral("equal") << QStringLiteral("--count")
              << QStringLiteral("1");

@@ -2,9 +2,11 @@
 /// How many objects have values in each of several bars of equal width, and how many of them are
 /// selected.
 #pragma once
+#include <QPointer>
 #include <QVector>
 #include "core/plot/plotValues.h"
 #include "desk/views/graphView.h"
+#include "desk/views/mapLayerView.h"
 
 namespace meridor {
 
@@ -19,11 +21,21 @@ public:
     /// Colours the bars by classes.
     /// @param limits  ascending, one more than colors; empty: no classes.
     void setClasses(const QVector<double> &limits, const QVector<QColor> &colors);
+    /// Shows the classes of the map of the dataset, as long as there is one; a limit that is dragged
+    /// here moves there, too.
+    void setFollowsMap(bool follows);
+    bool followsMap() const { return mFollowsMap; }
+    /// The layer whose classes are shown; null without one.
+    MapLayerView *mapLayer() const { return mLayer; }
+    /// Where a limit between two classes is on the canvas.
+    double limitAt(int inner) const;
 
     int objectAt(const QPoint &) const override { return -1; }
     QString textAt(const QPoint &pixel) override;
     QString textOf(int object) override;
     void drawMark(QPainter &painter, int object) override;
+    bool grab(const QPoint &pixel) override;
+    void dragGrabbed(const QPoint &pixel) override;
     void step(int by) override;
     QVector<unsigned int> marked() const override;
 
@@ -42,11 +54,17 @@ protected:
 
 private:
     class Bars;
+    void countClasses();
+    void findLayer();
+    void takeClasses();
     int barAt(const QPointF &pixel) const;
     QString textOfBar(int bar) const;
     QVector<unsigned int> objectsOf(const QVector<bool> &bars) const;
 
     int mDataset;
+    bool mFollowsMap = false;
+    QPointer<MapLayerView> mLayer; ///< that is followed
+    int mGrabbed = -1;             ///< the inner limit that is dragged
     QVector<double> mLimits;
     QVector<QColor> mClassColors;
     QVector<double> mValues; ///< by object
