@@ -5,6 +5,7 @@
 #include "datainterface/VORN_Progress.h"
 #include "desk/methods/fields.h"
 #include "desk/methods/method.h"
+#include "desk/project/importLine.h"
 
 namespace meridor {
 namespace {
@@ -40,14 +41,16 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
 
 QStringList commandLine(Workspace &workspace, const MethodArguments &arguments)
 {
-    QStringList line{QStringLiteral("convert"), workspace.commandPath(),
-                     datasetWord(arguments.id(QStringLiteral("dataset"))),
-                     arguments.text(QStringLiteral("new"))};
+    QStringList options;
     for (const char *const name : {"type", "storage"})
         if (arguments.text(QLatin1String(name)) != QLatin1String("same"))
-            addOptions(line, arguments, {name});
-    addOptions(line, arguments, {"decimals"});
-    return line;
+            addOptions(options, arguments, {name});
+    addOptions(options, arguments, {"decimals"});
+    return commandWords({QStringLiteral("convert")},
+                        {workspace.commandPath(),
+                         datasetWord(arguments.id(QStringLiteral("dataset"))),
+                         arguments.text(QStringLiteral("new"))},
+                        options);
 }
 
 } // namespace

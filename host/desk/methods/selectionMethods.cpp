@@ -67,10 +67,11 @@ QStringList valueLine(Workspace &workspace, const MethodArguments &arguments)
     addOptions(line, arguments, {"min", "max"});
     const QStringList values =
         arguments.text(QStringLiteral("values")).split(QLatin1Char(';'), Qt::SkipEmptyParts);
-    if (!values.isEmpty())
-        line << QStringLiteral("--values");
+    QStringList trimmed;
     for (const QString &value : values)
-        line << value.trimmed();
+        trimmed.append(value.trimmed());
+    if (!trimmed.isEmpty())
+        line += optionWords(QStringLiteral("--values"), trimmed.join(QLatin1Char(',')));
     if (!datasetOf(dataset)->IsStatic())
         line << QStringLiteral("--at") << timeText(workspace, VORN_GetGeographyId(dataset));
     if (arguments.whole(QStringLiteral("realization")) > 1)

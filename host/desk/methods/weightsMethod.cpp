@@ -4,8 +4,10 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
+#include "datainterface/VORN_Progress.h"
 #include "desk/methods/fields.h"
 #include "desk/methods/method.h"
+#include "desk/project/importLine.h"
 
 namespace meridor {
 namespace {
@@ -35,6 +37,7 @@ void execute(Workspace &workspace, const MethodArguments &arguments, MethodRepor
     const WeightSetPlan plan = planOf(arguments);
     if (plan.name.isEmpty())
         fail(methodText("a weight set needs a name"));
+    VORN_Progress::Close(); // a set by distances opens the bar itself
     const int set = createWeightSet(geography, plan);
     const LinkSummary links = summarize(set, workspace.timeOf(geography));
     workspace.setShownWeights(geography, set);
@@ -55,10 +58,8 @@ void execute(Workspace &workspace, const MethodArguments &arguments, MethodRepor
 QStringList commandLine(Workspace &workspace, const MethodArguments &arguments)
 {
     const WeightSetPlan plan = planOf(arguments);
-    QStringList line{
-        QStringLiteral("weights"),     QStringLiteral("create"),
-        workspace.commandPath(),       plan.name,
-        QStringLiteral("--geography"), geographyName(arguments.id(QStringLiteral("geography")))};
+    QStringList line = optionWords(QStringLiteral("--geography"),
+                                   geographyName(arguments.id(QStringLiteral("geography"))));
     addOptions(line, arguments, {"method", "weights"});
     if (isByBorder(plan))
         addOptions(line, arguments, {"order"});
@@ -68,7 +69,8 @@ QStringList commandLine(Workspace &workspace, const MethodArguments &arguments)
         addOptions(line, arguments, {"range"});
     if (plan.greatCircle && !isByBorder(plan))
         line << QStringLiteral("--great-circle");
-    return line;
+    return commandWords({QStringLiteral("weights"), QStringLiteral("create")},
+                        {workspace.commandPath(), plan.name}, line);
 }
 
 } // namespace

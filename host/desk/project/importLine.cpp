@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "desk/project/importLine.h"
 #include <QDir>
+#include <algorithm>
 #include "core/formats/sourceFile.h"
 #include "core/import/importOptions.h"
+#include "desk/project/actionLog.h"
 
 namespace meridor {
 
@@ -22,7 +24,7 @@ QStringList importLine(const ImportOptions &options, const QString &project, boo
                      project, append ? QStringLiteral("--append") : QStringLiteral("--overwrite")};
     const auto add = [&line](const char *option, const QString &value) {
         if (!value.isEmpty())
-            line << QLatin1String(option) << value;
+            line += optionWords(QLatin1String(option), value);
     };
     const auto addAll = [&add](const char *option, const QStringList &values) {
         for (const QString &value : values)
@@ -65,6 +67,17 @@ QStringList importLine(const ImportOptions &options, const QString &project, boo
         add("--snap", QString::number(options.snap, 'g', 17));
     addFlag("--strict", options.strict);
     return line;
+}
+
+QStringList commandWords(const QStringList &verb, const QStringList &arguments,
+                         const QStringList &options)
+{
+    const bool looksLikeOption =
+        std::any_of(arguments.begin(), arguments.end(),
+                    [](const QString &each) { return each.startsWith(QLatin1Char('-')); });
+    return verb
+           + (looksLikeOption ? options + QStringList{QStringLiteral("--")} + arguments
+                              : arguments + options);
 }
 
 } // namespace meridor

@@ -14,4 +14,9 @@ QString pathWord(const QString &path);
 /// @param append  whether the project exists; else it is made, or replaced.
 QStringList importLine(const ImportOptions &options, const QString &project, bool append);
 
+/// A verb with its arguments and options. Arguments that look like options, such as a dataset called
+/// "-1", come last, behind two hyphens.
+QStringList commandWords(const QStringList &verb, const QStringList &arguments,
+                         const QStringList &options);
+
 } // namespace meridor

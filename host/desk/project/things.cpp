@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "desk/project/things.h"
-#include <algorithm>
 #include "core/analysis/convertDataset.h"
 #include "core/analysis/weightSets.h"
 #include "core/geostatistics/variogramModels.h"
@@ -15,6 +14,7 @@
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
 #include "datainterface/VariogramAPI.h"
+#include "desk/project/importLine.h"
 #include "desk/project/workspace.h"
 
 namespace meridor {
@@ -76,13 +76,8 @@ Words wordsOf(const Thing &thing)
 void note(Workspace &workspace, const char *verb, const QStringList &options,
           const QStringList &names)
 {
-    const bool looksLikeOption = std::any_of(names.begin(), names.end(), [](const QString &name) {
-        return name.startsWith(QLatin1Char('-'));
-    });
-    const QStringList words = QStringList{workspace.commandPath()} + names;
-    workspace.log().did(QStringList{QLatin1String(verb)}
-                        + (looksLikeOption ? options + QStringList{QStringLiteral("--")} + words
-                                           : words + options));
+    workspace.log().did(
+        commandWords({QLatin1String(verb)}, QStringList{workspace.commandPath()} + names, options));
     workspace.markDirty();
 }
 
