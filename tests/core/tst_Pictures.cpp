@@ -205,7 +205,9 @@ private Q_SLOTS:
                              QVector<double>{10, 20, 30, -9}, -9, true, true);
         MapStyle style;
         style.rule.limits = {0, 15, 40};
-        style.layers = {{shop.report.geography, -1, QString()}};
+        MapLayerStyle outlines;
+        outlines.geography = shop.report.geography;
+        style.layers = {outlines};
         const MapPicture map = choropleth({dataset, 0, "height", {}}, style);
         QCOMPARE(legendText(map), QString("15 \u2013 40 2, 0 \u2013 15 1, no value 1"));
         QCOMPARE(map.legend.size(), 2);
