@@ -87,9 +87,9 @@ void View::showTime(bool reread)
             rereads ? valuesChanged() : timeChanged();
             findSpan();
         });
-        hoverChanged(); // its value is another one
         widget()->update();
     }
+    hoverChanged(); // its value, or its name alone, is another one
     if (isOther)
         Q_EMIT shownTimeChanged(time);
 }
