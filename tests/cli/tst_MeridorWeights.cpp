@@ -170,7 +170,7 @@ private Q_SLOTS:
         };
         check("x.gal", QByteArray(), "heading");
         check("x.gal", "a b c\n", "heading"); // no count
-        check("x.gal", "0 2 m k\na 0\n", "1 objects");
+        check("x.gal", "0 2 m k\na 0\n", "1 object, the heading");
         check("x.gal", "0 1 m k\na 2\nb\n", "fewer neighbours"); // cut short
         check("x.gal", "0 1 m k\na 1\nb c\n", "line 3");
         check("x.gal", "0 2 m k\na 1\nb\na 1\nb\n", "a is there already");

@@ -240,7 +240,7 @@ private Q_SLOTS:
         QCOMPARE(shop.run(), QString());
         const QString notes = shop.notes.join('\n');
         QVERIFY2(notes.contains("2 keys that no object has: z, y"), qPrintable(notes));
-        QVERIFY2(notes.contains("1 objects without a row, their values are missing: c"),
+        QVERIFY2(notes.contains("1 object without a row, whose values are missing: c"),
                  qPrintable(notes));
         QCOMPARE(shop.report.unmatched.first().tableKeys, (QStringList{"z", "y"}));
         QCOMPARE(shop.report.unmatched.first().objectKeys, QStringList{"c"});

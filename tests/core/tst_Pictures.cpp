@@ -193,6 +193,37 @@ private Q_SLOTS:
         QCOMPARE(sequentialColors("Blues", 40).size(), 40);
     }
 
+    /// A grid of more cells than are counted one by one, with extremes between those of the sample.
+    void classesOfLargeGrids()
+    {
+        constexpr int kSide = 2100;
+        Workshop shop(squares());
+        QCOMPARE(shop.run(), QString());
+        const int grid =
+            VORN_CreateNewRasterGeography("grid", kSide, kSide, QRectF(0, 0, 1, 1),
+                                          Interval{0, 0, true, true}, TF_Integer, "", "");
+        const int dataset = VORN_NewRasterDataset(grid, "height", RasterDecimalType, 1, 64, "");
+        QVector<double> values(kSide * kSide);
+        for (int i = 0; i < values.size(); ++i)
+            values[i] = i;
+        values[kSide + 1] = -5e6;
+        values[3 * kSide + 5] = 9e6;
+        VORN_AddRasterValues(dataset, 0, Interval{0, 0, true, true}, values, -1, true, true);
+        const int before = geographyIds().size();
+        for (const char *const method : {"quantile", "box"}) {
+            ClassRule rule;
+            rule.method = QLatin1String(method);
+            rule.count = 4;
+            const QVector<double> limits = Classification(dataset, {0}, rule).limits();
+            QCOMPARE(limits.first(), -5e6);
+            QCOMPARE(limits.last(), 9e6);
+            const double median = limits[limits.size() / 2];
+            QVERIFY2(std::abs(median / values.size() - 0.5) < 0.01,
+                     qPrintable(QString::number(median)));
+        }
+        QCOMPARE(geographyIds().size(), before);
+    }
+
     /// The grid below, its missing cells counted; a layer of squares above it, clipped at its extent.
     void drawLayersOverGrids()
     {

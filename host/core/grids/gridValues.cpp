@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "core/grids/gridValues.h"
+#include <algorithm>
+#include <cmath>
 #include <limits>
 #include "core/formats/values.h"
+#include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/projectHost.h"
@@ -61,6 +64,47 @@ QVector<double> gridValues(int dataset, qint64 time, int realization)
         if (missing.matches(value))
             value = std::numeric_limits<double>::quiet_NaN();
     return values;
+}
+
+void visitCells(int dataset, qint64 time, int realization,
+                const std::function<void(int row, int column, double value)> &visit)
+{
+    constexpr int kRowsBetweenPolls = 16;
+    const MRasterDataset &raster = *rasterOf(dataset);
+    const MRasterObservation *const grid = raster.GetConstRasterInfo(realization, time);
+    if (!grid)
+        return;
+    const HeldGrid hold(*grid);
+    const MissingFlag flag = raster.GetMissingFlag();
+    for (int row = 0; row < grid->Rows(); ++row) {
+        if (row % kRowsBetweenPolls == 0)
+            stopIfCancelled();
+        double value = 0;
+        for (int column = 0; column < grid->Columns(); ++column)
+            if (grid->GetValueAsDecimal(column, row, value, flag) && std::isfinite(value))
+                visit(row, column, value);
+    }
+}
+
+QVector<double> gridSample(int dataset, const QVector<qint64> &times, int realization, int count)
+{
+    const double cells =
+        static_cast<double>(VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount)
+        * times.size();
+    const int distance = std::max(1, static_cast<int>(std::ceil(std::sqrt(cells / count))));
+    QVector<double> sample;
+    double least = std::numeric_limits<double>::infinity();
+    double largest = -least;
+    for (const qint64 time : times)
+        visitCells(dataset, time, realization, [&](int row, int column, double value) {
+            least = std::min(least, value);
+            largest = std::max(largest, value);
+            if (row % distance == 0 && column % distance == 0)
+                sample.append(value);
+        });
+    if (least <= largest)
+        sample << least << largest;
+    return sample;
 }
 
 QString cellText(int dataset, double value)

@@ -4,6 +4,7 @@
 #include <QPair>
 #include <QString>
 #include <QVector>
+#include <functional>
 #include <memory>
 #include "core/export.h"
 
@@ -16,6 +17,16 @@ namespace meridor {
 /// All cells of the grid at a time, row by row; NaN for a missing cell. Raises a Failure if the
 /// dataset has no grid at that time.
 MERIDOR_EXPORT QVector<double> gridValues(int dataset, qint64 time, int realization = 0);
+
+/// Visits the finite values of the cells of the grid at a time, row by row, in place: nothing is
+/// copied. Nothing is visited if the dataset has no grid at that time.
+MERIDOR_EXPORT void visitCells(int dataset, qint64 time, int realization,
+                               const std::function<void(int row, int column, double value)> &visit);
+
+/// Finite values of the grids of some times: about `count` of cells at regular distances, and the
+/// least and the largest of all cells.
+MERIDOR_EXPORT QVector<double> gridSample(int dataset, const QVector<qint64> &times,
+                                          int realization, int count);
 
 /// Reads single cells of a grid at a time. Cells are read in place; after reads of many of them the
 /// whole grid is kept in memory, in its own type, as long as this object exists.

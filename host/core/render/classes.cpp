@@ -8,7 +8,9 @@
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/projectHost.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/GeographyAPI.h"
 #include "datainterface/HeldGrid.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/RasterAPI.h"
@@ -24,6 +26,19 @@ public:
     int id() const { return mId; }
     PassingDataset(const PassingDataset &) = delete;
     PassingDataset &operator=(const PassingDataset &) = delete;
+
+private:
+    int mId;
+};
+
+/// A temporary geography, removed at the end of its scope.
+class PassingGeography {
+public:
+    explicit PassingGeography(int id) : mId(id) {}
+    ~PassingGeography() { controller().RemoveGeography(mId); }
+    int id() const { return mId; }
+    PassingGeography(const PassingGeography &) = delete;
+    PassingGeography &operator=(const PassingGeography &) = delete;
 
 private:
     int mId;
@@ -50,7 +65,21 @@ QStringList classificationNames()
     return methods().keys();
 }
 
+bool isLargeGrid(int dataset, int times)
+{
+    // A table of so many different values takes about 250 MB.
+    constexpr double kMostCounted = 4e6;
+    const GeoProps props = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset));
+    return rasterOf(dataset) && static_cast<double>(props.objectCount) * times > kMostCounted;
+}
+
 namespace {
+
+/// Whether the type of a grid's cells has more values than are quickly counted.
+bool hasManyValues(int dataset)
+{
+    return rasterOf(dataset)->GetRasterBitDepth() > 16;
+}
 
 /// Of the frequency table, which counts the values of all realizations.
 QVector<double> breaksOfTable(int dataset, MDataset::ClassificationType method, int classes)
@@ -68,6 +97,23 @@ QVector<double> breaksOfTable(int dataset, MDataset::ClassificationType method, 
     const QVector<double> breaks = owner->GetIntervalBreaks(0, wanted + 1, method, true).toVector();
     stopIfCancelled();
     return breaks;
+}
+
+/// Of values that belong to no dataset.
+QVector<double> breaksOfSample(const QVector<double> &values, MDataset::ClassificationType method,
+                               int classes)
+{
+    if (values.isEmpty())
+        return {};
+    const Interval always{0, 0, true, true};
+    const PassingGeography row(VORN_CreateNewRasterGeography(
+        QStringLiteral("sample"), 1, static_cast<unsigned>(values.size()),
+        QRectF(0, 0, values.size(), 1), always, TF_Integer, QString(), QString()));
+    const PassingDataset alone(VORN_NewRasterDataset(row.id(), QStringLiteral("sample"),
+                                                     RasterDecimalType, 1, 64, QString()));
+    constexpr double kNone = -std::numeric_limits<double>::infinity(); // the values are finite
+    VORN_AddRasterValues(alone.id(), 0, always, values, kNone, true, true);
+    return breaksOfTable(alone.id(), method, classes);
 }
 
 /// A dataset of the same type that holds the grids of some times.
@@ -115,11 +161,17 @@ int objectsAlone(int dataset, const QVector<qint64> &times, int realization, boo
 QVector<double> breaksOfAll(int dataset, MDataset::ClassificationType method, int classes,
                             int realization)
 {
-    if (VORN_GetDatasetProperties(dataset).realizationCount <= 1)
+    const bool isAlone = VORN_GetDatasetProperties(dataset).realizationCount <= 1;
+    if (isAlone && (!rasterOf(dataset) || datasetOf(dataset)->UniqueValueCount(nullptr) > 0))
         return breaksOfTable(dataset, method, classes);
     QVector<qint64> times;
     for (const Interval &when : dataTimes(dataset, realization))
         times.append(instantOf(when));
+    if (isLargeGrid(dataset, times.size()) && hasManyValues(dataset))
+        return breaksOfSample(gridSample(dataset, times, realization, kSampledCells), method,
+                              classes);
+    if (isAlone)
+        return breaksOfTable(dataset, method, classes);
     const PassingDataset alone(rasterOf(dataset) ? gridsAt(dataset, times, realization)
                                                  : objectsAlone(dataset, times, realization, true));
     return breaksOfTable(alone.id(), method, classes);
@@ -146,6 +198,9 @@ ValuesAt existingValuesAt(int dataset, qint64 time, int realization)
 QVector<double> breaksAt(int dataset, const QVector<qint64> &times,
                          MDataset::ClassificationType method, int classes, int realization)
 {
+    if (isLargeGrid(dataset, times.size()) && hasManyValues(dataset))
+        return breaksOfSample(gridSample(dataset, times, realization, kSampledCells), method,
+                              classes);
     const PassingDataset alone(rasterOf(dataset)
                                    ? gridsAt(dataset, times, realization)
                                    : objectsAlone(dataset, times, realization, false));

@@ -24,6 +24,11 @@ MERIDOR_EXPORT QVector<double> breaksAt(int dataset, const QVector<qint64> &time
                                         MDataset::ClassificationType method, int classes,
                                         int realization = 0);
 
+/// Whether the grids of so many times have more cells than are classified one by one. Their classes
+/// are those of gridSample() with kSampledCells cells.
+MERIDOR_EXPORT bool isLargeGrid(int dataset, int times);
+constexpr int kSampledCells = 1'000'000;
+
 /// valuesAt, with the values of objects that do not exist then as missing.
 MERIDOR_EXPORT ValuesAt existingValuesAt(int dataset, qint64 time, int realization = 0);
 

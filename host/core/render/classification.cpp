@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "core/render/classification.h"
+#include <QHash>
 #include <QMap>
 #include <algorithm>
 #include <cmath>
+#include "core/grids/gridValues.h"
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -11,9 +13,7 @@
 #include "core/render/palette.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
-#include "datainterface/HeldGrid.h"
 #include "datainterface/MDataset.h"
-#include "datainterface/MRasterDataset.h"
 #include "datainterface/RasterAPI.h"
 
 namespace meridor {
@@ -61,6 +61,15 @@ bool isMethod(const Method &method, const char *name)
     return qstrcmp(method.name, name) == 0;
 }
 
+/// The times, or without any those of the values.
+QVector<qint64> timesOf(int dataset, QVector<qint64> times, int realization)
+{
+    if (times.isEmpty())
+        for (const Interval &interval : dataTimes(dataset, realization))
+            times.append(instantOf(interval));
+    return times;
+}
+
 /// The values of each time; of all times and objects if there are none.
 QVector<ValuesAt> valuesOf(int dataset, const QVector<qint64> &times, int realization)
 {
@@ -79,9 +88,15 @@ QVector<ValuesAt> valuesOf(int dataset, const QVector<qint64> &times, int realiz
     return values;
 }
 
-/// The values of the times, ascending.
+/// The values of the times, ascending; of large grids a sample, which holds the least and the largest.
 QVector<double> sortedValues(int dataset, const QVector<qint64> &times, int realization)
 {
+    const QVector<qint64> all = timesOf(dataset, times, realization);
+    if (isLargeGrid(dataset, all.size())) {
+        QVector<double> sample = gridSample(dataset, all, realization, kSampledCells);
+        std::sort(sample.begin(), sample.end());
+        return sample;
+    }
     QVector<double> sorted;
     for (const ValuesAt &values : valuesOf(dataset, times, realization)) {
         stopIfCancelled();
@@ -143,21 +158,8 @@ void coverTime(QVector<double> &limits, int dataset, qint64 time, int realizatio
         limits.first() = std::min(limits.first(), value);
         limits.last() = std::max(limits.last(), value);
     };
-    if (const MRasterDataset *raster = rasterOf(dataset)) {
-        const MRasterObservation *grid = raster->GetConstRasterInfo(realization, time);
-        if (!grid)
-            return;
-        const HeldGrid hold(*grid);
-        const GeoProps props = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset));
-        const MissingFlag flag = raster->GetMissingFlag();
-        for (int row = 0; row < props.rows; ++row) {
-            if (row % 16 == 0)
-                stopIfCancelled();
-            double value = 0;
-            for (int column = 0; column < props.columns; ++column)
-                if (grid->GetValueAsDecimal(column, row, value, flag) && std::isfinite(value))
-                    cover(value);
-        }
+    if (rasterOf(dataset)) {
+        visitCells(dataset, time, realization, [&](int, int, double value) { cover(value); });
         return;
     }
     const ValuesAt values = datasetOf(dataset)->IsStatic()
@@ -169,14 +171,11 @@ void coverTime(QVector<double> &limits, int dataset, qint64 time, int realizatio
 }
 
 /// The limits of many values are found in a sample, which may leave some values outside.
-void coverAll(QVector<double> &limits, int dataset, QVector<qint64> times, int realization)
+void coverAll(QVector<double> &limits, int dataset, const QVector<qint64> &times, int realization)
 {
     if (limits.isEmpty())
         return;
-    if (times.isEmpty())
-        for (const Interval &interval : dataTimes(dataset, realization))
-            times.append(instantOf(interval));
-    for (const qint64 time : times) {
+    for (const qint64 time : timesOf(dataset, times, realization)) {
         stopIfCancelled();
         coverTime(limits, dataset, time, realization);
     }
@@ -318,21 +317,35 @@ void Classification::enumerate(int dataset, const QVector<qint64> &times, const 
 {
     const bool numeric = datasetOf(dataset)->IsNumeric();
     QMap<QString, int> counts;
-    QMap<double, QString> numbers; // in ascending order
-    for (const ValuesAt &values : valuesOf(dataset, times, mRealization)) {
-        stopIfCancelled();
-        const int size = numeric ? values.numbers.size() : values.texts.size();
-        for (int i = 0; i < size; ++i) {
-            if (values.missing.contains(i) || (numeric && !std::isfinite(values.numbers[i])))
-                continue;
-            if (numeric && values.numbers[i] != std::floor(values.numbers[i]))
-                fail(QStringLiteral("%1 holds decimals; unique values are of texts and integers")
-                         .arg(datasetName(dataset)));
-            const QString text = numeric ? exactNumber(values.numbers[i]) : values.texts[i];
-            ++counts[text];
-            if (numeric)
-                numbers.insert(values.numbers[i], text);
+    QHash<double, int> tally;
+    const auto add = [&](double value) {
+        if (value != std::floor(value))
+            fail(QStringLiteral("%1 holds decimals; unique values are of texts and integers")
+                     .arg(datasetName(dataset)));
+        ++tally[value];
+    };
+    if (rasterOf(dataset)) {
+        for (const qint64 time : timesOf(dataset, times, mRealization))
+            visitCells(dataset, time, mRealization, [&](int, int, double value) { add(value); });
+    } else {
+        for (const ValuesAt &values : valuesOf(dataset, times, mRealization)) {
+            stopIfCancelled();
+            const int size = numeric ? values.numbers.size() : values.texts.size();
+            for (int i = 0; i < size; ++i) {
+                if (values.missing.contains(i))
+                    continue;
+                if (!numeric)
+                    ++counts[values.texts[i]];
+                else if (std::isfinite(values.numbers[i]))
+                    add(values.numbers[i]);
+            }
         }
+    }
+    QMap<double, QString> numbers; // in ascending order
+    for (auto each = tally.cbegin(); each != tally.cend(); ++each) {
+        const QString text = exactNumber(each.key());
+        numbers.insert(each.key(), text);
+        counts[text] = each.value();
     }
     QStringList names = counts.keys();
     std::stable_sort(names.begin(), names.end(), [&counts](const QString &a, const QString &b) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include "core/grids/cellShares.h"
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -224,7 +225,7 @@ QVector<unsigned int> GridLayerView::objectsIn(const QPainterPath &region)
         fail(tr("The region has more than %1 cells; select a smaller one.").arg(kMostSelected));
     RasterPixels pixels;
     if (shape.kind() == Region::Rectangle)
-        VORN_GetPixelCentersInRect(geography(), view.toMap(shape.box()), pixels);
+        pixels = centersInRect(geography(), view.toMap(shape.box()));
     else if (shape.kind() == Region::Circle && view.xScale() == view.yScale())
         VORN_QueryRasterWithCircle(geography(), view.toMap(shape.center()),
                                    shape.radius() / view.xScale(), pixels);
