@@ -286,7 +286,7 @@ def test_notes_and_warnings(empty, caplog):
     with caplog.at_level(logging.INFO, "datainterface"), pytest.warns(di.DataInterfaceWarning,
                                                                       match="coordinate system"):
         assert di.from_geopandas(frame, key="id").crs is None
-    assert "1 objects without a shape, they exist at no time: 2" in caplog.text
+    assert "1 object without a shape, existing at no time: 2" in caplog.text
 
 
 def test_nouns_tell_what_they_are(project, states, income):
