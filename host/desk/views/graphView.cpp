@@ -35,7 +35,7 @@ namespace {
 constexpr double kLargest = 1e307;
 /// Shorter ranges, relative to the values, have no distinct ticks.
 constexpr double kLeastRange = 1e-13;
-constexpr int kLeastWithFooter = 12;   ///< heights of the font
+constexpr int kLeastWithFooter = 10;   ///< heights of the font
 constexpr int kLeastWithAxisTitle = 8; ///< the same
 constexpr int kMostFooterLines = 3;
 

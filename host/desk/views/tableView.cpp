@@ -264,11 +264,10 @@ void TableView::rereadColumns(const QVector<int> &gone)
     sizeColumns();
 }
 
-/// Without a sorted column the rows are in the order of the first one.
+/// Without a sorted column the rows are in the order of the objects, and no column has a sign.
 void TableView::showOrder()
 {
-    mTable->horizontalHeader()->setSortIndicator(std::max(0, mModel->sortColumn()),
-                                                 mModel->sortOrder());
+    mTable->horizontalHeader()->setSortIndicator(mModel->sortColumn(), mModel->sortOrder());
 }
 
 void TableView::sizeColumns()
