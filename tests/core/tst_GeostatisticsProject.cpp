@@ -14,6 +14,7 @@
 #include "core/geostatistics/krigeDataset.h"
 #include "core/geostatistics/normalScores.h"
 #include "core/geostatistics/realizations.h"
+#include "core/geostatistics/samples.h"
 #include "core/geostatistics/simulateDataset.h"
 #include "core/geostatistics/storedValues.h"
 #include "core/geostatistics/variogramModels.h"
@@ -79,6 +80,7 @@ private Q_SLOTS:
     void leavesOutCellsWithoutDrift();
     void predictsMeansOfPolygons();
     void predictsAtEachTime();
+    void predictsStaticValuesAtTheirPlaces();
     void crossValidates();
     void storesOneModelOfAName();
     void keepsGivenStructuresAndNuggetsAlone();
@@ -229,6 +231,37 @@ void TestGeostatisticsProject::predictsMeansOfPolygons()
             QCOMPARE(means[i], expected[3 * 10 + columns[i]]); // in the fourth row
         }
     }
+}
+
+/// Half of the wells are drilled later; their values hold for good.
+void TestGeostatisticsProject::predictsStaticValuesAtTheirPlaces()
+{
+    QByteArray map = wells();
+    for (int i = 0; i < kWells; ++i)
+        map.replace(QString(R"({"id":"w%1",)").arg(i).toUtf8(),
+                    QString(R"({"id":"w%1","start":%2,"end":2010,)")
+                        .arg(i)
+                        .arg(i % 2 == 0 ? 2000 : 2005)
+                        .toUtf8());
+    mWorkshop.reset();
+    mWorkshop = std::make_unique<Workshop>(map);
+    mWorkshop->options.start = "start";
+    mWorkshop->options.end = "end";
+    QCOMPARE(mWorkshop->run(), QString());
+    mLevel = findDataset("level");
+    const Progress progress("Kriging", "Predicting...");
+    for (const auto &[time, count] : {std::pair("", kWells), std::pair("2002", kWells / 2)}) {
+        KrigeRequest asked = request();
+        const QString text = QLatin1String(time);
+        asked.times = sampleTimes(mLevel, text.isEmpty() ? QStringList() : QStringList{text});
+        asked.name += text;
+        asked.target = makeGrid("grid" + text, 50, QRectF(0, 0, 1000, 600), mLevel);
+        QCOMPARE(asked.times.size(), 1);
+        QCOMPARE(TimeStamp(sampleTime(mLevel, text)), TimeStamp(asked.times.first()));
+        const auto found = krigeDataset(asked, progress);
+        QCOMPARE(found.times.first().samples + found.times.first().merged, count);
+    }
+    QVERIFY_EXCEPTION_THROWN(sampleTimes(mLevel, {"2002", "2007"}), Failure);
 }
 
 void TestGeostatisticsProject::predictsAtEachTime()

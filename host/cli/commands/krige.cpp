@@ -8,6 +8,7 @@
 #include "cli/commands/gridChoice.h"
 #include "cli/commands/projectEdit.h"
 #include "core/geostatistics/krigeDataset.h"
+#include "core/geostatistics/samples.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
@@ -44,7 +45,7 @@ KrigeRequest requestOf(const Options &options)
     KrigeRequest request;
     request.dataset = findDataset(options.dataset);
     request.realization = realizationIndex(request.dataset, options.realization);
-    request.times = dataTimesAt(request.dataset, options.at, request.realization);
+    request.times = sampleTimes(request.dataset, options.at, request.realization);
     request.model = options.model;
     if (!std::isnan(options.mean))
         request.plan.mean = options.mean;

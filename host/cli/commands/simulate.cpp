@@ -6,6 +6,7 @@
 #include <memory>
 #include "cli/commands/gridChoice.h"
 #include "cli/commands/projectEdit.h"
+#include "core/geostatistics/samples.h"
 #include "core/geostatistics/simulateDataset.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -44,7 +45,7 @@ SimulateRequest requestOf(const Options &options)
     request.dataset = like;
     if (like >= 0) {
         request.realization = realizationIndex(like, options.realization);
-        request.when = dataTimesAt(like, {options.at}, request.realization).first();
+        request.when = sampleTime(like, options.at, request.realization);
     }
     request.grid = options.grid.find(like);
     request.name = options.into;

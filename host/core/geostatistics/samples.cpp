@@ -54,6 +54,27 @@ void Samples::add(const QPointF &place, double value, int object)
     objects.push_back(object);
 }
 
+QVector<Interval> sampleTimes(int dataset, const QStringList &times, int realization)
+{
+    const QVector<Interval> found = shapeTimesAt(dataset, times, realization);
+    if (!datasetOf(dataset)->IsStatic() || found.size() <= 1)
+        return found;
+    if (!times.isEmpty())
+        failUsage(QStringLiteral("the values of %1 hold at all times: give one time of its places")
+                      .arg(datasetName(dataset)),
+                  "at");
+    return {found.last()};
+}
+
+Interval sampleTime(int dataset, const QString &time, int realization)
+{
+    const QVector<Interval> found =
+        sampleTimes(dataset, time.isEmpty() ? QStringList() : QStringList{time}, realization);
+    if (found.isEmpty())
+        fail(QStringLiteral("%1 holds no values").arg(datasetName(dataset)));
+    return found.last();
+}
+
 Places placesAt(int geography, qint64 time)
 {
     const GeoProps props = VORN_GetGeographyProperties(geography);

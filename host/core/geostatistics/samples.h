@@ -2,6 +2,8 @@
 /// Numbers at places: what variograms are calculated from and what kriging predicts from.
 #pragma once
 #include <QPointF>
+#include <QStringList>
+#include <QVector>
 #include <QtGlobal>
 #include <vector>
 #include "core/export.h"
@@ -34,6 +36,16 @@ MERIDOR_EXPORT Places placesAt(int geography, qint64 time);
 /// The finite values of a numeric dataset with their places. Raises a Failure for a dataset of
 /// texts, for lines, for an unknown realization and for a time without values.
 MERIDOR_EXPORT Samples samplesAt(int dataset, qint64 time, int realization = 0);
+
+/// The intervals of the samples that are predicted from: those with values that hold the times of the
+/// texts, or all. The values of a static dataset are predicted from once, at the places of one time:
+/// the last one at which a shape changed, if none is given. Raises a Failure for a time without
+/// values, and for several times of a static dataset.
+MERIDOR_EXPORT QVector<Interval> sampleTimes(int dataset, const QStringList &times,
+                                             int realization = 0);
+
+/// The one of a time, or the last one for an empty text. Raises a Failure if there is none.
+MERIDOR_EXPORT Interval sampleTime(int dataset, const QString &time, int realization = 0);
 
 /// Replaces samples at the same place by one with the mean of their values, at the row and with the
 /// object of the first.

@@ -387,11 +387,12 @@ QVector<Interval> chosenOf(const QVector<Interval> &all, int dataset, const QStr
                            int realization)
 {
     QVector<Interval> chosen;
+    const bool isAlways = datasetOf(dataset)->IsStatic() && all.size() == 1;
     for (const QString &text : times) {
         const qint64 time = chooseTime(dataset, text, realization);
         const int before = chosen.size();
         for (const Interval &when : all)
-            if (TimeStamp(when).contains(time))
+            if (isAlways || TimeStamp(when).contains(time))
                 chosen.append(when);
         if (chosen.size() == before)
             fail(QStringLiteral("%1 holds no values at %2").arg(datasetName(dataset), text));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "core/geostatistics/krigeDataset.h"
+#include "core/geostatistics/samples.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
@@ -15,7 +16,7 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     KrigeRequest request;
     request.dataset = chosen(arguments, "dataset");
     request.target = chosen(arguments, "to");
-    request.times = dataTimes(request.dataset);
+    request.times = sampleTimes(request.dataset, {});
     request.model = arguments.text(QStringLiteral("model"));
     request.plan.neighborhood.most = arguments.whole(QStringLiteral("neighbors"));
     request.plan.degree = arguments.whole(QStringLiteral("drift"));

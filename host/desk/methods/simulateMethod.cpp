@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "core/geostatistics/samples.h"
 #include "core/geostatistics/simulateDataset.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -15,10 +16,7 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     SimulateRequest request;
     request.dataset = chosen(arguments, "dataset");
     request.grid = chosen(arguments, "to");
-    const QVector<Interval> times = dataTimes(request.dataset);
-    if (times.isEmpty())
-        fail(methodText("the dataset has no values"));
-    request.when = times.last();
+    request.when = sampleTime(request.dataset, QString());
     request.model = arguments.text(QStringLiteral("model"));
     request.count = arguments.whole(QStringLiteral("realizations"));
     request.neighbors = arguments.whole(QStringLiteral("neighbors"));

@@ -6,6 +6,7 @@
 #include "core/geostatistics/covariance.h"
 #include "core/geostatistics/krigeDataset.h"
 #include "core/geostatistics/realizations.h"
+#include "core/geostatistics/samples.h"
 #include "core/geostatistics/simulateDataset.h"
 #include "core/geostatistics/storedValues.h"
 #include "core/geostatistics/variogramModels.h"
@@ -117,7 +118,7 @@ KrigeRequest requestOf(int dataset, int realization, const QStringList &times,
     KrigeRequest request;
     request.dataset = dataset;
     request.realization = realization;
-    request.times = dataTimesAt(dataset, times, realization);
+    request.times = sampleTimes(dataset, times, realization);
     request.model = given["model"].cast<QString>();
     if (!given["mean"].is_none())
         request.plan.mean = given["mean"].cast<double>();
@@ -189,7 +190,7 @@ py::tuple simulate(int dataset, int realization, const QString &at, int grid, co
         requireGeography(grid);
         if (dataset >= 0) {
             requireDataset(dataset);
-            request.when = dataTimesAt(dataset, {at}, realization).first();
+            request.when = sampleTime(dataset, at, realization);
         }
         const Progress bar("Simulation", "Finding neighbours...");
         return simulateDataset(request, bar);
