@@ -183,7 +183,8 @@ private Q_SLOTS:
             return failure.isEmpty() ? shop.notes.join('\n') : failure;
         };
         const QString one = notes("id,x,y,n\na,1,2,1\nb,1,2,2\nc,1,2,three\n");
-        QVERIFY2(one.contains("t.csv, field n, row 3: \"three\" makes the field text; numbers among its values: 2 of 3"),
+        QVERIFY2(one.contains("t.csv, field n, row 3: \"three\" makes the field text; numbers "
+                              "among its values: 2 of 3"),
                  qPrintable(one));
         const QString comma = notes("id;x;y;n\na;1;2;1,5\n");
         QVERIFY2(comma.contains("row 1: \"1,5\" was taken for text"), qPrintable(comma));

@@ -36,8 +36,8 @@ void run(Options options, const Context &context)
     TextTable table(columns);
     for (const int object : chosenObjects(geography, options.choice)) {
         stopIfCancelled();
-        const auto value = valueOf(dataset, options.choice.realization,
-                                   static_cast<unsigned int>(object), time);
+        const auto value =
+            valueOf(dataset, options.choice.realization, static_cast<unsigned int>(object), time);
         if (context.console.json) {
             QJsonObject entry{{QStringLiteral("object"), keys[object]},
                               {QStringLiteral("value"), value ? jsonValue(*value) : QJsonValue()}};

@@ -26,7 +26,7 @@ public:
     void setFollowsMap(bool follows);
     bool followsMap() const { return mFollowsMap; }
     /// The layer whose classes are shown; null without one.
-    MapLayerView *mapLayer() const { return mLayer; }
+    MapLayerView *mapLayer() const { return mLayer.data(); }
     /// Where a limit between two classes is on the canvas.
     double limitAt(int inner) const;
 

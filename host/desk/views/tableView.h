@@ -67,7 +67,7 @@ private:
     QPointer<QWidget> mTableWidget; ///< null once the table was deleted
     QString mTrouble;
     bool mMustReload = false; ///< other objects exist now
-    int mTold = -1; ///< the object that was named last
+    int mTold = -1;           ///< the object that was named last
     ObjectText mNames;
 };
 

@@ -85,7 +85,8 @@ ViewWindow::ViewWindow(Workspace &workspace, const QVector<Tool> &tools, QWidget
         if (now && isAncestorOf(now))
             Q_EMIT activated();
     });
-    refreshActions();
+    mBack->setEnabled(false); // there is no view yet
+    mForward->setEnabled(false);
 }
 
 QSize ViewWindow::leastSize(const QWidget &widget)

@@ -139,10 +139,7 @@ class Questions {
 public:
     explicit Questions(MainWindow &window) : mWindow(window), mBefore(window.askUnsaved)
     {
-        mWindow.askUnsaved = [this] {
-            mAsked = text("the project has changes; save or close it first");
-            return MainWindow::Unsaved::Stay;
-        };
+        mWindow.askUnsaved = [this] { return stay(); };
         QObject::connect(&mTimer, &QTimer::timeout, [this] { closeDialog(); });
         mTimer.start(kRestBetweenSteps);
     }
@@ -153,6 +150,11 @@ public:
     const QString &asked() const { return mAsked; }
 
 private:
+    MainWindow::Unsaved stay()
+    {
+        mAsked = text("the project has changes; save or close it first");
+        return MainWindow::Unsaved::Stay;
+    }
     /// The dialog of progress is no question.
     void closeDialog()
     {
