@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <utility>
+#include "core/grids/gridValues.h"
 #include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -325,7 +326,7 @@ QVariant ValueTable::data(const QModelIndex &index, int role) const
         const double value = object < column.numbers.size()
                                  ? column.numbers[object]
                                  : std::numeric_limits<double>::quiet_NaN();
-        return std::isnan(value) ? QString() : exactNumber(value);
+        return std::isnan(value) ? QString() : cellText(column.dataset, value);
     }
     if (role == Qt::TextAlignmentRole)
         return static_cast<int>(
