@@ -8,6 +8,8 @@
 #include <QMouseEvent>
 #include <QTimer>
 #include <QWheelEvent>
+#include "core/analysis/weightSets.h"
+#include "desk/project/workspace.h"
 
 namespace meridor {
 namespace {
@@ -123,6 +125,18 @@ bool withFileName(const QString &file, const std::function<void()> &ask)
     watch.start(10);
     ask();
     return isAsked;
+}
+
+int makeQueen(Workspace &workspace, int geography)
+{
+    int set = -1;
+    workspace.look([&] {
+        WeightSetPlan plan;
+        plan.name = plan.method = QStringLiteral("queen");
+        plan.weights = QStringLiteral("row");
+        set = createWeightSet(geography, plan);
+    });
+    return set;
 }
 
 QString text(const QVector<unsigned int> &objects)

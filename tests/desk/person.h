@@ -62,6 +62,9 @@ bool drop(QWidget &widget, const QMimeData &data);
 /// Calls what asks for the name of a file, and gives it one in the dialog. @return whether it asked.
 bool withFileName(const QString &file, const std::function<void()> &ask);
 
+/// The weight set "queen", row-standardized, of polygons. @return its id; -1 if it was not made.
+int makeQueen(Workspace &workspace, int geography);
+
 /// For messages of failures.
 QString text(const QVector<unsigned int> &objects);
 

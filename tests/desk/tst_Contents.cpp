@@ -8,7 +8,6 @@
 #include <QTemporaryDir>
 #include <QTreeView>
 #include <QtTest>
-#include "core/analysis/weightSets.h"
 #include "core/import/samples.h"
 #include "core/project/catalog.h"
 #include "datainterface/ControllerBase.h"
@@ -71,10 +70,8 @@ void tst_Contents::init()
     mStates =
         workspace().import(sampleImport(Sample::Income, QStringLiteral(MERIDOR_TEST_SAMPLES)));
     QVERIFY(mStates >= 0);
-    WeightSetPlan plan;
-    plan.name = plan.method = QStringLiteral("queen");
-    plan.weights = QStringLiteral("row");
-    QVERIFY(workspace().look([&] { mQueen = createWeightSet(mStates, plan); }));
+    mQueen = makeQueen(workspace(), mStates);
+    QVERIFY(mQueen >= 0);
 }
 
 void tst_Contents::theTreeFollowsTheProject()

@@ -6,7 +6,6 @@
 #include <QSpinBox>
 #include <cmath>
 #include "core/analysis/selection.h"
-#include "core/analysis/weightSets.h"
 #include "core/import/importOptions.h"
 #include "core/import/samples.h"
 #include "core/project/catalog.h"
@@ -59,13 +58,8 @@ void tst_EveryView::init()
         workspace().import(sampleImport(Sample::Income, QStringLiteral(MERIDOR_TEST_SAMPLES)));
     QVERIFY(mStates >= 0);
     mIncome = findDataset(mStates, QStringLiteral("income"));
-    QVERIFY(workspace().look([this] {
-        WeightSetPlan plan;
-        plan.name = QStringLiteral("queen");
-        plan.method = QStringLiteral("queen");
-        plan.weights = QStringLiteral("row");
-        mQueen = createWeightSet(mStates, plan);
-    }));
+    mQueen = makeQueen(workspace(), mStates);
+    QVERIFY(mQueen >= 0);
 }
 
 ViewWindow *tst_EveryView::open(ViewKind kind, const QVector<int> &datasets)

@@ -6,7 +6,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <cmath>
-#include "core/analysis/weightSets.h"
 #include "core/import/importOptions.h"
 #include "core/plot/plotValues.h"
 #include "core/project/catalog.h"
@@ -79,13 +78,8 @@ void tst_Graphs::init()
     QVERIFY(mStates >= 0);
     mIncome = findDataset(mStates, QStringLiteral("income"));
     mCode = findDataset(mStates, QStringLiteral("fips"));
-    QVERIFY(workspace().look([this] {
-        WeightSetPlan plan;
-        plan.name = QStringLiteral("queen");
-        plan.method = QStringLiteral("queen");
-        plan.weights = QStringLiteral("row");
-        mQueen = createWeightSet(mStates, plan);
-    }));
+    mQueen = makeQueen(workspace(), mStates);
+    QVERIFY(mQueen >= 0);
 }
 
 void tst_Graphs::cleanup()

@@ -425,12 +425,8 @@ void tst_MapWindow::timesChangeShapesAndValues()
 
 void tst_MapWindow::hoveringShowsNeighbors()
 {
-    WeightSetPlan plan;
-    plan.name = QStringLiteral("queen");
-    plan.method = QStringLiteral("queen");
-    plan.weights = QStringLiteral("row");
-    int set = -1;
-    QVERIFY(workspace().look([&] { set = createWeightSet(mStates, plan); }));
+    const int set = makeQueen(workspace(), mStates);
+    QVERIFY(set >= 0);
     MapWindow *const map = show(mIncome);
     auto *const box = map->findChild<QComboBox *>(QStringLiteral("weights"));
     QCOMPARE(box->count(), 2);

@@ -14,7 +14,6 @@
 #include <QSplitter>
 #include <algorithm>
 #include <cmath>
-#include "core/analysis/weightSets.h"
 #include "core/import/importOptions.h"
 #include "core/import/samples.h"
 #include "core/plot/plotValues.h"
@@ -148,10 +147,8 @@ void tst_MouseAndKeys::init()
     mStates = workspace().import(sampleImport(Sample::Income, samples));
     QVERIFY(mStates >= 0);
     mIncome = findDataset(QStringLiteral("income"));
-    WeightSetPlan plan;
-    plan.name = plan.method = QStringLiteral("queen");
-    plan.weights = QStringLiteral("row");
-    QVERIFY(workspace().look([&] { mQueen = createWeightSet(mStates, plan); }));
+    mQueen = makeQueen(workspace(), mStates);
+    QVERIFY(mQueen >= 0);
     window().askUnsaved = [] { return MainWindow::Unsaved::Discard; };
     window().resize(1400, 1000);
     window().show();

@@ -9,7 +9,6 @@
 #include <QTreeView>
 #include <QtTest>
 #include <functional>
-#include "core/analysis/weightSets.h"
 #include "core/import/samples.h"
 #include "core/plot/plotValues.h"
 #include "core/project/catalog.h"
@@ -114,10 +113,8 @@ void tst_Requests::init()
         workspace().import(sampleImport(Sample::Income, QStringLiteral(MERIDOR_TEST_SAMPLES)));
     QVERIFY(mStates >= 0);
     mIncome = dataset("income");
-    WeightSetPlan plan;
-    plan.name = plan.method = QStringLiteral("queen");
-    plan.weights = QStringLiteral("row");
-    QVERIFY(workspace().look([&] { mQueen = createWeightSet(mStates, plan); }));
+    mQueen = makeQueen(workspace(), mStates);
+    QVERIFY(mQueen >= 0);
     mEarly = instantOf(dataTimes(mIncome)[3]);
     mLate = instantOf(dataTimes(mIncome)[60]);
     mShown.clear();
