@@ -443,13 +443,15 @@ void TestGeostatisticsProject::storesOneModelOfAName()
         setting = failure.setting();
     }
     QCOMPARE(setting, QString("replace"));
+    const int id = findModel(mLevel, "a").id;
     plan.lags.cutoff = 200;
     storeModel(modelOf(plan, variogramsOf(plan, [](int) {}), "a"), true);
     QCOMPARE(findModel(mLevel, "a").fit.doubles[0], 200.0);
+    QCOMPARE(findModel(mLevel, "a").id, id);
     QVERIFY(findModel(mLevel, "b").fit.doubles[0] != 200.0);
     const QJsonObject described = describeGeography(VORN_GetGeographyId(mLevel));
     QCOMPARE(described["variogramModels"].toVariant().toStringList(),
-             QStringList({"b of level", "a of level"}));
+             QStringList({"a of level", "b of level"}));
 }
 
 /// A table with an entry for almost every cell of every realization would be most of the memory.

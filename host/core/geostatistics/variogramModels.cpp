@@ -387,6 +387,17 @@ void requireNewModelName(int dataset, const QString &name)
                  .arg(ownerOfModels(dataset), name));
 }
 
+/// Puts a model in the place of the one with its id.
+void replaceModel(int dataset, VariogramModel &model)
+{
+    const bool isReplaced = dataset < 0 ? controller().ReplaceNonConVariogramModel(model)
+                                        : geographyOf(VORN_GetGeographyId(dataset))
+                                              ->GetDataSource()
+                                              ->ReplaceVariogramModel(dataset, model);
+    if (!isReplaced)
+        fail(QStringLiteral("the variogram model %1 could not be replaced").arg(model.name));
+}
+
 } // namespace
 
 bool modelAt(const ModelPlace &place, VariogramModel &model)
@@ -426,12 +437,7 @@ void renameModel(const ModelPlace &place, const QString &name)
         return;
     requireNewModelName(place.dataset, name);
     model.name = name;
-    if (place.dataset < 0)
-        controller().ReplaceNonConVariogramModel(model);
-    else
-        geographyOf(VORN_GetGeographyId(place.dataset))
-            ->GetDataSource()
-            ->ReplaceVariogramModel(place.dataset, model);
+    replaceModel(place.dataset, model);
 }
 
 ModelPlace duplicateModel(const ModelPlace &place, const QString &name)
@@ -523,12 +529,13 @@ void storeModel(VariogramModel model, bool replaces)
         if (!replaces)
             fail(QStringLiteral("there is a variogram model %1 already").arg(model.name),
                  "replace");
-        removeModels({placeOfModel(owner, model.name)});
-    }
-    if (!conditional)
+        model.id = placeOfModel(owner, model.name).id;
+        replaceModel(owner, model);
+    } else if (!conditional) {
         controller().AddNonConVariogramModel(model);
-    else if (!datasetOf(model.dataset)->AddVariogramModel(model, true))
+    } else if (!datasetOf(model.dataset)->AddVariogramModel(model, true)) {
         fail(QStringLiteral("the variogram model %1 could not be stored").arg(model.name));
+    }
     controller().MarkProjectDirty();
 }
 

@@ -89,7 +89,7 @@ MERIDOR_EXPORT VariogramModelAtT structuresAt(const VariogramModel &model, qint6
 
 /// Adds a model to its dataset; a model without a dataset to the project. A taken name raises a
 /// Failure of the setting "replace".
-/// @param replaces  whether a model of the same name is removed.
+/// @param replaces  whether it takes the place of a model of the same name.
 MERIDOR_EXPORT void storeModel(VariogramModel model, bool replaces = false);
 
 /// The SessionUser::variogramFitter of programs that link this library. The estimator is one of
