@@ -95,13 +95,16 @@ QVector<double> gridSample(int dataset, const QVector<qint64> &times, int realiz
     QVector<double> sample;
     double least = std::numeric_limits<double>::infinity();
     double largest = -least;
-    for (const qint64 time : times)
+    for (const qint64 time : times) {
+        if (!rasterOf(dataset)->GetConstRasterInfo(realization, time))
+            failNoGrid(dataset, time);
         visitCells(dataset, time, realization, [&](int row, int column, double value) {
             least = std::min(least, value);
             largest = std::max(largest, value);
             if (row % distance == 0 && column % distance == 0)
                 sample.append(value);
         });
+    }
     if (least <= largest)
         sample << least << largest;
     return sample;

@@ -24,7 +24,7 @@ MERIDOR_EXPORT void visitCells(int dataset, qint64 time, int realization,
                                const std::function<void(int row, int column, double value)> &visit);
 
 /// Finite values of the grids of some times: about `count` of cells at regular distances, and the
-/// least and the largest of all cells.
+/// least and the largest of all cells. Raises a Failure for a time without a grid.
 MERIDOR_EXPORT QVector<double> gridSample(int dataset, const QVector<qint64> &times,
                                           int realization, int count);
 

@@ -35,7 +35,11 @@ private:
 class PassingGeography {
 public:
     explicit PassingGeography(int id) : mId(id) {}
-    ~PassingGeography() { controller().RemoveGeography(mId); }
+    ~PassingGeography()
+    {
+        if (mId >= 0)
+            controller().RemoveGeography(mId);
+    }
     int id() const { return mId; }
     PassingGeography(const PassingGeography &) = delete;
     PassingGeography &operator=(const PassingGeography &) = delete;
@@ -109,6 +113,8 @@ QVector<double> breaksOfSample(const QVector<double> &values, MDataset::Classifi
     const PassingGeography row(VORN_CreateNewRasterGeography(
         QStringLiteral("sample"), 1, static_cast<unsigned>(values.size()),
         QRectF(0, 0, values.size(), 1), always, TF_Integer, QString(), QString()));
+    if (row.id() < 0)
+        fail(QStringLiteral("there is no room for a sample of the values"));
     const PassingDataset alone(VORN_NewRasterDataset(row.id(), QStringLiteral("sample"),
                                                      RasterDecimalType, 1, 64, QString()));
     constexpr double kNone = -std::numeric_limits<double>::infinity(); // the values are finite
