@@ -381,7 +381,8 @@ def _rows(geography, datasets, parts, *, at=None, shapes=False, realization=None
     held = [geography[each] if isinstance(each, str) else each for each in datasets]
     with reporting(progress) as report:
         columns, images = _native.rows(
-            geography._id, [expect(each, Dataset, "a column") for each in held], parts + (["datasets"] if held else []),
+            geography._id, [expect(each, Dataset, "a column") for each in held],
+            parts + (["datasets"] if held else []),
             at, shapes, realization, report)
     names = parts + [each.name for each in held]
     form = geography.time_format

@@ -182,7 +182,8 @@ def variogram(dataset, at=None, *, other=None, pooled=False, scores=False, cutof
     if anisotropic and not directions:
         directions = [math.radians(each) for each in (0, 45, 90, 135)]
     plan = {
-        "other": -1 if other is None else expect(other, Dataset, "the other one"), "pooled": pooled, "scores": scores,
+        "other": -1 if other is None else expect(other, Dataset, "the other one"),
+        "pooled": pooled, "scores": scores,
         "cutoff": float(cutoff), "width": float(width), "directions": directions,
         "tolerance": math.radians(tolerance), "robust": estimator == "robust", "model": str(model),
         "nugget": None if nugget is None else float(nugget), "anisotropic": anisotropic,
