@@ -8,6 +8,7 @@
 #include <random>
 #include "datainterface/GeographyAPI.h"
 #include "desk/draw/colorPass.h"
+#include "desk/draw/discs.h"
 #include "desk/draw/flatGeometry.h"
 #include "desk/draw/pickBuffer.h"
 #include "desk/scenes.h"
@@ -81,25 +82,12 @@ void scatterRows()
     FlatGeometry geometry;
     geometry.setPlaces(places);
     const ViewTransform view = ViewTransform::fitAxes(geometry.bounds(), kWindow);
-    PickStyle discs;
-    PickBuffer buffer;
-    PickBuffer onTop; // the selected places
-    ColorTable table;
+    constexpr int kSize = 5;
+    const std::vector<QRgb> gray{qRgb(188, 188, 188)};
+    const std::vector<QRgb> orange{qRgb(255, 149, 0)};
     QImage ours = canvas();
     QImage theirs = canvas();
-    const auto color = [&](const unsigned char *selected) {
-        ColorRule rule = sevenClasses();
-        table.build(kCount, rule, nullptr, nullptr, selected);
-        colorPass(buffer, table, PassStyle(), ours);
-        if (!selected)
-            return;
-        discs.only = selected;
-        onTop.draw(geometry, view, discs);
-        rule.fillGround = false;
-        table.build(kCount, rule, nullptr, nullptr, selected);
-        colorPass(onTop, table, PassStyle(), ours);
-    };
-    Dots dots(QVector<QPointF>(places.data(), places.data() + places.size()), 5, Qt::gray,
+    Dots dots(QVector<QPointF>(places.data(), places.data() + places.size()), kSize, Qt::gray,
               geometry.bounds());
     double least = INFINITY;
     double peer = INFINITY;
@@ -108,8 +96,8 @@ void scatterRows()
         const auto times = ratios::bestInTurns(
             kRounds, 1,
             [&] {
-                buffer.draw(geometry, view, discs);
-                color(nullptr);
+                ours.fill(Qt::white);
+                paintDiscs(places, view, kSize, false, gray, ours);
             },
             [&] {
                 theirs.fill(Qt::white);
@@ -121,6 +109,7 @@ void scatterRows()
     ratios::row("discs of 1,000,000 points", least / 1e6, "QwtPlotCurve, best attributes",
                 peer / 1e6, 0.4, "ms");
 
+    QImage marked = canvas();
     // The selection of a brush: a curve for each state is the usual way.
     std::vector<unsigned char> flags(kCount);
     for (int i = 0; i < kCount; ++i)
@@ -128,14 +117,22 @@ void scatterRows()
     least = peer = INFINITY;
     for (const auto attributes : kAttributes) {
         const auto times = ratios::bestInTurns(
-            kRounds, 1, [&] { color(flags.data()); },
+            kRounds, 1,
+            [&] {
+                std::vector<QPointF> selected;
+                for (std::size_t i = 0; i < places.size(); ++i)
+                    if (flags[i])
+                        selected.push_back(places[i]);
+                std::copy_n(ours.constBits(), ours.sizeInBytes(), marked.bits());
+                paintDiscs(selected, view, kSize, false, orange, marked);
+            },
             [&] {
                 QVector<QPointF> parts[2];
                 for (std::size_t i = 0; i < places.size(); ++i)
                     parts[flags[i]].append(places[i]);
                 theirs.fill(Qt::white);
                 for (int state = 0; state < 2; ++state) {
-                    Dots curve(parts[state], 5, state ? Qt::red : Qt::gray, geometry.bounds());
+                    Dots curve(parts[state], kSize, state ? Qt::red : Qt::gray, geometry.bounds());
                     setAttributes(curve.curve, attributes);
                     curve.draw(theirs);
                 }

@@ -9,6 +9,7 @@
 #include "datainterface/RasterAPI.h"
 #include "desk/draw/colorPass.h"
 #include "desk/draw/colorTable.h"
+#include "desk/draw/discs.h"
 #include "desk/draw/flatGeometry.h"
 #include "desk/draw/gridColors.h"
 #include "desk/draw/gridImage.h"
@@ -270,6 +271,59 @@ private Q_SLOTS:
                 }
             }
         }
+    }
+
+    void discsAreThoseOfAPickBuffer_data()
+    {
+        QTest::addColumn<bool>("smooth");
+        QTest::addColumn<int>("diameter");
+        for (const int diameter : {1, 2, 5, 9, 30})
+            for (const bool smooth : {false, true})
+                QTest::addRow("%d%s", diameter, smooth ? ", smooth" : "") << smooth << diameter;
+    }
+    // Discs that do not overlap, some of them cut off by the window or by the border of two bands.
+    void discsAreThoseOfAPickBuffer()
+    {
+        QFETCH(bool, smooth);
+        QFETCH(int, diameter);
+        const double step = diameter + 3.37; // so that places lie in every quarter of a pixel
+        std::vector<QPointF> places{{std::nan(""), 2}, {2, INFINITY}, {1e300, -1e300}};
+        std::vector<QRgb> colors(places.size(), kOrange);
+        for (double y = -step; y < 90 + 2 * step; y += step) {
+            for (double x = -step; x < 120 + 2 * step; x += step) {
+                places.emplace_back(x, y);
+                colors.push_back(colors.size() % 2 == 0 ? kOrange : kLine);
+            }
+        }
+        ViewTransform view = ViewTransform::fitAxes(QRectF(0, 0, 120, 90), QSize(120, 90));
+        view.pan(-7, 5);
+        FlatGeometry geometry;
+        geometry.setPlaces(places);
+        PickStyle style;
+        style.placeSize = diameter;
+        PickBuffer buffer;
+        buffer.draw(geometry, smooth ? view.doubled() : view, smooth ? style.doubled() : style);
+        ColorRule two = rule();
+        two.classes = {kOrange, kLine};
+        QVector<int> classes;
+        for (const QRgb color : colors)
+            classes.append(color == kOrange ? 0 : 1);
+        ColorTable table;
+        table.build(classes.size(), two, classes.constData(), nullptr, nullptr);
+        QImage expected = canvas(120, 90);
+        QVERIFY(colorPass(buffer, table, PassStyle(), expected));
+        for (const int threads : {1, 2, 5}) {
+            QImage image = canvas(120, 90);
+            paintDiscs(places, view, diameter, smooth, colors, image, threads);
+            QCOMPARE(image, expected);
+        }
+        // The last one is on top, and one colour is that of all.
+        const QPointF middle = view.toMap(QPointF(60, 45));
+        QImage image = canvas(120, 90);
+        paintDiscs({middle, middle}, view, std::max(diameter, 3), smooth, {kLine, kOrange}, image);
+        QCOMPARE(image.pixel(60, 45), kOrange);
+        paintDiscs({middle, middle}, view, std::max(diameter, 3), smooth, {kLine}, image);
+        QCOMPARE(image.pixel(60, 45), kLine);
     }
 
     void gridClassesAreExact_data()

@@ -94,6 +94,7 @@ void PointView::recolor()
     rule.plain = colors().plain.rgb();
     rule.ground = colors().ground.rgb();
     rule.selected = colors().selected.rgb();
+    rule.missing = mixed(colors().ground.rgb(), colors().ink.rgb(), 0.3);
     for (const QColor &color : std::as_const(mClassColors))
         rule.classes.append(colors().legible(color).rgb());
     mPoints->setColors(rule, colors().grid.rgb(), mClasses);

@@ -4,19 +4,26 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <qwt_plot.h>
 #include <qwt_scale_div.h>
 #include <qwt_scale_map.h>
-#include "desk/draw/colorPass.h"
+#include "desk/draw/discs.h"
+#include "desk/draw/flatGeometry.h"
 
 namespace meridor {
 namespace {
 
-/// Up to here discs are drawn at twice the pixels, which smooths their edges.
+/// Up to here the edges of discs are smooth.
 constexpr std::size_t kMostSmooth = 200000;
 /// Up to here a drawing has one shape for each disc instead of an image.
 constexpr std::size_t kMostShapes = 20000;
 constexpr int kReach = 4; ///< of the pointer, in pixels of the canvas
+
+bool isFinite(const QPointF &place)
+{
+    return std::isfinite(place.x()) && std::isfinite(place.y());
+}
 
 } // namespace
 
@@ -29,43 +36,51 @@ PointsItem::PointsItem()
 void PointsItem::setPlaces(std::vector<QPointF> places)
 {
     mPlaces = std::move(places);
-    mAll.geometry.setPlaces(mPlaces);
-    mAll.isDrawn = false;
-    mAll.colors.build(static_cast<int>(mPlaces.size()), mRule, nullptr, nullptr, nullptr);
-    mPicture = QImage();
-    setSelected(nullptr);
+    mCount = 0;
+    QPointF low(std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity());
+    QPointF high = -low;
+    for (const QPointF &place : mPlaces) {
+        if (!isFinite(place))
+            continue;
+        ++mCount;
+        low = QPointF(std::min(low.x(), place.x()), std::min(low.y(), place.y()));
+        high = QPointF(std::max(high.x(), place.x()), std::max(high.y(), place.y()));
+    }
+    mBounds = mCount > 0 ? QRectF(low, high) : QRectF();
+    mColors.clear();
+    mSelected.clear();
+    mIsStale = true;
+    mHasNumbers = false;
 }
 
 void PointsItem::setColors(const ColorRule &rule, QRgb grid, const QVector<int> &classes)
 {
-    mRule = rule;
+    mGround = rule.ground;
+    mSelectedColor = rule.selected;
     mGrid = grid;
-    const bool hasClasses = classes.size() == static_cast<int>(mPlaces.size());
-    mAll.colors.build(static_cast<int>(mPlaces.size()), rule,
-                      hasClasses ? classes.constData() : nullptr, nullptr, nullptr);
-    mPicture = QImage();
+    mColors.assign(1, rule.plain);
+    if (classes.size() == static_cast<int>(mPlaces.size())) {
+        mColors.clear();
+        for (const int number : classes)
+            mColors.push_back(rule.classes.value(number, rule.missing));
+    }
+    mIsStale = true;
     itemChanged();
 }
 
 void PointsItem::setSelected(const unsigned char *selected)
 {
-    std::vector<QPointF> above;
+    mSelected.clear();
     for (std::size_t i = 0; selected && i < mPlaces.size(); ++i)
         if (selected[i])
-            above.push_back(mPlaces[i]);
-    ColorRule marked;
-    marked.plain = mRule.selected;
-    mSelected.colors.build(static_cast<int>(above.size()), marked, nullptr, nullptr, nullptr);
-    mSelected.geometry.setPlaces(above);
-    mSelected.isDrawn = false;
+            mSelected.push_back(mPlaces[i]);
     itemChanged();
 }
 
 bool PointsItem::shows(int object) const
 {
     return object >= 0 && static_cast<std::size_t>(object) < mPlaces.size()
-           && std::isfinite(mPlaces[static_cast<std::size_t>(object)].x())
-           && std::isfinite(mPlaces[static_cast<std::size_t>(object)].y());
+           && isFinite(mPlaces[static_cast<std::size_t>(object)]);
 }
 
 double PointsItem::discSize() const
@@ -74,10 +89,26 @@ double PointsItem::discSize() const
     return std::max(3.0, 9.0 / std::pow(crowd, 0.2));
 }
 
+/// Pixels of the picture.
+int PointsItem::diameter(double ratio) const
+{
+    return std::clamp(qRound(discSize() * ratio), 1, 100);
+}
+
 int PointsItem::objectAt(const QPoint &pixel) const
 {
+    if (mIsStale)
+        return -1;
+    if (!mHasNumbers) {
+        FlatGeometry geometry;
+        geometry.setPlaces(mPlaces);
+        PickStyle style;
+        style.placeSize = diameter(mRatio);
+        mNumbers.draw(geometry, mView, style);
+        mHasNumbers = true;
+    }
     const QPointF center = (QPointF(pixel) + QPointF(0.5, 0.5)) * mRatio;
-    return mAll.isDrawn ? mAll.buffer.objectNear(center.toPoint(), qRound(kReach * mRatio)) : -1;
+    return mNumbers.objectNear(center.toPoint(), qRound(kReach * mRatio));
 }
 
 QVector<unsigned int> PointsItem::objectsIn(const QPainterPath &region, const QwtScaleMap &xMap,
@@ -125,41 +156,29 @@ QVector<unsigned int> PointsItem::objectsIn(const QPainterPath &region, const Qw
     return found;
 }
 
-QRectF PointsItem::boundingRect() const
-{
-    return mAll.geometry.bounds();
-}
-
-void PointsItem::Layer::paint(const ViewTransform &view, const PickStyle &style, QImage &image)
-{
-    if (geometry.count() == 0)
-        return;
-    if (!isAt(view))
-        buffer.draw(geometry, view, style);
-    isDrawn = true;
-    colorPass(buffer, colors, PassStyle(), image);
-}
-
 void PointsItem::paintImage(QPainter &painter, const ViewTransform &view, const QRectF &canvas,
                             double ratio) const
 {
     const bool smooth = count() <= kMostSmooth;
-    const int disc = std::clamp(qRound(discSize() * ratio), 1, 100);
-    PickStyle style;
-    style.placeSize = disc;
-    const ViewTransform drawn = smooth ? view.doubled() : view;
-    if (smooth)
-        style = style.doubled();
-    mRatio = smooth ? 2 * ratio : ratio;
-    if (mPicture.isNull() || !mAll.isAt(drawn)) {
-        mPicture = QImage(view.size(), QImage::Format_RGB32);
-        mPicture.fill(mRule.ground);
+    if (mIsStale || mView != view) {
+        mView = view;
+        mRatio = ratio;
+        mHasNumbers = mIsStale = false;
+        if (mPicture.size() != view.size())
+            mPicture = QImage(view.size(), QImage::Format_RGB32);
+        mPicture.fill(mGround);
         paintGrid(canvas, view);
-        mAll.paint(drawn, style, mPicture);
+        paintDiscs(mPlaces, view, diameter(ratio), smooth, mColors, mPicture);
     }
-    QImage image = mPicture;
-    mSelected.paint(drawn, style, image);
-    painter.drawImage(canvas, image);
+    if (mSelected.empty()) {
+        painter.drawImage(canvas, mPicture);
+        return;
+    }
+    if (mMarked.size() != view.size())
+        mMarked = QImage(view.size(), QImage::Format_RGB32);
+    std::copy_n(mPicture.constBits(), mPicture.sizeInBytes(), mMarked.bits());
+    paintDiscs(mSelected, view, diameter(ratio), smooth, {mSelectedColor}, mMarked);
+    painter.drawImage(canvas, mMarked);
 }
 
 void PointsItem::paintGrid(const QRectF &canvas, const ViewTransform &view) const
@@ -177,8 +196,8 @@ void PointsItem::paintGrid(const QRectF &canvas, const ViewTransform &view) cons
     }
 }
 
-void PointsItem::paintDiscs(QPainter &painter, const QwtScaleMap &xMap,
-                            const QwtScaleMap &yMap) const
+void PointsItem::paintShapes(QPainter &painter, const QwtScaleMap &xMap,
+                             const QwtScaleMap &yMap) const
 {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
@@ -190,18 +209,19 @@ void PointsItem::paintDiscs(QPainter &painter, const QwtScaleMap &xMap,
     };
     for (std::size_t i = 0; i < mPlaces.size(); ++i)
         if (shows(static_cast<int>(i)))
-            drawOne(mPlaces[i], colorOf(i));
-    for (const QPointF &place : mSelected.geometry.shapes().vertices)
-        drawOne(place, mRule.selected);
+            drawOne(mPlaces[i], mColors[mColors.size() == 1 ? 0 : i]);
+    for (const QPointF &place : mSelected)
+        if (isFinite(place))
+            drawOne(place, mSelectedColor);
 }
 
 void PointsItem::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap,
                       const QRectF &canvas) const
 {
-    if (count() == 0 || canvas.isEmpty())
+    if (count() == 0 || mColors.empty() || canvas.isEmpty())
         return;
     if (mIsExporting && count() <= kMostShapes) {
-        paintDiscs(*painter, xMap, yMap);
+        paintShapes(*painter, xMap, yMap);
         return;
     }
     const double ratio = painter->device()->devicePixelRatioF()
@@ -215,16 +235,20 @@ void PointsItem::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScale
         paintImage(*painter, view, canvas, ratio);
         return;
     }
-    const double kept = mRatio;
-    const Layer all = mAll;
-    const Layer selected = mSelected;
-    const QImage picture = mPicture;
-    mPicture = QImage();
+    const double keptRatio = mRatio;
+    const ViewTransform keptView = mView;
+    const bool wasStale = mIsStale;
+    const bool hadNumbers = mHasNumbers;
+    QImage kept;
+    kept.swap(mPicture);
+    mIsStale = true;
     paintImage(*painter, view, canvas, ratio);
-    mAll = all;
-    mSelected = selected;
-    mPicture = picture;
-    mRatio = kept;
+    kept.swap(mPicture);
+    mMarked = QImage();
+    mIsStale = wasStale;
+    mView = keptView;
+    mRatio = keptRatio;
+    mHasNumbers = hadNumbers;
 }
 
 } // namespace meridor
