@@ -39,6 +39,7 @@ private Q_SLOTS:
     void selectionsFollowModifiersAndKeys();
     void linesAreThoseOfTheSelection();
     void viewsFollowTimeAndGroups();
+    void canvasesKeepTheirSize();
     void troublesAreSentences_data();
     void troublesAreSentences();
     void datasetsAndGeographiesGo();
@@ -287,6 +288,26 @@ int tst_Graphs::import(const QByteArray &table)
         options.yColumn = QStringLiteral("y");
     }
     return workspace().import(options);
+}
+
+/// A canvas that is another one at each time makes a played graph shake. In the second run the labels
+/// have the room of the widest ones.
+void tst_Graphs::canvasesKeepTheirSize()
+{
+    for (const GraphKind kind : {GraphKind::Scatter, GraphKind::Histogram, GraphKind::Moran}) {
+        const GraphWindow *const window = open(kind);
+        const QWidget *const canvas = window->graph()->widget();
+        QSize size;
+        for (const bool isFirst : {true, false}) {
+            for (const qint64 time : workspace().stepsOf(mStates)) {
+                workspace().setTime(mStates, time);
+                QCoreApplication::processEvents();
+                if (!isFirst)
+                    QCOMPARE(canvas->size(), size);
+            }
+            size = canvas->size();
+        }
+    }
 }
 
 void tst_Graphs::troublesAreSentences_data()

@@ -215,8 +215,11 @@ QVector<QImage> tst_Steps::picturesOf(ViewWindow &window)
         map->canvas().finish();
         return {map->canvas().grab().toImage(), map->findChild<LegendPanel *>()->grab().toImage()};
     }
-    if (auto *const graph = qobject_cast<GraphWindow *>(&window))
+    if (auto *const graph = qobject_cast<GraphWindow *>(&window)) {
+        graph->graph()->showAll(); // else the room that labels took for earlier values remains
+        QCoreApplication::processEvents();
         return {graph->findChild<QWidget *>(QStringLiteral("graph"))->grab().toImage()};
+    }
     QTableView &table = *static_cast<TableWindow &>(window).table()->table();
     // The widths that a table chose for earlier values remain.
     table.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QScopedValueRollback>
+#include <QtMath>
 #include <algorithm>
 #include <cmath>
 #include <qwt_date_scale_engine.h>
@@ -106,6 +107,15 @@ QwtText plainText(const QString &text, const QFont &font, const QColor &color, i
     return shown;
 }
 
+/// Room for the labels at the ends of an axis. The widget itself only gives up what it has taken when
+/// its place changes.
+void setBorders(QwtScaleWidget &axis, int start, int end)
+{
+    axis.setMinBorderDist(start, end);
+    axis.getBorderDistHint(start, end);
+    axis.setBorderDist(start, end);
+}
+
 } // namespace
 
 GraphColors::GraphColors(const QPalette &palette)
@@ -187,6 +197,12 @@ void GraphView::refreshColors()
         recolor();
         selectionChanged();
     }
+}
+
+void GraphView::valuesChanged()
+{
+    const QScopedValueRollback<bool> freeing(mKeepsRoom, false);
+    timeChanged();
 }
 
 void GraphView::timeChanged()
@@ -388,6 +404,31 @@ void GraphView::showScales()
     apply(QwtPlot::yLeft, yScale());
     makeScales();
     updateAxes();
+    keepRoom();
+}
+
+/// While time passes, the labels keep the room of the widest ones, and of one at each end of an axis,
+/// so that the canvas has one size.
+void GraphView::keepRoom()
+{
+    const QFont font = mPlot->axisFont(QwtPlot::yLeft);
+    QwtScaleDraw &beside = *mPlot->axisScaleDraw(QwtPlot::yLeft);
+    const QwtScaleDraw &below = *mPlot->axisScaleDraw(QwtPlot::xBottom);
+    const double room = beside.minimumExtent();
+    const double last = mLastLabel;
+    if (!mKeepsRoom) {
+        beside.setMinimumExtent(0);
+        mLastLabel = 0;
+    }
+    beside.setMinimumExtent(beside.extent(font));
+    const QList<double> ticks = below.scaleDiv().ticks(QwtScaleDiv::MajorTick);
+    if (!ticks.isEmpty())
+        mLastLabel = std::max(mLastLabel, below.labelSize(font, ticks.last()).width());
+    const int half = (QFontMetrics(font).height() + 1) / 2;
+    setBorders(*mPlot->axisWidget(QwtPlot::yLeft), half, half);
+    setBorders(*mPlot->axisWidget(QwtPlot::xBottom), 0, qCeil(mLastLabel / 2));
+    if (beside.minimumExtent() != room || mLastLabel != last)
+        QCoreApplication::postEvent(mPlot, new QEvent(QEvent::LayoutRequest));
 }
 
 void GraphView::fitTicks()
@@ -395,6 +436,7 @@ void GraphView::fitTicks()
     mAreAxesStale = true;
     makeScales();
     updateAxes();
+    keepRoom();
     // The labels may need other room; a plot that is not shown yet does not ask for it itself.
     QCoreApplication::postEvent(mPlot, new QEvent(QEvent::LayoutRequest));
 }
@@ -456,6 +498,7 @@ void GraphView::showAll()
     mIsZoomed = false;
     if (!mTrouble.isEmpty())
         return;
+    const QScopedValueRollback<bool> freeing(mKeepsRoom, false);
     showScales();
     redraw();
 }

@@ -121,6 +121,7 @@ protected:
     virtual GraphScale xScale() const = 0;
     virtual GraphScale yScale() const = 0;
 
+    void valuesChanged() override;
     void timeChanged() final;
     bool holdsAt(qint64 time) const final;
     void selectionChanged() final;
@@ -153,6 +154,7 @@ private:
     void reread();
     void showScales();
     void makeScales();
+    void keepRoom();
     void setTrouble(const QString &text);
     void apply(int axis, const GraphScale &scale);
     void setInterval(int axis, double low, double high);
@@ -174,6 +176,8 @@ private:
     bool mIsReading = false; ///< within Workspace::look(), so names can be read
     bool mHasDates = false;
     bool mAreAxesStale = true;
+    double mLastLabel = 0;       ///< pixels; the widest one at the right end so far
+    bool mKeepsRoom = true;      ///< for labels; false while values change
     bool mMustMakeScales = true; ///< the scales have other fonts or another kind of values
 };
 
