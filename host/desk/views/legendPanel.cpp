@@ -14,6 +14,18 @@ namespace {
 
 constexpr int kEntryRole = Qt::UserRole;
 
+/// A class, and in the second column how many objects it has.
+class ClassItem : public QTreeWidgetItem {
+public:
+    using QTreeWidgetItem::QTreeWidgetItem;
+    QVariant data(int column, int role) const override
+    {
+        if (column == 0 && role == Qt::AccessibleTextRole && !text(1).isEmpty())
+            return LegendPanel::tr("%1, objects: %2").arg(text(0), text(1));
+        return QTreeWidgetItem::data(column, role);
+    }
+};
+
 } // namespace
 
 LegendPanel::LegendPanel(QWidget *parent) : QTreeWidget(parent)
@@ -28,7 +40,8 @@ LegendPanel::LegendPanel(QWidget *parent) : QTreeWidget(parent)
     setTextElideMode(Qt::ElideRight);
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    header()->setSectionResizeMode(1, QHeaderView::Fixed); // of the counts
+    header()->setMinimumSectionSize(0);
     const int side = fontMetrics().height();
     setIconSize(QSize(side * 3 / 2, side));
     connect(this, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem *item) {
@@ -140,7 +153,7 @@ void LegendPanel::makeItems()
         bold.setBold(true);
         top->setFont(0, bold);
         for (int entry = 0; entry < shown.block.entries.size(); ++entry) {
-            auto *const item = new QTreeWidgetItem(top, {shown.block.entries[entry].text});
+            auto *const item = new ClassItem(top, {shown.block.entries[entry].text});
             item->setIcon(0, iconOf(shown.block.entries[entry]));
             item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
             item->setToolTip(0, tr("Double click selects the objects of this class."));
@@ -164,13 +177,13 @@ void LegendPanel::showCounts()
             const QString count =
                 shown.count < 0 ? QString() : grouped(static_cast<double>(shown.count), 0);
             item->setText(1, count);
-            item->setData(0, Qt::AccessibleTextRole,
-                          shown.count < 0 ? shown.text
-                                          : tr("%1, objects: %2").arg(shown.text).arg(shown.count));
             texts = std::max(texts, fontMetrics().horizontalAdvance(shown.text));
             counts = std::max(counts, fontMetrics().horizontalAdvance(count));
         }
     }
+    const int column = counts > 0 ? counts + fontMetrics().height() / 2 : 0;
+    if (column != columnWidth(1))
+        setColumnWidth(1, column);
     // The limits of classes are read in full, as far as that leaves room for the map.
     setMinimumWidth(
         std::min(indentation() + iconSize().width() + texts + counts + 2 * fontMetrics().height(),
