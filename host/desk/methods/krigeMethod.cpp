@@ -26,11 +26,11 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     const Kriged found = krigeDataset(request, progress);
     const KrigedAt &last = found.times.last();
     report.text = methodText("%1: %2 from %3, mean variance %4")
-                      .arg(request.name)
-                      .arg(counted(last.predictions, methodText("%1 prediction"),
-                                   methodText("%1 predictions")))
-                      .arg(counted(last.samples, methodText("%1 value"), methodText("%1 values")))
-                      .arg(last.meanVariance, 0, 'g', 6);
+                      .arg(request.name,
+                           counted(last.predictions, methodText("%1 prediction"),
+                                   methodText("%1 predictions")),
+                           counted(last.samples, methodText("%1 value"), methodText("%1 values")),
+                           QString::number(last.meanVariance, 'g', 6));
     if (last.missing > 0)
         report.text += methodText("; missing: %1").arg(last.missing);
     report.results.append({QStringLiteral("dataset"), found.prediction});

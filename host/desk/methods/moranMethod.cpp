@@ -51,10 +51,9 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     report.text =
         methodText("Moran's I of %1 at %2: %3, p %4, %5")
             .arg(datasetName(plan.dataset),
-                 axisOf(VORN_GetGeographyId(plan.dataset)).show(last.when))
-            .arg(last.whole.value, 0, 'g', 6)
-            .arg(last.whole.p, 0, 'g', 4)
-            .arg(counted(last.objects.size(), methodText("%1 object"), methodText("%1 objects")));
+                 axisOf(VORN_GetGeographyId(plan.dataset)).show(last.when),
+                 QString::number(last.whole.value, 'g', 6), QString::number(last.whole.p, 'g', 4),
+                 counted(last.objects.size(), methodText("%1 object"), methodText("%1 objects")));
     if (plan.local)
         report.text += QStringLiteral("; ") + clustersOf(last);
     report.results.append({QStringLiteral("I"), last.whole.value});

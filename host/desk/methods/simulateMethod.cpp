@@ -25,11 +25,11 @@ void execute(Workspace &, const MethodArguments &arguments, MethodReport &report
     requireNewDatasetName(request.grid, request.name);
     const Simulated found = simulateDataset(request, progress);
     report.text = methodText("%1: %2 from %3, model %4")
-                      .arg(request.name)
-                      .arg(counted(request.count, methodText("%1 realization"),
-                                   methodText("%1 realizations")))
-                      .arg(counted(found.samples, methodText("%1 value"), methodText("%1 values")))
-                      .arg(found.structures);
+                      .arg(request.name,
+                           counted(request.count, methodText("%1 realization"),
+                                   methodText("%1 realizations")),
+                           counted(found.samples, methodText("%1 value"), methodText("%1 values")),
+                           found.structures);
     report.results.append({QStringLiteral("dataset"), found.dataset});
 }
 

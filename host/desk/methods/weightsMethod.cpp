@@ -43,12 +43,11 @@ void execute(Workspace &workspace, const MethodArguments &arguments, MethodRepor
     workspace.setShownWeights(geography, set);
     report.text =
         methodText("%1: %2, %3, %4 to %5 each, %6 without neighbours")
-            .arg(plan.name)
-            .arg(counted(links.objects, methodText("%1 object"), methodText("%1 objects")))
-            .arg(counted(links.links, methodText("%1 link"), methodText("%1 links")))
-            .arg(links.least)
-            .arg(links.most)
-            .arg(links.islands.size());
+            .arg(plan.name,
+                 counted(links.objects, methodText("%1 object"), methodText("%1 objects")),
+                 counted(links.links, methodText("%1 link"), methodText("%1 links")),
+                 QString::number(links.least), QString::number(links.most),
+                 QString::number(links.islands.size()));
     if (!isByBorder(plan) && !plan.greatCircle && isInDegrees(geography))
         report.text += methodText("; distances are in degrees");
     report.results.append({QStringLiteral("weights"), set});

@@ -195,8 +195,9 @@ LegendBlock MapLayerView::legend() const
     LegendBlock block = legendOf(mDataset, *mClasses, mCounts, mMissing, fits);
     // Short, for a narrow legend.
     if (const int count = datasetOf(mDataset)->GetRealizationCount(); count > 1)
-        block.title =
-            tr("%1 (%2 of %3)").arg(block.title).arg(realizationOf(mDataset) + 1).arg(count);
+        block.title = tr("%1 (%2 of %3)")
+                          .arg(block.title, QString::number(realizationOf(mDataset) + 1),
+                               QString::number(count));
     for (int i = 0; i < block.entries.size(); ++i)
         if (classOfEntry(i) >= 0)
             block.entries[i].color = colorOf(classOfEntry(i));

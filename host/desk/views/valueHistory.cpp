@@ -30,9 +30,7 @@ QVector<double> numbersAt(ShownDataset shown, qint64 time)
     if (count > kMostShown)
         fail(QCoreApplication::translate("ValueHistory",
                                          "A graph cannot show more than %1 values; %2 has %3")
-                 .arg(kMostShown)
-                 .arg(datasetName(dataset))
-                 .arg(count));
+                 .arg(QString::number(kMostShown), datasetName(dataset), QString::number(count)));
     ValuesAt values = existingValuesAt(dataset, time, shown.realization);
     for (const int object : std::as_const(values.missing))
         if (object >= 0 && object < values.numbers.size())
