@@ -4,10 +4,17 @@
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QMenu>
 #include <QProgressDialog>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStyleFactory>
+#include <QTabBar>
 #include <QTemporaryDir>
+#include <QTextDocument>
+#include <QTextDocumentFragment>
+#include <QWindow>
 #include <QtTest>
 #include "core/import/importOptions.h"
 #include "core/import/samples.h"
@@ -40,6 +47,32 @@ QProgressDialog *progressBar()
     return nullptr;
 }
 
+/// A label as it is shown: the letter after "&" is underlined or not.
+QString withoutKeys(QString label)
+{
+    return label.replace(QLatin1String("&&"), QLatin1String("\1"))
+        .remove(QLatin1Char('&'))
+        .replace(QLatin1Char('\1'), QLatin1Char('&'));
+}
+
+/// Notes the texts that the style draws while it exists, as they are shown.
+class ShownTexts : public QProxyStyle {
+public:
+    explicit ShownTexts(QStringList &texts) : QProxyStyle(QStringLiteral("Fusion")), mTexts(texts)
+    {
+    }
+    void drawItemText(QPainter *painter, const QRect &place, int flags, const QPalette &palette,
+                      bool isEnabled, const QString &text, QPalette::ColorRole role) const override
+    {
+        mTexts.append(flags & (Qt::TextShowMnemonic | Qt::TextHideMnemonic) ? withoutKeys(text)
+                                                                            : text);
+        QProxyStyle::drawItemText(painter, place, flags, palette, isEnabled, text, role);
+    }
+
+private:
+    QStringList &mTexts;
+};
+
 } // namespace
 
 Q_DECLARE_METATYPE(ViewKind)
@@ -58,7 +91,7 @@ private Q_SLOTS:
     void returnRunsTheForm();
     void methodsBeginWithTheActiveView();
     void progressIsShownWhenWorkTakesLong();
-    void namesAreNoMarkup();
+    void namesAreShownLetterByLetter();
     void longNamesLeaveTheWindowItsSize();
     void theActiveViewKeepsTheFocus();
     void sentencesFollowTheTime();
@@ -175,21 +208,69 @@ void tst_Dialogs::progressIsShownWhenWorkTakesLong()
     QVERIFY(!progressBar());
 }
 
-void tst_Dialogs::namesAreNoMarkup()
+void tst_Dialogs::namesAreShownLetterByLetter()
 {
-    const QString name = QStringLiteral("<h1>states</h1>");
-    const RecoveryBar bar({mFolder.path(), name + QStringLiteral(".vorn"), QDateTime()});
-    workspace().tell(name, true);
+    const QString name = QStringLiteral("<b>A & B</b>");
+    const QString part = QStringLiteral("<b>A & B");
+    QStringList drawn;
+    qApp->setStyle(new ShownTexts(drawn));
+    const auto restore =
+        qScopeGuard([] { qApp->setStyle(QStyleFactory::create(QStringLiteral("Fusion"))); });
+    const RecoveryBar bar({mFolder.path(), name, QDateTime()});
     import(name);
-    const QList<QLabel *> labels = window().findChildren<QLabel *>() + bar.findChildren<QLabel *>();
+    const int dataset = findDataset(QStringLiteral("fips"));
+    QVERIFY(renameThing(workspace(), {Thing::Dataset, dataset, -1}, name));
+    QVERIFY(window().saveAs(mFolder.filePath(part + QStringLiteral(" [*].vorn"))));
+    for (const ViewKind kind : {ViewKind::Map, ViewKind::Table, ViewKind::BoxPlot})
+        open(kind, dataset);
+    window().resize(1600, 900);
+    window().findChild<QAction *>(QStringLiteral("viewStack"))->trigger();
+    window().showProperties({Thing::Dataset, dataset, -1});
+    window().showMethod(*application().methods().find(QStringLiteral("weights")),
+                        {{QStringLiteral("name"), QString(name + QStringLiteral(" %1"))}});
+    QVERIFY(window().findChild<MethodDialog *>()->execute());
+    const QString report =
+        window().findChild<MethodDialog *>()->findChild<QLabel *>(QStringLiteral("report"))->text();
+    QVERIFY2(report.contains(name + QStringLiteral(" %1: 48 objects")), qPrintable(report));
+    workspace().tell(name, true);
+    settle();
+    window().grab(); // tabs, and the bar above a view
+    for (QMenu *const menu : window().findChildren<QMenu *>())
+        Q_EMIT menu->aboutToShow();
+
     int found = 0;
-    for (const QLabel *const label : labels)
-        if (label->text().contains(QLatin1String("<h1>"))) {
-            QCOMPARE(label->textFormat(), Qt::PlainText);
-            QVERIFY(!label->toolTip().contains(QLatin1String("<h1>")));
-            ++found;
+    const auto check = [&](const QString &text, const QString &where) {
+        if (!text.contains(QLatin1String("<b")) && !text.contains(QLatin1String("A & B")))
+            return;
+        ++found;
+        QVERIFY2(text.contains(part), qPrintable(where + QStringLiteral(": ") + text));
+    };
+    for (const QString &text : std::as_const(drawn))
+        check(text, QStringLiteral("drawn"));
+    QVERIFY2(found >= 6, qPrintable(QString::number(found))); // at least the tabs
+    for (QWidget *const widget : QApplication::allWidgets()) {
+        const QString where = QStringLiteral("%1 %2").arg(
+            QLatin1String(widget->metaObject()->className()), widget->objectName());
+        const QString tip = widget->toolTip();
+        check(Qt::mightBeRichText(tip) ? QTextDocumentFragment::fromHtml(tip).toPlainText() : tip,
+              where);
+        if (const auto *const label = qobject_cast<QLabel *>(widget)) {
+            const bool isRich =
+                label->textFormat() != Qt::PlainText && Qt::mightBeRichText(label->text());
+            check(isRich ? QTextDocumentFragment::fromHtml(label->text()).toPlainText()
+                         : label->text(),
+                  where);
         }
-    QVERIFY2(found >= 3, qPrintable(QString::number(found)));
+        if (const auto *const button = qobject_cast<QAbstractButton *>(widget))
+            check(withoutKeys(button->text()), where);
+        for (const QAction *const action : widget->actions())
+            check(withoutKeys(action->text()), where);
+        if (const auto *const tabs = qobject_cast<QTabBar *>(widget))
+            for (int i = 0; i < tabs->count(); ++i)
+                QVERIFY(QKeySequence::mnemonic(tabs->tabText(i)).isEmpty());
+    }
+    QVERIFY2(window().windowHandle()->title().contains(QLatin1String("B [*].vorn")),
+             qPrintable(window().windowHandle()->title()));
 }
 
 void tst_Dialogs::longNamesLeaveTheWindowItsSize()
@@ -199,7 +280,7 @@ void tst_Dialogs::longNamesLeaveTheWindowItsSize()
     open(ViewKind::Map, findDataset(QStringLiteral("abbr")));
     open(ViewKind::Table, findDataset(QStringLiteral("abbr")));
     window().findChild<QAction *>(QStringLiteral("viewStack"))->trigger();
-    QTest::qWait(50);
+    settle();
     QCOMPARE(window().size(), before);
 }
 

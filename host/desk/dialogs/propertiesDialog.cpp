@@ -11,6 +11,7 @@
 #include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
+#include "desk/models/plainText.h"
 #include "desk/project/workspace.h"
 
 namespace meridor {
@@ -97,7 +98,7 @@ PropertiesDialog::PropertiesDialog(Workspace &workspace, const Thing &thing, QWi
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(QStringLiteral("propertiesDialog"));
-    setWindowTitle(tr("Properties of %1").arg(nameOf(thing)));
+    setWindowTitle(tr("Properties of %1").arg(plainTitle(nameOf(thing))));
     auto *const form = new QFormLayout;
     mName->setObjectName(QStringLiteral("propertiesName"));
     form->addRow(tr("&Name"), mName);
@@ -174,7 +175,7 @@ bool PropertiesDialog::apply()
             || describeThing(mWorkspace, mThing, {mSummary->text(), mHistory->toPlainText()}));
     disconnect(told);
     mTrouble->setText(trouble);
-    setWindowTitle(tr("Properties of %1").arg(nameOf(mThing)));
+    setWindowTitle(tr("Properties of %1").arg(plainTitle(nameOf(mThing))));
     return isDone;
 }
 

@@ -15,7 +15,7 @@
 #include "datainterface/MGeoData.h"
 #include "datainterface/VariogramAPI.h"
 #include "desk/models/datasetMime.h"
-#include "desk/models/plainTip.h"
+#include "desk/models/plainText.h"
 #include "desk/project/workspace.h"
 
 namespace meridor {

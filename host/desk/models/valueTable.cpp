@@ -17,7 +17,7 @@
 #include "datainterface/MDataset.h"
 #include "datainterface/TimeAPI.h"
 #include "desk/draw/colorTable.h"
-#include "desk/models/plainTip.h"
+#include "desk/models/plainText.h"
 #include "desk/project/workspace.h"
 
 namespace meridor {

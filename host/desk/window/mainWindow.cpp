@@ -42,7 +42,7 @@
 #include "desk/dialogs/modelDialog.h"
 #include "desk/dialogs/propertiesDialog.h"
 #include "desk/models/datasetMime.h"
-#include "desk/models/plainTip.h"
+#include "desk/models/plainText.h"
 #include "desk/project/importLine.h"
 #include "desk/project/workspace.h"
 #include "desk/views/saveName.h"
@@ -423,7 +423,7 @@ void MainWindow::showTitle()
     const bool isOpen = !mWorkspace.path().isEmpty() || !geographyIds().isEmpty();
     const QString name = mWorkspace.path().isEmpty() ? (isOpen ? tr("untitled") : QString())
                                                      : QFileInfo(mWorkspace.path()).fileName();
-    setWindowTitle(name + QStringLiteral("[*]"));
+    setWindowTitle(plainTitle(name) + QStringLiteral("[*]"));
     setWindowModified(mWorkspace.isDirty());
     refreshActions();
 }
@@ -483,7 +483,7 @@ void MainWindow::fillRecent()
 {
     mRecent->clear();
     for (const QString &project : recentProjects())
-        mRecent->addAction(QDir::toNativeSeparators(project), this,
+        mRecent->addAction(plainLabel(QDir::toNativeSeparators(project)), this,
                            [this, project] { openProject(project); });
     if (mRecent->isEmpty())
         mRecent->addAction(tr("None yet"))->setEnabled(false);

@@ -12,7 +12,7 @@
 #include <QToolButton>
 #include <algorithm>
 #include "core/project/catalog.h"
-#include "desk/models/plainTip.h"
+#include "desk/models/plainText.h"
 #include "desk/views/view.h"
 
 namespace meridor {

@@ -4,10 +4,13 @@
 #include <QDockWidget>
 #include <QJsonArray>
 #include <QPointer>
+#include <QStyleOptionDockWidget>
+#include <QStylePainter>
 #include <QTimer>
 #include <algorithm>
 #include <cmath>
 #include "core/project/failure.h"
+#include "desk/models/plainText.h"
 #include "desk/project/workspace.h"
 #include "desk/views/viewWindow.h"
 
@@ -15,6 +18,41 @@ namespace meridor {
 namespace {
 
 constexpr int kMostTitleWidth = 30; // heights of the font
+
+/// Shows a title letter by letter. The title of the window is also the text of a tab, where "&" marks a
+/// key; in the bar above a view, and on the screen, it does not.
+class ViewDock : public QDockWidget {
+public:
+    explicit ViewDock(QWidget *parent) : QDockWidget(parent)
+    {
+        connect(this, &QDockWidget::topLevelChanged, this, [this] { setTitle(mTitle); });
+    }
+    /// A tab is as wide as its whole text, so a long title is shortened.
+    void setTitle(const QString &title)
+    {
+        mTitle = title;
+        mShown = fontMetrics().elidedText(title, Qt::ElideMiddle,
+                                          kMostTitleWidth * fontMetrics().height());
+        setWindowTitle(plainTitle(isFloating() ? mShown : plainLabel(mShown)));
+    }
+
+protected:
+    void paintEvent(QPaintEvent *event) override
+    {
+        if (isFloating()) {
+            QDockWidget::paintEvent(event);
+            return;
+        }
+        QStyleOptionDockWidget bar;
+        initStyleOption(&bar);
+        bar.title = mShown;
+        QStylePainter(this).drawControl(QStyle::CE_DockWidgetTitle, bar);
+    }
+
+private:
+    QString mTitle;
+    QString mShown;
+};
 
 ViewWindow *windowAround(QWidget *widget)
 {
@@ -69,18 +107,12 @@ QVector<ViewWindow *> ViewArea::windows() const
 
 void ViewArea::add(ViewWindow *window, const ViewRequest &request)
 {
-    auto *const dock = new QDockWidget(this);
-    // A tab is as wide as its whole text.
-    const auto showTitle = [dock](const QString &title) {
-        const QFontMetrics metrics = dock->fontMetrics();
-        dock->setWindowTitle(
-            metrics.elidedText(title, Qt::ElideMiddle, kMostTitleWidth * metrics.height()));
-    };
-    showTitle(window->title());
+    auto *const dock = new ViewDock(this);
+    dock->setTitle(window->title());
     dock->setObjectName(QStringLiteral("view %1").arg(mNextNumber++));
     dock->setAttribute(Qt::WA_DeleteOnClose);
     dock->setWidget(window);
-    connect(window, &ViewWindow::titleChanged, dock, showTitle);
+    connect(window, &ViewWindow::titleChanged, dock, &ViewDock::setTitle);
     connect(window, &ViewWindow::activated, this, [this, window] { activate(window); });
     // A window whose last view was removed deletes itself; a closed dock takes its window along, and
     // is no more than a widget then.
