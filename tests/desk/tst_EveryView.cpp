@@ -228,7 +228,7 @@ void tst_EveryView::oneObjectIsNoPlural()
     const int value = findDataset(one, QStringLiteral("v"));
     const QRegularExpression wrong(QStringLiteral("(^|[^0-9.])1 [a-z]*[^s ]s\\b"));
     const std::pair<ViewKind, const char *> texts[] = {{ViewKind::Histogram, "1 value in bars"},
-                                                       {ViewKind::BoxPlot, "1 box"}};
+                                                       {ViewKind::BoxPlot, "1 value, median"}};
     for (const auto &[kind, text] : texts) {
         ViewWindow *const view = open(kind, {value});
         const QString told = static_cast<GraphView &>(*view->currentView()).summary();

@@ -46,6 +46,7 @@ private Q_SLOTS:
     void hookShowsWhatItIsAskedFor();
     void exportsAndLogsCommandLines();
     void cellsOfGridsAreObjects();
+    void fewTimesAreSeenAndNamed();
 
 private:
     Workspace &workspace() { return static_cast<Application *>(qApp)->workspace(); }
@@ -493,6 +494,50 @@ void tst_Graphs::cellsOfGridsAreObjects()
     QCOMPARE(marked, cells.size());
     QVERIFY2(scatter->graph()->textOf(31).startsWith(QLatin1String("column 1, row 1")),
              qPrintable(scatter->graph()->textOf(31)));
+}
+
+void tst_Graphs::fewTimesAreSeenAndNamed()
+{
+    const auto texts = [this](GraphWindow *window) {
+        QFile file(mFolder.filePath(QStringLiteral("texts.svg")));
+        if (!window->exportTo(file.fileName()) || !file.open(QIODevice::ReadOnly))
+            return QStringList();
+        QStringList found;
+        const QRegularExpression text(QStringLiteral("<text[^>]*>([^<]*)</text>"));
+        for (auto each = text.globalMatch(QString::fromUtf8(file.readAll())); each.hasNext();)
+            found += each.next().captured(1);
+        return found;
+    };
+    const int points = import("x,y,v\n0,0,2\n1,0,3\n2,0,7\n");
+    const int fixed = findDataset(points, QStringLiteral("v"));
+    int days = -1;
+    const auto add = [&](qint64 day) {
+        workspace().run(QStringLiteral("add"), [&](const Progress &) {
+            const bool isNew = days < 0;
+            if (isNew)
+                days = VORN_NewVectorDataset(points, QStringLiteral("days"), TimeSlice, DecimalType,
+                                             1, QString());
+            VORN_AddDataValues(days, 0, Interval{day, day + 1, true, true},
+                               QVector<double>{2, 3, 7}, {}, true, true);
+            isNew ? VORN_NewDatasetCreated(days) : VORN_DatasetChanged(days);
+        });
+    };
+    add(1000);
+    GraphWindow *const box = open(GraphKind::BoxPlot, {days});
+    GraphWindow *const still = open(GraphKind::BoxPlot, {fixed});
+    for (int i = 0; i < 2; ++i) {
+        QCOMPARE(texts(box).last(), axisOf(points).show(dataTimes(days).first()));
+        QCOMPARE(texts(still).last(), QStringLiteral("does not change over time"));
+        QVERIFY(!texts(still).contains(QStringLiteral("-1")));
+        QVERIFY2(still->graph()->summary().startsWith(QLatin1String("3 values, median 3,")),
+                 qPrintable(still->graph()->summary()));
+        for (GraphWindow *const each : {box, still})
+            QTest::keyClick(each->graph()->widget(), Qt::Key_Plus);
+    }
+    add(2000);
+    box->graph()->showAll();
+    QVERIFY2(texts(box).contains(QStringLiteral("1500")),
+             qPrintable(texts(box).join(QLatin1Char(' '))));
 }
 
 int main(int argc, char **argv)

@@ -6,6 +6,8 @@
 #include <limits>
 #include <qwt_plot.h>
 #include <qwt_plot_item.h>
+#include <qwt_scale_draw.h>
+#include <qwt_scale_engine.h>
 #include <qwt_scale_map.h>
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -30,6 +32,30 @@ QVector<double> finite(const QVector<double> &values)
                  [](double value) { return std::isfinite(value); });
     return found;
 }
+
+/// The axis below a single box, which stands at 0: a label in place of numbers.
+class OneTick : public QwtLinearScaleEngine {
+public:
+    QwtScaleDiv divideScale(double low, double high, int, int, double) const override
+    {
+        return QwtScaleDiv(low, high, {}, {},
+                           low <= 0 && high >= 0 ? QList<double>{0} : QList<double>());
+    }
+};
+
+class OneLabel : public QwtScaleDraw {
+public:
+    explicit OneLabel(const QString &text) : mText(text)
+    {
+        enableComponent(Backbone, false);
+        enableComponent(Ticks, false);
+    }
+    QwtText label(double) const override { return QwtText(mText, QwtText::PlainText); }
+    const QString &text() const { return mText; }
+
+private:
+    QString mText;
+};
 
 } // namespace
 
@@ -120,7 +146,29 @@ void BoxPlotView::load()
         meridor::datasetOf(dataset())->IsStatic()
             ? failWithoutValues(dataset())
             : fail(tr("%1 holds no values").arg(datasetName(dataset())));
-    mHalf = std::isfinite(nearest) ? nearest * 0.32 : scale.axis().dates ? 43200000.0 : 0.5;
+    mHalf = std::isfinite(nearest) ? nearest * 0.32 : 0.5;
+    mOneTime.clear();
+    if (mBoxes.size() > 1)
+        return;
+    mBoxes.first().at = 0;
+    mOneTime = meridor::datasetOf(dataset())->IsStatic()
+                   ? tr("does not change over time")
+                   : axisOf(geography()).show(history().when(mBoxes.first().step));
+}
+
+void BoxPlotView::labelTimes()
+{
+    const auto *const present =
+        dynamic_cast<const OneLabel *>(plot()->axisScaleDraw(QwtPlot::xBottom));
+    if (mOneTime.isEmpty() && present) {
+        if (dynamic_cast<const OneTick *>(plot()->axisScaleEngine(QwtPlot::xBottom)))
+            plot()->setAxisScaleEngine(QwtPlot::xBottom, new QwtLinearScaleEngine());
+        refreshColors(); // makes the labels of times
+    } else if (!mOneTime.isEmpty() && !(present && present->text() == mOneTime)) {
+        plot()->setAxisScaleEngine(QwtPlot::xBottom, new OneTick());
+        plot()->setAxisScaleDraw(QwtPlot::xBottom, new OneLabel(mOneTime));
+        plot()->updateAxes();
+    }
 }
 
 void BoxPlotView::markSelected()
@@ -139,17 +187,21 @@ void BoxPlotView::markSelected()
         box.few = values.size() <= kMostDots ? values : QVector<double>();
         box.selected = values.size() > kMostDots ? boxOf(values) : BoxFigures();
     }
+    const auto figures = [](const Box &box) {
+        return counted(box.count, tr("%1 value, median %2, quartiles %3 and %4"),
+                       tr("%1 values, median %2, quartiles %3 and %4"))
+            .arg(shortNumber(box.figures.median, 6), shortNumber(box.figures.firstQuartile, 6),
+                 shortNumber(box.figures.thirdQuartile, 6));
+    };
     QString text = counted(mBoxes.size(), tr("%1 box"), tr("%1 boxes"));
     const int present = history().stepAt(time());
     for (const Box &box : std::as_const(mBoxes))
         if (box.step == present)
-            text += QStringLiteral("; ")
-                    + counted(box.count, tr("now %1 value, median %2, quartiles %3 and %4"),
-                              tr("now %1 values, median %2, quartiles %3 and %4"))
-                          .arg(shortNumber(box.figures.median, 6),
-                               shortNumber(box.figures.firstQuartile, 6),
-                               shortNumber(box.figures.thirdQuartile, 6));
+            text += tr("; now %1").arg(figures(box));
+    if (mBoxes.size() == 1)
+        text = figures(mBoxes.first());
     setSummary(text, chosen.isEmpty() ? QString() : tr("%1 selected").arg(chosen.size()));
+    labelTimes();
 }
 
 double BoxPlotView::xOf(const Box &box) const
@@ -244,7 +296,7 @@ GraphScale BoxPlotView::xScale() const
 {
     const TimeScale scale(geography());
     return {QString(), mBoxes.first().at - 2 * mHalf, mBoxes.last().at + 2 * mHalf,
-            scale.axis().dates, true};
+            mOneTime.isEmpty() && scale.axis().dates, true};
 }
 
 QStringList BoxPlotView::commandLine(const QString &picture) const

@@ -20,7 +20,7 @@ public:
 
     struct Box {
         int step;
-        double at; ///< on the axis of times
+        double at; ///< on the axis of times; 0 for the only box
         BoxFigures figures;
         int count; ///< of values
         bool hasSelected = false;
@@ -41,9 +41,11 @@ protected:
 private:
     class Boxes;
     double xOf(const Box &box) const;
+    void labelTimes();
 
     QVector<Box> mBoxes;
     double mHalf = 0.5; ///< of a box, in units of the axis
+    QString mOneTime;   ///< what stands below the only box; empty for several
 };
 
 } // namespace meridor
