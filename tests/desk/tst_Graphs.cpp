@@ -538,6 +538,20 @@ void tst_Graphs::fewTimesAreSeenAndNamed()
     box->graph()->showAll();
     QVERIFY2(texts(box).contains(QStringLiteral("1500")),
              qPrintable(texts(box).join(QLatin1Char(' '))));
+    // A day in a thousand is a dot.
+    add(1500);
+    const auto *const lines =
+        static_cast<TimePlotView *>(open(GraphKind::TimePlot, {days})->graph());
+    const QImage picture = lines->widget()->grab().toImage();
+    for (int step = 0; step < 3; ++step) {
+        const QPoint middle = lines->placeOf(step, 3).toPoint();
+        int drawn = 0;
+        for (int i = 0; i < 25; ++i) {
+            const QPoint place = middle + QPoint(i % 5 - 2, i / 5 - 2);
+            drawn += picture.rect().contains(place) && picture.pixelColor(place).lightness() < 220;
+        }
+        QVERIFY2(drawn >= 9, qPrintable(QStringLiteral("%1: %2 pixels").arg(step).arg(drawn)));
+    }
 }
 
 int main(int argc, char **argv)

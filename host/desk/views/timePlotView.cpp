@@ -23,6 +23,7 @@ namespace {
 constexpr int kMostLines = 200; ///< more selected objects are summarized
 constexpr int kMostNames = 8;   ///< more lines have the same colour and no names
 constexpr double kReach = 5;    ///< of the pointer, in pixels
+constexpr double kLeastDot = 2; ///< radius in pixels
 
 QPolygonF onCanvas(const QVector<QPointF> &points, const QwtScaleMap &xMap, const QwtScaleMap &yMap)
 {
@@ -32,17 +33,23 @@ QPolygonF onCanvas(const QVector<QPointF> &points, const QwtScaleMap &xMap, cons
     return line;
 }
 
-/// Draws the parts of a line between the points that are not finite; a single point is a dot.
+/// Draws the parts of a line between the points that are not finite. What is shorter than a dot, such as
+/// a day in a century, is a dot.
 void drawRuns(QPainter &painter, const QPolygonF &line)
 {
+    const double radius = std::max(kLeastDot, 1.2 * painter.pen().widthF());
     QPolygonF run;
     const auto drawRun = [&] {
-        if (run.size() == 1) {
+        const QRectF box = run.boundingRect();
+        if (run.isEmpty())
+            return;
+        if (std::max(box.width(), box.height()) < 2 * radius) {
             painter.save();
             painter.setBrush(painter.pen().color());
-            painter.drawEllipse(run.first(), 2, 2);
+            painter.setPen(Qt::NoPen);
+            painter.drawEllipse(box.center(), radius, radius);
             painter.restore();
-        } else if (!run.isEmpty()) {
+        } else {
             painter.drawPolyline(run);
         }
         run.clear();
@@ -125,7 +132,13 @@ private:
         QPolygonF below;
         const auto drawPart = [&] {
             std::reverse(below.begin(), below.end());
-            painter.drawPolygon(above + below);
+            const QPolygonF part = above + below;
+            const QRectF box = part.boundingRect();
+            if (!part.isEmpty() && box.width() < 2 * kLeastDot)
+                painter.drawRect(
+                    QRectF(box.center().x() - kLeastDot, box.top(), 2 * kLeastDot, box.height()));
+            else
+                painter.drawPolygon(part);
             above.clear();
             below.clear();
         };
@@ -348,7 +361,9 @@ QVector<unsigned int> TimePlotView::objectsWithin(const QPainterPath &region)
 
 GraphScale TimePlotView::xScale() const
 {
-    return {QString(), mMean.first().x(), mMean.last().x(), mScale.axis().dates, true};
+    const double margin = (mMean.last().x() - mMean.first().x()) / 100; // for dots at the ends
+    return {QString(), mMean.first().x() - margin, mMean.last().x() + margin, mScale.axis().dates,
+            true};
 }
 
 QStringList TimePlotView::commandLine(const QString &picture) const
