@@ -31,6 +31,7 @@ private Q_SLOTS:
     void rowsAreSelectedByMouseAndKeys();
     void copiesAndExports();
     void datasetsComeAndGo();
+    void columnsFitTheirValues();
 
 private:
     Workspace &workspace() { return static_cast<Application *>(qApp)->workspace(); }
@@ -235,6 +236,45 @@ void tst_Table::datasetsComeAndGo()
     QCOMPARE(cell(0, "income"), QStringLiteral("no such column"));
     workspace().close();
     QCOMPARE(mWindow->table(), nullptr);
+}
+
+void tst_Table::columnsFitTheirValues()
+{
+    const auto widthOf = [this](int dataset) {
+        return mView->table()->columnWidth(mView->model().columnOf(dataset));
+    };
+    int wide = -1;
+    const auto add = [&](const Interval &when, const QString &text) {
+        return workspace().run(QStringLiteral("add"), [&](const Progress &) {
+            if (wide < 0)
+                wide = VORN_NewVectorDataset(mStates, QStringLiteral("wide"), TimeSlice, StringType,
+                                             1, QString());
+            VORN_AddDataValues(wide, 0, when, QVector<QString>(48, text), {}, true, true);
+            VORN_NewDatasetCreated(wide); // while the table cannot be read
+        });
+    };
+    const int abbr = findDataset(mStates, QStringLiteral("abbr"));
+    const int before = widthOf(abbr);
+    mView->goTo(instantOf(dataTimes(mIncome).first()));
+    const Interval last = dataTimes(mIncome).last();
+    const QString text(25, QLatin1Char('n'));
+    QVERIFY(add(last, text));
+    settle();
+    QCOMPARE(widthOf(abbr), before);
+    const int least = mView->table()->fontMetrics().horizontalAdvance(text);
+    QVERIFY(widthOf(wide) < least); // no values at this time
+    mView->goTo(instantOf(last));
+    settle();
+    QVERIFY2(widthOf(wide) > least, qPrintable(QString::number(widthOf(wide))));
+    // What a person sets stays, wherever the column stands.
+    QHeaderView &header = *mView->table()->horizontalHeader();
+    header.resizeSection(mView->model().columnOf(wide), 77);
+    header.resizeSection(mView->model().columnOf(abbr), 99);
+    QVERIFY(workspace().run(QStringLiteral("remove"),
+                            [&](const Progress &) { VORN_RemoveDataset(mIncome); }));
+    settle();
+    QCOMPARE(widthOf(wide), 77);
+    QCOMPARE(widthOf(abbr), 99);
 }
 
 int main(int argc, char **argv)

@@ -43,6 +43,11 @@ public:
     /// -1 for the numbers of objects.
     int datasetOf(int column) const { return mColumns.value(column).dataset; }
     int columnOf(int dataset) const;
+    /// Whether the values of a column are there, so that data() does not read the library.
+    bool isRead(int column) const
+    {
+        return mColumns[column].isRead || mColumns[column].dataset < 0;
+    }
 
     /// Orders the rows by a column, equal values by the objects' numbers. Missing values are last in
     /// both orders.

@@ -3,6 +3,7 @@
 #include <QHeaderView>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -186,14 +187,18 @@ TableView::TableView(Workspace &workspace, int geography)
             rereadColumns({});
     });
     connect(&workspace, &Workspace::datasetsChanged, this, [this, isMine](const QVector<int> &ids) {
+        forgetWidths(ids);
         if (isMine(ids))
             rereadColumns({});
     });
     connect(&workspace, &Workspace::datasetsDying, this, [this, isMine](const QVector<int> &ids) {
+        for (const int id : ids) // another dataset may get the number
+            mWidths.remove(id);
         if (isMine(ids))
             rereadColumns(ids);
     });
     connect(&workspace, &Workspace::datasetRenamed, this, [this, isMine](int dataset) {
+        forgetWidths({dataset});
         if (isMine({dataset}))
             rereadColumns({});
     });
@@ -201,7 +206,15 @@ TableView::TableView(Workspace &workspace, int geography)
         mMustReload = mMustReload || changed == this->geography();
         reload();
     });
-    connect(&workspace, &Workspace::idle, this, &TableView::reload);
+    connect(&workspace, &Workspace::idle, this, [this] {
+        reload();
+        sizeColumns(); // by values that can be read now
+    });
+    connect(mTable->horizontalHeader(), &QHeaderView::sectionResized, this,
+            [this](int column, int, int pixels) {
+                if (!mIsSizing)
+                    mWidths[mModel->datasetOf(column)] = {pixels, true, false};
+            });
     join();
     showOrder();
     sizeColumns();
@@ -272,23 +285,42 @@ void TableView::showOrder()
 
 void TableView::sizeColumns()
 {
+    const QScopedValueRollback<bool> sizing(mIsSizing, true);
+    for (int column = 0; column < mModel->columnCount(); ++column) {
+        Width &width = mWidths[mModel->datasetOf(column)];
+        if (!width.isOwn && !width.isOfValues)
+            width = guessedWidth(column);
+        mTable->setColumnWidth(column, width.pixels);
+    }
+}
+
+TableView::Width TableView::guessedWidth(int column) const
+{
     constexpr int kSampled = 40; // rows
     constexpr qint64 kMostRead = 2000000;
     const QFontMetrics metrics = mTable->fontMetrics();
     // The values of a large table are not read before they are shown.
     const qint64 cells = static_cast<qint64>(mModel->rowCount()) * mModel->columnCount();
-    const int rows =
-        cells <= kMostRead && !workspace().isBusy() ? std::min(kSampled, mModel->rowCount()) : 0;
-    for (int column = 0; column < mModel->columnCount(); ++column) {
-        int width =
-            metrics.horizontalAdvance(mModel->headerData(column, Qt::Horizontal).toString());
-        width = std::max(width, metrics.averageCharWidth() * (rows > 0 ? 4 : 14));
-        for (int row = 0; row < rows; ++row)
-            width = std::max(
-                width, metrics.horizontalAdvance(mModel->index(row, column).data().toString()));
-        mTable->setColumnWidth(column, std::min(width, 40 * metrics.averageCharWidth())
-                                           + 2 * metrics.height());
-    }
+    const bool mayRead = !workspace().isBusy() && (cells <= kMostRead || mModel->isRead(column));
+    Width width;
+    int widest = 0;
+    for (int row = 0; mayRead && row < std::min(kSampled, mModel->rowCount()); ++row)
+        widest = std::max(widest,
+                          metrics.horizontalAdvance(mModel->index(row, column).data().toString()));
+    width.isOfValues = widest > 0;
+    widest = std::max(
+        {widest, metrics.averageCharWidth() * (width.isOfValues ? 4 : 14),
+         metrics.horizontalAdvance(mModel->headerData(column, Qt::Horizontal).toString())});
+    width.pixels = std::min(widest, 40 * metrics.averageCharWidth()) + 2 * metrics.height();
+    return width;
+}
+
+/// Values and names of these datasets are others; what the user set stays.
+void TableView::forgetWidths(const QVector<int> &datasets)
+{
+    for (const int dataset : datasets)
+        if (!mWidths.value(dataset).isOwn)
+            mWidths.remove(dataset);
 }
 
 void TableView::selectionChanged()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The objects of a geography as rows of a table.
 #pragma once
+#include <QHash>
 #include <QPointer>
 #include <QTableView>
 #include "desk/views/objectText.h"
@@ -55,7 +56,15 @@ protected:
 private:
     class Table;
     void chooseRows(int first, int last, SelectionMode mode);
+    struct Width {
+        int pixels = 0;
+        bool isOwn = false;      ///< set by the user
+        bool isOfValues = false; ///< guessed by some of them
+    };
+    /// Gives columns the widths that the user set, else those of the first values that could be read.
     void sizeColumns();
+    Width guessedWidth(int column) const;
+    void forgetWidths(const QVector<int> &datasets);
     void showOrder();
     void reload();
     void showTable(const std::function<void()> &load);
@@ -66,8 +75,10 @@ private:
     QTableView *mTable;
     QPointer<QWidget> mTableWidget; ///< null once the table was deleted
     QString mTrouble;
-    bool mMustReload = false; ///< other objects exist now
-    int mTold = -1;           ///< the object that was named last
+    bool mMustReload = false;  ///< other objects exist now
+    int mTold = -1;            ///< the object that was named last
+    QHash<int, Width> mWidths; ///< by dataset, -1: the numbers of objects
+    bool mIsSizing = false;    ///< sizeColumns() changes the widths
     ObjectText mNames;
 };
 
