@@ -47,8 +47,12 @@ private Q_SLOTS:
         QCOMPARE(
             mPlace.run({"rename", "p.vorn", "id", "x", "--output", "q.vorn", "--overwrite"}).code,
             0);
+        const QByteArray ours = mPlace.bytes(".p.vorn.lock");
         lock.unlock();
-        // The lock of a process that has ended, with a number that no process has.
+        // The lock of a process that has ended, with the number of one that lives.
+        mPlace.file(".p.vorn.lock", ours);
+        QCOMPARE(mPlace.run({"rename", "p.vorn", "id", "id"}).code, 0);
+        // With a number that no process has.
         mPlace.file(".p.vorn.lock", "7\nmeridor\nanother machine\n");
         QVERIFY(mPlace.run({"rename", "p.vorn", "id", "x"}).err.contains("has ended, remove"));
         mPlace.file(".p.vorn.lock",

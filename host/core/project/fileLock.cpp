@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "core/project/fileLock.h"
+#include <QFile>
 #include <QFileInfo>
 #include <QSysInfo>
 #include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
 #include "core/project/text.h"
@@ -18,6 +23,31 @@ QString lockName(const QString &file)
 {
     const QFileInfo info(replacedFile(file));
     return QStringLiteral("%1/.%2.lock").arg(info.absolutePath(), info.fileName());
+}
+
+/// Whether a lock file was made since this system was started, also in another container on it: its fifth
+/// line tells. Systems that share a disk may not see each other's flock().
+bool isOfThisSystem(QFile &lock)
+{
+    const QByteArray start = QSysInfo::bootUniqueId();
+    return !start.isEmpty() && lock.readAll().split('\n').value(4) == start;
+}
+
+/// Removes a lock file whose holder has ended although a process has its number again, as it happens
+/// in containers. A holder keeps flock() on the file, and sets it before it writes its number.
+bool removeIfLeft(const QString &name)
+{
+    const QByteArray path = QFile::encodeName(name);
+    QFile lock;
+    const int handle = ::open(path.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (handle < 0 || !lock.open(handle, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+        return false;
+    struct stat open = {};
+    struct stat named = {};
+    return ::flock(handle, LOCK_EX | LOCK_NB) == 0 && isOfThisSystem(lock)
+           && ::fstat(handle, &open) == 0 && ::lstat(path.constData(), &named) == 0
+           && open.st_dev == named.st_dev && open.st_ino == named.st_ino
+           && ::unlink(path.constData()) == 0;
 }
 
 } // namespace
@@ -37,6 +67,8 @@ FileLock::FileLock(const QString &file) : mName(lockName(file)), mLock(mName)
         if (mLock.tryLock(0))
             return;
     }
+    if (mLock.error() == QLockFile::LockFailedError && removeIfLeft(mName) && mLock.tryLock(0))
+        return;
     if (mLock.error() != QLockFile::LockFailedError)
         fail(QStringLiteral("%1: its directory takes no lock file: %2").arg(file, systemError()));
     if (process == 0)
