@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The open project as the windows share it: selections, times, messages, saving and recovery.
+#include <QDir>
 #include <QFileInfo>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -20,6 +21,7 @@ private Q_SLOTS:
     void initTestCase();
     void selectionsAreKeptInSteps();
     void savesRevertsAndRecovers();
+    void workOfProcessesWithTheSameNumberIsFound();
     void projectsOpenWhereNothingCanBeWritten();
     void failuresAreTold();
 
@@ -94,6 +96,50 @@ void tst_Workspace::savesRevertsAndRecovers()
     QVERIFY(workspace().isDirty());
     QVERIFY(workspace().save());
     QCOMPARE(Workspace::recoveries({file}).size(), 0);
+}
+
+/// In a container the next process often has the number of the one that was killed.
+void tst_Workspace::workOfProcessesWithTheSameNumberIsFound()
+{
+    workspace().close();
+    const QDir folder(QFileInfo(Workspace::recoveryOf(QString())).absolutePath());
+    QVERIFY(folder.mkpath(QStringLiteral(".")));
+    const auto write = [](const QString &file, const QByteArray &content) {
+        QFile out(file);
+        return out.open(QIODevice::WriteOnly) && out.write(content) == content.size();
+    };
+    const QString file = mFolder.filePath(QStringLiteral("left.vorn"));
+    const QString lockName = mFolder.filePath(QStringLiteral(".left.vorn.lock"));
+    const QString untitled = folder.filePath(
+        QStringLiteral("untitled-%1.recovery").arg(QCoreApplication::applicationPid()));
+    ImportOptions options;
+    options.map = QStringLiteral(MERIDOR_TEST_SAMPLES "/us_income/states48.geojson");
+    QVERIFY(workspace().import(options) >= 0);
+    QVERIFY(workspace().save(file));
+    QByteArray held; // by this process
+    if (QFile lock(lockName); lock.open(QIODevice::ReadOnly))
+        held = lock.readAll();
+    QVERIFY2(held.startsWith(QByteArray::number(QCoreApplication::applicationPid())), held);
+    QVERIFY(QFile::copy(file, Workspace::recoveryOf(file)));
+    QVERIFY(QFile::copy(file, untitled));
+    QCOMPARE(Workspace::recoveries({file}).size(), 1); // that of the project is in use
+    workspace().close();
+    for (const QString &lock :
+         {lockName,
+          folder.filePath(QStringLiteral(".%1.lock").arg(QFileInfo(untitled).fileName()))})
+        QVERIFY(write(lock, held));
+    QCOMPARE(Workspace::recoveries({file}).size(), 2);
+    QVERIFY(write(lockName, held));
+    QVERIFY(workspace().open(file));
+    workspace().close();
+    // Work without a name goes elsewhere, and takes nothing with it.
+    QVERIFY(workspace().import(options) >= 0);
+    QVERIFY(workspace().saveRecovery());
+    workspace().close();
+    QCOMPARE(Workspace::recoveries({file}).size(), 2);
+    QCOMPARE(QFileInfo(untitled).size(), QFileInfo(file).size());
+    QVERIFY(workspace().recover({untitled, QString(), QDateTime()}));
+    QCOMPARE(geographyIds().size(), 1);
 }
 
 void tst_Workspace::projectsOpenWhereNothingCanBeWritten()

@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QStandardPaths>
 #include <QTimer>
 #include <algorithm>
@@ -397,10 +398,11 @@ bool Workspace::revert()
 
 QString Workspace::recoveryOf(const QString &project)
 {
+    // Not the number of the process: another one may have had it, and left its work.
+    static const quint64 own = QRandomGenerator::system()->generate64();
     if (project.isEmpty())
         return QStringLiteral("%1/untitled-%2.recovery")
-            .arg(recoveryFolder())
-            .arg(QCoreApplication::applicationPid());
+            .arg(recoveryFolder(), QString::number(own, 16));
     const QFileInfo file(project);
     return file.absolutePath() + QStringLiteral("/.") + file.fileName()
            + QStringLiteral(".recovery");
