@@ -175,19 +175,53 @@ private Q_SLOTS:
         mPlace.file("points.csv", table + '\n');
         QCOMPARE(mPlace.run({"import", "points.csv", "big.vorn", "--x", "x", "--y", "y"}).code, 0);
         QDir(mPlace.path("")).mkpath("tight");
-        const auto limited = [this](int blocks, const QStringList &words) {
-            const QString limit = QStringLiteral("ulimit -f %1; exec \"$0\" \"$@\"").arg(blocks);
-            return mPlace.run("/bin/sh", QStringList{"-c", limit, MERIDOR_PROGRAM} + words);
-        };
         const Outcome scratch =
             limited(40, {"rename", "big.vorn", "v0", "w", "--cache", "1", "--scratch", "tight"});
         QCOMPARE(scratch.code, 1);
         QVERIFY2(scratch.err.contains("scratch directory"), qPrintable(scratch.err));
         QVERIFY2(scratch.err.contains("File too large; see --scratch"), qPrintable(scratch.err));
         QVERIFY(QDir(mPlace.path("tight")).isEmpty());
+
+        // Outputs are whole or not there, and what stood there stays.
+        QCOMPARE(mPlace.run({"weights", "create", "p.vorn", "w"}).code, 0);
+        for (const QStringList &words : {QStringList{"map", "p.vorn", "id", "out.png"},
+                                         {"map", "p.vorn", "id", "out.svg"},
+                                         {"map", "p.vorn", "id", "out.pdf"},
+                                         {"plot", "histogram", "big.vorn", "v1", "out.svg"},
+                                         {"report", "p.vorn", "out.html"},
+                                         {"export", "big.vorn", "out.csv"},
+                                         {"export", "big.vorn", "out.dbf"},
+                                         {"export", "big.vorn", "out.shp"},
+                                         {"export", "big.vorn", "out.gpkg"},
+                                         {"export", "big.vorn", "out.geojson"},
+                                         {"export", "big.vorn", "out.fgb"},
+                                         {"export", "big.vorn", "out.nc"},
+                                         {"export", "big.vorn", "out.zarr"},
+                                         {"weights", "export", "p.vorn", "w", "out.gal"}}) {
+            const InCase inCase(words);
+            const QString target = words.last();
+            const bool isDirectory = target.endsWith("zarr");
+            if (!isDirectory)
+                mPlace.file(target, "precious");
+            const QStringList names = mPlace.files();
+            const Outcome full = limited(0, words + QStringList{"--overwrite"});
+            QCOMPARE(full.code, 1);
+            QVERIFY2(full.err.contains(target + ": File too large"), qPrintable(full.err));
+            QVERIFY2(!full.err.contains("error"), qPrintable(full.err));
+            QCOMPARE(mPlace.bytes(target), QByteArray(isDirectory ? "" : "precious"));
+            QCOMPARE(mPlace.files(), names);
+            QVERIFY(isDirectory != QFileInfo::exists(mPlace.path(target)));
+        }
     }
 
 private:
+    /// Runs the program with a limit of the size of files, in blocks of 512 bytes.
+    Outcome limited(int blocks, const QStringList &words) const
+    {
+        const QString limit = QStringLiteral("ulimit -f %1; exec \"$0\" \"$@\"").arg(blocks);
+        return mPlace.run("/bin/sh", QStringList{"-c", limit, MERIDOR_PROGRAM} + words);
+    }
+
     Workplace mPlace;
     QByteArray mProject;
 };

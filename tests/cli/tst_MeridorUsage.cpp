@@ -254,6 +254,37 @@ private Q_SLOTS:
         }
     }
 
+    void aDashIsStandardOutputOrRefused()
+    {
+        const Workplace place;
+        place.file("map.geojson", squares());
+        QCOMPARE(place.run({"import", "map.geojson", "p.vorn", "--key", "id"}).code, 0);
+        QCOMPARE(place.run({"weights", "create", "p.vorn", "w"}).code, 0);
+        const QStringList names = place.files();
+        const auto check = [&](const QStringList &words, int code, const char *out,
+                               const char *told) {
+            const InCase inCase(words);
+            const Outcome outcome = place.run(words);
+            QCOMPARE(outcome.code, code);
+            QVERIFY2(outcome.out.contains(out), qPrintable(outcome.out.left(100)));
+            QVERIFY2(outcome.err.contains(told), qPrintable(outcome.err));
+            QCOMPARE(place.files(), names);
+            QVERIFY(!QFileInfo::exists(place.path("-")));
+        };
+        check({"report", "p.vorn", "-"}, 0, "<!DOCTYPE html>", "note: /dev/stdout: 1 geography");
+        check({"export", "p.vorn", "-", "--format", "csv"}, 0, "id\n", "/dev/stdout");
+        check({"export", "p.vorn", "-", "--format", "netcdf"}, 0, "HDF", "/dev/stdout");
+        check({"export", "p.vorn", "-", "--format", "zarr"}, 2, "", "is a directory");
+        check({"weights", "export", "p.vorn", "w", "-", "--format", "gal"}, 0, "0 ", "");
+        check({"map", "p.vorn", "id", "-"}, 2, "", "-: the name of a picture");
+        check({"plot", "histogram", "p.vorn", "id", "-"}, 2, "", "-: the name of a picture");
+        check({"variogram", "p.vorn", "id", "--plot", "-"}, 2, "", "-: the name of a picture");
+        check({"map", "p.vorn", "id", "--frames", "-"}, 2, "", "a directory of pictures is not");
+        check({"demo", "-"}, 2, "", "a directory of results is not written to standard output");
+        check({"import", "map.geojson", "-"}, 2, "", "a project is not written to standard output");
+        check({"upgrade", "p.vorn", "-"}, 2, "", "a project is not");
+    }
+
     void tellsWhenTheResultCannotBeWritten()
     {
         const Workplace place;

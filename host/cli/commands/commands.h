@@ -64,5 +64,10 @@ void valueOptions(const Command &command, ObjectChoice &choice);
 void realizationOption(const Command &command, int &number);
 /// Adds --overwrite, for verbs that write a file.
 void overwriteOption(const Command &app, Context &context);
+/// The name of standard output if the output that was given is "-", else the output itself.
+QString outputName(const QString &given);
+/// Wrong usage if the output is "-", for things that a stream cannot hold.
+/// @param what  such as "a project".
+void refuseStandardOutput(const QString &given, const char *what);
 
 } // namespace meridor

@@ -41,8 +41,8 @@ public:
                  samplesDirectory({options.samples, qEnvironmentVariable("MERIDOR_SAMPLES")})},
           mSteps(context.console)
     {
-        if (!QDir().mkpath(mPlace.directory))
-            fail(QStringLiteral("%1: cannot be made").arg(mPlace.directory));
+        refuseStandardOutput(mPlace.directory, "a directory of results");
+        makeDirectory(mPlace.directory);
         for (const char *name : {kProject, kReport})
             requireWritable(mPlace.result(name), context.overwrite);
         for (const char *name : kHistoryResults)

@@ -253,8 +253,7 @@ RowPlan planOf(const Options &options)
 
 void run(Options options, const Context &context)
 {
-    if (options.output == QLatin1String("-"))
-        options.output = QStringLiteral("/dev/stdout");
+    options.output = outputName(options.output);
     if (isCube(options.output, options.format)) {
         runCube(options, context);
         return;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Verbs that the build and the completion of the shell call: completion, man and names.
 #include <QDir>
-#include <QFile>
 #include <memory>
 #include "cli/commands/commands.h"
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/outputFile.h"
 #include "core/project/safeFile.h"
 #include "datainterface/AdjacencySet.h"
 #include "datainterface/MGeoData.h"
@@ -35,19 +35,12 @@ void printNames(const Names &names, const Context &context)
 
 void writeText(const QString &path, const QString &text)
 {
-    const bool written = replaceFile(path, [&text](const QString &name) {
-        QFile file(name);
-        const QByteArray bytes = text.toUtf8();
-        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
-    });
-    if (!written)
-        fail(QStringLiteral("%1: could not be written").arg(path));
+    writeOutput(path, [&](QIODevice &file) { writeWhole(file, text.toUtf8(), path); });
 }
 
 void writePages(const QString &directory, const QMap<QString, QString> &pages)
 {
-    if (!QDir().mkpath(directory))
-        fail(QStringLiteral("%1: no such directory, and it cannot be made").arg(directory));
+    makeDirectory(directory);
     for (auto page = pages.begin(); page != pages.end(); ++page)
         writeText(QDir(directory).filePath(page.key()), *page);
 }

@@ -122,6 +122,7 @@ void run(const Options &options, const Context &context)
     const bool there = QFileInfo::exists(options.project);
     if (options.append && !there)
         fail(QStringLiteral("%1: no such file to append to").arg(options.project));
+    refuseStandardOutput(options.project, "a project");
     requireWritable(options.project, context.overwrite || options.append);
     refuseInput(options.project, QStringList{options.import.map, options.import.observations}
                                      + options.import.tables);

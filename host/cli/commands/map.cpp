@@ -375,6 +375,7 @@ void run(const Options &options, const Context &context)
 {
     check(options);
     options.classes.rule();
+    refuseStandardOutput(options.frames, "a directory of pictures");
     if (!options.output.isEmpty()) {
         requireWritable(options.output, context.overwrite);
         refuseInput(options.output, {options.project});
@@ -388,8 +389,7 @@ void run(const Options &options, const Context &context)
     for (const Moment &moment : moments)
         times.append(moment.time);
     if (!options.frames.isEmpty()) {
-        if (!QDir().mkpath(options.frames))
-            fail(QStringLiteral("%1: the directory cannot be made").arg(options.frames));
+        makeDirectory(options.frames);
         for (const Moment &moment : moments)
             requireWritable(frameName(options, moment.name), context.overwrite);
     }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/commands/commands.h"
+#include "core/project/failure.h"
 
 namespace meridor {
 
@@ -22,6 +23,18 @@ void realizationOption(const Command &command, int &number)
 void overwriteOption(const Command &app, Context &context)
 {
     app.flag("--overwrite", context.overwrite, "Replace the output file if it exists");
+}
+
+QString outputName(const QString &given)
+{
+    return given == QLatin1String("-") ? QStringLiteral("/dev/stdout") : given;
+}
+
+void refuseStandardOutput(const QString &given, const char *what)
+{
+    if (given == QLatin1String("-"))
+        failUsage(QStringLiteral("%1 is not written to standard output; a file of this name is ./-")
+                      .arg(QLatin1String(what)));
 }
 
 void valueOptions(const Command &command, ObjectChoice &choice)

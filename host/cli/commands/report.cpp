@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonObject>
 #include <limits>
 #include <memory>
 #include "cli/commands/commands.h"
 #include "cli/commands/reportCommands.h"
-#include "core/project/cancel.h"
-#include "core/project/failure.h"
+#include "core/project/outputFile.h"
 #include "core/project/safeFile.h"
 #include "core/project/text.h"
 #include "core/report/gather.h"
@@ -31,20 +29,9 @@ QStringList parted(const QString &text)
     return text.split(QLatin1Char(','), Qt::SkipEmptyParts);
 }
 
-void write(const QString &target, const QByteArray &page)
-{
-    const bool written = replaceFile(target, [&page](const QString &beside) {
-        QFile file(beside);
-        return file.open(QIODevice::WriteOnly) && file.write(page) == page.size() && file.flush()
-               && !isCancelled();
-    });
-    stopIfCancelled();
-    if (!written)
-        fail(QStringLiteral("%1: could not be written").arg(target));
-}
-
 void run(Options options, const Context &context)
 {
+    options.output = outputName(options.output);
     requireWritable(options.output, context.overwrite);
     refuseInput(options.output, {options.plan.project});
     options.plan.datasets = parted(options.datasets);
@@ -58,17 +45,20 @@ void run(Options options, const Context &context)
     ReportProject report = gatherReport(options.plan);
     addCommandLines(report, options.plan.project);
     const QByteArray page = reportPage(report);
-    write(options.output, page);
-    if (context.console.json)
+    writeOutput(options.output, [&](QIODevice &file) { writeWhole(file, page, options.output); });
+    const QString summary =
+        QStringLiteral("%1: %2, %3 KB")
+            .arg(options.output, counted(report.geographies.size(), "geography"),
+                 QString::number((page.size() + 500) / 1000));
+    if (isStream(options.output))
+        context.console.note(summary);
+    else if (context.console.json)
         context.console.print(QJsonObject{
             {QStringLiteral("file"), options.output},
             {QStringLiteral("bytes"), page.size()},
             {QStringLiteral("geographies"), static_cast<int>(report.geographies.size())}});
     else
-        context.console.print(QStringLiteral("%1: %2, %3 KB")
-                                  .arg(options.output,
-                                       counted(report.geographies.size(), "geography"),
-                                       QString::number((page.size() + 500) / 1000)));
+        context.console.print(summary);
 }
 
 } // namespace
@@ -79,7 +69,8 @@ void addReport(const Command &app, Context &context)
     const Command command =
         app.verb("report", "Write a project as one page: maps with a time slider, charts, tables");
     projectArgument(command, options->plan.project);
-    command.text("PAGE", options->output, "The HTML file to write").required();
+    command.text("PAGE", options->output, "The HTML file to write; - for standard output")
+        .required();
     command.text("--title", options->plan.title, "Title (default: the project's name)");
     command.text("--datasets", options->datasets,
                  "Only these datasets, separated by commas; the first one is shown first "

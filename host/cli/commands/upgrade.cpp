@@ -39,6 +39,7 @@ Report upgrade(const Options &options, const Context &context)
 
 void run(const Options &options, const Context &context)
 {
+    refuseStandardOutput(options.project, "a project");
     requireWritable(options.project, context.overwrite);
     refuseInput(options.project, {options.old});
     const Report report = upgrade(options, context);

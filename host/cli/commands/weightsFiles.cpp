@@ -24,8 +24,7 @@ struct Options {
 
 void writeSet(Options options, const Context &context)
 {
-    if (options.file == QLatin1String("-"))
-        options.file = QStringLiteral("/dev/stdout");
+    options.file = outputName(options.file);
     weightsFormatOf(options.file,
                     options.format); // raises a Failure for an unknown format before any work
     requireWritable(options.file, context.overwrite);

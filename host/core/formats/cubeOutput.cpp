@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "core/formats/cubeOutput.h"
+#include <QDirIterator>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QtEndian>
 #include <cpl_error.h>
 #include <cpl_string.h>
 #include <limits>
@@ -8,16 +14,61 @@
 #include "core/formats/gdalFile.h"
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
+#include "core/project/safeFile.h"
 
 namespace meridor {
 namespace {
 
 constexpr int kTextsAtOnce = 1024; ///< between two questions whether the user cancelled
 
+/// The bytes of a block of an array, by its description.
+qint64 blockBytes(const QJsonObject &array)
+{
+    qint64 bytes = array.value(QStringLiteral("dtype")).toString().mid(2).toLongLong();
+    for (const QJsonValue &extent : array.value(QStringLiteral("chunks")).toArray())
+        bytes *= extent.toInt();
+    return bytes;
+}
+
+/// GDAL writes the files of a store through buffers and does not check that they reach the disk, so
+/// each file is read again. Blocks that are not there are those of the fill value.
+bool isWholeStore(const QString &path)
+{
+    QDirIterator files(path, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    QString folder;
+    QJsonObject array;
+    const auto read = [](const QString &name) {
+        QFile file(name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    while (files.hasNext()) {
+        stopIfCancelled();
+        QByteArray bytes = read(files.next());
+        if (files.fileName().startsWith(QLatin1Char('.'))) {
+            if (QJsonDocument::fromJson(bytes).isNull())
+                return false;
+            continue;
+        }
+        if (folder != files.fileInfo().path()) {
+            folder = files.fileInfo().path();
+            array = QJsonDocument::fromJson(read(folder + QStringLiteral("/.zarray"))).object();
+        }
+        const qint64 expected = blockBytes(array);
+        if (array.value(QStringLiteral("compressor")).isObject()) { // zlib
+            QByteArray length(4, '\0');
+            qToBigEndian(static_cast<quint32>(expected), length.data());
+            bytes = qUncompress(length + bytes);
+        }
+        if (bytes.size() != expected)
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 CubeOutput::CubeOutput(const QString &path, const QString &target, bool isZarr)
-    : mTarget(target), mIsZarr(isZarr)
+    : mTarget(target), mPath(path), mIsZarr(isZarr)
 {
     GDALAllRegister();
     CPLErrorReset();
@@ -33,7 +84,8 @@ CubeOutput::CubeOutput(const QString &path, const QString &target, bool isZarr)
 
 void CubeOutput::failWritten() const
 {
-    fail(QStringLiteral("%1: could not be written%2").arg(mTarget, QuietGdal::complaint()));
+    const QString probe = QFileInfo(mPath).path() + QStringLiteral("/probe");
+    failWriting(mTarget, mIsZarr ? probe : mPath, QuietGdal::complaint());
 }
 
 void CubeOutput::addDimension(const QByteArray &name, qint64 size, const char *type,
@@ -217,7 +269,7 @@ void CubeOutput::close()
     mNames.clear();
     mRoot.reset();
     mFile.reset();
-    if (CPLGetLastErrorType() >= CE_Failure)
+    if (CPLGetLastErrorType() >= CE_Failure || (mIsZarr && !isWholeStore(mPath)))
         failWritten();
 }
 

@@ -54,6 +54,7 @@ private:
     [[noreturn]] void failWritten() const;
 
     QString mTarget;
+    QString mPath;
     bool mIsZarr;
     GdalFile mFile;
     GdalGroup mRoot;

@@ -20,6 +20,7 @@
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/outputFile.h"
 #include "core/project/progress.h"
 #include "core/project/safeFile.h"
 #include "core/project/shapeAccess.h"
@@ -527,6 +528,8 @@ bool isCube(const QString &path, const QString &format)
 void requireCubeWritable(const QString &path, const QString &format, bool overwrite)
 {
     const QFileInfo info(path);
+    if (isZarrFormat(path, format) && isStream(path))
+        failUsage(QStringLiteral("%1: a Zarr store is a directory").arg(path));
     if (!isZarrFormat(path, format) || !info.isDir()) {
         requireWritable(path, overwrite);
         return;

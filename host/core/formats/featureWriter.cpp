@@ -17,6 +17,7 @@
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
 #include "core/project/outputFile.h"
+#include "core/project/safeFile.h"
 #include "core/project/text.h"
 
 namespace meridor {
@@ -82,11 +83,23 @@ QByteArray freeName(const QString &wanted, const QVector<TableColumn> &columns)
     return name.toUtf8();
 }
 
+/// @param path  of the file; empty for a database.
+[[noreturn]] void failLayer(const FeatureTarget &target, const QString &path)
+{
+    if (!path.isEmpty())
+        failWriting(target.path, path, QuietGdal::complaint());
+    stopIfCancelled();
+    fail(QStringLiteral("%1: could not be written%2")
+             .arg(withoutPassword(target.path), QuietGdal::complaint()));
+}
+
 /// Fills a layer of an open dataset.
 class LayerSink : public TableSink {
 public:
-    LayerSink(GDALDatasetH file, const FeatureTarget &target, const FieldWidths *widths)
-        : mFile(file), mTarget(target), mWidths(widths), mType(geometryType(target))
+    /// @param path  of the file; empty for a database.
+    LayerSink(GDALDatasetH file, const QString &path, const FeatureTarget &target,
+              const FieldWidths *widths)
+        : mFile(file), mPath(path), mTarget(target), mWidths(widths), mType(geometryType(target))
     {
     }
 
@@ -149,12 +162,7 @@ private:
             GDALDatasetReleaseResultSet(mFile, result);
     }
 
-    [[noreturn]] void failWriting() const
-    {
-        stopIfCancelled();
-        fail(QStringLiteral("%1: could not be written%2")
-                 .arg(withoutPassword(mTarget.path), QuietGdal::complaint()));
-    }
+    [[noreturn]] void failWriting() const { failLayer(mTarget, mPath); }
 
     void *makeReference() const
     {
@@ -260,6 +268,7 @@ private:
     }
 
     GDALDatasetH mFile;
+    QString mPath;
     const FeatureTarget &mTarget;
     const FieldWidths *mWidths;
     OGRwkbGeometryType mType;
@@ -312,12 +321,11 @@ void writeTable(const FeatureTarget &target, const std::function<void(TableSink 
     if (!transaction.isOpen())
         fail(QStringLiteral("%1: the database has no transactions%2")
                  .arg(withoutPassword(target.path), QuietGdal::complaint()));
-    LayerSink sink(file.get(), target, nullptr);
+    LayerSink sink(file.get(), QString(), target, nullptr);
     pass(sink);
     stopIfCancelled();
     if (!transaction.commit())
-        fail(QStringLiteral("%1: could not be written%2")
-                 .arg(withoutPassword(target.path), QuietGdal::complaint()));
+        failLayer(target, QString());
 }
 
 /// GDAL's writers check the writes of their buffers in part only, so the end of the file is read
@@ -362,8 +370,8 @@ void writeFile(const FeatureTarget &target, const QString &path,
     GdalFile file(GDALCreate(GDALGetDriverByName(driverOf(target.format)),
                              path.toUtf8().constData(), 0, 0, 0, GDT_Unknown, nullptr));
     if (!file)
-        fail(QStringLiteral("%1: could not be written%2").arg(target.path, QuietGdal::complaint()));
-    LayerSink sink(file.get(), target, widths);
+        failLayer(target, path);
+    LayerSink sink(file.get(), path, target, widths);
     pass(sink);
     stopIfCancelled();
     file.reset(); // closing writes the buffered rest
@@ -373,7 +381,7 @@ void writeFile(const FeatureTarget &target, const QString &path,
         CPLGetLastErrorType() < CE_Failure && isWhole(path, target.format)
         && (target.format != FeatureFormat::Shapefile || isWhole(table, FeatureFormat::Dbf));
     if (!whole)
-        fail(QStringLiteral("%1: could not be written%2").arg(target.path, QuietGdal::complaint()));
+        failLayer(target, path);
 }
 
 QStringList suffixesOf(FeatureFormat format)

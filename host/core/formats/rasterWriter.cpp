@@ -145,17 +145,15 @@ void exportGrid(const QString &path, int dataset, qint64 time, int realization)
     const MRasterObservation &grid = *raster->GetConstRasterInfo(realization, time);
     const HeldGrid hold(grid);
     const QString name = raster->IsStatic() ? datasetName(dataset) : axis.show(when);
-    const bool written = replaceFile(path, [&](const QString &beside) {
+    replaceFile(path, [&](const QString &beside) {
         bool done = false;
         GridWriter writer(*raster, grid, place, projectionText(geography));
         visitCellType(grid.Type(), grid.BitDepth(),
                       [&](auto zero) { done = writer.write<decltype(zero)>(beside, name); });
-        return done && !isCancelled();
+        if (!done)
+            failWriting(path, beside, QuietGdal::complaint());
+        return true;
     });
-    if (!written) {
-        stopIfCancelled();
-        fail(QStringLiteral("%1: could not be written%2").arg(path, QuietGdal::complaint()));
-    }
 }
 
 } // namespace meridor

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -17,16 +16,12 @@
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
 #include "core/project/safeFile.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
 
 constexpr int kPatience = 50; ///< milliseconds between two questions whether the user cancelled
-
-QString systemError()
-{
-    return QString::fromLocal8Bit(std::strerror(errno));
-}
 
 /// The number in /dev/stdout, /dev/fd/3 or /proc/self/fd/3; -1 for any other name.
 int descriptorOf(const QString &target)
@@ -132,8 +127,12 @@ qint64 StreamDevice::writeData(const char *data, qint64 size)
 
 void writeWhole(QIODevice &device, const QByteArray &bytes, const QString &target)
 {
-    if (device.write(bytes) != bytes.size())
-        fail(QStringLiteral("%1: %2").arg(target, device.errorString()));
+    // A write that stops short reports no error: that of the rest does.
+    for (qint64 done = 0, step = 0; done < bytes.size(); done += step) {
+        step = device.write(bytes.constData() + done, bytes.size() - done);
+        if (step <= 0)
+            fail(QStringLiteral("%1: %2").arg(target, device.errorString()));
+    }
 }
 
 void writeOutput(const QString &target, const std::function<void(QIODevice &)> &write)

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 #include "core/project/cancel.h"
@@ -144,19 +145,38 @@ void requireWritable(const QString &target, bool overwrite)
     refuseProtected(target);
 }
 
+void makeDirectory(const QString &path)
+{
+    std::error_code error;
+    std::filesystem::create_directories(QFile::encodeName(path).toStdString(), error);
+    if (error)
+        fail(QStringLiteral("%1: %2").arg(path, systemError(error.value())));
+}
+
 QString appendTrouble(const QString &file)
 {
-    const int handle =
-        ::open(QFile::encodeName(file).constData(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK);
+    const int handle = ::open(QFile::encodeName(file).constData(),
+                              O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600);
     if (handle < 0)
         return systemError();
     const QByteArray zeros(1024 * 1024, '\0');
     QString reason;
-    errno = ENOSPC; // of a write that stops short
-    if (::write(handle, zeros.constData(), static_cast<size_t>(zeros.size())) < zeros.size())
-        reason = systemError();
+    ssize_t step = 1; // a write that stops short has no reason, the next one has
+    for (ssize_t done = 0; done < zeros.size() && step > 0; done += step)
+        step = ::write(handle, zeros.constData(), static_cast<size_t>(zeros.size() - done));
+    if (step <= 0)
+        reason = systemError(step < 0 ? errno : ENOSPC);
     ::close(handle);
     return reason;
+}
+
+void failWriting(const QString &target, const QString &beside, const QString &complaint)
+{
+    stopIfCancelled();
+    const QString disk = appendTrouble(beside);
+    if (!disk.isEmpty())
+        fail(QStringLiteral("%1: %2").arg(target, disk));
+    fail(QStringLiteral("%1: could not be written%2").arg(target, complaint));
 }
 
 bool replaceFile(const QString &target, const std::function<bool(const QString &)> &write)

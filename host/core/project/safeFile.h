@@ -15,6 +15,9 @@ MERIDOR_EXPORT void requireReadable(const QString &path);
 /// false, or if its directory does not exist. Devices and pipes may always be written.
 MERIDOR_EXPORT void requireWritable(const QString &target, bool overwrite);
 
+/// Makes a directory and those above it, unless they exist. Raises a Failure with the reason.
+MERIDOR_EXPORT void makeDirectory(const QString &path);
+
 /// Raises a Failure if the target is a file that the user may not write, or that nobody may write:
 /// renaming replaces a file whatever its own rights are, also for the system's administrator.
 MERIDOR_EXPORT void refuseProtected(const QString &target);
@@ -39,7 +42,12 @@ MERIDOR_EXPORT FileIdentity identityOf(const QString &path);
 MERIDOR_EXPORT void refuseInput(const QString &target, const QStringList &inputs);
 
 /// Why nothing more can be appended to a file, such as "No space left on device"; empty if it can.
+/// The file is made if it is missing.
 MERIDOR_EXPORT QString appendTrouble(const QString &file);
+/// Raises a Failure that names the target and says why nothing more can be appended to `beside`, the
+/// unfinished file in its place; if more can be, it has the text of `complaint` instead.
+[[noreturn]] MERIDOR_EXPORT void failWriting(const QString &target, const QString &beside,
+                                             const QString &complaint = QString());
 
 /// The absolute path of the file that a replacement of `target` replaces: that which a symbolic
 /// link refers to, else `target` itself.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "core/render/pictureFile.h"
-#include <QFile>
+#include <QBuffer>
 #include <QFileInfo>
 #include <QImage>
 #include <QImageWriter>
@@ -10,32 +10,25 @@
 #include <memory>
 #include "core/project/cancel.h"
 #include "core/project/failure.h"
-#include "core/project/safeFile.h"
+#include "core/project/outputFile.h"
 
 namespace meridor {
 namespace {
 
 constexpr int kPixelsPerInch = 96;
 
-/// A file whose writes fail after a cancel, so that an encoder stops in the middle.
-class CancellableFile : public QFile {
-public:
-    explicit CancellableFile(const QString &name) : QFile(name) {}
-    bool wasWritten() { return flush() && error() == NoError; }
-
+/// A picture in memory, whose writes fail after a cancel, so that an encoder stops in the middle.
+class CancellableBuffer : public QBuffer {
 protected:
     qint64 writeData(const char *data, qint64 length) override
     {
-        return isCancelled() ? -1 : QFile::writeData(data, length);
+        return isCancelled() ? -1 : QBuffer::writeData(data, length);
     }
 };
 
 /// Replaces characters that XML cannot hold. Names may have them, and one makes the whole picture
 /// unreadable.
-class XmlFile : public CancellableFile {
-public:
-    using CancellableFile::CancellableFile;
-
+class XmlBuffer : public CancellableBuffer {
 protected:
     qint64 writeData(const char *data, qint64 length) override
     {
@@ -48,7 +41,7 @@ protected:
                 byte = static_cast<char>(0xBD);
             mBefore = static_cast<quint16>(mBefore << 8 | code);
         }
-        return CancellableFile::writeData(text.constData(), length);
+        return CancellableBuffer::writeData(text.constData(), length);
     }
 
 private:
@@ -66,7 +59,7 @@ void paintOn(QPaintDevice &device, const std::function<void(QPainter &)> &paint)
     stopIfCancelled();
 }
 
-bool writePng(QFile &file, const QSize &size, const std::function<void(QPainter &)> &paint)
+void writePng(QIODevice &file, const QSize &size, const std::function<void(QPainter &)> &paint)
 {
     QImage image(size, QImage::Format_RGB32);
     if (image.isNull())
@@ -77,10 +70,14 @@ bool writePng(QFile &file, const QSize &size, const std::function<void(QPainter 
     image.setDotsPerMeterY(qRound(kPixelsPerInch / 0.0254));
     image.fill(Qt::white);
     paintOn(image, paint);
-    return QImageWriter(&file, "png").write(image);
+    QImageWriter writer(&file, "png");
+    if (!writer.write(image)) {
+        stopIfCancelled();
+        fail(QStringLiteral("the picture could not be packed: %1").arg(writer.errorString()));
+    }
 }
 
-bool writeSvg(QFile &file, const QSize &size, const QString &title,
+void writeSvg(QIODevice &file, const QSize &size, const QString &title,
               const std::function<void(QPainter &)> &paint)
 {
     QSvgGenerator svg;
@@ -93,10 +90,9 @@ bool writeSvg(QFile &file, const QSize &size, const QString &title,
         painter.fillRect(QRect(QPoint(0, 0), size), Qt::white);
         paint(painter);
     });
-    return true;
 }
 
-bool writePdf(QFile &file, const QSize &size, const QString &title,
+void writePdf(QIODevice &file, const QSize &size, const QString &title,
               const std::function<void(QPainter &)> &paint)
 {
     QPdfWriter pdf(&file);
@@ -107,7 +103,6 @@ bool writePdf(QFile &file, const QSize &size, const QString &title,
     pdf.setTitle(title);
     pdf.setCreator(QString());
     paintOn(pdf, paint);
-    return true;
 }
 
 } // namespace
@@ -125,21 +120,14 @@ void savePicture(const QString &path, const QSize &size, const QString &title,
 {
     requirePictureName(path);
     const QString suffix = QFileInfo(path).suffix().toLower();
-    const bool written = replaceFile(path, [&](const QString &beside) {
-        const bool isSvg = suffix == QLatin1String("svg");
-        const std::unique_ptr<CancellableFile> held(isSvg ? new XmlFile(beside)
-                                                          : new CancellableFile(beside));
-        CancellableFile &file = *held;
-        if (!file.open(QIODevice::WriteOnly))
-            return false;
-        const bool complete = isSvg                            ? writeSvg(file, size, title, paint)
-                              : suffix == QLatin1String("png") ? writePng(file, size, paint)
-                                                               : writePdf(file, size, title, paint);
-        stopIfCancelled();
-        return complete && file.wasWritten();
-    });
-    if (!written)
-        fail(QStringLiteral("%1: could not be written").arg(path));
+    const bool isSvg = suffix == QLatin1String("svg");
+    const std::unique_ptr<QBuffer> picture(isSvg ? new XmlBuffer : new CancellableBuffer);
+    picture->open(QIODevice::WriteOnly);
+    isSvg                            ? writeSvg(*picture, size, title, paint)
+    : suffix == QLatin1String("png") ? writePng(*picture, size, paint)
+                                     : writePdf(*picture, size, title, paint);
+    stopIfCancelled();
+    writeOutput(path, [&](QIODevice &file) { writeWhole(file, picture->data(), path); });
 }
 
 } // namespace meridor
