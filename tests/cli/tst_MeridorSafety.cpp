@@ -214,6 +214,27 @@ private Q_SLOTS:
         }
     }
 
+    void tellsNothingOfAChangeThatIsNotKept()
+    {
+        QCOMPARE(mPlace.run({"weights", "create", "big.vorn", "w", "--method", "nearest"}).code, 0);
+        const QByteArray before = mPlace.bytes("big.vorn");
+        for (const QStringList &words :
+             {QStringList{"variogram", "big.vorn", "v0", "--save", "m"},
+              {"realizations", "big.vorn", "v0", "--mean", "--into", "m"},
+              {"krige", "big.vorn", "v0", "--model", "spherical:1:5", "--grid", "g", "--cell",
+               "500", "--into", "k"},
+              {"simulate", "big.vorn", "v0", "--grid", "g", "--cell", "500", "--into", "s"},
+              {"moran", "big.vorn", "v0", "w", "--save", "I"},
+              {"rename", "big.vorn", "v0", "w0"}}) {
+            const InCase inCase(words);
+            const Outcome full = limited(2000, words);
+            QCOMPARE(full.code, 1);
+            QVERIFY2(full.err.contains("big.vorn: File too large"), qPrintable(full.err));
+            QCOMPARE(full.out, QString());
+            QCOMPARE(mPlace.bytes("big.vorn"), before);
+        }
+    }
+
 private:
     /// Runs the program with a limit of the size of files, in blocks of 512 bytes.
     Outcome limited(int blocks, const QStringList &words) const

@@ -283,6 +283,7 @@ private Q_SLOTS:
         check({"demo", "-"}, 2, "", "a directory of results is not written to standard output");
         check({"import", "map.geojson", "-"}, 2, "", "a project is not written to standard output");
         check({"upgrade", "p.vorn", "-"}, 2, "", "a project is not");
+        check({"rename", "p.vorn", "id", "x", "--output", "-"}, 2, "", "a project is not");
     }
 
     void tellsWhenTheResultCannotBeWritten()

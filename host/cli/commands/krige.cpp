@@ -115,7 +115,7 @@ QJsonArray tell(const QVector<KrigedAt> &times, int dataset, const Console &cons
     return json;
 }
 
-void validate(const Options &options, KrigeRequest request, const Console &console)
+Tell validate(const Options &options, KrigeRequest request, const Console &console)
 {
     request.target = VORN_GetGeographyId(request.dataset);
     Validation found;
@@ -123,24 +123,28 @@ void validate(const Options &options, KrigeRequest request, const Console &conso
         const Progress progress("Kriging", "Predicting...");
         found = crossValidate(request, options.folds, options.seed, progress);
     }
-    for (const KrigedAt &at : found.times)
-        noteOn(at, console);
-    const std::pair<const char *, double> rows[] = {{"meanError", found.meanError},
-                                                    {"rootMeanSquare", std::sqrt(found.meanSquare)},
-                                                    {"meanSquaredRatio", found.meanRatio},
-                                                    {"correlation", found.correlation}};
-    QJsonObject json{{QStringLiteral("dataset"), options.dataset},
-                     {QStringLiteral("folds"), options.folds}};
-    for (const auto &[name, value] : rows) {
-        json.insert(QLatin1String(name), jsonNumber(value));
-        if (!console.json)
-            console.print(QStringLiteral("%1: %2").arg(QLatin1String(name), shortNumber(value, 6)));
-    }
-    if (console.json)
-        console.print(json);
+    return [=, &options, &console] {
+        for (const KrigedAt &at : found.times)
+            noteOn(at, console);
+        const std::pair<const char *, double> rows[] = {
+            {"meanError", found.meanError},
+            {"rootMeanSquare", std::sqrt(found.meanSquare)},
+            {"meanSquaredRatio", found.meanRatio},
+            {"correlation", found.correlation}};
+        QJsonObject json{{QStringLiteral("dataset"), options.dataset},
+                         {QStringLiteral("folds"), options.folds}};
+        for (const auto &[name, value] : rows) {
+            json.insert(QLatin1String(name), jsonNumber(value));
+            if (!console.json)
+                console.print(
+                    QStringLiteral("%1: %2").arg(QLatin1String(name), shortNumber(value, 6)));
+        }
+        if (console.json)
+            console.print(json);
+    };
 }
 
-void predict(const Options &options, KrigeRequest request, const Console &console)
+Tell predict(const Options &options, KrigeRequest request, const Console &console)
 {
     request.target = options.grid.find(request.dataset);
     noteDegrees(VORN_GetGeographyId(request.dataset), console);
@@ -149,13 +153,15 @@ void predict(const Options &options, KrigeRequest request, const Console &consol
         const Progress progress("Kriging", "Predicting...");
         found = krigeDataset(request, progress);
     }
-    const QJsonArray times = tell(found.times, request.dataset, console);
-    if (console.json)
-        console.print(QJsonObject{{QStringLiteral("dataset"), options.dataset},
-                                  {QStringLiteral("geography"), geographyName(request.target)},
-                                  {QStringLiteral("prediction"), datasetName(found.prediction)},
-                                  {QStringLiteral("variance"), datasetName(found.variance)},
-                                  {QStringLiteral("times"), times}});
+    return [=, &options, &console] {
+        const QJsonArray times = tell(found.times, request.dataset, console);
+        if (console.json)
+            console.print(QJsonObject{{QStringLiteral("dataset"), options.dataset},
+                                      {QStringLiteral("geography"), geographyName(request.target)},
+                                      {QStringLiteral("prediction"), datasetName(found.prediction)},
+                                      {QStringLiteral("variance"), datasetName(found.variance)},
+                                      {QStringLiteral("times"), times}});
+    };
 }
 
 void run(const Options &options, const Context &context)
@@ -163,12 +169,10 @@ void run(const Options &options, const Context &context)
     const bool validates = options.folds >= 0;
     if (!validates && options.into.isEmpty())
         failUsage(QStringLiteral("a prediction needs a name"), "into");
-    editOrLook(!options.into.isEmpty(), "--into", options.target, context, [&] {
+    editOrLook(!options.into.isEmpty(), "--into", options.target, context, [&]() -> Tell {
         const KrigeRequest request = requestOf(options);
-        if (validates)
-            validate(options, request, context.console);
-        else
-            predict(options, request, context.console);
+        return validates ? validate(options, request, context.console)
+                         : predict(options, request, context.console);
     });
 }
 

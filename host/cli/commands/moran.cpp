@@ -185,20 +185,24 @@ QJsonArray compute(const Options &options, MoranPlan plan, const Console &consol
     return results;
 }
 
+void tell(const QJsonArray &results, const Options &options, const Console &console)
+{
+    if (console.json)
+        console.print(QJsonObject{{QStringLiteral("dataset"), options.dataset},
+                                  {QStringLiteral("weights"), options.set},
+                                  {QStringLiteral("permutations"), options.plan.permutations},
+                                  {QStringLiteral("seed"), options.plan.seed},
+                                  {QStringLiteral("times"), results}});
+    else
+        print(results, options, console);
+}
+
 void run(const Options &options, const Context &context)
 {
-    QJsonArray results;
-    editOrLook(!options.save.isEmpty(), "--save", options.target, context,
-               [&] { results = compute(options, options.plan, context.console); });
-    if (context.console.json)
-        context.console.print(
-            QJsonObject{{QStringLiteral("dataset"), options.dataset},
-                        {QStringLiteral("weights"), options.set},
-                        {QStringLiteral("permutations"), options.plan.permutations},
-                        {QStringLiteral("seed"), options.plan.seed},
-                        {QStringLiteral("times"), results}});
-    else
-        print(results, options, context.console);
+    editOrLook(!options.save.isEmpty(), "--save", options.target, context, [&]() -> Tell {
+        const QJsonArray results = compute(options, options.plan, context.console);
+        return [results, &options, &context] { tell(results, options, context.console); };
+    });
 }
 
 void addTests(const Command &command, MoranPlan &plan, QString &islands)

@@ -11,22 +11,44 @@ void targetOptions(const Command &command, EditTarget &target, Context &context)
     overwriteOption(command, context);
 }
 
-void editProject(const EditTarget &target, const Context &context,
-                 const std::function<void(Session &)> &change, Values values)
+namespace {
+
+void edit(const EditTarget &target, const Context &context, Values values,
+          const std::function<Tell(Session &)> &change)
 {
+    refuseStandardOutput(target.file(), "a project");
     requireWritable(target.file(), context.overwrite || target.output.isEmpty());
     Session session(context.session, context.user);
     session.reserve(target.file());
     values == Values::Packed ? session.loadPacked(target.project) : session.load(target.project);
-    change(session);
+    const Tell tell = change(session);
     session.save(target.file());
+    if (tell)
+        tell();
+}
+
+} // namespace
+
+void editProject(const EditTarget &target, const Context &context,
+                 const std::function<void(Session &)> &change, Values values)
+{
+    edit(target, context, values, [&change](Session &session) {
+        change(session);
+        return Tell();
+    });
+}
+
+void editAndTell(const EditTarget &target, const Context &context,
+                 const std::function<Tell()> &change)
+{
+    edit(target, context, Values::Loaded, [&change](Session &) { return change(); });
 }
 
 void editOrLook(bool stores, const char *option, const EditTarget &target, const Context &context,
-                const std::function<void()> &work)
+                const std::function<Tell()> &work)
 {
     if (stores) {
-        editProject(target, context, [&work](Session &) { work(); });
+        editAndTell(target, context, work);
         return;
     }
     if (!target.output.isEmpty())
@@ -34,7 +56,7 @@ void editOrLook(bool stores, const char *option, const EditTarget &target, const
                       .arg(QLatin1String(option)));
     Session session(context.session, context.user);
     session.loadPacked(target.project);
-    work();
+    work()();
 }
 
 } // namespace meridor

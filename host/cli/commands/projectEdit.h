@@ -24,11 +24,19 @@ enum class Values {
 void editProject(const EditTarget &target, const Context &context,
                  const std::function<void(Session &)> &change, Values values = Values::Loaded);
 
-/// For verbs that store their result only if they are asked to: calls `work` in editProject if
+/// Prints the result of a verb while the project is open.
+using Tell = std::function<void()>;
+
+/// The same for a result that refers to the project. What `change` returns is called after the
+/// project was saved, so that nothing is printed of a change that is not kept.
+void editAndTell(const EditTarget &target, const Context &context,
+                 const std::function<Tell()> &change);
+
+/// For verbs that store their result only if they are asked to: calls `work` in editAndTell if
 /// `stores`; else for the project as loadPacked opens it, which stays as it is.
 /// @param option  the option that asks for the result to be stored; a Failure names it if --output
 ///                was given without it.
 void editOrLook(bool stores, const char *option, const EditTarget &target, const Context &context,
-                const std::function<void()> &work);
+                const std::function<Tell()> &work);
 
 } // namespace meridor

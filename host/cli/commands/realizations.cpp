@@ -76,7 +76,7 @@ void print(const QJsonArray &rows, const Options &options, int realizations, con
 
 void run(const Options &options, const Context &context)
 {
-    editOrLook(!options.into.isEmpty(), "--into", options.target, context, [&] {
+    editOrLook(!options.into.isEmpty(), "--into", options.target, context, [&]() -> Tell {
         const int dataset = findDataset(options.dataset);
         RealizationQuestions questions = options.questions;
         if (!options.reference.isEmpty())
@@ -100,7 +100,8 @@ void run(const Options &options, const Context &context)
         }
         if (!options.into.isEmpty())
             storeAnswers(dataset, times, answers, options.into);
-        print(rows, options, VORN_GetDatasetProperties(dataset).realizationCount, context.console);
+        const int count = VORN_GetDatasetProperties(dataset).realizationCount;
+        return [=, &options, &context] { print(rows, options, count, context.console); };
     });
 }
 

@@ -66,7 +66,7 @@ SimulateRequest requestOf(const Options &options)
 
 void run(const Options &options, const Context &context)
 {
-    editProject(options.target, context, [&](Session &) {
+    editAndTell(options.target, context, [&]() -> Tell {
         const SimulateRequest request = requestOf(options);
         Simulated found;
         {
@@ -74,33 +74,35 @@ void run(const Options &options, const Context &context)
             found = simulateDataset(request, progress);
         }
         const Console &console = context.console;
-        if (request.dataset >= 0)
-            noteDegrees(VORN_GetGeographyId(request.dataset), console);
-        if (found.apart)
-            console.note(QString::fromLatin1(kApart));
-        if (found.merged > 0)
-            console.note(QStringLiteral("%1 at the place of another; their mean is used")
-                             .arg(counted(found.merged, "sample")));
-        if (request.scores && std::fabs(found.scale - 1) > 1e-9)
-            console.note(
-                QStringLiteral("the sills of the model were multiplied by %1, since normal "
-                               "scores have the variance 1")
-                    .arg(shortNumber(found.scale, 6)));
-        if (console.json)
-            console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(found.dataset)},
-                                      {QStringLiteral("grid"), geographyName(request.grid)},
-                                      {QStringLiteral("realizations"), request.count},
-                                      {QStringLiteral("samples"), found.samples},
-                                      {QStringLiteral("scores"), request.scores},
-                                      {QStringLiteral("model"), found.structures},
-                                      {QStringLiteral("seed"), request.seed}});
-        else
-            console.print(QStringLiteral("%1: %2 from %3, model %4, seed %5")
-                              .arg(datasetName(found.dataset))
-                              .arg(counted(request.count, "realization"))
-                              .arg(counted(found.samples, "value"))
-                              .arg(found.structures)
-                              .arg(request.seed));
+        return [=, &console] {
+            if (request.dataset >= 0)
+                noteDegrees(VORN_GetGeographyId(request.dataset), console);
+            if (found.apart)
+                console.note(QString::fromLatin1(kApart));
+            if (found.merged > 0)
+                console.note(QStringLiteral("%1 at the place of another; their mean is used")
+                                 .arg(counted(found.merged, "sample")));
+            if (request.scores && std::fabs(found.scale - 1) > 1e-9)
+                console.note(
+                    QStringLiteral("the sills of the model were multiplied by %1, since normal "
+                                   "scores have the variance 1")
+                        .arg(shortNumber(found.scale, 6)));
+            if (console.json)
+                console.print(QJsonObject{{QStringLiteral("dataset"), datasetName(found.dataset)},
+                                          {QStringLiteral("grid"), geographyName(request.grid)},
+                                          {QStringLiteral("realizations"), request.count},
+                                          {QStringLiteral("samples"), found.samples},
+                                          {QStringLiteral("scores"), request.scores},
+                                          {QStringLiteral("model"), found.structures},
+                                          {QStringLiteral("seed"), request.seed}});
+            else
+                console.print(QStringLiteral("%1: %2 from %3, model %4, seed %5")
+                                  .arg(datasetName(found.dataset))
+                                  .arg(counted(request.count, "realization"))
+                                  .arg(counted(found.samples, "value"))
+                                  .arg(found.structures)
+                                  .arg(request.seed));
+        };
     });
 }
 

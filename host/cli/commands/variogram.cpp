@@ -210,6 +210,22 @@ void storeForProject(const Options &options, const Context &context)
         context.console.print(QStringLiteral("%1: %2").arg(options.save, text));
 }
 
+void tell(const QVector<VariogramAt> &found, const Options &options, bool always,
+          const TimeAxis &axis, const Console &console)
+{
+    QJsonArray json;
+    for (const VariogramAt &at : found) {
+        const QString when = always ? QStringLiteral("always") : axis.show(at.when);
+        if (console.json)
+            json.append(toJson(at, when));
+        else
+            print(at, when, console);
+    }
+    if (console.json)
+        console.print(QJsonObject{{QStringLiteral("dataset"), options.dataset},
+                                  {QStringLiteral("times"), json}});
+}
+
 void run(const Options &options, const Context &context)
 {
     if (options.dataset.isEmpty()) {
@@ -221,7 +237,7 @@ void run(const Options &options, const Context &context)
         requireWritable(options.plot, context.overwrite);
         refuseInput(options.plot, {options.target.project, options.target.file()});
     }
-    editOrLook(!options.save.isEmpty(), "--save", options.target, context, [&] {
+    editOrLook(!options.save.isEmpty(), "--save", options.target, context, [&]() -> Tell {
         const VariogramPlan plan = planOf(options);
         QVector<VariogramAt> found;
         {
@@ -243,17 +259,7 @@ void run(const Options &options, const Context &context)
                                        always ? QString() : axis.show(found.first().when)),
                         options.plot);
         }
-        QJsonArray json;
-        for (const VariogramAt &at : found) {
-            const QString when = always ? QStringLiteral("always") : axis.show(at.when);
-            if (context.console.json)
-                json.append(toJson(at, when));
-            else
-                print(at, when, context.console);
-        }
-        if (context.console.json)
-            context.console.print(QJsonObject{{QStringLiteral("dataset"), options.dataset},
-                                              {QStringLiteral("times"), json}});
+        return [=, &options, &context] { tell(found, options, always, axis, context.console); };
     });
 }
 

@@ -74,7 +74,7 @@ void print(const QVector<ZonesAtTime> &times, int dataset, int polygons, const C
 
 void run(const Options &options, const Context &context)
 {
-    editOrLook(!options.into.isEmpty(), "--into", options.target, context, [&] {
+    editOrLook(!options.into.isEmpty(), "--into", options.target, context, [&]() -> Tell {
         const int dataset = findDataset(options.dataset);
         const int realization = realizationIndex(dataset, options.realization);
         const int polygons = findGeography(options.polygons);
@@ -91,7 +91,7 @@ void run(const Options &options, const Context &context)
         }
         if (!options.into.isEmpty())
             keepZonal(times, dataset, polygons, options.into, options.statistic);
-        print(times, dataset, polygons, context.console);
+        return [=, &context] { print(times, dataset, polygons, context.console); };
     });
 }
 
