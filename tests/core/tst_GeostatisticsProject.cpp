@@ -24,6 +24,7 @@
 #include "core/render/choropleth.h"
 #include "core/workshop.h"
 #include "datainterface/RasterAPI.h"
+#include "datainterface/TimeAPI.h"
 #include "datainterface/VariogramAPI.h"
 
 using namespace meridor;
@@ -81,6 +82,7 @@ private Q_SLOTS:
     void predictsMeansOfPolygons();
     void predictsAtEachTime();
     void predictsStaticValuesAtTheirPlaces();
+    void staticResultsHaveTheTimesOfTheirGrid();
     void crossValidates();
     void storesOneModelOfAName();
     void keepsGivenStructuresAndNuggetsAlone();
@@ -262,6 +264,32 @@ void TestGeostatisticsProject::predictsStaticValuesAtTheirPlaces()
         QCOMPARE(found.times.first().samples + found.times.first().merged, count);
     }
     QVERIFY_EXCEPTION_THROWN(sampleTimes(mLevel, {"2002", "2007"}), Failure);
+}
+
+// The times of values that always hold say nothing about those of a grid with dates.
+void TestGeostatisticsProject::staticResultsHaveTheTimesOfTheirGrid()
+{
+    const Progress progress("Kriging", "Predicting...");
+    const qint64 day = VORN_ConstructTime(TF_Date, 1999, 1, 1, 0, 0, 0);
+    const Interval year{day, day + 365 * 86400, true, false};
+    KrigeRequest asked = request();
+    asked.times = sampleTimes(mLevel, {});
+    asked.target = VORN_CreateNewRasterGeography("dated", 6, 10, QRectF(0, 0, 1000, 600), year,
+                                                 TF_Date, QString(), QString());
+    SimulateRequest drawn;
+    drawn.dataset = mLevel;
+    drawn.when = asked.times.first();
+    drawn.grid = asked.target;
+    drawn.name = "drawn";
+    const int dated[] = {krigeDataset(asked, progress).prediction,
+                         simulateDataset(drawn, progress).dataset};
+    const TimeStamp bounds = geographyOf(asked.target)->GetTimeBounds();
+    QCOMPARE(bounds, TimeStamp(year));
+    for (const int id : dated) {
+        QCOMPARE(gridValues(id, day + 86400).size(), 60);
+        QVERIFY(std::isfinite(gridValues(id, day + 86400).first()));
+        QCOMPARE(TimeStamp(dataTimes(id).first()), TimeStamp(year));
+    }
 }
 
 void TestGeostatisticsProject::predictsAtEachTime()

@@ -25,16 +25,24 @@ constexpr double kMostCountedRealizations = 1 << 18;
 } // namespace
 
 StoredValues::StoredValues(int geography, const QString &name, int realizations, bool isStatic)
-    : mRaster(VORN_GetGeographyProperties(geography).type == GeoProps::Raster)
 {
     requireNewDatasetName(geography, name);
+    const GeoProps props = VORN_GetGeographyProperties(geography);
+    mRaster = props.type == GeoProps::Raster;
     mId = mRaster ? VORN_NewRasterDataset(geography, name, RasterDecimalType, realizations, 64,
                                           QString())
                   : VORN_NewVectorDataset(geography, name, TimeSlice, DecimalType, realizations,
                                           QString());
     if (mId < 0)
         fail(QStringLiteral("dataset %1 could not be made").arg(name));
-    if (isStatic)
+    if (!isStatic)
+        return;
+    // A static dataset of a grid is at the time zero, to which it would extend the grid's times.
+    const TimeStamp &times = props.timeBounds;
+    if (mRaster && !props.isStatic && times.startTime <= times.endTime)
+        mAlways =
+            Interval{times.startTime, times.endTime, times.inclusiveStart, times.inclusiveEnd};
+    else
         datasetOf(mId)->SetStatic(true);
 }
 
@@ -48,8 +56,9 @@ StoredValues::~StoredValues()
     }
 }
 
-void StoredValues::add(int realization, const Interval &when, const std::vector<double> &values)
+void StoredValues::add(int realization, const Interval &given, const std::vector<double> &values)
 {
+    const Interval when = mAlways.value_or(given);
     bool stored = false;
     if (mRaster) {
         QVector<double> cells(values.begin(), values.end());

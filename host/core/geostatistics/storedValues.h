@@ -2,6 +2,7 @@
 /// Results as datasets, for vector geographies and grids alike.
 #pragma once
 #include <QString>
+#include <optional>
 #include <vector>
 #include "core/export.h"
 #include "core/geostatistics/simulation.h"
@@ -14,19 +15,22 @@ namespace meridor {
 class MERIDOR_EXPORT StoredValues {
 public:
     /// Raises a Failure if the name is taken.
+    /// @param isStatic  values that always hold. In a grid with times they hold over all of these.
     StoredValues(int geography, const QString &name, int realizations, bool isStatic);
     ~StoredValues();
     StoredValues(const StoredValues &) = delete;
     StoredValues &operator=(const StoredValues &) = delete;
 
+    /// @param given   when the values hold, unless they always do.
     /// @param values  by object index or number of the cell; NaN is missing.
-    void add(int realization, const Interval &when, const std::vector<double> &values);
+    void add(int realization, const Interval &given, const std::vector<double> &values);
     /// Announces the dataset. @param history  one line. @return its id.
     int finish(const QString &history);
 
 private:
     int mId = -1;
     bool mRaster = false;
+    std::optional<Interval> mAlways; ///< all times of a grid whose times have an end
     bool mFinished = false;
 };
 
