@@ -376,6 +376,40 @@ private Q_SLOTS:
         }
     }
 
+    void keepsTheUnitOfAProjection()
+    {
+        for (const auto &[projection, unit] :
+             {std::pair("EPSG:2264", "US_survey_foot"), std::pair("EPSG:2222", "foot"),
+              std::pair("+proj=utm +zone=17 +units=km", "km"), std::pair("EPSG:32617", "m"),
+              std::pair("+proj=utm +zone=17 +to_meter=0.9144", "0.9144 m")}) {
+            const InCase inCase(projection);
+            Workshop shop;
+            const QString path = shop.file("in.nc", "");
+            {
+                CubeMaker cube(path);
+                cube.dimension("y", {20, 10}, {{"axis", QByteArray("Y")}});
+                cube.dimension("x", {100, 110, 120}, {{"axis", QByteArray("X")}});
+                cube.variable("v", {"y", "x"}, GDT_Float32, run(6));
+            }
+            shop.options.projection = projection;
+            QCOMPARE(importOf(shop, path), QString());
+            const QString folder = QFileInfo(path).path();
+            const QVector<int> ids = shop.report.datasets;
+            for (const char *name : {"/out.nc", "/out.zarr"})
+                exportCube(folder + name, QString(), ids, 0, 0);
+            QFile attributes(folder + "/out.zarr/x/.zattrs");
+            QVERIFY(attributes.open(QIODevice::ReadOnly));
+            const QByteArray text = attributes.readAll();
+            QVERIFY2(text.contains(QByteArray("\"units\":\"") + unit + '"'), text.constData());
+            shop.options.projection.clear();
+            for (const char *name : {"/out.nc", "/out.zarr"}) {
+                QCOMPARE(importOf(shop, folder + name), QString());
+                QCOMPARE(VORN_GetGeographyProperties(shop.report.geography).bounds,
+                         QRectF(95, 5, 30, 20));
+            }
+        }
+    }
+
     void writesObjectsByTime()
     {
         Workshop shop(squares(), "id,v2000,v2001,note2001\na,1,2.5,x\nb,4,,\nc,,8,\u00e9t\u00e9\n");

@@ -23,6 +23,18 @@ constexpr qint64 kMostGridBytes = std::numeric_limits<int>::max() - 64;
 /// spacing than this part of a cell is refused.
 constexpr double kMostStray = 0.02;
 
+/// The metres of a projection's unit; 1 if there is none.
+double metresOf(const QString &wkt)
+{
+    if (wkt.isEmpty())
+        return 1;
+    const OGRSpatialReferenceH reference = OSRNewSpatialReference(wkt.toUtf8().constData());
+    const double metres =
+        reference && !OSRIsGeographic(reference) ? OSRGetLinearUnits(reference, nullptr) : 1;
+    OSRDestroySpatialReference(reference);
+    return metres > 0 ? metres : 1;
+}
+
 /// One side of a grid.
 struct Side {
     double least = 0; ///< the outer edge of the first or last cell
@@ -157,7 +169,7 @@ Side CubeReader::File::sideOf(const CubeVariable &of, int position) const
     const QString name = line.unit.trimmed().toLower();
     if (name == QLatin1String("km") || name == QLatin1String("kilometers")
         || name == QLatin1String("kilometres") || name == QLatin1String("kilometer"))
-        unit = 1000; // projections count in metres
+        unit = 1000 / metresOf(projection());
     double most = 0;
     for (int i = 0; i < side.count; ++i) {
         if (!std::isfinite(places[i]))

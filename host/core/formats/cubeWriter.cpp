@@ -6,9 +6,8 @@
 #include <QSet>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <cerrno>
+#include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <limits>
 #include <ogr_srs_api.h>
@@ -24,6 +23,7 @@
 #include "core/project/progress.h"
 #include "core/project/safeFile.h"
 #include "core/project/shapeAccess.h"
+#include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/HeldGrid.h"
@@ -53,9 +53,16 @@ bool isZarrStore(const QString &path)
     return false;
 }
 
-QString systemError()
+/// The linear unit of a projection as UDUNITS, which CF takes its units from, spells it.
+QByteArray unitOf(OGRSpatialReferenceH reference)
 {
-    return QString::fromLocal8Bit(std::strerror(errno));
+    const double metres = OSRGetLinearUnits(reference, nullptr);
+    const std::pair<double, const char *> known[] = {
+        {1.0, "m"}, {1000.0, "km"}, {0.3048, "foot"}, {1200.0 / 3937, "US_survey_foot"}};
+    for (const auto &[size, name] : known)
+        if (std::abs(metres - size) < 1e-9 * size)
+            return name;
+    return exactNumber(metres).toLatin1() + " m";
 }
 
 /// The type in a file for cells of type T, which GDAL can write: signed bytes and 16-bit floats
@@ -212,6 +219,7 @@ private:
         const OGRSpatialReferenceH reference =
             wkt.isEmpty() ? nullptr : OSRNewSpatialReference(wkt.constData());
         const bool inDegrees = reference && OSRIsGeographic(reference);
+        const QByteArray unit = reference ? unitOf(reference) : QByteArray();
         if (reference)
             OSRDestroySpatialReference(reference);
         const double left = mProps.bounds.left();
@@ -233,7 +241,7 @@ private:
             if (inDegrees)
                 GDALMDArraySetUnit(array.get(), isX ? "degrees_east" : "degrees_north");
             else if (!wkt.isEmpty())
-                GDALMDArraySetUnit(array.get(), "m");
+                GDALMDArraySetUnit(array.get(), unit.constData());
             if (!wkt.isEmpty())
                 mOut.setText(array, "standard_name", standard);
             mOut.setText(array, "axis", isX ? QStringLiteral("X") : QStringLiteral("Y"));
