@@ -111,6 +111,51 @@ private Q_SLOTS:
         QCOMPARE(found({"v"}), QString("2"));
     }
 
+    void listsHoldTextsWithCommas()
+    {
+        Workplace place;
+        place.file("map.geojson", squares());
+        place.file("t.csv", "id,\"town, old\"\na,\"Washington, D.C.\"\nb,\"the \"\"Old\"\"\"\n"
+                            "c,Pacific\n");
+        QCOMPARE(place
+                     .run({"import", "map.geojson", "p.vorn", "--key", "id", "--table", "t.csv",
+                           "--fields", "id,\"town, old\""})
+                     .code,
+                 0);
+        const auto found = [&place](const QStringList &lists) {
+            QStringList words{"select", "p.vorn", "town, old", "--json"};
+            for (const QString &list : lists)
+                words << "--values" << list;
+            const Outcome outcome = place.run(words);
+            QStringList keys;
+            for (const QJsonValue &object : outcome.at("objects").toArray())
+                keys.append(object["object"].toString());
+            return outcome.code == 0 ? keys.join(' ') : outcome.err;
+        };
+        QCOMPARE(found({"Washington, D.C."}), QString());
+        QCOMPARE(found({"\"Washington, D.C.\""}), QString("a"));
+        QCOMPARE(found({"\"Washington, D.C.\",Pacific"}), QString("a c"));
+        QCOMPARE(found({"Pacific,, \"the \"\"Old\"\"\" "}), QString("b c"));
+        QCOMPARE(found({"Pacific", "the \"Old\""}), QString("b c"));
+        QVERIFY2(
+            found({"\"Pacific"}).contains("--values: \"Pacific: a quotation mark is not closed"),
+            qPrintable(found({"\"Pacific"})));
+        QVERIFY(found({"\"Pacific\" Ocean"}).contains("a quotation mark is followed by no ,"));
+        // Files and verbs with names of datasets take the same lists.
+        QCOMPARE(place
+                     .run({"export", "p.vorn", "-", "--format", "csv", "--columns", "datasets",
+                           "--datasets", "\"town, old\""})
+                     .out.section('\n', 0, 0),
+                 QString("\"town, old\""));
+        QCOMPARE(place.run({"report", "p.vorn", "r.html", "--datasets", "\"town, old\""}).code, 0);
+        QCOMPARE(place.run({"subset", "p.vorn", "s", "--objects", "a,\"b\""}).code, 0);
+        // The map has no coordinate system when it is a table of places.
+        place.file("p.csv", "id,x,y\na,1,2\n");
+        QCOMPARE(place.run({"import", "p.csv", "q.vorn", "--x", "x", "--y", "y"}).code, 0);
+        QCOMPARE(place.run({"info", "q.vorn"}).out.section('\n', 0, 0),
+                 QString("p: 1 object, points; no coordinate system; always"));
+    }
+
     void cutsGeographiesWithTheirValues()
     {
         const Outcome cut = mPlace.run(

@@ -7,6 +7,7 @@
 #include "core/formats/ogrReader.h"
 #include "core/formats/sourceFile.h"
 #include "core/formats/textTable.h"
+#include "core/project/text.h"
 #include "core/workshop.h"
 #include "support/checks.h"
 
@@ -55,6 +56,13 @@ double areaOf(const ShapeParts &rings)
 class TestExport : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void readsAListAsItWasWritten()
+    {
+        const QStringList items{"a,b", "", " c", "\"d\"", "e\"f", "g"};
+        QCOMPARE(listText(items), QString("\"a,b\",\"\",\" c\",\"\"\"d\"\"\",e\"f,g"));
+        QCOMPARE(listItems(listText(items)), items);
+    }
+
     void writesTheRowsOfExistingObjects()
     {
         Workshop shop(

@@ -2,6 +2,8 @@
 #include "cli/commands/command.h"
 #include <CLI/CLI.hpp>
 #include <cmath>
+#include "core/project/failure.h"
+#include "core/project/text.h"
 
 namespace meridor {
 namespace {
@@ -130,6 +132,23 @@ Setting Command::texts(const char *name, QStringList &target, const char *help) 
                            },
                            help)
                        ->type_name("TEXT")
+                       ->allow_extra_args(false));
+}
+
+Setting Command::list(const char *name, QStringList &target, const char *help) const
+{
+    return Setting(mApp->add_option_function<std::vector<std::string>>(
+                           name,
+                           [name, &target](const std::vector<std::string> &texts) {
+                               try {
+                                   for (const std::string &text : texts)
+                                       target += listItems(QString::fromStdString(text));
+                               } catch (const Failure &failure) {
+                                   throw CLI::ValidationError(name, failure.what());
+                               }
+                           },
+                           help)
+                       ->type_name("LIST")
                        ->allow_extra_args(false));
 }
 

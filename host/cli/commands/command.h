@@ -51,6 +51,8 @@ public:
     Setting text(const char *name, QString &target, const char *help) const;
     /// An option that may be given several times, with one text each.
     Setting texts(const char *name, QStringList &target, const char *help) const;
+    /// An option with a list of texts, see listItems(); it may be given several times.
+    Setting list(const char *name, QStringList &target, const char *help) const;
     Setting number(const char *name, int &target, const char *help) const;
     Setting number(const char *name, double &target, const char *help) const;
     Setting numbers(const char *name, QVector<double> &target, const char *help) const;

@@ -306,8 +306,7 @@ void addExport(const Command &app, Context &context)
               "The file, whose suffix determines the format; - for standard output; or the "
               "connection text of a database, such as PG:dbname=survey")
         .required();
-    command.texts("--datasets", options->datasets, "Datasets, separated by commas (default: all)")
-        .partedBy(',');
+    command.list("--datasets", options->datasets, "Datasets, separated by commas (default: all)");
     command
         .texts("--columns", options->columns,
                "Of key, name, start, end, realization, datasets (default: those with content)")

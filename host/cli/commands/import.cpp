@@ -183,8 +183,7 @@ Setting addTimes(const Command &command, ImportOptions &import)
 
 void addValues(const Command &command, ImportOptions &import)
 {
-    command.texts("--fields", import.fields, "Fields that become datasets (default: all others)")
-        .partedBy(',');
+    command.list("--fields", import.fields, "Fields that become datasets (default: all others)");
     command.flag("!--no-fields", import.attributes, "Import no other fields as datasets");
     command.texts("--table", import.tables, "A table whose fields are joined by key; repeatable");
     command.texts("--series", import.series,

@@ -70,12 +70,13 @@ void print(const QJsonObject &geography, const Console &console)
             ? counted(number("rows"), "row") + QStringLiteral(", ")
                   + counted(number("columns"), "column")
             : counted(number("objects"), "object") + QStringLiteral(", ") + text("shapes");
-    const QString unit = text("distanceUnit").isEmpty()
-                             ? QString()
-                             : QStringLiteral(" (%1)").arg(text("distanceUnit"));
-    console.print(QStringLiteral("%1: %2; %3%4; %5")
-                      .arg(text("name"), shapes, projectionName(text("projection")), unit,
-                           timeText(geography)));
+    QString projection = projectionName(text("projection"));
+    if (projection.isEmpty() || projection == QLatin1String("Unknown"))
+        projection = QStringLiteral("no coordinate system");
+    else if (!text("distanceUnit").isEmpty())
+        projection += QStringLiteral(" (%1)").arg(text("distanceUnit"));
+    console.print(QStringLiteral("%1: %2; %3; %4")
+                      .arg(text("name"), shapes, projection, timeText(geography)));
     if (geography.contains(QStringLiteral("parent")))
         console.print(QStringLiteral("cut from %1").arg(text("parent")));
     if (geography.contains(QStringLiteral("existing"))) {

@@ -39,7 +39,9 @@ void refuseStandardOutput(const QString &given, const char *what)
 
 void valueOptions(const Command &command, ObjectChoice &choice)
 {
-    command.texts("--values", choice.values, "Objects with one of these values").partedBy(',');
+    command.list("--values", choice.values,
+                 "Objects with one of these values, separated by commas; one with a comma in "
+                 "quotation marks");
     command.text("--min", choice.low, "Objects with at least this value");
     command.text("--max", choice.high, "Objects with at most this value");
     command.text("--at", choice.at, "The time (default: the dataset's last)");

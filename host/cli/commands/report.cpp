@@ -24,22 +24,17 @@ struct Options {
     QStringList sameClasses;
 };
 
-QStringList parted(const QString &text)
-{
-    return text.split(QLatin1Char(','), Qt::SkipEmptyParts);
-}
-
 void run(Options options, const Context &context)
 {
     options.output = outputName(options.output);
     requireWritable(options.output, context.overwrite);
     refuseInput(options.output, {options.plan.project});
-    options.plan.datasets = parted(options.datasets);
-    options.plan.times = parted(options.times);
-    options.plan.sideMaps = parted(options.sideMaps);
-    options.plan.beside = parted(options.beside);
+    options.plan.datasets = listItems(options.datasets);
+    options.plan.times = listItems(options.times);
+    options.plan.sideMaps = listItems(options.sideMaps);
+    options.plan.beside = listItems(options.beside);
     for (const QString &group : qAsConst(options.sameClasses))
-        options.plan.sameClasses.append(parted(group));
+        options.plan.sameClasses.append(listItems(group));
     Session session(context.session, context.user);
     session.loadPacked(options.plan.project);
     ReportProject report = gatherReport(options.plan);

@@ -67,8 +67,7 @@ void addSubset(const Command &app, Context &context)
     command.text("NAME", options->name, "The new geography's name").required();
     command.text("--geography", options->choice.geography,
                  "The parent geography, if there are several");
-    command.texts("--objects", options->choice.keys, "Objects by key or name, separated by commas")
-        .partedBy(',');
+    command.list("--objects", options->choice.keys, "Objects by key or name, separated by commas");
     command.text("--where", options->choice.dataset, "Objects by their value in this dataset");
     valueOptions(command, options->choice);
     realizationOption(command, options->realization);

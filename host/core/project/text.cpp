@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <numeric>
+#include "core/project/failure.h"
 
 namespace meridor {
 
@@ -51,6 +52,53 @@ QString counted(qint64 count, const char *noun)
 QString counted(qint64 count, const QString &one, const QString &many)
 {
     return (count == 1 ? one : many).arg(count);
+}
+
+QStringList listItems(const QString &text, QChar separator)
+{
+    constexpr QLatin1Char kQuote('"');
+    QStringList items;
+    for (int at = 0; at < text.size(); ++at) { // at the start of an item
+        int open = at;
+        while (open < text.size() && text[open].isSpace())
+            ++open;
+        if (open == text.size() || text[open] != kQuote) {
+            const int end = text.indexOf(separator, at);
+            const QString item = text.mid(at, end < 0 ? -1 : end - at);
+            if (!item.isEmpty())
+                items.append(item);
+            at = end < 0 ? text.size() : end;
+            continue;
+        }
+        int close = text.indexOf(kQuote, open + 1);
+        while (close >= 0 && close + 1 < text.size() && text[close + 1] == kQuote)
+            close = text.indexOf(kQuote, close + 2);
+        if (close < 0)
+            failUsage(QStringLiteral("%1: a quotation mark is not closed").arg(text));
+        items.append(text.mid(open + 1, close - open - 1)
+                         .replace(QLatin1String("\"\""), QLatin1String("\"")));
+        const int end = text.indexOf(separator, close);
+        if (!text.mid(close + 1, end < 0 ? -1 : end - close - 1).trimmed().isEmpty())
+            failUsage(QStringLiteral("%1: a quotation mark is followed by no %2")
+                          .arg(text, QString(separator)));
+        at = end < 0 ? text.size() : end;
+    }
+    return items;
+}
+
+QString listText(const QStringList &items)
+{
+    QStringList texts;
+    for (QString item : items) {
+        const bool isPlain = !item.isEmpty() && item == item.trimmed()
+                             && !item.contains(QLatin1Char(','))
+                             && !item.startsWith(QLatin1Char('"'));
+        if (!isPlain)
+            item = QLatin1Char('"') + item.replace(QLatin1String("\""), QLatin1String("\"\""))
+                   + QLatin1Char('"');
+        texts.append(item);
+    }
+    return texts.join(QLatin1Char(','));
 }
 
 QJsonValue jsonNumber(double value)

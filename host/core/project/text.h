@@ -22,6 +22,13 @@ MERIDOR_EXPORT QString counted(qint64 count, const QString &one, const QString &
 MERIDOR_EXPORT QJsonValue jsonNumber(double value);
 /// A list of at most `most` names for a message: "a, b, c and 17 more".
 MERIDOR_EXPORT QString someOf(const QStringList &names, int most = 12);
+/// The items of a list in one text, separated by commas as in a row of a CSV file: an item that
+/// begins with a quotation mark ends with one, may hold separators, and holds quotation marks twice.
+/// Empty items without quotation marks are left out. Raises a Failure of kind Misused for a
+/// quotation mark that is not closed, or is followed by something else than a separator.
+MERIDOR_EXPORT QStringList listItems(const QString &text, QChar separator = QLatin1Char(','));
+/// The text from which listItems reads these items.
+MERIDOR_EXPORT QString listText(const QStringList &items);
 /// The name that `word` is most likely a misspelling of: the one that the fewest insertions,
 /// deletions, replacements and swaps of neighbours make of it, at most half of its length and at
 /// least one. Empty if there is none.

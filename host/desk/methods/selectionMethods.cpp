@@ -36,6 +36,16 @@ QString timeText(Workspace &workspace, int geography)
     return axisOf(geography).show(workspace.timeOf(geography));
 }
 
+/// The values in the field, which separates them by semicolons.
+QStringList valuesOf(const MethodArguments &arguments)
+{
+    QStringList values;
+    for (const QString &value :
+         listItems(arguments.text(QStringLiteral("values")), QLatin1Char(';')))
+        values.append(value.trimmed());
+    return values;
+}
+
 void selectByValue(Workspace &workspace, const MethodArguments &arguments, MethodReport &report,
                    const Progress &)
 {
@@ -45,9 +55,7 @@ void selectByValue(Workspace &workspace, const MethodArguments &arguments, Metho
     choice.dataset = datasetWord(dataset);
     choice.low = arguments.text(QStringLiteral("min"));
     choice.high = arguments.text(QStringLiteral("max"));
-    for (const QString &value :
-         arguments.text(QStringLiteral("values")).split(QLatin1Char(';'), Qt::SkipEmptyParts))
-        choice.values.append(value.trimmed());
+    choice.values = valuesOf(arguments);
     if (choice.values.isEmpty() && choice.low.isEmpty() && choice.high.isEmpty())
         fail(methodText("neither values nor limits are given"));
     if (!datasetOf(dataset)->IsStatic())
@@ -65,13 +73,9 @@ QStringList valueLine(Workspace &workspace, const MethodArguments &arguments)
     const int dataset = arguments.id(QStringLiteral("dataset"));
     QStringList line{QStringLiteral("select"), workspace.commandPath(), datasetWord(dataset)};
     addOptions(line, arguments, {"min", "max"});
-    const QStringList values =
-        arguments.text(QStringLiteral("values")).split(QLatin1Char(';'), Qt::SkipEmptyParts);
-    QStringList trimmed;
-    for (const QString &value : values)
-        trimmed.append(value.trimmed());
-    if (!trimmed.isEmpty())
-        line += optionWords(QStringLiteral("--values"), trimmed.join(QLatin1Char(',')));
+    const QStringList values = valuesOf(arguments);
+    if (!values.isEmpty())
+        line += optionWords(QStringLiteral("--values"), listText(values));
     if (!datasetOf(dataset)->IsStatic())
         line << QStringLiteral("--at") << timeText(workspace, VORN_GetGeographyId(dataset));
     if (arguments.whole(QStringLiteral("realization")) > 1)

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include "core/formats/sourceFile.h"
 #include "core/import/importOptions.h"
+#include "core/project/text.h"
 #include "desk/project/actionLog.h"
 
 namespace meridor {
@@ -43,7 +44,7 @@ QStringList importLine(const ImportOptions &options, const QString &project, boo
     add("--y", options.yColumn);
     add("--crs", options.projection);
     addFlag("--no-fields", !options.attributes);
-    add("--fields", options.fields.join(QLatin1Char(',')));
+    add("--fields", listText(options.fields));
     for (const QString &table : options.tables)
         add("--table", pathWord(table));
     addAll("--series", options.series);
