@@ -35,6 +35,7 @@ private Q_SLOTS:
     void theTreeFollowsTheProject();
     void namesAreEditedInTheTree();
     void copiesHaveTheSameValues();
+    void keysActOnTheCopyAlone();
     void removalsTakeWhatDependsOnThem();
     void descriptionsAreKept();
     void datasetsAreDragged();
@@ -156,6 +157,22 @@ void tst_Contents::copiesHaveTheSameValues()
              mStates);
     QCOMPARE(duplicateThing(workspace(), {Thing::Geography, mStates, -1}).kind, Thing::None);
     QVERIFY(lastLine().contains(QStringLiteral("meridor subset")));
+}
+
+void tst_Contents::keysActOnTheCopyAlone()
+{
+    window().show();
+    QVERIFY(activate(window()));
+    ContentsPanel &contents = window().contents();
+    contents.select(dataset("income"));
+    contents.tree().setFocus();
+    // Through the window, so that the application knows the keys that are held.
+    QTest::keyClick(window().windowHandle(), Qt::Key_D, Qt::ControlModifier);
+    QCOMPARE(contents.selected().size(), 1);
+    QCOMPARE(nameOf(contents.selected().first()), QStringLiteral("income 2"));
+    QTest::keyClick(window().windowHandle(), Qt::Key_Delete);
+    QCOMPARE(lastLine(), QStringLiteral("meridor remove untitled.vorn 'states/income 2'"));
+    QVERIFY(names(model().index(0, 0)).contains(QStringLiteral("income")));
 }
 
 void tst_Contents::removalsTakeWhatDependsOnThem()

@@ -128,7 +128,10 @@ QVector<Thing> ContentsPanel::selected() const
 void ContentsPanel::select(const Thing &thing)
 {
     const QModelIndex index = mFilter->mapFromSource(mModel->indexOf(thing));
-    mTree->setCurrentIndex(index);
+    // QTreeView::setCurrentIndex adds to the selection while the Ctrl key of a shortcut is held.
+    mTree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect
+                                                        | QItemSelectionModel::Rows);
+    mTree->scrollTo(index);
 }
 
 void ContentsPanel::refreshActions()
