@@ -7,6 +7,7 @@
 #include "desk/window/application.h"
 #include "desk/window/mainWindow.h"
 #include "desk/window/scriptPlayer.h"
+#include "desk/window/settings.h"
 
 namespace {
 
@@ -31,10 +32,12 @@ void setScale(const char *text)
 /// Options that Qt needs before there is an application.
 void setEnvironment(int argc, char **argv)
 {
-    bool drawsAlone = false;
+    bool isAlone = false; // nobody looks at the window
     for (int i = 1; i < argc; ++i) {
-        drawsAlone = drawsAlone || std::strncmp(argv[i], "--picture", 9) == 0
-                     || std::strncmp(argv[i], "--script", 8) == 0;
+        for (const char *const option : {"--picture", "--script", "--help", "--version"})
+            isAlone = isAlone || std::strncmp(argv[i], option, std::strlen(option)) == 0;
+        for (const char *const option : {"-h", "-v"})
+            isAlone = isAlone || std::strcmp(argv[i], option) == 0;
         if (std::strcmp(argv[i], "--scale") == 0 && i + 1 < argc)
             setScale(argv[i + 1]);
         else if (std::strncmp(argv[i], "--scale=", 8) == 0)
@@ -42,7 +45,7 @@ void setEnvironment(int argc, char **argv)
     }
     const bool hasDisplay =
         qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
-    if (drawsAlone && !hasDisplay && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    if (isAlone && !hasDisplay && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
 }
 
@@ -128,6 +131,10 @@ int run(meridor::Application &application)
         application.setDark();
     if (arguments.size.isValid())
         application.window().resize(arguments.size);
+    if (!arguments.script.isEmpty())
+        meridor::useSettings(meridor::SettingsUse::Ignored);
+    else if (!arguments.picture.isEmpty())
+        meridor::useSettings(meridor::SettingsUse::Read);
     application.window().show();
     if (!arguments.script.isEmpty() || !arguments.picture.isEmpty()) {
         playAlone(application, arguments);

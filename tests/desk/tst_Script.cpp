@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The program from outside: steps that it plays, the log as a script for a shell, and what a killed
 // process leaves.
+#include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -18,6 +19,8 @@
 #include "core/project/fileLock.h"
 #include "desk/person.h"
 #include "desk/project/workspace.h"
+#include "desk/window/mainWindow.h"
+#include "desk/window/settings.h"
 
 using namespace meridor;
 
@@ -96,6 +99,8 @@ private Q_SLOTS:
     void failingStepsAreNamed();
     void wrongOptionsAreRefused();
     void picturesHaveTheSizeAskedFor();
+    void scriptsLeaveTheSettingsAlone();
+    void helpNeedsNoDisplay();
     void aKilledSessionLosesNothing();
 
 private:
@@ -335,6 +340,49 @@ void tst_Script::wrongOptionsAreRefused()
                  qPrintable(QLatin1String(option) + ": " + outcome.errors));
         QCOMPARE(QFileInfo::exists(path("no.png")), false);
     }
+}
+
+/// They do not depend on what the user left either.
+void tst_Script::scriptsLeaveTheSettingsAlone()
+{
+    const QString import =
+        QString(QLatin1String(kImport)).arg(QStringLiteral(MERIDOR_TEST_SAMPLES));
+    QCOMPARE(play("[" + import + ", {`do`: `save`, `file`: `work.vorn`}]").code, 0);
+    MainWindow &window = static_cast<Application *>(qApp)->window();
+    QVERIFY(window.openProject(path("work.vorn")));
+    ViewRequest table;
+    table.kind = ViewKind::Table;
+    table.geography = geographyIds().first();
+    QVERIFY(window.openView(table));
+    window.findChild<QAction *>(QStringLiteral("fileClose"))->trigger();
+    QVERIFY(!keptLayout(path("work.vorn")).isEmpty());
+    const QStringList recent = recentProjects();
+    QCOMPARE(recent, QStringList{path("work.vorn")});
+    const QJsonObject layout = keptLayout(path("work.vorn"));
+    QVERIFY(!layout.value(QStringLiteral("views")).toArray().isEmpty());
+    const Outcome outcome = play("[{`do`: `open`, `file`: `work.vorn`},"
+                                 " {`do`: `view`, `kind`: `map`, `datasets`: [`income`]},"
+                                 " {`do`: `save`, `file`: `other.vorn`},"
+                                 " {`do`: `open`, `file`: `work.vorn`},"
+                                 " {`do`: `zoom`, `view`: 1, `to`: `all`}]");
+    QVERIFY2(outcome.errors.contains(QLatin1String("there is no such view")),
+             qPrintable(outcome.errors));
+    QCOMPARE(recentProjects(), recent);
+    QCOMPARE(keptLayout(path("work.vorn")), layout);
+    QVERIFY(keptLayout(path("other.vorn")).isEmpty());
+}
+
+void tst_Script::helpNeedsNoDisplay()
+{
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    const QByteArray display = qgetenv("DISPLAY");
+    qunsetenv("QT_QPA_PLATFORM");
+    qunsetenv("DISPLAY");
+    for (const char *const option : {"--help", "-h", "--help-all", "--version", "-v"})
+        QCOMPARE(run(QStringLiteral(MERIDOR_TEST_DESK), {QLatin1String(option)}).code, 0);
+    qputenv("QT_QPA_PLATFORM", platform);
+    if (!display.isEmpty())
+        qputenv("DISPLAY", display);
 }
 
 void tst_Script::aKilledSessionLosesNothing()

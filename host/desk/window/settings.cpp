@@ -21,6 +21,7 @@ public:
 };
 
 const QString kRecent = QStringLiteral("recent");
+SettingsUse settingsUse = SettingsUse::Kept;
 
 QString layoutKey(const QString &project)
 {
@@ -31,8 +32,15 @@ QString layoutKey(const QString &project)
 
 } // namespace
 
+void useSettings(SettingsUse use)
+{
+    settingsUse = use;
+}
+
 QStringList recentProjects()
 {
+    if (settingsUse == SettingsUse::Ignored)
+        return {};
     QStringList there;
     const QStringList kept = Settings().value(kRecent).toStringList();
     for (const QString &project : kept)
@@ -43,6 +51,8 @@ QStringList recentProjects()
 
 void noteRecentProject(const QString &project)
 {
+    if (settingsUse != SettingsUse::Kept)
+        return;
     Settings settings;
     QStringList recent = settings.value(kRecent).toStringList();
     recent.removeAll(project);
@@ -52,6 +62,8 @@ void noteRecentProject(const QString &project)
 
 void forgetRecentProject(const QString &project)
 {
+    if (settingsUse != SettingsUse::Kept)
+        return;
     Settings settings;
     QStringList recent = settings.value(kRecent).toStringList();
     recent.removeAll(project);
@@ -60,11 +72,15 @@ void forgetRecentProject(const QString &project)
 
 QJsonObject keptLayout(const QString &project)
 {
+    if (settingsUse == SettingsUse::Ignored)
+        return {};
     return QJsonDocument::fromJson(Settings().value(layoutKey(project)).toByteArray()).object();
 }
 
 void keepLayout(const QString &project, const QJsonObject &layout)
 {
+    if (settingsUse != SettingsUse::Kept)
+        return;
     Settings().setValue(layoutKey(project), QJsonDocument(layout).toJson(QJsonDocument::Compact));
 }
 

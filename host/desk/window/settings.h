@@ -6,6 +6,14 @@
 
 namespace meridor {
 
+/// How the settings are used. A script neither depends on what the user did before nor changes it.
+enum class SettingsUse {
+    Kept,
+    Read,   ///< nothing is kept
+    Ignored ///< as if nothing had been kept; only the interval of recovery is read
+};
+void useSettings(SettingsUse use);
+
 /// The latest first; those that exist no longer are left out.
 QStringList recentProjects();
 void noteRecentProject(const QString &project);
