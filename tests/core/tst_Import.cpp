@@ -98,6 +98,27 @@ private Q_SLOTS:
             QCOMPARE(shop.run(), QString());
     }
 
+    void proposesPlacesOfEveryTable()
+    {
+        // A dBASE table: its head, three fields of eight digits, two rows.
+        QByteArray table("\x03\x7a\x01\x01\x02\0\0\0\x81\0\x19\0", 12);
+        table.append(20, '\0');
+        for (const char *const field : {"id", "lon", "lat"})
+            table.append(QByteArray(field).leftJustified(11, '\0') + "N"
+                         + QByteArray("\0\0\0\0\x08\x03", 6) + QByteArray(14, '\0'));
+        table.append("\r    1.000   7.500  50.250     2.000   8.500  51.250\x1a");
+        Workshop shop;
+        const ImportGuess guess = guessImport(shop.file("strange.dbf", table));
+        QCOMPARE(guess.form == SourceForm::Table, true);
+        QCOMPARE(guess.options.xColumn + ' ' + guess.options.yColumn, QString("lon lat"));
+        shop.options = guess.options;
+        QCOMPARE(shop.run(), QString());
+        QCOMPARE(
+            guessImport(shop.file("map.geojson", "{\"type\":\"Point\",\"coordinates\":[1,2]}")).form
+                == SourceForm::Shapes,
+            true);
+    }
+
     void refusesToLookAtDevices()
     {
         for (const char *const path : {"/dev/zero", "/dev/null"}) {

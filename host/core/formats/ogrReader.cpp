@@ -440,6 +440,14 @@ private:
     OGRLayerH mLayer = nullptr;
 };
 
+GdalFile openVectorFile(const QString &path)
+{
+    GdalFile file = openGdalFile(path, GDAL_OF_VECTOR);
+    if (!file)
+        failUnread(path);
+    return file;
+}
+
 } // namespace
 
 FeatureTable readFeatures(const QString &path, const ReadOptions &options)
@@ -455,13 +463,21 @@ QStringList layerNames(const QString &path)
     if (isTextTable(path))
         return {};
     const QuietGdal quiet;
-    const GdalFile file = openGdalFile(path, GDAL_OF_VECTOR);
-    if (!file)
-        failUnread(path);
+    const GdalFile file = openVectorFile(path);
     QStringList names;
     for (int i = 0; i < GDALDatasetGetLayerCount(file.get()); ++i)
         names.append(QString::fromUtf8(OGR_L_GetName(GDALDatasetGetLayer(file.get(), i))));
     return names;
+}
+
+bool canHaveShapes(const QString &path, const QString &layer)
+{
+    const QuietGdal quiet;
+    const GdalFile file = openVectorFile(path);
+    const OGRLayerH found = layer.isEmpty()
+                                ? GDALDatasetGetLayer(file.get(), 0)
+                                : GDALDatasetGetLayerByName(file.get(), layer.toUtf8().constData());
+    return found && OGR_L_GetGeomType(found) != wkbNone;
 }
 
 } // namespace meridor

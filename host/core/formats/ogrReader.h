@@ -37,4 +37,8 @@ MERIDOR_EXPORT FeatureTable readFeatures(const QString &path, const ReadOptions 
 /// if GDAL cannot read the file.
 MERIDOR_EXPORT QStringList layerNames(const QString &path);
 
+/// Whether a layer of a vector file can have shapes: those of spreadsheets and dBASE tables cannot.
+/// @param layer  empty: the first one.
+bool canHaveShapes(const QString &path, const QString &layer);
+
 } // namespace meridor

@@ -389,7 +389,7 @@ void guessShapes(ImportGuess &guess, const QString &layer)
     if (layer.isEmpty() && guess.layers.size() > 1)
         options.layer = guess.layers.first();
     guess.fields = columnsOf(options.map, options.layer);
-    const bool isTable = guess.layers.isEmpty();
+    const bool isTable = guess.layers.isEmpty() || !canHaveShapes(options.map, options.layer);
     const std::optional<FeatureTable> values = valuesOf(options);
     if (isTable) {
         guess.form = SourceForm::Table;

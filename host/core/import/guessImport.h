@@ -8,7 +8,7 @@ namespace meridor {
 
 enum class SourceForm {
     Shapes, ///< a vector file or a database
-    Table,  ///< a table of texts, whose points are two of its fields
+    Table,  ///< a table, whose points are two of its fields
     Grid,
     Cube
 };
