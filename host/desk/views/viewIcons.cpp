@@ -78,6 +78,10 @@ QPainterPath pathOf(ViewIcon which)
         path.addRect(10, 8, 4, 12);
         path.addRect(16, 4, 4, 16);
         break;
+    case ViewIcon::More:
+        line({{5, 5}, {11, 12}, {5, 19}});
+        line({{13, 5}, {19, 12}, {13, 19}});
+        break;
     case ViewIcon::Focus:
         path.addEllipse(4, 4, 12, 12);
         line({{14.5, 14.5}, {21, 21}});

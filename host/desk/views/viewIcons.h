@@ -19,7 +19,8 @@ enum class ViewIcon {
     Export,
     Fit,
     Focus,
-    Classes
+    Classes,
+    More
 };
 
 QIcon viewIcon(ViewIcon which);

@@ -59,6 +59,10 @@ ViewWindow::ViewWindow(Workspace &workspace, const QVector<Tool> &tools, QWidget
     mToolBar->setAccessibleName(tr("Tools of the view"));
     const int side = static_cast<int>(std::lround(1.3 * fontMetrics().height()));
     mToolBar->setIconSize(QSize(side, side));
+    // The button for the tools beyond the edge has a dark arrow of the style's, whatever the palette.
+    if (auto *const more =
+            mToolBar->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button")))
+        more->setIcon(viewIcon(ViewIcon::More));
     mReadout->setObjectName(QStringLiteral("readout"));
     mReadout->setAccessibleName(tr("Object under the mouse"));
     mReadout->setTextFormat(Qt::PlainText);
