@@ -23,6 +23,8 @@
 #include "desk/dialogs/propertiesDialog.h"
 #include "desk/person.h"
 #include "desk/project/workspace.h"
+#include "desk/views/mapLayerView.h"
+#include "desk/views/mapWindow.h"
 #include "desk/views/viewWindow.h"
 #include "desk/window/contentsPanel.h"
 #include "desk/window/mainWindow.h"
@@ -41,6 +43,7 @@ private Q_SLOTS:
     void troubleStandsOnTheStartPage();
     void droppedFilesOpenTheForm();
     void theBarMovesThroughTheTimes();
+    void theBarFollowsTheLayer();
     void geographiesGoInStep();
     void unsavedChangesAreAskedForOnce();
     void layoutsAreKeptByProject();
@@ -180,6 +183,30 @@ void tst_Window::theBarMovesThroughTheTimes()
     workspace().close();
     QCOMPARE(bar.geography(), -1);
     QCOMPARE(bar.isEnabled(), false);
+}
+
+void tst_Window::theBarFollowsTheLayer()
+{
+    const int states = import(Sample::Income);
+    const int history = import(Sample::History);
+    auto *const map = static_cast<MapWindow *>(open(ViewKind::Map, "income"));
+    settle();
+    QCOMPARE(window().timeBar().geography(), states);
+    map->addLayer(findDataset(QStringLiteral("terr_type")));
+    settle();
+    QCOMPARE(window().timeBar().geography(), history);
+    QCOMPARE(find<QSlider>("timeSlider")->maximum(), workspace().stepsOf(history).size() - 1);
+    window().timeBar().first();
+    QVERIFY2(map->title().endsWith(axisOf(history).show(workspace().stepsOf(history).first())),
+             qPrintable(map->title()));
+    QSignalSpy titled(map, &ViewWindow::titleChanged);
+    map->setActiveLayer(map->layers().first());
+    settle();
+    QCOMPARE(window().timeBar().geography(), states);
+    QCOMPARE(titled.value(0).value(0).toString(), map->title());
+    QVERIFY(removeThings(workspace(), {{Thing::Geography, states, -1}}));
+    settle();
+    QCOMPARE(window().timeBar().geography(), history);
 }
 
 void tst_Window::geographiesGoInStep()

@@ -288,7 +288,8 @@ void MapWindow::setActiveLayer(MapLayerView *layer)
     mActive = layer;
     mLegend->setLayers(mLayers, mActive);
     activeChanged();
-    Q_EMIT viewsChanged(); // another one is the current view
+    Q_EMIT titleChanged(title()); // has the time of this layer
+    Q_EMIT viewsChanged();        // another one is the current view
 }
 
 void MapWindow::activeChanged()

@@ -114,6 +114,15 @@ void ViewArea::add(ViewWindow *window, const ViewRequest &request)
     dock->setWidget(window);
     connect(window, &ViewWindow::titleChanged, dock, &ViewDock::setTitle);
     connect(window, &ViewWindow::activated, this, [this, window] { activate(window); });
+    // Another layer of a map may be of another geography. Geographies that are being removed are not
+    // looked at: the signal waits until the views have gone.
+    connect(
+        window, &ViewWindow::viewsChanged, this,
+        [this, window] {
+            if (window == mActive)
+                Q_EMIT activeChanged(mActive);
+        },
+        Qt::QueuedConnection);
     // A window whose last view was removed deletes itself; a closed dock takes its window along, and
     // is no more than a widget then.
     connect(window, &QObject::destroyed, this,
