@@ -16,6 +16,7 @@
 #include <sys/stat.h>
 #include "core/import/samples.h"
 #include "core/project/catalog.h"
+#include "core/project/failure.h"
 #include "core/project/fileLock.h"
 #include "datainterface/DataAPI.h"
 #include "desk/dialogs/importDialog.h"
@@ -46,6 +47,7 @@ private Q_SLOTS:
     void theBarFollowsTheLayer();
     void geographiesGoInStep();
     void unsavedChangesAreAskedForOnce();
+    void heldProjectsAreLookedAt();
     void layoutsAreKeptByProject();
     void viewsEndInEveryOrder_data();
     void viewsEndInEveryOrder();
@@ -254,6 +256,37 @@ void tst_Window::unsavedChangesAreAskedForOnce()
     QCOMPARE(geographyName(geographyIds().value(0)), QStringLiteral("kept"));
     find<QAction>("fileRevert")->trigger();
     QCOMPARE(window().isWindowModified(), false);
+}
+
+/// The files of the process that works on a project are left alone.
+void tst_Window::heldProjectsAreLookedAt()
+{
+    const QString file = mFolder.filePath(QStringLiteral("held.vorn"));
+    const QString other = mFolder.filePath(QStringLiteral("other.vorn"));
+    const int states = import(Sample::Income);
+    QVERIFY(window().saveAs(file));
+    workspace().close();
+    const FileLock lock(file);
+    QVERIFY(QFile::copy(file, Workspace::recoveryOf(file)));
+    QVERIFY(!window().openProject(file));
+    auto *const look = find<QAbstractButton>("startUnlocked");
+    QVERIFY(look->isVisible());
+    QTest::mouseClick(look, Qt::LeftButton);
+    QCOMPARE(geographyIds(), QVector<int>{states});
+    QVERIFY2(find<QLabel>("message")->text().contains(QLatin1String("under another name")),
+             qPrintable(find<QLabel>("message")->text()));
+    QVERIFY(renameThing(workspace(), {Thing::Geography, states, -1}, QStringLiteral("mine")));
+    QVERIFY(workspace().saveRecovery());
+    QVERIFY(QFileInfo::exists(Workspace::recoveryOf(QString())));
+    QVERIFY(!workspace().save());
+    QVERIFY(find<QLabel>("message")->text().contains(QLatin1String("is changing it")));
+    QVERIFY(window().saveAs(other));
+    QVERIFY(!QFileInfo::exists(Workspace::recoveryOf(QString())));
+    QCOMPARE(QFileInfo(Workspace::recoveryOf(file)).size(), QFileInfo(file).size());
+    QVERIFY_EXCEPTION_THROWN(FileLock{other}, Failure);
+    QVERIFY(!window().openProject(mFolder.filePath(QStringLiteral("absent.vorn"))));
+    workspace().close();
+    QVERIFY(!look->isVisible());
 }
 
 void tst_Window::layoutsAreKeptByProject()

@@ -323,25 +323,44 @@ bool Workspace::load(const QString &file, bool isPacked)
     return loaded;
 }
 
-bool Workspace::open(const QString &file)
+bool Workspace::open(const QString &path)
+{
+    // One that cannot be saved in its place is there to be looked at, and for other names.
+    return open(path, mayWriteBeside(path));
+}
+
+bool Workspace::openUnlocked(const QString &path)
+{
+    return open(path, false);
+}
+
+bool Workspace::open(const QString &file, bool locks)
 {
     const QString path = file; // which may be path(), and that is cleared
     if (!attempt(tr("Open"), [&] { requireReadable(path); }))
         return false;
     close();
-    // One that cannot be saved in its place is there to be looked at, and for other names.
-    const bool isReserved = mayWriteBeside(path);
-    if ((isReserved && !attempt(tr("Open"), [&] { mSession.reserve(path); })) || !load(path, true))
+    if (locks && !attempt(tr("Open"), [&] { mSession.reserve(path); })) {
+        Q_EMIT refusedLock(path);
         return false;
-    if (const QString left = recoveryOf(path); QFileInfo::exists(left)) {
+    }
+    if (!load(path, true))
+        return false;
+    mIsLocked = locks;
+    // Without the lock it may be that of the process that works on the project.
+    if (const QString left = recoveryOf(path); locks && QFileInfo::exists(left)) {
         QFile::remove(earlierRecovery(path));
         QFile::rename(left, earlierRecovery(path));
     }
     setPath(QFileInfo(path).absoluteFilePath());
     mLog.did({QStringLiteral("info"), commandPath()});
     Q_EMIT opened();
-    if (!isReserved)
-        tell(tr("The folder of %1 cannot be written: changes are saved under another name only.")
+    if (!locks)
+        tell((mayWriteBeside(path)
+                  ? tr("%1 is changed by another program: changes are saved under "
+                       "another name only.")
+                  : tr("The folder of %1 cannot be written: changes are saved under "
+                       "another name only."))
                  .arg(path));
     return true;
 }
@@ -362,6 +381,7 @@ void Workspace::leave()
     mRecoveryLock.reset();
     mUnwritten.clear();
     mIsRecoveryStale = false;
+    mIsLocked = false;
     mLog.discarded();
     setPath(QString());
     setDirty(false);
@@ -380,6 +400,7 @@ bool Workspace::save(const QString &path)
         return false;
     removeRecovery();
     setPath(target);
+    mIsLocked = true;
     mLog.saved(before, commandPath(), kUntitled);
     setDirty(false);
     tell(tr("Saved as %1").arg(target));
@@ -445,6 +466,7 @@ bool Workspace::recover(const Recovery &recovery)
     if (!load(recovery.file, false))
         return false;
     setPath(project.isEmpty() ? project : QFileInfo(project).absoluteFilePath());
+    mIsLocked = !project.isEmpty();
     mLog.remark(tr("Work of an earlier session that was not saved is here again. The command lines "
                    "that made it are not known."));
     markDirty();
@@ -457,8 +479,7 @@ bool Workspace::recover(const Recovery &recovery)
 bool Workspace::saveRecovery()
 {
     const QString besideNone = recoveryOf(QString());
-    const QString target =
-        mPath.isEmpty() || !mayWriteBeside(mPath) ? besideNone : recoveryOf(mPath);
+    const QString target = mIsLocked && mayWriteBeside(mPath) ? recoveryOf(mPath) : besideNone;
     if (!mIsDirty || !mIsRecoveryStale || isBusy() || mUnwritten == target)
         return false;
     const bool isSaved = attempt(tr("Copy for recovery"), [&] {
@@ -474,12 +495,13 @@ bool Workspace::saveRecovery()
     return isSaved;
 }
 
-/// The file is of this process only once the project has changes.
+/// The files are of this process only once the project has changes.
 void Workspace::removeRecovery()
 {
     if (mIsDirty)
-        for (const QString &file : {recoveryOf(mPath), recoveryOf(QString())})
-            QFile::remove(file);
+        QFile::remove(recoveryOf(QString()));
+    if (mIsDirty && mIsLocked)
+        QFile::remove(recoveryOf(mPath));
     mRecoveryLock.reset();
 }
 

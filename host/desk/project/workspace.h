@@ -65,6 +65,9 @@ public:
     /// Replaces the present project. False after telling the user why not: the present one stays open
     /// if the file cannot be read, and none is open if it holds no project or is locked.
     bool open(const QString &path);
+    /// The same for a project that another process holds: it is there to be looked at, and to be saved
+    /// under other names.
+    bool openUnlocked(const QString &path);
     void close();
     /// @param path  empty: the present one.
     bool save(const QString &path = QString());
@@ -132,6 +135,7 @@ public:
 
 Q_SIGNALS:
     void opened();
+    void refusedLock(const QString &path); ///< open() would have to be openUnlocked()
     void closing();
     void closed();
     void pathChanged(const QString &path);
@@ -182,6 +186,7 @@ private:
 
     bool attempt(const QString &title, const std::function<void()> &work);
     bool load(const QString &file, bool isPacked);
+    bool open(const QString &path, bool locks);
     void leave();
     void removeRecovery();
     void setPath(const QString &path);
@@ -197,6 +202,7 @@ private:
     std::unique_ptr<Dialogs> mDialogs;
     Session mSession;
     QString mPath;
+    bool mIsLocked = false; ///< the project can be saved in its place
     bool mIsDirty = false;
     bool mIsRecoveryStale = false;           ///< the project changed since saveRecovery()
     QString mUnwritten;                      ///< the recovery file that could not be written

@@ -139,6 +139,7 @@ MainWindow::MainWindow(Workspace &workspace, const MethodRegister &methods)
             [this] { findChild<QAction *>(QStringLiteral("fileImport"))->trigger(); });
     connect(mStart, &StartPage::sampleWanted, this, &MainWindow::openSample);
     connect(mStart, &StartPage::projectWanted, this, &MainWindow::openProject);
+    connect(mStart, &StartPage::unlockedWanted, &mWorkspace, &Workspace::openUnlocked);
     connect(mStart, &StartPage::recoverWanted, this, &MainWindow::recover);
     connect(mArea, &ViewArea::activeChanged, this, &MainWindow::followActive);
     connect(mArea, &ViewArea::countChanged, this, &MainWindow::showPage);
@@ -386,6 +387,7 @@ void MainWindow::makeHelpMenu()
 void MainWindow::connectWorkspace()
 {
     connect(&mWorkspace, &Workspace::told, this, &MainWindow::showMessage);
+    connect(&mWorkspace, &Workspace::refusedLock, mStart, &StartPage::offerUnlocked);
     connect(&mWorkspace, &Workspace::pathChanged, this, &MainWindow::showTitle);
     connect(&mWorkspace, &Workspace::dirtyChanged, this, &MainWindow::showTitle);
     connect(&mWorkspace, &Workspace::geographyAdded, this, [this] { showPage(); });

@@ -29,7 +29,11 @@ QLabel *makeHeading(const QString &text, double size)
 } // namespace
 
 StartPage::StartPage(QWidget *parent)
-    : QWidget(parent), mRecoveries(new QVBoxLayout), mRecent(new QListWidget), mTrouble(new QLabel)
+    : QWidget(parent),
+      mRecoveries(new QVBoxLayout),
+      mRecent(new QListWidget),
+      mTrouble(new QLabel),
+      mUnlocked(new QPushButton(tr("&Look at it; changes are saved under another name")))
 {
     setObjectName(QStringLiteral("startPage"));
     setAccessibleName(tr("Start"));
@@ -44,6 +48,10 @@ StartPage::StartPage(QWidget *parent)
     mTrouble->setTextInteractionFlags(Qt::TextSelectableByMouse);
     mTrouble->hide();
     column->addWidget(mTrouble);
+    mUnlocked->setObjectName(QStringLiteral("startUnlocked"));
+    mUnlocked->hide();
+    connect(mUnlocked, &QPushButton::clicked, this, [this] { Q_EMIT unlockedWanted(mHeld); });
+    column->addWidget(mUnlocked, 0, Qt::AlignLeft);
     column->addSpacing(fontMetrics().height());
 
     auto *const buttons = new QHBoxLayout;
@@ -119,6 +127,13 @@ void StartPage::showTrouble(const QString &text)
 {
     mTrouble->setText(text);
     mTrouble->setVisible(!text.isEmpty());
+    mUnlocked->hide();
+}
+
+void StartPage::offerUnlocked(const QString &project)
+{
+    mHeld = project;
+    mUnlocked->show();
 }
 
 } // namespace meridor

@@ -20,12 +20,15 @@ public:
     void refresh();
     /// A sentence about what went wrong; empty: none.
     void showTrouble(const QString &text);
+    /// Offers, until the next showTrouble(), to open a project without its lock.
+    void offerUnlocked(const QString &project);
 
 Q_SIGNALS:
     void openWanted();
     void importWanted();
     void sampleWanted();
     void projectWanted(const QString &path);
+    void unlockedWanted(const QString &path);
     void recoverWanted(const Recovery &recovery);
 
 private:
@@ -34,6 +37,8 @@ private:
     QVBoxLayout *mRecoveries;
     QListWidget *mRecent;
     QLabel *mTrouble;
+    QPushButton *mUnlocked;
+    QString mHeld; ///< what mUnlocked opens
 };
 
 } // namespace meridor
