@@ -308,6 +308,24 @@ private Q_SLOTS:
         QCOMPARE(moran.numbers["quarters"].toObject()["low, low neighbours"].toInt(), 2);
     }
 
+    /// Years in which an object has no value are gaps of its line.
+    void plotsGapsOfLines()
+    {
+        Workshop gaps(squares(), "id,v2000,v2001,v2002,v2003\na,1,,3,4\nb,4,5,,\nc,10,8,,9\n");
+        const Plot broken = timePlot(imported(gaps), {0, 1, 2});
+        const auto text = [](const QVector<QPointF> &points) {
+            QStringList texts;
+            for (const QPointF &point : points)
+                texts.append(std::isfinite(point.y()) ? QString::number(point.y()) : "gap");
+            return texts.join(' ');
+        };
+        QCOMPARE(text(broken.graph.series[0].points), QString("1 gap 3 4"));
+        QCOMPARE(text(broken.graph.series[1].points), QString("4 5"));
+        QCOMPARE(text(broken.graph.series[2].points), QString("10 8 gap 9"));
+        QCOMPARE(text(broken.graph.series[3].points), QString("5 6.5 3 6.5"));
+        QCOMPARE(broken.numbers["series"].toArray()[2].toObject()["values"].toInt(), 3);
+    }
+
     /// Boxes that are nearer to each other than a pixel are drawn, and a correlation that does not
     /// exist is no number.
     void showNarrowBoxes()

@@ -152,8 +152,13 @@ Bins binsOf(const QVector<double> &values)
 void History::add(const Interval &when, double value)
 {
     constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-    if (!mPoints.isEmpty() && mIsSpan && when.startTime > mEnd)
+    if (!std::isfinite(value)) {
+        mIsGap = true;
+        return;
+    }
+    if (!mPoints.isEmpty() && (mIsGap || (mIsSpan && when.startTime > mEnd)))
         mPoints.append(QPointF(mScale.at(when.startTime), kNone));
+    mIsGap = false;
     mIsSpan = when.endTime > when.startTime;
     mEnd = when.endTime;
     mPoints.append({mScale.at(when.startTime), value});

@@ -67,7 +67,7 @@ MERIDOR_EXPORT Bins binsOf(const QVector<double> &values);
 class MERIDOR_EXPORT History {
 public:
     explicit History(const TimeScale &scale) : mScale(scale) {}
-    /// Intervals are added in ascending order.
+    /// Intervals are added in ascending order. A value that is not finite is a gap.
     void add(const Interval &when, double value);
     const QVector<QPointF> &points() const { return mPoints; }
 
@@ -76,6 +76,7 @@ private:
     QVector<QPointF> mPoints;
     qint64 mEnd = 0;
     bool mIsSpan = false;
+    bool mIsGap = false; ///< before the next value
 };
 
 /// The places of a Moran scatter plot: see plots.h.

@@ -8,19 +8,14 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/text.h"
+#include "core/render/classes.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/MDataset.h"
 
 namespace meridor {
 namespace {
 
-double meanOf(const QVector<double> &values)
-{
-    double mean = 0;
-    for (int i = 0; i < values.size(); ++i)
-        mean += (values[i] - mean) / (i + 1);
-    return values.isEmpty() ? std::numeric_limits<double>::quiet_NaN() : mean;
-}
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 } // namespace
 
@@ -38,32 +33,38 @@ Plot timePlot(ShownDataset shown, const QVector<int> &objects)
     Plot plot;
     plot.graph.x = scale.axis();
     plot.graph.y.title = datasetName(dataset);
-    QJsonArray series;
-    for (const int object : objects) {
-        QVector<Interval> intervals;
-        QVector<datum> values;
-        VORN_GetObjectDataValues(dataset, shown.realization, static_cast<unsigned>(object),
-                                 intervals, values);
-        History history(scale);
-        for (int i = 0; i < values.size(); ++i)
-            history.add(intervals[i], values[i].type == 1
-                                          ? static_cast<double>(values[i].integerValue)
-                                          : values[i].decimalValue);
-        plot.graph.series.append({keys.value(object), history.points()});
-        series.append(QJsonObject{{QStringLiteral("object"), keys.value(object)},
-                                  {QStringLiteral("values"), values.size()}});
-    }
+    QVector<History> lines(objects.size(), History(scale));
+    QVector<int> counts(objects.size());
     History mean(scale);
     for (const Interval &when : dataTimes(dataset, shown.realization)) {
         stopIfCancelled();
-        mean.add(when, meanOf(presentValues(shown, instantOf(when))));
+        const ValuesAt values = existingValuesAt(dataset, instantOf(when), shown.realization);
+        const auto valueAt = [&values](int object) {
+            return values.missing.contains(object) ? kNone : values.numbers.value(object, kNone);
+        };
+        for (int i = 0; i < objects.size(); ++i) {
+            const double value = valueAt(objects[i]);
+            lines[i].add(when, value);
+            counts[i] += std::isfinite(value);
+        }
+        double average = 0; // of those so far, since a sum could be beyond the largest double
+        int present = 0;
+        for (int object = 0; object < values.numbers.size(); ++object)
+            if (const double value = valueAt(object); std::isfinite(value))
+                average += (value - average) / ++present;
+        mean.add(when, present > 0 ? average : kNone);
     }
-    plot.graph.series.append({QStringLiteral("mean of all"),
-                              mean.points(),
-                              GraphSeries::Line,
-                              {},
-                              colors::softInk,
-                              true});
+    QJsonArray series;
+    for (int i = 0; i < objects.size(); ++i) {
+        plot.graph.series.append({keys.value(objects[i]), lines[i].points()});
+        series.append(QJsonObject{{QStringLiteral("object"), keys.value(objects[i])},
+                                  {QStringLiteral("values"), counts[i]}});
+    }
+    GraphSeries all{QStringLiteral("mean of all"), mean.points()};
+    all.color = colors::softInk;
+    all.dashed = true;
+    all.isBehind = true;
+    plot.graph.series.append(all);
     plot.numbers = {{QStringLiteral("series"), series}};
     plot.summary = counted(objects.size(), "object");
     return plot;

@@ -166,10 +166,16 @@ void drawSeries(QPainter &painter, const GraphSeries &series, const QColor &colo
     }
     QVector<QPointF> run;
     const auto drawRun = [&] {
-        if (run.isEmpty())
-            return;
-        curve.setSamples(run);
-        curve.draw(&painter, xMap, yMap, canvas);
+        if (run.size() == 1 && series.look == GraphSeries::Line) {
+            // A value between two gaps has no line.
+            const QPointF at(xMap.transform(run[0].x()), yMap.transform(run[0].y()));
+            painter.setPen(QPen(color, theme.unit(6), Qt::SolidLine, Qt::RoundCap));
+            if (canvas.contains(at))
+                painter.drawPoint(at);
+        } else if (!run.isEmpty()) {
+            curve.setSamples(run);
+            curve.draw(&painter, xMap, yMap, canvas);
+        }
         run.clear();
     };
     for (const QPointF &point : series.points) {
@@ -309,8 +315,10 @@ void drawGraph(QPainter &painter, const Graph &graph)
     drawGrid(painter, theme, canvas, x, y, map);
     for (const auto &item : graph.items)
         item->draw(painter, map, theme);
-    for (int i = 0; i < graph.series.size(); ++i)
-        drawSeries(painter, graph.series[i], colorOf(graph, i), xMap, yMap, canvas, theme);
+    for (const bool isBehind : {true, false})
+        for (int i = 0; i < graph.series.size(); ++i)
+            if (graph.series[i].isBehind == isBehind)
+                drawSeries(painter, graph.series[i], colorOf(graph, i), xMap, yMap, canvas, theme);
     QVector<QRectF> taken;
     const double dot = theme.unit(10);
     for (const GraphSeries &series : graph.series)

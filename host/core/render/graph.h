@@ -44,6 +44,7 @@ struct GraphSeries {
         {};            ///< beside the points, in their order; those that would overlap are omitted
     QColor color = {}; ///< invalid: the next one of the theme
     bool dashed = false;
+    bool isBehind = false; ///< drawn below the series that are not
 };
 
 class GraphItem;

@@ -204,11 +204,8 @@ void TimePlotView::load()
 QVector<QPointF> TimePlotView::pointsOf(int object) const
 {
     History line(mScale);
-    for (int step = 0; step < history().steps(); ++step) {
-        const double value = history().value(step, object);
-        if (std::isfinite(value))
-            line.add(history().when(step), value);
-    }
+    for (int step = 0; step < history().steps(); ++step)
+        line.add(history().when(step), history().value(step, object));
     return line.points();
 }
 
