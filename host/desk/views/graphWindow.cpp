@@ -244,7 +244,7 @@ void GraphWindow::makeChoices()
     if (mKind == GraphKind::Moran)
         mWeightChoice = addChoice("weights", tr("Weight set"));
     if (mKind == GraphKind::Histogram) {
-        mMapClasses = new QCheckBox(tr("Classes of the map"), this);
+        mMapClasses = new QCheckBox(tr("Map classes"), this);
         mMapClasses->setObjectName(QStringLiteral("mapClasses"));
         mMapClasses->setToolTip(tr("Limits are dragged here and in the map's form of classes"));
         mChoiceRow->addWidget(mMapClasses);
@@ -361,7 +361,11 @@ QStringList GraphWindow::commandLine(const QString &picture) const
 {
     QStringList line;
     if (graph() && graph()->trouble().isEmpty())
-        workspace().look([&] { line = graph()->commandLine(picture) + realizationOption(); });
+        workspace().look([&] {
+            line = graph()->commandLine(picture);
+            if (!line.isEmpty())
+                line += sizeOptions(picture) + realizationOption();
+        });
     return line;
 }
 

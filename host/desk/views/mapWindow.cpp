@@ -774,11 +774,7 @@ QStringList MapWindow::commandLine(const QString &picture) const
     }
     if (pictureTitle() != datasetName(base.dataset()))
         option("--title", pictureTitle());
-    const double ratio =
-        picture.endsWith(QLatin1String(".png"), Qt::CaseInsensitive) ? devicePixelRatioF() : 1;
-    const QSize size = (QSizeF(contentSize()) * ratio).toSize();
-    option("--width", QString::number(size.width()));
-    option("--height", QString::number(size.height()));
+    line += sizeOptions(picture);
     return line + realizationOption();
 }
 

@@ -450,6 +450,16 @@ void ViewWindow::restore(const QJsonObject &state)
         std::clamp(state.value(QStringLiteral("group")).toInt(), int(Main), int(Alone))));
 }
 
+QStringList ViewWindow::sizeOptions(const QString &picture) const
+{
+    constexpr QSize kLeast(320, 200); // of the command
+    const bool isPixels = picture.endsWith(QLatin1String(".png"), Qt::CaseInsensitive);
+    const QSize size = (QSizeF(contentSize()) * (isPixels ? devicePixelRatioF() : 1.0)).toSize();
+    const QSize asked = size.expandedTo(kLeast);
+    return {QStringLiteral("--width"), QString::number(asked.width()), QStringLiteral("--height"),
+            QString::number(asked.height())};
+}
+
 QStringList ViewWindow::commandLine(const QString &) const
 {
     return {};

@@ -103,6 +103,8 @@ protected:
     virtual void draw(QPainter &painter, const QSize &size);
     /// The size of the content.
     virtual QSize contentSize() const;
+    /// The options of a command that makes a picture of this size.
+    QStringList sizeOptions(const QString &picture) const;
     /// Takes the view over, which has not called join() or has done so alike.
     void addView(View *view);
     void removeView(View *view);
