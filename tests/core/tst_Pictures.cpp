@@ -326,6 +326,29 @@ private Q_SLOTS:
         QCOMPARE(broken.numbers["series"].toArray()[2].toObject()["values"].toInt(), 3);
     }
 
+    /// Of a grid, its cells are the objects; those without a value count neither as such nor in the mean.
+    void plotsCellsOverTime()
+    {
+        Workshop shop(squares());
+        QCOMPARE(shop.run(), QString());
+        const int grid = VORN_CreateNewRasterGeography(
+            "grid", 2, 2, QRectF(0, 0, 2, 2), Interval{0, 2, true, true}, TF_Integer, "", "");
+        const int dataset = VORN_NewRasterDataset(grid, "height", RasterDecimalType, 1, 64, "");
+        VORN_AddRasterValues(dataset, 0, Interval{0, 1, true, false}, QVector<double>{1, 2, 3, 6},
+                             -1.0, true, true);
+        VORN_AddRasterValues(dataset, 0, Interval{1, 2, true, true}, QVector<double>{5, -1, 3, 7},
+                             -1.0, true, true);
+        VORN_NewDatasetCreated(dataset);
+        const Plot lines = timePlot(dataset, {findObject(grid, "1"), findObject(grid, "2")});
+        QCOMPARE(lines.graph.series[0].name, QString("1"));
+        QCOMPARE(lines.graph.series[0].points.last().y(), 5.0);
+        QCOMPARE(lines.numbers["series"].toArray()[1].toObject()["values"].toInt(), 1);
+        QCOMPARE(lines.graph.series.last().points.first().y(), 3.0);
+        QCOMPARE(lines.graph.series.last().points.last().y(), 5.0);
+        for (const char *none : {"0", "5", "01", "-1", ""})
+            QVERIFY_EXCEPTION_THROWN(findObject(grid, none), Failure);
+    }
+
     /// Boxes that are nearer to each other than a pixel are drawn, and a correlation that does not
     /// exist is no number.
     void showNarrowBoxes()

@@ -148,7 +148,7 @@ QPointF placeOf(int geography, int object, qint64 time)
         if (const std::optional<QPointF> centre = centreOf(*shapes, object, time))
             return *centre;
     fail(QStringLiteral("%1 does not exist at %2")
-             .arg(objectKeys(geography)[object], axisOf(geography).show(time)));
+             .arg(objectKeys(geography, {object}).first(), axisOf(geography).show(time)));
 }
 
 /// Distances in map units, to the nearest place of a shape.

@@ -26,7 +26,6 @@ void run(Options options, const Context &context)
     const int geography = VORN_GetGeographyId(dataset);
     options.choice.realization = realizationIndex(dataset, options.realization);
     const qint64 time = chooseTime(dataset, options.choice.at, options.choice.realization);
-    const QStringList keys = objectKeys(geography);
     const QStringList names = objectNames(geography, time);
     QJsonArray objects;
     QVector<QPair<QString, TextTable::Align>> columns{{QStringLiteral("object"), TextTable::Left}};
@@ -34,19 +33,22 @@ void run(Options options, const Context &context)
         columns.append({QStringLiteral("name"), TextTable::Left});
     columns.append({QStringLiteral("value"), TextTable::Right});
     TextTable table(columns);
-    for (const int object : chosenObjects(geography, options.choice)) {
+    const QVector<int> chosen = chosenObjects(geography, options.choice);
+    const QStringList keys = objectKeys(geography, chosen);
+    for (int i = 0; i < chosen.size(); ++i) {
         stopIfCancelled();
+        const int object = chosen[i];
         const auto value =
             valueOf(dataset, options.choice.realization, static_cast<unsigned int>(object), time);
         if (context.console.json) {
-            QJsonObject entry{{QStringLiteral("object"), keys[object]},
+            QJsonObject entry{{QStringLiteral("object"), keys[i]},
                               {QStringLiteral("value"), value ? jsonValue(*value) : QJsonValue()}};
             if (!names.isEmpty())
                 entry.insert(QStringLiteral("name"), names[object]);
             objects.append(entry);
             continue;
         }
-        QStringList cells{keys[object]};
+        QStringList cells{keys[i]};
         if (!names.isEmpty())
             cells.append(names[object]);
         table.add(cells << (value ? textOf(*value) : QString()));

@@ -62,7 +62,7 @@ void run(const Options &options, const Context &context)
                                      : textOf(value)});
     }
     const QString key = isGrid ? QStringLiteral("%1,%2").arg(cell.first).arg(cell.second)
-                               : objectKeys(geography).value(object);
+                               : objectKeys(geography, {object}).first();
     if (!context.console.json) {
         table.print(context.console);
         return;

@@ -132,10 +132,8 @@ QStringList modelNames(int geography)
 
 QJsonObject toJson(const LinkSummary &summary, int set, const QString &time)
 {
-    const QStringList keys = objectKeys(set >> 16);
-    QJsonArray islands;
-    for (const int object : summary.islands)
-        islands.append(keys[object]);
+    const QStringList keys = objectKeys(set >> 16, summary.islands);
+    const QJsonArray islands = QJsonArray::fromStringList(keys);
     return {{QStringLiteral("time"), time},
             {QStringLiteral("objects"), summary.objects},
             {QStringLiteral("links"), static_cast<double>(summary.links)},
@@ -190,12 +188,10 @@ QJsonObject describeGeography(int id, const QString &at)
     if (!sets.isEmpty())
         object.insert(QStringLiteral("weightSets"), QJsonArray::fromStringList(sets));
     if (!at.isEmpty()) {
-        QStringList keys;
-        const QStringList all = objectKeys(id);
-        if (const auto when = axis.span(at))
-            for (const int index : objectsAt(id, when->startTime))
-                keys.append(all[index]);
-        object.insert(QStringLiteral("existing"), QJsonArray::fromStringList(keys));
+        const auto when = axis.span(at);
+        const QVector<int> existing = when ? objectsAt(id, when->startTime) : QVector<int>();
+        object.insert(QStringLiteral("existing"),
+                      QJsonArray::fromStringList(objectKeys(id, existing)));
     }
     return object;
 }

@@ -81,7 +81,7 @@ public:
         for (const Site &site : sites)
             if (!(std::abs(site.place.y()) <= 90 && std::abs(site.place.x()) <= 360))
                 fail(QStringLiteral("%1 is at %2, %3, which is no longitude and latitude")
-                         .arg(objectKeys(mId).value(site.object), exactNumber(site.place.x()),
+                         .arg(objectKeys(mId, {site.object}).first(), exactNumber(site.place.x()),
                               exactNumber(site.place.y())));
     }
 

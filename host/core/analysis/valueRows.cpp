@@ -556,7 +556,7 @@ private:
                 return piece;
         if (mState.plan.shapes && pieces.size() > 1)
             fail(QStringLiteral("%1 has %2 shapes, and one row: a time is needed")
-                     .arg(objectKeys(mState.plan.geography).value(object),
+                     .arg(objectKeys(mState.plan.geography, {object}).first(),
                           QString::number(pieces.size())),
                  "at");
         return pieces.front();

@@ -265,6 +265,15 @@ QStringList objectKeys(int geography)
     return keys;
 }
 
+QStringList objectKeys(int geography, const QVector<int> &objects)
+{
+    const QStringList all = keyDataset(geography) < 0 ? QStringList() : objectKeys(geography);
+    QStringList keys;
+    for (const int object : objects)
+        keys.append(all.isEmpty() ? QString::number(object + 1) : all.value(object));
+    return keys;
+}
+
 int nameDataset(int geography)
 {
     int containing = -1;
@@ -312,8 +321,14 @@ QStringList objectNames(int geography, std::optional<qint64> time)
 
 int findObject(int geography, const QString &text)
 {
-    if (const int index = objectKeys(geography).indexOf(text); index >= 0)
+    if (keyDataset(geography) >= 0) {
+        if (const int index = objectKeys(geography).indexOf(text); index >= 0)
+            return index;
+    } else if (const int index = text.toInt() - 1;
+               index >= 0 && index < VORN_GetGeographyProperties(geography).objectCount
+               && QString::number(index + 1) == text) {
         return index;
+    }
     QVector<int> found;
     for (const int id : datasetIds(geography)) {
         const MDataset *dataset = datasetOf(id);

@@ -68,6 +68,8 @@ MERIDOR_EXPORT void setKeyDataset(int geography, int dataset);
 MERIDOR_EXPORT QStringList uniqueTexts(int dataset);
 /// The key of every object, by object index; without a key dataset the index plus 1.
 MERIDOR_EXPORT QStringList objectKeys(int geography);
+/// Those of some objects. Without a key dataset, as in most grids, no other ones are made.
+MERIDOR_EXPORT QStringList objectKeys(int geography, const QVector<int> &objects);
 /// The dataset of texts that names the objects for people: one that is called "name", else one whose
 /// name contains it, else a static one whose texts are all different; -1 if there is none. It is
 /// never the key dataset.

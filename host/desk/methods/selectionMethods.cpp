@@ -111,7 +111,7 @@ QStringList neighborsLine(Workspace &workspace, const MethodArguments &arguments
     const QVector<unsigned int> selected = workspace.selection().selected(geography);
     QStringList line{QStringLiteral("neighbors"), workspace.commandPath(), weightSetWord(set)};
     if (!selected.isEmpty())
-        line << objectKeys(geography).value(static_cast<int>(selected.first()));
+        line += objectKeys(geography, {static_cast<int>(selected.first())});
     line << QStringLiteral("--at") << timeText(workspace, geography);
     return line;
 }

@@ -367,11 +367,9 @@ QStringList TimePlotView::commandLine(const QString &picture) const
 {
     QStringList line{QStringLiteral("plot"), QStringLiteral("time"), workspace().commandPath(),
                      datasetWord(dataset()), picture};
-    if (mHasSelected && !mLines.isEmpty()) {
-        const QStringList keys = objectKeys(geography());
-        for (const int object : mLines)
-            line << QStringLiteral("--object") << keys.value(object);
-    }
+    if (mHasSelected)
+        for (const QString &key : objectKeys(geography(), mLines))
+            line << QStringLiteral("--object") << key;
     return line;
 }
 
