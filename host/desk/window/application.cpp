@@ -40,6 +40,7 @@ Application::Application(int &argc, char **argv) : QApplication(argc, argv)
     // characters outside ASCII, and reads numbers with a point.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     std::setlocale(LC_NUMERIC, "C");
+    setAttribute(Qt::AA_UseHighDpiPixmaps); // else icons are drawn at 100 % and enlarged
     setApplicationName(QStringLiteral("meridor-desk"));
     setApplicationVersion(QStringLiteral("%1.%2.%3")
                               .arg(productVersionNumber / 100000)
