@@ -335,6 +335,21 @@ double metresPerUnit(int geography)
     return metresPerUnit(projectionOf(geography));
 }
 
+QString mapFootnote(int dataset, qint64 drawn, const Classification &classes, const QString &whose,
+                    int realization)
+{
+    const int geography = VORN_GetGeographyId(dataset);
+    const auto type = VORN_GetGeographyProperties(geography).type;
+    const QString kind = type == GeoProps::Raster ? QStringLiteral("cells")
+                                                  : QString(QLatin1String(shapeName(type)));
+    QString note = (drawn >= 0 ? counted(drawn, kind) : kind) + QStringLiteral(" of ")
+                   + geographyName(geography);
+    if (!classes.description().isEmpty())
+        note += QStringLiteral(", ") + classes.description() + whose;
+    const QString shown = realizationText(dataset, realization);
+    return shown.isEmpty() ? note : note + QStringLiteral(", ") + shown;
+}
+
 /// The layers above and below the first one, with their classes.
 class FurtherLayers {
 public:
@@ -458,18 +473,12 @@ MapPicture MapMaker::picture(const QVector<qint64> &times, const QStringList &ca
     if (!mStyle.marked.isEmpty())
         picture.legend.append({QString(), {{colors::selected, QStringLiteral("selected")}}});
 
-    const QString kind = props.type == GeoProps::Raster ? QStringLiteral("cells")
-                                                        : QLatin1String(shapeName(props.type));
-    QString note = (isSingle ? counted(picture.panels.first().drawn, kind) : kind)
-                   + QStringLiteral(" of ") + geographyName(mGeography);
-    if (!mClasses.description().isEmpty())
-        note += QStringLiteral(", ") + mClasses.description()
-                + (mStyle.allTimes ? QStringLiteral(" of all times")
-                   : mManyTimes    ? QStringLiteral(" of these times")
-                                   : QString());
-    const QString realization = realizationText(mDataset, mStyle.realization);
-    if (!realization.isEmpty())
-        note += QStringLiteral(", ") + realization;
+    const QString note =
+        mapFootnote(mDataset, isSingle ? picture.panels.first().drawn : -1, mClasses,
+                    mStyle.allTimes ? QStringLiteral(" of all times")
+                    : mManyTimes    ? QStringLiteral(" of these times")
+                                    : QString(),
+                    mStyle.realization);
     picture.texts = {mTitle,
                      !mStyle.subtitle.isEmpty() ? mStyle.subtitle
                      : isSingle                 ? captions.value(0, axis.show(times.first()))

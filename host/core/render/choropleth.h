@@ -74,6 +74,12 @@ private:
 MERIDOR_EXPORT LegendBlock legendOf(int dataset, const Classification &classes,
                                     const QVector<qint64> &counts, qint64 missing, bool isCounted);
 
+/// What a map of a dataset shows: its objects, its classes and the realization.
+/// @param drawn  the number of objects or cells; -1: not told.
+/// @param whose  of which times the classes are, such as " of all times".
+MERIDOR_EXPORT QString mapFootnote(int dataset, qint64 drawn, const Classification &classes,
+                                   const QString &whose, int realization);
+
 /// Whether the projection of a geography says that its coordinates are degrees.
 MERIDOR_EXPORT bool isGeographic(int geography);
 

@@ -6,6 +6,7 @@
 #include <QWidget>
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
@@ -14,6 +15,7 @@
 #include "core/render/theme.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/MGeoData.h"
 #include "datainterface/MRasterDataset.h"
 #include "datainterface/WeightsAPI.h"
 #include "desk/draw/colorTable.h"
@@ -81,6 +83,12 @@ MapLayerView::MapLayerView(Workspace &workspace, int geography, int dataset, QWi
 QString MapLayerView::title() const
 {
     return mDataset < 0 ? geographyName(geography()) : datasetName(mDataset);
+}
+
+bool MapLayerView::isTimed() const
+{
+    return !geographyOf(geography())->IsStatic()
+           || (mDataset >= 0 && !datasetOf(mDataset)->IsStatic());
 }
 
 QVector<int> MapLayerView::datasets() const
@@ -202,6 +210,13 @@ LegendBlock MapLayerView::legend() const
         if (classOfEntry(i) >= 0)
             block.entries[i].color = colorOf(classOfEntry(i));
     return block;
+}
+
+qint64 MapLayerView::drawn() const
+{
+    if (mDataset < 0)
+        return objectsAt(geography(), shapeTime(geography(), time())).size();
+    return mIsCounted ? std::accumulate(mCounts.begin(), mCounts.end(), mMissing) : -1;
 }
 
 int MapLayerView::classOfEntry(int entry) const

@@ -44,6 +44,9 @@ public:
     QVector<int> datasets() const override;
     int dataset() const { return mDataset; }
 
+    /// Whether shapes or values change: values can also in a geography whose shapes hold for good.
+    bool isTimed() const;
+
     const ClassRule &rule() const { return mRule; }
     /// One legend for all times, instead of one for each.
     bool hasAllTimes() const { return mHasAllTimes; }
@@ -63,6 +66,8 @@ public:
     QColor missingColor(const MapColors &colors) const;
     QColor lineColor(const MapColors &colors) const;
     LegendBlock legend() const;
+    /// The number of objects or cells that exist; -1: not counted.
+    qint64 drawn() const;
     /// The objects of a class; -1: those without a value.
     virtual QVector<unsigned int> objectsOfClass(int classIndex) = 0;
     /// The class of an entry of the legend.

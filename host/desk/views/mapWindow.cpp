@@ -339,7 +339,7 @@ QString MapWindow::title() const
     for (int i = mLayers.size() - 1; i >= 0; --i)
         names.append(mLayers[i]->title());
     QString text = names.isEmpty() ? tr("Map") : names.join(QStringLiteral(", "));
-    if (mActive && !geographyOf(mActive->geography())->IsStatic())
+    if (mActive && mActive->isTimed())
         text += QStringLiteral(" \u2013 ") + axisOf(mActive->geography()).show(mActive->time());
     return withRealization(text);
 }
@@ -587,10 +587,15 @@ void MapWindow::draw(QPainter &painter, const QSize &size)
     MapPicture picture;
     picture.size.pixels = size;
     picture.texts.title = pictureTitle();
-    picture.texts.subtitle = geographyOf(geography)->IsStatic()
-                                 ? geographyName(geography)
-                                 : axisOf(geography).show(base.time());
-    picture.texts.footnote = withRealization(QString()).mid(2);
+    picture.texts.subtitle =
+        base.isTimed() ? axisOf(geography).show(base.time()) : geographyName(geography);
+    if (base.classes())
+        picture.texts.footnote =
+            mapFootnote(base.dataset(), base.drawn(), *base.classes(),
+                        base.hasAllTimes() && !datasetOf(base.dataset())->IsStatic()
+                            ? QStringLiteral(" of all times")
+                            : QString(),
+                        base.realizationOf(base.dataset()));
     picture.geographic = isGeographic(geography);
     picture.metresPerUnit = metresPerUnit(geography);
     picture.isFramed = true;
@@ -601,12 +606,15 @@ void MapWindow::draw(QPainter &painter, const QSize &size)
         if (!layer->isVisible())
             continue;
         panel.layers.append(layer->pictureLayer(view));
-        const LegendBlock block = layer->legend();
-        if (!block.entries.isEmpty())
-            picture.legend.append(block);
-        else
-            picture.legend.append(
-                {QString(), {{colors::softInk, block.title, -1, LegendEntry::Line}}});
+        LegendBlock block = layer->legend();
+        block.title = layer->title(); // the footnote tells the realization
+        if (block.entries.isEmpty())
+            block = {QString(),
+                     {{colors::softInk, block.title, layer->drawn(),
+                       VORN_GetGeographyProperties(layer->geography()).type == GeoProps::Points
+                           ? LegendEntry::Dot
+                           : LegendEntry::Line}}};
+        picture.legend.insert(layer == &base ? 0 : picture.legend.size(), block);
         isAnySelected = isAnySelected || workspace().selection().count(layer->geography()) > 0;
     }
     if (isAnySelected)
@@ -664,7 +672,7 @@ QString layerWord(const MapLayerView &layer, const MapLayerView &base, bool isBe
             settings.prepend(QStringLiteral("method=")
                              + (isNumeric ? QStringLiteral("jenks") : QStringLiteral("unique")));
     }
-    if (layer.geography() != base.geography() && !geographyOf(layer.geography())->IsStatic())
+    if (layer.geography() != base.geography() && layer.isTimed())
         settings.append(QStringLiteral("at=") + axisOf(layer.geography()).show(layer.time()));
     if (isBelow)
         settings.append(QStringLiteral("below"));
@@ -743,20 +751,18 @@ QStringList MapWindow::commandLine(const QString &picture) const
     const auto option = [&line](const char *name, const QString &value) {
         line << QLatin1String(name) << value;
     };
-    if (!geographyOf(base.geography())->IsStatic())
+    if (base.isTimed())
         option("--at", axisOf(base.geography()).show(base.time()));
     for (const auto &[name, value] : classSettings(base)) {
         line << QStringLiteral("--") + name;
         if (!value.isNull())
             line << value;
     }
-    bool isAlone = true;
     for (const MapLayerView *const layer : mLayers) {
         if (layer == first || !layer->isVisible())
             continue;
         const bool isBelow = mLayers.indexOf(const_cast<MapLayerView *>(layer))
                              < mLayers.indexOf(const_cast<MapLayerView *>(first));
-        isAlone = isAlone && layer->geography() == base.geography();
         option("--layer", layerWord(*layer, base, isBelow));
     }
     workspace().look([&] {
@@ -765,13 +771,11 @@ QStringList MapWindow::commandLine(const QString &picture) const
     });
     if (mHasLinksOfAll && mLinkedSet >> 16 == base.geography())
         option("--links", weightSetWord(mLinkedSet));
-    // The command shows the whole of its dataset, the window that of all layers.
-    if (!mCanvas->isFitted() || !isAlone) {
-        const QRectF seen = mCanvas->view().visible();
-        option("--extent", QStringList{exactNumber(seen.left()), exactNumber(seen.top()),
-                                       exactNumber(seen.right()), exactNumber(seen.bottom())}
-                               .join(QLatin1Char(',')));
-    }
+    // Without it the command shows the whole of its dataset, in the shape of that.
+    const QRectF seen = mCanvas->view().visible();
+    option("--extent", QStringList{exactNumber(seen.left()), exactNumber(seen.top()),
+                                   exactNumber(seen.right()), exactNumber(seen.bottom())}
+                           .join(QLatin1Char(',')));
     if (pictureTitle() != datasetName(base.dataset()))
         option("--title", pictureTitle());
     line += sizeOptions(picture);
