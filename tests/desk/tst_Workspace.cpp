@@ -8,12 +8,17 @@
 #include <linux/capability.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-#include "core/import/importOptions.h"
+#include "core/import/samples.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/geographyTimes.h"
+#include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
+#include "datainterface/MDataset.h"
 #include "datainterface/MGeoData.h"
+#include "datainterface/RasterAPI.h"
 #include "desk/person.h"
+#include "desk/project/things.h"
 #include "desk/project/workspace.h"
 
 using namespace meridor;
@@ -37,6 +42,7 @@ class tst_Workspace : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
+    void whatHoldsForGoodIsNoStep();
     void selectionsAreKeptInSteps();
     void savesRevertsAndRecovers();
     void workOfProcessesWithTheSameNumberIsFound();
@@ -59,6 +65,49 @@ void tst_Workspace::initTestCase()
     mStates = workspace().import(options);
     QVERIFY(mStates >= 0);
     QVERIFY(workspace().isDirty());
+}
+
+/// The library gives the time 0 to it, beside what changes.
+void tst_Workspace::whatHoldsForGoodIsNoStep()
+{
+    QCOMPARE(workspace().timeOf(mStates), qint64(0));
+    QCOMPARE(workspace().stepsOf(mStates).size(), 1);
+    const auto add = [&](int dataset, const QVector<qint64> &times, auto one) {
+        const int count = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset)).objectCount;
+        const QVector<double> values(count, 2.5);
+        for (const qint64 time : times)
+            QVERIFY(one(dataset, Interval{time, time + 10, true, false}, values));
+        VORN_NewDatasetCreated(dataset);
+    };
+    QVERIFY(workspace().run(QStringLiteral("values"), [&](const Progress &) {
+        add(VORN_NewVectorDataset(mStates, QStringLiteral("v"), TimeSlice, DecimalType, 1, {}),
+            {90000, 90010}, [](int id, const Interval &when, const QVector<double> &values) {
+                return VORN_AddDataValues(id, 0, when, values, {}, true, true);
+            });
+    }));
+    QCOMPARE(workspace().stepsOf(mStates), (QVector<qint64>{90000, 90010}));
+    QCOMPARE(workspace().timeOf(mStates), qint64(90010));
+    const int rain =
+        workspace().import(sampleImport(Sample::Rain, QStringLiteral(MERIDOR_TEST_SAMPLES)));
+    const QVector<qint64> steps = workspace().stepsOf(rain);
+    const qint64 start = timeBoundsOf(rain).startTime;
+    QVERIFY(workspace().run(QStringLiteral("cells"), [&](const Progress &) {
+        const int always =
+            VORN_NewRasterDataset(rain, QStringLiteral("height"), RasterDecimalType, 1, 64, {});
+        datasetOf(always)->SetStatic(true);
+        add(always, {0}, [](int id, const Interval &when, const QVector<double> &values) {
+            return VORN_AddRasterValues(id, 0, when, values, -1.0, true, true);
+        });
+    }));
+    QCOMPARE(workspace().stepsOf(rain), steps);
+    QCOMPARE(timeBoundsOf(rain).startTime, start);
+    QCOMPARE(chooseTimeOf(rain, QString()), steps.first());
+    geographyOf(mStates)->SetTimeFormat(geographyOf(rain)->GetTheTimeFormat());
+    workspace().setInStep(true);
+    workspace().setTime(rain, steps.last());
+    QCOMPARE(workspace().timeOf(mStates), qint64(90019)); // of another century
+    workspace().setInStep(false);
+    QVERIFY(removeThings(workspace(), {{Thing::Geography, rain, -1}}));
 }
 
 void tst_Workspace::selectionsAreKeptInSteps()

@@ -11,6 +11,7 @@
 #include "core/grids/gridValues.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/geographyTimes.h"
 #include "core/project/progress.h"
 #include "core/project/safeFile.h"
 #include "core/project/text.h"
@@ -92,9 +93,8 @@ QVector<Moment> momentsOf(int dataset, int realization, const Options &options)
     if (!moments.isEmpty())
         return moments;
     if (!options.frames.isEmpty()) {
-        QVector<Interval> all = dataTimes(dataset, realization);
-        if (always && !VORN_GetAllObjectTimes(geography, all))
-            all.clear();
+        const QVector<Interval> all =
+            always ? objectTimes(geography) : dataTimes(dataset, realization);
         for (const Interval &interval : all)
             moments.append({instantOf(interval), axis.show(interval)});
         if (moments.isEmpty())

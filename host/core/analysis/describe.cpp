@@ -7,6 +7,7 @@
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
 #include "core/project/edit.h"
+#include "core/project/geographyTimes.h"
 #include "core/project/progress.h"
 #include "core/project/text.h"
 #include "datainterface/DataAPI.h"
@@ -173,7 +174,7 @@ QJsonObject describeGeography(int id, const QString &at)
         {QStringLiteral("timeFormat"), QLatin1String(timeFormatName(props.timeFormat))},
         {QStringLiteral("datasets"), datasets}};
     if (!props.isStatic)
-        object.insert(QStringLiteral("time"), span(axis, props.timeBounds));
+        object.insert(QStringLiteral("time"), span(axis, timeBoundsOf(id)));
     if (const int parent = geographyOf(id)->GetParentId(); geographyOf(parent))
         object.insert(QStringLiteral("parent"), geographyName(parent));
     if (props.type == GeoProps::Raster) {

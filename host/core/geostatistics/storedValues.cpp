@@ -4,6 +4,7 @@
 #include <limits>
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/geographyTimes.h"
 #include "core/project/shapeAccess.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/FrameAPI.h"
@@ -38,7 +39,7 @@ StoredValues::StoredValues(int geography, const QString &name, int realizations,
     if (!isStatic)
         return;
     // A static dataset of a grid is at the time zero, to which it would extend the grid's times.
-    const TimeStamp &times = props.timeBounds;
+    const TimeStamp times = timeBoundsOf(geography);
     if (mRaster && !props.isStatic && times.startTime <= times.endTime)
         mAlways =
             Interval{times.startTime, times.endTime, times.inclusiveStart, times.inclusiveEnd};
@@ -114,8 +115,7 @@ int makeGrid(const QString &name, double cell, const QRectF &bounds, int dataset
     const GeoProps like = VORN_GetGeographyProperties(VORN_GetGeographyId(dataset));
     QRectF covered(0, 0, columns * cell, rows * cell);
     covered.moveCenter(bounds.center());
-    const Interval when{like.timeBounds.startTime, like.timeBounds.endTime,
-                        like.timeBounds.inclusiveStart, like.timeBounds.inclusiveEnd};
+    const Interval when(timeBoundsOf(like.id));
     const int id = VORN_CreateNewRasterGeography(
         VORN_GetUniqueGeographyName(name), static_cast<unsigned>(rows),
         static_cast<unsigned>(columns), covered, when, like.timeFormat,

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <numeric>
 #include "core/project/failure.h"
+#include "core/project/geographyTimes.h"
 #include "core/project/text.h"
 #include "core/project/timeMessages.h"
 #include "datainterface/ControllerBase.h"
@@ -425,11 +426,9 @@ QVector<Interval> dataTimesAt(int dataset, const QStringList &times, int realiza
 QVector<Interval> shapeTimesAt(int dataset, const QStringList &times, int realization)
 {
     const int geography = VORN_GetGeographyId(dataset);
-    QVector<Interval> all;
-    if (!datasetOf(dataset)->IsStatic() || VORN_GetGeographyProperties(geography).isStatic
-        || !VORN_GetAllObjectTimes(geography, all))
+    if (!datasetOf(dataset)->IsStatic() || VORN_GetGeographyProperties(geography).isStatic)
         return dataTimesAt(dataset, times, realization);
-    return chosenOf(all, dataset, times, realization);
+    return chosenOf(objectTimes(geography), dataset, times, realization);
 }
 
 qint64 instantOf(const Interval &interval)
@@ -455,8 +454,8 @@ qint64 chooseTimeOf(int geography, const QString &text)
 {
     if (!text.isEmpty())
         return requireSpan(axisOf(geography), text).startTime;
-    QVector<Interval> times;
-    if (!VORN_GetAllObjectTimes(geography, times) || times.isEmpty())
+    const QVector<Interval> times = objectTimes(geography);
+    if (times.isEmpty())
         fail(QStringLiteral("%1 has no object at any time").arg(geographyName(geography)));
     return instantOf(times.last());
 }

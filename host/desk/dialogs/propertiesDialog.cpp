@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 #include "core/project/catalog.h"
+#include "core/project/geographyTimes.h"
 #include "core/project/text.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -42,7 +43,7 @@ Facts factsOfGeography(int id)
     const GeoProps props = VORN_GetGeographyProperties(id);
     const QRectF &box = props.bounds;
     Facts facts{{text("Holds"), summaryOf({Thing::Geography, id, -1})},
-                {text("Time"), timeText(axisOf(id), props.timeBounds, props.isStatic)},
+                {text("Time"), timeText(axisOf(id), timeBoundsOf(id), props.isStatic)},
                 {text("Extent"), text("x %1 to %2, y %3 to %4")
                                      .arg(box.left(), 0, 'g', 8)
                                      .arg(box.left() + box.width(), 0, 'g', 8)

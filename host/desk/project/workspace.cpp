@@ -20,6 +20,7 @@
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
 #include "core/project/fileLock.h"
+#include "core/project/geographyTimes.h"
 #include "core/project/safeFile.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/HostDialogs.h"
@@ -205,6 +206,7 @@ Workspace::Workspace(ProjectHost &host, const SessionOptions &options)
       mSession(options, userOf(*mDialogs, *mMessages), &host)
 {
     mHost.AddNonConVariogramModelListener(this);
+    connect(this, &Workspace::idle, this, &Workspace::leaveTimelessness);
 }
 
 // The project goes while all members that it notifies exist.
@@ -536,6 +538,18 @@ qint64 Workspace::timeOf(int geography)
     return time;
 }
 
+/// Static shapes have the time 0 until values that change are added: then they have the last of these.
+void Workspace::leaveTimelessness()
+{
+    for (const int id : geographyIds()) {
+        if (!mTimes.contains(id) || !geographyOf(id)->IsStatic() || stepsOf(id).isEmpty())
+            continue;
+        const TimeStamp bounds = timeBoundsOf(id);
+        if (mTimes[id] < bounds.startTime || mTimes[id] > bounds.endTime)
+            setTime(id, stepsOf(id).last());
+    }
+}
+
 void Workspace::setTime(int geography, qint64 time, MLinker *driver)
 {
     const MGeoData *const chosen = geographyOf(geography);
@@ -548,8 +562,8 @@ void Workspace::setTime(int geography, qint64 time, MLinker *driver)
             continue;
         qint64 wanted = time;
         if (id != geography && !stepsOf(id).isEmpty()) {
-            const TimeStamp bounds = other->GetTimeBounds();
-            wanted = std::min(std::max(time, bounds.startTime), bounds.endTime);
+            const TimeStamp bounds = timeBoundsOf(id);
+            wanted = std::min(std::max(time, bounds.startTime), lastInstantOf(Interval(bounds)));
         }
         if (timeOf(id) == wanted)
             continue;
@@ -566,14 +580,15 @@ const QVector<qint64> &Workspace::stepsOf(int geography)
         return *known;
     QVector<qint64> steps;
     look([&] {
+        // What holds for good has a span without ends or the time 0, which is no step beside others.
         QVector<Interval> spans;
-        VORN_GetAllObjectTimes(geography, spans);
-        // Values that hold for good have a span without ends, which is no step.
         for (const int dataset : datasetIds(geography)) {
             const int count = std::max(1, datasetOf(dataset)->GetRealizationCount());
             for (int i = 0; i < count && !datasetOf(dataset)->IsStatic(); ++i)
                 spans += dataTimes(dataset, i);
         }
+        if (spans.isEmpty() || !geographyOf(geography)->IsStatic())
+            spans += objectTimes(geography);
         for (const Interval &span : std::as_const(spans))
             steps.append(instantOf(span));
     });

@@ -193,6 +193,7 @@ private:
     void setDirty(bool dirty);
     void meetGeographies();
     void restSoon();
+    void leaveTimelessness();
     void viewDies(MLinker *view);
 
     ProjectHost &mHost;

@@ -13,6 +13,7 @@
 #include <qwt_plot_marker.h>
 #include "core/analysis/weightSets.h"
 #include "core/project/catalog.h"
+#include "core/project/geographyTimes.h"
 #include "core/project/text.h"
 #include "datainterface/AdjacencySet.h"
 #include "datainterface/DataAPI.h"
@@ -411,7 +412,7 @@ GraphWindow *openGraph(Workspace &workspace, GraphTypes type, const QVector<int>
         marker->attach(graph.plot());
     }
     if (kind != GraphKind::TimePlot && workspace.timeOf(graph.geography()) != t) {
-        const TimeStamp span = geographyOf(graph.geography())->GetTimeBounds();
+        const TimeStamp span = timeBoundsOf(graph.geography());
         if (t >= span.startTime && t <= span.endTime)
             graph.goTo(t);
     }

@@ -2,6 +2,7 @@
 #include "call.h"
 #include "core/project/catalog.h"
 #include "core/project/edit.h"
+#include "core/project/geographyTimes.h"
 #include "core/project/shapeAccess.h"
 #include "datainterface/DataAPI.h"
 #include "datainterface/GeographyAPI.h"
@@ -95,13 +96,6 @@ py::tuple outlines(int id, qint64 time)
                           arrayOf(std::move(sizes)), matrixOf(std::move(places), rows, 2));
 }
 
-QVector<Interval> timesOf(int id)
-{
-    QVector<Interval> times;
-    VORN_GetAllObjectTimes(id, times);
-    return times;
-}
-
 } // namespace
 
 void addGeography(py::module_ &module)
@@ -127,7 +121,7 @@ void addGeography(py::module_ &module)
         return inTurn([&] { return required(id), byName([&] { return findObject(id, text); }); });
     });
     module.def("geography_times", [](int id) {
-        return inTurn([&] { return required(id), intervalRows(timesOf(id)); });
+        return inTurn([&] { return required(id), intervalRows(objectTimes(id)); });
     });
     module.def("geography_instant", [](int id, const QString &text) {
         return inTurn([&] { return required(id), shapeTime(id, chooseTimeOf(id, text)); });
