@@ -2,6 +2,7 @@
 // Dialogs by keyboard, the progress of work, and names that are long or look like markup.
 #include <QAction>
 #include <QDialog>
+#include <QDockWidget>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QMenu>
@@ -269,6 +270,9 @@ void tst_Dialogs::namesAreShownLetterByLetter()
             for (int i = 0; i < tabs->count(); ++i)
                 QVERIFY(QKeySequence::mnemonic(tabs->tabText(i)).isEmpty());
     }
+    auto *const dock = window().area().findChild<QDockWidget *>();
+    dock->setFloating(true); // its title is that of a window now
+    check(dock->windowTitle(), QStringLiteral("floating"));
     QVERIFY2(window().windowHandle()->title().contains(QLatin1String("B [*].vorn")),
              qPrintable(window().windowHandle()->title()));
 }
