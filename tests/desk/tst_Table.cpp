@@ -275,6 +275,10 @@ void tst_Table::columnsFitTheirValues()
     settle();
     QCOMPARE(widthOf(wide), 77);
     QCOMPARE(widthOf(abbr), 99);
+    std::unique_ptr<TableWindow> again(openTable(workspace(), mStates));
+    again->restore(mWindow->state());
+    QCOMPARE(again->table()->table()->columnWidth(mView->model().columnOf(abbr)), 99);
+    again->restore({{QStringLiteral("widths"), QJsonObject{{QStringLiteral("abbr"), 1e300}}}});
 }
 
 int main(int argc, char **argv)

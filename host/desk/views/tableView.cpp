@@ -323,6 +323,30 @@ void TableView::forgetWidths(const QVector<int> &datasets)
             mWidths.remove(dataset);
 }
 
+QJsonObject TableView::ownWidths() const
+{
+    QJsonObject widths;
+    for (int column = 0; column < mModel->columnCount(); ++column)
+        if (const Width width = mWidths.value(mModel->datasetOf(column)); width.isOwn)
+            widths.insert(mModel->headerData(column, Qt::Horizontal).toString(),
+                          static_cast<double>(width.pixels) / mTable->fontMetrics().height());
+    return widths;
+}
+
+void TableView::setOwnWidths(const QJsonObject &widths)
+{
+    const int most = mTable->horizontalHeader()->maximumSectionSize();
+    for (int column = 0; column < mModel->columnCount(); ++column) {
+        const double width =
+            widths.value(mModel->headerData(column, Qt::Horizontal).toString()).toDouble()
+            * mTable->fontMetrics().height();
+        if (width > 0)
+            mWidths[mModel->datasetOf(column)] = {qRound(std::min<double>(width, most)), true,
+                                                  false};
+    }
+    sizeColumns();
+}
+
 void TableView::selectionChanged()
 {
     mModel->updateSelected();

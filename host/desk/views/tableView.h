@@ -2,6 +2,7 @@
 /// The objects of a geography as rows of a table.
 #pragma once
 #include <QHash>
+#include <QJsonObject>
 #include <QPointer>
 #include <QTableView>
 #include "desk/views/objectText.h"
@@ -39,6 +40,9 @@ public:
     void sortBy(int column);
     void sortBy(int column, Qt::SortOrder order);
     void setSelectedFirst(bool first);
+    /// The widths that the user set, in heights of the font, by the names of columns.
+    QJsonObject ownWidths() const;
+    void setOwnWidths(const QJsonObject &widths);
     /// The selected objects in the order of the rows; all if none is selected.
     QVector<int> objectsToCopy() const;
 

@@ -140,6 +140,8 @@ QJsonObject TableWindow::state() const
     QJsonObject state = ViewWindow::state();
     state.insert(QStringLiteral("table"), geographyName(table()->geography()));
     state.insert(QStringLiteral("selectedFirst"), model.isSelectedFirst());
+    if (const QJsonObject widths = table()->ownWidths(); !widths.isEmpty())
+        state.insert(QStringLiteral("widths"), widths);
     if (model.sortColumn() >= 0) {
         state.insert(QStringLiteral("sort"),
                      model.headerData(model.sortColumn(), Qt::Horizontal).toString());
@@ -154,6 +156,7 @@ void TableWindow::restore(const QJsonObject &state)
         return;
     ViewWindow::restore(state);
     mSelectedFirst->setChecked(state.value(QStringLiteral("selectedFirst")).toBool());
+    table()->setOwnWidths(state.value(QStringLiteral("widths")).toObject());
     const ValueTable &model = table()->model();
     for (int column = 0; column < model.columnCount(); ++column)
         if (model.headerData(column, Qt::Horizontal).toString()
