@@ -7,6 +7,7 @@ import secrets
 import numpy as np
 
 from . import _native
+from ._arguments import NUMBER, TEXT, WHOLE, typed
 from ._base import expect
 from ._dataset import Dataset, GridDataset
 from ._geography import VectorGeography
@@ -57,6 +58,7 @@ def _times_of(dataset, found):
     return for_pandas(stamps(spans[:, 0], dataset._form))
 
 
+@typed(permutations=WHOLE, seed=WHOLE, islands=TEXT, store=TEXT)
 def moran(dataset, weights, *, at=None, permutations=999, seed=None, islands="keep", store=None,
           realization=1, progress=None):
     """Moran's I at each time, with a permutation test.
@@ -107,6 +109,7 @@ def moran(dataset, weights, *, at=None, permutations=999, seed=None, islands="ke
     return frame
 
 
+@typed(permutations=WHOLE, seed=WHOLE, correction=TEXT, alpha=NUMBER, islands=TEXT, store=TEXT)
 def local_moran(dataset, weights, *, at=None, permutations=999, seed=None, correction="none",
                 alpha=0.05, islands="keep", store=None, realization=1, progress=None):
     """Moran's I of each object, with conditional permutations.
@@ -143,6 +146,7 @@ def local_moran(dataset, weights, *, at=None, permutations=999, seed=None, corre
     return frame
 
 
+@typed(store=TEXT, statistic=TEXT)
 def zonal(dataset, polygons, *, at=None, store=None, statistic="mean", realization=1,
           progress=None):
     """Statistics of a grid over polygons, each cell weighted by the area that it shares with one.

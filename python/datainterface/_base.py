@@ -5,6 +5,8 @@ import functools
 import html
 import os
 
+from ._arguments import named_type
+
 
 class Part:
     """A part of the open project. It keeps the project, which may have been closed since."""
@@ -67,7 +69,7 @@ def expect(thing, kind, role):
         For anything else.
     """
     if not isinstance(thing, kind):
-        raise TypeError(f"{role} is a {kind.__name__}, not a {type(thing).__name__}")
+        raise TypeError(f"{role} is a {kind.__name__}, not {named_type(thing)}")
     return thing._id
 
 
@@ -80,4 +82,6 @@ def refuse_pickling(thing):
 
 def path_text(path):
     """A path as text, with ``~`` as it stands."""
+    if not isinstance(path, (str, bytes)) and not hasattr(type(path), "__fspath__"):
+        raise TypeError(f"a path is a text or a path object, not {named_type(path)}")
     return os.fsdecode(os.fspath(path))

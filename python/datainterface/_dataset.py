@@ -7,6 +7,7 @@ from typing import NamedTuple
 import numpy as np
 
 from . import _native
+from ._arguments import FLAG, TEXT, WHOLE, check, typed
 from ._base import Part, telling
 from ._geography import _rows, objects_of
 from ._optional import load
@@ -62,6 +63,7 @@ class Dataset(Part):
 
     @name.setter
     def name(self, name):
+        check("a name", name, TEXT)
         _native.rename_dataset(self._id, name)
 
     @property
@@ -91,6 +93,7 @@ class Dataset(Part):
 
     @unit.setter
     def unit(self, unit):
+        check("a unit", unit, TEXT)
         _native.set_unit(self._id, unit)
 
     @property
@@ -181,6 +184,7 @@ class Dataset(Part):
         return pandas.DataFrame(rows, columns=Statistics._fields,
                                 index=pandas.Index(times, name="time"))
 
+    @typed(count=WHOLE, method=TEXT)
     def classes(self, count=5, method="jenks", at=None, *, realization=1, progress=None):
         """Class limits.
 
@@ -358,6 +362,7 @@ class VectorDataset(Dataset):
         data = _stack(self, (self._geography.count,), coordinates, progress)
         return _array(xarray, self, ("object",), data, coordinates)
 
+    @typed(overwrite=FLAG)
     def add(self, values, *, at=None, end=None, overwrite=True, realization=1):
         """Adds values. Nothing is added unless all can be.
 

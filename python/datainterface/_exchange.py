@@ -7,6 +7,7 @@ import math
 import numpy as np
 
 from . import _native
+from ._arguments import FLAG, NUMBER, TEXT, TEXTS, check, typed
 from ._base import path_text
 from ._errors import DataInterfaceWarning, UnknownNameError
 from ._geography import Grid, VectorGeography, geography_of
@@ -27,21 +28,34 @@ def _project_for(project):
     return project
 
 
+_IMPORT_OPTIONS = {
+    **dict.fromkeys(("layer", "name", "key", "start", "end", "x", "y", "crs", "observations",
+                     "encoding", "decimal", "times", "time_pattern", "dataset", "no_data",
+                     "realizations"), TEXT),
+    **dict.fromkeys(("fields", "tables", "series", "observed", "types", "missing",
+                     "missing_also"), TEXTS),
+    **dict.fromkeys(("attributes", "packed", "strict", "bands_are_times"), FLAG),
+    "snap": NUMBER}
+
+
 def import_file(project, path, *, raster=False, progress=None, **options):
     """Imports a map or a grid into a project; see :meth:`Project.import_map`."""
-    known = {"layer", "name", "key", "start", "end", "x", "y", "crs", "observations", "encoding",
-             "decimal", "times", "time_pattern", "dataset", "no_data", "realizations", "fields",
-             "tables", "series", "observed", "types", "missing", "missing_also", "attributes",
-             "packed", "strict", "snap", "bands_are_times"}
-    unknown = sorted(set(options) - known)
+    unknown = sorted(set(options) - set(_IMPORT_OPTIONS))
     if unknown:
         raise TypeError(f"an import has no option {unknown[0]}")
     given = {}
     for name, value in options.items():
-        if name in ("tables", "series", "observed", "types", "fields", "missing", "missing_also"):
+        kind = _IMPORT_OPTIONS[name]
+        if name == "observations":
+            value = path_text(value)
+        else:
+            check(name, value, kind)
+        if kind is TEXTS:
             value = [value] if isinstance(value, str) or hasattr(value, "__fspath__") else value
             value = [path_text(each) if name == "tables" else each for each in value]
-        given[name] = path_text(value) if name == "observations" else value
+            for each in value:
+                check(f"each of {name}", each, TEXT)
+        given[name] = value
     if "times" in given:
         given.setdefault("bands_are_times", True)
     project._require_open()
@@ -50,6 +64,7 @@ def import_file(project, path, *, raster=False, progress=None, **options):
     return geography_of(project, number)
 
 
+@typed(key=TEXT, start=TEXT, end=TEXT, name=TEXT, snap=NUMBER)
 def from_geopandas(frame, key=None, start=None, end=None, *, name="map", snap=0.0, project=None,
                    progress=None):
     """Makes a geography of a GeoDataFrame.
@@ -182,6 +197,7 @@ def _numbers_of(pandas, column):
 
 # Arrays
 
+@typed(name=TEXT, span=TEXT)
 def from_xarray(array, *, name=None, geography=None, span=None, project=None, progress=None):
     """Makes a dataset of an array.
 

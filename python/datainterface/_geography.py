@@ -6,6 +6,7 @@ from collections.abc import Mapping
 import numpy as np
 
 from . import _native
+from ._arguments import DATASETS, FLAG, NUMBER, TEXT, WHOLE, check, typed
 from ._base import Part, expect, telling
 from ._optional import load
 from ._progress import reporting
@@ -36,6 +37,7 @@ class Geography(Part, Mapping):
 
     @name.setter
     def name(self, name):
+        check("a name", name, TEXT)
         _native.rename_geography(self._id, name)
 
     @property
@@ -134,6 +136,7 @@ class Geography(Part, Mapping):
         sets = [WeightSet(self, int(number)) for number in _native.weight_sets(self._id)]
         return {held.name: held for held in sets}
 
+    @typed(name=TEXT)
     def weights(self, name, at=None, *, progress=None):
         """The weights of a set at a time.
 
@@ -164,6 +167,8 @@ class Geography(Part, Mapping):
         held = WeightSet(self, _native.find_weight_set(self._id, name))
         return held.at(at, progress=progress)
 
+    @typed(name=TEXT, method=TEXT, weights=TEXT, order=WHOLE, count=WHOLE, distance=NUMBER,
+           great_circle=FLAG, include_ego=FLAG, numerator=NUMBER, power=NUMBER, information=TEXT)
     def new_weights(self, name, method="queen", *, weights="row", order=1, count=5, distance=0.0,
                     great_circle=False, include_ego=False, numerator=1.0, power=1.0,
                     information="", progress=None):
@@ -206,6 +211,7 @@ class Geography(Part, Mapping):
                 include_ego, float(numerator), float(power), information, report)
         return WeightSet(self, number)
 
+    @typed(name=TEXT)
     def add_weights(self, name, weights, *, start=None, end=None, progress=None):
         """Makes a weight set of given weights.
 
@@ -280,6 +286,7 @@ class VectorGeography(VectorQueries, Geography):
         return GeographyAt(self, _native.geography_instant(
             self._id, text_of(time, self.time_format)))
 
+    @typed(datasets=DATASETS)
     def to_geopandas(self, datasets=(), *, progress=None):
         """All shapes over time: a row for each object and span in which nothing changes.
 
@@ -299,6 +306,7 @@ class VectorGeography(VectorQueries, Geography):
             frame = frame.drop(columns=["start", "end"])
         return frame
 
+    @typed(name=TEXT, kind=TEXT, storage=TEXT, realizations=WHOLE, static=FLAG, unit=TEXT)
     def new_dataset(self, name, kind="decimal", *, storage="slices", realizations=1, static=False,
                     unit=""):
         """Adds an empty dataset.
@@ -450,6 +458,7 @@ class GeographyAt:
     def __len__(self):
         return len(_native.objects_at(self._geography._id, self._instant))
 
+    @typed(datasets=DATASETS)
     def to_geopandas(self, datasets=None, *, progress=None):
         """The shapes of the objects with values at the time.
 

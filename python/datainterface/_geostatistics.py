@@ -8,6 +8,7 @@ from typing import NamedTuple
 import numpy as np
 
 from . import _native
+from ._arguments import ARRAY, FLAG, NUMBER, NUMBERS, TEXT, WHOLE, typed
 from ._base import expect
 from ._dataset import Dataset, GridDataset, dataset_of
 from ._geography import Geography, Grid, geography_of
@@ -63,6 +64,7 @@ class VariogramModel:
             return math.inf
         return sum(structure.sill for structure in self.structures)
 
+    @typed(separation=ARRAY, direction=ARRAY)
     def __call__(self, separation, direction=0.0):
         """The semivariance at separations in map units, in directions in degrees."""
         h, angle = np.broadcast_arrays(np.asarray(separation, dtype=float),
@@ -125,6 +127,9 @@ class Variogram:
                 f"{len(self.classes)} classes, model {self.model}>")
 
 
+@typed(pooled=FLAG, scores=FLAG, cutoff=NUMBER, width=NUMBER, directions=NUMBERS, tolerance=NUMBER,
+       estimator=TEXT, model=TEXT, nugget=NUMBER, anisotropic=FLAG, weights=TEXT,
+       exact_minimum=FLAG, store=TEXT)
 def variogram(dataset, at=None, *, other=None, pooled=False, scores=False, cutoff=0.0, width=0.0,
               directions=(), tolerance=22.5, estimator="classical", model="auto", nugget=None,
               anisotropic=False, weights="pairs/distance", exact_minimum=False, store=None,
@@ -202,6 +207,7 @@ def _time(dataset, at, index=0):
     return _native.show_time(dataset.geography._id, dataset._instant(None, index))
 
 
+@typed(name=TEXT)
 def stored_model(dataset, name, at=None):
     """A model that is kept in the project.
 
@@ -215,6 +221,7 @@ def stored_model(dataset, name, at=None):
     return VariogramModel(text)
 
 
+@typed(name=TEXT, cell=NUMBER, bounds=NUMBERS)
 def make_grid(name, cell, like, bounds=None):
     """Adds a grid of square cells, with the coordinate system and the times of a dataset.
 
@@ -275,6 +282,8 @@ def _plan(model, target, name, mean, drift, external, neighbors, least, quadrant
         "radius": None if radius is None else float(radius), "block": block}
 
 
+@typed(name=TEXT, mean=NUMBER, drift=WHOLE, neighbors=WHOLE, least=WHOLE, quadrants=WHOLE,
+       radius=NUMBER, block=WHOLE)
 def krige(dataset, model, target, name, *, at=None, mean=None, drift=0, external=None,
           neighbors=20, least=1, quadrants=0, radius=None, block=0, realization=1, progress=None):
     """Predicts a dataset at the objects or cells of a geography.
@@ -319,6 +328,8 @@ def krige(dataset, model, target, name, *, at=None, mean=None, drift=0, external
     return Kriged(dataset_of(target, prediction), dataset_of(target, variance), times)
 
 
+@typed(folds=WHOLE, seed=WHOLE, mean=NUMBER, drift=WHOLE, neighbors=WHOLE, least=WHOLE,
+       quadrants=WHOLE, radius=NUMBER)
 def cross_validate(dataset, model, *, at=None, folds=0, seed=1, mean=None, drift=0, external=None,
                    neighbors=20, least=1, quadrants=0, radius=None, realization=1, progress=None):
     """Predicts each value from those of the other folds.
@@ -346,6 +357,7 @@ def cross_validate(dataset, model, *, at=None, folds=0, seed=1, mean=None, drift
     return Validation(error, math.sqrt(square), ratio, correlation)
 
 
+@typed(name=TEXT, count=WHOLE, scores=FLAG, mean=NUMBER, neighbors=WHOLE, radius=NUMBER, seed=WHOLE)
 def simulate(dataset, grid, name, *, model="", count=1, at=None, scores=True, mean=None,
              neighbors=20, radius=None, seed=None, realization=1, progress=None):
     """Draws realizations of a dataset on a grid: sequential Gaussian simulation.
@@ -392,6 +404,7 @@ def simulate(dataset, grid, name, *, model="", count=1, at=None, scores=True, me
     return dataset_of(grid, number)
 
 
+@typed(mean=FLAG, deviation=FLAG, quantiles=NUMBERS, above=NUMBERS, store=TEXT)
 def summarize_realizations(dataset, at=None, *, mean=False, deviation=False, quantiles=(), above=(),
                            reference=None, store=None, progress=None):
     """What the realizations have in common at each cell or object.

@@ -10,6 +10,7 @@ import weakref
 from collections.abc import Mapping
 
 from . import _native
+from ._arguments import TEXT, WHOLE, typed
 from ._base import expect, path_text, refuse_pickling
 from ._errors import DataInterfaceWarning
 from ._progress import reporting
@@ -248,6 +249,7 @@ def _opened(path, mode, *, reserve, scratch, cache, progress, state=None):
     return project
 
 
+@typed(mode=TEXT, cache=WHOLE)
 def open(path, mode="r", *, scratch=None, cache=64, progress=None):
     """Opens a project.
 
@@ -286,6 +288,7 @@ def open(path, mode="r", *, scratch=None, cache=64, progress=None):
                    progress=progress, state=state)
 
 
+@typed(cache=WHOLE)
 def new(*, scratch=None, cache=64):
     """Makes an empty project without a file.
 

@@ -6,6 +6,7 @@ import math
 import numpy as np
 
 from . import _native
+from ._arguments import FLAG, NUMBER, WHOLE, typed
 from ._optional import load
 from ._times import text_of
 
@@ -58,6 +59,7 @@ class VectorQueries:
     def _when(self, at):
         return _native.geography_instant(self._id, text_of(at, self.time_format))
 
+    @typed(left=NUMBER, bottom=NUMBER, right=NUMBER, top=NUMBER)
     def in_rectangle(self, left, bottom, right, top, *, at=None):
         """The keys of the objects that have a point in common with a rectangle.
 
@@ -77,6 +79,7 @@ class VectorQueries:
         return self.object_keys[_native.in_rectangle(self._id, left, bottom, right, top,
                                                      self._when(at))]
 
+    @typed(x=NUMBER, y=NUMBER, radius=NUMBER)
     def in_circle(self, x, y, radius, *, at=None):
         """The keys of the objects that have a point in common with a disc, in map units."""
         return self.object_keys[_native.in_circle(self._id, x, y, _radius(x, y, radius),
@@ -100,6 +103,7 @@ class VectorQueries:
         objects, areas = _native.in_polygon(self._id, _rings(polygon), self._when(at))
         return pandas.DataFrame({"key": self.object_keys[objects], "area": areas})
 
+    @typed(x=NUMBER, y=NUMBER, count=WHOLE, great_circle=FLAG)
     def nearest(self, x, y, count=1, *, at=None, great_circle=False):
         """The objects nearest to a place.
 
@@ -155,6 +159,7 @@ class GridQueries:
             frame["area"] = areas
         return frame
 
+    @typed(left=NUMBER, bottom=NUMBER, right=NUMBER, top=NUMBER, centers=FLAG)
     def in_rectangle(self, left, bottom, right, top, *, centers=False):
         """The cells that share area with a rectangle, or whose centres are in it.
 
@@ -166,10 +171,12 @@ class GridQueries:
         _rectangle(left, bottom, right, top)
         return self._cells(_native.cells_in_rectangle(self._id, left, bottom, right, top, centers))
 
+    @typed(x=NUMBER, y=NUMBER, radius=NUMBER)
     def in_circle(self, x, y, radius):
         """The cells whose centres are in a disc: the columns row, column, x and y."""
         return self._cells(_native.cells_in_circle(self._id, x, y, _radius(x, y, radius)))
 
+    @typed(centers=FLAG)
     def in_polygon(self, polygon, *, centers=False):
         """The cells that share area with a polygon, or whose centres are in it; as
         :meth:`in_rectangle`."""

@@ -33,6 +33,72 @@ def test_import_loads_numpy_alone():
     assert (done.stdout.strip(), done.stderr) == ("[]", "")
 
 
+def test_a_wrong_type_is_named(project, tmp_path):
+    """Each argument in turn has a value of a type that no argument has."""
+    states, income, wells = project["states48"], project["states48"]["income"], tmp_path / "w.csv"
+    wells.write_text("id,x,y,v\n" + "".join(f"{i},{i % 7},{i % 5},{i * i % 11}\n"
+                                            for i in range(35)))
+    sites = project.import_map(wells, key="id", x="x", y="y")
+    grid = di.make_grid("grid", 1.0, sites["v"])
+    queen, place = states.weights("queen", at=2009), dict(left=0, bottom=0, right=1, top=1)
+    kriging = dict(drift=0, neighbors=5, least=1, quadrants=0, mean=1.0, radius=9.0)
+    model = di.VariogramModel("spherical:1:5")
+    calls = [
+        (project.import_map, dict(path=wells, key="id", x="x", fields="v", snap=0.0, strict=False)),
+        (project.save, dict(path=wells)), (project.remove, dict(geography="states48")),
+        (states.remove, dict(dataset="income")), (states.weights, dict(name="queen", at=2009)),
+        (states.new_weights, dict(name="n", method="nearest", weights="inverse", order=1, count=3,
+                                  distance=1.0, great_circle=False, include_ego=False,
+                                  numerator=1.0, power=1.0, information="")),
+        (states.add_weights, dict(name="n", weights=queen, start=2009, end=2009)),
+        (states.to_geopandas, dict(datasets="income")), (states.at, dict(time=2009)),
+        (states.new_dataset, dict(name="d", kind="decimal", storage="slices", realizations=1,
+                                  static=False, unit="m")),
+        (states.in_rectangle, place), (grid.in_rectangle, dict(place, centers=True)),
+        (states.in_circle, dict(x=0, y=0, radius=1)), (grid.in_circle, dict(x=0, y=0, radius=1)),
+        (states.in_polygon, dict(polygon=shapely.geometry.box(0, 0, 1, 1))),
+        (states.nearest, dict(x=0, y=0, count=1, great_circle=False)),
+        (income.values, dict(at=2009, realization=1)), (income.at, dict(time=2009, realization=1)),
+        (income.classes, dict(count=3, method="jenks")),
+        (income.add, dict(values=income.at(2009), at=2009, overwrite=True)),
+        (di.moran, dict(dataset=income, weights="queen", at=2009, permutations=9, seed=1,
+                        islands="keep", store="m", realization=1)),
+        (di.local_moran, dict(dataset=income, weights="queen", at=2009, correction="none",
+                              alpha=0.5, permutations=9)),
+        (di.zonal, dict(dataset=income, polygons=states, store="z", statistic="mean")),
+        (di.variogram, dict(dataset=sites["v"], pooled=False, scores=False, cutoff=5.0, width=1.0,
+                            directions=[0.0], tolerance=10.0, estimator="classical", model="none",
+                            nugget=0.1, anisotropic=False, weights="pairs", exact_minimum=False,
+                            store="m", realization=1)),
+        (di.stored_model, dict(dataset=income, name="m")), (di.VariogramModel("nugget:1"),
+                                                            dict(separation=1, direction=1)),
+        (di.make_grid, dict(name="g", cell=1.0, like=income, bounds=(0, 0, 1, 1))),
+        (di.krige, dict(kriging, dataset=sites["v"], model=model, target=grid, name="k", block=2)),
+        (di.cross_validate, dict(kriging, dataset=sites["v"], model=model, folds=2, seed=1)),
+        (di.simulate, dict(dataset=sites["v"], grid=grid, name="s", count=1, scores=True, mean=1.0,
+                           neighbors=3, radius=9.0, seed=1)),
+        (di.summarize_realizations, dict(dataset=sites["v"], mean=True, deviation=True,
+                                         quantiles=[0.5], above=[1.0], store="s")),
+        (di.from_geopandas, dict(frame=states.to_geopandas(), key="key", name="f", snap=0.0)),
+        (di.new, dict(cache=64)), (di.stats.t_p, dict(t=[1.0], df=3)),
+        (di.stats.binomial_p, dict(k=[1], n=3, p=0.5, cumulative=False)),
+        (di.stats.fdr, dict(p=[0.5], alpha=0.5)), (di.stats.normal_p, dict(x=0.5))]
+    before = [states[name].name for name in states]
+    for call, arguments in calls:
+        for name in set(arguments) - {"model"}:  # a model may be anything with a text
+            with pytest.raises(TypeError) as raised:
+                call(**{**arguments, name: object()})
+            text = str(raised.value)
+            foreign = "incompatible" in text or text.startswith(("argument", "float()", "expected"))
+            assert (" is " in text or " are " in text) and not foreign, (call, name, text)
+    assert [states[name].name for name in states] == before
+    for named in (states, income):
+        with pytest.raises(TypeError, match="a name is a text, not an int"):
+            named.name = 5
+    with pytest.raises(ValueError, match="count is a whole number of 32 bits"):
+        states.nearest(0, 0, 2**70)
+
+
 def test_a_missing_package_is_named(demo):
     done = in_new_process(
         "import sys, datainterface as di\n"
