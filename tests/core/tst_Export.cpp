@@ -4,6 +4,8 @@
 #include <QtTest>
 #include <cmath>
 #include "core/analysis/tables.h"
+#include "core/analysis/weightSets.h"
+#include "core/analysis/weightsExchange.h"
 #include "core/formats/ogrReader.h"
 #include "core/formats/sourceFile.h"
 #include "core/formats/textTable.h"
@@ -61,6 +63,46 @@ private Q_SLOTS:
         const QStringList items{"a,b", "", " c", "\"d\"", "e\"f", "g"};
         QCOMPARE(listText(items), QString("\"a,b\",\"\",\" c\",\"\"\"d\"\"\",e\"f,g"));
         QCOMPARE(listItems(listText(items)), items);
+    }
+
+    /// The shapes of a map without times are at the time zero, but lists of it may be of a span.
+    void neighborsAreThoseOfTheShownTime()
+    {
+        Workshop shop;
+        QCOMPARE(shop.run(), QString());
+        const int geography = shop.report.geography;
+        WeightSetPlan plan;
+        plan.name = "queen";
+        plan.method = "queen";
+        plan.weights = "row";
+        plan.includeEgo = true;
+        const int queen = createWeightSet(geography, plan);
+        WeightsFile file;
+        file.egos = {{"a", {{"c", 1}}}, {"b", {}}, {"c", {{"a", 1}, {"b", 1}}}};
+        WeightsImport how;
+        how.at = "2001";
+        importWeights(geography, "lists", file, "lists.gal", how);
+        const int lists = findWeightSet("lists");
+        const auto found = [](int set, const QVector<unsigned int> &objects, qint64 time) {
+            QStringList texts;
+            try {
+                for (const unsigned int object : neighborsAt(set, objects, time))
+                    texts.append(QString::number(object));
+            } catch (const Failure &failure) {
+                return failure.text();
+            }
+            return texts.join(' ');
+        };
+        for (const qint64 time : {0, 2000, 2001}) {
+            QCOMPARE(found(queen, {0, 1, 2}, time), QString("1 0"));
+            QStringList all;
+            visitNeighbors(queen, time, [&](int object, const QVector<neighborDatum> &list) {
+                all.append(QString("%1:%2").arg(object).arg(list.size()));
+            });
+            QCOMPARE(all.join(' '), QString("0:2 1:2 2:1")); // with themselves
+        }
+        QCOMPARE(found(lists, {0, 2}, 2001), QString("2 0 1"));
+        QCOMPARE(found(lists, {0}, 2000), QString("weight set lists has nothing at 2000"));
     }
 
     void writesTheRowsOfExistingObjects()

@@ -2,6 +2,7 @@
 #include "core/analysis/weightSets.h"
 #include <QHash>
 #include <QSet>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -285,16 +286,24 @@ QString describe(const AdjacencySet &set)
     return text;
 }
 
+qint64 listTime(int set, qint64 time)
+{
+    for (const TimeStamp &when : weightSetOf(set).GetAdjacencyTimes())
+        if (when.contains(time))
+            return time;
+    return shapeTime(set >> 16, time);
+}
+
 void visitNeighbors(
     int set, qint64 time,
     const std::function<void(int object, const QVector<neighborDatum> &neighbors)> &visit)
 {
     const int geography = set >> 16;
-    const QVector<int> objects = objectsAt(geography, time);
+    const QVector<int> objects = objectsAt(geography, shapeTime(geography, time));
     const QString when = axisOf(geography).show(time);
     if (objects.isEmpty())
         fail(QStringLiteral("no object of %1 exists at %2").arg(geographyName(geography), when));
-    const WeightsAtT handle = VORN_GetSpatialWeightsHandle(set, time, true);
+    const WeightsAtT handle = VORN_GetSpatialWeightsHandle(set, listTime(set, time), true);
     const VORN_MissingData noneMissing;
     QVector<neighborDatum> neighbors;
     for (const int object : objects) {
@@ -305,6 +314,30 @@ void visitNeighbors(
                      .arg(weightSetOf(set).GetName(), when));
         visit(object, neighbors);
     }
+}
+
+QVector<unsigned int> neighborsAt(int set, const QVector<unsigned int> &objects, qint64 time)
+{
+    const int geography = set >> 16;
+    const qint64 when = listTime(set, time);
+    const bool isGrid = VORN_GetGeographyProperties(geography).type == GeoProps::Raster;
+    const QVector<int> existing =
+        isGrid ? QVector<int>() : objectsAt(geography, shapeTime(geography, time));
+    QVector<neighborDatum> list;
+    QVector<unsigned int> found;
+    for (const unsigned int object : objects) {
+        stopIfCancelled();
+        if (!isGrid
+            && !std::binary_search(existing.begin(), existing.end(), static_cast<int>(object)))
+            continue;
+        if (!VORN_GetSpatialWeights(set, object, when, list, VORN_MissingData()))
+            fail(QStringLiteral("weight set %1 has nothing at %2")
+                     .arg(weightSetOf(set).GetName(), axisOf(geography).show(time)));
+        for (const neighborDatum &neighbor : qAsConst(list))
+            if (neighbor.id >= 0 && static_cast<unsigned int>(neighbor.id) != object)
+                found.append(static_cast<unsigned int>(neighbor.id));
+    }
+    return found;
 }
 
 LinkSummary summarize(int set, qint64 time)

@@ -54,6 +54,14 @@ MERIDOR_EXPORT QString describe(const AdjacencySet &set);
 MERIDOR_EXPORT void visitNeighbors(
     int set, qint64 time,
     const std::function<void(int object, const QVector<neighborDatum> &neighbors)> &visit);
+/// The time at which to ask for the lists of a set while `time` is shown: that time if lists are
+/// stored for it, else shapeTime().
+MERIDOR_EXPORT qint64 listTime(int set, qint64 time);
+/// The neighbours of objects while `time` is shown, with repetitions and without the objects' own
+/// links to themselves; objects that do not exist then have none. Raises a Failure if the set has no
+/// lists for that time, and on a cancel.
+MERIDOR_EXPORT QVector<unsigned int> neighborsAt(int set, const QVector<unsigned int> &objects,
+                                                 qint64 time);
 
 struct LinkSummary {
     int objects = 0;

@@ -91,16 +91,8 @@ void selectNeighbors(Workspace &workspace, const MethodArguments &arguments, Met
     const QVector<unsigned int> selected = workspace.selection().selected(geography);
     if (selected.isEmpty())
         fail(methodText("no object of %1 is selected").arg(geographyName(geography)));
-    QVector<unsigned int> objects;
-    visitNeighbors(set, workspace.timeOf(geography),
-                   [&](int object, const QVector<neighborDatum> &neighbors) {
-                       if (!std::binary_search(selected.begin(), selected.end(),
-                                               static_cast<unsigned int>(object)))
-                           return;
-                       for (const neighborDatum &neighbor : neighbors)
-                           objects.append(neighbor.id);
-                   });
-    workspace.selection().select(geography, objects, modeOf(arguments));
+    workspace.selection().select(geography, neighborsAt(set, selected, workspace.timeOf(geography)),
+                                 modeOf(arguments));
     tell(workspace, geography, report);
 }
 

@@ -495,12 +495,13 @@ void MapWindow::chooseWeights(int set)
 {
     if (!mActive)
         return;
-    const qint64 when = shapeTime(mActive->geography(), mActive->time());
     // The lists are calculated here, with the library's progress bar, and not by the first move of
     // the mouse.
     bool isReady = set < 0;
     if (!isReady)
-        workspace().look([&] { isReady = VORN_PrecalculateSpatialWeights(set, when, true); });
+        workspace().look([&] {
+            isReady = VORN_PrecalculateSpatialWeights(set, listTime(set, mActive->time()), true);
+        });
     workspace().setShownWeights(mActive->geography(), isReady ? set : -1);
     fillWeights();
 }
@@ -542,7 +543,7 @@ void MapWindow::readLinks()
     if (shown && mHasLinksOfAll)
         workspace().look([&] {
             visitNeighbors(
-                mLinkedSet, shapeTime(shown->geography(), shown->time()),
+                mLinkedSet, listTime(mLinkedSet, shown->time()),
                 [&](int object, const QVector<neighborDatum> &neighbors) {
                     const QPointF from =
                         shown->extentOf({static_cast<unsigned int>(object)}).center();

@@ -17,6 +17,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
+#include "core/analysis/weightSets.h"
 #include "core/grids/valuesAt.h"
 #include "core/project/catalog.h"
 #include "core/render/pictureFile.h"
@@ -510,8 +511,7 @@ void ViewWindow::selectNeighbors()
     }
     QVector<unsigned int> found;
     const bool done = mWorkspace.look([&] {
-        for (const unsigned int object : mWorkspace.selection().selected(view->geography()))
-            found += neighborsOf(set, object, view->time());
+        found = neighborsAt(set, mWorkspace.selection().selected(view->geography()), view->time());
     });
     if (done)
         view->choose(found, SelectionMode::Add);
@@ -559,7 +559,7 @@ QVector<unsigned int> neighborsOf(int weightSet, unsigned int object, qint64 tim
 {
     QVector<neighborDatum> list;
     QVector<unsigned int> objects;
-    if (!VORN_GetSpatialWeights(weightSet, object, shapeTime(weightSet >> 16, time), list,
+    if (!VORN_GetSpatialWeights(weightSet, object, listTime(weightSet, time), list,
                                 VORN_MissingData()))
         return objects;
     for (const neighborDatum &neighbor : std::as_const(list))
