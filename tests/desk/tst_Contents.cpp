@@ -21,8 +21,10 @@
 #include "desk/person.h"
 #include "desk/project/importLine.h"
 #include "desk/project/workspace.h"
+#include "desk/views/viewWindow.h"
 #include "desk/window/contentsPanel.h"
 #include "desk/window/mainWindow.h"
+#include "desk/window/viewArea.h"
 
 using namespace meridor;
 
@@ -36,6 +38,7 @@ private Q_SLOTS:
     void namesAreEditedInTheTree();
     void copiesHaveTheSameValues();
     void keysActOnTheCopyAlone();
+    void gridsOpenInGraphs();
     void removalsTakeWhatDependsOnThem();
     void descriptionsAreKept();
     void datasetsAreDragged();
@@ -173,6 +176,21 @@ void tst_Contents::keysActOnTheCopyAlone()
     QTest::keyClick(window().windowHandle(), Qt::Key_Delete);
     QCOMPARE(lastLine(), QStringLiteral("meridor remove untitled.vorn 'states/income 2'"));
     QVERIFY(names(model().index(0, 0)).contains(QStringLiteral("income")));
+}
+
+/// And are drawn by the lines of these.
+void tst_Contents::gridsOpenInGraphs()
+{
+    const int rain =
+        workspace().import(sampleImport(Sample::Rain, QStringLiteral(MERIDOR_TEST_SAMPLES)));
+    window().contents().select({Thing::Dataset, datasetIds(rain).first(), -1});
+    for (const char *const name : {"openHistogram", "openBoxPlot", "openTimePlot"}) {
+        QVERIFY2(window().contents().action(name)->isEnabled(), name);
+        window().contents().action(name)->trigger();
+        const ViewWindow *const view = window().area().windows().value(0);
+        QVERIFY2(view && !view->commandLine(QStringLiteral("a.png")).isEmpty(), name);
+        window().area().closeAll();
+    }
 }
 
 void tst_Contents::removalsTakeWhatDependsOnThem()

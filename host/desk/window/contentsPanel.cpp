@@ -147,9 +147,8 @@ void ContentsPanel::refreshActions()
     const auto enable = [this](const char *name, bool enabled) {
         action(name)->setEnabled(enabled);
     };
-    for (const char *const name : {"openMap", "openHistogram", "openBoxPlot"})
+    for (const char *const name : {"openMap", "openHistogram", "openBoxPlot", "openTimePlot"})
         enable(name, datasets > 0);
-    enable("openTimePlot", isVector);
     enable("openScatter", datasets > 1);
     enable("openMoran", isVector);
     enable("openTable", geographyOfThing(first) >= 0);
