@@ -349,6 +349,33 @@ private Q_SLOTS:
             QVERIFY_EXCEPTION_THROWN(findObject(grid, none), Failure);
     }
 
+    /// Days of a year are dots, also in a dashed line, in whose gaps most of them would be.
+    void showShortSpans()
+    {
+        GraphSeries series;
+        series.color = Qt::red;
+        series.dashed = true;
+        for (int month = 0; month < 24; ++month)
+            series.points += {{30.0 * month, 5}, {30.0 * month + 1, 5}, {qQNaN(), qQNaN()}};
+        Graph graph;
+        graph.size.pixels = QSize(500, 300); // a day is a fraction of a pixel
+        graph.series.append(series);
+        QTemporaryDir directory;
+        const QString path = directory.filePath("d.png");
+        savePicture(graph, path);
+        const QImage image(path);
+        int dots = 0;
+        bool wasRed = false;
+        for (int x = 0; x < image.width(); ++x) {
+            bool isRed = false;
+            for (int y = 0; y < image.height(); ++y)
+                isRed = isRed || image.pixelColor(x, y).hsvSaturation() > 200;
+            dots += isRed && !wasRed;
+            wasRed = isRed;
+        }
+        QCOMPARE(dots, 24);
+    }
+
     /// Boxes that are nearer to each other than a pixel are drawn, and a correlation that does not
     /// exist is no number.
     void showNarrowBoxes()

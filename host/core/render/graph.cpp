@@ -166,12 +166,19 @@ void drawSeries(QPainter &painter, const GraphSeries &series, const QColor &colo
     }
     QVector<QPointF> run;
     const auto drawRun = [&] {
-        if (run.size() == 1 && series.look == GraphSeries::Line) {
-            // A value between two gaps has no line.
-            const QPointF at(xMap.transform(run[0].x()), yMap.transform(run[0].y()));
-            painter.setPen(QPen(color, theme.unit(6), Qt::SolidLine, Qt::RoundCap));
-            if (canvas.contains(at))
-                painter.drawPoint(at);
+        QRectF box;
+        if (!run.isEmpty())
+            box = QRectF(QPointF(xMap.transform(run.first().x()), yMap.transform(run.first().y())),
+                         QPointF(xMap.transform(run.last().x()), yMap.transform(run.last().y())))
+                      .normalized();
+        const double dot = theme.unit(6);
+        const bool isLine = series.look == GraphSeries::Line;
+        if (isLine && (run.size() == 1 || run.size() == 2) && box.width() < dot
+            && box.height() < dot) {
+            // A value between two gaps has no line, and one of a short span no dash.
+            painter.setPen(QPen(color, dot, Qt::SolidLine, Qt::RoundCap));
+            if (canvas.contains(box.center()))
+                painter.drawPoint(box.center());
         } else if (!run.isEmpty()) {
             curve.setSamples(run);
             curve.draw(&painter, xMap, yMap, canvas);
