@@ -6,7 +6,6 @@
 #include <limits>
 #include <qwt_plot.h>
 #include <qwt_plot_item.h>
-#include <qwt_scale_draw.h>
 #include <qwt_scale_engine.h>
 #include <qwt_scale_map.h>
 #include "core/project/catalog.h"
@@ -33,28 +32,13 @@ QVector<double> finite(const QVector<double> &values)
     return found;
 }
 
-/// The axis below a single box, which stands at 0: a label in place of numbers.
-class OneTick : public QwtLinearScaleEngine {
+/// The axis below a single box, which has a title in place of numbers.
+class NoTicks : public QwtLinearScaleEngine {
 public:
     QwtScaleDiv divideScale(double low, double high, int, int, double) const override
     {
-        return QwtScaleDiv(low, high, {}, {},
-                           low <= 0 && high >= 0 ? QList<double>{0} : QList<double>());
+        return QwtScaleDiv(low, high);
     }
-};
-
-class OneLabel : public QwtScaleDraw {
-public:
-    explicit OneLabel(const QString &text) : mText(text)
-    {
-        enableComponent(Backbone, false);
-        enableComponent(Ticks, false);
-    }
-    QwtText label(double) const override { return QwtText(mText, QwtText::PlainText); }
-    const QString &text() const { return mText; }
-
-private:
-    QString mText;
 };
 
 } // namespace
@@ -156,19 +140,14 @@ void BoxPlotView::load()
                    : axisOf(geography()).show(history().when(mBoxes.first().step));
 }
 
-void BoxPlotView::labelTimes()
+void BoxPlotView::chooseTicks()
 {
-    const auto *const present =
-        dynamic_cast<const OneLabel *>(plot()->axisScaleDraw(QwtPlot::xBottom));
-    if (mOneTime.isEmpty() && present) {
-        if (dynamic_cast<const OneTick *>(plot()->axisScaleEngine(QwtPlot::xBottom)))
-            plot()->setAxisScaleEngine(QwtPlot::xBottom, new QwtLinearScaleEngine());
-        refreshColors(); // makes the labels of times
-    } else if (!mOneTime.isEmpty() && !(present && present->text() == mOneTime)) {
-        plot()->setAxisScaleEngine(QwtPlot::xBottom, new OneTick());
-        plot()->setAxisScaleDraw(QwtPlot::xBottom, new OneLabel(mOneTime));
-        plot()->updateAxes();
-    }
+    const bool hasNone = dynamic_cast<NoTicks *>(plot()->axisScaleEngine(QwtPlot::xBottom));
+    if (hasNone == !mOneTime.isEmpty())
+        return;
+    plot()->setAxisScaleEngine(QwtPlot::xBottom,
+                               hasNone ? new QwtLinearScaleEngine() : new NoTicks());
+    fitTicks();
 }
 
 void BoxPlotView::markSelected()
@@ -201,7 +180,7 @@ void BoxPlotView::markSelected()
     if (mBoxes.size() == 1)
         text = figures(mBoxes.first());
     setSummary(text, chosen.isEmpty() ? QString() : tr("%1 selected").arg(chosen.size()));
-    labelTimes();
+    chooseTicks();
 }
 
 double BoxPlotView::xOf(const Box &box) const
@@ -295,7 +274,7 @@ QVector<unsigned int> BoxPlotView::objectsWithin(const QPainterPath &region)
 GraphScale BoxPlotView::xScale() const
 {
     const TimeScale scale(geography());
-    return {QString(), mBoxes.first().at - 2 * mHalf, mBoxes.last().at + 2 * mHalf,
+    return {mOneTime, mBoxes.first().at - 2 * mHalf, mBoxes.last().at + 2 * mHalf,
             mOneTime.isEmpty() && scale.axis().dates, true};
 }
 

@@ -41,7 +41,7 @@ protected:
 private:
     class Boxes;
     double xOf(const Box &box) const;
-    void labelTimes();
+    void chooseTicks();
 
     QVector<Box> mBoxes;
     double mHalf = 0.5; ///< of a box, in units of the axis

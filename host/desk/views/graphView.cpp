@@ -426,7 +426,9 @@ void GraphView::keepRoom()
         mLastLabel = std::max(mLastLabel, below.labelSize(font, ticks.last()).width());
     const int half = (QFontMetrics(font).height() + 1) / 2;
     setBorders(*mPlot->axisWidget(QwtPlot::yLeft), half, half);
-    setBorders(*mPlot->axisWidget(QwtPlot::xBottom), 0, qCeil(mLastLabel / 2));
+    // In a narrow plot the canvas needs the room more than a label that may come.
+    const double beyond = std::min(mLastLabel / 2, mPlot->width() / 20.0);
+    setBorders(*mPlot->axisWidget(QwtPlot::xBottom), 0, qCeil(beyond));
     if (beside.minimumExtent() != room || mLastLabel != last)
         QCoreApplication::postEvent(mPlot, new QEvent(QEvent::LayoutRequest));
 }
