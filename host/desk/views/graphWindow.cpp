@@ -30,6 +30,7 @@ namespace {
 
 constexpr int kLeastWithChoices = 16; ///< height, in those of the font
 constexpr int kLeastChoice = 9;       ///< width, in heights of the font
+constexpr int kLeastWithLabels = 22;  ///< width, the same
 
 constexpr struct {
     GraphKind kind;
@@ -212,6 +213,8 @@ void GraphWindow::fitParts()
     const int choices = mChoices.size() + (mWeightChoice ? 1 : 0);
     mChoiceRow->parentWidget()->setVisible(height() >= kLeastWithChoices * em
                                            && width() >= choices * kLeastChoice * em);
+    for (QLabel *const label : mChoiceRow->parentWidget()->findChildren<QLabel *>())
+        label->setVisible(width() >= kLeastWithLabels * em);
 }
 
 // Choices

@@ -96,9 +96,6 @@ MapWindow::MapWindow(Workspace &workspace, QWidget *parent)
     scroll->setWidget(mClasses);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setMinimumWidth(mClasses->minimumSizeHint().width()
-                            + scroll->style()->pixelMetric(QStyle::PM_ScrollBarExtent));
     side->addWidget(mLegend);
     side->addWidget(scroll);
     side->setStretchFactor(0, 1);
@@ -303,6 +300,11 @@ void MapWindow::fitParts()
     ViewWindow::fitParts();
     mSide->setVisible(mClassForm->isVisibleTo(mSide)
                       || width() >= kLeastWithLegend * fontMetrics().height());
+    // In a narrow map the form is scrolled, so that it is not cut off.
+    const int needed =
+        mClasses->minimumSizeHint().width() + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    const int room = width() - mCanvas->minimumSizeHint().width() - fontMetrics().height();
+    mClassForm->setMinimumWidth(std::max(0, std::min(needed, room)));
 }
 
 void MapWindow::editClasses(bool edit)
