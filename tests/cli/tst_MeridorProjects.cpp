@@ -165,6 +165,7 @@ private Q_SLOTS:
         const Workplace place;
         place.file("one.csv", "id,x,y,v\na,1,2,3.5\n");
         place.file("two.csv", "id,x,y,v\na,1,2,3\nb,2,2,4\n");
+        place.file("d.csv", "id,from,to,x,y,v\na,2000,2003,1,2,3.5\nb,2001,2002,2,2,4\n");
         place.file("t.csv", "id,w2000\na,1\nz,2\n");
         place.file("o.csv", "from,to,weight\na,b,1\ny,a,1\n");
         const QRegularExpression wrong("(^|[^0-9.,-])1 (?!exists)[a-z]*[^s ]s\\b");
@@ -181,6 +182,9 @@ private Q_SLOTS:
               {"export", "p.vorn", "o2.csv"},
               {"convert", "p.vorn", "v", "v2", "--type", "integer"},
               {"report", "p.vorn", "r.html"},
+              {"import", "d.csv", "d.vorn", "--x", "x", "--y", "y", "--key", "id", "--start",
+               "from", "--end", "to"},
+              {"plot", "boxes", "d.vorn", "v", "d.svg"}, // values that hold while objects exist
               {"subset", "p.vorn", "s", "--objects", "a"},
               {"import", "two.csv", "q.vorn", "--x", "x", "--y", "y", "--key", "id"},
               {"weights", "import", "q.vorn", "o.csv", "set"},

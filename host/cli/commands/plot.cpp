@@ -67,7 +67,13 @@ Plot makeHistogram(int dataset, const Options &options, PictureTexts &texts)
 Plot makeBoxes(int dataset, const Options &options, PictureTexts &texts)
 {
     const ShownDataset shown = shownOf(dataset, options);
-    const QVector<Interval> times = dataTimesAt(dataset, options.times, shown.realization);
+    QVector<Interval> times;
+    if (datasetOf(dataset)->IsStatic()) { // of the objects that exist at one time
+        const qint64 time = timeOf(shown, options.times.value(0));
+        times.append({time, time, true, true});
+    } else {
+        times = dataTimesAt(dataset, options.times, shown.realization);
+    }
     texts = {datasetName(dataset), geographyName(VORN_GetGeographyId(dataset)), {}};
     return boxesOverTime(shown, times);
 }

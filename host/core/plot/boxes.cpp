@@ -12,6 +12,7 @@
 #include "core/render/classes.h"
 #include "core/render/graphItem.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/MDataset.h"
 
 namespace meridor {
 namespace {
@@ -110,6 +111,12 @@ Plot boxesOverTime(ShownDataset shown, const QVector<Interval> &times)
     plot.graph.x = scale.axis();
     plot.graph.x.low = plot.graph.items.first()->bounds().left();
     plot.graph.x.high = plot.graph.items.first()->bounds().right();
+    if (boxes.size() == 1) { // it has a name in place of numbers
+        plot.graph.x.bare = true;
+        plot.graph.x.title = datasetOf(dataset)->IsStatic()
+                                 ? QStringLiteral("does not change over time")
+                                 : rows.first().toObject()[QStringLiteral("time")].toString();
+    }
     plot.graph.y.title = datasetName(dataset);
     plot.graph.texts.footnote = QStringLiteral(
         "Boxes: quartiles and median; whiskers: values within 1.5 interquartile ranges of the box");

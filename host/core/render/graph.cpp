@@ -89,6 +89,8 @@ private:
         double low = mLow;
         double high = mHigh;
         double step = 0;
+        if (mAxis.bare)
+            return QwtScaleDiv(low, high);
         if (mAxis.dates) {
             QwtDateScaleEngine engine(Qt::UTC);
             return engine.divideScale(low, high, most, 0, 0);

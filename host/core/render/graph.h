@@ -32,6 +32,7 @@ struct GraphAxis {
     double low = kOfData; ///< the ends of the scale; kOfData: rounded outwards from the data
     double high = kOfData;
     bool dates = false; ///< values are milliseconds since 1970-01-01, UTC
+    bool bare = false;  ///< without ticks and numbers
 };
 
 struct GraphSeries {

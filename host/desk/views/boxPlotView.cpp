@@ -280,8 +280,11 @@ GraphScale BoxPlotView::xScale() const
 
 QStringList BoxPlotView::commandLine(const QString &picture) const
 {
-    return {QStringLiteral("plot"), QStringLiteral("boxes"), workspace().commandPath(),
-            datasetWord(dataset()), picture};
+    QStringList line{QStringLiteral("plot"), QStringLiteral("boxes"), workspace().commandPath(),
+                     datasetWord(dataset()), picture};
+    if (meridor::datasetOf(dataset())->IsStatic() && workspace().stepsOf(geography()).size() > 1)
+        line << QStringLiteral("--times") << axisOf(geography()).show(time());
+    return line;
 }
 
 } // namespace meridor
