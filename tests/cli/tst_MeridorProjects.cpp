@@ -350,6 +350,10 @@ private Q_SLOTS:
         check({"duplicate", "p.vorn", "v", "-v", "--dataset", "v"}, 2, "-v");
         check({"duplicate", "p.vorn", "v", "u"}, 0, "duplicated v");
         check({"duplicate", "p.vorn", "v", "u"}, 1, "a dataset u already");
+        check({"duplicate", "p.vorn", "wells", "wells", "--geography"}, 1, "a geography wells");
+        check({"duplicate", "p.vorn", "wells", "w2", "--geography"}, 0, "duplicated wells");
+        check({"info", "p.vorn"}, 0, "cut from wells");
+        check({"remove", "p.vorn", "w2", "--geography"}, 0, "");
         check({"describe", "p.vorn", "u", "--summary", "one", "--history", "two\nthree"}, 0, "");
         check({"describe", "p.vorn", "u", "--summary", ""}, 0, "three");
         check({"describe", "p.vorn", "u"}, 0, "summary: \nhistory: two\nthree\n");

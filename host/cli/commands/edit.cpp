@@ -7,10 +7,12 @@
 #include <optional>
 #include "cli/commands/projectEdit.h"
 #include "core/analysis/convertDataset.h"
+#include "core/analysis/subsetGeography.h"
 #include "core/analysis/weightSets.h"
 #include "core/geostatistics/variogramModels.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/progress.h"
 #include "datainterface/DataAPI.h"
 
 namespace meridor {
@@ -80,7 +82,10 @@ void duplicate(const Options &options)
     const QString &name = options.names.first();
     if (options.newName.isEmpty())
         failUsage(QStringLiteral("a name is not empty"));
-    if (options.weights) {
+    if (options.geography) {
+        const Progress progress("Duplicate", "Copying the geography...");
+        copyGeography(findGeography(name), options.newName);
+    } else if (options.weights) {
         duplicateWeightSet(findWeightSet(name), options.newName);
     } else if (options.model) {
         duplicateModel(modelsOf(options).first(), options.newName);
@@ -215,10 +220,11 @@ void addDuplicate(const Command &app, Context &context)
 {
     auto options = std::make_shared<Options>();
     const Command command =
-        app.verb("duplicate", "Add a copy of a dataset, weight set or variogram model");
+        app.verb("duplicate", "Add a copy of a dataset, geography, weight set or variogram model");
     projectArgument(command, options->target.project);
     oneName(command, *options, "What is copied");
     command.text("NEW", options->newName, "The name of the copy").required();
+    addGeography(command, *options);
     addOtherKinds(command, *options);
     command.footer("Example:\n  meridor duplicate income.vorn queen \"queen of 1929\" --weights");
     addVerb(command, options, context, [](Options &given, const Context &c) {

@@ -8,6 +8,7 @@
 #include "core/analysis/subsetGeography.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
+#include "core/project/progress.h"
 #include "core/project/text.h"
 #include "datainterface/FrameAPI.h"
 
@@ -39,6 +40,7 @@ void run(Options options, const Context &context)
         const QVector<int> objects = chosenObjects(geography, options.choice);
         if (objects.isEmpty())
             fail(QStringLiteral("no object of %1 is like that").arg(geographyName(geography)));
+        const Progress progress("Subset", "Cutting the geography...");
         const int id = subsetGeography(geography, objects, options.name);
         parent = geographyName(geography);
         keys = objectKeys(id);

@@ -2,16 +2,21 @@
 #include "core/analysis/subsetGeography.h"
 #include <QDir>
 #include <QTemporaryFile>
+#include <numeric>
 #include "core/project/cancel.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
-#include "core/project/progress.h"
+#include "core/project/geographyTimes.h"
 #include "core/project/projectHost.h"
+#include "core/project/shapeAccess.h"
 #include "core/project/text.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MVectorData.h"
 #include "datainterface/MVectorDataSource.h"
+#include "datainterface/RasterAPI.h"
+#include "datainterface/VORN_Progress.h"
 #include "fennimark/Fennims.h"
 
 namespace meridor {
@@ -65,6 +70,14 @@ int openSubset(MVectorData &parent, const QVector<int> &objects, const QString &
     return id;
 }
 
+/// The copies of the datasets have the order of the originals.
+void takeKey(int parent, int id)
+{
+    const int key = datasetIds(parent).indexOf(keyDataset(parent));
+    if (key >= 0 && key < datasetIds(id).size())
+        setKeyDataset(id, datasetIds(id)[key]);
+}
+
 void takeDatasets(MVectorData &parent, int id, const QVector<int> &objects)
 {
     auto &subset = dynamic_cast<MVectorData &>(*geographyOf(id));
@@ -72,10 +85,21 @@ void takeDatasets(MVectorData &parent, int id, const QVector<int> &objects)
     stopIfCancelled();
     if (parent.IsStatic())
         subset.SetStatic(true);
-    // The copies of the datasets have the order of the originals.
-    const int key = datasetIds(parent.GetId()).indexOf(keyDataset(parent.GetId()));
-    if (key >= 0 && key < datasetIds(id).size())
-        setKeyDataset(id, datasetIds(id)[key]);
+    takeKey(parent.GetId(), id);
+}
+
+int copyGrid(int grid, const QString &name)
+{
+    const GeoProps props = VORN_GetGeographyProperties(grid);
+    const int id = VORN_CreateNewRasterGeography(
+        name, static_cast<unsigned>(props.rows), static_cast<unsigned>(props.columns), props.bounds,
+        Interval(timeBoundsOf(grid)), props.timeFormat,
+        QStringLiteral("Copy of %1").arg(geographyName(grid)), projectionText(grid));
+    if (id < 0)
+        fail(QStringLiteral("geography %1 could not be made").arg(name));
+    if (props.isStatic)
+        geographyOf(id)->SetStatic(true);
+    return id;
 }
 
 } // namespace
@@ -85,10 +109,37 @@ int subsetGeography(int parent, const QVector<int> &objects, const QString &name
     auto *geography = dynamic_cast<MVectorData *>(geographyOf(parent));
     if (!geography)
         fail(QStringLiteral("%1 is a grid; a subset is one of objects").arg(geographyName(parent)));
-    const Progress progress("Subset", "Cutting the geography...");
     const int id = openSubset(*geography, objects, name);
     try {
         takeDatasets(*geography, id, objects);
+    } catch (...) {
+        controller().RemoveGeography(id);
+        throw;
+    }
+    return id;
+}
+
+int copyGeography(int geography, const QString &name)
+{
+    for (const int other : geographyIds())
+        if (geographyName(other) == name)
+            fail(QStringLiteral("the project has a geography %1 already").arg(name));
+    if (VORN_GetGeographyProperties(geography).type != GeoProps::Raster) {
+        QVector<int> all(VORN_GetGeographyProperties(geography).objectCount);
+        std::iota(all.begin(), all.end(), 0);
+        return subsetGeography(geography, all, name);
+    }
+    const int id = copyGrid(geography, name);
+    try {
+        for (const int dataset : datasetIds(geography)) {
+            stopIfCancelled();
+            const int copy = VORN_MigrateDataset(dataset, id, false);
+            if (copy < 0)
+                fail(QStringLiteral("%1 could not be copied").arg(datasetName(dataset)));
+        }
+        stopIfCancelled();
+        takeKey(geography, id);
+        VORN_NewDatasetsCreated(datasetIds(id));
     } catch (...) {
         controller().RemoveGeography(id);
         throw;

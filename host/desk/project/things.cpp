@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "desk/project/things.h"
 #include "core/analysis/convertDataset.h"
+#include "core/analysis/subsetGeography.h"
 #include "core/analysis/weightSets.h"
 #include "core/geostatistics/variogramModels.h"
 #include "core/project/catalog.h"
@@ -10,6 +11,7 @@
 #include "datainterface/AdjacencySet.h"
 #include "datainterface/ControllerBase.h"
 #include "datainterface/DataAPI.h"
+#include "datainterface/FrameAPI.h"
 #include "datainterface/GeographyAPI.h"
 #include "datainterface/MDataSource.h"
 #include "datainterface/MGeoData.h"
@@ -252,7 +254,8 @@ Thing duplicateThing(Workspace &workspace, const Thing &thing)
             const ModelPlace made = duplicateModel(placeOf(thing), QString());
             copy = {Thing::Model, made.id, made.dataset};
         } else {
-            fail(text("a geography is not copied; \"meridor subset\" makes one of another"));
+            const QString name = VORN_GetUniqueGeographyName(nameOf(thing));
+            copy = {Thing::Geography, copyGeography(thing.id, name), -1};
         }
     });
     if (copy.kind == Thing::None)

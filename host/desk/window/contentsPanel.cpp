@@ -156,7 +156,7 @@ void ContentsPanel::refreshActions()
     enable("showNeighbors", first.kind == Thing::WeightSet);
     for (const char *const name : {"properties", "rename", "remove"})
         enable(name, first.kind != Thing::None);
-    enable("duplicate", first.kind != Thing::None && first.kind != Thing::Geography);
+    enable("duplicate", first.kind != Thing::None);
     enable("convert", isVector && first.kind == Thing::Dataset);
 }
 

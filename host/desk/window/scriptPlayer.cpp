@@ -238,7 +238,7 @@ private:
              {&Player::properties, "dataset weights model geography"}},
             {QStringLiteral("describe"), {&Player::describe, "dataset geography summary history"}},
             {QStringLiteral("rename"), {&Player::rename, "dataset weights model geography to"}},
-            {QStringLiteral("duplicate"), {&Player::duplicate, "dataset weights model"}},
+            {QStringLiteral("duplicate"), {&Player::duplicate, "dataset geography weights model"}},
             {QStringLiteral("remove"), {&Player::remove, "dataset weights model geography"}},
             {QStringLiteral("export"), {&Player::exportView, "file view"}},
             {QStringLiteral("report"), {&Player::report, "file"}},
