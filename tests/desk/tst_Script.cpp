@@ -289,8 +289,6 @@ void tst_Script::failingStepsAreNamed_data()
     refused("unwritable picture", "{`do`: `export`, `view`: 1, `file`: `no/such/map.png`}",
             "step 5 (export): ");
     refused("unwritable log", "{`do`: `log`, `file`: `no/such/log.sh`}", "step 5 (log): ");
-    refused("no duplicate of a geography", "{`do`: `duplicate`, `geography`: `states`}",
-            "it has no member \"geography\"");
     refused("taken name of weights",
             "{`do`: `method`, `name`: `weights`, `parameters`: {`geography`: `states`,"
             " `name`: `w`}}, {`do`: `duplicate`, `weights`: `w`},"
