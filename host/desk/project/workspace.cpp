@@ -488,8 +488,11 @@ bool Workspace::saveRecovery()
         QDir().mkpath(QFileInfo(target).absolutePath());
         if (target == besideNone && !mRecoveryLock)
             mRecoveryLock = std::make_unique<FileLock>(target);
-        if (!replaceFile(target, [](const QString &beside) { return VORN_SaveProject(beside); }))
-            fail(tr("%1 could not be written").arg(target));
+        replaceFile(target, [&](const QString &beside) {
+            if (!VORN_SaveProject(beside))
+                failWriting(target, beside);
+            return true;
+        });
     });
     mIsRecoveryStale = !isSaved;
     if (!isSaved)

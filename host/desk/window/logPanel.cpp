@@ -10,7 +10,7 @@
 #include <QTextCursor>
 #include <QVBoxLayout>
 #include "core/project/failure.h"
-#include "core/project/safeFile.h"
+#include "core/project/outputFile.h"
 #include "desk/project/workspace.h"
 #include "desk/views/saveName.h"
 
@@ -63,14 +63,10 @@ bool LogPanel::saveScript(const QString &file)
 {
     return mWorkspace.look([&] {
         const QByteArray script = mWorkspace.log().script().toUtf8();
-        const bool isWritten = replaceFile(file, [&script](const QString &beside) {
-            QFile out(beside);
-            return out.open(QIODevice::WriteOnly) && out.write(script) == script.size()
-                   && out.flush()
-                   && out.setPermissions(out.permissions() | QFile::ExeOwner | QFile::ExeUser);
-        });
-        if (!isWritten)
-            fail(tr("%1 could not be written").arg(file));
+        writeOutput(file, [&](QIODevice &out) { writeWhole(out, script, file); });
+        if (!QFile::setPermissions(file,
+                                   QFile::permissions(file) | QFile::ExeOwner | QFile::ExeUser))
+            fail(tr("%1 cannot be made executable").arg(file));
     });
 }
 

@@ -9,7 +9,6 @@
 #include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
@@ -31,7 +30,7 @@
 #include "core/import/samples.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
-#include "core/project/safeFile.h"
+#include "core/project/outputFile.h"
 #include "core/project/session.h"
 #include "core/report/gather.h"
 #include "core/report/page.h"
@@ -594,13 +593,7 @@ bool MainWindow::writeReport(const QString &path)
         plan.project = mWorkspace.path().isEmpty() ? project : mWorkspace.path();
         VORN_Progress::Close(); // each part of a report opens the bar itself
         const QByteArray page = reportPage(gatherReport(plan));
-        const bool isWritten = replaceFile(path, [&page](const QString &beside) {
-            QFile file(beside);
-            return file.open(QIODevice::WriteOnly) && file.write(page) == page.size()
-                   && file.flush();
-        });
-        if (!isWritten)
-            fail(tr("%1 could not be written").arg(path));
+        writeOutput(path, [&](QIODevice &out) { writeWhole(out, page, path); });
     });
     if (!isDone)
         return false;

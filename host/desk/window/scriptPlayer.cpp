@@ -2,6 +2,7 @@
 #include "desk/window/scriptPlayer.h"
 #include <QAction>
 #include <QApplication>
+#include <QBuffer>
 #include <QDialog>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -27,7 +28,7 @@
 #include "core/import/guessImport.h"
 #include "core/project/catalog.h"
 #include "core/project/failure.h"
-#include "core/project/safeFile.h"
+#include "core/project/outputFile.h"
 #include "desk/methods/method.h"
 #include "desk/models/datasetMime.h"
 #include "desk/project/workspace.h"
@@ -698,10 +699,12 @@ void saveWindow(MainWindow &window, const QString &file)
         painter.drawRect(place);
     }
     painter.end();
-    const bool isWritten = replaceFile(
-        file, [&picture](const QString &beside) { return picture.save(beside, "PNG"); });
-    if (!isWritten)
-        fail(text("%1 could not be written").arg(file));
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    if (!picture.save(&buffer, "PNG"))
+        throw std::bad_alloc();
+    writeOutput(file, [&](QIODevice &out) { writeWhole(out, bytes, file); });
 }
 
 } // namespace meridor
