@@ -386,6 +386,17 @@ void tst_MapWindow::aHistogramSharesTheClasses()
     QCOMPARE(workspace().selection().count(mStates), 0); // no region was drawn
     meridor::drag(canvas, {to, QPointF(canvas.width() - 1, to.y())});
     QVERIFY2(layer->rule().limits[0] < 40000, qPrintable(QString::number(layer->rule().limits[0])));
+    QVERIFY(layer->setRule(rule, false));
+    const double step =
+        (layer->classes()->limits().last() - layer->classes()->limits().first()) / 100;
+    const QRectF range = histogram.shownRange();
+    QTest::keyClick(&canvas, Qt::Key_Up, Qt::ControlModifier);
+    QTest::keyClick(&canvas, Qt::Key_Left, Qt::ControlModifier);
+    QCOMPARE(layer->rule().limits, (QVector<double>{30000, 40000 - step}));
+    QTest::keyClick(&canvas, Qt::Key_Down, Qt::ControlModifier);
+    QTest::keyClick(&canvas, Qt::Key_Right, Qt::ControlModifier);
+    QCOMPARE(layer->rule().limits, (QVector<double>{30000 + step, 40000 - step}));
+    QCOMPARE(histogram.shownRange(), range); // arrows alone move the graph
     QVERIFY(bars->state().value(QStringLiteral("mapClasses")).toBool());
     const QStringList line = bars->commandLine(QStringLiteral("a.png"));
     QVERIFY2(line.contains(QStringLiteral("--breaks")), qPrintable(line.join(QLatin1Char(' '))));

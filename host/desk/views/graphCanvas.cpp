@@ -183,6 +183,9 @@ void GraphCanvas::keyPressEvent(QKeyEvent *event)
 {
     const QPointF middle = QRectF(rect()).center();
     const double step = std::min(width(), height()) / 8.0;
+    if (event->modifiers() & Qt::ControlModifier && mView.trouble().isEmpty()
+        && mView.moveByKey(static_cast<Qt::Key>(event->key())))
+        return;
     switch (event->key()) {
     case Qt::Key_Plus:
     case Qt::Key_Equal:

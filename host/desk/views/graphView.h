@@ -80,6 +80,8 @@ public:
     /// a region.
     virtual bool grab(const QPoint &) { return false; }
     virtual void dragGrabbed(const QPoint &) {}
+    /// An arrow with the Ctrl key. @return whether the graph has a use for it.
+    virtual bool moveByKey(Qt::Key) { return false; }
     /// Marks the next object or, in graphs of groups, the next group.
     virtual void step(int by);
     /// What is marked.

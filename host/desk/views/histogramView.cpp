@@ -189,11 +189,36 @@ bool HistogramView::grab(const QPoint &pixel)
 
 void HistogramView::dragGrabbed(const QPoint &pixel)
 {
-    if (!mLayer)
-        return;
+    if (mLayer)
+        moveGrabbed(valueAt(pixel).x());
+}
+
+bool HistogramView::moveByKey(Qt::Key key)
+{
+    constexpr double kSteps = 100; // over all classes
+    const QVector<double> inner = innerLimits(mLimits);
+    const bool chooses = key == Qt::Key_Up || key == Qt::Key_Down;
+    if (!mLayer || inner.isEmpty() || !(chooses || key == Qt::Key_Left || key == Qt::Key_Right))
+        return false;
+    const int last = inner.size() - 1;
+    if (mGrabbed < 0 || mGrabbed > last)
+        mGrabbed = key == Qt::Key_Down ? last : 0;
+    else if (chooses)
+        mGrabbed = std::clamp(mGrabbed + (key == Qt::Key_Up ? 1 : -1), 0, last);
+    const double step = (mLimits.last() - mLimits.first()) / kSteps;
+    if (!chooses)
+        moveGrabbed(inner[mGrabbed] + (key == Qt::Key_Right ? step : -step));
+    redraw();
+    Q_EMIT pointedAt(tr("limit %1").arg(shortNumber(innerLimits(mLimits).value(mGrabbed), 6)));
+    return true;
+}
+
+/// Here and in the map.
+void HistogramView::moveGrabbed(double value)
+{
     const double least = std::abs(valueAt(QPointF(1, 0)).x() - valueAt(QPointF(0, 0)).x());
-    const auto moved = withMovedLimit(innerLimits(mLimits), mGrabbed, valueAt(pixel).x(),
-                                      mLimits.first(), mLimits.last(), least);
+    const auto moved = withMovedLimit(innerLimits(mLimits), mGrabbed, value, mLimits.first(),
+                                      mLimits.last(), least);
     if (!moved)
         return;
     ClassRule rule = mLayer->rule();
@@ -268,6 +293,11 @@ QString HistogramView::textOf(int object)
 
 void HistogramView::drawMark(QPainter &painter, int object)
 {
+    if (mLayer && mGrabbed >= 0 && mGrabbed < innerLimits(mLimits).size() && widget()->hasFocus()) {
+        painter.setPen(QPen(colors().ink, 3));
+        painter.drawLine(QPointF(limitAt(mGrabbed), 0),
+                         QPointF(limitAt(mGrabbed), widget()->height()));
+    }
     const int bar = object >= 0 ? static_cast<int>(mBarOf.value(object, -1)) : mPointed;
     if (bar < 0 || bar >= mBins.count)
         return;

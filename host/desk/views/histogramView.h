@@ -36,6 +36,8 @@ public:
     void drawMark(QPainter &painter, int object) override;
     bool grab(const QPoint &pixel) override;
     void dragGrabbed(const QPoint &pixel) override;
+    /// Up and down choose a limit, left and right move it.
+    bool moveByKey(Qt::Key key) override;
     void step(int by) override;
     QVector<unsigned int> marked() const override;
 
@@ -57,6 +59,7 @@ private:
     void countClasses();
     void findLayer();
     void takeClasses();
+    void moveGrabbed(double value);
     int barAt(const QPointF &pixel) const;
     QString textOfBar(int bar) const;
     QVector<unsigned int> objectsOf(const QVector<bool> &bars) const;
@@ -64,7 +67,7 @@ private:
     int mDataset;
     bool mFollowsMap = false;
     QPointer<MapLayerView> mLayer; ///< that is followed
-    int mGrabbed = -1;             ///< the inner limit that is dragged
+    int mGrabbed = -1;             ///< the inner limit that is dragged, or chosen by key
     QVector<double> mLimits;
     QVector<QColor> mClassColors;
     QVector<double> mValues; ///< by object
