@@ -29,9 +29,7 @@ void run(Options options, const Context &context)
     int datasets = 0;
     editProject(options.target, context, [&](Session &) {
         const int geography = geographyOf(options.choice);
-        for (const int other : geographyIds())
-            if (geographyName(other) == options.name)
-                fail(QStringLiteral("the project has a geography %1 already").arg(options.name));
+        requireNewGeographyName(options.name);
         if (!options.choice.dataset.isEmpty())
             options.choice.realization = realizationIndex(
                 options.choice.geography.isEmpty() ? findDataset(options.choice.dataset)

@@ -121,9 +121,7 @@ int subsetGeography(int parent, const QVector<int> &objects, const QString &name
 
 int copyGeography(int geography, const QString &name)
 {
-    for (const int other : geographyIds())
-        if (geographyName(other) == name)
-            fail(QStringLiteral("the project has a geography %1 already").arg(name));
+    requireNewGeographyName(name);
     if (VORN_GetGeographyProperties(geography).type != GeoProps::Raster) {
         QVector<int> all(VORN_GetGeographyProperties(geography).objectCount);
         std::iota(all.begin(), all.end(), 0);

@@ -219,6 +219,13 @@ int findDataset(const QString &name)
     return found.first();
 }
 
+void requireNewGeographyName(const QString &name)
+{
+    for (const int id : geographyIds())
+        if (geographyName(id) == name)
+            fail(QStringLiteral("the project has a geography %1 already").arg(name));
+}
+
 void requireNewDatasetName(int geography, const QString &name)
 {
     if (name.isEmpty())

@@ -58,6 +58,8 @@ MERIDOR_EXPORT int findDataset(int geography, const QString &name);
 
 /// Raises a Failure if the name is empty or a dataset of the geography has it.
 MERIDOR_EXPORT void requireNewDatasetName(int geography, const QString &name);
+/// Raises a Failure if a geography has this name.
+MERIDOR_EXPORT void requireNewGeographyName(const QString &name);
 
 /// The dataset that holds the objects' keys; -1 if there is none. Its id is a metadata tag of the
 /// geography, so it is saved with the project.

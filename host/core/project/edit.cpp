@@ -34,9 +34,8 @@ void renameDataset(int dataset, const QString &name)
 void renameGeography(int geography, const QString &name)
 {
     requireName(name);
-    for (const int other : geographyIds())
-        if (other != geography && geographyName(other) == name)
-            fail(QStringLiteral("the project has a geography %1 already").arg(name));
+    if (name != geographyName(geography))
+        requireNewGeographyName(name);
     geographyOf(geography)->SetName(name);
 }
 
