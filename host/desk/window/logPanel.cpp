@@ -64,8 +64,9 @@ bool LogPanel::saveScript(const QString &file)
     return mWorkspace.look([&] {
         const QByteArray script = mWorkspace.log().script().toUtf8();
         writeOutput(file, [&](QIODevice &out) { writeWhole(out, script, file); });
-        if (!QFile::setPermissions(file,
-                                   QFile::permissions(file) | QFile::ExeOwner | QFile::ExeUser))
+        if (!isStream(file)
+            && !QFile::setPermissions(file,
+                                      QFile::permissions(file) | QFile::ExeOwner | QFile::ExeUser))
             fail(tr("%1 cannot be made executable").arg(file));
     });
 }
